@@ -1,0 +1,133 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad {
+
+/// Mouse pointers, with the values that the commands use.
+enum class Puntatore { Predefinito = 0, Clessidra = 11 };
+
+/// Horizontal twips of one device-independent pixel.
+inline constexpr int TwipsPerPixelX = 15;
+/// Vertical twips of one device-independent pixel: a grid row of 240 twips is 24 pixels high.
+inline constexpr int TwipsPerPixelY = 10;
+
+/// One column of a list window.
+struct ColonnaElenco {
+  enum class Genere { Testo, Importo, Spunta, EditorData, EditorBanca };
+  std::string chiave;       ///< the header's key, for instance "KScadenza"
+  std::string intestazione; ///< the list's own heading text; empty over an icon column
+  int larghezza = 0;        ///< twips; 0 hides the column
+  Genere genere = Genere::Testo;
+};
+
+/// One heading drawn above the list (an element of the control array `TLwTestata`).
+struct TestataElenco {
+  int indice = 0;           ///< index in the control array; the widget is named `TLwTestata_<indice>`
+  std::string testo;
+  int prima = 0;            ///< first column below it
+  int ultima = 0;           ///< last column below it
+  int sinistra = 0;         ///< twips
+  int larghezza = 0;        ///< twips
+  bool ordina = false;      ///< a click on it sorts; otherwise it does nothing
+};
+
+/// A caption of the top area; the widget carries `nome`.
+struct EtichettaElenco {
+  std::string nome;
+  std::string testo;
+};
+
+/// An in-place editor: `FrameScad` with `TextScad`, or `FrameBanca` with `cmbBanche2`.
+struct EditorCella {
+  bool visibile = false;
+  int alto = 0;             ///< twips, in window coordinates
+  int sinistra = 0;         ///< twips
+  int larghezza = 0;        ///< twips
+  std::string testo;        ///< `TextScad.Text`
+  int indice = -1;          ///< `cmbBanche2.ListIndex`
+};
+
+/// What a list window shows besides its rows. The screen owns and changes it; the window reads it after every
+/// gesture and follows.
+struct StatoElenco {
+  std::ptrdiff_t selezionata = -1; ///< place of the selected row in display order, -1 for none
+  EditorCella data;
+  EditorCella banca;
+  std::string testoScadenza;       ///< `TextScadenza.Text`, the top date field
+  int indiceBanca = 0;             ///< `cmbBanche.ListIndex`, the top bank field
+  int testataOrdinata = -1;        ///< the heading whose indicator shows "SORTED"
+  bool crescente = true;
+  bool barretteNascoste = false;   ///< the scroll-bar covers are shown
+  bool scaricata = false;          ///< the screen unloaded itself: the window closes
+  int larghezzaLista = 0;          ///< twips
+  int altezzaLista = 0;            ///< twips
+  std::uint64_t ordine = 0;        ///< grows whenever the set or the order of the rows changed
+  std::uint64_t contenuto = 0;     ///< grows whenever the content of a cell changed
+};
+
+/// Everything that a modal list window needs: what to show, how to read it, and where to send the person's
+/// gestures. Rows are addressed by their place in display order, from 0.
+struct FinestraElenco {
+  std::string titolo;
+  std::string nomeLista;                  ///< name of the list control, for instance "LVScadenzeBanche"
+  std::string carattere;                  ///< font family of the list
+  int righeSenzaScorrere = 20;
+  std::vector<ColonnaElenco> colonne;
+  std::vector<TestataElenco> testate;
+  std::vector<EtichettaElenco> etichette;
+  std::optional<std::string> campoData;   ///< caption of `FrameNuovaScadenza`; none: the field is not there
+  std::optional<std::string> campoBanca;  ///< caption of `FrameNuovaBanca`; none: the field is not there
+  std::vector<std::string> banche;        ///< the entries of `cmbBanche`; the first is a single blank
+  std::vector<std::string> bancheCella;   ///< the entries of `cmbBanche2`
+
+  std::function<std::size_t()> righe;
+  std::function<std::string_view(std::size_t riga, int colonna)> testo;
+  std::function<bool(std::size_t riga, int colonna)> spuntata;
+  std::function<const StatoElenco&()> stato;
+
+  std::function<void(std::ptrdiff_t riga)> seleziona;     ///< the selection moved to this row
+  std::function<void(int x, int y)> premeMouse;           ///< mouse-down over the list, twips
+  std::function<void(int altoRiga)> clic;                 ///< click on the list; top of the selected row, twips
+  std::function<void(int indice)> clicTestata;            ///< click on a heading
+  std::function<void()> clicFuori;                        ///< click elsewhere on the window
+  std::function<void(std::string_view)> testoEditor;      ///< `TextScad` was edited
+  std::function<void(int codice)> tastoEditor;            ///< key in `TextScad` (9 Tab, 13 Enter)
+  std::function<void(int indice)> scegliBancaCella;       ///< choice in `cmbBanche2`
+  std::function<void()> perdeFuocoBancaCella;             ///< `cmbBanche2` lost the focus
+  std::function<void(std::string_view)> testoScadenza;    ///< `TextScadenza` was edited
+  std::function<void()> clicScadenza;                     ///< click in `TextScadenza`
+  std::function<void(int indice)> scegliBanca;            ///< choice in `cmbBanche`
+  std::function<void()> conferma;                         ///< `PictureOk`
+  std::function<void()> annulla;                          ///< `PictureAnnulla`
+  std::function<void()> chiudi;                           ///< the window's close box
+};
+
+/// The desktop, as the component uses it.
+class Desktop {
+ public:
+  Desktop() = default;
+  Desktop(const Desktop&) = delete;
+  Desktop& operator=(const Desktop&) = delete;
+  virtual ~Desktop() = default;
+
+  /// One modal box with an OK button only and no icon. A lone CR in `testo` shows as a line break.
+  virtual void MostraBox(std::string_view testo, std::string_view titolo) = 0;
+  virtual void ImpostaPuntatore(Puntatore puntatore) = 0;
+  /// Lets pending window events run; cheap enough to be called once a row.
+  virtual void EventiInAttesa() = 0;
+  /// Shows a list window modally; returns once `stato().scaricata` is true. What a gesture throws leaves this
+  /// call, after the window is gone.
+  virtual void MostraElenco(FinestraElenco& finestra) = 0;
+  /// Shows a small modal window without buttons that holds `testo`; after `millisecondi`, once it is painted,
+  /// runs `lavoro` and closes. What `lavoro` throws leaves this call, after the window is gone.
+  virtual void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) = 0;
+};
+
+} // namespace lumoscad

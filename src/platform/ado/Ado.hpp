@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::ado {
+
+enum class CursorLocation { Client = 3 };
+enum class CursorType { Dynamic = 2, Static = 3 };
+enum class LockType { ReadOnly = 1, Optimistic = 3 };
+enum class CommandType { Text = 1 };
+enum class State { Closed = 0, Open = 1 };
+
+class Command;
+class Recordset;
+
+/// One connection to a database through an ODBC driver. Closing or destroying it rolls back what was not
+/// committed.
+class Connection {
+ public:
+  Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection();
+
+  std::string ConnectionString;                        ///< see ConnectionText.hpp for its grammar
+  lumoscad::ado::CursorLocation CursorLocation = CursorLocation::Client;
+
+  /// Opens the connection by `ConnectionString`. No message of a failure holds the password.
+  void Open();
+  [[nodiscard]] lumoscad::ado::State State() const noexcept;
+  void Close();
+  void BeginTrans();
+  void CommitTrans();
+  void RollbackTrans();
+  /// Executes one statement without parameters and without a result; returns the rows affected, or -1 where
+  /// the driver does not tell.
+  std::int64_t Execute(std::string_view sql);
+
+  struct Impl;
+  [[nodiscard]] Impl& impl() const { return *impl_; }
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+/// A statement with "?" markers, bound by position as text. The prepared handle is kept while text and
+/// connection stay the same, so that a look-up in a loop is prepared once.
+class Command {
+ public:
+  Command();
+  Command(const Command&) = delete;
+  Command& operator=(const Command&) = delete;
+  Command(Command&&) noexcept;
+  Command& operator=(Command&&) noexcept;
+  ~Command();
+
+  Connection* ActiveConnection = nullptr;
+  lumoscad::ado::CommandType CommandType = CommandType::Text;
+  std::string CommandText;
+  std::vector<std::string> Parameters; ///< one text a marker, in order
+
+  /// Executes the statement and reads its whole result, if it has one. `RecordsAffected`, when given, receives
+  /// the rows a statement without result changed (0 also where the driver answers "no data").
+  Recordset Execute(std::int64_t* RecordsAffected = nullptr);
+
+  struct Impl;
+  [[nodiscard]] Impl& impl() const { return *impl_; }
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+/// The table and key column through which an editable result set writes back.
+struct TabellaModificabile {
+  std::string tabella; ///< as it is to stand in the UPDATE, schema prefix included
+  std::string chiave;  ///< key column; must be one of the result's columns
+};
+
+/// A client-side static result set: all rows are read when it is opened. Columns are found by name in any case.
+/// Texts come as the driver gives them, never trimmed; decimals as text; dates as "YYYY-MM-DD".
+class Recordset {
+ public:
+  /// One column of the current row.
+  class Field {
+   public:
+    Field(Recordset& insieme, std::size_t indice) : insieme_(&insieme), indice_(indice) {}
+    /// The current value; nothing for NULL. The view lives until the result set closes or the field is set.
+    [[nodiscard]] std::optional<std::string_view> Value() const;
+    /// Sets the new value of an editable set's current row; sent by `Update`.
+    void SetValue(std::optional<std::string_view> valore);
+
+   private:
+    Recordset* insieme_;
+    std::size_t indice_;
+  };
+
+  Recordset();
+  Recordset(const Recordset&) = delete;
+  Recordset& operator=(const Recordset&) = delete;
+  Recordset(Recordset&&) noexcept;
+  Recordset& operator=(Recordset&&) noexcept;
+  ~Recordset();
+
+  /// Opens an editable set over `comando`. Every driver in use turns a dynamic cursor into a static one, so the
+  /// rows are those of the moment of opening; `Update` refuses a row that changed since.
+  void Open(Command& comando, CursorType tipoCursore, LockType tipoBlocco, TabellaModificabile tabella);
+  [[nodiscard]] lumoscad::ado::State State() const noexcept;
+  [[nodiscard]] std::size_t RecordCount() const noexcept; ///< exact
+  [[nodiscard]] bool Eof() const noexcept;
+  void MoveNext();
+  void MoveFirst();
+  /// The column `nome`, found in any case; error 3265 when the result has no such column.
+  [[nodiscard]] Field Fields(std::string_view nome);
+  /// The place of a column, for reading many rows without a search by name.
+  [[nodiscard]] std::size_t Colonna(std::string_view nome) const;
+  [[nodiscard]] std::size_t Colonne() const noexcept;
+  [[nodiscard]] const std::string& NomeColonna(std::size_t indice) const;
+  /// Value of the current row in the column at `indice`; nothing for NULL.
+  [[nodiscard]] std::optional<std::string_view> Valore(std::size_t indice) const;
+  /// Sends the changed fields of the current row: an UPDATE by key whose WHERE also carries the original values
+  /// of the changed columns. Error -2147217864 when it does not match exactly one row.
+  void Update();
+  void Close();
+
+  struct Impl;
+  [[nodiscard]] Impl& impl() const { return *impl_; }
+
+ private:
+  friend class Command;
+  std::unique_ptr<Impl> impl_;
+};
+
+} // namespace lumoscad::ado

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace lumoscad::ado {
+
+/// The settings that a connection text carries.
+struct ConnectionSettings {
+  std::string DataSource;
+  std::string UserId;
+  std::string Password;
+  int ConnectTimeout = 30; ///< seconds
+};
+
+/// Reads a connection text: `keyword=value` pairs separated by ";", keywords in any case with blanks at their
+/// ends ignored, values plain or quoted with " or ' (a doubled quote inside stands for one), the last duplicate
+/// wins; unknown keywords are ignored. Raises a run-time error with an Italian text, which never holds a value,
+/// when the text is malformed.
+[[nodiscard]] ConnectionSettings LeggiTestoConnessione(std::string_view testo);
+
+/// Writes the settings as an ODBC connection string: DSN, UID and PWD, values in braces where they need them.
+/// Raises a run-time error for an empty data source, or for a value that no ODBC connection string can carry.
+[[nodiscard]] std::string TestoOdbc(const ConnectionSettings& impostazioni);
+
+} // namespace lumoscad::ado
