@@ -29,13 +29,13 @@ struct ColonnaElenco {
 
 /// One heading drawn above the list (an element of the control array `TLwTestata`).
 struct TestataElenco {
-  int indice = 0;           ///< index in the control array; the widget is named `TLwTestata_<indice>`
+  int indice = 0; ///< index in the control array; the widget is named `TLwTestata_<indice>`
   std::string testo;
-  int prima = 0;            ///< first column below it
-  int ultima = 0;           ///< last column below it
-  int sinistra = 0;         ///< twips
-  int larghezza = 0;        ///< twips
-  bool ordina = false;      ///< a click on it sorts; otherwise it does nothing
+  int prima = 0;       ///< first column below it
+  int ultima = 0;      ///< last column below it
+  int sinistra = 0;    ///< twips
+  int larghezza = 0;   ///< twips
+  bool ordina = false; ///< a click on it sorts; otherwise it does nothing
 };
 
 /// A caption of the top area; the widget carries `nome`.
@@ -47,11 +47,11 @@ struct EtichettaElenco {
 /// An in-place editor: `FrameScad` with `TextScad`, or `FrameBanca` with `cmbBanche2`.
 struct EditorCella {
   bool visibile = false;
-  int alto = 0;             ///< twips, in window coordinates
-  int sinistra = 0;         ///< twips
-  int larghezza = 0;        ///< twips
-  std::string testo;        ///< `TextScad.Text`
-  int indice = -1;          ///< `cmbBanche2.ListIndex`
+  int alto = 0;      ///< twips, in window coordinates
+  int sinistra = 0;  ///< twips
+  int larghezza = 0; ///< twips
+  std::string testo; ///< `TextScad.Text`
+  int indice = -1;   ///< `cmbBanche2.ListIndex`
 };
 
 /// What a list window shows besides its rows. The screen owns and changes it; the window reads it after every
@@ -60,53 +60,53 @@ struct StatoElenco {
   std::ptrdiff_t selezionata = -1; ///< place of the selected row in display order, -1 for none
   EditorCella data;
   EditorCella banca;
-  std::string testoScadenza;       ///< `TextScadenza.Text`, the top date field
-  int indiceBanca = 0;             ///< `cmbBanche.ListIndex`, the top bank field
-  int testataOrdinata = -1;        ///< the heading whose indicator shows "SORTED"
+  std::string testoScadenza; ///< `TextScadenza.Text`, the top date field
+  int indiceBanca = 0;       ///< `cmbBanche.ListIndex`, the top bank field
+  int testataOrdinata = -1;  ///< the heading whose indicator shows "SORTED"
   bool crescente = true;
-  bool barretteNascoste = false;   ///< the scroll-bar covers are shown
-  bool scaricata = false;          ///< the screen unloaded itself: the window closes
-  int larghezzaLista = 0;          ///< twips
-  int altezzaLista = 0;            ///< twips
-  std::uint64_t ordine = 0;        ///< grows whenever the set or the order of the rows changed
-  std::uint64_t contenuto = 0;     ///< grows whenever the content of a cell changed
+  bool barretteNascoste = false; ///< the scroll-bar covers are shown
+  bool scaricata = false;        ///< the screen unloaded itself: the window closes
+  int larghezzaLista = 0;        ///< twips
+  int altezzaLista = 0;          ///< twips
+  std::uint64_t ordine = 0;      ///< grows whenever the set or the order of the rows changed
+  std::uint64_t contenuto = 0;   ///< grows whenever the content of a cell changed
 };
 
 /// Everything that a modal list window needs: what to show, how to read it, and where to send the person's
 /// gestures. Rows are addressed by their place in display order, from 0.
 struct FinestraElenco {
   std::string titolo;
-  std::string nomeLista;                  ///< name of the list control, for instance "LVScadenzeBanche"
-  std::string carattere;                  ///< font family of the list
+  std::string nomeLista; ///< name of the list control, for instance "LVScadenzeBanche"
+  std::string carattere; ///< font family of the list
   int righeSenzaScorrere = 20;
   std::vector<ColonnaElenco> colonne;
   std::vector<TestataElenco> testate;
   std::vector<EtichettaElenco> etichette;
-  std::optional<std::string> campoData;   ///< caption of `FrameNuovaScadenza`; none: the field is not there
-  std::optional<std::string> campoBanca;  ///< caption of `FrameNuovaBanca`; none: the field is not there
-  std::vector<std::string> banche;        ///< the entries of `cmbBanche`; the first is a single blank
-  std::vector<std::string> bancheCella;   ///< the entries of `cmbBanche2`
+  std::optional<std::string> campoData;  ///< caption of `FrameNuovaScadenza`; none: the field is not there
+  std::optional<std::string> campoBanca; ///< caption of `FrameNuovaBanca`; none: the field is not there
+  std::vector<std::string> banche;       ///< the entries of `cmbBanche`; the first is a single blank
+  std::vector<std::string> bancheCella;  ///< the entries of `cmbBanche2`
 
   std::function<std::size_t()> righe;
   std::function<std::string_view(std::size_t riga, int colonna)> testo;
   std::function<bool(std::size_t riga, int colonna)> spuntata;
   std::function<const StatoElenco&()> stato;
 
-  std::function<void(std::ptrdiff_t riga)> seleziona;     ///< the selection moved to this row
-  std::function<void(int x, int y)> premeMouse;           ///< mouse-down over the list, twips
-  std::function<void(int altoRiga)> clic;                 ///< click on the list; top of the selected row, twips
-  std::function<void(int indice)> clicTestata;            ///< click on a heading
-  std::function<void()> clicFuori;                        ///< click elsewhere on the window
-  std::function<void(std::string_view)> testoEditor;      ///< `TextScad` was edited
-  std::function<void(int codice)> tastoEditor;            ///< key in `TextScad` (9 Tab, 13 Enter)
-  std::function<void(int indice)> scegliBancaCella;       ///< choice in `cmbBanche2`
-  std::function<void()> perdeFuocoBancaCella;             ///< `cmbBanche2` lost the focus
-  std::function<void(std::string_view)> testoScadenza;    ///< `TextScadenza` was edited
-  std::function<void()> clicScadenza;                     ///< click in `TextScadenza`
-  std::function<void(int indice)> scegliBanca;            ///< choice in `cmbBanche`
-  std::function<void()> conferma;                         ///< `PictureOk`
-  std::function<void()> annulla;                          ///< `PictureAnnulla`
-  std::function<void()> chiudi;                           ///< the window's close box
+  std::function<void(std::ptrdiff_t riga)> seleziona;  ///< the selection moved to this row
+  std::function<void(int x, int y)> premeMouse;        ///< mouse-down over the list, twips
+  std::function<void(int altoRiga)> clic;              ///< click on the list; top of the selected row, twips
+  std::function<void(int indice)> clicTestata;         ///< click on a heading
+  std::function<void()> clicFuori;                     ///< click elsewhere on the window
+  std::function<void(std::string_view)> testoEditor;   ///< `TextScad` was edited
+  std::function<void(int codice)> tastoEditor;         ///< key in `TextScad` (9 Tab, 13 Enter)
+  std::function<void(int indice)> scegliBancaCella;    ///< choice in `cmbBanche2`
+  std::function<void()> perdeFuocoBancaCella;          ///< `cmbBanche2` lost the focus
+  std::function<void(std::string_view)> testoScadenza; ///< `TextScadenza` was edited
+  std::function<void()> clicScadenza;                  ///< click in `TextScadenza`
+  std::function<void(int indice)> scegliBanca;         ///< choice in `cmbBanche`
+  std::function<void()> conferma;                      ///< `PictureOk`
+  std::function<void()> annulla;                       ///< `PictureAnnulla`
+  std::function<void()> chiudi;                        ///< the window's close box
 };
 
 /// The desktop, as the component uses it.

@@ -8,17 +8,17 @@ namespace lumoscad {
 
 /// The numbers of the run-time errors that the component itself raises.
 namespace errori {
-inline constexpr int IndiceNonValido = 9;          ///< subscript out of range
-inline constexpr int TipoNonCorrispondente = 13;   ///< type mismatch
-inline constexpr int FileNonTrovato = 53;          ///< file not found
-inline constexpr int AccessoAlFile = 75;           ///< path or file access error
-inline constexpr int ChiaveDuplicata = 457;        ///< key already in the collection
-inline constexpr int MemoriaInsufficiente = 7;     ///< out of memory
-inline constexpr int ErroreInterno = 51;           ///< internal error
-inline constexpr int Driver = -2147467259;         ///< a driver failure without a number of its own
-inline constexpr int RicercaFallita = -2147220990; ///< a key look-up found no single row
-inline constexpr int ErroreRegistrato = -2147220954;     ///< an `Errore` recorded by a screen or an update
-inline constexpr int ErroreTrasferimento = -2147220905;  ///< a reply or transfer error in a request writer
+inline constexpr int IndiceNonValido = 9;               ///< subscript out of range
+inline constexpr int TipoNonCorrispondente = 13;        ///< type mismatch
+inline constexpr int FileNonTrovato = 53;               ///< file not found
+inline constexpr int AccessoAlFile = 75;                ///< path or file access error
+inline constexpr int ChiaveDuplicata = 457;             ///< key already in the collection
+inline constexpr int MemoriaInsufficiente = 7;          ///< out of memory
+inline constexpr int ErroreInterno = 51;                ///< internal error
+inline constexpr int Driver = -2147467259;              ///< a driver failure without a number of its own
+inline constexpr int RicercaFallita = -2147220990;      ///< a key look-up found no single row
+inline constexpr int ErroreRegistrato = -2147220954;    ///< an `Errore` recorded by a screen or an update
+inline constexpr int ErroreTrasferimento = -2147220905; ///< a reply or transfer error in a request writer
 } // namespace errori
 
 /// The one exception type of the component: number, description and source, as its callers show them.
@@ -33,9 +33,7 @@ class ErroreRuntime final : public std::exception {
   [[nodiscard]] const std::string& Sorgente() const noexcept { return sorgente_; }
 
   /// What a person reads: the description, or the source where there is no description.
-  [[nodiscard]] const std::string& Testo() const noexcept {
-    return descrizione_.empty() ? sorgente_ : descrizione_;
-  }
+  [[nodiscard]] const std::string& Testo() const noexcept { return descrizione_.empty() ? sorgente_ : descrizione_; }
   [[nodiscard]] const char* what() const noexcept override { return Testo().c_str(); }
 
  private:

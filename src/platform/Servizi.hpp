@@ -12,11 +12,12 @@ namespace lumoscad {
 /// The platform services. The composition root fills them once; a test puts its own in place with
 /// `ServiziSostituiti` and gets the old ones back at the end of the scope.
 struct Servizi {
-  std::function<Desktop&()> desktop;                     ///< created on first use
-  std::function<nexaro::HostLink&()> hostLink;           ///< created on first use, kept
-  std::function<const nexaro::Ambiente&()> ambiente;     ///< read on first use, kept
-  std::function<DataOra()> adesso;                       ///< the current local date and time
-  std::function<void(std::string_view)> istruzioneInviata; ///< told every statement text before it is sent; may be empty
+  std::function<Desktop&()> desktop;                 ///< created on first use
+  std::function<nexaro::HostLink&()> hostLink;       ///< created on first use, kept
+  std::function<const nexaro::Ambiente&()> ambiente; ///< read on first use, kept
+  std::function<DataOra()> adesso;                   ///< the current local date and time
+  std::function<void(std::string_view)>
+      istruzioneInviata; ///< told every statement text before it is sent; may be empty
 };
 
 /// The one set of services of the process.

@@ -1,0 +1,215 @@
+#include "common/Messaggi.hpp"
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "platform/Errore.hpp"
+#include "platform/Servizi.hpp"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace lumoscad::Utilities {
+namespace {
+
+constexpr std::string_view DataRifiutata = " ";
+
+bool Bisestile(int anno) {
+  return (anno % 4 == 0 && anno % 100 != 0) || anno % 400 == 0;
+}
+
+bool DataReale(int giorno, int mese, int anno) {
+  static constexpr std::array<int, 12> giorni = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  if (anno < 100 || anno > 9999 || mese < 1 || mese > 12 || giorno < 1) {
+    return false;
+  }
+  const int ultimo = mese == 2 && Bisestile(anno) ? 29 : giorni[static_cast<std::size_t>(mese - 1)];
+  return giorno <= ultimo;
+}
+
+bool SoloCifre(std::string_view testo) {
+  return !testo.empty() && std::all_of(testo.begin(), testo.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// A number of a typed date: one, two or four digits.
+std::optional<int> NumeroDiData(std::string_view testo) {
+  testo = SenzaSpaziAiLati(testo);
+  if (!SoloCifre(testo) || testo.size() > 4 || testo.size() == 3) {
+    return std::nullopt;
+  }
+  return Intero(testo);
+}
+
+int AnnoIntero(int anno) {
+  if (anno > 99) {
+    return anno;
+  }
+  return anno < 50 ? anno + 2000 : anno + 1900;
+}
+
+struct DataScritta {
+  int giorno = 0;
+  int mese = 0;
+  int anno = 0;
+  bool leggibile = false; ///< some order of the numbers is a real date
+  bool reale = false;     ///< day/month/year is one
+};
+
+DataScritta LeggiData(std::string_view testo) {
+  const auto pezzi = Dividi(testo, '/');
+  if (pezzi.size() < 2 || pezzi.size() > 3) {
+    return {};
+  }
+  const auto a = NumeroDiData(pezzi[0]);
+  const auto b = NumeroDiData(pezzi[1]);
+  const auto c = pezzi.size() == 3 ? NumeroDiData(pezzi[2]) : std::optional<int>(servizi().adesso().anno);
+  if (!a || !b || !c) {
+    return {};
+  }
+  DataScritta data{*a, *b, AnnoIntero(*c), false, false};
+  data.reale = DataReale(*a, *b, data.anno);
+  data.leggibile = data.reale || DataReale(*b, *a, data.anno) ||
+                   (pezzi.size() == 3 && (DataReale(*c, *b, AnnoIntero(*a)) || DataReale(*b, *c, AnnoIntero(*a))));
+  return data;
+}
+
+std::string Rifiuta(const std::string& messaggio) {
+  MostraMessaggio(messaggio, "");
+  return std::string(DataRifiutata);
+}
+
+std::string DataErrata(std::string_view testo) {
+  return Rifiuta("Data errata: " + std::string(testo) + "\rScrivi la data nel formato: GGMMAA oppure GG/MM/AAAA");
+}
+
+/// GGMMAA and GGMMAAAA with the missing "/"; any other text as it is.
+std::string ConBarre(std::string_view testo) {
+  if (testo.find('/') != std::string_view::npos || (testo.size() != 6 && testo.size() != 8)) {
+    return std::string(testo);
+  }
+  return std::string(testo.substr(0, 2)) + "/" + std::string(testo.substr(2, 2)) + "/" + std::string(testo.substr(4));
+}
+
+/// The year as written after the second "/", moved into its century by the rule of the leap-year test; a text
+/// without a year counts as year 0.
+int AnnoPerBisestile(std::string_view testo) {
+  const auto pezzi = Dividi(testo, '/');
+  const int anno = pezzi.size() == 3 ? Intero(SenzaSpaziAiLati(pezzi[2])) : 0;
+  return anno < 50 ? anno + 2000 : anno + 1900;
+}
+
+struct DataIso {
+  std::string_view anno, mese, giorno;
+};
+
+DataIso LeggiIso(std::string_view iso) {
+  const bool forma =
+      iso.size() >= 10 && iso[4] == '-' && iso[7] == '-' && (iso.size() == 10 || iso[10] == ' ' || iso[10] == 'T');
+  const DataIso data = forma ? DataIso{iso.substr(0, 4), iso.substr(5, 2), iso.substr(8, 2)} : DataIso{};
+  if (!SoloCifre(data.anno) || !SoloCifre(data.mese) || !SoloCifre(data.giorno)) {
+    throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida nella base dati: " + std::string(iso));
+  }
+  return data;
+}
+
+std::string Componi(std::string_view a, char separatore, std::string_view b, std::string_view c) {
+  std::string testo(a);
+  testo.append(1, separatore).append(b).append(1, separatore).append(c);
+  return testo;
+}
+
+} // namespace
+
+std::string ControllaData(std::string_view testo) {
+  if (testo.empty()) {
+    return std::string(DataRifiutata);
+  }
+  const std::string scritta = ConBarre(SenzaSpaziAiLati(testo));
+  if (scritta.find('/') == std::string::npos) {
+    return DataErrata(scritta);
+  }
+  const DataScritta data = LeggiData(scritta);
+  if (!data.leggibile) {
+    return DataErrata(scritta);
+  }
+  if (data.mese > 12) {
+    return Rifiuta("Mese errato: " + scritta);
+  }
+  if (!Bisestile(AnnoPerBisestile(scritta)) && data.giorno >= 29 && data.mese == 2) {
+    return Rifiuta("Data errata: " + scritta + "\rL'anno non è bisestile ");
+  }
+  if (!data.reale) {
+    return DataErrata(scritta);
+  }
+  return ConZeri(data.giorno, 2) + "/" + ConZeri(data.mese, 2) + "/" + ConZeri(data.anno, 4);
+}
+
+std::string DataPerHost(std::string_view testo) {
+  if (testo.empty()) {
+    return "00000000";
+  }
+  auto pezzi = Dividi(testo, '/');
+  if (pezzi.size() < 3) {
+    throw ErroreRuntime(errori::IndiceNonValido,
+                        "Indice non incluso nell'intervallo: data \"" + std::string(testo) + "\"");
+  }
+  for (const std::size_t i : {std::size_t{0}, std::size_t{1}}) {
+    if (pezzi[i].size() == 1) {
+      pezzi[i].insert(0, "0");
+    }
+  }
+  if (pezzi[2].size() == 2) {
+    pezzi[2].insert(0, "20");
+  }
+  return pezzi[2] + pezzi[1] + pezzi[0];
+}
+
+std::string DataIsoDaCompatta(std::string_view testo) {
+  if (testo.size() != 8) {
+    return {};
+  }
+  return Componi(testo.substr(0, 4), '-', testo.substr(4, 2), testo.substr(6, 2));
+}
+
+std::string DataIsoDaTesto(std::string_view testo) {
+  const auto pezzi = Dividi(testo, '/');
+  if (testo.size() != 10 || pezzi.size() != 3) {
+    return {};
+  }
+  return Componi(pezzi[2], '-', pezzi[1], pezzi[0]);
+}
+
+std::string FineMese(std::string_view mese, std::string_view anno) {
+  std::string_view ultimo = "31";
+  if (mese == "04" || mese == "06" || mese == "09" || mese == "11") {
+    ultimo = "30";
+  } else if (mese == "02") {
+    ultimo = LeggiData("29/02/" + std::string(anno)).reale ? "29" : "28";
+  }
+  return Componi(anno, '-', mese, ultimo);
+}
+
+std::string FormattaData(std::string_view iso) {
+  if (iso.empty()) {
+    return {};
+  }
+  const DataIso data = LeggiIso(iso);
+  return Componi(data.giorno, '/', data.mese, data.anno);
+}
+
+std::string FormattaDataBreve(std::string_view iso) {
+  if (iso.empty()) {
+    return {};
+  }
+  const DataIso data = LeggiIso(iso);
+  return Componi(data.giorno, '/', data.mese, data.anno.substr(2));
+}
+
+std::string FormattaDataOrdine(std::string_view iso) {
+  if (iso.empty()) {
+    return {};
+  }
+  const DataIso data = LeggiIso(iso);
+  return Componi(data.anno, '/', data.mese, data.giorno);
+}
+
+} // namespace lumoscad::Utilities

@@ -1,0 +1,149 @@
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "platform/Errore.hpp"
+
+#include <algorithm>
+
+namespace lumoscad::Utilities {
+namespace {
+
+/// A decimal number by its digits: the value is 0.CIFRE times ten to the power of `virgola`.
+struct Decimale {
+  bool negativo = false;
+  std::string cifre;
+  int virgola = 0;
+};
+
+bool Cifra(char c) {
+  return c >= '0' && c <= '9';
+}
+
+[[noreturn]] void NonNumero(std::string_view testo) {
+  throw ErroreRuntime(errori::TipoNonCorrispondente, "Importo non valido: " + std::string(testo));
+}
+
+Decimale LeggiDecimale(std::string_view testo) {
+  Decimale numero;
+  std::string_view resto = SenzaSpaziAiLati(testo);
+  if (!resto.empty() && (resto.front() == '-' || resto.front() == '+')) {
+    numero.negativo = resto.front() == '-';
+    resto.remove_prefix(1);
+  }
+  bool punto = false;
+  std::size_t i = 0;
+  for (; i < resto.size() && (Cifra(resto[i]) || (resto[i] == '.' && !punto)); ++i) {
+    if (resto[i] == '.') {
+      punto = true;
+    } else {
+      numero.cifre += resto[i];
+      numero.virgola += punto ? 0 : 1;
+    }
+  }
+  if (numero.cifre.empty()) {
+    NonNumero(testo);
+  }
+  if (i < resto.size()) {
+    if (resto[i] != 'e' && resto[i] != 'E') {
+      NonNumero(testo);
+    }
+    const int esponente = Intero(resto.substr(i + 1));
+    if (esponente < -400 || esponente > 400) {
+      NonNumero(testo);
+    }
+    numero.virgola += esponente;
+  }
+  return numero;
+}
+
+/// The number in hundredths, rounded half away from zero, as digits without leading zeros.
+std::string Centesimi(const Decimale& numero) {
+  const int intere = numero.virgola + 2;
+  std::string centesimi;
+  for (int i = 0; i < intere; ++i) {
+    const auto posto = static_cast<std::size_t>(i);
+    centesimi += posto < numero.cifre.size() ? numero.cifre[posto] : '0';
+  }
+  const bool perEccesso = intere >= 0 && static_cast<std::size_t>(intere) < numero.cifre.size() &&
+                          numero.cifre[static_cast<std::size_t>(intere)] >= '5';
+  if (perEccesso) {
+    auto c = centesimi.rbegin();
+    for (; c != centesimi.rend() && *c == '9'; ++c) {
+      *c = '0';
+    }
+    if (c == centesimi.rend()) {
+      centesimi.insert(0, "1");
+    } else {
+      ++*c;
+    }
+  }
+  centesimi.erase(0, std::min(centesimi.find_first_not_of('0'), centesimi.size()));
+  return centesimi;
+}
+
+} // namespace
+
+void SeparaImporto(std::string_view importo, std::string& intero, std::string& decimali) {
+  auto separatore = importo.find(',');
+  if (separatore == std::string_view::npos) {
+    separatore = importo.find('.');
+  }
+  if (separatore == std::string_view::npos) {
+    intero = importo;
+    decimali = "00";
+    return;
+  }
+  intero = importo.substr(0, separatore);
+  decimali = importo.substr(separatore + 1);
+  if (decimali.size() == 1) {
+    decimali += '0';
+  }
+}
+
+bool ControllaImporto(std::string& importo, bool conDecimali, bool conSegno) {
+  std::string testo;
+  std::copy_if(importo.begin(), importo.end(), std::back_inserter(testo),
+               [](char c) { return static_cast<unsigned char>(c) > ' '; });
+  if (conSegno && !testo.empty() && (testo.front() == '-' || testo.front() == '+')) {
+    testo.erase(0, 1);
+  }
+  const auto ammesso = [&](char c) { return Cifra(c) || (conDecimali && (c == '.' || c == ',')); };
+  if (!std::all_of(testo.begin(), testo.end(), ammesso)) {
+    return true;
+  }
+  if (testo.empty()) {
+    importo.clear();
+    return false;
+  }
+  if (conDecimali) {
+    std::string intero;
+    std::string decimali;
+    SeparaImporto(testo, intero, decimali);
+    if (decimali.find_first_of(".,") != std::string::npos) {
+      return true;
+    }
+    // The points of the integer part group thousands.
+    std::erase(intero, '.');
+    testo = intero + "." + decimali;
+    if (testo == ".") {
+      return true;
+    }
+  }
+  importo = FormattaImporto(testo);
+  return false;
+}
+
+std::string FormattaImporto(std::string_view numero) {
+  const Decimale decimale = LeggiDecimale(numero);
+  std::string centesimi = Centesimi(decimale);
+  const bool zero = centesimi.empty();
+  centesimi.insert(0, centesimi.size() < 3 ? 3 - centesimi.size() : 0, '0');
+  std::string testo = centesimi.substr(0, centesimi.size() - 2);
+  for (std::size_t posto = testo.size(); posto > 3;) {
+    posto -= 3;
+    testo.insert(posto, 1, '.');
+  }
+  testo.append(",").append(centesimi, centesimi.size() - 2);
+  return decimale.negativo && !zero ? "-" + testo : testo;
+}
+
+} // namespace lumoscad::Utilities

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/nexaro/HostLink.hpp"
+
+#include <string>
+
+namespace lumoscad {
+
+/// The reply object of one command: the texts of the program's answer, and the place where database procedures
+/// and screen loaders put theirs. A non-empty `Errore` means that the command failed.
+class MsgAnnulla {
+ public:
+  MsgAnnulla();
+  MsgAnnulla(const MsgAnnulla&) = delete;
+  MsgAnnulla& operator=(const MsgAnnulla&) = delete;
+  ~MsgAnnulla() = default;
+
+  std::string Messaggio;
+  std::string Errore;
+  nexaro::XMLParser XMLParser;
+
+ private:
+  void XMLParser_Parse(const xml::Nodo& nodo);
+};
+
+} // namespace lumoscad

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "common/MsgAnnulla.hpp"
+
+#include <memory>
+#include <string>
+
+namespace lumoscad {
+
+class frmLumoScadenzeBanche;
+
+/// The module-level values of the component. Options overwrite them when a command carries them; nothing resets
+/// them between commands, and a command that omits an option sees the value of an earlier one.
+struct Stato {
+  std::string ComandoCorrente;                           ///< the whole command line of the running command
+  std::string Azienda;                                   ///< "-D", the company code
+  std::string HostIP;                                    ///< "-H", the host's address
+  std::shared_ptr<MsgAnnulla> Risposta;                  ///< the reply object of the last request
+  std::shared_ptr<frmLumoScadenzeBanche> ScadenzeBanche; ///< the credits/debits screen, created on first use
+};
+
+/// The one set of module-level values of the process.
+[[nodiscard]] Stato& stato();
+
+/// Gives a test fresh module-level values and puts the old ones back.
+class StatoSostituito {
+ public:
+  StatoSostituito();
+  StatoSostituito(const StatoSostituito&) = delete;
+  StatoSostituito& operator=(const StatoSostituito&) = delete;
+  ~StatoSostituito();
+
+ private:
+  Stato precedente_;
+};
+
+} // namespace lumoscad

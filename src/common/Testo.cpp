@@ -1,0 +1,68 @@
+#include "common/Testo.hpp"
+
+#include "platform/Errore.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <system_error>
+
+namespace lumoscad {
+
+bool MaggioreDiSpazio(std::string_view testo) noexcept {
+  return std::any_of(testo.begin(), testo.end(), [](char c) { return static_cast<unsigned char>(c) > ' '; });
+}
+
+bool SenzaValore(std::string_view testo) noexcept {
+  return testo.empty() || testo == Nullo;
+}
+
+std::string_view SenzaSpaziAiLati(std::string_view testo) noexcept {
+  const auto primo = testo.find_first_not_of(' ');
+  if (primo == std::string_view::npos) {
+    return {};
+  }
+  return testo.substr(primo, testo.find_last_not_of(' ') - primo + 1);
+}
+
+std::string Maiuscolo(std::string_view testo) {
+  std::string maiuscolo(testo);
+  for (char& c : maiuscolo) {
+    if (c >= 'a' && c <= 'z') {
+      c = static_cast<char>(c - 'a' + 'A');
+    }
+  }
+  return maiuscolo;
+}
+
+std::vector<std::string> Dividi(std::string_view testo, char separatore) {
+  std::vector<std::string> pezzi;
+  for (;;) {
+    const auto fine = testo.find(separatore);
+    pezzi.emplace_back(testo.substr(0, fine));
+    if (fine == std::string_view::npos) {
+      return pezzi;
+    }
+    testo.remove_prefix(fine + 1);
+  }
+}
+
+int Intero(std::string_view testo) {
+  int valore = 0;
+  const char* const fine = testo.data() + testo.size();
+  const char* const inizio = testo.data() + (!testo.empty() && testo.front() == '+' ? 1 : 0);
+  const auto [dove, esito] = std::from_chars(inizio, fine, valore);
+  if (esito != std::errc{} || dove != fine) {
+    throw ErroreRuntime(errori::TipoNonCorrispondente, "Numero intero non valido: " + std::string(testo));
+  }
+  return valore;
+}
+
+std::string ConZeri(int valore, int cifre) {
+  std::string testo = std::to_string(valore);
+  if (static_cast<int>(testo.size()) < cifre) {
+    testo.insert(0, static_cast<std::size_t>(cifre) - testo.size(), '0');
+  }
+  return testo;
+}
+
+} // namespace lumoscad

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad {
+
+/// The component's text for no value in change records, request lines and look-up arguments.
+inline constexpr std::string_view Nullo = "#null#";
+
+/// True when `testo`, without the blanks and control characters at its ends, is not empty: the domain's
+/// "greater than a single blank". "Not empty" is another question, for which " " is text.
+[[nodiscard]] bool MaggioreDiSpazio(std::string_view testo) noexcept;
+
+/// True for a value that stands for none: empty or "#null#".
+[[nodiscard]] bool SenzaValore(std::string_view testo) noexcept;
+
+/// `testo` without leading and trailing blanks.
+[[nodiscard]] std::string_view SenzaSpaziAiLati(std::string_view testo) noexcept;
+
+/// `testo` with the ASCII letters in upper case.
+[[nodiscard]] std::string Maiuscolo(std::string_view testo);
+
+/// Splits `testo` on every single `separatore`; an empty text gives one empty piece.
+[[nodiscard]] std::vector<std::string> Dividi(std::string_view testo, char separatore);
+
+/// Reads a whole decimal number with an optional sign. Raises error 13 when `testo` is anything else.
+[[nodiscard]] int Intero(std::string_view testo);
+
+/// `valore` in decimal, with zeros in front up to `cifre` digits.
+[[nodiscard]] std::string ConZeri(int valore, int cifre);
+
+} // namespace lumoscad
