@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that building, testing and demonstrating need. Nothing happens when all are there.
+set -euo pipefail
+
+pacchetti=(
+  # compilers and build
+  g++ cmake ninja-build ccache pkg-config
+  # checks
+  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev python3
+  # libraries
+  qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev
+  # databases
+  unixodbc odbcinst libsqliteodbc sqlite3 odbc-postgresql postgresql-15
+  # a virtual display, a window manager and hands to play with
+  xvfb xauth xdotool imagemagick openbox fonts-dejavu-core
+)
+
+mancano=()
+for pacchetto in "${pacchetti[@]}"; do
+  stato=$(dpkg-query -W -f='${db:Status-Status}' "$pacchetto" 2>/dev/null || true)
+  [ "$stato" = installed ] || mancano+=("$pacchetto")
+done
+if [ ${#mancano[@]} -eq 0 ]; then
+  echo "dipendenze: tutte presenti"
+  exit 0
+fi
+
+echo "dipendenze: installo ${mancano[*]}"
+come_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "dipendenze: servono i diritti di root, oppure sudo" >&2; exit 1; }
+  come_root=(sudo)
+fi
+installa() {
+  "${come_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${mancano[@]}"
+}
+# Package lists may be absent (a fresh machine) or too old to fetch from: both are mended by one update.
+if ! compgen -G '/var/lib/apt/lists/*Packages*' >/dev/null; then
+  "${come_root[@]}" apt-get update
+fi
+installa || { "${come_root[@]}" apt-get update && installa; }
