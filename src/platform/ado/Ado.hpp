@@ -28,7 +28,7 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   ~Connection();
 
-  std::string ConnectionString;                        ///< see ConnectionText.hpp for its grammar
+  std::string ConnectionString; ///< see ConnectionText.hpp for its grammar
   lumoscad::ado::CursorLocation CursorLocation = CursorLocation::Client;
 
   /// Opens the connection by `ConnectionString`. No message of a failure holds the password.

@@ -1,0 +1,39 @@
+#include "platform/ado/Diagnostics.hpp"
+#include "platform/ado/RecordsetImpl.hpp"
+
+namespace lumoscad::ado {
+
+struct Command::Impl {
+  std::unique_ptr<interno::Prepared> prepared;
+};
+
+Command::Command() : impl_(std::make_unique<Impl>()) {}
+Command::Command(Command&&) noexcept = default;
+Command& Command::operator=(Command&&) noexcept = default;
+Command::~Command() = default;
+
+Recordset Command::Execute(std::int64_t* RecordsAffected) {
+  if (ActiveConnection == nullptr)
+    throw ErroreRuntime(interno::numeri::OggettoChiuso, "Il comando SQL non è collegato ad alcuna connessione.",
+                        "ODBC");
+  const auto& session = ActiveConnection->impl().require();
+  auto& prepared = impl_->prepared;
+  if (!prepared || !prepared->serves(session, CommandText)) {
+    prepared.reset();
+    prepared = std::make_unique<interno::Prepared>(session, CommandText);
+  }
+  try {
+    auto outcome = prepared->execute(Parameters);
+    if (RecordsAffected != nullptr)
+      *RecordsAffected = outcome.affected;
+    Recordset result;
+    result.impl().fill(std::move(outcome), session);
+    return result;
+  } catch (...) {
+    // What made it fail may be the plan itself, after a change of the tables.
+    prepared.reset();
+    throw;
+  }
+}
+
+} // namespace lumoscad::ado

@@ -1,0 +1,62 @@
+#include "platform/ado/Diagnostics.hpp"
+#include "platform/ado/Session.hpp"
+
+namespace lumoscad::ado {
+
+using interno::Session;
+using interno::Statement;
+
+const std::shared_ptr<Session>& Connection::Impl::require() const {
+  if (!session)
+    throw ErroreRuntime(interno::numeri::OggettoChiuso,
+                        "Operazione non consentita: la connessione alla base dati è chiusa.", "ODBC");
+  return session;
+}
+
+Connection::Connection() : impl_(std::make_unique<Impl>()) {}
+
+Connection::~Connection() {
+  Close();
+}
+
+void Connection::Open() {
+  if (impl_->session)
+    throw ErroreRuntime(interno::numeri::OggettoAperto, "La connessione alla base dati è già aperta.", "ODBC");
+  impl_->session = std::make_shared<Session>(LeggiTestoConnessione(ConnectionString));
+}
+
+State Connection::State() const noexcept {
+  return impl_->session ? ado::State::Open : ado::State::Closed;
+}
+
+void Connection::Close() {
+  if (!impl_->session)
+    return;
+  impl_->session->close();
+  impl_->session.reset();
+}
+
+void Connection::BeginTrans() {
+  impl_->require()->begin();
+}
+
+void Connection::CommitTrans() {
+  impl_->require()->commit();
+}
+
+void Connection::RollbackTrans() {
+  impl_->require()->rollback();
+}
+
+std::int64_t Connection::Execute(std::string_view sql) {
+  Statement statement(impl_->require());
+  std::string text(sql);
+  interno::announce(text);
+  const SQLRETURN rc =
+      SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()), static_cast<SQLINTEGER>(text.size()));
+  if (rc != SQL_NO_DATA)
+    statement.require(rc, "Istruzione SQL non riuscita.");
+  return interno::affectedRows(statement, rc);
+}
+
+} // namespace lumoscad::ado

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Errore.hpp"
+#include "platform/ado/Handles.hpp"
+
+#include <string>
+#include <string_view>
+
+namespace lumoscad::ado::interno {
+
+/// Numbers of the errors that this layer finds by itself.
+namespace numeri {
+inline constexpr int FineRighe = 3021;                  ///< no current row
+inline constexpr int ContestoNonValido = 3219;          ///< not allowed in the present state of things
+inline constexpr int ColonnaInesistente = 3265;         ///< the result has no such column
+inline constexpr int OggettoChiuso = 3704;              ///< the object is closed
+inline constexpr int OggettoAperto = 3705;              ///< the object is open already
+inline constexpr int ParametriErrati = -2147217904;     ///< wrong count of parameters
+inline constexpr int ModificaConcorrente = -2147217864; ///< the row is no longer as it was read
+} // namespace numeri
+
+/// The error number that stands for an SQLSTATE.
+[[nodiscard]] int numeroErrore(std::string_view sqlstate) noexcept;
+
+/// Blots out every occurrence of `password` in `text`, in any case: a server folds the case of names, and the
+/// password may have been used as a schema name.
+[[nodiscard]] std::string senzaPassword(std::string text, std::string_view password);
+
+/// All diagnostic records of a handle as one error, numbered by the first record; `context` describes the failure
+/// where the driver left no record. The password occurs in no part of it.
+[[nodiscard]] ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password,
+                                       std::string_view context);
+
+} // namespace lumoscad::ado::interno

@@ -1,0 +1,132 @@
+#include "platform/ado/Prepared.hpp"
+
+#include "platform/ado/Diagnostics.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace lumoscad::ado::interno {
+
+namespace {
+
+constexpr const char* executionFailed = "Istruzione SQL non riuscita.";
+
+/// Closes the cursor at the end of an execution and lets go of the bound parameters.
+class Execution {
+ public:
+  explicit Execution(const Statement& statement) : statement_(statement) {}
+  Execution(const Execution&) = delete;
+  Execution& operator=(const Execution&) = delete;
+  ~Execution() {
+    SQLFreeStmt(statement_.handle(), SQL_CLOSE);
+    SQLFreeStmt(statement_.handle(), SQL_RESET_PARAMS);
+  }
+
+ private:
+  const Statement& statement_;
+};
+
+/// Only a query may be executed a second time for its result's sake.
+bool isQuery(std::string_view text) {
+  constexpr std::string_view word = "SELECT";
+  const auto first = text.find_first_not_of(" \t\r\n(");
+  if (first == std::string_view::npos)
+    return false;
+  const std::string_view start = text.substr(first, word.size());
+  return std::equal(start.begin(), start.end(), word.begin(), word.end(),
+                    [](char a, char b) { return a == b || a == b + ('a' - 'A'); });
+}
+
+} // namespace
+
+Prepared::Prepared(std::shared_ptr<Session> session, std::string text)
+    : session_(std::move(session)), text_(std::move(text)), statement_(session_) {
+  statement_.require(
+      SQLPrepare(statement_.handle(), reinterpret_cast<SQLCHAR*>(text_.data()), static_cast<SQLINTEGER>(text_.size())),
+      "Preparazione dell'istruzione SQL non riuscita.");
+  describeParameters();
+}
+
+void Prepared::describeParameters() {
+  SQLSMALLINT count = 0;
+  statement_.require(SQLNumParams(statement_.handle(), &count), "Conteggio dei parametri non riuscito.");
+  types_.resize(static_cast<std::size_t>(std::max<SQLSMALLINT>(count, 0)));
+  if (!session_->describesParameters())
+    return;
+  SQLUSMALLINT number = 0;
+  for (ParameterType& parameter : types_) {
+    ParameterType described;
+    SQLSMALLINT nullable = 0;
+    if (!SQL_SUCCEEDED(SQLDescribeParam(statement_.handle(), ++number, &described.type, &described.size,
+                                        &described.digits, &nullable)))
+      return;
+    if (described.type != SQL_UNKNOWN_TYPE)
+      parameter = described;
+  }
+}
+
+bool Prepared::serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept {
+  return session == session_ && text == text_ && statement_.isAlive();
+}
+
+void Prepared::bind(const std::vector<std::string>& parameters) {
+  if (parameters.size() != types_.size())
+    throw ErroreRuntime(numeri::ParametriErrati,
+                        "[07001] Numero di parametri errato: l'istruzione ne richiede " +
+                            std::to_string(types_.size()) + ", ne sono stati dati " +
+                            std::to_string(parameters.size()) + ".",
+                        "ODBC");
+  lengths_.assign(parameters.size(), 0);
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    const std::string& value = parameters[i];
+    lengths_[i] = static_cast<SQLLEN>(value.size());
+    const SQLULEN size = std::max<SQLULEN>({types_[i].size, value.size(), 1});
+    // The interface takes a pointer to non-const, yet an input parameter is only read.
+    auto* const data = const_cast<char*>(value.data());
+    statement_.require(SQLBindParameter(statement_.handle(), static_cast<SQLUSMALLINT>(i + 1), SQL_PARAM_INPUT,
+                                        SQL_C_CHAR, types_[i].type, size, types_[i].digits, data, lengths_[i],
+                                        &lengths_[i]),
+                       "Assegnazione di un parametro non riuscita.");
+  }
+}
+
+SQLRETURN Prepared::send() {
+  announce(text_);
+  const SQLRETURN rc = SQLExecute(statement_.handle());
+  if (rc != SQL_NO_DATA)
+    statement_.require(rc, executionFailed);
+  return rc;
+}
+
+Outcome Prepared::execute(const std::vector<std::string>& parameters) {
+  const Execution execution(statement_);
+  bind(parameters);
+  const SQLRETURN rc = send();
+  SQLSMALLINT columns = 0;
+  if (rc != SQL_NO_DATA)
+    statement_.require(SQLNumResultCols(statement_.handle(), &columns), executionFailed);
+  Outcome outcome;
+  if (columns <= 0) {
+    outcome.affected = affectedRows(statement_, rc);
+    return outcome;
+  }
+  outcome.columns = describeColumns(statement_, columns);
+  outcome.rows = RowStore(outcome.columns.size());
+  read(outcome);
+  return outcome;
+}
+
+void Prepared::read(Outcome& outcome) {
+  const bool bounded = std::all_of(outcome.columns.begin(), outcome.columns.end(),
+                                   [](const ColumnInfo& column) { return column.buffer > 0; });
+  if (bounded && isQuery(text_)) {
+    if (readBound(statement_, outcome.columns, outcome.rows))
+      return;
+    outcome.rows.clear();
+    SQLFreeStmt(statement_.handle(), SQL_CLOSE);
+    static_cast<void>(send());
+  }
+  readUnbound(statement_, outcome.columns, outcome.rows);
+}
+
+} // namespace lumoscad::ado::interno

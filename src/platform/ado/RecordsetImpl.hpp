@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/ado/Ado.hpp"
+#include "platform/ado/Prepared.hpp"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace lumoscad::ado {
+
+struct Recordset::Impl {
+  bool open = false;
+  std::vector<std::string> names; ///< as the driver gives them
+  interno::RowStore rows;
+  std::size_t current = 0;
+  std::weak_ptr<interno::Session> session;
+  std::optional<TabellaModificabile> table; ///< present in an editable set
+  std::size_t keyColumn = 0;
+  std::map<std::size_t, std::optional<std::string>> pending; ///< new values of the current row, by column
+
+  /// Takes over what an execution gave; without columns the set stays closed.
+  void fill(interno::Outcome outcome, const std::shared_ptr<interno::Session>& from);
+  void requireOpen() const;
+  void requireRow() const;
+  /// Raises when values were set and not sent yet.
+  void requireNothingPending() const;
+  [[nodiscard]] std::size_t column(std::string_view name) const;
+  [[nodiscard]] std::optional<std::string_view> value(std::size_t index) const;
+  /// Forgets rows, columns and table.
+  void clear();
+
+  void sendChanges();
+  void takeChanges();
+};
+
+} // namespace lumoscad::ado

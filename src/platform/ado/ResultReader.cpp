@@ -1,0 +1,219 @@
+#include "platform/ado/ResultReader.hpp"
+
+#include "platform/ado/Diagnostics.hpp"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace lumoscad::ado::interno {
+
+namespace {
+
+constexpr SQLULEN longestBound = 4096;       ///< characters; longer columns are read piece by piece
+constexpr std::size_t blockBytes = 1U << 20; ///< all bound buffers together
+constexpr std::size_t mostRows = 1024;       ///< rows of one block
+constexpr std::size_t firstPiece = 8192;     ///< bytes asked first of a value read piece by piece
+constexpr const char* readingFailed = "Lettura dalla base dati non riuscita.";
+
+using Cells = std::vector<std::optional<std::string_view>>;
+
+/// Bytes of a value of the type as text, at most; 0 where there is no useful bound.
+std::size_t bufferBytes(SQLSMALLINT type, SQLULEN size) {
+  switch (type) {
+  case SQL_LONGVARCHAR:
+  case SQL_WLONGVARCHAR:
+  case SQL_LONGVARBINARY:
+    return 0;
+  case SQL_CHAR:
+  case SQL_VARCHAR:
+  case SQL_WCHAR:
+  case SQL_WVARCHAR:
+  case SQL_BINARY:
+  case SQL_VARBINARY:
+    // Four bytes a character cover every UTF-8 text, and the two digits a byte of a binary.
+    return size == 0 || size > longestBound ? 0 : static_cast<std::size_t>(size) * 4 + 1;
+  default:
+    return std::max<std::size_t>(64, std::min<SQLULEN>(size, longestBound) + 8);
+  }
+}
+
+bool isTimestamp(SQLSMALLINT type) {
+  return type == SQL_TYPE_TIMESTAMP || type == SQL_TIMESTAMP;
+}
+
+/// Leaves the date alone of a timestamp at midnight: a due date may be declared either way.
+std::string_view withoutMidnight(std::string_view text) {
+  constexpr std::size_t date = 10;
+  constexpr std::string_view midnight = " 00:00:00";
+  if (text.size() < date + midnight.size() || text.substr(date, midnight.size()) != midnight)
+    return text;
+  const std::string_view rest = text.substr(date + midnight.size());
+  const bool zero = rest.empty() || (rest.front() == '.' && rest.find_first_not_of('0', 1) == std::string_view::npos);
+  return zero ? text.substr(0, date) : text;
+}
+
+/// The buffers of a block of rows, bound column by column.
+class Block {
+ public:
+  Block(const Statement& statement, const std::vector<ColumnInfo>& columns) : statement_(statement), columns_(columns) {
+    std::size_t row = 0;
+    for (const ColumnInfo& column : columns)
+      row += column.buffer + sizeof(SQLLEN);
+    rows_ = std::clamp<std::size_t>(blockBytes / std::max<std::size_t>(row, 1), 1, mostRows);
+    setRows(rows_);
+    bind(row);
+  }
+  Block(const Block&) = delete;
+  Block& operator=(const Block&) = delete;
+  ~Block() {
+    SQLSetStmtAttr(statement_.handle(), SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
+    SQLSetStmtAttr(statement_.handle(), SQL_ATTR_ROW_STATUS_PTR, nullptr, 0);
+    SQLSetStmtAttr(statement_.handle(), SQL_ATTR_ROW_ARRAY_SIZE, asPointer(1), 0);
+    SQLFreeStmt(statement_.handle(), SQL_UNBIND);
+  }
+
+  /// Fetches the next block; nothing at the end.
+  [[nodiscard]] std::optional<std::size_t> fetch() {
+    fetched_ = 0;
+    const SQLRETURN rc = SQLFetch(statement_.handle());
+    if (rc == SQL_NO_DATA)
+      return std::nullopt;
+    statement_.require(rc, readingFailed);
+    for (std::size_t row = 0; row < fetched_; ++row)
+      if (status_[row] == SQL_ROW_ERROR)
+        statement_.require(SQL_ERROR, readingFailed);
+    return static_cast<std::size_t>(fetched_);
+  }
+
+  /// The cells of a fetched row; false when one of them did not fit.
+  [[nodiscard]] bool read(std::size_t row, Cells& cells) const {
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      const SQLLEN length = lengths_[i * rows_ + row];
+      if (length == SQL_NULL_DATA) {
+        cells[i].reset();
+        continue;
+      }
+      // A value that fills its buffer to the last byte may have been cut by a driver that tells the cut length.
+      if (length < 0 || static_cast<std::size_t>(length) + 1 >= columns_[i].buffer)
+        return false;
+      const std::string_view text(starts_[i] + row * columns_[i].buffer, static_cast<std::size_t>(length));
+      cells[i] = isTimestamp(columns_[i].type) ? withoutMidnight(text) : text;
+    }
+    return true;
+  }
+
+ private:
+  void setRows(std::size_t wanted) {
+    SQLHANDLE handle = statement_.handle();
+    SQLSetStmtAttr(handle, SQL_ATTR_ROW_BIND_TYPE, asPointer(SQL_BIND_BY_COLUMN), 0);
+    SQLSetStmtAttr(handle, SQL_ATTR_ROW_ARRAY_SIZE, asPointer(wanted), 0);
+    SQLULEN granted = 1;
+    const SQLRETURN rc = SQLGetStmtAttr(handle, SQL_ATTR_ROW_ARRAY_SIZE, &granted, SQL_IS_UINTEGER, nullptr);
+    rows_ = SQL_SUCCEEDED(rc) && granted > 0 ? static_cast<std::size_t>(granted) : 1;
+    status_.assign(rows_, SQL_ROW_SUCCESS);
+    SQLSetStmtAttr(handle, SQL_ATTR_ROW_STATUS_PTR, status_.data(), 0);
+    statement_.require(SQLSetStmtAttr(handle, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0), readingFailed);
+  }
+
+  void bind(std::size_t rowBytes) {
+    buffer_ = std::make_unique_for_overwrite<char[]>(rowBytes * rows_);
+    lengths_.assign(columns_.size() * rows_, 0);
+    char* start = buffer_.get();
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      starts_.push_back(start);
+      statement_.require(SQLBindCol(statement_.handle(), static_cast<SQLUSMALLINT>(i + 1), SQL_C_CHAR, start,
+                                    static_cast<SQLLEN>(columns_[i].buffer), &lengths_[i * rows_]),
+                         readingFailed);
+      start += columns_[i].buffer * rows_;
+    }
+  }
+
+  const Statement& statement_;
+  const std::vector<ColumnInfo>& columns_;
+  std::size_t rows_ = 1;
+  std::unique_ptr<char[]> buffer_;
+  std::vector<char*> starts_;
+  std::vector<SQLLEN> lengths_;
+  std::vector<SQLUSMALLINT> status_;
+  SQLULEN fetched_ = 0;
+};
+
+/// Reads one value of the current row piece by piece into `whole`; false for NULL.
+bool readWhole(const Statement& statement, SQLUSMALLINT column, std::string& whole) {
+  whole.resize(firstPiece);
+  std::size_t got = 0;
+  for (;;) {
+    const std::size_t room = whole.size() - got;
+    SQLLEN length = 0;
+    const SQLRETURN rc =
+        SQLGetData(statement.handle(), column, SQL_C_CHAR, whole.data() + got, static_cast<SQLLEN>(room), &length);
+    if (rc == SQL_NO_DATA)
+      break;
+    statement.require(rc, readingFailed);
+    if (length == SQL_NULL_DATA)
+      return false;
+    if (length >= 0 && static_cast<std::size_t>(length) < room) {
+      got += static_cast<std::size_t>(length);
+      break;
+    }
+    got += room - 1;
+    const std::size_t left = length == SQL_NO_TOTAL ? whole.size() : static_cast<std::size_t>(length) - (room - 1);
+    whole.resize(got + left + 1);
+  }
+  whole.resize(got);
+  return true;
+}
+
+} // namespace
+
+std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT count) {
+  std::vector<ColumnInfo> columns(static_cast<std::size_t>(count));
+  for (SQLSMALLINT i = 0; i < count; ++i) {
+    std::array<SQLCHAR, 512> name{};
+    SQLSMALLINT length = 0;
+    SQLSMALLINT digits = 0;
+    SQLSMALLINT nullable = 0;
+    SQLULEN size = 0;
+    ColumnInfo& column = columns[static_cast<std::size_t>(i)];
+    statement.require(SQLDescribeCol(statement.handle(), static_cast<SQLUSMALLINT>(i + 1), name.data(),
+                                     static_cast<SQLSMALLINT>(name.size()), &length, &column.type, &size, &digits,
+                                     &nullable),
+                      "Descrizione del risultato non riuscita.");
+    column.name = reinterpret_cast<const char*>(name.data());
+    column.buffer = bufferBytes(column.type, size);
+  }
+  return columns;
+}
+
+bool readBound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows) {
+  Block block(statement, columns);
+  Cells cells(columns.size());
+  while (const auto fetched = block.fetch())
+    for (std::size_t row = 0; row < *fetched; ++row) {
+      if (!block.read(row, cells))
+        return false;
+      rows.append(cells);
+    }
+  return true;
+}
+
+void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows) {
+  std::vector<std::string> values(columns.size());
+  Cells cells(columns.size());
+  for (;;) {
+    const SQLRETURN rc = SQLFetch(statement.handle());
+    if (rc == SQL_NO_DATA)
+      return;
+    statement.require(rc, readingFailed);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      if (!readWhole(statement, static_cast<SQLUSMALLINT>(i + 1), values[i]))
+        cells[i].reset();
+      else
+        cells[i] = isTimestamp(columns[i].type) ? withoutMidnight(values[i]) : std::string_view(values[i]);
+    }
+    rows.append(cells);
+  }
+}
+
+} // namespace lumoscad::ado::interno

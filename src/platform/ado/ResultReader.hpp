@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/ado/RowStore.hpp"
+#include "platform/ado/Session.hpp"
+
+#include <string>
+#include <vector>
+
+namespace lumoscad::ado::interno {
+
+/// One column of a result as the driver describes it.
+struct ColumnInfo {
+  std::string name;
+  SQLSMALLINT type = 0;
+  std::size_t buffer = 0; ///< bytes of a bound value with its terminator; 0 where it is read piece by piece
+};
+
+[[nodiscard]] std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT count);
+
+/// Reads all rows by block fetch into bound columns. False when a value was longer than the driver had announced:
+/// the rows are then incomplete and the statement must be executed again and read with `readUnbound`.
+[[nodiscard]] bool readBound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
+
+/// Reads all rows one by one, each value whole, however long it is.
+void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
+
+} // namespace lumoscad::ado::interno

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "platform/Errore.hpp"
+#include "platform/ado/Ado.hpp"
+#include "platform/ado/ConnectionText.hpp"
+#include "platform/ado/Handles.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace lumoscad::ado::interno {
+
+class Statement;
+
+/// One open connection. Statements keep it alive, but `close` ends it at once and takes every statement with it.
+class Session {
+ public:
+  explicit Session(const ConnectionSettings& settings);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  [[nodiscard]] bool isOpen() const noexcept { return open_; }
+  [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
+  [[nodiscard]] bool describesParameters() const noexcept { return describesParameters_; }
+  [[nodiscard]] const std::string& password() const noexcept { return password_; }
+  [[nodiscard]] SQLHANDLE handle() const noexcept { return connection_.get(); }
+
+  void begin();
+  void commit();
+  void rollback();
+  void close() noexcept;
+
+  /// A failed statement may have spoiled the open transaction; `commit` then looks before it trusts the driver.
+  void statementFailed() noexcept { statementFailed_ = inTransaction_; }
+
+ private:
+  friend class Statement;
+
+  void requireOpen() const;
+  void autocommit(bool on);
+  void readCapabilities();
+  [[nodiscard]] bool isDead() const noexcept;
+  [[nodiscard]] bool answers() noexcept;
+  void endCommit(SQLRETURN rc);
+
+  Handle<SQL_HANDLE_DBC> connection_;
+  std::string password_;
+  std::unordered_set<Statement*> statements_;
+  bool open_ = false;
+  bool inTransaction_ = false;
+  bool statementFailed_ = false;
+  bool describesParameters_ = false;
+  bool postgres_ = false;
+};
+
+/// One statement handle of a session; it is released early when the session is closed.
+class Statement {
+ public:
+  explicit Statement(std::shared_ptr<Session> session);
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+  ~Statement();
+
+  [[nodiscard]] SQLHANDLE handle() const noexcept { return handle_.get(); }
+  [[nodiscard]] Session& session() const noexcept { return *session_; }
+  [[nodiscard]] bool isAlive() const noexcept { return static_cast<bool>(handle_); }
+
+  /// Raises the diagnostics of the statement unless `rc` is a success.
+  void require(SQLRETURN rc, std::string_view context) const;
+
+ private:
+  friend class Session;
+
+  std::shared_ptr<Session> session_;
+  Handle<SQL_HANDLE_STMT> handle_;
+};
+
+/// Tells the services that `sql` is about to be sent.
+void announce(std::string_view sql);
+
+/// Rows changed by the statement just executed with `rc`; -1 where the driver does not tell.
+[[nodiscard]] std::int64_t affectedRows(const Statement& statement, SQLRETURN rc);
+
+} // namespace lumoscad::ado::interno
+
+namespace lumoscad::ado {
+
+struct Connection::Impl {
+  std::shared_ptr<interno::Session> session;
+
+  /// The open session; raises when the connection is closed.
+  [[nodiscard]] const std::shared_ptr<interno::Session>& require() const;
+};
+
+} // namespace lumoscad::ado
