@@ -1,0 +1,90 @@
+#include "database/db2Searches.hpp"
+
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "database/moduloDatabase.hpp"
+#include "platform/Errore.hpp"
+
+#include <utility>
+#include <vector>
+
+namespace lumoscad::db2Searches {
+namespace {
+
+std::int32_t Cerca(ado::Connection& connection, std::string_view sql, std::vector<std::string> valori,
+                   std::string_view colonna, std::string_view fallimento) {
+  std::int32_t chiave = -1;
+  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  comando.Parameters = std::move(valori);
+  ado::Recordset righe = comando.Execute();
+  if (righe.RecordCount() == 1) {
+    const auto valore = righe.Fields(colonna).Value();
+    // A key kept in a CHAR column comes back padded.
+    chiave = valore ? Intero(SenzaSpaziAiLati(*valore)) : -1;
+  }
+  moduloDatabase::ChiudiRecordset(righe);
+  if (chiave < 0) {
+    throw ErroreRuntime(errori::RicercaFallita, "", std::string(fallimento));
+  }
+  return chiave;
+}
+
+} // namespace
+
+std::int32_t CercaAziendaLinea(ado::Connection& connection, std::string_view codiceAzienda, std::string_view linea,
+                               std::string_view sottolinea) {
+  return Cerca(connection,
+               "SELECT AZIENDALINEAKEY FROM AZIENDELINEE WHERE "
+               "CODICEAZIENDA=? AND LINEA=? AND SOTTOLINEA=?",
+               {std::string(codiceAzienda), std::string(linea), std::string(sottolinea)}, "AZIENDALINEAKEY",
+               "AZIENDA INESISTENTE");
+}
+
+std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziendaLineaKey,
+                            std::string_view tipoMovimento, std::string_view esercizio, std::string_view serie,
+                            std::string_view numero) {
+  std::string sql = "SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
+                    "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?";
+  std::vector<std::string> valori = {std::string(aziendaLineaKey), std::string(tipoMovimento), std::string(serie),
+                                     std::string(numero)};
+  if (esercizio != Nullo) {
+    sql += " AND ESERCIZIO=?";
+    valori.emplace_back(esercizio);
+  }
+  return Cerca(connection, sql, std::move(valori), "MOVIMENTOKEY", "MOVIMENTO CONTABILE INESISTENTE");
+}
+
+std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto) {
+  return Cerca(connection,
+               "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE "
+               "CODICECONTO=? ",
+               {std::string(codiceConto)}, "CONTOCONTABILE_KEY", "CONTO CONTABILE INESISTENTE");
+}
+
+std::int32_t CercaPartitaContabile(ado::Connection& connection, std::string_view contoContabileKey,
+                                   std::string_view numeroPartita) {
+  return Cerca(connection,
+               "SELECT PARTITACONTABILEKEY FROM PARTITACONTABILE WHERE "
+               "CONTOCONTABILE_KEY=? AND NUMEROPARTITA=?",
+               {std::string(contoContabileKey), std::string(numeroPartita)}, "PARTITACONTABILEKEY",
+               "PARTITA CONTABILE INESISTENTE");
+}
+
+std::string DescrizioneConto(std::string_view codiceConto, MsgAnnulla& msg) {
+  try {
+    const auto connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
+    ado::Command comando = moduloDatabase::CreaComando(*connection, "SELECT DESCRIZIONEVOCE FROM CONTOCONTABILE WHERE "
+                                                                    "CODICECONTO=?");
+    comando.Parameters = {std::string(codiceConto)};
+    ado::Recordset righe = comando.Execute();
+    if (righe.RecordCount() != 1) {
+      throw ErroreRuntime(errori::RicercaFallita, "", "CONTO CONTABILE INESISTENTE");
+    }
+    return std::string(righe.Fields("DESCRIZIONEVOCE").Value().value_or(""));
+  } catch (...) {
+    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    return "error";
+  }
+}
+
+} // namespace lumoscad::db2Searches

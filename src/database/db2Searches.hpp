@@ -1,0 +1,34 @@
+#pragma once
+
+#include "common/MsgAnnulla.hpp"
+#include "platform/ado/Ado.hpp"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Look-ups of surrogate keys by business codes, on a connection that the caller holds. Each raises error
+/// -2147220990 when it does not find exactly one row; the failure's source says what is missing.
+namespace lumoscad::db2Searches {
+
+/// The key of a company line.
+[[nodiscard]] std::int32_t CercaAziendaLinea(ado::Connection& connection, std::string_view codiceAzienda,
+                                             std::string_view linea, std::string_view sottolinea);
+
+/// The key of a movement of a company line by kind, series and number; `esercizio` "#null#" means any year.
+[[nodiscard]] std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziendaLineaKey,
+                                          std::string_view tipoMovimento, std::string_view esercizio,
+                                          std::string_view serie, std::string_view numero);
+
+/// The key of an account by its code.
+[[nodiscard]] std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto);
+
+/// The key of an open item by its account's key and its number.
+[[nodiscard]] std::int32_t CercaPartitaContabile(ado::Connection& connection, std::string_view contoContabileKey,
+                                                 std::string_view numeroPartita);
+
+/// The description of an account, on a connection of its own. On failure stores the message in `msg.Errore` and
+/// returns "error".
+[[nodiscard]] std::string DescrizioneConto(std::string_view codiceConto, MsgAnnulla& msg);
+
+} // namespace lumoscad::db2Searches

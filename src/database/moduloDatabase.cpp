@@ -1,0 +1,92 @@
+#include "database/moduloDatabase.hpp"
+
+#include "common/Testo.hpp"
+
+#include <array>
+#include <utility>
+
+namespace lumoscad::moduloDatabase {
+
+ParametriConnessione LeggiParametriDB2(std::string_view command) {
+  ParametriConnessione parametri;
+  const std::array<std::pair<std::string_view, std::string*>, 4> opzioni = {{{"-DB2SOURCE", &parametri.DataSource},
+                                                                             {"-DB2USER", &parametri.UserId},
+                                                                             {"-DB2PASS", &parametri.Password},
+                                                                             {"-DB2SCHEMA", &parametri.Schema}}};
+  const auto pezzi = Dividi(command, ' ');
+  for (std::size_t i = 0; i < pezzi.size(); ++i) {
+    const std::string nome = Maiuscolo(pezzi[i]);
+    for (const auto& [opzione, valore] : opzioni) {
+      if (nome == opzione) {
+        *valore = i + 1 < pezzi.size() ? pezzi[i + 1] : std::string();
+      }
+    }
+  }
+  if (SenzaSpaziAiLati(parametri.Schema).empty()) {
+    parametri.Schema = parametri.Password;
+  }
+  return parametri;
+}
+
+std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& parametri) {
+  auto connection = std::make_unique<ado::Connection>();
+  connection->ConnectionString = "Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30"
+                                 ";Password=" +
+                                 parametri.Password + ";User ID=" + parametri.UserId +
+                                 ";Data Source=" + parametri.DataSource;
+  connection->CursorLocation = ado::CursorLocation::Client;
+  connection->Open();
+  return connection;
+}
+
+void ChiudiConnessione(ado::Connection* connection) noexcept {
+  if (connection == nullptr || connection->State() != ado::State::Open) {
+    return;
+  }
+  try {
+    connection->Close();
+  } catch (...) { // NOLINT(bugprone-empty-catch): the outcome of the procedure is settled before it closes
+  }
+}
+
+void ChiudiRecordset(ado::Recordset& recordset) noexcept {
+  if (recordset.State() != ado::State::Open) {
+    return;
+  }
+  try {
+    recordset.Close();
+  } catch (...) { // NOLINT(bugprone-empty-catch): the rows were read already
+  }
+}
+
+ado::Command CreaComando(ado::Connection& connection, std::string_view sql, ado::CommandType commandType) {
+  ado::Command comando;
+  comando.ActiveConnection = &connection;
+  comando.CommandType = commandType;
+  comando.CommandText = sql;
+  return comando;
+}
+
+std::string TestoErrore(const ErroreRuntime& errore) {
+  return "ERRORE: " + std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
+}
+
+Transazione::Transazione(ado::Connection& connection) : connection_(&connection) {
+  connection.BeginTrans();
+}
+
+Transazione::~Transazione() {
+  if (connection_ == nullptr) {
+    return;
+  }
+  try {
+    connection_->RollbackTrans();
+  } catch (...) { // NOLINT(bugprone-empty-catch): the failure that led here is the one to report
+  }
+}
+
+void Transazione::Conferma() {
+  std::exchange(connection_, nullptr)->CommitTrans();
+}
+
+} // namespace lumoscad::moduloDatabase
