@@ -1,0 +1,37 @@
+#include "host/ChiamataDiretta.hpp"
+
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "database/procedureLumoDB2.hpp"
+#include "platform/Servizi.hpp"
+
+namespace lumoscad {
+
+NomiRichiesta NomiPerRichiesta() {
+  const nexaro::Ambiente& ambiente = servizi().ambiente();
+  const DataOra ora = servizi().adesso();
+  const std::string base = std::string(SenzaSpaziAiLati(ambiente.CodicePostazione)) + ConZeri(ora.anno, 4) +
+                           ConZeri(ora.mese, 2) + ConZeri(ora.giorno, 2) + ConZeri(ora.ora, 2) +
+                           ConZeri(ora.minuto, 2) + ConZeri(ora.secondo, 2);
+  return {ambiente.CartellaLocale + "/" + base, "/tmp/" + base};
+}
+
+std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta) {
+  Desktop& desktop = servizi().desktop();
+  desktop.ImpostaPuntatore(Puntatore::Clessidra);
+  desktop.EventiInAttesa();
+  nexaro::HostLink& host = servizi().hostLink();
+  const NomiRichiesta& nomi = richiesta.nomi;
+  std::string testo;
+  host.InviaFile(richiesta.hostIP, nomi.locale, nomi.remoto);
+  host.RinominaFile(richiesta.hostIP, nomi.remoto, nomi.Completo(), testo);
+  host.EseguiProgramma(richiesta.hostIP, ProgrammaHost, richiesta.parametri, risposta);
+  std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, stato().Risposta.get());
+  host.CancellaFile(richiesta.hostIP, nomi.remoto);
+  host.CancellaFile(richiesta.hostIP, nomi.Completo());
+  desktop.ImpostaPuntatore(Puntatore::Predefinito);
+  desktop.EventiInAttesa();
+  return risultato;
+}
+
+} // namespace lumoscad

@@ -1,0 +1,113 @@
+#include "host/Richieste.hpp"
+
+#include "common/Messaggi.hpp"
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "host/ChiamataDiretta.hpp"
+#include "platform/Errore.hpp"
+#include "platform/FileLocale.hpp"
+#include "platform/Servizi.hpp"
+
+#include <functional>
+#include <initializer_list>
+#include <optional>
+
+namespace lumoscad {
+namespace {
+
+/// One line of a request file. The format has no quoting, so a field with a separator in it cannot be sent.
+std::string Riga(std::initializer_list<std::string> campi) {
+  std::string riga;
+  for (const std::string& campo : campi) {
+    if (campo.find_first_of(",\r\n") != std::string::npos) {
+      throw ErroreRuntime(errori::TipoNonCorrispondente,
+                          "Il valore \"" + campo + "\" contiene un separatore e non può essere inviato");
+    }
+    riga += (&campo == campi.begin() ? "" : ",") + campo;
+  }
+  return riga + "\r\n";
+}
+
+/// A date of a line; "#null#" means that there is none.
+std::string Data(const std::string& data) {
+  return data == Nullo ? std::string() : Utilities::DataPerHost(data);
+}
+
+std::string RigaCanalizzazione(const VariazioneCanalizzazione& v) {
+  return Riga({v.CodiceConto, v.NumeroPartita, v.Anno, v.Numero, v.Serie, Data(v.ScadenzaOriginale),
+               Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca, v.isBancaChanged ? v.NuovaBanca : "",
+               v.NumeroRata});
+}
+
+template <typename Azione> void IgnoraErrori(Azione azione) noexcept {
+  try {
+    azione();
+  } catch (...) { // NOLINT(bugprone-empty-catch): the outcome of the request is settled already
+  }
+}
+
+/// The frame of the record writers: one list, one file, one call, one outcome.
+struct RichiestaRecord {
+  std::string_view hostIP;
+  std::string_view azienda;
+  std::string_view nome;
+  std::string_view tipo;
+  std::size_t limiteSuperiore;            ///< upper bound of the call list
+  std::function<std::string()> contenuto; ///< the bytes of the file
+};
+
+std::string Invia(const RichiestaRecord& richiesta) {
+  std::string risultato = "error";
+  const auto risposta = std::make_shared<MsgAnnulla>();
+  std::optional<NomiRichiesta> nomi;
+  try {
+    stato().Risposta = risposta;
+    servizi().desktop().ImpostaPuntatore(Puntatore::Clessidra);
+    servizi().desktop().EventiInAttesa();
+    nomi = NomiPerRichiesta();
+    std::vector<std::string> parametri(richiesta.limiteSuperiore + 1);
+    parametri[0] = richiesta.azienda;
+    parametri[1] = richiesta.nome;
+    parametri[2] = richiesta.tipo;
+    parametri[3] = SenzaSpaziAiLati(servizi().ambiente().CodicePostazione);
+    parametri[4] = nomi->Completo();
+    ScriviFileLocale(nomi->locale, richiesta.contenuto());
+    risultato = ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta->XMLParser);
+    if (MaggioreDiSpazio(risposta->Messaggio)) {
+      servizi().desktop().MostraBox(risposta->Messaggio, NomeProdotto);
+    }
+  } catch (...) {
+    const ErroreRuntime errore = ErroreCorrente();
+    risposta->Errore = std::to_string(errore.Numero()) + " " + errore.Testo();
+  }
+  IgnoraErrori([] {
+    servizi().desktop().ImpostaPuntatore(Puntatore::Predefinito);
+    servizi().desktop().EventiInAttesa();
+  });
+  if (nomi) {
+    IgnoraErrori([&] { CancellaFileLocale(nomi->locale); });
+  }
+  if (!risposta->Errore.empty()) {
+    throw ErroreRuntime(errori::ErroreTrasferimento, risposta->Errore);
+  }
+  return risultato;
+}
+
+} // namespace
+
+std::string ScriviRichiestaCanalizzazione(std::string_view hostIP, std::string_view azienda,
+                                          const VariazioniCanalizzazione& variazioni, std::string_view tipo) {
+  if (variazioni.empty()) {
+    return "";
+  }
+  return Invia({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, [&] {
+                  std::string contenuto;
+                  for (const VariazioneCanalizzazione& variazione : variazioni) {
+                    contenuto += RigaCanalizzazione(variazione);
+                  }
+                  return contenuto;
+                }});
+}
+
+} // namespace lumoscad
