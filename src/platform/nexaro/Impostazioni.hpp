@@ -1,0 +1,15 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace lumoscad::nexaro {
+
+/// The value of an environment variable, empty where it is not set.
+[[nodiscard]] std::string Impostazione(const char* nome);
+
+/// `NEXARO_ATTESA`, the limit of every wait, in seconds (default 60). Raises a run-time error unless it is a positive
+/// number of at most one day.
+[[nodiscard]] std::chrono::milliseconds LeggiAttesa();
+
+} // namespace lumoscad::nexaro

@@ -1,0 +1,23 @@
+#include "platform/nexaro/CollegamentoCartella.hpp"
+#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Impostazioni.hpp"
+
+namespace lumoscad::nexaro {
+
+std::unique_ptr<HostLink> CreaHostLink() {
+  const auto trasporto = Impostazione("NEXARO_TRASPORTO");
+  if (trasporto == "ssh") {
+    throw ErroreLink("Il trasporto «ssh» (NEXARO_TRASPORTO) non è disponibile in questa versione.");
+  }
+  if (!trasporto.empty() && trasporto != "cartella") {
+    throw ErroreLink("NEXARO_TRASPORTO sconosciuto: vale «" + trasporto + "», è ammesso «cartella».");
+  }
+  const auto radice = Impostazione("NEXARO_RADICE");
+  if (radice.empty()) {
+    throw ErroreLink("Manca l'impostazione NEXARO_RADICE, la cartella che fa da host.");
+  }
+  return std::make_unique<CollegamentoCartella>(radice, LeggiAttesa());
+}
+
+} // namespace lumoscad::nexaro

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace lumoscad::xml {
+
+/// Whether every character of `testo` (UTF-8) is allowed in a document and every "&" outside comments, CDATA sections
+/// and processing instructions begins a predefined entity or a character reference to an allowed character.
+[[nodiscard]] bool RiferimentiValidi(std::string_view testo);
+
+} // namespace lumoscad::xml

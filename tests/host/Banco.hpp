@@ -1,0 +1,104 @@
+#pragma once
+
+#include "platform/Errore.hpp"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace lumoscad::prove {
+
+namespace fs = std::filesystem;
+
+/// A directory of one test, removed with its contents.
+class CartellaProvvisoria {
+ public:
+  CartellaProvvisoria() {
+    std::string modello = (fs::temp_directory_path() / "lumoscad-prova-XXXXXX").string();
+    if (::mkdtemp(modello.data()) == nullptr) {
+      throw std::runtime_error("mkdtemp");
+    }
+    percorso_ = modello;
+  }
+  CartellaProvvisoria(const CartellaProvvisoria&) = delete;
+  CartellaProvvisoria& operator=(const CartellaProvvisoria&) = delete;
+  ~CartellaProvvisoria() {
+    std::error_code ignorato;
+    fs::permissions(percorso_, fs::perms::owner_all, ignorato);
+    fs::remove_all(percorso_, ignorato);
+  }
+
+  [[nodiscard]] std::string operator/(const std::string& nome) const { return (percorso_ / nome).string(); }
+  [[nodiscard]] std::string Percorso() const { return percorso_.string(); }
+
+ private:
+  fs::path percorso_;
+};
+
+/// Environment variables that return to what they were.
+class VariabiliProvvisorie {
+ public:
+  VariabiliProvvisorie() = default;
+  VariabiliProvvisorie(const VariabiliProvvisorie&) = delete;
+  VariabiliProvvisorie& operator=(const VariabiliProvvisorie&) = delete;
+  ~VariabiliProvvisorie() {
+    for (auto voce = precedenti_.rbegin(); voce != precedenti_.rend(); ++voce) {
+      if (voce->second.first) {
+        ::setenv(voce->first.c_str(), voce->second.second.c_str(), 1);
+      } else {
+        ::unsetenv(voce->first.c_str());
+      }
+    }
+  }
+
+  void Imposta(const std::string& nome, const std::string& valore) {
+    Ricorda(nome);
+    ::setenv(nome.c_str(), valore.c_str(), 1);
+  }
+  void Togli(const std::string& nome) {
+    Ricorda(nome);
+    ::unsetenv(nome.c_str());
+  }
+
+ private:
+  void Ricorda(const std::string& nome) {
+    const char* valore = std::getenv(nome.c_str());
+    precedenti_.emplace_back(nome, std::make_pair(valore != nullptr, std::string(valore != nullptr ? valore : "")));
+  }
+
+  std::vector<std::pair<std::string, std::pair<bool, std::string>>> precedenti_;
+};
+
+inline void Scrivi(const std::string& percorso, const std::string& contenuto) {
+  std::ofstream(percorso, std::ios::binary) << contenuto;
+}
+
+inline std::string Leggi(const std::string& percorso) {
+  std::ifstream file(percorso, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// Writes a shell script that can be run as a program.
+inline std::string ScriviProgramma(const std::string& percorso, const std::string& corpo) {
+  Scrivi(percorso, "#!/bin/sh\n" + corpo + "\n");
+  fs::permissions(percorso, fs::perms::owner_all);
+  return percorso;
+}
+
+/// The run-time error that `azione` raises; a failure of the test where it raises none.
+template <typename Azione> ErroreRuntime ErroreDi(Azione azione) {
+  try {
+    azione();
+  } catch (const ErroreRuntime& errore) {
+    return errore;
+  }
+  ADD_FAILURE() << "nessun errore";
+  return {0, ""};
+}
+
+} // namespace lumoscad::prove

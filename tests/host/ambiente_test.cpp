@@ -1,0 +1,130 @@
+#include "Banco.hpp"
+#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/HostLink.hpp"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using prove::ErroreDi;
+using testing::HasSubstr;
+
+class AmbienteDelCollegamento : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const auto* nome : {"NEXARO_TRASPORTO", "NEXARO_ATTESA", "NEXARO_CARTELLA_LOCALE", "TMPDIR"}) {
+      variabili.Togli(nome);
+    }
+    variabili.Imposta("NEXARO_POSTAZIONE", "T01");
+    variabili.Imposta("NEXARO_RADICE", cartella.Percorso());
+    variabili.Imposta("XDG_RUNTIME_DIR", cartella.Percorso());
+  }
+
+  static std::string Rifiuto() {
+    return ErroreDi([] { static_cast<void>(nexaro::LeggiAmbiente()); }).Descrizione();
+  }
+  static std::string RifiutoDelCollegamento() {
+    return ErroreDi([] { static_cast<void>(nexaro::CreaHostLink()); }).Descrizione();
+  }
+
+  prove::CartellaProvvisoria cartella;
+  prove::VariabiliProvvisorie variabili;
+};
+
+TEST_F(AmbienteDelCollegamento, GivesTheSettingsAsTheyAre) {
+  variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Percorso() + "/");
+  const auto ambiente = nexaro::LeggiAmbiente();
+  EXPECT_EQ(ambiente.CodicePostazione, "T01");
+  EXPECT_EQ(ambiente.CartellaLocale, cartella.Percorso());
+}
+
+TEST_F(AmbienteDelCollegamento, WorkstationDefaultsToTheMachine) {
+  variabili.Togli("NEXARO_POSTAZIONE");
+  char nome[256]{};
+  ASSERT_EQ(::gethostname(nome, sizeof nome - 1), 0);
+  EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, nome);
+}
+
+TEST_F(AmbienteDelCollegamento, RefusesAWorkstationThatCannotBePartOfAFileName) {
+  for (const auto* postazione : {"../T01", "T\n01", "  ", "T\\01"}) {
+    variabili.Imposta("NEXARO_POSTAZIONE", postazione);
+    EXPECT_THAT(Rifiuto(), HasSubstr("NEXARO_POSTAZIONE")) << postazione;
+  }
+}
+
+TEST_F(AmbienteDelCollegamento, CreatesAPrivateDirectoryOfTheUser) {
+  const auto ambiente = nexaro::LeggiAmbiente();
+  EXPECT_EQ(ambiente.CartellaLocale, cartella / "lumoscad");
+  struct stat stato {};
+  ASSERT_EQ(::lstat(ambiente.CartellaLocale.c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_mode & 07777U, 0700U);
+  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, ambiente.CartellaLocale);
+}
+
+TEST_F(AmbienteDelCollegamento, FallsBackToTheTemporaryDirectory) {
+  variabili.Togli("XDG_RUNTIME_DIR");
+  variabili.Imposta("TMPDIR", cartella.Percorso());
+  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
+}
+
+TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryThatIsASymbolicLink) {
+  std::filesystem::create_directory(cartella / "altrove");
+  std::filesystem::create_directory_symlink(cartella / "altrove", cartella / "lumoscad");
+  EXPECT_THAT(Rifiuto(), HasSubstr("collegamento simbolico"));
+}
+
+TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryOpenToOthers) {
+  std::filesystem::create_directory(cartella / "lumoscad");
+  std::filesystem::permissions(cartella / "lumoscad", std::filesystem::perms(0750));
+  EXPECT_THAT(Rifiuto(), HasSubstr("accessibile ad altri"));
+}
+
+TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryThatIsAFile) {
+  prove::Scrivi(cartella / "lumoscad", "");
+  EXPECT_THAT(Rifiuto(), HasSubstr("non è una cartella"));
+}
+
+TEST_F(AmbienteDelCollegamento, RefusesARelativeOrMissingLocalDirectory) {
+  variabili.Imposta("NEXARO_CARTELLA_LOCALE", "relativa");
+  EXPECT_THAT(Rifiuto(), HasSubstr("percorso assoluto"));
+  variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella / "manca");
+  EXPECT_THAT(Rifiuto(), HasSubstr("file inesistente"));
+}
+
+TEST_F(AmbienteDelCollegamento, DirectoryTransportIsTheDefault) {
+  EXPECT_NE(nexaro::CreaHostLink(), nullptr);
+}
+
+TEST_F(AmbienteDelCollegamento, RefusesTransportsItDoesNotHave) {
+  variabili.Imposta("NEXARO_TRASPORTO", "ssh");
+  EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("non è disponibile in questa versione"));
+  variabili.Imposta("NEXARO_TRASPORTO", "piccione");
+  EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("«piccione»"));
+}
+
+TEST_F(AmbienteDelCollegamento, NeedsARootDirectoryThatExists) {
+  variabili.Togli("NEXARO_RADICE");
+  EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("Manca l'impostazione NEXARO_RADICE"));
+  variabili.Imposta("NEXARO_RADICE", cartella / "manca");
+  EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("file inesistente"));
+  prove::Scrivi(cartella / "file", "");
+  variabili.Imposta("NEXARO_RADICE", cartella / "file");
+  EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("non è una cartella"));
+}
+
+TEST_F(AmbienteDelCollegamento, WaitIsAPositiveNumberOfSeconds) {
+  for (const auto* attesa : {"0", "-1", "abc", "10s", "nan", "inf", "86401", " 5"}) {
+    variabili.Imposta("NEXARO_ATTESA", attesa);
+    EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("NEXARO_ATTESA")) << attesa;
+  }
+  for (const auto* attesa : {"1", "0.25", "86400"}) {
+    variabili.Imposta("NEXARO_ATTESA", attesa);
+    EXPECT_NE(nexaro::CreaHostLink(), nullptr) << attesa;
+  }
+}
+
+} // namespace
+} // namespace lumoscad

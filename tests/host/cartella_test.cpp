@@ -1,0 +1,238 @@
+#include "Banco.hpp"
+#include "platform/nexaro/CollegamentoCartella.hpp"
+#include "platform/nexaro/ErroriLink.hpp"
+
+#include <gmock/gmock.h>
+#include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using namespace std::chrono_literals;
+using prove::ErroreDi;
+using testing::HasSubstr;
+
+class Cartella : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const auto* nome : {"host/tmp", "host/programmi", "locale"}) {
+      std::filesystem::create_directories(base / nome);
+    }
+    collegamento.emplace(base / "host", 20s);
+  }
+
+  void Programma(const std::string& corpo) { prove::ScriviProgramma(base / "host/programmi/VB0001", corpo); }
+
+  std::optional<xml::Nodo> Risposta(const std::vector<std::string>& parametri = {}) {
+    std::optional<xml::Nodo> ricevuto;
+    nexaro::XMLParser lettore;
+    lettore.Parse = [&](const xml::Nodo& nodo) { ricevuto = nodo; };
+    collegamento->EseguiProgramma("10.0.0.1", "VB0001", parametri, lettore);
+    return ricevuto;
+  }
+  std::string Rifiuto() {
+    return ErroreDi([this] { static_cast<void>(Risposta()); }).Descrizione();
+  }
+  [[nodiscard]] std::size_t FileIn(const std::string& nome) const {
+    std::size_t numero = 0;
+    for (const auto& voce : std::filesystem::directory_iterator(base / nome)) {
+      static_cast<void>(voce);
+      ++numero;
+    }
+    return numero;
+  }
+
+  prove::CartellaProvvisoria base;
+  std::optional<nexaro::CollegamentoCartella> collegamento;
+  std::string testo;
+};
+
+TEST_F(Cartella, SendsRenamesAndDeletesAFile) {
+  const std::string contenuto("A,1\r\nà\0,2\r\n", 12);
+  prove::Scrivi(base / "locale/T01", contenuto);
+  collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
+  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01"), contenuto);
+  collegamento->RinominaFile("h", "/tmp/T01", "/tmp/T01.dos", testo);
+  EXPECT_FALSE(std::filesystem::exists(base / "host/tmp/T01"));
+  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01.dos"), contenuto);
+  collegamento->CancellaFile("h", "/tmp/T01.dos");
+  EXPECT_EQ(FileIn("host/tmp"), 0U);
+}
+
+TEST_F(Cartella, FileSentAgainReplacesTheFirst) {
+  prove::Scrivi(base / "host/tmp/T01", "molto più lungo di prima");
+  prove::Scrivi(base / "locale/T01", "nuovo");
+  collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
+  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01"), "nuovo");
+  EXPECT_EQ(FileIn("host/tmp"), 1U);
+}
+
+TEST_F(Cartella, RenamingReplacesTheTarget) {
+  prove::Scrivi(base / "host/tmp/T01", "nuovo");
+  prove::Scrivi(base / "host/tmp/T01.dos", "vecchio");
+  testo = "prima";
+  collegamento->RinominaFile("h", "/tmp/T01", "/tmp/T01.dos", testo);
+  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01.dos"), "nuovo");
+  EXPECT_EQ(testo, "");
+}
+
+TEST_F(Cartella, ReceivedFileIsForItsOwnerOnly) {
+  prove::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T02\n");
+  collegamento->RiceviFile("h", "/tmp/VBCREDITI", base / "locale/VBCREDITI", testo);
+  EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "Utente : T02\n");
+  struct stat stato {};
+  ASSERT_EQ(::lstat((base / "locale/VBCREDITI").c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_mode & 0777U, 0600U);
+}
+
+TEST_F(Cartella, ReceivingReplacesASymbolicLinkInsteadOfFollowingIt) {
+  prove::Scrivi(base / "vittima", "intatta");
+  std::filesystem::create_symlink(base / "vittima", base / "locale/VBCREDITI");
+  prove::Scrivi(base / "host/tmp/VBCREDITI", "nuovo");
+  collegamento->RiceviFile("h", "/tmp/VBCREDITI", base / "locale/VBCREDITI", testo);
+  EXPECT_EQ(prove::Leggi(base / "vittima"), "intatta");
+  EXPECT_FALSE(std::filesystem::is_symlink(base / "locale/VBCREDITI"));
+  EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "nuovo");
+}
+
+TEST_F(Cartella, ReceivingAMissingFileFailsAndLeavesNothing) {
+  const auto errore =
+      ErroreDi([this] { collegamento->RiceviFile("10.0.0.1", "/tmp/VBX", base / "locale/VBX", testo); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("Ricezione del file «/tmp/VBX» sull'host 10.0.0.1"));
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("file inesistente"));
+  EXPECT_EQ(FileIn("locale"), 0U);
+}
+
+TEST_F(Cartella, SendingOntoADirectoryLeavesNoPrivateFile) {
+  std::filesystem::create_directory(base / "host/tmp/T01");
+  prove::Scrivi(base / "locale/T01", "x");
+  const auto errore = ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01"); });
+  EXPECT_EQ(errore.Numero(), errori::AccessoAlFile);
+  EXPECT_EQ(FileIn("host/tmp"), 1U);
+}
+
+TEST_F(Cartella, SendingFailsWhereTheHostDirectoryIsNotThere) {
+  prove::Scrivi(base / "locale/T01", "x");
+  EXPECT_EQ(ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/manca/T01"); }).Numero(),
+            errori::FileNonTrovato);
+}
+
+TEST_F(Cartella, SendingFailsWhereTheHostDirectoryIsReadOnly) {
+  prove::Scrivi(base / "locale/T01", "x");
+  std::filesystem::permissions(base.Percorso(), std::filesystem::perms(0755));
+  std::filesystem::permissions(base / "host/tmp", std::filesystem::perms(0555));
+  // Permissions do not bind the superuser, who tests as nobody.
+  const bool onnipotente = ::geteuid() == 0;
+  ASSERT_TRUE(!onnipotente || ::seteuid(65534) == 0);
+  const auto errore = ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01"); });
+  ASSERT_TRUE(!onnipotente || ::seteuid(0) == 0);
+  std::filesystem::permissions(base / "host/tmp", std::filesystem::perms(0755));
+  EXPECT_EQ(FileIn("host/tmp"), 0U);
+  EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("permesso negato"));
+}
+
+TEST_F(Cartella, APipeInTheFilesPlaceIsRefusedWithoutWaiting) {
+  ASSERT_EQ(::mkfifo((base / "host/tmp/VBX").c_str(), 0600), 0);
+  const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("non è un file ordinario"));
+}
+
+TEST_F(Cartella, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
+  EXPECT_NO_THROW(collegamento->CancellaFile("h", "/tmp/manca"));
+  std::filesystem::create_directory(base / "host/tmp/cartella");
+  EXPECT_EQ(ErroreDi([this] { collegamento->CancellaFile("h", "/tmp/cartella"); }).Numero(), errori::AccessoAlFile);
+}
+
+TEST_F(Cartella, RenamingAMissingFileFails) {
+  const auto errore = ErroreDi([this] { collegamento->RinominaFile("h", "/tmp/a", "/tmp/b", testo); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("«/tmp/a» in «/tmp/b»"));
+}
+
+TEST_F(Cartella, NoPathLeavesTheHostDirectory) {
+  prove::Scrivi(base / "segreto", "x");
+  for (const auto* percorso : {"/../segreto", "/tmp/../../segreto", "segreto", "", "../segreto", "/tmp/.."}) {
+    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("h", percorso); }).Descrizione(), HasSubstr("non ammesso"))
+        << percorso;
+  }
+  EXPECT_TRUE(std::filesystem::exists(base / "segreto"));
+}
+
+TEST_F(Cartella, ProgramGetsItsParametersAndAnswersInXml) {
+  Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1 $NEXARO_RADICE</MESSAGGIO></RISPOSTA>\"");
+  const auto risposta = Risposta({"01", "", "", ""});
+  ASSERT_TRUE(risposta.has_value());
+  EXPECT_EQ(risposta->nome, "RISPOSTA");
+  EXPECT_EQ(risposta->figli.at(0).valore, "4 01 " + std::filesystem::canonical(base / "host").string());
+}
+
+TEST_F(Cartella, MissingProgramIsNamedWithItsHost) {
+  const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_EQ(errore.Descrizione(), "Il programma VB0001 sull'host 10.0.0.1 non è stato avviato: file inesistente.");
+}
+
+TEST_F(Cartella, FailedProgramIsReportedWithWhatItSaid) {
+  Programma("echo 'disco pieno' >&2; exit 3");
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è terminato con lo stato 3: disco pieno");
+}
+
+TEST_F(Cartella, LongComplaintIsCutBetweenCharacters) {
+  Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
+  const auto rifiuto = Rifiuto();
+  EXPECT_LT(rifiuto.size(), 2100U);
+  EXPECT_EQ(rifiuto.substr(rifiuto.size() - 2), "à");
+}
+
+TEST_F(Cartella, KilledProgramIsReportedWithTheSignal) {
+  Programma("kill -SEGV $$");
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è stato terminato dal segnale 11.");
+}
+
+TEST_F(Cartella, HangingProgramIsInterrupted) {
+  Programma("sleep 60");
+  collegamento.emplace(base / "host", 300ms);
+  EXPECT_EQ(Rifiuto(),
+            "Il programma VB0001 sull'host 10.0.0.1 non ha risposto entro 0,300 secondi ed è stato interrotto.");
+}
+
+TEST_F(Cartella, SilentProgramIsAnError) {
+  Programma("exit 0");
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 non ha dato alcuna risposta.");
+}
+
+TEST_F(Cartella, EndlessAnswerIsInterrupted) {
+  Programma("exec yes '<A>'");
+  EXPECT_THAT(Rifiuto(), HasSubstr("oltre 16 MiB"));
+}
+
+TEST_F(Cartella, UnusableAnswersAreDistinguished) {
+  Programma("echo spazzatura");
+  EXPECT_THAT(Rifiuto(), HasSubstr("risposta non valida. Documento XML non valido: testo fuori"));
+  Programma("echo '<!DOCTYPE a><a/>'");
+  EXPECT_THAT(Rifiuto(), HasSubstr("DOCTYPE"));
+  Programma("i=0; while [ $i -lt 65 ]; do printf '<a>'; i=$((i+1)); done; "
+            "i=0; while [ $i -lt 65 ]; do printf '</a>'; i=$((i+1)); done");
+  EXPECT_THAT(Rifiuto(), HasSubstr("64 livelli"));
+}
+
+TEST_F(Cartella, ProgramNameIsAPlainName) {
+  nexaro::XMLParser lettore;
+  for (const auto* nome : {"", "..", "../tmp/x", "/bin/sh"}) {
+    EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma("h", nome, {}, lettore); }).Descrizione(),
+                HasSubstr("Nome di programma non ammesso"));
+  }
+}
+
+TEST_F(Cartella, ParameterWithANulCharacterIsRefused) {
+  Programma("echo '<A/>'");
+  EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Descrizione(),
+              HasSubstr("carattere nullo"));
+}
+
+} // namespace
+} // namespace lumoscad

@@ -1,0 +1,174 @@
+#include "Banco.hpp"
+#include "platform/nexaro/Processo.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using namespace std::chrono_literals;
+using nexaro::FineProcesso;
+
+class Programma : public testing::Test {
+ protected:
+  nexaro::EsitoProcesso Esegui(const std::string& corpo, std::vector<std::string> argomenti = {},
+                               std::chrono::milliseconds attesa = 20s) {
+    const auto percorso = prove::ScriviProgramma(cartella / "programma", corpo);
+    return nexaro::Esegui({percorso, std::move(argomenti), {"PROVA=sì"}, cartella.Percorso(), attesa, 100000, 50});
+  }
+
+  prove::CartellaProvvisoria cartella;
+};
+
+/// A signal's treatment that returns to what it was.
+class Trattamento {
+ public:
+  Trattamento(int segnale, void (*gestore)(int)) : segnale_(segnale) {
+    struct sigaction nuovo {};
+    nuovo.sa_handler = gestore;
+    ::sigaction(segnale, &nuovo, &precedente_);
+  }
+  Trattamento(const Trattamento&) = delete;
+  Trattamento& operator=(const Trattamento&) = delete;
+  ~Trattamento() { ::sigaction(segnale_, &precedente_, nullptr); }
+
+ private:
+  int segnale_;
+  struct sigaction precedente_ {};
+};
+
+TEST_F(Programma, GetsEachArgumentAsOneAndEmptyOnesToo) {
+  const auto esito = Esegui("printf '%s|' \"$#\" \"$@\"", {"a b", "", "$(id)", "`id`; rm *", ""});
+  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
+  EXPECT_EQ(esito.stato, 0);
+  EXPECT_EQ(esito.uscita, "5|a b||$(id)|`id`; rm *||");
+}
+
+TEST_F(Programma, RunsInItsDirectoryWithItsEnvironmentAndNoInput) {
+  const auto esito = Esegui("pwd -P; echo $PROVA; wc -c");
+  EXPECT_EQ(esito.uscita, std::filesystem::canonical(cartella.Percorso()).string() + "\nsì\n0\n");
+}
+
+TEST_F(Programma, ReportsExitStatusAndStandardErrorApart) {
+  const auto esito = Esegui("echo fuori; echo dentro >&2; exit 7");
+  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
+  EXPECT_EQ(esito.stato, 7);
+  EXPECT_EQ(esito.uscita, "fuori\n");
+  EXPECT_EQ(esito.errori, "dentro\n");
+}
+
+TEST_F(Programma, KeepsTheBeginningOfStandardErrorOnly) {
+  const auto esito = Esegui("i=0; while [ $i -lt 5000 ]; do echo 0123456789012345678901234567890123456789 >&2; "
+                            "i=$((i+1)); done; echo fine");
+  EXPECT_EQ(esito.uscita, "fine\n");
+  EXPECT_EQ(esito.errori.size(), 50U);
+}
+
+TEST_F(Programma, ReportsTheSignalThatKilledIt) {
+  const auto esito = Esegui("kill -TERM $$");
+  EXPECT_EQ(esito.fine, FineProcesso::Segnale);
+  EXPECT_EQ(esito.stato, SIGTERM);
+}
+
+TEST_F(Programma, ReportsThatItCannotBeStarted) {
+  auto esito = nexaro::Esegui({cartella / "manca", {}, {}, cartella.Percorso(), 5s, 10, 10});
+  EXPECT_EQ(esito.fine, FineProcesso::NonAvviato);
+  EXPECT_EQ(esito.stato, ENOENT);
+  prove::Scrivi(cartella / "testo", "niente");
+  esito = nexaro::Esegui({cartella / "testo", {}, {}, cartella.Percorso(), 5s, 10, 10});
+  EXPECT_EQ(esito.fine, FineProcesso::NonAvviato);
+  EXPECT_EQ(esito.stato, EACCES);
+}
+
+TEST_F(Programma, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
+  const auto inizio = std::chrono::steady_clock::now();
+  const auto esito = Esegui("sleep 30 & echo $! > figlio; wait", {}, 500ms);
+  EXPECT_EQ(esito.fine, FineProcesso::Scaduto);
+  EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
+  const auto figlio = static_cast<pid_t>(std::stol(prove::Leggi(cartella / "figlio")));
+  const auto morto = [figlio] {
+    const auto stato = prove::Leggi("/proc/" + std::to_string(figlio) + "/stat");
+    return stato.empty() || stato.find(") Z ") != std::string::npos;
+  };
+  for (int giro = 0; giro < 100 && !morto(); ++giro) {
+    std::this_thread::sleep_for(50ms);
+  }
+  EXPECT_TRUE(morto());
+}
+
+TEST_F(Programma, IsStoppedWhenItWritesTooMuch) {
+  const auto esito = Esegui("while :; do echo 0123456789012345678901234567890123456789; done");
+  EXPECT_EQ(esito.fine, FineProcesso::UscitaEccessiva);
+  EXPECT_EQ(esito.uscita.size(), 100000U);
+}
+
+TEST_F(Programma, MayWriteExactlyTheBound) {
+  const auto esito = Esegui("head -c 100000 /dev/zero");
+  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
+  EXPECT_EQ(esito.uscita.size(), 100000U);
+}
+
+TEST_F(Programma, StatusArrivesThoughTheCallerIgnoresSigchld) {
+  const Trattamento ignorato(SIGCHLD, SIG_IGN);
+  const auto esito = Esegui("exit 5");
+  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
+  EXPECT_EQ(esito.stato, 5);
+}
+
+void RaccogliTutti(int /*segnale*/) {
+  const auto conservato = errno;
+  while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+  }
+  errno = conservato;
+}
+
+TEST_F(Programma, StatusArrivesThoughTheCallerReapsEveryChild) {
+  const Trattamento raccolto(SIGCHLD, RaccogliTutti);
+  const auto esito = Esegui("exit 6");
+  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
+  EXPECT_EQ(esito.stato, 6);
+}
+
+TEST_F(Programma, HasDefaultSignalsThoughTheCallerIgnoresThem) {
+  const Trattamento ignorato(SIGPIPE, SIG_IGN);
+  const auto esito = Esegui("kill -PIPE $$; echo vivo");
+  EXPECT_EQ(esito.fine, FineProcesso::Segnale);
+  EXPECT_EQ(esito.stato, SIGPIPE);
+}
+
+TEST_F(Programma, DoesNotInheritTheCallersFiles) {
+  const int aperto = ::open("/dev/null", O_RDONLY);
+  ASSERT_GE(aperto, 0);
+  const auto esito = Esegui("[ -e /proc/self/fd/" + std::to_string(aperto) + " ] && echo ereditato; echo fine");
+  ::close(aperto);
+  EXPECT_EQ(esito.uscita, "fine\n");
+}
+
+TEST_F(Programma, LeavesNoZombieBehind) {
+  static_cast<void>(Esegui("exit 0"));
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(Programma, RunsSideBySideWithoutWaitingForEachOther) {
+  const auto lento = prove::ScriviProgramma(cartella / "lento", "sleep 2; echo lento");
+  const auto svelto = prove::ScriviProgramma(cartella / "svelto", "echo svelto");
+  nexaro::EsitoProcesso primo;
+  std::thread filo([&] { primo = nexaro::Esegui({lento, {}, {}, cartella.Percorso(), 20s, 100, 100}); });
+  std::this_thread::sleep_for(200ms);
+  const auto inizio = std::chrono::steady_clock::now();
+  const auto secondo = nexaro::Esegui({svelto, {}, {}, cartella.Percorso(), 20s, 100, 100});
+  EXPECT_LT(std::chrono::steady_clock::now() - inizio, 1s);
+  filo.join();
+  EXPECT_EQ(secondo.uscita, "svelto\n");
+  EXPECT_EQ(primo.uscita, "lento\n");
+}
+
+} // namespace
+} // namespace lumoscad

@@ -1,0 +1,106 @@
+#include "Banco.hpp"
+#include "platform/xml/Nodo.hpp"
+
+#include <gmock/gmock.h>
+
+namespace lumoscad {
+namespace {
+
+using prove::ErroreDi;
+using testing::HasSubstr;
+
+std::string Rifiuto(const std::string& documento) {
+  return ErroreDi([&] { static_cast<void>(xml::Leggi(documento)); }).Descrizione();
+}
+
+std::string Annidati(int livelli) {
+  std::string testo;
+  for (int livello = 0; livello < livelli; ++livello) {
+    testo += "<a>";
+  }
+  for (int livello = 0; livello < livelli; ++livello) {
+    testo += "</a>";
+  }
+  return testo;
+}
+
+TEST(Documento, KeepsElementsInDocumentOrderWithTheirNamesAsWritten) {
+  const auto nodo = xml::Leggi("<RISPOSTA>\n <messaggio>uno</messaggio>\n <ERRORE>due</ERRORE></RISPOSTA>");
+  EXPECT_EQ(nodo.nome, "RISPOSTA");
+  ASSERT_EQ(nodo.figli.size(), 2U);
+  EXPECT_EQ(nodo.figli[0].nome, "messaggio");
+  EXPECT_EQ(nodo.figli[0].valore, "uno");
+  EXPECT_EQ(nodo.figli[1].nome, "ERRORE");
+  EXPECT_FALSE(nodo.haTesto);
+  EXPECT_TRUE(nodo.figli[1].haTesto);
+}
+
+TEST(Documento, ValueIsTheTextOfTheElementAndItsDescendants) {
+  EXPECT_EQ(xml::Leggi("<A>x<B>y<C>z</C></B><![CDATA[<&>]]>w</A>").valore, "xyz<&>w");
+}
+
+TEST(Documento, ResolvesEntitiesAndCharacterReferences) {
+  EXPECT_EQ(xml::Leggi("<A>&lt;b&gt; &amp; &#233;&#xE8;</A>").valore, "<b> & éè");
+}
+
+TEST(Documento, KeepsASingleBlankAsText) {
+  const auto nodo = xml::Leggi("<R><ERRORE> </ERRORE></R>");
+  EXPECT_EQ(nodo.figli.at(0).valore, " ");
+  EXPECT_FALSE(nodo.figli.at(0).haTesto);
+}
+
+TEST(Documento, EmptyElementHasNeitherChildrenNorText) {
+  const auto nodo = xml::Leggi("<R/>");
+  EXPECT_TRUE(nodo.figli.empty());
+  EXPECT_EQ(nodo.valore, "");
+  EXPECT_FALSE(nodo.haTesto);
+}
+
+TEST(Documento, IsDecodedByTheEncodingItDeclares) {
+  EXPECT_EQ(xml::Leggi("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A>citt\xE0</A>").valore, "città");
+  EXPECT_EQ(xml::Leggi("<?xml version='1.0' encoding='windows-1252'?><A>\x80 5</A>").valore, "€ 5");
+  EXPECT_EQ(xml::Leggi("<?xml version=\"1.0\"?><A>città</A>").valore, "città");
+  EXPECT_EQ(xml::Leggi("\xEF\xBB\xBF<A>città</A>").valore, "città");
+  EXPECT_EQ(xml::Leggi(std::string("\xFF\xFE<\0A\0>\0\xE0\0<\0/\0A\0>\0", 18)).valore, "à");
+}
+
+TEST(Documento, RefusesUnknownEncodingsAndWrongBytes) {
+  EXPECT_THAT(Rifiuto("<?xml version='1.0' encoding='X-MARZIANO'?><A/>"),
+              HasSubstr("codifica sconosciuta: X-MARZIANO"));
+  EXPECT_THAT(Rifiuto("<A>citt\xE0</A>"), HasSubstr("caratteri non validi nella codifica UTF-8"));
+}
+
+TEST(Documento, RefusesADoctype) {
+  EXPECT_THAT(Rifiuto("<!DOCTYPE a [<!ENTITY b \"c\">]><a>&b;</a>"), HasSubstr("DOCTYPE"));
+}
+
+TEST(Documento, RefusesWhatIsNotWellFormed) {
+  EXPECT_THAT(Rifiuto("ciao"), HasSubstr("testo fuori dall'elemento principale"));
+  EXPECT_THAT(Rifiuto("<A></A><B/>"), HasSubstr("più di un elemento principale"));
+  EXPECT_THAT(Rifiuto("<A/>coda"), HasSubstr("testo fuori dall'elemento principale"));
+  EXPECT_THAT(Rifiuto("<A><B></A>"), HasSubstr("sintassi"));
+  EXPECT_THAT(Rifiuto("<A>"), HasSubstr("sintassi"));
+  EXPECT_THAT(Rifiuto("<A>uno & due</A>"), HasSubstr("riferimento non ammesso"));
+  EXPECT_THAT(Rifiuto("<A>&ignota;</A>"), HasSubstr("riferimento non ammesso"));
+  EXPECT_THAT(Rifiuto("<A>&#1;</A>"), HasSubstr("riferimento non ammesso"));
+  EXPECT_THAT(Rifiuto("<A>\x01</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(Rifiuto("<!-- nulla -->"), HasSubstr("manca l'elemento principale"));
+}
+
+TEST(Documento, RefusesAnEmptyDocument) {
+  EXPECT_THAT(Rifiuto(""), HasSubstr("vuoto"));
+  EXPECT_THAT(Rifiuto(" \n"), HasSubstr("vuoto"));
+}
+
+TEST(Documento, TakesSixtyFourLevelsAndNoMore) {
+  EXPECT_EQ(xml::Leggi(Annidati(xml::ProfonditaMassima)).nome, "a");
+  EXPECT_THAT(Rifiuto(Annidati(xml::ProfonditaMassima + 1)), HasSubstr("64 livelli"));
+  EXPECT_THAT(Rifiuto(Annidati(200000)), HasSubstr("64 livelli"));
+}
+
+TEST(Documento, RefusesMoreThanSixteenMebibytes) {
+  EXPECT_THAT(Rifiuto("<A>" + std::string(xml::DimensioneMassima, 'x') + "</A>"), HasSubstr("16 MiB"));
+}
+
+} // namespace
+} // namespace lumoscad
