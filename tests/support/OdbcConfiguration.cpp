@@ -1,0 +1,88 @@
+#include "support/OdbcConfiguration.hpp"
+
+#include "platform/ado/Ado.hpp"
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+#include <unistd.h>
+
+namespace lumoscad::test {
+
+namespace fs = std::filesystem;
+
+OdbcConfiguration& OdbcConfiguration::instance() {
+  static OdbcConfiguration unique;
+  return unique;
+}
+
+OdbcConfiguration::OdbcConfiguration() {
+  std::string pattern = (fs::temp_directory_path() / "lumoscad-odbc-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr)
+    throw std::runtime_error("no temporary directory");
+  directory_ = pattern;
+  std::ofstream(directory_ / "odbcinst.ini") << "";
+  std::ofstream(directory_ / "odbc.ini") << "";
+  setenv("ODBCSYSINI", directory_.c_str(), 1);
+  setenv("ODBCINSTINI", "odbcinst.ini", 1);
+  setenv("ODBCINI", (directory_ / "odbc.ini").c_str(), 1);
+}
+
+OdbcConfiguration::~OdbcConfiguration() {
+  std::error_code ignored;
+  fs::remove_all(directory_, ignored);
+}
+
+std::string OdbcConfiguration::addSource(std::string_view prefix, std::string_view library, const Settings& settings) {
+  const fs::path path = driverLibrary(library);
+  if (path.empty())
+    throw std::runtime_error("ODBC driver not installed: " + std::string(library));
+  const std::string name = std::string(prefix) + std::to_string(++sources_);
+  std::ofstream inst(directory_ / "odbcinst.ini", std::ios::app);
+  inst << '[' << name << "-driver]\nDriver=" << path.string() << "\nThreading=2\n\n";
+  std::ofstream ini(directory_ / "odbc.ini", std::ios::app);
+  ini << '[' << name << "]\nDriver=" << name << "-driver\n";
+  for (const auto& [key, value] : settings)
+    ini << key << '=' << value << '\n';
+  ini << '\n';
+  return name;
+}
+
+fs::path driverLibrary(std::string_view fileName) {
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator("/usr/lib", error))
+    if (const fs::path found = entry.path() / "odbc" / fileName; fs::exists(found, error))
+      return found;
+  const fs::path direct = fs::path("/usr/lib/odbc") / fileName;
+  return fs::exists(direct, error) ? direct : fs::path();
+}
+
+std::string connectionText(std::string_view source, std::string_view user, std::string_view password) {
+  std::string text = "Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30;Password=";
+  text.append(password).append(";User ID=").append(user).append(";Data Source=").append(source);
+  return text;
+}
+
+void runScript(const std::string& connectionText, std::string_view script) {
+  ado::Connection connection;
+  connection.ConnectionString = connectionText;
+  connection.Open();
+  connection.BeginTrans();
+  std::string statement;
+  bool quoted = false;
+  for (const char c : script) {
+    quoted = quoted != (c == '\'');
+    if (c != ';' || quoted) {
+      statement += c;
+      continue;
+    }
+    connection.Execute(statement);
+    statement.clear();
+  }
+  if (statement.find_first_not_of(" \t\r\n") != std::string::npos)
+    connection.Execute(statement);
+  connection.CommitTrans();
+}
+
+} // namespace lumoscad::test

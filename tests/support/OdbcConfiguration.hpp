@@ -1,0 +1,48 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace lumoscad::test {
+
+/// The ODBC configuration of the test process: a directory of its own with odbc.ini and odbcinst.ini, to which the
+/// process is pointed by environment variables, removed at its end. Nothing of the machine's configuration is seen.
+/// The driver manager remembers where it looked first, so there is one for the process; the names of data sources
+/// are therefore never used twice.
+class OdbcConfiguration {
+ public:
+  using Settings = std::vector<std::pair<std::string, std::string>>;
+
+  /// The one configuration, put in place on first use: call it before any connection is opened.
+  static OdbcConfiguration& instance();
+
+  OdbcConfiguration(const OdbcConfiguration&) = delete;
+  OdbcConfiguration& operator=(const OdbcConfiguration&) = delete;
+  ~OdbcConfiguration();
+
+  /// Adds a data source on the driver library `library` (its bare file name) and returns its name, which begins with
+  /// `prefix`. Raises when the library is not installed.
+  std::string addSource(std::string_view prefix, std::string_view library, const Settings& settings);
+  [[nodiscard]] const std::filesystem::path& directory() const noexcept { return directory_; }
+
+ private:
+  OdbcConfiguration();
+
+  std::filesystem::path directory_;
+  int sources_ = 0;
+};
+
+/// The full path of an installed ODBC driver library; empty where there is none.
+[[nodiscard]] std::filesystem::path driverLibrary(std::string_view fileName);
+
+/// A connection text as the component writes it.
+[[nodiscard]] std::string connectionText(std::string_view source, std::string_view user = {},
+                                         std::string_view password = {});
+
+/// Runs the statements of an SQL script, separated by ";", over an open connection text.
+void runScript(const std::string& connectionText, std::string_view script);
+
+} // namespace lumoscad::test

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "support/OdbcConfiguration.hpp"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace lumoscad::test {
+
+/// A SQLite database file with a data source of its own; both go with the object or the process.
+class OdbcSqlite {
+ public:
+  /// Creates the database and runs `script` (statements separated by ";") in it.
+  explicit OdbcSqlite(std::string_view script = {});
+  OdbcSqlite(const OdbcSqlite&) = delete;
+  OdbcSqlite& operator=(const OdbcSqlite&) = delete;
+  ~OdbcSqlite();
+
+  [[nodiscard]] const std::string& source() const noexcept { return source_; } ///< data source name
+  [[nodiscard]] const std::filesystem::path& file() const noexcept { return file_; }
+  [[nodiscard]] std::string connectionText() const { return test::connectionText(source_); }
+  void run(std::string_view script) const { runScript(connectionText(), script); }
+
+ private:
+  std::filesystem::path file_;
+  std::string source_;
+};
+
+} // namespace lumoscad::test

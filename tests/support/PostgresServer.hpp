@@ -1,0 +1,52 @@
+#pragma once
+
+#include "support/OdbcConfiguration.hpp"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+
+namespace lumoscad::test {
+
+/// A PostgreSQL server of the test's own, on a free loopback port, without durability. It runs as the user postgres
+/// when the test runs as root, which the server refuses. It ends with the object, or with the process.
+class PostgresServer {
+ public:
+  /// True where the server's programs and the ODBC driver are installed.
+  [[nodiscard]] static bool available();
+
+  /// Creates the cluster in `directory`, which is removed first and again at the end, and starts it. Raises when it
+  /// does not answer within a minute.
+  explicit PostgresServer(std::filesystem::path directory);
+  PostgresServer(const PostgresServer&) = delete;
+  PostgresServer& operator=(const PostgresServer&) = delete;
+  ~PostgresServer();
+
+  /// Creates a database named `name`, runs `script` in it and returns its data source name.
+  std::string createDatabase(std::string_view name, std::string_view script = {});
+  [[nodiscard]] const std::string& user() const noexcept { return user_; }
+  [[nodiscard]] const std::string& password() const noexcept { return password_; }
+  [[nodiscard]] int port() const noexcept { return port_; }
+  [[nodiscard]] std::string connectionText(std::string_view source) const {
+    return test::connectionText(source, user_, password_);
+  }
+  /// Ends every connection but the caller's, as a server failure would.
+  void dropConnections(std::string_view source) const;
+  /// Stops the server at once.
+  void stop();
+
+ private:
+  void createCluster() const;
+  void start();
+  void waitUntilReady();
+  std::string addSource(std::string_view database) const;
+
+  std::filesystem::path directory_;
+  std::string user_ = "lumoscad";
+  std::string password_ = "Segreto!9";
+  int port_ = 0;
+  pid_t process_ = -1;
+};
+
+} // namespace lumoscad::test
