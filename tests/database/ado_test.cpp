@@ -1,0 +1,538 @@
+#include "platform/Errore.hpp"
+#include "platform/Servizi.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/OdbcSqlite.hpp"
+#include "support/PostgresServer.hpp"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace lumoscad::ado {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* schema =
+    "CREATE TABLE EVENTI (CHIAVE INTEGER PRIMARY KEY, GRUPPO INTEGER NOT NULL, SOSPESA CHAR(1), CODICE CHAR(6), "
+    "DESCRIZIONE VARCHAR(60), SCADENZA DATE, QUANDO TIMESTAMP, IMPORTO DECIMAL(15,2), NOTE TEXT);"
+    "INSERT INTO EVENTI VALUES (1, 10, 'N', 'A1', 'Società àèìòù €', '2006-03-05', '2006-03-05 00:00:00', 100.10, '');"
+    "INSERT INTO EVENTI VALUES (2, 10, 'N', ' B2  ', '', NULL, '2006-03-05 14:07:00', -500, NULL);"
+    "INSERT INTO EVENTI VALUES (3, 20, NULL, 'C3', NULL, '2006-12-31', NULL, NULL, 'nota; con ''apici''')";
+
+/// One server for the process, in a directory that every user may enter.
+test::PostgresServer& postgres() {
+  static test::PostgresServer server(std::filesystem::temp_directory_path() /
+                                     ("lumoscad-ado-" + std::to_string(getpid())));
+  return server;
+}
+
+/// A database of either kind with the schema above.
+class Ado : public testing::TestWithParam<const char*> {
+ protected:
+  Ado() {
+    if (onPostgres()) {
+      test::OdbcConfiguration::instance();
+      static int databases = 0;
+      source_ = postgres().createDatabase("ado" + std::to_string(++databases), schema);
+      text_ = postgres().connectionText(source_);
+    } else {
+      sqlite_ = std::make_unique<test::OdbcSqlite>(schema);
+      source_ = sqlite_->source();
+      text_ = sqlite_->connectionText();
+    }
+    open(connection_);
+  }
+
+  [[nodiscard]] static bool onPostgres() { return std::string_view(GetParam()) == "postgres"; }
+  void open(Connection& connection) const {
+    connection.ConnectionString = text_;
+    connection.Open();
+  }
+  static Command command(Connection& connection, std::string text, std::vector<std::string> parameters = {}) {
+    Command result;
+    result.ActiveConnection = &connection;
+    result.CommandText = std::move(text);
+    result.Parameters = std::move(parameters);
+    return result;
+  }
+  Recordset query(std::string text, std::vector<std::string> parameters = {}) {
+    return command(connection_, std::move(text), std::move(parameters)).Execute();
+  }
+  std::optional<std::string> single(std::string text, std::vector<std::string> parameters = {}) {
+    const Recordset rows = query(std::move(text), std::move(parameters));
+    EXPECT_EQ(rows.RecordCount(), 1U);
+    const auto value = rows.Valore(0);
+    return value ? std::optional<std::string>(*value) : std::nullopt;
+  }
+  static Recordset editable(Connection& connection, const std::string& where, std::string columns = "CHIAVE,SOSPESA") {
+    Command select = command(connection, "SELECT " + columns + " FROM EVENTI WHERE " + where + " ORDER BY CHIAVE");
+    Recordset rows;
+    rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "CHIAVE"});
+    return rows;
+  }
+  static ErroreRuntime failure(const std::function<void()>& action) {
+    try {
+      action();
+    } catch (const ErroreRuntime& error) {
+      return error;
+    }
+    ADD_FAILURE() << "nothing was raised";
+    return {0, ""};
+  }
+
+  std::unique_ptr<test::OdbcSqlite> sqlite_;
+  std::string source_;
+  std::string text_;
+  Connection connection_;
+};
+
+std::vector<const char*> databases() {
+  std::vector<const char*> kinds{"sqlite"};
+  if (test::PostgresServer::available())
+    kinds.push_back("postgres");
+  return kinds;
+}
+
+INSTANTIATE_TEST_SUITE_P(Databases, Ado, testing::ValuesIn(databases()),
+                         [](const auto& chosen) { return std::string(chosen.param); });
+
+TEST_P(Ado, CountsRowsExactlyAndWalksThem) {
+  Recordset rows = query("SELECT CHIAVE FROM EVENTI ORDER BY CHIAVE");
+  EXPECT_EQ(rows.State(), State::Open);
+  EXPECT_EQ(rows.RecordCount(), 3U);
+  std::vector<std::string> keys;
+  for (; !rows.Eof(); rows.MoveNext())
+    keys.emplace_back(rows.Fields("chiave").Value().value());
+  EXPECT_THAT(keys, ElementsAre("1", "2", "3"));
+  rows.MoveFirst();
+  EXPECT_EQ(rows.Valore(0), "1");
+}
+
+TEST_P(Ado, FindsColumnsInAnyCase) {
+  const Recordset rows = query("SELECT CHIAVE, Gruppo FROM EVENTI");
+  EXPECT_EQ(rows.Colonne(), 2U);
+  EXPECT_EQ(rows.Colonna("gruppo"), 1U);
+  EXPECT_EQ(rows.Colonna("GRUPPO"), 1U);
+  EXPECT_EQ(failure([&] { static_cast<void>(rows.Colonna("GRUPP")); }).Numero(), 3265);
+}
+
+TEST_P(Ado, KeepsNullApartFromEmpty) {
+  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=2"), "");
+  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+  EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=1"), "");
+  EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), std::nullopt);
+}
+
+TEST_P(Ado, NeverTrimsATextOfFixedLength) {
+  const std::string padded = single("SELECT CODICE FROM EVENTI WHERE CHIAVE=2").value_or("NULL");
+  EXPECT_EQ(padded, onPostgres() ? " B2   " : " B2  ");
+}
+
+TEST_P(Ado, GivesDatesWithoutTimeAndTimesWhereThereAre) {
+  EXPECT_EQ(single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=1"), "2006-03-05");
+  EXPECT_EQ(single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=1"), "2006-03-05");
+  EXPECT_THAT(single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=2").value_or(""),
+              testing::StartsWith("2006-03-05 14:07:00"));
+}
+
+TEST_P(Ado, GivesAmountsAsDecimalText) {
+  EXPECT_THAT(single("SELECT IMPORTO FROM EVENTI WHERE CHIAVE=1").value_or(""), testing::AnyOf("100.1", "100.10"));
+  EXPECT_THAT(single("SELECT SUM(IMPORTO) FROM EVENTI WHERE GRUPPO=10").value_or(""),
+              testing::AnyOf("-399.9", "-399.90"));
+  EXPECT_EQ(single("SELECT SUM(IMPORTO) FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+}
+
+TEST_P(Ado, ReadsAccentsAndBindsThem) {
+  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €");
+  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {"Società àèìòù €"}), "1");
+}
+
+TEST_P(Ado, ReadsALongTextWhole) {
+  std::string longText;
+  for (int i = 0; longText.size() < 300'000; ++i)
+    longText += std::to_string(i) + " è lunga; ";
+  command(connection_, "UPDATE EVENTI SET NOTE=? WHERE CHIAVE=2", {longText}).Execute();
+  EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), longText);
+  const Recordset rows = query("SELECT CHIAVE,NOTE,GRUPPO FROM EVENTI ORDER BY CHIAVE");
+  EXPECT_EQ(rows.RecordCount(), 3U);
+}
+
+TEST_P(Ado, NeverCutsATextLongerThanItsColumnWasDescribed) {
+  for (const std::size_t length : {200U, 254U, 255U, 256U, 1019U, 1020U, 1021U, 1022U, 5000U, 70'000U}) {
+    std::string expected(length, 'x');
+    expected.back() = 'z';
+    command(connection_, "UPDATE EVENTI SET NOTE=? WHERE CHIAVE=2", {expected}).Execute();
+    EXPECT_EQ(single("SELECT NOTE || '' AS TUTTO FROM EVENTI WHERE CHIAVE=2"), expected) << length;
+    EXPECT_EQ(single("SELECT CAST(NOTE AS VARCHAR) FROM EVENTI WHERE CHIAVE=2"), expected) << length;
+  }
+}
+
+TEST_P(Ado, ReadsManyRowsAcrossBlocks) {
+  Command insert = command(connection_, "INSERT INTO EVENTI (CHIAVE,GRUPPO,DESCRIZIONE) VALUES (?,?,?)");
+  connection_.BeginTrans();
+  for (int i = 100; i < 3200; ++i) {
+    insert.Parameters = {std::to_string(i), "99", i % 3 == 0 ? "" : "riga " + std::to_string(i)};
+    insert.Execute();
+  }
+  connection_.CommitTrans();
+  Recordset rows = query("SELECT CHIAVE,DESCRIZIONE,SCADENZA FROM EVENTI WHERE GRUPPO=? ORDER BY CHIAVE", {"99"});
+  ASSERT_EQ(rows.RecordCount(), 3100U);
+  for (int i = 100; i < 3200; ++i, rows.MoveNext()) {
+    ASSERT_EQ(rows.Valore(0), std::to_string(i));
+    ASSERT_EQ(rows.Valore(1), i % 3 == 0 ? "" : "riga " + std::to_string(i));
+    ASSERT_EQ(rows.Valore(2), std::nullopt);
+  }
+  EXPECT_TRUE(rows.Eof());
+}
+
+TEST_P(Ado, BindsAnIntegerKeyAsText) {
+  EXPECT_EQ(query("SELECT 1 FROM EVENTI WHERE GRUPPO=?", {"10"}).RecordCount(), 2U);
+}
+
+TEST_P(Ado, BindsAnEmptyTextAsEmpty) {
+  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {""}), "2");
+}
+
+TEST_P(Ado, NeverReadsAParameterAsStatement) {
+  const std::string hostile = "x'; DELETE FROM EVENTI; --";
+  EXPECT_EQ(query("SELECT 1 FROM EVENTI WHERE DESCRIZIONE=?", {hostile}).RecordCount(), 0U);
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
+}
+
+TEST_P(Ado, RunsACommandAgainWithOtherParameters) {
+  Command select = command(connection_, "SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?");
+  for (const char* key : {"1", "2", "3", "4", "1"}) {
+    select.Parameters = {key};
+    EXPECT_EQ(select.Execute().RecordCount(), std::string_view(key) == "4" ? 0U : 1U) << key;
+  }
+  select.CommandText = "SELECT CHIAVE,GRUPPO FROM EVENTI WHERE GRUPPO=?";
+  select.Parameters = {"20"};
+  EXPECT_EQ(select.Execute().Fields("GRUPPO").Value(), "20");
+}
+
+TEST_P(Ado, RunsACommandAgainOnAReopenedConnection) {
+  Command select = command(connection_, "SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
+  EXPECT_EQ(select.Execute().RecordCount(), 1U);
+  connection_.Close();
+  EXPECT_EQ(failure([&] { select.Execute(); }).Numero(), 3704);
+  connection_.Open();
+  EXPECT_EQ(select.Execute().RecordCount(), 1U);
+}
+
+TEST_P(Ado, RefusesAWrongCountOfParameters) {
+  for (const auto& parameters : std::vector<std::vector<std::string>>{{}, {"1", "2"}}) {
+    const auto error = failure([&] { query("SELECT 1 FROM EVENTI WHERE CHIAVE=?", parameters); });
+    EXPECT_EQ(error.Numero(), -2147217904);
+    EXPECT_THAT(error.Descrizione(), HasSubstr("07001"));
+  }
+}
+
+TEST_P(Ado, CountsAffectedRowsAndTakesNoMatchForZero) {
+  std::int64_t affected = -5;
+  command(connection_, "UPDATE EVENTI SET SOSPESA='S' WHERE GRUPPO=?", {"10"}).Execute(&affected);
+  EXPECT_EQ(affected, 2);
+  command(connection_, "UPDATE EVENTI SET SOSPESA='S' WHERE GRUPPO=?", {"77"}).Execute(&affected);
+  EXPECT_EQ(affected, 0);
+  EXPECT_EQ(connection_.Execute("DELETE FROM EVENTI WHERE GRUPPO=77"), 0);
+  EXPECT_EQ(connection_.Execute("DELETE FROM EVENTI WHERE GRUPPO=10"), 2);
+}
+
+TEST_P(Ado, CommitsAndRollsBack) {
+  Connection other;
+  connection_.BeginTrans();
+  connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
+  connection_.RollbackTrans();
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+  connection_.BeginTrans();
+  connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
+  connection_.CommitTrans();
+  open(other);
+  EXPECT_EQ(command(other, "SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1").Execute().Valore(0), "S");
+}
+
+TEST_P(Ado, RollsBackAnOpenTransactionWhenClosed) {
+  connection_.BeginTrans();
+  connection_.Execute("DELETE FROM EVENTI");
+  connection_.Close();
+  EXPECT_EQ(connection_.State(), State::Closed);
+  connection_.Open();
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
+}
+
+TEST_P(Ado, RefusesTransactionCallsOutOfOrder) {
+  EXPECT_EQ(failure([&] { connection_.CommitTrans(); }).Numero(), 3219);
+  EXPECT_EQ(failure([&] { connection_.RollbackTrans(); }).Numero(), 3219);
+  connection_.BeginTrans();
+  EXPECT_EQ(failure([&] { connection_.BeginTrans(); }).Numero(), 3219);
+  connection_.RollbackTrans();
+}
+
+TEST_P(Ado, ReportsEveryDiagnosticWithItsState) {
+  const auto error = failure([&] { connection_.Execute("SELECT * FROM NON_C_E"); });
+  EXPECT_EQ(error.Sorgente(), "ODBC");
+  EXPECT_THAT(error.Descrizione(), testing::StartsWith("["));
+  EXPECT_THAT(error.Descrizione(), testing::ContainsRegex("(non_c_e|NON_C_E)"));
+}
+
+TEST_P(Ado, WorksOnAfterAFailedStatement) {
+  EXPECT_NE(failure([&] { connection_.Execute("SELEZIONA"); }).Numero(), 0);
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
+}
+
+TEST_P(Ado, RefusesUseWhenClosed) {
+  Connection closed;
+  EXPECT_EQ(failure([&] { closed.Execute("SELECT 1"); }).Numero(), 3704);
+  EXPECT_EQ(failure([&] { closed.BeginTrans(); }).Numero(), 3704);
+  EXPECT_NO_THROW(closed.Close());
+  Command unbound;
+  EXPECT_EQ(failure([&] { unbound.Execute(); }).Numero(), 3704);
+  Recordset rows;
+  EXPECT_EQ(rows.State(), State::Closed);
+  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Numero(), 3704);
+  EXPECT_EQ(failure([&] { connection_.Open(); }).Numero(), 3705);
+}
+
+TEST_P(Ado, RefusesFieldsPastTheEnd) {
+  Recordset none = query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=99");
+  EXPECT_EQ(none.State(), State::Open);
+  EXPECT_TRUE(none.Eof());
+  EXPECT_EQ(failure([&] { static_cast<void>(none.Fields("CHIAVE").Value()); }).Numero(), 3021);
+  EXPECT_EQ(failure([&] { none.MoveNext(); }).Numero(), 3021);
+}
+
+TEST_P(Ado, KeepsReadRowsAfterTheConnectionIsClosed) {
+  const Recordset rows = query("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1");
+  connection_.Close();
+  EXPECT_EQ(rows.Valore(0), "Società àèìòù €");
+}
+
+TEST_P(Ado, TellsEveryStatementBeforeItIsSent) {
+  std::vector<std::string> sent;
+  Servizi services = servizi();
+  services.istruzioneInviata = [&](std::string_view text) { sent.emplace_back(text); };
+  const ServiziSostituiti replaced(services);
+  connection_.Execute("DELETE FROM EVENTI WHERE CHIAVE=99");
+  query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("S");
+  rows.Update();
+  EXPECT_THAT(sent, ElementsAre("DELETE FROM EVENTI WHERE CHIAVE=99", "SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?",
+                                "SELECT CHIAVE,SOSPESA FROM EVENTI WHERE CHIAVE=1 ORDER BY CHIAVE",
+                                "UPDATE EVENTI SET SOSPESA=? WHERE CHIAVE=? AND SOSPESA=?"));
+}
+
+TEST_P(Ado, UpdatesTheRowsOfAnEditableSetOneByOne) {
+  connection_.BeginTrans();
+  Recordset rows = editable(connection_, "GRUPPO=10");
+  for (; !rows.Eof(); rows.MoveNext()) {
+    rows.Fields("SOSPESA").SetValue("S");
+    EXPECT_EQ(rows.Fields("SOSPESA").Value(), "S");
+    rows.Update();
+    EXPECT_EQ(rows.Fields("SOSPESA").Value(), "S");
+  }
+  connection_.CommitTrans();
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "2");
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+}
+
+TEST_P(Ado, UpdatesFromAndToNull) {
+  Recordset rows = editable(connection_, "CHIAVE=3", "CHIAVE,SOSPESA,SCADENZA");
+  rows.Fields("SOSPESA").SetValue("N");
+  rows.Fields("SCADENZA").SetValue(std::nullopt);
+  rows.Update();
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=3"), "N");
+  EXPECT_EQ(single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+  rows.Fields("SCADENZA").SetValue("2007-01-31");
+  rows.Update();
+  EXPECT_EQ(single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=3"), "2007-01-31");
+}
+
+TEST_P(Ado, UpdatesDatesAmountsAndPaddedTextsByTheirOriginalValues) {
+  Recordset rows = editable(connection_, "CHIAVE=2", "CHIAVE,CODICE,QUANDO,IMPORTO");
+  rows.Fields("CODICE").SetValue("Z");
+  rows.Fields("QUANDO").SetValue("2008-02-29 00:00:00");
+  rows.Fields("IMPORTO").SetValue("12.50");
+  rows.Update();
+  EXPECT_EQ(single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=2"), "2008-02-29");
+  EXPECT_THAT(single("SELECT IMPORTO FROM EVENTI WHERE CHIAVE=2").value_or(""), testing::AnyOf("12.5", "12.50"));
+}
+
+TEST_P(Ado, CountsSettingTheSameValueAsSuccess) {
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("N");
+  EXPECT_NO_THROW(rows.Update());
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+}
+
+TEST_P(Ado, RefusesARowThatAnotherTerminalChanged) {
+  Connection other;
+  open(other);
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  other.Execute("UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("S");
+  const auto error = failure([&] { rows.Update(); });
+  EXPECT_EQ(error.Numero(), -2147217864);
+  EXPECT_THAT(error.Descrizione(), HasSubstr("altro terminale"));
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "X");
+}
+
+TEST_P(Ado, RefusesARowThatAnotherTerminalRemoved) {
+  Connection other;
+  open(other);
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  other.Execute("DELETE FROM EVENTI WHERE CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("N");
+  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+}
+
+TEST_P(Ado, RefusesAndUndoesAnUpdateOfMoreThanOneRow) {
+  Command select = command(connection_, "SELECT GRUPPO,SOSPESA FROM EVENTI WHERE CHIAVE=1");
+  Recordset rows;
+  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "GRUPPO"});
+  rows.Fields("SOSPESA").SetValue("S");
+  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "0");
+}
+
+TEST_P(Ado, RefusesToLeaveARowWithChangesNotSent) {
+  Recordset rows = editable(connection_, "GRUPPO=10");
+  rows.Fields("SOSPESA").SetValue("S");
+  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Numero(), 3219);
+  rows.Close();
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+}
+
+TEST_P(Ado, RefusesToEditAnythingButAnEditableSet) {
+  Recordset rows = query("SELECT CHIAVE,SOSPESA FROM EVENTI");
+  EXPECT_EQ(failure([&] { rows.Fields("SOSPESA").SetValue("S"); }).Numero(), 3219);
+  EXPECT_EQ(failure([&] { static_cast<void>(editable(connection_, "CHIAVE=1", "SOSPESA")); }).Numero(), 3265);
+}
+
+TEST(AdoSqlite, OpensAThousandConnectionsInOneProcess) {
+  const test::OdbcSqlite database(schema);
+  for (int i = 0; i < 1000; ++i) {
+    Connection connection;
+    connection.ConnectionString = database.connectionText();
+    connection.Open();
+    ASSERT_EQ(connection.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1"), 1);
+  }
+}
+
+TEST(AdoConnection, RefusesAnEmptyDataSourceBeforeAnyDriverIsAsked) {
+  Connection connection;
+  connection.ConnectionString = test::connectionText("", "utente", "segretissima");
+  try {
+    connection.Open();
+    FAIL() << "opened";
+  } catch (const ErroreRuntime& error) {
+    EXPECT_EQ(error.Descrizione(), "Connessione alla base dati: l'origine dati ODBC non è indicata.");
+  }
+  EXPECT_EQ(connection.State(), State::Closed);
+}
+
+TEST(AdoConnection, NamesAnUnknownDataSourceAndNeverThePassword) {
+  test::OdbcConfiguration::instance();
+  Connection connection;
+  // The driver manager's own text holds this word.
+  connection.ConnectionString = test::connectionText("non-esiste", "utente", "DRIVER");
+  try {
+    connection.Open();
+    FAIL() << "opened";
+  } catch (const ErroreRuntime& error) {
+    EXPECT_EQ(error.Numero(), errori::Driver);
+    EXPECT_THAT(error.Descrizione(), HasSubstr("[IM002]"));
+    EXPECT_THAT(error.Descrizione(), Not(HasSubstr("Driver")));
+    EXPECT_THAT(error.Descrizione(), Not(HasSubstr("driver")));
+  }
+}
+
+class AdoPostgres : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!test::PostgresServer::available())
+      GTEST_SKIP() << "PostgreSQL or its ODBC driver is not installed";
+    source_ = postgres().createDatabase("solo" + std::to_string(++databases_), schema);
+  }
+
+  static inline int databases_ = 0;
+  std::string source_;
+};
+
+TEST_F(AdoPostgres, ReportsAWrongPasswordWithoutTellingIt) {
+  Connection connection;
+  connection.ConnectionString = test::connectionText(source_, postgres().user(), "sbagliatissima");
+  try {
+    connection.Open();
+    FAIL() << "opened";
+  } catch (const ErroreRuntime& error) {
+    EXPECT_THAT(error.Descrizione(), HasSubstr("password authentication failed"));
+    EXPECT_THAT(error.Descrizione(), Not(HasSubstr("sbagliatissima")));
+  }
+}
+
+TEST_F(AdoPostgres, CarriesAPasswordWithEverySpecialCharacter) {
+  test::runScript(postgres().connectionText(source_), "CREATE ROLE strano LOGIN PASSWORD 'a=b{c!@,?*()[d'");
+  Connection connection;
+  connection.ConnectionString = test::connectionText(source_, "strano", "\"a=b{c!@,?*()[d\"");
+  EXPECT_NO_THROW(connection.Open());
+}
+
+TEST_F(AdoPostgres, RaisesWhenTheServerIsLostBeforeACommit) {
+  Connection connection;
+  connection.ConnectionString = postgres().connectionText(source_);
+  connection.Open();
+  connection.BeginTrans();
+  connection.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
+  postgres().dropConnections(source_);
+  try {
+    connection.CommitTrans();
+    FAIL() << "committed on a dead connection";
+  } catch (const ErroreRuntime& error) {
+    EXPECT_EQ(error.Numero(), errori::Driver);
+    EXPECT_THAT(error.Descrizione(), HasSubstr("esito è sconosciuto"));
+  }
+  EXPECT_NO_THROW(connection.Close());
+}
+
+TEST_F(AdoPostgres, NeverReportsASpoiledTransactionAsCommitted) {
+  Connection connection;
+  connection.ConnectionString = postgres().connectionText(source_);
+  connection.Open();
+  connection.BeginTrans();
+  connection.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
+  EXPECT_THROW(connection.Execute("UPDATE EVENTI SET NON_C_E=1"), ErroreRuntime);
+  bool committed = true;
+  try {
+    connection.CommitTrans();
+  } catch (const ErroreRuntime&) {
+    committed = false;
+  }
+  Command select;
+  select.ActiveConnection = &connection;
+  select.CommandText = "SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1";
+  EXPECT_EQ(select.Execute().Valore(0), committed ? "S" : "N");
+}
+
+TEST_F(AdoPostgres, NumbersAViolatedConstraint) {
+  Connection connection;
+  connection.ConnectionString = postgres().connectionText(source_);
+  connection.Open();
+  try {
+    connection.Execute("INSERT INTO EVENTI (CHIAVE,GRUPPO) VALUES (1,1)");
+    FAIL() << "inserted twice";
+  } catch (const ErroreRuntime& error) {
+    EXPECT_EQ(error.Numero(), -2147217873);
+  }
+}
+
+} // namespace
+} // namespace lumoscad::ado

@@ -1,0 +1,110 @@
+#include "platform/Errore.hpp"
+#include "platform/ado/ConnectionText.hpp"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace lumoscad::ado {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::string failureOf(const std::string& text) {
+  try {
+    static_cast<void>(TestoOdbc(LeggiTestoConnessione(text)));
+  } catch (const ErroreRuntime& error) {
+    EXPECT_EQ(error.Numero(), errori::Driver);
+    return error.Descrizione();
+  }
+  ADD_FAILURE() << "accepted: " << text;
+  return {};
+}
+
+TEST(ConnectionText, ReadsTheTextThatTheComponentWrites) {
+  const auto settings =
+      LeggiTestoConnessione("Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30;"
+                            "Password=pw;User ID=ADMIN;Data Source=CONTAB");
+  EXPECT_EQ(settings.DataSource, "CONTAB");
+  EXPECT_EQ(settings.UserId, "ADMIN");
+  EXPECT_EQ(settings.Password, "pw");
+  EXPECT_EQ(settings.ConnectTimeout, 30);
+}
+
+TEST(ConnectionText, TakesKeywordsInAnyCaseWithBlanksAroundThem) {
+  const auto settings = LeggiTestoConnessione(" DATA source = A ;user id=b; pAsSwOrD =C;connect timeout= 5 ");
+  EXPECT_EQ(settings.DataSource, "A");
+  EXPECT_EQ(settings.UserId, "b");
+  EXPECT_EQ(settings.Password, "C");
+  EXPECT_EQ(settings.ConnectTimeout, 5);
+}
+
+TEST(ConnectionText, KnowsTheShortKeywords) {
+  const auto settings = LeggiTestoConnessione("DSN=a;UID=b;PWD=c");
+  EXPECT_EQ(settings.DataSource, "a");
+  EXPECT_EQ(settings.UserId, "b");
+  EXPECT_EQ(settings.Password, "c");
+}
+
+TEST(ConnectionText, LetsTheLastDuplicateWinAcrossSynonyms) {
+  EXPECT_EQ(LeggiTestoConnessione("DSN=a;Data Source=b").DataSource, "b");
+  EXPECT_EQ(LeggiTestoConnessione("Password=a;PWD=").Password, "");
+}
+
+TEST(ConnectionText, ReadsQuotedValuesWithDoubledQuotes) {
+  EXPECT_EQ(LeggiTestoConnessione(R"(Password="a;b""c" ;DSN=x)").Password, R"(a;b"c)");
+  EXPECT_EQ(LeggiTestoConnessione("Password=' a''b=\"';DSN=x").Password, " a'b=\"");
+}
+
+TEST(ConnectionText, KeepsQuotesAndEqualSignsInsideAPlainValue) {
+  EXPECT_EQ(LeggiTestoConnessione("Password=a\"b'c=d").Password, "a\"b'c=d");
+}
+
+TEST(ConnectionText, IgnoresUnknownKeywordsAndEmptyPieces) {
+  EXPECT_EQ(LeggiTestoConnessione(";;Extra=1;DSN=a; ;").DataSource, "a");
+}
+
+TEST(ConnectionText, HasEmptyValuesWhereNoneIsGiven) {
+  const auto settings = LeggiTestoConnessione("Connect Timeout=30;Password=;User ID=;Data Source=");
+  EXPECT_EQ(settings.DataSource, "");
+  EXPECT_EQ(settings.UserId, "");
+  EXPECT_EQ(settings.Password, "");
+}
+
+TEST(ConnectionText, RefusesMalformedTextsWithoutTellingAValue) {
+  for (const char* text : {"DSN=a;Password=\"segreto", "DSN=a;Password='segreto' x", "DSN=a;segreto", "=segreto;DSN=a",
+                           "DSN=a;Connect Timeout=segreto", "DSN=a;Connect Timeout=-1"}) {
+    const std::string failure = failureOf(text);
+    EXPECT_THAT(failure, HasSubstr("Testo di connessione non valido")) << text;
+    EXPECT_THAT(failure, Not(HasSubstr("segreto"))) << text;
+  }
+}
+
+TEST(OdbcText, NamesSourceUserAndPassword) {
+  EXPECT_EQ(TestoOdbc({.DataSource = "CONTAB", .UserId = "ADMIN", .Password = "pw"}), "DSN=CONTAB;UID=ADMIN;PWD=pw;");
+  EXPECT_EQ(TestoOdbc({.DataSource = "CONTAB", .UserId = "", .Password = ""}), "DSN=CONTAB;UID=;PWD=;");
+}
+
+TEST(OdbcText, PutsValuesInBracesWhereTheyNeedThem) {
+  EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = "a;b", .Password = "x{y}z"}), "DSN=C;UID={a;b};PWD={x{y}}z};");
+  EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = " a", .Password = "p=w"}), "DSN=C;UID={ a};PWD={p=w};");
+}
+
+TEST(OdbcText, RefusesAnEmptyDataSource) {
+  EXPECT_THAT(failureOf("Password=p;User ID=u;Data Source="), HasSubstr("origine dati ODBC non è indicata"));
+  EXPECT_THAT(failureOf("Password=p;User ID=u;Data Source=\"  \""), HasSubstr("origine dati ODBC non è indicata"));
+}
+
+TEST(OdbcText, RefusesADataSourceThatWouldSmuggleInOtherSettings) {
+  EXPECT_THAT(failureOf("Data Source=\"a;Driver=b\""), HasSubstr("carattere non ammesso"));
+}
+
+TEST(OdbcText, RefusesAZeroByteAndDoesNotTellThePassword) {
+  const std::string failure = failureOf(std::string("DSN=a;PWD=segreto") + '\0' + "x");
+  EXPECT_THAT(failure, HasSubstr("carattere non ammesso"));
+  EXPECT_THAT(failure, Not(HasSubstr("segreto")));
+}
+
+} // namespace
+} // namespace lumoscad::ado
