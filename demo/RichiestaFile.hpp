@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace lumoscad::demo {
+
+/// A request that the back end refuses; the text is Italian and becomes the ERRORE of the answer.
+class Rifiuto final : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Checks the content of a bank request file: lines of eleven fields, each ended by CR LF. `contiBloccati` are the
+/// account codes that are refused. Returns the number of instalments; raises `Rifiuto` that names line and field.
+[[nodiscard]] std::size_t ControllaCanalizzazione(std::string_view contenuto,
+                                                  const std::set<std::string>& contiBloccati);
+
+} // namespace lumoscad::demo
