@@ -1,0 +1,47 @@
+// The composition root: wires the adapters to the component when the library is loaded.
+
+#include "lumoscad/LumoScadenze.hpp"
+#include "lumoscad/lumoscad.h"
+#include "platform/Servizi.hpp"
+#include "platform/qt/QtDesktop.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+namespace lumoscad {
+namespace {
+
+// The services are made on first use and never destroyed: the program that loaded the component may have torn down
+// its own windows by the time statics go.
+Desktop& UnicoDesktop() {
+  static Desktop& unico = *qt::CreaDesktop().release();
+  return unico;
+}
+
+nexaro::HostLink& UnicoHostLink() {
+  static nexaro::HostLink& unico = *nexaro::CreaHostLink().release();
+  return unico;
+}
+
+const nexaro::Ambiente& UnicoAmbiente() {
+  static const nexaro::Ambiente unico = nexaro::LeggiAmbiente();
+  return unico;
+}
+
+[[maybe_unused]] const bool installati = [] {
+  servizi() = {UnicoDesktop, UnicoHostLink, UnicoAmbiente, OraDiSistema, nullptr};
+  return true;
+}();
+
+} // namespace
+} // namespace lumoscad
+
+extern "C" size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione) {
+  const std::string testo = lumoscad::LumoScadenze().EseguiLumoScad(comando == nullptr ? "" : comando);
+  if (risultato != nullptr && dimensione > 0) {
+    const std::size_t copiati = std::min(testo.size(), dimensione - 1);
+    std::memcpy(risultato, testo.data(), copiati);
+    risultato[copiati] = '\0';
+  }
+  return testo.size();
+}

@@ -1,0 +1,76 @@
+#include "handlers/Blocco.hpp"
+
+#include "common/Messaggi.hpp"
+#include "common/Testo.hpp"
+#include "platform/FileLocale.hpp"
+#include "platform/Servizi.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+namespace lumoscad {
+namespace {
+
+/// Runs one step; what fails is skipped, and the next step goes on.
+template <typename Passo> void Prosegui(Passo passo) noexcept {
+  try {
+    passo();
+  } catch (...) { // NOLINT(bugprone-empty-catch): the lock is advisory, no failure of it stops the command
+  }
+}
+
+std::string ChiaveBlocco(std::string_view tipo) {
+  return "VB" + TogliSpazi(tipo);
+}
+
+std::string RigaUtente() {
+  return "Utente : " + servizi().ambiente().CodicePostazione;
+}
+
+std::string RigaOra() {
+  const DataOra t = servizi().adesso();
+  return "Data : " + ConZeri(t.giorno, 2) + "/" + ConZeri(t.mese, 2) + "/" + ConZeri(t.anno, 4) +
+         "   Ora : " + ConZeri(t.ora, 2) + ":" + ConZeri(t.minuto, 2);
+}
+
+} // namespace
+
+std::string TogliSpazi(std::string_view testo) {
+  std::string senza;
+  std::copy_if(testo.begin(), testo.end(), std::back_inserter(senza), [](char c) { return c != ' '; });
+  return senza;
+}
+
+std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
+  const std::string remoto = "/tmp/" + ChiaveBlocco(tipo);
+  std::string locale;
+  std::vector<std::string> righe;
+  Prosegui([&] { locale = servizi().ambiente().CartellaLocale + "/" + ChiaveBlocco(tipo); });
+  Prosegui([&] { CancellaFileLocale(locale); });
+  Prosegui([&] {
+    std::string testo;
+    servizi().hostLink().RiceviFile(hostIP, remoto, locale, testo);
+  });
+  Prosegui([&] { righe = LeggiRigheLocali(locale); });
+  righe.resize(2);
+  if (!MaggioreDiSpazio(righe[0])) {
+    Prosegui([&] {
+      ScriviFileLocale(locale, RigaUtente() + "\r\n" + RigaOra() + "\r\n");
+      servizi().hostLink().InviaFile(hostIP, locale, remoto);
+    });
+    return "";
+  }
+  const bool lista = tipo == "CREDITI" || tipo == "DEBITI";
+  const std::string prima = lista ? "Area " + std::string(tipo) + " in manutenzione presso un altro terminale"
+                                  : "Il movimento è in uso su un altro terminare";
+  Prosegui([&] { servizi().desktop().MostraBox(prima + "\r" + righe[0] + "\r" + righe[1], NomeProdotto); });
+  return righe[0];
+}
+
+std::string SbloccaArea(std::string_view hostIP, std::string_view tipo) {
+  Prosegui([&] { servizi().hostLink().CancellaFile(hostIP, "/tmp/" + ChiaveBlocco(tipo)); });
+  return "";
+}
+
+} // namespace lumoscad

@@ -1,0 +1,242 @@
+#include "screens/frmLumoScadenzeBanche.hpp"
+
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "database/db2Searches.hpp"
+#include "database/moduloDatabase.hpp"
+#include "platform/Errore.hpp"
+#include "platform/Servizi.hpp"
+
+#include <array>
+#include <utility>
+
+namespace lumoscad {
+namespace {
+
+using Schermata = frmLumoScadenzeBanche;
+
+DescrizioneGriglia Descrizione() {
+  using Genere = ColonnaElenco::Genere;
+  DescrizioneGriglia d;
+  d.nome = "frmLumoScadenzeBanche";
+  d.titolo = "LumoScad - Scadenze e banche";
+  d.nomeLista = "LVScadenzeBanche";
+  d.carattere = "Verdana";
+  d.colonne = {{"KConto", "Conto", 3450, Genere::Testo},
+               {"KPartita", "Partita", 1500, Genere::Testo},
+               {"KScadenza", "Scadenza", 1500, Genere::Testo},
+               {"KScadenzaOrig", "Scad. orig.", 1500, Genere::Testo},
+               {"KBanca", "Banca", 2700, Genere::Testo},
+               {"KImporto", "Importo", 1650, Genere::Importo},
+               {"KRadio1", "", 420, Genere::Spunta},
+               {"KNuovaScadenza", "Nuova Scad", 1500, Genere::EditorData, Schermata::Scadenza},
+               {"KNumeroRata1", "NumeroRata", 0, Genere::Testo},
+               {"KRadio2", "", 420, Genere::Spunta},
+               {"KNuovaBanca", "NuovaBanca", 2700, Genere::EditorBanca, Schermata::Banca},
+               {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Testo}};
+  d.colonneConTag = {Schermata::Conto, Schermata::Partita, Schermata::Banca, Schermata::NuovaScadenza,
+                     Schermata::NuovaBanca};
+  // "Scad Orig." and "Importo" do not sort; "Banca" sorts by the new bank, "Scadenza" by the copy that sorts by time.
+  d.testate = {{1, "Conto", Schermata::Conto, Schermata::Conto},
+               {2, "Partita", Schermata::Partita, Schermata::Partita},
+               {5, "Scadenza", Schermata::Scadenza, Schermata::ScadenzaOrdinaData},
+               {3, "Scad Orig.", Schermata::ScadenzaOrig, -1},
+               {6, "Banca", Schermata::Banca, Schermata::NuovaBanca},
+               {4, "Importo", Schermata::Importo, -1}};
+  d.campoData = "Nuova scadenza";
+  d.campoBanca = "Nuova banca";
+  d.colonneChiave = Schermata::Banca + 1;
+  d.colonnaSpunta1 = Schermata::Radio1;
+  d.colonnaSpunta2 = Schermata::Radio2;
+  d.colonnaNuovaData = Schermata::NuovaScadenza;
+  d.colonnaNuovaBanca = Schermata::NuovaBanca;
+  return d;
+}
+
+} // namespace
+
+frmLumoScadenzeBanche::frmLumoScadenzeBanche() : griglia_(Descrizione(), Regole()) {}
+
+RegoleGriglia frmLumoScadenzeBanche::Regole() {
+  RegoleGriglia regole;
+  regole.chiudiData = [this](std::size_t riga, std::string_view testo) { ChiudiData(riga, testo); };
+  regole.chiudiBanca = [this](std::size_t riga, int indice) {
+    griglia_.ImpostaSpunta(riga, "RADIO2", true);
+    AssegnaBanca(riga, indice, bancheCella_);
+  };
+  regole.cambiaCheck = [this](std::size_t riga, std::string_view chiave, bool spunta) {
+    CambiaCheck(riga, chiave, spunta);
+  };
+  regole.clicScadenza = [this] {
+    griglia_.Form_Click();
+    griglia_.DeselezionaTutto("RADIO1");
+  };
+  regole.sceltaBanca = [this] {
+    griglia_.Form_Click();
+    griglia_.DeselezionaTutto("RADIO2");
+  };
+  regole.conferma = [this] { Conferma(); };
+  regole.annulla = [this] { variazioni_.clear(); };
+  return regole;
+}
+
+void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda,
+                                                     const procedureLumoDB2::FiltroScadenze& filtro,
+                                                     VariazioniCanalizzazione& variazioni) {
+  MsgAnnulla msg;
+  variazioni.clear();
+  variazioni_.clear();
+  griglia_.Azzera();
+  griglia_.Etichette = {{"lblClienteFornitore", ""},
+                        {"lblClienteFornitoreValue", ""},
+                        {"lblPartitaMovimento", ""},
+                        {"lblPartitaMovimentoValue", ""}};
+  banche_ = CaricaBanche(msg);
+  bancheCella_ = CaricaBanche(msg);
+  griglia_.cmbBanche = banche_.voci;
+  griglia_.cmbBanche2 = bancheCella_.voci;
+  elaboraCreditiDebiti(parAzienda, filtro, msg);
+  griglia_.Resize();
+  griglia_.Mostra();
+  variazioni = std::move(variazioni_);
+  variazioni_.clear();
+  if (!msg.Errore.empty()) {
+    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+  }
+}
+
+void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
+                                                 const procedureLumoDB2::FiltroScadenze& filtro, MsgAnnulla& msg) {
+  try {
+    const auto connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
+    const auto azienda = db2Searches::CercaAziendaLinea(*connection, parAzienda, " ", " ");
+    if (auto righe = procedureLumoDB2::ElencoScadenze(*connection, azienda, filtro, msg)) {
+      AggiungiRighe(*righe);
+    }
+  } catch (...) {
+    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+  }
+}
+
+void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
+  constexpr std::array<std::string_view, 10> nomi = {
+      "CODICECONTO", "DESCRIZIONECONTO", "NUMEROPARTITA",         "IDPARTITA",        "DATASCADENZA",
+      "NUMERORATA",  "CODICEBANCA",      "DATASCADENZAORIGINALE", "DESCRIZIONEBANCA", "IMPORTOEURO"};
+  std::array<std::size_t, nomi.size()> colonne{};
+  for (std::size_t i = 0; i < nomi.size(); ++i) {
+    colonne[i] = righe.Colonna(nomi[i]);
+  }
+  std::vector<std::string_view> testi(Colonne);
+  for (; !righe.Eof(); righe.MoveNext()) {
+    const auto campo = [&](std::size_t quale) { return righe.Valore(colonne[quale]).value_or(std::string_view()); };
+    const std::string importo = campo(9).empty() ? std::string() : Utilities::FormattaImporto(campo(9));
+    servizi().desktop().EventiInAttesa();
+    if (importo == "0,00") {
+      continue;
+    }
+    const std::string scadenza = Utilities::FormattaData(campo(4));
+    const std::string originale = Utilities::FormattaData(campo(7));
+    const std::string ordina = Utilities::FormattaDataOrdine(campo(4));
+    testi = {campo(1), campo(2), scadenza, originale, campo(8), importo, "", scadenza, campo(5), "", campo(8), ordina};
+    const std::size_t riga = griglia_.Righe.Aggiungi(testi);
+    griglia_.Righe.ImpostaTag(riga, Conto, campo(0));
+    griglia_.Righe.ImpostaTag(riga, Partita, campo(3));
+    griglia_.Righe.ImpostaTag(riga, Banca, campo(6));
+  }
+}
+
+std::string frmLumoScadenzeBanche::ChiaveElemento(std::size_t riga) const {
+  const RigheGriglia& righe = griglia_.Righe;
+  std::string chiave = "K_";
+  chiave.append(righe.Tag(riga, Conto)).append("_").append(righe.Testo(riga, Partita)).append("_");
+  chiave.append(righe.Testo(riga, Scadenza)).append(righe.Testo(riga, NumeroRata));
+  chiave.append(righe.Testo(riga, ScadenzaOrig)).append("_").append(righe.Tag(riga, Banca));
+  return chiave;
+}
+
+void frmLumoScadenzeBanche::ChiudiData(std::size_t riga, std::string_view testo) {
+  RigheGriglia& righe = griglia_.Righe;
+  if (MaggioreDiSpazio(testo)) {
+    const std::string data = Utilities::ControllaData(testo);
+    righe.ImpostaTesto(riga, NuovaScadenza, data);
+  } else {
+    righe.ImpostaTesto(riga, NuovaScadenza, righe.Testo(riga, Scadenza));
+  }
+}
+
+void frmLumoScadenzeBanche::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
+  RigheGriglia& righe = griglia_.Righe;
+  const bool data = chiave == "RADIO1";
+  if (data && spunta) {
+    if (!MaggioreDiSpazio(griglia_.Stato().testoScadenza)) {
+      return;
+    }
+    const std::string nuova = Utilities::ControllaData(griglia_.Stato().testoScadenza);
+    griglia_.ImpostaTestoScadenza(nuova);
+    if (!MaggioreDiSpazio(nuova)) {
+      return; // a row is never ticked without a date to apply
+    }
+    righe.ImpostaTesto(riga, NuovaScadenza, nuova);
+  } else if (data) {
+    righe.ImpostaTesto(riga, NuovaScadenza, righe.Testo(riga, Scadenza));
+  } else if (spunta) {
+    AssegnaBanca(riga, griglia_.Stato().indiceBanca, banche_);
+  } else {
+    righe.ImpostaTag(riga, NuovaBanca, "");
+    righe.ImpostaTesto(riga, NuovaBanca, righe.Testo(riga, Banca));
+  }
+  griglia_.ImpostaSpunta(riga, chiave, spunta);
+}
+
+void frmLumoScadenzeBanche::AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo) {
+  RigheGriglia& righe = griglia_.Righe;
+  if (indice > 0) {
+    const std::string& codice = combo.Codice(indice);
+    righe.ImpostaTag(riga, NuovaBanca, codice);
+    righe.ImpostaTesto(riga, NuovaBanca, combo.voci[static_cast<std::size_t>(indice)]);
+  } else if (righe.Tag(riga, Banca).empty()) {
+    // There is no bank to remove; an earlier choice on the row must not stay in sight.
+    righe.ImpostaTag(riga, NuovaBanca, "");
+    righe.ImpostaTesto(riga, NuovaBanca, righe.Testo(riga, Banca));
+  } else {
+    righe.ImpostaTag(riga, NuovaBanca, Nullo);
+    righe.ImpostaTesto(riga, NuovaBanca, "ANNULLA");
+  }
+}
+
+bool frmLumoScadenzeBanche::LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const {
+  const RigheGriglia& righe = griglia_.Righe;
+  const auto oNullo = [](std::string_view testo) { return std::string(testo.empty() ? Nullo : testo); };
+  const std::string_view nuovaBanca = righe.Tag(riga, NuovaBanca);
+  const std::string_view banca = righe.Tag(riga, Banca);
+  const std::string_view scadenza = righe.Testo(riga, Scadenza);
+  const std::string_view nuova = righe.Testo(riga, NuovaScadenza);
+  variazione.isBancaChanged = !nuovaBanca.empty() && nuovaBanca != banca && !(nuovaBanca == Nullo && banca.empty());
+  variazione.isScadenzaChanged = MaggioreDiSpazio(nuova) && nuova != scadenza;
+  if (!variazione.isBancaChanged && !variazione.isScadenzaChanged) {
+    return false;
+  }
+  variazione.CodiceConto = righe.Tag(riga, Conto);
+  variazione.NumeroPartita = righe.Testo(riga, Partita);
+  variazione.idPartitaKey = righe.Tag(riga, Partita);
+  variazione.VecchiaScadenza = oNullo(scadenza);
+  variazione.NumeroRata = righe.Testo(riga, NumeroRata);
+  variazione.NuovaScadenza = oNullo(variazione.isScadenzaChanged ? nuova : std::string_view());
+  variazione.VecchiaBanca = oNullo(banca);
+  variazione.NuovaBanca = nuovaBanca;
+  variazione.ScadenzaOriginale = righe.Testo(riga, ScadenzaOrig);
+  return true;
+}
+
+void frmLumoScadenzeBanche::Conferma() {
+  variazioni_.clear();
+  for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
+    VariazioneCanalizzazione variazione;
+    if (LeggiVariazione(griglia_.Righe.RigaAlPosto(posto), variazione)) {
+      variazioni_.push_back(std::move(variazione));
+    }
+  }
+}
+
+} // namespace lumoscad
