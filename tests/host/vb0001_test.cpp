@@ -1,0 +1,132 @@
+#include "Banco.hpp"
+#include "platform/nexaro/Processo.hpp"
+#include "platform/xml/Nodo.hpp"
+
+#include <gmock/gmock.h>
+
+namespace lumoscad {
+namespace {
+
+using testing::HasSubstr;
+using namespace std::chrono_literals;
+
+const std::string riga = "20100001,2026/12,,,,20260131,20260131,20260228,60100001,60100002,1\r\n";
+const std::string soloData = "20100001,2026/12,,,,,20260131,20260228,#null#,,2\r\n";
+const std::string soloBanca = "20100001,2026/13,,,,00000000,20260131,,60100001,#null#,1\r\n";
+
+class RetroVB0001 : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directories(radice / "tmp");
+    std::filesystem::create_directories(radice / "registro");
+  }
+
+  static std::vector<std::string> Parametri() {
+    return {"01", "CANALIZZAZIONE", "CREDITI", "T01", "/tmp/T01.dos", "", "", "", "", "", ""};
+  }
+
+  xml::Nodo Chiama(const std::vector<std::string>& parametri) {
+    const auto esito = nexaro::Esegui(
+        {LUMOSCAD_VB0001, parametri, {"NEXARO_RADICE=" + radice.Percorso()}, radice.Percorso(), 20s, 100000, 2000});
+    EXPECT_EQ(esito.fine, nexaro::FineProcesso::Uscito);
+    EXPECT_EQ(esito.stato, 0) << esito.errori;
+    return xml::Leggi(esito.uscita);
+  }
+
+  std::string Testo(const std::string& elemento, const std::string& contenuto,
+                    const std::vector<std::string>& parametri = Parametri()) {
+    prove::Scrivi(radice / "tmp/T01.dos", contenuto);
+    const auto risposta = Chiama(parametri);
+    EXPECT_EQ(risposta.nome, "RISPOSTA");
+    EXPECT_EQ(risposta.figli.size(), 1U);
+    EXPECT_EQ(risposta.figli.at(0).nome, elemento) << risposta.valore;
+    return risposta.figli.at(0).valore;
+  }
+  std::string Errore(const std::string& contenuto) { return Testo("ERRORE", contenuto); }
+
+  prove::CartellaProvvisoria radice;
+};
+
+TEST_F(RetroVB0001, TellsHowManyInstalmentsItTook) {
+  EXPECT_EQ(Testo("MESSAGGIO", riga), "Variata 1 scadenza");
+  EXPECT_EQ(Testo("MESSAGGIO", riga + soloData + soloBanca), "Variate 3 scadenze");
+}
+
+TEST_F(RetroVB0001, LogsEachCallOnOneLine) {
+  static_cast<void>(Testo("MESSAGGIO", soloBanca));
+  static_cast<void>(Testo("ERRORE", ""));
+  const std::string parametri = "11\t01\tCANALIZZAZIONE\tCREDITI\tT01\t/tmp/T01.dos\t\t\t\t\t\t\t";
+  EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
+            "ACCETTATA\tVariata 1 scadenza\t" + parametri +
+                "20100001,2026/13,,,,00000000,20260131,,60100001,#null#,1\\r\\n\n"
+                "RIFIUTATA\tIl file della richiesta è vuoto.\t" +
+                parametri + "\n");
+}
+
+TEST_F(RetroVB0001, NamesLineAndFieldOfAWrongFile) {
+  EXPECT_EQ(Errore(riga + "20100001,2026/12,,,,,20260231,20260228,,,1\r\n"),
+            "Riga 2, campo 7 (VecchiaScadenza): «20260231» è una data inesistente.");
+  EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,28/02/26,,,1\r\n"),
+            "Riga 1, campo 8 (NuovaScadenza): «28/02/26» non è una data di otto cifre.");
+  EXPECT_EQ(Errore(" ,2026/12,,,,,20260131,20260228,,,1\r\n"), "Riga 1, campo 1 (CodiceConto): « » manca.");
+  EXPECT_EQ(Errore("20100001,,,,,,20260131,20260228,,,1\r\n"), "Riga 1, campo 2 (NumeroPartita): «» manca.");
+  EXPECT_EQ(Errore("20100001,2026/12,26,,,,20260131,20260228,,,1\r\n"),
+            "Riga 1, campo 3 (Anno): «26» non è un anno di quattro cifre.");
+  EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,20260228,,60 1,1\r\n"),
+            "Riga 1, campo 10 (NuovaBanca): «60 1» non è un codice di banca.");
+  EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,20260228,,,uno\r\n"),
+            "Riga 1, campo 11 (NumeroRata): «uno» non è un numero di rata.");
+}
+
+TEST_F(RetroVB0001, RefusesLinesOfTheWrongShape) {
+  EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,20260228,,1\r\n"), "Riga 1: 10 campi invece di 11.");
+  EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,20260228,,,1,\r\n"), "Riga 1: 12 campi invece di 11.");
+  EXPECT_EQ(Errore(riga + riga.substr(0, riga.size() - 2) + "\n"), "Riga 2: non termina con CR LF.");
+  EXPECT_EQ(Errore(riga.substr(0, riga.size() - 2)), "Riga 1: non termina con CR LF.");
+  EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,,60100001,,1\r\n"),
+            "Riga 1: nessuna variazione, i campi 8 (NuovaScadenza) e 10 (NuovaBanca) sono vuoti.");
+}
+
+TEST_F(RetroVB0001, RefusesBlockedAccounts) {
+  const auto bloccata = "BLOCCATO" + riga.substr(8);
+  EXPECT_EQ(Errore(bloccata), "Riga 1, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
+  prove::Scrivi(radice / "conti_bloccati", "20100009\n20100001\n");
+  EXPECT_EQ(Errore(riga), "Riga 1, campo 1 (CodiceConto): «20100001» è un conto bloccato.");
+}
+
+TEST_F(RetroVB0001, RefusesAWrongParameterList) {
+  auto parametri = Parametri();
+  parametri.pop_back();
+  EXPECT_EQ(Testo("ERRORE", riga, parametri), "La richiesta CANALIZZAZIONE ha 10 parametri invece di 11.");
+  parametri = Parametri();
+  parametri[2] = "ALTRO";
+  EXPECT_EQ(Testo("ERRORE", riga, parametri), "Parametro 3: «ALTRO» non è CREDITI, DEBITI o PRESUNTI.");
+  parametri = Parametri();
+  parametri[0] = " ";
+  EXPECT_EQ(Testo("ERRORE", riga, parametri), "Parametro 1: manca.");
+  parametri = Parametri();
+  parametri[7] = "x";
+  EXPECT_EQ(Testo("ERRORE", riga, parametri), "Parametro 8: «x» dovrebbe essere vuoto.");
+  parametri = Parametri();
+  parametri[4] = "/tmp/T01";
+  EXPECT_THAT(Testo("ERRORE", riga, parametri), HasSubstr("non è il nome di un file di richiesta completo"));
+  parametri[4] = "/tmp/T02.dos";
+  EXPECT_EQ(Testo("ERRORE", riga, parametri), "Il file della richiesta «/tmp/T02.dos» non esiste.");
+}
+
+TEST_F(RetroVB0001, RefusesUnknownRequestsAndEscapesWhatItRepeats) {
+  EXPECT_EQ(Testo("ERRORE", riga, {"01", "<A&B>"}), "Richiesta sconosciuta: «<A&B>».");
+  EXPECT_EQ(Testo("ERRORE", riga, {}), "Richiesta sconosciuta: «».");
+}
+
+TEST_F(RetroVB0001, SaysOnStandardErrorThatItCannotWriteItsLog) {
+  std::filesystem::remove(radice / "registro");
+  const auto esito = nexaro::Esegui(
+      {LUMOSCAD_VB0001, {}, {"NEXARO_RADICE=" + radice.Percorso()}, radice.Percorso(), 20s, 100000, 2000});
+  EXPECT_EQ(esito.stato, 1);
+  EXPECT_EQ(esito.uscita, "");
+  EXPECT_THAT(esito.errori, HasSubstr("registro"));
+}
+
+} // namespace
+} // namespace lumoscad
