@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QIcon>
+#include <QRectF>
+
+#include <string_view>
+
+class QPainter;
+
+namespace lumoscad::qt {
+
+/// The pictures of a list window: the six of its image list and those of the two buttons.
+enum class IconaElenco { ChkOn, ChkOff, OptOn, OptOff, Sorted, SortedInverso, Unsorted, Conferma, Annulla };
+
+/// The key of a picture, "CHKON" for instance; both directions of the sorted indicator are "SORTED".
+[[nodiscard]] std::string_view Chiave(IconaElenco icona);
+/// Draws a picture in the largest centred square of `area`, sharp at any scale.
+void Disegna(QPainter& disegno, const QRectF& area, IconaElenco icona);
+/// The picture as an icon that is drawn anew for every size.
+[[nodiscard]] QIcon Icona(IconaElenco icona);
+
+} // namespace lumoscad::qt

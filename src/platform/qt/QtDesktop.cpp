@@ -1,0 +1,151 @@
+#include "platform/qt/QtDesktop.hpp"
+
+#include "platform/Errore.hpp"
+#include "platform/qt/AttesaQt.hpp"
+#include "platform/qt/FinestraElencoQt.hpp"
+#include "platform/qt/MessaggioQt.hpp"
+#include "platform/qt/Schermo.hpp"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QThread>
+
+#include <clocale>
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace lumoscad::qt {
+
+namespace {
+
+constexpr qint64 IntervalloEventi = 10; // milliseconds between two turns of the event loop
+
+/// Makes the process' QApplication. It is never destroyed: no moment before the end of the process is surely late
+/// enough, and at the very end Qt's own statics are already gone.
+void CreaApplicazione() {
+  static std::string piattaforma = ScegliPiattaforma();
+  static std::string nome = "LumoScad";
+  static std::string opzione = "-platform";
+  static char* argomenti[] = {nome.data(), opzione.data(), piattaforma.data(), nullptr};
+  static int quanti = piattaforma.empty() ? 1 : 3;
+  // Qt installs the user's locale; the decimal separator of the host program must not change under it.
+  const std::string numeri = std::setlocale(LC_NUMERIC, nullptr);
+  static_cast<void>(std::make_unique<QApplication>(quanti, argomenti).release());
+  std::setlocale(LC_NUMERIC, numeri.c_str());
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+}
+
+void AssicuraApplicazione() {
+  const QCoreApplication* applicazione = QCoreApplication::instance();
+  if (applicazione == nullptr) {
+    CreaApplicazione();
+    return;
+  }
+  if (qobject_cast<const QApplication*>(applicazione) == nullptr) {
+    throw ErroreRuntime(errori::Driver, "Il programma chiamante non può aprire finestre: la sua applicazione Qt è "
+                                        "senza interfaccia grafica.");
+  }
+  if (QThread::currentThread() != applicazione->thread()) {
+    throw ErroreRuntime(errori::Driver, "Le finestre si possono aprire solo dal thread dell'interfaccia grafica.");
+  }
+}
+
+/// While one of our windows is the only one, closing it must not end the calling program's event loop.
+class UscitaSospesa {
+ public:
+  UscitaSospesa() : precedente_(QGuiApplication::quitOnLastWindowClosed()) {
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+  }
+  UscitaSospesa(const UscitaSospesa&) = delete;
+  UscitaSospesa& operator=(const UscitaSospesa&) = delete;
+  ~UscitaSospesa() { QGuiApplication::setQuitOnLastWindowClosed(precedente_); }
+
+ private:
+  bool precedente_;
+};
+
+QWidget* Genitore() {
+  QWidget* modale = QApplication::activeModalWidget();
+  return modale != nullptr ? modale : QApplication::activeWindow();
+}
+
+class QtDesktop final : public Desktop {
+ public:
+  ~QtDesktop() override {
+    if (QCoreApplication::instance() != nullptr) {
+      Imposta(Puntatore::Predefinito);
+    }
+  }
+
+  void MostraBox(std::string_view testo, std::string_view titolo) override {
+    const UscitaSospesa sospesa;
+    MessaggioQt(testo, titolo, Genitore()).exec();
+  }
+
+  void ImpostaPuntatore(Puntatore puntatore) override {
+    Imposta(puntatore);
+    puntatoreCambiato_ = true;
+  }
+
+  void EventiInAttesa() override {
+    if (!std::exchange(puntatoreCambiato_, false) && giro_.isValid() && giro_.elapsed() < IntervalloEventi) {
+      return;
+    }
+    // The person's input waits: the calling program must not be entered again in the middle of a command.
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    giro_.start();
+  }
+
+  void MostraElenco(FinestraElenco& finestra) override {
+    std::exception_ptr errore;
+    {
+      const UscitaSospesa sospesa;
+      FinestraElencoQt elenco(finestra, Genitore());
+      errore = elenco.Mostra();
+    }
+    Rilancia(errore);
+  }
+
+  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override {
+    std::exception_ptr errore;
+    {
+      const UscitaSospesa sospesa;
+      AttesaQt attesa(testo, millisecondi, lavoro, Genitore());
+      errore = attesa.Mostra();
+    }
+    Rilancia(errore);
+  }
+
+ private:
+  static void Rilancia(const std::exception_ptr& errore) {
+    if (errore) {
+      std::rethrow_exception(errore);
+    }
+  }
+
+  void Imposta(Puntatore puntatore) {
+    const bool clessidra = puntatore == Puntatore::Clessidra;
+    if (clessidra == std::exchange(clessidra_, clessidra)) {
+      return;
+    }
+    if (clessidra) {
+      QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    } else {
+      QGuiApplication::restoreOverrideCursor();
+    }
+  }
+
+  bool clessidra_ = false;
+  bool puntatoreCambiato_ = false;
+  QElapsedTimer giro_;
+};
+
+} // namespace
+
+std::unique_ptr<Desktop> CreaDesktop() {
+  AssicuraApplicazione();
+  return std::make_unique<QtDesktop>();
+}
+
+} // namespace lumoscad::qt
