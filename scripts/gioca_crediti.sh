@@ -1,43 +1,44 @@
 #!/usr/bin/env bash
 # Plays the credits screen on the current display, with keys only: a new due date for two instalments, a new bank for
-# two others, a screenshot, confirmation. Usage: gioca_crediti.sh SCREENSHOT
+# two others, a screenshot of the window, confirmation, the host's message. Usage: gioca_crediti.sh SCREENSHOT PID
+# PID is the program whose windows are played: when it ends, there is nothing left to wait for.
 set -euo pipefail
 
 schermata=$1
-titolo=${TITOLO_FINESTRA:-LumoScad}
+programma=$2
 
-# Waits for a visible window of this title and puts the keyboard on it.
+# Waits for a visible window whose whole title is $1, gives it the keyboard and prints its number.
 aspetta_finestra() {
   local tentativo finestra
-  for ((tentativo = 0; tentativo < 300; tentativo++)); do
-    finestra=$(xdotool search --onlyvisible --name "$1" 2>/dev/null | tail -n 1 || true)
-    if [ -n "$finestra" ]; then
-      xdotool windowactivate --sync "$finestra" 2>/dev/null || true
+  for ((tentativo = 0; tentativo < 600; tentativo++)); do
+    finestra=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | tail -n 1 || true)
+    if [ -n "$finestra" ] && xdotool windowactivate --sync "$finestra" 2>/dev/null; then
       echo "$finestra"
       return 0
     fi
+    kill -0 "$programma" 2>/dev/null || break
     sleep 0.1
   done
-  echo "gioca: nessuna finestra \"$1\"" >&2
+  echo "gioca: la finestra \"$1\" non compare" >&2
   return 1
 }
 
-tasti() { xdotool key --delay 60 "$@"; }
+tasti() { xdotool key --delay 80 "$@"; }
 
-aspetta_finestra "$titolo" >/dev/null
+finestra=$(aspetta_finestra "LumoScad - Scadenze e banche")
 sleep 1
-# From the list back to the two fields at the top: date first, then bank.
+# From the list back to the two fields at the top: the date first, then the bank.
 tasti shift+Tab shift+Tab
-xdotool type --delay 60 "15/01/27"
+xdotool type --delay 80 "$(date -d '+60 days' +%d/%m/%y)"
 tasti Tab Down Down Tab
-# The list opens on the first row's date tick.
+# The list opens on the first row's date tick; the bank's is two columns to the right.
 tasti space Down Down space
 tasti Down Right Right space Down Down space
 sleep 0.5
-import -window root "$schermata"
+import -frame -window "$finestra" "$schermata"
 tasti ctrl+Return
-# Past the wait window comes the host's message.
-sleep 3
-aspetta_finestra "$titolo" >/dev/null
-import -window root "${schermata%.png}_messaggio.png"
+
+finestra=$(aspetta_finestra "LumoScad")
+sleep 0.5
+import -frame -window "$finestra" "${schermata%.png}_messaggio.png"
 tasti Return
