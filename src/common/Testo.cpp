@@ -46,6 +46,13 @@ std::vector<std::string> Dividi(std::string_view testo, char separatore) {
   }
 }
 
+const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice) {
+  if (indice >= lista.size()) {
+    throw ErroreRuntime(errori::IndiceNonValido, "Indice non incluso nell'intervallo: " + std::to_string(indice));
+  }
+  return lista[indice];
+}
+
 int Intero(std::string_view testo) {
   int valore = 0;
   const char* const fine = testo.data() + testo.size();

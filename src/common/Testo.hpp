@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,9 @@ inline constexpr std::string_view Nullo = "#null#";
 
 /// Splits `testo` on every single `separatore`; an empty text gives one empty piece.
 [[nodiscard]] std::vector<std::string> Dividi(std::string_view testo, char separatore);
+
+/// Element `indice` of a list. Raises error 9 when the list ends before it.
+[[nodiscard]] const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice);
 
 /// Reads a whole decimal number with an optional sign. Raises error 13 when `testo` is anything else.
 [[nodiscard]] int Intero(std::string_view testo);

@@ -1,13 +1,58 @@
+#include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
+#include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
+#include "platform/Errore.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
 
-std::string EseguiAzioneDB2([[maybe_unused]] const std::vector<std::string>& parametri, MsgAnnulla* msg) {
+std::string EseguiAzioneDB2(const std::vector<std::string>& parametri, MsgAnnulla* msg) {
   if (msg != nullptr && MaggioreDiSpazio(msg->Errore)) {
     return "error";
   }
+  MsgAnnulla nuovo;
+  MsgAnnulla& destinatario = msg != nullptr ? *msg : nuovo;
+  const std::string& azione = Elemento(parametri, 1);
+  if (azione == "SCRIVISCADENZE") {
+    return ScriviScadenzePartita(parametri, destinatario);
+  }
+  if (azione == "EXTRADEL") {
+    return CancellaMovimentoExtra(parametri, destinatario);
+  }
+  if (azione == "EXTRASCRIVISCAD") {
+    return ScriviScadenzeMovimento(parametri, destinatario);
+  }
+  if (azione == "PRESUNTOCREA" || azione == "PRESUNTOCANCELLA") {
+    return SospendiMovimento(parametri, azione == "PRESUNTOCREA" ? "S" : "N", destinatario);
+  }
+  if (azione == "SOSPESOCREA" || azione == "SOSPESOCANCELLA") {
+    return SospendiPartita(parametri, azione == "SOSPESOCREA" ? "S" : "N", destinatario);
+  }
   return "";
+}
+
+std::string TestDB2(std::string_view command) {
+  try {
+    const auto parametri = moduloDatabase::LeggiParametriDB2(command);
+    const auto connection = moduloDatabase::ApriConnessione(parametri);
+    const std::string tabella = parametri.Schema + ".ERRORE";
+    ado::Command comando =
+        moduloDatabase::CreaComando(*connection, "SELECT * FROM " + tabella + " WHERE " + "ERROREKEY=?");
+    comando.Parameters = {"100"};
+    moduloDatabase::Transazione transazione(*connection);
+    ado::Recordset righe;
+    righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {tabella, "ERROREKEY"});
+    if (righe.RecordCount() == 1) {
+      righe.Fields("FILEXML").SetValue("FILEccccc");
+      righe.Update();
+    }
+    transazione.Conferma();
+    return "";
+  } catch (...) {
+    const ErroreRuntime errore = ErroreCorrente();
+    MostraMessaggio(std::to_string(errore.Numero()) + "\r\n" + errore.Testo(), "testScrittura");
+    return "error";
+  }
 }
 
 } // namespace lumoscad::procedureLumoDB2

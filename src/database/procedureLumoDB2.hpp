@@ -39,9 +39,30 @@ struct FiltroScadenze {
 [[nodiscard]] std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni,
                                                  std::string_view parModalita, MsgAnnulla& msg);
 
+/// The procedures behind the reply actions. Each takes the request's list (company at index 0, action at 1), works in
+/// one transaction and returns "", or "error" with the message in `msg.Errore` when nothing was kept.
+/// `flag` is "S" to suspend and "N" to make active again.
+[[nodiscard]] std::string SospendiMovimento(const std::vector<std::string>& parametri, std::string_view flag,
+                                            MsgAnnulla& msg); ///< presumed document: 2 series, 3 year, 4 number
+[[nodiscard]] std::string SospendiPartita(const std::vector<std::string>& parametri, std::string_view flag,
+                                          MsgAnnulla& msg); ///< open item: 2 account, 3 item number
+[[nodiscard]] std::string CancellaMovimentoExtra(const std::vector<std::string>& parametri,
+                                                 MsgAnnulla& msg); ///< 2 series, 3 financial year, 4 number
+
+/// Move the due dates of an open item (2 account, 3 item number) or of an extra movement (2 series, 3 financial year,
+/// 4 number) by groups of three elements from index 5 on: a mark, the date to match and the new date, "yyyymmdd". An
+/// item's events are matched on their original due date, which stays; an extra movement's on the current one, and
+/// both dates move. A list that ends before index 5 changes nothing.
+[[nodiscard]] std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, MsgAnnulla& msg);
+[[nodiscard]] std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, MsgAnnulla& msg);
+
 /// Repeats in the database what the host did for a request. `parametri` is the request's list: the action's name
 /// stands at index 1. A reply with an `Errore` is answered "error" without touching the database; an action that
 /// has no database side does nothing and returns "".
 [[nodiscard]] std::string EseguiAzioneDB2(const std::vector<std::string>& parametri, MsgAnnulla* msg);
+
+/// Proves that the database of a command line can be reached and written: opens it and, where the error table has
+/// its test row, writes that row and keeps it. Returns "", or "error" after telling the person why.
+[[nodiscard]] std::string TestDB2(std::string_view command);
 
 } // namespace lumoscad::procedureLumoDB2

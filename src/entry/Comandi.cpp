@@ -1,5 +1,6 @@
 #include "entry/Comandi.hpp"
 
+#include "database/procedureLumoDB2.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "platform/Errore.hpp"
 
@@ -21,11 +22,16 @@ std::string Debiti(std::string_view comando) {
 
 const std::vector<Comando>& Comandi() {
   static const std::vector<Comando> comandi = {
-      {"TEST", "", NonDisponibile},           {"EXTRA", "/A", NonDisponibile},
-      {"SOSPESO", "/A", NonDisponibile},      {"SOSPESO", "/D", NonDisponibile},
-      {"PRESUNTO", "/A", NonDisponibile},     {"PRESUNTO", "/D", NonDisponibile},
-      {"BANCA", "/CREDITI", Crediti},         {"BANCA", "/DEBITI", Debiti},
-      {"BANCA", "/PRESUNTI", NonDisponibile}, {"CONSEGNA", "/PRESUNTI", NonDisponibile},
+      {"TEST", "", procedureLumoDB2::TestDB2},
+      {"EXTRA", "/A", ModuloMain::ComandoExtra},
+      {"SOSPESO", "/A", ModuloMain::ComandoSospendiPartita},
+      {"SOSPESO", "/D", ModuloMain::ComandoRiattivaPartita},
+      {"PRESUNTO", "/A", ModuloMain::ComandoSospendiPresunto},
+      {"PRESUNTO", "/D", ModuloMain::ComandoRiattivaPresunto},
+      {"BANCA", "/CREDITI", Crediti},
+      {"BANCA", "/DEBITI", Debiti},
+      {"BANCA", "/PRESUNTI", NonDisponibile},
+      {"CONSEGNA", "/PRESUNTI", NonDisponibile},
   };
   return comandi;
 }

@@ -11,4 +11,20 @@ namespace lumoscad::ModuloMain {
 /// another terminal holds the list. Any other failure is raised; the lock then stays taken.
 [[nodiscard]] std::string ComandoBanca(std::string_view comando, std::string_view tipo);
 
+/// Suspend an open item of an account, and make it active again. Return the reply actions' result, "error" after the
+/// person was told of a refusal; a link failure is raised. "-DEMO" on the line only shows the success message.
+[[nodiscard]] std::string ComandoSospendiPartita(std::string_view comando);
+[[nodiscard]] std::string ComandoRiattivaPartita(std::string_view comando);
+
+/// The same for a presumed document. Once one of these commands carried "-DEMO", all later ones are demonstrations.
+[[nodiscard]] std::string ComandoSospendiPresunto(std::string_view comando);
+[[nodiscard]] std::string ComandoRiattivaPresunto(std::string_view comando);
+
+/// Deletes the extra schedule of a movement, with results as above.
+[[nodiscard]] std::string ComandoExtra(std::string_view comando);
+
+/// Asks the host to delete the extra schedule of one movement and repeats it in the database.
+[[nodiscard]] std::string CancellaExtra(std::string_view azienda, std::string_view hostIP, std::string_view serie,
+                                        std::string_view esercizio, std::string_view numero);
+
 } // namespace lumoscad::ModuloMain

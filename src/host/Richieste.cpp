@@ -5,29 +5,16 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
 #include "host/ChiamataDiretta.hpp"
+#include "host/RigaRichiesta.hpp"
 #include "platform/Errore.hpp"
 #include "platform/FileLocale.hpp"
 #include "platform/Servizi.hpp"
 
 #include <functional>
-#include <initializer_list>
 #include <optional>
 
 namespace lumoscad {
 namespace {
-
-/// One line of a request file. The format has no quoting, so a field with a separator in it cannot be sent.
-std::string Riga(std::initializer_list<std::string> campi) {
-  std::string riga;
-  for (const std::string& campo : campi) {
-    if (campo.find_first_of(",\r\n") != std::string::npos) {
-      throw ErroreRuntime(errori::TipoNonCorrispondente,
-                          "Il valore \"" + campo + "\" contiene un separatore e non può essere inviato");
-    }
-    riga += (&campo == campi.begin() ? "" : ",") + campo;
-  }
-  return riga + "\r\n";
-}
 
 /// A date of a line; "#null#" means that there is none.
 std::string Data(const std::string& data) {
@@ -35,9 +22,9 @@ std::string Data(const std::string& data) {
 }
 
 std::string RigaCanalizzazione(const VariazioneCanalizzazione& v) {
-  return Riga({v.CodiceConto, v.NumeroPartita, v.Anno, v.Numero, v.Serie, Data(v.ScadenzaOriginale),
-               Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca, v.isBancaChanged ? v.NuovaBanca : "",
-               v.NumeroRata});
+  return RigaRichiesta({v.CodiceConto, v.NumeroPartita, v.Anno, v.Numero, v.Serie, Data(v.ScadenzaOriginale),
+                        Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca,
+                        v.isBancaChanged ? v.NuovaBanca : "", v.NumeroRata});
 }
 
 template <typename Azione> void IgnoraErrori(Azione azione) noexcept {

@@ -90,12 +90,13 @@ int seconds(const std::string& value) {
   return result;
 }
 
-/// A value as an ODBC connection string takes it: in braces where a character would end it or open braces.
+/// A value as an ODBC connection string takes it: in braces where a character would end it or open braces. "%" and
+/// "+" too want braces, because PostgreSQL's driver decodes a bare value as it would an address.
 std::string carried(const std::string& value, const char* name) {
   if (value.find('\0') != std::string::npos)
     malformed(name);
   const bool blankEnds = !value.empty() && (value.front() == ' ' || value.back() == ' ');
-  if (!blankEnds && value.find_first_of("[]{}(),;?*=!@") == std::string::npos)
+  if (!blankEnds && value.find_first_of("[]{}(),;?*=!@%+") == std::string::npos)
     return value;
   std::string braced = "{";
   for (const char c : value) {

@@ -1,0 +1,107 @@
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "database/ProceduraDB2.hpp"
+#include "database/db2Searches.hpp"
+#include "database/procedureLumoDB2.hpp"
+#include "platform/Errore.hpp"
+
+namespace lumoscad::procedureLumoDB2 {
+namespace {
+
+constexpr std::size_t PrimoGruppo = 5;
+constexpr std::size_t ElementiGruppo = 3;
+
+/// One group of a due-date list, with its dates as "YYYY-MM-DD".
+struct Spostamento {
+  std::string da;
+  std::string a;
+};
+
+std::vector<Spostamento> LeggiSpostamenti(const std::vector<std::string>& parametri) {
+  std::vector<Spostamento> spostamenti;
+  for (std::size_t inizio = PrimoGruppo; inizio < parametri.size(); inizio += ElementiGruppo) {
+    const std::string& da = Elemento(parametri, inizio + 1);
+    if (SenzaSpaziAiLati(da).empty()) {
+      break;
+    }
+    const std::string& a = Elemento(parametri, inizio + 2);
+    spostamenti.push_back({Utilities::DataIsoDaCompatta(da), Utilities::DataIsoDaCompatta(a)});
+    if (spostamenti.back().a.empty()) {
+      // Some databases would store the empty text that this date became.
+      throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida: " + a);
+    }
+  }
+  return spostamenti;
+}
+
+/// "YYYY-MM-DD" of a date field, without a time that the driver may add; empty for NULL.
+std::string DataDelCampo(ado::Recordset& righe, std::string_view nome) {
+  return std::string(righe.Fields(nome).Value().value_or("").substr(0, 10));
+}
+
+/// Opens the events of one key for editing and hands each to `applica`, in one transaction.
+template <typename Applica>
+void PerOgniEvento(ado::Connection& connection, std::string_view sql, std::int32_t chiave, Applica applica) {
+  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  comando.Parameters = {std::to_string(chiave)};
+  moduloDatabase::Transazione transazione(connection);
+  ado::Recordset righe;
+  righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
+  for (; !righe.Eof(); righe.MoveNext()) {
+    applica(righe);
+  }
+  transazione.Conferma();
+}
+
+} // namespace
+
+std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
+  if (parametri.size() <= PrimoGruppo) {
+    return "";
+  }
+  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
+    const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
+    const auto partita = db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
+    const auto spostamenti = LeggiSpostamenti(parametri);
+    PerOgniEvento(connection,
+                  "SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "
+                  "PARTITACONTABILEKEY=?",
+                  partita, [&](ado::Recordset& righe) {
+                    const std::string originale = DataDelCampo(righe, "DATASCADENZAORIGINALE");
+                    for (const Spostamento& spostamento : spostamenti) {
+                      if (!originale.empty() && spostamento.da == originale) {
+                        righe.Fields("DATASCADENZA").SetValue(spostamento.a);
+                        righe.Update();
+                      }
+                    }
+                  });
+  });
+}
+
+std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
+  if (parametri.size() <= PrimoGruppo) {
+    return "";
+  }
+  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
+    const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
+    const auto movimento = db2Searches::CercaMovimento(connection, std::to_string(azienda), "X", Elemento(parametri, 3),
+                                                       Elemento(parametri, 2), Elemento(parametri, 4));
+    const auto spostamenti = LeggiSpostamenti(parametri);
+    PerOgniEvento(connection,
+                  "SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "
+                  "MOVIMENTOKEY=?",
+                  movimento, [&](ado::Recordset& righe) {
+                    const std::string scadenza = DataDelCampo(righe, "DATASCADENZA");
+                    for (const Spostamento& spostamento : spostamenti) {
+                      if (!scadenza.empty() && spostamento.da == scadenza) {
+                        righe.Fields("DATASCADENZA").SetValue(spostamento.a);
+                        righe.Fields("DATASCADENZAORIGINALE").SetValue(spostamento.a);
+                        righe.Update();
+                        break;
+                      }
+                    }
+                  });
+  });
+}
+
+} // namespace lumoscad::procedureLumoDB2

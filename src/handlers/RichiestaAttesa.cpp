@@ -1,0 +1,28 @@
+#include "handlers/RichiestaAttesa.hpp"
+
+#include "common/Messaggi.hpp"
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "host/ChiamataDiretta.hpp"
+#include "host/FormAspetta.hpp"
+
+#include <memory>
+
+namespace lumoscad {
+
+std::string RichiestaAttesa(std::string_view hostIP, const std::vector<std::string>& parametri,
+                            const std::vector<std::string>& parametriDB2) {
+  const auto risposta = std::make_shared<MsgAnnulla>();
+  stato().Risposta = risposta;
+  std::string risultato = FormAspetta().Visualizza(hostIP, ProgrammaHost, parametri, parametriDB2, *risposta);
+  if (MaggioreDiSpazio(risposta->Errore)) {
+    risultato = "error";
+    MostraMessaggio(risposta->Errore, "");
+  }
+  if (MaggioreDiSpazio(risposta->Messaggio)) {
+    MostraMessaggio(risposta->Messaggio, "");
+  }
+  return risultato;
+}
+
+} // namespace lumoscad

@@ -1,0 +1,36 @@
+#include "host/FormAspetta.hpp"
+
+#include "common/Stato.hpp"
+#include "database/procedureLumoDB2.hpp"
+#include "platform/Servizi.hpp"
+
+namespace lumoscad {
+namespace {
+
+constexpr int IntervalloTimer = 200; // milliseconds
+
+} // namespace
+
+std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view A_NomeProg,
+                                    const std::vector<std::string>& parametri,
+                                    const std::vector<std::string>& parametriDB2, lumoscad::MsgAnnulla& A_MSGAnnulla) {
+  HostIP = A_HostIP;
+  NomeProg = A_NomeProg;
+  Parametri = parametri;
+  ParametriProcedureDB2 = parametriDB2;
+  MsgAnnulla = &A_MSGAnnulla;
+  risultato_.clear();
+  servizi().desktop().MostraAttesa("Attendere, sto variando il movimento", IntervalloTimer, [this] { Timer1_Timer(); });
+  return risultato_;
+}
+
+void FormAspetta::Timer1_Timer() {
+  // The running command's own address counts, not the copy that this window was given.
+  servizi().hostLink().EseguiProgramma(stato().HostIP, NomeProg, Parametri, MsgAnnulla->XMLParser);
+  risultato_ = procedureLumoDB2::EseguiAzioneDB2(ParametriProcedureDB2, MsgAnnulla);
+  if (!MsgAnnulla->Errore.empty()) {
+    risultato_ = "error";
+  }
+}
+
+} // namespace lumoscad

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace lumoscad {
+
+/// What the due-date request takes from one row of the credits/debits grid: the texts of its columns.
+struct RigaScadenze {
+  std::string conto;         ///< column 0
+  std::string partita;       ///< column 1
+  std::string scadenza;      ///< column 2, the present due date
+  std::string scadenzaOrig;  ///< column 3
+  std::string nuovaScadenza; ///< column 7; a row where it is blank is not sent
+};
+
+/// Sends the new due dates of a grid to the host as a "SCRIVISCADENZE" request and returns the reply actions' result;
+/// "" without a call when no row has a new due date. The database list holds 32 rows: one more is error 9. What fails
+/// is raised. The local file stays where it is.
+[[nodiscard]] std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe);
+
+} // namespace lumoscad

@@ -1,0 +1,19 @@
+#include "host/RigaRichiesta.hpp"
+
+#include "platform/Errore.hpp"
+
+namespace lumoscad {
+
+std::string RigaRichiesta(std::initializer_list<std::string> campi) {
+  std::string riga;
+  for (const std::string& campo : campi) {
+    if (campo.find_first_of(",\r\n") != std::string::npos) {
+      throw ErroreRuntime(errori::TipoNonCorrispondente,
+                          "Il valore \"" + campo + "\" contiene un separatore e non può essere inviato");
+    }
+    riga += (&campo == campi.begin() ? "" : ",") + campo;
+  }
+  return riga + "\r\n";
+}
+
+} // namespace lumoscad
