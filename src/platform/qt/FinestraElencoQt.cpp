@@ -3,6 +3,7 @@
 #include "platform/qt/Aspetto.hpp"
 #include "platform/qt/Testi.hpp"
 
+#include <QAbstractItemView>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFocusEvent>
@@ -40,10 +41,10 @@ QString QuanteRighe(int righe) {
                     : QLocale(QLocale::Italian, QLocale::Italy).toString(righe) + QStringLiteral(" righe");
 }
 
-/// True when the focus only moved to a popup or to another window: the field has not been left.
-bool RestaNelCampo(const QFocusEvent& evento) {
-  return evento.reason() == Qt::PopupFocusReason || evento.reason() == Qt::ActiveWindowFocusReason ||
-         evento.reason() == Qt::MenuBarFocusReason;
+/// True when the focus only moved to the field's own list or to another window: the field has not been left.
+bool RestaNelCampo(const QComboBox& campo, const QFocusEvent& evento) {
+  return campo.view()->isVisible() || evento.reason() == Qt::PopupFocusReason ||
+         evento.reason() == Qt::ActiveWindowFocusReason || evento.reason() == Qt::MenuBarFocusReason;
 }
 
 } // namespace
@@ -337,7 +338,7 @@ bool FinestraElencoQt::eventFilter(QObject* oggetto, QEvent* evento) {
     return !(tasto.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && TastoInEditor(oggetto, tasto.key());
   }
   if (oggetto == parti_.cmbBanche2 && tipo == QEvent::FocusOut &&
-      !RestaNelCampo(static_cast<const QFocusEvent&>(*evento))) {
+      !RestaNelCampo(*parti_.cmbBanche2, static_cast<const QFocusEvent&>(*evento))) {
     Gesto([this] { Chiama(finestra_.perdeFuocoBancaCella); });
   }
   if (oggetto == parti_.TextScadenza && tipo == QEvent::MouseButtonPress) {

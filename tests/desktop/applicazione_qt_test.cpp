@@ -1,0 +1,96 @@
+#include "platform/Errore.hpp"
+#include "platform/qt/QtDesktop.hpp"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QDialog>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+
+namespace lumoscad::qt {
+namespace {
+
+/// Puts an environment variable in place for a scope.
+class Variabile {
+ public:
+  Variabile(const char* nome, const char* valore)
+      : nome_(nome), prima_(qgetenv(nome)), cera_(qEnvironmentVariableIsSet(nome)) {
+    valore == nullptr ? qunsetenv(nome) : qputenv(nome, valore);
+  }
+  Variabile(const Variabile&) = delete;
+  Variabile& operator=(const Variabile&) = delete;
+  ~Variabile() { cera_ ? qputenv(nome_, prima_) : qunsetenv(nome_); }
+
+ private:
+  const char* nome_;
+  QByteArray prima_;
+  bool cera_;
+};
+
+void AttendiSenzaSchermo() {
+  try {
+    static_cast<void>(CreaDesktop());
+    FAIL() << "a desktop without a display";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), errori::Driver);
+    EXPECT_NE(errore.Descrizione().find("schermo"), std::string::npos);
+  }
+  EXPECT_EQ(QCoreApplication::instance(), nullptr);
+}
+
+TEST(Applicazione, WithoutADisplayAnErrorComesInsteadOfTheEndOfTheProcess) {
+  const Variabile piattaforma("QT_QPA_PLATFORM", nullptr);
+  const Variabile x11("DISPLAY", nullptr);
+  const Variabile wayland("WAYLAND_DISPLAY", nullptr);
+  AttendiSenzaSchermo();
+}
+
+TEST(Applicazione, ADisplayThatNobodyServesIsNoDisplay) {
+  const Variabile piattaforma("QT_QPA_PLATFORM", "xcb");
+  const Variabile x11("DISPLAY", ":4711");
+  AttendiSenzaSchermo();
+  const Variabile predefinita("QT_QPA_PLATFORM", nullptr);
+  const Variabile wayland("WAYLAND_DISPLAY", "nessuno-0");
+  AttendiSenzaSchermo();
+}
+
+TEST(Applicazione, ACallingProgramWithoutWindowsIsRefused) {
+  int quanti = 1;
+  char nome[] = "prova";
+  char* argomenti[] = {nome, nullptr};
+  const QCoreApplication applicazione(quanti, argomenti);
+  try {
+    static_cast<void>(CreaDesktop());
+    FAIL() << "a desktop without a graphical application";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), errori::Driver);
+    EXPECT_NE(errore.Descrizione().find("interfaccia grafica"), std::string::npos);
+  }
+}
+
+TEST(Applicazione, WithoutOneTheDesktopMakesItsOwnAndKeepsIt) {
+  const Variabile piattaforma("QT_QPA_PLATFORM", "offscreen");
+  ASSERT_EQ(QCoreApplication::instance(), nullptr);
+  const std::string numeri = std::setlocale(LC_NUMERIC, nullptr);
+  {
+    const auto desktop = CreaDesktop();
+    ASSERT_NE(qobject_cast<QApplication*>(QCoreApplication::instance()), nullptr);
+    bool vista = false;
+    QTimer::singleShot(20, qApp, [&vista] {
+      vista = QApplication::activeModalWidget() != nullptr;
+      qobject_cast<QDialog*>(QApplication::activeModalWidget())->accept();
+    });
+    desktop->MostraBox("Buongiorno", "LumoScad");
+    EXPECT_TRUE(vista);
+  }
+  EXPECT_EQ(std::setlocale(LC_NUMERIC, nullptr), numeri);
+  const QCoreApplication* prima = QCoreApplication::instance();
+  const auto ancora = CreaDesktop();
+  EXPECT_EQ(QCoreApplication::instance(), prima);
+}
+
+} // namespace
+} // namespace lumoscad::qt

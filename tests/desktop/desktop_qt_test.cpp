@@ -1,0 +1,233 @@
+#include "FinestraFinta.hpp"
+
+#include "platform/Errore.hpp"
+#include "platform/qt/QtDesktop.hpp"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace lumoscad::prova {
+namespace {
+
+/// Runs `copione` on the modal window that is shown next.
+void SullaFinestra(const std::function<void(QDialog&)>& copione) {
+  QTimer::singleShot(20, qApp, [copione] {
+    auto* dialogo = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialogo, nullptr);
+    copione(*dialogo);
+  });
+}
+
+TEST(Desktop, ABoxShowsPlainTextWithItsLineBreaksAndOnlyOk) {
+  const auto desktop = qt::CreaDesktop();
+  bool vista = false;
+  SullaFinestra([&](QDialog& box) {
+    vista = true;
+    EXPECT_EQ(box.objectName(), "MostraMessaggio");
+    EXPECT_EQ(box.windowTitle(), "LumoScad");
+    auto& testo = Trova<QLabel>(box, "lblMessaggio");
+    EXPECT_EQ(testo.text(), "ERRORE: 9\nuna riga\nun'altra <b>qui</b> è così");
+    EXPECT_EQ(testo.textFormat(), Qt::PlainText);
+    EXPECT_EQ(box.findChildren<QPushButton*>().size(), 1);
+    EXPECT_EQ(box.findChildren<QPushButton*>().first()->text(), "OK");
+    QTest::keyClick(&box, Qt::Key_Return);
+  });
+  desktop->MostraBox("ERRORE: 9\r\nuna riga\run'altra <b>qui</b> è così", "LumoScad");
+  EXPECT_TRUE(vista);
+}
+
+TEST(Desktop, ALongTextScrollsAndLeavesOkOnTheScreen) {
+  const auto desktop = qt::CreaDesktop();
+  SullaFinestra([](QDialog& box) {
+    EXPECT_TRUE(Trova<QPlainTextEdit>(box, "lblMessaggio").isReadOnly());
+    EXPECT_LE(box.height(), box.screen()->availableSize().height());
+    QTest::mouseClick(&Trova<QPushButton>(box, "PulsanteOk"), Qt::LeftButton);
+  });
+  std::string lungo;
+  for (int riga = 0; riga < 400; ++riga) {
+    lungo += "riga " + std::to_string(riga) + "\r";
+  }
+  desktop->MostraBox(lungo, "LumoScad");
+}
+
+TEST(Desktop, TheHourglassIsOneLevelHoweverOftenItIsSet) {
+  const auto desktop = qt::CreaDesktop();
+  desktop->ImpostaPuntatore(Puntatore::Clessidra);
+  desktop->ImpostaPuntatore(Puntatore::Clessidra);
+  ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  desktop->ImpostaPuntatore(Puntatore::Predefinito);
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+  desktop->ImpostaPuntatore(Puntatore::Predefinito);
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST(Desktop, ThePointerOfTheCallingProgramComesBack) {
+  QGuiApplication::setOverrideCursor(Qt::CrossCursor);
+  {
+    const auto desktop = qt::CreaDesktop();
+    desktop->ImpostaPuntatore(Puntatore::Clessidra);
+  }
+  ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
+  QGuiApplication::restoreOverrideCursor();
+}
+
+TEST(Desktop, PendingEventsRunAndAMillionCallsStayCheap) {
+  const auto desktop = qt::CreaDesktop();
+  bool arrivato = false;
+  QTimer::singleShot(0, qApp, [&arrivato] { arrivato = true; });
+  QElapsedTimer orologio;
+  orologio.start();
+  for (int riga = 0; riga < 1'000'000; ++riga) {
+    desktop->EventiInAttesa();
+  }
+  EXPECT_TRUE(arrivato);
+  EXPECT_LT(orologio.elapsed(), 1000);
+}
+
+TEST(Desktop, AListIsShownUntilTheScreenUnloadsItself) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(5);
+  SullaFinestra([](QDialog& finestra) { QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton); });
+  desktop->MostraElenco(finta.finestra);
+  EXPECT_EQ(finta.gesti.back(), "conferma");
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST(Desktop, AnEmptyListCanBeShownAndClosed) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(0);
+  SullaFinestra([](QDialog& finestra) {
+    auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
+    for (const Qt::Key tasto : {Qt::Key_Down, Qt::Key_End, Qt::Key_Space, Qt::Key_Return, Qt::Key_7, Qt::Key_Escape}) {
+      QTest::keyClick(&lista, tasto);
+    }
+  });
+  desktop->MostraElenco(finta.finestra);
+  EXPECT_EQ(finta.gesti, std::vector<std::string>{"annulla"});
+}
+
+TEST(Desktop, WhatAGestureThrowsLeavesTheCallAfterTheWindowIsGone) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(5);
+  finta.finestra.conferma = [] { throw ErroreRuntime(errori::ChiaveDuplicata, "La chiave è già presente."); };
+  SullaFinestra([](QDialog& finestra) { QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton); });
+  try {
+    desktop->MostraElenco(finta.finestra);
+    FAIL() << "no error came out";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), errori::ChiaveDuplicata);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  }
+}
+
+TEST(Desktop, ACellThatCannotBeReadClosesTheListAndReportsTheError) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(5);
+  finta.finestra.testo = [](std::size_t, int) -> std::string_view { throw ErroreRuntime(51, "Cella illeggibile."); };
+  EXPECT_THROW(desktop->MostraElenco(finta.finestra), ErroreRuntime);
+}
+
+TEST(Desktop, ABoxInsideAGestureKeepsTheEditorUntilItIsAnswered) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(30);
+  const auto tasto = finta.finestra.tastoEditor;
+  finta.finestra.tastoEditor = [&](int codice) {
+    SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
+    desktop->MostraBox("Mese errato: 13", "LumoScad");
+    tasto(codice);
+  };
+  Esegui(finta, [&](QDialog& finestra) {
+    auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
+    QTest::keyClick(&lista, Qt::Key_Right);
+    QTest::keyClick(&lista, Qt::Key_F2);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(Trova<QWidget>(finestra, "FrameScad").isVisible());
+    EXPECT_EQ(finta.stato.selezionata, 1);
+    EXPECT_EQ(finestra.focusWidget(), &lista);
+  });
+}
+
+TEST(Desktop, ABoxShownByTheBankChoiceDoesNotCloseTheBankEditorTwice) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(30);
+  finta.finestra.scegliBancaCella = [&](int) {
+    SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
+    desktop->MostraBox("Banca", "LumoScad");
+  };
+  Esegui(finta, [&](QDialog& finestra) {
+    auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
+    for (int passo = 0; passo < 3; ++passo) {
+      QTest::keyClick(&lista, Qt::Key_Right);
+    }
+    QTest::keyClick(&lista, Qt::Key_F2);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    EXPECT_TRUE(Trova<QWidget>(finestra, "cmbBanche2").isVisible());
+  });
+}
+
+TEST(Desktop, TheWaitWindowRunsItsWorkOnceAndCannotBeClosed) {
+  const auto desktop = qt::CreaDesktop();
+  int volte = 0;
+  QTimer::singleShot(30, qApp, [] {
+    auto* attesa = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(attesa, nullptr);
+    EXPECT_EQ(attesa->objectName(), "FormAspetta");
+    QTest::keyClick(attesa, Qt::Key_Escape);
+    attesa->close();
+    EXPECT_TRUE(attesa->isVisible());
+    EXPECT_EQ(Trova<QLabel>(*attesa, "lblAttesa").text(), "Attendere, sto variando il movimento");
+    EXPECT_NE(attesa->findChild<QTimer*>("Timer1"), nullptr);
+  });
+  QElapsedTimer orologio;
+  orologio.start();
+  desktop->MostraAttesa("Attendere, sto variando il movimento", 200, [&] {
+    ++volte;
+    ASSERT_NE(QApplication::activeModalWidget(), nullptr);
+    ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+    QTest::qWait(250);
+  });
+  EXPECT_GE(orologio.elapsed(), 400);
+  EXPECT_EQ(volte, 1);
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST(Desktop, WhatTheWaitedWorkThrowsComesOut) {
+  const auto desktop = qt::CreaDesktop();
+  EXPECT_THROW(desktop->MostraAttesa("Attendere", 1, [] { throw ErroreRuntime(51, "x"); }), ErroreRuntime);
+  EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST(Desktop, TheCallingProgramsLoopSurvivesTheLastOfOurWindows) {
+  ASSERT_TRUE(QGuiApplication::quitOnLastWindowClosed());
+  const auto desktop = qt::CreaDesktop();
+  bool finita = false;
+  bool dopo = false;
+  QEventLoop ciclo;
+  QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp, [&finita] { finita = true; });
+  QTimer::singleShot(0, qApp, [&] {
+    SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
+    desktop->MostraBox("Fatto", "LumoScad");
+    QTimer::singleShot(50, qApp, [&] {
+      dopo = true;
+      ciclo.quit();
+    });
+  });
+  ciclo.exec();
+  EXPECT_TRUE(dopo);
+  EXPECT_FALSE(finita);
+  EXPECT_TRUE(QGuiApplication::quitOnLastWindowClosed());
+}
+
+} // namespace
+} // namespace lumoscad::prova

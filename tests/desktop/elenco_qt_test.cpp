@@ -1,0 +1,452 @@
+#include "FinestraFinta.hpp"
+
+#include "platform/qt/FinestraElencoQt.hpp"
+#include "platform/qt/TestateElenco.hpp"
+
+#include <QAbstractItemModelTester>
+#include <QApplication>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTableView>
+#include <QTest>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace lumoscad::prova {
+namespace {
+
+using testing::ElementsAre;
+
+QTableView& Lista(QDialog& finestra) {
+  return Trova<QTableView>(finestra, "LVScadenzeBanche");
+}
+
+QPoint Centro(QTableView& lista, int riga, int colonna) {
+  return lista.visualRect(lista.model()->index(riga, colonna)).center();
+}
+
+void Clicca(QTableView& lista, int riga, int colonna) {
+  QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, Centro(lista, riga, colonna));
+}
+
+bool Visibile(QDialog& finestra, const char* nome) {
+  return Trova<QWidget>(finestra, nome).isVisible();
+}
+
+TEST(FinestraElenco, EveryControlCarriesItsOwnName) {
+  FinestraFinta finta(30);
+  Esegui(finta, [](QDialog& finestra) {
+    EXPECT_EQ(finestra.objectName(), "frmLumoScadenzeBanche");
+    for (const char* nome : {"picScadenzeBanche",
+                             "LVScadenzeBanche",
+                             "TLwTestata_1",
+                             "PTestata_1",
+                             "TLwTestata_4",
+                             "PTestata_4",
+                             "TLwTestataQuadratino",
+                             "FrameScad",
+                             "TextScad",
+                             "FrameBanca",
+                             "cmbBanche2",
+                             "FrameNuovaScadenza",
+                             "lblScadenza",
+                             "TextScadenza",
+                             "FrameNuovaBanca",
+                             "lblBanche",
+                             "cmbBanche",
+                             "lblClienteFornitore",
+                             "lblClienteFornitoreValue",
+                             "FrameRigaScadenza",
+                             "FrameRigaBanca",
+                             "RigaScura",
+                             "RigaSepara",
+                             "FrameSeparatore",
+                             "PicScrollVerticale",
+                             "PicScrollOrizzontale",
+                             "FrameOkAnnulla",
+                             "PictureOk",
+                             "PictureAnnulla",
+                             "KNuovaScadenza",
+                             "KNuovaBanca"}) {
+      EXPECT_NE(finestra.findChild<QWidget*>(nome), nullptr) << nome;
+    }
+    EXPECT_FALSE(Visibile(finestra, "lblClienteFornitore"));
+    EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+    EXPECT_TRUE(Lista(finestra).isColumnHidden(8));
+  });
+}
+
+TEST(FinestraElenco, StartsOnTheFirstRowAndTheFirstCellThatDoesSomething) {
+  FinestraFinta finta(3);
+  Esegui(finta, [&](QDialog& finestra) {
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+    EXPECT_EQ(Lista(finestra).currentIndex().row(), 0);
+    EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaSpuntaData);
+    EXPECT_THAT(finta.gesti, ElementsAre("seleziona 0"));
+  });
+}
+
+TEST(FinestraElenco, AClickSelectsPressesAndClicksInThisOrder) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    finta.gesti.clear();
+    Clicca(Lista(finestra), 4, FinestraFinta::ColonnaSpuntaData);
+    EXPECT_THAT(finta.gesti, ElementsAre("seleziona 4", "premeMouse", "clic 960"));
+    EXPECT_GE(finta.ultimaX, finta.Inizio(FinestraFinta::ColonnaSpuntaData));
+    EXPECT_LT(finta.ultimaX, finta.Inizio(FinestraFinta::ColonnaSpuntaData + 1));
+    EXPECT_TRUE(finta.spunte.count({4, FinestraFinta::ColonnaSpuntaData}));
+    Clicca(Lista(finestra), 4, FinestraFinta::ColonnaSpuntaData);
+    EXPECT_TRUE(finta.spunte.empty());
+  });
+}
+
+TEST(FinestraElenco, AStretchedOrScrolledColumnIsStillHitAtItsNominalPlace) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    for (const int larghezza : {700, 1180, 1600}) {
+      finestra.resize(larghezza, 600);
+      QTableView& lista = Lista(finestra);
+      for (const int colonna : {0, 3, 5, 6, 9}) {
+        lista.scrollTo(lista.model()->index(0, colonna));
+        Clicca(lista, 0, colonna);
+        EXPECT_GE(finta.ultimaX, finta.Inizio(colonna)) << larghezza;
+        EXPECT_LT(finta.ultimaX, finta.Inizio(colonna + 1)) << larghezza;
+      }
+    }
+  });
+}
+
+TEST(FinestraElenco, AClickBelowTheRowsKeepsTheSelection) {
+  FinestraFinta finta(2);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, 0);
+    finta.gesti.clear();
+    QTest::mouseClick(Lista(finestra).viewport(), Qt::LeftButton, {}, QPoint(40, 24 * 4));
+    EXPECT_THAT(finta.gesti, ElementsAre("premeMouse", "clic 240"));
+    EXPECT_EQ(Lista(finestra).currentIndex().row(), 1);
+  });
+}
+
+TEST(FinestraElenco, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    for (const int larghezza : {600, 1500}) {
+      finestra.resize(larghezza, 600);
+      QCoreApplication::processEvents();
+      lista.horizontalScrollBar()->setValue(lista.horizontalScrollBar()->maximum() / 2);
+      for (const TestataElenco& testata : finta.finestra.testate) {
+        auto& widget = Trova<QWidget>(finestra, ("TLwTestata_" + std::to_string(testata.indice)).c_str());
+        const QPoint sinistra = lista.viewport()->mapFromGlobal(widget.mapToGlobal(QPoint(0, 0)));
+        EXPECT_EQ(sinistra.x(), lista.columnViewportPosition(testata.prima)) << testata.testo;
+        EXPECT_EQ(widget.width(), lista.columnWidth(testata.prima)) << testata.testo;
+      }
+    }
+  });
+}
+
+TEST(FinestraElenco, AHeadingClickReloadsTheRowsAndShowsTheIndicator) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    const QAbstractItemModelTester controllo(Lista(finestra).model());
+    auto& conto = Trova<QWidget>(finestra, "TLwTestata_1");
+    Clicca(Lista(finestra), 3, 0);
+    QTest::mouseClick(&conto, Qt::LeftButton);
+    EXPECT_EQ(Trova<QWidget>(finestra, "PTestata_1").property("immagine"), "SORTED");
+    QTest::mouseClick(&conto, Qt::LeftButton);
+    EXPECT_EQ(finta.Volte("clicTestata 1"), 2);
+    EXPECT_EQ(Trova<QWidget>(finestra, "PTestata_2").property("immagine"), "UNSORTED");
+    EXPECT_EQ(Lista(finestra).model()->index(0, 1).data(), "129");
+    EXPECT_EQ(Lista(finestra).currentIndex().row(), 3);
+    QTest::keyClick(&Lista(finestra), Qt::Key_5, Qt::ControlModifier);
+    EXPECT_EQ(finta.Volte("clicTestata 5"), 1);
+  });
+}
+
+TEST(FinestraElenco, ArrowsHomeEndAndPagesMoveTheSelection) {
+  FinestraFinta finta(100);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    QTest::keyClick(&lista, Qt::Key_Down);
+    QTest::keyClick(&lista, Qt::Key_Right);
+    EXPECT_EQ(finta.stato.selezionata, 1);
+    EXPECT_EQ(lista.currentIndex().column(), FinestraFinta::ColonnaData);
+    QTest::keyClick(&lista, Qt::Key_End);
+    EXPECT_EQ(finta.stato.selezionata, 99);
+    QTest::keyClick(&lista, Qt::Key_PageUp);
+    EXPECT_LT(finta.stato.selezionata, 99);
+    QTest::keyClick(&lista, Qt::Key_Home);
+    EXPECT_EQ(finta.stato.selezionata, 0);
+    EXPECT_EQ(lista.currentIndex().column(), FinestraFinta::ColonnaData);
+  });
+}
+
+TEST(FinestraElenco, SpaceTicksAndEnterOrF2OpensTheEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    QTest::keyClick(&lista, Qt::Key_Space);
+    EXPECT_TRUE(finta.spunte.count({0, FinestraFinta::ColonnaSpuntaData}));
+    QTest::keyClick(&lista, Qt::Key_Right);
+    QTest::keyClick(&lista, Qt::Key_Space);
+    EXPECT_FALSE(finta.stato.data.visibile);
+    QTest::keyClick(&lista, Qt::Key_F2);
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(Visibile(finestra, "TextScad"));
+    QTest::keyClick(&lista, Qt::Key_Return);
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+  });
+}
+
+TEST(FinestraElenco, TheDateEditorLiesOverItsCellAndHasTheFocus) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Clicca(lista, 5, FinestraFinta::ColonnaData);
+    auto& cornice = Trova<QWidget>(finestra, "FrameScad");
+    ASSERT_TRUE(cornice.isVisible());
+    EXPECT_TRUE(Trova<QWidget>(finestra, "TextScad").hasFocus());
+    const QRect cella = lista.visualRect(lista.model()->index(5, FinestraFinta::ColonnaData));
+    EXPECT_EQ(lista.viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
+    EXPECT_EQ(cornice.size(), cella.size());
+    EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "06/01/2006");
+  });
+}
+
+TEST(FinestraElenco, EnterWritesTheTypedDateAndGoesToTheNextRow) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 5, FinestraFinta::ColonnaData);
+    QTest::keyClicks(QApplication::focusWidget(), "050307");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(finta.nuovaData, "050307");
+    EXPECT_EQ(finta.Volte("tastoEditor 13"), 1);
+    EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+    EXPECT_EQ(finta.stato.selezionata, 6);
+    EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaData);
+  });
+}
+
+TEST(FinestraElenco, TabWritesTheDateAndGoesToTheNextEditableCell) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 5, FinestraFinta::ColonnaData);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Delete);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(finta.nuovaData, "");
+    EXPECT_EQ(finta.Volte("tastoEditor 9"), 1);
+    EXPECT_EQ(finta.stato.selezionata, 5);
+    EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaBanca);
+  });
+}
+
+TEST(FinestraElenco, ADigitOnADateCellOpensTheEditorWithIt) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTest::keyClick(&Lista(finestra), Qt::Key_Right);
+    QTest::keyClick(&Lista(finestra), Qt::Key_3);
+    EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "3");
+    QTest::keyClicks(QApplication::focusWidget(), "10306");
+    EXPECT_EQ(finta.stato.data.testo, "310306");
+  });
+}
+
+TEST(FinestraElenco, AnOpenEditorCoversTheScrollBarsAndStopsTheWheel) {
+  FinestraFinta finta(100);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Clicca(lista, 2, FinestraFinta::ColonnaData);
+    EXPECT_TRUE(Visibile(finestra, "PicScrollVerticale"));
+    const QPointF centro = lista.viewport()->rect().center();
+    QWheelEvent rotella(centro, lista.viewport()->mapToGlobal(centro), {}, {0, -480}, {}, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(lista.viewport(), &rotella);
+    EXPECT_EQ(lista.verticalScrollBar()->value(), 0);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(Visibile(finestra, "PicScrollVerticale"));
+    QWheelEvent ancora(centro, lista.viewport()->mapToGlobal(centro), {}, {0, -480}, {}, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(lista.viewport(), &ancora);
+    EXPECT_GT(lista.verticalScrollBar()->value(), 0);
+  });
+}
+
+TEST(FinestraElenco, TheBankEditorOpensClosedOnItsEntryAndClosesWhenItLosesTheFocus) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+    auto& combo = Trova<QComboBox>(finestra, "cmbBanche2");
+    ASSERT_TRUE(combo.isVisible());
+    EXPECT_TRUE(combo.hasFocus());
+    EXPECT_EQ(combo.currentIndex(), 2);
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    QTest::keyClick(&combo, Qt::Key_Down);
+    EXPECT_EQ(finta.Volte("scegliBancaCella 3"), 1);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    QTest::keyClick(&combo, Qt::Key_Return);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 1);
+    EXPECT_FALSE(combo.isVisible());
+    EXPECT_EQ(finta.stato.selezionata, 2);
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+  });
+}
+
+TEST(FinestraElenco, OpeningTheBankListDoesNotCountAsLeavingTheEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+    auto& combo = Trova<QComboBox>(finestra, "cmbBanche2");
+    combo.showPopup();
+    QTest::qWait(50);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    combo.hidePopup();
+    QTest::qWait(50);
+    EXPECT_TRUE(combo.isVisible());
+  });
+}
+
+TEST(FinestraElenco, EscInAnEditorAbandonsItAndAppliesNothing) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(finta.Volte("abbandonaEditor"), 1);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    EXPECT_FALSE(Visibile(finestra, "FrameBanca"));
+    EXPECT_TRUE(finestra.isVisible());
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+  });
+}
+
+TEST(FinestraElenco, AClickInAnotherCellClosesTheEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaData);
+    Clicca(Lista(finestra), 8, 0);
+    EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+    Clicca(Lista(finestra), 2, FinestraFinta::ColonnaData);
+    Clicca(Lista(finestra), 9, FinestraFinta::ColonnaData);
+    const QRect cella = Lista(finestra).visualRect(Lista(finestra).model()->index(9, FinestraFinta::ColonnaData));
+    auto& cornice = Trova<QWidget>(finestra, "FrameScad");
+    EXPECT_EQ(Lista(finestra).viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
+  });
+}
+
+TEST(FinestraElenco, FreeAreasReportAClickOutside) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    int attesi = 0;
+    for (const char* nome : {"FrameRigaScadenza", "FrameRigaBanca", "RigaScura"}) {
+      auto& zona = Trova<QWidget>(finestra, nome);
+      QTest::mouseClick(&zona, Qt::LeftButton, {}, QPoint(zona.width() - 5, 1));
+      EXPECT_EQ(finta.Volte("clicFuori"), ++attesi) << nome;
+    }
+    QTest::mouseClick(&finestra, Qt::LeftButton, {}, QPoint(3, 3));
+    EXPECT_EQ(finta.Volte("clicFuori"), ++attesi);
+    QTest::mouseClick(&Trova<QWidget>(finestra, "TLwTestata_4"), Qt::LeftButton);
+    EXPECT_EQ(finta.Volte("clicFuori"), attesi);
+  });
+}
+
+TEST(FinestraElenco, TheTopFieldsReportClicksTextsAndChoices) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    auto& data = Trova<QLineEdit>(finestra, "TextScadenza");
+    QTest::mouseClick(&data, Qt::LeftButton);
+    QTest::keyClicks(&data, "1/2/06");
+    EXPECT_EQ(finta.Volte("clicScadenza"), 1);
+    EXPECT_EQ(finta.stato.testoScadenza, "1/2/06");
+    QTest::keyClick(&data, Qt::Key_Tab);
+    auto& banca = Trova<QComboBox>(finestra, "cmbBanche");
+    EXPECT_TRUE(banca.hasFocus());
+    QTest::keyClick(&banca, Qt::Key_Down);
+    EXPECT_EQ(finta.Volte("scegliBanca 1"), 1);
+    QTest::keyClick(&banca, Qt::Key_Tab);
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+    QTest::keyClick(&Lista(finestra), Qt::Key_Tab);
+    EXPECT_TRUE(Trova<QWidget>(finestra, "PictureOk").hasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_TRUE(Trova<QWidget>(finestra, "PictureAnnulla").hasFocus());
+  });
+}
+
+TEST(FinestraElenco, ANormalisedDateOfTheScreenIsShownInTheTopField) {
+  FinestraFinta finta(30);
+  const auto clic = finta.finestra.clic;
+  finta.finestra.clic = [&](int alto) {
+    clic(alto);
+    finta.stato.testoScadenza = "01/02/2006";
+  };
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 0, FinestraFinta::ColonnaSpuntaData);
+    EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScadenza").text(), "01/02/2006");
+  });
+}
+
+/// An access key shows the button pressed for a moment before it counts.
+void ConTastoDiScelta(QDialog& finestra, Qt::Key tasto) {
+  QTest::keyClick(&finestra, tasto, Qt::AltModifier);
+  EXPECT_TRUE(QTest::qWaitFor([&finestra] { return !finestra.isVisible(); }));
+}
+
+TEST(FinestraElenco, TheButtonsAndTheirKeysConfirmAndCancel) {
+  const auto risultato = [](const std::function<void(QDialog&)>& copione) {
+    FinestraFinta finta(3);
+    Esegui(finta, copione);
+    return finta.gesti.back();
+  };
+  EXPECT_EQ(risultato([](QDialog& f) { QTest::mouseClick(&Trova<QWidget>(f, "PictureOk"), Qt::LeftButton); }),
+            "conferma");
+  EXPECT_EQ(risultato([](QDialog& f) { QTest::mouseClick(&Trova<QWidget>(f, "PictureAnnulla"), Qt::LeftButton); }),
+            "annulla");
+  EXPECT_EQ(risultato([](QDialog& f) { ConTastoDiScelta(f, Qt::Key_C); }), "conferma");
+  EXPECT_EQ(risultato([](QDialog& f) { QTest::keyClick(&f, Qt::Key_Return, Qt::ControlModifier); }), "conferma");
+  EXPECT_EQ(risultato([](QDialog& f) { ConTastoDiScelta(f, Qt::Key_A); }), "annulla");
+  EXPECT_EQ(risultato([](QDialog& f) { QTest::keyClick(&Lista(f), Qt::Key_Escape); }), "annulla");
+  EXPECT_EQ(risultato([](QDialog& f) { f.close(); }), "chiudi");
+}
+
+TEST(FinestraElenco, GesturesThatArriveInsideAGestureAreDropped) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    finta.allaConferma = [&] { Clicca(Lista(finestra), 3, FinestraFinta::ColonnaSpuntaData); };
+    finta.gesti.clear();
+    QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton);
+    EXPECT_THAT(finta.gesti, ElementsAre("conferma"));
+    EXPECT_FALSE(finestra.isVisible());
+  });
+}
+
+TEST(FinestraElenco, AMillionRowsMoveSortAndEditWithoutAPause) {
+  FinestraFinta finta(1'000'000);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    QElapsedTimer orologio;
+    const auto misura = [&](const char* che, const std::function<void()>& gesto) {
+      orologio.start();
+      gesto();
+      QCoreApplication::processEvents();
+      EXPECT_LT(orologio.elapsed(), 100) << che;
+    };
+    misura("tick", [&] { QTest::keyClick(&lista, Qt::Key_Space); });
+    misura("end", [&] { QTest::keyClick(&lista, Qt::Key_End); });
+    misura("sort", [&] { QTest::keyClick(&lista, Qt::Key_1, Qt::ControlModifier); });
+    misura("page", [&] { QTest::keyClick(&lista, Qt::Key_PageUp); });
+    misura("edit", [&] {
+      QTest::keyClick(&lista, Qt::Key_Right);
+      QTest::keyClick(&lista, Qt::Key_F2);
+    });
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+    misura("write", [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); });
+    misura("home", [&] { QTest::keyClick(&lista, Qt::Key_Home); });
+    EXPECT_LT(finta.letture, 20'000U);
+  });
+}
+
+} // namespace
+} // namespace lumoscad::prova
