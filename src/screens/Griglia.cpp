@@ -302,6 +302,10 @@ void Griglia::cmbBanche2_Click(int indice) {
 }
 
 void Griglia::cmbBanche2_LostFocus() {
+  // The editor also loses the focus when it was closed for the date editor, which keeps the scroll bars covered.
+  if (!stato_.banca.visibile) {
+    return;
+  }
   TogliBanca();
   RimettiBarrette();
 }
