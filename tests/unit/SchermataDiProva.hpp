@@ -1,0 +1,67 @@
+#pragma once
+
+#include "screens/frmLumoScadenzeBanche.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// The credits/debits screen with rows put in by hand, without a database: what a person's gestures do to it.
+class GrigliaDiProva : public testing::Test {
+ protected:
+  using Schermata = frmLumoScadenzeBanche;
+
+  /// Adds a row; its bank has the code "B06" where `banca` is given.
+  std::size_t Aggiungi(const std::string& conto, const std::string& scadenza = "31/03/2006",
+                       const std::string& banca = "") {
+    const std::string ordina =
+        scadenza.empty() ? "" : scadenza.substr(6) + "/" + scadenza.substr(3, 2) + "/" + scadenza.substr(0, 2);
+    const auto riga = griglia.Righe.Aggiungi(
+        {conto, "2006 1", scadenza, "31/01/2006", banca, "100,00", "", scadenza, "1", "", banca, ordina});
+    griglia.Righe.ImpostaTag(riga, Schermata::Conto, "C" + std::to_string(riga));
+    griglia.Righe.ImpostaTag(riga, Schermata::Banca, banca.empty() ? "" : "B06");
+    return riga;
+  }
+  void AggiungiMolte(int quante) {
+    for (int i = 0; i < quante; ++i) {
+      Aggiungi("CLIENTE " + std::to_string(1000 + i));
+    }
+    griglia.Resize();
+  }
+
+  [[nodiscard]] static int Mezzo(int colonna) {
+    constexpr std::array<int, 12> mezzi = {1700, 4000, 5500, 7000, 9000, 11000, 12500, 13000, -1, 14400, 15000, -1};
+    return mezzi[static_cast<std::size_t>(colonna)];
+  }
+  /// Selects the row and clicks its cell.
+  void Clic(std::size_t riga, int colonna) {
+    griglia.Seleziona(static_cast<std::ptrdiff_t>(griglia.Righe.PostoDellaRiga(riga)));
+    griglia.LVScadenze_MouseDown(Mezzo(colonna), 5);
+    griglia.LVScadenze_Click(240);
+  }
+  void ScriviData(std::size_t riga, std::string_view testo) {
+    Clic(riga, Schermata::NuovaScadenza);
+    griglia.TextScad_Change(testo);
+  }
+  [[nodiscard]] std::string NuovaScadenza(std::size_t riga) const {
+    return std::string(griglia.Righe.Testo(riga, Schermata::NuovaScadenza));
+  }
+  [[nodiscard]] std::vector<std::string> InOrdine(int colonna = Schermata::Conto) const {
+    std::vector<std::string> testi;
+    for (std::size_t posto = 0; posto < griglia.Righe.Quante(); ++posto) {
+      testi.emplace_back(griglia.Righe.Testo(griglia.Righe.RigaAlPosto(posto), colonna));
+    }
+    return testi;
+  }
+
+  Banco banco;
+  frmLumoScadenzeBanche schermata;
+  Griglia& griglia = schermata.griglia();
+};
+
+} // namespace lumoscad::prova

@@ -1,0 +1,367 @@
+#include "SchermataDiProva.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int Tab = 9;
+constexpr int Invio = 13;
+constexpr int TestataConto = 1;
+
+class DateEditor : public prova::GrigliaDiProva {};
+class BankEditor : public prova::GrigliaDiProva {};
+class Ticks : public prova::GrigliaDiProva {};
+
+TEST_F(DateEditor, OpensOverTheCellWithTheNewDate) {
+  const auto riga = Aggiungi("ROSSI");
+  griglia.Resize();
+  griglia.Righe.ImpostaTesto(riga, Schermata::NuovaScadenza, "01/04/2006");
+  Clic(riga, Schermata::NuovaScadenza);
+  const EditorCella& editor = griglia.Stato().data;
+  EXPECT_TRUE(editor.visibile);
+  EXPECT_EQ(editor.testo, "01/04/2006");
+  EXPECT_EQ(editor.alto, 30 + 30 + 240);
+  EXPECT_EQ(editor.sinistra, 30 + 30 + 12720);
+  EXPECT_EQ(editor.larghezza, 1500 - 60);
+}
+
+TEST_F(DateEditor, WritesTheNormalisedDateOnEnterIntoThatRowOnly) {
+  AggiungiMolte(3);
+  ScriviData(1, "010406");
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_THAT(InOrdine(Schermata::NuovaScadenza), ElementsAre("31/03/2006", "01/04/2006", "31/03/2006"));
+  EXPECT_THAT(InOrdine(Schermata::Scadenza), ElementsAre("31/03/2006", "31/03/2006", "31/03/2006"));
+}
+
+TEST_F(DateEditor, WritesOnTab) {
+  AggiungiMolte(1);
+  ScriviData(0, " 01042006 ");
+  griglia.TextScad_KeyPress(Tab);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(DateEditor, StaysOpenOnEveryOtherKey) {
+  AggiungiMolte(1);
+  ScriviData(0, "0104");
+  for (const int tasto : {48, 8, 10, 27, 32}) {
+    griglia.TextScad_KeyPress(tasto);
+    EXPECT_TRUE(griglia.Stato().data.visibile);
+  }
+  EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
+}
+
+TEST_F(DateEditor, FindsItsRowAgainAfterTheListWasSorted) {
+  AggiungiMolte(3);
+  ScriviData(0, "010406");
+  griglia.TLwTestata_Click(TestataConto);
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_THAT(InOrdine(), ElementsAre("CLIENTE 1002", "CLIENTE 1001", "CLIENTE 1000"));
+  EXPECT_THAT(InOrdine(Schermata::NuovaScadenza), ElementsAre("31/03/2006", "31/03/2006", "01/04/2006"));
+}
+
+TEST_F(DateEditor, WritesIntoItsOwnRowWhenAnotherHasTheSameKey) {
+  const auto prima = Aggiungi("ROSSI");
+  const auto seconda = Aggiungi("ROSSI");
+  griglia.Resize();
+  ASSERT_EQ(griglia.ChiaveRiga(prima), griglia.ChiaveRiga(seconda));
+  ScriviData(seconda, "010406");
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_EQ(NuovaScadenza(prima), "31/03/2006");
+  EXPECT_EQ(NuovaScadenza(seconda), "01/04/2006");
+}
+
+TEST_F(DateEditor, WritesIntoTheFirstRowWithTheKeyWhenItsOwnLostIt) {
+  const auto prima = Aggiungi("ROSSI");
+  const auto seconda = Aggiungi("ROSSI");
+  griglia.Resize();
+  ScriviData(seconda, "010406");
+  griglia.Righe.ImpostaTesto(seconda, Schermata::Partita, "altra");
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_EQ(NuovaScadenza(prima), "01/04/2006");
+  EXPECT_EQ(NuovaScadenza(seconda), "31/03/2006");
+}
+
+TEST_F(DateEditor, WritesNowhereWhenNoRowHasTheKey) {
+  const auto riga = Aggiungi("ROSSI");
+  griglia.Resize();
+  ScriviData(riga, "010406");
+  griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_EQ(NuovaScadenza(riga), "31/03/2006");
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+}
+
+TEST_F(DateEditor, RestoresThePresentDateWhenEmptied) {
+  AggiungiMolte(1);
+  for (const char* vuoto : {"", " ", "   "}) {
+    griglia.Righe.ImpostaTesto(0, Schermata::NuovaScadenza, "01/04/2006");
+    ScriviData(0, vuoto);
+    griglia.TextScad_KeyPress(Tab);
+    EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
+  }
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(DateEditor, LeavesTheCellBlankAfterARefusedDate) {
+  AggiungiMolte(1);
+  ScriviData(0, "31/13/06");
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_EQ(NuovaScadenza(0), " ");
+  ASSERT_EQ(banco.desktop.box.size(), 1U);
+  EXPECT_THAT(banco.desktop.box[0], testing::HasSubstr("Mese errato: 31/13/06"));
+}
+
+TEST_F(DateEditor, DoesNotTickTheRow) {
+  AggiungiMolte(1);
+  ScriviData(0, "010406");
+  griglia.TextScad_KeyPress(Invio);
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+}
+
+TEST_F(DateEditor, CommitsOneRowWhenAnotherIsOpened) {
+  AggiungiMolte(2);
+  ScriviData(0, "010406");
+  Clic(1, Schermata::NuovaScadenza);
+  EXPECT_TRUE(griglia.Stato().data.visibile);
+  EXPECT_EQ(griglia.Stato().data.testo, "31/03/2006");
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(DateEditor, WritesNothingWhenAbandoned) {
+  AggiungiMolte(21);
+  ScriviData(0, "010406");
+  griglia.AbbandonaEditor();
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
+}
+
+TEST_F(DateEditor, ClosesTwiceWithoutHarm) {
+  AggiungiMolte(1);
+  ScriviData(0, "010406");
+  griglia.TogliScadenza();
+  griglia.TextScad_Change("020406");
+  griglia.TogliScadenza();
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(DateEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
+  AggiungiMolte(20);
+  Clic(0, Schermata::NuovaScadenza);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  griglia.TextScad_KeyPress(Invio);
+  Aggiungi("ROSSI");
+  Clic(0, Schermata::NuovaScadenza);
+  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+}
+
+TEST_F(DateEditor, UncoversTheScrollBarsWhenClosedByKey) {
+  AggiungiMolte(21);
+  for (const int tasto : {Tab, Invio}) {
+    Clic(0, Schermata::NuovaScadenza);
+    ASSERT_TRUE(griglia.Stato().barretteNascoste);
+    griglia.TextScad_KeyPress(tasto);
+    EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  }
+}
+
+TEST_F(BankEditor, OpensOverTheCellOnTheEntryOfTheNewBank) {
+  griglia.cmbBanche2 = {" ", "BANCA ALFA", "BANCA BETA"};
+  const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA BETA");
+  griglia.Resize();
+  Clic(riga, Schermata::NuovaBanca);
+  const EditorCella& editor = griglia.Stato().banca;
+  EXPECT_TRUE(editor.visibile);
+  EXPECT_EQ(editor.indice, 2);
+  EXPECT_EQ(editor.alto, 30 + 30 + 240);
+  EXPECT_EQ(editor.sinistra, 30 + 30 + 14640);
+  EXPECT_EQ(editor.larghezza, 2700 - 60);
+}
+
+TEST_F(BankEditor, OpensOnTheBlankEntryForABankThatIsNotOffered) {
+  griglia.cmbBanche2 = {" ", "BANCA ALFA"};
+  const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA CHIUSA");
+  griglia.Resize();
+  Clic(riga, Schermata::NuovaBanca);
+  EXPECT_EQ(griglia.Stato().banca.indice, 0);
+}
+
+TEST_F(BankEditor, TakesThePlaceOfTheDateEditorAndCommitsIt) {
+  griglia.cmbBanche2 = {" "};
+  AggiungiMolte(1);
+  ScriviData(0, "010406");
+  Clic(0, Schermata::NuovaBanca);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_TRUE(griglia.Stato().banca.visibile);
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(BankEditor, GivesWayToTheDateEditor) {
+  griglia.cmbBanche2 = {" "};
+  AggiungiMolte(1);
+  Clic(0, Schermata::NuovaBanca);
+  Clic(0, Schermata::NuovaScadenza);
+  EXPECT_TRUE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().banca.visibile);
+}
+
+TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
+  griglia.cmbBanche2 = {" "};
+  AggiungiMolte(22);
+  Clic(4, Schermata::NuovaBanca);
+  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+  griglia.cmbBanche2_LostFocus();
+  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_TRUE(griglia.Righe.Spuntata(4, 1));
+  EXPECT_FALSE(griglia.Righe.Spuntata(4, 0));
+  EXPECT_FALSE(griglia.Righe.Spuntata(3, 1));
+}
+
+TEST_F(BankEditor, ThatIsAlreadyGoneDoesNotUncoverTheScrollBarsOfTheDateEditor) {
+  griglia.cmbBanche2 = {" "};
+  AggiungiMolte(21);
+  Clic(0, Schermata::NuovaBanca);
+  Clic(0, Schermata::NuovaScadenza);
+  griglia.cmbBanche2_LostFocus();
+  EXPECT_TRUE(griglia.Stato().data.visibile);
+  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+}
+
+TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
+  griglia.cmbBanche2 = {" "};
+  AggiungiMolte(3);
+  Clic(0, Schermata::NuovaBanca);
+  griglia.TLwTestata_Click(TestataConto);
+  griglia.cmbBanche2_LostFocus();
+  EXPECT_TRUE(griglia.Righe.Spuntata(0, 1));
+  EXPECT_FALSE(griglia.Righe.Spuntata(2, 1));
+}
+
+TEST_F(BankEditor, WithAnEmptyTextChangesNothing) {
+  griglia.cmbBanche2 = {""};
+  AggiungiMolte(1);
+  Clic(0, Schermata::NuovaBanca);
+  griglia.cmbBanche2_LostFocus();
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 1));
+}
+
+TEST_F(BankEditor, WritesNothingWhenAbandoned) {
+  griglia.cmbBanche2 = {" "};
+  const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
+  griglia.Resize();
+  Clic(riga, Schermata::NuovaBanca);
+  griglia.AbbandonaEditor();
+  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_FALSE(griglia.Righe.Spuntata(riga, 1));
+  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
+}
+
+TEST_F(Ticks, OfTheDateCopyTheTopDateNormalised) {
+  AggiungiMolte(2);
+  griglia.TextScadenza_Change("010406");
+  Clic(0, Schermata::Radio1);
+  EXPECT_TRUE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+  EXPECT_EQ(griglia.Stato().testoScadenza, "01/04/2006");
+  EXPECT_FALSE(griglia.Righe.Spuntata(1, 0));
+  EXPECT_EQ(NuovaScadenza(1), "31/03/2006");
+}
+
+TEST_F(Ticks, OfTheDateChangeNothingWithAnEmptyTopField) {
+  AggiungiMolte(1);
+  for (const char* vuoto : {"", " ", "   "}) {
+    griglia.TextScadenza_Change(vuoto);
+    Clic(0, Schermata::Radio1);
+    EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+    EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
+    EXPECT_EQ(griglia.Stato().testoScadenza, vuoto);
+  }
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(Ticks, OfTheDateAreNeverSetByARefusedTopDate) {
+  AggiungiMolte(1);
+  griglia.TextScadenza_Change("31/13/06");
+  Clic(0, Schermata::Radio1);
+  EXPECT_EQ(banco.desktop.box.size(), 1U);
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
+}
+
+TEST_F(Ticks, OfTheDateClickedTwiceLeaveTheRowUntouched) {
+  AggiungiMolte(1);
+  griglia.TextScadenza_Change("010406");
+  Clic(0, Schermata::Radio1);
+  Clic(0, Schermata::Radio1);
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
+}
+
+TEST_F(Ticks, OfTheBankClickedTwiceLeaveTheRowUntouched) {
+  const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
+  griglia.Resize();
+  Clic(riga, Schermata::Radio2);
+  EXPECT_TRUE(griglia.Righe.Spuntata(riga, 1));
+  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_EQ(griglia.Righe.Tag(riga, Schermata::NuovaBanca), "#null#");
+  Clic(riga, Schermata::Radio2);
+  EXPECT_FALSE(griglia.Righe.Spuntata(riga, 1));
+  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
+  EXPECT_EQ(griglia.Righe.Tag(riga, Schermata::NuovaBanca), "");
+}
+
+TEST_F(Ticks, ActOnTheSelectedRowAlone) {
+  AggiungiMolte(2);
+  Clic(1, Schermata::Radio2);
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 1));
+  EXPECT_TRUE(griglia.Righe.Spuntata(1, 1));
+}
+
+TEST_F(Ticks, OfOneKindAreClearedOnEveryRow) {
+  AggiungiMolte(3);
+  for (std::size_t riga = 0; riga < 3; ++riga) {
+    griglia.ImpostaSpunta(riga, "RADIO1", true);
+    griglia.ImpostaSpunta(riga, "RADIO2", true);
+  }
+  griglia.DeselezionaTutto("RADIO1");
+  for (std::size_t riga = 0; riga < 3; ++riga) {
+    EXPECT_FALSE(griglia.Righe.Spuntata(riga, 0));
+    EXPECT_TRUE(griglia.Righe.Spuntata(riga, 1));
+  }
+}
+
+TEST_F(Ticks, OfTheDateAreClearedByAClickInTheTopDateWhichLeavesTheNewDates) {
+  AggiungiMolte(2);
+  griglia.TextScadenza_Change("010406");
+  Clic(0, Schermata::Radio1);
+  Clic(1, Schermata::Radio2);
+  ScriviData(1, "020406");
+  griglia.TextScadenza_Click();
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_TRUE(griglia.Righe.Spuntata(1, 1));
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+  EXPECT_EQ(NuovaScadenza(1), "02/04/2006");
+}
+
+TEST_F(Ticks, OfTheBankAreClearedByAChoiceInTheTopBankWhichCommitsTheEditors) {
+  AggiungiMolte(2);
+  griglia.TextScadenza_Change("010406");
+  Clic(0, Schermata::Radio1);
+  Clic(1, Schermata::Radio2);
+  ScriviData(1, "020406");
+  griglia.cmbBanche_Click(1);
+  EXPECT_EQ(griglia.Stato().indiceBanca, 1);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_EQ(NuovaScadenza(1), "02/04/2006");
+  EXPECT_TRUE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_FALSE(griglia.Righe.Spuntata(1, 1));
+}
+
+} // namespace
+} // namespace lumoscad

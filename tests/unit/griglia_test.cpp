@@ -1,0 +1,307 @@
+#include "SchermataDiProva.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int TestataConto = 1;
+constexpr int TestataPartita = 2;
+constexpr int TestataScadOrig = 3;
+constexpr int TestataImporto = 4;
+constexpr int TestataScadenza = 5;
+constexpr int TestataBanca = 6;
+
+class GridLayout : public prova::GrigliaDiProva {};
+class GridSort : public prova::GrigliaDiProva {};
+class GridClick : public prova::GrigliaDiProva {};
+class GridWindow : public prova::GrigliaDiProva {};
+
+TEST_F(GridLayout, MakesTheListAsWideAsItsColumnsAndFifty) {
+  AggiungiMolte(1);
+  EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 + 50);
+}
+
+TEST_F(GridLayout, MakesTheListAsHighAsItsRowsBelowTwenty) {
+  AggiungiMolte(19);
+  EXPECT_EQ(griglia.Stato().altezzaLista, 19 * 240);
+}
+
+TEST_F(GridLayout, NeverMakesTheListHigherThanTwentyRows) {
+  AggiungiMolte(20);
+  EXPECT_EQ(griglia.Stato().altezzaLista, 4800);
+  AggiungiMolte(1);
+  EXPECT_EQ(griglia.Stato().altezzaLista, 4800);
+}
+
+TEST_F(GridLayout, MakesAnEmptyListFlat) {
+  griglia.Resize();
+  EXPECT_EQ(griglia.Stato().altezzaLista, 0);
+  EXPECT_EQ(griglia.Stato().selezionata, -1);
+}
+
+TEST_F(GridLayout, PlacesEachHeadingBehindTheOneBefore) {
+  AggiungiMolte(1);
+  std::vector<std::string> testi;
+  int fine = 0;
+  banco.desktop.copioni.emplace_back([&](FinestraElenco& finestra) {
+    for (const TestataElenco& testata : finestra.testate) {
+      testi.push_back(testata.testo);
+      EXPECT_EQ(testata.sinistra, fine);
+      EXPECT_EQ(testata.larghezza, finestra.colonne[static_cast<std::size_t>(testata.prima)].larghezza);
+      fine = testata.sinistra + testata.larghezza;
+    }
+  });
+  griglia.Mostra();
+  EXPECT_THAT(testi, ElementsAre("Conto", "Partita", "Scadenza", "Scad Orig.", "Banca", "Importo"));
+  EXPECT_EQ(fine, 12300);
+}
+
+TEST_F(GridLayout, FindsTheColumnUnderAPosition) {
+  EXPECT_EQ(griglia.TrovaCoordinate(0), Schermata::Conto);
+  EXPECT_EQ(griglia.TrovaCoordinate(3449), Schermata::Conto);
+  EXPECT_EQ(griglia.TrovaCoordinate(3450), Schermata::Partita);
+  EXPECT_EQ(griglia.TrovaCoordinate(12300), Schermata::Radio1);
+  EXPECT_EQ(griglia.TrovaCoordinate(12720), Schermata::NuovaScadenza);
+}
+
+TEST_F(GridLayout, NeverFindsAHiddenColumn) {
+  EXPECT_EQ(griglia.TrovaCoordinate(14219), Schermata::NuovaScadenza);
+  EXPECT_EQ(griglia.TrovaCoordinate(14220), Schermata::Radio2);
+  EXPECT_EQ(griglia.TrovaCoordinate(17339), Schermata::NuovaBanca);
+}
+
+TEST_F(GridLayout, FindsOnePastTheLastColumnRightOfThemAll) {
+  EXPECT_EQ(griglia.TrovaCoordinate(17340), Schermata::Colonne);
+  EXPECT_EQ(griglia.TrovaCoordinate(99999), Schermata::Colonne);
+}
+
+TEST_F(GridLayout, JoinsTheFirstFiveTextsToTheRowKey) {
+  const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
+  EXPECT_EQ(griglia.ChiaveRiga(riga), "ROSSI2006 131/03/200631/01/2006BANCA ALFA");
+}
+
+TEST_F(GridLayout, FindsABankByItsExactText) {
+  const std::vector<std::string> voci = {" ", "BANCA ALFA", "BANCA BETA", "BANCA ALFA"};
+  EXPECT_EQ(Griglia::TrovaRigaBanca(voci, "BANCA BETA"), 2);
+  EXPECT_EQ(Griglia::TrovaRigaBanca(voci, "BANCA ALFA"), 1);
+}
+
+TEST_F(GridLayout, FindsTheBlankEntryForATextThatMatchesNone) {
+  const std::vector<std::string> voci = {" ", "BANCA ALFA"};
+  EXPECT_EQ(Griglia::TrovaRigaBanca(voci, "banca alfa"), 0);
+  EXPECT_EQ(Griglia::TrovaRigaBanca(voci, "BANCA ALFA "), 0);
+  EXPECT_EQ(Griglia::TrovaRigaBanca(voci, ""), 0);
+}
+
+TEST_F(GridSort, StartsByTheFirstColumnAscending) {
+  Aggiungi("VERDI");
+  Aggiungi("BIANCHI");
+  griglia.Resize();
+  EXPECT_THAT(InOrdine(), ElementsAre("BIANCHI", "VERDI"));
+  EXPECT_EQ(griglia.Stato().testataOrdinata, TestataConto);
+  EXPECT_TRUE(griglia.Stato().crescente);
+}
+
+TEST_F(GridSort, ByDueDateFollowsTime) {
+  Aggiungi("A", "02/04/2006");
+  Aggiungi("B", "31/03/2006");
+  Aggiungi("C", "15/12/2005");
+  griglia.Resize();
+  griglia.TLwTestata_Click(TestataScadenza);
+  EXPECT_THAT(InOrdine(Schermata::Scadenza), ElementsAre("15/12/2005", "31/03/2006", "02/04/2006"));
+  EXPECT_EQ(griglia.Stato().testataOrdinata, TestataScadenza);
+}
+
+TEST_F(GridSort, ByBankFollowsTheNewBank) {
+  const auto alfa = Aggiungi("A", "31/03/2006", "ALFA");
+  Aggiungi("B", "31/03/2006", "BETA");
+  griglia.Resize();
+  griglia.Righe.ImpostaTesto(alfa, Schermata::NuovaBanca, "ZETA");
+  griglia.TLwTestata_Click(TestataBanca);
+  EXPECT_THAT(InOrdine(), ElementsAre("B", "A"));
+}
+
+TEST_F(GridSort, OfTheSameHeadingTwiceReverses) {
+  Aggiungi("A");
+  Aggiungi("B");
+  griglia.Resize();
+  griglia.TLwTestata_Click(TestataScadenza);
+  griglia.TLwTestata_Click(TestataScadenza);
+  EXPECT_FALSE(griglia.Stato().crescente);
+  griglia.TLwTestata_Click(TestataScadenza);
+  EXPECT_TRUE(griglia.Stato().crescente);
+}
+
+TEST_F(GridSort, OfTheFirstHeadingReversesAtOnceBecauseTheListStartsSortedByIt) {
+  Aggiungi("A");
+  Aggiungi("B");
+  griglia.Resize();
+  griglia.TLwTestata_Click(TestataConto);
+  EXPECT_THAT(InOrdine(), ElementsAre("B", "A"));
+  EXPECT_FALSE(griglia.Stato().crescente);
+}
+
+TEST_F(GridSort, OfAnotherHeadingStartsAscendingAgain) {
+  Aggiungi("A");
+  griglia.Resize();
+  griglia.TLwTestata_Click(TestataConto);
+  griglia.TLwTestata_Click(TestataPartita);
+  EXPECT_TRUE(griglia.Stato().crescente);
+  EXPECT_EQ(griglia.Stato().testataOrdinata, TestataPartita);
+}
+
+TEST_F(GridSort, IgnoresTheHeadingsThatDoNotSort) {
+  Aggiungi("A");
+  Aggiungi("B");
+  griglia.Resize();
+  griglia.TLwTestata_Click(TestataConto);
+  const auto prima = griglia.Stato().ordine;
+  for (const int testata : {TestataScadOrig, TestataImporto, 0, 7}) {
+    griglia.TLwTestata_Click(testata);
+    EXPECT_EQ(griglia.Stato().ordine, prima);
+    EXPECT_EQ(griglia.Stato().testataOrdinata, TestataConto);
+    EXPECT_THAT(InOrdine(), ElementsAre("B", "A"));
+  }
+}
+
+TEST_F(GridSort, KeepsTheSelectedRowSelected) {
+  const auto riga = Aggiungi("A");
+  Aggiungi("B");
+  griglia.Resize();
+  griglia.Seleziona(0);
+  griglia.TLwTestata_Click(TestataConto);
+  EXPECT_EQ(griglia.Stato().selezionata, 1);
+  EXPECT_EQ(griglia.RigaSelezionata(), riga);
+}
+
+TEST_F(GridClick, WithoutASelectedRowDoesNothing) {
+  AggiungiMolte(2);
+  griglia.Seleziona(-1);
+  const auto prima = griglia.Stato().contenuto;
+  for (const int colonna : {Schermata::Radio2, Schermata::NuovaScadenza, Schermata::NuovaBanca}) {
+    griglia.LVScadenze_MouseDown(Mezzo(colonna), 5);
+    griglia.LVScadenze_Click(0);
+  }
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_EQ(griglia.Stato().contenuto, prima);
+}
+
+TEST_F(GridClick, SelectsNothingForAPlaceOutsideTheList) {
+  AggiungiMolte(2);
+  griglia.Seleziona(2);
+  EXPECT_EQ(griglia.RigaSelezionata(), std::nullopt);
+}
+
+TEST_F(GridClick, ThatComesWithACheckIsSkippedOnce) {
+  AggiungiMolte(2);
+  griglia.LVScadenze_ItemCheck(1);
+  EXPECT_EQ(griglia.Stato().selezionata, 1);
+  griglia.LVScadenze_MouseDown(Mezzo(Schermata::NuovaScadenza), 5);
+  griglia.LVScadenze_Click(240);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  griglia.LVScadenze_Click(240);
+  EXPECT_TRUE(griglia.Stato().data.visibile);
+}
+
+TEST_F(GridClick, OnAPlainColumnClosesBothEditorsAndUncoversTheScrollBars) {
+  AggiungiMolte(21);
+  for (const int colonna : {Schermata::Conto, Schermata::Importo}) {
+    Clic(0, Schermata::NuovaScadenza);
+    Clic(0, colonna);
+    EXPECT_FALSE(griglia.Stato().data.visibile);
+    EXPECT_FALSE(griglia.Stato().barretteNascoste);
+    Clic(0, Schermata::NuovaBanca);
+    Clic(0, colonna);
+    EXPECT_FALSE(griglia.Stato().banca.visibile);
+    EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  }
+}
+
+TEST_F(GridClick, RightOfTheLastColumnClosesTheEditors) {
+  AggiungiMolte(21);
+  ScriviData(0, "010406");
+  griglia.LVScadenze_MouseDown(20000, 5);
+  griglia.LVScadenze_Click(0);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(GridClick, ElsewhereOnTheWindowCommitsWhatWasTyped) {
+  AggiungiMolte(21);
+  ScriviData(0, "010406");
+  griglia.Form_Click();
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(GridWindow, IsClosedWithItsReasonByTheCloseBox) {
+  AggiungiMolte(1);
+  griglia.Form_QueryUnload();
+  EXPECT_EQ(griglia.MotivoChiusura(), "closed");
+  EXPECT_TRUE(griglia.Stato().scaricata);
+}
+
+TEST_F(GridWindow, IsClosedWithItsReasonByAnnulla) {
+  AggiungiMolte(1);
+  griglia.PictureAnnulla_Click();
+  EXPECT_EQ(griglia.MotivoChiusura(), "closed");
+  EXPECT_TRUE(griglia.Stato().scaricata);
+}
+
+TEST_F(GridWindow, IsUnloadedByConfermaWithoutAReason) {
+  AggiungiMolte(1);
+  griglia.PictureOk_Click();
+  EXPECT_EQ(griglia.MotivoChiusura(), "");
+  EXPECT_TRUE(griglia.Stato().scaricata);
+}
+
+TEST_F(GridWindow, CommitsTheOpenEditorOnConferma) {
+  AggiungiMolte(21);
+  ScriviData(3, "010406");
+  griglia.PictureOk_Click();
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_EQ(NuovaScadenza(3), "01/04/2006");
+}
+
+TEST_F(GridWindow, ClosesTheBankEditorOnConferma) {
+  griglia.cmbBanche2 = {" "};
+  const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
+  griglia.Resize();
+  Clic(riga, Schermata::NuovaBanca);
+  griglia.PictureOk_Click();
+  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
+}
+
+TEST_F(GridWindow, StartsEveryShowingAfresh) {
+  AggiungiMolte(21);
+  griglia.TextScadenza_Change("010406");
+  Clic(2, Schermata::NuovaScadenza);
+  griglia.TLwTestata_Click(TestataBanca);
+  griglia.Form_QueryUnload();
+  griglia.Azzera();
+  EXPECT_EQ(griglia.Righe.Quante(), 0U);
+  EXPECT_EQ(griglia.MotivoChiusura(), "");
+  EXPECT_EQ(griglia.Stato().testoScadenza, "");
+  EXPECT_EQ(griglia.Stato().indiceBanca, 0);
+  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().scaricata);
+  EXPECT_THAT(InOrdine(), IsEmpty());
+}
+
+TEST_F(GridWindow, AsksOnceMoreForTheRowsWheneverTheirOrderChanged) {
+  AggiungiMolte(2);
+  const auto prima = griglia.Stato().ordine;
+  griglia.TLwTestata_Click(TestataPartita);
+  EXPECT_GT(griglia.Stato().ordine, prima);
+}
+
+} // namespace
+} // namespace lumoscad
