@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <vector>
 
 namespace lumoscad::Utilities {
 namespace {
@@ -81,12 +82,28 @@ std::string DataErrata(std::string_view testo) {
   return Rifiuta("Data errata: " + std::string(testo) + "\rScrivi la data nel formato: GGMMAA oppure GG/MM/AAAA");
 }
 
+/// The places where the characters of an UTF-8 text begin, and its end.
+std::vector<std::size_t> InizioCaratteri(std::string_view testo) {
+  std::vector<std::size_t> inizi;
+  for (std::size_t i = 0; i < testo.size(); ++i) {
+    if ((static_cast<unsigned char>(testo[i]) & 0xC0U) != 0x80U) {
+      inizi.push_back(i);
+    }
+  }
+  inizi.push_back(testo.size());
+  return inizi;
+}
+
 /// GGMMAA and GGMMAAAA with the missing "/"; any other text as it is.
 std::string ConBarre(std::string_view testo) {
-  if (testo.find('/') != std::string_view::npos || (testo.size() != 6 && testo.size() != 8)) {
+  // A wrong text is shown to the person: its letters with accents must not be cut in two.
+  const auto inizi = InizioCaratteri(testo);
+  if (testo.find('/') != std::string_view::npos || (inizi.size() != 7 && inizi.size() != 9)) {
     return std::string(testo);
   }
-  return std::string(testo.substr(0, 2)) + "/" + std::string(testo.substr(2, 2)) + "/" + std::string(testo.substr(4));
+  std::string scritta(testo);
+  scritta.insert(inizi[4], 1, '/').insert(inizi[2], 1, '/');
+  return scritta;
 }
 
 /// The year as written after the second "/", moved into its century by the rule of the leap-year test; a text

@@ -56,9 +56,10 @@ const std::string& Elemento(const std::vector<std::string>& lista, std::size_t i
 int Intero(std::string_view testo) {
   int valore = 0;
   const char* const fine = testo.data() + testo.size();
-  const char* const inizio = testo.data() + (!testo.empty() && testo.front() == '+' ? 1 : 0);
+  const bool piu = !testo.empty() && testo.front() == '+';
+  const char* const inizio = testo.data() + (piu ? 1 : 0);
   const auto [dove, esito] = std::from_chars(inizio, fine, valore);
-  if (esito != std::errc{} || dove != fine) {
+  if ((piu && testo.substr(1, 1) == "-") || esito != std::errc{} || dove != fine) {
     throw ErroreRuntime(errori::TipoNonCorrispondente, "Numero intero non valido: " + std::string(testo));
   }
   return valore;
