@@ -1,0 +1,112 @@
+#include "handlers/Blocco.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace lumoscad;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class Blocco : public testing::Test {
+ protected:
+  void OccupaCrediti() { banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nData : 04/03/2006   Ora : 09:00\r\n"; }
+  [[nodiscard]] std::string Locale(const std::string& nome) const {
+    return banco_.ambiente.CartellaLocale + "/" + nome;
+  }
+
+  prova::Banco banco_;
+};
+
+} // namespace
+
+TEST_F(Blocco, UnaListaLiberaEPresaConUtenteDataEOra) {
+  EXPECT_EQ(BloccaArea("10.0.0.1", "CREDITI"), "");
+  EXPECT_EQ(banco_.host.file["/tmp/VBCREDITI"], "Utente : T01\r\nData : 05/03/2006   Ora : 14:07\r\n");
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI"));
+  EXPECT_THAT(banco_.host.host, Each("10.0.0.1"));
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+}
+
+TEST_F(Blocco, UnaListaPresaDiceDaChiEQuando) {
+  OccupaCrediti();
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "Utente : T02");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Area CREDITI in manutenzione presso un altro terminale\rUtente : T02\r"
+                                              "Data : 04/03/2006   Ora : 09:00"));
+  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad"));
+  EXPECT_THAT(banco_.host.inviati, IsEmpty());
+}
+
+TEST_F(Blocco, AncheLoStessoTerminaleTrovaPresaLaPropriaLista) {
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "Utente : T01");
+}
+
+TEST_F(Blocco, ICreditiNonBloccanoIDebiti) {
+  OccupaCrediti();
+  EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
+  EXPECT_EQ(banco_.host.file.count("/tmp/VBDEBITI"), 1U);
+}
+
+TEST_F(Blocco, PerOgniAltraAreaIlMessaggioParlaDelMovimento) {
+  banco_.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
+  EXPECT_EQ(BloccaArea("h", "PRESUNTI"), "Utente : T02");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Il movimento è in uso su un altro terminare\rUtente : T02\rieri"));
+}
+
+TEST_F(Blocco, LaChiaveNonHaSpazi) {
+  EXPECT_EQ(BloccaArea("h", " A B  C "), "");
+  EXPECT_EQ(banco_.host.file.count("/tmp/VBABC"), 1U);
+  EXPECT_EQ(TogliSpazi(" A B  C "), "ABC");
+  EXPECT_EQ(TogliSpazi(""), "");
+}
+
+TEST_F(Blocco, UnaPrimaRigaInBiancoContaComeLibera) {
+  for (const char* contenuto : {"", "  \r\nqualcosa\r\n", "\r\n"}) {
+    banco_.host.file["/tmp/VBCREDITI"] = contenuto;
+    EXPECT_EQ(BloccaArea("h", "CREDITI"), "") << contenuto;
+    EXPECT_EQ(banco_.host.file["/tmp/VBCREDITI"], "Utente : T01\r\nData : 05/03/2006   Ora : 14:07\r\n");
+  }
+}
+
+TEST_F(Blocco, UnBloccoDiUnaSolaRigaMostraVuotaLaSeconda) {
+  banco_.host.file["/tmp/VBDEBITI"] = "Utente : T02";
+  EXPECT_EQ(BloccaArea("h", "DEBITI"), "Utente : T02");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Area DEBITI in manutenzione presso un altro terminale\rUtente : T02\r"));
+}
+
+TEST_F(Blocco, LaCopiaLocaleDiUnBloccoPassatoNonIngannaNessuno) {
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
+  EXPECT_EQ(SbloccaArea("h", "CREDITI"), "");
+  EXPECT_TRUE(std::filesystem::exists(Locale("VBCREDITI")));
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
+}
+
+TEST_F(Blocco, SenzaHostLaListaContaComeLibera) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Host irraggiungibile"); };
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
+  EXPECT_EQ(SbloccaArea("h", "CREDITI"), "");
+  EXPECT_THAT(banco_.host.operazioni,
+              ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI", "Cancella /tmp/VBCREDITI"));
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+}
+
+TEST_F(Blocco, SenzaCartellaLocaleLaListaContaComeLibera) {
+  const std::string cartella = banco_.ambiente.CartellaLocale;
+  banco_.ambiente.CartellaLocale = cartella + "/che-non-esiste";
+  EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  banco_.ambiente.CartellaLocale = cartella;
+}
+
+TEST_F(Blocco, LoSbloccoCancellaIlFileSullHost) {
+  OccupaCrediti();
+  EXPECT_EQ(SbloccaArea("10.0.0.1", "CREDITI"), "");
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Cancella /tmp/VBCREDITI"));
+  EXPECT_THAT(banco_.host.file, IsEmpty());
+}

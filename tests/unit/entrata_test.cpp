@@ -1,0 +1,167 @@
+#include "common/Stato.hpp"
+#include "entry/Comandi.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace lumoscad;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+class Entrata : public testing::Test {
+ protected:
+  std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
+  /// With both lists taken elsewhere, every bank command answers "error" after one box that names its list.
+  void OccupaListe() {
+    banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nieri\r\n";
+    banco_.host.file["/tmp/VBDEBITI"] = "Utente : T02\r\nieri\r\n";
+  }
+  /// The lists named by the boxes shown, in order.
+  [[nodiscard]] std::vector<std::string> Liste() const {
+    std::vector<std::string> liste;
+    for (const std::string& box : banco_.desktop.box) {
+      liste.push_back(box.substr(0, box.find(" in ")));
+    }
+    return liste;
+  }
+
+  prova::Banco banco_;
+};
+
+} // namespace
+
+TEST_F(Entrata, SenzaTipoOConUnTipoIgnotoNonSuccedeNulla) {
+  for (const char* comando : {"", " ", "-T FOO /A", "/CREDITI", "-T  BANCA /CREDITI", "-T BANCAX /CREDITI"}) {
+    EXPECT_EQ(Esegui(comando), "") << comando;
+  }
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(Entrata, UnTipoSenzaSottocomandoNonSuccedeNulla) {
+  for (const char* comando : {"-T BANCA", "-T BANCA /A /D", "-T EXTRA /D", "-T SOSPESO", "-T CONSEGNA /CREDITI"}) {
+    EXPECT_EQ(Esegui(comando), "") << comando;
+  }
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(Entrata, IlTokenTSenzaValoreEUnErrore) {
+  EXPECT_EQ(Esegui("/CREDITI -T"), "error");
+  EXPECT_EQ(Esegui("-T BANCA -t"), "error");
+  ASSERT_EQ(banco_.desktop.box.size(), 2U);
+  EXPECT_THAT(banco_.desktop.box[0], StartsWith("9\r\nIndice"));
+  EXPECT_EQ(banco_.desktop.box[0], banco_.desktop.box[1]);
+}
+
+TEST_F(Entrata, SiCapisceInMinuscolo) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-t banca /crediti -d aB -h Host"), "error");
+  EXPECT_THAT(Liste(), ElementsAre("Area CREDITI"));
+  EXPECT_EQ(stato().Azienda, "aB");
+  EXPECT_EQ(stato().HostIP, "Host");
+}
+
+TEST_F(Entrata, DelTipoValeLUltimaVolta) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-T FOO /CREDITI -T BANCA"), "error");
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI -T FOO"), "");
+  EXPECT_EQ(Esegui("-T -T BANCA /DEBITI"), "error");
+  EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area DEBITI"));
+}
+
+TEST_F(Entrata, ISottocomandiSiEseguonoNellOrdineInCuiSonoScritti) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI /DEBITI"), "error");
+  EXPECT_EQ(Esegui("/DEBITI -T BANCA /CREDITI"), "error");
+  EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area DEBITI", "Area DEBITI", "Area CREDITI"));
+}
+
+TEST_F(Entrata, UnSottocomandoScrittoDueVolteSiEsegueDueVolte) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI /crediti"), "error");
+  EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area CREDITI"));
+}
+
+TEST_F(Entrata, IlComandoRestaScrittoPerIntero) {
+  OccupaListe();
+  const std::string comando = " -T BANCA  /CREDITI -DB2SOURCE Conti ";
+  EXPECT_EQ(Esegui(comando), "error");
+  EXPECT_EQ(stato().ComandoCorrente, comando);
+  EXPECT_EQ(Esegui("-T FOO"), "");
+  EXPECT_EQ(stato().ComandoCorrente, "-T FOO");
+}
+
+TEST_F(Entrata, AziendaEHostRestanoPerIComandiSeguenti) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12 -H 10.0.0.1"), "error");
+  EXPECT_EQ(Esegui("-T BANCA /DEBITI"), "error");
+  EXPECT_EQ(stato().Azienda, "12");
+  EXPECT_EQ(banco_.host.host.back(), "10.0.0.1");
+}
+
+TEST_F(Entrata, DueSpaziDopoUnOpzioneLaSvuotano) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12"), "error");
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI -D  5"), "error");
+  EXPECT_EQ(stato().Azienda, "");
+}
+
+TEST_F(Entrata, UnOpzioneDellaBancaSenzaValoreEUnErrore) {
+  for (const char* opzione : {"-SC", "-H", "-D", "-S", "-A", "-E", "-N", "-C", "-B", "-M", "-CODINT", "-P", "-P 1"}) {
+    banco_.desktop.box.clear();
+    EXPECT_EQ(Esegui("-T BANCA /CREDITI " + std::string(opzione)), "error") << opzione;
+    ASSERT_EQ(banco_.desktop.box.size(), 1U) << opzione;
+    EXPECT_THAT(banco_.desktop.box[0], StartsWith("9\r\n")) << opzione;
+  }
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty()) << "nessuna lista è stata presa";
+}
+
+TEST_F(Entrata, UnErroreFermaISottocomandiSeguenti) {
+  OccupaListe();
+  EXPECT_EQ(Esegui("-T BANCA /PRESUNTI /CREDITI"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("445\r\n")));
+}
+
+TEST_F(Entrata, UnComandoNonDisponibileLoDice) {
+  EXPECT_EQ(Esegui("-T BANCA /PRESUNTI"), "error");
+  EXPECT_EQ(Esegui("-T CONSEGNA /PRESUNTI"), "error");
+  const auto nonDisponibile = "445\r\nComando non disponibile in questa versione";
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(nonDisponibile, nonDisponibile));
+  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad", "LumoScad"));
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(Entrata, SenzaSorgenteDatiIlComandoDiceErrore) {
+  EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12 -H h"), "error");
+  ASSERT_EQ(banco_.desktop.box.size(), 1U);
+  EXPECT_THAT(banco_.desktop.box[0], StartsWith("-2147220954\r\nERRORE: "));
+}
+
+TEST_F(Entrata, UnErroreNonPassaAlComandoSeguente) {
+  EXPECT_EQ(Esegui("-T"), "error");
+  EXPECT_EQ(Esegui("-T BANCA"), "");
+  EXPECT_EQ(banco_.desktop.box.size(), 1U);
+}
+
+TEST_F(Entrata, UnOggettoSoloServePiuComandi) {
+  LumoScadenze lumo;
+  EXPECT_EQ(lumo.EseguiLumoScad("-T"), "error");
+  EXPECT_EQ(lumo.EseguiLumoScad("-T FOO"), "");
+}
+
+TEST(TabellaComandi, HaTutteLeRighe) {
+  std::vector<std::string> righe;
+  for (const Comando& comando : Comandi()) {
+    righe.push_back(std::string(comando.tipo) + std::string(comando.sottocomando));
+  }
+  EXPECT_THAT(righe, ElementsAre("TEST", "EXTRA/A", "SOSPESO/A", "SOSPESO/D", "PRESUNTO/A", "PRESUNTO/D",
+                                 "BANCA/CREDITI", "BANCA/DEBITI", "BANCA/PRESUNTI", "CONSEGNA/PRESUNTI"));
+}

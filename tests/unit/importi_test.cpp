@@ -1,0 +1,163 @@
+#include "common/Utilities.hpp"
+#include "platform/Errore.hpp"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace lumoscad;
+using namespace lumoscad::Utilities;
+
+namespace {
+
+/// The amount as the check leaves it, or "rifiutato"; a refused amount must stay as typed.
+std::string Controlla(const std::string& scritto, bool conDecimali = true, bool conSegno = false) {
+  std::string importo = scritto;
+  if (ControllaImporto(importo, conDecimali, conSegno)) {
+    EXPECT_EQ(importo, scritto);
+    return "rifiutato";
+  }
+  return importo;
+}
+
+std::string Separa(const std::string& importo) {
+  std::string intero = "prima";
+  std::string decimali = "prima";
+  SeparaImporto(importo, intero, decimali);
+  return intero + "|" + decimali;
+}
+
+bool NonENumero(const std::string& testo) {
+  try {
+    static_cast<void>(FormattaImporto(testo));
+  } catch (const ErroreRuntime& errore) {
+    return errore.Numero() == 13;
+  }
+  return false;
+}
+
+} // namespace
+
+TEST(Separa, DivideAllaVirgolaOppureAlPunto) {
+  EXPECT_EQ(Separa("12,5"), "12|50");
+  EXPECT_EQ(Separa("12.5"), "12|50");
+  EXPECT_EQ(Separa("1.234,56"), "1.234|56");
+  EXPECT_EQ(Separa("1,2,3"), "1|2,3");
+}
+
+TEST(Separa, SenzaSeparatoreIDecimaliSonoZero) {
+  EXPECT_EQ(Separa("12"), "12|00");
+  EXPECT_EQ(Separa(""), "|00");
+}
+
+TEST(Separa, DueOPiuDecimaliRestanoComeSono) {
+  EXPECT_EQ(Separa("12,34"), "12|34");
+  EXPECT_EQ(Separa("12,345"), "12|345");
+  EXPECT_EQ(Separa("12,"), "12|");
+  EXPECT_EQ(Separa(",5"), "|50");
+}
+
+TEST(Controlla, RiscriveNelFormatoItaliano) {
+  EXPECT_EQ(Controlla("12"), "12,00");
+  EXPECT_EQ(Controlla("12,5"), "12,50");
+  EXPECT_EQ(Controlla("12.5"), "12,50");
+  EXPECT_EQ(Controlla("1234567,89"), "1.234.567,89");
+  EXPECT_EQ(Controlla("1.234,5"), "1.234,50");
+  EXPECT_EQ(Controlla("0"), "0,00");
+  EXPECT_EQ(Controlla(",5"), "0,50");
+  EXPECT_EQ(Controlla("12,"), "12,00");
+}
+
+TEST(Controlla, UnPuntoDaSoloELaVirgolaDeiDecimali) {
+  EXPECT_EQ(Controlla("1.234"), "1,23");
+}
+
+TEST(Controlla, UnDecimaleInPiuArrotonda) {
+  EXPECT_EQ(Controlla("1,235"), "1,24");
+  EXPECT_EQ(Controlla("9,995"), "10,00");
+}
+
+TEST(Controlla, SpaziECaratteriDiControlloSpariscono) {
+  EXPECT_EQ(Controlla(" 1 2\t,\r\n5 "), "12,50");
+}
+
+TEST(Controlla, UnImportoInBiancoRestaVuoto) {
+  EXPECT_EQ(Controlla(""), "");
+  EXPECT_EQ(Controlla("  \t"), "");
+  EXPECT_EQ(Controlla("-", true, true), "");
+}
+
+TEST(Controlla, UnAltroCarattereERifiutato) {
+  EXPECT_EQ(Controlla("12a"), "rifiutato");
+  EXPECT_EQ(Controlla("€12"), "rifiutato");
+  EXPECT_EQ(Controlla("1e3"), "rifiutato");
+}
+
+TEST(Controlla, DueSeparatoriDeiDecimaliNonFannoUnNumero) {
+  EXPECT_EQ(Controlla("1,2,3"), "rifiutato");
+  EXPECT_EQ(Controlla("1.2.3"), "rifiutato");
+  EXPECT_EQ(Controlla(","), "rifiutato");
+  EXPECT_EQ(Controlla("."), "rifiutato");
+}
+
+TEST(Controlla, IlSegnoEAmmessoSoloSeRichiestoESiPerde) {
+  EXPECT_EQ(Controlla("-5", true, true), "5,00");
+  EXPECT_EQ(Controlla("+5", true, true), "5,00");
+  EXPECT_EQ(Controlla("-5", true, false), "rifiutato");
+  EXPECT_EQ(Controlla("--5", true, true), "rifiutato");
+  EXPECT_EQ(Controlla("5-", true, true), "rifiutato");
+}
+
+TEST(Controlla, SenzaDecimaliSoloCifre) {
+  EXPECT_EQ(Controlla("1234", false), "1.234,00");
+  EXPECT_EQ(Controlla("12,5", false), "rifiutato");
+  EXPECT_EQ(Controlla("12.5", false), "rifiutato");
+  EXPECT_EQ(Controlla("-7", false, true), "7,00");
+}
+
+TEST(Formatta, SeparaLeMigliaia) {
+  EXPECT_EQ(FormattaImporto("0"), "0,00");
+  EXPECT_EQ(FormattaImporto("500"), "500,00");
+  EXPECT_EQ(FormattaImporto("100.1"), "100,10");
+  EXPECT_EQ(FormattaImporto("1000"), "1.000,00");
+  EXPECT_EQ(FormattaImporto("-1234.5"), "-1.234,50");
+  EXPECT_EQ(FormattaImporto("999999999999999.99"), "999.999.999.999.999,99");
+}
+
+TEST(Formatta, ArrotondaLaMetaLontanoDaZero) {
+  EXPECT_EQ(FormattaImporto("0.005"), "0,01");
+  EXPECT_EQ(FormattaImporto("-0.005"), "-0,01");
+  EXPECT_EQ(FormattaImporto("0.015"), "0,02");
+  EXPECT_EQ(FormattaImporto("1.005"), "1,01");
+  EXPECT_EQ(FormattaImporto("2.675"), "2,68");
+  EXPECT_EQ(FormattaImporto("0.0049999"), "0,00");
+  EXPECT_EQ(FormattaImporto("99.995"), "100,00");
+  EXPECT_EQ(FormattaImporto("999.995"), "1.000,00");
+}
+
+TEST(Formatta, LoZeroNonHaMaiSegno) {
+  EXPECT_EQ(FormattaImporto("-0"), "0,00");
+  EXPECT_EQ(FormattaImporto("-0.004"), "0,00");
+}
+
+TEST(Formatta, LeggeAncheGliEsponenti) {
+  EXPECT_EQ(FormattaImporto("1e3"), "1.000,00");
+  EXPECT_EQ(FormattaImporto("1.5E+2"), "150,00");
+  EXPECT_EQ(FormattaImporto("5e-3"), "0,01");
+  EXPECT_EQ(FormattaImporto("5e-4"), "0,00");
+}
+
+TEST(Formatta, QuelCheNonENumeroEUnErroreDiTipo) {
+  for (const char* testo : {"", " ", "-", ".", "1,5", "1.2.3", "abc", "1e", "1e999999", "0x10"}) {
+    EXPECT_TRUE(NonENumero(testo)) << testo;
+  }
+}
+
+TEST(Formatta, OgniCentesimoRestaEsatto) {
+  for (int centesimi = 0; centesimi < 100000; ++centesimi) {
+    std::string decimali = std::to_string(centesimi % 100);
+    decimali.insert(0, decimali.size() == 1 ? "0" : "");
+    const std::string intero = std::to_string(centesimi / 100);
+    ASSERT_EQ(FormattaImporto(intero + "." + decimali), intero + "," + decimali);
+    ASSERT_EQ(Controlla(intero + "," + decimali), intero + "," + decimali);
+  }
+}

@@ -1,0 +1,101 @@
+#include "handlers/Opzioni.hpp"
+#include "platform/Errore.hpp"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace lumoscad;
+
+namespace {
+
+struct Lette {
+  std::string azienda = "prima";
+  std::string numero = "prima";
+  NumeroPartita partita{"prima", "prima"};
+};
+
+Lette Leggi(const std::string& comando) {
+  Lette lette;
+  LeggiOpzioni(comando, {{"-D", &lette.azienda}, {"-N", &lette.numero}}, &lette.partita);
+  return lette;
+}
+
+int NumeroErrore(const std::string& comando) {
+  try {
+    static_cast<void>(Leggi(comando));
+  } catch (const ErroreRuntime& errore) {
+    return errore.Numero();
+  }
+  return 0;
+}
+
+} // namespace
+
+TEST(Opzioni, IlNomeValeInOgniFormaEIlValoreComeScritto) {
+  EXPECT_EQ(Leggi("-d abC").azienda, "abC");
+}
+
+TEST(Opzioni, SenzaLOpzioneIlValoreRestaQuelloDiPrima) {
+  const Lette lette = Leggi("-T BANCA /CREDITI");
+  EXPECT_EQ(lette.azienda, "prima");
+  EXPECT_EQ(lette.partita.compatta, "prima");
+}
+
+TEST(Opzioni, ValeLUltimaVolta) {
+  EXPECT_EQ(Leggi("-D 1 -X -D 2").azienda, "2");
+}
+
+TEST(Opzioni, DueSpaziFannoUnValoreVuoto) {
+  EXPECT_EQ(Leggi("-D  5").azienda, "");
+}
+
+TEST(Opzioni, UnValoreScrittoComeUnOpzioneAgisceAncheDaOpzione) {
+  const Lette lette = Leggi("-D -N 7");
+  EXPECT_EQ(lette.azienda, "-N");
+  EXPECT_EQ(lette.numero, "7");
+}
+
+TEST(Opzioni, UnTokenCheCominciaSoltantoAlloStessoModoNonConta) {
+  EXPECT_EQ(Leggi("-DB2SOURCE x -DATA y").azienda, "prima");
+}
+
+TEST(Opzioni, UnOpzioneSenzaValoreEUnErroreDiIndice) {
+  EXPECT_EQ(NumeroErrore("-T BANCA -D"), 9);
+  EXPECT_EQ(NumeroErrore("-D "), 0);
+}
+
+TEST(OpzionePartita, UnisceIDueToken) {
+  const Lette lette = Leggi("-P 2006 15 -D 1");
+  EXPECT_EQ(lette.partita.compatta, "200615");
+  EXPECT_EQ(lette.partita.spaziata, "2006 15");
+}
+
+TEST(OpzionePartita, LaFormaSpaziataConservaOgniSpazio) {
+  const Lette lette = Leggi("-P 2006    15");
+  EXPECT_EQ(lette.partita.compatta, "200615");
+  EXPECT_EQ(lette.partita.spaziata, "2006    15");
+}
+
+TEST(OpzionePartita, IlPrimoTokenPuoEssereVuoto) {
+  const Lette lette = Leggi("-P  15 16");
+  EXPECT_EQ(lette.partita.compatta, "15");
+  EXPECT_EQ(lette.partita.spaziata, " 15");
+}
+
+TEST(OpzionePartita, IlSecondoTokenPuoEssereUnOpzione) {
+  const Lette lette = Leggi("-P 2006 -D 1");
+  EXPECT_EQ(lette.partita.spaziata, "2006 -D");
+  EXPECT_EQ(lette.azienda, "1");
+}
+
+TEST(OpzionePartita, MenoDiDueTokenSonoUnErroreDiIndice) {
+  EXPECT_EQ(NumeroErrore("-P"), 9);
+  EXPECT_EQ(NumeroErrore("-P 2006"), 9);
+  EXPECT_EQ(NumeroErrore("-P 2006  "), 9);
+}
+
+TEST(OpzioneSemplice, ContaSoloComeTokenIntero) {
+  EXPECT_TRUE(HaOpzione("-T EXTRA -demo", "-DEMO"));
+  EXPECT_FALSE(HaOpzione("-T EXTRA -DEMOS", "-DEMO"));
+  EXPECT_FALSE(HaOpzione("", "-DEMO"));
+}

@@ -1,0 +1,254 @@
+#include "common/Stato.hpp"
+#include "host/Richieste.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace lumoscad;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+namespace {
+
+VariazioneCanalizzazione CambioScadenza() {
+  VariazioneCanalizzazione v;
+  v.idPartitaKey = "100";
+  v.CodiceConto = "C100";
+  v.NumeroPartita = "2006 15";
+  v.VecchiaBanca = "B1";
+  v.ScadenzaOriginale = "31/03/2006";
+  v.NumeroRata = "1";
+  v.VecchiaScadenza = "31/03/2006";
+  v.NuovaScadenza = "5/4/06";
+  v.isScadenzaChanged = true;
+  return v;
+}
+
+class Richiesta : public testing::Test {
+ protected:
+  std::string Invia(const VariazioniCanalizzazione& variazioni) {
+    return ScriviRichiestaCanalizzazione("10.0.0.1", "12", variazioni, "CREDITI");
+  }
+  std::string Invia(const VariazioneCanalizzazione& variazione) { return Invia(VariazioniCanalizzazione{variazione}); }
+  /// The one line sent for `variazione`.
+  std::string Riga(const VariazioneCanalizzazione& variazione) {
+    banco_.host.inviati.clear();
+    EXPECT_EQ(Invia(variazione), "");
+    return banco_.host.inviati.empty() ? "nulla" : banco_.host.inviati.front();
+  }
+  /// The text that the request fails with; it must carry the number of a transfer error.
+  std::string Fallisce(const VariazioneCanalizzazione& variazione) {
+    try {
+      static_cast<void>(Invia(variazione));
+    } catch (const ErroreRuntime& errore) {
+      EXPECT_EQ(errore.Numero(), -2147220905);
+      return errore.Descrizione();
+    }
+    ADD_FAILURE() << "la richiesta è riuscita";
+    return "";
+  }
+  /// The request fails at the host operation that begins with `operazione`.
+  void GuastoA(const std::string& operazione) {
+    banco_.host.guasto = [operazione](const std::string& chiesta) {
+      if (chiesta.rfind(operazione, 0) == 0) {
+        throw ErroreRuntime(errori::AccessoAlFile, "Guasto: " + operazione);
+      }
+    };
+  }
+  [[nodiscard]] bool NienteInLocale() const { return std::filesystem::is_empty(banco_.ambiente.CartellaLocale); }
+
+  prova::Banco banco_;
+};
+
+const std::string Nome = "/tmp/T0120060305140709";
+
+} // namespace
+
+TEST_F(Richiesta, SenzaVariazioniLHostNonEContattato) {
+  EXPECT_EQ(Invia(VariazioniCanalizzazione{}), "");
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_THAT(banco_.desktop.puntatori, IsEmpty());
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(Richiesta, LeOperazioniSonoInQuestOrdine) {
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Invia " + Nome, "Rinomina " + Nome + " " + Nome + ".dos",
+                                                  "Esegui VB0001", "Cancella " + Nome, "Cancella " + Nome + ".dos"));
+  EXPECT_THAT(banco_.host.host, Each("10.0.0.1"));
+  EXPECT_THAT(banco_.host.file, IsEmpty());
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(Richiesta, IlProgrammaRiceveUndiciParametri) {
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
+                                                            "", "", "", "", "")));
+}
+
+TEST_F(Richiesta, LaPostazioneESenzaSpaziNelNomeENeiParametri) {
+  banco_.ambiente.CodicePostazione = "  T 9 ";
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/T 920060305140709");
+  ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
+  EXPECT_EQ(banco_.host.chiamate[0][3], "T 9");
+}
+
+TEST_F(Richiesta, DueRichiesteNelloStessoSecondoHannoLoStessoNome) {
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_EQ(banco_.host.operazioni[0], banco_.host.operazioni[5]);
+}
+
+TEST_F(Richiesta, LaRigaHaUndiciCampi) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.Anno = "2006";
+  v.Numero = "77";
+  v.Serie = "A";
+  v.NuovaBanca = "B2";
+  v.isBancaChanged = true;
+  EXPECT_EQ(Riga(v), "C100,2006 15,2006,77,A,20060331,20060331,20060405,B1,B2,1\r\n");
+}
+
+TEST_F(Richiesta, LaBancaNuovaVaSoloSeCambiata) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.NuovaBanca = "B2";
+  EXPECT_EQ(Riga(v), "C100,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n");
+}
+
+TEST_F(Richiesta, UnaDataDiUnaODueCifreVaNelVentunesimoSecolo) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.NuovaScadenza = "5/3/99";
+  EXPECT_EQ(Riga(v), "C100,2006 15,,,,20060331,20060331,20990305,B1,,1\r\n");
+}
+
+TEST_F(Richiesta, UnaDataSenzaValoreEUnCampoVuoto) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.ScadenzaOriginale = "#null#";
+  v.VecchiaScadenza = "#null#";
+  v.NuovaScadenza = "#null#";
+  EXPECT_EQ(Riga(v), "C100,2006 15,,,,,,,B1,,1\r\n");
+}
+
+TEST_F(Richiesta, UnaScadenzaOriginaleVuotaSonoOttoZeri) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.ScadenzaOriginale = "";
+  EXPECT_EQ(Riga(v), "C100,2006 15,,,,00000000,20060331,20060405,B1,,1\r\n");
+}
+
+TEST_F(Richiesta, NeiCampiDelleBancheIlSegnoDiNessunValoreSiScrive) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.VecchiaBanca = "#null#";
+  v.NuovaBanca = "#null#";
+  v.isBancaChanged = true;
+  EXPECT_EQ(Riga(v), "C100,2006 15,,,,20060331,20060331,20060405,#null#,#null#,1\r\n");
+}
+
+TEST_F(Richiesta, OgniVariazioneHaLaSuaRigaNellOrdineDato) {
+  VariazioneCanalizzazione seconda = CambioScadenza();
+  seconda.CodiceConto = "C200";
+  EXPECT_EQ(Invia({CambioScadenza(), seconda}), "");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C100,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
+                                               "C200,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"));
+}
+
+TEST_F(Richiesta, UnSeparatoreInUnCampoFermaLaRichiestaPrimaDellHost) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.NumeroPartita = "15,16";
+  EXPECT_THAT(Fallisce(v), StartsWith("13 "));
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(Richiesta, UnaDataCheNonSiDivideFermaLaRichiestaPrimaDellHost) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.NuovaScadenza = " ";
+  EXPECT_THAT(Fallisce(v), StartsWith("9 "));
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(Richiesta, IlMessaggioDellHostSiMostra) {
+  banco_.host.risposta = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Variate 1 scadenze"));
+  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad"));
+}
+
+TEST_F(Richiesta, UnMessaggioInBiancoNonSiMostra) {
+  banco_.host.risposta = "<R><MESSAGGIO>   </MESSAGGIO></R>";
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+}
+
+TEST_F(Richiesta, IlRifiutoDellHostEUnErroreConIlSuoTesto) {
+  banco_.host.risposta = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
+  EXPECT_EQ(Fallisce(CambioScadenza()), "Riga 1: conto inesistente");
+  EXPECT_THAT(banco_.host.file, IsEmpty()) << "i file sull'host si cancellano anche dopo un rifiuto";
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(Richiesta, ConUnRifiutoIlMessaggioSiMostraUgualmente) {
+  banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
+  EXPECT_EQ(Fallisce(CambioScadenza()), "no");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("nota"));
+}
+
+TEST_F(Richiesta, OgniPassoFallitoDiventaUnErroreConNumeroETesto) {
+  for (const char* passo : {"Invia", "Rinomina", "Esegui", "Cancella"}) {
+    banco_.host.operazioni.clear();
+    GuastoA(passo);
+    EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: " + std::string(passo));
+    EXPECT_THAT(banco_.host.operazioni.back(), StartsWith(passo)) << "dopo il guasto non si chiede altro all'host";
+    EXPECT_TRUE(NienteInLocale()) << passo;
+    EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito) << passo;
+  }
+}
+
+TEST_F(Richiesta, UnaChiamataInterrottaLasciaIFileSullHost) {
+  GuastoA("Esegui");
+  Fallisce(CambioScadenza());
+  EXPECT_THAT(banco_.host.file, ElementsAre(testing::Key(Nome + ".dos")));
+}
+
+TEST_F(Richiesta, UnaRispostaIllegibileEUnErrore) {
+  banco_.host.risposta = "<R><ERRORE>";
+  EXPECT_NE(Fallisce(CambioScadenza()), "");
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(Richiesta, SenzaCartellaLocaleEUnErrore) {
+  const std::string cartella = banco_.ambiente.CartellaLocale;
+  banco_.ambiente.CartellaLocale = cartella + "/che-non-esiste";
+  EXPECT_THAT(Fallisce(CambioScadenza()), StartsWith("53 "));
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  banco_.ambiente.CartellaLocale = cartella;
+}
+
+TEST_F(Richiesta, MentreLavoraMostraLaClessidra) {
+  Puntatore durante = Puntatore::Predefinito;
+  banco_.host.guasto = [&](const std::string&) { durante = banco_.desktop.puntatori.back(); };
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_EQ(durante, Puntatore::Clessidra);
+  EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
+  EXPECT_EQ(banco_.desktop.respiri, banco_.desktop.puntatori.size());
+}
+
+TEST_F(Richiesta, OgniRichiestaHaUnaRispostaNuova) {
+  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  Fallisce(CambioScadenza());
+  const auto prima = stato().Risposta;
+  ASSERT_NE(prima, nullptr);
+  EXPECT_EQ(prima->Errore, "no");
+  banco_.host.risposta = "<R/>";
+  EXPECT_EQ(Invia(CambioScadenza()), "");
+  EXPECT_NE(stato().Risposta, prima);
+  EXPECT_EQ(stato().Risposta->Errore, "");
+}

@@ -1,0 +1,73 @@
+#include "common/Testo.hpp"
+#include "platform/Errore.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string_view>
+
+using namespace lumoscad;
+using testing::ElementsAre;
+
+namespace {
+
+bool NonIntero(std::string_view testo) {
+  try {
+    static_cast<void>(Intero(testo));
+  } catch (const ErroreRuntime& errore) {
+    return errore.Numero() == 13;
+  }
+  return false;
+}
+
+} // namespace
+
+TEST(MaggioreDiSpazio, VuoleUnCarattereVisibile) {
+  EXPECT_TRUE(MaggioreDiSpazio("a"));
+  EXPECT_TRUE(MaggioreDiSpazio("  a"));
+  EXPECT_TRUE(MaggioreDiSpazio("è"));
+  EXPECT_FALSE(MaggioreDiSpazio(""));
+  EXPECT_FALSE(MaggioreDiSpazio(" "));
+  EXPECT_FALSE(MaggioreDiSpazio("   "));
+  EXPECT_FALSE(MaggioreDiSpazio("\r\n\t "));
+}
+
+TEST(SenzaValore, EIlVuotoOIlSuoSegno) {
+  EXPECT_TRUE(SenzaValore(""));
+  EXPECT_TRUE(SenzaValore("#null#"));
+  EXPECT_FALSE(SenzaValore(" "));
+  EXPECT_FALSE(SenzaValore("#NULL#"));
+}
+
+TEST(SenzaSpaziAiLati, LasciaQuelliInMezzo) {
+  EXPECT_EQ(SenzaSpaziAiLati("  a b "), "a b");
+  EXPECT_EQ(SenzaSpaziAiLati("   "), "");
+  EXPECT_EQ(SenzaSpaziAiLati(""), "");
+  EXPECT_EQ(SenzaSpaziAiLati("\ta\t"), "\ta\t");
+}
+
+TEST(Maiuscolo, CambiaLeLettereSemplici) {
+  EXPECT_EQ(Maiuscolo("-db2Source/è1"), "-DB2SOURCE/è1");
+}
+
+TEST(Dividi, DueSeparatoriDiFilaDannoUnPezzoVuoto) {
+  EXPECT_THAT(Dividi("a  b", ' '), ElementsAre("a", "", "b"));
+  EXPECT_THAT(Dividi(" a ", ' '), ElementsAre("", "a", ""));
+  EXPECT_THAT(Dividi("", ','), ElementsAre(""));
+  EXPECT_THAT(Dividi("12,14", ','), ElementsAre("12", "14"));
+}
+
+TEST(Intero, LeggeSoloNumeriInteri) {
+  EXPECT_EQ(Intero("12"), 12);
+  EXPECT_EQ(Intero("-12"), -12);
+  EXPECT_EQ(Intero("+12"), 12);
+  EXPECT_EQ(Intero("007"), 7);
+  for (const std::string_view testo : {"", " ", "1.5", "12a", " 12", "+", "-", "+-5", "99999999999"}) {
+    EXPECT_TRUE(NonIntero(testo)) << testo;
+  }
+}
+
+TEST(ConZeri, RiempieATantoQuantoServe) {
+  EXPECT_EQ(ConZeri(5, 2), "05");
+  EXPECT_EQ(ConZeri(2006, 2), "2006");
+  EXPECT_EQ(ConZeri(0, 4), "0000");
+}
