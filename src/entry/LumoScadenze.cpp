@@ -7,7 +7,7 @@
 #include "platform/Errore.hpp"
 
 #include <algorithm>
-#include <exception>
+#include <cstdio>
 #include <vector>
 
 namespace lumoscad {
@@ -52,6 +52,21 @@ std::string Esegui(std::string_view comando) {
   return risultato;
 }
 
+/// Tells the person of the failure in flight; where there is no desktop to do so, the standard error gets it.
+void Racconta() noexcept {
+  try {
+    const ErroreRuntime errore = ErroreCorrente();
+    const std::string testo = std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
+    try {
+      MostraMessaggio(testo, "");
+    } catch (...) {
+      std::fprintf(stderr, "%s: %d %s\n", std::string(NomeProdotto).c_str(), errore.Numero(), errore.what());
+      std::fprintf(stderr, "%s: %s\n", std::string(NomeProdotto).c_str(), ErroreCorrente().what());
+    }
+  } catch (...) { // NOLINT(bugprone-empty-catch): not even memory for the text is left; the result says it
+  }
+}
+
 } // namespace
 
 LumoScadenze::LumoScadenze() = default;
@@ -59,13 +74,9 @@ LumoScadenze::~LumoScadenze() = default;
 
 std::string LumoScadenze::EseguiLumoScad(std::string_view comando) noexcept {
   try {
-    try {
-      return Esegui(comando);
-    } catch (...) {
-      const ErroreRuntime errore = ErroreCorrente();
-      MostraMessaggio(std::to_string(errore.Numero()) + "\r\n" + errore.Testo(), "");
-    }
-  } catch (...) { // NOLINT(bugprone-empty-catch): without a desktop there is no one to tell; the result says it
+    return Esegui(comando);
+  } catch (...) {
+    Racconta();
   }
   return "error";
 }
