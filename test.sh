@@ -61,9 +61,6 @@ if [ "$veloce" = no ]; then
   passo "compilazione: asan"
   costruisci asan
   passo "prove: AddressSanitizer e UndefinedBehaviorSanitizer"
-  export ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1
-  export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
-  export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
   prova asan
 fi
 
