@@ -1,0 +1,387 @@
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/Errore.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/OdbcSqlite.hpp"
+#include "support/Prova.hpp"
+
+#include <algorithm>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <vector>
+
+using namespace lumoscad;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Key;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* Dati =
+    "INSERT INTO AZIENDELINEE VALUES (1, '12', ' ', ' ');"
+    "INSERT INTO CONTOCONTABILE VALUES (10, 'C10', 'Alfa Mobili', '01', 'INT10', 'N');"
+    "INSERT INTO CONTOCONTABILE VALUES (11, 'C11', 'Beta Tessuti', '01', NULL, 'N');"
+    "INSERT INTO CONTOCONTABILE VALUES (20, 'F20', 'Gamma Legnami', '03', NULL, 'N');"
+    "INSERT INTO CONTOCONTABILE VALUES (30, 'B1', 'Banca Prima', '06', NULL, 'N');"
+    "INSERT INTO CONTOCONTABILE VALUES (31, 'B2', 'Banca Seconda', '06', NULL, 'N');"
+    "INSERT INTO PARTITACONTABILE VALUES (100, 10, '2006 15', 'A');"
+    "INSERT INTO PARTITACONTABILE VALUES (110, 11, '2006 16', 'A');"
+    "INSERT INTO PARTITACONTABILE VALUES (120, 11, '2006 17', 'A');"
+    "INSERT INTO PARTITACONTABILE VALUES (200, 20, '2006 90', 'A');"
+    "INSERT INTO MOVIMENTOCONTABILE VALUES (1000, 1, 'N', 'A', '1', '2006', '01');"
+    "INSERT INTO EVENTOCONTABILE VALUES (1, 1, 1000, 100, 10, 'C', 'N', '2006-03-31', '2006-03-31', 1, 30, 100.10,"
+    " NULL, NULL, NULL, NULL, 'N');"
+    "INSERT INTO EVENTOCONTABILE VALUES (2, 1, 1000, 100, 10, 'C', 'N', '2006-04-30', '2006-04-30', 2, 30, 200,"
+    " NULL, NULL, NULL, NULL, 'N');"
+    "INSERT INTO EVENTOCONTABILE VALUES (3, 1, 1000, 110, 11, 'C', 'N', '2006-05-31', NULL, 1, 30, 300.50,"
+    " NULL, NULL, NULL, NULL, 'N');"
+    "INSERT INTO EVENTOCONTABILE VALUES (4, 1, 1000, 120, 11, 'C', 'N', '2006-06-30', NULL, 1, NULL, 400,"
+    " NULL, NULL, NULL, NULL, 'N');"
+    "INSERT INTO EVENTOCONTABILE VALUES (5, 1, 1000, 200, 20, 'C', 'N', '2006-03-31', '2006-03-31', 1, 30, 500,"
+    " NULL, NULL, NULL, NULL, 'N')";
+
+std::string Schema() {
+  std::ifstream file(LUMOSCAD_SCHEMA);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The due dates and banks of the five instalments as the data put them there.
+const std::vector<std::string> Prima = {"1 2006-03-31 30", "2 2006-04-30 30", "3 2006-05-31 30", "4 2006-06-30 NULL",
+                                        "5 2006-03-31 30"};
+
+constexpr int ColonnaScadenza = 2;
+constexpr int ColonnaNuovaScadenza = 7;
+constexpr int ColonnaNuovaBanca = 10;
+
+/// Clicks the cell in `colonna` of the row whose due date is `scadenza`.
+void Clicca(FinestraElenco& finestra, const std::string& scadenza, int colonna) {
+  int x = 1;
+  for (int i = 0; i < colonna; ++i) {
+    x += finestra.colonne[static_cast<std::size_t>(i)].larghezza;
+  }
+  for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
+    if (finestra.testo(riga, ColonnaScadenza) == scadenza) {
+      finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
+      finestra.premeMouse(x, 1);
+      finestra.clic(0);
+      return;
+    }
+  }
+  ADD_FAILURE() << "nessuna riga scade il " << scadenza;
+}
+
+void DaiScadenza(FinestraElenco& finestra, const std::string& scadenza, const std::string& nuova) {
+  Clicca(finestra, scadenza, ColonnaNuovaScadenza);
+  finestra.testoEditor(nuova);
+  finestra.tastoEditor(13);
+}
+
+void DaiBanca(FinestraElenco& finestra, const std::string& scadenza, const std::string& banca) {
+  Clicca(finestra, scadenza, ColonnaNuovaBanca);
+  const auto voce = std::find(finestra.bancheCella.begin(), finestra.bancheCella.end(), banca);
+  ASSERT_NE(voce, finestra.bancheCella.end()) << banca;
+  finestra.scegliBancaCella(static_cast<int>(voce - finestra.bancheCella.begin()));
+  finestra.perdeFuocoBancaCella();
+}
+
+class ComandoBanca : public testing::Test {
+ protected:
+  ComandoBanca() : db_(Schema() + ";" + Dati) {}
+
+  std::string Esegui(const std::string& opzioni, const std::string& azienda = "12") {
+    return LumoScadenze().EseguiLumoScad("-T BANCA " + opzioni + " -H 10.0.0.1 -D " + azienda + " -DB2SOURCE " +
+                                         db_.source() + " -DB2USER u -DB2PASS p");
+  }
+  void Recita(prova::DesktopRecitato::Copione copione) { banco_.desktop.copioni.push_back(std::move(copione)); }
+  void RecitaCambio() {
+    Recita([](FinestraElenco& finestra) {
+      DaiScadenza(finestra, "31/03/2006", "050406");
+      finestra.conferma();
+    });
+  }
+  /// Key, due date and bank of every instalment.
+  [[nodiscard]] std::vector<std::string> Scadenze() const {
+    ado::Connection connection;
+    connection.ConnectionString = db_.connectionText();
+    connection.Open();
+    ado::Command comando;
+    comando.ActiveConnection = &connection;
+    comando.CommandText = "SELECT EVENTOCONTABILEKEY, DATASCADENZA, BANCAPRESENTAZIONE_KEY FROM EVENTOCONTABILE "
+                          "ORDER BY EVENTOCONTABILEKEY";
+    ado::Recordset righe = comando.Execute();
+    std::vector<std::string> scadenze;
+    for (; !righe.Eof(); righe.MoveNext()) {
+      const auto valore = [&](std::size_t i) { return std::string(righe.Valore(i).value_or("NULL")); };
+      scadenze.push_back(valore(0) + " " + valore(1) + " " + valore(2));
+    }
+    return scadenze;
+  }
+  [[nodiscard]] bool ListaPresa() const { return banco_.host.file.count("/tmp/VBCREDITI") != 0; }
+  /// The first statement sent that begins with `inizio`; empty for none.
+  [[nodiscard]] std::string Istruzione(const std::string& inizio) const {
+    const auto trovata = std::find_if(banco_.istruzioni.begin(), banco_.istruzioni.end(),
+                                      [&](const std::string& sql) { return sql.rfind(inizio, 0) == 0; });
+    return trovata == banco_.istruzioni.end() ? "" : *trovata;
+  }
+  [[nodiscard]] std::string Elenco() const { return Istruzione("SELECT CONTO.CODICECONTO"); }
+
+  test::OdbcSqlite db_;
+  prova::Banco banco_;
+};
+
+const std::string Nome = "/tmp/T0120060305140709";
+
+} // namespace
+
+TEST_F(ComandoBanca, LeVariazioniConfermateVannoAllHostENellaBaseDati) {
+  Recita([](FinestraElenco& finestra) {
+    EXPECT_EQ(finestra.righe(), 3U);
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    DaiBanca(finestra, "31/05/2006", "Banca Seconda");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  EXPECT_THAT(banco_.host.operazioni,
+              ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI", "Invia " + Nome,
+                          "Rinomina " + Nome + " " + Nome + ".dos", "Esegui VB0001", "Cancella " + Nome,
+                          "Cancella " + Nome + ".dos", "Cancella /tmp/VBCREDITI"));
+  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
+                                                            "", "", "", "", "")));
+  EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
+                                       "C11,2006 16,,,,00000000,20060531,,B1,B2,1\r\n");
+  EXPECT_THAT(Scadenze(), ElementsAre("1 2006-04-05 30", "2 2006-04-30 30", "3 2006-05-31 31", "4 2006-06-30 NULL",
+                                      "5 2006-03-31 30"));
+  EXPECT_THAT(banco_.host.file, IsEmpty());
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
+}
+
+TEST_F(ComandoBanca, UnaRigaPuoCambiareScadenzaEBancaInsieme) {
+  Recita([](FinestraElenco& finestra) {
+    DaiScadenza(finestra, "30/04/2006", "1/5/06");
+    DaiBanca(finestra, "30/04/2006", " ");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060430,20060430,20060501,B1,#null#,2\r\n");
+  EXPECT_THAT(Scadenze(), Contains("2 2006-05-01 NULL"));
+}
+
+TEST_F(ComandoBanca, IDebitiSonoDeiFornitori) {
+  Recita([](FinestraElenco& finestra) {
+    EXPECT_EQ(finestra.righe(), 1U);
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/DEBITI"), "");
+  EXPECT_EQ(banco_.host.operazioni.front(), "Ricevi /tmp/VBDEBITI");
+  EXPECT_EQ(banco_.host.chiamate.at(0).at(2), "DEBITI");
+  EXPECT_THAT(Scadenze(), Contains("5 2006-04-05 30"));
+}
+
+TEST_F(ComandoBanca, ChiusaSenzaConfermareNonMandaNulla) {
+  Recita([](FinestraElenco& finestra) {
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    finestra.chiudi();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_THAT(banco_.host.operazioni,
+              ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI", "Cancella /tmp/VBCREDITI"));
+  EXPECT_THAT(Istruzione("UPDATE"), "");
+  EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
+  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+}
+
+TEST_F(ComandoBanca, AnnullataNonMandaNulla) {
+  Recita([](FinestraElenco& finestra) {
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    finestra.annulla();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_THAT(banco_.host.chiamate, IsEmpty());
+  EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
+}
+
+TEST_F(ComandoBanca, ConfermataSenzaVariazioniContaComeChiusa) {
+  Recita([](FinestraElenco& finestra) { finestra.conferma(); });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_THAT(banco_.host.chiamate, IsEmpty());
+  EXPECT_FALSE(ListaPresa());
+}
+
+TEST_F(ComandoBanca, UnaListaPresaAltroveNonSiApre) {
+  banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nData : 04/03/2006   Ora : 09:00\r\n";
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_EQ(banco_.desktop.finestre, 0U);
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Area CREDITI in manutenzione presso un altro terminale\r"
+                                              "Utente : T02\rData : 04/03/2006   Ora : 09:00"));
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI"));
+  EXPECT_TRUE(ListaPresa());
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.desktop.puntatori, IsEmpty());
+}
+
+TEST_F(ComandoBanca, LaListaEPresaMentreLaSchermataEAperta) {
+  Recita([this](FinestraElenco&) { EXPECT_TRUE(ListaPresa()); });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_FALSE(ListaPresa());
+}
+
+TEST_F(ComandoBanca, SenzaHostSiLavoraMaNonSiConferma) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Host irraggiungibile"); };
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220905\r\n75 Host irraggiungibile"));
+  EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
+}
+
+TEST_F(ComandoBanca, IlRifiutoDellHostLasciaListaPresaEBaseDatiComEra) {
+  banco_.host.risposta = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220905\r\nRiga 1: conto inesistente"));
+  EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
+  EXPECT_EQ(Istruzione("UPDATE"), "");
+  EXPECT_THAT(banco_.host.file, ElementsAre(Key("/tmp/VBCREDITI")));
+}
+
+TEST_F(ComandoBanca, DopoUnErroreLaListaRestaPresaFinoAMano) {
+  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_EQ(banco_.desktop.finestre, 1U);
+  banco_.host.file.erase("/tmp/VBCREDITI");
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+}
+
+TEST_F(ComandoBanca, IlMessaggioDellHostSiMostraPrimaDiScrivere) {
+  banco_.host.risposta = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Variate 1 scadenze"));
+}
+
+TEST_F(ComandoBanca, UnaBancaIgnotaAnnullaAncheLeVariazioniGiaScritte) {
+  Recita([this](FinestraElenco& finestra) {
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    DaiBanca(finestra, "31/05/2006", "Banca Seconda");
+    db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_THAT(banco_.desktop.box,
+              ElementsAre(StartsWith("-2147220954\r\nERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE\r\n")));
+  EXPECT_NE(Istruzione("UPDATE"), "") << "la prima variazione era stata scritta";
+  EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
+  EXPECT_TRUE(ListaPresa());
+}
+
+TEST_F(ComandoBanca, UnErroreDelCaricamentoSiDiceDopoLaChiusura) {
+  db_.run("DROP TABLE EVENTOCONTABILE");
+  Recita([this](FinestraElenco& finestra) {
+    EXPECT_EQ(finestra.righe(), 0U);
+    EXPECT_THAT(banco_.desktop.box, IsEmpty());
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_EQ(banco_.desktop.finestre, 1U);
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("-2147220954\r\nERRORE: -")));
+  EXPECT_THAT(banco_.host.chiamate, IsEmpty());
+  EXPECT_TRUE(ListaPresa());
+}
+
+TEST_F(ComandoBanca, UnAziendaIgnotaSiDiceDopoLaChiusura) {
+  EXPECT_EQ(Esegui("/CREDITI", "99"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220954\r\nERRORE: -2147220990\r\nAZIENDA INESISTENTE"));
+  EXPECT_EQ(banco_.desktop.finestre, 1U);
+}
+
+TEST_F(ComandoBanca, SenzaOpzioneBSiVedonoLeScadenzeConBanca) {
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_THAT(Elenco(), HasSubstr("AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NOT NULL "));
+}
+
+TEST_F(ComandoBanca, ConOpzioneBNSiVedonoLeScadenzeSenzaBanca) {
+  Recita([](FinestraElenco& finestra) {
+    EXPECT_EQ(finestra.righe(), 1U);
+    DaiBanca(finestra, "30/06/2006", "Banca Prima");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI -B N"), "");
+  EXPECT_EQ(banco_.host.inviati.at(1), "C11,2006 17,,,,00000000,20060630,,#null#,B1,1\r\n");
+  EXPECT_THAT(Scadenze(), Contains("4 2006-06-30 30"));
+}
+
+TEST_F(ComandoBanca, LeOpzioniNonRestanoPerIlComandoSeguente) {
+  EXPECT_EQ(Esegui("/CREDITI -B N -C C11 -SC SCADUTO"), "closed");
+  banco_.istruzioni.clear();
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_THAT(Elenco(), HasSubstr("IS NOT NULL"));
+  EXPECT_THAT(Elenco(), Not(HasSubstr("CONTO.CODICECONTO =")));
+  EXPECT_THAT(Elenco(), Not(HasSubstr("DATASCADENZA <")));
+}
+
+TEST_F(ComandoBanca, LaPartitaArrivaConISuoiSpazi) {
+  EXPECT_EQ(Esegui("/CREDITI -P 2006  15"), "closed");
+  EXPECT_THAT(Elenco(), HasSubstr("PARTITACONTABILE.NUMEROPARTITA='2006  15' "));
+}
+
+TEST_F(ComandoBanca, OgniFiltroArrivaAllElenco) {
+  Recita([](FinestraElenco& finestra) { EXPECT_EQ(finestra.righe(), 1U); });
+  EXPECT_EQ(Esegui("/CREDITI -SC DASCADERE -C C10 -P 2006 15 -M 032006 -CODINT INT10 -S A -A 2006 -E 2006 -N 1"),
+            "closed");
+  for (const char* condizione :
+       {"CONTO.CODICECONTO = 'C10'", "NUMEROPARTITA='2006 15'", "CODICEINTERNO = 'INT10'",
+        "DATASCADENZA >= '2006-03-05'", "DATASCADENZA >='2006-03-01'", "DATASCADENZA <='2006-03-31'"}) {
+    EXPECT_THAT(Elenco(), HasSubstr(condizione));
+  }
+}
+
+TEST_F(ComandoBanca, LeVariazioniDiUnComandoNonTornanoNelSeguente) {
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  Recita([](FinestraElenco& finestra) { finestra.conferma(); });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_EQ(banco_.host.chiamate.size(), 1U);
+}
+
+TEST_F(ComandoBanca, LeVariazioniRifiutateNonTornanoNelSeguente) {
+  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  banco_.host.file.clear();
+  Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_EQ(banco_.host.chiamate.size(), 1U);
+}
+
+TEST_F(ComandoBanca, CreditiEDebitiInUnComandoRispondeLUltimo) {
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI /DEBITI"), "closed");
+  EXPECT_EQ(banco_.desktop.finestre, 2U);
+  EXPECT_THAT(Scadenze(), Contains("1 2006-04-05 30"));
+  EXPECT_THAT(banco_.host.file, IsEmpty());
+}
+
+TEST_F(ComandoBanca, DopoUnErroreDellaBaseDatiNessunoTogliePiuLaClessidraDelComando) {
+  Recita([this](FinestraElenco& finestra) {
+    DaiBanca(finestra, "31/03/2006", "Banca Seconda");
+    db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  // The command's own hourglass, then those of the request and of the call, each of which takes its own away.
+  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Clessidra, Puntatore::Clessidra,
+                                                    Puntatore::Predefinito, Puntatore::Predefinito));
+}
