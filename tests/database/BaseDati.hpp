@@ -1,0 +1,123 @@
+#pragma once
+
+#include "common/Stato.hpp"
+#include "platform/Servizi.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/OdbcSqlite.hpp"
+#include "support/PostgresServer.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// One server for the process, in a directory that every user may enter.
+inline test::PostgresServer& Postgres() {
+  static test::PostgresServer server(std::filesystem::temp_directory_path() /
+                                     ("lumoscad-base-" + std::to_string(getpid())));
+  return server;
+}
+
+/// A database of the accounting tables, on SQLite or on PostgreSQL ("postgres"). Its own statements are not told to
+/// the services' listener.
+class BaseDati {
+ public:
+  BaseDati(std::string_view genere, const std::string& dati) {
+    const ServiziSostituiti silenzio(Servizi{});
+    std::ifstream file(LUMOSCAD_SCHEMA);
+    const std::string schema{std::istreambuf_iterator<char>(file), {}};
+    if (genere == "postgres") {
+      test::OdbcConfiguration::instance();
+      static int quante = 0;
+      const std::string sorgente = Postgres().createDatabase("base" + std::to_string(++quante), schema + dati);
+      testo_ = Postgres().connectionText(sorgente);
+      opzioni_ = "-DB2SOURCE " + sorgente + " -DB2USER " + Postgres().user() + " -DB2PASS " + Postgres().password();
+    } else {
+      sqlite_ = std::make_unique<test::OdbcSqlite>(schema + dati);
+      testo_ = sqlite_->connectionText();
+      opzioni_ = "-DB2SOURCE " + sqlite_->source();
+    }
+  }
+
+  /// The options of a command line that lead to this database.
+  [[nodiscard]] const std::string& Opzioni() const noexcept { return opzioni_; }
+  void Apri(ado::Connection& connection) const {
+    connection.ConnectionString = testo_;
+    connection.Open();
+  }
+  void Esegui(std::string_view sql) const {
+    const ServiziSostituiti silenzio(Servizi{});
+    ado::Connection connection;
+    Apri(connection);
+    connection.Execute(sql);
+  }
+  /// The rows of a query: the values joined by "|", "NULL" for none.
+  [[nodiscard]] std::vector<std::string> Righe(std::string_view sql) const {
+    const ServiziSostituiti silenzio(Servizi{});
+    ado::Connection connection;
+    Apri(connection);
+    ado::Command comando;
+    comando.ActiveConnection = &connection;
+    comando.CommandText = sql;
+    std::vector<std::string> righe;
+    for (ado::Recordset insieme = comando.Execute(); !insieme.Eof(); insieme.MoveNext()) {
+      std::string riga;
+      for (std::size_t colonna = 0; colonna < insieme.Colonne(); ++colonna) {
+        riga.append(colonna == 0 ? "" : "|").append(insieme.Valore(colonna).value_or("NULL"));
+      }
+      righe.push_back(riga);
+    }
+    return righe;
+  }
+
+ private:
+  std::unique_ptr<test::OdbcSqlite> sqlite_;
+  std::string testo_;
+  std::string opzioni_;
+};
+
+/// Accounts of every class, open items, movements and instalments around 5 March 2006.
+inline const char* DatiDiProva() {
+  return "INSERT INTO AZIENDELINEE VALUES (1,'001',' ',' ');"
+         "INSERT INTO AZIENDELINEE VALUES (2,'002',' ',' ');"
+         "INSERT INTO CONTOCONTABILE VALUES (101,'C01','ROSSI SRL','01','INT1','N');"
+         "INSERT INTO CONTOCONTABILE VALUES (102,'C02','BIANCHI','02','INT2','N');"
+         "INSERT INTO CONTOCONTABILE VALUES (103,'F03','VERDI','03','INT3','N');"
+         "INSERT INTO CONTOCONTABILE VALUES (104,'F04','NERI','04',NULL,'S');"
+         "INSERT INTO CONTOCONTABILE VALUES (105,'G05','GENERALE','05',NULL,'N');"
+         "INSERT INTO CONTOCONTABILE VALUES (106,'B06','BANCA BETA','06',NULL,'S');"
+         "INSERT INTO CONTOCONTABILE VALUES (107,'B07','BANCA ALFA','07',NULL,'N');"
+         "INSERT INTO CONTOCONTABILE VALUES (108,'B08','BANCA CHIUSA','07',NULL,'S');"
+         "INSERT INTO PARTITACONTABILE VALUES (201,101,'2006   1','A');"
+         "INSERT INTO PARTITACONTABILE VALUES (202,102,'2006   2','A');"
+         "INSERT INTO PARTITACONTABILE VALUES (203,103,'2006   3','A');"
+         "INSERT INTO PARTITACONTABILE VALUES (204,104,'2006   4','A');"
+         "INSERT INTO PARTITACONTABILE VALUES (205,105,'2006   5','A');"
+         "INSERT INTO PARTITACONTABILE VALUES (206,101,'2005   6','C');"
+         "INSERT INTO MOVIMENTOCONTABILE VALUES (301,1,'N','A','1','2006','01');"
+         "INSERT INTO MOVIMENTOCONTABILE VALUES (302,1,'X','A','2','2006','01');"
+         "INSERT INTO MOVIMENTOCONTABILE VALUES (303,1,'N','A','3','2005','01');"
+         "INSERT INTO MOVIMENTOCONTABILE VALUES (304,1,'N','A','3','2006','01');";
+}
+
+/// An instalment: `valori` is key, company line, movement, open item, account, kind, suspended, due date, original
+/// date, number, bank and amount.
+inline std::string Rata(const std::string& valori) {
+  return "INSERT INTO EVENTOCONTABILE (EVENTOCONTABILEKEY,AZIENDALINEAKEY,MOVIMENTOKEY,PARTITACONTABILEKEY,"
+         "CONTOCONTABILE_KEY,TIPOEVENTO,SOSPESA,DATASCADENZA,DATASCADENZAORIGINALE,NUMERORATA,"
+         "BANCAPRESENTAZIONE_KEY,IMPORTOEURO) VALUES (" +
+         valori + ");";
+}
+
+/// The columns of the instalments that a procedure could write, one text an instalment, by key.
+inline std::vector<std::string> Rate(const BaseDati& base) {
+  return base.Righe("SELECT * FROM EVENTOCONTABILE ORDER BY EVENTOCONTABILEKEY");
+}
+
+} // namespace lumoscad::prova

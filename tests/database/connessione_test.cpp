@@ -1,0 +1,168 @@
+#include "BaseDati.hpp"
+#include "database/db2Searches.hpp"
+#include "database/moduloDatabase.hpp"
+#include "database/procedureLumoDB2.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+
+#include <utility>
+
+namespace lumoscad::moduloDatabase {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+TEST(ConnectionOptions, AreReadFromTheCommandLine) {
+  const auto letti = LeggiParametriDB2("BANCA /CREDITI -D 001 -DB2SOURCE CONTI -DB2USER ada -DB2PASS Segr3to "
+                                       "-DB2SCHEMA LUMO -H 10.0.0.1");
+  EXPECT_EQ(letti.DataSource, "CONTI");
+  EXPECT_EQ(letti.UserId, "ada");
+  EXPECT_EQ(letti.Password, "Segr3to");
+  EXPECT_EQ(letti.Schema, "LUMO");
+}
+
+TEST(ConnectionOptions, HaveNamesInAnyCaseAndValuesAsWritten) {
+  const auto letti = LeggiParametriDB2("-db2user ADMIN -Db2Pass sEGRETO");
+  EXPECT_EQ(letti.UserId, "ADMIN");
+  EXPECT_EQ(letti.Password, "sEGRETO");
+}
+
+TEST(ConnectionOptions, AreEmptyWhereTheyAreMissing) {
+  for (const char* comando : {"", "BANCA /CREDITI", "-DB2SOURCEX a DB2USER b"}) {
+    const auto letti = LeggiParametriDB2(comando);
+    EXPECT_EQ(letti.DataSource + letti.UserId + letti.Password + letti.Schema, "") << comando;
+  }
+}
+
+TEST(ConnectionOptions, TakeTheLastOfSeveralOccurrences) {
+  EXPECT_EQ(LeggiParametriDB2("-DB2USER uno -db2user due").UserId, "due");
+}
+
+TEST(ConnectionOptions, AreEmptyAsTheLastWord) {
+  const auto letti = LeggiParametriDB2("-DB2USER uno -DB2SOURCE a -DB2USER");
+  EXPECT_EQ(letti.UserId, "");
+  EXPECT_EQ(letti.DataSource, "a");
+}
+
+TEST(ConnectionOptions, AreEmptyBeforeADoubledBlank) {
+  EXPECT_EQ(LeggiParametriDB2("-DB2USER  ADMIN").UserId, "");
+}
+
+TEST(ConnectionOptions, MayBeTheValueOfTheOptionBeforeAndCountAllTheSame) {
+  const auto letti = LeggiParametriDB2("-DB2USER -DB2PASS x");
+  EXPECT_EQ(letti.UserId, "-DB2PASS");
+  EXPECT_EQ(letti.Password, "x");
+}
+
+TEST(ConnectionOptions, GiveTheSchemaThePasswordSettingWhereItIsMissingOrBlank) {
+  EXPECT_EQ(LeggiParametriDB2("-DB2USER ada -DB2PASS Segr3to").Schema, "Segr3to");
+  EXPECT_EQ(LeggiParametriDB2("-DB2PASS Segr3to -DB2SCHEMA").Schema, "Segr3to");
+  EXPECT_EQ(LeggiParametriDB2("-DB2PASS Segr3to -DB2SCHEMA  LUMO").Schema, "Segr3to");
+}
+
+TEST(Connecting, UsesTheWholeConnectionText) {
+  const prova::BaseDati base("sqlite", "");
+  ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
+  parametri.UserId = "ada";
+  parametri.Password = "Segr3to";
+  const auto connection = ApriConnessione(parametri);
+  EXPECT_EQ(connection->ConnectionString,
+            "Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30"
+            ";Password=Segr3to;User ID=ada;Data Source=" +
+                parametri.DataSource);
+  EXPECT_EQ(connection->CursorLocation, ado::CursorLocation::Client);
+  EXPECT_EQ(connection->State(), ado::State::Open);
+}
+
+TEST(Connecting, WithoutAnyOptionFailsWithTheErrorMessage) {
+  test::OdbcConfiguration::instance();
+  const prova::Banco banco;
+  stato().ComandoCorrente = "BANCA /CREDITI";
+  MsgAnnulla msg;
+  EXPECT_EQ(db2Searches::DescrizioneConto("C01", msg), "error");
+  EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -2147467259\r\n"));
+  EXPECT_GT(msg.Errore.size(), std::string("ERRORE: -2147467259\r\n").size());
+  EXPECT_THAT(banco.istruzioni, IsEmpty());
+}
+
+TEST(Connecting, ToAnUnknownSourceNeverShowsThePassword) {
+  test::OdbcConfiguration::instance();
+  const prova::Banco banco;
+  stato().ComandoCorrente = "BANCA /CREDITI -DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99";
+  VariazioniCanalizzazione variazioni(1);
+  MsgAnnulla msg;
+  EXPECT_EQ(procedureLumoDB2::AggiornaCanalizzazione(variazioni, "CREDITI", msg), "error");
+  EXPECT_THAT(msg.Errore, StartsWith("ERRORE: "));
+  EXPECT_THAT(msg.Errore, Not(HasSubstr("Segr3to99")));
+}
+
+TEST(Connecting, WithAWrongPasswordSaysSoWithoutThePassword) {
+  const prova::BaseDati base("postgres", "");
+  ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
+  parametri.Password = "Sbagliata77";
+  try {
+    static_cast<void>(ApriConnessione(parametri));
+    FAIL() << "the connection was opened";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_THAT(errore.Testo(), Not(IsEmpty()));
+    EXPECT_THAT(errore.Testo(), Not(HasSubstr("Sbagliata77")));
+  }
+}
+
+TEST(Closing, ClosesAnOpenConnectionAndToleratesNoneOrAClosedOne) {
+  const prova::BaseDati base("sqlite", "");
+  const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
+  ChiudiConnessione(connection.get());
+  EXPECT_EQ(connection->State(), ado::State::Closed);
+  ChiudiConnessione(connection.get());
+  ChiudiConnessione(nullptr);
+  EXPECT_EQ(connection->State(), ado::State::Closed);
+}
+
+TEST(Closing, ClosesAResultSetOnce) {
+  const prova::BaseDati base("sqlite", "");
+  const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
+  ado::Command comando = CreaComando(*connection, "SELECT CODICEAZIENDA FROM AZIENDELINEE");
+  EXPECT_EQ(comando.CommandType, ado::CommandType::Text);
+  EXPECT_EQ(comando.ActiveConnection, connection.get());
+  ado::Recordset righe = comando.Execute();
+  EXPECT_EQ(righe.State(), ado::State::Open);
+  ChiudiRecordset(righe);
+  EXPECT_EQ(righe.State(), ado::State::Closed);
+  ChiudiRecordset(righe);
+  EXPECT_EQ(righe.State(), ado::State::Closed);
+}
+
+TEST(ErrorText, IsNumberLineBreakAndDescription) {
+  EXPECT_EQ(TestoErrore(ErroreRuntime(-2147217900, "Errore di sintassi")), "ERRORE: -2147217900\r\nErrore di sintassi");
+}
+
+TEST(ErrorText, ShowsTheSourceOfAFailureWithoutDescription) {
+  EXPECT_EQ(TestoErrore(ErroreRuntime(errori::RicercaFallita, "", "AZIENDA INESISTENTE")),
+            "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
+}
+
+TEST(Transaction, IsUndoneUnlessConfirmed) {
+  const prova::BaseDati base("sqlite", "INSERT INTO AZIENDELINEE VALUES (1,'001',' ',' ');");
+  const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
+  {
+    const Transazione transazione(*connection);
+    connection->Execute("UPDATE AZIENDELINEE SET CODICEAZIENDA='002'");
+  }
+  EXPECT_THAT(base.Righe("SELECT CODICEAZIENDA FROM AZIENDELINEE"), ElementsAre("001"));
+  {
+    Transazione transazione(*connection);
+    connection->Execute("UPDATE AZIENDELINEE SET CODICEAZIENDA='002'");
+    transazione.Conferma();
+  }
+  EXPECT_THAT(base.Righe("SELECT CODICEAZIENDA FROM AZIENDELINEE"), ElementsAre("002"));
+}
+
+} // namespace
+} // namespace lumoscad::moduloDatabase

@@ -1,0 +1,125 @@
+#include "BaseDati.hpp"
+#include "database/db2Searches.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace lumoscad::db2Searches {
+namespace {
+
+using testing::ElementsAre;
+
+/// The failure that `ricerca` ends with.
+ErroreRuntime Fallimento(const std::function<std::int32_t()>& ricerca) {
+  try {
+    ADD_FAILURE() << "found " << ricerca();
+  } catch (const ErroreRuntime& errore) {
+    return errore;
+  }
+  return {0, ""};
+}
+
+void AttendiFallimento(const std::function<std::int32_t()>& ricerca, const std::string& testo) {
+  const ErroreRuntime errore = Fallimento(ricerca);
+  EXPECT_EQ(errore.Numero(), -2147220990);
+  EXPECT_EQ(errore.Descrizione(), "");
+  EXPECT_EQ(errore.Sorgente(), testo);
+}
+
+class KeySearch : public testing::TestWithParam<const char*> {
+ protected:
+  KeySearch() { base.Apri(connection); }
+
+  prova::BaseDati base{GetParam(), prova::DatiDiProva()};
+  ado::Connection connection;
+  prova::Banco banco;
+};
+
+INSTANTIATE_TEST_SUITE_P(Databases, KeySearch, testing::Values("sqlite", "postgres"),
+                         [](const auto& caso) { return std::string(caso.param); });
+
+TEST_P(KeySearch, FindsACompanyLineByItsThreeCodes) {
+  EXPECT_EQ(CercaAziendaLinea(connection, "002", " ", " "), 2);
+  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT AZIENDALINEAKEY FROM AZIENDELINEE WHERE "
+                                            "CODICEAZIENDA=? AND LINEA=? AND SOTTOLINEA=?"));
+  AttendiFallimento([&] { return CercaAziendaLinea(connection, "003", " ", " "); }, "AZIENDA INESISTENTE");
+  AttendiFallimento([&] { return CercaAziendaLinea(connection, "001", "L", " "); }, "AZIENDA INESISTENTE");
+}
+
+TEST_P(KeySearch, FindsAMovementOfOneYear) {
+  EXPECT_EQ(CercaMovimento(connection, "1", "N", "2005", "A", "3"), 303);
+  EXPECT_EQ(CercaMovimento(connection, "1", "N", "2006", "A", "3"), 304);
+  EXPECT_THAT(banco.istruzioni,
+              testing::Each("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
+                            "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=? AND ESERCIZIO=?"));
+}
+
+TEST_P(KeySearch, FindsAMovementOfAnyYear) {
+  EXPECT_EQ(CercaMovimento(connection, "1", "N", "#null#", "A", "1"), 301);
+  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
+                                            "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?"));
+}
+
+TEST_P(KeySearch, TakesEvenAnEmptyYearAsACondition) {
+  AttendiFallimento([&] { return CercaMovimento(connection, "1", "N", "", "A", "1"); },
+                    "MOVIMENTO CONTABILE INESISTENTE");
+  ASSERT_EQ(banco.istruzioni.size(), 1U);
+  EXPECT_THAT(banco.istruzioni[0], testing::EndsWith(" AND ESERCIZIO=?"));
+}
+
+TEST_P(KeySearch, FailsForAMovementThatIsMissingOrNotTheOnlyOne) {
+  const std::string testo = "MOVIMENTO CONTABILE INESISTENTE";
+  AttendiFallimento([&] { return CercaMovimento(connection, "1", "N", "#null#", "A", "3"); }, testo);
+  AttendiFallimento([&] { return CercaMovimento(connection, "2", "N", "#null#", "A", "1"); }, testo);
+  AttendiFallimento([&] { return CercaMovimento(connection, "1", "X", "#null#", "A", "1"); }, testo);
+}
+
+TEST_P(KeySearch, FindsAnAccountByItsCode) {
+  EXPECT_EQ(CercaContoContabile(connection, "B07"), 107);
+  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? "));
+}
+
+TEST_P(KeySearch, FailsForAnAccountThatIsMissingOrComesTwice) {
+  AttendiFallimento([&] { return CercaContoContabile(connection, "Z99"); }, "CONTO CONTABILE INESISTENTE");
+  base.Esegui("DROP INDEX CONTO_CODICE");
+  base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'B07','BANCA DOPPIA','07',NULL,'N')");
+  AttendiFallimento([&] { return CercaContoContabile(connection, "B07"); }, "CONTO CONTABILE INESISTENTE");
+}
+
+TEST_P(KeySearch, FindsAnOpenItemByAccountAndNumber) {
+  EXPECT_EQ(CercaPartitaContabile(connection, "103", "2006   3"), 203);
+  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT PARTITACONTABILEKEY FROM PARTITACONTABILE WHERE "
+                                            "CONTOCONTABILE_KEY=? AND NUMEROPARTITA=?"));
+  AttendiFallimento([&] { return CercaPartitaContabile(connection, "101", "2006   3"); },
+                    "PARTITA CONTABILE INESISTENTE");
+}
+
+TEST_P(KeySearch, BindsACodeAsAValueWhateverItHolds) {
+  AttendiFallimento([&] { return CercaContoContabile(connection, "B07' OR '1'='1"); }, "CONTO CONTABILE INESISTENTE");
+}
+
+TEST_P(KeySearch, TellsAnAccountsDescriptionOnAConnectionOfItsOwn) {
+  stato().ComandoCorrente = "BANCA /CREDITI " + base.Opzioni();
+  MsgAnnulla msg;
+  EXPECT_EQ(DescrizioneConto("C01", msg), "ROSSI SRL");
+  EXPECT_EQ(msg.Errore, "");
+  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT DESCRIZIONEVOCE FROM CONTOCONTABILE WHERE CODICECONTO=?"));
+}
+
+TEST_P(KeySearch, ReportsAnAccountWithoutDescriptionRow) {
+  stato().ComandoCorrente = base.Opzioni();
+  MsgAnnulla msg;
+  EXPECT_EQ(DescrizioneConto("Z99", msg), "error");
+  EXPECT_EQ(msg.Errore, "ERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE");
+}
+
+TEST_P(KeySearch, RaisesADatabaseFailureAsItIs) {
+  base.Esegui("DROP TABLE AZIENDELINEE");
+  EXPECT_NE(Fallimento([&] { return CercaAziendaLinea(connection, "001", " ", " "); }).Numero(), -2147220990);
+}
+
+} // namespace
+} // namespace lumoscad::db2Searches
