@@ -89,6 +89,7 @@ TEST(OdbcText, NamesSourceUserAndPassword) {
 TEST(OdbcText, PutsValuesInBracesWhereTheyNeedThem) {
   EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = "a;b", .Password = "x{y}z"}), "DSN=C;UID={a;b};PWD={x{y}}z};");
   EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = " a", .Password = "p=w"}), "DSN=C;UID={ a};PWD={p=w};");
+  EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = "a+b", .Password = "p%41"}), "DSN=C;UID={a+b};PWD={p%41};");
 }
 
 TEST(OdbcText, RefusesAnEmptyDataSource) {

@@ -1,0 +1,101 @@
+#include "AdoFixture.hpp"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+namespace lumoscad::ado {
+namespace {
+
+using testing::HasSubstr;
+
+TEST_P(Ado, UpdatesTheRowsOfAnEditableSetOneByOne) {
+  connection_.BeginTrans();
+  Recordset rows = editable(connection_, "GRUPPO=10");
+  for (; !rows.Eof(); rows.MoveNext()) {
+    rows.Fields("SOSPESA").SetValue("S");
+    EXPECT_EQ(rows.Fields("SOSPESA").Value(), "S");
+    rows.Update();
+    EXPECT_EQ(rows.Fields("SOSPESA").Value(), "S");
+  }
+  connection_.CommitTrans();
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "2");
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+}
+
+TEST_P(Ado, UpdatesFromAndToNull) {
+  Recordset rows = editable(connection_, "CHIAVE=3", "CHIAVE,SOSPESA,SCADENZA");
+  rows.Fields("SOSPESA").SetValue("N");
+  rows.Fields("SCADENZA").SetValue(std::nullopt);
+  rows.Update();
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=3"), "N");
+  EXPECT_EQ(single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+  rows.Fields("SCADENZA").SetValue("2007-01-31");
+  rows.Update();
+  EXPECT_EQ(single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=3"), "2007-01-31");
+}
+
+TEST_P(Ado, UpdatesDatesAmountsAndPaddedTextsByTheirOriginalValues) {
+  Recordset rows = editable(connection_, "CHIAVE=2", "CHIAVE,CODICE,QUANDO,IMPORTO");
+  rows.Fields("CODICE").SetValue("Z");
+  rows.Fields("QUANDO").SetValue("2008-02-29 00:00:00");
+  rows.Fields("IMPORTO").SetValue("12.50");
+  rows.Update();
+  EXPECT_EQ(single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=2"), "2008-02-29");
+  EXPECT_THAT(single("SELECT IMPORTO FROM EVENTI WHERE CHIAVE=2").value_or(""), testing::AnyOf("12.5", "12.50"));
+}
+
+TEST_P(Ado, CountsSettingTheSameValueAsSuccess) {
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("N");
+  EXPECT_NO_THROW(rows.Update());
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+}
+
+TEST_P(Ado, RefusesARowThatAnotherTerminalChanged) {
+  Connection other;
+  open(other);
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  other.Execute("UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("S");
+  const auto error = failure([&] { rows.Update(); });
+  EXPECT_EQ(error.Numero(), -2147217864);
+  EXPECT_THAT(error.Descrizione(), HasSubstr("altro terminale"));
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "X");
+}
+
+TEST_P(Ado, RefusesARowThatAnotherTerminalRemoved) {
+  Connection other;
+  open(other);
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  other.Execute("DELETE FROM EVENTI WHERE CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("N");
+  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+}
+
+TEST_P(Ado, RefusesAndUndoesAnUpdateOfMoreThanOneRow) {
+  Command select = command(connection_, "SELECT GRUPPO,SOSPESA FROM EVENTI WHERE CHIAVE=1");
+  Recordset rows;
+  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "GRUPPO"});
+  rows.Fields("SOSPESA").SetValue("S");
+  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "0");
+}
+
+TEST_P(Ado, RefusesToLeaveARowWithChangesNotSent) {
+  Recordset rows = editable(connection_, "GRUPPO=10");
+  rows.Fields("SOSPESA").SetValue("S");
+  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Numero(), 3219);
+  rows.Close();
+  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+}
+
+TEST_P(Ado, RefusesToEditAnythingButAnEditableSet) {
+  Recordset rows = query("SELECT CHIAVE,SOSPESA FROM EVENTI");
+  EXPECT_EQ(failure([&] { rows.Fields("SOSPESA").SetValue("S"); }).Numero(), 3219);
+  EXPECT_EQ(failure([&] { static_cast<void>(editable(connection_, "CHIAVE=1", "SOSPESA")); }).Numero(), 3265);
+}
+
+} // namespace
+} // namespace lumoscad::ado
