@@ -84,6 +84,21 @@ TEST_F(Entrata, ISottocomandiSiEseguonoNellOrdineInCuiSonoScritti) {
   EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area DEBITI", "Area DEBITI", "Area CREDITI"));
 }
 
+TEST_F(Entrata, RiattivaPrimaDiSospendereSeCosiEScritto) {
+  EXPECT_EQ(Esegui("-T SOSPESO /D /A -DEMO"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("La partita è stata riattivata", "La partita è stata sospesa"));
+}
+
+TEST_F(Entrata, LaDimostrazioneDiceCheEFattoSenzaLHost) {
+  EXPECT_EQ(Esegui("-t extra /a -D 1 -H 10.0.0.1 -demo"), "");
+  EXPECT_EQ(Esegui("-T EXTRA /A -D 1 -H 10.0.0.1 -DEMO"), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /A /D -DEMO"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Il movimento è stato annullato", "Il movimento è stato annullato",
+                                              "Il documento è stato sospeso ", "Il documento è stato riattivato"));
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_THAT(banco_.desktop.attese, IsEmpty());
+}
+
 TEST_F(Entrata, UnSottocomandoScrittoDueVolteSiEsegueDueVolte) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI /crediti"), "error");

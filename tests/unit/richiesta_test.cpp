@@ -201,6 +201,11 @@ TEST_F(Richiesta, ConUnRifiutoIlMessaggioSiMostraUgualmente) {
   EXPECT_THAT(banco_.desktop.box, ElementsAre("nota"));
 }
 
+TEST_F(Richiesta, UnRifiutoInBiancoEUnErroreAncheSenzaTesto) {
+  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  EXPECT_EQ(Fallisce(CambioScadenza()), " ");
+}
+
 TEST_F(Richiesta, OgniPassoFallitoDiventaUnErroreConNumeroETesto) {
   for (const char* passo : {"Invia", "Rinomina", "Esegui", "Cancella"}) {
     banco_.host.operazioni.clear();
