@@ -223,4 +223,17 @@ void Esegui(FinestraFinta& finta, const std::function<void(QDialog&)>& copione) 
   EXPECT_FALSE(elenco.Mostra());
 }
 
+QTableView& Lista(QDialog& finestra) {
+  return Trova<QTableView>(finestra, "LVScadenzeBanche");
+}
+
+void Clicca(QTableView& lista, int riga, int colonna) {
+  const QPoint centro = lista.visualRect(lista.model()->index(riga, colonna)).center();
+  QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, centro);
+}
+
+bool Visibile(QDialog& finestra, const char* nome) {
+  return Trova<QWidget>(finestra, nome).isVisible();
+}
+
 } // namespace lumoscad::prova

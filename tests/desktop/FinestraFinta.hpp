@@ -3,9 +3,11 @@
 #include "platform/Desktop.hpp"
 
 #include <QDialog>
+#include <QTableView>
 
 #include <functional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,5 +65,12 @@ template <class Widget> Widget& Trova(QWidget& dove, const char* nome) {
   }
   return *trovato;
 }
+
+/// The window's list.
+[[nodiscard]] QTableView& Lista(QDialog& finestra);
+/// Clicks in the middle of a cell.
+void Clicca(QTableView& lista, int riga, int colonna);
+/// Whether the widget called `nome` is on the screen.
+[[nodiscard]] bool Visibile(QDialog& finestra, const char* nome);
 
 } // namespace lumoscad::prova

@@ -2,13 +2,15 @@
 
 #include "platform/qt/Testi.hpp"
 
+#include <QPalette>
+#include <QString>
+#include <QWidget>
+
 namespace lumoscad::qt::aspetto {
 
 namespace {
 
 constexpr int PixelCarattere = 12;
-
-} // namespace
 
 QPalette Tavolozza() {
   QPalette tavolozza;
@@ -37,7 +39,15 @@ QPalette Tavolozza() {
 }
 
 QString FoglioDiStile() {
-  return QStringLiteral("QFrame#RigaScura { background: #2C4257; }"
+  return QStringLiteral("QLabel { color: #1E2A36; }"
+                        "QLabel#lblRighe { color: #5B6B7B; }"
+                        "QLineEdit, QPlainTextEdit { color: #1E2A36; selection-background-color: #1F629B;"
+                        " selection-color: #FFFFFF; }"
+                        "QTableView { background: #FFFFFF; }"
+                        "QComboBox { background-color: #FFFFFF; color: #1E2A36; }"
+                        "QComboBox QAbstractItemView { background: #FFFFFF; color: #1E2A36;"
+                        " selection-background-color: #1F629B; selection-color: #FFFFFF; }"
+                        "QFrame#RigaScura { background: #2C4257; }"
                         "QFrame#RigaSepara { background: #D5DEE7; }"
                         "QFrame#PicScrollVerticale, QFrame#PicScrollOrizzontale { background: #E6EDF4; }"
                         "QFrame#FrameScad, QFrame#FrameBanca { background: #1F629B; }"
@@ -54,6 +64,14 @@ QString FoglioDiStile() {
                         "QPushButton#PictureOk:hover { background: #2A73B0; }"
                         "QPushButton#PictureOk:pressed { background: #174F80; }"
                         "QPushButton#PictureOk:focus { border: 2px solid #0F3454; }");
+}
+
+} // namespace
+
+void Vesti(QWidget& finestra, std::string_view famiglia) {
+  finestra.setPalette(Tavolozza());
+  finestra.setFont(Carattere(famiglia));
+  finestra.setStyleSheet(FoglioDiStile());
 }
 
 QFont Carattere(std::string_view famiglia) {

@@ -2,10 +2,10 @@
 
 #include <QColor>
 #include <QFont>
-#include <QPalette>
-#include <QString>
 
 #include <string_view>
+
+class QWidget;
 
 /// The colours, fonts and measures that the windows share.
 namespace lumoscad::qt::aspetto {
@@ -30,10 +30,9 @@ inline constexpr QColor Rosso{0xA9, 0x3A, 0x32};
 inline constexpr QColor FondoVariato{0xFF, 0xF1, 0xC9};
 inline constexpr QColor InchiostroVariato{0x70, 0x45, 0x00};
 
-/// The light palette of every window, whatever the calling program's own one is.
-[[nodiscard]] QPalette Tavolozza();
-/// The rules for the few widgets that the palette alone does not dress.
-[[nodiscard]] QString FoglioDiStile();
+/// Gives `finestra` the light colours and the font of every window, whatever the calling program's own ones are.
+/// To be called before its widgets are made: a style sheet keeps later changes from reaching them.
+void Vesti(QWidget& finestra, std::string_view famiglia);
 /// The list font: `famiglia`, or what the system puts in its place, in the size that fits a row.
 [[nodiscard]] QFont Carattere(std::string_view famiglia);
 

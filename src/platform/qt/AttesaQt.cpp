@@ -28,8 +28,7 @@ AttesaQt::AttesaQt(std::string_view testo, int millisecondi, const std::function
       timer_(new QTimer(this)) {
   setObjectName(QStringLiteral("FormAspetta"));
   setWindowTitle(QStringLiteral("LumoScad"));
-  setPalette(aspetto::Tavolozza());
-  setFont(aspetto::Carattere({}));
+  aspetto::Vesti(*this, {});
   auto* etichetta = new QLabel(this);
   etichetta->setObjectName(QStringLiteral("lblAttesa"));
   etichetta->setTextFormat(Qt::PlainText);

@@ -1,6 +1,5 @@
 #include "platform/qt/FinestraElencoQt.hpp"
 
-#include "platform/qt/Aspetto.hpp"
 #include "platform/qt/Testi.hpp"
 
 #include <QAbstractItemView>
@@ -55,9 +54,6 @@ FinestraElencoQt::FinestraElencoQt(FinestraElenco& finestra, QWidget* padre)
       finestra_(finestra), modello_(finestra), parti_(*this, finestra, modello_) {
   setObjectName(Testo(finestra.nome));
   setWindowTitle(Testo(finestra.titolo));
-  setPalette(aspetto::Tavolozza());
-  setStyleSheet(aspetto::FoglioDiStile());
-  setFont(aspetto::Carattere(finestra.carattere));
   modello_.guasto = [this](std::exception_ptr errore) {
     errore_ = std::move(errore);
     QMetaObject::invokeMethod(
@@ -121,6 +117,9 @@ void FinestraElencoQt::CollegaLista() {
   gesti.rilascia = [this] { Rilascia(); };
   gesti.attiva = [this](const QModelIndex& cella) { parti_.vista->Premi(cella); };
   gesti.digita = [this](const QModelIndex& cella, const QString& cifra) { Digita(cella, cifra); };
+  gesti.bloccata = [this] {
+    (parti_.FrameScad->isHidden() ? static_cast<QWidget*>(parti_.cmbBanche2) : parti_.TextScad)->setFocus();
+  };
   gesti.disposta = [this] {
     parti_.testate->Disponi();
     PosizionaEditor();

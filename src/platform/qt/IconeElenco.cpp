@@ -74,6 +74,13 @@ void FrecceNeutre(QPainter& disegno) {
   disegno.drawPath(frecce);
 }
 
+void Quadrato(QPainter& disegno) {
+  disegno.setPen(Qt::NoPen);
+  disegno.setBrush(QColor(0x8F, 0xA0, 0xB1));
+  disegno.drawRoundedRect(QRectF(1.5, 1.5, 13.0, 13.0), 2.5, 2.5);
+  SegnoDiSpunta(disegno, Penna(aspetto::FondoTestata, 1.8));
+}
+
 void Croce(QPainter& disegno) {
   disegno.setPen(Penna(aspetto::Rosso, 2.2));
   disegno.drawLine(QPointF(4.0, 4.0), QPointF(12.0, 12.0));
@@ -120,6 +127,8 @@ std::string_view Chiave(IconaElenco icona) {
     return "SORTED";
   case IconaElenco::Unsorted:
     return "UNSORTED";
+  case IconaElenco::Quadratino:
+    return "QUADRATINO";
   case IconaElenco::Conferma:
     return "CONFERMA";
   case IconaElenco::Annulla:
@@ -149,6 +158,9 @@ void Disegna(QPainter& disegno, const QRectF& area, IconaElenco icona) {
     break;
   case IconaElenco::Unsorted:
     FrecceNeutre(disegno);
+    break;
+  case IconaElenco::Quadratino:
+    Quadrato(disegno);
     break;
   case IconaElenco::Conferma:
     SegnoDiSpunta(disegno, Penna(aspetto::Carta, 2.4));

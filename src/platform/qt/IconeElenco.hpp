@@ -9,8 +9,9 @@ class QPainter;
 
 namespace lumoscad::qt {
 
-/// The pictures of a list window: the six of its image list and those of the two buttons.
-enum class IconaElenco { ChkOn, ChkOff, OptOn, OptOff, Sorted, SortedInverso, Unsorted, Conferma, Annulla };
+/// The pictures of a list window: the six of its image list and those of the
+/// tick columns' headings and of the two buttons.
+enum class IconaElenco { ChkOn, ChkOff, OptOn, OptOff, Sorted, SortedInverso, Unsorted, Quadratino, Conferma, Annulla };
 
 /// The key of a picture, "CHKON" for instance; both directions of the sorted indicator are "SORTED".
 [[nodiscard]] std::string_view Chiave(IconaElenco icona);

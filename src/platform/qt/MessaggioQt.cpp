@@ -57,9 +57,7 @@ MessaggioQt::MessaggioQt(std::string_view testo, std::string_view titolo, QWidge
     : QDialog(padre, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint) {
   setObjectName(QStringLiteral("MostraMessaggio"));
   setWindowTitle(Testo(titolo));
-  setPalette(aspetto::Tavolozza());
-  setStyleSheet(aspetto::FoglioDiStile());
-  setFont(aspetto::Carattere({}));
+  aspetto::Vesti(*this, {});
   const QString corpo = ConInterruzioni(testo);
   const bool lungo = corpo.size() > CaratteriMassimi || corpo.count(QLatin1Char('\n')) >= RigheMassime;
   QWidget* scritta = lungo ? CampoLungo(corpo, this) : Etichetta(corpo, this);

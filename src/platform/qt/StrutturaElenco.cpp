@@ -82,6 +82,8 @@ void AggiungiEtichette(const FinestraElenco& finestra, QBoxLayout& riga, QWidget
       QFont carattere = etichetta->font();
       carattere.setBold(true);
       etichetta->setFont(carattere);
+    } else {
+      etichetta->setContentsMargins(16, 0, 0, 0); // sets the pair apart from what is before it
     }
     etichetta->setVisible(!voce.testo.empty());
     riga.addWidget(etichetta);
@@ -102,6 +104,7 @@ QPushButton* PulsanteImmagine(const QString& nome, const QString& testo, IconaEl
 } // namespace
 
 StrutturaElenco::StrutturaElenco(QDialog& dialogo, const FinestraElenco& finestra, ModelloElenco& modello) {
+  aspetto::Vesti(dialogo, finestra.carattere);
   auto* pila = new QVBoxLayout(&dialogo);
   pila->setContentsMargins(MargineFinestra, 10, MargineFinestra, 10);
   pila->setSpacing(0);
@@ -135,7 +138,6 @@ void StrutturaElenco::Sopra(QDialog& dialogo, const FinestraElenco& finestra, QB
   if (finestra.campoBanca) {
     rigaBanca->addWidget(CampoBanca(finestra, contenitoreBanca));
   }
-  primaRiga->addSpacing(16);
   AggiungiEtichette(finestra, *primaRiga, rigaScadenza);
   primaRiga->addStretch(1);
   if (rigaBanca != primaRiga) {
@@ -227,9 +229,6 @@ void StrutturaElenco::Sotto(QDialog& dialogo, QBoxLayout& pila) {
   QHBoxLayout* riga = InRiga(frameOkAnnulla, 10, 0);
   lblRighe = new QLabel(frameOkAnnulla);
   lblRighe->setObjectName(QStringLiteral("lblRighe"));
-  QPalette tenue = lblRighe->palette();
-  tenue.setColor(QPalette::WindowText, aspetto::InchiostroTenue);
-  lblRighe->setPalette(tenue);
   PictureOk = PulsanteImmagine(QStringLiteral("PictureOk"), QStringLiteral("&Conferma"), IconaElenco::Conferma,
                                QStringLiteral("Conferma le variazioni (Ctrl+Invio)"), frameOkAnnulla);
   PictureAnnulla = PulsanteImmagine(QStringLiteral("PictureAnnulla"), QStringLiteral("&Annulla"), IconaElenco::Annulla,

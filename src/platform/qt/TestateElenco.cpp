@@ -17,6 +17,7 @@ namespace {
 constexpr int Margine = 6;
 constexpr int LatoIndicatore = 10;
 constexpr int LatoQuadratino = 14;
+constexpr int PixelTestata = 11; // bold is wider: one pixel less keeps the longest heading whole
 
 } // namespace
 
@@ -53,6 +54,7 @@ void TestataQt::paintEvent(QPaintEvent*) {
   disegno.drawLine(width() - 1, 0, width() - 1, height());
   QFont carattere = font();
   carattere.setBold(true);
+  carattere.setPixelSize(PixelTestata);
   disegno.setFont(carattere);
   disegno.setPen(aspetto::Inchiostro);
   const QRect area = rect().adjusted(Margine, LatoIndicatore + 2, -Margine, -2);
@@ -121,9 +123,10 @@ void TestateElenco::AggiungiColonneScoperte() {
     if (c.larghezza <= 0) {
       continue;
     }
-    if (c.genere == ColonnaElenco::Genere::Spunta && quadratino_ == nullptr) {
-      quadratino_ = new ImmagineQt(QStringLiteral("TLwTestataQuadratino"), IconaElenco::ChkOff, this);
-      colonnaQuadratino_ = colonna;
+    if (c.genere == ColonnaElenco::Genere::Spunta) {
+      const QString nome = QStringLiteral("TLwTestataQuadratino");
+      quadratini_.emplace_back(colonna, new ImmagineQt(quadratini_.empty() ? nome : nome + QString::number(colonna),
+                                                       IconaElenco::Quadratino, this));
     }
     if (Coperta(colonna)) {
       continue;
@@ -135,8 +138,8 @@ void TestateElenco::AggiungiColonneScoperte() {
     voce.prima = voce.ultima = colonna;
     voci_.push_back(voce);
   }
-  if (quadratino_ != nullptr) {
-    quadratino_->raise();
+  for (const auto& [colonna, quadratino] : quadratini_) {
+    quadratino->raise();
   }
 }
 
@@ -159,11 +162,10 @@ void TestateElenco::Disponi() {
       voce.indicatore->raise();
     }
   }
-  if (quadratino_ != nullptr) {
-    const int sinistra = inizio + vista_.columnViewportPosition(colonnaQuadratino_);
-    const int larghezza = vista_.columnWidth(colonnaQuadratino_);
-    quadratino_->setGeometry(sinistra + (larghezza - LatoQuadratino) / 2, (height() - LatoQuadratino) / 2 + 4,
-                             LatoQuadratino, LatoQuadratino);
+  for (const auto& [colonna, quadratino] : quadratini_) {
+    const int sinistra = inizio + vista_.columnViewportPosition(colonna);
+    quadratino->setGeometry(sinistra + (vista_.columnWidth(colonna) - LatoQuadratino) / 2,
+                            (height() - LatoQuadratino) / 2 + 4, LatoQuadratino, LatoQuadratino);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 class QTableView;
@@ -73,8 +74,7 @@ class TestateElenco final : public QWidget {
   const FinestraElenco& finestra_;
   QTableView& vista_;
   std::vector<Voce> voci_;
-  ImmagineQt* quadratino_ = nullptr;
-  int colonnaQuadratino_ = -1;
+  std::vector<std::pair<int, ImmagineQt*>> quadratini_; ///< the tick columns and their squares
 };
 
 } // namespace lumoscad::qt

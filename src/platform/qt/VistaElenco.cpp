@@ -161,7 +161,12 @@ void VistaElenco::keyPressEvent(QKeyEvent* evento) {
     evento->ignore();
     return;
   }
-  if (bloccata_ || TastoSullaCella(*evento) || TastoDiMovimento(*evento)) {
+  if (bloccata_) {
+    gesti.bloccata();
+    evento->accept();
+    return;
+  }
+  if (TastoSullaCella(*evento) || TastoDiMovimento(*evento)) {
     evento->accept();
     return;
   }

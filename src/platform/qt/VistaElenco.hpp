@@ -21,6 +21,7 @@ class VistaElenco final : public QTableView {
     std::function<void()> rilascia;                       ///< left button up after a press in the list
     std::function<void(const QModelIndex& cella)> attiva; ///< a tick or an editor, by keyboard
     std::function<void(const QModelIndex& cella, const QString& cifra)> digita; ///< a digit on a date cell
+    std::function<void()> bloccata;                                             ///< a key while the list is blocked
     std::function<void()> disposta;                                             ///< columns or scroll position changed
   };
 

@@ -1,0 +1,178 @@
+#include "FinestraFinta.hpp"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QTableView>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace lumoscad::prova {
+namespace {
+
+TEST(EditorCella, SpaceTicksAndEnterOrF2OpensTheEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    QTest::keyClick(&lista, Qt::Key_Space);
+    EXPECT_TRUE(finta.spunte.count({0, FinestraFinta::ColonnaSpuntaData}));
+    QTest::keyClick(&lista, Qt::Key_Right);
+    QTest::keyClick(&lista, Qt::Key_Space);
+    EXPECT_FALSE(finta.stato.data.visibile);
+    QTest::keyClick(&lista, Qt::Key_F2);
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(Visibile(finestra, "TextScad"));
+    QTest::keyClick(&lista, Qt::Key_Return);
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+  });
+}
+
+TEST(EditorCella, TheDateEditorLiesOverItsCellAndHasTheFocus) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Clicca(lista, 5, FinestraFinta::ColonnaData);
+    auto& cornice = Trova<QWidget>(finestra, "FrameScad");
+    ASSERT_TRUE(cornice.isVisible());
+    EXPECT_TRUE(Trova<QWidget>(finestra, "TextScad").hasFocus());
+    const QRect cella = lista.visualRect(lista.model()->index(5, FinestraFinta::ColonnaData));
+    EXPECT_EQ(lista.viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
+    EXPECT_EQ(cornice.size(), cella.size());
+    EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "06/01/2006");
+  });
+}
+
+TEST(EditorCella, EnterWritesTheTypedDateAndGoesToTheNextRow) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 5, FinestraFinta::ColonnaData);
+    QTest::keyClicks(QApplication::focusWidget(), "050307");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(finta.nuovaData, "050307");
+    EXPECT_EQ(finta.Volte("tastoEditor 13"), 1);
+    EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+    EXPECT_EQ(finta.stato.selezionata, 6);
+    EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaData);
+  });
+}
+
+TEST(EditorCella, TabWritesTheDateAndGoesToTheNextEditableCell) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 5, FinestraFinta::ColonnaData);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Delete);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(finta.nuovaData, "");
+    EXPECT_EQ(finta.Volte("tastoEditor 9"), 1);
+    EXPECT_EQ(finta.stato.selezionata, 5);
+    EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaBanca);
+  });
+}
+
+TEST(EditorCella, ADigitOnADateCellOpensTheEditorWithIt) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTest::keyClick(&Lista(finestra), Qt::Key_Right);
+    QTest::keyClick(&Lista(finestra), Qt::Key_3);
+    EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "3");
+    QTest::keyClicks(QApplication::focusWidget(), "10306");
+    EXPECT_EQ(finta.stato.data.testo, "310306");
+  });
+}
+
+TEST(EditorCella, AnOpenEditorCoversTheScrollBarsAndStopsTheWheel) {
+  FinestraFinta finta(100);
+  Esegui(finta, [&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Clicca(lista, 2, FinestraFinta::ColonnaData);
+    EXPECT_TRUE(Visibile(finestra, "PicScrollVerticale"));
+    const QPointF centro = lista.viewport()->rect().center();
+    QWheelEvent rotella(centro, lista.viewport()->mapToGlobal(centro), {}, {0, -480}, {}, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(lista.viewport(), &rotella);
+    EXPECT_EQ(lista.verticalScrollBar()->value(), 0);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(Visibile(finestra, "PicScrollVerticale"));
+    QWheelEvent ancora(centro, lista.viewport()->mapToGlobal(centro), {}, {0, -480}, {}, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(lista.viewport(), &ancora);
+    EXPECT_GT(lista.verticalScrollBar()->value(), 0);
+  });
+}
+
+TEST(EditorCella, TheBankEditorOpensClosedOnItsEntryAndClosesWhenItLosesTheFocus) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+    auto& combo = Trova<QComboBox>(finestra, "cmbBanche2");
+    ASSERT_TRUE(combo.isVisible());
+    EXPECT_TRUE(combo.hasFocus());
+    EXPECT_EQ(combo.currentIndex(), 2);
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    QTest::keyClick(&combo, Qt::Key_Down);
+    EXPECT_EQ(finta.Volte("scegliBancaCella 3"), 1);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    QTest::keyClick(&combo, Qt::Key_Return);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 1);
+    EXPECT_FALSE(combo.isVisible());
+    EXPECT_EQ(finta.stato.selezionata, 2);
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+  });
+}
+
+TEST(EditorCella, OpeningTheBankListDoesNotCountAsLeavingTheEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+    auto& combo = Trova<QComboBox>(finestra, "cmbBanche2");
+    combo.showPopup();
+    QTest::qWait(50);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    combo.hidePopup();
+    QTest::qWait(50);
+    EXPECT_TRUE(combo.isVisible());
+  });
+}
+
+TEST(EditorCella, EscInAnEditorAbandonsItAndAppliesNothing) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(finta.Volte("abbandonaEditor"), 1);
+    EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 0);
+    EXPECT_FALSE(Visibile(finestra, "FrameBanca"));
+    EXPECT_TRUE(finestra.isVisible());
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+  });
+}
+
+TEST(EditorCella, AClickInAnotherCellClosesTheEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaData);
+    Clicca(Lista(finestra), 8, 0);
+    EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+    Clicca(Lista(finestra), 2, FinestraFinta::ColonnaData);
+    Clicca(Lista(finestra), 9, FinestraFinta::ColonnaData);
+    const QRect cella = Lista(finestra).visualRect(Lista(finestra).model()->index(9, FinestraFinta::ColonnaData));
+    auto& cornice = Trova<QWidget>(finestra, "FrameScad");
+    EXPECT_EQ(Lista(finestra).viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
+  });
+}
+
+TEST(EditorCella, AKeyInTheListGoesBackToTheOpenEditor) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, FinestraFinta::ColonnaData);
+    Lista(finestra).setFocus();
+    QTest::keyClick(&Lista(finestra), Qt::Key_Down);
+    EXPECT_EQ(finta.stato.selezionata, 1);
+    EXPECT_TRUE(Trova<QWidget>(finestra, "TextScad").hasFocus());
+  });
+}
+
+} // namespace
+} // namespace lumoscad::prova
