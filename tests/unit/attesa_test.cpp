@@ -1,0 +1,96 @@
+#include "common/MsgAnnulla.hpp"
+#include "common/Stato.hpp"
+#include "host/FormAspetta.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace lumoscad;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class Attesa : public testing::Test {
+ protected:
+  /// An action without a database side, unless another is given.
+  std::string Visualizza(const std::vector<std::string>& parametriDB2 = {"01", "ALTRO"}) {
+    return FormAspetta().Visualizza("copia", "PROGRAMMA", {"a", "", "b "}, parametriDB2, risposta_);
+  }
+
+  prova::Banco banco_;
+  MsgAnnulla risposta_;
+};
+
+} // namespace
+
+TEST_F(Attesa, ValeLIndirizzoDelComandoNonLaCopiaDellaFinestra) {
+  stato().HostIP = "10.0.0.7";
+  EXPECT_EQ(Visualizza(), "");
+  EXPECT_THAT(banco_.host.host, ElementsAre("10.0.0.7"));
+}
+
+TEST_F(Attesa, IlProgrammaRiceveIParametriCosiComeSono) {
+  EXPECT_EQ(Visualizza(), "");
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui PROGRAMMA"));
+  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("a", "", "b ")));
+}
+
+TEST_F(Attesa, IlLavoroSiFaDentroLaFinestraDopoDuecentoMillisecondi) {
+  std::size_t attese = 0;
+  banco_.host.guasto = [&](const std::string&) { attese = banco_.desktop.attese.size(); };
+  EXPECT_EQ(Visualizza(), "");
+  EXPECT_EQ(attese, 1U);
+  EXPECT_THAT(banco_.desktop.attese, ElementsAre("Attendere, sto variando il movimento"));
+  EXPECT_THAT(banco_.desktop.intervalli, ElementsAre(200));
+}
+
+TEST_F(Attesa, LaRispostaVaAllOggettoDelChiamante) {
+  banco_.host.risposta = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
+  EXPECT_EQ(Visualizza(), "");
+  EXPECT_EQ(risposta_.Messaggio, "fatto");
+  EXPECT_EQ(risposta_.Errore, "");
+}
+
+TEST_F(Attesa, UnRifiutoFaErroreSenzaBox) {
+  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  EXPECT_EQ(Visualizza(), "error");
+  EXPECT_THAT(banco_.desktop.box, IsEmpty()) << "mostrare spetta al chiamante";
+}
+
+TEST_F(Attesa, UnErroreDiUnSoloSpazioFaErrore) {
+  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  EXPECT_EQ(Visualizza(), "error");
+  EXPECT_EQ(risposta_.Errore, " ");
+}
+
+TEST_F(Attesa, IlRisultatoEQuelloDelleAzioni) {
+  stato().ComandoCorrente = "-DB2SOURCE CHE-NON-ESISTE";
+  EXPECT_EQ(Visualizza({"01", "SOSPESOCREA", "C", "P", ""}), "error");
+  EXPECT_THAT(risposta_.Errore, testing::StartsWith("ERRORE: "));
+}
+
+TEST_F(Attesa, IlGuastoArrivaAlChiamanteELeAzioniNonPartono) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(75, "Guasto"); };
+  try {
+    static_cast<void>(Visualizza({"01", "SOSPESOCREA", "C", "P", ""}));
+    FAIL() << "nessun errore";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), 75);
+  }
+  EXPECT_EQ(risposta_.Errore, "");
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+}
+
+TEST_F(Attesa, UnaFinestraUsataDiNuovoNonRicordaIlRisultatoDiPrima) {
+  FormAspetta finestra;
+  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  EXPECT_EQ(finestra.Visualizza("h", "P", {}, {"", "ALTRO"}, risposta_), "error");
+  banco_.host.risposta = "<R/>";
+  MsgAnnulla seconda;
+  EXPECT_EQ(finestra.Visualizza("h", "P", {}, {"", "ALTRO"}, seconda), "");
+}

@@ -1,0 +1,166 @@
+#include "common/Stato.hpp"
+#include "host/RichiestaScadenze.hpp"
+#include "host/Risposte.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <vector>
+
+using namespace lumoscad;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+namespace {
+
+const RigaScadenze Prima = {"C10", "2006   15", "31/03/2006", "28/02/2006", "5/4/06"};
+const RigaScadenze Seconda = {"C10", "2006   15", "30/04/2006", "31/03/2006", "10/05/2006"};
+const RigaScadenze SenzaNuova = {"C10", "2006   15", "31/05/2006", "30/04/2006", ""};
+constexpr const char* Nome = "T0120060305140709";
+
+class RichiestaScadenzeTest : public testing::Test {
+ protected:
+  RichiestaScadenzeTest() {
+    stato().HostIP = "10.0.0.1";
+    stato().Azienda = "01";
+    stato().TipoComando = "BANCA";
+  }
+  /// Without a database the reply actions answer "error", which tells that they ran.
+  std::string Invia(const std::vector<RigaScadenze>& righe) { return ScriviRichiestaScadenze(righe); }
+  [[nodiscard]] std::string FileLocale() const { return banco_.ambiente.CartellaLocale + "/" + Nome; }
+  int Fallisce(const std::vector<RigaScadenze>& righe) {
+    try {
+      static_cast<void>(Invia(righe));
+    } catch (const ErroreRuntime& errore) {
+      return errore.Numero();
+    }
+    return 0;
+  }
+
+  prova::Banco banco_;
+};
+
+std::string Leggi(const std::string& percorso) {
+  std::ifstream file(percorso, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+TEST_F(RichiestaScadenzeTest, LaRigaPortaContoPartitaOriginaleENuovaScadenzaComeSonoScritti) {
+  EXPECT_EQ(Invia({Prima, Seconda}), "error");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,28/02/2006,5/4/06\r\n"
+                                               "C10,2006   15,31/03/2006,10/05/2006\r\n"));
+}
+
+TEST_F(RichiestaScadenzeTest, LeRigheSenzaNuovaScadenzaNonViaggiano) {
+  RigaScadenze inBianco = SenzaNuova;
+  inBianco.nuovaScadenza = "  ";
+  EXPECT_EQ(Invia({SenzaNuova, Prima, inBianco}), "error");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,28/02/2006,5/4/06\r\n"));
+}
+
+TEST_F(RichiestaScadenzeTest, LaRichiestaHaCentounoParametri) {
+  banco_.ambiente.CodicePostazione = " T01 ";
+  EXPECT_EQ(Invia({Prima}), "error");
+  std::vector<std::string> attesi(101);
+  attesi[0] = "01";
+  attesi[1] = "SCRIVISCADENZE";
+  attesi[2] = "BANCA";
+  attesi[3] = " T01 ";
+  attesi[4] = "/tmp/T0120060305140709.dos";
+  EXPECT_THAT(banco_.host.chiamate, ElementsAre(attesi));
+}
+
+TEST_F(RichiestaScadenzeTest, LeOperazioniSonoInQuestOrdine) {
+  EXPECT_EQ(Invia({Prima}), "error");
+  const std::string remoto = std::string("/tmp/") + Nome;
+  EXPECT_THAT(banco_.host.operazioni,
+              ElementsAre("Invia " + remoto, "Rinomina " + remoto + " " + remoto + ".dos", "Esegui VB0001",
+                          "Cancella " + remoto, "Cancella " + remoto + ".dos"));
+  EXPECT_THAT(banco_.host.host, Each("10.0.0.1"));
+  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
+  EXPECT_EQ(banco_.desktop.respiri, 2U);
+}
+
+TEST_F(RichiestaScadenzeTest, IlFileLocaleResta) {
+  EXPECT_EQ(Invia({Prima}), "error");
+  EXPECT_EQ(Leggi(FileLocale()), "C10,2006   15,28/02/2006,5/4/06\r\n");
+}
+
+TEST_F(RichiestaScadenzeTest, SenzaNuoveScadenzeLHostNonEContattato) {
+  EXPECT_EQ(Invia({}), "");
+  EXPECT_EQ(Invia({SenzaNuova, SenzaNuova}), "");
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_EQ(stato().RispostaPartita, nullptr);
+  EXPECT_TRUE(std::filesystem::exists(FileLocale()));
+  EXPECT_EQ(Leggi(FileLocale()), "");
+}
+
+TEST_F(RichiestaScadenzeTest, TrentadueRigheCiStanno) {
+  const std::vector<RigaScadenze> righe(32, Prima);
+  EXPECT_EQ(Invia(righe), "error");
+  ASSERT_THAT(banco_.host.inviati, SizeIs(1));
+  EXPECT_EQ(banco_.host.inviati[0].size(), 32 * std::string("C10,2006   15,28/02/2006,5/4/06\r\n").size());
+}
+
+TEST_F(RichiestaScadenzeTest, LaTrentatreesimaEUnErroreDiIndice) {
+  EXPECT_EQ(Fallisce(std::vector<RigaScadenze>(33, Prima)), 9);
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(RichiestaScadenzeTest, LeRigheInBiancoNonContanoPerIlLimite) {
+  std::vector<RigaScadenze> righe(32, Prima);
+  righe.insert(righe.begin(), 50, SenzaNuova);
+  EXPECT_EQ(Invia(righe), "error");
+  EXPECT_THAT(banco_.host.chiamate, SizeIs(1));
+}
+
+TEST_F(RichiestaScadenzeTest, UnaDataCheNonSiDivideFermaLaRichiestaPrimaDellHost) {
+  RigaScadenze riga = Prima;
+  riga.nuovaScadenza = "050406";
+  EXPECT_EQ(Fallisce({riga}), 9);
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(RichiestaScadenzeTest, UnSeparatoreInUnCampoFermaLaRichiestaPrimaDellHost) {
+  RigaScadenze riga = Prima;
+  riga.conto = "C1,0";
+  EXPECT_EQ(Fallisce({riga}), 13);
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(RichiestaScadenzeTest, LaRispostaVaAUnaPartitaNuovaELeAzioniAUnMessaggioNuovo) {
+  banco_.host.risposta = "<R><CONTO>C10</CONTO><ERRORE>no</ERRORE><SCADENZE><S><IMPORTO>5</IMPORTO></S></SCADENZE></R>";
+  EXPECT_EQ(Invia({Prima}), "error");
+  const auto risposta = stato().Risposta;
+  const auto partita = stato().RispostaPartita;
+  ASSERT_NE(risposta, nullptr);
+  ASSERT_NE(partita, nullptr);
+  EXPECT_EQ(partita->Conto, "C10");
+  ASSERT_THAT(partita->Scadenze, SizeIs(1));
+  EXPECT_EQ(partita->Scadenze[0]->Importo, "5");
+  EXPECT_THAT(risposta->Errore, StartsWith("ERRORE: ")) << "l'errore delle azioni, non quello della risposta";
+  EXPECT_EQ(Invia({Prima}), "error");
+  EXPECT_NE(stato().Risposta, risposta);
+  EXPECT_NE(stato().RispostaPartita, partita);
+}
+
+TEST_F(RichiestaScadenzeTest, IlGuastoSalgeELasciaIFileSullHost) {
+  banco_.host.guasto = [](const std::string& operazione) {
+    if (operazione.rfind("Esegui", 0) == 0) {
+      throw ErroreRuntime(errori::AccessoAlFile, "Guasto");
+    }
+  };
+  EXPECT_EQ(Fallisce({Prima}), 75);
+  EXPECT_THAT(banco_.host.file, ElementsAre(testing::Key("/tmp/" + std::string(Nome) + ".dos")));
+  EXPECT_TRUE(std::filesystem::exists(FileLocale()));
+}

@@ -1,0 +1,236 @@
+#include "common/Stato.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace lumoscad;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* Rifiuto = "<R><ERRORE>Conto bloccato</ERRORE></R>";
+
+/// The commands that send parameters only. The host refuses, so that no database is needed; what a database does is
+/// tested with one.
+class SenzaSchermo : public testing::Test {
+ protected:
+  SenzaSchermo() { banco_.host.risposta = Rifiuto; }
+
+  std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
+  /// The parameters of the one call that `comando` makes.
+  std::vector<std::string> Chiamata(const std::string& comando) {
+    banco_.host.chiamate.clear();
+    EXPECT_EQ(Esegui(comando), "error");
+    EXPECT_THAT(banco_.host.chiamate, SizeIs(1)) << comando;
+    return banco_.host.chiamate.empty() ? std::vector<std::string>() : banco_.host.chiamate.front();
+  }
+  void NienteInviato() const {
+    EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+    EXPECT_THAT(banco_.desktop.attese, IsEmpty());
+  }
+
+  prova::Banco banco_;
+};
+
+} // namespace
+
+TEST_F(SenzaSchermo, LaSospensioneMandaSeiParametriConLaPostazione) {
+  EXPECT_THAT(Chiamata("-T SOSPESO /A -H 10.0.0.1 -D 01 -C C10 -P AB 123"),
+              ElementsAre("01", "SOSPESOCREA", "C10", "AB123", "T01", ""));
+  EXPECT_THAT(banco_.host.host, ElementsAre("10.0.0.1"));
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui VB0001")) << "nessun file viaggia";
+}
+
+TEST_F(SenzaSchermo, LaRiattivazioneMandaCinqueParametriSenzaLaPostazione) {
+  EXPECT_THAT(Chiamata("-T SOSPESO /D -H 10.0.0.1 -D 01 -C C10 -P AB 123"),
+              ElementsAre("01", "SOSPESOCANCELLA", "C10", "AB123", ""));
+}
+
+TEST_F(SenzaSchermo, IDueComandiDelPresuntoMandanoSetteParametriSenzaLEsercizio) {
+  EXPECT_THAT(Chiamata("-T PRESUNTO /A -H h -D 01 -S OC -A 06 -N 123 -E 2006"),
+              ElementsAre("01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""));
+  EXPECT_THAT(Chiamata("-T PRESUNTO /D -H h -D 01 -S OC -A 06 -N 123 -E 2006"),
+              ElementsAre("01", "PRESUNTOCANCELLA", "OC", "06", "123", "T01", ""));
+}
+
+TEST_F(SenzaSchermo, LExtraMandaSeiParametri) {
+  EXPECT_THAT(Chiamata("-T EXTRA /A -D 01 -H 10.1.1.1 -S A -E 2006 -N 15"),
+              ElementsAre("01", "EXTRADEL", "A", "2006", "15", ""));
+  EXPECT_THAT(banco_.host.host, ElementsAre("10.1.1.1"));
+}
+
+TEST_F(SenzaSchermo, LaPostazioneVaComEScritta) {
+  banco_.ambiente.CodicePostazione = " T 9 ";
+  EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P A 1")[4], " T 9 ");
+  EXPECT_EQ(Chiamata("-T PRESUNTO /A -S A -A 06 -N 1")[5], " T 9 ");
+}
+
+TEST_F(SenzaSchermo, LaPartitaVaCompattaQualunqueSianoGliSpazi) {
+  EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P AB   123")[3], "AB123");
+  EXPECT_EQ(Chiamata("-T SOSPESO /D -C C -P AB   123")[3], "AB123");
+  EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P AB 123 -P CD  4")[3], "CD4");
+}
+
+TEST_F(SenzaSchermo, LaDimostrazioneMostraIlSuoMessaggioENonMandaNulla) {
+  EXPECT_EQ(Esegui("-T SOSPESO /A -H h -D 01 -C C10 -P A 1 -DEMO"), "");
+  EXPECT_EQ(Esegui("-T SOSPESO /D -H h -D 01 -C C10 -P A 1 -demo"), "");
+  EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -H 10.1.1.1 -S A -E 2006 -N 15 -DEMO"), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /A -H h -D 01 -S A -A 06 -N 1 -DEMO"), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /D -H h -D 01 -S A -A 06 -N 1 -DEMO"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("La partita è stata sospesa", "La partita è stata riattivata",
+                                              "Il movimento è stato annullato", "Il documento è stato sospeso ",
+                                              "Il documento è stato riattivato"));
+  EXPECT_THAT(banco_.desktop.titoli, Each("LumoScad"));
+  NienteInviato();
+}
+
+TEST_F(SenzaSchermo, LaDimostrazioneDiSospesoEDiExtraVaConIlSuoComando) {
+  EXPECT_EQ(Esegui("-T SOSPESO /A -C C10 -P A 1 -DEMO"), "");
+  EXPECT_EQ(Esegui("-T EXTRA /A -DEMO"), "");
+  EXPECT_THAT(Chiamata("-T SOSPESO /A -C C10 -P A 1"), SizeIs(6));
+  EXPECT_THAT(Chiamata("-T SOSPESO /D -C C10 -P A 1"), SizeIs(5));
+  EXPECT_THAT(Chiamata("-T EXTRA /A -S A"), SizeIs(6));
+  EXPECT_THAT(Chiamata("-T PRESUNTO /A -S A"), SizeIs(7));
+}
+
+TEST_F(SenzaSchermo, LaDimostrazioneDelPresuntoRestaPerIPresuntiSeguenti) {
+  EXPECT_EQ(Esegui("-T PRESUNTO /D -S A -A 06 -N 1 -DEMO"), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /A -S A -A 06 -N 1"), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /D -S A -A 06 -N 1"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Il documento è stato riattivato", "Il documento è stato sospeso ",
+                                              "Il documento è stato riattivato"));
+  NienteInviato();
+  EXPECT_THAT(Chiamata("-T SOSPESO /A -C C10 -P A 1"), SizeIs(6));
+  EXPECT_THAT(Chiamata("-T EXTRA /A -S A"), SizeIs(6));
+}
+
+TEST_F(SenzaSchermo, LaDimostrazioneLeggeUgualmenteLeOpzioni) {
+  EXPECT_EQ(Esegui("-T PRESUNTO /A -D 07 -H altro -DEMO"), "");
+  EXPECT_EQ(Esegui("-T EXTRA /A -S B -DEMO"), "");
+  EXPECT_EQ(stato().Azienda, "07");
+  EXPECT_EQ(stato().HostIP, "altro");
+  EXPECT_EQ(stato().Serie, "B");
+}
+
+TEST_F(SenzaSchermo, IlTipoRestaMaiuscoloDalSospesoEComeScrittoDallExtra) {
+  Chiamata("-t sospeso /a -c C -p A 1");
+  EXPECT_EQ(stato().TipoComando, "SOSPESO");
+  Chiamata("-t extra /a -s A");
+  EXPECT_EQ(stato().TipoComando, "extra");
+  Chiamata("-t Sospeso /d -c C -p A 1");
+  EXPECT_EQ(stato().TipoComando, "SOSPESO");
+  Chiamata("-t presunto /a -s A");
+  EXPECT_EQ(stato().TipoComando, "SOSPESO") << "il presunto non tocca il tipo";
+}
+
+TEST_F(SenzaSchermo, IValoriDelModuloRestanoPerIComandiSeguenti) {
+  Chiamata("-T EXTRA /A -D 01 -H 10.1.1.1 -S A -E 2006 -N 15");
+  EXPECT_THAT(Chiamata("-T EXTRA /A -N 16"), ElementsAre("01", "EXTRADEL", "A", "2006", "16", ""));
+  EXPECT_THAT(Chiamata("-T SOSPESO /D -C C -P A 1"), ElementsAre("01", "SOSPESOCANCELLA", "C", "A1", ""));
+  EXPECT_EQ(banco_.host.host.back(), "10.1.1.1");
+}
+
+TEST_F(SenzaSchermo, AppenaCaricatoIValoriSonoVuoti) {
+  EXPECT_THAT(Chiamata("-T EXTRA /A"), ElementsAre("", "EXTRADEL", "", "", "", ""));
+}
+
+TEST_F(SenzaSchermo, ContoPartitaEDocumentoNonRestano) {
+  Chiamata("-T SOSPESO /A -D 01 -C C10 -P AB 123");
+  EXPECT_THAT(Chiamata("-T SOSPESO /A"), ElementsAre("01", "SOSPESOCREA", "", "", "T01", ""));
+  Chiamata("-T PRESUNTO /A -S OC -A 06 -N 123");
+  EXPECT_THAT(Chiamata("-T PRESUNTO /A"), ElementsAre("01", "PRESUNTOCREA", "", "", "", "T01", ""));
+}
+
+TEST_F(SenzaSchermo, SerieENumeroDelPresuntoNonSonoQuelliDellExtra) {
+  Chiamata("-T EXTRA /A -S A -E 2006 -N 15");
+  Chiamata("-T PRESUNTO /A -S OC -A 06 -N 123 -E 2005");
+  EXPECT_THAT(Chiamata("-T EXTRA /A"), ElementsAre("", "EXTRADEL", "A", "2006", "15", ""));
+}
+
+TEST_F(SenzaSchermo, UnValoreSiGuardaAncheComeOpzione) {
+  EXPECT_THAT(Chiamata("-T EXTRA /A -S -E -N 3"), ElementsAre("", "EXTRADEL", "-E", "-N", "3", ""));
+}
+
+TEST_F(SenzaSchermo, UnOpzioneSenzaValoreEUnErroreENonMandaNulla) {
+  for (const char* comando : {"-T EXTRA /A -S", "-T SOSPESO /A -C", "-T SOSPESO /A -P", "-T SOSPESO /D -P A",
+                              "-T PRESUNTO /D -A", "-T PRESUNTO /A -E"}) {
+    banco_.desktop.box.clear();
+    EXPECT_EQ(Esegui(comando), "error") << comando;
+    EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n"))) << comando;
+  }
+  NienteInviato();
+}
+
+TEST_F(SenzaSchermo, IlSottocomandoScrittoDueVolteMandaDueRichieste) {
+  EXPECT_EQ(Esegui("-T SOSPESO /A /D -D 01 -C C -P A 1"), "error");
+  ASSERT_THAT(banco_.host.chiamate, SizeIs(2));
+  EXPECT_EQ(banco_.host.chiamate[0][1], "SOSPESOCREA");
+  EXPECT_EQ(banco_.host.chiamate[1][1], "SOSPESOCANCELLA");
+}
+
+TEST_F(SenzaSchermo, OgniRichiestaMostraLAttesaEHaUnaRispostaNuova) {
+  std::vector<std::shared_ptr<MsgAnnulla>> risposte;
+  for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
+    EXPECT_EQ(Esegui(comando), "error");
+    EXPECT_THAT(risposte, testing::Not(testing::Contains(stato().Risposta))) << comando;
+    ASSERT_NE(stato().Risposta, nullptr);
+    EXPECT_EQ(stato().Risposta->Errore, "Conto bloccato");
+    risposte.push_back(stato().Risposta);
+  }
+  EXPECT_THAT(banco_.desktop.attese, testing::AllOf(SizeIs(5), Each("Attendere, sto variando il movimento")));
+  EXPECT_THAT(banco_.desktop.intervalli, Each(200));
+}
+
+TEST_F(SenzaSchermo, IlRifiutoSiMostraEFaErrore) {
+  EXPECT_EQ(Esegui("-T SOSPESO /A -C BLOCCATO -P A 1"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Conto bloccato"));
+  EXPECT_THAT(banco_.istruzioni, IsEmpty()) << "la base dati non si tocca";
+}
+
+TEST_F(SenzaSchermo, DiDueTestiLErroreSiMostraPrimaDelMessaggio) {
+  banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
+  for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
+    banco_.desktop.box.clear();
+    EXPECT_EQ(Esegui(comando), "error") << comando;
+    EXPECT_THAT(banco_.desktop.box, ElementsAre("no", "nota")) << comando;
+  }
+}
+
+TEST_F(SenzaSchermo, UnMessaggioDiSoliSpaziNonSiMostra) {
+  banco_.host.risposta = "<R><MESSAGGIO>  </MESSAGGIO><ERRORE>no</ERRORE></R>";
+  EXPECT_EQ(Esegui("-T EXTRA /A"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("no"));
+}
+
+TEST_F(SenzaSchermo, ConIlCollegamentoGuastoSiLeggonoNumeroETesto) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(-2147024891, "Host non raggiungibile"); };
+  for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
+    banco_.desktop.box.clear();
+    EXPECT_EQ(Esegui(comando), "error") << comando;
+    EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147024891\r\nHost non raggiungibile")) << comando;
+  }
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+}
+
+TEST_F(SenzaSchermo, ConUnaRispostaIllegibileIlComandoDiceErrore) {
+  banco_.host.risposta = "<R><ERRORE>";
+  EXPECT_EQ(Esegui("-T EXTRA /A"), "error");
+  EXPECT_THAT(banco_.desktop.box, SizeIs(1));
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+}
+
+TEST_F(SenzaSchermo, AccettataDallHostMaSenzaBaseDatiSiLeggeIlMotivo) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  EXPECT_EQ(Esegui("-T SOSPESO /A -D 01 -C C10 -P A 1 -DB2SOURCE CHE-NON-ESISTE"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(testing::AllOf(StartsWith("ERRORE: "), HasSubstr("\r\n")), "Fatto"));
+}
