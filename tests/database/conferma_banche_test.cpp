@@ -1,0 +1,192 @@
+#include "SchermataSuBase.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class BankScreenConfirmation : public prova::SchermataSuBase {};
+
+TEST_F(BankScreenConfirmation, CarriesABankChange) {
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(Riga("04/03/2006"), 1);
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  const VariazioneCanalizzazione& v = variazioni[0];
+  EXPECT_TRUE(v.isBancaChanged);
+  EXPECT_FALSE(v.isScadenzaChanged);
+  EXPECT_EQ(v.idPartitaKey, "201");
+  EXPECT_EQ(v.CodiceConto, "C01");
+  EXPECT_EQ(v.NumeroPartita, "2006   1");
+  EXPECT_EQ(v.VecchiaBanca, "B06");
+  EXPECT_EQ(v.NuovaBanca, "B07");
+  EXPECT_EQ(v.ScadenzaOriginale, "31/01/2006");
+  EXPECT_EQ(v.NumeroRata, "1");
+  EXPECT_EQ(v.VecchiaScadenza, "04/03/2006");
+  EXPECT_EQ(v.NuovaScadenza, "#null#");
+  EXPECT_EQ(v.idMovimentoKey + v.Anno + v.Serie + v.Numero, "");
+  EXPECT_EQ(schermata.MotivoChiusura(), "");
+}
+
+TEST_F(BankScreenConfirmation, CarriesADateChangeWithoutANewBank) {
+  const auto variazioni = Mostra([this] {
+    ScriviData(Riga("05/03/2006"), "010406");
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_FALSE(variazioni[0].isBancaChanged);
+  EXPECT_TRUE(variazioni[0].isScadenzaChanged);
+  EXPECT_EQ(variazioni[0].VecchiaScadenza, "05/03/2006");
+  EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
+  EXPECT_EQ(variazioni[0].VecchiaBanca, "#null#");
+  EXPECT_EQ(variazioni[0].NuovaBanca, "");
+}
+
+TEST_F(BankScreenConfirmation, CarriesMissingOldValuesAsNoValue) {
+  const auto variazioni = Mostra([this] {
+    ScriviData(Riga(""), "010406");
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_EQ(variazioni[0].VecchiaScadenza, "#null#");
+  EXPECT_EQ(variazioni[0].VecchiaBanca, "#null#");
+  EXPECT_EQ(variazioni[0].ScadenzaOriginale, "");
+  EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
+}
+
+TEST_F(BankScreenConfirmation, CarriesBothChangesInOneRecord) {
+  const auto variazioni = Mostra([this] {
+    ScriviData(Riga("04/03/2006"), "010406");
+    ScegliBanca(Riga("04/03/2006"), 0);
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_TRUE(variazioni[0].isBancaChanged);
+  EXPECT_TRUE(variazioni[0].isScadenzaChanged);
+  EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
+  EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
+}
+
+TEST_F(BankScreenConfirmation, RemovesABankButNeverOneThatIsNotThere) {
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(Riga("04/03/2006"), 0);
+    ScegliBanca(Riga("05/03/2006"), 0);
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_EQ(variazioni[0].CodiceConto, "C01");
+  EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
+  EXPECT_TRUE(variazioni[0].isBancaChanged);
+}
+
+TEST_F(BankScreenConfirmation, CarriesNothingForValuesThatEqualThePresentOnes) {
+  EXPECT_THAT(Mostra([this] {
+                ScriviData(Riga("04/03/2006"), "040306");
+                ScegliBanca(Riga("04/03/2006"), 2);
+                finestra->conferma();
+              }),
+              IsEmpty());
+  EXPECT_EQ(schermata.MotivoChiusura(), "");
+}
+
+TEST_F(BankScreenConfirmation, CarriesNothingForARefusedDate) {
+  EXPECT_THAT(Mostra([this] {
+                ScriviData(Riga("04/03/2006"), "31/13/06");
+                EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::NuovaScadenza), " ");
+                finestra->conferma();
+              }),
+              IsEmpty());
+}
+
+TEST_F(BankScreenConfirmation, IncludesADateStillBeingTyped) {
+  const auto variazioni = Mostra([this] {
+    Clic(Riga("04/03/2006"), Schermata::NuovaScadenza);
+    finestra->testoEditor("010406");
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
+}
+
+TEST_F(BankScreenConfirmation, IncludesABankStillBeingChosen) {
+  const auto variazioni = Mostra([this] {
+    Clic(Riga("05/03/2006"), Schermata::NuovaBanca);
+    finestra->scegliBancaCella(1);
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_EQ(variazioni[0].NuovaBanca, "B07");
+}
+
+TEST_F(BankScreenConfirmation, GoesByTheValuesNotByTheTicks) {
+  const auto variazioni = Mostra([this] {
+    finestra->testoScadenza("010406");
+    Clic(Riga("04/03/2006"), Schermata::Radio1);
+    finestra->clicScadenza(); // takes the tick away, and leaves the date
+    finestra->conferma();
+  });
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
+}
+
+TEST_F(BankScreenConfirmation, FollowsTheOrderInWhichTheRowsShow) {
+  const auto date = [this](bool inverso) {
+    std::vector<std::string> vecchie;
+    for (const auto& v : Mostra([this, inverso] {
+           for (const char* scadenza : {"05/03/2006", "01/04/2006", "04/03/2006"}) {
+             ScriviData(Riga(scadenza), "020406");
+           }
+           finestra->clicTestata(5);
+           if (inverso) {
+             finestra->clicTestata(5);
+           }
+           finestra->conferma();
+         })) {
+      vecchie.push_back(v.VecchiaScadenza);
+    }
+    return vecchie;
+  };
+  EXPECT_THAT(date(false), ElementsAre("04/03/2006", "05/03/2006", "01/04/2006"));
+  EXPECT_THAT(date(true), ElementsAre("01/04/2006", "05/03/2006", "04/03/2006"));
+}
+
+TEST_F(BankScreenConfirmation, IsNoneWhenTheScreenIsLeft) {
+  for (const bool casella : {false, true}) {
+    EXPECT_THAT(Mostra([this, casella] {
+                  ScriviData(Riga("04/03/2006"), "010406");
+                  (casella ? finestra->chiudi : finestra->annulla)();
+                }),
+                IsEmpty());
+    EXPECT_EQ(schermata.MotivoChiusura(), "closed");
+  }
+}
+
+TEST_F(BankScreenConfirmation, NeverRepeatsAnEarlierShowing) {
+  EXPECT_EQ(Mostra([this] {
+              ScriviData(Riga("04/03/2006"), "010406");
+              finestra->conferma();
+            }).size(),
+            1U);
+  EXPECT_THAT(Mostra(), IsEmpty());
+  EXPECT_EQ(schermata.MotivoChiusura(), "closed");
+  EXPECT_THAT(Mostra([this] {
+                EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::NuovaScadenza), "04/03/2006");
+                finestra->conferma();
+              }),
+              IsEmpty());
+  EXPECT_EQ(schermata.MotivoChiusura(), "");
+}
+
+TEST_F(BankScreenConfirmation, LeavesTheDatabaseAlone) {
+  const auto prima = prova::Rate(base);
+  static_cast<void>(Mostra([this] {
+    ScriviData(Riga("04/03/2006"), "010406");
+    finestra->conferma();
+  }));
+  EXPECT_EQ(prova::Rate(base), prima);
+}
+
+} // namespace
+} // namespace lumoscad

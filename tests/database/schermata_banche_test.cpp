@@ -1,0 +1,228 @@
+#include "SchermataSuBase.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+class BankScreenLoad : public prova::SchermataSuBase {};
+class BankScreenBanks : public prova::SchermataSuBase {};
+
+TEST_F(BankScreenLoad, FillsTheTextsOfARow) {
+  static_cast<void>(Mostra([this] {
+    EXPECT_THAT(Testi(Riga("04/03/2006")),
+                ElementsAre("ROSSI SRL", "2006   1", "04/03/2006", "31/01/2006", "BANCA BETA", "1.234,50", "",
+                            "04/03/2006", "1", "", "BANCA BETA", "2006/03/04"));
+  }));
+}
+
+TEST_F(BankScreenLoad, KeepsTheCodesInTheTags) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("04/03/2006");
+    EXPECT_EQ(righe.Tag(riga, Schermata::Conto), "C01");
+    EXPECT_EQ(righe.Tag(riga, Schermata::Partita), "201");
+    EXPECT_EQ(righe.Tag(riga, Schermata::Banca), "B06");
+    EXPECT_EQ(righe.Tag(riga, Schermata::NuovaScadenza), "");
+    EXPECT_EQ(righe.Tag(riga, Schermata::NuovaBanca), "");
+    EXPECT_FALSE(righe.Spuntata(riga, 0));
+    EXPECT_FALSE(righe.Spuntata(riga, 1));
+  }));
+}
+
+TEST_F(BankScreenLoad, SkipsInstalmentsThatSumUpToZero) {
+  static_cast<void>(Mostra([this] {
+    EXPECT_EQ(righe.Quante(), 4U);
+    for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+      EXPECT_NE(righe.Testo(riga, Schermata::Importo), "0,00");
+      EXPECT_NE(righe.Testo(riga, Schermata::Scadenza), "01/05/2006");
+    }
+  }));
+}
+
+TEST_F(BankScreenLoad, SkipsAnAmountThatRoundsToZero) {
+  base.Esegui("UPDATE EVENTOCONTABILE SET IMPORTOEURO=0.004 WHERE EVENTOCONTABILEKEY=2");
+  static_cast<void>(Mostra([this] { EXPECT_EQ(righe.Quante(), 3U); }));
+}
+
+TEST_F(BankScreenLoad, ListsNullDatesAndANullAmountAsEmptyCells) {
+  static_cast<void>(Mostra([this] {
+    EXPECT_THAT(Testi(Riga("")), ElementsAre("BIANCHI", "2006   2", "", "", "", "", "", "", "4", "", "", ""));
+  }));
+}
+
+TEST_F(BankScreenLoad, ShowsANullBankAsEmptyTextAndTag) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("05/03/2006");
+    EXPECT_EQ(righe.Testo(riga, Schermata::Banca), "");
+    EXPECT_EQ(righe.Tag(riga, Schermata::Banca), "");
+    EXPECT_EQ(NuovaBanca(riga), "||");
+  }));
+}
+
+TEST_F(BankScreenLoad, NeverTrimsTheTextsOfTheDatabase) {
+  base.Esegui("UPDATE CONTOCONTABILE SET DESCRIZIONEVOCE=' ROSSI SRL  ' WHERE CODICECONTO='C01'");
+  static_cast<void>(Mostra([this] { EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::Conto), " ROSSI SRL  "); }));
+}
+
+TEST_F(BankScreenLoad, GivesEachRowItsItemKey) {
+  static_cast<void>(Mostra([this] {
+    EXPECT_EQ(schermata.ChiaveElemento(Riga("04/03/2006")), "K_C01_2006   1_04/03/2006131/01/2006_B06");
+    EXPECT_EQ(schermata.ChiaveElemento(Riga("")), "K_C02_2006   2_4_");
+  }));
+}
+
+TEST_F(BankScreenLoad, KeepsInstalmentsOfOneItemAndDateApart) {
+  base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-03-04', BANCAPRESENTAZIONE_KEY=106, NUMERORATA=1 "
+              "WHERE EVENTOCONTABILEKEY=3");
+  base.Esegui(prova::Rata("8,1,301,201,101,'C','N','2006-03-04','2006-04-01',2,106,7"));
+  static_cast<void>(Mostra([this] {
+    std::vector<std::string> chiavi;
+    for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+      if (righe.Testo(riga, Schermata::Scadenza) == "04/03/2006") {
+        chiavi.push_back(schermata.ChiaveElemento(riga));
+      }
+    }
+    EXPECT_THAT(chiavi, testing::UnorderedElementsAre("K_C01_2006   1_04/03/2006131/01/2006_B06",
+                                                      "K_C01_2006   1_04/03/2006101/04/2006_B06",
+                                                      "K_C01_2006   1_04/03/2006201/04/2006_B06"));
+  }));
+}
+
+TEST_F(BankScreenLoad, LetsEventsRunOnceARecord) {
+  static_cast<void>(Mostra());
+  EXPECT_EQ(banco.desktop.respiri, 5U); // four rows and the one skipped
+}
+
+TEST_F(BankScreenLoad, LeavesTheHeaderOfCustomerAndItemBlank) {
+  static_cast<void>(Mostra([this] {
+    std::vector<std::string> nomi;
+    for (const EtichettaElenco& etichetta : finestra->etichette) {
+      nomi.push_back(etichetta.nome);
+      EXPECT_EQ(etichetta.testo, "");
+    }
+    EXPECT_THAT(nomi, ElementsAre("lblClienteFornitore", "lblClienteFornitoreValue", "lblPartitaMovimento",
+                                  "lblPartitaMovimentoValue"));
+    EXPECT_EQ(finestra->campoData, "Nuova scadenza");
+    EXPECT_EQ(finestra->campoBanca, "Nuova banca");
+  }));
+}
+
+TEST_F(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
+  base.Esegui("DELETE FROM AZIENDELINEE");
+  bool mostrata = false;
+  EXPECT_EQ(Fallimento([&] {
+              mostrata = true;
+              EXPECT_EQ(righe.Quante(), 0U);
+              EXPECT_EQ(finestra->banche.size(), 3U);
+            }),
+            "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
+  EXPECT_TRUE(mostrata);
+}
+
+TEST_F(BankScreenLoad, KeepsTheRowsReadBeforeAFailure) {
+  base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZAORIGINALE='domani' WHERE EVENTOCONTABILEKEY=2");
+  std::size_t quante = 99;
+  EXPECT_THAT(Fallimento([&] { quante = righe.Quante(); }), StartsWith("ERRORE: "));
+  EXPECT_EQ(quante, 3U); // the fourth is the one that cannot be read
+}
+
+TEST_F(BankScreenLoad, RaisesAFailureOfTheConnectionOnceTheScreenHasClosed) {
+  stato().ComandoCorrente = "BANCA /CREDITI";
+  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->banche, std::vector<std::string>{" "}); }),
+              StartsWith("ERRORE: -"));
+  EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+TEST_F(BankScreenLoad, RaisesAFailureOfTheStatement) {
+  procedureLumoDB2::FiltroScadenze filtro;
+  filtro.parConto = "D'ARCO";
+  EXPECT_THROW(static_cast<void>(Mostra({}, filtro)), ErroreRuntime);
+  EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+TEST_F(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
+  static_cast<void>(Mostra([this] {
+    EXPECT_THAT(finestra->banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(finestra->bancheCella, finestra->banche);
+    EXPECT_EQ(finestra->stato().indiceBanca, 0);
+  }));
+}
+
+TEST_F(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
+  base.Esegui("DROP INDEX CONTO_CODICE");
+  base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'b07','BANCA BIS','06',NULL,'N')");
+  std::vector<std::string> voci;
+  std::size_t quante = 0;
+  const std::string testo = Fallimento([&] {
+    voci = finestra->banche;
+    quante = righe.Quante();
+  });
+  EXPECT_THAT(testo, StartsWith("ERRORE: 457\r\n"));
+  EXPECT_THAT(voci, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+  EXPECT_EQ(quante, 4U);
+}
+
+TEST_F(BankScreenBanks, GiveTheirCodeWhenChosenInPlace) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("05/03/2006");
+    ScegliBanca(riga, 2);
+    EXPECT_EQ(NuovaBanca(riga), "BANCA BETA|B06|x");
+    EXPECT_EQ(righe.Testo(riga, Schermata::Banca), "");
+    EXPECT_EQ(NuovaBanca(Riga("04/03/2006")), "BANCA BETA||");
+  }));
+}
+
+TEST_F(BankScreenBanks, AreRemovedByTheBlankEntryOnARowThatHasOne) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("04/03/2006");
+    ScegliBanca(riga, 0);
+    EXPECT_EQ(NuovaBanca(riga), "ANNULLA|#null#|x");
+  }));
+}
+
+TEST_F(BankScreenBanks, StayNoneByTheBlankEntryOnARowWithout) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("05/03/2006");
+    ScegliBanca(riga, 0);
+    EXPECT_EQ(NuovaBanca(riga), "||x");
+    ScegliBanca(riga, 1);
+    ScegliBanca(riga, 0);
+    EXPECT_EQ(righe.Tag(riga, Schermata::NuovaBanca), "");
+  }));
+}
+
+TEST_F(BankScreenBanks, ThatAreNotOfferedAreRemovedByLeavingTheEditorOnTheBlankEntry) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("01/04/2006");
+    ASSERT_EQ(righe.Testo(riga, Schermata::Banca), "BANCA CHIUSA");
+    Clic(riga, Schermata::NuovaBanca);
+    EXPECT_EQ(finestra->stato().banca.indice, 0);
+    finestra->perdeFuocoBancaCella();
+    EXPECT_EQ(NuovaBanca(riga), "ANNULLA|#null#|x");
+  }));
+}
+
+TEST_F(BankScreenBanks, OpenOnTheRowsPresentChoice) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("05/03/2006");
+    ScegliBanca(riga, 1);
+    Clic(riga, Schermata::NuovaBanca);
+    EXPECT_EQ(finestra->stato().banca.indice, 1);
+  }));
+}
+
+TEST_F(BankScreenBanks, OfTheTopFieldAreCopiedByTheTickAndTakenBackByTheSecondClick) {
+  static_cast<void>(Mostra([this] {
+    const auto riga = Riga("04/03/2006");
+    finestra->scegliBanca(1);
+    EXPECT_EQ(NuovaBanca(riga), "BANCA BETA||");
+    Clic(riga, Schermata::Radio2);
+    EXPECT_EQ(NuovaBanca(riga), "BANCA ALFA|B07|x");
+    Clic(riga, Schermata::Radio2);
+    EXPECT_EQ(NuovaBanca(riga), "BANCA BETA||");
+  }));
+}
+
+} // namespace
+} // namespace lumoscad
