@@ -50,7 +50,7 @@ void Contenuto(QPainter& disegno, const QStyleOptionViewItem& opzione, const QMo
   disegno.setPen(carattere.bold() ? aspetto::InchiostroVariato : aspetto::Inchiostro);
   const QRect area = AreaTesto(opzione.rect);
   const QString testo = QFontMetrics(carattere).elidedText(cella.data().toString(), Qt::ElideRight, area.width());
-  disegno.drawText(area, cella.data(Qt::TextAlignmentRole).toInt() | Qt::TextSingleLine, testo);
+  disegno.drawText(area, cella.data(Qt::TextAlignmentRole).toInt() | static_cast<int>(Qt::TextSingleLine), testo);
 }
 
 } // namespace

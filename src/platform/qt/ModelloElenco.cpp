@@ -47,7 +47,7 @@ QVariant ModelloElenco::Leggi(std::size_t riga, int colonna, int ruolo) const {
     return genere == Colonna::Spunta ? QVariant(finestra_.spuntata(riga, colonna) ? Qt::Checked : Qt::Unchecked)
                                      : QVariant();
   case Qt::TextAlignmentRole:
-    return (Qt::AlignVCenter | (genere == Colonna::Importo ? Qt::AlignRight : Qt::AlignLeft)).toInt();
+    return QVariant::fromValue(Qt::AlignVCenter | (genere == Colonna::Importo ? Qt::AlignRight : Qt::AlignLeft));
   case Qt::AccessibleTextRole:
     return genere == Colonna::Spunta ? QVariant(finestra_.spuntata(riga, colonna) ? QStringLiteral("spuntata")
                                                                                   : QStringLiteral("non spuntata"))

@@ -59,7 +59,8 @@ void TestataQt::paintEvent(QPaintEvent*) {
   disegno.setPen(aspetto::Inchiostro);
   const QRect area = rect().adjusted(Margine, LatoIndicatore + 2, -Margine, -2);
   const QString testo = QFontMetrics(carattere).elidedText(text(), Qt::ElideRight, area.width());
-  disegno.drawText(area, Qt::AlignVCenter | (destra_ ? Qt::AlignRight : Qt::AlignLeft) | Qt::TextSingleLine, testo);
+  const Qt::Alignment verso = Qt::AlignVCenter | (destra_ ? Qt::AlignRight : Qt::AlignLeft);
+  disegno.drawText(area, static_cast<int>(verso.toInt()) | static_cast<int>(Qt::TextSingleLine), testo);
 }
 
 ImmagineQt::ImmagineQt(const QString& nome, IconaElenco icona, QWidget* padre) : QWidget(padre), icona_(icona) {
