@@ -1,7 +1,7 @@
 #ifndef LUMOSCAD_H
 #define LUMOSCAD_H
 
-#include <stddef.h>
+#include <stddef.h> /* NOLINT(modernize-deprecated-headers): C programs read this header too */
 
 #ifdef __cplusplus
 extern "C" {

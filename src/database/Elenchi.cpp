@@ -19,8 +19,8 @@ std::string Mesi(std::string_view parMesiScadenze) {
     const std::string mese = elemento.substr(0, 2);
     const std::string anno = elemento.size() > 2 ? elemento.substr(2) : std::string();
     sql += primo ? "" : "OR ";
-    sql += "(EVENTOCONTABILE.DATASCADENZA >='" + anno + "-" + mese + "-01' " + "AND EVENTOCONTABILE.DATASCADENZA <='" +
-           Utilities::FineMese(mese, anno) + "') ";
+    sql.append("(EVENTOCONTABILE.DATASCADENZA >='").append(anno).append("-").append(mese).append("-01' ");
+    sql.append("AND EVENTOCONTABILE.DATASCADENZA <='").append(Utilities::FineMese(mese, anno)).append("') ");
     primo = false;
   }
   return sql + ") ";

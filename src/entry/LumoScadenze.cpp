@@ -69,9 +69,6 @@ void Racconta() noexcept {
 
 } // namespace
 
-LumoScadenze::LumoScadenze() = default;
-LumoScadenze::~LumoScadenze() = default;
-
 std::string LumoScadenze::EseguiLumoScad(std::string_view comando) noexcept {
   try {
     return Esegui(comando);

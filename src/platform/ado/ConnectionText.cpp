@@ -54,7 +54,7 @@ class Scanner {
     if (start < text_.size() && (text_[start] == '"' || text_[start] == '\''))
       return readQuoted(start);
     const auto end = std::min(text_.find(';', at_), text_.size());
-    const std::string value(trimmed(text_.substr(at_, end - at_)));
+    std::string value(trimmed(text_.substr(at_, end - at_)));
     at_ = end;
     return value;
   }

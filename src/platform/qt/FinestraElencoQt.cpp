@@ -51,7 +51,8 @@ bool RestaNelCampo(const QComboBox& campo, const QFocusEvent& evento) {
 FinestraElencoQt::FinestraElencoQt(FinestraElenco& finestra, QWidget* padre)
     : QDialog(padre, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
                          Qt::WindowMaximizeButtonHint),
-      finestra_(finestra), modello_(finestra), parti_(*this, finestra, modello_) {
+      finestra_(finestra), modello_(finestra), parti_(*this, finestra, modello_), ordine_(finestra.stato().ordine),
+      contenuto_(finestra.stato().contenuto) {
   setObjectName(Testo(finestra.nome));
   setWindowTitle(Testo(finestra.titolo));
   modello_.guasto = [this](std::exception_ptr errore) {
@@ -63,8 +64,6 @@ FinestraElencoQt::FinestraElencoQt(FinestraElenco& finestra, QWidget* padre)
   CollegaCampi();
   CollegaTasti();
   parti_.lblRighe->setText(QuanteRighe(modello_.rowCount()));
-  ordine_ = finestra.stato().ordine;
-  contenuto_ = finestra.stato().contenuto;
   if (const QScreen* schermo = screen()) {
     resize(sizeHint().boundedTo(schermo->availableSize() - QSize(24, 56)));
   }

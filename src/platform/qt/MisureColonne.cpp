@@ -28,7 +28,7 @@ std::vector<int> MisureColonne::Pixel(int disponibili) const {
   risultato.reserve(colonne_.size());
   for (const Colonna& colonna : colonne_) {
     int larghezza = colonna.pixel;
-    if (colonna.elastica) {
+    if (colonna.elastica && elastici > 0) {
       // Each elastic column takes its share of what is still left, so that the rounding never loses a pixel.
       const auto parte = static_cast<int>(std::int64_t{resto} * colonna.pixel / elastici);
       larghezza += parte;

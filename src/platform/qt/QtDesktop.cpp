@@ -72,6 +72,9 @@ QWidget* Genitore() {
 
 class QtDesktop final : public Desktop {
  public:
+  QtDesktop() = default;
+  QtDesktop(const QtDesktop&) = delete;
+  QtDesktop& operator=(const QtDesktop&) = delete;
   ~QtDesktop() override {
     if (QCoreApplication::instance() != nullptr) {
       Imposta(Puntatore::Predefinito);
