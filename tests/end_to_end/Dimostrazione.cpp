@@ -1,0 +1,142 @@
+#include "Dimostrazione.hpp"
+
+#include "Figlio.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/OdbcConfiguration.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <system_error>
+
+namespace lumoscad::prova {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array<std::pair<const char*, const char*>, 6> tabelle{{{"AZIENDELINEE", "AZIENDALINEAKEY"},
+                                                                      {"CONTOCONTABILE", "CONTOCONTABILE_KEY"},
+                                                                      {"PARTITACONTABILE", "PARTITACONTABILEKEY"},
+                                                                      {"MOVIMENTOCONTABILE", "MOVIMENTOKEY"},
+                                                                      {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"},
+                                                                      {"ERRORE", "ERROREKEY"}}};
+
+std::string AggiungiSorgente(const fs::path& file) {
+  return test::OdbcConfiguration::instance().addSource("dimostrazione", "libsqlite3odbc.so",
+                                                       {{"Database", file.string()}, {"Timeout", "5000"}});
+}
+
+fs::path CartellaNuova() {
+  fs::create_directories(LUMOSCAD_CARTELLA_PROVE);
+  std::string modello = std::string(LUMOSCAD_CARTELLA_PROVE) + "/XXXXXX";
+  if (::mkdtemp(modello.data()) == nullptr) {
+    throw std::system_error(errno, std::generic_category(), "mkdtemp");
+  }
+  return modello;
+}
+
+} // namespace
+
+Righe Interroga(const std::string& connessione, const std::string& sql) {
+  ado::Connection connection;
+  connection.ConnectionString = connessione;
+  connection.Open();
+  ado::Command comando;
+  comando.ActiveConnection = &connection;
+  comando.CommandText = sql;
+  ado::Recordset insieme = comando.Execute();
+  Righe righe;
+  for (; !insieme.Eof(); insieme.MoveNext()) {
+    std::string riga;
+    for (std::size_t colonna = 0; colonna < insieme.Colonne(); ++colonna) {
+      riga += colonna == 0 ? "" : "|";
+      riga += insieme.Valore(colonna).value_or("<NULL>");
+    }
+    righe.push_back(std::move(riga));
+  }
+  return righe;
+}
+
+Fotografia Fotografa(const std::string& connessione) {
+  Fotografia foto;
+  for (const auto& [tabella, chiave] : tabelle) {
+    foto[tabella] = Interroga(connessione, std::string("SELECT * FROM ") + tabella + " ORDER BY " + chiave);
+  }
+  return foto;
+}
+
+Righe Differenze(const Fotografia& prima, const Fotografia& dopo) {
+  Righe differenze;
+  const auto solo = [&differenze](const std::string& segno, Righe queste, Righe quelle) {
+    std::sort(queste.begin(), queste.end());
+    std::sort(quelle.begin(), quelle.end());
+    Righe sole;
+    std::set_difference(queste.begin(), queste.end(), quelle.begin(), quelle.end(), std::back_inserter(sole));
+    for (const auto& riga : sole) {
+      differenze.push_back(segno + riga);
+    }
+  };
+  for (const auto& [tabella, chiave] : tabelle) {
+    const std::string nome = std::string(" ") + tabella + " ";
+    solo("-" + nome, prima.at(tabella), dopo.at(tabella));
+    solo("+" + nome, dopo.at(tabella), prima.at(tabella));
+  }
+  return differenze;
+}
+
+Righe Contenuto(const fs::path& cartella) {
+  Righe nomi;
+  for (const auto& voce : fs::directory_iterator(cartella)) {
+    nomi.push_back(voce.path().filename().string());
+  }
+  std::sort(nomi.begin(), nomi.end());
+  return nomi;
+}
+
+std::string Leggi(const fs::path& file) {
+  std::ifstream flusso(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(flusso), {}};
+}
+
+void Scrivi(const fs::path& file, std::string_view contenuto) {
+  std::ofstream(file, std::ios::binary) << contenuto;
+}
+
+void ScriviProgramma(const fs::path& file, std::string_view corpo) {
+  // A new file: the one that stands there may be a program in use.
+  fs::remove(file);
+  Scrivi(file, "#!/bin/sh\n" + std::string(corpo) + "\n");
+  fs::permissions(file, fs::perms::owner_all);
+}
+
+Dimostrazione::Dimostrazione() : base_(CartellaNuova()) {
+  if (!Comando({LUMOSCAD_PREPARA, base_.string()},
+               {"LUMOSCAD_BIN=" LUMOSCAD_PROGRAMMI, "LUMOSCAD_DATA=" + std::string(Giorno)})) {
+    throw std::runtime_error("the demonstration cannot be prepared");
+  }
+  sorgente_ = AggiungiSorgente(BaseDati());
+}
+
+Dimostrazione::~Dimostrazione() {
+  std::error_code ignorato;
+  fs::permissions(Tmp(), fs::perms::owner_all, ignorato);
+  fs::remove_all(base_, ignorato);
+}
+
+std::string Dimostrazione::Connessione() const {
+  return test::connectionText(sorgente_);
+}
+
+Fotografia Dimostrazione::StatoDopo(std::string_view istruzioni) const {
+  const fs::path copia = base_ / "attesa.sqlite";
+  fs::copy_file(BaseDati(), copia, fs::copy_options::overwrite_existing);
+  const auto connessione = test::connectionText(AggiungiSorgente(copia));
+  test::runScript(connessione, istruzioni);
+  return Fotografa(connessione);
+}
+
+} // namespace lumoscad::prova

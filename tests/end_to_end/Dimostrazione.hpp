@@ -1,0 +1,64 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::prova {
+
+using Righe = std::vector<std::string>;
+
+/// Every row of every table, as text; NULL and the empty text are told apart.
+using Fotografia = std::map<std::string, Righe>;
+
+/// The result of a query over the data source of a connection text, its columns separated by "|".
+[[nodiscard]] Righe Interroga(const std::string& connessione, const std::string& sql);
+
+[[nodiscard]] Fotografia Fotografa(const std::string& connessione);
+
+/// The rows that only one of two photographs has: "- TABLE row" and "+ TABLE row".
+[[nodiscard]] Righe Differenze(const Fotografia& prima, const Fotografia& dopo);
+
+/// The names of the files in a directory, in order.
+[[nodiscard]] Righe Contenuto(const std::filesystem::path& cartella);
+
+[[nodiscard]] std::string Leggi(const std::filesystem::path& file);
+void Scrivi(const std::filesystem::path& file, std::string_view contenuto);
+/// Writes a shell script that can be run.
+void ScriviProgramma(const std::filesystem::path& file, std::string_view corpo);
+
+/// A demonstration in a directory of its own below the build directory: about 400 instalments around 5 March 2026 in
+/// SQLite, the host directory with the back end, the settings. It goes with the object.
+class Dimostrazione {
+ public:
+  /// The day around which the due dates fall.
+  static constexpr std::string_view Giorno = "2026-03-05";
+
+  Dimostrazione();
+  Dimostrazione(const Dimostrazione&) = delete;
+  Dimostrazione& operator=(const Dimostrazione&) = delete;
+  ~Dimostrazione();
+
+  [[nodiscard]] std::filesystem::path Base() const { return base_; }
+  [[nodiscard]] std::filesystem::path BaseDati() const { return base_ / "contabilita.sqlite"; }
+  [[nodiscard]] std::filesystem::path Host() const { return base_ / "host"; }
+  [[nodiscard]] std::filesystem::path Tmp() const { return base_ / "host/tmp"; }
+  [[nodiscard]] std::filesystem::path VB0001() const { return base_ / "host/programmi/VB0001"; }
+  [[nodiscard]] std::filesystem::path Registro() const { return base_ / "host/registro/VB0001.log"; }
+  [[nodiscard]] std::filesystem::path Locale() const { return base_ / "locale"; }
+  /// The database's data source and connection text in the test's own ODBC configuration.
+  [[nodiscard]] const std::string& Sorgente() const noexcept { return sorgente_; }
+  [[nodiscard]] std::string Connessione() const;
+
+  [[nodiscard]] Fotografia Stato() const { return Fotografa(Connessione()); }
+  /// The photograph that the database would give after `istruzioni`, which run on a copy.
+  [[nodiscard]] Fotografia StatoDopo(std::string_view istruzioni) const;
+
+ private:
+  std::filesystem::path base_;
+  std::string sorgente_;
+};
+
+} // namespace lumoscad::prova
