@@ -1,10 +1,12 @@
 #include "screens/RigheGriglia.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace lumoscad {
 namespace {
@@ -28,13 +30,16 @@ bool Precede(std::string_view a, std::string_view b) {
   return a.size() < b.size();
 }
 
-/// The first eight letters of a text as a number that orders as they do.
-std::uint64_t Inizio(std::string_view testo) {
-  std::uint64_t inizio = 0;
-  for (std::size_t i = 0; i < sizeof inizio; ++i) {
-    inizio = inizio << 8U | (i < testo.size() ? Minuscola(testo[i]) : 0U);
+/// The first letters of a text as two numbers that order as they do; dates and item numbers fit whole.
+std::pair<std::uint64_t, std::uint64_t> Inizio(std::string_view testo) {
+  std::array<std::uint64_t, 2> inizio{};
+  std::size_t i = 0;
+  for (std::uint64_t& parte : inizio) {
+    for (const std::size_t fine = i + sizeof parte; i < fine; ++i) {
+      parte = parte << 8U | (i < testo.size() ? Minuscola(testo[i]) : 0U);
+    }
   }
-  return inizio;
+  return {inizio[0], inizio[1]};
 }
 
 } // namespace
@@ -145,7 +150,7 @@ void RigheGriglia::ImpostaSpunta(std::size_t riga, int quale, bool spuntata) {
 /// The rank of each row's text among the distinct texts of the column.
 std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti) const {
   struct Chiave {
-    std::uint64_t inizio;
+    std::pair<std::uint64_t, std::uint64_t> inizio;
     std::uint32_t numero;
   };
   constexpr auto nessuno = std::numeric_limits<std::uint32_t>::max();
