@@ -1,0 +1,190 @@
+#include "BaseDelleAzioni.hpp"
+
+#include "platform/Errore.hpp"
+
+using namespace lumoscad;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* Sospendi = "-T SOSPESO /A -H h -D 01 -C C10 -P AB   123";
+constexpr int RigaCambiata = -2147217864;
+
+class ComandiSuBase : public prova::BaseDelleAzioni {
+ protected:
+  /// Runs `azione` once, just before the statement number `quale` that begins with `inizio` is sent.
+  void PrimaDi(std::string inizio, int quale, std::function<void()> azione) {
+    servizi().istruzioneInviata = [this, inizio, quale, azione, viste = 0](std::string_view istruzione) mutable {
+      if (!distratto_ && istruzione.starts_with(inizio) && ++viste == quale) {
+        distratto_ = true;
+        azione();
+        distratto_ = false;
+      }
+    };
+  }
+  /// What another terminal does meanwhile, on a connection of its own.
+  void AltroTerminale(const std::string& sql) const {
+    ado::Connection connection;
+    base_.Apri(connection);
+    connection.Execute(sql);
+  }
+
+ private:
+  bool distratto_ = false;
+};
+
+/// The procedures whose rows another terminal changes between reading and writing. Two writers at once need a
+/// database that lets a row be changed while a transaction reads it.
+class DueTerminali : public ComandiSuBase {};
+
+std::vector<const char*> SoloPostgres() {
+  auto generi = prova::GeneriDiBase();
+  generi.erase(generi.begin());
+  return generi;
+}
+
+const auto Genere = [](const auto& scelta) { return std::string(scelta.param); };
+INSTANTIATE_TEST_SUITE_P(BasiDati, ComandiSuBase, testing::ValuesIn(prova::GeneriDiBase()), Genere);
+INSTANTIATE_TEST_SUITE_P(BasiDati, DueTerminali, testing::ValuesIn(SoloPostgres()), Genere);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DueTerminali);
+
+} // namespace
+
+TEST_P(ComandiSuBase, OgniComandoPortaIlSuoElencoFinoAllaBaseDati) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  EXPECT_EQ(Esegui(Sospendi), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /A -D 01 -S OC -A 06 -N 123 -E 2006"), "");
+  EXPECT_EQ(Esegui("-T EXTRA /A -S A -E 2006 -N 16"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Fatto", "Fatto", "Fatto"));
+  const prova::BaseDati attesa(GetParam(), prova::DatiDelleAzioni());
+  attesa.Esegui("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3,11,12)");
+  attesa.Esegui("DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=2004");
+  EXPECT_THAT(prova::Tutto(base_), ElementsAreArray(prova::Tutto(attesa)));
+  EXPECT_EQ(Esegui("-T SOSPESO /D -C C10 -P AB   123"), "");
+  EXPECT_EQ(Esegui("-T PRESUNTO /D -S OC -A 06 -N 123"), "");
+  attesa.Esegui("UPDATE EVENTOCONTABILE SET SOSPESA='N' WHERE EVENTOCONTABILEKEY IN (1,2,3,11,12)");
+  EXPECT_THAT(prova::Tutto(base_), ElementsAreArray(prova::Tutto(attesa)));
+}
+
+TEST_P(ComandiSuBase, IlRifiutoDellHostLasciaLaBaseDatiComEra) {
+  banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>Conto bloccato</ERRORE></R>";
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Conto bloccato", "nota"));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, UnErroreDiUnSoloSpazioFaErroreSenzaBoxMaLaBaseDatiCambia) {
+  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
+}
+
+TEST_P(ComandiSuBase, ConLHostIrraggiungibileLaBaseDatiRestaComEra) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(75, "Host non raggiungibile"); };
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("75\r\nHost non raggiungibile"));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, CioCheMancaNellaBaseDatiSiLeggeDopoIlSiDellHost) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -S A -E 2006 -N 99"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE", "Fatto"));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, ConLaBaseDatiChiusaDopoIlSiDellHostSiLeggeIlMotivo) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  const std::string chiusa = "-DB2SOURCE CHIUSA -DB2USER u -DB2PASS Parola!9";
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad(std::string(Sospendi) + " " + chiusa), "error");
+  EXPECT_THAT(banco_.host.chiamate, SizeIs(1));
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(AllOf(StartsWith("ERRORE: -"), Not(HasSubstr("Parola!9"))), "Fatto"));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, UnaRigaCambiataDaUnAltroFraLetturaEScritturaNonSiSovrascrive) {
+  ado::Connection connection;
+  base_.Apri(connection);
+  ado::Command comando;
+  comando.ActiveConnection = &connection;
+  comando.CommandText = "SELECT EVENTOCONTABILEKEY,SOSPESA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1";
+  ado::Recordset righe;
+  righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
+  AltroTerminale("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1");
+  righe.Fields("SOSPESA").SetValue("S");
+  try {
+    righe.Update();
+    FAIL() << "la riga è stata sovrascritta";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), RigaCambiata);
+    EXPECT_THAT(errore.Descrizione(), HasSubstr("altro terminale"));
+  }
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1");
+}
+
+TEST_P(DueTerminali, UnaRigaCambiataDaUnAltroAnnullaTuttoELasciaIlValoreDellAltro) {
+  const std::string altro = "UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2";
+  PrimaDi("UPDATE", 2, [&] { AltroTerminale(altro); });
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
+  EXPECT_THAT(msg_.Errore, AllOf(StartsWith("ERRORE: -2147217864\r\n"), HasSubstr("altro terminale")));
+  CambiatoCome(altro);
+}
+
+TEST_P(DueTerminali, UnaRigaToltaDaUnAltroAnnullaTutto) {
+  const std::string altro = "DELETE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=12";
+  PrimaDi("UPDATE", 2, [&] { AltroTerminale(altro); });
+  EXPECT_EQ(Azione({"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""}), "error");
+  EXPECT_THAT(msg_.Errore, StartsWith("ERRORE: -2147217864\r\n"));
+  CambiatoCome(altro);
+}
+
+TEST_P(DueTerminali, UnaScadenzaSpostataDaUnAltroNonSiSovrascrive) {
+  std::string altro = "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-12-24' WHERE EVENTOCONTABILEKEY=4";
+  PrimaDi("UPDATE", 2, [&] { AltroTerminale(altro); });
+  EXPECT_EQ(Azione({"01", "SCRIVISCADENZE", "C10", "AB   123", "", "1", "20060228", "20060705"}), "error");
+  EXPECT_THAT(msg_.Errore, StartsWith("ERRORE: -2147217864\r\n"));
+  CambiatoCome(altro);
+}
+
+TEST_P(DueTerminali, UnOriginaleScrittaDaUnAltroNonSiSovrascrive) {
+  const std::string altro = "UPDATE EVENTOCONTABILE SET DATASCADENZAORIGINALE='2006-12-24' WHERE EVENTOCONTABILEKEY=22";
+  PrimaDi("UPDATE", 1, [&] { AltroTerminale(altro); });
+  EXPECT_EQ(Azione({"01", "EXTRASCRIVISCAD", "A", "2006", "15", "1", "20060430", "20060705"}), "error");
+  EXPECT_THAT(msg_.Errore, StartsWith("ERRORE: -2147217864\r\n"));
+  CambiatoCome(altro);
+}
+
+TEST_P(DueTerminali, AncheLaProvaNonSovrascrive) {
+  const std::string altro = "UPDATE ERRORE SET FILEXML='altro' WHERE ERROREKEY=100";
+  PrimaDi("UPDATE", 1, [&] { AltroTerminale(altro); });
+  EXPECT_EQ(Esegui("-T TEST"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("testScrittura\r\n-2147217864\r\n")));
+  CambiatoCome(altro);
+}
+
+TEST_P(DueTerminali, UnValoreNonLettoPuoCambiareIntanto) {
+  const std::string altro = "UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY=1";
+  PrimaDi("UPDATE", 1, [&] { AltroTerminale(altro); });
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "") << msg_.Errore;
+  EXPECT_EQ(base_.Righe("SELECT SOSPESA,IMPORTOEURO FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1"),
+            std::vector<std::string>{"S|7.00"});
+}
+
+TEST_P(DueTerminali, LaConnessioneCadutaAMetaNonLasciaNulla) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  PrimaDi("UPDATE", 3, [&] {
+    AltroTerminale("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE pid<>pg_backend_pid() AND "
+                   "datname=current_database()");
+  });
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("ERRORE: -"), "Fatto"));
+  NienteCambiato();
+}

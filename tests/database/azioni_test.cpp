@@ -1,0 +1,243 @@
+#include "BaseDelleAzioni.hpp"
+
+using namespace lumoscad;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+namespace {
+
+class Azioni : public prova::BaseDelleAzioni {};
+INSTANTIATE_TEST_SUITE_P(BasiDati, Azioni, testing::ValuesIn(prova::GeneriDiBase()),
+                         [](const auto& scelta) { return std::string(scelta.param); });
+
+const std::vector<std::string> Presunto = {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""};
+
+std::vector<std::string> Con(std::vector<std::string> parametri, std::size_t indice, const std::string& valore) {
+  parametri.at(indice) = valore;
+  return parametri;
+}
+
+std::vector<std::string> ScadenzePartita(const std::vector<std::string>& gruppi) {
+  std::vector<std::string> parametri = {"01", "SCRIVISCADENZE", "C10", "AB   123", "BANCA"};
+  parametri.insert(parametri.end(), gruppi.begin(), gruppi.end());
+  parametri.resize(101);
+  return parametri;
+}
+
+std::vector<std::string> ScadenzeMovimento(const std::vector<std::string>& gruppi) {
+  std::vector<std::string> parametri = {"01", "EXTRASCRIVISCAD", "A", "2006", "15"};
+  parametri.insert(parametri.end(), gruppi.begin(), gruppi.end());
+  parametri.resize(101);
+  return parametri;
+}
+
+} // namespace
+
+TEST_P(Azioni, LaSospensioneDellaPartitaToccaSoloLeSueRate) {
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
+  EXPECT_THAT(Inviate("UPDATE"), SizeIs(3)) << "anche la rata già sospesa si scrive";
+}
+
+TEST_P(Azioni, LaRiattivazioneDellaPartitaToccaSoloLeSueRate) {
+  EXPECT_EQ(Azione({"01", "SOSPESOCANCELLA", "C10", "AB   123", ""}), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='N' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
+}
+
+TEST_P(Azioni, UnaPartitaSenzaRateNonEUnErrore) {
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C11", "SENZA RATE", ""}), "");
+  NienteCambiato();
+}
+
+TEST_P(Azioni, LaSospensioneDelPresuntoToccaSoloISuoiEventiPresunti) {
+  EXPECT_EQ(Azione(Presunto), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (11,12)");
+}
+
+TEST_P(Azioni, LaRiattivazioneDelPresuntoToccaSoloISuoiEventiPresunti) {
+  EXPECT_EQ(Azione(Con(Presunto, 1, "PRESUNTOCANCELLA")), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='N' WHERE EVENTOCONTABILEKEY IN (11,12)");
+}
+
+TEST_P(Azioni, RiattivareUnPresuntoGiaAttivoLoRiscriveERiesce) {
+  EXPECT_EQ(Azione({"01", "PRESUNTOCANCELLA", "OC", "05", "123", "T01", ""}), "");
+  EXPECT_THAT(Inviate("UPDATE"), SizeIs(1));
+  NienteCambiato();
+}
+
+TEST_P(Azioni, IlNumeroDelPresuntoESeguitoDalleDueCifreDellAnno) {
+  EXPECT_EQ(Azione(Con(Presunto, 3, "2006")), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (11,12)");
+}
+
+TEST_P(Azioni, SenzaAnnoIlNumeroDelPresuntoEDaSolo) {
+  EXPECT_EQ(Azione(Con(Presunto, 3, "")), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY=17");
+}
+
+TEST_P(Azioni, IlPresuntoSiCercaInOgniEsercizio) {
+  EXPECT_EQ(Azione(Presunto), "");
+  EXPECT_THAT(Inviate("SELECT MOVIMENTOKEY"),
+              ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND "
+                          "SERIE=? AND NUMERO=?"));
+}
+
+TEST_P(Azioni, LaCancellazioneDellExtraToglieIlMovimentoEISuoiEventi) {
+  EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "15", ""}), "");
+  const auto dopo = Tutto(base_);
+  auto attese = prima_;
+  std::erase_if(attese, [](const std::string& riga) {
+    return riga.starts_with("MOVIMENTOCONTABILE 2000|") || riga.starts_with("EVENTOCONTABILE 21|") ||
+           riga.starts_with("EVENTOCONTABILE 22|") || riga.starts_with("EVENTOCONTABILE 23|");
+  });
+  EXPECT_EQ(attese.size() + 4, prima_.size());
+  EXPECT_THAT(dopo, testing::ElementsAreArray(attese));
+}
+
+TEST_P(Azioni, SoloLaCancellazioneDelMovimentoPortaLoSchema) {
+  EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "15", ""}), "");
+  EXPECT_THAT(Inviate("DELETE"), ElementsAre("DELETE FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=?",
+                                             "DELETE FROM " + Schema() + ".MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=?"));
+}
+
+TEST_P(Azioni, UnExtraSenzaEventiSiCancella) {
+  EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "16", ""}), "");
+  CambiatoCome("DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=2004");
+}
+
+TEST_P(Azioni, SeLoSchemaNonEsisteAncheGliEventiRestano) {
+  stato().ComandoCorrente = base_.Opzioni() + " -DB2SCHEMA manca";
+  EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "15", ""}), "error");
+  EXPECT_THAT(msg_.Errore, StartsWith("ERRORE: "));
+  NienteCambiato();
+}
+
+TEST_P(Azioni, LeScadenzeDellaPartitaSiCercanoPerDataOriginaleCheResta) {
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "20060228", "20060705", "1", "20060430", "20060801"})), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");
+}
+
+TEST_P(Azioni, LeScadenzeDellExtraSiCercanoPerDataAttualeECambianoAncheLOriginale) {
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060705", "1", "20060430", "20060801"})), "");
+  const auto attesa = prova::BaseDati(GetParam(), prova::DatiDelleAzioni());
+  attesa.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05',DATASCADENZAORIGINALE='2006-07-05' WHERE "
+                "EVENTOCONTABILEKEY=21");
+  attesa.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-08-01',DATASCADENZAORIGINALE='2006-08-01' WHERE "
+                "EVENTOCONTABILEKEY=22");
+  EXPECT_THAT(Tutto(base_), testing::ElementsAreArray(Tutto(attesa)));
+}
+
+TEST_P(Azioni, DiPiuGruppiPerLaStessaDataPerLaPartitaValeLUltimoPerLExtraIlPrimo) {
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "20060531", "20060901", "1", "20060531", "20061001"})), "");
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060901", "1", "20060331", "20061001"})), "");
+  EXPECT_THAT(base_.Righe("SELECT DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN "
+                          "(3,21) ORDER BY EVENTOCONTABILEKEY"),
+              ElementsAre("2006-10-01|2006-05-31", "2006-09-01|2006-09-01"));
+}
+
+TEST_P(Azioni, UnaDataGiaSpostataNonSiSpostaDiNuovoNelloStessoComando) {
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060430", "1", "20060430", "20060801"})), "");
+  EXPECT_THAT(base_.Righe("SELECT DATASCADENZA FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=2000 ORDER BY "
+                          "EVENTOCONTABILEKEY"),
+              ElementsAre("2006-04-30", "2006-08-01", "NULL"));
+}
+
+TEST_P(Azioni, IGruppiFinisconoAlPrimoConLaSecondaDataInBianco) {
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "  ", "20060705", "1", "20060228", "20060801"})), "");
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "", "20060705", "1", "20060331", "20060801"})), "");
+  NienteCambiato();
+}
+
+TEST_P(Azioni, TrentadueGruppiRiempionoLElenco) {
+  std::vector<std::string> gruppi;
+  for (int i = 0; i < 31; ++i) {
+    gruppi.insert(gruppi.end(), {"1", "19990101", "20060705"});
+  }
+  gruppi.insert(gruppi.end(), {"1", "20060531", "20060801"});
+  const auto parametri = ScadenzePartita(gruppi);
+  ASSERT_THAT(parametri, SizeIs(101));
+  EXPECT_EQ(Azione(parametri), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-08-01' WHERE EVENTOCONTABILEKEY=3");
+}
+
+TEST_P(Azioni, UnElencoCheFinisceAlTipoNonFaNulla) {
+  EXPECT_EQ(Azione({"01", "SCRIVISCADENZE", "C10", "AB   123", "BANCA"}), "");
+  EXPECT_EQ(Azione({"01", "EXTRASCRIVISCAD", "A", "2006", "99"}), "");
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+}
+
+TEST_P(Azioni, CioCheMancaSiDiceENienteCambia) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> casi = {
+      {{"99", "PRESUNTOCREA", "OC", "06", "123", "T01", ""}, "AZIENDA INESISTENTE"},
+      {{"01", "PRESUNTOCREA", "OC", "07", "123", "T01", ""}, "MOVIMENTO CONTABILE INESISTENTE"},
+      {{"99", "EXTRADEL", "A", "2006", "15", ""}, "AZIENDA INESISTENTE"},
+      {{"01", "EXTRADEL", "A", "2007", "15", ""}, "MOVIMENTO CONTABILE INESISTENTE"},
+      {{"01", "EXTRADEL", "A", "", "15", ""}, "MOVIMENTO CONTABILE INESISTENTE"},
+      {Con(ScadenzeMovimento({"1", "20060331", "20060705"}), 2, "Z"), "MOVIMENTO CONTABILE INESISTENTE"},
+      {{"01", "SOSPESOCREA", "C99", "AB   123", ""}, "CONTO CONTABILE INESISTENTE"},
+      {{"01", "SOSPESOCANCELLA", "C10", "AB123", ""}, "PARTITA CONTABILE INESISTENTE"},
+      {Con(ScadenzePartita({"1", "20060228", "20060705"}), 2, "C99"), "CONTO CONTABILE INESISTENTE"},
+      {Con(ScadenzePartita({"1", "20060228", "20060705"}), 3, ""), "PARTITA CONTABILE INESISTENTE"}};
+  for (const auto& [parametri, testo] : casi) {
+    msg_.Errore.clear();
+    EXPECT_EQ(Azione(parametri), "error") << parametri[1];
+    EXPECT_EQ(msg_.Errore, "ERRORE: -2147220990\r\n" + testo) << parametri[1];
+  }
+  NienteCambiato();
+}
+
+TEST_P(Azioni, UnAzioneIgnotaOInMinuscoloNonFaNulla) {
+  for (const char* azione : {"sospesocrea", "Extradel", "CANALIZZAZIONE", "", " SOSPESOCREA", "SOSPESO"}) {
+    EXPECT_EQ(Azione({"01", azione, "C10", "AB   123", ""}), "") << azione;
+  }
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  NienteCambiato();
+}
+
+TEST_P(Azioni, DopoUnRifiutoLaBaseDatiNonSiTocca) {
+  msg_.Errore = " no ";
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
+  EXPECT_EQ(msg_.Errore, " no ");
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  NienteCambiato();
+}
+
+TEST_P(Azioni, UnErroreDiSoliSpaziNonEUnRifiuto) {
+  msg_.Errore = "  ";
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
+}
+
+TEST_P(Azioni, SenzaOggettoRispostaLeAzioniSiFannoUgualmente) {
+  EXPECT_EQ(procedureLumoDB2::EseguiAzioneDB2({"01", "SOSPESOCREA", "C10", "AB   123", ""}, nullptr), "");
+  EXPECT_EQ(procedureLumoDB2::EseguiAzioneDB2({"01", "SOSPESOCREA", "C99", "AB   123", ""}, nullptr), "error");
+}
+
+TEST_P(Azioni, LaProvaScriveLaRigaCento) {
+  EXPECT_EQ(Esegui("-T TEST"), "");
+  CambiatoCome("UPDATE ERRORE SET FILEXML='FILEccccc' WHERE ERROREKEY=100");
+  EXPECT_THAT(Inviate("SELECT"), ElementsAre("SELECT * FROM " + Schema() + ".ERRORE WHERE ERROREKEY=?"));
+  EXPECT_THAT(Inviate("UPDATE"), ElementsAre(StartsWith("UPDATE " + Schema() + ".ERRORE SET FILEXML=?")));
+  EXPECT_EQ(Esegui("-T TEST"), "") << "anche con il valore che c'è già";
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_P(Azioni, SenzaLaRigaCentoLaProvaRiesceSenzaScrivere) {
+  base_.Esegui("UPDATE ERRORE SET ERROREKEY=101 WHERE ERROREKEY=100");
+  const auto righe = Tutto(base_);
+  EXPECT_EQ(Esegui("-T TEST"), "");
+  EXPECT_EQ(Tutto(base_), righe);
+}
+
+TEST_P(Azioni, LaProvaFallitaDiceDoveNumeroEDescrizione) {
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + base_.Opzioni() + " -DB2SCHEMA manca"), "error");
+  ASSERT_THAT(banco_.desktop.box, SizeIs(1));
+  EXPECT_THAT(banco_.desktop.box[0], testing::MatchesRegex("testScrittura\r\n-[0-9]+\r\n.+"));
+  EXPECT_THAT(banco_.desktop.box[0], HasSubstr("manca"));
+  EXPECT_EQ(banco_.desktop.titoli[0], "LumoScad");
+  NienteCambiato();
+}
