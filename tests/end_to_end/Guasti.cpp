@@ -1,0 +1,86 @@
+#include "Guasti.hpp"
+
+#include "lumoscad/LumoScadenze.hpp"
+
+#include <cstdlib>
+
+namespace lumoscad::prova {
+namespace {
+
+constexpr int TestataScadenza = 5;
+constexpr int SpuntaData = 6;
+constexpr int SpuntaBanca = 9;
+constexpr int BancaAniene = 3; ///< place in the list of banks, which is in order of name
+
+void Spunta(FinestraElenco& finestra, int riga, int colonna) {
+  int sinistra = 0;
+  for (int precedente = 0; precedente < colonna; ++precedente) {
+    sinistra += finestra.colonne[static_cast<std::size_t>(precedente)].larghezza;
+  }
+  const int alto = riga * 240;
+  finestra.seleziona(riga);
+  finestra.premeMouse(sinistra + 1, alto + 1);
+  finestra.clic(alto);
+}
+
+} // namespace
+
+Guasti::Guasti()
+    : servizi_({[this]() -> Desktop& { return desktop; }, [this]() -> nexaro::HostLink& { return Host(); },
+                [this]() -> const nexaro::Ambiente& { return Ambiente(); },
+                [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+                [this](std::string_view istruzione) { istruzioni.emplace_back(istruzione); }}) {
+  ::setenv("NEXARO_TRASPORTO", "cartella", 1);
+  ::setenv("NEXARO_RADICE", demo.Host().c_str(), 1);
+  ::setenv("NEXARO_POSTAZIONE", "T01", 1);
+  ::setenv("NEXARO_CARTELLA_LOCALE", demo.Locale().c_str(), 1);
+  ::unsetenv("NEXARO_ATTESA");
+}
+
+nexaro::HostLink& Guasti::Host() {
+  if (!host_) {
+    host_ = nexaro::CreaHostLink();
+  }
+  return *host_;
+}
+
+const nexaro::Ambiente& Guasti::Ambiente() {
+  if (!ambiente_) {
+    ambiente_ = std::make_unique<nexaro::Ambiente>(nexaro::LeggiAmbiente());
+  }
+  return *ambiente_;
+}
+
+std::string Guasti::Esegui() {
+  return Esegui("-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main");
+}
+
+std::string Guasti::Esegui(const std::string& opzioniDatabase) {
+  return LumoScadenze().EseguiLumoScad("-T BANCA /CREDITI -D 01 -H 10.0.0.1 -C 20100023 " + opzioniDatabase);
+}
+
+void Guasti::Conferma(const std::function<void()>& primaDiConfermare) {
+  desktop.copioni.emplace_back([primaDiConfermare](FinestraElenco& finestra) {
+    ASSERT_EQ(finestra.righe(), 11U);
+    finestra.clicTestata(TestataScadenza);
+    finestra.testoScadenza("15/04/26");
+    finestra.scegliBanca(BancaAniene);
+    Spunta(finestra, 1, SpuntaData);
+    Spunta(finestra, 4, SpuntaBanca);
+    if (primaDiConfermare) {
+      primaDiConfermare();
+    }
+    finestra.conferma();
+  });
+}
+
+void Guasti::VerificaRifiuto(const std::string& risultato, const Righe& box, const Righe& rimasti) {
+  EXPECT_EQ(risultato, "error");
+  EXPECT_EQ(desktop.box, box);
+  EXPECT_THAT(desktop.titoli, testing::Each("LumoScad"));
+  EXPECT_EQ(Contenuto(demo.Tmp()), rimasti);
+  EXPECT_FALSE(std::filesystem::exists(demo.Locale() / Richiesta));
+  EXPECT_THAT(Differenze(prima, demo.Stato()), testing::IsEmpty());
+}
+
+} // namespace lumoscad::prova

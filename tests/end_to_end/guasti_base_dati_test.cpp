@@ -1,0 +1,89 @@
+// Faults of the database.
+
+#include "Figlio.hpp"
+#include "Guasti.hpp"
+#include "support/PostgresServer.hpp"
+
+namespace lumoscad::prova {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+namespace fs = std::filesystem;
+
+class GuastiBaseDati : public Guasti {};
+
+TEST_F(GuastiBaseDati, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
+  VerificaRifiuto(Esegui("-DB2SOURCE INESISTENTE -DB2SCHEMA main"),
+                  {ErroreRegistrato("-2147467259\r\n[IM002] [unixODBC][Driver Manager]Data source name not found and "
+                                    "no default driver specified")},
+                  {"VBCREDITI"});
+  EXPECT_EQ(desktop.finestre, 1U);
+  EXPECT_FALSE(fs::exists(demo.Registro()));
+}
+
+TEST_F(GuastiBaseDati, NoDataSourceAtAllIsReported) {
+  VerificaRifiuto(Esegui(""),
+                  {ErroreRegistrato("-2147467259\r\nConnessione alla base dati: l'origine dati ODBC non è indicata.")},
+                  {"VBCREDITI"});
+  EXPECT_FALSE(fs::exists(demo.Registro()));
+}
+
+TEST_F(GuastiBaseDati, AnUnknownBankRollsTheWholeConfirmationBack) {
+  Conferma([this] {
+    test::runScript(demo.Connessione(), "DELETE FROM CONTOCONTABILE WHERE CODICECONTO='60100001'");
+    prima = demo.Stato();
+  });
+  VerificaRifiuto(Esegui(), {"Variate 2 scadenze", ErroreRegistrato("-2147220990\r\nCONTO CONTABILE INESISTENTE\r\n")},
+                  {"VBCREDITI"});
+  EXPECT_THAT(istruzioni,
+              Contains("UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-04-15' WHERE EVENTOCONTABILEKEY=111"));
+}
+
+TEST_F(GuastiBaseDati, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
+  const fs::path altrove = demo.Base() / "altrove.sqlite";
+  Conferma([&] { fs::rename(demo.BaseDati(), altrove); });
+  const auto risultato = Esegui();
+  fs::rename(altrove, demo.BaseDati());
+  VerificaRifiuto(
+      risultato,
+      {"Variate 2 scadenze", ErroreRegistrato("-2147467259\r\n[HY000] [SQLite]no such table: CONTOCONTABILE (1)\r\n")},
+      {"VBCREDITI"});
+}
+
+class GuastiPostgres : public Guasti {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(test::PostgresServer::available());
+    auto dati = Comando({LUMOSCAD_GENERA, std::string(Dimostrazione::Giorno), "40"}).value_or("");
+    // The script runs in a transaction of its own.
+    ASSERT_TRUE(dati.starts_with("BEGIN;\n") && dati.ends_with("COMMIT;"));
+    dati = dati.substr(7, dati.size() - 14);
+    server_ = std::make_unique<test::PostgresServer>(LUMOSCAD_POSTGRES);
+    sorgente_ = server_->createDatabase("contabilita", Leggi(LUMOSCAD_SCHEMA) + dati);
+  }
+
+  std::unique_ptr<test::PostgresServer> server_;
+  std::string sorgente_;
+};
+
+TEST_F(GuastiPostgres, AWrongPasswordIsReportedAndStaysOutOfTheMessage) {
+  const auto connessione = server_->connectionText(sorgente_);
+  const auto contenuto = Fotografa(connessione);
+  ASSERT_FALSE(contenuto.at("EVENTOCONTABILE").empty());
+  VerificaRifiuto(Esegui("-DB2SOURCE " + sorgente_ + " -DB2USER " + server_->user() +
+                         " -DB2PASS ParolaSbagliata -DB2SCHEMA public"),
+                  {ErroreRegistrato("-2147467259\r\n[08001] connection to server at \"127.0.0.1\", port " +
+                                    std::to_string(server_->port()) +
+                                    " failed: FATAL:  password authentication failed for user \"lumoscad\"")},
+                  {"VBCREDITI"});
+  EXPECT_EQ(desktop.finestre, 1U);
+  EXPECT_THAT(desktop.box, Not(Contains(HasSubstr("ParolaSbagliata"))));
+  EXPECT_FALSE(fs::exists(demo.Registro()));
+  EXPECT_THAT(Differenze(contenuto, Fotografa(connessione)), IsEmpty());
+}
+
+} // namespace
+} // namespace lumoscad::prova
