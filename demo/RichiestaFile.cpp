@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <span>
 #include <vector>
 
 namespace lumoscad::demo {
@@ -14,14 +15,25 @@ bool SoloCifre(std::string_view testo) {
   return !testo.empty() && testo.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-bool DataReale(std::string_view testo) {
-  const auto numero = [testo](std::size_t inizio, std::size_t lunghezza) {
-    return std::stoi(std::string(testo.substr(inizio, lunghezza)));
-  };
-  return std::chrono::year_month_day(std::chrono::year(numero(0, 4)),
-                                     std::chrono::month(static_cast<unsigned>(numero(4, 2))),
-                                     std::chrono::day(static_cast<unsigned>(numero(6, 2))))
+/// A calendar day, from its year, month and day in digits.
+bool GiornoReale(std::string_view anno, std::string_view mese, std::string_view giorno) {
+  const auto numero = [](std::string_view cifre) { return std::stoi(std::string(cifre)); };
+  return std::chrono::year_month_day(std::chrono::year(numero(anno)),
+                                     std::chrono::month(static_cast<unsigned>(numero(mese))),
+                                     std::chrono::day(static_cast<unsigned>(numero(giorno))))
       .ok();
+}
+
+std::vector<std::string_view> Dividi(std::string_view riga, char separatore) {
+  std::vector<std::string_view> campi;
+  for (;;) {
+    const auto fine = riga.find(separatore);
+    campi.push_back(riga.substr(0, fine));
+    if (fine == std::string_view::npos) {
+      return campi;
+    }
+    riga.remove_prefix(fine + 1);
+  }
 }
 
 // Each check gives the reason for a refusal, an empty text where the field is right.
@@ -45,7 +57,22 @@ std::string DataFacoltativa(std::string_view testo) {
   if (testo.size() != 8 || !SoloCifre(testo)) {
     return "non è una data di otto cifre";
   }
-  return DataReale(testo) ? "" : "è una data inesistente";
+  return GiornoReale(testo.substr(0, 4), testo.substr(4, 2), testo.substr(6)) ? "" : "è una data inesistente";
+}
+
+/// Day/month/year as a person writes it; the year has four digits or two of this century.
+std::string DataScritta(std::string_view testo) {
+  const auto parti = Dividi(testo, '/');
+  const auto cifre = [&parti](std::size_t parte) { return SoloCifre(parti[parte]) && parti[parte].size() <= 2; };
+  if (parti.size() != 3 || !cifre(0) || !cifre(1) || !(cifre(2) || (parti[2].size() == 4 && SoloCifre(parti[2])))) {
+    return "non è una data giorno/mese/anno";
+  }
+  const auto anno = std::string(parti[2].size() == 4 ? "" : "20") + std::string(parti[2].size() == 1 ? "0" : "");
+  return GiornoReale(anno + std::string(parti[2]), parti[1], parti[0]) ? "" : "è una data inesistente";
+}
+
+std::string DataScrittaFacoltativa(std::string_view testo) {
+  return testo.find_first_not_of(' ') == std::string_view::npos ? "" : DataScritta(testo);
 }
 
 std::string BancaFacoltativa(std::string_view testo) {
@@ -79,26 +106,19 @@ constexpr std::array<Campo, 11> campiCanalizzazione{{{"CodiceConto", Obbligatori
                                                      {"NuovaBanca", BancaFacoltativa},
                                                      {"NumeroRata", NumeroDiRata}}};
 
+constexpr std::array<Campo, 4> campiScadenze{{{"CodiceConto", Obbligatorio},
+                                              {"NumeroPartita", Obbligatorio},
+                                              {"ScadenzaOriginale", DataScrittaFacoltativa},
+                                              {"NuovaScadenza", DataScritta}}};
+
 std::string Riga(std::size_t numero) {
   return "Riga " + std::to_string(numero);
 }
 
-[[noreturn]] void RifiutaCampo(std::size_t riga, std::size_t campo, std::string_view valore,
+[[noreturn]] void RifiutaCampo(std::size_t riga, std::size_t campo, const Campo& nome, std::string_view valore,
                                const std::string& motivo) {
-  throw Rifiuto(Riga(riga) + ", campo " + std::to_string(campo + 1) + " (" + campiCanalizzazione.at(campo).nome +
-                "): «" + std::string(valore) + "» " + motivo + ".");
-}
-
-std::vector<std::string_view> Dividi(std::string_view riga) {
-  std::vector<std::string_view> campi;
-  for (;;) {
-    const auto virgola = riga.find(',');
-    campi.push_back(riga.substr(0, virgola));
-    if (virgola == std::string_view::npos) {
-      return campi;
-    }
-    riga.remove_prefix(virgola + 1);
-  }
+  throw Rifiuto(Riga(riga) + ", campo " + std::to_string(campo + 1) + " (" + nome.nome + "): «" + std::string(valore) +
+                "» " + motivo + ".");
 }
 
 bool HaControlli(std::string_view testo) {
@@ -111,32 +131,30 @@ bool HaControlli(std::string_view testo) {
   return false;
 }
 
-void ControllaRiga(std::string_view riga, std::size_t numero, const std::set<std::string>& contiBloccati) {
-  static constexpr std::size_t NuovaScadenza = 7;
-  static constexpr std::size_t NuovaBanca = 9;
-  const auto campi = Dividi(riga);
-  if (campi.size() != campiCanalizzazione.size()) {
+/// Checks every field of a line, the first of which is an account code, and returns the fields.
+std::vector<std::string_view> ControllaCampi(std::string_view riga, std::size_t numero, std::span<const Campo> attesi,
+                                             const std::set<std::string>& contiBloccati) {
+  auto campi = Dividi(riga, ',');
+  if (campi.size() != attesi.size()) {
     throw Rifiuto(Riga(numero) + ": " + std::to_string(campi.size()) + " campi invece di " +
-                  std::to_string(campiCanalizzazione.size()) + ".");
+                  std::to_string(attesi.size()) + ".");
   }
   for (std::size_t indice = 0; indice < campi.size(); ++indice) {
-    const auto motivo = HaControlli(campi[indice]) ? "contiene un carattere di controllo"
-                                                   : campiCanalizzazione.at(indice).controllo(campi[indice]);
+    const auto motivo =
+        HaControlli(campi[indice]) ? "contiene un carattere di controllo" : attesi[indice].controllo(campi[indice]);
     if (!motivo.empty()) {
-      RifiutaCampo(numero, indice, HaControlli(campi[indice]) ? std::string_view() : campi[indice], motivo);
+      RifiutaCampo(numero, indice, attesi[indice], HaControlli(campi[indice]) ? std::string_view() : campi[indice],
+                   motivo);
     }
   }
   if (contiBloccati.contains(std::string(campi.front()))) {
-    RifiutaCampo(numero, 0, campi.front(), "è un conto bloccato");
+    RifiutaCampo(numero, 0, attesi[0], campi.front(), "è un conto bloccato");
   }
-  if (campi[NuovaScadenza].empty() && campi[NuovaBanca].empty()) {
-    throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 8 (NuovaScadenza) e 10 (NuovaBanca) sono vuoti.");
-  }
+  return campi;
 }
 
-} // namespace
-
-std::size_t ControllaCanalizzazione(std::string_view contenuto, const std::set<std::string>& contiBloccati) {
+/// Hands every line to `controlla` with its number and returns how many there are.
+template <typename Controlla> std::size_t OgniRiga(std::string_view contenuto, Controlla controlla) {
   if (contenuto.empty()) {
     throw Rifiuto("Il file della richiesta è vuoto.");
   }
@@ -147,10 +165,29 @@ std::size_t ControllaCanalizzazione(std::string_view contenuto, const std::set<s
     if (fine == std::string_view::npos || fine == 0 || contenuto[fine - 1] != '\r') {
       throw Rifiuto(Riga(righe) + ": non termina con CR LF.");
     }
-    ControllaRiga(contenuto.substr(0, fine - 1), righe, contiBloccati);
+    controlla(contenuto.substr(0, fine - 1), righe);
     contenuto.remove_prefix(fine + 1);
   }
   return righe;
+}
+
+} // namespace
+
+std::size_t ControllaCanalizzazione(std::string_view contenuto, const std::set<std::string>& contiBloccati) {
+  static constexpr std::size_t NuovaScadenza = 7;
+  static constexpr std::size_t NuovaBanca = 9;
+  return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
+    const auto campi = ControllaCampi(riga, numero, campiCanalizzazione, contiBloccati);
+    if (campi[NuovaScadenza].empty() && campi[NuovaBanca].empty()) {
+      throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 8 (NuovaScadenza) e 10 (NuovaBanca) sono vuoti.");
+    }
+  });
+}
+
+std::size_t ControllaScadenze(std::string_view contenuto, const std::set<std::string>& contiBloccati) {
+  return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
+    static_cast<void>(ControllaCampi(riga, numero, campiScadenze, contiBloccati));
+  });
 }
 
 } // namespace lumoscad::demo

@@ -19,4 +19,8 @@ class Rifiuto final : public std::runtime_error {
 [[nodiscard]] std::size_t ControllaCanalizzazione(std::string_view contenuto,
                                                   const std::set<std::string>& contiBloccati);
 
+/// The same for a due-date request file, whose lines have four fields: account, item, original and new due date, the
+/// dates as day/month/year.
+[[nodiscard]] std::size_t ControllaScadenze(std::string_view contenuto, const std::set<std::string>& contiBloccati);
+
 } // namespace lumoscad::demo

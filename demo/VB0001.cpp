@@ -64,6 +64,10 @@ void ControllaObbligatori(const Parametri& parametri, std::size_t quanti) {
   }
 }
 
+std::string Variate(std::size_t scadenze) {
+  return scadenze == 1 ? "Variata 1 scadenza" : "Variate " + std::to_string(scadenze) + " scadenze";
+}
+
 Risposta Canalizzazione(const std::string& radice, const Parametri& parametri) {
   static constexpr std::array<std::string_view, 3> tipi{"CREDITI", "DEBITI", "PRESUNTI"};
   static constexpr std::size_t Compilati = 5;
@@ -73,8 +77,77 @@ Risposta Canalizzazione(const std::string& radice, const Parametri& parametri) {
   }
   auto contenuto = LeggiRichiesta(radice, parametri[4]);
   const auto scadenze = ControllaCanalizzazione(contenuto, ContiBloccati(radice));
-  return {true, scadenze == 1 ? "Variata 1 scadenza" : "Variate " + std::to_string(scadenze) + " scadenze",
-          std::move(contenuto)};
+  return {true, Variate(scadenze), std::move(contenuto)};
+}
+
+Risposta Scadenze(const std::string& radice, const Parametri& parametri) {
+  static constexpr std::size_t Compilati = 5;
+  ControllaObbligatori(parametri, Compilati);
+  auto contenuto = LeggiRichiesta(radice, parametri[4]);
+  const auto scadenze = ControllaScadenze(contenuto, ContiBloccati(radice));
+  return {true, Variate(scadenze), std::move(contenuto)};
+}
+
+void ControllaConto(const std::string& radice, const std::string& conto) {
+  if (ContiBloccati(radice).contains(conto)) {
+    throw Rifiuto("Parametro 3: «" + conto + "» è un conto bloccato.");
+  }
+}
+
+Risposta Sospensione(const std::string& radice, const Parametri& parametri) {
+  static constexpr std::size_t Compilati = 5;
+  ControllaObbligatori(parametri, Compilati);
+  ControllaConto(radice, parametri[2]);
+  return {true, "Sospesa la partita " + parametri[3] + " del conto " + parametri[2], ""};
+}
+
+Risposta Riattivazione(const std::string& radice, const Parametri& parametri) {
+  static constexpr std::size_t Compilati = 4;
+  ControllaObbligatori(parametri, Compilati);
+  ControllaConto(radice, parametri[2]);
+  return {true, "Riattivata la partita " + parametri[3] + " del conto " + parametri[2], ""};
+}
+
+bool Cifre(const std::string& testo) {
+  return !testo.empty() && testo.find_first_not_of("0123456789") == std::string::npos;
+}
+
+void ControllaNumero(const std::string& numero) {
+  if (!Cifre(numero)) {
+    throw Rifiuto("Parametro 5: «" + numero + "» non è il numero di un documento.");
+  }
+}
+
+/// A presumed document's year may be missing, where its number says it all.
+std::string Documento(const Parametri& parametri) {
+  static constexpr std::size_t Compilati = 6;
+  Parametri senzaAnno = parametri;
+  senzaAnno[3] = parametri[3].empty() ? "-" : parametri[3];
+  ControllaObbligatori(senzaAnno, Compilati);
+  const auto cifre = parametri[3].size();
+  if (cifre != 0 && (!Cifre(parametri[3]) || (cifre != 2 && cifre != 4))) {
+    throw Rifiuto("Parametro 4: «" + parametri[3] + "» non è un anno.");
+  }
+  ControllaNumero(parametri[4]);
+  return parametri[2] + " " + parametri[4] + (cifre == 0 ? "" : "/" + parametri[3]);
+}
+
+Risposta SospensionePresunto(const std::string& /*radice*/, const Parametri& parametri) {
+  return {true, "Sospeso il documento " + Documento(parametri), ""};
+}
+
+Risposta RiattivazionePresunto(const std::string& /*radice*/, const Parametri& parametri) {
+  return {true, "Riattivato il documento " + Documento(parametri), ""};
+}
+
+Risposta CancellazioneExtra(const std::string& /*radice*/, const Parametri& parametri) {
+  static constexpr std::size_t Compilati = 5;
+  ControllaObbligatori(parametri, Compilati);
+  if (!Cifre(parametri[3]) || parametri[3].size() != 4) {
+    throw Rifiuto("Parametro 4: «" + parametri[3] + "» non è un esercizio.");
+  }
+  ControllaNumero(parametri[4]);
+  return {true, "Annullato il movimento " + parametri[2] + " " + parametri[4] + " dell'esercizio " + parametri[3], ""};
 }
 
 struct Richiesta {
@@ -83,7 +156,13 @@ struct Richiesta {
   Risposta (*esegui)(const std::string& radice, const Parametri& parametri);
 };
 
-constexpr std::array<Richiesta, 1> richieste{{{"CANALIZZAZIONE", 11, Canalizzazione}}};
+constexpr std::array<Richiesta, 7> richieste{{{"CANALIZZAZIONE", 11, Canalizzazione},
+                                              {"SCRIVISCADENZE", 101, Scadenze},
+                                              {"SOSPESOCREA", 6, Sospensione},
+                                              {"SOSPESOCANCELLA", 5, Riattivazione},
+                                              {"PRESUNTOCREA", 7, SospensionePresunto},
+                                              {"PRESUNTOCANCELLA", 7, RiattivazionePresunto},
+                                              {"EXTRADEL", 6, CancellazioneExtra}}};
 
 Risposta Esegui(const std::string& radice, const Parametri& parametri) {
   const std::string nome = parametri.size() > 1 ? parametri[1] : "";

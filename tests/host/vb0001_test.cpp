@@ -114,6 +114,72 @@ TEST_F(RetroVB0001, RefusesAWrongParameterList) {
   EXPECT_EQ(Testo("ERRORE", riga, parametri), "Il file della richiesta «/tmp/T02.dos» non esiste.");
 }
 
+const std::vector<std::string> sospendi = {"01", "SOSPESOCREA", "C10", "AB123", "T01", ""};
+const std::vector<std::string> riattiva = {"01", "SOSPESOCANCELLA", "C10", "AB123", ""};
+const std::vector<std::string> presunto = {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""};
+const std::vector<std::string> extra = {"01", "EXTRADEL", "A", "2006", "15", ""};
+
+std::vector<std::string> Con(std::vector<std::string> parametri, std::size_t indice, const std::string& valore) {
+  parametri.at(indice) = valore;
+  return parametri;
+}
+
+std::vector<std::string> Scadenze() {
+  std::vector<std::string> parametri = {"01", "SCRIVISCADENZE", "BANCA", " T01 ", "/tmp/T01.dos"};
+  parametri.resize(101);
+  return parametri;
+}
+
+TEST_F(RetroVB0001, TakesTheRequestsOfParametersOnly) {
+  EXPECT_EQ(Testo("MESSAGGIO", "", sospendi), "Sospesa la partita AB123 del conto C10");
+  EXPECT_EQ(Testo("MESSAGGIO", "", riattiva), "Riattivata la partita AB123 del conto C10");
+  EXPECT_EQ(Testo("MESSAGGIO", "", presunto), "Sospeso il documento OC 123/06");
+  EXPECT_EQ(Testo("MESSAGGIO", "", Con(Con(presunto, 1, "PRESUNTOCANCELLA"), 3, "2006")),
+            "Riattivato il documento OC 123/2006");
+  EXPECT_EQ(Testo("MESSAGGIO", "", Con(Con(presunto, 3, ""), 4, "12306")), "Sospeso il documento OC 12306");
+  EXPECT_EQ(Testo("MESSAGGIO", "", extra), "Annullato il movimento A 15 dell'esercizio 2006");
+}
+
+TEST_F(RetroVB0001, LogsARequestOfParametersOnlyWithAnEmptyFile) {
+  static_cast<void>(Testo("MESSAGGIO", "non letto", riattiva));
+  EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
+            "ACCETTATA\tRiattivata la partita AB123 del conto C10\t5\t01\tSOSPESOCANCELLA\tC10\tAB123\t\t\n");
+}
+
+TEST_F(RetroVB0001, RefusesWhatIsWrongInTheRequestsOfParametersOnly) {
+  EXPECT_EQ(Testo("ERRORE", "", Con(sospendi, 2, "BLOCCATO")), "Parametro 3: «BLOCCATO» è un conto bloccato.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(riattiva, 2, "BLOCCATO")), "Parametro 3: «BLOCCATO» è un conto bloccato.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(sospendi, 3, "")), "Parametro 4: manca.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(sospendi, 4, " ")), "Parametro 5: manca.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(riattiva, 4, "T01")), "Parametro 5: «T01» dovrebbe essere vuoto.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(presunto, 2, "")), "Parametro 3: manca.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(presunto, 3, "6")), "Parametro 4: «6» non è un anno.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(presunto, 3, "an")), "Parametro 4: «an» non è un anno.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(presunto, 4, "12A")), "Parametro 5: «12A» non è il numero di un documento.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(extra, 3, "06")), "Parametro 4: «06» non è un esercizio.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(extra, 4, "x")), "Parametro 5: «x» non è il numero di un documento.");
+  EXPECT_EQ(Testo("ERRORE", "", {"01", "EXTRADEL", "A", "2006", "15"}),
+            "La richiesta EXTRADEL ha 5 parametri invece di 6.");
+  EXPECT_EQ(Testo("ERRORE", "", {"01", "SOSPESOCANCELLA", "C10", "AB123", "T01", ""}),
+            "La richiesta SOSPESOCANCELLA ha 6 parametri invece di 5.");
+}
+
+TEST_F(RetroVB0001, TakesAndRefusesNewDueDates) {
+  const std::string scadenza = "C10,AB   123,28/02/2006,5/4/06\r\n";
+  EXPECT_EQ(Testo("MESSAGGIO", scadenza, Scadenze()), "Variata 1 scadenza");
+  EXPECT_EQ(Testo("MESSAGGIO", scadenza + "C10,AB   123,,31/12/2006\r\n", Scadenze()), "Variate 2 scadenze");
+  const auto rifiuto = [&](const std::string& seconda) { return Testo("ERRORE", scadenza + seconda, Scadenze()); };
+  EXPECT_EQ(rifiuto("BLOCCATO,A 1,,31/12/2006\r\n"), "Riga 2, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
+  EXPECT_EQ(rifiuto("C10,A 1,,\r\n"), "Riga 2, campo 4 (NuovaScadenza): «» non è una data giorno/mese/anno.");
+  EXPECT_EQ(rifiuto("C10,A 1,,31/6/06\r\n"), "Riga 2, campo 4 (NuovaScadenza): «31/6/06» è una data inesistente.");
+  EXPECT_EQ(rifiuto("C10,A 1,20060228,1/6/06\r\n"),
+            "Riga 2, campo 3 (ScadenzaOriginale): «20060228» non è una data giorno/mese/anno.");
+  EXPECT_EQ(rifiuto("C10,A 1,1/6/06\r\n"), "Riga 2: 3 campi invece di 4.");
+  auto corta = Scadenze();
+  corta.pop_back();
+  EXPECT_EQ(Testo("ERRORE", scadenza, corta), "La richiesta SCRIVISCADENZE ha 100 parametri invece di 101.");
+}
+
 TEST_F(RetroVB0001, RefusesUnknownRequestsAndEscapesWhatItRepeats) {
   EXPECT_EQ(Testo("ERRORE", riga, {"01", "<A&B>"}), "Richiesta sconosciuta: «<A&B>».");
   EXPECT_EQ(Testo("ERRORE", riga, {}), "Richiesta sconosciuta: «».");
