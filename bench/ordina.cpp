@@ -65,30 +65,30 @@ std::size_t Occupati() {
   return memoria.uordblks + memoria.hblkhd;
 }
 
-double TempoGriglia(RigheGriglia& righe, int colonna) {
-  std::vector<double> tempi;
-  for (int prova = 0; prova < Prove; ++prova) {
-    righe.Ordina(Partita, prova % 2 == 0);
-    const auto inizio = Orologio::now();
-    righe.Ordina(colonna, true);
-    tempi.push_back(Millisecondi(inizio));
-  }
-  return Mediana(tempi);
-}
+/// Medians of both sides, measured in turns so that a busy moment of the machine meets both.
+struct Tempi {
+  double griglia = 0;
+  double libreria = 0;
+};
 
-double TempoLibreria(const RigheGriglia& righe, int colonna) {
+Tempi Misura(RigheGriglia& righe, int colonna) {
   std::vector<std::string> testi;
   for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
     testi.emplace_back(righe.Testo(riga, colonna));
   }
-  std::vector<double> tempi;
+  std::vector<double> griglia;
+  std::vector<double> libreria;
   for (int prova = 0; prova < Prove; ++prova) {
+    righe.Ordina(Partita, prova % 2 == 0);
+    auto inizio = Orologio::now();
+    righe.Ordina(colonna, true);
+    griglia.push_back(Millisecondi(inizio));
     auto copia = testi;
-    const auto inizio = Orologio::now();
+    inizio = Orologio::now();
     std::stable_sort(copia.begin(), copia.end());
-    tempi.push_back(Millisecondi(inizio));
+    libreria.push_back(Millisecondi(inizio));
   }
-  return Mediana(tempi);
+  return {Mediana(griglia), Mediana(libreria)};
 }
 
 } // namespace
@@ -101,10 +101,9 @@ void OrdineEMemoria() {
     std::printf("Griglia di %zu righe: %.0f byte a riga\n", quante,
                 static_cast<double>(Occupati() - prima) / static_cast<double>(quante));
     for (const Ordine& ordine : Ordini) {
-      const double griglia = TempoGriglia(righe, ordine.colonna);
-      const double libreria = TempoLibreria(righe, ordine.colonna);
+      const Tempi tempi = Misura(righe, ordine.colonna);
       std::printf("  ordine per %-8s  griglia %7.1f ms  std::stable_sort %7.1f ms  rapporto %.2f\n", ordine.nome,
-                  griglia, libreria, griglia / libreria);
+                  tempi.griglia, tempi.libreria, tempi.griglia / tempi.libreria);
     }
   }
 }
