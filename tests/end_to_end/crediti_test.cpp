@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <sys/inotify.h>
 #include <system_error>
 #include <unistd.h>
@@ -76,6 +77,10 @@ class Crediti : public testing::Test {
     Scrivi(demo.Base() / "comando",
            "-T BANCA /CREDITI -D 01 -H 10.0.0.1 " + opzioni + " -DB2SOURCE CONTABILITA -DB2SCHEMA main\n");
     auto ambiente = schermo.Ambiente();
+    // The keyboard library copies names out of replies that end without a null: allowed, but not to the strict check.
+    const char* controlli = std::getenv("ASAN_OPTIONS");
+    ambiente.push_back("ASAN_OPTIONS=" + std::string(controlli == nullptr ? "" : controlli) +
+                       ":strict_string_checks=0");
     ambiente.insert(ambiente.end(), aggiunte.begin(), aggiunte.end());
     return std::make_unique<Figlio>(
         std::vector<std::string>{"sh", "-c", ". \"$1\"; exec \"$2\" -", "sh", (demo.Base() / "ambiente.sh").string(),
