@@ -6,7 +6,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <sys/resource.h>
 
 namespace {
 
@@ -54,12 +53,6 @@ std::string Unisci(std::span<char* const> argomenti) {
   return comando;
 }
 
-/// The command line holds the database password, and a core file would hold it too.
-void RifiutaCore() {
-  const rlimit nessuno{0, 0};
-  static_cast<void>(setrlimit(RLIMIT_CORE, &nessuno));
-}
-
 /// The status says that the answer was lost when it could not be written.
 int Scrivi(std::string_view testo, int stato) {
   std::cout << testo << std::flush;
@@ -79,7 +72,6 @@ int Esegui(std::string_view comando) {
 } // namespace
 
 int main(int numero, char** vettore) {
-  RifiutaCore();
   const auto argomenti = std::span<char* const>(vettore, static_cast<std::size_t>(numero)).subspan(numero > 0 ? 1 : 0);
   const std::string_view primo = argomenti.empty() ? std::string_view() : argomenti.front();
   if (argomenti.size() == 1 && primo == "--aiuto") {

@@ -25,7 +25,7 @@ struct ColonnaElenco {
   std::string intestazione; ///< the list's own heading text; empty over an icon column
   int larghezza = 0;        ///< twips; 0 hides the column
   Genere genere = Genere::Testo;
-  int attuale = -1;         ///< for an editable column, the column that shows the present value; -1 for none
+  int attuale = -1; ///< for an editable column, the column that shows the present value; -1 for none
 };
 
 /// One heading drawn above the list (an element of the control array `TLwTestata`).
@@ -76,7 +76,7 @@ struct StatoElenco {
 /// Everything that a modal list window needs: what to show, how to read it, and where to send the person's
 /// gestures. Rows are addressed by their place in display order, from 0.
 struct FinestraElenco {
-  std::string nome;                       ///< name of the window, for instance "frmLumoScadenzeBanche"
+  std::string nome; ///< name of the window, for instance "frmLumoScadenzeBanche"
   std::string titolo;
   std::string nomeLista; ///< name of the list control, for instance "LVScadenzeBanche"
   std::string carattere; ///< font family of the list
@@ -103,7 +103,7 @@ struct FinestraElenco {
   std::function<void(int codice)> tastoEditor;         ///< key in `TextScad` (9 Tab, 13 Enter)
   std::function<void(int indice)> scegliBancaCella;    ///< choice in `cmbBanche2`
   std::function<void()> perdeFuocoBancaCella;          ///< `cmbBanche2` lost the focus
-  std::function<void()> abbandonaEditor;                  ///< Esc in an in-place editor: close it, write nothing
+  std::function<void()> abbandonaEditor;               ///< Esc in an in-place editor: close it, write nothing
   std::function<void(std::string_view)> testoScadenza; ///< `TextScadenza` was edited
   std::function<void()> clicScadenza;                  ///< click in `TextScadenza`
   std::function<void(int indice)> scegliBanca;         ///< choice in `cmbBanche`

@@ -9,10 +9,10 @@ namespace lumoscad::xml {
 
 /// One element of a parsed document. Texts are UTF-8.
 struct Nodo {
-  std::string nome;         ///< the element's name as written
-  std::string valore;       ///< the text of the element and of all its descendants, in document order
-  std::vector<Nodo> figli;  ///< the child elements, in document order
-  bool haTesto = false;     ///< the element has a non-blank text of its own: it has child nodes though no `figli`
+  std::string nome;        ///< the element's name as written
+  std::string valore;      ///< the text of the element and of all its descendants, in document order
+  std::vector<Nodo> figli; ///< the child elements, in document order
+  bool haTesto = false;    ///< the element has a non-blank text of its own: it has child nodes though no `figli`
 };
 
 /// The largest document that `Leggi` takes, in bytes.
