@@ -29,7 +29,7 @@ std::ptrdiff_t openFiles() {
 
 TEST(AdoSqlite, HoldsNeitherMemoryNorFilesAfterManyConnections) {
   const test::OdbcSqlite database(schema);
-  long memory = 0;
+  [[maybe_unused]] long memory = 0;
   std::ptrdiff_t files = 0;
   for (int i = 0; i < 1000; ++i) {
     Connection connection;
