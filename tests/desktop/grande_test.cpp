@@ -28,7 +28,6 @@ namespace {
 using Colonna = frmLumoScadenzeBanche::Colonna;
 
 constexpr long Rate = 100000;
-constexpr double LimiteFermo = 100; // milliseconds
 
 /// What a row is expected to hand back.
 struct Attesa {
@@ -267,7 +266,7 @@ void ControllaFermi(const std::map<std::string, double>& fermi) {
   for (const auto& [gesto, fermo] : fermi) {
     std::printf("  %-20s %6.1f ms\n", gesto.c_str(), fermo);
 #ifdef LUMOSCAD_TEMPI_VINCOLANTI
-    EXPECT_LE(fermo, LimiteFermo) << gesto;
+    EXPECT_LE(fermo, 100) << gesto << ": milliseconds without an answer";
 #endif
   }
   EXPECT_THAT(fermi, testing::SizeIs(testing::Ge(9)));
