@@ -6,11 +6,14 @@ pacchetti=(
   # compilers and build
   g++ cmake ninja-build ccache pkg-config
   # checks
-  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev python3
+  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3
   # libraries
-  qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev
+  qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev libgtest-dev libgmock-dev libbenchmark-dev
   # databases
   unixodbc odbcinst libsqliteodbc sqlite3 odbc-postgresql postgresql-15
+  odbc-mariadb mariadb-server-core mariadb-client-core
+  # a host for the tests
+  openssh-server openssh-client
   # a virtual display, a window manager and hands to play with
   xvfb xauth xdotool imagemagick openbox fonts-dejavu-core
 )
