@@ -89,6 +89,31 @@ std::string NumeroDiRata(std::string_view testo) {
   return SoloCifre(testo) && testo.size() <= 9 ? "" : "non è un numero di rata";
 }
 
+std::string Vuoto(std::string_view testo) {
+  return testo.empty() ? "" : "dovrebbe essere vuoto";
+}
+
+std::string AnnoDiDocumento(std::string_view testo) {
+  return testo.size() == 2 && SoloCifre(testo) ? "" : "non è un anno di due cifre";
+}
+
+std::string NumeroDiDocumento(std::string_view testo) {
+  return SoloCifre(testo) ? "" : "non è il numero di un documento";
+}
+
+/// A bank, or the word for none where a document has none or is to lose its own.
+std::string BancaONessuna(std::string_view testo) {
+  return testo.empty() ? "manca" : BancaFacoltativa(testo);
+}
+
+std::string DataONessuna(std::string_view testo) {
+  return testo.empty() ? "manca" : DataFacoltativa(testo);
+}
+
+std::string DataObbligatoria(std::string_view testo) {
+  return testo.empty() || testo == "00000000" ? "manca" : DataFacoltativa(testo);
+}
+
 struct Campo {
   const char* nome;
   std::string (*controllo)(std::string_view);
@@ -105,6 +130,27 @@ constexpr std::array<Campo, 11> campiCanalizzazione{{{"CodiceConto", Obbligatori
                                                      {"VecchiaBanca", BancaFacoltativa},
                                                      {"NuovaBanca", BancaFacoltativa},
                                                      {"NumeroRata", NumeroDiRata}}};
+
+// A presumed document is named by series, number and year; it has no item and no instalments.
+constexpr std::array<Campo, 11> campiBancaPresunti{{{"CodiceConto", Obbligatorio},
+                                                    {"NumeroPartita", Vuoto},
+                                                    {"Anno", AnnoDiDocumento},
+                                                    {"Numero", NumeroDiDocumento},
+                                                    {"Serie", Obbligatorio},
+                                                    {"ScadenzaOriginale", Vuoto},
+                                                    {"VecchiaScadenza", Vuoto},
+                                                    {"NuovaScadenza", Vuoto},
+                                                    {"VecchiaBanca", BancaONessuna},
+                                                    {"NuovaBanca", BancaONessuna},
+                                                    {"NumeroRata", Vuoto}}};
+
+constexpr std::array<Campo, 7> campiConsegna{{{"CodiceConto", Obbligatorio},
+                                              {"Serie", Obbligatorio},
+                                              {"Numero", NumeroDiDocumento},
+                                              {"Anno", AnnoDiDocumento},
+                                              {"Consegna", DataONessuna},
+                                              {"ConsegnaOrigine", DataONessuna},
+                                              {"NuovaConsegna", DataObbligatoria}}};
 
 constexpr std::array<Campo, 4> campiScadenze{{{"CodiceConto", Obbligatorio},
                                               {"NumeroPartita", Obbligatorio},
@@ -180,6 +226,28 @@ std::size_t ControllaCanalizzazione(std::string_view contenuto, const std::set<s
     const auto campi = ControllaCampi(riga, numero, campiCanalizzazione, contiBloccati);
     if (campi[NuovaScadenza].empty() && campi[NuovaBanca].empty()) {
       throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 8 (NuovaScadenza) e 10 (NuovaBanca) sono vuoti.");
+    }
+  });
+}
+
+std::size_t ControllaBancaPresunti(std::string_view contenuto, const std::set<std::string>& contiBloccati) {
+  static constexpr std::size_t VecchiaBanca = 8;
+  static constexpr std::size_t NuovaBanca = 9;
+  return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
+    const auto campi = ControllaCampi(riga, numero, campiBancaPresunti, contiBloccati);
+    if (campi[VecchiaBanca] == campi[NuovaBanca]) {
+      throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 9 (VecchiaBanca) e 10 (NuovaBanca) sono uguali.");
+    }
+  });
+}
+
+std::size_t ControllaConsegna(std::string_view contenuto, const std::set<std::string>& contiBloccati) {
+  static constexpr std::size_t Consegna = 4;
+  static constexpr std::size_t NuovaConsegna = 6;
+  return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
+    const auto campi = ControllaCampi(riga, numero, campiConsegna, contiBloccati);
+    if (campi[Consegna] == campi[NuovaConsegna]) {
+      throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 5 (Consegna) e 7 (NuovaConsegna) sono uguali.");
     }
   });
 }

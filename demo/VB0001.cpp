@@ -68,6 +68,14 @@ std::string Variate(std::size_t scadenze) {
   return scadenze == 1 ? "Variata 1 scadenza" : "Variate " + std::to_string(scadenze) + " scadenze";
 }
 
+std::string Variati(std::size_t documenti) {
+  return documenti == 1 ? "Variato 1 documento" : "Variati " + std::to_string(documenti) + " documenti";
+}
+
+std::string VariateConsegne(std::size_t consegne) {
+  return consegne == 1 ? "Variata 1 consegna" : "Variate " + std::to_string(consegne) + " consegne";
+}
+
 Risposta Canalizzazione(const std::string& radice, const Parametri& parametri) {
   static constexpr std::array<std::string_view, 3> tipi{"CREDITI", "DEBITI", "PRESUNTI"};
   static constexpr std::size_t Compilati = 5;
@@ -76,8 +84,21 @@ Risposta Canalizzazione(const std::string& radice, const Parametri& parametri) {
     throw Rifiuto("Parametro 3: «" + parametri[2] + "» non è CREDITI, DEBITI o PRESUNTI.");
   }
   auto contenuto = LeggiRichiesta(radice, parametri[4]);
-  const auto scadenze = ControllaCanalizzazione(contenuto, ContiBloccati(radice));
-  return {true, Variate(scadenze), std::move(contenuto)};
+  const auto bloccati = ContiBloccati(radice);
+  auto testo = parametri[2] == "PRESUNTI" ? Variati(ControllaBancaPresunti(contenuto, bloccati))
+                                          : Variate(ControllaCanalizzazione(contenuto, bloccati));
+  return {true, std::move(testo), std::move(contenuto)};
+}
+
+Risposta Consegna(const std::string& radice, const Parametri& parametri) {
+  static constexpr std::size_t Compilati = 5;
+  ControllaObbligatori(parametri, Compilati);
+  if (parametri[2] != "PRESUNTI") {
+    throw Rifiuto("Parametro 3: «" + parametri[2] + "» non è PRESUNTI.");
+  }
+  auto contenuto = LeggiRichiesta(radice, parametri[4]);
+  const auto consegne = ControllaConsegna(contenuto, ContiBloccati(radice));
+  return {true, VariateConsegne(consegne), std::move(contenuto)};
 }
 
 Risposta Scadenze(const std::string& radice, const Parametri& parametri) {
@@ -156,7 +177,8 @@ struct Richiesta {
   Risposta (*esegui)(const std::string& radice, const Parametri& parametri);
 };
 
-constexpr std::array<Richiesta, 7> richieste{{{"CANALIZZAZIONE", 11, Canalizzazione},
+constexpr std::array<Richiesta, 8> richieste{{{"CANALIZZAZIONE", 11, Canalizzazione},
+                                              {"CONSEGNA", 6, Consegna},
                                               {"SCRIVISCADENZE", 101, Scadenze},
                                               {"SOSPESOCREA", 6, Sospensione},
                                               {"SOSPESOCANCELLA", 5, Riattivazione},

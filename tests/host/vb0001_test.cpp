@@ -1,51 +1,17 @@
-#include "Banco.hpp"
-#include "platform/nexaro/Processo.hpp"
-#include "platform/xml/Nodo.hpp"
+#include "RetroVB0001.hpp"
 
 #include <gmock/gmock.h>
 
 namespace lumoscad {
 namespace {
 
+using prove::RetroVB0001;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 const std::string riga = "20100001,2026/12,,,,20260131,20260131,20260228,60100001,60100002,1\r\n";
 const std::string soloData = "20100001,2026/12,,,,,20260131,20260228,#null#,,2\r\n";
 const std::string soloBanca = "20100001,2026/13,,,,00000000,20260131,,60100001,#null#,1\r\n";
-
-class RetroVB0001 : public testing::Test {
- protected:
-  void SetUp() override {
-    std::filesystem::create_directories(radice / "tmp");
-    std::filesystem::create_directories(radice / "registro");
-  }
-
-  static std::vector<std::string> Parametri() {
-    return {"01", "CANALIZZAZIONE", "CREDITI", "T01", "/tmp/T01.dos", "", "", "", "", "", ""};
-  }
-
-  xml::Nodo Chiama(const std::vector<std::string>& parametri) {
-    const auto esito = nexaro::Esegui(
-        {LUMOSCAD_VB0001, parametri, {"NEXARO_RADICE=" + radice.Percorso()}, radice.Percorso(), 20s, 100000, 2000});
-    EXPECT_EQ(esito.fine, nexaro::FineProcesso::Uscito);
-    EXPECT_EQ(esito.stato, 0) << esito.errori;
-    return xml::Leggi(esito.uscita);
-  }
-
-  std::string Testo(const std::string& elemento, const std::string& contenuto,
-                    const std::vector<std::string>& parametri = Parametri()) {
-    prove::Scrivi(radice / "tmp/T01.dos", contenuto);
-    const auto risposta = Chiama(parametri);
-    EXPECT_EQ(risposta.nome, "RISPOSTA");
-    EXPECT_EQ(risposta.figli.size(), 1U);
-    EXPECT_EQ(risposta.figli.at(0).nome, elemento) << risposta.valore;
-    return risposta.figli.at(0).valore;
-  }
-  std::string Errore(const std::string& contenuto) { return Testo("ERRORE", contenuto); }
-
-  prove::CartellaProvvisoria radice;
-};
 
 TEST_F(RetroVB0001, TellsHowManyInstalmentsItTook) {
   EXPECT_EQ(Testo("MESSAGGIO", riga), "Variata 1 scadenza");
@@ -118,11 +84,6 @@ const std::vector<std::string> sospendi = {"01", "SOSPESOCREA", "C10", "AB123", 
 const std::vector<std::string> riattiva = {"01", "SOSPESOCANCELLA", "C10", "AB123", ""};
 const std::vector<std::string> presunto = {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""};
 const std::vector<std::string> extra = {"01", "EXTRADEL", "A", "2006", "15", ""};
-
-std::vector<std::string> Con(std::vector<std::string> parametri, std::size_t indice, const std::string& valore) {
-  parametri.at(indice) = valore;
-  return parametri;
-}
 
 std::vector<std::string> Scadenze() {
   std::vector<std::string> parametri = {"01", "SCRIVISCADENZE", "BANCA", " T01 ", "/tmp/T01.dos"};

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Banco.hpp"
+#include "platform/nexaro/Processo.hpp"
+#include "platform/xml/Nodo.hpp"
+
+namespace lumoscad::prove {
+
+/// The back end of the demonstration, run as the host runs it in a directory of its own.
+class RetroVB0001 : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directories(radice / "tmp");
+    std::filesystem::create_directories(radice / "registro");
+  }
+
+  static std::vector<std::string> Parametri() {
+    return {"01", "CANALIZZAZIONE", "CREDITI", "T01", "/tmp/T01.dos", "", "", "", "", "", ""};
+  }
+  static std::vector<std::string> Con(std::vector<std::string> parametri, std::size_t indice,
+                                      const std::string& valore) {
+    parametri.at(indice) = valore;
+    return parametri;
+  }
+
+  xml::Nodo Chiama(const std::vector<std::string>& parametri) {
+    const auto esito = nexaro::Esegui({LUMOSCAD_VB0001,
+                                       parametri,
+                                       {"NEXARO_RADICE=" + radice.Percorso()},
+                                       radice.Percorso(),
+                                       std::chrono::seconds(20),
+                                       100000,
+                                       2000});
+    EXPECT_EQ(esito.fine, nexaro::FineProcesso::Uscito);
+    EXPECT_EQ(esito.stato, 0) << esito.errori;
+    return xml::Leggi(esito.uscita);
+  }
+
+  /// The one text of the answer, which must be an `elemento`, to a request whose file holds `contenuto`.
+  std::string Testo(const std::string& elemento, const std::string& contenuto,
+                    const std::vector<std::string>& parametri = Parametri()) {
+    Scrivi(radice / "tmp/T01.dos", contenuto);
+    const auto risposta = Chiama(parametri);
+    EXPECT_EQ(risposta.nome, "RISPOSTA");
+    EXPECT_EQ(risposta.figli.size(), 1U);
+    EXPECT_EQ(risposta.figli.at(0).nome, elemento) << risposta.valore;
+    return risposta.figli.at(0).valore;
+  }
+  std::string Errore(const std::string& contenuto) { return Testo("ERRORE", contenuto); }
+
+  CartellaProvvisoria radice;
+};
+
+} // namespace lumoscad::prove
