@@ -4,12 +4,14 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace lumoscad {
 namespace {
+
+/// What is read of a file: the two lines of a lock need far less, whatever the host has put into it.
+constexpr std::size_t MassimoLetto = std::size_t{64} * 1024;
 
 /// A file descriptor that closes itself.
 class Descrittore {
@@ -57,6 +59,9 @@ class Descrittore {
   case EISDIR:
     motivo = "al suo posto c'è una cartella";
     break;
+  case EEXIST:
+    motivo = "un altro programma ne ha messo uno al suo posto";
+    break;
   default:
     break;
   }
@@ -64,11 +69,74 @@ class Descrittore {
                       "Impossibile " + std::string(azione) + " il file locale " + percorso + ": " + motivo);
 }
 
+/// Removes what stands at `percorso`, be it a file of someone else or a pipe that nobody reads; a link and a directory
+/// are not ours to remove.
+void FaiPosto(const std::string& percorso) {
+  struct stat stato {};
+  if (::lstat(percorso.c_str(), &stato) != 0) {
+    if (errno == ENOENT) {
+      return;
+    }
+    Fallito("creare", percorso, errno);
+  }
+  if (S_ISLNK(stato.st_mode) || S_ISDIR(stato.st_mode)) {
+    Fallito("creare", percorso, S_ISLNK(stato.st_mode) ? ELOOP : EISDIR);
+  }
+  if (::unlink(percorso.c_str()) != 0 && errno != ENOENT) {
+    Fallito("creare", percorso, errno);
+  }
+}
+
+/// The first bytes of an open file.
+std::string Inizio(const Descrittore& file, const std::string& percorso) {
+  std::string inizio(MassimoLetto, '\0');
+  std::size_t quanti = 0;
+  while (quanti < inizio.size()) {
+    const auto letti = ::read(file.Numero(), inizio.data() + quanti, inizio.size() - quanti);
+    if (letti < 0 && errno == EINTR) {
+      continue;
+    }
+    if (letti < 0) {
+      Fallito("leggere", percorso, errno);
+    }
+    if (letti == 0) {
+      break;
+    }
+    quanti += static_cast<std::size_t>(letti);
+  }
+  inizio.resize(quanti);
+  return inizio;
+}
+
+std::vector<std::string> Righe(std::string_view testo) {
+  std::vector<std::string> righe;
+  while (!testo.empty()) {
+    const auto fine = testo.find('\n');
+    std::string_view riga = testo.substr(0, fine);
+    testo.remove_prefix(fine == std::string_view::npos ? testo.size() : fine + 1);
+    if (riga.ends_with('\r')) {
+      riga.remove_suffix(1);
+    }
+    righe.emplace_back(riga);
+  }
+  return righe;
+}
+
+/// A path of the system ends at its first zero byte: the rest would be dropped in silence.
+void RichiediPercorso(std::string_view azione, const std::string& percorso) {
+  if (percorso.find('\0') != std::string::npos) {
+    throw ErroreRuntime(errori::AccessoAlFile,
+                        "Impossibile " + std::string(azione) + " un file locale con un carattere nullo nel nome");
+  }
+}
+
 } // namespace
 
 void ScriviFileLocale(const std::string& percorso, std::string_view contenuto) {
   constexpr mode_t privato = S_IRUSR | S_IWUSR;
-  Descrittore file(::open(percorso.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, privato));
+  RichiediPercorso("creare", percorso);
+  FaiPosto(percorso);
+  Descrittore file(::open(percorso.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privato));
   if (file.Numero() < 0 || ::fchmod(file.Numero(), privato) != 0) {
     Fallito("creare", percorso, errno);
   }
@@ -88,22 +156,21 @@ void ScriviFileLocale(const std::string& percorso, std::string_view contenuto) {
 }
 
 std::vector<std::string> LeggiRigheLocali(const std::string& percorso) {
-  errno = 0;
-  std::ifstream file(percorso, std::ios::binary);
-  if (!file) {
-    Fallito("leggere", percorso, errno == 0 ? ENOENT : errno);
+  RichiediPercorso("leggere", percorso);
+  // Without waiting: a pipe in the file's place must not hold the caller up.
+  const Descrittore file(::open(percorso.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat stato {};
+  if (file.Numero() < 0 || ::fstat(file.Numero(), &stato) != 0) {
+    Fallito("leggere", percorso, errno);
   }
-  std::vector<std::string> righe;
-  for (std::string riga; std::getline(file, riga);) {
-    if (!riga.empty() && riga.back() == '\r') {
-      riga.pop_back();
-    }
-    righe.push_back(riga);
+  if (!S_ISREG(stato.st_mode)) {
+    Fallito("leggere", percorso, S_ISDIR(stato.st_mode) ? EISDIR : EINVAL);
   }
-  return righe;
+  return Righe(Inizio(file, percorso));
 }
 
 void CancellaFileLocale(const std::string& percorso) {
+  RichiediPercorso("cancellare", percorso);
   if (::unlink(percorso.c_str()) != 0) {
     Fallito("cancellare", percorso, errno);
   }

@@ -57,15 +57,12 @@ std::string CartellaPredefinita() {
   return SenzaBarraFinale(temporanea) + "/lumoscad-" + std::to_string(::getuid());
 }
 
-/// Others may write where the directory stands: what was found there is used only when it is safely ours.
-std::string PreparaCartellaPrivata(const std::string& percorso) {
-  const auto operazione = "Creazione della cartella locale " + percorso;
-  if (::mkdir(percorso.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-    throw ErroreSistema(operazione, errno);
-  }
+/// Request files are written here under names that anyone can foretell: whoever else can write to the directory could
+/// put a link or a file of his own in their place. It is used only when it is safely ours.
+std::string CartellaPrivata(const std::string& percorso) {
   struct stat stato {};
   if (::lstat(percorso.c_str(), &stato) != 0) {
-    throw ErroreSistema(operazione, errno);
+    throw ErroreSistema("Apertura della cartella locale " + percorso, errno);
   }
   const auto rifiuta = [&percorso](const std::string& motivo) {
     throw ErroreRuntime(ErrorePermesso, "La cartella locale " + percorso + " non è sicura: " + motivo + ".");
@@ -88,20 +85,16 @@ std::string PreparaCartellaPrivata(const std::string& percorso) {
 std::string LeggiCartellaLocale() {
   const auto scelta = Impostazione("NEXARO_CARTELLA_LOCALE");
   if (scelta.empty()) {
-    return PreparaCartellaPrivata(CartellaPredefinita());
+    const auto predefinita = CartellaPredefinita();
+    if (::mkdir(predefinita.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+      throw ErroreSistema("Creazione della cartella locale " + predefinita, errno);
+    }
+    return CartellaPrivata(predefinita);
   }
   if (!scelta.starts_with('/')) {
     throw ErroreLink("NEXARO_CARTELLA_LOCALE deve essere un percorso assoluto: vale «" + scelta + "».");
   }
-  auto percorso = SenzaBarraFinale(scelta);
-  struct stat stato {};
-  if (::stat(percorso.c_str(), &stato) != 0) {
-    throw ErroreSistema("Apertura della cartella locale " + percorso, errno);
-  }
-  if (!S_ISDIR(stato.st_mode)) {
-    throw ErroreRuntime(errori::AccessoAlFile, "La cartella locale " + percorso + " non è una cartella.");
-  }
-  return percorso;
+  return CartellaPrivata(SenzaBarraFinale(scelta));
 }
 
 } // namespace
