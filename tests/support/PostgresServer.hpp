@@ -1,11 +1,11 @@
 #pragma once
 
 #include "support/OdbcConfiguration.hpp"
+#include "support/ServerProcess.hpp"
 
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <sys/types.h>
 
 namespace lumoscad::test {
 
@@ -34,7 +34,7 @@ class PostgresServer {
   /// Ends every connection but the caller's, as a server failure would.
   void dropConnections(std::string_view source) const;
   /// Stops the server at once.
-  void stop();
+  void stop() { server_.stop(); }
 
  private:
   void createCluster() const;
@@ -46,7 +46,7 @@ class PostgresServer {
   std::string user_ = "lumoscad";
   std::string password_ = "Segreto!9";
   int port_ = 0;
-  pid_t process_ = -1;
+  ServerProcess server_;
 };
 
 } // namespace lumoscad::test

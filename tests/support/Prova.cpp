@@ -55,6 +55,18 @@ void DesktopRecitato::MostraElenco(FinestraElenco& finestra) {
   }
 }
 
+void DesktopRecitato::MostraScadenzario(FinestraScadenzario& finestra) {
+  ++finestre;
+  if (!copioniScadenzario.empty()) {
+    const CopioneScadenzario copione = copioniScadenzario.front();
+    copioniScadenzario.pop_front();
+    copione(finestra);
+  }
+  if (!finestra.elenco.stato().scaricata) {
+    finestra.elenco.chiudi();
+  }
+}
+
 void DesktopRecitato::MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) {
   attese.emplace_back(testo);
   intervalli.push_back(millisecondi);

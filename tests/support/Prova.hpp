@@ -16,6 +16,7 @@ namespace lumoscad::prova {
 class DesktopRecitato final : public Desktop {
  public:
   using Copione = std::function<void(FinestraElenco&)>;
+  using CopioneScadenzario = std::function<void(FinestraScadenzario&)>;
 
   std::vector<std::string> box;     ///< the texts shown, in order
   std::vector<std::string> titoli;  ///< their titles
@@ -23,13 +24,15 @@ class DesktopRecitato final : public Desktop {
   std::vector<std::string> attese;  ///< the texts of the wait windows
   std::vector<int> intervalli;      ///< their timers, in milliseconds
   std::deque<Copione> copioni;      ///< one a list window; a window without a script is closed by its close box
-  std::size_t finestre = 0;         ///< list windows shown
-  std::size_t respiri = 0;          ///< times that pending events were let run
+  std::deque<CopioneScadenzario> copioniScadenzario; ///< the same for the single-item windows
+  std::size_t finestre = 0;                          ///< list windows shown
+  std::size_t respiri = 0;                           ///< times that pending events were let run
 
   void MostraBox(std::string_view testo, std::string_view titolo) override;
   void ImpostaPuntatore(Puntatore puntatore) override;
   void EventiInAttesa() override;
   void MostraElenco(FinestraElenco& finestra) override;
+  void MostraScadenzario(FinestraScadenzario& finestra) override;
   void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
 };
 

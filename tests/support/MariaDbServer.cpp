@@ -1,0 +1,152 @@
+#include "support/MariaDbServer.hpp"
+
+#include "platform/Errore.hpp"
+#include "platform/ado/Ado.hpp"
+
+#include <chrono>
+#include <csignal>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace lumoscad::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path program = "/usr/sbin/mariadbd";
+const fs::path creator = "/usr/bin/mariadb-install-db";
+
+/// The user of the server when we are root: one that every system has.
+constexpr const char* serverUser = "nobody";
+
+/// Small and without durability: the data live as long as the test.
+std::vector<std::string> small(std::vector<std::string> words) {
+  for (const char* option :
+       {"--innodb-buffer-pool-size=16M", "--innodb-log-file-size=8M", "--innodb-flush-method=nosync",
+        "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-fast-shutdown=2", "--sync-frm=0",
+        "--key-buffer-size=256K", "--aria-pagecache-buffer-size=1M", "--skip-name-resolve"})
+    words.emplace_back(option);
+  return words;
+}
+
+} // namespace
+
+bool MariaDbServer::available() {
+  std::error_code error;
+  return fs::exists(program, error) && fs::exists(creator, error) && !driverLibrary(driver).empty();
+}
+
+MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(directory)) {
+  prepareDirectory(directory_, serverUser);
+  createData();
+  for (int attempt = 1; !server_.runs(); ++attempt) {
+    port_ = freePort();
+    try {
+      start();
+    } catch (const std::exception&) {
+      // Somebody else may have taken the port in between.
+      if (attempt == 3)
+        throw;
+    }
+  }
+}
+
+MariaDbServer::~MariaDbServer() {
+  server_.stop();
+  std::error_code ignored;
+  fs::remove_all(directory_, ignored);
+}
+
+void MariaDbServer::createData() const {
+  ServerProcess creation(small({creator.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
+                                "--auth-root-authentication-method=normal", "--skip-test-db"}),
+                         directory_ / "creation.log", serverUser, SIGTERM);
+  if (!creation.succeeds())
+    throw std::runtime_error("mariadb-install-db failed");
+}
+
+void MariaDbServer::start() {
+  const fs::path secret = directory_ / "users.sql";
+  writeSecret(secret,
+              "CREATE USER IF NOT EXISTS '" + user_ + "'@'%' IDENTIFIED BY '" + password_ +
+                  "';\nGRANT ALL ON *.* TO '" + user_ + "'@'%' WITH GRANT OPTION;\n",
+              serverUser);
+  // The socket's name is relative to the data: a path in the build folder may be longer than a socket's may be. The
+  // collation tells letters' cases and accents apart, as the host's database does.
+  server_ = ServerProcess(
+      small({program.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
+             "--init-file=" + secret.string(), "--bind-address=127.0.0.1", "--port=" + std::to_string(port_),
+             "--socket=server.sock", "--character-set-server=utf8mb4", "--collation-server=utf8mb4_bin"}),
+      directory_ / "server.log", serverUser, SIGTERM);
+  system_ = addSource("mysql");
+  waitUntilReady();
+  fs::remove(secret);
+}
+
+void MariaDbServer::waitUntilReady() {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  for (;;) {
+    try {
+      ado::Connection connection;
+      connection.ConnectionString = connectionText(system_);
+      connection.Open();
+      return;
+    } catch (const ErroreRuntime&) {
+      if (!server_.runs() || std::chrono::steady_clock::now() > limit) {
+        server_.stop();
+        throw;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+  }
+}
+
+void MariaDbServer::restart() {
+  server_.stop();
+  start();
+}
+
+std::string MariaDbServer::addSource(std::string_view database, int port,
+                                     const OdbcConfiguration::Settings& more) const {
+  OdbcConfiguration::Settings settings{
+      {"SERVER", "127.0.0.1"}, {"PORT", std::to_string(port == 0 ? port_ : port)}, {"DATABASE", std::string(database)}};
+  settings.insert(settings.end(), more.begin(), more.end());
+  return OdbcConfiguration::instance().addSource("mariadb", driver, settings);
+}
+
+std::string MariaDbServer::createDatabase(std::string_view name, std::string_view script) {
+  ado::Connection connection;
+  connection.ConnectionString = connectionText(system_);
+  connection.Open();
+  connection.Execute("CREATE DATABASE " + std::string(name));
+  connection.Close();
+  std::string source = addSource(name);
+  if (!script.empty())
+    runScript(connectionText(source), script);
+  return source;
+}
+
+void MariaDbServer::dropDatabase(std::string_view name) const {
+  ado::Connection connection;
+  connection.ConnectionString = connectionText(system_);
+  connection.Open();
+  connection.Execute("DROP DATABASE " + std::string(name));
+}
+
+void MariaDbServer::dropConnections(std::string_view source) const {
+  ado::Connection connection;
+  connection.ConnectionString = connectionText(source);
+  connection.Open();
+  ado::Command command;
+  command.ActiveConnection = &connection;
+  command.CommandText = "SELECT ID FROM information_schema.PROCESSLIST WHERE ID<>CONNECTION_ID() AND USER=?";
+  command.Parameters = {user_};
+  for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext())
+    connection.Execute("KILL " + std::string(rows.Valore(0).value_or("")));
+}
+
+} // namespace lumoscad::test

@@ -1,0 +1,150 @@
+#include "support/ServerProcess.hpp"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <netinet/in.h>
+#include <pwd.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace lumoscad::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void handOver(const fs::path& path, const std::string& user) {
+  if (geteuid() != 0)
+    return;
+  const passwd* owner = getpwnam(user.c_str());
+  if (owner == nullptr || chown(path.c_str(), owner->pw_uid, owner->pw_gid) != 0)
+    throw std::runtime_error("cannot hand " + path.string() + " to the user " + user);
+}
+
+std::vector<std::string> asUser(const std::string& user, int endSignal) {
+  const passwd* owner = getpwnam(user.c_str());
+  if (owner == nullptr)
+    throw std::runtime_error("no such user: " + user);
+  return {"/usr/bin/setpriv", "--reuid=" + std::to_string(owner->pw_uid), "--regid=" + std::to_string(owner->pw_gid),
+          "--clear-groups",   "--pdeathsig=" + std::to_string(endSignal), "--"};
+}
+
+/// True when every directory on the way can be entered by everybody.
+bool open(fs::path directory) {
+  std::error_code error;
+  for (;; directory = directory.parent_path()) {
+    if ((fs::status(directory, error).permissions() & fs::perms::others_exec) == fs::perms::none)
+      return false;
+    if (directory == directory.root_path())
+      return true;
+  }
+}
+
+} // namespace
+
+int freePort() {
+  const int socketHandle = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  const bool bound = bind(socketHandle, reinterpret_cast<sockaddr*>(&address), length) == 0 &&
+                     getsockname(socketHandle, reinterpret_cast<sockaddr*>(&address), &length) == 0;
+  close(socketHandle);
+  if (!bound)
+    throw std::runtime_error("no free loopback port");
+  return ntohs(address.sin_port);
+}
+
+fs::path serverDirectory(std::string_view name) {
+  const fs::path here = fs::current_path();
+  return (open(here) ? here : fs::temp_directory_path()) / (std::string(name) + "-" + std::to_string(getpid()));
+}
+
+void prepareDirectory(const fs::path& directory, const std::string& user) {
+  fs::remove_all(directory);
+  fs::create_directories(directory);
+  fs::permissions(directory, fs::perms::owner_all);
+  handOver(directory, user);
+}
+
+void writeSecret(const fs::path& path, std::string_view text, const std::string& user) {
+  std::ofstream file(path);
+  fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+  handOver(path, user);
+  file << text;
+}
+
+ServerProcess::ServerProcess(std::vector<std::string> words, const fs::path& log, const std::string& user,
+                             int endSignal)
+    : endSignal_(endSignal) {
+  if (geteuid() == 0) {
+    const auto prefix = asUser(user, endSignal);
+    words.insert(words.begin(), prefix.begin(), prefix.end());
+  }
+  std::vector<char*> arguments;
+  for (std::string& word : words)
+    arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  process_ = fork();
+  if (process_ < 0)
+    throw std::system_error(errno, std::generic_category(), "fork");
+  if (process_ == 0) {
+    prctl(PR_SET_PDEATHSIG, endSignal);
+    const int output = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    dup2(output, STDOUT_FILENO);
+    dup2(output, STDERR_FILENO);
+    execv(arguments.front(), arguments.data());
+    _exit(127);
+  }
+}
+
+ServerProcess::ServerProcess(ServerProcess&& other) noexcept
+    : process_(std::exchange(other.process_, -1)), endSignal_(other.endSignal_) {}
+
+ServerProcess& ServerProcess::operator=(ServerProcess&& other) noexcept {
+  std::swap(process_, other.process_);
+  std::swap(endSignal_, other.endSignal_);
+  return *this;
+}
+
+bool ServerProcess::runs() {
+  if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_)
+    process_ = -1;
+  return process_ > 0;
+}
+
+bool ServerProcess::succeeds() {
+  int status = 0;
+  const bool ended = process_ > 0 && waitpid(std::exchange(process_, -1), &status, 0) > 0;
+  return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void ServerProcess::stop() {
+  if (process_ <= 0)
+    return;
+  ::kill(process_, endSignal_);
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (runs() && std::chrono::steady_clock::now() < limit)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  kill();
+}
+
+void ServerProcess::kill() {
+  if (process_ <= 0)
+    return;
+  ::kill(process_, SIGKILL);
+  waitpid(std::exchange(process_, -1), nullptr, 0);
+}
+
+} // namespace lumoscad::test

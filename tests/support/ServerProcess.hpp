@@ -1,0 +1,54 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+namespace lumoscad::test {
+
+/// A loopback port that was free a moment ago.
+[[nodiscard]] int freePort();
+
+/// The path for the data of a server, "`name`-<process>": in the working directory, which is the build folder under the
+/// test runner, or in the temporary one where not every user may enter it.
+[[nodiscard]] std::filesystem::path serverDirectory(std::string_view name);
+
+/// Makes `directory` anew, empty and private to the server's user.
+void prepareDirectory(const std::filesystem::path& directory, const std::string& user);
+
+/// A file of `text` that only the server's user may read.
+void writeSecret(const std::filesystem::path& path, std::string_view text, const std::string& user);
+
+/// A program that runs beside the test, as `user` when we are root, with its output appended to `log`. It ends with
+/// the object, or with the process.
+class ServerProcess {
+ public:
+  ServerProcess() = default;
+  /// Starts the program; `endSignal` is what asks it to end at once.
+  ServerProcess(std::vector<std::string> words, const std::filesystem::path& log, const std::string& user,
+                int endSignal);
+  ServerProcess(const ServerProcess&) = delete;
+  ServerProcess& operator=(const ServerProcess&) = delete;
+  ServerProcess(ServerProcess&& other) noexcept;
+  ServerProcess& operator=(ServerProcess&& other) noexcept;
+  ~ServerProcess() { stop(); }
+
+  /// The program's process, or -1 when none runs.
+  [[nodiscard]] pid_t id() const noexcept { return process_; }
+  /// False once the program has ended.
+  [[nodiscard]] bool runs();
+  /// Waits for the end; true when the program reported success.
+  [[nodiscard]] bool succeeds();
+  /// Asks the program to end and waits for it; kills it after five seconds.
+  void stop();
+  /// Kills the program without warning, as a crash would.
+  void kill();
+
+ private:
+  pid_t process_ = -1;
+  int endSignal_ = 0;
+};
+
+} // namespace lumoscad::test
