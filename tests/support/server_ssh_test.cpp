@@ -44,7 +44,6 @@ class Server : public testing::Test {
 
   ServerSsh server{Cartella(), {"ed25519", {"A=uno due", "B=tre"}, "internal-sftp", {}}};
 };
-};
 
 TEST_F(Server, RunsAProgramInItsEnvironmentForTheAcceptedKeyOnly) {
   EXPECT_EQ(Ssh("echo $A, $B", server.Chiave()).uscita, "uno due, tre\n");
