@@ -85,4 +85,47 @@ inline constexpr std::array<std::string_view, 60> nominativi{"Alimentari Castell
                                                              "Vetreria Muranotti S.r.l.",
                                                              "Zuccherificio Basso Pò S.p.A."};
 
+/// A customer that comes after all of these, blocked for new documents, and its place among them.
+inline constexpr std::string_view clienteBloccato = "Cartotecnica Ruzzante S.r.l.";
+inline constexpr int ContoBloccato = static_cast<int>(nominativi.size());
+
+/// One row of the presumed documents that are in every demonstration; a new number begins a new document.
+struct RigaScelta {
+  static constexpr int SenzaConsegna = -1;
+
+  int documento;
+  int conto; ///< place among the accounts, from 0
+  const char* serie;
+  const char* divisa;
+  int banca; ///< key, 0 where none is assigned
+  int giorniAllaConsegna;
+  long centesimi;
+  bool sospesa = false;
+  bool omaggio = false;
+};
+
+inline constexpr int Cooperativa = 11;
+inline constexpr int Cartiera = 33;
+
+/// Three currencies with one bank, one date with three banks, two dates, no date, a gift among the rows, a suspended
+/// document, a blocked account; then a supplier's.
+inline constexpr std::array<RigaScelta, 17> righeScelte{
+    {{1, Cooperativa, "OC", "EUR", 1, 20, 184000},
+     {1, Cooperativa, "OC", "USD", 1, 20, 96050},
+     {1, Cooperativa, "OC", "CHF", 1, 20, 41275},
+     {2, Cooperativa, "OC", "EUR", 2, 27, 310000},
+     {2, Cooperativa, "OC", "EUR", 4, 27, 120010},
+     {2, Cooperativa, "OC", "EUR", 0, 27, 88000},
+     {3, Cooperativa, "BC", "EUR", 5, 34, 256900},
+     {3, Cooperativa, "BC", "GBP", 5, 41, 74320},
+     {4, Cooperativa, "BC", "EUR", 0, RigaScelta::SenzaConsegna, 132500},
+     {5, Cooperativa, "OC", "EUR", 3, 48, 67890},
+     {5, Cooperativa, "OC", "USD", 3, 48, 25000, false, true},
+     {6, Cooperativa, "OC", "EUR", 3, 55, 45000, true},
+     {7, ContoBloccato, "OC", "EUR", 1, 20, 99000},
+     {8, Cartiera, "OF", "EUR", 6, 15, 540000},
+     {8, Cartiera, "OF", "USD", 6, 22, 211000},
+     {8, Cartiera, "OF", "CHF", 6, 29, 87500},
+     {9, Cartiera, "BF", "EUR", 0, RigaScelta::SenzaConsegna, 305000}}};
+
 } // namespace lumoscad::demo

@@ -1,5 +1,7 @@
 #include "Anagrafica.hpp"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -23,6 +25,8 @@ constexpr int Clienti = 30;
 /// SplitMix64: the same numbers with every compiler and library.
 class Caso {
  public:
+  explicit Caso(std::uint64_t seme) : stato_(seme) {}
+
   /// A number from `minimo` to `massimo`, both included.
   int Fra(int minimo, int massimo) {
     const auto ampiezza = static_cast<std::uint64_t>(massimo - minimo) + 1;
@@ -39,7 +43,7 @@ class Caso {
     return valore ^ (valore >> 31U);
   }
 
-  std::uint64_t stato_ = 20060305;
+  std::uint64_t stato_;
 };
 
 std::string Cita(std::string_view testo) {
@@ -72,6 +76,12 @@ std::string Importo(long centesimi) {
   char testo[40];
   std::snprintf(testo, sizeof testo, "%ld.%02ld", centesimi / 100, centesimi % 100);
   return testo;
+}
+
+/// An amount in euro at the demonstration's own fixed rates.
+long InDivisa(long centesimi, const std::string& divisa) {
+  const int percento = divisa == "USD" ? 108 : divisa == "CHF" ? 96 : divisa == "GBP" ? 86 : 100;
+  return centesimi * percento / 100;
 }
 
 /// Writes the rows of one table, many to a statement.
@@ -109,6 +119,7 @@ struct Documento {
   std::string tipoMovimento = "N";
   std::string stato = "A";
   bool presunto = false;
+  std::string serie = {}; ///< of a presumed document, two characters
 };
 
 struct Evento {
@@ -120,13 +131,14 @@ struct Evento {
   int banca = 0; ///< key, 0 where none is assigned
   long centesimi = 0;
   std::string divisa = "EUR";
+  bool omaggio = false; ///< nothing to invoice in the document's currency
   std::optional<Giorno> consegna;
   std::optional<Giorno> consegnaProduzione;
 };
 
 class Archivio {
  public:
-  Archivio(Giorno oggi, long rate) : oggi_(oggi) {
+  Archivio(Giorno oggi, long rate, long presunti) : oggi_(oggi) {
     while (rate > 0) {
       rate -= AggiungiFattura(rate, "N", "A", "N");
       // Now and then something that the lists leave out: closed, suspended, of another kind.
@@ -141,6 +153,10 @@ class Archivio {
         AggiungiPresunto();
       }
     }
+    AggiungiPresuntiScelti();
+    while (presunti > 0) {
+      presunti -= AggiungiOrdine(presunti);
+    }
   }
 
   void Scrivi() const {
@@ -153,7 +169,7 @@ class Archivio {
   }
 
  private:
-  int Banca() { return caso_.UnaSu(3) ? 0 : caso_.Fra(1, static_cast<int>(banche.size()) - 1); }
+  static int Banca(Caso& caso) { return caso.UnaSu(3) ? 0 : caso.Fra(1, static_cast<int>(banche.size()) - 1); }
 
   long AggiungiFattura(long massimo, const std::string& tipoMovimento, const std::string& stato,
                        const std::string& sospesa) {
@@ -162,7 +178,7 @@ class Archivio {
     const auto data = prima - std::chrono::days(30 * caso_.Fra(1, 2));
     documenti_.push_back({caso_.Fra(0, static_cast<int>(nominativi.size()) - 1), data, tipoMovimento, stato, false});
     const long centesimi = caso_.Fra(4500, 980000);
-    const int banca = Banca();
+    const int banca = Banca(caso_);
     for (int rata = 1; rata <= rate; ++rata) {
       Evento evento;
       evento.documento = documenti_.size() - 1;
@@ -187,7 +203,7 @@ class Archivio {
                           oggi_ - std::chrono::days(caso_.Fra(1, 60)), "N", "A", true});
     const auto consegna = oggi_ + std::chrono::days(caso_.Fra(-30, 120));
     const int righe = caso_.Fra(1, 3);
-    const int banca = Banca();
+    const int banca = Banca(caso_);
     const std::string divisa = caso_.UnaSu(6) ? "USD" : caso_.UnaSu(8) ? "CHF" : "EUR";
     for (int riga = 0; riga < righe; ++riga) {
       Evento evento;
@@ -199,6 +215,76 @@ class Archivio {
       evento.consegna = caso_.UnaSu(5) ? consegna + std::chrono::days(7) : consegna;
       eventi_.push_back(evento);
     }
+    Varia(righe);
+  }
+
+  /// Gives the last document, of `righe` rows, what only presumed documents have. The numbers come from a sequence of
+  /// their own, so that the instalments do not depend on them.
+  void Varia(int righe) {
+    auto& documento = documenti_.back();
+    const bool cliente = documento.conto < Clienti;
+    const bool bolla = varia_.UnaSu(3);
+    documento.serie = std::string(bolla ? "B" : "O") + (cliente ? "C" : "F");
+    const bool sospesa = varia_.UnaSu(10);
+    const bool senzaConsegna = varia_.UnaSu(6);
+    for (int riga = 0; riga < righe; ++riga) {
+      auto& evento = eventi_[eventi_.size() - static_cast<std::size_t>(righe - riga)];
+      evento.sospesa = sospesa ? "S" : "N";
+      evento.omaggio = varia_.UnaSu(12);
+      if (senzaConsegna) {
+        evento.consegna.reset();
+        evento.consegnaProduzione.reset();
+      }
+      if (riga > 0 && varia_.UnaSu(3)) {
+        evento.banca = Banca(varia_);
+      }
+      if (riga > 0 && varia_.UnaSu(3)) {
+        evento.divisa = varia_.UnaSu(2) ? "GBP" : "USD";
+      }
+    }
+  }
+
+  void AggiungiPresuntiScelti() {
+    int documento = 0;
+    for (const auto& scelta : righeScelte) {
+      if (scelta.documento != documento) {
+        documento = scelta.documento;
+        documenti_.push_back({scelta.conto, oggi_, "N", "A", true, scelta.serie});
+      }
+      Evento evento;
+      evento.documento = documenti_.size() - 1;
+      evento.sospesa = scelta.sospesa ? "S" : "N";
+      evento.banca = scelta.banca;
+      evento.centesimi = scelta.centesimi;
+      evento.divisa = scelta.divisa;
+      evento.omaggio = scelta.omaggio;
+      if (scelta.giorniAllaConsegna != RigaScelta::SenzaConsegna) {
+        evento.consegnaProduzione = oggi_ + std::chrono::days(scelta.giorniAllaConsegna);
+        evento.consegna = evento.consegnaProduzione;
+      }
+      eventi_.push_back(evento);
+    }
+  }
+
+  /// A customer's order of at most `massimo` rows, each of which the lists show as a row of its own.
+  long AggiungiOrdine(long massimo) {
+    static constexpr std::array<const char*, 3> divise{"EUR", "USD", "CHF"};
+    const int righe = static_cast<int>(std::min<long>(massimo, varia_.Fra(1, static_cast<int>(divise.size()))));
+    documenti_.push_back({varia_.Fra(0, Clienti - 1), oggi_ - std::chrono::days(varia_.Fra(1, 60)), "N", "A", true,
+                          varia_.UnaSu(3) ? "BC" : "OC"});
+    const auto consegna = oggi_ + std::chrono::days(varia_.Fra(-30, 120));
+    const int banca = Banca(varia_);
+    for (int riga = 0; riga < righe; ++riga) {
+      Evento evento;
+      evento.documento = documenti_.size() - 1;
+      evento.banca = banca;
+      evento.centesimi = varia_.Fra(9900, 450000);
+      evento.divisa = divise.at(static_cast<std::size_t>(riga));
+      evento.consegnaProduzione = consegna;
+      evento.consegna = consegna;
+      eventi_.push_back(evento);
+    }
+    return righe;
   }
 
   static void ScriviConti() {
@@ -224,6 +310,8 @@ class Archivio {
                  Cita(nominativi[static_cast<std::size_t>(indice)]) + ", '" + tipologia + "', '" +
                  (cliente ? "C" : "F") + std::to_string(1000 + ordine) + "', 'N'");
     }
+    conti.Riga(std::to_string(PrimoConto + ContoBloccato) + ", '" + std::to_string(20100000 + Clienti + 1) + "', " +
+               Cita(clienteBloccato) + ", '01', 'C" + std::to_string(1000 + Clienti + 1) + "', 'S'");
   }
 
   [[nodiscard]] std::string Numero(std::size_t documento) const { return std::to_string(documento + 1); }
@@ -244,11 +332,13 @@ class Archivio {
                       "TIPOOPERAZIONE)");
     for (std::size_t indice = 0; indice < documenti_.size(); ++indice) {
       const auto& documento = documenti_[indice];
-      const bool cliente = documento.conto < Clienti;
-      const std::string serie = documento.presunto ? (cliente ? "OC" : "OF") : (cliente ? "A" : "F");
+      const bool cliente = documento.conto < Clienti || documento.conto == ContoBloccato;
+      const auto anno = Anno(documento.data);
+      // The number of a presumed document ends with its year.
+      const std::string serie = documento.presunto ? documento.serie : cliente ? "A" : "F";
+      const std::string coda = documento.presunto ? anno.substr(2) : "";
       movimenti.Riga(Numero(indice) + ", " + std::to_string(AziendaLinea) + ", '" + documento.tipoMovimento + "', '" +
-                     serie + "', '" + Numero(indice) + "', '" + Anno(documento.data) + "', '" + (cliente ? "V" : "A") +
-                     "'");
+                     serie + "', '" + Numero(indice) + coda + "', '" + anno + "', '" + (cliente ? "V" : "A") + "'");
     }
   }
 
@@ -262,18 +352,20 @@ class Archivio {
       const auto& documento = documenti_[evento.documento];
       const auto numero = Numero(evento.documento);
       const auto importo = Importo(evento.centesimi);
+      const auto inDivisa = Importo(evento.omaggio ? 0 : InDivisa(evento.centesimi, evento.divisa));
       eventi.Riga(std::to_string(++chiave) + ", " + std::to_string(AziendaLinea) + ", " + numero + ", " +
                   (documento.presunto ? "NULL" : numero) + ", " + std::to_string(PrimoConto + documento.conto) + ", '" +
                   (documento.presunto ? "P" : "C") + "', '" + evento.sospesa + "', " + Data(evento.scadenza) + ", " +
                   Data(evento.originale) + ", " + (documento.presunto ? "NULL" : std::to_string(evento.rata)) + ", " +
-                  (evento.banca == 0 ? "NULL" : std::to_string(evento.banca)) + ", " + importo + ", " +
-                  Importo(evento.divisa == "EUR" ? evento.centesimi : evento.centesimi * 108 / 100) + ", '" +
-                  evento.divisa + "', " + Data(evento.consegna) + ", " + Data(evento.consegnaProduzione) + ", 'O'");
+                  (evento.banca == 0 ? "NULL" : std::to_string(evento.banca)) + ", " + importo + ", " + inDivisa +
+                  ", '" + evento.divisa + "', " + Data(evento.consegna) + ", " + Data(evento.consegnaProduzione) +
+                  ", 'O'");
     }
   }
 
   Giorno oggi_;
-  Caso caso_;
+  Caso caso_{20060305};
+  Caso varia_{20060502};
   std::vector<Documento> documenti_;
   std::vector<Evento> eventi_;
 };
@@ -308,14 +400,17 @@ int main(int numero, char** argomenti) {
   const std::vector<std::string_view> testi(argomenti + 1, argomenti + numero);
   const auto oggi = testi.empty() ? std::nullopt : LeggiData(testi[0]);
   const auto rate = testi.size() < 2 ? std::optional<long>(RatePredefinite) : LeggiNumero<long>(testi[1]);
-  if (!oggi || testi.size() > 2 || !rate || *rate < 1 || *rate > RateMassime) {
-    std::fputs("Uso: lumoscad-genera AAAA-MM-GG [RATE]\n"
+  const auto presunti = testi.size() < 3 ? std::optional<long>(0) : LeggiNumero<long>(testi[2]);
+  if (!oggi || testi.size() > 3 || !rate || *rate < 1 || *rate > RateMassime || !presunti || *presunti < 0 ||
+      *presunti > RateMassime) {
+    std::fputs("Uso: lumoscad-genera AAAA-MM-GG [RATE [PRESUNTI]]\n"
                "Scrive i dati dimostrativi in SQL: la data è il giorno attorno al quale cadono le scadenze,\n"
-               "RATE il numero di scadenze aperte, da 1 a 1000000 (400 se manca).\n",
+               "RATE il numero di scadenze aperte, da 1 a 1000000 (400 se manca), PRESUNTI il numero di righe di\n"
+               "ordini di clienti da aggiungere ai documenti presunti, da 0 a 1000000 (nessuna se manca).\n",
                stderr);
     return 2;
   }
-  Archivio(*oggi, *rate).Scrivi();
+  Archivio(*oggi, *rate, *presunti).Scrivi();
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
     std::fputs("Scrittura dei dati non riuscita.\n", stderr);
     return 1;

@@ -2,21 +2,23 @@
 # Prepares a demonstration: a host directory with its back end, the accounting database in SQLite and a private
 # ODBC configuration.
 #
-# Usage: prepara.sh DIR [RATE]
+# Usage: prepara.sh DIR [RATE [PRESUNTI]]
 #   DIR      is created, or emptied of an earlier demonstration
 #   RATE     number of open instalments (400)
+#   PRESUNTI number of rows to add to the presumed documents of customers (0)
 #   LUMOSCAD_BIN   directory of the programs (build/bin beside this directory)
 #   LUMOSCAD_DATA  day around which the due dates fall, YYYY-MM-DD (today)
 set -eu
 
-if [ $# -lt 1 ] || [ $# -gt 2 ]; then
-  echo "Uso: prepara.sh CARTELLA [RATE]" >&2
+if [ $# -lt 1 ] || [ $# -gt 3 ]; then
+  echo "Uso: prepara.sh CARTELLA [RATE [PRESUNTI]]" >&2
   exit 2
 fi
 qui=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
 programmi=${LUMOSCAD_BIN:-$qui/../build/bin}
 data=${LUMOSCAD_DATA:-$(date +%Y-%m-%d)}
 rate=${2:-400}
+presunti=${3:-0}
 
 for programma in VB0001 lumoscad-genera; do
   if [ ! -x "$programmi/$programma" ]; then
@@ -52,7 +54,7 @@ cp -- "$programmi/VB0001" "$base/host/programmi/VB0001"
   echo 'PRAGMA synchronous=OFF;'
   cat -- "$qui/schema.sql"
 } | sqlite3 -bail "$base/contabilita.sqlite"
-"$programmi/lumoscad-genera" "$data" "$rate" >"$base/dati.sql"
+"$programmi/lumoscad-genera" "$data" "$rate" "$presunti" >"$base/dati.sql"
 sqlite3 -bail "$base/contabilita.sqlite" <"$base/dati.sql"
 rm -f -- "$base/dati.sql"
 
