@@ -33,6 +33,7 @@ class DesktopCronometro final : public Desktop {
     righe = finestra.righe();
     finestra.chiudi();
   }
+  void MostraScadenzario(FinestraScadenzario& finestra) override { finestra.elenco.chiudi(); }
   void MostraAttesa(std::string_view /*testo*/, int /*millisecondi*/, const std::function<void()>& lavoro) override {
     lavoro();
   }

@@ -112,6 +112,35 @@ struct FinestraElenco {
   std::function<void()> chiudi;                        ///< the window's close box
 };
 
+/// One line of the description above a list: a caption and what it names.
+struct RigaDescrizione {
+  EtichettaElenco didascalia;
+  EtichettaElenco valore;
+};
+
+/// What the single-item window shows besides its list. As with the list's own state, the screen owns and changes it;
+/// the window reads it after every gesture.
+struct StatoScadenzario {
+  std::string selezionaTutto;       ///< the text of `PicSelezionaTutto`
+  bool descrizioneVisibile = false; ///< the labels of `FrameDesc` are shown
+  bool primoPiano = false;          ///< the window stays above all other windows
+};
+
+/// The window of a single item's due dates: a list window whose first column ticks its row, with a control that ticks
+/// them all and a few lines on what the dates belong to. Of `elenco` it uses no sorting, no mouse position and no
+/// bank; a click in its first column is told to `spunta`, and to `elenco.clic` after that.
+struct FinestraScadenzario {
+  FinestraElenco elenco;
+  std::vector<RigaDescrizione> descrizione; ///< `FrameDesc`, from top to bottom
+
+  std::function<const StatoScadenzario&()> stato;
+
+  std::function<void(std::size_t riga)> spunta; ///< the check box of this row was clicked
+  std::function<void()> selezionaTutto;         ///< `PicSelezionaTutto`
+  std::function<void()> perdeFuocoEditor;       ///< `TextScad` lost the focus
+  std::function<void()> perdeFuocoScadenza;     ///< `TextScadenza` lost the focus
+};
+
 /// The desktop, as the component uses it.
 class Desktop {
  public:
@@ -128,6 +157,8 @@ class Desktop {
   /// Shows a list window modally; returns once `stato().scaricata` is true. What a gesture throws leaves this
   /// call, after the window is gone.
   virtual void MostraElenco(FinestraElenco& finestra) = 0;
+  /// Shows the single-item window modally, on the same terms: until `elenco.stato().scaricata` is true.
+  virtual void MostraScadenzario(FinestraScadenzario& finestra) = 0;
   /// Shows a small modal window without buttons that holds `testo`; after `millisecondi`, once it is painted,
   /// runs `lavoro` and closes. What `lavoro` throws leaves this call, after the window is gone.
   virtual void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) = 0;

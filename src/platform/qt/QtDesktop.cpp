@@ -3,6 +3,7 @@
 #include "platform/Errore.hpp"
 #include "platform/qt/AttesaQt.hpp"
 #include "platform/qt/FinestraElencoQt.hpp"
+#include "platform/qt/FinestraScadenzarioQt.hpp"
 #include "platform/qt/MessaggioQt.hpp"
 #include "platform/qt/Schermo.hpp"
 
@@ -106,6 +107,16 @@ class QtDesktop final : public Desktop {
       const UscitaSospesa sospesa;
       FinestraElencoQt elenco(finestra, Genitore());
       errore = elenco.Mostra();
+    }
+    Rilancia(errore);
+  }
+
+  void MostraScadenzario(FinestraScadenzario& finestra) override {
+    std::exception_ptr errore;
+    {
+      const UscitaSospesa sospesa;
+      FinestraScadenzarioQt scadenzario(finestra, Genitore());
+      errore = scadenzario.Mostra();
     }
     Rilancia(errore);
   }
