@@ -1,5 +1,6 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "platform/Servizi.hpp"
@@ -60,6 +61,45 @@ std::string Condizioni(const FiltroScadenze& filtro) {
   return sql;
 }
 
+std::string SerieEscluse(const std::vector<std::string>& serie) {
+  // A single series excludes nothing: callers rely on it.
+  if (serie.size() < 2) {
+    return "";
+  }
+  std::string sql = "AND (";
+  for (const std::string& esclusa : serie) {
+    sql.append(&esclusa == &serie.front() ? "" : "AND ").append("MOV.SERIE != '").append(esclusa).append("' ");
+  }
+  return sql + ") ";
+}
+
+std::string Condizioni(const FiltroPresunti& filtro, ado::Connection& connection, const std::string& aziendaLineaKey) {
+  std::string sql =
+      "WHERE EVE.AZIENDALINEAKEY=? AND MOV.MOVIMENTOKEY = EVE.MOVIMENTOKEY And CONTO.CONTOCONTABILE_KEY = "
+      "EVE.CONTOCONTABILE_KEY AND EVE.TIPOEVENTO = 'P' AND MOV.TIPOOPERAZIONE = '" +
+      filtro.parTipoMovimenti +
+      "' AND EVE.SOSPESA = 'N' AND CONTO.TIPOLOGIACONTO in ('01','02','03','04') AND CONTO.BLOCCO = 'N' ";
+  if (MaggioreDiSpazio(filtro.parConto)) {
+    sql += "AND CONTO.CODICECONTO = '" + filtro.parConto + "' ";
+  }
+  if (MaggioreDiSpazio(filtro.parSerie)) {
+    const auto movimento = db2Searches::CercaMovimento(connection, aziendaLineaKey, "N", Nullo, filtro.parSerie,
+                                                       filtro.parNumero + filtro.parAnno);
+    sql += "AND EVE.MOVIMENTOKEY = " + std::to_string(movimento) + " ";
+  }
+  if (filtro.parScad == "SCADUTO") {
+    sql += "AND (EVE.DATACONSEGNA < '" + Oggi() + "') ";
+  } else if (filtro.parScad == "DASCADERE") {
+    sql += "AND (EVE.DATACONSEGNA >= '" + Oggi() + "') ";
+  }
+  if (filtro.parBancaSN == "N") {
+    sql += "AND EVE.BANCAPRESENTAZIONE_KEY IS NULL ";
+  } else if (filtro.parBancaSN == "S") {
+    sql += "AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL ";
+  }
+  return sql + SerieEscluse(filtro.parSerieEscluse);
+}
+
 } // namespace
 
 std::optional<ado::Recordset> ElencoScadenze(ado::Connection& connection, std::int32_t aziendaLineaKey,
@@ -82,6 +122,30 @@ std::optional<ado::Recordset> ElencoScadenze(ado::Connection& connection, std::i
             "PARTITACONTABILE.NUMEROPARTITA, EVENTOCONTABILE.DATASCADENZA, EVENTOCONTABILE.NUMERORATA, "
             "EVENTOCONTABILE.DATASCADENZAORIGINALE, BANCA.CODICECONTO, BANCA.DESCRIZIONEVOCE ");
     comando.Parameters = {std::to_string(aziendaLineaKey)};
+    return comando.Execute();
+  } catch (...) {
+    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    return std::nullopt;
+  }
+}
+
+std::optional<ado::Recordset> ElencoPresunti(ado::Connection& connection, std::int32_t aziendaLineaKey,
+                                             const FiltroPresunti& filtro, MsgAnnulla& msg) {
+  try {
+    const std::string azienda = std::to_string(aziendaLineaKey);
+    ado::Command comando = moduloDatabase::CreaComando(
+        connection,
+        "SELECT sum(EVE.IMPORTOEURO) AS IMPORTOEURO, MOV.SERIE, MOV.NUMERO, CONTO.CODICECONTO AS CODICECONTO, "
+        "CONTO.DESCRIZIONEVOCE AS DESCRIZIONECONTO, "
+        "BANCA.CODICECONTO AS CODICEBANCA, BANCA.DESCRIZIONEVOCE AS BANCADESCRIZIONE, "
+        "EVE.DATACONSEGNA AS DATACONSEGNA, EVE.CODICEDIVISA AS DIVISA, sum(EVE.IMPORTODIVISA) AS IMPORTODIVISA, "
+        "EVE.DATACONSEGNAPRODUZIONE AS DATACONSEGNAORIGINE "
+        "FROM MOVIMENTOCONTABILE AS MOV, EVENTOCONTABILE AS EVE LEFT OUTER JOIN CONTOCONTABILE AS BANCA ON "
+        "BANCA.CONTOCONTABILE_KEY=EVE.BANCAPRESENTAZIONE_KEY, CONTOCONTABILE AS CONTO " +
+            Condizioni(filtro, connection, azienda) +
+            "GROUP BY MOV.SERIE, MOV.NUMERO, CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, BANCA.CODICECONTO, "
+            "BANCA.DESCRIZIONEVOCE, EVE.DATACONSEGNA, EVE.CODICEDIVISA, EVE.DATACONSEGNAPRODUZIONE ");
+    comando.Parameters = {azienda};
     return comando.Execute();
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());

@@ -11,10 +11,12 @@
 namespace lumoscad::db2Searches {
 namespace {
 
-std::int32_t Cerca(ado::Connection& connection, std::string_view sql, std::vector<std::string> valori,
-                   std::string_view colonna, std::string_view fallimento) {
+constexpr std::string_view MovimentoDiOgniAnno = "SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
+                                                 "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?";
+
+std::int32_t Cerca(ado::Command& comando, std::vector<std::string> valori, std::string_view colonna,
+                   std::string_view fallimento) {
   std::int32_t chiave = -1;
-  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
   comando.Parameters = std::move(valori);
   ado::Recordset righe = comando.Execute();
   if (righe.RecordCount() == 1) {
@@ -27,6 +29,16 @@ std::int32_t Cerca(ado::Connection& connection, std::string_view sql, std::vecto
     throw ErroreRuntime(errori::RicercaFallita, "", std::string(fallimento));
   }
   return chiave;
+}
+
+std::int32_t Cerca(ado::Connection& connection, std::string_view sql, std::vector<std::string> valori,
+                   std::string_view colonna, std::string_view fallimento) {
+  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  return Cerca(comando, std::move(valori), colonna, fallimento);
+}
+
+std::int32_t CercaMovimento(ado::Command& comando, std::vector<std::string> valori) {
+  return Cerca(comando, std::move(valori), "MOVIMENTOKEY", "MOVIMENTO CONTABILE INESISTENTE");
 }
 
 } // namespace
@@ -43,15 +55,32 @@ std::int32_t CercaAziendaLinea(ado::Connection& connection, std::string_view cod
 std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziendaLineaKey,
                             std::string_view tipoMovimento, std::string_view esercizio, std::string_view serie,
                             std::string_view numero) {
-  std::string sql = "SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
-                    "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?";
+  std::string sql(MovimentoDiOgniAnno);
   std::vector<std::string> valori = {std::string(aziendaLineaKey), std::string(tipoMovimento), std::string(serie),
                                      std::string(numero)};
   if (esercizio != Nullo) {
     sql += " AND ESERCIZIO=?";
     valori.emplace_back(esercizio);
   }
-  return Cerca(connection, sql, std::move(valori), "MOVIMENTOKEY", "MOVIMENTO CONTABILE INESISTENTE");
+  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  return CercaMovimento(comando, std::move(valori));
+}
+
+RicercaMovimenti::RicercaMovimenti(ado::Connection& connection, std::string_view aziendaLineaKey,
+                                   std::string_view tipoMovimento)
+    : comando_(moduloDatabase::CreaComando(connection, MovimentoDiOgniAnno)), aziendaLineaKey_(aziendaLineaKey),
+      tipoMovimento_(tipoMovimento) {}
+
+std::int32_t RicercaMovimenti::Cerca(std::string_view serie, std::string_view numero) {
+  std::string documento(serie);
+  documento.append(1, '\0').append(numero);
+  if (const auto nota = chiavi_.find(documento); nota != chiavi_.end()) {
+    return nota->second;
+  }
+  const auto chiave =
+      CercaMovimento(comando_, {aziendaLineaKey_, tipoMovimento_, std::string(serie), std::string(numero)});
+  chiavi_.emplace(std::move(documento), chiave);
+  return chiave;
 }
 
 std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 /// Look-ups of surrogate keys by business codes, on a connection that the caller holds. Each raises error
 /// -2147220990 when it does not find exactly one row; the failure's source says what is missing.
@@ -19,6 +20,21 @@ namespace lumoscad::db2Searches {
 [[nodiscard]] std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziendaLineaKey,
                                           std::string_view tipoMovimento, std::string_view esercizio,
                                           std::string_view serie, std::string_view numero);
+
+/// `CercaMovimento` over all years for the documents of a list: one prepared statement, sent once a document however
+/// many rows the document has. Used on the connection it was made for, while that is open.
+class RicercaMovimenti {
+ public:
+  RicercaMovimenti(ado::Connection& connection, std::string_view aziendaLineaKey, std::string_view tipoMovimento);
+
+  [[nodiscard]] std::int32_t Cerca(std::string_view serie, std::string_view numero);
+
+ private:
+  ado::Command comando_;
+  std::string aziendaLineaKey_;
+  std::string tipoMovimento_;
+  std::unordered_map<std::string, std::int32_t> chiavi_; ///< by series and number
+};
 
 /// The key of an account by its code.
 [[nodiscard]] std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto);

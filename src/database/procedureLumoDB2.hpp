@@ -30,6 +30,25 @@ struct FiltroScadenze {
 [[nodiscard]] std::optional<ado::Recordset> ElencoScadenze(ado::Connection& connection, std::int32_t aziendaLineaKey,
                                                            const FiltroScadenze& filtro, MsgAnnulla& msg);
 
+/// The filters of the presumed documents. A blank one adds no condition, except the kind of operation, whose condition
+/// is always there; texts enter the statement between quotes as given.
+struct FiltroPresunti {
+  std::string parTipoMovimenti;             ///< kind of operation
+  std::string parScad;                      ///< by the delivery date: "SCADUTO", "DASCADERE", anything else for all
+  std::string parBancaSN;                   ///< "N" without bank, "S" with bank, anything else for all
+  std::string parConto;                     ///< account code
+  std::string parSerie;                     ///< series of the one document wanted; blank for all documents
+  std::string parNumero;                    ///< its number without the year
+  std::string parAnno;                      ///< its year, two digits
+  std::string parData;                      ///< reference date: carried along, without effect on the statement
+  std::vector<std::string> parSerieEscluse; ///< excluded series; a list of a single one excludes nothing, on purpose
+};
+
+/// The presumed documents with their delivery dates and banks, one row a bank, date and currency of a document. On
+/// failure, also when the one document wanted does not exist, returns nothing.
+[[nodiscard]] std::optional<ado::Recordset> ElencoPresunti(ado::Connection& connection, std::int32_t aziendaLineaKey,
+                                                           const FiltroPresunti& filtro, MsgAnnulla& msg);
+
 /// The accounts offered as presentation banks, by description. On failure returns nothing.
 [[nodiscard]] std::optional<ado::Recordset> ElencoBanche(ado::Connection& connection, MsgAnnulla& msg);
 
@@ -38,6 +57,16 @@ struct FiltroScadenze {
 /// that failed in `msg.Errore`.
 [[nodiscard]] std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni,
                                                  std::string_view parModalita, MsgAnnulla& msg);
+
+/// Writes the confirmed bank changes of presumed documents in one transaction; acts only for `parModalita` "PRESUNTI".
+/// The rows of a document that carry the record's old bank change. Returns as above.
+[[nodiscard]] std::string AggiornaBancaPresunti(const VariazioniConsegna& variazioni, std::string_view parModalita,
+                                                MsgAnnulla& msg);
+
+/// Writes the confirmed delivery dates in one transaction; acts only for `parModalita` "PRESUNTI". A changed delivery
+/// date always sets the VAT title back to a blank. Returns as above.
+[[nodiscard]] std::string AggiornaConsegna(const VariazioniConsegna& variazioni, std::string_view parModalita,
+                                           MsgAnnulla& msg);
 
 /// The procedures behind the reply actions. Each takes the request's list (company at index 0, action at 1), works in
 /// one transaction and returns "", or "error" with the message in `msg.Errore` when nothing was kept.
