@@ -1,60 +1,32 @@
-#include "common/Stato.hpp"
 #include "common/Testo.hpp"
-#include "common/Utilities.hpp"
-#include "database/db2Searches.hpp"
+#include "database/Aggiornamento.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
 namespace {
 
-/// The database form of a record's date. A text that is neither "DD/MM/YYYY" nor a missing value must never reach
-/// a statement, where some databases would store it.
-std::string DataIso(const std::string& data) {
-  std::string iso = Utilities::DataIsoDaTesto(data);
-  if (iso.empty()) {
-    throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida: " + data);
-  }
-  return iso;
-}
-
-/// "colonna='date' ", or "colonna IS NULL " for a missing date.
-std::string UgualeData(const std::string& colonna, const std::string& data) {
-  return SenzaValore(data) ? colonna + " IS NULL " : colonna + "='" + DataIso(data) + "' ";
-}
-
-/// "colonna=key ", or "colonna IS NULL " for a missing key.
-std::string UgualeChiave(const std::string& colonna, const std::string& chiave) {
-  return chiave.empty() ? colonna + " IS NULL " : colonna + "=" + chiave + " ";
-}
-
-/// One confirmation being written: the connection, and the statements of the current record for its error text.
-class Aggiornamento {
+/// The changes of one list being written.
+class Canalizzazione {
  public:
-  explicit Aggiornamento(ado::Connection& connection) : connection_(&connection) {}
-
-  [[nodiscard]] const std::string& Istruzioni() const noexcept { return istruzioni_; }
+  explicit Canalizzazione(Aggiornamento& aggiornamento) : aggiornamento_(aggiornamento) {}
 
   void ApplicaScadenza(const VariazioneCanalizzazione& variazione) {
-    istruzioni_.clear();
     if (!variazione.isBancaChanged && !variazione.isScadenzaChanged) {
       return;
     }
     CercaBanche(variazione);
     for (const std::string& istruzione : Istruzioni(variazione)) {
-      Annota(istruzione);
-      connection_->Execute(istruzione);
+      aggiornamento_.Esegui(istruzione);
     }
   }
 
   void ApplicaPresunto(const VariazioneCanalizzazione& variazione) {
-    istruzioni_.clear();
     if (!variazione.isBancaChanged) {
       return;
     }
     CercaBanche(variazione);
-    std::string sql = "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreNuovaBanca();
+    std::string sql = "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuovaBanca_);
     sql += "WHERE " + UgualeData("DATASCADENZA", variazione.VecchiaScadenza);
     sql += "AND " + UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchiaBanca_);
     sql += "AND EVENTOCONTABILE.SOSPESA='N' ";
@@ -69,24 +41,15 @@ class Aggiornamento {
       // A record without either key changes nothing, and that is no failure.
       sql += "AND EVENTOCONTABILEKEY=-1 AND PARTITACONTABILEKEY=-1";
     }
-    Annota(sql);
-    ado::Command comando = moduloDatabase::CreaComando(*connection_, sql);
-    comando.Parameters = std::move(chiavi);
-    comando.Execute();
+    aggiornamento_.Esegui(sql, std::move(chiavi));
   }
 
  private:
   /// Finds the keys of both banks; an empty key stands for no bank.
   void CercaBanche(const VariazioneCanalizzazione& variazione) {
-    vecchiaBanca_ = ChiaveBanca(variazione.VecchiaBanca);
-    nuovaBanca_ = variazione.isBancaChanged ? ChiaveBanca(variazione.NuovaBanca) : std::string();
+    vecchiaBanca_ = aggiornamento_.ChiaveBanca(variazione.VecchiaBanca);
+    nuovaBanca_ = variazione.isBancaChanged ? aggiornamento_.ChiaveBanca(variazione.NuovaBanca) : std::string();
   }
-
-  std::string ChiaveBanca(const std::string& codice) {
-    return SenzaValore(codice) ? std::string() : std::to_string(db2Searches::CercaContoContabile(*connection_, codice));
-  }
-
-  [[nodiscard]] std::string ValoreNuovaBanca() const { return (nuovaBanca_.empty() ? "NULL" : nuovaBanca_) + " "; }
 
   std::string Selezione(const VariazioneCanalizzazione& variazione) const {
     return "SELECT * FROM MOVIMENTOCONTABILE RIGHT JOIN EVENTOCONTABILE ON MOVIMENTOCONTABILE.MOVIMENTOKEY = "
@@ -104,10 +67,7 @@ class Aggiornamento {
 
   /// The updates of the instalments that the record's grid row stands for: all are built before the first is sent.
   std::vector<std::string> Istruzioni(const VariazioneCanalizzazione& variazione) {
-    ado::Command comando = moduloDatabase::CreaComando(*connection_, Selezione(variazione));
-    comando.Parameters = {variazione.idPartitaKey};
-    Annota(comando.CommandText);
-    ado::Recordset righe = comando.Execute();
+    ado::Recordset righe = aggiornamento_.Esegui(Selezione(variazione), {variazione.idPartitaKey});
     std::string assegna = "UPDATE EVENTOCONTABILE SET ";
     if (variazione.isScadenzaChanged) {
       assegna += SenzaValore(variazione.NuovaScadenza) ? "DATASCADENZA=NULL "
@@ -117,7 +77,7 @@ class Aggiornamento {
       assegna += ",";
     }
     if (variazione.isBancaChanged) {
-      assegna += "BANCAPRESENTAZIONE_KEY=" + ValoreNuovaBanca();
+      assegna += "BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuovaBanca_);
     }
     std::vector<std::string> istruzioni;
     for (; !righe.Eof(); righe.MoveNext()) {
@@ -128,10 +88,7 @@ class Aggiornamento {
     return istruzioni;
   }
 
-  void Annota(const std::string& istruzione) { istruzioni_ += "\r\n" + istruzione; }
-
-  ado::Connection* connection_;
-  std::string istruzioni_;
+  Aggiornamento& aggiornamento_;
   std::string vecchiaBanca_;
   std::string nuovaBanca_;
 };
@@ -140,32 +97,14 @@ class Aggiornamento {
 
 std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni, std::string_view parModalita,
                                    MsgAnnulla& msg) {
-  if (variazioni.empty()) {
-    return "";
-  }
-  std::string istruzioni;
-  try {
-    const auto connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
-    moduloDatabase::Transazione transazione(*connection);
-    Aggiornamento aggiornamento(*connection);
-    try {
-      for (const VariazioneCanalizzazione& variazione : variazioni) {
-        if (parModalita == "PRESUNTI") {
-          aggiornamento.ApplicaPresunto(variazione);
-        } else if (parModalita == "CREDITI" || parModalita == "DEBITI") {
-          aggiornamento.ApplicaScadenza(variazione);
-        }
-      }
-      transazione.Conferma();
-    } catch (...) {
-      istruzioni = aggiornamento.Istruzioni();
-      throw;
-    }
-    return "";
-  } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente()) + "\r\n" + istruzioni;
-    return "error";
-  }
+  return ApplicaVariazioni(variazioni, msg,
+                           [&](Aggiornamento& aggiornamento, const VariazioneCanalizzazione& variazione) {
+                             if (parModalita == "PRESUNTI") {
+                               Canalizzazione(aggiornamento).ApplicaPresunto(variazione);
+                             } else if (parModalita == "CREDITI" || parModalita == "DEBITI") {
+                               Canalizzazione(aggiornamento).ApplicaScadenza(variazione);
+                             }
+                           });
 }
 
 } // namespace lumoscad::procedureLumoDB2
