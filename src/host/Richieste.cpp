@@ -27,6 +27,22 @@ std::string RigaCanalizzazione(const VariazioneCanalizzazione& v) {
                         v.isBancaChanged ? v.NuovaBanca : "", v.NumeroRata});
 }
 
+/// A presumed document travels in the same line; it has no item, no due dates and no instalment.
+std::string RigaBancaPresunti(const VariazioneConsegna& v) {
+  return RigaRichiesta({v.CodiceConto, "", v.Anno, v.Numero, v.Serie, "", "", "", v.VecchiaBanca,
+                        v.isBancaChanged ? v.NuovaBanca : "", ""});
+}
+
+/// Every date of a delivery line is written, a missing one as zeros.
+std::string DataPiena(const std::string& data) {
+  return Utilities::DataPerHost(data == Nullo ? std::string_view() : data);
+}
+
+std::string RigaConsegna(const VariazioneConsegna& v) {
+  return RigaRichiesta({v.CodiceConto, v.Serie, v.Numero, v.Anno, DataPiena(v.Consegna), DataPiena(v.ConsegnaOrigine),
+                        DataPiena(v.NuovaConsegna)});
+}
+
 template <typename Azione> void IgnoraErrori(Azione azione) noexcept {
   try {
     azione();
@@ -81,20 +97,37 @@ std::string Invia(const RichiestaRecord& richiesta) {
   return risultato;
 }
 
+/// Sends one line a record; nothing at all for an empty list.
+template <typename Variazioni, typename Riga>
+std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, Riga riga) {
+  if (variazioni.empty()) {
+    return "";
+  }
+  richiesta.contenuto = [&] {
+    std::string contenuto;
+    for (const auto& variazione : variazioni) {
+      contenuto += riga(variazione);
+    }
+    return contenuto;
+  };
+  return Invia(richiesta);
+}
+
 } // namespace
 
 std::string ScriviRichiestaCanalizzazione(std::string_view hostIP, std::string_view azienda,
                                           const VariazioniCanalizzazione& variazioni, std::string_view tipo) {
-  if (variazioni.empty()) {
-    return "";
-  }
-  return Invia({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, [&] {
-                  std::string contenuto;
-                  for (const VariazioneCanalizzazione& variazione : variazioni) {
-                    contenuto += RigaCanalizzazione(variazione);
-                  }
-                  return contenuto;
-                }});
+  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}}, variazioni, RigaCanalizzazione);
+}
+
+std::string ScriviRichiestaBancaPresunti(std::string_view hostIP, std::string_view azienda,
+                                         const VariazioniConsegna& variazioni, std::string_view tipo) {
+  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}}, variazioni, RigaBancaPresunti);
+}
+
+std::string ScriviRichiestaConsegna(std::string_view hostIP, std::string_view azienda,
+                                    const VariazioniConsegna& variazioni, std::string_view tipo) {
+  return InviaRighe({hostIP, azienda, "CONSEGNA", tipo, 5, {}}, variazioni, RigaConsegna);
 }
 
 } // namespace lumoscad

@@ -15,4 +15,13 @@ namespace lumoscad {
                                                         const VariazioniCanalizzazione& variazioni,
                                                         std::string_view tipo);
 
+/// The same request for the bank changes of presumed documents, with the same file format and outcome.
+[[nodiscard]] std::string ScriviRichiestaBancaPresunti(std::string_view hostIP, std::string_view azienda,
+                                                       const VariazioniConsegna& variazioni, std::string_view tipo);
+
+/// Sends the delivery-date changes of a list as a "CONSEGNA" request; a missing date is written "00000000". Outcome
+/// and failures as above.
+[[nodiscard]] std::string ScriviRichiestaConsegna(std::string_view hostIP, std::string_view azienda,
+                                                  const VariazioniConsegna& variazioni, std::string_view tipo);
+
 } // namespace lumoscad
