@@ -7,6 +7,13 @@
 #include <system_error>
 
 namespace lumoscad {
+namespace {
+
+bool IniziaCarattere(char c) noexcept {
+  return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+}
+
+} // namespace
 
 bool MaggioreDiSpazio(std::string_view testo) noexcept {
   return std::any_of(testo.begin(), testo.end(), [](char c) { return static_cast<unsigned char>(c) > ' '; });
@@ -44,6 +51,24 @@ std::vector<std::string> Dividi(std::string_view testo, char separatore) {
     }
     testo.remove_prefix(fine + 1);
   }
+}
+
+std::string_view Primi(std::string_view testo, std::size_t quanti) noexcept {
+  std::size_t fine = 0;
+  while (fine < testo.size() && (quanti > 0 || !IniziaCarattere(testo[fine]))) {
+    quanti -= IniziaCarattere(testo[fine]) ? 1U : 0U;
+    ++fine;
+  }
+  return testo.substr(0, fine);
+}
+
+std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept {
+  std::size_t inizio = testo.size();
+  while (inizio > 0 && quanti > 0) {
+    --inizio;
+    quanti -= IniziaCarattere(testo[inizio]) ? 1U : 0U;
+  }
+  return testo.substr(inizio);
 }
 
 const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice) {

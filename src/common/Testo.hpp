@@ -26,6 +26,12 @@ inline constexpr std::string_view Nullo = "#null#";
 /// Splits `testo` on every single `separatore`; an empty text gives one empty piece.
 [[nodiscard]] std::vector<std::string> Dividi(std::string_view testo, char separatore);
 
+/// The first `quanti` characters of a UTF-8 text; all of it when it has fewer.
+[[nodiscard]] std::string_view Primi(std::string_view testo, std::size_t quanti) noexcept;
+
+/// The last `quanti` characters of a UTF-8 text; all of it when it has fewer.
+[[nodiscard]] std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept;
+
 /// Element `indice` of a list. Raises error 9 when the list ends before it.
 [[nodiscard]] const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice);
 

@@ -1,0 +1,153 @@
+#include "screens/FormConsegna.hpp"
+
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "platform/Errore.hpp"
+#include "screens/DocumentiPresunti.hpp"
+
+#include <utility>
+
+namespace lumoscad {
+namespace {
+
+using Schermata = FormConsegna;
+
+constexpr std::string_view Modo = "CONSEGNA";
+
+DescrizioneGriglia Descrizione() {
+  using Genere = ColonnaElenco::Genere;
+  DescrizioneGriglia d;
+  d.nome = "FormConsegna";
+  d.titolo = "LumoScad - Date di consegna";
+  d.nomeLista = "LVScadenzePresunti";
+  d.carattere = "Verdana";
+  d.colonne = {{"KConto", "Conto", 3750, Genere::Testo},
+               {"KOrdine", "Ordine", 1650, Genere::Testo},
+               {"KConsegnaPrevista", "Consegna prevista", 2100, Genere::Testo},
+               {"KDivisa", "Divisa", 900, Genere::Testo},
+               {"KFatturato", "Fatturato", 1800, Genere::Importo},
+               {"KFatturatoEuro", "Fatturato Euro", 1800, Genere::Importo},
+               {"Kradio", "", 420, Genere::Spunta},
+               {"KNuovaScadenza", "Nuova Consegna", 1950, Genere::EditorData, Schermata::ConsegnaPrevista},
+               {"KConsegnaOrdinaData", "", 0, Genere::Testo}};
+  d.colonneConTag = {Schermata::Conto, Schermata::Ordine, Schermata::ConsegnaPrevista};
+  // The planned date sorts by the copy that sorts by time; amounts and currencies do not sort.
+  d.testate = {{1, "Conto", Schermata::Conto, Schermata::Conto},
+               {2, "Ordine", Schermata::Ordine, Schermata::Ordine},
+               {3, "Consegna prevista", Schermata::ConsegnaPrevista, Schermata::ConsegnaOrdinaData},
+               {4, "Divisa", Schermata::Divisa, -1},
+               {5, "Fatturato", Schermata::Fatturato, -1},
+               {6, "Fatturato Euro", Schermata::FatturatoEuro, -1}};
+  d.campoData = "Nuova consegna";
+  d.colonneChiave = Schermata::Divisa + 1;
+  d.colonnaSpunta1 = Schermata::Radio;
+  d.colonnaNuovaData = Schermata::NuovaConsegna;
+  return d;
+}
+
+} // namespace
+
+FormConsegna::FormConsegna() : griglia_(Descrizione(), Regole()) {}
+
+RegoleGriglia FormConsegna::Regole() {
+  RegoleGriglia regole;
+  regole.chiudiData = [this](std::size_t riga, std::string_view testo) {
+    if (tagLista_ == Modo) {
+      griglia_.Righe.ImpostaTesto(riga, NuovaConsegna, testo.empty() ? std::string() : Utilities::ControllaData(testo));
+    }
+  };
+  regole.cambiaCheck = [this](std::size_t riga, std::string_view, bool spunta) { CambiaCheck(riga, spunta); };
+  regole.clicScadenza = [this] {
+    griglia_.Form_Click();
+    griglia_.DeselezionaTutto("RADIO1");
+  };
+  regole.conferma = [this] { Conferma(); };
+  regole.annulla = [this] { variazioni_.clear(); };
+  return regole;
+}
+
+void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
+                                   VariazioniConsegna& variazioni) {
+  MsgAnnulla msg;
+  variazioni.clear();
+  variazioni_.clear();
+  griglia_.Azzera();
+  CaricaRighe(parAzienda, filtro, msg);
+  griglia_.Resize();
+  griglia_.Mostra();
+  variazioni = std::exchange(variazioni_, {});
+  if (!msg.Errore.empty()) {
+    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+  }
+}
+
+void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
+                               MsgAnnulla& msg) {
+  tagLista_.clear();
+  griglia_.Righe.Svuota();
+  tagLista_ = Modo;
+  CaricaPresunti(
+      parAzienda, filtro, msg,
+      [this](const RigaPresunto& r) {
+        const std::string consegna = Utilities::FormattaData(r.DataConsegna);
+        const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);
+        const std::size_t riga = griglia_.Righe.Aggiungi(
+            {r.DescrizioneConto, r.documento, consegna, r.Divisa, r.importoDivisa, r.importoEuro, "", "", ordina});
+        griglia_.Righe.ImpostaTag(riga, Conto, r.CodiceConto);
+        griglia_.Righe.ImpostaTag(riga, ConsegnaPrevista, Utilities::FormattaData(r.ConsegnaOrigine));
+        return riga;
+      },
+      [this](std::size_t riga, std::string_view tag) { griglia_.Righe.ImpostaTag(riga, Ordine, tag); });
+}
+
+std::string FormConsegna::ChiaveElemento(std::size_t riga) const {
+  const RigheGriglia& righe = griglia_.Righe;
+  std::string chiave = "K_";
+  chiave.append(righe.Tag(riga, Conto)).append("_").append(righe.Testo(riga, Ordine)).append("_");
+  return chiave.append(righe.Testo(riga, ConsegnaPrevista)).append("_").append(righe.Testo(riga, Divisa));
+}
+
+void FormConsegna::CambiaCheck(std::size_t riga, bool spunta) {
+  if (tagLista_ != Modo) {
+    return;
+  }
+  if (spunta && MaggioreDiSpazio(griglia_.Stato().testoScadenza)) {
+    griglia_.ImpostaTestoScadenza(Utilities::ControllaData(griglia_.Stato().testoScadenza));
+  }
+  griglia_.Righe.ImpostaTesto(riga, NuovaConsegna,
+                              spunta ? std::string_view(griglia_.Stato().testoScadenza) : std::string_view());
+  griglia_.ImpostaSpunta(riga, "RADIO1", spunta);
+}
+
+bool FormConsegna::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const {
+  const RigheGriglia& righe = griglia_.Righe;
+  const std::string_view consegna = righe.Testo(riga, ConsegnaPrevista);
+  const std::string_view nuova = righe.Testo(riga, NuovaConsegna);
+  // A date that was refused leaves a blank behind, which is no change.
+  if (!MaggioreDiSpazio(nuova) || nuova == consegna) {
+    return false;
+  }
+  variazione.isConsegnaChanged = true;
+  variazione.CodiceConto = righe.Tag(riga, Conto);
+  LeggiMovimento(righe.Tag(riga, Ordine), variazione);
+  LeggiDocumento(righe.Testo(riga, Ordine), variazione);
+  variazione.Consegna = consegna.empty() ? Nullo : consegna;
+  variazione.NuovaConsegna = nuova;
+  variazione.ConsegnaOrigine = righe.Tag(riga, ConsegnaPrevista);
+  return true;
+}
+
+void FormConsegna::Conferma() {
+  variazioni_.clear();
+  if (tagLista_ != Modo) {
+    return;
+  }
+  for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
+    VariazioneConsegna variazione;
+    if (LeggiVariazione(griglia_.Righe.RigaAlPosto(posto), variazione)) {
+      variazioni_.push_back(std::move(variazione));
+    }
+  }
+}
+
+} // namespace lumoscad
