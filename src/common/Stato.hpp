@@ -7,6 +7,7 @@
 
 namespace lumoscad {
 
+class FormPresunti;
 class frmLumoScadenzeBanche;
 class Partita;
 
@@ -26,6 +27,7 @@ struct Stato {
   std::shared_ptr<MsgAnnulla> Risposta;                  ///< the reply object of the last request
   std::shared_ptr<Partita> RispostaPartita;              ///< the reply object of the last due-date request
   std::shared_ptr<frmLumoScadenzeBanche> ScadenzeBanche; ///< the credits/debits screen, created on first use
+  std::shared_ptr<FormPresunti> Presunti;                ///< the presumed-documents screen, created on first use
 };
 
 /// The one set of module-level values of the process.

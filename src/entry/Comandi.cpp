@@ -2,20 +2,21 @@
 
 #include "database/procedureLumoDB2.hpp"
 #include "handlers/ModuloMain.hpp"
-#include "platform/Errore.hpp"
 
 namespace lumoscad {
 namespace {
-
-std::string NonDisponibile(std::string_view) {
-  throw ErroreRuntime(errori::NonDisponibile, "Comando non disponibile in questa versione");
-}
 
 std::string Crediti(std::string_view comando) {
   return ModuloMain::ComandoBanca(comando, "CREDITI");
 }
 std::string Debiti(std::string_view comando) {
   return ModuloMain::ComandoBanca(comando, "DEBITI");
+}
+std::string BancaPresunti(std::string_view comando) {
+  return ModuloMain::ComandoBancaPresunti(comando, "PRESUNTI");
+}
+std::string ConsegnaPresunti(std::string_view comando) {
+  return ModuloMain::ComandoConsegna(comando, "PRESUNTI");
 }
 
 } // namespace
@@ -30,8 +31,8 @@ const std::vector<Comando>& Comandi() {
       {"PRESUNTO", "/D", ModuloMain::ComandoRiattivaPresunto},
       {"BANCA", "/CREDITI", Crediti},
       {"BANCA", "/DEBITI", Debiti},
-      {"BANCA", "/PRESUNTI", NonDisponibile},
-      {"CONSEGNA", "/PRESUNTI", NonDisponibile},
+      {"BANCA", "/PRESUNTI", BancaPresunti},
+      {"CONSEGNA", "/PRESUNTI", ConsegnaPresunti},
   };
   return comandi;
 }

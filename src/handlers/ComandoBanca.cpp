@@ -1,13 +1,9 @@
-#include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
-#include "common/Testo.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "handlers/Blocco.hpp"
+#include "handlers/ComandoModifica.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "handlers/Opzioni.hpp"
 #include "host/Richieste.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 
 namespace lumoscad::ModuloMain {
@@ -43,37 +39,19 @@ void MostraSchermata(const procedureLumoDB2::FiltroScadenze& filtro, VariazioniC
   stato().ScadenzeBanche->VisualizzaScadenzeBanche(stato().Azienda, filtro, variazioni);
 }
 
-void Puntatore(lumoscad::Puntatore puntatore) {
-  servizi().desktop().ImpostaPuntatore(puntatore);
-  servizi().desktop().EventiInAttesa();
-}
-
 } // namespace
 
 std::string ComandoBanca(std::string_view comando, std::string_view tipo) {
   const procedureLumoDB2::FiltroScadenze filtro = LeggiFiltro(comando, tipo);
-  const bool lista = tipo == "CREDITI" || tipo == "DEBITI";
-  VariazioniCanalizzazione variazioni;
-  if (lista) {
-    if (MaggioreDiSpazio(BloccaArea(stato().HostIP, tipo))) {
-      return "error";
-    }
-    MostraSchermata(filtro, variazioni);
-  }
-  MsgAnnulla risposta;
-  Puntatore(lumoscad::Puntatore::Clessidra);
-  if (ScriviRichiestaCanalizzazione(stato().HostIP, stato().Azienda, variazioni, tipo).empty()) {
-    // The procedure's answer repeats what `Errore` says.
-    static_cast<void>(procedureLumoDB2::AggiornaCanalizzazione(variazioni, tipo, risposta));
-    if (!risposta.Errore.empty()) {
-      throw ErroreRuntime(errori::ErroreRegistrato, risposta.Errore);
-    }
-  }
-  Puntatore(lumoscad::Puntatore::Predefinito);
-  if (lista) {
-    SbloccaArea(stato().HostIP, tipo);
-  }
-  return variazioni.empty() ? "closed" : "";
+  return ComandoModifica<VariazioniCanalizzazione>(
+      tipo, tipo == "CREDITI" || tipo == "DEBITI",
+      [&](VariazioniCanalizzazione& variazioni) { MostraSchermata(filtro, variazioni); },
+      [&](const VariazioniCanalizzazione& variazioni) {
+        return ScriviRichiestaCanalizzazione(stato().HostIP, stato().Azienda, variazioni, tipo);
+      },
+      [&](const VariazioniCanalizzazione& variazioni, MsgAnnulla& risposta) {
+        return procedureLumoDB2::AggiornaCanalizzazione(variazioni, tipo, risposta);
+      });
 }
 
 } // namespace lumoscad::ModuloMain

@@ -11,6 +11,12 @@ namespace lumoscad::ModuloMain {
 /// another terminal holds the list. Any other failure is raised; the lock then stays taken.
 [[nodiscard]] std::string ComandoBanca(std::string_view comando, std::string_view tipo);
 
+/// Shows the presumed documents (`tipo` "PRESUNTI") for their presentation banks, with steps and results as above.
+[[nodiscard]] std::string ComandoBancaPresunti(std::string_view comando, std::string_view tipo);
+
+/// The same for their planned delivery dates. Both commands share one lock.
+[[nodiscard]] std::string ComandoConsegna(std::string_view comando, std::string_view tipo);
+
 /// Suspend an open item of an account, and make it active again. Return the reply actions' result, "error" after the
 /// person was told of a refusal; a link failure is raised. "-DEMO" on the line only shows the success message.
 [[nodiscard]] std::string ComandoSospendiPartita(std::string_view comando);

@@ -16,7 +16,6 @@ inline constexpr int ChiaveDuplicata = 457;             ///< key already in the 
 inline constexpr int MemoriaInsufficiente = 7;          ///< out of memory
 inline constexpr int ErroreInterno = 51;                ///< internal error
 inline constexpr int Driver = -2147467259;              ///< a driver failure without a number of its own
-inline constexpr int NonDisponibile = 445;              ///< the object does not support this action
 inline constexpr int RicercaFallita = -2147220990;      ///< a key look-up found no single row
 inline constexpr int ErroreRegistrato = -2147220954;    ///< an `Errore` recorded by a screen or an update
 inline constexpr int ErroreTrasferimento = -2147220905; ///< a reply or transfer error in a request writer

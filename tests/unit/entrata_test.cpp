@@ -141,17 +141,29 @@ TEST_F(Entrata, UnOpzioneDellaBancaSenzaValoreEUnErrore) {
 
 TEST_F(Entrata, UnErroreFermaISottocomandiSeguenti) {
   OccupaListe();
-  EXPECT_EQ(Esegui("-T BANCA /PRESUNTI /CREDITI"), "error");
-  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("445\r\n")));
+  EXPECT_EQ(Esegui("-T BANCA /PRESUNTI /CREDITI -S"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n")));
 }
 
-TEST_F(Entrata, UnComandoNonDisponibileLoDice) {
-  EXPECT_EQ(Esegui("-T BANCA /PRESUNTI"), "error");
-  EXPECT_EQ(Esegui("-T CONSEGNA /PRESUNTI"), "error");
-  const auto nonDisponibile = "445\r\nComando non disponibile in questa versione";
-  EXPECT_THAT(banco_.desktop.box, ElementsAre(nonDisponibile, nonDisponibile));
-  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad", "LumoScad"));
-  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+TEST_F(Entrata, UnOpzioneDeiPresuntiSenzaValoreEUnErrore) {
+  for (const char* comando : {"-T BANCA /PRESUNTI ", "-T CONSEGNA /PRESUNTI "}) {
+    for (const char* opzione :
+         {"-SC", "-H", "-D", "-S", "-A", "-N", "-C", "-B", "-DATA", "-SERIEESCLUSE", "-TIPOMOVIMENTI"}) {
+      banco_.desktop.box.clear();
+      EXPECT_EQ(Esegui(std::string(comando) + opzione), "error") << opzione;
+      EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n"))) << opzione;
+    }
+  }
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty()) << "nessuna lista è stata presa";
+}
+
+TEST_F(Entrata, IDueComandiDeiPresuntiHannoUnSoloBlocco) {
+  banco_.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
+  EXPECT_EQ(Esegui("-T BANCA /PRESUNTI -H h"), "error");
+  EXPECT_EQ(Esegui("-t consegna /presunti -H h"), "error");
+  const auto* occupata = "Il movimento è in uso su un altro terminare\rUtente : T02\rieri";
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(occupata, occupata));
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBPRESUNTI", "Ricevi /tmp/VBPRESUNTI"));
 }
 
 TEST_F(Entrata, SenzaSorgenteDatiIlComandoDiceErrore) {

@@ -1,0 +1,66 @@
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "database/procedureLumoDB2.hpp"
+#include "handlers/ComandoModifica.hpp"
+#include "handlers/ModuloMain.hpp"
+#include "handlers/Opzioni.hpp"
+#include "host/Richieste.hpp"
+#include "screens/FormConsegna.hpp"
+#include "screens/FormPresunti.hpp"
+
+namespace lumoscad::ModuloMain {
+namespace {
+
+procedureLumoDB2::FiltroPresunti LeggiFiltro(std::string_view comando) {
+  procedureLumoDB2::FiltroPresunti filtro;
+  filtro.parBancaSN = "S";
+  std::string serieEscluse;
+  LeggiOpzioni(comando, {{"-SC", &filtro.parScad},
+                         {"-H", &stato().HostIP},
+                         {"-D", &stato().Azienda},
+                         {"-S", &filtro.parSerie},
+                         {"-A", &filtro.parAnno},
+                         {"-N", &filtro.parNumero},
+                         {"-C", &filtro.parConto},
+                         {"-B", &filtro.parBancaSN},
+                         {"-DATA", &filtro.parData},
+                         {"-SERIEESCLUSE", &serieEscluse},
+                         {"-TIPOMOVIMENTI", &filtro.parTipoMovimenti}});
+  if (HaOpzione(comando, "-SERIEESCLUSE")) {
+    filtro.parSerieEscluse = Dividi(serieEscluse, ',');
+  }
+  return filtro;
+}
+
+/// A list of presumed documents, from the lock to its release.
+template <typename Mostra, typename Scrivi, typename Aggiorna>
+std::string ModificaPresunti(std::string_view tipo, Mostra mostra, Scrivi scrivi, Aggiorna aggiorna) {
+  return ComandoModifica<VariazioniConsegna>(
+      tipo, tipo == "PRESUNTI", mostra,
+      [&](const VariazioniConsegna& variazioni) { return scrivi(stato().HostIP, stato().Azienda, variazioni, tipo); },
+      [&](const VariazioniConsegna& variazioni, MsgAnnulla& risposta) { return aggiorna(variazioni, tipo, risposta); });
+}
+
+} // namespace
+
+std::string ComandoBancaPresunti(std::string_view comando, std::string_view tipo) {
+  const procedureLumoDB2::FiltroPresunti filtro = LeggiFiltro(comando);
+  const auto mostra = [&](VariazioniConsegna& variazioni) {
+    if (!stato().Presunti) {
+      stato().Presunti = std::make_shared<FormPresunti>();
+    }
+    stato().Presunti->elaboraPresunti(stato().Azienda, filtro, variazioni);
+  };
+  return ModificaPresunti(tipo, mostra, ScriviRichiestaBancaPresunti, procedureLumoDB2::AggiornaBancaPresunti);
+}
+
+std::string ComandoConsegna(std::string_view comando, std::string_view tipo) {
+  const procedureLumoDB2::FiltroPresunti filtro = LeggiFiltro(comando);
+  // This screen is made anew for each command, unlike the others.
+  const auto mostra = [&](VariazioniConsegna& variazioni) {
+    FormConsegna().elaboraConsegna(stato().Azienda, filtro, variazioni);
+  };
+  return ModificaPresunti(tipo, mostra, ScriviRichiestaConsegna, procedureLumoDB2::AggiornaConsegna);
+}
+
+} // namespace lumoscad::ModuloMain
