@@ -70,7 +70,8 @@ bool ModelloElenco::Variata(std::size_t riga, int colonna) const {
   }
   // Both texts may live in one buffer of the screen, so the first is copied before the second is asked for.
   const std::string nuovo(finestra_.testo(riga, colonna));
-  return !nuovo.empty() && nuovo != finestra_.testo(riga, attuale);
+  // A blank is what a refused date leaves behind: it changes nothing.
+  return nuovo.find_first_not_of(' ') != std::string::npos && nuovo != finestra_.testo(riga, attuale);
 }
 
 QVariant ModelloElenco::headerData(int sezione, Qt::Orientation verso, int ruolo) const {
