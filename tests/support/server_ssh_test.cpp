@@ -3,13 +3,20 @@
 #include "support/Loopback.hpp"
 #include "support/ServerSsh.hpp"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
-#include <memory>
+#include <string>
+#include <thread>
 
 namespace lumoscad::prova {
 namespace {
+
+namespace fs = std::filesystem;
 
 struct Esito {
   std::string uscita;
@@ -20,13 +27,22 @@ class Server : public testing::Test {
  protected:
   static void SetUpTestSuite() { ASSERT_TRUE(ServerSsh::Disponibile()); }
 
-  [[nodiscard]] Esito Ssh(const std::string& comando, const std::filesystem::path& chiave) const {
-    const std::string riga = "ssh -F none -o BatchMode=yes -o IdentitiesOnly=yes -o IdentityAgent=none "
-                             "-o GlobalKnownHostsFile=none -o StrictHostKeyChecking=yes -o UserKnownHostsFile='" +
-                             server.Noti().string() + "' -i '" + chiave.string() + "' -p " +
-                             std::to_string(server.Porta()) + " " + server.Utente() + "@" + ServerSsh::Indirizzo() +
-                             " '" + comando + "' </dev/null 2>/dev/null";
-    std::FILE* tubo = ::popen(riga.c_str(), "r");
+  [[nodiscard]] Esito Ssh(const std::string& comando, const fs::path& chiave) const {
+    return Esegui("ssh -p " + std::to_string(server.Porta()) + Sicurezza(chiave) + Posto() + " '" + comando +
+                  "' </dev/null");
+  }
+  [[nodiscard]] Esito Sftp(const std::string& comandi) const {
+    return Esegui("printf '" + comandi + "' | sftp -q -b - -P " + std::to_string(server.Porta()) +
+                  Sicurezza(server.Chiave()) + Posto());
+  }
+  [[nodiscard]] std::string Posto() const { return " " + server.Utente() + "@" + ServerSsh::Indirizzo(); }
+  [[nodiscard]] std::string Sicurezza(const fs::path& chiave) const {
+    return " -F none -o BatchMode=yes -o IdentitiesOnly=yes -o IdentityAgent=none -o GlobalKnownHostsFile=none"
+           " -o StrictHostKeyChecking=yes -o UserKnownHostsFile='" +
+           server.Noti().string() + "' -i '" + chiave.string() + "'";
+  }
+  static Esito Esegui(const std::string& riga) {
+    std::FILE* tubo = ::popen((riga + " 2>/dev/null").c_str(), "r");
     Esito esito;
     std::array<char, 256> pezzo{};
     while (const auto letti = std::fread(pezzo.data(), 1, pezzo.size(), tubo)) {
@@ -37,9 +53,10 @@ class Server : public testing::Test {
   }
 
   /// The cases may run side by side.
-  static std::filesystem::path Cartella() {
-    return std::filesystem::path(LUMOSCAD_CARTELLA_PROVE) /
-           testing::UnitTest::GetInstance()->current_test_info()->name();
+  static fs::path Cartella() {
+    auto nome = std::string(testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::replace(nome.begin(), nome.end(), '/', '_');
+    return fs::path(LUMOSCAD_CARTELLA_PROVE) / nome;
   }
 
   ServerSsh server{Cartella(), {"ed25519", {"A=uno due", "B=tre"}, "internal-sftp", {}}};
@@ -68,6 +85,52 @@ TEST_F(Server, StopsAndStartsOnTheSamePort) {
   server.Riavvia();
   EXPECT_EQ(Ssh("echo dentro", server.Chiave()).uscita, "dentro\n");
 }
+
+class Radice : public Server {
+ protected:
+  Radice() {
+    fs::create_directories(radice / "tmp");
+    std::ofstream(locale) << std::string(200000, 'x');
+    Configura("");
+  }
+  void Configura(const std::string& opzioni) {
+    server.Cambia({"ed25519", {}, "'" LUMOSCAD_SFTP_RADICE "' " + opzioni + " '" + radice.string() + "'", {}});
+  }
+
+  fs::path radice = server.Cartella() / "radice";
+  fs::path locale = server.Cartella() / "locale";
+  std::string put = "put " + locale.string() + " /tmp/nome";
+};
+
+TEST_F(Radice, IsTheRootOfTheHost) {
+  EXPECT_EQ(Sftp(put + "\nrename /tmp/nome /tmp/altro\nput " + locale.string() + " /tmp/terzo\nrm /tmp/terzo").stato,
+            0);
+  EXPECT_EQ(fs::file_size(radice / "tmp/altro"), 200000U);
+  EXPECT_FALSE(fs::exists(radice / "tmp/nome") || fs::exists(radice / "tmp/terzo"));
+}
+
+TEST_F(Radice, IsFullWhereItIsTold) {
+  Configura("-f 100000");
+  EXPECT_NE(Sftp(put).stato, 0);
+  EXPECT_EQ(fs::file_size(radice / "tmp/nome"), 100000U);
+}
+
+class RadiceFerma : public Radice, public testing::WithParamInterface<const char*> {};
+
+TEST_P(RadiceFerma, StandsStillBeforeOrAfterARequest) {
+  std::ofstream(radice / "tmp/nome") << "a";
+  std::ofstream(server.Cartella() / "ordine") << "rinomina " << GetParam();
+  Configura("-o '" + server.Cartella().string() + "'");
+  std::thread cliente([this] { EXPECT_NE(Sftp("rename /tmp/nome /tmp/altro").stato, 0); });
+  while (!fs::exists(server.Cartella() / "fermo")) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  server.TroncaSessioni();
+  cliente.join();
+  EXPECT_EQ(fs::exists(radice / "tmp/altro"), GetParam() == std::string("dopo"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Momenti, RadiceFerma, testing::Values("prima", "dopo"));
 
 } // namespace
 } // namespace lumoscad::prova
