@@ -1,4 +1,5 @@
 #include "AdoFixture.hpp"
+#include "support/OdbcSqlite.hpp"
 
 #include <gmock/gmock.h>
 
@@ -28,7 +29,7 @@ std::ptrdiff_t openFiles() {
 }
 
 TEST(AdoSqlite, HoldsNeitherMemoryNorFilesAfterManyConnections) {
-  const test::OdbcSqlite database(schema);
+  const test::OdbcSqlite database(schema(test::databaseContext("sqlite")));
   [[maybe_unused]] long memory = 0;
   std::ptrdiff_t files = 0;
   for (int i = 0; i < 1000; ++i) {
@@ -78,9 +79,8 @@ TEST(AdoConnection, NamesAnUnknownDataSourceAndNeverThePassword) {
 class AdoPostgres : public testing::Test {
  protected:
   void SetUp() override {
-    if (!test::PostgresServer::available())
-      GTEST_SKIP() << "PostgreSQL or its ODBC driver is not installed";
-    source_ = postgres().createDatabase("solo" + std::to_string(++databases_), schema);
+    source_ = test::postgres().createDatabase("solo" + std::to_string(++databases_),
+                                              schema(test::databaseContext("postgres")));
   }
 
   static inline int databases_ = 0;
@@ -89,7 +89,7 @@ class AdoPostgres : public testing::Test {
 
 TEST_F(AdoPostgres, ReportsAWrongPasswordWithoutTellingIt) {
   Connection connection;
-  connection.ConnectionString = test::connectionText(source_, postgres().user(), "sbagliatissima");
+  connection.ConnectionString = test::connectionText(source_, test::postgres().user(), "sbagliatissima");
   try {
     connection.Open();
     FAIL() << "opened";
@@ -103,7 +103,8 @@ TEST_F(AdoPostgres, CarriesAPasswordWithEverySpecialCharacter) {
   int roles = 0;
   for (const std::string password : {"a=b{c!@,?*()[d", "a}b", "a}}b", "}", "a;b}c", "p%41", "a+b", "è"}) {
     const std::string role = "strano" + std::to_string(++roles);
-    test::runScript(postgres().connectionText(source_), "CREATE ROLE " + role + " LOGIN PASSWORD '" + password + "'");
+    test::runScript(test::postgres().connectionText(source_),
+                    "CREATE ROLE " + role + " LOGIN PASSWORD '" + password + "'");
     Connection connection;
     connection.ConnectionString = test::connectionText(source_, role, '"' + password + '"');
     EXPECT_NO_THROW(connection.Open()) << password;
@@ -112,11 +113,11 @@ TEST_F(AdoPostgres, CarriesAPasswordWithEverySpecialCharacter) {
 
 TEST_F(AdoPostgres, RaisesWhenTheServerIsLostBeforeACommit) {
   Connection connection;
-  connection.ConnectionString = postgres().connectionText(source_);
+  connection.ConnectionString = test::postgres().connectionText(source_);
   connection.Open();
   connection.BeginTrans();
   connection.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
-  postgres().dropConnections(source_);
+  test::postgres().dropConnections(source_);
   try {
     connection.CommitTrans();
     FAIL() << "committed on a dead connection";
@@ -129,7 +130,7 @@ TEST_F(AdoPostgres, RaisesWhenTheServerIsLostBeforeACommit) {
 
 TEST_F(AdoPostgres, NeverReportsASpoiledTransactionAsCommitted) {
   Connection connection;
-  connection.ConnectionString = postgres().connectionText(source_);
+  connection.ConnectionString = test::postgres().connectionText(source_);
   connection.Open();
   connection.BeginTrans();
   connection.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
@@ -148,7 +149,7 @@ TEST_F(AdoPostgres, NeverReportsASpoiledTransactionAsCommitted) {
 
 TEST_F(AdoPostgres, NumbersAViolatedConstraint) {
   Connection connection;
-  connection.ConnectionString = postgres().connectionText(source_);
+  connection.ConnectionString = test::postgres().connectionText(source_);
   connection.Open();
   try {
     connection.Execute("INSERT INTO EVENTI (CHIAVE,GRUPPO) VALUES (1,1)");

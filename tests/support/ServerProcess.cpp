@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <netinet/in.h>
@@ -35,8 +36,12 @@ std::vector<std::string> asUser(const std::string& user, int endSignal) {
   const passwd* owner = getpwnam(user.c_str());
   if (owner == nullptr)
     throw std::runtime_error("no such user: " + user);
-  return {"/usr/bin/setpriv", "--reuid=" + std::to_string(owner->pw_uid), "--regid=" + std::to_string(owner->pw_gid),
-          "--clear-groups",   "--pdeathsig=" + std::to_string(endSignal), "--"};
+  return {"/usr/bin/setpriv",
+          "--reuid=" + std::to_string(owner->pw_uid),
+          "--regid=" + std::to_string(owner->pw_gid),
+          "--clear-groups",
+          std::string("--pdeathsig=") + sigabbrev_np(endSignal),
+          "--"};
 }
 
 /// True when every directory on the way can be entered by everybody.

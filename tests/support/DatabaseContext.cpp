@@ -1,0 +1,170 @@
+#include "support/DatabaseContext.hpp"
+
+#include "support/Db2Context.hpp"
+#include "support/OdbcSqlite.hpp"
+
+#include <stdexcept>
+
+namespace lumoscad::test {
+
+namespace {
+
+constexpr int driverFailure = -2147467259;
+constexpr int badStatement = -2147217900;
+constexpr int noSuchTable = -2147217865;
+constexpr int violated = -2147217873;
+constexpr int outOfRange = -2147217833;
+
+class SqliteContext final : public DatabaseContext {
+ public:
+  std::unique_ptr<TestDatabase> create(const std::string& script) override {
+    auto database = std::make_unique<File>(script);
+    database->source = database->file.source();
+    database->schema = "main";
+    return database;
+  }
+  const Quirks& quirks() const noexcept override {
+    static const Quirks all{.fixedText = FixedText::AsStored,
+                            .blanksAtTheEndCount = true,
+                            .keepsScale = false,
+                            .twoWriters = false,
+                            .accounts = false,
+                            .missingTable = driverFailure,
+                            .missingColumn = driverFailure,
+                            .syntax = driverFailure,
+                            .duplicateKey = driverFailure};
+    return all;
+  }
+  std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+                                        const std::string& message) const override {
+    return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " WHEN " + condition + " BEGIN SELECT RAISE(ABORT,'" +
+            message + "'); END"};
+  }
+
+ private:
+  struct File final : TestDatabase {
+    explicit File(const std::string& script) : file(script) {}
+    OdbcSqlite file;
+  };
+};
+
+class PostgresContext final : public DatabaseContext {
+ public:
+  std::unique_ptr<TestDatabase> create(const std::string& script) override {
+    auto database = std::make_unique<TestDatabase>();
+    database->source = postgres().createDatabase("base" + std::to_string(++databases_), script);
+    database->user = postgres().user();
+    database->password = postgres().password();
+    database->schema = "public";
+    return database;
+  }
+  const Quirks& quirks() const noexcept override {
+    static const Quirks all{.fixedText = FixedText::Padded,
+                            .blanksAtTheEndCount = true,
+                            .lowersNames = true,
+                            .missingTable = noSuchTable,
+                            .missingColumn = driverFailure,
+                            .syntax = badStatement,
+                            .duplicateKey = violated,
+                            .tooLong = outOfRange};
+    return all;
+  }
+  std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+                                        const std::string& message) const override {
+    return {"CREATE FUNCTION FERMA() RETURNS TRIGGER LANGUAGE plpgsql AS 'BEGIN RAISE EXCEPTION ''" + message +
+                "''; END'",
+            "CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW WHEN (" + condition +
+                ") EXECUTE FUNCTION FERMA()"};
+  }
+  void dropConnections(const TestDatabase& database) const override { postgres().dropConnections(database.source); }
+
+ private:
+  int databases_ = 0;
+};
+
+class MariaDbContext final : public DatabaseContext {
+ public:
+  std::unique_ptr<TestDatabase> create(const std::string& script) override {
+    auto database = std::make_unique<TestDatabase>();
+    database->schema = "base" + std::to_string(++databases_);
+    database->source = mariaDb().createDatabase(database->schema, script);
+    database->user = mariaDb().user();
+    database->password = mariaDb().password();
+    return database;
+  }
+  const Quirks& quirks() const noexcept override {
+    static const Quirks all{.fixedText = FixedText::Trimmed,
+                            .tableNamesByCase = true,
+                            .rollsBackTables = false,
+                            .missingTable = noSuchTable,
+                            .missingColumn = driverFailure,
+                            .syntax = badStatement,
+                            .duplicateKey = violated,
+                            .tooLong = outOfRange};
+    return all;
+  }
+  std::string longText() const override { return "LONGTEXT"; }
+  std::string asText(const std::string& expression) const override { return "CAST(" + expression + " AS CHAR)"; }
+  std::string joined(const std::string& left, const std::string& right) const override {
+    return "CONCAT(" + left + "," + right + ")";
+  }
+  std::string dropIndex(const std::string& index, const std::string& table) const override {
+    return "DROP INDEX " + index + " ON " + table;
+  }
+  std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+                                        const std::string& message) const override {
+    return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW IF " + condition +
+            " THEN SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT='" + message + "'; END IF"};
+  }
+  void dropConnections(const TestDatabase& database) const override { mariaDb().dropConnections(database.source); }
+
+ private:
+  int databases_ = 0;
+};
+
+} // namespace
+
+void DatabaseContext::dropConnections(const TestDatabase& /*database*/) const {
+  throw std::logic_error("no server whose connections could be dropped");
+}
+
+std::vector<const char*> databaseKinds() {
+  std::vector<const char*> kinds{"sqlite", "postgres", "mariadb"};
+  if (Db2Context::named())
+    kinds.push_back("db2");
+  return kinds;
+}
+
+std::vector<const char*> databaseKindsWithWriters() {
+  std::vector<const char*> kinds = databaseKinds();
+  kinds.erase(kinds.begin());
+  return kinds;
+}
+
+DatabaseContext& databaseContext(std::string_view kind) {
+  static SqliteContext sqlite;
+  static PostgresContext postgres;
+  static MariaDbContext mariaDb;
+  if (kind == "sqlite")
+    return sqlite;
+  if (kind == "postgres")
+    return postgres;
+  if (kind == "mariadb")
+    return mariaDb;
+  static Db2Context db2;
+  if (kind == "db2")
+    return db2;
+  throw std::invalid_argument("no such kind of database: " + std::string(kind));
+}
+
+PostgresServer& postgres() {
+  static PostgresServer server(serverDirectory("postgres"));
+  return server;
+}
+
+MariaDbServer& mariaDb() {
+  static MariaDbServer server(serverDirectory("mariadb"));
+  return server;
+}
+
+} // namespace lumoscad::test

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "support/MariaDbServer.hpp"
+#include "support/PostgresServer.hpp"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::test {
+
+/// One database made for a test; it goes with the object.
+class TestDatabase {
+ public:
+  TestDatabase() = default;
+  TestDatabase(const TestDatabase&) = delete;
+  TestDatabase& operator=(const TestDatabase&) = delete;
+  virtual ~TestDatabase() = default;
+
+  std::string source; ///< data source name
+  std::string user;
+  std::string password;
+  std::string schema; ///< what may stand before a table's name
+
+  [[nodiscard]] std::string connectionText() const { return test::connectionText(source, user, password); }
+};
+
+/// How a CHAR column's value comes back.
+enum class FixedText {
+  AsStored, ///< as it was written, whatever the length declared
+  Padded,   ///< filled with blanks to the length declared
+  Trimmed   ///< without any blank at its end
+};
+
+/// What the databases do differently, all within what the tables' owner may expect.
+struct Quirks {
+  FixedText fixedText = FixedText::Padded;
+  bool blanksAtTheEndCount = false; ///< VARCHAR: 'A' and 'A ' are two values
+  bool keepsScale = true;           ///< DECIMAL(15,2): "100.10", not "100.1"
+  bool lowersNames = false;         ///< column names come back in lower case
+  bool tableNamesByCase = false;    ///< a table is found by its name as it was created alone
+  bool rollsBackTables = true;      ///< CREATE TABLE belongs to the transaction
+  bool twoWriters = true;           ///< a row can be changed while another transaction reads its table
+  bool accounts = true;             ///< a connection needs a user and the right password
+  int missingTable = 0;             ///< the error numbers, by the driver's SQLSTATE
+  int missingColumn = 0;
+  int syntax = 0;
+  int duplicateKey = 0;
+  int tooLong = 0; ///< 0: the column takes it
+};
+
+/// A kind of database: creates databases and answers for what is different in them.
+class DatabaseContext {
+ public:
+  DatabaseContext() = default;
+  DatabaseContext(const DatabaseContext&) = delete;
+  DatabaseContext& operator=(const DatabaseContext&) = delete;
+  virtual ~DatabaseContext() = default;
+
+  /// A new database after the statements of `script`.
+  [[nodiscard]] virtual std::unique_ptr<TestDatabase> create(const std::string& script) = 0;
+  [[nodiscard]] virtual const Quirks& quirks() const noexcept = 0;
+  /// The type of a column that holds a text of any length.
+  [[nodiscard]] virtual std::string longText() const { return "TEXT"; }
+  /// The text of an expression as a text of any length.
+  [[nodiscard]] virtual std::string asText(const std::string& expression) const {
+    return "CAST(" + expression + " AS VARCHAR)";
+  }
+  [[nodiscard]] virtual std::string joined(const std::string& left, const std::string& right) const {
+    return left + " || " + right;
+  }
+  [[nodiscard]] virtual std::string dropIndex(const std::string& index, const std::string& /*table*/) const {
+    return "DROP INDEX " + index;
+  }
+  /// The statements after which an UPDATE of a row of `table` that meets `condition` fails and says `message`; in
+  /// the condition OLD is the row.
+  [[nodiscard]] virtual std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+                                                              const std::string& message) const = 0;
+  /// Ends every connection to the database but the caller's, as a failure of the server would. Raises where there is
+  /// no server.
+  virtual void dropConnections(const TestDatabase& database) const;
+};
+
+/// The kinds of databases to test on: "sqlite", "postgres", "mariadb", and "db2" where the environment names one.
+[[nodiscard]] std::vector<const char*> databaseKinds();
+/// Those of them in which two terminals can write at once.
+[[nodiscard]] std::vector<const char*> databaseKindsWithWriters();
+
+/// The context of a kind; a server is started on its first use and ends with the process.
+[[nodiscard]] DatabaseContext& databaseContext(std::string_view kind);
+
+/// The one PostgreSQL server of the process.
+[[nodiscard]] PostgresServer& postgres();
+/// The one MariaDB server of the process.
+[[nodiscard]] MariaDbServer& mariaDb();
+
+} // namespace lumoscad::test
