@@ -1,0 +1,323 @@
+#include "ScadenzarioDiProva.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr int Tab = 9;
+constexpr int Invio = 13;
+
+class ItemDateEditor : public prova::ScadenzarioDiProva {};
+class ItemTicks : public prova::ScadenzarioDiProva {};
+class TopDate : public prova::ScadenzarioDiProva {};
+class SelectAll : public prova::ScadenzarioDiProva {};
+
+TEST_F(ItemDateEditor, OpensOverTheNewDateOfTheClickedRow) {
+  form.Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
+  Clic(1);
+  const EditorCella& editor = form.Stato().data;
+  EXPECT_TRUE(editor.visibile);
+  EXPECT_EQ(editor.testo, "05/05/2006");
+  EXPECT_EQ(editor.alto, 30 + 30 + 240);
+  EXPECT_EQ(editor.sinistra, 30 + 30 + 420 + 1800 + 1800 + 1950 + 60);
+  EXPECT_EQ(editor.larghezza, 1950 - 60);
+}
+
+TEST_F(ItemDateEditor, WritesTheNormalisedDateOnEnter) {
+  ScriviData(1, "150606");
+  form.TextScad_KeyPress(Invio);
+  EXPECT_FALSE(form.Stato().data.visibile);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "15/06/2006", ""));
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+}
+
+TEST_F(ItemDateEditor, StaysOpenOnEveryOtherKeyTabIncluded) {
+  ScriviData(1, "150606");
+  for (const int tasto : {Tab, 8, 10, 27, 32, 48}) {
+    form.TextScad_KeyPress(tasto);
+    EXPECT_TRUE(form.Stato().data.visibile) << tasto;
+  }
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+}
+
+TEST_F(ItemDateEditor, WritesWhenItLosesTheFocus) {
+  ScriviData(2, "15/06/06");
+  form.TextScad_LostFocus();
+  EXPECT_FALSE(form.Stato().data.visibile);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", "15/06/2006"));
+}
+
+TEST_F(ItemDateEditor, EmptiesTheNewDateWhenEmptied) {
+  form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  ScriviData(0, "");
+  form.TextScad_KeyPress(Invio);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(ItemDateEditor, ChecksABlankAsADate) {
+  form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  ScriviData(0, " ");
+  form.TextScad_KeyPress(Invio);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
+  EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Data errata: ")));
+}
+
+TEST_F(ItemDateEditor, LeavesABlankAfterARefusedDate) {
+  ScriviData(0, "31/13/06");
+  form.TextScad_KeyPress(Invio);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
+  EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
+  EXPECT_FALSE(form.Stato().data.visibile);
+}
+
+TEST_F(ItemDateEditor, WritesIntoTheFirstRowWithTheSameDueDate) {
+  form.Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
+  ScriviData(2, "150606");
+  form.TextScad_KeyPress(Invio);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
+}
+
+TEST_F(ItemDateEditor, WritesNowhereWhenNoRowHasTheTextAnyMore) {
+  ScriviData(2, "150606");
+  form.Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "altra");
+  form.TextScad_KeyPress(Invio);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+  EXPECT_FALSE(form.Stato().data.visibile);
+}
+
+TEST_F(ItemDateEditor, WritesOneRowWhenAnotherIsClicked) {
+  ScriviData(0, "150606");
+  Clic(1);
+  EXPECT_TRUE(form.Stato().data.visibile);
+  EXPECT_EQ(form.Stato().data.testo, "");
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
+}
+
+TEST_F(ItemDateEditor, WritesOnceHoweverOftenItIsClosed) {
+  ScriviData(0, "150606");
+  form.TogliTextScad();
+  form.TextScad_Change("160606");
+  form.TogliTextScad();
+  form.TextScad_LostFocus();
+  form.TextScad_KeyPress(Invio);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
+}
+
+TEST_F(ItemDateEditor, WritesNothingWhenAbandoned) {
+  ScriviData(0, "150606");
+  form.AbbandonaEditor();
+  form.TextScad_LostFocus();
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+}
+
+TEST_F(ItemDateEditor, DoesNotOpenWithoutASelectedRow) {
+  form.Seleziona(-1);
+  form.LWScad_Click(0);
+  EXPECT_FALSE(form.Stato().data.visibile);
+  form.Seleziona(3);
+  form.LWScad_Click(0);
+  EXPECT_FALSE(form.Stato().data.visibile);
+}
+
+TEST_F(ItemDateEditor, CoversTheScrollBarsOnlyWhenTheRowsExceedTheList) {
+  while (form.Righe.Quante() < 12) {
+    form.Righe.Aggiungi({"30/06/2006", "", "1,00", ""});
+  }
+  Clic(0);
+  EXPECT_FALSE(form.Stato().barretteNascoste);
+  form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
+  Clic(0);
+  EXPECT_TRUE(form.Stato().barretteNascoste);
+  form.TextScad_KeyPress(Invio);
+  EXPECT_FALSE(form.Stato().barretteNascoste);
+}
+
+TEST_F(ItemTicks, CopyTheTopDateNormalised) {
+  form.TextScadenza_Change("010706");
+  form.LWScad_ItemCheck(1, true);
+  EXPECT_THAT(Spunte(), ElementsAre(false, true, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "01/07/2006", ""));
+  EXPECT_EQ(form.Stato().testoScadenza, "010706") << "the field itself is normalised when it is left";
+}
+
+TEST_F(ItemTicks, LeaveTheNewDateEmptyWithoutATopDate) {
+  for (const char* vuoto : {"", " ", "   "}) {
+    form.TextScadenza_Change(vuoto);
+    form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+    form.LWScad_ItemCheck(0, true);
+    EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
+    EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+  }
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(ItemTicks, TakenAwayEmptyTheNewDate) {
+  form.TextScadenza_Change("010706");
+  form.LWScad_ItemCheck(1, true);
+  form.LWScad_ItemCheck(1, false);
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+}
+
+TEST_F(ItemTicks, TakenAwayEmptyADateTypedIntoTheRow) {
+  ScriviData(1, "150606");
+  form.TogliTextScad();
+  form.LWScad_ItemCheck(1, false);
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+}
+
+TEST_F(ItemTicks, WithARefusedTopDateLeaveABlank) {
+  form.TextScadenza_Change("31/13/06");
+  form.LWScad_ItemCheck(0, true);
+  EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
+  EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
+}
+
+TEST_F(ItemTicks, DoNotOpenTheEditorByTheirOwnClickButTheNextClickDoes) {
+  form.Seleziona(1);
+  form.LWScad_ItemCheck(1, true);
+  form.LWScad_Click(240);
+  EXPECT_FALSE(form.Stato().data.visibile);
+  form.LWScad_Click(240);
+  EXPECT_TRUE(form.Stato().data.visibile);
+}
+
+TEST_F(ItemTicks, OfTheWindowTurnWithEveryClick) {
+  Mostra([&](FinestraScadenzario& finestra) {
+    finestra.elenco.testoScadenza("010706");
+    finestra.spunta(2);
+    EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", "01/07/2006"));
+    finestra.spunta(2);
+    EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+  });
+}
+
+TEST_F(TopDate, TypedIntoUnticksEveryRowAndLeavesTheNewDates) {
+  form.TextScadenza_Change("010706");
+  form.LWScad_ItemCheck(0, true);
+  form.LWScad_ItemCheck(2, true);
+  form.TextScadenza_Change("0107");
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("01/07/2006", "", "01/07/2006"));
+}
+
+TEST_F(TopDate, IsNormalisedWhenItIsLeft) {
+  ScriviInAlto("010706");
+  EXPECT_EQ(form.Stato().testoScadenza, "01/07/2006");
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(TopDate, LeftWithAnotherTextUnticksEveryRow) {
+  form.TextScadenza_Change("010706");
+  form.LWScad_ItemCheck(0, true);
+  form.TextScadenza_LostFocus();
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+}
+
+TEST_F(TopDate, LeftAsItWasKeepsTheTicks) {
+  ScriviInAlto("010706");
+  form.LWScad_ItemCheck(0, true);
+  form.TextScadenza_LostFocus();
+  EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
+}
+
+TEST_F(TopDate, HoldsOneBlankOnceItIsLeftEmpty) {
+  ScriviInAlto("");
+  EXPECT_EQ(form.Stato().testoScadenza, " ");
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(TopDate, HoldsOneBlankAfterARefusedDate) {
+  ScriviInAlto("31/13/06");
+  EXPECT_EQ(form.Stato().testoScadenza, " ");
+  EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
+}
+
+TEST_F(SelectAll, AsksForADateWhenTheTopFieldHoldsExactlyOneBlank) {
+  form.TextScadenza_Change(" ");
+  form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.PicSelezionaTutto_Click();
+  EXPECT_THAT(banco.desktop.box, ElementsAre("Inserisci una scadenza"));
+  EXPECT_THAT(banco.desktop.titoli, ElementsAre("LumoScad"));
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("05/05/2006", "", ""));
+  EXPECT_FALSE(form.SelezionaTutto());
+  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Seleziona tutto");
+}
+
+TEST_F(SelectAll, AsksForADateAlsoWhenItWouldUntick) {
+  ScriviInAlto("010706");
+  form.PicSelezionaTutto_Click();
+  form.TextScadenza_Change(" ");
+  form.PicSelezionaTutto_Click();
+  EXPECT_THAT(banco.desktop.box, ElementsAre("Inserisci una scadenza"));
+  EXPECT_TRUE(form.SelezionaTutto());
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("01/07/2006", "01/07/2006", "01/07/2006"));
+}
+
+TEST_F(SelectAll, GivesEveryRowTheTopDate) {
+  ScriviInAlto("010706");
+  form.PicSelezionaTutto_Click();
+  EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("01/07/2006", "01/07/2006", "01/07/2006"));
+  EXPECT_TRUE(form.SelezionaTutto());
+  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Seleziona tutto");
+}
+
+TEST_F(SelectAll, TicksWithAnEmptyDateWhileTheTopFieldIsEmptyOrHoldsTwoBlanks) {
+  for (const char* vuoto : {"", "  "}) {
+    form.TextScadenza_Change(vuoto);
+    form.Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
+    form.PicSelezionaTutto_Click();
+    EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
+    EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+    form.PicSelezionaTutto_Click();
+  }
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(SelectAll, ASecondTimeUnticksEveryRowAndEmptiesTheNewDates) {
+  ScriviInAlto("010706");
+  form.PicSelezionaTutto_Click();
+  ScriviData(1, "150606");
+  form.TogliTextScad();
+  form.PicSelezionaTutto_Click();
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+  EXPECT_FALSE(form.SelezionaTutto());
+  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Deseleziona tutto");
+}
+
+TEST_F(SelectAll, AThirdTimeTicksAgain) {
+  ScriviInAlto("010706");
+  for (int volta = 0; volta < 3; ++volta) {
+    form.PicSelezionaTutto_Click();
+  }
+  EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
+  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Seleziona tutto");
+}
+
+TEST_F(SelectAll, RemembersItsStateWhenTheTopDateUntickedTheRows) {
+  ScriviInAlto("010706");
+  form.PicSelezionaTutto_Click();
+  ScriviInAlto("020706");
+  EXPECT_TRUE(form.SelezionaTutto());
+  form.PicSelezionaTutto_Click();
+  EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
+  EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
+}
+
+TEST_F(SelectAll, DoesNotMakeTheNextClickOnARowCountForNothing) {
+  ScriviInAlto("010706");
+  form.PicSelezionaTutto_Click();
+  Clic(0);
+  EXPECT_TRUE(form.Stato().data.visibile);
+}
+
+} // namespace
+} // namespace lumoscad
