@@ -3,6 +3,7 @@
 #include "Figlio.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/OdbcConfiguration.hpp"
+#include "support/ServerSsh.hpp"
 
 #include <algorithm>
 #include <array>
@@ -113,18 +114,59 @@ void ScriviProgramma(const fs::path& file, std::string_view corpo) {
   fs::permissions(file, fs::perms::owner_all);
 }
 
-Dimostrazione::Dimostrazione() : base_(CartellaNuova()) {
+std::string NomeTrasporto(Trasporto trasporto) {
+  return trasporto == Trasporto::Ssh ? "ssh" : "cartella";
+}
+
+Dimostrazione::Dimostrazione(Trasporto trasporto) : base_(CartellaNuova()) {
   if (!Comando({LUMOSCAD_PREPARA, base_.string()},
                {"LUMOSCAD_BIN=" LUMOSCAD_PROGRAMMI, "LUMOSCAD_DATA=" + std::string(Giorno)})) {
     throw std::runtime_error("the demonstration cannot be prepared");
   }
   sorgente_ = AggiungiSorgente(BaseDati());
+  if (trasporto == Trasporto::Ssh) {
+    AvviaSsh();
+  }
 }
 
 Dimostrazione::~Dimostrazione() {
+  ssh_.reset();
   std::error_code ignorato;
   fs::permissions(Tmp(), fs::perms::owner_all, ignorato);
   fs::remove_all(base_, ignorato);
+}
+
+void Dimostrazione::AvviaSsh() {
+  ssh_ = std::make_unique<ServerSsh>(base_ / "ssh");
+  ConfiguraRadice("");
+  std::ofstream file(base_ / "ambiente.sh", std::ios::app);
+  for (const auto& voce : Ambiente()) {
+    const auto segno = voce.find('=');
+    file << "export " << voce.substr(0, segno + 1) << "'" << voce.substr(segno + 1) << "'\n";
+  }
+}
+
+void Dimostrazione::ConfiguraRadice(const std::string& opzioni) const {
+  ServerSsh::Opzioni nuove;
+  nuove.ambiente = {"NEXARO_RADICE=" + Host().string()};
+  nuove.sftp = "'" LUMOSCAD_SFTP_RADICE "' " + opzioni + " '" + Host().string() + "'";
+  ssh_->Cambia(nuove);
+}
+
+std::string Dimostrazione::Indirizzo() const {
+  return ssh_ ? ServerSsh::Indirizzo() : "10.0.0.1";
+}
+
+std::vector<std::string> Dimostrazione::Ambiente(int porta) const {
+  std::vector<std::string> ambiente{"NEXARO_POSTAZIONE=T01", "NEXARO_CARTELLA_LOCALE=" + Locale().string()};
+  const auto collegamento =
+      ssh_ ? ssh_->Ambiente(porta)
+           : std::vector<std::string>{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string()};
+  ambiente.insert(ambiente.end(), collegamento.begin(), collegamento.end());
+  if (ssh_) {
+    ambiente.push_back("NEXARO_PROGRAMMI=" + (Host() / "programmi").string());
+  }
+  return ambiente;
 }
 
 std::string Dimostrazione::Connessione() const {

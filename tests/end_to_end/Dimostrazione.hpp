@@ -2,11 +2,14 @@
 
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace lumoscad::prova {
+
+class ServerSsh;
 
 using Righe = std::vector<std::string>;
 
@@ -29,14 +32,21 @@ void Scrivi(const std::filesystem::path& file, std::string_view contenuto);
 /// Writes a shell script that can be run.
 void ScriviProgramma(const std::filesystem::path& file, std::string_view corpo);
 
+/// How the component reaches the demonstration's host: as a directory, or over the network.
+enum class Trasporto { Cartella, Ssh };
+
+/// The name of a transport, as a test's parameter is shown.
+[[nodiscard]] std::string NomeTrasporto(Trasporto trasporto);
+
 /// A demonstration in a directory of its own below the build directory: about 400 instalments around 5 March 2026 in
-/// SQLite, the host directory with the back end, the settings. It goes with the object.
+/// SQLite, the host directory with the back end, the settings. It goes with the object. Over SSH the host is a server
+/// of its own, whose root is the host directory.
 class Dimostrazione {
  public:
   /// The day around which the due dates fall.
   static constexpr std::string_view Giorno = "2026-03-05";
 
-  Dimostrazione();
+  explicit Dimostrazione(Trasporto trasporto = Trasporto::Cartella);
   Dimostrazione(const Dimostrazione&) = delete;
   Dimostrazione& operator=(const Dimostrazione&) = delete;
   ~Dimostrazione();
@@ -48,6 +58,15 @@ class Dimostrazione {
   [[nodiscard]] std::filesystem::path VB0001() const { return base_ / "host/programmi/VB0001"; }
   [[nodiscard]] std::filesystem::path Registro() const { return base_ / "host/registro/VB0001.log"; }
   [[nodiscard]] std::filesystem::path Locale() const { return base_ / "locale"; }
+  /// The host's address for the command line.
+  [[nodiscard]] std::string Indirizzo() const;
+  /// The host's server, where there is one.
+  [[nodiscard]] ServerSsh& Ssh() const { return *ssh_; }
+  /// The settings of a component that is to reach the host, "NAME=value"; over SSH through another port of the
+  /// loopback address, where one is given. A program that is started with ambiente.sh has them already.
+  [[nodiscard]] std::vector<std::string> Ambiente(int porta = 0) const;
+  /// Over SSH, the further options of the subsystem that plays the host's root (see sftp_radice).
+  void ConfiguraRadice(const std::string& opzioni) const;
   /// The database's data source and connection text in the test's own ODBC configuration.
   [[nodiscard]] const std::string& Sorgente() const noexcept { return sorgente_; }
   [[nodiscard]] std::string Connessione() const;
@@ -57,8 +76,11 @@ class Dimostrazione {
   [[nodiscard]] Fotografia StatoDopo(std::string_view istruzioni) const;
 
  private:
+  void AvviaSsh();
+
   std::filesystem::path base_;
   std::string sorgente_;
+  std::unique_ptr<ServerSsh> ssh_;
 };
 
 } // namespace lumoscad::prova
