@@ -123,8 +123,9 @@ TEST_F(AdoPostgres, RaisesWhenTheServerIsLostBeforeACommit) {
     FAIL() << "committed on a dead connection";
   } catch (const ErroreRuntime& error) {
     EXPECT_EQ(error.Numero(), errori::Driver);
-    EXPECT_THAT(error.Descrizione(), HasSubstr("esito è sconosciuto"));
+    EXPECT_THAT(error.Descrizione(), HasSubstr("terminating connection"));
   }
+  EXPECT_EQ(connection.Esito(), EsitoTransazione::NonApplicata);
   EXPECT_NO_THROW(connection.Close());
 }
 

@@ -16,6 +16,13 @@ enum class LockType { ReadOnly = 1, Optimistic = 3 };
 enum class CommandType { Text = 1 };
 enum class State { Closed = 0, Open = 1 };
 
+/// What became of a connection's last transaction.
+enum class EsitoTransazione {
+  NonApplicata, ///< the database holds nothing of it; also before the first and while one is open
+  Applicata,    ///< the server answered its COMMIT, and the connection lived to tell
+  Sconosciuta   ///< its COMMIT was sent, and no answer to trust came back: the database holds all of it or nothing
+};
+
 class Command;
 class Recordset;
 
@@ -30,14 +37,20 @@ class Connection {
 
   std::string ConnectionString; ///< see ConnectionText.hpp for its grammar
   lumoscad::ado::CursorLocation CursorLocation = CursorLocation::Client;
+  /// Seconds that a statement may take, its wait for another terminal's locks included; unset, it is the setting
+  /// `LUMOSCAD_ATTESA_SQL` of the environment, or else 60.
+  std::optional<int> CommandTimeout;
 
   /// Opens the connection by `ConnectionString`. No message of a failure holds the password.
   void Open();
   [[nodiscard]] lumoscad::ado::State State() const noexcept;
   void Close();
   void BeginTrans();
+  /// Returns only when the changes are certainly applied; after a failure `Esito` tells what is known of them, and the
+  /// transaction is over.
   void CommitTrans();
   void RollbackTrans();
+  [[nodiscard]] EsitoTransazione Esito() const noexcept; ///< of the last transaction since the connection was opened
   /// Executes one statement without parameters and without a result; returns the rows affected, or -1 where
   /// the driver does not tell.
   std::int64_t Execute(std::string_view sql);

@@ -22,7 +22,9 @@ Connection::~Connection() {
 void Connection::Open() {
   if (impl_->session)
     throw ErroreRuntime(interno::numeri::OggettoAperto, "La connessione alla base dati è già aperta.", "ODBC");
-  impl_->session = std::make_shared<Session>(LeggiTestoConnessione(ConnectionString));
+  const auto limit = CommandTimeout ? std::chrono::seconds(*CommandTimeout) : interno::statementTimeLimit();
+  impl_->session = std::make_shared<Session>(LeggiTestoConnessione(ConnectionString), limit);
+  impl_->outcome = EsitoTransazione::NonApplicata;
 }
 
 State Connection::State() const noexcept {
@@ -32,6 +34,7 @@ State Connection::State() const noexcept {
 void Connection::Close() {
   if (!impl_->session)
     return;
+  impl_->outcome = impl_->session->outcome();
   impl_->session->close();
   impl_->session.reset();
 }
@@ -46,6 +49,10 @@ void Connection::CommitTrans() {
 
 void Connection::RollbackTrans() {
   impl_->require()->rollback();
+}
+
+EsitoTransazione Connection::Esito() const noexcept {
+  return impl_->session ? impl_->session->outcome() : impl_->outcome;
 }
 
 std::int64_t Connection::Execute(std::string_view sql) {

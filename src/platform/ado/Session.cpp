@@ -11,10 +11,6 @@ namespace lumoscad::ado::interno {
 
 namespace {
 
-constexpr const char* unknownOutcome =
-    "La connessione è caduta durante la conferma delle modifiche: l'esito è sconosciuto, verificare i dati prima di "
-    "ripetere l'operazione.";
-
 /// Keeps the library that reads the ODBC configuration loaded. SQLite's driver loads and unloads it with every
 /// connection, and what the library keeps of the configuration then leaks: 4 kB a connection without this.
 void keepConfigurationLibrary() {
@@ -34,7 +30,8 @@ SQLHANDLE environment() {
 
 } // namespace
 
-Session::Session(const ConnectionSettings& settings) : password_(settings.Password) {
+Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit)
+    : password_(settings.Password), timeLimit_(static_cast<SQLULEN>(timeLimit.count())) {
   std::string text = TestoOdbc(settings);
   connection_ = Handle<SQL_HANDLE_DBC>(environment());
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(static_cast<SQLULEN>(settings.ConnectTimeout)),
@@ -46,6 +43,7 @@ Session::Session(const ConnectionSettings& settings) : password_(settings.Passwo
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
   open_ = true;
   readCapabilities();
+  limitStatements();
 }
 
 Session::~Session() {
@@ -58,70 +56,26 @@ void Session::readCapabilities() {
       SQL_SUCCEEDED(SQLGetFunctions(connection_.get(), SQL_API_SQLDESCRIBEPARAM, &supported)) && supported == SQL_TRUE;
   std::array<char, 128> name{};
   SQLSMALLINT length = 0;
-  if (SQL_SUCCEEDED(
-          SQLGetInfo(connection_.get(), SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size()), &length)))
-    postgres_ = std::string_view(name.data()).starts_with("PostgreSQL");
+  SQLGetInfo(connection_.get(), SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size() - 1), &length);
+  dialect_ = &dialectOf(name.data());
+}
+
+void Session::limitStatements() {
+  if (dialect_->timeLimit.empty())
+    return;
+  std::string text = std::string(dialect_->timeLimit) + std::to_string(timeLimit_);
+  SQLHANDLE created = nullptr;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
+  const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
+  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)))
+    throw erroreOdbc(SQL_HANDLE_STMT, created, password_, "Limite di tempo delle istruzioni non impostato.");
 }
 
 void Session::requireOpen() const {
   if (!open_)
     throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
                         "ODBC");
-}
-
-void Session::autocommit(bool on) {
-  const SQLULEN value = on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
-  const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(value), SQL_IS_UINTEGER);
-  if (!SQL_SUCCEEDED(rc))
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
-}
-
-void Session::begin() {
-  requireOpen();
-  if (inTransaction_)
-    throw ErroreRuntime(numeri::ContestoNonValido, "Una transazione è già in corso.", "ODBC");
-  autocommit(false);
-  inTransaction_ = true;
-  statementFailed_ = false;
-}
-
-void Session::commit() {
-  requireOpen();
-  if (!inTransaction_)
-    throw ErroreRuntime(numeri::ContestoNonValido, "Conferma non consentita: nessuna transazione è in corso.", "ODBC");
-  // PostgreSQL turns the COMMIT of a spoiled transaction into a ROLLBACK and calls that a success.
-  if (postgres_ && statementFailed_ && !answers()) {
-    rollback();
-    throw ErroreRuntime(errori::Driver, "Conferma non riuscita: un'istruzione della transazione è fallita.", "ODBC");
-  }
-  endCommit(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_COMMIT));
-}
-
-void Session::endCommit(SQLRETURN rc) {
-  if (!SQL_SUCCEEDED(rc)) {
-    auto error = erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita.");
-    if (isDead()) {
-      inTransaction_ = false;
-      throw ErroreRuntime(errori::Driver, std::string(unknownOutcome) + " " + error.Descrizione(), "ODBC");
-    }
-    throw error;
-  }
-  inTransaction_ = false;
-  // A driver may report success for a COMMIT that never reached the server.
-  if (isDead() || (postgres_ && !answers()))
-    throw ErroreRuntime(errori::Driver, unknownOutcome, "ODBC");
-  autocommit(true);
-}
-
-void Session::rollback() {
-  requireOpen();
-  if (!inTransaction_)
-    throw ErroreRuntime(numeri::ContestoNonValido, "Annullamento non consentito: nessuna transazione è in corso.",
-                        "ODBC");
-  inTransaction_ = false;
-  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
-  autocommit(true);
 }
 
 void Session::close() noexcept {
@@ -136,29 +90,14 @@ void Session::close() noexcept {
   connection_.reset();
 }
 
-bool Session::isDead() const noexcept {
-  SQLUINTEGER dead = SQL_CD_FALSE;
-  const SQLRETURN rc = SQLGetConnectAttr(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
-  return SQL_SUCCEEDED(rc) && dead == SQL_CD_TRUE;
-}
-
-bool Session::answers() noexcept {
-  std::string probe = "SELECT 1";
-  SQLHANDLE statement = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &statement)))
-    return false;
-  const SQLRETURN rc =
-      SQLExecDirect(statement, reinterpret_cast<SQLCHAR*>(probe.data()), static_cast<SQLINTEGER>(probe.size()));
-  SQLFreeHandle(SQL_HANDLE_STMT, statement);
-  return SQL_SUCCEEDED(rc);
-}
-
 Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(session)) {
   session_->requireOpen();
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &created)))
     throw erroreOdbc(SQL_HANDLE_DBC, session_->handle(), session_->password(), "Istruzione SQL non allocata.");
   handle_ = Handle<SQL_HANDLE_STMT>::adopt(created);
+  // A driver that cannot do this says so here; its server is told once a connection, by its dialect.
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(session_->timeLimit()), SQL_IS_UINTEGER);
   session_->statements_.insert(this);
 }
 

@@ -3,8 +3,10 @@
 #include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/ado/ConnectionText.hpp"
+#include "platform/ado/Dialect.hpp"
 #include "platform/ado/Handles.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,12 +20,15 @@ class Statement;
 /// One open connection. Statements keep it alive, but `close` ends it at once and takes every statement with it.
 class Session {
  public:
-  explicit Session(const ConnectionSettings& settings);
+  /// `timeLimit` is how many seconds a statement may take.
+  Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
   ~Session();
 
   [[nodiscard]] bool isOpen() const noexcept { return open_; }
+  [[nodiscard]] EsitoTransazione outcome() const noexcept { return outcome_; }
+  [[nodiscard]] SQLULEN timeLimit() const noexcept { return timeLimit_; }
   [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
   [[nodiscard]] bool describesParameters() const noexcept { return describesParameters_; }
   [[nodiscard]] const std::string& password() const noexcept { return password_; }
@@ -34,18 +39,25 @@ class Session {
   void rollback();
   void close() noexcept;
 
-  /// A failed statement may have spoiled the open transaction; `commit` then looks before it trusts the driver.
+  /// A transaction with a failed statement is not what the caller meant: some servers took its earlier statements
+  /// back, others kept them. `commit` refuses it.
   void statementFailed() noexcept { statementFailed_ = inTransaction_; }
 
  private:
   friend class Statement;
 
   void requireOpen() const;
+  void requireTransaction(const char* otherwise) const;
   void autocommit(bool on);
   void readCapabilities();
+  void limitStatements();
   [[nodiscard]] bool isDead() const noexcept;
-  [[nodiscard]] bool answers() noexcept;
-  void endCommit(SQLRETURN rc);
+  [[nodiscard]] std::string serverSession() const;
+  [[nodiscard]] bool isSameServerSession() const noexcept;
+  void requireWholeTransaction();
+  void abandon() noexcept;
+  [[noreturn]] void commitFailed(const ErroreRuntime& error);
+  void confirmCommit();
 
   Handle<SQL_HANDLE_DBC> connection_;
   std::string password_;
@@ -54,7 +66,10 @@ class Session {
   bool inTransaction_ = false;
   bool statementFailed_ = false;
   bool describesParameters_ = false;
-  bool postgres_ = false;
+  EsitoTransazione outcome_ = EsitoTransazione::NonApplicata;
+  std::string serverSession_; ///< the one that the open transaction began on
+  const Dialect* dialect_ = nullptr;
+  SQLULEN timeLimit_;
 };
 
 /// One statement handle of a session; it is released early when the session is closed.
@@ -91,6 +106,7 @@ namespace lumoscad::ado {
 
 struct Connection::Impl {
   std::shared_ptr<interno::Session> session;
+  EsitoTransazione outcome = EsitoTransazione::NonApplicata; ///< of a session that was closed
 
   /// The open session; raises when the connection is closed.
   [[nodiscard]] const std::shared_ptr<interno::Session>& require() const;

@@ -1,0 +1,54 @@
+#include "platform/ado/Dialect.hpp"
+
+#include "platform/Errore.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdlib>
+#include <string>
+
+namespace lumoscad::ado::interno {
+
+namespace {
+
+constexpr std::string_view connectionId = "SELECT CONNECTION_ID()";
+
+// PostgreSQL's and DB2's drivers carry out SQL_ATTR_QUERY_TIMEOUT; MariaDB's answers that it has changed it to "none".
+constexpr std::array<Dialect, 4> dialects{{
+    {"PostgreSQL", "SELECT pg_backend_pid()", ""},
+    {"MariaDB", connectionId, "SET max_statement_time="},
+    {"MySQL", connectionId, ""},
+    // The members of the family share no function that names the connection; that it answers is known all the same.
+    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", ""},
+}};
+constexpr Dialect unknown{"", "", ""};
+
+constexpr int defaultLimit = 60;
+constexpr int oneDay = 86400;
+
+} // namespace
+
+const Dialect& dialectOf(std::string_view dbmsName) noexcept {
+  const auto* const found = std::find_if(dialects.begin(), dialects.end(),
+                                         [&](const Dialect& each) { return dbmsName.starts_with(each.name); });
+  return found == dialects.end() ? unknown : *found;
+}
+
+std::chrono::seconds statementTimeLimit() {
+  const char* const setting = std::getenv("LUMOSCAD_ATTESA_SQL");
+  const std::string_view text = setting == nullptr ? "" : setting;
+  if (text.empty())
+    return std::chrono::seconds(defaultLimit);
+  int seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto [arrived, error] = std::from_chars(text.data(), end, seconds);
+  if (error != std::errc() || arrived != end || seconds < 1 || seconds > oneDay)
+    throw ErroreRuntime(errori::Driver,
+                        "LUMOSCAD_ATTESA_SQL deve essere un numero intero di secondi, da 1 a 86400: vale «" +
+                            std::string(text) + "».",
+                        "ODBC");
+  return std::chrono::seconds(seconds);
+}
+
+} // namespace lumoscad::ado::interno

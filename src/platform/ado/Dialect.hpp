@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+#include <string_view>
+
+namespace lumoscad::ado::interno {
+
+/// What the layer must say in a server's own words, since ODBC has no call for it or the driver does not carry it out.
+struct Dialect {
+  std::string_view name;          ///< how the server's own name (SQL_DBMS_NAME) begins
+  std::string_view serverSession; ///< query of the identity of the server's side of the connection; may be empty
+  std::string_view timeLimit;     ///< statement that limits all later ones, the seconds to be appended; may be empty
+};
+
+/// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.
+[[nodiscard]] const Dialect& dialectOf(std::string_view dbmsName) noexcept;
+
+/// Seconds that a statement may take: the environment's `LUMOSCAD_ATTESA_SQL`, a whole number from 1 to 86400, or
+/// else 60. Raises when the setting is none of these.
+[[nodiscard]] std::chrono::seconds statementTimeLimit();
+
+} // namespace lumoscad::ado::interno

@@ -1,0 +1,163 @@
+#include "platform/ado/Diagnostics.hpp"
+#include "platform/ado/Session.hpp"
+
+#include <array>
+#include <utility>
+
+// How a commit's outcome becomes known. A driver's success is not enough: PostgreSQL's answers success to a COMMIT on a
+// connection that it has already seen die, because it no longer believes itself in a transaction. So the session asks
+// the server who is at the other end when the transaction begins, again right before COMMIT, and again after it:
+//
+// - No answer before COMMIT: COMMIT was not sent, the server takes the transaction back. Not applied.
+// - COMMIT refused, and the same server session still answers: the refusal came from the server. Not applied.
+// - COMMIT answered with success, and the same server session still answers: the connection never broke in between, so
+//   the success came from the server. Applied.
+// - Everything else: unknown. That includes commits which did reach the server; it never includes half of one.
+//
+// Another server session than at the beginning means that the driver has connected anew behind our back: what was
+// done on the old one is gone, what was done on the new one may have been committed statement by statement.
+
+namespace lumoscad::ado::interno {
+
+namespace {
+
+constexpr const char* unknownOutcome =
+    "La connessione è caduta mentre si confermavano le modifiche: l'esito è sconosciuto, possono essere registrate "
+    "tutte o nessuna.";
+
+/// True for a failure in which the server's own answer did not arrive.
+bool isWithoutAnswer(const std::string& description) {
+  return description.starts_with("[08") || description.starts_with("[HYT");
+}
+
+} // namespace
+
+void Session::requireTransaction(const char* otherwise) const {
+  requireOpen();
+  if (!inTransaction_)
+    throw ErroreRuntime(numeri::ContestoNonValido, otherwise, "ODBC");
+}
+
+void Session::autocommit(bool on) {
+  const SQLULEN value = on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
+  const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(value), SQL_IS_UINTEGER);
+  if (!SQL_SUCCEEDED(rc))
+    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
+}
+
+void Session::begin() {
+  requireOpen();
+  if (inTransaction_)
+    throw ErroreRuntime(numeri::ContestoNonValido, "Una transazione è già in corso.", "ODBC");
+  outcome_ = EsitoTransazione::NonApplicata;
+  autocommit(false);
+  inTransaction_ = true;
+  statementFailed_ = false;
+  try {
+    serverSession_ = serverSession();
+  } catch (...) {
+    abandon();
+    throw;
+  }
+}
+
+void Session::commit() {
+  requireTransaction("Conferma non consentita: nessuna transazione è in corso.");
+  try {
+    requireWholeTransaction();
+  } catch (...) {
+    abandon();
+    throw;
+  }
+  outcome_ = EsitoTransazione::Sconosciuta;
+  inTransaction_ = false;
+  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_COMMIT)))
+    commitFailed(erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
+  confirmCommit();
+  outcome_ = EsitoTransazione::Applicata;
+}
+
+void Session::requireWholeTransaction() {
+  if (statementFailed_)
+    throw ErroreRuntime(errori::Driver, "Conferma non eseguita: un'istruzione della transazione è fallita.", "ODBC");
+  if (serverSession() == serverSession_)
+    return;
+  outcome_ = EsitoTransazione::Sconosciuta;
+  throw ErroreRuntime(errori::Driver,
+                      "La connessione è stata interrotta e riaperta dal driver durante le modifiche: l'esito è "
+                      "sconosciuto, possono essere registrate in parte.",
+                      "ODBC");
+}
+
+void Session::commitFailed(const ErroreRuntime& error) {
+  if (isWithoutAnswer(error.Descrizione()) || isDead() || !isSameServerSession())
+    throw ErroreRuntime(errori::Driver, std::string(unknownOutcome) + "\r\n" + error.Descrizione(), "ODBC");
+  outcome_ = EsitoTransazione::NonApplicata;
+  // SQLite keeps a transaction open whose COMMIT found the file busy.
+  abandon();
+  throw error;
+}
+
+void Session::confirmCommit() {
+  try {
+    autocommit(true);
+    if (!isDead() && serverSession() == serverSession_)
+      return;
+  } catch (const ErroreRuntime& error) {
+    throw ErroreRuntime(errori::Driver, std::string(unknownOutcome) + "\r\n" + error.Descrizione(), "ODBC");
+  }
+  throw ErroreRuntime(errori::Driver, unknownOutcome, "ODBC");
+}
+
+void Session::rollback() {
+  requireTransaction("Annullamento non consentito: nessuna transazione è in corso.");
+  inTransaction_ = false;
+  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
+    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
+  autocommit(true);
+}
+
+/// Takes the transaction back as far as the connection still can; what it cannot the server does when it sees the
+/// connection go. Never back to autocommit with a transaction still open, because that would commit it.
+void Session::abandon() noexcept {
+  inTransaction_ = false;
+  if (SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
+    SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
+}
+
+bool Session::isDead() const noexcept {
+  SQLUINTEGER dead = SQL_CD_FALSE;
+  const SQLRETURN rc = SQLGetConnectAttr(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
+  return SQL_SUCCEEDED(rc) && dead == SQL_CD_TRUE;
+}
+
+/// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
+/// that cannot be asked; SQLite is the caller's own process.
+std::string Session::serverSession() const {
+  if (dialect_->serverSession.empty())
+    return {};
+  constexpr const char* noAnswer = "La base dati non risponde.";
+  SQLHANDLE created = nullptr;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, noAnswer);
+  const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
+  std::string query(dialect_->serverSession);
+  std::array<char, 64> identity{};
+  SQLLEN length = 0;
+  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
+      !SQL_SUCCEEDED(SQLFetch(created)) ||
+      !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length)))
+    throw erroreOdbc(SQL_HANDLE_STMT, created, password_, noAnswer);
+  return identity.data();
+}
+
+bool Session::isSameServerSession() const noexcept {
+  try {
+    return serverSession() == serverSession_;
+  } catch (const ErroreRuntime&) {
+    return false;
+  }
+}
+
+} // namespace lumoscad::ado::interno
