@@ -5,9 +5,48 @@
 #include "database/db2Searches.hpp"
 #include "platform/Errore.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace lumoscad::procedureLumoDB2 {
+
+namespace {
+
+/// A message box must stay readable.
+constexpr std::size_t RigheMostrate = 8;
+
+std::string Riga(const VariazioneCanalizzazione& variazione) {
+  const std::string scadenza =
+      SenzaValore(variazione.VecchiaScadenza) ? " senza scadenza" : " del " + variazione.VecchiaScadenza;
+  return "conto " + variazione.CodiceConto + " partita " + variazione.NumeroPartita + " rata " + variazione.NumeroRata +
+         scadenza;
+}
+
+std::string Riga(const VariazioneConsegna& variazione) {
+  return "conto " + variazione.CodiceConto + " documento " + variazione.Serie + "/" + variazione.Anno + "/" +
+         variazione.Numero;
+}
+
+template <typename Variazioni> std::string ElencoRighe(const Variazioni& variazioni) {
+  std::string testo;
+  for (std::size_t i = 0; i < std::min(variazioni.size(), RigheMostrate); ++i) {
+    testo += (i == 0 ? "" : "; ") + Riga(variazioni[i]);
+  }
+  if (variazioni.size() > RigheMostrate) {
+    testo += "; e altre " + std::to_string(variazioni.size() - RigheMostrate);
+  }
+  return testo;
+}
+
+} // namespace
+
+std::string Righe(const VariazioniCanalizzazione& variazioni) {
+  return ElencoRighe(variazioni);
+}
+
+std::string Righe(const VariazioniConsegna& variazioni) {
+  return ElencoRighe(variazioni);
+}
 
 std::string DataIso(const std::string& data) {
   std::string iso = Utilities::DataIsoDaTesto(data);

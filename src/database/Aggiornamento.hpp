@@ -2,9 +2,11 @@
 
 #include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
+#include "common/Variazioni.hpp"
 #include "database/moduloDatabase.hpp"
 #include "platform/ado/Ado.hpp"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +25,10 @@ namespace lumoscad::procedureLumoDB2 {
 
 /// The key as the value of an assignment, with a blank behind it: NULL for a missing key.
 [[nodiscard]] std::string ValoreChiave(const std::string& chiave);
+
+/// The list's rows as the person knows them from the screen, separated by "; ": the first eight, and how many more.
+[[nodiscard]] std::string Righe(const VariazioniCanalizzazione& variazioni);
+[[nodiscard]] std::string Righe(const VariazioniConsegna& variazioni);
 
 /// One confirmation being written: the connection, and the statements of the current record for its error text.
 class Aggiornamento {
@@ -56,8 +62,9 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     return "";
   }
   std::string istruzioni;
+  std::unique_ptr<ado::Connection> connection;
   try {
-    const auto connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
+    connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
     moduloDatabase::Transazione transazione(*connection);
     Aggiornamento aggiornamento(*connection);
     try {
@@ -72,7 +79,8 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     }
     return "";
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente()) + "\r\n" + istruzioni;
+    msg.Errore = moduloDatabase::TestoErroreDopoHost(ErroreCorrente(), connection.get(), Righe(variazioni)) + "\r\n" +
+                 istruzioni;
     return "error";
   }
 }

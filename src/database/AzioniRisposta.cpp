@@ -1,10 +1,20 @@
 #include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
+#include "database/ProceduraDB2.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "platform/Errore.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
+
+std::string NomePartita(const std::vector<std::string>& parametri) {
+  return "partita " + Elemento(parametri, 3) + " del conto " + Elemento(parametri, 2);
+}
+
+std::string NomeDocumento(const std::vector<std::string>& parametri) {
+  return "documento " + Elemento(parametri, 2) + "/" + Elemento(parametri, 3) + "/" + Elemento(parametri, 4) +
+         " dell'azienda " + Elemento(parametri, 0);
+}
 
 std::string EseguiAzioneDB2(const std::vector<std::string>& parametri, MsgAnnulla* msg) {
   if (msg != nullptr && MaggioreDiSpazio(msg->Errore)) {

@@ -59,7 +59,7 @@ std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, Msg
   if (parametri.size() <= PrimoGruppo) {
     return "";
   }
-  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, NomePartita(parametri), [&](ado::Connection& connection, const auto&) {
     const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
     const auto partita = db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
     const auto spostamenti = LeggiSpostamenti(parametri);
@@ -82,7 +82,7 @@ std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, M
   if (parametri.size() <= PrimoGruppo) {
     return "";
   }
-  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, NomeDocumento(parametri), [&](ado::Connection& connection, const auto&) {
     const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
     const auto movimento = db2Searches::CercaMovimento(connection, std::to_string(azienda), "X", Elemento(parametri, 3),
                                                        Elemento(parametri, 2), Elemento(parametri, 4));

@@ -71,6 +71,24 @@ std::string TestoErrore(const ErroreRuntime& errore) {
   return "ERRORE: " + std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
 }
 
+std::string TestoErroreDopoHost(const ErroreRuntime& errore, const ado::Connection* connection,
+                                std::string_view daControllare) {
+  std::string testo = TestoErrore(errore);
+  if (errore.Sorgente() != "ODBC") {
+    return testo;
+  }
+  const auto esito = connection != nullptr ? connection->Esito() : ado::EsitoTransazione::NonApplicata;
+  if (esito == ado::EsitoTransazione::NonApplicata) {
+    testo += "\r\nL'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: ";
+  } else if (esito == ado::EsitoTransazione::Sconosciuta) {
+    testo += "\r\nL'host ha già accettato la modifica; non si sa se la base dati l'ha registrata. Da controllare "
+             "prima di ripeterla: ";
+  } else {
+    testo += "\r\nL'host e la base dati hanno registrato la modifica: ";
+  }
+  return testo.append(daControllare) + ".";
+}
+
 Transazione::Transazione(ado::Connection& connection) : connection_(&connection) {
   connection.BeginTrans();
 }

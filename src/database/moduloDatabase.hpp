@@ -39,6 +39,12 @@ void ChiudiRecordset(ado::Recordset& recordset) noexcept;
 /// "ERRORE: ", the failure's number, CR LF, and what it says.
 [[nodiscard]] std::string TestoErrore(const ErroreRuntime& errore);
 
+/// The same for the database's side of a change that the host has already accepted. After a failure of the database
+/// it goes on with what became of the change on `connection` (none when it was not opened) and names `daControllare`,
+/// what the person must look at; the text of a failure that the component found by itself stays as it is.
+[[nodiscard]] std::string TestoErroreDopoHost(const ErroreRuntime& errore, const ado::Connection* connection,
+                                              std::string_view daControllare);
+
 /// A transaction that is rolled back unless `Conferma` was reached.
 class Transazione {
  public:

@@ -1,5 +1,7 @@
 #include "platform/ado/Diagnostics.hpp"
 
+#include "platform/ado/Advice.hpp"
+
 #include <algorithm>
 #include <array>
 
@@ -32,17 +34,17 @@ constexpr char folded(char c) noexcept {
 
 struct Record {
   std::string state;
+  SQLINTEGER native = 0;
   std::string text;
 };
 
 bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT index, Record& record) {
   std::array<SQLCHAR, 6> state{};
-  SQLINTEGER native = 0;
   SQLSMALLINT length = 0;
   std::string text(1024, '\0');
   for (;;) {
     const auto capacity = static_cast<SQLSMALLINT>(text.size());
-    const SQLRETURN rc = SQLGetDiagRec(kind, handle, index, state.data(), &native,
+    const SQLRETURN rc = SQLGetDiagRec(kind, handle, index, state.data(), &record.native,
                                        reinterpret_cast<SQLCHAR*>(text.data()), capacity, &length);
     if (!SQL_SUCCEEDED(rc))
       return false;
@@ -86,6 +88,7 @@ std::string senzaPassword(std::string text, std::string_view password) {
 ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context) {
   std::string description;
   int number = errori::Driver;
+  std::string_view advice;
   Record record;
   for (SQLSMALLINT index = 1; index < 100 && readRecord(kind, handle, index, record); ++index) {
     if (index == 1)
@@ -93,9 +96,13 @@ ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view pa
     else
       description += "; ";
     description += '[' + record.state + "] " + senzaPassword(record.text, password);
+    if (advice.empty())
+      advice = adviceFor(record.state, record.native, record.text);
   }
   if (description.empty())
     description = context;
+  if (!advice.empty())
+    description.append("\r\n").append(advice);
   return {number, std::move(description), "ODBC"};
 }
 

@@ -26,8 +26,9 @@ inline constexpr int ModificaConcorrente = -2147217864; ///< the row is no longe
 /// password may have been used as a schema name.
 [[nodiscard]] std::string senzaPassword(std::string text, std::string_view password);
 
-/// All diagnostic records of a handle as one error, numbered by the first record; `context` describes the failure
-/// where the driver left no record. The password occurs in no part of it.
+/// All diagnostic records of a handle as one error, numbered by the first record, with a line that says what they mean
+/// to the person where that is known; `context` describes the failure where the driver left no record. The password
+/// occurs in no part of it.
 [[nodiscard]] ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password,
                                        std::string_view context);
 
