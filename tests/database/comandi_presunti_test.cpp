@@ -1,0 +1,237 @@
+#include "PresuntiDiProva.hpp"
+#include "common/Stato.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace lumoscad {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr int NuovoValore = 7; ///< the editable column of both lists
+
+const std::string Nome = "/tmp/T0120060305140709";
+
+/// Clicks a cell of the first row of a document.
+void Clicca(FinestraElenco& finestra, const std::string& documento, int colonna) {
+  int x = 1;
+  for (int i = 0; i < colonna; ++i) {
+    x += finestra.colonne[static_cast<std::size_t>(i)].larghezza;
+  }
+  for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
+    if (finestra.testo(riga, 1) == documento) {
+      finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
+      finestra.premeMouse(x, 1);
+      finestra.clic(0);
+      return;
+    }
+  }
+  ADD_FAILURE() << "nessuna riga di " << documento;
+}
+
+void DaiBanca(FinestraElenco& finestra, const std::string& documento, int indice) {
+  Clicca(finestra, documento, NuovoValore);
+  finestra.scegliBancaCella(indice);
+  finestra.perdeFuocoBancaCella();
+}
+
+void DaiConsegna(FinestraElenco& finestra, const std::string& documento, const char* data) {
+  Clicca(finestra, documento, NuovoValore);
+  finestra.testoEditor(data);
+  finestra.tastoEditor(13);
+}
+
+class ComandiPresunti : public testing::Test {
+ protected:
+  ComandiPresunti() : base("sqlite", prova::DatiPresunti()), prima(prova::Rate(base)) {}
+
+  std::string Esegui(const std::string& comando) {
+    return LumoScadenze().EseguiLumoScad("-T " + comando + " -H 10.0.0.1 -D 001 " + base.Opzioni());
+  }
+  std::string Banca(const std::string& opzioni = "-TIPOMOVIMENTI V -B X") {
+    return Esegui("BANCA /PRESUNTI " + opzioni);
+  }
+  std::string Consegna(const std::string& opzioni = "-TIPOMOVIMENTI V -B X") {
+    return Esegui("CONSEGNA /PRESUNTI " + opzioni);
+  }
+  void Recita(prova::DesktopRecitato::Copione copione) { banco.desktop.copioni.push_back(std::move(copione)); }
+  [[nodiscard]] std::vector<std::string> Cambiati() const {
+    const auto dopo = prova::Rate(base);
+    std::vector<std::string> chiavi;
+    for (std::size_t i = 0; i < prima.size(); ++i) {
+      if (prima[i] != dopo.at(i)) {
+        chiavi.push_back(dopo[i].substr(0, dopo[i].find('|')));
+      }
+    }
+    return chiavi;
+  }
+  [[nodiscard]] bool ListaPresa() const { return banco.host.file.count("/tmp/VBPRESUNTI") != 0; }
+  [[nodiscard]] bool HaSpedito(const std::string& inizio) const {
+    return std::any_of(banco.istruzioni.begin(), banco.istruzioni.end(),
+                       [&](const std::string& sql) { return sql.starts_with(inizio); });
+  }
+  /// The statement that listed the documents.
+  [[nodiscard]] std::string Elenco() const {
+    for (const std::string& sql : banco.istruzioni) {
+      if (sql.starts_with("SELECT sum(EVE")) {
+        return sql.substr(sql.find("MOV.TIPOOPERAZIONE"));
+      }
+    }
+    return "";
+  }
+
+  prova::BaseDati base;
+  std::vector<std::string> prima;
+  prova::Banco banco;
+};
+
+TEST_F(ComandiPresunti, LaBancaConfermataVaAllHostENellaBaseDati) {
+  Recita([](FinestraElenco& finestra) {
+    DaiBanca(finestra, "CD5/06", 2);
+    DaiBanca(finestra, "AB124/06", 1);
+    finestra.conferma();
+  });
+  EXPECT_EQ(Banca(), "");
+  EXPECT_THAT(banco.host.operazioni,
+              ElementsAre("Ricevi /tmp/VBPRESUNTI", "Invia /tmp/VBPRESUNTI", "Invia " + Nome,
+                          "Rinomina " + Nome + " " + Nome + ".dos", "Esegui VB0001", "Cancella " + Nome,
+                          "Cancella " + Nome + ".dos", "Cancella /tmp/VBPRESUNTI"));
+  EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("001", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos",
+                                                           "", "", "", "", "", "")));
+  EXPECT_EQ(banco.host.inviati.at(1), "C02,,06,124,AB,,,,#null#,B07,\r\n"
+                                      "C01,,06,5,CD,,,,B07,B06,\r\n");
+  EXPECT_THAT(Cambiati(), ElementsAre("4", "5", "11"));
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+  EXPECT_FALSE(ListaPresa());
+}
+
+TEST_F(ComandiPresunti, LaConsegnaConfermataVaAllHostENellaBaseDati) {
+  Recita([](FinestraElenco& finestra) {
+    DaiConsegna(finestra, "CD5/06", "010306");
+    DaiConsegna(finestra, "AB124/06", "2/3/06");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Consegna(), "");
+  EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("001", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
+  EXPECT_EQ(banco.host.inviati.at(1), "C02,AB,124,06,00000000,00000000,20060302\r\n"
+                                      "C01,CD,5,06,20060228,20060228,20060301\r\n");
+  EXPECT_THAT(Cambiati(), ElementsAre("4", "5", "11"));
+  EXPECT_THAT(
+      base.Righe("SELECT DATACONSEGNA, TITOLOIVA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN (4,5) ORDER BY "
+                 "EVENTOCONTABILEKEY"),
+      ElementsAre("2006-03-02| ", "2006-03-01| "));
+  EXPECT_FALSE(ListaPresa());
+}
+
+TEST_F(ComandiPresunti, ChiusaSenzaConfermareNonMandaNulla) {
+  for (const bool annulla : {true, false}) {
+    for (const bool consegna : {true, false}) {
+      Recita([&](FinestraElenco& finestra) {
+        consegna ? DaiConsegna(finestra, "CD5/06", "010306") : DaiBanca(finestra, "CD5/06", 2);
+        annulla ? finestra.annulla() : finestra.chiudi();
+      });
+      EXPECT_EQ(consegna ? Consegna() : Banca(), "closed");
+    }
+  }
+  EXPECT_THAT(banco.host.chiamate, IsEmpty());
+  EXPECT_FALSE(HaSpedito("UPDATE"));
+  EXPECT_THAT(Cambiati(), IsEmpty());
+  EXPECT_FALSE(ListaPresa());
+  EXPECT_EQ(banco.desktop.puntatori.back(), Puntatore::Predefinito);
+}
+
+TEST_F(ComandiPresunti, ChiusaDopoUnaConfermaDelComandoPrimaNonMandaNulla) {
+  Recita([](FinestraElenco& finestra) {
+    DaiBanca(finestra, "CD5/06", 2);
+    finestra.conferma();
+  });
+  EXPECT_EQ(Banca(), "");
+  const auto dopo = prova::Rate(base);
+  Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
+  EXPECT_EQ(Banca(), "closed");
+  EXPECT_EQ(banco.host.chiamate.size(), 1U);
+  EXPECT_EQ(prova::Rate(base), dopo);
+}
+
+TEST_F(ComandiPresunti, LaListaPresaDaUnComandoFermaAncheLAltro) {
+  banco.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
+  EXPECT_EQ(Banca(), "error");
+  EXPECT_EQ(Consegna(), "error");
+  EXPECT_EQ(banco.desktop.finestre, 0U);
+  EXPECT_TRUE(ListaPresa());
+  EXPECT_THAT(banco.istruzioni, IsEmpty());
+}
+
+TEST_F(ComandiPresunti, LeOpzioniScelgonoIDocumenti) {
+  EXPECT_EQ(Banca("-SC SCADUTO -C C01 -S AB -N 123 -A 06 -DATA 20060101 -SERIEESCLUSE X,Y -TIPOMOVIMENTI V"), "closed");
+  EXPECT_EQ(Elenco(),
+            "MOV.TIPOOPERAZIONE = 'V' AND EVE.SOSPESA = 'N' AND CONTO.TIPOLOGIACONTO in ('01','02','03','04') AND "
+            "CONTO.BLOCCO = 'N' AND CONTO.CODICECONTO = 'C01' AND EVE.MOVIMENTOKEY = 401 AND (EVE.DATACONSEGNA < "
+            "'2006-03-05') AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL AND (MOV.SERIE != 'X' AND MOV.SERIE != 'Y' ) "
+            "GROUP BY MOV.SERIE, MOV.NUMERO, CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, BANCA.CODICECONTO, "
+            "BANCA.DESCRIZIONEVOCE, EVE.DATACONSEGNA, EVE.CODICEDIVISA, EVE.DATACONSEGNAPRODUZIONE ");
+}
+
+TEST_F(ComandiPresunti, SenzaOpzioneSiVedonoIDocumentiConBanca) {
+  EXPECT_EQ(Consegna("-TIPOMOVIMENTI V"), "closed");
+  EXPECT_THAT(Elenco(), testing::HasSubstr("AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL GROUP"));
+}
+
+TEST_F(ComandiPresunti, UnaSerieEsclusaVuotaNonEscludeNulla) {
+  EXPECT_EQ(Banca("-SERIEESCLUSE  -TIPOMOVIMENTI V"), "closed");
+  EXPECT_THAT(Elenco(), Not(testing::HasSubstr("MOV.SERIE !=")));
+  EXPECT_THAT(Elenco(), StartsWith("MOV.TIPOOPERAZIONE = 'V'"));
+}
+
+TEST_F(ComandiPresunti, LOpzionePartitaNonSiLegge) {
+  EXPECT_EQ(Banca("-TIPOMOVIMENTI V -P"), "closed");
+}
+
+TEST_F(ComandiPresunti, IlRifiutoDelProgrammaLasciaIlBloccoELaBaseDatiComErano) {
+  banco.host.risposta = "<RISPOSTA><ERRORE>Documento fatturato</ERRORE></RISPOSTA>";
+  Recita([](FinestraElenco& finestra) {
+    DaiConsegna(finestra, "CD5/06", "010306");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Consegna(), "error");
+  EXPECT_THAT(Cambiati(), IsEmpty());
+  EXPECT_TRUE(ListaPresa());
+  EXPECT_THAT(banco.desktop.box.back(), StartsWith("-2147220905\r\n"));
+}
+
+TEST_F(ComandiPresunti, UnCambioCheNonSiPuoScrivereSiAnnullaESiDice) {
+  Recita([this](FinestraElenco& finestra) {
+    DaiBanca(finestra, "CD5/06", 2);
+    base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Banca(), "error");
+  EXPECT_THAT(Cambiati(), IsEmpty());
+  EXPECT_THAT(banco.desktop.box.back(),
+              StartsWith("-2147220954\r\nERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE"));
+  EXPECT_TRUE(ListaPresa());
+}
+
+TEST_F(ComandiPresunti, LaSchermataDelleBancheSiRiusaQuellaDelleConsegneNo) {
+  EXPECT_EQ(Banca(), "closed");
+  const auto prima_ = stato().Presunti;
+  ASSERT_NE(prima_, nullptr);
+  EXPECT_EQ(Consegna(), "closed");
+  EXPECT_EQ(Banca(), "closed");
+  EXPECT_EQ(stato().Presunti, prima_);
+}
+
+} // namespace
+} // namespace lumoscad

@@ -1,0 +1,256 @@
+#include "SchermataPresunti.hpp"
+#include "screens/FormConsegna.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class DeliveryScreen : public prova::SchermataPresunti<FormConsegna> {
+ protected:
+  explicit DeliveryScreen(const std::string& dati = "") : SchermataPresunti(&FormConsegna::elaboraConsegna, dati) {}
+
+  void ScriviData(std::size_t riga, const char* testo) const {
+    Clic(riga, FormConsegna::NuovaConsegna);
+    finestra->testoEditor(testo);
+    finestra->tastoEditor(13);
+  }
+  /// The new date and the tick.
+  [[nodiscard]] std::string Nuova(std::size_t riga) const {
+    return std::string(righe.Testo(riga, FormConsegna::NuovaConsegna)) + (righe.Spuntata(riga, 0) ? "|x" : "|");
+  }
+};
+
+TEST_F(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
+  Mostra([this] {
+    EXPECT_THAT(Testi(Riga("AB123/06", "USD")),
+                ElementsAre("ROSSI SRL", "AB123/06", "10/04/2006", "USD", "100,50", "80,00", "", "", "2006/04/10"));
+    EXPECT_EQ(righe.Quante(), 6U);
+  });
+}
+
+TEST_F(DeliveryScreen, DescribesItsWindow) {
+  Mostra([this] {
+    EXPECT_EQ(finestra->nome, "FormConsegna");
+    EXPECT_EQ(finestra->nomeLista, "LVScadenzePresunti");
+    EXPECT_EQ(finestra->carattere, "Verdana");
+    EXPECT_EQ(finestra->campoData, "Nuova consegna");
+    EXPECT_FALSE(finestra->campoBanca.has_value());
+    std::vector<std::string> testate;
+    for (const TestataElenco& testata : finestra->testate) {
+      testate.push_back(testata.testo);
+    }
+    EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Consegna prevista", "Divisa", "Fatturato", "Fatturato Euro"));
+    EXPECT_EQ(finestra->colonne[FormConsegna::NuovaConsegna].chiave, "KNuovaScadenza");
+    EXPECT_EQ(finestra->colonne[FormConsegna::NuovaConsegna].intestazione, "Nuova Consegna");
+  });
+}
+
+TEST_F(DeliveryScreen, RowsCarryTheCodesThatAChangeNeeds) {
+  Mostra([this] {
+    const auto riga = Riga("AB123/06", "EUR", "50,00");
+    EXPECT_EQ(righe.Tag(riga, FormConsegna::Conto), "C01");
+    EXPECT_EQ(righe.Tag(riga, FormConsegna::Ordine), "MOVIMENTO_401");
+    EXPECT_EQ(righe.Tag(riga, FormConsegna::ConsegnaPrevista), "01/03/2006");
+    EXPECT_EQ(righe.Tag(Riga("AB123/06", "USD"), FormConsegna::ConsegnaPrevista), "");
+    EXPECT_EQ(schermata.ChiaveElemento(riga), "K_C01_AB123/06_10/03/2006_EUR");
+  });
+}
+
+TEST_F(DeliveryScreen, ANullFieldShowsAnEmptyCell) {
+  Mostra([this] {
+    EXPECT_THAT(Testi(Riga("AB124/06")),
+                ElementsAre("BIANCHI", "AB124/06", "", "EUR", "1.234,50", "1.234,50", "", "", ""));
+  });
+}
+
+TEST_F(DeliveryScreen, ARowWithNothingInItsCurrencyIsNotListedWhateverItsEuros) {
+  Mostra([this] {
+    EXPECT_THAT(InOrdine(FormConsegna::Divisa), testing::Contains("USD").Times(1))
+        << "AB124/06 has 0,00 USD and 5 euro";
+    EXPECT_EQ(righe.Testo(Riga("CD5/06", "CHF"), FormConsegna::FatturatoEuro), "0,00");
+  });
+}
+
+TEST_F(DeliveryScreen, ANewDateGivesARecordOfItsRow) {
+  const auto variazioni = Mostra([this] {
+    ScriviData(Riga("AB123/06", "EUR", "50,00"), "110306");
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(1));
+  const VariazioneConsegna& v = variazioni[0];
+  EXPECT_EQ(v.CodiceConto, "C01");
+  EXPECT_EQ(v.idMovimentoKey, 401);
+  EXPECT_EQ(v.Serie, "AB");
+  EXPECT_EQ(v.Numero, "123");
+  EXPECT_EQ(v.Anno, "06");
+  EXPECT_EQ(v.Consegna, "10/03/2006");
+  EXPECT_EQ(v.NuovaConsegna, "11/03/2006");
+  EXPECT_EQ(v.ConsegnaOrigine, "01/03/2006");
+  EXPECT_TRUE(v.isConsegnaChanged);
+  EXPECT_FALSE(v.isBancaChanged);
+  EXPECT_EQ(v.idOrdineKey + v.VecchiaBanca + v.NuovaBanca, "");
+}
+
+TEST_F(DeliveryScreen, TwoRowsOfADocumentGiveTwoRecords) {
+  const auto variazioni = Mostra([this] {
+    ScriviData(Riga("AB123/06", "EUR", "50,00"), "11/3/2006");
+    ScriviData(Riga("AB123/06", "USD"), "12/4/06");
+    finestra->clicTestata(3);
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(2));
+  EXPECT_EQ(variazioni[0].NuovaConsegna, "11/03/2006");
+  EXPECT_EQ(variazioni[1].NuovaConsegna, "12/04/2006");
+  EXPECT_EQ(variazioni[1].ConsegnaOrigine, "");
+}
+
+TEST_F(DeliveryScreen, ThePlannedDateTypedAgainIsNoChange) {
+  EXPECT_THAT(Mostra([this] {
+                ScriviData(Riga("AB123/06", "USD"), "100406");
+                EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "10/04/2006|");
+                finestra->conferma();
+              }),
+              IsEmpty());
+}
+
+TEST_F(DeliveryScreen, ADateStillOpenInTheEditorCounts) {
+  EXPECT_THAT(Mostra([this] {
+                Clic(Riga("AB123/06", "USD"), FormConsegna::NuovaConsegna);
+                finestra->testoEditor("130406");
+                finestra->conferma();
+              }),
+              SizeIs(1));
+}
+
+TEST_F(DeliveryScreen, AnEmptiedEditorLeavesTheCellEmpty) {
+  EXPECT_THAT(Mostra([this] {
+                const auto riga = Riga("AB123/06", "USD");
+                ScriviData(riga, "130406");
+                ScriviData(riga, "");
+                EXPECT_EQ(Nuova(riga), "|");
+                finestra->conferma();
+              }),
+              IsEmpty());
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_F(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
+  EXPECT_THAT(Mostra([this] {
+                ScriviData(Riga("AB123/06", "USD"), "310206");
+                EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), " |");
+                finestra->conferma();
+              }),
+              IsEmpty());
+  EXPECT_THAT(banco.desktop.box, ElementsAre(testing::StartsWith("Data errata: ")));
+}
+
+TEST_F(DeliveryScreen, ADocumentWithoutADateReceivesOne) {
+  const auto variazioni = Mostra([this] {
+    ScriviData(Riga("AB124/06"), "130406");
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(1));
+  EXPECT_EQ(variazioni[0].Consegna, "#null#");
+  EXPECT_EQ(variazioni[0].NuovaConsegna, "13/04/2006");
+  EXPECT_EQ(variazioni[0].ConsegnaOrigine, "");
+}
+
+TEST_F(DeliveryScreen, ATickGivesTheRowTheTopDateNormalised) {
+  Mostra([this] {
+    finestra->testoScadenza("1/5/06");
+    Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
+    EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "01/05/2006|x");
+    EXPECT_EQ(finestra->stato().testoScadenza, "01/05/2006");
+    EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "50,00")), "|") << "the other rows of the document stay";
+    Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
+    EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "|");
+  });
+}
+
+TEST_F(DeliveryScreen, ATickWithoutATopDateTicksARowThatDoesNotChange) {
+  EXPECT_THAT(Mostra([this] {
+                Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
+                EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "|x");
+                finestra->conferma();
+              }),
+              IsEmpty());
+}
+
+TEST_F(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
+  Mostra([this] {
+    finestra->testoScadenza("1/5/06");
+    Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
+    Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
+    finestra->testoEditor("020506");
+    finestra->clicScadenza();
+    EXPECT_FALSE(finestra->stato().data.visibile);
+    EXPECT_EQ(Nuova(Riga("AB124/06")), "02/05/2006|");
+    EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "01/05/2006|");
+  });
+}
+
+TEST_F(DeliveryScreen, TheEditorLiesOverTheNewDateCell) {
+  Mostra([this] {
+    Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
+    EXPECT_TRUE(finestra->stato().data.visibile);
+    EXPECT_EQ(finestra->stato().data.larghezza, finestra->colonne[FormConsegna::NuovaConsegna].larghezza - 60);
+    Clic(Riga("AB124/06"), FormConsegna::Divisa);
+    EXPECT_FALSE(finestra->stato().data.visibile);
+  });
+}
+
+TEST_F(DeliveryScreen, SortsByAccountDocumentAndDateOnly) {
+  Mostra([this] {
+    finestra->clicTestata(3);
+    const std::vector<std::string> perData = {"", "28/02/2006", "10/03/2006", "10/03/2006", "10/04/2006", "01/01/2007"};
+    EXPECT_EQ(InOrdine(FormConsegna::ConsegnaPrevista), perData);
+    for (const int immobile : {4, 5, 6}) {
+      finestra->clicTestata(immobile);
+      EXPECT_EQ(InOrdine(FormConsegna::ConsegnaPrevista), perData) << immobile;
+    }
+    finestra->clicTestata(3);
+    EXPECT_EQ(InOrdine(FormConsegna::ConsegnaPrevista).front(), "01/01/2007");
+    finestra->clicTestata(1);
+    EXPECT_EQ(InOrdine(FormConsegna::Conto).front(), "BIANCHI");
+    finestra->clicTestata(2);
+    EXPECT_EQ(InOrdine(FormConsegna::Ordine).front(), "AB123/06");
+  });
+}
+
+TEST_F(DeliveryScreen, AnnullaAndTheCloseBoxHandBackNothing) {
+  for (const bool annulla : {true, false}) {
+    EXPECT_THAT(Mostra([&] {
+                  ScriviData(Riga("AB123/06", "USD"), "130406");
+                  annulla ? finestra->annulla() : finestra->chiudi();
+                }),
+                IsEmpty());
+    EXPECT_EQ(schermata.MotivoChiusura(), "closed");
+  }
+}
+
+TEST_F(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
+  filtro.parSerie = "ZZ";
+  EXPECT_EQ(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }),
+            "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
+  EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+class DeliveryScreenNullAmount : public DeliveryScreen {
+ protected:
+  DeliveryScreenNullAmount()
+      : DeliveryScreen(prova::DatiPresunti() +
+                       prova::Presunto("31,1,403,101,'N',NULL,NULL,NULL,NULL,'2006-02-27',NULL,NULL")) {}
+};
+
+TEST_F(DeliveryScreenNullAmount, ARowOfNullsIsListedWithEmptyCells) {
+  Mostra([this] {
+    EXPECT_THAT(Testi(Riga("CD5/06", "")),
+                ElementsAre("ROSSI SRL", "CD5/06", "27/02/2006", "", "", "", "", "", "2006/02/27"));
+  });
+}
+
+} // namespace
+} // namespace lumoscad

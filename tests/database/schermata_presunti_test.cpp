@@ -1,0 +1,360 @@
+#include "SchermataPresunti.hpp"
+#include "screens/FormPresunti.hpp"
+
+namespace lumoscad {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class PresumedScreen : public prova::SchermataPresunti<FormPresunti> {
+ protected:
+  explicit PresumedScreen(const std::string& dati = "") : SchermataPresunti(&FormPresunti::elaboraPresunti, dati) {}
+
+  /// Entries of the bank fields: " ", BANCA ALFA (B07), BANCA BETA (B06).
+  void ScegliBanca(std::size_t riga, int indice) const {
+    Clic(riga, FormPresunti::NuovaBanca);
+    finestra->scegliBancaCella(indice);
+    finestra->perdeFuocoBancaCella();
+  }
+  /// Text and tag of the new bank, and the tick.
+  [[nodiscard]] std::string NuovaBanca(std::size_t riga) const {
+    return std::string(righe.Testo(riga, FormPresunti::NuovaBanca)) + "|" +
+           std::string(righe.Tag(riga, FormPresunti::NuovaBanca)) + (righe.Spuntata(riga, 0) ? "|x" : "|");
+  }
+  /// The new bank of the three rows of document AB123/06.
+  [[nodiscard]] std::vector<std::string> NuoveBanche() const {
+    return {NuovaBanca(Riga("AB123/06", "EUR", "100,00")), NuovaBanca(Riga("AB123/06", "EUR", "50,00")),
+            NuovaBanca(Riga("AB123/06", "USD"))};
+  }
+};
+
+TEST_F(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
+  Mostra([this] {
+    EXPECT_THAT(Testi(Riga("AB123/06", "EUR", "50,00")),
+                ElementsAre("ROSSI SRL", "AB123/06", "10/03/06", "EUR", "50,00", "BANCA ALFA", "", "", "2006/03/10"));
+    EXPECT_THAT(InOrdine(FormPresunti::Ordine),
+                ElementsAre("AB124/06", "EF/06", "AB123/06", "AB123/06", "AB123/06", "CD5/06"));
+  });
+}
+
+TEST_F(PresumedScreen, DescribesItsWindow) {
+  Mostra([this] {
+    EXPECT_EQ(finestra->nome, "FormPresunti");
+    EXPECT_EQ(finestra->nomeLista, "LVPresunti");
+    EXPECT_EQ(finestra->carattere, "Arial");
+    EXPECT_EQ(finestra->campoBanca, "Nuova banca");
+    EXPECT_FALSE(finestra->campoData.has_value());
+    std::vector<std::string> testate;
+    for (const TestataElenco& testata : finestra->testate) {
+      testate.push_back(testata.testo);
+    }
+    EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Cons. prevista", "Divisa", "Fatturato", "Banca"));
+    EXPECT_EQ(finestra->colonne[FormPresunti::Radio].chiave, "Kradio");
+    EXPECT_EQ(finestra->colonne[FormPresunti::NuovaBanca].intestazione, "Nuova Banca");
+    EXPECT_THAT(finestra->banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(finestra->bancheCella, finestra->banche);
+  });
+}
+
+TEST_F(PresumedScreen, RowsCarryTheCodesThatAChangeNeeds) {
+  Mostra([this] {
+    const auto riga = Riga("AB123/06", "USD");
+    EXPECT_EQ(righe.Tag(riga, FormPresunti::Conto), "C01");
+    EXPECT_EQ(righe.Tag(riga, FormPresunti::ConsegnaPrevista), "MOVIMENTO_401");
+    EXPECT_EQ(righe.Tag(riga, FormPresunti::Banca), "B06");
+    EXPECT_EQ(righe.Tag(Riga("AB124/06"), FormPresunti::Banca), "");
+    EXPECT_EQ(schermata.ChiaveElemento(riga), "K_C01_AB123/06_10/04/06_USD_B06");
+  });
+}
+
+TEST_F(PresumedScreen, ANullFieldShowsAnEmptyCell) {
+  Mostra([this] {
+    EXPECT_THAT(Testi(Riga("AB124/06")), ElementsAre("BIANCHI", "AB124/06", "", "EUR", "1.234,50", "", "", "", ""));
+  });
+}
+
+TEST_F(PresumedScreen, ANumberOfTwoCharactersIsAllYear) {
+  Mostra([this] { EXPECT_EQ(righe.Testo(Riga("EF/06"), FormPresunti::Fatturato), "7,00"); });
+}
+
+TEST_F(PresumedScreen, NothingToInvoiceIsNotListedButOneCentIs) {
+  Mostra([this] {
+    EXPECT_EQ(righe.Testo(Riga("CD5/06", "CHF"), FormPresunti::Fatturato), "0,01");
+    EXPECT_THAT(InOrdine(FormPresunti::Ordine), testing::Contains("AB124/06").Times(1))
+        << "its USD row amounts to 0,00";
+  });
+}
+
+TEST_F(PresumedScreen, TheMovementIsLookedUpOnceADocument) {
+  Mostra();
+  const auto ricerche = std::count_if(banco.istruzioni.begin(), banco.istruzioni.end(), [](const std::string& sql) {
+    return sql.starts_with("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE");
+  });
+  EXPECT_EQ(ricerche, 4) << "six rows, four documents";
+}
+
+TEST_F(PresumedScreen, YieldsToTheWindowOnceARow) {
+  Mostra();
+  EXPECT_GE(banco.desktop.respiri, 7U) << "the skipped row included";
+}
+
+TEST_F(PresumedScreen, ABankChosenForOneRowShowsOnAllRowsOfTheDocument) {
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(Riga("AB123/06", "EUR", "50,00"), 2);
+    EXPECT_THAT(NuoveBanche(), ElementsAre("BANCA BETA|B06|", "BANCA BETA|B06|x", "BANCA BETA|B06|"));
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "||");
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(1)) << "one record a document";
+  const VariazioneConsegna& v = variazioni[0];
+  EXPECT_EQ(v.CodiceConto, "C01");
+  EXPECT_EQ(v.idMovimentoKey, 401);
+  EXPECT_EQ(v.Serie, "AB");
+  EXPECT_EQ(v.Numero, "123");
+  EXPECT_EQ(v.Anno, "06");
+  EXPECT_EQ(v.VecchiaBanca, "B07") << "of the first row that changes: the others have that bank already";
+  EXPECT_EQ(v.NuovaBanca, "B06");
+  EXPECT_TRUE(v.isBancaChanged);
+  EXPECT_FALSE(v.isConsegnaChanged);
+  EXPECT_EQ(v.Consegna + v.NuovaConsegna + v.ConsegnaOrigine + v.idOrdineKey, "");
+}
+
+TEST_F(PresumedScreen, ARecordIsTakenFromTheFirstChangedRowInTheListsOrder) {
+  filtro.parNumero = "123";
+  filtro.parAnno = "06";
+  filtro.parSerie = "AB";
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(0, 0);
+    finestra->clicTestata(3);
+    finestra->clicTestata(3); // latest first: the dollar row, with bank B06
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(1));
+  EXPECT_EQ(variazioni[0].VecchiaBanca, "B06");
+  EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
+}
+
+TEST_F(PresumedScreen, TheBlankEntryRemovesTheBank) {
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(Riga("CD5/06", "CHF"), 0);
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|x");
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(1));
+  EXPECT_EQ(variazioni[0].VecchiaBanca, "B07");
+  EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
+}
+
+TEST_F(PresumedScreen, RemovingABankThatIsNotThereIsNoChange) {
+  EXPECT_THAT(Mostra([this] {
+                ScegliBanca(Riga("AB124/06"), 0);
+                EXPECT_EQ(NuovaBanca(Riga("AB124/06")), "ANNULLA|#null#|x");
+                finestra->conferma();
+              }),
+              IsEmpty());
+}
+
+TEST_F(PresumedScreen, TheBankThatTheDocumentHasIsNoChange) {
+  EXPECT_THAT(Mostra([this] {
+                ScegliBanca(Riga("CD5/06", "CHF"), 1);
+                finestra->conferma();
+              }),
+              IsEmpty());
+}
+
+TEST_F(PresumedScreen, ADocumentWithoutBankReceivesOne) {
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(Riga("AB124/06"), 1);
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(1));
+  EXPECT_EQ(variazioni[0].VecchiaBanca, "#null#");
+  EXPECT_EQ(variazioni[0].NuovaBanca, "B07");
+}
+
+TEST_F(PresumedScreen, ConfirmingWithoutAChangeHandsBackNothing) {
+  EXPECT_THAT(Mostra([this] { finestra->conferma(); }), IsEmpty());
+  EXPECT_EQ(schermata.MotivoChiusura(), "");
+}
+
+TEST_F(PresumedScreen, ATickAppliesTheTopBankToTheDocumentAndTicksItsRow) {
+  Mostra([this] {
+    finestra->scegliBanca(2);
+    Clic(Riga("AB123/06", "USD"), FormPresunti::Radio);
+    EXPECT_THAT(NuoveBanche(), ElementsAre("BANCA BETA|B06|", "BANCA BETA|B06|", "BANCA BETA|B06|x"));
+  });
+}
+
+TEST_F(PresumedScreen, ATickWithTheBlankTopBankRemovesTheBank) {
+  Mostra([this] {
+    Clic(Riga("CD5/06", "CHF"), FormPresunti::Radio);
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|x");
+  });
+}
+
+TEST_F(PresumedScreen, TakingATickOffClearsTheWholeDocument) {
+  Mostra([this] {
+    ScegliBanca(Riga("AB123/06", "EUR", "50,00"), 2);
+    ScegliBanca(Riga("CD5/06", "CHF"), 2);
+    ScegliBanca(Riga("AB123/06", "USD"), 1);
+    Clic(Riga("AB123/06", "EUR", "50,00"), FormPresunti::Radio);
+    EXPECT_THAT(NuoveBanche(), ElementsAre("||", "||", "||"));
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "BANCA BETA|B06|x");
+  });
+}
+
+TEST_F(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
+  Mostra([this] {
+    Clic(Riga("CD5/06", "CHF"), FormPresunti::Conto);
+    finestra->scegliBanca(2);
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "BANCA BETA|B06|");
+    finestra->scegliBanca(0);
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|");
+    finestra->seleziona(-1);
+    finestra->scegliBanca(1);
+    EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|");
+  });
+}
+
+TEST_F(PresumedScreen, TheEditorOpensOnTheNewBankAndOnTheBlankWithoutOne) {
+  Mostra([this] {
+    Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
+    EXPECT_EQ(finestra->stato().banca.indice, 0);
+    finestra->scegliBancaCella(2);
+    Clic(Riga("CD5/06", "CHF"), FormPresunti::Conto);
+    Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
+    EXPECT_EQ(finestra->stato().banca.indice, 2);
+    EXPECT_EQ(finestra->stato().banca.larghezza, finestra->colonne[FormPresunti::NuovaBanca].larghezza - 60);
+  });
+}
+
+TEST_F(PresumedScreen, ConfermaClosesTheOpenEditorFirst) {
+  EXPECT_THAT(Mostra([this] {
+                Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
+                finestra->scegliBancaCella(2);
+                finestra->conferma();
+              }),
+              SizeIs(1));
+}
+
+TEST_F(PresumedScreen, SortsByAccountDocumentDateAndNewBankOnly) {
+  Mostra([this] {
+    finestra->clicTestata(2);
+    EXPECT_THAT(InOrdine(FormPresunti::Ordine),
+                ElementsAre("AB123/06", "AB123/06", "AB123/06", "AB124/06", "CD5/06", "EF/06"));
+    finestra->clicTestata(3);
+    const std::vector<std::string> perData = {"", "28/02/06", "10/03/06", "10/03/06", "10/04/06", "01/01/07"};
+    EXPECT_EQ(InOrdine(FormPresunti::ConsegnaPrevista), perData);
+    for (const int immobile : {4, 5}) {
+      finestra->clicTestata(immobile);
+      EXPECT_EQ(InOrdine(FormPresunti::ConsegnaPrevista), perData) << immobile;
+      EXPECT_EQ(finestra->stato().testataOrdinata, 3);
+    }
+    ScegliBanca(Riga("EF/06"), 1);
+    ScegliBanca(Riga("CD5/06", "CHF"), 2);
+    finestra->clicTestata(6);
+    finestra->clicTestata(6);
+    EXPECT_EQ(InOrdine(FormPresunti::NuovaBanca)[0], "BANCA BETA");
+    EXPECT_EQ(InOrdine(FormPresunti::NuovaBanca)[1], "BANCA ALFA");
+  });
+}
+
+TEST_F(PresumedScreen, TheEditedRowIsFoundAgainAfterSorting) {
+  Mostra([this] {
+    const auto riga = Riga("CD5/06", "CHF");
+    Clic(riga, FormPresunti::NuovaBanca);
+    finestra->scegliBancaCella(2);
+    finestra->clicTestata(2);
+    finestra->perdeFuocoBancaCella();
+    EXPECT_EQ(NuovaBanca(riga), "BANCA BETA|B06|x");
+  });
+}
+
+TEST_F(PresumedScreen, AnnullaAndTheCloseBoxHandBackNothing) {
+  for (const bool annulla : {true, false}) {
+    EXPECT_THAT(Mostra([&] {
+                  ScegliBanca(Riga("CD5/06", "CHF"), 2);
+                  annulla ? finestra->annulla() : finestra->chiudi();
+                }),
+                IsEmpty());
+    EXPECT_EQ(schermata.MotivoChiusura(), "closed");
+  }
+}
+
+TEST_F(PresumedScreen, TheCloseBoxAfterAnEarlierConfirmationHandsBackNothing) {
+  EXPECT_THAT(Mostra([this] {
+                ScegliBanca(Riga("CD5/06", "CHF"), 2);
+                finestra->conferma();
+              }),
+              SizeIs(1));
+  EXPECT_THAT(Mostra([this] {
+                EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "||") << "nothing of the first showing is left";
+                finestra->chiudi();
+              }),
+              IsEmpty());
+}
+
+TEST_F(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
+  auto& griglia = schermata.griglia();
+  griglia.Righe.Aggiungi({"ROSSI", "AB123/06"});
+  griglia.Resize();
+  griglia.CambiaCheck("RADIO1");
+  EXPECT_EQ(griglia.Righe.Testo(0, FormPresunti::NuovaBanca), "");
+  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  griglia.Righe.ImpostaTag(0, FormPresunti::NuovaBanca, "B06");
+  griglia.PictureOk_Click();
+  EXPECT_TRUE(griglia.Stato().scaricata);
+}
+
+TEST_F(PresumedScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
+  stato().ComandoCorrente = "BANCA /PRESUNTI -DB2SOURCE NESSUNA";
+  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }), testing::StartsWith("ERRORE: "));
+  EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+TEST_F(PresumedScreen, AnUnknownCompanyIsRaisedAfterTheWindowWasShown) {
+  base.Esegui("DELETE FROM AZIENDELINEE");
+  EXPECT_EQ(Fallimento(), "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
+  EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+class PresumedScreenTwins : public PresumedScreen {
+ protected:
+  // Two movements of one number in different years: the look-up over all years finds both.
+  PresumedScreenTwins()
+      : PresumedScreen(prova::DatiPresunti() +
+                       "INSERT INTO MOVIMENTOCONTABILE VALUES (409,1,'N','CD','506','2005','V');") {}
+};
+
+TEST_F(PresumedScreenTwins, AMovementThatIsNotFoundKeepsTheRowsLoadedSoFar) {
+  EXPECT_EQ(Fallimento([this] {
+              EXPECT_LT(finestra->righe(), 6U);
+              finestra->conferma();
+            }),
+            "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
+}
+
+class PresumedScreenEqualRows : public PresumedScreen {
+ protected:
+  // The same document, date, currency and bank, apart only by the original date, which the screen does not show.
+  PresumedScreenEqualRows()
+      : PresumedScreen(prova::DatiPresunti() + prova::Presunto("21,1,403,101,'N',107,0,5,'CHF','2006-02-28',NULL,'X'") +
+                       prova::Presunto("22,1,403,101,'N',107,0,5,'CHF','2006-02-28','2006-01-01','X'")) {}
+};
+
+TEST_F(PresumedScreenEqualRows, RowsWithEqualKeysAreBothListed) {
+  Mostra([this] {
+    EXPECT_THAT(InOrdine(FormPresunti::Ordine), testing::Contains("CD5/06").Times(3));
+    const auto riga = Riga("CD5/06", "CHF", "5,00");
+    Clic(riga, FormPresunti::NuovaBanca);
+    finestra->scegliBancaCella(2);
+    finestra->perdeFuocoBancaCella();
+    EXPECT_EQ(NuovaBanca(riga), "BANCA BETA|B06|x");
+  });
+}
+
+} // namespace
+} // namespace lumoscad

@@ -1,0 +1,65 @@
+#include "screens/DocumentiPresunti.hpp"
+
+#include "common/Testo.hpp"
+#include "platform/Errore.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace lumoscad;
+
+namespace {
+
+std::string Parti(std::string_view documento) {
+  VariazioneConsegna v;
+  LeggiDocumento(documento, v);
+  return v.Serie + "|" + v.Numero + "|" + v.Anno;
+}
+
+} // namespace
+
+TEST(Documento, LeUltimeDueCifreDelNumeroSonoLAnno) {
+  EXPECT_EQ(TestoDocumento("AB", "12306"), "AB123/06");
+  EXPECT_EQ(TestoDocumento("A ", "12306"), "A 123/06");
+}
+
+TEST(Documento, UnNumeroDiDueCaratteriOMenoEAnnoSoltanto) {
+  EXPECT_EQ(TestoDocumento("AB", "06"), "AB/06");
+  EXPECT_EQ(TestoDocumento("AB", "6"), "AB/6");
+  EXPECT_EQ(TestoDocumento("AB", ""), "AB/");
+}
+
+TEST(Documento, SiRileggeInSerieNumeroEAnno) {
+  EXPECT_EQ(Parti("AB123/06"), "AB|123|06");
+  EXPECT_EQ(Parti("AB/06"), "AB||06");
+}
+
+TEST(Documento, LaSerieSonoIPrimiDueCaratteriSenzaSpazi) {
+  EXPECT_EQ(Parti("A 123/06"), "A|123|06");
+  EXPECT_EQ(Parti("A123/06"), "A1|23|06");
+  EXPECT_EQ(Parti("Àé123/06"), "Àé|123|06");
+}
+
+TEST(Documento, UnTestoVuotoNonHaParti) {
+  EXPECT_EQ(Parti(""), "||");
+}
+
+TEST(Documento, IlMovimentoSiLeggeDalSuoTag) {
+  VariazioneConsegna v;
+  LeggiMovimento("", v);
+  EXPECT_EQ(v.idMovimentoKey, 0);
+  LeggiMovimento("ALTRO_7", v);
+  EXPECT_EQ(v.idMovimentoKey, 0);
+  LeggiMovimento("MOVIMENTO_401", v);
+  EXPECT_EQ(v.idMovimentoKey, 401);
+}
+
+TEST(Testo, SiTagliaPerCaratteriENonPerByte) {
+  EXPECT_EQ(Primi("àbc", 2), "àb");
+  EXPECT_EQ(Primi("à", 2), "à");
+  EXPECT_EQ(Primi("", 2), "");
+  EXPECT_EQ(Primi("abc", 0), "");
+  EXPECT_EQ(Ultimi("abà", 2), "bà");
+  EXPECT_EQ(Ultimi("à", 2), "à");
+  EXPECT_EQ(Ultimi("", 2), "");
+  EXPECT_EQ(Ultimi("abc", 0), "");
+}
