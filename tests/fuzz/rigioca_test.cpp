@@ -1,0 +1,56 @@
+#include "Bersagli.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+
+using namespace lumoscad::fuzz;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<std::uint8_t> Leggi(const fs::path& percorso) {
+  std::ifstream file(percorso, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<fs::path> File(const fs::path& cartella) {
+  std::vector<fs::path> file;
+  if (fs::exists(cartella)) {
+    for (const auto& voce : fs::directory_iterator(cartella)) {
+      file.push_back(voce.path());
+    }
+  }
+  std::sort(file.begin(), file.end());
+  return file;
+}
+
+class IngressiConservati : public testing::TestWithParam<Bersaglio> {
+ protected:
+  /// Plays every input of a folder and returns how many there are.
+  static std::size_t Gioca(std::string_view raccolta) {
+    const auto file = File(fs::path(LUMOSCAD_INGRESSI) / raccolta / GetParam().nome);
+    for (const fs::path& percorso : file) {
+      SCOPED_TRACE(percorso.filename().string());
+      const auto ingresso = Leggi(percorso);
+      EXPECT_NO_THROW(GetParam().prova(ingresso));
+    }
+    return file.size();
+  }
+};
+
+} // namespace
+
+TEST_P(IngressiConservati, SiComportanoComeDevono) {
+  EXPECT_GT(Gioca("corpora"), 10U) << "mancano gli ingressi conservati";
+}
+
+TEST_P(IngressiConservati, QuelliCheTrovaronoUnGuastoNonLoTrovanoPiu) {
+  Gioca("reperti");
+}
+
+INSTANTIATE_TEST_SUITE_P(Bersagli, IngressiConservati, testing::ValuesIn(bersagli),
+                         [](const auto& caso) { return std::string(caso.param.nome); });
