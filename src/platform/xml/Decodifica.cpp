@@ -2,6 +2,7 @@
 
 #include "platform/Errore.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <iconv.h>
@@ -50,10 +51,33 @@ class Convertitore {
   iconv_t descrittore_;
 };
 
+std::string Minuscolo(std::string_view testo) {
+  std::string minuscolo(testo);
+  for (char& c : minuscolo) {
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return minuscolo;
+}
+
 bool NomeValido(std::string_view nome) {
   return !nome.empty() && nome.size() <= 40 &&
          nome.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-") ==
              std::string_view::npos;
+}
+
+/// Unicode and the one-byte encodings of western hosts. The system's library knows hundreds more, with state and with
+/// faults of their own, which a reply must not be able to call upon.
+bool Conosciuta(std::string_view codifica) {
+  static constexpr std::array<std::string_view, 13> intere{"utf-8",  "utf8",     "utf-16", "utf-16le", "utf-16be",
+                                                           "ascii",  "us-ascii", "latin1", "latin9",   "cp850",
+                                                           "ibm850", "cp437",    "ibm437"};
+  static constexpr std::array<std::string_view, 4> famiglie{"iso-8859-", "iso8859-", "windows-125", "cp125"};
+  const std::string nome = Minuscolo(codifica);
+  const auto famiglia = std::any_of(famiglie.begin(), famiglie.end(), [&](std::string_view inizio) {
+    return nome.starts_with(inizio) && nome.size() <= inizio.size() + 2 &&
+           nome.find_first_not_of("0123456789", inizio.size()) == std::string::npos;
+  });
+  return famiglia || std::find(intere.begin(), intere.end(), nome) != intere.end();
 }
 
 /// The encoding that the XML declaration names, UTF-8 where it names none.
@@ -93,9 +117,15 @@ std::string Decodifica(std::string_view documento) {
   if (!NomeValido(codifica)) {
     throw ErroreRuntime(errori::Driver, "Documento XML con una dichiarazione di codifica non valida.");
   }
+  const auto sconosciuta = [&] {
+    return ErroreRuntime(errori::Driver, "Documento XML in una codifica sconosciuta: " + codifica + ".");
+  };
+  if (!Conosciuta(codifica)) {
+    throw sconosciuta();
+  }
   const Convertitore convertitore(codifica);
   if (!convertitore.Valido()) {
-    throw ErroreRuntime(errori::Driver, "Documento XML in una codifica sconosciuta: " + codifica + ".");
+    throw sconosciuta();
   }
   std::string testo;
   if (!convertitore.Converti(documento, testo)) {

@@ -51,10 +51,35 @@ std::size_t DopoSezione(std::string_view testo, std::size_t posizione) {
   return posizione;
 }
 
-bool SenzaControlli(std::string_view testo) {
-  for (const char carattere : testo) {
-    const auto codice = static_cast<unsigned char>(carattere);
-    if (codice < 0x20 && codice != 0x9 && codice != 0xA && codice != 0xD) {
+/// Takes the first character off a UTF-8 text; a value that no document may hold where the bytes are none.
+std::uint32_t PrimoCarattere(std::string_view& testo) {
+  static constexpr std::uint32_t NonValido = 0;
+  const auto byte = [&](std::size_t posto) { return static_cast<unsigned char>(testo[posto]); };
+  const std::uint32_t primo = byte(0);
+  if (primo < 0x80) {
+    testo.remove_prefix(1);
+    return primo;
+  }
+  const std::size_t lunghezza = primo >= 0xF0 ? 4 : (primo >= 0xE0 ? 3 : 2);
+  static constexpr std::array<std::uint32_t, 5> minimi{0, 0, 0x80, 0x800, 0x10000};
+  if (primo < 0xC0 || primo > 0xF7 || testo.size() < lunghezza) {
+    return NonValido;
+  }
+  std::uint32_t codice = primo & (0x7FU >> lunghezza);
+  for (std::size_t posto = 1; posto < lunghezza; ++posto) {
+    if ((byte(posto) & 0xC0U) != 0x80U) {
+      return NonValido;
+    }
+    codice = codice << 6U | (byte(posto) & 0x3FU);
+  }
+  testo.remove_prefix(lunghezza);
+  return codice >= minimi[lunghezza] ? codice : NonValido;
+}
+
+/// The converter of encodings lets values pass that are no characters.
+bool SoloCaratteriAmmessi(std::string_view testo) {
+  while (!testo.empty()) {
+    if (!CarattereAmmesso(PrimoCarattere(testo))) {
       return false;
     }
   }
@@ -65,7 +90,7 @@ bool SenzaControlli(std::string_view testo) {
 
 bool RiferimentiValidi(std::string_view testo) {
   static constexpr std::size_t LunghezzaMassima = 16;
-  if (!SenzaControlli(testo)) {
+  if (!SoloCaratteriAmmessi(testo)) {
     return false;
   }
   std::size_t posizione = 0;
