@@ -90,6 +90,10 @@ int seconds(const std::string& value) {
   return result;
 }
 
+/// The driver manager and the drivers copy the values into buffers of their own, whose sizes they do not tell; and the
+/// length of the whole text is a 16-bit number.
+constexpr std::size_t longestValue = 1000;
+
 /// A value as an ODBC connection string takes it: in braces where a character would end it or open braces. "%" and
 /// "+" too want braces, because PostgreSQL's driver decodes a bare value as it would an address.
 std::string carried(const std::string& value, const char* name) {
@@ -130,6 +134,9 @@ ConnectionSettings LeggiTestoConnessione(std::string_view testo) {
 std::string TestoOdbc(const ConnectionSettings& impostazioni) {
   if (trimmed(impostazioni.DataSource).empty())
     throw ErroreRuntime(errori::Driver, "Connessione alla base dati: l'origine dati ODBC non è indicata.", "ODBC");
+  for (const std::string* value : {&impostazioni.DataSource, &impostazioni.UserId, &impostazioni.Password})
+    if (value->size() > longestValue)
+      malformed("un valore supera i 1000 byte.");
   if (impostazioni.DataSource.find_first_of(std::string_view("[]{};=\0", 7)) != std::string::npos)
     malformed("il nome dell'origine dati contiene un carattere non ammesso.");
   return "DSN=" + impostazioni.DataSource +

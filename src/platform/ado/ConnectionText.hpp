@@ -20,7 +20,8 @@ struct ConnectionSettings {
 [[nodiscard]] ConnectionSettings LeggiTestoConnessione(std::string_view testo);
 
 /// Writes the settings as an ODBC connection string: DSN, UID and PWD, values in braces where they need them.
-/// Raises a run-time error for an empty data source, or for a value that no ODBC connection string can carry.
+/// Raises a run-time error for an empty data source, or for a value that no ODBC connection string can carry
+/// or that has more than 1000 bytes.
 [[nodiscard]] std::string TestoOdbc(const ConnectionSettings& impostazioni);
 
 } // namespace lumoscad::ado
