@@ -15,9 +15,10 @@ using testing::HasSubstr;
 class AmbienteDelCollegamento : public testing::Test {
  protected:
   void SetUp() override {
-    for (const auto* nome : {"NEXARO_TRASPORTO", "NEXARO_ATTESA", "NEXARO_CARTELLA_LOCALE", "TMPDIR"}) {
+    for (const auto* nome : {"NEXARO_ATTESA", "NEXARO_CARTELLA_LOCALE", "TMPDIR"}) {
       variabili.Togli(nome);
     }
+    variabili.Imposta("NEXARO_TRASPORTO", "cartella");
     variabili.Imposta("NEXARO_POSTAZIONE", "T01");
     variabili.Imposta("NEXARO_RADICE", cartella.Percorso());
     variabili.Imposta("XDG_RUNTIME_DIR", cartella.Percorso());
@@ -94,13 +95,7 @@ TEST_F(AmbienteDelCollegamento, RefusesARelativeOrMissingLocalDirectory) {
   EXPECT_THAT(Rifiuto(), HasSubstr("file inesistente"));
 }
 
-TEST_F(AmbienteDelCollegamento, DirectoryTransportIsTheDefault) {
-  EXPECT_NE(nexaro::CreaHostLink(), nullptr);
-}
-
 TEST_F(AmbienteDelCollegamento, RefusesTransportsItDoesNotHave) {
-  variabili.Imposta("NEXARO_TRASPORTO", "ssh");
-  EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("non è disponibile in questa versione"));
   variabili.Imposta("NEXARO_TRASPORTO", "piccione");
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("«piccione»"));
 }

@@ -1,6 +1,5 @@
 #include "platform/nexaro/File.hpp"
 
-#include "platform/nexaro/Descrittore.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
 #include <array>
@@ -8,67 +7,54 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <random>
-#include <string_view>
 #include <sys/stat.h>
 
 namespace lumoscad::nexaro {
 
-namespace {
-
-/// A file under a private name, removed again unless it got its final name.
-class FileProvvisorio {
- public:
-  FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione) {
-    static constexpr int Tentativi = 100;
-    const auto barra = destinazione.rfind('/');
-    const auto cartella = barra == std::string::npos ? std::string() : destinazione.substr(0, barra + 1);
-    std::random_device caso;
-    for (int tentativo = 0; tentativo < Tentativi && !descrittore_.Aperto(); ++tentativo) {
-      nome_ = cartella + ".lumoscad-" + std::to_string(::getpid()) + "-" + std::to_string(caso());
-      descrittore_ = Descrittore(::open(nome_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modo));
-      if (!descrittore_.Aperto() && errno != EEXIST) {
-        break;
-      }
+FileProvvisorio::FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione) {
+  static constexpr int Tentativi = 100;
+  const auto barra = destinazione.rfind('/');
+  const auto cartella = barra == std::string::npos ? std::string() : destinazione.substr(0, barra + 1);
+  std::random_device caso;
+  for (int tentativo = 0; tentativo < Tentativi && !descrittore_.Aperto(); ++tentativo) {
+    nome_ = cartella + ".lumoscad-" + std::to_string(::getpid()) + "-" + std::to_string(caso());
+    descrittore_ = Descrittore(::open(nome_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modo));
+    if (!descrittore_.Aperto() && errno != EEXIST) {
+      break;
     }
-    if (!descrittore_.Aperto()) {
+  }
+  if (!descrittore_.Aperto()) {
+    throw ErroreSistema(operazione, errno);
+  }
+}
+
+FileProvvisorio::~FileProvvisorio() {
+  if (!definitivo_) {
+    ::unlink(nome_.c_str());
+  }
+}
+
+void FileProvvisorio::Scrivi(std::string_view dati, const std::string& operazione) const {
+  while (!dati.empty()) {
+    const auto scritti = ::write(descrittore_.Numero(), dati.data(), dati.size());
+    if (scritti >= 0) {
+      dati.remove_prefix(static_cast<std::size_t>(scritti));
+    } else if (errno != EINTR) {
       throw ErroreSistema(operazione, errno);
     }
   }
-  FileProvvisorio(const FileProvvisorio&) = delete;
-  FileProvvisorio& operator=(const FileProvvisorio&) = delete;
-  ~FileProvvisorio() {
-    if (!definitivo_) {
-      ::unlink(nome_.c_str());
-    }
+}
+
+void FileProvvisorio::Pubblica(const std::string& destinazione, const std::string& operazione) {
+  if (::fsync(descrittore_.Numero()) != 0 || descrittore_.Chiudi() != 0 ||
+      ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
+    throw ErroreSistema(operazione, errno);
   }
+  definitivo_ = true;
+}
 
-  void Scrivi(std::string_view dati, const std::string& operazione) const {
-    while (!dati.empty()) {
-      const auto scritti = ::write(descrittore_.Numero(), dati.data(), dati.size());
-      if (scritti >= 0) {
-        dati.remove_prefix(static_cast<std::size_t>(scritti));
-      } else if (errno != EINTR) {
-        throw ErroreSistema(operazione, errno);
-      }
-    }
-  }
-
-  void Pubblica(const std::string& destinazione, const std::string& operazione) {
-    if (::fsync(descrittore_.Numero()) != 0 || descrittore_.Chiudi() != 0 ||
-        ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
-      throw ErroreSistema(operazione, errno);
-    }
-    definitivo_ = true;
-  }
-
- private:
-  std::string nome_;
-  Descrittore descrittore_;
-  bool definitivo_ = false;
-};
-
-/// Opens without waiting: a pipe in the file's place must not hold the caller up.
 Descrittore ApriOrdinario(const std::string& percorso, const std::string& operazione) {
+  // Opens without waiting: a pipe in the file's place must not hold the caller up.
   Descrittore descrittore(::open(percorso.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat stato {};
   if (!descrittore.Aperto() || ::fstat(descrittore.Numero(), &stato) != 0) {
@@ -80,22 +66,25 @@ Descrittore ApriOrdinario(const std::string& percorso, const std::string& operaz
   return descrittore;
 }
 
-} // namespace
+std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const std::string& operazione) {
+  for (;;) {
+    const auto letti = ::read(file.Numero(), tampone.data(), tampone.size());
+    if (letti >= 0) {
+      return static_cast<std::size_t>(letti);
+    }
+    if (errno != EINTR) {
+      throw ErroreSistema(operazione, errno);
+    }
+  }
+}
 
 void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo,
                const std::string& operazione) {
   const auto ingresso = ApriOrdinario(sorgente, operazione);
   FileProvvisorio copia(destinazione, modo, operazione);
   std::array<char, 65536> tampone;
-  for (;;) {
-    const auto letti = ::read(ingresso.Numero(), tampone.data(), tampone.size());
-    if (letti > 0) {
-      copia.Scrivi({tampone.data(), static_cast<std::size_t>(letti)}, operazione);
-    } else if (letti == 0) {
-      break;
-    } else if (errno != EINTR) {
-      throw ErroreSistema(operazione, errno);
-    }
+  for (std::size_t letti = 0; (letti = LeggiBlocco(ingresso, tampone, operazione)) > 0;) {
+    copia.Scrivi({tampone.data(), letti}, operazione);
   }
   copia.Pubblica(destinazione, operazione);
 }

@@ -1,14 +1,46 @@
 #pragma once
 
+#include "platform/nexaro/Descrittore.hpp"
+
+#include <cstddef>
+#include <span>
 #include <string>
+#include <string_view>
 #include <sys/types.h>
 
 namespace lumoscad::nexaro {
 
-/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole or not at all: the copy is written under
-/// a private name beside it, brought to the disk and renamed. What stands at `destinazione` is replaced; a symbolic
-/// link there is not followed. `modo` holds the permissions before the umask. `operazione` begins the text of the
-/// run-time error.
+// `operazione` begins the text of the run-time error that each of these raises.
+
+/// A file under a private name beside `destinazione`, removed again unless it got its final name.
+class FileProvvisorio {
+ public:
+  /// `modo` holds the permissions before the umask.
+  FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione);
+  FileProvvisorio(const FileProvvisorio&) = delete;
+  FileProvvisorio& operator=(const FileProvvisorio&) = delete;
+  ~FileProvvisorio();
+
+  void Scrivi(std::string_view dati, const std::string& operazione) const;
+
+  /// Brings the file to the disk and renames it; what stands at `destinazione` is replaced, a symbolic link there is
+  /// not followed.
+  void Pubblica(const std::string& destinazione, const std::string& operazione);
+
+ private:
+  std::string nome_;
+  Descrittore descrittore_;
+  bool definitivo_ = false;
+};
+
+/// Opens an ordinary file for reading; anything else is refused without waiting for it.
+[[nodiscard]] Descrittore ApriOrdinario(const std::string& percorso, const std::string& operazione);
+
+/// Reads up to the size of `tampone`; 0 at the end of the file.
+[[nodiscard]] std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const std::string& operazione);
+
+/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole or not at all. `modo` holds the
+/// permissions before the umask.
 void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo,
                const std::string& operazione);
 

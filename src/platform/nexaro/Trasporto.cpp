@@ -1,4 +1,5 @@
 #include "platform/nexaro/CollegamentoCartella.hpp"
+#include "platform/nexaro/CollegamentoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
@@ -7,11 +8,11 @@ namespace lumoscad::nexaro {
 
 std::unique_ptr<HostLink> CreaHostLink() {
   const auto trasporto = Impostazione("NEXARO_TRASPORTO");
-  if (trasporto == "ssh") {
-    throw ErroreLink("Il trasporto «ssh» (NEXARO_TRASPORTO) non è disponibile in questa versione.");
+  if (trasporto.empty() || trasporto == "ssh") {
+    return std::make_unique<CollegamentoSsh>(LeggiImpostazioniSsh());
   }
-  if (!trasporto.empty() && trasporto != "cartella") {
-    throw ErroreLink("NEXARO_TRASPORTO sconosciuto: vale «" + trasporto + "», è ammesso «cartella».");
+  if (trasporto != "cartella") {
+    throw ErroreLink("NEXARO_TRASPORTO sconosciuto: vale «" + trasporto + "», sono ammessi «ssh» e «cartella».");
   }
   const auto radice = Impostazione("NEXARO_RADICE");
   if (radice.empty()) {

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/xml/Nodo.hpp"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::nexaro {
+
+/// Bytes of a program's standard error that are kept for the message.
+inline constexpr std::size_t MassimoErroriMostrati = 2000;
+
+/// Raises a run-time error unless `remoto` is an absolute path of the host without ".." and null characters.
+void VerificaPercorso(std::string_view remoto);
+
+/// "Il programma VB0001 sull'host 10.0.0.1", the subject of every message about a call.
+[[nodiscard]] std::string SoggettoProgramma(std::string_view programma, std::string_view host);
+
+/// Raises a run-time error unless `programma` is a plain name and no parameter holds a null character.
+void VerificaChiamata(std::string_view programma, const std::vector<std::string>& parametri,
+                      const std::string& soggetto);
+
+/// The end of a message: a full stop, or a colon and what the program wrote to its standard error (UTF-8, at most
+/// `MassimoErroriMostrati` bytes of it, never half a character).
+[[nodiscard]] std::string CodaMessaggio(std::string errori);
+
+/// Raises the error of a program that ended with an exit status other than 0.
+void VerificaStato(int stato, const std::string& soggetto, const std::string& coda);
+
+/// The document that a program answered. Raises a run-time error, which begins with `soggetto`, when there is none or
+/// when it is not fit.
+[[nodiscard]] xml::Nodo LeggiRisposta(const std::string& uscita, const std::string& soggetto, const std::string& coda);
+
+} // namespace lumoscad::nexaro

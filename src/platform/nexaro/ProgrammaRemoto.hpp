@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/nexaro/Canale.hpp"
+
+#include <memory>
+#include <string>
+
+namespace lumoscad::nexaro {
+
+/// What a program on the host answered, byte for byte.
+struct EsitoRemoto {
+  std::string uscita;       ///< standard output
+  std::string errori;       ///< the beginning of standard error
+  std::optional<int> stato; ///< the exit status; nothing when a signal killed the program
+  std::string segnale;      ///< the signal's name without "SIG"
+  std::string interruzione; ///< why the call was given up, to stand behind the program's name; the outcome on the
+                            ///< host is not known then, and the connection must not be used any more
+};
+
+/// Opens the channel for one program; nothing is started yet.
+[[nodiscard]] std::unique_ptr<Canale> PreparaProgramma(Sessione& sessione);
+
+/// Runs a command line with an empty standard input and waits for its end. Raises `RichiestaRifiutata` when the host
+/// did not start it. Every other failure is told in the result: the program may have been started.
+[[nodiscard]] EsitoRemoto EseguiRemoto(Canale& canale, const std::string& riga);
+
+} // namespace lumoscad::nexaro

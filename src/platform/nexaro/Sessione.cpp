@@ -1,0 +1,128 @@
+#include "platform/nexaro/Sessione.hpp"
+
+#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/Testi.hpp"
+
+#include <algorithm>
+#include <new>
+
+namespace lumoscad::nexaro {
+
+namespace {
+
+void Imposta(ssh_session sessione, ssh_options_e opzione, const void* valore, const char* nome) {
+  if (ssh_options_set(sessione, opzione, valore) != SSH_OK) {
+    throw ErroreLink("Preparazione del collegamento SSH: valore non ammesso per " + std::string(nome) + ".");
+  }
+}
+
+/// An address that could be taken for something else (a user, an option) is refused.
+void VerificaIndirizzo(const std::string& host) {
+  bool valido = !host.empty() && host.front() != '-' && host.size() <= 255;
+  for (const char carattere : host) {
+    const auto codice = static_cast<unsigned char>(carattere);
+    valido = valido && codice > 0x20 && codice < 0x7F &&
+             std::string_view("@/\\\"'`,|*?!#$").find(carattere) == std::string_view::npos;
+  }
+  if (!valido) {
+    throw ErroreLink("Indirizzo dell'host (-H) non ammesso: " + Cita(host) + ".");
+  }
+}
+
+} // namespace
+
+Sessione::Sessione(const ImpostazioniSsh& impostazioni, const std::string& host)
+    : host_(host), attesa_(impostazioni.attesa), termineApertura_(NuovoTermine()), sessione_(ssh_new()) {
+  if (!sessione_) {
+    throw std::bad_alloc();
+  }
+  VerificaIndirizzo(host);
+  const bool no = false;
+  // The settings of the link are the environment's alone: the files of the ssh program stay out of it.
+  Imposta(Grezza(), SSH_OPTIONS_PROCESS_CONFIG, &no, "la configurazione");
+  Imposta(Grezza(), SSH_OPTIONS_GLOBAL_KNOWNHOSTS, "/dev/null", "gli host noti");
+  Imposta(Grezza(), SSH_OPTIONS_KNOWNHOSTS, impostazioni.noti.c_str(), "NEXARO_SSH_NOTI");
+  Imposta(Grezza(), SSH_OPTIONS_HOST, host.c_str(), "l'indirizzo dell'host (-H)");
+  Imposta(Grezza(), SSH_OPTIONS_PORT, &impostazioni.porta, "NEXARO_SSH_PORTA");
+  Imposta(Grezza(), SSH_OPTIONS_USER, impostazioni.utente.c_str(), "NEXARO_SSH_UTENTE");
+  auto presa = ApriPresa(host, impostazioni.porta, termineApertura_, attesa_);
+  const socket_t numero = presa.Numero();
+  Imposta(Grezza(), SSH_OPTIONS_FD, &numero, "la connessione");
+  const auto operazione = "Collegamento all'host " + host + " (porta " + std::to_string(impostazioni.porta) + ")";
+  const bool inTempo = LimitaAttesa();
+  // From here on the connection is closed by libssh.
+  static_cast<void>(presa.Cedi());
+  if (!inTempo || ssh_connect(Grezza()) != SSH_OK) {
+    if (TempoRestante(termineApertura_).count() == 0) {
+      throw ErroreLink(operazione + ": il servizio SSH non ha risposto entro " + Secondi(attesa_) +
+                       ". Verificare che l'host sia in funzione.");
+    }
+    throw ErroreLink(operazione + ": l'apertura del collegamento SSH non è riuscita (" + ssh_get_error(Grezza()) +
+                     "). Verificare che a questa porta risponda un servizio SSH.");
+  }
+}
+
+Sessione::~Sessione() {
+  if (evento_) {
+    ssh_event_remove_session(evento_.get(), Grezza());
+  }
+  ssh_disconnect(Grezza());
+}
+
+bool Sessione::LimitaAttesa() const {
+  const auto resta = TempoRestante(termineApertura_);
+  const long secondi = static_cast<long>(resta.count() / 1000);
+  const long micro = static_cast<long>(resta.count() % 1000) * 1000;
+  // Two zeros would mean the library's own default.
+  return resta.count() > 0 && ssh_options_set(Grezza(), SSH_OPTIONS_TIMEOUT, &secondi) == SSH_OK &&
+         ssh_options_set(Grezza(), SSH_OPTIONS_TIMEOUT_USEC, &micro) == SSH_OK;
+}
+
+void Sessione::Attiva() {
+  ssh_set_blocking(Grezza(), 0);
+  evento_.reset(ssh_event_new());
+  if (!evento_ || ssh_event_add_session(evento_.get(), Grezza()) != SSH_OK) {
+    throw std::bad_alloc();
+  }
+}
+
+bool Sessione::Viva() const {
+  return !guasta_ && ssh_is_connected(Grezza()) != 0;
+}
+
+void Sessione::Serve(Termine termine) {
+  if (!Viva()) {
+    throw ConnessionePersa(MotivoPerdita());
+  }
+  const auto resta = TempoRestante(termine).count();
+  if (resta == 0) {
+    throw ConnessionePersa("nessuna risposta entro " + Secondi(attesa_));
+  }
+  if (ssh_event_dopoll(evento_.get(), static_cast<int>(std::min<long>(resta, 60000))) == SSH_ERROR) {
+    guasta_ = true;
+  }
+}
+
+void Sessione::ServeSubito() {
+  while (Viva()) {
+    const int esito = ssh_event_dopoll(evento_.get(), 0);
+    guasta_ = guasta_ || esito == SSH_ERROR;
+    if (esito != SSH_OK) {
+      return;
+    }
+  }
+}
+
+std::string Sessione::MotivoPerdita() const {
+  const std::string dettaglio = ssh_get_error(Grezza());
+  return "la connessione è caduta" + (dettaglio.empty() ? std::string() : " (" + dettaglio + ")");
+}
+
+void Sessione::Rifiutata() const {
+  if (!Viva()) {
+    throw ConnessionePersa(MotivoPerdita());
+  }
+  throw RichiestaRifiutata();
+}
+
+} // namespace lumoscad::nexaro

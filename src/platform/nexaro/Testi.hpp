@@ -1,0 +1,18 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+namespace lumoscad::nexaro {
+
+/// " sull'host 10.0.0.1", as the end of what was tried; without the address where there is none.
+[[nodiscard]] std::string SullHost(std::string_view host);
+
+/// The text in the quotation marks of the messages.
+[[nodiscard]] std::string Cita(std::string_view testo);
+
+/// A wait in words: "60 secondi", "0,300 secondi".
+[[nodiscard]] std::string Secondi(std::chrono::milliseconds attesa);
+
+} // namespace lumoscad::nexaro

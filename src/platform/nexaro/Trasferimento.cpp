@@ -1,0 +1,171 @@
+#include "platform/nexaro/Trasferimento.hpp"
+
+#include <algorithm>
+#include <deque>
+#include <vector>
+
+namespace lumoscad::nexaro {
+
+namespace {
+
+/// Every server takes blocks of this size (draft-ietf-secsh-filexfer-02, section 3).
+constexpr std::uint32_t Blocco = 32768;
+/// As many bytes as an OpenSSH server lets a channel have under way (2 MiB).
+constexpr std::size_t MassimoInViaggio = 64;
+
+std::string ApriNuovo(Sftp& sftp, std::string_view percorso, std::uint32_t modo) {
+  // Only a file of our own making is written: neither another user's nor whatever a symbolic link points to.
+  constexpr auto apertura = apertura_sftp::Scrittura | apertura_sftp::Creazione | apertura_sftp::SoloNuovo;
+  try {
+    return sftp.Apri(percorso, apertura, modo);
+  } catch (const ErroreSftp&) {
+    const auto presente = sftp.Guarda(percorso, false);
+    if (!presente) {
+      throw;
+    }
+    if (presente->IsCartella()) {
+      throw ErroreSftp(stato_sftp::Fallimento, {}, "è una cartella");
+    }
+  }
+  sftp.Cancella(percorso);
+  return sftp.Apri(percorso, apertura, modo);
+}
+
+std::string Cartella(std::string_view percorso) {
+  const auto barra = percorso.rfind('/');
+  return barra == 0 ? "/" : std::string(percorso.substr(0, barra));
+}
+
+/// The protocol has no code for a full disk: an unexplained failure to write is looked into.
+ErroreSftp ErroreScrittura(Sftp& sftp, std::string_view percorso, const ErroreSftp& errore) {
+  if (errore.Codice() != stato_sftp::Fallimento) {
+    return errore;
+  }
+  std::optional<std::uint64_t> libero;
+  try {
+    libero = sftp.SpazioLibero(Cartella(percorso));
+  } catch (const ErroreSftp&) {
+    libero.reset();
+  }
+  if (libero && *libero < Blocco) {
+    return {errore.Codice(), {}, "spazio esaurito sull'host. Avvertire l'amministratore dell'host"};
+  }
+  return {errore.Codice(),
+          {},
+          "l'host non ha potuto scrivere il file: può essere esaurito lo spazio, o la quota dell'utente. Avvertire "
+          "l'amministratore dell'host"};
+}
+
+std::uint64_t InviaBlocchi(Sftp& sftp, std::string_view handle, const Sorgente& sorgente) {
+  std::vector<char> tampone(Blocco);
+  std::deque<std::uint32_t> inViaggio;
+  std::uint64_t posto = 0;
+  for (std::size_t letti = 0; (letti = sorgente(tampone)) > 0; posto += letti) {
+    if (inViaggio.size() == MassimoInViaggio) {
+      sftp.AttendiEsito(inViaggio.front());
+      inViaggio.pop_front();
+    }
+    inViaggio.push_back(sftp.ChiediScrittura(handle, posto, {tampone.data(), letti}));
+  }
+  for (const auto numero : inViaggio) {
+    sftp.AttendiEsito(numero);
+  }
+  return posto;
+}
+
+void Concludi(Sftp& sftp, std::string_view handle, std::uint64_t attesi) {
+  const auto scarico = sftp.ChiediScaricoSuDisco(handle);
+  const auto attributi = sftp.ChiediAttributi(handle);
+  const auto chiusura = sftp.ChiediChiusura(handle);
+  if (scarico) {
+    sftp.AttendiEsito(*scarico);
+  }
+  const auto dimensione = sftp.AttendiAttributi(attributi).dimensione;
+  sftp.AttendiEsito(chiusura);
+  if (dimensione != attesi) {
+    throw ErroreSftp(stato_sftp::Fallimento, {},
+                     "sull'host il file è di " + (dimensione ? std::to_string(*dimensione) : "un numero ignoto di") +
+                         " byte invece di " + std::to_string(attesi));
+  }
+}
+
+/// Undoes as much of a failed upload as the host allows.
+void Rimuovi(Sftp& sftp, std::string_view handle, std::string_view percorso) {
+  sftp.AttendiTutte();
+  try {
+    sftp.Chiudi(handle);
+  } catch (const ErroreSftp&) { // NOLINT(bugprone-empty-catch): closed already
+  }
+  try {
+    sftp.Cancella(percorso);
+  } catch (const ErroreSftp&) { // NOLINT(bugprone-empty-catch): the failure of the upload is what counts
+  }
+}
+
+} // namespace
+
+void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, bool& creato) {
+  const auto handle = ApriNuovo(sftp, percorso, modo);
+  creato = true;
+  try {
+    Concludi(sftp, handle, InviaBlocchi(sftp, handle, sorgente));
+  } catch (const ConnessionePersa&) {
+    throw;
+  } catch (const ErroreSftp& errore) {
+    Rimuovi(sftp, handle, percorso);
+    throw ErroreScrittura(sftp, percorso, errore);
+  } catch (...) {
+    Rimuovi(sftp, handle, percorso);
+    throw;
+  }
+}
+
+void Scarica(Sftp& sftp, std::string_view percorso, const Deposito& deposito) {
+  // Looked at first: to open a pipe would hold the host's service up.
+  const auto presente = sftp.Guarda(percorso, true);
+  if (!presente) {
+    throw ErroreSftp(stato_sftp::FileInesistente, {});
+  }
+  if (!presente->IsOrdinario()) {
+    throw ErroreSftp(stato_sftp::Fallimento, {}, presente->IsCartella() ? "è una cartella" : "non è un file ordinario");
+  }
+  const auto handle = sftp.Apri(percorso, apertura_sftp::Lettura, 0);
+  try {
+    std::deque<std::uint32_t> inViaggio;
+    std::size_t massimo = 2;
+    std::uint64_t posto = 0;   // of the next request
+    std::uint64_t scritti = 0; // what was handed on
+    for (bool finito = false; !finito;) {
+      for (; inViaggio.size() < massimo; posto += Blocco) {
+        inViaggio.push_back(sftp.ChiediLettura(handle, posto, Blocco));
+      }
+      const auto dati = sftp.AttendiDati(inViaggio.front());
+      inViaggio.pop_front();
+      finito = !dati;
+      if (dati && (dati->empty() || dati->size() > Blocco)) {
+        throw ConnessionePersa("il servizio SFTP dell'host ha dato un blocco non valido");
+      }
+      if (dati) {
+        deposito(*dati);
+        scritti += dati->size();
+        massimo = std::min(massimo * 2, MassimoInViaggio);
+      }
+      if (finito || dati->size() < Blocco) {
+        // A short block is no end of the file: what was asked for behind it is asked for again from there.
+        sftp.AttendiTutte();
+        inViaggio.clear();
+        posto = scritti;
+        massimo = 1;
+      }
+    }
+    sftp.Chiudi(handle);
+  } catch (const ConnessionePersa&) {
+    throw;
+  } catch (...) {
+    sftp.AttendiTutte();
+    sftp.Chiudi(handle);
+    throw;
+  }
+}
+
+} // namespace lumoscad::nexaro

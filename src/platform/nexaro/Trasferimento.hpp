@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/nexaro/Sftp.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace lumoscad::nexaro {
+
+/// Fills the buffer with what comes next and returns its size; 0 at the end.
+using Sorgente = std::function<std::size_t(std::span<char>)>;
+/// Takes what comes next.
+using Deposito = std::function<void(std::string_view)>;
+
+/// Writes a new file at `percorso` on the host, in place of what is there, with many blocks under way at once; returns
+/// when the host has brought it to its disk (where it offers that) and its size is right. `creato` becomes true once
+/// the file stands there. When it fails with anything but `ConnessionePersa` the half file is removed again.
+void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, bool& creato);
+
+/// Reads the ordinary file at `percorso` on the host from its beginning to its end, with many blocks under way at once.
+void Scarica(Sftp& sftp, std::string_view percorso, const Deposito& deposito);
+
+} // namespace lumoscad::nexaro

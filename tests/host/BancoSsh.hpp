@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Banco.hpp"
+#include "platform/nexaro/CollegamentoSsh.hpp"
+#include "support/ServerSsh.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lumoscad::prove {
+
+/// One server that the cases of the program share, and a component that is set to it.
+class BancoSsh : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    ASSERT_TRUE(prova::ServerSsh::Disponibile());
+    server = std::make_unique<prova::ServerSsh>(fs::path(LUMOSCAD_CARTELLA_PROVE) / "ssh");
+  }
+  static void TearDownTestSuite() { server.reset(); }
+
+  void SetUp() override {
+    for (const auto* nome : {"host", "programmi", "locale"}) {
+      fs::create_directories(base / nome);
+    }
+    impostazioni = Impostazioni();
+    Collega();
+  }
+
+  [[nodiscard]] nexaro::ImpostazioniSsh Impostazioni() const {
+    nexaro::ImpostazioniSsh valori;
+    valori.porta = static_cast<unsigned>(server->Porta());
+    valori.utente = server->Utente();
+    valori.chiave = server->Chiave();
+    valori.noti = server->Noti();
+    valori.programmi = base / "programmi";
+    valori.attesa = std::chrono::seconds(20);
+    return valori;
+  }
+
+  /// A new component with the present settings.
+  void Collega() { collegamento.emplace(impostazioni); }
+
+  void Programma(const std::string& corpo) const { ScriviProgramma(base / "programmi/VB0001", corpo); }
+
+  std::optional<xml::Nodo> Risposta(const std::vector<std::string>& parametri = {}) {
+    std::optional<xml::Nodo> ricevuto;
+    nexaro::XMLParser lettore;
+    lettore.Parse = [&](const xml::Nodo& nodo) { ricevuto = nodo; };
+    collegamento->EseguiProgramma(Host, "VB0001", parametri, lettore);
+    return ricevuto;
+  }
+  std::string Rifiuto() {
+    return ErroreDi([this] { static_cast<void>(Risposta()); }).Descrizione();
+  }
+  void Invia(const std::string& nome, const std::string& contenuto) {
+    Scrivi(base / ("locale/" + nome), contenuto);
+    collegamento->InviaFile(Host, base / ("locale/" + nome), base / ("host/" + nome));
+  }
+  [[nodiscard]] std::vector<std::string> NomiIn(const std::string& nome) const {
+    std::vector<std::string> nomi;
+    for (const auto& voce : fs::directory_iterator(base / nome)) {
+      nomi.push_back(voce.path().filename().string());
+    }
+    std::sort(nomi.begin(), nomi.end());
+    return nomi;
+  }
+
+  static constexpr const char* Host = "127.0.0.1";
+  static inline std::unique_ptr<prova::ServerSsh> server; // NOLINT: shared by the cases
+  CartellaProvvisoria base;
+  nexaro::ImpostazioniSsh impostazioni;
+  std::optional<nexaro::CollegamentoSsh> collegamento;
+  std::string testo;
+};
+
+} // namespace lumoscad::prove
