@@ -1,0 +1,149 @@
+#include "BaseDelleAzioni.hpp"
+#include "handlers/ModuloMain.hpp"
+#include "host/RichiestaScadenze.hpp"
+#include "host/Risposte.hpp"
+#include "platform/Errore.hpp"
+#include "screens/FormLumoScad.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
+
+using namespace lumoscad;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+using Elenco = frmLumoScadenzeBanche;
+
+/// The rows that the due-date request takes: those of the credits/debits list, whichever screen confirms.
+std::vector<RigaScadenze> RigheDellElenco(Elenco& elenco) {
+  const RigheGriglia& griglia = elenco.griglia().Righe;
+  std::vector<RigaScadenze> righe;
+  for (std::size_t posto = 0; posto < griglia.Quante(); ++posto) {
+    const auto testo = [&griglia, riga = griglia.RigaAlPosto(posto)](int colonna) {
+      return std::string(griglia.Testo(riga, colonna));
+    };
+    righe.push_back({testo(Elenco::Conto), testo(Elenco::Partita), testo(Elenco::Scadenza), testo(Elenco::ScadenzaOrig),
+                     testo(Elenco::NuovaScadenza)});
+  }
+  return righe;
+}
+
+/// The single-item screen with the true request writer, the true extra deletion and a database behind them.
+class ScadenzarioVero : public prova::BaseDelleAzioni {
+ protected:
+  ScadenzarioVero() {
+    stato().Azienda = "01";
+    stato().HostIP = "10.0.0.1";
+    stato().TipoComando = "BANCA";
+    stato().ContoScadenze = "C10";
+    stato().PartitaScadenze = "AB   123";
+    stato().Serie = "A";
+    stato().Esercizio = "2006";
+    stato().Numero = "15";
+    form.Righe.Aggiungi({"31/03/2006", "28/02/2006", "100,00", ""});
+    form.Righe.Aggiungi({"31/05/2006", "31/05/2006", "100,00", ""});
+  }
+
+  void NellElenco(const std::string& scadenza, const std::string& originale, const std::string& nuova) {
+    elenco.griglia().Righe.Aggiungi({"C10", "AB   123", scadenza, originale, "", "100,00", "", nuova, "1", "", "", ""});
+  }
+  /// "Conferma" in the window of the open item.
+  std::string ConfermaScad() {
+    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.conferma(); });
+    return form.VisualizzaScad();
+  }
+  std::string ConfermaExtra() {
+    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.conferma(); });
+    return form.VisualizzaExtra();
+  }
+
+  Elenco elenco;
+  FormLumoScad form{[this] { return ScriviRichiestaScadenze(RigheDellElenco(elenco)); },
+                    [] {
+                      const Stato& s = stato();
+                      return ModuloMain::CancellaExtra(s.Azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
+                    }};
+};
+
+// What is tested here is how the parts fit together, which no kind of database changes.
+INSTANTIATE_TEST_SUITE_P(BasiDati, ScadenzarioVero, testing::Values("sqlite"),
+                         [](const auto& scelta) { return std::string(scelta.param); });
+
+} // namespace
+
+TEST_P(ScadenzarioVero, LaConfermaDellaPartitaMandaLaRichiestaELaRipeteNellaBaseDati) {
+  NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
+  NellElenco("30/04/2006", "30/04/2006", "");
+  EXPECT_EQ(ConfermaScad(), "");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,AB   123,28/02/2006,05/07/2006\r\n"));
+  ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
+  EXPECT_EQ(banco_.host.chiamate[0][1], "SCRIVISCADENZE");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");
+}
+
+TEST_P(ScadenzarioVero, SenzaRigheNellElencoLaConfermaNonMandaNullaQualunqueCosaSiaScrittaNellaFinestra) {
+  form.TextScadenza_Change("050706");
+  form.PicSelezionaTutto_Click();
+  EXPECT_EQ(form.Righe.Testo(0, FormLumoScad::NuovaScadenza), "05/07/2006");
+  EXPECT_EQ(ConfermaScad(), "");
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  NienteCambiato();
+}
+
+TEST_P(ScadenzarioVero, UnaPartitaCheNonCePiuDaErrore) {
+  stato().PartitaScadenze = "MAI VISTA";
+  NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
+  EXPECT_EQ(ConfermaScad(), "error");
+  NienteCambiato();
+}
+
+TEST_P(ScadenzarioVero, UnaRichiestaTroppoLungaEsceComeErrore) {
+  for (int i = 0; i < 33; ++i) {
+    NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
+  }
+  try {
+    static_cast<void>(ConfermaScad());
+    FAIL() << "nessun errore";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), errori::IndiceNonValido);
+  }
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  NienteCambiato();
+}
+
+TEST_P(ScadenzarioVero, LaConfermaDellExtraCancellaIlMovimentoSullHostENellaBaseDati) {
+  EXPECT_EQ(ConfermaExtra(), "");
+  EXPECT_THAT(banco_.host.chiamate, ElementsAre(std::vector<std::string>{"01", "EXTRADEL", "A", "2006", "15", ""}));
+  EXPECT_THAT(banco_.desktop.attese, SizeIs(1));
+  EXPECT_THAT(base_.Righe("SELECT COUNT(*) FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=2000"), ElementsAre("0"));
+  EXPECT_THAT(base_.Righe("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=2000"), ElementsAre("0"));
+}
+
+TEST_P(ScadenzarioVero, UnRifiutoDellHostDaErroreESiVede) {
+  banco_.host.risposta = "<R><ERRORE>Movimento bloccato</ERRORE></R>";
+  EXPECT_EQ(ConfermaExtra(), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("Movimento bloccato"));
+  NienteCambiato();
+}
+
+TEST_P(ScadenzarioVero, NellaDimostrazioneLaConfermaVieneDopoLaFinestraEHaLoStessoEsito) {
+  stato().DemoPresunti = true;
+  banco_.desktop.copioniScadenzario.emplace_back([this](FinestraScadenzario& finestra) {
+    finestra.elenco.conferma();
+    EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  });
+  EXPECT_EQ(form.VisualizzaExtra(), "");
+  EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui VB0001"));
+}
+
+TEST_P(ScadenzarioVero, AnnullaNonMandaNulla) {
+  NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
+  for (int volta = 0; volta < 2; ++volta) {
+    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.annulla(); });
+  }
+  EXPECT_EQ(form.VisualizzaScad(), "closed");
+  EXPECT_EQ(form.VisualizzaExtra(), "closed");
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  NienteCambiato();
+}
