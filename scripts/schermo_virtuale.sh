@@ -5,8 +5,9 @@
 avvia_schermo_virtuale() {
   local numero="$2/display" tentativo
   : >"$numero"
-  # The server picks a free display number itself, so that two runs never meet.
-  Xvfb -displayfd 3 -screen 0 "${1}x24" -nolisten tcp 3>"$numero" >"$2/xvfb.log" 2>&1 &
+  # The server picks a free display number itself, so that two runs never meet. It does not begin anew when its last
+  # program leaves: a look at it would end what is just connecting.
+  Xvfb -displayfd 3 -screen 0 "${1}x24" -nolisten tcp -noreset 3>"$numero" >"$2/xvfb.log" 2>&1 &
   processi+=($!)
   for ((tentativo = 0; tentativo < 100; tentativo++)); do
     [ -s "$numero" ] && break

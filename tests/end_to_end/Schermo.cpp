@@ -13,10 +13,11 @@ Schermo::Schermo(const std::filesystem::path& cartella, const std::string& misur
   std::filesystem::create_directory(esecuzione_);
   std::filesystem::permissions(esecuzione_, std::filesystem::perms::owner_all);
   const auto numero = cartella / "display";
-  // The server picks a free number itself and writes it once it is ready, so that two displays never meet.
-  server_ = std::make_unique<Figlio>(
-      std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", misura + "x24", "-nolisten", "tcp"},
-      std::vector<std::string>{}, "/dev/null", numero, cartella / "xvfb.log");
+  // The server picks a free number itself and writes it once it is ready, so that two displays never meet. It does not
+  // begin anew when its last program leaves: a look at it would end what is just connecting.
+  server_ = std::make_unique<Figlio>(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", misura + "x24",
+                                                              "-nolisten", "tcp", "-noreset"},
+                                     std::vector<std::string>{}, "/dev/null", numero, cartella / "xvfb.log");
   if (!Finche([&] { return Leggi(numero).ends_with('\n') || !server_->Vivo(); }) || !server_->Vivo()) {
     throw std::runtime_error("the virtual display does not start: " + Leggi(cartella / "xvfb.log"));
   }
