@@ -40,6 +40,14 @@ fs::path CartellaNuova() {
   return modello;
 }
 
+/// A server whose root is the directory `radice`; `opzioni` are those of the subsystem that makes it so.
+ServerSsh::Opzioni OpzioniSsh(const std::string& radice, const std::string& opzioni) {
+  ServerSsh::Opzioni nuove;
+  nuove.ambiente = {"NEXARO_RADICE=" + radice};
+  nuove.sftp = "'" LUMOSCAD_SFTP_RADICE "' " + opzioni + " '" + radice + "'";
+  return nuove;
+}
+
 } // namespace
 
 Righe Interroga(const std::string& connessione, const std::string& sql) {
@@ -137,8 +145,7 @@ Dimostrazione::~Dimostrazione() {
 }
 
 void Dimostrazione::AvviaSsh() {
-  ssh_ = std::make_unique<ServerSsh>(base_ / "ssh");
-  ConfiguraRadice("");
+  ssh_ = std::make_unique<ServerSsh>(base_ / "ssh", OpzioniSsh(Host().string(), ""));
   std::ofstream file(base_ / "ambiente.sh", std::ios::app);
   for (const auto& voce : Ambiente()) {
     const auto segno = voce.find('=');
@@ -147,10 +154,7 @@ void Dimostrazione::AvviaSsh() {
 }
 
 void Dimostrazione::ConfiguraRadice(const std::string& opzioni) const {
-  ServerSsh::Opzioni nuove;
-  nuove.ambiente = {"NEXARO_RADICE=" + Host().string()};
-  nuove.sftp = "'" LUMOSCAD_SFTP_RADICE "' " + opzioni + " '" + Host().string() + "'";
-  ssh_->Cambia(nuove);
+  ssh_->Cambia(OpzioniSsh(Host().string(), opzioni));
 }
 
 std::string Dimostrazione::Indirizzo() const {

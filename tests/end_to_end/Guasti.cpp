@@ -25,21 +25,31 @@ void Spunta(FinestraElenco& finestra, int riga, int colonna) {
 
 } // namespace
 
-Guasti::Guasti()
-    : servizi_({[this]() -> Desktop& { return desktop; }, [this]() -> nexaro::HostLink& { return Host(); },
+Guasti::Guasti(Trasporto trasporto)
+    : demo(trasporto),
+      servizi_({[this]() -> Desktop& { return desktop; }, [this]() -> nexaro::HostLink& { return Host(); },
                 [this]() -> const nexaro::Ambiente& { return Ambiente(); },
                 [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
-                [this](std::string_view istruzione) { istruzioni.emplace_back(istruzione); }}) {
-  ::setenv("NEXARO_TRASPORTO", "cartella", 1);
-  ::setenv("NEXARO_RADICE", demo.Host().c_str(), 1);
-  ::setenv("NEXARO_POSTAZIONE", "T01", 1);
-  ::setenv("NEXARO_CARTELLA_LOCALE", demo.Locale().c_str(), 1);
+                [this](std::string_view istruzione) {
+                  istruzioni.emplace_back(istruzione);
+                  if (allaIstruzione) {
+                    allaIstruzione(istruzione);
+                  }
+                }}) {
+  for (const auto& voce : demo.Ambiente()) {
+    const auto segno = voce.find('=');
+    ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
+  }
   ::unsetenv("NEXARO_ATTESA");
+}
+
+std::unique_ptr<nexaro::HostLink> Guasti::CreaHost() {
+  return nexaro::CreaHostLink();
 }
 
 nexaro::HostLink& Guasti::Host() {
   if (!host_) {
-    host_ = nexaro::CreaHostLink();
+    host_ = CreaHost();
   }
   return *host_;
 }
@@ -56,7 +66,8 @@ std::string Guasti::Esegui() {
 }
 
 std::string Guasti::Esegui(const std::string& opzioniDatabase) {
-  return LumoScadenze().EseguiLumoScad("-T BANCA /CREDITI -D 01 -H 10.0.0.1 -C 20100023 " + opzioniDatabase);
+  return LumoScadenze().EseguiLumoScad("-T BANCA /CREDITI -D 01 -H " + demo.Indirizzo() + " -C 20100023 " +
+                                       opzioniDatabase);
 }
 
 void Guasti::Conferma(const std::function<void()>& primaDiConfermare) {

@@ -5,6 +5,7 @@
 #include "platform/Servizi.hpp"
 #include "support/Prova.hpp"
 
+#include <functional>
 #include <gmock/gmock.h>
 #include <memory>
 #include <string>
@@ -17,7 +18,7 @@ namespace lumoscad::prova {
 /// clock stands at 5 March 2026, 14:07:09.
 class Guasti : public testing::Test {
  protected:
-  Guasti();
+  explicit Guasti(Trasporto trasporto = Trasporto::Cartella);
 
   /// Runs the command on the demonstration's database, or with other database options.
   std::string Esegui();
@@ -35,10 +36,15 @@ class Guasti : public testing::Test {
   /// A failure of the screen's loading or of the update, as it is shown.
   static std::string ErroreRegistrato(const std::string& testo) { return "-2147220954\r\nERRORE: " + testo; }
 
+  /// The link that the component gets.
+  virtual std::unique_ptr<nexaro::HostLink> CreaHost();
+
   Dimostrazione demo;
   Fotografia prima = demo.Stato(); ///< the database that a fault must leave behind
   DesktopRecitato desktop;
   Righe istruzioni; ///< every statement text sent to a database
+  /// Called with every statement text, before it is sent.
+  std::function<void(std::string_view istruzione)> allaIstruzione;
   static constexpr std::string_view Richiesta = "T0120260305140709";
 
  private:

@@ -16,10 +16,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <linux/capability.h>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <system_error>
 #include <thread>
@@ -202,6 +204,14 @@ struct Tubi {
   int dalServer = -1;
 };
 
+/// Root's files would be open to it whatever their permissions say; the host's user is no such one.
+void ObbedisciAiPermessi() {
+  if (::geteuid() == 0) {
+    ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+    ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+  }
+}
+
 Tubi AvviaServer(const Opzioni& opzioni) {
   std::array<int, 2> richieste{};
   std::array<int, 2> risposte{};
@@ -221,6 +231,7 @@ Tubi AvviaServer(const Opzioni& opzioni) {
       // The write is to fail, not the server to die.
       ::signal(SIGXFSZ, SIG_IGN);
     }
+    ObbedisciAiPermessi();
     ::execl(Server, Server, nullptr);
     ::_exit(127);
   }
