@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Guasti.hpp"
+#include "support/ProxyByte.hpp"
+#include "support/ServerSsh.hpp"
+
+#include <functional>
+#include <future>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// The credits command over SSH, through a proxy. Each case is one line of the table of faults, which is printed at
+/// the end and written to the file LUMOSCAD_TABELLA.
+class GuastiSsh : public Guasti {
+ protected:
+  using Azione = ProxyByte::Azione;
+
+  GuastiSsh();
+  ~GuastiSsh() override;
+
+  /// Runs the command on the real back end; what it started, answered and left is taken down under the name `guasto`.
+  void Prova(const std::string& guasto);
+  /// The same with a shell script in the back end's place. It may call `vero`, the real back end, with its parameters.
+  void ProvaCon(const std::string& guasto, std::string_view corpo);
+
+  /// What the person was told holds every one of `parti`, in one box that reports a failure of the request.
+  void VerificaErrore(const Righe& parti) const;
+  /// The command failed and the database is as it was.
+  void VerificaFallito() const;
+  /// The command succeeded, and the database holds what the request asked for.
+  void VerificaRiuscito() const;
+  /// What the command has left in the host's directory.
+  void VerificaRimasti(const Righe& nomi) const { EXPECT_EQ(Contenuto(demo.Tmp()), nomi); }
+  /// How often the back end was started.
+  void VerificaAvvii(std::size_t quanti) const;
+
+  /// In the link's operation `operazione` the host's sftp subsystem is to stand still at a request (`ordine`, see
+  /// sftp_radice); then `azione` is done.
+  void Ferma(const std::string& operazione, const std::string& ordine, const std::function<void()>& azione);
+  /// `azione` is done once the file `segnale` is there.
+  void Agguato(const std::filesystem::path& segnale, std::function<void()> azione);
+  /// Breaks the connection; with `perSempre` the host is not reached any more either.
+  void Taglia(bool perSempre = false);
+
+  std::unique_ptr<nexaro::HostLink> CreaHost() override;
+
+  ProxyByte proxy;
+  /// Called with the name of each operation of the link, before it is done.
+  std::function<void(std::string_view operazione)> primaDi;
+  Fotografia dopo; ///< the database that the request asks for
+  std::string risultato;
+
+  static constexpr std::string_view Completo = "T0120260305140709.dos";
+
+ private:
+  [[nodiscard]] std::string Anonimo(std::string testo) const;
+  [[nodiscard]] std::string SullHost() const;
+  [[nodiscard]] std::size_t Avvii() const;
+
+  std::vector<std::future<bool>> agguati_;
+};
+
+} // namespace lumoscad::prova
