@@ -68,14 +68,15 @@ class Osservatore {
 
 class Crediti : public testing::Test {
  protected:
-  explicit Crediti(const std::string& misura = "1280x800") : schermo(demo.Base(), misura) {}
+  explicit Crediti(Trasporto trasporto, const std::string& misura = "1280x800")
+      : demo(trasporto), schermo(demo.Base(), misura) {}
 
   static fs::path Schermata(const std::string& nome) { return fs::path(LUMOSCAD_SCHERMATE) / (nome + ".png"); }
 
   /// Starts the program; it reads its command line on standard input.
   std::unique_ptr<Figlio> Avvia(const std::string& opzioni, const std::vector<std::string>& aggiunte = {}) {
-    Scrivi(demo.Base() / "comando",
-           "-T BANCA /CREDITI -D 01 -H 10.0.0.1 " + opzioni + " -DB2SOURCE CONTABILITA -DB2SCHEMA main\n");
+    Scrivi(demo.Base() / "comando", "-T BANCA /CREDITI -D 01 -H " + demo.Indirizzo() + " " + opzioni +
+                                        " -DB2SOURCE CONTABILITA -DB2SCHEMA main\n");
     auto ambiente = schermo.Ambiente();
     // The keyboard library copies names out of replies that end without a null: allowed, but not to the strict check.
     const char* controlli = std::getenv("ASAN_OPTIONS");
@@ -95,6 +96,16 @@ class Crediti : public testing::Test {
   Schermo schermo;
 };
 
+/// The same rules whichever way the host is reached.
+class CreditiPerTrasporto : public Crediti, public testing::WithParamInterface<Trasporto> {
+ protected:
+  CreditiPerTrasporto() : Crediti(GetParam()) {}
+};
+
+std::string NomeCaso(const testing::TestParamInfo<Trasporto>& caso) {
+  return NomeTrasporto(caso.param);
+}
+
 /// The back end keeps what it saw for the test: the number of its parameters, the names beside the request, its bytes.
 constexpr std::string_view registratore = R"(cd "$NEXARO_RADICE" || exit 1
 echo $# >registro/parametri
@@ -111,7 +122,7 @@ constexpr std::string_view variazioniAttese = R"(
   UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=1 WHERE EVENTOCONTABILEKEY=291;
   UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-05-20', BANCAPRESENTAZIONE_KEY=1 WHERE EVENTOCONTABILEKEY=137)";
 
-TEST_F(Crediti, FromTheCommandLineToTheDatabaseAndBack) {
+TEST_P(CreditiPerTrasporto, FromTheCommandLineToTheDatabaseAndBack) {
   const auto prima = demo.Stato();
   const auto attesa = demo.StatoDopo(variazioniAttese);
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
@@ -165,7 +176,7 @@ TEST_F(Crediti, FromTheCommandLineToTheDatabaseAndBack) {
 }
 
 /// The screen is left without confirming, after a change that a confirmation would send.
-class CreditiLasciati : public Crediti {
+class CreditiLasciati : public CreditiPerTrasporto {
  protected:
   template <typename Gesto> void Lascia(Gesto gesto) {
     const auto prima = demo.Stato();
@@ -186,24 +197,28 @@ class CreditiLasciati : public Crediti {
   }
 };
 
-TEST_F(CreditiLasciati, AnnullaSendsNothing) {
+TEST_P(CreditiLasciati, AnnullaSendsNothing) {
   Lascia([this](const std::string& elenco) { return schermo.Clicca(elenco, Annulla, Pulsanti); });
 }
 
-TEST_F(CreditiLasciati, TheCloseBoxSendsNothing) {
+TEST_P(CreditiLasciati, TheCloseBoxSendsNothing) {
   Lascia([this](const std::string&) { return schermo.Tasti({"alt+F4"}); });
 }
 
-TEST_F(CreditiLasciati, ConfirmingWithoutAChangeSendsNothing) {
+TEST_P(CreditiLasciati, ConfirmingWithoutAChangeSendsNothing) {
   // The tick goes again: what counts is the value, which is then the old one.
   Lascia([this](const std::string& elenco) {
     return schermo.Clicca(elenco, SpuntaData, PrimaRiga) && schermo.Clicca(elenco, Conferma, Pulsanti);
   });
 }
 
+INSTANTIATE_TEST_SUITE_P(Trasporti, CreditiPerTrasporto, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+                         NomeCaso);
+INSTANTIATE_TEST_SUITE_P(Trasporti, CreditiLasciati, testing::Values(Trasporto::Cartella, Trasporto::Ssh), NomeCaso);
+
 class CreditiRaddoppiati : public Crediti {
  protected:
-  CreditiRaddoppiati() : Crediti("2560x1600") {}
+  CreditiRaddoppiati() : Crediti(Trasporto::Cartella, "2560x1600") {}
 };
 
 TEST_F(CreditiRaddoppiati, TheWindowOpensAtTwiceTheScale) {
