@@ -197,7 +197,7 @@ TEST_F(Scadenzario, SpaceTicksTheRowFromAnyColumn) {
 }
 
 TEST_F(Scadenzario, EscLeavesTheEditorThenTheWindow) {
-  EXPECT_EQ(Mostra([this](QDialog& finestra) {
+  EXPECT_EQ(Mostra([](QDialog& finestra) {
               Tasto(Qt::Key_F2);
               Scrivi("150606");
               Tasto(Qt::Key_Escape);
