@@ -14,10 +14,22 @@ namespace {
 
 constexpr std::string_view connectionId = "SELECT CONNECTION_ID()";
 
-// PostgreSQL's and DB2's drivers carry out SQL_ATTR_QUERY_TIMEOUT; MariaDB's answers that it has changed it to "none".
+// MariaDB is brought to what the others do by themselves:
+// - Texts are UTF-8, whatever the process's locale. (The driver refuses the statement that says this in two words.)
+// - A backslash in a quoted text is a letter. It must not swallow the quote that ends a filter.
+// - A date or text that does not fit is an error, not a NULL date or a cut text.
+// - A row is read as it is now. At MariaDB's own level a transaction counts the rows as they were at its first query,
+//   and would not see that another terminal has changed one.
+// - Statements have a time limit: PostgreSQL's and DB2's drivers carry out SQL_ATTR_QUERY_TIMEOUT; MariaDB's answers
+//   that it has changed it to "none".
+constexpr std::string_view openingOfMariaDb =
+    "SET character_set_client=utf8mb4, character_set_connection=utf8mb4, character_set_results=utf8mb4, "
+    "sql_mode=CONCAT(@@sql_mode,',STRICT_ALL_TABLES,NO_ZERO_DATE,NO_ZERO_IN_DATE,NO_BACKSLASH_ESCAPES'), "
+    "tx_isolation='READ-COMMITTED', max_statement_time=";
+
 constexpr std::array<Dialect, 4> dialects{{
     {"PostgreSQL", "SELECT pg_backend_pid()", ""},
-    {"MariaDB", connectionId, "SET max_statement_time="},
+    {"MariaDB", connectionId, openingOfMariaDb},
     {"MySQL", connectionId, ""},
     // The members of the family share no function that names the connection; that it answers is known all the same.
     {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", ""},

@@ -9,7 +9,7 @@ namespace lumoscad::ado::interno {
 struct Dialect {
   std::string_view name;          ///< how the server's own name (SQL_DBMS_NAME) begins
   std::string_view serverSession; ///< query of the identity of the server's side of the connection; may be empty
-  std::string_view timeLimit;     ///< statement that limits all later ones, the seconds to be appended; may be empty
+  std::string_view opening;       ///< first statement of a connection, seconds a statement to be appended; may be empty
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.

@@ -43,7 +43,12 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
   open_ = true;
   readCapabilities();
-  limitStatements();
+  try {
+    sendOpening();
+  } catch (...) {
+    close();
+    throw;
+  }
 }
 
 Session::~Session() {
@@ -60,16 +65,17 @@ void Session::readCapabilities() {
   dialect_ = &dialectOf(name.data());
 }
 
-void Session::limitStatements() {
-  if (dialect_->timeLimit.empty())
+void Session::sendOpening() {
+  if (dialect_->opening.empty())
     return;
-  std::string text = std::string(dialect_->timeLimit) + std::to_string(timeLimit_);
+  std::string text = std::string(dialect_->opening) + std::to_string(timeLimit_);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
   const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)))
-    throw erroreOdbc(SQL_HANDLE_STMT, created, password_, "Limite di tempo delle istruzioni non impostato.");
+    throw erroreOdbc(SQL_HANDLE_STMT, created, password_,
+                     "Preparazione della connessione alla base dati non riuscita.");
 }
 
 void Session::requireOpen() const {

@@ -50,7 +50,7 @@ class Session {
   void requireTransaction(const char* otherwise) const;
   void autocommit(bool on);
   void readCapabilities();
-  void limitStatements();
+  void sendOpening();
   [[nodiscard]] bool isDead() const noexcept;
   [[nodiscard]] std::string serverSession() const;
   [[nodiscard]] bool isSameServerSession() const noexcept;
