@@ -3,52 +3,61 @@
 #include "common/Stato.hpp"
 #include "platform/Servizi.hpp"
 #include "platform/ado/Ado.hpp"
-#include "support/OdbcSqlite.hpp"
-#include "support/PostgresServer.hpp"
+#include "support/DatabaseContext.hpp"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 #include <vector>
 
 namespace lumoscad::prova {
 
-/// One server for the process, in a directory that every user may enter.
-inline test::PostgresServer& Postgres() {
-  static test::PostgresServer server(std::filesystem::temp_directory_path() /
-                                     ("lumoscad-base-" + std::to_string(getpid())));
-  return server;
+/// The script that creates the accounting tables.
+inline const std::string& TabelleContabili() {
+  static const std::string script = [] {
+    std::ifstream file(LUMOSCAD_SCHEMA);
+    return std::string{std::istreambuf_iterator<char>(file), {}};
+  }();
+  return script;
 }
 
-/// A database of the accounting tables, on SQLite or on PostgreSQL ("postgres"). Its own statements are not told to
-/// the services' listener.
+/// A database of the accounting tables, of the kind `genere`. Its own statements are not told to the services'
+/// listener.
 class BaseDati {
  public:
-  BaseDati(std::string_view genere, const std::string& dati) {
+  BaseDati(std::string_view genere, const std::string& dati) : contesto_(&test::databaseContext(genere)) {
     const ServiziSostituiti silenzio(Servizi{});
-    std::ifstream file(LUMOSCAD_SCHEMA);
-    const std::string schema{std::istreambuf_iterator<char>(file), {}};
-    if (genere == "postgres") {
-      test::OdbcConfiguration::instance();
-      static int quante = 0;
-      const std::string sorgente = Postgres().createDatabase("base" + std::to_string(++quante), schema + dati);
-      testo_ = Postgres().connectionText(sorgente);
-      opzioni_ = "-DB2SOURCE " + sorgente + " -DB2USER " + Postgres().user() + " -DB2PASS " + Postgres().password();
-    } else {
-      sqlite_ = std::make_unique<test::OdbcSqlite>(schema + dati);
-      testo_ = sqlite_->connectionText();
-      opzioni_ = "-DB2SOURCE " + sqlite_->source();
-    }
+    base_ = contesto_->create(TabelleContabili() + dati);
   }
 
+  /// What is different in a database of this kind.
+  [[nodiscard]] const test::DatabaseContext& Contesto() const noexcept { return *contesto_; }
+  [[nodiscard]] const test::Quirks& Particolarita() const noexcept { return contesto_->quirks(); }
+  /// What may stand before a table's name.
+  [[nodiscard]] const std::string& Schema() const noexcept { return base_->schema; }
   /// The options of a command line that lead to this database.
-  [[nodiscard]] const std::string& Opzioni() const noexcept { return opzioni_; }
+  [[nodiscard]] std::string Opzioni() const {
+    std::string opzioni = "-DB2SOURCE " + base_->source;
+    if (!base_->user.empty()) {
+      opzioni += " -DB2USER " + base_->user + " -DB2PASS " + base_->password;
+    }
+    return opzioni;
+  }
+  /// Makes every UPDATE of a row of `tabella` that meets `condizione` fail and say `testo`.
+  void Impedisci(const std::string& tabella, const std::string& condizione, const std::string& testo) const {
+    for (const std::string& istruzione : contesto_->refuseUpdate(tabella, condizione, testo)) {
+      Esegui(istruzione);
+    }
+  }
+  /// Ends every connection to the database, as a failure of the server would.
+  void ChiudiConnessioni() const {
+    const ServiziSostituiti silenzio(Servizi{});
+    contesto_->dropConnections(*base_);
+  }
   void Apri(ado::Connection& connection) const {
-    connection.ConnectionString = testo_;
+    connection.ConnectionString = base_->connectionText();
     connection.Open();
   }
   void Esegui(std::string_view sql) const {
@@ -77,9 +86,8 @@ class BaseDati {
   }
 
  private:
-  std::unique_ptr<test::OdbcSqlite> sqlite_;
-  std::string testo_;
-  std::string opzioni_;
+  test::DatabaseContext* contesto_;
+  std::unique_ptr<test::TestDatabase> base_;
 };
 
 /// Accounts of every class, open items, movements and instalments around 5 March 2006.

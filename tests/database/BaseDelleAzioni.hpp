@@ -72,15 +72,6 @@ inline std::vector<std::string> Tutto(const BaseDati& base) {
   return righe;
 }
 
-/// The kinds of database to test on.
-inline std::vector<const char*> GeneriDiBase() {
-  std::vector<const char*> generi{"sqlite"};
-  if (test::PostgresServer::available()) {
-    generi.push_back("postgres");
-  }
-  return generi;
-}
-
 /// The reply actions on a database of each kind, reached by the running command's options.
 class BaseDelleAzioni : public testing::TestWithParam<const char*> {
  protected:
@@ -89,8 +80,7 @@ class BaseDelleAzioni : public testing::TestWithParam<const char*> {
     banco_.istruzioni.clear();
   }
 
-  [[nodiscard]] static bool SuPostgres() { return std::string_view(GetParam()) == "postgres"; }
-  [[nodiscard]] static std::string Schema() { return SuPostgres() ? "public" : "main"; }
+  [[nodiscard]] const std::string& Schema() const { return base_.Schema(); }
   [[nodiscard]] std::string Opzioni() const { return base_.Opzioni() + " -DB2SCHEMA " + Schema(); }
   [[nodiscard]] std::string Azione(const std::vector<std::string>& parametri) {
     return procedureLumoDB2::EseguiAzioneDB2(parametri, &msg_);

@@ -44,16 +44,9 @@ class ComandiSuBase : public prova::BaseDelleAzioni {
 /// database that lets a row be changed while a transaction reads it.
 class DueTerminali : public ComandiSuBase {};
 
-std::vector<const char*> SoloPostgres() {
-  auto generi = prova::GeneriDiBase();
-  generi.erase(generi.begin());
-  return generi;
-}
-
 const auto Genere = [](const auto& scelta) { return std::string(scelta.param); };
-INSTANTIATE_TEST_SUITE_P(BasiDati, ComandiSuBase, testing::ValuesIn(prova::GeneriDiBase()), Genere);
-INSTANTIATE_TEST_SUITE_P(BasiDati, DueTerminali, testing::ValuesIn(SoloPostgres()), Genere);
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DueTerminali);
+INSTANTIATE_TEST_SUITE_P(BasiDati, ComandiSuBase, testing::ValuesIn(test::databaseKinds()), Genere);
+INSTANTIATE_TEST_SUITE_P(BasiDati, DueTerminali, testing::ValuesIn(test::databaseKindsWithWriters()), Genere);
 
 } // namespace
 
@@ -180,10 +173,7 @@ TEST_P(DueTerminali, UnValoreNonLettoPuoCambiareIntanto) {
 
 TEST_P(DueTerminali, LaConnessioneCadutaAMetaNonLasciaNulla) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
-  PrimaDi("UPDATE", 3, [&] {
-    AltroTerminale("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE pid<>pg_backend_pid() AND "
-                   "datname=current_database()");
-  });
+  PrimaDi("UPDATE", 3, [&] { base_.ChiudiConnessioni(); });
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("ERRORE: -"), "Fatto"));
   NienteCambiato();

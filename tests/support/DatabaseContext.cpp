@@ -48,14 +48,20 @@ class SqliteContext final : public DatabaseContext {
   };
 };
 
+/// A schema of one database for every test, which is created in no time; the data source puts it in the search path,
+/// as the host's data source does with the accounting schema.
 class PostgresContext final : public DatabaseContext {
  public:
   std::unique_ptr<TestDatabase> create(const std::string& script) override {
+    if (first_.empty())
+      first_ = postgres().createDatabase("prove");
     auto database = std::make_unique<TestDatabase>();
-    database->source = postgres().createDatabase("base" + std::to_string(++databases_), script);
+    database->schema = "base" + std::to_string(++schemas_);
     database->user = postgres().user();
     database->password = postgres().password();
-    database->schema = "public";
+    runScript(postgres().connectionText(first_), "CREATE SCHEMA " + database->schema);
+    database->source = postgres().addSource("prove", 0, {{"ConnSettings", "SET search_path TO " + database->schema}});
+    runScript(database->connectionText(), script);
     return database;
   }
   const Quirks& quirks() const noexcept override {
@@ -79,7 +85,8 @@ class PostgresContext final : public DatabaseContext {
   void dropConnections(const TestDatabase& database) const override { postgres().dropConnections(database.source); }
 
  private:
-  int databases_ = 0;
+  std::string first_; ///< the data source for creating schemas
+  int schemas_ = 0;
 };
 
 class MariaDbContext final : public DatabaseContext {

@@ -58,12 +58,28 @@ void PostgresServer::createCluster() const {
 }
 
 void PostgresServer::start() {
-  port_ = freePort();
+  if (port_ == 0)
+    port_ = freePort();
   server_ = ServerProcess({path("postgres"), "-D", (directory_ / "data").string(), "-h", "127.0.0.1", "-p",
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
                           directory_ / "server.log", serverUser, SIGINT);
   waitUntilReady();
+}
+
+void PostgresServer::restart() {
+  server_.stop();
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  for (;;) {
+    try {
+      start();
+      return;
+    } catch (const ErroreRuntime&) {
+      // After a kill the sessions of the old server may still be on their way out, and hold its memory.
+      if (std::chrono::steady_clock::now() > limit)
+        throw;
+    }
+  }
 }
 
 void PostgresServer::waitUntilReady() {
@@ -85,10 +101,13 @@ void PostgresServer::waitUntilReady() {
   }
 }
 
-std::string PostgresServer::addSource(std::string_view database) const {
-  return OdbcConfiguration::instance().addSource(
-      "postgres", driver,
-      {{"Servername", "127.0.0.1"}, {"Port", std::to_string(port_)}, {"Database", std::string(database)}});
+std::string PostgresServer::addSource(std::string_view database, int port,
+                                      const OdbcConfiguration::Settings& more) const {
+  OdbcConfiguration::Settings settings{{"Servername", "127.0.0.1"},
+                                       {"Port", std::to_string(port == 0 ? port_ : port)},
+                                       {"Database", std::string(database)}};
+  settings.insert(settings.end(), more.begin(), more.end());
+  return OdbcConfiguration::instance().addSource("postgres", driver, settings);
 }
 
 std::string PostgresServer::createDatabase(std::string_view name, std::string_view script) {

@@ -25,6 +25,10 @@ class PostgresServer {
 
   /// Creates a database named `name`, runs `script` in it and returns its data source name.
   std::string createDatabase(std::string_view name, std::string_view script = {});
+  /// A further data source on a database of this server; `port` is that of a proxy in between, 0 for none, and
+  /// `more` are further settings of the driver.
+  [[nodiscard]] std::string addSource(std::string_view database, int port = 0,
+                                      const OdbcConfiguration::Settings& more = {}) const;
   [[nodiscard]] const std::string& user() const noexcept { return user_; }
   [[nodiscard]] const std::string& password() const noexcept { return password_; }
   [[nodiscard]] int port() const noexcept { return port_; }
@@ -35,12 +39,15 @@ class PostgresServer {
   void dropConnections(std::string_view source) const;
   /// Stops the server at once.
   void stop() { server_.stop(); }
+  /// Kills the server without warning; its sessions notice and end.
+  void kill() { server_.kill(); }
+  /// Starts the stopped server again on its data and its port.
+  void restart();
 
  private:
   void createCluster() const;
   void start();
   void waitUntilReady();
-  std::string addSource(std::string_view database) const;
 
   std::filesystem::path directory_;
   std::string user_ = "lumoscad";
