@@ -1,5 +1,8 @@
+#include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <iostream>
 #include <iterator>
@@ -16,11 +19,17 @@ constexpr int StatoChiuso = 3;
 constexpr const char* uso =
     "Uso: lumoscad COMANDO...\n"
     "     lumoscad -\n"
+    "     lumoscad --registra-host HOST\n"
+    "     lumoscad --prova-host HOST [PROGRAMMA]\n"
     "     lumoscad --aiuto | --versione\n"
     "\n"
     "Gli argomenti, uniti da uno spazio, sono la riga di comando; con - la riga è letta\n"
     "dall'ingresso standard, così che una parola d'ordine non compaia fra i processi.\n"
     "Il risultato va sull'uscita standard.\n"
+    "\n"
+    "--registra-host mostra l'impronta della chiave dell'host e, se si risponde sì, la\n"
+    "registra fra gli host noti. --prova-host prova una per una le operazioni sull'host;\n"
+    "il programma VB0001 è solo cercato, PROGRAMMA è avviato senza parametri.\n"
     "\n"
     "Stato d'uscita: 0 riuscito, 1 errore, 2 uso errato, 3 finestra chiusa senza variazioni.\n"
     "\n"
@@ -69,6 +78,52 @@ int Esegui(std::string_view comando) {
   return Scrivi(risultato, stato);
 }
 
+/// Only a plain yes counts; whatever else, and no answer at all, is a no.
+bool RispostaAffermativa() {
+  std::string risposta;
+  std::getline(std::cin, risposta);
+  if (risposta.ends_with('\r')) {
+    risposta.pop_back();
+  }
+  return risposta == "sì" || risposta == "SÌ" || risposta == "Sì" || risposta == "si" || risposta == "SI" ||
+         risposta == "Si";
+}
+
+int RegistraHost(std::string_view host) {
+  const auto chiave = lumoscad::ChiediChiaveHost(host);
+  if (!chiave.errore.empty()) {
+    return Scrivi(chiave.errore + "\n", StatoErrore);
+  }
+  const auto presentata =
+      "L'host " + std::string(host) + " presenta la chiave " + chiave.tipo + "\n  " + chiave.impronta + "\n";
+  if (chiave.nota) {
+    return Scrivi(presentata + "È già fra gli host noti (" + chiave.file + ").\n", 0);
+  }
+  const auto domanda = "Confrontare l'impronta con quella data dall'amministratore dell'host.\n"
+                       "Registrare la chiave in " +
+                       chiave.file + "? (sì/no) ";
+  if (Scrivi(presentata + domanda, 0) != 0) {
+    return StatoErrore;
+  }
+  if (!RispostaAffermativa()) {
+    return Scrivi("La chiave non è stata registrata.\n", StatoChiuso);
+  }
+  const auto errore = lumoscad::RegistraChiaveHost(chiave);
+  return errore.empty() ? Scrivi("La chiave è stata registrata.\n", 0) : Scrivi(errore + "\n", StatoErrore);
+}
+
+int ProvaHost(std::string_view host, std::string_view programma) {
+  const auto mostra = [](const lumoscad::PassoProva& passo) {
+    static constexpr std::size_t Larghezza = 17;
+    auto riga = passo.operazione;
+    riga.resize(std::max(Larghezza, riga.size()), ' ');
+    std::cout << riga << (passo.riuscito ? "riuscito: " : "NON riuscito: ") << passo.dettaglio << std::endl;
+  };
+  const bool riuscita = lumoscad::ProvaHost(host, programma, mostra);
+  return Scrivi(riuscita ? "Tutte le operazioni riescono.\n" : "Non tutte le operazioni riescono.\n",
+                riuscita ? 0 : StatoErrore);
+}
+
 } // namespace
 
 int main(int numero, char** vettore) {
@@ -79,6 +134,12 @@ int main(int numero, char** vettore) {
   }
   if (argomenti.size() == 1 && primo == "--versione") {
     return Scrivi("lumoscad " LUMOSCAD_VERSIONE "\n", 0);
+  }
+  if (argomenti.size() == 2 && primo == "--registra-host") {
+    return RegistraHost(argomenti[1]);
+  }
+  if ((argomenti.size() == 2 || argomenti.size() == 3) && primo == "--prova-host") {
+    return ProvaHost(argomenti[1], argomenti.size() == 3 ? argomenti[2] : "");
   }
   if (argomenti.empty() || primo.starts_with("--")) {
     std::fputs(uso, stderr);

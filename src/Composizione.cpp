@@ -1,8 +1,11 @@
 // The composition root: wires the adapters to the component when the library is loaded.
 
+#include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "lumoscad/lumoscad.h"
+#include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
+#include "platform/nexaro/Amministrazione.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
 #include <algorithm>
@@ -34,6 +37,45 @@ const nexaro::Ambiente& UnicoAmbiente() {
 }();
 
 } // namespace
+
+ChiavePresentata ChiediChiaveHost(std::string_view host) noexcept {
+  ChiavePresentata presentata;
+  try {
+    const auto impostazioni = nexaro::LeggiImpostazioniSsh();
+    const auto chiave = nexaro::ChiediChiave(impostazioni, std::string(host));
+    presentata = {
+        {}, chiave.stato == nexaro::StatoChiave::Nota, chiave.tipo, chiave.impronta, chiave.riga, impostazioni.noti};
+    if (!presentata.nota && chiave.stato != nexaro::StatoChiave::Sconosciuta) {
+      presentata.errore = nexaro::MotivoRifiuto(chiave, std::string(host), impostazioni.noti);
+    }
+  } catch (...) {
+    presentata.errore = ErroreCorrente().Testo();
+  }
+  return presentata;
+}
+
+std::string RegistraChiaveHost(const ChiavePresentata& chiave) noexcept {
+  try {
+    nexaro::RegistraRiga(chiave.riga, chiave.file);
+    return {};
+  } catch (...) {
+    return ErroreCorrente().Testo();
+  }
+}
+
+bool ProvaHost(std::string_view host, std::string_view programma,
+               const std::function<void(const PassoProva&)>& mostra) noexcept {
+  try {
+    return nexaro::ProvaOperazioni(UnicoHostLink(), std::string(host), std::string(programma), UnicoAmbiente(),
+                                   [&mostra](const nexaro::EsitoPasso& passo) {
+                                     mostra({passo.operazione, passo.riuscito, passo.dettaglio});
+                                   });
+  } catch (...) {
+    mostra({"Impostazioni", false, ErroreCorrente().Testo()});
+    return false;
+  }
+}
+
 } // namespace lumoscad
 
 extern "C" size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione) {

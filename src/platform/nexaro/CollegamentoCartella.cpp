@@ -104,4 +104,18 @@ void CollegamentoCartella::CancellaFile(std::string_view host, std::string_view 
   }
 }
 
+std::string CollegamentoCartella::CercaProgramma(std::string_view host, std::string_view programma) {
+  const auto soggetto = SoggettoProgramma(programma, host);
+  VerificaChiamata(programma, {}, soggetto);
+  auto percorso = radice_ + "/programmi/" + std::string(programma);
+  struct stat stato {};
+  if (::stat(percorso.c_str(), &stato) != 0 || ::access(percorso.c_str(), X_OK) != 0) {
+    throw ErroreSistema(soggetto + " non può essere avviato", errno);
+  }
+  if (!S_ISREG(stato.st_mode)) {
+    throw ErroreSistema(soggetto + " non può essere avviato", EINVAL);
+  }
+  return percorso;
+}
+
 } // namespace lumoscad::nexaro

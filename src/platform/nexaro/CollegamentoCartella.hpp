@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/RicercaProgramma.hpp"
 
 #include <chrono>
 
@@ -8,7 +9,7 @@ namespace lumoscad::nexaro {
 
 /// The link to a host that is a directory of this machine: the host's file "/tmp/x" is "tmp/x" below the directory,
 /// its program NAME is "programmi/NAME". The one directory plays every host; the address is used in messages only.
-class CollegamentoCartella final : public HostLink {
+class CollegamentoCartella final : public HostLink, public RicercaProgramma {
  public:
   /// `radice` is an existing directory; `attesa` limits every run of a program. Raises a run-time error when the
   /// directory cannot be used.
@@ -21,6 +22,7 @@ class CollegamentoCartella final : public HostLink {
   void RinominaFile(std::string_view host, std::string_view remoto, std::string_view nuovo,
                     std::string& testo) override;
   void CancellaFile(std::string_view host, std::string_view remoto) override;
+  [[nodiscard]] std::string CercaProgramma(std::string_view host, std::string_view programma) override;
 
  private:
   [[nodiscard]] std::string PercorsoRemoto(std::string_view remoto) const;

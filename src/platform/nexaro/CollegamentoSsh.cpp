@@ -23,6 +23,9 @@ constexpr mode_t ModoLocale = 0600;
 
 constexpr const char* EsitoIgnoto = "; l'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
 
+constexpr const char* CosaProgrammi = "La cartella dei programmi (NEXARO_PROGRAMMI)";
+constexpr const char* CosaNome = "Il nome del programma";
+
 ErroreRuntime ErroreDaSftp(const std::string& operazione, const ErroreSftp& errore) {
   const int numero = errore.Codice() == stato_sftp::FileInesistente  ? errori::FileNonTrovato
                      : errore.Codice() == stato_sftp::PermessoNegato ? ErrorePermesso
@@ -265,9 +268,8 @@ void CollegamentoSsh::EseguiProgramma(std::string_view host, std::string_view pr
     convertiti.push_back(codifica.VersoHost(parametro, "Il parametro " + std::to_string(convertiti.size() + 1) +
                                                            " di " + std::string(programma)));
   }
-  const auto riga =
-      RigaDiComando(codifica.VersoHost(impostazioni_.programmi, "La cartella dei programmi (NEXARO_PROGRAMMI)"),
-                    codifica.VersoHost(programma, "Il nome del programma"), convertiti);
+  const auto riga = RigaDiComando(codifica.VersoHost(impostazioni_.programmi, CosaProgrammi),
+                                  codifica.VersoHost(programma, CosaNome), convertiti);
   const auto esito = Avvia(std::string(host), riga, soggetto);
   const auto coda = CodaMessaggio(codifica.DallHostTollerante(esito.errori));
   VerificaFine(esito, soggetto, coda);
@@ -299,6 +301,31 @@ EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& r
                      "all'amministratore dell'host di ammetterla per l'utente " +
                      Cita(impostazioni_.utente) + ".");
   }
+}
+
+std::string CollegamentoSsh::CercaProgramma(std::string_view host, std::string_view programma) {
+  const SenzaSigpipe senzaSigpipe;
+  const auto soggetto = SoggettoProgramma(programma, host);
+  VerificaChiamata(programma, {}, soggetto);
+  const auto& codifica = impostazioni_.codifica;
+  const auto percorso = RigaDiComando(codifica.VersoHost(impostazioni_.programmi, CosaProgrammi),
+                                      codifica.VersoHost(programma, CosaNome), {});
+  // Words of the shell itself: nothing is started.
+  const auto riga = impostazioni_.programmi.empty()
+                        ? "command -v " + percorso
+                        : "test -f " + percorso + " && test -x " + percorso + " && printf '%s\\n' " + percorso;
+  const auto esito = Avvia(std::string(host), riga, soggetto);
+  if (esito.stato != 0) {
+    throw ErroreRuntime(errori::FileNonTrovato,
+                        soggetto + (impostazioni_.programmi.empty()
+                                        ? std::string(" non è fra quelli che la shell dell'utente trova. Indicare la "
+                                                      "sua cartella con NEXARO_PROGRAMMI.")
+                                        : " non è nella cartella " + Cita(impostazioni_.programmi) +
+                                              ", o l'utente non può eseguirlo."));
+  }
+  auto trovato = codifica.DallHostTollerante(esito.uscita);
+  trovato.erase(trovato.find_last_not_of("\r\n") + 1);
+  return trovato;
 }
 
 /// To open a channel asks the host for an answer: it shows that the connection lives before anything is started.

@@ -2,6 +2,7 @@
 
 #include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
+#include "platform/nexaro/RicercaProgramma.hpp"
 
 #include <functional>
 #include <map>
@@ -17,7 +18,7 @@ struct EsitoRemoto;
 /// The link to hosts on the network: programs are run and files moved over SSH. One connection a host is opened on
 /// first use and kept. Before each operation it is looked at, and opened once more where it has died in the meantime;
 /// nothing that was begun is begun again.
-class CollegamentoSsh final : public HostLink {
+class CollegamentoSsh final : public HostLink, public RicercaProgramma {
  public:
   explicit CollegamentoSsh(ImpostazioniSsh impostazioni);
   ~CollegamentoSsh() override;
@@ -31,6 +32,7 @@ class CollegamentoSsh final : public HostLink {
   void RinominaFile(std::string_view host, std::string_view remoto, std::string_view nuovo,
                     std::string& testo) override;
   void CancellaFile(std::string_view host, std::string_view remoto) override;
+  [[nodiscard]] std::string CercaProgramma(std::string_view host, std::string_view programma) override;
 
  private:
   using Azione = std::function<void(Sftp&)>;
