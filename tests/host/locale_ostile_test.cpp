@@ -1,0 +1,203 @@
+#include "Banco.hpp"
+#include "platform/FileLocale.hpp"
+#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/File.hpp"
+#include "platform/nexaro/HostLink.hpp"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using prove::ErroreDi;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
+
+constexpr uid_t Altro = 65534;
+
+mode_t Modo(const std::string& percorso) {
+  struct stat stato {};
+  return ::lstat(percorso.c_str(), &stato) == 0 ? stato.st_mode & 07777U : 0;
+}
+
+class LocalFile : public testing::Test {
+ protected:
+  std::string Rifiuto(const std::string& percorso) {
+    return ErroreDi([&] { ScriviFileLocale(percorso, "nuovo"); }).Descrizione();
+  }
+  prove::CartellaProvvisoria cartella;
+};
+
+TEST_F(LocalFile, IsPrivateWhateverTheMaskOfTheProcess) {
+  const mode_t prima = ::umask(0);
+  ScriviFileLocale(cartella / "aperta", "x");
+  ::umask(0777);
+  ScriviFileLocale(cartella / "chiusa", "x");
+  ::umask(prima);
+  EXPECT_EQ(Modo(cartella / "aperta"), 0600U);
+  EXPECT_EQ(Modo(cartella / "chiusa"), 0600U);
+  EXPECT_EQ(prove::Leggi(cartella / "chiusa"), "x");
+}
+
+TEST_F(LocalFile, IsNeverWrittenThroughASymbolicLink) {
+  prove::Scrivi(cartella / "vittima", "mia");
+  std::filesystem::create_symlink(cartella / "vittima", cartella / "T01");
+  EXPECT_THAT(Rifiuto(cartella / "T01"), HasSubstr("collegamento simbolico"));
+  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
+  std::filesystem::create_symlink(cartella / "non-ancora", cartella / "T02");
+  EXPECT_THAT(Rifiuto(cartella / "T02"), HasSubstr("collegamento simbolico"));
+  EXPECT_FALSE(std::filesystem::exists(cartella / "non-ancora"));
+}
+
+TEST_F(LocalFile, IsNeverWrittenThroughAHardLink) {
+  prove::Scrivi(cartella / "vittima", "mia");
+  std::filesystem::create_hard_link(cartella / "vittima", cartella / "T01");
+  ScriviFileLocale(cartella / "T01", "nuovo");
+  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
+  EXPECT_EQ(prove::Leggi(cartella / "T01"), "nuovo");
+}
+
+TEST_F(LocalFile, ReplacesAFileThatIsOpenToOthersOrAnothersByOneOfItsOwn) {
+  prove::Scrivi(cartella / "T01", "un testo più lungo");
+  std::filesystem::permissions(cartella / "T01", std::filesystem::perms(0666));
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::chown((cartella / "T01").c_str(), Altro, Altro), 0);
+  }
+  const int ascolta = ::open((cartella / "T01").c_str(), O_RDONLY | O_CLOEXEC);
+  ScriviFileLocale(cartella / "T01", "nuovo");
+  EXPECT_EQ(Modo(cartella / "T01"), 0600U);
+  struct stat stato {};
+  ASSERT_EQ(::lstat((cartella / "T01").c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_uid, ::geteuid());
+  char letto[32]{};
+  EXPECT_EQ(::read(ascolta, letto, sizeof letto), static_cast<ssize_t>(std::string("un testo più lungo").size()));
+  EXPECT_THAT(std::string(letto), HasSubstr("un testo")) << "whoever had it open reads what is new";
+  ::close(ascolta);
+}
+
+TEST_F(LocalFile, NeitherWaitsForAPipeNorReadsOne) {
+  ASSERT_EQ(::mkfifo((cartella / "T01").c_str(), 0666), 0);
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiRigheLocali(cartella / "T01")); }).Descrizione(),
+              HasSubstr("Impossibile leggere"));
+  ScriviFileLocale(cartella / "T01", "nuovo");
+  EXPECT_THAT(LeggiRigheLocali(cartella / "T01"), ElementsAre("nuovo"));
+}
+
+TEST_F(LocalFile, IsRefusedWhereADirectoryStands) {
+  std::filesystem::create_directory(cartella / "T01");
+  EXPECT_THAT(Rifiuto(cartella / "T01"), HasSubstr("una cartella"));
+  EXPECT_TRUE(std::filesystem::is_directory(cartella / "T01"));
+}
+
+TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
+  prove::Scrivi(cartella / "segreto", "altrui\n");
+  std::filesystem::create_symlink(cartella / "segreto", cartella / "T01");
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiRigheLocali(cartella / "T01")); }).Descrizione(),
+              HasSubstr("collegamento simbolico"));
+  prove::Scrivi(cartella / "enorme", "riga\r\n" + std::string(50'000'000, 'x'));
+  const auto righe = LeggiRigheLocali(cartella / "enorme");
+  ASSERT_THAT(righe, SizeIs(2));
+  EXPECT_EQ(righe[0], "riga");
+  EXPECT_LE(righe[1].size(), 65536U);
+}
+
+TEST_F(LocalFile, NameIsNotCutAtAZeroByte) {
+  const std::string nome = cartella / std::string("T01\0.txt", 8);
+  EXPECT_THAT(Rifiuto(nome), HasSubstr("carattere nullo"));
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiRigheLocali(nome)); }).Descrizione(), HasSubstr("carattere nullo"));
+  EXPECT_THAT(ErroreDi([&] { CancellaFileLocale(nome); }).Descrizione(), HasSubstr("carattere nullo"));
+  EXPECT_FALSE(std::filesystem::exists(cartella / "T01"));
+}
+
+TEST_F(LocalFile, DeletingALinkLeavesWhatItPointsAt) {
+  prove::Scrivi(cartella / "vittima", "mia");
+  std::filesystem::create_symlink(cartella / "vittima", cartella / "T01");
+  CancellaFileLocale(cartella / "T01");
+  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
+  EXPECT_FALSE(std::filesystem::is_symlink(cartella / "T01"));
+}
+
+TEST_F(LocalFile, DownloadReplacesALinkInsteadOfFollowingIt) {
+  prove::Scrivi(cartella / "remoto", "dall'host");
+  prove::Scrivi(cartella / "vittima", "mia");
+  std::filesystem::create_symlink(cartella / "vittima", cartella / "VBCREDITI");
+  const mode_t prima = ::umask(0);
+  nexaro::CopiaFile(cartella / "remoto", cartella / "VBCREDITI", 0600, "Prova");
+  ::umask(prima);
+  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
+  EXPECT_EQ(prove::Leggi(cartella / "VBCREDITI"), "dall'host");
+  EXPECT_EQ(Modo(cartella / "VBCREDITI"), 0600U);
+}
+
+class HostileEnvironment : public testing::Test {
+ protected:
+  void SetUp() override {
+    variabili.Imposta("NEXARO_POSTAZIONE", "T01");
+    variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Percorso());
+  }
+  std::string Rifiuto(const std::string& nome, const std::string& valore) {
+    variabili.Imposta(nome, valore);
+    return ErroreDi([] { static_cast<void>(nexaro::LeggiAmbiente()); }).Descrizione();
+  }
+  /// A directory with these permissions below the test's own.
+  std::string Nuova(const std::string& nome, unsigned modo) {
+    std::filesystem::create_directory(cartella / nome);
+    std::filesystem::permissions(cartella / nome, std::filesystem::perms(modo));
+    return cartella / nome;
+  }
+  prove::CartellaProvvisoria cartella;
+  prove::VariabiliProvvisorie variabili;
+};
+
+TEST_F(HostileEnvironment, WorkstationCannotLeaveItsDirectoryOrBreakALine) {
+  for (const auto* postazione :
+       {"../T01", "/etc/T01", "T/01", "T\\01", "T\n01", "T\r01", "T\t01", "T\x01", "T\x7F", " "}) {
+    EXPECT_THAT(Rifiuto("NEXARO_POSTAZIONE", postazione), HasSubstr("NEXARO_POSTAZIONE")) << postazione;
+  }
+  EXPECT_THAT(Rifiuto("NEXARO_POSTAZIONE", std::string(101, 'T')), HasSubstr("NEXARO_POSTAZIONE"));
+}
+
+TEST_F(HostileEnvironment, LocalDirectoryIsTheUsersOwnOrNone) {
+  const auto nome = "NEXARO_CARTELLA_LOCALE";
+  EXPECT_THAT(Rifiuto(nome, "relativa"), HasSubstr("percorso assoluto"));
+  EXPECT_THAT(Rifiuto(nome, "./" + cartella.Percorso()), HasSubstr("percorso assoluto"));
+  std::filesystem::create_directory_symlink(Nuova("vera", 0700), cartella / "link");
+  EXPECT_THAT(Rifiuto(nome, cartella / "link"), HasSubstr("collegamento simbolico"));
+  EXPECT_THAT(Rifiuto(nome, cartella / "link/"), HasSubstr("collegamento simbolico"));
+  EXPECT_THAT(Rifiuto(nome, Nuova("scrivibile", 0777)), HasSubstr("accessibile ad altri"));
+  EXPECT_THAT(Rifiuto(nome, Nuova("appiccicosa", 01777)), HasSubstr("accessibile ad altri"));
+  EXPECT_THAT(Rifiuto(nome, Nuova("gruppo", 0770)), HasSubstr("accessibile ad altri"));
+  EXPECT_THAT(Rifiuto(nome, Nuova("leggibile", 0755)), HasSubstr("accessibile ad altri"));
+  prove::Scrivi(cartella / "file", "");
+  EXPECT_THAT(Rifiuto(nome, cartella / "file"), HasSubstr("non è una cartella"));
+  EXPECT_THAT(Rifiuto(nome, cartella / "manca"), HasSubstr("inesistente"));
+  variabili.Imposta(nome, cartella / "vera//");
+  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / "vera");
+}
+
+TEST_F(HostileEnvironment, LocalDirectoryOfAnotherUserIsRefused) {
+  const std::string altrui = Nuova("altrui", 0700);
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::chown(altrui.c_str(), Altro, Altro), 0);
+    EXPECT_THAT(Rifiuto("NEXARO_CARTELLA_LOCALE", altrui), HasSubstr("appartiene a un altro utente"));
+  } else {
+    EXPECT_THAT(Rifiuto("NEXARO_CARTELLA_LOCALE", "/etc"), HasSubstr("appartiene a un altro utente"));
+  }
+}
+
+TEST_F(HostileEnvironment, TemporaryDirectoryOfAnotherIsNotUsedForTheDefault) {
+  variabili.Togli("NEXARO_CARTELLA_LOCALE");
+  variabili.Togli("XDG_RUNTIME_DIR");
+  variabili.Imposta("TMPDIR", cartella.Percorso());
+  const std::string predefinita = cartella / ("lumoscad-" + std::to_string(::getuid()));
+  std::filesystem::create_directory_symlink("/tmp", predefinita);
+  EXPECT_THAT(ErroreDi([] { static_cast<void>(nexaro::LeggiAmbiente()); }).Descrizione(),
+              HasSubstr("collegamento simbolico"));
+}
+
+} // namespace
+} // namespace lumoscad
