@@ -147,6 +147,7 @@ ServerSsh::ServerSsh(fs::path cartella, Opzioni opzioni)
   fs::remove_all(cartella_);
   fs::create_directories(cartella_);
   fs::permissions(cartella_, fs::perms::owner_all);
+  fs::create_directory(cartella_ / "casa");
   if (::geteuid() == 0 && ::mkdir(CartellaPrivilegi, 0755) != 0 && errno != EEXIST) {
     throw std::system_error(errno, std::generic_category(), CartellaPrivilegi);
   }
@@ -185,9 +186,10 @@ void ServerSsh::ScriviConfigurazione() const {
           "KbdInteractiveAuthentication no\nUsePAM no\nUseDNS no\nStrictModes no\nPrintMotd no\nPrintLastLog no\n"
           "X11Forwarding no\nMaxStartups 100\nLogLevel VERBOSE\nSubsystem sftp "
        << opzioni_.sftp << '\n';
-  // Only the first line of this setting counts.
-  for (std::size_t indice = 0; indice < opzioni_.ambiente.size(); ++indice) {
-    file << (indice == 0 ? "SetEnv " : " ") << FraVirgolette(opzioni_.ambiente[indice]);
+  // Only the first line of this setting counts. What the user's own shell does at a start is left out.
+  file << "SetEnv " << FraVirgolette("HOME=" + (cartella_ / "casa").string());
+  for (const auto& voce : opzioni_.ambiente) {
+    file << ' ' << FraVirgolette(voce);
   }
   file << '\n';
   for (const auto& riga : opzioni_.righe) {

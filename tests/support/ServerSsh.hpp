@@ -9,7 +9,8 @@
 namespace lumoscad::prova {
 
 /// An OpenSSH server of the test's own on a loopback port, with host keys, a client key and a known hosts file in a
-/// directory of its own. It lets in the user that runs the test, by key alone. It ends with the object.
+/// directory of its own. It lets in the user that runs the test, by key alone, with an empty home directory. It ends
+/// with the object.
 class ServerSsh {
  public:
   struct Opzioni {
