@@ -40,7 +40,7 @@ std::string PerRegistro(std::string testo) {
 } // namespace
 
 ListaPresunti::ListaPresunti(std::string comando, std::string titolo)
-    : schermo(demo.Base()), comando_(std::move(comando)), titolo_(std::move(titolo)) {
+    : demo(GetParam()), schermo(demo.Base()), comando_(std::move(comando)), titolo_(std::move(titolo)) {
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
   ScriviProgramma(demo.VB0001(), registratore);
 }
@@ -61,8 +61,9 @@ void ListaPresunti::AvviaSequenza(int volte) {
 void ListaPresunti::Lancia(const std::string& programma, int volte) {
   std::string righe;
   for (int volta = 0; volta < volte; ++volta) {
-    righe += comando_ + " /PRESUNTI -D 01 -H 10.0.0.1 -C 20100012 -TIPOMOVIMENTI V -B TUTTE -DB2SOURCE CONTABILITA "
-                        "-DB2SCHEMA main\n";
+    righe += comando_ + " /PRESUNTI -D 01 -H " + demo.Indirizzo() +
+             " -C 20100012 -TIPOMOVIMENTI V -B TUTTE -DB2SOURCE CONTABILITA "
+             "-DB2SCHEMA main\n";
   }
   Scrivi(demo.Base() / "comando", righe);
   auto ambiente = schermo.Ambiente();

@@ -28,7 +28,7 @@ class Consegna : public ListaPresunti {
   }
 };
 
-TEST_F(Consegna, TwoRowsOfADocumentChangeEachOnItsOwn) {
+TEST_P(Consegna, TwoRowsOfADocumentChangeEachOnItsOwn) {
   Attendi(dueConsegne, 2);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -40,7 +40,7 @@ TEST_F(Consegna, TwoRowsOfADocumentChangeEachOnItsOwn) {
   VerificaBaseDati();
 }
 
-TEST_F(Consegna, ADocumentWithoutADateGetsOne) {
+TEST_P(Consegna, ADocumentWithoutADateGetsOne) {
   Attendi("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-06-10', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=520", 1);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -54,7 +54,7 @@ TEST_F(Consegna, ADocumentWithoutADateGetsOne) {
   VerificaBaseDati();
 }
 
-TEST_F(Consegna, AnEmptiedCellIsNoChange) {
+TEST_P(Consegna, AnEmptiedCellIsNoChange) {
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   Tasti({"Right"});
@@ -64,7 +64,7 @@ TEST_F(Consegna, AnEmptiedCellIsNoChange) {
   VerificaNullaFatto();
 }
 
-TEST_F(Consegna, AnnullaSendsNothing) {
+TEST_P(Consegna, AnnullaSendsNothing) {
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   VariaDueRighe();
@@ -73,7 +73,7 @@ TEST_F(Consegna, AnnullaSendsNothing) {
   VerificaNullaFatto();
 }
 
-TEST_F(Consegna, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
+TEST_P(Consegna, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   Attendi(dueConsegne, 2);
   AvviaSequenza(2);
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -86,6 +86,9 @@ TEST_F(Consegna, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   VerificaRichiesta("CONSEGNA", Vuoti, dueRighe, "Variate 2 consegne");
   VerificaBaseDati();
 }
+
+INSTANTIATE_TEST_SUITE_P(Trasporti, Consegna, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+                         [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace
 } // namespace lumoscad::prova

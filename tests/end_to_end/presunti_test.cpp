@@ -26,7 +26,7 @@ class Presunti : public ListaPresunti {
   }
 };
 
-TEST_F(Presunti, ABankChosenForOneRowIsThatOfTheWholeDocument) {
+TEST_P(Presunti, ABankChosenForOneRowIsThatOfTheWholeDocument) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=2 WHERE EVENTOCONTABILEKEY IN (512,513,514)", 3);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -38,7 +38,7 @@ TEST_F(Presunti, ABankChosenForOneRowIsThatOfTheWholeDocument) {
   VerificaBaseDati();
 }
 
-TEST_F(Presunti, TheTickWithABlankBankRemovesTheBank) {
+TEST_P(Presunti, TheTickWithABlankBankRemovesTheBank) {
   // The second row of this document is not listed: nothing is to be invoiced in its currency. The bank is the
   // document's.
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE EVENTOCONTABILEKEY IN (521,522)", 2);
@@ -52,7 +52,7 @@ TEST_F(Presunti, TheTickWithABlankBankRemovesTheBank) {
   VerificaBaseDati();
 }
 
-TEST_F(Presunti, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
+TEST_P(Presunti, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=5 WHERE EVENTOCONTABILEKEY=517", 1);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -63,7 +63,7 @@ TEST_F(Presunti, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
   VerificaBaseDati();
 }
 
-TEST_F(Presunti, TheBankAtTheTopGoesToTheSelectedDocumentAndToTickedOnes) {
+TEST_P(Presunti, TheBankAtTheTopGoesToTheSelectedDocumentAndToTickedOnes) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=6 WHERE EVENTOCONTABILEKEY IN (512,513,514,520)", 4);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -79,7 +79,7 @@ TEST_F(Presunti, TheBankAtTheTopGoesToTheSelectedDocumentAndToTickedOnes) {
   VerificaBaseDati();
 }
 
-TEST_F(Presunti, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
+TEST_P(Presunti, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   Scrivi(demo.Host() / "conti_bloccati", "20100012\n");
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -91,7 +91,7 @@ TEST_F(Presunti, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   VerificaBaseDati();
 }
 
-TEST_F(Presunti, AnnullaSendsNothing) {
+TEST_P(Presunti, AnnullaSendsNothing) {
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   ScegliBanca(4, 2);
@@ -100,7 +100,7 @@ TEST_F(Presunti, AnnullaSendsNothing) {
   VerificaNullaFatto();
 }
 
-TEST_F(Presunti, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
+TEST_P(Presunti, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=2 WHERE EVENTOCONTABILEKEY IN (512,513,514)", 3);
   AvviaSequenza(2);
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -113,6 +113,9 @@ TEST_F(Presunti, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,214,OC,,,,60100001,60100002,\r\n", accettato);
   VerificaBaseDati();
 }
+
+INSTANTIATE_TEST_SUITE_P(Trasporti, Presunti, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+                         [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace
 } // namespace lumoscad::prova
