@@ -239,6 +239,12 @@ void ServerSsh::TroncaSessioni() {
   Uccidi(Discendenti(processo_));
 }
 
+std::vector<pid_t> ServerSsh::Processi() const {
+  auto processi = Discendenti(processo_);
+  processi.push_back(processo_);
+  return processi;
+}
+
 void ServerSsh::Riavvia() {
   Ferma();
   // Sessions that have just been killed may hold the port for a moment.

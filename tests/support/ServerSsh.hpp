@@ -64,6 +64,9 @@ class ServerSsh {
   /// Ends the sessions, with their programs, and keeps the server.
   void TroncaSessioni();
 
+  /// The server's process and all that descend from it: sessions, subsystems, programs.
+  [[nodiscard]] std::vector<pid_t> Processi() const;
+
   /// The settings of a component that is to reach this server, "NAME=value", through `porta` or directly.
   [[nodiscard]] std::vector<std::string> Ambiente(int porta = 0) const;
 
