@@ -1,0 +1,246 @@
+#include "Esiti.hpp"
+
+#include "BaseDelleAzioni.hpp"
+#include "common/Stato.hpp"
+#include "database/procedureLumoDB2.hpp"
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+namespace lumoscad::prova {
+namespace {
+
+namespace db2 = procedureLumoDB2;
+
+constexpr const char* const Tabelle[] = {"AZIENDELINEE",       "CONTOCONTABILE",  "PARTITACONTABILE",
+                                         "MOVIMENTOCONTABILE", "EVENTOCONTABILE", "ERRORE"};
+
+/// True while the thread's statements are the test's own.
+thread_local bool muto = false;
+
+class Silenzio {
+ public:
+  Silenzio() : prima_(std::exchange(muto, true)) {}
+  Silenzio(const Silenzio&) = delete;
+  Silenzio& operator=(const Silenzio&) = delete;
+  ~Silenzio() { muto = prima_; }
+
+ private:
+  bool prima_;
+};
+
+std::string SchemaEDati() {
+  std::ifstream file(LUMOSCAD_SCHEMA);
+  return std::string(std::istreambuf_iterator<char>(file), {}) + DatiDelleAzioni();
+}
+
+VariazioneCanalizzazione Rata(const std::string& partita, const std::string& conto, const std::string& numero) {
+  VariazioneCanalizzazione v;
+  v.idPartitaKey = partita;
+  v.CodiceConto = conto;
+  v.NumeroPartita = numero;
+  v.VecchiaBanca = "#null#";
+  v.NuovaBanca = "C11";
+  v.ScadenzaOriginale = "28/02/2006";
+  v.NumeroRata = "1";
+  v.VecchiaScadenza = "31/03/2006";
+  v.NuovaScadenza = "15/05/2006";
+  v.isBancaChanged = true;
+  v.isScadenzaChanged = true;
+  return v;
+}
+
+VariazioneConsegna Documento(std::int32_t movimento, const std::string& anno, const std::string& numero) {
+  VariazioneConsegna v;
+  v.idOrdineKey = "#null#";
+  v.idMovimentoKey = movimento;
+  v.CodiceConto = "C10";
+  v.Serie = "OC";
+  v.Anno = anno;
+  v.Numero = numero;
+  v.VecchiaBanca = "#null#";
+  v.NuovaBanca = "C11";
+  v.Consegna = "#null#";
+  v.NuovaConsegna = "01/06/2006";
+  v.isBancaChanged = true;
+  v.isConsegnaChanged = true;
+  return v;
+}
+
+VariazioniCanalizzazione Rate() {
+  return {Rata("100", "C10", "AB   123"), Rata("101", "C10", "AB 123"), Rata("102", "C11", "AB   123")};
+}
+
+VariazioniConsegna Documenti() {
+  return {Documento(1001, "06", "123"), Documento(1002, "05", "123"), Documento(1005, "06", "1")};
+}
+
+/// The procedure behind a reply, by the request's list.
+ProceduraProvata Risposta(const char* nome, const std::vector<std::string>& parametri, const char* oggetto) {
+  return {nome, [parametri](MsgAnnulla& msg) { return db2::EseguiAzioneDB2(parametri, &msg); }, oggetto};
+}
+
+} // namespace
+
+const std::vector<ProceduraProvata>& ProcedureProvate() {
+  static const std::vector<ProceduraProvata> tutte = {
+      {"AggiornaCanalizzazione", [](MsgAnnulla& msg) { return db2::AggiornaCanalizzazione(Rate(), "CREDITI", msg); },
+       "conto C10 partita AB   123 rata 1 del 31/03/2006; conto C10 partita AB 123 rata 1 del 31/03/2006; "
+       "conto C11 partita AB   123 rata 1 del 31/03/2006."},
+      {"AggiornaBancaPresunti",
+       [](MsgAnnulla& msg) { return db2::AggiornaBancaPresunti(Documenti(), "PRESUNTI", msg); },
+       "conto C10 documento OC/06/123; conto C10 documento OC/05/123; conto C10 documento OC/06/1."},
+      {"AggiornaConsegna", [](MsgAnnulla& msg) { return db2::AggiornaConsegna(Documenti(), "PRESUNTI", msg); },
+       "conto C10 documento OC/06/123; conto C10 documento OC/05/123; conto C10 documento OC/06/1."},
+      Risposta("SospendiPartita", {"01", "SOSPESOCREA", "C10", "AB   123", ""}, "partita AB   123 del conto C10."),
+      Risposta("SospendiMovimento", {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""},
+               "documento OC/06/123 dell'azienda 01."),
+      Risposta("CancellaMovimentoExtra", {"01", "EXTRADEL", "A", "2006", "15", ""},
+               "documento A/2006/15 dell'azienda 01."),
+      Risposta(
+          "ScriviScadenzePartita",
+          {"01", "SCRIVISCADENZE", "C10", "AB   123", "", "1", "20060228", "20060705", "2", "20060531", "20060805"},
+          "partita AB   123 del conto C10."),
+      Risposta("ScriviScadenzeMovimento",
+               {"01", "EXTRASCRIVISCAD", "A", "2006", "15", "1", "20060331", "20060705", "2", "20060430", "20060805"},
+               "documento A/2006/15 dell'azienda 01."),
+  };
+  return tutte;
+}
+
+const ProceduraProvata& TrovaProcedura(std::string_view nome) {
+  for (const ProceduraProvata& procedura : ProcedureProvate()) {
+    if (procedura.nome == nome) {
+      return procedura;
+    }
+  }
+  throw std::invalid_argument("no such procedure: " + std::string(nome));
+}
+
+BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : genere_(genere) {
+  const Silenzio silenzio;
+  base_ = test::databaseContext(genere).create(SchemaEDati());
+  Riapri();
+  std::string sorgente = base_->source;
+  if (SuPostgres()) {
+    proxy_ = std::make_unique<ProxyByte>(test::postgres().port());
+    test::OdbcConfiguration::Settings tutte{{"ConnSettings", "SET search_path TO " + base_->schema}};
+    tutte.insert(tutte.end(), altre.begin(), altre.end());
+    sorgente = test::postgres().addSource(Valore("SELECT current_database()"), proxy_->Porta(), tutte);
+  } else if (SuMariaDb()) {
+    proxy_ = std::make_unique<ProxyByte>(test::mariaDb().port());
+    sorgente = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Porta(), altre);
+  }
+  opzioni_ = "-DB2SOURCE " + sorgente + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
+             base_->schema;
+}
+
+void BaseEsiti::Riapri() {
+  diretta_ = AltroTerminale();
+}
+
+std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminale() const {
+  auto connection = std::make_unique<ado::Connection>();
+  connection->ConnectionString = base_->connectionText();
+  connection->Open();
+  return connection;
+}
+
+void BaseEsiti::Esegui(std::string_view sql) const {
+  const Silenzio silenzio;
+  diretta_->Execute(sql);
+}
+
+std::string BaseEsiti::Valore(std::string_view sql) const {
+  const Silenzio silenzio;
+  ado::Command comando;
+  comando.ActiveConnection = diretta_.get();
+  comando.CommandText = sql;
+  const ado::Recordset righe = comando.Execute();
+  return std::string(righe.Valore(0).value_or("NULL"));
+}
+
+std::vector<std::string> BaseEsiti::Tutto() const {
+  const Silenzio silenzio;
+  std::vector<std::string> testi;
+  for (const char* tabella : Tabelle) {
+    ado::Command comando;
+    comando.ActiveConnection = diretta_.get();
+    comando.CommandText = std::string("SELECT * FROM ") + tabella + " ORDER BY 1";
+    for (ado::Recordset righe = comando.Execute(); !righe.Eof(); righe.MoveNext()) {
+      testi.emplace_back(tabella);
+      for (std::size_t colonna = 0; colonna < righe.Colonne(); ++colonna) {
+        testi.back().append("|").append(righe.Valore(colonna).value_or("NULL"));
+      }
+    }
+  }
+  return testi;
+}
+
+void BaseEsiti::Ripristina() const {
+  const Silenzio silenzio;
+  std::string script;
+  for (const char* tabella : Tabelle) {
+    script += std::string("DELETE FROM ") + tabella + ";";
+  }
+  script += "INSERT INTO ERRORE (ERROREKEY, FILEXML) VALUES (100, '');" + DatiDelleAzioni();
+  test::runScript(base_->connectionText(), script);
+}
+
+bool BaseEsiti::Entro(const std::function<bool()>& condizione) {
+  const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!condizione()) {
+    if (std::chrono::steady_clock::now() > limite) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
+}
+
+bool BaseEsiti::SenzaAltreSessioni() const {
+  const char* domanda = SuPostgres() ? "SELECT COUNT(*) FROM pg_stat_activity WHERE datname=current_database() AND "
+                                       "backend_type='client backend' AND pid<>pg_backend_pid()"
+                                     : "SELECT COUNT(*) FROM information_schema.PROCESSLIST WHERE DB=DATABASE() AND "
+                                       "ID<>CONNECTION_ID()";
+  return Entro([&] { return Valore(domanda) == "0"; });
+}
+
+bool BaseEsiti::QualcunoAspetta() const {
+  const char* domanda = SuPostgres() ? "SELECT COUNT(*) FROM pg_stat_activity WHERE datname=current_database() AND "
+                                       "wait_event_type='Lock'"
+                                     : "SELECT COUNT(*) FROM information_schema.INNODB_TRX WHERE TRX_STATE='LOCK WAIT'";
+  return Entro([&] { return Valore(domanda) != "0"; });
+}
+
+PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : base(genere, altre) {
+  stato().ComandoCorrente = base.Opzioni();
+  servizi().istruzioneInviata = [this](std::string_view) {
+    if (muto) {
+      return;
+    }
+    ++istruzioni;
+    if (istruzioni == quale_ && azione_) {
+      std::exchange(azione_, nullptr)();
+    }
+  };
+}
+
+std::string PostoEsiti::Esegui(const ProceduraProvata& procedura) {
+  istruzioni = 0;
+  msg.Errore.clear();
+  std::string risultato = procedura.esegui(msg);
+  quale_ = 0;
+  return risultato;
+}
+
+void PostoEsiti::PrimaDellIstruzione(int quale, std::function<void()> azione) {
+  quale_ = quale;
+  azione_ = std::move(azione);
+}
+
+} // namespace lumoscad::prova

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "common/MsgAnnulla.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/DatabaseContext.hpp"
+#include "support/Prova.hpp"
+#include "support/ProxyByte.hpp"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// One of the procedures that repeat in the database what the host accepted, on the data of `DatiEsiti`.
+struct ProceduraProvata {
+  const char* nome;
+  std::function<std::string(MsgAnnulla&)> esegui;
+  std::string oggetto; ///< what its message must name
+};
+
+/// The three updates and the five behind the replies; each changes several rows.
+[[nodiscard]] const std::vector<ProceduraProvata>& ProcedureProvate();
+[[nodiscard]] const ProceduraProvata& TrovaProcedura(std::string_view nome);
+
+/// A database of the accounting tables, which the running command reaches through a proxy where the database is a
+/// server. Its own statements take the direct way and are not told to the services' listener.
+class BaseEsiti {
+ public:
+  /// `altre` are further settings of the driver for the running command.
+  explicit BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre = {});
+
+  [[nodiscard]] bool SuPostgres() const { return genere_ == "postgres"; }
+  [[nodiscard]] bool SuMariaDb() const { return genere_ == "mariadb"; }
+  [[nodiscard]] ProxyByte& Proxy() { return *proxy_; }
+  [[nodiscard]] const std::string& Opzioni() const noexcept { return opzioni_; }
+  /// Part of the text by which the component asks who is at the other end.
+  [[nodiscard]] std::string_view Domanda() const { return SuPostgres() ? "pg_backend_pid" : "CONNECTION_ID"; }
+  /// The bytes by which a COMMIT begins on its way to the server. MariaDB's driver says "SET AUTOCOMMIT" before.
+  [[nodiscard]] std::string_view Conferma() const {
+    return SuPostgres() ? "COMMIT"
+                        : "\x03"
+                          "COMMIT";
+  }
+  void Esegui(std::string_view sql) const;
+  /// Opens a further connection, by the direct way: another terminal.
+  [[nodiscard]] std::unique_ptr<ado::Connection> AltroTerminale() const;
+  /// Every row of every table.
+  [[nodiscard]] std::vector<std::string> Tutto() const;
+  /// The one value that a query gives.
+  [[nodiscard]] std::string Valore(std::string_view sql) const;
+  /// Puts the data back as they were at first.
+  void Ripristina() const;
+  /// Waits until the server has no session on this database left but this object's; false after ten seconds.
+  [[nodiscard]] bool SenzaAltreSessioni() const;
+  /// Waits until a session of the server waits for another's lock; false after ten seconds.
+  [[nodiscard]] bool QualcunoAspetta() const;
+  /// Opens the direct way anew, after the server was away.
+  void Riapri();
+
+ private:
+  [[nodiscard]] static bool Entro(const std::function<bool()>& condizione);
+
+  std::string genere_;
+  std::unique_ptr<test::TestDatabase> base_;
+  std::unique_ptr<ProxyByte> proxy_;
+  std::unique_ptr<ado::Connection> diretta_;
+  std::string opzioni_;
+};
+
+/// The working place of a test: scripted services, and the running command's options lead to `base`.
+class PostoEsiti {
+ public:
+  explicit PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre = {});
+
+  /// Runs a procedure; its message is in `msg` afterwards.
+  std::string Esegui(const ProceduraProvata& procedura);
+  std::string Esegui(std::string_view nome) { return Esegui(TrovaProcedura(nome)); }
+  /// Calls `azione` just before the statement number `quale` of the coming procedure is sent.
+  void PrimaDellIstruzione(int quale, std::function<void()> azione);
+
+  Banco banco;
+  BaseEsiti base;
+  MsgAnnulla msg;
+  int istruzioni = 0; ///< statements that the last procedure sent
+
+ private:
+  int quale_ = 0;
+  std::function<void()> azione_;
+};
+
+} // namespace lumoscad::prova

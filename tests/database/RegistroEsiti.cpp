@@ -1,0 +1,97 @@
+#include "RegistroEsiti.hpp"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <utility>
+
+namespace lumoscad::prova {
+namespace {
+
+/// Prints and keeps the tables when all tests are through.
+class StampaEsiti final : public testing::Environment {
+ public:
+  void TearDown() override {
+    const std::string tabelle = RegistroEsiti::Unico().Tabelle();
+    std::cout << tabelle;
+    std::ofstream(LUMOSCAD_ESITI) << tabelle;
+  }
+};
+
+[[maybe_unused]] const testing::Environment* const stampa = testing::AddGlobalTestEnvironment(new StampaEsiti);
+
+/// A text as one cell of a table.
+std::string Cella(std::string testo) {
+  for (std::size_t posto = 0; (posto = testo.find_first_of("\r\n|", posto)) != std::string::npos;) {
+    testo.replace(posto, testo[posto] == '\r' ? 2 : 1, testo[posto] == '|' ? "/" : "<br>");
+  }
+  return testo;
+}
+
+/// One row a procedure, one column a point; a cell says what the message said, what the database held, and how many
+/// runs ended so.
+void TabellaDeiTagli(std::ostream& testo, const std::vector<EsitoProvato>& esiti) {
+  std::vector<std::string> punti;
+  std::vector<std::pair<std::string, std::string>> procedure;
+  std::map<std::string, std::map<std::string, int>> celle;
+  const auto aggiungi = [](auto& elenco, auto valore) {
+    if (std::find(elenco.begin(), elenco.end(), valore) == elenco.end()) {
+      elenco.push_back(std::move(valore));
+    }
+  };
+  for (const EsitoProvato& esito : esiti) {
+    aggiungi(punti, esito.punto);
+    aggiungi(procedure, std::pair(esito.base, esito.procedura));
+    ++celle[esito.base + esito.procedura + esito.punto][esito.detto + ", " + esito.tiene];
+  }
+  testo << "| base dati | procedura |";
+  std::string riga = "|---|---|";
+  for (const std::string& punto : punti) {
+    testo << " " << punto << " |";
+    riga += "---|";
+  }
+  testo << "\n" << riga << "\n";
+  for (const auto& [base, procedura] : procedure) {
+    testo << "| " << base << " | " << procedura << " |";
+    for (const std::string& punto : punti) {
+      for (const auto& [esito, quanti] : celle[base + procedura + punto]) {
+        testo << " " << esito << " (" << quanti << ")";
+      }
+      testo << " |";
+    }
+    testo << "\n";
+  }
+}
+
+} // namespace
+
+RegistroEsiti& RegistroEsiti::Unico() {
+  static RegistroEsiti unico;
+  return unico;
+}
+
+void RegistroEsiti::Annota(EsitoProvato esito) {
+  esiti_.push_back(std::move(esito));
+}
+
+void RegistroEsiti::AnnotaGuasto(std::string base, std::string guasto, std::string messaggio, std::string tiene,
+                                 double secondi) {
+  guasti_.push_back({std::move(base), std::move(guasto), std::move(messaggio), std::move(tiene), secondi});
+}
+
+std::string RegistroEsiti::Tabelle() const {
+  std::ostringstream testo;
+  TabellaDeiTagli(testo, esiti_);
+  testo << "\n| base dati | guasto | messaggio | la base dati tiene | secondi |\n|---|---|---|---|---|\n";
+  for (const Guasto& guasto : guasti_) {
+    testo << "| " << guasto.base << " | " << guasto.guasto << " | " << Cella(guasto.messaggio) << " | " << guasto.tiene
+          << " | " << std::fixed << std::setprecision(1) << guasto.secondi << " |\n";
+  }
+  return testo.str();
+}
+
+} // namespace lumoscad::prova

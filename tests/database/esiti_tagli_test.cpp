@@ -1,0 +1,127 @@
+#include "Esiti.hpp"
+#include "RegistroEsiti.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+using namespace lumoscad;
+using prova::ProxyByte;
+using testing::AllOf;
+using testing::ElementsAreArray;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* NonRegistrata =
+    "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da "
+    "allineare: ";
+constexpr const char* NonSiSa = "L'host ha già accettato la modifica; non si sa se la base dati l'ha registrata. Da "
+                                "controllare prima di ripeterla: ";
+
+/// A procedure on a server, whose connection a proxy breaks.
+class Tagli : public testing::TestWithParam<std::tuple<const char*, const char*>> {
+ protected:
+  Tagli() : procedura_(prova::TrovaProcedura(std::get<1>(GetParam()))), prima_(posto_.base.Tutto()) {}
+
+  /// What the procedure makes of the data when nothing breaks; the data are put back.
+  void Misura() {
+    ASSERT_EQ(posto_.Esegui(procedura_), "") << posto_.msg.Errore;
+    EXPECT_EQ(posto_.msg.Errore, "");
+    istruzioni_ = posto_.istruzioni;
+    dopo_ = posto_.base.Tutto();
+    EXPECT_NE(dopo_, prima_);
+    Annota("senza guasti", "applicata", dopo_);
+    posto_.base.Ripristina();
+    ASSERT_THAT(posto_.base.Tutto(), ElementsAreArray(prima_));
+  }
+  /// Runs the procedure with the fault that was armed, and puts the data back. The database must hold `attesa`, and
+  /// the message say `frase` of it.
+  void Prova(const char* punto, const char* frase, const std::vector<std::string>& attesa) {
+    EXPECT_EQ(posto_.Esegui(procedura_), "error") << punto;
+    EXPECT_TRUE(posto_.base.Proxy().Scattato()) << punto;
+    posto_.base.Proxy().Ripristina();
+    EXPECT_THAT(posto_.msg.Errore, AllOf(StartsWith("ERRORE: -2147467259\r\n"), HasSubstr(frase + procedura_.oggetto)))
+        << punto;
+    EXPECT_TRUE(posto_.base.SenzaAltreSessioni()) << punto;
+    const auto tiene = posto_.base.Tutto();
+    EXPECT_THAT(tiene, ElementsAreArray(attesa)) << punto;
+    Annota(punto, Dice(posto_.msg.Errore), tiene);
+    posto_.base.Ripristina();
+  }
+  void ProvaInOgniModo(const char* punto, const char* frase, const std::vector<std::string>& attesa,
+                       const std::function<void(ProxyByte::Azione)>& arma) {
+    for (const auto azione : {ProxyByte::Azione::Chiudi, ProxyByte::Azione::Azzera}) {
+      arma(azione);
+      Prova(punto, frase, attesa);
+    }
+  }
+  void AllaSequenza(std::string_view sequenza, ProxyByte::Momento momento, ProxyByte::Azione azione, int volta = 1) {
+    posto_.base.Proxy().ScattaAllaSequenza(sequenza, momento, azione, volta);
+  }
+
+  prova::PostoEsiti posto_{std::get<0>(GetParam())};
+  const prova::ProceduraProvata& procedura_;
+  std::vector<std::string> prima_;
+  std::vector<std::string> dopo_;
+  int istruzioni_ = 0;
+
+ private:
+  static const char* Dice(const std::string& messaggio) {
+    if (messaggio.find(NonRegistrata) != std::string::npos) {
+      return "non applicata";
+    }
+    return messaggio.find(NonSiSa) != std::string::npos ? "sconosciuta" : "altro";
+  }
+  void Annota(const char* punto, const char* detto, const std::vector<std::string>& tiene) const {
+    const char* stato = tiene == prima_ ? "come prima" : tiene == dopo_ ? "tutta" : "IN PARTE";
+    prova::RegistroEsiti::Unico().Annota({std::get<0>(GetParam()), procedura_.nome, punto, detto, stato});
+  }
+};
+
+std::vector<const char*> Nomi() {
+  std::vector<const char*> nomi;
+  for (const auto& procedura : prova::ProcedureProvate()) {
+    nomi.push_back(procedura.nome);
+  }
+  return nomi;
+}
+
+INSTANTIATE_TEST_SUITE_P(Server, Tagli,
+                         testing::Combine(testing::Values("postgres", "mariadb"), testing::ValuesIn(Nomi())),
+                         [](const auto& scelta) {
+                           return std::string(std::get<0>(scelta.param)) + "_" + std::get<1>(scelta.param);
+                         });
+
+} // namespace
+
+TEST_P(Tagli, NonLascianoMaiUnaModificaAMetaENonDiconoMaiFattoCioCheNonLoE) {
+  ASSERT_NO_FATAL_FAILURE(Misura());
+  ASSERT_GE(istruzioni_, 3);
+  using Momento = ProxyByte::Momento;
+  for (int quale = 1; quale <= istruzioni_; ++quale) {
+    ProvaInOgniModo(quale == 1 ? "prima della prima istruzione" : "fra due istruzioni", NonRegistrata, prima_,
+                    [&](ProxyByte::Azione azione) {
+                      posto_.PrimaDellIstruzione(quale, [this, azione] { posto_.base.Proxy().Scatta(azione); });
+                    });
+  }
+  ProvaInOgniModo("all'inizio della transazione", NonRegistrata, prima_, [&](ProxyByte::Azione azione) {
+    AllaSequenza(posto_.base.Domanda(), Momento::PrimaDelPassaggio, azione);
+  });
+  ProvaInOgniModo("prima di COMMIT", NonRegistrata, prima_, [&](ProxyByte::Azione azione) {
+    AllaSequenza(posto_.base.Domanda(), Momento::PrimaDelPassaggio, azione, 2);
+  });
+  ProvaInOgniModo("COMMIT perso per via", NonSiSa, prima_, [&](ProxyByte::Azione azione) {
+    AllaSequenza(posto_.base.Conferma(), Momento::PrimaDelPassaggio, azione);
+  });
+  ProvaInOgniModo("risposta a COMMIT persa", NonSiSa, dopo_, [&](ProxyByte::Azione azione) {
+    AllaSequenza(posto_.base.Conferma(), Momento::PrimaDellaRisposta, azione);
+  });
+  ProvaInOgniModo("dopo la risposta a COMMIT", NonSiSa, dopo_, [&](ProxyByte::Azione azione) {
+    AllaSequenza(posto_.base.Domanda(), Momento::PrimaDelPassaggio, azione, 3);
+  });
+}
