@@ -28,8 +28,36 @@ constexpr std::array<StateNumber, 11> table{{
     {"07002", -2147217904},
 }};
 
-constexpr char folded(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+/// `text` in lower case, accented letters of western languages included; no length changes.
+std::string folded(std::string_view text) {
+  std::string lower(text);
+  unsigned char before = 0;
+  for (char& c : lower) {
+    const auto code = static_cast<unsigned char>(c);
+    const bool accented = before == 0xC3 && code >= 0x80 && code <= 0x9E;
+    if ((c >= 'A' && c <= 'Z') || accented)
+      c = static_cast<char>(code + 0x20);
+    before = code;
+  }
+  return lower;
+}
+
+bool beginsCharacter(std::string_view text, std::size_t at) {
+  return at >= text.size() || (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U;
+}
+
+/// How many bytes of `text` from `at` on, whole characters, are a piece of `secret`.
+std::size_t pieceOf(std::string_view secret, std::string_view text, std::size_t at) {
+  std::size_t longest = 0;
+  for (std::size_t from = 0; from + longest < secret.size(); ++from) {
+    std::size_t length = 0;
+    while (from + length < secret.size() && at + length < text.size() && secret[from + length] == text[at + length])
+      ++length;
+    longest = std::max(longest, length);
+  }
+  while (longest > 0 && !beginsCharacter(text, at + longest))
+    --longest;
+  return longest;
 }
 
 struct Record {
@@ -69,20 +97,24 @@ int numeroErrore(std::string_view sqlstate) noexcept {
 }
 
 std::string senzaPassword(std::string text, std::string_view password) {
-  if (password.empty())
-    return text;
   constexpr std::string_view blot = "***";
-  const auto equal = [](char a, char b) { return folded(a) == folded(b); };
+  constexpr std::size_t tellingPiece = 4;
+  const std::string secret = folded(password);
+  const std::string lower = folded(text);
+  const std::size_t enough = std::min(secret.size(), tellingPiece);
+  if (secret.empty())
+    return text;
   std::string clean;
-  auto from = text.cbegin();
-  for (;;) {
-    const auto at = std::search(from, text.cend(), password.begin(), password.end(), equal);
-    clean.append(from, at);
-    if (at == text.cend())
-      return clean;
-    clean += blot;
-    from = at + static_cast<std::ptrdiff_t>(password.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t length = beginsCharacter(text, at) ? pieceOf(secret, lower, at) : 0;
+    if (length >= enough) {
+      clean += blot;
+      at += length;
+    } else {
+      clean += text[at++];
+    }
   }
+  return clean;
 }
 
 ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context) {

@@ -22,8 +22,8 @@ inline constexpr int ModificaConcorrente = -2147217864; ///< the row is no longe
 /// The error number that stands for an SQLSTATE.
 [[nodiscard]] int numeroErrore(std::string_view sqlstate) noexcept;
 
-/// Blots out every occurrence of `password` in `text`, in any case: a server folds the case of names, and the
-/// password may have been used as a schema name.
+/// Blots out every piece of `password` of four bytes or more in `text`, in any case: the password may have been used as
+/// a schema name, whose case a server folds and of which its messages quote what they do not understand.
 [[nodiscard]] std::string senzaPassword(std::string text, std::string_view password);
 
 /// All diagnostic records of a handle as one error, numbered by the first record, with a line that says what they mean

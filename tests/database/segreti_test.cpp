@@ -1,0 +1,96 @@
+// The password of the database stays where it belongs, whatever fails and whatever it looks like.
+
+#include "BaseDati.hpp"
+#include "common/MsgAnnulla.hpp"
+#include "database/moduloDatabase.hpp"
+#include "database/procedureLumoDB2.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/ado/Diagnostics.hpp"
+#include "support/Prova.hpp"
+
+#include <cctype>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace lumoscad;
+using ado::interno::senzaPassword;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+namespace {
+
+/// Whether a piece of four characters of the password stands in the text, in any case.
+bool Rivela(std::string_view testo, std::string_view password) {
+  const auto uguale = [](char a, char b) {
+    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+  };
+  for (std::size_t i = 0; i + 4 <= password.size(); ++i) {
+    const auto pezzo = password.substr(i, 4);
+    if (std::search(testo.begin(), testo.end(), pezzo.begin(), pezzo.end(), uguale) != testo.end()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+class PasswordComeSchema : public testing::TestWithParam<const char*> {};
+
+/// Passwords that a server takes apart when they stand in a statement: a number before letters, marks, quotes, capital
+/// letters with accents, more letters than a name may have.
+INSTANTIATE_TEST_SUITE_P(Password, PasswordComeSchema,
+                         testing::Values("Segr3taXy9", "12qwxyz99", "Qwx!zyx+kj", "qw'xyzkj", "qw\"xyzkj", "QWÈXÀZK",
+                                         "qwx;zyx;kj", "qwxz.zykj.x", "(qwxzykj)", "qwx--zykj", "$qwxzykj$",
+                                         "{qwx}zykj",
+                                         "Qwxzykjqwxzykjqwxzykjqwxzykjqwxzykjqwxzykjqwxzykjqwxzykjqwxzykjqwxzykj"));
+
+} // namespace
+
+TEST_P(PasswordComeSchema, NonCompareInNessunMessaggio) {
+  const std::string password = GetParam();
+  const prova::BaseDati base("sqlite", "");
+  prova::Banco banco;
+  banco.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  const std::string opzioni = base.Opzioni() + " -DB2USER ada -DB2PASS " + password;
+  ASSERT_EQ(moduloDatabase::LeggiParametriDB2(opzioni).Schema, password);
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + opzioni), "error");
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T EXTRA /A -D 01 -S A -E 2006 -N 1 -H h " + opzioni), "error");
+  ASSERT_THAT(banco.desktop.box, Not(IsEmpty()));
+  for (const std::string& box : banco.desktop.box) {
+    EXPECT_FALSE(Rivela(box, password)) << box;
+  }
+  for (const auto& parametri : banco.host.chiamate) {
+    EXPECT_THAT(parametri, Each(Not(HasSubstr(password))));
+  }
+  EXPECT_THAT(banco.host.operazioni, Each(Not(HasSubstr(password))));
+}
+
+TEST(Password, DiUnServerNonCompareQuandoFaDaSchema) {
+  const prova::BaseDati base("postgres", "");
+  const prova::Banco banco;
+  const auto parametri = moduloDatabase::LeggiParametriDB2(base.Opzioni());
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + base.Opzioni()), "error");
+  ASSERT_THAT(banco.desktop.box, SizeIs(1));
+  EXPECT_FALSE(Rivela(banco.desktop.box.front(), parametri.Password));
+}
+
+TEST(Password, SiCancellaInteraEAPezzi) {
+  EXPECT_EQ(senzaPassword("relation \"segreta9.errore\" does not exist", "Segreta9"),
+            "relation \"***.errore\" does not exist");
+  EXPECT_EQ(senzaPassword("at or near \"eta9\"", "12segreta9"), "at or near \"***\"");
+  EXPECT_EQ(senzaPassword("SEGRETA9SEGRETA9", "segreta9"), "******");
+  EXPECT_EQ(senzaPassword("x abc y", "abc"), "x *** y") << "una password breve si cancella intera";
+  EXPECT_EQ(senzaPassword("x ab y", "abc"), "x ab y");
+  EXPECT_EQ(senzaPassword("niente di segreto qui", "Zz91kk"), "niente di segreto qui");
+  EXPECT_EQ(senzaPassword("testo", ""), "testo");
+  EXPECT_EQ(senzaPassword("", "Segreta9"), "");
+}
+
+TEST(Password, ConAccentiSiCancellaInOgniMaiuscolaELasciaCaratteriInteri) {
+  EXPECT_EQ(senzaPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
+  // The characters share their first byte: what is left begins and ends with whole ones.
+  EXPECT_EQ(senzaPassword("abcdè", "abcdé"), "***è");
+  EXPECT_EQ(senzaPassword("éabcd", "èabcd"), "é***");
+}
