@@ -1,5 +1,6 @@
 #include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
+#include "lumoscad/Riservatezza.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -127,6 +128,7 @@ int ProvaHost(std::string_view host, std::string_view programma) {
 } // namespace
 
 int main(int numero, char** vettore) {
+  lumoscad::VietaImmagineDiMemoria();
   const auto argomenti = std::span<char* const>(vettore, static_cast<std::size_t>(numero)).subspan(numero > 0 ? 1 : 0);
   const std::string_view primo = argomenti.empty() ? std::string_view() : argomenti.front();
   if (argomenti.size() == 1 && primo == "--aiuto") {

@@ -1,0 +1,188 @@
+// What the program keeps to itself, and what the library leaves to the program that loads it.
+
+#include "Banco.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "lumoscad/Riservatezza.hpp"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* Password = "Segreta77Parola";
+
+rlimit LimiteImmagine() {
+  rlimit limite{};
+  ::getrlimit(RLIMIT_CORE, &limite);
+  return limite;
+}
+
+/// The program, reading its command line from a pipe; memory images are allowed to it as far as they can be.
+class Programma {
+ public:
+  Programma(const std::vector<std::string>& argomenti, const std::string& errori) {
+    std::array<int, 2> tubo{};
+    if (::pipe2(tubo.data(), O_CLOEXEC) != 0) {
+      throw std::runtime_error("pipe2");
+    }
+    std::vector<char*> vettore{const_cast<char*>(LUMOSCAD_PROGRAMMA)};
+    for (const auto& argomento : argomenti) {
+      vettore.push_back(const_cast<char*>(argomento.c_str()));
+    }
+    vettore.push_back(nullptr);
+    pid_ = ::fork();
+    if (pid_ == 0) {
+      const int uscita = ::open(errori.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+      ::dup2(tubo[0], 0);
+      ::dup2(uscita, 1);
+      ::dup2(uscita, 2);
+      rlimit limite = LimiteImmagine();
+      limite.rlim_cur = limite.rlim_max;
+      ::setrlimit(RLIMIT_CORE, &limite);
+      ::execv(vettore.front(), vettore.data());
+      ::_exit(127);
+    }
+    ::close(tubo[0]);
+    ingresso_ = tubo[1];
+  }
+  Programma(const Programma&) = delete;
+  Programma& operator=(const Programma&) = delete;
+  ~Programma() {
+    Chiudi();
+    if (pid_ > 0) {
+      ::kill(pid_, SIGKILL);
+      ::waitpid(pid_, nullptr, 0);
+    }
+  }
+
+  void Scrivi(const std::string& testo) const {
+    EXPECT_EQ(::write(ingresso_, testo.data(), testo.size()), static_cast<ssize_t>(testo.size()));
+  }
+  void Chiudi() {
+    if (ingresso_ >= 0) {
+      ::close(ingresso_);
+    }
+    ingresso_ = -1;
+  }
+  [[nodiscard]] int Attendi() {
+    int stato = 0;
+    ::waitpid(std::exchange(pid_, -1), &stato, 0);
+    return stato;
+  }
+  /// A file of /proc about the program.
+  [[nodiscard]] std::string Proc(const std::string& nome) const {
+    return prove::Leggi("/proc/" + std::to_string(pid_) + "/" + nome);
+  }
+  /// Waits until it sleeps over its empty pipe, which is after everything that it does first.
+  [[nodiscard]] bool AttendeIngresso() const {
+    const auto fine = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (std::chrono::steady_clock::now() < fine) {
+      if (Proc("wchan").find("pipe") != std::string::npos || Proc("syscall").starts_with("0 0x0 ")) {
+        return true;
+      }
+      ::usleep(5000);
+    }
+    return false;
+  }
+  [[nodiscard]] pid_t Pid() const { return pid_; }
+
+ private:
+  pid_t pid_ = -1;
+  int ingresso_ = -1;
+};
+
+class ProgrammaLumoscad : public testing::Test {
+ protected:
+  prove::CartellaProvvisoria cartella;
+  std::string errori = cartella / "uscite";
+};
+
+/// In a child process of its own, so that the test's process stays as it is: the exit status says what was found.
+[[noreturn]] void ProvaNelFiglio() {
+  VietaImmagineDiMemoria();
+  const rlimit limite = LimiteImmagine();
+  bool chiuso = limite.rlim_cur == 0 && limite.rlim_max == 0;
+#ifndef __SANITIZE_ADDRESS__
+  chiuso = chiuso && ::prctl(PR_GET_DUMPABLE) == 0;
+#endif
+  ::_exit(chiuso ? 0 : 1);
+}
+
+} // namespace
+
+TEST(Riservatezza, TheProcessLeavesNoImageOfItsMemory) {
+  EXPECT_EXIT(ProvaNelFiglio(), testing::ExitedWithCode(0), "");
+}
+
+TEST(Riservatezza, TheLibraryLeavesTheLimitsOfItsProcessAlone) {
+  const rlimit prima = LimiteImmagine();
+  const int aperto = ::prctl(PR_GET_DUMPABLE);
+  const mode_t maschera = ::umask(022);
+  ::umask(maschera);
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T BANCA -DB2PASS " + std::string(Password)), "");
+  EXPECT_EQ(LimiteImmagine().rlim_cur, prima.rlim_cur);
+  EXPECT_EQ(LimiteImmagine().rlim_max, prima.rlim_max);
+  EXPECT_EQ(::prctl(PR_GET_DUMPABLE), aperto);
+  EXPECT_EQ(::umask(maschera), maschera);
+}
+
+TEST_F(ProgrammaLumoscad, DiesWithoutLeavingAnImageOfItsMemory) {
+  Programma programma({"-"}, errori);
+  programma.Scrivi("-T TEST -DB2SOURCE CONTI -DB2PASS " + std::string(Password));
+  ASSERT_TRUE(programma.AttendeIngresso());
+  ASSERT_EQ(::kill(programma.Pid(), SIGSEGV), 0);
+  const int stato = programma.Attendi();
+#ifndef __SANITIZE_ADDRESS__
+  ASSERT_TRUE(WIFSIGNALED(stato));
+  EXPECT_EQ(WTERMSIG(stato), SIGSEGV);
+#endif
+  EXPECT_FALSE(WIFSIGNALED(stato) && WCOREDUMP(stato));
+}
+
+TEST_F(ProgrammaLumoscad, AllowsItselfNoImageOfItsMemory) {
+  Programma programma({"-"}, errori);
+  ASSERT_TRUE(programma.AttendeIngresso());
+  const std::string limiti = programma.Proc("limits");
+  const auto riga = limiti.find("Max core file size");
+  ASSERT_NE(riga, std::string::npos);
+  EXPECT_THAT(limiti.substr(riga, limiti.find('\n', riga) - riga), testing::ContainsRegex("size +0 +0 +bytes"));
+}
+
+TEST_F(ProgrammaLumoscad, KeepsACommandOfItsStandardInputOutOfTheProcessList) {
+  Programma programma({"-"}, errori);
+  programma.Scrivi("-T FOO -DB2PASS " + std::string(Password));
+  ASSERT_TRUE(programma.AttendeIngresso());
+  EXPECT_EQ(programma.Proc("cmdline").find(Password), std::string::npos);
+  EXPECT_EQ(programma.Proc("environ").find(Password), std::string::npos);
+  programma.Chiudi();
+  EXPECT_EQ(programma.Attendi(), 0);
+  EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
+}
+
+TEST_F(ProgrammaLumoscad, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
+  prove::VariabiliProvvisorie variabili;
+  variabili.Togli("DISPLAY");
+  variabili.Togli("WAYLAND_DISPLAY");
+  variabili.Togli("QT_QPA_PLATFORM");
+  for (const std::string comando : {"-T TEST -DB2SOURCE non-esiste -DB2PASS ", "-T -DB2PASS ", "-D -T -DB2PASS "}) {
+    Programma programma({"-"}, errori);
+    programma.Scrivi(comando + Password + (comando == "-D -T -DB2PASS " ? " -T" : ""));
+    programma.Chiudi();
+    static_cast<void>(programma.Attendi());
+  }
+  EXPECT_THAT(prove::Leggi(errori), HasSubstr("error"));
+  EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
+}
+
+} // namespace lumoscad
