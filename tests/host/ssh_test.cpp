@@ -10,6 +10,7 @@
 namespace lumoscad {
 namespace {
 
+namespace fs = std::filesystem;
 using prove::ErroreDi;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -57,12 +58,298 @@ TEST_F(Ssh, LargeFileArrivesWholeBothWays) {
   EXPECT_TRUE(prove::Leggi(base / "locale/ritorno") == contenuto);
 }
 
-TEST_F(Ssh, ProgramGetsItsParametersAndAnswersInXml) {
-  Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1</MESSAGGIO></RISPOSTA>\"");
-  const auto risposta = Risposta({"01", "", "", ""});
-  ASSERT_TRUE(risposta.has_value());
-  EXPECT_EQ(risposta->nome, "RISPOSTA");
-  EXPECT_EQ(risposta->figli.at(0).valore, "4 01");
+TEST_F(Ssh, SentFileIsSharedByTheTerminals) {
+  Invia("T01", "x");
+  struct stat stato {};
+  ASSERT_EQ(::lstat((base / "host/T01").c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_mode & 0777U, 0644U) << "0666 less the server's umask";
+}
+
+TEST_F(Ssh, SendingReplacesASymbolicLinkInsteadOfFollowingIt) {
+  prove::Scrivi(base / "vittima", "intatta");
+  fs::create_symlink(base / "vittima", base / "host/T01");
+  Invia("T01", "nuovo");
+  EXPECT_EQ(prove::Leggi(base / "vittima"), "intatta");
+  EXPECT_FALSE(fs::is_symlink(base / "host/T01"));
+  EXPECT_EQ(prove::Leggi(base / "host/T01"), "nuovo");
+}
+
+TEST_F(Ssh, SendingFailsWhereItCannotWriteAndSaysWhy) {
+  fs::create_directory(base / "host/T01");
+  const auto cartella = ErroreDi([this] { Invia("T01", "x"); });
+  EXPECT_THAT(cartella.Descrizione(), HasSubstr("è una cartella"));
+  prove::Scrivi(base / "locale/T02", "x");
+  const auto manca = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/T02", "/manca/T02"); });
+  EXPECT_EQ(manca.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(manca.Descrizione(), HasSubstr("«/manca/T02» sull'host 127.0.0.1: file inesistente"));
+  // Not even the superuser makes a file there.
+  const auto negato = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/T02", "/sys/T02"); });
+  EXPECT_EQ(negato.Numero(), nexaro::ErrorePermesso);
+  EXPECT_THAT(negato.Descrizione(), HasSubstr("permesso negato"));
+}
+
+TEST_F(Ssh, LocalFileThatIsMissingIsNamedBeforeAnythingIsSent) {
+  const auto errore = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/manca", base / "host/T01"); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(Ssh, ReceivedFileIsForItsOwnerOnlyAndReplacesALink) {
+  prove::Scrivi(base / "host/VBCREDITI", "Utente : T02\n");
+  prove::Scrivi(base / "vittima", "intatta");
+  fs::create_symlink(base / "vittima", base / "locale/VBCREDITI");
+  testo = "prima";
+  collegamento->RiceviFile(Host, base / "host/VBCREDITI", base / "locale/VBCREDITI", testo);
+  EXPECT_EQ(testo, "");
+  EXPECT_EQ(prove::Leggi(base / "vittima"), "intatta");
+  EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "Utente : T02\n");
+  struct stat stato {};
+  ASSERT_EQ(::lstat((base / "locale/VBCREDITI").c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_mode & 0777U, 0600U);
+}
+
+TEST_F(Ssh, ReceivingAMissingFileFailsAndLeavesNothing) {
+  const auto errore =
+      ErroreDi([this] { collegamento->RiceviFile(Host, base / "host/VBX", base / "locale/VBX", testo); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("file inesistente"));
+  EXPECT_THAT(NomiIn("locale"), IsEmpty());
+}
+
+TEST_F(Ssh, WhatIsNoOrdinaryFileIsRefusedWithoutWaiting) {
+  ASSERT_EQ(::mkfifo((base / "host/VBX").c_str(), 0600), 0);
+  for (const auto& [nome, motivo] : {std::pair("host/VBX", "non è un file ordinario"), {"host", "è una cartella"}}) {
+    const auto errore = ErroreDi([&] { collegamento->RiceviFile(Host, base / nome, base / "locale/VBX", testo); });
+    EXPECT_THAT(errore.Descrizione(), HasSubstr(motivo));
+  }
+  EXPECT_THAT(NomiIn("locale"), IsEmpty());
+}
+
+TEST_F(Ssh, ReceivingWhereTheLocalFileCannotStandKeepsTheConnectionInOrder) {
+  prove::Scrivi(base / "host/VBX", std::string(300000, 'x'));
+  const auto errore =
+      ErroreDi([this] { collegamento->RiceviFile(Host, base / "host/VBX", base / "manca/VBX", testo); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  collegamento->RiceviFile(Host, base / "host/VBX", base / "locale/VBX", testo);
+  EXPECT_EQ(fs::file_size(base / "locale/VBX"), 300000U);
+}
+
+TEST_F(Ssh, RenamingReplacesTheTargetAsTheDirectoryTransportDoes) {
+  prove::Scrivi(base / "host/T01", "nuovo");
+  prove::Scrivi(base / "host/T01.dos", "vecchio");
+  collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
+  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "nuovo");
+  EXPECT_THAT(NomiIn("host"), ElementsAre("T01.dos"));
+}
+
+TEST_F(Ssh, RenamingAMissingFileFails) {
+  const auto errore = ErroreDi([this] { collegamento->RinominaFile(Host, base / "host/a", base / "host/b", testo); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("Cambio di nome"));
+}
+
+TEST_F(Ssh, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
+  EXPECT_NO_THROW(collegamento->CancellaFile(Host, base / "host/manca"));
+  fs::create_directory(base / "host/cartella");
+  EXPECT_THAT(ErroreDi([this] { collegamento->CancellaFile(Host, base / "host/cartella"); }).Descrizione(),
+              HasSubstr("Cancellazione del file"));
+  EXPECT_THAT(NomiIn("host"), ElementsAre("cartella"));
+}
+
+TEST_F(Ssh, PathsAreAbsoluteAndDoNotClimb) {
+  for (const auto* percorso : {"segreto", "", "/tmp/../etc/passwd", "/.."}) {
+    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(Host, percorso); }).Descrizione(),
+                HasSubstr("Percorso dell'host non ammesso"))
+        << percorso;
+  }
+}
+
+/// A server that lacks what an OpenSSH server usually offers.
+class SshSemplice : public Ssh {
+ protected:
+  void Offri(const std::string& sftp) const { server->Cambia({"ed25519", {}, sftp, {}}); }
+  void TearDown() override { server->Cambia({}); }
+};
+
+TEST_F(SshSemplice, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneStep) {
+  Offri("internal-sftp -P posix-rename");
+  prove::Scrivi(base / "host/T01", "nuovo");
+  prove::Scrivi(base / "host/T01.dos", "vecchio");
+  const auto errore =
+      ErroreDi([this] { collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo); });
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("il nuovo nome è già preso e l'host non lo sostituisce"));
+  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "vecchio");
+  EXPECT_EQ(prove::Leggi(base / "host/T01"), "nuovo");
+  collegamento->CancellaFile(Host, base / "host/T01.dos");
+  collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
+  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "nuovo");
+}
+
+TEST_F(SshSemplice, FileArrivesWhereTheHostOffersNoFlush) {
+  Offri("internal-sftp -P fsync,statvfs");
+  Invia("T01", "contenuto");
+  EXPECT_EQ(prove::Leggi(base / "host/T01"), "contenuto");
+}
+
+TEST_F(SshSemplice, RefusedWriteLeavesNoHalfFile) {
+  Offri("internal-sftp -P write");
+  const auto errore = ErroreDi([this] { Invia("T01", std::string(200000, 'x')); });
+  EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
+  EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(SshSemplice, MissingFileServiceIsSaid) {
+  Offri("/bin/false");
+  EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Descrizione(), HasSubstr("l'host non offre il servizio SFTP"));
+}
+
+class SshCodifica : public Ssh {
+ protected:
+  void Usa(const std::string& nome) {
+    impostazioni.codifica = nexaro::Codifica(nome);
+    Collega();
+  }
+};
+
+TEST_F(SshCodifica, NamesContentsAndParametersTravelInTheHostsEncoding) {
+  Usa("ISO-8859-15");
+  Programma("printf '%s' \"$1\" >'" + base / "argomento" + "'; echo '<A/>'");
+  static_cast<void>(Risposta({"5 € è"}));
+  EXPECT_EQ(prove::Leggi(base / "argomento"), "5 \xA4 \xE8");
+  prove::Scrivi(base / "locale/x", "perché, 5 €\r\n");
+  collegamento->InviaFile(Host, base / "locale/x", base / "host/perché");
+  EXPECT_EQ(prove::Leggi(base / "host/perch\xE9"), "perch\xE9, 5 \xA4\r\n");
+  collegamento->RiceviFile(Host, base / "host/perché", base / "locale/y", testo);
+  EXPECT_EQ(prove::Leggi(base / "locale/y"), "perché, 5 €\r\n");
+  collegamento->RinominaFile(Host, base / "host/perché", base / "host/più", testo);
+  EXPECT_THAT(NomiIn("host"), ElementsAre("pi\xF9"));
+  collegamento->CancellaFile(Host, base / "host/più");
+  EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(SshCodifica, CharacterThatIsMissingIsNamedBeforeAnythingIsSent) {
+  Usa("ISO-8859-1");
+  Programma("touch '" + base / "avviato" + "'; echo '<A/>'");
+  EXPECT_THAT(ErroreDi([this] {
+                static_cast<void>(Risposta({"01", "5 €"}));
+              }).Descrizione(),
+              HasSubstr("Il parametro 2 di VB0001 contiene il carattere «€» (U+20AC)"));
+  EXPECT_FALSE(fs::exists(base / "avviato"));
+  EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(100000, 'x') + "€"); }).Descrizione(),
+              HasSubstr("T01» contiene il carattere «€»"));
+  EXPECT_THAT(ErroreDi([this] { Invia("T€", "x"); }).Descrizione(), HasSubstr("contiene il carattere «€»"));
+  EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(SshCodifica, ReplyIsReadInItsOwnEncodingOrElseInTheHosts) {
+  Usa("Windows-1252");
+  Programma(R"(printf '<A>perch\351 \200</A>')");
+  EXPECT_EQ(Risposta()->valore, "perché €");
+  Programma(R"(printf '<?xml version="1.0"?><A>perch\351</A>')");
+  EXPECT_EQ(Risposta()->valore, "perché");
+  Programma(R"(printf '<?xml version="1.0" encoding="UTF-8"?><A>perch\303\251</A>')");
+  EXPECT_EQ(Risposta()->valore, "perché");
+  Programma(R"(printf '<?xml version="1.0" encoding="ISO-8859-15"?><A>\244</A>')");
+  EXPECT_EQ(Risposta()->valore, "€");
+  Programma(R"(printf '<A>\201</A>')");
+  EXPECT_THAT(Rifiuto(), HasSubstr("non sono caratteri della codifica Windows-1252"));
+}
+
+TEST_F(SshCodifica, ComplaintsAreReadInTheHostsEncodingWhateverTheyHold) {
+  Programma(R"(printf 'perch\351' >&2; exit 3)");
+  EXPECT_THAT(Rifiuto(), HasSubstr("perch\uFFFD"));
+  Usa("ISO-8859-1");
+  EXPECT_THAT(Rifiuto(), HasSubstr("lo stato 3: perché"));
+}
+
+class SshConnessione : public Ssh {
+ protected:
+  [[nodiscard]] static std::size_t Accessi() {
+    const auto registro = prove::Leggi(server->Registro());
+    std::size_t numero = 0;
+    for (std::size_t posto = 0; (posto = registro.find("Accepted publickey", posto)) != std::string::npos; ++posto) {
+      ++numero;
+    }
+    return numero;
+  }
+};
+
+TEST_F(SshConnessione, OneConnectionServesEveryOperation) {
+  Programma("echo '<A/>'");
+  const auto prima = Accessi();
+  for (int giro = 0; giro < 10; ++giro) {
+    Invia("T01", "x");
+    collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
+    EXPECT_TRUE(Risposta().has_value());
+    collegamento->RiceviFile(Host, base / "host/T01.dos", base / "locale/y", testo);
+    collegamento->CancellaFile(Host, base / "host/T01.dos");
+  }
+  EXPECT_EQ(Accessi(), prima + 1);
+}
+
+TEST_F(SshConnessione, ConnectionThatDiedInBetweenIsOpenedAgain) {
+  Programma("echo '<A/>'");
+  Invia("T01", "x");
+  server->TroncaSessioni();
+  EXPECT_TRUE(Risposta().has_value());
+  server->TroncaSessioni();
+  collegamento->CancellaFile(Host, base / "host/T01");
+  EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(SshConnessione, ServerThatIsGoneIsSaidAndFoundAgainLater) {
+  Invia("T01", "x");
+  server->Ferma();
+  // The news of the end may reach us only while we speak.
+  EXPECT_THAT(ErroreDi([this] { Invia("T02", "x"); }).Descrizione(),
+              testing::AnyOf(HasSubstr("connessione rifiutata"), HasSubstr("la connessione è caduta")));
+  EXPECT_THAT(ErroreDi([this] { Invia("T02", "x"); }).Descrizione(), HasSubstr("connessione rifiutata"));
+  server->Riavvia();
+  Invia("T03", "x");
+  EXPECT_THAT(NomiIn("host"), ElementsAre("T01", "T03"));
+}
+
+TEST_F(SshConnessione, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
+  // The parent of the program is the server's process for this connection.
+  Programma("echo x >>'" + base / "avvii" + "'; kill -9 $PPID; sleep 5");
+  EXPECT_THAT(Rifiuto(), HasSubstr("l'esito sull'host non è noto"));
+  EXPECT_EQ(prove::Leggi(base / "avvii"), "x\n");
+  Programma("echo '<A/>'");
+  EXPECT_TRUE(Risposta().has_value());
+}
+
+TEST_F(SshConnessione, AddressThatCouldMeanSomethingElseIsRefused) {
+  for (const auto* host : {"", "-oProxyCommand=x", "root@127.0.0.1", "127.0.0.1 x", "a\nb", "$(id)", "a/b"}) {
+    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(host, "/tmp/x"); }).Descrizione(),
+                HasSubstr("Indirizzo dell'host (-H) non ammesso"))
+        << host;
+  }
+}
+
+TEST_F(SshConnessione, NameThatDoesNotExistIsSaid) {
+  EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("manca.invalid", "/tmp/x"); }).Descrizione(),
+              testing::AnyOf(HasSubstr("l'indirizzo non esiste"), HasSubstr("il servizio dei nomi non risponde")));
+}
+
+TEST_F(SshConnessione, NothingIsLeftOpen) {
+  Programma("echo '<A/>'");
+  const auto aperti = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); };
+  Invia("T01", "x");
+  const auto prima = aperti();
+  for (int giro = 0; giro < 20; ++giro) {
+    Invia("T01", "x");
+    static_cast<void>(Risposta());
+    static_cast<void>(ErroreDi([this] { collegamento->RiceviFile(Host, "/manca", base / "locale/y", testo); }));
+  }
+  EXPECT_EQ(aperti(), prima);
+  collegamento.reset();
+  EXPECT_EQ(aperti(), prima - 1);
+  impostazioni.noti = "/dev/null";
+  Collega();
+  for (int giro = 0; giro < 5; ++giro) {
+    EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Descrizione(), HasSubstr("SHA256:"));
+  }
+  EXPECT_EQ(aperti(), prima - 1);
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace lumoscad::nexaro {
 namespace {
 
 /// A service that answered this recently is not asked whether it is still there.
-constexpr std::chrono::milliseconds Fresca{1000};
+constexpr std::chrono::milliseconds Fresca{100};
 /// A connection that stays silent for so long is given up and opened anew.
 constexpr std::chrono::milliseconds AttesaSaluto{10000};
 

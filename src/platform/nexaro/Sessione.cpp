@@ -4,6 +4,7 @@
 #include "platform/nexaro/Testi.hpp"
 
 #include <algorithm>
+#include <cerrno>
 #include <new>
 
 namespace lumoscad::nexaro {
@@ -45,28 +46,45 @@ Sessione::Sessione(const ImpostazioniSsh& impostazioni, const std::string& host)
   Imposta(Grezza(), SSH_OPTIONS_HOST, host.c_str(), "l'indirizzo dell'host (-H)");
   Imposta(Grezza(), SSH_OPTIONS_PORT, &impostazioni.porta, "NEXARO_SSH_PORTA");
   Imposta(Grezza(), SSH_OPTIONS_USER, impostazioni.utente.c_str(), "NEXARO_SSH_UTENTE");
-  auto presa = ApriPresa(host, impostazioni.porta, termineApertura_, attesa_);
+  Apri(ApriPresa(host, impostazioni.porta, termineApertura_, attesa_),
+       "Collegamento all'host " + host + " (porta " + std::to_string(impostazioni.porta) + ")");
+}
+
+void Sessione::Apri(Descrittore presa, const std::string& operazione) {
+  // The library keeps sixteen bits of the number that it is given.
+  static constexpr socket_t NumeroMassimo = 0xFFFF;
   const socket_t numero = presa.Numero();
-  Imposta(Grezza(), SSH_OPTIONS_FD, &numero, "la connessione");
-  const auto operazione = "Collegamento all'host " + host + " (porta " + std::to_string(impostazioni.porta) + ")";
-  const bool inTempo = LimitaAttesa();
-  // From here on the connection is closed by libssh.
-  static_cast<void>(presa.Cedi());
-  if (!inTempo || ssh_connect(Grezza()) != SSH_OK) {
-    if (TempoRestante(termineApertura_).count() == 0) {
-      throw ErroreLink(operazione + ": il servizio SSH non ha risposto entro " + Secondi(attesa_) +
-                       ". Verificare che l'host sia in funzione.");
-    }
-    throw ErroreLink(operazione + ": l'apertura del collegamento SSH non è riuscita (" + ssh_get_error(Grezza()) +
-                     "). Verificare che a questa porta risponda un servizio SSH.");
+  if (numero > NumeroMassimo) {
+    throw ErroreSistema(operazione, EMFILE);
   }
+  Imposta(Grezza(), SSH_OPTIONS_FD, &numero, "la connessione");
+  int esito = SSH_AGAIN;
+  std::string dettaglio;
+  if (LimitaAttesa()) {
+    static_cast<void>(presa.Cedi());
+    esito = ssh_connect(Grezza());
+    dettaglio = ssh_get_error(Grezza());
+    // A descriptor that was handed over is closed by the library only where it takes it for its own. It does so here,
+    // though it calls the number an error.
+    const socket_t nessuno = SSH_INVALID_SOCKET;
+    static_cast<void>(ssh_options_set(Grezza(), SSH_OPTIONS_FD, &nessuno));
+    erroreVecchio_ = ssh_get_error(Grezza());
+  }
+  if (esito == SSH_OK) {
+    return;
+  }
+  if (TempoRestante(termineApertura_).count() == 0) {
+    throw ErroreLink(operazione + ": il servizio SSH non ha risposto entro " + Secondi(attesa_) +
+                     ". Verificare che l'host sia in funzione.");
+  }
+  throw ErroreLink(operazione + ": l'apertura del collegamento SSH non è riuscita (" + dettaglio +
+                   "). Verificare che a questa porta risponda un servizio SSH.");
 }
 
 Sessione::~Sessione() {
   if (evento_) {
     ssh_event_remove_session(evento_.get(), Grezza());
   }
-  ssh_disconnect(Grezza());
 }
 
 bool Sessione::LimitaAttesa() const {
@@ -115,7 +133,8 @@ void Sessione::ServeSubito() {
 
 std::string Sessione::MotivoPerdita() const {
   const std::string dettaglio = ssh_get_error(Grezza());
-  return "la connessione è caduta" + (dettaglio.empty() ? std::string() : " (" + dettaglio + ")");
+  return "la connessione è caduta" +
+         (dettaglio.empty() || dettaglio == erroreVecchio_ ? std::string() : " (" + dettaglio + ")");
 }
 
 void Sessione::Rifiutata() const {

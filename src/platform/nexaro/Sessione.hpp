@@ -29,9 +29,12 @@ class RichiestaRifiutata final : public std::exception {
   [[nodiscard]] const char* what() const noexcept override { return "richiesta rifiutata"; }
 };
 
-/// Releases what libssh allocated.
+/// Takes leave of the host, as far as it is there, and releases what libssh allocated.
 struct LiberaSessione {
-  void operator()(ssh_session sessione) const { ssh_free(sessione); }
+  void operator()(ssh_session sessione) const {
+    ssh_disconnect(sessione);
+    ssh_free(sessione);
+  }
 };
 struct LiberaEvento {
   void operator()(ssh_event evento) const { ssh_event_free(evento); }
@@ -87,6 +90,7 @@ class Sessione {
   [[nodiscard]] std::string MotivoPerdita() const;
 
  private:
+  void Apri(Descrittore presa, const std::string& operazione);
   [[noreturn]] void Rifiutata() const;
 
   std::string host_;
@@ -94,6 +98,7 @@ class Sessione {
   Termine termineApertura_;
   std::unique_ptr<ssh_session_struct, LiberaSessione> sessione_;
   std::unique_ptr<ssh_event_struct, LiberaEvento> evento_;
+  std::string erroreVecchio_; ///< the library's error text, which it never clears, from before the connection was used
   bool guasta_ = false;
 };
 

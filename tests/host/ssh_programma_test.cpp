@@ -1,0 +1,175 @@
+// The program call against a real server.
+
+#include "BancoSsh.hpp"
+#include "platform/nexaro/ErroriLink.hpp"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+using prove::ErroreDi;
+using testing::HasSubstr;
+
+class SshProgramma : public prove::BancoSsh {
+ protected:
+  /// The arguments that the program gets, each ended by a null character.
+  std::string Argomenti(const std::vector<std::string>& parametri) {
+    Programma("for a; do printf '%s\\0' \"$a\"; done >'" + base / "argomenti" + "'; echo '<A/>'");
+    EXPECT_TRUE(Risposta(parametri).has_value());
+    return prove::Leggi(base / "argomenti");
+  }
+  static std::string Attesi(const std::vector<std::string>& parametri) {
+    std::string attesi;
+    for (const auto& parametro : parametri) {
+      attesi += parametro + '\0';
+    }
+    return attesi;
+  }
+};
+
+TEST_F(SshProgramma, GetsItsParametersAndAnswersInXml) {
+  Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1</MESSAGGIO></RISPOSTA>\"");
+  const auto risposta = Risposta({"01", "", "", ""});
+  ASSERT_TRUE(risposta.has_value());
+  EXPECT_EQ(risposta->nome, "RISPOSTA");
+  EXPECT_EQ(risposta->figli.at(0).valore, "4 01");
+}
+
+TEST_F(SshProgramma, NoCharacterOfAParameterMeansAnythingToTheHost) {
+  std::vector<std::string> parametri{"'",    "\"",   "\\", "\\'", "$(id)", "$HOME", "`id`", "; id",
+                                     "| id", "> /x", "*",  "~",   "-rf",   "--",    "",     "a\nb",
+                                     "\n",   "\t",   "!!", "# x", "è€😀",   "\xE9",  "l'ora"};
+  EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
+}
+
+TEST_F(SshProgramma, AHundredParametersArriveInTheirOrder) {
+  std::vector<std::string> parametri;
+  for (int numero = 0; numero < 100; ++numero) {
+    parametri.push_back(numero % 3 == 0 ? "" : "valore " + std::to_string(numero));
+  }
+  EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
+}
+
+TEST_F(SshProgramma, LongParametersArriveWhole) {
+  const std::vector<std::string> parametri{std::string(50000, '\''), std::string(20000, 'x')};
+  // More than a command line of the host can hold would be refused there: what fits arrives whole.
+  const std::vector<std::string> corti{std::string(10000, '\''), std::string(20000, 'x')};
+  EXPECT_EQ(Argomenti(corti), Attesi(corti));
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(Risposta(parametri)); }).Descrizione(), HasSubstr("lo stato"));
+}
+
+TEST_F(SshProgramma, HasAnEmptyInput) {
+  Programma("cat >'" + base / "ingresso" + "'; echo '<A/>'");
+  EXPECT_TRUE(Risposta().has_value());
+  EXPECT_EQ(prove::Leggi(base / "ingresso"), "");
+}
+
+TEST_F(SshProgramma, IsFoundByTheLoginShellWhereNoDirectoryIsSet) {
+  server->Cambia({"ed25519", {"PATH=" + base / "programmi" + ":/usr/bin:/bin"}, "internal-sftp", {}});
+  Programma("echo '<A>trovato</A>'");
+  impostazioni.programmi.clear();
+  Collega();
+  EXPECT_EQ(Risposta()->valore, "trovato");
+  server->Cambia({});
+}
+
+TEST_F(SshProgramma, MissingProgramIsNamedWithItsHost) {
+  const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
+  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 127, "
+                                              "cioè non è stato trovato: "));
+}
+
+TEST_F(SshProgramma, ProgramThatMayNotRunIsSaid) {
+  prove::Scrivi(base / "programmi/VB0001", "#!/bin/sh\n");
+  EXPECT_THAT(Rifiuto(), HasSubstr("lo stato 126, cioè non può essere eseguito"));
+}
+
+TEST_F(SshProgramma, FailedProgramIsReportedWithWhatItSaid) {
+  Programma("echo 'disco pieno' >&2; exit 3");
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 3: disco pieno");
+}
+
+TEST_F(SshProgramma, LongComplaintIsCutBetweenCharacters) {
+  Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
+  const auto rifiuto = Rifiuto();
+  EXPECT_LT(rifiuto.size(), 2100U);
+  EXPECT_EQ(rifiuto.substr(rifiuto.size() - 2), "à");
+}
+
+TEST_F(SshProgramma, KilledProgramIsReportedWithTheSignal) {
+  Programma("kill -SEGV $$");
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è stato terminato dal segnale SEGV.");
+}
+
+TEST_F(SshProgramma, BothStreamsMayBeFullAtOnce) {
+  Programma("head -c 3000000 /dev/zero | tr '\\0' 'e' >&2; echo '<A>'; head -c 3000000 /dev/zero | tr '\\0' 'x'; "
+            "head -c 3000000 /dev/zero | tr '\\0' 'e' >&2; echo '</A>'");
+  EXPECT_EQ(Risposta()->valore.size(), 3000002U - 1U);
+}
+
+TEST_F(SshProgramma, HangingProgramIsGivenUpAndItsOutcomeSaidToBeUnknown) {
+  Programma("echo $$ >'" + base / "pid" + "'; echo parte >&2; exec sleep 10");
+  impostazioni.attesa = 1500ms;
+  Collega();
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha risposto entro 1,500 secondi e ne è stata "
+                       "chiesta l'interruzione; l'esito sull'host non è noto: verificarlo prima di ripetere il "
+                       "comando. Il programma ha scritto: parte");
+  if (::geteuid() == 0) {
+    return; // A server does not signal the programs of the superuser.
+  }
+  const auto processo = "/proc/" + std::to_string(std::stol(prove::Leggi(base / "pid")));
+  for (int giro = 0; giro < 1000 && fs::exists(processo); ++giro) {
+    ::usleep(10000);
+  }
+  EXPECT_FALSE(fs::exists(processo));
+}
+
+TEST_F(SshProgramma, SilentProgramIsAnError) {
+  Programma("exit 0");
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha dato alcuna risposta.");
+}
+
+TEST_F(SshProgramma, EndlessAnswerIsGivenUp) {
+  Programma("exec yes '<A>'");
+  EXPECT_THAT(Rifiuto(), HasSubstr("oltre 16 MiB"));
+  Programma("echo '<A/>'");
+  EXPECT_TRUE(Risposta().has_value());
+}
+
+TEST_F(SshProgramma, LargestAnswerIsRead) {
+  Programma("printf '<A>'; head -c 16777209 /dev/zero | tr '\\0' x; printf '</A>'");
+  EXPECT_EQ(Risposta()->valore.size(), 16777209U);
+}
+
+TEST_F(SshProgramma, UnusableAnswersAreDistinguished) {
+  Programma("echo spazzatura");
+  EXPECT_THAT(Rifiuto(), HasSubstr("risposta non valida. Documento XML non valido: testo fuori"));
+  Programma("echo '<!DOCTYPE a><a/>'");
+  EXPECT_THAT(Rifiuto(), HasSubstr("DOCTYPE"));
+  Programma("echo '<A><B>'");
+  EXPECT_THAT(Rifiuto(), HasSubstr("risposta non valida"));
+}
+
+TEST_F(SshProgramma, NameIsAPlainNameAndNoParameterHoldsANul) {
+  nexaro::XMLParser lettore;
+  for (const auto* nome : {"", "..", "../tmp/x", "/bin/sh"}) {
+    EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma(Host, nome, {}, lettore); }).Descrizione(),
+                HasSubstr("Nome di programma non ammesso"));
+  }
+  EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Descrizione(),
+              HasSubstr("carattere nullo"));
+}
+
+TEST_F(SshProgramma, HostThatRunsNoProgramsIsSaid) {
+  server->Cambia({"ed25519", {}, "internal-sftp", {"MaxSessions 0"}});
+  EXPECT_THAT(Rifiuto(), HasSubstr("non è stato avviato: l'host non ammette altri canali"));
+  server->Cambia({});
+}
+
+} // namespace
+} // namespace lumoscad
