@@ -66,7 +66,9 @@ std::string RegistraChiaveHost(const ChiavePresentata& chiave) noexcept {
 bool ProvaHost(std::string_view host, std::string_view programma,
                const std::function<void(const PassoProva&)>& mostra) noexcept {
   try {
-    return nexaro::ProvaOperazioni(UnicoHostLink(), std::string(host), std::string(programma), UnicoAmbiente(),
+    auto& collegamento = UnicoHostLink();
+    const auto& ambiente = UnicoAmbiente();
+    return nexaro::ProvaOperazioni(collegamento, std::string(host), std::string(programma), ambiente,
                                    [&mostra](const nexaro::EsitoPasso& passo) {
                                      mostra({passo.operazione, passo.riuscito, passo.dettaglio});
                                    });

@@ -26,6 +26,7 @@ class BancoSsh : public testing::Test {
     for (const auto* nome : {"host", "programmi", "locale"}) {
       fs::create_directories(base / nome);
     }
+    fs::permissions(base / "locale", fs::perms::owner_all);
     impostazioni = Impostazioni();
     Collega();
   }

@@ -1,8 +1,10 @@
 // The program call against a real server.
 
 #include "BancoSsh.hpp"
+#include "platform/nexaro/Citazione.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -169,6 +171,48 @@ TEST_F(SshProgramma, HostThatRunsNoProgramsIsSaid) {
   server->Cambia({"ed25519", {}, "internal-sftp", {"MaxSessions 0"}});
   EXPECT_THAT(Rifiuto(), HasSubstr("non è stato avviato: l'host non ammette altri canali"));
   server->Cambia({});
+}
+
+/// The documented forced command stands between the key and the host.
+class SshIngresso : public SshProgramma {
+ protected:
+  void SetUp() override {
+    SshProgramma::SetUp();
+    auto ingresso = prove::Leggi(LUMOSCAD_INGRESSO);
+    const std::string originale = "programmi=/opt/contabile/programmi\n";
+    const auto posto = ingresso.find(originale);
+    ASSERT_NE(posto, std::string::npos);
+    ingresso.replace(posto, originale.size(), "programmi='" + base / "programmi" + "'\n");
+    prove::Scrivi(base / "ingresso.sh", ingresso);
+    fs::permissions(base / "ingresso.sh", fs::perms::owner_all);
+    server->Cambia({"ed25519", {}, "internal-sftp", {"ForceCommand " + base / "ingresso.sh"}});
+  }
+  void TearDown() override { server->Cambia({}); }
+};
+
+TEST_F(SshIngresso, LetsTheComponentDoItsWork) {
+  Invia("T01", "x");
+  collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
+  collegamento->RiceviFile(Host, base / "host/T01.dos", base / "locale/T02", testo);
+  collegamento->CancellaFile(Host, base / "host/T01.dos");
+  const std::vector<std::string> parametri{"", "'", "l'ora", "$(id)", "a\nb", "\\", "\xE9\xFF", "; id"};
+  EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
+}
+
+TEST_F(SshIngresso, LetsNothingElseIn) {
+  Programma("touch '" + base / "avviato" + "'; echo '<A/>'");
+  const auto programma = "'" + base / "programmi/VB0001" + "'";
+  const auto traccia = "touch '" + base / "entrato" + "'";
+  for (const auto& comando :
+       {traccia, programma + "; " + traccia, programma + " $(" + traccia + ")", programma + " x\n" + traccia,
+        programma + "\n" + traccia, programma + " \\'; " + traccia, "'" + base / "programmi/../entra" + "'",
+        "'/bin/sh' '-c' '" + base / "entrato" + "'", std::string("'" + base / "programmi/" + "'"), std::string()}) {
+    prove::ScriviProgramma(base / "entra", traccia);
+    const auto riga = "SSH_ORIGINAL_COMMAND=" + nexaro::CitaPerShell(comando) + " '" + base / "ingresso.sh" + "'";
+    EXPECT_NE(std::system((riga + " 2>/dev/null").c_str()), 0) << comando;
+    EXPECT_FALSE(fs::exists(base / "entrato")) << comando;
+    EXPECT_FALSE(fs::exists(base / "avviato")) << comando;
+  }
 }
 
 } // namespace

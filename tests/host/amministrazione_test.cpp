@@ -1,0 +1,196 @@
+// The administrator's commands, in the real program.
+
+#include "BancoSsh.hpp"
+
+#include <array>
+#include <cstdio>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+
+namespace lumoscad {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+struct Esito {
+  int stato = -1;
+  std::string uscita;
+};
+
+class Amministrazione : public prove::BancoSsh {
+ protected:
+  void SetUp() override {
+    prove::BancoSsh::SetUp();
+    variabili.Togli("NEXARO_TRASPORTO");
+    for (const auto& [nome, valore] :
+         {std::pair<std::string, std::string>("NEXARO_SSH_PORTA", std::to_string(server->Porta())),
+          {"NEXARO_SSH_UTENTE", server->Utente()},
+          {"NEXARO_SSH_CHIAVE", server->Chiave()},
+          {"NEXARO_SSH_NOTI", base / "noti"},
+          {"NEXARO_PROGRAMMI", base / "programmi"},
+          {"NEXARO_POSTAZIONE", "PROVA" + fs::path(base.Percorso()).filename().string()},
+          {"NEXARO_CARTELLA_LOCALE", base / "locale"},
+          {"NEXARO_CODIFICA", ""},
+          {"NEXARO_ATTESA", "20"}}) {
+      variabili.Imposta(nome, valore);
+    }
+  }
+
+  [[nodiscard]] static Esito Esegui(const std::string& argomenti, const std::string& ingresso = "") {
+    const auto riga = "printf '" + ingresso + "' | '" LUMOSCAD_PROGRAMMA "' " + argomenti + " 2>&1";
+    std::FILE* tubo = ::popen(riga.c_str(), "r");
+    Esito esito;
+    std::array<char, 256> pezzo{};
+    while (const auto letti = std::fread(pezzo.data(), 1, pezzo.size(), tubo)) {
+      esito.uscita.append(pezzo.data(), letti);
+    }
+    const int stato = ::pclose(tubo);
+    esito.stato = WIFEXITED(stato) ? WEXITSTATUS(stato) : -1;
+    return esito;
+  }
+  [[nodiscard]] static Esito Registra(const std::string& risposta) {
+    return Esegui(std::string("--registra-host ") + Host, risposta);
+  }
+  [[nodiscard]] static Esito Prova(const std::string& programma = "") {
+    return Esegui(std::string("--prova-host ") + Host + " " + programma);
+  }
+  void Conosci() const { fs::copy_file(server->Noti(), base / "noti"); }
+  /// What the tests of this workstation left on the host.
+  [[nodiscard]] std::vector<std::string> Resti() const {
+    std::vector<std::string> resti;
+    for (const auto& voce : fs::directory_iterator("/tmp")) {
+      if (voce.path().filename().string().starts_with("PROVA" + fs::path(base.Percorso()).filename().string())) {
+        resti.push_back(voce.path());
+      }
+    }
+    return resti;
+  }
+
+  prove::VariabiliProvvisorie variabili;
+};
+
+TEST_F(Amministrazione, KeyIsShownAndRegisteredOnAYes) {
+  const auto esito = Registra("sì\\n");
+  EXPECT_EQ(esito.stato, 0);
+  EXPECT_THAT(esito.uscita, AllOf(HasSubstr("presenta la chiave ssh-ed25519\n  " + server->Impronta()),
+                                  HasSubstr("(sì/no)"), HasSubstr("La chiave è stata registrata.")));
+  EXPECT_EQ(prove::Leggi(base / "noti"),
+            "[127.0.0.1]:" + std::to_string(server->Porta()) + " " + server->ChiavePubblicaHost() + "\n");
+  const auto ancora = Registra("");
+  EXPECT_EQ(ancora.stato, 0);
+  EXPECT_THAT(ancora.uscita, AllOf(HasSubstr("È già fra gli host noti"), Not(HasSubstr("(sì/no)"))));
+}
+
+TEST_F(Amministrazione, NothingButAYesRegistersAKey) {
+  for (const auto* risposta : {"no\\n", "", "\\n", "s\\n", "sii\\n", " sì\\n", "yes\\n"}) {
+    const auto esito = Registra(risposta);
+    EXPECT_EQ(esito.stato, 3) << risposta;
+    EXPECT_THAT(esito.uscita, HasSubstr("La chiave non è stata registrata.")) << risposta;
+    EXPECT_FALSE(fs::exists(base / "noti")) << risposta;
+  }
+}
+
+TEST_F(Amministrazione, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) {
+  Conosci();
+  const auto prima = prove::Leggi(base / "noti");
+  server->CambiaChiaveHost("ed25519");
+  const auto esito = Registra("sì\\n");
+  EXPECT_EQ(esito.stato, 1);
+  EXPECT_THAT(esito.uscita, AllOf(HasSubstr("diversa da quella nota"), HasSubstr("riga 1"),
+                                  HasSubstr("cancellare quella riga"), Not(HasSubstr("(sì/no)"))));
+  server->CambiaChiaveHost("ecdsa");
+  EXPECT_THAT(Registra("sì\\n").uscita, HasSubstr("di tipo diverso da quella nota"));
+  EXPECT_EQ(prove::Leggi(base / "noti"), prima);
+  server->CambiaChiaveHost("ed25519");
+  server->RendiNoto(server->Porta());
+}
+
+TEST_F(Amministrazione, HostThatDoesNotAnswerCannotBeRegistered) {
+  variabili.Imposta("NEXARO_SSH_PORTA", "1");
+  const auto esito = Registra("sì\\n");
+  EXPECT_EQ(esito.stato, 1);
+  EXPECT_THAT(esito.uscita, HasSubstr("connessione rifiutata"));
+}
+
+TEST_F(Amministrazione, EveryOperationIsTriedAndSaidToWork) {
+  Conosci();
+  Programma("touch '" + base / "avviato" + "'");
+  const auto esito = Prova();
+  EXPECT_EQ(esito.stato, 0) << esito.uscita;
+  for (const auto* riga : {"InviaFile        riuscito: ", "RiceviFile       riuscito: ", "RinominaFile     riuscito: ",
+                           "CancellaFile     riuscito: ", "EseguiProgramma  riuscito: ", "VB0001» è pronto",
+                           "Tutte le operazioni riescono."}) {
+    EXPECT_THAT(esito.uscita, HasSubstr(riga));
+  }
+  EXPECT_FALSE(fs::exists(base / "avviato")) << "looked for, not started";
+  EXPECT_THAT(Resti(), IsEmpty());
+  EXPECT_THAT(NomiIn("locale"), IsEmpty());
+}
+
+TEST_F(Amministrazione, NamedProgramIsRun) {
+  Conosci();
+  prove::ScriviProgramma(base / "programmi/PROVA", "echo \"<ESITO>$#</ESITO>\"; touch '" + base / "avviato" + "'");
+  const auto esito = Prova("PROVA");
+  EXPECT_EQ(esito.stato, 0) << esito.uscita;
+  EXPECT_THAT(esito.uscita, HasSubstr("EseguiProgramma  riuscito: PROVA ha risposto con l'elemento XML «ESITO»"));
+  EXPECT_TRUE(fs::exists(base / "avviato"));
+}
+
+TEST_F(Amministrazione, ProgramThatIsMissingOrMayNotRunIsSaid) {
+  Conosci();
+  auto esito = Prova();
+  EXPECT_EQ(esito.stato, 1);
+  EXPECT_THAT(esito.uscita, AllOf(HasSubstr("CancellaFile     riuscito"), HasSubstr("EseguiProgramma  NON riuscito"),
+                                  HasSubstr("Non tutte le operazioni riescono.")));
+  prove::Scrivi(base / "programmi/VB0001", "");
+  EXPECT_THAT(Prova().uscita, HasSubstr("EseguiProgramma  NON riuscito"));
+  variabili.Imposta("NEXARO_PROGRAMMI", "");
+  EXPECT_THAT(Prova().uscita, HasSubstr("non è fra quelli che la shell dell'utente trova"));
+}
+
+TEST_F(Amministrazione, WithoutATrustedKeyNothingWorksAndTheReasonIsShown) {
+  const auto esito = Prova();
+  EXPECT_EQ(esito.stato, 1);
+  EXPECT_THAT(esito.uscita, AllOf(HasSubstr("InviaFile        NON riuscito: L'host 127.0.0.1 ha presentato la chiave"),
+                                  HasSubstr("RinominaFile     NON riuscito: non provato"),
+                                  HasSubstr("EseguiProgramma  NON riuscito")));
+}
+
+TEST_F(Amministrazione, SettingThatIsUnfitIsShown) {
+  variabili.Imposta("NEXARO_SSH_PORTA", "molte");
+  const auto esito = Prova();
+  EXPECT_EQ(esito.stato, 1);
+  EXPECT_THAT(esito.uscita, HasSubstr("NEXARO_SSH_PORTA deve essere un numero"));
+}
+
+TEST_F(Amministrazione, EncodingOfBothSidesIsTried) {
+  Conosci();
+  Programma("true");
+  variabili.Imposta("NEXARO_CODIFICA", "ISO-8859-15");
+  EXPECT_EQ(Prova().stato, 0);
+}
+
+TEST_F(Amministrazione, DirectoryThatPlaysTheHostIsTriedToo) {
+  variabili.Imposta("NEXARO_TRASPORTO", "cartella");
+  variabili.Imposta("NEXARO_RADICE", base.Percorso());
+  fs::create_directories(base / "tmp");
+  Programma("true");
+  const auto esito = Prova();
+  EXPECT_EQ(esito.stato, 0) << esito.uscita;
+  EXPECT_THAT(NomiIn("tmp"), IsEmpty());
+}
+
+TEST_F(Amministrazione, WrongUseIsAnsweredWithTheUsage) {
+  for (const auto* argomenti : {"--registra-host", "--registra-host a b", "--prova-host", "--prova-host a b c"}) {
+    const auto esito = Esegui(argomenti);
+    EXPECT_EQ(esito.stato, 2) << argomenti;
+    EXPECT_THAT(esito.uscita, HasSubstr("--prova-host HOST [PROGRAMMA]")) << argomenti;
+  }
+}
+
+} // namespace
+} // namespace lumoscad

@@ -1,0 +1,268 @@
+// Whom the link trusts, and whom it lets in.
+
+#include "BancoSsh.hpp"
+#include "platform/nexaro/Amministrazione.hpp"
+#include "platform/nexaro/ErroriLink.hpp"
+
+#include <array>
+#include <cstdio>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+namespace fs = std::filesystem;
+using nexaro::StatoChiave;
+using prove::ErroreDi;
+using testing::AllOf;
+using testing::HasSubstr;
+
+/// Runs a program of the system to its end and returns its output.
+std::string Esegui(const std::string& riga) {
+  std::FILE* tubo = ::popen((riga + " 2>&1 </dev/null").c_str(), "r");
+  std::string uscita;
+  std::array<char, 256> pezzo{};
+  while (const auto letti = std::fread(pezzo.data(), 1, pezzo.size(), tubo)) {
+    uscita.append(pezzo.data(), letti);
+  }
+  EXPECT_EQ(::pclose(tubo), 0) << riga << ": " << uscita;
+  return uscita;
+}
+
+class SshChiavi : public prove::BancoSsh {
+ protected:
+  void SetUp() override {
+    prove::BancoSsh::SetUp();
+    noti = base / "noti";
+    fs::copy_file(server->Noti(), noti);
+    impostazioni.noti = noti;
+    Collega();
+  }
+
+  /// What an operation says with the present settings.
+  std::string Prova() {
+    Collega();
+    try {
+      collegamento->CancellaFile(Host, base / "host/manca");
+    } catch (const ErroreRuntime& errore) {
+      return errore.Descrizione();
+    }
+    return "riuscito";
+  }
+  [[nodiscard]] static std::string Posto() { return "[" + std::string(Host) + "]:" + std::to_string(server->Porta()); }
+  [[nodiscard]] StatoChiave Stato() const { return nexaro::ChiediChiave(impostazioni, Host).stato; }
+  /// The public half of a new key of a type.
+  [[nodiscard]] std::string NuovaChiave(const std::string& nome, const std::string& tipo,
+                                        const std::string& parola = "") const {
+    Esegui("ssh-keygen -q -t " + tipo + " -N '" + parola + "' -C prova -f '" + base / nome + "'");
+    return prove::Leggi(base / (nome + ".pub"));
+  }
+
+  std::string noti;
+};
+
+TEST_F(SshChiavi, KnownKeyIsAccepted) {
+  EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshChiavi, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
+  for (const auto* contenuto : {"", "# niente\n\n", "altro.host ssh-ed25519 AAAA\n", "spazzatura\n"}) {
+    prove::Scrivi(noti, contenuto);
+    EXPECT_THAT(Prova(), AllOf(HasSubstr("ha presentato la chiave ssh-ed25519 " + server->Impronta()),
+                               HasSubstr("non è fra gli host noti"), HasSubstr("«lumoscad --registra-host 127.0.0.1»")))
+        << contenuto;
+  }
+  fs::remove(noti);
+  EXPECT_THAT(Prova(), HasSubstr("non è fra gli host noti (" + noti + ")"));
+}
+
+TEST_F(SshChiavi, KeyOfAnotherPortOrHostIsNotThisHostsKey) {
+  prove::Scrivi(noti, std::string(Host) + " " + server->ChiavePubblicaHost() + "\n[127.0.0.2]:" +
+                          std::to_string(server->Porta()) + " " + server->ChiavePubblicaHost() + "\n");
+  EXPECT_EQ(Stato(), StatoChiave::Sconosciuta);
+}
+
+TEST_F(SshChiavi, ChangedKeyIsRefusedAndItsLineNamed) {
+  prove::Scrivi(noti, "# uno\n" + Posto() + " " + NuovaChiave("altra", "ed25519"));
+  EXPECT_THAT(Prova(), AllOf(HasSubstr("diversa da quella nota (" + noti + ", riga 2)"), HasSubstr(server->Impronta()),
+                             HasSubstr("un'altra macchina")));
+}
+
+TEST_F(SshChiavi, KeyOfAnotherTypeIsRefusedAndSaidToBe) {
+  prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa"));
+  EXPECT_THAT(Prova(), AllOf(HasSubstr("di tipo diverso da quella nota"), HasSubstr("riga 1")));
+}
+
+TEST_F(SshChiavi, OneOfSeveralKnownKeysIsEnough) {
+  prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa") + Posto() + " " +
+                          NuovaChiave("vecchia", "ed25519") + "altro,*.altrove," + Posto() + " " +
+                          server->ChiavePubblicaHost() + " commento\r\n");
+  EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshChiavi, HashedNamesAreKnown) {
+  Esegui("ssh-keygen -q -H -f '" + noti + "'");
+  ASSERT_EQ(prove::Leggi(noti).find(Host), std::string::npos);
+  EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshChiavi, RevokedKeyIsRefusedWhateverElseTheFileSays) {
+  const auto revoca = "@revoked * " + server->ChiavePubblicaHost() + "\n";
+  prove::Scrivi(noti, prove::Leggi(server->Noti()) + revoca);
+  EXPECT_THAT(Prova(), HasSubstr("che è revocata"));
+  prove::Scrivi(noti, revoca + prove::Leggi(server->Noti()));
+  EXPECT_EQ(Stato(), StatoChiave::Revocata);
+}
+
+TEST_F(SshChiavi, AuthoritiesAndExceptionsAcceptNoKey) {
+  prove::Scrivi(noti, "@cert-authority * " + server->ChiavePubblicaHost() + "\n!" + Posto() + ",* " +
+                          server->ChiavePubblicaHost() + "\n");
+  EXPECT_EQ(Stato(), StatoChiave::Sconosciuta);
+}
+
+TEST_F(SshChiavi, UnreadableFileIsSaidAndTrustsNobody) {
+  impostazioni.noti = base.Percorso();
+  EXPECT_THAT(Prova(), AllOf(HasSubstr("il file degli host noti non può essere letto"), HasSubstr("è una cartella")));
+  impostazioni.noti = noti + "/sotto";
+  EXPECT_THAT(Prova(), HasSubstr("un elemento del percorso non è una cartella"));
+}
+
+TEST_F(SshChiavi, FilesOfTheSshProgramAreLeftAlone) {
+  prove::VariabiliProvvisorie variabili;
+  fs::create_directories(base / "casa/.ssh");
+  prove::Scrivi(base / "casa/.ssh/config", "Host *\n  StrictHostKeyChecking no\n  Port 1\n  User nessuno\n");
+  fs::copy_file(server->Noti(), base / "casa/.ssh/known_hosts");
+  variabili.Imposta("HOME", base / "casa");
+  EXPECT_EQ(Prova(), "riuscito");
+  prove::Scrivi(noti, "");
+  EXPECT_THAT(Prova(), HasSubstr("non è fra gli host noti"));
+}
+
+TEST_F(SshChiavi, EveryTypeOfHostKeyIsAccepted) {
+  for (const auto* tipo : {"ecdsa", "rsa", "ed25519"}) {
+    server->CambiaChiaveHost(tipo);
+    prove::Scrivi(noti, Posto() + " " + server->ChiavePubblicaHost() + "\n");
+    EXPECT_EQ(Prova(), "riuscito") << tipo;
+    prove::Scrivi(noti, "");
+    EXPECT_THAT(Prova(), HasSubstr(server->Impronta())) << tipo;
+  }
+  server->RendiNoto(server->Porta());
+}
+
+TEST_F(SshChiavi, RegisteredKeyIsKnown) {
+  noti = base / "nuova/noti";
+  impostazioni.noti = noti;
+  const auto chiave = nexaro::ChiediChiave(impostazioni, Host);
+  EXPECT_EQ(chiave.stato, StatoChiave::Sconosciuta);
+  nexaro::RegistraRiga(chiave.riga, noti);
+  EXPECT_EQ(prove::Leggi(noti), Posto() + " " + server->ChiavePubblicaHost() + "\n");
+  EXPECT_EQ(Prova(), "riuscito");
+  struct stat stato {};
+  ASSERT_EQ(::stat(noti.c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_mode & 0777U, 0600U);
+  ASSERT_EQ(::stat((base / "nuova").c_str(), &stato), 0);
+  EXPECT_EQ(stato.st_mode & 0777U, 0700U);
+}
+
+TEST_F(SshChiavi, RegisteringKeepsWhatTheFileHolds) {
+  prove::Scrivi(noti, "altro ssh-ed25519 AAAA");
+  nexaro::RegistraRiga("nuovo ssh-ed25519 BBBB", noti);
+  EXPECT_EQ(prove::Leggi(noti), "altro ssh-ed25519 AAAA\nnuovo ssh-ed25519 BBBB\n");
+  EXPECT_THAT(ErroreDi([&] { nexaro::RegistraRiga("x", base / "manca/sotto/noti"); }).Descrizione(),
+              HasSubstr("file inesistente"));
+}
+
+class SshAccesso : public SshChiavi {
+ protected:
+  void SetUp() override {
+    SshChiavi::SetUp();
+    variabili.Togli("SSH_AUTH_SOCK");
+    impostazioni.cartella = base / "ssh";
+    fs::create_directory(base / "ssh");
+  }
+  prove::VariabiliProvvisorie variabili;
+};
+
+TEST_F(SshAccesso, KeyThatTheHostDoesNotAcceptIsNamed) {
+  impostazioni.chiave = server->ChiaveEstranea();
+  Collega();
+  const auto errore = ErroreDi([this] { collegamento->CancellaFile(Host, "/tmp/x"); });
+  EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
+  EXPECT_THAT(errore.Descrizione(),
+              AllOf(HasSubstr("nessuna chiave dell'utente «" + server->Utente() + "» è stata accettata"),
+                    HasSubstr(impostazioni.chiave + ": non accettata"), HasSubstr("amministratore dell'host")));
+}
+
+TEST_F(SshAccesso, OnlyTheNamedKeyIsPresented) {
+  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  impostazioni.chiave = server->ChiaveEstranea();
+  EXPECT_THAT(Prova(), testing::Not(HasSubstr("id_ed25519")));
+  impostazioni.chiave.clear();
+  EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshAccesso, KeyFileThatCannotBeUsedIsSaid) {
+  impostazioni.chiave = base / "manca";
+  EXPECT_THAT(Prova(), HasSubstr("manca: file inesistente"));
+  prove::Scrivi(base / "spazzatura", "non è una chiave");
+  impostazioni.chiave = base / "spazzatura";
+  EXPECT_THAT(Prova(), HasSubstr("non è una chiave privata leggibile"));
+}
+
+TEST_F(SshAccesso, ProtectedKeyIsSaidAndNeverAskedFor) {
+  static_cast<void>(NuovaChiave("protetta", "ed25519", "segreto"));
+  Esegui("ssh-keygen -q -t rsa -m PEM -N segreto -C prova -f '" + base / "protetta-pem" + "'");
+  for (const auto* nome : {"protetta", "protetta-pem"}) {
+    impostazioni.chiave = base / nome;
+    EXPECT_THAT(Prova(), HasSubstr("è protetta da una parola d'ordine, che non viene mai chiesta")) << nome;
+  }
+}
+
+TEST_F(SshAccesso, EveryUsualKeyIsTriedAndListed) {
+  impostazioni.chiave.clear();
+  EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: non attivo"));
+  static_cast<void>(NuovaChiave("ssh/id_ed25519", "ed25519"));
+  static_cast<void>(NuovaChiave("ssh/id_ecdsa", "ecdsa", "segreto"));
+  EXPECT_THAT(Prova(), AllOf(HasSubstr("id_ed25519: non accettata"), HasSubstr("id_ecdsa: è protetta")));
+  fs::copy_file(server->Chiave(), base / "ssh/id_rsa");
+  EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshAccesso, AgentsKeysComeFirst) {
+  impostazioni.chiave.clear();
+  const auto presa = base / "agente";
+  const auto agente = Esegui("ssh-agent -s -a '" + presa + "'");
+  const auto segno = agente.find("SSH_AGENT_PID=");
+  ASSERT_NE(segno, std::string::npos) << agente;
+  const auto processo = std::stoi(agente.substr(segno + 14));
+  variabili.Imposta("SSH_AUTH_SOCK", presa);
+  EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: nessuna chiave accettata"));
+  Esegui("ssh-add -q '" + server->Chiave().string() + "'");
+  EXPECT_EQ(Prova(), "riuscito");
+  EXPECT_EQ(::kill(processo, SIGTERM), 0);
+}
+
+TEST_F(SshAccesso, AgentThatIsGoneIsNoObstacle) {
+  impostazioni.chiave.clear();
+  variabili.Imposta("SSH_AUTH_SOCK", base / "manca");
+  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshAccesso, HostThatTakesNoKeysIsSaid) {
+  server->Cambia(
+      {"ed25519", {}, "internal-sftp", {"Match all", "PubkeyAuthentication no", "PasswordAuthentication yes"}});
+  EXPECT_THAT(Prova(), HasSubstr("non ammette l'accesso con una chiave"));
+  server->Cambia({});
+}
+
+TEST_F(SshAccesso, HostThatAsksForMoreThanAKeyIsSaid) {
+  server->Cambia({"ed25519", {}, "internal-sftp", {"AuthenticationMethods publickey,publickey"}});
+  EXPECT_THAT(Prova(), HasSubstr("l'host chiede altro oltre alla chiave"));
+  server->Cambia({});
+}
+
+} // namespace
+} // namespace lumoscad
