@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
 #include <QTest>
 #include <QWindow>
 
@@ -365,6 +367,40 @@ TEST_F(Scadenzario, ComesToTheTopAndGoesBackWhileItIsOpen) {
     EXPECT_TRUE(finestra.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_TRUE(finestra.windowHandle()->flags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_TRUE(finestra.isVisible());
+  });
+}
+
+TEST_F(Scadenzario, AnOpenEditorStopsTheWheel) {
+  for (int i = 0; i < 30; ++i) {
+    form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
+  }
+  Mostra([](QDialog& finestra) {
+    auto& lista = ListaScad(finestra);
+    const auto gira = [&lista] {
+      const QPointF centro = lista.viewport()->rect().center();
+      QWheelEvent rotella(centro, lista.viewport()->mapToGlobal(centro), {}, {0, -480}, {}, {}, Qt::NoScrollPhase,
+                          false);
+      QCoreApplication::sendEvent(lista.viewport(), &rotella);
+      return lista.verticalScrollBar()->value();
+    };
+    Clicca(lista, 2, ColonnaNuova);
+    EXPECT_EQ(gira(), 0);
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+    Tasto(Qt::Key_Escape);
+    EXPECT_GT(gira(), 0);
+  });
+}
+
+TEST_F(Scadenzario, ARowIsPaintedAgainWhenItsTickOrItsDateChanged) {
+  Mostra([](QDialog& finestra) {
+    const QSignalSpy cambiate(ListaScad(finestra).model(), &QAbstractItemModel::dataChanged);
+    Tasto(Qt::Key_Space);
+    EXPECT_EQ(cambiate.count(), 1);
+    Tasto(Qt::Key_F2);
+    EXPECT_EQ(cambiate.count(), 1);
+    Scrivi("150606");
+    Tasto(Qt::Key_Return);
+    EXPECT_EQ(cambiate.count(), 2);
   });
 }
 

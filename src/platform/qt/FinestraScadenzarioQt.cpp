@@ -184,6 +184,7 @@ void FinestraScadenzarioQt::CollegaLista() {
 
 void FinestraScadenzarioQt::CollegaCampi() {
   parti_.vista->installEventFilter(this);
+  parti_.vista->setFocusPolicy(Qt::StrongFocus); // the wheel must not take the focus from an open editor
   parti_.TextScad->installEventFilter(this);
   parti_.TextScadenza->installEventFilter(this);
   connect(parti_.TextScad, &QLineEdit::textEdited, this, [this](const QString& testo) {
@@ -398,11 +399,7 @@ bool FinestraScadenzarioQt::eventFilter(QObject* oggetto, QEvent* evento) {
 }
 
 void FinestraScadenzarioQt::reject() {
-  if (elenco_.stato().data.visibile) {
-    Gesto([this] { Chiama(elenco_.abbandonaEditor); });
-  } else {
-    Gesto([this] { Chiama(elenco_.annulla); });
-  }
+  Gesto([this] { Chiama(elenco_.annulla); });
 }
 
 void FinestraScadenzarioQt::closeEvent(QCloseEvent* evento) {

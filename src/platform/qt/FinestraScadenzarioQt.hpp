@@ -23,7 +23,7 @@ class FinestraScadenzarioQt final : public QDialog {
   /// Shows the window until the screen has unloaded itself; gives back what a gesture threw, or null.
   [[nodiscard]] std::exception_ptr Mostra();
 
-  /// Esc: abandons the open editor, otherwise cancels.
+  /// Esc outside the editor: cancels.
   void reject() override;
 
  protected:
