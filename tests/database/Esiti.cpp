@@ -1,10 +1,12 @@
 #include "Esiti.hpp"
 
 #include "BaseDelleAzioni.hpp"
+#include "RegistroEsiti.hpp"
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -137,6 +139,7 @@ BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Set
   }
   opzioni_ = "-DB2SOURCE " + sorgente + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
              base_->schema;
+  testo_ = test::connectionText(sorgente, base_->user, base_->password);
 }
 
 void BaseEsiti::Riapri() {
@@ -146,6 +149,7 @@ void BaseEsiti::Riapri() {
 std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminale() const {
   auto connection = std::make_unique<ado::Connection>();
   connection->ConnectionString = base_->connectionText();
+  connection->CommandTimeout = 30;
   connection->Open();
   return connection;
 }
@@ -213,8 +217,17 @@ bool BaseEsiti::SenzaAltreSessioni() const {
 bool BaseEsiti::QualcunoAspetta() const {
   const char* domanda = SuPostgres() ? "SELECT COUNT(*) FROM pg_stat_activity WHERE datname=current_database() AND "
                                        "wait_event_type='Lock'"
-                                     : "SELECT COUNT(*) FROM information_schema.INNODB_TRX WHERE TRX_STATE='LOCK WAIT'";
+                                     : "SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE "
+                                       "VARIABLE_NAME='INNODB_ROW_LOCK_CURRENT_WAITS'";
   return Entro([&] { return Valore(domanda) != "0"; });
+}
+
+LimiteIstruzioni::LimiteIstruzioni(const char* secondi) {
+  setenv("LUMOSCAD_ATTESA_SQL", secondi, 1);
+}
+
+LimiteIstruzioni::~LimiteIstruzioni() {
+  unsetenv("LUMOSCAD_ATTESA_SQL");
 }
 
 PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : base(genere, altre) {
@@ -233,9 +246,25 @@ PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::S
 std::string PostoEsiti::Esegui(const ProceduraProvata& procedura) {
   istruzioni = 0;
   msg.Errore.clear();
+  const auto inizio = std::chrono::steady_clock::now();
   std::string risultato = procedura.esegui(msg);
+  secondi = std::chrono::duration<double>(std::chrono::steady_clock::now() - inizio).count();
   quale_ = 0;
   return risultato;
+}
+
+void PostoEsiti::FallisceELasciaTutto(std::string_view nome, const char* guasto, const std::string& causa) {
+  const auto& procedura = TrovaProcedura(nome);
+  const auto prima = base.Tutto();
+  EXPECT_EQ(Esegui(procedura), "error") << guasto;
+  EXPECT_THAT(msg.Errore, testing::AllOf(testing::StartsWith("ERRORE: -2147"), testing::HasSubstr(causa),
+                                         testing::HasSubstr("la base dati non ne ha registrato nulla. Da allineare: " +
+                                                            procedura.oggetto)));
+  base.Riapri();
+  const auto tiene = base.Tutto();
+  EXPECT_THAT(tiene, testing::ElementsAreArray(prima)) << guasto;
+  RegistroEsiti::Unico().AnnotaGuasto(base.Genere(), guasto, msg.Errore, tiene == prima ? "come prima" : "CAMBIATA",
+                                      secondi);
 }
 
 void PostoEsiti::PrimaDellIstruzione(int quale, std::function<void()> azione) {

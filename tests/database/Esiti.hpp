@@ -32,10 +32,13 @@ class BaseEsiti {
   /// `altre` are further settings of the driver for the running command.
   explicit BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre = {});
 
+  [[nodiscard]] const std::string& Genere() const noexcept { return genere_; }
   [[nodiscard]] bool SuPostgres() const { return genere_ == "postgres"; }
   [[nodiscard]] bool SuMariaDb() const { return genere_ == "mariadb"; }
   [[nodiscard]] ProxyByte& Proxy() { return *proxy_; }
   [[nodiscard]] const std::string& Opzioni() const noexcept { return opzioni_; }
+  /// The connection text of the way through the proxy.
+  [[nodiscard]] const std::string& TestoConnessione() const noexcept { return testo_; }
   /// Part of the text by which the component asks who is at the other end.
   [[nodiscard]] std::string_view Domanda() const { return SuPostgres() ? "pg_backend_pid" : "CONNECTION_ID"; }
   /// The bytes by which a COMMIT begins on its way to the server. MariaDB's driver says "SET AUTOCOMMIT" before.
@@ -68,6 +71,16 @@ class BaseEsiti {
   std::unique_ptr<ProxyByte> proxy_;
   std::unique_ptr<ado::Connection> diretta_;
   std::string opzioni_;
+  std::string testo_;
+};
+
+/// The setting of the statements' time limit, for the life of the object.
+class LimiteIstruzioni {
+ public:
+  explicit LimiteIstruzioni(const char* secondi);
+  LimiteIstruzioni(const LimiteIstruzioni&) = delete;
+  LimiteIstruzioni& operator=(const LimiteIstruzioni&) = delete;
+  ~LimiteIstruzioni();
 };
 
 /// The working place of a test: scripted services, and the running command's options lead to `base`.
@@ -78,6 +91,9 @@ class PostoEsiti {
   /// Runs a procedure; its message is in `msg` afterwards.
   std::string Esegui(const ProceduraProvata& procedura);
   std::string Esegui(std::string_view nome) { return Esegui(TrovaProcedura(nome)); }
+  /// Runs a procedure while a fault lasts, which is to fail and to leave the database as it was; `causa` must stand in
+  /// its message. The run goes into the register as `guasto`.
+  void FallisceELasciaTutto(std::string_view nome, const char* guasto, const std::string& causa);
   /// Calls `azione` just before the statement number `quale` of the coming procedure is sent.
   void PrimaDellIstruzione(int quale, std::function<void()> azione);
 
@@ -85,6 +101,7 @@ class PostoEsiti {
   BaseEsiti base;
   MsgAnnulla msg;
   int istruzioni = 0; ///< statements that the last procedure sent
+  double secondi = 0; ///< that it took
 
  private:
   int quale_ = 0;

@@ -12,7 +12,6 @@ constexpr std::string_view waited = "Un altro terminale tiene occupate le righe,
 constexpr std::string_view deadlock = "Due terminali si sono bloccati a vicenda sulle stesse righe: la base dati ha "
                                       "annullato le modifiche di questo.";
 constexpr std::string_view full = "Lo spazio della base dati è esaurito: avvisare chi amministra il sistema.";
-constexpr std::string_view lost = "La connessione con la base dati è caduta.";
 
 constexpr long anyNumber = 0;
 
@@ -24,8 +23,8 @@ struct Meaning {
   std::string_view advice;
 };
 
-// Standard states come first; then what a server says in its own way. PostgreSQL's states and MariaDB's numbers are
-// those of their manuals' error lists; SQLite's driver gives every failure the state HY000.
+// Standard states and PostgreSQL's own; MariaDB's numbers, above all those of the others, whose states its driver does
+// not keep; texts of SQLite, whose driver gives every failure the state HY000.
 constexpr std::array<Meaning, 20> meanings{{
     {"40001", anyNumber, "", deadlock},
     {"40P01", anyNumber, "", deadlock},
@@ -34,19 +33,19 @@ constexpr std::array<Meaning, 20> meanings{{
     {"55P03", anyNumber, "", waited},
     {"57014", anyNumber, "", waited},
     {"57033", anyNumber, "", waited},
-    {"70100", 1969, "", waited},
-    {"HY000", 1205, "", waited},
+    {"", 1969, "", waited},
+    {"", 1205, "", waited},
     {"HY000", anyNumber, "database is locked", waited},
     {"HY000", anyNumber, "database table is locked", waited},
     {"53100", anyNumber, "", full},
     {"57011", anyNumber, "", full},
-    {"HY000", 1021, "", full},
-    {"HY000", 1114, "", full},
+    {"", 1021, "", full},
+    {"", 1114, "", full},
     {"HY000", anyNumber, "No space left on device", full},
     {"HY000", anyNumber, "disk is full", full},
-    {"08S01", anyNumber, "", lost},
-    {"57P0", anyNumber, "", lost},
-    {"70100", 1927, "", lost},
+    {"08S01", anyNumber, "", connectionLost},
+    {"57P0", anyNumber, "", connectionLost},
+    {"", 1927, "", connectionLost},
 }};
 
 } // namespace

@@ -1,0 +1,147 @@
+#include "Esiti.hpp"
+#include "platform/Errore.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace lumoscad;
+using testing::AllOf;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::Ne;
+
+namespace {
+
+constexpr const char* Occupate = "Un altro terminale tiene occupate le righe, oppure la base dati è lenta: l'attesa "
+                                 "massima è trascorsa.";
+constexpr const char* Reciproco =
+    "Due terminali si sono bloccati a vicenda sulle stesse righe: la base dati ha annullato "
+    "le modifiche di questo.";
+constexpr const char* UnaRata = "UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY=";
+
+/// Two terminals on one database.
+class Attese : public testing::TestWithParam<const char*> {
+ protected:
+  Attese() : altro_(posto_.base.AltroTerminale()) {}
+
+  /// The other terminal changes an instalment and does not commit yet.
+  void AltroTiene(const char* rata) const {
+    altro_->BeginTrans();
+    altro_->Execute(std::string(UnaRata) + rata);
+  }
+  /// The driver's own words for a failure, by the kind of database.
+  [[nodiscard]] static std::string Parole(const char* sqlite, const char* postgres, const char* mariadb) {
+    const std::string_view genere = GetParam();
+    return genere == "sqlite" ? sqlite : genere == "postgres" ? postgres : mariadb;
+  }
+  [[nodiscard]] static bool SuPostgres() { return std::string_view(GetParam()) == "postgres"; }
+
+  prova::PostoEsiti posto_{GetParam()};
+  std::unique_ptr<ado::Connection> altro_;
+};
+
+/// What needs a server, where two terminals write at once.
+class AtteseDelServer : public Attese {
+ protected:
+  /// Makes the other terminal the one that the server spares in a deadlock, or the one that it does not. PostgreSQL
+  /// ends the one that has waited long enough to look for it, MariaDB the one that has changed less.
+  void AltroResiste(bool resiste) const {
+    if (SuPostgres()) {
+      altro_->Execute(resiste ? "SET deadlock_timeout='30s'" : "SET deadlock_timeout='1ms'");
+    }
+    altro_->BeginTrans();
+    if (!SuPostgres() && resiste) {
+      altro_->Execute("UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY>10");
+    }
+    altro_->Execute(std::string(UnaRata) + "3");
+  }
+  /// The other terminal goes on to the instalment 1, which this one has changed by then, as soon as this one waits.
+  std::thread AltroVuoleLaPrima(std::string& guasto) {
+    return std::thread([this, &guasto] {
+      EXPECT_TRUE(posto_.base.QualcunoAspetta());
+      try {
+        altro_->Execute(std::string(UnaRata) + "1");
+      } catch (const ErroreRuntime& errore) {
+        guasto = errore.Descrizione();
+      }
+      altro_->RollbackTrans();
+    });
+  }
+};
+
+const auto Genere = [](const auto& scelta) { return std::string(scelta.param); };
+INSTANTIATE_TEST_SUITE_P(Base, Attese, testing::Values("sqlite", "postgres", "mariadb"), Genere);
+INSTANTIATE_TEST_SUITE_P(Base, AtteseDelServer, testing::Values("postgres", "mariadb"), Genere);
+
+} // namespace
+
+TEST_P(Attese, UnaRigaOccupataFinisceEntroIlLimiteESiPuoRipetere) {
+  AltroTiene("3");
+  {
+    const prova::LimiteIstruzioni limite("1");
+    posto_.FallisceELasciaTutto("SospendiPartita", "riga tenuta da un altro terminale",
+                                Parole("database is locked", "statement timeout", "max_statement_time exceeded"));
+  }
+  EXPECT_THAT(posto_.msg.Errore, HasSubstr(Occupate));
+  EXPECT_LT(posto_.secondi, 6);
+  altro_->RollbackTrans();
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
+}
+
+TEST_P(AtteseDelServer, UnaRigaLiberataInTempoSiModifica) {
+  const auto prima = posto_.base.Tutto();
+  AltroTiene("3");
+  std::thread libera([this] {
+    EXPECT_TRUE(posto_.base.QualcunoAspetta());
+    altro_->RollbackTrans();
+  });
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
+  libera.join();
+  EXPECT_THAT(posto_.base.Tutto(), Ne(prima));
+}
+
+TEST_P(AtteseDelServer, IlBloccoReciprocoAnnullaTuttoESiDice) {
+  AltroResiste(true);
+  std::string guasto;
+  std::thread altro = AltroVuoleLaPrima(guasto);
+  posto_.FallisceELasciaTutto("SospendiPartita", "blocco reciproco, annullato questo terminale",
+                              Parole("", "deadlock detected", "Deadlock found"));
+  altro.join();
+  EXPECT_THAT(posto_.msg.Errore, HasSubstr(Reciproco));
+  EXPECT_EQ(guasto, "");
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
+}
+
+TEST_P(AtteseDelServer, ChiRestaDopoIlBloccoReciprocoModificaTutto) {
+  const auto prima = posto_.base.Tutto();
+  AltroResiste(false);
+  std::string guasto;
+  std::thread altro = AltroVuoleLaPrima(guasto);
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
+  altro.join();
+  EXPECT_THAT(guasto, AllOf(HasSubstr(Parole("", "deadlock detected", "Deadlock found")), HasSubstr(Reciproco)));
+  const auto tiene = posto_.base.Tutto();
+  EXPECT_THAT(tiene, Ne(prima));
+  posto_.base.Ripristina();
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "");
+  EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(tiene));
+}
+
+TEST_P(AtteseDelServer, UnIstruzioneCheNonFinisceSiInterrompe) {
+  if (SuPostgres()) {
+    posto_.base.Esegui(
+        "CREATE FUNCTION PIANO() RETURNS TRIGGER LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(20); RETURN "
+        "NEW; END'");
+    posto_.base.Esegui("CREATE TRIGGER PIANO BEFORE UPDATE ON EVENTOCONTABILE FOR EACH ROW WHEN "
+                       "(OLD.EVENTOCONTABILEKEY=3) EXECUTE FUNCTION PIANO()");
+  } else {
+    posto_.base.Esegui("CREATE TRIGGER PIANO BEFORE UPDATE ON EVENTOCONTABILE FOR EACH ROW IF "
+                       "OLD.EVENTOCONTABILEKEY=3 THEN DO SLEEP(20); END IF");
+  }
+  const prova::LimiteIstruzioni limite("1");
+  posto_.FallisceELasciaTutto("SospendiPartita", "istruzione oltre il limite di tempo",
+                              Parole("", "statement timeout", "max_statement_time exceeded"));
+  EXPECT_LT(posto_.secondi, 6);
+}

@@ -1,0 +1,129 @@
+#include "Esiti.hpp"
+#include "RegistroEsiti.hpp"
+#include "platform/Errore.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace lumoscad;
+using ado::EsitoTransazione;
+using prova::ProxyByte;
+using testing::AllOf;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* UnaRata = "UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1";
+constexpr const char* Letta = "SELECT SOSPESA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1";
+
+ErroreRuntime Guasto(const std::function<void()>& azione) {
+  try {
+    azione();
+  } catch (const ErroreRuntime& errore) {
+    return errore;
+  }
+  ADD_FAILURE() << "nothing was raised";
+  return {0, ""};
+}
+
+/// A connection through the proxy, on either server.
+class Driver : public testing::TestWithParam<const char*> {
+ protected:
+  void Apri(const prova::BaseEsiti& base) {
+    connection_.ConnectionString = base.TestoConnessione();
+    connection_.Open();
+  }
+
+  ado::Connection connection_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Base, Driver, testing::Values("postgres", "mariadb"),
+                         [](const auto& scelta) { return std::string(scelta.param); });
+
+} // namespace
+
+TEST_P(Driver, UnCommitRiuscitoEApplicato) {
+  prova::BaseEsiti base(GetParam());
+  Apri(base);
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  connection_.BeginTrans();
+  connection_.Execute(UnaRata);
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  connection_.CommitTrans();
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Applicata);
+  connection_.Close();
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Applicata);
+  EXPECT_EQ(base.Valore(Letta), "X");
+}
+
+// PostgreSQL's driver calls this COMMIT a success: it has already noticed that it has no connection.
+TEST_P(Driver, IlCommitDiUnaConnessioneGiaPersaNonPassaMaiPerApplicato) {
+  prova::BaseEsiti base(GetParam());
+  Apri(base);
+  connection_.BeginTrans();
+  connection_.Execute(UnaRata);
+  base.Proxy().Scatta(ProxyByte::Azione::Chiudi);
+  EXPECT_THAT(Guasto([&] { connection_.Execute(UnaRata); }).Descrizione(), HasSubstr("è caduta"));
+  EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Descrizione(), HasSubstr("un'istruzione della transazione"));
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(Guasto([&] { connection_.CommitTrans(); }).Numero(), 3219);
+  EXPECT_TRUE(base.SenzaAltreSessioni());
+  EXPECT_EQ(base.Valore(Letta), "N");
+}
+
+TEST_P(Driver, DopoUnIstruzioneFallitaNonSiConferma) {
+  prova::BaseEsiti base(GetParam());
+  Apri(base);
+  connection_.BeginTrans();
+  connection_.Execute(UnaRata);
+  Guasto([&] { connection_.Execute("UPDATE EVENTOCONTABILE SET NON_C_E=1"); });
+  Guasto([&] { connection_.CommitTrans(); });
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(base.Valore(Letta), "N");
+  connection_.BeginTrans();
+  connection_.Execute(UnaRata);
+  connection_.CommitTrans();
+  EXPECT_EQ(base.Valore(Letta), "X");
+}
+
+TEST_P(Driver, UnTempoMassimoSbagliatoSiRifiutaPrimaDiConnettersi) {
+  prova::BaseEsiti base(GetParam());
+  for (const char* valore : {"0", "-1", "86401", "dieci", "10s", " 10"}) {
+    const prova::LimiteIstruzioni limite(valore);
+    EXPECT_THAT(Guasto([&] { Apri(base); }).Descrizione(),
+                AllOf(StartsWith("LUMOSCAD_ATTESA_SQL"), HasSubstr(std::string("«") + valore + "»")));
+  }
+  EXPECT_EQ(base.Proxy().Connessioni(), 0);
+  const prova::LimiteIstruzioni limite("86400");
+  EXPECT_NO_THROW(Apri(base));
+}
+
+// With this setting MariaDB's driver connects anew without a word, and the new connection commits every statement.
+TEST(DriverCheSiRiconnette, NonFaPassarePerApplicatoCioCheEStatoInterrotto) {
+  prova::BaseEsiti base("mariadb", {{"AUTO_RECONNECT", "1"}});
+  ado::Connection connection;
+  connection.ConnectionString = base.TestoConnessione();
+  connection.Open();
+  connection.BeginTrans();
+  base.Proxy().Scatta(ProxyByte::Azione::Chiudi);
+  connection.Execute(UnaRata);
+  connection.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2");
+  EXPECT_THAT(Guasto([&] { connection.CommitTrans(); }).Descrizione(), HasSubstr("in parte"));
+  EXPECT_EQ(connection.Esito(), EsitoTransazione::Sconosciuta);
+}
+
+TEST(DriverConLimiteDiLettura, UnServerCheTaceSulCommitLasciaLEsitoSconosciuto) {
+  prova::PostoEsiti posto("mariadb", {{"READ_TIMEOUT", "1"}});
+  posto.base.Proxy().ScattaAllaSequenza(posto.base.Conferma(), ProxyByte::Momento::PrimaDellaRisposta,
+                                        ProxyByte::Azione::Trattieni);
+  EXPECT_EQ(posto.Esegui("SospendiPartita"), "error");
+  EXPECT_LT(posto.secondi, 5);
+  EXPECT_THAT(posto.msg.Errore, HasSubstr("non si sa se la base dati l'ha registrata"));
+  prova::RegistroEsiti::Unico().AnnotaGuasto("mariadb", "server muto dopo COMMIT, READ_TIMEOUT=1", posto.msg.Errore,
+                                             "tutta", posto.secondi);
+  EXPECT_EQ(posto.base.Valore(Letta), "S");
+}
