@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Builds with gcc's line counters, runs the tests and prints the line coverage of src/.
+#   scripts/copertura.sh                 the whole suite
+#   scripts/copertura.sh PROGRAM...      these test programs of build/copertura/bin alone
+# The table of files goes to build/copertura/righe.txt, the lines that never ran to build/copertura/mancanti.txt.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+lavori=${LAVORI:-$(nproc)}
+base=build/copertura
+mkdir -p "$base"
+cmake --preset copertura -S . >"$base/configura.log" 2>&1 || { cat "$base/configura.log"; exit 1; }
+cmake --build --preset copertura -j "$lavori" ${1:+--target "$@"} >"$base/compila.log" 2>&1 || { tail -n 60 "$base/compila.log"; exit 1; }
+find "$base" -name '*.gcda' -delete
+
+esito=0
+if [ $# -gt 0 ]; then
+  for programma in "$@"; do
+    "$base/bin/$programma" --gtest_brief=1 >"$base/$programma.log" 2>&1 || { tail -n 40 "$base/$programma.log"; esito=1; }
+  done
+else
+  ctest --preset copertura -j "$lavori" --no-tests=error >"$base/prove.log" 2>&1 || { tail -n 60 "$base/prove.log"; esito=1; }
+  grep -E '^[0-9]+% tests passed' "$base/prove.log" || true
+fi
+
+gcovr --root . --filter 'src/' --object-directory "$base" \
+  --print-summary --txt "$base/righe.txt" -j "$lavori" >"$base/riassunto.txt" 2>"$base/gcovr.log" ||
+  { tail -n 20 "$base/gcovr.log"; exit 1; }
+awk '$NF ~ /^[0-9]/ && $(NF-1) != "100%" { print }' "$base/righe.txt" >"$base/mancanti.txt" || true
+grep '^lines:' "$base/riassunto.txt" | sed 's/^lines/copertura di src/'
+exit "$esito"
