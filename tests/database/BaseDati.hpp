@@ -14,6 +14,14 @@
 
 namespace lumoscad::prova {
 
+/// The kinds of database to test on.
+inline std::vector<const char*> GeneriDiBase() {
+  return test::databaseKinds();
+}
+
+/// Names a case after its kind of database.
+inline const auto NomeDelGenere = [](const auto& caso) { return std::string(caso.param); };
+
 /// The script that creates the accounting tables.
 inline const std::string& TabelleContabili() {
   static const std::string script = [] {

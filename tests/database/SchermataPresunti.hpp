@@ -17,12 +17,12 @@
 namespace lumoscad::prova {
 
 /// A screen of presumed documents over a database: each showing plays a script of gestures on its window.
-template <typename Form> class SchermataPresunti : public testing::Test {
+template <typename Form> class SchermataPresunti : public testing::TestWithParam<const char*> {
  protected:
   using Mostratore = void (Form::*)(std::string_view, const procedureLumoDB2::FiltroPresunti&, VariazioniConsegna&);
 
   SchermataPresunti(Mostratore mostratore, std::string dati)
-      : mostratore_(mostratore), base("sqlite", dati.empty() ? DatiPresunti() : dati) {
+      : mostratore_(mostratore), base(this->GetParam(), dati.empty() ? DatiPresunti() : dati) {
     stato().ComandoCorrente = "X /PRESUNTI " + base.Opzioni();
     filtro.parTipoMovimenti = "V";
   }

@@ -25,7 +25,7 @@ inline std::string RateDellaSchermata() {
 }
 
 /// The screen over a database: each showing plays a script of gestures on its window.
-class SchermataSuBase : public testing::Test {
+class SchermataSuBase : public testing::TestWithParam<const char*> {
  protected:
   using Schermata = frmLumoScadenzeBanche;
 
@@ -101,7 +101,7 @@ class SchermataSuBase : public testing::Test {
     return testi;
   }
 
-  BaseDati base{"sqlite", DatiDiProva() + RateDellaSchermata()};
+  BaseDati base{GetParam(), DatiDiProva() + RateDellaSchermata()};
   Banco banco;
   frmLumoScadenzeBanche schermata;
   const RigheGriglia& righe = schermata.griglia().Righe;

@@ -79,11 +79,9 @@ VariazioneCanalizzazione Presunto(const std::string& movimento, const std::strin
   return v;
 }
 
-class BankUpdate : public testing::Test {
+class BankUpdate : public testing::TestWithParam<const char*> {
  protected:
-  explicit BankUpdate(const char* genere) : base(genere, prova::DatiDiProva() + Eventi()), prima(prova::Rate(base)) {
-    stato().ComandoCorrente = "BANCA /CREDITI " + base.Opzioni();
-  }
+  BankUpdate() { stato().ComandoCorrente = "BANCA /CREDITI " + base.Opzioni(); }
 
   std::string Applica(const VariazioniCanalizzazione& variazioni, const char* modalita = "CREDITI") {
     return AggiornaCanalizzazione(variazioni, modalita, msg);
@@ -106,38 +104,32 @@ class BankUpdate : public testing::Test {
                       chiavi + ") ORDER BY EVENTOCONTABILEKEY");
   }
 
-  prova::BaseDati base;
-  std::vector<std::string> prima;
+  prova::BaseDati base{GetParam(), prova::DatiDiProva() + Eventi()};
+  std::vector<std::string> prima = prova::Rate(base);
   prova::Banco banco;
   MsgAnnulla msg;
 };
 
-class BankUpdateStatements : public BankUpdate {
- protected:
-  BankUpdateStatements() : BankUpdate("sqlite") {}
-};
+class BankUpdateStatements : public BankUpdate {};
+class BankUpdateRows : public BankUpdate {};
 
-class BankUpdateRows : public BankUpdate, public testing::WithParamInterface<const char*> {
- protected:
-  BankUpdateRows() : BankUpdate(GetParam()) {}
-};
+INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateStatements, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateRows, testing::Values("sqlite", "postgres"),
-                         [](const auto& caso) { return std::string(caso.param); });
-
-TEST_F(BankUpdateStatements, OfAnEmptyListAreNone) {
+TEST_P(BankUpdateStatements, OfAnEmptyListAreNone) {
   EXPECT_EQ(Applica({}), "");
   EXPECT_THAT(banco.istruzioni, IsEmpty());
   EXPECT_THAT(Cambiate(), IsEmpty());
 }
 
-TEST_F(BankUpdateStatements, OfAnEmptyListNeedNoDatabase) {
+TEST_P(BankUpdateStatements, OfAnEmptyListNeedNoDatabase) {
   stato().ComandoCorrente = "BANCA /CREDITI";
   EXPECT_EQ(Applica({}), "");
   EXPECT_EQ(msg.Errore, "");
 }
 
-TEST_F(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInstalment) {
+TEST_P(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInstalment) {
   EXPECT_EQ(Applica({SoloBanca("B07")}), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre(cercaConto, cercaConto, conBanca,
@@ -145,7 +137,7 @@ TEST_F(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInsta
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=2"));
 }
 
-TEST_F(BankUpdateStatements, OfADateChangeNeverLookUpTheEmptyNewBank) {
+TEST_P(BankUpdateStatements, OfADateChangeNeverLookUpTheEmptyNewBank) {
   EXPECT_EQ(Applica({SoloData("01/04/2006")}), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre(cercaConto, conBanca,
@@ -153,7 +145,7 @@ TEST_F(BankUpdateStatements, OfADateChangeNeverLookUpTheEmptyNewBank) {
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=2"));
 }
 
-TEST_F(BankUpdateStatements, OfBothChangesJoinThemWithAComma) {
+TEST_P(BankUpdateStatements, OfBothChangesJoinThemWithAComma) {
   VariazioneCanalizzazione v = SoloBanca("B07");
   v.NuovaScadenza = "01/04/2006";
   v.isScadenzaChanged = true;
@@ -163,7 +155,7 @@ TEST_F(BankUpdateStatements, OfBothChangesJoinThemWithAComma) {
                                  ",BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=1");
 }
 
-TEST_F(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
+TEST_P(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
   for (const char* nessuna : {"#null#", ""}) {
     banco.istruzioni.clear();
     EXPECT_EQ(Applica({SoloBanca(nessuna)}), "");
@@ -175,7 +167,7 @@ TEST_F(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
   }
 }
 
-TEST_F(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
+TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
   for (const char* nessuno : {"#null#", ""}) {
     VariazioneCanalizzazione v = SoloBanca("B07");
     v.VecchiaScadenza = v.VecchiaBanca = v.ScadenzaOriginale = nessuno;
@@ -189,17 +181,17 @@ TEST_F(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
   }
 }
 
-TEST_F(BankUpdateStatements, OfUnchangedRecordsAreNone) {
+TEST_P(BankUpdateStatements, OfUnchangedRecordsAreNone) {
   EXPECT_EQ(Applica({Invariata(), Invariata()}), "");
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
-TEST_F(BankUpdateStatements, OfAnyOtherModeAreNone) {
+TEST_P(BankUpdateStatements, OfAnyOtherModeAreNone) {
   EXPECT_EQ(Applica({SoloBanca("B07")}, "ALTRO"), "");
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
-TEST_F(BankUpdateStatements, OfAPresumedDocumentGoByItsMovement) {
+TEST_P(BankUpdateStatements, OfAPresumedDocumentGoByItsMovement) {
   EXPECT_EQ(Applica({Presunto("301", "201")}, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre(cercaConto, cercaConto,
@@ -207,7 +199,7 @@ TEST_F(BankUpdateStatements, OfAPresumedDocumentGoByItsMovement) {
                           "BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' AND MOVIMENTOKEY=?"));
 }
 
-TEST_F(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
+TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
   for (const char* nessuno : {"#null#", ""}) {
     banco.istruzioni.clear();
     VariazioneCanalizzazione v = Presunto(nessuno, "203");
@@ -220,7 +212,7 @@ TEST_F(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
   }
 }
 
-TEST_F(BankUpdateStatements, OfAPresumedDocumentWithoutKeysMatchNothingAndDoNotFail) {
+TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutKeysMatchNothingAndDoNotFail) {
   EXPECT_EQ(Applica({Presunto("#null#", "#null#")}, "PRESUNTI"), "");
   ASSERT_EQ(banco.istruzioni.size(), 3U);
   EXPECT_THAT(banco.istruzioni[2],
@@ -229,21 +221,20 @@ TEST_F(BankUpdateStatements, OfAPresumedDocumentWithoutKeysMatchNothingAndDoNotF
   EXPECT_EQ(msg.Errore, "");
 }
 
-TEST_F(BankUpdateStatements, OfAPresumedDocumentIgnoreADateChange) {
+TEST_P(BankUpdateStatements, OfAPresumedDocumentIgnoreADateChange) {
   EXPECT_EQ(Applica({SoloData("01/04/2006")}, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
-TEST_F(BankUpdateStatements, NeverHoldADateThatIsNone) {
+TEST_P(BankUpdateStatements, NeverHoldADateThatIsNone) {
   VariazioneCanalizzazione v = SoloData("1/4/06");
   EXPECT_EQ(Applica({v}), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: 13\r\n"));
   EXPECT_THAT(Cambiate(), IsEmpty());
 }
 
-TEST_F(BankUpdateStatements, OfTheFailedRecordFollowTheErrorAfterTwoLineBreaks) {
-  base.Esegui("CREATE TRIGGER FERMA BEFORE UPDATE ON EVENTOCONTABILE WHEN OLD.EVENTOCONTABILEKEY=2 "
-              "BEGIN SELECT RAISE(ABORT,'riga bloccata'); END");
+TEST_P(BankUpdateStatements, OfTheFailedRecordFollowTheErrorAfterTwoLineBreaks) {
+  base.Impedisci("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=2", "riga bloccata");
   EXPECT_EQ(Applica({SoloBanca("B07")}), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -"));
   EXPECT_THAT(msg.Errore, HasSubstr("riga bloccata"));
@@ -254,7 +245,7 @@ TEST_F(BankUpdateStatements, OfTheFailedRecordFollowTheErrorAfterTwoLineBreaks) 
   EXPECT_THAT(Cambiate(), IsEmpty());
 }
 
-TEST_F(BankUpdateStatements, InTheErrorStartAnewWithEachRecord) {
+TEST_P(BankUpdateStatements, InTheErrorStartAnewWithEachRecord) {
   VariazioneCanalizzazione seconda = SoloData("01/04/2006");
   seconda.NumeroRata = "3 TRE";
   EXPECT_EQ(Applica({SoloBanca("B07"), seconda}), "error");
@@ -265,8 +256,8 @@ TEST_F(BankUpdateStatements, InTheErrorStartAnewWithEachRecord) {
   EXPECT_THAT(msg.Errore, Not(HasSubstr("UPDATE")));
 }
 
-TEST_F(BankUpdateStatements, OfAPresumedDocumentFollowItsError) {
-  base.Esegui("CREATE TRIGGER FERMA BEFORE UPDATE ON EVENTOCONTABILE BEGIN SELECT RAISE(ABORT,'riga bloccata'); END");
+TEST_P(BankUpdateStatements, OfAPresumedDocumentFollowItsError) {
+  base.Impedisci("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY>0", "riga bloccata");
   EXPECT_EQ(Applica({Presunto("301", "")}, "PRESUNTI"), "error");
   EXPECT_THAT(msg.Errore, EndsWith("\r\n\r\n" + banco.istruzioni.back()));
 }

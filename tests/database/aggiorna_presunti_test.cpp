@@ -40,11 +40,9 @@ VariazioneConsegna Consegna(std::int32_t movimento, const std::string& attuale, 
   return v;
 }
 
-class PresumedUpdate : public testing::Test {
+class PresumedUpdate : public testing::TestWithParam<const char*> {
  protected:
-  explicit PresumedUpdate(const char* genere) : base(genere, prova::DatiPresunti()), prima(prova::Rate(base)) {
-    stato().ComandoCorrente = "BANCA /PRESUNTI " + base.Opzioni();
-  }
+  PresumedUpdate() { stato().ComandoCorrente = "BANCA /PRESUNTI " + base.Opzioni(); }
 
   /// The keys of the events in which anything changed.
   [[nodiscard]] std::vector<std::string> Cambiati() const {
@@ -64,23 +62,20 @@ class PresumedUpdate : public testing::Test {
                       chiave);
   }
 
-  prova::BaseDati base;
-  std::vector<std::string> prima;
+  prova::BaseDati base{GetParam(), prova::DatiPresunti()};
+  std::vector<std::string> prima = prova::Rate(base);
   prova::Banco banco;
   MsgAnnulla msg;
 };
 
-class PresumedUpdateStatements : public PresumedUpdate {
- protected:
-  PresumedUpdateStatements() : PresumedUpdate("sqlite") {}
-};
+class PresumedUpdateStatements : public PresumedUpdate {};
+class PresumedUpdateRows : public PresumedUpdate {};
 
-class PresumedUpdateRows : public PresumedUpdate, public testing::WithParamInterface<const char*> {
- protected:
-  PresumedUpdateRows() : PresumedUpdate(GetParam()) {}
-};
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateStatements, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-TEST_F(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
+TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, "PRESUNTI", msg), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre(cercaConto, cercaConto, cercaConto,
@@ -88,7 +83,7 @@ TEST_F(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
                           "CONTOCONTABILE_KEY= 101 AND BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
-TEST_F(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
+TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("#null#", "B07")}, "PRESUNTI", msg), "");
   EXPECT_EQ(
       banco.istruzioni.back(),
@@ -102,14 +97,14 @@ TEST_F(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
                           "CONTOCONTABILE_KEY= 101 AND BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
-TEST_F(PresumedUpdateStatements, ARecordWithoutABankChangeSendsNothing) {
+TEST_P(PresumedUpdateStatements, ARecordWithoutABankChangeSendsNothing) {
   VariazioneConsegna senza = Banca("B06", "B07");
   senza.isBancaChanged = false;
   EXPECT_EQ(AggiornaBancaPresunti({senza}, "PRESUNTI", msg), "");
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
-TEST_F(PresumedUpdateStatements, OtherModesChangeNothing) {
+TEST_P(PresumedUpdateStatements, OtherModesChangeNothing) {
   for (const char* modo : {"CREDITI", "DEBITI", "", "presunti"}) {
     EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, modo, msg), "") << modo;
     EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, modo, msg), "") << modo;
@@ -118,28 +113,28 @@ TEST_F(PresumedUpdateStatements, OtherModesChangeNothing) {
   EXPECT_THAT(Cambiati(), IsEmpty());
 }
 
-TEST_F(PresumedUpdateStatements, AnEmptyListDoesNotEvenConnect) {
+TEST_P(PresumedUpdateStatements, AnEmptyListDoesNotEvenConnect) {
   stato().ComandoCorrente = "BANCA /PRESUNTI -DB2SOURCE NESSUNA";
   EXPECT_EQ(AggiornaBancaPresunti({}, "PRESUNTI", msg), "");
   EXPECT_EQ(AggiornaConsegna({}, "PRESUNTI", msg), "");
   EXPECT_EQ(msg.Errore, "");
 }
 
-TEST_F(PresumedUpdateStatements, ADeliveryChangeIsOneStatementARecord) {
+TEST_P(PresumedUpdateStatements, ADeliveryChangeIsOneStatementARecord) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, "PRESUNTI", msg), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA= '2006-03-10' AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
-TEST_F(PresumedUpdateStatements, AMissingDeliveryDateIsMatchedAsNull) {
+TEST_P(PresumedUpdateStatements, AMissingDeliveryDateIsMatchedAsNull) {
   EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, "PRESUNTI", msg), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA IS NULL AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
-TEST_F(PresumedUpdateStatements, ADateThatIsNoneNeverReachesAStatement) {
+TEST_P(PresumedUpdateStatements, ADateThatIsNoneNeverReachesAStatement) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "2006-03-11")}, "PRESUNTI", msg), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: 13\r\nData non valida: 2006-03-11"));
   EXPECT_THAT(banco.istruzioni, IsEmpty());
@@ -172,14 +167,14 @@ TEST_P(PresumedUpdateRows, AnUnknownBankKeepsNothingOfTheList) {
 TEST_P(PresumedUpdateRows, ADeliveryChangeResetsTheVatTitle) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, "PRESUNTI", msg), "");
   EXPECT_THAT(Cambiati(), ElementsAre("1", "2"));
-  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11| "));
+  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
   EXPECT_THAT(Evento("3"), ElementsAre("106|2006-04-10|X"));
 }
 
 TEST_P(PresumedUpdateRows, ADocumentWithoutADeliveryDateReceivesOne) {
   EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, "PRESUNTI", msg), "");
   EXPECT_THAT(Cambiati(), ElementsAre("4", "11"));
-  EXPECT_THAT(Evento("4"), ElementsAre("NULL|2006-03-11| "));
+  EXPECT_THAT(Evento("4"), ElementsAre("NULL|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
 }
 
 TEST_P(PresumedUpdateRows, TheOrderKeyCountsBeforeTheMovementKey) {
@@ -201,8 +196,6 @@ TEST_P(PresumedUpdateRows, AFailureNamesTheStatementsOfItsRecordAlone) {
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -"));
   EXPECT_THAT(msg.Errore, HasSubstr("\r\n\r\nUPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',"));
 }
-
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::Values("sqlite", "postgres"));
 
 } // namespace
 } // namespace lumoscad::procedureLumoDB2

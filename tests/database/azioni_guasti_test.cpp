@@ -44,9 +44,8 @@ class ComandiSuBase : public prova::BaseDelleAzioni {
 /// database that lets a row be changed while a transaction reads it.
 class DueTerminali : public ComandiSuBase {};
 
-const auto Genere = [](const auto& scelta) { return std::string(scelta.param); };
-INSTANTIATE_TEST_SUITE_P(BasiDati, ComandiSuBase, testing::ValuesIn(test::databaseKinds()), Genere);
-INSTANTIATE_TEST_SUITE_P(BasiDati, DueTerminali, testing::ValuesIn(test::databaseKindsWithWriters()), Genere);
+INSTANTIATE_TEST_SUITE_P(BasiDati, ComandiSuBase, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(BasiDati, DueTerminali, testing::ValuesIn(test::databaseServers()), prova::NomeDelGenere);
 
 } // namespace
 

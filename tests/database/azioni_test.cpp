@@ -10,8 +10,7 @@ using testing::StartsWith;
 namespace {
 
 class Azioni : public prova::BaseDelleAzioni {};
-INSTANTIATE_TEST_SUITE_P(BasiDati, Azioni, testing::ValuesIn(test::databaseKinds()),
-                         [](const auto& scelta) { return std::string(scelta.param); });
+INSTANTIATE_TEST_SUITE_P(BasiDati, Azioni, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 const std::vector<std::string> Presunto = {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""};
 

@@ -7,8 +7,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 class BankScreenConfirmation : public prova::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenConfirmation, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
 
-TEST_F(BankScreenConfirmation, CarriesABankChange) {
+TEST_P(BankScreenConfirmation, CarriesABankChange) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("04/03/2006"), 1);
     finestra->conferma();
@@ -30,7 +32,7 @@ TEST_F(BankScreenConfirmation, CarriesABankChange) {
   EXPECT_EQ(schermata.MotivoChiusura(), "");
 }
 
-TEST_F(BankScreenConfirmation, CarriesADateChangeWithoutANewBank) {
+TEST_P(BankScreenConfirmation, CarriesADateChangeWithoutANewBank) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("05/03/2006"), "010406");
     finestra->conferma();
@@ -44,7 +46,7 @@ TEST_F(BankScreenConfirmation, CarriesADateChangeWithoutANewBank) {
   EXPECT_EQ(variazioni[0].NuovaBanca, "");
 }
 
-TEST_F(BankScreenConfirmation, CarriesMissingOldValuesAsNoValue) {
+TEST_P(BankScreenConfirmation, CarriesMissingOldValuesAsNoValue) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga(""), "010406");
     finestra->conferma();
@@ -56,7 +58,7 @@ TEST_F(BankScreenConfirmation, CarriesMissingOldValuesAsNoValue) {
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
 }
 
-TEST_F(BankScreenConfirmation, CarriesBothChangesInOneRecord) {
+TEST_P(BankScreenConfirmation, CarriesBothChangesInOneRecord) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("04/03/2006"), "010406");
     ScegliBanca(Riga("04/03/2006"), 0);
@@ -69,7 +71,7 @@ TEST_F(BankScreenConfirmation, CarriesBothChangesInOneRecord) {
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
 }
 
-TEST_F(BankScreenConfirmation, RemovesABankButNeverOneThatIsNotThere) {
+TEST_P(BankScreenConfirmation, RemovesABankButNeverOneThatIsNotThere) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("04/03/2006"), 0);
     ScegliBanca(Riga("05/03/2006"), 0);
@@ -81,7 +83,7 @@ TEST_F(BankScreenConfirmation, RemovesABankButNeverOneThatIsNotThere) {
   EXPECT_TRUE(variazioni[0].isBancaChanged);
 }
 
-TEST_F(BankScreenConfirmation, CarriesNothingForValuesThatEqualThePresentOnes) {
+TEST_P(BankScreenConfirmation, CarriesNothingForValuesThatEqualThePresentOnes) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("04/03/2006"), "040306");
                 ScegliBanca(Riga("04/03/2006"), 2);
@@ -91,7 +93,7 @@ TEST_F(BankScreenConfirmation, CarriesNothingForValuesThatEqualThePresentOnes) {
   EXPECT_EQ(schermata.MotivoChiusura(), "");
 }
 
-TEST_F(BankScreenConfirmation, CarriesNothingForARefusedDate) {
+TEST_P(BankScreenConfirmation, CarriesNothingForARefusedDate) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("04/03/2006"), "31/13/06");
                 EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::NuovaScadenza), " ");
@@ -100,7 +102,7 @@ TEST_F(BankScreenConfirmation, CarriesNothingForARefusedDate) {
               IsEmpty());
 }
 
-TEST_F(BankScreenConfirmation, IncludesADateStillBeingTyped) {
+TEST_P(BankScreenConfirmation, IncludesADateStillBeingTyped) {
   const auto variazioni = Mostra([this] {
     Clic(Riga("04/03/2006"), Schermata::NuovaScadenza);
     finestra->testoEditor("010406");
@@ -110,7 +112,7 @@ TEST_F(BankScreenConfirmation, IncludesADateStillBeingTyped) {
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
 }
 
-TEST_F(BankScreenConfirmation, IncludesABankStillBeingChosen) {
+TEST_P(BankScreenConfirmation, IncludesABankStillBeingChosen) {
   const auto variazioni = Mostra([this] {
     Clic(Riga("05/03/2006"), Schermata::NuovaBanca);
     finestra->scegliBancaCella(1);
@@ -120,7 +122,7 @@ TEST_F(BankScreenConfirmation, IncludesABankStillBeingChosen) {
   EXPECT_EQ(variazioni[0].NuovaBanca, "B07");
 }
 
-TEST_F(BankScreenConfirmation, GoesByTheValuesNotByTheTicks) {
+TEST_P(BankScreenConfirmation, GoesByTheValuesNotByTheTicks) {
   const auto variazioni = Mostra([this] {
     finestra->testoScadenza("010406");
     Clic(Riga("04/03/2006"), Schermata::Radio1);
@@ -131,7 +133,7 @@ TEST_F(BankScreenConfirmation, GoesByTheValuesNotByTheTicks) {
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
 }
 
-TEST_F(BankScreenConfirmation, FollowsTheOrderInWhichTheRowsShow) {
+TEST_P(BankScreenConfirmation, FollowsTheOrderInWhichTheRowsShow) {
   const auto date = [this](bool inverso) {
     std::vector<std::string> vecchie;
     for (const auto& v : Mostra([this, inverso] {
@@ -152,7 +154,7 @@ TEST_F(BankScreenConfirmation, FollowsTheOrderInWhichTheRowsShow) {
   EXPECT_THAT(date(true), ElementsAre("01/04/2006", "05/03/2006", "04/03/2006"));
 }
 
-TEST_F(BankScreenConfirmation, IsNoneWhenTheScreenIsLeft) {
+TEST_P(BankScreenConfirmation, IsNoneWhenTheScreenIsLeft) {
   for (const bool casella : {false, true}) {
     EXPECT_THAT(Mostra([this, casella] {
                   ScriviData(Riga("04/03/2006"), "010406");
@@ -163,7 +165,7 @@ TEST_F(BankScreenConfirmation, IsNoneWhenTheScreenIsLeft) {
   }
 }
 
-TEST_F(BankScreenConfirmation, NeverRepeatsAnEarlierShowing) {
+TEST_P(BankScreenConfirmation, NeverRepeatsAnEarlierShowing) {
   EXPECT_EQ(Mostra([this] {
               ScriviData(Riga("04/03/2006"), "010406");
               finestra->conferma();
@@ -179,7 +181,7 @@ TEST_F(BankScreenConfirmation, NeverRepeatsAnEarlierShowing) {
   EXPECT_EQ(schermata.MotivoChiusura(), "");
 }
 
-TEST_F(BankScreenConfirmation, LeavesTheDatabaseAlone) {
+TEST_P(BankScreenConfirmation, LeavesTheDatabaseAlone) {
   const auto prima = prova::Rate(base);
   static_cast<void>(Mostra([this] {
     ScriviData(Riga("04/03/2006"), "010406");

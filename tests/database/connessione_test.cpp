@@ -66,21 +66,35 @@ TEST(ConnectionOptions, GiveTheSchemaThePasswordSettingWhereItIsMissingOrBlank) 
   EXPECT_EQ(LeggiParametriDB2("-DB2PASS Segr3to -DB2SCHEMA  LUMO").Schema, "Segr3to");
 }
 
-TEST(Connecting, UsesTheWholeConnectionText) {
-  const prova::BaseDati base("sqlite", "");
+/// A connection to a database of each kind.
+class Connecting : public testing::TestWithParam<const char*> {};
+class ConnectingToAServer : public Connecting {};
+class Closing : public Connecting {};
+class TransactionGuard : public Connecting {};
+
+INSTANTIATE_TEST_SUITE_P(Databases, Connecting, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, ConnectingToAServer, testing::ValuesIn(test::databaseServers()),
+                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, Closing, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, TransactionGuard, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+
+TEST_P(Connecting, UsesTheWholeConnectionText) {
+  const prova::BaseDati base(GetParam(), "");
   ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
-  parametri.UserId = "ada";
-  parametri.Password = "Segr3to";
+  if (parametri.UserId.empty()) {
+    parametri.UserId = "ada";
+    parametri.Password = "Segr3to";
+  }
   const auto connection = ApriConnessione(parametri);
   EXPECT_EQ(connection->ConnectionString,
             "Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30"
-            ";Password=Segr3to;User ID=ada;Data Source=" +
-                parametri.DataSource);
+            ";Password=" +
+                parametri.Password + ";User ID=" + parametri.UserId + ";Data Source=" + parametri.DataSource);
   EXPECT_EQ(connection->CursorLocation, ado::CursorLocation::Client);
   EXPECT_EQ(connection->State(), ado::State::Open);
 }
 
-TEST(Connecting, WithoutAnyOptionFailsWithTheErrorMessage) {
+TEST(ConnectingNowhere, WithoutAnyOptionFailsWithTheErrorMessage) {
   test::OdbcConfiguration::instance();
   const prova::Banco banco;
   stato().ComandoCorrente = "BANCA /CREDITI";
@@ -91,7 +105,7 @@ TEST(Connecting, WithoutAnyOptionFailsWithTheErrorMessage) {
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
-TEST(Connecting, ToAnUnknownSourceNeverShowsThePassword) {
+TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
   test::OdbcConfiguration::instance();
   const prova::Banco banco;
   stato().ComandoCorrente = "BANCA /CREDITI -DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99";
@@ -102,8 +116,8 @@ TEST(Connecting, ToAnUnknownSourceNeverShowsThePassword) {
   EXPECT_THAT(msg.Errore, Not(HasSubstr("Segr3to99")));
 }
 
-TEST(Connecting, WithAWrongPasswordSaysSoWithoutThePassword) {
-  const prova::BaseDati base("postgres", "");
+TEST_P(ConnectingToAServer, WithAWrongPasswordSaysSoWithoutThePassword) {
+  const prova::BaseDati base(GetParam(), "");
   ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
   parametri.Password = "Sbagliata77";
   try {
@@ -115,8 +129,8 @@ TEST(Connecting, WithAWrongPasswordSaysSoWithoutThePassword) {
   }
 }
 
-TEST(Closing, ClosesAnOpenConnectionAndToleratesNoneOrAClosedOne) {
-  const prova::BaseDati base("sqlite", "");
+TEST_P(Closing, ClosesAnOpenConnectionAndToleratesNoneOrAClosedOne) {
+  const prova::BaseDati base(GetParam(), "");
   const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
   ChiudiConnessione(connection.get());
   EXPECT_EQ(connection->State(), ado::State::Closed);
@@ -125,8 +139,8 @@ TEST(Closing, ClosesAnOpenConnectionAndToleratesNoneOrAClosedOne) {
   EXPECT_EQ(connection->State(), ado::State::Closed);
 }
 
-TEST(Closing, ClosesAResultSetOnce) {
-  const prova::BaseDati base("sqlite", "");
+TEST_P(Closing, ClosesAResultSetOnce) {
+  const prova::BaseDati base(GetParam(), "");
   const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
   ado::Command comando = CreaComando(*connection, "SELECT CODICEAZIENDA FROM AZIENDELINEE");
   EXPECT_EQ(comando.CommandType, ado::CommandType::Text);
@@ -148,8 +162,8 @@ TEST(ErrorText, ShowsTheSourceOfAFailureWithoutDescription) {
             "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
 }
 
-TEST(Transaction, IsUndoneUnlessConfirmed) {
-  const prova::BaseDati base("sqlite", "INSERT INTO AZIENDELINEE VALUES (1,'001',' ',' ');");
+TEST_P(TransactionGuard, IsUndoneUnlessConfirmed) {
+  const prova::BaseDati base(GetParam(), "INSERT INTO AZIENDELINEE VALUES (1,'001',' ',' ');");
   const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
   {
     const Transazione transazione(*connection);

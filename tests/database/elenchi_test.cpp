@@ -59,9 +59,9 @@ F Con(std::initializer_list<std::pair<std::string F::*, const char*>> valori) {
   return filtro;
 }
 
-class Lists : public testing::Test {
+class Lists : public testing::TestWithParam<const char*> {
  protected:
-  explicit Lists(const char* genere) : base(genere, prova::DatiDiProva() + Rate()) { base.Apri(connection); }
+  Lists() { base.Apri(connection); }
 
   /// The instalments that `filtro` lists, in the order of their texts, for the database promises none.
   std::vector<std::string> Elenco(const FiltroScadenze& filtro) {
@@ -93,33 +93,26 @@ class Lists : public testing::Test {
     return sql.substr(inizio.size(), sql.size() - inizio.size() - fine.size());
   }
 
-  prova::BaseDati base;
+  prova::BaseDati base{GetParam(), prova::DatiDiProva() + Rate()};
   ado::Connection connection;
   prova::Banco banco;
 };
 
-class ListStatement : public Lists {
- protected:
-  ListStatement() : Lists("sqlite") {}
-};
+class ListStatement : public Lists {};
+class ListRows : public Lists {};
 
-class ListRows : public Lists, public testing::WithParamInterface<const char*> {
- protected:
-  ListRows() : Lists(GetParam()) {}
-};
+INSTANTIATE_TEST_SUITE_P(Databases, ListStatement, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, ListRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-INSTANTIATE_TEST_SUITE_P(Databases, ListRows, testing::Values("sqlite", "postgres"),
-                         [](const auto& caso) { return std::string(caso.param); });
-
-TEST_F(ListStatement, HoldsTheFixedConditionsAloneWithoutFilters) {
+TEST_P(ListStatement, HoldsTheFixedConditionsAloneWithoutFilters) {
   EXPECT_EQ(Condizioni({}), sempre);
 }
 
-TEST_F(ListStatement, TakesBlankFiltersForNone) {
+TEST_P(ListStatement, TakesBlankFiltersForNone) {
   EXPECT_EQ(Condizioni({" ", " ", "  ", " ", " ", "  ", " "}), sempre);
 }
 
-TEST_F(ListStatement, PutsAccountAndItemBeforeTheFixedConditions) {
+TEST_P(ListStatement, PutsAccountAndItemBeforeTheFixedConditions) {
   FiltroScadenze filtro;
   filtro.parConto = "C01";
   EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = 'C01' " + sempre);
@@ -128,7 +121,7 @@ TEST_F(ListStatement, PutsAccountAndItemBeforeTheFixedConditions) {
             "AND CONTO.CODICECONTO = 'C01' AND PARTITACONTABILE.NUMEROPARTITA='2006   1' " + sempre);
 }
 
-TEST_F(ListStatement, PutsFilterTextsBetweenQuotesAsGiven) {
+TEST_P(ListStatement, PutsFilterTextsBetweenQuotesAsGiven) {
   FiltroScadenze filtro;
   filtro.parConto = " C01 ";
   EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = ' C01 ' " + sempre);
@@ -136,38 +129,38 @@ TEST_F(ListStatement, PutsFilterTextsBetweenQuotesAsGiven) {
   EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = 'D' OR 'A'='A' " + sempre);
 }
 
-TEST_F(ListStatement, SelectsTheAccountClassesOfTheMode) {
+TEST_P(ListStatement, SelectsTheAccountClassesOfTheMode) {
   EXPECT_EQ(Condizioni(Con({{&F::parModalita, "CREDITI"}})),
             sempre + "AND ((CONTO.TIPOLOGIACONTO='01') OR (CONTO.TIPOLOGIACONTO='02')) ");
   EXPECT_EQ(Condizioni(Con({{&F::parModalita, "DEBITI"}})),
             sempre + "AND ((CONTO.TIPOLOGIACONTO='03') OR (CONTO.TIPOLOGIACONTO='04')) ");
 }
 
-TEST_F(ListStatement, SelectsEveryClassInAnyOtherMode) {
+TEST_P(ListStatement, SelectsEveryClassInAnyOtherMode) {
   for (const char* modalita : {"crediti", "PRESUNTI", "TUTTI"}) {
     EXPECT_EQ(Condizioni(Con({{&F::parModalita, modalita}})), sempre) << modalita;
   }
 }
 
-TEST_F(ListStatement, SelectsTheInternalCode) {
+TEST_P(ListStatement, SelectsTheInternalCode) {
   EXPECT_EQ(Condizioni(Con({{&F::parCodiceInterno, "INT1"}})), sempre + "AND CONTO.CODICEINTERNO = 'INT1' ");
 }
 
-TEST_F(ListStatement, ComparesDueDatesWithTodaysDate) {
+TEST_P(ListStatement, ComparesDueDatesWithTodaysDate) {
   EXPECT_EQ(Condizioni(Con({{&F::parScad, "SCADUTO"}})), sempre + "AND EVENTOCONTABILE.DATASCADENZA < '2006-03-05' ");
   EXPECT_EQ(Condizioni(Con({{&F::parScad, "DASCADERE"}})),
             sempre + "AND EVENTOCONTABILE.DATASCADENZA >= '2006-03-05' ");
   EXPECT_EQ(Condizioni(Con({{&F::parScad, "TUTTO"}})), sempre);
 }
 
-TEST_F(ListStatement, SelectsByThePresenceOfABank) {
+TEST_P(ListStatement, SelectsByThePresenceOfABank) {
   EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "N"}})), sempre + "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL ");
   EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "S"}})),
             sempre + "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NOT NULL ");
   EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "T"}})), sempre);
 }
 
-TEST_F(ListStatement, SelectsWholeMonths) {
+TEST_P(ListStatement, SelectsWholeMonths) {
   EXPECT_EQ(Condizioni(Con({{&F::parMesiScadenze, "022007,032007"}})),
             sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='2007-02-01' AND EVENTOCONTABILE.DATASCADENZA "
                      "<='2007-02-28') OR (EVENTOCONTABILE.DATASCADENZA >='2007-03-01' AND "
@@ -177,12 +170,12 @@ TEST_F(ListStatement, SelectsWholeMonths) {
                      "<='2004-02-29') ) ");
 }
 
-TEST_F(ListStatement, SplitsMonthsByPositionOnly) {
+TEST_P(ListStatement, SplitsMonthsByPositionOnly) {
   EXPECT_EQ(Condizioni(Con({{&F::parMesiScadenze, "5"}})),
             sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='-5-01' AND EVENTOCONTABILE.DATASCADENZA <='-5-31') ) ");
 }
 
-TEST_F(ListStatement, HoldsAllFiltersInTheirOrder) {
+TEST_P(ListStatement, HoldsAllFiltersInTheirOrder) {
   const FiltroScadenze filtro{"DEBITI", "SCADUTO", "042006", "S", "F03", "2006   3", "INT3"};
   EXPECT_EQ(Condizioni(filtro),
             "AND CONTO.CODICECONTO = 'F03' AND PARTITACONTABILE.NUMEROPARTITA='2006   3' " + sempre +
@@ -192,7 +185,7 @@ TEST_F(ListStatement, HoldsAllFiltersInTheirOrder) {
                 "<='2006-04-30') ) ");
 }
 
-TEST_F(ListStatement, OfTheBanksIsSentAsItIs) {
+TEST_P(ListStatement, OfTheBanksIsSentAsItIs) {
   MsgAnnulla msg;
   static_cast<void>(ElencoBanche(connection, msg));
   EXPECT_THAT(banco.istruzioni,

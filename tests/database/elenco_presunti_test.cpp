@@ -34,9 +34,9 @@ FiltroPresunti Clienti() {
   return filtro;
 }
 
-class PresumedList : public testing::Test {
+class PresumedList : public testing::TestWithParam<const char*> {
  protected:
-  explicit PresumedList(const char* genere) : base(genere, prova::DatiPresunti()) { base.Apri(connection); }
+  PresumedList() { base.Apri(connection); }
 
   /// The rows that `filtro` lists, in the order of their texts, for the database promises none.
   std::vector<std::string> Elenco(const FiltroPresunti& filtro) {
@@ -73,49 +73,45 @@ class PresumedList : public testing::Test {
     return sql.substr(inizio.size(), sql.size() - inizio.size() - fine.size());
   }
 
-  prova::BaseDati base;
+  prova::BaseDati base{GetParam(), prova::DatiPresunti()};
   ado::Connection connection;
   prova::Banco banco;
   MsgAnnulla msg;
 };
 
-class PresumedStatement : public PresumedList {
- protected:
-  PresumedStatement() : PresumedList("sqlite") {}
-};
+class PresumedStatement : public PresumedList {};
+class PresumedRows : public PresumedList {};
 
-class PresumedRows : public PresumedList, public testing::WithParamInterface<const char*> {
- protected:
-  PresumedRows() : PresumedList(GetParam()) {}
-};
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedStatement, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-TEST_F(PresumedStatement, WithoutFiltersOnlyTheKindOfOperationIsAsked) {
+TEST_P(PresumedStatement, WithoutFiltersOnlyTheKindOfOperationIsAsked) {
   EXPECT_EQ(Condizioni(Clienti()), "V" + sempre);
 }
 
-TEST_F(PresumedStatement, AnEmptyKindOfOperationIsAskedAllTheSame) {
+TEST_P(PresumedStatement, AnEmptyKindOfOperationIsAskedAllTheSame) {
   EXPECT_EQ(Condizioni({}), sempre);
 }
 
-TEST_F(PresumedStatement, BlankFiltersAddNothing) {
+TEST_P(PresumedStatement, BlankFiltersAddNothing) {
   FiltroPresunti filtro = Clienti();
   filtro.parConto = filtro.parSerie = filtro.parScad = filtro.parBancaSN = " ";
   EXPECT_EQ(Condizioni(filtro), "V" + sempre);
 }
 
-TEST_F(PresumedStatement, TheReferenceDateHasNoEffect) {
+TEST_P(PresumedStatement, TheReferenceDateHasNoEffect) {
   FiltroPresunti filtro = Clienti();
   filtro.parData = "05/03/2006";
   EXPECT_EQ(Condizioni(filtro), "V" + sempre);
 }
 
-TEST_F(PresumedStatement, AnAccountIsPutBetweenQuotesAsGiven) {
+TEST_P(PresumedStatement, AnAccountIsPutBetweenQuotesAsGiven) {
   FiltroPresunti filtro = Clienti();
   filtro.parConto = "C01";
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND CONTO.CODICECONTO = 'C01' ");
 }
 
-TEST_F(PresumedStatement, ADocumentIsFoundByItsNumberAndYearTogether) {
+TEST_P(PresumedStatement, ADocumentIsFoundByItsNumberAndYearTogether) {
   FiltroPresunti filtro = Clienti();
   filtro.parSerie = "AB";
   filtro.parNumero = "123";
@@ -127,7 +123,7 @@ TEST_F(PresumedStatement, ADocumentIsFoundByItsNumberAndYearTogether) {
                           EndsWith(fine)));
 }
 
-TEST_F(PresumedStatement, ADocumentThatDoesNotExistFailsTheList) {
+TEST_P(PresumedStatement, ADocumentThatDoesNotExistFailsTheList) {
   FiltroPresunti filtro = Clienti();
   filtro.parSerie = "AB";
   filtro.parNumero = "999";
@@ -136,7 +132,7 @@ TEST_F(PresumedStatement, ADocumentThatDoesNotExistFailsTheList) {
   EXPECT_EQ(msg.Errore, "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
 }
 
-TEST_F(PresumedStatement, OverdueAndNotYetDueCompareTheDeliveryDateWithToday) {
+TEST_P(PresumedStatement, OverdueAndNotYetDueCompareTheDeliveryDateWithToday) {
   FiltroPresunti filtro = Clienti();
   filtro.parScad = "SCADUTO";
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (EVE.DATACONSEGNA < '2006-03-05') ");
@@ -146,7 +142,7 @@ TEST_F(PresumedStatement, OverdueAndNotYetDueCompareTheDeliveryDateWithToday) {
   EXPECT_EQ(Condizioni(filtro), "V" + sempre);
 }
 
-TEST_F(PresumedStatement, TheBankSelectionAsksForAPresentOrAMissingBank) {
+TEST_P(PresumedStatement, TheBankSelectionAsksForAPresentOrAMissingBank) {
   FiltroPresunti filtro = Clienti();
   filtro.parBancaSN = "N";
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND EVE.BANCAPRESENTAZIONE_KEY IS NULL ");
@@ -154,13 +150,13 @@ TEST_F(PresumedStatement, TheBankSelectionAsksForAPresentOrAMissingBank) {
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL ");
 }
 
-TEST_F(PresumedStatement, OneExcludedSeriesExcludesNothing) {
+TEST_P(PresumedStatement, OneExcludedSeriesExcludesNothing) {
   FiltroPresunti filtro = Clienti();
   filtro.parSerieEscluse = {"A"};
   EXPECT_EQ(Condizioni(filtro), "V" + sempre);
 }
 
-TEST_F(PresumedStatement, TwoOrMoreSeriesAreExcluded) {
+TEST_P(PresumedStatement, TwoOrMoreSeriesAreExcluded) {
   FiltroPresunti filtro = Clienti();
   filtro.parSerieEscluse = {"A", "B"};
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (MOV.SERIE != 'A' AND MOV.SERIE != 'B' ) ");
@@ -168,7 +164,7 @@ TEST_F(PresumedStatement, TwoOrMoreSeriesAreExcluded) {
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (MOV.SERIE != 'A' AND MOV.SERIE != '' AND MOV.SERIE != 'A' ) ");
 }
 
-TEST_F(PresumedStatement, AllConditionsKeepTheirOrder) {
+TEST_P(PresumedStatement, AllConditionsKeepTheirOrder) {
   FiltroPresunti filtro{"V", "SCADUTO", "S", "C01", "AB", "123", "06", "", {"X", "Y"}};
   EXPECT_EQ(Condizioni(filtro),
             "V" + sempre +
@@ -177,7 +173,7 @@ TEST_F(PresumedStatement, AllConditionsKeepTheirOrder) {
                 "MOV.SERIE != 'Y' ) ");
 }
 
-TEST_F(PresumedStatement, AQuoteInAFilterIsNotDoubledAndTheFailureIsRecorded) {
+TEST_P(PresumedStatement, AQuoteInAFilterIsNotDoubledAndTheFailureIsRecorded) {
   FiltroPresunti filtro = Clienti();
   filtro.parConto = "D'ORO";
   EXPECT_FALSE(ElencoPresunti(connection, 1, filtro, msg).has_value());
@@ -218,8 +214,6 @@ TEST_P(PresumedRows, FiltersSelectDocuments) {
   filtro.parSerieEscluse = {"AB"};
   EXPECT_THAT(Documenti(filtro), ElementsAre("AB12306", "AB12406", "CD506", "EF06"));
 }
-
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedRows, testing::Values("sqlite", "postgres"));
 
 } // namespace
 } // namespace lumoscad::procedureLumoDB2

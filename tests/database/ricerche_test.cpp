@@ -38,8 +38,7 @@ class KeySearch : public testing::TestWithParam<const char*> {
   prova::Banco banco;
 };
 
-INSTANTIATE_TEST_SUITE_P(Databases, KeySearch, testing::Values("sqlite", "postgres"),
-                         [](const auto& caso) { return std::string(caso.param); });
+INSTANTIATE_TEST_SUITE_P(Databases, KeySearch, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 TEST_P(KeySearch, FindsACompanyLineByItsThreeCodes) {
   EXPECT_EQ(CercaAziendaLinea(connection, "002", " ", " "), 2);
@@ -84,7 +83,7 @@ TEST_P(KeySearch, FindsAnAccountByItsCode) {
 
 TEST_P(KeySearch, FailsForAnAccountThatIsMissingOrComesTwice) {
   AttendiFallimento([&] { return CercaContoContabile(connection, "Z99"); }, "CONTO CONTABILE INESISTENTE");
-  base.Esegui("DROP INDEX CONTO_CODICE");
+  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'B07','BANCA DOPPIA','07',NULL,'N')");
   AttendiFallimento([&] { return CercaContoContabile(connection, "B07"); }, "CONTO CONTABILE INESISTENTE");
 }

@@ -7,9 +7,11 @@ using testing::ElementsAre;
 using testing::StartsWith;
 
 class BankScreenLoad : public prova::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenLoad, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 class BankScreenBanks : public prova::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenBanks, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-TEST_F(BankScreenLoad, FillsTheTextsOfARow) {
+TEST_P(BankScreenLoad, FillsTheTextsOfARow) {
   static_cast<void>(Mostra([this] {
     EXPECT_THAT(Testi(Riga("04/03/2006")),
                 ElementsAre("ROSSI SRL", "2006   1", "04/03/2006", "31/01/2006", "BANCA BETA", "1.234,50", "",
@@ -17,7 +19,7 @@ TEST_F(BankScreenLoad, FillsTheTextsOfARow) {
   }));
 }
 
-TEST_F(BankScreenLoad, KeepsTheCodesInTheTags) {
+TEST_P(BankScreenLoad, KeepsTheCodesInTheTags) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("04/03/2006");
     EXPECT_EQ(righe.Tag(riga, Schermata::Conto), "C01");
@@ -30,7 +32,7 @@ TEST_F(BankScreenLoad, KeepsTheCodesInTheTags) {
   }));
 }
 
-TEST_F(BankScreenLoad, SkipsInstalmentsThatSumUpToZero) {
+TEST_P(BankScreenLoad, SkipsInstalmentsThatSumUpToZero) {
   static_cast<void>(Mostra([this] {
     EXPECT_EQ(righe.Quante(), 4U);
     for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
@@ -40,18 +42,18 @@ TEST_F(BankScreenLoad, SkipsInstalmentsThatSumUpToZero) {
   }));
 }
 
-TEST_F(BankScreenLoad, SkipsAnAmountThatRoundsToZero) {
+TEST_P(BankScreenLoad, SkipsAnAmountThatRoundsToZero) {
   base.Esegui("UPDATE EVENTOCONTABILE SET IMPORTOEURO=0.004 WHERE EVENTOCONTABILEKEY=2");
   static_cast<void>(Mostra([this] { EXPECT_EQ(righe.Quante(), 3U); }));
 }
 
-TEST_F(BankScreenLoad, ListsNullDatesAndANullAmountAsEmptyCells) {
+TEST_P(BankScreenLoad, ListsNullDatesAndANullAmountAsEmptyCells) {
   static_cast<void>(Mostra([this] {
     EXPECT_THAT(Testi(Riga("")), ElementsAre("BIANCHI", "2006   2", "", "", "", "", "", "", "4", "", "", ""));
   }));
 }
 
-TEST_F(BankScreenLoad, ShowsANullBankAsEmptyTextAndTag) {
+TEST_P(BankScreenLoad, ShowsANullBankAsEmptyTextAndTag) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("05/03/2006");
     EXPECT_EQ(righe.Testo(riga, Schermata::Banca), "");
@@ -60,19 +62,19 @@ TEST_F(BankScreenLoad, ShowsANullBankAsEmptyTextAndTag) {
   }));
 }
 
-TEST_F(BankScreenLoad, NeverTrimsTheTextsOfTheDatabase) {
+TEST_P(BankScreenLoad, NeverTrimsTheTextsOfTheDatabase) {
   base.Esegui("UPDATE CONTOCONTABILE SET DESCRIZIONEVOCE=' ROSSI SRL  ' WHERE CODICECONTO='C01'");
   static_cast<void>(Mostra([this] { EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::Conto), " ROSSI SRL  "); }));
 }
 
-TEST_F(BankScreenLoad, GivesEachRowItsItemKey) {
+TEST_P(BankScreenLoad, GivesEachRowItsItemKey) {
   static_cast<void>(Mostra([this] {
     EXPECT_EQ(schermata.ChiaveElemento(Riga("04/03/2006")), "K_C01_2006   1_04/03/2006131/01/2006_B06");
     EXPECT_EQ(schermata.ChiaveElemento(Riga("")), "K_C02_2006   2_4_");
   }));
 }
 
-TEST_F(BankScreenLoad, KeepsInstalmentsOfOneItemAndDateApart) {
+TEST_P(BankScreenLoad, KeepsInstalmentsOfOneItemAndDateApart) {
   base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-03-04', BANCAPRESENTAZIONE_KEY=106, NUMERORATA=1 "
               "WHERE EVENTOCONTABILEKEY=3");
   base.Esegui(prova::Rata("8,1,301,201,101,'C','N','2006-03-04','2006-04-01',2,106,7"));
@@ -89,12 +91,12 @@ TEST_F(BankScreenLoad, KeepsInstalmentsOfOneItemAndDateApart) {
   }));
 }
 
-TEST_F(BankScreenLoad, LetsEventsRunOnceARecord) {
+TEST_P(BankScreenLoad, LetsEventsRunOnceARecord) {
   static_cast<void>(Mostra());
   EXPECT_EQ(banco.desktop.respiri, 5U); // four rows and the one skipped
 }
 
-TEST_F(BankScreenLoad, LeavesTheHeaderOfCustomerAndItemBlank) {
+TEST_P(BankScreenLoad, LeavesTheHeaderOfCustomerAndItemBlank) {
   static_cast<void>(Mostra([this] {
     std::vector<std::string> nomi;
     for (const EtichettaElenco& etichetta : finestra->etichette) {
@@ -108,7 +110,7 @@ TEST_F(BankScreenLoad, LeavesTheHeaderOfCustomerAndItemBlank) {
   }));
 }
 
-TEST_F(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
+TEST_P(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
   base.Esegui("DELETE FROM AZIENDELINEE");
   bool mostrata = false;
   EXPECT_EQ(Fallimento([&] {
@@ -120,28 +122,32 @@ TEST_F(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
   EXPECT_TRUE(mostrata);
 }
 
-TEST_F(BankScreenLoad, KeepsTheRowsReadBeforeAFailure) {
+/// Only SQLite keeps a text that is no date in a column of dates.
+class BankScreenOddDate : public prova::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenOddDate, testing::Values("sqlite"), prova::NomeDelGenere);
+
+TEST_P(BankScreenOddDate, KeepsTheRowsReadBeforeIt) {
   base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZAORIGINALE='domani' WHERE EVENTOCONTABILEKEY=2");
   std::size_t quante = 99;
   EXPECT_THAT(Fallimento([&] { quante = righe.Quante(); }), StartsWith("ERRORE: "));
   EXPECT_EQ(quante, 3U); // the fourth is the one that cannot be read
 }
 
-TEST_F(BankScreenLoad, RaisesAFailureOfTheConnectionOnceTheScreenHasClosed) {
+TEST_P(BankScreenLoad, RaisesAFailureOfTheConnectionOnceTheScreenHasClosed) {
   stato().ComandoCorrente = "BANCA /CREDITI";
   EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->banche, std::vector<std::string>{" "}); }),
               StartsWith("ERRORE: -"));
   EXPECT_EQ(banco.desktop.finestre, 1U);
 }
 
-TEST_F(BankScreenLoad, RaisesAFailureOfTheStatement) {
+TEST_P(BankScreenLoad, RaisesAFailureOfTheStatement) {
   procedureLumoDB2::FiltroScadenze filtro;
   filtro.parConto = "D'ARCO";
   EXPECT_THROW(static_cast<void>(Mostra({}, filtro)), ErroreRuntime);
   EXPECT_EQ(banco.desktop.finestre, 1U);
 }
 
-TEST_F(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
+TEST_P(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
   static_cast<void>(Mostra([this] {
     EXPECT_THAT(finestra->banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
     EXPECT_EQ(finestra->bancheCella, finestra->banche);
@@ -149,8 +155,8 @@ TEST_F(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
   }));
 }
 
-TEST_F(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
-  base.Esegui("DROP INDEX CONTO_CODICE");
+TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
+  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'b07','BANCA BIS','06',NULL,'N')");
   std::vector<std::string> voci;
   std::size_t quante = 0;
@@ -163,7 +169,7 @@ TEST_F(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
   EXPECT_EQ(quante, 4U);
 }
 
-TEST_F(BankScreenBanks, GiveTheirCodeWhenChosenInPlace) {
+TEST_P(BankScreenBanks, GiveTheirCodeWhenChosenInPlace) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("05/03/2006");
     ScegliBanca(riga, 2);
@@ -173,7 +179,7 @@ TEST_F(BankScreenBanks, GiveTheirCodeWhenChosenInPlace) {
   }));
 }
 
-TEST_F(BankScreenBanks, AreRemovedByTheBlankEntryOnARowThatHasOne) {
+TEST_P(BankScreenBanks, AreRemovedByTheBlankEntryOnARowThatHasOne) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("04/03/2006");
     ScegliBanca(riga, 0);
@@ -181,7 +187,7 @@ TEST_F(BankScreenBanks, AreRemovedByTheBlankEntryOnARowThatHasOne) {
   }));
 }
 
-TEST_F(BankScreenBanks, StayNoneByTheBlankEntryOnARowWithout) {
+TEST_P(BankScreenBanks, StayNoneByTheBlankEntryOnARowWithout) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("05/03/2006");
     ScegliBanca(riga, 0);
@@ -192,7 +198,7 @@ TEST_F(BankScreenBanks, StayNoneByTheBlankEntryOnARowWithout) {
   }));
 }
 
-TEST_F(BankScreenBanks, ThatAreNotOfferedAreRemovedByLeavingTheEditorOnTheBlankEntry) {
+TEST_P(BankScreenBanks, ThatAreNotOfferedAreRemovedByLeavingTheEditorOnTheBlankEntry) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("01/04/2006");
     ASSERT_EQ(righe.Testo(riga, Schermata::Banca), "BANCA CHIUSA");
@@ -203,7 +209,7 @@ TEST_F(BankScreenBanks, ThatAreNotOfferedAreRemovedByLeavingTheEditorOnTheBlankE
   }));
 }
 
-TEST_F(BankScreenBanks, OpenOnTheRowsPresentChoice) {
+TEST_P(BankScreenBanks, OpenOnTheRowsPresentChoice) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("05/03/2006");
     ScegliBanca(riga, 1);
@@ -212,7 +218,7 @@ TEST_F(BankScreenBanks, OpenOnTheRowsPresentChoice) {
   }));
 }
 
-TEST_F(BankScreenBanks, OfTheTopFieldAreCopiedByTheTickAndTakenBackByTheSecondClick) {
+TEST_P(BankScreenBanks, OfTheTopFieldAreCopiedByTheTickAndTakenBackByTheSecondClick) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("04/03/2006");
     finestra->scegliBanca(1);

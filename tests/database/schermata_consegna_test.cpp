@@ -22,8 +22,9 @@ class DeliveryScreen : public prova::SchermataPresunti<FormConsegna> {
     return std::string(righe.Testo(riga, FormConsegna::NuovaConsegna)) + (righe.Spuntata(riga, 0) ? "|x" : "|");
   }
 };
+INSTANTIATE_TEST_SUITE_P(Databases, DeliveryScreen, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-TEST_F(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
+TEST_P(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
   Mostra([this] {
     EXPECT_THAT(Testi(Riga("AB123/06", "USD")),
                 ElementsAre("ROSSI SRL", "AB123/06", "10/04/2006", "USD", "100,50", "80,00", "", "", "2006/04/10"));
@@ -31,7 +32,7 @@ TEST_F(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
   });
 }
 
-TEST_F(DeliveryScreen, DescribesItsWindow) {
+TEST_P(DeliveryScreen, DescribesItsWindow) {
   Mostra([this] {
     EXPECT_EQ(finestra->nome, "FormConsegna");
     EXPECT_EQ(finestra->nomeLista, "LVScadenzePresunti");
@@ -48,7 +49,7 @@ TEST_F(DeliveryScreen, DescribesItsWindow) {
   });
 }
 
-TEST_F(DeliveryScreen, RowsCarryTheCodesThatAChangeNeeds) {
+TEST_P(DeliveryScreen, RowsCarryTheCodesThatAChangeNeeds) {
   Mostra([this] {
     const auto riga = Riga("AB123/06", "EUR", "50,00");
     EXPECT_EQ(righe.Tag(riga, FormConsegna::Conto), "C01");
@@ -59,14 +60,14 @@ TEST_F(DeliveryScreen, RowsCarryTheCodesThatAChangeNeeds) {
   });
 }
 
-TEST_F(DeliveryScreen, ANullFieldShowsAnEmptyCell) {
+TEST_P(DeliveryScreen, ANullFieldShowsAnEmptyCell) {
   Mostra([this] {
     EXPECT_THAT(Testi(Riga("AB124/06")),
                 ElementsAre("BIANCHI", "AB124/06", "", "EUR", "1.234,50", "1.234,50", "", "", ""));
   });
 }
 
-TEST_F(DeliveryScreen, ARowWithNothingInItsCurrencyIsNotListedWhateverItsEuros) {
+TEST_P(DeliveryScreen, ARowWithNothingInItsCurrencyIsNotListedWhateverItsEuros) {
   Mostra([this] {
     EXPECT_THAT(InOrdine(FormConsegna::Divisa), testing::Contains("USD").Times(1))
         << "AB124/06 has 0,00 USD and 5 euro";
@@ -74,7 +75,7 @@ TEST_F(DeliveryScreen, ARowWithNothingInItsCurrencyIsNotListedWhateverItsEuros) 
   });
 }
 
-TEST_F(DeliveryScreen, ANewDateGivesARecordOfItsRow) {
+TEST_P(DeliveryScreen, ANewDateGivesARecordOfItsRow) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("AB123/06", "EUR", "50,00"), "110306");
     finestra->conferma();
@@ -94,7 +95,7 @@ TEST_F(DeliveryScreen, ANewDateGivesARecordOfItsRow) {
   EXPECT_EQ(v.idOrdineKey + v.VecchiaBanca + v.NuovaBanca, "");
 }
 
-TEST_F(DeliveryScreen, TwoRowsOfADocumentGiveTwoRecords) {
+TEST_P(DeliveryScreen, TwoRowsOfADocumentGiveTwoRecords) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("AB123/06", "EUR", "50,00"), "11/3/2006");
     ScriviData(Riga("AB123/06", "USD"), "12/4/06");
@@ -107,7 +108,7 @@ TEST_F(DeliveryScreen, TwoRowsOfADocumentGiveTwoRecords) {
   EXPECT_EQ(variazioni[1].ConsegnaOrigine, "");
 }
 
-TEST_F(DeliveryScreen, ThePlannedDateTypedAgainIsNoChange) {
+TEST_P(DeliveryScreen, ThePlannedDateTypedAgainIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("AB123/06", "USD"), "100406");
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "10/04/2006|");
@@ -116,7 +117,7 @@ TEST_F(DeliveryScreen, ThePlannedDateTypedAgainIsNoChange) {
               IsEmpty());
 }
 
-TEST_F(DeliveryScreen, ADateStillOpenInTheEditorCounts) {
+TEST_P(DeliveryScreen, ADateStillOpenInTheEditorCounts) {
   EXPECT_THAT(Mostra([this] {
                 Clic(Riga("AB123/06", "USD"), FormConsegna::NuovaConsegna);
                 finestra->testoEditor("130406");
@@ -125,7 +126,7 @@ TEST_F(DeliveryScreen, ADateStillOpenInTheEditorCounts) {
               SizeIs(1));
 }
 
-TEST_F(DeliveryScreen, AnEmptiedEditorLeavesTheCellEmpty) {
+TEST_P(DeliveryScreen, AnEmptiedEditorLeavesTheCellEmpty) {
   EXPECT_THAT(Mostra([this] {
                 const auto riga = Riga("AB123/06", "USD");
                 ScriviData(riga, "130406");
@@ -137,7 +138,7 @@ TEST_F(DeliveryScreen, AnEmptiedEditorLeavesTheCellEmpty) {
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
 
-TEST_F(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
+TEST_P(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("AB123/06", "USD"), "310206");
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), " |");
@@ -147,7 +148,7 @@ TEST_F(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
   EXPECT_THAT(banco.desktop.box, ElementsAre(testing::StartsWith("Data errata: ")));
 }
 
-TEST_F(DeliveryScreen, ADocumentWithoutADateReceivesOne) {
+TEST_P(DeliveryScreen, ADocumentWithoutADateReceivesOne) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("AB124/06"), "130406");
     finestra->conferma();
@@ -158,7 +159,7 @@ TEST_F(DeliveryScreen, ADocumentWithoutADateReceivesOne) {
   EXPECT_EQ(variazioni[0].ConsegnaOrigine, "");
 }
 
-TEST_F(DeliveryScreen, ATickGivesTheRowTheTopDateNormalised) {
+TEST_P(DeliveryScreen, ATickGivesTheRowTheTopDateNormalised) {
   Mostra([this] {
     finestra->testoScadenza("1/5/06");
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
@@ -170,7 +171,7 @@ TEST_F(DeliveryScreen, ATickGivesTheRowTheTopDateNormalised) {
   });
 }
 
-TEST_F(DeliveryScreen, ATickWithoutATopDateTicksARowThatDoesNotChange) {
+TEST_P(DeliveryScreen, ATickWithoutATopDateTicksARowThatDoesNotChange) {
   EXPECT_THAT(Mostra([this] {
                 Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "|x");
@@ -179,7 +180,7 @@ TEST_F(DeliveryScreen, ATickWithoutATopDateTicksARowThatDoesNotChange) {
               IsEmpty());
 }
 
-TEST_F(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
+TEST_P(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
   Mostra([this] {
     finestra->testoScadenza("1/5/06");
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
@@ -192,7 +193,7 @@ TEST_F(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
   });
 }
 
-TEST_F(DeliveryScreen, TheEditorLiesOverTheNewDateCell) {
+TEST_P(DeliveryScreen, TheEditorLiesOverTheNewDateCell) {
   Mostra([this] {
     Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
     EXPECT_TRUE(finestra->stato().data.visibile);
@@ -202,7 +203,7 @@ TEST_F(DeliveryScreen, TheEditorLiesOverTheNewDateCell) {
   });
 }
 
-TEST_F(DeliveryScreen, SortsByAccountDocumentAndDateOnly) {
+TEST_P(DeliveryScreen, SortsByAccountDocumentAndDateOnly) {
   Mostra([this] {
     finestra->clicTestata(3);
     const std::vector<std::string> perData = {"", "28/02/2006", "10/03/2006", "10/03/2006", "10/04/2006", "01/01/2007"};
@@ -220,7 +221,7 @@ TEST_F(DeliveryScreen, SortsByAccountDocumentAndDateOnly) {
   });
 }
 
-TEST_F(DeliveryScreen, AnnullaAndTheCloseBoxHandBackNothing) {
+TEST_P(DeliveryScreen, AnnullaAndTheCloseBoxHandBackNothing) {
   for (const bool annulla : {true, false}) {
     EXPECT_THAT(Mostra([&] {
                   ScriviData(Riga("AB123/06", "USD"), "130406");
@@ -231,7 +232,7 @@ TEST_F(DeliveryScreen, AnnullaAndTheCloseBoxHandBackNothing) {
   }
 }
 
-TEST_F(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
+TEST_P(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   filtro.parSerie = "ZZ";
   EXPECT_EQ(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }),
             "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
@@ -244,8 +245,10 @@ class DeliveryScreenNullAmount : public DeliveryScreen {
       : DeliveryScreen(prova::DatiPresunti() +
                        prova::Presunto("31,1,403,101,'N',NULL,NULL,NULL,NULL,'2006-02-27',NULL,NULL")) {}
 };
+INSTANTIATE_TEST_SUITE_P(Databases, DeliveryScreenNullAmount, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
 
-TEST_F(DeliveryScreenNullAmount, ARowOfNullsIsListedWithEmptyCells) {
+TEST_P(DeliveryScreenNullAmount, ARowOfNullsIsListedWithEmptyCells) {
   Mostra([this] {
     EXPECT_THAT(Testi(Riga("CD5/06", "")),
                 ElementsAre("ROSSI SRL", "CD5/06", "27/02/2006", "", "", "", "", "", "2006/02/27"));

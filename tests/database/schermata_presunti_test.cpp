@@ -30,8 +30,9 @@ class PresumedScreen : public prova::SchermataPresunti<FormPresunti> {
             NuovaBanca(Riga("AB123/06", "USD"))};
   }
 };
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreen, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-TEST_F(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
+TEST_P(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
   Mostra([this] {
     EXPECT_THAT(Testi(Riga("AB123/06", "EUR", "50,00")),
                 ElementsAre("ROSSI SRL", "AB123/06", "10/03/06", "EUR", "50,00", "BANCA ALFA", "", "", "2006/03/10"));
@@ -40,7 +41,7 @@ TEST_F(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
   });
 }
 
-TEST_F(PresumedScreen, DescribesItsWindow) {
+TEST_P(PresumedScreen, DescribesItsWindow) {
   Mostra([this] {
     EXPECT_EQ(finestra->nome, "FormPresunti");
     EXPECT_EQ(finestra->nomeLista, "LVPresunti");
@@ -59,7 +60,7 @@ TEST_F(PresumedScreen, DescribesItsWindow) {
   });
 }
 
-TEST_F(PresumedScreen, RowsCarryTheCodesThatAChangeNeeds) {
+TEST_P(PresumedScreen, RowsCarryTheCodesThatAChangeNeeds) {
   Mostra([this] {
     const auto riga = Riga("AB123/06", "USD");
     EXPECT_EQ(righe.Tag(riga, FormPresunti::Conto), "C01");
@@ -70,17 +71,17 @@ TEST_F(PresumedScreen, RowsCarryTheCodesThatAChangeNeeds) {
   });
 }
 
-TEST_F(PresumedScreen, ANullFieldShowsAnEmptyCell) {
+TEST_P(PresumedScreen, ANullFieldShowsAnEmptyCell) {
   Mostra([this] {
     EXPECT_THAT(Testi(Riga("AB124/06")), ElementsAre("BIANCHI", "AB124/06", "", "EUR", "1.234,50", "", "", "", ""));
   });
 }
 
-TEST_F(PresumedScreen, ANumberOfTwoCharactersIsAllYear) {
+TEST_P(PresumedScreen, ANumberOfTwoCharactersIsAllYear) {
   Mostra([this] { EXPECT_EQ(righe.Testo(Riga("EF/06"), FormPresunti::Fatturato), "7,00"); });
 }
 
-TEST_F(PresumedScreen, NothingToInvoiceIsNotListedButOneCentIs) {
+TEST_P(PresumedScreen, NothingToInvoiceIsNotListedButOneCentIs) {
   Mostra([this] {
     EXPECT_EQ(righe.Testo(Riga("CD5/06", "CHF"), FormPresunti::Fatturato), "0,01");
     EXPECT_THAT(InOrdine(FormPresunti::Ordine), testing::Contains("AB124/06").Times(1))
@@ -88,7 +89,7 @@ TEST_F(PresumedScreen, NothingToInvoiceIsNotListedButOneCentIs) {
   });
 }
 
-TEST_F(PresumedScreen, TheMovementIsLookedUpOnceADocument) {
+TEST_P(PresumedScreen, TheMovementIsLookedUpOnceADocument) {
   Mostra();
   const auto ricerche = std::count_if(banco.istruzioni.begin(), banco.istruzioni.end(), [](const std::string& sql) {
     return sql.starts_with("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE");
@@ -96,12 +97,12 @@ TEST_F(PresumedScreen, TheMovementIsLookedUpOnceADocument) {
   EXPECT_EQ(ricerche, 4) << "six rows, four documents";
 }
 
-TEST_F(PresumedScreen, YieldsToTheWindowOnceARow) {
+TEST_P(PresumedScreen, YieldsToTheWindowOnceARow) {
   Mostra();
   EXPECT_GE(banco.desktop.respiri, 7U) << "the skipped row included";
 }
 
-TEST_F(PresumedScreen, ABankChosenForOneRowShowsOnAllRowsOfTheDocument) {
+TEST_P(PresumedScreen, ABankChosenForOneRowShowsOnAllRowsOfTheDocument) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("AB123/06", "EUR", "50,00"), 2);
     EXPECT_THAT(NuoveBanche(), ElementsAre("BANCA BETA|B06|", "BANCA BETA|B06|x", "BANCA BETA|B06|"));
@@ -122,7 +123,7 @@ TEST_F(PresumedScreen, ABankChosenForOneRowShowsOnAllRowsOfTheDocument) {
   EXPECT_EQ(v.Consegna + v.NuovaConsegna + v.ConsegnaOrigine + v.idOrdineKey, "");
 }
 
-TEST_F(PresumedScreen, ARecordIsTakenFromTheFirstChangedRowInTheListsOrder) {
+TEST_P(PresumedScreen, ARecordIsTakenFromTheFirstChangedRowInTheListsOrder) {
   filtro.parNumero = "123";
   filtro.parAnno = "06";
   filtro.parSerie = "AB";
@@ -137,7 +138,7 @@ TEST_F(PresumedScreen, ARecordIsTakenFromTheFirstChangedRowInTheListsOrder) {
   EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
 }
 
-TEST_F(PresumedScreen, TheBlankEntryRemovesTheBank) {
+TEST_P(PresumedScreen, TheBlankEntryRemovesTheBank) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("CD5/06", "CHF"), 0);
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|x");
@@ -148,7 +149,7 @@ TEST_F(PresumedScreen, TheBlankEntryRemovesTheBank) {
   EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
 }
 
-TEST_F(PresumedScreen, RemovingABankThatIsNotThereIsNoChange) {
+TEST_P(PresumedScreen, RemovingABankThatIsNotThereIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScegliBanca(Riga("AB124/06"), 0);
                 EXPECT_EQ(NuovaBanca(Riga("AB124/06")), "ANNULLA|#null#|x");
@@ -157,7 +158,7 @@ TEST_F(PresumedScreen, RemovingABankThatIsNotThereIsNoChange) {
               IsEmpty());
 }
 
-TEST_F(PresumedScreen, TheBankThatTheDocumentHasIsNoChange) {
+TEST_P(PresumedScreen, TheBankThatTheDocumentHasIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScegliBanca(Riga("CD5/06", "CHF"), 1);
                 finestra->conferma();
@@ -165,7 +166,7 @@ TEST_F(PresumedScreen, TheBankThatTheDocumentHasIsNoChange) {
               IsEmpty());
 }
 
-TEST_F(PresumedScreen, ADocumentWithoutBankReceivesOne) {
+TEST_P(PresumedScreen, ADocumentWithoutBankReceivesOne) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("AB124/06"), 1);
     finestra->conferma();
@@ -175,12 +176,12 @@ TEST_F(PresumedScreen, ADocumentWithoutBankReceivesOne) {
   EXPECT_EQ(variazioni[0].NuovaBanca, "B07");
 }
 
-TEST_F(PresumedScreen, ConfirmingWithoutAChangeHandsBackNothing) {
+TEST_P(PresumedScreen, ConfirmingWithoutAChangeHandsBackNothing) {
   EXPECT_THAT(Mostra([this] { finestra->conferma(); }), IsEmpty());
   EXPECT_EQ(schermata.MotivoChiusura(), "");
 }
 
-TEST_F(PresumedScreen, ATickAppliesTheTopBankToTheDocumentAndTicksItsRow) {
+TEST_P(PresumedScreen, ATickAppliesTheTopBankToTheDocumentAndTicksItsRow) {
   Mostra([this] {
     finestra->scegliBanca(2);
     Clic(Riga("AB123/06", "USD"), FormPresunti::Radio);
@@ -188,14 +189,14 @@ TEST_F(PresumedScreen, ATickAppliesTheTopBankToTheDocumentAndTicksItsRow) {
   });
 }
 
-TEST_F(PresumedScreen, ATickWithTheBlankTopBankRemovesTheBank) {
+TEST_P(PresumedScreen, ATickWithTheBlankTopBankRemovesTheBank) {
   Mostra([this] {
     Clic(Riga("CD5/06", "CHF"), FormPresunti::Radio);
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|x");
   });
 }
 
-TEST_F(PresumedScreen, TakingATickOffClearsTheWholeDocument) {
+TEST_P(PresumedScreen, TakingATickOffClearsTheWholeDocument) {
   Mostra([this] {
     ScegliBanca(Riga("AB123/06", "EUR", "50,00"), 2);
     ScegliBanca(Riga("CD5/06", "CHF"), 2);
@@ -206,7 +207,7 @@ TEST_F(PresumedScreen, TakingATickOffClearsTheWholeDocument) {
   });
 }
 
-TEST_F(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
+TEST_P(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
   Mostra([this] {
     Clic(Riga("CD5/06", "CHF"), FormPresunti::Conto);
     finestra->scegliBanca(2);
@@ -219,7 +220,7 @@ TEST_F(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
   });
 }
 
-TEST_F(PresumedScreen, TheEditorOpensOnTheNewBankAndOnTheBlankWithoutOne) {
+TEST_P(PresumedScreen, TheEditorOpensOnTheNewBankAndOnTheBlankWithoutOne) {
   Mostra([this] {
     Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
     EXPECT_EQ(finestra->stato().banca.indice, 0);
@@ -231,7 +232,7 @@ TEST_F(PresumedScreen, TheEditorOpensOnTheNewBankAndOnTheBlankWithoutOne) {
   });
 }
 
-TEST_F(PresumedScreen, ConfermaClosesTheOpenEditorFirst) {
+TEST_P(PresumedScreen, ConfermaClosesTheOpenEditorFirst) {
   EXPECT_THAT(Mostra([this] {
                 Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
                 finestra->scegliBancaCella(2);
@@ -240,7 +241,7 @@ TEST_F(PresumedScreen, ConfermaClosesTheOpenEditorFirst) {
               SizeIs(1));
 }
 
-TEST_F(PresumedScreen, SortsByAccountDocumentDateAndNewBankOnly) {
+TEST_P(PresumedScreen, SortsByAccountDocumentDateAndNewBankOnly) {
   Mostra([this] {
     finestra->clicTestata(2);
     EXPECT_THAT(InOrdine(FormPresunti::Ordine),
@@ -262,7 +263,7 @@ TEST_F(PresumedScreen, SortsByAccountDocumentDateAndNewBankOnly) {
   });
 }
 
-TEST_F(PresumedScreen, TheEditedRowIsFoundAgainAfterSorting) {
+TEST_P(PresumedScreen, TheEditedRowIsFoundAgainAfterSorting) {
   Mostra([this] {
     const auto riga = Riga("CD5/06", "CHF");
     Clic(riga, FormPresunti::NuovaBanca);
@@ -273,7 +274,7 @@ TEST_F(PresumedScreen, TheEditedRowIsFoundAgainAfterSorting) {
   });
 }
 
-TEST_F(PresumedScreen, AnnullaAndTheCloseBoxHandBackNothing) {
+TEST_P(PresumedScreen, AnnullaAndTheCloseBoxHandBackNothing) {
   for (const bool annulla : {true, false}) {
     EXPECT_THAT(Mostra([&] {
                   ScegliBanca(Riga("CD5/06", "CHF"), 2);
@@ -284,7 +285,7 @@ TEST_F(PresumedScreen, AnnullaAndTheCloseBoxHandBackNothing) {
   }
 }
 
-TEST_F(PresumedScreen, TheCloseBoxAfterAnEarlierConfirmationHandsBackNothing) {
+TEST_P(PresumedScreen, TheCloseBoxAfterAnEarlierConfirmationHandsBackNothing) {
   EXPECT_THAT(Mostra([this] {
                 ScegliBanca(Riga("CD5/06", "CHF"), 2);
                 finestra->conferma();
@@ -297,7 +298,7 @@ TEST_F(PresumedScreen, TheCloseBoxAfterAnEarlierConfirmationHandsBackNothing) {
               IsEmpty());
 }
 
-TEST_F(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
+TEST_P(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
   auto& griglia = schermata.griglia();
   griglia.Righe.Aggiungi({"ROSSI", "AB123/06"});
   griglia.Resize();
@@ -309,13 +310,13 @@ TEST_F(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
   EXPECT_TRUE(griglia.Stato().scaricata);
 }
 
-TEST_F(PresumedScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
+TEST_P(PresumedScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   stato().ComandoCorrente = "BANCA /PRESUNTI -DB2SOURCE NESSUNA";
   EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }), testing::StartsWith("ERRORE: "));
   EXPECT_EQ(banco.desktop.finestre, 1U);
 }
 
-TEST_F(PresumedScreen, AnUnknownCompanyIsRaisedAfterTheWindowWasShown) {
+TEST_P(PresumedScreen, AnUnknownCompanyIsRaisedAfterTheWindowWasShown) {
   base.Esegui("DELETE FROM AZIENDELINEE");
   EXPECT_EQ(Fallimento(), "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
   EXPECT_EQ(banco.desktop.finestre, 1U);
@@ -328,8 +329,10 @@ class PresumedScreenTwins : public PresumedScreen {
       : PresumedScreen(prova::DatiPresunti() +
                        "INSERT INTO MOVIMENTOCONTABILE VALUES (409,1,'N','CD','506','2005','V');") {}
 };
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenTwins, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
 
-TEST_F(PresumedScreenTwins, AMovementThatIsNotFoundKeepsTheRowsLoadedSoFar) {
+TEST_P(PresumedScreenTwins, AMovementThatIsNotFoundKeepsTheRowsLoadedSoFar) {
   EXPECT_EQ(Fallimento([this] {
               EXPECT_LT(finestra->righe(), 6U);
               finestra->conferma();
@@ -344,8 +347,10 @@ class PresumedScreenEqualRows : public PresumedScreen {
       : PresumedScreen(prova::DatiPresunti() + prova::Presunto("21,1,403,101,'N',107,0,5,'CHF','2006-02-28',NULL,'X'") +
                        prova::Presunto("22,1,403,101,'N',107,0,5,'CHF','2006-02-28','2006-01-01','X'")) {}
 };
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenEqualRows, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
 
-TEST_F(PresumedScreenEqualRows, RowsWithEqualKeysAreBothListed) {
+TEST_P(PresumedScreenEqualRows, RowsWithEqualKeysAreBothListed) {
   Mostra([this] {
     EXPECT_THAT(InOrdine(FormPresunti::Ordine), testing::Contains("CD5/06").Times(3));
     const auto riga = Riga("CD5/06", "CHF", "5,00");

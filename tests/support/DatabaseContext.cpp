@@ -27,8 +27,6 @@ class SqliteContext final : public DatabaseContext {
     static const Quirks all{.fixedText = FixedText::AsStored,
                             .blanksAtTheEndCount = true,
                             .keepsScale = false,
-                            .twoWriters = false,
-                            .accounts = false,
                             .missingTable = driverFailure,
                             .missingColumn = driverFailure,
                             .syntax = driverFailure,
@@ -131,6 +129,15 @@ class MariaDbContext final : public DatabaseContext {
 
 } // namespace
 
+std::string DatabaseContext::fixedText(std::string text, std::size_t length) const {
+  const FixedText kind = quirks().fixedText;
+  if (kind == FixedText::Trimmed)
+    text.erase(text.find_last_not_of(' ') + 1);
+  if (kind == FixedText::Padded && text.size() < length)
+    text.resize(length, ' ');
+  return text;
+}
+
 void DatabaseContext::dropConnections(const TestDatabase& /*database*/) const {
   throw std::logic_error("no server whose connections could be dropped");
 }
@@ -142,7 +149,7 @@ std::vector<const char*> databaseKinds() {
   return kinds;
 }
 
-std::vector<const char*> databaseKindsWithWriters() {
+std::vector<const char*> databaseServers() {
   std::vector<const char*> kinds = databaseKinds();
   kinds.erase(kinds.begin());
   return kinds;

@@ -3,6 +3,7 @@
 #include "support/MariaDbServer.hpp"
 #include "support/PostgresServer.hpp"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -41,8 +42,6 @@ struct Quirks {
   bool lowersNames = false;         ///< column names come back in lower case
   bool tableNamesByCase = false;    ///< a table is found by its name as it was created alone
   bool rollsBackTables = true;      ///< CREATE TABLE belongs to the transaction
-  bool twoWriters = true;           ///< a row can be changed while another transaction reads its table
-  bool accounts = true;             ///< a connection needs a user and the right password
   int missingTable = 0;             ///< the error numbers, by the driver's SQLSTATE
   int missingColumn = 0;
   int syntax = 0;
@@ -61,6 +60,8 @@ class DatabaseContext {
   /// A new database after the statements of `script`.
   [[nodiscard]] virtual std::unique_ptr<TestDatabase> create(const std::string& script) = 0;
   [[nodiscard]] virtual const Quirks& quirks() const noexcept = 0;
+  /// How `text` comes back that was written into a CHAR column of `length` letters.
+  [[nodiscard]] std::string fixedText(std::string text, std::size_t length) const;
   /// The type of a column that holds a text of any length.
   [[nodiscard]] virtual std::string longText() const { return "TEXT"; }
   /// The text of an expression as a text of any length.
@@ -84,8 +85,9 @@ class DatabaseContext {
 
 /// The kinds of databases to test on: "sqlite", "postgres", "mariadb", and "db2" where the environment names one.
 [[nodiscard]] std::vector<const char*> databaseKinds();
-/// Those of them in which two terminals can write at once.
-[[nodiscard]] std::vector<const char*> databaseKindsWithWriters();
+/// Those of them that are servers: with accounts, and with a row that can be changed while another transaction reads
+/// its table.
+[[nodiscard]] std::vector<const char*> databaseServers();
 
 /// The context of a kind; a server is started on its first use and ends with the process.
 [[nodiscard]] DatabaseContext& databaseContext(std::string_view kind);

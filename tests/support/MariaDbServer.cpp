@@ -27,7 +27,7 @@ constexpr const char* serverUser = "nobody";
 std::vector<std::string> small(std::vector<std::string> words) {
   for (const char* option :
        {"--innodb-buffer-pool-size=16M", "--innodb-log-file-size=8M", "--innodb-flush-method=nosync",
-        "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-file-per-table=0",
+        "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-stats-persistent=0", 
         "--innodb-fast-shutdown=2", "--sync-frm=0", "--key-buffer-size=256K", "--aria-pagecache-buffer-size=1M",
         "--skip-name-resolve"})
     words.emplace_back(option);
