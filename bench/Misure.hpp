@@ -21,6 +21,9 @@ inline double Mediana(std::vector<double> tempi) {
 
 /// The load of the schedule screen against a bare fetch of the same query; false when it missed its target.
 [[nodiscard]] bool Carico();
+/// The load of the presumed-documents screen against a bare program that sends the same statements; false when it
+/// missed its target.
+[[nodiscard]] bool CaricoPresunti();
 /// The sort of the grid against std::stable_sort of the same texts, and the memory of a row.
 void OrdineEMemoria();
 

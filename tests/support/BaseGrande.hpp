@@ -19,9 +19,10 @@ namespace lumoscad::test {
 /// LUMOSCAD_SCHEMA and LUMOSCAD_GENERA, the paths of the schema and of the generator.
 class BaseGrande {
  public:
-  /// Creates the server in `directory` and fills it with `rate` open instalments.
-  BaseGrande(std::filesystem::path directory, long rate) : server_(std::move(directory)) {
-    source_ = server_.createDatabase("grande", read(LUMOSCAD_SCHEMA) + output(rate) + "ANALYZE;");
+  /// Creates the server in `directory` and fills it with `rate` open instalments and, besides the presumed documents
+  /// that are always there, `presunti` rows of customers' ones.
+  BaseGrande(std::filesystem::path directory, long rate, long presunti = 0) : server_(std::move(directory)) {
+    source_ = server_.createDatabase("grande", read(LUMOSCAD_SCHEMA) + output(rate, presunti) + "ANALYZE;");
   }
 
   [[nodiscard]] std::string connectionText() const { return server_.connectionText(source_); }
@@ -49,8 +50,9 @@ class BaseGrande {
     return kept;
   }
 
-  static std::string output(long rate) {
-    const std::string command = "'" LUMOSCAD_GENERA "' 2006-03-05 " + std::to_string(rate);
+  static std::string output(long rate, long presunti) {
+    const std::string command =
+        "'" LUMOSCAD_GENERA "' 2006-03-05 " + std::to_string(rate) + " " + std::to_string(presunti);
     struct Close {
       void operator()(std::FILE* pipe) const { pclose(pipe); }
     };
