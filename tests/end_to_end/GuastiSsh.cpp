@@ -156,6 +156,7 @@ std::string GuastiSsh::Anonimo(std::string testo) const {
   Sostituisci(testo, demo.Ssh().Impronta(), "SHA256:…");
   Sostituisci(testo, " " + demo.Ssh().Utente() + "@", " UTENTE@");
   Sostituisci(testo, "«" + demo.Ssh().Utente() + "»", "«UTENTE»");
+  Sostituisci(testo, "\r\n", " ↵ ");
   Sostituisci(testo, "\r", " ");
   Sostituisci(testo, "\n", " ");
   Sostituisci(testo, "|", "\\|");
