@@ -59,7 +59,16 @@ class GuastiHost : public Guasti {
   }
 };
 
-TEST_F(GuastiHost, WithoutAFaultTheSameGesturesChangeTwoRows) {
+/// The same rules whichever way the host is reached.
+class GuastiPerTrasporto : public Guasti, public testing::WithParamInterface<Trasporto> {
+ protected:
+  GuastiPerTrasporto() : Guasti(GetParam()) {}
+};
+
+INSTANTIATE_TEST_SUITE_P(Trasporti, GuastiPerTrasporto, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+                         [](const auto& caso) { return NomeTrasporto(caso.param); });
+
+TEST_P(GuastiPerTrasporto, WithoutAFaultTheSameGesturesChangeTwoRows) {
   const auto attesa = demo.StatoDopo("UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-04-15' WHERE "
                                      "EVENTOCONTABILEKEY=111;"
                                      "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=1 WHERE "
@@ -71,7 +80,7 @@ TEST_F(GuastiHost, WithoutAFaultTheSameGesturesChangeTwoRows) {
   EXPECT_THAT(Differenze(attesa, demo.Stato()), IsEmpty());
 }
 
-TEST_F(GuastiHost, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
+TEST_P(GuastiPerTrasporto, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   Scrivi(demo.Host() / "conti_bloccati", "20100023\n");
   Conferma();
   VerificaRifiuto(Esegui(), {ErroreRichiesta("Riga 1, campo 1 (CodiceConto): «20100023» è un conto bloccato.")},
@@ -148,7 +157,7 @@ TEST_F(GuastiHost, AHostDirectoryThatIsAFileRefusesTheRequest) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
 }
 
-TEST_F(GuastiHost, AListLockedByAnotherTerminalIsNotShown) {
+TEST_P(GuastiPerTrasporto, AListLockedByAnotherTerminalIsNotShown) {
   const std::string altro = "Utente : T02\r\nData : 05/03/2026   Ora : 13:58\r\n";
   Scrivi(demo.Tmp() / "VBCREDITI", altro);
   Conferma();
@@ -162,7 +171,7 @@ TEST_F(GuastiHost, AListLockedByAnotherTerminalIsNotShown) {
   EXPECT_EQ(Leggi(demo.Tmp() / "VBCREDITI"), altro);
 }
 
-TEST_F(GuastiHost, TheLockOfAFailedCommandBlocksTheNextUntilItIsRemoved) {
+TEST_P(GuastiPerTrasporto, TheLockOfAFailedCommandBlocksTheNextUntilItIsRemoved) {
   Scrivi(demo.Host() / "conti_bloccati", "20100023\n");
   Conferma();
   EXPECT_EQ(Esegui(), "error");
