@@ -1,0 +1,113 @@
+#include "Copione.hpp"
+
+#include "common/Testo.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
+namespace lumoscad::prova {
+namespace {
+
+std::optional<std::size_t> CercaRiga(const FinestraElenco& finestra, const std::string& quale) {
+  const std::size_t righe = finestra.righe();
+  if (!quale.starts_with("=")) {
+    return righe == 0 ? std::nullopt : std::optional(std::stoul(quale) % righe);
+  }
+  const int colonne = static_cast<int>(finestra.colonne.size());
+  for (std::size_t riga = 0; riga < righe; ++riga) {
+    for (int colonna = 0; colonna < colonne; ++colonna) {
+      if (finestra.testo(riga, colonna) == std::string_view(quale).substr(1)) {
+        return riga;
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+/// Clicks the cell of the editable column of a kind.
+void Clicca(const FinestraElenco& finestra, std::size_t riga, ColonnaElenco::Genere genere) {
+  int x = 1;
+  const auto fine = std::find_if(finestra.colonne.begin(), finestra.colonne.end(),
+                                 [&](const ColonnaElenco& colonna) { return colonna.genere == genere; });
+  if (fine == finestra.colonne.end()) {
+    throw std::invalid_argument("the list has no such editor");
+  }
+  for (auto colonna = finestra.colonne.begin(); colonna != fine; ++colonna) {
+    x += colonna->larghezza;
+  }
+  finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
+  finestra.premeMouse(x, 1);
+  finestra.clic(0);
+}
+
+void Modifica(const FinestraElenco& finestra, const std::vector<std::string>& gesto) {
+  constexpr int TastoInvio = 13;
+  const auto riga = CercaRiga(finestra, gesto.at(1));
+  if (!riga) {
+    return;
+  }
+  if (gesto[0] == "data") {
+    Clicca(finestra, *riga, ColonnaElenco::Genere::EditorData);
+    finestra.testoEditor(gesto.at(2));
+    finestra.tastoEditor(TastoInvio);
+  } else {
+    Clicca(finestra, *riga, ColonnaElenco::Genere::EditorBanca);
+    finestra.scegliBancaCella(std::stoi(gesto.at(2)) % static_cast<int>(finestra.bancheCella.size()));
+    finestra.perdeFuocoBancaCella();
+  }
+}
+
+/// The person leaves the list open until somebody says to go on.
+void Aspetta(const std::string& file) {
+  std::ofstream(file + ".qui") << "";
+  const auto termine = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!std::filesystem::exists(file)) {
+    if (std::chrono::steady_clock::now() > termine) {
+      throw std::runtime_error("nobody said to go on");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+} // namespace
+
+void DesktopACopione::MostraBox(std::string_view testo, std::string_view) {
+  box.emplace_back(testo);
+}
+
+void DesktopACopione::ImpostaPuntatore(Puntatore) {}
+
+void DesktopACopione::EventiInAttesa() {}
+
+void DesktopACopione::MostraElenco(FinestraElenco& finestra) {
+  for (const std::string& testo : Dividi(gesti, ';')) {
+    const auto gesto = Dividi(testo, ':');
+    if (gesto[0] == "conferma") {
+      finestra.conferma();
+    } else if (gesto[0] == "annulla") {
+      finestra.annulla();
+    } else if (gesto[0] == "aspetta") {
+      Aspetta(gesto.at(1));
+    } else if (gesto[0] == "data" || gesto[0] == "banca") {
+      Modifica(finestra, gesto);
+    }
+  }
+  if (!finestra.stato().scaricata) {
+    finestra.chiudi();
+  }
+}
+
+void DesktopACopione::MostraScadenzario(FinestraScadenzario& finestra) {
+  finestra.elenco.chiudi();
+}
+
+void DesktopACopione::MostraAttesa(std::string_view, int, const std::function<void()>& lavoro) {
+  lavoro();
+}
+
+} // namespace lumoscad::prova

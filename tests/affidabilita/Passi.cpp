@@ -1,0 +1,184 @@
+#include "Passi.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+namespace lumoscad::prova::passi {
+namespace {
+
+struct Contatore {
+  long passo = 0;
+  long morte = 0;
+  int elenco = -1;
+  bool attivo = false;
+  std::string cartella;
+  std::string istruzione; ///< announced and not yet sent
+  std::string inCorso;    ///< being sent; empty outside a statement
+  std::string operazione; ///< of the host link; empty outside one
+};
+
+Contatore& Il() {
+  static Contatore contatore;
+  return contatore;
+}
+
+/// The verb of a statement and the table that it is about.
+std::string Nome(std::string_view testo) {
+  const auto parola = [](std::string_view resto) { return std::string(resto.substr(0, resto.find_first_of(" ,)"))); };
+  const std::string verbo = parola(testo);
+  if (testo.find("pg_backend") != std::string_view::npos) {
+    return verbo + " of the server's session";
+  }
+  for (const std::string_view prima : {" FROM ", "UPDATE "}) {
+    if (const auto posto = testo.find(prima); posto != std::string_view::npos) {
+      return verbo + " " + parola(testo.substr(posto + prima.size()));
+    }
+  }
+  return verbo;
+}
+
+} // namespace
+
+void Conta(const std::string& elenco, long morte, const std::string& cartella) {
+  Contatore& il = Il();
+  il.attivo = true;
+  il.passo = 0;
+  il.morte = morte;
+  il.cartella = cartella + "/";
+  if (!elenco.empty()) {
+    il.elenco = ::open(elenco.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  }
+}
+
+void Punto(std::string_view nome) {
+  Contatore& il = Il();
+  if (!il.attivo) {
+    return;
+  }
+  ++il.passo;
+  if (il.elenco >= 0) {
+    const std::string riga = std::string(nome) + "\n";
+    static_cast<void>(::write(il.elenco, riga.data(), riga.size()) != 0);
+  }
+  if (il.passo == il.morte) {
+    ::kill(::getpid(), SIGKILL);
+  }
+}
+
+void ProssimaIstruzione(std::string_view testo) {
+  Il().istruzione = Nome(testo);
+}
+
+void OperazioneHost(std::string_view nome) {
+  Il().operazione = nome;
+}
+
+namespace {
+
+template <typename Funzione> Funzione* Vera(const char* nome) {
+  return reinterpret_cast<Funzione*>(::dlsym(RTLD_NEXT, nome));
+}
+
+/// Runs a call to the database as the steps before it, after each message to the server, and after its answer.
+template <typename Chiamata> short Istruzione(const std::string& nome, Chiamata chiamata) {
+  Punto(nome + ": before");
+  Il().inCorso = nome;
+  const short esito = chiamata();
+  Il().inCorso.clear();
+  Punto(nome + ": answered");
+  return esito;
+}
+
+bool Locale(const char* percorso) {
+  const Contatore& il = Il();
+  return il.attivo && il.operazione.empty() && std::string_view(percorso).starts_with(il.cartella);
+}
+
+/// The lock's local copy keeps the lock's name; a request's file begins with the workstation's.
+std::string NomeLocale(const char* percorso) {
+  const std::string_view nome = std::string_view(percorso).substr(Il().cartella.size());
+  return nome.starts_with("VB") ? "local copy of the lock" : "local request file";
+}
+
+} // namespace
+} // namespace lumoscad::prova::passi
+
+namespace passi = lumoscad::prova::passi;
+
+// The stand-ins. Each does what the library's own does.
+
+extern "C" short SQLExecute(void* statement) {
+  static auto* const vera = passi::Vera<short(void*)>("SQLExecute");
+  return passi::Istruzione(passi::Il().istruzione, [&] { return vera(statement); });
+}
+
+extern "C" short SQLExecDirect(void* statement, unsigned char* testo, int lunghezza) {
+  static auto* const vera = passi::Vera<short(void*, unsigned char*, int)>("SQLExecDirect");
+  constexpr int FinoAlloZero = -3;
+  const auto* const caratteri = reinterpret_cast<const char*>(testo);
+  const std::string_view vista = lunghezza == FinoAlloZero
+                                     ? std::string_view(caratteri)
+                                     : std::string_view(caratteri, static_cast<std::size_t>(lunghezza));
+  return passi::Istruzione(passi::Nome(vista), [&] { return vera(statement, testo, lunghezza); });
+}
+
+extern "C" short SQLEndTran(short genere, void* connessione, short esito) {
+  static auto* const vera = passi::Vera<short(short, void*, short)>("SQLEndTran");
+  return passi::Istruzione(esito == 0 ? "COMMIT" : "ROLLBACK", [&] { return vera(genere, connessione, esito); });
+}
+
+extern "C" ssize_t send(int presa, const void* dati, size_t quanti, int modi) {
+  static auto* const vera = passi::Vera<ssize_t(int, const void*, size_t, int)>("send");
+  const ssize_t spediti = vera(presa, dati, quanti, modi);
+  if (const int errore = errno; !passi::Il().inCorso.empty()) {
+    passi::Punto(passi::Il().inCorso + ": sent");
+    errno = errore;
+  }
+  return spediti;
+}
+
+extern "C" pid_t fork() {
+  static auto* const vera = passi::Vera<pid_t()>("fork");
+  const pid_t figlio = vera();
+  if (figlio > 0 && !passi::Il().operazione.empty()) {
+    passi::Punto(passi::Il().operazione + ": started");
+  }
+  return figlio;
+}
+
+extern "C" int fsync(int descrittore) {
+  static auto* const vera = passi::Vera<int(int)>("fsync");
+  const int esito = vera(descrittore);
+  if (!passi::Il().operazione.empty()) {
+    passi::Punto(passi::Il().operazione + ": copied beside its place");
+  }
+  return esito;
+}
+
+extern "C" int fchmod(int descrittore, mode_t modo) {
+  static auto* const vera = passi::Vera<int(int, mode_t)>("fchmod");
+  const int esito = vera(descrittore, modo);
+  if (passi::Il().operazione.empty()) {
+    passi::Punto("local file: made, still empty");
+  }
+  return esito;
+}
+
+extern "C" int unlink(const char* percorso) {
+  static auto* const vera = passi::Vera<int(const char*)>("unlink");
+  if (!passi::Locale(percorso)) {
+    return vera(percorso);
+  }
+  passi::Punto("remove the " + passi::NomeLocale(percorso) + ": before");
+  const int esito = vera(percorso);
+  const int errore = errno;
+  passi::Punto("remove the " + passi::NomeLocale(percorso) + ": done");
+  errno = errore;
+  return esito;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// Nanoseconds of the machine's clock.
+using Istante = std::int64_t;
+
+/// One operation on a lock file: "LETTO", "BLOCCATO", "SBLOCCATO" by the command itself, "AMMINISTRATORE" where the
+/// lock that a failed command kept was removed after it.
+struct Operazione {
+  std::string genere;
+  std::string blocco; ///< "VBCREDITI", ...
+  Istante inizio = 0;
+  Istante fine = 0;
+  bool riuscita = false;
+};
+
+/// What a terminal's log says of one command.
+struct Eseguito {
+  std::string nome; ///< terminal and number, as the database's log has it
+  Istante inizio = 0;
+  Istante risposto = 0; ///< when the host answered: nothing is written to the database before; else the beginning
+  Istante fine = 0;
+  std::string comando;
+  std::string risultato;
+  std::vector<std::string> box;
+  std::vector<std::string> richiesta; ///< the program's parameters; none when it was not asked
+  std::string contenuto;              ///< of the request file
+  bool accettata = false;             ///< the host said yes
+  std::vector<Operazione> operazioni;
+};
+
+/// The commands of a terminal, in order. Raises for a command that has no end.
+[[nodiscard]] std::vector<Eseguito> LeggiRegistro(const std::filesystem::path& file);
+
+} // namespace lumoscad::prova

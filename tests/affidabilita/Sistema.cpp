@@ -1,0 +1,217 @@
+#include "Sistema.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace lumoscad::prova {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Becomes the program's guardian: inherits whatever the program leaves behind, and ends when nothing is left.
+[[noreturn]] void Custodisci(char* const* parole, const char* ingresso, const char* errori) {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  const pid_t figlio = ::fork();
+  if (figlio == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::dup2(::open(ingresso, O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+    ::dup2(::open(errori, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR), STDERR_FILENO);
+    ::execv(parole[0], parole);
+    ::_exit(127);
+  }
+  int esito = 127;
+  for (;;) {
+    int stato = 0;
+    const pid_t finito = ::waitpid(-1, &stato, 0);
+    if (finito == figlio) {
+      esito = WIFEXITED(stato) ? WEXITSTATUS(stato) : 128 + WTERMSIG(stato);
+    } else if (finito < 0 && errno != EINTR) {
+      ::_exit(esito);
+    }
+  }
+}
+
+std::vector<char*> Puntatori(Testi& testi) {
+  std::vector<char*> puntatori;
+  for (std::string& testo : testi) {
+    puntatori.push_back(testo.data());
+  }
+  puntatori.push_back(nullptr);
+  return puntatori;
+}
+
+fs::path PreparaCartella(const std::string& nome) {
+  const fs::path base = fs::path(LUMOSCAD_CARTELLA_PROVE) / (nome + "-" + std::to_string(::getpid()));
+  fs::remove_all(base);
+  for (const char* cartella : {"host/tmp", "host/programmi", "host/registro"}) {
+    fs::create_directories(base / cartella);
+  }
+  fs::copy_file(LUMOSCAD_VB0001, base / "host/programmi/VB0001");
+  return base;
+}
+
+/// Waits until `condizione` holds; false when it does not within thirty seconds.
+template <typename Condizione> bool Finche(Condizione condizione) {
+  const auto termine = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!condizione()) {
+    if (std::chrono::steady_clock::now() > termine) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
+
+std::string Schema() {
+  std::ifstream file(LUMOSCAD_SCHEMA);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+Famiglia::Famiglia(const Testi& argomenti, const Testi& ambiente, const fs::path& ingresso, const fs::path& errori) {
+  // env puts the variables in place: after the fork only async-signal-safe calls are made.
+  Testi parole{"/usr/bin/env"};
+  parole.insert(parole.end(), ambiente.begin(), ambiente.end());
+  parole.insert(parole.end(), argomenti.begin(), argomenti.end());
+  const auto puntatori = Puntatori(parole);
+  guardiano_ = ::fork();
+  if (guardiano_ < 0) {
+    throw std::system_error(errno, std::generic_category(), "fork");
+  }
+  if (guardiano_ == 0) {
+    Custodisci(puntatori.data(), ingresso.c_str(), errori.c_str());
+  }
+}
+
+Famiglia::Famiglia(Famiglia&& altra) noexcept : guardiano_(std::exchange(altra.guardiano_, -1)) {}
+
+Famiglia::~Famiglia() {
+  if (guardiano_ > 0) {
+    ::kill(guardiano_, SIGKILL);
+    static_cast<void>(Attendi());
+  }
+}
+
+int Famiglia::Attendi() {
+  int stato = 0;
+  while (::waitpid(guardiano_, &stato, 0) < 0 && errno == EINTR) {
+  }
+  guardiano_ = -1;
+  return WIFEXITED(stato) ? WEXITSTATUS(stato) : 128 + WTERMSIG(stato);
+}
+
+Sistema::Sistema(const std::string& nome, const std::string& script)
+    : base_(PreparaCartella(nome)), server_(test::serverDirectory(nome + "-postgres")),
+      sorgente_(server_.createDatabase("contabilita", Schema() + script)),
+      connessione_(std::make_unique<ado::Connection>()) {
+  connessione_->ConnectionString = server_.connectionText(sorgente_);
+  connessione_->Open();
+}
+
+Sistema::~Sistema() {
+  connessione_.reset();
+  std::error_code ignorato;
+  fs::remove_all(base_, ignorato);
+}
+
+fs::path Sistema::Registro(const std::string& postazione) const {
+  return base_ / (postazione + ".registro");
+}
+
+fs::path Sistema::Passi(const std::string& postazione) const {
+  return base_ / (postazione + ".passi");
+}
+
+void Sistema::Esegui(std::string_view script) {
+  test::runScript(server_.connectionText(sorgente_), script);
+}
+
+Testi Sistema::Interroga(const std::string& sql, char separatore) {
+  ado::Command comando;
+  comando.ActiveConnection = connessione_.get();
+  comando.CommandText = sql;
+  ado::Recordset insieme = comando.Execute();
+  Testi righe;
+  for (; !insieme.Eof(); insieme.MoveNext()) {
+    std::string riga;
+    for (std::size_t colonna = 0; colonna < insieme.Colonne(); ++colonna) {
+      riga += colonna == 0 ? "" : std::string(1, separatore);
+      riga += insieme.Valore(colonna).value_or("<NULL>");
+    }
+    righe.push_back(std::move(riga));
+  }
+  return righe;
+}
+
+bool Sistema::SenzaSessioni() {
+  const std::string altre =
+      "SELECT count(*) FROM pg_stat_activity WHERE datname=current_database() AND pid<>pg_backend_pid() "
+      "AND backend_type='client backend'";
+  return Finche([&] { return Interroga(altre).at(0) == "0"; });
+}
+
+bool Sistema::Compare(const fs::path& file) {
+  return Finche([&file] { return fs::exists(file); });
+}
+
+Famiglia Sistema::Avvia(const Lancio& lancio) const {
+  const fs::path locale = Locale(lancio.postazione);
+  fs::create_directories(locale);
+  fs::permissions(locale, fs::perms::owner_all);
+  // The password travels in a private file, not in the list of processes.
+  const fs::path ingresso = base_ / (lancio.postazione + ".comandi");
+  std::ofstream file(ingresso, std::ios::trunc);
+  fs::permissions(ingresso, fs::perms::owner_read | fs::perms::owner_write);
+  file << "-DB2SOURCE " << sorgente_ << " -DB2USER " << server_.user() << " -DB2PASS " << server_.password()
+       << " -DB2SCHEMA public\n";
+  for (const std::string& comando : lancio.comandi) {
+    file << comando << '\n';
+  }
+  file.close();
+  Testi argomenti{LUMOSCAD_TERMINALE, Registro(lancio.postazione).string()};
+  if (lancio.contaPassi || lancio.morte > 0) {
+    argomenti.push_back(lancio.contaPassi ? Passi(lancio.postazione).string() : std::string());
+    argomenti.push_back(std::to_string(lancio.morte));
+  }
+  Testi ambiente{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string(),
+                 "NEXARO_POSTAZIONE=" + lancio.postazione, "NEXARO_CARTELLA_LOCALE=" + locale.string()};
+  if (!lancio.amministratore) {
+    ambiente.emplace_back("LUMOSCAD_SENZA_AMMINISTRATORE=1");
+  }
+  return {argomenti, ambiente, ingresso, base_ / (lancio.postazione + ".errori")};
+}
+
+Testi Contenuto(const fs::path& cartella) {
+  Testi nomi;
+  for (const auto& voce : fs::directory_iterator(cartella)) {
+    nomi.push_back(voce.path().filename().string());
+  }
+  std::sort(nomi.begin(), nomi.end());
+  return nomi;
+}
+
+Testi LeggiRighe(const fs::path& file) {
+  Testi righe;
+  std::ifstream flusso(file, std::ios::binary);
+  for (std::string riga; std::getline(flusso, riga);) {
+    righe.push_back(std::move(riga));
+  }
+  return righe;
+}
+
+} // namespace lumoscad::prova

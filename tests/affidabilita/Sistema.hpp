@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/ado/Ado.hpp"
+#include "support/PostgresServer.hpp"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+namespace lumoscad::prova {
+
+using Testi = std::vector<std::string>;
+
+/// A program that runs beside the test together with all that it starts: the end of the last of them is waited for,
+/// also of what the program left behind when it was killed. It ends with the object.
+class Famiglia {
+ public:
+  Famiglia(const Testi& argomenti, const Testi& ambiente, const std::filesystem::path& ingresso,
+           const std::filesystem::path& errori);
+  Famiglia(const Famiglia&) = delete;
+  Famiglia& operator=(const Famiglia&) = delete;
+  Famiglia(Famiglia&& altra) noexcept;
+  Famiglia& operator=(Famiglia&&) = delete;
+  ~Famiglia();
+
+  /// The program's exit status, 128 and the signal's number where one killed it.
+  int Attendi();
+
+ private:
+  pid_t guardiano_ = -1;
+};
+
+/// The world of several terminals: a PostgreSQL server with one database, a directory that plays the host with its back
+/// end, a local directory for each terminal. In a directory below the build folder, which goes with the object.
+class Sistema {
+ public:
+  /// `script` fills the database after the schema.
+  Sistema(const std::string& nome, const std::string& script);
+  Sistema(const Sistema&) = delete;
+  Sistema& operator=(const Sistema&) = delete;
+  ~Sistema();
+
+  [[nodiscard]] std::filesystem::path Base() const { return base_; }
+  [[nodiscard]] std::filesystem::path Host() const { return base_ / "host"; }
+  [[nodiscard]] std::filesystem::path Tmp() const { return base_ / "host/tmp"; }
+  [[nodiscard]] std::filesystem::path RegistroHost() const { return base_ / "host/registro/VB0001.log"; }
+  [[nodiscard]] std::filesystem::path Locale(const std::string& postazione) const { return base_ / postazione; }
+  [[nodiscard]] std::filesystem::path Registro(const std::string& postazione) const;
+  [[nodiscard]] std::filesystem::path Passi(const std::string& postazione) const;
+
+  /// Runs an SQL script in one transaction.
+  void Esegui(std::string_view script);
+  /// The rows of a query, their columns separated by `separatore`.
+  [[nodiscard]] Testi Interroga(const std::string& sql, char separatore = '|');
+  /// Waits until the database has no session but the test's own; false when one is left after thirty seconds.
+  [[nodiscard]] bool SenzaSessioni();
+
+  /// Waits until a file is there; false when it is not after thirty seconds.
+  [[nodiscard]] static bool Compare(const std::filesystem::path& file);
+
+  struct Lancio {
+    std::string postazione;
+    Testi comandi;               ///< each with the script of its screens behind a tab
+    bool contaPassi = false;     ///< the names of the steps go to the file `Passi`
+    long morte = 0;              ///< the step to die at, 0 for none
+    bool amministratore = false; ///< a lock that a failed command keeps is removed after it
+  };
+  [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
+
+ private:
+  std::filesystem::path base_;
+  test::PostgresServer server_;
+  std::string sorgente_;
+  std::unique_ptr<ado::Connection> connessione_;
+};
+
+/// The names of the files in a directory, in order.
+[[nodiscard]] Testi Contenuto(const std::filesystem::path& cartella);
+/// The lines of a file, none where there is no file.
+[[nodiscard]] Testi LeggiRighe(const std::filesystem::path& file);
+
+} // namespace lumoscad::prova

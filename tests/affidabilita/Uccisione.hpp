@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Sistema.hpp"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// A command to be killed.
+struct Vittima {
+  std::string nome;         ///< as a heading
+  std::string comando;      ///< with the script of its screen behind a tab
+  std::string preparazione; ///< what is changed in the database before it
+};
+
+/// How the test runner shows a case.
+inline void PrintTo(const Vittima& vittima, std::ostream* uscita) {
+  *uscita << vittima.nome;
+}
+
+/// What is found after a terminal was killed at one step of a command.
+struct Osservazione {
+  Testi sullHost;          ///< files left in the host's directory
+  Testi inLocale;          ///< files left in the terminal's own directory
+  bool accettata = false;  ///< the back end's log holds the request as accepted
+  bool applicata = false;  ///< the database is as after the whole command
+  bool intatta = false;    ///< the database is as before it
+  std::string successivo;  ///< what the same command of another terminal came to, right after
+  bool fermato = false;    ///< ... because the list is locked
+  std::string ripetuto;    ///< what it came to once the administrator had removed what was left; empty: not needed
+  bool allineati = false;  ///< in the end the database is as after the whole command
+  bool senzaResti = false; ///< ... and the host's directory is empty
+};
+
+/// Kills a terminal at each step of a command, in a world that is put back before each time.
+class Uccisione {
+ public:
+  Uccisione(Sistema& sistema, Vittima vittima);
+
+  /// The names of the command's steps, from the run in which nobody was killed.
+  [[nodiscard]] const Testi& Passi() const noexcept { return passi_; }
+  /// What is found after a death at step `passo`, from 1.
+  [[nodiscard]] Osservazione A(long passo);
+
+ private:
+  void Ripristina();
+  [[nodiscard]] Testi Stato();
+  [[nodiscard]] std::string Anonimo(std::string testo) const;
+  /// Runs the command on the second terminal and says what it came to.
+  [[nodiscard]] std::string Altro();
+  void TogliResti() const;
+
+  Sistema& sistema_;
+  Vittima vittima_;
+  Testi passi_;
+  Testi prima_;
+  Testi dopo_;
+};
+
+} // namespace lumoscad::prova

@@ -1,0 +1,174 @@
+// The comparison of commands and database finds what it is there for.
+
+#include "Blocchi.hpp"
+#include "Modello.hpp"
+#include "Storia.hpp"
+
+#include <gmock/gmock.h>
+
+namespace lumoscad::prova {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* Attiva = "1|1|101|C|N|2026-03-02|2026-03-02|1|2|-|O";
+constexpr const char* Sospesa = "1|1|101|C|S|2026-03-02|2026-03-02|1|2|-|O";
+constexpr const char* Spostata = "1|1|101|C|N|2026-04-15|2026-03-02|1|2|-|O";
+
+/// Item 1 of customer 20100001, with one instalment.
+const Stato iniziale{{"E10", Attiva}, {"M1", "N|F|1|2026"}, {"R100", ""}};
+
+Eseguito Comando(const std::string& nome, Istante inizio, Istante fine, std::vector<std::string> richiesta,
+                 const std::string& contenuto = "") {
+  Eseguito comando;
+  comando.nome = nome;
+  comando.inizio = inizio;
+  comando.risposto = inizio;
+  comando.fine = fine;
+  comando.comando = "-T X";
+  comando.richiesta = std::move(richiesta);
+  comando.contenuto = contenuto;
+  comando.accettata = true;
+  return comando;
+}
+
+Eseguito Sospende(const std::string& nome, Istante inizio, Istante fine) {
+  return Comando(nome, inizio, fine, {"01", "SOSPESOCREA", "20100001", "AB1", "T01", ""});
+}
+
+Eseguito Sposta(const std::string& nome, Istante inizio, Istante fine) {
+  return Comando(nome, inizio, fine, {"01", "CANALIZZAZIONE", "CREDITI", "T01", "/tmp/x.dos"},
+                 "20100001,AB   1,,,,20260302,20260302,20260415,60100002,,1\r\n");
+}
+
+Riscontro Prova(const Stato& finale, const std::vector<Conferma>& conferme, const std::vector<Eseguito>& comandi) {
+  return Confronta(Modello({1, 0, 1, 0, 0}, iniziale), iniziale, finale, conferme, comandi);
+}
+
+Stato Con(const char* riga) {
+  Stato stato = iniziale;
+  stato["E10"] = riga;
+  return stato;
+}
+
+TEST(Riscontro, ACommandWithItsTransactionIsInOrder) {
+  const auto riscontro = Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Attiva, Sospesa}}}}, {Sospende("T01.1", 10, 20)});
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.inOrdine, 1U);
+}
+
+TEST(Riscontro, ALostCommandIsFound) {
+  EXPECT_THAT(Prova(iniziale, {}, {Sospende("T01.1", 10, 20)}).errori, ElementsAre(HasSubstr("T01.1 is lost")));
+}
+
+TEST(Riscontro, ADoubledCommandIsFound) {
+  const std::vector<Conferma> conferme{{"T01.1", 15, {{"E10", Attiva, Sospesa}}},
+                                       {"T01.1", 16, {{"E10", Sospesa, Sospesa}}}};
+  EXPECT_THAT(Prova(Con(Sospesa), conferme, {Sospende("T01.1", 10, 20)}).errori,
+              ElementsAre(HasSubstr("has two transactions")));
+}
+
+TEST(Riscontro, ATransactionOfNoCommandIsFound) {
+  EXPECT_THAT(Prova(Con(Sospesa), {{"T02.1", 15, {{"E10", Attiva, Sospesa}}}}, {}).errori,
+              ElementsAre(HasSubstr("of no command: T02.1")));
+}
+
+TEST(Riscontro, AChangeThatNobodyAskedForIsFound) {
+  EXPECT_THAT(Prova(Con(Spostata), {{"T01.1", 15, {{"E10", Attiva, Spostata}}}}, {Sospende("T01.1", 10, 20)}).errori,
+              ElementsAre(HasSubstr("changed what it does not ask for")));
+}
+
+TEST(Riscontro, AChangeOutsideTheLogIsFound) {
+  EXPECT_THAT(Prova(Con(Sospesa), {}, {}).errori, ElementsAre(HasSubstr("final database")));
+}
+
+TEST(Riscontro, ALogThatSkipsAChangeIsFound) {
+  EXPECT_THAT(Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Spostata, Sospesa}}}}, {Sospende("T01.1", 10, 20)}).errori,
+              Contains(HasSubstr("another row than the one before")));
+}
+
+TEST(Riscontro, AChangeAfterAnErrorIsFound) {
+  Eseguito fallito = Sospende("T01.1", 10, 20);
+  fallito.risultato = "error";
+  EXPECT_THAT(Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Attiva, Sospesa}}}}, {fallito}).errori,
+              ElementsAre(HasSubstr("answered \"error\"")));
+}
+
+TEST(Riscontro, ARefusalOfTheDatabaseMustBeSaid) {
+  Eseguito fallito = Sospende("T01.1", 10, 20);
+  fallito.risultato = "error";
+  EXPECT_THAT(Prova(iniziale, {}, {fallito}).errori, ElementsAre(HasSubstr("in silence")));
+  fallito.box = {"ERRORE"};
+  const auto riscontro = Prova(iniziale, {}, {fallito});
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.detti, 1U);
+}
+
+TEST(Riscontro, ALineThatFindsItsRowTakenIsCounted) {
+  // The item is suspended before the date's change comes to the database.
+  const auto riscontro = Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Attiva, Sospesa}}}},
+                               {Sospende("T01.1", 10, 20), Sposta("T02.1", 17, 30)});
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.senzaEffetto, 1U);
+  EXPECT_EQ(riscontro.lineePerse, 1U);
+}
+
+TEST(Riscontro, ARowReadBeforeAnothersCommitIsAnOverlap) {
+  // The date's change selects the row while it is active and writes it once it is suspended.
+  const char* entrambi = "1|1|101|C|S|2026-04-15|2026-03-02|1|2|-|O";
+  const std::vector<Conferma> conferme{{"T01.1", 15, {{"E10", Attiva, Sospesa}}},
+                                       {"T02.1", 16, {{"E10", Sospesa, entrambi}}}};
+  const auto riscontro = Prova(Con(entrambi), conferme, {Sospende("T01.1", 10, 20), Sposta("T02.1", 12, 30)});
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.inOrdine, 1U);
+  EXPECT_EQ(riscontro.sovrapposti, 1U);
+}
+
+TEST(Riscontro, AnOverlapMustBeOneInTime) {
+  const char* entrambi = "1|1|101|C|S|2026-04-15|2026-03-02|1|2|-|O";
+  const std::vector<Conferma> conferme{{"T01.1", 15, {{"E10", Attiva, Sospesa}}},
+                                       {"T02.1", 26, {{"E10", Sospesa, entrambi}}}};
+  EXPECT_THAT(Prova(Con(entrambi), conferme, {Sospende("T01.1", 10, 20), Sposta("T02.1", 22, 30)}).errori,
+              ElementsAre(HasSubstr("T02.1 changed what it does not ask for")));
+}
+
+Eseguito Blocca(const std::string& nome, Istante letto, Istante dentro, Istante fuori) {
+  Eseguito comando;
+  comando.nome = nome;
+  comando.operazioni = {{"LETTO", "VBX", letto, letto + 1, false},
+                        {"BLOCCATO", "VBX", letto + 2, dentro, true},
+                        {"SBLOCCATO", "VBX", fuori, fuori + 1, true}};
+  return comando;
+}
+
+TEST(Blocchi, CommandsOneAfterTheOtherAreNotTogether) {
+  const auto conto = ContaBlocchi({Blocca("A", 0, 10, 20), Blocca("B", 30, 40, 50)}).at("VBX");
+  EXPECT_EQ(conto.presi, 2U);
+  EXPECT_EQ(conto.insieme, 0U);
+  EXPECT_EQ(conto.massimo, 1U);
+}
+
+TEST(Blocchi, ALockReadBeforeTheOthersWasInPlaceIsExplained) {
+  const auto conto = ContaBlocchi({Blocca("A", 0, 10, 30), Blocca("B", 5, 15, 40)}).at("VBX");
+  EXPECT_EQ(conto.insieme, 1U);
+  EXPECT_EQ(conto.perIntervallo, 1U);
+  EXPECT_EQ(conto.massimo, 2U);
+}
+
+TEST(Blocchi, ALockTakenAwayByAThirdOnesReleaseIsExplained) {
+  const auto conto = ContaBlocchi({Blocca("A", 0, 10, 20), Blocca("B", 5, 15, 60), Blocca("C", 30, 40, 50)}).at("VBX");
+  EXPECT_EQ(conto.insieme, 2U);
+  EXPECT_EQ(conto.perRilascio, 1U);
+  EXPECT_THAT(conto.inspiegati, IsEmpty());
+}
+
+TEST(Blocchi, ALockThatWasThereAndDidNotHoldIsFound) {
+  const auto conto = ContaBlocchi({Blocca("A", 0, 10, 60), Blocca("B", 20, 30, 50)}).at("VBX");
+  EXPECT_THAT(conto.inspiegati, ElementsAre("A B"));
+}
+
+} // namespace
+} // namespace lumoscad::prova

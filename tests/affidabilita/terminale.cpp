@@ -1,0 +1,133 @@
+// A terminal without a screen: runs the commands of its standard input in its own process, with the real host link and
+// the real database, and logs what became of each.
+//
+//   terminale LOG [STEPS [DEATH]]
+//
+// The first input line holds the database options of every command, the others a command and the script of its screens,
+// separated by a tab. STEPS is the file for the names of the steps, DEATH the number of the step at which to die.
+
+#include "Campi.hpp"
+#include "Copione.hpp"
+#include "HostOsservato.hpp"
+#include "Passi.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/Servizi.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fcntl.h>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <unistd.h>
+
+namespace lumoscad::prova {
+namespace {
+
+/// Every record is one write, so that a killed terminal's log holds all that it said.
+class Registro {
+ public:
+  explicit Registro(const char* percorso)
+      : descrittore_(::open(percorso, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR)) {
+    if (descrittore_ < 0) {
+      throw std::runtime_error("the log cannot be written");
+    }
+  }
+  Registro(const Registro&) = delete;
+  Registro& operator=(const Registro&) = delete;
+  ~Registro() { ::close(descrittore_); }
+
+  void Scrivi(const std::vector<std::string>& campi) const {
+    const std::string riga = Unisci(campi) + "\n";
+    if (::write(descrittore_, riga.data(), riga.size()) != static_cast<ssize_t>(riga.size())) {
+      throw std::runtime_error("the log cannot be written");
+    }
+  }
+
+ private:
+  int descrittore_;
+};
+
+class Terminale {
+ public:
+  Terminale(const char* registro, nexaro::Ambiente ambiente)
+      : registro_(registro), ambiente_(std::move(ambiente)),
+        host_(nexaro::CreaHostLink(), [this](const std::vector<std::string>& campi) { Annota(campi); }) {
+    servizi() = {[this]() -> Desktop& { return desktop_; }, [this]() -> nexaro::HostLink& { return host_; },
+                 [this]() -> const nexaro::Ambiente& { return ambiente_; }, OraDiSistema, passi::ProssimaIstruzione};
+  }
+
+  void Esegui(const std::string& comando, const std::string& gesti, const std::string& opzioni) {
+    ++numero_;
+    // The database's log of changes names the command by this.
+    const std::string nome = ambiente_.CodicePostazione + "." + std::to_string(numero_);
+    ::setenv("PGOPTIONS", ("-c lumoscad.comando=" + nome).c_str(), 1);
+    desktop_.gesti = gesti;
+    desktop_.box.clear();
+    preso_.clear();
+    registro_.Scrivi({"INIZIO", nome, Ora(), comando, gesti});
+    const std::string risultato = LumoScadenze().EseguiLumoScad(comando + " " + opzioni);
+    std::vector<std::string> fine{"FINE", nome, Ora(), risultato};
+    fine.insert(fine.end(), desktop_.box.begin(), desktop_.box.end());
+    registro_.Scrivi(fine);
+    TogliBlocco();
+  }
+
+ private:
+  void Annota(const std::vector<std::string>& campi) {
+    registro_.Scrivi(campi);
+    if (campi[0] == "BLOCCATO" && campi[4] == "riuscito") {
+      preso_ = campi[1];
+    } else if (campi[0] == "SBLOCCATO") {
+      preso_.clear();
+    }
+  }
+
+  /// The administrator's part after a command that failed with the lock in its hand.
+  void TogliBlocco() {
+    if (preso_.empty() || std::getenv("LUMOSCAD_SENZA_AMMINISTRATORE") != nullptr) {
+      return;
+    }
+    const std::string inizio = Ora();
+    std::filesystem::remove(std::filesystem::path(std::getenv("NEXARO_RADICE")) / "tmp" / preso_);
+    registro_.Scrivi({"AMMINISTRATORE", preso_, inizio, Ora(), "riuscito"});
+  }
+
+  Registro registro_;
+  nexaro::Ambiente ambiente_;
+  DesktopACopione desktop_;
+  HostOsservato host_;
+  std::string preso_; ///< the lock that the running command holds
+  int numero_ = 0;
+};
+
+int Gioca(int numero, char** argomenti) {
+  if (numero < 2) {
+    std::fputs("usage: terminale LOG [STEPS [DEATH]]\n", stderr);
+    return 2;
+  }
+  Terminale terminale(argomenti[1], nexaro::LeggiAmbiente());
+  std::string opzioni;
+  std::getline(std::cin, opzioni);
+  if (numero > 2) {
+    passi::Conta(argomenti[2], numero > 3 ? std::stol(argomenti[3]) : 0, nexaro::LeggiAmbiente().CartellaLocale);
+  }
+  for (std::string riga; std::getline(std::cin, riga);) {
+    const auto tab = riga.find('\t');
+    terminale.Esegui(riga.substr(0, tab), tab == std::string::npos ? "" : riga.substr(tab + 1), opzioni);
+  }
+  return 0;
+}
+
+} // namespace
+} // namespace lumoscad::prova
+
+int main(int numero, char** argomenti) {
+  try {
+    return lumoscad::prova::Gioca(numero, argomenti);
+  } catch (const std::exception& errore) {
+    std::fprintf(stderr, "terminale: %s\n", errore.what());
+    return 1;
+  }
+}

@@ -1,0 +1,183 @@
+// A terminal is killed at every step of every command.
+//
+//   LUMOSCAD_PER_INTERO=1           every step of every command; otherwise, of the few commands that the ordinary suite
+//                                   has time for, the first and the last step of each line of the published tables
+//   LUMOSCAD_PAGINA_UCCISIONI=FILE  the same, and writes the page of all tables instead of comparing it
+
+#include "Contabilita.hpp"
+#include "Pagina.hpp"
+#include "Uccisione.hpp"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <set>
+
+namespace lumoscad::prova {
+namespace {
+
+const Misura misura;
+
+/// The pages that the documentation keeps.
+constexpr const char* PaginaPubblicata = LUMOSCAD_DOCUMENTI "/uccisioni.md";
+
+bool PerIntero() {
+  return std::getenv("LUMOSCAD_PER_INTERO") != nullptr || std::getenv("LUMOSCAD_PAGINA_UCCISIONI") != nullptr;
+}
+
+std::vector<Vittima> Vittime() {
+  const std::string lista = " -H locale -D 01 -B X";
+  const std::string presunti = lista + " -TIPOMOVIMENTI V";
+  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
+  const std::string documento = " -H locale -D 01 -S OC -A 06 -N 1 -E 2006";
+  std::vector<Vittima> tutte = {
+      {"BANCA /CREDITI", "-T BANCA /CREDITI" + lista + "\tdata:=AB   6:15/04/26;banca:=AB   9:3;conferma", ""},
+      {"SOSPESO /A", "-T SOSPESO /A" + partita, ""},
+      {"EXTRA /A", "-T EXTRA /A -H locale -D 01 -S A -E 2006 -N 2", ""}};
+  if (!PerIntero()) {
+    return tutte;
+  }
+  const std::vector<Vittima> altre = {
+      {"BANCA /DEBITI", "-T BANCA /DEBITI" + lista + "\tdata:=AB   3:15/04/26;banca:=AB   15:3;conferma", ""},
+      {"BANCA /PRESUNTI", "-T BANCA /PRESUNTI" + presunti + "\tbanca:=OC2/06:2;banca:=OC4/06:4;conferma", ""},
+      {"CONSEGNA /PRESUNTI", "-T CONSEGNA /PRESUNTI" + presunti + "\tdata:=OC2/06:150426;data:=OC4/06:160426;conferma",
+       ""},
+      {"SOSPESO /D", "-T SOSPESO /D" + partita, "UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE PARTITACONTABILEKEY=2;"},
+      {"PRESUNTO /A", "-T PRESUNTO /A" + documento, ""},
+      {"PRESUNTO /D", "-T PRESUNTO /D" + documento, "UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE MOVIMENTOKEY=1001;"},
+      {"TEST", "-T TEST", ""}};
+  tutte.insert(tutte.end(), altre.begin(), altre.end());
+  return tutte;
+}
+
+/// The one world of all cases, and the page that they fill.
+class Scena final : public testing::Environment {
+ public:
+  void SetUp() override {
+    sistema = std::make_unique<Sistema>("uccisioni", Righe(misura) +
+                                                         "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM "
+                                                         "EVENTOCONTABILE;CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * "
+                                                         "FROM MOVIMENTOCONTABILE;");
+  }
+  void TearDown() override {
+    sistema.reset();
+    std::printf("uccisioni: %zu comandi, %zu morti; host sì e base dati no dopo %zu di queste\n", comandi, passi,
+                finestra);
+    if (const char* file = std::getenv("LUMOSCAD_PAGINA_UCCISIONI")) {
+      std::ofstream(file) << pagina;
+    }
+  }
+
+  std::unique_ptr<Sistema> sistema;
+  std::string pagina = Intestazione();
+  std::size_t comandi = 0;
+  std::size_t passi = 0;    ///< deaths
+  std::size_t finestra = 0; ///< steps after which the host has accepted what the database does not hold
+};
+
+Scena& LaScena() {
+  // The runner owns it.
+  static auto* scena = dynamic_cast<Scena*>(testing::AddGlobalTestEnvironment(std::make_unique<Scena>().release()));
+  return *scena;
+}
+
+/// Puts the environment in place before the runner starts.
+const Scena& registrata = LaScena();
+
+class Uccisioni : public testing::TestWithParam<Vittima> {};
+
+std::size_t Posto(const Testi& passi, const std::string& nome) {
+  return static_cast<std::size_t>(std::find(passi.begin(), passi.end(), nome) - passi.begin());
+}
+
+/// Where the host and the database change sides, and that nothing lies between yes and no.
+void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) {
+  SCOPED_TRACE(std::to_string(passo + 1) + " " + passi[passo]);
+  const bool conHost = Posto(passi, "program: started") < passi.size();
+  EXPECT_NE(vista.applicata, vista.intatta) << "the database is half changed";
+  EXPECT_EQ(vista.applicata, passo >= Posto(passi, "COMMIT: sent"));
+  EXPECT_EQ(vista.accettata, conHost && passo >= Posto(passi, "program: started"));
+  EXPECT_TRUE(!vista.applicata || vista.accettata || !conHost) << "changed without the host's yes";
+  EXPECT_TRUE(vista.allineati) << "the command repeated does not bring the database to where it belongs";
+  EXPECT_TRUE(vista.senzaResti) << "the repeated command leaves something behind";
+  EXPECT_EQ(vista.fermato, std::any_of(vista.sullHost.begin(), vista.sullHost.end(),
+                                       [](const std::string& nome) { return nome.starts_with("VB"); }));
+}
+
+/// Dies at every step; compares the table with the published one, or adds it to the page that is being written.
+void OgniPasso(Uccisione& uccisione, const std::string& titolo) {
+  Scena& scena = LaScena();
+  const Testi& passi = uccisione.Passi();
+  std::vector<Osservazione> viste;
+  for (std::size_t passo = 0; passo < passi.size(); ++passo) {
+    viste.push_back(uccisione.A(static_cast<long>(passo) + 1));
+    Verifica(passi, passo, viste.back());
+    scena.finestra += viste.back().accettata && !viste.back().applicata ? 1U : 0U;
+  }
+  const std::string sezione = "## `" + titolo + "`\n\n" + Tabella(passi, viste);
+  scena.passi += passi.size();
+  scena.pagina += "\n" + sezione;
+  if (std::getenv("LUMOSCAD_PAGINA_UCCISIONI") == nullptr) {
+    std::string pubblicata = Sezione(PaginaPubblicata, titolo);
+    pubblicata.erase(pubblicata.find_last_not_of('\n') + 1);
+    EXPECT_EQ(pubblicata + "\n", sezione) << "docs/uccisioni.md is not current";
+  }
+}
+
+/// The last step of a line: the next one begins the line after it.
+std::size_t Fine(const Testi& passi, std::size_t primo, const Linea& linea, const Linea* seguente) {
+  if (seguente == nullptr) {
+    return passi.size() - 1;
+  }
+  for (std::size_t passo = primo; passo + 1 < passi.size(); ++passo) {
+    if (passi[passo] == linea.ultimo && passi[passo + 1] == seguente->primo) {
+      return passo;
+    }
+  }
+  return passi.size();
+}
+
+/// Dies at both ends of every line of the published table.
+void OgniLinea(Uccisione& uccisione, const std::string& titolo) {
+  Scena& scena = LaScena();
+  const Testi& passi = uccisione.Passi();
+  const auto linee = LeggiTabella(Sezione(PaginaPubblicata, titolo));
+  ASSERT_FALSE(linee.empty()) << "docs/uccisioni.md has no table of this command";
+  std::size_t primo = 0;
+  for (std::size_t i = 0; i < linee.size(); ++i) {
+    const std::size_t ultimo = Fine(passi, primo, linee[i], i + 1 < linee.size() ? &linee[i + 1] : nullptr);
+    ASSERT_LT(ultimo, passi.size()) << "docs/uccisioni.md is not current at " << linee[i].ultimo;
+    EXPECT_EQ(linee[i].primo, passi[primo]) << "docs/uccisioni.md is not current";
+    EXPECT_EQ(linee[i].ultimo, passi[ultimo]) << "docs/uccisioni.md is not current";
+    for (const std::size_t passo : std::set<std::size_t>{primo, ultimo}) {
+      const Osservazione vista = uccisione.A(static_cast<long>(passo) + 1);
+      Verifica(passi, passo, vista);
+      EXPECT_EQ(linee[i].esito, Esito(vista)) << "docs/uccisioni.md is not current at " << passi[passo];
+      ++scena.passi;
+      scena.finestra += vista.accettata && !vista.applicata ? 1U : 0U;
+    }
+    primo = ultimo + 1;
+  }
+}
+
+TEST_P(Uccisioni, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
+  Uccisione uccisione(*LaScena().sistema, GetParam());
+  ASSERT_GT(uccisione.Passi().size(), 9U);
+  ASSERT_LT(Posto(uccisione.Passi(), "COMMIT: sent"), uccisione.Passi().size());
+  ++LaScena().comandi;
+  const std::string titolo = "-T " + GetParam().nome;
+  PerIntero() ? OgniPasso(uccisione, titolo) : OgniLinea(uccisione, titolo);
+}
+
+INSTANTIATE_TEST_SUITE_P(Comandi, Uccisioni, testing::ValuesIn(Vittime()), [](const auto& caso) {
+  std::string nome = caso.param.nome;
+  nome.erase(std::remove_if(nome.begin(), nome.end(), [](char c) { return c == ' ' || c == '/'; }), nome.end());
+  return nome;
+});
+
+} // namespace
+} // namespace lumoscad::prova
