@@ -151,6 +151,16 @@ TEST_F(SshChiavi, EveryTypeOfHostKeyIsAccepted) {
   server->RendiNoto(server->Porta());
 }
 
+TEST_F(SshChiavi, HostWithSeveralKeysIsAskedForTheKnownOne) {
+  const auto seconda = NuovaChiave("host-rsa", "rsa");
+  server->Cambia({"ed25519", {}, "internal-sftp", {"HostKey " + base / "host-rsa"}});
+  prove::Scrivi(noti, Posto() + " " + seconda);
+  EXPECT_EQ(Prova(), "riuscito");
+  prove::Scrivi(noti, Posto() + " " + server->ChiavePubblicaHost() + "\n");
+  EXPECT_EQ(Prova(), "riuscito");
+  server->Cambia({});
+}
+
 TEST_F(SshChiavi, RegisteredKeyIsKnown) {
   noti = base / "nuova/noti";
   impostazioni.noti = noti;

@@ -118,10 +118,11 @@ TEST_F(Ssh, ReceivingAMissingFileFailsAndLeavesNothing) {
 
 TEST_F(Ssh, WhatIsNoOrdinaryFileIsRefusedWithoutWaiting) {
   ASSERT_EQ(::mkfifo((base / "host/VBX").c_str(), 0600), 0);
-  for (const auto& [nome, motivo] : {std::pair("host/VBX", "non è un file ordinario"), {"host", "è una cartella"}}) {
-    const auto errore = ErroreDi([&] { collegamento->RiceviFile(Host, base / nome, base / "locale/VBX", testo); });
-    EXPECT_THAT(errore.Descrizione(), HasSubstr(motivo));
-  }
+  const auto motivo = [this](const std::string& nome) {
+    return ErroreDi([&] { collegamento->RiceviFile(Host, base / nome, base / "locale/VBX", testo); }).Descrizione();
+  };
+  EXPECT_THAT(motivo("host/VBX"), HasSubstr("non è un file ordinario"));
+  EXPECT_THAT(motivo("host"), HasSubstr("è una cartella"));
   EXPECT_THAT(NomiIn("locale"), IsEmpty());
 }
 
@@ -323,6 +324,18 @@ TEST_F(SshConnessione, AddressThatCouldMeanSomethingElseIsRefused) {
     EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(host, "/tmp/x"); }).Descrizione(),
                 HasSubstr("Indirizzo dell'host (-H) non ammesso"))
         << host;
+  }
+}
+
+TEST_F(SshConnessione, NumericAddressesOfBothKindsAreTaken) {
+  // Nobody listens at the second.
+  for (const auto* host : {"127.0.0.1", "::1"}) {
+    try {
+      collegamento->CancellaFile(host, base / "host/manca");
+    } catch (const ErroreRuntime& errore) {
+      EXPECT_STREQ(host, "::1");
+      EXPECT_THAT(errore.Descrizione(), HasSubstr("Collegamento all'host ::1"));
+    }
   }
 }
 

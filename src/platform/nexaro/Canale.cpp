@@ -13,7 +13,7 @@ Canale& Proprio(void* proprio) {
 
 } // namespace
 
-Canale::Canale(Sessione& sessione, std::size_t massimoUscita, std::size_t massimoErrori)
+Canale::Canale(Sessione& sessione, Termine termine, std::size_t massimoUscita, std::size_t massimoErrori)
     : sessione_(sessione), massimoUscita_(massimoUscita), massimoErrori_(massimoErrori),
       canale_(ssh_channel_new(sessione.Grezza())) {
   richiami_.userdata = this;
@@ -26,7 +26,7 @@ Canale::Canale(Sessione& sessione, std::size_t massimoUscita, std::size_t massim
   if (!canale_ || ssh_set_channel_callbacks(canale_.get(), &richiami_) != SSH_OK) {
     throw std::bad_alloc();
   }
-  sessione_.Ripeti([this] { return ssh_channel_open_session(canale_.get()); });
+  sessione_.Ripeti(termine, [this] { return ssh_channel_open_session(canale_.get()); });
 }
 
 Canale::~Canale() {
@@ -35,11 +35,11 @@ Canale::~Canale() {
 }
 
 void Canale::AvviaSottosistema(const char* nome) {
-  sessione_.Ripeti([&] { return ssh_channel_request_subsystem(canale_.get(), nome); });
+  sessione_.Ripeti(sessione_.NuovoTermine(), [&] { return ssh_channel_request_subsystem(canale_.get(), nome); });
 }
 
 void Canale::AvviaComando(const std::string& riga) {
-  sessione_.Ripeti([&] { return ssh_channel_request_exec(canale_.get(), riga.c_str()); });
+  sessione_.Ripeti(sessione_.NuovoTermine(), [&] { return ssh_channel_request_exec(canale_.get(), riga.c_str()); });
 }
 
 void Canale::ChiudiIngresso() {

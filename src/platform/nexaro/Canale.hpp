@@ -14,9 +14,9 @@ namespace lumoscad::nexaro {
 /// gone or the time is over.
 class Canale {
  public:
-  /// Opens a channel. `massimoUscita` and `massimoErrori` limit what is kept of the two streams. Raises
-  /// `ConnessionePersa` or `RichiestaRifiutata`.
-  Canale(Sessione& sessione, std::size_t massimoUscita, std::size_t massimoErrori);
+  /// Opens a channel, which is a sign of life too, at most until `termine`. `massimoUscita` and `massimoErrori` limit
+  /// what is kept of the two streams. Raises `ConnessionePersa` or `RichiestaRifiutata`.
+  Canale(Sessione& sessione, Termine termine, std::size_t massimoUscita, std::size_t massimoErrori);
   Canale(const Canale&) = delete;
   Canale& operator=(const Canale&) = delete;
   ~Canale();

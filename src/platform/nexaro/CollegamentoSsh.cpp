@@ -264,6 +264,7 @@ void CollegamentoSsh::EseguiProgramma(std::string_view host, std::string_view pr
   VerificaChiamata(programma, parametri, soggetto);
   const auto& codifica = impostazioni_.codifica;
   std::vector<std::string> convertiti;
+  convertiti.reserve(parametri.size());
   for (const auto& parametro : parametri) {
     convertiti.push_back(codifica.VersoHost(parametro, "Il parametro " + std::to_string(convertiti.size() + 1) +
                                                            " di " + std::string(programma)));
@@ -332,12 +333,15 @@ std::string CollegamentoSsh::CercaProgramma(std::string_view host, std::string_v
 std::unique_ptr<Canale> CollegamentoSsh::CanalePronto(const std::string& host) {
   if (const auto voce = connessioni_.find(host); voce != connessioni_.end() && voce->second) {
     try {
-      return PreparaProgramma(voce->second->Sua());
+      auto& sessione = voce->second->Sua();
+      sessione.ServeSubito();
+      return PreparaProgramma(sessione, sessione.TermineSaluto());
     } catch (const ConnessionePersa&) {
       voce->second.reset();
     }
   }
-  return PreparaProgramma(Connetti(host).Sua());
+  auto& sessione = Connetti(host).Sua();
+  return PreparaProgramma(sessione, sessione.NuovoTermine());
 }
 
 /// A document that does not say how it is encoded is in the encoding of the host's texts.

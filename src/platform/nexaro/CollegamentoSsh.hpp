@@ -21,6 +21,8 @@ struct EsitoRemoto;
 class CollegamentoSsh final : public HostLink, public RicercaProgramma {
  public:
   explicit CollegamentoSsh(ImpostazioniSsh impostazioni);
+  CollegamentoSsh(const CollegamentoSsh&) = delete;
+  CollegamentoSsh& operator=(const CollegamentoSsh&) = delete;
   ~CollegamentoSsh() override;
 
   void EseguiProgramma(std::string_view host, std::string_view programma, const std::vector<std::string>& parametri,

@@ -4,16 +4,12 @@
 #include "platform/nexaro/ChiaveHost.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
-#include <algorithm>
-
 namespace lumoscad::nexaro {
 
 namespace {
 
 /// A service that answered this recently is not asked whether it is still there.
 constexpr std::chrono::milliseconds Fresca{100};
-/// A connection that stays silent for so long is given up and opened anew.
-constexpr std::chrono::milliseconds AttesaSaluto{10000};
 
 } // namespace
 
@@ -35,7 +31,7 @@ Sftp& ConnessioneSsh::File() {
   } else if (!sessione_.Viva()) {
     throw ConnessionePersa(sessione_.MotivoPerdita());
   } else if (Orologio::now() - sftp_->UltimaRisposta() > Fresca) {
-    sftp_->Saluta(std::min(sessione_.Attesa(), AttesaSaluto));
+    sftp_->Saluta();
   }
   return *sftp_;
 }

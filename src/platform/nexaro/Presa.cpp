@@ -22,7 +22,7 @@ using Indirizzi = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
 Indirizzi Risolvi(const std::string& host, unsigned porta, const std::string& operazione) {
   addrinfo richiesta{};
   richiesta.ai_socktype = SOCK_STREAM;
-  richiesta.ai_flags = AI_ADDRCONFIG | AI_NUMERICSERV;
+  richiesta.ai_flags = AI_NUMERICSERV;
   addrinfo* trovati = nullptr;
   const int esito = ::getaddrinfo(host.c_str(), std::to_string(porta).c_str(), &richiesta, &trovati);
   if (esito == EAI_AGAIN) {

@@ -31,8 +31,8 @@ std::string Attendi(Canale& canale) {
 
 } // namespace
 
-std::unique_ptr<Canale> PreparaProgramma(Sessione& sessione) {
-  return std::make_unique<Canale>(sessione, xml::DimensioneMassima, MassimoErroriMostrati);
+std::unique_ptr<Canale> PreparaProgramma(Sessione& sessione, Termine termine) {
+  return std::make_unique<Canale>(sessione, termine, xml::DimensioneMassima, MassimoErroriMostrati);
 }
 
 EsitoRemoto EseguiRemoto(Canale& canale, const std::string& riga) {
@@ -42,7 +42,7 @@ EsitoRemoto EseguiRemoto(Canale& canale, const std::string& riga) {
     canale.ChiudiIngresso();
     esito.interruzione = Attendi(canale);
   } catch (const ConnessionePersa& persa) {
-    esito.interruzione = " è stato chiesto, ma " + persa.Motivo();
+    esito.interruzione = " è stato richiesto, ma " + persa.Motivo();
   }
   if (esito.interruzione.empty() && !canale.stato && canale.segnale.empty()) {
     esito.interruzione = " è finito senza che l'host ne dicesse l'esito";

@@ -17,8 +17,8 @@ struct EsitoRemoto {
                             ///< host is not known then, and the connection must not be used any more
 };
 
-/// Opens the channel for one program; nothing is started yet.
-[[nodiscard]] std::unique_ptr<Canale> PreparaProgramma(Sessione& sessione);
+/// Opens the channel for one program, at most until `termine`; nothing is started yet.
+[[nodiscard]] std::unique_ptr<Canale> PreparaProgramma(Sessione& sessione, Termine termine);
 
 /// Runs a command line with an empty standard input and waits for its end. Raises `RichiestaRifiutata` when the host
 /// did not start it. Every other failure is told in the result: the program may have been started.

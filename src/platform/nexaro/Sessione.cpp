@@ -96,6 +96,11 @@ bool Sessione::LimitaAttesa() const {
          ssh_options_set(Grezza(), SSH_OPTIONS_TIMEOUT_USEC, &micro) == SSH_OK;
 }
 
+Termine Sessione::TermineSaluto() const {
+  static constexpr std::chrono::milliseconds AttesaSaluto{10000};
+  return Orologio::now() + std::min(attesa_, AttesaSaluto);
+}
+
 void Sessione::Attiva() {
   ssh_set_blocking(Grezza(), 0);
   evento_.reset(ssh_event_new());

@@ -54,6 +54,8 @@ class Sessione {
   [[nodiscard]] const std::string& Host() const { return host_; }
   [[nodiscard]] std::chrono::milliseconds Attesa() const { return attesa_; }
   [[nodiscard]] Termine NuovoTermine() const { return Orologio::now() + attesa_; }
+  /// When a connection that was silent before, and is asked for a sign of life, is given up to be opened anew.
+  [[nodiscard]] Termine TermineSaluto() const;
 
   /// While connecting: lets libssh wait no longer than what is left of the wait for the connection; false when nothing
   /// is left.
@@ -71,9 +73,9 @@ class Sessione {
   /// Handles what has arrived without waiting.
   void ServeSubito();
 
-  /// Repeats a call of libssh until it has its answer. Raises `ConnessionePersa` or `RichiestaRifiutata`.
-  template <typename Chiamata> void Ripeti(Chiamata chiamata) {
-    const auto termine = NuovoTermine();
+  /// Repeats a call of libssh until it has its answer, at most until `termine`. Raises `ConnessionePersa` or
+  /// `RichiestaRifiutata`.
+  template <typename Chiamata> void Ripeti(Termine termine, Chiamata chiamata) {
     for (;;) {
       const int esito = chiamata();
       if (esito == SSH_OK) {

@@ -107,7 +107,7 @@ bool AttributiSftp::IsOrdinario() const {
   return !permessi || (*permessi & S_IFMT) == 0 || S_ISREG(*permessi);
 }
 
-Sftp::Sftp(Sessione& sessione) : canale_(sessione, MassimoInArrivo, MassimoErroriMostrati) {
+Sftp::Sftp(Sessione& sessione) : canale_(sessione, sessione.NuovoTermine(), MassimoInArrivo, MassimoErroriMostrati) {
   canale_.AvviaSottosistema("sftp");
   Presentati();
 }
@@ -235,8 +235,9 @@ void Sftp::Rinomina(std::string_view percorso, std::string_view nuovo) {
   AttendiEsito(Chiedi(CambioNome, CorpoSftp().Testo(percorso).Testo(nuovo)));
 }
 
-void Sftp::Saluta(std::chrono::milliseconds attesa) {
-  static_cast<void>(Attendi(Chiedi(PercorsoReale, CorpoSftp().Testo(".")), Orologio::now() + attesa));
+void Sftp::Saluta() {
+  const auto termine = canale_.SuaSessione().TermineSaluto();
+  static_cast<void>(Attendi(Chiedi(PercorsoReale, CorpoSftp().Testo(".")), termine));
 }
 
 std::uint32_t Sftp::ChiediScrittura(std::string_view handle, std::uint64_t posto, std::string_view dati) {

@@ -80,8 +80,8 @@ class Sftp {
   /// Puts `nuovo` in the place of whatever has that name, in one step. Where the host cannot do that, a name that is
   /// taken is refused.
   void Rinomina(std::string_view percorso, std::string_view nuovo);
-  /// Asks for an answer that changes nothing.
-  void Saluta(std::chrono::milliseconds attesa);
+  /// Asks for a sign of life.
+  void Saluta();
 
   // The requests of a transfer, whose answers are fetched later with the returned number.
   [[nodiscard]] std::uint32_t ChiediScrittura(std::string_view handle, std::uint64_t posto, std::string_view dati);
