@@ -31,13 +31,14 @@ inline const std::string& TabelleContabili() {
   return script;
 }
 
-/// A database of the accounting tables, of the kind `genere`. Its own statements are not told to the services'
-/// listener.
+/// A database of the accounting tables, of the kind `genere`; `tabelle` creates them. Its own statements are not told
+/// to the services' listener.
 class BaseDati {
  public:
-  BaseDati(std::string_view genere, const std::string& dati) : contesto_(&test::databaseContext(genere)) {
+  BaseDati(std::string_view genere, const std::string& dati, const std::string& tabelle = TabelleContabili())
+      : contesto_(&test::databaseContext(genere)) {
     const ServiziSostituiti silenzio(Servizi{});
-    base_ = contesto_->create(TabelleContabili() + dati);
+    base_ = contesto_->create(tabelle + dati);
   }
 
   /// What is different in a database of this kind.

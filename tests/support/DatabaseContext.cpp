@@ -66,9 +66,9 @@ class PostgresContext final : public DatabaseContext {
     static const Quirks all{.fixedText = FixedText::Padded,
                             .blanksAtTheEndCount = true,
                             .lowersNames = true,
-                            .missingTable = noSuchTable,
+                            .missingTable = driverFailure,
                             .missingColumn = driverFailure,
-                            .syntax = badStatement,
+                            .syntax = driverFailure,
                             .duplicateKey = violated,
                             .tooLong = outOfRange};
     return all;

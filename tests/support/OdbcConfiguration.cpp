@@ -4,9 +4,11 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace lumoscad::test {
 
@@ -17,13 +19,37 @@ OdbcConfiguration& OdbcConfiguration::instance() {
   return unique;
 }
 
+namespace {
+
+std::string setting(const char* name, const std::string& otherwise) {
+  const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): read before any thread is started
+  return value == nullptr || *value == '\0' ? otherwise : std::string(value);
+}
+
+/// The text of the first of the files that can be read; empty where there is none.
+std::string firstOf(const std::vector<fs::path>& files) {
+  for (const fs::path& file : files)
+    if (std::ifstream stream(file); stream)
+      return std::string{std::istreambuf_iterator<char>(stream), {}} + '\n';
+  return {};
+}
+
+} // namespace
+
 OdbcConfiguration::OdbcConfiguration() {
+  std::string sources;
+  std::string drivers;
+  if (!setting("LUMOSCAD_PROVA_DB2", "").empty()) {
+    const fs::path system = setting("ODBCSYSINI", "/etc");
+    sources = firstOf({setting("ODBCINI", ""), fs::path(setting("HOME", "/")) / ".odbc.ini", system / "odbc.ini"});
+    drivers = firstOf({system / setting("ODBCINSTINI", "odbcinst.ini")});
+  }
   std::string pattern = (fs::temp_directory_path() / "lumoscad-odbc-XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr)
     throw std::runtime_error("no temporary directory");
   directory_ = pattern;
-  std::ofstream(directory_ / "odbcinst.ini") << "";
-  std::ofstream(directory_ / "odbc.ini") << "";
+  std::ofstream(directory_ / "odbcinst.ini") << drivers;
+  std::ofstream(directory_ / "odbc.ini") << sources;
   setenv("ODBCSYSINI", directory_.c_str(), 1);
   setenv("ODBCINSTINI", "odbcinst.ini", 1);
   setenv("ODBCINI", (directory_ / "odbc.ini").c_str(), 1);

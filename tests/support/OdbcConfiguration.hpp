@@ -9,9 +9,10 @@
 namespace lumoscad::test {
 
 /// The ODBC configuration of the test process: a directory of its own with odbc.ini and odbcinst.ini, to which the
-/// process is pointed by environment variables, removed at its end. Nothing of the machine's configuration is seen.
-/// The driver manager remembers where it looked first, so there is one for the process; the names of data sources
-/// are therefore never used twice.
+/// process is pointed by environment variables, removed at its end. Nothing of the machine's configuration is seen,
+/// unless LUMOSCAD_PROVA_DB2 names data sources in it: the two files then begin as copies of the machine's. The driver
+/// manager remembers where it looked first, so there is one for the process; the names of data sources are therefore
+/// never used twice.
 class OdbcConfiguration {
  public:
   using Settings = std::vector<std::pair<std::string, std::string>>;
