@@ -60,6 +60,15 @@ class Ado : public testing::TestWithParam<const char*> {
     rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "CHIAVE"});
     return rows;
   }
+  /// What `connection` says when it does not open; empty when it does.
+  static std::string refusal(Connection& connection) {
+    try {
+      connection.Open();
+    } catch (const ErroreRuntime& error) {
+      return error.Descrizione();
+    }
+    return "";
+  }
   static ErroreRuntime failure(const std::function<void()>& action) {
     try {
       action();

@@ -70,7 +70,9 @@ class PostgresContext final : public DatabaseContext {
                             .missingColumn = driverFailure,
                             .syntax = driverFailure,
                             .duplicateKey = violated,
-                            .tooLong = outOfRange};
+                            .tooLong = outOfRange,
+                            .refused = "password authentication failed",
+                            .lost = "terminating connection"};
     return all;
   }
   std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
@@ -80,6 +82,10 @@ class PostgresContext final : public DatabaseContext {
             "CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW WHEN (" + condition +
                 ") EXECUTE FUNCTION FERMA()"};
   }
+  std::string createAccount(const std::string& name, const std::string& password) const override {
+    return "CREATE ROLE " + name + " LOGIN PASSWORD '" + password + "'";
+  }
+  std::string dropAccount(const std::string& name) const override { return "DROP ROLE " + name; }
   void dropConnections(const TestDatabase& database) const override { postgres().dropConnections(database.source); }
 
  private:
@@ -105,7 +111,9 @@ class MariaDbContext final : public DatabaseContext {
                             .missingColumn = driverFailure,
                             .syntax = badStatement,
                             .duplicateKey = violated,
-                            .tooLong = outOfRange};
+                            .tooLong = outOfRange,
+                            .refused = "Access denied",
+                            .lost = "Lost connection|was killed|gone away"};
     return all;
   }
   std::string longText() const override { return "LONGTEXT"; }
@@ -121,6 +129,10 @@ class MariaDbContext final : public DatabaseContext {
     return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW IF " + condition +
             " THEN SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT='" + message + "'; END IF"};
   }
+  std::string createAccount(const std::string& name, const std::string& password) const override {
+    return "GRANT SELECT ON *.* TO " + name + "@'%' IDENTIFIED BY '" + password + "'";
+  }
+  std::string dropAccount(const std::string& name) const override { return "DROP USER " + name + "@'%'"; }
   void dropConnections(const TestDatabase& database) const override { mariaDb().dropConnections(database.source); }
 
  private:

@@ -46,7 +46,9 @@ struct Quirks {
   int missingColumn = 0;
   int syntax = 0;
   int duplicateKey = 0;
-  int tooLong = 0; ///< 0: the column takes it
+  int tooLong = 0;          ///< 0: the column takes it
+  const char* refused = ""; ///< what a server says of a wrong password
+  const char* lost = "";    ///< pattern of what is said of a connection that it ended
 };
 
 /// A kind of database: creates databases and answers for what is different in them.
@@ -78,6 +80,11 @@ class DatabaseContext {
   /// the condition OLD is the row.
   [[nodiscard]] virtual std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
                                                               const std::string& message) const = 0;
+  /// The statements that create an account that may read, and remove it; empty where accounts are not the server's.
+  [[nodiscard]] virtual std::string createAccount(const std::string& /*name*/, const std::string& /*password*/) const {
+    return {};
+  }
+  [[nodiscard]] virtual std::string dropAccount(const std::string& /*name*/) const { return {}; }
   /// Ends every connection to the database but the caller's, as a failure of the server would. Raises where there is
   /// no server.
   virtual void dropConnections(const TestDatabase& database) const;

@@ -88,7 +88,9 @@ const Quirks& Db2Context::quirks() const noexcept {
                           .missingColumn = -2147467259,
                           .syntax = -2147217900,
                           .duplicateKey = -2147217873,
-                          .tooLong = -2147217833};
+                          .tooLong = -2147217833,
+                          .refused = "SQL30082N",
+                          .lost = "SQL1224N"};
   return all;
 }
 
