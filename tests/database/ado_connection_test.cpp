@@ -118,6 +118,43 @@ TEST_P(AdoServer, RaisesWhenTheServerIsLostBeforeACommit) {
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
 }
 
+/// Settings of a MariaDB data source that change what the driver tells.
+class AdoMariaDbOptions : public Ado {
+ protected:
+  void reopen(const test::OdbcConfiguration::Settings& settings) {
+    connection_.Close();
+    connection_.ConnectionString =
+        test::mariaDb().connectionText(test::mariaDb().addSource(database_->schema, 0, settings));
+    connection_.Open();
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Databases, AdoMariaDbOptions, testing::Values("mariadb"));
+
+TEST_P(AdoMariaDbOptions, WorkWithTheRowsThatAnUpdateMeetsAndWithThoseThatItChanges) {
+  std::int64_t affected = -1;
+  const std::string same = "UPDATE EVENTI SET SOSPESA='N' WHERE CHIAVE=1";
+  command(connection_, same).Execute(&affected);
+  EXPECT_EQ(affected, 0) << "the driver counts the rows that became different";
+  constexpr const char* foundRows = "2";
+  reopen({{"OPTION", foundRows}});
+  command(connection_, same).Execute(&affected);
+  EXPECT_EQ(affected, 1) << "the driver counts the rows that were found";
+  Recordset rows = editable(connection_, "CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue("N");
+  EXPECT_NO_THROW(rows.Update());
+}
+
+TEST_P(AdoMariaDbOptions, WorkWithTextsOfFixedLengthThatComeBackPadded) {
+  reopen({{"INITSTMT", "SET sql_mode=CONCAT(@@sql_mode,',PAD_CHAR_TO_FULL_LENGTH')"}});
+  EXPECT_EQ(single("SELECT CODICE FROM EVENTI WHERE CHIAVE=2"), " B2   ");
+  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE CODICE=?", {" B2   "}), "2");
+  Recordset rows = editable(connection_, "CHIAVE=2", "CHIAVE,CODICE");
+  rows.Fields("CODICE").SetValue("C");
+  EXPECT_NO_THROW(rows.Update());
+  EXPECT_EQ(single("SELECT CODICE FROM EVENTI WHERE CHIAVE=2"), "C     ");
+}
+
 TEST_P(Ado, NeverReportsASpoiledTransactionAsCommitted) {
   connection_.BeginTrans();
   connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
