@@ -73,7 +73,8 @@ int freePort() {
 
 fs::path serverDirectory(std::string_view name) {
   const fs::path here = fs::current_path();
-  return (open(here) ? here : fs::temp_directory_path()) / (std::string(name) + "-" + std::to_string(getpid()));
+  return (geteuid() != 0 || open(here) ? here : fs::temp_directory_path()) /
+         (std::string(name) + "-" + std::to_string(getpid()));
 }
 
 void prepareDirectory(const fs::path& directory, const std::string& user) {

@@ -12,7 +12,7 @@ namespace lumoscad::test {
 [[nodiscard]] int freePort();
 
 /// The path for the data of a server, "`name`-<process>": in the working directory, which is the build folder under the
-/// test runner, or in the temporary one where not every user may enter it.
+/// test runner, or in the temporary one where the server's user could not enter it.
 [[nodiscard]] std::filesystem::path serverDirectory(std::string_view name);
 
 /// Makes `directory` anew, empty and private to the server's user.
