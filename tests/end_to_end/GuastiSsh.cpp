@@ -102,7 +102,7 @@ GuastiSsh::GuastiSsh() : Guasti(Trasporto::Ssh), proxy(demo.Ssh().Porta()), dopo
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
 }
 
-GuastiSsh::~GuastiSsh() {
+void GuastiSsh::TearDown() {
   for (auto& agguato : agguati_) {
     EXPECT_TRUE(agguato.get()) << "the point of the fault was not reached";
   }

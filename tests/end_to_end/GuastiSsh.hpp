@@ -19,7 +19,7 @@ class GuastiSsh : public Guasti {
   using Azione = ProxyByte::Azione;
 
   GuastiSsh();
-  ~GuastiSsh() override;
+  void TearDown() override;
 
   /// Runs the command on the real back end; what it started, answered and left is taken down under the name `guasto`.
   void Prova(const std::string& guasto);

@@ -38,6 +38,7 @@ constexpr int PorteTentate = 20;
 
 pid_t Lancia(std::vector<std::string> parole, const fs::path& uscita) {
   std::vector<char*> argomenti;
+  argomenti.reserve(parole.size() + 1);
   for (auto& parola : parole) {
     argomenti.push_back(parola.data());
   }
@@ -140,10 +141,10 @@ bool ServerSsh::Disponibile() {
   return fs::exists(Sshd) && fs::exists(SshKeygen);
 }
 
-ServerSsh::ServerSsh(fs::path cartella) : ServerSsh(std::move(cartella), Opzioni()) {}
+ServerSsh::ServerSsh(const fs::path& cartella) : ServerSsh(cartella, Opzioni()) {}
 
-ServerSsh::ServerSsh(fs::path cartella, Opzioni opzioni)
-    : cartella_(fs::absolute(std::move(cartella))), opzioni_(std::move(opzioni)), utente_(NomeUtente()) {
+ServerSsh::ServerSsh(const fs::path& cartella, Opzioni opzioni)
+    : cartella_(fs::absolute(cartella)), opzioni_(std::move(opzioni)), utente_(NomeUtente()) {
   fs::remove_all(cartella_);
   fs::create_directories(cartella_);
   fs::permissions(cartella_, fs::perms::owner_all);

@@ -25,8 +25,8 @@ class ServerSsh {
 
   /// Creates `cartella`, which is removed first and again at the end, and starts the server. Raises when it does not
   /// come up within half a minute.
-  explicit ServerSsh(std::filesystem::path cartella);
-  ServerSsh(std::filesystem::path cartella, Opzioni opzioni);
+  explicit ServerSsh(const std::filesystem::path& cartella);
+  ServerSsh(const std::filesystem::path& cartella, Opzioni opzioni);
   ServerSsh(const ServerSsh&) = delete;
   ServerSsh& operator=(const ServerSsh&) = delete;
   ~ServerSsh();
