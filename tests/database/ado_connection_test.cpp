@@ -145,6 +145,13 @@ TEST_P(AdoMariaDbOptions, WorkWithTheRowsThatAnUpdateMeetsAndWithThoseThatItChan
   EXPECT_NO_THROW(rows.Update());
 }
 
+TEST_P(AdoMariaDbOptions, LeaveTextsInUtf8) {
+  reopen({{"CHARSET", "latin1"}});
+  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €");
+  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {"Società àèìòù €"}), "1");
+  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE='Società àèìòù €'"), "1");
+}
+
 TEST_P(AdoMariaDbOptions, WorkWithTextsOfFixedLengthThatComeBackPadded) {
   reopen({{"INITSTMT", "SET sql_mode=CONCAT(@@sql_mode,',PAD_CHAR_TO_FULL_LENGTH')"}});
   EXPECT_EQ(single("SELECT CODICE FROM EVENTI WHERE CHIAVE=2"), " B2   ");

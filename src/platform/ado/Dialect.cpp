@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view connectionId = "SELECT CONNECTION_ID()";
 
 // MariaDB is brought to what the others do by themselves:
-// - Texts are UTF-8, whatever the process's locale. (The driver refuses the statement that says this in two words.)
+// - Texts are UTF-8, whatever the data source says. (The driver refuses the statement that says this in two words.)
 // - A backslash in a quoted text is a letter. It must not swallow the quote that ends a filter.
 // - A date or text that does not fit is an error, not a NULL date or a cut text.
 // - A row is read as it is now. At MariaDB's own level a transaction counts the rows as they were at its first query,
