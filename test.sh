@@ -2,14 +2,17 @@
 # Installs what is missing, builds and runs every check and every test.
 #   ./test.sh           everything
 #   ./test.sh --veloce  only the release build and its tests
+#   ./test.sh --affidabilita [SECTION...]  the figures of scripts/affidabilita.sh, and nothing else
 set -euo pipefail
 cd "$(dirname "$0")"
 
 veloce=no
+affidabilita=no
 case "${1:-}" in
   "") ;;
   --veloce) veloce=si ;;
-  *) echo "uso: ./test.sh [--veloce]" >&2; exit 2 ;;
+  --affidabilita) affidabilita=si; shift ;;
+  *) echo "uso: ./test.sh [--veloce | --affidabilita [SEZIONE...]]" >&2; exit 2 ;;
 esac
 
 processori=$(nproc)
@@ -38,6 +41,12 @@ controlla_formato() {
 passo "dipendenze"
 scripts/dipendenze.sh
 mkdir -p "$registri"
+
+if [ "$affidabilita" = si ]; then
+  passo "compilazione: release"
+  costruisci release
+  exec scripts/affidabilita.sh "$@"
+fi
 
 if [ "$veloce" = no ]; then
   passo "formato"
