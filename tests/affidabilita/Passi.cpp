@@ -31,7 +31,7 @@ Contatore& Il() {
 /// The verb of a statement and the table that it is about.
 std::string Nome(std::string_view testo) {
   const auto parola = [](std::string_view resto) { return std::string(resto.substr(0, resto.find_first_of(" ,)"))); };
-  const std::string verbo = parola(testo);
+  std::string verbo = parola(testo);
   if (testo.find("pg_backend") != std::string_view::npos) {
     return verbo + " of the server's session";
   }

@@ -55,7 +55,7 @@ std::vector<char*> Puntatori(Testi& testi) {
 }
 
 fs::path PreparaCartella(const std::string& nome) {
-  const fs::path base = fs::path(LUMOSCAD_CARTELLA_PROVE) / (nome + "-" + std::to_string(::getpid()));
+  fs::path base = fs::path(LUMOSCAD_CARTELLA_PROVE) / (nome + "-" + std::to_string(::getpid()));
   fs::remove_all(base);
   for (const char* cartella : {"host/tmp", "host/programmi", "host/registro"}) {
     fs::create_directories(base / cartella);
@@ -89,13 +89,14 @@ Famiglia::Famiglia(const Testi& argomenti, const Testi& ambiente, const fs::path
   parole.insert(parole.end(), ambiente.begin(), ambiente.end());
   parole.insert(parole.end(), argomenti.begin(), argomenti.end());
   const auto puntatori = Puntatori(parole);
-  guardiano_ = ::fork();
-  if (guardiano_ < 0) {
+  const pid_t guardiano = ::fork();
+  if (guardiano < 0) {
     throw std::system_error(errno, std::generic_category(), "fork");
   }
-  if (guardiano_ == 0) {
+  if (guardiano == 0) {
     Custodisci(puntatori.data(), ingresso.c_str(), errori.c_str());
   }
+  guardiano_ = guardiano;
 }
 
 Famiglia::Famiglia(Famiglia&& altra) noexcept : guardiano_(std::exchange(altra.guardiano_, -1)) {}
