@@ -83,7 +83,7 @@ void ComandoNudo::Collega() {
   for (const std::size_t spazio : spazi_) {
     larga += spazio + sizeof(SQLLEN);
   }
-  const std::size_t blocco = std::clamp<std::size_t>(ByteDelBlocco / larga, 1, righe_);
+  const std::size_t blocco = std::clamp<std::size_t>(ByteDelBlocco / std::max<std::size_t>(larga, 1), 1, righe_);
   testi_ = std::make_unique_for_overwrite<char[]>(larga * blocco);
   righe_ = blocco;
   lunghezze_.resize(spazi_.size() * blocco);
