@@ -183,6 +183,12 @@ DatabaseContext& databaseContext(std::string_view kind) {
   throw std::invalid_argument("no such kind of database: " + std::string(kind));
 }
 
+std::string replaced(std::string text, std::string_view from, std::string_view to) {
+  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+    text.replace(at, from.size(), to);
+  return text;
+}
+
 PostgresServer& postgres() {
   static PostgresServer server(serverDirectory("postgres"));
   return server;

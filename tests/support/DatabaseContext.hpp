@@ -99,6 +99,9 @@ class DatabaseContext {
 /// The context of a kind; a server is started on its first use and ends with the process.
 [[nodiscard]] DatabaseContext& databaseContext(std::string_view kind);
 
+/// `text` with every `from` in it turned into `to`.
+[[nodiscard]] std::string replaced(std::string text, std::string_view from, std::string_view to);
+
 /// The one PostgreSQL server of the process.
 [[nodiscard]] PostgresServer& postgres();
 /// The one MariaDB server of the process.

@@ -3,7 +3,6 @@
 #include "platform/ado/Ado.hpp"
 
 #include <cstdlib>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -78,7 +77,7 @@ std::unique_ptr<TestDatabase> Db2Context::create(const std::string& script) {
   database->password = password_;
   database->schema = emptied(*database);
   if (!script.empty())
-    runScript(database->connectionText(), std::regex_replace(script, std::regex("\\bTEXT\\b"), longText()));
+    runScript(database->connectionText(), replaced(script, " TEXT", " " + longText()));
   return database;
 }
 
