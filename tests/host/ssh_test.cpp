@@ -3,6 +3,7 @@
 #include "BancoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -197,6 +198,21 @@ TEST_F(SshSemplice, RefusedWriteLeavesNoHalfFile) {
   const auto errore = ErroreDi([this] { Invia("T01", std::string(200000, 'x')); });
   EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
   EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(SshSemplice, FullDiskIsSaidAndLeavesNoHalfFile) {
+  // The file service sees a tiny disk of its own, where the system lets it have one.
+  const std::string disco = "exec unshare -rm sh -c 'mount -t tmpfs -o size=64k tmpfs \"$0\" && exec ";
+  if (std::system((disco + "true' /tmp 2>/dev/null").c_str()) != 0) {
+    GTEST_SKIP() << "no mount of one's own here";
+  }
+  Offri(prove::ScriviProgramma(base / "piccolo", disco + "/usr/lib/openssh/sftp-server' '" + base / "host" + "'"));
+  EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(300000, 'x')); }).Descrizione(),
+              HasSubstr("spazio esaurito sull'host"));
+  // There would be no room for this beside a half file.
+  Invia("T02", std::string(50000, 'x'));
+  collegamento->RiceviFile(Host, base / "host/T02", base / "locale/ritorno", testo);
+  EXPECT_EQ(fs::file_size(base / "locale/ritorno"), 50000U);
 }
 
 TEST_F(SshSemplice, MissingFileServiceIsSaid) {

@@ -112,8 +112,11 @@ void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sor
   } catch (const ConnessionePersa&) {
     throw;
   } catch (const ErroreSftp& errore) {
+    // The space is looked at while the half file still takes it up.
+    sftp.AttendiTutte();
+    const auto spiegato = ErroreScrittura(sftp, percorso, errore);
     Rimuovi(sftp, handle, percorso);
-    throw ErroreScrittura(sftp, percorso, errore);
+    throw spiegato;
   } catch (...) {
     Rimuovi(sftp, handle, percorso);
     throw;
