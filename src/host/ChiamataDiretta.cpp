@@ -3,9 +3,28 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "database/procedureLumoDB2.hpp"
+#include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
 
 namespace lumoscad {
+namespace {
+
+/// Removes the request from the host. By then the program has run: a failure must not look as if nothing had happened.
+void TogliRichiesta(nexaro::HostLink& host, const RichiestaHost& richiesta, bool accettata) {
+  try {
+    host.CancellaFile(richiesta.hostIP, richiesta.nomi.remoto);
+    host.CancellaFile(richiesta.hostIP, richiesta.nomi.Completo());
+  } catch (...) {
+    const ErroreRuntime errore = ErroreCorrente();
+    if (!accettata) {
+      throw;
+    }
+    throw ErroreRuntime(errore.Numero(), errore.Testo() + " L'host ha già accettato la richiesta: prima di ripetere il "
+                                                          "comando controllare che cosa ne è nella base dati.");
+  }
+}
+
+} // namespace
 
 NomiRichiesta NomiPerRichiesta() {
   const nexaro::Ambiente& ambiente = servizi().ambiente();
@@ -27,8 +46,7 @@ std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& r
   host.RinominaFile(richiesta.hostIP, nomi.remoto, nomi.Completo(), testo);
   host.EseguiProgramma(richiesta.hostIP, ProgrammaHost, richiesta.parametri, risposta);
   std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, stato().Risposta.get());
-  host.CancellaFile(richiesta.hostIP, nomi.remoto);
-  host.CancellaFile(richiesta.hostIP, nomi.Completo());
+  TogliRichiesta(host, richiesta, risultato.empty());
   desktop.ImpostaPuntatore(Puntatore::Predefinito);
   desktop.EventiInAttesa();
   return risultato;

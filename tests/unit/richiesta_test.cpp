@@ -210,11 +210,21 @@ TEST_F(Richiesta, OgniPassoFallitoDiventaUnErroreConNumeroETesto) {
   for (const char* passo : {"Invia", "Rinomina", "Esegui", "Cancella"}) {
     banco_.host.operazioni.clear();
     GuastoA(passo);
-    EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: " + std::string(passo));
+    EXPECT_THAT(Fallisce(CambioScadenza()), StartsWith(std::string("75 Guasto: ") + passo));
     EXPECT_THAT(banco_.host.operazioni.back(), StartsWith(passo)) << "dopo il guasto non si chiede altro all'host";
     EXPECT_TRUE(NienteInLocale()) << passo;
     EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito) << passo;
   }
+}
+
+TEST_F(Richiesta, UnaPuliziaFallitaDiceCheLHostHaGiaAccettato) {
+  GuastoA("Cancella");
+  EXPECT_EQ(
+      Fallisce(CambioScadenza()),
+      "75 Guasto: Cancella L'host ha già accettato la richiesta: prima di ripetere il comando controllare che cosa "
+      "ne è nella base dati.");
+  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella") << "un rifiuto non ha cambiato nulla";
 }
 
 TEST_F(Richiesta, UnaChiamataInterrottaLasciaIFileSullHost) {
