@@ -1,7 +1,7 @@
 #include "Pagina.hpp"
 
-#include <regex>
 #include <sstream>
+#include <string_view>
 
 namespace lumoscad::prova {
 namespace {
@@ -64,14 +64,19 @@ std::string Tabella(const Testi& passi, const std::vector<Osservazione>& viste) 
 }
 
 std::vector<Linea> LeggiTabella(const std::string& sezione) {
-  static const std::regex forma(R"(\| (.*?)(?: – (.*?))? \| (.*) \|)");
+  constexpr std::string_view fra = " – ";
   std::vector<Linea> linee;
   std::istringstream flusso(sezione);
   for (std::string riga; std::getline(flusso, riga);) {
-    std::smatch parti;
-    if (std::regex_match(riga, parti, forma) && !riga.starts_with("| Killed at ") && !riga.starts_with("| ---")) {
-      linee.push_back({parti[1].str(), parti[2].matched ? parti[2].str() : parti[1].str(), parti[3].str()});
+    const auto fine = riga.find(" | ");
+    if (!riga.starts_with("| ") || fine == std::string::npos || riga.starts_with("| Killed at ") ||
+        riga.starts_with("| ---")) {
+      continue;
     }
+    const std::string passi = riga.substr(2, fine - 2);
+    const auto mezzo = passi.find(fra);
+    linee.push_back({passi.substr(0, mezzo), mezzo == std::string::npos ? passi : passi.substr(mezzo + fra.size()),
+                     riga.substr(fine + 3, riga.size() - fine - 5)});
   }
   return linee;
 }

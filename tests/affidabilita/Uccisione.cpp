@@ -3,8 +3,8 @@
 #include "Campi.hpp"
 
 #include <algorithm>
-#include <regex>
 #include <stdexcept>
+#include <string_view>
 
 namespace lumoscad::prova {
 
@@ -26,15 +26,36 @@ bool Accettata(const fs::path& registro) {
   return std::any_of(righe.begin(), righe.end(), [](const std::string& r) { return r.starts_with("ACCETTATA"); });
 }
 
-/// Names without what differs from run to run: process numbers and times.
-Testi Anonimi(const Testi& nomi) {
-  static const std::regex tempo(R"((T\d\d)\d{14})");
-  static const std::regex provvisorio(R"(\.lumoscad-\d+-\d+)");
-  Testi anonimi;
-  for (const std::string& nome : nomi) {
-    anonimi.push_back(std::regex_replace(std::regex_replace(nome, tempo, "$1…"), provvisorio, ".lumoscad-…"));
+/// Names without what differs from run to run: times and process numbers.
+Testi Anonimi(Testi nomi) {
+  constexpr std::size_t Sigla = 3;
+  constexpr std::size_t CifreTempo = 14;
+  constexpr std::string_view provvisorio = ".lumoscad-";
+  for (std::string& nome : nomi) {
+    if (nome.starts_with(Ucciso)) {
+      nome.replace(Sigla, CifreTempo, "…");
+    } else if (nome.starts_with(provvisorio)) {
+      nome = std::string(provvisorio) + "…";
+    }
   }
-  return anonimi;
+  return nomi;
+}
+
+/// A box on one line, without the time at which a lock was taken.
+std::string Anonimo(const std::string& box) {
+  constexpr std::string_view data = "Data : ";
+  constexpr std::size_t LunghezzaOra = std::string_view("21/11/2026   Ora : 16:42").size();
+  std::string testo;
+  for (const char c : box) {
+    const bool fine = c == '\r' || c == '\n';
+    if (!fine || !testo.ends_with(' ')) {
+      testo += fine ? ' ' : c;
+    }
+  }
+  if (const auto posto = testo.find(data); posto != std::string::npos) {
+    testo.replace(posto + data.size(), LunghezzaOra, "…");
+  }
+  return testo;
 }
 
 } // namespace
@@ -72,11 +93,6 @@ Testi Uccisione::Stato() {
     righe.insert(righe.end(), altre.begin(), altre.end());
   }
   return righe;
-}
-
-std::string Uccisione::Anonimo(std::string testo) const {
-  testo = std::regex_replace(testo, std::regex(R"(\d\d/\d\d/\d{4}   Ora : \d\d:\d\d)"), "…");
-  return std::regex_replace(testo, std::regex("[\r\n]+"), " ");
 }
 
 std::string Uccisione::Altro() {

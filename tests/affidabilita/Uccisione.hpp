@@ -47,7 +47,6 @@ class Uccisione {
  private:
   void Ripristina();
   [[nodiscard]] Testi Stato();
-  [[nodiscard]] std::string Anonimo(std::string testo) const;
   /// Runs the command on the second terminal and says what it came to.
   [[nodiscard]] std::string Altro();
   void TogliResti() const;
