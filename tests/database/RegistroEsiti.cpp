@@ -17,7 +17,7 @@ class StampaEsiti final : public testing::Environment {
  public:
   void TearDown() override {
     const std::string tabelle = RegistroEsiti::Unico().Tabelle();
-    std::cout << tabelle;
+    std::cout << tabelle << '\n' << RegistroEsiti::Unico().Riassunto();
     std::ofstream(LUMOSCAD_ESITI) << tabelle;
   }
 };
@@ -81,6 +81,19 @@ void RegistroEsiti::Annota(EsitoProvato esito) {
 void RegistroEsiti::AnnotaGuasto(std::string base, std::string guasto, std::string messaggio, std::string tiene,
                                  double secondi) {
   guasti_.push_back({std::move(base), std::move(guasto), std::move(messaggio), std::move(tiene), secondi});
+}
+
+std::string RegistroEsiti::Riassunto() const {
+  const auto quanti = [this](auto vale) { return std::to_string(std::count_if(esiti_.begin(), esiti_.end(), vale)); };
+  const auto dice = [](const char* detto) { return [detto](const EsitoProvato& e) { return e.detto == detto; }; };
+  return "esiti: " + std::to_string(esiti_.size()) + " prove, " + std::to_string(guasti_.size()) +
+         " altri guasti; dette applicate " + quanti(dice("applicata")) + ", non applicate " +
+         quanti(dice("non applicata")) + ", sconosciute " + quanti(dice("sconosciuta")) + "; a metà " +
+         quanti([](const EsitoProvato& e) { return e.tiene != "come prima" && e.tiene != "tutta"; }) +
+         ", dette applicate e non tenute " +
+         quanti([](const EsitoProvato& e) { return e.detto == "applicata" && e.tiene != "tutta"; }) +
+         ", dette non applicate e tenute " +
+         quanti([](const EsitoProvato& e) { return e.detto == "non applicata" && e.tiene != "come prima"; }) + "\n";
 }
 
 std::string RegistroEsiti::Tabelle() const {

@@ -25,6 +25,8 @@ class RegistroEsiti {
   /// A fault other than a cut: database, fault, the message's first lines, what the database holds, seconds taken.
   void AnnotaGuasto(std::string base, std::string guasto, std::string messaggio, std::string tiene, double secondi);
   [[nodiscard]] std::string Tabelle() const;
+  /// One line of figures, which begins with "esiti: ".
+  [[nodiscard]] std::string Riassunto() const;
 
  private:
   struct Guasto {

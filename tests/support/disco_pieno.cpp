@@ -47,6 +47,7 @@ bool isFull(int file, off64_t end) {
 } // namespace
 
 // Both names of a call are taken: programs are built for one or the other. Offsets have 64 bits in either.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's names are reserved
 extern "C" {
 
 ssize_t pwrite64(int file, const void* data, size_t size, off64_t offset) {
@@ -75,3 +76,4 @@ int fallocate(int file, int mode, off_t offset, off_t size) {
   return fallocate64(file, mode, offset, size);
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
