@@ -3,9 +3,11 @@
 #include "BancoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
+#include <csignal>
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace lumoscad {
@@ -324,6 +326,38 @@ TEST_F(SshConnessione, ServerThatIsGoneIsSaidAndFoundAgainLater) {
   server->Riavvia();
   Invia("T03", "x");
   EXPECT_THAT(NomiIn("host"), ElementsAre("T01", "T03"));
+}
+
+/// A host whose end of the connection stands still, and nobody says so.
+class SshSilenzio : public SshConnessione {
+ protected:
+  void SetUp() override {
+    SshConnessione::SetUp();
+    impostazioni.attesa = std::chrono::seconds(5);
+    Collega();
+    Programma("echo x >>'" + base / "avvii" + "'; echo \"<A>$PPID</A>\"");
+    Invia("T01", "x");
+    capo = std::stoi(Risposta()->valore);
+  }
+  void TearDown() override { ::kill(capo, SIGKILL); }
+  void Taci() const {
+    ASSERT_EQ(::kill(capo, SIGSTOP), 0);
+    // Longer than the component trusts an answer.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  }
+  pid_t capo = 0; ///< the server's process for the connection
+};
+
+TEST_F(SshSilenzio, SilentConnectionIsOpenedAgainForAFile) {
+  Taci();
+  collegamento->CancellaFile(Host, base / "host/T01");
+  EXPECT_THAT(NomiIn("host"), IsEmpty());
+}
+
+TEST_F(SshSilenzio, SilentConnectionIsOpenedAgainForAProgramThatThenStartsOnce) {
+  Taci();
+  EXPECT_NE(std::stoi(Risposta()->valore), capo);
+  EXPECT_EQ(prove::Leggi(base / "avvii"), "x\nx\n") << "once before, once now";
 }
 
 TEST_F(SshConnessione, ProgramWhoseConnectionBreaksIsNotStartedAgain) {

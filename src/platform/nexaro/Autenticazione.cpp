@@ -84,7 +84,7 @@ class Accesso {
                        "l'accesso con la sola chiave.");
     }
     if (esito == SSH_AUTH_ERROR && ssh_is_connected(sessione_.Grezza()) == 0) {
-      Annota("il collegamento è stato chiuso dall'host (" + std::string(ssh_get_error(sessione_.Grezza())) + ")");
+      Annota("il collegamento è stato chiuso dall'host (" + TestoAltrui(ssh_get_error(sessione_.Grezza())) + ")");
       throw Rifiuto();
     }
     return esito == SSH_AUTH_SUCCESS;

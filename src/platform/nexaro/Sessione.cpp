@@ -63,7 +63,7 @@ void Sessione::Apri(Descrittore presa, const std::string& operazione) {
   if (LimitaAttesa()) {
     static_cast<void>(presa.Cedi());
     esito = ssh_connect(Grezza());
-    dettaglio = ssh_get_error(Grezza());
+    dettaglio = TestoAltrui(ssh_get_error(Grezza()));
     // A descriptor that was handed over is closed by the library only where it takes it for its own. It does so here,
     // though it calls the number an error.
     const socket_t nessuno = SSH_INVALID_SOCKET;
@@ -139,7 +139,7 @@ void Sessione::ServeSubito() {
 std::string Sessione::MotivoPerdita() const {
   const std::string dettaglio = ssh_get_error(Grezza());
   return "la connessione è caduta" +
-         (dettaglio.empty() || dettaglio == erroreVecchio_ ? std::string() : " (" + dettaglio + ")");
+         (dettaglio.empty() || dettaglio == erroreVecchio_ ? std::string() : " (" + TestoAltrui(dettaglio) + ")");
 }
 
 void Sessione::Rifiutata() const {

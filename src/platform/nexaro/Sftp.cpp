@@ -1,6 +1,7 @@
 #include "platform/nexaro/Sftp.hpp"
 
 #include "platform/nexaro/Chiamata.hpp"
+#include "platform/nexaro/Testi.hpp"
 
 #include <sys/stat.h>
 
@@ -58,7 +59,7 @@ std::string MotivoUsuale(std::uint32_t codice, std::string_view messaggio) {
     return "operazione non offerta dall'host";
   default:
     return "l'host non ha potuto eseguire l'operazione (" +
-           (messaggio.empty() ? "errore SFTP " + std::to_string(codice) : std::string(messaggio)) + ")";
+           (messaggio.empty() ? "errore SFTP " + std::to_string(codice) : TestoAltrui(messaggio)) + ")";
   }
 }
 

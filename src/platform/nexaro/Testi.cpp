@@ -1,5 +1,9 @@
 #include "platform/nexaro/Testi.hpp"
 
+#include "platform/nexaro/Codifica.hpp"
+
+#include <algorithm>
+
 namespace lumoscad::nexaro {
 
 std::string SullHost(std::string_view host) {
@@ -8,6 +12,16 @@ std::string SullHost(std::string_view host) {
 
 std::string Cita(std::string_view testo) {
   return "«" + std::string(testo) + "»";
+}
+
+std::string TestoAltrui(std::string_view testo) {
+  static constexpr std::size_t Massimo = 300;
+  std::string pulito(testo);
+  std::replace_if(
+      pulito.begin(), pulito.end(), [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; }, ' ');
+  pulito.erase(pulito.find_last_not_of(' ') + 1);
+  // Cut first: half a character at the end is replaced like any other stray byte.
+  return Codifica().DallHostTollerante(std::string_view(pulito).substr(0, Massimo));
 }
 
 std::string Secondi(std::chrono::milliseconds attesa) {

@@ -12,6 +12,10 @@ namespace lumoscad::nexaro {
 /// The text in the quotation marks of the messages.
 [[nodiscard]] std::string Cita(std::string_view testo);
 
+/// What another program said of itself, fit to stand in a message: one line of UTF-8 without control
+/// characters, made of at most 300 of its bytes.
+[[nodiscard]] std::string TestoAltrui(std::string_view testo);
+
 /// A wait in words: "60 secondi", "0,300 secondi".
 [[nodiscard]] std::string Secondi(std::chrono::milliseconds attesa);
 

@@ -1,0 +1,83 @@
+#include "Banco.hpp"
+#include "platform/nexaro/Presa.hpp"
+#include "platform/nexaro/Testi.hpp"
+
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <vector>
+
+namespace lumoscad {
+namespace {
+
+using namespace std::chrono_literals;
+using nexaro::ApriPresa;
+using nexaro::Descrittore;
+using nexaro::Orologio;
+using prove::ErroreDi;
+using testing::HasSubstr;
+
+/// A loopback port where somebody listens without ever taking a connection.
+struct Ascolto {
+  Ascolto() : presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in indirizzo{};
+    indirizzo.sin_family = AF_INET;
+    indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t lunghezza = sizeof indirizzo;
+    EXPECT_EQ(::bind(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
+    EXPECT_EQ(::listen(presa.Numero(), 0), 0);
+    EXPECT_EQ(::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
+    porta = ntohs(indirizzo.sin_port);
+  }
+  Descrittore presa;
+  unsigned porta = 0;
+};
+
+TEST(Presa, ConnectsByNumberAndByName) {
+  const Ascolto uno;
+  EXPECT_TRUE(ApriPresa("127.0.0.1", uno.porta, Orologio::now() + 20s, 20s).Aperto());
+  const Ascolto due;
+  EXPECT_TRUE(ApriPresa("localhost", due.porta, Orologio::now() + 20s, 20s).Aperto());
+}
+
+TEST(Presa, RefusalIsSaidAtOnce) {
+  unsigned porta = 0;
+  {
+    const Ascolto chiuso;
+    porta = chiuso.porta;
+  }
+  const auto errore = ErroreDi([&] { static_cast<void>(ApriPresa("127.0.0.1", porta, Orologio::now() + 20s, 20s)); });
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("(porta " + std::to_string(porta) + "): connessione rifiutata."));
+}
+
+TEST(Presa, AddressThatStaysSilentIsGivenUpInTime) {
+  // The queue of connections that nobody takes is full: the system leaves the next ones without an answer.
+  const Ascolto ascolto;
+  std::vector<Descrittore> coda;
+  std::string rifiuto;
+  const auto inizio = Orologio::now();
+  while (rifiuto.empty() && coda.size() < 10) {
+    try {
+      coda.push_back(ApriPresa("127.0.0.1", ascolto.porta, Orologio::now() + 300ms, 300ms));
+    } catch (const ErroreRuntime& errore) {
+      rifiuto = errore.Descrizione();
+    }
+  }
+  EXPECT_THAT(rifiuto, HasSubstr("nessuna risposta entro 0,300 secondi. Verificare che l'host sia acceso"));
+  EXPECT_LT(Orologio::now() - inizio, 20s);
+}
+
+TEST(Presa, TimeThatIsOverIsNotNegative) {
+  EXPECT_EQ(nexaro::TempoRestante(Orologio::now() - 5s).count(), 0);
+  EXPECT_GT(nexaro::TempoRestante(Orologio::now() + 5s).count(), 0);
+}
+
+TEST(TestoAltrui, StandsInAMessageWhateverItHolds) {
+  EXPECT_EQ(nexaro::TestoAltrui("Connection reset by peer"), "Connection reset by peer");
+  EXPECT_EQ(nexaro::TestoAltrui("a\x1B[31m\r\nb\x7F"), "a [31m  b");
+  EXPECT_EQ(nexaro::TestoAltrui("perch\xE9 così"), "perch\uFFFD così");
+  EXPECT_LE(nexaro::TestoAltrui(std::string(5000, 'x')).size(), 300U);
+}
+
+} // namespace
+} // namespace lumoscad
