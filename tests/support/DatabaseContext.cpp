@@ -3,6 +3,7 @@
 #include "support/Db2Context.hpp"
 #include "support/OdbcSqlite.hpp"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace lumoscad::test {
@@ -145,8 +146,11 @@ std::string DatabaseContext::fixedText(std::string text, std::size_t length) con
   const FixedText kind = quirks().fixedText;
   if (kind == FixedText::Trimmed)
     text.erase(text.find_last_not_of(' ') + 1);
-  if (kind == FixedText::Padded && text.size() < length)
-    text.resize(length, ' ');
+  const auto follows = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
+  const auto extra = quirks().lengthsInBytes ? 0 : std::count_if(text.begin(), text.end(), follows);
+  const std::size_t bytes = length + static_cast<std::size_t>(extra);
+  if (kind == FixedText::Padded && text.size() < bytes)
+    text.resize(bytes, ' ');
   return text;
 }
 

@@ -37,6 +37,7 @@ enum class FixedText {
 /// What the databases do differently, all within what the tables' owner may expect.
 struct Quirks {
   FixedText fixedText = FixedText::Padded;
+  bool lengthsInBytes = false;      ///< CHAR(6) has six bytes, not six letters
   bool blanksAtTheEndCount = false; ///< VARCHAR: 'A' and 'A ' are two values
   bool keepsScale = true;           ///< DECIMAL(15,2): "100.10", not "100.1"
   bool lowersNames = false;         ///< column names come back in lower case

@@ -12,7 +12,7 @@ namespace lumoscad::test {
 namespace {
 
 std::string environment(const char* name) {
-  const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): read before any thread is started
+  const char* value = std::getenv(name);
   return value == nullptr ? std::string() : std::string(value);
 }
 
@@ -83,6 +83,7 @@ std::unique_ptr<TestDatabase> Db2Context::create(const std::string& script) {
 
 const Quirks& Db2Context::quirks() const noexcept {
   static const Quirks all{.fixedText = FixedText::Padded,
+                          .lengthsInBytes = true,
                           .missingTable = -2147217865,
                           .missingColumn = -2147467259,
                           .syntax = -2147217900,

@@ -22,7 +22,7 @@ OdbcConfiguration& OdbcConfiguration::instance() {
 namespace {
 
 std::string setting(const char* name, const std::string& otherwise) {
-  const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): read before any thread is started
+  const char* value = std::getenv(name);
   return value == nullptr || *value == '\0' ? otherwise : std::string(value);
 }
 
