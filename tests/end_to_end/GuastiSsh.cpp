@@ -61,6 +61,16 @@ void Sostituisci(std::string& testo, const std::string& cosa, const std::string&
   }
 }
 
+/// How the system names the end of a connection depends on who noticed it first.
+void TogliDettaglio(std::string& testo) {
+  static const std::string inizio = "(Socket error: ";
+  const auto posto = testo.find(inizio);
+  const auto fine = testo.find(')', posto == std::string::npos ? posto : posto + inizio.size());
+  if (fine != std::string::npos) {
+    testo.replace(posto + inizio.size(), fine - posto - inizio.size(), "…");
+  }
+}
+
 struct Riga {
   std::string guasto, letto, risultato, host, base;
 };
@@ -156,6 +166,7 @@ std::string GuastiSsh::Anonimo(std::string testo) const {
   Sostituisci(testo, demo.Ssh().Impronta(), "SHA256:…");
   Sostituisci(testo, " " + demo.Ssh().Utente() + "@", " UTENTE@");
   Sostituisci(testo, "«" + demo.Ssh().Utente() + "»", "«UTENTE»");
+  TogliDettaglio(testo);
   Sostituisci(testo, "\r\n", " ↵ ");
   Sostituisci(testo, "\r", " ");
   Sostituisci(testo, "\n", " ");
