@@ -1,5 +1,6 @@
 #include "Esiti.hpp"
 #include "RegistroEsiti.hpp"
+#include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
 
 #include <gmock/gmock.h>
@@ -11,8 +12,10 @@ using namespace lumoscad;
 using ado::EsitoTransazione;
 using prova::ProxyByte;
 using testing::AllOf;
+using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
+using testing::SizeIs;
 using testing::StartsWith;
 
 namespace {
@@ -125,5 +128,20 @@ TEST(DriverConLimiteDiLettura, UnServerCheTaceSulCommitLasciaLEsitoSconosciuto) 
   EXPECT_THAT(posto.msg.Errore, HasSubstr("non si sa se la base dati l'ha registrata"));
   prova::RegistroEsiti::Unico().AnnotaGuasto("mariadb", "server muto dopo COMMIT, READ_TIMEOUT=1", posto.msg.Errore,
                                              "tutta", posto.secondi);
+  EXPECT_EQ(posto.base.Valore(Letta), "S");
+}
+
+TEST_P(Driver, ChiDaIlComandoLeggeCheNonSiSaPrimaDelMessaggioDellHost) {
+  prova::PostoEsiti posto(GetParam());
+  posto.banco.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  posto.base.Proxy().ScattaAllaSequenza(posto.base.Conferma(), ProxyByte::Momento::PrimaDellaRisposta,
+                                        ProxyByte::Azione::Azzera);
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T SOSPESO /A -H h -D 01 -C C10 -P AB   123 " + posto.base.Opzioni()),
+            "error");
+  EXPECT_THAT(posto.banco.host.chiamate, SizeIs(1));
+  EXPECT_THAT(posto.banco.desktop.box,
+              ElementsAre(AllOf(StartsWith("ERRORE: -2147467259\r\nLa connessione è caduta mentre si confermavano"),
+                                HasSubstr("Da controllare prima di ripeterla: partita AB   123 del conto C10.")),
+                          "Fatto"));
   EXPECT_EQ(posto.base.Valore(Letta), "S");
 }

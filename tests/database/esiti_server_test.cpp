@@ -102,9 +102,11 @@ TEST_P(Server, FraDueComandiSiPuoRiavviare) {
 TEST_P(Server, FermoRifiutaETornatoAccetta) {
   const auto prima = posto_.base.Tutto();
   Ferma();
+  posto_.base.Proxy().Rifiuta(true);
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "error");
   EXPECT_THAT(posto_.msg.Errore, HasSubstr("la base dati non ne ha registrato nulla. Da allineare: partita"));
   Riavvia();
+  posto_.base.Proxy().Rifiuta(false);
   posto_.base.Riapri();
   EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(prima));
   prova::RegistroEsiti::Unico().AnnotaGuasto(GetParam(), "server fermo all'apertura", posto_.msg.Errore, "come prima",
