@@ -83,7 +83,7 @@ TEST_F(SshProgramma, MissingProgramIsNamedWithItsHost) {
   const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
   EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
   EXPECT_THAT(errore.Descrizione(), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 127, "
-                                              "cioè non è stato trovato: "));
+                                              "cioè non è stato trovato (verificare NEXARO_PROGRAMMI): "));
 }
 
 TEST_F(SshProgramma, ProgramThatMayNotRunIsSaid) {

@@ -88,7 +88,9 @@ TEST_F(Ssh, SendingFailsWhereItCannotWriteAndSaysWhy) {
   // Not even the superuser makes a file there.
   const auto negato = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/T02", "/sys/T02"); });
   EXPECT_EQ(negato.Numero(), nexaro::ErrorePermesso);
-  EXPECT_THAT(negato.Descrizione(), HasSubstr("permesso negato"));
+  EXPECT_THAT(negato.Descrizione(), HasSubstr("permesso negato. Chiedere all'amministratore dell'host i permessi per "
+                                              "l'utente «" +
+                                              server->Utente() + "»."));
 }
 
 TEST_F(Ssh, LocalFileThatIsMissingIsNamedBeforeAnythingIsSent) {

@@ -62,13 +62,13 @@ std::string CodaMessaggio(std::string errori) {
   return errori.empty() ? "." : ": " + errori;
 }
 
-void VerificaStato(int stato, const std::string& soggetto, const std::string& coda) {
+void VerificaStato(int stato, const std::string& soggetto, const std::string& coda, const std::string& rimedio) {
   if (stato == 0) {
     return;
   }
   const auto fine = soggetto + " è terminato con lo stato " + std::to_string(stato);
   if (stato == StatoNonTrovato) {
-    throw ErroreRuntime(errori::FileNonTrovato, fine + ", cioè non è stato trovato" + coda);
+    throw ErroreRuntime(errori::FileNonTrovato, fine + ", cioè non è stato trovato" + rimedio + coda);
   }
   if (stato == StatoNonEseguibile) {
     throw ErroreRuntime(ErrorePermesso, fine + ", cioè non può essere eseguito" + coda);

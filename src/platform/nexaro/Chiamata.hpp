@@ -26,8 +26,9 @@ void VerificaChiamata(std::string_view programma, const std::vector<std::string>
 /// `MassimoErroriMostrati` bytes of it, never half a character).
 [[nodiscard]] std::string CodaMessaggio(std::string errori);
 
-/// Raises the error of a program that ended with an exit status other than 0.
-void VerificaStato(int stato, const std::string& soggetto, const std::string& coda);
+/// Raises the error of a program that ended with an exit status other than 0. `rimedio` is what can be done where the
+/// status says that the program is missing.
+void VerificaStato(int stato, const std::string& soggetto, const std::string& coda, const std::string& rimedio = {});
 
 /// The document that a program answered. Raises a run-time error, which begins with `soggetto`, when there is none or
 /// when it is not fit.

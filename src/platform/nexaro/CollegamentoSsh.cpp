@@ -26,11 +26,15 @@ constexpr const char* EsitoIgnoto = "; l'esito sull'host non è noto: verificarl
 constexpr const char* CosaProgrammi = "La cartella dei programmi (NEXARO_PROGRAMMI)";
 constexpr const char* CosaNome = "Il nome del programma";
 
-ErroreRuntime ErroreDaSftp(const std::string& operazione, const ErroreSftp& errore) {
+ErroreRuntime ErroreDaSftp(const std::string& operazione, const ErroreSftp& errore, const std::string& utente) {
   const int numero = errore.Codice() == stato_sftp::FileInesistente  ? errori::FileNonTrovato
                      : errore.Codice() == stato_sftp::PermessoNegato ? ErrorePermesso
                                                                      : ErroreCollegamento;
-  return {numero, operazione + ": " + errore.Motivo() + "."};
+  const std::string rimedio =
+      errore.Codice() == stato_sftp::PermessoNegato
+          ? " Chiedere all'amministratore dell'host i permessi per l'utente " + Cita(utente) + "."
+          : "";
+  return {numero, operazione + ": " + errore.Motivo() + "." + rimedio};
 }
 
 /// The whole of a local file.
@@ -72,7 +76,7 @@ void VerificaFine(const EsitoRemoto& esito, const std::string& soggetto, const s
   if (!esito.stato) {
     throw ErroreLink(soggetto + " è stato terminato dal segnale " + esito.segnale + coda);
   }
-  VerificaStato(*esito.stato, soggetto, coda);
+  VerificaStato(*esito.stato, soggetto, coda, " (verificare NEXARO_PROGRAMMI)");
 }
 
 } // namespace
@@ -119,7 +123,7 @@ void CollegamentoSsh::ConFile(const std::string& host, const std::string& operaz
     azione(*file);
     return;
   } catch (const ErroreSftp& errore) {
-    throw ErroreDaSftp(operazione, errore);
+    throw ErroreDaSftp(operazione, errore, impostazioni_.utente);
   } catch (const ConnessionePersa& persa) {
     motivo = persa.Motivo();
   }

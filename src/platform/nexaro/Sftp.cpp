@@ -59,7 +59,8 @@ std::string MotivoUsuale(std::uint32_t codice, std::string_view messaggio) {
     return "operazione non offerta dall'host";
   default:
     return "l'host non ha potuto eseguire l'operazione (" +
-           (messaggio.empty() ? "errore SFTP " + std::to_string(codice) : TestoAltrui(messaggio)) + ")";
+           (messaggio.empty() ? "errore SFTP " + std::to_string(codice) : TestoAltrui(messaggio)) +
+           "); avvertire l'amministratore dell'host";
   }
 }
 
