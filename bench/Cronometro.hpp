@@ -3,7 +3,6 @@
 #include "Misure.hpp"
 #include "platform/Servizi.hpp"
 
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -55,29 +54,22 @@ double CaricoSchermata(DesktopCronometro& desktop, const std::function<void(std:
   return std::chrono::duration<double, std::milli>(desktop.mostrato - inizio).count();
 }
 
-/// Milliseconds of the two sides of a comparison.
+/// Milliseconds of the two sides of a comparison, medians.
 struct Tempi {
   double schermata = 0;
   double nudo = 0;
   [[nodiscard]] double Rapporto() const { return schermata / nudo; }
 };
 
-struct Confronto {
-  Tempi mediane;
-  Tempi migliori; ///< of the run of each side that the machine disturbed least
-};
-
 /// Measures the two sides in turns, so that a busy moment of the machine meets both.
-template <typename Schermata, typename Nudo> Confronto Confronta(int prove, Schermata schermata, Nudo nudo) {
+template <typename Schermata, typename Nudo> Tempi Confronta(int prove, Schermata schermata, Nudo nudo) {
   std::vector<double> tempiSchermata;
   std::vector<double> tempiNudi;
   for (int prova = 0; prova < prove; ++prova) {
     tempiNudi.push_back(nudo());
     tempiSchermata.push_back(schermata());
   }
-  return {{Mediana(tempiSchermata), Mediana(tempiNudi)},
-          {*std::min_element(tempiSchermata.begin(), tempiSchermata.end()),
-           *std::min_element(tempiNudi.begin(), tempiNudi.end())}};
+  return {Mediana(tempiSchermata), Mediana(tempiNudi)};
 }
 
 } // namespace lumoscad::bench

@@ -47,7 +47,7 @@ bool Carico() {
   if (desktop.righe != static_cast<std::size_t>(Rate) || lette != static_cast<std::size_t>(Rate)) {
     throw std::runtime_error("the two sides did not read " + std::to_string(Rate) + " rows");
   }
-  const Tempi esito = Confronta(Prove, schermata, nudo).mediane;
+  const Tempi esito = Confronta(Prove, schermata, nudo);
   std::printf("Carico di %ld scadenze: schermata %.0f ms  lettura nuda %.0f ms  rapporto %.2f (obiettivo %.1f)\n", Rate,
               esito.schermata, esito.nudo, esito.Rapporto(), Obiettivo);
   return esito.Rapporto() <= Obiettivo;
