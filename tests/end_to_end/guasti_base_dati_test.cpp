@@ -49,7 +49,11 @@ TEST_F(GuastiBaseDati, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
   fs::rename(altrove, demo.BaseDati());
   VerificaRifiuto(
       risultato,
-      {"Variate 2 scadenze", ErroreRegistrato("-2147467259\r\n[HY000] [SQLite]no such table: CONTOCONTABILE (1)\r\n")},
+      {"Variate 2 scadenze",
+       ErroreRegistrato("-2147467259\r\n[HY000] [SQLite]no such table: CONTOCONTABILE (1)\r\n"
+                        "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: "
+                        "conto 20100023 partita 2025/46 rata 2 del 19/12/2025; conto 20100023 partita 2026/119 rata 1 "
+                        "del 01/02/2026.\r\n")},
       {"VBCREDITI"});
 }
 
