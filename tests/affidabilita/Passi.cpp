@@ -32,12 +32,13 @@ Contatore& Il() {
 std::string Nome(std::string_view testo) {
   const auto parola = [](std::string_view resto) { return std::string(resto.substr(0, resto.find_first_of(" ,)"))); };
   std::string verbo = parola(testo);
-  if (testo.find("pg_backend") != std::string_view::npos) {
+  if (testo.find("pg_backend") != std::string_view::npos || testo.find("CONNECTION_ID") != std::string_view::npos) {
     return verbo + " of the server's session";
   }
   for (const std::string_view prima : {" FROM ", "UPDATE "}) {
     if (const auto posto = testo.find(prima); posto != std::string_view::npos) {
-      return verbo + " " + parola(testo.substr(posto + prima.size()));
+      const std::string tabella = parola(testo.substr(posto + prima.size()));
+      return verbo + " " + tabella.substr(tabella.find('.') + 1);
     }
   }
   return verbo;
@@ -95,15 +96,29 @@ template <typename Chiamata> short Istruzione(const std::string& nome, Chiamata 
   return esito;
 }
 
-bool Locale(const char* percorso) {
+/// What the removal of a file is called; empty for one that is no step. The lock's local copy keeps the lock's name; a
+/// request's file begins with the workstation's; SQLite's journal undoes a transaction for as long as it is there.
+std::string NomeTolto(std::string_view percorso) {
   const Contatore& il = Il();
-  return il.attivo && il.operazione.empty() && std::string_view(percorso).starts_with(il.cartella);
+  if (!il.inCorso.empty() && percorso.ends_with("-journal")) {
+    return il.inCorso + ", remove the journal";
+  }
+  if (!il.attivo || !il.operazione.empty() || !percorso.starts_with(il.cartella)) {
+    return "";
+  }
+  return percorso.substr(il.cartella.size()).starts_with("VB") ? "remove the local copy of the lock"
+                                                               : "remove the local request file";
 }
 
-/// The lock's local copy keeps the lock's name; a request's file begins with the workstation's.
-std::string NomeLocale(const char* percorso) {
-  const std::string_view nome = std::string_view(percorso).substr(Il().cartella.size());
-  return nome.starts_with("VB") ? "local copy of the lock" : "local request file";
+/// A file has all its bytes on the disk.
+int Scritto(int esito) {
+  const Contatore& il = Il();
+  if (!il.operazione.empty()) {
+    Punto(il.operazione + ": copied beside its place");
+  } else if (!il.inCorso.empty()) {
+    Punto(il.inCorso + ": on the disk");
+  }
+  return esito;
 }
 
 } // namespace
@@ -154,11 +169,12 @@ extern "C" pid_t fork() {
 
 extern "C" int fsync(int descrittore) {
   static auto* const vera = passi::Vera<int(int)>("fsync");
-  const int esito = vera(descrittore);
-  if (!passi::Il().operazione.empty()) {
-    passi::Punto(passi::Il().operazione + ": copied beside its place");
-  }
-  return esito;
+  return passi::Scritto(vera(descrittore));
+}
+
+extern "C" int fdatasync(int descrittore) {
+  static auto* const vera = passi::Vera<int(int)>("fdatasync");
+  return passi::Scritto(vera(descrittore));
 }
 
 extern "C" int fchmod(int descrittore, mode_t modo) {
@@ -172,13 +188,14 @@ extern "C" int fchmod(int descrittore, mode_t modo) {
 
 extern "C" int unlink(const char* percorso) {
   static auto* const vera = passi::Vera<int(const char*)>("unlink");
-  if (!passi::Locale(percorso)) {
+  const std::string nome = passi::NomeTolto(percorso);
+  if (nome.empty()) {
     return vera(percorso);
   }
-  passi::Punto("remove the " + passi::NomeLocale(percorso) + ": before");
+  passi::Punto(nome + ": before");
   const int esito = vera(percorso);
   const int errore = errno;
-  passi::Punto("remove the " + passi::NomeLocale(percorso) + ": done");
+  passi::Punto(nome + ": done");
   errno = errore;
   return esito;
 }

@@ -54,8 +54,8 @@ std::vector<char*> Puntatori(Testi& testi) {
   return puntatori;
 }
 
-fs::path PreparaCartella(const std::string& nome) {
-  fs::path base = fs::path(LUMOSCAD_CARTELLA_PROVE) / (nome + "-" + std::to_string(::getpid()));
+fs::path PreparaCartella(const std::string& genere) {
+  fs::path base = fs::path(LUMOSCAD_CARTELLA_PROVE) / (genere + "-" + std::to_string(::getpid()));
   fs::remove_all(base);
   for (const char* cartella : {"host/tmp", "host/programmi", "host/registro"}) {
     fs::create_directories(base / cartella);
@@ -116,11 +116,11 @@ int Famiglia::Attendi() {
   return WIFEXITED(stato) ? WEXITSTATUS(stato) : 128 + WTERMSIG(stato);
 }
 
-Sistema::Sistema(const std::string& nome, const std::string& script)
-    : base_(PreparaCartella(nome)), server_(test::serverDirectory(nome + "-postgres")),
-      sorgente_(server_.createDatabase("contabilita", Schema() + script)),
+Sistema::Sistema(std::string_view genere, const std::string& script)
+    : genere_(genere), base_(PreparaCartella(genere_)),
+      database_(test::databaseContext(genere).create(Schema() + script)),
       connessione_(std::make_unique<ado::Connection>()) {
-  connessione_->ConnectionString = server_.connectionText(sorgente_);
+  connessione_->ConnectionString = database_->connectionText();
   connessione_->Open();
 }
 
@@ -139,7 +139,7 @@ fs::path Sistema::Passi(const std::string& postazione) const {
 }
 
 void Sistema::Esegui(std::string_view script) {
-  test::runScript(server_.connectionText(sorgente_), script);
+  test::runScript(database_->connectionText(), script);
 }
 
 Testi Sistema::Interroga(const std::string& sql, char separatore) {
@@ -160,9 +160,14 @@ Testi Sistema::Interroga(const std::string& sql, char separatore) {
 }
 
 bool Sistema::SenzaSessioni() {
-  const std::string altre =
-      "SELECT count(*) FROM pg_stat_activity WHERE datname=current_database() AND pid<>pg_backend_pid() "
-      "AND backend_type='client backend'";
+  if (genere_ == "sqlite") {
+    return true;
+  }
+  const std::string altre = genere_ == "mariadb"
+                                ? "SELECT count(*) FROM information_schema.processlist WHERE db=DATABASE() AND "
+                                  "id<>CONNECTION_ID()"
+                                : "SELECT count(*) FROM pg_stat_activity WHERE datname=current_database() AND "
+                                  "pid<>pg_backend_pid() AND backend_type='client backend'";
   return Finche([&] { return Interroga(altre).at(0) == "0"; });
 }
 
@@ -178,8 +183,11 @@ Famiglia Sistema::Avvia(const Lancio& lancio) const {
   const fs::path ingresso = base_ / (lancio.postazione + ".comandi");
   std::ofstream file(ingresso, std::ios::trunc);
   fs::permissions(ingresso, fs::perms::owner_read | fs::perms::owner_write);
-  file << "-DB2SOURCE " << sorgente_ << " -DB2USER " << server_.user() << " -DB2PASS " << server_.password()
-       << " -DB2SCHEMA public\n";
+  file << "-DB2SOURCE " << database_->source;
+  if (!database_->user.empty()) {
+    file << " -DB2USER " << database_->user << " -DB2PASS " << database_->password;
+  }
+  file << " -DB2SCHEMA " << database_->schema << '\n';
   for (const std::string& comando : lancio.comandi) {
     file << comando << '\n';
   }

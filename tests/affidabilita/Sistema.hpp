@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ado/Ado.hpp"
-#include "support/PostgresServer.hpp"
+#include "support/DatabaseContext.hpp"
 
 #include <filesystem>
 #include <memory>
@@ -34,12 +34,12 @@ class Famiglia {
   pid_t guardiano_ = -1;
 };
 
-/// The world of several terminals: a PostgreSQL server with one database, a directory that plays the host with its back
-/// end, a local directory for each terminal. In a directory below the build folder, which goes with the object.
+/// The world of several terminals: a database, a directory that plays the host with its back end, a local directory for
+/// each terminal. In a directory below the build folder, which goes with the object.
 class Sistema {
  public:
-  /// `script` fills the database after the schema.
-  Sistema(const std::string& nome, const std::string& script);
+  /// `genere` is the kind of database; `script` fills it after the schema.
+  Sistema(std::string_view genere, const std::string& script);
   Sistema(const Sistema&) = delete;
   Sistema& operator=(const Sistema&) = delete;
   ~Sistema();
@@ -72,9 +72,9 @@ class Sistema {
   [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
 
  private:
+  std::string genere_;
   std::filesystem::path base_;
-  test::PostgresServer server_;
-  std::string sorgente_;
+  std::unique_ptr<test::TestDatabase> database_;
   std::unique_ptr<ado::Connection> connessione_;
 };
 

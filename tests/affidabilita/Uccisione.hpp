@@ -2,7 +2,6 @@
 
 #include "Sistema.hpp"
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -14,11 +13,6 @@ struct Vittima {
   std::string comando;      ///< with the script of its screen behind a tab
   std::string preparazione; ///< what is changed in the database before it
 };
-
-/// How the test runner shows a case.
-inline void PrintTo(const Vittima& vittima, std::ostream* uscita) {
-  *uscita << vittima.nome;
-}
 
 /// What is found after a terminal was killed at one step of a command.
 struct Osservazione {

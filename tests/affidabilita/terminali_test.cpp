@@ -36,7 +36,7 @@ std::string Postazione(int quale) {
 
 class MoltiTerminali : public testing::Test {
  protected:
-  MoltiTerminali() : sistema("terminali", Righe(misura) + Sorveglianza()), iniziale(LeggiStato()) {
+  MoltiTerminali() : sistema("postgres", Righe(misura) + Sorveglianza()), iniziale(LeggiStato()) {
     // One customer is refused by the host: commands that fail keep their lock.
     std::ofstream(sistema.Host() / "conti_bloccati") << "20100006\n";
   }

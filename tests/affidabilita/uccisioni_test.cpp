@@ -14,7 +14,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <memory>
+#include <ostream>
 #include <set>
 
 namespace lumoscad::prova {
@@ -54,29 +56,68 @@ std::vector<Vittima> Vittime() {
   return tutte;
 }
 
-/// The one world of all cases, and the page that they fill.
+/// A case: a command on a kind of database.
+struct Caso {
+  std::string genere;
+  Vittima vittima;
+};
+
+void PrintTo(const Caso& caso, std::ostream* uscita) {
+  *uscita << caso.vittima.nome << " on " << caso.genere;
+}
+
+/// Where the tables are made; the invariants hold on every database.
+constexpr const char* BaseDellaPagina = "postgres";
+
+std::vector<Caso> Casi() {
+  std::vector<Caso> casi;
+  for (const Vittima& vittima : Vittime()) {
+    casi.push_back({BaseDellaPagina, vittima});
+  }
+  if (PerIntero()) {
+    for (const char* genere : {"sqlite", "mariadb"}) {
+      for (const Vittima& vittima : Vittime()) {
+        casi.push_back({genere, vittima});
+      }
+    }
+  }
+  return casi;
+}
+
+/// The worlds of all cases, one a kind of database, and the page that they fill.
 class Scena final : public testing::Environment {
  public:
-  void SetUp() override {
-    sistema = std::make_unique<Sistema>("uccisioni", Righe(misura) +
-                                                         "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM "
-                                                         "EVENTOCONTABILE;CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * "
-                                                         "FROM MOVIMENTOCONTABILE;");
-  }
   void TearDown() override {
-    sistema.reset();
-    std::printf("uccisioni: %zu comandi, %zu morti; host sì e base dati no dopo %zu di queste\n", comandi, passi,
-                finestra);
+    sistemi_.clear();
+    for (const auto& [genere, conto] : conti) {
+      std::printf("uccisioni: %-8s %2zu comandi, %3zu morti; host sì e base dati no dopo %3zu di queste\n",
+                  genere.c_str(), conto.comandi, conto.morti, conto.finestra);
+    }
     if (const char* file = std::getenv("LUMOSCAD_PAGINA_UCCISIONI")) {
       std::ofstream(file) << pagina;
     }
   }
 
-  std::unique_ptr<Sistema> sistema;
+  Sistema& Il(const std::string& genere) {
+    std::unique_ptr<Sistema>& sistema = sistemi_[genere];
+    if (!sistema) {
+      sistema = std::make_unique<Sistema>(
+          genere, Righe(misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
+                                  "CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * FROM MOVIMENTOCONTABILE;");
+    }
+    return *sistema;
+  }
+
+  struct Conto {
+    std::size_t comandi = 0;
+    std::size_t morti = 0;
+    std::size_t finestra = 0; ///< deaths after which the host has accepted what the database does not hold
+  };
+  std::map<std::string, Conto> conti;
   std::string pagina = Intestazione();
-  std::size_t comandi = 0;
-  std::size_t passi = 0;    ///< deaths
-  std::size_t finestra = 0; ///< steps after which the host has accepted what the database does not hold
+
+ private:
+  std::map<std::string, std::unique_ptr<Sistema>> sistemi_;
 };
 
 Scena& LaScena() {
@@ -88,10 +129,16 @@ Scena& LaScena() {
 /// Puts the environment in place before the runner starts.
 const Scena& registrata = LaScena();
 
-class Uccisioni : public testing::TestWithParam<Vittima> {};
+class Uccisioni : public testing::TestWithParam<Caso> {};
 
 std::size_t Posto(const Testi& passi, const std::string& nome) {
   return static_cast<std::size_t>(std::find(passi.begin(), passi.end(), nome) - passi.begin());
+}
+
+/// The step from which on the database holds the change: a server has been told, SQLite's file cannot be undone any
+/// more.
+std::size_t Conferma(const Testi& passi) {
+  return std::min(Posto(passi, "COMMIT: sent"), Posto(passi, "COMMIT, remove the journal: done"));
 }
 
 /// Where the host and the database change sides, and that nothing lies between yes and no.
@@ -99,7 +146,7 @@ void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) 
   SCOPED_TRACE(std::to_string(passo + 1) + " " + passi[passo]);
   const bool conHost = Posto(passi, "program: started") < passi.size();
   EXPECT_NE(vista.applicata, vista.intatta) << "the database is half changed";
-  EXPECT_EQ(vista.applicata, passo >= Posto(passi, "COMMIT: sent"));
+  EXPECT_EQ(vista.applicata, passo >= Conferma(passi));
   EXPECT_EQ(vista.accettata, conHost && passo >= Posto(passi, "program: started"));
   EXPECT_TRUE(!vista.applicata || vista.accettata || !conHost) << "changed without the host's yes";
   EXPECT_TRUE(vista.allineati) << "the command repeated does not bring the database to where it belongs";
@@ -108,19 +155,27 @@ void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) 
                                        [](const std::string& nome) { return nome.starts_with("VB"); }));
 }
 
+Osservazione Muori(Uccisione& uccisione, const std::string& genere, std::size_t passo) {
+  Scena::Conto& conto = LaScena().conti[genere];
+  Osservazione vista = uccisione.A(static_cast<long>(passo) + 1);
+  Verifica(uccisione.Passi(), passo, vista);
+  ++conto.morti;
+  conto.finestra += vista.accettata && !vista.applicata ? 1U : 0U;
+  return vista;
+}
+
 /// Dies at every step; compares the table with the published one, or adds it to the page that is being written.
-void OgniPasso(Uccisione& uccisione, const std::string& titolo) {
-  Scena& scena = LaScena();
+void OgniPasso(Uccisione& uccisione, const std::string& genere, const std::string& titolo) {
   const Testi& passi = uccisione.Passi();
   std::vector<Osservazione> viste;
   for (std::size_t passo = 0; passo < passi.size(); ++passo) {
-    viste.push_back(uccisione.A(static_cast<long>(passo) + 1));
-    Verifica(passi, passo, viste.back());
-    scena.finestra += viste.back().accettata && !viste.back().applicata ? 1U : 0U;
+    viste.push_back(Muori(uccisione, genere, passo));
+  }
+  if (genere != BaseDellaPagina) {
+    return;
   }
   const std::string sezione = "## `" + titolo + "`\n\n" + Tabella(passi, viste);
-  scena.passi += passi.size();
-  scena.pagina += "\n" + sezione;
+  LaScena().pagina += "\n" + sezione;
   if (std::getenv("LUMOSCAD_PAGINA_UCCISIONI") == nullptr) {
     std::string pubblicata = Sezione(PaginaPubblicata, titolo);
     pubblicata.erase(pubblicata.find_last_not_of('\n') + 1);
@@ -142,8 +197,7 @@ std::size_t Fine(const Testi& passi, std::size_t primo, const Linea& linea, cons
 }
 
 /// Dies at both ends of every line of the published table.
-void OgniLinea(Uccisione& uccisione, const std::string& titolo) {
-  Scena& scena = LaScena();
+void OgniLinea(Uccisione& uccisione, const std::string& genere, const std::string& titolo) {
   const Testi& passi = uccisione.Passi();
   const auto linee = LeggiTabella(Sezione(PaginaPubblicata, titolo));
   ASSERT_FALSE(linee.empty()) << "docs/uccisioni.md has no table of this command";
@@ -154,27 +208,24 @@ void OgniLinea(Uccisione& uccisione, const std::string& titolo) {
     EXPECT_EQ(linee[i].primo, passi[primo]) << "docs/uccisioni.md is not current";
     EXPECT_EQ(linee[i].ultimo, passi[ultimo]) << "docs/uccisioni.md is not current";
     for (const std::size_t passo : std::set<std::size_t>{primo, ultimo}) {
-      const Osservazione vista = uccisione.A(static_cast<long>(passo) + 1);
-      Verifica(passi, passo, vista);
-      EXPECT_EQ(linee[i].esito, Esito(vista)) << "docs/uccisioni.md is not current at " << passi[passo];
-      ++scena.passi;
-      scena.finestra += vista.accettata && !vista.applicata ? 1U : 0U;
+      EXPECT_EQ(linee[i].esito, Esito(Muori(uccisione, genere, passo)))
+          << "docs/uccisioni.md is not current at " << passi[passo];
     }
     primo = ultimo + 1;
   }
 }
 
 TEST_P(Uccisioni, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
-  Uccisione uccisione(*LaScena().sistema, GetParam());
-  ASSERT_GT(uccisione.Passi().size(), 9U);
-  ASSERT_LT(Posto(uccisione.Passi(), "COMMIT: sent"), uccisione.Passi().size());
-  ++LaScena().comandi;
-  const std::string titolo = "-T " + GetParam().nome;
-  PerIntero() ? OgniPasso(uccisione, titolo) : OgniLinea(uccisione, titolo);
+  const auto& [genere, vittima] = GetParam();
+  Uccisione uccisione(LaScena().Il(genere), vittima);
+  ASSERT_LT(Conferma(uccisione.Passi()), uccisione.Passi().size());
+  ++LaScena().conti[genere].comandi;
+  const std::string titolo = "-T " + vittima.nome;
+  PerIntero() ? OgniPasso(uccisione, genere, titolo) : OgniLinea(uccisione, genere, titolo);
 }
 
-INSTANTIATE_TEST_SUITE_P(Comandi, Uccisioni, testing::ValuesIn(Vittime()), [](const auto& caso) {
-  std::string nome = caso.param.nome;
+INSTANTIATE_TEST_SUITE_P(Comandi, Uccisioni, testing::ValuesIn(Casi()), [](const auto& caso) {
+  std::string nome = caso.param.genere + caso.param.vittima.nome;
   nome.erase(std::remove_if(nome.begin(), nome.end(), [](char c) { return c == ' ' || c == '/'; }), nome.end());
   return nome;
 });
