@@ -27,7 +27,7 @@ constexpr const char* serverUser = "nobody";
 std::vector<std::string> small(std::vector<std::string> words) {
   for (const char* option :
        {"--innodb-buffer-pool-size=16M", "--innodb-log-file-size=8M", "--innodb-flush-method=nosync",
-        "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-stats-persistent=0", 
+        "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-stats-persistent=0",
         "--innodb-fast-shutdown=2", "--sync-frm=0", "--key-buffer-size=256K", "--aria-pagecache-buffer-size=1M",
         "--skip-name-resolve"})
     words.emplace_back(option);
@@ -50,6 +50,7 @@ MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(director
       start();
     } catch (const std::exception&) {
       // Somebody else may have taken the port in between.
+      server_.stop();
       if (attempt == 3)
         throw;
     }
@@ -95,6 +96,9 @@ void MariaDbServer::waitUntilReady() {
       ado::Connection connection;
       connection.ConnectionString = connectionText(system_);
       connection.Open();
+      // Another test's server may have taken the port in between, and it knows our user.
+      if (!fs::equivalent(firstValue(connection, "SELECT @@datadir"), directory_ / "data"))
+        throw std::runtime_error("another server answers on the port");
       return;
     } catch (const ErroreRuntime&) {
       if (!server_.runs() || std::chrono::steady_clock::now() > limit) {

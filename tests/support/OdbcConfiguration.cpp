@@ -90,6 +90,14 @@ std::string connectionText(std::string_view source, std::string_view user, std::
   return text;
 }
 
+std::string firstValue(ado::Connection& connection, std::string_view query) {
+  ado::Command command;
+  command.ActiveConnection = &connection;
+  command.CommandText = query;
+  const ado::Recordset rows = command.Execute();
+  return rows.Eof() ? std::string() : std::string(rows.Valore(0).value_or(""));
+}
+
 void runScript(const std::string& connectionText, std::string_view script) {
   ado::Connection connection;
   connection.ConnectionString = connectionText;

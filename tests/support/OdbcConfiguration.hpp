@@ -6,6 +6,10 @@
 #include <utility>
 #include <vector>
 
+namespace lumoscad::ado {
+class Connection;
+}
+
 namespace lumoscad::test {
 
 /// The ODBC configuration of the test process: a directory of its own with odbc.ini and odbcinst.ini, to which the
@@ -42,6 +46,9 @@ class OdbcConfiguration {
 /// A connection text as the component writes it.
 [[nodiscard]] std::string connectionText(std::string_view source, std::string_view user = {},
                                          std::string_view password = {});
+
+/// The first value of the first row of a query; empty where there is none.
+[[nodiscard]] std::string firstValue(ado::Connection& connection, std::string_view query);
 
 /// Runs the statements of an SQL script, separated by ";", over an open connection text.
 void runScript(const std::string& connectionText, std::string_view script);

@@ -36,7 +36,17 @@ bool PostgresServer::available() {
 PostgresServer::PostgresServer(fs::path directory) : directory_(std::move(directory)) {
   prepareDirectory(directory_, serverUser);
   createCluster();
-  start();
+  for (int attempt = 1; !server_.runs(); ++attempt) {
+    port_ = freePort();
+    try {
+      start();
+    } catch (const std::exception&) {
+      // Somebody else may have taken the port in between.
+      server_.stop();
+      if (attempt == 3)
+        throw;
+    }
+  }
 }
 
 PostgresServer::~PostgresServer() {
@@ -58,8 +68,6 @@ void PostgresServer::createCluster() const {
 }
 
 void PostgresServer::start() {
-  if (port_ == 0)
-    port_ = freePort();
   server_ = ServerProcess({path("postgres"), "-D", (directory_ / "data").string(), "-h", "127.0.0.1", "-p",
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
@@ -90,6 +98,9 @@ void PostgresServer::waitUntilReady() {
       ado::Connection connection;
       connection.ConnectionString = text;
       connection.Open();
+      // Another test's server may have taken the port in between, and it knows our user.
+      if (!fs::equivalent(firstValue(connection, "SHOW data_directory"), directory_ / "data"))
+        throw std::runtime_error("another server answers on the port");
       return;
     } catch (const ErroreRuntime&) {
       if (!server_.runs() || std::chrono::steady_clock::now() > limit) {
