@@ -27,9 +27,9 @@ DescrizioneGriglia Descrizione() {
                {"KConsegnaPrevista", "Cons. prevista", 1650, Genere::Testo},
                {"KDivisa", "Divisa", 900, Genere::Testo},
                {"KFatturato", "Fatturato", 1800, Genere::Importo},
-               {"KBanca", "Banca", 3000, Genere::Testo},
+               {"KBanca", "Banca", 3450, Genere::Testo},
                {"Kradio", "", 420, Genere::Spunta},
-               {"KNuovaBanca", "Nuova Banca", 3000, Genere::EditorBanca, Schermata::Banca},
+               {"KNuovaBanca", "Nuova Banca", 3450, Genere::EditorBanca, Schermata::Banca},
                {"KConsegnaOrdinaData", "", 0, Genere::Testo}};
   d.colonneConTag = {Schermata::Conto, Schermata::ConsegnaPrevista, Schermata::Banca, Schermata::NuovaBanca};
   // "Banca" sorts by the new bank, the planned date by the copy that sorts by time; amounts and currencies do not sort.
