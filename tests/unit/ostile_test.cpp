@@ -9,7 +9,8 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <map>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -233,4 +234,19 @@ TEST_F(Ostile, UnCarattereNulloNellaRigaNonLaAccorcia) {
   EXPECT_EQ(Esegui(comando), "") << "il tipo non è EXTRA";
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
   EXPECT_EQ(stato().ComandoCorrente, comando);
+}
+
+TEST_F(Ostile, CioCheNonEUnErroreDelComponenteDiventaUnErroreDelComponente) {
+  const auto numero = [](const std::function<void()>& lancia) {
+    try {
+      lancia();
+    } catch (...) {
+      return ErroreCorrente().Numero();
+    }
+    return 0;
+  };
+  EXPECT_EQ(numero([] { throw std::bad_alloc(); }), errori::MemoriaInsufficiente);
+  EXPECT_EQ(numero([] { throw std::length_error("x"); }), errori::ErroreInterno);
+  EXPECT_EQ(numero([] { throw 7; }), errori::ErroreInterno);
+  EXPECT_EQ(numero([] { throw ErroreRuntime(9, "x"); }), 9);
 }
