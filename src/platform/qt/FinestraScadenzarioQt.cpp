@@ -134,7 +134,7 @@ void FinestraScadenzarioQt::AggiungiDescrizione() {
     QFont carattere = valore->font();
     carattere.setBold(true);
     valore->setFont(carattere);
-    valore->setToolTip(valore->text().toHtmlEscaped());
+    valore->setToolTip(QStringLiteral("<p>%1</p>").arg(valore->text().toHtmlEscaped()));
     // A long name must not widen the window: what does not fit is in the tooltip.
     valore->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     griglia->addWidget(Scritta(voce.didascalia, FrameDesc_), riga, 0);
