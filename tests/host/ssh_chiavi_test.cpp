@@ -5,6 +5,7 @@
 #include "platform/nexaro/ErroriLink.hpp"
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -252,6 +253,10 @@ TEST_F(SshAccesso, AgentsKeysComeFirst) {
   Esegui("ssh-add -q '" + server->Chiave().string() + "'");
   EXPECT_EQ(Prova(), "riuscito");
   EXPECT_EQ(::kill(processo, SIGTERM), 0);
+  for (int giro = 0; giro < 1000 && fs::exists(presa); ++giro) {
+    ::usleep(10000);
+  }
+  EXPECT_FALSE(fs::exists(presa)) << "the agent takes its socket with it";
 }
 
 TEST_F(SshAccesso, AgentThatIsGoneIsNoObstacle) {
