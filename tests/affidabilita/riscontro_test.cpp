@@ -21,13 +21,16 @@ constexpr const char* Spostata = "1|1|101|C|N|2026-04-15|2026-03-02|1|2|-|O";
 /// Item 1 of customer 20100001, with one instalment.
 const Stato iniziale{{"E10", Attiva}, {"M1", "N|F|1|2026"}, {"R100", ""}};
 
+/// The times of the cases are in seconds.
+constexpr Istante Secondo = 1'000'000'000;
+
 Eseguito Comando(const std::string& nome, Istante inizio, Istante fine, std::vector<std::string> richiesta,
                  const std::string& contenuto = "") {
   Eseguito comando;
   comando.nome = nome;
-  comando.inizio = inizio;
-  comando.risposto = inizio;
-  comando.fine = fine;
+  comando.inizio = inizio * Secondo;
+  comando.risposto = inizio * Secondo;
+  comando.fine = fine * Secondo;
   comando.comando = "-T X";
   comando.richiesta = std::move(richiesta);
   comando.contenuto = contenuto;
@@ -44,7 +47,10 @@ Eseguito Sposta(const std::string& nome, Istante inizio, Istante fine) {
                  "20100001,AB   1,,,,20260302,20260302,20260415,60100002,,1\r\n");
 }
 
-Riscontro Prova(const Stato& finale, const std::vector<Conferma>& conferme, const std::vector<Eseguito>& comandi) {
+Riscontro Prova(const Stato& finale, std::vector<Conferma> conferme, const std::vector<Eseguito>& comandi) {
+  for (Conferma& conferma : conferme) {
+    conferma.ora *= Secondo;
+  }
   return Confronta(Modello({1, 0, 1, 0, 0}, iniziale), iniziale, finale, conferme, comandi);
 }
 
