@@ -6,14 +6,22 @@
 #include "platform/Errore.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
+namespace {
+
+/// A name is made outside the procedure's trap: that a list is too short is for the procedure to find.
+std::string Parte(const std::vector<std::string>& parametri, std::size_t indice) {
+  return indice < parametri.size() ? parametri[indice] : std::string();
+}
+
+} // namespace
 
 std::string NomePartita(const std::vector<std::string>& parametri) {
-  return "partita " + Elemento(parametri, 3) + " del conto " + Elemento(parametri, 2);
+  return "partita " + Parte(parametri, 3) + " del conto " + Parte(parametri, 2);
 }
 
 std::string NomeDocumento(const std::vector<std::string>& parametri) {
-  return "documento " + Elemento(parametri, 2) + "/" + Elemento(parametri, 3) + "/" + Elemento(parametri, 4) +
-         " dell'azienda " + Elemento(parametri, 0);
+  return "documento " + Parte(parametri, 2) + "/" + Parte(parametri, 3) + "/" + Parte(parametri, 4) + " dell'azienda " +
+         Parte(parametri, 0);
 }
 
 std::string EseguiAzioneDB2(const std::vector<std::string>& parametri, MsgAnnulla* msg) {
