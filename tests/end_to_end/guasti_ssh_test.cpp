@@ -141,6 +141,15 @@ TEST_F(GuastiSsh, ACutDuringTheUploadIsNotMendedBehindThePersonsBack) {
   VerificaAvvii(0);
 }
 
+TEST_F(GuastiSsh, AFileThatMayHaveBeenMadeIsLeftAloneAndSaid) {
+  Ferma("InviaFile", "apri dopo", [this] { Taglia(); });
+  Prova("Answer to the making of the file lost, host back");
+  VerificaFallito();
+  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost, "può esserne rimasta una parte"});
+  VerificaRimasti({parziale, blocco});
+  VerificaAvvii(0);
+}
+
 TEST_F(GuastiSsh, ANetworkThatFallsSilentDuringTheUploadIsGivenUpAfterTheWait) {
   Attesa(Breve);
   Ferma("InviaFile", "scrivi prima", [this] { proxy.Scatta(Azione::Trattieni); });

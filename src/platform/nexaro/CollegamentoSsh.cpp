@@ -146,13 +146,14 @@ void CollegamentoSsh::InviaFile(std::string_view host, std::string_view locale, 
     sorgente = SorgenteTesto(impostazioni_.codifica.VersoHost(LeggiTutto(file, operazione), "Il file " + Cita(locale)));
   }
   const std::string indirizzo(host);
-  bool creato = false;
+  auto stato = FileRemoto::Assente;
   ConFile(
-      indirizzo, operazione, [&](Sftp& sftp) { Carica(sftp, percorso, ModoRemoto, sorgente, creato); },
+      indirizzo, operazione, [&](Sftp& sftp) { Carica(sftp, percorso, ModoRemoto, sorgente, stato); },
       [&](const std::string& motivo) {
-        bool rimosso = !creato;
+        bool rimosso = stato == FileRemoto::Assente;
         try {
-          if (creato) {
+          // What may be another's file is left alone.
+          if (stato == FileRemoto::Creato) {
             FilePronti(indirizzo).Cancella(percorso);
             rimosso = true;
           }

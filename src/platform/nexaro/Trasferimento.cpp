@@ -13,11 +13,23 @@ constexpr std::uint32_t Blocco = 32768;
 /// As many bytes as an OpenSSH server lets a channel have under way (2 MiB).
 constexpr std::size_t MassimoInViaggio = 64;
 
-std::string ApriNuovo(Sftp& sftp, std::string_view percorso, std::uint32_t modo) {
-  // Only a file of our own making is written: neither another user's nor whatever a symbolic link points to.
-  constexpr auto apertura = apertura_sftp::Scrittura | apertura_sftp::Creazione | apertura_sftp::SoloNuovo;
+/// Only a file of our own making is written: neither another user's nor whatever a symbolic link points to.
+std::string Crea(Sftp& sftp, std::string_view percorso, std::uint32_t modo, FileRemoto& file) {
+  file = FileRemoto::Forse;
   try {
-    return sftp.Apri(percorso, apertura, modo);
+    auto handle =
+        sftp.Apri(percorso, apertura_sftp::Scrittura | apertura_sftp::Creazione | apertura_sftp::SoloNuovo, modo);
+    file = FileRemoto::Creato;
+    return handle;
+  } catch (const ErroreSftp&) {
+    file = FileRemoto::Assente;
+    throw;
+  }
+}
+
+std::string ApriNuovo(Sftp& sftp, std::string_view percorso, std::uint32_t modo, FileRemoto& file) {
+  try {
+    return Crea(sftp, percorso, modo, file);
   } catch (const ErroreSftp&) {
     const auto presente = sftp.Guarda(percorso, false);
     if (!presente) {
@@ -28,7 +40,7 @@ std::string ApriNuovo(Sftp& sftp, std::string_view percorso, std::uint32_t modo)
     }
   }
   sftp.Cancella(percorso);
-  return sftp.Apri(percorso, apertura, modo);
+  return Crea(sftp, percorso, modo, file);
 }
 
 std::string Cartella(std::string_view percorso) {
@@ -104,9 +116,8 @@ void Rimuovi(Sftp& sftp, std::string_view handle, std::string_view percorso) {
 
 } // namespace
 
-void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, bool& creato) {
-  const auto handle = ApriNuovo(sftp, percorso, modo);
-  creato = true;
+void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, FileRemoto& file) {
+  const auto handle = ApriNuovo(sftp, percorso, modo, file);
   try {
     Concludi(sftp, handle, InviaBlocchi(sftp, handle, sorgente));
   } catch (const ConnessionePersa&) {
