@@ -173,6 +173,28 @@ TEST_F(SshProgramma, HostThatRunsNoProgramsIsSaid) {
   server->Cambia({});
 }
 
+/// The look for a program, where the host does not bring it to its end.
+class SshRicerca : public SshProgramma {
+ protected:
+  void TearDown() override { server->Cambia({}); }
+  std::string RicercaCon(const std::string& comando) {
+    server->Cambia({"ed25519", {}, "internal-sftp", {"ForceCommand " + comando}});
+    Collega();
+    return ErroreDi([this] { static_cast<void>(collegamento->CercaProgramma(Host, "VB0001")); }).Descrizione();
+  }
+};
+
+TEST_F(SshRicerca, LookThatBreaksOffDoesNotCallTheProgramMissing) {
+  const std::string controllo = "Il controllo del programma VB0001 sull'host 127.0.0.1 ";
+  EXPECT_THAT(RicercaCon("kill -9 $PPID; exec sleep 5"),
+              testing::StartsWith(controllo + "è stato richiesto, ma la connessione è caduta"));
+  EXPECT_EQ(RicercaCon("kill -SEGV $$"), controllo + "è stato terminato dal segnale SEGV.");
+  impostazioni.attesa = 1500ms;
+  EXPECT_EQ(RicercaCon("exec sleep 10"),
+            controllo + "non ha risposto entro 1,500 secondi e ne è stata chiesta l'interruzione.");
+  EXPECT_THAT(RicercaCon("exit 1"), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 non è nella cartella"));
+}
+
 /// The documented forced command stands between the key and the host.
 class SshIngresso : public SshProgramma {
  protected:

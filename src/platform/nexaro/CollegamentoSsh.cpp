@@ -67,15 +67,19 @@ bool DichiaraCodifica(std::string_view documento) {
          documento.substr(0, documento.find("?>")).find("encoding") != std::string_view::npos;
 }
 
+void VerificaSegnale(const EsitoRemoto& esito, const std::string& soggetto, const std::string& coda) {
+  if (!esito.stato) {
+    throw ErroreLink(soggetto + " è stato terminato dal segnale " + esito.segnale + coda);
+  }
+}
+
 /// Raises the error of a program that was given up or killed.
 void VerificaFine(const EsitoRemoto& esito, const std::string& soggetto, const std::string& coda) {
   if (!esito.interruzione.empty()) {
     const auto dettaglio = coda == "." ? std::string() : " Il programma ha scritto" + coda;
     throw ErroreLink(soggetto + esito.interruzione + EsitoIgnoto + dettaglio);
   }
-  if (!esito.stato) {
-    throw ErroreLink(soggetto + " è stato terminato dal segnale " + esito.segnale + coda);
-  }
+  VerificaSegnale(esito, soggetto, coda);
   VerificaStato(*esito.stato, soggetto, coda, " (verificare NEXARO_PROGRAMMI)");
 }
 
@@ -320,7 +324,13 @@ std::string CollegamentoSsh::CercaProgramma(std::string_view host, std::string_v
   const auto riga = impostazioni_.programmi.empty()
                         ? "command -v " + percorso
                         : "test -f " + percorso + " && test -x " + percorso + " && printf '%s\\n' " + percorso;
-  const auto esito = Avvia(std::string(host), riga, soggetto);
+  const auto ricerca = "Il controllo del programma " + std::string(programma) + SullHost(host);
+  const auto esito = Avvia(std::string(host), riga, ricerca);
+  // A look that did not come to its end says nothing of the program.
+  if (!esito.interruzione.empty()) {
+    throw ErroreLink(ricerca + esito.interruzione + ".");
+  }
+  VerificaSegnale(esito, ricerca, ".");
   if (esito.stato != 0) {
     throw ErroreRuntime(errori::FileNonTrovato,
                         soggetto + (impostazioni_.programmi.empty()
