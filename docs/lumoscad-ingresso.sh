@@ -5,7 +5,7 @@ sftp=/usr/lib/openssh/sftp-server
 
 comando=$SSH_ORIGINAL_COMMAND
 case $comando in
-  internal-sftp | "$sftp") exec "$sftp" ;;
+  internal-sftp | internal-sftp\ * | "$sftp" | "$sftp"\ *) exec "$sftp" ;;
 esac
 
 # Words in single quotes and nothing between them but a blank: to such a line the shell cannot mean anything else.

@@ -207,7 +207,10 @@ class SshIngresso : public SshProgramma {
     ingresso.replace(posto, originale.size(), "programmi='" + base / "programmi" + "'\n");
     prove::Scrivi(base / "ingresso.sh", ingresso);
     fs::permissions(base / "ingresso.sh", fs::perms::owner_all);
-    server->Cambia({"ed25519", {}, "internal-sftp", {"ForceCommand " + base / "ingresso.sh"}});
+    Offri("internal-sftp");
+  }
+  void Offri(const std::string& sftp) const {
+    server->Cambia({"ed25519", {}, sftp, {"ForceCommand " + base / "ingresso.sh"}});
   }
   void TearDown() override { server->Cambia({}); }
 };
@@ -219,6 +222,15 @@ TEST_F(SshIngresso, LetsTheComponentDoItsWork) {
   collegamento->CancellaFile(Host, base / "host/T01.dos");
   const std::vector<std::string> parametri{"", "'", "l'ora", "$(id)", "a\nb", "\\", "\xE9\xFF", "; id"};
   EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
+}
+
+TEST_F(SshIngresso, KnowsTheFileServiceByItsOptionsToo) {
+  for (const auto* sftp : {"internal-sftp -u 0077", "/usr/lib/openssh/sftp-server -u 0077"}) {
+    Offri(sftp);
+    Collega();
+    Invia("T01", sftp);
+    EXPECT_EQ(prove::Leggi(base / "host/T01"), sftp);
+  }
 }
 
 TEST_F(SshIngresso, LetsNothingElseIn) {
