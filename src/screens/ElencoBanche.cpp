@@ -17,7 +17,7 @@ const std::string& BancheCombo::Codice(int indice) const {
   return codici[static_cast<std::size_t>(indice) - 1];
 }
 
-BancheCombo CaricaBanche(MsgAnnulla& msg) {
+BancheCombo CaricaBanche(MsgAnnulla& msg, CodiceRipetuto ripetuto) {
   BancheCombo banche;
   banche.voci.emplace_back(" ");
   try {
@@ -30,7 +30,7 @@ BancheCombo CaricaBanche(MsgAnnulla& msg) {
     for (; !righe->Eof(); righe->MoveNext()) {
       const std::string codice(righe->Fields("CODICECONTO").Value().value_or(""));
       // The keys of a collection do not tell upper from lower case.
-      if (!chiavi.insert(Maiuscolo(codice)).second) {
+      if (ripetuto == CodiceRipetuto::Errore && !chiavi.insert(Maiuscolo(codice)).second) {
         throw ErroreRuntime(errori::ChiaveDuplicata, "Chiave già associata a un elemento dell'insieme: " + codice);
       }
       banche.codici.push_back(codice);

@@ -16,8 +16,14 @@ struct BancheCombo {
   [[nodiscard]] const std::string& Codice(int indice) const;
 };
 
+/// What a list of banks makes of a code that comes twice.
+enum class CodiceRipetuto {
+  Errore, ///< a failure, error 457
+  Ammesso ///< an entry like any other
+};
+
 /// Reads the banks on a connection of its own. On failure stores the message in `msg.Errore` and returns the
-/// entries read so far; a code that comes twice is a failure (error 457).
-[[nodiscard]] BancheCombo CaricaBanche(MsgAnnulla& msg);
+/// entries read so far.
+[[nodiscard]] BancheCombo CaricaBanche(MsgAnnulla& msg, CodiceRipetuto ripetuto);
 
 } // namespace lumoscad

@@ -75,8 +75,8 @@ void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureL
   variazioni.clear();
   variazioni_.clear();
   griglia_.Azzera();
-  banche_ = CaricaBanche(msg);
-  bancheCella_ = CaricaBanche(msg);
+  banche_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
+  bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
   griglia_.cmbBanche = banche_.voci;
   griglia_.cmbBanche2 = bancheCella_.voci;
   CaricaRighe(parAzienda, filtro, msg);
@@ -186,7 +186,8 @@ void FormPresunti::Conferma() {
   for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
     const std::size_t riga = griglia_.Righe.RigaAlPosto(posto);
     VariazioneConsegna variazione;
-    // One record a document: the host and the database know a document, not its rows.
+    // One record a document: the host and the database know a document, not its rows. Letters count as written, so that
+    // two documents apart only by them never become one.
     if (LeggiVariazione(riga, variazione) &&
         documenti.emplace(SenzaSpaziAiLati(griglia_.Righe.Testo(riga, Ordine))).second) {
       variazioni_.push_back(std::move(variazione));

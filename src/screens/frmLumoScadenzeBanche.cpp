@@ -92,8 +92,8 @@ void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda
                         {"lblClienteFornitoreValue", ""},
                         {"lblPartitaMovimento", ""},
                         {"lblPartitaMovimentoValue", ""}};
-  banche_ = CaricaBanche(msg);
-  bancheCella_ = CaricaBanche(msg);
+  banche_ = CaricaBanche(msg, CodiceRipetuto::Errore);
+  bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Errore);
   griglia_.cmbBanche = banche_.voci;
   griglia_.cmbBanche2 = bancheCella_.voci;
   elaboraCreditiDebiti(parAzienda, filtro, msg);
