@@ -97,8 +97,9 @@ std::string AnnoDiDocumento(std::string_view testo) {
   return testo.size() == 2 && SoloCifre(testo) ? "" : "non è un anno di due cifre";
 }
 
+/// A document whose number is its year alone has an empty one.
 std::string NumeroDiDocumento(std::string_view testo) {
-  return SoloCifre(testo) ? "" : "non è il numero di un documento";
+  return testo.empty() || SoloCifre(testo) ? "" : "non è il numero di un documento";
 }
 
 /// A bank, or the word for none where a document has none or is to lose its own.

@@ -48,6 +48,7 @@ TEST_F(RetroBancaPresunti, TellsHowManyDocumentsItTook) {
   EXPECT_EQ(riga.Giusta(), "C1,,06,123,AB,,,,B1,B2,\r\n");
   EXPECT_EQ(Accetta(riga.Giusta()), "Variato 1 documento");
   EXPECT_EQ(Accetta(riga.Con(10, "#null#") + riga.Con(9, "#null#")), "Variati 2 documenti");
+  EXPECT_EQ(Accetta(riga.Con(4, "")), "Variato 1 documento") << "il numero può essere l'anno soltanto";
 }
 
 TEST_F(RetroBancaPresunti, NamesLineAndFieldOfWhatIsWrong) {
@@ -56,7 +57,6 @@ TEST_F(RetroBancaPresunti, NamesLineAndFieldOfWhatIsWrong) {
   EXPECT_EQ(RifiutaCampo(3, "2006"), "Riga 1, campo 3 (Anno): «2006» non è un anno di due cifre.");
   EXPECT_EQ(RifiutaCampo(3, ""), "Riga 1, campo 3 (Anno): «» non è un anno di due cifre.");
   EXPECT_EQ(RifiutaCampo(3, "/6"), "Riga 1, campo 3 (Anno): «/6» non è un anno di due cifre.");
-  EXPECT_EQ(RifiutaCampo(4, ""), "Riga 1, campo 4 (Numero): «» non è il numero di un documento.");
   EXPECT_EQ(RifiutaCampo(4, "12A"), "Riga 1, campo 4 (Numero): «12A» non è il numero di un documento.");
   EXPECT_EQ(RifiutaCampo(5, " "), "Riga 1, campo 5 (Serie): « » manca.");
   EXPECT_EQ(RifiutaCampo(6, "20260131"), "Riga 1, campo 6 (ScadenzaOriginale): «20260131» dovrebbe essere vuoto.");
