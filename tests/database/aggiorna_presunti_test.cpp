@@ -12,6 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 const std::string cercaConto = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
@@ -189,12 +190,32 @@ TEST_P(PresumedUpdateRows, TheOrderKeyCountsBeforeTheMovementKey) {
 }
 
 TEST_P(PresumedUpdateRows, AFailureNamesTheStatementsOfItsRecordAlone) {
-  VariazioneConsegna troppoGrande = Consegna(401, "10/04/2006", "12/04/2006");
-  troppoGrande.idOrdineKey = "x";
-  base.Esegui("DROP TABLE EVENTOCONTABILE");
-  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006"), troppoGrande}, "PRESUNTI", msg), "error");
+  base.Impedisci("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=3", "documento fatturato");
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006"), Consegna(401, "10/04/2006", "12/04/2006")},
+                             "PRESUNTI", msg),
+            "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -"));
-  EXPECT_THAT(msg.Errore, HasSubstr("\r\n\r\nUPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',"));
+  EXPECT_THAT(msg.Errore, HasSubstr("documento fatturato"));
+  EXPECT_THAT(msg.Errore, HasSubstr("\r\n\r\nUPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-04-12',"));
+  EXPECT_THAT(msg.Errore, Not(HasSubstr("2006-03-11")));
+  EXPECT_THAT(Cambiati(), IsEmpty());
+}
+
+// The records are applied one after the other, each to the rows that carry its old date by then.
+TEST_P(PresumedUpdateRows, ADateMovedOntoAnothersOldDateMovesOnWithIt) {
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "10/04/2006"), Consegna(401, "10/04/2006", "20/04/2006")},
+                             "PRESUNTI", msg),
+            "");
+  EXPECT_THAT(Cambiati(), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-04-20|" + base.Contesto().fixedText(" ", 1)));
+}
+
+TEST_P(PresumedUpdateRows, OfTwoNewDatesForOneOldDateTheFirstCounts) {
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006"), Consegna(401, "10/03/2006", "12/03/2006")},
+                             "PRESUNTI", msg),
+            "");
+  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
+  EXPECT_THAT(Evento("2"), ElementsAre("107|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
 }
 
 } // namespace

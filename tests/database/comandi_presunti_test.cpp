@@ -213,6 +213,18 @@ TEST_P(ComandiPresunti, IlRifiutoDelProgrammaLasciaIlBloccoELaBaseDatiComErano) 
   EXPECT_THAT(banco.desktop.box.back(), StartsWith("-2147220905\r\n"));
 }
 
+TEST_P(ComandiPresunti, UnErroreDellaBaseDatiNonRimettePiuIlPuntatore) {
+  Recita([this](FinestraElenco& finestra) {
+    DaiBanca(finestra, "CD5/06", 2);
+    base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Banca(), "error");
+  EXPECT_THAT(banco.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Clessidra, Puntatore::Clessidra,
+                                                   Puntatore::Predefinito, Puntatore::Predefinito))
+      << "il comando, la richiesta e la chiamata la mettono; solo le ultime due la tolgono";
+}
+
 TEST_P(ComandiPresunti, UnCambioCheNonSiPuoScrivereSiAnnullaESiDice) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
@@ -226,7 +238,7 @@ TEST_P(ComandiPresunti, UnCambioCheNonSiPuoScrivereSiAnnullaESiDice) {
   EXPECT_TRUE(ListaPresa());
 }
 
-TEST_P(ComandiPresunti, LaSchermataDelleBancheSiRiusaQuellaDelleConsegneNo) {
+TEST_P(ComandiPresunti, LaSchermataDelleBancheSiRiusa) {
   EXPECT_EQ(Banca(), "closed");
   const auto prima_ = stato().Presunti;
   ASSERT_NE(prima_, nullptr);

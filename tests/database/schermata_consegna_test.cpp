@@ -78,6 +78,8 @@ TEST_P(DeliveryScreen, ARowWithNothingInItsCurrencyIsNotListedWhateverItsEuros) 
 TEST_P(DeliveryScreen, ANewDateGivesARecordOfItsRow) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("AB123/06", "EUR", "50,00"), "110306");
+    EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "50,00")), "11/03/2006|");
+    EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "100,00")), "|") << "a row of the same key";
     finestra->conferma();
   });
   ASSERT_THAT(variazioni, SizeIs(1));
@@ -136,6 +138,28 @@ TEST_P(DeliveryScreen, AnEmptiedEditorLeavesTheCellEmpty) {
               }),
               IsEmpty());
   EXPECT_THAT(banco.desktop.box, IsEmpty());
+}
+
+TEST_P(DeliveryScreen, BlanksInTheEditorAreCheckedAsADate) {
+  EXPECT_THAT(Mostra([this] {
+                ScriviData(Riga("AB123/06", "USD"), " ");
+                EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), " |");
+                finestra->conferma();
+              }),
+              IsEmpty());
+  EXPECT_EQ(banco.desktop.box.size(), 1U);
+}
+
+TEST_P(DeliveryScreen, TheEditedRowIsFoundAgainAfterSorting) {
+  Mostra([this] {
+    const auto riga = Riga("AB123/06", "USD");
+    Clic(riga, FormConsegna::NuovaConsegna);
+    finestra->testoEditor("130406");
+    finestra->clicTestata(3);
+    finestra->clicTestata(3);
+    finestra->tastoEditor(13);
+    EXPECT_EQ(Nuova(riga), "13/04/2006|");
+  });
 }
 
 TEST_P(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
