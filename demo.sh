@@ -8,7 +8,7 @@ cd "$(dirname "$0")"
 passo() { printf '\n==== %s\n' "$*"; }
 
 passo "Dipendenze"
-scripts/dipendenze.sh
+scripts/dipendenze.sh --senza-server
 
 passo "Compilazione"
 mkdir -p build/registri

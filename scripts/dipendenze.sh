@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and demonstrating need. Nothing happens when all are there.
+#   scripts/dipendenze.sh                 everything
+#   scripts/dipendenze.sh --senza-server  without the servers of the tests, which Debian would start as services
 set -euo pipefail
 
 pacchetti=(
@@ -9,14 +11,14 @@ pacchetti=(
   clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3
   # libraries
   qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev libgtest-dev libgmock-dev libbenchmark-dev
-  # databases
-  unixodbc odbcinst libsqliteodbc sqlite3 odbc-postgresql postgresql-15
-  odbc-mariadb mariadb-server-core mariadb-client-core
-  # a host for the tests
-  openssh-server openssh-client
+  # the database of the demonstration
+  unixodbc odbcinst libsqliteodbc sqlite3
   # a virtual display, a window manager and hands to play with
   xvfb xauth xdotool imagemagick openbox fonts-dejavu-core
 )
+
+server=(odbc-postgresql postgresql-15 odbc-mariadb mariadb-server-core mariadb-client-core openssh-server openssh-client)
+[ "${1:-}" = --senza-server ] || pacchetti+=("${server[@]}")
 
 mancano=()
 for pacchetto in "${pacchetti[@]}"; do
