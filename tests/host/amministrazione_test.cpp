@@ -1,6 +1,7 @@
 // The administrator's commands, in the real program.
 
 #include "BancoSsh.hpp"
+#include "platform/nexaro/Amministrazione.hpp"
 
 #include <array>
 #include <cstdio>
@@ -182,6 +183,66 @@ TEST_F(Amministrazione, DirectoryThatPlaysTheHostIsTriedToo) {
   const auto esito = Prova();
   EXPECT_EQ(esito.stato, 0) << esito.uscita;
   EXPECT_THAT(NomiIn("tmp"), IsEmpty());
+}
+
+/// A host of one directory whose operations can be made to fail.
+class HostGuasto final : public nexaro::HostLink {
+ public:
+  explicit HostGuasto(std::string radice) : radice_(std::move(radice)) {}
+  void EseguiProgramma(std::string_view /*host*/, std::string_view /*programma*/,
+                       const std::vector<std::string>& /*parametri*/, nexaro::XMLParser& risposta) override {
+    risposta.Consegna({});
+  }
+  void RiceviFile(std::string_view /*host*/, std::string_view remoto, std::string_view locale,
+                  std::string& /*testo*/) override {
+    if (!fs::exists(Posto(remoto))) {
+      throw ErroreRuntime(errori::FileNonTrovato, "file inesistente");
+    }
+    Inciampa("RiceviFile " + fs::path(remoto).extension().string());
+    fs::copy_file(Posto(remoto), locale, fs::copy_options::overwrite_existing);
+  }
+  void InviaFile(std::string_view /*host*/, std::string_view locale, std::string_view remoto) override {
+    fs::copy_file(locale, Posto(remoto));
+    Inciampa("InviaFile");
+  }
+  void RinominaFile(std::string_view /*host*/, std::string_view remoto, std::string_view nuovo,
+                    std::string& /*testo*/) override {
+    fs::rename(Posto(remoto), Posto(nuovo));
+    Inciampa("RinominaFile");
+  }
+  void CancellaFile(std::string_view /*host*/, std::string_view remoto) override { fs::remove(Posto(remoto)); }
+
+  std::string guasto; ///< what does its part and then fails
+
+ private:
+  [[nodiscard]] fs::path Posto(std::string_view remoto) const { return radice_ / fs::path(remoto).filename(); }
+  void Inciampa(const std::string& operazione) const {
+    if (operazione == guasto) {
+      throw ErroreRuntime(errori::Driver, "guasto");
+    }
+  }
+  fs::path radice_;
+};
+
+TEST(ProvaOperazioni, LeavesNothingOnTheHostWhateverFails) {
+  const prove::CartellaProvvisoria base;
+  for (const auto* nome : {"host", "locale"}) {
+    fs::create_directory(base / nome);
+  }
+  HostGuasto host(base / "host");
+  for (const auto* guasto : {"InviaFile", "RinominaFile", "RiceviFile .dos"}) {
+    host.guasto = guasto;
+    std::string cancellazione;
+    EXPECT_FALSE(nexaro::ProvaOperazioni(
+        host, "h", "PROVA", {"T01", base / "locale"}, [&cancellazione](const nexaro::EsitoPasso& passo) {
+          if (passo.operazione == "CancellaFile") {
+            cancellazione = (passo.riuscito ? "riuscito: " : "NON riuscito: ") + passo.dettaglio;
+          }
+        }));
+    EXPECT_THAT(cancellazione, testing::StartsWith("riuscito: il file non c'è più, né come «/tmp/T01.prova."))
+        << guasto;
+    EXPECT_TRUE(fs::is_empty(base / "host")) << guasto;
+  }
 }
 
 TEST_F(Amministrazione, WrongUseIsAnsweredWithTheUsage) {

@@ -7,6 +7,7 @@
 #include "platform/nexaro/Testi.hpp"
 
 #include <array>
+#include <exception>
 #include <random>
 #include <unistd.h>
 
@@ -49,20 +50,26 @@ class Prova {
 
  private:
   void ProvaFile() {
-    if (!Passo("InviaFile", [this] { return Invia(); })) {
-      for (const auto* saltata : {"RiceviFile", "RinominaFile", "CancellaFile"}) {
-        mostra_({saltata, false, "non provato: nessun file è stato inviato"});
-      }
-      return;
+    if (Passo("InviaFile", [this] { return Invia(); })) {
+      Passo("RiceviFile", [this] { return Ricevi(remoto_); });
+      Passo("RinominaFile", [this] {
+        std::string testo;
+        collegamento_.RinominaFile(host_, remoto_, Completo(), testo);
+        return Ricevi(Completo());
+      });
+    } else {
+      Salta("RiceviFile");
+      Salta("RinominaFile");
     }
-    Passo("RiceviFile", [this] { return Ricevi(remoto_); });
-    const bool rinominato = Passo("RinominaFile", [this] {
-      std::string testo;
-      collegamento_.RinominaFile(host_, remoto_, Completo(), testo);
-      return Ricevi(Completo());
-    });
-    Passo("CancellaFile", [&] { return Cancella(rinominato ? Completo() : remoto_); });
+    // Also after a failure a file may stand there.
+    if (tentato_) {
+      Passo("CancellaFile", [this] { return Cancella(); });
+    } else {
+      Salta("CancellaFile");
+    }
   }
+
+  void Salta(const char* operazione) const { mostra_({operazione, false, "non provato: nessun file è stato inviato"}); }
 
   template <typename Azione> bool Passo(const char* operazione, Azione azione) {
     EsitoPasso esito{operazione, false, {}};
@@ -82,6 +89,7 @@ class Prova {
     FileProvvisorio file(locale_, 0600, operazione);
     file.Scrivi(Contenuto, operazione);
     file.Pubblica(locale_, operazione);
+    tentato_ = true;
     collegamento_.InviaFile(host_, locale_, remoto_);
     return "il file " + Cita(remoto_) + " è sull'host";
   }
@@ -95,13 +103,29 @@ class Prova {
     return "il file " + Cita(remoto) + " è tornato uguale";
   }
 
-  std::string Cancella(const std::string& remoto) {
+  /// Which of its two names the file has is not known after a failure.
+  std::string Cancella() {
+    std::exception_ptr guasto;
+    for (const auto& nome : {remoto_, Completo()}) {
+      try {
+        Togli(nome);
+      } catch (const ErroreRuntime&) {
+        guasto = guasto ? guasto : std::current_exception();
+      }
+    }
+    if (guasto) {
+      std::rethrow_exception(guasto);
+    }
+    return "il file non c'è più, né come " + Cita(remoto_) + " né come " + Cita(Completo());
+  }
+
+  void Togli(const std::string& remoto) {
     collegamento_.CancellaFile(host_, remoto);
     try {
       static_cast<void>(Ricevi(remoto));
     } catch (const ErroreRuntime& errore) {
       if (errore.Numero() == errori::FileNonTrovato) {
-        return "il file " + Cita(remoto) + " non c'è più";
+        return;
       }
       throw;
     }
@@ -130,6 +154,7 @@ class Prova {
   const std::function<void(const EsitoPasso&)>& mostra_;
   std::string locale_;
   std::string remoto_;
+  bool tentato_ = false; ///< the file may stand on the host
   bool riuscita_ = true;
 };
 
