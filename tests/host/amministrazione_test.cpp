@@ -168,7 +168,7 @@ TEST_F(Amministrazione, SettingThatIsUnfitIsShown) {
   EXPECT_THAT(esito.uscita, HasSubstr("NEXARO_SSH_PORTA deve essere un numero"));
 }
 
-TEST_F(Amministrazione, EncodingOfBothSidesIsTried) {
+TEST_F(Amministrazione, EveryOperationWorksWithAnEncodingSetToo) {
   Conosci();
   Programma("true");
   variabili.Imposta("NEXARO_CODIFICA", "ISO-8859-15");

@@ -16,7 +16,7 @@ namespace lumoscad::nexaro {
 namespace {
 
 constexpr const char* ProgrammaPredefinito = "VB0001";
-/// The accented letters show that both sides mean the same encoding.
+/// With line breaks and letters that an encoding could change on the way there and back.
 constexpr std::string_view Contenuto = "Prova di LumoScad\r\nperché, così, più\r\n";
 
 std::string LeggiContenuto(const std::string& percorso) {
