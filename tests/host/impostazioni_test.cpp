@@ -83,6 +83,15 @@ TEST_F(ImpostazioniDelTrasporto, PathsAreAbsolute) {
   }
 }
 
+TEST_F(ImpostazioniDelTrasporto, KnownHostsFileIsTheOneThatIsNamed) {
+  // To the library the sign begins something that it replaces.
+  for (const auto* nome : {"NEXARO_SSH_NOTI", "HOME"}) {
+    prove::VariabiliProvvisorie una;
+    una.Imposta(nome, "/casa/%h");
+    EXPECT_THAT(Rifiuto(), HasSubstr("(NEXARO_SSH_NOTI) non può contenere il carattere «%»: vale «/casa/%h")) << nome;
+  }
+}
+
 TEST_F(ImpostazioniDelTrasporto, EncodingIsKnown) {
   variabili.Imposta("NEXARO_CODIFICA", "KLINGON");
   EXPECT_THAT(Rifiuto(), HasSubstr("NEXARO_CODIFICA"));

@@ -79,6 +79,13 @@ TEST_F(SshChiavi, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
   EXPECT_THAT(Prova(), HasSubstr("non è fra gli host noti (" + noti + ")"));
 }
 
+TEST_F(SshChiavi, PipeInTheFilesPlaceHoldsNobodyUp) {
+  fs::remove(noti);
+  ASSERT_EQ(::mkfifo(noti.c_str(), 0600), 0);
+  EXPECT_THAT(Prova(), AllOf(HasSubstr(server->Impronta()), HasSubstr("non può essere letto"),
+                             HasSubstr("non è un file ordinario")));
+}
+
 TEST_F(SshChiavi, KeyOfAnotherPortOrHostIsNotThisHostsKey) {
   prove::Scrivi(noti, std::string(Host) + " " + server->ChiavePubblicaHost() + "\n[127.0.0.2]:" +
                           std::to_string(server->Porta()) + " " + server->ChiavePubblicaHost() + "\n");
@@ -217,6 +224,11 @@ TEST_F(SshAccesso, OnlyTheNamedKeyIsPresented) {
 TEST_F(SshAccesso, KeyFileThatCannotBeUsedIsSaid) {
   impostazioni.chiave = base / "manca";
   EXPECT_THAT(Prova(), HasSubstr("manca: file inesistente"));
+  ASSERT_EQ(::mkfifo((base / "tubo").c_str(), 0600), 0);
+  impostazioni.chiave = base / "tubo";
+  EXPECT_THAT(Prova(), HasSubstr("tubo: non è un file ordinario"));
+  impostazioni.chiave = base / "host";
+  EXPECT_THAT(Prova(), HasSubstr("host: è una cartella"));
   prove::Scrivi(base / "spazzatura", "non è una chiave");
   impostazioni.chiave = base / "spazzatura";
   EXPECT_THAT(Prova(), HasSubstr("non è una chiave privata leggibile"));

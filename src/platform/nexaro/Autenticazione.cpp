@@ -1,6 +1,7 @@
 #include "platform/nexaro/Autenticazione.hpp"
 
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Testi.hpp"
 
 #include <array>
@@ -27,6 +28,11 @@ int NonChiedere(const char* /*domanda*/, char* /*tampone*/, std::size_t /*lunghe
 
 /// The private key of a file; nothing and a reason where it cannot be used.
 Chiave LeggiChiave(const std::string& percorso, std::string& motivo) {
+  // Looked at first: the library would wait for a pipe.
+  if (const int errore = ErroreOrdinario(percorso); errore != 0) {
+    motivo = MotivoSistema(errore);
+    return nullptr;
+  }
   if (::access(percorso.c_str(), R_OK) != 0) {
     motivo = MotivoSistema(errno);
     return nullptr;

@@ -53,6 +53,20 @@ void FileProvvisorio::Pubblica(const std::string& destinazione, const std::strin
   definitivo_ = true;
 }
 
+namespace {
+
+int ErroreGenere(const struct stat& stato) {
+  const int altro = S_ISDIR(stato.st_mode) ? EISDIR : EINVAL;
+  return S_ISREG(stato.st_mode) ? 0 : altro;
+}
+
+} // namespace
+
+int ErroreOrdinario(const std::string& percorso) {
+  struct stat stato {};
+  return ::stat(percorso.c_str(), &stato) == 0 ? ErroreGenere(stato) : errno;
+}
+
 Descrittore ApriOrdinario(const std::string& percorso, const std::string& operazione) {
   // Opens without waiting: a pipe in the file's place must not hold the caller up.
   Descrittore descrittore(::open(percorso.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -60,8 +74,8 @@ Descrittore ApriOrdinario(const std::string& percorso, const std::string& operaz
   if (!descrittore.Aperto() || ::fstat(descrittore.Numero(), &stato) != 0) {
     throw ErroreSistema(operazione, errno);
   }
-  if (!S_ISREG(stato.st_mode)) {
-    throw ErroreSistema(operazione, S_ISDIR(stato.st_mode) ? EISDIR : EINVAL);
+  if (const int genere = ErroreGenere(stato); genere != 0) {
+    throw ErroreSistema(operazione, genere);
   }
   return descrittore;
 }

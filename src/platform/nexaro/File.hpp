@@ -33,6 +33,10 @@ class FileProvvisorio {
   bool definitivo_ = false;
 };
 
+/// 0 where an ordinary file stands at `percorso`, or a link to one; otherwise the error (`errno`) that says what is
+/// wrong.
+[[nodiscard]] int ErroreOrdinario(const std::string& percorso);
+
 /// Opens an ordinary file for reading; anything else is refused without waiting for it.
 [[nodiscard]] Descrittore ApriOrdinario(const std::string& percorso, const std::string& operazione);
 

@@ -101,6 +101,11 @@ ImpostazioniSsh LeggiImpostazioniSsh() {
     }
     impostazioni.noti = impostazioni.cartella + "/known_hosts";
   }
+  if (impostazioni.noti.find('%') != std::string::npos) {
+    throw ErroreLink(
+        "Il percorso del file degli host noti (NEXARO_SSH_NOTI) non può contenere il carattere «%»: vale «" +
+        impostazioni.noti + "».");
+  }
   impostazioni.programmi = LeggiPercorsoAssoluto("NEXARO_PROGRAMMI");
   impostazioni.codifica = Codifica(Impostazione("NEXARO_CODIFICA"));
   impostazioni.attesa = LeggiAttesa();

@@ -1,6 +1,7 @@
 #include "platform/nexaro/Sessione.hpp"
 
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Testi.hpp"
 
 #include <algorithm>
@@ -42,7 +43,9 @@ Sessione::Sessione(const ImpostazioniSsh& impostazioni, const std::string& host)
   // The settings of the link are the environment's alone: the files of the ssh program stay out of it.
   Imposta(Grezza(), SSH_OPTIONS_PROCESS_CONFIG, &no, "la configurazione");
   Imposta(Grezza(), SSH_OPTIONS_GLOBAL_KNOWNHOSTS, "/dev/null", "gli host noti");
-  Imposta(Grezza(), SSH_OPTIONS_KNOWNHOSTS, impostazioni.noti.c_str(), "NEXARO_SSH_NOTI");
+  // The library would wait for a pipe. What is wrong with the file is said when the key is looked up in it.
+  const auto noti = ErroreOrdinario(impostazioni.noti) == 0 ? impostazioni.noti : "/dev/null";
+  Imposta(Grezza(), SSH_OPTIONS_KNOWNHOSTS, noti.c_str(), "NEXARO_SSH_NOTI");
   Imposta(Grezza(), SSH_OPTIONS_HOST, host.c_str(), "l'indirizzo dell'host (-H)");
   Imposta(Grezza(), SSH_OPTIONS_PORT, &impostazioni.porta, "NEXARO_SSH_PORTA");
   Imposta(Grezza(), SSH_OPTIONS_USER, impostazioni.utente.c_str(), "NEXARO_SSH_UTENTE");
