@@ -96,6 +96,11 @@ TEST_F(SshProgramma, FailedProgramIsReportedWithWhatItSaid) {
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 3: disco pieno");
 }
 
+TEST_F(SshProgramma, ComplaintGivesNoOrdersToATerminal) {
+  Programma("printf '\\033]0;x\\007disco\\tpieno\\nriprovare\\r\\n' >&2; exit 3");
+  EXPECT_THAT(Rifiuto(), testing::EndsWith("lo stato 3:  ]0;x disco pieno\nriprovare"));
+}
+
 TEST_F(SshProgramma, LongComplaintIsCutBetweenCharacters) {
   Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
   const auto rifiuto = Rifiuto();

@@ -58,7 +58,9 @@ std::string CodaMessaggio(std::string errori) {
       errori.pop_back();
     }
   }
-  errori.erase(errori.find_last_not_of(" \t\r\n") + 1);
+  // A person's terminal must not obey what the program has written.
+  errori = SenzaControlli(errori, "\n");
+  errori.erase(errori.find_last_not_of(" \n") + 1);
   return errori.empty() ? "." : ": " + errori;
 }
 

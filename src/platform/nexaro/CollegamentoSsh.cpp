@@ -339,9 +339,7 @@ std::string CollegamentoSsh::CercaProgramma(std::string_view host, std::string_v
                                         : " non è nella cartella " + Cita(impostazioni_.programmi) +
                                               ", o l'utente non può eseguirlo."));
   }
-  auto trovato = codifica.DallHostTollerante(esito.uscita);
-  trovato.erase(trovato.find_last_not_of("\r\n") + 1);
-  return trovato;
+  return TestoAltrui(codifica.DallHostTollerante(esito.uscita));
 }
 
 /// To open a channel asks the host for an answer: it shows that the connection lives before anything is started.

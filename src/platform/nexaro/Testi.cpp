@@ -2,8 +2,6 @@
 
 #include "platform/nexaro/Codifica.hpp"
 
-#include <algorithm>
-
 namespace lumoscad::nexaro {
 
 std::string SullHost(std::string_view host) {
@@ -14,11 +12,23 @@ std::string Cita(std::string_view testo) {
   return "«" + std::string(testo) + "»";
 }
 
+std::string SenzaControlli(std::string_view testo, std::string_view ammessi) {
+  std::string pulito;
+  pulito.reserve(testo.size());
+  for (std::size_t posto = 0; posto < testo.size(); ++posto) {
+    const auto byte = static_cast<unsigned char>(testo[posto]);
+    const auto seguente = posto + 1 < testo.size() ? static_cast<unsigned char>(testo[posto + 1]) : 0U;
+    const bool isC1 = byte == 0xC2 && seguente >= 0x80 && seguente <= 0x9F;
+    const bool isControllo = isC1 || byte < 0x20 || byte == 0x7F;
+    pulito += isControllo && ammessi.find(testo[posto]) == std::string_view::npos ? ' ' : testo[posto];
+    posto += isC1 ? 1 : 0;
+  }
+  return pulito;
+}
+
 std::string TestoAltrui(std::string_view testo) {
   static constexpr std::size_t Massimo = 300;
-  std::string pulito(testo);
-  std::replace_if(
-      pulito.begin(), pulito.end(), [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; }, ' ');
+  auto pulito = SenzaControlli(testo);
   pulito.erase(pulito.find_last_not_of(' ') + 1);
   // Cut first: half a character at the end is replaced like any other stray byte.
   return Codifica().DallHostTollerante(std::string_view(pulito).substr(0, Massimo));
