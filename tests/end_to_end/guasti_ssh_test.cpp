@@ -184,7 +184,7 @@ TEST_F(GuastiSsh, ACutBeforeTheRenameIsSeenByTheNames) {
   Ferma("RinominaFile", "rinomina prima", [this] { Taglia(); });
   Prova("Cut before the rename, host back");
   VerificaFallito();
-  VerificaErrore({"Cambio di nome", parziale, completo, sullHost, "ha ancora il vecchio nome"});
+  VerificaErrore({"Cambio di nome", parziale, completo, sullHost, "ha ancora il vecchio nome", "togliere il blocco"});
   VerificaRimasti({parziale, blocco});
   VerificaAvvii(0);
 }

@@ -22,6 +22,9 @@ constexpr std::uint32_t ModoRemoto = 0666;
 constexpr mode_t ModoLocale = 0600;
 
 constexpr const char* EsitoIgnoto = "; l'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+/// A lock that the failed command has set stays on the host.
+constexpr const char* Ripetizione =
+    "Prima di ripetere il comando può essere necessario togliere il blocco della lista sull'host.";
 
 constexpr const char* CosaProgrammi = "La cartella dei programmi (NEXARO_PROGRAMMI)";
 constexpr const char* CosaNome = "Il nome del programma";
@@ -117,7 +120,7 @@ void CollegamentoSsh::ConFile(const std::string& host, const std::string& operaz
     file = &FilePronti(host);
   } catch (const ConnessionePersa& persa) {
     connessioni_.erase(host);
-    throw ErroreLink(operazione + ": " + persa.Motivo() + ". Verificare la rete e ripetere il comando.");
+    throw ErroreLink(operazione + ": " + persa.Motivo() + ". Verificare la rete. " + Ripetizione);
   } catch (const RichiestaRifiutata&) {
     throw ErroreLink(operazione +
                      ": l'host non offre il servizio SFTP. Chiedere all'amministratore dell'host di attivarlo.");
@@ -165,8 +168,8 @@ void CollegamentoSsh::InviaFile(std::string_view host, std::string_view locale, 
           connessioni_.erase(indirizzo);
         }
         throw ErroreLink(operazione + ": " + motivo + "; il file non è stato inviato" +
-                         (rimosso ? "" : " e sull'host può esserne rimasta una parte") +
-                         ". Verificare la rete e ripetere il comando.");
+                         (rimosso ? "" : " e sull'host può esserne rimasta una parte") + ". Verificare la rete. " +
+                         Ripetizione);
       });
 }
 
@@ -225,7 +228,7 @@ void CollegamentoSsh::RinominaFile(std::string_view host, std::string_view remot
           throw ErroreLink(operazione + ": " + motivo + EsitoIgnoto);
         }
         if (vecchioPresente) {
-          throw ErroreLink(operazione + ": " + motivo + "; il file ha ancora il vecchio nome. Ripetere il comando.");
+          throw ErroreLink(operazione + ": " + motivo + "; il file ha ancora il vecchio nome. " + Ripetizione);
         }
         if (!nuovoPresente) {
           throw ErroreLink(operazione + ": " + motivo +
@@ -261,7 +264,7 @@ void CollegamentoSsh::CancellaFile(std::string_view host, std::string_view remot
           throw ErroreLink(operazione + ": " + motivo + EsitoIgnoto);
         }
         if (presente) {
-          throw ErroreLink(operazione + ": " + motivo + "; il file è ancora sull'host. Ripetere il comando.");
+          throw ErroreLink(operazione + ": " + motivo + "; il file è ancora sull'host. " + Ripetizione);
         }
       });
 }
@@ -292,8 +295,7 @@ EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& r
     canale = CanalePronto(host);
   } catch (const ConnessionePersa& persa) {
     connessioni_.erase(host);
-    throw ErroreLink(soggetto + " non è stato avviato: " + persa.Motivo() +
-                     ". Verificare la rete e ripetere il comando.");
+    throw ErroreLink(soggetto + " non è stato avviato: " + persa.Motivo() + ". Verificare la rete. " + Ripetizione);
   } catch (const RichiestaRifiutata&) {
     throw ErroreLink(soggetto + " non è stato avviato: l'host non ammette altri canali. Chiedere all'amministratore "
                                 "dell'host di ammettere l'esecuzione di programmi.");
