@@ -163,6 +163,7 @@ std::string GuastiSsh::Anonimo(std::string testo) const {
   Sostituisci(testo, demo.Host().string(), "HOST");
   Sostituisci(testo, demo.Base().string(), "BASE");
   Sostituisci(testo, std::to_string(proxy.Porta()), "PORTA");
+  Sostituisci(testo, std::string("(porta ") + std::getenv("NEXARO_SSH_PORTA") + ")", "(porta PORTA)");
   Sostituisci(testo, demo.Ssh().Impronta(), "SHA256:…");
   Sostituisci(testo, " " + demo.Ssh().Utente() + "@", " UTENTE@");
   Sostituisci(testo, "«" + demo.Ssh().Utente() + "»", "«UTENTE»");

@@ -2,11 +2,15 @@
 
 #include "GuastiSsh.hpp"
 #include "platform/Errore.hpp"
+#include "platform/nexaro/Presa.hpp"
 
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <utility>
+#include <vector>
 
 namespace lumoscad::prova {
 namespace {
@@ -30,6 +34,31 @@ void Attesa(const char* secondi) {
 
 /// Long enough to log in on a busy machine.
 constexpr const char* Breve = "3";
+
+/// A loopback port whose queue of connections is full: the system leaves the next ones without an answer.
+struct CodaPiena {
+  CodaPiena() : presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in indirizzo{};
+    indirizzo.sin_family = AF_INET;
+    indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t lunghezza = sizeof indirizzo;
+    EXPECT_EQ(::bind(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
+    EXPECT_EQ(::listen(presa.Numero(), 0), 0);
+    EXPECT_EQ(::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
+    porta = ntohs(indirizzo.sin_port);
+    constexpr std::chrono::milliseconds attesa{300};
+    for (bool piena = false; !piena && coda.size() < 10;) {
+      try {
+        coda.push_back(nexaro::ApriPresa("127.0.0.1", porta, nexaro::Orologio::now() + attesa, attesa));
+      } catch (const ErroreRuntime&) {
+        piena = true;
+      }
+    }
+  }
+  nexaro::Descrittore presa;
+  std::vector<nexaro::Descrittore> coda;
+  unsigned porta = 0;
+};
 
 // The way to the host.
 
@@ -59,6 +88,16 @@ TEST_F(GuastiSsh, AHostThatNeverAnswersIsGivenUpAfterTheWait) {
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(10));
   VerificaFallito();
   VerificaErrore({"host 127.0.0.1", "entro 0,500 secondi"});
+  VerificaRimasti({});
+}
+
+TEST_F(GuastiSsh, AnAddressThatTakesNoConnectionIsGivenUpAfterTheWait) {
+  const CodaPiena ascolto;
+  ::setenv("NEXARO_SSH_PORTA", std::to_string(ascolto.porta).c_str(), 1);
+  Attesa("0.5");
+  Prova("Unreachable within the wait");
+  VerificaFallito();
+  VerificaErrore({"host 127.0.0.1", "nessuna risposta entro 0,500 secondi"});
   VerificaRimasti({});
 }
 
@@ -252,7 +291,7 @@ class GuastiSshChiamata : public GuastiSsh {
 };
 
 TEST_F(GuastiSshChiamata, AProgramWhoseStartWasSentIsNotStartedAgain) {
-  TagliaAlSegnale("Cut after the start was sent, program not begun", "", "aspetta; exit 1");
+  TagliaAlSegnale("Cut after the start was sent, before the program has done anything", "", "aspetta; exit 1");
   VerificaFallito();
   VerificaErrore({programma});
   VerificaRimasti({completo, blocco});
@@ -336,7 +375,7 @@ TEST_F(GuastiSshPulizia, ACleanUpThatCannotBeDoneFailsTheCommand) {
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSshPulizia, ADeletionWhoseAnswerIsLostIsMadeAgain) {
+TEST_F(GuastiSshPulizia, ALostAnswerToADeletionIsReplacedByALookAtTheName) {
   Ferma("CancellaFile", "cancella dopo", [this] { Taglia(); });
   Prova("Answer to a deletion lost, host back");
   VerificaRiuscito();
