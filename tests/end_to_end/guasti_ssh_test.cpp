@@ -1,16 +1,13 @@
 // Faults of a real host behind SSH: of the way to it, of its server, of its files and of its back end.
 
+#include "CodaPiena.hpp"
 #include "GuastiSsh.hpp"
 #include "platform/Errore.hpp"
-#include "platform/nexaro/Presa.hpp"
 
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <utility>
-#include <vector>
 
 namespace lumoscad::prova {
 namespace {
@@ -34,31 +31,6 @@ void Attesa(const char* secondi) {
 
 /// Long enough to log in on a busy machine.
 constexpr const char* Breve = "3";
-
-/// A loopback port whose queue of connections is full: the system leaves the next ones without an answer.
-struct CodaPiena {
-  CodaPiena() : presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in indirizzo{};
-    indirizzo.sin_family = AF_INET;
-    indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t lunghezza = sizeof indirizzo;
-    EXPECT_EQ(::bind(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
-    EXPECT_EQ(::listen(presa.Numero(), 0), 0);
-    EXPECT_EQ(::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
-    porta = ntohs(indirizzo.sin_port);
-    constexpr std::chrono::milliseconds attesa{300};
-    for (bool piena = false; !piena && coda.size() < 10;) {
-      try {
-        coda.push_back(nexaro::ApriPresa("127.0.0.1", porta, nexaro::Orologio::now() + attesa, attesa));
-      } catch (const ErroreRuntime&) {
-        piena = true;
-      }
-    }
-  }
-  nexaro::Descrittore presa;
-  std::vector<nexaro::Descrittore> coda;
-  unsigned porta = 0;
-};
 
 // The way to the host.
 

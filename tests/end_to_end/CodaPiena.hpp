@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Errore.hpp"
+#include "platform/nexaro/Presa.hpp"
+
+#include <chrono>
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// A loopback port whose queue of connections is full: the system leaves the next ones without an answer.
+struct CodaPiena {
+  CodaPiena() : presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in indirizzo{};
+    indirizzo.sin_family = AF_INET;
+    indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t lunghezza = sizeof indirizzo;
+    EXPECT_EQ(::bind(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
+    EXPECT_EQ(::listen(presa.Numero(), 0), 0);
+    EXPECT_EQ(::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
+    porta = ntohs(indirizzo.sin_port);
+    constexpr std::chrono::milliseconds attesa{300};
+    for (bool piena = false; !piena && coda.size() < 10;) {
+      try {
+        coda.push_back(nexaro::ApriPresa("127.0.0.1", porta, nexaro::Orologio::now() + attesa, attesa));
+      } catch (const ErroreRuntime&) {
+        piena = true;
+      }
+    }
+  }
+  nexaro::Descrittore presa;
+  std::vector<nexaro::Descrittore> coda;
+  unsigned porta = 0;
+};
+
+} // namespace lumoscad::prova
