@@ -26,6 +26,8 @@ fi
 gcovr --root . --filter 'src/' --object-directory "$base" \
   --print-summary --txt "$base/righe.txt" -j "$lavori" >"$base/riassunto.txt" 2>"$base/gcovr.log" ||
   { tail -n 20 "$base/gcovr.log"; exit 1; }
-awk '$NF ~ /^[0-9]/ && $(NF-1) != "100%" { print }' "$base/righe.txt" >"$base/mancanti.txt" || true
+# A long name stands on a line of its own, before its figures.
+awk 'NF == 1 { nome = $1 } NF > 1 && $(NF - 1) ~ /%$/ && $NF !~ /%$/ { print (NF == 5 ? $0 : nome " " $0) }' \
+  "$base/righe.txt" >"$base/mancanti.txt"
 grep '^lines:' "$base/riassunto.txt" | sed 's/^lines/copertura di src/'
 exit "$esito"
