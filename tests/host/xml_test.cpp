@@ -87,6 +87,14 @@ TEST(Documento, RefusesWhatIsNotWellFormed) {
   EXPECT_THAT(Rifiuto("<!-- nulla -->"), HasSubstr("manca l'elemento principale"));
 }
 
+TEST(Documento, AnAttributesValueHidesNothingOfWhatFollowsIt) {
+  EXPECT_EQ(xml::Leggi("<A b='>\"' c=\">'&amp;\">x<D e='/>'/></A>").valore, "x");
+  EXPECT_THAT(Rifiuto("<A b='<?c'>&#8;</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(Rifiuto("<A b=\"<!--\">&ignota;</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(Rifiuto("<A b='>&#8;'/>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(Rifiuto("<A b='&amp;\">'>&#8;</A>"), HasSubstr("non ammesso"));
+}
+
 TEST(Documento, RefusesAnEmptyDocument) {
   EXPECT_THAT(Rifiuto(""), HasSubstr("vuoto"));
   EXPECT_THAT(Rifiuto(" \n"), HasSubstr("vuoto"));

@@ -86,25 +86,66 @@ bool SoloCaratteriAmmessi(std::string_view testo) {
   return true;
 }
 
+/// `posizione` stands on a "&" and moves past its reference; false where none is written there.
+bool SaltaRiferimento(std::string_view testo, std::size_t& posizione) {
+  static constexpr std::size_t LunghezzaMassima = 16;
+  const auto fine = testo.substr(posizione, LunghezzaMassima).find(';');
+  if (fine == std::string_view::npos || !RiferimentoValido(testo.substr(posizione + 1, fine - 1))) {
+    return false;
+  }
+  posizione += fine + 1;
+  return true;
+}
+
+/// `posizione` stands on the quote that opens a value and moves past the one that closes it. A "<" may not stand
+/// between them: the parser lets it pass, and what follows it would be taken for a section here.
+bool SaltaValore(std::string_view testo, std::size_t& posizione) {
+  const std::string_view arresti = testo[posizione] == '"' ? "\"<&" : "'<&";
+  ++posizione;
+  while ((posizione = testo.find_first_of(arresti, posizione)) != std::string_view::npos) {
+    if (testo[posizione] == '<') {
+      return false;
+    }
+    if (testo[posizione] != '&') {
+      ++posizione;
+      return true;
+    }
+    if (!SaltaRiferimento(testo, posizione)) {
+      return false;
+    }
+  }
+  return false;
+}
+
+/// `posizione` stands on the "<" of a tag and moves past its ">".
+bool SaltaEtichetta(std::string_view testo, std::size_t& posizione) {
+  ++posizione;
+  while ((posizione = testo.find_first_of("'\"<>&", posizione)) != std::string_view::npos) {
+    if (testo[posizione] == '>') {
+      ++posizione;
+      return true;
+    }
+    if (testo[posizione] == '<' || testo[posizione] == '&' || !SaltaValore(testo, posizione)) {
+      return false;
+    }
+  }
+  return false;
+}
+
 } // namespace
 
 bool RiferimentiValidi(std::string_view testo) {
-  static constexpr std::size_t LunghezzaMassima = 16;
   if (!SoloCaratteriAmmessi(testo)) {
     return false;
   }
   std::size_t posizione = 0;
   while ((posizione = testo.find_first_of("<&", posizione)) != std::string_view::npos) {
-    if (testo[posizione] == '<') {
-      const auto dopo = DopoSezione(testo, posizione);
-      posizione = dopo == posizione ? posizione + 1 : dopo;
-      continue;
-    }
-    const auto fine = testo.substr(posizione, LunghezzaMassima).find(';');
-    if (fine == std::string_view::npos || !RiferimentoValido(testo.substr(posizione + 1, fine - 1))) {
+    const auto dopo = DopoSezione(testo, posizione);
+    if (dopo != posizione) {
+      posizione = dopo;
+    } else if (!(testo[posizione] == '<' ? SaltaEtichetta(testo, posizione) : SaltaRiferimento(testo, posizione))) {
       return false;
     }
-    posizione += fine;
   }
   return true;
 }

@@ -4,8 +4,9 @@
 
 namespace lumoscad::xml {
 
-/// Whether every character of `testo` (UTF-8) is allowed in a document and every "&" outside comments, CDATA sections
-/// and processing instructions begins a predefined entity or a character reference to an allowed character.
+/// Whether every character of `testo` (UTF-8) is allowed in a document, every "&" outside comments, CDATA sections
+/// and processing instructions begins a predefined entity or a character reference to an allowed character, and no
+/// attribute's value holds a "<".
 [[nodiscard]] bool RiferimentiValidi(std::string_view testo);
 
 } // namespace lumoscad::xml
