@@ -253,22 +253,41 @@ TEST_F(SshAccesso, EveryUsualKeyIsTriedAndListed) {
   EXPECT_EQ(Prova(), "riuscito");
 }
 
+/// An agent without keys; it ends with the object and takes its socket with it.
+class Agente {
+ public:
+  explicit Agente(const std::string& presa) : presa_(presa) {
+    const auto uscita = Esegui("ssh-agent -s -a '" + presa + "'");
+    const auto segno = uscita.find("SSH_AGENT_PID=");
+    EXPECT_NE(segno, std::string::npos) << uscita;
+    processo_ = segno == std::string::npos ? -1 : std::stoi(uscita.substr(segno + 14));
+    variabili_.Imposta("SSH_AUTH_SOCK", presa);
+  }
+  Agente(const Agente&) = delete;
+  Agente& operator=(const Agente&) = delete;
+  ~Agente() {
+    if (processo_ > 0) {
+      EXPECT_EQ(::kill(processo_, SIGTERM), 0);
+      for (int giro = 0; giro < 1000 && fs::exists(presa_); ++giro) {
+        ::usleep(10000);
+      }
+      EXPECT_FALSE(fs::exists(presa_));
+    }
+  }
+  static void Aggiungi(const std::string& chiave) { Esegui("ssh-add -q '" + chiave + "'"); }
+
+ private:
+  std::string presa_;
+  pid_t processo_ = -1;
+  prove::VariabiliProvvisorie variabili_;
+};
+
 TEST_F(SshAccesso, AgentsKeysComeFirst) {
   impostazioni.chiave.clear();
-  const auto presa = base / "agente";
-  const auto agente = Esegui("ssh-agent -s -a '" + presa + "'");
-  const auto segno = agente.find("SSH_AGENT_PID=");
-  ASSERT_NE(segno, std::string::npos) << agente;
-  const auto processo = std::stoi(agente.substr(segno + 14));
-  variabili.Imposta("SSH_AUTH_SOCK", presa);
+  const Agente agente(base / "agente");
   EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: nessuna chiave accettata"));
-  Esegui("ssh-add -q '" + server->Chiave().string() + "'");
+  Agente::Aggiungi(server->Chiave());
   EXPECT_EQ(Prova(), "riuscito");
-  EXPECT_EQ(::kill(processo, SIGTERM), 0);
-  for (int giro = 0; giro < 1000 && fs::exists(presa); ++giro) {
-    ::usleep(10000);
-  }
-  EXPECT_FALSE(fs::exists(presa)) << "the agent takes its socket with it";
 }
 
 TEST_F(SshAccesso, AgentThatIsGoneIsNoObstacle) {
@@ -277,6 +296,74 @@ TEST_F(SshAccesso, AgentThatIsGoneIsNoObstacle) {
   fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
   EXPECT_EQ(Prova(), "riuscito");
 }
+
+/// A type of user's keys.
+struct TipoChiave {
+  const char* nome;         ///< as the server's log names it
+  const char* generazione;  ///< as ssh-keygen is told it
+  const char* fileConsueto; ///< where the user has such a key
+};
+
+class SshAccessoPerTipo : public SshAccesso, public testing::WithParamInterface<TipoChiave> {
+ protected:
+  void SetUp() override {
+    SshAccesso::SetUp();
+    pubblica = NuovaChiave("utente", GetParam().generazione);
+    chiave = base / "utente";
+    ammesse_ = prove::Leggi(server->Ammesse());
+  }
+  void TearDown() override { prove::Scrivi(server->Ammesse(), ammesse_); }
+
+  /// The host admits the new key, and no other.
+  void Ammetti() const { prove::Scrivi(server->Ammesse(), pubblica); }
+  /// The login succeeds, and the server has taken down that it was with the new key.
+  void VerificaAccesso() {
+    const auto prima = prove::Leggi(server->Registro()).size();
+    EXPECT_EQ(Prova(), "riuscito");
+    const auto riga = Esegui("ssh-keygen -l -E sha256 -f '" + chiave + ".pub'");
+    const auto impronta =
+        riga.substr(riga.find("SHA256:"), riga.find(' ', riga.find("SHA256:")) - riga.find("SHA256:"));
+    EXPECT_THAT(prove::Leggi(server->Registro()).substr(prima),
+                AllOf(HasSubstr("Accepted publickey for " + server->Utente()),
+                      HasSubstr("ssh2: " + std::string(GetParam().nome) + " " + impronta)));
+  }
+
+  std::string chiave;
+  std::string pubblica;
+
+ private:
+  std::string ammesse_;
+};
+
+TEST_P(SshAccessoPerTipo, LogsInWithTheNamedKey) {
+  impostazioni.chiave = chiave;
+  EXPECT_THAT(Prova(), HasSubstr(chiave + ": non accettata"));
+  Ammetti();
+  VerificaAccesso();
+}
+
+TEST_P(SshAccessoPerTipo, LogsInWithTheUsersUsualKey) {
+  impostazioni.chiave.clear();
+  fs::copy_file(chiave, base / (std::string("ssh/") + GetParam().fileConsueto));
+  EXPECT_THAT(Prova(), HasSubstr(std::string(GetParam().fileConsueto) + ": non accettata"));
+  Ammetti();
+  VerificaAccesso();
+}
+
+TEST_P(SshAccessoPerTipo, LogsInWithTheAgentsKey) {
+  impostazioni.chiave.clear();
+  const Agente agente(base / "agente");
+  Agente::Aggiungi(chiave);
+  EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: nessuna chiave accettata"));
+  Ammetti();
+  VerificaAccesso();
+}
+
+INSTANTIATE_TEST_SUITE_P(Chiavi, SshAccessoPerTipo,
+                         testing::Values(TipoChiave{"ED25519", "ed25519", "id_ed25519"},
+                                         TipoChiave{"RSA", "rsa -b 3072", "id_rsa"},
+                                         TipoChiave{"ECDSA", "ecdsa -b 256", "id_ecdsa"}),
+                         [](const auto& tipo) { return std::string(tipo.param.nome); });
 
 TEST_F(SshAccesso, HostThatTakesNoKeysIsSaid) {
   server->Cambia(

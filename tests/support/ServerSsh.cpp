@@ -155,7 +155,7 @@ ServerSsh::ServerSsh(const fs::path& cartella, Opzioni opzioni)
   GeneraChiave(Chiave(), "ed25519");
   GeneraChiave(ChiaveEstranea(), "ed25519");
   GeneraChiave(cartella_ / "host", opzioni_.tipoHost);
-  fs::copy_file(Chiave().string() + ".pub", cartella_ / "ammesse");
+  fs::copy_file(Chiave().string() + ".pub", Ammesse());
   for (int tentativo = 0; processo_ < 0 && tentativo < PorteTentate; ++tentativo) {
     porta_ = PortaLibera();
     Avvia();
@@ -182,7 +182,7 @@ void ServerSsh::ScriviConfigurazione() const {
   std::ofstream file(cartella_ / "sshd_config");
   file << "ListenAddress " << Indirizzo() << "\nPort " << porta_ << "\nHostKey "
        << FraVirgolette((cartella_ / "host").string()) << "\nPidFile none\nAuthorizedKeysFile "
-       << FraVirgolette((cartella_ / "ammesse").string()) << "\nAllowUsers " << utente_
+       << FraVirgolette(Ammesse().string()) << "\nAllowUsers " << utente_
        << "\nPermitRootLogin prohibit-password\nPubkeyAuthentication yes\nPasswordAuthentication no\n"
           "KbdInteractiveAuthentication no\nUsePAM no\nUseDNS no\nStrictModes no\nPrintMotd no\nPrintLastLog no\n"
           "X11Forwarding no\nMaxStartups 100\nLogLevel VERBOSE\nSubsystem sftp "

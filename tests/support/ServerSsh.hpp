@@ -37,6 +37,8 @@ class ServerSsh {
   [[nodiscard]] const std::string& Utente() const noexcept { return utente_; }
   /// The private key that is accepted; its public half stands beside it with the ending ".pub".
   [[nodiscard]] std::filesystem::path Chiave() const { return cartella_ / "cliente"; }
+  /// The file of the public keys that are accepted, one a line; it is read at each login.
+  [[nodiscard]] std::filesystem::path Ammesse() const { return cartella_ / "ammesse"; }
   /// A private key that is not accepted.
   [[nodiscard]] std::filesystem::path ChiaveEstranea() const { return cartella_ / "estraneo"; }
   /// The known hosts file: it names the server by address and port.
