@@ -4,6 +4,7 @@
 #include "support/ProxyByte.hpp"
 #include "support/ServerSsh.hpp"
 
+#include <cstdlib>
 #include <functional>
 #include <future>
 #include <string>
@@ -53,7 +54,18 @@ class GuastiSsh : public Guasti {
   Fotografia dopo; ///< the database that the request asks for
   std::string risultato;
 
-  static constexpr std::string_view Completo = "T0120260305140709.dos";
+  /// Sets how long the component waits for the host.
+  static void LimitaAttesa(const char* secondi) { ::setenv("NEXARO_ATTESA", secondi, 1); }
+  /// Long enough to log in on a busy machine.
+  static constexpr const char* Breve = "3";
+
+  // Names on the host: the lock's, and the request's before and after its rename.
+  static inline const std::string blocco = "VBCREDITI";
+  static inline const std::string parziale{Richiesta};
+  static inline const std::string completo = parziale + ".dos";
+  // Pieces of what the person reads.
+  static inline const std::string sullHost = " sull'host 127.0.0.1";
+  static inline const std::string programma = "Il programma VB0001" + sullHost + " ";
 
  private:
   [[nodiscard]] std::string Anonimo(std::string testo) const;
