@@ -106,6 +106,28 @@ TEST_F(Cartella, ReceivingAMissingFileFailsAndLeavesNothing) {
   EXPECT_EQ(FileIn("locale"), 0U);
 }
 
+TEST_F(Cartella, LargestFileIsReceivedAndALargerOneRefused) {
+  constexpr std::uintmax_t massimo = std::uintmax_t{16} * 1024 * 1024;
+  prove::Scrivi(base / "host/tmp/VBX", "x");
+  std::filesystem::resize_file(base / "host/tmp/VBX", massimo);
+  collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo);
+  EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), massimo);
+  std::filesystem::remove(base / "locale/VBX");
+  std::filesystem::resize_file(base / "host/tmp/VBX", massimo + 1);
+  const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
+  EXPECT_EQ(errore.Numero(), nexaro::ErroreCollegamento);
+  EXPECT_EQ(errore.Descrizione(), "Ricezione del file «/tmp/VBX» sull'host h in «" + base / "locale/VBX" +
+                                      "»: il file supera i 16 MiB ammessi.");
+  EXPECT_EQ(FileIn("locale"), 0U);
+}
+
+TEST_F(Cartella, SendingLooksAtNoSize) {
+  prove::Scrivi(base / "locale/T01", "x");
+  std::filesystem::resize_file(base / "locale/T01", std::uintmax_t{17} * 1024 * 1024);
+  collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
+  EXPECT_EQ(std::filesystem::file_size(base / "host/tmp/T01"), std::uintmax_t{17} * 1024 * 1024);
+}
+
 TEST_F(Cartella, SendingOntoADirectoryLeavesNoPrivateFile) {
   std::filesystem::create_directory(base / "host/tmp/T01");
   prove::Scrivi(base / "locale/T01", "x");

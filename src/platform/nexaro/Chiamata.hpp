@@ -3,6 +3,7 @@
 #include "platform/xml/Nodo.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,12 @@ namespace lumoscad::nexaro {
 
 /// Bytes of a program's standard error that are kept for the message.
 inline constexpr std::size_t MassimoErroriMostrati = 2000;
+
+/// The largest file that is received, in bytes: as much as a reply. What a host has to give is a lock of two lines; one
+/// that gives without end is to fill neither this machine's disk nor the person's day.
+inline constexpr std::uint64_t MassimoRicevuto = xml::DimensioneMassima;
+/// Why a larger one is refused; fits behind a colon.
+inline constexpr const char* MotivoTroppoGrande = "il file supera i 16 MiB ammessi";
 
 /// Raises a run-time error unless `remoto` is an absolute path of the host without ".." and null characters.
 void VerificaPercorso(std::string_view remoto);

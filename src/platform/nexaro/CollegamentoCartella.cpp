@@ -82,7 +82,7 @@ void CollegamentoCartella::RiceviFile(std::string_view host, std::string_view re
                                       std::string& testo) {
   const auto operazione = "Ricezione del file " + Cita(remoto) + SullHost(host) + " in " + Cita(locale);
   testo.clear();
-  CopiaFile(PercorsoRemoto(remoto), std::string(locale), ModoLocale, operazione);
+  CopiaFile(PercorsoRemoto(remoto), std::string(locale), ModoLocale, operazione, MassimoRicevuto);
 }
 
 void CollegamentoCartella::InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) {

@@ -184,7 +184,7 @@ void CollegamentoSsh::RiceviFile(std::string_view host, std::string_view remoto,
       std::string(host), operazione,
       [&](Sftp& sftp) {
         FileProvvisorio copia(destinazione, ModoLocale, operazione);
-        Scarica(sftp, percorso, [&](std::string_view dati) {
+        Scarica(sftp, percorso, MassimoRicevuto, [&](std::string_view dati) {
           const auto& codifica = impostazioni_.codifica;
           copia.Scrivi(codifica.IsUtf8() ? std::string(dati) : codifica.DallHostTollerante(dati), operazione);
         });

@@ -1,5 +1,6 @@
 #include "platform/nexaro/File.hpp"
 
+#include "platform/nexaro/Chiamata.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
 #include <array>
@@ -92,12 +93,17 @@ std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const 
   }
 }
 
-void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo,
-               const std::string& operazione) {
+void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
+               std::uint64_t massimo) {
   const auto ingresso = ApriOrdinario(sorgente, operazione);
   FileProvvisorio copia(destinazione, modo, operazione);
   std::array<char, 65536> tampone;
+  std::uint64_t copiati = 0;
   for (std::size_t letti = 0; (letti = LeggiBlocco(ingresso, tampone, operazione)) > 0;) {
+    copiati += letti;
+    if (copiati > massimo) {
+      throw ErroreLink(operazione + ": " + MotivoTroppoGrande + ".");
+    }
     copia.Scrivi({tampone.data(), letti}, operazione);
   }
   copia.Pubblica(destinazione, operazione);

@@ -3,6 +3,8 @@
 #include "platform/nexaro/Descrittore.hpp"
 
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -43,9 +45,9 @@ class FileProvvisorio {
 /// Reads up to the size of `tampone`; 0 at the end of the file.
 [[nodiscard]] std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const std::string& operazione);
 
-/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole or not at all. `modo` holds the
-/// permissions before the umask.
-void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo,
-               const std::string& operazione);
+/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole or not at all; of more than `massimo`
+/// bytes it does not. `modo` holds the permissions before the umask.
+void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
+               std::uint64_t massimo = std::numeric_limits<std::uint64_t>::max());
 
 } // namespace lumoscad::nexaro

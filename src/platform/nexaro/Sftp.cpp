@@ -37,6 +37,8 @@ constexpr std::uint32_t ConUtente = 0x02;
 constexpr std::uint32_t ConPermessi = 0x04;
 /// A server's packets are no longer than this: blocks of 256 KiB and their frame.
 constexpr std::uint32_t PacchettoMassimo = (256U + 16U) * 1024U;
+/// No handle is longer than this (section 6.2): every later request carries it.
+constexpr std::size_t HandleMassimo = 256;
 /// More than all the answers that are ever due at once.
 constexpr std::size_t MassimoInArrivo = std::size_t{32} * 1024 * 1024;
 
@@ -206,7 +208,11 @@ std::string Sftp::Apri(std::string_view percorso, std::uint32_t apertura, std::u
     VerificaStatoSftp(risposta);
     RispostaInattesa();
   }
-  return std::string(LettoreSftp(risposta.corpo).Testo());
+  auto handle = std::string(LettoreSftp(risposta.corpo).Testo());
+  if (handle.size() > HandleMassimo) {
+    RispostaInattesa();
+  }
+  return handle;
 }
 
 void Sftp::Chiudi(std::string_view handle) {

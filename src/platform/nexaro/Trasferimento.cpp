@@ -1,5 +1,7 @@
 #include "platform/nexaro/Trasferimento.hpp"
 
+#include "platform/nexaro/Chiamata.hpp"
+
 #include <algorithm>
 #include <deque>
 #include <vector>
@@ -114,6 +116,25 @@ void Rimuovi(Sftp& sftp, std::string_view handle, std::string_view percorso) {
   }
 }
 
+ErroreSftp TroppoGrande() {
+  return {stato_sftp::Fallimento, {}, MotivoTroppoGrande};
+}
+
+/// Looked at first: to open a pipe would hold the host's service up.
+std::string ApriOrdinario(Sftp& sftp, std::string_view percorso, std::uint64_t massimo) {
+  const auto presente = sftp.Guarda(percorso, true);
+  if (!presente) {
+    throw ErroreSftp(stato_sftp::FileInesistente, {});
+  }
+  if (!presente->IsOrdinario()) {
+    throw ErroreSftp(stato_sftp::Fallimento, {}, presente->IsCartella() ? "è una cartella" : "non è un file ordinario");
+  }
+  if (presente->dimensione.value_or(0) > massimo) {
+    throw TroppoGrande();
+  }
+  return sftp.Apri(percorso, apertura_sftp::Lettura, 0);
+}
+
 } // namespace
 
 void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, FileRemoto& file) {
@@ -134,23 +155,15 @@ void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sor
   }
 }
 
-void Scarica(Sftp& sftp, std::string_view percorso, const Deposito& deposito) {
-  // Looked at first: to open a pipe would hold the host's service up.
-  const auto presente = sftp.Guarda(percorso, true);
-  if (!presente) {
-    throw ErroreSftp(stato_sftp::FileInesistente, {});
-  }
-  if (!presente->IsOrdinario()) {
-    throw ErroreSftp(stato_sftp::Fallimento, {}, presente->IsCartella() ? "è una cartella" : "non è un file ordinario");
-  }
-  const auto handle = sftp.Apri(percorso, apertura_sftp::Lettura, 0);
+void Scarica(Sftp& sftp, std::string_view percorso, std::uint64_t massimo, const Deposito& deposito) {
+  const auto handle = ApriOrdinario(sftp, percorso, massimo);
   try {
     std::deque<std::uint32_t> inViaggio;
-    std::size_t massimo = 2;
+    std::size_t insieme = 2;   // how many requests may be under way
     std::uint64_t posto = 0;   // of the next request
     std::uint64_t scritti = 0; // what was handed on
     for (bool finito = false; !finito;) {
-      for (; inViaggio.size() < massimo; posto += Blocco) {
+      for (; inViaggio.size() < insieme; posto += Blocco) {
         inViaggio.push_back(sftp.ChiediLettura(handle, posto, Blocco));
       }
       const auto dati = sftp.AttendiDati(inViaggio.front());
@@ -160,16 +173,19 @@ void Scarica(Sftp& sftp, std::string_view percorso, const Deposito& deposito) {
         throw ConnessionePersa("il servizio SFTP dell'host ha dato un blocco non valido");
       }
       if (dati) {
-        deposito(*dati);
         scritti += dati->size();
-        massimo = std::min(massimo * 2, MassimoInViaggio);
+        if (scritti > massimo) {
+          throw TroppoGrande();
+        }
+        deposito(*dati);
+        insieme = std::min(insieme * 2, MassimoInViaggio);
       }
       if (finito || dati->size() < Blocco) {
         // A short block is no end of the file: what was asked for behind it is asked for again from there.
         sftp.AttendiTutte();
         inViaggio.clear();
         posto = scritti;
-        massimo = 1;
+        insieme = 1;
       }
     }
     sftp.Chiudi(handle);

@@ -28,6 +28,7 @@ enum class FileRemoto {
 void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, FileRemoto& file);
 
 /// Reads the ordinary file at `percorso` on the host from its beginning to its end, with many blocks under way at once.
-void Scarica(Sftp& sftp, std::string_view percorso, const Deposito& deposito);
+/// A file of more than `massimo` bytes is refused, whatever size the host says it has.
+void Scarica(Sftp& sftp, std::string_view percorso, std::uint64_t massimo, const Deposito& deposito);
 
 } // namespace lumoscad::nexaro
