@@ -2,7 +2,6 @@
 
 #include "platform/qt/Testi.hpp"
 
-#include <QCloseEvent>
 #include <QFocusEvent>
 #include <QFrame>
 #include <QGridLayout>
@@ -11,33 +10,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScreen>
-#include <QShortcut>
 #include <QWindow>
 
-#include <algorithm>
 #include <utility>
 
 namespace lumoscad::qt {
 
 namespace {
-
-using Genere = ColonnaElenco::Genere;
-
-constexpr int CodiceTab = 9;
-constexpr int CodiceInvio = 13;
-
-template <class Richiamo, class... Argomenti> void Chiama(const Richiamo& richiamo, Argomenti... argomenti) {
-  if (richiamo) {
-    richiamo(argomenti...);
-  }
-}
-
-/// True when the person left the field; false when only the window lost the keyboard, to a message for instance.
-bool HaLasciatoIlCampo(const QFocusEvent& evento) {
-  return evento.reason() != Qt::ActiveWindowFocusReason && evento.reason() != Qt::PopupFocusReason &&
-         evento.reason() != Qt::MenuBarFocusReason;
-}
 
 /// The text of the control with its access key, the "s" that both of its texts have.
 QString ConTasto(QString testo) {
@@ -56,68 +35,18 @@ QLabel* Scritta(const EtichettaElenco& voce, QWidget* padre) {
 } // namespace
 
 FinestraScadenzarioQt::FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* padre)
-    : QDialog(padre, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
-                         Qt::WindowMaximizeButtonHint),
-      finestra_(finestra), elenco_(finestra.elenco), modello_(elenco_), parti_(*this, elenco_, modello_),
-      ordine_(elenco_.stato().ordine), contenuto_(elenco_.stato().contenuto) {
-  setObjectName(Testo(elenco_.nome));
-  setWindowTitle(Testo(elenco_.titolo));
-  modello_.guasto = [this](std::exception_ptr errore) {
-    errore_ = std::move(errore);
-    QMetaObject::invokeMethod(
-        this, [this] { Chiudi(); }, Qt::QueuedConnection);
-  };
+    : FinestraModaleQt(finestra.elenco, padre), finestra_(finestra) {
   AggiungiDescrizione();
   AggiungiSelezionaTutto();
   RinominaParti();
   CollegaLista();
   CollegaCampi();
-  CollegaTasti();
-  const int righe = modello_.rowCount();
-  parti_.lblRighe->setText(righe == 1 ? QStringLiteral("1 rata") : QString::number(righe) + QStringLiteral(" rate"));
-  SincronizzaScadenzario(finestra_.stato());
-  if (const QScreen* schermo = screen()) {
-    resize(sizeHint().boundedTo(schermo->availableSize() - QSize(24, 56)));
-  }
+  MostraScadenzario(finestra_.stato());
+  Completa();
 }
 
-std::exception_ptr FinestraScadenzarioQt::Mostra() {
-  const std::ptrdiff_t scelta = elenco_.stato().selezionata;
-  sincronizza_ = true;
-  parti_.vista->Vai(static_cast<int>(std::max<std::ptrdiff_t>(scelta, 0)), 0);
-  sincronizza_ = false;
-  if (scelta < 0 && modello_.rowCount() > 0) {
-    Gesto([this] { Chiama(elenco_.seleziona, std::ptrdiff_t{0}); });
-  } else {
-    Gesto([] {});
-  }
-  if (!chiusa_) {
-    exec();
-  }
-  return std::exchange(errore_, nullptr);
-}
-
-template <class Azione> void FinestraScadenzarioQt::Gesto(const Azione& azione) {
-  if (inGesto_ || sincronizza_ || chiusa_) {
-    return;
-  }
-  inGesto_ = true;
-  try {
-    azione();
-    Sincronizza();
-  } catch (...) {
-    errore_ = std::current_exception();
-  }
-  inGesto_ = false;
-  if (errore_) {
-    Chiudi();
-  }
-}
-
-void FinestraScadenzarioQt::Chiudi() {
-  if (!std::exchange(chiusa_, true)) {
-    done(Accepted);
-  }
+QString FinestraScadenzarioQt::QuanteRighe(int righe) const {
+  return righe == 1 ? QStringLiteral("1 rata") : QString::number(righe) + QStringLiteral(" rate");
 }
 
 void FinestraScadenzarioQt::AggiungiDescrizione() {
@@ -170,103 +99,27 @@ void FinestraScadenzarioQt::RinominaParti() {
 
 void FinestraScadenzarioQt::CollegaLista() {
   VistaElenco::Gesti& gesti = parti_.vista->gesti;
-  gesti.seleziona = [this](int riga) { Gesto([this, riga] { Chiama(elenco_.seleziona, std::ptrdiff_t{riga}); }); };
   gesti.preme = [this](int riga, int x, int) { Preme(riga, x); };
   gesti.rilascia = [this] { Rilascia(); };
   gesti.attiva = [this](const QModelIndex& cella) { PremiColonna(modello_.Genere(cella.column())); };
   gesti.digita = [this](const QModelIndex&, const QString& cifra) { Digita(cifra); };
   gesti.bloccata = [this] { parti_.TextScad->setFocus(); };
-  gesti.disposta = [this] {
-    parti_.testate->Disponi();
-    PosizionaEditor();
-  };
 }
 
 void FinestraScadenzarioQt::CollegaCampi() {
   parti_.vista->installEventFilter(this);
   parti_.vista->setFocusPolicy(Qt::StrongFocus); // the wheel must not take the focus from an open editor
-  parti_.TextScad->installEventFilter(this);
-  parti_.TextScadenza->installEventFilter(this);
-  connect(parti_.TextScad, &QLineEdit::textEdited, this, [this](const QString& testo) {
-    Gesto([this, &testo] { Chiama(elenco_.testoEditor, std::string_view(Utf8(testo))); });
-  });
-  connect(parti_.TextScadenza, &QLineEdit::textEdited, this, [this](const QString& testo) {
-    Gesto([this, &testo] { Chiama(elenco_.testoScadenza, std::string_view(Utf8(testo))); });
-  });
+  connect(PicSelezionaTutto_, &QPushButton::clicked, this, [this] { Invia(finestra_.selezionaTutto); });
 }
 
-void FinestraScadenzarioQt::CollegaTasti() {
-  const auto conferma = [this] { Gesto([this] { Chiama(elenco_.conferma); }); };
-  connect(parti_.PictureOk, &QPushButton::clicked, this, conferma);
-  connect(parti_.PictureAnnulla, &QPushButton::clicked, this, [this] { Gesto([this] { Chiama(elenco_.annulla); }); });
-  connect(PicSelezionaTutto_, &QPushButton::clicked, this,
-          [this] { Gesto([this] { Chiama(finestra_.selezionaTutto); }); });
-  for (const Qt::Key tasto : {Qt::Key_Return, Qt::Key_Enter}) {
-    auto* scorciatoia = new QShortcut(QKeySequence(Qt::CTRL | tasto), this);
-    connect(scorciatoia, &QShortcut::activated, this, conferma);
+void FinestraScadenzarioQt::Segui(const StatoElenco& stato) {
+  if (stato.data.visibile && parti_.FrameScad->isHidden()) {
+    rigaEditor_ = stato.selezionata;
   }
+  MostraScadenzario(finestra_.stato());
 }
 
-void FinestraScadenzarioQt::Sincronizza() {
-  const StatoElenco& stato = elenco_.stato();
-  if (stato.scaricata) {
-    Chiudi();
-    return;
-  }
-  sincronizza_ = true;
-  try {
-    SincronizzaRighe(stato);
-    if (Utf8(parti_.TextScadenza->text()) != stato.testoScadenza) {
-      parti_.TextScadenza->setText(Testo(stato.testoScadenza));
-    }
-    SincronizzaEditor(stato.data);
-    SincronizzaScadenzario(finestra_.stato());
-    parti_.vista->Blocca(stato.data.visibile);
-    parti_.CopriBarrette(stato.barretteNascoste);
-  } catch (...) {
-    sincronizza_ = false;
-    throw;
-  }
-  sincronizza_ = false;
-}
-
-void FinestraScadenzarioQt::SincronizzaRighe(const StatoElenco& stato) {
-  VistaElenco& vista = *parti_.vista;
-  if (std::exchange(ordine_, stato.ordine) != stato.ordine) {
-    modello_.Ricarica();
-    contenuto_ = stato.contenuto;
-  } else if (std::exchange(contenuto_, stato.contenuto) != stato.contenuto) {
-    const auto [prima, ultima] = vista.RigheInVista();
-    modello_.Aggiorna(prima, ultima);
-  }
-  if (vista.currentIndex().row() != stato.selezionata) {
-    vista.MostraSelezionata(static_cast<int>(stato.selezionata));
-  }
-}
-
-void FinestraScadenzarioQt::SincronizzaEditor(const EditorCella& editor) {
-  QFrame& cornice = *parti_.FrameScad;
-  if (!editor.visibile) {
-    // The list takes the focus first: a field hidden while it has it would pass it on along the tab order.
-    if (!cornice.isHidden() && focusWidget() == parti_.TextScad) {
-      parti_.vista->setFocus();
-    }
-    cornice.hide();
-    return;
-  }
-  if (Utf8(parti_.TextScad->text()) != editor.testo) {
-    parti_.TextScad->setText(Testo(editor.testo));
-  }
-  if (cornice.isHidden()) {
-    rigaEditor_ = elenco_.stato().selezionata;
-    cornice.show();
-    parti_.TextScad->setFocus();
-    parti_.TextScad->selectAll();
-  }
-  PosizionaEditor();
-}
-
-void FinestraScadenzarioQt::SincronizzaScadenzario(const StatoScadenzario& stato) {
+void FinestraScadenzarioQt::MostraScadenzario(const StatoScadenzario& stato) {
   const QString testo = ConTasto(Testo(stato.selezionaTutto));
   if (PicSelezionaTutto_->text() != testo) {
     PicSelezionaTutto_->setText(testo);
@@ -289,21 +142,6 @@ void FinestraScadenzarioQt::TieniInPrimoPiano(bool sopra) {
   }
 }
 
-void FinestraScadenzarioQt::PosizionaEditor() {
-  if (!parti_.FrameScad->isHidden()) {
-    const QModelIndex cella = modello_.index(static_cast<int>(rigaEditor_), Colonna(Genere::EditorData));
-    parti_.PosizionaSullaCella(*parti_.FrameScad, parti_.vista->visualRect(cella));
-  }
-}
-
-int FinestraScadenzarioQt::Colonna(Genere genere) const {
-  int colonna = 0;
-  while (colonna < modello_.columnCount() && modello_.Genere(colonna) != genere) {
-    ++colonna;
-  }
-  return colonna;
-}
-
 void FinestraScadenzarioQt::Preme(int riga, int x) {
   rigaPremuta_ = riga;
   premutaLaSpunta_ = x < elenco_.colonne.front().larghezza;
@@ -318,9 +156,9 @@ void FinestraScadenzarioQt::Rilascia() {
     return;
   }
   if (premutaLaSpunta_) {
-    Gesto([this, riga] { Chiama(finestra_.spunta, static_cast<std::size_t>(riga)); });
+    Invia(finestra_.spunta, static_cast<std::size_t>(riga));
   }
-  Gesto([this, riga] { Chiama(elenco_.clic, parti_.vista->rowViewportPosition(riga) * TwipsPerPixelY); });
+  Invia(elenco_.clic, parti_.vista->rowViewportPosition(riga) * TwipsPerPixelY);
 }
 
 void FinestraScadenzarioQt::PremiColonna(Genere genere) {
@@ -332,10 +170,7 @@ void FinestraScadenzarioQt::PremiColonna(Genere genere) {
 
 void FinestraScadenzarioQt::Digita(const QString& cifra) {
   PremiColonna(Genere::EditorData);
-  if (!chiusa_ && elenco_.stato().data.visibile) {
-    parti_.TextScad->setText(cifra);
-    Gesto([this, &cifra] { Chiama(elenco_.testoEditor, std::string_view(Utf8(cifra))); });
-  }
+  DigitaNellEditor(cifra);
 }
 
 bool FinestraScadenzarioQt::TastoInLista(const QKeyEvent& tasto) {
@@ -364,17 +199,17 @@ bool FinestraScadenzarioQt::TastoInEditor(const QKeyEvent& tasto) {
   switch (tasto.key()) {
   case Qt::Key_Tab:
   case Qt::Key_Backtab:
-    Gesto([this] { Chiama(elenco_.tastoEditor, CodiceTab); });
+    Invia(elenco_.tastoEditor, CodiceTab);
     return true; // the focus stays: leaving the field would close it
   case Qt::Key_Return:
   case Qt::Key_Enter:
-    Gesto([this] { Chiama(elenco_.tastoEditor, CodiceInvio); });
-    if (!chiusa_ && parti_.FrameScad->isHidden()) {
+    Invia(elenco_.tastoEditor, CodiceInvio);
+    if (!Chiusa() && parti_.FrameScad->isHidden()) {
       parti_.vista->Vai(parti_.vista->currentIndex().row() + 1, parti_.vista->currentIndex().column());
     }
     return true;
   case Qt::Key_Escape:
-    Gesto([this] { Chiama(elenco_.abbandonaEditor); });
+    Invia(elenco_.abbandonaEditor);
     return true;
   default:
     return false;
@@ -390,38 +225,16 @@ bool FinestraScadenzarioQt::eventFilter(QObject* oggetto, QEvent* evento) {
   }
   if (evento->type() == QEvent::FocusOut && HaLasciatoIlCampo(static_cast<const QFocusEvent&>(*evento))) {
     if (oggetto == parti_.TextScad) {
-      Gesto([this] { Chiama(finestra_.perdeFuocoEditor); });
+      Invia(finestra_.perdeFuocoEditor);
     } else if (oggetto == parti_.TextScadenza) {
-      Gesto([this] { Chiama(finestra_.perdeFuocoScadenza); });
+      Invia(finestra_.perdeFuocoScadenza);
     }
   }
-  return QDialog::eventFilter(oggetto, evento);
+  return FinestraModaleQt::eventFilter(oggetto, evento);
 }
 
 void FinestraScadenzarioQt::reject() {
-  Gesto([this] { Chiama(elenco_.annulla); });
-}
-
-void FinestraScadenzarioQt::closeEvent(QCloseEvent* evento) {
-  if (chiusa_) {
-    evento->accept();
-    return;
-  }
-  evento->ignore();
-  Gesto([this] { Chiama(elenco_.chiudi); });
-}
-
-void FinestraScadenzarioQt::showEvent(QShowEvent* evento) {
-  QDialog::showEvent(evento);
-  parti_.vista->setFocus();
-  parti_.testate->Disponi();
-}
-
-void FinestraScadenzarioQt::resizeEvent(QResizeEvent* evento) {
-  QDialog::resizeEvent(evento);
-  parti_.testate->Disponi();
-  parti_.CopriBarrette(elenco_.stato().barretteNascoste);
-  PosizionaEditor();
+  Invia(elenco_.annulla);
 }
 
 } // namespace lumoscad::qt

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "platform/Desktop.hpp"
+#include "platform/qt/ModelloElenco.hpp"
+#include "platform/qt/StrutturaElenco.hpp"
+
+#include <QDialog>
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <functional>
+
+namespace lumoscad::qt {
+
+/// What the windows over a list have in common: the modal showing and its end, the way of a gesture to the screen and
+/// of the screen's state back to the widgets, the in-place editors. It has no rule of its own. A window adds the
+/// gestures that it alone has.
+class FinestraModaleQt : public QDialog {
+ public:
+  /// Shows the window until the screen has unloaded itself; gives back what a gesture threw, or null.
+  [[nodiscard]] std::exception_ptr Mostra();
+
+ protected:
+  using Genere = ColonnaElenco::Genere;
+
+  static constexpr int CodiceTab = 9;
+  static constexpr int CodiceInvio = 13;
+
+  FinestraModaleQt(FinestraElenco& elenco, QWidget* padre);
+
+  /// Ends the construction, once all widgets are there: tells how many rows there are and takes a size.
+  void Completa();
+  /// The text that tells how many rows there are.
+  [[nodiscard]] virtual QString QuanteRighe(int righe) const = 0;
+  /// Makes the widgets that only this kind of window has follow the screen, before the in-place editors do.
+  virtual void Segui(const StatoElenco& stato) = 0;
+
+  /// Runs one gesture and follows it. Gestures that come while another one runs are dropped: they would find the
+  /// screen half-way through a change. What one throws ends the showing.
+  void Gesto(const std::function<void()>& azione);
+  /// A gesture that is one of the screen's callbacks; one that the screen does not have does nothing.
+  template <class Richiamo, class... Argomenti> void Invia(const Richiamo& richiamo, Argomenti... argomenti) {
+    Gesto([&] { Chiama(richiamo, argomenti...); });
+  }
+  template <class Richiamo, class... Argomenti> static void Chiama(const Richiamo& richiamo, Argomenti... argomenti) {
+    if (richiamo) {
+      richiamo(argomenti...);
+    }
+  }
+  [[nodiscard]] bool Chiusa() const noexcept { return chiusa_; }
+
+  /// The first column of this kind; one past the last where there is none.
+  [[nodiscard]] int Colonna(Genere genere) const;
+  /// Writes a digit typed over the list into the date editor, once a gesture has opened it.
+  void DigitaNellEditor(const QString& cifra);
+  /// True when the person left the field; false when the focus went to a list or a menu, or the window lost it.
+  [[nodiscard]] static bool HaLasciatoIlCampo(const QFocusEvent& evento);
+
+  void closeEvent(QCloseEvent* evento) override;
+  void showEvent(QShowEvent* evento) override;
+  void resizeEvent(QResizeEvent* evento) override;
+
+  FinestraElenco& elenco_;
+  ModelloElenco modello_;
+  StrutturaElenco parti_;
+  std::ptrdiff_t rigaEditor_ = -1; ///< the place of the row over which an in-place editor is open
+
+ private:
+  void CollegaLista();
+  void CollegaCampi();
+  void CollegaTasti();
+  void MostraQuanteRighe();
+  void Sincronizza();
+  void SincronizzaRighe(const StatoElenco& stato);
+  void SincronizzaEditor(const EditorCella& editor, QFrame& cornice, QWidget& campo, Genere genere);
+  void PosizionaEditor();
+  [[nodiscard]] QRect CellaEditor(Genere genere) const;
+  void Chiudi();
+
+  std::uint64_t ordine_;
+  std::uint64_t contenuto_;
+  bool inGesto_ = false;
+  bool sincronizza_ = false;
+  bool chiusa_ = false;
+  std::exception_ptr errore_;
+};
+
+} // namespace lumoscad::qt
