@@ -74,10 +74,10 @@ std::string TestoErrore(const ErroreRuntime& errore) {
 std::string TestoErroreDopoHost(const ErroreRuntime& errore, const ado::Connection* connection,
                                 std::string_view daControllare) {
   std::string testo = TestoErrore(errore);
-  if (errore.Sorgente() != "ODBC") {
+  const auto esito = connection != nullptr ? connection->Esito() : ado::EsitoTransazione::NonApplicata;
+  if (errore.Sorgente() != "ODBC" && esito == ado::EsitoTransazione::NonApplicata) {
     return testo;
   }
-  const auto esito = connection != nullptr ? connection->Esito() : ado::EsitoTransazione::NonApplicata;
   if (esito == ado::EsitoTransazione::NonApplicata) {
     testo += "\r\nL'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: ";
   } else if (esito == ado::EsitoTransazione::Sconosciuta) {

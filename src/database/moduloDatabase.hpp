@@ -41,7 +41,8 @@ void ChiudiRecordset(ado::Recordset& recordset) noexcept;
 
 /// The same for the database's side of a change that the host has already accepted. After a failure of the database
 /// it goes on with what became of the change on `connection` (none when it was not opened) and names `daControllare`,
-/// what the person must look at; the text of a failure that the component found by itself stays as it is.
+/// what the person must look at; the text of a failure that the component found by itself stays as it is where nothing
+/// of the change can have been kept.
 [[nodiscard]] std::string TestoErroreDopoHost(const ErroreRuntime& errore, const ado::Connection* connection,
                                               std::string_view daControllare);
 

@@ -1,7 +1,9 @@
 #include "Esiti.hpp"
 #include "RegistroEsiti.hpp"
+#include "database/moduloDatabase.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
+#include "platform/ado/Diagnostics.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -105,30 +107,85 @@ TEST_P(Driver, UnTempoMassimoSbagliatoSiRifiutaPrimaDiConnettersi) {
   EXPECT_NO_THROW(Apri(base));
 }
 
-// With this setting MariaDB's driver connects anew without a word, and the new connection commits every statement.
-TEST(DriverCheSiRiconnette, NonFaPassarePerApplicatoCioCheEStatoInterrotto) {
-  prova::BaseEsiti base("mariadb", {{"AUTO_RECONNECT", "1"}});
-  ado::Connection connection;
-  connection.ConnectionString = base.TestoConnessione();
-  connection.Open();
-  connection.BeginTrans();
-  base.Proxy().Scatta(ProxyByte::Azione::Chiudi);
-  connection.Execute(UnaRata);
-  connection.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2");
-  EXPECT_THAT(Guasto([&] { connection.CommitTrans(); }).Descrizione(), HasSubstr("in parte"));
-  EXPECT_EQ(connection.Esito(), EsitoTransazione::Sconosciuta);
+namespace {
+
+/// With this setting MariaDB's driver connects anew without a word, and the new connection commits every statement.
+class DriverCheSiRiconnette : public testing::Test {
+ protected:
+  DriverCheSiRiconnette() {
+    connection_.ConnectionString = base_.TestoConnessione();
+    connection_.Open();
+  }
+  /// A transaction whose connection is lost before its first statement.
+  void ModificaInterrotta() {
+    connection_.BeginTrans();
+    base_.Proxy().Scatta(ProxyByte::Azione::Chiudi);
+    connection_.Execute(UnaRata);
+    ASSERT_EQ(base_.Valore(Letta), "X") << "committed by itself";
+  }
+
+  prova::BaseEsiti base_{"mariadb", {{"AUTO_RECONNECT", "1"}}};
+  ado::Connection connection_;
+};
+
+} // namespace
+
+TEST_F(DriverCheSiRiconnette, NonFaPassarePerApplicatoCioCheEStatoInterrotto) {
+  ModificaInterrotta();
+  connection_.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2");
+  EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Descrizione(), HasSubstr("in parte"));
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
+}
+
+TEST_F(DriverCheSiRiconnette, NonFaPassarePerAnnullatoCioCheHaGiaRegistrato) {
+  ModificaInterrotta();
+  connection_.RollbackTrans();
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
+  EXPECT_EQ(base_.Valore(Letta), "X");
+  const ErroreRuntime proprio(errori::RicercaFallita, "CONTO CONTABILE INESISTENTE");
+  EXPECT_THAT(
+      moduloDatabase::TestoErroreDopoHost(proprio, &connection_, "partita AB 1"),
+      AllOf(StartsWith("ERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE\r\n"),
+            HasSubstr("non si sa se la base dati l'ha registrata. Da controllare prima di ripeterla: partita")));
+  connection_.BeginTrans();
+  connection_.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='Y' WHERE EVENTOCONTABILEKEY=1");
+  connection_.RollbackTrans();
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(base_.Valore(Letta), "X");
+}
+
+TEST_F(DriverCheSiRiconnette, NonDiceNullaRegistratoQuandoPoiUnIstruzioneFallisce) {
+  ModificaInterrotta();
+  Guasto([&] { connection_.Execute("UPDATE EVENTOCONTABILE SET NON_C_E=1"); });
+  Guasto([&] { connection_.CommitTrans(); });
+  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
+}
+
+TEST(ConfermaFallita, SiSaRifiutataSoloDaUnaRispostaDelServer) {
+  using ado::interno::senzaRisposta;
+  for (const char* descrizione :
+       {"[08S01] lost", "[08007] lost", "[HYT00] timeout", "[HYT01] timeout", "[25S01] unknown", "[40003] unknown"}) {
+    EXPECT_TRUE(senzaRisposta(descrizione)) << descrizione;
+  }
+  for (const char* descrizione : {"[40001] deadlock", "[23505] duplicate", "[25006] read only", "[HY000] x", ""}) {
+    EXPECT_FALSE(senzaRisposta(descrizione)) << descrizione;
+  }
 }
 
 TEST(DriverConLimiteDiLettura, UnServerCheTaceSulCommitLasciaLEsitoSconosciuto) {
   prova::PostoEsiti posto("mariadb", {{"READ_TIMEOUT", "1"}});
+  ASSERT_EQ(posto.Esegui("SospendiPartita"), "");
+  const auto dopo = posto.base.Tutto();
+  posto.base.Ripristina();
   posto.base.Proxy().ScattaAllaSequenza(posto.base.Conferma(), ProxyByte::Momento::PrimaDellaRisposta,
                                         ProxyByte::Azione::Trattieni);
   EXPECT_EQ(posto.Esegui("SospendiPartita"), "error");
   EXPECT_LT(posto.secondi, 5);
   EXPECT_THAT(posto.msg.Errore, HasSubstr("non si sa se la base dati l'ha registrata"));
+  const auto tiene = posto.base.Tutto();
+  EXPECT_THAT(tiene, ElementsAreArray(dopo));
   prova::RegistroEsiti::Unico().AnnotaGuasto("mariadb", "server muto dopo COMMIT, READ_TIMEOUT=1", posto.msg.Errore,
-                                             "tutta", posto.secondi);
-  EXPECT_EQ(posto.base.Valore(Letta), "S");
+                                             tiene == dopo ? "tutta" : "ALTRO", posto.secondi);
 }
 
 TEST_P(Driver, ChiDaIlComandoLeggeCheNonSiSaPrimaDelMessaggioDellHost) {

@@ -20,7 +20,8 @@ enum class State { Closed = 0, Open = 1 };
 enum class EsitoTransazione {
   NonApplicata, ///< the database holds nothing of it; also before the first and while one is open
   Applicata,    ///< the server answered its COMMIT, and the connection lived to tell
-  Sconosciuta   ///< its COMMIT was sent, and no answer to trust came back: the database holds all of it or nothing
+  Sconosciuta   ///< its COMMIT was sent, and no answer to trust came back: the database holds all of it or nothing. Or
+                ///< the driver connected anew in the middle, and a part may be kept
 };
 
 class Command;

@@ -96,6 +96,11 @@ int numeroErrore(std::string_view sqlstate) noexcept {
   return found == table.end() ? errori::Driver : found->number;
 }
 
+bool senzaRisposta(std::string_view description) noexcept {
+  constexpr std::array<std::string_view, 4> states{"[08", "[HYT", "[25S01]", "[40003]"};
+  return std::any_of(states.begin(), states.end(), [&](auto state) { return description.starts_with(state); });
+}
+
 std::string senzaPassword(std::string text, std::string_view password) {
   constexpr std::string_view blot = "***";
   constexpr std::size_t tellingPiece = 4;

@@ -22,6 +22,11 @@ inline constexpr int ModificaConcorrente = -2147217864; ///< the row is no longe
 /// The error number that stands for an SQLSTATE.
 [[nodiscard]] int numeroErrore(std::string_view sqlstate) noexcept;
 
+/// Whether a failure, described as `erroreOdbc` does, leaves it open what the server made of the statement: the
+/// connection was lost (class 08), the wait ended first (HYT), or the driver says outright that it does not know
+/// (25S01, 40003; https://learn.microsoft.com/en-us/sql/odbc/reference/syntax/sqlendtran-function).
+[[nodiscard]] bool senzaRisposta(std::string_view description) noexcept;
+
 /// Blots out every piece of `password` of four bytes or more in `text`, in any case: the password may have been used as
 /// a schema name, whose case a server folds and of which its messages quote what they do not understand.
 [[nodiscard]] std::string senzaPassword(std::string text, std::string_view password);

@@ -56,6 +56,7 @@ class Session {
   [[nodiscard]] bool isSameServerSession() const noexcept;
   void requireWholeTransaction();
   void abandon() noexcept;
+  void noticeReconnection() noexcept;
   [[noreturn]] void commitFailed(const ErroreRuntime& error);
   void confirmCommit();
 

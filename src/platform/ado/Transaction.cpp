@@ -15,7 +15,8 @@
 // - Everything else: unknown. That includes commits which did reach the server; it never includes half of one.
 //
 // Another server session than at the beginning means that the driver has connected anew behind our back: what was
-// done on the old one is gone, what was done on the new one may have been committed statement by statement.
+// done on the old one is gone, what was done on the new one may have been committed statement by statement. A rollback
+// takes none of that back, so that it asks as well.
 
 namespace lumoscad::ado::interno {
 
@@ -24,11 +25,6 @@ namespace {
 constexpr const char* unknownOutcome =
     "La connessione è caduta mentre si confermavano le modifiche: l'esito è sconosciuto, possono essere registrate "
     "tutte o nessuna.";
-
-/// True for a failure in which the server's own answer did not arrive.
-bool isWithoutAnswer(const std::string& description) {
-  return description.starts_with("[08") || description.starts_with("[HYT");
-}
 
 } // namespace
 
@@ -50,6 +46,7 @@ void Session::begin() {
   if (inTransaction_)
     throw ErroreRuntime(numeri::ContestoNonValido, "Una transazione è già in corso.", "ODBC");
   outcome_ = EsitoTransazione::NonApplicata;
+  serverSession_.clear();
   autocommit(false);
   inTransaction_ = true;
   statementFailed_ = false;
@@ -90,7 +87,7 @@ void Session::requireWholeTransaction() {
 }
 
 void Session::commitFailed(const ErroreRuntime& error) {
-  if (isWithoutAnswer(error.Descrizione()) || isDead() || !isSameServerSession())
+  if (senzaRisposta(error.Descrizione()) || isDead() || !isSameServerSession())
     throw ErroreRuntime(errori::Driver, std::string(unknownOutcome) + "\r\n" + error.Descrizione(), "ODBC");
   outcome_ = EsitoTransazione::NonApplicata;
   // SQLite keeps a transaction open whose COMMIT found the file busy.
@@ -115,14 +112,26 @@ void Session::rollback() {
   if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
   autocommit(true);
+  noticeReconnection();
 }
 
 /// Takes the transaction back as far as the connection still can; what it cannot the server does when it sees the
 /// connection go. Never back to autocommit with a transaction still open, because that would commit it.
 void Session::abandon() noexcept {
   inTransaction_ = false;
-  if (SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
-    SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
+  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
+    return;
+  SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
+  noticeReconnection();
+}
+
+/// After a rollback: what another server session than the first one was told may be kept.
+void Session::noticeReconnection() noexcept {
+  try {
+    if (!serverSession_.empty() && serverSession() != serverSession_)
+      outcome_ = EsitoTransazione::Sconosciuta;
+  } catch (...) { // NOLINT(bugprone-empty-catch): the failure that led here is the one to report
+  }
 }
 
 bool Session::isDead() const noexcept {
@@ -155,7 +164,7 @@ std::string Session::serverSession() const {
 bool Session::isSameServerSession() const noexcept {
   try {
     return serverSession() == serverSession_;
-  } catch (const ErroreRuntime&) {
+  } catch (...) {
     return false;
   }
 }
