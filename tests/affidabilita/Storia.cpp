@@ -122,8 +122,8 @@ class Confrontatore {
     }
     if (comando.risultato == "error") {
       ++riscontro_.detti;
-      if (comando.box.empty()) {
-        riscontro_.errori.push_back(comando.nome + " failed in silence");
+      if (!RifiutoFondato(comando)) {
+        riscontro_.errori.push_back(comando.nome + " failed in silence or without a cause: " + comando.comando);
       }
       return;
     }
@@ -133,6 +133,22 @@ class Confrontatore {
     }
     ++riscontro_.senzaEffetto;
     ContaLinee(comando, {}, Trovate(comando), Prima(comando.fine));
+  }
+
+  /// The database's refusal was told, and there was cause for it: what is called missing was missing, or somebody else
+  /// committed while the command was at work.
+  [[nodiscard]] bool RifiutoFondato(const Eseguito& comando) const {
+    const auto dice = [&](std::string_view testo) {
+      return std::any_of(comando.box.begin(), comando.box.end(),
+                         [&](const std::string& box) { return box.find(testo) != std::string::npos; });
+    };
+    if (dice("MOVIMENTO CONTABILE INESISTENTE")) {
+      const auto effetti = Effetti(comando, Trovate(comando), Prima(comando.fine));
+      return std::any_of(effetti.begin(), effetti.end(), [](const Variazioni& effetto) { return effetto.empty(); });
+    }
+    const bool conteso = dice("da un altro terminale: la modifica non è stata registrata") ||
+                         dice("Due terminali si sono bloccati a vicenda");
+    return conteso && Trovate(comando) < Prima(comando.fine);
   }
 
   void ConTransazione(const Eseguito& comando, std::size_t posto) {

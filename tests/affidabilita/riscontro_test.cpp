@@ -106,11 +106,37 @@ TEST(Riscontro, AChangeAfterAnErrorIsFound) {
 TEST(Riscontro, ARefusalOfTheDatabaseMustBeSaid) {
   Eseguito fallito = Sospende("T01.1", 10, 20);
   fallito.risultato = "error";
-  EXPECT_THAT(Prova(iniziale, {}, {fallito}).errori, ElementsAre(HasSubstr("in silence")));
-  fallito.box = {"ERRORE"};
-  const auto riscontro = Prova(iniziale, {}, {fallito});
+  const std::vector<Conferma> altrui{{"T02.1", 15, {{"E10", Attiva, Sospesa}}}};
+  const Eseguito altro = Sospende("T02.1", 12, 20);
+  EXPECT_THAT(Prova(Con(Sospesa), altrui, {fallito, altro}).errori, ElementsAre(HasSubstr("in silence")));
+  fallito.box = {"La riga è stata modificata o eliminata da un altro terminale: la modifica non è stata registrata."};
+  const auto riscontro = Prova(Con(Sospesa), altrui, {fallito, altro});
   EXPECT_THAT(riscontro.errori, IsEmpty());
   EXPECT_EQ(riscontro.detti, 1U);
+}
+
+TEST(Riscontro, ARefusalOfTheDatabaseMustHaveACause) {
+  Eseguito fallito = Sospende("T01.1", 10, 20);
+  fallito.risultato = "error";
+  // Nobody else was there, and the item is.
+  for (const char* box : {"La riga è stata modificata o eliminata da un altro terminale: la modifica non è stata "
+                          "registrata.",
+                          "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE", "ERRORE: -2147467259"}) {
+    fallito.box = {box};
+    EXPECT_THAT(Prova(iniziale, {}, {fallito}).errori, ElementsAre(HasSubstr("without a cause"))) << box;
+  }
+}
+
+TEST(Riscontro, AMovementThatIsGoneIsACause) {
+  Eseguito fallito = Comando("T01.1", 10, 20, {"01", "EXTRADEL", "A", "2006", "7", ""});
+  fallito.risultato = "error";
+  fallito.box = {"ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE"};
+  const Stato conExtra{{"M7", "X|A|7|2006"}};
+  EXPECT_THAT(Confronta(Modello({1, 0, 0, 0, 0}, conExtra), conExtra, conExtra, {}, {fallito}).errori,
+              ElementsAre(HasSubstr("without a cause")));
+  const std::vector<Conferma> tolto{{"T02.1", 5 * Secondo, {{"M7", "X|A|7|2006", std::nullopt}}}};
+  const Eseguito altro = Comando("T02.1", 4, 6, {"01", "EXTRADEL", "A", "2006", "7", ""});
+  EXPECT_THAT(Confronta(Modello({1, 0, 0, 0, 0}, conExtra), conExtra, {}, tolto, {altro, fallito}).errori, IsEmpty());
 }
 
 TEST(Riscontro, ALineThatFindsItsRowTakenIsCounted) {
