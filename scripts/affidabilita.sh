@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Prints the figures of what the component withstands, section by section: three databases, connections cut and servers
-# lost, eight terminals at once, terminals killed at every step, hostile input, fuzzing, line coverage. Wants the
-# release build; takes half an hour on two cores.
-#   scripts/affidabilita.sh [SECTION...]   basi esiti terminali uccisioni fuzz copertura; all where none is given
+# lost, eight terminals at once, terminals killed at every step, properties and hostile input, fuzzing, line coverage.
+# Wants the release build; takes half an hour on two cores.
+#   scripts/affidabilita.sh [SECTION...]   basi esiti terminali uccisioni ostili fuzz copertura; all where none is given
 #   LUMOSCAD_FUZZ_SECONDI                  seconds for each fuzzer (60)
 #   LUMOSCAD_COSTRUZIONE                   directory of the build (build)
 set -euo pipefail
@@ -34,6 +34,18 @@ gioca() {
   fi
 }
 
+# casi NAME [FILTER]: runs the cases of one test program and prints how many there were; none is a failure.
+casi() {
+  local registro=$registri/affidabilita-$1.log
+  "$costruzione/bin/$1" --gtest_filter="${2:-*}" >"$registro" 2>&1 || esito=1
+  awk -v nome="$1" '
+    /^\[==========\] [0-9]+ tests? from .* ran\./ { casi = $2 }
+    /^\[  PASSED  \]/ { riusciti = $4 }
+    END { printf "%-24s %4d prove, %4d riuscite%s\n", nome, casi, riusciti, (casi > 0 && casi == riusciti) ? "" : "  FALLITA"
+          exit casi == 0 }' "$registro" || esito=1
+  grep -E ': Failure$|^\[  FAILED' "$registro" | head -n 40 || true
+}
+
 sezione() {
   case "$1" in
   basi) gioca ado_test base_dati_test documenti_presunti_test azioni_test ;;
@@ -43,6 +55,13 @@ sezione() {
     ;;
   terminali) gioca terminali_test ;;
   uccisioni) gioca uccisioni_test ;;
+  ostili)
+    casi proprieta_test
+    casi ostile_test
+    casi host_test 'HostileReply.*:HostileEnvironment.*:LocalFile.*:Documento.*'
+    casi programma_test
+    casi ingressi_conservati_test
+    ;;
   fuzz) scripts/fuzz.sh "${LUMOSCAD_FUZZ_SECONDI:-60}" || esito=1 ;;
   copertura) scripts/copertura.sh || esito=1 ;;
   *)
@@ -52,7 +71,7 @@ sezione() {
   esac
 }
 
-[ $# -gt 0 ] || set -- basi esiti terminali uccisioni fuzz copertura
+[ $# -gt 0 ] || set -- basi esiti terminali uccisioni ostili fuzz copertura
 for nome in "$@"; do
   printf '\n==== %s (%d s)\n' "$nome" "$SECONDS"
   sezione "$nome"
