@@ -1,7 +1,12 @@
 #include "Bersagli.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+
+// A program without a target would run for hours and find nothing.
+static_assert(std::any_of(lumoscad::fuzz::bersagli.begin(), lumoscad::fuzz::bersagli.end(),
+                          [](const auto& bersaglio) { return bersaglio.nome == LUMOSCAD_BERSAGLIO; }));
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dati, std::size_t dimensione) {
   using namespace lumoscad::fuzz;

@@ -52,5 +52,17 @@ TEST_P(IngressiConservati, QuelliCheTrovaronoUnGuastoNonLoTrovanoPiu) {
   Gioca("reperti");
 }
 
+TEST(Reperti, StannoTuttiSottoUnBersaglioCheLiRigioca) {
+  std::size_t rigiocati = 0;
+  for (const Bersaglio& bersaglio : bersagli) {
+    rigiocati += File(fs::path(LUMOSCAD_INGRESSI) / "reperti" / bersaglio.nome).size();
+  }
+  const fs::recursive_directory_iterator tutti(fs::path(LUMOSCAD_INGRESSI) / "reperti");
+  const auto conservati =
+      std::count_if(begin(tutti), end(tutti), [](const auto& voce) { return voce.is_regular_file(); });
+  EXPECT_GT(rigiocati, 0U);
+  EXPECT_EQ(rigiocati, static_cast<std::size_t>(conservati));
+}
+
 INSTANTIATE_TEST_SUITE_P(Bersagli, IngressiConservati, testing::ValuesIn(bersagli),
                          [](const auto& caso) { return std::string(caso.param.nome); });
