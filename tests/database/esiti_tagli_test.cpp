@@ -42,7 +42,8 @@ class Tagli : public testing::TestWithParam<std::tuple<const char*, const char*>
   /// Runs the procedure with the fault that was armed, and puts the data back. The database must hold `attesa`, and
   /// the message say `frase` of it.
   void Prova(const char* punto, const char* frase, const std::vector<std::string>& attesa) {
-    EXPECT_EQ(posto_.Esegui(procedura_), "error") << punto;
+    const std::string risultato = posto_.Esegui(procedura_);
+    EXPECT_EQ(risultato, "error") << punto;
     EXPECT_TRUE(posto_.base.Proxy().Scattato()) << punto;
     posto_.base.Proxy().Ripristina();
     EXPECT_THAT(posto_.msg.Errore, AllOf(StartsWith("ERRORE: -2147467259\r\n"), HasSubstr(frase + procedura_.oggetto)))
@@ -50,7 +51,7 @@ class Tagli : public testing::TestWithParam<std::tuple<const char*, const char*>
     EXPECT_TRUE(posto_.base.SenzaAltreSessioni()) << punto;
     const auto tiene = posto_.base.Tutto();
     EXPECT_THAT(tiene, ElementsAreArray(attesa)) << punto;
-    Annota(punto, Dice(posto_.msg.Errore), tiene);
+    Annota(punto, risultato.empty() ? "applicata" : Dice(posto_.msg.Errore), tiene);
     posto_.base.Ripristina();
   }
   void ProvaInOgniModo(const char* punto, const char* frase, const std::vector<std::string>& attesa,
