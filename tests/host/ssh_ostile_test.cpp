@@ -3,7 +3,10 @@
 #include "BancoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
+#include <chrono>
+#include <csignal>
 #include <gmock/gmock.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace lumoscad {
@@ -16,6 +19,13 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr std::uintmax_t Massimo = std::uintmax_t{16} * 1024 * 1024;
+
+void Attendi(const std::string& file) {
+  for (int giro = 0; giro < 1000 && !fs::exists(file); ++giro) {
+    ::usleep(10000);
+  }
+  ASSERT_TRUE(fs::exists(file)) << file;
+}
 
 class SshOstile : public prove::BancoSsh {
  protected:
@@ -75,12 +85,49 @@ TEST_F(SshOstile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
   Servizio("valanga '" + base.Percorso() + "'");
   collegamento->CancellaFile(Host, "/tmp/VBX");
   prove::Scrivi(base / "via", "");
-  for (int giro = 0; giro < 1000 && !fs::exists(base / "piena"); ++giro) {
-    ::usleep(10000);
-  }
-  ASSERT_TRUE(fs::exists(base / "piena"));
+  ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));
   // What was said unasked is no answer: the connection is given up for a new one.
   collegamento->CancellaFile(Host, "/tmp/VBX");
+}
+
+/// A server in the place of the usual one that floods whoever has logged in.
+class SshPiena : public prove::BancoSsh {
+ protected:
+  void SetUp() override {
+    prove::BancoSsh::SetUp();
+    const auto chiave = server->Cartella() / "host";
+    const auto cartella = base.Percorso();
+    processo_ = ::fork();
+    if (processo_ == 0) {
+      ::execl(LUMOSCAD_SSH_OSTILE, LUMOSCAD_SSH_OSTILE, chiave.c_str(), cartella.c_str(), nullptr);
+      ::_exit(127);
+    }
+    ASSERT_GT(processo_, 0);
+    ASSERT_NO_FATAL_FAILURE(Attendi(base / "porta"));
+    impostazioni.porta = static_cast<unsigned>(std::stoi(prove::Leggi(base / "porta")));
+    server->RendiNoto(static_cast<int>(impostazioni.porta));
+  }
+  void TearDown() override {
+    if (processo_ > 0) {
+      ::kill(processo_, SIGKILL);
+      ::waitpid(processo_, nullptr, 0);
+    }
+  }
+
+ private:
+  pid_t processo_ = -1;
+};
+
+TEST_F(SshPiena, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
+  const auto cancella = [this] { collegamento->CancellaFile(Host, "/tmp/VBX"); };
+  Collega();
+  EXPECT_THAT(ErroreDi(cancella).Descrizione(), HasSubstr("l'host non offre il servizio SFTP"));
+  prove::Scrivi(base / "via", "");
+  ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));
+  // The connection is given up for a new one at once, without waiting for an answer on it.
+  const auto inizio = std::chrono::steady_clock::now();
+  EXPECT_THAT(ErroreDi(cancella).Descrizione(), HasSubstr("connessione rifiutata"));
+  EXPECT_LT(std::chrono::steady_clock::now() - inizio, impostazioni.attesa / 2);
 }
 
 } // namespace

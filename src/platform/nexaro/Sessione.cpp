@@ -6,11 +6,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <new>
 
 namespace lumoscad::nexaro {
 
 namespace {
+
+/// Bytes. While nothing is asked a host sends a few small messages at most: signs of life, new keys.
+constexpr std::uint64_t MassimoNonChiesto = std::uint64_t{256} * 1024;
 
 void Imposta(ssh_session sessione, ssh_options_e opzione, const void* valore, const char* nome) {
   if (ssh_options_set(sessione, opzione, valore) != SSH_OK) {
@@ -106,6 +110,7 @@ Termine Sessione::TermineSaluto() const {
 
 void Sessione::Attiva() {
   ssh_set_blocking(Grezza(), 0);
+  ssh_set_counters(Grezza(), &contati_, nullptr);
   evento_.reset(ssh_event_new());
   if (!evento_ || ssh_event_add_session(evento_.get(), Grezza()) != SSH_OK) {
     throw std::bad_alloc();
@@ -130,11 +135,16 @@ void Sessione::Serve(Termine termine) {
 }
 
 void Sessione::ServeSubito() {
+  const auto prima = contati_.in_bytes;
   while (Viva()) {
     const int esito = ssh_event_dopoll(evento_.get(), 0);
     guasta_ = guasta_ || esito == SSH_ERROR;
     if (esito != SSH_OK) {
       return;
+    }
+    if (contati_.in_bytes - prima > MassimoNonChiesto) {
+      guasta_ = true;
+      throw ConnessionePersa("l'host invia senza sosta dati che nessuno ha chiesto");
     }
   }
 }

@@ -70,7 +70,7 @@ class Sessione {
   /// the time is over; what had arrived before was handled.
   void Serve(Termine termine);
 
-  /// Handles what has arrived without waiting.
+  /// Handles what has arrived without waiting. Raises `ConnessionePersa` when it does not come to an end.
   void ServeSubito();
 
   /// Repeats a call of libssh until it has its answer, at most until `termine`. Raises `ConnessionePersa` or
@@ -98,6 +98,7 @@ class Sessione {
   std::string host_;
   std::chrono::milliseconds attesa_;
   Termine termineApertura_;
+  ssh_counter_struct contati_{}; ///< what has passed since the login; the session counts in it to its end
   std::unique_ptr<ssh_session_struct, LiberaSessione> sessione_;
   std::unique_ptr<ssh_event_struct, LiberaEvento> evento_;
   std::string erroreVecchio_; ///< the library's error text, which it never clears, from before the connection was used
