@@ -2,17 +2,12 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
 #include "screens/DocumentiPresunti.hpp"
-
-#include <utility>
 
 namespace lumoscad {
 namespace {
 
 using Schermata = FormConsegna;
-
-constexpr std::string_view Modo = "CONSEGNA";
 
 DescrizioneGriglia Descrizione() {
   using Genere = ColonnaElenco::Genere;
@@ -47,45 +42,15 @@ DescrizioneGriglia Descrizione() {
 
 } // namespace
 
-FormConsegna::FormConsegna() : griglia_(Descrizione(), Regole()) {}
-
-RegoleGriglia FormConsegna::Regole() {
-  RegoleGriglia regole;
-  regole.chiudiData = [this](std::size_t riga, std::string_view testo) {
-    if (tagLista_ == Modo) {
-      griglia_.Righe.ImpostaTesto(riga, NuovaConsegna, testo.empty() ? std::string() : Utilities::ControllaData(testo));
-    }
-  };
-  regole.cambiaCheck = [this](std::size_t riga, std::string_view, bool spunta) { CambiaCheck(riga, spunta); };
-  regole.clicScadenza = [this] {
-    griglia_.Form_Click();
-    griglia_.DeselezionaTutto("RADIO1");
-  };
-  regole.conferma = [this] { Conferma(); };
-  regole.annulla = [this] { variazioni_.clear(); };
-  return regole;
-}
+FormConsegna::FormConsegna() : SchermataElenco(Descrizione()) {}
 
 void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
-  MsgAnnulla msg;
-  variazioni.clear();
-  variazioni_.clear();
-  griglia_.Azzera();
-  CaricaRighe(parAzienda, filtro, msg);
-  griglia_.Resize();
-  griglia_.Mostra();
-  variazioni = std::exchange(variazioni_, {});
-  if (!msg.Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
-  }
+  Visualizza([&](MsgAnnulla& msg) { CaricaRighe(parAzienda, filtro, msg); }, variazioni);
 }
 
 void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                MsgAnnulla& msg) {
-  tagLista_.clear();
-  griglia_.Righe.Svuota();
-  tagLista_ = Modo;
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
@@ -107,16 +72,17 @@ std::string FormConsegna::ChiaveElemento(std::size_t riga) const {
   return chiave.append(righe.Testo(riga, ConsegnaPrevista)).append("_").append(righe.Testo(riga, Divisa));
 }
 
-void FormConsegna::CambiaCheck(std::size_t riga, bool spunta) {
-  if (tagLista_ != Modo) {
-    return;
-  }
+void FormConsegna::ChiudiData(std::size_t riga, std::string_view testo) {
+  griglia_.Righe.ImpostaTesto(riga, NuovaConsegna, testo.empty() ? std::string() : Utilities::ControllaData(testo));
+}
+
+void FormConsegna::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
   if (spunta && MaggioreDiSpazio(griglia_.Stato().testoScadenza)) {
     griglia_.ImpostaTestoScadenza(Utilities::ControllaData(griglia_.Stato().testoScadenza));
   }
   griglia_.Righe.ImpostaTesto(riga, NuovaConsegna,
                               spunta ? std::string_view(griglia_.Stato().testoScadenza) : std::string_view());
-  griglia_.ImpostaSpunta(riga, "RADIO1", spunta);
+  griglia_.ImpostaSpunta(riga, chiave, spunta);
 }
 
 bool FormConsegna::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const {
@@ -135,19 +101,6 @@ bool FormConsegna::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazi
   variazione.NuovaConsegna = nuova;
   variazione.ConsegnaOrigine = righe.Tag(riga, ConsegnaPrevista);
   return true;
-}
-
-void FormConsegna::Conferma() {
-  variazioni_.clear();
-  if (tagLista_ != Modo) {
-    return;
-  }
-  for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
-    VariazioneConsegna variazione;
-    if (LeggiVariazione(griglia_.Righe.RigaAlPosto(posto), variazione)) {
-      variazioni_.push_back(std::move(variazione));
-    }
-  }
 }
 
 } // namespace lumoscad

@@ -2,7 +2,6 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 #include <unordered_set>
@@ -12,8 +11,6 @@ namespace lumoscad {
 namespace {
 
 using Schermata = FormPresunti;
-
-constexpr std::string_view Modo = "PRESUNTI";
 
 DescrizioneGriglia Descrizione() {
   using Genere = ColonnaElenco::Genere;
@@ -48,51 +45,22 @@ DescrizioneGriglia Descrizione() {
 
 } // namespace
 
-FormPresunti::FormPresunti() : griglia_(Descrizione(), Regole()) {}
-
-RegoleGriglia FormPresunti::Regole() {
-  RegoleGriglia regole;
-  regole.chiudiBanca = [this](std::size_t riga, int indice) {
-    if (tagLista_ == Modo) {
-      griglia_.ImpostaSpunta(riga, "RADIO1", true);
-      AssegnaBanca(indice, riga);
-    }
-  };
-  regole.cambiaCheck = [this](std::size_t riga, std::string_view, bool spunta) { CambiaCheck(riga, spunta); };
-  regole.sceltaBanca = [this] {
-    if (const auto riga = griglia_.RigaSelezionata()) {
-      AssegnaBanca(griglia_.Stato().indiceBanca, *riga);
-    }
-  };
-  regole.conferma = [this] { Conferma(); };
-  regole.annulla = [this] { variazioni_.clear(); };
-  return regole;
-}
+FormPresunti::FormPresunti() : SchermataElenco(Descrizione()) {}
 
 void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
-  MsgAnnulla msg;
-  variazioni.clear();
-  variazioni_.clear();
-  griglia_.Azzera();
-  banche_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
-  bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
-  griglia_.cmbBanche = banche_.voci;
-  griglia_.cmbBanche2 = bancheCella_.voci;
-  CaricaRighe(parAzienda, filtro, msg);
-  griglia_.Resize();
-  griglia_.Mostra();
-  variazioni = std::exchange(variazioni_, {});
-  if (!msg.Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
-  }
+  const auto carica = [&](MsgAnnulla& msg) {
+    banche_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
+    bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
+    griglia_.cmbBanche = banche_.voci;
+    griglia_.cmbBanche2 = bancheCella_.voci;
+    CaricaRighe(parAzienda, filtro, msg);
+  };
+  Visualizza(carica, variazioni);
 }
 
 void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                MsgAnnulla& msg) {
-  tagLista_.clear();
-  griglia_.Righe.Svuota();
-  tagLista_ = Modo;
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
@@ -125,9 +93,6 @@ template <typename Azione> void FormPresunti::PerOgniRigaDelDocumento(std::size_
 }
 
 void FormPresunti::AssegnaBanca(int indice, std::size_t riga) {
-  if (tagLista_ != Modo) {
-    return;
-  }
   std::string codice(Nullo);
   std::string descrizione = "ANNULLA";
   if (indice > 0) {
@@ -145,19 +110,27 @@ void FormPresunti::AssegnaBanca(int indice, std::size_t riga) {
   griglia_.Cambiata();
 }
 
-void FormPresunti::CambiaCheck(std::size_t riga, bool spunta) {
-  if (tagLista_ != Modo) {
-    return;
+void FormPresunti::ChiudiBanca(std::size_t riga, int indice) {
+  griglia_.ImpostaSpunta(riga, "RADIO1", true);
+  AssegnaBanca(indice, riga);
+}
+
+void FormPresunti::SceltaBanca() {
+  if (const auto riga = griglia_.RigaSelezionata()) {
+    AssegnaBanca(griglia_.Stato().indiceBanca, *riga);
   }
+}
+
+void FormPresunti::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
   if (spunta) {
     AssegnaBanca(griglia_.Stato().indiceBanca, riga);
-    griglia_.ImpostaSpunta(riga, "RADIO1", true);
+    griglia_.ImpostaSpunta(riga, chiave, true);
     return;
   }
-  PerOgniRigaDelDocumento(riga, [this](std::size_t altra) {
+  PerOgniRigaDelDocumento(riga, [this, chiave](std::size_t altra) {
     griglia_.Righe.ImpostaTag(altra, NuovaBanca, "");
     griglia_.Righe.ImpostaTesto(altra, NuovaBanca, "");
-    griglia_.ImpostaSpunta(altra, "RADIO1", false);
+    griglia_.ImpostaSpunta(altra, chiave, false);
   });
 }
 
@@ -177,11 +150,8 @@ bool FormPresunti::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazi
   return true;
 }
 
-void FormPresunti::Conferma() {
-  variazioni_.clear();
-  if (tagLista_ != Modo) {
-    return;
-  }
+VariazioniConsegna FormPresunti::LeggiVariazioni() const {
+  VariazioniConsegna variazioni;
   std::unordered_set<std::string> documenti;
   for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
     const std::size_t riga = griglia_.Righe.RigaAlPosto(posto);
@@ -190,9 +160,10 @@ void FormPresunti::Conferma() {
     // two documents apart only by them never become one.
     if (LeggiVariazione(riga, variazione) &&
         documenti.emplace(SenzaSpaziAiLati(griglia_.Righe.Testo(riga, Ordine))).second) {
-      variazioni_.push_back(std::move(variazione));
+      variazioni.push_back(std::move(variazione));
     }
   }
+  return variazioni;
 }
 
 } // namespace lumoscad

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "common/MsgAnnulla.hpp"
 #include "common/Variazioni.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "screens/ElencoBanche.hpp"
-#include "screens/Griglia.hpp"
+#include "screens/SchermataElenco.hpp"
 
 #include <cstddef>
 #include <string>
@@ -15,7 +14,7 @@ namespace lumoscad {
 /// The presumed-documents screen: lists orders that are expected to be invoiced, one row a bank, date and currency of
 /// a document, and lets the person choose the bank through which a document will be presented. All rows of a document
 /// carry the same new bank.
-class FormPresunti {
+class FormPresunti final : public SchermataElenco<VariazioneConsegna> {
  public:
   /// The list's columns, by index.
   enum Colonna {
@@ -32,9 +31,6 @@ class FormPresunti {
   };
 
   FormPresunti();
-  FormPresunti(const FormPresunti&) = delete;
-  FormPresunti& operator=(const FormPresunti&) = delete;
-  ~FormPresunti() = default;
 
   /// Loads the documents of a company that `filtro` selects, shows the screen modally and hands back one record a
   /// changed document: nothing when it was left without confirming. After the screen has closed, raises error
@@ -42,26 +38,21 @@ class FormPresunti {
   void elaboraPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                        VariazioniConsegna& variazioni);
 
-  /// "closed" when the screen was left without confirming.
-  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
-  /// The key of a row among the list's items.
-  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const;
-  [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
+  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
 
  private:
   void CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg);
   void AssegnaBanca(int indice, std::size_t riga);
-  void CambiaCheck(std::size_t riga, bool spunta);
-  void Conferma();
-  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const;
+  [[nodiscard]] bool Modificabile() const override { return Caricata(); }
+  void ChiudiBanca(std::size_t riga, int indice) override;
+  void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
+  void SceltaBanca() override;
+  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const override;
+  [[nodiscard]] Variazioni LeggiVariazioni() const override;
   template <typename Azione> void PerOgniRigaDelDocumento(std::size_t riga, Azione azione);
-  [[nodiscard]] RegoleGriglia Regole();
 
-  Griglia griglia_;
-  std::string tagLista_;    ///< "PRESUNTI" once rows are loaded: on any other list nothing can be edited or confirmed
   BancheCombo banche_;      ///< of the top field
   BancheCombo bancheCella_; ///< of the in-place editor
-  VariazioniConsegna variazioni_;
 };
 
 } // namespace lumoscad

@@ -9,7 +9,6 @@
 #include "platform/Servizi.hpp"
 
 #include <array>
-#include <utility>
 
 namespace lumoscad {
 namespace {
@@ -56,54 +55,23 @@ DescrizioneGriglia Descrizione() {
 
 } // namespace
 
-frmLumoScadenzeBanche::frmLumoScadenzeBanche() : griglia_(Descrizione(), Regole()) {}
-
-RegoleGriglia frmLumoScadenzeBanche::Regole() {
-  RegoleGriglia regole;
-  regole.chiudiData = [this](std::size_t riga, std::string_view testo) { ChiudiData(riga, testo); };
-  regole.chiudiBanca = [this](std::size_t riga, int indice) {
-    griglia_.ImpostaSpunta(riga, "RADIO2", true);
-    AssegnaBanca(riga, indice, bancheCella_);
-  };
-  regole.cambiaCheck = [this](std::size_t riga, std::string_view chiave, bool spunta) {
-    CambiaCheck(riga, chiave, spunta);
-  };
-  regole.clicScadenza = [this] {
-    griglia_.Form_Click();
-    griglia_.DeselezionaTutto("RADIO1");
-  };
-  regole.sceltaBanca = [this] {
-    griglia_.Form_Click();
-    griglia_.DeselezionaTutto("RADIO2");
-  };
-  regole.conferma = [this] { Conferma(); };
-  regole.annulla = [this] { variazioni_.clear(); };
-  return regole;
-}
+frmLumoScadenzeBanche::frmLumoScadenzeBanche() : SchermataElenco(Descrizione()) {}
 
 void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda,
                                                      const procedureLumoDB2::FiltroScadenze& filtro,
                                                      VariazioniCanalizzazione& variazioni) {
-  MsgAnnulla msg;
-  variazioni.clear();
-  variazioni_.clear();
-  griglia_.Azzera();
-  griglia_.Etichette = {{"lblClienteFornitore", ""},
-                        {"lblClienteFornitoreValue", ""},
-                        {"lblPartitaMovimento", ""},
-                        {"lblPartitaMovimentoValue", ""}};
-  banche_ = CaricaBanche(msg, CodiceRipetuto::Errore);
-  bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Errore);
-  griglia_.cmbBanche = banche_.voci;
-  griglia_.cmbBanche2 = bancheCella_.voci;
-  elaboraCreditiDebiti(parAzienda, filtro, msg);
-  griglia_.Resize();
-  griglia_.Mostra();
-  variazioni = std::move(variazioni_);
-  variazioni_.clear();
-  if (!msg.Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
-  }
+  const auto carica = [&](MsgAnnulla& msg) {
+    griglia_.Etichette = {{"lblClienteFornitore", ""},
+                          {"lblClienteFornitoreValue", ""},
+                          {"lblPartitaMovimento", ""},
+                          {"lblPartitaMovimentoValue", ""}};
+    banche_ = CaricaBanche(msg, CodiceRipetuto::Errore);
+    bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Errore);
+    griglia_.cmbBanche = banche_.voci;
+    griglia_.cmbBanche2 = bancheCella_.voci;
+    elaboraCreditiDebiti(parAzienda, filtro, msg);
+  };
+  Visualizza(carica, variazioni);
 }
 
 void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
@@ -163,6 +131,16 @@ void frmLumoScadenzeBanche::ChiudiData(std::size_t riga, std::string_view testo)
   } else {
     righe.ImpostaTesto(riga, NuovaScadenza, righe.Testo(riga, Scadenza));
   }
+}
+
+void frmLumoScadenzeBanche::ChiudiBanca(std::size_t riga, int indice) {
+  griglia_.ImpostaSpunta(riga, "RADIO2", true);
+  AssegnaBanca(riga, indice, bancheCella_);
+}
+
+void frmLumoScadenzeBanche::SceltaBanca() {
+  griglia_.Form_Click();
+  griglia_.DeselezionaTutto("RADIO2");
 }
 
 void frmLumoScadenzeBanche::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
@@ -227,16 +205,6 @@ bool frmLumoScadenzeBanche::LeggiVariazione(std::size_t riga, VariazioneCanalizz
   variazione.NuovaBanca = nuovaBanca;
   variazione.ScadenzaOriginale = righe.Testo(riga, ScadenzaOrig);
   return true;
-}
-
-void frmLumoScadenzeBanche::Conferma() {
-  variazioni_.clear();
-  for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
-    VariazioneCanalizzazione variazione;
-    if (LeggiVariazione(griglia_.Righe.RigaAlPosto(posto), variazione)) {
-      variazioni_.push_back(std::move(variazione));
-    }
-  }
 }
 
 } // namespace lumoscad

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "common/MsgAnnulla.hpp"
 #include "common/Variazioni.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "screens/ElencoBanche.hpp"
-#include "screens/Griglia.hpp"
+#include "screens/SchermataElenco.hpp"
 
 #include <cstddef>
 #include <string>
@@ -14,7 +13,7 @@ namespace lumoscad {
 
 /// The credits/debits bank schedule screen: lists the open due dates of customers' or suppliers' items and lets the
 /// person give chosen rows a new due date or a new presentation bank.
-class frmLumoScadenzeBanche {
+class frmLumoScadenzeBanche final : public SchermataElenco<VariazioneCanalizzazione> {
  public:
   /// The list's columns, by index.
   enum Colonna {
@@ -34,9 +33,6 @@ class frmLumoScadenzeBanche {
   };
 
   frmLumoScadenzeBanche();
-  frmLumoScadenzeBanche(const frmLumoScadenzeBanche&) = delete;
-  frmLumoScadenzeBanche& operator=(const frmLumoScadenzeBanche&) = delete;
-  ~frmLumoScadenzeBanche() = default;
 
   /// Loads the rows of a company that `filtro` selects, shows the screen modally and hands back what was confirmed:
   /// nothing when it was left without confirming. After the screen has closed, raises error -2147220954 with the
@@ -44,27 +40,21 @@ class frmLumoScadenzeBanche {
   void VisualizzaScadenzeBanche(std::string_view parAzienda, const procedureLumoDB2::FiltroScadenze& filtro,
                                 VariazioniCanalizzazione& variazioni);
 
-  /// "closed" when the screen was left without confirming.
-  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
-  /// The key of a row among the list's items.
-  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const;
-  [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
+  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
 
  private:
   void elaboraCreditiDebiti(std::string_view parAzienda, const procedureLumoDB2::FiltroScadenze& filtro,
                             MsgAnnulla& msg);
   void AggiungiRighe(ado::Recordset& righe);
   void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);
-  void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta);
-  void ChiudiData(std::size_t riga, std::string_view testo);
-  void Conferma();
-  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const;
-  [[nodiscard]] RegoleGriglia Regole();
+  void ChiudiData(std::size_t riga, std::string_view testo) override;
+  void ChiudiBanca(std::size_t riga, int indice) override;
+  void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
+  void SceltaBanca() override;
+  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const override;
 
-  Griglia griglia_;
   BancheCombo banche_;      ///< of the top field
   BancheCombo bancheCella_; ///< of the in-place editor
-  VariazioniCanalizzazione variazioni_;
 };
 
 } // namespace lumoscad
