@@ -102,13 +102,14 @@ struct RigaScelta {
   long centesimi;
   bool sospesa = false;
   bool omaggio = false;
+  int rinvio = 0; ///< days by which the delivery was put off
 };
 
 inline constexpr int Cooperativa = 11;
 inline constexpr int Cartiera = 33;
 
-/// Three currencies with one bank, one date with three banks, two dates, no date, a gift among the rows, a suspended
-/// document, a blocked account; then a supplier's.
+/// Three currencies with one bank, one date with three banks, two dates of which the later was put off, no date, a gift
+/// among the rows, a suspended document, a blocked account; then a supplier's.
 inline constexpr std::array<RigaScelta, 17> righeScelte{
     {{1, Cooperativa, "OC", "EUR", 1, 20, 184000},
      {1, Cooperativa, "OC", "USD", 1, 20, 96050},
@@ -117,7 +118,7 @@ inline constexpr std::array<RigaScelta, 17> righeScelte{
      {2, Cooperativa, "OC", "EUR", 4, 27, 120010},
      {2, Cooperativa, "OC", "EUR", 0, 27, 88000},
      {3, Cooperativa, "BC", "EUR", 5, 34, 256900},
-     {3, Cooperativa, "BC", "GBP", 5, 41, 74320},
+     {3, Cooperativa, "BC", "GBP", 5, 41, 74320, false, false, 7},
      {4, Cooperativa, "BC", "EUR", 0, RigaScelta::SenzaConsegna, 132500},
      {5, Cooperativa, "OC", "EUR", 3, 48, 67890},
      {5, Cooperativa, "OC", "USD", 3, 48, 25000, false, true},

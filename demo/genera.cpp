@@ -259,8 +259,8 @@ class Archivio {
       evento.divisa = scelta.divisa;
       evento.omaggio = scelta.omaggio;
       if (scelta.giorniAllaConsegna != RigaScelta::SenzaConsegna) {
-        evento.consegnaProduzione = oggi_ + std::chrono::days(scelta.giorniAllaConsegna);
-        evento.consegna = evento.consegnaProduzione;
+        evento.consegna = oggi_ + std::chrono::days(scelta.giorniAllaConsegna);
+        evento.consegnaProduzione = *evento.consegna - std::chrono::days(scelta.rinvio);
       }
       eventi_.push_back(evento);
     }

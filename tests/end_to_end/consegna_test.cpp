@@ -7,8 +7,9 @@ namespace {
 
 constexpr std::size_t Vuoti = 1; ///< empty parameters of the request
 
+/// The second row's delivery was put off once before, by a week: its original date is not its present one.
 const std::string dueRighe =
-    "20100012,BC,216,26,20260408,20260408,20260520\r\n20100012,BC,216,26,20260415,20260415,20260527\r\n";
+    "20100012,BC,216,26,20260408,20260408,20260520\r\n20100012,BC,216,26,20260415,20260408,20260527\r\n";
 
 /// A changed delivery date also clears the VAT heading.
 constexpr std::string_view dueConsegne =
@@ -51,6 +52,20 @@ TEST_P(Consegna, ADocumentWithoutADateGetsOne) {
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
   VerificaRichiesta("CONSEGNA", Vuoti, "20100012,BC,217,26,00000000,00000000,20260610\r\n", "Variata 1 consegna");
+  VerificaBaseDati();
+}
+
+TEST_P(Consegna, ADeliveryThatWasPutOffGoesBackToItsOriginalDate) {
+  Attendi("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-04-08', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=519", 1);
+  Avvia();
+  ASSERT_NO_FATAL_FAILURE(ApriLista());
+  Vai(1);
+  Tasti({"Right"});
+  Digita("080426");
+  Tasti({"Return"});
+  ASSERT_NO_FATAL_FAILURE(Conferma());
+  VerificaFine(0, "");
+  VerificaRichiesta("CONSEGNA", Vuoti, "20100012,BC,216,26,20260415,20260408,20260408\r\n", "Variata 1 consegna");
   VerificaBaseDati();
 }
 
