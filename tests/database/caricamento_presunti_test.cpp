@@ -1,12 +1,19 @@
-// What the loading of the presumed documents sends.
+// What the loading of the presumed documents sends, and what it keeps where a part of it fails.
 
 #include "SchermataPresunti.hpp"
+#include "lumoscad/LumoScadenze.hpp"
 #include "screens/FormConsegna.hpp"
 #include "screens/FormPresunti.hpp"
 #include "support/IstruzioniContate.hpp"
 
+#include <optional>
+
 namespace lumoscad {
 namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr std::string_view RicercaMovimento = "SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE";
 
@@ -38,6 +45,80 @@ TEST_P(DeliveryLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
   Mostra([this] { EXPECT_GE(finestra->righe(), Documenti); });
   EXPECT_EQ(contate.Preparate(RicercaMovimento), 1U);
   EXPECT_EQ(contate.Eseguite(RicercaMovimento), Documenti);
+}
+
+/// The accounts are missing while the banks are listed, and there again when the documents are.
+class BancheAssenti {
+ public:
+  explicit BancheAssenti(const prova::BaseDati& base) : base_(base) {
+    base.Esegui("ALTER TABLE CONTOCONTABILE RENAME TO CONTIASSENTI");
+    auto nuovi = servizi();
+    nuovi.istruzioneInviata = [this, prima = nuovi.istruzioneInviata](std::string_view istruzione) {
+      prima(istruzione);
+      if (assenti_ && istruzione.find("AZIENDELINEE") != std::string_view::npos) {
+        Rimetti();
+      }
+    };
+    sostituiti_.emplace(std::move(nuovi));
+  }
+
+ private:
+  void Rimetti() {
+    assenti_ = false;
+    ado::Connection connection;
+    base_.Apri(connection);
+    connection.Execute("ALTER TABLE CONTIASSENTI RENAME TO CONTOCONTABILE");
+  }
+
+  const prova::BaseDati& base_;
+  bool assenti_ = true;
+  std::optional<ServiziSostituiti> sostituiti_;
+};
+
+TEST_P(PresumedLoad, ListsTheDocumentsWithoutBanksAndReportsTheBanksAfterTheWindow) {
+  const BancheAssenti assenti(base);
+  const auto errore = Fallimento([this] {
+    EXPECT_THAT(finestra->banche, ElementsAre(" "));
+    EXPECT_THAT(finestra->bancheCella, ElementsAre(" "));
+    ASSERT_EQ(finestra->righe(), Elencate);
+    for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+      EXPECT_THAT(std::string(righe.Tag(riga, FormPresunti::ConsegnaPrevista)), StartsWith("MOVIMENTO_"));
+    }
+    EXPECT_THAT(Testi(Riga("AB123/06", "EUR", "50,00")),
+                ElementsAre("ROSSI SRL", "AB123/06", "10/03/06", "EUR", "50,00", "BANCA ALFA", "", "", "2006/03/10"));
+  });
+  EXPECT_THAT(errore, StartsWith("ERRORE: " + std::to_string(base.Particolarita().missingTable) + "\r\n"));
+  EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheNextTime) {
+  const auto prima = prova::Rate(base);
+  const std::string comando = "-T BANCA /PRESUNTI -TIPOMOVIMENTI V -B X -H 10.0.0.1 -D 001 " + base.Opzioni();
+  {
+    const BancheAssenti assenti(base);
+    banco.desktop.copioni.emplace_back([](FinestraElenco& aperta) {
+      // The blank entry is left: it takes away what banks the documents have.
+      ASSERT_EQ(aperta.righe(), Elencate);
+      for (std::size_t riga = 0; riga < Elencate; ++riga) {
+        aperta.seleziona(static_cast<std::ptrdiff_t>(riga));
+        aperta.scegliBanca(0);
+      }
+      EXPECT_EQ(aperta.testo(0, FormPresunti::NuovaBanca), "ANNULLA");
+      aperta.conferma();
+    });
+    EXPECT_EQ(LumoScadenze().EseguiLumoScad(comando), "error");
+  }
+  EXPECT_THAT(banco.desktop.box,
+              ElementsAre(StartsWith("-2147220954\r\nERRORE: " + std::to_string(base.Particolarita().missingTable))));
+  EXPECT_THAT(banco.host.chiamate, IsEmpty());
+  EXPECT_EQ(prova::Rate(base), prima);
+  banco.host.file.clear();
+  banco.desktop.copioni.emplace_back([](FinestraElenco& aperta) {
+    EXPECT_THAT(aperta.banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(aperta.righe(), Elencate);
+    aperta.chiudi();
+  });
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad(comando), "closed");
 }
 
 } // namespace
