@@ -60,6 +60,7 @@ sezione() {
     casi ostile_test
     casi host_test 'HostileReply.*:HostileEnvironment.*:LocalFile.*:Documento.*'
     casi programma_test
+    casi rilettura_test
     casi ingressi_conservati_test
     ;;
   fuzz) scripts/fuzz.sh "${LUMOSCAD_FUZZ_SECONDI:-60}" || esito=1 ;;
