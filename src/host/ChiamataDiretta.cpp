@@ -1,5 +1,6 @@
 #include "host/ChiamataDiretta.hpp"
 
+#include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "database/procedureLumoDB2.hpp"
@@ -45,8 +46,11 @@ std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& r
   host.InviaFile(richiesta.hostIP, nomi.locale, nomi.remoto);
   host.RinominaFile(richiesta.hostIP, nomi.remoto, nomi.Completo(), testo);
   host.EseguiProgramma(richiesta.hostIP, ProgrammaHost, richiesta.parametri, risposta);
-  std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, stato().Risposta.get());
-  TogliRichiesta(host, richiesta, risultato.empty());
+  MsgAnnulla* const messaggio = stato().Risposta.get();
+  // Asked before the reply actions, whose own failure comes after the host's yes.
+  const bool accettata = messaggio == nullptr || !MaggioreDiSpazio(messaggio->Errore);
+  std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, messaggio);
+  TogliRichiesta(host, richiesta, accettata);
   desktop.ImpostaPuntatore(Puntatore::Predefinito);
   desktop.EventiInAttesa();
   return risultato;

@@ -164,3 +164,19 @@ TEST_F(RichiestaScadenzeTest, IlGuastoSalgeELasciaIFileSullHost) {
   EXPECT_THAT(banco_.host.file, ElementsAre(testing::Key("/tmp/" + std::string(Nome) + ".dos")));
   EXPECT_TRUE(std::filesystem::exists(FileLocale()));
 }
+
+TEST_F(RichiestaScadenzeTest, UnaPuliziaFallitaDiceCheLHostHaAccettatoAncheSeLaBaseDatiNo) {
+  banco_.host.guasto = [](const std::string& operazione) {
+    if (operazione.starts_with("Cancella")) {
+      throw ErroreRuntime(errori::AccessoAlFile, "Guasto.");
+    }
+  };
+  try {
+    static_cast<void>(Invia({Prima}));
+    FAIL() << "no failure";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Descrizione(), "Guasto. L'host ha già accettato la richiesta: prima di ripetere il comando "
+                                    "controllare che cosa ne è nella base dati.");
+  }
+  EXPECT_THAT(stato().Risposta->Errore, StartsWith("ERRORE: ")) << "the database was not changed either";
+}
