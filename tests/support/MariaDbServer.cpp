@@ -1,13 +1,10 @@
 #include "support/MariaDbServer.hpp"
 
-#include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
 
-#include <chrono>
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -44,17 +41,10 @@ bool MariaDbServer::available() {
 MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(directory)) {
   prepareDirectory(directory_, serverUser);
   createData();
-  for (int attempt = 1; !server_.runs(); ++attempt) {
-    port_ = freePort();
-    try {
-      start();
-    } catch (const std::exception&) {
-      // Somebody else may have taken the port in between.
-      server_.stop();
-      if (attempt == 3)
-        throw;
-    }
-  }
+  startOnFreePort(server_, [this](int port) {
+    port_ = port;
+    start();
+  });
 }
 
 MariaDbServer::~MariaDbServer() {
@@ -85,29 +75,9 @@ void MariaDbServer::start() {
              "--socket=server.sock", "--character-set-server=utf8mb4", "--collation-server=utf8mb4_bin"}),
       directory_ / "server.log", serverUser, SIGTERM);
   system_ = addSource("mysql");
-  waitUntilReady();
+  waitUntilReady(server_,
+                 [this] { checkDataDirectory(connectionText(system_), "SELECT @@datadir", directory_ / "data"); });
   fs::remove(secret);
-}
-
-void MariaDbServer::waitUntilReady() {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  for (;;) {
-    try {
-      ado::Connection connection;
-      connection.ConnectionString = connectionText(system_);
-      connection.Open();
-      // Another test's server may have taken the port in between, and it knows our user.
-      if (!fs::equivalent(firstValue(connection, "SELECT @@datadir"), directory_ / "data"))
-        throw std::runtime_error("another server answers on the port");
-      return;
-    } catch (const ErroreRuntime&) {
-      if (!server_.runs() || std::chrono::steady_clock::now() > limit) {
-        server_.stop();
-        throw;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-  }
 }
 
 void MariaDbServer::restart() {

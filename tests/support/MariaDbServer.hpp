@@ -54,7 +54,6 @@ class MariaDbServer {
  private:
   void createData() const;
   void start();
-  void waitUntilReady();
 
   std::filesystem::path directory_;
   std::string user_ = "lumoscad";

@@ -98,6 +98,14 @@ std::string firstValue(ado::Connection& connection, std::string_view query) {
   return rows.Eof() ? std::string() : std::string(rows.Valore(0).value_or(""));
 }
 
+void checkDataDirectory(const std::string& connectionText, std::string_view query, const fs::path& directory) {
+  ado::Connection connection;
+  connection.ConnectionString = connectionText;
+  connection.Open();
+  if (!fs::equivalent(firstValue(connection, query), directory))
+    throw std::runtime_error("another server answers on the port");
+}
+
 void runScript(const std::string& connectionText, std::string_view script) {
   ado::Connection connection;
   connection.ConnectionString = connectionText;

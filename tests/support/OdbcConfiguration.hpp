@@ -50,6 +50,11 @@ class OdbcConfiguration {
 /// The first value of the first row of a query; empty where there is none.
 [[nodiscard]] std::string firstValue(ado::Connection& connection, std::string_view query);
 
+/// Connects and asks the server with `query` where its data are; raises unless that is `directory`. Another test's
+/// server may have taken the port, and it knows our user.
+void checkDataDirectory(const std::string& connectionText, std::string_view query,
+                        const std::filesystem::path& directory);
+
 /// Runs the statements of an SQL script, separated by ";", over an open connection text.
 void runScript(const std::string& connectionText, std::string_view script);
 

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace lumoscad::test {
@@ -36,17 +35,10 @@ bool PostgresServer::available() {
 PostgresServer::PostgresServer(fs::path directory) : directory_(std::move(directory)) {
   prepareDirectory(directory_, serverUser);
   createCluster();
-  for (int attempt = 1; !server_.runs(); ++attempt) {
-    port_ = freePort();
-    try {
-      start();
-    } catch (const std::exception&) {
-      // Somebody else may have taken the port in between.
-      server_.stop();
-      if (attempt == 3)
-        throw;
-    }
-  }
+  startOnFreePort(server_, [this](int port) {
+    port_ = port;
+    start();
+  });
 }
 
 PostgresServer::~PostgresServer() {
@@ -72,7 +64,8 @@ void PostgresServer::start() {
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
                           directory_ / "server.log", serverUser, SIGINT);
-  waitUntilReady();
+  const std::string text = connectionText(addSource("postgres"));
+  waitUntilReady(server_, [&] { checkDataDirectory(text, "SHOW data_directory", directory_ / "data"); });
 }
 
 void PostgresServer::restart() {
@@ -86,28 +79,6 @@ void PostgresServer::restart() {
       // After a kill the sessions of the old server may still be on their way out, and hold its memory.
       if (std::chrono::steady_clock::now() > limit)
         throw;
-    }
-  }
-}
-
-void PostgresServer::waitUntilReady() {
-  const std::string text = connectionText(addSource("postgres"));
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  for (;;) {
-    try {
-      ado::Connection connection;
-      connection.ConnectionString = text;
-      connection.Open();
-      // Another test's server may have taken the port in between, and it knows our user.
-      if (!fs::equivalent(firstValue(connection, "SHOW data_directory"), directory_ / "data"))
-        throw std::runtime_error("another server answers on the port");
-      return;
-    } catch (const ErroreRuntime&) {
-      if (!server_.runs() || std::chrono::steady_clock::now() > limit) {
-        server_.stop();
-        throw;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
   }
 }

@@ -47,7 +47,6 @@ class PostgresServer {
  private:
   void createCluster() const;
   void start();
-  void waitUntilReady();
 
   std::filesystem::path directory_;
   std::string user_ = "lumoscad";

@@ -1,10 +1,13 @@
 #include "support/ServerProcess.hpp"
 
+#include "platform/Errore.hpp"
+
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <fstream>
 #include <netinet/in.h>
@@ -55,8 +58,7 @@ bool open(fs::path directory) {
   }
 }
 
-} // namespace
-
+/// A loopback port that was free a moment ago.
 int freePort() {
   const int socketHandle = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
@@ -70,6 +72,8 @@ int freePort() {
     throw std::runtime_error("no free loopback port");
   return ntohs(address.sin_port);
 }
+
+} // namespace
 
 fs::path serverDirectory(std::string_view name) {
   const fs::path here = fs::current_path();
@@ -151,6 +155,35 @@ void ServerProcess::kill() {
     return;
   ::kill(process_, SIGKILL);
   waitpid(std::exchange(process_, -1), nullptr, 0);
+}
+
+void startOnFreePort(ServerProcess& server, const std::function<void(int port)>& start) {
+  for (int attempt = 1; !server.runs(); ++attempt) {
+    const int port = freePort();
+    try {
+      start(port);
+    } catch (const std::exception&) {
+      server.stop();
+      if (attempt == 3)
+        throw;
+    }
+  }
+}
+
+void waitUntilReady(ServerProcess& server, const std::function<void()>& ask) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  for (;;) {
+    try {
+      ask();
+      return;
+    } catch (const ErroreRuntime&) {
+      if (!server.runs() || std::chrono::steady_clock::now() > limit) {
+        server.stop();
+        throw;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+  }
 }
 
 } // namespace lumoscad::test

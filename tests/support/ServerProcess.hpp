@@ -1,15 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
 #include <vector>
 
 namespace lumoscad::test {
-
-/// A loopback port that was free a moment ago.
-[[nodiscard]] int freePort();
 
 /// The path for the data of a server, "`name`-<process>": in the working directory, which is the build folder under the
 /// test runner, or in the temporary one where the server's user could not enter it.
@@ -50,5 +48,13 @@ class ServerProcess {
   pid_t process_ = -1;
   int endSignal_ = 0;
 };
+
+/// Has `start` start `server` on a loopback port that was free a moment ago. Somebody else may take the port in
+/// between, so `start` is called with another one when it raises, three times at the most.
+void startOnFreePort(ServerProcess& server, const std::function<void(int port)>& start);
+
+/// Asks until `ask` no longer raises an ErroreRuntime; after a minute, or once the server has ended, stops the server
+/// and lets the error out. Any other error comes out at once.
+void waitUntilReady(ServerProcess& server, const std::function<void()>& ask);
 
 } // namespace lumoscad::test
