@@ -1,0 +1,184 @@
+// The window of one open item, which no command opens: in its real window, with the real request, the real back end on
+// a host that is a directory, and a database.
+
+#include "Dimostrazione.hpp"
+#include "FinestraFinta.hpp"
+#include "common/Stato.hpp"
+#include "handlers/ModuloMain.hpp"
+#include "host/RichiestaScadenze.hpp"
+#include "platform/Servizi.hpp"
+#include "platform/nexaro/HostLink.hpp"
+#include "platform/qt/QtDesktop.hpp"
+#include "screens/FormLumoScad.hpp"
+#include "support/OdbcConfiguration.hpp"
+
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+#include <QTimer>
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+
+namespace lumoscad::prova {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::StartsWith;
+namespace fs = std::filesystem;
+
+constexpr int ColonnaNuova = 4; ///< of the window, whose first column is the tick
+constexpr std::string_view Nome = "T0120260305140709";
+
+class ScadenzarioIntero : public testing::Test {
+ protected:
+  ScadenzarioIntero()
+      : servizi_({[this]() -> Desktop& { return *desktop_; },
+                  [this]() -> nexaro::HostLink& { return *host_; },
+                  [this]() -> const nexaro::Ambiente& { return ambiente_; },
+                  [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+                  {}}) {
+    for (const auto& voce : demo.Ambiente()) {
+      const auto segno = voce.find('=');
+      ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
+    }
+    host_ = nexaro::CreaHostLink();
+    ambiente_ = nexaro::LeggiAmbiente();
+    test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
+    prima = demo.Stato();
+    auto& s = stato();
+    s.ComandoCorrente = "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main";
+    s.Azienda = "01";
+    s.HostIP = demo.Indirizzo();
+    s.TipoComando = "BANCA";
+    s.ContoScadenze = "20100001";
+    s.PartitaScadenze = "AB   123";
+    s.Serie = "A";
+    s.Esercizio = "2006";
+    s.Numero = "15";
+    for (const char* scadenza : {"31/03/2006", "30/04/2006"}) {
+      form.Righe.Aggiungi({scadenza, scadenza, "100,00", ""});
+    }
+    risponditore_.setInterval(5);
+    QObject::connect(&risponditore_, &QTimer::timeout, &risponditore_, [this] { RispondiAlBox(); });
+    risponditore_.start();
+  }
+
+  /// What is done in the window once it is open; it is closed afterwards if it is still there.
+  void Recita(const std::function<void(QDialog&)>& copione) {
+    QTimer::singleShot(0, qApp, [copione] {
+      auto* finestra = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(finestra, nullptr);
+      ASSERT_TRUE(QTest::qWaitForWindowActive(finestra));
+      try {
+        copione(*finestra);
+      } catch (const std::exception& errore) {
+        ADD_FAILURE() << errore.what();
+      }
+      finestra->close();
+    });
+  }
+  static void Scrivi(QDialog& finestra, int riga, const char* data) {
+    Clicca(Trova<QTableView>(finestra, "LWScad"), riga, ColonnaNuova);
+    auto& editor = Trova<QWidget>(finestra, "TextScad");
+    QTest::keyClicks(&editor, data);
+    QTest::keyClick(&editor, Qt::Key_Return);
+  }
+  static void Premi(QDialog& finestra, const char* nome) {
+    QTest::mouseClick(&Trova<QWidget>(finestra, nome), Qt::LeftButton);
+  }
+  [[nodiscard]] std::string Chiamata() const { return Leggi(demo.Registro()); }
+
+  Dimostrazione demo;
+  Fotografia prima;
+  std::vector<std::string> box; ///< the texts of the message boxes
+  FormLumoScad form{[this] { return ScriviRichiestaScadenze(RigheDellaFinestra()); },
+                    [] {
+                      const auto& s = stato();
+                      return ModuloMain::CancellaExtra(s.Azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
+                    }};
+
+ private:
+  [[nodiscard]] std::vector<RigaScadenze> RigheDellaFinestra() const {
+    std::vector<RigaScadenze> righe;
+    for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
+      const auto testo = [&](int colonna) { return std::string(form.Righe.Testo(riga, colonna)); };
+      righe.push_back({stato().ContoScadenze, stato().PartitaScadenze, testo(FormLumoScad::Scadenza),
+                       testo(FormLumoScad::ScadOrig), testo(FormLumoScad::NuovaScadenza)});
+    }
+    return righe;
+  }
+  void RispondiAlBox() {
+    auto* aperta = QApplication::activeModalWidget();
+    if (aperta != nullptr && aperta->objectName() == "MostraMessaggio") {
+      box.push_back(Trova<QLabel>(*aperta, "lblMessaggio").text().toStdString());
+      QTest::keyClick(aperta, Qt::Key_Return);
+    }
+  }
+
+  std::unique_ptr<Desktop> desktop_ = qt::CreaDesktop();
+  std::unique_ptr<nexaro::HostLink> host_;
+  nexaro::Ambiente ambiente_;
+  StatoSostituito stato_;
+  ServiziSostituiti servizi_;
+  QTimer risponditore_;
+};
+
+TEST_F(ScadenzarioIntero, TheDatesTypedInTheWindowGoToTheHostAndIntoTheDatabase) {
+  const auto dopo =
+      demo.StatoDopo("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-06-15' WHERE EVENTOCONTABILEKEY=900001;"
+                     "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-20' WHERE EVENTOCONTABILEKEY=900002");
+  ASSERT_EQ(Differenze(prima, dopo).size(), 4U);
+  Recita([](QDialog& finestra) {
+    Scrivi(finestra, 0, "150606");
+    Scrivi(finestra, 1, "20/07/06");
+    Premi(finestra, "PictureOk");
+  });
+  EXPECT_EQ(form.VisualizzaScad(), "");
+  EXPECT_THAT(box, IsEmpty()) << "the answer to this request is an item, not a message";
+  EXPECT_THAT(Chiamata(), StartsWith("ACCETTATA\tVariate 2 scadenze\t101\t01\tSCRIVISCADENZE\tBANCA\tT01\t/tmp/" +
+                                     std::string(Nome) + ".dos\t"));
+  EXPECT_THAT(Chiamata(), testing::EndsWith("\t20100001,AB   123,31/03/2006,15/06/2006\\r\\n"
+                                            "20100001,AB   123,30/04/2006,20/07/2006\\r\\n\n"));
+  EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
+  EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
+}
+
+TEST_F(ScadenzarioIntero, TheTopDateGoesToTheTickedRowAlone) {
+  const auto dopo =
+      demo.StatoDopo("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-09-30' WHERE EVENTOCONTABILEKEY=900002");
+  Recita([](QDialog& finestra) {
+    QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "300906");
+    Clicca(Trova<QTableView>(finestra, "LWScad"), 1, 0);
+    Premi(finestra, "PictureOk");
+  });
+  EXPECT_EQ(form.VisualizzaScad(), "");
+  EXPECT_THAT(Chiamata(), testing::EndsWith("\t20100001,AB   123,30/04/2006,30/09/2006\\r\\n\n"));
+  EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
+}
+
+TEST_F(ScadenzarioIntero, AnnullaSendsNothing) {
+  Recita([](QDialog& finestra) {
+    Scrivi(finestra, 0, "150606");
+    Premi(finestra, "PictureAnnulla");
+  });
+  EXPECT_EQ(form.VisualizzaScad(), "closed");
+  EXPECT_THAT(box, IsEmpty());
+  EXPECT_FALSE(fs::exists(demo.Registro()));
+  EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
+}
+
+TEST_F(ScadenzarioIntero, TheConfirmationOfAnExtraScheduleDeletesItOnTheHostAndInTheDatabase) {
+  const auto dopo = demo.StatoDopo("DELETE FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=900003;"
+                                   "DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=900003");
+  Recita([](QDialog& finestra) { Premi(finestra, "PictureOk"); });
+  EXPECT_EQ(form.VisualizzaExtra(), "");
+  EXPECT_THAT(box, ElementsAre("Annullato il movimento A 15 dell'esercizio 2006"));
+  EXPECT_THAT(Chiamata(), MatchesRegex("ACCETTATA\t[^\n]*\t6\t01\tEXTRADEL\tA\t2006\t15\t[^\n]*\n"));
+  EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
+}
+
+} // namespace
+} // namespace lumoscad::prova
