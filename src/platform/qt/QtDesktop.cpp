@@ -101,38 +101,23 @@ class QtDesktop final : public Desktop {
     giro_.start();
   }
 
-  void MostraElenco(FinestraElenco& finestra) override {
-    std::exception_ptr errore;
-    {
-      const UscitaSospesa sospesa;
-      FinestraElencoQt elenco(finestra, Genitore());
-      errore = elenco.Mostra();
-    }
-    Rilancia(errore);
-  }
+  void MostraElenco(FinestraElenco& finestra) override { Mostra<FinestraElencoQt>(finestra); }
 
-  void MostraScadenzario(FinestraScadenzario& finestra) override {
-    std::exception_ptr errore;
-    {
-      const UscitaSospesa sospesa;
-      FinestraScadenzarioQt scadenzario(finestra, Genitore());
-      errore = scadenzario.Mostra();
-    }
-    Rilancia(errore);
-  }
+  void MostraScadenzario(FinestraScadenzario& finestra) override { Mostra<FinestraScadenzarioQt>(finestra); }
 
   void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override {
-    std::exception_ptr errore;
-    {
-      const UscitaSospesa sospesa;
-      AttesaQt attesa(testo, millisecondi, lavoro, Genitore());
-      errore = attesa.Mostra();
-    }
-    Rilancia(errore);
+    Mostra<AttesaQt>(testo, millisecondi, lavoro);
   }
 
  private:
-  static void Rilancia(const std::exception_ptr& errore) {
+  /// Shows a window made of `argomenti` modally; what it gives back is raised once the window is gone.
+  template <class Finestra, class... Argomenti> static void Mostra(Argomenti&... argomenti) {
+    std::exception_ptr errore;
+    {
+      const UscitaSospesa sospesa;
+      Finestra finestra(argomenti..., Genitore());
+      errore = finestra.Mostra();
+    }
     if (errore) {
       std::rethrow_exception(errore);
     }
