@@ -1,6 +1,7 @@
 #include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
 #include "database/ProceduraDB2.hpp"
+#include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "platform/Errore.hpp"
@@ -14,6 +15,12 @@ std::string Parte(const std::vector<std::string>& parametri, std::size_t indice)
 }
 
 } // namespace
+
+std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::string>& parametri) {
+  const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
+  return db2Searches::CercaMovimento(connection, std::to_string(azienda), "X", Elemento(parametri, 3),
+                                     Elemento(parametri, 2), Elemento(parametri, 4));
+}
 
 std::string NomePartita(const std::vector<std::string>& parametri) {
   return "partita " + Parte(parametri, 3) + " del conto " + Parte(parametri, 2);

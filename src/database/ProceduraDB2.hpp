@@ -4,8 +4,10 @@
 #include "common/Stato.hpp"
 #include "database/moduloDatabase.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lumoscad::procedureLumoDB2 {
@@ -25,6 +27,23 @@ template <typename Corpo> std::string Procedura(MsgAnnulla& msg, const std::stri
     return "error";
   }
 }
+
+/// Opens the events that `sql` selects by its one key for editing and hands each to `applica`, in one transaction.
+template <typename Applica>
+void PerOgniEvento(ado::Connection& connection, std::string_view sql, std::int32_t chiave, Applica applica) {
+  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  comando.Parameters = {std::to_string(chiave)};
+  moduloDatabase::Transazione transazione(connection);
+  ado::Recordset righe;
+  righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
+  for (; !righe.Eof(); righe.MoveNext()) {
+    applica(righe);
+  }
+  transazione.Conferma();
+}
+
+/// The key of the extra movement that a request's list names.
+[[nodiscard]] std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::string>& parametri);
 
 /// "partita NUMERO del conto CODICE", from a request's list.
 [[nodiscard]] std::string NomePartita(const std::vector<std::string>& parametri);

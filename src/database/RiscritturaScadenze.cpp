@@ -39,20 +39,6 @@ std::string DataDelCampo(ado::Recordset& righe, std::string_view nome) {
   return std::string(righe.Fields(nome).Value().value_or("").substr(0, 10));
 }
 
-/// Opens the events of one key for editing and hands each to `applica`, in one transaction.
-template <typename Applica>
-void PerOgniEvento(ado::Connection& connection, std::string_view sql, std::int32_t chiave, Applica applica) {
-  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
-  comando.Parameters = {std::to_string(chiave)};
-  moduloDatabase::Transazione transazione(connection);
-  ado::Recordset righe;
-  righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
-  for (; !righe.Eof(); righe.MoveNext()) {
-    applica(righe);
-  }
-  transazione.Conferma();
-}
-
 } // namespace
 
 std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
@@ -83,9 +69,7 @@ std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, M
     return "";
   }
   return Procedura(msg, NomeDocumento(parametri), [&](ado::Connection& connection, const auto&) {
-    const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
-    const auto movimento = db2Searches::CercaMovimento(connection, std::to_string(azienda), "X", Elemento(parametri, 3),
-                                                       Elemento(parametri, 2), Elemento(parametri, 4));
+    const auto movimento = MovimentoExtra(connection, parametri);
     const auto spostamenti = LeggiSpostamenti(parametri);
     PerOgniEvento(connection,
                   "SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "

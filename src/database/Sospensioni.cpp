@@ -11,24 +11,12 @@ std::string NumeroConAnno(const std::string& numero, const std::string& anno) {
   return numero + (anno.size() == 4 ? anno.substr(2) : anno);
 }
 
-std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::string>& parametri) {
-  const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
-  return db2Searches::CercaMovimento(connection, std::to_string(azienda), "X", Elemento(parametri, 3),
-                                     Elemento(parametri, 2), Elemento(parametri, 4));
-}
-
 /// Sets `SOSPESA` of every event that `sql` selects by its one key.
 void ScriviSospesa(ado::Connection& connection, std::string_view sql, std::int32_t chiave, std::string_view flag) {
-  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
-  comando.Parameters = {std::to_string(chiave)};
-  moduloDatabase::Transazione transazione(connection);
-  ado::Recordset righe;
-  righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
-  for (; !righe.Eof(); righe.MoveNext()) {
+  PerOgniEvento(connection, sql, chiave, [flag](ado::Recordset& righe) {
     righe.Fields("SOSPESA").SetValue(flag);
     righe.Update();
-  }
-  transazione.Conferma();
+  });
 }
 
 void Cancella(ado::Connection& connection, const std::string& sql, std::int32_t chiave) {
