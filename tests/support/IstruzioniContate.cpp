@@ -29,16 +29,13 @@ IstruzioniContate::~IstruzioniContate() {
 }
 
 void IstruzioniContate::Preparata(const void* istruzione, std::string_view testo) {
-  preparazioni_.push_back({istruzione, std::string(testo), 0});
+  ultime_[istruzione] = preparazioni_.size();
+  preparazioni_.push_back({std::string(testo), 0});
 }
 
 void IstruzioniContate::Eseguita(const void* istruzione) {
-  // The last preparation of a handle is the one that counts: handles come back.
-  for (auto preparazione = preparazioni_.rbegin(); preparazione != preparazioni_.rend(); ++preparazione) {
-    if (preparazione->istruzione == istruzione) {
-      ++preparazione->esecuzioni;
-      return;
-    }
+  if (const auto ultima = ultime_.find(istruzione); ultima != ultime_.end()) {
+    ++preparazioni_[ultima->second].esecuzioni;
   }
 }
 
@@ -60,19 +57,21 @@ std::size_t IstruzioniContate::Eseguite(std::string_view inizio) const {
 
 } // namespace lumoscad::prova
 
-SQLRETURN SQL_API SQLPrepare(SQLHSTMT istruzione, SQLCHAR* testo, SQLINTEGER lunghezza) {
+// The parameters have the names of the driver manager's header.
+
+SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
   static auto* const vera = lumoscad::prova::Vera<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
-  if (lumoscad::prova::ascolto != nullptr && lunghezza >= 0) {
-    lumoscad::prova::ascolto->Preparata(
-        istruzione, {reinterpret_cast<const char*>(testo), static_cast<std::size_t>(lunghezza)}); // NOLINT: bytes
+  if (lumoscad::prova::ascolto != nullptr && TextLength >= 0) {
+    lumoscad::prova::ascolto->Preparata(StatementHandle, {reinterpret_cast<const char*>(StatementText),
+                                                          static_cast<std::size_t>(TextLength)}); // NOLINT: bytes
   }
-  return vera(istruzione, testo, lunghezza);
+  return vera(StatementHandle, StatementText, TextLength);
 }
 
-SQLRETURN SQL_API SQLExecute(SQLHSTMT istruzione) {
+SQLRETURN SQL_API SQLExecute(SQLHSTMT StatementHandle) {
   static auto* const vera = lumoscad::prova::Vera<SQLRETURN(SQLHSTMT)>("SQLExecute");
   if (lumoscad::prova::ascolto != nullptr) {
-    lumoscad::prova::ascolto->Eseguita(istruzione);
+    lumoscad::prova::ascolto->Eseguita(StatementHandle);
   }
-  return vera(istruzione);
+  return vera(StatementHandle);
 }

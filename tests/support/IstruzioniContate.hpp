@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,11 +28,11 @@ class IstruzioniContate {
 
  private:
   struct Preparazione {
-    const void* istruzione;
     std::string testo;
     std::size_t esecuzioni;
   };
   std::vector<Preparazione> preparazioni_;
+  std::map<const void*, std::size_t> ultime_; ///< the last preparation of each handle: handles come back
 };
 
 } // namespace lumoscad::prova
