@@ -4,6 +4,7 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "entry/Comandi.hpp"
+#include "platform/Controlli.hpp"
 #include "platform/Errore.hpp"
 
 #include <algorithm>
@@ -52,6 +53,11 @@ std::string Esegui(std::string_view comando) {
   return risultato;
 }
 
+/// What the host or a server has said is among it.
+void ScriviErrore(const std::string& testo) {
+  std::fprintf(stderr, "%s: %s\n", std::string(NomeProdotto).c_str(), SenzaControlli(testo, "\n").c_str());
+}
+
 /// Tells the person of the failure in flight; where there is no desktop to do so, the standard error gets it.
 void Racconta() noexcept {
   try {
@@ -60,8 +66,8 @@ void Racconta() noexcept {
     try {
       MostraMessaggio(testo, "");
     } catch (...) {
-      std::fprintf(stderr, "%s: %d %s\n", std::string(NomeProdotto).c_str(), errore.Numero(), errore.what());
-      std::fprintf(stderr, "%s: %s\n", std::string(NomeProdotto).c_str(), ErroreCorrente().what());
+      ScriviErrore(std::to_string(errore.Numero()) + " " + errore.Testo());
+      ScriviErrore(ErroreCorrente().Testo());
     }
   } catch (...) { // NOLINT(bugprone-empty-catch): not even memory for the text is left; the result says it
   }

@@ -1,4 +1,5 @@
 #include "Banco.hpp"
+#include "platform/Controlli.hpp"
 #include "platform/nexaro/Presa.hpp"
 #include "platform/nexaro/Testi.hpp"
 
@@ -76,7 +77,7 @@ TEST(TestoAltrui, StandsInAMessageWhateverItHolds) {
   EXPECT_EQ(nexaro::TestoAltrui("Connection reset by peer"), "Connection reset by peer");
   EXPECT_EQ(nexaro::TestoAltrui("a\x1B[31m\r\nb\x7F"), "a [31m  b");
   EXPECT_EQ(nexaro::TestoAltrui("a\u009B31mb\u0080à"), "a 31mb à");
-  EXPECT_EQ(nexaro::SenzaControlli("a\tb\r\nc\x1B[0m", "\n"), "a b \nc [0m");
+  EXPECT_EQ(SenzaControlli("a\tb\r\nc\x1B[0m", "\n"), "a b \nc [0m");
   EXPECT_EQ(nexaro::TestoAltrui("perch\xE9 così"), "perch\uFFFD così");
   EXPECT_LE(nexaro::TestoAltrui(std::string(5000, 'x')).size(), 300U);
 }

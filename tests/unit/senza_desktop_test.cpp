@@ -18,6 +18,17 @@ TEST(SenzaDesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
   EXPECT_THAT(scritto, testing::HasSubstr("Nessuno schermo raggiungibile"));
 }
 
+TEST(SenzaDesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
+  prova::Banco banco;
+  servizi().desktop = []() -> Desktop& {
+    throw ErroreRuntime(errori::Driver, "Schermo\x1B[2J\xC2\x9B"
+                                        "2J negato");
+  };
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T"), "error");
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::EndsWith("LumoScad: Schermo [2J 2J negato\n"));
+}
+
 TEST(SenzaDesktop, ACommandThatShowsNothingNeedsNone) {
   prova::Banco banco;
   servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };

@@ -12,9 +12,6 @@ namespace lumoscad::nexaro {
 /// The text in the quotation marks of the messages.
 [[nodiscard]] std::string Cita(std::string_view testo);
 
-/// The text with a blank for every control character (C0, DEL, C1 in UTF-8), except those in `ammessi`.
-[[nodiscard]] std::string SenzaControlli(std::string_view testo, std::string_view ammessi = {});
-
 /// What another program said of itself, fit to stand in a message: one line of UTF-8 without control
 /// characters, made of at most 300 of its bytes.
 [[nodiscard]] std::string TestoAltrui(std::string_view testo);
