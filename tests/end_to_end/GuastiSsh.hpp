@@ -65,6 +65,7 @@ class GuastiSsh : public Guasti {
   static inline const std::string completo = parziale + ".dos";
   // Pieces of what the person reads.
   static inline const std::string sullHost = " sull'host 127.0.0.1";
+  static inline const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
   static inline const std::string programma = "Il programma VB0001" + sullHost + " ";
 
  private:

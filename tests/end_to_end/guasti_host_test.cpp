@@ -18,6 +18,7 @@ using testing::IsEmpty;
 namespace fs = std::filesystem;
 
 const std::string completo = "T0120260305140709.dos";
+const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
 const std::string programma = "Il programma VB0001 sull'host 10.0.0.1 ";
 
 /// Takes from the user root, for the scope, the right to write where the permissions forbid it.
@@ -97,35 +98,35 @@ TEST_F(GuastiHost, AMissingBackEndIsNamed) {
 TEST_F(GuastiHost, ABackEndThatHangsIsStoppedAfterTheWait) {
   ::setenv("NEXARO_ATTESA", "1", 1);
   VerificaGuasto(ConfermaCon("exec sleep 30"),
-                 "-2147467259 " + programma + "non ha risposto entro 1 secondo ed è stato interrotto.");
+                 "-2147467259 " + programma + "non ha risposto entro 1 secondo ed è stato interrotto. " + ignoto);
 }
 
 TEST_F(GuastiHost, ABackEndKilledByASignalIsAnError) {
   VerificaGuasto(ConfermaCon("echo '<RISPOSTA/>'; kill -KILL $$"),
-                 "-2147467259 " + programma + "è stato terminato dal segnale 9.");
+                 "-2147467259 " + programma + "è stato terminato dal segnale 9. " + ignoto);
 }
 
 TEST_F(GuastiHost, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
   VerificaGuasto(ConfermaCon("echo '<RISPOSTA/>'; echo 'archivio occupato' >&2; exit 3"),
-                 "-2147467259 " + programma + "è terminato con lo stato 3: archivio occupato");
+                 "-2147467259 " + programma + "è terminato con lo stato 3: archivio occupato. " + ignoto);
 }
 
 TEST_F(GuastiHost, AnAnswerThatIsNotXmlIsAnError) {
   VerificaGuasto(
       ConfermaCon("echo 'tutto bene'"),
       "-2147467259 " + programma +
-          "ha dato una risposta non valida. Documento XML non valido: testo fuori dall'elemento principale.");
+          "ha dato una risposta non valida. Documento XML non valido: testo fuori dall'elemento principale. " + ignoto);
 }
 
 TEST_F(GuastiHost, AnAnswerThatBreaksOffIsAnError) {
   VerificaGuasto(
       ConfermaCon("echo '<RISPOSTA><MESSAGGIO>Variate 2'"),
       "-2147467259 " + programma +
-          "ha dato una risposta non valida. Documento XML non valido: la sintassi è errata al carattere 31.");
+          "ha dato una risposta non valida. Documento XML non valido: la sintassi è errata al carattere 31. " + ignoto);
 }
 
 TEST_F(GuastiHost, NoAnswerIsAnError) {
-  VerificaGuasto(ConfermaCon("exit 0"), "-2147467259 " + programma + "non ha dato alcuna risposta.");
+  VerificaGuasto(ConfermaCon("exit 0"), "-2147467259 " + programma + "non ha dato alcuna risposta. " + ignoto);
 }
 
 TEST_F(GuastiHost, AReadOnlyHostDirectoryRefusesTheRequest) {

@@ -194,12 +194,12 @@ TEST_F(GuastiSshProgramma, AMissingProgramIsNamed) {
 
 TEST_F(GuastiSshProgramma, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
   ProvaCon("Program exits with status 3", "echo '<RISPOSTA/>'; echo 'archivio occupato' >&2; exit 3");
-  VerificaGuasto({programma + "è terminato con lo stato 3: archivio occupato"});
+  VerificaGuasto({programma + "è terminato con lo stato 3: archivio occupato", ignoto});
 }
 
 TEST_F(GuastiSshProgramma, AProgramKilledByASignalIsAnError) {
   ProvaCon("Program killed by a signal", "echo '<RISPOSTA/>'; kill -KILL $$");
-  VerificaGuasto({programma});
+  VerificaGuasto({programma, ignoto});
   // A login shell that waits for the program reports the signal as a status of its own.
   EXPECT_THAT(desktop.box, ElementsAre(AnyOf(HasSubstr("è stato terminato dal segnale KILL"),
                                              HasSubstr("è terminato con lo stato 137"))));
@@ -210,7 +210,7 @@ TEST_F(GuastiSshProgramma, AProgramThatHangsIsGivenUpAfterTheWait) {
   const auto inizio = std::chrono::steady_clock::now();
   ProvaCon("Program hangs", "echo $$ >\"$NEXARO_RADICE/processo\"; exec sleep 30");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(20));
-  VerificaGuasto({programma, "non ha risposto entro 3 secondi"});
+  VerificaGuasto({programma, "non ha risposto entro 3 secondi", ignoto});
   ::kill(static_cast<pid_t>(std::stol(Leggi(demo.Host() / "processo"))), SIGKILL);
 }
 
@@ -218,24 +218,24 @@ TEST_F(GuastiSshProgramma, AReplyOfAHundredMegabytesIsCutOffAndTakesNoLonger) {
   const auto inizio = std::chrono::steady_clock::now();
   ProvaCon("Reply of 100 MB", "head -c 100000000 /dev/zero");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(20));
-  VerificaGuasto({programma, "oltre 16 MiB"});
+  VerificaGuasto({programma, "oltre 16 MiB", ignoto});
 }
 
 TEST_F(GuastiSshProgramma, AReplyThatBreaksOffIsAnError) {
   ProvaCon("Reply truncated", "echo '<RISPOSTA><MESSAGGIO>Variate 2'");
-  VerificaGuasto({programma + "ha dato una risposta non valida"});
+  VerificaGuasto({programma + "ha dato una risposta non valida", ignoto});
 }
 
 TEST_F(GuastiSshProgramma, NoReplyIsAnError) {
   ProvaCon("No reply", "exit 0");
-  VerificaGuasto({programma + "non ha dato alcuna risposta."});
+  VerificaGuasto({programma + "non ha dato alcuna risposta.", ignoto});
 }
 
 constexpr const char* AccentataLatin1 = "printf '<RISPOSTA><MESSAGGIO>Citt\\340</MESSAGGIO></RISPOSTA>'";
 
 TEST_F(GuastiSshProgramma, AReplyInAnotherEncodingThanAgreedIsAnError) {
   ProvaCon("Reply in another encoding than NEXARO_CODIFICA", AccentataLatin1);
-  VerificaGuasto({programma + "ha dato una risposta non valida"});
+  VerificaGuasto({programma + "ha dato una risposta non valida", ignoto});
 }
 
 TEST_F(GuastiSsh, ACharacterThatTheHostsEncodingLacksStopsTheRequest) {

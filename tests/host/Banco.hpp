@@ -15,6 +15,9 @@ namespace lumoscad::prove {
 
 namespace fs = std::filesystem;
 
+/// What a person is told of a program that may have done its work.
+inline const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+
 /// A directory of one test, removed with its contents.
 class CartellaProvvisoria {
  public:

@@ -1,6 +1,6 @@
 #include "platform/nexaro/Chiamata.hpp"
 
-#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/Controlli.hpp"
 #include "platform/nexaro/Testi.hpp"
 
 namespace lumoscad::nexaro {
@@ -64,6 +64,12 @@ std::string CodaMessaggio(std::string errori) {
   return errori.empty() ? "." : ": " + errori;
 }
 
+ErroreRuntime ErroreDopoAvvio(const std::string& fatto, const std::string& coda, int numero) {
+  const auto testo = fatto + coda;
+  const bool finito = testo.find_last_of(".!?") == testo.size() - 1;
+  return {numero, testo + (finito ? " " : ". ") + EsitoIgnoto};
+}
+
 void VerificaStato(int stato, const std::string& soggetto, const std::string& coda, const std::string& rimedio) {
   if (stato == 0) {
     return;
@@ -75,17 +81,17 @@ void VerificaStato(int stato, const std::string& soggetto, const std::string& co
   if (stato == StatoNonEseguibile) {
     throw ErroreRuntime(ErrorePermesso, fine + ", cioè non può essere eseguito" + coda);
   }
-  throw ErroreLink(fine + coda);
+  throw ErroreDopoAvvio(fine, coda);
 }
 
 xml::Nodo LeggiRisposta(const std::string& uscita, const std::string& soggetto, const std::string& coda) {
   if (uscita.empty()) {
-    throw ErroreLink(soggetto + " non ha dato alcuna risposta" + coda);
+    throw ErroreDopoAvvio(soggetto + " non ha dato alcuna risposta", coda);
   }
   try {
     return xml::Leggi(uscita);
   } catch (const ErroreRuntime& errore) {
-    throw ErroreRuntime(errore.Numero(), soggetto + " ha dato una risposta non valida. " + errore.Testo());
+    throw ErroreDopoAvvio(soggetto + " ha dato una risposta non valida. " + errore.Testo(), "", errore.Numero());
   }
 }
 

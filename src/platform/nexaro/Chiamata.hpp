@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/nexaro/ErroriLink.hpp"
 #include "platform/xml/Nodo.hpp"
 
 #include <cstddef>
@@ -32,6 +33,14 @@ void VerificaChiamata(std::string_view programma, const std::vector<std::string>
 /// The end of a message: a full stop, or a colon and what the program wrote to its standard error (UTF-8, at most
 /// `MassimoErroriMostrati` bytes of it, never half a character).
 [[nodiscard]] std::string CodaMessaggio(std::string errori);
+
+/// What a message says where the host may have done what it was asked and gave no answer to rely on.
+inline constexpr const char* EsitoIgnoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+
+/// The error of a program that was started and whose end says nothing of its work: it may have done it. `fatto` is what
+/// happened, without an end of its own; `coda` as `CodaMessaggio` gives it.
+[[nodiscard]] ErroreRuntime ErroreDopoAvvio(const std::string& fatto, const std::string& coda,
+                                            int numero = ErroreCollegamento);
 
 /// Raises the error of a program that ended with an exit status other than 0. `rimedio` is what can be done where the
 /// status says that the program is missing.

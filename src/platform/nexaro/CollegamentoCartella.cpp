@@ -41,11 +41,11 @@ void VerificaFine(const EsitoProcesso& esito, const std::string& soggetto, const
   case FineProcesso::NonAvviato:
     throw ErroreSistema(soggetto + " non è stato avviato", esito.stato);
   case FineProcesso::Scaduto:
-    throw ErroreLink(soggetto + " non ha risposto entro " + Secondi(attesa) + " ed è stato interrotto" + coda);
+    throw ErroreDopoAvvio(soggetto + " non ha risposto entro " + Secondi(attesa) + " ed è stato interrotto", coda);
   case FineProcesso::UscitaEccessiva:
-    throw ErroreLink(soggetto + " ha dato una risposta di oltre 16 MiB ed è stato interrotto" + coda);
+    throw ErroreDopoAvvio(soggetto + " ha dato una risposta di oltre 16 MiB ed è stato interrotto", coda);
   case FineProcesso::Segnale:
-    throw ErroreLink(soggetto + " è stato terminato dal segnale " + std::to_string(esito.stato) + coda);
+    throw ErroreDopoAvvio(soggetto + " è stato terminato dal segnale " + std::to_string(esito.stato), coda);
   case FineProcesso::Uscito:
     VerificaStato(esito.stato, soggetto, coda);
   }

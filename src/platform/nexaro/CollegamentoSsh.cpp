@@ -21,7 +21,6 @@ namespace {
 constexpr std::uint32_t ModoRemoto = 0666;
 constexpr mode_t ModoLocale = 0600;
 
-constexpr const char* EsitoIgnoto = "; l'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
 /// A lock that the failed command has set stays on the host.
 constexpr const char* Ripetizione =
     "Prima di ripetere il comando può essere necessario togliere il blocco della lista sull'host.";
@@ -70,19 +69,19 @@ bool DichiaraCodifica(std::string_view documento) {
          documento.substr(0, documento.find("?>")).find("encoding") != std::string_view::npos;
 }
 
-void VerificaSegnale(const EsitoRemoto& esito, const std::string& soggetto, const std::string& coda) {
-  if (!esito.stato) {
-    throw ErroreLink(soggetto + " è stato terminato dal segnale " + esito.segnale + coda);
+/// How a program ended that did not end by itself; empty where it did.
+std::string FineAltrui(const EsitoRemoto& esito) {
+  if (!esito.interruzione.empty()) {
+    return esito.interruzione;
   }
+  return esito.stato ? std::string() : " è stato terminato dal segnale " + esito.segnale;
 }
 
-/// Raises the error of a program that was given up or killed.
+/// Raises the error of a program that was given up or killed, or that failed.
 void VerificaFine(const EsitoRemoto& esito, const std::string& soggetto, const std::string& coda) {
-  if (!esito.interruzione.empty()) {
-    const auto dettaglio = coda == "." ? std::string() : " Il programma ha scritto" + coda;
-    throw ErroreLink(soggetto + esito.interruzione + EsitoIgnoto + dettaglio);
+  if (const auto fine = FineAltrui(esito); !fine.empty()) {
+    throw ErroreDopoAvvio(soggetto + fine, coda);
   }
-  VerificaSegnale(esito, soggetto, coda);
   VerificaStato(*esito.stato, soggetto, coda, " (verificare NEXARO_PROGRAMMI)");
 }
 
@@ -225,7 +224,7 @@ void CollegamentoSsh::RinominaFile(std::string_view host, std::string_view remot
           nuovoPresente = sftp.Guarda(a, false).has_value();
         } catch (const std::exception&) {
           connessioni_.erase(indirizzo);
-          throw ErroreLink(operazione + ": " + motivo + EsitoIgnoto);
+          throw ErroreLink(operazione + ": " + motivo + ". " + EsitoIgnoto);
         }
         if (vecchioPresente) {
           throw ErroreLink(operazione + ": " + motivo + "; il file ha ancora il vecchio nome. " + Ripetizione);
@@ -233,7 +232,7 @@ void CollegamentoSsh::RinominaFile(std::string_view host, std::string_view remot
         if (!nuovoPresente) {
           throw ErroreLink(operazione + ": " + motivo +
                            "; sull'host non c'è più il file, né con il vecchio nome né con "
-                           "il nuovo" +
+                           "il nuovo. " +
                            EsitoIgnoto);
         }
       });
@@ -261,7 +260,7 @@ void CollegamentoSsh::CancellaFile(std::string_view host, std::string_view remot
           presente = FilePronti(indirizzo).Guarda(percorso, false).has_value();
         } catch (const std::exception&) {
           connessioni_.erase(indirizzo);
-          throw ErroreLink(operazione + ": " + motivo + EsitoIgnoto);
+          throw ErroreLink(operazione + ": " + motivo + ". " + EsitoIgnoto);
         }
         if (presente) {
           throw ErroreLink(operazione + ": " + motivo + "; il file è ancora sull'host. " + Ripetizione);
@@ -329,10 +328,9 @@ std::string CollegamentoSsh::CercaProgramma(std::string_view host, std::string_v
   const auto ricerca = "Il controllo del programma " + std::string(programma) + SullHost(host);
   const auto esito = Avvia(std::string(host), riga, ricerca);
   // A look that did not come to its end says nothing of the program.
-  if (!esito.interruzione.empty()) {
-    throw ErroreLink(ricerca + esito.interruzione + ".");
+  if (const auto fine = FineAltrui(esito); !fine.empty()) {
+    throw ErroreLink(ricerca + fine + ".");
   }
-  VerificaSegnale(esito, ricerca, ".");
   if (esito.stato != 0) {
     throw ErroreRuntime(errori::FileNonTrovato,
                         soggetto + (impostazioni_.programmi.empty()
@@ -367,9 +365,10 @@ std::string CollegamentoSsh::Decodifica(std::string uscita, const std::string& s
   }
   auto testo = codifica.DallHost(uscita);
   if (!testo) {
-    throw ErroreLink(soggetto +
-                     " ha dato una risposta non valida. Contiene byte che non sono caratteri della codifica " +
-                     codifica.Nome() + " (NEXARO_CODIFICA).");
+    throw ErroreDopoAvvio(soggetto +
+                              " ha dato una risposta non valida. Contiene byte che non sono caratteri della codifica " +
+                              codifica.Nome() + " (NEXARO_CODIFICA)",
+                          ".");
   }
   return std::move(*testo);
 }
