@@ -10,18 +10,19 @@
 namespace lumoscad {
 namespace {
 
-/// Removes the request from the host. By then the program has run: a failure must not look as if nothing had happened.
-void TogliRichiesta(nexaro::HostLink& host, const RichiestaHost& richiesta, bool accettata) {
+/// Removes the request from the host. By then the program has run: a failure must not look as if nothing had happened,
+/// nor hide the host's refusal, `rifiuto`, which is empty where there is none.
+void TogliRichiesta(nexaro::HostLink& host, const RichiestaHost& richiesta, const std::string& rifiuto) {
   try {
     host.CancellaFile(richiesta.hostIP, richiesta.nomi.remoto);
     host.CancellaFile(richiesta.hostIP, richiesta.nomi.Completo());
   } catch (...) {
     const ErroreRuntime errore = ErroreCorrente();
-    if (!accettata) {
-      throw;
-    }
-    throw ErroreRuntime(errore.Numero(), errore.Testo() + " L'host ha già accettato la richiesta: prima di ripetere il "
-                                                          "comando controllare che cosa ne è nella base dati.");
+    throw ErroreRuntime(errore.Numero(),
+                        errore.Testo() + (rifiuto.empty()
+                                              ? " L'host ha già accettato la richiesta: prima di ripetere il comando "
+                                                "controllare che cosa ne è nella base dati."
+                                              : " L'host ha rifiutato la richiesta: " + rifiuto));
   }
 }
 
@@ -48,9 +49,10 @@ std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& r
   host.EseguiProgramma(richiesta.hostIP, ProgrammaHost, richiesta.parametri, risposta);
   MsgAnnulla* const messaggio = stato().Risposta.get();
   // Asked before the reply actions, whose own failure comes after the host's yes.
-  const bool accettata = messaggio == nullptr || !MaggioreDiSpazio(messaggio->Errore);
+  const std::string rifiuto =
+      messaggio != nullptr && MaggioreDiSpazio(messaggio->Errore) ? messaggio->Errore : std::string();
   std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, messaggio);
-  TogliRichiesta(host, richiesta, accettata);
+  TogliRichiesta(host, richiesta, rifiuto);
   desktop.ImpostaPuntatore(Puntatore::Predefinito);
   desktop.EventiInAttesa();
   return risultato;

@@ -224,7 +224,8 @@ TEST_F(Richiesta, UnaPuliziaFallitaDiceCheLHostHaGiaAccettato) {
       "75 Guasto: Cancella L'host ha già accettato la richiesta: prima di ripetere il comando controllare che cosa "
       "ne è nella base dati.");
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
-  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella") << "un rifiuto non ha cambiato nulla";
+  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella L'host ha rifiutato la richiesta: no")
+      << "il rifiuto non va perduto";
 }
 
 TEST_F(Richiesta, UnaChiamataInterrottaLasciaIFileSullHost) {
