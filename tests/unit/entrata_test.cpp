@@ -1,5 +1,6 @@
 #include "common/Stato.hpp"
 #include "entry/Comandi.hpp"
+#include "handlers/ModuloMain.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "support/Prova.hpp"
 
@@ -170,6 +171,30 @@ TEST_F(Entrata, SenzaSorgenteDatiIlComandoDiceErrore) {
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12 -H h"), "error");
   ASSERT_EQ(banco_.desktop.box.size(), 1U);
   EXPECT_THAT(banco_.desktop.box[0], StartsWith("-2147220954\r\nERRORE: "));
+}
+
+TEST_F(Entrata, LaProvaNonGuardaISottocomandi) {
+  EXPECT_EQ(Esegui("/A -T TEST /A /CREDITI -H h"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("testScrittura\r\n"))) << "una volta sola";
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(Entrata, UnaListaDiAltroGenereNonSiBloccaENonSiMostra) {
+  const std::string comando = "-H h -D 12";
+  EXPECT_EQ(ModuloMain::ComandoBanca(comando, "PRESUNTI"), "closed");
+  EXPECT_EQ(ModuloMain::ComandoBanca(comando, "crediti"), "closed");
+  EXPECT_EQ(ModuloMain::ComandoBancaPresunti(comando, "CREDITI"), "closed");
+  EXPECT_EQ(ModuloMain::ComandoConsegna(comando, "CREDITI"), "closed");
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_EQ(banco_.desktop.finestre, 0U);
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_EQ(banco_.desktop.puntatori.size(), 8U) << "la clessidra e il suo ritorno, per ogni comando";
+}
+
+TEST_F(Entrata, ConIlPuntatoreSiLascianoPassareGliEventiInAttesa) {
+  EXPECT_EQ(ModuloMain::ComandoBanca("-H h", "ALTRO"), "closed");
+  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
+  EXPECT_EQ(banco_.desktop.respiri, 2U);
 }
 
 TEST_F(Entrata, UnErroreNonPassaAlComandoSeguente) {
