@@ -1,6 +1,7 @@
 #include "common/Stato.hpp"
 #include "host/Richieste.hpp"
 #include "platform/Errore.hpp"
+#include "platform/Servizi.hpp"
 #include "support/Prova.hpp"
 
 #include <filesystem>
@@ -246,6 +247,15 @@ TEST_F(Richiesta, SenzaCartellaLocaleEUnErrore) {
   EXPECT_THAT(Fallisce(CambioScadenza()), StartsWith("53 "));
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   banco_.ambiente.CartellaLocale = cartella;
+}
+
+TEST_F(Richiesta, SenzaAmbienteEUnErroreDellaRichiesta) {
+  servizi().ambiente = []() -> const nexaro::Ambiente& {
+    throw ErroreRuntime(errori::AccessoAlFile, "Cartella locale non sicura");
+  };
+  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Cartella locale non sicura");
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
 }
 
 TEST_F(Richiesta, MentreLavoraMostraLaClessidra) {
