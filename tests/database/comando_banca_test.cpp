@@ -14,6 +14,7 @@
 
 using namespace lumoscad;
 using testing::Contains;
+using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
@@ -152,6 +153,7 @@ TEST_F(ComandoBanca, LeVariazioniConfermateVannoAllHostENellaBaseDati) {
               ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI", "Invia " + Nome,
                           "Rinomina " + Nome + " " + Nome + ".dos", "Esegui VB0001", "Cancella " + Nome,
                           "Cancella " + Nome + ".dos", "Cancella /tmp/VBCREDITI"));
+  EXPECT_THAT(banco_.host.host, Each("10.0.0.1"));
   EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
                                                             "", "", "", "", "")));
   EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
