@@ -18,8 +18,10 @@
 namespace lumoscad {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 constexpr const char* Password = "Segreta77Parola";
 
@@ -81,6 +83,12 @@ class Programma {
     ::waitpid(std::exchange(pid_, -1), &stato, 0);
     return stato;
   }
+  /// The exit status, with nothing more to read for it; -1 where it did not end by itself.
+  [[nodiscard]] int Finisci() {
+    Chiudi();
+    const int stato = Attendi();
+    return WIFEXITED(stato) ? WEXITSTATUS(stato) : -1;
+  }
   /// A file of /proc about the program.
   [[nodiscard]] std::string Proc(const std::string& nome) const {
     return prove::Leggi("/proc/" + std::to_string(pid_) + "/" + nome);
@@ -104,8 +112,27 @@ class Programma {
 
 class ProgrammaLumoscad : public testing::Test {
  protected:
+  /// Runs the program without a desktop and returns its exit status; `uscite` receives what it wrote.
+  int Esegui(const std::vector<std::string>& argomenti, const std::string& ingresso = {}) {
+    std::filesystem::remove(errori);
+    Programma programma(argomenti, errori);
+    if (!ingresso.empty()) {
+      programma.Scrivi(ingresso);
+    }
+    const int stato = programma.Finisci();
+    uscite = prove::Leggi(errori);
+    return stato;
+  }
+  void TogliDesktop() {
+    for (const auto* nome : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+      variabili.Togli(nome);
+    }
+  }
+
+  prove::VariabiliProvvisorie variabili;
   prove::CartellaProvvisoria cartella;
   std::string errori = cartella / "uscite";
+  std::string uscite;
 };
 
 /// In a child process of its own, so that the test's process stays as it is: the exit status says what was found.
@@ -173,10 +200,7 @@ TEST_F(ProgrammaLumoscad, KeepsACommandOfItsStandardInputOutOfTheProcessList) {
 }
 
 TEST_F(ProgrammaLumoscad, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
-  prove::VariabiliProvvisorie variabili;
-  variabili.Togli("DISPLAY");
-  variabili.Togli("WAYLAND_DISPLAY");
-  variabili.Togli("QT_QPA_PLATFORM");
+  TogliDesktop();
   for (const std::string comando : {"-T TEST -DB2SOURCE non-esiste -DB2PASS ", "-T -DB2PASS ", "-D -T -DB2PASS "}) {
     Programma programma({"-"}, errori);
     programma.Scrivi(comando + Password + (comando == "-D -T -DB2PASS " ? " -T" : ""));
@@ -185,6 +209,37 @@ TEST_F(ProgrammaLumoscad, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) 
   }
   EXPECT_THAT(prove::Leggi(errori), HasSubstr("error"));
   EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
+}
+
+TEST_F(ProgrammaLumoscad, JoinsItsArgumentsWithSingleBlanks) {
+  TogliDesktop();
+  EXPECT_EQ(Esegui({"-T", "EXTRA", "/A", "-S"}), 1);
+  EXPECT_THAT(uscite, HasSubstr("manca il valore di un'opzione")) << "the type and the sub-command were found";
+  EXPECT_THAT(uscite, EndsWith("error\n"));
+  EXPECT_EQ(Esegui({"-T", "", "EXTRA", "/A", "-S"}), 0) << "an empty argument is an empty value";
+  EXPECT_EQ(uscite, "");
+}
+
+TEST_F(ProgrammaLumoscad, ReadsACommandWithoutItsLineEnd) {
+  TogliDesktop();
+  for (const char* comando : {"-T FOO -T", "-T FOO -T\n", "-T FOO -T\r\n"}) {
+    EXPECT_EQ(Esegui({"-"}, comando), 1) << comando;
+    EXPECT_THAT(uscite, HasSubstr("manca il valore di -T")) << comando;
+  }
+  EXPECT_EQ(Esegui({"-"}, "-T FOO -T \n"), 0) << "only the line end is taken off";
+  EXPECT_EQ(uscite, "");
+}
+
+TEST_F(ProgrammaLumoscad, TellsHowItIsUsed) {
+  EXPECT_EQ(Esegui({"--aiuto"}), 0);
+  EXPECT_THAT(uscite, StartsWith("Uso: lumoscad COMANDO...\n"));
+  EXPECT_EQ(Esegui({"--versione"}), 0);
+  EXPECT_THAT(uscite, testing::MatchesRegex("lumoscad [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+  for (const std::vector<std::string>& argomenti :
+       {std::vector<std::string>{}, {"--altro"}, {"--aiuto", "x"}, {"--versione", "x"}, {"--registra-host"}}) {
+    EXPECT_EQ(Esegui(argomenti), 2);
+    EXPECT_THAT(uscite, StartsWith("Uso: lumoscad COMANDO...\n"));
+  }
 }
 
 } // namespace lumoscad
