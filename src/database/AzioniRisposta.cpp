@@ -32,7 +32,7 @@ std::string NomeDocumento(const std::vector<std::string>& parametri) {
 }
 
 std::string EseguiAzioneDB2(const std::vector<std::string>& parametri, MsgAnnulla* msg) {
-  if (msg != nullptr && MaggioreDiSpazio(msg->Errore)) {
+  if (msg != nullptr && !SenzaSpaziAiLati(msg->Errore).empty()) {
     return "error";
   }
   MsgAnnulla nuovo;

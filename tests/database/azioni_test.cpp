@@ -210,6 +210,14 @@ TEST_P(Azioni, UnErroreDiSoliSpaziNonEUnRifiuto) {
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
 }
 
+TEST_P(Azioni, UnErroreFattoDiUnACapoEUnRifiuto) {
+  msg_.Errore = " \r\n ";
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
+  EXPECT_EQ(msg_.Errore, " \r\n ");
+  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  NienteCambiato();
+}
+
 TEST_P(Azioni, SenzaOggettoRispostaLeAzioniSiFannoUgualmente) {
   EXPECT_EQ(procedureLumoDB2::EseguiAzioneDB2({"01", "SOSPESOCREA", "C10", "AB   123", ""}, nullptr), "");
   EXPECT_EQ(procedureLumoDB2::EseguiAzioneDB2({"01", "SOSPESOCREA", "C99", "AB   123", ""}, nullptr), "error");
