@@ -11,10 +11,19 @@ namespace {
 constexpr std::size_t PrimoGruppo = 5;
 constexpr std::size_t ElementiGruppo = 3;
 
-/// One group of a due-date list, with its dates as "YYYY-MM-DD".
+/// One group of a due-date list: the date to match as "YYYY-MM-DD", and the new date as the list holds it.
 struct Spostamento {
   std::string da;
   std::string a;
+
+  [[nodiscard]] std::string NuovaData() const {
+    std::string iso = Utilities::DataIsoDaCompatta(a);
+    if (iso.empty()) {
+      // Some databases would store the empty text that this date became.
+      throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida: " + a);
+    }
+    return iso;
+  }
 };
 
 std::vector<Spostamento> LeggiSpostamenti(const std::vector<std::string>& parametri) {
@@ -24,12 +33,7 @@ std::vector<Spostamento> LeggiSpostamenti(const std::vector<std::string>& parame
     if (SenzaSpaziAiLati(da).empty()) {
       break;
     }
-    const std::string& a = Elemento(parametri, inizio + 2);
-    spostamenti.push_back({Utilities::DataIsoDaCompatta(da), Utilities::DataIsoDaCompatta(a)});
-    if (spostamenti.back().a.empty()) {
-      // Some databases would store the empty text that this date became.
-      throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida: " + a);
-    }
+    spostamenti.push_back({Utilities::DataIsoDaCompatta(da), Elemento(parametri, inizio + 2)});
   }
   return spostamenti;
 }
@@ -56,7 +60,7 @@ std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, Msg
                     const std::string originale = DataDelCampo(righe, "DATASCADENZAORIGINALE");
                     for (const Spostamento& spostamento : spostamenti) {
                       if (!originale.empty() && spostamento.da == originale) {
-                        righe.Fields("DATASCADENZA").SetValue(spostamento.a);
+                        righe.Fields("DATASCADENZA").SetValue(spostamento.NuovaData());
                         righe.Update();
                       }
                     }
@@ -78,8 +82,9 @@ std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, M
                     const std::string scadenza = DataDelCampo(righe, "DATASCADENZA");
                     for (const Spostamento& spostamento : spostamenti) {
                       if (!scadenza.empty() && spostamento.da == scadenza) {
-                        righe.Fields("DATASCADENZA").SetValue(spostamento.a);
-                        righe.Fields("DATASCADENZAORIGINALE").SetValue(spostamento.a);
+                        const std::string nuova = spostamento.NuovaData();
+                        righe.Fields("DATASCADENZA").SetValue(nuova);
+                        righe.Fields("DATASCADENZAORIGINALE").SetValue(nuova);
                         righe.Update();
                         break;
                       }

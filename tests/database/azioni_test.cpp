@@ -150,6 +150,26 @@ TEST_P(Azioni, IGruppiFinisconoAlPrimoConLaSecondaDataInBianco) {
   NienteCambiato();
 }
 
+TEST_P(Azioni, UnaNuovaDataCheNonLoENonSiScriveENullaDellElencoResta) {
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "20060531", "20060801", "1", "20060228", "5/7/06"})), "error");
+  EXPECT_EQ(msg_.Errore, "ERRORE: 13\r\nData non valida: 5/7/06");
+  msg_.Errore.clear();
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060801", "1", "20060430", ""})), "error");
+  EXPECT_EQ(msg_.Errore, "ERRORE: 13\r\nData non valida: ");
+  NienteCambiato();
+}
+
+TEST_P(Azioni, UnaNuovaDataCheNonLoEMaNonServeANessunaRataNonGuasta) {
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "19990101", "", "1", "20060531", "20060801"})), "") << msg_.Errore;
+  CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-08-01' WHERE EVENTOCONTABILEKEY=3");
+}
+
+TEST_P(Azioni, UnaDataCheNonLoENonTrovaLeRateSenzaData) {
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "5/7/06", "20060801"})), "") << msg_.Errore;
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "5/7/06", "20060801"})), "") << msg_.Errore;
+  NienteCambiato();
+}
+
 TEST_P(Azioni, TrentadueGruppiRiempionoLElenco) {
   std::vector<std::string> gruppi;
   for (int i = 0; i < 31; ++i) {
