@@ -260,6 +260,17 @@ TEST_P(Azioni, SenzaLaRigaCentoLaProvaRiesceSenzaScrivere) {
   EXPECT_EQ(Tutto(base_), righe);
 }
 
+TEST_P(Azioni, ConPiuRigheCentoLaProvaRiesceSenzaScrivere) {
+  base_.Esegui("DROP TABLE ERRORE");
+  base_.Esegui("CREATE TABLE ERRORE (ERROREKEY INTEGER NOT NULL, FILEXML VARCHAR(20))");
+  base_.Esegui("INSERT INTO ERRORE VALUES (100,'prima')");
+  base_.Esegui("INSERT INTO ERRORE VALUES (100,'seconda')");
+  const auto righe = base_.Righe("SELECT FILEXML FROM ERRORE ORDER BY FILEXML");
+  EXPECT_EQ(Esegui("-T TEST"), "");
+  EXPECT_EQ(base_.Righe("SELECT FILEXML FROM ERRORE ORDER BY FILEXML"), righe);
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+}
+
 TEST_P(Azioni, LaProvaFallitaDiceDoveNumeroEDescrizione) {
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + base_.Opzioni() + " -DB2SCHEMA manca"), "error");
   ASSERT_THAT(banco_.desktop.box, SizeIs(1));

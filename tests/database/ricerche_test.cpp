@@ -115,6 +115,15 @@ TEST_P(KeySearch, ReportsAnAccountWithoutDescriptionRow) {
   EXPECT_EQ(msg.Errore, "ERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE");
 }
 
+TEST_P(KeySearch, ReportsAnAccountWhoseCodeComesTwice) {
+  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'B07','BANCA DOPPIA','07',NULL,'N')");
+  stato().ComandoCorrente = base.Opzioni();
+  MsgAnnulla msg;
+  EXPECT_EQ(DescrizioneConto("B07", msg), "error");
+  EXPECT_EQ(msg.Errore, "ERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE");
+}
+
 TEST_P(KeySearch, RaisesADatabaseFailureAsItIs) {
   base.Esegui("DROP TABLE AZIENDELINEE");
   EXPECT_NE(Fallimento([&] { return CercaAziendaLinea(connection, "001", " ", " "); }).Numero(), -2147220990);
