@@ -169,6 +169,20 @@ TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
   EXPECT_EQ(quante, 4U);
 }
 
+TEST_P(BankScreenBanks, ThatCouldNotAllBeListedDoNotKeepBackWhatWasConfirmed) {
+  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'b07','BANCA BIS','06',NULL,'N')");
+  banco.desktop.copioni.emplace_back([this](FinestraElenco& aperta) {
+    finestra = &aperta;
+    ScriviData(Riga("04/03/2006"), "010406");
+    finestra->conferma();
+  });
+  VariazioniCanalizzazione variazioni;
+  EXPECT_THROW(schermata.VisualizzaScadenzeBanche("001", SoloCrediti(), variazioni), ErroreRuntime);
+  ASSERT_EQ(variazioni.size(), 1U);
+  EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
+}
+
 TEST_P(BankScreenBanks, GiveTheirCodeWhenChosenInPlace) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("05/03/2006");
@@ -193,8 +207,9 @@ TEST_P(BankScreenBanks, StayNoneByTheBlankEntryOnARowWithout) {
     ScegliBanca(riga, 0);
     EXPECT_EQ(NuovaBanca(riga), "||x");
     ScegliBanca(riga, 1);
+    EXPECT_EQ(NuovaBanca(riga), "BANCA ALFA|B07|x");
     ScegliBanca(riga, 0);
-    EXPECT_EQ(righe.Tag(riga, Schermata::NuovaBanca), "");
+    EXPECT_EQ(NuovaBanca(riga), "||x");
   }));
 }
 

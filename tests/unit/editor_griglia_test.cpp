@@ -209,6 +209,20 @@ TEST_F(BankEditor, GivesWayToTheDateEditor) {
   EXPECT_FALSE(griglia.Stato().banca.visibile);
 }
 
+TEST_F(BankEditor, CommitsOneRowWhenAnotherIsOpened) {
+  griglia.cmbBanche2 = {" "};
+  const auto prima = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
+  const auto seconda = Aggiungi("VERDI", "31/03/2006", "BANCA ALFA");
+  griglia.Resize();
+  Clic(prima, Schermata::NuovaBanca);
+  Clic(seconda, Schermata::NuovaBanca);
+  EXPECT_TRUE(griglia.Stato().banca.visibile);
+  EXPECT_TRUE(griglia.Righe.Spuntata(prima, 1));
+  EXPECT_EQ(griglia.Righe.Testo(prima, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_FALSE(griglia.Righe.Spuntata(seconda, 1));
+  EXPECT_EQ(griglia.Righe.Testo(seconda, Schermata::NuovaBanca), "BANCA ALFA");
+}
+
 TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
   griglia.cmbBanche2 = {" "};
   AggiungiMolte(22);

@@ -296,6 +296,51 @@ TEST_F(GridWindow, StartsEveryShowingAfresh) {
   EXPECT_THAT(InOrdine(), IsEmpty());
 }
 
+TEST_F(GridWindow, TakesNoCheckOfAnEarlierShowingForOneOfItsOwn) {
+  AggiungiMolte(1);
+  griglia.LVScadenze_ItemCheck(0);
+  griglia.Azzera();
+  AggiungiMolte(1);
+  Clic(0, Schermata::NuovaScadenza);
+  EXPECT_TRUE(griglia.Stato().data.visibile);
+}
+
+TEST_F(GridWindow, DescribesItsColumnsAndHeadings) {
+  using Genere = ColonnaElenco::Genere;
+  AggiungiMolte(1);
+  banco.desktop.copioni.emplace_back([](FinestraElenco& finestra) {
+    EXPECT_EQ(finestra.nome, "frmLumoScadenzeBanche");
+    EXPECT_EQ(finestra.nomeLista, "LVScadenzeBanche");
+    EXPECT_EQ(finestra.carattere, "Verdana");
+    EXPECT_EQ(finestra.righeSenzaScorrere, 20);
+    std::vector<std::string> colonne;
+    std::vector<Genere> generi;
+    for (const ColonnaElenco& colonna : finestra.colonne) {
+      colonne.push_back(colonna.chiave + "|" + colonna.intestazione);
+      generi.push_back(colonna.genere);
+    }
+    EXPECT_THAT(colonne, ElementsAre("KConto|Conto", "KPartita|Partita", "KScadenza|Scadenza",
+                                     "KScadenzaOrig|Scad. orig.", "KBanca|Banca", "KImporto|Importo", "KRadio1|",
+                                     "KNuovaScadenza|Nuova Scad", "KNumeroRata1|NumeroRata", "KRadio2|",
+                                     "KNuovaBanca|NuovaBanca", "KScadenzaOrdinaData|ScadenzaOrdinaData"));
+    EXPECT_THAT(generi, ElementsAre(Genere::Testo, Genere::Testo, Genere::Testo, Genere::Testo, Genere::Testo,
+                                    Genere::Importo, Genere::Spunta, Genere::EditorData, Genere::Testo, Genere::Spunta,
+                                    Genere::EditorBanca, Genere::Testo));
+    EXPECT_EQ(finestra.colonne[Schermata::NuovaScadenza].attuale, Schermata::Scadenza);
+    EXPECT_EQ(finestra.colonne[Schermata::NuovaBanca].attuale, Schermata::Banca);
+    std::vector<int> indici;
+    std::vector<bool> ordinano;
+    for (const TestataElenco& testata : finestra.testate) {
+      indici.push_back(testata.indice);
+      ordinano.push_back(testata.ordina);
+    }
+    EXPECT_THAT(indici, ElementsAre(TestataConto, TestataPartita, TestataScadenza, TestataScadOrig, TestataBanca,
+                                    TestataImporto));
+    EXPECT_THAT(ordinano, ElementsAre(true, true, true, false, true, false));
+  });
+  griglia.Mostra();
+}
+
 TEST_F(GridWindow, AsksOnceMoreForTheRowsWheneverTheirOrderChanged) {
   AggiungiMolte(2);
   const auto prima = griglia.Stato().ordine;
