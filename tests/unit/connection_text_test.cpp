@@ -50,6 +50,8 @@ TEST(ConnectionText, KnowsTheShortKeywords) {
 TEST(ConnectionText, LetsTheLastDuplicateWinAcrossSynonyms) {
   EXPECT_EQ(LeggiTestoConnessione("DSN=a;Data Source=b").DataSource, "b");
   EXPECT_EQ(LeggiTestoConnessione("Password=a;PWD=").Password, "");
+  EXPECT_EQ(LeggiTestoConnessione("uid=a;User ID=b").UserId, "b");
+  EXPECT_EQ(LeggiTestoConnessione("Connect Timeout=30;connect timeout=5").ConnectTimeout, 5);
 }
 
 TEST(ConnectionText, ReadsQuotedValuesWithDoubledQuotes) {
