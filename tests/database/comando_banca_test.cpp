@@ -1,3 +1,4 @@
+#include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
@@ -356,6 +357,14 @@ TEST_F(ComandoBanca, LeVariazioniDiUnComandoNonTornanoNelSeguente) {
   Recita([](FinestraElenco& finestra) { finestra.conferma(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_EQ(banco_.host.chiamate.size(), 1U);
+}
+
+TEST_F(ComandoBanca, LaSchermataSiRiusa) {
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  const auto schermata = stato().ScadenzeBanche;
+  ASSERT_NE(schermata, nullptr);
+  EXPECT_EQ(Esegui("/DEBITI"), "closed");
+  EXPECT_EQ(stato().ScadenzeBanche, schermata);
 }
 
 TEST_F(ComandoBanca, LeVariazioniRifiutateNonTornanoNelSeguente) {
