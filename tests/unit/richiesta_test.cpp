@@ -218,6 +218,11 @@ TEST_F(Richiesta, OgniPassoFallitoDiventaUnErroreConNumeroETesto) {
   }
 }
 
+TEST_F(Richiesta, DiUnGuastoSenzaDescrizioneSiLeggeLaSorgente) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::RicercaFallita, "", "CONTO INESISTENTE"); };
+  EXPECT_EQ(Fallisce(CambioScadenza()), "-2147220990 CONTO INESISTENTE");
+}
+
 TEST_F(Richiesta, UnaPuliziaFallitaDiceCheLHostHaGiaAccettato) {
   GuastoA("Cancella");
   EXPECT_EQ(
