@@ -82,6 +82,12 @@ TEST_P(ScadenzarioVero, LaConfermaDellaPartitaMandaLaRichiestaELaRipeteNellaBase
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");
 }
 
+TEST_P(ScadenzarioVero, LaScadenzaAttualeDellElencoSiConfrontaConQuellaOriginaleDelleRate) {
+  NellElenco("31/05/2006", "28/02/2006", "05/07/2006");
+  EXPECT_EQ(ConfermaScad(), "");
+  CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY=3");
+}
+
 TEST_P(ScadenzarioVero, SenzaRigheNellElencoLaConfermaNonMandaNullaQualunqueCosaSiaScrittaNellaFinestra) {
   form.TextScadenza_Change("050706");
   form.PicSelezionaTutto_Click();
