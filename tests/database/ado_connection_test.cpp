@@ -1,8 +1,11 @@
 #include "AdoFixture.hpp"
+#include "platform/ado/Diagnostics.hpp"
+#include "support/Loopback.hpp"
 #include "support/OdbcSqlite.hpp"
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -116,6 +119,45 @@ TEST_P(AdoServer, RaisesWhenTheServerIsLostBeforeACommit) {
   EXPECT_NO_THROW(connection_.Close());
   connection_.Open();
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+}
+
+/// What its driver does alone: it ends a connection that gets no greeting, and tells a long message in many records.
+class AdoPostgres : public Ado {};
+
+INSTANTIATE_TEST_SUITE_P(Databases, AdoPostgres, testing::Values("postgres"));
+
+TEST_P(AdoPostgres, WaitsForASilentServerNoLongerThanTheConnectionTextSays) {
+  const auto silent = prova::Ascolta();
+  ASSERT_TRUE(silent.Aperto());
+  Connection connection;
+  connection.ConnectionString = test::connectionText(test::postgres().addSource("prove", prova::PortaDi(silent)),
+                                                     database_->user, database_->password) +
+                                ";Connect Timeout=2";
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_NE(refusal(connection), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(20));
+}
+
+TEST_P(AdoPostgres, ReportsEveryRecordOfALongMessage) {
+  std::string dotted = "PRIMO";
+  for (int i = 1; i < 200; ++i)
+    dotted += ".NOME" + std::to_string(i);
+  const auto error = failure([&] { connection_.Execute("SELECT " + dotted + ".ULTIMO FROM EVENTI"); });
+  EXPECT_THAT(error.Descrizione(), testing::StartsWith("[42601] ERROR: "));
+  EXPECT_THAT(error.Descrizione(), HasSubstr("primo.nome1"));
+  EXPECT_THAT(error.Descrizione(), HasSubstr("; [42601] "));
+  EXPECT_THAT(error.Descrizione(), HasSubstr(".ultimo"));
+}
+
+TEST(ErrorNumber, IsThatOfTheState) {
+  const std::vector<std::pair<const char*, int>> numbers = {
+      {"28000", -2147217843}, {"42000", -2147217900}, {"37000", -2147217900}, {"42S02", -2147217865},
+      {"23000", -2147217873}, {"23505", -2147217873}, {"HYT00", -2147217871}, {"22018", -2147217913},
+      {"22001", -2147217833}, {"22003", -2147217833}, {"07001", -2147217904}, {"07002", -2147217904}};
+  for (const auto& [state, number] : numbers)
+    EXPECT_EQ(interno::numeroErrore(state), number) << state;
+  for (const char* state : {"HY000", "08S01", "42S22", "42P01", "28P01", "HYT01", "07006", "22007", "IM002", ""})
+    EXPECT_EQ(interno::numeroErrore(state), -2147467259) << state;
 }
 
 /// Settings of a MariaDB data source that change what the driver tells.
