@@ -1,7 +1,10 @@
 #include "AdoFixture.hpp"
+#include "platform/Servizi.hpp"
+#include "platform/ado/RecordsetImpl.hpp"
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -81,6 +84,40 @@ TEST_P(Ado, RefusesAndUndoesAnUpdateOfMoreThanOneRow) {
   rows.Fields("SOSPESA").SetValue("S");
   EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
   EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "0");
+}
+
+TEST_P(Ado, LeavesAValueThatTheServerCannotCompareOutOfTheCondition) {
+  std::vector<std::string> sent;
+  Servizi services = servizi();
+  services.istruzioneInviata = [&](std::string_view text) { sent.emplace_back(text); };
+  for (const char* key : {"1", "2"}) { // an empty text and NULL
+    Recordset rows = editable(connection_, std::string("CHIAVE=") + key, "CHIAVE,SOSPESA,NOTE");
+    EXPECT_EQ(rows.impl().comparable[2], quirks().comparesLongTexts);
+    rows.impl().comparable[2] = false;
+    rows.Fields("NOTE").SetValue("scritta");
+    rows.Fields("SOSPESA").SetValue("S");
+    const ServiziSostituiti replaced(services);
+    rows.Update();
+  }
+  EXPECT_THAT(sent, testing::ElementsAre("UPDATE EVENTI SET SOSPESA=?,NOTE=? WHERE CHIAVE=? AND SOSPESA=?",
+                                         "UPDATE EVENTI SET SOSPESA=?,NOTE=? WHERE CHIAVE=? AND SOSPESA=? AND NOTE IS "
+                                         "NULL"));
+  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "2");
+}
+
+TEST(LongColumns, AreNotComparedOnDb2Alone) {
+  constexpr SQLSMALLINT clobOfDb2 = -99;
+  constexpr std::array<SQLSMALLINT, 3> longTypes{SQL_LONGVARCHAR, SQL_WLONGVARCHAR, clobOfDb2};
+  constexpr std::array<SQLSMALLINT, 5> shortTypes{SQL_CHAR, SQL_VARCHAR, SQL_TYPE_DATE, SQL_DECIMAL, SQL_INTEGER};
+  for (const SQLSMALLINT type : longTypes) {
+    const interno::ColumnInfo column{.name = "NOTE", .type = type};
+    for (const char* server : {"PostgreSQL", "MariaDB", "SQLite", "altro"})
+      EXPECT_TRUE(interno::isComparable(column, interno::dialectOf(server))) << server << " " << type;
+    for (const char* server : {"DB2", "DB2/LINUXX8664", "DB2 UDB for AS/400"})
+      EXPECT_FALSE(interno::isComparable(column, interno::dialectOf(server))) << server << " " << type;
+  }
+  for (const SQLSMALLINT type : shortTypes)
+    EXPECT_TRUE(interno::isComparable({.name = "SOSPESA", .type = type}, interno::dialectOf("DB2/LINUXX8664")));
 }
 
 TEST_P(Ado, RefusesToLeaveARowWithChangesNotSent) {

@@ -104,6 +104,14 @@ TEST_P(Quirk, TablesAreFoundByTheirCaseOrNot) {
     EXPECT_EQ(connection_.Execute("DELETE FROM strani"), 0);
 }
 
+TEST_P(Quirk, ALongTextIsComparedOrNot) {
+  const auto compared = [this] { return query("SELECT CHIAVE FROM EVENTI WHERE NOTE=?", {"nota; con 'apici'"}); };
+  if (quirks().comparesLongTexts)
+    EXPECT_EQ(compared().RecordCount(), 1U);
+  else
+    EXPECT_NE(failure(compared).Numero(), 0);
+}
+
 TEST_P(Quirk, ATableMadeInATransactionGoesWithItOrStays) {
   connection_.BeginTrans();
   connection_.Execute("CREATE TABLE NUOVA (CHIAVE INTEGER NOT NULL)");

@@ -43,6 +43,7 @@ struct Quirks {
   bool lowersNames = false;         ///< column names come back in lower case
   bool tableNamesByCase = false;    ///< a table is found by its name as it was created alone
   bool rollsBackTables = true;      ///< CREATE TABLE belongs to the transaction
+  bool comparesLongTexts = true;    ///< "=" takes a column of long texts
   int missingTable = 0;             ///< the error numbers, by the driver's SQLSTATE
   int missingColumn = 0;
   int syntax = 0;

@@ -84,6 +84,7 @@ std::unique_ptr<TestDatabase> Db2Context::create(const std::string& script) {
 const Quirks& Db2Context::quirks() const noexcept {
   static const Quirks all{.fixedText = FixedText::Padded,
                           .lengthsInBytes = true,
+                          .comparesLongTexts = false,
                           .missingTable = -2147217865,
                           .missingColumn = -2147467259,
                           .syntax = -2147217900,

@@ -138,7 +138,8 @@ class Recordset {
   /// Value of the current row in the column at `indice`; nothing for NULL.
   [[nodiscard]] std::optional<std::string_view> Valore(std::size_t indice) const;
   /// Sends the changed fields of the current row: an UPDATE by key whose WHERE also carries the original values
-  /// of the changed columns. Error -2147217864 when it does not match exactly one row.
+  /// of the changed columns (not those of long columns where the server compares none). Error -2147217864 when it does
+  /// not match exactly one row.
   void Update();
   void Close();
 

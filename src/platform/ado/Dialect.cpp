@@ -28,13 +28,15 @@ constexpr std::string_view openingOfMariaDb =
     "tx_isolation='READ-COMMITTED', max_statement_time=";
 
 constexpr std::array<Dialect, 4> dialects{{
-    {"PostgreSQL", "SELECT pg_backend_pid()", ""},
-    {"MariaDB", connectionId, openingOfMariaDb},
-    {"MySQL", connectionId, ""},
+    {"PostgreSQL", "SELECT pg_backend_pid()", "", true},
+    {"MariaDB", connectionId, openingOfMariaDb, true},
+    {"MySQL", connectionId, "", true},
     // The members of the family share no function that names the connection; that it answers is known all the same.
-    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", ""},
+    // "=" takes no LOB on either side
+    // (https://www.ibm.com/docs/SSEPEK_13.0.0/sqlref/src/tpc/db2z_lobrestrictions.html).
+    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false},
 }};
-constexpr Dialect unknown{"", "", ""};
+constexpr Dialect unknown{"", "", "", true};
 
 constexpr int defaultLimit = 60;
 constexpr int oneDay = 86400;

@@ -10,6 +10,7 @@ struct Dialect {
   std::string_view name;          ///< how the server's own name (SQL_DBMS_NAME) begins
   std::string_view serverSession; ///< query of the identity of the server's side of the connection; may be empty
   std::string_view opening;       ///< first statement of a connection, seconds a statement to be appended; may be empty
+  bool comparesLongTexts;         ///< a column of long texts may be compared with a value
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.

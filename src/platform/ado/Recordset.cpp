@@ -28,8 +28,10 @@ void Recordset::Impl::fill(interno::Outcome outcome, const std::shared_ptr<inter
   clear();
   if (outcome.columns.empty())
     return;
-  for (auto& column : outcome.columns)
+  for (auto& column : outcome.columns) {
+    comparable.push_back(interno::isComparable(column, from->dialect()));
     names.push_back(std::move(column.name));
+  }
   rows = std::move(outcome.rows);
   session = from;
   open = true;

@@ -13,6 +13,7 @@ namespace lumoscad::ado {
 struct Recordset::Impl {
   bool open = false;
   std::vector<std::string> names; ///< as the driver gives them
+  std::vector<bool> comparable;   ///< whether the column may stand in a WHERE, by column
   interno::RowStore rows;
   std::size_t current = 0;
   std::weak_ptr<interno::Session> session;

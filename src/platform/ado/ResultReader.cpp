@@ -14,6 +14,10 @@ constexpr SQLULEN longestBound = 4096;       ///< characters; longer columns are
 constexpr std::size_t blockBytes = 1U << 20; ///< all bound buffers together
 constexpr std::size_t mostRows = 1024;       ///< rows of one block
 constexpr std::size_t firstPiece = 8192;     ///< bytes asked first of a value read piece by piece
+/// Types of long values: the standard's, and DB2's own LONGVARGRAPHIC, BLOB, CLOB, DBCLOB and XML, in this order (the
+/// last four: https://www.ibm.com/docs/en/db2/11.5.x?topic=keywords-xmldefaultdescribemapping).
+constexpr std::array<SQLSMALLINT, 8> longTypes{
+    SQL_LONGVARCHAR, SQL_WLONGVARCHAR, SQL_LONGVARBINARY, -97, -98, -99, -350, -370};
 constexpr const char* readingFailed = "Lettura dalla base dati non riuscita.";
 
 using Cells = std::vector<std::optional<std::string_view>>;
@@ -166,6 +170,10 @@ bool readWhole(const Statement& statement, SQLUSMALLINT column, std::string& who
 }
 
 } // namespace
+
+bool isComparable(const ColumnInfo& column, const Dialect& dialect) noexcept {
+  return dialect.comparesLongTexts || std::find(longTypes.begin(), longTypes.end(), column.type) == longTypes.end();
+}
 
 std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT count) {
   std::vector<ColumnInfo> columns(static_cast<std::size_t>(count));

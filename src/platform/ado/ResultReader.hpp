@@ -15,6 +15,9 @@ struct ColumnInfo {
   std::size_t buffer = 0; ///< bytes of a bound value with its terminator; 0 where it is read piece by piece
 };
 
+/// Whether a column's value may stand in a comparison on a server that speaks `dialect`.
+[[nodiscard]] bool isComparable(const ColumnInfo& column, const Dialect& dialect) noexcept;
+
 [[nodiscard]] std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT count);
 
 /// Reads all rows by block fetch into bound columns. False when a value was longer than the driver had announced:

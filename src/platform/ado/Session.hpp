@@ -31,6 +31,7 @@ class Session {
   [[nodiscard]] SQLULEN timeLimit() const noexcept { return timeLimit_; }
   [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
   [[nodiscard]] bool describesParameters() const noexcept { return describesParameters_; }
+  [[nodiscard]] const Dialect& dialect() const noexcept { return *dialect_; }
   [[nodiscard]] const std::string& password() const noexcept { return password_; }
   [[nodiscard]] SQLHANDLE handle() const noexcept { return connection_.get(); }
 

@@ -32,8 +32,10 @@ Sql condition(const Recordset::Impl& set, std::string_view key) {
   sql.text = " WHERE " + columnName(set.names[set.keyColumn]) + "=?";
   sql.parameters.emplace_back(key);
   for (const auto& [column, unused] : set.pending) {
-    sql.text += " AND " + columnName(set.names[column]);
     const auto original = set.rows.cell(set.current, column);
+    if (original && !set.comparable[column])
+      continue;
+    sql.text += " AND " + columnName(set.names[column]);
     sql.text += original ? "=?" : " IS NULL";
     if (original)
       sql.parameters.emplace_back(*original);
