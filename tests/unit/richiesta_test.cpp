@@ -162,8 +162,10 @@ TEST_F(Richiesta, OgniVariazioneHaLaSuaRigaNellOrdineDato) {
 
 TEST_F(Richiesta, UnSeparatoreInUnCampoFermaLaRichiestaPrimaDellHost) {
   VariazioneCanalizzazione v = CambioScadenza();
-  v.NumeroPartita = "15,16";
-  EXPECT_THAT(Fallisce(v), StartsWith("13 "));
+  for (const char* partita : {"15,16", "15\r16", "15\n16"}) {
+    v.NumeroPartita = partita;
+    EXPECT_THAT(Fallisce(v), StartsWith("13 ")) << partita;
+  }
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   EXPECT_TRUE(NienteInLocale());
 }
