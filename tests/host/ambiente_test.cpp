@@ -50,10 +50,14 @@ TEST_F(AmbienteDelCollegamento, WorkstationDefaultsToTheMachine) {
 }
 
 TEST_F(AmbienteDelCollegamento, RefusesAWorkstationThatCannotBePartOfAFileName) {
-  for (const auto* postazione : {"../T01", "T\n01", "  ", "T\\01"}) {
+  const std::string lunga(100, 'T');
+  for (const std::string& postazione :
+       {std::string("../T01"), std::string("T\n01"), std::string("  "), std::string("T\\01"), lunga + "T"}) {
     variabili.Imposta("NEXARO_POSTAZIONE", postazione);
     EXPECT_THAT(Rifiuto(), HasSubstr("NEXARO_POSTAZIONE")) << postazione;
   }
+  variabili.Imposta("NEXARO_POSTAZIONE", lunga);
+  EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, lunga);
 }
 
 TEST_F(AmbienteDelCollegamento, CreatesAPrivateDirectoryOfTheUser) {
@@ -77,10 +81,18 @@ TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryThatIsASymbolicLink) {
   EXPECT_THAT(Rifiuto(), HasSubstr("collegamento simbolico"));
 }
 
+TEST_F(AmbienteDelCollegamento, PassesOverARelativeRuntimeDirectory) {
+  variabili.Imposta("XDG_RUNTIME_DIR", "relativa");
+  variabili.Imposta("TMPDIR", cartella.Percorso());
+  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
+}
+
 TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryOpenToOthers) {
   std::filesystem::create_directory(cartella / "lumoscad");
-  std::filesystem::permissions(cartella / "lumoscad", std::filesystem::perms(0750));
-  EXPECT_THAT(Rifiuto(), HasSubstr("accessibile ad altri"));
+  for (const auto modo : {0740, 0720, 0710, 0704, 0702, 0701}) {
+    std::filesystem::permissions(cartella / "lumoscad", std::filesystem::perms(modo));
+    EXPECT_THAT(Rifiuto(), HasSubstr("accessibile ad altri")) << modo;
+  }
 }
 
 TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryThatIsAFile) {
