@@ -1,5 +1,6 @@
 #include "FinestraFinta.hpp"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
@@ -133,6 +134,27 @@ TEST(EditorCella, OpeningTheBankListDoesNotCountAsLeavingTheEditor) {
     combo.hidePopup();
     QTest::qWait(50);
     EXPECT_TRUE(combo.isVisible());
+  });
+}
+
+TEST(EditorCella, TheChosenEntryOfAnOpenBankListStandsOut) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    for (const char* nome : {"cmbBanche", "cmbBanche2"}) {
+      Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
+      auto& combo = Trova<QComboBox>(finestra, nome);
+      combo.setCurrentIndex(2);
+      combo.showPopup();
+      QAbstractItemView& voci = *combo.view();
+      ASSERT_TRUE(QTest::qWaitForWindowExposed(voci.window()));
+      const auto fondo = [&voci](int voce) {
+        const QRect riga = voci.visualRect(voci.model()->index(voce, 0));
+        return voci.grab().toImage().pixelColor(
+            voci.viewport()->mapToParent(QPoint(riga.right() - 8, riga.center().y())));
+      };
+      EXPECT_LT(fondo(2).lightness() + 100, fondo(1).lightness()) << nome;
+      combo.hidePopup();
+    }
   });
 }
 

@@ -47,6 +47,7 @@ QString FoglioDiStile() {
                         "QComboBox { background-color: #FFFFFF; color: #1E2A36; }"
                         "QComboBox QAbstractItemView { background: #FFFFFF; color: #1E2A36;"
                         " selection-background-color: #1F629B; selection-color: #FFFFFF; }"
+                        "QComboBox QAbstractItemView::item { min-height: 20px; }"
                         "QFrame#RigaScura { background: #2C4257; }"
                         "QFrame#RigaSepara { background: #D5DEE7; }"
                         "QFrame#PicScrollVerticale, QFrame#PicScrollOrizzontale { background: #E6EDF4; }"

@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStyle>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
 namespace lumoscad::qt {
@@ -61,6 +62,8 @@ QComboBox* Elenco(const QString& nome, const std::vector<std::string>& voci, QWi
   combo->setObjectName(nome);
   // Sized by a fixed number of characters: measuring every entry would read them all.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  // The style's own delegate draws menu entries, whose chosen one a style sheet leaves without a colour.
+  combo->setItemDelegate(new QStyledItemDelegate(combo));
   combo->setMinimumContentsLength(12);
   combo->setMaxVisibleItems(14);
   QStringList testi;
