@@ -57,14 +57,14 @@ QString FoglioDiStile() {
                         " background: #FFFFFF; }"
                         "QLineEdit#TextScadenza:focus { border: 1px solid #1F629B; }"
                         "QPushButton { border: 1px solid #B4C1CE; border-radius: 4px; padding: 6px 18px;"
-                        " background: #FFFFFF; color: #1E2A36; }"
+                        " background: #FFFFFF; color: #1E2A36; outline: none; }"
                         "QPushButton:hover { background: #EEF4F9; }"
                         "QPushButton:pressed { background: #D8E4EF; }"
                         "QPushButton:focus { border: 2px solid #1F629B; padding: 5px 17px; }"
                         "QPushButton#PictureOk { background: #1F629B; border-color: #1F629B; color: #FFFFFF; }"
                         "QPushButton#PictureOk:hover { background: #2A73B0; }"
                         "QPushButton#PictureOk:pressed { background: #174F80; }"
-                        "QPushButton#PictureOk:focus { border: 2px solid #0F3454; }");
+                        "QPushButton#PictureOk:focus { border: 2px solid #0A1A2B; background: #174F80; }");
 }
 
 } // namespace
