@@ -50,7 +50,7 @@ std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& r
   MsgAnnulla* const messaggio = stato().Risposta.get();
   // Asked before the reply actions, whose own failure comes after the host's yes.
   const std::string rifiuto =
-      messaggio != nullptr && MaggioreDiSpazio(messaggio->Errore) ? messaggio->Errore : std::string();
+      messaggio != nullptr && !SenzaSpaziAiLati(messaggio->Errore).empty() ? messaggio->Errore : std::string();
   std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, messaggio);
   TogliRichiesta(host, richiesta, rifiuto);
   desktop.ImpostaPuntatore(Puntatore::Predefinito);

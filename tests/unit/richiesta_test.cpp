@@ -234,6 +234,9 @@ TEST_F(Richiesta, UnaPuliziaFallitaDiceCheLHostHaGiaAccettato) {
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella L'host ha rifiutato la richiesta: no")
       << "il rifiuto non va perduto";
+  banco_.host.risposta = "<R><ERRORE><![CDATA[\n]]></ERRORE></R>";
+  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella L'host ha rifiutato la richiesta: \n")
+      << "le azioni lo prendono per un rifiuto";
 }
 
 TEST_F(Richiesta, UnaChiamataInterrottaLasciaIFileSullHost) {
