@@ -67,7 +67,9 @@ void Racconta() noexcept {
       MostraMessaggio(testo, "");
     } catch (...) {
       ScriviErrore(std::to_string(errore.Numero()) + " " + errore.Testo());
-      ScriviErrore(ErroreCorrente().Testo());
+      if (const std::string perche = ErroreCorrente().Testo(); perche != errore.Testo()) {
+        ScriviErrore(perche);
+      }
     }
   } catch (...) { // NOLINT(bugprone-empty-catch): not even memory for the text is left; the result says it
   }

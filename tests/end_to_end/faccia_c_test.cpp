@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -42,6 +43,22 @@ TEST_F(FacciaC, WithoutABufferOnlyTheLengthIsTold) {
   EXPECT_EQ(lumoscad_esegui("-T", nullptr, 8), 5U);
   EXPECT_EQ(lumoscad_esegui("-T", risultato.data(), 0), 5U);
   EXPECT_EQ(risultato[0], '?');
+}
+
+TEST_F(FacciaC, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
+  const auto volte = [](std::string_view comando, std::string_view testo) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(lumoscad_esegui(std::string(comando).c_str(), nullptr, 0), 5U);
+    const std::string scritto = testing::internal::GetCapturedStderr();
+    int quante = 0;
+    for (auto dove = scritto.find(testo); dove != std::string::npos; dove = scritto.find(testo, dove + 1)) {
+      ++quante;
+    }
+    return quante;
+  };
+  EXPECT_EQ(volte("-T", "manca il valore di -T"), 1);
+  EXPECT_EQ(volte("-T", "nessuno schermo raggiungibile"), 1) << "why it stands there and not in a box";
+  EXPECT_EQ(volte("-T SOSPESO /A -DEMO", "nessuno schermo raggiungibile"), 1);
 }
 
 TEST_F(FacciaC, ANullCommandIsAnEmptyLine) {
