@@ -208,6 +208,20 @@ TEST(FinestraElenco, TheTopFieldsReportClicksTextsAndChoices) {
   });
 }
 
+TEST(FinestraElenco, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
+  FinestraFinta finta(30);
+  finta.stato.testoScadenza = "01/02/2006";
+  Esegui(finta, [&](QDialog& finestra) {
+    auto& data = Trova<QLineEdit>(finestra, "TextScadenza");
+    QTest::mouseClick(&data, Qt::LeftButton);
+    EXPECT_EQ(data.selectedText(), "01/02/2006");
+    QTest::keyClicks(&data, "15");
+    EXPECT_EQ(finta.stato.testoScadenza, "15");
+    QTest::mouseClick(&data, Qt::LeftButton);
+    EXPECT_FALSE(data.hasSelectedText()) << "a further click places the cursor";
+  });
+}
+
 TEST(FinestraElenco, ANormalisedDateOfTheScreenIsShownInTheTopField) {
   FinestraFinta finta(30);
   const auto clic = finta.finestra.clic;

@@ -209,6 +209,18 @@ bool FinestraModaleQt::HaLasciatoIlCampo(const QFocusEvent& evento) {
          evento.reason() != Qt::MenuBarFocusReason;
 }
 
+bool FinestraModaleQt::eventFilter(QObject* oggetto, QEvent* evento) {
+  if (oggetto == parti_.TextScadenza && evento->type() == QEvent::FocusIn) {
+    entratoConClic_ = static_cast<const QFocusEvent&>(*evento).reason() == Qt::MouseFocusReason;
+  }
+  // A click into the field selects the date as Tab does, so that the next one replaces it.
+  if (oggetto == parti_.TextScadenza && evento->type() == QEvent::MouseButtonRelease &&
+      std::exchange(entratoConClic_, false) && !parti_.TextScadenza->hasSelectedText()) {
+    parti_.TextScadenza->selectAll();
+  }
+  return QDialog::eventFilter(oggetto, evento);
+}
+
 void FinestraModaleQt::closeEvent(QCloseEvent* evento) {
   if (chiusa_) {
     evento->accept();

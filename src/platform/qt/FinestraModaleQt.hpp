@@ -57,6 +57,7 @@ class FinestraModaleQt : public QDialog {
   /// True when the person left the field; false when the focus went to a list or a menu, or the window lost it.
   [[nodiscard]] static bool HaLasciatoIlCampo(const QFocusEvent& evento);
 
+  bool eventFilter(QObject* oggetto, QEvent* evento) override;
   void closeEvent(QCloseEvent* evento) override;
   void showEvent(QShowEvent* evento) override;
   void resizeEvent(QResizeEvent* evento) override;
@@ -83,6 +84,7 @@ class FinestraModaleQt : public QDialog {
   bool inGesto_ = false;
   bool sincronizza_ = false;
   bool chiusa_ = false;
+  bool entratoConClic_ = false; ///< the click that gave the date field at the top the focus is still held
   std::exception_ptr errore_;
 };
 
