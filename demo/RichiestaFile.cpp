@@ -60,21 +60,6 @@ std::string DataFacoltativa(std::string_view testo) {
   return GiornoReale(testo.substr(0, 4), testo.substr(4, 2), testo.substr(6)) ? "" : "è una data inesistente";
 }
 
-/// Day/month/year as a person writes it; the year has four digits or two of this century.
-std::string DataScritta(std::string_view testo) {
-  const auto parti = Dividi(testo, '/');
-  const auto cifre = [&parti](std::size_t parte) { return SoloCifre(parti[parte]) && parti[parte].size() <= 2; };
-  if (parti.size() != 3 || !cifre(0) || !cifre(1) || !(cifre(2) || (parti[2].size() == 4 && SoloCifre(parti[2])))) {
-    return "non è una data giorno/mese/anno";
-  }
-  const auto anno = std::string(parti[2].size() == 4 ? "" : "20") + std::string(parti[2].size() == 1 ? "0" : "");
-  return GiornoReale(anno + std::string(parti[2]), parti[1], parti[0]) ? "" : "è una data inesistente";
-}
-
-std::string DataScrittaFacoltativa(std::string_view testo) {
-  return testo.find_first_not_of(' ') == std::string_view::npos ? "" : DataScritta(testo);
-}
-
 std::string BancaFacoltativa(std::string_view testo) {
   if (testo.empty() || testo == nessuno) {
     return "";
@@ -155,8 +140,8 @@ constexpr std::array<Campo, 7> campiConsegna{{{"CodiceConto", Obbligatorio},
 
 constexpr std::array<Campo, 4> campiScadenze{{{"CodiceConto", Obbligatorio},
                                               {"NumeroPartita", Obbligatorio},
-                                              {"ScadenzaOriginale", DataScrittaFacoltativa},
-                                              {"NuovaScadenza", DataScritta}}};
+                                              {"ScadenzaOriginale", DataONessuna},
+                                              {"NuovaScadenza", DataObbligatoria}}};
 
 std::string Riga(std::size_t numero) {
   return "Riga " + std::to_string(numero);

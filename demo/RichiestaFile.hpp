@@ -31,7 +31,7 @@ class Rifiuto final : public std::runtime_error {
 [[nodiscard]] std::size_t ControllaConsegna(std::string_view contenuto, const std::set<std::string>& contiBloccati);
 
 /// The same for a due-date request file, whose lines have four fields: account, item, original and new due date, the
-/// dates as day/month/year.
+/// dates in eight digits, "00000000" for no original one.
 [[nodiscard]] std::size_t ControllaScadenze(std::string_view contenuto, const std::set<std::string>& contiBloccati);
 
 } // namespace lumoscad::demo

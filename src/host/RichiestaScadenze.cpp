@@ -46,10 +46,11 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
     if (!MaggioreDiSpazio(riga.nuovaScadenza)) {
       continue;
     }
-    contenuto += RigaRichiesta({riga.conto, riga.partita, riga.scadenzaOrig, riga.nuovaScadenza});
+    const std::string nuova = Utilities::DataPerHost(riga.nuovaScadenza);
+    contenuto += RigaRichiesta({riga.conto, riga.partita, Utilities::DataPerHost(riga.scadenzaOrig), nuova});
     Scrivi(database, k + 1, "1");
     Scrivi(database, k + 2, Utilities::DataPerHost(riga.scadenza));
-    Scrivi(database, k + 3, Utilities::DataPerHost(riga.nuovaScadenza));
+    Scrivi(database, k + 3, nuova);
     k += 3;
   }
   ScriviFileLocale(nomi.locale, contenuto);

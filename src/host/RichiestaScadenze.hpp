@@ -15,8 +15,10 @@ struct RigaScadenze {
 };
 
 /// Sends the new due dates of a grid to the host as a "SCRIVISCADENZE" request and returns the reply actions' result;
-/// "" without a call when no row has a new due date. The database list holds 32 rows: one more is error 9. What fails
-/// is raised. The local file stays where it is.
+/// "" without a call when no row has a new due date. Dates travel in eight digits, a missing one as "00000000". The
+/// database list holds 32 rows: one more is error 9. What fails is raised. The local file stays where it is.
+/// The reply is an item (`stato().RispostaPartita`), which has no room for a refusal: a host that refuses must end its
+/// program with a status other than 0, or the database is changed all the same.
 [[nodiscard]] std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe);
 
 } // namespace lumoscad

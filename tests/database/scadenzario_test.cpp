@@ -76,7 +76,7 @@ TEST_P(ScadenzarioVero, LaConfermaDellaPartitaMandaLaRichiestaELaRipeteNellaBase
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   NellElenco("30/04/2006", "30/04/2006", "");
   EXPECT_EQ(ConfermaScad(), "");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,AB   123,28/02/2006,05/07/2006\r\n"));
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,AB   123,20060228,20060705\r\n"));
   ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
   EXPECT_EQ(banco_.host.chiamate[0][1], "SCRIVISCADENZE");
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");

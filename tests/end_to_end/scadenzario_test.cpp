@@ -140,8 +140,8 @@ TEST_F(ScadenzarioIntero, TheDatesTypedInTheWindowGoToTheHostAndIntoTheDatabase)
   EXPECT_THAT(box, IsEmpty()) << "the answer to this request is an item, not a message";
   EXPECT_THAT(Chiamata(), StartsWith("ACCETTATA\tVariate 2 scadenze\t101\t01\tSCRIVISCADENZE\tBANCA\tT01\t/tmp/" +
                                      std::string(Nome) + ".dos\t"));
-  EXPECT_THAT(Chiamata(), testing::EndsWith("\t20100001,AB   123,31/03/2006,15/06/2006\\r\\n"
-                                            "20100001,AB   123,30/04/2006,20/07/2006\\r\\n\n"));
+  EXPECT_THAT(Chiamata(), testing::EndsWith("\t20100001,AB   123,20060331,20060615\\r\\n"
+                                            "20100001,AB   123,20060430,20060720\\r\\n\n"));
   EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
   EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
 }
@@ -155,7 +155,7 @@ TEST_F(ScadenzarioIntero, TheTopDateGoesToTheTickedRowAlone) {
     Premi(finestra, "PictureOk");
   });
   EXPECT_EQ(form.VisualizzaScad(), "");
-  EXPECT_THAT(Chiamata(), testing::EndsWith("\t20100001,AB   123,30/04/2006,30/09/2006\\r\\n\n"));
+  EXPECT_THAT(Chiamata(), testing::EndsWith("\t20100001,AB   123,20060430,20060930\\r\\n\n"));
   EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
 }
 

@@ -199,15 +199,15 @@ void Scadenze(std::string_view testo) {
     righe.push_back({c[0], c[1], c[2], c[3], c[4]});
     if (MaggioreDiSpazio(c[4])) {
       spediti.push_back(c);
-      dateLeggibili = dateLeggibili && DataDelFile(c[2], false) && DataDelFile(c[4], false);
+      dateLeggibili = dateLeggibili && DataDelFile(c[2], false);
     }
   }
   auto atteso = Atteso(spediti, [](const Campi& c, Campi& riga) {
-    riga = {c[0], c[1], c[3], c[4]};
-    return true;
+    riga = {c[0], c[1]};
+    return ConDate(riga, {{&c[3], false}, {&c[4], false}});
   });
-  // The database list takes the two dates in eight digits, without a word for none.
-  const auto nessuna = [](const Campi& c) { return c[2] == Nullo || c[4] == Nullo; };
+  // The dates of a row travel in eight digits, without a word for none.
+  const auto nessuna = [](const Campi& c) { return c[2] == Nullo || c[3] == Nullo || c[4] == Nullo; };
   if (!dateLeggibili || spediti.size() > MassimoRighe || std::any_of(spediti.begin(), spediti.end(), nessuna)) {
     atteso.reset();
   }

@@ -126,16 +126,18 @@ TEST_F(RetroVB0001, RefusesWhatIsWrongInTheRequestsOfParametersOnly) {
 }
 
 TEST_F(RetroVB0001, TakesAndRefusesNewDueDates) {
-  const std::string scadenza = "C10,AB   123,28/02/2006,5/4/06\r\n";
+  const std::string scadenza = "C10,AB   123,20060228,20060405\r\n";
   EXPECT_EQ(Testo("MESSAGGIO", scadenza, Scadenze()), "Variata 1 scadenza");
-  EXPECT_EQ(Testo("MESSAGGIO", scadenza + "C10,AB   123,,31/12/2006\r\n", Scadenze()), "Variate 2 scadenze");
+  EXPECT_EQ(Testo("MESSAGGIO", scadenza + "C10,AB   123,00000000,20061231\r\n", Scadenze()), "Variate 2 scadenze");
   const auto rifiuto = [&](const std::string& seconda) { return Testo("ERRORE", scadenza + seconda, Scadenze()); };
-  EXPECT_EQ(rifiuto("BLOCCATO,A 1,,31/12/2006\r\n"), "Riga 2, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
-  EXPECT_EQ(rifiuto("C10,A 1,,\r\n"), "Riga 2, campo 4 (NuovaScadenza): «» non è una data giorno/mese/anno.");
-  EXPECT_EQ(rifiuto("C10,A 1,,31/6/06\r\n"), "Riga 2, campo 4 (NuovaScadenza): «31/6/06» è una data inesistente.");
-  EXPECT_EQ(rifiuto("C10,A 1,20060228,1/6/06\r\n"),
-            "Riga 2, campo 3 (ScadenzaOriginale): «20060228» non è una data giorno/mese/anno.");
-  EXPECT_EQ(rifiuto("C10,A 1,1/6/06\r\n"), "Riga 2: 3 campi invece di 4.");
+  EXPECT_EQ(rifiuto("BLOCCATO,A 1,00000000,20061231\r\n"),
+            "Riga 2, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
+  EXPECT_EQ(rifiuto("C10,A 1,00000000,00000000\r\n"), "Riga 2, campo 4 (NuovaScadenza): «00000000» manca.");
+  EXPECT_EQ(rifiuto("C10,A 1,00000000,20060631\r\n"),
+            "Riga 2, campo 4 (NuovaScadenza): «20060631» è una data inesistente.");
+  EXPECT_EQ(rifiuto("C10,A 1,28/02/2006,20060601\r\n"),
+            "Riga 2, campo 3 (ScadenzaOriginale): «28/02/2006» non è una data di otto cifre.");
+  EXPECT_EQ(rifiuto("C10,A 1,20060601\r\n"), "Riga 2: 3 campi invece di 4.");
   auto corta = Scadenze();
   corta.pop_back();
   EXPECT_EQ(Testo("ERRORE", scadenza, corta), "La richiesta SCRIVISCADENZE ha 100 parametri invece di 101.");

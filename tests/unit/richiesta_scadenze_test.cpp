@@ -55,17 +55,17 @@ std::string Leggi(const std::string& percorso) {
 
 } // namespace
 
-TEST_F(RichiestaScadenzeTest, LaRigaPortaContoPartitaOriginaleENuovaScadenzaComeSonoScritti) {
+TEST_F(RichiestaScadenzeTest, LaRigaPortaContoPartitaOriginaleENuovaScadenzaInOttoCifre) {
   EXPECT_EQ(Invia({Prima, Seconda}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,28/02/2006,5/4/06\r\n"
-                                               "C10,2006   15,31/03/2006,10/05/2006\r\n"));
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"
+                                               "C10,2006   15,20060331,20060510\r\n"));
 }
 
 TEST_F(RichiestaScadenzeTest, LeRigheSenzaNuovaScadenzaNonViaggiano) {
   RigaScadenze inBianco = SenzaNuova;
   inBianco.nuovaScadenza = "  ";
   EXPECT_EQ(Invia({SenzaNuova, Prima, inBianco}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,28/02/2006,5/4/06\r\n"));
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"));
 }
 
 TEST_F(RichiestaScadenzeTest, LaRichiestaHaCentounoParametri) {
@@ -93,7 +93,7 @@ TEST_F(RichiestaScadenzeTest, LeOperazioniSonoInQuestOrdine) {
 
 TEST_F(RichiestaScadenzeTest, IlFileLocaleResta) {
   EXPECT_EQ(Invia({Prima}), "error");
-  EXPECT_EQ(Leggi(FileLocale()), "C10,2006   15,28/02/2006,5/4/06\r\n");
+  EXPECT_EQ(Leggi(FileLocale()), "C10,2006   15,20060228,20060405\r\n");
 }
 
 TEST_F(RichiestaScadenzeTest, SenzaNuoveScadenzeLHostNonEContattato) {
@@ -109,7 +109,7 @@ TEST_F(RichiestaScadenzeTest, TrentadueRigheCiStanno) {
   const std::vector<RigaScadenze> righe(32, Prima);
   EXPECT_EQ(Invia(righe), "error");
   ASSERT_THAT(banco_.host.inviati, SizeIs(1));
-  EXPECT_EQ(banco_.host.inviati[0].size(), 32 * std::string("C10,2006   15,28/02/2006,5/4/06\r\n").size());
+  EXPECT_EQ(banco_.host.inviati[0].size(), 32 * std::string("C10,2006   15,20060228,20060405\r\n").size());
 }
 
 TEST_F(RichiestaScadenzeTest, LaTrentatreesimaEUnErroreDiIndice) {
@@ -129,6 +129,13 @@ TEST_F(RichiestaScadenzeTest, UnaDataCheNonSiDivideFermaLaRichiestaPrimaDellHost
   riga.nuovaScadenza = "050406";
   EXPECT_EQ(Fallisce({riga}), 9);
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
+TEST_F(RichiestaScadenzeTest, UnaScadenzaOriginaleMancanteSonoOttoZeri) {
+  RigaScadenze riga = Prima;
+  riga.scadenzaOrig = "";
+  EXPECT_EQ(Invia({riga}), "error");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,00000000,20060405\r\n"));
 }
 
 TEST_F(RichiestaScadenzeTest, UnSeparatoreInUnCampoFermaLaRichiestaPrimaDellHost) {
