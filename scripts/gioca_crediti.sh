@@ -10,7 +10,7 @@ programma=$2
 # shellcheck source=scripts/gesti.sh
 . "$(dirname -- "$0")/gesti.sh"
 
-finestra=$(aspetta_finestra "LumoScad - Scadenze e banche")
+finestra=$(aspetta_finestra "LumoScad - Scadenze e banche dei clienti")
 sleep 1
 # From the list back to the two fields at the top: the date first, then the bank.
 tasti shift+Tab shift+Tab

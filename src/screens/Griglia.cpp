@@ -20,8 +20,8 @@ constexpr int TastoInvio = 13;
 } // namespace
 
 Griglia::Griglia(DescrizioneGriglia descrizione, RegoleGriglia regole)
-    : Righe(descrizione.colonne.size(), descrizione.colonneConTag), descrizione_(std::move(descrizione)),
-      regole_(std::move(regole)) {}
+    : Righe(descrizione.colonne.size(), descrizione.colonneConTag), Titolo(descrizione.titolo),
+      descrizione_(std::move(descrizione)), regole_(std::move(regole)) {}
 
 void Griglia::Azzera() {
   Righe.Svuota();
@@ -342,7 +342,7 @@ void Griglia::Form_QueryUnload() {
 FinestraElenco Griglia::Finestra() {
   FinestraElenco finestra;
   finestra.nome = descrizione_.nome;
-  finestra.titolo = descrizione_.titolo;
+  finestra.titolo = Titolo;
   finestra.nomeLista = descrizione_.nomeLista;
   finestra.carattere = descrizione_.carattere;
   finestra.righeSenzaScorrere = RigheSenzaScorrere;

@@ -64,6 +64,7 @@ class Griglia {
   RigheGriglia Righe;
   std::vector<std::string> cmbBanche;  ///< entries of the top bank field
   std::vector<std::string> cmbBanche2; ///< entries of the in-place bank editor
+  std::string Titolo;                  ///< the window's title, at first the description's
   std::vector<EtichettaElenco> Etichette;
 
   /// Forgets rows, editors, selection and top fields, for a new showing.

@@ -19,7 +19,6 @@ DescrizioneGriglia Descrizione() {
   using Genere = ColonnaElenco::Genere;
   DescrizioneGriglia d;
   d.nome = "frmLumoScadenzeBanche";
-  d.titolo = "LumoScad - Scadenze e banche";
   d.nomeLista = "LVScadenzeBanche";
   d.carattere = "Verdana";
   d.colonne = {{"KConto", "Conto", 3450, Genere::Testo},
@@ -61,6 +60,8 @@ void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda
                                                      const procedureLumoDB2::FiltroScadenze& filtro,
                                                      VariazioniCanalizzazione& variazioni) {
   const auto carica = [&](MsgAnnulla& msg) {
+    griglia_.Titolo =
+        "LumoScad - Scadenze e banche dei " + std::string(filtro.parModalita == "DEBITI" ? "fornitori" : "clienti");
     griglia_.Etichette = {{"lblClienteFornitore", ""},
                           {"lblClienteFornitoreValue", ""},
                           {"lblPartitaMovimento", ""},

@@ -359,6 +359,21 @@ TEST_F(ComandoBanca, LeVariazioniDiUnComandoNonTornanoNelSeguente) {
   EXPECT_EQ(banco_.host.chiamate.size(), 1U);
 }
 
+TEST_F(ComandoBanca, IlTitoloDiceDiChiSonoLeRate) {
+  std::vector<std::string> titoli;
+  const auto annota = [&titoli](FinestraElenco& finestra) {
+    titoli.push_back(finestra.titolo);
+    finestra.annulla();
+  };
+  for (const char* sottocomando : {"/CREDITI", "/DEBITI", "/CREDITI"}) {
+    Recita(annota);
+    EXPECT_EQ(Esegui(sottocomando), "closed");
+  }
+  EXPECT_THAT(titoli,
+              ElementsAre("LumoScad - Scadenze e banche dei clienti", "LumoScad - Scadenze e banche dei fornitori",
+                          "LumoScad - Scadenze e banche dei clienti"));
+}
+
 TEST_F(ComandoBanca, LaSchermataSiRiusa) {
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   const auto schermata = stato().ScadenzeBanche;

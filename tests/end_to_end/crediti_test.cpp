@@ -19,7 +19,7 @@ using testing::IsEmpty;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
-const std::string titoloElenco = "LumoScad - Scadenze e banche";
+const std::string titoloElenco = "LumoScad - Scadenze e banche dei clienti";
 const std::string titoloMessaggio = "LumoScad";
 
 // Pixels of the list window: where the rows begin, and the middles of the cells that are clicked.
