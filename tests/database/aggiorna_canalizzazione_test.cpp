@@ -167,6 +167,18 @@ TEST_P(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
   }
 }
 
+TEST_P(BankUpdateStatements, WriteNullForAMissingNewDate) {
+  for (const char* nessuna : {"#null#", ""}) {
+    banco.istruzioni.clear();
+    EXPECT_EQ(Applica({SoloData(nessuna)}), "");
+    base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-03-04' WHERE EVENTOCONTABILEKEY IN (1,2)");
+    EXPECT_THAT(banco.istruzioni,
+                ElementsAre(cercaConto, conBanca,
+                            "UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL WHERE EVENTOCONTABILEKEY=1",
+                            "UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL WHERE EVENTOCONTABILEKEY=2"));
+  }
+}
+
 TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
   for (const char* nessuno : {"#null#", ""}) {
     VariazioneCanalizzazione v = SoloBanca("B07");

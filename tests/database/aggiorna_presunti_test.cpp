@@ -135,6 +135,13 @@ TEST_P(PresumedUpdateStatements, AMissingDeliveryDateIsMatchedAsNull) {
                           "AND DATACONSEGNA IS NULL AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
+TEST_P(PresumedUpdateStatements, AMissingNewDeliveryDateIsWrittenAsNull) {
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "#null#")}, "PRESUNTI", msg), "");
+  EXPECT_THAT(banco.istruzioni,
+              ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= NULL,  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
+                          "AND DATACONSEGNA= '2006-03-10' AND EVENTOCONTABILE.SOSPESA='N' "));
+}
+
 TEST_P(PresumedUpdateStatements, ADateThatIsNoneNeverReachesAStatement) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "2006-03-11")}, "PRESUNTI", msg), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: 13\r\nData non valida: 2006-03-11"));

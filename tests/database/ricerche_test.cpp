@@ -88,6 +88,11 @@ TEST_P(KeySearch, FailsForAnAccountThatIsMissingOrComesTwice) {
   AttendiFallimento([&] { return CercaContoContabile(connection, "B07"); }, "CONTO CONTABILE INESISTENTE");
 }
 
+TEST_P(KeySearch, TakesANegativeKeyForNone) {
+  base.Esegui("INSERT INTO CONTOCONTABILE VALUES (-5,'NEG','NEGATIVO','01',NULL,'N')");
+  AttendiFallimento([&] { return CercaContoContabile(connection, "NEG"); }, "CONTO CONTABILE INESISTENTE");
+}
+
 TEST_P(KeySearch, FindsAnOpenItemByAccountAndNumber) {
   EXPECT_EQ(CercaPartitaContabile(connection, "103", "2006   3"), 203);
   EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT PARTITACONTABILEKEY FROM PARTITACONTABILE WHERE "

@@ -236,6 +236,17 @@ TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
   EXPECT_FALSE(griglia.Righe.Spuntata(3, 1));
 }
 
+TEST_F(BankEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
+  griglia.cmbBanche2 = {" "};
+  AggiungiMolte(20);
+  Clic(0, Schermata::NuovaBanca);
+  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  griglia.cmbBanche2_LostFocus();
+  Aggiungi("ROSSI");
+  Clic(0, Schermata::NuovaBanca);
+  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+}
+
 TEST_F(BankEditor, ThatIsAlreadyGoneDoesNotUncoverTheScrollBarsOfTheDateEditor) {
   griglia.cmbBanche2 = {" "};
   AggiungiMolte(21);
