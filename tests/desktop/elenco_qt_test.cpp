@@ -1,6 +1,7 @@
 #include "FinestraFinta.hpp"
 
 #include "platform/qt/FinestraElencoQt.hpp"
+#include "platform/qt/ModelloElenco.hpp"
 #include "platform/qt/TestateElenco.hpp"
 
 #include <QAbstractItemModelTester>
@@ -254,8 +255,27 @@ TEST(FinestraElenco, TheButtonsAndTheirKeysConfirmAndCancel) {
   EXPECT_EQ(risultato([](QDialog& f) { ConTastoDiScelta(f, Qt::Key_C); }), "conferma");
   EXPECT_EQ(risultato([](QDialog& f) { QTest::keyClick(&f, Qt::Key_Return, Qt::ControlModifier); }), "conferma");
   EXPECT_EQ(risultato([](QDialog& f) { ConTastoDiScelta(f, Qt::Key_A); }), "annulla");
-  EXPECT_EQ(risultato([](QDialog& f) { QTest::keyClick(&Lista(f), Qt::Key_Escape); }), "annulla");
   EXPECT_EQ(risultato([](QDialog& f) { f.close(); }), "chiudi");
+}
+
+TEST(FinestraElenco, EscLeavesAListWithoutChangesAtOnce) {
+  FinestraFinta finta(0);
+  Esegui(finta, [](QDialog& f) { QTest::keyClick(&Lista(f), Qt::Key_Escape); });
+  EXPECT_EQ(finta.gesti.back(), "annulla");
+}
+
+TEST(FinestraElenco, EscOverChangesGoesToAnnullaFirst) {
+  FinestraFinta finta(3);
+  Esegui(finta, [&](QDialog& f) {
+    ASSERT_TRUE(Lista(f).model()->index(1, FinestraFinta::ColonnaBanca).data(qt::ModelloElenco::RuoloVariata).toBool());
+    QTest::keyClick(&Lista(f), Qt::Key_Escape);
+    EXPECT_TRUE(f.isVisible());
+    EXPECT_EQ(finta.Volte("annulla"), 0);
+    EXPECT_TRUE(Trova<QWidget>(f, "PictureAnnulla").hasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(f.isVisible());
+  });
+  EXPECT_EQ(finta.gesti.back(), "annulla");
 }
 
 TEST(FinestraElenco, GesturesThatArriveInsideAGestureAreDropped) {

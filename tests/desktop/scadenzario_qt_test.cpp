@@ -213,6 +213,22 @@ TEST_F(Scadenzario, EscLeavesTheEditorThenTheWindow) {
   EXPECT_THAT(confermate, IsEmpty());
 }
 
+TEST_F(Scadenzario, EscOverANewDateGoesToAnnullaFirst) {
+  EXPECT_EQ(Mostra([this](QDialog& finestra) {
+              Tasto(Qt::Key_F2);
+              Scrivi("150606");
+              Tasto(Qt::Key_Return);
+              EXPECT_EQ(Nuova(0), "15/06/2006");
+              Tasto(Qt::Key_Escape);
+              EXPECT_TRUE(finestra.isVisible());
+              EXPECT_TRUE(Trova<QWidget>(finestra, "PictureAnnulla").hasFocus());
+              Tasto(Qt::Key_Escape);
+              EXPECT_FALSE(finestra.isVisible());
+            }),
+            "closed");
+  EXPECT_THAT(confermate, IsEmpty());
+}
+
 TEST_F(Scadenzario, TheTopDateIsNormalisedWhenItIsLeft) {
   Mostra([this](QDialog& finestra) {
     auto& campo = Trova<QLineEdit>(finestra, "TextScadenza");

@@ -163,7 +163,7 @@ void FinestraElencoQt::reject() {
   if (stato.data.visibile || stato.banca.visibile) {
     Invia(elenco_.abbandonaEditor);
   } else {
-    Invia(elenco_.annulla);
+    Abbandona();
   }
 }
 

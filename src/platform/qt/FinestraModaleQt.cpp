@@ -113,6 +113,16 @@ void FinestraModaleQt::CollegaTasti() {
   }
 }
 
+void FinestraModaleQt::Abbandona() {
+  Gesto([&] {
+    if (parti_.PictureAnnulla->hasFocus() || !modello_.HaVariazioni()) {
+      Chiama(elenco_.annulla);
+    } else {
+      parti_.PictureAnnulla->setFocus();
+    }
+  });
+}
+
 void FinestraModaleQt::MostraQuanteRighe() {
   parti_.lblRighe->setText(QuanteRighe(modello_.rowCount()));
 }

@@ -54,6 +54,9 @@ class FinestraModaleQt : public QDialog {
   [[nodiscard]] int Colonna(Genere genere) const;
   /// Writes a digit typed over the list into the date editor, once a gesture has opened it.
   void DigitaNellEditor(const QString& cifra);
+  /// Esc outside an editor: leaves the window. Over changes it first goes to Annulla, because one Esc too many out of
+  /// an editor must not throw a morning's work away.
+  void Abbandona();
   /// True when the person left the field; false when the focus went to a list or a menu, or the window lost it.
   [[nodiscard]] static bool HaLasciatoIlCampo(const QFocusEvent& evento);
 

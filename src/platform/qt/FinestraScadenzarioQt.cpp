@@ -234,7 +234,7 @@ bool FinestraScadenzarioQt::eventFilter(QObject* oggetto, QEvent* evento) {
 }
 
 void FinestraScadenzarioQt::reject() {
-  Invia(elenco_.annulla);
+  Abbandona();
 }
 
 } // namespace lumoscad::qt

@@ -74,6 +74,17 @@ bool ModelloElenco::Variata(std::size_t riga, int colonna) const {
   return nuovo.find_first_not_of(' ') != std::string::npos && nuovo != finestra_.testo(riga, attuale);
 }
 
+bool ModelloElenco::HaVariazioni() const {
+  for (int riga = 0; riga < righe_; ++riga) {
+    for (int colonna = 0; colonna < columnCount(); ++colonna) {
+      if (Variata(static_cast<std::size_t>(riga), colonna)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
 QVariant ModelloElenco::headerData(int sezione, Qt::Orientation verso, int ruolo) const {
   if (verso != Qt::Horizontal || ruolo != Qt::DisplayRole || sezione < 0 || sezione >= columnCount()) {
     return {};

@@ -31,6 +31,9 @@ class ModelloElenco final : public QAbstractTableModel {
   /// The kind of a column; plain text for a column that is not there.
   [[nodiscard]] ColonnaElenco::Genere Genere(int colonna) const;
 
+  /// True when the person has changed a cell of any row.
+  [[nodiscard]] bool HaVariazioni() const;
+
   /// Told of what a callback threw while a cell was read: painting cannot let it through.
   std::function<void(std::exception_ptr)> guasto;
 
