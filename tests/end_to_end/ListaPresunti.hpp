@@ -12,8 +12,9 @@
 namespace lumoscad::prova {
 
 /// The program on the presumed documents of one customer, played with keys, on each transport. By "Ordine" the list has
-/// ten rows: BC216/26 twice (8 April EUR; 15 April, originally 8 April, GBP), BC217/26 (no date, no bank), OC214/26 three
-/// times (one date, one bank, three currencies), OC215/26 three times (one date; no bank, then two banks), OC218/26.
+/// ten rows: BC216/26 twice (8 April EUR; 15 April, originally 8 April, GBP), BC217/26 (no date, no bank), OC214/26
+/// three times (one date, one bank, three currencies), OC215/26 three times (one date; no bank, then two banks),
+/// OC218/26.
 class ListaPresunti : public testing::TestWithParam<Trasporto> {
  protected:
   static constexpr int Elencate = 10;
