@@ -223,6 +223,20 @@ void Esegui(FinestraFinta& finta, const std::function<void(QDialog&)>& copione) 
   EXPECT_FALSE(elenco.Mostra());
 }
 
+void Recita(std::function<void(QDialog&)> copione) {
+  QTimer::singleShot(0, qApp, [copione = std::move(copione)] {
+    auto* finestra = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(finestra, nullptr);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(finestra));
+    try {
+      copione(*finestra);
+    } catch (const std::exception& errore) {
+      ADD_FAILURE() << errore.what();
+    }
+    finestra->close();
+  });
+}
+
 QTableView& Lista(QDialog& finestra) {
   return Trova<QTableView>(finestra, "LVScadenzeBanche");
 }

@@ -57,6 +57,9 @@ class FinestraFinta {
 /// Shows the window modally and runs `copione` on it once it is active; closes it afterwards if it is still open.
 void Esegui(FinestraFinta& finta, const std::function<void(QDialog&)>& copione);
 
+/// Runs `copione` on the modal window that opens next, once it is active; closes it afterwards if it is still open.
+void Recita(std::function<void(QDialog&)> copione);
+
 /// The widget called `nome`; a missing one fails the test by an exception.
 template <class Widget> Widget& Trova(QWidget& dove, const char* nome) {
   auto* trovato = dove.findChild<Widget*>(QString::fromUtf8(nome));

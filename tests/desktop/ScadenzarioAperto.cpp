@@ -49,20 +49,6 @@ std::string ScadenzarioAperto::Confermata(const std::string& modo) {
   return esito();
 }
 
-void ScadenzarioAperto::Recita(const std::function<void(QDialog&)>& copione) const {
-  QTimer::singleShot(0, qApp, [&copione] {
-    auto* finestra = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    ASSERT_NE(finestra, nullptr);
-    EXPECT_TRUE(QTest::qWaitForWindowActive(finestra));
-    try {
-      copione(*finestra);
-    } catch (const std::exception& errore) {
-      ADD_FAILURE() << errore.what();
-    }
-    finestra->close();
-  });
-}
-
 std::string ScadenzarioAperto::Mostra(const std::function<void(QDialog&)>& copione) {
   risponditore_.start();
   Recita(copione);

@@ -49,7 +49,6 @@ class ScadenzarioAperto : public testing::Test {
 
  private:
   std::string Confermata(const std::string& modo);
-  void Recita(const std::function<void(QDialog&)>& copione) const;
   void RispondiAlBox();
 
   QTimer risponditore_;

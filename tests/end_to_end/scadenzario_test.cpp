@@ -66,20 +66,6 @@ class ScadenzarioIntero : public testing::Test {
     risponditore_.start();
   }
 
-  /// What is done in the window once it is open; it is closed afterwards if it is still there.
-  void Recita(const std::function<void(QDialog&)>& copione) {
-    QTimer::singleShot(0, qApp, [copione] {
-      auto* finestra = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(finestra, nullptr);
-      ASSERT_TRUE(QTest::qWaitForWindowActive(finestra));
-      try {
-        copione(*finestra);
-      } catch (const std::exception& errore) {
-        ADD_FAILURE() << errore.what();
-      }
-      finestra->close();
-    });
-  }
   static void Scrivi(QDialog& finestra, int riga, const char* data) {
     Clicca(Trova<QTableView>(finestra, "LWScad"), riga, ColonnaNuova);
     auto& editor = Trova<QWidget>(finestra, "TextScad");

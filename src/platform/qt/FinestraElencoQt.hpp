@@ -10,7 +10,7 @@ class FinestraElencoQt final : public FinestraModaleQt {
  public:
   FinestraElencoQt(FinestraElenco& finestra, QWidget* padre);
 
-  /// Esc: abandons an open editor, otherwise cancels.
+  /// Esc: abandons an open editor, otherwise leaves the window as `Abbandona` does.
   void reject() override;
 
  protected:

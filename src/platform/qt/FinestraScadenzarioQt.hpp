@@ -12,7 +12,7 @@ class FinestraScadenzarioQt final : public FinestraModaleQt {
  public:
   FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* padre);
 
-  /// Esc outside the editor: cancels.
+  /// Esc outside the editor.
   void reject() override;
 
  protected:
