@@ -95,8 +95,8 @@ class Canalizzazione {
 
 } // namespace
 
-std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni, std::string_view parModalita,
-                                   MsgAnnulla& msg) {
+std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni, MsgAnnulla& msg,
+                                   std::string_view parModalita) {
   return ApplicaVariazioni(variazioni, msg,
                            [&](Aggiornamento& aggiornamento, const VariazioneCanalizzazione& variazione) {
                              if (parModalita == "PRESUNTI") {

@@ -47,11 +47,11 @@ std::string ApplicaPresunti(const VariazioniConsegna& variazioni, std::string_vi
 
 } // namespace
 
-std::string AggiornaBancaPresunti(const VariazioniConsegna& variazioni, std::string_view parModalita, MsgAnnulla& msg) {
+std::string AggiornaBancaPresunti(const VariazioniConsegna& variazioni, MsgAnnulla& msg, std::string_view parModalita) {
   return ApplicaPresunti(variazioni, parModalita, msg, ApplicaBanca);
 }
 
-std::string AggiornaConsegna(const VariazioniConsegna& variazioni, std::string_view parModalita, MsgAnnulla& msg) {
+std::string AggiornaConsegna(const VariazioniConsegna& variazioni, MsgAnnulla& msg, std::string_view parModalita) {
   return ApplicaPresunti(variazioni, parModalita, msg, ApplicaConsegna);
 }
 

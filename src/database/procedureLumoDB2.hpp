@@ -55,18 +55,18 @@ struct FiltroPresunti {
 /// Writes the confirmed bank and due-date changes in one transaction: `parModalita` is "CREDITI", "DEBITI" or
 /// "PRESUNTI". Returns "" or, when nothing was kept, "error" with the message and the statements of the record
 /// that failed in `msg.Errore`.
-[[nodiscard]] std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni,
-                                                 std::string_view parModalita, MsgAnnulla& msg);
+[[nodiscard]] std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni, MsgAnnulla& msg,
+                                                 std::string_view parModalita);
 
 /// Writes the confirmed bank changes of presumed documents in one transaction; acts only for `parModalita` "PRESUNTI".
 /// The rows of a document that carry the record's old bank change. Returns as above.
-[[nodiscard]] std::string AggiornaBancaPresunti(const VariazioniConsegna& variazioni, std::string_view parModalita,
-                                                MsgAnnulla& msg);
+[[nodiscard]] std::string AggiornaBancaPresunti(const VariazioniConsegna& variazioni, MsgAnnulla& msg,
+                                                std::string_view parModalita);
 
 /// Writes the confirmed delivery dates in one transaction; acts only for `parModalita` "PRESUNTI". A changed delivery
 /// date always sets the VAT title back to a blank. Returns as above.
-[[nodiscard]] std::string AggiornaConsegna(const VariazioniConsegna& variazioni, std::string_view parModalita,
-                                           MsgAnnulla& msg);
+[[nodiscard]] std::string AggiornaConsegna(const VariazioniConsegna& variazioni, MsgAnnulla& msg,
+                                           std::string_view parModalita);
 
 /// The procedures behind the reply actions. Each takes the request's list (company at index 0, action at 1), works in
 /// one transaction and returns "", or "error" with the message in `msg.Errore` when nothing was kept.

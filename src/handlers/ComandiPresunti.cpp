@@ -38,7 +38,7 @@ std::string ModificaPresunti(std::string_view tipo, Mostra mostra, Scrivi scrivi
   return ComandoModifica<VariazioniConsegna>(
       tipo, tipo == "PRESUNTI", mostra,
       [&](const VariazioniConsegna& variazioni) { return scrivi(stato().HostIP, stato().Azienda, variazioni, tipo); },
-      [&](const VariazioniConsegna& variazioni, MsgAnnulla& risposta) { return aggiorna(variazioni, tipo, risposta); });
+      [&](const VariazioniConsegna& variazioni, MsgAnnulla& risposta) { return aggiorna(variazioni, risposta, tipo); });
 }
 
 } // namespace

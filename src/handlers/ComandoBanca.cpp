@@ -50,7 +50,7 @@ std::string ComandoBanca(std::string_view comando, std::string_view tipo) {
         return ScriviRichiestaCanalizzazione(stato().HostIP, stato().Azienda, variazioni, tipo);
       },
       [&](const VariazioniCanalizzazione& variazioni, MsgAnnulla& risposta) {
-        return procedureLumoDB2::AggiornaCanalizzazione(variazioni, tipo, risposta);
+        return procedureLumoDB2::AggiornaCanalizzazione(variazioni, risposta, tipo);
       });
 }
 

@@ -90,13 +90,13 @@ ProceduraProvata Risposta(const char* nome, const std::vector<std::string>& para
 
 const std::vector<ProceduraProvata>& ProcedureProvate() {
   static const std::vector<ProceduraProvata> tutte = {
-      {"AggiornaCanalizzazione", [](MsgAnnulla& msg) { return db2::AggiornaCanalizzazione(Rate(), "CREDITI", msg); },
+      {"AggiornaCanalizzazione", [](MsgAnnulla& msg) { return db2::AggiornaCanalizzazione(Rate(), msg, "CREDITI"); },
        "conto C10 partita AB   123 rata 1 del 31/03/2006; conto C10 partita AB 123 rata 1 del 31/03/2006; "
        "conto C11 partita AB   123 rata 1 del 31/03/2006."},
       {"AggiornaBancaPresunti",
-       [](MsgAnnulla& msg) { return db2::AggiornaBancaPresunti(Documenti(), "PRESUNTI", msg); },
+       [](MsgAnnulla& msg) { return db2::AggiornaBancaPresunti(Documenti(), msg, "PRESUNTI"); },
        "conto C10 documento OC/06/123; conto C10 documento OC/05/123; conto C10 documento OC/06/1."},
-      {"AggiornaConsegna", [](MsgAnnulla& msg) { return db2::AggiornaConsegna(Documenti(), "PRESUNTI", msg); },
+      {"AggiornaConsegna", [](MsgAnnulla& msg) { return db2::AggiornaConsegna(Documenti(), msg, "PRESUNTI"); },
        "conto C10 documento OC/06/123; conto C10 documento OC/05/123; conto C10 documento OC/06/1."},
       Risposta("SospendiPartita", {"01", "SOSPESOCREA", "C10", "AB   123", ""}, "partita AB   123 del conto C10."),
       Risposta("SospendiMovimento", {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""},

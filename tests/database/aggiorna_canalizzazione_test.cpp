@@ -84,7 +84,7 @@ class BankUpdate : public testing::TestWithParam<const char*> {
   BankUpdate() { stato().ComandoCorrente = "BANCA /CREDITI " + base.Opzioni(); }
 
   std::string Applica(const VariazioniCanalizzazione& variazioni, const char* modalita = "CREDITI") {
-    return AggiornaCanalizzazione(variazioni, modalita, msg);
+    return AggiornaCanalizzazione(variazioni, msg, modalita);
   }
   /// The keys of the instalments in which anything changed.
   [[nodiscard]] std::vector<std::string> Cambiate() const {

@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateStatements, testing::ValuesIn(
 INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
-  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre(cercaConto, cercaConto, cercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND "
@@ -85,13 +85,13 @@ TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
 }
 
 TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
-  EXPECT_EQ(AggiornaBancaPresunti({Banca("#null#", "B07")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({Banca("#null#", "B07")}, msg, "PRESUNTI"), "");
   EXPECT_EQ(
       banco.istruzioni.back(),
       "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= 101 AND "
       "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' ");
   banco.istruzioni.clear();
-  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "#null#")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "#null#")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre(cercaConto, cercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE MOVIMENTOKEY=? AND "
@@ -101,14 +101,14 @@ TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
 TEST_P(PresumedUpdateStatements, ARecordWithoutABankChangeSendsNothing) {
   VariazioneConsegna senza = Banca("B06", "B07");
   senza.isBancaChanged = false;
-  EXPECT_EQ(AggiornaBancaPresunti({senza}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({senza}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
 TEST_P(PresumedUpdateStatements, OtherModesChangeNothing) {
   for (const char* modo : {"CREDITI", "DEBITI", "", "presunti"}) {
-    EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, modo, msg), "") << modo;
-    EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, modo, msg), "") << modo;
+    EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, msg, modo), "") << modo;
+    EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, msg, modo), "") << modo;
   }
   EXPECT_THAT(banco.istruzioni, IsEmpty());
   EXPECT_THAT(Cambiati(), IsEmpty());
@@ -116,40 +116,40 @@ TEST_P(PresumedUpdateStatements, OtherModesChangeNothing) {
 
 TEST_P(PresumedUpdateStatements, AnEmptyListDoesNotEvenConnect) {
   stato().ComandoCorrente = "BANCA /PRESUNTI -DB2SOURCE NESSUNA";
-  EXPECT_EQ(AggiornaBancaPresunti({}, "PRESUNTI", msg), "");
-  EXPECT_EQ(AggiornaConsegna({}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({}, msg, "PRESUNTI"), "");
+  EXPECT_EQ(AggiornaConsegna({}, msg, "PRESUNTI"), "");
   EXPECT_EQ(msg.Errore, "");
 }
 
 TEST_P(PresumedUpdateStatements, ADeliveryChangeIsOneStatementARecord) {
-  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA= '2006-03-10' AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
 TEST_P(PresumedUpdateStatements, AMissingDeliveryDateIsMatchedAsNull) {
-  EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA IS NULL AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
 TEST_P(PresumedUpdateStatements, AMissingNewDeliveryDateIsWrittenAsNull) {
-  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "#null#")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "#null#")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.istruzioni,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= NULL,  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA= '2006-03-10' AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
 TEST_P(PresumedUpdateStatements, ADateThatIsNoneNeverReachesAStatement) {
-  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "2006-03-11")}, "PRESUNTI", msg), "error");
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "2006-03-11")}, msg, "PRESUNTI"), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: 13\r\nData non valida: 2006-03-11"));
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
 TEST_P(PresumedUpdateRows, OnlyTheRowsWithTheOldBankChange) {
-  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B08")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B08")}, msg, "PRESUNTI"), "");
   // Rows 1 and 3 carry the old bank; 2 another one, 8 is suspended; 12 is an instalment of the same movement.
   EXPECT_THAT(Cambiati(), ElementsAre("1", "3", "12"));
   EXPECT_THAT(Evento("1"), ElementsAre("108|2006-03-10|X"));
@@ -160,27 +160,27 @@ TEST_P(PresumedUpdateRows, ABankIsRemovedAndGivenToADocumentWithoutOne) {
   VariazioneConsegna data = Banca("#null#", "B07");
   data.idMovimentoKey = 402;
   data.CodiceConto = "C02";
-  EXPECT_EQ(AggiornaBancaPresunti({Banca("B07", "#null#"), data}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaBancaPresunti({Banca("B07", "#null#"), data}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("2", "4", "11"));
   EXPECT_THAT(Evento("2"), ElementsAre("NULL|2006-03-10|X"));
   EXPECT_THAT(Evento("4"), ElementsAre("107|NULL|X"));
 }
 
 TEST_P(PresumedUpdateRows, AnUnknownBankKeepsNothingOfTheList) {
-  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07"), Banca("B07", "Z99")}, "PRESUNTI", msg), "error");
+  EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07"), Banca("B07", "Z99")}, msg, "PRESUNTI"), "error");
   EXPECT_EQ(msg.Errore, "ERRORE: -2147220990\r\nCONTO CONTABILE INESISTENTE\r\n");
   EXPECT_THAT(Cambiati(), IsEmpty());
 }
 
 TEST_P(PresumedUpdateRows, ADeliveryChangeResetsTheVatTitle) {
-  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("1", "2"));
   EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
   EXPECT_THAT(Evento("3"), ElementsAre("106|2006-04-10|X"));
 }
 
 TEST_P(PresumedUpdateRows, ADocumentWithoutADeliveryDateReceivesOne) {
-  EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("4", "11"));
   EXPECT_THAT(Evento("4"), ElementsAre("NULL|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
 }
@@ -188,18 +188,18 @@ TEST_P(PresumedUpdateRows, ADocumentWithoutADeliveryDateReceivesOne) {
 TEST_P(PresumedUpdateRows, TheOrderKeyCountsBeforeTheMovementKey) {
   VariazioneConsegna v = Consegna(401, "28/02/2006", "01/03/2006");
   v.idOrdineKey = "403";
-  EXPECT_EQ(AggiornaConsegna({v}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({v}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("5"));
   v.idOrdineKey = "#null#";
   v.Consegna = "10/04/2006";
-  EXPECT_EQ(AggiornaConsegna({v}, "PRESUNTI", msg), "");
+  EXPECT_EQ(AggiornaConsegna({v}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("3", "5"));
 }
 
 TEST_P(PresumedUpdateRows, AFailureNamesTheStatementsOfItsRecordAlone) {
   base.Impedisci("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=3", "documento fatturato");
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006"), Consegna(401, "10/04/2006", "12/04/2006")},
-                             "PRESUNTI", msg),
+                             msg, "PRESUNTI"),
             "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -"));
   EXPECT_THAT(msg.Errore, HasSubstr("documento fatturato"));
@@ -211,7 +211,7 @@ TEST_P(PresumedUpdateRows, AFailureNamesTheStatementsOfItsRecordAlone) {
 // The records are applied one after the other, each to the rows that carry its old date by then.
 TEST_P(PresumedUpdateRows, ADateMovedOntoAnothersOldDateMovesOnWithIt) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "10/04/2006"), Consegna(401, "10/04/2006", "20/04/2006")},
-                             "PRESUNTI", msg),
+                             msg, "PRESUNTI"),
             "");
   EXPECT_THAT(Cambiati(), ElementsAre("1", "2", "3"));
   EXPECT_THAT(Evento("1"), ElementsAre("106|2006-04-20|" + base.Contesto().fixedText(" ", 1)));
@@ -219,7 +219,7 @@ TEST_P(PresumedUpdateRows, ADateMovedOntoAnothersOldDateMovesOnWithIt) {
 
 TEST_P(PresumedUpdateRows, OfTwoNewDatesForOneOldDateTheFirstCounts) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006"), Consegna(401, "10/03/2006", "12/03/2006")},
-                             "PRESUNTI", msg),
+                             msg, "PRESUNTI"),
             "");
   EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
   EXPECT_THAT(Evento("2"), ElementsAre("107|2006-03-11|" + base.Contesto().fixedText(" ", 1)));

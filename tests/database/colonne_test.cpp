@@ -171,7 +171,7 @@ TEST_P(OtherColumns, TakeABankChangeWithTheCodesThatTheListGave) {
   v.VecchiaScadenza = "04/03/2006";
   v.NuovaScadenza = "01/04/2006";
   v.isScadenzaChanged = true;
-  EXPECT_EQ(AggiornaCanalizzazione({v}, "CREDITI", msg), "") << msg.Errore;
+  EXPECT_EQ(AggiornaCanalizzazione({v}, msg, "CREDITI"), "") << msg.Errore;
   EXPECT_THAT(Eventi("DATASCADENZA,BANCAPRESENTAZIONE_KEY", "31,32,33"),
               ElementsAre("2006-04-01|107", "2006-04-01|107", "2006-03-05|NULL"));
 }
@@ -193,13 +193,13 @@ TEST_P(OtherColumns, ListPresumedDocumentsAndTakeTheirChanges) {
   banca.VecchiaBanca = Fisso("B06", 12);
   banca.NuovaBanca = Fisso("B07", 12);
   banca.isBancaChanged = true;
-  EXPECT_EQ(AggiornaBancaPresunti({banca}, "PRESUNTI", msg), "") << msg.Errore;
+  EXPECT_EQ(AggiornaBancaPresunti({banca}, msg, "PRESUNTI"), "") << msg.Errore;
   VariazioneConsegna consegna;
   consegna.idMovimentoKey = 401;
   consegna.Consegna = "10/03/2006";
   consegna.NuovaConsegna = "11/03/2006";
   consegna.isConsegnaChanged = true;
-  EXPECT_EQ(AggiornaConsegna({consegna}, "PRESUNTI", msg), "") << msg.Errore;
+  EXPECT_EQ(AggiornaConsegna({consegna}, msg, "PRESUNTI"), "") << msg.Errore;
   EXPECT_THAT(Eventi("BANCAPRESENTAZIONE_KEY,DATACONSEGNA", "1,2,3"),
               ElementsAre("107|2006-03-11", "107|2006-03-11", "107|2006-04-10"));
 }

@@ -111,7 +111,7 @@ TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
   stato().ComandoCorrente = "BANCA /CREDITI -DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99";
   VariazioniCanalizzazione variazioni(1);
   MsgAnnulla msg;
-  EXPECT_EQ(procedureLumoDB2::AggiornaCanalizzazione(variazioni, "CREDITI", msg), "error");
+  EXPECT_EQ(procedureLumoDB2::AggiornaCanalizzazione(variazioni, msg, "CREDITI"), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: "));
   EXPECT_THAT(msg.Errore, Not(HasSubstr("Segr3to99")));
 }
