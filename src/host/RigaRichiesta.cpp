@@ -7,9 +7,9 @@ namespace lumoscad {
 std::string RigaRichiesta(std::initializer_list<std::string> campi) {
   std::string riga;
   for (const std::string& campo : campi) {
-    if (campo.find_first_of(",\r\n") != std::string::npos) {
+    if (campo.find_first_of("\r\n") != std::string::npos) {
       throw ErroreRuntime(errori::TipoNonCorrispondente,
-                          "Il valore \"" + campo + "\" contiene un separatore e non può essere inviato");
+                          "Il valore \"" + campo + "\" contiene una fine di riga e non può essere inviato");
     }
     riga += (&campo == campi.begin() ? "" : ",") + campo;
   }

@@ -5,8 +5,9 @@
 
 namespace lumoscad {
 
-/// One line of a request file: the fields separated by ",", ended by CR LF. The format has no quoting: a field with a
-/// separator or a line end in it cannot be sent and raises error 13.
+/// One line of a request file: the fields separated by ",", ended by CR LF. The format has no quoting. A comma in a
+/// field is written as it is: the line then has a field too many and the host, whose data it is, refuses it by its
+/// number. A line end would make two lines of one: such a field raises error 13.
 [[nodiscard]] std::string RigaRichiesta(std::initializer_list<std::string> campi);
 
 } // namespace lumoscad

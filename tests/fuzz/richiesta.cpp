@@ -59,7 +59,7 @@ std::optional<std::string> Atteso(const std::vector<Campi>& record,
       return std::nullopt;
     }
     for (std::size_t i = 0; i < campi.size(); ++i) {
-      if (campi[i].find_first_of(",\r\n") != std::string::npos) {
+      if (campi[i].find_first_of("\r\n") != std::string::npos) {
         return std::nullopt;
       }
       contenuto += (i == 0 ? "" : ",") + campi[i];

@@ -129,3 +129,15 @@ TEST_F(Rilettura, UnaRichiestaSenzaVariazioneNonSiRilegge) {
   ASSERT_EQ(ScriviRichiestaConsegna("h", "01", {v}, "PRESUNTI"), "");
   EXPECT_THROW(static_cast<void>(demo::ControllaConsegna(Inviato(), {})), demo::Rifiuto);
 }
+
+TEST_F(Rilettura, UnaVirgolaInUnCampoSiInviaELHostRifiutaLaRiga) {
+  VariazioneCanalizzazione rata = Rata();
+  rata.NumeroPartita = "15,16";
+  ASSERT_EQ(ScriviRichiestaCanalizzazione("h", "01", {Rata(), rata}, "CREDITI"), "");
+  try {
+    static_cast<void>(demo::ControllaCanalizzazione(Inviato(), {}));
+    FAIL() << "the line was taken";
+  } catch (const demo::Rifiuto& rifiuto) {
+    EXPECT_TRUE(std::string_view(rifiuto.what()).starts_with("Riga 2: ")) << rifiuto.what();
+  }
+}

@@ -70,7 +70,7 @@ struct Scrittore {
 
 std::vector<Scrittore> Scrittori() {
   auto rata = Rata();
-  rata.CodiceConto = "1,2";
+  rata.CodiceConto = "1\r2";
   auto documento = Documento();
   documento.CodiceConto = "1\n2";
   return {{"CANALIZZAZIONE", [] { return ScriviRichiestaCanalizzazione("h", "1", {Rata()}, "CREDITI"); },

@@ -138,9 +138,16 @@ TEST_F(RichiestaScadenzeTest, UnaScadenzaOriginaleMancanteSonoOttoZeri) {
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,00000000,20060405\r\n"));
 }
 
-TEST_F(RichiestaScadenzeTest, UnSeparatoreInUnCampoFermaLaRichiestaPrimaDellHost) {
+TEST_F(RichiestaScadenzeTest, UnaVirgolaInUnCampoSiScriveComEE) {
   RigaScadenze riga = Prima;
   riga.conto = "C1,0";
+  EXPECT_EQ(Invia({riga}), "error");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C1,0,2006   15,20060228,20060405\r\n"));
+}
+
+TEST_F(RichiestaScadenzeTest, UnaFineDiRigaInUnCampoFermaLaRichiestaPrimaDellHost) {
+  RigaScadenze riga = Prima;
+  riga.conto = "C1\r\n0";
   EXPECT_EQ(Fallisce({riga}), 13);
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }

@@ -160,9 +160,16 @@ TEST_F(Richiesta, OgniVariazioneHaLaSuaRigaNellOrdineDato) {
                                                "C200,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"));
 }
 
-TEST_F(Richiesta, UnSeparatoreInUnCampoFermaLaRichiestaPrimaDellHost) {
+TEST_F(Richiesta, UnaVirgolaInUnCampoSiScriveComEE) {
   VariazioneCanalizzazione v = CambioScadenza();
-  for (const char* partita : {"15,16", "15\r16", "15\n16"}) {
+  v.CodiceConto = "C1,0";
+  v.NumeroPartita = ",15,";
+  EXPECT_EQ(Riga(v), "C1,0,,15,,,,,20060331,20060331,20060405,B1,,1\r\n");
+}
+
+TEST_F(Richiesta, UnaFineDiRigaInUnCampoFermaLaRichiestaPrimaDellHost) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  for (const char* partita : {"15\r16", "15\n16", "15\r\n"}) {
     v.NumeroPartita = partita;
     EXPECT_THAT(Fallisce(v), StartsWith("13 ")) << partita;
   }
