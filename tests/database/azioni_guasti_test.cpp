@@ -165,6 +165,32 @@ TEST_P(DueTerminali, AncheLaProvaNonSovrascrive) {
   CambiatoCome(altro);
 }
 
+TEST_P(ComandiSuBase, LaProvaNonPassaDoveLaBaseDatiScartaLaScritturaSenzaDirlo) {
+  const auto scarta = base_.Contesto().dropUpdate("ERRORE", "OLD.ERROREKEY=100");
+  if (scarta.empty()) {
+    GTEST_SKIP() << "qui nessun trigger scarta una modifica";
+  }
+  for (const std::string& istruzione : scarta) {
+    base_.Esegui(istruzione);
+  }
+  EXPECT_EQ(Esegui("-T TEST"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("testScrittura\r\n-2147217864\r\n")));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, UnaSospensioneCheLaBaseDatiScartaSenzaDirloNonPassaPerFatta) {
+  const auto scarta = base_.Contesto().dropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=2");
+  if (scarta.empty()) {
+    GTEST_SKIP() << "qui nessun trigger scarta una modifica";
+  }
+  for (const std::string& istruzione : scarta) {
+    base_.Esegui(istruzione);
+  }
+  EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
+  EXPECT_THAT(msg_.Errore, StartsWith("ERRORE: -2147217864\r\n"));
+  NienteCambiato();
+}
+
 TEST_P(DueTerminali, UnValoreNonLettoPuoCambiareIntanto) {
   const std::string altro = "UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY=1";
   PrimaDi("UPDATE", 1, [&] { AltroTerminale(altro); });

@@ -39,6 +39,10 @@ class SqliteContext final : public DatabaseContext {
     return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " WHEN " + condition + " BEGIN SELECT RAISE(ABORT,'" +
             message + "'); END"};
   }
+  std::vector<std::string> dropUpdate(const std::string& table, const std::string& condition) const override {
+    return {"CREATE TRIGGER TACE BEFORE UPDATE ON " + table + " WHEN " + condition +
+            " BEGIN SELECT RAISE(IGNORE); END"};
+  }
 
  private:
   struct File final : TestDatabase {
@@ -82,6 +86,11 @@ class PostgresContext final : public DatabaseContext {
                 "''; END'",
             "CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW WHEN (" + condition +
                 ") EXECUTE FUNCTION FERMA()"};
+  }
+  std::vector<std::string> dropUpdate(const std::string& table, const std::string& condition) const override {
+    return {"CREATE FUNCTION TACE() RETURNS TRIGGER LANGUAGE plpgsql AS 'BEGIN RETURN NULL; END'",
+            "CREATE TRIGGER TACE BEFORE UPDATE ON " + table + " FOR EACH ROW WHEN (" + condition +
+                ") EXECUTE FUNCTION TACE()"};
   }
   std::string createAccount(const std::string& name, const std::string& password) const override {
     return "CREATE ROLE " + name + " LOGIN PASSWORD '" + password + "'";

@@ -82,6 +82,12 @@ class DatabaseContext {
   /// the condition OLD is the row.
   [[nodiscard]] virtual std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
                                                               const std::string& message) const = 0;
+  /// The statements after which an UPDATE of a row of `table` that meets `condition` is dropped without a word; empty
+  /// where the server has no such triggers.
+  [[nodiscard]] virtual std::vector<std::string> dropUpdate(const std::string& /*table*/,
+                                                            const std::string& /*condition*/) const {
+    return {};
+  }
   /// The statements that create an account that may read, and remove it; empty where accounts are not the server's.
   [[nodiscard]] virtual std::string createAccount(const std::string& /*name*/, const std::string& /*password*/) const {
     return {};

@@ -138,8 +138,8 @@ class Recordset {
   /// Value of the current row in the column at `indice`; nothing for NULL.
   [[nodiscard]] std::optional<std::string_view> Valore(std::size_t indice) const;
   /// Sends the changed fields of the current row: an UPDATE by key whose WHERE also carries the original values
-  /// of the changed columns (not those of long columns where the server compares none). Error -2147217864 when it does
-  /// not match exactly one row.
+  /// of the changed columns (not those of long columns where the server compares none). Where the driver counts no
+  /// row, the change is done when exactly one row of the key holds every value set. Error -2147217864 otherwise.
   void Update();
   void Close();
 

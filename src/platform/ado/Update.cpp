@@ -27,18 +27,24 @@ std::string columnName(std::string name) {
   return name;
 }
 
+/// Adds " AND column=?" with a value, or " AND column IS NULL".
+void addEqual(Sql& sql, const std::string& name, std::optional<std::string_view> value) {
+  sql.text += " AND " + columnName(name) + (value ? "=?" : " IS NULL");
+  if (value)
+    sql.parameters.emplace_back(*value);
+}
+
+Sql byKey(const Recordset::Impl& set, std::string_view key) {
+  return {" WHERE " + columnName(set.names[set.keyColumn]) + "=?", {std::string(key)}};
+}
+
+/// The row as it was read, in the columns that change.
 Sql condition(const Recordset::Impl& set, std::string_view key) {
-  Sql sql;
-  sql.text = " WHERE " + columnName(set.names[set.keyColumn]) + "=?";
-  sql.parameters.emplace_back(key);
+  Sql sql = byKey(set, key);
   for (const auto& [column, unused] : set.pending) {
     const auto original = set.rows.cell(set.current, column);
-    if (original && !set.comparable[column])
-      continue;
-    sql.text += " AND " + columnName(set.names[column]);
-    sql.text += original ? "=?" : " IS NULL";
-    if (original)
-      sql.parameters.emplace_back(*original);
+    if (!original || set.comparable[column])
+      addEqual(sql, set.names[column], original);
   }
   return sql;
 }
@@ -55,24 +61,64 @@ Sql assignments(const Recordset::Impl& set) {
   return sql;
 }
 
-/// How many rows meet `where`; asked when an UPDATE counts no row, because some drivers count only the rows whose
-/// values became different.
-std::int64_t matching(const std::shared_ptr<Session>& session, const Recordset::Impl& set, const Sql& where) {
+std::int64_t count(const std::shared_ptr<Session>& session, const Recordset::Impl& set, const Sql& where) {
   const auto found =
       Prepared(session, "SELECT COUNT(*) FROM " + set.table->tabella + where.text).execute(where.parameters);
-  const auto count = found.rows.rows() == 1 ? found.rows.cell(0, 0) : std::nullopt;
-  return count ? std::stoll(std::string(*count)) : 0;
+  const auto rows = found.rows.rows() == 1 ? found.rows.cell(0, 0) : std::nullopt;
+  return rows ? std::stoll(std::string(*rows)) : 0;
+}
+
+/// How many rows of the key hold every value that was set, as the server compares them; a long text that it does not
+/// compare is read.
+std::int64_t holding(const std::shared_ptr<Session>& session, const Recordset::Impl& set, std::string_view key) {
+  Sql where = byKey(set, key);
+  std::string columns = columnName(set.names[set.keyColumn]);
+  std::vector<std::string_view> wanted;
+  for (const auto& [column, value] : set.pending) {
+    if (!value || set.comparable[column]) {
+      addEqual(where, set.names[column], value);
+    } else {
+      columns += "," + columnName(set.names[column]);
+      wanted.emplace_back(*value);
+    }
+  }
+  if (wanted.empty())
+    return count(session, set, where);
+  const auto read =
+      Prepared(session, "SELECT " + columns + " FROM " + set.table->tabella + where.text).execute(where.parameters);
+  std::int64_t rows = 0;
+  for (std::size_t row = 0; row < read.rows.rows(); ++row) {
+    bool all = true;
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+      all = all && read.rows.cell(row, i + 1) == wanted[i];
+    rows += all ? 1 : 0;
+  }
+  return rows;
+}
+
+[[noreturn]] void refuse(const char* why) {
+  throw ErroreRuntime(numeri::ModificaConcorrente, why, "ODBC");
 }
 
 void requireOneRow(std::int64_t affected) {
-  if (affected == 1)
+  if (affected > 1)
+    refuse("La modifica riguarda più di una riga della tabella: non è stata registrata.");
+  if (affected < 0)
+    refuse("Il driver non dice quante righe sono state modificate: la modifica non è stata registrata.");
+}
+
+/// An UPDATE that counted no row: some drivers count only the rows whose values became different, and a trigger or
+/// the table's row security may have dropped it without a word. What the row holds now tells.
+void requireHeld(const std::shared_ptr<Session>& session, const Recordset::Impl& set, std::string_view key,
+                 const Sql& where) {
+  const std::int64_t rows = holding(session, set, key);
+  requireOneRow(rows);
+  if (rows == 1)
     return;
-  const char* why = affected == 0 ? "La riga è stata modificata o eliminata da un altro terminale: la modifica non è "
-                                    "stata registrata."
-                    : affected > 1 ? "La modifica riguarda più di una riga della tabella: non è stata registrata."
-                                   : "Il driver non dice quante righe sono state modificate: la modifica non è stata "
-                                     "registrata.";
-  throw ErroreRuntime(numeri::ModificaConcorrente, why, "ODBC");
+  if (count(session, set, where) > 0)
+    refuse("La base dati non ha registrato la modifica, senza dirne il motivo: una regola della tabella può averla "
+           "scartata.");
+  refuse("La riga è stata modificata o eliminata da un altro terminale: la modifica non è stata registrata.");
 }
 
 /// A transaction of its own around a change, unless the caller has one: a change that hits too many rows must not
@@ -119,10 +165,11 @@ void Recordset::Impl::sendChanges() {
   update.parameters.insert(update.parameters.end(), where.parameters.begin(), where.parameters.end());
 
   OwnTransaction transaction(*alive);
-  std::int64_t affected = Prepared(alive, update.text).execute(update.parameters).affected;
+  const std::int64_t affected = Prepared(alive, update.text).execute(update.parameters).affected;
   if (affected == 0)
-    affected = matching(alive, *this, where);
-  requireOneRow(affected);
+    requireHeld(alive, *this, *key, where);
+  else
+    requireOneRow(affected);
   transaction.commit();
 }
 
