@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace lumoscad {
@@ -45,16 +46,21 @@ std::string TogliSpazi(std::string_view testo) {
 std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   const std::string remoto = "/tmp/" + ChiaveBlocco(tipo);
   std::string locale;
-  std::vector<std::string> righe;
+  std::string riga1;
+  std::string riga2;
   Prosegui([&] { locale = servizi().ambiente().CartellaLocale + "/" + ChiaveBlocco(tipo); });
   Prosegui([&] { CancellaFileLocale(locale); });
   Prosegui([&] {
     std::string testo;
     servizi().hostLink().RiceviFile(hostIP, remoto, locale, testo);
   });
-  Prosegui([&] { righe = LeggiRigheLocali(locale); });
-  righe.resize(2);
-  if (!MaggioreDiSpazio(righe[0])) {
+  Prosegui([&] {
+    std::vector<std::string> righe = LeggiRigheLocali(locale);
+    righe.resize(2);
+    riga1 = std::move(righe[0]);
+    riga2 = std::move(righe[1]);
+  });
+  if (!MaggioreDiSpazio(riga1)) {
     Prosegui([&] {
       ScriviFileLocale(locale, RigaUtente() + "\r\n" + RigaOra() + "\r\n");
       servizi().hostLink().InviaFile(hostIP, locale, remoto);
@@ -64,8 +70,8 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   const bool lista = tipo == "CREDITI" || tipo == "DEBITI";
   const std::string prima = lista ? "Area " + std::string(tipo) + " in manutenzione presso un altro terminale"
                                   : "Il movimento è in uso su un altro terminare";
-  Prosegui([&] { servizi().desktop().MostraBox(prima + "\r" + righe[0] + "\r" + righe[1], NomeProdotto); });
-  return righe[0];
+  Prosegui([&] { servizi().desktop().MostraBox(prima + "\r" + riga1 + "\r" + riga2, NomeProdotto); });
+  return riga1;
 }
 
 std::string SbloccaArea(std::string_view hostIP, std::string_view tipo) {

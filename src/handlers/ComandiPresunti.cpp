@@ -15,6 +15,7 @@ procedureLumoDB2::FiltroPresunti LeggiFiltro(std::string_view comando) {
   procedureLumoDB2::FiltroPresunti filtro;
   filtro.parBancaSN = "S";
   std::string serieEscluse;
+  bool escluse = false;
   LeggiOpzioni(comando, {{"-SC", &filtro.parScad},
                          {"-H", &stato().HostIP},
                          {"-D", &stato().Azienda},
@@ -25,8 +26,9 @@ procedureLumoDB2::FiltroPresunti LeggiFiltro(std::string_view comando) {
                          {"-B", &filtro.parBancaSN},
                          {"-DATA", &filtro.parData},
                          {"-SERIEESCLUSE", &serieEscluse},
+                         {"-SERIEESCLUSE", &escluse},
                          {"-TIPOMOVIMENTI", &filtro.parTipoMovimenti}});
-  if (HaOpzione(comando, "-SERIEESCLUSE")) {
+  if (escluse) {
     filtro.parSerieEscluse = Dividi(serieEscluse, ',');
   }
   return filtro;

@@ -1,6 +1,5 @@
 #include "common/Messaggi.hpp"
 #include "common/Stato.hpp"
-#include "common/Testo.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "handlers/Opzioni.hpp"
 #include "handlers/RichiestaAttesa.hpp"
@@ -17,27 +16,13 @@ struct OpzioniPartita {
 
 OpzioniPartita LeggiPartita(std::string_view comando) {
   OpzioniPartita opzioni;
-  LeggiOpzioni(
-      comando,
-      {{"-T", &stato().TipoComando}, {"-H", &stato().HostIP}, {"-D", &stato().Azienda}, {"-C", &opzioni.conto}},
-      &opzioni.partita);
-  stato().TipoComando = Maiuscolo(stato().TipoComando);
-  opzioni.dimostrazione = HaOpzione(comando, "-DEMO");
+  LeggiOpzioni(comando, {{"-T", &stato().TipoComando, Forma::Maiuscola},
+                         {"-H", &stato().HostIP},
+                         {"-D", &stato().Azienda},
+                         {"-C", &opzioni.conto},
+                         {"-P", &opzioni.partita},
+                         {"-DEMO", &opzioni.dimostrazione}});
   return opzioni;
-}
-
-std::string RichiestaSospensione(const OpzioniPartita& o) {
-  const std::string& azienda = stato().Azienda;
-  return RichiestaAttesa(
-      stato().HostIP, {azienda, "SOSPESOCREA", o.conto, o.partita.compatta, servizi().ambiente().CodicePostazione, ""},
-      {azienda, "SOSPESOCREA", o.conto, o.partita.spaziata, ""});
-}
-
-/// Unlike a suspension, a reactivation does not carry the workstation: the back end's protocol has it so.
-std::string RichiestaRiattivazione(const OpzioniPartita& o) {
-  const std::string& azienda = stato().Azienda;
-  return RichiestaAttesa(stato().HostIP, {azienda, "SOSPESOCANCELLA", o.conto, o.partita.compatta, ""},
-                         {azienda, "SOSPESOCANCELLA", o.conto, o.partita.spaziata, ""});
 }
 
 std::string ComandoPresunto(std::string_view comando, std::string_view azione,
@@ -51,8 +36,8 @@ std::string ComandoPresunto(std::string_view comando, std::string_view azione,
                          {"-S", &serie},
                          {"-A", &anno},
                          {"-N", &numero},
-                         {"-E", &esercizio}});
-  stato().DemoPresunti = stato().DemoPresunti || HaOpzione(comando, "-DEMO");
+                         {"-E", &esercizio},
+                         {"-DEMO", &stato().DemoPresunti}});
   if (stato().DemoPresunti) {
     MostraMessaggio(messaggioDimostrazione, "");
     return "";
@@ -70,7 +55,8 @@ std::string ComandoSospendiPartita(std::string_view comando) {
     MostraMessaggio("La partita è stata sospesa", "");
     return "";
   }
-  return RichiestaSospensione(opzioni);
+  return RichiestaSospensione(stato().Azienda, stato().HostIP, opzioni.conto, opzioni.partita.compatta,
+                              opzioni.partita.spaziata);
 }
 
 std::string ComandoRiattivaPartita(std::string_view comando) {
@@ -79,7 +65,23 @@ std::string ComandoRiattivaPartita(std::string_view comando) {
     MostraMessaggio("La partita è stata riattivata", "");
     return "";
   }
-  return RichiestaRiattivazione(opzioni);
+  return RichiestaRiattivazione(stato().Azienda, stato().HostIP, opzioni.conto, opzioni.partita.compatta,
+                                opzioni.partita.spaziata);
+}
+
+std::string RichiestaSospensione(std::string_view azienda, std::string_view hostIP, std::string_view conto,
+                                 std::string_view partitaCompatta, std::string_view partitaSpaziata) {
+  return RichiestaAttesa(hostIP,
+                         {std::string(azienda), "SOSPESOCREA", std::string(conto), std::string(partitaCompatta),
+                          servizi().ambiente().CodicePostazione, ""},
+                         {std::string(azienda), "SOSPESOCREA", std::string(conto), std::string(partitaSpaziata), ""});
+}
+
+std::string RichiestaRiattivazione(std::string_view azienda, std::string_view hostIP, std::string_view conto,
+                                   std::string_view partitaCompatta, std::string_view partitaSpaziata) {
+  return RichiestaAttesa(
+      hostIP, {std::string(azienda), "SOSPESOCANCELLA", std::string(conto), std::string(partitaCompatta), ""},
+      {std::string(azienda), "SOSPESOCANCELLA", std::string(conto), std::string(partitaSpaziata), ""});
 }
 
 std::string ComandoSospendiPresunto(std::string_view comando) {

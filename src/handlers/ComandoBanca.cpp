@@ -15,19 +15,18 @@ procedureLumoDB2::FiltroScadenze LeggiFiltro(std::string_view comando, std::stri
   filtro.parBancaSN = "S";
   NumeroPartita partita;
   std::string ignorata; // read for its syntax only: the screen is not selected by document or year
-  LeggiOpzioni(comando,
-               {{"-SC", &filtro.parScad},
-                {"-H", &stato().HostIP},
-                {"-D", &stato().Azienda},
-                {"-S", &ignorata},
-                {"-A", &ignorata},
-                {"-E", &ignorata},
-                {"-N", &ignorata},
-                {"-C", &filtro.parConto},
-                {"-B", &filtro.parBancaSN},
-                {"-M", &filtro.parMesiScadenze},
-                {"-CODINT", &filtro.parCodiceInterno}},
-               &partita);
+  LeggiOpzioni(comando, {{"-SC", &filtro.parScad},
+                         {"-H", &stato().HostIP},
+                         {"-D", &stato().Azienda},
+                         {"-S", &ignorata},
+                         {"-A", &ignorata},
+                         {"-E", &ignorata},
+                         {"-N", &ignorata},
+                         {"-C", &filtro.parConto},
+                         {"-B", &filtro.parBancaSN},
+                         {"-M", &filtro.parMesiScadenze},
+                         {"-CODINT", &filtro.parCodiceInterno},
+                         {"-P", &partita}});
   filtro.parPartita = partita.spaziata;
   return filtro;
 }

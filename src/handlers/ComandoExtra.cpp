@@ -10,13 +10,15 @@ namespace lumoscad::ModuloMain {
 
 std::string ComandoExtra(std::string_view comando) {
   Stato& s = stato();
+  bool dimostrazione = false;
   LeggiOpzioni(comando, {{"-T", &s.TipoComando},
                          {"-D", &s.Azienda},
                          {"-H", &s.HostIP},
                          {"-S", &s.Serie},
                          {"-E", &s.Esercizio},
-                         {"-N", &s.Numero}});
-  if (HaOpzione(comando, "-DEMO")) {
+                         {"-N", &s.Numero},
+                         {"-DEMO", &dimostrazione}});
+  if (dimostrazione) {
     MostraMessaggio("Il movimento è stato annullato", "");
     return "";
   }

@@ -22,7 +22,17 @@ namespace lumoscad::ModuloMain {
 [[nodiscard]] std::string ComandoSospendiPartita(std::string_view comando);
 [[nodiscard]] std::string ComandoRiattivaPartita(std::string_view comando);
 
-/// The same for a presumed document. Once one of these commands carried "-DEMO", all later ones are demonstrations.
+/// The requests behind them, behind the wait window: the host is given the item's compact form, the database the spaced
+/// one. A suspension carries the workstation's identifier; a reactivation does not, the back end's protocol has it so.
+[[nodiscard]] std::string RichiestaSospensione(std::string_view azienda, std::string_view hostIP,
+                                               std::string_view conto, std::string_view partitaCompatta,
+                                               std::string_view partitaSpaziata);
+[[nodiscard]] std::string RichiestaRiattivazione(std::string_view azienda, std::string_view hostIP,
+                                                 std::string_view conto, std::string_view partitaCompatta,
+                                                 std::string_view partitaSpaziata);
+
+/// The same for a presumed document. Once one of these commands carried "-DEMO", all later ones are demonstrations,
+/// also where the line that carried it failed at a later token.
 [[nodiscard]] std::string ComandoSospendiPresunto(std::string_view comando);
 [[nodiscard]] std::string ComandoRiattivaPresunto(std::string_view comando);
 

@@ -3,7 +3,6 @@
 #include "common/Testo.hpp"
 #include "platform/Errore.hpp"
 
-#include <algorithm>
 #include <vector>
 
 namespace lumoscad {
@@ -27,27 +26,29 @@ NumeroPartita LeggiPartita(const std::vector<std::string>& pezzi, std::size_t po
   return {primo + pezzi[secondo], primo + spazi + pezzi[secondo]};
 }
 
-} // namespace
-
-void LeggiOpzioni(std::string_view comando, std::initializer_list<std::pair<std::string_view, std::string*>> opzioni,
-                  NumeroPartita* partita) {
-  const auto pezzi = Dividi(comando, ' ');
-  for (std::size_t i = 0; i < pezzi.size(); ++i) {
-    const std::string nome = Maiuscolo(pezzi[i]);
-    for (const auto& [opzione, valore] : opzioni) {
-      if (nome == opzione) {
-        *valore = Valore(pezzi, i + 1);
-      }
-    }
-    if (partita != nullptr && nome == "-P") {
-      *partita = LeggiPartita(pezzi, i);
-    }
+void Conserva(const Opzione& opzione, const std::vector<std::string>& pezzi, std::size_t posto) {
+  if (bool* const* const presente = std::get_if<bool*>(&opzione.destinazione)) {
+    **presente = true;
+  } else if (NumeroPartita* const* const partita = std::get_if<NumeroPartita*>(&opzione.destinazione)) {
+    **partita = LeggiPartita(pezzi, posto);
+  } else {
+    const std::string& valore = Valore(pezzi, posto + 1);
+    *std::get<std::string*>(opzione.destinazione) = opzione.forma == Forma::Maiuscola ? Maiuscolo(valore) : valore;
   }
 }
 
-bool HaOpzione(std::string_view comando, std::string_view opzione) {
+} // namespace
+
+void LeggiOpzioni(std::string_view comando, std::initializer_list<Opzione> opzioni) {
   const auto pezzi = Dividi(comando, ' ');
-  return std::any_of(pezzi.begin(), pezzi.end(), [&](const std::string& p) { return Maiuscolo(p) == opzione; });
+  for (std::size_t i = 0; i < pezzi.size(); ++i) {
+    const std::string nome = Maiuscolo(pezzi[i]);
+    for (const Opzione& opzione : opzioni) {
+      if (nome == opzione.nome) {
+        Conserva(opzione, pezzi, i);
+      }
+    }
+  }
 }
 
 } // namespace lumoscad

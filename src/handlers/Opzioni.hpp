@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <variant>
 
 namespace lumoscad {
 
@@ -13,13 +13,20 @@ struct NumeroPartita {
   std::string spaziata; ///< the tokens with the blanks that stood between them
 };
 
-/// Reads a command line's options. Every token is compared, values included, upper-cased; the last occurrence of an
-/// option wins, and an option that does not occur leaves its target as it is. A value is the next token as typed.
-/// `partita`, when given, receives "-P". Raises error 9 for an option without its value.
-void LeggiOpzioni(std::string_view comando, std::initializer_list<std::pair<std::string_view, std::string*>> opzioni,
-                  NumeroPartita* partita = nullptr);
+/// How the value of an option is kept.
+enum class Forma { ComeScritta, Maiuscola };
 
-/// True when `comando` has the token `opzione`, in any case.
-[[nodiscard]] bool HaOpzione(std::string_view comando, std::string_view opzione);
+/// An option that a handler knows, and what takes it: a text the next token, an item number the next two, a flag
+/// nothing but the truth that the option was there.
+struct Opzione {
+  std::string_view nome; ///< in upper case
+  std::variant<std::string*, NumeroPartita*, bool*> destinazione;
+  Forma forma = Forma::ComeScritta; ///< of a text
+};
+
+/// Walks the tokens of a command line from the first to the last, values included, and stores each option as it is met:
+/// the last occurrence wins, and an option that does not occur leaves its target as it is. Names count in any case.
+/// Raises error 9 at an option without its value; what the walk had stored before then stays stored.
+void LeggiOpzioni(std::string_view comando, std::initializer_list<Opzione> opzioni);
 
 } // namespace lumoscad

@@ -11,12 +11,18 @@ namespace {
 struct Lette {
   std::string azienda = "prima";
   std::string numero = "prima";
+  std::string tipo = "prima";
   NumeroPartita partita{"prima", "prima"};
+  bool dimostrazione = false;
 };
 
 Lette Leggi(const std::string& comando) {
   Lette lette;
-  LeggiOpzioni(comando, {{"-D", &lette.azienda}, {"-N", &lette.numero}}, &lette.partita);
+  LeggiOpzioni(comando, {{"-D", &lette.azienda},
+                         {"-N", &lette.numero},
+                         {"-T", &lette.tipo, Forma::Maiuscola},
+                         {"-P", &lette.partita},
+                         {"-DEMO", &lette.dimostrazione}});
   return lette;
 }
 
@@ -95,7 +101,24 @@ TEST(OpzionePartita, MenoDiDueTokenSonoUnErroreDiIndice) {
 }
 
 TEST(OpzioneSemplice, ContaSoloComeTokenIntero) {
-  EXPECT_TRUE(HaOpzione("-T EXTRA -demo", "-DEMO"));
-  EXPECT_FALSE(HaOpzione("-T EXTRA -DEMOS", "-DEMO"));
-  EXPECT_FALSE(HaOpzione("", "-DEMO"));
+  EXPECT_TRUE(Leggi("-T EXTRA -demo").dimostrazione);
+  EXPECT_FALSE(Leggi("-T EXTRA -DEMOS").dimostrazione);
+  EXPECT_FALSE(Leggi("").dimostrazione);
+}
+
+TEST(OpzioneMaiuscola, IlValoreSiTieneInMaiuscolo) {
+  EXPECT_EQ(Leggi("-t extra").tipo, "EXTRA");
+}
+
+TEST(Opzioni, WhatTheWalkHadStoredStaysStoredWhereALaterTokenFails) {
+  Lette lette;
+  EXPECT_THROW(LeggiOpzioni("-D abC -T banca -DEMO -N", {{"-D", &lette.azienda},
+                                                         {"-T", &lette.tipo, Forma::Maiuscola},
+                                                         {"-DEMO", &lette.dimostrazione},
+                                                         {"-N", &lette.numero}}),
+               ErroreRuntime);
+  EXPECT_EQ(lette.azienda, "abC");
+  EXPECT_EQ(lette.tipo, "BANCA");
+  EXPECT_TRUE(lette.dimostrazione);
+  EXPECT_EQ(lette.numero, "prima");
 }

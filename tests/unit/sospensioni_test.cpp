@@ -1,4 +1,5 @@
 #include "common/Stato.hpp"
+#include "handlers/ModuloMain.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
 #include "support/Prova.hpp"
@@ -112,6 +113,29 @@ TEST_F(SenzaSchermo, LaDimostrazioneDelPresuntoRestaPerIPresuntiSeguenti) {
   NienteInviato();
   EXPECT_THAT(Chiamata("-T SOSPESO /A -C C10 -P A 1"), SizeIs(6));
   EXPECT_THAT(Chiamata("-T EXTRA /A -S A"), SizeIs(6));
+}
+
+TEST_F(SenzaSchermo, ThePresumedDemonstrationCountsAlsoWhereItsLineFailsLater) {
+  EXPECT_EQ(Esegui("-T PRESUNTO /A -DEMO -S A -N"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n")));
+  EXPECT_EQ(Esegui("-T PRESUNTO /D -S A -A 06 -N 1"), "");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n"), "Il documento è stato riattivato"));
+  NienteInviato();
+}
+
+TEST_F(SenzaSchermo, TheTypeOfASuspensionIsKeptInUpperCaseAlsoWhereItsLineFailsLater) {
+  EXPECT_EQ(Esegui("-t sospeso /a -C"), "error");
+  EXPECT_EQ(stato().TipoComando, "SOSPESO");
+  EXPECT_EQ(Esegui("-t extra /a -N"), "error");
+  EXPECT_EQ(stato().TipoComando, "extra") << "the extra command keeps it as typed";
+  NienteInviato();
+}
+
+TEST_F(SenzaSchermo, TheRequestsOfAnOpenItemTakeTheirValuesAsArguments) {
+  EXPECT_EQ(ModuloMain::RichiestaSospensione("07", "10.0.0.9", "C77", "AB9", "AB   9"), "error");
+  EXPECT_EQ(ModuloMain::RichiestaRiattivazione("07", "10.0.0.9", "C77", "AB9", "AB   9"), "error");
+  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("07", "SOSPESOCREA", "C77", "AB9", "T01", ""),
+                                                ElementsAre("07", "SOSPESOCANCELLA", "C77", "AB9", "")));
 }
 
 TEST_F(SenzaSchermo, LaDimostrazioneLeggeUgualmenteLeOpzioni) {
