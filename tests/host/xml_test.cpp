@@ -95,6 +95,65 @@ TEST(Documento, AnAttributesValueHidesNothingOfWhatFollowsIt) {
   EXPECT_THAT(Rifiuto("<A b='&amp;\">'>&#8;</A>"), HasSubstr("non ammesso"));
 }
 
+TEST(Documento, RefusesAnAttributeWrittenTwice) {
+  EXPECT_THAT(Rifiuto("<A b='1' c='2' b='3'/>"), HasSubstr("due volte lo stesso attributo"));
+  EXPECT_THAT(Rifiuto("<A><B><C d='' d=''/></B></A>"), HasSubstr("due volte lo stesso attributo"));
+  EXPECT_THAT(Rifiuto("<A xmlns:x='u' xmlns:y='u' x:b='1' y:b='2'/>"), HasSubstr("due volte lo stesso attributo"));
+  EXPECT_EQ(xml::Leggi("<A b='1' B='2' xmlns:x='u' x:b='3'>x</A>").valore, "x");
+}
+
+TEST(Documento, RefusesTwoHyphensInsideAComment) {
+  EXPECT_THAT(Rifiuto("<A><!-- uno -- due -->x</A>"), HasSubstr("«--» dentro un commento"));
+  EXPECT_THAT(Rifiuto("<A><!-- uno --->x</A>"), HasSubstr("«--» dentro un commento"));
+  EXPECT_THAT(Rifiuto("<!----><!-- - --><A>--<!---->x</A><!-- -- -->"), HasSubstr("«--» dentro un commento"));
+  EXPECT_EQ(xml::Leggi("<!----><!-- - --><A b='--'>--<!-- <&]]> -->x</A>").valore, "--x");
+}
+
+TEST(Documento, RefusesTheEndOfALiteralSectionInAText) {
+  EXPECT_THAT(Rifiuto("<A>x]]>y</A>"), HasSubstr("«]]>» in un testo"));
+  EXPECT_THAT(Rifiuto("<A><![CDATA[x]]>]]></A>"), HasSubstr("«]]>» in un testo"));
+  EXPECT_EQ(xml::Leggi("<A b=']]>'>]] >]>]]&gt;<![CDATA[x]]]]></A>").valore, "]] >]>]]>x]]");
+}
+
+TEST(Documento, RefusesAPrefixThatNothingDeclares) {
+  EXPECT_THAT(Rifiuto("<x:A/>"), HasSubstr("prefisso che non dichiara"));
+  EXPECT_THAT(Rifiuto("<A x:b='1'/>"), HasSubstr("prefisso che non dichiara"));
+  EXPECT_THAT(Rifiuto("<A><B xmlns:x='u'/><x:C/></A>"), HasSubstr("prefisso che non dichiara"));
+  EXPECT_EQ(xml::Leggi("<x:A xmlns:x='u' x:b='1' xml:lang='it'><x:B>y</x:B></x:A>").valore, "y");
+}
+
+TEST(Documento, RefusesADeclarationThatIsNotTheFirstThing) {
+  EXPECT_THAT(Rifiuto(" <?xml version='1.0'?><A/>"), HasSubstr("dichiarazione XML fuori posto"));
+  EXPECT_THAT(Rifiuto("<A/><?xml version='1.0'?>"), HasSubstr("dichiarazione XML fuori posto"));
+  EXPECT_THAT(Rifiuto("<A><?XML version='1.0'?></A>"), HasSubstr("dichiarazione XML fuori posto"));
+  EXPECT_EQ(xml::Leggi("<?xml version='1.0'?><?xml-stylesheet href='a'?><A>x<?resto?></A>").valore, "x");
+}
+
+TEST(Documento, KeepsABlankBesideAComment) {
+  EXPECT_EQ(xml::Leggi("<R><ERRORE> <!-- x --></ERRORE></R>").figli.at(0).valore, " ");
+  EXPECT_EQ(xml::Leggi("<R><ERRORE><!-- x --> <?y?></ERRORE></R>").figli.at(0).valore, " ");
+  EXPECT_EQ(xml::Leggi("<R><ERRORE>a<!-- x --> </ERRORE></R>").figli.at(0).valore, "a ");
+  EXPECT_FALSE(xml::Leggi("<R><ERRORE> <!-- x --></ERRORE></R>").figli.at(0).haTesto);
+}
+
+TEST(Documento, BlanksBetweenElementsAreNoText) {
+  EXPECT_EQ(xml::Leggi("<A> <B>x</B> <!-- y --> <C>z</C>\n</A>").valore, "xz");
+  EXPECT_EQ(xml::Leggi("<A> <![CDATA[ ]]><B>x</B> </A>").valore, "  x");
+}
+
+TEST(Documento, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
+  const std::string documento = "<?xml version='1.0' encoding='UTF-16'?><A>x</A>";
+  std::string piccoli;
+  std::string grandi;
+  for (const char c : documento) {
+    piccoli.append({c, '\0'});
+    grandi.append({'\0', c});
+  }
+  EXPECT_EQ(xml::Leggi(piccoli).valore, "x");
+  EXPECT_EQ(xml::Leggi(grandi).valore, "x");
+  EXPECT_THAT(Rifiuto(documento), HasSubstr("si dichiara in UTF-16"));
+}
+
 TEST(Documento, RefusesAnEmptyDocument) {
   EXPECT_THAT(Rifiuto(""), HasSubstr("vuoto"));
   EXPECT_THAT(Rifiuto(" \n"), HasSubstr("vuoto"));

@@ -111,8 +111,17 @@ std::string Decodifica(std::string_view documento) {
   } else if (documento.starts_with("\xFE\xFF")) {
     codifica = "UTF-16BE";
     documento.remove_prefix(2);
+  } else if (documento.starts_with(std::string_view("<\0?\0", 4))) {
+    codifica = "UTF-16LE";
+  } else if (documento.starts_with(std::string_view("\0<\0?", 4))) {
+    codifica = "UTF-16BE";
   } else {
     codifica = CodificaDichiarata(documento);
+    // The declaration could be read byte by byte, so that the document cannot be in what it names.
+    if (Minuscolo(codifica).starts_with("utf-16")) {
+      throw ErroreRuntime(errori::Driver,
+                          "Documento XML che si dichiara in " + codifica + " ma è scritto in un'altra codifica.");
+    }
   }
   if (!NomeValido(codifica)) {
     throw ErroreRuntime(errori::Driver, "Documento XML con una dichiarazione di codifica non valida.");

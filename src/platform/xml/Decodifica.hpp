@@ -5,9 +5,9 @@
 
 namespace lumoscad::xml {
 
-/// Converts a document to UTF-8 by its byte-order mark or by the encoding that it declares (UTF-8 where it declares
-/// none); the mark is removed. Raises a run-time error with an Italian text for an unknown encoding or for bytes that
-/// the encoding does not allow.
+/// Converts a document to UTF-8 by its byte-order mark, by the UTF-16 in which its declaration is written, or by the
+/// encoding that it declares (UTF-8 where it declares none); the mark is removed. Raises a run-time error with an
+/// Italian text for an unknown encoding or for bytes that the encoding does not allow.
 [[nodiscard]] std::string Decodifica(std::string_view documento);
 
 } // namespace lumoscad::xml

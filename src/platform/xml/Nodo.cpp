@@ -1,10 +1,12 @@
 #include "platform/xml/Nodo.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/xml/BuonaForma.hpp"
 #include "platform/xml/Decodifica.hpp"
-#include "platform/xml/Riferimenti.hpp"
 
 #include <pugixml.hpp>
+
+#include <algorithm>
 
 namespace lumoscad::xml {
 
@@ -45,13 +47,40 @@ bool IsTesto(const pugi::xml_node& nodo) {
   return nodo.type() == pugi::node_pcdata || nodo.type() == pugi::node_cdata;
 }
 
+/// The text that begins with `primo` and goes on up to the next element: comments and instructions do not part it.
+/// `primo` moves to its last piece.
+struct Tratto {
+  std::string testo;
+  bool letterale = false; ///< a CDATA section is part of it
+};
+Tratto LeggiTratto(pugi::xml_node& primo) {
+  Tratto tratto;
+  for (auto nodo = primo; nodo && IsTesto(nodo); nodo = nodo.next_sibling()) {
+    tratto.testo += nodo.value();
+    tratto.letterale = tratto.letterale || nodo.type() == pugi::node_cdata;
+    primo = nodo;
+  }
+  return tratto;
+}
+
+bool HaElementi(const pugi::xml_node& nodo) {
+  const auto figli = nodo.children();
+  return std::any_of(figli.begin(), figli.end(), [](const auto& f) { return f.type() == pugi::node_element; });
+}
+
 Nodo Converti(const pugi::xml_node& sorgente) {
   Nodo nodo;
   nodo.nome = sorgente.name();
-  for (const auto& figlio : sorgente.children()) {
+  const bool haElementi = HaElementi(sorgente);
+  for (auto figlio = sorgente.first_child(); figlio; figlio = figlio.next_sibling()) {
     if (IsTesto(figlio)) {
-      nodo.valore += figlio.value();
-      nodo.haTesto = nodo.haTesto || !SoloBianchi(figlio.value());
+      const Tratto tratto = LeggiTratto(figlio);
+      const bool bianco = SoloBianchi(tratto.testo);
+      // Blanks between elements lay the document out; blanks alone in an element are its text.
+      if (!bianco || tratto.letterale || !haElementi) {
+        nodo.valore += tratto.testo;
+      }
+      nodo.haTesto = nodo.haTesto || !bianco;
     } else if (figlio.type() == pugi::node_element) {
       nodo.figli.push_back(Converti(figlio));
       nodo.valore += nodo.figli.back().valore;
@@ -91,8 +120,7 @@ Nodo Leggi(std::string_view documento) {
   }
   const auto testo = Decodifica(documento);
   pugi::xml_document albero;
-  constexpr unsigned opzioni =
-      pugi::parse_default | pugi::parse_fragment | pugi::parse_doctype | pugi::parse_ws_pcdata_single;
+  constexpr unsigned opzioni = pugi::parse_default | pugi::parse_fragment | pugi::parse_doctype | pugi::parse_ws_pcdata;
   const auto esito = albero.load_buffer(testo.data(), testo.size(), opzioni, pugi::encoding_utf8);
   Profondimetro profondimetro;
   albero.traverse(profondimetro);
@@ -105,8 +133,10 @@ Nodo Leggi(std::string_view documento) {
   if (profondimetro.TroppoProfondo()) {
     Rifiuta("gli elementi sono annidati oltre " + std::to_string(ProfonditaMassima) + " livelli");
   }
-  if (!RiferimentiValidi(testo)) {
-    Rifiuta("contiene un carattere o un riferimento non ammesso");
+  for (const auto difetto : {DifettoDelTesto(testo), DifettoDeiNomi(albero)}) {
+    if (!difetto.empty()) {
+      Rifiuta(std::string(difetto));
+    }
   }
   return Converti(ElementoRadice(albero));
 }
