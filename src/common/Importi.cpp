@@ -3,6 +3,8 @@
 #include "platform/Errore.hpp"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace lumoscad::Utilities {
 namespace {
@@ -20,6 +22,26 @@ bool Cifra(char c) {
 
 [[noreturn]] void NonNumero(std::string_view testo) {
   throw ErroreRuntime(errori::TipoNonCorrispondente, "Importo non valido: " + std::string(testo));
+}
+
+/// A text that holds nothing but digits, "." and ",", with its "," for the decimals as an amount, or nothing where it
+/// is no number. A "." behind the first digit groups thousands, wherever it stands.
+std::optional<std::string> FormattaItaliano(std::string_view testo) {
+  std::string numero;
+  bool cifre = false;
+  bool virgola = false;
+  for (const char c : testo) {
+    if (Cifra(c)) {
+      cifre = true;
+      numero += c;
+    } else if (c == ',' && !virgola) {
+      virgola = true;
+      numero += '.';
+    } else if (c == ',' || !cifre) {
+      return std::nullopt;
+    }
+  }
+  return cifre ? std::optional(FormattaImporto(numero)) : std::nullopt;
 }
 
 Decimale LeggiDecimale(std::string_view testo) {
@@ -118,17 +140,11 @@ bool ControllaImporto(std::string& importo, bool conDecimali, bool conSegno) {
     std::string intero;
     std::string decimali;
     SeparaImporto(testo, intero, decimali);
-    if (decimali.find_first_of(".,") != std::string::npos) {
-      return true;
-    }
-    // The points of the integer part group thousands.
-    std::erase(intero, '.');
-    testo = intero + "." + decimali;
-    if (testo == ".") {
-      return true;
-    }
+    testo = intero + "," + decimali;
   }
-  importo = FormattaImporto(testo);
+  if (auto formattato = FormattaItaliano(testo)) {
+    importo = std::move(*formattato);
+  }
   return false;
 }
 

@@ -27,8 +27,9 @@ namespace lumoscad::Utilities {
 [[nodiscard]] std::string FineMese(std::string_view mese, std::string_view anno);
 
 /// Checks and reformats an amount as typed. Returns true, leaving `importo` as it was, when it holds a character
-/// that is not allowed or is no number; otherwise false, with `importo` as "1.234,50". A blank amount becomes
-/// empty. With `conSegno` a leading sign is taken off and not put back.
+/// that is not allowed; otherwise false, with `importo` as "1.234,50". The decimals begin behind the first ",", or
+/// else behind the first "."; any other "." behind the first digit groups thousands, and a text that then is no number
+/// stays as typed. A blank amount becomes empty. With `conSegno` a leading sign is taken off and not put back.
 [[nodiscard]] bool ControllaImporto(std::string& importo, bool conDecimali, bool conSegno);
 
 /// Splits an amount at its first ",", or else at its first "."; without either the decimals are "00", and a

@@ -1,6 +1,8 @@
 #include "SchermataPresunti.hpp"
 #include "screens/FormPresunti.hpp"
 
+#include <set>
+
 namespace lumoscad {
 namespace {
 
@@ -367,6 +369,27 @@ TEST_P(PresumedScreenTwins, AMovementThatIsNotFoundKeepsTheRowsLoadedSoFar) {
               finestra->conferma();
             }),
             "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
+}
+
+class PresumedScreenLetters : public PresumedScreen {
+ protected:
+  // Two documents apart only by the case of their letters, where the database tells such texts apart.
+  PresumedScreenLetters()
+      : PresumedScreen(prova::DatiPresunti() +
+                       "INSERT INTO MOVIMENTOCONTABILE VALUES (409,1,'N','ab','12306','2006','V');" +
+                       prova::Presunto("21,1,409,101,'N',106,30,30,'EUR','2006-03-10','2006-03-01','X'")) {}
+};
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenLetters, testing::Values("sqlite", "postgres"), prova::NomeDelGenere);
+
+TEST_P(PresumedScreenLetters, DocumentsApartOnlyByTheCaseOfTheirLettersGiveARecordEach) {
+  const auto variazioni = Mostra([this] {
+    ScegliBanca(Riga("AB123/06", "USD"), 1);
+    EXPECT_EQ(NuovaBanca(Riga("ab123/06")), "||");
+    ScegliBanca(Riga("ab123/06"), 1);
+    finestra->conferma();
+  });
+  ASSERT_THAT(variazioni, SizeIs(2));
+  EXPECT_THAT((std::set<int>{variazioni[0].idMovimentoKey, variazioni[1].idMovimentoKey}), ElementsAre(401, 409));
 }
 
 class PresumedScreenEqualRows : public PresumedScreen {

@@ -143,6 +143,7 @@ std::optional<long long> CentesimiScritti(std::string_view testo, bool conDecima
   std::string intero = pulito.substr(0, virgola);
   std::erase(intero, '.');
   std::string decimali = virgola == std::string::npos ? "" : pulito.substr(virgola + 1);
+  std::erase(decimali, '.');
   if (intero.size() > 12 || decimali.size() > 12 || (intero.empty() && decimali.empty())) {
     return std::nullopt;
   }
@@ -162,6 +163,18 @@ long long CentesimiMostrati(std::string_view testo) {
   return centesimi;
 }
 
+/// Allowed characters that make no number: no digit, two ",", or a "." before the first digit that is not the one
+/// behind which the decimals begin.
+bool NonNumero(std::string_view testo, bool conDecimali) {
+  const auto cifra = testo.find_first_of("0123456789");
+  if (!conDecimali || cifra == std::string_view::npos) {
+    return cifra == std::string_view::npos;
+  }
+  const auto virgole = std::count(testo.begin(), testo.end(), ',');
+  const auto punti = std::count(testo.begin(), testo.begin() + static_cast<std::ptrdiff_t>(cifra), '.');
+  return virgole > 1 || punti > (virgole == 0 ? 1 : 0);
+}
+
 void Importi(std::string_view testo) {
   for (const bool conDecimali : {true, false}) {
     for (const bool conSegno : {true, false}) {
@@ -170,7 +183,7 @@ void Importi(std::string_view testo) {
         Esigi(importo == testo, "un importo rifiutato è cambiato");
         continue;
       }
-      if (importo.empty()) {
+      if (importo.empty() || (importo == testo && NonNumero(testo, conDecimali))) {
         continue;
       }
       Esigi(ImportoMostrato(importo) && importo.front() != '-', "l'importo non ha la forma d'un importo");

@@ -92,11 +92,21 @@ TEST(Controlla, UnAltroCarattereERifiutato) {
   EXPECT_EQ(Controlla("1e3"), "rifiutato");
 }
 
-TEST(Controlla, DueSeparatoriDeiDecimaliNonFannoUnNumero) {
-  EXPECT_EQ(Controlla("1,2,3"), "rifiutato");
-  EXPECT_EQ(Controlla("1.2.3"), "rifiutato");
-  EXPECT_EQ(Controlla(","), "rifiutato");
-  EXPECT_EQ(Controlla("."), "rifiutato");
+TEST(Controlla, ATextOfAllowedCharactersThatIsNoNumberStaysAsTypedAndIsNotRefused) {
+  for (const char* scritto : {"1,2,3", ",", ".", ".,50", ".1,5", "1.2,3,", " , "}) {
+    EXPECT_EQ(Controlla(scritto), scritto);
+  }
+  EXPECT_EQ(Controlla("-,", true, true), "-,");
+}
+
+TEST(Controlla, APointBehindTheFirstDigitGroupsThousandsOnceTheDecimalsAreSplitOff) {
+  EXPECT_EQ(Controlla("1.000.000"), "1,00");
+  EXPECT_EQ(Controlla("1.2.3"), "1,23");
+  EXPECT_EQ(Controlla("5,555.5"), "5,56");
+  EXPECT_EQ(Controlla("1.000.000,5"), "1.000.000,50");
+  EXPECT_EQ(Controlla("1,.5"), "1,50");
+  EXPECT_EQ(Controlla("1..5"), "1,50");
+  EXPECT_EQ(Controlla(".5"), "0,50");
 }
 
 TEST(Controlla, IlSegnoEAmmessoSoloSeRichiestoESiPerde) {
