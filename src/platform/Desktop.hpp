@@ -48,11 +48,12 @@ struct EtichettaElenco {
 /// An in-place editor: `FrameScad` with `TextScad`, or `FrameBanca` with `cmbBanche2`.
 struct EditorCella {
   bool visibile = false;
-  int alto = 0;      ///< twips, in window coordinates
-  int sinistra = 0;  ///< twips
-  int larghezza = 0; ///< twips
-  std::string testo; ///< `TextScad.Text`
-  int indice = -1;   ///< `cmbBanche2.ListIndex`
+  std::ptrdiff_t posto = -1; ///< place in display order of the row being edited, -1 when it is gone
+  int alto = 0;              ///< twips, in window coordinates
+  int sinistra = 0;          ///< twips
+  int larghezza = 0;         ///< twips
+  std::string testo;         ///< `TextScad.Text`
+  int indice = -1;           ///< `cmbBanche2.ListIndex`
 };
 
 /// What a list window shows besides its rows. The screen owns and changes it; the window reads it after every

@@ -104,6 +104,7 @@ void FormLumoScad::InserisciScadenza(int top, int left, int width) {
   stato_.data.larghezza = width;
   stato_.data.testo = Righe.Testo(*riga, NuovaScadenza);
   stato_.data.visibile = true;
+  stato_.data.posto = stato_.selezionata;
   testoInModifica_ = Righe.Testo(*riga, Scadenza);
 }
 

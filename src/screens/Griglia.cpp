@@ -113,6 +113,7 @@ void Griglia::ApriEditor(EditorCella& editor, int top, int left, int width) {
   editor.visibile = true;
   rigaInModifica_ = *riga;
   chiaveInModifica_ = ChiaveRiga(*riga);
+  editor.posto = PostoInModifica();
 }
 
 void Griglia::InserisciScadenza(int top, int left, int width) {
@@ -148,6 +149,11 @@ std::optional<std::size_t> Griglia::RigaInModifica() const {
     }
   }
   return std::nullopt;
+}
+
+std::ptrdiff_t Griglia::PostoInModifica() const {
+  const auto riga = RigaInModifica();
+  return riga ? static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*riga)) : -1;
 }
 
 void Griglia::TogliScadenza() {
@@ -282,6 +288,12 @@ void Griglia::Ordina(int colonna) {
   Righe.Ordina(colonna, stato_.crescente);
   if (selezionata) {
     stato_.selezionata = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*selezionata));
+  }
+  // The selection may be elsewhere: an open editor stays with the row on which it was opened.
+  for (EditorCella* editor : {&stato_.data, &stato_.banca}) {
+    if (editor->visibile) {
+      editor->posto = PostoInModifica();
+    }
   }
   ++stato_.ordine;
 }

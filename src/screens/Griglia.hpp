@@ -120,6 +120,7 @@ class Griglia {
   [[nodiscard]] int Larghezza(int colonna) const;
   [[nodiscard]] int QualeSpunta(std::string_view chiave) const;
   [[nodiscard]] std::optional<std::size_t> RigaInModifica() const;
+  [[nodiscard]] std::ptrdiff_t PostoInModifica() const;
   void ApriEditor(EditorCella& editor, int top, int left, int width);
   void Ordina(int colonna);
   void Scarica() noexcept { stato_.scaricata = true; }

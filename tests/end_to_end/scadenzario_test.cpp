@@ -1,23 +1,12 @@
 // The window of one open item, which no command opens: in its real window, with the real request, the real back end on
 // a host that is a directory, and a database.
 
-#include "Dimostrazione.hpp"
-#include "FinestraFinta.hpp"
-#include "common/Stato.hpp"
+#include "FinestraIntera.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "host/RichiestaScadenze.hpp"
-#include "platform/Servizi.hpp"
-#include "platform/nexaro/HostLink.hpp"
-#include "platform/qt/QtDesktop.hpp"
 #include "screens/FormLumoScad.hpp"
 #include "support/OdbcConfiguration.hpp"
 
-#include <QApplication>
-#include <QLabel>
-#include <QTest>
-#include <QTimer>
-
-#include <cstdlib>
 #include <gmock/gmock.h>
 
 namespace lumoscad::prova {
@@ -32,20 +21,9 @@ namespace fs = std::filesystem;
 constexpr int ColonnaNuova = 4; ///< of the window, whose first column is the tick
 constexpr std::string_view Nome = "T0120260305140709";
 
-class ScadenzarioIntero : public testing::Test {
+class ScadenzarioIntero : public FinestraIntera {
  protected:
-  ScadenzarioIntero()
-      : servizi_({[this]() -> Desktop& { return *desktop_; },
-                  [this]() -> nexaro::HostLink& { return *host_; },
-                  [this]() -> const nexaro::Ambiente& { return ambiente_; },
-                  [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
-                  {}}) {
-    for (const auto& voce : demo.Ambiente()) {
-      const auto segno = voce.find('=');
-      ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
-    }
-    host_ = nexaro::CreaHostLink();
-    ambiente_ = nexaro::LeggiAmbiente();
+  ScadenzarioIntero() {
     test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
     prima = demo.Stato();
     auto& s = stato();
@@ -61,9 +39,6 @@ class ScadenzarioIntero : public testing::Test {
     for (const char* scadenza : {"31/03/2006", "30/04/2006"}) {
       form.Righe.Aggiungi({scadenza, scadenza, "100,00", ""});
     }
-    risponditore_.setInterval(5);
-    QObject::connect(&risponditore_, &QTimer::timeout, &risponditore_, [this] { RispondiAlBox(); });
-    risponditore_.start();
   }
 
   static void Scrivi(QDialog& finestra, int riga, const char* data) {
@@ -72,14 +47,8 @@ class ScadenzarioIntero : public testing::Test {
     QTest::keyClicks(&editor, data);
     QTest::keyClick(&editor, Qt::Key_Return);
   }
-  static void Premi(QDialog& finestra, const char* nome) {
-    QTest::mouseClick(&Trova<QWidget>(finestra, nome), Qt::LeftButton);
-  }
-  [[nodiscard]] std::string Chiamata() const { return Leggi(demo.Registro()); }
 
-  Dimostrazione demo;
   Fotografia prima;
-  std::vector<std::string> box; ///< the texts of the message boxes
   FormLumoScad form{[this] { return ScriviRichiestaScadenze(RigheDellaFinestra()); },
                     [] {
                       const auto& s = stato();
@@ -96,20 +65,6 @@ class ScadenzarioIntero : public testing::Test {
     }
     return righe;
   }
-  void RispondiAlBox() {
-    auto* aperta = QApplication::activeModalWidget();
-    if (aperta != nullptr && aperta->objectName() == "MostraMessaggio") {
-      box.push_back(Trova<QLabel>(*aperta, "lblMessaggio").text().toStdString());
-      QTest::keyClick(aperta, Qt::Key_Return);
-    }
-  }
-
-  std::unique_ptr<Desktop> desktop_ = qt::CreaDesktop();
-  std::unique_ptr<nexaro::HostLink> host_;
-  nexaro::Ambiente ambiente_;
-  StatoSostituito stato_;
-  ServiziSostituiti servizi_;
-  QTimer risponditore_;
 };
 
 TEST_F(ScadenzarioIntero, TheDatesTypedInTheWindowGoToTheHostAndIntoTheDatabase) {

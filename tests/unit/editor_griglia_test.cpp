@@ -63,6 +63,28 @@ TEST_F(DateEditor, FindsItsRowAgainAfterTheListWasSorted) {
   EXPECT_THAT(InOrdine(Schermata::NuovaScadenza), ElementsAre("31/03/2006", "31/03/2006", "01/04/2006"));
 }
 
+TEST_F(DateEditor, StaysWithItsRowWhileAnotherIsSelectedAndTheListIsSorted) {
+  AggiungiMolte(3);
+  ScriviData(0, "010406");
+  EXPECT_EQ(griglia.Stato().data.posto, 0);
+  Clic(2, Schermata::Radio2);
+  EXPECT_EQ(griglia.Stato().data.posto, 0);
+  griglia.TLwTestata_Click(TestataConto);
+  EXPECT_EQ(griglia.Stato().data.posto, 2);
+  EXPECT_EQ(griglia.Stato().selezionata, 0);
+  griglia.PictureOk_Click();
+  EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
+}
+
+TEST_F(DateEditor, LiesOverNoRowOnceItsOwnIsGone) {
+  const auto riga = Aggiungi("ROSSI");
+  griglia.Resize();
+  ScriviData(riga, "010406");
+  griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
+  griglia.TLwTestata_Click(TestataConto);
+  EXPECT_EQ(griglia.Stato().data.posto, -1);
+}
+
 TEST_F(DateEditor, WritesIntoItsOwnRowWhenAnotherHasTheSameKey) {
   const auto prima = Aggiungi("ROSSI");
   const auto seconda = Aggiungi("ROSSI");
@@ -262,6 +284,7 @@ TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
   AggiungiMolte(3);
   Clic(0, Schermata::NuovaBanca);
   griglia.TLwTestata_Click(TestataConto);
+  EXPECT_EQ(griglia.Stato().banca.posto, 2);
   griglia.cmbBanche2_LostFocus();
   EXPECT_TRUE(griglia.Righe.Spuntata(0, 1));
   EXPECT_FALSE(griglia.Righe.Spuntata(2, 1));

@@ -78,8 +78,8 @@ void FinestraElencoQt::Preme(int riga, int x, int y) {
 
 void FinestraElencoQt::Rilascia() {
   Gesto([this] {
-    rigaEditor_ = elenco_.stato().selezionata;
-    const int alto = rigaEditor_ < 0 ? 0 : parti_.vista->rowViewportPosition(static_cast<int>(rigaEditor_));
+    const auto riga = static_cast<int>(elenco_.stato().selezionata);
+    const int alto = riga < 0 ? 0 : parti_.vista->rowViewportPosition(riga);
     Chiama(elenco_.clic, alto * TwipsPerPixelY);
   });
 }
@@ -94,12 +94,12 @@ bool FinestraElencoQt::TastoInEditor(QObject* campo, int tasto) {
   case Qt::Key_Tab:
   case Qt::Key_Backtab:
     ChiudiEditorCon(campo, CodiceTab);
-    VaiAllaProssima(tasto);
+    VaiAllaProssima(campo, tasto);
     return true;
   case Qt::Key_Return:
   case Qt::Key_Enter:
     ChiudiEditorCon(campo, CodiceInvio);
-    VaiAllaProssima(Qt::Key_Return);
+    VaiAllaProssima(campo, Qt::Key_Return);
     return true;
   case Qt::Key_Escape:
     Invia(elenco_.abbandonaEditor);
@@ -117,12 +117,13 @@ void FinestraElencoQt::ChiudiEditorCon(QObject* campo, int codice) {
   }
 }
 
-void FinestraElencoQt::VaiAllaProssima(int tasto) {
+void FinestraElencoQt::VaiAllaProssima(const QObject* campo, int tasto) {
   if (Chiusa() || !parti_.FrameScad->isHidden() || !parti_.FrameBanca->isHidden()) {
     return;
   }
   VistaElenco& vista = *parti_.vista;
-  const QModelIndex cella = vista.currentIndex();
+  // From the cell that was edited: the selection may have gone elsewhere meanwhile.
+  const QModelIndex cella = CellaEditor(campo == parti_.TextScad ? Genere::EditorData : Genere::EditorBanca);
   const int ultima = modello_.columnCount();
   if (tasto == Qt::Key_Return) {
     vista.Vai(cella.row() + 1, cella.column());

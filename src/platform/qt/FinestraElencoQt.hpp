@@ -30,7 +30,7 @@ class FinestraElencoQt final : public FinestraModaleQt {
   void Digita(const QModelIndex& cella, const QString& cifra);
   bool TastoInEditor(QObject* campo, int tasto);
   void ChiudiEditorCon(QObject* campo, int codice);
-  void VaiAllaProssima(int tasto);
+  void VaiAllaProssima(const QObject* campo, int tasto);
 
   bool premutaFuori_ = false;
 };

@@ -148,10 +148,10 @@ void FinestraModaleQt::Sincronizza() {
 void FinestraModaleQt::SincronizzaRighe(const StatoElenco& stato) {
   VistaElenco& vista = *parti_.vista;
   const int colonna = std::max(vista.currentIndex().column(), 0);
-  if (std::exchange(ordine_, stato.ordine) != stato.ordine) {
+  const bool riordinate = std::exchange(ordine_, stato.ordine) != stato.ordine;
+  if (riordinate) {
     modello_.Ricarica();
     vista.Vai(static_cast<int>(stato.selezionata), colonna);
-    rigaEditor_ = stato.selezionata;
     contenuto_ = stato.contenuto;
     MostraQuanteRighe();
   } else if (std::exchange(contenuto_, stato.contenuto) != stato.contenuto) {
@@ -160,6 +160,14 @@ void FinestraModaleQt::SincronizzaRighe(const StatoElenco& stato) {
   }
   if (vista.currentIndex().row() != stato.selezionata) {
     vista.MostraSelezionata(static_cast<int>(stato.selezionata));
+  }
+  if (riordinate) {
+    // What is being typed stays in sight, wherever the selection went.
+    for (const Genere genere : {Genere::EditorData, Genere::EditorBanca}) {
+      if (StatoEditor(genere).visibile) {
+        vista.scrollTo(CellaEditor(genere));
+      }
+    }
   }
 }
 
@@ -178,7 +186,7 @@ void FinestraModaleQt::SincronizzaEditor(const EditorCella& editor, QFrame& corn
   if (genere == Genere::EditorBanca && parti_.cmbBanche2->currentIndex() != editor.indice) {
     parti_.cmbBanche2->setCurrentIndex(editor.indice);
   }
-  parti_.PosizionaSullaCella(cornice, CellaEditor(genere));
+  parti_.PosizionaSullaCella(cornice, parti_.vista->visualRect(CellaEditor(genere)));
   if (cornice.isHidden()) {
     cornice.show();
     campo.setFocus();
@@ -194,16 +202,21 @@ int FinestraModaleQt::Colonna(Genere genere) const {
   return colonna;
 }
 
-QRect FinestraModaleQt::CellaEditor(Genere genere) const {
-  return parti_.vista->visualRect(modello_.index(static_cast<int>(rigaEditor_), Colonna(genere)));
+const EditorCella& FinestraModaleQt::StatoEditor(Genere genere) const {
+  const StatoElenco& stato = elenco_.stato();
+  return genere == Genere::EditorData ? stato.data : stato.banca;
+}
+
+QModelIndex FinestraModaleQt::CellaEditor(Genere genere) const {
+  return modello_.index(static_cast<int>(StatoEditor(genere).posto), Colonna(genere));
 }
 
 void FinestraModaleQt::PosizionaEditor() {
   if (!parti_.FrameScad->isHidden()) {
-    parti_.PosizionaSullaCella(*parti_.FrameScad, CellaEditor(Genere::EditorData));
+    parti_.PosizionaSullaCella(*parti_.FrameScad, parti_.vista->visualRect(CellaEditor(Genere::EditorData)));
   }
   if (!parti_.FrameBanca->isHidden()) {
-    parti_.PosizionaSullaCella(*parti_.FrameBanca, CellaEditor(Genere::EditorBanca));
+    parti_.PosizionaSullaCella(*parti_.FrameBanca, parti_.vista->visualRect(CellaEditor(Genere::EditorBanca)));
   }
 }
 

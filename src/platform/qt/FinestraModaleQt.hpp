@@ -54,6 +54,8 @@ class FinestraModaleQt : public QDialog {
   [[nodiscard]] int Colonna(Genere genere) const;
   /// Writes a digit typed over the list into the date editor, once a gesture has opened it.
   void DigitaNellEditor(const QString& cifra);
+  /// The cell on which the editor of this kind was opened last, where its row shows now.
+  [[nodiscard]] QModelIndex CellaEditor(Genere genere) const;
   /// Esc outside an editor: leaves the window. Over changes it first goes to Annulla, because one Esc too many out of
   /// an editor must not throw a morning's work away.
   void Abbandona();
@@ -68,7 +70,6 @@ class FinestraModaleQt : public QDialog {
   FinestraElenco& elenco_;
   ModelloElenco modello_;
   StrutturaElenco parti_;
-  std::ptrdiff_t rigaEditor_ = -1; ///< the place of the row over which an in-place editor is open
 
  private:
   void CollegaLista();
@@ -79,7 +80,7 @@ class FinestraModaleQt : public QDialog {
   void SincronizzaRighe(const StatoElenco& stato);
   void SincronizzaEditor(const EditorCella& editor, QFrame& cornice, QWidget& campo, Genere genere);
   void PosizionaEditor();
-  [[nodiscard]] QRect CellaEditor(Genere genere) const;
+  [[nodiscard]] const EditorCella& StatoEditor(Genere genere) const;
   void Chiudi();
 
   std::uint64_t ordine_;

@@ -112,10 +112,7 @@ void FinestraScadenzarioQt::CollegaCampi() {
   connect(PicSelezionaTutto_, &QPushButton::clicked, this, [this] { Invia(finestra_.selezionaTutto); });
 }
 
-void FinestraScadenzarioQt::Segui(const StatoElenco& stato) {
-  if (stato.data.visibile && parti_.FrameScad->isHidden()) {
-    rigaEditor_ = stato.selezionata;
-  }
+void FinestraScadenzarioQt::Segui(const StatoElenco& /*stato*/) {
   MostraScadenzario(finestra_.stato());
 }
 
@@ -205,7 +202,7 @@ bool FinestraScadenzarioQt::TastoInEditor(const QKeyEvent& tasto) {
   case Qt::Key_Enter:
     Invia(elenco_.tastoEditor, CodiceInvio);
     if (!Chiusa() && parti_.FrameScad->isHidden()) {
-      parti_.vista->Vai(parti_.vista->currentIndex().row() + 1, parti_.vista->currentIndex().column());
+      parti_.vista->Vai(CellaEditor(Genere::EditorData).row() + 1, parti_.vista->currentIndex().column());
     }
     return true;
   case Qt::Key_Escape:

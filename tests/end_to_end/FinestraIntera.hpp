@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Dimostrazione.hpp"
+#include "FinestraFinta.hpp"
+#include "common/Stato.hpp"
+#include "platform/Servizi.hpp"
+#include "platform/nexaro/HostLink.hpp"
+#include "platform/qt/QtDesktop.hpp"
+
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// The component's windows as the person sees them, on a demonstration: real widgets, the real back end on a host that
+/// is a directory, and a database. The clock stands at 5 March 2026, 14:07:09; message boxes are answered with Enter.
+class FinestraIntera : public testing::Test {
+ protected:
+  FinestraIntera()
+      : servizi_({[this]() -> Desktop& { return *desktop_; },
+                  [this]() -> nexaro::HostLink& { return *host_; },
+                  [this]() -> const nexaro::Ambiente& { return ambiente_; },
+                  [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+                  {}}) {
+    for (const auto& voce : demo.Ambiente()) {
+      const auto segno = voce.find('=');
+      ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
+    }
+    host_ = nexaro::CreaHostLink();
+    ambiente_ = nexaro::LeggiAmbiente();
+    risponditore_.setInterval(5);
+    QObject::connect(&risponditore_, &QTimer::timeout, &risponditore_, [this] { RispondiAlBox(); });
+    risponditore_.start();
+  }
+
+  static void Premi(QDialog& finestra, const char* nome) {
+    QTest::mouseClick(&Trova<QWidget>(finestra, nome), Qt::LeftButton);
+  }
+  /// What the back end wrote of the requests that it was sent.
+  [[nodiscard]] std::string Chiamata() const { return Leggi(demo.Registro()); }
+
+  Dimostrazione demo;
+  std::vector<std::string> box; ///< the texts of the message boxes
+
+ private:
+  void RispondiAlBox() {
+    auto* aperta = QApplication::activeModalWidget();
+    if (aperta != nullptr && aperta->objectName() == "MostraMessaggio") {
+      box.push_back(Trova<QLabel>(*aperta, "lblMessaggio").text().toStdString());
+      QTest::keyClick(aperta, Qt::Key_Return);
+    }
+  }
+
+  std::unique_ptr<Desktop> desktop_ = qt::CreaDesktop();
+  std::unique_ptr<nexaro::HostLink> host_;
+  nexaro::Ambiente ambiente_;
+  StatoSostituito stato_;
+  ServiziSostituiti servizi_;
+  QTimer risponditore_;
+};
+
+} // namespace lumoscad::prova
