@@ -84,6 +84,15 @@ void VerificaStato(int stato, const std::string& soggetto, const std::string& co
   throw ErroreDopoAvvio(fine, coda);
 }
 
+bool RispostaCompleta(std::string_view uscita) {
+  try {
+    static_cast<void>(xml::Leggi(uscita));
+    return true;
+  } catch (const ErroreRuntime&) {
+    return false;
+  }
+}
+
 xml::Nodo LeggiRisposta(const std::string& uscita, const std::string& soggetto, const std::string& coda) {
   if (uscita.empty()) {
     throw ErroreDopoAvvio(soggetto + " non ha dato alcuna risposta", coda);

@@ -46,6 +46,9 @@ inline constexpr const char* EsitoIgnoto = "L'esito sull'host non è noto: verif
 /// status says that the program is missing.
 void VerificaStato(int stato, const std::string& soggetto, const std::string& coda, const std::string& rimedio = {});
 
+/// Whether a program has answered a whole document, so that nothing is missing though its output is still open.
+[[nodiscard]] bool RispostaCompleta(std::string_view uscita);
+
 /// The document that a program answered. Raises a run-time error, which begins with `soggetto`, when there is none or
 /// when it is not fit.
 [[nodiscard]] xml::Nodo LeggiRisposta(const std::string& uscita, const std::string& soggetto, const std::string& coda);

@@ -71,7 +71,8 @@ void CollegamentoCartella::EseguiProgramma(std::string_view host, std::string_vi
                           radice_,
                           attesa_,
                           xml::DimensioneMassima,
-                          MassimoErroriMostrati};
+                          MassimoErroriMostrati,
+                          RispostaCompleta};
   const auto esito = Esegui(processo);
   const auto coda = CodaMessaggio(esito.errori);
   VerificaFine(esito, soggetto, coda, attesa_);

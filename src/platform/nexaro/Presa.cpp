@@ -92,11 +92,6 @@ ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono
 
 } // namespace
 
-std::chrono::milliseconds TempoRestante(Termine termine) {
-  return std::max(std::chrono::milliseconds(0),
-                  std::chrono::ceil<std::chrono::milliseconds>(termine - Orologio::now()));
-}
-
 Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine, std::chrono::milliseconds attesa) {
   const auto operazione = "Collegamento all'host " + host + " (porta " + std::to_string(porta) + ")";
   const auto indirizzi = Risolvi(host, porta, operazione);

@@ -1,17 +1,11 @@
 #pragma once
 
 #include "platform/nexaro/Descrittore.hpp"
+#include "platform/nexaro/Termine.hpp"
 
-#include <chrono>
 #include <string>
 
 namespace lumoscad::nexaro {
-
-using Orologio = std::chrono::steady_clock;
-using Termine = Orologio::time_point;
-
-/// The time left until `termine`, rounded up; not negative.
-[[nodiscard]] std::chrono::milliseconds TempoRestante(Termine termine);
 
 /// Opens a TCP connection to the first address of `host` that accepts one before `termine`; `attesa` is the whole wait,
 /// for the message. Raises a run-time error that says what became of the attempt. How long a name takes to resolve is

@@ -1,7 +1,9 @@
 #include "platform/nexaro/Processo.hpp"
 
+#include "platform/nexaro/Chiusura.hpp"
 #include "platform/nexaro/Descrittore.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/Termine.hpp"
 
 #include <algorithm>
 #include <array>
@@ -16,8 +18,6 @@
 namespace lumoscad::nexaro {
 
 namespace {
-
-using Orologio = std::chrono::steady_clock;
 
 constexpr std::string_view avvio = "Avvio del programma";
 
@@ -116,8 +116,6 @@ void RipristinaSegnali() {
   const bool pronto = ::dup2(dati.ingresso, 0) == 0 && ::dup2(dati.uscita, 1) == 1 && ::dup2(dati.errori, 2) == 2 &&
                       ::chdir(dati.cartella) == 0;
   if (pronto) {
-    // A descriptor that the calling program left inheritable is none of the program's business.
-    ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     ::sigprocmask(SIG_SETMASK, &nessuno, nullptr);
     ::execve(dati.eseguibile, dati.argomenti, dati.ambiente);
   }
@@ -125,36 +123,8 @@ void RipristinaSegnali() {
   ::_exit(127);
 }
 
-/// Lets go of everything else: an end of a pipe that lives on in a supervisor keeps its reader waiting.
-void ChiudiGliAltri(const std::array<int, 5>& tenuti) {
-  unsigned inizio = 0;
-  for (const int tenuto : tenuti) {
-    const auto numero = static_cast<unsigned>(tenuto);
-    if (numero > inizio) {
-      ::close_range(inizio, numero - 1, 0);
-    }
-    inizio = numero + 1;
-  }
-  ::close_range(inizio, ~0U, 0);
-}
-
-/// The supervisor stands between caller and program, so that the program's status reaches the caller even where the
-/// calling program ignores SIGCHLD or reaps every child. It leads the process group and outlives the program until the
-/// caller lets it go: so the group's number cannot pass to strangers while the caller may still kill it.
-[[noreturn]] void Sorveglia(const Preparato& dati) {
-  ::setpgid(0, 0);
-  RipristinaSegnali();
-  ChiudiGliAltri(dati.tenuti);
-  const auto figlio = ::_Fork();
-  if (figlio == 0) {
-    DiventaProgramma(dati);
-  }
-  if (figlio < 0) {
-    Riferisci(dati.rapporto, FineProcesso::NonAvviato, errno);
-    ::_exit(1);
-  }
-  ::close(dati.uscita);
-  ::close(dati.errori);
+/// Waits for the program's end and tells how it ended.
+void Attendi(const Preparato& dati, pid_t figlio) {
   int stato = 0;
   while (::waitpid(figlio, &stato, 0) < 0 && errno == EINTR) {
   }
@@ -162,6 +132,29 @@ void ChiudiGliAltri(const std::array<int, 5>& tenuti) {
     Riferisci(dati.rapporto, FineProcesso::Uscito, WEXITSTATUS(stato));
   } else {
     Riferisci(dati.rapporto, FineProcesso::Segnale, WTERMSIG(stato));
+  }
+}
+
+/// The supervisor stands between caller and program, so that the program's status reaches the caller even where the
+/// calling program ignores SIGCHLD or reaps every child. It leads the process group and outlives the program until the
+/// caller ends it or is gone: so neither number can pass to strangers while the caller may still kill it.
+[[noreturn]] void Sorveglia(const Preparato& dati) {
+  ::setpgid(0, 0);
+  RipristinaSegnali();
+  // A descriptor that the calling program left inheritable is none of the program's business, and an end of a pipe that
+  // lives on in a supervisor keeps its reader waiting. The five that stay are closed by the program's start.
+  ChiudiTranne(dati.tenuti);
+  const auto figlio = ::_Fork();
+  if (figlio == 0) {
+    DiventaProgramma(dati);
+  }
+  const auto codice = errno;
+  ::close(dati.uscita);
+  ::close(dati.errori);
+  if (figlio < 0) {
+    Riferisci(dati.rapporto, FineProcesso::NonAvviato, codice);
+  } else {
+    Attendi(dati, figlio);
   }
   ::close(dati.rapporto);
   char nulla = 0;
@@ -177,20 +170,39 @@ class Sorvegliante {
   Sorvegliante(const Sorvegliante&) = delete;
   Sorvegliante& operator=(const Sorvegliante&) = delete;
   ~Sorvegliante() {
-    congedo_.Chiudi();
-    // Where the calling program ignores SIGCHLD or reaps by itself, the answer is ECHILD.
-    while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+    // Its task is over, and the end of the pipe that would tell it so may live on in a process that another thread of
+    // the caller has forked.
+    if (!ucciso_) {
+      ::kill(pid_, SIGKILL);
     }
+    congedo_.Chiudi();
+    Raccogli();
   }
 
-  void Uccidi() const {
+  void Uccidi() {
     ::kill(-pid_, SIGKILL);
     ::kill(pid_, SIGKILL);
+    ucciso_ = true;
   }
 
  private:
+  /// Where the calling program ignores SIGCHLD or reaps by itself, the answer is ECHILD. A process that the system
+  /// cannot end now, because a disk or a network does not answer it, is left to it.
+  void Raccogli() const {
+    const timespec pausa{0, 500'000};
+    const auto limite = Orologio::now() + Proroga;
+    for (;;) {
+      const auto raccolto = ::waitpid(pid_, nullptr, WNOHANG);
+      if (raccolto > 0 || (raccolto < 0 && errno != EINTR) || Orologio::now() >= limite) {
+        return;
+      }
+      ::nanosleep(&pausa, nullptr);
+    }
+  }
+
   pid_t pid_;
   Descrittore congedo_;
+  bool ucciso_ = false;
 };
 
 /// Reads what is there; false at the end of the stream.
@@ -211,63 +223,111 @@ struct Flussi {
   Descrittore rapporto;
 };
 
-struct Ascolto {
-  const Processo& processo;
-  EsitoProcesso& esito;
-  std::string rapporti;
+/// What has been heard of a program, and when to stop listening.
+class Ascolto {
+ public:
+  Ascolto(const Processo& processo, Flussi flussi, EsitoProcesso& esito)
+      : processo_(processo), flussi_(std::move(flussi)), esito_(esito), termine_(Orologio::now() + processo.attesa) {}
 
-  void Serve(Flussi& flussi, const std::array<pollfd, 3>& pronti) {
+  /// Listens until the program and its output have come to their end, or have to be given up; false in that case.
+  bool Esegui() {
+    while (!Finito()) {
+      const auto sguardo = sguardi_.Prossimo(termine_);
+      if (sguardo && Guarda(*sguardo)) {
+        if (esito_.uscita.size() > processo_.massimoUscita) {
+          esito_.uscita.resize(processo_.massimoUscita);
+          esito_.fine = FineProcesso::UscitaEccessiva;
+          return false;
+        }
+        continue;
+      }
+      const bool scaduto = TempoRestante(termine_).count() == 0;
+      if (Riferito() && (scaduto || TempoRestante(quiete_).count() == 0)) {
+        quiete_ = Orologio::now() + Quiete;
+        if (Basta()) {
+          break;
+        }
+      }
+      if (scaduto) {
+        esito_.fine = FineProcesso::Scaduto;
+        return false;
+      }
+    }
+    Concludi();
+    return true;
+  }
+
+ private:
+  /// The supervisor has told how the program ended, or has gone without a word.
+  [[nodiscard]] bool Riferito() const { return rapporti_.size() >= sizeof(Rapporto) || !flussi_.rapporto.Aperto(); }
+
+  [[nodiscard]] bool Finito() const {
+    return Riferito() &&
+           (Letto().fine == FineProcesso::NonAvviato || (!flussi_.uscita.Aperto() && !flussi_.errori.Aperto()));
+  }
+
+  /// Whether the end of the output can be done without.
+  [[nodiscard]] bool Basta() const {
+    const auto rapporto = Letto();
+    const bool riuscito = rapporto.fine == FineProcesso::Uscito && rapporto.stato == 0;
+    return !riuscito || !processo_.completa || processo_.completa(esito_.uscita);
+  }
+
+  /// Waits at most `millesimi` and takes what there is; false when there is nothing.
+  bool Guarda(int millesimi) {
+    if (Riferito()) {
+      millesimi = std::min(millesimi, static_cast<int>(TempoRestante(quiete_).count()));
+    }
+    std::array<pollfd, 3> pronti{{{flussi_.uscita.Numero(), POLLIN, 0},
+                                  {flussi_.errori.Numero(), POLLIN, 0},
+                                  {flussi_.rapporto.Numero(), POLLIN, 0}}};
+    if (::poll(pronti.data(), pronti.size(), millesimi) <= 0) {
+      return false;
+    }
+    Prendi(pronti);
+    quiete_ = Orologio::now() + Quiete;
+    return true;
+  }
+
+  void Prendi(const std::array<pollfd, 3>& pronti) {
     if (pronti[0].revents != 0 &&
-        !Travasa(flussi.uscita, [this](std::string_view dati) { esito.uscita.append(dati); })) {
-      flussi.uscita.Chiudi();
+        !Travasa(flussi_.uscita, [this](std::string_view dati) { esito_.uscita.append(dati); })) {
+      flussi_.uscita.Chiudi();
     }
-    if (pronti[1].revents != 0 && !Travasa(flussi.errori, [this](std::string_view dati) {
-          esito.errori.append(dati.substr(0, processo.massimoErrori - esito.errori.size()));
+    if (pronti[1].revents != 0 && !Travasa(flussi_.errori, [this](std::string_view dati) {
+          esito_.errori.append(dati.substr(0, processo_.massimoErrori - esito_.errori.size()));
         })) {
-      flussi.errori.Chiudi();
+      flussi_.errori.Chiudi();
     }
-    if (pronti[2].revents != 0 && !Travasa(flussi.rapporto, [this](std::string_view dati) { rapporti.append(dati); })) {
-      flussi.rapporto.Chiudi();
+    if (pronti[2].revents != 0 &&
+        !Travasa(flussi_.rapporto, [this](std::string_view dati) { rapporti_.append(dati); })) {
+      flussi_.rapporto.Chiudi();
     }
   }
 
   /// The first report counts: a program that could not start reports that before its supervisor reports its exit.
-  void Concludi() {
+  [[nodiscard]] Rapporto Letto() const {
     Rapporto rapporto{FineProcesso::Segnale, SIGKILL};
-    if (rapporti.size() >= sizeof rapporto) {
-      rapporti.copy(reinterpret_cast<char*>(&rapporto), sizeof rapporto);
+    if (rapporti_.size() >= sizeof rapporto) {
+      rapporti_.copy(reinterpret_cast<char*>(&rapporto), sizeof rapporto);
     }
-    esito.fine = rapporto.fine;
-    esito.stato = rapporto.stato;
+    return rapporto;
   }
-};
 
-void Ascolta(const Processo& processo, Flussi& flussi, const Sorvegliante& sorvegliante, EsitoProcesso& esito) {
-  const auto termine = Orologio::now() + processo.attesa;
-  Ascolto ascolto{processo, esito, {}};
-  while (flussi.uscita.Aperto() || flussi.errori.Aperto() || flussi.rapporto.Aperto()) {
-    const auto resta = std::chrono::ceil<std::chrono::milliseconds>(termine - Orologio::now()).count();
-    if (resta <= 0) {
-      esito.fine = FineProcesso::Scaduto;
-      sorvegliante.Uccidi();
-      return;
-    }
-    std::array<pollfd, 3> pronti{{{flussi.uscita.Numero(), POLLIN, 0},
-                                  {flussi.errori.Numero(), POLLIN, 0},
-                                  {flussi.rapporto.Numero(), POLLIN, 0}}};
-    const auto esitoAttesa = ::poll(pronti.data(), pronti.size(), static_cast<int>(std::min<long>(resta, 60000)));
-    if (esitoAttesa > 0) {
-      ascolto.Serve(flussi, pronti);
-    }
-    if (esito.uscita.size() > processo.massimoUscita) {
-      esito.uscita.resize(processo.massimoUscita);
-      esito.fine = FineProcesso::UscitaEccessiva;
-      sorvegliante.Uccidi();
-      return;
-    }
+  void Concludi() {
+    const auto rapporto = Letto();
+    esito_.fine = rapporto.fine;
+    esito_.stato = rapporto.stato;
   }
-  ascolto.Concludi();
-}
+
+  const Processo& processo_;
+  Flussi flussi_;
+  EsitoProcesso& esito_;
+  std::string rapporti_;
+  Termine termine_;
+  Termine quiete_; ///< when the output of a program that has ended will have been silent for long enough
+  Sguardi sguardi_;
+};
 
 /// Forks with every signal blocked, so that no handler of the calling program runs in the child.
 pid_t Biforca(const Preparato& dati) {
@@ -315,13 +375,15 @@ EsitoProcesso Esegui(const Processo& processo) {
   dati.tenuti = {dati.ingresso, dati.uscita, dati.errori, dati.rapporto, dati.congedo};
   std::sort(dati.tenuti.begin(), dati.tenuti.end());
   EsitoProcesso esito;
-  const Sorvegliante sorvegliante(Biforca(dati), std::move(congedo.scrittura));
+  Sorvegliante sorvegliante(Biforca(dati), std::move(congedo.scrittura));
   uscita.scrittura.Chiudi();
   errori.scrittura.Chiudi();
   rapporto.scrittura.Chiudi();
   congedo.lettura.Chiudi();
-  Flussi flussi{std::move(uscita.lettura), std::move(errori.lettura), std::move(rapporto.lettura)};
-  Ascolta(processo, flussi, sorvegliante, esito);
+  Ascolto ascolto(processo, {std::move(uscita.lettura), std::move(errori.lettura), std::move(rapporto.lettura)}, esito);
+  if (!ascolto.Esegui()) {
+    sorvegliante.Uccidi();
+  }
   return esito;
 }
 

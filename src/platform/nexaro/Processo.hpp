@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lumoscad::nexaro {
@@ -16,6 +18,9 @@ struct Processo {
   std::chrono::milliseconds attesa{}; ///< the longest time that the program may take
   std::size_t massimoUscita = 0;      ///< bytes of standard output after which the program is stopped
   std::size_t massimoErrori = 0;      ///< bytes of standard error that are kept; the rest is dropped
+  /// Whether the output of a program that exited with status 0 is all that is to be expected; where it is not set, any
+  /// output is.
+  std::function<bool(std::string_view uscita)> completa{};
 };
 
 /// How a program ended.
@@ -35,9 +40,12 @@ struct EsitoProcesso {
   std::string errori; ///< the beginning of standard error
 };
 
-/// Runs a program with an empty standard input and waits for its end and for the end of its output. A program that
-/// has to be stopped is killed with its whole process group. Does not depend on how the calling program treats
-/// SIGCHLD and SIGPIPE. Raises a run-time error when the system refuses a pipe or a process.
+/// Runs a program with an empty standard input and waits for its end and for the end of its output. Where another
+/// process holds the output open, it is enough that the program ended and that its output has been silent for `Quiete`;
+/// of a program that exited with status 0 it must be complete too. A program that has to be stopped is killed with its
+/// whole process group. Returns within `attesa` and twice `Proroga`. Does not depend on how the calling program treats
+/// SIGCHLD and SIGPIPE, nor on its other threads' forks. Raises a run-time error when the system refuses a pipe or a
+/// process.
 [[nodiscard]] EsitoProcesso Esegui(const Processo& processo);
 
 } // namespace lumoscad::nexaro
