@@ -269,6 +269,99 @@ TEST_F(Scadenzario, SelectAllAsksForADateWhenTheTopFieldWasLeftEmpty) {
   });
 }
 
+TEST_F(Scadenzario, SelectAllByItsKeyLeavesTheTopFieldFirstAsAClickDoes) {
+  for (const bool conTasto : {false, true}) {
+    box.clear();
+    form.Svuota();
+    form.Righe.Aggiungi({"31/03/2006", "31/03/2006", "1.250,00", ""});
+    Mostra([&](QDialog& finestra) {
+      Premi(finestra, "TextScadenza");
+      Scrivi("31/13/06");
+      if (conTasto) {
+        Tasto(Qt::Key_S, Qt::AltModifier);
+      } else {
+        Premi(finestra, "PicSelezionaTutto");
+      }
+      EXPECT_TRUE(QTest::qWaitFor([this] { return box.size() >= 2; }));
+      EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06"), "Inserisci una scadenza"));
+      EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScadenza").text(), " ");
+      EXPECT_EQ(Spuntate(), 0);
+    });
+  }
+}
+
+TEST_F(Scadenzario, SelectAllByItsKeyWritesTheOpenEditorFirstAsAClickDoes) {
+  Mostra([this](QDialog& finestra) {
+    Clicca(ListaScad(finestra), 0, ColonnaNuova);
+    Scrivi("150606");
+    Tasto(Qt::Key_S, Qt::AltModifier);
+    EXPECT_EQ(Nuova(0), "15/06/2006");
+    EXPECT_FALSE(Visibile(finestra, "TextScad"));
+  });
+}
+
+/// Presses a real button of the mouse, which goes up again over the message that the press brings up: the window is
+/// never told of that.
+void PremiEMolla(QDialog& finestra, const QPoint& punto) {
+  QTimer rilascio;
+  QObject::connect(&rilascio, &QTimer::timeout, &rilascio, [&] {
+    if (QApplication::activeModalWidget() != &finestra) {
+      rilascio.stop();
+      QTest::mouseRelease(finestra.windowHandle(), Qt::LeftButton, {}, punto);
+    }
+  });
+  rilascio.start(0);
+  QTest::mousePress(finestra.windowHandle(), Qt::LeftButton, {}, punto);
+  EXPECT_FALSE(rilascio.isActive()) << "no message came up";
+}
+
+QPoint Mezzo(const QDialog& finestra, const QWidget& widget) {
+  return widget.mapTo(&finestra, widget.rect().center());
+}
+
+TEST_F(Scadenzario, AClickOnSelectAllThatBringsAMessageUpStillCounts) {
+  Mostra([this](QDialog& finestra) {
+    Premi(finestra, "TextScadenza");
+    Scrivi("31/13/06");
+    auto& tutto = Trova<QPushButton>(finestra, "PicSelezionaTutto");
+    PremiEMolla(finestra, Mezzo(finestra, tutto));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return box.size() >= 2; }, 500));
+    EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06"), "Inserisci una scadenza"));
+    EXPECT_FALSE(tutto.isDown());
+    EXPECT_EQ(Spuntate(), 0);
+  });
+}
+
+TEST_F(Scadenzario, AClickOnARowThatBringsAMessageUpStillOpensIt) {
+  Mostra([this](QDialog& finestra) {
+    auto& lista = ListaScad(finestra);
+    Clicca(lista, 0, ColonnaNuova);
+    Scrivi("31/13/06");
+    const QPoint cella = lista.visualRect(lista.model()->index(2, ColonnaNuova)).center();
+    PremiEMolla(finestra, lista.viewport()->mapTo(&finestra, cella));
+    EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
+    EXPECT_TRUE(Visibile(finestra, "TextScad"));
+    EXPECT_EQ(form.Stato().data.posto, 2);
+  });
+}
+
+TEST_F(Scadenzario, AClickOnConfermaThatBringsAMessageUpLeavesTheWindowOpenForAnother) {
+  EXPECT_EQ(Mostra([this](QDialog& finestra) {
+              Clicca(ListaScad(finestra), 0, ColonnaNuova);
+              Scrivi("31/13/06");
+              auto& conferma = Trova<QPushButton>(finestra, "PictureOk");
+              PremiEMolla(finestra, Mezzo(finestra, conferma));
+              EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
+              EXPECT_TRUE(finestra.isVisible());
+              EXPECT_FALSE(conferma.isDown());
+              EXPECT_THAT(confermate, IsEmpty());
+              Premi(finestra, "PictureOk");
+              EXPECT_FALSE(finestra.isVisible());
+            }),
+            "");
+  EXPECT_THAT(confermate, ElementsAre("Scad"));
+}
+
 TEST_F(Scadenzario, TheAccessKeysReachEveryControl) {
   EXPECT_EQ(Mostra([this](QDialog& finestra) {
               Tasto(Qt::Key_N, Qt::AltModifier);

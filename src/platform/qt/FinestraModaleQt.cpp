@@ -232,6 +232,11 @@ bool FinestraModaleQt::HaLasciatoIlCampo(const QFocusEvent& evento) {
          evento.reason() != Qt::MenuBarFocusReason;
 }
 
+bool FinestraModaleQt::event(QEvent* evento) {
+  coperta_ = coperta_ || evento->type() == QEvent::WindowBlocked;
+  return QDialog::event(evento);
+}
+
 bool FinestraModaleQt::eventFilter(QObject* oggetto, QEvent* evento) {
   if (oggetto == parti_.TextScadenza && evento->type() == QEvent::FocusIn) {
     entratoConClic_ = static_cast<const QFocusEvent&>(*evento).reason() == Qt::MouseFocusReason;

@@ -62,6 +62,7 @@ class FinestraModaleQt : public QDialog {
   /// True when the person left the field; false when the focus went to a list or a menu, or the window lost it.
   [[nodiscard]] static bool HaLasciatoIlCampo(const QFocusEvent& evento);
 
+  bool event(QEvent* evento) override;
   bool eventFilter(QObject* oggetto, QEvent* evento) override;
   void closeEvent(QCloseEvent* evento) override;
   void showEvent(QShowEvent* evento) override;
@@ -70,6 +71,7 @@ class FinestraModaleQt : public QDialog {
   FinestraElenco& elenco_;
   ModelloElenco modello_;
   StrutturaElenco parti_;
+  bool coperta_ = false; ///< another window came up modally since this was last set to false
 
  private:
   void CollegaLista();

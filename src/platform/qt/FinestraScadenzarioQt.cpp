@@ -5,6 +5,7 @@
 #include <QFocusEvent>
 #include <QFrame>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -109,7 +110,26 @@ void FinestraScadenzarioQt::CollegaLista() {
 void FinestraScadenzarioQt::CollegaCampi() {
   parti_.vista->installEventFilter(this);
   parti_.vista->setFocusPolicy(Qt::StrongFocus); // the wheel must not take the focus from an open editor
+  CollegaPulsanti();
+}
+
+void FinestraScadenzarioQt::CollegaPulsanti() {
   connect(PicSelezionaTutto_, &QPushButton::clicked, this, [this] { Invia(finestra_.selezionaTutto); });
+  connect(PicSelezionaTutto_, &QPushButton::pressed, this, [this] {
+    // Its key leaves the field that has the focus before it counts, as a click does.
+    PicSelezionaTutto_->setFocus(Qt::ShortcutFocusReason);
+    if (std::exchange(rilascioPerso_, false)) {
+      PicSelezionaTutto_->click();
+    }
+  });
+  for (QPushButton* pulsante : {parti_.PictureOk, parti_.PictureAnnulla}) {
+    // After a refused date the person presses once more: what was refused is not confirmed unseen.
+    connect(pulsante, &QPushButton::pressed, this, [this, pulsante] {
+      if (std::exchange(rilascioPerso_, false)) {
+        pulsante->setDown(false);
+      }
+    });
+  }
 }
 
 void FinestraScadenzarioQt::Segui(const StatoElenco& /*stato*/) {
@@ -144,6 +164,9 @@ void FinestraScadenzarioQt::Preme(int riga, int x) {
   premutaLaSpunta_ = x < elenco_.colonne.front().larghezza;
   if (riga >= 0) {
     Gesto([this, riga] { Chiama(elenco_.seleziona, std::ptrdiff_t{riga}); });
+  }
+  if (std::exchange(rilascioPerso_, false)) {
+    Rilascia();
   }
 }
 
@@ -213,6 +236,18 @@ bool FinestraScadenzarioQt::TastoInEditor(const QKeyEvent& tasto) {
   }
 }
 
+void FinestraScadenzarioQt::LasciaCampo(const std::function<void()>& gesto, const QFocusEvent& evento) {
+  coperta_ = false;
+  Invia(gesto);
+  // The focus went with a press of the mouse, and a message came up before the press arrived: the button of the mouse
+  // went up over the message, and this window never hears of it.
+  if (coperta_ && evento.reason() == Qt::MouseFocusReason && !(QGuiApplication::mouseButtons() & Qt::LeftButton)) {
+    rilascioPerso_ = true;
+    QMetaObject::invokeMethod(
+        this, [this] { rilascioPerso_ = false; }, Qt::QueuedConnection);
+  }
+}
+
 bool FinestraScadenzarioQt::eventFilter(QObject* oggetto, QEvent* evento) {
   if (evento->type() == QEvent::KeyPress) {
     const auto& tasto = static_cast<const QKeyEvent&>(*evento);
@@ -221,10 +256,11 @@ bool FinestraScadenzarioQt::eventFilter(QObject* oggetto, QEvent* evento) {
            ((oggetto == parti_.vista && TastoInLista(tasto)) || (oggetto == parti_.TextScad && TastoInEditor(tasto)));
   }
   if (evento->type() == QEvent::FocusOut && HaLasciatoIlCampo(static_cast<const QFocusEvent&>(*evento))) {
+    const auto& perso = static_cast<const QFocusEvent&>(*evento);
     if (oggetto == parti_.TextScad) {
-      Invia(finestra_.perdeFuocoEditor);
+      LasciaCampo(finestra_.perdeFuocoEditor, perso);
     } else if (oggetto == parti_.TextScadenza) {
-      Invia(finestra_.perdeFuocoScadenza);
+      LasciaCampo(finestra_.perdeFuocoScadenza, perso);
     }
   }
   return FinestraModaleQt::eventFilter(oggetto, evento);

@@ -27,6 +27,7 @@ class FinestraScadenzarioQt final : public FinestraModaleQt {
   void RinominaParti();
   void CollegaLista();
   void CollegaCampi();
+  void CollegaPulsanti();
 
   void MostraScadenzario(const StatoScadenzario& stato);
   void TieniInPrimoPiano(bool sopra);
@@ -37,12 +38,14 @@ class FinestraScadenzarioQt final : public FinestraModaleQt {
   void Digita(const QString& cifra);
   bool TastoInLista(const QKeyEvent& tasto);
   bool TastoInEditor(const QKeyEvent& tasto);
+  void LasciaCampo(const std::function<void()>& gesto, const QFocusEvent& evento);
 
   FinestraScadenzario& finestra_;
   QFrame* FrameDesc_ = nullptr;
   QPushButton* PicSelezionaTutto_ = nullptr;
   int rigaPremuta_ = -1;
   bool premutaLaSpunta_ = false;
+  bool rilascioPerso_ = false; ///< the press that is on its way will not be followed by its release
 };
 
 } // namespace lumoscad::qt
