@@ -5,6 +5,7 @@
 #include "lumoscad/lumoscad.h"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
+#include "platform/Turno.hpp"
 #include "platform/nexaro/Amministrazione.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
@@ -32,7 +33,7 @@ const nexaro::Ambiente& UnicoAmbiente() {
 }
 
 [[maybe_unused]] const bool installati = [] {
-  servizi() = {UnicoDesktop, UnicoHostLink, UnicoAmbiente, OraDiSistema, nullptr};
+  servizi() = {UnicoDesktop, UnicoHostLink, UnicoAmbiente, OraDiSistema, nullptr, qt::DoveSonoLeFinestre};
   return true;
 }();
 
@@ -65,6 +66,11 @@ std::string RegistraChiaveHost(const ChiavePresentata& chiave) noexcept {
 
 bool ProvaHost(std::string_view host, std::string_view programma,
                const std::function<void(const PassoProva&)>& mostra) noexcept {
+  const Turno turno(Turno::Chi::Amministratore);
+  if (turno.Come() != Turno::Esito::Preso) {
+    mostra({"Impostazioni", false, std::string(turno.Motivo())});
+    return false;
+  }
   try {
     auto& collegamento = UnicoHostLink();
     const auto& ambiente = UnicoAmbiente();

@@ -10,7 +10,10 @@ class LumoScadenze {
  public:
   /// Runs one command line and returns its result: the empty text for success or nothing to do, "closed" for a
   /// screen left without changes, "error" for a failure that the person was told. Blocks until every screen has
-  /// closed and the host has answered. Call it on the thread that owns the windows. Never throws.
+  /// closed and the host has answered. One call runs at a time, on the thread of the windows: that of the process'
+  /// QApplication, or else the one that gave the first command, for good. Any other call is refused before it is read:
+  /// "error", one line on the standard error, and where it came out of a running call on that thread, one box. Never
+  /// throws.
   std::string EseguiLumoScad(std::string_view comando) noexcept;
 };
 

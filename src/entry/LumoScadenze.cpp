@@ -6,8 +6,11 @@
 #include "entry/Comandi.hpp"
 #include "platform/Controlli.hpp"
 #include "platform/Errore.hpp"
+#include "platform/Servizi.hpp"
+#include "platform/Turno.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <vector>
 
@@ -75,9 +78,31 @@ void Racconta() noexcept {
   }
 }
 
+/// Tells of a call that came while another one ran, or on a thread that may not show windows. The person sees it once:
+/// a timer would heap up boxes for as long as the first of them is open.
+void Rifiuta(const Turno& turno) noexcept {
+  static std::atomic<bool> aperto{false};
+  try {
+    ScriviErrore(std::string(turno.Motivo()));
+    if (turno.Come() == Turno::Esito::Annidato && !aperto.exchange(true)) {
+      try {
+        servizi().desktop().MostraBox(turno.Motivo(), NomeProdotto);
+      } catch (...) { // NOLINT(bugprone-empty-catch): the standard error has the reason already
+      }
+      aperto = false;
+    }
+  } catch (...) { // NOLINT(bugprone-empty-catch): not even memory for the text is left; the result says it
+  }
+}
+
 } // namespace
 
 std::string LumoScadenze::EseguiLumoScad(std::string_view comando) noexcept {
+  const Turno turno(Turno::Chi::Comando);
+  if (turno.Come() != Turno::Esito::Preso) {
+    Rifiuta(turno);
+    return "error";
+  }
   try {
     return Esegui(comando);
   } catch (...) {

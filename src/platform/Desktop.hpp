@@ -13,6 +13,13 @@ namespace lumoscad {
 /// Mouse pointers, with the values that the commands use.
 enum class Puntatore { Predefinito = 0, Clessidra = 11 };
 
+/// Which thread the windows of this process belong to, as the asking thread sees it.
+enum class ThreadFinestre {
+  Nessuno, ///< no application for windows is there yet, or none any more
+  Questo,
+  Altro
+};
+
 /// Horizontal twips of one device-independent pixel.
 inline constexpr int TwipsPerPixelX = 15;
 /// Vertical twips of one device-independent pixel: a grid row of 240 twips is 24 pixels high.

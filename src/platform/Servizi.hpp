@@ -17,7 +17,8 @@ struct Servizi {
   std::function<const nexaro::Ambiente&()> ambiente; ///< read on first use, kept
   std::function<DataOra()> adesso;                   ///< the current local date and time
   std::function<void(std::string_view)>
-      istruzioneInviata; ///< told every statement text before it is sent; may be empty
+      istruzioneInviata;                               ///< told every statement text before it is sent; may be empty
+  std::function<ThreadFinestre()> threadFinestre = {}; ///< asked from any thread; none: as if without an application
 };
 
 /// The one set of services of the process.

@@ -1,3 +1,4 @@
+#include "lumoscad/Host.hpp"
 #include "lumoscad/lumoscad.h"
 
 #include <array>
@@ -5,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -64,4 +67,31 @@ TEST_F(FacciaC, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
 TEST_F(FacciaC, ANullCommandIsAnEmptyLine) {
   EXPECT_EQ(lumoscad_esegui(nullptr, risultato.data(), risultato.size()), 0U);
   EXPECT_STREQ(risultato.data(), "");
+}
+
+TEST_F(FacciaC, TheTestOfAHostAndACommandDoNotRunAtOnce) {
+  setenv("NEXARO_TRASPORTO", "cartella", 1);
+  setenv("NEXARO_RADICE", testing::TempDir().c_str(), 1);
+  testing::internal::CaptureStderr();
+  std::vector<std::string> interne;
+  std::size_t daUnTimer = 0;
+  std::size_t daUnThread = 0;
+  const auto esegui = [](std::size_t& lunghezza) { lunghezza = lumoscad_esegui("-T FOO", nullptr, 0); };
+  static_cast<void>(lumoscad::ProvaHost("10.0.0.1", "", [&](const lumoscad::PassoProva&) {
+    if (!interne.empty()) {
+      return;
+    }
+    EXPECT_FALSE(lumoscad::ProvaHost("10.0.0.2", "", [&](const lumoscad::PassoProva& interno) {
+      EXPECT_FALSE(interno.riuscito);
+      interne.push_back(interno.dettaglio);
+    }));
+    esegui(daUnTimer);
+    std::thread([&] { esegui(daUnThread); }).join();
+  }));
+  const std::string scritto = testing::internal::GetCapturedStderr();
+  ASSERT_EQ(interne.size(), 1U);
+  EXPECT_EQ(interne[0], "Comando rifiutato: ne è già in corso un altro, che va prima portato a termine.");
+  EXPECT_EQ(daUnTimer, 5U);
+  EXPECT_EQ(daUnThread, 5U);
+  EXPECT_EQ(lumoscad_esegui("-T FOO", nullptr, 0), 0U) << "the turn is free again";
 }

@@ -147,4 +147,16 @@ std::unique_ptr<Desktop> CreaDesktop() {
   return std::make_unique<QtDesktop>();
 }
 
+ThreadFinestre DoveSonoLeFinestre() noexcept {
+  try {
+    const auto* applicazione = qobject_cast<const QApplication*>(QCoreApplication::instance());
+    if (applicazione == nullptr) {
+      return ThreadFinestre::Nessuno;
+    }
+    return QThread::currentThread() == applicazione->thread() ? ThreadFinestre::Questo : ThreadFinestre::Altro;
+  } catch (...) { // no memory for what Qt notes of a new thread, which the application's own is not
+    return ThreadFinestre::Altro;
+  }
+}
+
 } // namespace lumoscad::qt

@@ -12,4 +12,7 @@ namespace lumoscad::qt {
 /// windows, or the wrong thread.
 [[nodiscard]] std::unique_ptr<Desktop> CreaDesktop();
 
+/// Whose windows the process' QApplication shows; an application of Qt without widgets counts as none. From any thread.
+[[nodiscard]] ThreadFinestre DoveSonoLeFinestre() noexcept;
+
 } // namespace lumoscad::qt
