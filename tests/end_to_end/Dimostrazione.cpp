@@ -48,12 +48,12 @@ ServerSsh::Opzioni OpzioniSsh(const std::string& radice, const std::string& opzi
   return nuove;
 }
 
-} // namespace
-
-Righe Interroga(const std::string& connessione, const std::string& sql) {
-  ado::Connection connection;
+void Apri(ado::Connection& connection, const std::string& connessione) {
   connection.ConnectionString = connessione;
   connection.Open();
+}
+
+Righe Interroga(ado::Connection& connection, const std::string& sql) {
   ado::Command comando;
   comando.ActiveConnection = &connection;
   comando.CommandText = sql;
@@ -70,10 +70,20 @@ Righe Interroga(const std::string& connessione, const std::string& sql) {
   return righe;
 }
 
+} // namespace
+
+Righe Interroga(const std::string& connessione, const std::string& sql) {
+  ado::Connection connection;
+  Apri(connection, connessione);
+  return Interroga(connection, sql);
+}
+
 Fotografia Fotografa(const std::string& connessione) {
+  ado::Connection connection;
+  Apri(connection, connessione);
   Fotografia foto;
   for (const auto& [tabella, chiave] : tabelle) {
-    foto[tabella] = Interroga(connessione, std::string("SELECT * FROM ") + tabella + " ORDER BY " + chiave);
+    foto[tabella] = Interroga(connection, std::string("SELECT * FROM ") + tabella + " ORDER BY " + chiave);
   }
   return foto;
 }

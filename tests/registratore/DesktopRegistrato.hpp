@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Registro.hpp"
+
+#include "platform/Desktop.hpp"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace lumoscad::prova {
+
+/// Stands before another desktop and writes into a record what is shown, every gesture that reaches a screen, and what
+/// the gesture changed in the window.
+class DesktopRegistrato final : public Desktop {
+ public:
+  DesktopRegistrato(Registro& registro, Desktop& vero) : registro_(registro), vero_(vero) {}
+
+  void MostraBox(std::string_view testo, std::string_view titolo) override;
+  void ImpostaPuntatore(Puntatore puntatore) override;
+  void EventiInAttesa() override { vero_.EventiInAttesa(); }
+  void MostraElenco(FinestraElenco& finestra) override;
+  void MostraScadenzario(FinestraScadenzario& finestra) override;
+  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
+
+ private:
+  Registro& registro_;
+  Desktop& vero_;
+};
+
+} // namespace lumoscad::prova

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Desktop.hpp"
+
+#include <QDialog>
+
+#include <deque>
+#include <functional>
+#include <memory>
+
+namespace lumoscad::prova {
+
+/// The real desktop with a person before it: every list window shown takes the next script, every box is closed with
+/// Enter. Wants a QApplication.
+class FinestreVere final : public Desktop {
+ public:
+  FinestreVere();
+
+  std::deque<std::function<void(QDialog&)>> copioni;
+
+  void MostraBox(std::string_view testo, std::string_view titolo) override;
+  void ImpostaPuntatore(Puntatore puntatore) override { vero_->ImpostaPuntatore(puntatore); }
+  void EventiInAttesa() override { vero_->EventiInAttesa(); }
+  void MostraElenco(FinestraElenco& finestra) override;
+  void MostraScadenzario(FinestraScadenzario& finestra) override;
+  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override {
+    vero_->MostraAttesa(testo, millisecondi, lavoro);
+  }
+
+ private:
+  void Prossimo();
+
+  std::unique_ptr<Desktop> vero_;
+};
+
+} // namespace lumoscad::prova

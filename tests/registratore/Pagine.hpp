@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Scena.hpp"
+
+#include <vector>
+
+namespace lumoscad::prova {
+
+[[nodiscard]] std::vector<Scenetta> ReciteSenzaFinestra();
+[[nodiscard]] std::vector<Scenetta> ReciteCrediti();
+[[nodiscard]] std::vector<Scenetta> ReciteFiltri();
+[[nodiscard]] std::vector<Scenetta> RecitePresunti();
+[[nodiscard]] std::vector<Scenetta> ReciteScadenzario();
+[[nodiscard]] std::vector<Scenetta> ReciteGuasti();
+[[nodiscard]] std::vector<Scenetta> ReciteFinestreVere();
+
+/// The pages of the record, one file each.
+[[nodiscard]] inline std::vector<Pagina> Pagine() {
+  return {{"comandi", ReciteSenzaFinestra}, {"crediti", ReciteCrediti},         {"filtri", ReciteFiltri},
+          {"presunti", RecitePresunti},     {"scadenzario", ReciteScadenzario}, {"guasti", ReciteGuasti},
+          {"finestre", ReciteFinestreVere}};
+}
+
+} // namespace lumoscad::prova

@@ -1,0 +1,38 @@
+#include "Persona.hpp"
+
+#include <stdexcept>
+
+namespace lumoscad::prova {
+
+void PersonaAllaLista::Clicca(std::size_t riga, std::string_view colonna) const {
+  constexpr int AltezzaRiga = 240;
+  int sinistra = 0;
+  for (const auto& altra : finestra_.colonne) {
+    if (altra.chiave == colonna) {
+      const int alto = static_cast<int>(riga) * AltezzaRiga;
+      finestra_.seleziona(static_cast<std::ptrdiff_t>(riga));
+      if (finestra_.premeMouse) {
+        finestra_.premeMouse(sinistra + 1, alto + 1);
+      }
+      finestra_.clic(alto);
+      return;
+    }
+    sinistra += altra.larghezza;
+  }
+  throw std::logic_error("no column " + std::string(colonna));
+}
+
+void PersonaAllaLista::ScriviData(std::size_t riga, std::string_view testo) const {
+  constexpr int Invio = 13;
+  Clicca(riga, "KNuovaScadenza");
+  finestra_.testoEditor(testo);
+  finestra_.tastoEditor(Invio);
+}
+
+void PersonaAllaLista::ScegliBanca(std::size_t riga, int indice) const {
+  Clicca(riga, "KNuovaBanca");
+  finestra_.scegliBancaCella(indice);
+  finestra_.perdeFuocoBancaCella();
+}
+
+} // namespace lumoscad::prova

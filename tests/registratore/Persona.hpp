@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Desktop.hpp"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace lumoscad::prova {
+
+/// The gestures of a person in a list window, as a real window passes them on.
+class PersonaAllaLista {
+ public:
+  explicit PersonaAllaLista(FinestraElenco& finestra) : finestra_(finestra) {}
+
+  /// Clicks the cell of the column with this key in the row at this place.
+  void Clicca(std::size_t riga, std::string_view colonna) const;
+  /// Types into the date cell and leaves it with Enter.
+  void ScriviData(std::size_t riga, std::string_view testo) const;
+  /// Chooses in the bank cell and leaves it.
+  void ScegliBanca(std::size_t riga, int indice) const;
+
+ private:
+  FinestraElenco& finestra_;
+};
+
+} // namespace lumoscad::prova

@@ -1,0 +1,169 @@
+#include "Scena.hpp"
+
+#include "Figlio.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/Errore.hpp"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace lumoscad::prova {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* Postazione = "Q7Z";
+
+/// The demonstration's tables and rows, and what the commands without a screen work on.
+const std::string& DatiDellaDimostrazione() {
+  static const std::string script = [] {
+    auto dati = Comando({LUMOSCAD_GENERA, std::string(Dimostrazione::Giorno), "400"}).value_or("");
+    // The script runs in a transaction of its own.
+    if (!dati.starts_with("BEGIN;\n") || !dati.ends_with("COMMIT;")) {
+      throw std::runtime_error("no demonstration data");
+    }
+    dati = dati.substr(7, dati.size() - 14);
+    return Leggi(LUMOSCAD_SCHEMA) + dati + Leggi(LUMOSCAD_COMANDI_SQL);
+  }();
+  return script;
+}
+
+void Svuota(const fs::path& cartella) {
+  for (const auto& voce : fs::directory_iterator(cartella)) {
+    fs::remove_all(voce.path());
+  }
+}
+
+} // namespace
+
+Scena::Scena(std::string_view genere, Registro& registro, const Dimostrazione& host)
+    : demo(host), registro_(registro), servizi_(Servizi{}) {
+  base_ = test::databaseContext(genere).create(DatiDellaDimostrazione());
+  if (genere == "postgres") {
+    // The rows of a list without an order come as the plan has them, and the plan follows what the server knows.
+    test::runScript(base_->connectionText(), "ANALYZE AZIENDELINEE; ANALYZE CONTOCONTABILE; ANALYZE PARTITACONTABILE; "
+                                             "ANALYZE MOVIMENTOCONTABILE; ANALYZE EVENTOCONTABILE; ANALYZE ERRORE");
+  }
+  fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
+  fs::copy_file(demo.VB0001().string() + ".vero", demo.VB0001());
+  for (const auto& voce : demo.Ambiente()) {
+    const auto segno = voce.find('=');
+    ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
+  }
+  ::setenv("NEXARO_POSTAZIONE", Postazione, 1);
+  ::unsetenv("NEXARO_ATTESA");
+  registro_.Maschera(demo.Base().string(), "{demo}");
+  registro_.Maschera(Postazione, "{postazione}");
+  registro_.Maschera(base_->source, "{sorgente}");
+  registro_.Maschera(base_->password, "{parola}");
+  if (genere != "sqlite") {
+    registro_.Maschera(base_->schema, "{schema}");
+  }
+  ApriServizi();
+}
+
+Scena::~Scena() {
+  fs::rename(demo.VB0001().string() + ".vero", demo.VB0001());
+  fs::remove(demo.Host() / "conti_bloccati");
+  Svuota(demo.Tmp());
+  Svuota(demo.Locale());
+  Svuota(demo.Registro().parent_path());
+}
+
+void Scena::ApriServizi() {
+  servizi() = {[this]() -> Desktop& {
+                 if (!registrato_) {
+                   registrato_ = std::make_unique<DesktopRegistrato>(registro_, *desktop);
+                 }
+                 return *registrato_;
+               },
+               [this]() -> nexaro::HostLink& {
+                 if (!host_) {
+                   host_ = std::make_unique<HostRegistrante>(registro_, nexaro::CreaHostLink(), demo.Registro());
+                 }
+                 return *host_;
+               },
+               [this]() -> const nexaro::Ambiente& {
+                 if (!ambiente_) {
+                   ambiente_ = std::make_unique<nexaro::Ambiente>(nexaro::LeggiAmbiente());
+                 }
+                 return *ambiente_;
+               },
+               [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+               [this](std::string_view istruzione) {
+                 if (ascolto_ != nullptr) {
+                   ascolto_->Annunciata(istruzione);
+                 }
+               }};
+}
+
+std::string Scena::OpzioniDatabase() const {
+  std::string opzioni = "-DB2SOURCE " + base_->source;
+  if (!base_->user.empty()) {
+    opzioni += " -DB2USER " + base_->user + " -DB2PASS " + base_->password;
+  }
+  return opzioni + " -DB2SCHEMA " + base_->schema;
+}
+
+std::string Scena::Esegui(const std::string& comando) {
+  return EseguiCosi(comando + " " + OpzioniHost() + " " + OpzioniDatabase());
+}
+
+std::string Scena::EseguiCosi(const std::string& comando) {
+  std::string risultato;
+  Registra("comando " + Cita(comando), [&] { return risultato = LumoScadenze().EseguiLumoScad(comando); });
+  return risultato;
+}
+
+void Scena::Registra(const std::string& titolo, const std::function<std::string()>& azione) {
+  const auto prima = FotografaBase();
+  registro_.Annota(titolo);
+  {
+    AscoltoOdbc ascolto(registro_);
+    ascolto_ = &ascolto;
+    try {
+      const auto risultato = azione();
+      registro_.Annota("risultato " + Cita(risultato));
+    } catch (const ErroreRuntime& errore) {
+      registro_.Annota("errore " + std::to_string(errore.Numero()) + " " + Cita(errore.Testo()));
+    }
+    ascolto_ = nullptr;
+  }
+  AnnotaFine(prima);
+}
+
+void Scena::Altrove(const std::string& sql) {
+  auto* const interrotto = ascolto_;
+  ascolto_ = nullptr;
+  registro_.Annota("  da un altro terminale: " + sql);
+  const AscoltoOdbc::Pausa pausa;
+  test::runScript(base_->connectionText(), sql);
+  ascolto_ = interrotto;
+}
+
+std::optional<Fotografia> Scena::FotografaBase() const {
+  try {
+    return Fotografa(base_->connectionText());
+  } catch (const ErroreRuntime&) {
+    return std::nullopt;
+  }
+}
+
+void Scena::AnnotaFine(const std::optional<Fotografia>& prima) {
+  const auto elenca = [this](const char* dove, const fs::path& cartella) {
+    for (const auto& nome : fs::is_directory(cartella) ? Contenuto(cartella) : Righe()) {
+      registro_.Annota(dove + nome);
+    }
+  };
+  elenca("resta sull'host: ", demo.Tmp());
+  elenca("resta in locale: ", demo.Locale());
+  const auto dopo = FotografaBase();
+  if (prima && dopo) {
+    for (const auto& riga : Differenze(*prima, *dopo)) {
+      registro_.Annota("nella base dati: " + riga);
+    }
+  }
+  registro_.Annota("");
+}
+
+} // namespace lumoscad::prova

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "AscoltoOdbc.hpp"
+#include "DesktopRegistrato.hpp"
+#include "Dimostrazione.hpp"
+#include "HostRegistrante.hpp"
+#include "Registro.hpp"
+
+#include "common/Stato.hpp"
+#include "platform/Servizi.hpp"
+#include "support/DatabaseContext.hpp"
+#include "support/Prova.hpp"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// One play: the demonstration's data in a new database, its host as `prepara.sh` leaves it, fresh module-level values,
+/// the clock at 5 March 2026, 14:07:09, and everything written into a record.
+class Scena {
+ public:
+  /// `demo` is the host and is left as it was found; its own database is not used.
+  Scena(std::string_view genere, Registro& registro, const Dimostrazione& demo);
+  Scena(const Scena&) = delete;
+  Scena& operator=(const Scena&) = delete;
+  ~Scena();
+
+  /// Runs a command line as it is.
+  std::string EseguiCosi(const std::string& comando);
+  /// Runs a command line with the host, the company and the database of the play.
+  std::string Esegui(const std::string& comando);
+  [[nodiscard]] std::string OpzioniHost() const { return "-H 10.0.0.1 -D 01"; }
+  [[nodiscard]] std::string OpzioniDatabase() const;
+  /// What the person does in the next list window.
+  void Recita(DesktopRecitato::Copione copione) { recitato.copioni.push_back(std::move(copione)); }
+  /// Runs `azione` as a command's inside is run: recorded, its failure too.
+  void Registra(const std::string& titolo, const std::function<std::string()>& azione);
+  /// Another terminal's statement: not recorded as the component's.
+  void Altrove(const std::string& sql);
+  /// Replaces the host's program by a shell script.
+  void Programma(std::string_view corpo) const { ScriviProgramma(demo.VB0001(), corpo); }
+
+  const Dimostrazione& demo;
+  DesktopRecitato recitato;
+  /// The desktop that is shown; the scripted one unless a play brings its own before its first command.
+  Desktop* desktop = &recitato;
+
+ private:
+  void ApriServizi();
+  /// Nothing while a table is away.
+  [[nodiscard]] std::optional<Fotografia> FotografaBase() const;
+  void AnnotaFine(const std::optional<Fotografia>& prima);
+
+  Registro& registro_;
+  std::unique_ptr<test::TestDatabase> base_;
+  std::unique_ptr<DesktopRegistrato> registrato_;
+  std::unique_ptr<nexaro::HostLink> host_;
+  std::unique_ptr<nexaro::Ambiente> ambiente_;
+  AscoltoOdbc* ascolto_ = nullptr;
+  StatoSostituito stato_;
+  ServiziSostituiti servizi_;
+};
+
+/// A play under its title.
+struct Scenetta {
+  std::string titolo;
+  std::function<void(Scena&)> azione;
+};
+
+/// The plays of one page of the record.
+struct Pagina {
+  const char* nome;
+  std::vector<Scenetta> (*recite)();
+};
+
+} // namespace lumoscad::prova

@@ -1,0 +1,120 @@
+// The two lists of presumed documents.
+
+#include "Pagine.hpp"
+#include "Persona.hpp"
+
+namespace lumoscad::prova {
+namespace {
+
+using Gesti = std::function<void(FinestraElenco&, const PersonaAllaLista&)>;
+
+constexpr int Ordine = 2;
+
+std::string NomeOrdine(FinestraElenco& finestra) {
+  for (const auto& testata : finestra.testate) {
+    if (testata.testo == "Ordine") {
+      return std::to_string(testata.indice);
+    }
+  }
+  return std::to_string(Ordine);
+}
+
+/// The window opens in the order of documents, then come the gestures.
+Scenetta Gioca(const std::string& tipo, std::string titolo, Gesti gesti) {
+  return {tipo + " " + titolo, [tipo, gesti = std::move(gesti)](Scena& scena) {
+            scena.Recita([gesti](FinestraElenco& finestra) {
+              finestra.clicTestata(std::stoi(NomeOrdine(finestra)));
+              gesti(finestra, PersonaAllaLista(finestra));
+            });
+            scena.Esegui("-T " + tipo + " /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE");
+          }};
+}
+
+std::vector<Scenetta> Comuni(const std::string& tipo) {
+  return {Gioca(tipo, "chiusa", [](auto& finestra, const auto&) { finestra.chiudi(); }),
+          Gioca(tipo, "annullata", [](auto& finestra, const auto&) { finestra.annulla(); }),
+          Gioca(tipo, "confermata senza cambi", [](auto& finestra, const auto&) { finestra.conferma(); }),
+          Gioca(tipo, "ogni testata due volte", [](auto& finestra, const auto&) {
+            for (const auto& testata : finestra.testate) {
+              finestra.clicTestata(testata.indice);
+              finestra.clicTestata(testata.indice);
+            }
+          })};
+}
+
+std::vector<Scenetta> Banche() {
+  return {Gioca("BANCA", "una banca nella cella, per tutto il documento",
+                [](auto& finestra, const auto& persona) {
+                  persona.ScegliBanca(0, 2);
+                  persona.ScegliBanca(4, 3);
+                  finestra.conferma();
+                }),
+          Gioca("BANCA", "dal campo in alto, con spunte messe e tolte",
+                [](auto& finestra, const auto& persona) {
+                  finestra.scegliBanca(4);
+                  persona.Clicca(0, "Kradio");
+                  persona.Clicca(3, "Kradio");
+                  persona.Clicca(3, "Kradio");
+                  persona.Clicca(6, "Kradio");
+                  finestra.conferma();
+                }),
+          Gioca("BANCA", "banche tolte",
+                [](auto& finestra, const auto& persona) {
+                  for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
+                    persona.ScegliBanca(riga, 0);
+                  }
+                  finestra.conferma();
+                }),
+          Gioca("BANCA", "annullata dopo un cambio", [](auto& finestra, const auto& persona) {
+            persona.ScegliBanca(0, 2);
+            finestra.annulla();
+          })};
+}
+
+std::vector<Scenetta> Consegne() {
+  return {Gioca("CONSEGNA", "date nelle celle",
+                [](auto& finestra, const auto& persona) {
+                  persona.ScriviData(0, "20/05/26");
+                  persona.ScriviData(1, "270526");
+                  persona.ScriviData(2, "31/02/26");
+                  persona.ScriviData(3, "");
+                  finestra.conferma();
+                }),
+          Gioca("CONSEGNA", "dal campo in alto, con una cella aperta",
+                [](auto& finestra, const auto& persona) {
+                  finestra.testoScadenza("20/05/26");
+                  persona.Clicca(0, "Kradio");
+                  persona.Clicca(1, "Kradio");
+                  persona.Clicca(1, "Kradio");
+                  persona.Clicca(5, "KNuovaScadenza");
+                  finestra.testoEditor("010626");
+                  persona.Clicca(6, "Kradio");
+                  finestra.clicTestata(1);
+                  finestra.conferma();
+                }),
+          Gioca("CONSEGNA", "annullata dopo un cambio",
+                [](auto& finestra, const auto& persona) {
+                  persona.ScriviData(0, "20/05/26");
+                  finestra.annulla();
+                }),
+          Gioca("CONSEGNA", "un nuovo campo in alto toglie le spunte", [](auto& finestra, const auto& persona) {
+            finestra.testoScadenza("20/05/26");
+            persona.Clicca(0, "Kradio");
+            finestra.clicScadenza();
+            finestra.testoScadenza("");
+            persona.Clicca(1, "Kradio");
+            finestra.conferma();
+          })};
+}
+
+} // namespace
+
+std::vector<Scenetta> RecitePresunti() {
+  auto tutte = Comuni("BANCA");
+  for (auto& altre : {Banche(), Comuni("CONSEGNA"), Consegne()}) {
+    tutte.insert(tutte.end(), altre.begin(), altre.end());
+  }
+  return tutte;
+}
+
+} // namespace lumoscad::prova

@@ -1,0 +1,130 @@
+// The window of one open item, which no command opens.
+
+#include "Pagine.hpp"
+
+#include "handlers/ModuloMain.hpp"
+#include "host/RichiestaScadenze.hpp"
+#include "screens/FormLumoScad.hpp"
+
+namespace lumoscad::prova {
+namespace {
+
+using Gesti = std::function<void(FinestraScadenzario&)>;
+
+std::vector<RigaScadenze> RigheDellaFinestra(const FormLumoScad& form) {
+  std::vector<RigaScadenze> righe;
+  for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
+    const auto testo = [&](int colonna) { return std::string(form.Righe.Testo(riga, colonna)); };
+    righe.push_back({stato().ContoScadenze, stato().PartitaScadenze, testo(FormLumoScad::Scadenza),
+                     testo(FormLumoScad::ScadOrig), testo(FormLumoScad::NuovaScadenza)});
+  }
+  return righe;
+}
+
+void Apri(Scena& scena, const std::string& modo, const Gesti& gesti) {
+  auto& s = stato();
+  s.ComandoCorrente = scena.OpzioniDatabase();
+  s.Azienda = "01";
+  s.HostIP = "10.0.0.1";
+  s.TipoComando = "BANCA";
+  s.ContoScadenze = "20100001";
+  s.PartitaScadenze = "AB   123";
+  s.Serie = "A";
+  s.Esercizio = "2006";
+  s.Numero = "15";
+  FormLumoScad* questa = nullptr;
+  FormLumoScad form{[&] { return ScriviRichiestaScadenze(RigheDellaFinestra(*questa)); },
+                    [] {
+                      const auto& t = stato();
+                      return ModuloMain::CancellaExtra(t.Azienda, t.HostIP, t.Serie, t.Esercizio, t.Numero);
+                    }};
+  questa = &form;
+  form.LabelDescPartita = "AB   123";
+  form.LabelDescCliFor = "Cliente della partita";
+  for (const char* scadenza : {"31/03/2006", "30/04/2006", "31/05/2006"}) {
+    form.Righe.Aggiungi({scadenza, scadenza, "100,00", ""});
+  }
+  scena.recitato.copioniScadenzario.push_back(gesti);
+  scena.Registra("scadenzario " + modo,
+                 [&] { return modo == "Scad" ? form.VisualizzaScad() : form.VisualizzaExtra(); });
+}
+
+Scenetta Gioca(const std::string& modo, const std::string& titolo, Gesti gesti) {
+  return {"scadenzario " + modo + ", " + titolo,
+          [modo, gesti = std::move(gesti)](Scena& scena) { Apri(scena, modo, gesti); }};
+}
+
+void Scrivi(FinestraScadenzario& finestra, int riga, const char* data) {
+  constexpr int Invio = 13;
+  finestra.elenco.seleziona(riga);
+  finestra.elenco.clic(riga * 240);
+  finestra.elenco.testoEditor(data);
+  finestra.elenco.tastoEditor(Invio);
+}
+
+} // namespace
+
+std::vector<Scenetta> ReciteScadenzario() {
+  std::vector<Scenetta> tutte;
+  for (const char* modo : {"Scad", "Extra"}) {
+    tutte.push_back(Gioca(modo, "chiuso", [](auto& finestra) { finestra.elenco.chiudi(); }));
+    tutte.push_back(Gioca(modo, "annullato", [](auto& finestra) {
+      Scrivi(finestra, 0, "150606");
+      finestra.elenco.annulla();
+    }));
+    tutte.push_back(Gioca(modo, "confermato senza cambi", [](auto& finestra) { finestra.elenco.conferma(); }));
+    tutte.push_back(Gioca(modo, "date nelle celle", [](auto& finestra) {
+      Scrivi(finestra, 0, "150606");
+      Scrivi(finestra, 1, "31/02/06");
+      finestra.elenco.seleziona(1);
+      finestra.elenco.clic(240);
+      finestra.elenco.testoEditor("20/07/06");
+      finestra.elenco.conferma();
+    }));
+    tutte.push_back(Gioca(modo, "la data in alto con le spunte", [](auto& finestra) {
+      finestra.elenco.testoScadenza("300906");
+      finestra.perdeFuocoScadenza();
+      finestra.spunta(1);
+      finestra.elenco.clic(240);
+      finestra.spunta(0);
+      finestra.spunta(0);
+      finestra.elenco.conferma();
+    }));
+    tutte.push_back(Gioca(modo, "seleziona tutto", [](auto& finestra) {
+      finestra.selezionaTutto();
+      finestra.elenco.testoScadenza("domani");
+      finestra.perdeFuocoScadenza();
+      finestra.selezionaTutto();
+      finestra.elenco.testoScadenza("300906");
+      finestra.perdeFuocoScadenza();
+      finestra.selezionaTutto();
+      finestra.selezionaTutto();
+      finestra.elenco.conferma();
+    }));
+  }
+  tutte.push_back({"scadenzario dopo un comando dimostrativo", [](Scena& scena) {
+                     scena.Esegui("-T PRESUNTO /A -DEMO");
+                     Apri(scena, "Scad", [](auto& finestra) {
+                       Scrivi(finestra, 0, "150606");
+                       finestra.elenco.conferma();
+                     });
+                     Apri(scena, "Extra", [](auto& finestra) { finestra.elenco.conferma(); });
+                   }});
+  tutte.push_back({"scadenzario, rifiutato dall'host", [](Scena& scena) {
+                     lumoscad::prova::Scrivi(scena.demo.Host() / "conti_bloccati", "20100001\n");
+                     Apri(scena, "Scad", [](auto& finestra) {
+                       Scrivi(finestra, 0, "150606");
+                       finestra.elenco.conferma();
+                     });
+                   }});
+  tutte.push_back({"scadenzario, una risposta che è una partita", [](Scena& scena) {
+                     scena.Programma(R"(printf '<PARTITA><SCADENZA><DATA>20060615</DATA></SCADENZA></PARTITA>')");
+                     Apri(scena, "Scad", [](auto& finestra) {
+                       Scrivi(finestra, 0, "150606");
+                       finestra.elenco.conferma();
+                     });
+                   }});
+  return tutte;
+}
+
+} // namespace lumoscad::prova
