@@ -1,9 +1,13 @@
 #include "Banco.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Postazione.hpp"
 
+#include <array>
+#include <functional>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace lumoscad {
@@ -42,11 +46,78 @@ TEST_F(AmbienteDelCollegamento, GivesTheSettingsAsTheyAre) {
   EXPECT_EQ(ambiente.CartellaLocale, cartella.Percorso());
 }
 
-TEST_F(AmbienteDelCollegamento, WorkstationDefaultsToTheMachine) {
+/// The identifier that the process `figlio` becomes would have.
+std::string PostazioneDi(const std::function<void()>& diventa) {
+  std::array<int, 2> tubo{};
+  if (::pipe(tubo.data()) != 0) {
+    return "";
+  }
+  const pid_t figlio = ::fork();
+  if (figlio == 0) {
+    diventa();
+    const auto postazione = nexaro::PostazionePredefinita();
+    const bool scritta = ::write(tubo[1], postazione.data(), postazione.size()) > 0;
+    ::_exit(scritta ? 0 : 1);
+  }
+  ::close(tubo[1]);
+  std::string postazione(200, '\0');
+  const auto letti = ::read(tubo[0], postazione.data(), postazione.size());
+  postazione.resize(letti > 0 ? static_cast<std::size_t>(letti) : 0);
+  ::close(tubo[0]);
+  ::waitpid(figlio, nullptr, 0);
+  return postazione;
+}
+
+TEST_F(AmbienteDelCollegamento, WorkstationDefaultsToMachineUserAndSession) {
   variabili.Togli("NEXARO_POSTAZIONE");
+  variabili.Imposta("XDG_SESSION_ID", "c 3");
   char nome[256]{};
   ASSERT_EQ(::gethostname(nome, sizeof nome - 1), 0);
-  EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, nome);
+  const auto postazione = nexaro::LeggiAmbiente().CodicePostazione;
+  EXPECT_THAT(postazione, testing::MatchesRegex("[A-Za-z0-9._-]+-c_3-[0-9a-f]{8}"));
+  EXPECT_THAT(postazione, testing::StartsWith(std::string(nome).substr(0, 40)));
+  EXPECT_LE(postazione.size(), 93U);
+  EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, postazione);
+}
+
+TEST_F(AmbienteDelCollegamento, TheProgramsOfOneSessionShareItsDefaultWorkstation) {
+  variabili.Imposta("XDG_SESSION_ID", "3");
+  const auto nostra = nexaro::PostazionePredefinita();
+  EXPECT_EQ(PostazioneDi([] {}), nostra);
+  EXPECT_EQ(PostazioneDi([] { ::setsid(); }), nostra) << "a desktop starts its programs in sessions of their own";
+}
+
+TEST_F(AmbienteDelCollegamento, AnotherSessionHasAnotherDefaultWorkstation) {
+  variabili.Imposta("XDG_SESSION_ID", "3");
+  const auto terza = nexaro::PostazionePredefinita();
+  for (const char* altra : {"4", "33", "c3", "3 ", "3/"}) {
+    variabili.Imposta("XDG_SESSION_ID", altra);
+    EXPECT_NE(nexaro::PostazionePredefinita(), terza) << altra;
+  }
+  variabili.Togli("XDG_SESSION_ID");
+  EXPECT_NE(PostazioneDi([] { ::setsid(); }), nexaro::PostazionePredefinita());
+  EXPECT_EQ(PostazioneDi([] {}), nexaro::PostazionePredefinita());
+}
+
+TEST_F(AmbienteDelCollegamento, AnotherUserHasAnotherDefaultWorkstation) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can play another user";
+  }
+  const auto nostra = nexaro::PostazionePredefinita();
+  const auto diventa = [](uid_t utente) {
+    return PostazioneDi([utente] {
+      if (::setuid(utente) != 0) {
+        ::_exit(1);
+      }
+    });
+  };
+  // The second of them has no name in the system.
+  const auto altra = diventa(65534);
+  const auto ignota = diventa(54321);
+  EXPECT_THAT(altra, testing::MatchesRegex("[A-Za-z0-9._-]+"));
+  EXPECT_THAT(ignota, HasSubstr("-54321-"));
+  EXPECT_NE(altra, nostra);
+  EXPECT_NE(ignota, nostra);
 }
 
 TEST_F(AmbienteDelCollegamento, RefusesAWorkstationThatCannotBePartOfAFileName) {

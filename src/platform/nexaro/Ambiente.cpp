@@ -1,8 +1,8 @@
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
+#include "platform/nexaro/Postazione.hpp"
 
-#include <array>
 #include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,20 +11,12 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-std::string NomeMacchina() {
-  std::array<char, 256> nome{};
-  if (::gethostname(nome.data(), nome.size() - 1) != 0) {
-    throw ErroreSistema("Lettura del nome della macchina", errno);
-  }
-  return nome.data();
-}
-
 /// The workstation's identifier becomes part of file names here and on the host.
 std::string LeggiPostazione() {
   static constexpr std::size_t LunghezzaMassima = 100;
   auto postazione = Impostazione("NEXARO_POSTAZIONE");
   if (postazione.empty()) {
-    postazione = NomeMacchina();
+    postazione = PostazionePredefinita();
   }
   bool valida = postazione.size() <= LunghezzaMassima && postazione.find_first_not_of(' ') != std::string::npos;
   for (const char carattere : postazione) {

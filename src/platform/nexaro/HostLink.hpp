@@ -54,8 +54,8 @@ class HostLink {
   virtual void CancellaFile(std::string_view host, std::string_view remoto) = 0;
 };
 
-/// Reads the environment object from `NEXARO_POSTAZIONE` and `NEXARO_CARTELLA_LOCALE` (defaults: the machine's
-/// name, and a private directory of the user, which is created with mode 0700).
+/// Reads the environment object from `NEXARO_POSTAZIONE` and `NEXARO_CARTELLA_LOCALE` (defaults: a
+/// name of machine, user and session, and a private directory of the user, which is created with mode 0700).
 [[nodiscard]] Ambiente LeggiAmbiente();
 
 /// Creates the link that `NEXARO_TRASPORTO` asks for. Raises a run-time error for an unknown or unfit setting.

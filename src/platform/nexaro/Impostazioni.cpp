@@ -12,22 +12,6 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-/// The user of this process, as the system knows it; empty texts where it does not.
-struct Utente {
-  std::string nome;
-  std::string casa;
-};
-
-Utente UtenteCorrente() {
-  std::vector<char> tampone(16384);
-  passwd voce{};
-  passwd* trovata = nullptr;
-  if (::getpwuid_r(::geteuid(), &voce, tampone.data(), tampone.size(), &trovata) != 0 || trovata == nullptr) {
-    return {};
-  }
-  return {voce.pw_name, voce.pw_dir};
-}
-
 unsigned LeggiPorta() {
   const auto testo = Impostazione("NEXARO_SSH_PORTA");
   if (testo.empty()) {
@@ -55,6 +39,16 @@ std::string LeggiPercorsoAssoluto(const char* nome) {
 }
 
 } // namespace
+
+Utente UtenteCorrente() {
+  std::vector<char> tampone(16384);
+  passwd voce{};
+  passwd* trovata = nullptr;
+  if (::getpwuid_r(::geteuid(), &voce, tampone.data(), tampone.size(), &trovata) != 0 || trovata == nullptr) {
+    return {};
+  }
+  return {voce.pw_name, voce.pw_dir};
+}
 
 std::string Impostazione(const char* nome) {
   const char* valore = std::getenv(nome);

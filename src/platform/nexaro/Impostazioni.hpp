@@ -7,6 +7,13 @@
 
 namespace lumoscad::nexaro {
 
+/// The user of this process, as the system knows it; empty texts where it does not.
+struct Utente {
+  std::string nome;
+  std::string casa;
+};
+[[nodiscard]] Utente UtenteCorrente();
+
 /// The value of an environment variable, empty where it is not set.
 [[nodiscard]] std::string Impostazione(const char* nome);
 
