@@ -16,6 +16,7 @@ PIANI = ["entry", "handlers", "screens", "host", "database", "common", "platform
 INTERFACCE = {
     "platform/ado/Ado.hpp": "database",
     "platform/ado/ConnectionText.hpp": "database",
+    "platform/nexaro/Esclusione.hpp": "platform",
     "platform/nexaro/HostLink.hpp": "platform",
     "platform/xml/Nodo.hpp": "platform",
 }

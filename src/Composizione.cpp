@@ -7,6 +7,7 @@
 #include "platform/Servizi.hpp"
 #include "platform/Turno.hpp"
 #include "platform/nexaro/Amministrazione.hpp"
+#include "platform/nexaro/Esclusione.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
 #include <algorithm>
@@ -32,8 +33,14 @@ const nexaro::Ambiente& UnicoAmbiente() {
   return unico;
 }
 
+nexaro::Esclusione& UnicaEsclusione() {
+  static nexaro::Esclusione& unica = *nexaro::CreaEsclusione().release();
+  return unica;
+}
+
 [[maybe_unused]] const bool installati = [] {
-  servizi() = {UnicoDesktop, UnicoHostLink, UnicoAmbiente, OraDiSistema, nullptr, qt::DoveSonoLeFinestre};
+  servizi() = {UnicoDesktop, UnicoHostLink,          UnicoAmbiente,  OraDiSistema,
+               nullptr,      qt::DoveSonoLeFinestre, UnicaEsclusione};
   return true;
 }();
 

@@ -28,15 +28,6 @@ void TogliRichiesta(nexaro::HostLink& host, const RichiestaHost& richiesta, cons
 
 } // namespace
 
-NomiRichiesta NomiPerRichiesta() {
-  const nexaro::Ambiente& ambiente = servizi().ambiente();
-  const DataOra ora = servizi().adesso();
-  const std::string base = std::string(SenzaSpaziAiLati(ambiente.CodicePostazione)) + ConZeri(ora.anno, 4) +
-                           ConZeri(ora.mese, 2) + ConZeri(ora.giorno, 2) + ConZeri(ora.ora, 2) +
-                           ConZeri(ora.minuto, 2) + ConZeri(ora.secondo, 2);
-  return {ambiente.CartellaLocale + "/" + base, "/tmp/" + base};
-}
-
 std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta) {
   Desktop& desktop = servizi().desktop();
   desktop.ImpostaPuntatore(Puntatore::Clessidra);

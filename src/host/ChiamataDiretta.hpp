@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/TurnoRichiesta.hpp"
 #include "platform/nexaro/HostLink.hpp"
 
 #include <string>
@@ -11,17 +12,6 @@ namespace lumoscad {
 /// The back-end program that carries out every change on the host.
 inline constexpr std::string_view ProgrammaHost = "VB0001";
 
-/// The names of one request's file, taken once at its start.
-struct NomiRichiesta {
-  std::string locale; ///< local path
-  std::string remoto; ///< "/tmp/", workstation, "yyyymmddhhmmss": the name of the upload
-  /// The name under which the complete file awaits the program.
-  [[nodiscard]] std::string Completo() const { return remoto + ".dos"; }
-};
-
-/// The names for a request made now by this workstation.
-[[nodiscard]] NomiRichiesta NomiPerRichiesta();
-
 /// A request whose file is written and closed.
 struct RichiestaHost {
   std::string_view hostIP;
@@ -32,7 +22,7 @@ struct RichiestaHost {
 
 /// Uploads the file, renames it to its complete name in one step, runs the program, applies the reply actions with
 /// the module-level reply object, deletes both host names and returns the reply actions' result. What fails is
-/// raised, and leaves the host files where they are. Shows the hourglass meanwhile.
+/// raised, and leaves the host files where they are. Shows the hourglass meanwhile. The request's turn is the caller's.
 [[nodiscard]] std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta);
 
 } // namespace lumoscad

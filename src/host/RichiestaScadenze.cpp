@@ -27,7 +27,8 @@ void Scrivi(std::vector<std::string>& lista, std::size_t indice, std::string val
 } // namespace
 
 std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
-  const NomiRichiesta nomi = NomiPerRichiesta();
+  const TurnoRichiesta turno(Puntatore::Predefinito);
+  const NomiRichiesta& nomi = turno.Nomi();
   std::vector<std::string> chiamata(LimiteSuperiore + 1);
   chiamata[0] = stato().Azienda;
   chiamata[1] = "SCRIVISCADENZE";

@@ -60,6 +60,22 @@ struct RichiestaRecord {
   std::function<std::string()> contenuto; ///< the bytes of the file
 };
 
+/// The request from its naming to its clean-up on the host. The person reads the reply after the turn: a box left open
+/// must not keep others from sending theirs. `nomi` is set as soon as they are known.
+std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<NomiRichiesta>& nomi,
+                            nexaro::XMLParser& risposta) {
+  const TurnoRichiesta turno(Puntatore::Clessidra);
+  nomi = turno.Nomi();
+  std::vector<std::string> parametri(richiesta.limiteSuperiore + 1);
+  parametri[0] = richiesta.azienda;
+  parametri[1] = richiesta.nome;
+  parametri[2] = richiesta.tipo;
+  parametri[3] = SenzaSpaziAiLati(servizi().ambiente().CodicePostazione);
+  parametri[4] = nomi->Completo();
+  ScriviFileLocale(nomi->locale, richiesta.contenuto());
+  return ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta);
+}
+
 std::string Invia(const RichiestaRecord& richiesta) {
   std::string risultato = "error";
   const auto risposta = std::make_shared<MsgAnnulla>();
@@ -68,15 +84,7 @@ std::string Invia(const RichiestaRecord& richiesta) {
     stato().Risposta = risposta;
     servizi().desktop().ImpostaPuntatore(Puntatore::Clessidra);
     servizi().desktop().EventiInAttesa();
-    nomi = NomiPerRichiesta();
-    std::vector<std::string> parametri(richiesta.limiteSuperiore + 1);
-    parametri[0] = richiesta.azienda;
-    parametri[1] = richiesta.nome;
-    parametri[2] = richiesta.tipo;
-    parametri[3] = SenzaSpaziAiLati(servizi().ambiente().CodicePostazione);
-    parametri[4] = nomi->Completo();
-    ScriviFileLocale(nomi->locale, richiesta.contenuto());
-    risultato = ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta->XMLParser);
+    risultato = InviaAlSuoTurno(richiesta, nomi, risposta->XMLParser);
     if (MaggioreDiSpazio(risposta->Messaggio)) {
       servizi().desktop().MostraBox(risposta->Messaggio, NomeProdotto);
     }

@@ -9,6 +9,10 @@
 
 namespace lumoscad {
 
+namespace nexaro {
+class Esclusione;
+}
+
 /// The platform services. The composition root fills them once; a test puts its own in place with
 /// `ServiziSostituiti` and gets the old ones back at the end of the scope.
 struct Servizi {
@@ -19,6 +23,8 @@ struct Servizi {
   std::function<void(std::string_view)>
       istruzioneInviata;                               ///< told every statement text before it is sent; may be empty
   std::function<ThreadFinestre()> threadFinestre = {}; ///< asked from any thread; none: as if without an application
+  /// the locks that requests of one workstation share on this machine, created on first use, kept; may be empty
+  std::function<nexaro::Esclusione&()> esclusione = {};
 };
 
 /// The one set of services of the process.

@@ -1,14 +1,19 @@
 #include "Dimostrazione.hpp"
+#include "Figlio.hpp"
 #include "Schermo.hpp"
+#include "platform/nexaro/Esclusione.hpp"
 
 #include <gmock/gmock.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 #include <sys/inotify.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace lumoscad::prova {
@@ -215,6 +220,33 @@ TEST_P(CreditiLasciati, ConfirmingWithoutAChangeSendsNothing) {
 INSTANTIATE_TEST_SUITE_P(Trasporti, CreditiPerTrasporto, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          NomeCaso);
 INSTANTIATE_TEST_SUITE_P(Trasporti, CreditiLasciati, testing::Values(Trasporto::Cartella, Trasporto::Ssh), NomeCaso);
+
+class CreditiInDue : public Crediti {
+ protected:
+  CreditiInDue() : Crediti(Trasporto::Cartella) {}
+};
+
+TEST_F(CreditiInDue, ARequestWaitsForAnotherProgramOfItsWorkstation) {
+  const std::string postazione = "DUE" + std::to_string(::getpid());
+  std::ofstream(demo.Base() / "ambiente.sh", std::ios::app) << "export NEXARO_POSTAZIONE=" << postazione << "\n";
+  const auto altra = nexaro::CreaEsclusione();
+  ASSERT_FALSE(altra->Attendi(postazione, [] {}));
+  const auto programma = Avvia("-C 20100023");
+  const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
+  ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
+  ASSERT_TRUE(schermo.Tasti({"alt+n"}) && schermo.Digita("15/04/26"));
+  ASSERT_TRUE(schermo.Clicca(elenco, SpuntaData, PrimaRiga));
+  ASSERT_TRUE(schermo.Clicca(elenco, Conferma, Pulsanti));
+  std::this_thread::sleep_for(std::chrono::seconds(2));
+  EXPECT_THAT(Contenuto(demo.Tmp()), ElementsAre("VBCREDITI"));
+  EXPECT_FALSE(fs::exists(demo.Registro()));
+  EXPECT_TRUE(programma->Vivo());
+  altra->Lascia();
+  ASSERT_FALSE(schermo.AspettaFinestra(titoloMessaggio, *programma).empty()) << Risultato() << Errori();
+  ASSERT_TRUE(schermo.Tasti({"Return"}));
+  EXPECT_EQ(programma->Attendi(), 0);
+  EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("ACCETTATA\tVariata 1 scadenza\t"));
+}
 
 class CreditiRaddoppiati : public Crediti {
  protected:

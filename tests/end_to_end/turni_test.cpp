@@ -1,0 +1,314 @@
+// Programs of one workstation that send requests at the same time, each in a process of its own.
+
+#include "Dimostrazione.hpp"
+#include "host/RichiestaScadenze.hpp"
+#include "host/Richieste.hpp"
+#include "platform/Errore.hpp"
+#include "platform/nexaro/Esclusione.hpp"
+#include "support/AltroProcesso.hpp"
+#include "support/Prova.hpp"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <map>
+#include <new>
+#include <set>
+#include <string>
+#include <sys/mman.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace lumoscad::prova {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+VariazioneCanalizzazione Rata(const std::string& conto) {
+  VariazioneCanalizzazione v;
+  v.CodiceConto = conto;
+  v.NumeroPartita = "2006 15";
+  v.NumeroRata = "1";
+  v.ScadenzaOriginale = v.VecchiaScadenza = "31/03/2006";
+  v.NuovaScadenza = "05/04/2006";
+  v.isScadenzaChanged = true;
+  return v;
+}
+
+VariazioneConsegna Documento() {
+  VariazioneConsegna v;
+  v.CodiceConto = "C1";
+  v.Numero = "1";
+  v.Consegna = v.ConsegnaOrigine = "31/03/2006";
+  v.NuovaConsegna = "05/04/2006";
+  return v;
+}
+
+/// The clock of every process, `passo` to a second: a hundred rounds need not last minutes.
+DataOra OraAccelerata(std::chrono::milliseconds passo) {
+  const auto secondi = std::chrono::steady_clock::now().time_since_epoch() / passo;
+  const auto parte = [secondi](long divisore, long modulo) { return static_cast<int>(secondi / divisore % modulo); };
+  return {2026, 3, 1 + parte(86400, 28), parte(3600, 24), parte(60, 60), parte(1, 60)};
+}
+
+/// Where two processes meet before each round.
+class Barriera {
+ public:
+  void Attendi() {
+    const int giro = giro_;
+    if (++arrivati_ == 2) {
+      arrivati_ = 0;
+      ++giro_;
+    }
+    while (giro_ == giro) {
+      std::this_thread::sleep_for(200us);
+    }
+  }
+
+ private:
+  std::atomic<int> arrivati_{0};
+  std::atomic<int> giro_{0};
+};
+
+/// Memory that forked processes share.
+template <typename Tipo> Tipo& Condiviso() {
+  void* posto = ::mmap(nullptr, sizeof(Tipo), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (posto == MAP_FAILED) {
+    throw std::bad_alloc();
+  }
+  return *new (posto) Tipo;
+}
+
+class Turni : public testing::Test {
+ protected:
+  Turni() {
+    ::setenv("NEXARO_ATTESA", "0.3", 1);
+    banco_.ambiente.CodicePostazione = postazione_;
+    banco_.ambiente.CartellaLocale = (base_ / "locale").string();
+    esclusione_ = nexaro::CreaEsclusione();
+    servizi().esclusione = [this]() -> nexaro::Esclusione& { return *esclusione_; };
+    for (const char* cartella : {"locale", "locale0", "locale1", "tmp", "programmi", "registro"}) {
+      fs::create_directories(base_ / cartella);
+    }
+  }
+  ~Turni() override {
+    ::unsetenv("NEXARO_ATTESA");
+    std::error_code ignorato;
+    fs::remove_all(base_, ignorato);
+  }
+
+  /// Another program of this workstation, between the naming of its request and its clean-up.
+  [[nodiscard]] std::function<void()> HaIlTurno() const {
+    return [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Attendi(postazione_, [] {})); };
+  }
+
+  /// What becomes of a request: "" or its error's text.
+  static std::string Esito(const std::function<std::string()>& invio) {
+    try {
+      return invio();
+    } catch (const ErroreRuntime& errore) {
+      return errore.Testo();
+    }
+  }
+  static std::string Invia() {
+    return Esito([] { return ScriviRichiestaCanalizzazione("h", "01", {Rata("C1")}, "CREDITI"); });
+  }
+
+  /// Becomes one of two programs that send a request in each round, and ends; its words are in `errori`.
+  [[noreturn]] void Lavora(int quale, int giri, bool altraCartella, std::chrono::milliseconds passo,
+                           Barriera& barriera) {
+    ::alarm(100);
+    ::setenv("NEXARO_ATTESA", "60", 1);
+    ::setenv("NEXARO_TRASPORTO", "cartella", 1);
+    ::setenv("NEXARO_RADICE", base_.c_str(), 1);
+    nexaro::HostLink& link = *nexaro::CreaHostLink().release();
+    esclusione_ = nexaro::CreaEsclusione();
+    servizi().hostLink = [&link]() -> nexaro::HostLink& { return link; };
+    servizi().adesso = [passo] { return OraAccelerata(passo); };
+    banco_.ambiente.CartellaLocale = (base_ / ("locale" + std::to_string(altraCartella ? quale : 0))).string();
+    std::ofstream errori(base_ / ("errori" + std::to_string(quale)));
+    for (int giro = 0; giro < giri; ++giro) {
+      const std::string conto = "C" + std::to_string(quale) + "." + std::to_string(giro);
+      barriera.Attendi();
+      const std::string esito =
+          Esito([&] { return ScriviRichiestaCanalizzazione("h", "01", {Rata(conto)}, "CREDITI"); });
+      if (!esito.empty()) {
+        errori << conto << " " << esito << "\n";
+      }
+    }
+    // A name is another's for as long as its process runs.
+    barriera.Attendi();
+    errori.close();
+    ::_exit(0);
+  }
+
+  /// Two processes meet `giri` times, and both send. What the host's program saw of every request, and what was said.
+  void Incontra(int giri, bool altraCartella, std::chrono::milliseconds passo) {
+    ScriviProgramma(base_ / "programmi/VB0001", "printf '%s %s\\n' \"$5\" \"$(cut -d, -f1 \"$NEXARO_RADICE$5\")\" "
+                                                ">>\"$NEXARO_RADICE/registro/visti\"\necho '<R/>'");
+    auto& barriera = Condiviso<Barriera>();
+    std::array<pid_t, 2> figli{};
+    for (int quale = 0; quale < 2; ++quale) {
+      figli.at(static_cast<std::size_t>(quale)) = ::fork();
+      if (figli.at(static_cast<std::size_t>(quale)) == 0) {
+        Lavora(quale, giri, altraCartella, passo, barriera);
+      }
+    }
+    for (const pid_t figlio : figli) {
+      int stato = -1;
+      ASSERT_EQ(::waitpid(figlio, &stato, 0), figlio);
+      EXPECT_EQ(stato, 0);
+    }
+    ::munmap(&barriera, sizeof barriera);
+    EXPECT_EQ(Leggi(base_ / "errori0") + Leggi(base_ / "errori1"), "");
+    std::ifstream visti(base_ / "registro/visti");
+    for (std::string nome, conto; visti >> nome >> conto;) {
+      // The account begins with the process' own letter and number.
+      nomi_[nome].insert(conto.substr(0, 2));
+      conti_.insert(conto);
+    }
+    EXPECT_THAT(Contenuto(base_ / "tmp"), IsEmpty());
+  }
+
+  void VerificaCheOgnunaSiaPassataUnaVolta(int giri) {
+    std::multiset<std::string> attesi;
+    for (int giro = 0; giro < giri; ++giro) {
+      attesi.insert({"C0." + std::to_string(giro), "C1." + std::to_string(giro)});
+    }
+    EXPECT_EQ(conti_, attesi) << "a request was lost or carried out twice";
+    for (const auto& [nome, processi] : nomi_) {
+      EXPECT_EQ(processi.size(), 1U) << nome << " was the name of both";
+    }
+  }
+
+  const std::string postazione_ = "PROVA" + std::to_string(::getpid());
+  const fs::path base_ = fs::temp_directory_path() / ("lumoscad-" + postazione_);
+  Banco banco_;
+  std::unique_ptr<nexaro::Esclusione> esclusione_;
+  std::map<std::string, std::set<std::string>> nomi_; ///< the processes that used a name
+  std::multiset<std::string> conti_;
+};
+
+} // namespace
+
+TEST_F(Turni, TwoProcessesThatMeetAHundredTimesLoseNoRequestAndDoNoneTwice) {
+  Incontra(100, true, 20ms);
+  VerificaCheOgnunaSiaPassataUnaVolta(100);
+}
+
+TEST_F(Turni, TwoProcessesWithOneLocalDirectoryLoseNoRequestEither) {
+  Incontra(100, false, 20ms);
+  VerificaCheOgnunaSiaPassataUnaVolta(100);
+}
+
+TEST_F(Turni, OnTheMachinesOwnSecondsTheyAreLateByASecondAndNotLost) {
+  Incontra(2, true, 1000ms);
+  VerificaCheOgnunaSiaPassataUnaVolta(2);
+}
+
+TEST_F(Turni, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
+  const AltroProcesso altro(HaIlTurno());
+  ASSERT_TRUE(altro.Riuscito());
+  const std::string attesa = "Un altro programma (processo " + std::to_string(altro.Numero()) + ")";
+  const std::vector<std::pair<std::string, std::function<std::string()>>> scrittori{
+      {"-2147467259 ", [] { return ScriviRichiestaCanalizzazione("h", "01", {Rata("C1")}, "CREDITI"); }},
+      {"-2147467259 ", [] { return ScriviRichiestaBancaPresunti("h", "01", {Documento()}, "PRESUNTI"); }},
+      {"-2147467259 ", [] { return ScriviRichiestaConsegna("h", "01", {Documento()}, "PRESUNTI"); }},
+      {"", [] {
+         return ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", "30/04/2006"}});
+       }}};
+  for (const auto& [numero, scrittore] : scrittori) {
+    const std::string esito = Esito(scrittore);
+    EXPECT_THAT(esito, StartsWith(numero + attesa));
+    EXPECT_THAT(esito, HasSubstr("entro 0,300 secondi. Nulla è stato inviato all'host."));
+    EXPECT_THAT(banco_.desktop.puntatori, Contains(Puntatore::Clessidra));
+    EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
+  }
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_THAT(Contenuto(base_ / "locale"), IsEmpty());
+}
+
+TEST_F(Turni, WhileItWaitsTheHourglassShowsAndEventsRun) {
+  const AltroProcesso altro(HaIlTurno());
+  ASSERT_TRUE(altro.Riuscito());
+  EXPECT_NE(Esito([] { return ScriviRichiestaScadenze({}); }), "");
+  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
+  EXPECT_GE(banco_.desktop.respiri, 5U);
+}
+
+TEST_F(Turni, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
+  ::setenv("NEXARO_ATTESA", "30", 1);
+  esclusione_ = nexaro::CreaEsclusione();
+  AltroProcesso altro(HaIlTurno());
+  ASSERT_TRUE(altro.Riuscito());
+  int letture = 0;
+  servizi().adesso = [&letture] { return DataOra{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
+  std::thread uccisore([&altro] {
+    std::this_thread::sleep_for(100ms);
+    altro.Uccidi();
+  });
+  EXPECT_EQ(Invia(), "");
+  uccisore.join();
+  EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
+}
+
+TEST_F(Turni, ASecondThatALivingProcessHasUsedIsNotTakenWithoutAWaitEither) {
+  const AltroProcesso altro([this] {
+    if (!nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")) {
+      throw ErroreRuntime(errori::ErroreInterno, "taken");
+    }
+  });
+  ASSERT_TRUE(altro.Riuscito());
+  int letture = 0;
+  servizi().adesso = [&letture] { return DataOra{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
+  EXPECT_EQ(Invia(), "");
+  EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
+}
+
+TEST_F(Turni, RequestsOfOneProcessWithinASecondHaveOneName) {
+  EXPECT_EQ(Invia(), "");
+  EXPECT_EQ(Invia(), "");
+  EXPECT_EQ(banco_.host.operazioni.at(0), "Invia /tmp/" + postazione_ + "20060305140709");
+  EXPECT_EQ(banco_.host.operazioni.at(5), banco_.host.operazioni.at(0));
+}
+
+TEST_F(Turni, AClockThatStandsStillIsSaidAndNothingIsSent) {
+  const AltroProcesso altro(
+      [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")); });
+  ASSERT_TRUE(altro.Riuscito());
+  EXPECT_THAT(Invia(), testing::AllOf(HasSubstr("l'orologio della macchina non va avanti"),
+                                      HasSubstr("Nulla è stato inviato all'host.")));
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito()) << "the turn was kept";
+}
+
+TEST_F(Turni, ARequestThatFailsLetsTheNextOneIn) {
+  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Guasto."); };
+  EXPECT_EQ(Invia(), "75 Guasto.");
+  EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito());
+}
+
+TEST_F(Turni, TheTurnLastsUntilTheCleanUpAndNoLonger) {
+  std::vector<std::string> libere;
+  banco_.host.guasto = [&](const std::string& operazione) {
+    if (AltroProcesso(HaIlTurno()).Riuscito()) {
+      libere.push_back(operazione);
+    }
+  };
+  EXPECT_EQ(Invia(), "");
+  EXPECT_THAT(libere, IsEmpty());
+  EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito());
+}
+
+} // namespace lumoscad::prova

@@ -1,0 +1,255 @@
+#include "platform/nexaro/Esclusione.hpp"
+
+#include "Banco.hpp"
+#include "support/AltroProcesso.hpp"
+
+#include <chrono>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <thread>
+
+namespace lumoscad {
+namespace {
+
+using prova::AltroProcesso;
+using prove::ErroreDi;
+using testing::HasSubstr;
+using namespace std::chrono_literals;
+
+void Niente() {}
+
+/// Goes on as another user, or not at all.
+void Diventa(uid_t utente) {
+  if (::setgid(utente) != 0 || ::setuid(utente) != 0 || ::geteuid() != utente) {
+    ::_exit(1);
+  }
+}
+
+class Esclusione : public testing::Test {
+ protected:
+  void SetUp() override {
+    variabili.Imposta("NEXARO_ATTESA", "0.3");
+    nostra = nexaro::CreaEsclusione();
+  }
+
+  /// What another program does: its locks stay as long as its process.
+  [[nodiscard]] std::function<void()> Prende() const {
+    return [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Attendi(testo, Niente)); };
+  }
+  [[nodiscard]] bool Libero() const {
+    try {
+      const bool atteso = nostra->Attendi(testo, Niente);
+      nostra->Lascia();
+      return !atteso;
+    } catch (const ErroreRuntime&) {
+      return false;
+    }
+  }
+
+  prove::VariabiliProvvisorie variabili;
+  /// Of this test alone: the locks are the machine's.
+  const std::string testo = "PROVA" + std::to_string(::getpid());
+  std::unique_ptr<nexaro::Esclusione> nostra;
+};
+
+TEST_F(Esclusione, KeepsAnotherProcessOutUntilItsHolderLetsGo) {
+  ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  EXPECT_FALSE(AltroProcesso(Prende()).Riuscito());
+  nostra->Lascia();
+  EXPECT_TRUE(AltroProcesso(Prende()).Riuscito());
+}
+
+TEST_F(Esclusione, AnotherTextIsAnotherLock) {
+  const AltroProcesso altro(Prende());
+  ASSERT_TRUE(altro.Riuscito());
+  EXPECT_FALSE(nostra->Attendi(testo + "0", Niente));
+  nostra->Lascia();
+}
+
+TEST_F(Esclusione, WhoWaitsGetsItOnceTheHolderHasEndedAndIsToldThatItWaited) {
+  variabili.Imposta("NEXARO_ATTESA", "30");
+  const auto paziente = nexaro::CreaEsclusione();
+  AltroProcesso altro(Prende());
+  ASSERT_TRUE(altro.Riuscito());
+  int respiri = 0;
+  EXPECT_TRUE(paziente->Attendi(testo, [&] {
+    if (++respiri == 3) {
+      altro.Termina();
+    }
+  }));
+  EXPECT_GE(respiri, 3);
+  paziente->Lascia();
+}
+
+TEST_F(Esclusione, GoesWithAKilledHolder) {
+  AltroProcesso altro(Prende());
+  ASSERT_TRUE(altro.Riuscito());
+  ASSERT_FALSE(Libero());
+  altro.Uccidi();
+  EXPECT_TRUE(Libero());
+}
+
+TEST_F(Esclusione, IsNotHeldByAChildThatItsHolderForked) {
+  std::array<int, 2> tubo{};
+  ASSERT_EQ(::pipe(tubo.data()), 0);
+  AltroProcesso altro([&] {
+    Prende()();
+    const pid_t figlio = ::fork();
+    if (figlio == 0) {
+      ::pause();
+      ::_exit(0);
+    }
+    static_cast<void>(::write(tubo[1], &figlio, sizeof figlio));
+  });
+  ASSERT_TRUE(altro.Riuscito());
+  pid_t figlio = 0;
+  ASSERT_EQ(::read(tubo[0], &figlio, sizeof figlio), static_cast<ssize_t>(sizeof figlio));
+  EXPECT_FALSE(Libero());
+  altro.Uccidi();
+  EXPECT_EQ(::kill(figlio, 0), 0) << "the child was to live on";
+  EXPECT_TRUE(Libero());
+  ::kill(figlio, SIGKILL);
+  ::close(tubo[0]);
+  ::close(tubo[1]);
+}
+
+TEST_F(Esclusione, AChildThatForksOffDoesNotLetGoOfItsParentsLock) {
+  ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  AltroProcesso figlio([this] { nostra->Lascia(); });
+  figlio.Termina();
+  EXPECT_FALSE(AltroProcesso(Prende()).Riuscito());
+  nostra->Lascia();
+}
+
+TEST_F(Esclusione, TheEndOfTheWaitNamesTheProcessInTheWay) {
+  const AltroProcesso altro(Prende());
+  ASSERT_TRUE(altro.Riuscito());
+  const auto inizio = std::chrono::steady_clock::now();
+  const auto errore = ErroreDi([&] { static_cast<void>(nostra->Attendi(testo, Niente)); });
+  const auto durata = std::chrono::steady_clock::now() - inizio;
+  EXPECT_EQ(errore.Descrizione(),
+            "Un altro programma (processo " + std::to_string(altro.Numero()) +
+                ") di questa macchina con lo stesso codice di postazione «" + testo +
+                "» sta inviando una richiesta e non ha finito entro 0,300 secondi. Nulla è stato inviato all'host. "
+                "Prima di ripetere il comando può essere necessario togliere il blocco della lista sull'host.");
+  EXPECT_GE(durata, 300ms);
+  EXPECT_LT(durata, 5s);
+}
+
+TEST_F(Esclusione, AWaitThatFailsKeepsNobodyElseWaiting) {
+  AltroProcesso altro(Prende());
+  ASSERT_TRUE(altro.Riuscito());
+  EXPECT_THROW(static_cast<void>(nostra->Attendi(testo, [] { throw ErroreRuntime(errori::Driver, "schermo"); })),
+               ErroreRuntime);
+  altro.Termina();
+  EXPECT_TRUE(AltroProcesso(Prende()).Riuscito());
+}
+
+TEST_F(Esclusione, TheLastHolderWaitsBehindWhoIsWaitingAlready) {
+  variabili.Imposta("NEXARO_ATTESA", "30");
+  ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  const pid_t figlio = ::fork();
+  if (figlio == 0) {
+    const auto sua = nexaro::CreaEsclusione();
+    static_cast<void>(sua->Attendi(testo, Niente));
+    std::this_thread::sleep_for(300ms);
+    ::_exit(0);
+  }
+  std::this_thread::sleep_for(200ms);
+  nostra->Lascia();
+  const auto paziente = nexaro::CreaEsclusione();
+  EXPECT_TRUE(paziente->Attendi(testo, Niente)) << "the last holder was first again";
+  EXPECT_EQ(::waitpid(figlio, nullptr, WNOHANG), figlio) << "both have it";
+}
+
+TEST_F(Esclusione, AnotherUserIsKeptOutAndHasNoFileToPutInTheWay) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can play another user";
+  }
+  constexpr uid_t Altro = 65534;
+  ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  std::array<int, 2> tubo{};
+  ASSERT_EQ(::pipe(tubo.data()), 0);
+  AltroProcesso altro([&] {
+    Diventa(Altro);
+    const bool senzaVie = ::chmod("/dev/full", 0600) != 0 && ::rename("/dev/full", "/dev/vuoto") != 0;
+    bool fuori = false;
+    try {
+      Prende()();
+    } catch (const ErroreRuntime&) {
+      fuori = true;
+    }
+    const char esito = senzaVie && fuori ? 's' : 'n';
+    static_cast<void>(::write(tubo[1], &esito, 1));
+  });
+  char esito = 0;
+  ASSERT_EQ(::read(tubo[0], &esito, 1), 1);
+  EXPECT_EQ(esito, 's');
+  ::close(tubo[0]);
+  ::close(tubo[1]);
+  nostra->Lascia();
+  const AltroProcesso suo([&] {
+    Diventa(Altro);
+    Prende()();
+  });
+  EXPECT_TRUE(suo.Riuscito());
+  EXPECT_FALSE(Libero()) << "two users were let in at once";
+}
+
+TEST_F(Esclusione, AReservedNameIsAnothersUntilItsProcessReservesTheNextOrEnds) {
+  ASSERT_TRUE(nostra->Riserva(testo + "1"));
+  EXPECT_TRUE(nostra->Riserva(testo + "1")) << "one process may use a name again";
+  const auto riserva = [this](const char* quale) {
+    return [this, quale] {
+      if (!nexaro::CreaEsclusione().release()->Riserva(testo + quale)) {
+        throw std::runtime_error("taken");
+      }
+    };
+  };
+  EXPECT_FALSE(AltroProcesso(riserva("1")).Riuscito());
+  ASSERT_TRUE(nostra->Riserva(testo + "2"));
+  AltroProcesso altro(riserva("1"));
+  EXPECT_TRUE(altro.Riuscito());
+  EXPECT_FALSE(nostra->Riserva(testo + "1"));
+  EXPECT_FALSE(AltroProcesso(riserva("2")).Riuscito()) << "a refusal must not cost the name that was reserved";
+  altro.Termina();
+  EXPECT_TRUE(nostra->Riserva(testo + "1"));
+}
+
+TEST_F(Esclusione, ADescriptorThatTheCallingProgramClosedIsOpenedAgainAndNotMistaken) {
+  ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  nostra->Lascia();
+  int trovato = -1;
+  for (int numero = 3; numero < 256 && trovato < 0; ++numero) {
+    struct stat stato {};
+    if (::fstat(numero, &stato) == 0 && S_ISCHR(stato.st_mode) && stato.st_rdev == 0x107) {
+      trovato = numero;
+    }
+  }
+  ASSERT_GT(trovato, 2);
+  EXPECT_EQ(::fcntl(trovato, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC) << "a program that is started would inherit it";
+  const int altrui = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::dup3(altrui, trovato, O_CLOEXEC), trovato);
+  ::close(altrui);
+  ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  EXPECT_FALSE(AltroProcesso(Prende()).Riuscito());
+  nostra->Lascia();
+  EXPECT_EQ(::fcntl(trovato, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC) << "the other's file was closed";
+  ::close(trovato);
+}
+
+TEST_F(Esclusione, KeepsClearOfTheStandardDescriptors) {
+  const int copia = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  const auto altra = nexaro::CreaEsclusione();
+  EXPECT_FALSE(altra->Attendi(testo, Niente));
+  EXPECT_LT(::fcntl(STDIN_FILENO, F_GETFD), 0);
+  if (copia >= 0) {
+    ::dup2(copia, STDIN_FILENO);
+    ::close(copia);
+  }
+}
+
+} // namespace
+} // namespace lumoscad
