@@ -5,8 +5,8 @@
 
 namespace lumoscad {
 
-/// The 64-bit FNV-1a hash of a text (parameters: RFC 9923), the same in every process; `inizio` goes on from the hash of
-/// what stands before it. Not for texts that somebody chooses with bad intent.
+/// The 64-bit FNV-1a hash of a text (parameters: RFC 9923), the same in every process; `inizio` goes on from the hash
+/// of what stands before it. Not for texts that somebody chooses with bad intent.
 [[nodiscard]] constexpr std::uint64_t Impronta(std::string_view testo,
                                                std::uint64_t inizio = 0xCBF29CE484222325U) noexcept {
   std::uint64_t valore = inizio;
