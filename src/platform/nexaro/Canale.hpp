@@ -36,6 +36,8 @@ class Canale {
 
   /// Waits until something happens, at most until `termine`.
   void Serve(Termine termine) { sessione_.Serve(termine); }
+  /// The same; false when the time is over.
+  [[nodiscard]] bool ServeEntro(Termine termine) { return sessione_.ServeEntro(termine); }
 
   [[nodiscard]] const Sessione& SuaSessione() const { return sessione_; }
   [[nodiscard]] bool Viva() const { return sessione_.Viva(); }

@@ -282,13 +282,16 @@ void CollegamentoSsh::EseguiProgramma(std::string_view host, std::string_view pr
   }
   const auto riga = RigaDiComando(codifica.VersoHost(impostazioni_.programmi, CosaProgrammi),
                                   codifica.VersoHost(programma, CosaNome), convertiti);
-  const auto esito = Avvia(std::string(host), riga, soggetto);
+  const auto esito = Avvia(std::string(host), riga, soggetto, [&](const std::string& uscita) {
+    return RispostaCompleta(DichiaraCodifica(uscita) ? uscita : codifica.DallHostTollerante(uscita));
+  });
   const auto coda = CodaMessaggio(codifica.DallHostTollerante(esito.errori));
   VerificaFine(esito, soggetto, coda);
   risposta.Consegna(LeggiRisposta(Decodifica(esito.uscita, soggetto), soggetto, coda));
 }
 
-EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& riga, const std::string& soggetto) {
+EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& riga, const std::string& soggetto,
+                                   const Completezza& completa) {
   std::unique_ptr<Canale> canale;
   try {
     canale = CanalePronto(host);
@@ -300,7 +303,7 @@ EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& r
                                 "dell'host di ammettere l'esecuzione di programmi.");
   }
   try {
-    auto esito = EseguiRemoto(*canale, riga);
+    auto esito = EseguiRemoto(*canale, riga, completa);
     if (!esito.interruzione.empty()) {
       canale.reset();
       connessioni_.erase(host);
@@ -326,7 +329,7 @@ std::string CollegamentoSsh::CercaProgramma(std::string_view host, std::string_v
                         ? "command -v " + percorso
                         : "test -f " + percorso + " && test -x " + percorso + " && printf '%s\\n' " + percorso;
   const auto ricerca = "Il controllo del programma " + std::string(programma) + SullHost(host);
-  const auto esito = Avvia(std::string(host), riga, ricerca);
+  const auto esito = Avvia(std::string(host), riga, ricerca, [](const std::string&) { return true; });
   // A look that did not come to its end says nothing of the program.
   if (const auto fine = FineAltrui(esito); !fine.empty()) {
     throw ErroreLink(ricerca + fine + ".");

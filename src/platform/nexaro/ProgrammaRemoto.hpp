@@ -2,8 +2,10 @@
 
 #include "platform/nexaro/Canale.hpp"
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace lumoscad::nexaro {
 
@@ -20,8 +22,13 @@ struct EsitoRemoto {
 /// Opens the channel for one program, at most until `termine`; nothing is started yet.
 [[nodiscard]] std::unique_ptr<Canale> PreparaProgramma(Sessione& sessione, Termine termine);
 
-/// Runs a command line with an empty standard input and waits for its end. Raises `RichiestaRifiutata` when the host
-/// did not start it. Every other failure is told in the result: the program may have been started.
-[[nodiscard]] EsitoRemoto EseguiRemoto(Canale& canale, const std::string& riga);
+/// Whether the output of a program that exited with status 0 is all that is to be expected.
+using Completezza = std::function<bool(const std::string& uscita)>;
+
+/// Runs a command line with an empty standard input and waits for its end and for the end of its output. Where another
+/// process of the host holds the output open, it is enough that the program ended and that its output has been silent
+/// for `Quiete`; of a program that exited with status 0 it must be complete too. Raises `RichiestaRifiutata` when the
+/// host did not start it. Every other failure is told in the result: the program may have been started.
+[[nodiscard]] EsitoRemoto EseguiRemoto(Canale& canale, const std::string& riga, const Completezza& completa);
 
 } // namespace lumoscad::nexaro

@@ -122,16 +122,22 @@ bool Sessione::Viva() const {
 }
 
 void Sessione::Serve(Termine termine) {
+  if (!ServeEntro(termine)) {
+    throw ConnessionePersa("nessuna risposta entro " + Secondi(attesa_));
+  }
+}
+
+bool Sessione::ServeEntro(Termine termine) {
   if (!Viva()) {
     throw ConnessionePersa(MotivoPerdita());
   }
-  const auto resta = TempoRestante(termine).count();
-  if (resta == 0) {
-    throw ConnessionePersa("nessuna risposta entro " + Secondi(attesa_));
+  const auto sguardo = sguardi_.Prossimo(termine);
+  if (!sguardo) {
+    return false;
   }
-  if (ssh_event_dopoll(evento_.get(), static_cast<int>(std::min<long>(resta, 60000))) == SSH_ERROR) {
-    guasta_ = true;
-  }
+  const int esito = ssh_event_dopoll(evento_.get(), *sguardo);
+  guasta_ = esito == SSH_ERROR;
+  return esito != SSH_AGAIN || TempoRestante(termine).count() > 0;
 }
 
 void Sessione::ServeSubito() {

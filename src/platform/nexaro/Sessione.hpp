@@ -69,6 +69,8 @@ class Sessione {
   /// Handles what arrives, and waits for it until `termine`. Raises `ConnessionePersa` when the connection is gone or
   /// the time is over; what had arrived before was handled.
   void Serve(Termine termine);
+  /// The same; false when the time is over, and what had arrived by then was handled.
+  [[nodiscard]] bool ServeEntro(Termine termine);
 
   /// Handles what has arrived without waiting. Raises `ConnessionePersa` when it does not come to an end.
   void ServeSubito();
@@ -102,6 +104,7 @@ class Sessione {
   std::unique_ptr<ssh_session_struct, LiberaSessione> sessione_;
   std::unique_ptr<ssh_event_struct, LiberaEvento> evento_;
   std::string erroreVecchio_; ///< the library's error text, which it never clears, from before the connection was used
+  Sguardi sguardi_;
   bool guasta_ = false;
 };
 
