@@ -3,6 +3,7 @@
 #include "platform/nexaro/HostLink.hpp"
 
 #include <string>
+#include <vector>
 
 namespace lumoscad {
 
@@ -17,6 +18,8 @@ class MsgAnnulla {
 
   std::string Messaggio;
   std::string Errore;
+  /// What an update that was committed found changed by somebody else and left so, each row as the person knows it.
+  std::vector<std::string> RigheRimaste;
   nexaro::XMLParser XMLParser;
 
  private:

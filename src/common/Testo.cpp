@@ -71,6 +71,17 @@ std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept {
   return testo.substr(inizio);
 }
 
+std::string Elenca(const std::vector<std::string>& testi, std::size_t mostrati) {
+  std::string elenco;
+  for (std::size_t i = 0; i < std::min(testi.size(), mostrati); ++i) {
+    elenco.append(i == 0 ? "" : "; ").append(testi[i]);
+  }
+  if (testi.size() > mostrati) {
+    elenco += "; e altre " + std::to_string(testi.size() - mostrati);
+  }
+  return elenco;
+}
+
 const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice) {
   if (indice >= lista.size()) {
     throw ErroreRuntime(errori::IndiceNonValido, "Indice non incluso nell'intervallo: " + std::to_string(indice));

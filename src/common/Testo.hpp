@@ -32,6 +32,9 @@ inline constexpr std::string_view Nullo = "#null#";
 /// The last `quanti` characters of a UTF-8 text; all of it when it has fewer.
 [[nodiscard]] std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept;
 
+/// The texts separated by "; ": the first `mostrati` of them, and how many more there are.
+[[nodiscard]] std::string Elenca(const std::vector<std::string>& testi, std::size_t mostrati);
+
 /// Element `indice` of a list. Raises error 9 when the list ends before it.
 [[nodiscard]] const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice);
 

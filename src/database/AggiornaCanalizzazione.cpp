@@ -11,37 +11,50 @@ class Canalizzazione {
  public:
   explicit Canalizzazione(Aggiornamento& aggiornamento) : aggiornamento_(aggiornamento) {}
 
-  void ApplicaScadenza(const VariazioneCanalizzazione& variazione) {
+  /// Returns false when the record's rows were left as somebody else had changed them.
+  bool ApplicaScadenza(const VariazioneCanalizzazione& variazione) {
     if (!variazione.isBancaChanged && !variazione.isScadenzaChanged) {
-      return;
+      return true;
     }
     CercaBanche(variazione);
-    for (const std::string& istruzione : Istruzioni(variazione)) {
-      aggiornamento_.Esegui(istruzione);
+    const std::vector<std::string> eventi = Eventi(variazione);
+    const std::string assegna = "UPDATE EVENTOCONTABILE SET " + Nuovi(variazione);
+    bool fatto =
+        !eventi.empty() || aggiornamento_.GiaCosi(Rata(variazione), {variazione.idPartitaKey}, ComeNuovi(variazione));
+    for (const std::string& evento : eventi) {
+      const std::string chiave = "WHERE EVENTOCONTABILEKEY=" + evento;
+      // Somebody may have come between the selection and this statement.
+      if (aggiornamento_.Esegui(assegna + chiave) == 0 &&
+          !aggiornamento_.GiaCosi("EVENTOCONTABILE " + chiave + " ", {}, ComeNuovi(variazione))) {
+        fatto = false;
+      }
     }
+    return fatto;
   }
 
-  void ApplicaPresunto(const VariazioneCanalizzazione& variazione) {
+  /// Returns as above.
+  bool ApplicaPresunto(const VariazioneCanalizzazione& variazione) {
     if (!variazione.isBancaChanged) {
-      return;
+      return true;
     }
     CercaBanche(variazione);
-    std::string sql = "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuovaBanca_);
-    sql += "WHERE " + UgualeData("DATASCADENZA", variazione.VecchiaScadenza);
-    sql += "AND " + UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchiaBanca_);
-    sql += "AND EVENTOCONTABILE.SOSPESA='N' ";
-    std::vector<std::string> chiavi;
-    if (!SenzaValore(variazione.idMovimentoKey)) {
-      sql += "AND MOVIMENTOKEY=?";
-      chiavi.push_back(variazione.idMovimentoKey);
-    } else if (!SenzaValore(variazione.idPartitaKey)) {
-      sql += "AND PARTITACONTABILEKEY=?";
-      chiavi.push_back(variazione.idPartitaKey);
-    } else {
+    const bool senzaMovimento = SenzaValore(variazione.idMovimentoKey);
+    const bool senzaChiavi = senzaMovimento && SenzaValore(variazione.idPartitaKey);
+    std::string chiave = senzaMovimento ? "AND PARTITACONTABILEKEY=?" : "AND MOVIMENTOKEY=?";
+    std::vector<std::string> valori = {senzaMovimento ? variazione.idPartitaKey : variazione.idMovimentoKey};
+    if (senzaChiavi) {
       // A record without either key changes nothing, and that is no failure.
-      sql += "AND EVENTOCONTABILEKEY=-1 AND PARTITACONTABILEKEY=-1";
+      chiave = "AND EVENTOCONTABILEKEY=-1 AND PARTITACONTABILEKEY=-1";
+      valori.clear();
     }
-    aggiornamento_.Esegui(sql, std::move(chiavi));
+    const std::string scadenza = "WHERE " + UgualeData("DATASCADENZA", variazione.VecchiaScadenza);
+    const auto cambiate = aggiornamento_.Esegui(
+        "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuovaBanca_) + scadenza + "AND " +
+            UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchiaBanca_) + "AND EVENTOCONTABILE.SOSPESA='N' " + chiave,
+        valori);
+    return cambiate != 0 || senzaChiavi ||
+           aggiornamento_.GiaCosi("EVENTOCONTABILE " + scadenza + chiave + " ", valori,
+                                  UgualeChiave("BANCAPRESENTAZIONE_KEY", nuovaBanca_));
   }
 
  private:
@@ -51,24 +64,47 @@ class Canalizzazione {
     nuovaBanca_ = variazione.isBancaChanged ? aggiornamento_.ChiaveBanca(variazione.NuovaBanca) : std::string();
   }
 
+  static std::string Numero(const VariazioneCanalizzazione& variazione) {
+    return "AND EVENTOCONTABILE.NUMERORATA=" + variazione.NumeroRata + " ";
+  }
+
+  static std::string Originale(const VariazioneCanalizzazione& variazione) {
+    return "AND " + UgualeData("EVENTOCONTABILE.DATASCADENZAORIGINALE", variazione.ScadenzaOriginale);
+  }
+
   std::string Selezione(const VariazioneCanalizzazione& variazione) const {
-    return "SELECT * FROM MOVIMENTOCONTABILE RIGHT JOIN EVENTOCONTABILE ON MOVIMENTOCONTABILE.MOVIMENTOKEY = "
-           "EVENTOCONTABILE.MOVIMENTOKEY "
+    return "SELECT * FROM " + std::string(Tabelle) +
            "WHERE (MOVIMENTOCONTABILE.TIPOMOVIMENTO='N') "
            "AND EVENTOCONTABILE.SOSPESA='N' "
            "AND EVENTOCONTABILE.TIPOEVENTO='C' "
            "AND EVENTOCONTABILE.PARTITACONTABILEKEY=? "
            "AND " +
-           UgualeData("EVENTOCONTABILE.DATASCADENZA", variazione.VecchiaScadenza) +
-           "AND EVENTOCONTABILE.NUMERORATA=" + variazione.NumeroRata + " " + "AND " +
-           UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", vecchiaBanca_) + "AND " +
-           UgualeData("EVENTOCONTABILE.DATASCADENZAORIGINALE", variazione.ScadenzaOriginale);
+           UgualeData("EVENTOCONTABILE.DATASCADENZA", variazione.VecchiaScadenza) + Numero(variazione) + "AND " +
+           UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", vecchiaBanca_) + Originale(variazione);
   }
 
-  /// The updates of the instalments that the record's grid row stands for: all are built before the first is sent.
-  std::vector<std::string> Istruzioni(const VariazioneCanalizzazione& variazione) {
-    ado::Recordset righe = aggiornamento_.Esegui(Selezione(variazione), {variazione.idPartitaKey});
-    std::string assegna = "UPDATE EVENTOCONTABILE SET ";
+  /// The same instalment whatever its due date and bank are now.
+  static std::string Rata(const VariazioneCanalizzazione& variazione) {
+    return std::string(Tabelle) +
+           "WHERE MOVIMENTOCONTABILE.TIPOMOVIMENTO='N' AND EVENTOCONTABILE.TIPOEVENTO='C' "
+           "AND EVENTOCONTABILE.PARTITACONTABILEKEY=? " +
+           Numero(variazione) + Originale(variazione);
+  }
+
+  /// The keys of the instalments that the record's grid row stands for: all are read before the first is changed.
+  std::vector<std::string> Eventi(const VariazioneCanalizzazione& variazione) {
+    ado::Recordset righe = aggiornamento_.Leggi(Selezione(variazione), {variazione.idPartitaKey});
+    std::vector<std::string> eventi;
+    for (; !righe.Eof(); righe.MoveNext()) {
+      eventi.emplace_back(righe.Fields("EVENTOCONTABILEKEY").Value().value_or(""));
+    }
+    moduloDatabase::ChiudiRecordset(righe);
+    return eventi;
+  }
+
+  /// The new values as assignments.
+  std::string Nuovi(const VariazioneCanalizzazione& variazione) const {
+    std::string assegna;
     if (variazione.isScadenzaChanged) {
       assegna += SenzaValore(variazione.NuovaScadenza) ? "DATASCADENZA=NULL "
                                                        : "DATASCADENZA='" + DataIso(variazione.NuovaScadenza) + "' ";
@@ -79,14 +115,24 @@ class Canalizzazione {
     if (variazione.isBancaChanged) {
       assegna += "BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuovaBanca_);
     }
-    std::vector<std::string> istruzioni;
-    for (; !righe.Eof(); righe.MoveNext()) {
-      istruzioni.push_back(
-          assegna + "WHERE EVENTOCONTABILEKEY=" + std::string(righe.Fields("EVENTOCONTABILEKEY").Value().value_or("")));
-    }
-    moduloDatabase::ChiudiRecordset(righe);
-    return istruzioni;
+    return assegna;
   }
+
+  /// The new values as a condition.
+  std::string ComeNuovi(const VariazioneCanalizzazione& variazione) const {
+    std::string condizione;
+    if (variazione.isScadenzaChanged) {
+      condizione = UgualeData("EVENTOCONTABILE.DATASCADENZA", variazione.NuovaScadenza);
+    }
+    if (variazione.isBancaChanged) {
+      condizione += condizione.empty() ? "" : "AND ";
+      condizione += UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", nuovaBanca_);
+    }
+    return condizione;
+  }
+
+  static constexpr std::string_view Tabelle = "MOVIMENTOCONTABILE RIGHT JOIN EVENTOCONTABILE ON "
+                                              "MOVIMENTOCONTABILE.MOVIMENTOKEY = EVENTOCONTABILE.MOVIMENTOKEY ";
 
   Aggiornamento& aggiornamento_;
   std::string vecchiaBanca_;
@@ -100,10 +146,10 @@ std::string AggiornaCanalizzazione(const VariazioniCanalizzazione& variazioni, M
   return ApplicaVariazioni(variazioni, msg,
                            [&](Aggiornamento& aggiornamento, const VariazioneCanalizzazione& variazione) {
                              if (parModalita == "PRESUNTI") {
-                               Canalizzazione(aggiornamento).ApplicaPresunto(variazione);
-                             } else if (parModalita == "CREDITI" || parModalita == "DEBITI") {
-                               Canalizzazione(aggiornamento).ApplicaScadenza(variazione);
+                               return Canalizzazione(aggiornamento).ApplicaPresunto(variazione);
                              }
+                             return (parModalita != "CREDITI" && parModalita != "DEBITI") ||
+                                    Canalizzazione(aggiornamento).ApplicaScadenza(variazione);
                            });
 }
 

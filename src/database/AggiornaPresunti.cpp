@@ -5,33 +5,52 @@
 namespace lumoscad::procedureLumoDB2 {
 namespace {
 
-void ApplicaBanca(Aggiornamento& aggiornamento, const VariazioneConsegna& variazione) {
+/// The rows of a document, as the lists show them.
+std::string RigheDelDocumento(const std::string& altre) {
+  return "EVENTOCONTABILE WHERE MOVIMENTOKEY=? AND TIPOEVENTO='P' " + altre;
+}
+
+bool ApplicaBanca(Aggiornamento& aggiornamento, const VariazioneConsegna& variazione) {
   if (!variazione.isBancaChanged) {
-    return;
+    return true;
   }
   const std::string vecchia = aggiornamento.ChiaveBanca(variazione.VecchiaBanca);
   const std::string nuova = aggiornamento.ChiaveBanca(variazione.NuovaBanca);
   const std::string conto = aggiornamento.ChiaveConto(variazione.CodiceConto);
-  aggiornamento.Esegui("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuova) +
-                           "WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= " + conto + " " + "AND " +
-                           UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchia) + "AND EVENTOCONTABILE.SOSPESA='N' ",
-                       {std::to_string(variazione.idMovimentoKey)});
+  const std::string movimento = std::to_string(variazione.idMovimentoKey);
+  const auto cambiate =
+      aggiornamento.Esegui("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuova) +
+                               "WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= " + conto + " " + "AND " +
+                               UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchia) + "AND EVENTOCONTABILE.SOSPESA='N' ",
+                           {movimento});
+  return cambiate != 0 || variazione.idMovimentoKey == 0 ||
+         aggiornamento.GiaCosi(RigheDelDocumento("AND CONTOCONTABILE_KEY=" + conto + " "), {movimento},
+                               UgualeChiave("BANCAPRESENTAZIONE_KEY", nuova));
 }
 
-void ApplicaConsegna(Aggiornamento& aggiornamento, const VariazioneConsegna& variazione) {
+bool ApplicaConsegna(Aggiornamento& aggiornamento, const VariazioneConsegna& variazione) {
   const std::string nuova =
       SenzaValore(variazione.NuovaConsegna) ? "NULL" : "'" + DataIso(variazione.NuovaConsegna) + "'";
   const std::string attuale = SenzaValore(variazione.Consegna)
                                   ? "AND DATACONSEGNA IS NULL "
                                   : "AND DATACONSEGNA= '" + DataIso(variazione.Consegna) + "' ";
-  const std::string ordine =
-      SenzaValore(variazione.idOrdineKey) ? std::to_string(variazione.idMovimentoKey) : variazione.idOrdineKey;
-  aggiornamento.Esegui("UPDATE EVENTOCONTABILE SET DATACONSEGNA= " + nuova +
-                           ",  "
-                           "TITOLOIVA= ' ' "
-                           "WHERE MOVIMENTOKEY=? " +
-                           attuale + "AND EVENTOCONTABILE.SOSPESA='N' ",
-                       {ordine});
+  const bool conOrdine = !SenzaValore(variazione.idOrdineKey);
+  const std::string ordine = conOrdine ? variazione.idOrdineKey : std::to_string(variazione.idMovimentoKey);
+  const auto cambiate = aggiornamento.Esegui("UPDATE EVENTOCONTABILE SET DATACONSEGNA= " + nuova +
+                                                 ",  "
+                                                 "TITOLOIVA= ' ' "
+                                                 "WHERE MOVIMENTOKEY=? " +
+                                                 attuale + "AND EVENTOCONTABILE.SOSPESA='N' ",
+                                             {ordine});
+  if (cambiate != 0 || (!conOrdine && variazione.idMovimentoKey == 0)) {
+    return true;
+  }
+  // The rows of a document with several dates are told apart by the first one, which no change touches.
+  const std::string origine = SenzaValore(variazione.ConsegnaOrigine)
+                                  ? std::string()
+                                  : "AND " + UgualeData("DATACONSEGNAPRODUZIONE", variazione.ConsegnaOrigine);
+  return aggiornamento.GiaCosi(RigheDelDocumento(origine), {ordine},
+                               UgualeData("DATACONSEGNA", variazione.NuovaConsegna));
 }
 
 /// Applies a list of presumed documents; lists of any other kind change nothing.
@@ -39,9 +58,7 @@ template <typename Applica>
 std::string ApplicaPresunti(const VariazioniConsegna& variazioni, std::string_view parModalita, MsgAnnulla& msg,
                             Applica applica) {
   return ApplicaVariazioni(variazioni, msg, [&](Aggiornamento& aggiornamento, const VariazioneConsegna& variazione) {
-    if (parModalita == "PRESUNTI") {
-      applica(aggiornamento, variazione);
-    }
+    return parModalita != "PRESUNTI" || applica(aggiornamento, variazione);
   });
 }
 

@@ -5,7 +5,6 @@
 #include "database/db2Searches.hpp"
 #include "platform/Errore.hpp"
 
-#include <algorithm>
 #include <utility>
 
 namespace lumoscad::procedureLumoDB2 {
@@ -14,6 +13,17 @@ namespace {
 
 /// A message box must stay readable.
 constexpr std::size_t RigheMostrate = 8;
+
+template <typename Variazioni> std::string ElencoRighe(const Variazioni& variazioni) {
+  std::vector<std::string> righe;
+  righe.reserve(variazioni.size());
+  for (const auto& variazione : variazioni) {
+    righe.push_back(Riga(variazione));
+  }
+  return Elenca(righe, RigheMostrate);
+}
+
+} // namespace
 
 std::string Riga(const VariazioneCanalizzazione& variazione) {
   const std::string scadenza =
@@ -26,19 +36,6 @@ std::string Riga(const VariazioneConsegna& variazione) {
   return "conto " + variazione.CodiceConto + " documento " + variazione.Serie + "/" + variazione.Anno + "/" +
          variazione.Numero;
 }
-
-template <typename Variazioni> std::string ElencoRighe(const Variazioni& variazioni) {
-  std::string testo;
-  for (std::size_t i = 0; i < std::min(variazioni.size(), RigheMostrate); ++i) {
-    testo += (i == 0 ? "" : "; ") + Riga(variazioni[i]);
-  }
-  if (variazioni.size() > RigheMostrate) {
-    testo += "; e altre " + std::to_string(variazioni.size() - RigheMostrate);
-  }
-  return testo;
-}
-
-} // namespace
 
 std::string Righe(const VariazioniCanalizzazione& variazioni) {
   return ElencoRighe(variazioni);
@@ -68,16 +65,34 @@ std::string ValoreChiave(const std::string& chiave) {
   return (chiave.empty() ? "NULL" : chiave) + " ";
 }
 
-ado::Recordset Aggiornamento::Esegui(const std::string& istruzione, std::vector<std::string> valori) {
+ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<std::string> valori) {
   istruzioni_ += "\r\n" + istruzione;
   ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
   comando.Parameters = std::move(valori);
   return comando.Execute();
 }
 
-void Aggiornamento::Esegui(const std::string& istruzione) {
+std::int64_t Aggiornamento::Esegui(const std::string& istruzione, std::vector<std::string> valori) {
   istruzioni_ += "\r\n" + istruzione;
-  connection_->Execute(istruzione);
+  ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
+  comando.Parameters = std::move(valori);
+  std::int64_t righe = -1;
+  comando.Execute(&righe);
+  return righe;
+}
+
+std::int64_t Aggiornamento::Esegui(const std::string& istruzione) {
+  istruzioni_ += "\r\n" + istruzione;
+  return connection_->Execute(istruzione);
+}
+
+bool Aggiornamento::GiaCosi(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo) {
+  const std::string attive = "CASE WHEN EVENTOCONTABILE.SOSPESA='N' THEN 1 ELSE 0 END";
+  const ado::Recordset gruppi = Leggi("SELECT COUNT(*), COUNT(CASE WHEN " + nuovo + "THEN 1 END) FROM " + daDove +
+                                          "GROUP BY " + attive + " ORDER BY " + attive + " DESC",
+                                      std::move(valori));
+  // The active ones come first, as the lists show no others; suspended ones count where there are no active ones.
+  return !gruppi.Eof() && gruppi.Valore(0) == gruppi.Valore(1);
 }
 
 std::string Aggiornamento::ChiaveBanca(const std::string& codice) {

@@ -6,9 +6,11 @@
 #include "database/moduloDatabase.hpp"
 #include "platform/ado/Ado.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lumoscad::procedureLumoDB2 {
@@ -26,6 +28,10 @@ namespace lumoscad::procedureLumoDB2 {
 /// The key as the value of an assignment, with a blank behind it: NULL for a missing key.
 [[nodiscard]] std::string ValoreChiave(const std::string& chiave);
 
+/// A record's row as the person knows it from the screen.
+[[nodiscard]] std::string Riga(const VariazioneCanalizzazione& variazione);
+[[nodiscard]] std::string Riga(const VariazioneConsegna& variazione);
+
 /// The list's rows as the person knows them from the screen, separated by "; ": the first eight, and how many more.
 [[nodiscard]] std::string Righe(const VariazioniCanalizzazione& variazioni);
 [[nodiscard]] std::string Righe(const VariazioniConsegna& variazioni);
@@ -39,10 +45,16 @@ class Aggiornamento {
   void NuovoRecord() { istruzioni_.clear(); }
   /// The statements sent for the current record, each after a line end.
   [[nodiscard]] const std::string& Istruzioni() const noexcept { return istruzioni_; }
-  /// Sends a statement with the values of its markers.
-  ado::Recordset Esegui(const std::string& istruzione, std::vector<std::string> valori);
-  /// Sends a statement without markers and without a result.
-  void Esegui(const std::string& istruzione);
+  /// Sends a query with the values of its markers.
+  ado::Recordset Leggi(const std::string& istruzione, std::vector<std::string> valori);
+  /// Sends a change with the values of its markers; returns the rows that it changed, -1 where that is not told.
+  std::int64_t Esegui(const std::string& istruzione, std::vector<std::string> valori);
+  /// The same for a change without markers.
+  std::int64_t Esegui(const std::string& istruzione);
+  /// Asked for a change that matched no row: whether the events `daDove` (the tables, and a condition that leaves out
+  /// the old values) are there and meet `nuovo`, every one of them. A record does not know its events by key, so one
+  /// among them that holds another value may be the one that it meant.
+  [[nodiscard]] bool GiaCosi(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo);
   /// The key of the account `codice`, empty for a missing code. Raises the look-up's failure.
   [[nodiscard]] std::string ChiaveBanca(const std::string& codice);
   /// The key of an account that must be there.
@@ -54,7 +66,8 @@ class Aggiornamento {
 };
 
 /// The frame of the procedures that write a confirmed list: one connection, one transaction, `applica` once a record in
-/// the list's order. Returns "", or "error" with the failure and the statements of the record that failed in
+/// the list's order; it returns false for a record whose rows somebody else had changed, which are left so. Returns ""
+/// with those rows in `msg.RigheRimaste`, or "error" with the failure and the statements of the record that failed in
 /// `msg.Errore` when nothing was kept. An empty list touches nothing.
 template <typename Variazioni, typename Applica>
 std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, Applica applica) {
@@ -62,6 +75,7 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     return "";
   }
   std::string istruzioni;
+  std::vector<std::string> rimaste;
   std::unique_ptr<ado::Connection> connection;
   try {
     connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
@@ -70,13 +84,16 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     try {
       for (const auto& variazione : variazioni) {
         aggiornamento.NuovoRecord();
-        applica(aggiornamento, variazione);
+        if (!applica(aggiornamento, variazione)) {
+          rimaste.push_back(Riga(variazione));
+        }
       }
       transazione.Conferma();
     } catch (...) {
       istruzioni = aggiornamento.Istruzioni();
       throw;
     }
+    msg.RigheRimaste = std::move(rimaste);
     return "";
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErroreDopoHost(ErroreCorrente(), connection.get(), Righe(variazioni)) + "\r\n" +

@@ -9,6 +9,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lumoscad::ModuloMain {
 
@@ -18,7 +19,12 @@ inline void MostraPuntatore(Puntatore puntatore) {
   servizi().desktop().EventiInAttesa();
 }
 
-/// What the editing commands have in common: the lock, the screen, the request, the database, the release.
+/// Tells the person which rows of a change that the host accepted the database kept as somebody else had changed them;
+/// nothing for none.
+void MostraRigheRimaste(const std::vector<std::string>& righe);
+
+/// What the editing commands have in common: the lock, the screen, the request, the database, the release, and
+/// what the person must know of it.
 /// `mostra(variazioni)` shows the screen, `scrivi(variazioni)` sends the request and returns its result,
 /// `aggiorna(variazioni, risposta)` writes the database and leaves its failure in `risposta.Errore`. A list of another
 /// kind (`lista` false) is neither locked nor shown. Returns as the commands do; what fails after the lock was taken
@@ -45,6 +51,7 @@ std::string ComandoModifica(std::string_view tipo, bool lista, Mostra mostra, Sc
   if (lista) {
     SbloccaArea(stato().HostIP, tipo);
   }
+  MostraRigheRimaste(risposta.RigheRimaste);
   return variazioni.empty() ? "closed" : "";
 }
 

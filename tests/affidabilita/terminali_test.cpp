@@ -190,7 +190,7 @@ TEST_F(MoltiTerminali, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
   StampaBlocchi(blocchi);
 }
 
-TEST_F(MoltiTerminali, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHost) {
+TEST_F(MoltiTerminali, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHostAndIsTold) {
   const std::string partita = "AB   9";
   const std::string via = (sistema.Base() / "via").string();
   Famiglia lento = sistema.Avvia({"T01",
@@ -204,7 +204,10 @@ TEST_F(MoltiTerminali, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHo
   ASSERT_EQ(LeggiComandi("T01"), 1U);
   ASSERT_EQ(LeggiComandi("T02"), 1U);
   EXPECT_EQ(comandi[0].risultato, "");
-  EXPECT_EQ(comandi[0].box, Testi{"Variata 1 scadenza"});
+  EXPECT_EQ(comandi[0].box,
+            (Testi{"Variata 1 scadenza", "L'host ha registrato la modifica; nella base dati queste righe erano già "
+                                         "cambiate e sono rimaste com'erano: conto 20100001 partita AB   9 rata 1 del "
+                                         "10/03/2026"}));
   EXPECT_TRUE(comandi[0].accettata);
   const Riscontro riscontro = Confronta();
   EXPECT_THAT(riscontro.errori, IsEmpty());

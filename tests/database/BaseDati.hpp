@@ -75,6 +75,11 @@ class BaseDati {
     Apri(connection);
     connection.Execute(sql);
   }
+  /// Runs statements separated by ";".
+  void Script(std::string_view script) const {
+    const ServiziSostituiti silenzio(Servizi{});
+    test::runScript(base_->connectionText(), script);
+  }
   /// The rows of a query: the values joined by "|", "NULL" for none.
   [[nodiscard]] std::vector<std::string> Righe(std::string_view sql) const {
     const ServiziSostituiti silenzio(Servizi{});
@@ -135,6 +140,12 @@ inline std::string Rata(const std::string& valori) {
 /// The columns of the instalments that a procedure could write, one text an instalment, by key.
 inline std::vector<std::string> Rate(const BaseDati& base) {
   return base.Righe("SELECT * FROM EVENTOCONTABILE ORDER BY EVENTOCONTABILEKEY");
+}
+
+/// The statements without those that ask, after a change that matched no row, whether the new value is there already.
+inline std::vector<std::string> SenzaDomande(std::vector<std::string> istruzioni) {
+  std::erase_if(istruzioni, [](const std::string& sql) { return sql.starts_with("SELECT COUNT(*), "); });
+  return istruzioni;
 }
 
 } // namespace lumoscad::prova

@@ -145,7 +145,7 @@ class RowSecurity : public Ado {
 };
 
 INSTANTIATE_TEST_SUITE_P(Databases, RowSecurity, testing::Values("postgres"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& each) { return std::string(each.param); });
 
 TEST_P(RowSecurity, ThatHidesARowFromUpdatesRefusesTheChange) {
   Recordset rows = editable(clerk_, "CHIAVE=1");

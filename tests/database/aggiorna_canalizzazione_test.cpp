@@ -185,7 +185,7 @@ TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
     v.VecchiaScadenza = v.VecchiaBanca = v.ScadenzaOriginale = nessuno;
     banco.istruzioni.clear();
     EXPECT_EQ(Applica({v}), "");
-    EXPECT_THAT(banco.istruzioni,
+    EXPECT_THAT(prova::SenzaDomande(banco.istruzioni),
                 ElementsAre(cercaConto, seleziona + "EVENTOCONTABILE.DATASCADENZA IS NULL AND "
                                                     "EVENTOCONTABILE.NUMERORATA=1 AND "
                                                     "EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL AND "
@@ -217,7 +217,7 @@ TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
     VariazioneCanalizzazione v = Presunto(nessuno, "203");
     v.VecchiaBanca = v.VecchiaScadenza = v.NuovaBanca = "#null#";
     EXPECT_EQ(Applica({v}, "PRESUNTI"), "");
-    EXPECT_THAT(banco.istruzioni,
+    EXPECT_THAT(prova::SenzaDomande(banco.istruzioni),
                 ElementsAre("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE DATASCADENZA IS NULL AND "
                             "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' AND "
                             "PARTITACONTABILEKEY=?"));

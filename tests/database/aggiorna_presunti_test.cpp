@@ -87,7 +87,7 @@ TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
 TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("#null#", "B07")}, msg, "PRESUNTI"), "");
   EXPECT_EQ(
-      banco.istruzioni.back(),
+      prova::SenzaDomande(banco.istruzioni).back(),
       "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= 101 AND "
       "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' ");
   banco.istruzioni.clear();
