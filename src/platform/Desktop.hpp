@@ -75,7 +75,9 @@ struct StatoElenco {
   bool crescente = true;
   bool barretteNascoste = false; ///< the scroll-bar covers are shown
   bool scaricata = false;        ///< the screen unloaded itself: the window closes
+  int sinistraLista = 0;         ///< left end of the list in window coordinates, twips
   int larghezzaLista = 0;        ///< twips
+  int larghezzaQuadro = 0;       ///< of the picture that holds the list, twips
   int altezzaLista = 0;          ///< twips
   std::uint64_t ordine = 0;      ///< grows whenever the set or the order of the rows changed
   std::uint64_t contenuto = 0;   ///< grows whenever the content of a cell changed

@@ -23,6 +23,7 @@ constexpr int Vero = -1; ///< True as a number in the calling program
 constexpr int AltezzaRiga = 240;
 constexpr int MargineEditor = 60;
 constexpr int MargineLista = 50;
+constexpr int MargineQuadro = 100;
 constexpr int AltoBase = 30; ///< of `FrameScadenzeBase` within the window, and of the list within that
 constexpr int SinistraBase = 30;
 constexpr int LarghezzaSpunta = 420; ///< the check box stands before the first column
@@ -130,7 +131,9 @@ void FormLumoScad::AbbandonaEditor() {
 }
 
 void FormLumoScad::ResizeScad() {
+  stato_.sinistraLista = SinistraBase + SinistraBase;
   stato_.larghezzaLista = SinistraColonna(Colonne) + MargineLista;
+  stato_.larghezzaQuadro = SinistraColonna(Colonne) + MargineQuadro;
   stato_.altezzaLista = static_cast<int>(std::min(Righe.Quante(), std::size_t{RigheInVista})) * AltezzaRiga;
   stato_.selezionata = Righe.Quante() > 0 ? 0 : -1;
 }

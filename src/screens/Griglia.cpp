@@ -12,6 +12,7 @@ namespace {
 constexpr int AltezzaRiga = 240;
 constexpr int MargineEditor = 60;
 constexpr int MargineLista = 50;
+constexpr int MargineQuadro = 100;
 constexpr int SinistraLista = 30; ///< of the list within `picScadenzeBanche`, and of that within the window
 constexpr int AltoLista = 30;
 constexpr int TastoTab = 9;
@@ -46,7 +47,9 @@ void Griglia::Resize() {
     sinistra += larghezza;
   }
   const int colonne = static_cast<int>(descrizione_.colonne.size());
+  stato_.sinistraLista = SinistraLista + SinistraLista;
   stato_.larghezzaLista = SinistraColonna(colonne) + MargineLista;
+  stato_.larghezzaQuadro = SinistraColonna(colonne) + MargineQuadro;
   stato_.altezzaLista = static_cast<int>(std::min(Righe.Quante(), std::size_t{RigheSenzaScorrere})) * AltezzaRiga;
   stato_.crescente = true;
   for (const TestataGriglia& testata : descrizione_.testate) {

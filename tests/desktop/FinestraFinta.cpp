@@ -44,6 +44,7 @@ FinestraFinta::FinestraFinta(std::size_t quante) : righe(quante) {
   finestra.bancheCella = finestra.banche;
   Colonne();
   stato.larghezzaLista = Inizio(12) + 50;
+  stato.larghezzaQuadro = Inizio(12) + 100;
   stato.altezzaLista = static_cast<int>(std::min<std::size_t>(righe, 20)) * 240;
   Richiami();
   RichiamiEditor();
@@ -159,10 +160,14 @@ void FinestraFinta::Clic(int alto) {
   } else if (colonna == ColonnaData) {
     stato.data.visibile = true;
     stato.data.posto = stato.selezionata;
+    stato.data.sinistra = Inizio(ColonnaData);
+    stato.data.larghezza = finestra.colonne[ColonnaData].larghezza - 60;
     stato.data.testo = std::string(TestoCella(riga, ColonnaData));
   } else if (colonna == ColonnaBanca) {
     stato.banca.visibile = true;
     stato.banca.posto = stato.selezionata;
+    stato.banca.sinistra = Inizio(ColonnaBanca);
+    stato.banca.larghezza = finestra.colonne[ColonnaBanca].larghezza - 60;
     stato.banca.indice = 2;
   }
   stato.barretteNascoste = righe > 20 && (stato.data.visibile || stato.banca.visibile);

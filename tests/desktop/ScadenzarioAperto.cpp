@@ -40,6 +40,9 @@ void ScadenzarioAperto::RispondiAlBox() {
   auto* aperta = QApplication::activeModalWidget();
   if (aperta != nullptr && aperta->objectName() == "MostraMessaggio") {
     box.push_back(Trova<QLabel>(*aperta, "lblMessaggio").text().toStdString());
+    if (alBox) {
+      alBox();
+    }
     QTest::keyClick(aperta, Qt::Key_Return);
   }
 }

@@ -44,6 +44,7 @@ class ScadenzarioAperto : public testing::Test {
   std::unique_ptr<Desktop> desktop;
   std::vector<std::string> confermate;
   std::vector<std::string> box; ///< the texts of the message boxes
+  std::function<void()> alBox;  ///< runs before a message box is answered
   std::function<std::string()> esito = [] { return std::string(); };
   FormLumoScad form{[this] { return Confermata("Scad"); }, [this] { return Confermata("Extra"); }};
 

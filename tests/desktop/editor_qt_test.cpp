@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace lumoscad::prova {
 namespace {
 
@@ -31,18 +33,30 @@ TEST(EditorCella, SpaceTicksAndEnterOrF2OpensTheEditor) {
   });
 }
 
-TEST(EditorCella, TheDateEditorLiesOverItsCellAndHasTheFocus) {
+TEST(EditorCella, EachEditorLiesOverItsCellSixtyTwipsNarrowerAndHasTheFocus) {
+  constexpr int Sessanta = 60 / TwipsPerPixelX;
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);
-    Clicca(lista, 5, FinestraFinta::ColonnaData);
-    auto& cornice = Trova<QWidget>(finestra, "FrameScad");
-    ASSERT_TRUE(cornice.isVisible());
-    EXPECT_TRUE(Trova<QWidget>(finestra, "TextScad").hasFocus());
-    const QRect cella = lista.visualRect(lista.model()->index(5, FinestraFinta::ColonnaData));
-    EXPECT_EQ(lista.viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
-    EXPECT_EQ(cornice.size(), cella.size());
-    EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "06/01/2006");
+    for (const int larghezza : {1180, 1600}) { // the columns at their nominal widths, and stretched
+      finestra.resize(larghezza, 600);
+      for (const auto& [colonna, nomeCornice, nomeCampo] :
+           {std::tuple(FinestraFinta::ColonnaData, "FrameScad", "TextScad"),
+            std::tuple(FinestraFinta::ColonnaBanca, "FrameBanca", "cmbBanche2")}) {
+        Clicca(lista, 5, colonna);
+        auto& cornice = Trova<QWidget>(finestra, nomeCornice);
+        ASSERT_TRUE(cornice.isVisible()) << nomeCornice;
+        EXPECT_TRUE(Trova<QWidget>(finestra, nomeCampo).hasFocus());
+        const QRect cella = lista.visualRect(lista.model()->index(5, colonna));
+        ASSERT_TRUE(lista.viewport()->rect().contains(cella));
+        EXPECT_EQ(lista.viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
+        EXPECT_EQ(cornice.size(), cella.size() - QSize(Sessanta, 0)) << nomeCornice << " " << larghezza;
+        EXPECT_GE(Trova<QWidget>(finestra, nomeCampo).width(), cornice.width() - 2);
+        if (colonna == FinestraFinta::ColonnaData) {
+          EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "06/01/2006");
+        }
+      }
+    }
   });
 }
 

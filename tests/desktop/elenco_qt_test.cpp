@@ -106,14 +106,51 @@ TEST(FinestraElenco, AStretchedOrScrolledColumnIsStillHitAtItsNominalPlace) {
   });
 }
 
-TEST(FinestraElenco, AClickBelowTheRowsKeepsTheSelection) {
+TEST(FinestraElenco, AClickBelowTheLastRowIsAClickOutsideAndKeepsTheSelection) {
   FinestraFinta finta(2);
   Esegui(finta, [&](QDialog& finestra) {
-    Clicca(Lista(finestra), 1, 0);
-    finta.gesti.clear();
-    QTest::mouseClick(Lista(finestra).viewport(), Qt::LeftButton, {}, QPoint(40, 24 * 4));
-    EXPECT_THAT(finta.gesti, ElementsAre("premeMouse", "clic 240"));
-    EXPECT_EQ(Lista(finestra).currentIndex().row(), 1);
+    QTableView& lista = Lista(finestra);
+    finestra.resize(1180, 600);
+    for (const int colonna : {FinestraFinta::ColonnaSpuntaData, FinestraFinta::ColonnaData, 0}) {
+      Clicca(lista, 1, 0);
+      finta.gesti.clear();
+      const QPoint sotto(lista.visualRect(lista.model()->index(1, colonna)).center().x(), 24 * 4);
+      QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, sotto);
+      EXPECT_THAT(finta.gesti, ElementsAre("premeMouse", "clicFuori"));
+      EXPECT_EQ(lista.currentIndex().row(), 1);
+      EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+      EXPECT_TRUE(finta.spunte.empty());
+    }
+  });
+}
+
+TEST(FinestraElenco, ThePictureIsFiftyTwipsWiderThanTheListAndTheRestAsWideAsTheList) {
+  FinestraFinta finta(30);
+  Esegui(finta, [&](QDialog& finestra) {
+    const auto& lista = Lista(finestra);
+    const auto& quadro = Trova<QWidget>(finestra, "picScadenzeBanche");
+    constexpr int Cinquanta = 50 / TwipsPerPixelX;
+    for (const int larghezza : {700, 1180, 1600}) {
+      finestra.resize(larghezza, 600);
+      QCoreApplication::processEvents();
+      EXPECT_EQ(quadro.width(), lista.width() + Cinquanta) << larghezza;
+      for (const char* nome :
+           {"FrameRigaScadenza", "FrameRigaBanca", "RigaScura", "FrameSeparatore", "RigaSepara", "FrameOkAnnulla"}) {
+        const auto& altro = Trova<QWidget>(finestra, nome);
+        EXPECT_EQ(altro.width(), lista.width()) << nome << " " << larghezza;
+        EXPECT_EQ(altro.mapTo(&finestra, QPoint(0, 0)).x(), lista.mapTo(&finestra, QPoint(0, 0)).x()) << nome;
+      }
+    }
+    EXPECT_EQ(quadro.sizeHint().width(), lista.sizeHint().width() + Cinquanta);
+  });
+}
+
+TEST(FinestraElenco, AListThatDoesNotScrollTakesTheWidthOfItsColumnsAndFifty) {
+  FinestraFinta finta(3);
+  Esegui(finta, [&](QDialog& finestra) {
+    const int colonne = finta.Inizio(static_cast<int>(finta.finestra.colonne.size()));
+    EXPECT_EQ(Lista(finestra).sizeHint().width(), (colonne + 50) / TwipsPerPixelX);
+    EXPECT_EQ(Trova<QWidget>(finestra, "picScadenzeBanche").sizeHint().width(), (colonne + 100) / TwipsPerPixelX);
   });
 }
 

@@ -14,6 +14,8 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 namespace lumoscad::prova {
 namespace {
 
@@ -21,7 +23,22 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Scadenzario : public ScadenzarioAperto {};
+class Scadenzario : public ScadenzarioAperto {
+ protected:
+  /// Presses a real button of the mouse, which goes up again over the message that the press brings up: the window is
+  /// never told of that.
+  void PremiEMolla(QDialog& finestra, const QPoint& punto) {
+    bool mollato = false;
+    alBox = [&] {
+      if (!std::exchange(mollato, true)) {
+        QTest::mouseRelease(finestra.windowHandle(), Qt::LeftButton, {}, punto);
+      }
+    };
+    QTest::mousePress(finestra.windowHandle(), Qt::LeftButton, {}, punto);
+    EXPECT_TRUE(mollato) << "no message came up";
+    alBox = {};
+  }
+};
 
 TEST_F(Scadenzario, EveryControlCarriesItsOwnName) {
   Mostra([](QDialog& finestra) {
@@ -83,8 +100,8 @@ TEST_F(Scadenzario, AClickInAnyOtherColumnOpensTheEditorOverTheNewDate) {
       auto& cornice = Trova<QWidget>(finestra, "FrameScad");
       ASSERT_TRUE(cornice.isVisible()) << colonna;
       const QRect cella = lista.visualRect(lista.model()->index(1, ColonnaNuova));
-      EXPECT_EQ(lista.viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cella.topLeft());
-      EXPECT_EQ(cornice.size(), cella.size());
+      const QRect area(lista.viewport()->mapFromGlobal(cornice.mapToGlobal(QPoint(0, 0))), cornice.size());
+      EXPECT_EQ(area, cella.adjusted(60 / TwipsPerPixelX, 0, 0, 0));
       EXPECT_TRUE(Trova<QWidget>(finestra, "TextScad").hasFocus());
       Tasto(Qt::Key_Escape);
       EXPECT_FALSE(cornice.isVisible());
@@ -300,19 +317,37 @@ TEST_F(Scadenzario, SelectAllByItsKeyWritesTheOpenEditorFirstAsAClickDoes) {
   });
 }
 
-/// Presses a real button of the mouse, which goes up again over the message that the press brings up: the window is
-/// never told of that.
-void PremiEMolla(QDialog& finestra, const QPoint& punto) {
-  QTimer rilascio;
-  QObject::connect(&rilascio, &QTimer::timeout, &rilascio, [&] {
-    if (QApplication::activeModalWidget() != &finestra) {
-      rilascio.stop();
-      QTest::mouseRelease(finestra.windowHandle(), Qt::LeftButton, {}, punto);
+TEST_F(Scadenzario, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
+  Mostra([this](QDialog& finestra) {
+    int viste = 0;
+    alBox = [&] { viste += Visibile(finestra, "FrameScad") ? 1 : 0; };
+    Clicca(ListaScad(finestra), 0, ColonnaNuova);
+    Scrivi("31/13/06");
+    Tasto(Qt::Key_Return);
+    Clicca(ListaScad(finestra), 1, ColonnaNuova);
+    Scrivi("32/12/06");
+    Premi(finestra, "TextScadenza");
+    EXPECT_EQ(box.size(), 2U);
+    EXPECT_EQ(viste, 0);
+    alBox = {};
+  });
+}
+
+TEST_F(Scadenzario, AClickBelowTheLastRowOnlyLeavesTheEditor) {
+  Mostra([this](QDialog& finestra) {
+    auto& lista = ListaScad(finestra);
+    finestra.resize(finestra.width(), finestra.height() + 200);
+    for (const int colonna : {Casella, ColonnaNuova}) {
+      Clicca(lista, 0, ColonnaNuova);
+      Scrivi("150606");
+      const QRect ultima = lista.visualRect(lista.model()->index(3, colonna));
+      QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, ultima.center() + QPoint(0, 2 * ultima.height()));
+      EXPECT_EQ(Nuova(0), "15/06/2006");
+      EXPECT_EQ(form.Stato().selezionata, 0);
+      EXPECT_EQ(Spuntate(), 0);
+      EXPECT_FALSE(Visibile(finestra, "TextScad"));
     }
   });
-  rilascio.start(0);
-  QTest::mousePress(finestra.windowHandle(), Qt::LeftButton, {}, punto);
-  EXPECT_FALSE(rilascio.isActive()) << "no message came up";
 }
 
 QPoint Mezzo(const QDialog& finestra, const QWidget& widget) {

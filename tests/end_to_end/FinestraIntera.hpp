@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -50,12 +51,16 @@ class FinestraIntera : public testing::Test {
 
   Dimostrazione demo;
   std::vector<std::string> box; ///< the texts of the message boxes
+  std::function<void()> alBox;  ///< runs before a message box is answered
 
  private:
   void RispondiAlBox() {
     auto* aperta = QApplication::activeModalWidget();
     if (aperta != nullptr && aperta->objectName() == "MostraMessaggio") {
       box.push_back(Trova<QLabel>(*aperta, "lblMessaggio").text().toStdString());
+      if (alBox) {
+        alBox();
+      }
       QTest::keyClick(aperta, Qt::Key_Return);
     }
   }

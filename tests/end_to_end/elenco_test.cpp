@@ -132,7 +132,7 @@ TEST_P(ElencoIntero, ADateBeingTypedStaysWithItsRowWhileAnotherIsTickedAndTheLis
     const int altra = RigaUnica(lista, riga + 2);
     spuntata = Identita(lista, altra);
     Clicca(lista, riga, GetParam().nuova);
-    QTest::keyClicks(QApplication::focusWidget(), "200526");
+    QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "200526");
     EXPECT_EQ(RigaDellEditor(finestra, lista), riga);
 
     Clicca(lista, altra, GetParam().spunta);
@@ -150,6 +150,45 @@ TEST_P(ElencoIntero, ADateBeingTypedStaysWithItsRowWhileAnotherIsTickedAndTheLis
   });
   EXPECT_EQ(Esegui(), "");
   EXPECT_THAT(Richieste(), UnorderedElementsAre(modificata + " 20260520", spuntata + " 20260415"));
+}
+
+TEST_P(ElencoIntero, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
+  Recita([&](QDialog& finestra) {
+    auto& lista = Trova<QTableView>(finestra, GetParam().lista);
+    int viste = 0;
+    alBox = [&] { viste += Visibile(finestra, "FrameScad") || Visibile(finestra, "TextScad") ? 1 : 0; };
+    Clicca(lista, 1, GetParam().nuova);
+    QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "31/13/26");
+    QTest::keyClick(&Trova<QWidget>(finestra, "TextScad"), Qt::Key_Return);
+    Clicca(lista, 2, GetParam().nuova);
+    QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "32/12/26");
+    Premi(finestra, "RigaScura");
+    EXPECT_EQ(box.size(), 2U);
+    EXPECT_EQ(viste, 0);
+    alBox = {};
+  });
+  EXPECT_EQ(Esegui(), "closed");
+}
+
+TEST_P(ElencoIntero, AClickBelowTheLastRowWritesTheEditorAndTicksNothing) {
+  Recita([&](QDialog& finestra) {
+    auto& lista = Trova<QTableView>(finestra, GetParam().lista);
+    finestra.resize(1200, 24 * lista.model()->rowCount() + 600);
+    QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "15/04/26");
+    const int ultima = lista.model()->rowCount() - 1;
+    for (const int colonna : {GetParam().spunta, GetParam().nuova}) {
+      Clicca(lista, 0, GetParam().nuova);
+      QTest::keyClick(&Trova<QWidget>(finestra, "TextScad"), Qt::Key_A, Qt::ControlModifier);
+      QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "200526");
+      const QRect cella = lista.visualRect(lista.model()->index(ultima, colonna));
+      ASSERT_GT(lista.viewport()->height(), cella.bottom() + 40);
+      QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, cella.center() + QPoint(0, 30));
+      EXPECT_EQ(Cella(lista, 0, GetParam().nuova), "20/05/2026");
+      EXPECT_FALSE(Visibile(finestra, "FrameScad"));
+      EXPECT_EQ(lista.model()->index(0, GetParam().spunta).data(Qt::CheckStateRole), Qt::Unchecked);
+    }
+  });
+  EXPECT_EQ(Esegui(), "closed");
 }
 
 TEST_P(ElencoIntero, AfterTheEditorThePersonGoesOnFromItsRowAndNotFromTheTickedOne) {

@@ -102,6 +102,7 @@ TEST_F(ShowingAnItem, EmptiedIsAsNew) {
 TEST_F(ShowingAnItem, LaysOutAtMostTwelveRows) {
   EXPECT_EQ(form.Stato().altezzaLista, 3 * 240);
   EXPECT_EQ(form.Stato().larghezzaLista, 420 + 1800 + 1800 + 1950 + 1950 + 50);
+  EXPECT_EQ(form.Stato().larghezzaQuadro, 420 + 1800 + 1800 + 1950 + 1950 + 100);
   for (int i = 0; i < 20; ++i) {
     form.Righe.Aggiungi({"30/06/2006", "", "1,00", ""});
   }

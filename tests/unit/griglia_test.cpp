@@ -21,6 +21,7 @@ class GridWindow : public prova::GrigliaDiProva {};
 TEST_F(GridLayout, MakesTheListAsWideAsItsColumnsAndFifty) {
   AggiungiMolte(1);
   EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 + 50);
+  EXPECT_EQ(griglia.Stato().larghezzaQuadro, 17340 + 100);
 }
 
 TEST_F(GridLayout, MakesTheListAsHighAsItsRowsBelowTwenty) {

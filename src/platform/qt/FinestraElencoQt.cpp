@@ -68,6 +68,7 @@ void FinestraElencoQt::Segui(const StatoElenco& stato) {
 }
 
 void FinestraElencoQt::Preme(int riga, int x, int y) {
+  premutaSottoLeRighe_ = riga < 0;
   Gesto([this, riga, x, y] {
     if (riga >= 0) {
       Chiama(elenco_.seleziona, std::ptrdiff_t{riga});
@@ -77,6 +78,10 @@ void FinestraElencoQt::Preme(int riga, int x, int y) {
 }
 
 void FinestraElencoQt::Rilascia() {
+  if (premutaSottoLeRighe_) {
+    Invia(elenco_.clicFuori);
+    return;
+  }
   Gesto([this] {
     const auto riga = static_cast<int>(elenco_.stato().selezionata);
     const int alto = riga < 0 ? 0 : parti_.vista->rowViewportPosition(riga);

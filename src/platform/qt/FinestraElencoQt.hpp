@@ -33,6 +33,7 @@ class FinestraElencoQt final : public FinestraModaleQt {
   void VaiAllaProssima(const QObject* campo, int tasto);
 
   bool premutaFuori_ = false;
+  bool premutaSottoLeRighe_ = false;
 };
 
 } // namespace lumoscad::qt

@@ -139,6 +139,10 @@ void FinestraModaleQt::Sincronizza() {
     parti_.TextScadenza->setText(Testo(stato.testoScadenza));
   }
   Segui(stato);
+  SincronizzaEditor(stato);
+}
+
+void FinestraModaleQt::SincronizzaEditor(const StatoElenco& stato) {
   SincronizzaEditor(stato.data, *parti_.FrameScad, *parti_.TextScad, Genere::EditorData);
   SincronizzaEditor(stato.banca, *parti_.FrameBanca, *parti_.cmbBanche2, Genere::EditorBanca);
   parti_.vista->Blocca(stato.barretteNascoste || stato.data.visibile || stato.banca.visibile);
@@ -186,7 +190,7 @@ void FinestraModaleQt::SincronizzaEditor(const EditorCella& editor, QFrame& corn
   if (genere == Genere::EditorBanca && parti_.cmbBanche2->currentIndex() != editor.indice) {
     parti_.cmbBanche2->setCurrentIndex(editor.indice);
   }
-  parti_.PosizionaSullaCella(cornice, parti_.vista->visualRect(CellaEditor(genere)));
+  parti_.PosizionaSullaCella(cornice, AreaEditor(genere));
   if (cornice.isHidden()) {
     cornice.show();
     campo.setFocus();
@@ -211,12 +215,31 @@ QModelIndex FinestraModaleQt::CellaEditor(Genere genere) const {
   return modello_.index(static_cast<int>(StatoEditor(genere).posto), Colonna(genere));
 }
 
+QRect FinestraModaleQt::AreaEditor(Genere genere) const {
+  const QModelIndex cella = CellaEditor(genere);
+  QRect area = parti_.vista->visualRect(cella);
+  if (area.isEmpty()) {
+    return area;
+  }
+  // The screen knows the columns at their nominal widths: what it leaves free at the cell's ends stays free.
+  int sinistra = elenco_.stato().sinistraLista;
+  for (int colonna = 0; colonna < cella.column(); ++colonna) {
+    sinistra += elenco_.colonne[static_cast<std::size_t>(colonna)].larghezza;
+  }
+  const EditorCella& editor = StatoEditor(genere);
+  const int libera = elenco_.colonne[static_cast<std::size_t>(cella.column())].larghezza - editor.larghezza;
+  const int larghezza = area.width() - libera / TwipsPerPixelX;
+  area.translate((editor.sinistra - sinistra) / TwipsPerPixelX, 0);
+  area.setWidth(larghezza);
+  return area;
+}
+
 void FinestraModaleQt::PosizionaEditor() {
   if (!parti_.FrameScad->isHidden()) {
-    parti_.PosizionaSullaCella(*parti_.FrameScad, parti_.vista->visualRect(CellaEditor(Genere::EditorData)));
+    parti_.PosizionaSullaCella(*parti_.FrameScad, AreaEditor(Genere::EditorData));
   }
   if (!parti_.FrameBanca->isHidden()) {
-    parti_.PosizionaSullaCella(*parti_.FrameBanca, parti_.vista->visualRect(CellaEditor(Genere::EditorBanca)));
+    parti_.PosizionaSullaCella(*parti_.FrameBanca, AreaEditor(Genere::EditorBanca));
   }
 }
 
@@ -233,7 +256,14 @@ bool FinestraModaleQt::HaLasciatoIlCampo(const QFocusEvent& evento) {
 }
 
 bool FinestraModaleQt::event(QEvent* evento) {
-  coperta_ = coperta_ || evento->type() == QEvent::WindowBlocked;
+  if (evento->type() == QEvent::WindowBlocked) {
+    coperta_ = true;
+    if (inGesto_ && !chiusa_) {
+      // A message of the gesture that is running: an editor that the screen has closed is gone before it shows.
+      const QScopedValueRollback<bool> muta(sincronizza_, true);
+      SincronizzaEditor(elenco_.stato());
+    }
+  }
   return QDialog::event(evento);
 }
 

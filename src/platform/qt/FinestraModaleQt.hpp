@@ -81,8 +81,10 @@ class FinestraModaleQt : public QDialog {
   void Sincronizza();
   void SincronizzaRighe(const StatoElenco& stato);
   void SincronizzaEditor(const EditorCella& editor, QFrame& cornice, QWidget& campo, Genere genere);
+  void SincronizzaEditor(const StatoElenco& stato);
   void PosizionaEditor();
   [[nodiscard]] const EditorCella& StatoEditor(Genere genere) const;
+  [[nodiscard]] QRect AreaEditor(Genere genere) const;
   void Chiudi();
 
   std::uint64_t ordine_;

@@ -24,6 +24,12 @@ constexpr int MargineFinestra = 14;
 constexpr int LarghezzaEtichetta = 110;
 constexpr int AltezzaCampo = 28;
 
+/// What the picture has to the right of the list, in pixels.
+int MargineQuadro(const FinestraElenco& finestra) {
+  const StatoElenco& stato = finestra.stato();
+  return (stato.larghezzaQuadro - stato.larghezzaLista) / TwipsPerPixelX;
+}
+
 QFrame* Cornice(const QString& nome, QWidget* padre) {
   auto* cornice = new QFrame(padre);
   cornice->setObjectName(nome);
@@ -35,6 +41,14 @@ QHBoxLayout* InRiga(QWidget* contenitore, int sopra = 0, int sotto = 0) {
   riga->setContentsMargins(0, sopra, 0, sotto);
   riga->setSpacing(8);
   return riga;
+}
+
+/// Adds a widget that is to be as wide as the list, which is narrower than the picture that holds it.
+void AggiungiALista(QBoxLayout& pila, QWidget* widget, const FinestraElenco& finestra) {
+  auto* riga = new QHBoxLayout;
+  riga->setContentsMargins(0, 0, MargineQuadro(finestra), 0);
+  riga->addWidget(widget);
+  pila.addLayout(riga);
 }
 
 /// The caption with an access key that neither of the two buttons uses.
@@ -114,7 +128,7 @@ StrutturaElenco::StrutturaElenco(QDialog& dialogo, const FinestraElenco& finestr
   Sopra(dialogo, finestra, *pila);
   Lista(dialogo, finestra, modello, *pila);
   Editor(finestra);
-  Sotto(dialogo, *pila);
+  Sotto(dialogo, finestra, *pila);
   QWidget* precedente = nullptr;
   for (QWidget* widget : std::initializer_list<QWidget*>{TextScadenza, cmbBanche, vista, PictureOk, PictureAnnulla}) {
     if (widget != nullptr && precedente != nullptr) {
@@ -127,7 +141,7 @@ StrutturaElenco::StrutturaElenco(QDialog& dialogo, const FinestraElenco& finestr
 void StrutturaElenco::Sopra(QDialog& dialogo, const FinestraElenco& finestra, QBoxLayout& pila) {
   QFrame* rigaScadenza = Cornice(QStringLiteral("FrameRigaScadenza"), &dialogo);
   QHBoxLayout* primaRiga = InRiga(rigaScadenza, 2, 4);
-  pila.addWidget(rigaScadenza);
+  AggiungiALista(pila, rigaScadenza, finestra);
   QWidget* contenitoreBanca = rigaScadenza;
   QHBoxLayout* rigaBanca = primaRiga;
   if (finestra.campoData) {
@@ -136,7 +150,7 @@ void StrutturaElenco::Sopra(QDialog& dialogo, const FinestraElenco& finestra, QB
   if (finestra.campoBanca && finestra.campoData) {
     contenitoreBanca = Cornice(QStringLiteral("FrameRigaBanca"), &dialogo);
     rigaBanca = InRiga(contenitoreBanca, 2, 4);
-    pila.addWidget(contenitoreBanca);
+    AggiungiALista(pila, contenitoreBanca, finestra);
   }
   if (finestra.campoBanca) {
     rigaBanca->addWidget(CampoBanca(finestra, contenitoreBanca));
@@ -149,7 +163,7 @@ void StrutturaElenco::Sopra(QDialog& dialogo, const FinestraElenco& finestra, QB
   QFrame* rigaScura = Cornice(QStringLiteral("RigaScura"), &dialogo);
   rigaScura->setFixedHeight(3);
   pila.addSpacing(4);
-  pila.addWidget(rigaScura);
+  AggiungiALista(pila, rigaScura, finestra);
 }
 
 QFrame* StrutturaElenco::CampoScadenza(const FinestraElenco& finestra, QWidget* padre) {
@@ -186,7 +200,7 @@ void StrutturaElenco::Lista(QDialog& dialogo, const FinestraElenco& finestra, Mo
                             QBoxLayout& pila) {
   picScadenzeBanche = Cornice(QStringLiteral("picScadenzeBanche"), &dialogo);
   auto* colonna = new QVBoxLayout(picScadenzeBanche);
-  colonna->setContentsMargins(0, 0, 0, 0);
+  colonna->setContentsMargins(0, 0, MargineQuadro(finestra), 0);
   colonna->setSpacing(0);
   vista = new VistaElenco(finestra, modello, picScadenzeBanche);
   testate = new TestateElenco(finestra, *vista, picScadenzeBanche);
@@ -220,13 +234,13 @@ void StrutturaElenco::Editor(const FinestraElenco& finestra) {
   }
 }
 
-void StrutturaElenco::Sotto(QDialog& dialogo, QBoxLayout& pila) {
+void StrutturaElenco::Sotto(QDialog& dialogo, const FinestraElenco& finestra, QBoxLayout& pila) {
   QFrame* separatore = Cornice(QStringLiteral("FrameSeparatore"), &dialogo);
   QHBoxLayout* linea = InRiga(separatore);
   QFrame* rigaSepara = Cornice(QStringLiteral("RigaSepara"), separatore);
   rigaSepara->setFixedHeight(1);
   linea->addWidget(rigaSepara);
-  pila.addWidget(separatore);
+  AggiungiALista(pila, separatore, finestra);
 
   QFrame* frameOkAnnulla = Cornice(QStringLiteral("FrameOkAnnulla"), &dialogo);
   QHBoxLayout* riga = InRiga(frameOkAnnulla, 10, 0);
@@ -240,7 +254,7 @@ void StrutturaElenco::Sotto(QDialog& dialogo, QBoxLayout& pila) {
   riga->addStretch(1);
   riga->addWidget(PictureOk);
   riga->addWidget(PictureAnnulla);
-  pila.addWidget(frameOkAnnulla);
+  AggiungiALista(pila, frameOkAnnulla, finestra);
 }
 
 void StrutturaElenco::PosizionaSullaCella(QFrame& cornice, const QRect& cella) const {

@@ -46,7 +46,7 @@ struct StrutturaElenco {
   [[nodiscard]] QFrame* CampoBanca(const FinestraElenco& finestra, QWidget* padre);
   void Lista(QDialog& dialogo, const FinestraElenco& finestra, ModelloElenco& modello, QBoxLayout& pila);
   void Editor(const FinestraElenco& finestra);
-  void Sotto(QDialog& dialogo, QBoxLayout& pila);
+  void Sotto(QDialog& dialogo, const FinestraElenco& finestra, QBoxLayout& pila);
 };
 
 } // namespace lumoscad::qt
