@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -206,6 +207,53 @@ TEST(Desktop, WhatTheWaitedWorkThrowsComesOut) {
   EXPECT_THROW(desktop->MostraAttesa("Attendere", 1, [] { throw ErroreRuntime(51, "x"); }), ErroreRuntime);
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+/// A window of the calling program, with the keyboard, that goes as soon as one of ours is open over it.
+void ConFinestraChePassa(const std::function<void()>& mostra, const std::function<void(QDialog&)>& chiudi) {
+  auto* delChiamante = new QWidget;
+  delChiamante->show();
+  delChiamante->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(delChiamante));
+  bool rimasta = false;
+  SullaFinestra([&](QDialog& nostra) {
+    ASSERT_NE(&nostra, delChiamante);
+    EXPECT_EQ(nostra.parent(), nullptr);
+    EXPECT_EQ(nostra.windowHandle()->transientParent(), delChiamante->windowHandle()) << "it stays above that window";
+    delete delChiamante;
+    QTest::qWait(20);
+    rimasta = nostra.isVisible();
+    chiudi(nostra);
+  });
+  mostra();
+  EXPECT_TRUE(rimasta);
+}
+
+TEST(Desktop, AWindowOfTheCallingProgramThatGoesTakesNoneOfOursWithIt) {
+  const auto desktop = qt::CreaDesktop();
+  const auto invio = [](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); };
+  ConFinestraChePassa([&] { desktop->MostraBox("Buongiorno", "LumoScad"); }, invio);
+  FinestraFinta finta(5);
+  ConFinestraChePassa([&] { desktop->MostraElenco(finta.finestra); }, [](QDialog& lista) { lista.close(); });
+  EXPECT_EQ(finta.gesti.back(), "chiudi");
+  int volte = 0;
+  ConFinestraChePassa([&] { desktop->MostraAttesa("Attendere", 100, [&] { ++volte; }); }, [](QDialog&) {});
+  EXPECT_EQ(volte, 1);
+}
+
+TEST(Desktop, OurWindowOpensOverTheMiddleOfTheCallingPrograms) {
+  const auto desktop = qt::CreaDesktop();
+  QWidget delChiamante;
+  delChiamante.setGeometry(300, 200, 400, 300);
+  delChiamante.show();
+  delChiamante.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&delChiamante));
+  SullaFinestra([&](QDialog& box) {
+    const QPoint distanza = box.frameGeometry().center() - delChiamante.frameGeometry().center();
+    EXPECT_LT(distanza.manhattanLength(), 40);
+    QTest::keyClick(&box, Qt::Key_Return);
+  });
+  desktop->MostraBox("Buongiorno", "LumoScad");
 }
 
 TEST(Desktop, TheCallingProgramsLoopSurvivesTheLastOfOurWindows) {

@@ -23,8 +23,8 @@ constexpr int RinviiMassimi = 50;
 
 } // namespace
 
-AttesaQt::AttesaQt(std::string_view testo, int millisecondi, const std::function<void()>& lavoro, QWidget* padre)
-    : QDialog(padre, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), lavoro_(lavoro),
+AttesaQt::AttesaQt(std::string_view testo, int millisecondi, const std::function<void()>& lavoro, QWidget* sotto)
+    : DialogoQt(sotto, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), lavoro_(lavoro),
       timer_(new QTimer(this)) {
   setObjectName(QStringLiteral("FormAspetta"));
   setWindowTitle(QStringLiteral("LumoScad"));

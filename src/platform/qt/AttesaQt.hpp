@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QDialog>
+#include "platform/qt/DialogoQt.hpp"
 
 #include <exception>
 #include <functional>
@@ -11,9 +11,9 @@ class QTimer;
 namespace lumoscad::qt {
 
 /// A small modal window that runs one piece of blocking work once it is painted. The person cannot close it.
-class AttesaQt final : public QDialog {
+class AttesaQt final : public DialogoQt {
  public:
-  AttesaQt(std::string_view testo, int millisecondi, const std::function<void()>& lavoro, QWidget* padre);
+  AttesaQt(std::string_view testo, int millisecondi, const std::function<void()>& lavoro, QWidget* sotto);
 
   /// Shows the window until the work is done; gives back what the work threw, or null.
   [[nodiscard]] std::exception_ptr Mostra();

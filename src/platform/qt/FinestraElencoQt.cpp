@@ -15,7 +15,7 @@
 
 namespace lumoscad::qt {
 
-FinestraElencoQt::FinestraElencoQt(FinestraElenco& finestra, QWidget* padre) : FinestraModaleQt(finestra, padre) {
+FinestraElencoQt::FinestraElencoQt(FinestraElenco& finestra, QWidget* sotto) : FinestraModaleQt(finestra, sotto) {
   CollegaLista();
   CollegaBanche();
   CollegaTestate();

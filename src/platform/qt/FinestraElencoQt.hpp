@@ -8,7 +8,7 @@ namespace lumoscad::qt {
 /// the mouse outside the list and the way from cell to cell.
 class FinestraElencoQt final : public FinestraModaleQt {
  public:
-  FinestraElencoQt(FinestraElenco& finestra, QWidget* padre);
+  FinestraElencoQt(FinestraElenco& finestra, QWidget* sotto);
 
   /// Esc: abandons an open editor, otherwise leaves the window as `Abbandona` does.
   void reject() override;

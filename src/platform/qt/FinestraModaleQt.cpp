@@ -18,9 +18,9 @@
 
 namespace lumoscad::qt {
 
-FinestraModaleQt::FinestraModaleQt(FinestraElenco& elenco, QWidget* padre)
-    : QDialog(padre, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
-                         Qt::WindowMaximizeButtonHint),
+FinestraModaleQt::FinestraModaleQt(FinestraElenco& elenco, QWidget* sotto)
+    : DialogoQt(sotto, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
+                           Qt::WindowMaximizeButtonHint),
       elenco_(elenco), modello_(elenco), parti_(*this, elenco, modello_), ordine_(elenco.stato().ordine),
       contenuto_(elenco.stato().contenuto) {
   setObjectName(Testo(elenco.nome));
@@ -276,7 +276,7 @@ bool FinestraModaleQt::eventFilter(QObject* oggetto, QEvent* evento) {
       std::exchange(entratoConClic_, false) && !parti_.TextScadenza->hasSelectedText()) {
     parti_.TextScadenza->selectAll();
   }
-  return QDialog::eventFilter(oggetto, evento);
+  return DialogoQt::eventFilter(oggetto, evento);
 }
 
 void FinestraModaleQt::closeEvent(QCloseEvent* evento) {
@@ -289,13 +289,13 @@ void FinestraModaleQt::closeEvent(QCloseEvent* evento) {
 }
 
 void FinestraModaleQt::showEvent(QShowEvent* evento) {
-  QDialog::showEvent(evento);
+  DialogoQt::showEvent(evento);
   parti_.vista->setFocus();
   parti_.testate->Disponi();
 }
 
 void FinestraModaleQt::resizeEvent(QResizeEvent* evento) {
-  QDialog::resizeEvent(evento);
+  DialogoQt::resizeEvent(evento);
   parti_.testate->Disponi();
   parti_.CopriBarrette(elenco_.stato().barretteNascoste);
   PosizionaEditor();

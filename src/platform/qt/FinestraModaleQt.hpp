@@ -1,10 +1,9 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/qt/DialogoQt.hpp"
 #include "platform/qt/ModelloElenco.hpp"
 #include "platform/qt/StrutturaElenco.hpp"
-
-#include <QDialog>
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +15,7 @@ namespace lumoscad::qt {
 /// What the windows over a list have in common: the modal showing and its end, the way of a gesture to the screen and
 /// of the screen's state back to the widgets, the in-place editors. It has no rule of its own. A window adds the
 /// gestures that it alone has.
-class FinestraModaleQt : public QDialog {
+class FinestraModaleQt : public DialogoQt {
  public:
   /// Shows the window until the screen has unloaded itself; gives back what a gesture threw, or null.
   [[nodiscard]] std::exception_ptr Mostra();
@@ -27,7 +26,7 @@ class FinestraModaleQt : public QDialog {
   static constexpr int CodiceTab = 9;
   static constexpr int CodiceInvio = 13;
 
-  FinestraModaleQt(FinestraElenco& elenco, QWidget* padre);
+  FinestraModaleQt(FinestraElenco& elenco, QWidget* sotto);
 
   /// Ends the construction, once all widgets are there: tells how many rows there are and takes a size.
   void Completa();

@@ -35,8 +35,8 @@ QLabel* Scritta(const EtichettaElenco& voce, QWidget* padre) {
 
 } // namespace
 
-FinestraScadenzarioQt::FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* padre)
-    : FinestraModaleQt(finestra.elenco, padre), finestra_(finestra) {
+FinestraScadenzarioQt::FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* sotto)
+    : FinestraModaleQt(finestra.elenco, sotto), finestra_(finestra) {
   AggiungiDescrizione();
   AggiungiSelezionaTutto();
   RinominaParti();

@@ -10,7 +10,7 @@ namespace lumoscad::qt {
 /// control that ticks every row.
 class FinestraScadenzarioQt final : public FinestraModaleQt {
  public:
-  FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* padre);
+  FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* sotto);
 
   /// Esc outside the editor.
   void reject() override;

@@ -53,8 +53,8 @@ QWidget* CampoLungo(const QString& testo, QWidget* padre) {
 
 } // namespace
 
-MessaggioQt::MessaggioQt(std::string_view testo, std::string_view titolo, QWidget* padre)
-    : QDialog(padre, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint) {
+MessaggioQt::MessaggioQt(std::string_view testo, std::string_view titolo, QWidget* sotto)
+    : DialogoQt(sotto, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint) {
   setObjectName(QStringLiteral("MostraMessaggio"));
   setWindowTitle(Testo(titolo));
   aspetto::Vesti(*this, {});

@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QDialog>
+#include "platform/qt/DialogoQt.hpp"
 
 #include <string_view>
 
 namespace lumoscad::qt {
 
 /// A modal box with a text and an OK button. CR, LF and CR LF are line breaks; the text is never taken for markup.
-class MessaggioQt final : public QDialog {
+class MessaggioQt final : public DialogoQt {
  public:
-  MessaggioQt(std::string_view testo, std::string_view titolo, QWidget* padre);
+  MessaggioQt(std::string_view testo, std::string_view titolo, QWidget* sotto);
 };
 
 } // namespace lumoscad::qt

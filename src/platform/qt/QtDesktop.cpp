@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QThread>
 
 #include <clocale>
@@ -22,7 +23,7 @@ namespace {
 
 constexpr qint64 IntervalloEventi = 10; // milliseconds between two turns of the event loop
 
-/// Makes the process' QApplication. It is never destroyed: no moment before the end of the process is surely late
+/// Makes a QApplication of ours. It is never destroyed: no moment before the end of the process is surely late
 /// enough, and at the very end Qt's own statics are already gone.
 void CreaApplicazione() {
   static std::string piattaforma = ScegliPiattaforma();
@@ -73,16 +74,13 @@ QWidget* Genitore() {
 
 class QtDesktop final : public Desktop {
  public:
-  QtDesktop() = default;
+  QtDesktop() { Prepara(); }
   QtDesktop(const QtDesktop&) = delete;
   QtDesktop& operator=(const QtDesktop&) = delete;
-  ~QtDesktop() override {
-    if (QCoreApplication::instance() != nullptr) {
-      Imposta(Puntatore::Predefinito);
-    }
-  }
+  ~QtDesktop() override { Imposta(Puntatore::Predefinito); }
 
   void MostraBox(std::string_view testo, std::string_view titolo) override {
+    Prepara();
     const UscitaSospesa sospesa;
     MessaggioQt(testo, titolo, Genitore()).exec();
   }
@@ -93,6 +91,9 @@ class QtDesktop final : public Desktop {
   }
 
   void EventiInAttesa() override {
+    if (!Riconosci()) {
+      return;
+    }
     if (!std::exchange(puntatoreCambiato_, false) && giro_.isValid() && giro_.elapsed() < IntervalloEventi) {
       return;
     }
@@ -110,8 +111,33 @@ class QtDesktop final : public Desktop {
   }
 
  private:
+  /// Before every window: the application of the calling program may have gone since the last one.
+  void Prepara() {
+    AssicuraApplicazione();
+    if (!Riconosci()) {
+      throw ErroreRuntime(errori::Driver, "Questo processo è la copia di uno che ha aperto finestre, e lo schermo è "
+                                          "rimasto di quello: una copia non ne può aprire.");
+    }
+  }
+
+  /// Takes note of the application that there is now; false where none can show anything from here.
+  bool Riconosci() {
+    auto* const applicazione = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (applicazione == nullptr || QThread::currentThread() != applicazione->thread()) {
+      return false;
+    }
+    const qint64 processo = QCoreApplication::applicationPid();
+    if (applicazione_ != applicazione) {
+      applicazione_ = applicazione;
+      processo_ = processo;
+      clessidra_ = false; // the pointers went with the application before
+    }
+    return processo_ == processo;
+  }
+
   /// Shows a window made of `argomenti` modally; what it gives back is raised once the window is gone.
-  template <class Finestra, class... Argomenti> static void Mostra(Argomenti&... argomenti) {
+  template <class Finestra, class... Argomenti> void Mostra(Argomenti&... argomenti) {
+    Prepara();
     std::exception_ptr errore;
     {
       const UscitaSospesa sospesa;
@@ -125,6 +151,9 @@ class QtDesktop final : public Desktop {
 
   void Imposta(Puntatore puntatore) {
     const bool clessidra = puntatore == Puntatore::Clessidra;
+    if (!Riconosci()) {
+      return;
+    }
     if (clessidra == std::exchange(clessidra_, clessidra)) {
       return;
     }
@@ -135,6 +164,8 @@ class QtDesktop final : public Desktop {
     }
   }
 
+  QPointer<QApplication> applicazione_;
+  qint64 processo_ = 0; ///< the one that the application showed its first window in
   bool clessidra_ = false;
   bool puntatoreCambiato_ = false;
   QElapsedTimer giro_;
@@ -143,7 +174,6 @@ class QtDesktop final : public Desktop {
 } // namespace
 
 std::unique_ptr<Desktop> CreaDesktop() {
-  AssicuraApplicazione();
   return std::make_unique<QtDesktop>();
 }
 
