@@ -72,7 +72,7 @@ std::string RegistraChiaveHost(const ChiavePresentata& chiave) noexcept {
 }
 
 bool ProvaHost(std::string_view host, std::string_view programma,
-               const std::function<void(const PassoProva&)>& mostra) noexcept {
+               const std::function<void(const PassoProva&)>& mostra) noexcept try {
   const Turno turno(Turno::Chi::Amministratore);
   if (turno.Come() != Turno::Esito::Preso) {
     mostra({"Impostazioni", false, std::string(turno.Motivo())});
@@ -89,6 +89,9 @@ bool ProvaHost(std::string_view host, std::string_view programma,
     mostra({"Impostazioni", false, ErroreCorrente().Testo()});
     return false;
   }
+} catch (...) {
+  // What `mostra` itself raised: there is nobody else to tell.
+  return false;
 }
 
 } // namespace lumoscad

@@ -34,9 +34,9 @@ struct PassoProva {
 
 /// Runs through the five operations of the link with a file of its own in the host's /tmp, which it removes again, and
 /// hands each outcome to `mostra`. With an empty `programma` it looks for the back-end program without starting it;
-/// otherwise it runs `programma` without parameters and expects an XML answer. True when everything works. It uses the
-/// link that commands use: while a command or another test runs, on whatever thread, it is refused, and so is a command
-/// while it runs.
+/// otherwise it runs `programma` without parameters and expects an XML answer. True when everything works; what
+/// `mostra` raises ends the test, and its file is removed all the same. It uses the link that commands use: while a
+/// command or another test runs, on whatever thread, it is refused, and so is a command while it runs.
 [[nodiscard]] bool ProvaHost(std::string_view host, std::string_view programma,
                              const std::function<void(const PassoProva&)>& mostra) noexcept;
 

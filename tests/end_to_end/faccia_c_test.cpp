@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -94,4 +95,11 @@ TEST_F(FacciaC, TheTestOfAHostAndACommandDoNotRunAtOnce) {
   EXPECT_EQ(daUnTimer, 5U);
   EXPECT_EQ(daUnThread, 5U);
   EXPECT_EQ(lumoscad_esegui("-T FOO", nullptr, 0), 0U) << "the turn is free again";
+}
+
+TEST_F(FacciaC, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
+  setenv("NEXARO_TRASPORTO", "cartella", 1);
+  setenv("NEXARO_RADICE", testing::TempDir().c_str(), 1);
+  EXPECT_FALSE(
+      lumoscad::ProvaHost("10.0.0.1", "", [](const lumoscad::PassoProva&) { throw std::runtime_error("no screen"); }));
 }

@@ -4,6 +4,7 @@
 #include "Figlio.hpp"
 #include "support/ServerSsh.hpp"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace lumoscad::prova {
@@ -50,6 +51,28 @@ TEST_F(ProvaHost, SaysWhichOperationDoesNotWork) {
                     HasSubstr("EseguiProgramma  NON riuscito: "), HasSubstr("Non tutte le operazioni riescono.\n")));
   EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
 }
+
+/// Whichever way the host is reached.
+class ProvaHostLettaAMeta : public testing::TestWithParam<Trasporto> {};
+
+TEST_P(ProvaHostLettaAMeta, AReaderThatLeavesEarlyLeavesNoFileBehind) {
+  const Dimostrazione demo(GetParam());
+  Scrivi(demo.Base() / "digitato", "");
+  for (const char* righe : {"0", "1", "2", "3"}) {
+    Figlio programma({"sh", "-c", "\"$1\" --prova-host \"$2\" | head -n \"$3\"; sleep 0.1", "sh", LUMOSCAD_PROGRAMMA,
+                      demo.Indirizzo(), righe},
+                     demo.Ambiente(), demo.Base() / "digitato", demo.Base() / "risultato", demo.Base() / "errori");
+    EXPECT_EQ(programma.Attendi(), 0);
+    const auto letto = Leggi(demo.Base() / "risultato");
+    EXPECT_EQ(std::to_string(std::count(letto.begin(), letto.end(), '\n')), righe);
+    EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty()) << righe;
+    EXPECT_THAT(Contenuto(demo.Locale()), IsEmpty()) << righe;
+    EXPECT_EQ(Leggi(demo.Base() / "errori"), "");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Trasporti, ProvaHostLettaAMeta, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+                         [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 TEST_F(ProvaHost, AnUnknownHostIsReachedOnlyAfterItsKeyWasTakenInWithAYes) {
   Scrivi(demo.Ssh().Noti(), "");

@@ -245,6 +245,25 @@ TEST(ProvaOperazioni, LeavesNothingOnTheHostWhateverFails) {
   }
 }
 
+TEST(ProvaOperazioni, LeavesNothingWhenItsOutcomesCannotBeShown) {
+  const prove::CartellaProvvisoria base;
+  for (const auto* nome : {"host", "locale"}) {
+    fs::create_directory(base / nome);
+  }
+  HostGuasto host(base / "host");
+  for (const std::string muta : {"InviaFile", "RiceviFile", "RinominaFile", "CancellaFile"}) {
+    EXPECT_THROW(static_cast<void>(nexaro::ProvaOperazioni(host, "h", "PROVA", {"T01", base / "locale"},
+                                                           [&muta](const nexaro::EsitoPasso& passo) {
+                                                             if (passo.operazione == muta) {
+                                                               throw std::runtime_error("no screen");
+                                                             }
+                                                           })),
+                 std::runtime_error);
+    EXPECT_TRUE(fs::is_empty(base / "host")) << muta;
+    EXPECT_TRUE(fs::is_empty(base / "locale")) << muta;
+  }
+}
+
 TEST_F(Amministrazione, WrongUseIsAnsweredWithTheUsage) {
   for (const auto* argomenti : {"--registra-host", "--registra-host a b", "--prova-host", "--prova-host a b c"}) {
     const auto esito = Esegui(argomenti);

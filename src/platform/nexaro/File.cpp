@@ -2,26 +2,46 @@
 
 #include "platform/nexaro/Chiamata.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/Resti.hpp"
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <random>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace lumoscad::nexaro {
 
+namespace {
+
+/// Locks a new file as one that is being written. False where somebody came in between and took it for a leftover: it
+/// has lost its name, or is about to. Where there are no such locks, the process' number alone keeps it.
+bool Trattieni(const Descrittore& file) {
+  struct stat stato {};
+  const bool preso = ::flock(file.Numero(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  return preso && ::fstat(file.Numero(), &stato) == 0 && stato.st_nlink > 0;
+}
+
+} // namespace
+
 FileProvvisorio::FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione) {
   static constexpr int Tentativi = 100;
   const auto barra = destinazione.rfind('/');
-  const auto cartella = barra == std::string::npos ? std::string() : destinazione.substr(0, barra + 1);
+  const auto cartella = barra == std::string::npos ? std::string("./") : destinazione.substr(0, barra + 1);
+  TogliResti(cartella);
   std::random_device caso;
   for (int tentativo = 0; tentativo < Tentativi && !descrittore_.Aperto(); ++tentativo) {
-    nome_ = cartella + ".lumoscad-" + std::to_string(::getpid()) + "-" + std::to_string(caso());
+    nome_ = cartella + NomeProvvisorio(::getpid(), caso());
     descrittore_ = Descrittore(::open(nome_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modo));
     if (!descrittore_.Aperto() && errno != EEXIST) {
       break;
+    }
+    if (descrittore_.Aperto() && !Trattieni(descrittore_)) {
+      descrittore_.Chiudi();
+      ::unlink(nome_.c_str());
+      errno = EAGAIN;
     }
   }
   if (!descrittore_.Aperto()) {
@@ -47,11 +67,12 @@ void FileProvvisorio::Scrivi(std::string_view dati, const std::string& operazion
 }
 
 void FileProvvisorio::Pubblica(const std::string& destinazione, const std::string& operazione) {
-  if (::fsync(descrittore_.Numero()) != 0 || descrittore_.Chiudi() != 0 ||
-      ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
+  // Closed once it has its final name: until then it must stay locked. After fsync(2) close(2) has nothing left to say.
+  if (::fsync(descrittore_.Numero()) != 0 || ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
     throw ErroreSistema(operazione, errno);
   }
   definitivo_ = true;
+  descrittore_.Chiudi();
 }
 
 namespace {

@@ -17,7 +17,7 @@ namespace lumoscad::nexaro {
 /// A file under a private name beside `destinazione`, removed again unless it got its final name.
 class FileProvvisorio {
  public:
-  /// `modo` holds the permissions before the umask.
+  /// `modo` holds the permissions before the umask. What killed programs left in the directory is removed.
   FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione);
   FileProvvisorio(const FileProvvisorio&) = delete;
   FileProvvisorio& operator=(const FileProvvisorio&) = delete;
