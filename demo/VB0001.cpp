@@ -1,3 +1,4 @@
+#include "Codifica.hpp"
 #include "RichiestaFile.hpp"
 
 #include <algorithm>
@@ -15,6 +16,13 @@ namespace {
 using namespace lumoscad::demo;
 
 using Parametri = std::vector<std::string>;
+
+/// A call: where it finds its files, and what it was asked.
+struct Chiamata {
+  std::string radice;
+  Parametri parametri;
+  Codifica codifica;
+};
 
 /// What a request was answered with, and what it brought.
 struct Risposta {
@@ -35,21 +43,21 @@ std::set<std::string> ContiBloccati(const std::string& radice) {
   std::set<std::string> conti{"BLOCCATO"};
   std::ifstream file(radice + "/conti_bloccati");
   for (std::string conto; std::getline(file, conto);) {
-    conti.insert(conto);
+    conti.insert(Codifica().Leggi(conto)); // the list is the host's own, whatever a call is written in
   }
   return conti;
 }
 
 /// Reads the request file of a complete upload.
-std::string LeggiRichiesta(const std::string& radice, const std::string& percorso) {
+std::string LeggiRichiesta(Chiamata& chiamata, const std::string& percorso) {
   if (!percorso.starts_with("/tmp/") || percorso.find("..") != std::string::npos || !percorso.ends_with(".dos")) {
     throw Rifiuto("Parametro 5: «" + percorso + "» non è il nome di un file di richiesta completo.");
   }
-  auto contenuto = LeggiFile(radice + percorso);
+  const auto contenuto = LeggiFile(chiamata.radice + chiamata.codifica.Scrivi(percorso));
   if (!contenuto) {
     throw Rifiuto("Il file della richiesta «" + percorso + "» non esiste.");
   }
-  return std::move(*contenuto);
+  return chiamata.codifica.Leggi(*contenuto);
 }
 
 void ControllaObbligatori(const Parametri& parametri, std::size_t quanti) {
@@ -76,56 +84,61 @@ std::string VariateConsegne(std::size_t consegne) {
   return consegne == 1 ? "Variata 1 consegna" : "Variate " + std::to_string(consegne) + " consegne";
 }
 
-Risposta Canalizzazione(const std::string& radice, const Parametri& parametri) {
+Risposta Canalizzazione(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   static constexpr std::array<std::string_view, 3> tipi{"CREDITI", "DEBITI", "PRESUNTI"};
   static constexpr std::size_t Compilati = 5;
   ControllaObbligatori(parametri, Compilati);
   if (std::find(tipi.begin(), tipi.end(), parametri[2]) == tipi.end()) {
     throw Rifiuto("Parametro 3: «" + parametri[2] + "» non è CREDITI, DEBITI o PRESUNTI.");
   }
-  auto contenuto = LeggiRichiesta(radice, parametri[4]);
-  const auto bloccati = ContiBloccati(radice);
+  auto contenuto = LeggiRichiesta(chiamata, parametri[4]);
+  const auto bloccati = ContiBloccati(chiamata.radice);
   auto testo = parametri[2] == "PRESUNTI" ? Variati(ControllaBancaPresunti(contenuto, bloccati))
                                           : Variate(ControllaCanalizzazione(contenuto, bloccati));
   return {true, std::move(testo), std::move(contenuto)};
 }
 
-Risposta Consegna(const std::string& radice, const Parametri& parametri) {
+Risposta Consegna(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   static constexpr std::size_t Compilati = 5;
   ControllaObbligatori(parametri, Compilati);
   if (parametri[2] != "PRESUNTI") {
     throw Rifiuto("Parametro 3: «" + parametri[2] + "» non è PRESUNTI.");
   }
-  auto contenuto = LeggiRichiesta(radice, parametri[4]);
-  const auto consegne = ControllaConsegna(contenuto, ContiBloccati(radice));
+  auto contenuto = LeggiRichiesta(chiamata, parametri[4]);
+  const auto consegne = ControllaConsegna(contenuto, ContiBloccati(chiamata.radice));
   return {true, VariateConsegne(consegne), std::move(contenuto)};
 }
 
-Risposta Scadenze(const std::string& radice, const Parametri& parametri) {
+Risposta Scadenze(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   static constexpr std::size_t Compilati = 5;
   ControllaObbligatori(parametri, Compilati);
-  auto contenuto = LeggiRichiesta(radice, parametri[4]);
-  const auto scadenze = ControllaScadenze(contenuto, ContiBloccati(radice));
+  auto contenuto = LeggiRichiesta(chiamata, parametri[4]);
+  const auto scadenze = ControllaScadenze(contenuto, ContiBloccati(chiamata.radice));
   return {true, Variate(scadenze), std::move(contenuto)};
 }
 
-void ControllaConto(const std::string& radice, const std::string& conto) {
-  if (ContiBloccati(radice).contains(conto)) {
+void ControllaConto(const Chiamata& chiamata, const std::string& conto) {
+  if (ContiBloccati(chiamata.radice).contains(conto)) {
     throw Rifiuto("Parametro 3: «" + conto + "» è un conto bloccato.");
   }
 }
 
-Risposta Sospensione(const std::string& radice, const Parametri& parametri) {
+Risposta Sospensione(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   static constexpr std::size_t Compilati = 5;
   ControllaObbligatori(parametri, Compilati);
-  ControllaConto(radice, parametri[2]);
+  ControllaConto(chiamata, parametri[2]);
   return {true, "Sospesa la partita " + parametri[3] + " del conto " + parametri[2], ""};
 }
 
-Risposta Riattivazione(const std::string& radice, const Parametri& parametri) {
+Risposta Riattivazione(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   static constexpr std::size_t Compilati = 4;
   ControllaObbligatori(parametri, Compilati);
-  ControllaConto(radice, parametri[2]);
+  ControllaConto(chiamata, parametri[2]);
   return {true, "Riattivata la partita " + parametri[3] + " del conto " + parametri[2], ""};
 }
 
@@ -153,15 +166,18 @@ std::string Documento(const Parametri& parametri) {
   return parametri[2] + " " + parametri[4] + (cifre == 0 ? "" : "/" + parametri[3]);
 }
 
-Risposta SospensionePresunto(const std::string& /*radice*/, const Parametri& parametri) {
+Risposta SospensionePresunto(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   return {true, "Sospeso il documento " + Documento(parametri), ""};
 }
 
-Risposta RiattivazionePresunto(const std::string& /*radice*/, const Parametri& parametri) {
+Risposta RiattivazionePresunto(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   return {true, "Riattivato il documento " + Documento(parametri), ""};
 }
 
-Risposta CancellazioneExtra(const std::string& /*radice*/, const Parametri& parametri) {
+Risposta CancellazioneExtra(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   static constexpr std::size_t Compilati = 5;
   ControllaObbligatori(parametri, Compilati);
   if (!Cifre(parametri[3]) || parametri[3].size() != 4) {
@@ -174,7 +190,7 @@ Risposta CancellazioneExtra(const std::string& /*radice*/, const Parametri& para
 struct Richiesta {
   const char* nome;
   std::size_t parametri;
-  Risposta (*esegui)(const std::string& radice, const Parametri& parametri);
+  Risposta (*esegui)(Chiamata& chiamata);
 };
 
 constexpr std::array<Richiesta, 8> richieste{{{"CANALIZZAZIONE", 11, Canalizzazione},
@@ -186,7 +202,8 @@ constexpr std::array<Richiesta, 8> richieste{{{"CANALIZZAZIONE", 11, Canalizzazi
                                               {"PRESUNTOCANCELLA", 7, RiattivazionePresunto},
                                               {"EXTRADEL", 6, CancellazioneExtra}}};
 
-Risposta Esegui(const std::string& radice, const Parametri& parametri) {
+Risposta Esegui(Chiamata& chiamata) {
+  const Parametri& parametri = chiamata.parametri;
   const std::string nome = parametri.size() > 1 ? parametri[1] : "";
   for (const auto& richiesta : richieste) {
     if (nome != richiesta.nome) {
@@ -196,7 +213,7 @@ Risposta Esegui(const std::string& radice, const Parametri& parametri) {
       throw Rifiuto("La richiesta " + nome + " ha " + std::to_string(parametri.size()) + " parametri invece di " +
                     std::to_string(richiesta.parametri) + ".");
     }
-    return richiesta.esegui(radice, parametri);
+    return richiesta.esegui(chiamata);
   }
   throw Rifiuto("Richiesta sconosciuta: «" + nome + "».");
 }
@@ -224,15 +241,15 @@ std::string PerRegistro(const std::string& testo) {
   return uscita;
 }
 
-/// One line a call: outcome, answer, number of parameters, the parameters, the accepted file.
-bool Registra(const std::string& radice, const Parametri& parametri, const Risposta& risposta) {
+/// One line a call, in its encoding: outcome, answer, number of parameters, the parameters, the accepted file.
+bool Registra(const Chiamata& chiamata, const Risposta& risposta) {
   std::string riga = risposta.accettata ? "ACCETTATA" : "RIFIUTATA";
-  riga += "\t" + PerRegistro(risposta.testo) + "\t" + std::to_string(parametri.size());
-  for (const auto& parametro : parametri) {
+  riga += "\t" + PerRegistro(risposta.testo) + "\t" + std::to_string(chiamata.parametri.size());
+  for (const auto& parametro : chiamata.parametri) {
     riga += "\t" + PerRegistro(parametro);
   }
-  std::ofstream registro(radice + "/registro/VB0001.log", std::ios::binary | std::ios::app);
-  registro << riga + "\t" + PerRegistro(risposta.contenuto) + "\n" << std::flush;
+  std::ofstream registro(chiamata.radice + "/registro/VB0001.log", std::ios::binary | std::ios::app);
+  registro << chiamata.codifica.Scrivi(riga + "\t" + PerRegistro(risposta.contenuto) + "\n") << std::flush;
   return registro.good();
 }
 
@@ -263,19 +280,27 @@ int main(int numero, char** argomenti) {
     std::fputs("Manca NEXARO_RADICE, la cartella dell'host.\n", stderr);
     return 2;
   }
-  const Parametri parametri(argomenti + 1, argomenti + numero);
+  Chiamata chiamata{radice, {}, {}};
+  const Parametri ricevuti(argomenti + 1, argomenti + numero);
+  for (const auto& ricevuto : ricevuti) {
+    static_cast<void>(chiamata.codifica.Leggi(ricevuto)); // one of them tells the encoding of all
+  }
+  for (const auto& ricevuto : ricevuti) {
+    chiamata.parametri.push_back(chiamata.codifica.Leggi(ricevuto));
+  }
   Risposta risposta;
   try {
-    risposta = Esegui(radice, parametri);
+    risposta = Esegui(chiamata);
   } catch (const Rifiuto& rifiuto) {
     risposta.testo = rifiuto.what();
   }
-  if (!Registra(radice, parametri, risposta)) {
+  if (!Registra(chiamata, risposta)) {
     std::fputs("Il registro delle chiamate non può essere scritto.\n", stderr);
     return 1;
   }
   const std::string elemento = risposta.accettata ? "MESSAGGIO" : "ERRORE";
-  std::printf("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<RISPOSTA><%s>%s</%s></RISPOSTA>\n", elemento.c_str(),
-              PerXml(risposta.testo).c_str(), elemento.c_str());
-  return std::fflush(stdout) == 0 ? 0 : 1;
+  const auto documento = chiamata.codifica.DichiarazioneXml() + "<RISPOSTA><" + elemento + ">" +
+                         chiamata.codifica.Scrivi(PerXml(risposta.testo)) + "</" + elemento + "></RISPOSTA>\n";
+  return std::fwrite(documento.data(), 1, documento.size(), stdout) == documento.size() && std::fflush(stdout) == 0 ? 0
+                                                                                                                    : 1;
 }

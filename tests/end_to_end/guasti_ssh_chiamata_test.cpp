@@ -3,6 +3,8 @@
 
 #include "GuastiSsh.hpp"
 
+#include "lumoscad/LumoScadenze.hpp"
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -12,6 +14,7 @@ namespace lumoscad::prova {
 namespace {
 
 using testing::AnyOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -255,7 +258,27 @@ class GuastiSshCodifica : public GuastiSsh {
     VerificaRimasti({});
     EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
   }
+  /// What is shown of the demonstration's answer to a request of `conto`, on a host with this encoding.
+  Righe Risposta(const char* codifica, const std::string& conto) {
+    ::setenv("NEXARO_CODIFICA", codifica, 1);
+    ScriviProgramma(demo.VB0001(), "exec \"$NEXARO_RADICE/programmi/VB0001.vero\" \"$@\"");
+    LumoScadenze().EseguiLumoScad("-T SOSPESO /A -D 01 -H " + demo.Indirizzo() + " -C " + conto +
+                                  " -P AB   123 -DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main");
+    return desktop.box;
+  }
 };
+
+TEST_F(GuastiSshCodifica, TheDemonstrationsProgramAnswersInLatin1) {
+  EXPECT_THAT(Risposta("ISO-8859-1", "Perché"), Contains("Sospesa la partita AB123 del conto Perché"));
+}
+
+TEST_F(GuastiSshCodifica, TheDemonstrationsProgramAnswersWithTheEuroOfTheHostsEncoding) {
+  EXPECT_THAT(Risposta("ISO-8859-15", "Città€"), Contains("Sospesa la partita AB123 del conto Città€"));
+}
+
+TEST_F(GuastiSshCodifica, TheDemonstrationsProgramAnswersInUtf8) {
+  EXPECT_THAT(Risposta("UTF-8", "Città€"), Contains("Sospesa la partita AB123 del conto Città€"));
+}
 
 TEST_F(GuastiSshCodifica, AReplyInTheAgreedEncodingIsRead) {
   ::setenv("NEXARO_CODIFICA", "ISO-8859-1", 1);

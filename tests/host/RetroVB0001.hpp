@@ -23,7 +23,8 @@ class RetroVB0001 : public testing::Test {
     return parametri;
   }
 
-  xml::Nodo Chiama(const std::vector<std::string>& parametri) {
+  /// The answer's bytes.
+  std::string Byte(const std::vector<std::string>& parametri) {
     const auto esito = nexaro::Esegui({LUMOSCAD_VB0001,
                                        parametri,
                                        {"NEXARO_RADICE=" + radice.Percorso()},
@@ -33,8 +34,9 @@ class RetroVB0001 : public testing::Test {
                                        2000});
     EXPECT_EQ(esito.fine, nexaro::FineProcesso::Uscito);
     EXPECT_EQ(esito.stato, 0) << esito.errori;
-    return xml::Leggi(esito.uscita);
+    return esito.uscita;
   }
+  xml::Nodo Chiama(const std::vector<std::string>& parametri) { return xml::Leggi(Byte(parametri)); }
 
   /// The one text of the answer, which must be an `elemento`, to a request whose file holds `contenuto`.
   std::string Testo(const std::string& elemento, const std::string& contenuto,
