@@ -11,6 +11,8 @@ pacchetti=(
   clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3
   # libraries
   qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev libgtest-dev libgmock-dev libbenchmark-dev
+  # the sources of the locales under which the tests run
+  locales
   # the database of the demonstration
   unixodbc odbcinst libsqliteodbc sqlite3
   # a virtual display, a window manager and hands to play with

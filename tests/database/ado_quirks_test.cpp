@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
 #include <sql.h>
@@ -21,6 +22,14 @@ class Quirk : public Ado {
   Quirk() {
     connection_.Execute("CREATE TABLE STRANI (CHIAVE INTEGER NOT NULL PRIMARY KEY, CORTO VARCHAR(5), FISSO CHAR(8), "
                         "DOPPIO DOUBLE PRECISION, IMPORTO DECIMAL(15,2), GIORNO DATE)");
+  }
+  /// The number of a text, whatever the locale.
+  [[nodiscard]] static double floating(const std::optional<std::string>& text) {
+    double value = 0;
+    const std::string digits = text.value_or("");
+    const char* const end = digits.data() + digits.size();
+    EXPECT_EQ(std::from_chars(digits.data(), end, value).ptr, end) << digits;
+    return value;
   }
   /// The keys that meet `condition`.
   [[nodiscard]] std::vector<std::string> keys(const std::string& condition, std::vector<std::string> parameters = {}) {
@@ -78,8 +87,8 @@ TEST_P(Quirk, BackslashesAndQuestionMarksInsideQuotesAreLetters) {
 TEST_P(Quirk, AmountsKeepTheirScaleOrNotAndNeverTheirValue) {
   connection_.Execute("INSERT INTO STRANI (CHIAVE,IMPORTO,DOPPIO) VALUES (1,1234567890123.40,1234567890123.45)");
   EXPECT_EQ(single("SELECT IMPORTO FROM STRANI"), quirks().keepsScale ? "1234567890123.40" : "1234567890123.4");
-  EXPECT_EQ(std::stod(single("SELECT DOPPIO FROM STRANI").value_or("")), 1234567890123.45);
-  EXPECT_EQ(std::stod(single("SELECT SUM(DOPPIO) FROM STRANI").value_or("")), 1234567890123.45);
+  EXPECT_EQ(floating(single("SELECT DOPPIO FROM STRANI")), 1234567890123.45);
+  EXPECT_EQ(floating(single("SELECT SUM(DOPPIO) FROM STRANI")), 1234567890123.45);
 }
 
 TEST_P(Quirk, AFloatingAmountIsFoundByTheTextItWasReadAs) {
@@ -89,7 +98,7 @@ TEST_P(Quirk, AFloatingAmountIsFoundByTheTextItWasReadAs) {
   rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "STRANI", .chiave = "CHIAVE"});
   rows.Fields("DOPPIO").SetValue("0.7");
   EXPECT_NO_THROW(rows.Update());
-  EXPECT_EQ(std::stod(single("SELECT DOPPIO FROM STRANI").value_or("")), 0.7);
+  EXPECT_EQ(floating(single("SELECT DOPPIO FROM STRANI")), 0.7);
 }
 
 TEST_P(Quirk, ColumnNamesComeInTheCaseOfTheServer) {

@@ -71,10 +71,12 @@ TEST(Applicazione, ACallingProgramWithoutWindowsIsRefused) {
   }
 }
 
-TEST(Applicazione, WithoutOneTheDesktopMakesItsOwnAndKeepsIt) {
+TEST(Applicazione, WithoutOneTheDesktopMakesItsOwnKeepsItAndLeavesTheLocaleAsItWas) {
   const Variabile piattaforma("QT_QPA_PLATFORM", "offscreen");
+  const Variabile cartella("LOCPATH", LUMOSCAD_LOCALI);
+  const Variabile dellaPersona("LC_ALL", "it_IT.UTF-8");
   ASSERT_EQ(QCoreApplication::instance(), nullptr);
-  const std::string numeri = std::setlocale(LC_NUMERIC, nullptr);
+  const std::string locale = std::setlocale(LC_ALL, "C");
   {
     const auto desktop = CreaDesktop();
     ASSERT_NE(qobject_cast<QApplication*>(QCoreApplication::instance()), nullptr);
@@ -86,7 +88,7 @@ TEST(Applicazione, WithoutOneTheDesktopMakesItsOwnAndKeepsIt) {
     desktop->MostraBox("Buongiorno", "LumoScad");
     EXPECT_TRUE(vista);
   }
-  EXPECT_EQ(std::setlocale(LC_NUMERIC, nullptr), numeri);
+  EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
   const QCoreApplication* prima = QCoreApplication::instance();
   const auto ancora = CreaDesktop();
   EXPECT_EQ(QCoreApplication::instance(), prima);

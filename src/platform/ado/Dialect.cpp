@@ -27,16 +27,17 @@ constexpr std::string_view openingOfMariaDb =
     "sql_mode=CONCAT(@@sql_mode,',STRICT_ALL_TABLES,NO_ZERO_DATE,NO_ZERO_IN_DATE,NO_BACKSLASH_ESCAPES'), "
     "tx_isolation='READ-COMMITTED', max_statement_time=";
 
-constexpr std::array<Dialect, 4> dialects{{
-    {"PostgreSQL", "SELECT pg_backend_pid()", "", true},
-    {"MariaDB", connectionId, openingOfMariaDb, true},
-    {"MySQL", connectionId, "", true},
+constexpr std::array<Dialect, 5> dialects{{
+    {"PostgreSQL", "SELECT pg_backend_pid()", "", true, true, true},
+    {"MariaDB", connectionId, openingOfMariaDb, true, true, false},
+    {"MySQL", connectionId, "", true, true, false},
+    {"SQLite", "", "", true, false, false},
     // The members of the family share no function that names the connection; that it answers is known all the same.
     // "=" takes no LOB on either side
     // (https://www.ibm.com/docs/SSEPEK_13.0.0/sqlref/src/tpc/db2z_lobrestrictions.html).
-    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false},
+    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false, true, false},
 }};
-constexpr Dialect unknown{"", "", "", true};
+constexpr Dialect unknown{"", "", "", true, true, false};
 
 constexpr int defaultLimit = 60;
 constexpr int oneDay = 86400;

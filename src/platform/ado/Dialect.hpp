@@ -11,6 +11,8 @@ struct Dialect {
   std::string_view serverSession; ///< query of the identity of the server's side of the connection; may be empty
   std::string_view opening;       ///< first statement of a connection, seconds a statement to be appended; may be empty
   bool comparesLongTexts;         ///< a column of long texts may be compared with a value
+  bool typesHold;                 ///< a column declared as a number holds numbers alone
+  bool namesNumbers;              ///< the name of a column's type tells its numbers, its description may not
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.

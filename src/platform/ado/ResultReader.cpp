@@ -1,6 +1,7 @@
 #include "platform/ado/ResultReader.hpp"
 
 #include "platform/ado/Diagnostics.hpp"
+#include "platform/ado/NumberText.hpp"
 
 #include <algorithm>
 #include <array>
@@ -46,6 +47,37 @@ bool isTimestamp(SQLSMALLINT type) {
   return type == SQL_TYPE_TIMESTAMP || type == SQL_TIMESTAMP;
 }
 
+bool isNumber(SQLSMALLINT type) {
+  constexpr SQLSMALLINT decfloat = -360; // DB2's own
+  constexpr std::array<SQLSMALLINT, 6> types{SQL_DECIMAL, SQL_NUMERIC, SQL_FLOAT, SQL_REAL, SQL_DOUBLE, decfloat};
+  return std::find(types.begin(), types.end(), type) != types.end();
+}
+
+/// The name of the column's type in the server's own words; empty where it is not told.
+std::string typeName(const Statement& statement, SQLUSMALLINT column) {
+  std::array<char, 64> name{};
+  SQLSMALLINT length = 0;
+  const SQLRETURN rc = SQLColAttribute(statement.handle(), column, SQL_DESC_TYPE_NAME, name.data(),
+                                       static_cast<SQLSMALLINT>(name.size() - 1), &length, nullptr);
+  return SQL_SUCCEEDED(rc) ? std::string(name.data()) : std::string();
+}
+
+ValueKind kindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT type) {
+  const Dialect& dialect = statement.session().dialect();
+  if (isTimestamp(type))
+    return ValueKind::Timestamp;
+  // Numbers may be described as texts, and amounts of money as numbers: a setting of PostgreSQL's driver (NumericAs)
+  // and its habit. It writes them all the same.
+  if (dialect.namesNumbers) {
+    const std::string name = typeName(statement, column);
+    if (name == "money")
+      return ValueKind::Money;
+    if (name == "numeric" || name == "float4" || name == "float8")
+      return ValueKind::Number;
+  }
+  return dialect.typesHold && isNumber(type) ? ValueKind::Number : ValueKind::AsItIs;
+}
+
 /// Leaves the date alone of a timestamp at midnight: a due date may be declared either way.
 std::string_view withoutMidnight(std::string_view text) {
   constexpr std::size_t date = 10;
@@ -55,6 +87,21 @@ std::string_view withoutMidnight(std::string_view text) {
   const std::string_view rest = text.substr(date + midnight.size());
   const bool zero = rest.empty() || (rest.front() == '.' && rest.find_first_not_of('0', 1) == std::string_view::npos);
   return zero ? text.substr(0, date) : text;
+}
+
+/// A value as this layer gives it; may rewrite the driver's text in its place.
+std::string_view plainText(ValueKind kind, char* text, std::size_t length) {
+  switch (kind) {
+  case ValueKind::Timestamp:
+    return withoutMidnight({text, length});
+  case ValueKind::Number:
+    return withPoint(text, length);
+  case ValueKind::Money:
+    return withoutCurrency(text, length);
+  case ValueKind::AsItIs:
+    break;
+  }
+  return {text, length};
 }
 
 /// The buffers of a block of rows, bound column by column.
@@ -101,8 +148,7 @@ class Block {
       // A value that fills its buffer to the last byte may have been cut by a driver that tells the cut length.
       if (length < 0 || static_cast<std::size_t>(length) + 1 >= columns_[i].buffer)
         return false;
-      const std::string_view text(starts_[i] + row * columns_[i].buffer, static_cast<std::size_t>(length));
-      cells[i] = isTimestamp(columns_[i].type) ? withoutMidnight(text) : text;
+      cells[i] = plainText(columns_[i].kind, starts_[i] + row * columns_[i].buffer, static_cast<std::size_t>(length));
     }
     return true;
   }
@@ -189,6 +235,7 @@ std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT 
                                      &nullable),
                       "Descrizione del risultato non riuscita.");
     column.name = reinterpret_cast<const char*>(name.data());
+    column.kind = kindOf(statement, static_cast<SQLUSMALLINT>(i + 1), column.type);
     column.buffer = bufferBytes(column.type, size);
   }
   return columns;
@@ -218,7 +265,7 @@ void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& colu
       if (!readWhole(statement, static_cast<SQLUSMALLINT>(i + 1), values[i]))
         cells[i].reset();
       else
-        cells[i] = isTimestamp(columns[i].type) ? withoutMidnight(values[i]) : std::string_view(values[i]);
+        cells[i] = plainText(columns[i].kind, values[i].data(), values[i].size());
     }
     rows.append(cells);
   }

@@ -8,10 +8,14 @@
 
 namespace lumoscad::ado::interno {
 
+/// What is to be done with a value's text as the driver gives it.
+enum class ValueKind { AsItIs, Timestamp, Number, Money };
+
 /// One column of a result as the driver describes it.
 struct ColumnInfo {
   std::string name;
   SQLSMALLINT type = 0;
+  ValueKind kind = ValueKind::AsItIs;
   std::size_t buffer = 0; ///< bytes of a bound value with its terminator; 0 where it is read piece by piece
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/Servizi.hpp"
 #include "platform/ado/Advice.hpp"
+#include "platform/ado/CharacterSet.hpp"
 #include "platform/ado/Diagnostics.hpp"
 
 #include <array>
@@ -16,6 +17,14 @@ namespace {
 /// connection, and what the library keeps of the configuration then leaks: 4 kB a connection without this.
 void keepConfigurationLibrary() {
   dlopen("libodbcinst.so.2", RTLD_LAZY | RTLD_NODELETE);
+}
+
+/// One piece of information that the driver of a connection gives in words.
+std::string about(SQLHANDLE connection, SQLUSMALLINT what) {
+  std::array<char, 128> text{};
+  SQLSMALLINT length = 0;
+  SQLGetInfo(connection, what, text.data(), static_cast<SQLSMALLINT>(text.size() - 1), &length);
+  return text.data();
 }
 
 /// The one environment of the process.
@@ -37,14 +46,16 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
   connection_ = Handle<SQL_HANDLE_DBC>(environment());
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(static_cast<SQLULEN>(settings.ConnectTimeout)),
                     SQL_IS_UINTEGER);
+  const CharacterSet characters;
   const SQLRETURN rc =
       SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                        static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(rc))
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
   open_ = true;
-  readCapabilities();
   try {
+    characters.requireSuited(about(connection_.get(), SQL_DRIVER_NAME));
+    readCapabilities();
     sendOpening();
   } catch (...) {
     close();
@@ -60,10 +71,7 @@ void Session::readCapabilities() {
   SQLUSMALLINT supported = SQL_FALSE;
   describesParameters_ =
       SQL_SUCCEEDED(SQLGetFunctions(connection_.get(), SQL_API_SQLDESCRIBEPARAM, &supported)) && supported == SQL_TRUE;
-  std::array<char, 128> name{};
-  SQLSMALLINT length = 0;
-  SQLGetInfo(connection_.get(), SQL_DBMS_NAME, name.data(), static_cast<SQLSMALLINT>(name.size() - 1), &length);
-  dialect_ = &dialectOf(name.data());
+  dialect_ = &dialectOf(about(connection_.get(), SQL_DBMS_NAME));
 }
 
 void Session::sendOpening() {

@@ -31,10 +31,11 @@ void CreaApplicazione() {
   static std::string opzione = "-platform";
   static char* argomenti[] = {nome.data(), opzione.data(), piattaforma.data(), nullptr};
   static int quanti = piattaforma.empty() ? 1 : 3;
-  // Qt installs the user's locale; the decimal separator of the host program must not change under it.
-  const std::string numeri = std::setlocale(LC_NUMERIC, nullptr);
+  // Qt installs the user's locale in every category and needs none of them afterwards: what the host program writes
+  // and compares must not change under it.
+  const std::string locale = std::setlocale(LC_ALL, nullptr);
   static_cast<void>(std::make_unique<QApplication>(quanti, argomenti).release());
-  std::setlocale(LC_NUMERIC, numeri.c_str());
+  std::setlocale(LC_ALL, locale.c_str());
   QGuiApplication::setQuitOnLastWindowClosed(false);
 }
 

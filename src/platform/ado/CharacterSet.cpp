@@ -1,0 +1,62 @@
+#include "platform/ado/CharacterSet.hpp"
+
+#include "platform/Errore.hpp"
+
+#include <clocale>
+#include <cstdlib>
+#include <langinfo.h>
+#include <strings.h>
+
+namespace lumoscad::ado::interno {
+
+namespace {
+
+std::string current() {
+  const char* const name = std::setlocale(LC_CTYPE, nullptr);
+  return name == nullptr ? "C" : name;
+}
+
+/// The name of the LC_CTYPE in force where a text in UTF-8 would be misread, otherwise nothing.
+std::string unsuited() {
+  std::string name = current();
+  const bool suited = name == "C" || name == "POSIX" || strcasecmp(nl_langinfo(CODESET), "UTF-8") == 0;
+  return suited ? std::string() : name;
+}
+
+/// The variable by which PostgreSQL's client is told another encoding, where it names one.
+std::string otherClientEncoding() {
+  const char* const value = std::getenv("PGCLIENTENCODING");
+  const std::string encoding = value == nullptr ? "" : value;
+  const auto is = [&](const char* name) { return strcasecmp(encoding.c_str(), name) == 0; };
+  return is("") || is("UTF8") || is("UTF-8") || is("UNICODE") ? std::string() : encoding;
+}
+
+[[noreturn]] void refuse(const std::string& setting, const char* instead) {
+  throw ErroreRuntime(errori::Driver,
+                      "Connessione rifiutata: con " + setting +
+                          " il driver psqlodbc altera le lettere accentate. Il programma, e l'ambiente in cui è "
+                          "avviato, devono usare UTF-8" +
+                          instead + ".",
+                      "ODBC");
+}
+
+} // namespace
+
+CharacterSet::CharacterSet() : before_(current()), unsuited_(unsuited()) {}
+
+CharacterSet::~CharacterSet() {
+  if (current() != before_)
+    std::setlocale(LC_CTYPE, before_.c_str());
+}
+
+void CharacterSet::requireSuited(const std::string& driver) const {
+  if (!driver.starts_with("psqlodbc"))
+    return;
+  const std::string name = unsuited_.empty() ? unsuited() : unsuited_;
+  if (!name.empty())
+    refuse("LC_CTYPE=" + name, ", per esempio LC_CTYPE=it_IT.UTF-8");
+  if (const std::string encoding = otherClientEncoding(); !encoding.empty())
+    refuse("PGCLIENTENCODING=" + encoding, ": la variabile va tolta");
+}
+
+} // namespace lumoscad::ado::interno
