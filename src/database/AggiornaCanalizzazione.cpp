@@ -65,7 +65,7 @@ class Canalizzazione {
   }
 
   static std::string Numero(const VariazioneCanalizzazione& variazione) {
-    return "AND EVENTOCONTABILE.NUMERORATA=" + variazione.NumeroRata + " ";
+    return "AND " + UgualeChiave("EVENTOCONTABILE.NUMERORATA", variazione.NumeroRata);
   }
 
   static std::string Originale(const VariazioneCanalizzazione& variazione) {

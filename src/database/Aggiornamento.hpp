@@ -22,7 +22,8 @@ namespace lumoscad::procedureLumoDB2 {
 /// "colonna='date' ", or "colonna IS NULL " for a missing date.
 [[nodiscard]] std::string UgualeData(const std::string& colonna, const std::string& data);
 
-/// "colonna=key ", or "colonna IS NULL " for a missing key.
+/// "colonna=key ", or "colonna IS NULL " for a missing key; serves any whole number, for whose being one the caller
+/// answers.
 [[nodiscard]] std::string UgualeChiave(const std::string& colonna, const std::string& chiave);
 
 /// The key as the value of an assignment, with a blank behind it: NULL for a missing key.

@@ -1,9 +1,11 @@
 #include "common/Stato.hpp"
+#include "common/Testo.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "handlers/ComandoModifica.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "handlers/Opzioni.hpp"
 #include "host/Richieste.hpp"
+#include "platform/Errore.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 
 namespace lumoscad::ModuloMain {
@@ -38,6 +40,20 @@ void MostraSchermata(const procedureLumoDB2::FiltroScadenze& filtro, VariazioniC
   stato().ScadenzeBanche->VisualizzaScadenzeBanche(stato().Azienda, filtro, variazioni);
 }
 
+/// The instalment's number stands in a statement that follows the host's acceptance: what is no number must not come so
+/// far. An empty number stands for none.
+void ControllaNumeriRata(const VariazioniCanalizzazione& variazioni) {
+  for (const VariazioneCanalizzazione& variazione : variazioni) {
+    try {
+      static_cast<void>(variazione.NumeroRata.empty() ? 0 : Intero(variazione.NumeroRata));
+    } catch (const ErroreRuntime& errore) {
+      throw ErroreRuntime(errore.Numero(), "Numero di rata non valido: conto " + variazione.CodiceConto + ", partita " +
+                                               variazione.NumeroPartita + ", rata «" + variazione.NumeroRata +
+                                               "».\r\nNulla è stato inviato all'host.");
+    }
+  }
+}
+
 } // namespace
 
 std::string ComandoBanca(std::string_view comando, std::string_view tipo) {
@@ -46,6 +62,7 @@ std::string ComandoBanca(std::string_view comando, std::string_view tipo) {
       tipo, tipo == "CREDITI" || tipo == "DEBITI",
       [&](VariazioniCanalizzazione& variazioni) { MostraSchermata(filtro, variazioni); },
       [&](const VariazioniCanalizzazione& variazioni) {
+        ControllaNumeriRata(variazioni);
         return ScriviRichiestaCanalizzazione(stato().HostIP, stato().Azienda, variazioni, tipo);
       },
       [&](const VariazioniCanalizzazione& variazioni, MsgAnnulla& risposta) {

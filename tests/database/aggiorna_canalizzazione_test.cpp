@@ -145,6 +145,19 @@ TEST_P(BankUpdateStatements, OfADateChangeNeverLookUpTheEmptyNewBank) {
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=2"));
 }
 
+TEST_P(BankUpdateStatements, OfAnInstalmentWithoutNumberAskForNull) {
+  base.Esegui("UPDATE EVENTOCONTABILE SET NUMERORATA=NULL WHERE EVENTOCONTABILEKEY=1");
+  VariazioneCanalizzazione v = SoloData("01/04/2006");
+  v.NumeroRata.clear();
+  EXPECT_EQ(Applica({v}), "");
+  EXPECT_THAT(banco.istruzioni,
+              ElementsAre(cercaConto,
+                          seleziona + "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA IS "
+                                      "NULL AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=106 AND "
+                                      "EVENTOCONTABILE.DATASCADENZAORIGINALE='2006-01-31' ",
+                          "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=1"));
+}
+
 TEST_P(BankUpdateStatements, OfBothChangesJoinThemWithAComma) {
   VariazioneCanalizzazione v = SoloBanca("B07");
   v.NuovaScadenza = "01/04/2006";

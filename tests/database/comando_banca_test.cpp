@@ -108,6 +108,13 @@ class ComandoBanca : public testing::Test {
       finestra.conferma();
     });
   }
+  void EsegueSql(const std::string& sql) const {
+    const ServiziSostituiti silenzio(Servizi{});
+    ado::Connection connection;
+    connection.ConnectionString = db_.connectionText();
+    connection.Open();
+    connection.Execute(sql);
+  }
   /// Key, due date and bank of every instalment.
   [[nodiscard]] std::vector<std::string> Scadenze() const {
     ado::Connection connection;
@@ -254,6 +261,40 @@ TEST_F(ComandoBanca, IlRifiutoDellHostLasciaListaPresaEBaseDatiComEra) {
   EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
   EXPECT_EQ(Istruzione("UPDATE"), "");
   EXPECT_THAT(banco_.host.file, ElementsAre(Key("/tmp/VBCREDITI")));
+}
+
+TEST_F(ComandoBanca, UnNumeroDiRataCheNonEUnNumeroFermaTuttoPrimaDellHost) {
+  for (const std::string rata : {"1 OR 1=1", "1.5", "2147483648", "-2147483649", " ", "#null#"}) {
+    EsegueSql("UPDATE EVENTOCONTABILE SET NUMERORATA='" + rata + "' WHERE EVENTOCONTABILEKEY=2");
+    banco_.host.file.clear();
+    banco_.host.operazioni.clear();
+    banco_.desktop.box.clear();
+    Recita([](FinestraElenco& finestra) {
+      DaiScadenza(finestra, "31/03/2006", "050406");
+      DaiScadenza(finestra, "30/04/2006", "050406");
+      finestra.conferma();
+    });
+    EXPECT_EQ(Esegui("/CREDITI"), "error");
+    EXPECT_THAT(banco_.desktop.box, ElementsAre("13\r\nNumero di rata non valido: conto C10, partita 2006 15, rata «" +
+                                                rata + "».\r\nNulla è stato inviato all'host."));
+    EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI")) << rata;
+    EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
+  }
+  EXPECT_EQ(Istruzione("UPDATE"), "");
+}
+
+TEST_F(ComandoBanca, UnaRataSenzaNumeroCambiaDaSola) {
+  EsegueSql("UPDATE EVENTOCONTABILE SET NUMERORATA=NULL WHERE EVENTOCONTABILEKEY=2");
+  Recita([](FinestraElenco& finestra) {
+    DaiScadenza(finestra, "30/04/2006", "050406");
+    finestra.conferma();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  EXPECT_THAT(Istruzione("SELECT * FROM MOVIMENTOCONTABILE"),
+              HasSubstr("AND EVENTOCONTABILE.NUMERORATA IS NULL AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=30 "));
+  EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060430,20060430,20060405,B1,,\r\n");
+  EXPECT_THAT(Scadenze(), ElementsAre("1 2006-03-31 30", "2 2006-04-05 30", "3 2006-05-31 30", "4 2006-06-30 NULL",
+                                      "5 2006-03-31 30"));
 }
 
 TEST_F(ComandoBanca, DopoUnErroreLaListaRestaPresaFinoAMano) {
