@@ -18,13 +18,17 @@ bool Bisestile(int anno) {
   return (anno % 4 == 0 && anno % 100 != 0) || anno % 400 == 0;
 }
 
-bool DataReale(int giorno, int mese, int anno) {
+bool GiornoDelMese(int giorno, int mese, int anno) {
   static constexpr std::array<int, 12> giorni = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  if (anno < 100 || anno > 9999 || mese < 1 || mese > 12 || giorno < 1) {
+  if (mese < 1 || mese > 12 || giorno < 1) {
     return false;
   }
   const int ultimo = mese == 2 && Bisestile(anno) ? 29 : giorni[static_cast<std::size_t>(mese - 1)];
   return giorno <= ultimo;
+}
+
+bool DataReale(int giorno, int mese, int anno) {
+  return anno >= 100 && anno <= 9999 && GiornoDelMese(giorno, mese, anno);
 }
 
 bool SoloCifre(std::string_view testo) {
@@ -118,14 +122,24 @@ struct DataIso {
   std::string_view anno, mese, giorno;
 };
 
+DataIso PartiDi(std::string_view iso) {
+  return {iso.substr(0, 4), iso.substr(5, 2), iso.substr(8, 2)};
+}
+
+/// The value of a few digits.
+int Valore(std::string_view cifre) {
+  int valore = 0;
+  for (const char c : cifre) {
+    valore = valore * 10 + (c - '0');
+  }
+  return valore;
+}
+
 DataIso LeggiIso(std::string_view iso) {
-  const bool forma =
-      iso.size() >= 10 && iso[4] == '-' && iso[7] == '-' && (iso.size() == 10 || iso[10] == ' ' || iso[10] == 'T');
-  const DataIso data = forma ? DataIso{iso.substr(0, 4), iso.substr(5, 2), iso.substr(8, 2)} : DataIso{};
-  if (!SoloCifre(data.anno) || !SoloCifre(data.mese) || !SoloCifre(data.giorno)) {
+  if (!DataDellaBaseDati(iso)) {
     throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida nella base dati: " + std::string(iso));
   }
-  return data;
+  return PartiDi(iso);
 }
 
 std::string Componi(std::string_view a, char separatore, std::string_view b, std::string_view c) {
@@ -203,6 +217,17 @@ std::string FineMese(std::string_view mese, std::string_view anno) {
     ultimo = LeggiData("29/02/" + std::string(anno)).reale ? "29" : "28";
   }
   return Componi(anno, '-', mese, ultimo);
+}
+
+bool DataDellaBaseDati(std::string_view iso) noexcept {
+  const bool forma =
+      iso.size() >= 10 && iso[4] == '-' && iso[7] == '-' && (iso.size() == 10 || iso[10] == ' ' || iso[10] == 'T');
+  if (!forma || iso.ends_with("BC")) {
+    return false;
+  }
+  const auto [anno, mese, giorno] = PartiDi(iso);
+  return SoloCifre(anno) && SoloCifre(mese) && SoloCifre(giorno) && Valore(anno) > 0 &&
+         GiornoDelMese(Valore(giorno), Valore(mese), Valore(anno));
 }
 
 std::string FormattaData(std::string_view iso) {

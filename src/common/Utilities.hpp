@@ -40,8 +40,11 @@ void SeparaImporto(std::string_view importo, std::string& intero, std::string& d
 /// zero never has a sign. Raises error 13 for a text that is no number.
 [[nodiscard]] std::string FormattaImporto(std::string_view numero);
 
-/// A date of the database ("yyyy-mm-dd", with or without a time behind it) in the layouts of the screens; an
-/// empty text stays empty. Raises error 13 for any other text.
+/// True for a day of the calendar, years 1 to 9999, as the database gives it: "yyyy-mm-dd", with or without a time
+/// behind it.
+[[nodiscard]] bool DataDellaBaseDati(std::string_view iso) noexcept;
+
+/// A date of the database in the layouts of the screens; an empty text stays empty. Raises error 13 for any other text.
 [[nodiscard]] std::string FormattaData(std::string_view iso);       ///< "DD/MM/YYYY"
 [[nodiscard]] std::string FormattaDataBreve(std::string_view iso);  ///< "DD/MM/YY"
 [[nodiscard]] std::string FormattaDataOrdine(std::string_view iso); ///< "YYYY/MM/DD", which sorts by time

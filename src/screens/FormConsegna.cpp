@@ -2,6 +2,7 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "screens/DataDiRiga.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 namespace lumoscad {
@@ -54,6 +55,8 @@ void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoD
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
+        RichiediData(r.CodiceConto, "DATACONSEGNA", r.DataConsegna);
+        RichiediData(r.CodiceConto, "DATACONSEGNAORIGINE", r.ConsegnaOrigine);
         const std::string consegna = Utilities::FormattaData(r.DataConsegna);
         const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);
         const std::size_t riga = griglia_.Righe.Aggiungi(

@@ -2,6 +2,7 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "screens/DataDiRiga.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 #include <unordered_set>
@@ -64,6 +65,7 @@ void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoD
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
+        RichiediData(r.CodiceConto, "DATACONSEGNA", r.DataConsegna);
         const std::string consegna = Utilities::FormattaDataBreve(r.DataConsegna);
         const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);
         const std::size_t riga = griglia_.Righe.Aggiungi(

@@ -7,6 +7,7 @@
 #include "database/moduloDatabase.hpp"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
+#include "screens/DataDiRiga.hpp"
 
 #include <array>
 
@@ -104,6 +105,8 @@ void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
     if (importo == "0,00") {
       continue;
     }
+    RichiediData(campo(0), nomi[4], campo(4));
+    RichiediData(campo(0), nomi[7], campo(7));
     const std::string scadenza = Utilities::FormattaData(campo(4));
     const std::string originale = Utilities::FormattaData(campo(7));
     const std::string ordina = Utilities::FormattaDataOrdine(campo(4));

@@ -153,6 +153,14 @@ TEST_P(Quirk, AServerTakesNoTextForADateThatIsNone) {
     EXPECT_NE(number("INSERT INTO STRANI (CHIAVE,GIORNO) VALUES (1,'" + std::string(none) + "')"), 0) << none;
 }
 
+TEST_P(Quirk, ATimeWithoutEndIsTakenForNoDate) {
+  if (std::string_view(GetParam()) != "postgres")
+    return;
+  EXPECT_EQ(single("SELECT 'infinity'::timestamp"), "infinity");
+  EXPECT_EQ(single("SELECT '-infinity'::timestamp"), "-infinity");
+  EXPECT_EQ(single("SELECT '9999-12-31'::timestamp"), "9999-12-31");
+}
+
 TEST_P(Quirk, AnUpdateCountsTheRowsThatItMeetsInTheEnd) {
   Recordset rows = editable(connection_, "CHIAVE=1");
   connection_.BeginTrans();

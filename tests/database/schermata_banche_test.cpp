@@ -1,3 +1,4 @@
+#include "DateImpossibili.hpp"
 #include "SchermataSuBase.hpp"
 
 namespace lumoscad {
@@ -51,6 +52,19 @@ TEST_P(BankScreenLoad, ListsNullDatesAndANullAmountAsEmptyCells) {
   static_cast<void>(Mostra([this] {
     EXPECT_THAT(Testi(Riga("")), ElementsAre("BIANCHI", "2006   2", "", "", "", "", "", "", "4", "", "", ""));
   }));
+}
+
+TEST_P(BankScreenLoad, StopsAtADateThatIsNoneAndNamesAccountColumnAndValue) {
+  for (const char* colonna : {"DATASCADENZA", "DATASCADENZAORIGINALE"}) {
+    for (const auto& [scritta, letta] : prova::DateImpossibili(GetParam())) {
+      prova::ScriviDataImpossibile(base, GetParam(), colonna, scritta, 3);
+      EXPECT_EQ(Fallimento([this] { EXPECT_LT(righe.Quante(), 4U); }),
+                "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna " + std::string(colonna) +
+                    ", valore «" + letta + "».")
+          << scritta;
+    }
+    base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=3");
+  }
 }
 
 TEST_P(BankScreenLoad, ShowsANullBankAsEmptyTextAndTag) {

@@ -1,3 +1,4 @@
+#include "DateImpossibili.hpp"
 #include "SchermataPresunti.hpp"
 #include "screens/FormConsegna.hpp"
 
@@ -261,6 +262,20 @@ TEST_P(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   EXPECT_EQ(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }),
             "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
   EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+TEST_P(DeliveryScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn) {
+  for (const auto& [colonna, nome] : std::vector<std::pair<std::string, std::string>>{
+           {"DATACONSEGNA", "DATACONSEGNA"}, {"DATACONSEGNAPRODUZIONE", "DATACONSEGNAORIGINE"}}) {
+    for (const auto& [scritta, letta] : prova::DateImpossibili(GetParam())) {
+      prova::ScriviDataImpossibile(base, GetParam(), colonna, scritta, 3);
+      EXPECT_EQ(Fallimento([this] { EXPECT_LT(righe.Quante(), 6U); }),
+                "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna " + nome + ", valore «" + letta +
+                    "».")
+          << scritta;
+    }
+    base.Esegui("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2006-04-10' WHERE EVENTOCONTABILEKEY=3");
+  }
 }
 
 class DeliveryScreenNullAmount : public DeliveryScreen {

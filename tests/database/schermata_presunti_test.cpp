@@ -1,3 +1,4 @@
+#include "DateImpossibili.hpp"
 #include "SchermataPresunti.hpp"
 #include "screens/FormPresunti.hpp"
 
@@ -343,6 +344,15 @@ TEST_P(PresumedScreen, AnUnknownCompanyIsRaisedAfterTheWindowWasShown) {
   base.Esegui("DELETE FROM AZIENDELINEE");
   EXPECT_EQ(Fallimento(), "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
   EXPECT_EQ(banco.desktop.finestre, 1U);
+}
+
+TEST_P(PresumedScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn) {
+  for (const auto& [scritta, letta] : prova::DateImpossibili(GetParam())) {
+    prova::ScriviDataImpossibile(base, GetParam(), "DATACONSEGNA", scritta, 3);
+    EXPECT_EQ(Fallimento([this] { EXPECT_LT(righe.Quante(), 6U); }),
+              "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna DATACONSEGNA, valore «" + letta + "».")
+        << scritta;
+  }
 }
 
 class PresumedScreenTwins : public PresumedScreen {

@@ -260,6 +260,19 @@ TEST(DateDellaBaseDati, LOraDopoLaDataNonSiVede) {
   EXPECT_EQ(FormattaData("2006-03-05T14:07:09"), "05/03/2006");
 }
 
+TEST(DateDellaBaseDati, UnGiornoCheNonEsisteNonPassa) {
+  for (const char* nessuna : {"2007-02-00", "2007-00-10", "2007-02-29", "2007-13-01", "2006-04-31", "0000-00-00",
+                              "0000-01-01", "10000-01-01", "infinity", "0044-03-15 BC", "2006-03-05 14:07:00 BC"}) {
+    EXPECT_FALSE(DataDellaBaseDati(nessuna)) << nessuna;
+    for (const auto formatta : {FormattaData, FormattaDataBreve, FormattaDataOrdine}) {
+      EXPECT_THROW(static_cast<void>(formatta(nessuna)), ErroreRuntime) << nessuna;
+    }
+  }
+  for (const char* data : {"0001-01-01", "2000-02-29", "9999-12-31", "2006-03-05 14:07:00.5", "2006-03-05T14:07:00Z"}) {
+    EXPECT_TRUE(DataDellaBaseDati(data)) << data;
+  }
+}
+
 TEST(DateDellaBaseDati, UnaDataMancanteRestaVuota) {
   EXPECT_EQ(FormattaData(""), "");
   EXPECT_EQ(FormattaDataBreve(""), "");

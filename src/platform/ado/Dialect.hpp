@@ -12,6 +12,7 @@ struct Dialect {
   std::string_view opening;       ///< first statement of a connection, seconds a statement to be appended; may be empty
   bool comparesLongTexts;         ///< a column of long texts may be compared with a value
   bool typesHold;                 ///< a column declared as a number holds numbers alone
+  bool infiniteTimes;             ///< a timestamp may be one without end, which the driver writes as a last day
   bool namesNumbers;              ///< the name of a column's type tells its numbers, its description may not
 };
 

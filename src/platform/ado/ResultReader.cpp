@@ -65,7 +65,7 @@ std::string typeName(const Statement& statement, SQLUSMALLINT column) {
 ValueKind kindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT type) {
   const Dialect& dialect = statement.session().dialect();
   if (isTimestamp(type))
-    return ValueKind::Timestamp;
+    return dialect.infiniteTimes ? ValueKind::InfiniteTimestamp : ValueKind::Timestamp;
   // Numbers may be described as texts, and amounts of money as numbers: a setting of PostgreSQL's driver (NumericAs)
   // and its habit. It writes them all the same.
   if (dialect.namesNumbers) {
@@ -89,11 +89,21 @@ std::string_view withoutMidnight(std::string_view text) {
   return zero ? text.substr(0, date) : text;
 }
 
+/// The same of a timestamp that may have no end. PostgreSQL's driver writes such a one as a certain time, which nobody
+/// would enter; it must not be taken for a date.
+std::string_view withoutInfinity(std::string_view text) {
+  if (text == "9999-12-31 23:59:59")
+    return "infinity";
+  return text == "9999-01-01 00:00:00 BC" ? "-infinity" : withoutMidnight(text);
+}
+
 /// A value as this layer gives it; may rewrite the driver's text in its place.
 std::string_view plainText(ValueKind kind, char* text, std::size_t length) {
   switch (kind) {
   case ValueKind::Timestamp:
     return withoutMidnight({text, length});
+  case ValueKind::InfiniteTimestamp:
+    return withoutInfinity({text, length});
   case ValueKind::Number:
     return withPoint(text, length);
   case ValueKind::Money:

@@ -9,7 +9,7 @@
 namespace lumoscad::ado::interno {
 
 /// What is to be done with a value's text as the driver gives it.
-enum class ValueKind { AsItIs, Timestamp, Number, Money };
+enum class ValueKind { AsItIs, Timestamp, InfiniteTimestamp, Number, Money };
 
 /// One column of a result as the driver describes it.
 struct ColumnInfo {
