@@ -82,7 +82,8 @@ class Accesso {
     const int esito = inTempo ? tentativo() : SSH_AUTH_AGAIN;
     if (esito == SSH_AUTH_AGAIN || !sessione_.LimitaAttesa()) {
       throw ErroreLink("Accesso all'host " + sessione_.Host() + ": il servizio SSH non ha risposto entro " +
-                       Secondi(impostazioni_.attesa) + ". Verificare che l'host sia in funzione.");
+                       Secondi(impostazioni_.attesa) + ". Verificare che l'host sia in funzione." +
+                       sessione_.NotaRicerca());
     }
     if (esito == SSH_AUTH_PARTIAL) {
       throw ErroreLink("Accesso all'host " + sessione_.Host() + ": all'utente " + Cita(impostazioni_.utente) +

@@ -1,13 +1,12 @@
 #include "platform/nexaro/Presa.hpp"
 
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/Indirizzi.hpp"
 #include "platform/nexaro/Testi.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <memory>
-#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -17,21 +16,16 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-using Indirizzi = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
+/// A name service that has taken this share of the wait, or this long, is named where the rest was not enough.
+constexpr int Quota = 4;
+constexpr std::chrono::milliseconds RicercaLunga{5000};
 
-Indirizzi Risolvi(const std::string& host, unsigned porta, const std::string& operazione) {
-  addrinfo richiesta{};
-  richiesta.ai_socktype = SOCK_STREAM;
-  richiesta.ai_flags = AI_NUMERICSERV;
-  addrinfo* trovati = nullptr;
-  const int esito = ::getaddrinfo(host.c_str(), std::to_string(porta).c_str(), &richiesta, &trovati);
-  if (esito == EAI_AGAIN) {
-    throw ErroreLink(operazione + ": il servizio dei nomi non risponde. Verificare la rete di questa macchina.");
+std::string NotaRicerca(std::chrono::milliseconds durata, std::chrono::milliseconds attesa) {
+  if (durata < std::min(attesa / Quota, RicercaLunga)) {
+    return {};
   }
-  if (esito != 0) {
-    throw ErroreLink(operazione + ": l'indirizzo non esiste. Verificare l'indirizzo dell'host (-H).");
-  }
-  return {trovati, &::freeaddrinfo};
+  return " Di questo tempo " + Secondi(durata) +
+         " sono andati nella ricerca dell'indirizzo: verificare anche il servizio dei nomi di questa macchina.";
 }
 
 /// Waits for the outcome of a connection under way: 0, or the `errno` of its failure.
@@ -73,7 +67,8 @@ int Prova(const addrinfo& indirizzo, Termine termine, Descrittore& presa) {
   return errno == EINPROGRESS || errno == EINTR ? AttendiEsito(presa.Numero(), termine) : errno;
 }
 
-ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono::milliseconds attesa) {
+ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono::milliseconds attesa,
+                          const std::string& nota) {
   switch (codice) {
   case ECONNREFUSED:
     return ErroreLink(operazione +
@@ -81,7 +76,7 @@ ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono
                       "la porta (NEXARO_SSH_PORTA) sia giusta.");
   case ETIMEDOUT:
     return ErroreLink(operazione + ": nessuna risposta entro " + Secondi(attesa) +
-                      ". Verificare che l'host sia acceso e raggiungibile.");
+                      ". Verificare che l'host sia acceso e raggiungibile." + nota);
   case EHOSTUNREACH:
   case ENETUNREACH:
     return ErroreLink(operazione + ": host non raggiungibile. Verificare la rete e l'indirizzo dell'host (-H).");
@@ -92,9 +87,16 @@ ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono
 
 } // namespace
 
-Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine, std::chrono::milliseconds attesa) {
+Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine, std::chrono::milliseconds attesa,
+                      std::string* notaRicerca) {
   const auto operazione = "Collegamento all'host " + host + " (porta " + std::to_string(porta) + ")";
-  const auto indirizzi = Risolvi(host, porta, operazione);
+  const auto inizio = Orologio::now();
+  const auto indirizzi = TrovaIndirizzi(host, porta, termine, attesa, operazione);
+  const auto nota =
+      NotaRicerca(std::chrono::duration_cast<std::chrono::milliseconds>(Orologio::now() - inizio), attesa);
+  if (notaRicerca != nullptr) {
+    *notaRicerca = nota;
+  }
   long restano = 0;
   for (const auto* indirizzo = indirizzi.get(); indirizzo != nullptr; indirizzo = indirizzo->ai_next) {
     ++restano;
@@ -108,7 +110,7 @@ Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine, 
       return presa;
     }
   }
-  throw ErrorePresa(operazione, codice, attesa);
+  throw ErrorePresa(operazione, codice, attesa, nota);
 }
 
 } // namespace lumoscad::nexaro

@@ -8,9 +8,10 @@
 namespace lumoscad::nexaro {
 
 /// Opens a TCP connection to the first address of `host` that accepts one before `termine`; `attesa` is the whole wait,
-/// for the message. Raises a run-time error that says what became of the attempt. How long a name takes to resolve is
-/// the system's own setting.
+/// for the message. `notaRicerca` receives what has to follow a message about a time that was too short: a sentence
+/// behind a blank where finding the address took much of it, and nothing otherwise. Raises a run-time error that says
+/// what became of the attempt.
 [[nodiscard]] Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine,
-                                    std::chrono::milliseconds attesa);
+                                    std::chrono::milliseconds attesa, std::string* notaRicerca = nullptr);
 
 } // namespace lumoscad::nexaro

@@ -53,7 +53,7 @@ Sessione::Sessione(const ImpostazioniSsh& impostazioni, const std::string& host)
   Imposta(Grezza(), SSH_OPTIONS_HOST, host.c_str(), "l'indirizzo dell'host (-H)");
   Imposta(Grezza(), SSH_OPTIONS_PORT, &impostazioni.porta, "NEXARO_SSH_PORTA");
   Imposta(Grezza(), SSH_OPTIONS_USER, impostazioni.utente.c_str(), "NEXARO_SSH_UTENTE");
-  Apri(ApriPresa(host, impostazioni.porta, termineApertura_, attesa_),
+  Apri(ApriPresa(host, impostazioni.porta, termineApertura_, attesa_, &notaRicerca_),
        "Collegamento all'host " + host + " (porta " + std::to_string(impostazioni.porta) + ")");
 }
 
@@ -82,7 +82,7 @@ void Sessione::Apri(Descrittore presa, const std::string& operazione) {
   }
   if (TempoRestante(termineApertura_).count() == 0) {
     throw ErroreLink(operazione + ": il servizio SSH non ha risposto entro " + Secondi(attesa_) +
-                     ". Verificare che l'host sia in funzione.");
+                     ". Verificare che l'host sia in funzione." + notaRicerca_);
   }
   throw ErroreLink(operazione + ": l'apertura del collegamento SSH non è riuscita (" + dettaglio +
                    "). Verificare che a questa porta risponda un servizio SSH.");

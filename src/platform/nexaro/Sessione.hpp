@@ -61,6 +61,9 @@ class Sessione {
   /// is left.
   [[nodiscard]] bool LimitaAttesa() const;
 
+  /// What follows a message about a wait for the connection that was too short; see `ApriPresa`.
+  [[nodiscard]] const std::string& NotaRicerca() const { return notaRicerca_; }
+
   /// The host's key was checked and the user logged in.
   void Attiva();
 
@@ -100,6 +103,7 @@ class Sessione {
   std::string host_;
   std::chrono::milliseconds attesa_;
   Termine termineApertura_;
+  std::string notaRicerca_;
   ssh_counter_struct contati_{}; ///< what has passed since the login; the session counts in it to its end
   std::unique_ptr<ssh_session_struct, LiberaSessione> sessione_;
   std::unique_ptr<ssh_event_struct, LiberaEvento> evento_;

@@ -1,0 +1,183 @@
+// What becomes of a connection when the name service of this machine takes its time, or for ever.
+
+#include "Banco.hpp"
+#include "Chiamante.hpp"
+#include "platform/nexaro/CollegamentoSsh.hpp"
+#include "platform/nexaro/Presa.hpp"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdio>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <netinet/in.h>
+#include <sys/ioctl.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+using namespace std::chrono_literals;
+using nexaro::ApriPresa;
+using nexaro::Orologio;
+using prove::ErroreDi;
+
+/// Every name that is in no file is asked for over a socket. From now on this process, and every thread that it starts,
+/// is held up when it opens one, until somebody lets it go on through the descriptor that this returns.
+int TrattieniLePrese() {
+  sock_filter regole[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_socket, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_USER_NOTIF),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  sock_fprog programma{static_cast<unsigned short>(std::size(regole)), regole};
+  if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+    throw std::runtime_error("prctl");
+  }
+  const auto ascolto = ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &programma);
+  if (ascolto < 0) {
+    throw std::runtime_error("seccomp");
+  }
+  return static_cast<int>(ascolto);
+}
+
+/// Lets those who open a socket go on, the first of them after `ritardo`.
+void LasciaAndare(int ascolto, std::chrono::milliseconds ritardo) {
+  for (;;) {
+    seccomp_notif avviso{};
+    if (::ioctl(ascolto, SECCOMP_IOCTL_NOTIF_RECV, &avviso) != 0) {
+      return;
+    }
+    std::this_thread::sleep_for(ritardo);
+    ritardo = 0ms;
+    seccomp_notif_resp risposta{};
+    risposta.id = avviso.id;
+    risposta.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+    ::ioctl(ascolto, SECCOMP_IOCTL_NOTIF_SEND, &risposta);
+  }
+}
+
+[[noreturn]] void Racconta(const std::string& testo) {
+  std::fputs(testo.c_str(), stderr);
+  std::fflush(stderr);
+  ::_exit(0);
+}
+
+std::string SecondiDa(Orologio::time_point inizio) {
+  return Orologio::now() - inizio < 10s ? " presto" : " tardi";
+}
+
+/// Each case runs in a new program: the name service's threads belong to the whole process.
+class Risoluzione : public testing::Test {
+ protected:
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+[[noreturn]] void SenzaRisposta() {
+  ::alarm(30);
+  TrattieniLePrese();
+  const auto inizio = Orologio::now();
+  const auto errore =
+      ErroreDi([] { static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 1500ms, 1500ms)); });
+  Racconta(errore.Descrizione() + SecondiDa(inizio));
+}
+
+TEST_F(Risoluzione, NameServiceThatNeverAnswersIsGivenUpInTimeAndNamed) {
+  EXPECT_EXIT(SenzaRisposta(), testing::ExitedWithCode(0),
+              "Collegamento all'host contabile.invalid \\(porta 22\\): il servizio dei nomi di questa macchina non ha "
+              "risposto entro 1,500 secondi.*\\(-H\\)\\. presto");
+}
+
+[[noreturn]] void PiuVolte() {
+  ::alarm(60);
+  TrattieniLePrese();
+  std::string tutte;
+  for (int volta = 0; volta < 25; ++volta) {
+    tutte = ErroreDi([] {
+              static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 100ms, 100ms));
+            }).Descrizione();
+  }
+  Racconta(tutte);
+}
+
+TEST_F(Risoluzione, NameServiceThatNeverAnswersMayBeAskedAgainAndAgain) {
+  EXPECT_EXIT(PiuVolte(), testing::ExitedWithCode(0), "il servizio dei nomi di questa macchina non ha risposto");
+}
+
+/// A loopback port where somebody takes connections and says nothing.
+unsigned PortaMuta() {
+  const int presa = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in indirizzo{};
+  indirizzo.sin_family = AF_INET;
+  indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t lunghezza = sizeof indirizzo;
+  ::bind(presa, reinterpret_cast<sockaddr*>(&indirizzo), lunghezza);
+  ::listen(presa, 5);
+  ::getsockname(presa, reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza);
+  return ntohs(indirizzo.sin_port);
+}
+
+[[noreturn]] void PerNumero() {
+  ::alarm(30);
+  const auto porta = PortaMuta();
+  // Only the connection's own socket is let through: whoever asks the name service first is held up.
+  const int ascolto = TrattieniLePrese();
+  std::atomic<int> aperte{0};
+  std::thread([&aperte, ascolto] {
+    seccomp_notif avviso{};
+    if (::ioctl(ascolto, SECCOMP_IOCTL_NOTIF_RECV, &avviso) == 0 && ++aperte > 0) {
+      seccomp_notif_resp risposta{};
+      risposta.id = avviso.id;
+      risposta.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+      ::ioctl(ascolto, SECCOMP_IOCTL_NOTIF_SEND, &risposta);
+    }
+  }).detach();
+  const auto collegata = ApriPresa("127.0.0.1", porta, Orologio::now() + 5s, 5s);
+  Racconta(collegata.Aperto() && aperte == 1 ? "collegata" : "no");
+}
+
+TEST_F(Risoluzione, AddressInNumbersAsksNobody) {
+  EXPECT_EXIT(PerNumero(), testing::ExitedWithCode(0), "collegata");
+}
+
+TEST_F(Risoluzione, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
+  const auto cerca = [] {
+    return ErroreDi([] { static_cast<void>(ApriPresa("localhost", 1, Orologio::now() + 3s, 3s)); }).Descrizione();
+  };
+  const auto qui = cerca();
+  EXPECT_THAT(qui, testing::HasSubstr("localhost (porta 1)"));
+  const prove::Chiamante figlio(cerca);
+  EXPECT_EQ(figlio.Esito(2s), qui);
+}
+
+[[noreturn]] void Lenta(const std::string& cartella) {
+  ::alarm(30);
+  const auto porta = PortaMuta();
+  nexaro::ImpostazioniSsh impostazioni;
+  impostazioni.porta = porta;
+  impostazioni.utente = "prova";
+  impostazioni.noti = cartella + "/noti";
+  impostazioni.attesa = 3s;
+  const int ascolto = TrattieniLePrese();
+  std::thread([ascolto] { LasciaAndare(ascolto, 1200ms); }).detach();
+  nexaro::CollegamentoSsh collegamento(impostazioni);
+  Racconta(ErroreDi([&] { collegamento.CancellaFile("localhost", "/tmp/x"); }).Descrizione());
+}
+
+TEST_F(Risoluzione, NameServiceThatTookMuchOfTheWaitIsNamedWhereTheRestWasNotEnough) {
+  const prove::CartellaProvvisoria cartella;
+  EXPECT_EXIT(Lenta(cartella.Percorso()), testing::ExitedWithCode(0),
+              "il servizio SSH non ha risposto entro 3 secondi\\. Verificare che l'host sia in funzione\\. Di questo "
+              "tempo 1,[0-9]* secondi sono andati nella ricerca dell'indirizzo: verificare anche il servizio dei nomi "
+              "di questa macchina\\.");
+}
+
+} // namespace
+} // namespace lumoscad
