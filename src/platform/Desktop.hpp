@@ -88,8 +88,9 @@ struct StatoElenco {
 struct FinestraElenco {
   std::string nome; ///< name of the window, for instance "frmLumoScadenzeBanche"
   std::string titolo;
-  std::string nomeLista; ///< name of the list control, for instance "LVScadenzeBanche"
-  std::string carattere; ///< font family of the list
+  std::string nomeLista;        ///< name of the list control, for instance "LVScadenzeBanche"
+  std::string carattere;        ///< font family of the list and of both bank boxes
+  std::string carattereTestate; ///< font family of the headings
   int righeSenzaScorrere = 20;
   std::vector<ColonnaElenco> colonne;
   std::vector<TestataElenco> testate;

@@ -248,6 +248,7 @@ FinestraScadenzario FormLumoScad::Finestra() {
   elenco.titolo = modo_ == ModoScad ? "LumoScad - Scadenze della partita" : "LumoScad - Scadenze extra";
   elenco.nomeLista = "LWScad";
   elenco.carattere = "Verdana";
+  elenco.carattereTestate = "Verdana";
   elenco.righeSenzaScorrere = RigheInVista;
   elenco.colonne = {{"KSpunta", "", LarghezzaSpunta, Genere::Spunta},
                     {"KScadenza", "Scadenza", Larghezze[Scadenza], Genere::Testo},

@@ -360,6 +360,7 @@ FinestraElenco Griglia::Finestra() {
   finestra.titolo = Titolo;
   finestra.nomeLista = descrizione_.nomeLista;
   finestra.carattere = descrizione_.carattere;
+  finestra.carattereTestate = descrizione_.carattereTestate;
   finestra.righeSenzaScorrere = RigheSenzaScorrere;
   finestra.colonne = descrizione_.colonne;
   finestra.testate = testate_;

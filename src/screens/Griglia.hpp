@@ -27,8 +27,9 @@ struct TestataGriglia {
 struct DescrizioneGriglia {
   std::string nome; ///< the form's name
   std::string titolo;
-  std::string nomeLista; ///< the list control's name
-  std::string carattere; ///< the list's font
+  std::string nomeLista;                    ///< the list control's name
+  std::string carattere;                    ///< the font of the list and of both bank boxes
+  std::string carattereTestate = "Verdana"; ///< the headings' font
   std::vector<ColonnaElenco> colonne;
   std::vector<int> colonneConTag;
   std::vector<TestataGriglia> testate;

@@ -37,6 +37,7 @@ FinestraFinta::FinestraFinta(std::size_t quante) : righe(quante) {
   finestra.titolo = "Scadenze";
   finestra.nomeLista = "LVScadenzeBanche";
   finestra.carattere = "Verdana";
+  finestra.carattereTestate = "Verdana";
   finestra.campoData = "Nuova scadenza";
   finestra.campoBanca = "Nuova banca";
   finestra.etichette = {{"lblClienteFornitore", ""}, {"lblClienteFornitoreValue", ""}};

@@ -31,6 +31,7 @@ AttesaQt::AttesaQt(std::string_view testo, int millisecondi, const std::function
   aspetto::Vesti(*this, {});
   auto* etichetta = new QLabel(this);
   etichetta->setObjectName(QStringLiteral("lblAttesa"));
+  etichetta->setFont(aspetto::Carattere("MS Sans Serif"));
   etichetta->setTextFormat(Qt::PlainText);
   etichetta->setText(Testo(testo));
   etichetta->setAlignment(Qt::AlignCenter);

@@ -34,14 +34,17 @@ void FinestraElencoQt::CollegaLista() {
   gesti.attiva = [this](const QModelIndex& cella) { parti_.vista->Premi(cella); };
   gesti.digita = [this](const QModelIndex& cella, const QString& cifra) { Digita(cella, cifra); };
   gesti.bloccata = [this] {
-    (parti_.FrameScad->isHidden() ? static_cast<QWidget*>(parti_.cmbBanche2) : parti_.TextScad)->setFocus();
+    const bool banca = parti_.FrameBanca != nullptr && !parti_.FrameBanca->isHidden();
+    (banca ? static_cast<QWidget*>(parti_.cmbBanche2) : parti_.TextScad)->setFocus();
   };
 }
 
 void FinestraElencoQt::CollegaBanche() {
-  parti_.cmbBanche2->installEventFilter(this);
-  connect(parti_.cmbBanche2, &QComboBox::activated, this,
-          [this](int indice) { Invia(elenco_.scegliBancaCella, indice); });
+  if (parti_.cmbBanche2 != nullptr) {
+    parti_.cmbBanche2->installEventFilter(this);
+    connect(parti_.cmbBanche2, &QComboBox::activated, this,
+            [this](int indice) { Invia(elenco_.scegliBancaCella, indice); });
+  }
   if (parti_.cmbBanche != nullptr) {
     parti_.cmbBanche->installEventFilter(this);
     connect(parti_.cmbBanche, &QComboBox::activated, this, [this](int indice) { Invia(elenco_.scegliBanca, indice); });
@@ -123,7 +126,8 @@ void FinestraElencoQt::ChiudiEditorCon(QObject* campo, int codice) {
 }
 
 void FinestraElencoQt::VaiAllaProssima(const QObject* campo, int tasto) {
-  if (Chiusa() || !parti_.FrameScad->isHidden() || !parti_.FrameBanca->isHidden()) {
+  const StatoElenco& stato = elenco_.stato();
+  if (Chiusa() || stato.data.visibile || stato.banca.visibile) {
     return;
   }
   VistaElenco& vista = *parti_.vista;
@@ -144,13 +148,14 @@ void FinestraElencoQt::VaiAllaProssima(const QObject* campo, int tasto) {
 }
 
 bool FinestraElencoQt::eventFilter(QObject* oggetto, QEvent* evento) {
-  const bool inEditor = oggetto == parti_.TextScad || oggetto == parti_.cmbBanche2;
+  const bool suBanca = oggetto == parti_.cmbBanche2;
+  const bool inEditor = oggetto == parti_.TextScad || suBanca;
   const auto tipo = evento->type();
   if (inEditor && tipo == QEvent::KeyPress) {
     const auto& tasto = static_cast<const QKeyEvent&>(*evento);
     return !(tasto.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && TastoInEditor(oggetto, tasto.key());
   }
-  if (oggetto == parti_.cmbBanche2 && tipo == QEvent::FocusOut && !parti_.cmbBanche2->view()->isVisible() &&
+  if (suBanca && tipo == QEvent::FocusOut && !parti_.cmbBanche2->view()->isVisible() &&
       HaLasciatoIlCampo(static_cast<const QFocusEvent&>(*evento))) {
     Invia(elenco_.perdeFuocoBancaCella);
   }

@@ -144,7 +144,9 @@ void FinestraModaleQt::Sincronizza() {
 
 void FinestraModaleQt::SincronizzaEditor(const StatoElenco& stato) {
   SincronizzaEditor(stato.data, *parti_.FrameScad, *parti_.TextScad, Genere::EditorData);
-  SincronizzaEditor(stato.banca, *parti_.FrameBanca, *parti_.cmbBanche2, Genere::EditorBanca);
+  if (parti_.FrameBanca != nullptr) {
+    SincronizzaEditor(stato.banca, *parti_.FrameBanca, *parti_.cmbBanche2, Genere::EditorBanca);
+  }
   parti_.vista->Blocca(stato.barretteNascoste || stato.data.visibile || stato.banca.visibile);
   parti_.CopriBarrette(stato.barretteNascoste);
 }
@@ -238,7 +240,7 @@ void FinestraModaleQt::PosizionaEditor() {
   if (!parti_.FrameScad->isHidden()) {
     parti_.PosizionaSullaCella(*parti_.FrameScad, AreaEditor(Genere::EditorData));
   }
-  if (!parti_.FrameBanca->isHidden()) {
+  if (parti_.FrameBanca != nullptr && !parti_.FrameBanca->isHidden()) {
     parti_.PosizionaSullaCella(*parti_.FrameBanca, AreaEditor(Genere::EditorBanca));
   }
 }

@@ -16,6 +16,8 @@
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace lumoscad::qt {
 
 namespace {
@@ -41,6 +43,22 @@ QHBoxLayout* InRiga(QWidget* contenitore, int sopra = 0, int sotto = 0) {
   riga->setContentsMargins(0, sopra, 0, sotto);
   riga->setSpacing(8);
   return riga;
+}
+
+/// Makes an in-place editor fill its frame, which is hidden until the editor opens.
+void InCornice(QWidget* editor) {
+  editor->setFocusPolicy(Qt::ClickFocus); // opened from the list, never reached by Tab
+  editor->setMinimumSize(0, 0);
+  editor->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+  QHBoxLayout* riga = InRiga(editor->parentWidget());
+  riga->setContentsMargins(1, 1, 1, 1);
+  riga->addWidget(editor);
+  editor->parentWidget()->hide();
+}
+
+bool HaEditorBanca(const FinestraElenco& finestra) {
+  return std::any_of(finestra.colonne.begin(), finestra.colonne.end(),
+                     [](const ColonnaElenco& colonna) { return colonna.genere == ColonnaElenco::Genere::EditorBanca; });
 }
 
 /// Adds a widget that is to be as wide as the list, which is narrower than the picture that holds it.
@@ -71,9 +89,11 @@ QLabel* Didascalia(const QString& nome, const QString& testo, QWidget* campo, QW
   return etichetta;
 }
 
-QComboBox* Elenco(const QString& nome, const std::vector<std::string>& voci, QWidget* padre) {
+QComboBox* Elenco(const QString& nome, const std::vector<std::string>& voci, const FinestraElenco& finestra,
+                  QWidget* padre) {
   auto* combo = new QComboBox(padre);
   combo->setObjectName(nome);
+  combo->setFont(aspetto::Carattere(finestra.carattere));
   // Sized by a fixed number of characters: measuring every entry would read them all.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   // The style's own delegate draws menu entries, whose chosen one a style sheet leaves without a colour.
@@ -185,7 +205,7 @@ QFrame* StrutturaElenco::CampoScadenza(const FinestraElenco& finestra, QWidget* 
 QFrame* StrutturaElenco::CampoBanca(const FinestraElenco& finestra, QWidget* padre) {
   QFrame* cornice = Cornice(QStringLiteral("FrameNuovaBanca"), padre);
   QHBoxLayout* riga = InRiga(cornice);
-  cmbBanche = Elenco(QStringLiteral("cmbBanche"), finestra.banche, cornice);
+  cmbBanche = Elenco(QStringLiteral("cmbBanche"), finestra.banche, finestra, cornice);
   cmbBanche->setAccessibleName(Testo(*finestra.campoBanca));
   cmbBanche->setFocusPolicy(Qt::StrongFocus);
   cmbBanche->setFixedSize(320, AltezzaCampo);
@@ -219,18 +239,13 @@ void StrutturaElenco::Editor(const FinestraElenco& finestra) {
   TextScad->setObjectName(QStringLiteral("TextScad"));
   TextScad->setAccessibleName(QStringLiteral("Nuova data della riga"));
   TextScad->setContextMenuPolicy(Qt::NoContextMenu);
-  FrameBanca = Cornice(QStringLiteral("FrameBanca"), picScadenzeBanche);
-  cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), finestra.bancheCella, FrameBanca);
-  cmbBanche2->setAccessibleName(QStringLiteral("Nuova banca della riga"));
-  for (QWidget* editor : std::initializer_list<QWidget*>{TextScad, cmbBanche2}) {
-    editor->setFont(vista->font());
-    editor->setFocusPolicy(Qt::ClickFocus); // opened from the list, never reached by Tab
-    QHBoxLayout* riga = InRiga(editor->parentWidget());
-    riga->setContentsMargins(1, 1, 1, 1);
-    editor->setMinimumSize(0, 0);
-    editor->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
-    riga->addWidget(editor);
-    editor->parentWidget()->hide();
+  TextScad->setFont(vista->font());
+  InCornice(TextScad);
+  if (HaEditorBanca(finestra)) {
+    FrameBanca = Cornice(QStringLiteral("FrameBanca"), picScadenzeBanche);
+    cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), finestra.bancheCella, finestra, FrameBanca);
+    cmbBanche2->setAccessibleName(QStringLiteral("Nuova banca della riga"));
+    InCornice(cmbBanche2);
   }
 }
 

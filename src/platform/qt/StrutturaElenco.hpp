@@ -15,8 +15,8 @@ class QPushButton;
 
 namespace lumoscad::qt {
 
-/// The widgets of a list window, each under its control's own name. The dialog owns them all; a top field that
-/// the window does not have is null.
+/// The widgets of a list window, each under its control's own name. The dialog owns them all; a top field or a bank
+/// editor that the window does not have is null.
 struct StrutturaElenco {
   StrutturaElenco(QDialog& dialogo, const FinestraElenco& finestra, ModelloElenco& modello);
 

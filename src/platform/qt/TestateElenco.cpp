@@ -21,12 +21,13 @@ constexpr int PixelTestata = 11; // bold is wider: one pixel less keeps the long
 
 } // namespace
 
-TestataQt::TestataQt(const QString& nome, const QString& testo, bool ordina, QWidget* padre)
+TestataQt::TestataQt(const QString& nome, const QString& testo, bool ordina, const QFont& carattere, QWidget* padre)
     : QAbstractButton(padre), ordina_(ordina) {
   setObjectName(nome);
   setText(testo);
   setAccessibleName(testo);
   setFocusPolicy(Qt::NoFocus);
+  setFont(carattere); // under a style sheet it would not come down from the window
   if (ordina) {
     setCursor(Qt::PointingHandCursor);
     setAttribute(Qt::WA_Hover);
@@ -82,7 +83,7 @@ void ImmagineQt::paintEvent(QPaintEvent*) {
 
 TestateElenco::TestateElenco(const FinestraElenco& finestra, QTableView& vista, QWidget* padre)
     : QWidget(padre), finestra_(finestra), vista_(vista) {
-  setFont(aspetto::Carattere(finestra.carattere));
+  setFont(aspetto::Carattere(finestra.carattereTestate));
   setFixedHeight(aspetto::AltezzaTestata);
   AggiungiTestate();
   AggiungiColonneScoperte();
@@ -92,7 +93,8 @@ void TestateElenco::AggiungiTestate() {
   for (const TestataElenco& testata : finestra_.testate) {
     const QString numero = QString::number(testata.indice);
     Voce voce;
-    voce.testata = new TestataQt(QStringLiteral("TLwTestata_") + numero, Testo(testata.testo), testata.ordina, this);
+    voce.testata =
+        new TestataQt(QStringLiteral("TLwTestata_") + numero, Testo(testata.testo), testata.ordina, font(), this);
     voce.indicatore = new ImmagineQt(QStringLiteral("PTestata_") + numero, IconaElenco::Unsorted, this);
     voce.indicatore->setVisible(testata.ordina); // nothing to indicate over a heading that never sorts
     voce.indice = testata.indice;
@@ -133,7 +135,7 @@ void TestateElenco::AggiungiColonneScoperte() {
       continue;
     }
     Voce voce;
-    voce.testata = new TestataQt(Testo(c.chiave), Testo(c.intestazione), false, this);
+    voce.testata = new TestataQt(Testo(c.chiave), Testo(c.intestazione), false, font(), this);
     voce.testata->setToolTip(Testo(c.intestazione));
     voce.testata->AllineaDestra(c.genere == ColonnaElenco::Genere::Importo);
     voce.prima = voce.ultima = colonna;

@@ -17,7 +17,7 @@ namespace lumoscad::qt {
 /// One drawn heading. It answers to the mouse only when it sorts; the keyboard reaches it by Ctrl and its index.
 class TestataQt final : public QAbstractButton {
  public:
-  TestataQt(const QString& nome, const QString& testo, bool ordina, QWidget* padre);
+  TestataQt(const QString& nome, const QString& testo, bool ordina, const QFont& carattere, QWidget* padre);
   void AllineaDestra(bool destra) { destra_ = destra; }
 
  protected:

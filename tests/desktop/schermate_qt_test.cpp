@@ -1,0 +1,149 @@
+// The list screens in their real windows, without a database: which widgets each has, and how they look.
+
+#include "FinestraFinta.hpp"
+#include "platform/qt/AttesaQt.hpp"
+#include "platform/qt/QtDesktop.hpp"
+#include "screens/FormConsegna.hpp"
+#include "screens/FormPresunti.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
+#include "support/Prova.hpp"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFontInfo>
+#include <QLabel>
+
+#include <gmock/gmock.h>
+
+#include <array>
+
+namespace lumoscad::prova {
+namespace {
+
+/// Each family stands for a font that every machine with a desktop has, so that what is drawn tells them apart; goes
+/// with the object.
+class CaratteriSostituiti {
+ public:
+  CaratteriSostituiti() {
+    for (const auto& [famiglia, sostituto] : coppie) {
+      QFont::insertSubstitution(famiglia, sostituto);
+    }
+  }
+  CaratteriSostituiti(const CaratteriSostituiti&) = delete;
+  CaratteriSostituiti& operator=(const CaratteriSostituiti&) = delete;
+  ~CaratteriSostituiti() {
+    for (const auto& coppia : coppie) {
+      QFont::removeSubstitutions(coppia.first);
+    }
+  }
+
+  static constexpr std::array<std::pair<const char*, const char*>, 3> coppie{
+      {{"Verdana", "DejaVu Serif"}, {"Arial", "DejaVu Sans Mono"}, {"MS Sans Serif", "DejaVu Sans"}}};
+};
+
+/// The family that `widget` asks for; fails where something else than its substitute is drawn.
+std::string Famiglia(const QWidget& widget) {
+  const std::string famiglia = widget.font().family().toStdString();
+  for (const auto& [chiesta, sostituto] : CaratteriSostituiti::coppie) {
+    if (famiglia == chiesta) {
+      EXPECT_EQ(QFontInfo(widget.font()).family(), sostituto) << widget.objectName().toStdString();
+    }
+  }
+  return famiglia;
+}
+
+class Schermate : public testing::Test {
+ protected:
+  Schermate() : desktop(qt::CreaDesktop()) {
+    servizi().desktop = [this]() -> Desktop& { return *desktop; };
+  }
+  template <class Schermata> static void Mostra(Schermata& schermata, const std::function<void(QDialog&)>& copione) {
+    schermata.griglia().Resize();
+    Recita(copione);
+    schermata.griglia().Mostra();
+  }
+
+  Banco banco;
+  std::unique_ptr<Desktop> desktop;
+  CaratteriSostituiti caratteri;
+};
+
+TEST_F(Schermate, OfTheBanksHaveEveryTextInVerdana) {
+  frmLumoScadenzeBanche schermata;
+  Mostra(schermata, [](QDialog& finestra) {
+    for (const char* nome : {"LVScadenzeBanche", "TLwTestata_1", "TLwTestata_2", "TLwTestata_3", "TLwTestata_4",
+                             "TLwTestata_5", "TLwTestata_6", "KNuovaScadenza", "cmbBanche", "cmbBanche2", "TextScad"}) {
+      EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, nome)), "Verdana") << nome;
+    }
+  });
+}
+
+TEST_F(Schermate, OfThePresumedDocumentsHaveListAndBanksInArialAndHeadingsInVerdana) {
+  FormPresunti schermata;
+  Mostra(schermata, [](QDialog& finestra) {
+    for (const char* nome : {"LVPresunti", "cmbBanche", "cmbBanche2"}) {
+      EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, nome)), "Arial") << nome;
+    }
+    for (const char* nome : {"TLwTestata_1", "TLwTestata_2", "TLwTestata_3", "TLwTestata_4", "TLwTestata_5",
+                             "TLwTestata_6", "KNuovaBanca"}) {
+      EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, nome)), "Verdana") << nome;
+    }
+  });
+}
+
+TEST_F(Schermate, OfTheDeliveriesHaveEveryTextInVerdana) {
+  FormConsegna schermata;
+  Mostra(schermata, [](QDialog& finestra) {
+    for (const char* nome : {"LVScadenzePresunti", "TLwTestata_1", "TLwTestata_6", "KNuovaScadenza", "TextScad"}) {
+      EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, nome)), "Verdana") << nome;
+    }
+  });
+}
+
+TEST_F(Schermate, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
+  const QFont diPrima = QApplication::font();
+  const char* tipi[] = {"QComboBox", "QAbstractButton", "QLineEdit", "QLabel", "QTableView"};
+  for (const char* tipo : tipi) {
+    QApplication::setFont(QFont("DejaVu Sans Mono", 20), tipo);
+  }
+  FormPresunti schermata;
+  Mostra(schermata, [](QDialog& finestra) {
+    for (const char* nome : {"LVPresunti", "cmbBanche", "cmbBanche2"}) {
+      EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, nome)), "Arial") << nome;
+      EXPECT_EQ(Trova<QWidget>(finestra, nome).font().pixelSize(), 12) << nome;
+    }
+    EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, "TLwTestata_1")), "Verdana");
+  });
+  QApplication::setFont(diPrima);
+}
+
+TEST_F(Schermate, OfTheWaitSpeakInMsSansSerif) {
+  std::string famiglia;
+  desktop->MostraAttesa("Attendere, sto variando il movimento", 1,
+                        [&] { famiglia = Famiglia(Trova<QLabel>(*QApplication::activeModalWidget(), "lblAttesa")); });
+  EXPECT_EQ(famiglia, "MS Sans Serif");
+}
+
+TEST_F(Schermate, OfTheDeliveriesCarryNoBankEditor) {
+  FormConsegna schermata;
+  Mostra(schermata, [](QDialog& finestra) {
+    for (const char* nome : {"FrameBanca", "cmbBanche2", "FrameNuovaBanca", "cmbBanche", "FrameRigaBanca"}) {
+      EXPECT_EQ(finestra.findChild<QWidget*>(nome), nullptr) << nome;
+    }
+    EXPECT_TRUE(finestra.findChildren<QComboBox*>().isEmpty());
+    EXPECT_NE(finestra.findChild<QWidget*>("FrameScad"), nullptr);
+  });
+}
+
+TEST_F(Schermate, OfThePresumedDocumentsCarryBothEditorsAndNoDateAtTheTop) {
+  FormPresunti schermata;
+  Mostra(schermata, [](QDialog& finestra) {
+    for (const char* nome : {"FrameBanca", "cmbBanche2", "FrameNuovaBanca", "cmbBanche", "FrameScad", "TextScad"}) {
+      EXPECT_NE(finestra.findChild<QWidget*>(nome), nullptr) << nome;
+    }
+    EXPECT_EQ(finestra.findChild<QWidget*>("TextScadenza"), nullptr);
+  });
+}
+
+} // namespace
+} // namespace lumoscad::prova
