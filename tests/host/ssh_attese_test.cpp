@@ -2,8 +2,13 @@
 
 #include "BancoSsh.hpp"
 #include "Chiamante.hpp"
+#include "platform/nexaro/Descrittore.hpp"
 
+#include <array>
+#include <cstdlib>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace lumoscad {
 namespace {
@@ -95,6 +100,122 @@ TEST_F(SshAttese, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_THAT(Chiama(), HasSubstr("non ha risposto entro 0,500 secondi"));
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 12s);
+}
+
+/// A key agent that lists one key where it has been given one, and answers nothing else.
+class AgenteMuto {
+ public:
+  AgenteMuto(const std::string& presa, std::string chiave) : chiave_(std::move(chiave)) {
+    sockaddr_un indirizzo{};
+    indirizzo.sun_family = AF_UNIX;
+    presa.copy(indirizzo.sun_path, sizeof indirizzo.sun_path - 1);
+    ascolto_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(::bind(ascolto_, reinterpret_cast<sockaddr*>(&indirizzo), sizeof indirizzo), 0);
+    EXPECT_EQ(::listen(ascolto_, 0), 0);
+    variabili_.Imposta("SSH_AUTH_SOCK", presa);
+    if (!chiave_.empty()) {
+      filo_ = std::thread([this] { Elenca(); });
+    }
+  }
+  AgenteMuto(const AgenteMuto&) = delete;
+  AgenteMuto& operator=(const AgenteMuto&) = delete;
+  ~AgenteMuto() {
+    ::shutdown(ascolto_, SHUT_RDWR);
+    if (filo_.joinable()) {
+      filo_.join();
+    }
+    ::close(ascolto_);
+  }
+
+ private:
+  static std::string Numero(std::size_t valore) {
+    std::string testo;
+    for (const unsigned posto : {24U, 16U, 8U, 0U}) {
+      testo += static_cast<char>(valore >> posto & 0xFFU);
+    }
+    return testo;
+  }
+  /// Answers the first request with the list of its one key; the second is the one for a signature.
+  void Elenca() {
+    const int cliente = ::accept4(ascolto_, nullptr, nullptr, SOCK_CLOEXEC);
+    std::array<char, 1024> richiesta{};
+    const auto corpo = "\x0C" + Numero(1) + Numero(chiave_.size()) + chiave_ + Numero(5) + "prova";
+    const auto elenco = Numero(corpo.size()) + corpo;
+    bool elencata = false;
+    while (::recv(cliente, richiesta.data(), richiesta.size(), 0) > 0) {
+      if (!elencata && ::send(cliente, elenco.data(), elenco.size(), MSG_NOSIGNAL) > 0) {
+        elencata = true;
+      }
+    }
+    ::close(cliente);
+  }
+
+  std::string chiave_;
+  int ascolto_ = -1;
+  prove::VariabiliProvvisorie variabili_;
+  std::thread filo_;
+};
+
+class SshAgenteMuto : public SshAttese {
+ protected:
+  void SetUp() override {
+    SshAttese::SetUp();
+    Programma("echo '<A>fatto</A>'");
+    impostazioni.chiave.clear();
+    impostazioni.cartella = base / "ssh";
+    impostazioni.attesa = 1500ms;
+    Collega();
+  }
+  std::string ChiamaAltrove() {
+    const Chiamante chiamante([this] { return Chiama(); });
+    return chiamante.Esito(15s);
+  }
+
+  const std::string attesa =
+      "Accesso all'host 127.0.0.1: l'agente delle chiavi (SSH_AUTH_SOCK) non ha risposto entro 1,500 secondi. "
+      "Verificare se attende una conferma, o indicare la chiave con NEXARO_SSH_CHIAVE.";
+};
+
+TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItListsNoKeys) {
+  const AgenteMuto agente(base / "agente", {});
+  EXPECT_EQ(ChiamaAltrove(), attesa);
+}
+
+TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
+  const AgenteMuto agente(base / "agente", {});
+  std::vector<nexaro::Descrittore> coda;
+  sockaddr_un indirizzo{};
+  indirizzo.sun_family = AF_UNIX;
+  (base / "agente").copy(indirizzo.sun_path, sizeof indirizzo.sun_path - 1);
+  int esito = 0;
+  while (esito == 0 && coda.size() < 10) {
+    coda.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    esito = ::connect(coda.back().Numero(), reinterpret_cast<sockaddr*>(&indirizzo), sizeof indirizzo);
+  }
+  ASSERT_EQ(errno, EAGAIN);
+  EXPECT_EQ(ChiamaAltrove(), attesa);
+}
+
+TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
+  const auto comando = "cut -d' ' -f2 '" + server->Chiave().string() + ".pub' | base64 -d >'" + base / "pubblica" + "'";
+  ASSERT_EQ(std::system(comando.c_str()), 0);
+  const AgenteMuto agente(base / "agente", prove::Leggi(base / "pubblica"));
+  EXPECT_EQ(ChiamaAltrove(), attesa);
+}
+
+TEST_F(SshAgenteMuto, LeavesNoDescriptorBehind) {
+  const AgenteMuto agente(base / "agente", {});
+  impostazioni.attesa = 300ms;
+  const auto aperti = [] {
+    const fs::directory_iterator elenco("/proc/self/fd");
+    return std::distance(begin(elenco), end(elenco));
+  };
+  const auto prima = aperti();
+  for (int volta = 0; volta < 3; ++volta) {
+    Collega();
+    EXPECT_THAT(Chiama(), HasSubstr("l'agente delle chiavi"));
+    EXPECT_EQ(aperti(), prima);
+  }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/nexaro/Autenticazione.hpp"
 
+#include "platform/nexaro/Agente.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Testi.hpp"
@@ -112,12 +113,44 @@ class Accesso {
   }
 
   bool ProvaAgente() {
-    if (Impostazione("SSH_AUTH_SOCK").empty()) {
+    const auto presa = Impostazione("SSH_AUTH_SOCK");
+    if (presa.empty()) {
       Annota("agente delle chiavi: non attivo");
       return false;
     }
+    Agente agente(presa, sessione_.TermineApertura());
+    if (agente.Scaduto()) {
+      throw AgenteMuto();
+    }
+    if (agente.Errore() != 0 || !Affida(agente)) {
+      Annota("agente delle chiavi: non raggiungibile (" + MotivoSistema(agente.Errore()) + ")");
+      return false;
+    }
     Annota("agente delle chiavi: nessuna chiave accettata");
-    return Riesce([this] { return ssh_userauth_agent(sessione_.Grezza(), nullptr); });
+    return Riesce([&] {
+      const int esito = ssh_userauth_agent(sessione_.Grezza(), nullptr);
+      if (esito != SSH_AUTH_SUCCESS && agente.Scaduto()) {
+        throw AgenteMuto();
+      }
+      return esito;
+    });
+  }
+
+  /// Left to itself the library would make the connection, and wait on it without a limit.
+  bool Affida(Agente& agente) const {
+    auto presa = agente.Presa();
+    if (!presa.Aperto() || ssh_set_agent_socket(sessione_.Grezza(), presa.Numero()) != SSH_OK) {
+      return false;
+    }
+    static_cast<void>(presa.Cedi());
+    return true;
+  }
+
+  [[nodiscard]] ErroreRuntime AgenteMuto() const {
+    return ErroreLink("Accesso all'host " + sessione_.Host() +
+                      ": l'agente delle chiavi (SSH_AUTH_SOCK) non ha risposto entro " + Secondi(impostazioni_.attesa) +
+                      ". Verificare se attende una conferma, o indicare la chiave con NEXARO_SSH_CHIAVE." +
+                      sessione_.NotaRicerca());
   }
 
   bool ProvaFile(const std::string& percorso) {

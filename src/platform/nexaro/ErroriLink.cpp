@@ -27,6 +27,7 @@ constexpr Voce voci[] = {
     {EINVAL, errori::AccessoAlFile, "non è un file ordinario"},
     {ETXTBSY, errori::AccessoAlFile, "file in uso"},
     {EBUSY, errori::AccessoAlFile, "risorsa occupata"},
+    {ECONNREFUSED, ErroreCollegamento, "connessione rifiutata"},
     {ENXIO, errori::AccessoAlFile, "dispositivo non disponibile"},
     {ENOSPC, ErroreCollegamento, "spazio esaurito"},
     {EDQUOT, ErroreCollegamento, "quota di disco esaurita"},

@@ -53,6 +53,8 @@ class Sessione {
   [[nodiscard]] ssh_session Grezza() const { return sessione_.get(); }
   [[nodiscard]] const std::string& Host() const { return host_; }
   [[nodiscard]] std::chrono::milliseconds Attesa() const { return attesa_; }
+  /// When the opening of the connection, the login included, is given up.
+  [[nodiscard]] Termine TermineApertura() const { return termineApertura_; }
   [[nodiscard]] Termine NuovoTermine() const { return Orologio::now() + attesa_; }
   /// When a connection that was silent before, and is asked for a sign of life, is given up to be opened anew.
   [[nodiscard]] Termine TermineSaluto() const;
