@@ -88,6 +88,12 @@ TEST(Password, SiCancellaInteraEAPezzi) {
   EXPECT_EQ(senzaPassword("", "Segreta9"), "");
 }
 
+TEST(Password, DiUnaLetteraNonSiCancella) {
+  EXPECT_EQ(senzaPassword("la data della base dati", "a"), "la data della base dati");
+  EXPECT_EQ(senzaPassword("così è, perché è", "è"), "così è, perché è");
+  EXPECT_EQ(senzaPassword("la password ab di prima", "ab"), "la password *** di prima");
+}
+
 TEST(Password, ConAccentiSiCancellaInOgniMaiuscolaELasciaCaratteriInteri) {
   EXPECT_EQ(senzaPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
   // The characters share their first byte: what is left begins and ends with whole ones.

@@ -46,6 +46,13 @@ bool beginsCharacter(std::string_view text, std::size_t at) {
   return at >= text.size() || (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U;
 }
 
+std::size_t characters(std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size(); ++at)
+    count += beginsCharacter(text, at) ? 1U : 0U;
+  return count;
+}
+
 /// How many bytes of `text` from `at` on, whole characters, are a piece of `secret`.
 std::size_t pieceOf(std::string_view secret, std::string_view text, std::size_t at) {
   std::size_t longest = 0;
@@ -112,7 +119,8 @@ std::string senzaPassword(std::string text, std::string_view password) {
   std::string clean;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t length = beginsCharacter(text, at) ? pieceOf(secret, lower, at) : 0;
-    if (length >= enough) {
+    // A password of one letter is left: blotted, it would spoil every word and be told by the holes.
+    if (length >= enough && characters(std::string_view(text).substr(at, length)) > 1) {
       clean += blot;
       at += length;
     } else {
