@@ -52,6 +52,12 @@ AscoltoOdbc::Pausa::~Pausa() {
   ascolto = interrotto_;
 }
 
+void AscoltoOdbc::Annunciata(std::string_view testo) {
+  if (ascolto != nullptr) {
+    ascolto->annunciata_ = testo;
+  }
+}
+
 void AscoltoOdbc::Apre(std::string_view connessione) {
   registro_.Annota("base dati: si apre");
   registro_.AnnotaStrato("apre " + SenzaParola(connessione));

@@ -31,8 +31,8 @@ class AscoltoOdbc {
     AscoltoOdbc* interrotto_;
   };
 
-  /// The services' listener is to call this.
-  void Annunciata(std::string_view testo) { annunciata_ = testo; }
+  /// The services' listener is to call this; heeded while an object listens.
+  static void Annunciata(std::string_view testo);
 
   // What the functions tell.
   struct Valore {

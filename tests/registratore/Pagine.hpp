@@ -13,12 +13,17 @@ namespace lumoscad::prova {
 [[nodiscard]] std::vector<Scenetta> ReciteScadenzario();
 [[nodiscard]] std::vector<Scenetta> ReciteGuasti();
 [[nodiscard]] std::vector<Scenetta> ReciteFinestreVere();
+[[nodiscard]] std::vector<Scenetta> ReciteAltre();
+
+/// Opens the window of one open item on rows of its own, in mode "Scad" or "Extra", as a calling screen would.
+void ApriScadenzario(Scena& scena, const std::string& modo);
 
 /// The pages of the record, one file each.
 [[nodiscard]] inline std::vector<Pagina> Pagine() {
-  return {{"comandi", ReciteSenzaFinestra}, {"crediti", ReciteCrediti},         {"filtri", ReciteFiltri},
-          {"presunti", RecitePresunti},     {"scadenzario", ReciteScadenzario}, {"guasti", ReciteGuasti},
-          {"finestre", ReciteFinestreVere}};
+  return {{"comandi", ReciteSenzaFinestra},   {"crediti", ReciteCrediti},
+          {"filtri", ReciteFiltri},           {"presunti", RecitePresunti},
+          {"scadenzario", ReciteScadenzario}, {"guasti", ReciteGuasti},
+          {"finestre", ReciteFinestreVere},   {"altre", ReciteAltre}};
 }
 
 } // namespace lumoscad::prova

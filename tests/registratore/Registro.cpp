@@ -36,6 +36,13 @@ std::string Sostituito(std::string testo, std::string_view da, std::string_view 
 } // namespace
 
 std::string Cita(std::string_view testo) {
+  // Of a long text what it begins with, how it ends, and a digest of all of it.
+  constexpr std::size_t Intero = 2500;
+  constexpr std::size_t Assaggio = 100;
+  if (testo.size() > Intero) {
+    return Cita(testo.substr(0, Assaggio)) + " … " + Cita(testo.substr(testo.size() - Assaggio)) + " " +
+           std::to_string(testo.size()) + " byte, impronta " + Impronta(testo);
+  }
   std::string citato = "«";
   for (const char carattere : testo) {
     const auto codice = static_cast<unsigned char>(carattere);

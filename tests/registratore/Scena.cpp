@@ -3,8 +3,11 @@
 #include "Figlio.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
+#include "platform/ado/Ado.hpp"
 
+#include <algorithm>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <stdexcept>
 
 namespace lumoscad::prova {
@@ -37,8 +40,8 @@ void Svuota(const fs::path& cartella) {
 } // namespace
 
 Scena::Scena(std::string_view genere, Registro& registro, const Dimostrazione& host)
-    : demo(host), registro_(registro), servizi_(Servizi{}) {
-  base_ = test::databaseContext(genere).create(DatiDellaDimostrazione());
+    : demo(host), registro_(registro), contesto_(test::databaseContext(genere)), servizi_(Servizi{}) {
+  base_ = contesto_.create(DatiDellaDimostrazione());
   if (genere == "postgres") {
     // The rows of a list without an order come as the plan has them, and the plan follows what the server knows.
     test::runScript(base_->connectionText(), "ANALYZE AZIENDELINEE; ANALYZE CONTOCONTABILE; ANALYZE PARTITACONTABILE; "
@@ -72,6 +75,9 @@ Scena::~Scena() {
 
 void Scena::ApriServizi() {
   servizi() = {[this]() -> Desktop& {
+                 if (desktop == nullptr) {
+                   throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile.");
+                 }
                  if (!registrato_) {
                    registrato_ = std::make_unique<DesktopRegistrato>(registro_, *desktop);
                  }
@@ -90,11 +96,7 @@ void Scena::ApriServizi() {
                  return *ambiente_;
                },
                [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
-               [this](std::string_view istruzione) {
-                 if (ascolto_ != nullptr) {
-                   ascolto_->Annunciata(istruzione);
-                 }
-               }};
+               [](std::string_view istruzione) { AscoltoOdbc::Annunciata(istruzione); }};
 }
 
 std::string Scena::OpzioniDatabase() const {
@@ -118,27 +120,45 @@ std::string Scena::EseguiCosi(const std::string& comando) {
 void Scena::Registra(const std::string& titolo, const std::function<std::string()>& azione) {
   const auto prima = FotografaBase();
   registro_.Annota(titolo);
+  testing::internal::CaptureStderr();
   {
-    AscoltoOdbc ascolto(registro_);
-    ascolto_ = &ascolto;
+    const AscoltoOdbc ascolto(registro_);
     try {
       const auto risultato = azione();
       registro_.Annota("risultato " + Cita(risultato));
     } catch (const ErroreRuntime& errore) {
       registro_.Annota("errore " + std::to_string(errore.Numero()) + " " + Cita(errore.Testo()));
     }
-    ascolto_ = nullptr;
   }
+  AnnotaErroreStandard(testing::internal::GetCapturedStderr());
   AnnotaFine(prima);
 }
 
+void Scena::AnnotaErroreStandard(const std::string& scritto) {
+  for (std::size_t inizio = 0; inizio < scritto.size();) {
+    const auto fine = std::min(scritto.find('\n', inizio), scritto.size());
+    const auto riga = scritto.substr(inizio, fine - inizio);
+    // What the platform of windows without a screen says of itself.
+    if (riga.find("plugin does not support") == std::string::npos) {
+      registro_.Annota("errore standard " + Cita(riga));
+    }
+    inizio = fine + 1;
+  }
+}
+
 void Scena::Altrove(const std::string& sql) {
-  auto* const interrotto = ascolto_;
-  ascolto_ = nullptr;
   registro_.Annota("  da un altro terminale: " + sql);
   const AscoltoOdbc::Pausa pausa;
   test::runScript(base_->connectionText(), sql);
-  ascolto_ = interrotto;
+}
+
+void Scena::AltroveIntera(const std::string& sql) {
+  registro_.Annota("  da un altro terminale: " + sql);
+  const AscoltoOdbc::Pausa pausa;
+  ado::Connection connection;
+  connection.ConnectionString = base_->connectionText();
+  connection.Open();
+  connection.Execute(sql);
 }
 
 std::optional<Fotografia> Scena::FotografaBase() const {
@@ -146,6 +166,13 @@ std::optional<Fotografia> Scena::FotografaBase() const {
     return Fotografa(base_->connectionText());
   } catch (const ErroreRuntime&) {
     return std::nullopt;
+  }
+}
+
+void Scena::Rifiuta(const std::string& tabella, const std::string& condizione, const std::string& testo) {
+  ++rifiuti_;
+  for (const auto& istruzione : contesto_.refuseUpdate(tabella, condizione, testo)) {
+    AltroveIntera(test::replaced(istruzione, "FERMA", "FERMA" + std::to_string(rifiuti_)));
   }
 }
 

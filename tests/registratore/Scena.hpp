@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,28 +41,38 @@ class Scena {
   void Recita(DesktopRecitato::Copione copione) { recitato.copioni.push_back(std::move(copione)); }
   /// Runs `azione` as a command's inside is run: recorded, its failure too.
   void Registra(const std::string& titolo, const std::function<std::string()>& azione);
+  void Annota(const std::string& riga) { registro_.Annota(riga); }
+  /// True on a database that is a server.
+  [[nodiscard]] bool SuServer() const { return !base_->user.empty(); }
+  /// Makes every UPDATE of a row of `tabella` that meets `condizione` fail and say `testo`.
+  void Rifiuta(const std::string& tabella, const std::string& condizione, const std::string& testo);
   /// Another terminal's statement: not recorded as the component's.
   void Altrove(const std::string& sql);
+  /// The same of one statement with others inside.
+  void AltroveIntera(const std::string& sql);
   /// Replaces the host's program by a shell script.
   void Programma(std::string_view corpo) const { ScriviProgramma(demo.VB0001(), corpo); }
 
   const Dimostrazione& demo;
   DesktopRecitato recitato;
-  /// The desktop that is shown; the scripted one unless a play brings its own before its first command.
+  /// The desktop that is shown; the scripted one unless a play brings its own before its first command. None: there is
+  /// no screen.
   Desktop* desktop = &recitato;
 
  private:
   void ApriServizi();
   /// Nothing while a table is away.
   [[nodiscard]] std::optional<Fotografia> FotografaBase() const;
+  void AnnotaErroreStandard(const std::string& scritto);
   void AnnotaFine(const std::optional<Fotografia>& prima);
 
   Registro& registro_;
+  test::DatabaseContext& contesto_;
   std::unique_ptr<test::TestDatabase> base_;
   std::unique_ptr<DesktopRegistrato> registrato_;
   std::unique_ptr<nexaro::HostLink> host_;
   std::unique_ptr<nexaro::Ambiente> ambiente_;
-  AscoltoOdbc* ascolto_ = nullptr;
+  int rifiuti_ = 0;
   StatoSostituito stato_;
   ServiziSostituiti servizi_;
 };
@@ -76,6 +87,8 @@ struct Scenetta {
 struct Pagina {
   const char* nome;
   std::vector<Scenetta> (*recite)();
+
+  friend void PrintTo(const Pagina& pagina, std::ostream* uscita) { *uscita << pagina.nome; }
 };
 
 } // namespace lumoscad::prova

@@ -5,6 +5,7 @@
 #include "FinestraFinta.hpp"
 #include "FinestreVere.hpp"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QTest>
 
@@ -41,32 +42,138 @@ void Premi(QDialog& finestra, const char* nome) {
   QTest::mouseClick(&Trova<QWidget>(finestra, nome), Qt::LeftButton);
 }
 
+/// A key with its modifiers, to whatever has the focus.
+void Tasto(QDialog& finestra, Qt::Key tasto, Qt::KeyboardModifiers con = Qt::NoModifier) {
+  QWidget* const dove = QApplication::focusWidget();
+  QTest::keyClick(dove == nullptr ? &finestra : dove, tasto, con);
+}
+
+void Digita(const char* testo) {
+  QTest::keyClicks(QApplication::focusWidget(), testo);
+}
+
+/// What the person does in the window of one open item.
+Scenetta GiocaScadenzario(const std::string& modo, Gesti gesti) {
+  return {"scadenzario " + modo + ", in una finestra vera", [modo, gesti = std::move(gesti)](Scena& scena) {
+            FinestreVere finestre;
+            finestre.copioni.push_back(gesti);
+            scena.desktop = &finestre;
+            ApriScadenzario(scena, modo);
+          }};
+}
+
+constexpr const char* Crediti = "-T BANCA /CREDITI -C 20100023";
+constexpr const char* Presunti = "-T BANCA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE";
+constexpr const char* Consegna = "-T CONSEGNA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE";
+
+std::vector<Scenetta> ColMouse() {
+  return {Gioca("crediti, in una finestra vera", Crediti,
+                [](QDialog& finestra) {
+                  auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
+                  Premi(finestra, "TLwTestata_5");
+                  ScriviData(finestra, lista, 1, 7, "150426");
+                  ScegliBanca(finestra, lista, 4, 10);
+                  Premi(finestra, "PictureOk");
+                }),
+          Gioca("crediti, un editor aperto mentre si spunta e si ordina, in una finestra vera", Crediti,
+                [](QDialog& finestra) {
+                  auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
+                  QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "200426");
+                  Clicca(lista, 1, 7);
+                  QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "150426");
+                  Clicca(lista, 3, 6);
+                  Premi(finestra, "TLwTestata_5");
+                  Premi(finestra, "TLwTestata_5");
+                  Clicca(lista, 6, 9);
+                  Premi(finestra, "PictureOk");
+                }),
+          Gioca("crediti, clic fuori e sotto l'ultima riga, in una finestra vera", Crediti,
+                [](QDialog& finestra) {
+                  auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
+                  Clicca(lista, 1, 7);
+                  QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "150426");
+                  const auto ultima = lista.visualRect(lista.model()->index(lista.model()->rowCount() - 1, 2));
+                  QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, ultima.center() + QPoint(0, 40));
+                  Clicca(lista, 2, 10);
+                  QTest::mouseClick(&finestra, Qt::LeftButton, {}, QPoint(3, 3));
+                  Clicca(lista, 0, 0);
+                  Premi(finestra, "PictureAnnulla");
+                }),
+          Gioca("presunti, in una finestra vera", Presunti,
+                [](QDialog& finestra) {
+                  auto& lista = Trova<QTableView>(finestra, "LVPresunti");
+                  ScegliBanca(finestra, lista, 1, 7);
+                  Premi(finestra, "PictureOk");
+                }),
+          Gioca("consegne, in una finestra vera", Consegna, [](QDialog& finestra) {
+            auto& lista = Trova<QTableView>(finestra, "LVScadenzePresunti");
+            ScriviData(finestra, lista, 0, 7, "31/02/26");
+            ScriviData(finestra, lista, 1, 7, "200526");
+            Premi(finestra, "PictureOk");
+          })};
+}
+
+std::vector<Scenetta> ConITasti() {
+  return {Gioca("consegne, con i tasti", Consegna,
+                [](QDialog& finestra) {
+                  Tasto(finestra, Qt::Key_N, Qt::AltModifier);
+                  Digita("20/05/26");
+                  Tasto(finestra, Qt::Key_Tab);
+                  Tasto(finestra, Qt::Key_Home);
+                  Tasto(finestra, Qt::Key_Space);
+                  Tasto(finestra, Qt::Key_Down);
+                  Tasto(finestra, Qt::Key_Right);
+                  Tasto(finestra, Qt::Key_F2);
+                  Digita("27/05/26");
+                  Tasto(finestra, Qt::Key_Return, Qt::ControlModifier);
+                }),
+          Gioca("crediti, Esc nell'editor e Annulla con i tasti", Crediti,
+                [](QDialog& finestra) {
+                  auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
+                  Clicca(lista, 1, 7);
+                  Digita("150426");
+                  Tasto(finestra, Qt::Key_Escape);
+                  Tasto(finestra, Qt::Key_A, Qt::AltModifier);
+                }),
+          Gioca("crediti, la casella di chiusura", Crediti, [](QDialog& finestra) { finestra.close(); })};
+}
+
+std::vector<Scenetta> Scadenzari() {
+  std::vector<Scenetta> tutte;
+  for (const char* modo : {"Scad", "Extra"}) {
+    tutte.push_back(GiocaScadenzario(modo, [](QDialog& finestra) {
+      auto& lista = Trova<QTableView>(finestra, "LWScad");
+      ScriviData(finestra, lista, 0, 4, "150606");
+      QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "300906");
+      Clicca(lista, 1, 0);
+      Premi(finestra, "PictureOk");
+    }));
+  }
+  tutte.push_back(GiocaScadenzario("Scad, seleziona tutto", [](QDialog& finestra) {
+    QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "domani");
+    Tasto(finestra, Qt::Key_S, Qt::AltModifier);
+    Premi(finestra, "PicSelezionaTutto");
+    Premi(finestra, "PictureAnnulla");
+  }));
+  return tutte;
+}
+
 } // namespace
 
 std::vector<Scenetta> ReciteFinestreVere() {
-  return {
-      Gioca("crediti, in una finestra vera", "-T BANCA /CREDITI -C 20100023",
-            [](QDialog& finestra) {
-              auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
-              QTest::mouseClick(&Trova<QWidget>(finestra, "TLwTestata_5"), Qt::LeftButton);
-              ScriviData(finestra, lista, 1, 7, "150426");
-              ScegliBanca(finestra, lista, 4, 10);
-              Premi(finestra, "PictureOk");
-            }),
-      Gioca("presunti, in una finestra vera", "-T BANCA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE",
-            [](QDialog& finestra) {
-              auto& lista = Trova<QTableView>(finestra, "LVPresunti");
-              ScegliBanca(finestra, lista, 1, 7);
-              Premi(finestra, "PictureOk");
-            }),
-      Gioca("consegne, in una finestra vera", "-T CONSEGNA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE",
-            [](QDialog& finestra) {
-              auto& lista = Trova<QTableView>(finestra, "LVScadenzePresunti");
-              ScriviData(finestra, lista, 0, 7, "31/02/26");
-              ScriviData(finestra, lista, 1, 7, "200526");
-              Premi(finestra, "PictureOk");
-            }),
-  };
+  auto tutte = ColMouse();
+  for (auto* altre : {ConITasti, Scadenzari}) {
+    for (auto& scenetta : altre()) {
+      tutte.push_back(std::move(scenetta));
+    }
+  }
+  tutte.push_back({"l'attesa e i messaggi in finestre vere", [](Scena& scena) {
+                     FinestreVere finestre;
+                     scena.desktop = &finestre;
+                     scena.Esegui("-T SOSPESO /A -C 20100001 -P AB   123");
+                     scena.Esegui("-T PRESUNTO /A -S OC -A 06 -N uno");
+                   }});
+  return tutte;
 }
 
 } // namespace lumoscad::prova

@@ -150,23 +150,23 @@ std::vector<Scenetta> DellaBaseDati() {
        [](Scena& scena) {
          Cambia(scena, [](Scena& s) {
            s.Altrove("UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-12-31', BANCAPRESENTAZIONE_KEY=1 "
-                     "WHERE TIPOEVENTO='C'");
+                     "WHERE CONTOCONTABILE_KEY=123");
          });
        }},
       {"i documenti presunti non ci sono più",
        [](Scena& scena) {
-         const auto togli = [](Scena& s) { s.Altrove("DELETE FROM EVENTOCONTABILE WHERE TIPOEVENTO='P'"); };
+         const auto togli = [](Scena& s) { s.Altrove("DELETE FROM EVENTOCONTABILE WHERE CONTOCONTABILE_KEY=112"); };
          CambiaPresunti(scena, togli);
        }},
       {"le consegne sono cambiate",
        [](Scena& scena) {
          CambiaConsegna(scena, [](Scena& s) {
-           s.Altrove("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-12-31' WHERE TIPOEVENTO='P'");
+           s.Altrove("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-12-31' WHERE CONTOCONTABILE_KEY=112");
          });
        }},
       {"i movimenti non ci sono più",
        [](Scena& scena) {
-         const auto togli = [](Scena& s) { s.Altrove("DELETE FROM MOVIMENTOCONTABILE"); };
+         const auto togli = [](Scena& s) { s.Altrove("DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY>200"); };
          CambiaPresunti(scena, togli);
          Sblocca(scena);
          scena.Esegui("-T PRESUNTO /A -S OC -A 06 -N 123");
@@ -198,11 +198,6 @@ std::vector<Scenetta> DellaBaseDati() {
            scena.EseguiCosi(std::string(comando) + " -H 10.0.0.1 -D 01 -DB2SOURCE MAI_VISTA -DB2USER u -DB2PASS p");
            Sblocca(scena);
          }
-       }},
-      {"date e numeri che non sono tali",
-       [](Scena& scena) {
-         scena.Altrove("UPDATE EVENTOCONTABILE SET NUMERORATA=NULL WHERE TIPOEVENTO='C'");
-         Cambia(scena);
        }},
   };
 }

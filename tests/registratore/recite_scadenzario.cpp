@@ -22,6 +22,26 @@ std::vector<RigaScadenze> RigheDellaFinestra(const FormLumoScad& form) {
 }
 
 void Apri(Scena& scena, const std::string& modo, const Gesti& gesti) {
+  scena.recitato.copioniScadenzario.push_back(gesti);
+  ApriScadenzario(scena, modo);
+}
+
+Scenetta Gioca(const std::string& modo, const std::string& titolo, Gesti gesti) {
+  return {"scadenzario " + modo + ", " + titolo,
+          [modo, gesti = std::move(gesti)](Scena& scena) { Apri(scena, modo, gesti); }};
+}
+
+void Scrivi(FinestraScadenzario& finestra, int riga, const char* data) {
+  constexpr int Invio = 13;
+  finestra.elenco.seleziona(riga);
+  finestra.elenco.clic(riga * 240);
+  finestra.elenco.testoEditor(data);
+  finestra.elenco.tastoEditor(Invio);
+}
+
+} // namespace
+
+void ApriScadenzario(Scena& scena, const std::string& modo) {
   auto& s = stato();
   s.ComandoCorrente = scena.OpzioniDatabase();
   s.Azienda = "01";
@@ -44,25 +64,9 @@ void Apri(Scena& scena, const std::string& modo, const Gesti& gesti) {
   for (const char* scadenza : {"31/03/2006", "30/04/2006", "31/05/2006"}) {
     form.Righe.Aggiungi({scadenza, scadenza, "100,00", ""});
   }
-  scena.recitato.copioniScadenzario.push_back(gesti);
   scena.Registra("scadenzario " + modo,
                  [&] { return modo == "Scad" ? form.VisualizzaScad() : form.VisualizzaExtra(); });
 }
-
-Scenetta Gioca(const std::string& modo, const std::string& titolo, Gesti gesti) {
-  return {"scadenzario " + modo + ", " + titolo,
-          [modo, gesti = std::move(gesti)](Scena& scena) { Apri(scena, modo, gesti); }};
-}
-
-void Scrivi(FinestraScadenzario& finestra, int riga, const char* data) {
-  constexpr int Invio = 13;
-  finestra.elenco.seleziona(riga);
-  finestra.elenco.clic(riga * 240);
-  finestra.elenco.testoEditor(data);
-  finestra.elenco.tastoEditor(Invio);
-}
-
-} // namespace
 
 std::vector<Scenetta> ReciteScadenzario() {
   std::vector<Scenetta> tutte;
