@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/Andamento.hpp"
 #include "common/MsgAnnulla.hpp"
 
 #include <memory>
@@ -24,6 +25,7 @@ struct Stato {
   bool DemoPresunti = false; ///< a presumed-document command carried "-DEMO": from then on they all are demonstrations
   std::string ContoScadenze; ///< account code of the due-date request's database list, set by the calling screen
   std::string PartitaScadenze;                           ///< spaced item number of that list, set by the calling screen
+  Andamento andamento;                                   ///< how far the last change has come
   std::shared_ptr<MsgAnnulla> Risposta;                  ///< the reply object of the last request
   std::shared_ptr<Partita> RispostaPartita;              ///< the reply object of the last due-date request
   std::shared_ptr<frmLumoScadenzeBanche> ScadenzeBanche; ///< the credits/debits screen, created on first use

@@ -3,6 +3,7 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
 #include "database/db2Searches.hpp"
+#include "database/procedureLumoDB2.hpp"
 #include "platform/Errore.hpp"
 
 #include <utility>

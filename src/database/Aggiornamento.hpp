@@ -7,7 +7,6 @@
 #include "platform/ado/Ado.hpp"
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -32,10 +31,6 @@ namespace lumoscad::procedureLumoDB2 {
 /// A record's row as the person knows it from the screen.
 [[nodiscard]] std::string Riga(const VariazioneCanalizzazione& variazione);
 [[nodiscard]] std::string Riga(const VariazioneConsegna& variazione);
-
-/// The list's rows as the person knows them from the screen, separated by "; ": the first eight, and how many more.
-[[nodiscard]] std::string Righe(const VariazioniCanalizzazione& variazioni);
-[[nodiscard]] std::string Righe(const VariazioniConsegna& variazioni);
 
 /// One confirmation being written: the connection, and the statements of the current record for its error text.
 class Aggiornamento {
@@ -69,7 +64,7 @@ class Aggiornamento {
 /// The frame of the procedures that write a confirmed list: one connection, one transaction, `applica` once a record in
 /// the list's order; it returns false for a record whose rows somebody else had changed, which are left so. Returns ""
 /// with those rows in `msg.RigheRimaste`, or "error" with the failure and the statements of the record that failed in
-/// `msg.Errore` when nothing was kept. An empty list touches nothing.
+/// `msg.Errore`. An empty list touches nothing.
 template <typename Variazioni, typename Applica>
 std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, Applica applica) {
   if (variazioni.empty()) {
@@ -77,11 +72,11 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
   }
   std::string istruzioni;
   std::vector<std::string> rimaste;
-  std::unique_ptr<ado::Connection> connection;
+  moduloDatabase::Lavoro lavoro;
   try {
-    connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
-    moduloDatabase::Transazione transazione(*connection);
-    Aggiornamento aggiornamento(*connection);
+    ado::Connection& connection = lavoro.Apri(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
+    moduloDatabase::Transazione transazione(connection);
+    Aggiornamento aggiornamento(connection);
     try {
       for (const auto& variazione : variazioni) {
         aggiornamento.NuovoRecord();
@@ -94,11 +89,13 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
       istruzioni = aggiornamento.Istruzioni();
       throw;
     }
+    if (!rimaste.empty()) {
+      stato().andamento.RigheRimaste();
+    }
     msg.RigheRimaste = std::move(rimaste);
     return "";
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErroreDopoHost(ErroreCorrente(), connection.get(), Righe(variazioni)) + "\r\n" +
-                 istruzioni;
+    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente(), "\r\n" + istruzioni);
     return "error";
   }
 }

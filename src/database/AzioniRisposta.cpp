@@ -9,7 +9,7 @@
 namespace lumoscad::procedureLumoDB2 {
 namespace {
 
-/// A name is made outside the procedure's trap: that a list is too short is for the procedure to find.
+/// A list that is too short is for the procedure to find.
 std::string Parte(const std::vector<std::string>& parametri, std::size_t indice) {
   return indice < parametri.size() ? parametri[indice] : std::string();
 }
@@ -22,11 +22,11 @@ std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::
                                      Elemento(parametri, 2), Elemento(parametri, 4));
 }
 
-std::string NomePartita(const std::vector<std::string>& parametri) {
-  return "partita " + Parte(parametri, 3) + " del conto " + Parte(parametri, 2);
-}
-
-std::string NomeDocumento(const std::vector<std::string>& parametri) {
+std::string NomeOggetto(const std::vector<std::string>& parametri) {
+  const std::string azione = Parte(parametri, 1);
+  if (azione == "SCRIVISCADENZE" || azione == "SOSPESOCREA" || azione == "SOSPESOCANCELLA") {
+    return "partita " + Parte(parametri, 3) + " del conto " + Parte(parametri, 2);
+  }
   return "documento " + Parte(parametri, 2) + "/" + Parte(parametri, 3) + "/" + Parte(parametri, 4) + " dell'azienda " +
          Parte(parametri, 0);
 }
@@ -75,7 +75,8 @@ std::string TestDB2(std::string_view command) {
     return "";
   } catch (...) {
     const ErroreRuntime errore = ErroreCorrente();
-    MostraMessaggio(std::to_string(errore.Numero()) + "\r\n" + errore.Testo(), "testScrittura");
+    MostraMessaggio(ConFrase(std::to_string(errore.Numero()) + "\r\n" + errore.Testo(), errore.Nota()),
+                    "testScrittura");
     return "error";
   }
 }

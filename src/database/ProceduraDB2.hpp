@@ -5,7 +5,6 @@
 #include "database/moduloDatabase.hpp"
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,16 +13,15 @@ namespace lumoscad::procedureLumoDB2 {
 
 /// The frame of a database procedure behind a reply: its own connection to the running command's database and one trap
 /// around `corpo`, which receives the connection and its settings. Returns "", or "error" with the message in
-/// `msg.Errore`; `oggetto` is what the request is about, as the person knows it.
-template <typename Corpo> std::string Procedura(MsgAnnulla& msg, const std::string& oggetto, Corpo corpo) {
-  std::unique_ptr<ado::Connection> connection;
+/// `msg.Errore`.
+template <typename Corpo> std::string Procedura(MsgAnnulla& msg, Corpo corpo) {
+  moduloDatabase::Lavoro lavoro;
   try {
     const auto parametri = moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente);
-    connection = moduloDatabase::ApriConnessione(parametri);
-    corpo(*connection, parametri);
+    corpo(lavoro.Apri(parametri), parametri);
     return "";
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErroreDopoHost(ErroreCorrente(), connection.get(), oggetto);
+    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
     return "error";
   }
 }
@@ -44,10 +42,5 @@ void PerOgniEvento(ado::Connection& connection, std::string_view sql, std::int32
 
 /// The key of the extra movement that a request's list names.
 [[nodiscard]] std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::string>& parametri);
-
-/// "partita NUMERO del conto CODICE", from a request's list.
-[[nodiscard]] std::string NomePartita(const std::vector<std::string>& parametri);
-/// "documento SERIE/ANNO/NUMERO dell'azienda CODICE", from a request's list.
-[[nodiscard]] std::string NomeDocumento(const std::vector<std::string>& parametri);
 
 } // namespace lumoscad::procedureLumoDB2

@@ -49,7 +49,7 @@ std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, Msg
   if (parametri.size() <= PrimoGruppo) {
     return "";
   }
-  return Procedura(msg, NomePartita(parametri), [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
     const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
     const auto partita = db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
     const auto spostamenti = LeggiSpostamenti(parametri);
@@ -72,7 +72,7 @@ std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, M
   if (parametri.size() <= PrimoGruppo) {
     return "";
   }
-  return Procedura(msg, NomeDocumento(parametri), [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
     const auto movimento = MovimentoExtra(connection, parametri);
     const auto spostamenti = LeggiSpostamenti(parametri);
     PerOgniEvento(connection,

@@ -28,7 +28,7 @@ void Cancella(ado::Connection& connection, const std::string& sql, std::int32_t 
 } // namespace
 
 std::string SospendiMovimento(const std::vector<std::string>& parametri, std::string_view flag, MsgAnnulla& msg) {
-  return Procedura(msg, NomeDocumento(parametri), [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
     const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
     const auto movimento =
         db2Searches::CercaMovimento(connection, std::to_string(azienda), "N", Nullo, Elemento(parametri, 2),
@@ -41,7 +41,7 @@ std::string SospendiMovimento(const std::vector<std::string>& parametri, std::st
 }
 
 std::string SospendiPartita(const std::vector<std::string>& parametri, std::string_view flag, MsgAnnulla& msg) {
-  return Procedura(msg, NomePartita(parametri), [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
     const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
     const auto partita = db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
     ScriviSospesa(connection,
@@ -52,19 +52,17 @@ std::string SospendiPartita(const std::vector<std::string>& parametri, std::stri
 }
 
 std::string CancellaMovimentoExtra(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
-  return Procedura(msg, NomeDocumento(parametri),
-                   [&](ado::Connection& connection, const moduloDatabase::ParametriConnessione& connessione) {
-                     const auto movimento = MovimentoExtra(connection, parametri);
-                     moduloDatabase::Transazione transazione(connection);
-                     Cancella(connection,
-                              "DELETE FROM EVENTOCONTABILE WHERE "
-                              "MOVIMENTOKEY=?",
-                              movimento);
-                     Cancella(connection,
-                              "DELETE FROM " + connessione.Schema + ".MOVIMENTOCONTABILE WHERE " + "MOVIMENTOKEY=?",
-                              movimento);
-                     transazione.Conferma();
-                   });
+  return Procedura(msg, [&](ado::Connection& connection, const moduloDatabase::ParametriConnessione& connessione) {
+    const auto movimento = MovimentoExtra(connection, parametri);
+    moduloDatabase::Transazione transazione(connection);
+    Cancella(connection,
+             "DELETE FROM EVENTOCONTABILE WHERE "
+             "MOVIMENTOKEY=?",
+             movimento);
+    Cancella(connection, "DELETE FROM " + connessione.Schema + ".MOVIMENTOCONTABILE WHERE " + "MOVIMENTOKEY=?",
+             movimento);
+    transazione.Conferma();
+  });
 }
 
 } // namespace lumoscad::procedureLumoDB2

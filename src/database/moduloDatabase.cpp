@@ -1,5 +1,6 @@
 #include "database/moduloDatabase.hpp"
 
+#include "common/Stato.hpp"
 #include "common/Testo.hpp"
 
 #include <array>
@@ -67,26 +68,20 @@ ado::Command CreaComando(ado::Connection& connection, std::string_view sql, ado:
   return comando;
 }
 
-std::string TestoErrore(const ErroreRuntime& errore) {
-  return "ERRORE: " + std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
+std::string TestoErrore(const ErroreRuntime& errore, std::string_view istruzioni) {
+  std::string testo = "ERRORE: " + std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
+  return ConFrase(std::move(testo.append(istruzioni)), errore.Nota());
 }
 
-std::string TestoErroreDopoHost(const ErroreRuntime& errore, const ado::Connection* connection,
-                                std::string_view daControllare) {
-  std::string testo = TestoErrore(errore);
-  const auto esito = connection != nullptr ? connection->Esito() : ado::EsitoTransazione::NonApplicata;
-  if (errore.Sorgente() != "ODBC" && esito == ado::EsitoTransazione::NonApplicata) {
-    return testo;
+ado::Connection& Lavoro::Apri(const ParametriConnessione& parametri) {
+  connection_ = ApriConnessione(parametri);
+  return *connection_;
+}
+
+Lavoro::~Lavoro() {
+  if (connection_) {
+    stato().andamento.Registrata(connection_->Esito());
   }
-  if (esito == ado::EsitoTransazione::NonApplicata) {
-    testo += "\r\nL'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: ";
-  } else if (esito == ado::EsitoTransazione::Sconosciuta) {
-    testo += "\r\nL'host ha già accettato la modifica; non si sa se la base dati l'ha registrata. Da controllare "
-             "prima di ripeterla: ";
-  } else {
-    testo += "\r\nL'host e la base dati hanno registrato la modifica: ";
-  }
-  return testo.append(daControllare) + ".";
 }
 
 Transazione::Transazione(ado::Connection& connection) : connection_(&connection) {

@@ -36,15 +36,24 @@ void ChiudiRecordset(ado::Recordset& recordset) noexcept;
 [[nodiscard]] ado::Command CreaComando(ado::Connection& connection, std::string_view sql,
                                        ado::CommandType commandType = ado::CommandType::Text);
 
-/// "ERRORE: ", the failure's number, CR LF, and what it says.
-[[nodiscard]] std::string TestoErrore(const ErroreRuntime& errore);
+/// "ERRORE: ", the failure's number, CR LF, what it says, and `istruzioni`; at the end the failure's note.
+[[nodiscard]] std::string TestoErrore(const ErroreRuntime& errore, std::string_view istruzioni = {});
 
-/// The same for the database's side of a change that the host has already accepted. After a failure of the database
-/// it goes on with what became of the change on `connection` (none when it was not opened) and names `daControllare`,
-/// what the person must look at; the text of a failure that the component found by itself stays as it is where nothing
-/// of the change can have been kept.
-[[nodiscard]] std::string TestoErroreDopoHost(const ErroreRuntime& errore, const ado::Connection* connection,
-                                              std::string_view daControllare);
+/// The connection of a procedure that writes what the host has accepted. When it goes it takes down what the database
+/// holds of the change (`stato().andamento`), also after a failure for whose text there was no memory.
+class Lavoro {
+ public:
+  Lavoro() = default;
+  Lavoro(const Lavoro&) = delete;
+  Lavoro& operator=(const Lavoro&) = delete;
+  ~Lavoro();
+
+  /// Opens the connection. Raises the driver's failure.
+  ado::Connection& Apri(const ParametriConnessione& parametri);
+
+ private:
+  std::unique_ptr<ado::Connection> connection_;
+};
 
 /// A transaction that is rolled back unless `Conferma` was reached.
 class Transazione {

@@ -68,6 +68,10 @@ struct FiltroPresunti {
 [[nodiscard]] std::string AggiornaConsegna(const VariazioniConsegna& variazioni, MsgAnnulla& msg,
                                            std::string_view parModalita);
 
+/// The list's rows as the person knows them from the screen, separated by "; ": the first eight, and how many more.
+[[nodiscard]] std::string Righe(const VariazioniCanalizzazione& variazioni);
+[[nodiscard]] std::string Righe(const VariazioniConsegna& variazioni);
+
 /// The procedures behind the reply actions. Each takes the request's list (company at index 0, action at 1), works in
 /// one transaction and returns "", or "error" with the message in `msg.Errore` when nothing was kept.
 /// `flag` is "S" to suspend and "N" to make active again.
@@ -84,6 +88,10 @@ struct FiltroPresunti {
 /// both dates move. A list that ends before index 5 changes nothing.
 [[nodiscard]] std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, MsgAnnulla& msg);
 [[nodiscard]] std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, MsgAnnulla& msg);
+
+/// What a request's list is about, as the person knows it: "partita NUMERO del conto CODICE", or "documento
+/// SERIE/ANNO/NUMERO dell'azienda CODICE".
+[[nodiscard]] std::string NomeOggetto(const std::vector<std::string>& parametri);
 
 /// Repeats in the database what the host did for a request. `parametri` is the request's list: the action's name
 /// stands at index 1. A reply with an `Errore` is answered "error" without touching the database; an action that

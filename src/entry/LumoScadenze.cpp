@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <new>
 #include <vector>
 
 namespace lumoscad {
@@ -41,6 +42,7 @@ std::string Esegui(std::string_view comando) {
   const auto pezzi = Dividi(comando, ' ');
   const std::string tipo = TipoComando(pezzi);
   stato().ComandoCorrente = comando;
+  stato().andamento.Azzera();
   if (const Comando* const senza = SenzaSottocomando(tipo)) {
     return senza->gestore(comando);
   }
@@ -49,6 +51,7 @@ std::string Esegui(std::string_view comando) {
     const std::string sottocomando = Maiuscolo(pezzo);
     for (const Comando& riga : Comandi()) {
       if (riga.tipo == tipo && riga.sottocomando == sottocomando) {
+        stato().andamento.Azzera();
         risultato = riga.gestore(comando);
       }
     }
@@ -61,21 +64,68 @@ void ScriviErrore(const std::string& testo) {
   std::fprintf(stderr, "%s: %s\n", std::string(NomeProdotto).c_str(), SenzaControlli(testo, "\n").c_str());
 }
 
+/// The failure, and what is known of the change that was under way.
+std::string Racconto(const ErroreRuntime& errore, std::string_view separatore) {
+  std::string testo = std::to_string(errore.Numero()).append(separatore).append(errore.Testo());
+  return ConFrase(ConFrase(std::move(testo), errore.Nota()), stato().andamento.Frase(errore.Esito()));
+}
+
 /// Tells the person of the failure in flight; where there is no desktop to do so, the standard error gets it.
-void Racconta() noexcept {
+void Mostra() {
+  const ErroreRuntime errore = ErroreCorrente();
+  const std::string testo = Racconto(errore, "\r\n");
   try {
-    const ErroreRuntime errore = ErroreCorrente();
-    const std::string testo = std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
-    try {
-      MostraMessaggio(testo, "");
-    } catch (...) {
-      ScriviErrore(std::to_string(errore.Numero()) + " " + errore.Testo());
-      if (const std::string perche = ErroreCorrente().Testo(); perche != errore.Testo()) {
-        ScriviErrore(perche);
-      }
+    MostraMessaggio(testo, "");
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (...) {
+    ScriviErrore(Racconto(errore, " "));
+    if (const std::string perche = ErroreCorrente().Testo(); perche != errore.Testo()) {
+      ScriviErrore(perche);
     }
-  } catch (...) { // NOLINT(bugprone-empty-catch): not even memory for the text is left; the result says it
   }
+}
+
+/// Writes to the standard error, and takes no memory for it.
+void ScriviSenzaMemoria(int numero, std::string_view testo, std::string_view nota, std::string_view frase) noexcept {
+  std::fprintf(stderr, "%.*s: %d", static_cast<int>(NomeProdotto.size()), NomeProdotto.data(), numero);
+  for (const std::string_view pezzo : {testo, nota, frase}) {
+    if (!pezzo.empty()) {
+      std::fputc(' ', stderr);
+    }
+    for (std::size_t posto = 0; posto < pezzo.size(); ++posto) {
+      const std::size_t controllo = LunghezzaControllo(pezzo, posto);
+      std::fputc(controllo > 0 ? ' ' : pezzo[posto], stderr);
+      posto += controllo == 2 ? 1 : 0;
+    }
+  }
+  std::fputc('\n', stderr);
+}
+
+/// The last resort for the failure in flight: whatever it was, what is known of the change is told.
+void ScriviSenzaMemoria() noexcept {
+  const Andamento& andamento = stato().andamento;
+  try {
+    throw;
+  } catch (const ErroreRuntime& errore) {
+    ScriviSenzaMemoria(errore.Numero(), errore.Testo(), errore.Nota(), andamento.Frase(errore.Esito()));
+  } catch (const std::bad_alloc&) {
+    ScriviSenzaMemoria(errori::MemoriaInsufficiente, "Memoria insufficiente", "", andamento.Frase());
+  } catch (...) {
+    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno", "", andamento.Frase());
+  }
+}
+
+/// Memory that is short at one moment may be there at the next.
+void Racconta() noexcept {
+  for (int volta = 0; volta < 2; ++volta) {
+    try {
+      Mostra();
+      return;
+    } catch (...) { // NOLINT(bugprone-empty-catch): tried again, and then told without memory
+    }
+  }
+  ScriviSenzaMemoria();
 }
 
 /// Tells of a call that came while another one ran, or on a thread that may not show windows. The person sees it once:

@@ -3,8 +3,9 @@
 #include "common/Messaggi.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
-#include "host/ChiamataDiretta.hpp"
 #include "host/FormAspetta.hpp"
+#include "host/RichiestaProgramma.hpp"
+#include "platform/Errore.hpp"
 
 #include <memory>
 
@@ -17,7 +18,8 @@ std::string RichiestaAttesa(std::string_view hostIP, const std::vector<std::stri
   std::string risultato = FormAspetta().Visualizza(hostIP, ProgrammaHost, parametri, parametriDB2, *risposta);
   if (MaggioreDiSpazio(risposta->Errore)) {
     risultato = "error";
-    MostraMessaggio(risposta->Errore, "");
+    // Of a refusal nothing else is to be said.
+    MostraMessaggio(ConFrase(risposta->Errore, stato().andamento.Frase(EsitoTransazione::NonApplicata)), "");
   }
   if (MaggioreDiSpazio(risposta->Messaggio)) {
     MostraMessaggio(risposta->Messaggio, "");

@@ -9,9 +9,6 @@
 
 namespace lumoscad {
 
-/// The back-end program that carries out every change on the host.
-inline constexpr std::string_view ProgrammaHost = "VB0001";
-
 /// A request whose file is written and closed.
 struct RichiestaHost {
   std::string_view hostIP;
@@ -22,7 +19,8 @@ struct RichiestaHost {
 
 /// Uploads the file, renames it to its complete name in one step, runs the program, applies the reply actions with
 /// the module-level reply object, deletes both host names and returns the reply actions' result. What fails is
-/// raised, and leaves the host files where they are. Shows the hourglass meanwhile. The request's turn is the caller's.
+/// raised, and leaves the host files where they are; how far the change had come is in `stato().andamento`. Shows the
+/// hourglass meanwhile. The request's turn is the caller's.
 [[nodiscard]] std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta);
 
 } // namespace lumoscad

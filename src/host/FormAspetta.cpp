@@ -2,6 +2,7 @@
 
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
+#include "host/RichiestaProgramma.hpp"
 #include "platform/Servizi.hpp"
 
 namespace lumoscad {
@@ -20,13 +21,14 @@ std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view 
   ParametriProcedureDB2 = parametriDB2;
   MsgAnnulla = &A_MSGAnnulla;
   risultato_.clear();
+  stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(parametriDB2));
   servizi().desktop().MostraAttesa("Attendere, sto variando il movimento", IntervalloTimer, [this] { Timer1_Timer(); });
   return risultato_;
 }
 
 void FormAspetta::Timer1_Timer() {
   // The running command's own address counts, not the copy that this window was given.
-  servizi().hostLink().EseguiProgramma(stato().HostIP, NomeProg, Parametri, MsgAnnulla->XMLParser);
+  ChiediProgramma(stato().HostIP, NomeProg, Parametri, MsgAnnulla->XMLParser, MsgAnnulla);
   risultato_ = procedureLumoDB2::EseguiAzioneDB2(ParametriProcedureDB2, MsgAnnulla);
   if (!MsgAnnulla->Errore.empty()) {
     risultato_ = "error";

@@ -3,6 +3,7 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "database/procedureLumoDB2.hpp"
 #include "host/ChiamataDiretta.hpp"
 #include "host/RigaRichiesta.hpp"
 #include "host/Risposte.hpp"
@@ -27,6 +28,7 @@ void Scrivi(std::vector<std::string>& lista, std::size_t indice, std::string val
 } // namespace
 
 std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
+  stato().andamento.Azzera();
   const TurnoRichiesta turno(Puntatore::Predefinito);
   const NomiRichiesta& nomi = turno.Nomi();
   std::vector<std::string> chiamata(LimiteSuperiore + 1);
@@ -60,6 +62,7 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   }
   stato().Risposta = std::make_shared<MsgAnnulla>();
   stato().RispostaPartita = std::make_shared<Partita>();
+  stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(database));
   return ChiamataDiretta({stato().HostIP, nomi, chiamata, database}, stato().RispostaPartita->XMLParser);
 }
 

@@ -4,6 +4,7 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "database/procedureLumoDB2.hpp"
 #include "host/ChiamataDiretta.hpp"
 #include "host/RigaRichiesta.hpp"
 #include "platform/Errore.hpp"
@@ -43,13 +44,6 @@ std::string RigaConsegna(const VariazioneConsegna& v) {
                         DataPiena(v.NuovaConsegna)});
 }
 
-template <typename Azione> void IgnoraErrori(Azione azione) noexcept {
-  try {
-    azione();
-  } catch (...) { // NOLINT(bugprone-empty-catch): the outcome of the request is settled already
-  }
-}
-
 /// The frame of the record writers: one list, one file, one call, one outcome.
 struct RichiestaRecord {
   std::string_view hostIP;
@@ -57,7 +51,35 @@ struct RichiestaRecord {
   std::string_view nome;
   std::string_view tipo;
   std::size_t limiteSuperiore;            ///< upper bound of the call list
+  std::string daControllare;              ///< the rows, as the person knows them
   std::function<std::string()> contenuto; ///< the bytes of the file
+};
+
+/// What remains to be done when a request is over, however it ended; nothing that fails in it counts any more.
+class Chiusura {
+ public:
+  Chiusura() = default;
+  Chiusura(const Chiusura&) = delete;
+  Chiusura& operator=(const Chiusura&) = delete;
+  ~Chiusura() {
+    Prova([] {
+      servizi().desktop().ImpostaPuntatore(Puntatore::Predefinito);
+      servizi().desktop().EventiInAttesa();
+    });
+    if (nomi) {
+      Prova([this] { CancellaFileLocale(nomi->locale); });
+    }
+  }
+
+  std::optional<NomiRichiesta> nomi; ///< of the request's file, once it has them
+
+ private:
+  template <typename Azione> static void Prova(Azione azione) noexcept {
+    try {
+      azione();
+    } catch (...) { // NOLINT(bugprone-empty-catch): the outcome of the request is settled already
+    }
+  }
 };
 
 /// The request from its naming to its clean-up on the host. The person reads the reply after the turn: a box left open
@@ -77,40 +99,37 @@ std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<Nomi
 }
 
 std::string Invia(const RichiestaRecord& richiesta) {
-  std::string risultato = "error";
+  stato().andamento.Comincia(richiesta.daControllare);
   const auto risposta = std::make_shared<MsgAnnulla>();
-  std::optional<NomiRichiesta> nomi;
+  stato().Risposta = risposta;
+  Chiusura chiusura;
   try {
-    stato().Risposta = risposta;
     servizi().desktop().ImpostaPuntatore(Puntatore::Clessidra);
     servizi().desktop().EventiInAttesa();
-    risultato = InviaAlSuoTurno(richiesta, nomi, risposta->XMLParser);
+    std::string risultato = InviaAlSuoTurno(richiesta, chiusura.nomi, risposta->XMLParser);
     if (MaggioreDiSpazio(risposta->Messaggio)) {
       servizi().desktop().MostraBox(risposta->Messaggio, NomeProdotto);
+    }
+    if (risposta->Errore.empty()) {
+      return risultato;
     }
   } catch (...) {
     const ErroreRuntime errore = ErroreCorrente();
     risposta->Errore = std::to_string(errore.Numero()) + " " + errore.Testo();
+    throw ErroreRuntime(errori::ErroreTrasferimento, risposta->Errore).ConNota(errore.Nota()).ConEsito(errore.Esito());
   }
-  IgnoraErrori([] {
-    servizi().desktop().ImpostaPuntatore(Puntatore::Predefinito);
-    servizi().desktop().EventiInAttesa();
-  });
-  if (nomi) {
-    IgnoraErrori([&] { CancellaFileLocale(nomi->locale); });
-  }
-  if (!risposta->Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreTrasferimento, risposta->Errore);
-  }
-  return risultato;
+  // The refusal says it all.
+  throw ErroreRuntime(errori::ErroreTrasferimento, risposta->Errore).ConEsito(EsitoTransazione::NonApplicata);
 }
 
 /// Sends one line a record; nothing at all for an empty list.
 template <typename Variazioni, typename Riga>
 std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, Riga riga) {
+  stato().andamento.Azzera();
   if (variazioni.empty()) {
     return "";
   }
+  richiesta.daControllare = procedureLumoDB2::Righe(variazioni);
   richiesta.contenuto = [&] {
     std::string contenuto;
     for (const auto& variazione : variazioni) {
@@ -125,17 +144,17 @@ std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, 
 
 std::string ScriviRichiestaCanalizzazione(std::string_view hostIP, std::string_view azienda,
                                           const VariazioniCanalizzazione& variazioni, std::string_view tipo) {
-  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}}, variazioni, RigaCanalizzazione);
+  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}, {}}, variazioni, RigaCanalizzazione);
 }
 
 std::string ScriviRichiestaBancaPresunti(std::string_view hostIP, std::string_view azienda,
                                          const VariazioniConsegna& variazioni, std::string_view tipo) {
-  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}}, variazioni, RigaBancaPresunti);
+  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}, {}}, variazioni, RigaBancaPresunti);
 }
 
 std::string ScriviRichiestaConsegna(std::string_view hostIP, std::string_view azienda,
                                     const VariazioniConsegna& variazioni, std::string_view tipo) {
-  return InviaRighe({hostIP, azienda, "CONSEGNA", tipo, 5, {}}, variazioni, RigaConsegna);
+  return InviaRighe({hostIP, azienda, "CONSEGNA", tipo, 5, {}, {}}, variazioni, RigaConsegna);
 }
 
 } // namespace lumoscad

@@ -18,4 +18,8 @@ ErroreRuntime ErroreCorrente() {
   }
 }
 
+std::string ConFrase(std::string testo, std::string_view frase) {
+  return frase.empty() ? testo : std::move(testo.append("\r\n").append(frase));
+}
+
 } // namespace lumoscad

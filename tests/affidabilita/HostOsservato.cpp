@@ -70,7 +70,14 @@ void HostOsservato::EseguiProgramma(std::string_view host, std::string_view prog
     passi::Punto("program: answer read");
     risposta.Consegna(nodo);
   };
-  Passo("program", "", "", [&] { vero_->EseguiProgramma(host, programma, parametri, ascolto); });
+  Passo("program", "", "", [&] {
+    try {
+      vero_->EseguiProgramma(host, programma, parametri, ascolto);
+    } catch (...) {
+      risposta.Avviato = ascolto.Avviato;
+      throw;
+    }
+  });
 }
 
 void HostOsservato::RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale,

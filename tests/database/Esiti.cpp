@@ -83,7 +83,8 @@ VariazioniConsegna Documenti() {
 
 /// The procedure behind a reply, by the request's list.
 ProceduraProvata Risposta(const char* nome, const std::vector<std::string>& parametri, const char* oggetto) {
-  return {nome, [parametri](MsgAnnulla& msg) { return db2::EseguiAzioneDB2(parametri, &msg); }, oggetto};
+  return {nome, [parametri](MsgAnnulla& msg) { return db2::EseguiAzioneDB2(parametri, &msg); },
+          db2::NomeOggetto(parametri), oggetto};
 }
 
 } // namespace
@@ -91,12 +92,15 @@ ProceduraProvata Risposta(const char* nome, const std::vector<std::string>& para
 const std::vector<ProceduraProvata>& ProcedureProvate() {
   static const std::vector<ProceduraProvata> tutte = {
       {"AggiornaCanalizzazione", [](MsgAnnulla& msg) { return db2::AggiornaCanalizzazione(Rate(), msg, "CREDITI"); },
+       db2::Righe(Rate()),
        "conto C10 partita AB   123 rata 1 del 31/03/2006; conto C10 partita AB 123 rata 1 del 31/03/2006; "
        "conto C11 partita AB   123 rata 1 del 31/03/2006."},
       {"AggiornaBancaPresunti",
        [](MsgAnnulla& msg) { return db2::AggiornaBancaPresunti(Documenti(), msg, "PRESUNTI"); },
+       db2::Righe(Documenti()),
        "conto C10 documento OC/06/123; conto C10 documento OC/05/123; conto C10 documento OC/06/1."},
       {"AggiornaConsegna", [](MsgAnnulla& msg) { return db2::AggiornaConsegna(Documenti(), msg, "PRESUNTI"); },
+       db2::Righe(Documenti()),
        "conto C10 documento OC/06/123; conto C10 documento OC/05/123; conto C10 documento OC/06/1."},
       Risposta("SospendiPartita", {"01", "SOSPESOCREA", "C10", "AB   123", ""}, "partita AB   123 del conto C10."),
       Risposta("SospendiMovimento", {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""},
@@ -246,10 +250,15 @@ PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::S
 std::string PostoEsiti::Esegui(const ProceduraProvata& procedura) {
   istruzioni = 0;
   msg.Errore.clear();
+  stato().andamento.Comincia(procedura.chiamato);
+  stato().andamento.Accettata();
   const auto inizio = std::chrono::steady_clock::now();
   std::string risultato = procedura.esegui(msg);
   secondi = std::chrono::duration<double>(std::chrono::steady_clock::now() - inizio).count();
   quale_ = 0;
+  if (!risultato.empty()) {
+    msg.Errore = ConFrase(msg.Errore, stato().andamento.Frase());
+  }
   return risultato;
 }
 

@@ -18,7 +18,8 @@ namespace lumoscad::prova {
 struct ProceduraProvata {
   const char* nome;
   std::function<std::string(MsgAnnulla&)> esegui;
-  std::string oggetto; ///< what its message must name
+  std::string chiamato; ///< what the component calls that which it changes
+  std::string oggetto;  ///< how the person's message must end
 };
 
 /// The three updates and the five behind the replies; each changes several rows.
@@ -88,7 +89,7 @@ class PostoEsiti {
  public:
   explicit PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre = {});
 
-  /// Runs a procedure; its message is in `msg` afterwards.
+  /// Runs a procedure after the host's yes; what the person reads of its failure is in `msg` afterwards.
   std::string Esegui(const ProceduraProvata& procedura);
   std::string Esegui(std::string_view nome) { return Esegui(TrovaProcedura(nome)); }
   /// Runs a procedure while a fault lasts, which is to fail and to leave the database as it was; `causa` must stand in

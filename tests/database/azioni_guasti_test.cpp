@@ -1,11 +1,17 @@
 #include "BaseDelleAzioni.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/nexaro/HostLink.hpp"
+
+#include <new>
+#include <stdexcept>
 
 using namespace lumoscad;
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -15,6 +21,9 @@ using testing::StartsWith;
 namespace {
 
 constexpr const char* Sospendi = "-T SOSPESO /A -H h -D 01 -C C10 -P AB   123";
+const std::string Oggetto = "partita AB   123 del conto C10.";
+const std::string NonRegistrata = "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da "
+                                  "allineare: ";
 constexpr int RigaCambiata = -2147217864;
 
 class ComandiSuBase : public prova::BaseDelleAzioni {
@@ -89,8 +98,63 @@ TEST_P(ComandiSuBase, ConLHostIrraggiungibileLaBaseDatiRestaComEra) {
 TEST_P(ComandiSuBase, CioCheMancaNellaBaseDatiSiLeggeDopoIlSiDellHost) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -S A -E 2006 -N 99"), "error");
-  EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE", "Fatto"));
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE\r\n" +
+                                                  NonRegistrata + "documento A/2006/99 dell'azienda 01.",
+                                              "Fatto"));
   NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, UnGuastoNostroDopoIlSiDellHostDiceCheNullaERegistrato) {
+  PrimaDi("UPDATE", 2, [] { throw std::logic_error("svista"); });
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: 51\r\nErrore interno: svista\r\n" + NonRegistrata + Oggetto));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, SenzaMemoriaDopoIlSiDellHostSiDiceCheNullaERegistrato) {
+  PrimaDi("UPDATE", 2, [] { throw std::bad_alloc(); });
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: 7\r\nMemoria insufficiente\r\n" + NonRegistrata + Oggetto));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, SenzaMemoriaPerIlMessaggioDellHostSiDiceCheTuttoERegistrato) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  int box = 0;
+  banco_.desktop.guasto = [&box] {
+    if (++box == 1) {
+      throw std::bad_alloc();
+    }
+  };
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(
+      banco_.desktop.box,
+      ElementsAre("7\r\nMemoria insufficiente\r\nL'host e la base dati hanno registrato la modifica: " + Oggetto));
+  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
+}
+
+TEST_P(ComandiSuBase, SenzaMemoriaPerIlRaccontoRestaLoStandardError) {
+  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.desktop.guasto = [] { throw std::bad_alloc(); };
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "LumoScad: 7 Memoria insufficiente L'host e la base dati hanno registrato la modifica: " + Oggetto + "\n");
+}
+
+TEST_P(ComandiSuBase, UnaRispostaIllegibileLasciaIgnotoLEsitoSullHost) {
+  banco_.host.risposta = "<R><ERRORE>";
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(AllOf(HasSubstr("Documento XML non valido"),
+                                                    EndsWith("\r\n" + std::string(nexaro::EsitoIgnoto)))));
+  NienteCambiato();
+}
+
+TEST_P(ComandiSuBase, UnComandoNonRipeteLEsitoDiQuelloPrima) {
+  EXPECT_EQ(Esegui(Sospendi), "");
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T SOSPESO /A -H"), "error");
+  EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n")));
+  EXPECT_THAT(banco_.desktop.box, Not(Contains(HasSubstr("L'host"))));
 }
 
 TEST_P(ComandiSuBase, ConLaBaseDatiChiusaDopoIlSiDellHostSiLeggeIlMotivo) {

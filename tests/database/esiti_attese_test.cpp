@@ -64,7 +64,7 @@ class AtteseDelServer : public Attese {
       try {
         altro_->Execute(std::string(UnaRata) + "1");
       } catch (const ErroreRuntime& errore) {
-        guasto = errore.Descrizione();
+        guasto = ConFrase(errore.Descrizione(), errore.Nota());
       }
       altro_->RollbackTrans();
     });

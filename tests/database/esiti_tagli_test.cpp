@@ -46,7 +46,8 @@ class Tagli : public testing::TestWithParam<std::tuple<const char*, const char*>
     EXPECT_EQ(risultato, "error") << punto;
     EXPECT_TRUE(posto_.base.Proxy().Scattato()) << punto;
     posto_.base.Proxy().Ripristina();
-    EXPECT_THAT(posto_.msg.Errore, AllOf(StartsWith("ERRORE: -2147467259\r\n"), HasSubstr(frase + procedura_.oggetto)))
+    EXPECT_THAT(posto_.msg.Errore,
+                AllOf(StartsWith("ERRORE: -2147467259\r\n"), EndsWith("\r\n" + (frase + procedura_.oggetto))))
         << punto;
     EXPECT_TRUE(posto_.base.SenzaAltreSessioni()) << punto;
     const auto tiene = posto_.base.Tutto();

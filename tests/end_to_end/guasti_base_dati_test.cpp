@@ -13,6 +13,11 @@ using testing::IsEmpty;
 using testing::Not;
 namespace fs = std::filesystem;
 
+/// What stands at the end of a message after the host's yes.
+const std::string NonRegistrata =
+    "\r\nL'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: conto 20100023 "
+    "partita 2025/46 rata 2 del 19/12/2025; conto 20100023 partita 2026/119 rata 1 del 01/02/2026.";
+
 class GuastiBaseDati : public Guasti {};
 
 TEST_F(GuastiBaseDati, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
@@ -36,8 +41,10 @@ TEST_F(GuastiBaseDati, AnUnknownBankRollsTheWholeConfirmationBack) {
     test::runScript(demo.Connessione(), "DELETE FROM CONTOCONTABILE WHERE CODICECONTO='60100001'");
     prima = demo.Stato();
   });
-  VerificaRifiuto(Esegui(), {"Variate 2 scadenze", ErroreRegistrato("-2147220990\r\nCONTO CONTABILE INESISTENTE\r\n")},
-                  {"VBCREDITI"});
+  VerificaRifiuto(
+      Esegui(),
+      {"Variate 2 scadenze", ErroreRegistrato("-2147220990\r\nCONTO CONTABILE INESISTENTE\r\n" + NonRegistrata)},
+      {"VBCREDITI"});
   EXPECT_THAT(istruzioni,
               Contains("UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-04-15' WHERE EVENTOCONTABILEKEY=111"));
 }
@@ -50,10 +57,7 @@ TEST_F(GuastiBaseDati, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
   VerificaRifiuto(
       risultato,
       {"Variate 2 scadenze",
-       ErroreRegistrato("-2147467259\r\n[HY000] [SQLite]no such table: CONTOCONTABILE (1)\r\n"
-                        "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: "
-                        "conto 20100023 partita 2025/46 rata 2 del 19/12/2025; conto 20100023 partita 2026/119 rata 1 "
-                        "del 01/02/2026.\r\n")},
+       ErroreRegistrato("-2147467259\r\n[HY000] [SQLite]no such table: CONTOCONTABILE (1)\r\n" + NonRegistrata)},
       {"VBCREDITI"});
 }
 

@@ -73,7 +73,12 @@ void HostRegistrante::EseguiProgramma(std::string_view indirizzo, std::string_vi
     for (auto& riga : RigheParametri(parametri)) {
       registro_.Annota(std::move(riga));
     }
-    vero_->EseguiProgramma(indirizzo, programma, parametri, inAscolto);
+    try {
+      vero_->EseguiProgramma(indirizzo, programma, parametri, inAscolto);
+    } catch (...) {
+      destinatario.Avviato = inAscolto.Avviato;
+      throw;
+    }
   });
 }
 

@@ -31,6 +31,9 @@ std::string Leggi(const std::string& percorso) {
 } // namespace
 
 void DesktopRecitato::MostraBox(std::string_view testo, std::string_view titolo) {
+  if (guasto) {
+    guasto();
+  }
   box.emplace_back(testo);
   titoli.emplace_back(titolo);
 }
@@ -85,6 +88,7 @@ void HostRegistrato::EseguiProgramma(std::string_view indirizzo, std::string_vie
                                      const std::vector<std::string>& parametri, nexaro::XMLParser& destinatario) {
   Annota(indirizzo, "Esegui " + std::string(programma));
   chiamate.push_back(parametri);
+  destinatario.Avviato = true;
   destinatario.Consegna(xml::Leggi(risposta));
 }
 

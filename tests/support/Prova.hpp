@@ -19,6 +19,7 @@ class DesktopRecitato final : public Desktop {
   using CopioneScadenzario = std::function<void(FinestraScadenzario&)>;
 
   std::vector<std::string> box;     ///< the texts shown, in order
+  std::function<void()> guasto;     ///< called before a box is shown; what it throws keeps it away
   std::vector<std::string> titoli;  ///< their titles
   std::vector<Puntatore> puntatori; ///< every pointer set, in order
   std::vector<std::string> attese;  ///< the texts of the wait windows

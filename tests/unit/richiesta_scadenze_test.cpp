@@ -189,8 +189,9 @@ TEST_F(RichiestaScadenzeTest, UnaPuliziaFallitaDiceCheLHostHaAccettatoAncheSeLaB
     static_cast<void>(Invia({Prima}));
     FAIL() << "no failure";
   } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Descrizione(), "Guasto. L'host ha già accettato la richiesta: prima di ripetere il comando "
-                                    "controllare che cosa ne è nella base dati.");
+    EXPECT_EQ(errore.Descrizione(), "Guasto.");
   }
+  EXPECT_THAT(stato().andamento.Frase(), StartsWith("L'host ha già accettato la modifica; la base dati non ne ha "
+                                                    "registrato nulla. Da allineare: partita "));
   EXPECT_THAT(stato().Risposta->Errore, StartsWith("ERRORE: ")) << "the database was not changed either";
 }

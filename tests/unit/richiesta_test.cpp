@@ -232,17 +232,22 @@ TEST_F(Richiesta, DiUnGuastoSenzaDescrizioneSiLeggeLaSorgente) {
   EXPECT_EQ(Fallisce(CambioScadenza()), "-2147220990 CONTO INESISTENTE");
 }
 
-TEST_F(Richiesta, UnaPuliziaFallitaDiceCheLHostHaGiaAccettato) {
+TEST_F(Richiesta, DopoUnaPuliziaFallitaSiSaCheLHostHaGiaAccettato) {
   GuastoA("Cancella");
-  EXPECT_EQ(
-      Fallisce(CambioScadenza()),
-      "75 Guasto: Cancella L'host ha già accettato la richiesta: prima di ripetere il comando controllare che cosa "
-      "ne è nella base dati.");
+  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella");
+  EXPECT_EQ(stato().andamento.Frase(),
+            "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: conto C100 "
+            "partita 2006 15 rata 1 del 31/03/2006.");
+}
+
+TEST_F(Richiesta, DopoUnaPuliziaFallitaIlRifiutoNonVaPerduto) {
+  GuastoA("Cancella");
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
-  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella L'host ha rifiutato la richiesta: no")
-      << "il rifiuto non va perduto";
+  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella");
+  EXPECT_EQ(stato().andamento.Frase(), "L'host ha rifiutato la richiesta: no");
   banco_.host.risposta = "<R><ERRORE><![CDATA[\n]]></ERRORE></R>";
-  EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella L'host ha rifiutato la richiesta: \n")
+  Fallisce(CambioScadenza());
+  EXPECT_EQ(stato().andamento.Frase(), "L'host ha rifiutato la richiesta: \n")
       << "le azioni lo prendono per un rifiuto";
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Errore.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -16,13 +18,7 @@ enum class LockType { ReadOnly = 1, Optimistic = 3 };
 enum class CommandType { Text = 1 };
 enum class State { Closed = 0, Open = 1 };
 
-/// What became of a connection's last transaction.
-enum class EsitoTransazione {
-  NonApplicata, ///< the database holds nothing of it; also before the first and while one is open
-  Applicata,    ///< the server answered its COMMIT, and the connection lived to tell
-  Sconosciuta   ///< its COMMIT was sent, and no answer to trust came back: the database holds all of it or nothing. Or
-                ///< the driver connected anew in the middle, and a part may be kept
-};
+using lumoscad::EsitoTransazione;
 
 class Command;
 class Recordset;

@@ -7,12 +7,6 @@ namespace lumoscad::ado::interno {
 
 namespace {
 
-constexpr std::string_view waited = "Un altro terminale tiene occupate le righe, oppure la base dati è lenta: l'attesa "
-                                    "massima è trascorsa.";
-constexpr std::string_view deadlock = "Due terminali si sono bloccati a vicenda sulle stesse righe: la base dati ha "
-                                      "annullato le modifiche di questo.";
-constexpr std::string_view full = "Lo spazio della base dati è esaurito: avvisare chi amministra il sistema.";
-
 constexpr long anyNumber = 0;
 
 /// A record matches where the state begins so, the number is the same and the text occurs; empty and 0 match all.
@@ -20,42 +14,59 @@ struct Meaning {
   std::string_view state;
   long native;
   std::string_view text;
-  std::string_view advice;
+  Advice advice;
 };
 
 // Standard states and PostgreSQL's own; MariaDB's numbers, above all those of the others, whose states its driver does
 // not keep; texts of SQLite, whose driver gives every failure the state HY000.
 constexpr std::array<Meaning, 20> meanings{{
-    {"40001", anyNumber, "", deadlock},
-    {"40P01", anyNumber, "", deadlock},
-    {"HYT00", anyNumber, "", waited},
-    {"HYT01", anyNumber, "", waited},
-    {"55P03", anyNumber, "", waited},
-    {"57014", anyNumber, "", waited},
-    {"57033", anyNumber, "", waited},
-    {"", 1969, "", waited},
-    {"", 1205, "", waited},
-    {"HY000", anyNumber, "database is locked", waited},
-    {"HY000", anyNumber, "database table is locked", waited},
-    {"53100", anyNumber, "", full},
-    {"57011", anyNumber, "", full},
-    {"", 1021, "", full},
-    {"", 1114, "", full},
-    {"HY000", anyNumber, "No space left on device", full},
-    {"HY000", anyNumber, "disk is full", full},
-    {"08S01", anyNumber, "", connectionLost},
-    {"57P0", anyNumber, "", connectionLost},
-    {"", 1927, "", connectionLost},
+    {"40001", anyNumber, "", Advice::Deadlock},
+    {"40P01", anyNumber, "", Advice::Deadlock},
+    {"HYT00", anyNumber, "", Advice::Waited},
+    {"HYT01", anyNumber, "", Advice::Waited},
+    {"55P03", anyNumber, "", Advice::Waited},
+    {"57014", anyNumber, "", Advice::Waited},
+    {"57033", anyNumber, "", Advice::Waited},
+    {"", 1969, "", Advice::Waited},
+    {"", 1205, "", Advice::Waited},
+    {"HY000", anyNumber, "database is locked", Advice::Waited},
+    {"HY000", anyNumber, "database table is locked", Advice::Waited},
+    {"53100", anyNumber, "", Advice::Full},
+    {"57011", anyNumber, "", Advice::Full},
+    {"", 1021, "", Advice::Full},
+    {"", 1114, "", Advice::Full},
+    {"HY000", anyNumber, "No space left on device", Advice::Full},
+    {"HY000", anyNumber, "disk is full", Advice::Full},
+    {"08S01", anyNumber, "", Advice::ConnectionLost},
+    {"57P0", anyNumber, "", Advice::ConnectionLost},
+    {"", 1927, "", Advice::ConnectionLost},
 }};
 
 } // namespace
 
-std::string_view adviceFor(std::string_view sqlstate, long native, std::string_view text) noexcept {
+Advice adviceFor(std::string_view sqlstate, long native, std::string_view text) noexcept {
   const auto* const found = std::find_if(meanings.begin(), meanings.end(), [&](const Meaning& each) {
     return sqlstate.starts_with(each.state) && (each.native == anyNumber || each.native == native) &&
            text.find(each.text) != std::string_view::npos;
   });
-  return found == meanings.end() ? std::string_view() : found->advice;
+  return found == meanings.end() ? Advice::None : found->advice;
+}
+
+std::string_view sentence(Advice advice) noexcept {
+  switch (advice) {
+  case Advice::Waited:
+    return "Un altro terminale tiene occupate le righe, oppure la base dati è lenta: l'attesa massima è trascorsa.";
+  case Advice::Deadlock:
+    return "Due terminali si sono bloccati a vicenda sulle stesse righe: la base dati ha annullato le modifiche di "
+           "questo.";
+  case Advice::Full:
+    return "Lo spazio della base dati è esaurito: avvisare chi amministra il sistema.";
+  case Advice::ConnectionLost:
+    return "La connessione con la base dati è caduta.";
+  case Advice::None:
+    break;
+  }
+  return {};
 }
 
 } // namespace lumoscad::ado::interno

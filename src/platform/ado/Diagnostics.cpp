@@ -103,9 +103,8 @@ int numeroErrore(std::string_view sqlstate) noexcept {
   return found == table.end() ? errori::Driver : found->number;
 }
 
-bool senzaRisposta(std::string_view description) noexcept {
-  constexpr std::array<std::string_view, 4> states{"[08", "[HYT", "[25S01]", "[40003]"};
-  return std::any_of(states.begin(), states.end(), [&](auto state) { return description.starts_with(state); });
+bool senzaRisposta(std::string_view sqlstate) noexcept {
+  return sqlstate.starts_with("08") || sqlstate.starts_with("HYT") || sqlstate == "25S01" || sqlstate == "40003";
 }
 
 std::string senzaPassword(std::string text, std::string_view password) {
@@ -130,25 +129,30 @@ std::string senzaPassword(std::string text, std::string_view password) {
   return clean;
 }
 
-ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context) {
+ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context,
+                         bool isDead) {
   std::string description;
-  int number = errori::Driver;
-  std::string_view advice;
+  Record first;
+  Advice advice = Advice::None;
   Record record;
   for (SQLSMALLINT index = 1; index < 100 && readRecord(kind, handle, index, record); ++index) {
     if (index == 1)
-      number = numeroErrore(record.state);
+      first = record;
     else
       description += "; ";
     description += '[' + record.state + "] " + senzaPassword(record.text, password);
-    if (advice.empty())
+    if (advice == Advice::None)
       advice = adviceFor(record.state, record.native, record.text);
   }
   if (description.empty())
     description = context;
-  if (!advice.empty())
-    description.append("\r\n").append(advice);
-  return {number, std::move(description), "ODBC"};
+  std::string note(sentence(advice));
+  // PostgreSQL's driver may report no more than that its own savepoint failed.
+  if (isDead && advice != Advice::ConnectionLost)
+    note += (note.empty() ? "" : "\r\n") + std::string(sentence(Advice::ConnectionLost));
+  return ErroreRuntime(numeroErrore(first.state), std::move(description), "ODBC")
+      .ConNota(std::move(note))
+      .ConStato(first.state, first.native);
 }
 
 } // namespace lumoscad::ado::interno

@@ -22,19 +22,20 @@ inline constexpr int ModificaConcorrente = -2147217864; ///< the row is no longe
 /// The error number that stands for an SQLSTATE.
 [[nodiscard]] int numeroErrore(std::string_view sqlstate) noexcept;
 
-/// Whether a failure, described as `erroreOdbc` does, leaves it open what the server made of the statement: the
-/// connection was lost (class 08), the wait ended first (HYT), or the driver says outright that it does not know
-/// (25S01, 40003; https://learn.microsoft.com/en-us/sql/odbc/reference/syntax/sqlendtran-function).
-[[nodiscard]] bool senzaRisposta(std::string_view description) noexcept;
+/// Whether a failure with this SQLSTATE leaves it open what the server made of the statement: the connection was lost
+/// (class 08), the wait ended first (HYT), or the driver says outright that it does not know (25S01, 40003;
+/// https://learn.microsoft.com/en-us/sql/odbc/reference/syntax/sqlendtran-function).
+[[nodiscard]] bool senzaRisposta(std::string_view sqlstate) noexcept;
 
 /// Blots out every piece of `password` of four bytes or more in `text`, in any case: the password may have been used as
 /// a schema name, whose case a server folds and of which its messages quote what they do not understand.
 [[nodiscard]] std::string senzaPassword(std::string text, std::string_view password);
 
-/// All diagnostic records of a handle as one error, numbered by the first record, with a line that says what they mean
-/// to the person where that is known; `context` describes the failure where the driver left no record. The password
-/// occurs in no part of it.
+/// All diagnostic records of a handle as one error, numbered by the first record, whose SQLSTATE and native number it
+/// carries, with a note that says what they mean to the person where that is known; `context` describes the failure
+/// where the driver left no record. `isDead` says that the connection is known to be lost. The password occurs in no
+/// part of it.
 [[nodiscard]] ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password,
-                                       std::string_view context);
+                                       std::string_view context, bool isDead = false);
 
 } // namespace lumoscad::ado::interno

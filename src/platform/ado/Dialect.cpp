@@ -28,16 +28,17 @@ constexpr std::string_view openingOfMariaDb =
     "tx_isolation='READ-COMMITTED', max_statement_time=";
 
 constexpr std::array<Dialect, 5> dialects{{
-    {"PostgreSQL", "SELECT pg_backend_pid()", "", true, true, true, true},
-    {"MariaDB", connectionId, openingOfMariaDb, true, true, false, false},
-    {"MySQL", connectionId, "", true, true, false, false},
-    {"SQLite", "", "", true, false, false, false},
+    {"PostgreSQL", "SELECT pg_backend_pid()", "", true, true, true, true, {}},
+    {"MariaDB", connectionId, openingOfMariaDb, true, true, false, false, {}},
+    {"MySQL", connectionId, "", true, true, false, false, {}},
+    // Busy, locked, full, constraint (https://www.sqlite.org/rescode.html).
+    {"SQLite", "", "", true, false, false, false, {5, 6, 13, 19}},
     // The members of the family share no function that names the connection; that it answers is known all the same.
     // "=" takes no LOB on either side
     // (https://www.ibm.com/docs/SSEPEK_13.0.0/sqlref/src/tpc/db2z_lobrestrictions.html).
-    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false, true, false, false},
+    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false, true, false, false, {}},
 }};
-constexpr Dialect unknown{"", "", "", true, true, false, false};
+constexpr Dialect unknown{"", "", "", true, true, false, false, {}};
 
 constexpr int defaultLimit = 60;
 constexpr int oneDay = 86400;

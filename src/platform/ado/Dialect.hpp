@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <string_view>
 
@@ -14,6 +15,11 @@ struct Dialect {
   bool typesHold;                 ///< a column declared as a number holds numbers alone
   bool infiniteTimes;             ///< a timestamp may be one without end, which the driver writes as a last day
   bool namesNumbers;              ///< the name of a column's type tells its numbers, its description may not
+  /// The numbers with which a database that is a file certainly refuses a COMMIT: after any other failure the change may
+  /// be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
+  std::array<long, 4> refusals{};
+
+  [[nodiscard]] bool isFile() const noexcept { return refusals.front() != 0; }
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.

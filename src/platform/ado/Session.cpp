@@ -1,7 +1,6 @@
 #include "platform/ado/Session.hpp"
 
 #include "platform/Servizi.hpp"
-#include "platform/ado/Advice.hpp"
 #include "platform/ado/CharacterSet.hpp"
 #include "platform/ado/Diagnostics.hpp"
 
@@ -124,11 +123,7 @@ void Statement::require(SQLRETURN rc, std::string_view context) const {
   if (SQL_SUCCEEDED(rc))
     return;
   session_->statementFailed();
-  auto error = erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context);
-  // PostgreSQL's driver may report no more than that its own savepoint failed.
-  if (session_->isDead() && error.Descrizione().find(connectionLost) == std::string::npos)
-    throw ErroreRuntime(error.Numero(), error.Descrizione() + "\r\n" + std::string(connectionLost), error.Sorgente());
-  throw error;
+  throw erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->isDead());
 }
 
 void announce(std::string_view sql) {

@@ -58,7 +58,8 @@ class Session {
   void requireWholeTransaction();
   void abandon() noexcept;
   void noticeReconnection() noexcept;
-  [[noreturn]] void commitFailed(const ErroreRuntime& error);
+  [[nodiscard]] bool isRefusal(const ErroreRuntime& error) const noexcept;
+  [[noreturn]] void commitFailed(ErroreRuntime error);
   void confirmCommit();
 
   Handle<SQL_HANDLE_DBC> connection_;

@@ -1,6 +1,7 @@
 #include "platform/ado/Diagnostics.hpp"
 #include "platform/ado/Session.hpp"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -14,6 +15,9 @@
 //   the success came from the server. Applied.
 // - Everything else: unknown. That includes commits which did reach the server; it never includes half of one.
 //
+// A database that is a file has nobody to ask. Its refusals are known by their numbers; a write, a sync or a removal of
+// the journal that failed says nothing of what the file will be found to hold.
+//
 // Another server session than at the beginning means that the driver has connected anew behind our back: what was
 // done on the old one is gone, what was done on the new one may have been committed statement by statement. A rollback
 // takes none of that back, so that it asks as well.
@@ -25,6 +29,17 @@ namespace {
 constexpr const char* unknownOutcome =
     "La connessione è caduta mentre si confermavano le modifiche: l'esito è sconosciuto, possono essere registrate "
     "tutte o nessuna.";
+constexpr const char* unknownFile =
+    "Il file della base dati ha dato un errore mentre si confermavano le modifiche: l'esito è sconosciuto, possono "
+    "essere registrate tutte o nessuna.";
+
+/// A COMMIT whose outcome is unknown after `cause`; the driver's own text comes first.
+ErroreRuntime unknown(const ErroreRuntime& cause, const char* sentence) {
+  return ErroreRuntime(errori::Driver, cause.Descrizione(), "ODBC")
+      .ConNota(sentence)
+      .ConStato(cause.SqlState(), cause.CodiceNativo())
+      .ConEsito(EsitoTransazione::Sconosciuta);
+}
 
 } // namespace
 
@@ -83,16 +98,27 @@ void Session::requireWholeTransaction() {
   throw ErroreRuntime(errori::Driver,
                       "La connessione è stata interrotta e riaperta dal driver durante le modifiche: l'esito è "
                       "sconosciuto, possono essere registrate in parte.",
-                      "ODBC");
+                      "ODBC")
+      .ConEsito(outcome_);
 }
 
-void Session::commitFailed(const ErroreRuntime& error) {
-  if (senzaRisposta(error.Descrizione()) || isDead() || !isSameServerSession())
-    throw ErroreRuntime(errori::Driver, std::string(unknownOutcome) + "\r\n" + error.Descrizione(), "ODBC");
-  outcome_ = EsitoTransazione::NonApplicata;
+bool Session::isRefusal(const ErroreRuntime& error) const noexcept {
+  const auto& certain = dialect_->refusals;
+  constexpr long primary = 0xFF; // the rest of an extended number tells which kind
+  const bool known =
+      !dialect_->isFile() || std::find(certain.begin(), certain.end(), error.CodiceNativo() & primary) != certain.end();
+  return known && !senzaRisposta(error.SqlState()) && !isDead() && isSameServerSession();
+}
+
+void Session::commitFailed(ErroreRuntime error) {
+  const bool refused = isRefusal(error);
   // SQLite keeps a transaction open whose COMMIT found the file busy.
-  abandon();
-  throw error;
+  if (refused || dialect_->isFile())
+    abandon();
+  if (!refused)
+    throw unknown(error, dialect_->isFile() ? unknownFile : unknownOutcome);
+  outcome_ = EsitoTransazione::NonApplicata;
+  throw std::move(error).ConEsito(outcome_);
 }
 
 void Session::confirmCommit() {
@@ -101,9 +127,9 @@ void Session::confirmCommit() {
     if (!isDead() && serverSession() == serverSession_)
       return;
   } catch (const ErroreRuntime& error) {
-    throw ErroreRuntime(errori::Driver, std::string(unknownOutcome) + "\r\n" + error.Descrizione(), "ODBC");
+    throw unknown(error, unknownOutcome);
   }
-  throw ErroreRuntime(errori::Driver, unknownOutcome, "ODBC");
+  throw ErroreRuntime(errori::Driver, unknownOutcome, "ODBC").ConEsito(EsitoTransazione::Sconosciuta);
 }
 
 void Session::rollback() {

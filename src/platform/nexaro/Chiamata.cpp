@@ -67,7 +67,8 @@ std::string CodaMessaggio(std::string errori) {
 ErroreRuntime ErroreDopoAvvio(const std::string& fatto, const std::string& coda, int numero) {
   const auto testo = fatto + coda;
   const bool finito = testo.find_last_of(".!?") == testo.size() - 1;
-  return {numero, testo + (finito ? " " : ". ") + EsitoIgnoto};
+  return ErroreRuntime(numero, testo + (finito ? " " : ". ") + std::string(EsitoIgnoto))
+      .ConEsito(EsitoTransazione::Sconosciuta);
 }
 
 void VerificaStato(int stato, const std::string& soggetto, const std::string& coda, const std::string& rimedio) {
@@ -76,10 +77,12 @@ void VerificaStato(int stato, const std::string& soggetto, const std::string& co
   }
   const auto fine = soggetto + " è terminato con lo stato " + std::to_string(stato);
   if (stato == StatoNonTrovato) {
-    throw ErroreRuntime(errori::FileNonTrovato, fine + ", cioè non è stato trovato" + rimedio + coda);
+    throw ErroreRuntime(errori::FileNonTrovato, fine + ", cioè non è stato trovato" + rimedio + coda)
+        .ConEsito(EsitoTransazione::NonApplicata);
   }
   if (stato == StatoNonEseguibile) {
-    throw ErroreRuntime(ErrorePermesso, fine + ", cioè non può essere eseguito" + coda);
+    throw ErroreRuntime(ErrorePermesso, fine + ", cioè non può essere eseguito" + coda)
+        .ConEsito(EsitoTransazione::NonApplicata);
   }
   throw ErroreDopoAvvio(fine, coda);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/HostLink.hpp"
 #include "platform/xml/Nodo.hpp"
 
 #include <cstddef>
@@ -34,11 +35,8 @@ void VerificaChiamata(std::string_view programma, const std::vector<std::string>
 /// `MassimoErroriMostrati` bytes of it, never half a character).
 [[nodiscard]] std::string CodaMessaggio(std::string errori);
 
-/// What a message says where the host may have done what it was asked and gave no answer to rely on.
-inline constexpr const char* EsitoIgnoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
-
 /// The error of a program that was started and whose end says nothing of its work: it may have done it. `fatto` is what
-/// happened, without an end of its own; `coda` as `CodaMessaggio` gives it.
+/// happened, without an end of its own; `coda` as `CodaMessaggio` gives it. The text says that the outcome is unknown.
 [[nodiscard]] ErroreRuntime ErroreDopoAvvio(const std::string& fatto, const std::string& coda,
                                             int numero = ErroreCollegamento);
 

@@ -39,7 +39,7 @@ void VerificaFine(const EsitoProcesso& esito, const std::string& soggetto, const
                   std::chrono::milliseconds attesa) {
   switch (esito.fine) {
   case FineProcesso::NonAvviato:
-    throw ErroreSistema(soggetto + " non è stato avviato", esito.stato);
+    throw ErroreSistema(soggetto + " non è stato avviato", esito.stato).ConEsito(EsitoTransazione::NonApplicata);
   case FineProcesso::Scaduto:
     throw ErroreDopoAvvio(soggetto + " non ha risposto entro " + Secondi(attesa) + " ed è stato interrotto", coda);
   case FineProcesso::UscitaEccessiva:
@@ -72,7 +72,8 @@ void CollegamentoCartella::EseguiProgramma(std::string_view host, std::string_vi
                           attesa_,
                           xml::DimensioneMassima,
                           MassimoErroriMostrati,
-                          RispostaCompleta};
+                          RispostaCompleta,
+                          &risposta.Avviato};
   const auto esito = Esegui(processo);
   const auto coda = CodaMessaggio(esito.errori);
   VerificaFine(esito, soggetto, coda, attesa_);

@@ -224,7 +224,7 @@ void CollegamentoSsh::RinominaFile(std::string_view host, std::string_view remot
           nuovoPresente = sftp.Guarda(a, false).has_value();
         } catch (const std::exception&) {
           connessioni_.erase(indirizzo);
-          throw ErroreLink(operazione + ": " + motivo + ". " + EsitoIgnoto);
+          throw ErroreLink(operazione + ": " + motivo + ". " + std::string(EsitoIgnoto));
         }
         if (vecchioPresente) {
           throw ErroreLink(operazione + ": " + motivo + "; il file ha ancora il vecchio nome. " + Ripetizione);
@@ -233,7 +233,7 @@ void CollegamentoSsh::RinominaFile(std::string_view host, std::string_view remot
           throw ErroreLink(operazione + ": " + motivo +
                            "; sull'host non c'è più il file, né con il vecchio nome né con "
                            "il nuovo. " +
-                           EsitoIgnoto);
+                           std::string(EsitoIgnoto));
         }
       });
 }
@@ -260,7 +260,7 @@ void CollegamentoSsh::CancellaFile(std::string_view host, std::string_view remot
           presente = FilePronti(indirizzo).Guarda(percorso, false).has_value();
         } catch (const std::exception&) {
           connessioni_.erase(indirizzo);
-          throw ErroreLink(operazione + ": " + motivo + ". " + EsitoIgnoto);
+          throw ErroreLink(operazione + ": " + motivo + ". Non si sa se il file sia ancora sull'host.");
         }
         if (presente) {
           throw ErroreLink(operazione + ": " + motivo + "; il file è ancora sull'host. " + Ripetizione);
@@ -282,16 +282,17 @@ void CollegamentoSsh::EseguiProgramma(std::string_view host, std::string_view pr
   }
   const auto riga = RigaDiComando(codifica.VersoHost(impostazioni_.programmi, CosaProgrammi),
                                   codifica.VersoHost(programma, CosaNome), convertiti);
-  const auto esito = Avvia(std::string(host), riga, soggetto, [&](const std::string& uscita) {
+  const auto completa = [&](const std::string& uscita) {
     return RispostaCompleta(DichiaraCodifica(uscita) ? uscita : codifica.DallHostTollerante(uscita));
-  });
+  };
+  const auto esito = Avvia(std::string(host), riga, soggetto, completa, &risposta.Avviato);
   const auto coda = CodaMessaggio(codifica.DallHostTollerante(esito.errori));
   VerificaFine(esito, soggetto, coda);
   risposta.Consegna(LeggiRisposta(Decodifica(esito.uscita, soggetto), soggetto, coda));
 }
 
 EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& riga, const std::string& soggetto,
-                                   const Completezza& completa) {
+                                   const Completezza& completa, bool* avviato) {
   std::unique_ptr<Canale> canale;
   try {
     canale = CanalePronto(host);
@@ -303,6 +304,9 @@ EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& r
                                 "dell'host di ammettere l'esecuzione di programmi.");
   }
   try {
+    if (avviato != nullptr) {
+      *avviato = true;
+    }
     auto esito = EseguiRemoto(*canale, riga, completa);
     if (!esito.interruzione.empty()) {
       canale.reset();
@@ -313,7 +317,8 @@ EsitoRemoto CollegamentoSsh::Avvia(const std::string& host, const std::string& r
     throw ErroreLink(soggetto +
                      " non è stato avviato: l'host non ammette l'esecuzione di programmi. Chiedere "
                      "all'amministratore dell'host di ammetterla per l'utente " +
-                     Cita(impostazioni_.utente) + ".");
+                     Cita(impostazioni_.utente) + ".")
+        .ConEsito(EsitoTransazione::NonApplicata);
   }
 }
 

@@ -45,7 +45,7 @@ class CollegamentoSsh final : public HostLink, public RicercaProgramma {
   Sftp& FilePronti(const std::string& host);
   [[nodiscard]] std::unique_ptr<Canale> CanalePronto(const std::string& host);
   [[nodiscard]] EsitoRemoto Avvia(const std::string& host, const std::string& riga, const std::string& soggetto,
-                                  const std::function<bool(const std::string&)>& completa);
+                                  const std::function<bool(const std::string&)>& completa, bool* avviato = nullptr);
   void ConFile(const std::string& host, const std::string& operazione, const Azione& azione, const Ripiego& ripiego);
   [[nodiscard]] std::string PercorsoHost(std::string_view remoto) const;
   [[nodiscard]] std::string Decodifica(std::string uscita, const std::string& soggetto) const;

@@ -14,6 +14,9 @@ namespace lumoscad::nexaro {
 class XMLParser {
  public:
   std::function<void(const xml::Nodo&)> Parse;
+  /// Set by the link right before the start of the program is sent: what fails from then on leaves it open whether the
+  /// program has done its work, unless the failure itself says more (`ErroreRuntime::Esito`).
+  bool Avviato = false;
 
   /// Raises `Parse` with `nodo`, when someone listens.
   void Consegna(const xml::Nodo& nodo) const {
@@ -22,6 +25,10 @@ class XMLParser {
     }
   }
 };
+
+/// What a message says where the host may have done what it was asked and gave no answer to rely on.
+inline constexpr std::string_view EsitoIgnoto =
+    "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
 
 /// The two strings that the environment object supplies.
 struct Ambiente {
@@ -39,7 +46,8 @@ class HostLink {
   virtual ~HostLink() = default;
 
   /// Runs `programma` on the host with one argument an element of `parametri`, empty ones included, and hands
-  /// its XML answer to `risposta`. Returns when the answer was delivered.
+  /// its XML answer to `risposta`. Returns when the answer was delivered. A failure whose text says what became of the
+  /// program carries that as its outcome.
   virtual void EseguiProgramma(std::string_view host, std::string_view programma,
                                const std::vector<std::string>& parametri, XMLParser& risposta) = 0;
   /// Copies the host's file `remoto` to the local path `locale`; a missing file is a failure.

@@ -342,7 +342,7 @@ pid_t Biforca(const Preparato& dati) {
   const auto codice = errno;
   ::pthread_sigmask(SIG_SETMASK, &precedenti, nullptr);
   if (pid < 0) {
-    throw ErroreSistema(avvio, codice);
+    throw ErroreSistema(avvio, codice).ConEsito(EsitoTransazione::NonApplicata);
   }
   // Both sides set the group: whichever comes first, a kill finds it.
   ::setpgid(pid, pid);
@@ -375,6 +375,9 @@ EsitoProcesso Esegui(const Processo& processo) {
   dati.tenuti = {dati.ingresso, dati.uscita, dati.errori, dati.rapporto, dati.congedo};
   std::sort(dati.tenuti.begin(), dati.tenuti.end());
   EsitoProcesso esito;
+  if (processo.avviato != nullptr) {
+    *processo.avviato = true;
+  }
   Sorvegliante sorvegliante(Biforca(dati), std::move(congedo.scrittura));
   uscita.scrittura.Chiudi();
   errori.scrittura.Chiudi();

@@ -21,6 +21,7 @@ struct Processo {
   /// Whether the output of a program that exited with status 0 is all that is to be expected; where it is not set, any
   /// output is.
   std::function<bool(std::string_view uscita)> completa{};
+  bool* avviato = nullptr; ///< where given, set right before the program is started
 };
 
 /// How a program ended.

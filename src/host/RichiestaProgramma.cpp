@@ -1,0 +1,43 @@
+#include "host/RichiestaProgramma.hpp"
+
+#include "common/MsgAnnulla.hpp"
+#include "common/Stato.hpp"
+#include "common/Testo.hpp"
+#include "platform/Errore.hpp"
+#include "platform/Servizi.hpp"
+
+namespace lumoscad {
+namespace {
+
+/// Where the link itself says that the program did nothing, the start that it had sent came to nothing.
+void AnnotaGuasto(bool avviato) {
+  try {
+    throw;
+  } catch (const ErroreRuntime& errore) {
+    avviato = avviato && errore.Esito() != EsitoTransazione::NonApplicata;
+  } catch (...) { // NOLINT(bugprone-empty-catch): it says nothing of the program
+  }
+  if (avviato) {
+    stato().andamento.Chiesta();
+  }
+}
+
+} // namespace
+
+void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
+                     nexaro::XMLParser& risposta, const MsgAnnulla* messaggio) {
+  risposta.Avviato = false;
+  try {
+    servizi().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
+  } catch (...) {
+    AnnotaGuasto(risposta.Avviato);
+    throw;
+  }
+  if (messaggio != nullptr && !SenzaSpaziAiLati(messaggio->Errore).empty()) {
+    stato().andamento.Rifiutata(messaggio->Errore);
+  } else {
+    stato().andamento.Accettata();
+  }
+}
+
+} // namespace lumoscad
