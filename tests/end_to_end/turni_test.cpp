@@ -254,12 +254,16 @@ TEST_F(Turni, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
   ASSERT_TRUE(altro.Riuscito());
   int letture = 0;
   servizi().adesso = [&letture] { return DataOra{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
-  std::thread uccisore([&altro] {
-    std::this_thread::sleep_for(100ms);
-    altro.Uccidi();
-  });
+  // The desktop is asked for twice before the turn, and then at every look during the wait.
+  int richieste = 0;
+  servizi().desktop = [&]() -> Desktop& {
+    if (++richieste == 5) {
+      altro.Uccidi();
+    }
+    return banco_.desktop;
+  };
   EXPECT_EQ(Invia(), "");
-  uccisore.join();
+  EXPECT_GT(richieste, 5) << "it did not wait";
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
 }
 

@@ -149,18 +149,31 @@ TEST_F(Esclusione, AWaitThatFailsKeepsNobodyElseWaiting) {
 TEST_F(Esclusione, TheLastHolderWaitsBehindWhoIsWaitingAlready) {
   variabili.Imposta("NEXARO_ATTESA", "30");
   ASSERT_FALSE(nostra->Attendi(testo, Niente));
+  std::array<int, 2> tubo{};
+  ASSERT_EQ(::pipe(tubo.data()), 0);
   const pid_t figlio = ::fork();
   if (figlio == 0) {
     const auto sua = nexaro::CreaEsclusione();
-    static_cast<void>(sua->Attendi(testo, Niente));
-    std::this_thread::sleep_for(300ms);
+    const auto scrivi = [&tubo](char segno) { static_cast<void>(::write(tubo[1], &segno, 1)); };
+    static_cast<void>(sua->Attendi(testo, [&] { scrivi('a'); }));
+    scrivi('b');
+    std::this_thread::sleep_for(100ms);
+    scrivi('c');
     ::_exit(0);
   }
-  std::this_thread::sleep_for(200ms);
+  ::close(tubo[1]);
+  char segno = 0;
+  ASSERT_EQ(::read(tubo[0], &segno, 1), 1);
+  ASSERT_EQ(segno, 'a') << "the other was to wait";
   nostra->Lascia();
   const auto paziente = nexaro::CreaEsclusione();
   EXPECT_TRUE(paziente->Attendi(testo, Niente)) << "the last holder was first again";
-  EXPECT_EQ(::waitpid(figlio, nullptr, WNOHANG), figlio) << "both have it";
+  std::string detto(200, '\0');
+  const auto letti = ::read(tubo[0], detto.data(), detto.size());
+  detto.resize(letti > 0 ? static_cast<std::size_t>(letti) : 0);
+  EXPECT_TRUE(detto.ends_with("bc")) << "both had it: " << detto;
+  ::waitpid(figlio, nullptr, 0);
+  ::close(tubo[0]);
 }
 
 TEST_F(Esclusione, AnotherUserIsKeptOutAndHasNoFileToPutInTheWay) {
