@@ -7,6 +7,38 @@
 #include <utility>
 
 namespace lumoscad::moduloDatabase {
+namespace {
+
+constexpr std::string_view OrigineAssente = "IM002";
+
+/// Whether the connection text takes a ";" of the value for an end: it does unless the value stands between quotes.
+bool Spezzato(std::string_view valore) {
+  const bool traVirgolette =
+      valore.size() > 1 && valore.front() == valore.back() && (valore.front() == '"' || valore.front() == '\'');
+  return !traVirgolette && valore.find(';') != std::string_view::npos;
+}
+
+/// What explains an opening that failed: what was said so far, and what the options of the command line tell.
+std::string NotaDellApertura(const ErroreRuntime& errore, const ParametriConnessione& parametri) {
+  std::string nota = errore.Nota();
+  const auto aggiungi = [&nota](const std::string& frase) { nota += (nota.empty() ? "" : "\r\n") + frase; };
+  if (errore.SqlState() == OrigineAssente) {
+    aggiungi("L'origine dati ODBC «" + parametri.DataSource +
+             "» non è definita: -DB2SOURCE ne dà il nome come sta in odbc.ini.");
+  }
+  const std::array<std::pair<std::string_view, std::string_view>, 3> opzioni = {
+      {{"-DB2PASS", parametri.Password}, {"-DB2USER", parametri.UserId}, {"-DB2SOURCE", parametri.DataSource}}};
+  for (const auto& [opzione, valore] : opzioni) {
+    if (Spezzato(valore)) {
+      std::string frase = "Il valore di ";
+      frase.append(opzione).append(" contiene «;», che lo divide: va scritto tra virgolette, ").append(opzione);
+      aggiungi(frase + " \"...\", e ogni virgoletta che contiene va scritta due volte.");
+    }
+  }
+  return nota;
+}
+
+} // namespace
 
 ParametriConnessione LeggiParametriDB2(std::string_view command) {
   ParametriConnessione parametri;
@@ -36,7 +68,12 @@ std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& par
                                  parametri.Password + ";User ID=" + parametri.UserId +
                                  ";Data Source=" + parametri.DataSource;
   connection->CursorLocation = ado::CursorLocation::Client;
-  connection->Open();
+  try {
+    connection->Open();
+  } catch (ErroreRuntime& errore) {
+    std::string nota = NotaDellApertura(errore, parametri);
+    throw std::move(errore).ConNota(std::move(nota));
+  }
   return connection;
 }
 

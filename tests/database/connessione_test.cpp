@@ -13,6 +13,7 @@ namespace lumoscad::moduloDatabase {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -66,6 +67,16 @@ TEST(ConnectionOptions, GiveTheSchemaThePasswordSettingWhereItIsMissingOrBlank) 
   EXPECT_EQ(LeggiParametriDB2("-DB2PASS Segr3to -DB2SCHEMA  LUMO").Schema, "Segr3to");
 }
 
+/// What is said where the connection does not open; empty where it does.
+std::string Rifiuto(const ParametriConnessione& parametri) {
+  try {
+    static_cast<void>(ApriConnessione(parametri));
+  } catch (const ErroreRuntime& errore) {
+    return TestoErrore(errore);
+  }
+  return "";
+}
+
 /// A connection to a database of each kind.
 class Connecting : public testing::TestWithParam<const char*> {};
 class ConnectingToAServer : public Connecting {};
@@ -114,6 +125,52 @@ TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
   EXPECT_EQ(procedureLumoDB2::AggiornaCanalizzazione(variazioni, msg, "CREDITI"), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: "));
   EXPECT_THAT(msg.Errore, Not(HasSubstr("Segr3to99")));
+}
+
+TEST(ConnectingNowhere, ToAnUnknownSourceNamesIt) {
+  test::OdbcConfiguration::instance();
+  EXPECT_THAT(Rifiuto(LeggiParametriDB2("-DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99")),
+              EndsWith("no default driver specified\r\nL'origine dati ODBC «non-esiste» non è definita: -DB2SOURCE ne "
+                       "dà il nome come sta in "
+                       "odbc.ini."));
+}
+
+TEST_P(Connecting, ASemicolonIsExplainedWhereTheOpeningFails) {
+  const prova::BaseDati base(GetParam(), "");
+  const auto consiglio = [](const std::string& opzione) {
+    return "\r\nIl valore di " + opzione + " contiene «;», che lo divide: va scritto tra virgolette, " + opzione +
+           " \"...\", e ogni virgoletta che contiene va scritta due volte.";
+  };
+  for (const std::string password : {"Wyxk;Zqjh", ";Wyxk", "Wyxk;Zqjh=1"}) {
+    ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
+    parametri.Password = password;
+    const std::string detto = Rifiuto(parametri);
+    if (detto.empty()) {
+      EXPECT_STREQ(GetParam(), "sqlite") << "a server must not let in who says " << password;
+      continue;
+    }
+    EXPECT_THAT(detto, EndsWith(consiglio("-DB2PASS")));
+    EXPECT_THAT(detto, Not(HasSubstr("\r\n\r\n")));
+    EXPECT_THAT(detto, Not(HasSubstr("Wyxk")));
+    EXPECT_THAT(detto, Not(HasSubstr("Zqjh")));
+  }
+  ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
+  parametri.UserId = "ada;x";
+  EXPECT_THAT(Rifiuto(parametri), EndsWith(consiglio("-DB2USER")));
+}
+
+TEST_P(ConnectingToAServer, APasswordWithASemicolonOpensBetweenQuotes) {
+  const prova::BaseDati base(GetParam(), "");
+  ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
+  base.Esegui(base.Contesto().createAccount("sportello", "wx;yz\"9"));
+  parametri.UserId = "sportello";
+  parametri.Password = "\"wx;yz\"\"9\"";
+  EXPECT_EQ(Rifiuto(parametri), "");
+  parametri.Password = "\"wx;yz9\"";
+  const std::string detto = Rifiuto(parametri);
+  base.Esegui(base.Contesto().dropAccount("sportello"));
+  EXPECT_THAT(detto, Not(IsEmpty()));
+  EXPECT_THAT(detto, Not(HasSubstr("-DB2PASS"))) << "it is quoted already";
 }
 
 TEST_P(ConnectingToAServer, WithAWrongPasswordSaysSoWithoutThePassword) {

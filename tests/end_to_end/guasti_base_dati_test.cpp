@@ -23,7 +23,8 @@ class GuastiBaseDati : public Guasti {};
 TEST_F(GuastiBaseDati, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
   VerificaRifiuto(Esegui("-DB2SOURCE INESISTENTE -DB2SCHEMA main"),
                   {ErroreRegistrato("-2147467259\r\n[IM002] [unixODBC][Driver Manager]Data source name not found and "
-                                    "no default driver specified")},
+                                    "no default driver specified\r\nL'origine dati ODBC «INESISTENTE» non è definita: "
+                                    "-DB2SOURCE ne dà il nome come sta in odbc.ini.")},
                   {"VBCREDITI"});
   EXPECT_EQ(desktop.finestre, 1U);
   EXPECT_FALSE(fs::exists(demo.Registro()));
