@@ -42,6 +42,7 @@ class Scena {
   /// Runs `azione` as a command's inside is run: recorded, its failure too.
   void Registra(const std::string& titolo, const std::function<std::string()>& azione);
   void Annota(const std::string& riga) { registro_.Annota(riga); }
+  void AnnotaUnaVolta(const std::vector<std::string>& righe) { registro_.AnnotaUnaVolta(righe); }
   /// True on a database that is a server.
   [[nodiscard]] bool SuServer() const { return !base_->user.empty(); }
   /// Makes every UPDATE of a row of `tabella` that meets `condizione` fail and say `testo`.

@@ -5,19 +5,74 @@
 #include "FinestraFinta.hpp"
 #include "FinestreVere.hpp"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QTest>
+
+#include <map>
 
 namespace lumoscad::prova {
 namespace {
 
-using Gesti = std::function<void(QDialog&)>;
+using Gesti = std::function<void(Scena&, QDialog&)>;
+
+/// What a control shows.
+QString Scritta(const QWidget& controllo) {
+  if (const auto* etichetta = qobject_cast<const QLabel*>(&controllo)) {
+    return etichetta->text();
+  }
+  if (const auto* campo = qobject_cast<const QLineEdit*>(&controllo)) {
+    return campo->text();
+  }
+  if (const auto* combo = qobject_cast<const QComboBox*>(&controllo)) {
+    return combo->currentText();
+  }
+  const auto* pulsante = qobject_cast<const QAbstractButton*>(&controllo);
+  return pulsante == nullptr ? QString() : pulsante->text();
+}
+
+/// The window's named controls, in the order of their names.
+void DescriviControlli(Scena& scena, const QDialog& finestra) {
+  const auto predefinito = QApplication::font().family();
+  std::map<std::string, std::string> controlli;
+  for (const QWidget* controllo : finestra.findChildren<QWidget*>()) {
+    const auto nome = controllo->objectName();
+    const auto famiglia = controllo->font().family();
+    if (!nome.isEmpty() && !nome.startsWith(QStringLiteral("qt_"))) {
+      controlli[nome.toStdString()] = std::string(controllo->isVisible() ? "" : " nascosto") + " carattere " +
+                                      (famiglia == predefinito ? "{predefinito}" : famiglia.toStdString()) + " " +
+                                      Cita(Scritta(*controllo).toStdString());
+    }
+  }
+  std::vector<std::string> righe{"  controlli"};
+  for (const auto& [nome, aspetto] : controlli) {
+    righe.push_back("    " + nome + aspetto);
+  }
+  scena.AnnotaUnaVolta(righe);
+}
+
+/// Over which row of the list the frame of an editor stands.
+void DescriviCornice(Scena& scena, QDialog& finestra, const QTableView& lista, const char* nome) {
+  const auto& cornice = Trova<QWidget>(finestra, nome);
+  const auto centro = lista.viewport()->mapFromGlobal(cornice.mapToGlobal(cornice.rect().center()));
+  scena.Annota(std::string("  ") + nome +
+               (cornice.isVisible() ? " sta sulla riga " + std::to_string(lista.rowAt(centro.y())) : " è nascosta"));
+}
+
+std::function<void(QDialog&)> ConDescrizione(Scena& scena, const Gesti& gesti) {
+  return [&scena, gesti](QDialog& finestra) {
+    DescriviControlli(scena, finestra);
+    gesti(scena, finestra);
+  };
+}
 
 Scenetta Gioca(std::string titolo, std::string comando, Gesti gesti) {
   return {std::move(titolo), [comando = std::move(comando), gesti = std::move(gesti)](Scena& scena) {
             FinestreVere finestre;
-            finestre.copioni.push_back(gesti);
+            finestre.copioni.push_back(ConDescrizione(scena, gesti));
             scena.desktop = &finestre;
             scena.Esegui(comando);
           }};
@@ -56,7 +111,7 @@ void Digita(const char* testo) {
 Scenetta GiocaScadenzario(const std::string& modo, Gesti gesti) {
   return {"scadenzario " + modo + ", in una finestra vera", [modo, gesti = std::move(gesti)](Scena& scena) {
             FinestreVere finestre;
-            finestre.copioni.push_back(gesti);
+            finestre.copioni.push_back(ConDescrizione(scena, gesti));
             scena.desktop = &finestre;
             ApriScadenzario(scena, modo);
           }};
@@ -68,7 +123,7 @@ constexpr const char* Consegna = "-T CONSEGNA /PRESUNTI -C 20100012 -TIPOMOVIMEN
 
 std::vector<Scenetta> ColMouse() {
   return {Gioca("crediti, in una finestra vera", Crediti,
-                [](QDialog& finestra) {
+                [](Scena& /*scena*/, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
                   Premi(finestra, "TLwTestata_5");
                   ScriviData(finestra, lista, 1, 7, "150426");
@@ -76,19 +131,23 @@ std::vector<Scenetta> ColMouse() {
                   Premi(finestra, "PictureOk");
                 }),
           Gioca("crediti, un editor aperto mentre si spunta e si ordina, in una finestra vera", Crediti,
-                [](QDialog& finestra) {
+                [](Scena& scena, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
                   QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "200426");
                   Clicca(lista, 1, 7);
                   QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "150426");
+                  DescriviCornice(scena, finestra, lista, "FrameScad");
                   Clicca(lista, 3, 6);
-                  Premi(finestra, "TLwTestata_5");
-                  Premi(finestra, "TLwTestata_5");
+                  DescriviCornice(scena, finestra, lista, "FrameScad");
+                  for (int volta = 0; volta < 2; ++volta) {
+                    Premi(finestra, "TLwTestata_5");
+                    DescriviCornice(scena, finestra, lista, "FrameScad");
+                  }
                   Clicca(lista, 6, 9);
                   Premi(finestra, "PictureOk");
                 }),
           Gioca("crediti, clic fuori e sotto l'ultima riga, in una finestra vera", Crediti,
-                [](QDialog& finestra) {
+                [](Scena& /*scena*/, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
                   Clicca(lista, 1, 7);
                   QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "150426");
@@ -100,12 +159,12 @@ std::vector<Scenetta> ColMouse() {
                   Premi(finestra, "PictureAnnulla");
                 }),
           Gioca("presunti, in una finestra vera", Presunti,
-                [](QDialog& finestra) {
+                [](Scena& /*scena*/, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVPresunti");
                   ScegliBanca(finestra, lista, 1, 7);
                   Premi(finestra, "PictureOk");
                 }),
-          Gioca("consegne, in una finestra vera", Consegna, [](QDialog& finestra) {
+          Gioca("consegne, in una finestra vera", Consegna, [](Scena& /*scena*/, QDialog& finestra) {
             auto& lista = Trova<QTableView>(finestra, "LVScadenzePresunti");
             ScriviData(finestra, lista, 0, 7, "31/02/26");
             ScriviData(finestra, lista, 1, 7, "200526");
@@ -114,34 +173,35 @@ std::vector<Scenetta> ColMouse() {
 }
 
 std::vector<Scenetta> ConITasti() {
-  return {Gioca("consegne, con i tasti", Consegna,
-                [](QDialog& finestra) {
-                  Tasto(finestra, Qt::Key_N, Qt::AltModifier);
-                  Digita("20/05/26");
-                  Tasto(finestra, Qt::Key_Tab);
-                  Tasto(finestra, Qt::Key_Home);
-                  Tasto(finestra, Qt::Key_Space);
-                  Tasto(finestra, Qt::Key_Down);
-                  Tasto(finestra, Qt::Key_Right);
-                  Tasto(finestra, Qt::Key_F2);
-                  Digita("27/05/26");
-                  Tasto(finestra, Qt::Key_Return, Qt::ControlModifier);
-                }),
-          Gioca("crediti, Esc nell'editor e Annulla con i tasti", Crediti,
-                [](QDialog& finestra) {
-                  auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
-                  Clicca(lista, 1, 7);
-                  Digita("150426");
-                  Tasto(finestra, Qt::Key_Escape);
-                  Tasto(finestra, Qt::Key_A, Qt::AltModifier);
-                }),
-          Gioca("crediti, la casella di chiusura", Crediti, [](QDialog& finestra) { finestra.close(); })};
+  return {
+      Gioca("consegne, con i tasti", Consegna,
+            [](Scena& /*scena*/, QDialog& finestra) {
+              Tasto(finestra, Qt::Key_N, Qt::AltModifier);
+              Digita("20/05/26");
+              Tasto(finestra, Qt::Key_Tab);
+              Tasto(finestra, Qt::Key_Home);
+              Tasto(finestra, Qt::Key_Space);
+              Tasto(finestra, Qt::Key_Down);
+              Tasto(finestra, Qt::Key_Right);
+              Tasto(finestra, Qt::Key_F2);
+              Digita("27/05/26");
+              Tasto(finestra, Qt::Key_Return, Qt::ControlModifier);
+            }),
+      Gioca("crediti, Esc nell'editor e Annulla con i tasti", Crediti,
+            [](Scena& /*scena*/, QDialog& finestra) {
+              auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
+              Clicca(lista, 1, 7);
+              Digita("150426");
+              Tasto(finestra, Qt::Key_Escape);
+              Tasto(finestra, Qt::Key_A, Qt::AltModifier);
+            }),
+      Gioca("crediti, la casella di chiusura", Crediti, [](Scena& /*scena*/, QDialog& finestra) { finestra.close(); })};
 }
 
 std::vector<Scenetta> Scadenzari() {
   std::vector<Scenetta> tutte;
   for (const char* modo : {"Scad", "Extra"}) {
-    tutte.push_back(GiocaScadenzario(modo, [](QDialog& finestra) {
+    tutte.push_back(GiocaScadenzario(modo, [](Scena& /*scena*/, QDialog& finestra) {
       auto& lista = Trova<QTableView>(finestra, "LWScad");
       ScriviData(finestra, lista, 0, 4, "150606");
       QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "300906");
@@ -149,7 +209,7 @@ std::vector<Scenetta> Scadenzari() {
       Premi(finestra, "PictureOk");
     }));
   }
-  tutte.push_back(GiocaScadenzario("Scad, seleziona tutto", [](QDialog& finestra) {
+  tutte.push_back(GiocaScadenzario("Scad, seleziona tutto", [](Scena& /*scena*/, QDialog& finestra) {
     QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "domani");
     Tasto(finestra, Qt::Key_S, Qt::AltModifier);
     Premi(finestra, "PicSelezionaTutto");
