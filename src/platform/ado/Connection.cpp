@@ -59,8 +59,10 @@ std::int64_t Connection::Execute(std::string_view sql) {
   Statement statement(impl_->require());
   std::string text(sql);
   interno::announce(text);
-  const SQLRETURN rc =
-      SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()), static_cast<SQLINTEGER>(text.size()));
+  const SQLRETURN rc = statement.waitFor([&] {
+    return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()),
+                         static_cast<SQLINTEGER>(text.size()));
+  });
   if (rc != SQL_NO_DATA)
     statement.require(rc, "Istruzione SQL non riuscita.");
   return interno::affectedRows(statement, rc);

@@ -27,18 +27,25 @@ constexpr std::string_view openingOfMariaDb =
     "sql_mode=CONCAT(@@sql_mode,',STRICT_ALL_TABLES,NO_ZERO_DATE,NO_ZERO_IN_DATE,NO_BACKSLASH_ESCAPES'), "
     "tx_isolation='READ-COMMITTED', max_statement_time=";
 
+constexpr std::string_view endsOfPostgres =
+    "SELECT host(inet_server_addr()), inet_server_port(), host(inet_client_addr()), inet_client_port()";
+/// The server does not know which of its addresses it was reached by. The client is "address:port", or "name:port".
+constexpr std::string_view endsOfMariaDb =
+    "SELECT NULL, @@port, LEFT(HOST, CHAR_LENGTH(HOST) - LOCATE(':', REVERSE(HOST))), SUBSTRING_INDEX(HOST, ':', -1) "
+    "FROM information_schema.PROCESSLIST WHERE ID = CONNECTION_ID()";
+
 constexpr std::array<Dialect, 5> dialects{{
-    {"PostgreSQL", "SELECT pg_backend_pid()", "", true, true, true, true, {}},
-    {"MariaDB", connectionId, openingOfMariaDb, true, true, false, false, {}},
-    {"MySQL", connectionId, "", true, true, false, false, {}},
+    {"PostgreSQL", "SELECT pg_backend_pid()", "", true, true, true, true, endsOfPostgres, {}},
+    {"MariaDB", connectionId, openingOfMariaDb, true, true, false, false, endsOfMariaDb, {}},
+    {"MySQL", connectionId, "", true, true, false, false, endsOfMariaDb, {}},
     // Busy, locked, full, constraint (https://www.sqlite.org/rescode.html).
-    {"SQLite", "", "", true, false, false, false, {5, 6, 13, 19}},
+    {"SQLite", "", "", true, false, false, false, "", {5, 6, 13, 19}},
     // The members of the family share no function that names the connection; that it answers is known all the same.
     // "=" takes no LOB on either side
     // (https://www.ibm.com/docs/SSEPEK_13.0.0/sqlref/src/tpc/db2z_lobrestrictions.html).
-    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false, true, false, false, {}},
+    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false, true, false, false, "", {}},
 }};
-constexpr Dialect unknown{"", "", "", true, true, false, false, {}};
+constexpr Dialect unknown{"", "", "", true, true, false, false, "", {}};
 
 constexpr int defaultLimit = 60;
 constexpr int oneDay = 86400;

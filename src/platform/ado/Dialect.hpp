@@ -15,8 +15,11 @@ struct Dialect {
   bool typesHold;                 ///< a column declared as a number holds numbers alone
   bool infiniteTimes;             ///< a timestamp may be one without end, which the driver writes as a last day
   bool namesNumbers;              ///< the name of a column's type tells its numbers, its description may not
-  /// The numbers with which a database that is a file certainly refuses a COMMIT: after any other failure the change may
-  /// be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
+  /// Query of the connection's two ends as the server sees them: its own address and port, the client's address and
+  /// port, each of which may be NULL. May be empty.
+  std::string_view ends;
+  /// The numbers with which a database that is a file certainly refuses a COMMIT: after any other failure the change
+  /// may be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
   std::array<long, 4> refusals{};
 
   [[nodiscard]] bool isFile() const noexcept { return refusals.front() != 0; }
@@ -24,6 +27,10 @@ struct Dialect {
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.
 [[nodiscard]] const Dialect& dialectOf(std::string_view dbmsName) noexcept;
+
+/// How much longer than a statement may take a call to the driver is waited for, COMMIT included, before the connection
+/// is shut down: a server that lives has ended the statement by then and said so.
+inline constexpr std::chrono::seconds graceForAnswer(10);
 
 /// Seconds that a statement may take: the environment's `LUMOSCAD_ATTESA_SQL`, a whole number from 1 to 86400, or
 /// else 60. Raises when the setting is none of these.

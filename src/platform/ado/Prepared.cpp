@@ -18,6 +18,7 @@ class Execution {
   Execution(const Execution&) = delete;
   Execution& operator=(const Execution&) = delete;
   ~Execution() {
+    const Waiting waiting(statement_.session());
     SQLFreeStmt(statement_.handle(), SQL_CLOSE);
     SQLFreeStmt(statement_.handle(), SQL_RESET_PARAMS);
   }
@@ -41,6 +42,7 @@ bool isQuery(std::string_view text) {
 
 Prepared::Prepared(std::shared_ptr<Session> session, std::string text)
     : session_(std::move(session)), text_(std::move(text)), statement_(session_) {
+  const Waiting waiting(*session_);
   statement_.require(
       SQLPrepare(statement_.handle(), reinterpret_cast<SQLCHAR*>(text_.data()), static_cast<SQLINTEGER>(text_.size())),
       "Preparazione dell'istruzione SQL non riuscita.");
@@ -92,7 +94,7 @@ void Prepared::bind(const std::vector<std::string>& parameters) {
 
 SQLRETURN Prepared::send() {
   announce(text_);
-  const SQLRETURN rc = SQLExecute(statement_.handle());
+  const SQLRETURN rc = statement_.waitFor([this] { return SQLExecute(statement_.handle()); });
   if (rc != SQL_NO_DATA)
     statement_.require(rc, executionFailed);
   return rc;
@@ -104,7 +106,8 @@ Outcome Prepared::execute(const std::vector<std::string>& parameters) {
   const SQLRETURN rc = send();
   SQLSMALLINT columns = 0;
   if (rc != SQL_NO_DATA)
-    statement_.require(SQLNumResultCols(statement_.handle(), &columns), executionFailed);
+    statement_.require(statement_.waitFor([&] { return SQLNumResultCols(statement_.handle(), &columns); }),
+                       executionFailed);
   Outcome outcome;
   if (columns <= 0) {
     outcome.affected = affectedRows(statement_, rc);
@@ -123,6 +126,7 @@ void Prepared::read(Outcome& outcome) {
     if (readBound(statement_, outcome.columns, outcome.rows))
       return;
     outcome.rows.clear();
+    const Waiting waiting(*session_);
     SQLFreeStmt(statement_.handle(), SQL_CLOSE);
     static_cast<void>(send());
   }

@@ -137,7 +137,7 @@ class Block {
   /// Fetches the next block; nothing at the end.
   [[nodiscard]] std::optional<std::size_t> fetch() {
     fetched_ = 0;
-    const SQLRETURN rc = SQLFetch(statement_.handle());
+    const SQLRETURN rc = statement_.waitFor([this] { return SQLFetch(statement_.handle()); });
     if (rc == SQL_NO_DATA)
       return std::nullopt;
     statement_.require(rc, readingFailed);
@@ -206,8 +206,9 @@ bool readWhole(const Statement& statement, SQLUSMALLINT column, std::string& who
   for (;;) {
     const std::size_t room = whole.size() - got;
     SQLLEN length = 0;
-    const SQLRETURN rc =
-        SQLGetData(statement.handle(), column, SQL_C_CHAR, whole.data() + got, static_cast<SQLLEN>(room), &length);
+    const SQLRETURN rc = statement.waitFor([&] {
+      return SQLGetData(statement.handle(), column, SQL_C_CHAR, whole.data() + got, static_cast<SQLLEN>(room), &length);
+    });
     if (rc == SQL_NO_DATA)
       break;
     statement.require(rc, readingFailed);
@@ -267,7 +268,7 @@ void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& colu
   std::vector<std::string> values(columns.size());
   Cells cells(columns.size());
   for (;;) {
-    const SQLRETURN rc = SQLFetch(statement.handle());
+    const SQLRETURN rc = statement.waitFor([&] { return SQLFetch(statement.handle()); });
     if (rc == SQL_NO_DATA)
       return;
     statement.require(rc, readingFailed);

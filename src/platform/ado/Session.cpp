@@ -5,6 +5,7 @@
 #include "platform/ado/Diagnostics.hpp"
 
 #include <array>
+#include <charconv>
 #include <dlfcn.h>
 #include <utility>
 
@@ -42,6 +43,11 @@ SQLHANDLE environment() {
 Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit)
     : password_(settings.Password), timeLimit_(static_cast<SQLULEN>(timeLimit.count())) {
   std::string text = TestoOdbc(settings);
+  // MariaDB's driver limits only the making of the socket by SQL_ATTR_LOGIN_TIMEOUT, and the server's greeting by this
+  // word of its own; the other drivers pass over a word that they do not know.
+  if (settings.ConnectTimeout > 0)
+    text += "CONN_TIMEOUT=" + std::to_string(settings.ConnectTimeout) + ";";
+  const Sockets before = openSockets();
   connection_ = Handle<SQL_HANDLE_DBC>(environment());
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(static_cast<SQLULEN>(settings.ConnectTimeout)),
                     SQL_IS_UINTEGER);
@@ -55,6 +61,7 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
   try {
     characters.requireSuited(about(connection_.get(), SQL_DRIVER_NAME));
     readCapabilities();
+    watch(before);
     sendOpening();
   } catch (...) {
     close();
@@ -76,6 +83,7 @@ void Session::readCapabilities() {
 void Session::sendOpening() {
   if (dialect_->opening.empty())
     return;
+  const Waiting waiting(*this);
   std::string text = std::string(dialect_->opening) + std::to_string(timeLimit_);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
@@ -86,6 +94,65 @@ void Session::sendOpening() {
                      "Preparazione della connessione alla base dati non riuscita.");
 }
 
+void Session::watch(const Sockets& before) {
+  if (dialect_->ends.empty())
+    return;
+  const Endpoints told = ends();
+  if (told.serverPort > 0 && told.clientPort > 0)
+    watchdog_ = Watchdog::over(told, before);
+}
+
+/// What the server does not tell, or tells as no number, is left out: the session goes on, without a watchdog.
+Endpoints Session::ends() const {
+  SQLHANDLE created = nullptr;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+    return {};
+  const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
+  std::string query(dialect_->ends);
+  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
+      !SQL_SUCCEEDED(SQLFetch(created)))
+    return {};
+  const auto text = [&](SQLUSMALLINT column) {
+    std::array<char, 256> value{};
+    SQLLEN length = SQL_NULL_DATA;
+    const SQLRETURN rc = SQLGetData(created, column, SQL_C_CHAR, value.data(), value.size(), &length);
+    return SQL_SUCCEEDED(rc) && length != SQL_NULL_DATA ? std::string(value.data()) : std::string();
+  };
+  const auto number = [](const std::string& digits) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return error == std::errc() && end == digits.data() + digits.size() ? value : 0;
+  };
+  Endpoints told;
+  told.serverAddress = text(1);
+  told.serverPort = number(text(2));
+  told.clientAddress = text(3);
+  told.clientPort = number(text(4));
+  return told;
+}
+
+ErroreRuntime Session::explained(ErroreRuntime error) const {
+  if (!watchdog_ || !watchdog_->struck())
+    return error;
+  const auto seconds = timeLimit_ + static_cast<SQLULEN>(graceForAnswer.count());
+  std::string sentence =
+      "La base dati non ha risposto entro " + std::to_string(seconds) + " secondi: la connessione è stata chiusa.";
+  std::string note = error.Nota().empty() ? std::move(sentence) : ConFrase(error.Nota(), sentence);
+  return std::move(error).ConNota(std::move(note));
+}
+
+Waiting::Waiting(const Session& session) noexcept : watchdog_(session.watchdog_.get()) {
+  const auto limit = std::chrono::seconds(static_cast<std::chrono::seconds::rep>(session.timeLimit_)) + graceForAnswer;
+  if (watchdog_ != nullptr && !watchdog_->enter(limit))
+    watchdog_ = nullptr;
+}
+
+Waiting::~Waiting() {
+  if (watchdog_ != nullptr)
+    watchdog_->leave();
+}
+
 void Session::requireOpen() const {
   if (!open_)
     throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
@@ -93,6 +160,14 @@ void Session::requireOpen() const {
 }
 
 void Session::close() noexcept {
+  {
+    const Waiting waiting(*this);
+    disconnect();
+  }
+  watchdog_.reset();
+}
+
+void Session::disconnect() noexcept {
   for (Statement* statement : statements_)
     statement->handle_.reset();
   statements_.clear();
@@ -116,14 +191,17 @@ Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(sess
 }
 
 Statement::~Statement() {
+  const Waiting waiting(*session_);
   session_->statements_.erase(this);
+  handle_.reset();
 }
 
 void Statement::require(SQLRETURN rc, std::string_view context) const {
   if (SQL_SUCCEEDED(rc))
     return;
   session_->statementFailed();
-  throw erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->isDead());
+  throw session_->explained(
+      erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->isDead()));
 }
 
 void announce(std::string_view sql) {

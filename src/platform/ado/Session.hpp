@@ -5,6 +5,7 @@
 #include "platform/ado/ConnectionText.hpp"
 #include "platform/ado/Dialect.hpp"
 #include "platform/ado/Handles.hpp"
+#include "platform/ado/Watchdog.hpp"
 
 #include <chrono>
 #include <cstdint>
@@ -46,17 +47,24 @@ class Session {
 
  private:
   friend class Statement;
+  friend class Waiting;
 
   void requireOpen() const;
   void requireTransaction(const char* otherwise) const;
   void autocommit(bool on);
+  [[nodiscard]] SQLRETURN endTransaction(SQLSMALLINT how) const noexcept;
   void readCapabilities();
   void sendOpening();
+  void watch(const Sockets& before);
+  [[nodiscard]] Endpoints ends() const;
+  /// The failure, with a note that says so where it is that the server did not answer in time.
+  [[nodiscard]] ErroreRuntime explained(ErroreRuntime error) const;
   [[nodiscard]] bool isDead() const noexcept;
   [[nodiscard]] std::string serverSession() const;
   [[nodiscard]] bool isSameServerSession() const noexcept;
   void requireWholeTransaction();
   void abandon() noexcept;
+  void disconnect() noexcept;
   void noticeReconnection() noexcept;
   [[nodiscard]] bool isRefusal(const ErroreRuntime& error) const noexcept;
   [[noreturn]] void commitFailed(ErroreRuntime error);
@@ -73,6 +81,19 @@ class Session {
   std::string serverSession_; ///< the one that the open transaction began on
   const Dialect* dialect_ = nullptr;
   SQLULEN timeLimit_;
+  std::unique_ptr<Watchdog> watchdog_; ///< none where the session's socket could not be told for certain
+};
+
+/// A call to the driver that may wait for the server: it ends in any case, a little after a statement's time limit.
+class Waiting {
+ public:
+  explicit Waiting(const Session& session) noexcept;
+  Waiting(const Waiting&) = delete;
+  Waiting& operator=(const Waiting&) = delete;
+  ~Waiting();
+
+ private:
+  Watchdog* watchdog_; ///< none inside another call
 };
 
 /// One statement handle of a session; it is released early when the session is closed.
@@ -87,6 +108,11 @@ class Statement {
   [[nodiscard]] Session& session() const noexcept { return *session_; }
   [[nodiscard]] bool isAlive() const noexcept { return static_cast<bool>(handle_); }
 
+  /// What `call`, which may wait for the server, returns.
+  template <typename Call> SQLRETURN waitFor(Call call) const {
+    const Waiting waiting(*session_);
+    return call();
+  }
   /// Raises the diagnostics of the statement unless `rc` is a success.
   void require(SQLRETURN rc, std::string_view context) const;
 

@@ -50,10 +50,16 @@ void Session::requireTransaction(const char* otherwise) const {
 }
 
 void Session::autocommit(bool on) {
+  const Waiting waiting(*this);
   const SQLULEN value = on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
   const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(value), SQL_IS_UINTEGER);
   if (!SQL_SUCCEEDED(rc))
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
+}
+
+SQLRETURN Session::endTransaction(SQLSMALLINT how) const noexcept {
+  const Waiting waiting(*this);
+  return SQLEndTran(SQL_HANDLE_DBC, connection_.get(), how);
 }
 
 void Session::begin() {
@@ -83,7 +89,7 @@ void Session::commit() {
   }
   outcome_ = EsitoTransazione::Sconosciuta;
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_COMMIT)))
+  if (!SQL_SUCCEEDED(endTransaction(SQL_COMMIT)))
     commitFailed(erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
   confirmCommit();
   outcome_ = EsitoTransazione::Applicata;
@@ -116,7 +122,7 @@ void Session::commitFailed(ErroreRuntime error) {
   if (refused || dialect_->isFile())
     abandon();
   if (!refused)
-    throw unknown(error, dialect_->isFile() ? unknownFile : unknownOutcome);
+    throw explained(unknown(error, dialect_->isFile() ? unknownFile : unknownOutcome));
   outcome_ = EsitoTransazione::NonApplicata;
   throw std::move(error).ConEsito(outcome_);
 }
@@ -127,7 +133,7 @@ void Session::confirmCommit() {
     if (!isDead() && serverSession() == serverSession_)
       return;
   } catch (const ErroreRuntime& error) {
-    throw unknown(error, unknownOutcome);
+    throw explained(unknown(error, unknownOutcome));
   }
   throw ErroreRuntime(errori::Driver, unknownOutcome, "ODBC").ConEsito(EsitoTransazione::Sconosciuta);
 }
@@ -135,7 +141,7 @@ void Session::confirmCommit() {
 void Session::rollback() {
   requireTransaction("Annullamento non consentito: nessuna transazione è in corso.");
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
+  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK)))
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
   autocommit(true);
   noticeReconnection();
@@ -145,8 +151,9 @@ void Session::rollback() {
 /// connection go. Never back to autocommit with a transaction still open, because that would commit it.
 void Session::abandon() noexcept {
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK)))
+  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK)))
     return;
+  const Waiting waiting(*this);
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
   noticeReconnection();
 }
@@ -161,6 +168,9 @@ void Session::noticeReconnection() noexcept {
 }
 
 bool Session::isDead() const noexcept {
+  if (watchdog_ && watchdog_->struck())
+    return true;
+  const Waiting waiting(*this);
   SQLUINTEGER dead = SQL_CD_FALSE;
   const SQLRETURN rc = SQLGetConnectAttr(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
   return SQL_SUCCEEDED(rc) && dead == SQL_CD_TRUE;
@@ -172,6 +182,7 @@ std::string Session::serverSession() const {
   if (dialect_->serverSession.empty())
     return {};
   constexpr const char* noAnswer = "La base dati non risponde.";
+  const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, noAnswer);
@@ -183,7 +194,7 @@ std::string Session::serverSession() const {
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
       !SQL_SUCCEEDED(SQLFetch(created)) ||
       !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length)))
-    throw erroreOdbc(SQL_HANDLE_STMT, created, password_, noAnswer);
+    throw explained(erroreOdbc(SQL_HANDLE_STMT, created, password_, noAnswer));
   return identity.data();
 }
 

@@ -1,0 +1,246 @@
+#include "platform/ado/Watchdog.hpp"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <array>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <functional>
+#include <mutex>
+#include <netinet/in.h>
+#include <optional>
+#include <sched.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumoscad::ado::interno {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds step(100); ///< how late a strike may come
+constexpr std::int64_t idle = 0;
+constexpr std::int64_t striking = -1;
+constexpr std::int64_t done = -2;
+
+/// One end of a connection.
+struct End {
+  std::string address;
+  int port = 0;
+
+  bool operator==(const End&) const = default;
+};
+
+/// An address in one form: an IPv4 address that comes as an IPv6 one is IPv4. Empty for what is none.
+std::string normalized(const std::string& text) {
+  constexpr std::string_view mapped = "::ffff:";
+  in6_addr address{};
+  std::array<char, INET6_ADDRSTRLEN> name{};
+  for (const int family : {AF_INET, AF_INET6}) {
+    if (inet_pton(family, text.c_str(), &address) != 1)
+      continue;
+    inet_ntop(family, &address, name.data(), name.size());
+    std::string result = name.data();
+    const bool isMapped = result.starts_with(mapped) && result.find('.') != std::string::npos;
+    return isMapped ? result.substr(mapped.size()) : result;
+  }
+  return {};
+}
+
+template <typename Ask> std::optional<End> endOf(int descriptor, Ask ask) {
+  sockaddr_storage storage{};
+  socklen_t length = sizeof storage;
+  if (ask(descriptor, reinterpret_cast<sockaddr*>(&storage), &length) != 0)
+    return std::nullopt;
+  std::array<char, INET6_ADDRSTRLEN> name{};
+  End end;
+  if (storage.ss_family == AF_INET) {
+    const auto& four = reinterpret_cast<const sockaddr_in&>(storage);
+    inet_ntop(AF_INET, &four.sin_addr, name.data(), name.size());
+    end.port = ntohs(four.sin_port);
+  } else if (storage.ss_family == AF_INET6) {
+    const auto& six = reinterpret_cast<const sockaddr_in6&>(storage);
+    inet_ntop(AF_INET6, &six.sin6_addr, name.data(), name.size());
+    end.port = ntohs(six.sin6_port);
+  } else {
+    return std::nullopt;
+  }
+  end.address = normalized(name.data());
+  return end;
+}
+
+/// A connected socket as it can be known again, whatever its descriptor is used for later.
+struct Identity {
+  ino_t inode = 0;
+  End local;
+  End peer;
+
+  bool operator==(const Identity&) const = default;
+};
+
+std::optional<ino_t> streamSocket(int descriptor) {
+  struct stat status {};
+  int type = 0;
+  socklen_t length = sizeof type;
+  if (fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode) ||
+      getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &length) != 0 || type != SOCK_STREAM)
+    return std::nullopt;
+  return status.st_ino;
+}
+
+std::optional<Identity> identityOf(int descriptor) {
+  const auto inode = streamSocket(descriptor);
+  const auto local = inode ? endOf(descriptor, getsockname) : std::nullopt;
+  const auto peer = local ? endOf(descriptor, getpeername) : std::nullopt;
+  if (!peer)
+    return std::nullopt;
+  return Identity{*inode, *local, *peer};
+}
+
+void forEachDescriptor(const std::function<void(int)>& look) {
+  DIR* const directory = opendir("/proc/self/fd");
+  if (directory == nullptr)
+    return;
+  while (const dirent* const entry = readdir(directory)) { // NOLINT(concurrency-mt-unsafe): the directory is ours alone
+    char* end = nullptr;
+    const long descriptor = std::strtol(entry->d_name, &end, 10);
+    if (end != entry->d_name && *end == '\0')
+      look(static_cast<int>(descriptor));
+  }
+  closedir(directory);
+}
+
+bool agrees(const End& end, const std::string& address, int port) {
+  if (end.port != port)
+    return false;
+  if (address == "localhost")
+    return end.address.starts_with("127.") || end.address == "::1";
+  const std::string known = normalized(address);
+  return known.empty() || known == end.address;
+}
+
+} // namespace
+
+Sockets openSockets() {
+  Sockets sockets;
+  forEachDescriptor([&](int descriptor) {
+    if (const auto inode = streamSocket(descriptor))
+      sockets.insert(*inode);
+  });
+  return sockets;
+}
+
+/// What the object and its thread both know.
+struct Watchdog::Shared {
+  int descriptor = -1;
+  Identity identity;
+  std::atomic<std::int64_t> deadline{idle}; ///< of the call under way, or one of the three values above
+  std::atomic<bool> struck{false};
+  std::mutex mutex;
+  std::condition_variable ended;
+  bool ending = false;
+
+  /// The copy is the socket that it was made of, even if the driver closes the descriptor at this moment and somebody
+  /// else is given its number.
+  void strike() {
+    const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0)
+      return;
+    if (identityOf(copy) == identity) {
+      shutdown(copy, SHUT_RDWR);
+      struck = true;
+    }
+    close(copy);
+  }
+
+  void look() {
+    std::int64_t due = deadline;
+    if (due <= idle || Clock::now().time_since_epoch().count() < due ||
+        !deadline.compare_exchange_strong(due, striking))
+      return;
+    strike();
+    deadline = done;
+  }
+};
+
+Watchdog::Watchdog(std::unique_ptr<Shared> shared) noexcept : shared_(std::move(shared)), process_(getpid()) {}
+
+std::unique_ptr<Watchdog> Watchdog::over(const Endpoints& ends, const Sockets& before) noexcept {
+  try {
+    auto shared = std::make_unique<Shared>();
+    Sockets found;
+    forEachDescriptor([&](int descriptor) {
+      const auto identity = identityOf(descriptor);
+      if (identity && before.count(identity->inode) == 0 &&
+          agrees(identity->peer, ends.serverAddress, ends.serverPort) &&
+          agrees(identity->local, ends.clientAddress, ends.clientPort) && found.insert(identity->inode).second) {
+        shared->descriptor = descriptor;
+        shared->identity = *identity;
+      }
+    });
+    if (found.size() != 1)
+      return nullptr;
+    std::unique_ptr<Watchdog> watchdog(new Watchdog(std::move(shared)));
+    sigset_t all;
+    sigset_t former;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &former);
+    watchdog->running_ = pthread_create(&watchdog->thread_, nullptr, run, watchdog->shared_.get()) == 0;
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
+    return watchdog->running_ ? std::move(watchdog) : nullptr;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+Watchdog::~Watchdog() {
+  if (!running_)
+    return;
+  if (process_ != getpid()) {
+    // A forked child has no such thread, and what the thread waits on cannot be destroyed there.
+    static_cast<void>(shared_.release());
+    return;
+  }
+  {
+    const std::lock_guard lock(shared_->mutex);
+    shared_->ending = true;
+  }
+  shared_->ended.notify_one();
+  pthread_join(thread_, nullptr);
+}
+
+void* Watchdog::run(void* shared) noexcept {
+  auto& mine = *static_cast<Shared*>(shared);
+  std::unique_lock lock(mine.mutex);
+  while (!mine.ended.wait_for(lock, step, [&] { return mine.ending; }))
+    mine.look();
+  return nullptr;
+}
+
+bool Watchdog::enter(std::chrono::milliseconds limit) noexcept {
+  std::int64_t free = idle;
+  const auto due = Clock::now() + std::chrono::duration_cast<Clock::duration>(limit);
+  return shared_->deadline.compare_exchange_strong(free, due.time_since_epoch().count());
+}
+
+void Watchdog::leave() noexcept {
+  for (;;) {
+    std::int64_t due = shared_->deadline;
+    if (due == striking && process_ == getpid())
+      sched_yield();
+    else if (shared_->deadline.compare_exchange_strong(due, idle))
+      return;
+  }
+}
+
+bool Watchdog::struck() const noexcept {
+  return shared_->struck;
+}
+
+} // namespace lumoscad::ado::interno

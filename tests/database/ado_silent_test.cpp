@@ -1,0 +1,186 @@
+#include "AdoFixture.hpp"
+
+#include <gmock/gmock.h>
+
+#include <arpa/inet.h>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <netinet/in.h>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+
+// A server that says nothing while somebody waits for it.
+
+namespace lumoscad::ado {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* change = "UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=1";
+constexpr const char* changed = "SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1";
+constexpr const char* silence = "La base dati non ha risposto entro 11 secondi: la connessione è stata chiusa.";
+
+/// Halts the process that serves a connection, for the life of the object.
+class Halted {
+ public:
+  Halted(std::string_view kind, Connection& connection)
+      : process_(kind == "postgres" ? std::stoi(test::firstValue(connection, "SELECT pg_backend_pid()"))
+                                    : test::mariaDb().process()) {
+    kill(process_, SIGSTOP);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!isStopped() && std::chrono::steady_clock::now() < limit)
+      usleep(1000);
+  }
+  Halted(const Halted&) = delete;
+  Halted& operator=(const Halted&) = delete;
+  ~Halted() { kill(process_, SIGCONT); }
+
+ private:
+  /// Every thread of it; they stop one after the other.
+  [[nodiscard]] bool isStopped() const {
+    for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(process_) + "/task")) {
+      std::ifstream file(task.path() / "stat");
+      const std::string stat{std::istreambuf_iterator<char>(file), {}};
+      if (stat.find(") T") == std::string::npos)
+        return false;
+    }
+    return true;
+  }
+
+  pid_t process_;
+};
+
+/// A connection whose statements may take one second.
+class Silent : public Ado {
+ protected:
+  Silent() {
+    hasty_.CommandTimeout = 1;
+    open(hasty_);
+  }
+  /// Seconds that `action` takes, which is to fail.
+  double secondsOf(const std::function<void()>& action) {
+    const auto begin = std::chrono::steady_clock::now();
+    failure_ = failure(action);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+  }
+
+  Connection hasty_;
+  ErroreRuntime failure_{0, ""};
+};
+
+class SilentPostgres : public Silent {};
+class SilentMariaDb : public Silent {};
+
+const auto kind = [](const auto& each) { return std::string(each.param); };
+INSTANTIATE_TEST_SUITE_P(Databases, Silent, testing::Values("postgres", "mariadb"), kind);
+INSTANTIATE_TEST_SUITE_P(Databases, SilentPostgres, testing::Values("postgres"), kind);
+INSTANTIATE_TEST_SUITE_P(Databases, SilentMariaDb, testing::Values("mariadb"), kind);
+
+TEST_P(Silent, ServerEndsAStatementAndNothingIsKept) {
+  hasty_.BeginTrans();
+  {
+    const Halted halted(GetParam(), hasty_);
+    EXPECT_LT(secondsOf([&] { hasty_.Execute(change); }), 15);
+    EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
+    EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 1) << "the connection is known to be gone";
+    hasty_.Close();
+  }
+  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(single(changed), "N");
+}
+
+TEST_P(Silent, ServerBeforeCommitLeavesNothing) {
+  hasty_.BeginTrans();
+  hasty_.Execute(change);
+  {
+    const Halted halted(GetParam(), hasty_);
+    EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
+    EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
+    hasty_.Close();
+  }
+  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(single(changed), "N");
+}
+
+TEST_P(SilentPostgres, CommitThatWaitsForAnAbsentStandbyIsUnknown) {
+  hasty_.Execute("SET synchronous_commit=on");
+  connection_.Execute("ALTER SYSTEM SET synchronous_standby_names='assente'");
+  query("SELECT pg_reload_conf()");
+  for (int attempt = 0; attempt < 200 && test::firstValue(hasty_, "SHOW synchronous_standby_names").empty(); ++attempt)
+    usleep(20000);
+  hasty_.BeginTrans();
+  hasty_.Execute(change);
+  EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
+  EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
+  EXPECT_THAT(failure_.Nota(), HasSubstr("l'esito è sconosciuto"));
+  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::Sconosciuta);
+  hasty_.Close();
+  connection_.Execute("ALTER SYSTEM RESET synchronous_standby_names");
+  query("SELECT pg_reload_conf()");
+  for (int attempt = 0; attempt < 100 && single(changed) != "X"; ++attempt)
+    usleep(50000);
+  EXPECT_EQ(single(changed), "X") << "it was there";
+}
+
+TEST_P(SilentMariaDb, CommitThatWaitsWithoutEndIsUnknown) {
+  hasty_.Execute("SET max_statement_time=0");
+  hasty_.BeginTrans();
+  hasty_.Execute(change);
+  connection_.Execute("FLUSH TABLES WITH READ LOCK");
+  EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
+  EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
+  EXPECT_THAT(failure_.Nota(), HasSubstr("l'esito è sconosciuto"));
+  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::Sconosciuta);
+  hasty_.Close();
+  connection_.Execute("UNLOCK TABLES");
+}
+
+/// A listening socket that nobody serves.
+class Deaf {
+ public:
+  Deaf() : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), length), 0);
+    EXPECT_EQ(listen(socket_, 4), 0);
+    getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length);
+    port = ntohs(address.sin_port);
+  }
+  Deaf(const Deaf&) = delete;
+  Deaf& operator=(const Deaf&) = delete;
+  ~Deaf() { close(socket_); }
+
+  int port = 0;
+
+ private:
+  int socket_;
+};
+
+TEST_P(Silent, ServerThatTakesAConnectionAndDoesNotGreetEndsTheOpening) {
+  const Deaf deaf;
+  const std::string source = std::string(GetParam()) == "postgres" ? test::postgres().addSource("prove", deaf.port)
+                                                                   : test::mariaDb().addSource("prove", deaf.port);
+  Connection waiting;
+  waiting.ConnectionString = "Provider=MSDASQL.1;Connect Timeout=2;Password=p;User ID=u;Data Source=" + source;
+  EXPECT_LT(secondsOf([&] { waiting.Open(); }), 6);
+  EXPECT_EQ(waiting.State(), State::Closed);
+}
+
+// Every wait has a time limit of its own, and the server keeps it: what is long but alive is never cut off.
+TEST_P(SilentPostgres, LimitIsNotThatOfALongStatementWithinItsTime) {
+  hasty_.Close();
+  hasty_.CommandTimeout = 20;
+  open(hasty_);
+  EXPECT_NO_THROW(command(hasty_, "SELECT pg_sleep(12)").Execute());
+  EXPECT_NO_THROW(hasty_.Execute(change));
+}
+
+} // namespace
+} // namespace lumoscad::ado

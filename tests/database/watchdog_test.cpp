@@ -1,0 +1,201 @@
+#include "platform/ado/Watchdog.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <netinet/in.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace lumoscad::ado::interno {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds shortLimit(150);
+constexpr milliseconds ample(3000);
+
+int portOf(int descriptor, bool peer) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  auto* const any = reinterpret_cast<sockaddr*>(&address);
+  EXPECT_EQ(peer ? getpeername(descriptor, any, &length) : getsockname(descriptor, any, &length), 0);
+  return ntohs(address.sin_port);
+}
+
+/// A connection on loopback whose server never says a word.
+class SilentServer {
+ public:
+  SilentServer() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    EXPECT_EQ(bind(listener_, reinterpret_cast<sockaddr*>(&address), length), 0);
+    EXPECT_EQ(listen(listener_, 4), 0);
+    getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
+    client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(connect(client, reinterpret_cast<sockaddr*>(&address), length), 0);
+    ends = {"127.0.0.1", portOf(client, true), "127.0.0.1", portOf(client, false)};
+  }
+  SilentServer(const SilentServer&) = delete;
+  SilentServer& operator=(const SilentServer&) = delete;
+  ~SilentServer() {
+    close(client);
+    close(listener_);
+  }
+
+  /// Reads as a driver does; how long that took, and what it gave.
+  std::pair<milliseconds, ssize_t> read() const {
+    const auto begin = Clock::now();
+    char byte = 0;
+    const ssize_t got = recv(client, &byte, 1, 0);
+    return {std::chrono::duration_cast<milliseconds>(Clock::now() - begin), got};
+  }
+  /// Whether the connection is still open: nothing to read, rather than the end.
+  [[nodiscard]] bool isOpen() const {
+    char byte = 0;
+    return recv(client, &byte, 1, MSG_DONTWAIT) < 0 && errno == EAGAIN;
+  }
+
+  int client = -1;
+  Endpoints ends;
+
+ private:
+  int listener_;
+};
+
+std::size_t threads() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
+}
+
+/// Whether the thread's mask holds every signal that can be blocked.
+bool blocksEverySignal(const std::filesystem::path& status) {
+  std::ifstream file(status);
+  for (std::string line; std::getline(file, line);) {
+    if (!line.starts_with("SigBlk:"))
+      continue;
+    const auto mask = std::stoull(line.substr(line.find('\t') + 1), nullptr, 16);
+    for (int signal = 1; signal < 32; ++signal) {
+      const bool blocked = (mask >> (signal - 1) & 1U) != 0;
+      if (!blocked && signal != SIGKILL && signal != SIGSTOP)
+        return false;
+    }
+    return true;
+  }
+  return false;
+}
+
+} // namespace
+
+TEST(Watchdog, EndsAReadThatGetsNoAnswerWithinItsLimit) {
+  const Sockets before = openSockets();
+  const SilentServer server;
+  const auto watchdog = Watchdog::over(server.ends, before);
+  ASSERT_NE(watchdog, nullptr);
+  ASSERT_TRUE(watchdog->enter(shortLimit));
+  EXPECT_FALSE(watchdog->enter(ample)) << "the outer call's limit holds";
+  const auto [time, got] = server.read();
+  watchdog->leave();
+  EXPECT_EQ(got, 0);
+  EXPECT_GE(time, shortLimit);
+  EXPECT_LT(time, ample);
+  EXPECT_TRUE(watchdog->struck());
+}
+
+TEST(Watchdog, LeavesAConnectionAloneBetweenCallsAndInCallsThatEndInTime) {
+  const SilentServer server;
+  const auto watchdog = Watchdog::over(server.ends, {});
+  ASSERT_NE(watchdog, nullptr);
+  for (int call = 0; call < 4; ++call) {
+    ASSERT_TRUE(watchdog->enter(milliseconds(400)));
+    std::this_thread::sleep_for(milliseconds(150));
+    watchdog->leave();
+  }
+  std::this_thread::sleep_for(milliseconds(500));
+  EXPECT_TRUE(server.isOpen());
+  EXPECT_FALSE(watchdog->struck());
+}
+
+TEST(Watchdog, TakesNoSocketThatIsNotCertainlyTheSessions) {
+  const SilentServer server;
+  Endpoints others = server.ends;
+  others.clientPort = 1;
+  EXPECT_EQ(Watchdog::over(others, {}), nullptr) << "a session behind a proxy";
+  others = server.ends;
+  others.serverPort = 1;
+  EXPECT_EQ(Watchdog::over(others, {}), nullptr);
+  others = server.ends;
+  others.serverAddress = "127.0.0.2";
+  EXPECT_EQ(Watchdog::over(others, {}), nullptr);
+  others = server.ends;
+  others.clientAddress = "10.0.0.1";
+  EXPECT_EQ(Watchdog::over(others, {}), nullptr);
+  EXPECT_EQ(Watchdog::over(server.ends, openSockets()), nullptr) << "it was there before the session was opened";
+  others = server.ends;
+  others.serverAddress.clear();
+  others.clientAddress = "localhost";
+  EXPECT_NE(Watchdog::over(others, {}), nullptr) << "a server that does not tell its address";
+}
+
+TEST(Watchdog, NeverTouchesAnotherSocketThatWasGivenTheSameDescriptor) {
+  const SilentServer server;
+  const SilentServer another;
+  const auto watchdog = Watchdog::over(server.ends, {});
+  ASSERT_NE(watchdog, nullptr);
+  ASSERT_TRUE(watchdog->enter(shortLimit));
+  ASSERT_EQ(dup2(another.client, server.client), server.client);
+  std::this_thread::sleep_for(milliseconds(500));
+  watchdog->leave();
+  EXPECT_TRUE(another.isOpen());
+  EXPECT_FALSE(watchdog->struck());
+}
+
+TEST(Watchdog, TakesNoSignalAndLeavesNoThread) {
+  const std::size_t before = threads();
+  {
+    const SilentServer server;
+    const auto watchdog = Watchdog::over(server.ends, {});
+    ASSERT_NE(watchdog, nullptr);
+    EXPECT_EQ(threads(), before + 1);
+    std::size_t blocking = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+      blocking += blocksEverySignal(task.path() / "status") ? 1 : 0;
+    }
+    EXPECT_EQ(blocking, 1U);
+  }
+  EXPECT_EQ(threads(), before);
+}
+
+TEST(Watchdog, LetsAForkedChildEndAndStaysWithItsParent) {
+  const SilentServer server;
+  auto watchdog = Watchdog::over(server.ends, {});
+  ASSERT_NE(watchdog, nullptr);
+  ASSERT_TRUE(watchdog->enter(shortLimit));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(5);
+    watchdog->leave();
+    watchdog.reset();
+    _exit(7);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7) << "the child hung";
+  EXPECT_EQ(server.read().second, 0);
+  watchdog->leave();
+  EXPECT_TRUE(watchdog->struck());
+}
+
+} // namespace lumoscad::ado::interno
