@@ -3,6 +3,7 @@
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "host/RichiestaProgramma.hpp"
+#include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
 
 namespace lumoscad {
@@ -20,13 +21,19 @@ std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view 
   Parametri = parametri;
   ParametriProcedureDB2 = parametriDB2;
   MsgAnnulla = &A_MSGAnnulla;
-  risultato_.clear();
+  risultato_ = "error";
+  interpellato_ = false;
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(parametriDB2));
   servizi().desktop().MostraAttesa("Attendere, sto variando il movimento", IntervalloTimer, [this] { Timer1_Timer(); });
+  if (!interpellato_) {
+    throw ErroreRuntime(errori::Driver, "La finestra d'attesa è stata chiusa dal programma chiamante prima del tempo. "
+                                        "L'host non è stato interpellato: nulla è cambiato.");
+  }
   return risultato_;
 }
 
 void FormAspetta::Timer1_Timer() {
+  interpellato_ = true;
   // The running command's own address counts, not the copy that this window was given.
   ChiediProgramma(stato().HostIP, NomeProg, Parametri, MsgAnnulla->XMLParser, MsgAnnulla);
   risultato_ = procedureLumoDB2::EseguiAzioneDB2(ParametriProcedureDB2, MsgAnnulla);

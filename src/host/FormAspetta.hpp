@@ -13,7 +13,7 @@ class FormAspetta {
  public:
   /// Runs `A_NomeProg` with `parametri` behind the modal window, applies the reply actions with `parametriDB2`, and
   /// returns their result, or "error" when the reply's `Errore` is not empty. What fails is raised, after the window
-  /// is gone.
+  /// is gone; so is a window that ended without asking the host.
   [[nodiscard]] std::string Visualizza(std::string_view A_HostIP, std::string_view A_NomeProg,
                                        const std::vector<std::string>& parametri,
                                        const std::vector<std::string>& parametriDB2, MsgAnnulla& A_MSGAnnulla);
@@ -27,6 +27,7 @@ class FormAspetta {
   std::vector<std::string> ParametriProcedureDB2;
   lumoscad::MsgAnnulla* MsgAnnulla = nullptr;
   std::string risultato_;
+  bool interpellato_ = false; ///< the timer has begun its work
 };
 
 } // namespace lumoscad

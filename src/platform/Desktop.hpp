@@ -160,6 +160,9 @@ class Desktop {
   Desktop& operator=(const Desktop&) = delete;
   virtual ~Desktop() = default;
 
+  // A calling program may end all event loops of its thread while a window is open: a box then raises, since nobody
+  // has read it, a list is closed as by its close box, and a wait window returns without having run its work.
+
   /// One modal box with an OK button only and no icon. A lone CR in `testo` shows as a line break.
   virtual void MostraBox(std::string_view testo, std::string_view titolo) = 0;
   virtual void ImpostaPuntatore(Puntatore puntatore) = 0;

@@ -202,6 +202,46 @@ TEST(Desktop, TheWaitWindowRunsItsWorkOnceAndCannotBeClosed) {
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
+/// Runs `mostra` in an event loop of the calling program, which ends all loops while the window is open.
+void ConUnUscita(const std::function<void()>& mostra) {
+  QTimer::singleShot(0, qApp, [&] {
+    QTimer::singleShot(30, qApp, [] { QCoreApplication::exit(); });
+    mostra();
+  });
+  QCoreApplication::exec();
+}
+
+TEST(Desktop, AWaitWindowThatTheCallingProgramEndsDoesNotRunItsWorkLater) {
+  const auto desktop = qt::CreaDesktop();
+  int volte = 0;
+  ConUnUscita([&] {
+    desktop->MostraAttesa("Attendere", 200, [&] { ++volte; });
+    QTest::qWait(300);
+  });
+  EXPECT_EQ(volte, 0);
+}
+
+TEST(Desktop, ABoxThatTheCallingProgramEndsCountsAsNotShown) {
+  const auto desktop = qt::CreaDesktop();
+  bool sollevato = false;
+  ConUnUscita([&] {
+    try {
+      desktop->MostraBox("Buongiorno", "LumoScad");
+    } catch (const ErroreRuntime& errore) {
+      sollevato = errore.Testo().find("chiuso dal programma chiamante") != std::string::npos;
+    }
+  });
+  EXPECT_TRUE(sollevato);
+}
+
+TEST(Desktop, AListThatTheCallingProgramEndsIsClosedAsByItsCloseBox) {
+  const auto desktop = qt::CreaDesktop();
+  FinestraFinta finta(5);
+  ConUnUscita([&] { desktop->MostraElenco(finta.finestra); });
+  EXPECT_EQ(finta.gesti.back(), "chiudi");
+  EXPECT_TRUE(finta.stato.scaricata);
+}
+
 TEST(Desktop, WhatTheWaitedWorkThrowsComesOut) {
   const auto desktop = qt::CreaDesktop();
   EXPECT_THROW(desktop->MostraAttesa("Attendere", 1, [] { throw ErroreRuntime(51, "x"); }), ErroreRuntime);

@@ -263,6 +263,26 @@ TEST_F(ChiamataDentro, ATimersCallInTheWaitWindowIsRefusedAndTheRequestGoesWhere
   EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
 }
 
+TEST_F(ChiamataDentro, ACallingProgramThatEndsItsLoopInTheWaitWindowReadsAnErrorAndTheHostIsNotAsked) {
+  std::string risultato;
+  QTimer::singleShot(0, qApp, [&] {
+    QTimer fine;
+    QObject::connect(&fine, &QTimer::timeout, &fine, [&] {
+      if (Aperta("FormAspetta") != nullptr) {
+        fine.stop();
+        QCoreApplication::exit();
+      }
+    });
+    fine.start(10);
+    risultato = EseguiConIntruso("-T SOSPESO /A -C 20100001 -P AB   123", "nessuna");
+  });
+  QCoreApplication::exec();
+  EXPECT_EQ(risultato, "error");
+  EXPECT_THAT(errori, HasSubstr("L'host non è stato interpellato"));
+  EXPECT_FALSE(fs::exists(demo.Registro()));
+  EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
+}
+
 /// Runs `comando` on a thread of its own and lets the windows live meanwhile.
 std::string EseguiSuUnThread(const std::string& comando) {
   std::string risultato;

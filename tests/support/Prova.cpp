@@ -73,7 +73,9 @@ void DesktopRecitato::MostraScadenzario(FinestraScadenzario& finestra) {
 void DesktopRecitato::MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) {
   attese.emplace_back(testo);
   intervalli.push_back(millisecondi);
-  lavoro();
+  if (!attesaInterrotta) {
+    lavoro();
+  }
 }
 
 void HostRegistrato::Annota(std::string_view indirizzo, const std::string& operazione) {

@@ -24,6 +24,7 @@ class DesktopRecitato final : public Desktop {
   std::vector<Puntatore> puntatori; ///< every pointer set, in order
   std::vector<std::string> attese;  ///< the texts of the wait windows
   std::vector<int> intervalli;      ///< their timers, in milliseconds
+  bool attesaInterrotta = false;    ///< wait windows end without their work
   std::deque<Copione> copioni;      ///< one a list window; a window without a script is closed by its close box
   std::deque<CopioneScadenzario> copioniScadenzario; ///< the same for the single-item windows
   std::size_t finestre = 0;                          ///< list windows shown

@@ -86,6 +86,17 @@ TEST_F(Attesa, IlGuastoArrivaAlChiamanteELeAzioniNonPartono) {
   EXPECT_THAT(banco_.istruzioni, IsEmpty());
 }
 
+TEST_F(Attesa, UnaFinestraCheFinisceSenzaIlSuoLavoroEUnErroreENonUnSi) {
+  banco_.desktop.attesaInterrotta = true;
+  try {
+    static_cast<void>(Visualizza());
+    FAIL() << "nessun errore";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_THAT(errore.Testo(), testing::HasSubstr("L'host non è stato interpellato"));
+  }
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+}
+
 TEST_F(Attesa, UnaFinestraUsataDiNuovoNonRicordaIlRisultatoDiPrima) {
   FormAspetta finestra;
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";

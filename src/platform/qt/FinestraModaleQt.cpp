@@ -57,6 +57,9 @@ std::exception_ptr FinestraModaleQt::Mostra() {
   if (!chiusa_) {
     exec();
   }
+  if (!chiusa_) {
+    Invia(elenco_.chiudi); // the calling program has ended the event loop: nobody can close the window any more
+  }
   return std::exchange(errore_, nullptr);
 }
 

@@ -84,4 +84,9 @@ MessaggioQt::MessaggioQt(std::string_view testo, std::string_view titolo, QWidge
   ok->setFocus();
 }
 
+bool MessaggioQt::Mostra() {
+  exec();
+  return isHidden();
+}
+
 } // namespace lumoscad::qt

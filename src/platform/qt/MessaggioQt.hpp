@@ -10,6 +10,9 @@ namespace lumoscad::qt {
 class MessaggioQt final : public DialogoQt {
  public:
   MessaggioQt(std::string_view testo, std::string_view titolo, QWidget* sotto);
+
+  /// Shows the box until the person closes it; false when the calling program ended the event loop before that.
+  [[nodiscard]] bool Mostra();
 };
 
 } // namespace lumoscad::qt

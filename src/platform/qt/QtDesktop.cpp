@@ -83,7 +83,9 @@ class QtDesktop final : public Desktop {
   void MostraBox(std::string_view testo, std::string_view titolo) override {
     Prepara();
     const UscitaSospesa sospesa;
-    MessaggioQt(testo, titolo, Genitore()).exec();
+    if (!MessaggioQt(testo, titolo, Genitore()).Mostra()) {
+      throw ErroreRuntime(errori::Driver, "Il messaggio è stato chiuso dal programma chiamante.");
+    }
   }
 
   void ImpostaPuntatore(Puntatore puntatore) override {
