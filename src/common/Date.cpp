@@ -148,12 +148,8 @@ std::string Componi(std::string_view a, char separatore, std::string_view b, std
   return testo;
 }
 
-} // namespace
-
-std::string ControllaData(std::string_view testo) {
-  if (testo.empty()) {
-    return std::string(DataRifiutata);
-  }
+/// The date of a text that is not empty, as it is shown, or the blank of a refused one after its message.
+std::string Controllata(std::string_view testo) {
   const std::string scritta = ConBarre(SenzaSpaziAiLati(testo));
   if (scritta.find('/') == std::string::npos) {
     return DataErrata(scritta);
@@ -172,6 +168,16 @@ std::string ControllaData(std::string_view testo) {
     return DataErrata(scritta);
   }
   return ConZeri(data.giorno, 2) + "/" + ConZeri(data.mese, 2) + "/" + ConZeri(data.anno, 4);
+}
+
+} // namespace
+
+std::string ControllaData(std::string_view testo) noexcept {
+  try {
+    return testo.empty() ? std::string(DataRifiutata) : Controllata(testo);
+  } catch (...) {
+    return std::string(DataRifiutata);
+  }
 }
 
 std::string DataPerHost(std::string_view testo) {

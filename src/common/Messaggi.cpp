@@ -1,17 +1,120 @@
 #include "common/Messaggi.hpp"
 
 #include "common/Testo.hpp"
+#include "platform/Controlli.hpp"
+#include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
 
-namespace lumoscad {
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <new>
+#include <utility>
 
-void MostraMessaggio(std::string_view testo, std::string_view dettaglio) {
-  std::string mostrato;
-  if (!SenzaSpaziAiLati(dettaglio).empty()) {
-    mostrato.append(dettaglio).append("\r\n");
+namespace lumoscad {
+namespace {
+
+constexpr std::size_t MassimoDelBox = 32U << 10U; // bytes
+
+bool IniziaUnCarattere(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+}
+
+std::string ConPunti(std::ptrdiff_t numero) {
+  std::string cifre = std::to_string(numero);
+  for (auto posto = static_cast<std::ptrdiff_t>(cifre.size()) - 3; posto > 0; posto -= 3) {
+    cifre.insert(static_cast<std::size_t>(posto), 1, '.');
   }
-  mostrato.append(testo);
-  servizi().desktop().MostraBox(mostrato, NomeProdotto);
+  return cifre;
+}
+
+/// What a box shows of a text: a window lays out a text of a megabyte for minutes.
+std::string PerIlBox(std::string_view testo) {
+  if (testo.size() <= MassimoDelBox) {
+    return std::string(testo);
+  }
+  std::size_t taglio = MassimoDelBox;
+  while (taglio > MassimoDelBox - 4 && !IniziaUnCarattere(testo[taglio])) {
+    --taglio;
+  }
+  const auto mancano =
+      std::count_if(testo.begin() + static_cast<std::ptrdiff_t>(taglio), testo.end(), IniziaUnCarattere);
+  return std::string(testo.substr(0, taglio)) + (mancano == 1
+                                                     ? "\r\n[... manca un altro carattere]"
+                                                     : "\r\n[... mancano altri " + ConPunti(mancano) + " caratteri]");
+}
+
+void Mostra(std::string_view testo) {
+  servizi().desktop().MostraBox(PerIlBox(testo), NomeProdotto);
+}
+
+/// Writes the text of a box that failed, and why it did: the failure in flight.
+void ScriviNonMostrato(std::string_view testo) noexcept {
+  ScriviErrore(testo);
+  try {
+    const std::string perche = ErroreCorrente().Testo();
+    if (testo.find(perche) == std::string_view::npos) {
+      ScriviErrore(perche);
+    }
+  } catch (...) { // NOLINT(bugprone-empty-catch): the text itself is told
+  }
+}
+
+} // namespace
+
+void ScriviErrore(std::string_view testo) noexcept {
+  // Through a small buffer and without memory of its own: there may be none. A break of a box's line is a blank here,
+  // so that a message is one line unless it holds a list; what the host or a server has said gives no orders to a
+  // terminal.
+  std::array<char, 512> tampone{};
+  std::size_t pieno = 0;
+  const auto scrivi = [&](char c) {
+    if (pieno == tampone.size()) {
+      std::fwrite(tampone.data(), 1, std::exchange(pieno, 0), stderr);
+    }
+    tampone[pieno++] = c;
+  };
+  for (const char c : NomeProdotto) {
+    scrivi(c);
+  }
+  scrivi(':');
+  scrivi(' ');
+  for (std::size_t posto = 0; posto < testo.size(); ++posto) {
+    const std::size_t controllo = LunghezzaControllo(testo, posto);
+    const bool accapo = testo.substr(posto, 2) == "\r\n";
+    scrivi(controllo > 0 && testo[posto] != '\n' ? ' ' : testo[posto]);
+    posto += controllo == 2 || accapo ? 1 : 0;
+  }
+  scrivi('\n');
+  std::fwrite(tampone.data(), 1, pieno, stderr);
+}
+
+void MostraBox(std::string_view testo) noexcept {
+  try {
+    Mostra(testo);
+  } catch (const std::bad_alloc&) {
+    try {
+      Mostra(testo); // memory that is short at one moment may be there at the next
+    } catch (...) {
+      ScriviNonMostrato(testo);
+    }
+  } catch (...) {
+    ScriviNonMostrato(testo);
+  }
+}
+
+void MostraMessaggio(std::string_view testo, std::string_view dettaglio) noexcept {
+  if (SenzaSpaziAiLati(dettaglio).empty()) {
+    MostraBox(testo);
+    return;
+  }
+  try {
+    std::string mostrato(dettaglio);
+    MostraBox(mostrato.append("\r\n").append(testo));
+  } catch (...) { // no memory for both together
+    MostraBox(testo);
+  }
 }
 
 } // namespace lumoscad

@@ -9,7 +9,15 @@ namespace lumoscad {
 inline constexpr std::string_view NomeProdotto = "LumoScad";
 
 /// Shows one modal box with an OK button. A `dettaglio` that holds more than blanks stands on the line above
-/// `testo`.
-void MostraMessaggio(std::string_view testo, std::string_view dettaglio);
+/// `testo`. Otherwise as `MostraBox`.
+void MostraMessaggio(std::string_view testo, std::string_view dettaglio) noexcept;
+
+/// Shows one modal box with an OK button and `testo`, of which at most 32 KiB are seen, and how much is missing. What
+/// cannot be shown is written to the standard error, with the reason: a message that fails must neither be lost nor
+/// stand in for what it was to tell.
+void MostraBox(std::string_view testo) noexcept;
+
+/// Writes one message to the standard error, without control characters.
+void ScriviErrore(std::string_view testo) noexcept;
 
 } // namespace lumoscad

@@ -11,7 +11,7 @@ namespace lumoscad::Utilities {
 /// empty text returns " " silently; for a wrong one shows why in a box and returns " ".
 /// The leap-year test adds 2000 to a year below 50 and 1900 to any other, four-digit years included, so that
 /// "29/02/2000" is refused while "29/02/00" is taken.
-[[nodiscard]] std::string ControllaData(std::string_view testo);
+[[nodiscard]] std::string ControllaData(std::string_view testo) noexcept;
 
 /// Day/month/year text as "yyyymmdd"; "00000000" for an empty text. A year of two digits lies in 2000-2099.
 /// Raises error 9 when the text has fewer than three parts.

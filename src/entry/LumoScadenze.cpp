@@ -59,31 +59,15 @@ std::string Esegui(std::string_view comando) {
   return risultato;
 }
 
-/// What the host or a server has said is among it.
-void ScriviErrore(const std::string& testo) {
-  std::fprintf(stderr, "%s: %s\n", std::string(NomeProdotto).c_str(), SenzaControlli(testo, "\n").c_str());
-}
-
 /// The failure, and what is known of the change that was under way.
-std::string Racconto(const ErroreRuntime& errore, std::string_view separatore) {
-  std::string testo = std::to_string(errore.Numero()).append(separatore).append(errore.Testo());
+std::string Racconto(const ErroreRuntime& errore) {
+  std::string testo = std::to_string(errore.Numero()).append("\r\n").append(errore.Testo());
   return ConFrase(ConFrase(std::move(testo), errore.Nota()), stato().andamento.Frase(errore.Esito()));
 }
 
-/// Tells the person of the failure in flight; where there is no desktop to do so, the standard error gets it.
+/// Tells the person of the failure in flight.
 void Mostra() {
-  const ErroreRuntime errore = ErroreCorrente();
-  const std::string testo = Racconto(errore, "\r\n");
-  try {
-    MostraMessaggio(testo, "");
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (...) {
-    ScriviErrore(Racconto(errore, " "));
-    if (const std::string perche = ErroreCorrente().Testo(); perche != errore.Testo()) {
-      ScriviErrore(perche);
-    }
-  }
+  MostraMessaggio(Racconto(ErroreCorrente()), "");
 }
 
 /// Writes to the standard error, and takes no memory for it.
@@ -132,16 +116,13 @@ void Racconta() noexcept {
 /// a timer would heap up boxes for as long as the first of them is open.
 void Rifiuta(const Turno& turno) noexcept {
   static std::atomic<bool> aperto{false};
-  try {
-    ScriviErrore(std::string(turno.Motivo()));
-    if (turno.Come() == Turno::Esito::Annidato && !aperto.exchange(true)) {
-      try {
-        servizi().desktop().MostraBox(turno.Motivo(), NomeProdotto);
-      } catch (...) { // NOLINT(bugprone-empty-catch): the standard error has the reason already
-      }
-      aperto = false;
+  ScriviErrore(turno.Motivo());
+  if (turno.Come() == Turno::Esito::Annidato && !aperto.exchange(true)) {
+    try {
+      servizi().desktop().MostraBox(turno.Motivo(), NomeProdotto);
+    } catch (...) { // NOLINT(bugprone-empty-catch): the standard error has the reason already
     }
-  } catch (...) { // NOLINT(bugprone-empty-catch): not even memory for the text is left; the result says it
+    aperto = false;
   }
 }
 

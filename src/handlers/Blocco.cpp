@@ -70,7 +70,7 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   const bool lista = tipo == "CREDITI" || tipo == "DEBITI";
   const std::string prima = lista ? "Area " + std::string(tipo) + " in manutenzione presso un altro terminale"
                                   : "Il movimento è in uso su un altro terminare";
-  Prosegui([&] { servizi().desktop().MostraBox(prima + "\r" + riga1 + "\r" + riga2, NomeProdotto); });
+  Prosegui([&] { MostraBox(prima + "\r" + riga1 + "\r" + riga2); });
   return riga1;
 }
 

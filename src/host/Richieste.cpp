@@ -108,7 +108,7 @@ std::string Invia(const RichiestaRecord& richiesta) {
     servizi().desktop().EventiInAttesa();
     std::string risultato = InviaAlSuoTurno(richiesta, chiusura.nomi, risposta->XMLParser);
     if (MaggioreDiSpazio(risposta->Messaggio)) {
-      servizi().desktop().MostraBox(risposta->Messaggio, NomeProdotto);
+      MostraBox(risposta->Messaggio);
     }
     if (risposta->Errore.empty()) {
       return risultato;

@@ -58,6 +58,15 @@ TEST(Desktop, ALongTextScrollsAndLeavesOkOnTheScreen) {
   desktop->MostraBox(lungo, "LumoScad");
 }
 
+TEST(Desktop, ABoxOf32KiBWithoutALineBreakOpensAtOnce) {
+  const auto desktop = qt::CreaDesktop();
+  QElapsedTimer orologio;
+  orologio.start();
+  SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
+  desktop->MostraBox(std::string(32U << 10U, 'x'), "LumoScad");
+  EXPECT_LT(orologio.elapsed(), 3000);
+}
+
 TEST(Desktop, TheHourglassIsOneLevelHoweverOftenItIsSet) {
   const auto desktop = qt::CreaDesktop();
   desktop->ImpostaPuntatore(Puntatore::Clessidra);

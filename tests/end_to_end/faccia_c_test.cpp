@@ -50,9 +50,9 @@ TEST_F(FacciaC, WithoutABufferOnlyTheLengthIsTold) {
 }
 
 TEST_F(FacciaC, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
-  const auto volte = [](std::string_view comando, std::string_view testo) {
+  const auto volte = [](std::string_view comando, std::string_view testo, std::size_t lunghezza = 5) {
     testing::internal::CaptureStderr();
-    EXPECT_EQ(lumoscad_esegui(std::string(comando).c_str(), nullptr, 0), 5U);
+    EXPECT_EQ(lumoscad_esegui(std::string(comando).c_str(), nullptr, 0), lunghezza);
     const std::string scritto = testing::internal::GetCapturedStderr();
     int quante = 0;
     for (auto dove = scritto.find(testo); dove != std::string::npos; dove = scritto.find(testo, dove + 1)) {
@@ -62,7 +62,9 @@ TEST_F(FacciaC, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
   };
   EXPECT_EQ(volte("-T", "manca il valore di -T"), 1);
   EXPECT_EQ(volte("-T", "nessuno schermo raggiungibile"), 1) << "why it stands there and not in a box";
-  EXPECT_EQ(volte("-T SOSPESO /A -DEMO", "nessuno schermo raggiungibile"), 1);
+  EXPECT_EQ(volte("-T SOSPESO /A -DEMO", "nessuno schermo raggiungibile", 0), 1);
+  EXPECT_EQ(volte("-T SOSPESO /A -DEMO", "La partita è stata sospesa", 0), 1);
+  EXPECT_EQ(volte("-T SOSPESO /A -C 1 -P 2 3", "nessuno schermo raggiungibile"), 1) << "no wait window, no request";
 }
 
 TEST_F(FacciaC, ANullCommandIsAnEmptyLine) {

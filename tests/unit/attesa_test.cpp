@@ -56,6 +56,13 @@ TEST_F(Attesa, LaRispostaVaAllOggettoDelChiamante) {
   EXPECT_EQ(risposta_.Errore, "");
 }
 
+TEST_F(Attesa, UnMessaggioSmisuratoRestaIntero) {
+  const std::string lungo(1U << 20U, 'x');
+  banco_.host.risposta = "<R><MESSAGGIO>" + lungo + "</MESSAGGIO></R>";
+  EXPECT_EQ(Visualizza(), "");
+  EXPECT_EQ(risposta_.Messaggio, lungo);
+}
+
 TEST_F(Attesa, UnRifiutoFaErroreSenzaBox) {
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Visualizza(), "error");

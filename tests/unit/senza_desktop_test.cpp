@@ -1,3 +1,6 @@
+#include "common/Messaggi.hpp"
+#include "common/Utilities.hpp"
+#include "host/Richieste.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
 #include "support/Prova.hpp"
@@ -8,6 +11,19 @@
 namespace lumoscad {
 namespace {
 
+/// A desktop whose pointer works and whose boxes do not.
+class SenzaBox final : public Desktop {
+ public:
+  void MostraBox(std::string_view, std::string_view) override {
+    throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile");
+  }
+  void ImpostaPuntatore(Puntatore) override {}
+  void EventiInAttesa() override {}
+  void MostraElenco(FinestraElenco&) override {}
+  void MostraScadenzario(FinestraScadenzario&) override {}
+  void MostraAttesa(std::string_view, int, const std::function<void()>& lavoro) override { lavoro(); }
+};
+
 TEST(SenzaDesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
   prova::Banco banco;
   servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
@@ -16,6 +32,92 @@ TEST(SenzaDesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
   const std::string scritto = testing::internal::GetCapturedStderr();
   EXPECT_THAT(scritto, testing::HasSubstr("LumoScad: 9 Indice non incluso nell'intervallo"));
   EXPECT_THAT(scritto, testing::HasSubstr("Nessuno schermo raggiungibile"));
+}
+
+/// No window can be opened, for the life of the object; what goes to the standard error is kept.
+class Senza {
+ public:
+  Senza() {
+    servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
+    testing::internal::CaptureStderr();
+  }
+  Senza(const Senza&) = delete;
+  Senza& operator=(const Senza&) = delete;
+  ~Senza() {
+    if (!letto_) {
+      testing::internal::GetCapturedStderr();
+    }
+  }
+  [[nodiscard]] std::string Scritto() {
+    letto_ = true;
+    return testing::internal::GetCapturedStderr();
+  }
+
+  prova::Banco banco;
+
+ private:
+  bool letto_ = false;
+};
+
+constexpr const char* Perche = "LumoScad: Nessuno schermo raggiungibile\n";
+
+TEST(SenzaDesktop, AMessageGoesToTheStandardErrorWithTheReasonAndNothingIsRaised) {
+  Senza senza;
+  EXPECT_NO_THROW(MostraMessaggio("Messaggio", "Dettaglio"));
+  EXPECT_EQ(senza.Scritto(), std::string("LumoScad: Dettaglio Messaggio\n") + Perche);
+}
+
+TEST(SenzaDesktop, TheBoxOfAHeldLockGoesToTheStandardErrorAndTheListIsRefused) {
+  Senza senza;
+  senza.banco.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nieri\r\n";
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T BANCA /CREDITI -H h"), "error");
+  EXPECT_EQ(senza.Scritto(), std::string("LumoScad: Area CREDITI in manutenzione presso un altro terminale Utente : "
+                                         "T02 ieri\n") +
+                                 Perche);
+}
+
+TEST(SenzaDesktop, TheTestOfTheDatabaseKeepsTheDriversMessage) {
+  Senza senza;
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST -DB2SOURCE CHE-NON-ESISTE"), "error");
+  const std::string scritto = senza.Scritto();
+  EXPECT_THAT(scritto, testing::StartsWith("LumoScad: testScrittura "));
+  EXPECT_THAT(scritto, testing::HasSubstr("Data source name not found"));
+  EXPECT_THAT(scritto, testing::EndsWith(Perche));
+}
+
+TEST(SenzaDesktop, ADemonstrationSucceedsAndItsMessageGoesToTheStandardError) {
+  Senza senza;
+  EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T SOSPESO /A -DEMO"), "");
+  EXPECT_EQ(senza.Scritto(), std::string("LumoScad: La partita è stata sospesa\n") + Perche);
+}
+
+TEST(SenzaDesktop, ARefusedDateRaisesNothing) {
+  Senza senza;
+  std::string controllata;
+  EXPECT_NO_THROW(controllata = Utilities::ControllaData("31/13/06"));
+  EXPECT_EQ(controllata, " ");
+  EXPECT_EQ(senza.Scritto(), std::string("LumoScad: Mese errato: 31/13/06\n") + Perche);
+}
+
+TEST(SenzaDesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
+  Senza senza;
+  servizi().adesso = []() -> DataOra { throw ErroreRuntime(errori::ErroreInterno, "Senza orologio"); };
+  std::string controllata;
+  EXPECT_NO_THROW(controllata = Utilities::ControllaData("15/01"));
+  EXPECT_EQ(controllata, " ");
+}
+
+TEST(SenzaDesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatTheHostAccepted) {
+  Senza senza;
+  senza.banco.host.risposta = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
+  servizi().desktop = [&]() -> Desktop& {
+    static SenzaBox desktop;
+    return desktop;
+  };
+  VariazioneCanalizzazione variazione;
+  variazione.CodiceConto = "C10";
+  EXPECT_EQ(ScriviRichiestaCanalizzazione("h", "01", {variazione}, "CREDITI"), "");
+  EXPECT_EQ(senza.Scritto(), std::string("LumoScad: fatto\n") + Perche);
 }
 
 TEST(SenzaDesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
