@@ -105,6 +105,10 @@ struct FinestraElenco {
   std::function<bool(std::size_t riga, int colonna)> spuntata;
   std::function<const StatoElenco&()> stato;
 
+  /// The one that the window puts here, for as long as it is there: opens or closes the drop-down of a combo, by its
+  /// name.
+  std::function<void(std::string_view combo, bool aperta)> mostraTendina;
+
   std::function<void(std::ptrdiff_t riga)> seleziona;  ///< the selection moved to this row
   std::function<void(int x, int y)> premeMouse;        ///< mouse-down over the list, twips
   std::function<void(int altoRiga)> clic;              ///< click on the list; top of the selected row, twips
@@ -143,6 +147,8 @@ struct StatoScadenzario {
 struct FinestraScadenzario {
   FinestraElenco elenco;
   std::vector<RigaDescrizione> descrizione; ///< `FrameDesc`, from top to bottom
+  EtichettaElenco congedo;                  ///< a label of earlier days, which is never shown
+  std::string carattereCongedo;             ///< its font family
 
   std::function<const StatoScadenzario&()> stato;
 

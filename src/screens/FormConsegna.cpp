@@ -10,12 +10,15 @@ namespace {
 
 using Schermata = FormConsegna;
 
+constexpr std::string_view ModoConsegna = "CONSEGNA"; ///< the screen's mode, and its list's `Tag`
+
 DescrizioneGriglia Descrizione() {
   using Genere = ColonnaElenco::Genere;
   DescrizioneGriglia d;
   d.nome = "FormConsegna";
   d.titolo = "LumoScad - Date di consegna";
   d.nomeLista = "LVScadenzePresunti";
+  d.tagLista = ModoConsegna;
   d.carattere = "Verdana";
   d.colonne = {{"KConto", "Conto", 3750, Genere::Testo},
                {"KOrdine", "Ordine", 1650, Genere::Testo},
@@ -45,13 +48,20 @@ DescrizioneGriglia Descrizione() {
 
 FormConsegna::FormConsegna() : SchermataElenco(Descrizione()) {}
 
+void FormConsegna::ResizeConsegna() {
+  griglia_.Resize();
+}
+
 void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
+  Modo = ModoConsegna;
   Visualizza([&](MsgAnnulla& msg) { CaricaRighe(parAzienda, filtro, msg); }, variazioni);
 }
 
 void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                MsgAnnulla& msg) {
+  griglia_.Tag.clear();
+  griglia_.Righe.Svuota();
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
@@ -66,6 +76,7 @@ void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoD
         return riga;
       },
       [this](std::size_t riga, std::string_view tag) { griglia_.Righe.ImpostaTag(riga, Ordine, tag); });
+  griglia_.Tag = ModoConsegna;
 }
 
 std::string FormConsegna::ChiaveElemento(std::size_t riga) const {

@@ -36,11 +36,14 @@ class FormConsegna final : public SchermataElenco<VariazioneConsegna> {
   void elaboraConsegna(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                        VariazioniConsegna& variazioni);
 
+  /// Lays the controls out for the number of rows.
+  void ResizeConsegna();
+
   [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
 
  private:
   void CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg);
-  [[nodiscard]] bool Modificabile() const override { return Caricata(); }
+  void Disponi() override { ResizeConsegna(); }
   void ChiudiData(std::size_t riga, std::string_view testo) override;
   void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
   [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const override;

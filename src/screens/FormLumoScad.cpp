@@ -258,6 +258,8 @@ FinestraScadenzario FormLumoScad::Finestra() {
   elenco.campoData = "Nuova scadenza";
   finestra.descrizione = {{{"LabelPartita", "Partita:"}, {"LabelDescPartita", LabelDescPartita}},
                           {{"LabelCliFor", "Cliente/Fornitore:"}, {"LabelDescCliFor", LabelDescCliFor}}};
+  finestra.congedo = {"Label1", "Questa FormLumoScad non viene piu' utilizzata !!!  Ciao, a presto !!"};
+  finestra.carattereCongedo = "MS Sans Serif";
   CollegaLettura(elenco);
   CollegaGesti(finestra);
   return finestra;

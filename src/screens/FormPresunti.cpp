@@ -13,12 +13,15 @@ namespace {
 
 using Schermata = FormPresunti;
 
+constexpr std::string_view ModoPresunti = "PRESUNTI"; ///< the screen's mode, and its list's `Tag`
+
 DescrizioneGriglia Descrizione() {
   using Genere = ColonnaElenco::Genere;
   DescrizioneGriglia d;
   d.nome = "FormPresunti";
   d.titolo = "LumoScad - Banca dei documenti presunti";
   d.nomeLista = "LVPresunti";
+  d.tagLista = ModoPresunti;
   d.carattere = "Arial";
   d.colonne = {{"KConto", "Conto", 3750, Genere::Testo},
                {"KOrdine", "Ordine", 1650, Genere::Testo},
@@ -48,8 +51,13 @@ DescrizioneGriglia Descrizione() {
 
 FormPresunti::FormPresunti() : SchermataElenco(Descrizione()) {}
 
+void FormPresunti::ResizePresunti() {
+  griglia_.Resize();
+}
+
 void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
+  Modo = ModoPresunti;
   const auto carica = [&](MsgAnnulla& msg) {
     banche_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
     bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
@@ -62,6 +70,8 @@ void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureL
 
 void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                MsgAnnulla& msg) {
+  griglia_.Tag.clear();
+  griglia_.Righe.Svuota();
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
@@ -75,6 +85,7 @@ void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoD
         return riga;
       },
       [this](std::size_t riga, std::string_view tag) { griglia_.Righe.ImpostaTag(riga, ConsegnaPrevista, tag); });
+  griglia_.Tag = ModoPresunti;
 }
 
 std::string FormPresunti::ChiaveElemento(std::size_t riga) const {
@@ -94,7 +105,10 @@ template <typename Azione> void FormPresunti::PerOgniRigaDelDocumento(std::size_
   }
 }
 
-void FormPresunti::AssegnaBanca(int indice, std::size_t riga) {
+void FormPresunti::AssegnaBanca(int indice, std::string_view modo, std::size_t riga) {
+  if (modo != ModoPresunti) {
+    return;
+  }
   std::string codice(Nullo);
   std::string descrizione = "ANNULLA";
   if (indice > 0) {
@@ -114,18 +128,18 @@ void FormPresunti::AssegnaBanca(int indice, std::size_t riga) {
 
 void FormPresunti::ChiudiBanca(std::size_t riga, int indice) {
   griglia_.ImpostaSpunta(riga, "RADIO1", true);
-  AssegnaBanca(indice, riga);
+  AssegnaBanca(indice, Modo, riga);
 }
 
 void FormPresunti::SceltaBanca() {
   if (const auto riga = griglia_.RigaSelezionata()) {
-    AssegnaBanca(griglia_.Stato().indiceBanca, *riga);
+    AssegnaBanca(griglia_.Stato().indiceBanca, Modo, *riga);
   }
 }
 
 void FormPresunti::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
   if (spunta) {
-    AssegnaBanca(griglia_.Stato().indiceBanca, riga);
+    AssegnaBanca(griglia_.Stato().indiceBanca, Modo, riga);
     griglia_.ImpostaSpunta(riga, chiave, true);
     return;
   }

@@ -38,12 +38,16 @@ class FormPresunti final : public SchermataElenco<VariazioneConsegna> {
   void elaboraPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                        VariazioniConsegna& variazioni);
 
+  /// Lays the controls out for the number of rows.
+  void ResizePresunti();
+
   [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
 
  private:
   void CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg);
-  void AssegnaBanca(int indice, std::size_t riga);
-  [[nodiscard]] bool Modificabile() const override { return Caricata(); }
+  /// Gives `riga` and its whole document entry `indice` of the banks, in mode "PRESUNTI" alone.
+  void AssegnaBanca(int indice, std::string_view modo, std::size_t riga);
+  void Disponi() override { ResizePresunti(); }
   void ChiudiBanca(std::size_t riga, int indice) override;
   void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
   void SceltaBanca() override;

@@ -18,14 +18,29 @@ constexpr int AltoLista = 30;
 constexpr int TastoTab = 9;
 constexpr int TastoInvio = 13;
 
+/// Names the window that is showing, for as long as it does.
+class Mostrata {
+ public:
+  Mostrata(const FinestraElenco*& posto, const FinestraElenco& finestra) : posto_(posto) { posto_ = &finestra; }
+  Mostrata(const Mostrata&) = delete;
+  Mostrata& operator=(const Mostrata&) = delete;
+  ~Mostrata() { posto_ = nullptr; }
+
+ private:
+  const FinestraElenco*& posto_;
+};
+
 } // namespace
 
 Griglia::Griglia(DescrizioneGriglia descrizione, RegoleGriglia regole)
     : Righe(descrizione.colonne.size(), descrizione.colonneConTag), Titolo(descrizione.titolo),
-      descrizione_(std::move(descrizione)), regole_(std::move(regole)) {}
+      descrizione_(std::move(descrizione)), regole_(std::move(regole)) {
+  MisuraColonne({});
+}
 
 void Griglia::Azzera() {
   Righe.Svuota();
+  Tag.clear();
   Etichette.clear();
   const StatoElenco vuoto;
   const auto ordine = stato_.ordine + 1;
@@ -37,7 +52,18 @@ void Griglia::Azzera() {
   saltaClic_ = false;
 }
 
-void Griglia::Resize() {
+void Griglia::MisuraColonne(const std::vector<int>& nascoste) {
+  larghezze_.clear();
+  for (const ColonnaElenco& colonna : descrizione_.colonne) {
+    larghezze_.push_back(colonna.larghezza);
+  }
+  for (const int nascosta : nascoste) {
+    larghezze_[static_cast<std::size_t>(nascosta)] = 0;
+  }
+}
+
+void Griglia::Resize(const std::vector<int>& nascoste) {
+  MisuraColonne(nascoste);
   testate_.clear();
   int sinistra = 0;
   for (const TestataGriglia& testata : descrizione_.testate) {
@@ -63,6 +89,7 @@ void Griglia::Resize() {
 
 void Griglia::Mostra() {
   FinestraElenco finestra = Finestra();
+  const Mostrata mostrata(aperta_, finestra);
   servizi().desktop().MostraElenco(finestra);
 }
 
@@ -79,10 +106,6 @@ std::optional<std::size_t> Griglia::RigaSelezionata() const {
     return std::nullopt;
   }
   return Righe.RigaAlPosto(static_cast<std::size_t>(stato_.selezionata));
-}
-
-int Griglia::Larghezza(int colonna) const {
-  return descrizione_.colonne[static_cast<std::size_t>(colonna)].larghezza;
 }
 
 int Griglia::SinistraColonna(int colonna) const {
@@ -120,6 +143,9 @@ void Griglia::ApriEditor(EditorCella& editor, int top, int left, int width) {
 }
 
 void Griglia::InserisciScadenza(int top, int left, int width) {
+  if (!Modificabile()) {
+    return;
+  }
   if (Righe.Quante() > RigheSenzaScorrere) {
     NascondiBarrette();
   }
@@ -131,6 +157,9 @@ void Griglia::InserisciScadenza(int top, int left, int width) {
 }
 
 void Griglia::InserisciBanca(int top, int left, int width) {
+  if (!Modificabile()) {
+    return;
+  }
   if (Righe.Quante() > RigheSenzaScorrere) {
     NascondiBarrette();
   }
@@ -160,7 +189,7 @@ std::ptrdiff_t Griglia::PostoInModifica() const {
 }
 
 void Griglia::TogliScadenza() {
-  if (!stato_.data.visibile) {
+  if (!stato_.data.visibile || !Modificabile()) {
     return;
   }
   stato_.data.visibile = false;
@@ -172,7 +201,7 @@ void Griglia::TogliScadenza() {
 }
 
 void Griglia::TogliBanca() {
-  if (!stato_.banca.visibile) {
+  if (!stato_.banca.visibile || !Modificabile()) {
     return;
   }
   stato_.banca.visibile = false;
@@ -200,14 +229,23 @@ void Griglia::ImpostaSpunta(std::size_t riga, std::string_view chiave, bool spun
   Cambiata();
 }
 
+void Griglia::ShowComboDropdown(std::string_view combo, bool show) const {
+  if (aperta_ != nullptr && aperta_->mostraTendina) {
+    aperta_->mostraTendina(combo, show);
+  }
+}
+
 void Griglia::CambiaCheck(std::string_view chiave) {
-  if (const auto riga = RigaSelezionata()) {
+  if (const auto riga = Modificabile() ? RigaSelezionata() : std::nullopt) {
     regole_.cambiaCheck(*riga, chiave, !Righe.Spuntata(*riga, QualeSpunta(chiave)));
     Cambiata();
   }
 }
 
 void Griglia::DeselezionaTutto(std::string_view chiave) {
+  if (!Modificabile()) {
+    return;
+  }
   for (std::size_t riga = 0; riga < Righe.Quante(); ++riga) {
     Righe.ImpostaSpunta(riga, QualeSpunta(chiave), false);
   }
@@ -335,7 +373,9 @@ void Griglia::TextScadenza_Click() {
 
 void Griglia::cmbBanche_Click(int indice) {
   stato_.indiceBanca = indice;
-  regole_.sceltaBanca();
+  if (Modificabile()) {
+    regole_.sceltaBanca();
+  }
 }
 
 void Griglia::PictureOk_Click() {
@@ -363,9 +403,14 @@ FinestraElenco Griglia::Finestra() {
   finestra.carattereTestate = descrizione_.carattereTestate;
   finestra.righeSenzaScorrere = RigheSenzaScorrere;
   finestra.colonne = descrizione_.colonne;
+  for (std::size_t colonna = 0; colonna < larghezze_.size(); ++colonna) {
+    finestra.colonne[colonna].larghezza = larghezze_[colonna];
+  }
   finestra.testate = testate_;
   finestra.etichette = Etichette;
-  finestra.campoData = descrizione_.campoData;
+  if (descrizione_.colonnaNuovaData >= 0 && Larghezza(descrizione_.colonnaNuovaData) > 0) {
+    finestra.campoData = descrizione_.campoData;
+  }
   finestra.campoBanca = descrizione_.campoBanca;
   finestra.banche = cmbBanche;
   finestra.bancheCella = cmbBanche2;

@@ -28,6 +28,7 @@ struct DescrizioneGriglia {
   std::string nome; ///< the form's name
   std::string titolo;
   std::string nomeLista;                    ///< the list control's name
+  std::string tagLista;                     ///< the list's `Tag` once it is loaded
   std::string carattere;                    ///< the font of the list and of both bank boxes
   std::string carattereTestate = "Verdana"; ///< the headings' font
   std::vector<ColonnaElenco> colonne;
@@ -66,17 +67,20 @@ class Griglia {
   std::vector<std::string> cmbBanche;  ///< entries of the top bank field
   std::vector<std::string> cmbBanche2; ///< entries of the in-place bank editor
   std::string Titolo;                  ///< the window's title, at first the description's
+  std::string Tag;                     ///< the list's own: what it lists; empty while its rows are being loaded
   std::vector<EtichettaElenco> Etichette;
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
-  /// Orders and lays out after loading; the sort starts at the first column, ascending.
-  void Resize();
+  /// Orders and lays out after loading, without the columns `nascoste`; the sort starts at the first column, ascending.
+  void Resize(const std::vector<int>& nascoste = {});
   /// Shows the window modally until the screen is unloaded.
   void Mostra();
 
   [[nodiscard]] const StatoElenco& Stato() const noexcept { return stato_; }
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return motivoChiusura_; }
+  /// True once the list's `Tag` says that it is loaded: until then no step edits or confirms anything.
+  [[nodiscard]] bool Modificabile() const { return Tag == descrizione_.tagLista; }
   /// The row key: the texts of the identifying columns, joined with nothing between them.
   [[nodiscard]] std::string ChiaveRiga(std::size_t riga) const;
   [[nodiscard]] std::optional<std::size_t> RigaSelezionata() const;
@@ -87,6 +91,9 @@ class Griglia {
   void TogliScadenza();
   void InserisciBanca(int top, int left, int width);
   void TogliBanca();
+  /// Opens or closes the drop-down of `combo` ("cmbBanche" or "cmbBanche2") in the window that is showing. No step of
+  /// the grid does so: its editors open with their lists closed.
+  void ShowComboDropdown(std::string_view combo, bool show) const;
   void CambiaCheck(std::string_view chiave);
   void DeselezionaTutto(std::string_view chiave);
   void NascondiBarrette();
@@ -118,10 +125,11 @@ class Griglia {
 
  private:
   [[nodiscard]] int SinistraColonna(int colonna) const;
-  [[nodiscard]] int Larghezza(int colonna) const;
+  [[nodiscard]] int Larghezza(int colonna) const { return larghezze_[static_cast<std::size_t>(colonna)]; }
   [[nodiscard]] int QualeSpunta(std::string_view chiave) const;
   [[nodiscard]] std::optional<std::size_t> RigaInModifica() const;
   [[nodiscard]] std::ptrdiff_t PostoInModifica() const;
+  void MisuraColonne(const std::vector<int>& nascoste);
   void ApriEditor(EditorCella& editor, int top, int left, int width);
   void Ordina(int colonna);
   void Scarica() noexcept { stato_.scaricata = true; }
@@ -132,7 +140,9 @@ class Griglia {
   DescrizioneGriglia descrizione_;
   RegoleGriglia regole_;
   StatoElenco stato_;
+  std::vector<int> larghezze_; ///< of the columns, 0 for one that does not show
   std::vector<TestataElenco> testate_;
+  const FinestraElenco* aperta_ = nullptr; ///< the window that is showing
   std::string motivoChiusura_;
   std::string chiaveInModifica_;
   std::size_t rigaInModifica_ = 0;

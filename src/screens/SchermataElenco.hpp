@@ -24,6 +24,8 @@ template <typename Variazione> class SchermataElenco {
   SchermataElenco& operator=(const SchermataElenco&) = delete;
   virtual ~SchermataElenco() = default;
 
+  std::string Modo; ///< what the screen is being used for: "DEBITI/CREDITI", "PRESUNTI" or "CONSEGNA"
+
   /// "closed" when the screen was left without confirming.
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
   /// The key of a row among the list's items.
@@ -38,11 +40,8 @@ template <typename Variazione> class SchermataElenco {
   /// `carica` told of.
   void Visualizza(const std::function<void(MsgAnnulla& msg)>& carica, Variazioni& variazioni);
 
-  /// True once the rows of a showing are loaded.
-  [[nodiscard]] bool Caricata() const noexcept { return caricata_; }
-
-  /// On a list where this is false nothing can be edited or confirmed.
-  [[nodiscard]] virtual bool Modificabile() const { return true; }
+  /// Lays the controls out once the rows are loaded.
+  virtual void Disponi() = 0;
   /// The date editor leaves this text.
   virtual void ChiudiData(std::size_t /*riga*/, std::string_view /*testo*/) {}
   /// The bank editor leaves this choice.
@@ -63,7 +62,6 @@ template <typename Variazione> class SchermataElenco {
  private:
   [[nodiscard]] RegoleGriglia Regole();
 
-  bool caricata_ = false;
   Variazioni variazioni_;
 };
 
@@ -73,11 +71,9 @@ void SchermataElenco<Variazione>::Visualizza(const std::function<void(MsgAnnulla
   MsgAnnulla msg;
   variazioni.clear();
   variazioni_.clear();
-  caricata_ = false;
   griglia_.Azzera();
   carica(msg);
-  caricata_ = true;
-  griglia_.Resize();
+  Disponi();
   griglia_.Mostra();
   variazioni = std::exchange(variazioni_, {});
   if (!msg.Errore.empty()) {
@@ -103,28 +99,14 @@ template <typename Variazione> std::vector<Variazione> SchermataElenco<Variazion
 
 template <typename Variazione> RegoleGriglia SchermataElenco<Variazione>::Regole() {
   RegoleGriglia regole;
-  regole.chiudiData = [this](std::size_t riga, std::string_view testo) {
-    if (Modificabile()) {
-      ChiudiData(riga, testo);
-    }
-  };
-  regole.chiudiBanca = [this](std::size_t riga, int indice) {
-    if (Modificabile()) {
-      ChiudiBanca(riga, indice);
-    }
-  };
+  regole.chiudiData = [this](std::size_t riga, std::string_view testo) { ChiudiData(riga, testo); };
+  regole.chiudiBanca = [this](std::size_t riga, int indice) { ChiudiBanca(riga, indice); };
   regole.cambiaCheck = [this](std::size_t riga, std::string_view chiave, bool spunta) {
-    if (Modificabile()) {
-      CambiaCheck(riga, chiave, spunta);
-    }
+    CambiaCheck(riga, chiave, spunta);
   };
   regole.clicScadenza = [this] { ClicScadenza(); };
-  regole.sceltaBanca = [this] {
-    if (Modificabile()) {
-      SceltaBanca();
-    }
-  };
-  regole.conferma = [this] { variazioni_ = Modificabile() ? LeggiVariazioni() : Variazioni(); };
+  regole.sceltaBanca = [this] { SceltaBanca(); };
+  regole.conferma = [this] { variazioni_ = griglia_.Modificabile() ? LeggiVariazioni() : Variazioni(); };
   regole.annulla = [this] { variazioni_.clear(); };
   return regole;
 }

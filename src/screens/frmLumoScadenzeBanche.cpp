@@ -16,6 +16,8 @@ namespace {
 
 using Schermata = frmLumoScadenzeBanche;
 
+constexpr std::string_view ModoDebitiCrediti = "DEBITI/CREDITI";
+
 DescrizioneGriglia Descrizione() {
   using Genere = ColonnaElenco::Genere;
   DescrizioneGriglia d;
@@ -55,7 +57,25 @@ DescrizioneGriglia Descrizione() {
 
 } // namespace
 
-frmLumoScadenzeBanche::frmLumoScadenzeBanche() : SchermataElenco(Descrizione()) {}
+frmLumoScadenzeBanche::frmLumoScadenzeBanche() : SchermataElenco(Descrizione()) {
+  Modo = ModoDebitiCrediti;
+}
+
+void frmLumoScadenzeBanche::Disponi() {
+  if (Modo == ModoDebitiCrediti) {
+    ResizeScadBanche();
+  } else {
+    ResizeScadBanchePresunti();
+  }
+}
+
+void frmLumoScadenzeBanche::ResizeScadBanche() {
+  griglia_.Resize();
+}
+
+void frmLumoScadenzeBanche::ResizeScadBanchePresunti() {
+  griglia_.Resize({Radio1, NuovaScadenza});
+}
 
 void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda,
                                                      const procedureLumoDB2::FiltroScadenze& filtro,
@@ -143,6 +163,13 @@ void frmLumoScadenzeBanche::ChiudiBanca(std::size_t riga, int indice) {
 }
 
 void frmLumoScadenzeBanche::SceltaBanca() {
+  if (Modo != ModoDebitiCrediti) {
+    if (const auto riga = griglia_.RigaSelezionata()) {
+      AssegnaBanca(*riga, griglia_.Stato().indiceBanca, banche_);
+      griglia_.Cambiata();
+    }
+    return;
+  }
   griglia_.Form_Click();
   griglia_.DeselezionaTutto("RADIO2");
 }

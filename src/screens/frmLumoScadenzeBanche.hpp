@@ -40,6 +40,11 @@ class frmLumoScadenzeBanche final : public SchermataElenco<VariazioneCanalizzazi
   void VisualizzaScadenzeBanche(std::string_view parAzienda, const procedureLumoDB2::FiltroScadenze& filtro,
                                 VariazioniCanalizzazione& variazioni);
 
+  /// Lay the controls out for the number of rows: in mode "DEBITI/CREDITI", and in mode "PRESUNTI" without all that
+  /// has to do with new due dates.
+  void ResizeScadBanche();
+  void ResizeScadBanchePresunti();
+
   [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
 
  private:
@@ -47,6 +52,7 @@ class frmLumoScadenzeBanche final : public SchermataElenco<VariazioneCanalizzazi
                             MsgAnnulla& msg);
   void AggiungiRighe(ado::Recordset& righe);
   void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);
+  void Disponi() override;
   void ChiudiData(std::size_t riga, std::string_view testo) override;
   void ChiudiBanca(std::size_t riga, int indice) override;
   void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;

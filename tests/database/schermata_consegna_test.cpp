@@ -33,6 +33,17 @@ TEST_P(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
   });
 }
 
+TEST_P(DeliveryScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
+  std::vector<std::string> durante;
+  schermata.griglia().Tag = "CONSEGNA"; // of an earlier showing
+  servizi().istruzioneInviata = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  Mostra([&] {
+    EXPECT_EQ(schermata.griglia().Tag, "CONSEGNA");
+    EXPECT_EQ(schermata.Modo, "CONSEGNA");
+  });
+  EXPECT_THAT(durante, testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each("")));
+}
+
 TEST_P(DeliveryScreen, DescribesItsWindow) {
   Mostra([this] {
     EXPECT_EQ(finestra->nome, "FormConsegna");

@@ -44,6 +44,17 @@ TEST_P(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
   });
 }
 
+TEST_P(PresumedScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
+  std::vector<std::string> durante;
+  schermata.griglia().Tag = "PRESUNTI"; // of an earlier showing
+  servizi().istruzioneInviata = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  Mostra([&] {
+    EXPECT_EQ(schermata.griglia().Tag, "PRESUNTI");
+    EXPECT_EQ(schermata.Modo, "PRESUNTI");
+  });
+  EXPECT_THAT(durante, testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each("")));
+}
+
 TEST_P(PresumedScreen, DescribesItsWindow) {
   Mostra([this] {
     EXPECT_EQ(finestra->nome, "FormPresunti");

@@ -1,6 +1,7 @@
 #include "FinestraFinta.hpp"
 
 #include "platform/qt/FinestraElencoQt.hpp"
+#include "platform/qt/IconeElenco.hpp"
 #include "platform/qt/ModelloElenco.hpp"
 #include "platform/qt/TestateElenco.hpp"
 
@@ -8,8 +9,10 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTableView>
@@ -64,6 +67,46 @@ TEST(FinestraElenco, EveryControlCarriesItsOwnName) {
     EXPECT_FALSE(Visibile(finestra, "FrameScad"));
     EXPECT_TRUE(Lista(finestra).isColumnHidden(8));
   });
+}
+
+TEST(FinestraElenco, TakesThePicturesOfItsTicksFromItsImageList) {
+  FinestraFinta finta(3);
+  Esegui(finta, [&](QDialog& finestra) {
+    const auto* immagini = finestra.findChild<QObject*>("IL_Small");
+    ASSERT_NE(immagini, nullptr);
+    EXPECT_EQ(immagini->property("chiavi").toStringList(),
+              QStringList({"CHKON", "CHKOFF", "OPTON", "OPTOFF", "SORTED", "UNSORTED"}));
+    const auto* modello = Lista(finestra).model();
+    const auto icona = [&](int riga, int colonna) {
+      return modello->index(riga, colonna).data(qt::ModelloElenco::RuoloReportIcon);
+    };
+    EXPECT_EQ(icona(0, FinestraFinta::ColonnaSpuntaData), "CHKOFF");
+    Clicca(Lista(finestra), 0, FinestraFinta::ColonnaSpuntaData);
+    EXPECT_EQ(icona(0, FinestraFinta::ColonnaSpuntaData), "CHKON");
+    EXPECT_FALSE(icona(0, 0).isValid());
+  });
+}
+
+TEST(FinestraElenco, TheImageListDrawsEachPictureItHoldsAndNoOther) {
+  const qt::ImmaginiElenco immagini(nullptr);
+  const auto disegna = [&immagini](const char* chiave) {
+    QImage foglio(16, 16, QImage::Format_ARGB32);
+    foglio.fill(Qt::magenta);
+    QPainter disegno(&foglio);
+    immagini.Disegna(disegno, foglio.rect(), chiave);
+    return foglio;
+  };
+  std::vector<QImage> disegnate{disegna("QUADRATINO")}; // a picture, but not of the image list: the empty sheet
+  for (const char* chiave : {"CHKON", "CHKOFF", "OPTON", "OPTOFF", "SORTED", "UNSORTED"}) {
+    const QImage foglio = disegna(chiave);
+    for (const QImage& altra : disegnate) {
+      EXPECT_NE(foglio, altra) << chiave;
+    }
+    disegnate.push_back(foglio);
+  }
+  QImage vuoto(16, 16, QImage::Format_ARGB32);
+  vuoto.fill(Qt::magenta);
+  EXPECT_EQ(disegnate.front(), vuoto);
 }
 
 TEST(FinestraElenco, StartsOnTheFirstRowAndTheFirstCellThatDoesSomething) {

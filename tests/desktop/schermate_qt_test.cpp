@@ -8,6 +8,7 @@
 #include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/Prova.hpp"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QFontInfo>
@@ -122,6 +123,52 @@ TEST_F(Schermate, OfTheWaitSpeakInMsSansSerif) {
   desktop->MostraAttesa("Attendere, sto variando il movimento", 1,
                         [&] { famiglia = Famiglia(Trova<QLabel>(*QApplication::activeModalWidget(), "lblAttesa")); });
   EXPECT_EQ(famiglia, "MS Sans Serif");
+}
+
+TEST_F(Schermate, OpenAndCloseTheDropDownOfABankBox) {
+  frmLumoScadenzeBanche schermata;
+  Griglia& griglia = schermata.griglia();
+  griglia.cmbBanche = griglia.cmbBanche2 = {" ", "BANCA ALFA", "BANCA BETA"};
+  griglia.Righe.Aggiungi({"ROSSI", "2006 1", "31/03/2006", "31/01/2006", "", "100,00", "", "31/03/2006", "1"});
+  griglia.ShowComboDropdown("cmbBanche", true); // without a window there is nothing to open
+  Mostra(schermata, [&](QDialog& finestra) {
+    const auto aperta = [&finestra](const char* nome) { return Trova<QComboBox>(finestra, nome).view()->isVisible(); };
+    griglia.ShowComboDropdown("cmbBanche", true);
+    EXPECT_TRUE(aperta("cmbBanche"));
+    griglia.ShowComboDropdown("cmbBanche", false);
+    EXPECT_FALSE(aperta("cmbBanche"));
+    griglia.ShowComboDropdown("cmbBanche2", true);
+    EXPECT_FALSE(aperta("cmbBanche2")) << "its editor is closed";
+    Clicca(Lista(finestra), 0, frmLumoScadenzeBanche::NuovaBanca);
+    EXPECT_FALSE(aperta("cmbBanche2")) << "the editor opens with its list closed";
+    griglia.ShowComboDropdown("cmbBanche2", true);
+    EXPECT_TRUE(aperta("cmbBanche2"));
+    griglia.ShowComboDropdown("cmbBanche2", false);
+    EXPECT_FALSE(aperta("cmbBanche2"));
+    EXPECT_TRUE(Visibile(finestra, "FrameBanca"));
+    griglia.ShowComboDropdown("altro", true);
+  });
+  griglia.ShowComboDropdown("cmbBanche", true);
+}
+
+TEST_F(Schermate, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
+  frmLumoScadenzeBanche schermata;
+  schermata.griglia().Righe.Aggiungi({"ROSSI", "AB1/06", "31/03/2006", "", "", "100,00"});
+  schermata.ResizeScadBanchePresunti();
+  const int tutte = schermata.griglia().Stato().larghezzaLista;
+  Recita([&](QDialog& finestra) {
+    const auto& lista = Lista(finestra);
+    EXPECT_EQ(finestra.findChild<QWidget*>("TextScadenza"), nullptr);
+    EXPECT_TRUE(lista.isColumnHidden(frmLumoScadenzeBanche::Radio1));
+    EXPECT_TRUE(lista.isColumnHidden(frmLumoScadenzeBanche::NuovaScadenza));
+    EXPECT_FALSE(lista.isColumnHidden(frmLumoScadenzeBanche::Radio2));
+    EXPECT_FALSE(lista.isColumnHidden(frmLumoScadenzeBanche::NuovaBanca));
+    Clicca(Lista(finestra), 0, frmLumoScadenzeBanche::Radio2);
+    EXPECT_TRUE(schermata.griglia().Righe.Spuntata(0, 1));
+  });
+  schermata.griglia().Mostra();
+  schermata.ResizeScadBanche();
+  EXPECT_EQ(schermata.griglia().Stato().larghezzaLista, tutte + 420 + 1500);
 }
 
 TEST_F(Schermate, OfTheDeliveriesCarryNoBankEditor) {

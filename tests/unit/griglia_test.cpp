@@ -240,6 +240,50 @@ TEST_F(GridClick, ElsewhereOnTheWindowCommitsWhatWasTyped) {
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
 
+TEST_F(GridLayout, WithoutSomeColumnsIsNarrowerAndFindsTheOthersWhereTheyAre) {
+  AggiungiMolte(1);
+  schermata.ResizeScadBanchePresunti();
+  EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 - 420 - 1500 + 50);
+  EXPECT_EQ(griglia.Stato().larghezzaQuadro, 17340 - 420 - 1500 + 100);
+  EXPECT_EQ(griglia.TrovaCoordinate(12300), Schermata::Radio2);
+  schermata.ResizeScadBanche();
+  EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 + 50);
+  EXPECT_EQ(griglia.TrovaCoordinate(12300), Schermata::Radio1);
+}
+
+TEST_F(GridWindow, TellsTheWindowToOpenADropDownWhileItShows) {
+  std::vector<std::string> detti;
+  banco.desktop.copioni.emplace_back([&](FinestraElenco& finestra) {
+    finestra.mostraTendina = [&](std::string_view combo, bool aperta) {
+      detti.push_back(std::string(combo) + (aperta ? " true" : " false"));
+    };
+    griglia.ShowComboDropdown("cmbBanche2", true);
+    griglia.ShowComboDropdown("cmbBanche2", false);
+    finestra.chiudi();
+  });
+  AggiungiMolte(1);
+  griglia.Mostra();
+  griglia.ShowComboDropdown("cmbBanche2", true);
+  EXPECT_THAT(detti, ElementsAre("cmbBanche2 true", "cmbBanche2 false"));
+}
+
+TEST_F(GridWindow, KnowsItsMode) {
+  EXPECT_EQ(schermata.Modo, "DEBITI/CREDITI");
+}
+
+TEST_F(GridWindow, InThePresumedModeAChoiceAtTheTopIsGivenToTheSelectedRowAtOnceWithoutATick) {
+  schermata.Modo = "PRESUNTI";
+  const auto prima = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
+  const auto seconda = Aggiungi("VERDI", "31/03/2006", "BANCA ALFA");
+  griglia.Resize();
+  griglia.Seleziona(1);
+  griglia.cmbBanche_Click(0);
+  EXPECT_EQ(griglia.Righe.Tag(seconda, Schermata::NuovaBanca), "#null#");
+  EXPECT_EQ(griglia.Righe.Testo(seconda, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_FALSE(griglia.Righe.Spuntata(seconda, 1));
+  EXPECT_EQ(griglia.Righe.Tag(prima, Schermata::NuovaBanca), "");
+}
+
 TEST_F(GridWindow, IsClosedWithItsReasonByTheCloseBox) {
   AggiungiMolte(1);
   griglia.Form_QueryUnload();

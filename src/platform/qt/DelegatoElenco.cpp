@@ -1,8 +1,8 @@
 #include "platform/qt/DelegatoElenco.hpp"
 
 #include "platform/qt/Aspetto.hpp"
-#include "platform/qt/IconeElenco.hpp"
 #include "platform/qt/ModelloElenco.hpp"
+#include "platform/qt/Testi.hpp"
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
@@ -37,12 +37,14 @@ QColor FondoCella(const QStyleOptionViewItem& opzione, const QModelIndex& cella)
   return cella.row() % 2 == 0 ? aspetto::Carta : aspetto::RigaAlterna;
 }
 
-void Contenuto(QPainter& disegno, const QStyleOptionViewItem& opzione, const QModelIndex& cella) {
-  const QVariant spunta = cella.data(Qt::CheckStateRole);
-  if (spunta.isValid()) {
+} // namespace
+
+void DelegatoElenco::Contenuto(QPainter& disegno, const QStyleOptionViewItem& opzione, const QModelIndex& cella) const {
+  const QVariant icona = cella.data(ModelloElenco::RuoloReportIcon);
+  if (icona.isValid()) {
     QRect quadrato(0, 0, LatoSpunta, LatoSpunta);
     quadrato.moveCenter(opzione.rect.center());
-    Disegna(disegno, quadrato, spunta.toInt() == Qt::Checked ? IconaElenco::ChkOn : IconaElenco::ChkOff);
+    immagini_.Disegna(disegno, quadrato, Utf8(icona.toString()));
     return;
   }
   const QFont carattere = CarattereCella(opzione, cella);
@@ -52,8 +54,6 @@ void Contenuto(QPainter& disegno, const QStyleOptionViewItem& opzione, const QMo
   const QString testo = QFontMetrics(carattere).elidedText(cella.data().toString(), Qt::ElideRight, area.width());
   disegno.drawText(area, cella.data(Qt::TextAlignmentRole).toInt() | static_cast<int>(Qt::TextSingleLine), testo);
 }
-
-} // namespace
 
 void DelegatoElenco::paint(QPainter* disegno, const QStyleOptionViewItem& opzione, const QModelIndex& cella) const {
   disegno->save();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/qt/IconeElenco.hpp"
+
 #include <QStyledItemDelegate>
 
 namespace lumoscad::qt {
@@ -8,11 +10,16 @@ namespace lumoscad::qt {
 /// fit is elided and shown whole in a tooltip.
 class DelegatoElenco final : public QStyledItemDelegate {
  public:
-  using QStyledItemDelegate::QStyledItemDelegate;
+  DelegatoElenco(const ImmaginiElenco& immagini, QObject* padre) : QStyledItemDelegate(padre), immagini_(immagini) {}
 
   void paint(QPainter* disegno, const QStyleOptionViewItem& opzione, const QModelIndex& cella) const override;
   bool helpEvent(QHelpEvent* evento, QAbstractItemView* vista, const QStyleOptionViewItem& opzione,
                  const QModelIndex& cella) override;
+
+ private:
+  void Contenuto(QPainter& disegno, const QStyleOptionViewItem& opzione, const QModelIndex& cella) const;
+
+  const ImmaginiElenco& immagini_;
 };
 
 } // namespace lumoscad::qt

@@ -40,6 +40,7 @@ void FinestraElencoQt::CollegaLista() {
 }
 
 void FinestraElencoQt::CollegaBanche() {
+  elenco_.mostraTendina = [this](std::string_view nome, bool aperta) { MostraTendina(nome, aperta); };
   if (parti_.cmbBanche2 != nullptr) {
     parti_.cmbBanche2->installEventFilter(this);
     connect(parti_.cmbBanche2, &QComboBox::activated, this,
@@ -48,6 +49,18 @@ void FinestraElencoQt::CollegaBanche() {
   if (parti_.cmbBanche != nullptr) {
     parti_.cmbBanche->installEventFilter(this);
     connect(parti_.cmbBanche, &QComboBox::activated, this, [this](int indice) { Invia(elenco_.scegliBanca, indice); });
+  }
+}
+
+void FinestraElencoQt::MostraTendina(std::string_view nome, bool aperta) {
+  QComboBox* const combo = nome == "cmbBanche" ? parti_.cmbBanche : nome == "cmbBanche2" ? parti_.cmbBanche2 : nullptr;
+  if (combo == nullptr || !combo->isVisible()) {
+    return;
+  }
+  if (aperta) {
+    combo->showPopup();
+  } else {
+    combo->hidePopup();
   }
 }
 

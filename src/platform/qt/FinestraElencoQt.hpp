@@ -2,6 +2,8 @@
 
 #include "platform/qt/FinestraModaleQt.hpp"
 
+#include <string_view>
+
 namespace lumoscad::qt {
 
 /// The one modal window of all list screens: to what all windows over a list do it adds the headings, the two banks,
@@ -9,6 +11,9 @@ namespace lumoscad::qt {
 class FinestraElencoQt final : public FinestraModaleQt {
  public:
   FinestraElencoQt(FinestraElenco& finestra, QWidget* sotto);
+  FinestraElencoQt(const FinestraElencoQt&) = delete;
+  FinestraElencoQt& operator=(const FinestraElencoQt&) = delete;
+  ~FinestraElencoQt() override { elenco_.mostraTendina = nullptr; }
 
   /// Esc: abandons an open editor, otherwise leaves the window as `Abbandona` does.
   void reject() override;
@@ -24,6 +29,7 @@ class FinestraElencoQt final : public FinestraModaleQt {
 
   void CollegaLista();
   void CollegaBanche();
+  void MostraTendina(std::string_view nome, bool aperta);
   void CollegaTestate();
   void Preme(int riga, int x, int y);
   void Rilascia();

@@ -1,5 +1,6 @@
 #include "platform/qt/FinestraScadenzarioQt.hpp"
 
+#include "platform/qt/Aspetto.hpp"
 #include "platform/qt/Testi.hpp"
 
 #include <QFocusEvent>
@@ -74,6 +75,10 @@ void FinestraScadenzarioQt::AggiungiDescrizione() {
   if (auto* pila = qobject_cast<QVBoxLayout*>(layout())) {
     pila->insertWidget(0, FrameDesc_);
   }
+  QLabel* congedo = Scritta(finestra_.congedo, this);
+  congedo->setFont(aspetto::Carattere(finestra_.carattereCongedo));
+  congedo->adjustSize();
+  congedo->hide();
 }
 
 void FinestraScadenzarioQt::AggiungiSelezionaTutto() {
@@ -93,6 +98,7 @@ void FinestraScadenzarioQt::AggiungiSelezionaTutto() {
 
 void FinestraScadenzarioQt::RinominaParti() {
   parti_.picScadenzeBanche->setObjectName(QStringLiteral("FrameScadenzeBase"));
+  parti_.vista->Immagini().setObjectName({}); // its list has check boxes and no image list
   if (auto* didascalia = findChild<QLabel*>(QStringLiteral("lblScadenza"))) {
     didascalia->setObjectName(QStringLiteral("LabelNScad"));
   }

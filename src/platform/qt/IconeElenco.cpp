@@ -1,13 +1,16 @@
 #include "platform/qt/IconeElenco.hpp"
 
 #include "platform/qt/Aspetto.hpp"
+#include "platform/qt/Testi.hpp"
 
 #include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QVariant>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 namespace lumoscad::qt {
@@ -16,6 +19,10 @@ namespace {
 
 /// Every picture is drawn in a square of this side and scaled.
 constexpr double Lato = 16.0;
+
+/// The pictures of the image list, in its order.
+constexpr std::array Piccole{IconaElenco::ChkOn,  IconaElenco::ChkOff, IconaElenco::OptOn,
+                             IconaElenco::OptOff, IconaElenco::Sorted, IconaElenco::Unsorted};
 
 QPen Penna(const QColor& colore, double spessore) {
   return {colore, spessore, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
@@ -135,6 +142,23 @@ std::string_view Chiave(IconaElenco icona) {
     return "ANNULLA";
   }
   return {};
+}
+
+ImmaginiElenco::ImmaginiElenco(QObject* padre) : QObject(padre) {
+  setObjectName(QStringLiteral("IL_Small"));
+  QStringList chiavi;
+  for (const IconaElenco icona : Piccole) {
+    chiavi.append(Testo(Chiave(icona)));
+  }
+  setProperty("chiavi", chiavi);
+}
+
+void ImmaginiElenco::Disegna(QPainter& disegno, const QRectF& area, std::string_view chiave) const {
+  for (const IconaElenco icona : Piccole) {
+    if (Chiave(icona) == chiave) {
+      qt::Disegna(disegno, area, icona);
+    }
+  }
 }
 
 void Disegna(QPainter& disegno, const QRectF& area, IconaElenco icona) {

@@ -52,6 +52,10 @@ QVariant ModelloElenco::Leggi(std::size_t riga, int colonna, int ruolo) const {
     return genere == Colonna::Spunta ? QVariant(finestra_.spuntata(riga, colonna) ? QStringLiteral("spuntata")
                                                                                   : QStringLiteral("non spuntata"))
                                      : QVariant(TestoCella(riga, colonna));
+  case RuoloReportIcon:
+    return genere == Colonna::Spunta
+               ? QVariant(finestra_.spuntata(riga, colonna) ? QStringLiteral("CHKON") : QStringLiteral("CHKOFF"))
+               : QVariant();
   case RuoloVariata:
     return Variata(riga, colonna);
   default:

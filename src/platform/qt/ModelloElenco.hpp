@@ -15,6 +15,8 @@ class ModelloElenco final : public QAbstractTableModel {
  public:
   /// True for an editable cell whose new value differs from the present one.
   static constexpr int RuoloVariata = Qt::UserRole;
+  /// For a tick cell, the key of its picture: "CHKON" or "CHKOFF".
+  static constexpr int RuoloReportIcon = Qt::UserRole + 1;
 
   explicit ModelloElenco(const FinestraElenco& finestra, QObject* padre = nullptr);
 

@@ -25,12 +25,13 @@ bool Editabile(Genere genere) {
 } // namespace
 
 VistaElenco::VistaElenco(const FinestraElenco& finestra, ModelloElenco& modello, QWidget* padre)
-    : QTableView(padre), finestra_(finestra), modello_(modello), misure_(finestra.colonne) {
+    : QTableView(padre), finestra_(finestra), modello_(modello), misure_(finestra.colonne),
+      immagini_(new ImmaginiElenco(this)) {
   setObjectName(Testo(finestra.nomeLista));
   setAccessibleName(Testo(finestra.titolo));
   setFont(aspetto::Carattere(finestra.carattere));
   setModel(&modello);
-  setItemDelegate(new DelegatoElenco(this));
+  setItemDelegate(new DelegatoElenco(*immagini_, this));
   Prepara();
 }
 

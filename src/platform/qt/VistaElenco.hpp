@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/qt/Aspetto.hpp"
+#include "platform/qt/IconeElenco.hpp"
 #include "platform/qt/MisureColonne.hpp"
 #include "platform/qt/ModelloElenco.hpp"
 
@@ -29,6 +30,8 @@ class VistaElenco final : public QTableView {
 
   Gesti gesti;
 
+  /// The pictures of the tick cells.
+  [[nodiscard]] ImmaginiElenco& Immagini() const noexcept { return *immagini_; }
   /// Makes `riga` the current row, in the current column, without telling anyone.
   void MostraSelezionata(int riga);
   /// Makes `cella` the current one; the row is told to `seleziona` when it changes.
@@ -69,6 +72,7 @@ class VistaElenco final : public QTableView {
   const FinestraElenco& finestra_;
   ModelloElenco& modello_;
   MisureColonne misure_;
+  ImmaginiElenco* immagini_;
   bool taciSelezione_ = false;
   bool premuta_ = false;
   bool bloccata_ = false;
