@@ -32,8 +32,10 @@ Contatore& Il() {
 std::string Nome(std::string_view testo) {
   const auto parola = [](std::string_view resto) { return std::string(resto.substr(0, resto.find_first_of(" ,)"))); };
   std::string verbo = parola(testo);
-  if (testo.find("pg_backend") != std::string_view::npos || testo.find("CONNECTION_ID") != std::string_view::npos) {
-    return verbo + " of the server's session";
+  for (const std::string_view domanda : {"pg_backend", "CONNECTION_ID", "inet_client_port"}) {
+    if (testo.find(domanda) != std::string_view::npos) {
+      return verbo + " of the server's session";
+    }
   }
   for (const std::string_view prima : {" FROM ", "UPDATE "}) {
     if (const auto posto = testo.find(prima); posto != std::string_view::npos) {
