@@ -14,6 +14,7 @@ namespace lumoscad::prova {
 [[nodiscard]] std::vector<Scenetta> ReciteGuasti();
 [[nodiscard]] std::vector<Scenetta> ReciteFinestreVere();
 [[nodiscard]] std::vector<Scenetta> ReciteAltre();
+[[nodiscard]] std::vector<Scenetta> ReciteSsh();
 
 /// Opens the window of one open item on rows of its own, in mode "Scad" or "Extra", as a calling screen would.
 void ApriScadenzario(Scena& scena, const std::string& modo);

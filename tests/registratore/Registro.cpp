@@ -26,6 +26,20 @@ const std::array<Disegno, 4>& Disegni() {
   return disegni;
 }
 
+/// The length of the character at the beginning of a text; 1 for a byte that begins none.
+std::size_t LunghezzaUtf8(std::string_view testo) {
+  const auto primo = static_cast<unsigned char>(testo[0]);
+  const std::size_t lunghezza = primo >= 0xF0U ? 4 : primo >= 0xE0U ? 3 : primo >= 0xC2U ? 2 : 1;
+  if (testo.size() < lunghezza) {
+    return 1;
+  }
+  const auto resto = testo.substr(1, lunghezza - 1);
+  const bool intero = std::all_of(resto.begin(), resto.end(), [](char carattere) {
+    return (static_cast<unsigned char>(carattere) & 0xC0U) == 0x80U;
+  });
+  return intero ? lunghezza : 1;
+}
+
 std::string Sostituito(std::string testo, std::string_view da, std::string_view a) {
   for (auto posto = testo.find(da); posto != std::string::npos; posto = testo.find(da, posto + a.size())) {
     testo.replace(posto, da.size(), a);
@@ -44,15 +58,20 @@ std::string Cita(std::string_view testo) {
            std::to_string(testo.size()) + " byte, impronta " + Impronta(testo);
   }
   std::string citato = "«";
-  for (const char carattere : testo) {
+  for (std::size_t posto = 0; posto < testo.size(); ++posto) {
+    const char carattere = testo[posto];
     const auto codice = static_cast<unsigned char>(carattere);
+    const auto lunghezza = LunghezzaUtf8(testo.substr(posto));
     if (carattere == '\r') {
       citato += "\\r";
     } else if (carattere == '\n') {
       citato += "\\n";
     } else if (carattere == '\\') {
       citato += "\\\\";
-    } else if (codice < 0x20 || codice == 0x7F) {
+    } else if (lunghezza > 1) {
+      citato += testo.substr(posto, lunghezza);
+      posto += lunghezza - 1;
+    } else if (codice < 0x20 || codice >= 0x7F) {
       std::array<char, 5> numero{};
       std::snprintf(numero.data(), numero.size(), "\\x%02x", static_cast<unsigned>(codice));
       citato += numero.data();

@@ -35,7 +35,7 @@ class Scena {
   std::string EseguiCosi(const std::string& comando);
   /// Runs a command line with the host, the company and the database of the play.
   std::string Esegui(const std::string& comando);
-  [[nodiscard]] std::string OpzioniHost() const { return "-H 10.0.0.1 -D 01"; }
+  [[nodiscard]] std::string OpzioniHost() const { return "-H " + demo.Indirizzo() + " -D 01"; }
   [[nodiscard]] std::string OpzioniDatabase() const;
   /// What the person does in the next list window.
   void Recita(DesktopRecitato::Copione copione) { recitato.copioni.push_back(std::move(copione)); }
@@ -88,6 +88,7 @@ struct Scenetta {
 struct Pagina {
   const char* nome;
   std::vector<Scenetta> (*recite)();
+  Trasporto trasporto = Trasporto::Cartella;
 
   friend void PrintTo(const Pagina& pagina, std::ostream* uscita) { *uscita << pagina.nome; }
 };

@@ -36,7 +36,7 @@ class Registratore : public testing::TestWithParam<std::tuple<const char*, Pagin
  protected:
   [[nodiscard]] static std::string Recitata() {
     const auto& [genere, pagina] = GetParam();
-    const Dimostrazione demo;
+    const Dimostrazione demo(pagina.trasporto);
     Registro registro;
     std::string testo;
     for (const auto& recita : pagina.recite()) {
@@ -66,11 +66,17 @@ TEST_P(Registratore, EveryPlayIsAsItWasRecorded) {
   EXPECT_TRUE(Leggi(atteso) == testo) << Confronta(atteso, avuto);
 }
 
+const auto NomeDellaPagina = [](const auto& caso) {
+  return std::string(std::get<0>(caso.param)) + "_" + std::get<1>(caso.param).nome;
+};
+
 INSTANTIATE_TEST_SUITE_P(Pagine, Registratore,
                          testing::Combine(testing::Values("sqlite", "postgres"), testing::ValuesIn(Pagine())),
-                         [](const auto& caso) {
-                           return std::string(std::get<0>(caso.param)) + "_" + std::get<1>(caso.param).nome;
-                         });
+                         NomeDellaPagina);
+INSTANTIATE_TEST_SUITE_P(PagineSsh, Registratore,
+                         testing::Combine(testing::Values("sqlite"),
+                                          testing::Values(Pagina{"ssh", ReciteSsh, Trasporto::Ssh})),
+                         NomeDellaPagina);
 
 } // namespace
 } // namespace lumoscad::prova
