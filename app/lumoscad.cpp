@@ -1,6 +1,6 @@
+#include "Riservatezza.hpp"
 #include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "lumoscad/Riservatezza.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,7 +22,7 @@ constexpr const char* uso =
     "     lumoscad -\n"
     "     lumoscad --registra-host HOST\n"
     "     lumoscad --prova-host HOST [PROGRAMMA]\n"
-    "     lumoscad --aiuto | --versione\n"
+    "     lumoscad --aiuto | -h | --versione\n"
     "\n"
     "Gli argomenti, uniti da uno spazio, sono la riga di comando; con - la riga è letta\n"
     "dall'ingresso standard, così che una parola d'ordine non compaia fra i processi.\n"
@@ -31,6 +31,24 @@ constexpr const char* uso =
     "--registra-host mostra l'impronta della chiave dell'host e, se si risponde sì, la\n"
     "registra fra gli host noti. --prova-host prova una per una le operazioni sull'host;\n"
     "il programma VB0001 è solo cercato, PROGRAMMA è avviato senza parametri.\n"
+    "\n"
+    "Variabili d'ambiente:\n"
+    "  NEXARO_TRASPORTO        come si raggiunge l'host: ssh (se manca), cartella\n"
+    "  NEXARO_POSTAZIONE       l'identificativo della postazione\n"
+    "  NEXARO_CARTELLA_LOCALE  la cartella di lavoro, dell'utente e chiusa agli altri\n"
+    "  NEXARO_ATTESA           il limite di ogni attesa dell'host, in secondi (60)\n"
+    "  NEXARO_SSH_PORTA        la porta del servizio SSH (22)\n"
+    "  NEXARO_SSH_UTENTE       l'utente sull'host\n"
+    "  NEXARO_SSH_CHIAVE       il file della chiave privata; senza, l'agente e ~/.ssh\n"
+    "  NEXARO_SSH_NOTI         il file degli host noti (~/.ssh/known_hosts)\n"
+    "  NEXARO_PROGRAMMI        la cartella dei programmi sull'host\n"
+    "  NEXARO_CODIFICA         la codifica dei testi dell'host (UTF-8)\n"
+    "  NEXARO_RADICE           con cartella: la cartella che fa da host\n"
+    "  LUMOSCAD_ATTESA_SQL     il limite di un'istruzione alla base dati, in secondi (60)\n"
+    "  SSH_AUTH_SOCK           l'agente delle chiavi\n"
+    "  DISPLAY                 lo schermo X11\n"
+    "  WAYLAND_DISPLAY         lo schermo Wayland\n"
+    "  QT_QPA_PLATFORM         la piattaforma che Qt deve usare\n"
     "\n"
     "Stato d'uscita: 0 riuscito, 1 errore, 2 uso errato, 3 finestra chiusa senza variazioni.\n"
     "\n"
@@ -131,7 +149,8 @@ int main(int numero, char** vettore) {
   lumoscad::VietaImmagineDiMemoria();
   const auto argomenti = std::span<char* const>(vettore, static_cast<std::size_t>(numero)).subspan(numero > 0 ? 1 : 0);
   const std::string_view primo = argomenti.empty() ? std::string_view() : argomenti.front();
-  if (argomenti.size() == 1 && primo == "--aiuto") {
+  // -h with a value behind it is the host of a command.
+  if (argomenti.size() == 1 && (primo == "--aiuto" || primo == "-h")) {
     return Scrivi(uso, 0);
   }
   if (argomenti.size() == 1 && primo == "--versione") {

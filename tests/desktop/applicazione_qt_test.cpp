@@ -4,11 +4,18 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDialog>
+#include <QDir>
+#include <QLibraryInfo>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace lumoscad::qt {
 namespace {
@@ -30,13 +37,13 @@ class Variabile {
   bool cera_;
 };
 
-void AttendiSenzaSchermo() {
+void AttendiSenzaSchermo(const std::string& parola = "nessuno schermo") {
   try {
     static_cast<void>(CreaDesktop());
     FAIL() << "a desktop without a display";
   } catch (const ErroreRuntime& errore) {
     EXPECT_EQ(errore.Numero(), errori::Driver);
-    EXPECT_NE(errore.Descrizione().find("schermo"), std::string::npos);
+    EXPECT_NE(errore.Descrizione().find(parola), std::string::npos) << errore.Descrizione();
   }
   EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
@@ -54,6 +61,30 @@ TEST(Applicazione, ADisplayThatNobodyServesIsNoDisplay) {
   AttendiSenzaSchermo();
   const Variabile predefinita("QT_QPA_PLATFORM", nullptr);
   const Variabile wayland("WAYLAND_DISPLAY", "nessuno-0");
+  AttendiSenzaSchermo();
+}
+
+TEST(Applicazione, AWaylandDisplayWithoutQtsPluginForItIsNamedAsSuch) {
+  const QDir plugin(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
+  if (!plugin.entryList({QStringLiteral("libqwayland*")}).isEmpty()) {
+    GTEST_SKIP() << "Qt's plugin for Wayland is installed here";
+  }
+  const QTemporaryDir esecuzione;
+  const QByteArray presa = esecuzione.filePath(QStringLiteral("wayland-0")).toLocal8Bit();
+  sockaddr_un indirizzo{};
+  indirizzo.sun_family = AF_UNIX;
+  std::strncpy(indirizzo.sun_path, presa.constData(), sizeof indirizzo.sun_path - 1);
+  const int servente = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(::bind(servente, reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo), 0);
+  ASSERT_EQ(::listen(servente, 8), 0);
+  const Variabile cartella("XDG_RUNTIME_DIR", esecuzione.path().toLocal8Bit().constData());
+  const Variabile wayland("WAYLAND_DISPLAY", "wayland-0");
+  const Variabile x11("DISPLAY", nullptr);
+  const Variabile predefinita("QT_QPA_PLATFORM", nullptr);
+  AttendiSenzaSchermo("plugin di Qt per Wayland (qt6-wayland)");
+  const Variabile chiesta("QT_QPA_PLATFORM", "wayland");
+  AttendiSenzaSchermo("plugin di Qt per Wayland (qt6-wayland)");
+  ::close(servente);
   AttendiSenzaSchermo();
 }
 

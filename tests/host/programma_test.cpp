@@ -1,14 +1,17 @@
 // What the program keeps to itself, and what the library leaves to the program that loads it.
 
 #include "Banco.hpp"
+#include "Riservatezza.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "lumoscad/Riservatezza.hpp"
 
 #include <algorithm>
 #include <array>
 #include <csignal>
 #include <fcntl.h>
+#include <filesystem>
 #include <gmock/gmock.h>
+#include <regex>
+#include <set>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -233,12 +236,33 @@ TEST_F(ProgrammaLumoscad, ReadsACommandWithoutItsLineEnd) {
 TEST_F(ProgrammaLumoscad, TellsHowItIsUsed) {
   EXPECT_EQ(Esegui({"--aiuto"}), 0);
   EXPECT_THAT(uscite, StartsWith("Uso: lumoscad COMANDO...\n"));
+  const std::string aiuto = uscite;
+  EXPECT_EQ(Esegui({"-h"}), 0) << "alone it is no host";
+  EXPECT_EQ(uscite, aiuto);
+  EXPECT_EQ(Esegui({"-h", "10.0.0.1"}), 0) << "the host of a command without a type";
+  EXPECT_EQ(uscite, "");
   EXPECT_EQ(Esegui({"--versione"}), 0);
   EXPECT_THAT(uscite, testing::MatchesRegex("lumoscad [0-9]+\\.[0-9]+\\.[0-9]+\n"));
   for (const std::vector<std::string>& argomenti :
        {std::vector<std::string>{}, {"--altro"}, {"--aiuto", "x"}, {"--versione", "x"}, {"--registra-host"}}) {
     EXPECT_EQ(Esegui(argomenti), 2);
     EXPECT_THAT(uscite, StartsWith("Uso: lumoscad COMANDO...\n"));
+  }
+}
+
+TEST_F(ProgrammaLumoscad, NamesEveryEnvironmentVariableInItsHelp) {
+  EXPECT_EQ(Esegui({"--aiuto"}), 0);
+  std::set<std::string> nomi{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SSH_AUTH_SOCK"};
+  static const std::regex variabile("\"((NEXARO|LUMOSCAD)_[A-Z_]+)\"");
+  for (const auto& voce : std::filesystem::recursive_directory_iterator(LUMOSCAD_SORGENTI)) {
+    const std::string testo = voce.is_regular_file() ? prove::Leggi(voce.path().string()) : "";
+    for (std::sregex_iterator trovata(testo.begin(), testo.end(), variabile), fine; trovata != fine; ++trovata) {
+      nomi.insert((*trovata)[1]);
+    }
+  }
+  EXPECT_GE(nomi.size(), 14U) << "the sources were looked through";
+  for (const std::string& nome : nomi) {
+    EXPECT_THAT(uscite, HasSubstr("\n  " + nome + " ")) << nome;
   }
 }
 

@@ -41,11 +41,16 @@ bool X11Raggiungibile() {
   return riuscita;
 }
 
-bool WaylandRaggiungibile() {
-#ifdef Q_OS_UNIX
+bool HaPluginWayland() {
   const QDir plugin(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
+  return !plugin.entryList({QStringLiteral("libqwayland*")}).isEmpty();
+}
+
+/// A Wayland server answers, whether or not Qt can speak with it.
+bool WaylandRisponde() {
+#ifdef Q_OS_UNIX
   const QString nome = qEnvironmentVariable("WAYLAND_DISPLAY");
-  if (nome.isEmpty() || plugin.entryList({QStringLiteral("libqwayland*")}).isEmpty()) {
+  if (nome.isEmpty()) {
     return false;
   }
   const QByteArray percorso = QDir(qEnvironmentVariable("XDG_RUNTIME_DIR")).filePath(nome).toLocal8Bit();
@@ -67,7 +72,16 @@ bool WaylandRaggiungibile() {
 #endif
 }
 
+bool WaylandRaggiungibile() {
+  return HaPluginWayland() && WaylandRisponde();
+}
+
 [[noreturn]] void SenzaSchermo() {
+  if (!HaPluginWayland() && WaylandRisponde()) {
+    throw ErroreRuntime(errori::Driver,
+                        "Impossibile aprire la finestra: lo schermo è di Wayland, e manca il plugin di Qt "
+                        "per Wayland (qt6-wayland). Installarlo, o aprire uno schermo X11 (DISPLAY).");
+  }
   throw ErroreRuntime(errori::Driver, "Impossibile aprire la finestra: nessuno schermo raggiungibile. "
                                       "Controllare DISPLAY, WAYLAND_DISPLAY o QT_QPA_PLATFORM.");
 }

@@ -1,4 +1,4 @@
-#include "lumoscad/Riservatezza.hpp"
+#include "Riservatezza.hpp"
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
