@@ -21,7 +21,7 @@ constexpr int TastoInvio = 13;
 /// Names the window that is showing, for as long as it does.
 class Mostrata {
  public:
-  Mostrata(const FinestraElenco*& posto, const FinestraElenco& finestra) : posto_(posto) { posto_ = &finestra; }
+  Mostrata(const FinestraElenco*& posto, const FinestraElenco& finestra) : posto_(posto = &finestra) {}
   Mostrata(const Mostrata&) = delete;
   Mostrata& operator=(const Mostrata&) = delete;
   ~Mostrata() { posto_ = nullptr; }
