@@ -35,6 +35,20 @@ std::string RigaOra() {
          "   Ora : " + ConZeri(t.ora, 2) + ":" + ConZeri(t.minuto, 2);
 }
 
+/// The two lines of a lock. One that is longer than what was read of it is held, whatever its first line: by the first
+/// line that says something.
+std::vector<std::string> RigheDelBlocco(InizioLocale inizio) {
+  auto& righe = inizio.righe;
+  if (inizio.continua) {
+    righe.erase(righe.begin(), std::find_if(righe.begin(), righe.end(), MaggioreDiSpazio));
+    if (righe.empty()) {
+      righe.emplace_back("un blocco di oltre 64 KiB");
+    }
+  }
+  righe.resize(2);
+  return std::move(righe);
+}
+
 } // namespace
 
 std::string TogliSpazi(std::string_view testo) {
@@ -52,11 +66,11 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   Prosegui([&] { CancellaFileLocale(locale); });
   Prosegui([&] {
     std::string testo;
-    servizi().hostLink().RiceviFile(hostIP, remoto, locale, testo);
+    // One byte more tells whether it is longer than what is read of it.
+    servizi().hostLink().RiceviInizio(hostIP, remoto, locale, MassimoLetto + 1, testo);
   });
   Prosegui([&] {
-    std::vector<std::string> righe = LeggiRigheLocali(locale);
-    righe.resize(2);
+    std::vector<std::string> righe = RigheDelBlocco(LeggiInizioLocale(locale));
     riga1 = std::move(righe[0]);
     riga2 = std::move(righe[1]);
   });

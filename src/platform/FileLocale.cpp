@@ -10,9 +10,6 @@
 namespace lumoscad {
 namespace {
 
-/// What is read of a file: the two lines of a lock need far less, whatever the host has put into it.
-constexpr std::size_t MassimoLetto = std::size_t{64} * 1024;
-
 /// A file descriptor that closes itself.
 class Descrittore {
  public:
@@ -87,9 +84,9 @@ void FaiPosto(const std::string& percorso) {
   }
 }
 
-/// The first bytes of an open file.
+/// The first bytes of an open file, and one more where it is longer.
 std::string Inizio(const Descrittore& file, const std::string& percorso) {
-  std::string inizio(MassimoLetto, '\0');
+  std::string inizio(MassimoLetto + 1, '\0');
   std::size_t quanti = 0;
   while (quanti < inizio.size()) {
     const auto letti = ::read(file.Numero(), inizio.data() + quanti, inizio.size() - quanti);
@@ -155,7 +152,7 @@ void ScriviFileLocale(const std::string& percorso, std::string_view contenuto) {
   }
 }
 
-std::vector<std::string> LeggiRigheLocali(const std::string& percorso) {
+InizioLocale LeggiInizioLocale(const std::string& percorso) {
   RichiediPercorso("leggere", percorso);
   // Without waiting: a pipe in the file's place must not hold the caller up.
   const Descrittore file(::open(percorso.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
@@ -166,7 +163,8 @@ std::vector<std::string> LeggiRigheLocali(const std::string& percorso) {
   if (!S_ISREG(stato.st_mode)) {
     Fallito("leggere", percorso, S_ISDIR(stato.st_mode) ? EISDIR : EINVAL);
   }
-  return Righe(Inizio(file, percorso));
+  const auto inizio = Inizio(file, percorso);
+  return {Righe(std::string_view(inizio).substr(0, MassimoLetto)), inizio.size() > MassimoLetto};
 }
 
 void CancellaFileLocale(const std::string& percorso) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,9 +12,19 @@ namespace lumoscad {
 /// is not there.
 void ScriviFileLocale(const std::string& percorso, std::string_view contenuto);
 
-/// The lines of the first 64 KiB of a local file, without their line ends. A symbolic link, and whatever else is no
-/// ordinary file, is refused. Raises error 53 when it is not there, 75 otherwise.
-[[nodiscard]] std::vector<std::string> LeggiRigheLocali(const std::string& percorso);
+/// How much of a local file is read, in bytes: the two lines of a lock need far less, whatever the host has put into
+/// it.
+inline constexpr std::size_t MassimoLetto = std::size_t{64} * 1024;
+
+/// The beginning of a local file.
+struct InizioLocale {
+  std::vector<std::string> righe; ///< the lines of its first `MassimoLetto` bytes, without their line ends
+  bool continua = false;          ///< the file is longer
+};
+
+/// Reads the beginning of a local file. A symbolic link, and whatever else is no ordinary file, is refused. Raises
+/// error 53 when it is not there, 75 otherwise.
+[[nodiscard]] InizioLocale LeggiInizioLocale(const std::string& percorso);
 
 /// Deletes a local file. Raises error 53 when it is not there, 75 otherwise.
 void CancellaFileLocale(const std::string& percorso);

@@ -164,6 +164,27 @@ TEST_F(Cartella, APipeInTheFilesPlaceIsRefusedWithoutWaiting) {
   EXPECT_THAT(errore.Descrizione(), HasSubstr("non è un file ordinario"));
 }
 
+TEST_F(Cartella, BeginningOfAFileIsReceivedWhateverItsSize) {
+  const std::string lungo(200000, 'y');
+  for (const std::size_t dimensione : {0U, 10U, 65537U, 65538U, 200000U}) {
+    prove::Scrivi(base / "host/tmp/VBX", lungo.substr(0, dimensione));
+    collegamento->RiceviInizio("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
+    EXPECT_EQ(prove::Leggi(base / "locale/VBX"), lungo.substr(0, std::min<std::size_t>(dimensione, 65537)));
+  }
+  std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{1} << 30U);
+  collegamento->RiceviInizio("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
+  EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), 65537U);
+}
+
+TEST_F(Cartella, FileThatTakesTooLongIsNotReceived) {
+  prove::Scrivi(base / "host/tmp/VBX", "x");
+  std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{16} * 1024 * 1024);
+  collegamento.emplace(base / "host", 1ms);
+  const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("»: il trasferimento non è finito entro 0,001 secondi."));
+  EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
+}
+
 TEST_F(Cartella, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
   EXPECT_NO_THROW(collegamento->CancellaFile("h", "/tmp/manca"));
   std::filesystem::create_directory(base / "host/tmp/cartella");

@@ -81,10 +81,10 @@ TEST_F(LocalFile, ReplacesAFileThatIsOpenToOthersOrAnothersByOneOfItsOwn) {
 
 TEST_F(LocalFile, NeitherWaitsForAPipeNorReadsOne) {
   ASSERT_EQ(::mkfifo((cartella / "T01").c_str(), 0666), 0);
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiRigheLocali(cartella / "T01")); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiInizioLocale(cartella / "T01")); }).Descrizione(),
               HasSubstr("Impossibile leggere"));
   ScriviFileLocale(cartella / "T01", "nuovo");
-  EXPECT_THAT(LeggiRigheLocali(cartella / "T01"), ElementsAre("nuovo"));
+  EXPECT_THAT(LeggiInizioLocale(cartella / "T01").righe, ElementsAre("nuovo"));
 }
 
 TEST_F(LocalFile, IsRefusedWhereADirectoryStands) {
@@ -96,10 +96,10 @@ TEST_F(LocalFile, IsRefusedWhereADirectoryStands) {
 TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
   prove::Scrivi(cartella / "segreto", "altrui\n");
   std::filesystem::create_symlink(cartella / "segreto", cartella / "T01");
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiRigheLocali(cartella / "T01")); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiInizioLocale(cartella / "T01")); }).Descrizione(),
               HasSubstr("collegamento simbolico"));
   prove::Scrivi(cartella / "enorme", "riga\r\n" + std::string(50'000'000, 'x'));
-  const auto righe = LeggiRigheLocali(cartella / "enorme");
+  const auto righe = LeggiInizioLocale(cartella / "enorme").righe;
   ASSERT_THAT(righe, SizeIs(2));
   EXPECT_EQ(righe[0], "riga");
   EXPECT_LE(righe[1].size(), 65536U);
@@ -108,7 +108,8 @@ TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
 TEST_F(LocalFile, NameIsNotCutAtAZeroByte) {
   const std::string nome = cartella / std::string("T01\0.txt", 8);
   EXPECT_THAT(Rifiuto(nome), HasSubstr("carattere nullo"));
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiRigheLocali(nome)); }).Descrizione(), HasSubstr("carattere nullo"));
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiInizioLocale(nome)); }).Descrizione(),
+              HasSubstr("carattere nullo"));
   EXPECT_THAT(ErroreDi([&] { CancellaFileLocale(nome); }).Descrizione(), HasSubstr("carattere nullo"));
   EXPECT_FALSE(std::filesystem::exists(cartella / "T01"));
 }

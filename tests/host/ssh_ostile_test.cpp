@@ -69,6 +69,37 @@ TEST_F(SshOstile, FileThatIsLongerThanItWasSaidToBeIsGivenUpAndTheConnectionGoes
   EXPECT_EQ(server->Processi(), prima);
 }
 
+TEST_F(SshOstile, FileThatComesPieceByPieceIsGivenUpAtTheEndOfOneWait) {
+  Servizio("goccia");
+  impostazioni.attesa = std::chrono::seconds(2);
+  Collega();
+  const auto inizio = std::chrono::steady_clock::now();
+  EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),
+              HasSubstr("»: il trasferimento non è finito entro 2 secondi; il file non è stato ricevuto. "));
+  EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(12));
+}
+
+TEST_F(SshOstile, BeginningOfAFileIsReceivedWhateverItsSize) {
+  static constexpr std::size_t Inizio = 65537;
+  const auto ricevi = [this](const std::string& remoto) {
+    collegamento->RiceviInizio(Host, remoto, base / "locale/VBX", Inizio, testo);
+    return prove::Leggi(base / "locale/VBX");
+  };
+  const std::string lungo(200000, 'y');
+  for (const std::size_t dimensione : {std::size_t{0}, std::size_t{10}, Inizio - 1, Inizio, Inizio + 1, lungo.size()}) {
+    prove::Scrivi(base / "host/VBX", lungo.substr(0, dimensione));
+    EXPECT_EQ(ricevi(base / "host/VBX"), lungo.substr(0, std::min(dimensione, Inizio)));
+  }
+  for (const auto* modo : {"fiume", "annuncio"}) {
+    Servizio(modo);
+    Collega();
+    EXPECT_EQ(ricevi("/tmp/VBX"), std::string(Inizio, 'x')) << modo;
+    const auto prima = server->Processi();
+    collegamento->CancellaFile(Host, "/tmp/VBX");
+    EXPECT_EQ(server->Processi(), prima) << "over the same connection";
+  }
+}
+
 TEST_F(SshOstile, AnswerOfImpossibleLengthIsNotWaitedFor) {
   Servizio("pacchetto");
   EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),

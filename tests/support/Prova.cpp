@@ -94,6 +94,15 @@ void HostRegistrato::EseguiProgramma(std::string_view indirizzo, std::string_vie
   destinatario.Consegna(xml::Leggi(risposta));
 }
 
+void HostRegistrato::RiceviInizio(std::string_view indirizzo, std::string_view remoto, std::string_view locale,
+                                  std::size_t massimo, std::string& testo) {
+  massimi.push_back(massimo);
+  RiceviFile(indirizzo, remoto, locale, testo);
+  if (std::filesystem::file_size(locale) > massimo) {
+    std::filesystem::resize_file(locale, massimo);
+  }
+}
+
 void HostRegistrato::RiceviFile(std::string_view indirizzo, std::string_view remoto, std::string_view locale,
                                 std::string&) {
   Annota(indirizzo, "Ricevi " + std::string(remoto));

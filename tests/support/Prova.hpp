@@ -46,6 +46,7 @@ class HostRegistrato final : public nexaro::HostLink {
   std::vector<std::string> host;                  ///< the address of every operation
   std::vector<std::vector<std::string>> chiamate; ///< the parameters of every program call
   std::vector<std::string> inviati;               ///< the bytes of every upload
+  std::vector<std::size_t> massimi;               ///< how many bytes of a file were asked for, each time
   std::string risposta = "<RISPOSTA><MESSAGGIO></MESSAGGIO></RISPOSTA>"; ///< the program's XML answer
   /// Raises what an operation is to fail with; called with the operation's text before it has any effect.
   std::function<void(const std::string& operazione)> guasto;
@@ -54,6 +55,8 @@ class HostRegistrato final : public nexaro::HostLink {
                        const std::vector<std::string>& parametri, nexaro::XMLParser& destinatario) override;
   void RiceviFile(std::string_view indirizzo, std::string_view remoto, std::string_view locale,
                   std::string& testo) override;
+  void RiceviInizio(std::string_view indirizzo, std::string_view remoto, std::string_view locale, std::size_t massimo,
+                    std::string& testo) override;
   void InviaFile(std::string_view indirizzo, std::string_view locale, std::string_view remoto) override;
   void RinominaFile(std::string_view indirizzo, std::string_view remoto, std::string_view nuovo,
                     std::string& testo) override;

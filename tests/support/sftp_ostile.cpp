@@ -10,6 +10,7 @@
 //            is taken
 // pacchetto  an answer is announced as one of 1 GiB
 // maniglia   an opened file has a handle of 200,000 bytes
+// goccia     every file is said to be small, and never ends; each piece of it takes its time
 
 #include <cerrno>
 #include <cstdint>
@@ -29,7 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum class Modo { Fiume, Annuncio, Valanga, Pacchetto, Maniglia };
+enum class Modo { Fiume, Annuncio, Valanga, Pacchetto, Maniglia, Goccia };
 
 enum Tipo : unsigned char {
   Presentazione = 1,
@@ -116,6 +117,9 @@ std::string Risposta(Modo modo, const std::string& richiesta) {
   case Apertura:
     return Pacchetto(Handle, numero + Testo(std::string(modo == Modo::Maniglia ? 200000 : 1, 'h')));
   case Lettura:
+    if (modo == Modo::Goccia) {
+      ::usleep(300000);
+    }
     return Pacchetto(
         Dati, numero + Testo(std::string(Numero(std::string_view(richiesta).substr(richiesta.size() - 4)), 'x')));
   default:
@@ -166,14 +170,12 @@ void Servi(Modo modo, const fs::path& cartella) {
 } // namespace
 
 int main(int numero, char** argomenti) {
-  const std::map<std::string, Modo> modi{{"fiume", Modo::Fiume},
-                                         {"annuncio", Modo::Annuncio},
-                                         {"valanga", Modo::Valanga},
-                                         {"pacchetto", Modo::Pacchetto},
-                                         {"maniglia", Modo::Maniglia}};
+  const std::map<std::string, Modo> modi{{"fiume", Modo::Fiume},       {"annuncio", Modo::Annuncio},
+                                         {"valanga", Modo::Valanga},   {"pacchetto", Modo::Pacchetto},
+                                         {"maniglia", Modo::Maniglia}, {"goccia", Modo::Goccia}};
   const auto modo = numero >= 2 ? modi.find(argomenti[1]) : modi.end();
   if (modo == modi.end() || (modo->second == Modo::Valanga && numero != 3)) {
-    std::fputs("uso: sftp_ostile fiume|annuncio|valanga|pacchetto|maniglia [CARTELLA]\n", stderr);
+    std::fputs("uso: sftp_ostile fiume|annuncio|valanga|pacchetto|maniglia|goccia [CARTELLA]\n", stderr);
     return 2;
   }
   Servi(modo->second, numero == 3 ? argomenti[2] : "");

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <tuple>
+#include <vector>
 
 using namespace lumoscad;
 using testing::Each;
@@ -72,6 +74,37 @@ TEST_F(Blocco, UnaPrimaRigaInBiancoContaComeLibera) {
     EXPECT_EQ(BloccaArea("h", "CREDITI"), "") << contenuto;
     EXPECT_EQ(banco_.host.file["/tmp/VBCREDITI"], "Utente : T01\r\nData : 05/03/2006   Ora : 14:07\r\n");
   }
+}
+
+TEST_F(Blocco, UnBloccoDiOltre64KiBNonEMaiLibero) {
+  const std::string lungo(65536, ' ');
+  for (const auto& [contenuto, riga1, riga2] :
+       {std::tuple<std::string, std::string, std::string>{"\r\n \r\nUtente : T02\r\nieri\r\n" + lungo, "Utente : T02",
+                                                          "ieri"},
+        {lungo + "Utente : T02\r\n", "un blocco di oltre 64 KiB", ""},
+        {std::string(65537, '\n'), "un blocco di oltre 64 KiB", ""},
+        {std::string(65537, '\0'), "un blocco di oltre 64 KiB", ""},
+        {"Utente : T02\r\n\r\n" + lungo, "Utente : T02", ""}}) {
+    banco_.desktop.box.clear();
+    banco_.host.file["/tmp/VBDEBITI"] = contenuto;
+    EXPECT_EQ(BloccaArea("h", "DEBITI"), riga1);
+    EXPECT_THAT(banco_.desktop.box,
+                ElementsAre("Area DEBITI in manutenzione presso un altro terminale\r" + riga1 + "\r" + riga2));
+    EXPECT_EQ(banco_.host.file["/tmp/VBDEBITI"], contenuto);
+  }
+  EXPECT_THAT(banco_.host.inviati, IsEmpty());
+}
+
+TEST_F(Blocco, UnBloccoDi64KiBEsattiSegueLaSuaPrimaRiga) {
+  banco_.host.file["/tmp/VBDEBITI"] = std::string(65536, ' ');
+  EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
+  banco_.host.file["/tmp/VBDEBITI"] = "Utente : T02\r\n" + std::string(65522, ' ');
+  EXPECT_EQ(BloccaArea("h", "DEBITI"), "Utente : T02");
+}
+
+TEST_F(Blocco, DiUnBloccoSiRicevonoSoloIPrimi64KiB) {
+  EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
+  EXPECT_EQ(banco_.host.massimi, (std::vector<std::size_t>{65537})) << "one more tells that it is longer";
 }
 
 TEST_F(Blocco, UnBloccoDiUnaSolaRigaMostraVuotaLaSeconda) {

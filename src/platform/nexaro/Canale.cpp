@@ -46,14 +46,14 @@ void Canale::ChiudiIngresso() {
   ssh_channel_send_eof(canale_.get());
 }
 
-void Canale::Scrivi(std::string_view dati) {
-  auto termine = sessione_.NuovoTermine();
+void Canale::Scrivi(std::string_view dati, std::optional<Termine> limite) {
+  auto termine = limite.value_or(sessione_.NuovoTermine());
   while (!dati.empty()) {
     const auto lunghezza = static_cast<uint32_t>(std::min<std::size_t>(dati.size(), std::size_t{1} << 20U));
     const int scritti = chiuso ? SSH_ERROR : ssh_channel_write(canale_.get(), dati.data(), lunghezza);
     if (scritti > 0) {
       dati.remove_prefix(static_cast<std::size_t>(scritti));
-      termine = sessione_.NuovoTermine();
+      termine = limite.value_or(sessione_.NuovoTermine());
       continue;
     }
     if (scritti != 0 && scritti != SSH_AGAIN) {

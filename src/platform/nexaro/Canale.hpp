@@ -28,8 +28,9 @@ class Canale {
   /// Ends the program's standard input.
   void ChiudiIngresso();
 
-  /// Hands all of `dati` to the connection; each time that something got through, the wait begins anew.
-  void Scrivi(std::string_view dati);
+  /// Hands all of `dati` to the connection, at most until `limite`; where there is none, the wait begins anew each time
+  /// that something got through.
+  void Scrivi(std::string_view dati, std::optional<Termine> limite = std::nullopt);
 
   /// Asks the host to kill the program, as far as the host does such a thing.
   void Uccidi();

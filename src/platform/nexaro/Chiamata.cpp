@@ -24,6 +24,10 @@ constexpr int StatoNonEseguibile = 126;
 
 } // namespace
 
+std::string MotivoTroppoLento(std::chrono::milliseconds attesa) {
+  return "il trasferimento non è finito entro " + Secondi(attesa);
+}
+
 void VerificaPercorso(std::string_view remoto) {
   if (!remoto.starts_with('/') || HaRisalite(remoto) || remoto.find('\0') != std::string_view::npos) {
     throw ErroreRuntime(errori::AccessoAlFile, "Percorso dell'host non ammesso: " + Cita(remoto) + ".");

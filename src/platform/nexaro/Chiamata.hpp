@@ -4,6 +4,7 @@
 #include "platform/nexaro/HostLink.hpp"
 #include "platform/xml/Nodo.hpp"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -20,6 +21,9 @@ inline constexpr std::size_t MassimoErroriMostrati = 2000;
 inline constexpr std::uint64_t MassimoRicevuto = xml::DimensioneMassima;
 /// Why a larger one is refused; fits behind a colon.
 inline constexpr const char* MotivoTroppoGrande = "il file supera i 16 MiB ammessi";
+
+/// Why a download that was not over at the end of the wait is given up; fits behind a colon.
+[[nodiscard]] std::string MotivoTroppoLento(std::chrono::milliseconds attesa);
 
 /// Raises a run-time error unless `remoto` is an absolute path of the host without ".." and null characters.
 void VerificaPercorso(std::string_view remoto);

@@ -82,9 +82,19 @@ void CollegamentoCartella::EseguiProgramma(std::string_view host, std::string_vi
 
 void CollegamentoCartella::RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale,
                                       std::string& testo) {
+  Ricevi(host, remoto, locale, {MassimoRicevuto, false}, testo);
+}
+
+void CollegamentoCartella::RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale,
+                                        std::size_t massimo, std::string& testo) {
+  Ricevi(host, remoto, locale, {massimo, true}, testo);
+}
+
+void CollegamentoCartella::Ricevi(std::string_view host, std::string_view remoto, std::string_view locale,
+                                  const Misura& misura, std::string& testo) const {
   const auto operazione = "Ricezione del file " + Cita(remoto) + SullHost(host) + " in " + Cita(locale);
   testo.clear();
-  CopiaFile(PercorsoRemoto(remoto), std::string(locale), ModoLocale, operazione, MassimoRicevuto);
+  CopiaFile(PercorsoRemoto(remoto), std::string(locale), ModoLocale, operazione, misura, attesa_);
 }
 
 void CollegamentoCartella::InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) {

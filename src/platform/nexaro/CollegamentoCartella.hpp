@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/nexaro/File.hpp"
 #include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/RicercaProgramma.hpp"
 
@@ -18,6 +19,8 @@ class CollegamentoCartella final : public HostLink, public RicercaProgramma {
   void EseguiProgramma(std::string_view host, std::string_view programma, const std::vector<std::string>& parametri,
                        XMLParser& risposta) override;
   void RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale, std::string& testo) override;
+  void RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale, std::size_t massimo,
+                    std::string& testo) override;
   void InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) override;
   void RinominaFile(std::string_view host, std::string_view remoto, std::string_view nuovo,
                     std::string& testo) override;
@@ -25,6 +28,8 @@ class CollegamentoCartella final : public HostLink, public RicercaProgramma {
   [[nodiscard]] std::string CercaProgramma(std::string_view host, std::string_view programma) override;
 
  private:
+  void Ricevi(std::string_view host, std::string_view remoto, std::string_view locale, const Misura& misura,
+              std::string& testo) const;
   [[nodiscard]] std::string PercorsoRemoto(std::string_view remoto) const;
 
   std::string radice_;

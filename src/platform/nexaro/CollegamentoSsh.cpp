@@ -174,6 +174,16 @@ void CollegamentoSsh::InviaFile(std::string_view host, std::string_view locale, 
 
 void CollegamentoSsh::RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale,
                                  std::string& testo) {
+  Ricevi(host, remoto, locale, {MassimoRicevuto, false}, testo);
+}
+
+void CollegamentoSsh::RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale,
+                                   std::size_t massimo, std::string& testo) {
+  Ricevi(host, remoto, locale, {massimo, true}, testo);
+}
+
+void CollegamentoSsh::Ricevi(std::string_view host, std::string_view remoto, std::string_view locale,
+                             const Misura& misura, std::string& testo) {
   const SenzaSigpipe senzaSigpipe;
   const auto operazione = "Ricezione del file " + Cita(remoto) + SullHost(host) + " in " + Cita(locale);
   testo.clear();
@@ -183,7 +193,7 @@ void CollegamentoSsh::RiceviFile(std::string_view host, std::string_view remoto,
       std::string(host), operazione,
       [&](Sftp& sftp) {
         FileProvvisorio copia(destinazione, ModoLocale, operazione);
-        Scarica(sftp, percorso, MassimoRicevuto, [&](std::string_view dati) {
+        Scarica(sftp, percorso, misura, [&](std::string_view dati) {
           const auto& codifica = impostazioni_.codifica;
           copia.Scrivi(codifica.IsUtf8() ? std::string(dati) : codifica.DallHostTollerante(dati), operazione);
         });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/nexaro/File.hpp"
 #include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
 #include "platform/nexaro/RicercaProgramma.hpp"
@@ -28,6 +29,8 @@ class CollegamentoSsh final : public HostLink, public RicercaProgramma {
   void EseguiProgramma(std::string_view host, std::string_view programma, const std::vector<std::string>& parametri,
                        XMLParser& risposta) override;
   void RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale, std::string& testo) override;
+  void RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale, std::size_t massimo,
+                    std::string& testo) override;
   void InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) override;
   /// Replaces what has the new name where the host can do that in one step, as an OpenSSH server can; elsewhere a name
   /// that is taken is refused.
@@ -41,6 +44,8 @@ class CollegamentoSsh final : public HostLink, public RicercaProgramma {
   /// Settles what is to be said when the connection was lost in the middle; the argument is the reason.
   using Ripiego = std::function<void(const std::string&)>;
 
+  void Ricevi(std::string_view host, std::string_view remoto, std::string_view locale, const Misura& misura,
+              std::string& testo);
   ConnessioneSsh& Connetti(const std::string& host);
   Sftp& FilePronti(const std::string& host);
   [[nodiscard]] std::unique_ptr<Canale> CanalePronto(const std::string& host);

@@ -115,17 +115,26 @@ std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const 
 }
 
 void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
-               std::uint64_t massimo) {
+               const Misura& misura, std::optional<std::chrono::milliseconds> attesa) {
+  const auto termine = Orologio::now() + attesa.value_or(std::chrono::milliseconds(0));
   const auto ingresso = ApriOrdinario(sorgente, operazione);
   FileProvvisorio copia(destinazione, modo, operazione);
   std::array<char, 65536> tampone;
-  std::uint64_t copiati = 0;
+  auto resta = misura.massimo;
   for (std::size_t letti = 0; (letti = LeggiBlocco(ingresso, tampone, operazione)) > 0;) {
-    copiati += letti;
-    if (copiati > massimo) {
+    if (attesa && TempoRestante(termine).count() == 0) {
+      throw ErroreLink(operazione + ": " + MotivoTroppoLento(*attesa) + ".");
+    }
+    const bool troppi = letti > resta;
+    if (troppi && !misura.tronca) {
       throw ErroreLink(operazione + ": " + MotivoTroppoGrande + ".");
     }
-    copia.Scrivi({tampone.data(), letti}, operazione);
+    const auto copiati = troppi ? static_cast<std::size_t>(resta) : letti;
+    copia.Scrivi({tampone.data(), copiati}, operazione);
+    resta -= copiati;
+    if (troppi) {
+      break;
+    }
   }
   copia.Pubblica(destinazione, operazione);
 }

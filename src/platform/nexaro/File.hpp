@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/nexaro/Descrittore.hpp"
+#include "platform/nexaro/Termine.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -45,9 +47,15 @@ class FileProvvisorio {
 /// Reads up to the size of `tampone`; 0 at the end of the file.
 [[nodiscard]] std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const std::string& operazione);
 
-/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole or not at all; of more than `massimo`
-/// bytes it does not. `modo` holds the permissions before the umask.
+/// How much of a file is copied.
+struct Misura {
+  std::uint64_t massimo = std::numeric_limits<std::uint64_t>::max(); ///< in bytes
+  bool tronca = false; ///< of a longer file the beginning is copied; otherwise it is refused
+};
+
+/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole, as far as `misura` goes, or not at all.
+/// `modo` holds the permissions before the umask. Where `attesa` is set, no more time than that may pass.
 void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
-               std::uint64_t massimo = std::numeric_limits<std::uint64_t>::max());
+               const Misura& misura = {}, std::optional<std::chrono::milliseconds> attesa = std::nullopt);
 
 } // namespace lumoscad::nexaro

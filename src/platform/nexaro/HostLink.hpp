@@ -2,6 +2,7 @@
 
 #include "platform/xml/Nodo.hpp"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -53,6 +54,12 @@ class HostLink {
   /// Copies the host's file `remoto` to the local path `locale`; a missing file is a failure.
   virtual void RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale,
                           std::string& testo) = 0;
+  /// Copies the first `massimo` bytes of the host's file `remoto`, or the whole where it is no longer, as `RiceviFile`
+  /// does. A link that cannot receive a part receives the whole.
+  virtual void RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale,
+                            std::size_t /*massimo*/, std::string& testo) {
+    RiceviFile(host, remoto, locale, testo);
+  }
   /// Copies the local file `locale` to the host's path `remoto`, replacing what is there.
   virtual void InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) = 0;
   /// Renames a file on the host in one step; `testo` receives the host's text, if any.

@@ -181,7 +181,7 @@ std::uint32_t Sftp::Chiedi(std::uint8_t tipo, const CorpoSftp& corpo, std::strin
   pacchetto += corpo.Byte();
   pacchetto += dati;
   attese_.insert(numero);
-  canale_.Scrivi(pacchetto);
+  canale_.Scrivi(pacchetto, comune_);
   return numero;
 }
 
@@ -194,12 +194,25 @@ Sftp::Risposta Sftp::Attendi(std::uint32_t numero, Termine termine) {
     if (canale_.finita) {
       throw ConnessionePersa("il servizio SFTP dell'host si è chiuso");
     }
-    canale_.Serve(termine);
+    Serve(termine);
   }
 }
 
+void Sftp::Serve(Termine termine) {
+  if (canale_.ServeEntro(termine)) {
+    return;
+  }
+  const auto attesa = canale_.SuaSessione().Attesa();
+  throw ConnessionePersa(comune_ && ultimaRisposta_ > inizio_ ? MotivoTroppoLento(attesa)
+                                                              : "nessuna risposta entro " + Secondi(attesa));
+}
+
+Termine Sftp::ProssimoTermine() const {
+  return comune_.value_or(canale_.SuaSessione().NuovoTermine());
+}
+
 Sftp::Risposta Sftp::Attendi(std::uint32_t numero) {
-  return Attendi(numero, canale_.SuaSessione().NuovoTermine());
+  return Attendi(numero, ProssimoTermine());
 }
 
 std::string Sftp::Apri(std::string_view percorso, std::uint32_t apertura, std::uint32_t modo) {

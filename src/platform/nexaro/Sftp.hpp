@@ -62,6 +62,21 @@ class Sftp {
   /// Starts the service on the host. Raises `RichiestaRifiutata` where there is none.
   explicit Sftp(Sessione& sessione);
 
+  /// While it lives, whatever is asked and answered shares one wait, which begins with it.
+  class UnaAttesa {
+   public:
+    explicit UnaAttesa(Sftp& sftp) : sftp_(sftp) {
+      sftp_.inizio_ = Orologio::now();
+      sftp_.comune_ = sftp_.canale_.SuaSessione().NuovoTermine();
+    }
+    UnaAttesa(const UnaAttesa&) = delete;
+    UnaAttesa& operator=(const UnaAttesa&) = delete;
+    ~UnaAttesa() { sftp_.comune_.reset(); }
+
+   private:
+    Sftp& sftp_;
+  };
+
   /// One answer: the type of its packet and what follows the request's number.
   struct Risposta {
     std::uint8_t tipo = 0;
@@ -112,8 +127,13 @@ class Sftp {
   void Smista();
   void Presentati();
 
+  void Serve(Termine termine);
+  [[nodiscard]] Termine ProssimoTermine() const;
+
   Canale canale_;
-  std::size_t letto_ = 0; ///< how much of the channel's stream was taken apart
+  std::optional<Termine> comune_; ///< the end of the wait that everything shares
+  Orologio::time_point inizio_;   ///< when that began
+  std::size_t letto_ = 0;         ///< how much of the channel's stream was taken apart
   std::uint32_t ultimo_ = 0;
   std::set<std::uint32_t> attese_;             ///< the numbers of the requests without an answer
   std::map<std::uint32_t, Risposta> arrivate_; ///< the answers that nobody has fetched

@@ -121,7 +121,7 @@ ErroreSftp TroppoGrande() {
 }
 
 /// Looked at first: to open a pipe would hold the host's service up.
-std::string ApriOrdinario(Sftp& sftp, std::string_view percorso, std::uint64_t massimo) {
+std::string ApriOrdinario(Sftp& sftp, std::string_view percorso, const Misura& misura) {
   const auto presente = sftp.Guarda(percorso, true);
   if (!presente) {
     throw ErroreSftp(stato_sftp::FileInesistente, {});
@@ -129,7 +129,7 @@ std::string ApriOrdinario(Sftp& sftp, std::string_view percorso, std::uint64_t m
   if (!presente->IsOrdinario()) {
     throw ErroreSftp(stato_sftp::Fallimento, {}, presente->IsCartella() ? "è una cartella" : "non è un file ordinario");
   }
-  if (presente->dimensione.value_or(0) > massimo) {
+  if (!misura.tronca && presente->dimensione.value_or(0) > misura.massimo) {
     throw TroppoGrande();
   }
   return sftp.Apri(percorso, apertura_sftp::Lettura, 0);
@@ -155,15 +155,16 @@ void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sor
   }
 }
 
-void Scarica(Sftp& sftp, std::string_view percorso, std::uint64_t massimo, const Deposito& deposito) {
-  const auto handle = ApriOrdinario(sftp, percorso, massimo);
+void Scarica(Sftp& sftp, std::string_view percorso, const Misura& misura, const Deposito& deposito) {
+  const Sftp::UnaAttesa unaAttesa(sftp);
+  const auto handle = ApriOrdinario(sftp, percorso, misura);
   try {
     std::deque<std::uint32_t> inViaggio;
     std::size_t insieme = 2;   // how many requests may be under way
     std::uint64_t posto = 0;   // of the next request
     std::uint64_t scritti = 0; // what was handed on
     for (bool finito = false; !finito;) {
-      for (; inViaggio.size() < insieme; posto += Blocco) {
+      for (; inViaggio.size() < insieme && (!misura.tronca || posto < misura.massimo); posto += Blocco) {
         inViaggio.push_back(sftp.ChiediLettura(handle, posto, Blocco));
       }
       const auto dati = sftp.AttendiDati(inViaggio.front());
@@ -173,11 +174,13 @@ void Scarica(Sftp& sftp, std::string_view percorso, std::uint64_t massimo, const
         throw ConnessionePersa("il servizio SFTP dell'host ha dato un blocco non valido");
       }
       if (dati) {
-        scritti += dati->size();
-        if (scritti > massimo) {
+        const auto ammessi = std::min<std::uint64_t>(dati->size(), misura.massimo - scritti);
+        if (ammessi < dati->size() && !misura.tronca) {
           throw TroppoGrande();
         }
-        deposito(*dati);
+        deposito(std::string_view(*dati).substr(0, ammessi));
+        scritti += ammessi;
+        finito = misura.tronca && scritti == misura.massimo;
         insieme = std::min(insieme * 2, MassimoInViaggio);
       }
       if (finito || dati->size() < Blocco) {

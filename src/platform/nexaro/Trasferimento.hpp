@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Sftp.hpp"
 
 #include <cstdint>
@@ -27,8 +28,9 @@ enum class FileRemoto {
 /// what is known of it. When it fails with anything but `ConnessionePersa` the half file is removed again.
 void Carica(Sftp& sftp, std::string_view percorso, std::uint32_t modo, const Sorgente& sorgente, FileRemoto& file);
 
-/// Reads the ordinary file at `percorso` on the host from its beginning to its end, with many blocks under way at once.
-/// A file of more than `massimo` bytes is refused, whatever size the host says it has.
-void Scarica(Sftp& sftp, std::string_view percorso, std::uint64_t massimo, const Deposito& deposito);
+/// Reads the ordinary file at `percorso` on the host from its beginning to its end, as far as `misura` goes, with many
+/// blocks under way at once and one wait for all of it. Whether a file is too long does not depend on what size the
+/// host says it has.
+void Scarica(Sftp& sftp, std::string_view percorso, const Misura& misura, const Deposito& deposito);
 
 } // namespace lumoscad::nexaro
