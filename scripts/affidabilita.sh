@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Prints the figures of what the component withstands, section by section: three databases, connections cut and servers
-# lost, eight terminals at once, terminals killed at every step, properties and hostile input, fuzzing, line coverage.
-# Wants the release build; takes half an hour on two cores.
-#   scripts/affidabilita.sh [SECTION...]   basi esiti terminali uccisioni ostili fuzz copertura; all where none is given
+# lost, eight terminals at once, terminals killed at every step, a failure at every call, properties and hostile input,
+# fuzzing, line coverage. Wants the release build; takes half an hour on two cores.
+#   scripts/affidabilita.sh [SECTION...]   basi esiti terminali uccisioni iniezioni ostili fuzz copertura; all where none
+#                                          is given
 #   LUMOSCAD_FUZZ_SECONDI                  seconds for each fuzzer (60)
 #   LUMOSCAD_COSTRUZIONE                   directory of the build (build)
 set -euo pipefail
@@ -27,7 +28,7 @@ gioca() {
     / Test +#[0-9]+: / { sub(/.*#/, ""); n = $1 + 0; ultimo = $0; secondi[n] = $(NF - 1); fallita[n] = ultimo !~ /Passed/ }
     END { for (n in nome) printf "%-24s %4d prove, %4d riuscite, %3d saltate, %6.1f s%s\n", nome[n], casi[n],
             riusciti[n], saltati[n], secondi[n], fallita[n] ? "  FALLITA" : "" }' "$registro" | sort
-  sed -nE 's/^[0-9]+: ((terminali|uccisioni|esiti): .*)/\1/p' "$registro"
+  sed -nE 's/^[0-9]+: ((terminali|uccisioni|iniezioni|esiti): .*)/\1/p' "$registro"
   { grep -ohE 'DB2: .*' "$registro" || true; } | sort -u
   if [ "$esito" != 0 ]; then
     grep -E '^[0-9]+: .*(Failure|FAILED)' "$registro" | head -n 40 || true
@@ -55,6 +56,7 @@ sezione() {
     ;;
   terminali) gioca terminali_test ;;
   uccisioni) gioca uccisioni_test ;;
+  iniezioni) gioca iniezioni_test ;;
   ostili)
     casi proprieta_test
     casi ostile_test
@@ -72,7 +74,7 @@ sezione() {
   esac
 }
 
-[ $# -gt 0 ] || set -- basi esiti terminali uccisioni ostili fuzz copertura
+[ $# -gt 0 ] || set -- basi esiti terminali uccisioni iniezioni ostili fuzz copertura
 for nome in "$@"; do
   printf '\n==== %s (%d s)\n' "$nome" "$SECONDS"
   sezione "$nome"

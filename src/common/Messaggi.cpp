@@ -30,28 +30,34 @@ std::string ConPunti(std::ptrdiff_t numero) {
 }
 
 /// What a box shows of a text: a window lays out a text of a megabyte for minutes.
-std::string PerIlBox(std::string_view testo) {
-  if (testo.size() <= MassimoDelBox) {
-    return std::string(testo);
+std::string PerIlBox(std::string_view testo, std::string_view frase) {
+  const std::size_t coda = frase.empty() ? 0 : frase.size() + 2;
+  if (testo.size() + coda <= MassimoDelBox) {
+    return ConFrase(std::string(testo), frase);
   }
-  std::size_t taglio = MassimoDelBox;
-  while (taglio > MassimoDelBox - 4 && !IniziaUnCarattere(testo[taglio])) {
+  if (coda > MassimoDelBox / 2) { // somebody else's text is in it
+    return PerIlBox(ConFrase(std::string(testo), frase), {});
+  }
+  const std::size_t massimo = MassimoDelBox - coda;
+  std::size_t taglio = massimo;
+  while (taglio > massimo - 4 && !IniziaUnCarattere(testo[taglio])) {
     --taglio;
   }
   const auto mancano =
       std::count_if(testo.begin() + static_cast<std::ptrdiff_t>(taglio), testo.end(), IniziaUnCarattere);
-  return std::string(testo.substr(0, taglio)) + (mancano == 1
-                                                     ? "\r\n[... manca un altro carattere]"
-                                                     : "\r\n[... mancano altri " + ConPunti(mancano) + " caratteri]");
+  std::string mostrato(testo.substr(0, taglio));
+  mostrato += mancano == 1 ? "\r\n[... manca un altro carattere]"
+                           : "\r\n[... mancano altri " + ConPunti(mancano) + " caratteri]";
+  return ConFrase(std::move(mostrato), frase);
 }
 
-void Mostra(std::string_view testo) {
-  servizi().desktop().MostraBox(PerIlBox(testo), NomeProdotto);
+void Mostra(std::string_view testo, std::string_view frase) {
+  servizi().desktop().MostraBox(PerIlBox(testo, frase), NomeProdotto);
 }
 
 /// Writes the text of a box that failed, and why it did: the failure in flight.
-void ScriviNonMostrato(std::string_view testo) noexcept {
-  ScriviErrore(testo);
+void ScriviNonMostrato(std::string_view testo, std::string_view frase) noexcept {
+  ScriviErrore(testo, frase);
   try {
     const std::string perche = ErroreCorrente().Testo();
     if (testo.find(perche) == std::string_view::npos) {
@@ -63,7 +69,7 @@ void ScriviNonMostrato(std::string_view testo) noexcept {
 
 } // namespace
 
-void ScriviErrore(std::string_view testo) noexcept {
+void ScriviErrore(std::string_view testo, std::string_view frase) noexcept {
   // Through a small buffer and without memory of its own: there may be none. A break of a box's line is a blank here,
   // so that a message is one line unless it holds a list; what the host or a server has said gives no orders to a
   // terminal.
@@ -80,40 +86,47 @@ void ScriviErrore(std::string_view testo) noexcept {
   }
   scrivi(':');
   scrivi(' ');
-  for (std::size_t posto = 0; posto < testo.size(); ++posto) {
-    const std::size_t controllo = LunghezzaControllo(testo, posto);
-    const bool accapo = testo.substr(posto, 2) == "\r\n";
-    scrivi(controllo > 0 && testo[posto] != '\n' ? ' ' : testo[posto]);
-    posto += controllo == 2 || accapo ? 1 : 0;
+  const auto scriviPezzo = [&](std::string_view pezzo) {
+    for (std::size_t posto = 0; posto < pezzo.size(); ++posto) {
+      const std::size_t controllo = LunghezzaControllo(pezzo, posto);
+      const bool accapo = pezzo.substr(posto, 2) == "\r\n";
+      scrivi(controllo > 0 && pezzo[posto] != '\n' ? ' ' : pezzo[posto]);
+      posto += controllo == 2 || accapo ? 1 : 0;
+    }
+  };
+  scriviPezzo(testo);
+  if (!frase.empty()) {
+    scrivi(' ');
+    scriviPezzo(frase);
   }
   scrivi('\n');
   std::fwrite(tampone.data(), 1, pieno, stderr);
 }
 
-void MostraBox(std::string_view testo) noexcept {
+void MostraBox(std::string_view testo, std::string_view frase) noexcept {
   try {
-    Mostra(testo);
+    Mostra(testo, frase);
   } catch (const std::bad_alloc&) {
     try {
-      Mostra(testo); // memory that is short at one moment may be there at the next
+      Mostra(testo, frase); // memory that is short at one moment may be there at the next
     } catch (...) {
-      ScriviNonMostrato(testo);
+      ScriviNonMostrato(testo, frase);
     }
   } catch (...) {
-    ScriviNonMostrato(testo);
+    ScriviNonMostrato(testo, frase);
   }
 }
 
-void MostraMessaggio(std::string_view testo, std::string_view dettaglio) noexcept {
+void MostraMessaggio(std::string_view testo, std::string_view dettaglio, std::string_view frase) noexcept {
   if (SenzaSpaziAiLati(dettaglio).empty()) {
-    MostraBox(testo);
+    MostraBox(testo, frase);
     return;
   }
   try {
     std::string mostrato(dettaglio);
-    MostraBox(mostrato.append("\r\n").append(testo));
+    MostraBox(mostrato.append("\r\n").append(testo), frase);
   } catch (...) { // no memory for both together
-    MostraBox(testo);
+    MostraBox(testo, frase);
   }
 }
 

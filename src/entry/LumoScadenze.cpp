@@ -10,6 +10,7 @@
 #include "platform/Turno.hpp"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <new>
@@ -59,31 +60,21 @@ std::string Esegui(std::string_view comando) {
   return risultato;
 }
 
-/// The failure, and what is known of the change that was under way.
-std::string Racconto(const ErroreRuntime& errore) {
-  std::string testo = std::to_string(errore.Numero()).append("\r\n").append(errore.Testo());
-  return ConFrase(ConFrase(std::move(testo), errore.Nota()), stato().andamento.Frase(errore.Esito()));
-}
-
-/// Tells the person of the failure in flight.
+/// Tells the person of the failure in flight, and at the end what is known of the change that was under way.
 void Mostra() {
-  MostraMessaggio(Racconto(ErroreCorrente()), "");
+  const ErroreRuntime errore = ErroreCorrente();
+  std::string frase = errore.Nota();
+  if (const std::string_view esito = stato().andamento.Frase(errore.Esito()); !esito.empty()) {
+    frase = frase.empty() ? std::string(esito) : ConFrase(std::move(frase), esito);
+  }
+  MostraMessaggio(std::to_string(errore.Numero()).append("\r\n").append(errore.Testo()), "", frase);
 }
 
 /// Writes to the standard error, and takes no memory for it.
-void ScriviSenzaMemoria(int numero, std::string_view testo, std::string_view nota, std::string_view frase) noexcept {
-  std::fprintf(stderr, "%.*s: %d", static_cast<int>(NomeProdotto.size()), NomeProdotto.data(), numero);
-  for (const std::string_view pezzo : {testo, nota, frase}) {
-    if (!pezzo.empty()) {
-      std::fputc(' ', stderr);
-    }
-    for (std::size_t posto = 0; posto < pezzo.size(); ++posto) {
-      const std::size_t controllo = LunghezzaControllo(pezzo, posto);
-      std::fputc(controllo > 0 ? ' ' : pezzo[posto], stderr);
-      posto += controllo == 2 ? 1 : 0;
-    }
-  }
-  std::fputc('\n', stderr);
+void ScriviSenzaMemoria(int numero, std::string_view testo, std::string_view frase) noexcept {
+  std::array<char, 1024> inizio{};
+  std::snprintf(inizio.data(), inizio.size(), "%d %.*s", numero, static_cast<int>(testo.size()), testo.data());
+  ScriviErrore(inizio.data(), frase);
 }
 
 /// The last resort for the failure in flight: whatever it was, what is known of the change is told.
@@ -92,11 +83,11 @@ void ScriviSenzaMemoria() noexcept {
   try {
     throw;
   } catch (const ErroreRuntime& errore) {
-    ScriviSenzaMemoria(errore.Numero(), errore.Testo(), errore.Nota(), andamento.Frase(errore.Esito()));
+    ScriviSenzaMemoria(errore.Numero(), errore.Testo(), andamento.Frase(errore.Esito()));
   } catch (const std::bad_alloc&) {
-    ScriviSenzaMemoria(errori::MemoriaInsufficiente, "Memoria insufficiente", "", andamento.Frase());
+    ScriviSenzaMemoria(errori::MemoriaInsufficiente, "Memoria insufficiente", andamento.Frase());
   } catch (...) {
-    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno", "", andamento.Frase());
+    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno", andamento.Frase());
   }
 }
 

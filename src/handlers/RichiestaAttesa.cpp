@@ -19,7 +19,7 @@ std::string RichiestaAttesa(std::string_view hostIP, const std::vector<std::stri
   if (MaggioreDiSpazio(risposta->Errore)) {
     risultato = "error";
     // Of a refusal nothing else is to be said.
-    MostraMessaggio(ConFrase(risposta->Errore, stato().andamento.Frase(EsitoTransazione::NonApplicata)), "");
+    MostraMessaggio(risposta->Errore, "", stato().andamento.Frase(EsitoTransazione::NonApplicata));
   }
   if (MaggioreDiSpazio(risposta->Messaggio)) {
     MostraMessaggio(risposta->Messaggio, "");

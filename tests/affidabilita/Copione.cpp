@@ -1,5 +1,6 @@
 #include "Copione.hpp"
 
+#include "Iniettore.hpp"
 #include "common/Testo.hpp"
 
 #include <algorithm>
@@ -77,6 +78,7 @@ void Aspetta(const std::string& file) {
 } // namespace
 
 void DesktopACopione::MostraBox(std::string_view testo, std::string_view) {
+  const SenzaIniezioni mai;
   box.emplace_back(testo);
 }
 

@@ -138,6 +138,10 @@ fs::path Sistema::Passi(const std::string& postazione) const {
   return base_ / (postazione + ".passi");
 }
 
+fs::path Sistema::Errori(const std::string& postazione) const {
+  return base_ / (postazione + ".errori");
+}
+
 void Sistema::Esegui(std::string_view script) {
   test::runScript(database_->connectionText(), script);
 }
@@ -199,10 +203,11 @@ Famiglia Sistema::Avvia(const Lancio& lancio) const {
   }
   Testi ambiente{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string(),
                  "NEXARO_POSTAZIONE=" + lancio.postazione, "NEXARO_CARTELLA_LOCALE=" + locale.string()};
+  ambiente.insert(ambiente.end(), lancio.ambiente.begin(), lancio.ambiente.end());
   if (!lancio.amministratore) {
     ambiente.emplace_back("LUMOSCAD_SENZA_AMMINISTRATORE=1");
   }
-  return {argomenti, ambiente, ingresso, base_ / (lancio.postazione + ".errori")};
+  return {argomenti, ambiente, ingresso, Errori(lancio.postazione)};
 }
 
 Testi Contenuto(const fs::path& cartella) {

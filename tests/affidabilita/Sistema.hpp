@@ -51,6 +51,8 @@ class Sistema {
   [[nodiscard]] std::filesystem::path Locale(const std::string& postazione) const { return base_ / postazione; }
   [[nodiscard]] std::filesystem::path Registro(const std::string& postazione) const;
   [[nodiscard]] std::filesystem::path Passi(const std::string& postazione) const;
+  /// What a terminal has written to its standard error.
+  [[nodiscard]] std::filesystem::path Errori(const std::string& postazione) const;
 
   /// Runs an SQL script in one transaction.
   void Esegui(std::string_view script);
@@ -68,6 +70,7 @@ class Sistema {
     bool contaPassi = false;     ///< the names of the steps go to the file `Passi`
     long morte = 0;              ///< the step to die at, 0 for none
     bool amministratore = false; ///< a lock that a failed command keeps is removed after it
+    Testi ambiente{};            ///< further "NAME=value" of its environment
   };
   [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
 

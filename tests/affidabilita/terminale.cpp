@@ -9,6 +9,7 @@
 #include "Campi.hpp"
 #include "Copione.hpp"
 #include "HostOsservato.hpp"
+#include "Iniettore.hpp"
 #include "Passi.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Servizi.hpp"
@@ -39,6 +40,7 @@ class Registro {
   ~Registro() { ::close(descrittore_); }
 
   void Scrivi(const std::vector<std::string>& campi) const {
+    const SenzaIniezioni mai;
     const std::string riga = Unisci(campi) + "\n";
     if (::write(descrittore_, riga.data(), riga.size()) != static_cast<ssize_t>(riga.size())) {
       throw std::runtime_error("the log cannot be written");
@@ -67,7 +69,13 @@ class Terminale {
     desktop_.box.clear();
     preso_.clear();
     registro_.Scrivi({"INIZIO", nome, Ora(), comando, gesti});
-    const std::string risultato = LumoScadenze().EseguiLumoScad(comando + " " + opzioni);
+    const std::string riga = comando + " " + opzioni;
+    // Of several commands the first is the one in which something is made to fail.
+    if (numero_ == 1) {
+      Avvisa(FaseIniezione::Comando);
+    }
+    const std::string risultato = LumoScadenze().EseguiLumoScad(riga);
+    Avvisa(FaseIniezione::Fine);
     std::vector<std::string> fine{"FINE", nome, Ora(), risultato};
     fine.insert(fine.end(), desktop_.box.begin(), desktop_.box.end());
     registro_.Scrivi(fine);
@@ -77,6 +85,10 @@ class Terminale {
  private:
   void Annota(const std::vector<std::string>& campi) {
     registro_.Scrivi(campi);
+    const SenzaIniezioni mai;
+    if (campi[0] == "RISPOSTA" && campi[1] == "ACCETTATA") {
+      Avvisa(FaseIniezione::Accetta);
+    }
     if (campi[0] == "BLOCCATO" && campi[4] == "riuscito") {
       preso_ = campi[1];
     } else if (campi[0] == "SBLOCCATO") {

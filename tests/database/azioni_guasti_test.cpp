@@ -118,28 +118,14 @@ TEST_P(ComandiSuBase, SenzaMemoriaDopoIlSiDellHostSiDiceCheNullaERegistrato) {
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, SenzaMemoriaPerIlMessaggioDellHostSiDiceCheTuttoERegistrato) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
-  int box = 0;
-  banco_.desktop.guasto = [&box] {
-    if (++box == 1) {
-      throw std::bad_alloc();
-    }
-  };
-  EXPECT_EQ(Esegui(Sospendi), "error");
-  EXPECT_THAT(
-      banco_.desktop.box,
-      ElementsAre("7\r\nMemoria insufficiente\r\nL'host e la base dati hanno registrato la modifica: " + Oggetto));
-  CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
-}
-
-TEST_P(ComandiSuBase, SenzaMemoriaPerIlRaccontoRestaLoStandardError) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+TEST_P(ComandiSuBase, SenzaMemoriaPerIlBoxRestaLoStandardError) {
+  PrimaDi("UPDATE", 2, [] { throw std::bad_alloc(); });
   banco_.desktop.guasto = [] { throw std::bad_alloc(); };
   testing::internal::CaptureStderr();
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "LumoScad: 7 Memoria insufficiente L'host e la base dati hanno registrato la modifica: " + Oggetto + "\n");
+            "LumoScad: ERRORE: 7 Memoria insufficiente " + NonRegistrata + Oggetto + "\n");
+  NienteCambiato();
 }
 
 TEST_P(ComandiSuBase, UnaRispostaIllegibileLasciaIgnotoLEsitoSullHost) {

@@ -63,6 +63,20 @@ TEST(Messaggio, IlTaglioNonDivideUnCarattereEContaICaratteri) {
               ElementsAre(testo.substr(0, (32U << 10U) - 1) + "\r\n[... mancano altri 3.617 caratteri]"));
 }
 
+TEST(Messaggio, LaFraseFinaleSiVedePerInteroAncheSottoUnTestoTagliato) {
+  prova::Banco banco;
+  const std::string testo(1U << 20U, 'x');
+  MostraMessaggio(testo, "", "Da allineare: conto 1.");
+  EXPECT_THAT(banco.desktop.box, ElementsAre(testo.substr(0, (32U << 10U) - 24) +
+                                             "\r\n[... mancano altri 1.015.832 caratteri]\r\nDa allineare: conto 1."));
+}
+
+TEST(Messaggio, LaFraseFinaleStaSullaRigaSotto) {
+  prova::Banco banco;
+  MostraMessaggio("A", "B", "C");
+  EXPECT_THAT(banco.desktop.box, ElementsAre("B\r\nA\r\nC"));
+}
+
 TEST(Messaggio, UnSoloCarattereInPiuSiDiceAlSingolare) {
   prova::Banco banco;
   MostraMessaggio(std::string((32U << 10U) + 1, 'x'), "");

@@ -175,8 +175,24 @@ void Session::disconnect() noexcept {
     return;
   if (std::exchange(inTransaction_, false))
     SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
-  SQLDisconnect(connection_.get());
+  if (!SQL_SUCCEEDED(SQLDisconnect(connection_.get())) && dialect_ != nullptr && dialect_->isFile()) {
+    endPhantomTransaction();
+    SQLDisconnect(connection_.get());
+  }
   connection_.reset();
+}
+
+/// SQLite takes a transaction back by itself when its file fails. Its driver, whose own rollback then finds none,
+/// believes that one is open, and refuses to let go of the file: locked, for as long as the program lives. A
+/// transaction that is begun and taken back brings the two together again.
+void Session::endPhantomTransaction() noexcept {
+  SQLHANDLE created = nullptr;
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+    return;
+  std::array<SQLCHAR, 6> begin{"BEGIN"};
+  SQLExecDirect(created, begin.data(), SQL_NTS);
+  SQLFreeHandle(SQL_HANDLE_STMT, created);
+  SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
 }
 
 Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(session)) {

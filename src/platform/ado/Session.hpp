@@ -66,6 +66,7 @@ class Session {
   void abandon() noexcept;
   void disconnect() noexcept;
   void noticeReconnection() noexcept;
+  void endPhantomTransaction() noexcept;
   [[nodiscard]] bool isRefusal(const ErroreRuntime& error) const noexcept;
   [[noreturn]] void commitFailed(ErroreRuntime error);
   void confirmCommit();

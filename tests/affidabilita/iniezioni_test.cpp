@@ -1,0 +1,163 @@
+// Every call of a command fails once: input and output from its beginning, allocations from the host's yes. What the
+// person then reads is compared with what host and database hold.
+//
+//   LUMOSCAD_PER_INTERO=1  every call of every command; otherwise a sample that the ordinary suite has time for
+
+#include "Contabilita.hpp"
+#include "Iniezione.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <ostream>
+
+namespace lumoscad::prova {
+namespace {
+
+const Misura misura;
+
+bool PerIntero() {
+  return std::getenv("LUMOSCAD_PER_INTERO") != nullptr;
+}
+
+std::vector<Bersaglio> Bersagli() {
+  const std::string lista = " -H locale -D 01 -B X";
+  const std::string presunti = lista + " -TIPOMOVIMENTI V";
+  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
+  const std::string documento = " -H locale -D 01 -S OC -A 06 -N 1 -E 2006";
+  std::vector<Bersaglio> tutti = {
+      {"BANCA /CREDITI", "-T BANCA /CREDITI" + lista + "\tdata:=AB   6:15/04/26;banca:=AB   9:3;conferma", ""},
+      {"SOSPESO /A", "-T SOSPESO /A" + partita, ""}};
+  if (PerIntero()) {
+    const std::vector<Bersaglio> altri = {
+        {"BANCA /PRESUNTI", "-T BANCA /PRESUNTI" + presunti + "\tbanca:=OC2/06:2;banca:=OC4/06:4;conferma", ""},
+        {"CONSEGNA /PRESUNTI",
+         "-T CONSEGNA /PRESUNTI" + presunti + "\tdata:=OC2/06:150426;data:=OC4/06:160426;conferma", ""},
+        {"PRESUNTO /A", "-T PRESUNTO /A" + documento, ""},
+        {"EXTRA /A", "-T EXTRA /A -H locale -D 01 -S A -E 2006 -N 2", ""}};
+    tutti.insert(tutti.end(), altri.begin(), altri.end());
+  }
+  return tutti;
+}
+
+/// A case: a command and a kind of failure.
+struct Caso {
+  Bersaglio bersaglio;
+  std::string genere;
+};
+
+void PrintTo(const Caso& caso, std::ostream* uscita) {
+  *uscita << caso.bersaglio.nome << ", " << caso.genere;
+}
+
+std::vector<Caso> Casi() {
+  std::vector<Caso> casi;
+  for (const Bersaglio& bersaglio : Bersagli()) {
+    for (const char* genere : {"disco-prima", "disco-dopo", "disco-sempre", "memoria", "memoria-sempre"}) {
+      casi.push_back({bersaglio, genere});
+    }
+  }
+  return casi;
+}
+
+/// The world of all cases, and the figures. Its database is a file: there every byte goes through the calls that fail.
+class Scena final : public testing::Environment {
+ public:
+  void TearDown() override {
+    sistema_.reset();
+    for (const auto& [genere, conto] : conti) {
+      std::printf("iniezioni: %-14s %5zu prove; messaggi non veri o mancanti %zu\n", genere.c_str(), conto.prove,
+                  conto.scorrette);
+    }
+  }
+
+  Sistema& Il() {
+    if (!sistema_) {
+      sistema_ = std::make_unique<Sistema>(
+          "sqlite", Righe(misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
+                                    "CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * FROM MOVIMENTOCONTABILE;");
+    }
+    return *sistema_;
+  }
+
+  struct Conto {
+    std::size_t prove = 0;
+    std::size_t scorrette = 0;
+  };
+  std::map<std::string, Conto> conti;
+
+ private:
+  std::unique_ptr<Sistema> sistema_;
+};
+
+Scena& LaScena() {
+  // The runner owns it.
+  static auto* scena = dynamic_cast<Scena*>(testing::AddGlobalTestEnvironment(std::make_unique<Scena>().release()));
+  return *scena;
+}
+
+/// Puts the environment in place before the runner starts.
+const Scena& registrata = LaScena();
+
+class Iniezioni : public testing::TestWithParam<Caso> {};
+
+TEST_P(Iniezioni, NeverLeaveTheMessageUntrueOrMissing) {
+  constexpr long provePerCaso = 8;
+  const auto& [bersaglio, genere] = GetParam();
+  Iniezione iniezione(LaScena().Il(), bersaglio);
+  Scena::Conto& conto = LaScena().conti[genere];
+  const long chiamate = iniezione.Chiamate(genere);
+  ASSERT_GT(chiamate, 20);
+  // From the last call backwards: the host's yes and the database come at the end.
+  const long passo = PerIntero() ? 1 : chiamate / provePerCaso + 1;
+  for (long numero = chiamate; numero > 0; numero -= passo) {
+    const Prova prova = iniezione.A(genere, numero);
+    if (!prova.scattata) {
+      continue;
+    }
+    ++conto.prove;
+    conto.scorrette += prova.scorrettezza.empty() ? 0U : 1U;
+    EXPECT_EQ(prova.scorrettezza, "") << genere << " " << numero << " (" << prova.chiamata << "), result \""
+                                      << prova.risultato << "\", the person reads:\n"
+                                      << prova.letto;
+  }
+}
+
+/// The last calls of a command on a database that is a file are those of COMMIT.
+TEST(ErroreDelDiscoAlCommit, LeavesTheOutcomeUnknownAndTheFileFree) {
+  constexpr long ultime = 40;
+  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
+  Iniezione iniezione(LaScena().Il(), {"SOSPESO /A", "-T SOSPESO /A" + partita, ""});
+  int applicate = 0;
+  int intatte = 0;
+  for (const char* genere : {"disco-prima", "disco-dopo", "disco-sempre"}) {
+    const long chiamate = iniezione.Chiamate(genere);
+    for (long numero = chiamate; numero > std::max(chiamate - ultime, 0L); --numero) {
+      const Prova prova = iniezione.A(genere, numero);
+      SCOPED_TRACE(genere + (" " + std::to_string(numero) + " ") + prova.chiamata + "\n" + prova.letto);
+      EXPECT_EQ(prova.scorrettezza, "");
+      if (prova.letto.find("non si sa se la base dati l'ha registrata") != std::string::npos) {
+        EXPECT_NE(prova.letto.find("disk I/O error"), std::string::npos);
+        EXPECT_NE(prova.letto.find("Il file della base dati ha dato un errore mentre si confermavano le modifiche"),
+                  std::string::npos);
+        (prova.applicata ? applicate : intatte) += 1;
+      }
+    }
+  }
+  EXPECT_GT(applicate, 0) << "the reason why such a failure may not be told as a refusal";
+  EXPECT_GT(intatte, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Comandi, Iniezioni, testing::ValuesIn(Casi()), [](const auto& caso) {
+  std::string nome = caso.param.bersaglio.nome + caso.param.genere;
+  nome.erase(std::remove_if(nome.begin(), nome.end(), [](char c) { return c == ' ' || c == '/' || c == '-'; }),
+             nome.end());
+  return nome;
+});
+
+} // namespace
+} // namespace lumoscad::prova

@@ -1,0 +1,64 @@
+#include "common/Andamento.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace lumoscad;
+
+namespace {
+
+class AndamentoTest : public testing::Test {
+ protected:
+  AndamentoTest() { andamento_.Comincia("partita 1 del conto C10"); }
+
+  Andamento andamento_;
+};
+
+constexpr const char* Ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+
+} // namespace
+
+TEST_F(AndamentoTest, PrimaCheLHostSiaChiestoNonCeNullaDaDire) {
+  EXPECT_EQ(andamento_.Frase(), "");
+  andamento_.Accettata();
+  andamento_.Azzera();
+  EXPECT_EQ(andamento_.Frase(), "");
+}
+
+TEST_F(AndamentoTest, DopoLaRichiestaLEsitoSullHostEIgnoto) {
+  andamento_.Chiesta();
+  EXPECT_EQ(andamento_.Frase(), Ignoto);
+  EXPECT_EQ(andamento_.Frase(EsitoTransazione::Sconosciuta), "") << "the failure's own text says it";
+  EXPECT_EQ(andamento_.Frase(EsitoTransazione::NonApplicata), "");
+}
+
+TEST_F(AndamentoTest, DopoIlNoDellHostRestaIlMotivo) {
+  andamento_.Chiesta();
+  andamento_.Rifiutata("conto bloccato");
+  EXPECT_EQ(andamento_.Frase(), "L'host ha rifiutato la richiesta: conto bloccato");
+  EXPECT_EQ(andamento_.Frase(EsitoTransazione::NonApplicata), "") << "the refusal itself is shown";
+}
+
+TEST_F(AndamentoTest, DopoIlSiDellHostSiDiceCheCosaTieneLaBaseDati) {
+  andamento_.Accettata();
+  const std::string nulla = "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da "
+                            "allineare: partita 1 del conto C10.";
+  EXPECT_EQ(andamento_.Frase(), nulla);
+  EXPECT_EQ(andamento_.Frase(EsitoTransazione::Sconosciuta), nulla) << "whatever the failure says of itself";
+  andamento_.Registrata(EsitoTransazione::Sconosciuta);
+  EXPECT_EQ(andamento_.Frase(), "L'host ha già accettato la modifica; non si sa se la base dati l'ha registrata. Da "
+                                "controllare prima di ripeterla: partita 1 del conto C10.");
+  andamento_.Registrata(EsitoTransazione::Applicata);
+  EXPECT_EQ(andamento_.Frase(), "L'host e la base dati hanno registrato la modifica: partita 1 del conto C10.");
+  andamento_.RigheRimaste();
+  EXPECT_EQ(andamento_.Frase(), "L'host ha registrato la modifica; nella base dati alcune di queste righe erano già "
+                                "cambiate e sono rimaste com'erano: partita 1 del conto C10.");
+}
+
+TEST_F(AndamentoTest, UnaNuovaModificaNonSaNullaDellaPrecedente) {
+  andamento_.Accettata();
+  andamento_.Registrata(EsitoTransazione::Applicata);
+  andamento_.Comincia("documento A/2006/15 dell'azienda 01");
+  EXPECT_EQ(andamento_.Frase(), "");
+  andamento_.Accettata();
+  EXPECT_NE(andamento_.Frase().find("nulla. Da allineare: documento A/2006/15 dell'azienda 01."), std::string::npos);
+}
