@@ -14,6 +14,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace lumoscad::prova {
 namespace {
 
@@ -288,6 +291,23 @@ TEST(Desktop, AWindowOfTheCallingProgramThatGoesTakesNoneOfOursWithIt) {
   int volte = 0;
   ConFinestraChePassa([&] { desktop->MostraAttesa("Attendere", 100, [&] { ++volte; }); }, [](QDialog&) {});
   EXPECT_EQ(volte, 1);
+}
+
+TEST(Desktop, AForkedCopyOfTheProcessShowsNoWindowOnTheScreenOfTheOther) {
+  const auto desktop = qt::CreaDesktop();
+  const pid_t copia = ::fork();
+  if (copia == 0) {
+    ::alarm(10);
+    try {
+      desktop->MostraBox("Buongiorno", "LumoScad");
+    } catch (const ErroreRuntime& errore) {
+      ::_exit(errore.Testo().find("copia") != std::string::npos ? 0 : 1);
+    }
+    ::_exit(2);
+  }
+  int stato = -1;
+  ASSERT_EQ(::waitpid(copia, &stato, 0), copia);
+  EXPECT_TRUE(WIFEXITED(stato) && WEXITSTATUS(stato) == 0) << stato;
 }
 
 TEST(Desktop, OurWindowOpensOverTheMiddleOfTheCallingPrograms) {
