@@ -49,7 +49,7 @@ void ControllaNumeriRata(const VariazioniCanalizzazione& variazioni) {
     } catch (const ErroreRuntime& errore) {
       throw ErroreRuntime(errore.Numero(), "Numero di rata non valido: conto " + variazione.CodiceConto + ", partita " +
                                                variazione.NumeroPartita + ", rata «" + variazione.NumeroRata +
-                                               "».\r\nNulla è stato inviato all'host.");
+                                               "».\r\nLa richiesta non è stata inviata all'host.");
     }
   }
 }
@@ -60,9 +60,11 @@ std::string ComandoBanca(std::string_view comando, std::string_view tipo) {
   const procedureLumoDB2::FiltroScadenze filtro = LeggiFiltro(comando, tipo);
   return ComandoModifica<VariazioniCanalizzazione>(
       tipo, tipo == "CREDITI" || tipo == "DEBITI",
-      [&](VariazioniCanalizzazione& variazioni) { MostraSchermata(filtro, variazioni); },
-      [&](const VariazioniCanalizzazione& variazioni) {
+      [&](VariazioniCanalizzazione& variazioni) {
+        MostraSchermata(filtro, variazioni);
         ControllaNumeriRata(variazioni);
+      },
+      [&](const VariazioniCanalizzazione& variazioni) {
         return ScriviRichiestaCanalizzazione(stato().HostIP, stato().Azienda, variazioni, tipo);
       },
       [&](const VariazioniCanalizzazione& variazioni, MsgAnnulla& risposta) {

@@ -11,6 +11,9 @@
 #include "platform/FileLocale.hpp"
 #include "platform/Servizi.hpp"
 
+#include <algorithm>
+#include <filesystem>
+
 namespace lumoscad {
 namespace {
 
@@ -25,10 +28,27 @@ void Scrivi(std::vector<std::string>& lista, std::size_t indice, std::string val
   lista[indice] = std::move(valore);
 }
 
+bool HaNuovaScadenza(const RigaScadenze& riga) {
+  return MaggioreDiSpazio(riga.nuovaScadenza);
+}
+
+/// A request without rows leaves its empty local file and asks nobody. It needs no turn, and so leaves alone what
+/// stands under its name: that may be another program's request of this second.
+std::string SenzaRighe() {
+  const NomiRichiesta nomi = TurnoRichiesta::NomiSenzaTurno();
+  if (!std::filesystem::exists(nomi.locale)) {
+    ScriviFileLocale(nomi.locale, "");
+  }
+  return "";
+}
+
 } // namespace
 
 std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   stato().andamento.Azzera();
+  if (std::none_of(righe.begin(), righe.end(), HaNuovaScadenza)) {
+    return SenzaRighe();
+  }
   const TurnoRichiesta turno(Puntatore::Predefinito);
   const NomiRichiesta& nomi = turno.Nomi();
   std::vector<std::string> chiamata(LimiteSuperiore + 1);
@@ -46,7 +66,7 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   std::size_t k = UltimoFisso;
   std::string contenuto;
   for (const RigaScadenze& riga : righe) {
-    if (!MaggioreDiSpazio(riga.nuovaScadenza)) {
+    if (!HaNuovaScadenza(riga)) {
       continue;
     }
     const std::string nuova = Utilities::DataPerHost(riga.nuovaScadenza);
@@ -57,9 +77,6 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
     k += 3;
   }
   ScriviFileLocale(nomi.locale, contenuto);
-  if (k == UltimoFisso) {
-    return "";
-  }
   stato().Risposta = std::make_shared<MsgAnnulla>();
   stato().RispostaPartita = std::make_shared<Partita>();
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(database));

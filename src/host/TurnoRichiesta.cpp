@@ -62,7 +62,8 @@ std::string NomeLibero(nexaro::Esclusione& esclusione, const std::string& postaz
       throw ErroreRuntime(errori::AccessoAlFile,
                           "Il nome «" + nome +
                               "» per la richiesta è di un altro programma con lo stesso codice di "
-                              "postazione, e l'orologio della macchina non va avanti. Nulla è stato inviato all'host.");
+                              "postazione, e l'orologio della macchina non va avanti. La richiesta non è stata inviata "
+                              "all'host.");
     }
     pazienza.Respira();
     std::this_thread::sleep_for(Intervallo);
@@ -87,6 +88,12 @@ TurnoRichiesta::TurnoRichiesta(Puntatore puntatore) : TurnoRichiesta() {
     nome = NomeBase(postazione);
   }
   nomi_ = {ambiente.CartellaLocale + "/" + nome, "/tmp/" + nome};
+}
+
+NomiRichiesta TurnoRichiesta::NomiSenzaTurno() {
+  const nexaro::Ambiente& ambiente = servizi().ambiente();
+  const std::string nome = NomeBase(std::string(SenzaSpaziAiLati(ambiente.CodicePostazione)));
+  return {ambiente.CartellaLocale + "/" + nome, "/tmp/" + nome};
 }
 
 TurnoRichiesta::~TurnoRichiesta() {

@@ -33,6 +33,8 @@ class TurnoRichiesta {
   ~TurnoRichiesta();
 
   [[nodiscard]] const NomiRichiesta& Nomi() const noexcept { return nomi_; }
+  /// The names of a request made now that nobody will send.
+  [[nodiscard]] static NomiRichiesta NomiSenzaTurno();
 
  private:
   TurnoRichiesta() = default;

@@ -7,6 +7,7 @@
 #include "database/moduloDatabase.hpp"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
+#include "screens/DataDiRiga.hpp"
 
 #include <optional>
 
@@ -104,6 +105,7 @@ void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroP
     db2Searches::RicercaMovimenti movimenti(*connection, std::to_string(azienda), "N");
     for (const Lettura lettura(*righe); !righe->Eof(); righe->MoveNext()) {
       const RigaPresunto presunto = lettura.Riga();
+      RichiediData(presunto.CodiceConto, "DATACONSEGNA", presunto.DataConsegna);
       if (presunto.importoDivisa != "0,00") {
         const std::size_t riga = aggiungi(presunto);
         const auto chiave = movimenti.Cerca(lettura.Serie(), lettura.Numero());

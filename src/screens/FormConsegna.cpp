@@ -65,7 +65,6 @@ void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoD
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
-        RichiediData(r.CodiceConto, "DATACONSEGNA", r.DataConsegna);
         RichiediData(r.CodiceConto, "DATACONSEGNAORIGINE", r.ConsegnaOrigine);
         const std::string consegna = Utilities::FormattaData(r.DataConsegna);
         const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);

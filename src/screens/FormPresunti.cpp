@@ -2,7 +2,6 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "screens/DataDiRiga.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 #include <unordered_set>
@@ -75,7 +74,6 @@ void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoD
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
-        RichiediData(r.CodiceConto, "DATACONSEGNA", r.DataConsegna);
         const std::string consegna = Utilities::FormattaDataBreve(r.DataConsegna);
         const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);
         const std::size_t riga = griglia_.Righe.Aggiungi(

@@ -120,13 +120,13 @@ void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
   std::vector<std::string_view> testi(Colonne);
   for (; !righe.Eof(); righe.MoveNext()) {
     const auto campo = [&](std::size_t quale) { return righe.Valore(colonne[quale]).value_or(std::string_view()); };
+    RichiediData(campo(0), nomi[4], campo(4));
+    RichiediData(campo(0), nomi[7], campo(7));
     const std::string importo = campo(9).empty() ? std::string() : Utilities::FormattaImporto(campo(9));
     servizi().desktop().EventiInAttesa();
     if (importo == "0,00") {
       continue;
     }
-    RichiediData(campo(0), nomi[4], campo(4));
-    RichiediData(campo(0), nomi[7], campo(7));
     const std::string scadenza = Utilities::FormattaData(campo(4));
     const std::string originale = Utilities::FormattaData(campo(7));
     const std::string ordina = Utilities::FormattaDataOrdine(campo(4));

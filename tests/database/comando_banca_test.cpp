@@ -276,7 +276,8 @@ TEST_F(ComandoBanca, UnNumeroDiRataCheNonEUnNumeroFermaTuttoPrimaDellHost) {
     });
     EXPECT_EQ(Esegui("/CREDITI"), "error");
     EXPECT_THAT(banco_.desktop.box, ElementsAre("13\r\nNumero di rata non valido: conto C10, partita 2006 15, rata «" +
-                                                rata + "».\r\nNulla è stato inviato all'host."));
+                                                rata + "».\r\nLa richiesta non è stata inviata all'host."));
+    EXPECT_THAT(banco_.desktop.puntatori, IsEmpty()) << "the hourglass would stay with the calling program";
     EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI")) << rata;
     EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
   }

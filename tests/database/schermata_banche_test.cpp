@@ -67,6 +67,15 @@ TEST_P(BankScreenLoad, StopsAtADateThatIsNoneAndNamesAccountColumnAndValue) {
   }
 }
 
+TEST_P(BankScreenLoad, StopsAtADateThatIsNoneAlsoInARowThatIsNotListed) {
+  base.Esegui("UPDATE EVENTOCONTABILE SET IMPORTOEURO=0 WHERE EVENTOCONTABILEKEY=3");
+  const auto [scritta, letta] = prova::DateImpossibili(GetParam()).front();
+  prova::ScriviDataImpossibile(base, GetParam(), "DATASCADENZA", scritta, 3);
+  EXPECT_EQ(Fallimento([] {}),
+            "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna DATASCADENZA, valore «" +
+                std::string(letta) + "».");
+}
+
 TEST_P(BankScreenLoad, ShowsANullBankAsEmptyTextAndTag) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("05/03/2006");

@@ -231,7 +231,7 @@ TEST_F(Turni, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
   for (const auto& [numero, scrittore] : scrittori) {
     const std::string esito = Esito(scrittore);
     EXPECT_THAT(esito, StartsWith(numero + attesa));
-    EXPECT_THAT(esito, HasSubstr("entro 0,300 secondi. Nulla è stato inviato all'host."));
+    EXPECT_THAT(esito, HasSubstr("entro 0,300 secondi. La richiesta non è stata inviata all'host."));
     EXPECT_THAT(banco_.desktop.puntatori, Contains(Puntatore::Clessidra));
     EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
   }
@@ -242,9 +242,22 @@ TEST_F(Turni, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
 TEST_F(Turni, WhileItWaitsTheHourglassShowsAndEventsRun) {
   const AltroProcesso altro(HaIlTurno());
   ASSERT_TRUE(altro.Riuscito());
-  EXPECT_NE(Esito([] { return ScriviRichiestaScadenze({}); }), "");
+  EXPECT_NE(Esito([] { return ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", "30/04/2006"}}); }), "");
   EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
   EXPECT_GE(banco_.desktop.respiri, 5U);
+}
+
+TEST_F(Turni, ARequestWithoutARowWaitsForNobodyAndTouchesNoFileOfAnothers) {
+  const AltroProcesso altro(HaIlTurno());
+  ASSERT_TRUE(altro.Riuscito());
+  const std::string nome = banco_.ambiente.CartellaLocale + "/" + postazione_ + "20060305140709";
+  std::ofstream(nome) << "C1,1,20060331,20060430\r\n";
+  EXPECT_EQ(Esito([] { return ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", " "}}); }), "");
+  EXPECT_EQ(std::filesystem::file_size(nome), 24U);
+  std::filesystem::remove(nome);
+  EXPECT_EQ(Esito([] { return ScriviRichiestaScadenze({}); }), "");
+  EXPECT_EQ(std::filesystem::file_size(nome), 0U);
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
 TEST_F(Turni, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
@@ -292,7 +305,7 @@ TEST_F(Turni, AClockThatStandsStillIsSaidAndNothingIsSent) {
       [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")); });
   ASSERT_TRUE(altro.Riuscito());
   EXPECT_THAT(Invia(), testing::AllOf(HasSubstr("l'orologio della macchina non va avanti"),
-                                      HasSubstr("Nulla è stato inviato all'host.")));
+                                      HasSubstr("La richiesta non è stata inviata all'host.")));
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito()) << "the turn was kept";
 }

@@ -131,7 +131,8 @@ TEST_F(Esclusione, TheEndOfTheWaitNamesTheProcessInTheWay) {
   EXPECT_EQ(errore.Descrizione(),
             "Un altro programma (processo " + std::to_string(altro.Numero()) +
                 ") di questa macchina con lo stesso codice di postazione «" + testo +
-                "» sta inviando una richiesta e non ha finito entro 0,300 secondi. Nulla è stato inviato all'host. "
+                "» sta inviando una richiesta e non ha finito entro 0,300 secondi. La richiesta non è stata inviata "
+                "all'host. "
                 "Prima di ripetere il comando può essere necessario togliere il blocco della lista sull'host.");
   EXPECT_GE(durata, 300ms);
   EXPECT_LT(durata, 5s);

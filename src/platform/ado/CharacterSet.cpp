@@ -19,7 +19,10 @@ std::string current() {
 /// The name of the LC_CTYPE in force where a text in UTF-8 would be misread, otherwise nothing.
 std::string unsuited() {
   std::string name = current();
+  // The process' locale, whatever the calling thread has chosen for itself.
+  const locale_t ofTheThread = uselocale(LC_GLOBAL_LOCALE);
   const bool suited = name == "C" || name == "POSIX" || strcasecmp(nl_langinfo(CODESET), "UTF-8") == 0;
+  uselocale(ofTheThread);
   return suited ? std::string() : name;
 }
 

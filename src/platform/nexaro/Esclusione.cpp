@@ -22,9 +22,9 @@ using Orologio = std::chrono::steady_clock;
 constexpr const char* Dispositivo = "/dev/full";
 /// Between two looks at a lock that another process holds.
 constexpr std::chrono::milliseconds Intervallo{20};
-constexpr const char* NienteInviato =
-    "Nulla è stato inviato all'host. Prima di ripetere il comando può essere necessario togliere il blocco della lista "
-    "sull'host.";
+constexpr const char* NienteInviato = "La richiesta non è stata inviata all'host. Prima di ripetere il comando può "
+                                      "essere necessario togliere il blocco della lista "
+                                      "sull'host.";
 
 // What a lock on a text is for.
 constexpr std::string_view PerIlTurno = "lumoscad turno ";

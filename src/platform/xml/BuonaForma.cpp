@@ -1,11 +1,11 @@
 #include "platform/xml/BuonaForma.hpp"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -167,8 +167,9 @@ std::string_view SaltaMarcatura(std::string_view testo, std::size_t& posizione) 
 
 constexpr std::string_view prefissoSenzaDichiarazione = "usa un prefisso che non dichiara";
 
-/// The prefixes that are declared at a place of the tree, the innermost last.
-using Dichiarazioni = std::vector<std::pair<std::string_view, std::string_view>>;
+/// The namespaces of each prefix that are declared at a place of the tree, the innermost last. A document may declare
+/// as many as it has room for, and use each of them everywhere.
+using Dichiarazioni = std::unordered_map<std::string_view, std::vector<std::string_view>>;
 
 std::string_view Prefisso(std::string_view nome) {
   const auto dueparti = nome.find(':');
@@ -177,9 +178,9 @@ std::string_view Prefisso(std::string_view nome) {
 
 /// The namespace of a prefix; none where nothing declares it.
 std::optional<std::string_view> Spazio(const Dichiarazioni& dichiarazioni, std::string_view prefisso) {
-  const auto trovata = std::find_if(dichiarazioni.rbegin(), dichiarazioni.rend(),
-                                    [&](const auto& dichiarazione) { return dichiarazione.first == prefisso; });
-  return trovata == dichiarazioni.rend() ? std::nullopt : std::optional(trovata->second);
+  const auto trovata = dichiarazioni.find(prefisso);
+  return trovata == dichiarazioni.end() || trovata->second.empty() ? std::nullopt
+                                                                   : std::optional(trovata->second.back());
 }
 
 std::string_view DifettoDegliAttributi(const pugi::xml_node& elemento, const Dichiarazioni& dichiarazioni) {
@@ -206,11 +207,12 @@ std::string_view DifettoDegliAttributi(const pugi::xml_node& elemento, const Dic
 }
 
 std::string_view DifettoDellElemento(const pugi::xml_node& elemento, Dichiarazioni& dichiarazioni) {
-  const auto prima = dichiarazioni.size();
+  std::vector<std::string_view> dichiarati;
   for (const auto& attributo : elemento.attributes()) {
     const std::string_view nome = attributo.name();
     if (Prefisso(nome) == "xmlns") {
-      dichiarazioni.emplace_back(nome.substr(sizeof "xmlns"), attributo.value());
+      dichiarati.push_back(nome.substr(sizeof "xmlns"));
+      dichiarazioni[dichiarati.back()].emplace_back(attributo.value());
     }
   }
   std::string_view difetto = DifettoDegliAttributi(elemento, dichiarazioni);
@@ -223,7 +225,9 @@ std::string_view DifettoDellElemento(const pugi::xml_node& elemento, Dichiarazio
       difetto = DifettoDellElemento(figlio, dichiarazioni);
     }
   }
-  dichiarazioni.resize(prima);
+  for (const auto dichiarato : dichiarati) {
+    dichiarazioni[dichiarato].pop_back();
+  }
   return difetto;
 }
 
@@ -253,7 +257,7 @@ std::string_view DifettoDelTesto(std::string_view testo) {
 }
 
 std::string_view DifettoDeiNomi(const pugi::xml_node& documento) {
-  Dichiarazioni dichiarazioni{{"xml", "http://www.w3.org/XML/1998/namespace"}};
+  Dichiarazioni dichiarazioni{{"xml", {"http://www.w3.org/XML/1998/namespace"}}};
   return DifettoDellElemento(documento, dichiarazioni);
 }
 
