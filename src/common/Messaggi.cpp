@@ -57,11 +57,11 @@ void Mostra(std::string_view testo, std::string_view frase) {
 
 /// Writes the text of a box that failed, and why it did: the failure in flight.
 void ScriviNonMostrato(std::string_view testo, std::string_view frase) noexcept {
-  ScriviErrore(testo, frase);
+  ScriviErrore({testo, frase});
   try {
     const std::string perche = ErroreCorrente().Testo();
     if (testo.find(perche) == std::string_view::npos) {
-      ScriviErrore(perche);
+      ScriviErrore({perche});
     }
   } catch (...) { // NOLINT(bugprone-empty-catch): the text itself is told
   }
@@ -69,7 +69,7 @@ void ScriviNonMostrato(std::string_view testo, std::string_view frase) noexcept 
 
 } // namespace
 
-void ScriviErrore(std::string_view testo, std::string_view frase) noexcept {
+void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept {
   // Through a small buffer and without memory of its own: there may be none. A break of a box's line is a blank here,
   // so that a message is one line unless it holds a list; what the host or a server has said gives no orders to a
   // terminal.
@@ -81,11 +81,6 @@ void ScriviErrore(std::string_view testo, std::string_view frase) noexcept {
     }
     tampone[pieno++] = c;
   };
-  for (const char c : NomeProdotto) {
-    scrivi(c);
-  }
-  scrivi(':');
-  scrivi(' ');
   const auto scriviPezzo = [&](std::string_view pezzo) {
     for (std::size_t posto = 0; posto < pezzo.size(); ++posto) {
       const std::size_t controllo = LunghezzaControllo(pezzo, posto);
@@ -94,10 +89,13 @@ void ScriviErrore(std::string_view testo, std::string_view frase) noexcept {
       posto += controllo == 2 || accapo ? 1 : 0;
     }
   };
-  scriviPezzo(testo);
-  if (!frase.empty()) {
-    scrivi(' ');
-    scriviPezzo(frase);
+  scriviPezzo(NomeProdotto);
+  scrivi(':');
+  for (const std::string_view pezzo : pezzi) {
+    if (!pezzo.empty()) {
+      scrivi(' ');
+      scriviPezzo(pezzo);
+    }
   }
   scrivi('\n');
   std::fwrite(tampone.data(), 1, pieno, stderr);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -17,7 +18,8 @@ void MostraMessaggio(std::string_view testo, std::string_view dettaglio, std::st
 /// standard error, with the reason: a message that fails must neither be lost nor stand in for what it was to tell.
 void MostraBox(std::string_view testo, std::string_view frase = {}) noexcept;
 
-/// Writes one message to the standard error, without control characters.
-void ScriviErrore(std::string_view testo, std::string_view frase = {}) noexcept;
+/// Writes one message to the standard error, whole, without control characters and without memory of its
+/// own: the pieces in their order, with a blank between them; an empty one counts as none.
+void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept;
 
 } // namespace lumoscad

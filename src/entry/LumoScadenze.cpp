@@ -12,7 +12,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstdio>
+#include <charconv>
+#include <exception>
 #include <new>
 #include <vector>
 
@@ -71,10 +72,10 @@ void Mostra() {
 }
 
 /// Writes to the standard error, and takes no memory for it.
-void ScriviSenzaMemoria(int numero, std::string_view testo, std::string_view frase) noexcept {
-  std::array<char, 1024> inizio{};
-  std::snprintf(inizio.data(), inizio.size(), "%d %.*s", numero, static_cast<int>(testo.size()), testo.data());
-  ScriviErrore(inizio.data(), frase);
+void ScriviSenzaMemoria(int numero, std::string_view testo, std::string_view nota, std::string_view frase) noexcept {
+  std::array<char, 12> cifre{};
+  const auto fine = std::to_chars(cifre.data(), cifre.data() + cifre.size(), numero).ptr;
+  ScriviErrore({{cifre.data(), static_cast<std::size_t>(fine - cifre.data())}, testo, nota, frase});
 }
 
 /// The last resort for the failure in flight: whatever it was, what is known of the change is told.
@@ -83,11 +84,13 @@ void ScriviSenzaMemoria() noexcept {
   try {
     throw;
   } catch (const ErroreRuntime& errore) {
-    ScriviSenzaMemoria(errore.Numero(), errore.Testo(), andamento.Frase(errore.Esito()));
+    ScriviSenzaMemoria(errore.Numero(), errore.Testo(), errore.Nota(), andamento.Frase(errore.Esito()));
   } catch (const std::bad_alloc&) {
-    ScriviSenzaMemoria(errori::MemoriaInsufficiente, "Memoria insufficiente", andamento.Frase());
+    ScriviSenzaMemoria(errori::MemoriaInsufficiente, "Memoria insufficiente", {}, andamento.Frase());
+  } catch (const std::exception& errore) {
+    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno:", errore.what(), andamento.Frase());
   } catch (...) {
-    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno", andamento.Frase());
+    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno", {}, andamento.Frase());
   }
 }
 
@@ -107,7 +110,7 @@ void Racconta() noexcept {
 /// a timer would heap up boxes for as long as the first of them is open.
 void Rifiuta(const Turno& turno) noexcept {
   static std::atomic<bool> aperto{false};
-  ScriviErrore(turno.Motivo());
+  ScriviErrore({turno.Motivo()});
   if (turno.Come() == Turno::Esito::Annidato && !aperto.exchange(true)) {
     try {
       servizi().desktop().MostraBox(turno.Motivo(), NomeProdotto);

@@ -1,0 +1,89 @@
+// What a person is told when there is no memory left to tell it with.
+
+#include "common/Stato.hpp"
+#include "lumoscad/LumoScadenze.hpp"
+#include "platform/Errore.hpp"
+#include "support/Prova.hpp"
+
+#include <atomic>
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace {
+std::atomic<bool> memoriaFinita{false};
+} // namespace
+
+// The process' own: the memory ends when a test says so.
+void* operator new(std::size_t quanti) {
+  void* const preso = memoriaFinita ? nullptr : std::malloc(quanti);
+  if (preso == nullptr) {
+    throw std::bad_alloc();
+  }
+  return preso;
+}
+void operator delete(void* preso) noexcept {
+  std::free(preso);
+}
+void operator delete(void* preso, std::size_t /*quanti*/) noexcept {
+  std::free(preso);
+}
+
+namespace lumoscad {
+namespace {
+
+/// A change that the host has accepted, of which the database then fails; with the failure the memory ends.
+class SenzaMemoria : public testing::Test {
+ protected:
+  ~SenzaMemoria() override { memoriaFinita = false; }
+
+  /// What the standard error has after a command that fails with `errore`.
+  template <class Errore> std::string Scritto(Errore errore) {
+    servizi().ambiente = [&errore]() -> const nexaro::Ambiente& {
+      stato().andamento.Comincia("conto 1");
+      stato().andamento.Accettata();
+      memoriaFinita = true;
+      throw Errore(std::move(errore));
+    };
+    testing::internal::CaptureStderr();
+    const std::string risultato = LumoScadenze().EseguiLumoScad("-T SOSPESO /A -C C01 -P 2006 1 -D 01 -H h");
+    memoriaFinita = false;
+    EXPECT_EQ(risultato, "error");
+    EXPECT_THAT(banco_.desktop.box, testing::IsEmpty());
+    return testing::internal::GetCapturedStderr();
+  }
+  /// What is known of that change.
+  static std::string Saputo() { return std::string(stato().andamento.Frase()); }
+
+  prova::Banco banco_;
+};
+
+TEST_F(SenzaMemoria, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown) {
+  std::string testo = "Istruzioni non eseguite:";
+  for (int riga = 0; riga < 500; ++riga) {
+    testo += "\nUPDATE scadenze SET banca = 'Società' WHERE conto = " + std::to_string(riga);
+  }
+  const std::string detto =
+      Scritto(ErroreRuntime(errori::Driver, testo).ConNota("La base dati non risponde più da trenta secondi."));
+  ASSERT_THAT(Saputo(), testing::HasSubstr("conto 1"));
+  EXPECT_EQ(detto,
+            "LumoScad: -2147467259 " + testo + " La base dati non risponde più da trenta secondi. " + Saputo() + "\n");
+}
+
+TEST_F(SenzaMemoria, AFailureWithoutANoteHasNoGapInItsPlace) {
+  EXPECT_EQ(Scritto(ErroreRuntime(errori::IndiceNonValido, "Indice")), "LumoScad: 9 Indice " + Saputo() + "\n");
+}
+
+TEST_F(SenzaMemoria, AForeignFailureKeepsItsText) {
+  EXPECT_EQ(Scritto(std::runtime_error("biblioteca")), "LumoScad: 51 Errore interno: biblioteca " + Saputo() + "\n");
+  EXPECT_EQ(Scritto(7), "LumoScad: 51 Errore interno " + Saputo() + "\n");
+}
+
+TEST_F(SenzaMemoria, TheLackOfMemoryItselfIsTold) {
+  EXPECT_EQ(Scritto(std::bad_alloc()), "LumoScad: 7 Memoria insufficiente " + Saputo() + "\n");
+}
+
+} // namespace
+} // namespace lumoscad
