@@ -89,6 +89,7 @@ void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept {
       posto += controllo == 2 || accapo ? 1 : 0;
     }
   };
+  ::flockfile(stderr); // another thread's message must not come in between
   scriviPezzo(NomeProdotto);
   scrivi(':');
   for (const std::string_view pezzo : pezzi) {
@@ -99,6 +100,7 @@ void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept {
   }
   scrivi('\n');
   std::fwrite(tampone.data(), 1, pieno, stderr);
+  ::funlockfile(stderr);
 }
 
 void MostraBox(std::string_view testo, std::string_view frase) noexcept {

@@ -18,7 +18,7 @@ void MostraMessaggio(std::string_view testo, std::string_view dettaglio, std::st
 /// standard error, with the reason: a message that fails must neither be lost nor stand in for what it was to tell.
 void MostraBox(std::string_view testo, std::string_view frase = {}) noexcept;
 
-/// Writes one message to the standard error, whole, without control characters and without memory of its
+/// Writes one message to the standard error, whole and in one go, without control characters and without memory of its
 /// own: the pieces in their order, with a blank between them; an empty one counts as none.
 void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept;
 

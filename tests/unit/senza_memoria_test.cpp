@@ -1,5 +1,6 @@
 // What a person is told when there is no memory left to tell it with.
 
+#include "common/Messaggi.hpp"
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
@@ -11,6 +12,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace {
 std::atomic<bool> memoriaFinita{false};
@@ -83,6 +85,34 @@ TEST_F(SenzaMemoria, AForeignFailureKeepsItsText) {
 
 TEST_F(SenzaMemoria, TheLackOfMemoryItselfIsTold) {
   EXPECT_EQ(Scritto(std::bad_alloc()), "LumoScad: 7 Memoria insufficiente " + Saputo() + "\n");
+}
+
+TEST(StandardError, TheMessagesOfTwoThreadsStayApart) {
+  const std::string a(3000, 'a');
+  const std::string b(3000, 'b');
+  constexpr int Giri = 200;
+  testing::internal::CaptureStderr();
+  std::atomic<int> pronti{0};
+  const auto scrivi = [&](const std::string& testo) {
+    ++pronti;
+    while (pronti < 2) {
+    }
+    for (int giro = 0; giro < Giri; ++giro) {
+      ScriviErrore({testo, "fine"});
+    }
+  };
+  std::thread altro([&] { scrivi(a); });
+  scrivi(b);
+  altro.join();
+  const std::string scritto = testing::internal::GetCapturedStderr();
+  int intere = 0;
+  for (std::size_t posto = 0; posto < scritto.size();) {
+    const std::size_t fine = scritto.find('\n', posto);
+    const std::string riga = scritto.substr(posto, fine - posto);
+    intere += riga == "LumoScad: " + a + " fine" || riga == "LumoScad: " + b + " fine" ? 1 : 0;
+    posto = fine == std::string::npos ? scritto.size() : fine + 1;
+  }
+  EXPECT_EQ(intere, 2 * Giri);
 }
 
 } // namespace
