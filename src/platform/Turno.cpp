@@ -4,6 +4,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <initializer_list>
+#include <pthread.h>
 
 namespace lumoscad {
 namespace {
@@ -23,6 +25,19 @@ Numero QuestoThread() noexcept {
   }
   return numero;
 }
+
+/// Of a forked process' threads only the one that forked lives on in the child: what the others had begun is nobody's
+/// there, and would refuse every call for as long as the child lives.
+void NelFiglio() noexcept {
+  const Numero io = QuestoThread();
+  for (std::atomic<Numero>* const chi : {&inCorso, &primo}) {
+    if (chi->load() != io) {
+      chi->store(Nessuno);
+    }
+  }
+}
+
+[[maybe_unused]] const int avvisato = pthread_atfork(nullptr, nullptr, NelFiglio);
 
 bool HaLeFinestre(Numero chi) noexcept {
   const auto& chiedi = servizi().threadFinestre;
