@@ -3,6 +3,10 @@
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
 
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace lumoscad::procedureLumoDB2 {
 namespace {
 
@@ -19,15 +23,17 @@ class Canalizzazione {
     CercaBanche(variazione);
     const std::vector<std::string> eventi = Eventi(variazione);
     const std::string assegna = "UPDATE EVENTOCONTABILE SET " + Nuovi(variazione);
-    bool fatto =
-        !eventi.empty() || aggiornamento_.GiaCosi(Rata(variazione), {variazione.idPartitaKey}, ComeNuovi(variazione));
+    std::vector<std::string> modifica = {variazione.idPartitaKey, Selezione(variazione), assegna};
+    if (eventi.empty()) {
+      return aggiornamento_.Fatta(modifica) ||
+             aggiornamento_.GiaCosi(Rata(variazione), {variazione.idPartitaKey}, ComeNuovi(variazione));
+    }
+    bool fatto = true;
     for (const std::string& evento : eventi) {
-      const std::string chiave = "WHERE EVENTOCONTABILEKEY=" + evento;
-      // Somebody may have come between the selection and this statement.
-      if (aggiornamento_.Esegui(assegna + chiave) == 0 &&
-          !aggiornamento_.GiaCosi("EVENTOCONTABILE " + chiave + " ", {}, ComeNuovi(variazione))) {
-        fatto = false;
-      }
+      fatto = ApplicaEvento(variazione, assegna, evento) && fatto;
+    }
+    if (fatto) {
+      aggiornamento_.SegnaFatta(std::move(modifica));
     }
     return fatto;
   }
@@ -48,16 +54,28 @@ class Canalizzazione {
       valori.clear();
     }
     const std::string scadenza = "WHERE " + UgualeData("DATASCADENZA", variazione.VecchiaScadenza);
-    const auto cambiate = aggiornamento_.Esegui(
+    const bool cambiate = aggiornamento_.Cambia(
         "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuovaBanca_) + scadenza + "AND " +
             UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchiaBanca_) + "AND EVENTOCONTABILE.SOSPESA='N' " + chiave,
         valori);
-    return cambiate != 0 || senzaChiavi ||
+    return cambiate || senzaChiavi ||
            aggiornamento_.GiaCosi("EVENTOCONTABILE " + scadenza + chiave + " ", valori,
                                   UgualeChiave("BANCAPRESENTAZIONE_KEY", nuovaBanca_));
   }
 
  private:
+  /// Returns false for an event that somebody changed between the selection and this statement.
+  bool ApplicaEvento(const VariazioneCanalizzazione& variazione, const std::string& assegna,
+                     const std::string& evento) {
+    const std::string chiave = "EVENTOCONTABILEKEY=" + evento;
+    if (aggiornamento_.Esegui(assegna + "WHERE " + chiave) != 0 ||
+        aggiornamento_.GiaCosi("EVENTOCONTABILE WHERE " + chiave + " ", {}, ComeNuovi(variazione))) {
+      return true;
+    }
+    aggiornamento_.RifiutaScarto(chiave + " AND " + ComeVecchi(variazione));
+    return false;
+  }
+
   /// Finds the keys of both banks; an empty key stands for no bank.
   void CercaBanche(const VariazioneCanalizzazione& variazione) {
     vecchiaBanca_ = aggiornamento_.ChiaveBanca(variazione.VecchiaBanca);
@@ -120,13 +138,23 @@ class Canalizzazione {
 
   /// The new values as a condition.
   std::string ComeNuovi(const VariazioneCanalizzazione& variazione) const {
+    return Come(variazione, variazione.NuovaScadenza, nuovaBanca_);
+  }
+
+  /// The old values of what changes, as a condition.
+  std::string ComeVecchi(const VariazioneCanalizzazione& variazione) const {
+    return Come(variazione, variazione.VecchiaScadenza, vecchiaBanca_);
+  }
+
+  static std::string Come(const VariazioneCanalizzazione& variazione, const std::string& scadenza,
+                          const std::string& banca) {
     std::string condizione;
     if (variazione.isScadenzaChanged) {
-      condizione = UgualeData("EVENTOCONTABILE.DATASCADENZA", variazione.NuovaScadenza);
+      condizione = UgualeData("EVENTOCONTABILE.DATASCADENZA", scadenza);
     }
     if (variazione.isBancaChanged) {
       condizione += condizione.empty() ? "" : "AND ";
-      condizione += UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", nuovaBanca_);
+      condizione += UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", banca);
     }
     return condizione;
   }

@@ -18,12 +18,12 @@ bool ApplicaBanca(Aggiornamento& aggiornamento, const VariazioneConsegna& variaz
   const std::string nuova = aggiornamento.ChiaveBanca(variazione.NuovaBanca);
   const std::string conto = aggiornamento.ChiaveConto(variazione.CodiceConto);
   const std::string movimento = std::to_string(variazione.idMovimentoKey);
-  const auto cambiate =
-      aggiornamento.Esegui("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuova) +
+  const bool cambiate =
+      aggiornamento.Cambia("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=" + ValoreChiave(nuova) +
                                "WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= " + conto + " " + "AND " +
                                UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchia) + "AND EVENTOCONTABILE.SOSPESA='N' ",
                            {movimento});
-  return cambiate != 0 || variazione.idMovimentoKey == 0 ||
+  return cambiate || variazione.idMovimentoKey == 0 ||
          aggiornamento.GiaCosi(RigheDelDocumento("AND CONTOCONTABILE_KEY=" + conto + " "), {movimento},
                                UgualeChiave("BANCAPRESENTAZIONE_KEY", nuova));
 }
@@ -36,19 +36,17 @@ bool ApplicaConsegna(Aggiornamento& aggiornamento, const VariazioneConsegna& var
                                   : "AND DATACONSEGNA= '" + DataIso(variazione.Consegna) + "' ";
   const bool conOrdine = !SenzaValore(variazione.idOrdineKey);
   const std::string ordine = conOrdine ? variazione.idOrdineKey : std::to_string(variazione.idMovimentoKey);
-  const auto cambiate = aggiornamento.Esegui("UPDATE EVENTOCONTABILE SET DATACONSEGNA= " + nuova +
+  const bool cambiate = aggiornamento.Cambia("UPDATE EVENTOCONTABILE SET DATACONSEGNA= " + nuova +
                                                  ",  "
                                                  "TITOLOIVA= ' ' "
                                                  "WHERE MOVIMENTOKEY=? " +
                                                  attuale + "AND EVENTOCONTABILE.SOSPESA='N' ",
                                              {ordine});
-  if (cambiate != 0 || (!conOrdine && variazione.idMovimentoKey == 0)) {
+  if (cambiate || (!conOrdine && variazione.idMovimentoKey == 0)) {
     return true;
   }
   // The rows of a document with several dates are told apart by the first one, which no change touches.
-  const std::string origine = SenzaValore(variazione.ConsegnaOrigine)
-                                  ? std::string()
-                                  : "AND " + UgualeData("DATACONSEGNAPRODUZIONE", variazione.ConsegnaOrigine);
+  const std::string origine = "AND " + UgualeData("DATACONSEGNAPRODUZIONE", variazione.ConsegnaOrigine);
   return aggiornamento.GiaCosi(RigheDelDocumento(origine), {ordine},
                                UgualeData("DATACONSEGNA", variazione.NuovaConsegna));
 }

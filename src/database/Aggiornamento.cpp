@@ -87,6 +87,16 @@ std::int64_t Aggiornamento::Esegui(const std::string& istruzione) {
   return connection_->Execute(istruzione);
 }
 
+bool Aggiornamento::Cambia(const std::string& istruzione, const std::vector<std::string>& valori) {
+  std::vector<std::string> modifica = valori;
+  modifica.push_back(istruzione);
+  if (Esegui(istruzione, valori) == 0) {
+    return Fatta(modifica);
+  }
+  SegnaFatta(std::move(modifica));
+  return true;
+}
+
 bool Aggiornamento::GiaCosi(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo) {
   const std::string attive = "CASE WHEN EVENTOCONTABILE.SOSPESA='N' THEN 1 ELSE 0 END";
   const ado::Recordset gruppi = Leggi("SELECT COUNT(*), COUNT(CASE WHEN " + nuovo + "THEN 1 END) FROM " + daDove +
@@ -94,6 +104,13 @@ bool Aggiornamento::GiaCosi(const std::string& daDove, std::vector<std::string> 
                                       std::move(valori));
   // The active ones come first, as the lists show no others; suspended ones count where there are no active ones.
   return !gruppi.Eof() && gruppi.Valore(0) == gruppi.Valore(1);
+}
+
+void Aggiornamento::RifiutaScarto(const std::string& dove) {
+  const ado::Recordset righe = Leggi("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE " + dove, {});
+  if (!righe.Eof() && righe.Valore(0) != "0") {
+    ado::refuseDroppedChange();
+  }
 }
 
 std::string Aggiornamento::ChiaveBanca(const std::string& codice) {

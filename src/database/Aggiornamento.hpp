@@ -7,6 +7,7 @@
 #include "platform/ado/Ado.hpp"
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -47,10 +48,20 @@ class Aggiornamento {
   std::int64_t Esegui(const std::string& istruzione, std::vector<std::string> valori);
   /// The same for a change without markers.
   std::int64_t Esegui(const std::string& istruzione);
+  /// Sends a change whose condition holds the old values. Returns whether rows have changed by it: now, or by the same
+  /// change earlier in this confirmation, which took the rows of both records.
+  [[nodiscard]] bool Cambia(const std::string& istruzione, const std::vector<std::string>& valori);
+  /// Keeps a change of this confirmation that was done, told by any texts that no other change has.
+  void SegnaFatta(std::vector<std::string> modifica) { fatte_.insert(std::move(modifica)); }
+  /// Whether that change was done.
+  [[nodiscard]] bool Fatta(const std::vector<std::string>& modifica) const { return fatte_.contains(modifica); }
   /// Asked for a change that matched no row: whether the events `daDove` (the tables, and a condition that leaves out
   /// the old values) are there and meet `nuovo`, every one of them. A record does not know its events by key, so one
   /// among them that holds another value may be the one that it meant.
   [[nodiscard]] bool GiaCosi(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo);
+  /// Asked for a change that matched no row, where the events `dove` are those that it named by key, with their old
+  /// values: error -2147217864 where they are there, as the database then dropped the change.
+  void RifiutaScarto(const std::string& dove);
   /// The key of the account `codice`, empty for a missing code. Raises the look-up's failure.
   [[nodiscard]] std::string ChiaveBanca(const std::string& codice);
   /// The key of an account that must be there.
@@ -59,6 +70,7 @@ class Aggiornamento {
  private:
   ado::Connection* connection_;
   std::string istruzioni_;
+  std::set<std::vector<std::string>> fatte_;
 };
 
 /// The frame of the procedures that write a confirmed list: one connection, one transaction, `applica` once a record in

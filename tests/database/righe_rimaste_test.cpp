@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // A change that the host accepted and whose rows somebody else had changed meanwhile.
@@ -266,7 +267,58 @@ TEST_P(RowsLeftOnAServer, AreNotNamedWhereSomebodyMakesTheSameChangeBetweenSelec
   EXPECT_THAT(Banche("101,102"), ElementsAre("107", "107"));
 }
 
-TEST_P(RowsLeft, WhoseChangeTheDatabaseDroppedWithoutAWordAreNamed) {
+TEST_P(RowsLeft, OfTwoEqualDeliveriesAreChangedByTheFirst) {
+  const std::string consegne = "SELECT DATACONSEGNA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN (1,2,3) "
+                               "ORDER BY EVENTOCONTABILEKEY";
+  for (const char* origine : {"'2006-03-01'", "NULL"}) {
+    Altro(std::string("DATACONSEGNA='2006-03-10',DATACONSEGNAPRODUZIONE=") + origine, "1,2,3");
+    Altro("CODICEDIVISA='USD'", "2");
+    Altro("DATACONSEGNA='2006-03-20'", "3");
+    VariazioneConsegna v = Consegna("11/03/2006");
+    v.ConsegnaOrigine = origine == std::string_view("NULL") ? "#null#" : "01/03/2006";
+    EXPECT_THAT(RimasteConsegna({v, v}), IsEmpty()) << origine;
+    EXPECT_THAT(base.Righe(consegne), ElementsAre("2006-03-11", "2006-03-11", "2006-03-20")) << origine;
+    EXPECT_EQ(Domande(), 0U) << origine;
+    EXPECT_THAT(RimasteConsegna({v}), ElementsAre(documento)) << "another confirmation knows nothing of this one";
+    banco.istruzioni.clear();
+  }
+}
+
+TEST_P(RowsLeft, WithoutAFirstDateAreAskedForAsSuch) {
+  Altro("DATACONSEGNA='2006-03-11',DATACONSEGNAPRODUZIONE=NULL", "1,2");
+  Altro("DATACONSEGNAPRODUZIONE='2006-03-01'", "3");
+  VariazioneConsegna v = Consegna("11/03/2006");
+  for (const char* vuota : {"", "#null#"}) {
+    v.ConsegnaOrigine = vuota;
+    EXPECT_THAT(RimasteConsegna({v}), IsEmpty()) << "the rows of a first date say nothing";
+  }
+}
+
+TEST_P(RowsLeft, OfTwoEqualBanksOfADocumentAreChangedByTheFirst) {
+  Altro("BANCAPRESENTAZIONE_KEY=106", "1,2");
+  Altro("BANCAPRESENTAZIONE_KEY=107", "3");
+  EXPECT_THAT(RimasteBanca({Banca("B06", "B08"), Banca("B06", "B08")}), IsEmpty());
+  EXPECT_THAT(Banche("1,2"), ElementsAre("108", "108"));
+  EXPECT_EQ(Domande(), 0U);
+  EXPECT_THAT(RimasteBanca({Banca("B06", "B08")}), ElementsAre(documento));
+}
+
+TEST_P(RowsLeft, OfTwoEqualInstalmentsAreChangedByTheFirst) {
+  Altro("DATASCADENZA='2006-05-05',BANCAPRESENTAZIONE_KEY=108", "102");
+  VariazioneCanalizzazione v = Rata("B07", "01/04/2006");
+  EXPECT_THAT(Rimaste({v, v}), IsEmpty());
+  EXPECT_THAT(Banche("101,102"), ElementsAre("107", "108"));
+  EXPECT_EQ(Domande(), 0U);
+  Altro("DATASCADENZA='2006-03-04',BANCAPRESENTAZIONE_KEY=106", "101,102");
+  Altro("BANCAPRESENTAZIONE_KEY=108", "102");
+  v = Rata("B07");
+  v.idMovimentoKey = "301";
+  EXPECT_THAT(Rimaste({v, v}, "PRESUNTI"), IsEmpty());
+  EXPECT_THAT(Banche("101,102"), ElementsAre("107", "108"));
+  EXPECT_EQ(Domande(), 0U);
+}
+
+TEST_P(RowsLeft, AreNoneWhereTheDatabaseDropsAChangeWithoutAWord) {
   const auto scarta = base.Contesto().dropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=102");
   if (scarta.empty()) {
     GTEST_SKIP() << "no trigger of this server drops an update";
@@ -274,8 +326,14 @@ TEST_P(RowsLeft, WhoseChangeTheDatabaseDroppedWithoutAWordAreNamed) {
   for (const std::string& istruzione : scarta) {
     base.Esegui(istruzione);
   }
-  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(rataUno));
-  EXPECT_THAT(Banche("101,102"), ElementsAre("107", "106"));
+  for (const auto& v : {Rata("B07"), Rata("", "01/04/2006"), Rata("B07", "01/04/2006")}) {
+    EXPECT_EQ(AggiornaCanalizzazione({v}, msg, "CREDITI"), "error");
+    EXPECT_THAT(msg.Errore, AllOf(HasSubstr("-2147217864"),
+                                  HasSubstr("La base dati non ha registrato la modifica, senza dirne il motivo: una "
+                                            "regola della tabella può averla scartata.")));
+    EXPECT_THAT(msg.RigheRimaste, IsEmpty());
+  }
+  EXPECT_THAT(Banche("101,102"), ElementsAre("106", "106"));
 }
 
 constexpr const char* frase = "L'host ha registrato la modifica; nella base dati queste righe erano già cambiate e "

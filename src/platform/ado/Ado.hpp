@@ -147,4 +147,7 @@ class Recordset {
   std::unique_ptr<Impl> impl_;
 };
 
+/// Raises error -2147217864 for a change that the database dropped without a word.
+[[noreturn]] void refuseDroppedChange();
+
 } // namespace lumoscad::ado

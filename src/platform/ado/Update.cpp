@@ -116,8 +116,7 @@ void requireHeld(const std::shared_ptr<Session>& session, const Recordset::Impl&
   if (rows == 1)
     return;
   if (count(session, set, where) > 0)
-    refuse("La base dati non ha registrato la modifica, senza dirne il motivo: una regola della tabella può averla "
-           "scartata.");
+    refuseDroppedChange();
   refuse("La riga è stata modificata o eliminata da un altro terminale: la modifica non è stata registrata.");
 }
 
@@ -171,6 +170,11 @@ void Recordset::Impl::sendChanges() {
   else
     requireOneRow(affected);
   transaction.commit();
+}
+
+void refuseDroppedChange() {
+  refuse("La base dati non ha registrato la modifica, senza dirne il motivo: una regola della tabella può averla "
+         "scartata.");
 }
 
 void Recordset::Impl::takeChanges() {
