@@ -92,6 +92,31 @@ TEST_F(Schermate, OfThePresumedDocumentsHaveListAndBanksInArialAndHeadingsInVerd
   });
 }
 
+/// The list that drops down from a bank box.
+QWidget& Tendina(QDialog& finestra, const char* nome) {
+  return *Trova<QComboBox>(finestra, nome).view();
+}
+
+TEST_F(Schermate, DropTheirBanksDownInTheFontOfTheirList) {
+  frmLumoScadenzeBanche banche;
+  FormPresunti presunti;
+  banche.griglia().cmbBanche = banche.griglia().cmbBanche2 = {" ", "BANCA ALFA"};
+  presunti.griglia().cmbBanche = presunti.griglia().cmbBanche2 = {" ", "BANCA ALFA"};
+  const auto tendine = [](const std::string& carattere) {
+    return [carattere](QDialog& finestra) {
+      for (const char* nome : {"cmbBanche", "cmbBanche2"}) {
+        EXPECT_EQ(Famiglia(Tendina(finestra, nome)), carattere) << nome;
+        EXPECT_EQ(Tendina(finestra, nome).font().pixelSize(), 12) << nome;
+        Trova<QComboBox>(finestra, nome).showPopup();
+        EXPECT_EQ(Famiglia(Tendina(finestra, nome)), carattere) << nome;
+        Trova<QComboBox>(finestra, nome).hidePopup();
+      }
+    };
+  };
+  Mostra(banche, tendine("Verdana"));
+  Mostra(presunti, tendine("Arial"));
+}
+
 TEST_F(Schermate, OfTheDeliveriesHaveEveryTextInVerdana) {
   FormConsegna schermata;
   Mostra(schermata, [](QDialog& finestra) {
@@ -103,7 +128,8 @@ TEST_F(Schermate, OfTheDeliveriesHaveEveryTextInVerdana) {
 
 TEST_F(Schermate, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
   const QFont diPrima = QApplication::font();
-  const char* tipi[] = {"QComboBox", "QAbstractButton", "QLineEdit", "QLabel", "QTableView"};
+  const char* tipi[] = {"QComboBox",  "QAbstractButton",   "QLineEdit", "QLabel",
+                        "QTableView", "QAbstractItemView", "QListView"};
   for (const char* tipo : tipi) {
     QApplication::setFont(QFont("DejaVu Sans Mono", 20), tipo);
   }
@@ -112,6 +138,10 @@ TEST_F(Schermate, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
     for (const char* nome : {"LVPresunti", "cmbBanche", "cmbBanche2"}) {
       EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, nome)), "Arial") << nome;
       EXPECT_EQ(Trova<QWidget>(finestra, nome).font().pixelSize(), 12) << nome;
+    }
+    for (const char* nome : {"cmbBanche", "cmbBanche2"}) {
+      EXPECT_EQ(Famiglia(Tendina(finestra, nome)), "Arial") << nome;
+      EXPECT_EQ(Tendina(finestra, nome).font().pixelSize(), 12) << nome;
     }
     EXPECT_EQ(Famiglia(Trova<QWidget>(finestra, "TLwTestata_1")), "Verdana");
   });

@@ -4,6 +4,7 @@
 #include "platform/qt/IconeElenco.hpp"
 #include "platform/qt/Testi.hpp"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDialog>
 #include <QFrame>
@@ -93,7 +94,9 @@ QComboBox* Elenco(const QString& nome, const std::vector<std::string>& voci, con
                   QWidget* padre) {
   auto* combo = new QComboBox(padre);
   combo->setObjectName(nome);
-  combo->setFont(aspetto::Carattere(finestra.carattere));
+  const QFont carattere = aspetto::Carattere(finestra.carattere);
+  combo->setFont(carattere);
+  combo->view()->setFont(carattere); // what drops down is a window of its own, and has the calling program's font
   // Sized by a fixed number of characters: measuring every entry would read them all.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   // The style's own delegate draws menu entries, whose chosen one a style sheet leaves without a colour.
