@@ -276,6 +276,14 @@ TEST_F(SshCodifica, ReplyIsReadInItsOwnEncodingOrElseInTheHosts) {
   EXPECT_THAT(Rifiuto(), HasSubstr("non sono caratteri della codifica Windows-1252"));
 }
 
+TEST_F(SshCodifica, ReplyInUtf16IsReadWithAndWithoutAMark) {
+  Usa("ISO-8859-1");
+  for (const auto* codifica : {"UTF-16", "UTF-16LE", "UTF-16BE"}) {
+    Programma(R"(printf '<?xml version="1.0"?><A>perch\303\251</A>' | iconv -f UTF-8 -t )" + std::string(codifica));
+    EXPECT_EQ(Risposta()->valore, "perché") << codifica;
+  }
+}
+
 TEST_F(SshCodifica, ComplaintsAreReadInTheHostsEncodingWhateverTheyHold) {
   Programma(R"(printf 'perch\351' >&2; exit 3)");
   EXPECT_THAT(Rifiuto(), HasSubstr("perch\uFFFD"));

@@ -58,9 +58,11 @@ Sorgente SorgenteTesto(std::string testo) {
   };
 }
 
-/// Whether the document says itself how it is encoded.
+/// Whether the document says itself how it is encoded: by a mark, by the UTF-16 in which its declaration is written, or
+/// by what that declares.
 bool DichiaraCodifica(std::string_view documento) {
-  for (const std::string_view segno : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}) {
+  for (const auto segno : {std::string_view("\xEF\xBB\xBF"), std::string_view("\xFF\xFE"), std::string_view("\xFE\xFF"),
+                           std::string_view("<\0?\0", 4), std::string_view("\0<\0?", 4)}) {
     if (documento.starts_with(segno)) {
       return true;
     }
