@@ -185,6 +185,20 @@ TEST_F(Cartella, FileThatTakesTooLongIsNotReceived) {
   EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
 }
 
+TEST_F(Cartella, FileThatWasReadInOnePieceIsReceivedThoughTheCallerWasHeldUpMeanwhile) {
+  collegamento.emplace(base / "host", 0ms);
+  for (const std::size_t dimensione : {0U, 10U, 65536U}) {
+    prove::Scrivi(base / "host/tmp/VBX", std::string(dimensione, 'x'));
+    collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo);
+    EXPECT_EQ(prove::Leggi(base / "locale/VBX"), std::string(dimensione, 'x'));
+  }
+  std::filesystem::remove(base / "locale/VBX");
+  prove::Scrivi(base / "host/tmp/VBX", std::string(65537, 'x'));
+  const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
+  EXPECT_THAT(errore.Descrizione(), HasSubstr("»: il trasferimento non è finito entro 0 secondi."));
+  EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
+}
+
 TEST_F(Cartella, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
   EXPECT_NO_THROW(collegamento->CancellaFile("h", "/tmp/manca"));
   std::filesystem::create_directory(base / "host/tmp/cartella");

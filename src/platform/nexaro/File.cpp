@@ -121,8 +121,10 @@ void CopiaFile(const std::string& sorgente, const std::string& destinazione, mod
   FileProvvisorio copia(destinazione, modo, operazione);
   std::array<char, 65536> tampone;
   auto resta = misura.massimo;
+  bool scaduto = false;
   for (std::size_t letti = 0; (letti = LeggiBlocco(ingresso, tampone, operazione)) > 0;) {
-    if (attesa && TempoRestante(termine).count() == 0) {
+    // The look that follows the end of the time may find the end of the file, but no more of it.
+    if (scaduto) {
       throw ErroreLink(operazione + ": " + MotivoTroppoLento(*attesa) + ".");
     }
     const bool troppi = letti > resta;
@@ -135,6 +137,7 @@ void CopiaFile(const std::string& sorgente, const std::string& destinazione, mod
     if (troppi) {
       break;
     }
+    scaduto = attesa && TempoRestante(termine).count() == 0;
   }
   copia.Pubblica(destinazione, operazione);
 }

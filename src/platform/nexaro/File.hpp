@@ -54,7 +54,8 @@ struct Misura {
 };
 
 /// Copies the ordinary file `sorgente` to `destinazione`, which appears whole, as far as `misura` goes, or not at all.
-/// `modo` holds the permissions before the umask. Where `attesa` is set, no more time than that may pass.
+/// `modo` holds the permissions before the umask. Where `attesa` is set, no more is read
+/// once that time has passed; what had been read by then counts, if it was all.
 void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
                const Misura& misura = {}, std::optional<std::chrono::milliseconds> attesa = std::nullopt);
 
