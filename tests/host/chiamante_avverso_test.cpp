@@ -2,15 +2,13 @@
 
 #include "Banco.hpp"
 #include "Chiamante.hpp"
+#include "ChiamateRifiutate.hpp"
 #include "platform/nexaro/CollegamentoCartella.hpp"
 #include "platform/nexaro/Processo.hpp"
 
 #include <atomic>
 #include <cerrno>
-#include <cstddef>
 #include <gmock/gmock.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -21,25 +19,8 @@ namespace {
 using namespace std::chrono_literals;
 using nexaro::FineProcesso;
 using prove::Chiamante;
+using prove::Rifiuta;
 using testing::HasSubstr;
-
-/// From now on the system refuses these two calls to this process, as an older kernel or a sandbox does.
-void Rifiuta(long prima, long seconda, int codice) {
-  sock_filter regole[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(prima), 1, 0),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(seconda), 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(codice)),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  sock_fprog programma{static_cast<unsigned short>(std::size(regole)), regole};
-  if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &programma) != 0) {
-    throw std::runtime_error("seccomp");
-  }
-  if (::syscall(prima, ~0U, ~0U, 0U) != -1 || errno != codice) {
-    throw std::runtime_error("the call is not refused");
-  }
-}
 
 class ChiamanteAvverso : public testing::Test {
  protected:
@@ -173,6 +154,40 @@ TEST_F(ChiamanteAvverso, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadTo
   std::this_thread::sleep_for(500ms);
   chiamante.Ferma(3s);
   EXPECT_EQ(chiamante.Esito(20s), "tutto");
+}
+
+void* EseguiNelFilo(void* processo) {
+  static_cast<void>(nexaro::Esegui(*static_cast<const nexaro::Processo*>(processo)));
+  return nullptr;
+}
+
+/// Ends a thread that runs the program `corpo`, as an exception would, once there is a file `segno`.
+void InterrompiFilo(const std::string& cartella, const std::string& corpo, const std::string& segno) {
+  const auto percorso = prove::ScriviProgramma(cartella + "/programma", corpo);
+  nexaro::Processo processo{percorso, {}, {}, cartella, 20s, 10000, 10};
+  pthread_t filo{};
+  ASSERT_EQ(::pthread_create(&filo, nullptr, EseguiNelFilo, &processo), 0);
+  for (int giro = 0; giro < 1000 && !std::filesystem::exists(cartella + segno); ++giro) {
+    std::this_thread::sleep_for(10ms);
+  }
+  // The report of a program's end follows it.
+  std::this_thread::sleep_for(300ms);
+  ASSERT_EQ(::pthread_cancel(filo), 0);
+  void* esito = nullptr;
+  ASSERT_EQ(::pthread_join(filo, &esito), 0);
+  ASSERT_EQ(esito, PTHREAD_CANCELED);
+}
+
+TEST_F(ChiamanteAvverso, ProgramDoesNotGoOnUnwatchedWhenTheWaitIsBrokenOff) {
+  InterrompiFilo(base.Percorso(), "touch partito; sleep 1; touch finito", "/partito");
+  std::this_thread::sleep_for(1500ms);
+  EXPECT_FALSE(std::filesystem::exists(base / "finito"));
+}
+
+TEST_F(ChiamanteAvverso, WhatAProgramLeftBehindGoesOnThoughTheWaitIsBrokenOff) {
+  InterrompiFilo(base.Percorso(), "(sleep 1; touch finito) & touch partito", "/partito");
+  std::this_thread::sleep_for(1500ms);
+  EXPECT_TRUE(std::filesystem::exists(base / "finito"));
 }
 
 TEST_F(ChiamanteAvverso, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {

@@ -257,10 +257,10 @@ class Ascolto {
     return true;
   }
 
- private:
   /// The supervisor has told how the program ended, or has gone without a word.
   [[nodiscard]] bool Riferito() const { return rapporti_.size() >= sizeof(Rapporto) || !flussi_.rapporto.Aperto(); }
 
+ private:
   [[nodiscard]] bool Finito() const {
     return Riferito() &&
            (Letto().fine == FineProcesso::NonAvviato || (!flussi_.uscita.Aperto() && !flussi_.errori.Aperto()));
@@ -384,8 +384,16 @@ EsitoProcesso Esegui(const Processo& processo) {
   rapporto.scrittura.Chiudi();
   congedo.lettura.Chiudi();
   Ascolto ascolto(processo, {std::move(uscita.lettura), std::move(errori.lettura), std::move(rapporto.lettura)}, esito);
-  if (!ascolto.Esegui()) {
-    sorvegliante.Uccidi();
+  try {
+    if (!ascolto.Esegui()) {
+      sorvegliante.Uccidi();
+    }
+  } catch (...) {
+    // Nobody would watch over the program any more. One that has ended has nothing but what it left behind on purpose.
+    if (!ascolto.Riferito()) {
+      sorvegliante.Uccidi();
+    }
+    throw;
   }
   return esito;
 }
