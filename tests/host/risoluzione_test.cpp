@@ -2,7 +2,9 @@
 
 #include "Banco.hpp"
 #include "Chiamante.hpp"
+#include "ChiamateRifiutate.hpp"
 #include "platform/nexaro/CollegamentoSsh.hpp"
+#include "platform/nexaro/Indirizzi.hpp"
 #include "platform/nexaro/Presa.hpp"
 
 #include <atomic>
@@ -15,6 +17,7 @@
 #include <netinet/in.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -145,6 +148,41 @@ unsigned PortaMuta() {
 
 TEST_F(Risoluzione, AddressInNumbersAsksNobody) {
   EXPECT_EXIT(PerNumero(), testing::ExitedWithCode(0), "collegata");
+}
+
+/// What is said where the name is asked for once `avversa` has worked against this process.
+template <typename Avversa> [[noreturn]] void Avversato(Avversa avversa) {
+  ::alarm(30);
+  avversa();
+  Racconta(
+      ErroreDi([] { static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 5s, 5s)); }).Descrizione());
+}
+
+TEST_F(Risoluzione, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
+  const auto senzaDescrittori = [] {
+    // What the look-up needs for good is read by then.
+    static_cast<void>(ErroreDi([] { static_cast<void>(ApriPresa("altro.invalid", 22, Orologio::now() + 5s, 5s)); }));
+    const rlimit limite{3, 3};
+    ::setrlimit(RLIMIT_NOFILE, &limite);
+  };
+  EXPECT_EXIT(Avversato(senzaDescrittori), testing::ExitedWithCode(0),
+              "Collegamento all'host contabile.invalid \\(porta 22\\): il servizio dei nomi di questa macchina ha dato "
+              "un errore\\. Verificare la rete di questa macchina, o indicare l'host con il suo indirizzo numerico "
+              "\\(-H\\)\\.");
+}
+
+TEST_F(Risoluzione, WantOfThreadsIsSaid) {
+  EXPECT_EXIT(Avversato([] { prove::Rifiuta(SYS_clone3, SYS_clone, EAGAIN); }), testing::ExitedWithCode(0),
+              "Collegamento all'host contabile.invalid \\(porta 22\\): risorse del sistema esaurite\\.");
+}
+
+TEST_F(Risoluzione, NameServiceThatFailedDoesNotSayThatTheNameIsNotThere) {
+  for (const int esito : {EAI_AGAIN, EAI_FAIL}) {
+    EXPECT_EQ(nexaro::ErroreRicerca(esito, 5s, "Ricerca").Descrizione(),
+              "Ricerca: il servizio dei nomi non risponde. Verificare la rete di questa macchina.");
+  }
+  EXPECT_EQ(nexaro::ErroreRicerca(EAI_NONAME, 5s, "Ricerca").Descrizione(),
+            "Ricerca: l'indirizzo non esiste. Verificare l'indirizzo dell'host (-H).");
 }
 
 TEST_F(Risoluzione, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {

@@ -16,6 +16,9 @@ namespace lumoscad::nexaro {
 
 namespace {
 
+constexpr const char* RimedioNomi =
+    "Verificare la rete di questa macchina, o indicare l'host con il suo indirizzo numerico (-H).";
+
 /// One look-up and all that its thread reads and writes.
 struct Ricerca {
   Ricerca(std::string nome, unsigned numero) : host(std::move(nome)), porta(std::to_string(numero)) {
@@ -82,8 +85,10 @@ void Attendi(const gaicb& richiesta, Termine termine) {
   }
 }
 
-/// The outcome of the look-up: an EAI_... value, EAI_INPROGRESS where it was given up.
-int CercaConLimite(const std::string& host, unsigned porta, Termine termine, Indirizzi& trovati) {
+/// The outcome of the look-up: an EAI_... value, EAI_INPROGRESS where it was given up. Raises a run-time error where
+/// the system could not begin it.
+int CercaConLimite(const std::string& host, unsigned porta, Termine termine, const std::string& operazione,
+                   Indirizzi& trovati) {
   auto& abbandonate = Abbandonate::Tutte();
   abbandonate.TogliFinite();
   auto ricerca = std::make_unique<Ricerca>(host, porta);
@@ -91,7 +96,11 @@ int CercaConLimite(const std::string& host, unsigned porta, Termine termine, Ind
   sigevent nessuno{};
   nessuno.sigev_notify = SIGEV_NONE;
   if (const int esito = ::getaddrinfo_a(GAI_NOWAIT, lista, 1, &nessuno); esito != 0) {
-    return esito == EAI_MEMORY ? EAI_MEMORY : EAI_SYSTEM;
+    if (esito == EAI_MEMORY) {
+      return esito;
+    }
+    // Only here the system lacks something of its own, a thread.
+    throw ErroreSistema(operazione, EAGAIN);
   }
   Attendi(ricerca->richiesta, termine);
   if (::gai_error(&ricerca->richiesta) == EAI_INPROGRESS && ::gai_cancel(&ricerca->richiesta) == EAI_CANCELED) {
@@ -107,13 +116,13 @@ int CercaConLimite(const std::string& host, unsigned porta, Termine termine, Ind
 }
 
 /// Asks nobody for what is written in numbers; a name goes to the name service.
-int Cerca(const std::string& host, unsigned porta, Termine termine, Indirizzi& trovati) {
+int Cerca(const std::string& host, unsigned porta, Termine termine, const std::string& operazione, Indirizzi& trovati) {
   Ricerca ricerca(host, porta);
   ricerca.criteri.ai_flags |= AI_NUMERICHOST;
   int esito =
       ::getaddrinfo(ricerca.host.c_str(), ricerca.porta.c_str(), &ricerca.criteri, &ricerca.richiesta.ar_result);
   if (esito == EAI_NONAME && FiliPropri()) {
-    return CercaConLimite(host, porta, termine, trovati);
+    return CercaConLimite(host, porta, termine, operazione, trovati);
   }
   if (esito == EAI_NONAME) {
     ricerca.criteri.ai_flags = AI_NUMERICSERV;
@@ -125,24 +134,32 @@ int Cerca(const std::string& host, unsigned porta, Termine termine, Indirizzi& t
 
 } // namespace
 
+ErroreRuntime ErroreRicerca(int esito, std::chrono::milliseconds attesa, const std::string& operazione) {
+  switch (esito) {
+  case EAI_INPROGRESS:
+    return ErroreLink(operazione + ": il servizio dei nomi di questa macchina non ha risposto entro " +
+                      Secondi(attesa) + ". " + RimedioNomi);
+  case EAI_AGAIN:
+  case EAI_FAIL:
+    return ErroreLink(operazione + ": il servizio dei nomi non risponde. Verificare la rete di questa macchina.");
+  case EAI_SYSTEM:
+    return ErroreLink(operazione + ": il servizio dei nomi di questa macchina ha dato un errore. " + RimedioNomi);
+  default:
+    return ErroreLink(operazione + ": l'indirizzo non esiste. Verificare l'indirizzo dell'host (-H).");
+  }
+}
+
 Indirizzi TrovaIndirizzi(const std::string& host, unsigned porta, Termine termine, std::chrono::milliseconds attesa,
                          const std::string& operazione) {
   Indirizzi trovati(nullptr, &::freeaddrinfo);
-  switch (Cerca(host, porta, termine, trovati)) {
-  case 0:
-    return trovati;
-  case EAI_INPROGRESS:
-    throw ErroreLink(operazione + ": il servizio dei nomi di questa macchina non ha risposto entro " + Secondi(attesa) +
-                     ". Verificare la rete di questa macchina, o indicare l'host con il suo indirizzo numerico (-H).");
-  case EAI_AGAIN:
-    throw ErroreLink(operazione + ": il servizio dei nomi non risponde. Verificare la rete di questa macchina.");
-  case EAI_MEMORY:
+  const int esito = Cerca(host, porta, termine, operazione, trovati);
+  if (esito == EAI_MEMORY) {
     throw std::bad_alloc();
-  case EAI_SYSTEM:
-    throw ErroreSistema(operazione, EAGAIN);
-  default:
-    throw ErroreLink(operazione + ": l'indirizzo non esiste. Verificare l'indirizzo dell'host (-H).");
   }
+  if (esito != 0) {
+    throw ErroreRicerca(esito, attesa, operazione);
+  }
+  return trovati;
 }
 
 } // namespace lumoscad::nexaro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Errore.hpp"
 #include "platform/nexaro/Termine.hpp"
 
 #include <memory>
@@ -16,5 +17,8 @@ using Indirizzi = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
 /// the thread is not there: how long a name may take is then the system's own setting.
 [[nodiscard]] Indirizzi TrovaIndirizzi(const std::string& host, unsigned porta, Termine termine,
                                        std::chrono::milliseconds attesa, const std::string& operazione);
+
+/// What is said of a look-up that failed with the EAI_... value `esito`; see getaddrinfo(3).
+[[nodiscard]] ErroreRuntime ErroreRicerca(int esito, std::chrono::milliseconds attesa, const std::string& operazione);
 
 } // namespace lumoscad::nexaro
