@@ -1,6 +1,8 @@
 // Whom the link trusts, and whom it lets in.
 
 #include "BancoSsh.hpp"
+#include "Chiamante.hpp"
+#include "ChiamateRifiutate.hpp"
 #include "platform/nexaro/Amministrazione.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 
@@ -295,6 +297,22 @@ TEST_F(SshAccesso, AgentThatIsGoneIsNoObstacle) {
   variabili.Imposta("SSH_AUTH_SOCK", base / "manca");
   fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
   EXPECT_EQ(Prova(), "riuscito");
+}
+
+TEST_F(SshAccesso, KeyFilesAreTriedWhereTheSystemHasNoThreadForTheAgent) {
+  impostazioni.chiave.clear();
+  const Agente agente(base / "agente");
+  Agente::Aggiungi(server->Chiave());
+  const auto senzaFili = [this] {
+    const prove::Chiamante chiamante([this] {
+      prove::Rifiuta(SYS_clone3, SYS_clone, EAGAIN);
+      return Prova();
+    });
+    return chiamante.Esito(std::chrono::seconds(20));
+  };
+  EXPECT_THAT(senzaFili(), HasSubstr("agente delle chiavi: non raggiungibile (risorse del sistema esaurite)"));
+  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  EXPECT_EQ(senzaFili(), "riuscito");
 }
 
 /// A type of user's keys.

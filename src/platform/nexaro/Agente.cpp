@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <system_error>
 
 namespace lumoscad::nexaro {
 
@@ -38,7 +39,13 @@ Agente::Agente(const std::string& presa, Termine termine) {
   Collega(presa, termine);
   if (errore_ == 0) {
     const SenzaSegnali senzaSegnali;
-    filo_ = std::thread([this, termine] { Sorveglia(termine); });
+    try {
+      filo_ = std::thread([this, termine] { Sorveglia(termine); });
+    } catch (const std::system_error&) {
+      // Without the thread nobody would end the wait.
+      errore_ = EAGAIN;
+      presa_.Chiudi();
+    }
   }
 }
 

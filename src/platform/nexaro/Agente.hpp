@@ -20,7 +20,8 @@ class Agente {
   Agente& operator=(const Agente&) = delete;
   ~Agente();
 
-  /// 0 where the agent took the connection; ETIMEDOUT where it did not in time; otherwise the `errno` of the failure.
+  /// 0 where the agent took the connection; ETIMEDOUT where it did not in time; EAGAIN where there is no thread that
+  /// would end the wait; otherwise the `errno` of the failure.
   [[nodiscard]] int Errore() const { return errore_; }
 
   /// A descriptor of the connection, which is the caller's from now on; none, and `Errore`, where the system has none
