@@ -102,10 +102,12 @@ TEST_F(SshAttese, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 12s);
 }
 
-/// A key agent that lists one key where it has been given one, and answers nothing else.
+/// A key agent that lists one key where it has been given one, and answers nothing else. With `fermata` it stops the
+/// process that asks for the list, for so long, and lists what it has, be it nothing.
 class AgenteMuto {
  public:
-  AgenteMuto(const std::string& presa, std::string chiave) : chiave_(std::move(chiave)) {
+  AgenteMuto(const std::string& presa, std::string chiave, std::chrono::milliseconds fermata = 0ms)
+      : chiave_(std::move(chiave)), fermata_(fermata) {
     sockaddr_un indirizzo{};
     indirizzo.sun_family = AF_UNIX;
     presa.copy(indirizzo.sun_path, sizeof indirizzo.sun_path - 1);
@@ -113,7 +115,7 @@ class AgenteMuto {
     EXPECT_EQ(::bind(ascolto_, reinterpret_cast<sockaddr*>(&indirizzo), sizeof indirizzo), 0);
     EXPECT_EQ(::listen(ascolto_, 0), 0);
     variabili_.Imposta("SSH_AUTH_SOCK", presa);
-    if (!chiave_.empty()) {
+    if (!chiave_.empty() || fermata_ > 0ms) {
       filo_ = std::thread([this] { Elenca(); });
     }
   }
@@ -139,18 +141,28 @@ class AgenteMuto {
   void Elenca() {
     const int cliente = ::accept4(ascolto_, nullptr, nullptr, SOCK_CLOEXEC);
     std::array<char, 1024> richiesta{};
-    const auto corpo = "\x0C" + Numero(1) + Numero(chiave_.size()) + chiave_ + Numero(5) + "prova";
+    const auto corpo =
+        "\x0C" + (chiave_.empty() ? Numero(0) : Numero(1) + Numero(chiave_.size()) + chiave_ + Numero(5) + "prova");
     const auto elenco = Numero(corpo.size()) + corpo;
     bool elencata = false;
     while (::recv(cliente, richiesta.data(), richiesta.size(), 0) > 0) {
-      if (!elencata && ::send(cliente, elenco.data(), elenco.size(), MSG_NOSIGNAL) > 0) {
-        elencata = true;
+      if (!elencata) {
+        ucred chiede{};
+        socklen_t lunghezza = sizeof chiede;
+        const bool fermo = fermata_ > 0ms && ::getsockopt(cliente, SOL_SOCKET, SO_PEERCRED, &chiede, &lunghezza) == 0 &&
+                           ::kill(chiede.pid, SIGSTOP) == 0;
+        elencata = ::send(cliente, elenco.data(), elenco.size(), MSG_NOSIGNAL) > 0;
+        if (fermo) {
+          std::this_thread::sleep_for(fermata_);
+          ::kill(chiede.pid, SIGCONT);
+        }
       }
     }
     ::close(cliente);
   }
 
   std::string chiave_;
+  std::chrono::milliseconds fermata_;
   int ascolto_ = -1;
   prove::VariabiliProvvisorie variabili_;
   std::thread filo_;
@@ -201,6 +213,13 @@ TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
   ASSERT_EQ(std::system(comando.c_str()), 0);
   const AgenteMuto agente(base / "agente", prove::Leggi(base / "pubblica"));
   EXPECT_EQ(ChiamaAltrove(), attesa);
+}
+
+TEST_F(SshAgenteMuto, CallerThatWasStoppedDuringTheLoginTakesTheAnswerAndGoesOn) {
+  fs::create_directories(base / "ssh");
+  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  const AgenteMuto agente(base / "agente", {}, 2500ms);
+  EXPECT_EQ(ChiamaAltrove(), "fatto") << "the key file is tried after the agent, when the limit is over";
 }
 
 TEST_F(SshAgenteMuto, LeavesNoDescriptorBehind) {

@@ -14,9 +14,6 @@ namespace {
 /// How long the system is left alone between two attempts at an agent whose queue is full.
 constexpr std::chrono::milliseconds Pausa{20};
 
-/// What an answer that is there at the end of the wait needs to be read.
-constexpr std::chrono::milliseconds UltimoSguardo{100};
-
 /// While it lives, a thread that is made takes no signal of the calling program.
 class SenzaSegnali {
  public:
@@ -91,7 +88,9 @@ void Agente::Collega(const std::string& presa, Termine termine) {
 
 void Agente::Sorveglia(Termine termine) {
   std::unique_lock guardia(chiave_);
-  if (!cambiato_.wait_until(guardia, termine + UltimoSguardo, [this] { return finito_; })) {
+  const auto finito = [this] { return finito_; };
+  // The look beyond the limit begins when the limit is seen to be over: the calling program may have been stopped.
+  if (!cambiato_.wait_until(guardia, termine, finito) && !cambiato_.wait_for(guardia, SguardoOltre, finito)) {
     scaduto_ = true;
     ::shutdown(presa_.Numero(), SHUT_RDWR);
   }

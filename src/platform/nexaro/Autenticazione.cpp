@@ -79,9 +79,9 @@ class Accesso {
  private:
   /// Runs one attempt within what is left of the wait: true when the user is logged in.
   template <typename Tentativo> bool Riesce(Tentativo tentativo) {
-    const bool inTempo = sessione_.LimitaAttesa();
-    const int esito = inTempo ? tentativo() : SSH_AUTH_AGAIN;
-    if (esito == SSH_AUTH_AGAIN || !sessione_.LimitaAttesa()) {
+    sessione_.LimitaAttesa();
+    const int esito = tentativo();
+    if (esito == SSH_AUTH_AGAIN) {
       throw ErroreLink("Accesso all'host " + sessione_.Host() + ": il servizio SSH non ha risposto entro " +
                        Secondi(impostazioni_.attesa) + ". Verificare che l'host sia in funzione." +
                        sessione_.NotaRicerca());

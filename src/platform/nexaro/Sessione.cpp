@@ -65,18 +65,15 @@ void Sessione::Apri(Descrittore presa, const std::string& operazione) {
     throw ErroreSistema(operazione, EMFILE);
   }
   Imposta(Grezza(), SSH_OPTIONS_FD, &numero, "la connessione");
-  int esito = SSH_AGAIN;
-  std::string dettaglio;
-  if (LimitaAttesa()) {
-    static_cast<void>(presa.Cedi());
-    esito = ssh_connect(Grezza());
-    dettaglio = TestoAltrui(ssh_get_error(Grezza()));
-    // A descriptor that was handed over is closed by the library only where it takes it for its own. It does so here,
-    // though it calls the number an error.
-    const socket_t nessuno = SSH_INVALID_SOCKET;
-    static_cast<void>(ssh_options_set(Grezza(), SSH_OPTIONS_FD, &nessuno));
-    erroreVecchio_ = ssh_get_error(Grezza());
-  }
+  LimitaAttesa();
+  static_cast<void>(presa.Cedi());
+  const int esito = ssh_connect(Grezza());
+  const auto dettaglio = TestoAltrui(ssh_get_error(Grezza()));
+  // A descriptor that was handed over is closed by the library only where it takes it for its own. It does so here,
+  // though it calls the number an error.
+  const socket_t nessuno = SSH_INVALID_SOCKET;
+  static_cast<void>(ssh_options_set(Grezza(), SSH_OPTIONS_FD, &nessuno));
+  erroreVecchio_ = ssh_get_error(Grezza());
   if (esito == SSH_OK) {
     return;
   }
@@ -94,13 +91,14 @@ Sessione::~Sessione() {
   }
 }
 
-bool Sessione::LimitaAttesa() const {
+void Sessione::LimitaAttesa() const {
   const auto resta = TempoRestante(termineApertura_);
-  const long secondi = static_cast<long>(resta.count() / 1000);
-  const long micro = static_cast<long>(resta.count() % 1000) * 1000;
+  const auto limite = resta.count() > 0 ? resta : SguardoOltre;
+  const long secondi = static_cast<long>(limite.count() / 1000);
+  const long micro = static_cast<long>(limite.count() % 1000) * 1000;
   // Two zeros would mean the library's own default.
-  return resta.count() > 0 && ssh_options_set(Grezza(), SSH_OPTIONS_TIMEOUT, &secondi) == SSH_OK &&
-         ssh_options_set(Grezza(), SSH_OPTIONS_TIMEOUT_USEC, &micro) == SSH_OK;
+  Imposta(Grezza(), SSH_OPTIONS_TIMEOUT, &secondi, "NEXARO_ATTESA");
+  Imposta(Grezza(), SSH_OPTIONS_TIMEOUT_USEC, &micro, "NEXARO_ATTESA");
 }
 
 Termine Sessione::TermineSaluto() const {

@@ -59,9 +59,9 @@ class Sessione {
   /// When a connection that was silent before, and is asked for a sign of life, is given up to be opened anew.
   [[nodiscard]] Termine TermineSaluto() const;
 
-  /// While connecting: lets libssh wait no longer than what is left of the wait for the connection; false when nothing
-  /// is left.
-  [[nodiscard]] bool LimitaAttesa() const;
+  /// While connecting: lets libssh wait no longer than what is left of the wait for the connection; where nothing is
+  /// left, as long as one look takes, for the answer may be there.
+  void LimitaAttesa() const;
 
   /// What follows a message about a wait for the connection that was too short; see `ApriPresa`.
   [[nodiscard]] const std::string& NotaRicerca() const { return notaRicerca_; }

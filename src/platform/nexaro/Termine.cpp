@@ -7,7 +7,6 @@ namespace lumoscad::nexaro {
 namespace {
 
 constexpr long SguardoMassimo = 60000;
-constexpr int SguardoOltre = 100;
 
 } // namespace
 
@@ -24,7 +23,7 @@ std::optional<int> Sguardi::Prossimo(Termine termine) {
     termine_ = termine;
     fine_ = Orologio::now() + Proroga;
   }
-  return Orologio::now() < fine_ ? std::optional(SguardoOltre) : std::nullopt;
+  return Orologio::now() < fine_ ? std::optional(static_cast<int>(SguardoOltre.count())) : std::nullopt;
 }
 
 } // namespace lumoscad::nexaro

@@ -16,6 +16,9 @@ inline constexpr std::chrono::milliseconds Proroga{5000};
 /// other process may hold it open for good.
 inline constexpr std::chrono::milliseconds Quiete{1000};
 
+/// How long one look may take when the limit is over.
+inline constexpr std::chrono::milliseconds SguardoOltre{100};
+
 /// The time left until `termine`, rounded up; not negative.
 [[nodiscard]] std::chrono::milliseconds TempoRestante(Termine termine);
 
