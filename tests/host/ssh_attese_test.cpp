@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <future>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -116,7 +117,13 @@ class AgenteMuto {
     EXPECT_EQ(::listen(ascolto_, 0), 0);
     variabili_.Imposta("SSH_AUTH_SOCK", presa);
     if (!chiave_.empty() || fermata_ > 0ms) {
-      filo_ = std::thread([this] { Elenca(); });
+      // Running before the caller is forked: what a starting thread holds would stay held in the child.
+      std::promise<void> parte;
+      filo_ = std::thread([this, &parte] {
+        parte.set_value();
+        Elenca();
+      });
+      parte.get_future().wait();
     }
   }
   AgenteMuto(const AgenteMuto&) = delete;
