@@ -13,6 +13,9 @@ namespace lumoscad::nexaro {
 
 namespace {
 
+/// How long one step of a login may take when the limit is over: the host reckons meanwhile.
+constexpr std::chrono::milliseconds SguardoAllAccesso{1000};
+
 /// Bytes. While nothing is asked a host sends a few small messages at most: signs of life, new keys.
 constexpr std::uint64_t MassimoNonChiesto = std::uint64_t{256} * 1024;
 
@@ -93,7 +96,7 @@ Sessione::~Sessione() {
 
 void Sessione::LimitaAttesa() const {
   const auto resta = TempoRestante(termineApertura_);
-  const auto limite = resta.count() > 0 ? resta : SguardoOltre;
+  const auto limite = resta.count() > 0 ? resta : SguardoAllAccesso;
   const long secondi = static_cast<long>(limite.count() / 1000);
   const long micro = static_cast<long>(limite.count() % 1000) * 1000;
   // Two zeros would mean the library's own default.
