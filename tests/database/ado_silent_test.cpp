@@ -113,6 +113,10 @@ TEST_P(SilentPostgres, CommitThatWaitsForAnAbsentStandbyIsUnknown) {
   query("SELECT pg_reload_conf()");
   for (int attempt = 0; attempt < 200 && test::firstValue(hasty_, "SHOW synchronous_standby_names").empty(); ++attempt)
     usleep(20000);
+  // Sessions wait only once the checkpointer has read the setting too, which it does before its work.
+  connection_.Execute("CHECKPOINT");
+  usleep(20000);
+  connection_.Execute("CHECKPOINT");
   hasty_.BeginTrans();
   hasty_.Execute(change);
   EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
