@@ -154,15 +154,22 @@ TEST_F(Risoluzione, AddressInNumbersAsksNobody) {
 template <typename Avversa> [[noreturn]] void Avversato(Avversa avversa) {
   ::alarm(30);
   avversa();
-  Racconta(
-      ErroreDi([] { static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 5s, 5s)); }).Descrizione());
+  const auto errore = ErroreDi([] { static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 5s, 5s)); });
+  rlimit limite{};
+  ::getrlimit(RLIMIT_NOFILE, &limite);
+  // The sanitizers open pipes for their own checks.
+  limite.rlim_cur = limite.rlim_max;
+  ::setrlimit(RLIMIT_NOFILE, &limite);
+  Racconta(errore.Descrizione());
 }
 
 TEST_F(Risoluzione, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
   const auto senzaDescrittori = [] {
     // What the look-up needs for good is read by then.
     static_cast<void>(ErroreDi([] { static_cast<void>(ApriPresa("altro.invalid", 22, Orologio::now() + 5s, 5s)); }));
-    const rlimit limite{3, 3};
+    rlimit limite{};
+    ::getrlimit(RLIMIT_NOFILE, &limite);
+    limite.rlim_cur = 3;
     ::setrlimit(RLIMIT_NOFILE, &limite);
   };
   EXPECT_EXIT(Avversato(senzaDescrittori), testing::ExitedWithCode(0),
