@@ -9,7 +9,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
 #include <pwd.h>
 #include <sstream>
 #include <stdexcept>
@@ -74,8 +73,11 @@ void Esegui(const std::vector<std::string>& parole, const fs::path& uscita) {
 }
 
 std::string Contenuto(const fs::path& file) {
-  std::ifstream flusso(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(flusso), {}};
+  const std::ifstream flusso(file, std::ios::binary);
+  std::ostringstream testo;
+  // Of a process that ends meanwhile nothing more is read, and nothing is raised.
+  testo << flusso.rdbuf();
+  return testo.str();
 }
 
 std::string NomeUtente() {
