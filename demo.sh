@@ -39,7 +39,7 @@ if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
   virtuale=si
   if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
     export XDG_RUNTIME_DIR=$PWD/$dimostrazione/esecuzione
-    mkdir -p -m 700 "$XDG_RUNTIME_DIR"
+    (umask 077 && mkdir -p "$XDG_RUNTIME_DIR")
   fi
   # shellcheck source=scripts/schermo_virtuale.sh
   . scripts/schermo_virtuale.sh

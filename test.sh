@@ -1,78 +1,140 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and runs every check and every test.
-#   ./test.sh           everything
-#   ./test.sh --veloce  only the release build and its tests
+# Installs what is missing, builds and runs the checks and the tests.
+#   ./test.sh           the gate: cheap checks, the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer,
+#                       clang-tidy, and the tests of timing and of the whole job on an optimised build
+#   ./test.sh --veloce  the cheap checks, and the suite without sanitizers
+#   ./test.sh --tutto   the gate, and then all that takes longer or is random; the gate's budget binds here
 #   ./test.sh --affidabilita [SECTION...]  the figures of scripts/affidabilita.sh, and nothing else
 set -euo pipefail
 cd "$(dirname "$0")"
 
-veloce=no
-affidabilita=no
+modo=cancello
 case "${1:-}" in
   "") ;;
-  --veloce) veloce=si ;;
-  --affidabilita) affidabilita=si; shift ;;
-  *) echo "uso: ./test.sh [--veloce | --affidabilita [SEZIONE...]]" >&2; exit 2 ;;
+  --veloce | --tutto) modo=${1#--} ;;
+  --affidabilita) modo=affidabilita; shift ;;
+  *) echo "uso: ./test.sh [--veloce | --tutto | --affidabilita [SEZIONE...]]" >&2; exit 2 ;;
 esac
+
+# Seconds of the gate's budget on two idle processors, from nothing compiled.
+tempo_previsto=720
 
 processori=$(nproc)
 registri=build/registri
-passo() { printf '\n==== %s (%d s)\n' "$1" "$SECONDS"; }
+parti=$registri/parti
 
-# Configures and builds a preset; a quiet build shows its log only when it fails.
-costruisci() {
-  cmake --preset "$1" -S . >"$registri/$1-configura.log" 2>&1 || { cat "$registri/$1-configura.log"; exit 1; }
-  cmake --build --preset "$1" -j "$processori" >"$registri/$1.log" 2>&1 || { tail -n 80 "$registri/$1.log"; exit 1; }
-  tail -n 1 "$registri/$1.log"
+# Sets `consumo` to the seconds of processor time of everything that this shell has waited for so far. A subshell would
+# tell its own.
+consumo=0
+leggi_consumo() {
+  times >"$registri/consumo"
+  consumo=$(awk 'NR == 2 { for (i = 1; i <= 2; i++) { split($i, t, /[ms]/); s += t[1] * 60 + t[2] } printf "%d", s }' \
+    "$registri/consumo")
 }
 
-# Runs the suite of a preset and keeps the runner's own count in `conto`. A suite without tests is a failure.
+nome_parte=
+chiudi_parte() {
+  [ -n "$nome_parte" ] || return 0
+  leggi_consumo
+  printf '%s\t%s\t%s\n' "$((SECONDS - inizio_parte))" "$((consumo - consumo_parte))" "$nome_parte" >>"$parti"
+  nome_parte=
+}
+passo() {
+  chiudi_parte
+  nome_parte=$1
+  inizio_parte=$SECONDS
+  leggi_consumo
+  consumo_parte=$consumo
+  printf '\n==== %s (%d s)\n' "$1" "$SECONDS"
+}
+
+# costruisci PRESET [TARGET...]: configures and builds; a quiet build shows its log only when it fails.
+costruisci() {
+  local preset=$1
+  shift
+  cmake --preset "$preset" -S . >"$registri/$preset-configura.log" 2>&1 || { cat "$registri/$preset-configura.log"; exit 1; }
+  cmake --build --preset "$preset" -j "$processori" ${1:+--target "$@"} >"$registri/$preset.log" 2>&1 ||
+    { tail -n 80 "$registri/$preset.log"; exit 1; }
+  tail -n 1 "$registri/$preset.log"
+}
+
+# prova PRESET [CTEST_ARGUMENT...]: runs a suite and keeps the runner's own count in `conto`. A suite without tests is a
+# failure. One entry more than there are processors runs at a time, since many wait for servers.
 conto=
 prova() {
-  ctest --preset "$1" -j "$processori" --no-tests=error --output-on-failure 2>&1 | tee "$registri/$1-prove.log"
-  conto=$(grep -E '^[0-9]+% tests passed' "$registri/$1-prove.log" | tail -n 1)
+  local preset=$1 registro
+  shift
+  registro=$registri/$preset-prove.log
+  ctest --preset "$preset" -j "$((processori + 1))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
+    { sed -n '/Failed/,$p' "$registro" | tail -n 400; exit 1; }
+  conto=$(grep -E '^[0-9]+% tests passed' "$registro" | tail -n 1)
+  echo "$conto"
+  sed -nE 's/^The following tests did not run:/saltate:/p; s/^\t +[0-9]+ - (.*) \((Skipped|Not Run)\)$/  \1/p' "$registro"
 }
 
-controlla_formato() {
-  git ls-files -co --exclude-standard -z -- '*.cpp' '*.hpp' '*.h' | xargs -0 clang-format-14 --dry-run -Werror
-  echo "formato: a posto"
+piu_lente() {
+  cat "$registri"/*-prove.log | sed -nE 's/^.*Test +#[0-9]+: ([^ ]+) \.*.* +([0-9.]+) sec.*$/\2 \1/p' | sort -rn | head -n 5 |
+    awk '{ printf "  %6.1f s  %s\n", $1, $2 }'
 }
 
-passo "dipendenze"
-scripts/dipendenze.sh
+resoconto() {
+  chiudi_parte
+  printf '\n==== parti, secondi e secondi di processore\n'
+  awk -F'\t' '{ printf "  %5d s  %5d s  %s\n", $1, $2, $3 }' "$parti"
+  printf 'le cinque parti più lente:\n'
+  sort -rn "$parti" | head -n 5 | awk -F'\t' '{ printf "  %5d s  %s\n", $1, $3 }'
+  printf 'le cinque prove più lente:\n'
+  piu_lente
+  if [ "$SECONDS" -gt "$tempo_previsto" ]; then
+    echo "oltre il tempo previsto: $SECONDS s invece di $tempo_previsto s"
+  fi
+}
+
 mkdir -p "$registri"
+: >"$parti"
+passo "dipendenze"
+rm -f "$registri"/*-prove.log
+scripts/dipendenze.sh
 
-if [ "$affidabilita" = si ]; then
+if [ "$modo" = affidabilita ]; then
   passo "compilazione: release"
   costruisci release
   exec scripts/affidabilita.sh "$@"
 fi
 
-if [ "$veloce" = no ]; then
-  passo "formato"
-  controlla_formato
-  passo "piani"
-  python3 scripts/controlla_strati.py --autoverifica
-  python3 scripts/controlla_strati.py
+passo "controlli"
+scripts/controlli.sh
+
+if [ "$modo" = veloce ]; then
+  passo "compilazione: debug"
+  costruisci debug
+  passo "prove: debug"
+  prova debug
+  resoconto
+  echo "$conto"
+  exit 0
 fi
 
+passo "compilazione: asan"
+costruisci asan
+passo "prove: AddressSanitizer e UndefinedBehaviorSanitizer"
+prova asan
+sanitizer=$conto
+passo "clang-tidy"
+scripts/tidy.sh build/asan
 passo "compilazione: release"
-costruisci release
-passo "prove: release"
-prova release
-finale=$conto
+costruisci release prove_ottimizzate
+passo "prove: tempi e lavoro intero, ottimizzati"
+prova release -L ottimizzata
+ottimizzate=$conto
+resoconto
 
-if [ "$veloce" = no ]; then
-  passo "compilazione: clang"
-  costruisci clang
-  passo "clang-tidy"
-  scripts/tidy.sh build/clang
-  passo "compilazione: asan"
-  costruisci asan
-  passo "prove: AddressSanitizer e UndefinedBehaviorSanitizer"
-  prova asan
+if [ "$modo" = tutto ]; then
+  [ "$(awk -F'\t' '{ s += $2 } END { print s + 0 }' "$parti")" -le $((tempo_previsto * 2)) ] ||
+    { echo "il cancello supera i $((tempo_previsto * 2)) s di processore previsti" >&2; exit 1; }
+  scripts/tutto.sh
 fi
 
-passo "fine"
-[ "$veloce" = si ] || echo "sanitizer: $conto"
-echo "$finale"
+printf '\n==== fine (%d s)\n' "$SECONDS"
+echo "ottimizzate: $ottimizzate"
+echo "$sanitizer"

@@ -8,7 +8,7 @@ namespace lumoscad {
 void VietaImmagineDiMemoria() noexcept {
   const rlimit niente{0, 0};
   ::setrlimit(RLIMIT_CORE, &niente);
-#ifndef __SANITIZE_ADDRESS__
+#ifndef LUMOSCAD_SANITIZZATO
   // The limit counts for files alone: a crash handler that the system pipes the image to gets it all the same, unless
   // the process is closed. A leak check has to look into the process, and needs it open.
   ::prctl(PR_SET_DUMPABLE, 0);

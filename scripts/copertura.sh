@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Builds with gcc's line counters, runs the tests and prints the line coverage of src/.
-#   scripts/copertura.sh                 the whole suite
+#   scripts/copertura.sh                 the whole suite; fails below 95 % of the lines
 #   scripts/copertura.sh PROGRAM...      these test programs of build/copertura/bin alone
 # The table of files goes to build/copertura/righe.txt, the lines that never ran to build/copertura/mancanti.txt.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 lavori=${LAVORI:-$(nproc)}
+soglia=95
 base=build/copertura
 mkdir -p "$base"
 cmake --preset copertura -S . >"$base/configura.log" 2>&1 || { cat "$base/configura.log"; exit 1; }
@@ -30,4 +31,10 @@ gcovr --root . --filter 'src/' --object-directory "$base" \
 awk 'NF == 1 { nome = $1 } NF > 1 && $(NF - 1) ~ /%$/ && $NF !~ /%$/ { print (NF == 5 ? $0 : nome " " $0) }' \
   "$base/righe.txt" >"$base/mancanti.txt"
 grep '^lines:' "$base/riassunto.txt" | sed 's/^lines/copertura di src/'
+# The threshold is the whole suite's.
+if [ $# -eq 0 ] && ! awk -v soglia="$soglia" '/^lines:/ { trovata = 1; bene = $2 + 0 >= soglia }
+  END { exit !(trovata && bene) }' "$base/riassunto.txt"; then
+  echo "copertura: sotto il $soglia % delle righe"
+  esito=1
+fi
 exit "$esito"

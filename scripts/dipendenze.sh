@@ -8,7 +8,7 @@ pacchetti=(
   # compilers and build
   g++ cmake ninja-build ccache pkg-config
   # checks
-  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3
+  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3 shellcheck
   # libraries
   qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev libgtest-dev libgmock-dev libbenchmark-dev
   # the sources of the locales under which the tests run

@@ -31,12 +31,12 @@ gioca() {
 }
 export -f gioca
 
-bersagli="comando connessione conversioni richiesta risposta"
+bersagli=(comando connessione conversioni richiesta risposta)
 esito=0
-printf '%s\n' $bersagli | xargs -P 2 -I {} bash -c 'gioca "$@"' _ {} "$secondi" "$base" "$raccolta" || esito=1
+printf '%s\n' "${bersagli[@]}" | xargs -P 2 -I {} bash -c 'gioca "$@"' _ {} "$secondi" "$base" "$raccolta" || esito=1
 
 totale=0
-for nome in $bersagli; do
+for nome in "${bersagli[@]}"; do
   registro=$base/registri/$nome.log
   esecuzioni=$(sed -n 's/^stat::number_of_executed_units: *//p' "$registro")
   rami=$(grep -oE 'cov: [0-9]+' "$registro" | tail -n 1 | cut -d' ' -f2 || true)

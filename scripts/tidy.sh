@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Runs clang-tidy over src and app, as many files at a time as there are processors. Usage: tidy.sh [BUILD_DIR]
-# BUILD_DIR holds compile_commands.json of the clang preset. A file that passed is not looked at again until it, any
+# Runs clang-tidy, as many files at a time as there are processors. Usage: tidy.sh [BUILD_DIR [FOLDER...]]
+# BUILD_DIR holds compile_commands.json of a build with clang; without folders the product is looked at, src and app. A file that passed is not looked at again until it, any
 # header, the configuration or clang-tidy itself changes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-build=${1:-build/clang}
+build=${1:-build/asan}
+shift || true
+[ $# -gt 0 ] || set -- src app
 [ -f "$build/compile_commands.json" ] || { echo "tidy: manca $build/compile_commands.json" >&2; exit 1; }
 timbri=build/tidy
 mkdir -p "$timbri"
@@ -13,7 +15,7 @@ mkdir -p "$timbri"
 comune=$({
   clang-tidy-14 --version
   cat .clang-tidy
-  find src app include -type f \( -name '*.hpp' -o -name '*.h' \) -print0 | LC_ALL=C sort -z | xargs -0 sha256sum
+  find include "$@" src -type f \( -name '*.hpp' -o -name '*.h' \) -print0 | LC_ALL=C sort -z | xargs -0 sha256sum
 } | sha256sum)
 
 impronta() { { echo "$comune"; sha256sum <"$1"; } | sha256sum | cut -c1-40; }
@@ -23,7 +25,7 @@ totale=0
 while IFS= read -r file; do
   totale=$((totale + 1))
   [ -e "$timbri/$(impronta "$file")" ] || da_vedere+=("$file")
-done < <(find src app -name '*.cpp' | LC_ALL=C sort)
+done < <(find "$@" -name '*.cpp' | LC_ALL=C sort)
 [ "$totale" -gt 0 ] || { echo "tidy: nessun file da controllare" >&2; exit 1; }
 
 controlla_uno() {

@@ -46,7 +46,7 @@ TEST(AdoSqlite, HoldsNeitherMemoryNorFilesAfterManyConnections) {
     }
   }
   EXPECT_LE(openFiles(), files);
-#ifndef __SANITIZE_ADDRESS__ // which keeps freed memory for a while
+#ifndef LUMOSCAD_SANITIZZATO // which keeps freed memory for a while
   EXPECT_LT(residentKilobytes() - memory, 1024);
 #endif
 }

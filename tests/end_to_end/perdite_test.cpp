@@ -13,14 +13,6 @@
 #include <unistd.h>
 #include <utility>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define LUMOSCAD_SANITIZZATO 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define LUMOSCAD_SANITIZZATO 1
-#endif
-#endif
-
 namespace lumoscad::prova {
 namespace {
 

@@ -143,7 +143,7 @@ class ProgrammaLumoscad : public testing::Test {
   VietaImmagineDiMemoria();
   const rlimit limite = LimiteImmagine();
   bool chiuso = limite.rlim_cur == 0 && limite.rlim_max == 0;
-#ifndef __SANITIZE_ADDRESS__
+#ifndef LUMOSCAD_SANITIZZATO
   chiuso = chiuso && ::prctl(PR_GET_DUMPABLE) == 0;
 #endif
   ::_exit(chiuso ? 0 : 1);
@@ -173,7 +173,7 @@ TEST_F(ProgrammaLumoscad, DiesWithoutLeavingAnImageOfItsMemory) {
   ASSERT_TRUE(programma.HaLetto());
   ASSERT_EQ(::kill(programma.Pid(), SIGSEGV), 0);
   const int stato = programma.Attendi();
-#ifndef __SANITIZE_ADDRESS__
+#ifndef LUMOSCAD_SANITIZZATO
   ASSERT_TRUE(WIFSIGNALED(stato));
   EXPECT_EQ(WTERMSIG(stato), SIGSEGV);
 #endif
