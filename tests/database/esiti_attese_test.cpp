@@ -45,11 +45,23 @@ class Attese : public testing::TestWithParam<const char*> {
 /// What needs a server, where two terminals write at once.
 class AtteseDelServer : public Attese {
  protected:
+  ~AtteseDelServer() override {
+    if (SuPostgres()) {
+      TempoDelBlocco("RESET deadlock_timeout");
+    }
+  }
+  /// Alters the database for the sessions to come.
+  void TempoDelBlocco(const std::string& modifica) const {
+    posto_.base.Esegui("DO $do$ BEGIN EXECUTE format($f$ALTER DATABASE %I " + modifica +
+                       "$f$, current_database()); END $do$");
+  }
   /// Makes the other terminal the one that the server spares in a deadlock, or the one that it does not. PostgreSQL
-  /// ends the one that has waited long enough to look for it, MariaDB the one that has changed less.
+  /// ends the one that looks for it, once, after its own time of waiting; MariaDB the one that has changed less. The
+  /// times lie so far apart that it does not matter who is quicker.
   void AltroResiste(bool resiste) const {
     if (SuPostgres()) {
-      altro_->Execute(resiste ? "SET deadlock_timeout='30s'" : "SET deadlock_timeout='1ms'");
+      TempoDelBlocco(resiste ? "SET deadlock_timeout='1ms'" : "SET deadlock_timeout='60s'");
+      altro_->Execute(resiste ? "SET deadlock_timeout='60s'" : "SET deadlock_timeout='1ms'");
     }
     altro_->BeginTrans();
     if (!SuPostgres() && resiste) {
@@ -57,10 +69,13 @@ class AtteseDelServer : public Attese {
     }
     altro_->Execute(std::string(UnaRata) + "3");
   }
-  /// The other terminal goes on to the instalment 1, which this one has changed by then, as soon as this one waits.
-  std::thread AltroVuoleLaPrima(std::string& guasto) {
-    return std::thread([this, &guasto] {
-      EXPECT_TRUE(posto_.base.QualcunoAspetta());
+  /// The other terminal goes on to the instalment 1, which this one has changed by then: at once, or as soon as this
+  /// one waits.
+  std::thread AltroVuoleLaPrima(bool aspetta, std::string& guasto) {
+    return std::thread([this, aspetta, &guasto] {
+      if (aspetta) {
+        EXPECT_TRUE(posto_.base.QualcunoAspetta());
+      }
       try {
         altro_->Execute(std::string(UnaRata) + "1");
       } catch (const ErroreRuntime& errore) {
@@ -103,9 +118,21 @@ TEST_P(AtteseDelServer, UnaRigaLiberataInTempoSiModifica) {
 }
 
 TEST_P(AtteseDelServer, IlBloccoReciprocoAnnullaTuttoESiDice) {
+  ASSERT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
+  const int ultima = posto_.istruzioni;
+  posto_.base.Ripristina();
   AltroResiste(true);
   std::string guasto;
-  std::thread altro = AltroVuoleLaPrima(guasto);
+  std::thread altro;
+  if (SuPostgres()) {
+    // The last statement goes to the row that the other holds: the other waits before it is sent.
+    posto_.PrimaDellIstruzione(ultima, [&] {
+      altro = AltroVuoleLaPrima(false, guasto);
+      EXPECT_TRUE(posto_.base.QualcunoAspetta());
+    });
+  } else {
+    altro = AltroVuoleLaPrima(true, guasto);
+  }
   posto_.FallisceELasciaTutto("SospendiPartita", "blocco reciproco, annullato questo terminale",
                               Parole("", "deadlock detected", "Deadlock found"));
   altro.join();
@@ -118,7 +145,7 @@ TEST_P(AtteseDelServer, ChiRestaDopoIlBloccoReciprocoModificaTutto) {
   const auto prima = posto_.base.Tutto();
   AltroResiste(false);
   std::string guasto;
-  std::thread altro = AltroVuoleLaPrima(guasto);
+  std::thread altro = AltroVuoleLaPrima(true, guasto);
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
   altro.join();
   EXPECT_THAT(guasto, AllOf(HasSubstr(Parole("", "deadlock detected", "Deadlock found")), HasSubstr(Reciproco)));
