@@ -2,8 +2,10 @@
 
 #include "Dimostrazione.hpp"
 
+#include <chrono>
 #include <cstdio>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace lumoscad::prova {
@@ -82,8 +84,15 @@ bool Schermo::Clicca(const std::string& finestra, int x, int y) const {
 
 bool Schermo::Fotografa(const std::string& finestra, const std::filesystem::path& file) const {
   std::filesystem::create_directories(file.parent_path());
-  std::filesystem::remove(file);
-  return Comando({"import", "-window", finestra, file.string()}, Ambiente()) && std::filesystem::exists(file);
+  // A picture taken while the server moves windows about is refused, and is there a moment later.
+  for (int tentativo = 0; tentativo < 5; ++tentativo) {
+    std::filesystem::remove(file);
+    if (Comando({"import", "-window", finestra, file.string()}, Ambiente()) && std::filesystem::exists(file)) {
+      return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  }
+  return false;
 }
 
 Schermo::Misure Schermo::MisureFinestra(const std::string& finestra) const {
