@@ -69,12 +69,12 @@ prova() {
     { sed -n '/Failed/,$p' "$registro" | tail -n 400; exit 1; }
   conto=$(grep -E '^[0-9]+% tests passed' "$registro" | tail -n 1)
   echo "$conto"
-  sed -nE 's/^The following tests did not run:/saltate:/p; s/^\t +[0-9]+ - (.*) \((Skipped|Not Run)\)$/  \1/p' "$registro"
+  sed -nE 's/^The following tests did not run:/saltate:/p; s/^\t *[0-9]+ - (.*) \((Skipped|Not Run)\)$/  \1/p' "$registro"
 }
 
 piu_lente() {
-  cat "$registri"/*-prove.log | sed -nE 's/^.*Test +#[0-9]+: ([^ ]+) \.*.* +([0-9.]+) sec.*$/\2 \1/p' | sort -rn | head -n 5 |
-    awk '{ printf "  %6.1f s  %s\n", $1, $2 }'
+  cat "$registri"/*-prove.log | sed -nE 's/^.*Test +#[0-9]+: ([^ ]+) \.*.* +([0-9.]+) sec.*$/\2 \1/p' | sort -rn |
+    awk 'NR <= 5 { printf "  %6.1f s  %s\n", $1, $2 }'
 }
 
 resoconto() {
@@ -82,7 +82,7 @@ resoconto() {
   printf '\n==== parti, secondi e secondi di processore\n'
   awk -F'\t' '{ printf "  %5d s  %5d s  %s\n", $1, $2, $3 }' "$parti"
   printf 'le cinque parti più lente:\n'
-  sort -rn "$parti" | head -n 5 | awk -F'\t' '{ printf "  %5d s  %s\n", $1, $3 }'
+  sort -rn "$parti" | awk -F'\t' 'NR <= 5 { printf "  %5d s  %s\n", $1, $3 }'
   printf 'le cinque prove più lente:\n'
   piu_lente
   if [ "$SECONDS" -gt "$tempo_previsto" ]; then
