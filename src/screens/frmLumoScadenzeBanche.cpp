@@ -9,8 +9,6 @@
 #include "platform/Servizi.hpp"
 #include "screens/DataDiRiga.hpp"
 
-#include <array>
-
 namespace lumoscad {
 namespace {
 
@@ -54,6 +52,61 @@ DescrizioneGriglia Descrizione() {
   d.colonnaNuovaBanca = Schermata::NuovaBanca;
   return d;
 }
+
+/// One row of the list as the database gives it. The views live until the next row; an empty one stands for no value.
+struct RigaScadenza {
+  std::string_view CodiceConto;
+  std::string_view DescrizioneConto;
+  std::string_view NumeroPartita;
+  std::string_view idPartita;
+  std::string_view DataScadenza; ///< "YYYY-MM-DD"
+  std::string_view NumeroRata;
+  std::string_view CodiceBanca;
+  std::string_view DataScadenzaOriginale; ///< the same
+  std::string_view DescrizioneBanca;
+  std::string_view Importo; ///< as the database writes it
+};
+
+/// The columns of the list, found once.
+class Lettura {
+ public:
+  explicit Lettura(ado::Recordset& righe)
+      : righe_(righe), conto_(righe.Colonna("CODICECONTO")), descrizioneConto_(righe.Colonna("DESCRIZIONECONTO")),
+        numeroPartita_(righe.Colonna("NUMEROPARTITA")), partita_(righe.Colonna("IDPARTITA")),
+        scadenza_(righe.Colonna("DATASCADENZA")), rata_(righe.Colonna("NUMERORATA")),
+        banca_(righe.Colonna("CODICEBANCA")), originale_(righe.Colonna("DATASCADENZAORIGINALE")),
+        descrizioneBanca_(righe.Colonna("DESCRIZIONEBANCA")), importo_(righe.Colonna("IMPORTOEURO")) {}
+
+  [[nodiscard]] RigaScadenza Riga() const {
+    RigaScadenza riga;
+    riga.CodiceConto = Campo(conto_);
+    riga.DescrizioneConto = Campo(descrizioneConto_);
+    riga.NumeroPartita = Campo(numeroPartita_);
+    riga.idPartita = Campo(partita_);
+    riga.DataScadenza = Campo(scadenza_);
+    riga.NumeroRata = Campo(rata_);
+    riga.CodiceBanca = Campo(banca_);
+    riga.DataScadenzaOriginale = Campo(originale_);
+    riga.DescrizioneBanca = Campo(descrizioneBanca_);
+    riga.Importo = Campo(importo_);
+    return riga;
+  }
+
+ private:
+  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return righe_.Valore(colonna).value_or(""); }
+
+  ado::Recordset& righe_;
+  std::size_t conto_;
+  std::size_t descrizioneConto_;
+  std::size_t numeroPartita_;
+  std::size_t partita_;
+  std::size_t scadenza_;
+  std::size_t rata_;
+  std::size_t banca_;
+  std::size_t originale_;
+  std::size_t descrizioneBanca_;
+  std::size_t importo_;
+};
 
 } // namespace
 
@@ -110,31 +163,33 @@ void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
 }
 
 void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
-  constexpr std::array<std::string_view, 10> nomi = {
-      "CODICECONTO", "DESCRIZIONECONTO", "NUMEROPARTITA",         "IDPARTITA",        "DATASCADENZA",
-      "NUMERORATA",  "CODICEBANCA",      "DATASCADENZAORIGINALE", "DESCRIZIONEBANCA", "IMPORTOEURO"};
-  std::array<std::size_t, nomi.size()> colonne{};
-  for (std::size_t i = 0; i < nomi.size(); ++i) {
-    colonne[i] = righe.Colonna(nomi[i]);
-  }
   std::vector<std::string_view> testi(Colonne);
-  for (; !righe.Eof(); righe.MoveNext()) {
-    const auto campo = [&](std::size_t quale) { return righe.Valore(colonne[quale]).value_or(std::string_view()); };
-    RichiediData(campo(0), nomi[4], campo(4));
-    RichiediData(campo(0), nomi[7], campo(7));
-    const std::string importo = campo(9).empty() ? std::string() : Utilities::FormattaImporto(campo(9));
+  for (const Lettura lettura(righe); !righe.Eof(); righe.MoveNext()) {
+    const RigaScadenza letta = lettura.Riga();
+    RichiediData(letta.CodiceConto, "DATASCADENZA", letta.DataScadenza);
+    RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.DataScadenzaOriginale);
+    const std::string importo = letta.Importo.empty() ? std::string() : Utilities::FormattaImporto(letta.Importo);
     servizi().desktop().EventiInAttesa();
     if (importo == "0,00") {
       continue;
     }
-    const std::string scadenza = Utilities::FormattaData(campo(4));
-    const std::string originale = Utilities::FormattaData(campo(7));
-    const std::string ordina = Utilities::FormattaDataOrdine(campo(4));
-    testi = {campo(1), campo(2), scadenza, originale, campo(8), importo, "", scadenza, campo(5), "", campo(8), ordina};
+    const std::string scadenza = Utilities::FormattaData(letta.DataScadenza);
+    const std::string originale = Utilities::FormattaData(letta.DataScadenzaOriginale);
+    const std::string ordina = Utilities::FormattaDataOrdine(letta.DataScadenza);
+    testi[Conto] = letta.DescrizioneConto;
+    testi[Partita] = letta.NumeroPartita;
+    testi[Scadenza] = scadenza;
+    testi[ScadenzaOrig] = originale;
+    testi[Banca] = letta.DescrizioneBanca;
+    testi[Importo] = importo;
+    testi[NuovaScadenza] = scadenza;
+    testi[NumeroRata] = letta.NumeroRata;
+    testi[NuovaBanca] = letta.DescrizioneBanca;
+    testi[ScadenzaOrdinaData] = ordina;
     const std::size_t riga = griglia_.Righe.Aggiungi(testi);
-    griglia_.Righe.ImpostaTag(riga, Conto, campo(0));
-    griglia_.Righe.ImpostaTag(riga, Partita, campo(3));
-    griglia_.Righe.ImpostaTag(riga, Banca, campo(6));
+    griglia_.Righe.ImpostaTag(riga, Conto, letta.CodiceConto);
+    griglia_.Righe.ImpostaTag(riga, Partita, letta.idPartita);
+    griglia_.Righe.ImpostaTag(riga, Banca, letta.CodiceBanca);
   }
 }
 
