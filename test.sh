@@ -121,7 +121,8 @@ passo "prove: AddressSanitizer e UndefinedBehaviorSanitizer"
 prova asan
 sanitizer=$conto
 passo "clang-tidy"
-scripts/tidy.sh build/asan
+scripts/tidy.py --self-test
+scripts/tidy.py build/asan
 passo "compilazione: release"
 costruisci release prove_ottimizzate
 passo "prove: tempi e lavoro intero, ottimizzati"

@@ -13,8 +13,8 @@ cmake --build --preset release -j "$processori" >build/registri/release-intero.l
   { tail -n 80 build/registri/release-intero.log; exit 1; }
 ctest --preset release -j "$((processori + 1))" --no-tests=error --output-on-failure
 
-passo "clang-tidy sulle prove"
-scripts/tidy.sh build/asan tests bench demo
+passo "clang-tidy, più a fondo e anche sulle prove"
+scripts/tidy.py --deep build/asan src app tests bench demo
 
 passo "la stessa libreria da due cartelle"
 scripts/riproduci.sh
