@@ -60,7 +60,7 @@ sezione() {
   ostili)
     casi proprieta_test
     casi ostile_test
-    casi host_test 'HostileReply.*:HostileEnvironment.*:LocalFile.*:Documento.*'
+    casi host_test 'HostileReply.*:HostileEnvironment.*:LocalFile.*:XmlDocument.*'
     casi programma_test
     casi rilettura_test
     casi ingressi_conservati_test

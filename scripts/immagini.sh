@@ -90,7 +90,7 @@ consegna() {
 scadenzario() {
   rm -f "$cartella/scadenzario.png"
   QT_QPA_PLATFORM=offscreen LUMOSCAD_IMMAGINE=$(realpath "$cartella")/scadenzario.png \
-    "$LUMOSCAD_BIN/scadenzario_qt_test" --gtest_filter=Scadenzario.ShowsItsTextsWhole >/dev/null
+    "$LUMOSCAD_BIN/scadenzario_qt_test" --gtest_filter=ItemWindow.ShowsItsTextsWhole >/dev/null
   [ -s "$cartella/scadenzario.png" ] || { echo "immagini.sh: manca scadenzario.png" >&2; return 1; }
 }
 

@@ -103,9 +103,9 @@ Scena& LaScena() {
 /// Puts the environment in place before the runner starts.
 const Scena& registrata = LaScena();
 
-class Iniezioni : public testing::TestWithParam<Caso> {};
+class Injections : public testing::TestWithParam<Caso> {};
 
-TEST_P(Iniezioni, NeverLeaveTheMessageUntrueOrMissing) {
+TEST_P(Injections, NeverLeaveTheMessageUntrueOrMissing) {
   constexpr long provePerCaso = 8;
   const auto& [bersaglio, genere] = GetParam();
   Iniezione iniezione(LaScena().Il(), bersaglio);
@@ -128,7 +128,7 @@ TEST_P(Iniezioni, NeverLeaveTheMessageUntrueOrMissing) {
 }
 
 /// The last calls of a command on a database that is a file are those of COMMIT.
-TEST(ErroreDelDiscoAlCommit, LeavesTheOutcomeUnknownAndTheFileFree) {
+TEST(DiskErrorAtTheCommit, LeavesTheOutcomeUnknownAndTheFileFree) {
   constexpr long ultime = 40;
   const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
   Iniezione iniezione(LaScena().Il(), {"SOSPESO /A", "-T SOSPESO /A" + partita, ""});
@@ -152,7 +152,7 @@ TEST(ErroreDelDiscoAlCommit, LeavesTheOutcomeUnknownAndTheFileFree) {
   EXPECT_GT(intatte, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Comandi, Iniezioni, testing::ValuesIn(Casi()), [](const auto& caso) {
+INSTANTIATE_TEST_SUITE_P(Commands, Injections, testing::ValuesIn(Casi()), [](const auto& caso) {
   std::string nome = caso.param.bersaglio.nome + caso.param.genere;
   nome.erase(std::remove_if(nome.begin(), nome.end(), [](char c) { return c == ' ' || c == '/' || c == '-'; }),
              nome.end());

@@ -60,50 +60,50 @@ Stato Con(const char* riga) {
   return stato;
 }
 
-TEST(Riscontro, ACommandWithItsTransactionIsInOrder) {
+TEST(Reconciliation, ACommandWithItsTransactionIsInOrder) {
   const auto riscontro = Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Attiva, Sospesa}}}}, {Sospende("T01.1", 10, 20)});
   EXPECT_THAT(riscontro.errori, IsEmpty());
   EXPECT_EQ(riscontro.inOrdine, 1U);
 }
 
-TEST(Riscontro, ALostCommandIsFound) {
+TEST(Reconciliation, ALostCommandIsFound) {
   EXPECT_THAT(Prova(iniziale, {}, {Sospende("T01.1", 10, 20)}).errori, ElementsAre(HasSubstr("T01.1 is lost")));
 }
 
-TEST(Riscontro, ADoubledCommandIsFound) {
+TEST(Reconciliation, ADoubledCommandIsFound) {
   const std::vector<Conferma> conferme{{"T01.1", 15, {{"E10", Attiva, Sospesa}}},
                                        {"T01.1", 16, {{"E10", Sospesa, Sospesa}}}};
   EXPECT_THAT(Prova(Con(Sospesa), conferme, {Sospende("T01.1", 10, 20)}).errori,
               ElementsAre(HasSubstr("has two transactions")));
 }
 
-TEST(Riscontro, ATransactionOfNoCommandIsFound) {
+TEST(Reconciliation, ATransactionOfNoCommandIsFound) {
   EXPECT_THAT(Prova(Con(Sospesa), {{"T02.1", 15, {{"E10", Attiva, Sospesa}}}}, {}).errori,
               ElementsAre(HasSubstr("of no command: T02.1")));
 }
 
-TEST(Riscontro, AChangeThatNobodyAskedForIsFound) {
+TEST(Reconciliation, AChangeThatNobodyAskedForIsFound) {
   EXPECT_THAT(Prova(Con(Spostata), {{"T01.1", 15, {{"E10", Attiva, Spostata}}}}, {Sospende("T01.1", 10, 20)}).errori,
               ElementsAre(HasSubstr("changed what it does not ask for")));
 }
 
-TEST(Riscontro, AChangeOutsideTheLogIsFound) {
+TEST(Reconciliation, AChangeOutsideTheLogIsFound) {
   EXPECT_THAT(Prova(Con(Sospesa), {}, {}).errori, ElementsAre(HasSubstr("final database")));
 }
 
-TEST(Riscontro, ALogThatSkipsAChangeIsFound) {
+TEST(Reconciliation, ALogThatSkipsAChangeIsFound) {
   EXPECT_THAT(Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Spostata, Sospesa}}}}, {Sospende("T01.1", 10, 20)}).errori,
               Contains(HasSubstr("another row than the one before")));
 }
 
-TEST(Riscontro, AChangeAfterAnErrorIsFound) {
+TEST(Reconciliation, AChangeAfterAnErrorIsFound) {
   Eseguito fallito = Sospende("T01.1", 10, 20);
   fallito.risultato = "error";
   EXPECT_THAT(Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Attiva, Sospesa}}}}, {fallito}).errori,
               ElementsAre(HasSubstr("answered \"error\"")));
 }
 
-TEST(Riscontro, ARefusalOfTheDatabaseMustBeSaid) {
+TEST(Reconciliation, ARefusalOfTheDatabaseMustBeSaid) {
   Eseguito fallito = Sospende("T01.1", 10, 20);
   fallito.risultato = "error";
   const std::vector<Conferma> altrui{{"T02.1", 15, {{"E10", Attiva, Sospesa}}}};
@@ -115,7 +115,7 @@ TEST(Riscontro, ARefusalOfTheDatabaseMustBeSaid) {
   EXPECT_EQ(riscontro.detti, 1U);
 }
 
-TEST(Riscontro, ARefusalOfTheDatabaseMustHaveACause) {
+TEST(Reconciliation, ARefusalOfTheDatabaseMustHaveACause) {
   Eseguito fallito = Sospende("T01.1", 10, 20);
   fallito.risultato = "error";
   // Nobody else was there, and the item is.
@@ -127,7 +127,7 @@ TEST(Riscontro, ARefusalOfTheDatabaseMustHaveACause) {
   }
 }
 
-TEST(Riscontro, AMovementThatIsGoneIsACause) {
+TEST(Reconciliation, AMovementThatIsGoneIsACause) {
   Eseguito fallito = Comando("T01.1", 10, 20, {"01", "EXTRADEL", "A", "2006", "7", ""});
   fallito.risultato = "error";
   fallito.box = {"ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE"};
@@ -139,7 +139,7 @@ TEST(Riscontro, AMovementThatIsGoneIsACause) {
   EXPECT_THAT(Confronta(Modello({1, 0, 0, 0, 0}, conExtra), conExtra, {}, tolto, {altro, fallito}).errori, IsEmpty());
 }
 
-TEST(Riscontro, ALineThatFindsItsRowTakenIsCounted) {
+TEST(Reconciliation, ALineThatFindsItsRowTakenIsCounted) {
   // The item is suspended before the date's change comes to the database.
   const auto riscontro = Prova(Con(Sospesa), {{"T01.1", 15, {{"E10", Attiva, Sospesa}}}},
                                {Sospende("T01.1", 10, 20), Sposta("T02.1", 17, 30)});
@@ -148,7 +148,7 @@ TEST(Riscontro, ALineThatFindsItsRowTakenIsCounted) {
   EXPECT_EQ(riscontro.lineePerse, 1U);
 }
 
-TEST(Riscontro, ARowReadBeforeAnothersCommitIsAnOverlap) {
+TEST(Reconciliation, ARowReadBeforeAnothersCommitIsAnOverlap) {
   // The date's change selects the row while it is active and writes it once it is suspended.
   const char* entrambi = "1|1|101|C|S|2026-04-15|2026-03-02|1|2|-|O";
   const std::vector<Conferma> conferme{{"T01.1", 15, {{"E10", Attiva, Sospesa}}},
@@ -159,7 +159,7 @@ TEST(Riscontro, ARowReadBeforeAnothersCommitIsAnOverlap) {
   EXPECT_EQ(riscontro.sovrapposti, 1U);
 }
 
-TEST(Riscontro, AnOverlapMustBeOneInTime) {
+TEST(Reconciliation, AnOverlapMustBeOneInTime) {
   const char* entrambi = "1|1|101|C|S|2026-04-15|2026-03-02|1|2|-|O";
   const std::vector<Conferma> conferme{{"T01.1", 15, {{"E10", Attiva, Sospesa}}},
                                        {"T02.1", 26, {{"E10", Sospesa, entrambi}}}};
@@ -176,28 +176,28 @@ Eseguito Blocca(const std::string& nome, Istante letto, Istante dentro, Istante 
   return comando;
 }
 
-TEST(Blocchi, CommandsOneAfterTheOtherAreNotTogether) {
+TEST(Locks, CommandsOneAfterTheOtherAreNotTogether) {
   const auto conto = ContaBlocchi({Blocca("A", 0, 10, 20), Blocca("B", 30, 40, 50)}).at("VBX");
   EXPECT_EQ(conto.presi, 2U);
   EXPECT_EQ(conto.insieme, 0U);
   EXPECT_EQ(conto.massimo, 1U);
 }
 
-TEST(Blocchi, ALockReadBeforeTheOthersWasInPlaceIsExplained) {
+TEST(Locks, ALockReadBeforeTheOthersWasInPlaceIsExplained) {
   const auto conto = ContaBlocchi({Blocca("A", 0, 10, 30), Blocca("B", 5, 15, 40)}).at("VBX");
   EXPECT_EQ(conto.insieme, 1U);
   EXPECT_EQ(conto.perIntervallo, 1U);
   EXPECT_EQ(conto.massimo, 2U);
 }
 
-TEST(Blocchi, ALockTakenAwayByAThirdOnesReleaseIsExplained) {
+TEST(Locks, ALockTakenAwayByAThirdOnesReleaseIsExplained) {
   const auto conto = ContaBlocchi({Blocca("A", 0, 10, 20), Blocca("B", 5, 15, 60), Blocca("C", 30, 40, 50)}).at("VBX");
   EXPECT_EQ(conto.insieme, 2U);
   EXPECT_EQ(conto.perRilascio, 1U);
   EXPECT_THAT(conto.inspiegati, IsEmpty());
 }
 
-TEST(Blocchi, ALockThatWasThereAndDidNotHoldIsFound) {
+TEST(Locks, ALockThatWasThereAndDidNotHoldIsFound) {
   const auto conto = ContaBlocchi({Blocca("A", 0, 10, 60), Blocca("B", 20, 30, 50)}).at("VBX");
   EXPECT_THAT(conto.inspiegati, ElementsAre("A B"));
 }

@@ -34,9 +34,9 @@ std::string Postazione(int quale) {
   return "T0" + std::to_string(quale);
 }
 
-class MoltiTerminali : public testing::Test {
+class ManyTerminals : public testing::Test {
  protected:
-  MoltiTerminali() : sistema("postgres", Righe(misura) + Sorveglianza()), iniziale(LeggiStato()) {
+  ManyTerminals() : sistema("postgres", Righe(misura) + Sorveglianza()), iniziale(LeggiStato()) {
     // One customer is refused by the host: commands that fail keep their lock.
     std::ofstream(sistema.Host() / "conti_bloccati") << "20100006\n";
   }
@@ -174,7 +174,7 @@ void StampaBlocchi(const std::map<std::string, ContoBlocco>& conti) {
   }
 }
 
-TEST_F(MoltiTerminali, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
+TEST_F(ManyTerminals, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
   Lavora();
   VerificaResti();
   EXPECT_EQ(AccettateDallHost(), AccettatePerITerminali());
@@ -190,7 +190,7 @@ TEST_F(MoltiTerminali, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
   StampaBlocchi(blocchi);
 }
 
-TEST_F(MoltiTerminali, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHostAndIsTold) {
+TEST_F(ManyTerminals, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHostAndIsTold) {
   const std::string partita = "AB   9";
   const std::string via = (sistema.Base() / "via").string();
   Famiglia lento = sistema.Avvia({"T01",

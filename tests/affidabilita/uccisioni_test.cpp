@@ -129,7 +129,7 @@ Scena& LaScena() {
 /// Puts the environment in place before the runner starts.
 const Scena& registrata = LaScena();
 
-class Uccisioni : public testing::TestWithParam<Caso> {};
+class Kills : public testing::TestWithParam<Caso> {};
 
 std::size_t Posto(const Testi& passi, const std::string& nome) {
   return static_cast<std::size_t>(std::find(passi.begin(), passi.end(), nome) - passi.begin());
@@ -215,7 +215,7 @@ void OgniLinea(Uccisione& uccisione, const std::string& genere, const std::strin
   }
 }
 
-TEST_P(Uccisioni, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
+TEST_P(Kills, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
   const auto& [genere, vittima] = GetParam();
   Uccisione uccisione(LaScena().Il(genere), vittima);
   ASSERT_LT(Conferma(uccisione.Passi()), uccisione.Passi().size());
@@ -224,7 +224,7 @@ TEST_P(Uccisioni, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
   PerIntero() ? OgniPasso(uccisione, genere, titolo) : OgniLinea(uccisione, genere, titolo);
 }
 
-INSTANTIATE_TEST_SUITE_P(Comandi, Uccisioni, testing::ValuesIn(Casi()), [](const auto& caso) {
+INSTANTIATE_TEST_SUITE_P(Commands, Kills, testing::ValuesIn(Casi()), [](const auto& caso) {
   std::string nome = caso.param.genere + caso.param.vittima.nome;
   nome.erase(std::remove_if(nome.begin(), nome.end(), [](char c) { return c == ' ' || c == '/'; }), nome.end());
   return nome;

@@ -26,7 +26,7 @@ const std::string NonRegistrata = "L'host ha già accettato la modifica; la base
                                   "allineare: ";
 constexpr int RigaCambiata = -2147217864;
 
-class ComandiSuBase : public prova::BaseDelleAzioni {
+class CommandsOnADatabase : public prova::BaseDelleAzioni {
  protected:
   /// Runs `azione` once, just before the statement number `quale` that begins with `inizio` is sent.
   void PrimaDi(std::string inizio, int quale, std::function<void()> azione) {
@@ -51,14 +51,15 @@ class ComandiSuBase : public prova::BaseDelleAzioni {
 
 /// The procedures whose rows another terminal changes between reading and writing. Two writers at once need a
 /// database that lets a row be changed while a transaction reads it.
-class DueTerminali : public ComandiSuBase {};
+class TwoTerminals : public CommandsOnADatabase {};
 
-INSTANTIATE_TEST_SUITE_P(BasiDati, ComandiSuBase, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(BasiDati, DueTerminali, testing::ValuesIn(test::databaseServers()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, CommandsOnADatabase, testing::ValuesIn(prova::GeneriDiBase()),
+                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, TwoTerminals, testing::ValuesIn(test::databaseServers()), prova::NomeDelGenere);
 
 } // namespace
 
-TEST_P(ComandiSuBase, OgniComandoPortaIlSuoElencoFinoAllaBaseDati) {
+TEST_P(CommandsOnADatabase, EachCommandTakesItsListDownToTheDatabase) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui(Sospendi), "");
   EXPECT_EQ(Esegui("-T PRESUNTO /A -D 01 -S OC -A 06 -N 123 -E 2006"), "");
@@ -74,28 +75,28 @@ TEST_P(ComandiSuBase, OgniComandoPortaIlSuoElencoFinoAllaBaseDati) {
   EXPECT_THAT(prova::Tutto(base_), ElementsAreArray(prova::Tutto(attesa)));
 }
 
-TEST_P(ComandiSuBase, IlRifiutoDellHostLasciaLaBaseDatiComEra) {
+TEST_P(CommandsOnADatabase, TheHostsRefusalLeavesTheDatabaseAsItWas) {
   banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>Conto bloccato</ERRORE></R>";
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Conto bloccato", "nota"));
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, UnErroreDiUnSoloSpazioFaErroreSenzaBoxMaLaBaseDatiCambia) {
+TEST_P(CommandsOnADatabase, AnErrorOfASingleBlankFailsWithoutABoxButTheDatabaseChanges) {
   banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
 }
 
-TEST_P(ComandiSuBase, ConLHostIrraggiungibileLaBaseDatiRestaComEra) {
+TEST_P(CommandsOnADatabase, WithAnUnreachableHostTheDatabaseStaysAsItWas) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(75, "Host non raggiungibile"); };
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("75\r\nHost non raggiungibile"));
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, CioCheMancaNellaBaseDatiSiLeggeDopoIlSiDellHost) {
+TEST_P(CommandsOnADatabase, WhatTheDatabaseLacksIsToldAfterTheHostsYes) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -S A -E 2006 -N 99"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE\r\n" +
@@ -104,21 +105,21 @@ TEST_P(ComandiSuBase, CioCheMancaNellaBaseDatiSiLeggeDopoIlSiDellHost) {
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, UnGuastoNostroDopoIlSiDellHostDiceCheNullaERegistrato) {
+TEST_P(CommandsOnADatabase, AFaultOfOursAfterTheHostsYesSaysThatNothingIsStored) {
   PrimaDi("UPDATE", 2, [] { throw std::logic_error("svista"); });
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: 51\r\nErrore interno: svista\r\n" + NonRegistrata + Oggetto));
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, SenzaMemoriaDopoIlSiDellHostSiDiceCheNullaERegistrato) {
+TEST_P(CommandsOnADatabase, WithoutMemoryAfterTheHostsYesItIsSaidThatNothingIsStored) {
   PrimaDi("UPDATE", 2, [] { throw std::bad_alloc(); });
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: 7\r\nMemoria insufficiente\r\n" + NonRegistrata + Oggetto));
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, SenzaMemoriaPerIlBoxRestaLoStandardError) {
+TEST_P(CommandsOnADatabase, WithoutMemoryForTheBoxTheStandardErrorRemains) {
   PrimaDi("UPDATE", 2, [] { throw std::bad_alloc(); });
   banco_.desktop.guasto = [] { throw std::bad_alloc(); };
   testing::internal::CaptureStderr();
@@ -128,7 +129,7 @@ TEST_P(ComandiSuBase, SenzaMemoriaPerIlBoxRestaLoStandardError) {
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, UnaRispostaIllegibileLasciaIgnotoLEsitoSullHost) {
+TEST_P(CommandsOnADatabase, AnUnreadableReplyLeavesTheOutcomeOnTheHostUnknown) {
   banco_.host.risposta = "<R><ERRORE>";
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(AllOf(HasSubstr("Documento XML non valido"),
@@ -136,14 +137,14 @@ TEST_P(ComandiSuBase, UnaRispostaIllegibileLasciaIgnotoLEsitoSullHost) {
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, UnComandoNonRipeteLEsitoDiQuelloPrima) {
+TEST_P(CommandsOnADatabase, ACommandDoesNotRepeatTheOutcomeOfTheOneBefore) {
   EXPECT_EQ(Esegui(Sospendi), "");
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T SOSPESO /A -H"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n")));
   EXPECT_THAT(banco_.desktop.box, Not(Contains(HasSubstr("L'host"))));
 }
 
-TEST_P(ComandiSuBase, ConLaBaseDatiChiusaDopoIlSiDellHostSiLeggeIlMotivo) {
+TEST_P(CommandsOnADatabase, WithTheDatabaseClosedAfterTheHostsYesTheReasonIsTold) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   const std::string chiusa = "-DB2SOURCE CHIUSA -DB2USER u -DB2PASS Parola!9";
   EXPECT_EQ(LumoScadenze().EseguiLumoScad(std::string(Sospendi) + " " + chiusa), "error");
@@ -152,7 +153,7 @@ TEST_P(ComandiSuBase, ConLaBaseDatiChiusaDopoIlSiDellHostSiLeggeIlMotivo) {
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, UnaRigaCambiataDaUnAltroFraLetturaEScritturaNonSiSovrascrive) {
+TEST_P(CommandsOnADatabase, ARowThatAnotherChangedBetweenReadingAndWritingIsNotOverwritten) {
   ado::Connection connection;
   base_.Apri(connection);
   ado::Command comando;
@@ -172,7 +173,7 @@ TEST_P(ComandiSuBase, UnaRigaCambiataDaUnAltroFraLetturaEScritturaNonSiSovrascri
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1");
 }
 
-TEST_P(DueTerminali, UnaRigaCambiataDaUnAltroAnnullaTuttoELasciaIlValoreDellAltro) {
+TEST_P(TwoTerminals, ARowThatAnotherChangedUndoesEverythingAndKeepsTheOthersValue) {
   const std::string altro = "UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2";
   PrimaDi("UPDATE", 2, [&] { AltroTerminale(altro); });
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
@@ -180,7 +181,7 @@ TEST_P(DueTerminali, UnaRigaCambiataDaUnAltroAnnullaTuttoELasciaIlValoreDellAltr
   CambiatoCome(altro);
 }
 
-TEST_P(DueTerminali, UnaRigaToltaDaUnAltroAnnullaTutto) {
+TEST_P(TwoTerminals, ARowThatAnotherRemovedUndoesEverything) {
   const std::string altro = "DELETE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=12";
   PrimaDi("UPDATE", 2, [&] { AltroTerminale(altro); });
   EXPECT_EQ(Azione({"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""}), "error");
@@ -188,7 +189,7 @@ TEST_P(DueTerminali, UnaRigaToltaDaUnAltroAnnullaTutto) {
   CambiatoCome(altro);
 }
 
-TEST_P(DueTerminali, UnaScadenzaSpostataDaUnAltroNonSiSovrascrive) {
+TEST_P(TwoTerminals, ADueDateThatAnotherMovedIsNotOverwritten) {
   std::string altro = "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-12-24' WHERE EVENTOCONTABILEKEY=4";
   PrimaDi("UPDATE", 2, [&] { AltroTerminale(altro); });
   EXPECT_EQ(Azione({"01", "SCRIVISCADENZE", "C10", "AB   123", "", "1", "20060228", "20060705"}), "error");
@@ -196,7 +197,7 @@ TEST_P(DueTerminali, UnaScadenzaSpostataDaUnAltroNonSiSovrascrive) {
   CambiatoCome(altro);
 }
 
-TEST_P(DueTerminali, UnOriginaleScrittaDaUnAltroNonSiSovrascrive) {
+TEST_P(TwoTerminals, AnOriginalDateThatAnotherWroteIsNotOverwritten) {
   const std::string altro = "UPDATE EVENTOCONTABILE SET DATASCADENZAORIGINALE='2006-12-24' WHERE EVENTOCONTABILEKEY=22";
   PrimaDi("UPDATE", 1, [&] { AltroTerminale(altro); });
   EXPECT_EQ(Azione({"01", "EXTRASCRIVISCAD", "A", "2006", "15", "1", "20060430", "20060705"}), "error");
@@ -204,7 +205,7 @@ TEST_P(DueTerminali, UnOriginaleScrittaDaUnAltroNonSiSovrascrive) {
   CambiatoCome(altro);
 }
 
-TEST_P(DueTerminali, AncheLaProvaNonSovrascrive) {
+TEST_P(TwoTerminals, TheTestOverwritesNothingEither) {
   if (!base_.Particolarita().comparesLongTexts) {
     GTEST_SKIP() << "un testo lungo qui non si confronta";
   }
@@ -215,7 +216,7 @@ TEST_P(DueTerminali, AncheLaProvaNonSovrascrive) {
   CambiatoCome(altro);
 }
 
-TEST_P(ComandiSuBase, LaProvaNonPassaDoveLaBaseDatiScartaLaScritturaSenzaDirlo) {
+TEST_P(CommandsOnADatabase, TheTestFailsWhereTheDatabaseDropsTheWriteWithoutAWord) {
   const auto scarta = base_.Contesto().dropUpdate("ERRORE", "OLD.ERROREKEY=100");
   if (scarta.empty()) {
     GTEST_SKIP() << "qui nessun trigger scarta una modifica";
@@ -228,7 +229,7 @@ TEST_P(ComandiSuBase, LaProvaNonPassaDoveLaBaseDatiScartaLaScritturaSenzaDirlo) 
   NienteCambiato();
 }
 
-TEST_P(ComandiSuBase, UnaSospensioneCheLaBaseDatiScartaSenzaDirloNonPassaPerFatta) {
+TEST_P(CommandsOnADatabase, ASuspensionThatTheDatabaseDropsWithoutAWordIsNotTakenForDone) {
   const auto scarta = base_.Contesto().dropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=2");
   if (scarta.empty()) {
     GTEST_SKIP() << "qui nessun trigger scarta una modifica";
@@ -241,7 +242,7 @@ TEST_P(ComandiSuBase, UnaSospensioneCheLaBaseDatiScartaSenzaDirloNonPassaPerFatt
   NienteCambiato();
 }
 
-TEST_P(DueTerminali, UnValoreNonLettoPuoCambiareIntanto) {
+TEST_P(TwoTerminals, AValueThatIsNotReadMayChangeMeanwhile) {
   const std::string altro = "UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY=1";
   PrimaDi("UPDATE", 1, [&] { AltroTerminale(altro); });
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "") << msg_.Errore;
@@ -249,7 +250,7 @@ TEST_P(DueTerminali, UnValoreNonLettoPuoCambiareIntanto) {
             std::vector<std::string>{"S|7.00"});
 }
 
-TEST_P(DueTerminali, LaConnessioneCadutaAMetaNonLasciaNulla) {
+TEST_P(TwoTerminals, AConnectionThatFallsHalfwayLeavesNothing) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   PrimaDi("UPDATE", 3, [&] { base_.ChiudiConnessioni(); });
   EXPECT_EQ(Esegui(Sospendi), "error");

@@ -9,8 +9,8 @@ using testing::StartsWith;
 
 namespace {
 
-class Azioni : public prova::BaseDelleAzioni {};
-INSTANTIATE_TEST_SUITE_P(BasiDati, Azioni, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+class Actions : public prova::BaseDelleAzioni {};
+INSTANTIATE_TEST_SUITE_P(Databases, Actions, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 const std::vector<std::string> Presunto = {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""};
 
@@ -35,56 +35,56 @@ std::vector<std::string> ScadenzeMovimento(const std::vector<std::string>& grupp
 
 } // namespace
 
-TEST_P(Azioni, LaSospensioneDellaPartitaToccaSoloLeSueRate) {
+TEST_P(Actions, SuspendingAnItemTouchesItsInstalmentsAlone) {
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
   EXPECT_THAT(Inviate("UPDATE"), SizeIs(3)) << "anche la rata già sospesa si scrive";
 }
 
-TEST_P(Azioni, LaRiattivazioneDellaPartitaToccaSoloLeSueRate) {
+TEST_P(Actions, ReactivatingAnItemTouchesItsInstalmentsAlone) {
   EXPECT_EQ(Azione({"01", "SOSPESOCANCELLA", "C10", "AB   123", ""}), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='N' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
 }
 
-TEST_P(Azioni, UnaPartitaSenzaRateNonEUnErrore) {
+TEST_P(Actions, AnItemWithoutInstalmentsIsNoError) {
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C11", "SENZA RATE", ""}), "");
   NienteCambiato();
 }
 
-TEST_P(Azioni, LaSospensioneDelPresuntoToccaSoloISuoiEventiPresunti) {
+TEST_P(Actions, SuspendingAPresumedDocumentTouchesItsPresumedEventsAlone) {
   EXPECT_EQ(Azione(Presunto), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (11,12)");
 }
 
-TEST_P(Azioni, LaRiattivazioneDelPresuntoToccaSoloISuoiEventiPresunti) {
+TEST_P(Actions, ReactivatingAPresumedDocumentTouchesItsPresumedEventsAlone) {
   EXPECT_EQ(Azione(Con(Presunto, 1, "PRESUNTOCANCELLA")), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='N' WHERE EVENTOCONTABILEKEY IN (11,12)");
 }
 
-TEST_P(Azioni, RiattivareUnPresuntoGiaAttivoLoRiscriveERiesce) {
+TEST_P(Actions, ReactivatingAnActivePresumedDocumentWritesItAgainAndSucceeds) {
   EXPECT_EQ(Azione({"01", "PRESUNTOCANCELLA", "OC", "05", "123", "T01", ""}), "");
   EXPECT_THAT(Inviate("UPDATE"), SizeIs(1));
   NienteCambiato();
 }
 
-TEST_P(Azioni, IlNumeroDelPresuntoESeguitoDalleDueCifreDellAnno) {
+TEST_P(Actions, ThePresumedNumberIsFollowedByTheTwoDigitsOfTheYear) {
   EXPECT_EQ(Azione(Con(Presunto, 3, "2006")), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (11,12)");
 }
 
-TEST_P(Azioni, SenzaAnnoIlNumeroDelPresuntoEDaSolo) {
+TEST_P(Actions, WithoutAYearThePresumedNumberStandsAlone) {
   EXPECT_EQ(Azione(Con(Presunto, 3, "")), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY=17");
 }
 
-TEST_P(Azioni, IlPresuntoSiCercaInOgniEsercizio) {
+TEST_P(Actions, APresumedDocumentIsLookedForInEveryFinancialYear) {
   EXPECT_EQ(Azione(Presunto), "");
   EXPECT_THAT(Inviate("SELECT MOVIMENTOKEY"),
               ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND "
                           "SERIE=? AND NUMERO=?"));
 }
 
-TEST_P(Azioni, LaCancellazioneDellExtraToglieIlMovimentoEISuoiEventi) {
+TEST_P(Actions, DeletingAnExtraRemovesTheMovementAndItsEvents) {
   EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "15", ""}), "");
   const auto dopo = Tutto(base_);
   auto attese = prima_;
@@ -96,30 +96,30 @@ TEST_P(Azioni, LaCancellazioneDellExtraToglieIlMovimentoEISuoiEventi) {
   EXPECT_THAT(dopo, testing::ElementsAreArray(attese));
 }
 
-TEST_P(Azioni, SoloLaCancellazioneDelMovimentoPortaLoSchema) {
+TEST_P(Actions, OnlyTheDeletionOfTheMovementCarriesTheSchema) {
   EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "15", ""}), "");
   EXPECT_THAT(Inviate("DELETE"), ElementsAre("DELETE FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=?",
                                              "DELETE FROM " + Schema() + ".MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=?"));
 }
 
-TEST_P(Azioni, UnExtraSenzaEventiSiCancella) {
+TEST_P(Actions, AnExtraWithoutEventsIsDeleted) {
   EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "16", ""}), "");
   CambiatoCome("DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=2004");
 }
 
-TEST_P(Azioni, SeLoSchemaNonEsisteAncheGliEventiRestano) {
+TEST_P(Actions, WhereTheSchemaDoesNotExistTheEventsStayToo) {
   stato().ComandoCorrente = base_.Opzioni() + " -DB2SCHEMA manca";
   EXPECT_EQ(Azione({"01", "EXTRADEL", "A", "2006", "15", ""}), "error");
   EXPECT_THAT(msg_.Errore, StartsWith("ERRORE: "));
   NienteCambiato();
 }
 
-TEST_P(Azioni, LeScadenzeDellaPartitaSiCercanoPerDataOriginaleCheResta) {
+TEST_P(Actions, InstalmentsOfAnItemAreFoundByTheirOriginalDateWhichStays) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "20060228", "20060705", "1", "20060430", "20060801"})), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");
 }
 
-TEST_P(Azioni, LeScadenzeDellExtraSiCercanoPerDataAttualeECambianoAncheLOriginale) {
+TEST_P(Actions, InstalmentsOfAnExtraAreFoundByTheirPresentDateAndChangeTheOriginalToo) {
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060705", "1", "20060430", "20060801"})), "");
   const auto attesa = prova::BaseDati(GetParam(), prova::DatiDelleAzioni());
   attesa.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05',DATASCADENZAORIGINALE='2006-07-05' WHERE "
@@ -129,7 +129,7 @@ TEST_P(Azioni, LeScadenzeDellExtraSiCercanoPerDataAttualeECambianoAncheLOriginal
   EXPECT_THAT(Tutto(base_), testing::ElementsAreArray(Tutto(attesa)));
 }
 
-TEST_P(Azioni, DiPiuGruppiPerLaStessaDataPerLaPartitaValeLUltimoPerLExtraIlPrimo) {
+TEST_P(Actions, OfSeveralGroupsForOneDateTheLastCountsForAnItemAndTheFirstForAnExtra) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "20060531", "20060901", "1", "20060531", "20061001"})), "");
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060901", "1", "20060331", "20061001"})), "");
   EXPECT_THAT(base_.Righe("SELECT DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN "
@@ -137,20 +137,20 @@ TEST_P(Azioni, DiPiuGruppiPerLaStessaDataPerLaPartitaValeLUltimoPerLExtraIlPrimo
               ElementsAre("2006-10-01|2006-05-31", "2006-09-01|2006-09-01"));
 }
 
-TEST_P(Azioni, UnaDataGiaSpostataNonSiSpostaDiNuovoNelloStessoComando) {
+TEST_P(Actions, ADateThatWasMovedIsNotMovedAgainInTheSameCommand) {
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060430", "1", "20060430", "20060801"})), "");
   EXPECT_THAT(base_.Righe("SELECT DATASCADENZA FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=2000 ORDER BY "
                           "EVENTOCONTABILEKEY"),
               ElementsAre("2006-04-30", "2006-08-01", "NULL"));
 }
 
-TEST_P(Azioni, IGruppiFinisconoAlPrimoConLaSecondaDataInBianco) {
+TEST_P(Actions, TheGroupsEndAtTheFirstWithABlankSecondDate) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "  ", "20060705", "1", "20060228", "20060801"})), "");
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "", "20060705", "1", "20060331", "20060801"})), "");
   NienteCambiato();
 }
 
-TEST_P(Azioni, UnaNuovaDataCheNonLoENonSiScriveENullaDellElencoResta) {
+TEST_P(Actions, ANewDateThatIsNoneIsNotWrittenAndNothingOfTheListStays) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "20060531", "20060801", "1", "20060228", "5/7/06"})), "error");
   EXPECT_EQ(msg_.Errore, "ERRORE: 13\r\nData non valida: 5/7/06");
   msg_.Errore.clear();
@@ -159,18 +159,18 @@ TEST_P(Azioni, UnaNuovaDataCheNonLoENonSiScriveENullaDellElencoResta) {
   NienteCambiato();
 }
 
-TEST_P(Azioni, UnaNuovaDataCheNonLoEMaNonServeANessunaRataNonGuasta) {
+TEST_P(Actions, ANewDateThatIsNoneDoesNoHarmWhereNoInstalmentNeedsIt) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "19990101", "", "1", "20060531", "20060801"})), "") << msg_.Errore;
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-08-01' WHERE EVENTOCONTABILEKEY=3");
 }
 
-TEST_P(Azioni, UnaDataCheNonLoENonTrovaLeRateSenzaData) {
+TEST_P(Actions, ADateThatIsNoneDoesNotFindInstalmentsWithoutADate) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "5/7/06", "20060801"})), "") << msg_.Errore;
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "5/7/06", "20060801"})), "") << msg_.Errore;
   NienteCambiato();
 }
 
-TEST_P(Azioni, TrentadueGruppiRiempionoLElenco) {
+TEST_P(Actions, ThirtyTwoGroupsFillTheList) {
   std::vector<std::string> gruppi;
   for (int i = 0; i < 31; ++i) {
     gruppi.insert(gruppi.end(), {"1", "19990101", "20060705"});
@@ -182,13 +182,13 @@ TEST_P(Azioni, TrentadueGruppiRiempionoLElenco) {
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-08-01' WHERE EVENTOCONTABILEKEY=3");
 }
 
-TEST_P(Azioni, UnElencoCheFinisceAlTipoNonFaNulla) {
+TEST_P(Actions, AListThatEndsAtTheTypeDoesNothing) {
   EXPECT_EQ(Azione({"01", "SCRIVISCADENZE", "C10", "AB   123", "BANCA"}), "");
   EXPECT_EQ(Azione({"01", "EXTRASCRIVISCAD", "A", "2006", "99"}), "");
   EXPECT_THAT(banco_.istruzioni, IsEmpty());
 }
 
-TEST_P(Azioni, CioCheMancaSiDiceENienteCambia) {
+TEST_P(Actions, WhatIsMissingIsSaidAndNothingChanges) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> casi = {
       {{"99", "PRESUNTOCREA", "OC", "06", "123", "T01", ""}, "AZIENDA INESISTENTE"},
       {{"01", "PRESUNTOCREA", "OC", "07", "123", "T01", ""}, "MOVIMENTO CONTABILE INESISTENTE"},
@@ -208,7 +208,7 @@ TEST_P(Azioni, CioCheMancaSiDiceENienteCambia) {
   NienteCambiato();
 }
 
-TEST_P(Azioni, UnAzioneIgnotaOInMinuscoloNonFaNulla) {
+TEST_P(Actions, AnActionThatIsUnknownOrInLowerCaseDoesNothing) {
   for (const char* azione : {"sospesocrea", "Extradel", "CANALIZZAZIONE", "", " SOSPESOCREA", "SOSPESO"}) {
     EXPECT_EQ(Azione({"01", azione, "C10", "AB   123", ""}), "") << azione;
   }
@@ -216,7 +216,7 @@ TEST_P(Azioni, UnAzioneIgnotaOInMinuscoloNonFaNulla) {
   NienteCambiato();
 }
 
-TEST_P(Azioni, DopoUnRifiutoLaBaseDatiNonSiTocca) {
+TEST_P(Actions, AfterARefusalTheDatabaseIsNotTouched) {
   msg_.Errore = " no ";
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
   EXPECT_EQ(msg_.Errore, " no ");
@@ -224,13 +224,13 @@ TEST_P(Azioni, DopoUnRifiutoLaBaseDatiNonSiTocca) {
   NienteCambiato();
 }
 
-TEST_P(Azioni, UnErroreDiSoliSpaziNonEUnRifiuto) {
+TEST_P(Actions, AnErrorOfBlanksAloneIsNoRefusal) {
   msg_.Errore = "  ";
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
 }
 
-TEST_P(Azioni, UnErroreFattoDiUnACapoEUnRifiuto) {
+TEST_P(Actions, AnErrorMadeOfALineBreakIsARefusal) {
   msg_.Errore = " \r\n ";
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
   EXPECT_EQ(msg_.Errore, " \r\n ");
@@ -238,12 +238,12 @@ TEST_P(Azioni, UnErroreFattoDiUnACapoEUnRifiuto) {
   NienteCambiato();
 }
 
-TEST_P(Azioni, SenzaOggettoRispostaLeAzioniSiFannoUgualmente) {
+TEST_P(Actions, WithoutAReplyObjectTheActionsAreDoneAllTheSame) {
   EXPECT_EQ(procedureLumoDB2::EseguiAzioneDB2({"01", "SOSPESOCREA", "C10", "AB   123", ""}, nullptr), "");
   EXPECT_EQ(procedureLumoDB2::EseguiAzioneDB2({"01", "SOSPESOCREA", "C99", "AB   123", ""}, nullptr), "error");
 }
 
-TEST_P(Azioni, LaProvaScriveLaRigaCento) {
+TEST_P(Actions, TheTestWritesRowOneHundred) {
   EXPECT_EQ(Esegui("-T TEST"), "");
   CambiatoCome("UPDATE ERRORE SET FILEXML='FILEccccc' WHERE ERROREKEY=100");
   EXPECT_THAT(Inviate("SELECT"), ElementsAre("SELECT * FROM " + Schema() + ".ERRORE WHERE ERROREKEY=?"));
@@ -253,14 +253,14 @@ TEST_P(Azioni, LaProvaScriveLaRigaCento) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_P(Azioni, SenzaLaRigaCentoLaProvaRiesceSenzaScrivere) {
+TEST_P(Actions, WithoutRowOneHundredTheTestSucceedsAndWritesNothing) {
   base_.Esegui("UPDATE ERRORE SET ERROREKEY=101 WHERE ERROREKEY=100");
   const auto righe = Tutto(base_);
   EXPECT_EQ(Esegui("-T TEST"), "");
   EXPECT_EQ(Tutto(base_), righe);
 }
 
-TEST_P(Azioni, ConPiuRigheCentoLaProvaRiesceSenzaScrivere) {
+TEST_P(Actions, WithSeveralRowsOneHundredTheTestSucceedsAndWritesNothing) {
   base_.Esegui("DROP TABLE ERRORE");
   base_.Esegui("CREATE TABLE ERRORE (ERROREKEY INTEGER NOT NULL, FILEXML VARCHAR(20))");
   base_.Esegui("INSERT INTO ERRORE VALUES (100,'prima')");
@@ -271,7 +271,7 @@ TEST_P(Azioni, ConPiuRigheCentoLaProvaRiesceSenzaScrivere) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
-TEST_P(Azioni, LaProvaFallitaDiceDoveNumeroEDescrizione) {
+TEST_P(Actions, AFailedTestSaysWhereWithNumberAndDescription) {
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + base_.Opzioni() + " -DB2SCHEMA manca"), "error");
   ASSERT_THAT(banco_.desktop.box, SizeIs(1));
   EXPECT_THAT(banco_.desktop.box[0], testing::MatchesRegex("testScrittura\r\n-[0-9]+\r\n.+"));

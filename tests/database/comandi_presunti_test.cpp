@@ -53,9 +53,9 @@ void DaiConsegna(FinestraElenco& finestra, const std::string& documento, const c
   finestra.tastoEditor(13);
 }
 
-class ComandiPresunti : public testing::TestWithParam<const char*> {
+class PresumedCommands : public testing::TestWithParam<const char*> {
  protected:
-  ComandiPresunti() : base(GetParam(), prova::DatiPresunti()), prima(prova::Rate(base)) {}
+  PresumedCommands() : base(GetParam(), prova::DatiPresunti()), prima(prova::Rate(base)) {}
 
   std::string Esegui(const std::string& comando) {
     return LumoScadenze().EseguiLumoScad("-T " + comando + " -H 10.0.0.1 -D 001 " + base.Opzioni());
@@ -96,9 +96,9 @@ class ComandiPresunti : public testing::TestWithParam<const char*> {
   std::vector<std::string> prima;
   prova::Banco banco;
 };
-INSTANTIATE_TEST_SUITE_P(Databases, ComandiPresunti, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedCommands, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
-TEST_P(ComandiPresunti, LaBancaConfermataVaAllHostENellaBaseDati) {
+TEST_P(PresumedCommands, AConfirmedBankGoesToTheHostAndIntoTheDatabase) {
   Recita([](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     DaiBanca(finestra, "AB124/06", 1);
@@ -118,7 +118,7 @@ TEST_P(ComandiPresunti, LaBancaConfermataVaAllHostENellaBaseDati) {
   EXPECT_FALSE(ListaPresa());
 }
 
-TEST_P(ComandiPresunti, LaConsegnaConfermataVaAllHostENellaBaseDati) {
+TEST_P(PresumedCommands, AConfirmedDeliveryGoesToTheHostAndIntoTheDatabase) {
   Recita([](FinestraElenco& finestra) {
     DaiConsegna(finestra, "CD5/06", "010306");
     DaiConsegna(finestra, "AB124/06", "2/3/06");
@@ -137,7 +137,7 @@ TEST_P(ComandiPresunti, LaConsegnaConfermataVaAllHostENellaBaseDati) {
   EXPECT_FALSE(ListaPresa());
 }
 
-TEST_P(ComandiPresunti, ChiusaSenzaConfermareNonMandaNulla) {
+TEST_P(PresumedCommands, ClosedWithoutConfirmingItSendsNothing) {
   for (const bool annulla : {true, false}) {
     for (const bool consegna : {true, false}) {
       Recita([&](FinestraElenco& finestra) {
@@ -154,7 +154,7 @@ TEST_P(ComandiPresunti, ChiusaSenzaConfermareNonMandaNulla) {
   EXPECT_EQ(banco.desktop.puntatori.back(), Puntatore::Predefinito);
 }
 
-TEST_P(ComandiPresunti, ChiusaDopoUnaConfermaDelComandoPrimaNonMandaNulla) {
+TEST_P(PresumedCommands, ClosedAfterAConfirmationOfTheCommandBeforeItSendsNothing) {
   Recita([](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     finestra.conferma();
@@ -167,7 +167,7 @@ TEST_P(ComandiPresunti, ChiusaDopoUnaConfermaDelComandoPrimaNonMandaNulla) {
   EXPECT_EQ(prova::Rate(base), dopo);
 }
 
-TEST_P(ComandiPresunti, LaListaPresaDaUnComandoFermaAncheLAltro) {
+TEST_P(PresumedCommands, AListTakenByOneCommandStopsTheOtherToo) {
   banco.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
   EXPECT_EQ(Banca(), "error");
   EXPECT_EQ(Consegna(), "error");
@@ -176,7 +176,7 @@ TEST_P(ComandiPresunti, LaListaPresaDaUnComandoFermaAncheLAltro) {
   EXPECT_THAT(banco.istruzioni, IsEmpty());
 }
 
-TEST_P(ComandiPresunti, LeOpzioniScelgonoIDocumenti) {
+TEST_P(PresumedCommands, TheOptionsSelectTheDocuments) {
   EXPECT_EQ(Banca("-SC SCADUTO -C C01 -S AB -N 123 -A 06 -DATA 20060101 -SERIEESCLUSE X,Y -TIPOMOVIMENTI V"), "closed");
   EXPECT_EQ(Elenco(),
             "MOV.TIPOOPERAZIONE = 'V' AND EVE.SOSPESA = 'N' AND CONTO.TIPOLOGIACONTO in ('01','02','03','04') AND "
@@ -186,22 +186,22 @@ TEST_P(ComandiPresunti, LeOpzioniScelgonoIDocumenti) {
             "BANCA.DESCRIZIONEVOCE, EVE.DATACONSEGNA, EVE.CODICEDIVISA, EVE.DATACONSEGNAPRODUZIONE ");
 }
 
-TEST_P(ComandiPresunti, SenzaOpzioneSiVedonoIDocumentiConBanca) {
+TEST_P(PresumedCommands, WithoutAnOptionTheDocumentsWithABankAreShown) {
   EXPECT_EQ(Consegna("-TIPOMOVIMENTI V"), "closed");
   EXPECT_THAT(Elenco(), testing::HasSubstr("AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL GROUP"));
 }
 
-TEST_P(ComandiPresunti, UnaSerieEsclusaVuotaNonEscludeNulla) {
+TEST_P(PresumedCommands, AnEmptyExcludedSeriesExcludesNothing) {
   EXPECT_EQ(Banca("-SERIEESCLUSE  -TIPOMOVIMENTI V"), "closed");
   EXPECT_THAT(Elenco(), Not(testing::HasSubstr("MOV.SERIE !=")));
   EXPECT_THAT(Elenco(), StartsWith("MOV.TIPOOPERAZIONE = 'V'"));
 }
 
-TEST_P(ComandiPresunti, LOpzionePartitaNonSiLegge) {
+TEST_P(PresumedCommands, TheItemOptionIsNotRead) {
   EXPECT_EQ(Banca("-TIPOMOVIMENTI V -P"), "closed");
 }
 
-TEST_P(ComandiPresunti, IlRifiutoDelProgrammaLasciaIlBloccoELaBaseDatiComErano) {
+TEST_P(PresumedCommands, TheProgramsRefusalLeavesLockAndDatabaseAsTheyWere) {
   banco.host.risposta = "<RISPOSTA><ERRORE>Documento fatturato</ERRORE></RISPOSTA>";
   Recita([](FinestraElenco& finestra) {
     DaiConsegna(finestra, "CD5/06", "010306");
@@ -213,7 +213,7 @@ TEST_P(ComandiPresunti, IlRifiutoDelProgrammaLasciaIlBloccoELaBaseDatiComErano) 
   EXPECT_THAT(banco.desktop.box.back(), StartsWith("-2147220905\r\n"));
 }
 
-TEST_P(ComandiPresunti, UnErroreDellaBaseDatiNonRimettePiuIlPuntatore) {
+TEST_P(PresumedCommands, AnErrorOfTheDatabaseNeverRestoresThePointer) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
@@ -225,7 +225,7 @@ TEST_P(ComandiPresunti, UnErroreDellaBaseDatiNonRimettePiuIlPuntatore) {
       << "il comando, la richiesta e la chiamata la mettono; solo le ultime due la tolgono";
 }
 
-TEST_P(ComandiPresunti, UnCambioCheNonSiPuoScrivereSiAnnullaESiDice) {
+TEST_P(PresumedCommands, AChangeThatCannotBeWrittenIsUndoneAndSaid) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
@@ -238,7 +238,7 @@ TEST_P(ComandiPresunti, UnCambioCheNonSiPuoScrivereSiAnnullaESiDice) {
   EXPECT_TRUE(ListaPresa());
 }
 
-TEST_P(ComandiPresunti, LaSchermataDelleBancheSiRiusa) {
+TEST_P(PresumedCommands, TheBankScreenIsUsedAgain) {
   EXPECT_EQ(Banca(), "closed");
   const auto prima_ = stato().Presunti;
   ASSERT_NE(prima_, nullptr);

@@ -93,9 +93,9 @@ void DaiBanca(FinestraElenco& finestra, const std::string& scadenza, const std::
   finestra.perdeFuocoBancaCella();
 }
 
-class ComandoBanca : public testing::Test {
+class BankCommand : public testing::Test {
  protected:
-  ComandoBanca() : db_(Schema() + ";" + Dati) {}
+  BankCommand() : db_(Schema() + ";" + Dati) {}
 
   std::string Esegui(const std::string& opzioni, const std::string& azienda = "12") {
     return LumoScadenze().EseguiLumoScad("-T BANCA " + opzioni + " -H 10.0.0.1 -D " + azienda + " -DB2SOURCE " +
@@ -149,7 +149,7 @@ const std::string Nome = "/tmp/T0120060305140709";
 
 } // namespace
 
-TEST_F(ComandoBanca, LeVariazioniConfermateVannoAllHostENellaBaseDati) {
+TEST_F(BankCommand, ConfirmedChangesGoToTheHostAndIntoTheDatabase) {
   Recita([](FinestraElenco& finestra) {
     EXPECT_EQ(finestra.righe(), 3U);
     DaiScadenza(finestra, "31/03/2006", "050406");
@@ -173,7 +173,7 @@ TEST_F(ComandoBanca, LeVariazioniConfermateVannoAllHostENellaBaseDati) {
   EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
 }
 
-TEST_F(ComandoBanca, UnaRigaPuoCambiareScadenzaEBancaInsieme) {
+TEST_F(BankCommand, ARowMayChangeDueDateAndBankAtOnce) {
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "30/04/2006", "1/5/06");
     DaiBanca(finestra, "30/04/2006", " ");
@@ -184,7 +184,7 @@ TEST_F(ComandoBanca, UnaRigaPuoCambiareScadenzaEBancaInsieme) {
   EXPECT_THAT(Scadenze(), Contains("2 2006-05-01 NULL"));
 }
 
-TEST_F(ComandoBanca, IDebitiSonoDeiFornitori) {
+TEST_F(BankCommand, DebitsAreThoseOfSuppliers) {
   Recita([](FinestraElenco& finestra) {
     EXPECT_EQ(finestra.righe(), 1U);
     DaiScadenza(finestra, "31/03/2006", "050406");
@@ -196,7 +196,7 @@ TEST_F(ComandoBanca, IDebitiSonoDeiFornitori) {
   EXPECT_THAT(Scadenze(), Contains("5 2006-04-05 30"));
 }
 
-TEST_F(ComandoBanca, ChiusaSenzaConfermareNonMandaNulla) {
+TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     finestra.chiudi();
@@ -210,7 +210,7 @@ TEST_F(ComandoBanca, ChiusaSenzaConfermareNonMandaNulla) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
-TEST_F(ComandoBanca, AnnullataNonMandaNulla) {
+TEST_F(BankCommand, CancelledItSendsNothing) {
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     finestra.annulla();
@@ -220,14 +220,14 @@ TEST_F(ComandoBanca, AnnullataNonMandaNulla) {
   EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
 }
 
-TEST_F(ComandoBanca, ConfermataSenzaVariazioniContaComeChiusa) {
+TEST_F(BankCommand, ConfirmedWithoutChangesItCountsAsClosed) {
   Recita([](FinestraElenco& finestra) { finestra.conferma(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_THAT(banco_.host.chiamate, IsEmpty());
   EXPECT_FALSE(ListaPresa());
 }
 
-TEST_F(ComandoBanca, UnaListaPresaAltroveNonSiApre) {
+TEST_F(BankCommand, AListTakenElsewhereDoesNotOpen) {
   banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nData : 04/03/2006   Ora : 09:00\r\n";
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   EXPECT_EQ(banco_.desktop.finestre, 0U);
@@ -239,13 +239,13 @@ TEST_F(ComandoBanca, UnaListaPresaAltroveNonSiApre) {
   EXPECT_THAT(banco_.desktop.puntatori, IsEmpty());
 }
 
-TEST_F(ComandoBanca, LaListaEPresaMentreLaSchermataEAperta) {
+TEST_F(BankCommand, TheListIsTakenWhileTheScreenIsOpen) {
   Recita([this](FinestraElenco&) { EXPECT_TRUE(ListaPresa()); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_FALSE(ListaPresa());
 }
 
-TEST_F(ComandoBanca, SenzaHostSiLavoraMaNonSiConferma) {
+TEST_F(BankCommand, WithoutAHostOneWorksButDoesNotConfirm) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Host irraggiungibile"); };
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
@@ -253,7 +253,7 @@ TEST_F(ComandoBanca, SenzaHostSiLavoraMaNonSiConferma) {
   EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
 }
 
-TEST_F(ComandoBanca, IlRifiutoDellHostLasciaListaPresaEBaseDatiComEra) {
+TEST_F(BankCommand, TheHostsRefusalLeavesTheListTakenAndTheDatabaseAsItWas) {
   banco_.host.risposta = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
@@ -263,7 +263,7 @@ TEST_F(ComandoBanca, IlRifiutoDellHostLasciaListaPresaEBaseDatiComEra) {
   EXPECT_THAT(banco_.host.file, ElementsAre(Key("/tmp/VBCREDITI")));
 }
 
-TEST_F(ComandoBanca, UnNumeroDiRataCheNonEUnNumeroFermaTuttoPrimaDellHost) {
+TEST_F(BankCommand, AnInstalmentNumberThatIsNoneStopsEverythingBeforeTheHost) {
   for (const std::string rata : {"1 OR 1=1", "1.5", "2147483648", "-2147483649", " ", "#null#"}) {
     EsegueSql("UPDATE EVENTOCONTABILE SET NUMERORATA='" + rata + "' WHERE EVENTOCONTABILEKEY=2");
     banco_.host.file.clear();
@@ -284,7 +284,7 @@ TEST_F(ComandoBanca, UnNumeroDiRataCheNonEUnNumeroFermaTuttoPrimaDellHost) {
   EXPECT_EQ(Istruzione("UPDATE"), "");
 }
 
-TEST_F(ComandoBanca, UnaRataSenzaNumeroCambiaDaSola) {
+TEST_F(BankCommand, AnInstalmentWithoutANumberChangesAlone) {
   EsegueSql("UPDATE EVENTOCONTABILE SET NUMERORATA=NULL WHERE EVENTOCONTABILEKEY=2");
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "30/04/2006", "050406");
@@ -298,7 +298,7 @@ TEST_F(ComandoBanca, UnaRataSenzaNumeroCambiaDaSola) {
                                       "5 2006-03-31 30"));
 }
 
-TEST_F(ComandoBanca, DopoUnErroreLaListaRestaPresaFinoAMano) {
+TEST_F(BankCommand, AfterAnErrorTheListStaysTakenUntilReleasedByHand) {
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
@@ -308,14 +308,14 @@ TEST_F(ComandoBanca, DopoUnErroreLaListaRestaPresaFinoAMano) {
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
 }
 
-TEST_F(ComandoBanca, IlMessaggioDellHostSiMostraPrimaDiScrivere) {
+TEST_F(BankCommand, TheHostsMessageIsShownBeforeAnythingIsWritten) {
   banco_.host.risposta = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Variate 1 scadenze"));
 }
 
-TEST_F(ComandoBanca, UnaBancaIgnotaAnnullaAncheLeVariazioniGiaScritte) {
+TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
   Recita([this](FinestraElenco& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     DaiBanca(finestra, "31/05/2006", "Banca Seconda");
@@ -330,7 +330,7 @@ TEST_F(ComandoBanca, UnaBancaIgnotaAnnullaAncheLeVariazioniGiaScritte) {
   EXPECT_TRUE(ListaPresa());
 }
 
-TEST_F(ComandoBanca, UnErroreDelCaricamentoSiDiceDopoLaChiusura) {
+TEST_F(BankCommand, AnErrorOfTheLoadIsToldAfterTheClosing) {
   db_.run("DROP TABLE EVENTOCONTABILE");
   Recita([this](FinestraElenco& finestra) {
     EXPECT_EQ(finestra.righe(), 0U);
@@ -344,18 +344,18 @@ TEST_F(ComandoBanca, UnErroreDelCaricamentoSiDiceDopoLaChiusura) {
   EXPECT_TRUE(ListaPresa());
 }
 
-TEST_F(ComandoBanca, UnAziendaIgnotaSiDiceDopoLaChiusura) {
+TEST_F(BankCommand, AnUnknownCompanyIsToldAfterTheClosing) {
   EXPECT_EQ(Esegui("/CREDITI", "99"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220954\r\nERRORE: -2147220990\r\nAZIENDA INESISTENTE"));
   EXPECT_EQ(banco_.desktop.finestre, 1U);
 }
 
-TEST_F(ComandoBanca, SenzaOpzioneBSiVedonoLeScadenzeConBanca) {
+TEST_F(BankCommand, WithoutOptionBTheInstalmentsWithABankAreShown) {
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_THAT(Elenco(), HasSubstr("AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NOT NULL "));
 }
 
-TEST_F(ComandoBanca, ConOpzioneBNSiVedonoLeScadenzeSenzaBanca) {
+TEST_F(BankCommand, WithOptionBNTheInstalmentsWithoutABankAreShown) {
   Recita([](FinestraElenco& finestra) {
     EXPECT_EQ(finestra.righe(), 1U);
     DaiBanca(finestra, "30/06/2006", "Banca Prima");
@@ -366,7 +366,7 @@ TEST_F(ComandoBanca, ConOpzioneBNSiVedonoLeScadenzeSenzaBanca) {
   EXPECT_THAT(Scadenze(), Contains("4 2006-06-30 30"));
 }
 
-TEST_F(ComandoBanca, LeOpzioniNonRestanoPerIlComandoSeguente) {
+TEST_F(BankCommand, TheOptionsDoNotStayForTheNextCommand) {
   EXPECT_EQ(Esegui("/CREDITI -B N -C C11 -SC SCADUTO"), "closed");
   banco_.istruzioni.clear();
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
@@ -375,12 +375,12 @@ TEST_F(ComandoBanca, LeOpzioniNonRestanoPerIlComandoSeguente) {
   EXPECT_THAT(Elenco(), Not(HasSubstr("DATASCADENZA <")));
 }
 
-TEST_F(ComandoBanca, LaPartitaArrivaConISuoiSpazi) {
+TEST_F(BankCommand, TheItemArrivesWithItsBlanks) {
   EXPECT_EQ(Esegui("/CREDITI -P 2006  15"), "closed");
   EXPECT_THAT(Elenco(), HasSubstr("PARTITACONTABILE.NUMEROPARTITA='2006  15' "));
 }
 
-TEST_F(ComandoBanca, OgniFiltroArrivaAllElenco) {
+TEST_F(BankCommand, EveryFilterReachesTheList) {
   Recita([](FinestraElenco& finestra) { EXPECT_EQ(finestra.righe(), 1U); });
   EXPECT_EQ(Esegui("/CREDITI -SC DASCADERE -C C10 -P 2006 15 -M 032006 -CODINT INT10 -S A -A 2006 -E 2006 -N 1"),
             "closed");
@@ -391,7 +391,7 @@ TEST_F(ComandoBanca, OgniFiltroArrivaAllElenco) {
   }
 }
 
-TEST_F(ComandoBanca, LeVariazioniDiUnComandoNonTornanoNelSeguente) {
+TEST_F(BankCommand, TheChangesOfACommandDoNotComeBackInTheNext) {
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "");
   Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
@@ -401,7 +401,7 @@ TEST_F(ComandoBanca, LeVariazioniDiUnComandoNonTornanoNelSeguente) {
   EXPECT_EQ(banco_.host.chiamate.size(), 1U);
 }
 
-TEST_F(ComandoBanca, IlTitoloDiceDiChiSonoLeRate) {
+TEST_F(BankCommand, TheTitleSaysWhoseInstalmentsTheyAre) {
   std::vector<std::string> titoli;
   const auto annota = [&titoli](FinestraElenco& finestra) {
     titoli.push_back(finestra.titolo);
@@ -416,7 +416,7 @@ TEST_F(ComandoBanca, IlTitoloDiceDiChiSonoLeRate) {
                           "LumoScad - Scadenze e banche dei clienti"));
 }
 
-TEST_F(ComandoBanca, LaSchermataSiRiusa) {
+TEST_F(BankCommand, TheScreenIsUsedAgain) {
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   const auto schermata = stato().ScadenzeBanche;
   ASSERT_NE(schermata, nullptr);
@@ -424,7 +424,7 @@ TEST_F(ComandoBanca, LaSchermataSiRiusa) {
   EXPECT_EQ(stato().ScadenzeBanche, schermata);
 }
 
-TEST_F(ComandoBanca, LeVariazioniRifiutateNonTornanoNelSeguente) {
+TEST_F(BankCommand, RefusedChangesDoNotComeBackInTheNext) {
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
@@ -434,7 +434,7 @@ TEST_F(ComandoBanca, LeVariazioniRifiutateNonTornanoNelSeguente) {
   EXPECT_EQ(banco_.host.chiamate.size(), 1U);
 }
 
-TEST_F(ComandoBanca, CreditiEDebitiInUnComandoRispondeLUltimo) {
+TEST_F(BankCommand, OfCreditsAndDebitsInOneCommandTheLastAnswers) {
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI /DEBITI"), "closed");
   EXPECT_EQ(banco_.desktop.finestre, 2U);
@@ -442,7 +442,7 @@ TEST_F(ComandoBanca, CreditiEDebitiInUnComandoRispondeLUltimo) {
   EXPECT_THAT(banco_.host.file, IsEmpty());
 }
 
-TEST_F(ComandoBanca, DopoUnErroreDellaBaseDatiNessunoTogliePiuLaClessidraDelComando) {
+TEST_F(BankCommand, AfterAnErrorOfTheDatabaseNobodyRemovesTheCommandsHourglass) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "31/03/2006", "Banca Seconda");
     db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");

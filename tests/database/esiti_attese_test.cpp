@@ -22,9 +22,9 @@ constexpr const char* Reciproco =
 constexpr const char* UnaRata = "UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY=";
 
 /// Two terminals on one database.
-class Attese : public testing::TestWithParam<const char*> {
+class Waits : public testing::TestWithParam<const char*> {
  protected:
-  Attese() : altro_(posto_.base.AltroTerminale()) {}
+  Waits() : altro_(posto_.base.AltroTerminale()) {}
 
   /// The other terminal changes an instalment and does not commit yet.
   void AltroTiene(const char* rata) const {
@@ -43,9 +43,9 @@ class Attese : public testing::TestWithParam<const char*> {
 };
 
 /// What needs a server, where two terminals write at once.
-class AtteseDelServer : public Attese {
+class WaitsOfAServer : public Waits {
  protected:
-  ~AtteseDelServer() override {
+  ~WaitsOfAServer() override {
     if (SuPostgres()) {
       TempoDelBlocco("RESET deadlock_timeout");
     }
@@ -87,12 +87,12 @@ class AtteseDelServer : public Attese {
 };
 
 const auto Genere = [](const auto& scelta) { return std::string(scelta.param); };
-INSTANTIATE_TEST_SUITE_P(Base, Attese, testing::Values("sqlite", "postgres", "mariadb"), Genere);
-INSTANTIATE_TEST_SUITE_P(Base, AtteseDelServer, testing::Values("postgres", "mariadb"), Genere);
+INSTANTIATE_TEST_SUITE_P(Databases, Waits, testing::Values("sqlite", "postgres", "mariadb"), Genere);
+INSTANTIATE_TEST_SUITE_P(Databases, WaitsOfAServer, testing::Values("postgres", "mariadb"), Genere);
 
 } // namespace
 
-TEST_P(Attese, UnaRigaOccupataFinisceEntroIlLimiteESiPuoRipetere) {
+TEST_P(Waits, ABusyRowEndsWithinTheLimitAndMayBeTriedAgain) {
   AltroTiene("3");
   {
     const prova::LimiteIstruzioni limite("1");
@@ -105,7 +105,7 @@ TEST_P(Attese, UnaRigaOccupataFinisceEntroIlLimiteESiPuoRipetere) {
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
-TEST_P(AtteseDelServer, UnaRigaLiberataInTempoSiModifica) {
+TEST_P(WaitsOfAServer, ARowReleasedInTimeIsChanged) {
   const auto prima = posto_.base.Tutto();
   AltroTiene("3");
   std::thread libera([this] {
@@ -117,7 +117,7 @@ TEST_P(AtteseDelServer, UnaRigaLiberataInTempoSiModifica) {
   EXPECT_THAT(posto_.base.Tutto(), Ne(prima));
 }
 
-TEST_P(AtteseDelServer, IlBloccoReciprocoAnnullaTuttoESiDice) {
+TEST_P(WaitsOfAServer, ADeadlockUndoesEverythingAndIsSaid) {
   ASSERT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
   const int ultima = posto_.istruzioni;
   posto_.base.Ripristina();
@@ -141,7 +141,7 @@ TEST_P(AtteseDelServer, IlBloccoReciprocoAnnullaTuttoESiDice) {
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
-TEST_P(AtteseDelServer, ChiRestaDopoIlBloccoReciprocoModificaTutto) {
+TEST_P(WaitsOfAServer, WhoIsLeftAfterADeadlockChangesEverything) {
   const auto prima = posto_.base.Tutto();
   AltroResiste(false);
   std::string guasto;
@@ -156,7 +156,7 @@ TEST_P(AtteseDelServer, ChiRestaDopoIlBloccoReciprocoModificaTutto) {
   EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(tiene));
 }
 
-TEST_P(AtteseDelServer, UnIstruzioneCheNonFinisceSiInterrompe) {
+TEST_P(WaitsOfAServer, AStatementThatDoesNotEndIsInterrupted) {
   if (SuPostgres()) {
     posto_.base.Esegui(
         "CREATE FUNCTION PIANO() RETURNS TRIGGER LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(20); RETURN "

@@ -46,12 +46,12 @@ class Driver : public testing::TestWithParam<const char*> {
   ado::Connection connection_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Base, Driver, testing::Values("postgres", "mariadb"),
+INSTANTIATE_TEST_SUITE_P(Databases, Driver, testing::Values("postgres", "mariadb"),
                          [](const auto& scelta) { return std::string(scelta.param); });
 
 } // namespace
 
-TEST_P(Driver, UnCommitRiuscitoEApplicato) {
+TEST_P(Driver, ACommitThatSucceededIsApplied) {
   prova::BaseEsiti base(GetParam());
   Apri(base);
   EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
@@ -66,7 +66,7 @@ TEST_P(Driver, UnCommitRiuscitoEApplicato) {
 }
 
 // PostgreSQL's driver calls this COMMIT a success: it has already noticed that it has no connection.
-TEST_P(Driver, IlCommitDiUnaConnessioneGiaPersaNonPassaMaiPerApplicato) {
+TEST_P(Driver, TheCommitOfALostConnectionNeverPassesForApplied) {
   prova::BaseEsiti base(GetParam());
   Apri(base);
   connection_.BeginTrans();
@@ -80,7 +80,7 @@ TEST_P(Driver, IlCommitDiUnaConnessioneGiaPersaNonPassaMaiPerApplicato) {
   EXPECT_EQ(base.Valore(Letta), "N");
 }
 
-TEST_P(Driver, DopoUnIstruzioneFallitaNonSiConferma) {
+TEST_P(Driver, AfterAFailedStatementNothingIsCommitted) {
   prova::BaseEsiti base(GetParam());
   Apri(base);
   connection_.BeginTrans();
@@ -95,7 +95,7 @@ TEST_P(Driver, DopoUnIstruzioneFallitaNonSiConferma) {
   EXPECT_EQ(base.Valore(Letta), "X");
 }
 
-TEST_P(Driver, UnTempoMassimoSbagliatoSiRifiutaPrimaDiConnettersi) {
+TEST_P(Driver, AWrongTimeLimitIsRefusedBeforeConnecting) {
   prova::BaseEsiti base(GetParam());
   for (const char* valore : {"0", "-1", "86401", "dieci", "10s", " 10"}) {
     const prova::LimiteIstruzioni limite(valore);
@@ -110,9 +110,9 @@ TEST_P(Driver, UnTempoMassimoSbagliatoSiRifiutaPrimaDiConnettersi) {
 namespace {
 
 /// With this setting MariaDB's driver connects anew without a word, and the new connection commits every statement.
-class DriverCheSiRiconnette : public testing::Test {
+class ReconnectingDriver : public testing::Test {
  protected:
-  DriverCheSiRiconnette() {
+  ReconnectingDriver() {
     connection_.ConnectionString = base_.TestoConnessione();
     connection_.Open();
   }
@@ -130,14 +130,14 @@ class DriverCheSiRiconnette : public testing::Test {
 
 } // namespace
 
-TEST_F(DriverCheSiRiconnette, NonFaPassarePerApplicatoCioCheEStatoInterrotto) {
+TEST_F(ReconnectingDriver, NeverPassesOffAsAppliedWhatWasInterrupted) {
   ModificaInterrotta();
   connection_.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2");
   EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Descrizione(), HasSubstr("in parte"));
   EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
 }
 
-TEST_F(DriverCheSiRiconnette, NonFaPassarePerAnnullatoCioCheHaGiaRegistrato) {
+TEST_F(ReconnectingDriver, NeverPassesOffAsUndoneWhatItHasStored) {
   ModificaInterrotta();
   connection_.RollbackTrans();
   EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
@@ -149,14 +149,14 @@ TEST_F(DriverCheSiRiconnette, NonFaPassarePerAnnullatoCioCheHaGiaRegistrato) {
   EXPECT_EQ(base_.Valore(Letta), "X");
 }
 
-TEST_F(DriverCheSiRiconnette, NonDiceNullaRegistratoQuandoPoiUnIstruzioneFallisce) {
+TEST_F(ReconnectingDriver, NeverSaysThatNothingIsStoredWhereALaterStatementFails) {
   ModificaInterrotta();
   Guasto([&] { connection_.Execute("UPDATE EVENTOCONTABILE SET NON_C_E=1"); });
   Guasto([&] { connection_.CommitTrans(); });
   EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
 }
 
-TEST(ConfermaFallita, SiSaRifiutataSoloDaUnaRispostaDelServer) {
+TEST(FailedCommit, IsKnownAsRefusedByAnAnswerOfTheServerAlone) {
   using ado::interno::senzaRisposta;
   for (const char* sqlState : {"08S01", "08007", "HYT00", "HYT01", "25S01", "40003"}) {
     EXPECT_TRUE(senzaRisposta(sqlState)) << sqlState;
@@ -166,7 +166,7 @@ TEST(ConfermaFallita, SiSaRifiutataSoloDaUnaRispostaDelServer) {
   }
 }
 
-TEST(DriverConLimiteDiLettura, UnServerCheTaceSulCommitLasciaLEsitoSconosciuto) {
+TEST(DriverWithAReadLimit, AServerSilentOnTheCommitLeavesTheOutcomeUnknown) {
   prova::PostoEsiti posto("mariadb", {{"READ_TIMEOUT", "1"}});
   ASSERT_EQ(posto.Esegui("SospendiPartita"), "");
   const auto dopo = posto.base.Tutto();
@@ -182,7 +182,7 @@ TEST(DriverConLimiteDiLettura, UnServerCheTaceSulCommitLasciaLEsitoSconosciuto) 
                                              tiene == dopo ? "tutta" : "ALTRO", posto.secondi);
 }
 
-TEST_P(Driver, ChiDaIlComandoLeggeCheNonSiSaPrimaDelMessaggioDellHost) {
+TEST_P(Driver, WhoGaveTheCommandReadsThatItIsUnknownBeforeTheHostsMessage) {
   prova::PostoEsiti posto(GetParam());
   posto.banco.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   posto.base.Proxy().ScattaAllaSequenza(posto.base.Conferma(), ProxyByte::Momento::PrimaDellaRisposta,

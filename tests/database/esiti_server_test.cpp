@@ -59,12 +59,12 @@ class Server : public testing::TestWithParam<const char*> {
   prova::PostoEsiti posto_{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(Base, Server, testing::Values("postgres", "mariadb"),
+INSTANTIATE_TEST_SUITE_P(Databases, Server, testing::Values("postgres", "mariadb"),
                          [](const auto& scelta) { return std::string(scelta.param); });
 
 } // namespace
 
-TEST_P(Server, ConIlDiscoPienoNonRestaNullaEPoiSiRipete) {
+TEST_P(Server, WithAFullDiskNothingStaysAndItMayBeTriedAgainLater) {
   if (!SuPostgres()) {
     posto_.base.Esegui("SET GLOBAL innodb_file_per_table=1");
   }
@@ -88,7 +88,7 @@ TEST_P(Server, ConIlDiscoPienoNonRestaNullaEPoiSiRipete) {
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
-TEST_P(Server, FraDueComandiSiPuoRiavviare) {
+TEST_P(Server, MayBeRestartedBetweenTwoCommands) {
   const auto prima = posto_.base.Tutto();
   ASSERT_EQ(posto_.Esegui("SospendiMovimento"), "") << posto_.msg.Errore;
   const auto dopo = posto_.base.Tutto();
@@ -99,7 +99,7 @@ TEST_P(Server, FraDueComandiSiPuoRiavviare) {
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
-TEST_P(Server, FermoRifiutaETornatoAccetta) {
+TEST_P(Server, RefusesWhileDownAndAcceptsOnceBack) {
   const auto prima = posto_.base.Tutto();
   Ferma();
   posto_.base.Proxy().Rifiuta(true);
@@ -115,7 +115,7 @@ TEST_P(Server, FermoRifiutaETornatoAccetta) {
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
-TEST_P(Server, UccisoAMetaNonTieneNulla) {
+TEST_P(Server, KilledHalfwayKeepsNothing) {
   ASSERT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
   const int ultima = posto_.istruzioni;
   Consolida();
@@ -127,7 +127,7 @@ TEST_P(Server, UccisoAMetaNonTieneNulla) {
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
-TEST(CommitRifiutato, PerUnVincoloDiffertoNonEApplicato) {
+TEST(RefusedCommit, ByADeferredConstraintIsNotApplied) {
   const prova::BaseEsiti base("postgres");
   base.Esegui("CREATE TABLE UNA (A INTEGER, CONSTRAINT DOPPIA UNIQUE (A) DEFERRABLE INITIALLY DEFERRED)");
   const auto connection = base.AltroTerminale();
@@ -150,7 +150,7 @@ TEST(CommitRifiutato, PerUnVincoloDiffertoNonEApplicato) {
   EXPECT_EQ(base.Valore("SELECT COUNT(*) FROM UNA"), "1");
 }
 
-TEST(CommitRifiutato, PerUnServerDivenutoDiSolaLetturaNonEApplicato) {
+TEST(RefusedCommit, ByAServerThatBecameReadOnlyIsNotApplied) {
   const prova::BaseEsiti base("mariadb");
   base.Esegui("CREATE USER OPERATORE IDENTIFIED BY 'Operatore!1'");
   base.Esegui("GRANT SELECT,UPDATE ON " + base.Valore("SELECT DATABASE()") + ".* TO OPERATORE");
@@ -175,7 +175,7 @@ TEST(CommitRifiutato, PerUnServerDivenutoDiSolaLetturaNonEApplicato) {
   base.Esegui("DROP USER OPERATORE");
 }
 
-TEST(CommitRifiutato, PerUnLettoreDiSqliteNonEApplicato) {
+TEST(RefusedCommit, ByAReaderOfSqliteIsNotApplied) {
   const prova::BaseEsiti base("sqlite");
   const auto lettore = base.AltroTerminale();
   lettore->BeginTrans();

@@ -24,9 +24,9 @@ constexpr const char* NonSiSa = "L'host ha già accettato la modifica; non si sa
                                 "controllare prima di ripeterla: ";
 
 /// A procedure on a server, whose connection a proxy breaks.
-class Tagli : public testing::TestWithParam<std::tuple<const char*, const char*>> {
+class Cuts : public testing::TestWithParam<std::tuple<const char*, const char*>> {
  protected:
-  Tagli() : procedura_(prova::TrovaProcedura(std::get<1>(GetParam()))), prima_(posto_.base.Tutto()) {}
+  Cuts() : procedura_(prova::TrovaProcedura(std::get<1>(GetParam()))), prima_(posto_.base.Tutto()) {}
 
   /// What the procedure makes of the data when nothing breaks; the data are put back.
   void Misura() {
@@ -93,7 +93,7 @@ std::vector<const char*> Nomi() {
   return nomi;
 }
 
-INSTANTIATE_TEST_SUITE_P(Server, Tagli,
+INSTANTIATE_TEST_SUITE_P(Servers, Cuts,
                          testing::Combine(testing::Values("postgres", "mariadb"), testing::ValuesIn(Nomi())),
                          [](const auto& scelta) {
                            return std::string(std::get<0>(scelta.param)) + "_" + std::get<1>(scelta.param);
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Server, Tagli,
 
 } // namespace
 
-TEST_P(Tagli, NonLascianoMaiUnaModificaAMetaENonDiconoMaiFattoCioCheNonLoE) {
+TEST_P(Cuts, NeverLeaveAChangeHalfDoneAndNeverCallDoneWhatIsNot) {
   ASSERT_NO_FATAL_FAILURE(Misura());
   ASSERT_GE(istruzioni_, 3);
   using Momento = ProxyByte::Momento;

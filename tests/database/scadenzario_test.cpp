@@ -30,9 +30,9 @@ std::vector<RigaScadenze> RigheDellElenco(Elenco& elenco) {
 }
 
 /// The single-item screen with the true request writer, the true extra deletion and a database behind them.
-class ScadenzarioVero : public prova::BaseDelleAzioni {
+class ItemScreenOnADatabase : public prova::BaseDelleAzioni {
  protected:
-  ScadenzarioVero() {
+  ItemScreenOnADatabase() {
     stato().Azienda = "01";
     stato().HostIP = "10.0.0.1";
     stato().TipoComando = "BANCA";
@@ -67,12 +67,12 @@ class ScadenzarioVero : public prova::BaseDelleAzioni {
 };
 
 // What is tested here is how the parts fit together, which no kind of database changes.
-INSTANTIATE_TEST_SUITE_P(BasiDati, ScadenzarioVero, testing::Values("sqlite"),
+INSTANTIATE_TEST_SUITE_P(Databases, ItemScreenOnADatabase, testing::Values("sqlite"),
                          [](const auto& scelta) { return std::string(scelta.param); });
 
 } // namespace
 
-TEST_P(ScadenzarioVero, LaConfermaDellaPartitaMandaLaRichiestaELaRipeteNellaBaseDati) {
+TEST_P(ItemScreenOnADatabase, ConfirmingAnItemSendsTheRequestAndRepeatsItInTheDatabase) {
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   NellElenco("30/04/2006", "30/04/2006", "");
   EXPECT_EQ(ConfermaScad(), "");
@@ -82,13 +82,13 @@ TEST_P(ScadenzarioVero, LaConfermaDellaPartitaMandaLaRichiestaELaRipeteNellaBase
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");
 }
 
-TEST_P(ScadenzarioVero, LaScadenzaAttualeDellElencoSiConfrontaConQuellaOriginaleDelleRate) {
+TEST_P(ItemScreenOnADatabase, ThePresentDateOfTheListIsComparedWithTheOriginalOneOfTheInstalments) {
   NellElenco("31/05/2006", "28/02/2006", "05/07/2006");
   EXPECT_EQ(ConfermaScad(), "");
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY=3");
 }
 
-TEST_P(ScadenzarioVero, SenzaRigheNellElencoLaConfermaNonMandaNullaQualunqueCosaSiaScrittaNellaFinestra) {
+TEST_P(ItemScreenOnADatabase, WithoutRowsInTheListTheConfirmationSendsNothingWhateverTheWindowHolds) {
   form.TextScadenza_Change("050706");
   form.PicSelezionaTutto_Click();
   EXPECT_EQ(form.Righe.Testo(0, FormLumoScad::NuovaScadenza), "05/07/2006");
@@ -97,14 +97,14 @@ TEST_P(ScadenzarioVero, SenzaRigheNellElencoLaConfermaNonMandaNullaQualunqueCosa
   NienteCambiato();
 }
 
-TEST_P(ScadenzarioVero, UnaPartitaCheNonCePiuDaErrore) {
+TEST_P(ItemScreenOnADatabase, AnItemThatIsGoneIsAnError) {
   stato().PartitaScadenze = "MAI VISTA";
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   EXPECT_EQ(ConfermaScad(), "error");
   NienteCambiato();
 }
 
-TEST_P(ScadenzarioVero, UnaRichiestaTroppoLungaEsceComeErrore) {
+TEST_P(ItemScreenOnADatabase, ARequestThatIsTooLongComesOutAsAnError) {
   for (int i = 0; i < 33; ++i) {
     NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   }
@@ -118,7 +118,7 @@ TEST_P(ScadenzarioVero, UnaRichiestaTroppoLungaEsceComeErrore) {
   NienteCambiato();
 }
 
-TEST_P(ScadenzarioVero, LaConfermaDellExtraCancellaIlMovimentoSullHostENellaBaseDati) {
+TEST_P(ItemScreenOnADatabase, ConfirmingAnExtraDeletesTheMovementOnTheHostAndInTheDatabase) {
   EXPECT_EQ(ConfermaExtra(), "");
   EXPECT_THAT(banco_.host.chiamate, ElementsAre(std::vector<std::string>{"01", "EXTRADEL", "A", "2006", "15", ""}));
   EXPECT_THAT(banco_.desktop.attese, SizeIs(1));
@@ -126,14 +126,14 @@ TEST_P(ScadenzarioVero, LaConfermaDellExtraCancellaIlMovimentoSullHostENellaBase
   EXPECT_THAT(base_.Righe("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=2000"), ElementsAre("0"));
 }
 
-TEST_P(ScadenzarioVero, UnRifiutoDellHostDaErroreESiVede) {
+TEST_P(ItemScreenOnADatabase, ARefusalOfTheHostIsAnErrorAndIsShown) {
   banco_.host.risposta = "<R><ERRORE>Movimento bloccato</ERRORE></R>";
   EXPECT_EQ(ConfermaExtra(), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Movimento bloccato"));
   NienteCambiato();
 }
 
-TEST_P(ScadenzarioVero, NellaDimostrazioneLaConfermaVieneDopoLaFinestraEHaLoStessoEsito) {
+TEST_P(ItemScreenOnADatabase, InADemonstrationTheConfirmationComesAfterTheWindowAndHasTheSameOutcome) {
   stato().DemoPresunti = true;
   banco_.desktop.copioniScadenzario.emplace_back([this](FinestraScadenzario& finestra) {
     finestra.elenco.conferma();
@@ -143,7 +143,7 @@ TEST_P(ScadenzarioVero, NellaDimostrazioneLaConfermaVieneDopoLaFinestraEHaLoStes
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui VB0001"));
 }
 
-TEST_P(ScadenzarioVero, AnnullaNonMandaNulla) {
+TEST_P(ItemScreenOnADatabase, AnnullaSendsNothing) {
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   for (int volta = 0; volta < 2; ++volta) {
     banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.annulla(); });

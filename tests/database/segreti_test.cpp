@@ -36,11 +36,11 @@ bool Rivela(std::string_view testo, std::string_view password) {
   return false;
 }
 
-class PasswordComeSchema : public testing::TestWithParam<const char*> {};
+class PasswordAsSchema : public testing::TestWithParam<const char*> {};
 
 /// Passwords that a server takes apart when they stand in a statement: a number before letters, marks, quotes, capital
 /// letters with accents, more letters than a name may have.
-INSTANTIATE_TEST_SUITE_P(Password, PasswordComeSchema,
+INSTANTIATE_TEST_SUITE_P(Password, PasswordAsSchema,
                          testing::Values("Segr3taXy9", "12qwxyz99", "Qwx!zyx+kj", "qw'xyzkj", "qw\"xyzkj", "QWÈXÀZK",
                                          "qwx;zyx;kj", "qwxz.zykj.x", "(qwxzykj)", "qwx--zykj", "$qwxzykj$",
                                          "{qwx}zykj",
@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(Password, PasswordComeSchema,
 
 } // namespace
 
-TEST_P(PasswordComeSchema, NonCompareInNessunMessaggio) {
+TEST_P(PasswordAsSchema, AppearsInNoMessage) {
   const std::string password = GetParam();
   const prova::BaseDati base("sqlite", "");
   prova::Banco banco;
@@ -67,7 +67,7 @@ TEST_P(PasswordComeSchema, NonCompareInNessunMessaggio) {
   EXPECT_THAT(banco.host.operazioni, Each(Not(HasSubstr(password))));
 }
 
-TEST(Password, DiUnServerNonCompareQuandoFaDaSchema) {
+TEST(Password, OfAServerDoesNotAppearWhereItServesAsSchema) {
   const prova::BaseDati base("postgres", "");
   const prova::Banco banco;
   const auto parametri = moduloDatabase::LeggiParametriDB2(base.Opzioni());
@@ -76,7 +76,7 @@ TEST(Password, DiUnServerNonCompareQuandoFaDaSchema) {
   EXPECT_FALSE(Rivela(banco.desktop.box.front(), parametri.Password));
 }
 
-TEST(Password, SiCancellaInteraEAPezzi) {
+TEST(Password, IsBlottedOutWholeAndInPieces) {
   EXPECT_EQ(senzaPassword("relation \"segreta9.errore\" does not exist", "Segreta9"),
             "relation \"***.errore\" does not exist");
   EXPECT_EQ(senzaPassword("at or near \"eta9\"", "12segreta9"), "at or near \"***\"");
@@ -88,13 +88,13 @@ TEST(Password, SiCancellaInteraEAPezzi) {
   EXPECT_EQ(senzaPassword("", "Segreta9"), "");
 }
 
-TEST(Password, DiUnaLetteraNonSiCancella) {
+TEST(Password, OfOneLetterIsNotBlottedOut) {
   EXPECT_EQ(senzaPassword("la data della base dati", "a"), "la data della base dati");
   EXPECT_EQ(senzaPassword("così è, perché è", "è"), "così è, perché è");
   EXPECT_EQ(senzaPassword("la password ab di prima", "ab"), "la password *** di prima");
 }
 
-TEST(Password, ConAccentiSiCancellaInOgniMaiuscolaELasciaCaratteriInteri) {
+TEST(Password, WithAccentsIsBlottedOutInAnyCaseAndLeavesWholeCharacters) {
   EXPECT_EQ(senzaPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
   // The characters share their first byte: what is left begins and ends with whole ones.
   EXPECT_EQ(senzaPassword("abcdè", "abcdé"), "***è");

@@ -80,7 +80,7 @@ void MostraTutto(Desktop& desktop) {
   EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
 }
 
-TEST(ApplicazioneDelChiamante, WhenItIsGoneTheNextWindowsGetOneOfOurOwnAndSoDoesThePointer) {
+TEST(CallersApplication, WhenItIsGoneTheNextWindowsGetOneOfOurOwnAndSoDoesThePointer) {
   Chiusore chiusore;
   std::unique_ptr<Desktop> desktop;
   {

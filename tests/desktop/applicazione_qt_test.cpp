@@ -48,14 +48,14 @@ void AttendiSenzaSchermo(const std::string& parola = "nessuno schermo") {
   EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
 
-TEST(Applicazione, WithoutADisplayAnErrorComesInsteadOfTheEndOfTheProcess) {
+TEST(Application, WithoutADisplayAnErrorComesInsteadOfTheEndOfTheProcess) {
   const Variabile piattaforma("QT_QPA_PLATFORM", nullptr);
   const Variabile x11("DISPLAY", nullptr);
   const Variabile wayland("WAYLAND_DISPLAY", nullptr);
   AttendiSenzaSchermo();
 }
 
-TEST(Applicazione, ADisplayThatNobodyServesIsNoDisplay) {
+TEST(Application, ADisplayThatNobodyServesIsNoDisplay) {
   const Variabile piattaforma("QT_QPA_PLATFORM", "xcb");
   const Variabile x11("DISPLAY", ":4711");
   AttendiSenzaSchermo();
@@ -64,7 +64,7 @@ TEST(Applicazione, ADisplayThatNobodyServesIsNoDisplay) {
   AttendiSenzaSchermo();
 }
 
-TEST(Applicazione, AWaylandDisplayWithoutQtsPluginForItIsNamedAsSuch) {
+TEST(Application, AWaylandDisplayWithoutQtsPluginForItIsNamedAsSuch) {
   const QDir plugin(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
   if (!plugin.entryList({QStringLiteral("libqwayland*")}).isEmpty()) {
     GTEST_SKIP() << "Qt's plugin for Wayland is installed here";
@@ -88,7 +88,7 @@ TEST(Applicazione, AWaylandDisplayWithoutQtsPluginForItIsNamedAsSuch) {
   AttendiSenzaSchermo();
 }
 
-TEST(Applicazione, ACallingProgramWithoutWindowsIsRefused) {
+TEST(Application, ACallingProgramWithoutWindowsIsRefused) {
   int quanti = 1;
   char nome[] = "prova";
   char* argomenti[] = {nome, nullptr};
@@ -102,7 +102,7 @@ TEST(Applicazione, ACallingProgramWithoutWindowsIsRefused) {
   }
 }
 
-TEST(Applicazione, WithoutOneTheDesktopMakesItsOwnKeepsItAndLeavesTheLocaleAsItWas) {
+TEST(Application, WithoutOneTheDesktopMakesItsOwnKeepsItAndLeavesTheLocaleAsItWas) {
   const Variabile piattaforma("QT_QPA_PLATFORM", "offscreen");
   const Variabile cartella("LOCPATH", LUMOSCAD_LOCALI);
   const Variabile dellaPersona("LC_ALL", "it_IT.UTF-8");

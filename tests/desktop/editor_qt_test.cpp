@@ -15,7 +15,7 @@
 namespace lumoscad::prova {
 namespace {
 
-TEST(EditorCella, SpaceTicksAndEnterOrF2OpensTheEditor) {
+TEST(CellEditor, SpaceTicksAndEnterOrF2OpensTheEditor) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);
@@ -33,7 +33,7 @@ TEST(EditorCella, SpaceTicksAndEnterOrF2OpensTheEditor) {
   });
 }
 
-TEST(EditorCella, EachEditorLiesOverItsCellSixtyTwipsNarrowerAndHasTheFocus) {
+TEST(CellEditor, EachEditorLiesOverItsCellSixtyTwipsNarrowerAndHasTheFocus) {
   constexpr int Sessanta = 60 / TwipsPerPixelX;
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
@@ -60,7 +60,7 @@ TEST(EditorCella, EachEditorLiesOverItsCellSixtyTwipsNarrowerAndHasTheFocus) {
   });
 }
 
-TEST(EditorCella, EnterWritesTheTypedDateAndGoesToTheNextRow) {
+TEST(CellEditor, EnterWritesTheTypedDateAndGoesToTheNextRow) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 5, FinestraFinta::ColonnaData);
@@ -75,7 +75,7 @@ TEST(EditorCella, EnterWritesTheTypedDateAndGoesToTheNextRow) {
   });
 }
 
-TEST(EditorCella, TabWritesTheDateAndGoesToTheNextEditableCell) {
+TEST(CellEditor, TabWritesTheDateAndGoesToTheNextEditableCell) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 5, FinestraFinta::ColonnaData);
@@ -88,7 +88,7 @@ TEST(EditorCella, TabWritesTheDateAndGoesToTheNextEditableCell) {
   });
 }
 
-TEST(EditorCella, ADigitOnADateCellOpensTheEditorWithIt) {
+TEST(CellEditor, ADigitOnADateCellOpensTheEditorWithIt) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     QTest::keyClick(&Lista(finestra), Qt::Key_Right);
@@ -99,7 +99,7 @@ TEST(EditorCella, ADigitOnADateCellOpensTheEditorWithIt) {
   });
 }
 
-TEST(EditorCella, AnOpenEditorCoversTheScrollBarsAndStopsTheWheel) {
+TEST(CellEditor, AnOpenEditorCoversTheScrollBarsAndStopsTheWheel) {
   FinestraFinta finta(100);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);
@@ -117,7 +117,7 @@ TEST(EditorCella, AnOpenEditorCoversTheScrollBarsAndStopsTheWheel) {
   });
 }
 
-TEST(EditorCella, TheBankEditorOpensClosedOnItsEntryAndClosesWhenItLosesTheFocus) {
+TEST(CellEditor, TheBankEditorOpensClosedOnItsEntryAndClosesWhenItLosesTheFocus) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
@@ -137,7 +137,7 @@ TEST(EditorCella, TheBankEditorOpensClosedOnItsEntryAndClosesWhenItLosesTheFocus
   });
 }
 
-TEST(EditorCella, OpeningTheBankListDoesNotCountAsLeavingTheEditor) {
+TEST(CellEditor, OpeningTheBankListDoesNotCountAsLeavingTheEditor) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
@@ -151,7 +151,7 @@ TEST(EditorCella, OpeningTheBankListDoesNotCountAsLeavingTheEditor) {
   });
 }
 
-TEST(EditorCella, TheChosenEntryOfAnOpenBankListStandsOut) {
+TEST(CellEditor, TheChosenEntryOfAnOpenBankListStandsOut) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     for (const char* nome : {"cmbBanche", "cmbBanche2"}) {
@@ -172,7 +172,7 @@ TEST(EditorCella, TheChosenEntryOfAnOpenBankListStandsOut) {
   });
 }
 
-TEST(EditorCella, EscInAnEditorAbandonsItAndAppliesNothing) {
+TEST(CellEditor, EscInAnEditorAbandonsItAndAppliesNothing) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 1, FinestraFinta::ColonnaBanca);
@@ -185,7 +185,7 @@ TEST(EditorCella, EscInAnEditorAbandonsItAndAppliesNothing) {
   });
 }
 
-TEST(EditorCella, AClickInAnotherCellClosesTheEditor) {
+TEST(CellEditor, AClickInAnotherCellClosesTheEditor) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 1, FinestraFinta::ColonnaData);
@@ -199,7 +199,7 @@ TEST(EditorCella, AClickInAnotherCellClosesTheEditor) {
   });
 }
 
-TEST(EditorCella, AKeyInTheListGoesBackToTheOpenEditor) {
+TEST(CellEditor, AKeyInTheListGoesBackToTheOpenEditor) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 1, FinestraFinta::ColonnaData);

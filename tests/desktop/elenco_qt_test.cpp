@@ -26,7 +26,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(FinestraElenco, EveryControlCarriesItsOwnName) {
+TEST(ListWindow, EveryControlCarriesItsOwnName) {
   FinestraFinta finta(30);
   Esegui(finta, [](QDialog& finestra) {
     EXPECT_EQ(finestra.objectName(), "frmLumoScadenzeBanche");
@@ -69,7 +69,7 @@ TEST(FinestraElenco, EveryControlCarriesItsOwnName) {
   });
 }
 
-TEST(FinestraElenco, TakesThePicturesOfItsTicksFromItsImageList) {
+TEST(ListWindow, TakesThePicturesOfItsTicksFromItsImageList) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& finestra) {
     const auto* immagini = finestra.findChild<QObject*>("IL_Small");
@@ -87,7 +87,7 @@ TEST(FinestraElenco, TakesThePicturesOfItsTicksFromItsImageList) {
   });
 }
 
-TEST(FinestraElenco, TheImageListDrawsEachPictureItHoldsAndNoOther) {
+TEST(ListWindow, TheImageListDrawsEachPictureItHoldsAndNoOther) {
   const qt::ImmaginiElenco immagini(nullptr);
   const auto disegna = [&immagini](const char* chiave) {
     QImage foglio(16, 16, QImage::Format_ARGB32);
@@ -109,7 +109,7 @@ TEST(FinestraElenco, TheImageListDrawsEachPictureItHoldsAndNoOther) {
   EXPECT_EQ(disegnate.front(), vuoto);
 }
 
-TEST(FinestraElenco, StartsOnTheFirstRowAndTheFirstCellThatDoesSomething) {
+TEST(ListWindow, StartsOnTheFirstRowAndTheFirstCellThatDoesSomething) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& finestra) {
     EXPECT_TRUE(Lista(finestra).hasFocus());
@@ -119,7 +119,7 @@ TEST(FinestraElenco, StartsOnTheFirstRowAndTheFirstCellThatDoesSomething) {
   });
 }
 
-TEST(FinestraElenco, AClickSelectsPressesAndClicksInThisOrder) {
+TEST(ListWindow, AClickSelectsPressesAndClicksInThisOrder) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     finta.gesti.clear();
@@ -133,7 +133,7 @@ TEST(FinestraElenco, AClickSelectsPressesAndClicksInThisOrder) {
   });
 }
 
-TEST(FinestraElenco, AStretchedOrScrolledColumnIsStillHitAtItsNominalPlace) {
+TEST(ListWindow, AStretchedOrScrolledColumnIsStillHitAtItsNominalPlace) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     for (const int larghezza : {700, 1180, 1600}) {
@@ -149,7 +149,7 @@ TEST(FinestraElenco, AStretchedOrScrolledColumnIsStillHitAtItsNominalPlace) {
   });
 }
 
-TEST(FinestraElenco, AClickBelowTheLastRowIsAClickOutsideAndKeepsTheSelection) {
+TEST(ListWindow, AClickBelowTheLastRowIsAClickOutsideAndKeepsTheSelection) {
   FinestraFinta finta(2);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);
@@ -167,7 +167,7 @@ TEST(FinestraElenco, AClickBelowTheLastRowIsAClickOutsideAndKeepsTheSelection) {
   });
 }
 
-TEST(FinestraElenco, ThePictureIsFiftyTwipsWiderThanTheListAndTheRestAsWideAsTheList) {
+TEST(ListWindow, ThePictureIsFiftyTwipsWiderThanTheListAndTheRestAsWideAsTheList) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     const auto& lista = Lista(finestra);
@@ -188,7 +188,7 @@ TEST(FinestraElenco, ThePictureIsFiftyTwipsWiderThanTheListAndTheRestAsWideAsThe
   });
 }
 
-TEST(FinestraElenco, AListThatDoesNotScrollTakesTheWidthOfItsColumnsAndFifty) {
+TEST(ListWindow, AListThatDoesNotScrollTakesTheWidthOfItsColumnsAndFifty) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& finestra) {
     const int colonne = finta.Inizio(static_cast<int>(finta.finestra.colonne.size()));
@@ -197,7 +197,7 @@ TEST(FinestraElenco, AListThatDoesNotScrollTakesTheWidthOfItsColumnsAndFifty) {
   });
 }
 
-TEST(FinestraElenco, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
+TEST(ListWindow, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);
@@ -215,7 +215,7 @@ TEST(FinestraElenco, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
   });
 }
 
-TEST(FinestraElenco, AHeadingClickReloadsTheRowsAndShowsTheIndicator) {
+TEST(ListWindow, AHeadingClickReloadsTheRowsAndShowsTheIndicator) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     const QAbstractItemModelTester controllo(Lista(finestra).model());
@@ -233,7 +233,7 @@ TEST(FinestraElenco, AHeadingClickReloadsTheRowsAndShowsTheIndicator) {
   });
 }
 
-TEST(FinestraElenco, ArrowsHomeEndAndPagesMoveTheSelection) {
+TEST(ListWindow, ArrowsHomeEndAndPagesMoveTheSelection) {
   FinestraFinta finta(100);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);
@@ -251,7 +251,7 @@ TEST(FinestraElenco, ArrowsHomeEndAndPagesMoveTheSelection) {
   });
 }
 
-TEST(FinestraElenco, FreeAreasReportAClickOutside) {
+TEST(ListWindow, FreeAreasReportAClickOutside) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     int attesi = 0;
@@ -267,7 +267,7 @@ TEST(FinestraElenco, FreeAreasReportAClickOutside) {
   });
 }
 
-TEST(FinestraElenco, TheTopFieldsReportClicksTextsAndChoices) {
+TEST(ListWindow, TheTopFieldsReportClicksTextsAndChoices) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     auto& data = Trova<QLineEdit>(finestra, "TextScadenza");
@@ -289,7 +289,7 @@ TEST(FinestraElenco, TheTopFieldsReportClicksTextsAndChoices) {
   });
 }
 
-TEST(FinestraElenco, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
+TEST(ListWindow, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
   FinestraFinta finta(30);
   finta.stato.testoScadenza = "01/02/2006";
   Esegui(finta, [&](QDialog& finestra) {
@@ -303,7 +303,7 @@ TEST(FinestraElenco, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
   });
 }
 
-TEST(FinestraElenco, ANormalisedDateOfTheScreenIsShownInTheTopField) {
+TEST(ListWindow, ANormalisedDateOfTheScreenIsShownInTheTopField) {
   FinestraFinta finta(30);
   const auto clic = finta.finestra.clic;
   finta.finestra.clic = [&](int alto) {
@@ -322,7 +322,7 @@ void ConTastoDiScelta(QDialog& finestra, Qt::Key tasto) {
   EXPECT_TRUE(QTest::qWaitFor([&finestra] { return !finestra.isVisible(); }));
 }
 
-TEST(FinestraElenco, TheButtonsAndTheirKeysConfirmAndCancel) {
+TEST(ListWindow, TheButtonsAndTheirKeysConfirmAndCancel) {
   const auto risultato = [](const std::function<void(QDialog&)>& copione) {
     FinestraFinta finta(3);
     Esegui(finta, copione);
@@ -338,13 +338,13 @@ TEST(FinestraElenco, TheButtonsAndTheirKeysConfirmAndCancel) {
   EXPECT_EQ(risultato([](QDialog& f) { f.close(); }), "chiudi");
 }
 
-TEST(FinestraElenco, EscLeavesAListWithoutChangesAtOnce) {
+TEST(ListWindow, EscLeavesAListWithoutChangesAtOnce) {
   FinestraFinta finta(0);
   Esegui(finta, [](QDialog& f) { QTest::keyClick(&Lista(f), Qt::Key_Escape); });
   EXPECT_EQ(finta.gesti.back(), "annulla");
 }
 
-TEST(FinestraElenco, EscOverChangesGoesToAnnullaFirst) {
+TEST(ListWindow, EscOverChangesGoesToAnnullaFirst) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& f) {
     ASSERT_TRUE(Lista(f).model()->index(1, FinestraFinta::ColonnaBanca).data(qt::ModelloElenco::RuoloVariata).toBool());
@@ -358,7 +358,7 @@ TEST(FinestraElenco, EscOverChangesGoesToAnnullaFirst) {
   EXPECT_EQ(finta.gesti.back(), "annulla");
 }
 
-TEST(FinestraElenco, GesturesThatArriveInsideAGestureAreDropped) {
+TEST(ListWindow, GesturesThatArriveInsideAGestureAreDropped) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
     finta.allaConferma = [&] { Clicca(Lista(finestra), 3, FinestraFinta::ColonnaSpuntaData); };
@@ -369,7 +369,7 @@ TEST(FinestraElenco, GesturesThatArriveInsideAGestureAreDropped) {
   });
 }
 
-TEST(FinestraElenco, AMillionRowsMoveSortAndEditWithoutAPause) {
+TEST(ListWindow, AMillionRowsMoveSortAndEditWithoutAPause) {
   FinestraFinta finta(1'000'000);
   Esegui(finta, [&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);

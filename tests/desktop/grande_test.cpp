@@ -272,7 +272,7 @@ void ControllaFermi(const std::map<std::string, double>& fermi) {
   EXPECT_THAT(fermi, testing::SizeIs(testing::Ge(9)));
 }
 
-TEST(CentomilaScadenze, TheOpenWindowNeverStandsStillAndHandsBackWhatWasEdited) {
+TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatWasEdited) {
   if (!test::PostgresServer::available()) {
     GTEST_SKIP() << "PostgreSQL or its ODBC driver is not installed";
   }

@@ -17,7 +17,7 @@ namespace {
 
 using prova::FinestraFinta;
 
-TEST(ModelloElenco, ObeysTheModelContractThroughReloadsAndChanges) {
+TEST(ListModel, ObeysTheModelContractThroughReloadsAndChanges) {
   FinestraFinta finta(50);
   ModelloElenco modello(finta.finestra);
   const QAbstractItemModelTester controllo(&modello, QAbstractItemModelTester::FailureReportingMode::Fatal);
@@ -32,7 +32,7 @@ TEST(ModelloElenco, ObeysTheModelContractThroughReloadsAndChanges) {
   EXPECT_EQ(modello.rowCount(), 0);
 }
 
-TEST(ModelloElenco, ShowsTextsTicksAndAlignment) {
+TEST(ListModel, ShowsTextsTicksAndAlignment) {
   FinestraFinta finta(5);
   finta.spunte.insert({2, FinestraFinta::ColonnaSpuntaData});
   const ModelloElenco modello(finta.finestra);
@@ -43,7 +43,7 @@ TEST(ModelloElenco, ShowsTextsTicksAndAlignment) {
   EXPECT_FALSE(modello.index(0, 0).data(Qt::CheckStateRole).isValid());
 }
 
-TEST(ModelloElenco, MarksOnlyTheCellsWhoseNewValueDiffersFromThePresentOne) {
+TEST(ListModel, MarksOnlyTheCellsWhoseNewValueDiffersFromThePresentOne) {
   FinestraFinta finta(10);
   const ModelloElenco modello(finta.finestra);
   EXPECT_TRUE(modello.index(3, FinestraFinta::ColonnaData).data(ModelloElenco::RuoloVariata).toBool());
@@ -51,7 +51,7 @@ TEST(ModelloElenco, MarksOnlyTheCellsWhoseNewValueDiffersFromThePresentOne) {
   EXPECT_FALSE(modello.index(3, 2).data(ModelloElenco::RuoloVariata).toBool());
 }
 
-TEST(ModelloElenco, TellsOfAnErrorWhileReadingInsteadOfThrowingIntoThePainter) {
+TEST(ListModel, TellsOfAnErrorWhileReadingInsteadOfThrowingIntoThePainter) {
   FinestraFinta finta(3);
   finta.finestra.testo = [](std::size_t, int) -> std::string_view { throw std::runtime_error("lettura"); };
   ModelloElenco modello(finta.finestra);
@@ -61,7 +61,7 @@ TEST(ModelloElenco, TellsOfAnErrorWhileReadingInsteadOfThrowingIntoThePainter) {
   EXPECT_THROW(std::rethrow_exception(errore), std::runtime_error);
 }
 
-TEST(ModelloElenco, AnswersNothingForARowThatTheScreenNoLongerHas) {
+TEST(ListModel, AnswersNothingForARowThatTheScreenNoLongerHas) {
   FinestraFinta finta(10);
   const ModelloElenco modello(finta.finestra);
   finta.righe = 4;
@@ -69,7 +69,7 @@ TEST(ModelloElenco, AnswersNothingForARowThatTheScreenNoLongerHas) {
   EXPECT_TRUE(modello.index(3, 0).data().isValid());
 }
 
-TEST(MisureColonne, StretchesOnlyTextAndBankColumnsAndLosesNoPixel) {
+TEST(ColumnWidths, StretchesOnlyTextAndBankColumnsAndLosesNoPixel) {
   const FinestraFinta finta(1);
   const MisureColonne misure(finta.finestra.colonne);
   EXPECT_EQ(misure.Totale(), finta.Inizio(12) / TwipsPerPixelX);
@@ -84,7 +84,7 @@ TEST(MisureColonne, StretchesOnlyTextAndBankColumnsAndLosesNoPixel) {
   EXPECT_EQ(std::accumulate(stretta.begin(), stretta.end(), 0), misure.Totale());
 }
 
-TEST(MisureColonne, BringsAStretchedPositionBackInsideItsNominalColumn) {
+TEST(ColumnWidths, BringsAStretchedPositionBackInsideItsNominalColumn) {
   const FinestraFinta finta(1);
   const MisureColonne misure(finta.finestra.colonne);
   EXPECT_EQ(misure.Twips(1, 0, 160), 3000);
@@ -95,7 +95,7 @@ TEST(MisureColonne, BringsAStretchedPositionBackInsideItsNominalColumn) {
   EXPECT_EQ(misure.Oltre(10), finta.Inizio(12) + 150);
 }
 
-TEST(IconeElenco, EachOfTheSixPicturesHasItsKeyAndItsOwnDrawing) {
+TEST(ListIcons, EachOfTheSixPicturesHasItsKeyAndItsOwnDrawing) {
   const std::vector<std::pair<IconaElenco, std::string_view>> icone{
       {IconaElenco::ChkOn, "CHKON"},   {IconaElenco::ChkOff, "CHKOFF"}, {IconaElenco::OptOn, "OPTON"},
       {IconaElenco::OptOff, "OPTOFF"}, {IconaElenco::Sorted, "SORTED"}, {IconaElenco::Unsorted, "UNSORTED"}};

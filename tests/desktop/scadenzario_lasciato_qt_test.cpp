@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class ScadenzarioLasciato : public ScadenzarioAperto {
+class ItemWindowLeft : public ScadenzarioAperto {
  protected:
   /// Presses a real button of the mouse, which goes up again over the message that the press brings up: the window is
   /// never told of that.
@@ -40,7 +40,7 @@ QPoint Mezzo(const QDialog& finestra, const QWidget& widget) {
   return widget.mapTo(&finestra, widget.rect().center());
 }
 
-TEST_F(ScadenzarioLasciato, SelectAllByItsKeyLeavesTheTopFieldFirstAsAClickDoes) {
+TEST_F(ItemWindowLeft, SelectAllByItsKeyLeavesTheTopFieldFirstAsAClickDoes) {
   for (const bool conTasto : {false, true}) {
     box.clear();
     form.Svuota();
@@ -61,7 +61,7 @@ TEST_F(ScadenzarioLasciato, SelectAllByItsKeyLeavesTheTopFieldFirstAsAClickDoes)
   }
 }
 
-TEST_F(ScadenzarioLasciato, SelectAllByItsKeyWritesTheOpenEditorFirstAsAClickDoes) {
+TEST_F(ItemWindowLeft, SelectAllByItsKeyWritesTheOpenEditorFirstAsAClickDoes) {
   Mostra([this](QDialog& finestra) {
     Clicca(ListaScad(finestra), 0, ColonnaNuova);
     Scrivi("150606");
@@ -71,7 +71,7 @@ TEST_F(ScadenzarioLasciato, SelectAllByItsKeyWritesTheOpenEditorFirstAsAClickDoe
   });
 }
 
-TEST_F(ScadenzarioLasciato, AClickOnSelectAllThatBringsAMessageUpStillCounts) {
+TEST_F(ItemWindowLeft, AClickOnSelectAllThatBringsAMessageUpStillCounts) {
   Mostra([this](QDialog& finestra) {
     Premi(finestra, "TextScadenza");
     Scrivi("31/13/06");
@@ -83,7 +83,7 @@ TEST_F(ScadenzarioLasciato, AClickOnSelectAllThatBringsAMessageUpStillCounts) {
   });
 }
 
-TEST_F(ScadenzarioLasciato, AClickOnARowThatBringsAMessageUpStillOpensIt) {
+TEST_F(ItemWindowLeft, AClickOnARowThatBringsAMessageUpStillOpensIt) {
   Mostra([this](QDialog& finestra) {
     auto& lista = ListaScad(finestra);
     Clicca(lista, 0, ColonnaNuova);
@@ -96,7 +96,7 @@ TEST_F(ScadenzarioLasciato, AClickOnARowThatBringsAMessageUpStillOpensIt) {
   });
 }
 
-TEST_F(ScadenzarioLasciato, AClickOnConfermaThatBringsAMessageUpLeavesTheWindowOpenForAnother) {
+TEST_F(ItemWindowLeft, AClickOnConfermaThatBringsAMessageUpLeavesTheWindowOpenForAnother) {
   EXPECT_EQ(Mostra([this](QDialog& finestra) {
               Clicca(ListaScad(finestra), 0, ColonnaNuova);
               Scrivi("31/13/06");
@@ -113,7 +113,7 @@ TEST_F(ScadenzarioLasciato, AClickOnConfermaThatBringsAMessageUpLeavesTheWindowO
   EXPECT_THAT(confermate, ElementsAre("Scad"));
 }
 
-TEST_F(ScadenzarioLasciato, TheKeysOfConfermaConfirmAtOnceWithoutTheRefusedDate) {
+TEST_F(ItemWindowLeft, TheKeysOfConfermaConfirmAtOnceWithoutTheRefusedDate) {
   const std::array<std::pair<Qt::Key, Qt::KeyboardModifier>, 2> tasti{
       {{Qt::Key_Return, Qt::ControlModifier}, {Qt::Key_C, Qt::AltModifier}}};
   for (const auto& [tasto, con] : tasti) {
@@ -132,7 +132,7 @@ TEST_F(ScadenzarioLasciato, TheKeysOfConfermaConfirmAtOnceWithoutTheRefusedDate)
   }
 }
 
-TEST_F(ScadenzarioLasciato, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
+TEST_F(ItemWindowLeft, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
   Mostra([this](QDialog& finestra) {
     int viste = 0;
     alBox = [&] { viste += Visibile(finestra, "FrameScad") ? 1 : 0; };
@@ -148,7 +148,7 @@ TEST_F(ScadenzarioLasciato, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefuse
   });
 }
 
-TEST_F(ScadenzarioLasciato, AClickBelowTheLastRowOnlyLeavesTheEditor) {
+TEST_F(ItemWindowLeft, AClickBelowTheLastRowOnlyLeavesTheEditor) {
   Mostra([this](QDialog& finestra) {
     auto& lista = ListaScad(finestra);
     finestra.resize(finestra.width(), finestra.height() + 200);
@@ -165,7 +165,7 @@ TEST_F(ScadenzarioLasciato, AClickBelowTheLastRowOnlyLeavesTheEditor) {
   });
 }
 
-TEST_F(ScadenzarioLasciato, ADateRefusedOnTheWayToAnotherRowIsSaidOnceAndTheOtherRowOpens) {
+TEST_F(ItemWindowLeft, ADateRefusedOnTheWayToAnotherRowIsSaidOnceAndTheOtherRowOpens) {
   Mostra([this](QDialog& finestra) {
     Clicca(ListaScad(finestra), 0, ColonnaNuova);
     Scrivi("31/13/06");
@@ -177,7 +177,7 @@ TEST_F(ScadenzarioLasciato, ADateRefusedOnTheWayToAnotherRowIsSaidOnceAndTheOthe
   });
 }
 
-TEST_F(ScadenzarioLasciato, AMessageInFrontDoesNotCountAsLeavingTheFields) {
+TEST_F(ItemWindowLeft, AMessageInFrontDoesNotCountAsLeavingTheFields) {
   Mostra([this](QDialog& finestra) {
     Tasto(Qt::Key_F2);
     Scrivi("150606");
@@ -192,7 +192,7 @@ TEST_F(ScadenzarioLasciato, AMessageInFrontDoesNotCountAsLeavingTheFields) {
   });
 }
 
-TEST_F(ScadenzarioLasciato, LeavingTheEditorWritesItsDate) {
+TEST_F(ItemWindowLeft, LeavingTheEditorWritesItsDate) {
   Mostra([this](QDialog& finestra) {
     Clicca(ListaScad(finestra), 0, ColonnaNuova);
     Scrivi("150606");

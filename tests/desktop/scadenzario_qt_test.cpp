@@ -21,9 +21,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Scadenzario : public ScadenzarioAperto {};
+class ItemWindow : public ScadenzarioAperto {};
 
-TEST_F(Scadenzario, EveryControlCarriesItsOwnName) {
+TEST_F(ItemWindow, EveryControlCarriesItsOwnName) {
   Mostra([](QDialog& finestra) {
     EXPECT_EQ(finestra.objectName(), "FormLumoScad");
     for (const char* nome : {"LWScad", "FrameScadenzeBase", "TextScad", "PicScrollVerticale", "PicScrollOrizzontale",
@@ -36,7 +36,7 @@ TEST_F(Scadenzario, EveryControlCarriesItsOwnName) {
   });
 }
 
-TEST_F(Scadenzario, CarriesTheLabelOfEarlierDaysButNeverShowsIt) {
+TEST_F(ItemWindow, CarriesTheLabelOfEarlierDaysButNeverShowsIt) {
   const auto cerca = [](QDialog& finestra) {
     auto& etichetta = Trova<QLabel>(finestra, "Label1");
     EXPECT_EQ(etichetta.text(), "Questa FormLumoScad non viene piu' utilizzata !!!  Ciao, a presto !!");
@@ -47,7 +47,7 @@ TEST_F(Scadenzario, CarriesTheLabelOfEarlierDaysButNeverShowsIt) {
   MostraExtra(cerca);
 }
 
-TEST_F(Scadenzario, ShowsTheDescriptionOfAnItemAndNoneOfAnExtraSchedule) {
+TEST_F(ItemWindow, ShowsTheDescriptionOfAnItemAndNoneOfAnExtraSchedule) {
   Mostra([](QDialog& finestra) {
     EXPECT_TRUE(Visibile(finestra, "LabelPartita"));
     EXPECT_TRUE(Visibile(finestra, "LabelCliFor"));
@@ -62,7 +62,7 @@ TEST_F(Scadenzario, ShowsTheDescriptionOfAnItemAndNoneOfAnExtraSchedule) {
   });
 }
 
-TEST_F(Scadenzario, ItsRowsObeyTheModelContract) {
+TEST_F(ItemWindow, ItsRowsObeyTheModelContract) {
   Mostra([](QDialog& finestra) {
     auto& lista = ListaScad(finestra);
     const QAbstractItemModelTester controllo(lista.model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
@@ -74,7 +74,7 @@ TEST_F(Scadenzario, ItsRowsObeyTheModelContract) {
   });
 }
 
-TEST_F(Scadenzario, AClickInTheBoxTicksAndDoesNotOpenTheEditor) {
+TEST_F(ItemWindow, AClickInTheBoxTicksAndDoesNotOpenTheEditor) {
   Mostra([this](QDialog& finestra) {
     Clicca(ListaScad(finestra), 2, Casella);
     EXPECT_TRUE(form.Righe.Spuntata(2, 0));
@@ -86,7 +86,7 @@ TEST_F(Scadenzario, AClickInTheBoxTicksAndDoesNotOpenTheEditor) {
   });
 }
 
-TEST_F(Scadenzario, AClickInAnyOtherColumnOpensTheEditorOverTheNewDate) {
+TEST_F(ItemWindow, AClickInAnyOtherColumnOpensTheEditorOverTheNewDate) {
   Mostra([](QDialog& finestra) {
     auto& lista = ListaScad(finestra);
     for (int colonna = ColonnaScadenza; colonna <= ColonnaNuova; ++colonna) {
@@ -103,7 +103,7 @@ TEST_F(Scadenzario, AClickInAnyOtherColumnOpensTheEditorOverTheNewDate) {
   });
 }
 
-TEST_F(Scadenzario, AClickBelowTheRowsClosesTheEditorAndOpensNone) {
+TEST_F(ItemWindow, AClickBelowTheRowsClosesTheEditorAndOpensNone) {
   Mostra([this](QDialog& finestra) {
     auto& lista = ListaScad(finestra);
     Clicca(lista, 0, ColonnaNuova);
@@ -115,7 +115,7 @@ TEST_F(Scadenzario, AClickBelowTheRowsClosesTheEditorAndOpensNone) {
   });
 }
 
-TEST_F(Scadenzario, EnterWritesTheDateAndGoesToTheNextRow) {
+TEST_F(ItemWindow, EnterWritesTheDateAndGoesToTheNextRow) {
   Mostra([this](QDialog& finestra) {
     Tasto(Qt::Key_F2);
     Scrivi("150606");
@@ -130,7 +130,7 @@ TEST_F(Scadenzario, EnterWritesTheDateAndGoesToTheNextRow) {
   });
 }
 
-TEST_F(Scadenzario, TabLeavesTheEditorOpen) {
+TEST_F(ItemWindow, TabLeavesTheEditorOpen) {
   Mostra([this](QDialog& finestra) {
     Tasto(Qt::Key_F2);
     Scrivi("150606");
@@ -142,7 +142,7 @@ TEST_F(Scadenzario, TabLeavesTheEditorOpen) {
   });
 }
 
-TEST_F(Scadenzario, ADigitOpensTheEditorWithIt) {
+TEST_F(ItemWindow, ADigitOpensTheEditorWithIt) {
   Mostra([this](QDialog& finestra) {
     Tasto(Qt::Key_Down);
     Scrivi("1");
@@ -153,7 +153,7 @@ TEST_F(Scadenzario, ADigitOpensTheEditorWithIt) {
   });
 }
 
-TEST_F(Scadenzario, SpaceTicksTheRowFromAnyColumn) {
+TEST_F(ItemWindow, SpaceTicksTheRowFromAnyColumn) {
   Mostra([this](QDialog& finestra) {
     Tasto(Qt::Key_Space);
     Tasto(Qt::Key_Down);
@@ -167,7 +167,7 @@ TEST_F(Scadenzario, SpaceTicksTheRowFromAnyColumn) {
   });
 }
 
-TEST_F(Scadenzario, EscLeavesTheEditorThenTheWindow) {
+TEST_F(ItemWindow, EscLeavesTheEditorThenTheWindow) {
   EXPECT_EQ(Mostra([](QDialog& finestra) {
               Tasto(Qt::Key_F2);
               Scrivi("150606");
@@ -182,7 +182,7 @@ TEST_F(Scadenzario, EscLeavesTheEditorThenTheWindow) {
   EXPECT_THAT(confermate, IsEmpty());
 }
 
-TEST_F(Scadenzario, EscOverANewDateGoesToAnnullaFirst) {
+TEST_F(ItemWindow, EscOverANewDateGoesToAnnullaFirst) {
   EXPECT_EQ(Mostra([this](QDialog& finestra) {
               Tasto(Qt::Key_F2);
               Scrivi("150606");
@@ -198,7 +198,7 @@ TEST_F(Scadenzario, EscOverANewDateGoesToAnnullaFirst) {
   EXPECT_THAT(confermate, IsEmpty());
 }
 
-TEST_F(Scadenzario, TheTopDateIsNormalisedWhenItIsLeft) {
+TEST_F(ItemWindow, TheTopDateIsNormalisedWhenItIsLeft) {
   Mostra([this](QDialog& finestra) {
     auto& campo = Trova<QLineEdit>(finestra, "TextScadenza");
     Clicca(ListaScad(finestra), 1, Casella);
@@ -211,7 +211,7 @@ TEST_F(Scadenzario, TheTopDateIsNormalisedWhenItIsLeft) {
   });
 }
 
-TEST_F(Scadenzario, SelectAllTicksEveryRowWithTheTopDate) {
+TEST_F(ItemWindow, SelectAllTicksEveryRowWithTheTopDate) {
   Mostra([this](QDialog& finestra) {
     Premi(finestra, "TextScadenza");
     Scrivi("010706");
@@ -228,7 +228,7 @@ TEST_F(Scadenzario, SelectAllTicksEveryRowWithTheTopDate) {
   });
 }
 
-TEST_F(Scadenzario, SelectAllAsksForADateWhenTheTopFieldWasLeftEmpty) {
+TEST_F(ItemWindow, SelectAllAsksForADateWhenTheTopFieldWasLeftEmpty) {
   Mostra([this](QDialog& finestra) {
     Premi(finestra, "TextScadenza");
     Premi(finestra, "PicSelezionaTutto");
@@ -238,7 +238,7 @@ TEST_F(Scadenzario, SelectAllAsksForADateWhenTheTopFieldWasLeftEmpty) {
   });
 }
 
-TEST_F(Scadenzario, TheAccessKeysReachEveryControl) {
+TEST_F(ItemWindow, TheAccessKeysReachEveryControl) {
   EXPECT_EQ(Mostra([this](QDialog& finestra) {
               Tasto(Qt::Key_N, Qt::AltModifier);
               EXPECT_TRUE(Trova<QWidget>(finestra, "TextScadenza").hasFocus());
@@ -254,7 +254,7 @@ TEST_F(Scadenzario, TheAccessKeysReachEveryControl) {
   EXPECT_THAT(confermate, ElementsAre("Scad"));
 }
 
-TEST_F(Scadenzario, ConfermaWritesTheOpenEditorFirst) {
+TEST_F(ItemWindow, ConfermaWritesTheOpenEditorFirst) {
   esito = [this] { return Nuova(0); };
   EXPECT_EQ(Mostra([](QDialog& finestra) {
               Clicca(ListaScad(finestra), 0, ColonnaNuova);
@@ -265,7 +265,7 @@ TEST_F(Scadenzario, ConfermaWritesTheOpenEditorFirst) {
             "15/06/2006");
 }
 
-TEST_F(Scadenzario, CtrlEnterConfirmsFromTheEditorToo) {
+TEST_F(ItemWindow, CtrlEnterConfirmsFromTheEditorToo) {
   esito = [this] { return Nuova(0); };
   EXPECT_EQ(MostraExtra([](QDialog&) {
               Tasto(Qt::Key_F2);
@@ -276,7 +276,7 @@ TEST_F(Scadenzario, CtrlEnterConfirmsFromTheEditorToo) {
   EXPECT_THAT(confermate, ElementsAre("Extra"));
 }
 
-TEST_F(Scadenzario, TheConfirmationRunsWhileTheWindowIsStillThere) {
+TEST_F(ItemWindow, TheConfirmationRunsWhileTheWindowIsStillThere) {
   bool aperta = false;
   esito = [&] {
     aperta = QApplication::activeModalWidget() != nullptr;
@@ -286,7 +286,7 @@ TEST_F(Scadenzario, TheConfirmationRunsWhileTheWindowIsStillThere) {
   EXPECT_TRUE(aperta);
 }
 
-TEST_F(Scadenzario, TheConfirmationOfADemonstrationRunsOnceTheWindowIsGone) {
+TEST_F(ItemWindow, TheConfirmationOfADemonstrationRunsOnceTheWindowIsGone) {
   stato().DemoPresunti = true;
   bool aperta = true;
   esito = [&] {
@@ -297,19 +297,19 @@ TEST_F(Scadenzario, TheConfirmationOfADemonstrationRunsOnceTheWindowIsGone) {
   EXPECT_FALSE(aperta);
 }
 
-TEST_F(Scadenzario, AFailedConfirmationClosesTheWindowAndComesOut) {
+TEST_F(ItemWindow, AFailedConfirmationClosesTheWindowAndComesOut) {
   esito = []() -> std::string { throw ErroreRuntime(errori::IndiceNonValido, "troppe scadenze"); };
   EXPECT_THROW(Mostra([](QDialog& finestra) { Premi(finestra, "PictureOk"); }), ErroreRuntime);
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
-TEST_F(Scadenzario, AnnullaAndTheCloseBoxLeaveWithoutConfirming) {
+TEST_F(ItemWindow, AnnullaAndTheCloseBoxLeaveWithoutConfirming) {
   EXPECT_EQ(Mostra([](QDialog& finestra) { Premi(finestra, "PictureAnnulla"); }), "closed");
   EXPECT_EQ(Mostra([](QDialog& finestra) { finestra.close(); }), "closed");
   EXPECT_THAT(confermate, IsEmpty());
 }
 
-TEST_F(Scadenzario, AnEmptyListCanBeShownAndLeft) {
+TEST_F(ItemWindow, AnEmptyListCanBeShownAndLeft) {
   form.Svuota();
   EXPECT_EQ(Mostra([](QDialog& finestra) {
               auto& lista = ListaScad(finestra);
@@ -324,7 +324,7 @@ TEST_F(Scadenzario, AnEmptyListCanBeShownAndLeft) {
             "closed");
 }
 
-TEST_F(Scadenzario, AnOpenEditorCoversTheScrollBarOfALongList) {
+TEST_F(ItemWindow, AnOpenEditorCoversTheScrollBarOfALongList) {
   for (int i = 0; i < 30; ++i) {
     form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
   }
@@ -336,7 +336,7 @@ TEST_F(Scadenzario, AnOpenEditorCoversTheScrollBarOfALongList) {
   });
 }
 
-TEST_F(Scadenzario, ComesToTheTopAndGoesBackWhileItIsOpen) {
+TEST_F(ItemWindow, ComesToTheTopAndGoesBackWhileItIsOpen) {
   form.SetTopMostWindow(true);
   Mostra([this](QDialog& finestra) {
     EXPECT_TRUE(finestra.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
@@ -355,7 +355,7 @@ TEST_F(Scadenzario, ComesToTheTopAndGoesBackWhileItIsOpen) {
   });
 }
 
-TEST_F(Scadenzario, AnOpenEditorStopsTheWheel) {
+TEST_F(ItemWindow, AnOpenEditorStopsTheWheel) {
   for (int i = 0; i < 30; ++i) {
     form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
   }
@@ -376,7 +376,7 @@ TEST_F(Scadenzario, AnOpenEditorStopsTheWheel) {
   });
 }
 
-TEST_F(Scadenzario, ARowIsPaintedAgainWhenItsTickOrItsDateChanged) {
+TEST_F(ItemWindow, ARowIsPaintedAgainWhenItsTickOrItsDateChanged) {
   Mostra([](QDialog& finestra) {
     const QSignalSpy cambiate(ListaScad(finestra).model(), &QAbstractItemModel::dataChanged);
     Tasto(Qt::Key_Space);
@@ -390,7 +390,7 @@ TEST_F(Scadenzario, ARowIsPaintedAgainWhenItsTickOrItsDateChanged) {
 }
 
 /// With LUMOSCAD_IMMAGINE in the environment, the window is saved under that name.
-TEST_F(Scadenzario, ShowsItsTextsWhole) {
+TEST_F(ItemWindow, ShowsItsTextsWhole) {
   Mostra([this](QDialog& finestra) {
     Premi(finestra, "TextScadenza");
     Scrivi("150706");

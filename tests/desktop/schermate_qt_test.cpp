@@ -53,9 +53,9 @@ std::string Famiglia(const QWidget& widget) {
   return famiglia;
 }
 
-class Schermate : public testing::Test {
+class Screens : public testing::Test {
  protected:
-  Schermate() : desktop(qt::CreaDesktop()) {
+  Screens() : desktop(qt::CreaDesktop()) {
     servizi().desktop = [this]() -> Desktop& { return *desktop; };
   }
   template <class Schermata> static void Mostra(Schermata& schermata, const std::function<void(QDialog&)>& copione) {
@@ -69,7 +69,7 @@ class Schermate : public testing::Test {
   CaratteriSostituiti caratteri;
 };
 
-TEST_F(Schermate, OfTheBanksHaveEveryTextInVerdana) {
+TEST_F(Screens, OfTheBanksHaveEveryTextInVerdana) {
   frmLumoScadenzeBanche schermata;
   Mostra(schermata, [](QDialog& finestra) {
     for (const char* nome : {"LVScadenzeBanche", "TLwTestata_1", "TLwTestata_2", "TLwTestata_3", "TLwTestata_4",
@@ -79,7 +79,7 @@ TEST_F(Schermate, OfTheBanksHaveEveryTextInVerdana) {
   });
 }
 
-TEST_F(Schermate, OfThePresumedDocumentsHaveListAndBanksInArialAndHeadingsInVerdana) {
+TEST_F(Screens, OfThePresumedDocumentsHaveListAndBanksInArialAndHeadingsInVerdana) {
   FormPresunti schermata;
   Mostra(schermata, [](QDialog& finestra) {
     for (const char* nome : {"LVPresunti", "cmbBanche", "cmbBanche2"}) {
@@ -97,7 +97,7 @@ QWidget& Tendina(QDialog& finestra, const char* nome) {
   return *Trova<QComboBox>(finestra, nome).view();
 }
 
-TEST_F(Schermate, DropTheirBanksDownInTheFontOfTheirList) {
+TEST_F(Screens, DropTheirBanksDownInTheFontOfTheirList) {
   frmLumoScadenzeBanche banche;
   FormPresunti presunti;
   banche.griglia().cmbBanche = banche.griglia().cmbBanche2 = {" ", "BANCA ALFA"};
@@ -117,7 +117,7 @@ TEST_F(Schermate, DropTheirBanksDownInTheFontOfTheirList) {
   Mostra(presunti, tendine("Arial"));
 }
 
-TEST_F(Schermate, OfTheDeliveriesHaveEveryTextInVerdana) {
+TEST_F(Screens, OfTheDeliveriesHaveEveryTextInVerdana) {
   FormConsegna schermata;
   Mostra(schermata, [](QDialog& finestra) {
     for (const char* nome : {"LVScadenzePresunti", "TLwTestata_1", "TLwTestata_6", "KNuovaScadenza", "TextScad"}) {
@@ -126,7 +126,7 @@ TEST_F(Schermate, OfTheDeliveriesHaveEveryTextInVerdana) {
   });
 }
 
-TEST_F(Schermate, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
+TEST_F(Screens, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
   const QFont diPrima = QApplication::font();
   const char* tipi[] = {"QComboBox",  "QAbstractButton",   "QLineEdit", "QLabel",
                         "QTableView", "QAbstractItemView", "QListView"};
@@ -148,14 +148,14 @@ TEST_F(Schermate, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
   QApplication::setFont(diPrima);
 }
 
-TEST_F(Schermate, OfTheWaitSpeakInMsSansSerif) {
+TEST_F(Screens, OfTheWaitSpeakInMsSansSerif) {
   std::string famiglia;
   desktop->MostraAttesa("Attendere, sto variando il movimento", 1,
                         [&] { famiglia = Famiglia(Trova<QLabel>(*QApplication::activeModalWidget(), "lblAttesa")); });
   EXPECT_EQ(famiglia, "MS Sans Serif");
 }
 
-TEST_F(Schermate, OpenAndCloseTheDropDownOfABankBox) {
+TEST_F(Screens, OpenAndCloseTheDropDownOfABankBox) {
   frmLumoScadenzeBanche schermata;
   Griglia& griglia = schermata.griglia();
   griglia.cmbBanche = griglia.cmbBanche2 = {" ", "BANCA ALFA", "BANCA BETA"};
@@ -181,7 +181,7 @@ TEST_F(Schermate, OpenAndCloseTheDropDownOfABankBox) {
   griglia.ShowComboDropdown("cmbBanche", true);
 }
 
-TEST_F(Schermate, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
+TEST_F(Screens, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
   frmLumoScadenzeBanche schermata;
   schermata.griglia().Righe.Aggiungi({"ROSSI", "AB1/06", "31/03/2006", "", "", "100,00"});
   schermata.ResizeScadBanchePresunti();
@@ -201,7 +201,7 @@ TEST_F(Schermate, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
   EXPECT_EQ(schermata.griglia().Stato().larghezzaLista, tutte + 420 + 1500);
 }
 
-TEST_F(Schermate, OfTheDeliveriesCarryNoBankEditor) {
+TEST_F(Screens, OfTheDeliveriesCarryNoBankEditor) {
   FormConsegna schermata;
   Mostra(schermata, [](QDialog& finestra) {
     for (const char* nome : {"FrameBanca", "cmbBanche2", "FrameNuovaBanca", "cmbBanche", "FrameRigaBanca"}) {
@@ -212,7 +212,7 @@ TEST_F(Schermate, OfTheDeliveriesCarryNoBankEditor) {
   });
 }
 
-TEST_F(Schermate, OfThePresumedDocumentsCarryBothEditorsAndNoDateAtTheTop) {
+TEST_F(Screens, OfThePresumedDocumentsCarryBothEditorsAndNoDateAtTheTop) {
   FormPresunti schermata;
   Mostra(schermata, [](QDialog& finestra) {
     for (const char* nome : {"FrameBanca", "cmbBanche2", "FrameNuovaBanca", "cmbBanche", "FrameScad", "TextScad"}) {

@@ -104,7 +104,7 @@ Tabella& LaTabella() {
 
 } // namespace
 
-GuastiSsh::GuastiSsh() : Guasti(Trasporto::Ssh), proxy(demo.Ssh().Porta()), dopo(demo.StatoDopo(Variazioni)) {
+SshFaults::SshFaults() : Guasti(Trasporto::Ssh), proxy(demo.Ssh().Porta()), dopo(demo.StatoDopo(Variazioni)) {
   demo.Ssh().RendiNoto(proxy.Porta());
   ::setenv("NEXARO_SSH_PORTA", std::to_string(proxy.Porta()).c_str(), 1);
   ::setenv("NEXARO_ATTESA", Attesa, 1);
@@ -112,13 +112,13 @@ GuastiSsh::GuastiSsh() : Guasti(Trasporto::Ssh), proxy(demo.Ssh().Porta()), dopo
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
 }
 
-void GuastiSsh::TearDown() {
+void SshFaults::TearDown() {
   for (auto& agguato : agguati_) {
     EXPECT_TRUE(agguato.get()) << "the point of the fault was not reached";
   }
 }
 
-std::unique_ptr<nexaro::HostLink> GuastiSsh::CreaHost() {
+std::unique_ptr<nexaro::HostLink> SshFaults::CreaHost() {
   return std::make_unique<HostSpiato>(nexaro::CreaHostLink(), [this](std::string_view operazione) {
     if (primaDi) {
       primaDi(operazione);
@@ -126,11 +126,11 @@ std::unique_ptr<nexaro::HostLink> GuastiSsh::CreaHost() {
   });
 }
 
-void GuastiSsh::Prova(const std::string& guasto) {
+void SshFaults::Prova(const std::string& guasto) {
   ProvaCon(guasto, "vero");
 }
 
-void GuastiSsh::ProvaCon(const std::string& guasto, std::string_view corpo) {
+void SshFaults::ProvaCon(const std::string& guasto, std::string_view corpo) {
   ScriviProgramma(demo.VB0001(),
                   "echo >>\"$NEXARO_RADICE/avvii\"\nvero() { \"$NEXARO_RADICE/programmi/VB0001.vero\" \"$@\"; }\n" +
                       std::string(corpo == "vero" ? "vero \"$@\"" : corpo));
@@ -146,7 +146,7 @@ void GuastiSsh::ProvaCon(const std::string& guasto, std::string_view corpo) {
                                SullHost(), Differenze(dopo, stato).empty() ? "changed as asked" : base});
 }
 
-std::string GuastiSsh::SullHost() const {
+std::string SshFaults::SullHost() const {
   std::string testo;
   for (const auto& nome : Contenuto(demo.Tmp())) {
     testo += (testo.empty() ? "" : ", ") + nome;
@@ -158,7 +158,7 @@ std::string GuastiSsh::SullHost() const {
   return testo + (registro.starts_with("ACCETTATA") ? ", request accepted" : "");
 }
 
-std::string GuastiSsh::Anonimo(std::string testo) const {
+std::string SshFaults::Anonimo(std::string testo) const {
   Sostituisci(testo, demo.Locale().string(), "LOCALE");
   Sostituisci(testo, demo.Host().string(), "HOST");
   Sostituisci(testo, demo.Base().string(), "BASE");
@@ -175,11 +175,11 @@ std::string GuastiSsh::Anonimo(std::string testo) const {
   return testo;
 }
 
-std::size_t GuastiSsh::Avvii() const {
+std::size_t SshFaults::Avvii() const {
   return Leggi(demo.Host() / "avvii").size();
 }
 
-void GuastiSsh::VerificaErrore(const Righe& parti) const {
+void SshFaults::VerificaErrore(const Righe& parti) const {
   ASSERT_EQ(desktop.box.size(), 1U) << testing::PrintToString(desktop.box);
   EXPECT_THAT(desktop.box[0], testing::StartsWith("-2147220905\r\n"));
   for (const auto& parte : parti) {
@@ -187,24 +187,24 @@ void GuastiSsh::VerificaErrore(const Righe& parti) const {
   }
 }
 
-void GuastiSsh::VerificaFallito() const {
+void SshFaults::VerificaFallito() const {
   EXPECT_EQ(risultato, "error");
   EXPECT_FALSE(fs::exists(demo.Locale() / Richiesta));
   EXPECT_THAT(Differenze(prima, demo.Stato()), testing::IsEmpty());
 }
 
-void GuastiSsh::VerificaRiuscito() const {
+void SshFaults::VerificaRiuscito() const {
   EXPECT_EQ(risultato, "");
   EXPECT_EQ(desktop.box, Righe{"Variate 2 scadenze"});
   EXPECT_FALSE(fs::exists(demo.Locale() / Richiesta));
   EXPECT_THAT(Differenze(dopo, demo.Stato()), testing::IsEmpty());
 }
 
-void GuastiSsh::VerificaAvvii(std::size_t quanti) const {
+void SshFaults::VerificaAvvii(std::size_t quanti) const {
   EXPECT_EQ(Avvii(), quanti);
 }
 
-void GuastiSsh::Ferma(const std::string& operazione, const std::string& ordine, const std::function<void()>& azione) {
+void SshFaults::Ferma(const std::string& operazione, const std::string& ordine, const std::function<void()>& azione) {
   const auto cartella = demo.Base() / "ordini";
   fs::create_directory(cartella);
   demo.ConfiguraRadice("-o '" + cartella.string() + "'");
@@ -216,7 +216,7 @@ void GuastiSsh::Ferma(const std::string& operazione, const std::string& ordine, 
   Agguato(cartella / "fermo", azione);
 }
 
-void GuastiSsh::Agguato(const fs::path& segnale, std::function<void()> azione) {
+void SshFaults::Agguato(const fs::path& segnale, std::function<void()> azione) {
   agguati_.push_back(std::async(std::launch::async, [segnale, azione = std::move(azione)] {
     const bool giunto = Finche([&segnale] { return fs::exists(segnale); });
     if (giunto) {
@@ -226,7 +226,7 @@ void GuastiSsh::Agguato(const fs::path& segnale, std::function<void()> azione) {
   }));
 }
 
-void GuastiSsh::Taglia(bool perSempre) {
+void SshFaults::Taglia(bool perSempre) {
   if (perSempre) {
     proxy.RifiutaDopoLoScatto();
   }

@@ -15,11 +15,11 @@ namespace lumoscad::prova {
 
 /// The credits command over SSH, through a proxy. Each case is one line of the table of faults, which is printed at
 /// the end and written to the file LUMOSCAD_TABELLA.
-class GuastiSsh : public Guasti {
+class SshFaults : public Guasti {
  protected:
   using Azione = ProxyByte::Azione;
 
-  GuastiSsh();
+  SshFaults();
   void TearDown() override;
 
   /// Runs the command on the real back end; what it started, answered and left is taken down under the name `guasto`.

@@ -72,13 +72,13 @@ class Chiamante {
   int comandi_ = -1;
 };
 
-class Chiamanti : public testing::TestWithParam<const char*> {
+class Callers : public testing::TestWithParam<const char*> {
  protected:
-  Chiamanti() {
+  Callers() {
     std::string modello = (fs::path(testing::TempDir()) / "chiamanti.XXXXXX").string();
     cartella = ::mkdtemp(modello.data());
   }
-  ~Chiamanti() override {
+  ~Callers() override {
     std::error_code ignorato;
     fs::remove_all(cartella, ignorato);
   }
@@ -90,7 +90,7 @@ class Chiamanti : public testing::TestWithParam<const char*> {
   fs::path cartella;
 };
 
-TEST_P(Chiamanti, TheFirstThreadHasTheWindowsForGood) {
+TEST_P(Callers, TheFirstThreadHasTheWindowsForGood) {
   const auto chiamante = Avvia();
   chiamante->Da("M -T FOO");
   EXPECT_EQ(chiamante->Risultati(1), "M \"\"\n");
@@ -104,7 +104,7 @@ TEST_P(Chiamanti, TheFirstThreadHasTheWindowsForGood) {
   EXPECT_EQ(chiamante->Rifiuti(), 3) << chiamante->Errori();
 }
 
-TEST_P(Chiamanti, TheFirstThreadNeedNotBeTheMainOne) {
+TEST_P(Callers, TheFirstThreadNeedNotBeTheMainOne) {
   const auto chiamante = Avvia();
   chiamante->Da("S -T FOO");
   chiamante->Da("S -T BANCA");
@@ -114,7 +114,7 @@ TEST_P(Chiamanti, TheFirstThreadNeedNotBeTheMainOne) {
   EXPECT_EQ(chiamante->Rifiuti(), 1) << chiamante->Errori();
 }
 
-TEST_P(Chiamanti, AThreadThatHasEndedKeepsTheWindowsAndNoneInheritsThem) {
+TEST_P(Callers, AThreadThatHasEndedKeepsTheWindowsAndNoneInheritsThem) {
   const auto chiamante = Avvia();
   chiamante->Da("N -T FOO");
   chiamante->Da("N -T FOO"); // the system gives this thread the identifier of the one before
@@ -122,7 +122,7 @@ TEST_P(Chiamanti, AThreadThatHasEndedKeepsTheWindowsAndNoneInheritsThem) {
   EXPECT_EQ(chiamante->Rifiuti(), 1) << chiamante->Errori();
 }
 
-TEST_P(Chiamanti, ASecondThreadsCallIsRefusedAtOnceWhileABoxIsOpenAndTheBoxStays) {
+TEST_P(Callers, ASecondThreadsCallIsRefusedAtOnceWhileABoxIsOpenAndTheBoxStays) {
   const Schermo schermo(cartella);
   const auto chiamante = Avvia(schermo.Ambiente());
   chiamante->Da("M -T");
@@ -136,7 +136,7 @@ TEST_P(Chiamanti, ASecondThreadsCallIsRefusedAtOnceWhileABoxIsOpenAndTheBoxStays
   EXPECT_TRUE(schermo.Sparita("LumoScad"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Lingue, Chiamanti, testing::Values("C", "Python"),
+INSTANTIATE_TEST_SUITE_P(Languages, Callers, testing::Values("C", "Python"),
                          [](const auto& caso) { return std::string(caso.param); });
 
 } // namespace

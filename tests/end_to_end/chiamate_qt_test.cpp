@@ -56,9 +56,9 @@ std::string TestoBox(QWidget& box) {
   return Trova<QLabel>(box, "lblMessaggio").text().toStdString();
 }
 
-class ChiamataDentro : public testing::Test {
+class NestedCall : public testing::Test {
  protected:
-  ChiamataDentro()
+  NestedCall()
       : servizi_({[this]() -> Desktop& { return *desktop_; },
                   [this]() -> nexaro::HostLink& { return *host_; },
                   [this]() -> const nexaro::Ambiente& { return ambiente_; },
@@ -183,7 +183,7 @@ std::function<void(QDialog&)> SpuntaEConferma(const char* nomeLista, int colonna
   };
 }
 
-TEST_F(ChiamataDentro, ATimersCallInTheListOfInstalmentsIsRefusedAndTheConfirmationGoesWhereItBelongs) {
+TEST_F(NestedCall, ATimersCallInTheListOfInstalmentsIsRefusedAndTheConfirmationGoesWhereItBelongs) {
   EXPECT_EQ(EseguiConIntruso("-T BANCA /CREDITI -C 20100023", "frmLumoScadenzeBanche",
                              SpuntaEConferma("LVScadenzeBanche", 6, "150426")),
             "");
@@ -194,7 +194,7 @@ TEST_F(ChiamataDentro, ATimersCallInTheListOfInstalmentsIsRefusedAndTheConfirmat
   EXPECT_THAT(Differenze(prima, demo.Stato()), SizeIs(2));
 }
 
-TEST_F(ChiamataDentro, ATimersCallInTheListOfBanksIsRefusedAndTheConfirmationGoesWhereItBelongs) {
+TEST_F(NestedCall, ATimersCallInTheListOfBanksIsRefusedAndTheConfirmationGoesWhereItBelongs) {
   EXPECT_EQ(EseguiConIntruso("-T BANCA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V", "FormPresunti",
                              SpuntaEConferma("LVPresunti", 6, "")),
             "");
@@ -203,7 +203,7 @@ TEST_F(ChiamataDentro, ATimersCallInTheListOfBanksIsRefusedAndTheConfirmationGoe
   EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
 }
 
-TEST_F(ChiamataDentro, ATimersCallInTheListOfDeliveriesIsRefusedAndTheConfirmationGoesWhereItBelongs) {
+TEST_F(NestedCall, ATimersCallInTheListOfDeliveriesIsRefusedAndTheConfirmationGoesWhereItBelongs) {
   EXPECT_EQ(EseguiConIntruso("-T CONSEGNA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE", "FormConsegna",
                              SpuntaEConferma("LVScadenzePresunti", 6, "150426")),
             "");
@@ -212,7 +212,7 @@ TEST_F(ChiamataDentro, ATimersCallInTheListOfDeliveriesIsRefusedAndTheConfirmati
   EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
 }
 
-TEST_F(ChiamataDentro, ATimersCallLeavesAnOpenEditorAsItWas) {
+TEST_F(NestedCall, ATimersCallLeavesAnOpenEditorAsItWas) {
   const auto prepara = [](QDialog& finestra) {
     auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
     Clicca(lista, 0, 7);
@@ -232,20 +232,20 @@ TEST_F(ChiamataDentro, ATimersCallLeavesAnOpenEditorAsItWas) {
   EXPECT_THAT(box, SizeIs(1)) << "the host's message";
 }
 
-TEST_F(ChiamataDentro, ATimersCallInABoxIsRefusedAndTheBoxStays) {
+TEST_F(NestedCall, ATimersCallInABoxIsRefusedAndTheBoxStays) {
   EXPECT_EQ(EseguiConIntruso("-T SOSPESO /A -C 20100001 -P AB   123 -DEMO", "MostraMessaggio"), "");
   VerificaIntrusi();
   EXPECT_THAT(box, ElementsAre("La partita è stata sospesa"));
 }
 
-TEST_F(ChiamataDentro, ATimersCallInTheBoxOfAnErrorIsRefusedAndTheBoxStays) {
+TEST_F(NestedCall, ATimersCallInTheBoxOfAnErrorIsRefusedAndTheBoxStays) {
   EXPECT_EQ(EseguiConIntruso("-T BANCA /CREDITI -SC", "MostraMessaggio"), "error");
   EXPECT_THAT(intrusi, Each("error"));
   EXPECT_THAT(rifiuti, SizeIs(1));
   EXPECT_THAT(box, ElementsAre(StartsWith("9\n")));
 }
 
-TEST_F(ChiamataDentro, ATimersCallInTheBoxOfATakenListIsRefusedAndTheListStaysTaken) {
+TEST_F(NestedCall, ATimersCallInTheBoxOfATakenListIsRefusedAndTheListStaysTaken) {
   Scrivi(demo.Tmp() / "VBCREDITI", "Utente : T02\r\nieri\r\n");
   EXPECT_EQ(EseguiConIntruso("-T BANCA /CREDITI", "MostraMessaggio"), "error");
   VerificaIntrusi();
@@ -253,7 +253,7 @@ TEST_F(ChiamataDentro, ATimersCallInTheBoxOfATakenListIsRefusedAndTheListStaysTa
   EXPECT_EQ(Leggi(demo.Tmp() / "VBCREDITI"), "Utente : T02\r\nieri\r\n");
 }
 
-TEST_F(ChiamataDentro, ATimersCallInTheWaitWindowIsRefusedAndTheRequestGoesWhereItBelongs) {
+TEST_F(NestedCall, ATimersCallInTheWaitWindowIsRefusedAndTheRequestGoesWhereItBelongs) {
   const auto dopo =
       demo.StatoDopo("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (900001,900002)");
   EXPECT_EQ(EseguiConIntruso("-T SOSPESO /A -C 20100001 -P AB   123", "FormAspetta"), "");
@@ -263,7 +263,7 @@ TEST_F(ChiamataDentro, ATimersCallInTheWaitWindowIsRefusedAndTheRequestGoesWhere
   EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
 }
 
-TEST_F(ChiamataDentro, ACallingProgramThatEndsItsLoopInTheWaitWindowReadsAnErrorAndTheHostIsNotAsked) {
+TEST_F(NestedCall, ACallingProgramThatEndsItsLoopInTheWaitWindowReadsAnErrorAndTheHostIsNotAsked) {
   std::string risultato;
   QTimer::singleShot(0, qApp, [&] {
     QTimer fine;
@@ -292,7 +292,7 @@ std::string EseguiSuUnThread(const std::string& comando) {
   return risultato;
 }
 
-TEST_F(ChiamataDentro, AThreadsCallIsRefusedWithoutABoxAndWithoutAWord) {
+TEST_F(NestedCall, AThreadsCallIsRefusedWithoutABoxAndWithoutAWord) {
   testing::internal::CaptureStderr();
   for (const char* comando : {"-T FOO", "-T", "-T TEST", "-T BANCA /CREDITI -D 99 -H 10.9.9.9"}) {
     EXPECT_EQ(EseguiSuUnThread(comando), "error") << comando;
@@ -303,7 +303,7 @@ TEST_F(ChiamataDentro, AThreadsCallIsRefusedWithoutABoxAndWithoutAWord) {
   EXPECT_EQ(stato().Azienda, "");
 }
 
-TEST_F(ChiamataDentro, AThreadsCallIsRefusedWhileAListIsOpen) {
+TEST_F(NestedCall, AThreadsCallIsRefusedWhileAListIsOpen) {
   std::vector<std::string> risultati;
   intrusi = {"", "", ""}; // no timer of this program gives a command
   const auto copione = [&](QDialog& finestra) {

@@ -15,9 +15,9 @@ using testing::IsEmpty;
 
 const std::string titolo = "LumoScad";
 
-class Comandi : public testing::TestWithParam<Trasporto> {
+class Commands : public testing::TestWithParam<Trasporto> {
  protected:
-  Comandi() : demo(GetParam()), schermo(demo.Base()) {
+  Commands() : demo(GetParam()), schermo(demo.Base()) {
     test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
   }
 
@@ -67,7 +67,7 @@ class Comandi : public testing::TestWithParam<Trasporto> {
   Schermo schermo;
 };
 
-TEST_P(Comandi, SuspendAndReactivateAnOpenItem) {
+TEST_P(Commands, SuspendAndReactivateAnOpenItem) {
   RiesceCome("-T SOSPESO /A -C 20100001 -P AB   123",
              "UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (900001,900002)");
   EXPECT_THAT(Chiamata(), ElementsAre("ACCETTATA", "Sospesa la partita AB123 del conto 20100001", "6", "01",
@@ -78,7 +78,7 @@ TEST_P(Comandi, SuspendAndReactivateAnOpenItem) {
                                       "SOSPESOCANCELLA", "20100001", "AB123", "", ""));
 }
 
-TEST_P(Comandi, SuspendAndReactivateAPresumedDocument) {
+TEST_P(Commands, SuspendAndReactivateAPresumedDocument) {
   RiesceCome("-T PRESUNTO /A -S OC -A 06 -N 123 -E 2006",
              "UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY=900004");
   EXPECT_THAT(Chiamata(), ElementsAre("ACCETTATA", "Sospeso il documento OC 123/06", "7", "01", "PRESUNTOCREA", "OC",
@@ -89,19 +89,19 @@ TEST_P(Comandi, SuspendAndReactivateAPresumedDocument) {
                                       "OC", "06", "123", "T01", "", ""));
 }
 
-TEST_P(Comandi, DeleteAnExtraMovementWithItsEvents) {
+TEST_P(Commands, DeleteAnExtraMovementWithItsEvents) {
   RiesceCome("-T EXTRA /A -S A -E 2006 -N 15", "DELETE FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=900003;"
                                                "DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=900003");
   EXPECT_THAT(Chiamata(), ElementsAre("ACCETTATA", "Annullato il movimento A 15 dell'esercizio 2006", "6", "01",
                                       "EXTRADEL", "A", "2006", "15", "", ""));
 }
 
-TEST_P(Comandi, TestTheDatabaseWithoutTheHost) {
+TEST_P(Commands, TestTheDatabaseWithoutTheHost) {
   RiesceCome("-T TEST", "UPDATE ERRORE SET FILEXML='FILEccccc' WHERE ERROREKEY=100");
   EXPECT_THAT(Chiamata(), IsEmpty());
 }
 
-TEST_P(Comandi, LeaveTheDatabaseAloneWhenTheBackEndRefuses) {
+TEST_P(Commands, LeaveTheDatabaseAloneWhenTheBackEndRefuses) {
   const auto prima = demo.Stato();
   EXPECT_EQ(Esegui("-T SOSPESO /A -C BLOCCATO -P AB   123"), "error\n1");
   EXPECT_THAT(Chiamata(), ElementsAre("RIFIUTATA", "Parametro 3: «BLOCCATO» è un conto bloccato.", "6", "01",
@@ -109,7 +109,7 @@ TEST_P(Comandi, LeaveTheDatabaseAloneWhenTheBackEndRefuses) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
 }
 
-TEST_P(Comandi, SayWhatTheDatabaseDoesNotHaveAfterTheBackEndAccepted) {
+TEST_P(Commands, SayWhatTheDatabaseDoesNotHaveAfterTheBackEndAccepted) {
   const auto prima = demo.Stato();
   EXPECT_EQ(Esegui("-T EXTRA /A -S A -E 2006 -N 99"), "error\n1");
   EXPECT_THAT(Chiamata(), ElementsAre("ACCETTATA", "Annullato il movimento A 99 dell'esercizio 2006", "6", "01",
@@ -117,7 +117,7 @@ TEST_P(Comandi, SayWhatTheDatabaseDoesNotHaveAfterTheBackEndAccepted) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
 }
 
-TEST_P(Comandi, SendNothingInADemonstrationRun) {
+TEST_P(Commands, SendNothingInADemonstrationRun) {
   const auto prima = demo.Stato();
   for (const char* comando : {"-T SOSPESO /A -C 20100001 -P AB   123 -DEMO", "-T PRESUNTO /D -S OC -A 06 -N 123 -DEMO",
                               "-T EXTRA /A -S A -E 2006 -N 15 -DEMO"}) {
@@ -127,7 +127,7 @@ TEST_P(Comandi, SendNothingInADemonstrationRun) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
 }
 
-TEST_P(Comandi, ShowAWindowThatKeysDoNotCloseWhileTheBackEndWorks) {
+TEST_P(Commands, ShowAWindowThatKeysDoNotCloseWhileTheBackEndWorks) {
   std::filesystem::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
   ScriviProgramma(demo.VB0001(), R"(until [ -e "$NEXARO_RADICE/via" ]; do sleep 0.1; done
 exec "$NEXARO_RADICE/programmi/VB0001.vero" "$@")");
@@ -147,7 +147,7 @@ exec "$NEXARO_RADICE/programmi/VB0001.vero" "$@")");
             Righe{"S"});
 }
 
-INSTANTIATE_TEST_SUITE_P(Trasporti, Comandi, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+INSTANTIATE_TEST_SUITE_P(Transports, Commands, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace

@@ -16,9 +16,9 @@ constexpr std::string_view dueConsegne =
     "UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-05-20', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=518;"
     "UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-05-27', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=519";
 
-class Consegna : public ListaPresunti {
+class Deliveries : public ListaPresunti {
  protected:
-  Consegna() : ListaPresunti("-T CONSEGNA", "LumoScad - Date di consegna") {}
+  Deliveries() : ListaPresunti("-T CONSEGNA", "LumoScad - Date di consegna") {}
 
   /// The first row gets its date from the field at the top, the second in its cell, which stays open.
   void VariaDueRighe() {
@@ -29,7 +29,7 @@ class Consegna : public ListaPresunti {
   }
 };
 
-TEST_P(Consegna, TwoRowsOfADocumentChangeEachOnItsOwn) {
+TEST_P(Deliveries, TwoRowsOfADocumentChangeEachOnItsOwn) {
   Attendi(dueConsegne, 2);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -41,7 +41,7 @@ TEST_P(Consegna, TwoRowsOfADocumentChangeEachOnItsOwn) {
   VerificaBaseDati();
 }
 
-TEST_P(Consegna, ADocumentWithoutADateGetsOne) {
+TEST_P(Deliveries, ADocumentWithoutADateGetsOne) {
   Attendi("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-06-10', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=520", 1);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -55,7 +55,7 @@ TEST_P(Consegna, ADocumentWithoutADateGetsOne) {
   VerificaBaseDati();
 }
 
-TEST_P(Consegna, ADeliveryThatWasPutOffGoesBackToItsOriginalDate) {
+TEST_P(Deliveries, ADeliveryThatWasPutOffGoesBackToItsOriginalDate) {
   Attendi("UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-04-08', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=519", 1);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -69,7 +69,7 @@ TEST_P(Consegna, ADeliveryThatWasPutOffGoesBackToItsOriginalDate) {
   VerificaBaseDati();
 }
 
-TEST_P(Consegna, AnEmptiedCellIsNoChange) {
+TEST_P(Deliveries, AnEmptiedCellIsNoChange) {
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   Tasti({"Right"});
@@ -79,7 +79,7 @@ TEST_P(Consegna, AnEmptiedCellIsNoChange) {
   VerificaNullaFatto();
 }
 
-TEST_P(Consegna, AnnullaSendsNothing) {
+TEST_P(Deliveries, AnnullaSendsNothing) {
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   VariaDueRighe();
@@ -88,7 +88,7 @@ TEST_P(Consegna, AnnullaSendsNothing) {
   VerificaNullaFatto();
 }
 
-TEST_P(Consegna, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
+TEST_P(Deliveries, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   Attendi(dueConsegne, 2);
   AvviaSequenza(2);
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -102,7 +102,7 @@ TEST_P(Consegna, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   VerificaBaseDati();
 }
 
-INSTANTIATE_TEST_SUITE_P(Trasporti, Consegna, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+INSTANTIATE_TEST_SUITE_P(Transports, Deliveries, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace

@@ -102,9 +102,9 @@ class Crediti : public testing::Test {
 };
 
 /// The same rules whichever way the host is reached.
-class CreditiPerTrasporto : public Crediti, public testing::WithParamInterface<Trasporto> {
+class CreditsOverATransport : public Crediti, public testing::WithParamInterface<Trasporto> {
  protected:
-  CreditiPerTrasporto() : Crediti(GetParam()) {}
+  CreditsOverATransport() : Crediti(GetParam()) {}
 };
 
 std::string NomeCaso(const testing::TestParamInfo<Trasporto>& caso) {
@@ -127,7 +127,7 @@ constexpr std::string_view variazioniAttese = R"(
   UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=1 WHERE EVENTOCONTABILEKEY=291;
   UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-05-20', BANCAPRESENTAZIONE_KEY=1 WHERE EVENTOCONTABILEKEY=137)";
 
-TEST_P(CreditiPerTrasporto, FromTheCommandLineToTheDatabaseAndBack) {
+TEST_P(CreditsOverATransport, FromTheCommandLineToTheDatabaseAndBack) {
   const auto prima = demo.Stato();
   const auto attesa = demo.StatoDopo(variazioniAttese);
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
@@ -181,7 +181,7 @@ TEST_P(CreditiPerTrasporto, FromTheCommandLineToTheDatabaseAndBack) {
 }
 
 /// The screen is left without confirming, after a change that a confirmation would send.
-class CreditiLasciati : public CreditiPerTrasporto {
+class CreditsLeft : public CreditsOverATransport {
  protected:
   template <typename Gesto> void Lascia(Gesto gesto) {
     const auto prima = demo.Stato();
@@ -202,31 +202,31 @@ class CreditiLasciati : public CreditiPerTrasporto {
   }
 };
 
-TEST_P(CreditiLasciati, AnnullaSendsNothing) {
+TEST_P(CreditsLeft, AnnullaSendsNothing) {
   Lascia([this](const std::string& elenco) { return schermo.Clicca(elenco, Annulla, Pulsanti); });
 }
 
-TEST_P(CreditiLasciati, TheCloseBoxSendsNothing) {
+TEST_P(CreditsLeft, TheCloseBoxSendsNothing) {
   Lascia([this](const std::string&) { return schermo.Tasti({"alt+F4"}); });
 }
 
-TEST_P(CreditiLasciati, ConfirmingWithoutAChangeSendsNothing) {
+TEST_P(CreditsLeft, ConfirmingWithoutAChangeSendsNothing) {
   // The tick goes again: what counts is the value, which is then the old one.
   Lascia([this](const std::string& elenco) {
     return schermo.Clicca(elenco, SpuntaData, PrimaRiga) && schermo.Clicca(elenco, Conferma, Pulsanti);
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(Trasporti, CreditiPerTrasporto, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+INSTANTIATE_TEST_SUITE_P(Transports, CreditsOverATransport, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          NomeCaso);
-INSTANTIATE_TEST_SUITE_P(Trasporti, CreditiLasciati, testing::Values(Trasporto::Cartella, Trasporto::Ssh), NomeCaso);
+INSTANTIATE_TEST_SUITE_P(Transports, CreditsLeft, testing::Values(Trasporto::Cartella, Trasporto::Ssh), NomeCaso);
 
-class CreditiInDue : public Crediti {
+class CreditsForTwo : public Crediti {
  protected:
-  CreditiInDue() : Crediti(Trasporto::Cartella) {}
+  CreditsForTwo() : Crediti(Trasporto::Cartella) {}
 };
 
-TEST_F(CreditiInDue, ARequestWaitsForAnotherProgramOfItsWorkstation) {
+TEST_F(CreditsForTwo, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   const std::string postazione = "DUE" + std::to_string(::getpid());
   std::ofstream(demo.Base() / "ambiente.sh", std::ios::app) << "export NEXARO_POSTAZIONE=" << postazione << "\n";
   const auto altra = nexaro::CreaEsclusione();
@@ -248,12 +248,12 @@ TEST_F(CreditiInDue, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("ACCETTATA\tVariata 1 scadenza\t"));
 }
 
-class CreditiRaddoppiati : public Crediti {
+class CreditsAtDoubleScale : public Crediti {
  protected:
-  CreditiRaddoppiati() : Crediti(Trasporto::Cartella, "2560x1600") {}
+  CreditsAtDoubleScale() : Crediti(Trasporto::Cartella, "2560x1600") {}
 };
 
-TEST_F(CreditiRaddoppiati, TheWindowOpensAtTwiceTheScale) {
+TEST_F(CreditsAtDoubleScale, TheWindowOpensAtTwiceTheScale) {
   const auto programma = Avvia("", {"QT_SCALE_FACTOR=2"});
   const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
   ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();

@@ -66,7 +66,7 @@ std::string PerHost(const std::string& data) {
   return data.empty() ? "00000000" : data.substr(6) + data.substr(3, 2) + data.substr(0, 2);
 }
 
-class ElencoIntero : public FinestraIntera, public testing::WithParamInterface<ElencoConData> {
+class WholeList : public FinestraIntera, public testing::WithParamInterface<ElencoConData> {
  protected:
   std::string Esegui() {
     return LumoScadenze().EseguiLumoScad("-T " + std::string(GetParam().comando) + " -D 01 -H " + demo.Indirizzo() +
@@ -118,10 +118,10 @@ class ElencoIntero : public FinestraIntera, public testing::WithParamInterface<E
     return richieste;
   }
 };
-INSTANTIATE_TEST_SUITE_P(Schermate, ElencoIntero, testing::Values(crediti, consegna),
+INSTANTIATE_TEST_SUITE_P(Screens, WholeList, testing::Values(crediti, consegna),
                          [](const auto& caso) { return std::string(caso.param.nome); });
 
-TEST_P(ElencoIntero, ADateBeingTypedStaysWithItsRowWhileAnotherIsTickedAndTheListIsSorted) {
+TEST_P(WholeList, ADateBeingTypedStaysWithItsRowWhileAnotherIsTickedAndTheListIsSorted) {
   std::string modificata;
   std::string spuntata;
   Recita([&](QDialog& finestra) {
@@ -152,7 +152,7 @@ TEST_P(ElencoIntero, ADateBeingTypedStaysWithItsRowWhileAnotherIsTickedAndTheLis
   EXPECT_THAT(Richieste(), UnorderedElementsAre(modificata + " 20260520", spuntata + " 20260415"));
 }
 
-TEST_P(ElencoIntero, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
+TEST_P(WholeList, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
   Recita([&](QDialog& finestra) {
     auto& lista = Trova<QTableView>(finestra, GetParam().lista);
     int viste = 0;
@@ -170,7 +170,7 @@ TEST_P(ElencoIntero, TheEditorIsGoneBeforeAMessageSaysThatItsDateIsRefused) {
   EXPECT_EQ(Esegui(), "closed");
 }
 
-TEST_P(ElencoIntero, AClickBelowTheLastRowWritesTheEditorAndTicksNothing) {
+TEST_P(WholeList, AClickBelowTheLastRowWritesTheEditorAndTicksNothing) {
   Recita([&](QDialog& finestra) {
     auto& lista = Trova<QTableView>(finestra, GetParam().lista);
     finestra.resize(1200, 24 * lista.model()->rowCount() + 600);
@@ -191,7 +191,7 @@ TEST_P(ElencoIntero, AClickBelowTheLastRowWritesTheEditorAndTicksNothing) {
   EXPECT_EQ(Esegui(), "closed");
 }
 
-TEST_P(ElencoIntero, AfterTheEditorThePersonGoesOnFromItsRowAndNotFromTheTickedOne) {
+TEST_P(WholeList, AfterTheEditorThePersonGoesOnFromItsRowAndNotFromTheTickedOne) {
   Recita([&](QDialog& finestra) {
     auto& lista = Trova<QTableView>(finestra, GetParam().lista);
     Clicca(lista, 1, GetParam().nuova);

@@ -13,9 +13,9 @@
 namespace {
 
 /// Without a display an error goes to the error output instead of a box, which nobody would close.
-class FacciaC : public testing::Test {
+class CFace : public testing::Test {
  protected:
-  FacciaC() {
+  CFace() {
     for (const char* variabile : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
       unsetenv(variabile);
     }
@@ -27,29 +27,29 @@ class FacciaC : public testing::Test {
 
 } // namespace
 
-TEST_F(FacciaC, GivesTheResultAndItsLength) {
+TEST_F(CFace, GivesTheResultAndItsLength) {
   EXPECT_EQ(lumoscad_esegui("-T", risultato.data(), risultato.size()), 5U);
   EXPECT_STREQ(risultato.data(), "error");
 }
 
-TEST_F(FacciaC, AnUnknownTypeGivesAnEmptyResult) {
+TEST_F(CFace, AnUnknownTypeGivesAnEmptyResult) {
   EXPECT_EQ(lumoscad_esegui("-T FOO", risultato.data(), risultato.size()), 0U);
   EXPECT_STREQ(risultato.data(), "");
 }
 
-TEST_F(FacciaC, AShortBufferGetsWhatFitsAndTheWholeLength) {
+TEST_F(CFace, AShortBufferGetsWhatFitsAndTheWholeLength) {
   EXPECT_EQ(lumoscad_esegui("-T", risultato.data(), 3), 5U);
   EXPECT_STREQ(risultato.data(), "er");
   EXPECT_EQ(std::string(risultato.data() + 3, 5), "?????") << "nothing is written behind it";
 }
 
-TEST_F(FacciaC, WithoutABufferOnlyTheLengthIsTold) {
+TEST_F(CFace, WithoutABufferOnlyTheLengthIsTold) {
   EXPECT_EQ(lumoscad_esegui("-T", nullptr, 8), 5U);
   EXPECT_EQ(lumoscad_esegui("-T", risultato.data(), 0), 5U);
   EXPECT_EQ(risultato[0], '?');
 }
 
-TEST_F(FacciaC, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
+TEST_F(CFace, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
   const auto volte = [](std::string_view comando, std::string_view testo, std::size_t lunghezza = 5) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(lumoscad_esegui(std::string(comando).c_str(), nullptr, 0), lunghezza);
@@ -67,12 +67,12 @@ TEST_F(FacciaC, WithoutADisplayTheErrorOutputTellsEachReasonOnce) {
   EXPECT_EQ(volte("-T SOSPESO /A -C 1 -P 2 3", "nessuno schermo raggiungibile"), 1) << "no wait window, no request";
 }
 
-TEST_F(FacciaC, ANullCommandIsAnEmptyLine) {
+TEST_F(CFace, ANullCommandIsAnEmptyLine) {
   EXPECT_EQ(lumoscad_esegui(nullptr, risultato.data(), risultato.size()), 0U);
   EXPECT_STREQ(risultato.data(), "");
 }
 
-TEST_F(FacciaC, TheTestOfAHostAndACommandDoNotRunAtOnce) {
+TEST_F(CFace, TheTestOfAHostAndACommandDoNotRunAtOnce) {
   setenv("NEXARO_TRASPORTO", "cartella", 1);
   setenv("NEXARO_RADICE", testing::TempDir().c_str(), 1);
   testing::internal::CaptureStderr();
@@ -99,7 +99,7 @@ TEST_F(FacciaC, TheTestOfAHostAndACommandDoNotRunAtOnce) {
   EXPECT_EQ(lumoscad_esegui("-T FOO", nullptr, 0), 0U) << "the turn is free again";
 }
 
-TEST_F(FacciaC, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
+TEST_F(CFace, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
   setenv("NEXARO_TRASPORTO", "cartella", 1);
   setenv("NEXARO_RADICE", testing::TempDir().c_str(), 1);
   EXPECT_FALSE(

@@ -18,9 +18,9 @@ const std::string NonRegistrata =
     "\r\nL'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da allineare: conto 20100023 "
     "partita 2025/46 rata 2 del 19/12/2025; conto 20100023 partita 2026/119 rata 1 del 01/02/2026.";
 
-class GuastiBaseDati : public Guasti {};
+class DatabaseFaults : public Guasti {};
 
-TEST_F(GuastiBaseDati, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
+TEST_F(DatabaseFaults, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
   VerificaRifiuto(Esegui("-DB2SOURCE INESISTENTE -DB2SCHEMA main"),
                   {ErroreRegistrato("-2147467259\r\n[IM002] [unixODBC][Driver Manager]Data source name not found and "
                                     "no default driver specified\r\nL'origine dati ODBC «INESISTENTE» non è definita: "
@@ -30,14 +30,14 @@ TEST_F(GuastiBaseDati, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
   EXPECT_FALSE(fs::exists(demo.Registro()));
 }
 
-TEST_F(GuastiBaseDati, NoDataSourceAtAllIsReported) {
+TEST_F(DatabaseFaults, NoDataSourceAtAllIsReported) {
   VerificaRifiuto(Esegui(""),
                   {ErroreRegistrato("-2147467259\r\nConnessione alla base dati: l'origine dati ODBC non è indicata.")},
                   {"VBCREDITI"});
   EXPECT_FALSE(fs::exists(demo.Registro()));
 }
 
-TEST_F(GuastiBaseDati, AnUnknownBankRollsTheWholeConfirmationBack) {
+TEST_F(DatabaseFaults, AnUnknownBankRollsTheWholeConfirmationBack) {
   Conferma([this] {
     test::runScript(demo.Connessione(), "DELETE FROM CONTOCONTABILE WHERE CODICECONTO='60100001'");
     prima = demo.Stato();
@@ -50,7 +50,7 @@ TEST_F(GuastiBaseDati, AnUnknownBankRollsTheWholeConfirmationBack) {
               Contains("UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-04-15' WHERE EVENTOCONTABILEKEY=111"));
 }
 
-TEST_F(GuastiBaseDati, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
+TEST_F(DatabaseFaults, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
   const fs::path altrove = demo.Base() / "altrove.sqlite";
   Conferma([&] { fs::rename(demo.BaseDati(), altrove); });
   const auto risultato = Esegui();
@@ -62,7 +62,7 @@ TEST_F(GuastiBaseDati, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
       {"VBCREDITI"});
 }
 
-class GuastiPostgres : public Guasti {
+class PostgresFaults : public Guasti {
  protected:
   void SetUp() override {
     ASSERT_TRUE(test::PostgresServer::available());
@@ -78,7 +78,7 @@ class GuastiPostgres : public Guasti {
   std::string sorgente_;
 };
 
-TEST_F(GuastiPostgres, AWrongPasswordIsReportedAndStaysOutOfTheMessage) {
+TEST_F(PostgresFaults, AWrongPasswordIsReportedAndStaysOutOfTheMessage) {
   const auto connessione = server_->connectionText(sorgente_);
   const auto contenuto = Fotografa(connessione);
   ASSERT_FALSE(contenuto.at("EVENTOCONTABILE").empty());

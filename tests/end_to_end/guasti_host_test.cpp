@@ -47,7 +47,7 @@ class SenzaPrivilegi {
   Dati prima_{};
 };
 
-class GuastiHost : public Guasti {
+class HostFaults : public Guasti {
  protected:
   /// Confirms with `corpo`, a shell script, in the place of the back end.
   std::string ConfermaCon(std::string_view corpo) {
@@ -61,15 +61,15 @@ class GuastiHost : public Guasti {
 };
 
 /// The same rules whichever way the host is reached.
-class GuastiPerTrasporto : public Guasti, public testing::WithParamInterface<Trasporto> {
+class FaultsOverATransport : public Guasti, public testing::WithParamInterface<Trasporto> {
  protected:
-  GuastiPerTrasporto() : Guasti(GetParam()) {}
+  FaultsOverATransport() : Guasti(GetParam()) {}
 };
 
-INSTANTIATE_TEST_SUITE_P(Trasporti, GuastiPerTrasporto, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+INSTANTIATE_TEST_SUITE_P(Transports, FaultsOverATransport, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
-TEST_P(GuastiPerTrasporto, WithoutAFaultTheSameGesturesChangeTwoRows) {
+TEST_P(FaultsOverATransport, WithoutAFaultTheSameGesturesChangeTwoRows) {
   const auto attesa = demo.StatoDopo("UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-04-15' WHERE "
                                      "EVENTOCONTABILEKEY=111;"
                                      "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=1 WHERE "
@@ -81,7 +81,7 @@ TEST_P(GuastiPerTrasporto, WithoutAFaultTheSameGesturesChangeTwoRows) {
   EXPECT_THAT(Differenze(attesa, demo.Stato()), IsEmpty());
 }
 
-TEST_P(GuastiPerTrasporto, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
+TEST_P(FaultsOverATransport, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   Scrivi(demo.Host() / "conti_bloccati", "20100023\n");
   Conferma();
   VerificaRifiuto(Esegui(), {ErroreRichiesta("Riga 1, campo 1 (CodiceConto): «20100023» è un conto bloccato.")},
@@ -89,47 +89,47 @@ TEST_P(GuastiPerTrasporto, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("RIFIUTATA\t"));
 }
 
-TEST_F(GuastiHost, AMissingBackEndIsNamed) {
+TEST_F(HostFaults, AMissingBackEndIsNamed) {
   fs::remove(demo.VB0001());
   Conferma();
   VerificaGuasto(Esegui(), "53 " + programma + "non è stato avviato: file inesistente.");
 }
 
-TEST_F(GuastiHost, ABackEndThatHangsIsStoppedAfterTheWait) {
+TEST_F(HostFaults, ABackEndThatHangsIsStoppedAfterTheWait) {
   ::setenv("NEXARO_ATTESA", "1", 1);
   VerificaGuasto(ConfermaCon("exec sleep 30"),
                  "-2147467259 " + programma + "non ha risposto entro 1 secondo ed è stato interrotto. " + ignoto);
 }
 
-TEST_F(GuastiHost, ABackEndKilledByASignalIsAnError) {
+TEST_F(HostFaults, ABackEndKilledByASignalIsAnError) {
   VerificaGuasto(ConfermaCon("echo '<RISPOSTA/>'; kill -KILL $$"),
                  "-2147467259 " + programma + "è stato terminato dal segnale 9. " + ignoto);
 }
 
-TEST_F(GuastiHost, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
+TEST_F(HostFaults, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
   VerificaGuasto(ConfermaCon("echo '<RISPOSTA/>'; echo 'archivio occupato' >&2; exit 3"),
                  "-2147467259 " + programma + "è terminato con lo stato 3: archivio occupato. " + ignoto);
 }
 
-TEST_F(GuastiHost, AnAnswerThatIsNotXmlIsAnError) {
+TEST_F(HostFaults, AnAnswerThatIsNotXmlIsAnError) {
   VerificaGuasto(
       ConfermaCon("echo 'tutto bene'"),
       "-2147467259 " + programma +
           "ha dato una risposta non valida. Documento XML non valido: testo fuori dall'elemento principale. " + ignoto);
 }
 
-TEST_F(GuastiHost, AnAnswerThatBreaksOffIsAnError) {
+TEST_F(HostFaults, AnAnswerThatBreaksOffIsAnError) {
   VerificaGuasto(
       ConfermaCon("echo '<RISPOSTA><MESSAGGIO>Variate 2'"),
       "-2147467259 " + programma +
           "ha dato una risposta non valida. Documento XML non valido: la sintassi è errata al carattere 31. " + ignoto);
 }
 
-TEST_F(GuastiHost, NoAnswerIsAnError) {
+TEST_F(HostFaults, NoAnswerIsAnError) {
   VerificaGuasto(ConfermaCon("exit 0"), "-2147467259 " + programma + "non ha dato alcuna risposta. " + ignoto);
 }
 
-TEST_F(GuastiHost, AReadOnlyHostDirectoryRefusesTheRequest) {
+TEST_F(HostFaults, AReadOnlyHostDirectoryRefusesTheRequest) {
   fs::permissions(demo.Tmp(), fs::perms::owner_read | fs::perms::owner_exec);
   Conferma();
   std::string risultato;
@@ -145,7 +145,7 @@ TEST_F(GuastiHost, AReadOnlyHostDirectoryRefusesTheRequest) {
   EXPECT_FALSE(fs::exists(demo.Registro()));
 }
 
-TEST_F(GuastiHost, AHostDirectoryThatIsAFileRefusesTheRequest) {
+TEST_F(HostFaults, AHostDirectoryThatIsAFileRefusesTheRequest) {
   fs::remove(demo.Tmp());
   Scrivi(demo.Tmp(), "");
   Conferma();
@@ -158,7 +158,7 @@ TEST_F(GuastiHost, AHostDirectoryThatIsAFileRefusesTheRequest) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
 }
 
-TEST_P(GuastiPerTrasporto, AListLockedByAnotherTerminalIsNotShown) {
+TEST_P(FaultsOverATransport, AListLockedByAnotherTerminalIsNotShown) {
   const std::string altro = "Utente : T02\r\nData : 05/03/2026   Ora : 13:58\r\n";
   Scrivi(demo.Tmp() / "VBCREDITI", altro);
   Conferma();
@@ -172,7 +172,7 @@ TEST_P(GuastiPerTrasporto, AListLockedByAnotherTerminalIsNotShown) {
   EXPECT_EQ(Leggi(demo.Tmp() / "VBCREDITI"), altro);
 }
 
-TEST_P(GuastiPerTrasporto, TheLockOfAFailedCommandBlocksTheNextUntilItIsRemoved) {
+TEST_P(FaultsOverATransport, TheLockOfAFailedCommandBlocksTheNextUntilItIsRemoved) {
   Scrivi(demo.Host() / "conti_bloccati", "20100023\n");
   Conferma();
   EXPECT_EQ(Esegui(), "error");

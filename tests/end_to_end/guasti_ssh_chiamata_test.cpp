@@ -22,7 +22,7 @@ using Verso = ProxyByte::Verso;
 
 // The call.
 
-TEST_F(GuastiSsh, AConnectionThatDiedBeforeTheCallIsOpenedAgain) {
+TEST_F(SshFaults, AConnectionThatDiedBeforeTheCallIsOpenedAgain) {
   primaDi = [this](std::string_view operazione) {
     if (operazione == "EseguiProgramma") {
       Taglia();
@@ -35,7 +35,7 @@ TEST_F(GuastiSsh, AConnectionThatDiedBeforeTheCallIsOpenedAgain) {
   EXPECT_EQ(proxy.Connessioni(), 2);
 }
 
-TEST_F(GuastiSsh, AServerThatWasStartedAgainIsReachedAgain) {
+TEST_F(SshFaults, AServerThatWasStartedAgainIsReachedAgain) {
   primaDi = [this](std::string_view operazione) {
     if (operazione == "EseguiProgramma") {
       demo.Ssh().Riavvia();
@@ -53,7 +53,7 @@ constexpr std::string_view Segnala = R"(
 aspetta() { n=0; until [ -e "$NEXARO_RADICE/via" ] || [ $n -ge 300 ]; do sleep 0.05; n=$((n+1)); done; }
 )";
 
-class GuastiSshChiamata : public GuastiSsh {
+class SshCallFaults : public SshFaults {
  protected:
   /// The connection is cut when the back end says that it has got there.
   void TagliaAlSegnale(const std::string& guasto, const std::string& inizio, const std::string& poi) {
@@ -65,7 +65,7 @@ class GuastiSshChiamata : public GuastiSsh {
   }
 };
 
-TEST_F(GuastiSshChiamata, AProgramWhoseStartWasSentIsNotStartedAgain) {
+TEST_F(SshCallFaults, AProgramWhoseStartWasSentIsNotStartedAgain) {
   TagliaAlSegnale("Cut after the start was sent, before the program has done anything", "", "aspetta; exit 1");
   VerificaFallito();
   VerificaErrore({programma});
@@ -73,7 +73,7 @@ TEST_F(GuastiSshChiamata, AProgramWhoseStartWasSentIsNotStartedAgain) {
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSshChiamata, ACutWhileTheProgramRunsIsAnErrorThoughTheHostHasDoneItsPart) {
+TEST_F(SshCallFaults, ACutWhileTheProgramRunsIsAnErrorThoughTheHostHasDoneItsPart) {
   TagliaAlSegnale("Cut while the program runs", "risposta=$(vero \"$@\")", "aspetta; echo \"$risposta\"");
   VerificaFallito();
   VerificaErrore({programma});
@@ -82,7 +82,7 @@ TEST_F(GuastiSshChiamata, ACutWhileTheProgramRunsIsAnErrorThoughTheHostHasDoneIt
   EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("ACCETTATA\t"));
 }
 
-TEST_F(GuastiSshChiamata, ACutInTheMiddleOfTheReplyIsAnError) {
+TEST_F(SshCallFaults, ACutInTheMiddleOfTheReplyIsAnError) {
   TagliaAlSegnale("Cut in the middle of the reply", "risposta=$(vero \"$@\"); printf %s \"$risposta\" | head -c 60",
                   "aspetta; printf %s \"$risposta\" | tail -c +61");
   VerificaFallito();
@@ -91,7 +91,7 @@ TEST_F(GuastiSshChiamata, ACutInTheMiddleOfTheReplyIsAnError) {
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSsh, ACutInTheMiddleOfALongReplyIsAnError) {
+TEST_F(SshFaults, ACutInTheMiddleOfALongReplyIsAnError) {
   // The encrypted bytes are somewhat more than the reply's own.
   primaDi = [this](std::string_view operazione) {
     if (operazione == "EseguiProgramma") {
@@ -107,7 +107,7 @@ echo '<RISPOSTA><MESSAGGIO>'; head -c 4000000 /dev/zero | tr '\0' x; echo '</MES
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSsh, ANetworkThatFallsSilentWhileTheProgramRunsIsGivenUpAfterTheWait) {
+TEST_F(SshFaults, ANetworkThatFallsSilentWhileTheProgramRunsIsGivenUpAfterTheWait) {
   LimitaAttesa(Breve);
   Agguato(demo.Host() / "qui", [this] {
     proxy.Scatta(Azione::Trattieni);
@@ -120,7 +120,7 @@ TEST_F(GuastiSsh, ANetworkThatFallsSilentWhileTheProgramRunsIsGivenUpAfterTheWai
   VerificaAvvii(1);
 }
 
-class GuastiSshPulizia : public GuastiSsh {
+class SshCleanUpFaults : public SshFaults {
  protected:
   /// Cuts the connection before the request's files are deleted.
   void TagliaAllaPulizia(bool perSempre) {
@@ -132,7 +132,7 @@ class GuastiSshPulizia : public GuastiSsh {
   }
 };
 
-TEST_F(GuastiSshPulizia, ACutBeforeTheCleanUpIsMended) {
+TEST_F(SshCleanUpFaults, ACutBeforeTheCleanUpIsMended) {
   TagliaAllaPulizia(false);
   Prova("Cut before the clean-up, host back");
   VerificaRiuscito();
@@ -141,7 +141,7 @@ TEST_F(GuastiSshPulizia, ACutBeforeTheCleanUpIsMended) {
   EXPECT_EQ(proxy.Connessioni(), 2);
 }
 
-TEST_F(GuastiSshPulizia, ACleanUpThatCannotBeDoneFailsTheCommand) {
+TEST_F(SshCleanUpFaults, ACleanUpThatCannotBeDoneFailsTheCommand) {
   TagliaAllaPulizia(true);
   Prova("Cut before the clean-up, host gone");
   VerificaFallito();
@@ -150,7 +150,7 @@ TEST_F(GuastiSshPulizia, ACleanUpThatCannotBeDoneFailsTheCommand) {
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSshPulizia, ALostAnswerToADeletionIsReplacedByALookAtTheName) {
+TEST_F(SshCleanUpFaults, ALostAnswerToADeletionIsReplacedByALookAtTheName) {
   Ferma("CancellaFile", "cancella dopo", [this] { Taglia(); });
   Prova("Answer to a deletion lost, host back");
   VerificaRiuscito();
@@ -158,7 +158,7 @@ TEST_F(GuastiSshPulizia, ALostAnswerToADeletionIsReplacedByALookAtTheName) {
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSshPulizia, AHostThatIsGoneAfterTheReplyKeepsTheLockOnly) {
+TEST_F(SshCleanUpFaults, AHostThatIsGoneAfterTheReplyKeepsTheLockOnly) {
   allaIstruzione = [this, fatto = false](std::string_view istruzione) mutable {
     if (istruzione.starts_with("UPDATE") && !std::exchange(fatto, true)) {
       Taglia(true);
@@ -172,7 +172,7 @@ TEST_F(GuastiSshPulizia, AHostThatIsGoneAfterTheReplyKeepsTheLockOnly) {
 
 // The back end.
 
-class GuastiSshProgramma : public GuastiSsh {
+class SshProgramFaults : public SshFaults {
  protected:
   void VerificaGuasto(const Righe& parti) {
     VerificaFallito();
@@ -181,7 +181,7 @@ class GuastiSshProgramma : public GuastiSsh {
   }
 };
 
-TEST_F(GuastiSshProgramma, ARefusalIsShown) {
+TEST_F(SshProgramFaults, ARefusalIsShown) {
   Scrivi(demo.Host() / "conti_bloccati", "20100023\n");
   Prova("Request refused by the back end");
   VerificaFallito();
@@ -189,18 +189,18 @@ TEST_F(GuastiSshProgramma, ARefusalIsShown) {
   VerificaRimasti({blocco});
 }
 
-TEST_F(GuastiSshProgramma, AMissingProgramIsNamed) {
+TEST_F(SshProgramFaults, AMissingProgramIsNamed) {
   ::setenv("NEXARO_PROGRAMMI", (demo.Host() / "altrove").c_str(), 1);
   Prova("Program missing");
   VerificaGuasto({programma, "non è stato trovato"});
 }
 
-TEST_F(GuastiSshProgramma, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
+TEST_F(SshProgramFaults, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
   ProvaCon("Program exits with status 3", "echo '<RISPOSTA/>'; echo 'archivio occupato' >&2; exit 3");
   VerificaGuasto({programma + "è terminato con lo stato 3: archivio occupato", ignoto});
 }
 
-TEST_F(GuastiSshProgramma, AProgramKilledByASignalIsAnError) {
+TEST_F(SshProgramFaults, AProgramKilledByASignalIsAnError) {
   ProvaCon("Program killed by a signal", "echo '<RISPOSTA/>'; kill -KILL $$");
   VerificaGuasto({programma, ignoto});
   // A login shell that waits for the program reports the signal as a status of its own.
@@ -208,7 +208,7 @@ TEST_F(GuastiSshProgramma, AProgramKilledByASignalIsAnError) {
                                              HasSubstr("è terminato con lo stato 137"))));
 }
 
-TEST_F(GuastiSshProgramma, AProgramThatHangsIsGivenUpAfterTheWait) {
+TEST_F(SshProgramFaults, AProgramThatHangsIsGivenUpAfterTheWait) {
   LimitaAttesa(Breve);
   const auto inizio = std::chrono::steady_clock::now();
   ProvaCon("Program hangs", "echo $$ >\"$NEXARO_RADICE/processo\"; exec sleep 30");
@@ -217,31 +217,31 @@ TEST_F(GuastiSshProgramma, AProgramThatHangsIsGivenUpAfterTheWait) {
   ::kill(static_cast<pid_t>(std::stol(Leggi(demo.Host() / "processo"))), SIGKILL);
 }
 
-TEST_F(GuastiSshProgramma, AReplyOfAHundredMegabytesIsCutOffAndTakesNoLonger) {
+TEST_F(SshProgramFaults, AReplyOfAHundredMegabytesIsCutOffAndTakesNoLonger) {
   const auto inizio = std::chrono::steady_clock::now();
   ProvaCon("Reply of 100 MB", "head -c 100000000 /dev/zero");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(20));
   VerificaGuasto({programma, "oltre 16 MiB", ignoto});
 }
 
-TEST_F(GuastiSshProgramma, AReplyThatBreaksOffIsAnError) {
+TEST_F(SshProgramFaults, AReplyThatBreaksOffIsAnError) {
   ProvaCon("Reply truncated", "echo '<RISPOSTA><MESSAGGIO>Variate 2'");
   VerificaGuasto({programma + "ha dato una risposta non valida", ignoto});
 }
 
-TEST_F(GuastiSshProgramma, NoReplyIsAnError) {
+TEST_F(SshProgramFaults, NoReplyIsAnError) {
   ProvaCon("No reply", "exit 0");
   VerificaGuasto({programma + "non ha dato alcuna risposta.", ignoto});
 }
 
 constexpr const char* AccentataLatin1 = "printf '<RISPOSTA><MESSAGGIO>Citt\\340</MESSAGGIO></RISPOSTA>'";
 
-TEST_F(GuastiSshProgramma, AReplyInAnotherEncodingThanAgreedIsAnError) {
+TEST_F(SshProgramFaults, AReplyInAnotherEncodingThanAgreedIsAnError) {
   ProvaCon("Reply in another encoding than NEXARO_CODIFICA", AccentataLatin1);
   VerificaGuasto({programma + "ha dato una risposta non valida", ignoto});
 }
 
-TEST_F(GuastiSsh, ACharacterThatTheHostsEncodingLacksStopsTheRequest) {
+TEST_F(SshFaults, ACharacterThatTheHostsEncodingLacksStopsTheRequest) {
   ::setenv("NEXARO_POSTAZIONE", "T€", 1);
   ::setenv("NEXARO_CODIFICA", "ISO-8859-1", 1);
   Prova("Character missing from NEXARO_CODIFICA");
@@ -250,7 +250,7 @@ TEST_F(GuastiSsh, ACharacterThatTheHostsEncodingLacksStopsTheRequest) {
   VerificaAvvii(0);
 }
 
-class GuastiSshCodifica : public GuastiSsh {
+class SshEncodingFaults : public SshFaults {
  protected:
   void VerificaLetta() {
     EXPECT_EQ(risultato, "");
@@ -268,25 +268,25 @@ class GuastiSshCodifica : public GuastiSsh {
   }
 };
 
-TEST_F(GuastiSshCodifica, TheDemonstrationsProgramAnswersInLatin1) {
+TEST_F(SshEncodingFaults, TheDemonstrationsProgramAnswersInLatin1) {
   EXPECT_THAT(Risposta("ISO-8859-1", "Perché"), Contains("Sospesa la partita AB123 del conto Perché"));
 }
 
-TEST_F(GuastiSshCodifica, TheDemonstrationsProgramAnswersWithTheEuroOfTheHostsEncoding) {
+TEST_F(SshEncodingFaults, TheDemonstrationsProgramAnswersWithTheEuroOfTheHostsEncoding) {
   EXPECT_THAT(Risposta("ISO-8859-15", "Città€"), Contains("Sospesa la partita AB123 del conto Città€"));
 }
 
-TEST_F(GuastiSshCodifica, TheDemonstrationsProgramAnswersInUtf8) {
+TEST_F(SshEncodingFaults, TheDemonstrationsProgramAnswersInUtf8) {
   EXPECT_THAT(Risposta("UTF-8", "Città€"), Contains("Sospesa la partita AB123 del conto Città€"));
 }
 
-TEST_F(GuastiSshCodifica, AReplyInTheAgreedEncodingIsRead) {
+TEST_F(SshEncodingFaults, AReplyInTheAgreedEncodingIsRead) {
   ::setenv("NEXARO_CODIFICA", "ISO-8859-1", 1);
   ProvaCon("None: reply in ISO-8859-1, as NEXARO_CODIFICA says", AccentataLatin1);
   VerificaLetta();
 }
 
-TEST_F(GuastiSshCodifica, AReplyInTheEncodingThatItDeclaresIsRead) {
+TEST_F(SshEncodingFaults, AReplyInTheEncodingThatItDeclaresIsRead) {
   ProvaCon(
       "None: reply declares another encoding",
       "printf '<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><RISPOSTA><MESSAGGIO>Citt\\340</MESSAGGIO></RISPOSTA>'");

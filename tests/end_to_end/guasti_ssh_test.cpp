@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 // The way to the host.
 
-TEST_F(GuastiSsh, WithoutAFaultTheSameGesturesChangeTwoRows) {
+TEST_F(SshFaults, WithoutAFaultTheSameGesturesChangeTwoRows) {
   Prova("None");
   VerificaRiuscito();
   VerificaRimasti({});
@@ -23,7 +23,7 @@ TEST_F(GuastiSsh, WithoutAFaultTheSameGesturesChangeTwoRows) {
   EXPECT_EQ(proxy.Connessioni(), 1);
 }
 
-TEST_F(GuastiSsh, ARefusedConnectionIsReported) {
+TEST_F(SshFaults, ARefusedConnectionIsReported) {
   proxy.Rifiuta(true);
   Prova("Connection refused");
   VerificaFallito();
@@ -32,7 +32,7 @@ TEST_F(GuastiSsh, ARefusedConnectionIsReported) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AHostThatNeverAnswersIsGivenUpAfterTheWait) {
+TEST_F(SshFaults, AHostThatNeverAnswersIsGivenUpAfterTheWait) {
   LimitaAttesa("0.5");
   proxy.ScattaDopo(Verso::AlServer, 0, Azione::Trattieni);
   const auto inizio = std::chrono::steady_clock::now();
@@ -44,7 +44,7 @@ TEST_F(GuastiSsh, AHostThatNeverAnswersIsGivenUpAfterTheWait) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AnAddressThatTakesNoConnectionIsGivenUpAfterTheWait) {
+TEST_F(SshFaults, AnAddressThatTakesNoConnectionIsGivenUpAfterTheWait) {
   const CodaPiena ascolto;
   ::setenv("NEXARO_SSH_PORTA", std::to_string(ascolto.porta).c_str(), 1);
   LimitaAttesa("0.5");
@@ -54,7 +54,7 @@ TEST_F(GuastiSsh, AnAddressThatTakesNoConnectionIsGivenUpAfterTheWait) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AnUnknownHostKeyIsRefused) {
+TEST_F(SshFaults, AnUnknownHostKeyIsRefused) {
   Scrivi(demo.Ssh().Noti(), "");
   Prova("Host key unknown");
   VerificaFallito();
@@ -62,7 +62,7 @@ TEST_F(GuastiSsh, AnUnknownHostKeyIsRefused) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AChangedHostKeyIsRefused) {
+TEST_F(SshFaults, AChangedHostKeyIsRefused) {
   demo.Ssh().CambiaChiaveHost("ed25519");
   Prova("Host key changed");
   VerificaFallito();
@@ -70,7 +70,7 @@ TEST_F(GuastiSsh, AChangedHostKeyIsRefused) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AHostKeyOfAnotherTypeIsRefused) {
+TEST_F(SshFaults, AHostKeyOfAnotherTypeIsRefused) {
   demo.Ssh().CambiaChiaveHost("ecdsa");
   Prova("Host key of another type");
   VerificaFallito();
@@ -78,7 +78,7 @@ TEST_F(GuastiSsh, AHostKeyOfAnotherTypeIsRefused) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AKnownHostsFileThatCannotBeReadLetsNobodyIn) {
+TEST_F(SshFaults, AKnownHostsFileThatCannotBeReadLetsNobodyIn) {
   fs::remove(demo.Ssh().Noti());
   fs::create_directory(demo.Ssh().Noti());
   Prova("Known hosts file unreadable");
@@ -87,7 +87,7 @@ TEST_F(GuastiSsh, AKnownHostsFileThatCannotBeReadLetsNobodyIn) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AKeyThatTheHostDoesNotAcceptIsReported) {
+TEST_F(SshFaults, AKeyThatTheHostDoesNotAcceptIsReported) {
   ::setenv("NEXARO_SSH_CHIAVE", demo.Ssh().ChiaveEstranea().c_str(), 1);
   Prova("No key accepted");
   VerificaFallito();
@@ -97,7 +97,7 @@ TEST_F(GuastiSsh, AKeyThatTheHostDoesNotAcceptIsReported) {
 
 // The request file.
 
-TEST_F(GuastiSsh, ADirectoryWithoutTheRightToWriteRefusesTheRequest) {
+TEST_F(SshFaults, ADirectoryWithoutTheRightToWriteRefusesTheRequest) {
   fs::permissions(demo.Tmp(), fs::perms::owner_read | fs::perms::owner_exec);
   Prova("Permission denied on upload");
   VerificaFallito();
@@ -105,7 +105,7 @@ TEST_F(GuastiSsh, ADirectoryWithoutTheRightToWriteRefusesTheRequest) {
   VerificaRimasti({});
 }
 
-TEST_F(GuastiSsh, AFullDiskRefusesTheRequest) {
+TEST_F(SshFaults, AFullDiskRefusesTheRequest) {
   // The lock's file fits, the request does not.
   demo.ConfiguraRadice("-f 64");
   Prova("Disk full");
@@ -115,7 +115,7 @@ TEST_F(GuastiSsh, AFullDiskRefusesTheRequest) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, ACutDuringTheUploadIsReported) {
+TEST_F(SshFaults, ACutDuringTheUploadIsReported) {
   Ferma("InviaFile", "scrivi prima", [this] { Taglia(true); });
   Prova("Cut during the upload, host gone");
   VerificaFallito();
@@ -124,7 +124,7 @@ TEST_F(GuastiSsh, ACutDuringTheUploadIsReported) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, ACutDuringTheUploadIsNotMendedBehindThePersonsBack) {
+TEST_F(SshFaults, ACutDuringTheUploadIsNotMendedBehindThePersonsBack) {
   Ferma("InviaFile", "scrivi prima", [this] { Taglia(); });
   Prova("Cut during the upload, host back");
   VerificaFallito();
@@ -133,7 +133,7 @@ TEST_F(GuastiSsh, ACutDuringTheUploadIsNotMendedBehindThePersonsBack) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, AFileThatMayHaveBeenMadeIsLeftAloneAndSaid) {
+TEST_F(SshFaults, AFileThatMayHaveBeenMadeIsLeftAloneAndSaid) {
   Ferma("InviaFile", "apri dopo", [this] { Taglia(); });
   Prova("Answer to the making of the file lost, host back");
   VerificaFallito();
@@ -142,7 +142,7 @@ TEST_F(GuastiSsh, AFileThatMayHaveBeenMadeIsLeftAloneAndSaid) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, ANetworkThatFallsSilentDuringTheUploadIsGivenUpAfterTheWait) {
+TEST_F(SshFaults, ANetworkThatFallsSilentDuringTheUploadIsGivenUpAfterTheWait) {
   LimitaAttesa(Breve);
   Ferma("InviaFile", "scrivi prima", [this] { proxy.Scatta(Azione::Trattieni); });
   Prova("Network silent during the upload");
@@ -151,7 +151,7 @@ TEST_F(GuastiSsh, ANetworkThatFallsSilentDuringTheUploadIsGivenUpAfterTheWait) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, ALongUploadThatBreaksOffIsReported) {
+TEST_F(SshFaults, ALongUploadThatBreaksOffIsReported) {
   const auto locale = demo.Locale() / "lungo";
   Scrivi(locale, std::string(4U << 20U, 'x'));
   const auto host = CreaHost();
@@ -163,7 +163,7 @@ TEST_F(GuastiSsh, ALongUploadThatBreaksOffIsReported) {
   EXPECT_EQ(fs::file_size(demo.Tmp() / "lungo"), 4U << 20U);
 }
 
-TEST_F(GuastiSsh, ACutBeforeTheRenameIsReported) {
+TEST_F(SshFaults, ACutBeforeTheRenameIsReported) {
   Ferma("RinominaFile", "rinomina prima", [this] { Taglia(true); });
   Prova("Cut before the rename, host gone");
   VerificaFallito();
@@ -172,7 +172,7 @@ TEST_F(GuastiSsh, ACutBeforeTheRenameIsReported) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, ACutBeforeTheRenameIsSeenByTheNames) {
+TEST_F(SshFaults, ACutBeforeTheRenameIsSeenByTheNames) {
   Ferma("RinominaFile", "rinomina prima", [this] { Taglia(); });
   Prova("Cut before the rename, host back");
   VerificaFallito();
@@ -181,7 +181,7 @@ TEST_F(GuastiSsh, ACutBeforeTheRenameIsSeenByTheNames) {
   VerificaAvvii(0);
 }
 
-TEST_F(GuastiSsh, ALostAnswerToTheRenameIsReplacedByALookAtBothNames) {
+TEST_F(SshFaults, ALostAnswerToTheRenameIsReplacedByALookAtBothNames) {
   Ferma("RinominaFile", "rinomina dopo", [this] { Taglia(); });
   Prova("Answer to the rename lost, host back");
   VerificaRiuscito();
@@ -189,7 +189,7 @@ TEST_F(GuastiSsh, ALostAnswerToTheRenameIsReplacedByALookAtBothNames) {
   VerificaAvvii(1);
 }
 
-TEST_F(GuastiSsh, ALostAnswerToTheRenameIsAnErrorWhereNobodyCanLook) {
+TEST_F(SshFaults, ALostAnswerToTheRenameIsAnErrorWhereNobodyCanLook) {
   Ferma("RinominaFile", "rinomina dopo", [this] { Taglia(true); });
   Prova("Answer to the rename lost, host gone");
   VerificaFallito();

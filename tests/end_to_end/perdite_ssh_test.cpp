@@ -84,7 +84,7 @@ void Richiedi(nexaro::HostLink& host, const std::string& locale, const std::stri
   host.CancellaFile(indirizzo, remoto + ".dos");
 }
 
-TEST(PerditeSsh, AThousandRequestsOverOneConnectionLeaveNothingBehind) {
+TEST(SshLeaks, AThousandRequestsOverOneConnectionLeaveNothingBehind) {
   [[maybe_unused]] static constexpr long CrescitaMassima = 1024; // KiB; a leak of 1.2 KiB a request would be more
   const Dimostrazione demo(Trasporto::Ssh);
   for (const auto& voce : demo.Ambiente()) {

@@ -31,7 +31,7 @@ Risorse Misura() {
   return risorse;
 }
 
-TEST(Perdite, DiecimilaComandiNonLascianoMemoriaNeFileAperti) {
+TEST(Leaks, TenThousandCommandsLeaveNeitherMemoryNorOpenFiles) {
 #ifdef LUMOSCAD_SANITIZZATO
   GTEST_SKIP() << "il rilevatore di errori tiene per sé la memoria liberata";
 #endif

@@ -10,9 +10,9 @@ using testing::SizeIs;
 const std::string accettato = "Variato 1 documento";
 constexpr std::size_t Vuoti = 6; ///< empty parameters of the request
 
-class Presunti : public ListaPresunti {
+class PresumedDocuments : public ListaPresunti {
  protected:
-  Presunti() : ListaPresunti("-T BANCA", "LumoScad - Banca dei documenti presunti") {}
+  PresumedDocuments() : ListaPresunti("-T BANCA", "LumoScad - Banca dei documenti presunti") {}
 
   /// Opens the cell of the row's new bank and chooses the entry `voce` of the list of banks, from 0.
   void ScegliBanca(int riga, int voce) {
@@ -26,7 +26,7 @@ class Presunti : public ListaPresunti {
   }
 };
 
-TEST_P(Presunti, ABankChosenForOneRowIsThatOfTheWholeDocument) {
+TEST_P(PresumedDocuments, ABankChosenForOneRowIsThatOfTheWholeDocument) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=2 WHERE EVENTOCONTABILEKEY IN (512,513,514)", 3);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -38,7 +38,7 @@ TEST_P(Presunti, ABankChosenForOneRowIsThatOfTheWholeDocument) {
   VerificaBaseDati();
 }
 
-TEST_P(Presunti, TheTickWithABlankBankRemovesTheBank) {
+TEST_P(PresumedDocuments, TheTickWithABlankBankRemovesTheBank) {
   // The second row of this document is not listed: nothing is to be invoiced in its currency. The bank is the
   // document's.
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE EVENTOCONTABILEKEY IN (521,522)", 2);
@@ -52,7 +52,7 @@ TEST_P(Presunti, TheTickWithABlankBankRemovesTheBank) {
   VerificaBaseDati();
 }
 
-TEST_P(Presunti, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
+TEST_P(PresumedDocuments, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=5 WHERE EVENTOCONTABILEKEY=517", 1);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -63,7 +63,7 @@ TEST_P(Presunti, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
   VerificaBaseDati();
 }
 
-TEST_P(Presunti, TheBankAtTheTopGoesToTheSelectedDocumentAndToTickedOnes) {
+TEST_P(PresumedDocuments, TheBankAtTheTopGoesToTheSelectedDocumentAndToTickedOnes) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=6 WHERE EVENTOCONTABILEKEY IN (512,513,514,520)", 4);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -79,7 +79,7 @@ TEST_P(Presunti, TheBankAtTheTopGoesToTheSelectedDocumentAndToTickedOnes) {
   VerificaBaseDati();
 }
 
-TEST_P(Presunti, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
+TEST_P(PresumedDocuments, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   Scrivi(demo.Host() / "conti_bloccati", "20100012\n");
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -91,7 +91,7 @@ TEST_P(Presunti, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   VerificaBaseDati();
 }
 
-TEST_P(Presunti, AnnullaSendsNothing) {
+TEST_P(PresumedDocuments, AnnullaSendsNothing) {
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   ScegliBanca(4, 2);
@@ -100,7 +100,7 @@ TEST_P(Presunti, AnnullaSendsNothing) {
   VerificaNullaFatto();
 }
 
-TEST_P(Presunti, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
+TEST_P(PresumedDocuments, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   Attendi("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=2 WHERE EVENTOCONTABILEKEY IN (512,513,514)", 3);
   AvviaSequenza(2);
   ASSERT_NO_FATAL_FAILURE(ApriLista());
@@ -114,7 +114,7 @@ TEST_P(Presunti, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   VerificaBaseDati();
 }
 
-INSTANTIATE_TEST_SUITE_P(Trasporti, Presunti, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+INSTANTIATE_TEST_SUITE_P(Transports, PresumedDocuments, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 using testing::Not;
 namespace fs = std::filesystem;
 
-class ProvaHost : public testing::Test {
+class HostTest : public testing::Test {
  protected:
   /// Runs the program with what the person types; its exit status, a line break and its standard output.
   std::string Lancia(const std::vector<std::string>& opzioni, const std::string& digitato = "") {
@@ -34,7 +34,7 @@ class ProvaHost : public testing::Test {
   const std::string indirizzo = demo.Indirizzo();
 };
 
-TEST_F(ProvaHost, RunsThroughTheFiveOperationsAndLeavesNothing) {
+TEST_F(HostTest, RunsThroughTheFiveOperationsAndLeavesNothing) {
   EXPECT_THAT(Lancia({"--prova-host", indirizzo}),
               AllOf(testing::StartsWith("0\n"), HasSubstr("InviaFile        riuscito: "),
                     HasSubstr("RiceviFile       riuscito: "), HasSubstr("RinominaFile     riuscito: "),
@@ -44,7 +44,7 @@ TEST_F(ProvaHost, RunsThroughTheFiveOperationsAndLeavesNothing) {
   EXPECT_FALSE(fs::exists(demo.Registro())) << "the back end is not called";
 }
 
-TEST_F(ProvaHost, SaysWhichOperationDoesNotWork) {
+TEST_F(HostTest, SaysWhichOperationDoesNotWork) {
   fs::remove(demo.VB0001());
   EXPECT_THAT(Lancia({"--prova-host", indirizzo}),
               AllOf(testing::StartsWith("1\n"), HasSubstr("InviaFile        riuscito: "),
@@ -53,9 +53,9 @@ TEST_F(ProvaHost, SaysWhichOperationDoesNotWork) {
 }
 
 /// Whichever way the host is reached.
-class ProvaHostLettaAMeta : public testing::TestWithParam<Trasporto> {};
+class HostTestReadHalfway : public testing::TestWithParam<Trasporto> {};
 
-TEST_P(ProvaHostLettaAMeta, AReaderThatLeavesEarlyLeavesNoFileBehind) {
+TEST_P(HostTestReadHalfway, AReaderThatLeavesEarlyLeavesNoFileBehind) {
   const Dimostrazione demo(GetParam());
   Scrivi(demo.Base() / "digitato", "");
   for (const char* righe : {"0", "1", "2", "3"}) {
@@ -71,10 +71,10 @@ TEST_P(ProvaHostLettaAMeta, AReaderThatLeavesEarlyLeavesNoFileBehind) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Trasporti, ProvaHostLettaAMeta, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+INSTANTIATE_TEST_SUITE_P(Transports, HostTestReadHalfway, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
-TEST_F(ProvaHost, AnUnknownHostIsReachedOnlyAfterItsKeyWasTakenInWithAYes) {
+TEST_F(HostTest, AnUnknownHostIsReachedOnlyAfterItsKeyWasTakenInWithAYes) {
   Scrivi(demo.Ssh().Noti(), "");
   const auto rifiutato = AllOf(testing::StartsWith("1\n"), HasSubstr("non è fra gli host noti"),
                                HasSubstr(demo.Ssh().Impronta()), Not(HasSubstr(" riuscito: il")));
@@ -90,7 +90,7 @@ TEST_F(ProvaHost, AnUnknownHostIsReachedOnlyAfterItsKeyWasTakenInWithAYes) {
   EXPECT_THAT(Lancia({"--prova-host", indirizzo}), testing::StartsWith("0\n"));
 }
 
-TEST_F(ProvaHost, AChangedKeyIsNotTakenInByRegistering) {
+TEST_F(HostTest, AChangedKeyIsNotTakenInByRegistering) {
   const auto prima = Leggi(demo.Ssh().Noti());
   demo.Ssh().CambiaChiaveHost();
   EXPECT_THAT(Lancia({"--registra-host", indirizzo}, "sì\n"),

@@ -21,9 +21,9 @@ namespace fs = std::filesystem;
 constexpr int ColonnaNuova = 4; ///< of the window, whose first column is the tick
 constexpr std::string_view Nome = "T0120260305140709";
 
-class ScadenzarioIntero : public FinestraIntera {
+class WholeItemWindow : public FinestraIntera {
  protected:
-  ScadenzarioIntero() {
+  WholeItemWindow() {
     test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
     prima = demo.Stato();
     auto& s = stato();
@@ -67,7 +67,7 @@ class ScadenzarioIntero : public FinestraIntera {
   }
 };
 
-TEST_F(ScadenzarioIntero, TheDatesTypedInTheWindowGoToTheHostAndIntoTheDatabase) {
+TEST_F(WholeItemWindow, TheDatesTypedInTheWindowGoToTheHostAndIntoTheDatabase) {
   const auto dopo =
       demo.StatoDopo("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-06-15' WHERE EVENTOCONTABILEKEY=900001;"
                      "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-20' WHERE EVENTOCONTABILEKEY=900002");
@@ -87,7 +87,7 @@ TEST_F(ScadenzarioIntero, TheDatesTypedInTheWindowGoToTheHostAndIntoTheDatabase)
   EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
 }
 
-TEST_F(ScadenzarioIntero, TheTopDateGoesToTheTickedRowAlone) {
+TEST_F(WholeItemWindow, TheTopDateGoesToTheTickedRowAlone) {
   const auto dopo =
       demo.StatoDopo("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-09-30' WHERE EVENTOCONTABILEKEY=900002");
   Recita([](QDialog& finestra) {
@@ -100,7 +100,7 @@ TEST_F(ScadenzarioIntero, TheTopDateGoesToTheTickedRowAlone) {
   EXPECT_THAT(Differenze(dopo, demo.Stato()), IsEmpty());
 }
 
-TEST_F(ScadenzarioIntero, AnnullaSendsNothing) {
+TEST_F(WholeItemWindow, AnnullaSendsNothing) {
   Recita([](QDialog& finestra) {
     Scrivi(finestra, 0, "150606");
     Premi(finestra, "PictureAnnulla");
@@ -111,7 +111,7 @@ TEST_F(ScadenzarioIntero, AnnullaSendsNothing) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
 }
 
-TEST_F(ScadenzarioIntero, TheConfirmationOfAnExtraScheduleDeletesItOnTheHostAndInTheDatabase) {
+TEST_F(WholeItemWindow, TheConfirmationOfAnExtraScheduleDeletesItOnTheHostAndInTheDatabase) {
   const auto dopo = demo.StatoDopo("DELETE FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=900003;"
                                    "DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=900003");
   Recita([](QDialog& finestra) { Premi(finestra, "PictureOk"); });

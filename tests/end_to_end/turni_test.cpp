@@ -90,9 +90,9 @@ template <typename Tipo> Tipo& Condiviso() {
   return *new (posto) Tipo;
 }
 
-class Turni : public testing::Test {
+class Turns : public testing::Test {
  protected:
-  Turni() {
+  Turns() {
     ::setenv("NEXARO_ATTESA", "0.3", 1);
     banco_.ambiente.CodicePostazione = postazione_;
     banco_.ambiente.CartellaLocale = (base_ / "locale").string();
@@ -102,7 +102,7 @@ class Turni : public testing::Test {
       fs::create_directories(base_ / cartella);
     }
   }
-  ~Turni() override {
+  ~Turns() override {
     ::unsetenv("NEXARO_ATTESA");
     std::error_code ignorato;
     fs::remove_all(base_, ignorato);
@@ -202,22 +202,22 @@ class Turni : public testing::Test {
 
 } // namespace
 
-TEST_F(Turni, TwoProcessesThatMeetAHundredTimesLoseNoRequestAndDoNoneTwice) {
+TEST_F(Turns, TwoProcessesThatMeetAHundredTimesLoseNoRequestAndDoNoneTwice) {
   Incontra(100, true, 20ms);
   VerificaCheOgnunaSiaPassataUnaVolta(100);
 }
 
-TEST_F(Turni, TwoProcessesWithOneLocalDirectoryLoseNoRequestEither) {
+TEST_F(Turns, TwoProcessesWithOneLocalDirectoryLoseNoRequestEither) {
   Incontra(100, false, 20ms);
   VerificaCheOgnunaSiaPassataUnaVolta(100);
 }
 
-TEST_F(Turni, OnTheMachinesOwnSecondsTheyAreLateByASecondAndNotLost) {
+TEST_F(Turns, OnTheMachinesOwnSecondsTheyAreLateByASecondAndNotLost) {
   Incontra(2, true, 1000ms);
   VerificaCheOgnunaSiaPassataUnaVolta(2);
 }
 
-TEST_F(Turni, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
+TEST_F(Turns, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
   const AltroProcesso altro(HaIlTurno());
   ASSERT_TRUE(altro.Riuscito());
   const std::string attesa = "Un altro programma (processo " + std::to_string(altro.Numero()) + ")";
@@ -239,7 +239,7 @@ TEST_F(Turni, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
   EXPECT_THAT(Contenuto(base_ / "locale"), IsEmpty());
 }
 
-TEST_F(Turni, WhileItWaitsTheHourglassShowsAndEventsRun) {
+TEST_F(Turns, WhileItWaitsTheHourglassShowsAndEventsRun) {
   const AltroProcesso altro(HaIlTurno());
   ASSERT_TRUE(altro.Riuscito());
   EXPECT_NE(Esito([] { return ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", "30/04/2006"}}); }), "");
@@ -247,7 +247,7 @@ TEST_F(Turni, WhileItWaitsTheHourglassShowsAndEventsRun) {
   EXPECT_GE(banco_.desktop.respiri, 5U);
 }
 
-TEST_F(Turni, ARequestWithoutARowWaitsForNobodyAndTouchesNoFileOfAnothers) {
+TEST_F(Turns, ARequestWithoutARowWaitsForNobodyAndTouchesNoFileOfAnothers) {
   const AltroProcesso altro(HaIlTurno());
   ASSERT_TRUE(altro.Riuscito());
   const std::string nome = banco_.ambiente.CartellaLocale + "/" + postazione_ + "20060305140709";
@@ -260,7 +260,7 @@ TEST_F(Turni, ARequestWithoutARowWaitsForNobodyAndTouchesNoFileOfAnothers) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(Turni, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
+TEST_F(Turns, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
   ::setenv("NEXARO_ATTESA", "30", 1);
   esclusione_ = nexaro::CreaEsclusione();
   AltroProcesso altro(HaIlTurno());
@@ -280,7 +280,7 @@ TEST_F(Turni, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
 }
 
-TEST_F(Turni, ASecondThatALivingProcessHasUsedIsNotTakenWithoutAWaitEither) {
+TEST_F(Turns, ASecondThatALivingProcessHasUsedIsNotTakenWithoutAWaitEither) {
   const AltroProcesso altro([this] {
     if (!nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")) {
       throw ErroreRuntime(errori::ErroreInterno, "taken");
@@ -293,14 +293,14 @@ TEST_F(Turni, ASecondThatALivingProcessHasUsedIsNotTakenWithoutAWaitEither) {
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
 }
 
-TEST_F(Turni, RequestsOfOneProcessWithinASecondHaveOneName) {
+TEST_F(Turns, RequestsOfOneProcessWithinASecondHaveOneName) {
   EXPECT_EQ(Invia(), "");
   EXPECT_EQ(Invia(), "");
   EXPECT_EQ(banco_.host.operazioni.at(0), "Invia /tmp/" + postazione_ + "20060305140709");
   EXPECT_EQ(banco_.host.operazioni.at(5), banco_.host.operazioni.at(0));
 }
 
-TEST_F(Turni, AClockThatStandsStillIsSaidAndNothingIsSent) {
+TEST_F(Turns, AClockThatStandsStillIsSaidAndNothingIsSent) {
   const AltroProcesso altro(
       [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")); });
   ASSERT_TRUE(altro.Riuscito());
@@ -310,13 +310,13 @@ TEST_F(Turni, AClockThatStandsStillIsSaidAndNothingIsSent) {
   EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito()) << "the turn was kept";
 }
 
-TEST_F(Turni, ARequestThatFailsLetsTheNextOneIn) {
+TEST_F(Turns, ARequestThatFailsLetsTheNextOneIn) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Guasto."); };
   EXPECT_EQ(Invia(), "75 Guasto.");
   EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito());
 }
 
-TEST_F(Turni, TheTurnLastsUntilTheCleanUpAndNoLonger) {
+TEST_F(Turns, TheTurnLastsUntilTheCleanUpAndNoLonger) {
   std::vector<std::string> libere;
   banco_.host.guasto = [&](const std::string& operazione) {
     if (AltroProcesso(HaIlTurno()).Riuscito()) {

@@ -28,7 +28,7 @@ std::vector<fs::path> File(const fs::path& cartella) {
   return file;
 }
 
-class IngressiConservati : public testing::TestWithParam<Bersaglio> {
+class KeptInputs : public testing::TestWithParam<Bersaglio> {
  protected:
   /// Plays every input of a folder and returns how many there are.
   static std::size_t Gioca(std::string_view raccolta) {
@@ -44,15 +44,15 @@ class IngressiConservati : public testing::TestWithParam<Bersaglio> {
 
 } // namespace
 
-TEST_P(IngressiConservati, SiComportanoComeDevono) {
+TEST_P(KeptInputs, BehaveAsTheyMust) {
   EXPECT_GT(Gioca("corpora"), 10U) << "mancano gli ingressi conservati";
 }
 
-TEST_P(IngressiConservati, QuelliCheTrovaronoUnGuastoNonLoTrovanoPiu) {
+TEST_P(KeptInputs, ThatOnceFoundAFaultFindItNoMore) {
   Gioca("reperti");
 }
 
-TEST(Reperti, StannoTuttiSottoUnBersaglioCheLiRigioca) {
+TEST(Findings, AllStandUnderATargetThatPlaysThemAgain) {
   std::size_t rigiocati = 0;
   for (const Bersaglio& bersaglio : bersagli) {
     rigiocati += File(fs::path(LUMOSCAD_INGRESSI) / "reperti" / bersaglio.nome).size();
@@ -64,5 +64,5 @@ TEST(Reperti, StannoTuttiSottoUnBersaglioCheLiRigioca) {
   EXPECT_EQ(rigiocati, static_cast<std::size_t>(conservati));
 }
 
-INSTANTIATE_TEST_SUITE_P(Bersagli, IngressiConservati, testing::ValuesIn(bersagli),
+INSTANTIATE_TEST_SUITE_P(Targets, KeptInputs, testing::ValuesIn(bersagli),
                          [](const auto& caso) { return std::string(caso.param.nome); });

@@ -19,7 +19,7 @@ namespace {
 constexpr int Prove = 500;
 
 /// Requests as the screens make them, from a fixed seed.
-class Rilettura : public testing::Test {
+class ReadBack : public testing::Test {
  protected:
   int Fino(int massimo) { return static_cast<int>(caso_() % static_cast<unsigned>(massimo + 1)); }
   std::string Giorno() {
@@ -84,7 +84,7 @@ class Rilettura : public testing::Test {
 
 } // namespace
 
-TEST_F(Rilettura, OgniCanalizzazioneDelleSchermateSiRileggeIntera) {
+TEST_F(ReadBack, EveryCanalizzazioneOfTheScreensIsReadBackWhole) {
   OgniRichiesta<VariazioneCanalizzazione>([this] { return Rata(); },
                                           [this](const auto& rate, std::size_t quante) {
                                             ASSERT_EQ(ScriviRichiestaCanalizzazione("h", "01", rate, "CREDITI"), "");
@@ -92,7 +92,7 @@ TEST_F(Rilettura, OgniCanalizzazioneDelleSchermateSiRileggeIntera) {
                                           });
 }
 
-TEST_F(Rilettura, OgniBancaDiDocumentiPresuntiSiRileggeIntera) {
+TEST_F(ReadBack, EveryBankOfPresumedDocumentsIsReadBackWhole) {
   OgniRichiesta<VariazioneConsegna>([this] { return Documento(); },
                                     [this](const auto& documenti, std::size_t quanti) {
                                       ASSERT_EQ(ScriviRichiestaBancaPresunti("h", "01", documenti, "PRESUNTI"), "");
@@ -100,7 +100,7 @@ TEST_F(Rilettura, OgniBancaDiDocumentiPresuntiSiRileggeIntera) {
                                     });
 }
 
-TEST_F(Rilettura, OgniConsegnaSiRileggeIntera) {
+TEST_F(ReadBack, EveryDeliveryIsReadBackWhole) {
   const auto voce = [this] {
     VariazioneConsegna v = Documento();
     while (v.NuovaConsegna == v.Consegna) {
@@ -114,7 +114,7 @@ TEST_F(Rilettura, OgniConsegnaSiRileggeIntera) {
   });
 }
 
-TEST_F(Rilettura, OgniRichiestaDiScadenzeSiRileggeIntera) {
+TEST_F(ReadBack, EveryRequestOfDueDatesIsReadBackWhole) {
   const auto voce = [this] { return RigaScadenze{Conto(), "AB   1", Giorno(), Giorno(), Giorno()}; };
   OgniRichiesta<RigaScadenze>(voce, [this](const auto& righe, std::size_t quante) {
     // The reply action finds no database.
@@ -123,14 +123,14 @@ TEST_F(Rilettura, OgniRichiestaDiScadenzeSiRileggeIntera) {
   });
 }
 
-TEST_F(Rilettura, UnaRichiestaSenzaVariazioneNonSiRilegge) {
+TEST_F(ReadBack, ARequestWithoutAChangeIsNotReadBack) {
   VariazioneConsegna v = Documento();
   v.NuovaConsegna = v.Consegna = "01/02/2006";
   ASSERT_EQ(ScriviRichiestaConsegna("h", "01", {v}, "PRESUNTI"), "");
   EXPECT_THROW(static_cast<void>(demo::ControllaConsegna(Inviato(), {})), demo::Rifiuto);
 }
 
-TEST_F(Rilettura, UnaVirgolaInUnCampoSiInviaELHostRifiutaLaRiga) {
+TEST_F(ReadBack, ACommaInAFieldIsSentAndTheHostRefusesTheLine) {
   VariazioneCanalizzazione rata = Rata();
   rata.NumeroPartita = "15,16";
   ASSERT_EQ(ScriviRichiestaCanalizzazione("h", "01", {Rata(), rata}, "CREDITI"), "");

@@ -7,7 +7,7 @@
 namespace lumoscad::prove {
 
 /// The back end of the demonstration, run as the host runs it in a directory of its own.
-class RetroVB0001 : public testing::Test {
+class BackEndVB0001 : public testing::Test {
  protected:
   void SetUp() override {
     std::filesystem::create_directories(radice / "tmp");

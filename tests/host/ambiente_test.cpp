@@ -16,7 +16,7 @@ namespace {
 using prove::ErroreDi;
 using testing::HasSubstr;
 
-class AmbienteDelCollegamento : public testing::Test {
+class LinkEnvironment : public testing::Test {
  protected:
   void SetUp() override {
     for (const auto* nome : {"NEXARO_ATTESA", "NEXARO_CARTELLA_LOCALE", "TMPDIR"}) {
@@ -39,7 +39,7 @@ class AmbienteDelCollegamento : public testing::Test {
   prove::VariabiliProvvisorie variabili;
 };
 
-TEST_F(AmbienteDelCollegamento, GivesTheSettingsAsTheyAre) {
+TEST_F(LinkEnvironment, GivesTheSettingsAsTheyAre) {
   variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Percorso() + "/");
   const auto ambiente = nexaro::LeggiAmbiente();
   EXPECT_EQ(ambiente.CodicePostazione, "T01");
@@ -68,7 +68,7 @@ std::string PostazioneDi(const std::function<void()>& diventa) {
   return postazione;
 }
 
-TEST_F(AmbienteDelCollegamento, WorkstationDefaultsToMachineUserAndSession) {
+TEST_F(LinkEnvironment, WorkstationDefaultsToMachineUserAndSession) {
   variabili.Togli("NEXARO_POSTAZIONE");
   variabili.Imposta("XDG_SESSION_ID", "c 3");
   char nome[256]{};
@@ -80,14 +80,14 @@ TEST_F(AmbienteDelCollegamento, WorkstationDefaultsToMachineUserAndSession) {
   EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, postazione);
 }
 
-TEST_F(AmbienteDelCollegamento, TheProgramsOfOneSessionShareItsDefaultWorkstation) {
+TEST_F(LinkEnvironment, TheProgramsOfOneSessionShareItsDefaultWorkstation) {
   variabili.Imposta("XDG_SESSION_ID", "3");
   const auto nostra = nexaro::PostazionePredefinita();
   EXPECT_EQ(PostazioneDi([] {}), nostra);
   EXPECT_EQ(PostazioneDi([] { ::setsid(); }), nostra) << "a desktop starts its programs in sessions of their own";
 }
 
-TEST_F(AmbienteDelCollegamento, AnotherSessionHasAnotherDefaultWorkstation) {
+TEST_F(LinkEnvironment, AnotherSessionHasAnotherDefaultWorkstation) {
   variabili.Imposta("XDG_SESSION_ID", "3");
   const auto terza = nexaro::PostazionePredefinita();
   for (const char* altra : {"4", "33", "c3", "3 ", "3/"}) {
@@ -99,7 +99,7 @@ TEST_F(AmbienteDelCollegamento, AnotherSessionHasAnotherDefaultWorkstation) {
   EXPECT_EQ(PostazioneDi([] {}), nexaro::PostazionePredefinita());
 }
 
-TEST_F(AmbienteDelCollegamento, AnotherUserHasAnotherDefaultWorkstation) {
+TEST_F(LinkEnvironment, AnotherUserHasAnotherDefaultWorkstation) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can play another user";
   }
@@ -120,7 +120,7 @@ TEST_F(AmbienteDelCollegamento, AnotherUserHasAnotherDefaultWorkstation) {
   EXPECT_NE(ignota, nostra);
 }
 
-TEST_F(AmbienteDelCollegamento, RefusesAWorkstationThatCannotBePartOfAFileName) {
+TEST_F(LinkEnvironment, RefusesAWorkstationThatCannotBePartOfAFileName) {
   const std::string lunga(100, 'T');
   for (const std::string& postazione :
        {std::string("../T01"), std::string("T\n01"), std::string("  "), std::string("T\\01"), lunga + "T"}) {
@@ -131,7 +131,7 @@ TEST_F(AmbienteDelCollegamento, RefusesAWorkstationThatCannotBePartOfAFileName) 
   EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, lunga);
 }
 
-TEST_F(AmbienteDelCollegamento, CreatesAPrivateDirectoryOfTheUser) {
+TEST_F(LinkEnvironment, CreatesAPrivateDirectoryOfTheUser) {
   const auto ambiente = nexaro::LeggiAmbiente();
   EXPECT_EQ(ambiente.CartellaLocale, cartella / "lumoscad");
   struct stat stato {};
@@ -140,25 +140,25 @@ TEST_F(AmbienteDelCollegamento, CreatesAPrivateDirectoryOfTheUser) {
   EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, ambiente.CartellaLocale);
 }
 
-TEST_F(AmbienteDelCollegamento, FallsBackToTheTemporaryDirectory) {
+TEST_F(LinkEnvironment, FallsBackToTheTemporaryDirectory) {
   variabili.Togli("XDG_RUNTIME_DIR");
   variabili.Imposta("TMPDIR", cartella.Percorso());
   EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
 }
 
-TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryThatIsASymbolicLink) {
+TEST_F(LinkEnvironment, RefusesADefaultDirectoryThatIsASymbolicLink) {
   std::filesystem::create_directory(cartella / "altrove");
   std::filesystem::create_directory_symlink(cartella / "altrove", cartella / "lumoscad");
   EXPECT_THAT(Rifiuto(), HasSubstr("collegamento simbolico"));
 }
 
-TEST_F(AmbienteDelCollegamento, PassesOverARelativeRuntimeDirectory) {
+TEST_F(LinkEnvironment, PassesOverARelativeRuntimeDirectory) {
   variabili.Imposta("XDG_RUNTIME_DIR", "relativa");
   variabili.Imposta("TMPDIR", cartella.Percorso());
   EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
 }
 
-TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryOpenToOthers) {
+TEST_F(LinkEnvironment, RefusesADefaultDirectoryOpenToOthers) {
   std::filesystem::create_directory(cartella / "lumoscad");
   for (const auto modo : {0740, 0720, 0710, 0704, 0702, 0701}) {
     std::filesystem::permissions(cartella / "lumoscad", std::filesystem::perms(modo));
@@ -166,24 +166,24 @@ TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryOpenToOthers) {
   }
 }
 
-TEST_F(AmbienteDelCollegamento, RefusesADefaultDirectoryThatIsAFile) {
+TEST_F(LinkEnvironment, RefusesADefaultDirectoryThatIsAFile) {
   prove::Scrivi(cartella / "lumoscad", "");
   EXPECT_THAT(Rifiuto(), HasSubstr("non è una cartella"));
 }
 
-TEST_F(AmbienteDelCollegamento, RefusesARelativeOrMissingLocalDirectory) {
+TEST_F(LinkEnvironment, RefusesARelativeOrMissingLocalDirectory) {
   variabili.Imposta("NEXARO_CARTELLA_LOCALE", "relativa");
   EXPECT_THAT(Rifiuto(), HasSubstr("percorso assoluto"));
   variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella / "manca");
   EXPECT_THAT(Rifiuto(), HasSubstr("file inesistente"));
 }
 
-TEST_F(AmbienteDelCollegamento, RefusesTransportsItDoesNotHave) {
+TEST_F(LinkEnvironment, RefusesTransportsItDoesNotHave) {
   variabili.Imposta("NEXARO_TRASPORTO", "piccione");
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("«piccione»"));
 }
 
-TEST_F(AmbienteDelCollegamento, NeedsARootDirectoryThatExists) {
+TEST_F(LinkEnvironment, NeedsARootDirectoryThatExists) {
   variabili.Togli("NEXARO_RADICE");
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("Manca l'impostazione NEXARO_RADICE"));
   variabili.Imposta("NEXARO_RADICE", cartella / "manca");
@@ -193,7 +193,7 @@ TEST_F(AmbienteDelCollegamento, NeedsARootDirectoryThatExists) {
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("non è una cartella"));
 }
 
-TEST_F(AmbienteDelCollegamento, WaitIsAPositiveNumberOfSeconds) {
+TEST_F(LinkEnvironment, WaitIsAPositiveNumberOfSeconds) {
   for (const auto* attesa : {"0", "-1", "abc", "10s", "nan", "inf", "86401", " 5"}) {
     variabili.Imposta("NEXARO_ATTESA", attesa);
     EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("NEXARO_ATTESA")) << attesa;

@@ -22,7 +22,7 @@ struct Esito {
   std::string uscita;
 };
 
-class Amministrazione : public prove::BancoSsh {
+class Administration : public prove::BancoSsh {
  protected:
   void SetUp() override {
     prove::BancoSsh::SetUp();
@@ -74,7 +74,7 @@ class Amministrazione : public prove::BancoSsh {
   prove::VariabiliProvvisorie variabili;
 };
 
-TEST_F(Amministrazione, KeyIsShownAndRegisteredOnAYes) {
+TEST_F(Administration, KeyIsShownAndRegisteredOnAYes) {
   const auto esito = Registra("sì\\n");
   EXPECT_EQ(esito.stato, 0);
   EXPECT_THAT(esito.uscita, AllOf(HasSubstr("presenta la chiave ssh-ed25519\n  " + server->Impronta()),
@@ -86,7 +86,7 @@ TEST_F(Amministrazione, KeyIsShownAndRegisteredOnAYes) {
   EXPECT_THAT(ancora.uscita, AllOf(HasSubstr("È già fra gli host noti"), Not(HasSubstr("(sì/no)"))));
 }
 
-TEST_F(Amministrazione, NothingButAYesRegistersAKey) {
+TEST_F(Administration, NothingButAYesRegistersAKey) {
   for (const auto* risposta : {"no\\n", "", "\\n", "s\\n", "sii\\n", " sì\\n", "yes\\n"}) {
     const auto esito = Registra(risposta);
     EXPECT_EQ(esito.stato, 3) << risposta;
@@ -95,7 +95,7 @@ TEST_F(Amministrazione, NothingButAYesRegistersAKey) {
   }
 }
 
-TEST_F(Amministrazione, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) {
+TEST_F(Administration, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) {
   Conosci();
   const auto prima = prove::Leggi(base / "noti");
   server->CambiaChiaveHost("ed25519");
@@ -110,14 +110,14 @@ TEST_F(Amministrazione, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) 
   server->RendiNoto(server->Porta());
 }
 
-TEST_F(Amministrazione, HostThatDoesNotAnswerCannotBeRegistered) {
+TEST_F(Administration, HostThatDoesNotAnswerCannotBeRegistered) {
   variabili.Imposta("NEXARO_SSH_PORTA", "1");
   const auto esito = Registra("sì\\n");
   EXPECT_EQ(esito.stato, 1);
   EXPECT_THAT(esito.uscita, HasSubstr("connessione rifiutata"));
 }
 
-TEST_F(Amministrazione, EveryOperationIsTriedAndSaidToWork) {
+TEST_F(Administration, EveryOperationIsTriedAndSaidToWork) {
   Conosci();
   Programma("touch '" + base / "avviato" + "'");
   const auto esito = Prova();
@@ -132,7 +132,7 @@ TEST_F(Amministrazione, EveryOperationIsTriedAndSaidToWork) {
   EXPECT_THAT(NomiIn("locale"), IsEmpty());
 }
 
-TEST_F(Amministrazione, NamedProgramIsRun) {
+TEST_F(Administration, NamedProgramIsRun) {
   Conosci();
   prove::ScriviProgramma(base / "programmi/PROVA", "echo \"<ESITO>$#</ESITO>\"; touch '" + base / "avviato" + "'");
   const auto esito = Prova("PROVA");
@@ -141,7 +141,7 @@ TEST_F(Amministrazione, NamedProgramIsRun) {
   EXPECT_TRUE(fs::exists(base / "avviato"));
 }
 
-TEST_F(Amministrazione, ProgramThatIsMissingOrMayNotRunIsSaid) {
+TEST_F(Administration, ProgramThatIsMissingOrMayNotRunIsSaid) {
   Conosci();
   auto esito = Prova();
   EXPECT_EQ(esito.stato, 1);
@@ -153,7 +153,7 @@ TEST_F(Amministrazione, ProgramThatIsMissingOrMayNotRunIsSaid) {
   EXPECT_THAT(Prova().uscita, HasSubstr("non è fra quelli che la shell dell'utente trova"));
 }
 
-TEST_F(Amministrazione, WithoutATrustedKeyNothingWorksAndTheReasonIsShown) {
+TEST_F(Administration, WithoutATrustedKeyNothingWorksAndTheReasonIsShown) {
   const auto esito = Prova();
   EXPECT_EQ(esito.stato, 1);
   EXPECT_THAT(esito.uscita, AllOf(HasSubstr("InviaFile        NON riuscito: L'host 127.0.0.1 ha presentato la chiave"),
@@ -161,21 +161,21 @@ TEST_F(Amministrazione, WithoutATrustedKeyNothingWorksAndTheReasonIsShown) {
                                   HasSubstr("EseguiProgramma  NON riuscito")));
 }
 
-TEST_F(Amministrazione, SettingThatIsUnfitIsShown) {
+TEST_F(Administration, SettingThatIsUnfitIsShown) {
   variabili.Imposta("NEXARO_SSH_PORTA", "molte");
   const auto esito = Prova();
   EXPECT_EQ(esito.stato, 1);
   EXPECT_THAT(esito.uscita, HasSubstr("NEXARO_SSH_PORTA deve essere un numero"));
 }
 
-TEST_F(Amministrazione, EveryOperationWorksWithAnEncodingSetToo) {
+TEST_F(Administration, EveryOperationWorksWithAnEncodingSetToo) {
   Conosci();
   Programma("true");
   variabili.Imposta("NEXARO_CODIFICA", "ISO-8859-15");
   EXPECT_EQ(Prova().stato, 0);
 }
 
-TEST_F(Amministrazione, DirectoryThatPlaysTheHostIsTriedToo) {
+TEST_F(Administration, DirectoryThatPlaysTheHostIsTriedToo) {
   variabili.Imposta("NEXARO_TRASPORTO", "cartella");
   variabili.Imposta("NEXARO_RADICE", base.Percorso());
   fs::create_directories(base / "tmp");
@@ -224,7 +224,7 @@ class HostGuasto final : public nexaro::HostLink {
   fs::path radice_;
 };
 
-TEST(ProvaOperazioni, LeavesNothingOnTheHostWhateverFails) {
+TEST(OperationsTest, LeavesNothingOnTheHostWhateverFails) {
   const prove::CartellaProvvisoria base;
   for (const auto* nome : {"host", "locale"}) {
     fs::create_directory(base / nome);
@@ -245,7 +245,7 @@ TEST(ProvaOperazioni, LeavesNothingOnTheHostWhateverFails) {
   }
 }
 
-TEST(ProvaOperazioni, LeavesNothingWhenItsOutcomesCannotBeShown) {
+TEST(OperationsTest, LeavesNothingWhenItsOutcomesCannotBeShown) {
   const prove::CartellaProvvisoria base;
   for (const auto* nome : {"host", "locale"}) {
     fs::create_directory(base / nome);
@@ -264,7 +264,7 @@ TEST(ProvaOperazioni, LeavesNothingWhenItsOutcomesCannotBeShown) {
   }
 }
 
-TEST_F(Amministrazione, WrongUseIsAnsweredWithTheUsage) {
+TEST_F(Administration, WrongUseIsAnsweredWithTheUsage) {
   for (const auto* argomenti : {"--registra-host", "--registra-host a b", "--prova-host", "--prova-host a b c"}) {
     const auto esito = Esegui(argomenti);
     EXPECT_EQ(esito.stato, 2) << argomenti;

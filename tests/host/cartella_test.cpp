@@ -15,7 +15,7 @@ using prove::ErroreDi;
 using prove::ignoto;
 using testing::HasSubstr;
 
-class Cartella : public testing::Test {
+class DirectoryLink : public testing::Test {
  protected:
   void SetUp() override {
     for (const auto* nome : {"host/tmp", "host/programmi", "locale"}) {
@@ -50,7 +50,7 @@ class Cartella : public testing::Test {
   std::string testo;
 };
 
-TEST_F(Cartella, SendsRenamesAndDeletesAFile) {
+TEST_F(DirectoryLink, SendsRenamesAndDeletesAFile) {
   const std::string contenuto("A,1\r\nà\0,2\r\n", 12);
   prove::Scrivi(base / "locale/T01", contenuto);
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
@@ -62,7 +62,7 @@ TEST_F(Cartella, SendsRenamesAndDeletesAFile) {
   EXPECT_EQ(FileIn("host/tmp"), 0U);
 }
 
-TEST_F(Cartella, FileSentAgainReplacesTheFirst) {
+TEST_F(DirectoryLink, FileSentAgainReplacesTheFirst) {
   prove::Scrivi(base / "host/tmp/T01", "molto più lungo di prima");
   prove::Scrivi(base / "locale/T01", "nuovo");
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
@@ -70,7 +70,7 @@ TEST_F(Cartella, FileSentAgainReplacesTheFirst) {
   EXPECT_EQ(FileIn("host/tmp"), 1U);
 }
 
-TEST_F(Cartella, RenamingReplacesTheTarget) {
+TEST_F(DirectoryLink, RenamingReplacesTheTarget) {
   prove::Scrivi(base / "host/tmp/T01", "nuovo");
   prove::Scrivi(base / "host/tmp/T01.dos", "vecchio");
   testo = "prima";
@@ -79,7 +79,7 @@ TEST_F(Cartella, RenamingReplacesTheTarget) {
   EXPECT_EQ(testo, "");
 }
 
-TEST_F(Cartella, ReceivedFileIsForItsOwnerOnly) {
+TEST_F(DirectoryLink, ReceivedFileIsForItsOwnerOnly) {
   prove::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T02\n");
   collegamento->RiceviFile("h", "/tmp/VBCREDITI", base / "locale/VBCREDITI", testo);
   EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "Utente : T02\n");
@@ -88,7 +88,7 @@ TEST_F(Cartella, ReceivedFileIsForItsOwnerOnly) {
   EXPECT_EQ(stato.st_mode & 0777U, 0600U);
 }
 
-TEST_F(Cartella, ReceivingReplacesASymbolicLinkInsteadOfFollowingIt) {
+TEST_F(DirectoryLink, ReceivingReplacesASymbolicLinkInsteadOfFollowingIt) {
   prove::Scrivi(base / "vittima", "intatta");
   std::filesystem::create_symlink(base / "vittima", base / "locale/VBCREDITI");
   prove::Scrivi(base / "host/tmp/VBCREDITI", "nuovo");
@@ -98,7 +98,7 @@ TEST_F(Cartella, ReceivingReplacesASymbolicLinkInsteadOfFollowingIt) {
   EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "nuovo");
 }
 
-TEST_F(Cartella, ReceivingAMissingFileFailsAndLeavesNothing) {
+TEST_F(DirectoryLink, ReceivingAMissingFileFailsAndLeavesNothing) {
   const auto errore =
       ErroreDi([this] { collegamento->RiceviFile("10.0.0.1", "/tmp/VBX", base / "locale/VBX", testo); });
   EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
@@ -107,7 +107,7 @@ TEST_F(Cartella, ReceivingAMissingFileFailsAndLeavesNothing) {
   EXPECT_EQ(FileIn("locale"), 0U);
 }
 
-TEST_F(Cartella, LargestFileIsReceivedAndALargerOneRefused) {
+TEST_F(DirectoryLink, LargestFileIsReceivedAndALargerOneRefused) {
   constexpr std::uintmax_t massimo = std::uintmax_t{16} * 1024 * 1024;
   prove::Scrivi(base / "host/tmp/VBX", "x");
   std::filesystem::resize_file(base / "host/tmp/VBX", massimo);
@@ -122,14 +122,14 @@ TEST_F(Cartella, LargestFileIsReceivedAndALargerOneRefused) {
   EXPECT_EQ(FileIn("locale"), 0U);
 }
 
-TEST_F(Cartella, SendingLooksAtNoSize) {
+TEST_F(DirectoryLink, SendingLooksAtNoSize) {
   prove::Scrivi(base / "locale/T01", "x");
   std::filesystem::resize_file(base / "locale/T01", std::uintmax_t{17} * 1024 * 1024);
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
   EXPECT_EQ(std::filesystem::file_size(base / "host/tmp/T01"), std::uintmax_t{17} * 1024 * 1024);
 }
 
-TEST_F(Cartella, SendingOntoADirectoryLeavesNoPrivateFile) {
+TEST_F(DirectoryLink, SendingOntoADirectoryLeavesNoPrivateFile) {
   std::filesystem::create_directory(base / "host/tmp/T01");
   prove::Scrivi(base / "locale/T01", "x");
   const auto errore = ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01"); });
@@ -137,13 +137,13 @@ TEST_F(Cartella, SendingOntoADirectoryLeavesNoPrivateFile) {
   EXPECT_EQ(FileIn("host/tmp"), 1U);
 }
 
-TEST_F(Cartella, SendingFailsWhereTheHostDirectoryIsNotThere) {
+TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsNotThere) {
   prove::Scrivi(base / "locale/T01", "x");
   EXPECT_EQ(ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/manca/T01"); }).Numero(),
             errori::FileNonTrovato);
 }
 
-TEST_F(Cartella, SendingFailsWhereTheHostDirectoryIsReadOnly) {
+TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsReadOnly) {
   prove::Scrivi(base / "locale/T01", "x");
   std::filesystem::permissions(base.Percorso(), std::filesystem::perms(0755));
   std::filesystem::permissions(base / "host/tmp", std::filesystem::perms(0555));
@@ -158,13 +158,13 @@ TEST_F(Cartella, SendingFailsWhereTheHostDirectoryIsReadOnly) {
   EXPECT_THAT(errore.Descrizione(), HasSubstr("permesso negato"));
 }
 
-TEST_F(Cartella, APipeInTheFilesPlaceIsRefusedWithoutWaiting) {
+TEST_F(DirectoryLink, APipeInTheFilesPlaceIsRefusedWithoutWaiting) {
   ASSERT_EQ(::mkfifo((base / "host/tmp/VBX").c_str(), 0600), 0);
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
   EXPECT_THAT(errore.Descrizione(), HasSubstr("non è un file ordinario"));
 }
 
-TEST_F(Cartella, BeginningOfAFileIsReceivedWhateverItsSize) {
+TEST_F(DirectoryLink, BeginningOfAFileIsReceivedWhateverItsSize) {
   const std::string lungo(200000, 'y');
   for (const std::size_t dimensione : {0U, 10U, 65537U, 65538U, 200000U}) {
     prove::Scrivi(base / "host/tmp/VBX", lungo.substr(0, dimensione));
@@ -176,7 +176,7 @@ TEST_F(Cartella, BeginningOfAFileIsReceivedWhateverItsSize) {
   EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), 65537U);
 }
 
-TEST_F(Cartella, FileThatTakesTooLongIsNotReceived) {
+TEST_F(DirectoryLink, FileThatTakesTooLongIsNotReceived) {
   prove::Scrivi(base / "host/tmp/VBX", "x");
   std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{16} * 1024 * 1024);
   collegamento.emplace(base / "host", 1ms);
@@ -185,7 +185,7 @@ TEST_F(Cartella, FileThatTakesTooLongIsNotReceived) {
   EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
 }
 
-TEST_F(Cartella, FileThatWasReadInOnePieceIsReceivedThoughTheCallerWasHeldUpMeanwhile) {
+TEST_F(DirectoryLink, FileThatWasReadInOnePieceIsReceivedThoughTheCallerWasHeldUpMeanwhile) {
   collegamento.emplace(base / "host", 0ms);
   for (const std::size_t dimensione : {0U, 10U, 65536U}) {
     prove::Scrivi(base / "host/tmp/VBX", std::string(dimensione, 'x'));
@@ -199,19 +199,19 @@ TEST_F(Cartella, FileThatWasReadInOnePieceIsReceivedThoughTheCallerWasHeldUpMean
   EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
 }
 
-TEST_F(Cartella, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
+TEST_F(DirectoryLink, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
   EXPECT_NO_THROW(collegamento->CancellaFile("h", "/tmp/manca"));
   std::filesystem::create_directory(base / "host/tmp/cartella");
   EXPECT_EQ(ErroreDi([this] { collegamento->CancellaFile("h", "/tmp/cartella"); }).Numero(), errori::AccessoAlFile);
 }
 
-TEST_F(Cartella, RenamingAMissingFileFails) {
+TEST_F(DirectoryLink, RenamingAMissingFileFails) {
   const auto errore = ErroreDi([this] { collegamento->RinominaFile("h", "/tmp/a", "/tmp/b", testo); });
   EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
   EXPECT_THAT(errore.Descrizione(), HasSubstr("«/tmp/a» in «/tmp/b»"));
 }
 
-TEST_F(Cartella, NoPathLeavesTheHostDirectory) {
+TEST_F(DirectoryLink, NoPathLeavesTheHostDirectory) {
   prove::Scrivi(base / "segreto", "x");
   for (const auto* percorso : {"/../segreto", "/tmp/../../segreto", "segreto", "", "../segreto", "/tmp/.."}) {
     EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("h", percorso); }).Descrizione(), HasSubstr("non ammesso"))
@@ -220,7 +220,7 @@ TEST_F(Cartella, NoPathLeavesTheHostDirectory) {
   EXPECT_TRUE(std::filesystem::exists(base / "segreto"));
 }
 
-TEST_F(Cartella, ProgramGetsItsParametersAndAnswersInXml) {
+TEST_F(DirectoryLink, ProgramGetsItsParametersAndAnswersInXml) {
   Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1 $NEXARO_RADICE</MESSAGGIO></RISPOSTA>\"");
   const auto risposta = Risposta({"01", "", "", ""});
   ASSERT_TRUE(risposta.has_value());
@@ -228,30 +228,30 @@ TEST_F(Cartella, ProgramGetsItsParametersAndAnswersInXml) {
   EXPECT_EQ(risposta->figli.at(0).valore, "4 01 " + std::filesystem::canonical(base / "host").string());
 }
 
-TEST_F(Cartella, MissingProgramIsNamedWithItsHost) {
+TEST_F(DirectoryLink, MissingProgramIsNamedWithItsHost) {
   const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
   EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
   EXPECT_EQ(errore.Descrizione(), "Il programma VB0001 sull'host 10.0.0.1 non è stato avviato: file inesistente.");
 }
 
-TEST_F(Cartella, FailedProgramIsReportedWithWhatItSaid) {
+TEST_F(DirectoryLink, FailedProgramIsReportedWithWhatItSaid) {
   Programma("echo 'disco pieno' >&2; exit 3");
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è terminato con lo stato 3: disco pieno. " + ignoto);
 }
 
-TEST_F(Cartella, LongComplaintIsCutBetweenCharacters) {
+TEST_F(DirectoryLink, LongComplaintIsCutBetweenCharacters) {
   Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
   const auto rifiuto = Rifiuto();
   EXPECT_LT(rifiuto.size(), 2200U);
   EXPECT_THAT(rifiuto, testing::EndsWith("àà. " + ignoto));
 }
 
-TEST_F(Cartella, KilledProgramIsReportedWithTheSignal) {
+TEST_F(DirectoryLink, KilledProgramIsReportedWithTheSignal) {
   Programma("kill -SEGV $$");
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è stato terminato dal segnale 11. " + ignoto);
 }
 
-TEST_F(Cartella, HangingProgramIsInterrupted) {
+TEST_F(DirectoryLink, HangingProgramIsInterrupted) {
   Programma("sleep 60");
   collegamento.emplace(base / "host", 300ms);
   EXPECT_EQ(Rifiuto(),
@@ -259,17 +259,17 @@ TEST_F(Cartella, HangingProgramIsInterrupted) {
                 ignoto);
 }
 
-TEST_F(Cartella, SilentProgramIsAnError) {
+TEST_F(DirectoryLink, SilentProgramIsAnError) {
   Programma("exit 0");
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 non ha dato alcuna risposta. " + ignoto);
 }
 
-TEST_F(Cartella, EndlessAnswerIsInterrupted) {
+TEST_F(DirectoryLink, EndlessAnswerIsInterrupted) {
   Programma("exec yes '<A>'");
   EXPECT_THAT(Rifiuto(), HasSubstr("oltre 16 MiB"));
 }
 
-TEST_F(Cartella, UnusableAnswersAreDistinguished) {
+TEST_F(DirectoryLink, UnusableAnswersAreDistinguished) {
   Programma("echo spazzatura");
   EXPECT_THAT(Rifiuto(), HasSubstr("risposta non valida. Documento XML non valido: testo fuori"));
   Programma("echo '<!DOCTYPE a><a/>'");
@@ -279,7 +279,7 @@ TEST_F(Cartella, UnusableAnswersAreDistinguished) {
   EXPECT_THAT(Rifiuto(), HasSubstr("64 livelli"));
 }
 
-TEST_F(Cartella, ProgramNameIsAPlainName) {
+TEST_F(DirectoryLink, ProgramNameIsAPlainName) {
   nexaro::XMLParser lettore;
   for (const auto* nome : {"", "..", "../tmp/x", "/bin/sh"}) {
     EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma("h", nome, {}, lettore); }).Descrizione(),
@@ -287,7 +287,7 @@ TEST_F(Cartella, ProgramNameIsAPlainName) {
   }
 }
 
-TEST_F(Cartella, ParameterWithANulCharacterIsRefused) {
+TEST_F(DirectoryLink, ParameterWithANulCharacterIsRefused) {
   Programma("echo '<A/>'");
   EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Descrizione(),
               HasSubstr("carattere nullo"));

@@ -22,7 +22,7 @@ using prove::Chiamante;
 using prove::Rifiuta;
 using testing::HasSubstr;
 
-class ChiamanteAvverso : public testing::Test {
+class AdverseCaller : public testing::Test {
  protected:
   void SetUp() override { std::filesystem::create_directories(base / "host/programmi"); }
 
@@ -63,12 +63,12 @@ class ChiamanteAvverso : public testing::Test {
   prove::CartellaProvvisoria base;
 };
 
-TEST_F(ChiamanteAvverso, ProgramAnswersWhereTheSystemCannotCloseARangeOfDescriptors) {
+TEST_F(AdverseCaller, ProgramAnswersWhereTheSystemCannotCloseARangeOfDescriptors) {
   EXPECT_EQ(Ereditati(SYS_close_range, SYS_close_range, ENOSYS), "A: ") << "an older kernel";
   EXPECT_EQ(Ereditati(SYS_close_range, SYS_close_range, EPERM), "A: ") << "a sandbox";
 }
 
-TEST_F(ChiamanteAvverso, ProgramAnswersWhereTheDescriptorsCannotBeListedEither) {
+TEST_F(AdverseCaller, ProgramAnswersWhereTheDescriptorsCannotBeListedEither) {
   EXPECT_EQ(Ereditati(SYS_close_range, SYS_getdents64, EPERM), "A: ");
 }
 
@@ -98,11 +98,11 @@ template <typename Lavoro> std::string ConBiforcazione(Lavoro lavoro, std::chron
   return chiamante.Esito(limite);
 }
 
-TEST_F(ChiamanteAvverso, ForkOfAnotherThreadHoldsUpNeitherTheAnswerNorTheCaller) {
+TEST_F(AdverseCaller, ForkOfAnotherThreadHoldsUpNeitherTheAnswerNorTheCaller) {
   EXPECT_EQ(ConBiforcazione([&] { return Chiama("echo '<A>fatto</A>'", 8s); }, 6s), "A fatto");
 }
 
-TEST_F(ChiamanteAvverso, ForkOfAnotherThreadHidesNoFailure) {
+TEST_F(AdverseCaller, ForkOfAnotherThreadHidesNoFailure) {
   EXPECT_THAT(ConBiforcazione([&] { return Chiama("echo pieno >&2; exit 3", 8s); }, 6s),
               HasSubstr("lo stato 3: pieno"));
   EXPECT_THAT(ConBiforcazione([&] { return Chiama("kill -KILL $$", 8s); }, 6s), HasSubstr("dal segnale 9"));
@@ -115,7 +115,7 @@ TEST_F(ChiamanteAvverso, ForkOfAnotherThreadHidesNoFailure) {
               "non avviato");
 }
 
-TEST_F(ChiamanteAvverso, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
+TEST_F(AdverseCaller, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_EQ(Chiama("sleep 30 & echo $! >figlio; echo '<A>fatto</A>'", 20s), "A fatto");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
@@ -124,26 +124,26 @@ TEST_F(ChiamanteAvverso, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
   ::kill(figlio, SIGKILL);
 }
 
-TEST_F(ChiamanteAvverso, AnswerThatAChildCompletesIsWaitedFor) {
+TEST_F(AdverseCaller, AnswerThatAChildCompletesIsWaitedFor) {
   EXPECT_EQ(Chiama("(sleep 3; echo '<B/></A>'; exec sleep 5) & printf '<A>'", 20s), "A ");
 }
 
-TEST_F(ChiamanteAvverso, HalfAnAnswerIsNotTakenThoughTheProgramEndedWell) {
+TEST_F(AdverseCaller, HalfAnAnswerIsNotTakenThoughTheProgramEndedWell) {
   EXPECT_THAT(Chiama("sleep 30 & echo '<A>'", 2500ms), HasSubstr("non ha risposto entro 2,500 secondi"));
 }
 
-TEST_F(ChiamanteAvverso, FailureIsSaidThoughAChildHoldsTheOutput) {
+TEST_F(AdverseCaller, FailureIsSaidThoughAChildHoldsTheOutput) {
   EXPECT_THAT(Chiama("sleep 30 & echo '<A/>'; echo pieno >&2; exit 3", 20s), HasSubstr("lo stato 3: pieno"));
 }
 
-TEST_F(ChiamanteAvverso, AnswerThatCameWhileTheCallerWasStoppedIsRead) {
+TEST_F(AdverseCaller, AnswerThatCameWhileTheCallerWasStoppedIsRead) {
   const Chiamante chiamante([&] { return Chiama("sleep 1; echo '<A>fatto</A>'", 2s); });
   std::this_thread::sleep_for(500ms);
   chiamante.Ferma(3s);
   EXPECT_EQ(chiamante.Esito(10s), "A fatto");
 }
 
-TEST_F(ChiamanteAvverso, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadToItsEnd) {
+TEST_F(AdverseCaller, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadToItsEnd) {
   // More than a pipe holds: the program goes on only when somebody reads.
   const Chiamante chiamante([&] {
     return Chiama("sleep 1; printf '<A>'; head -c 8000000 /dev/zero | tr '\\0' ' '; echo 'fatto</A>'", 2s)
@@ -178,19 +178,19 @@ void InterrompiFilo(const std::string& cartella, const std::string& corpo, const
   ASSERT_EQ(esito, PTHREAD_CANCELED);
 }
 
-TEST_F(ChiamanteAvverso, ProgramDoesNotGoOnUnwatchedWhenTheWaitIsBrokenOff) {
+TEST_F(AdverseCaller, ProgramDoesNotGoOnUnwatchedWhenTheWaitIsBrokenOff) {
   InterrompiFilo(base.Percorso(), "touch partito; sleep 1; touch finito", "/partito");
   std::this_thread::sleep_for(1500ms);
   EXPECT_FALSE(std::filesystem::exists(base / "finito"));
 }
 
-TEST_F(ChiamanteAvverso, WhatAProgramLeftBehindGoesOnThoughTheWaitIsBrokenOff) {
+TEST_F(AdverseCaller, WhatAProgramLeftBehindGoesOnThoughTheWaitIsBrokenOff) {
   InterrompiFilo(base.Percorso(), "(sleep 1; touch finito) & touch partito", "/partito");
   std::this_thread::sleep_for(1500ms);
   EXPECT_TRUE(std::filesystem::exists(base / "finito"));
 }
 
-TEST_F(ChiamanteAvverso, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
+TEST_F(AdverseCaller, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_THAT(Chiama("while :; do echo ancora >&2; sleep 0.02; done", 500ms), HasSubstr("non ha risposto entro"));
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 12s);

@@ -26,26 +26,26 @@ std::string Attesi(const std::vector<std::string>& parametri) {
   return attesi;
 }
 
-class Citazione : public testing::TestWithParam<const char*> {
+class Quotation : public testing::TestWithParam<const char*> {
  protected:
   /// A program that writes its arguments back.
   void SetUp() override { prove::ScriviProgramma(cartella / "eco", "for a; do printf '%s\\0' \"$a\"; done"); }
   prove::CartellaProvvisoria cartella;
 };
 
-TEST(CitazionePerShell, EverythingStandsInOneQuotation) {
+TEST(ShellQuotation, EverythingStandsInOneQuotation) {
   EXPECT_EQ(CitaPerShell(""), "''");
   EXPECT_EQ(CitaPerShell("-x $(id) `id` ; \\ \" \n"), "'-x $(id) `id` ; \\ \" \n'");
   EXPECT_EQ(CitaPerShell("l'ora"), R"('l'\''ora')");
   EXPECT_EQ(CitaPerShell("'"), R"(''\''')");
 }
 
-TEST(CitazionePerShell, ProgramIsAWordLikeItsParameters) {
+TEST(ShellQuotation, ProgramIsAWordLikeItsParameters) {
   EXPECT_EQ(RigaDiComando("", "VB0001", {}), "'VB0001'");
   EXPECT_EQ(RigaDiComando("/opt/back end", "VB0001", {"01", ""}), "'/opt/back end/VB0001' '01' ''");
 }
 
-TEST_P(Citazione, NoCharacterMeansAnythingToTheShell) {
+TEST_P(Quotation, NoCharacterMeansAnythingToTheShell) {
   std::vector<std::string> parametri{"",        "'",        "''",     "\"",    "\\",   "\\'",     "$HOME", "$(id)",
                                      "`id`",    "; id",     "&&",     "| id",  "> /x", "* ? [a]", "~",     "#",
                                      "-rf",     "--",       "!!",     "{a,b}", "\n",   "a\nb",    "\t",    "\r\n",
@@ -56,7 +56,7 @@ TEST_P(Citazione, NoCharacterMeansAnythingToTheShell) {
   EXPECT_EQ(Argomenti(RigaDiComando(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
 }
 
-TEST_P(Citazione, RandomTextsArriveAsTheyAre) {
+TEST_P(Quotation, RandomTextsArriveAsTheyAre) {
   std::mt19937 caso(20260501);
   std::uniform_int_distribution<int> byte(1, 255);
   std::uniform_int_distribution<std::size_t> lunghezza(0, 60);
@@ -73,7 +73,7 @@ TEST_P(Citazione, RandomTextsArriveAsTheyAre) {
   EXPECT_EQ(Argomenti(RigaDiComando(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
 }
 
-INSTANTIATE_TEST_SUITE_P(Shells, Citazione, testing::Values("/bin/sh", "/bin/bash"));
+INSTANTIATE_TEST_SUITE_P(Shells, Quotation, testing::Values("/bin/sh", "/bin/bash"));
 
 } // namespace
 } // namespace lumoscad

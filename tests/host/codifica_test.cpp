@@ -10,7 +10,7 @@ using nexaro::Codifica;
 using prove::ErroreDi;
 using testing::HasSubstr;
 
-TEST(CodificaDellHost, Utf8IsTheDefaultAndPassesEveryByte) {
+TEST(HostEncoding, Utf8IsTheDefaultAndPassesEveryByte) {
   for (const auto* nome : {"", "UTF-8", "utf-8", "UTF8"}) {
     const Codifica codifica(nome);
     EXPECT_TRUE(codifica.IsUtf8()) << nome;
@@ -19,7 +19,7 @@ TEST(CodificaDellHost, Utf8IsTheDefaultAndPassesEveryByte) {
   }
 }
 
-TEST(CodificaDellHost, EveryNamedEncodingMapsItsOwnBytes) {
+TEST(HostEncoding, EveryNamedEncodingMapsItsOwnBytes) {
   EXPECT_EQ(Codifica("ISO-8859-1").VersoHost("Perché", "Il testo"), "Perch\xE9");
   EXPECT_EQ(Codifica("ISO-8859-15").VersoHost("5 €", "Il testo"), "5 \xA4");
   EXPECT_EQ(Codifica("Windows-1252").VersoHost("5 €", "Il testo"), "5 \x80");
@@ -30,7 +30,7 @@ TEST(CodificaDellHost, EveryNamedEncodingMapsItsOwnBytes) {
             "“citato”");
 }
 
-TEST(CodificaDellHost, EveryByteOfAnEncodingComesBackAsItself) {
+TEST(HostEncoding, EveryByteOfAnEncodingComesBackAsItself) {
   for (const auto* nome : {"ISO-8859-1", "ISO-8859-15", "Windows-1252", "CP850"}) {
     const Codifica codifica(nome);
     for (int byte = 0; byte < 256; ++byte) {
@@ -42,7 +42,7 @@ TEST(CodificaDellHost, EveryByteOfAnEncodingComesBackAsItself) {
   }
 }
 
-TEST(CodificaDellHost, CharacterThatIsMissingIsNamed) {
+TEST(HostEncoding, CharacterThatIsMissingIsNamed) {
   const Codifica codifica("ISO-8859-1");
   EXPECT_EQ(ErroreDi([&] { static_cast<void>(codifica.VersoHost("5 €", "Il parametro 3")); }).Descrizione(),
             "Il parametro 3 contiene il carattere «€» (U+20AC), che manca nella codifica ISO-8859-1 dell'host.");
@@ -50,7 +50,7 @@ TEST(CodificaDellHost, CharacterThatIsMissingIsNamed) {
               HasSubstr("(U+1F600)"));
 }
 
-TEST(CodificaDellHost, NothingIsLeftOutSilently) {
+TEST(HostEncoding, NothingIsLeftOutSilently) {
   // A decomposed accent and an invisible tag are characters too.
   for (const auto* testo : {"e\u0301", "a\U000E0041"}) {
     EXPECT_THAT(ErroreDi([&] { static_cast<void>(Codifica("ISO-8859-1").VersoHost(testo, "Il testo")); }).Descrizione(),
@@ -58,28 +58,28 @@ TEST(CodificaDellHost, NothingIsLeftOutSilently) {
   }
 }
 
-TEST(CodificaDellHost, TextThatIsNoUtf8IsRefused) {
+TEST(HostEncoding, TextThatIsNoUtf8IsRefused) {
   for (const auto* testo : {"\xE9", "\xC0\x80", "\xED\xA0\x80", "\xE2\x82", "\xF5\x80\x80\x80", "\x80"}) {
     EXPECT_THAT(ErroreDi([&] { static_cast<void>(Codifica("ISO-8859-1").VersoHost(testo, "Il file")); }).Descrizione(),
                 HasSubstr("Il file non è un testo UTF-8 valido"));
   }
 }
 
-TEST(CodificaDellHost, ByteThatIsNoCharacterIsRefusedOrReplaced) {
+TEST(HostEncoding, ByteThatIsNoCharacterIsRefusedOrReplaced) {
   const Codifica codifica("Windows-1252");
   EXPECT_EQ(codifica.DallHost("a\x81"), std::nullopt);
   EXPECT_EQ(codifica.DallHostTollerante("a\x81z"), "a\uFFFDz");
   EXPECT_EQ(Codifica().DallHostTollerante("Perch\xE9 à"), "Perch\uFFFD à");
 }
 
-TEST(CodificaDellHost, OnlyEncodingsThatContainAsciiByteForByteAreTaken) {
+TEST(HostEncoding, OnlyEncodingsThatContainAsciiByteForByteAreTaken) {
   for (const auto* nome :
        {"UTF-16", "UTF-16LE", "EBCDIC-IT", "IBM037", "SHIFT_JIS", "ISO-2022-JP", "UTF-7", "GB18030"}) {
     EXPECT_THAT(ErroreDi([&] { Codifica codifica(nome); }).Descrizione(), HasSubstr("NEXARO_CODIFICA")) << nome;
   }
 }
 
-TEST(CodificaDellHost, UnknownNamesAreRefused) {
+TEST(HostEncoding, UnknownNamesAreRefused) {
   for (const auto* nome : {"KLINGON", "ISO-8859-1//TRANSLIT", "ISO-8859-1//IGNORE", " "}) {
     EXPECT_THAT(ErroreDi([&] { Codifica codifica(nome); }).Descrizione(), HasSubstr("sconosciuta")) << nome;
   }

@@ -26,7 +26,7 @@ void Diventa(uid_t utente) {
   }
 }
 
-class Esclusione : public testing::Test {
+class LockAmongProcesses : public testing::Test {
  protected:
   void SetUp() override {
     variabili.Imposta("NEXARO_ATTESA", "0.3");
@@ -53,21 +53,21 @@ class Esclusione : public testing::Test {
   std::unique_ptr<nexaro::Esclusione> nostra;
 };
 
-TEST_F(Esclusione, KeepsAnotherProcessOutUntilItsHolderLetsGo) {
+TEST_F(LockAmongProcesses, KeepsAnotherProcessOutUntilItsHolderLetsGo) {
   ASSERT_FALSE(nostra->Attendi(testo, Niente));
   EXPECT_FALSE(AltroProcesso(Prende()).Riuscito());
   nostra->Lascia();
   EXPECT_TRUE(AltroProcesso(Prende()).Riuscito());
 }
 
-TEST_F(Esclusione, AnotherTextIsAnotherLock) {
+TEST_F(LockAmongProcesses, AnotherTextIsAnotherLock) {
   const AltroProcesso altro(Prende());
   ASSERT_TRUE(altro.Riuscito());
   EXPECT_FALSE(nostra->Attendi(testo + "0", Niente));
   nostra->Lascia();
 }
 
-TEST_F(Esclusione, WhoWaitsGetsItOnceTheHolderHasEndedAndIsToldThatItWaited) {
+TEST_F(LockAmongProcesses, WhoWaitsGetsItOnceTheHolderHasEndedAndIsToldThatItWaited) {
   variabili.Imposta("NEXARO_ATTESA", "30");
   const auto paziente = nexaro::CreaEsclusione();
   AltroProcesso altro(Prende());
@@ -82,7 +82,7 @@ TEST_F(Esclusione, WhoWaitsGetsItOnceTheHolderHasEndedAndIsToldThatItWaited) {
   paziente->Lascia();
 }
 
-TEST_F(Esclusione, GoesWithAKilledHolder) {
+TEST_F(LockAmongProcesses, GoesWithAKilledHolder) {
   AltroProcesso altro(Prende());
   ASSERT_TRUE(altro.Riuscito());
   ASSERT_FALSE(Libero());
@@ -90,7 +90,7 @@ TEST_F(Esclusione, GoesWithAKilledHolder) {
   EXPECT_TRUE(Libero());
 }
 
-TEST_F(Esclusione, IsNotHeldByAChildThatItsHolderForked) {
+TEST_F(LockAmongProcesses, IsNotHeldByAChildThatItsHolderForked) {
   std::array<int, 2> tubo{};
   ASSERT_EQ(::pipe(tubo.data()), 0);
   AltroProcesso altro([&] {
@@ -114,7 +114,7 @@ TEST_F(Esclusione, IsNotHeldByAChildThatItsHolderForked) {
   ::close(tubo[1]);
 }
 
-TEST_F(Esclusione, AChildThatForksOffDoesNotLetGoOfItsParentsLock) {
+TEST_F(LockAmongProcesses, AChildThatForksOffDoesNotLetGoOfItsParentsLock) {
   ASSERT_FALSE(nostra->Attendi(testo, Niente));
   AltroProcesso figlio([this] { nostra->Lascia(); });
   figlio.Termina();
@@ -122,7 +122,7 @@ TEST_F(Esclusione, AChildThatForksOffDoesNotLetGoOfItsParentsLock) {
   nostra->Lascia();
 }
 
-TEST_F(Esclusione, TheEndOfTheWaitNamesTheProcessInTheWay) {
+TEST_F(LockAmongProcesses, TheEndOfTheWaitNamesTheProcessInTheWay) {
   const AltroProcesso altro(Prende());
   ASSERT_TRUE(altro.Riuscito());
   const auto inizio = std::chrono::steady_clock::now();
@@ -138,7 +138,7 @@ TEST_F(Esclusione, TheEndOfTheWaitNamesTheProcessInTheWay) {
   EXPECT_LT(durata, 5s);
 }
 
-TEST_F(Esclusione, AWaitThatFailsKeepsNobodyElseWaiting) {
+TEST_F(LockAmongProcesses, AWaitThatFailsKeepsNobodyElseWaiting) {
   AltroProcesso altro(Prende());
   ASSERT_TRUE(altro.Riuscito());
   EXPECT_THROW(static_cast<void>(nostra->Attendi(testo, [] { throw ErroreRuntime(errori::Driver, "schermo"); })),
@@ -147,7 +147,7 @@ TEST_F(Esclusione, AWaitThatFailsKeepsNobodyElseWaiting) {
   EXPECT_TRUE(AltroProcesso(Prende()).Riuscito());
 }
 
-TEST_F(Esclusione, TheLastHolderWaitsBehindWhoIsWaitingAlready) {
+TEST_F(LockAmongProcesses, TheLastHolderWaitsBehindWhoIsWaitingAlready) {
   variabili.Imposta("NEXARO_ATTESA", "30");
   ASSERT_FALSE(nostra->Attendi(testo, Niente));
   std::array<int, 2> tubo{};
@@ -177,7 +177,7 @@ TEST_F(Esclusione, TheLastHolderWaitsBehindWhoIsWaitingAlready) {
   ::close(tubo[0]);
 }
 
-TEST_F(Esclusione, AnotherUserIsKeptOutAndHasNoFileToPutInTheWay) {
+TEST_F(LockAmongProcesses, AnotherUserIsKeptOutAndHasNoFileToPutInTheWay) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can play another user";
   }
@@ -211,7 +211,7 @@ TEST_F(Esclusione, AnotherUserIsKeptOutAndHasNoFileToPutInTheWay) {
   EXPECT_FALSE(Libero()) << "two users were let in at once";
 }
 
-TEST_F(Esclusione, AReservedNameIsAnothersUntilItsProcessReservesTheNextOrEnds) {
+TEST_F(LockAmongProcesses, AReservedNameIsAnothersUntilItsProcessReservesTheNextOrEnds) {
   ASSERT_TRUE(nostra->Riserva(testo + "1"));
   EXPECT_TRUE(nostra->Riserva(testo + "1")) << "one process may use a name again";
   const auto riserva = [this](const char* quale) {
@@ -231,7 +231,7 @@ TEST_F(Esclusione, AReservedNameIsAnothersUntilItsProcessReservesTheNextOrEnds) 
   EXPECT_TRUE(nostra->Riserva(testo + "1"));
 }
 
-TEST_F(Esclusione, ADescriptorThatTheCallingProgramClosedIsOpenedAgainAndNotMistaken) {
+TEST_F(LockAmongProcesses, ADescriptorThatTheCallingProgramClosedIsOpenedAgainAndNotMistaken) {
   ASSERT_FALSE(nostra->Attendi(testo, Niente));
   nostra->Lascia();
   int trovato = -1;
@@ -253,7 +253,7 @@ TEST_F(Esclusione, ADescriptorThatTheCallingProgramClosedIsOpenedAgainAndNotMist
   ::close(trovato);
 }
 
-TEST_F(Esclusione, KeepsClearOfTheStandardDescriptors) {
+TEST_F(LockAmongProcesses, KeepsClearOfTheStandardDescriptors) {
   const int copia = ::dup(STDIN_FILENO);
   ::close(STDIN_FILENO);
   const auto altra = nexaro::CreaEsclusione();

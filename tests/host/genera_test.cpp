@@ -14,20 +14,20 @@ nexaro::EsitoProcesso Genera(const std::vector<std::string>& argomenti) {
   return nexaro::Esegui({LUMOSCAD_GENERA, argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
 }
 
-TEST(DatiDimostrativi, AreTheSameForTheSameDay) {
+TEST(DemonstrationData, AreTheSameForTheSameDay) {
   const auto primi = Genera({"2026-03-05"});
   ASSERT_EQ(primi.stato, 0) << primi.errori;
   EXPECT_EQ(primi.uscita, Genera({"2026-03-05", "400"}).uscita);
   EXPECT_NE(primi.uscita, Genera({"2026-03-06"}).uscita);
 }
 
-TEST(DatiDimostrativi, DoubleTheApostropheInsideATextAndKeepAccents) {
+TEST(DemonstrationData, DoubleTheApostropheInsideATextAndKeepAccents) {
   const auto uscita = Genera({"2026-03-05"}).uscita;
   EXPECT_THAT(uscita, HasSubstr("'Autofficina Dall''Ò S.r.l.'"));
   EXPECT_THAT(uscita, HasSubstr("(1, '01', ' ', ' ')"));
 }
 
-TEST(DatiDimostrativi, GrowWithTheNumberAskedFor) {
+TEST(DemonstrationData, GrowWithTheNumberAskedFor) {
   const auto eventi = [](const std::string& testo) {
     const auto inizio = testo.find("INSERT INTO EVENTOCONTABILE");
     return std::count(testo.begin() + static_cast<std::ptrdiff_t>(inizio), testo.end(), '(');
@@ -57,7 +57,7 @@ const std::string conPresunti = " FROM EVENTOCONTABILE E JOIN MOVIMENTOCONTABILE
 const std::string elencati = conPresunti + "AND M.TIPOOPERAZIONE='V' AND E.SOSPESA='N' AND C.BLOCCO='N' "
                                            "AND E.IMPORTODIVISA<>0 ";
 
-TEST(DocumentiPresuntiDimostrativi, AreFoundByCompanySeriesAndNumberAlone) {
+TEST(DemonstrationPresumedDocuments, AreFoundByCompanySeriesAndNumberAlone) {
   EXPECT_EQ(Interroga("2026-03-05 2000 500", "SELECT count(*) FROM (SELECT 1 FROM MOVIMENTOCONTABILE GROUP BY "
                                              "AZIENDALINEAKEY, TIPOMOVIMENTO, SERIE, NUMERO HAVING count(*)>1)"),
             "0\n");
@@ -67,7 +67,7 @@ TEST(DocumentiPresuntiDimostrativi, AreFoundByCompanySeriesAndNumberAlone) {
             "0\n");
 }
 
-TEST(DocumentiPresuntiDimostrativi, HaveEveryCaseThatTheScreensTellApart) {
+TEST(DemonstrationPresumedDocuments, HaveEveryCaseThatTheScreensTellApart) {
   const auto quanti = [](const std::string& condizione) {
     return std::stol(Interroga("2026-03-05", "SELECT count(*)" + conPresunti + condizione));
   };
@@ -87,7 +87,7 @@ TEST(DocumentiPresuntiDimostrativi, HaveEveryCaseThatTheScreensTellApart) {
   }
 }
 
-TEST(DocumentiPresuntiDimostrativi, GrowByTheRowsAskedForEachOfThemListed) {
+TEST(DemonstrationPresumedDocuments, GrowByTheRowsAskedForEachOfThemListed) {
   const auto righe = [](const std::string& argomenti) {
     return std::stol(Interroga(argomenti, "SELECT count(*) FROM (SELECT 1" + elencati +
                                               "GROUP BY M.SERIE, M.NUMERO, E.BANCAPRESENTAZIONE_KEY, E.DATACONSEGNA, "
@@ -100,12 +100,12 @@ TEST(DocumentiPresuntiDimostrativi, GrowByTheRowsAskedForEachOfThemListed) {
   EXPECT_EQ(righe("2026-03-05 10 3000"), senza + 3000);
 }
 
-TEST(DocumentiPresuntiDimostrativi, LeaveTheInstalmentsAsTheyAre) {
+TEST(DemonstrationPresumedDocuments, LeaveTheInstalmentsAsTheyAre) {
   const std::string rate = "SELECT EVENTOCONTABILEKEY, IMPORTOEURO FROM EVENTOCONTABILE WHERE TIPOEVENTO='C'";
   EXPECT_EQ(Interroga("2026-03-05 100", rate), Interroga("2026-03-05 100 700", rate));
 }
 
-TEST(DatiDimostrativi, RefuseWrongArguments) {
+TEST(DemonstrationData, RefuseWrongArguments) {
   for (const std::vector<std::string>& argomenti :
        std::vector<std::vector<std::string>>{{},
                                              {"05/03/2026"},

@@ -11,7 +11,7 @@ namespace {
 using prove::ErroreDi;
 using testing::HasSubstr;
 
-class ImpostazioniDelTrasporto : public testing::Test {
+class TransportSettings : public testing::Test {
  protected:
   void SetUp() override {
     for (const auto* nome :
@@ -29,7 +29,7 @@ class ImpostazioniDelTrasporto : public testing::Test {
   prove::VariabiliProvvisorie variabili;
 };
 
-TEST_F(ImpostazioniDelTrasporto, NetworkIsTheTransportUnlessTheDirectoryIsAskedFor) {
+TEST_F(TransportSettings, NetworkIsTheTransportUnlessTheDirectoryIsAskedFor) {
   EXPECT_NE(dynamic_cast<nexaro::CollegamentoSsh*>(nexaro::CreaHostLink().get()), nullptr);
   variabili.Imposta("NEXARO_TRASPORTO", "ssh");
   EXPECT_NE(dynamic_cast<nexaro::CollegamentoSsh*>(nexaro::CreaHostLink().get()), nullptr);
@@ -38,7 +38,7 @@ TEST_F(ImpostazioniDelTrasporto, NetworkIsTheTransportUnlessTheDirectoryIsAskedF
   EXPECT_NE(dynamic_cast<nexaro::CollegamentoCartella*>(nexaro::CreaHostLink().get()), nullptr);
 }
 
-TEST_F(ImpostazioniDelTrasporto, DefaultsAreTheUsersOwn) {
+TEST_F(TransportSettings, DefaultsAreTheUsersOwn) {
   const auto valori = nexaro::LeggiImpostazioniSsh();
   EXPECT_EQ(valori.porta, 22U);
   EXPECT_NE(valori.utente, "");
@@ -50,7 +50,7 @@ TEST_F(ImpostazioniDelTrasporto, DefaultsAreTheUsersOwn) {
   EXPECT_EQ(valori.attesa, std::chrono::seconds(60));
 }
 
-TEST_F(ImpostazioniDelTrasporto, EverySettingIsTaken) {
+TEST_F(TransportSettings, EverySettingIsTaken) {
   variabili.Imposta("NEXARO_SSH_PORTA", "2222");
   variabili.Imposta("NEXARO_SSH_UTENTE", "contabile");
   variabili.Imposta("NEXARO_SSH_CHIAVE", "/chiavi/host");
@@ -68,14 +68,14 @@ TEST_F(ImpostazioniDelTrasporto, EverySettingIsTaken) {
   EXPECT_EQ(valori.attesa, std::chrono::seconds(5));
 }
 
-TEST_F(ImpostazioniDelTrasporto, PortIsANumberOfAPort) {
+TEST_F(TransportSettings, PortIsANumberOfAPort) {
   for (const auto* porta : {"0", "65536", "-1", "22a", " 22", "ssh"}) {
     variabili.Imposta("NEXARO_SSH_PORTA", porta);
     EXPECT_THAT(Rifiuto(), HasSubstr("NEXARO_SSH_PORTA")) << porta;
   }
 }
 
-TEST_F(ImpostazioniDelTrasporto, PathsAreAbsolute) {
+TEST_F(TransportSettings, PathsAreAbsolute) {
   for (const auto* nome : {"NEXARO_SSH_CHIAVE", "NEXARO_SSH_NOTI", "NEXARO_PROGRAMMI"}) {
     prove::VariabiliProvvisorie una;
     una.Imposta(nome, "~/chiave");
@@ -83,7 +83,7 @@ TEST_F(ImpostazioniDelTrasporto, PathsAreAbsolute) {
   }
 }
 
-TEST_F(ImpostazioniDelTrasporto, KnownHostsFileIsTheOneThatIsNamed) {
+TEST_F(TransportSettings, KnownHostsFileIsTheOneThatIsNamed) {
   // To the library the sign begins something that it replaces.
   for (const auto* nome : {"NEXARO_SSH_NOTI", "HOME"}) {
     prove::VariabiliProvvisorie una;
@@ -92,7 +92,7 @@ TEST_F(ImpostazioniDelTrasporto, KnownHostsFileIsTheOneThatIsNamed) {
   }
 }
 
-TEST_F(ImpostazioniDelTrasporto, EncodingIsKnown) {
+TEST_F(TransportSettings, EncodingIsKnown) {
   variabili.Imposta("NEXARO_CODIFICA", "KLINGON");
   EXPECT_THAT(Rifiuto(), HasSubstr("NEXARO_CODIFICA"));
 }

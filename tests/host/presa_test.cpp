@@ -34,14 +34,14 @@ struct Ascolto {
   unsigned porta = 0;
 };
 
-TEST(Presa, ConnectsByNumberAndByName) {
+TEST(SocketOfALink, ConnectsByNumberAndByName) {
   const Ascolto uno;
   EXPECT_TRUE(ApriPresa("127.0.0.1", uno.porta, Orologio::now() + 20s, 20s).Aperto());
   const Ascolto due;
   EXPECT_TRUE(ApriPresa("localhost", due.porta, Orologio::now() + 20s, 20s).Aperto());
 }
 
-TEST(Presa, RefusalIsSaidAtOnce) {
+TEST(SocketOfALink, RefusalIsSaidAtOnce) {
   unsigned porta = 0;
   {
     const Ascolto chiuso;
@@ -51,7 +51,7 @@ TEST(Presa, RefusalIsSaidAtOnce) {
   EXPECT_THAT(errore.Descrizione(), HasSubstr("(porta " + std::to_string(porta) + "): connessione rifiutata."));
 }
 
-TEST(Presa, AddressThatStaysSilentIsGivenUpInTime) {
+TEST(SocketOfALink, AddressThatStaysSilentIsGivenUpInTime) {
   // The queue of connections that nobody takes is full: the system leaves the next ones without an answer.
   const Ascolto ascolto;
   std::vector<Descrittore> coda;
@@ -68,12 +68,12 @@ TEST(Presa, AddressThatStaysSilentIsGivenUpInTime) {
   EXPECT_LT(Orologio::now() - inizio, 20s);
 }
 
-TEST(Presa, TimeThatIsOverIsNotNegative) {
+TEST(SocketOfALink, TimeThatIsOverIsNotNegative) {
   EXPECT_EQ(nexaro::TempoRestante(Orologio::now() - 5s).count(), 0);
   EXPECT_GT(nexaro::TempoRestante(Orologio::now() + 5s).count(), 0);
 }
 
-TEST(TestoAltrui, StandsInAMessageWhateverItHolds) {
+TEST(ForeignText, StandsInAMessageWhateverItHolds) {
   EXPECT_EQ(nexaro::TestoAltrui("Connection reset by peer"), "Connection reset by peer");
   EXPECT_EQ(nexaro::TestoAltrui("a\x1B[31m\r\nb\x7F"), "a [31m  b");
   EXPECT_EQ(nexaro::TestoAltrui("a\u009B31mb\u0080à"), "a 31mb à");

@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using nexaro::FineProcesso;
 
-class Programma : public testing::Test {
+class LocalProgram : public testing::Test {
  protected:
   nexaro::EsitoProcesso Esegui(const std::string& corpo, std::vector<std::string> argomenti = {},
                                std::chrono::milliseconds attesa = 20s) {
@@ -43,19 +43,19 @@ class Trattamento {
   struct sigaction precedente_ {};
 };
 
-TEST_F(Programma, GetsEachArgumentAsOneAndEmptyOnesToo) {
+TEST_F(LocalProgram, GetsEachArgumentAsOneAndEmptyOnesToo) {
   const auto esito = Esegui("printf '%s|' \"$#\" \"$@\"", {"a b", "", "$(id)", "`id`; rm *", ""});
   EXPECT_EQ(esito.fine, FineProcesso::Uscito);
   EXPECT_EQ(esito.stato, 0);
   EXPECT_EQ(esito.uscita, "5|a b||$(id)|`id`; rm *||");
 }
 
-TEST_F(Programma, RunsInItsDirectoryWithItsEnvironmentAndNoInput) {
+TEST_F(LocalProgram, RunsInItsDirectoryWithItsEnvironmentAndNoInput) {
   const auto esito = Esegui("pwd -P; echo $PROVA; wc -c");
   EXPECT_EQ(esito.uscita, std::filesystem::canonical(cartella.Percorso()).string() + "\nsì\n0\n");
 }
 
-TEST_F(Programma, ReportsExitStatusAndStandardErrorApart) {
+TEST_F(LocalProgram, ReportsExitStatusAndStandardErrorApart) {
   const auto esito = Esegui("echo fuori; echo dentro >&2; exit 7");
   EXPECT_EQ(esito.fine, FineProcesso::Uscito);
   EXPECT_EQ(esito.stato, 7);
@@ -63,20 +63,20 @@ TEST_F(Programma, ReportsExitStatusAndStandardErrorApart) {
   EXPECT_EQ(esito.errori, "dentro\n");
 }
 
-TEST_F(Programma, KeepsTheBeginningOfStandardErrorOnly) {
+TEST_F(LocalProgram, KeepsTheBeginningOfStandardErrorOnly) {
   const auto esito = Esegui("i=0; while [ $i -lt 5000 ]; do echo 0123456789012345678901234567890123456789 >&2; "
                             "i=$((i+1)); done; echo fine");
   EXPECT_EQ(esito.uscita, "fine\n");
   EXPECT_EQ(esito.errori.size(), 50U);
 }
 
-TEST_F(Programma, ReportsTheSignalThatKilledIt) {
+TEST_F(LocalProgram, ReportsTheSignalThatKilledIt) {
   const auto esito = Esegui("kill -TERM $$");
   EXPECT_EQ(esito.fine, FineProcesso::Segnale);
   EXPECT_EQ(esito.stato, SIGTERM);
 }
 
-TEST_F(Programma, ReportsThatItCannotBeStarted) {
+TEST_F(LocalProgram, ReportsThatItCannotBeStarted) {
   auto esito = nexaro::Esegui({cartella / "manca", {}, {}, cartella.Percorso(), 5s, 10, 10});
   EXPECT_EQ(esito.fine, FineProcesso::NonAvviato);
   EXPECT_EQ(esito.stato, ENOENT);
@@ -86,7 +86,7 @@ TEST_F(Programma, ReportsThatItCannotBeStarted) {
   EXPECT_EQ(esito.stato, EACCES);
 }
 
-TEST_F(Programma, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
+TEST_F(LocalProgram, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
   const auto inizio = std::chrono::steady_clock::now();
   const auto esito = Esegui("sleep 30 & echo $! > figlio; wait", {}, 500ms);
   EXPECT_EQ(esito.fine, FineProcesso::Scaduto);
@@ -102,19 +102,19 @@ TEST_F(Programma, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
   EXPECT_TRUE(morto());
 }
 
-TEST_F(Programma, IsStoppedWhenItWritesTooMuch) {
+TEST_F(LocalProgram, IsStoppedWhenItWritesTooMuch) {
   const auto esito = Esegui("while :; do echo 0123456789012345678901234567890123456789; done");
   EXPECT_EQ(esito.fine, FineProcesso::UscitaEccessiva);
   EXPECT_EQ(esito.uscita.size(), 100000U);
 }
 
-TEST_F(Programma, MayWriteExactlyTheBound) {
+TEST_F(LocalProgram, MayWriteExactlyTheBound) {
   const auto esito = Esegui("head -c 100000 /dev/zero");
   EXPECT_EQ(esito.fine, FineProcesso::Uscito);
   EXPECT_EQ(esito.uscita.size(), 100000U);
 }
 
-TEST_F(Programma, StatusArrivesThoughTheCallerIgnoresSigchld) {
+TEST_F(LocalProgram, StatusArrivesThoughTheCallerIgnoresSigchld) {
   const Trattamento ignorato(SIGCHLD, SIG_IGN);
   const auto esito = Esegui("exit 5");
   EXPECT_EQ(esito.fine, FineProcesso::Uscito);
@@ -128,21 +128,21 @@ void RaccogliTutti(int /*segnale*/) {
   errno = conservato;
 }
 
-TEST_F(Programma, StatusArrivesThoughTheCallerReapsEveryChild) {
+TEST_F(LocalProgram, StatusArrivesThoughTheCallerReapsEveryChild) {
   const Trattamento raccolto(SIGCHLD, RaccogliTutti);
   const auto esito = Esegui("exit 6");
   EXPECT_EQ(esito.fine, FineProcesso::Uscito);
   EXPECT_EQ(esito.stato, 6);
 }
 
-TEST_F(Programma, HasDefaultSignalsThoughTheCallerIgnoresThem) {
+TEST_F(LocalProgram, HasDefaultSignalsThoughTheCallerIgnoresThem) {
   const Trattamento ignorato(SIGPIPE, SIG_IGN);
   const auto esito = Esegui("kill -PIPE $$; echo vivo");
   EXPECT_EQ(esito.fine, FineProcesso::Segnale);
   EXPECT_EQ(esito.stato, SIGPIPE);
 }
 
-TEST_F(Programma, DoesNotInheritTheCallersFiles) {
+TEST_F(LocalProgram, DoesNotInheritTheCallersFiles) {
   const int aperto = ::open("/dev/null", O_RDONLY);
   ASSERT_GE(aperto, 0);
   const auto esito = Esegui("[ -e /proc/self/fd/" + std::to_string(aperto) + " ] && echo ereditato; echo fine");
@@ -150,13 +150,13 @@ TEST_F(Programma, DoesNotInheritTheCallersFiles) {
   EXPECT_EQ(esito.uscita, "fine\n");
 }
 
-TEST_F(Programma, LeavesNoZombieBehind) {
+TEST_F(LocalProgram, LeavesNoZombieBehind) {
   static_cast<void>(Esegui("exit 0"));
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);
 }
 
-TEST_F(Programma, RunsSideBySideWithoutWaitingForEachOther) {
+TEST_F(LocalProgram, RunsSideBySideWithoutWaitingForEachOther) {
   const auto lento = prove::ScriviProgramma(cartella / "lento", "sleep 2; echo lento");
   const auto svelto = prove::ScriviProgramma(cartella / "svelto", "echo svelto");
   nexaro::EsitoProcesso primo;

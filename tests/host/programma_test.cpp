@@ -113,7 +113,7 @@ class Programma {
   int ingresso_ = -1;
 };
 
-class ProgrammaLumoscad : public testing::Test {
+class LumoscadProgram : public testing::Test {
  protected:
   /// Runs the program without a desktop and returns its exit status; `uscite` receives what it wrote.
   int Esegui(const std::vector<std::string>& argomenti, const std::string& ingresso = {}) {
@@ -151,11 +151,11 @@ class ProgrammaLumoscad : public testing::Test {
 
 } // namespace
 
-TEST(Riservatezza, TheProcessLeavesNoImageOfItsMemory) {
+TEST(Confidentiality, TheProcessLeavesNoImageOfItsMemory) {
   EXPECT_EXIT(ProvaNelFiglio(), testing::ExitedWithCode(0), "");
 }
 
-TEST(Riservatezza, TheLibraryLeavesTheLimitsOfItsProcessAlone) {
+TEST(Confidentiality, TheLibraryLeavesTheLimitsOfItsProcessAlone) {
   const rlimit prima = LimiteImmagine();
   const int aperto = ::prctl(PR_GET_DUMPABLE);
   const mode_t maschera = ::umask(022);
@@ -167,7 +167,7 @@ TEST(Riservatezza, TheLibraryLeavesTheLimitsOfItsProcessAlone) {
   EXPECT_EQ(::umask(maschera), maschera);
 }
 
-TEST_F(ProgrammaLumoscad, DiesWithoutLeavingAnImageOfItsMemory) {
+TEST_F(LumoscadProgram, DiesWithoutLeavingAnImageOfItsMemory) {
   Programma programma({"-"}, errori);
   programma.Scrivi("-T TEST -DB2SOURCE CONTI -DB2PASS " + std::string(Password));
   ASSERT_TRUE(programma.HaLetto());
@@ -180,7 +180,7 @@ TEST_F(ProgrammaLumoscad, DiesWithoutLeavingAnImageOfItsMemory) {
   EXPECT_FALSE(WIFSIGNALED(stato) && WCOREDUMP(stato));
 }
 
-TEST_F(ProgrammaLumoscad, AllowsItselfNoImageOfItsMemory) {
+TEST_F(LumoscadProgram, AllowsItselfNoImageOfItsMemory) {
   Programma programma({"-"}, errori);
   programma.Scrivi("-T");
   ASSERT_TRUE(programma.HaLetto());
@@ -190,7 +190,7 @@ TEST_F(ProgrammaLumoscad, AllowsItselfNoImageOfItsMemory) {
   EXPECT_THAT(limiti.substr(riga, limiti.find('\n', riga) - riga), testing::ContainsRegex("size +0 +0 +bytes"));
 }
 
-TEST_F(ProgrammaLumoscad, KeepsACommandOfItsStandardInputOutOfTheProcessList) {
+TEST_F(LumoscadProgram, KeepsACommandOfItsStandardInputOutOfTheProcessList) {
   Programma programma({"-"}, errori);
   programma.Scrivi("-T FOO -DB2PASS " + std::string(Password));
   ASSERT_TRUE(programma.HaLetto());
@@ -202,7 +202,7 @@ TEST_F(ProgrammaLumoscad, KeepsACommandOfItsStandardInputOutOfTheProcessList) {
   EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
 }
 
-TEST_F(ProgrammaLumoscad, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
+TEST_F(LumoscadProgram, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
   TogliDesktop();
   for (const std::string comando : {"-T TEST -DB2SOURCE non-esiste -DB2PASS ", "-T -DB2PASS ", "-D -T -DB2PASS "}) {
     Programma programma({"-"}, errori);
@@ -214,7 +214,7 @@ TEST_F(ProgrammaLumoscad, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) 
   EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
 }
 
-TEST_F(ProgrammaLumoscad, JoinsItsArgumentsWithSingleBlanks) {
+TEST_F(LumoscadProgram, JoinsItsArgumentsWithSingleBlanks) {
   TogliDesktop();
   EXPECT_EQ(Esegui({"-T", "EXTRA", "/A", "-S"}), 1);
   EXPECT_THAT(uscite, HasSubstr("manca il valore di un'opzione")) << "the type and the sub-command were found";
@@ -223,7 +223,7 @@ TEST_F(ProgrammaLumoscad, JoinsItsArgumentsWithSingleBlanks) {
   EXPECT_EQ(uscite, "");
 }
 
-TEST_F(ProgrammaLumoscad, ReadsACommandWithoutItsLineEnd) {
+TEST_F(LumoscadProgram, ReadsACommandWithoutItsLineEnd) {
   TogliDesktop();
   for (const char* comando : {"-T FOO -T", "-T FOO -T\n", "-T FOO -T\r\n"}) {
     EXPECT_EQ(Esegui({"-"}, comando), 1) << comando;
@@ -233,7 +233,7 @@ TEST_F(ProgrammaLumoscad, ReadsACommandWithoutItsLineEnd) {
   EXPECT_EQ(uscite, "");
 }
 
-TEST_F(ProgrammaLumoscad, TellsHowItIsUsed) {
+TEST_F(LumoscadProgram, TellsHowItIsUsed) {
   EXPECT_EQ(Esegui({"--aiuto"}), 0);
   EXPECT_THAT(uscite, StartsWith("Uso: lumoscad COMANDO...\n"));
   const std::string aiuto = uscite;
@@ -250,7 +250,7 @@ TEST_F(ProgrammaLumoscad, TellsHowItIsUsed) {
   }
 }
 
-TEST_F(ProgrammaLumoscad, NamesEveryEnvironmentVariableInItsHelp) {
+TEST_F(LumoscadProgram, NamesEveryEnvironmentVariableInItsHelp) {
   EXPECT_EQ(Esegui({"--aiuto"}), 0);
   std::set<std::string> nomi{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SSH_AUTH_SOCK"};
   static const std::regex variabile("\"((NEXARO|LUMOSCAD)_[A-Z_]+)\"");

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class Resti : public testing::Test {
+class Leftovers : public testing::Test {
  protected:
   void SetUp() override {
     for (const char* nome : {"host/tmp", "locale"}) {
@@ -73,7 +73,7 @@ class Resti : public testing::Test {
   std::unique_ptr<nexaro::HostLink> collegamento;
 };
 
-TEST_F(Resti, OfAKilledDownloadGoWithTheNextOne) {
+TEST_F(Leftovers, OfAKilledDownloadGoWithTheNextOne) {
   AltroProcesso altro(Riceve());
   ASSERT_TRUE(altro.Riuscito());
   altro.Uccidi();
@@ -81,7 +81,7 @@ TEST_F(Resti, OfAKilledDownloadGoWithTheNextOne) {
   EXPECT_THAT(DopoUnaRicezione(), IsEmpty());
 }
 
-TEST_F(Resti, OfAKilledUploadToADirectoryHostGoWithTheNextOne) {
+TEST_F(Leftovers, OfAKilledUploadToADirectoryHostGoWithTheNextOne) {
   AltroProcesso altro([this] { static_cast<void>(new nexaro::FileProvvisorio(base / "host/tmp/T01", 0666, "Prova")); });
   ASSERT_TRUE(altro.Riuscito());
   altro.Uccidi();
@@ -91,7 +91,7 @@ TEST_F(Resti, OfAKilledUploadToADirectoryHostGoWithTheNextOne) {
   EXPECT_THAT(Nomi(base / "host/tmp"), ElementsAre("T01"));
 }
 
-TEST_F(Resti, ADownloadUnderWayIsLeftAlone) {
+TEST_F(Leftovers, ADownloadUnderWayIsLeftAlone) {
   const AltroProcesso altro(Riceve());
   ASSERT_TRUE(altro.Riuscito());
   EXPECT_THAT(DopoUnaRicezione(), SizeIs(1));
@@ -99,14 +99,14 @@ TEST_F(Resti, ADownloadUnderWayIsLeftAlone) {
   EXPECT_THAT(DopoUnaRicezione(), SizeIs(2));
 }
 
-TEST_F(Resti, OfALivingProcessAreLeftAloneWithoutALockToo) {
+TEST_F(Leftovers, OfALivingProcessAreLeftAloneWithoutALockToo) {
   const AltroProcesso altro([] {});
   const auto suo = ".lumoscad-" + std::to_string(altro.Numero()) + "-12345";
   Lascia(suo);
   EXPECT_THAT(DopoUnaRicezione(), ElementsAre(suo)) << "an older release locks nothing";
 }
 
-TEST_F(Resti, OfALockedFileNothingIsTakenWhoeverItsNameTells) {
+TEST_F(Leftovers, OfALockedFileNothingIsTakenWhoeverItsNameTells) {
   const auto nome = ".lumoscad-" + Finito() + "-12345";
   Lascia(nome);
   Invecchia(nome);
@@ -117,7 +117,7 @@ TEST_F(Resti, OfALockedFileNothingIsTakenWhoeverItsNameTells) {
   EXPECT_THAT(DopoUnaRicezione(), IsEmpty());
 }
 
-TEST_F(Resti, AProcessThatBeganAfterTheFileWasWrittenIsNotItsOwn) {
+TEST_F(Leftovers, AProcessThatBeganAfterTheFileWasWrittenIsNotItsOwn) {
   const AltroProcesso altro([] {});
   for (const auto& numero : {std::to_string(altro.Numero()), std::to_string(::getpid())}) {
     const auto nome = ".lumoscad-" + numero + "-12345";
@@ -128,7 +128,7 @@ TEST_F(Resti, AProcessThatBeganAfterTheFileWasWrittenIsNotItsOwn) {
   }
 }
 
-TEST_F(Resti, WhatIsNotOursIsLeftAlone) {
+TEST_F(Leftovers, WhatIsNotOursIsLeftAlone) {
   const auto finito = Finito();
   std::vector<std::string> altrui{".lumoscad-",
                                   ".lumoscad-" + finito,

@@ -78,7 +78,7 @@ std::string SecondiDa(Orologio::time_point inizio) {
 }
 
 /// Each case runs in a new program: the name service's threads belong to the whole process.
-class Risoluzione : public testing::Test {
+class NameLookUp : public testing::Test {
  protected:
   void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
@@ -92,7 +92,7 @@ class Risoluzione : public testing::Test {
   Racconta(errore.Descrizione() + SecondiDa(inizio));
 }
 
-TEST_F(Risoluzione, NameServiceThatNeverAnswersIsGivenUpInTimeAndNamed) {
+TEST_F(NameLookUp, NameServiceThatNeverAnswersIsGivenUpInTimeAndNamed) {
   EXPECT_EXIT(SenzaRisposta(), testing::ExitedWithCode(0),
               "Collegamento all'host contabile.invalid \\(porta 22\\): il servizio dei nomi di questa macchina non ha "
               "risposto entro 1,500 secondi.*\\(-H\\)\\. presto");
@@ -110,7 +110,7 @@ TEST_F(Risoluzione, NameServiceThatNeverAnswersIsGivenUpInTimeAndNamed) {
   Racconta(tutte);
 }
 
-TEST_F(Risoluzione, NameServiceThatNeverAnswersMayBeAskedAgainAndAgain) {
+TEST_F(NameLookUp, NameServiceThatNeverAnswersMayBeAskedAgainAndAgain) {
   EXPECT_EXIT(PiuVolte(), testing::ExitedWithCode(0), "il servizio dei nomi di questa macchina non ha risposto");
 }
 
@@ -146,7 +146,7 @@ unsigned PortaMuta() {
   Racconta(collegata.Aperto() && aperte == 1 ? "collegata" : "no");
 }
 
-TEST_F(Risoluzione, AddressInNumbersAsksNobody) {
+TEST_F(NameLookUp, AddressInNumbersAsksNobody) {
   EXPECT_EXIT(PerNumero(), testing::ExitedWithCode(0), "collegata");
 }
 
@@ -163,7 +163,7 @@ template <typename Avversa> [[noreturn]] void Avversato(Avversa avversa) {
   Racconta(errore.Descrizione());
 }
 
-TEST_F(Risoluzione, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
+TEST_F(NameLookUp, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
   const auto senzaDescrittori = [] {
     // What the look-up needs for good is read by then.
     static_cast<void>(ErroreDi([] { static_cast<void>(ApriPresa("altro.invalid", 22, Orologio::now() + 5s, 5s)); }));
@@ -178,12 +178,12 @@ TEST_F(Risoluzione, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
               "\\(-H\\)\\.");
 }
 
-TEST_F(Risoluzione, WantOfThreadsIsSaid) {
+TEST_F(NameLookUp, WantOfThreadsIsSaid) {
   EXPECT_EXIT(Avversato([] { prove::Rifiuta(SYS_clone3, SYS_clone, EAGAIN); }), testing::ExitedWithCode(0),
               "Collegamento all'host contabile.invalid \\(porta 22\\): risorse del sistema esaurite\\.");
 }
 
-TEST_F(Risoluzione, NameServiceThatFailedDoesNotSayThatTheNameIsNotThere) {
+TEST_F(NameLookUp, NameServiceThatFailedDoesNotSayThatTheNameIsNotThere) {
   for (const int esito : {EAI_AGAIN, EAI_FAIL}) {
     EXPECT_EQ(nexaro::ErroreRicerca(esito, 5s, "Ricerca").Descrizione(),
               "Ricerca: il servizio dei nomi non risponde. Verificare la rete di questa macchina.");
@@ -192,7 +192,7 @@ TEST_F(Risoluzione, NameServiceThatFailedDoesNotSayThatTheNameIsNotThere) {
             "Ricerca: l'indirizzo non esiste. Verificare l'indirizzo dell'host (-H).");
 }
 
-TEST_F(Risoluzione, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
+TEST_F(NameLookUp, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
   const auto cerca = [] {
     return ErroreDi([] { static_cast<void>(ApriPresa("localhost", 1, Orologio::now() + 3s, 3s)); }).Descrizione();
   };
@@ -216,7 +216,7 @@ TEST_F(Risoluzione, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
   Racconta(ErroreDi([&] { collegamento.CancellaFile("localhost", "/tmp/x"); }).Descrizione());
 }
 
-TEST_F(Risoluzione, NameServiceThatTookMuchOfTheWaitIsNamedWhereTheRestWasNotEnough) {
+TEST_F(NameLookUp, NameServiceThatTookMuchOfTheWaitIsNamedWhereTheRestWasNotEnough) {
   const prove::CartellaProvvisoria cartella;
   EXPECT_EXIT(Lenta(cartella.Percorso()), testing::ExitedWithCode(0),
               "il servizio SSH non ha risposto entro 3 secondi\\. Verificare che l'host sia in funzione\\. Di questo "

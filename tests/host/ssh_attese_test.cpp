@@ -22,7 +22,7 @@ using prove::ignoto;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-class SshAttese : public prove::BancoSsh {
+class SshWaits : public prove::BancoSsh {
  protected:
   void TearDown() override { server->Cambia({}); }
 
@@ -55,7 +55,7 @@ class SshAttese : public prove::BancoSsh {
   }
 };
 
-TEST_F(SshAttese, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
+TEST_F(SshWaits, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
   Programma("sleep 15 & echo '<A>fatto</A>'");
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_EQ(Chiama(), "fatto");
@@ -65,36 +65,36 @@ TEST_F(SshAttese, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
   EXPECT_EQ(Chiama(), "ancora") << "over the same connection";
 }
 
-TEST_F(SshAttese, AnswerThatAChildCompletesIsWaitedFor) {
+TEST_F(SshWaits, AnswerThatAChildCompletesIsWaitedFor) {
   Programma("(sleep 3; echo 'fatto</A>'; exec sleep 15) & printf '<A>'");
   EXPECT_EQ(Chiama(), "fatto");
 }
 
-TEST_F(SshAttese, HalfAnAnswerIsNotTakenThoughTheProgramEndedWell) {
+TEST_F(SshWaits, HalfAnAnswerIsNotTakenThoughTheProgramEndedWell) {
   Programma("sleep 15 & echo '<A>'");
   impostazioni.attesa = 2500ms;
   Collega();
   EXPECT_THAT(Chiama(), HasSubstr("non ha risposto entro 2,500 secondi"));
 }
 
-TEST_F(SshAttese, FailureIsSaidThoughAChildHoldsTheOutput) {
+TEST_F(SshWaits, FailureIsSaidThoughAChildHoldsTheOutput) {
   Programma("sleep 15 & echo '<A/>'; echo pieno >&2; exit 3");
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_THAT(Chiama(), HasSubstr("lo stato 3: pieno"));
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
 }
 
-TEST_F(SshAttese, AnswerThatCameWhileTheCallerWasStoppedIsRead) {
+TEST_F(SshWaits, AnswerThatCameWhileTheCallerWasStoppedIsRead) {
   EXPECT_EQ(ChiamaFermato("echo '<A>fatto</A>'"), "fatto");
 }
 
-TEST_F(SshAttese, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadToItsEnd) {
+TEST_F(SshWaits, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadToItsEnd) {
   // More than the connection holds: the program goes on only when somebody reads.
   EXPECT_THAT(ChiamaFermato("printf '<A>fatto'; head -c 8000000 /dev/zero | tr '\\0' ' '; echo '</A>'"),
               testing::StartsWith("fatto "));
 }
 
-TEST_F(SshAttese, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
+TEST_F(SshWaits, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
   Programma("while :; do echo ancora >&2; sleep 0.02; done");
   impostazioni.attesa = 500ms;
   Collega();
@@ -175,10 +175,10 @@ class AgenteMuto {
   std::thread filo_;
 };
 
-class SshAgenteMuto : public SshAttese {
+class SshSilentAgent : public SshWaits {
  protected:
   void SetUp() override {
-    SshAttese::SetUp();
+    SshWaits::SetUp();
     Programma("echo '<A>fatto</A>'");
     impostazioni.chiave.clear();
     impostazioni.cartella = base / "ssh";
@@ -195,12 +195,12 @@ class SshAgenteMuto : public SshAttese {
       "Verificare se attende una conferma, o indicare la chiave con NEXARO_SSH_CHIAVE.";
 };
 
-TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItListsNoKeys) {
+TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItListsNoKeys) {
   const AgenteMuto agente(base / "agente", {});
   EXPECT_EQ(ChiamaAltrove(), attesa);
 }
 
-TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
+TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
   const AgenteMuto agente(base / "agente", {});
   std::vector<nexaro::Descrittore> coda;
   sockaddr_un indirizzo{};
@@ -215,21 +215,21 @@ TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
   EXPECT_EQ(ChiamaAltrove(), attesa);
 }
 
-TEST_F(SshAgenteMuto, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
+TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
   const auto comando = "cut -d' ' -f2 '" + server->Chiave().string() + ".pub' | base64 -d >'" + base / "pubblica" + "'";
   ASSERT_EQ(std::system(comando.c_str()), 0);
   const AgenteMuto agente(base / "agente", prove::Leggi(base / "pubblica"));
   EXPECT_EQ(ChiamaAltrove(), attesa);
 }
 
-TEST_F(SshAgenteMuto, CallerThatWasStoppedDuringTheLoginTakesTheAnswerAndGoesOn) {
+TEST_F(SshSilentAgent, CallerThatWasStoppedDuringTheLoginTakesTheAnswerAndGoesOn) {
   fs::create_directories(base / "ssh");
   fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
   const AgenteMuto agente(base / "agente", {}, 2500ms);
   EXPECT_EQ(ChiamaAltrove(), "fatto") << "the key file is tried after the agent, when the limit is over";
 }
 
-TEST_F(SshAgenteMuto, LeavesNoDescriptorBehind) {
+TEST_F(SshSilentAgent, LeavesNoDescriptorBehind) {
   const AgenteMuto agente(base / "agente", {});
   impostazioni.attesa = 300ms;
   const auto aperti = [] {

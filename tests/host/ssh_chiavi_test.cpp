@@ -34,7 +34,7 @@ std::string Esegui(const std::string& riga) {
   return uscita;
 }
 
-class SshChiavi : public prove::BancoSsh {
+class SshHostKeys : public prove::BancoSsh {
  protected:
   void SetUp() override {
     prove::BancoSsh::SetUp();
@@ -66,11 +66,11 @@ class SshChiavi : public prove::BancoSsh {
   std::string noti;
 };
 
-TEST_F(SshChiavi, KnownKeyIsAccepted) {
+TEST_F(SshHostKeys, KnownKeyIsAccepted) {
   EXPECT_EQ(Prova(), "riuscito");
 }
 
-TEST_F(SshChiavi, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
+TEST_F(SshHostKeys, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
   for (const auto* contenuto : {"", "# niente\n\n", "altro.host ssh-ed25519 AAAA\n", "spazzatura\n"}) {
     prove::Scrivi(noti, contenuto);
     EXPECT_THAT(Prova(), AllOf(HasSubstr("ha presentato la chiave ssh-ed25519 " + server->Impronta()),
@@ -81,44 +81,44 @@ TEST_F(SshChiavi, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
   EXPECT_THAT(Prova(), HasSubstr("non è fra gli host noti (" + noti + ")"));
 }
 
-TEST_F(SshChiavi, PipeInTheFilesPlaceHoldsNobodyUp) {
+TEST_F(SshHostKeys, PipeInTheFilesPlaceHoldsNobodyUp) {
   fs::remove(noti);
   ASSERT_EQ(::mkfifo(noti.c_str(), 0600), 0);
   EXPECT_THAT(Prova(), AllOf(HasSubstr(server->Impronta()), HasSubstr("non può essere letto"),
                              HasSubstr("non è un file ordinario")));
 }
 
-TEST_F(SshChiavi, KeyOfAnotherPortOrHostIsNotThisHostsKey) {
+TEST_F(SshHostKeys, KeyOfAnotherPortOrHostIsNotThisHostsKey) {
   prove::Scrivi(noti, std::string(Host) + " " + server->ChiavePubblicaHost() + "\n[127.0.0.2]:" +
                           std::to_string(server->Porta()) + " " + server->ChiavePubblicaHost() + "\n");
   EXPECT_EQ(Stato(), StatoChiave::Sconosciuta);
 }
 
-TEST_F(SshChiavi, ChangedKeyIsRefusedAndItsLineNamed) {
+TEST_F(SshHostKeys, ChangedKeyIsRefusedAndItsLineNamed) {
   prove::Scrivi(noti, "# uno\n" + Posto() + " " + NuovaChiave("altra", "ed25519"));
   EXPECT_THAT(Prova(), AllOf(HasSubstr("diversa da quella nota (" + noti + ", riga 2)"), HasSubstr(server->Impronta()),
                              HasSubstr("un'altra macchina")));
 }
 
-TEST_F(SshChiavi, KeyOfAnotherTypeIsRefusedAndSaidToBe) {
+TEST_F(SshHostKeys, KeyOfAnotherTypeIsRefusedAndSaidToBe) {
   prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa"));
   EXPECT_THAT(Prova(), AllOf(HasSubstr("di tipo diverso da quella nota"), HasSubstr("riga 1")));
 }
 
-TEST_F(SshChiavi, OneOfSeveralKnownKeysIsEnough) {
+TEST_F(SshHostKeys, OneOfSeveralKnownKeysIsEnough) {
   prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa") + Posto() + " " +
                           NuovaChiave("vecchia", "ed25519") + "altro,*.altrove," + Posto() + " " +
                           server->ChiavePubblicaHost() + " commento\r\n");
   EXPECT_EQ(Prova(), "riuscito");
 }
 
-TEST_F(SshChiavi, HashedNamesAreKnown) {
+TEST_F(SshHostKeys, HashedNamesAreKnown) {
   Esegui("ssh-keygen -q -H -f '" + noti + "'");
   ASSERT_EQ(prove::Leggi(noti).find(Host), std::string::npos);
   EXPECT_EQ(Prova(), "riuscito");
 }
 
-TEST_F(SshChiavi, RevokedKeyIsRefusedWhateverElseTheFileSays) {
+TEST_F(SshHostKeys, RevokedKeyIsRefusedWhateverElseTheFileSays) {
   const auto revoca = "@revoked * " + server->ChiavePubblicaHost() + "\n";
   prove::Scrivi(noti, prove::Leggi(server->Noti()) + revoca);
   EXPECT_THAT(Prova(), HasSubstr("che è revocata"));
@@ -126,20 +126,20 @@ TEST_F(SshChiavi, RevokedKeyIsRefusedWhateverElseTheFileSays) {
   EXPECT_EQ(Stato(), StatoChiave::Revocata);
 }
 
-TEST_F(SshChiavi, AuthoritiesAndExceptionsAcceptNoKey) {
+TEST_F(SshHostKeys, AuthoritiesAndExceptionsAcceptNoKey) {
   prove::Scrivi(noti, "@cert-authority * " + server->ChiavePubblicaHost() + "\n!" + Posto() + ",* " +
                           server->ChiavePubblicaHost() + "\n");
   EXPECT_EQ(Stato(), StatoChiave::Sconosciuta);
 }
 
-TEST_F(SshChiavi, UnreadableFileIsSaidAndTrustsNobody) {
+TEST_F(SshHostKeys, UnreadableFileIsSaidAndTrustsNobody) {
   impostazioni.noti = base.Percorso();
   EXPECT_THAT(Prova(), AllOf(HasSubstr("il file degli host noti non può essere letto"), HasSubstr("è una cartella")));
   impostazioni.noti = noti + "/sotto";
   EXPECT_THAT(Prova(), HasSubstr("un elemento del percorso non è una cartella"));
 }
 
-TEST_F(SshChiavi, FilesOfTheSshProgramAreLeftAlone) {
+TEST_F(SshHostKeys, FilesOfTheSshProgramAreLeftAlone) {
   prove::VariabiliProvvisorie variabili;
   fs::create_directories(base / "casa/.ssh");
   prove::Scrivi(base / "casa/.ssh/config", "Host *\n  StrictHostKeyChecking no\n  Port 1\n  User nessuno\n");
@@ -150,7 +150,7 @@ TEST_F(SshChiavi, FilesOfTheSshProgramAreLeftAlone) {
   EXPECT_THAT(Prova(), HasSubstr("non è fra gli host noti"));
 }
 
-TEST_F(SshChiavi, EveryTypeOfHostKeyIsAccepted) {
+TEST_F(SshHostKeys, EveryTypeOfHostKeyIsAccepted) {
   for (const auto* tipo : {"ecdsa", "rsa", "ed25519"}) {
     server->CambiaChiaveHost(tipo);
     prove::Scrivi(noti, Posto() + " " + server->ChiavePubblicaHost() + "\n");
@@ -161,7 +161,7 @@ TEST_F(SshChiavi, EveryTypeOfHostKeyIsAccepted) {
   server->RendiNoto(server->Porta());
 }
 
-TEST_F(SshChiavi, HostWithSeveralKeysIsAskedForTheKnownOne) {
+TEST_F(SshHostKeys, HostWithSeveralKeysIsAskedForTheKnownOne) {
   const auto seconda = NuovaChiave("host-rsa", "rsa");
   server->Cambia({"ed25519", {}, "internal-sftp", {"HostKey " + base / "host-rsa"}});
   prove::Scrivi(noti, Posto() + " " + seconda);
@@ -171,7 +171,7 @@ TEST_F(SshChiavi, HostWithSeveralKeysIsAskedForTheKnownOne) {
   server->Cambia({});
 }
 
-TEST_F(SshChiavi, RegisteredKeyIsKnown) {
+TEST_F(SshHostKeys, RegisteredKeyIsKnown) {
   noti = base / "nuova/noti";
   impostazioni.noti = noti;
   const auto chiave = nexaro::ChiediChiave(impostazioni, Host);
@@ -186,7 +186,7 @@ TEST_F(SshChiavi, RegisteredKeyIsKnown) {
   EXPECT_EQ(stato.st_mode & 0777U, 0700U);
 }
 
-TEST_F(SshChiavi, RegisteringKeepsWhatTheFileHolds) {
+TEST_F(SshHostKeys, RegisteringKeepsWhatTheFileHolds) {
   prove::Scrivi(noti, "altro ssh-ed25519 AAAA");
   nexaro::RegistraRiga("nuovo ssh-ed25519 BBBB", noti);
   EXPECT_EQ(prove::Leggi(noti), "altro ssh-ed25519 AAAA\nnuovo ssh-ed25519 BBBB\n");
@@ -194,10 +194,10 @@ TEST_F(SshChiavi, RegisteringKeepsWhatTheFileHolds) {
               HasSubstr("file inesistente"));
 }
 
-class SshAccesso : public SshChiavi {
+class SshLogin : public SshHostKeys {
  protected:
   void SetUp() override {
-    SshChiavi::SetUp();
+    SshHostKeys::SetUp();
     variabili.Togli("SSH_AUTH_SOCK");
     impostazioni.cartella = base / "ssh";
     fs::create_directory(base / "ssh");
@@ -205,7 +205,7 @@ class SshAccesso : public SshChiavi {
   prove::VariabiliProvvisorie variabili;
 };
 
-TEST_F(SshAccesso, KeyThatTheHostDoesNotAcceptIsNamed) {
+TEST_F(SshLogin, KeyThatTheHostDoesNotAcceptIsNamed) {
   impostazioni.chiave = server->ChiaveEstranea();
   Collega();
   const auto errore = ErroreDi([this] { collegamento->CancellaFile(Host, "/tmp/x"); });
@@ -215,7 +215,7 @@ TEST_F(SshAccesso, KeyThatTheHostDoesNotAcceptIsNamed) {
                     HasSubstr(impostazioni.chiave + ": non accettata"), HasSubstr("amministratore dell'host")));
 }
 
-TEST_F(SshAccesso, OnlyTheNamedKeyIsPresented) {
+TEST_F(SshLogin, OnlyTheNamedKeyIsPresented) {
   fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
   impostazioni.chiave = server->ChiaveEstranea();
   EXPECT_THAT(Prova(), testing::Not(HasSubstr("id_ed25519")));
@@ -223,7 +223,7 @@ TEST_F(SshAccesso, OnlyTheNamedKeyIsPresented) {
   EXPECT_EQ(Prova(), "riuscito");
 }
 
-TEST_F(SshAccesso, KeyFileThatCannotBeUsedIsSaid) {
+TEST_F(SshLogin, KeyFileThatCannotBeUsedIsSaid) {
   impostazioni.chiave = base / "manca";
   EXPECT_THAT(Prova(), HasSubstr("manca: file inesistente"));
   ASSERT_EQ(::mkfifo((base / "tubo").c_str(), 0600), 0);
@@ -236,7 +236,7 @@ TEST_F(SshAccesso, KeyFileThatCannotBeUsedIsSaid) {
   EXPECT_THAT(Prova(), HasSubstr("non è una chiave privata leggibile"));
 }
 
-TEST_F(SshAccesso, ProtectedKeyIsSaidAndNeverAskedFor) {
+TEST_F(SshLogin, ProtectedKeyIsSaidAndNeverAskedFor) {
   static_cast<void>(NuovaChiave("protetta", "ed25519", "segreto"));
   Esegui("ssh-keygen -q -t rsa -m PEM -N segreto -C prova -f '" + base / "protetta-pem" + "'");
   for (const auto* nome : {"protetta", "protetta-pem"}) {
@@ -245,7 +245,7 @@ TEST_F(SshAccesso, ProtectedKeyIsSaidAndNeverAskedFor) {
   }
 }
 
-TEST_F(SshAccesso, EveryUsualKeyIsTriedAndListed) {
+TEST_F(SshLogin, EveryUsualKeyIsTriedAndListed) {
   impostazioni.chiave.clear();
   EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: non attivo"));
   static_cast<void>(NuovaChiave("ssh/id_ed25519", "ed25519"));
@@ -284,7 +284,7 @@ class Agente {
   prove::VariabiliProvvisorie variabili_;
 };
 
-TEST_F(SshAccesso, AgentsKeysComeFirst) {
+TEST_F(SshLogin, AgentsKeysComeFirst) {
   impostazioni.chiave.clear();
   const Agente agente(base / "agente");
   EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: nessuna chiave accettata"));
@@ -292,14 +292,14 @@ TEST_F(SshAccesso, AgentsKeysComeFirst) {
   EXPECT_EQ(Prova(), "riuscito");
 }
 
-TEST_F(SshAccesso, AgentThatIsGoneIsNoObstacle) {
+TEST_F(SshLogin, AgentThatIsGoneIsNoObstacle) {
   impostazioni.chiave.clear();
   variabili.Imposta("SSH_AUTH_SOCK", base / "manca");
   fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
   EXPECT_EQ(Prova(), "riuscito");
 }
 
-TEST_F(SshAccesso, KeyFilesAreTriedWhereTheSystemHasNoThreadForTheAgent) {
+TEST_F(SshLogin, KeyFilesAreTriedWhereTheSystemHasNoThreadForTheAgent) {
   impostazioni.chiave.clear();
   const Agente agente(base / "agente");
   Agente::Aggiungi(server->Chiave());
@@ -322,10 +322,10 @@ struct TipoChiave {
   const char* fileConsueto; ///< where the user has such a key
 };
 
-class SshAccessoPerTipo : public SshAccesso, public testing::WithParamInterface<TipoChiave> {
+class SshLoginByKeyType : public SshLogin, public testing::WithParamInterface<TipoChiave> {
  protected:
   void SetUp() override {
-    SshAccesso::SetUp();
+    SshLogin::SetUp();
     pubblica = NuovaChiave("utente", GetParam().generazione);
     chiave = base / "utente";
     ammesse_ = prove::Leggi(server->Ammesse());
@@ -353,14 +353,14 @@ class SshAccessoPerTipo : public SshAccesso, public testing::WithParamInterface<
   std::string ammesse_;
 };
 
-TEST_P(SshAccessoPerTipo, LogsInWithTheNamedKey) {
+TEST_P(SshLoginByKeyType, LogsInWithTheNamedKey) {
   impostazioni.chiave = chiave;
   EXPECT_THAT(Prova(), HasSubstr(chiave + ": non accettata"));
   Ammetti();
   VerificaAccesso();
 }
 
-TEST_P(SshAccessoPerTipo, LogsInWithTheUsersUsualKey) {
+TEST_P(SshLoginByKeyType, LogsInWithTheUsersUsualKey) {
   impostazioni.chiave.clear();
   fs::copy_file(chiave, base / (std::string("ssh/") + GetParam().fileConsueto));
   EXPECT_THAT(Prova(), HasSubstr(std::string(GetParam().fileConsueto) + ": non accettata"));
@@ -368,7 +368,7 @@ TEST_P(SshAccessoPerTipo, LogsInWithTheUsersUsualKey) {
   VerificaAccesso();
 }
 
-TEST_P(SshAccessoPerTipo, LogsInWithTheAgentsKey) {
+TEST_P(SshLoginByKeyType, LogsInWithTheAgentsKey) {
   impostazioni.chiave.clear();
   const Agente agente(base / "agente");
   Agente::Aggiungi(chiave);
@@ -377,20 +377,20 @@ TEST_P(SshAccessoPerTipo, LogsInWithTheAgentsKey) {
   VerificaAccesso();
 }
 
-INSTANTIATE_TEST_SUITE_P(Chiavi, SshAccessoPerTipo,
+INSTANTIATE_TEST_SUITE_P(Keys, SshLoginByKeyType,
                          testing::Values(TipoChiave{"ED25519", "ed25519", "id_ed25519"},
                                          TipoChiave{"RSA", "rsa -b 3072", "id_rsa"},
                                          TipoChiave{"ECDSA", "ecdsa -b 256", "id_ecdsa"}),
                          [](const auto& tipo) { return std::string(tipo.param.nome); });
 
-TEST_F(SshAccesso, HostThatTakesNoKeysIsSaid) {
+TEST_F(SshLogin, HostThatTakesNoKeysIsSaid) {
   server->Cambia(
       {"ed25519", {}, "internal-sftp", {"Match all", "PubkeyAuthentication no", "PasswordAuthentication yes"}});
   EXPECT_THAT(Prova(), HasSubstr("non ammette l'accesso con una chiave"));
   server->Cambia({});
 }
 
-TEST_F(SshAccesso, HostThatAsksForMoreThanAKeyIsSaid) {
+TEST_F(SshLogin, HostThatAsksForMoreThanAKeyIsSaid) {
   server->Cambia({"ed25519", {}, "internal-sftp", {"AuthenticationMethods publickey,publickey"}});
   EXPECT_THAT(Prova(), HasSubstr("l'host chiede altro oltre alla chiave"));
   server->Cambia({});

@@ -27,7 +27,7 @@ void Attendi(const std::string& file) {
   ASSERT_TRUE(fs::exists(file)) << file;
 }
 
-class SshOstile : public prove::BancoSsh {
+class SshHostile : public prove::BancoSsh {
  protected:
   void TearDown() override { server->Cambia({}); }
 
@@ -43,7 +43,7 @@ class SshOstile : public prove::BancoSsh {
   }
 };
 
-TEST_F(SshOstile, LargestFileIsReceivedAndALargerOneRefused) {
+TEST_F(SshHostile, LargestFileIsReceivedAndALargerOneRefused) {
   prove::Scrivi(base / "host/VBX", "x");
   fs::resize_file(base / "host/VBX", Massimo);
   collegamento->RiceviFile(Host, base / "host/VBX", base / "locale/VBX", testo);
@@ -56,12 +56,12 @@ TEST_F(SshOstile, LargestFileIsReceivedAndALargerOneRefused) {
                                       base / "locale/VBX" + "»: il file supera i 16 MiB ammessi.");
 }
 
-TEST_F(SshOstile, FileWhoseAnnouncedSizeIsTooLargeIsNotEvenOpened) {
+TEST_F(SshHostile, FileWhoseAnnouncedSizeIsTooLargeIsNotEvenOpened) {
   Servizio("annuncio");
   EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(), HasSubstr("il file supera i 16 MiB ammessi"));
 }
 
-TEST_F(SshOstile, FileThatIsLongerThanItWasSaidToBeIsGivenUpAndTheConnectionGoesOn) {
+TEST_F(SshHostile, FileThatIsLongerThanItWasSaidToBeIsGivenUpAndTheConnectionGoesOn) {
   Servizio("fiume");
   EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(), HasSubstr("il file supera i 16 MiB ammessi"));
   const auto prima = server->Processi();
@@ -69,7 +69,7 @@ TEST_F(SshOstile, FileThatIsLongerThanItWasSaidToBeIsGivenUpAndTheConnectionGoes
   EXPECT_EQ(server->Processi(), prima);
 }
 
-TEST_F(SshOstile, FileThatComesPieceByPieceIsGivenUpAtTheEndOfOneWait) {
+TEST_F(SshHostile, FileThatComesPieceByPieceIsGivenUpAtTheEndOfOneWait) {
   Servizio("goccia");
   impostazioni.attesa = std::chrono::seconds(2);
   Collega();
@@ -79,7 +79,7 @@ TEST_F(SshOstile, FileThatComesPieceByPieceIsGivenUpAtTheEndOfOneWait) {
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(12));
 }
 
-TEST_F(SshOstile, BeginningOfAFileIsReceivedWhateverItsSize) {
+TEST_F(SshHostile, BeginningOfAFileIsReceivedWhateverItsSize) {
   static constexpr std::size_t Inizio = 65537;
   const auto ricevi = [this](const std::string& remoto) {
     collegamento->RiceviInizio(Host, remoto, base / "locale/VBX", Inizio, testo);
@@ -100,19 +100,19 @@ TEST_F(SshOstile, BeginningOfAFileIsReceivedWhateverItsSize) {
   }
 }
 
-TEST_F(SshOstile, AnswerOfImpossibleLengthIsNotWaitedFor) {
+TEST_F(SshHostile, AnswerOfImpossibleLengthIsNotWaitedFor) {
   Servizio("pacchetto");
   EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),
               HasSubstr("il servizio SFTP dell'host ha dato una risposta inattesa"));
 }
 
-TEST_F(SshOstile, HandleOfImpossibleLengthIsNotSentBack) {
+TEST_F(SshHostile, HandleOfImpossibleLengthIsNotSentBack) {
   Servizio("maniglia");
   EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),
               HasSubstr("il servizio SFTP dell'host ha dato una risposta inattesa"));
 }
 
-TEST_F(SshOstile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
+TEST_F(SshHostile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
   Servizio("valanga '" + base.Percorso() + "'");
   collegamento->CancellaFile(Host, "/tmp/VBX");
   prove::Scrivi(base / "via", "");
@@ -122,7 +122,7 @@ TEST_F(SshOstile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
 }
 
 /// A server in the place of the usual one that floods whoever has logged in.
-class SshPiena : public prove::BancoSsh {
+class SshFlood : public prove::BancoSsh {
  protected:
   void SetUp() override {
     prove::BancoSsh::SetUp();
@@ -149,7 +149,7 @@ class SshPiena : public prove::BancoSsh {
   pid_t processo_ = -1;
 };
 
-TEST_F(SshPiena, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
+TEST_F(SshFlood, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
   const auto cancella = [this] { collegamento->CancellaFile(Host, "/tmp/VBX"); };
   Collega();
   EXPECT_THAT(ErroreDi(cancella).Descrizione(), HasSubstr("l'host non offre il servizio SFTP"));

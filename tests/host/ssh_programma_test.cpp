@@ -17,7 +17,7 @@ using prove::ErroreDi;
 using prove::ignoto;
 using testing::HasSubstr;
 
-class SshProgramma : public prove::BancoSsh {
+class SshProgram : public prove::BancoSsh {
  protected:
   /// The arguments that the program gets, each ended by a null character.
   std::string Argomenti(const std::vector<std::string>& parametri) {
@@ -34,7 +34,7 @@ class SshProgramma : public prove::BancoSsh {
   }
 };
 
-TEST_F(SshProgramma, GetsItsParametersAndAnswersInXml) {
+TEST_F(SshProgram, GetsItsParametersAndAnswersInXml) {
   Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1</MESSAGGIO></RISPOSTA>\"");
   const auto risposta = Risposta({"01", "", "", ""});
   ASSERT_TRUE(risposta.has_value());
@@ -42,14 +42,14 @@ TEST_F(SshProgramma, GetsItsParametersAndAnswersInXml) {
   EXPECT_EQ(risposta->figli.at(0).valore, "4 01");
 }
 
-TEST_F(SshProgramma, NoCharacterOfAParameterMeansAnythingToTheHost) {
+TEST_F(SshProgram, NoCharacterOfAParameterMeansAnythingToTheHost) {
   std::vector<std::string> parametri{"'",    "\"",   "\\", "\\'", "$(id)", "$HOME", "`id`", "; id",
                                      "| id", "> /x", "*",  "~",   "-rf",   "--",    "",     "a\nb",
                                      "\n",   "\t",   "!!", "# x", "è€😀",   "\xE9",  "l'ora"};
   EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
 }
 
-TEST_F(SshProgramma, AHundredParametersArriveInTheirOrder) {
+TEST_F(SshProgram, AHundredParametersArriveInTheirOrder) {
   std::vector<std::string> parametri;
   for (int numero = 0; numero < 100; ++numero) {
     parametri.push_back(numero % 3 == 0 ? "" : "valore " + std::to_string(numero));
@@ -57,7 +57,7 @@ TEST_F(SshProgramma, AHundredParametersArriveInTheirOrder) {
   EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
 }
 
-TEST_F(SshProgramma, LongParametersArriveWhole) {
+TEST_F(SshProgram, LongParametersArriveWhole) {
   const std::vector<std::string> parametri{std::string(50000, '\''), std::string(20000, 'x')};
   // More than a command line of the host can hold would be refused there: what fits arrives whole.
   const std::vector<std::string> corti{std::string(10000, '\''), std::string(20000, 'x')};
@@ -65,13 +65,13 @@ TEST_F(SshProgramma, LongParametersArriveWhole) {
   EXPECT_THAT(ErroreDi([&] { static_cast<void>(Risposta(parametri)); }).Descrizione(), HasSubstr("lo stato"));
 }
 
-TEST_F(SshProgramma, HasAnEmptyInput) {
+TEST_F(SshProgram, HasAnEmptyInput) {
   Programma("cat >'" + base / "ingresso" + "'; echo '<A/>'");
   EXPECT_TRUE(Risposta().has_value());
   EXPECT_EQ(prove::Leggi(base / "ingresso"), "");
 }
 
-TEST_F(SshProgramma, IsFoundByTheLoginShellWhereNoDirectoryIsSet) {
+TEST_F(SshProgram, IsFoundByTheLoginShellWhereNoDirectoryIsSet) {
   server->Cambia({"ed25519", {"PATH=" + base / "programmi" + ":/usr/bin:/bin"}, "internal-sftp", {}});
   Programma("echo '<A>trovato</A>'");
   impostazioni.programmi.clear();
@@ -80,47 +80,47 @@ TEST_F(SshProgramma, IsFoundByTheLoginShellWhereNoDirectoryIsSet) {
   server->Cambia({});
 }
 
-TEST_F(SshProgramma, MissingProgramIsNamedWithItsHost) {
+TEST_F(SshProgram, MissingProgramIsNamedWithItsHost) {
   const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
   EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
   EXPECT_THAT(errore.Descrizione(), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 127, "
                                               "cioè non è stato trovato (verificare NEXARO_PROGRAMMI): "));
 }
 
-TEST_F(SshProgramma, ProgramThatMayNotRunIsSaid) {
+TEST_F(SshProgram, ProgramThatMayNotRunIsSaid) {
   prove::Scrivi(base / "programmi/VB0001", "#!/bin/sh\n");
   EXPECT_THAT(Rifiuto(), HasSubstr("lo stato 126, cioè non può essere eseguito"));
 }
 
-TEST_F(SshProgramma, FailedProgramIsReportedWithWhatItSaid) {
+TEST_F(SshProgram, FailedProgramIsReportedWithWhatItSaid) {
   Programma("echo 'disco pieno' >&2; exit 3");
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 3: disco pieno. " + ignoto);
 }
 
-TEST_F(SshProgramma, ComplaintGivesNoOrdersToATerminal) {
+TEST_F(SshProgram, ComplaintGivesNoOrdersToATerminal) {
   Programma("printf '\\033]0;x\\007disco\\tpieno\\nriprovare\\r\\n' >&2; exit 3");
   EXPECT_THAT(Rifiuto(), testing::EndsWith("lo stato 3:  ]0;x disco pieno\nriprovare. " + ignoto));
 }
 
-TEST_F(SshProgramma, LongComplaintIsCutBetweenCharacters) {
+TEST_F(SshProgram, LongComplaintIsCutBetweenCharacters) {
   Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
   const auto rifiuto = Rifiuto();
   EXPECT_LT(rifiuto.size(), 2200U);
   EXPECT_THAT(rifiuto, testing::EndsWith("àà. " + ignoto));
 }
 
-TEST_F(SshProgramma, KilledProgramIsReportedWithTheSignal) {
+TEST_F(SshProgram, KilledProgramIsReportedWithTheSignal) {
   Programma("kill -SEGV $$");
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è stato terminato dal segnale SEGV. " + ignoto);
 }
 
-TEST_F(SshProgramma, BothStreamsMayBeFullAtOnce) {
+TEST_F(SshProgram, BothStreamsMayBeFullAtOnce) {
   Programma("head -c 3000000 /dev/zero | tr '\\0' 'e' >&2; echo '<A>'; head -c 3000000 /dev/zero | tr '\\0' 'x'; "
             "head -c 3000000 /dev/zero | tr '\\0' 'e' >&2; echo '</A>'");
   EXPECT_EQ(Risposta()->valore.size(), 3000002U - 1U);
 }
 
-TEST_F(SshProgramma, HangingProgramIsGivenUpAndItsOutcomeSaidToBeUnknown) {
+TEST_F(SshProgram, HangingProgramIsGivenUpAndItsOutcomeSaidToBeUnknown) {
   Programma("echo $$ >'" + base / "pid" + "'; echo parte >&2; exec sleep 10");
   impostazioni.attesa = 1500ms;
   Collega();
@@ -137,24 +137,24 @@ TEST_F(SshProgramma, HangingProgramIsGivenUpAndItsOutcomeSaidToBeUnknown) {
   EXPECT_FALSE(fs::exists(processo));
 }
 
-TEST_F(SshProgramma, SilentProgramIsAnError) {
+TEST_F(SshProgram, SilentProgramIsAnError) {
   Programma("exit 0");
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha dato alcuna risposta. " + ignoto);
 }
 
-TEST_F(SshProgramma, EndlessAnswerIsGivenUp) {
+TEST_F(SshProgram, EndlessAnswerIsGivenUp) {
   Programma("exec yes '<A>'");
   EXPECT_THAT(Rifiuto(), HasSubstr("oltre 16 MiB"));
   Programma("echo '<A/>'");
   EXPECT_TRUE(Risposta().has_value());
 }
 
-TEST_F(SshProgramma, LargestAnswerIsRead) {
+TEST_F(SshProgram, LargestAnswerIsRead) {
   Programma("printf '<A>'; head -c 16777209 /dev/zero | tr '\\0' x; printf '</A>'");
   EXPECT_EQ(Risposta()->valore.size(), 16777209U);
 }
 
-TEST_F(SshProgramma, UnusableAnswersAreDistinguished) {
+TEST_F(SshProgram, UnusableAnswersAreDistinguished) {
   Programma("echo spazzatura");
   EXPECT_THAT(Rifiuto(), HasSubstr("risposta non valida. Documento XML non valido: testo fuori"));
   Programma("echo '<!DOCTYPE a><a/>'");
@@ -163,7 +163,7 @@ TEST_F(SshProgramma, UnusableAnswersAreDistinguished) {
   EXPECT_THAT(Rifiuto(), HasSubstr("risposta non valida"));
 }
 
-TEST_F(SshProgramma, NameIsAPlainNameAndNoParameterHoldsANul) {
+TEST_F(SshProgram, NameIsAPlainNameAndNoParameterHoldsANul) {
   nexaro::XMLParser lettore;
   for (const auto* nome : {"", "..", "../tmp/x", "/bin/sh"}) {
     EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma(Host, nome, {}, lettore); }).Descrizione(),
@@ -173,14 +173,14 @@ TEST_F(SshProgramma, NameIsAPlainNameAndNoParameterHoldsANul) {
               HasSubstr("carattere nullo"));
 }
 
-TEST_F(SshProgramma, HostThatRunsNoProgramsIsSaid) {
+TEST_F(SshProgram, HostThatRunsNoProgramsIsSaid) {
   server->Cambia({"ed25519", {}, "internal-sftp", {"MaxSessions 0"}});
   EXPECT_THAT(Rifiuto(), HasSubstr("non è stato avviato: l'host non ammette altri canali"));
   server->Cambia({});
 }
 
 /// The look for a program, where the host does not bring it to its end.
-class SshRicerca : public SshProgramma {
+class SshSearch : public SshProgram {
  protected:
   void TearDown() override { server->Cambia({}); }
   std::string RicercaCon(const std::string& comando) {
@@ -190,7 +190,7 @@ class SshRicerca : public SshProgramma {
   }
 };
 
-TEST_F(SshRicerca, LookThatBreaksOffDoesNotCallTheProgramMissing) {
+TEST_F(SshSearch, LookThatBreaksOffDoesNotCallTheProgramMissing) {
   const std::string controllo = "Il controllo del programma VB0001 sull'host 127.0.0.1 ";
   EXPECT_THAT(RicercaCon("kill -9 $PPID; exec sleep 5"),
               testing::StartsWith(controllo + "è stato richiesto, ma la connessione è caduta"));
@@ -202,10 +202,10 @@ TEST_F(SshRicerca, LookThatBreaksOffDoesNotCallTheProgramMissing) {
 }
 
 /// The documented forced command stands between the key and the host.
-class SshIngresso : public SshProgramma {
+class SshForcedCommand : public SshProgram {
  protected:
   void SetUp() override {
-    SshProgramma::SetUp();
+    SshProgram::SetUp();
     auto ingresso = prove::Leggi(LUMOSCAD_INGRESSO);
     const std::string originale = "programmi=/opt/contabile/programmi\n";
     const auto posto = ingresso.find(originale);
@@ -221,7 +221,7 @@ class SshIngresso : public SshProgramma {
   void TearDown() override { server->Cambia({}); }
 };
 
-TEST_F(SshIngresso, LetsTheComponentDoItsWork) {
+TEST_F(SshForcedCommand, LetsTheComponentDoItsWork) {
   Invia("T01", "x");
   collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
   collegamento->RiceviFile(Host, base / "host/T01.dos", base / "locale/T02", testo);
@@ -230,7 +230,7 @@ TEST_F(SshIngresso, LetsTheComponentDoItsWork) {
   EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
 }
 
-TEST_F(SshIngresso, KnowsTheFileServiceByItsOptionsToo) {
+TEST_F(SshForcedCommand, KnowsTheFileServiceByItsOptionsToo) {
   for (const auto* sftp : {"internal-sftp -u 0077", "/usr/lib/openssh/sftp-server -u 0077"}) {
     Offri(sftp);
     Collega();
@@ -239,7 +239,7 @@ TEST_F(SshIngresso, KnowsTheFileServiceByItsOptionsToo) {
   }
 }
 
-TEST_F(SshIngresso, LetsNothingElseIn) {
+TEST_F(SshForcedCommand, LetsNothingElseIn) {
   Programma("touch '" + base / "avviato" + "'; echo '<A/>'");
   const auto programma = "'" + base / "programmi/VB0001" + "'";
   const auto traccia = "touch '" + base / "entrato" + "'";

@@ -171,13 +171,13 @@ TEST_F(Ssh, PathsAreAbsoluteAndDoNotClimb) {
 }
 
 /// A server that lacks what an OpenSSH server usually offers.
-class SshSemplice : public Ssh {
+class SshPlainService : public Ssh {
  protected:
   void Offri(const std::string& sftp) const { server->Cambia({"ed25519", {}, sftp, {}}); }
   void TearDown() override { server->Cambia({}); }
 };
 
-TEST_F(SshSemplice, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneStep) {
+TEST_F(SshPlainService, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneStep) {
   Offri("internal-sftp -P posix-rename");
   prove::Scrivi(base / "host/T01", "nuovo");
   prove::Scrivi(base / "host/T01.dos", "vecchio");
@@ -191,20 +191,20 @@ TEST_F(SshSemplice, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneStep) 
   EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "nuovo");
 }
 
-TEST_F(SshSemplice, FileArrivesWhereTheHostOffersNoFlush) {
+TEST_F(SshPlainService, FileArrivesWhereTheHostOffersNoFlush) {
   Offri("internal-sftp -P fsync,statvfs");
   Invia("T01", "contenuto");
   EXPECT_EQ(prove::Leggi(base / "host/T01"), "contenuto");
 }
 
-TEST_F(SshSemplice, RefusedWriteLeavesNoHalfFile) {
+TEST_F(SshPlainService, RefusedWriteLeavesNoHalfFile) {
   Offri("internal-sftp -P write");
   const auto errore = ErroreDi([this] { Invia("T01", std::string(200000, 'x')); });
   EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
-TEST_F(SshSemplice, FullDiskIsSaidAndLeavesNoHalfFile) {
+TEST_F(SshPlainService, FullDiskIsSaidAndLeavesNoHalfFile) {
   // The file service sees a tiny disk of its own, where the system lets it have one.
   const std::string disco = "exec unshare -rm sh -c 'mount -t tmpfs -o size=64k tmpfs \"$0\" && exec ";
   if (std::system((disco + "true' /tmp 2>/dev/null").c_str()) != 0) {
@@ -219,12 +219,12 @@ TEST_F(SshSemplice, FullDiskIsSaidAndLeavesNoHalfFile) {
   EXPECT_EQ(fs::file_size(base / "locale/ritorno"), 50000U);
 }
 
-TEST_F(SshSemplice, MissingFileServiceIsSaid) {
+TEST_F(SshPlainService, MissingFileServiceIsSaid) {
   Offri("/bin/false");
   EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Descrizione(), HasSubstr("l'host non offre il servizio SFTP"));
 }
 
-class SshCodifica : public Ssh {
+class SshEncoding : public Ssh {
  protected:
   void Usa(const std::string& nome) {
     impostazioni.codifica = nexaro::Codifica(nome);
@@ -232,7 +232,7 @@ class SshCodifica : public Ssh {
   }
 };
 
-TEST_F(SshCodifica, NamesContentsAndParametersTravelInTheHostsEncoding) {
+TEST_F(SshEncoding, NamesContentsAndParametersTravelInTheHostsEncoding) {
   Usa("ISO-8859-15");
   Programma("printf '%s' \"$1\" >'" + base / "argomento" + "'; echo '<A/>'");
   static_cast<void>(Risposta({"5 € è"}));
@@ -248,7 +248,7 @@ TEST_F(SshCodifica, NamesContentsAndParametersTravelInTheHostsEncoding) {
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
-TEST_F(SshCodifica, CharacterThatIsMissingIsNamedBeforeAnythingIsSent) {
+TEST_F(SshEncoding, CharacterThatIsMissingIsNamedBeforeAnythingIsSent) {
   Usa("ISO-8859-1");
   Programma("touch '" + base / "avviato" + "'; echo '<A/>'");
   EXPECT_THAT(ErroreDi([this] {
@@ -262,7 +262,7 @@ TEST_F(SshCodifica, CharacterThatIsMissingIsNamedBeforeAnythingIsSent) {
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
-TEST_F(SshCodifica, ReplyIsReadInItsOwnEncodingOrElseInTheHosts) {
+TEST_F(SshEncoding, ReplyIsReadInItsOwnEncodingOrElseInTheHosts) {
   Usa("Windows-1252");
   Programma(R"(printf '<A>perch\351 \200</A>')");
   EXPECT_EQ(Risposta()->valore, "perché €");
@@ -276,7 +276,7 @@ TEST_F(SshCodifica, ReplyIsReadInItsOwnEncodingOrElseInTheHosts) {
   EXPECT_THAT(Rifiuto(), HasSubstr("non sono caratteri della codifica Windows-1252"));
 }
 
-TEST_F(SshCodifica, ReplyInUtf16IsReadWithAndWithoutAMark) {
+TEST_F(SshEncoding, ReplyInUtf16IsReadWithAndWithoutAMark) {
   Usa("ISO-8859-1");
   for (const auto* codifica : {"UTF-16", "UTF-16LE", "UTF-16BE"}) {
     Programma(R"(printf '<?xml version="1.0"?><A>perch\303\251</A>' | iconv -f UTF-8 -t )" + std::string(codifica));
@@ -284,14 +284,14 @@ TEST_F(SshCodifica, ReplyInUtf16IsReadWithAndWithoutAMark) {
   }
 }
 
-TEST_F(SshCodifica, ComplaintsAreReadInTheHostsEncodingWhateverTheyHold) {
+TEST_F(SshEncoding, ComplaintsAreReadInTheHostsEncodingWhateverTheyHold) {
   Programma(R"(printf 'perch\351' >&2; exit 3)");
   EXPECT_THAT(Rifiuto(), HasSubstr("perch\uFFFD"));
   Usa("ISO-8859-1");
   EXPECT_THAT(Rifiuto(), HasSubstr("lo stato 3: perché"));
 }
 
-class SshConnessione : public Ssh {
+class SshSingleConnection : public Ssh {
  protected:
   [[nodiscard]] static std::size_t Accessi() {
     const auto registro = prove::Leggi(server->Registro());
@@ -303,7 +303,7 @@ class SshConnessione : public Ssh {
   }
 };
 
-TEST_F(SshConnessione, OneConnectionServesEveryOperation) {
+TEST_F(SshSingleConnection, OneConnectionServesEveryOperation) {
   Programma("echo '<A/>'");
   const auto prima = Accessi();
   for (int giro = 0; giro < 10; ++giro) {
@@ -316,7 +316,7 @@ TEST_F(SshConnessione, OneConnectionServesEveryOperation) {
   EXPECT_EQ(Accessi(), prima + 1);
 }
 
-TEST_F(SshConnessione, ConnectionThatDiedInBetweenIsOpenedAgain) {
+TEST_F(SshSingleConnection, ConnectionThatDiedInBetweenIsOpenedAgain) {
   Programma("echo '<A/>'");
   Invia("T01", "x");
   server->TroncaSessioni();
@@ -326,7 +326,7 @@ TEST_F(SshConnessione, ConnectionThatDiedInBetweenIsOpenedAgain) {
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
-TEST_F(SshConnessione, ServerThatIsGoneIsSaidAndFoundAgainLater) {
+TEST_F(SshSingleConnection, ServerThatIsGoneIsSaidAndFoundAgainLater) {
   Invia("T01", "x");
   server->Ferma();
   // The news of the end may reach us only while we speak.
@@ -339,10 +339,10 @@ TEST_F(SshConnessione, ServerThatIsGoneIsSaidAndFoundAgainLater) {
 }
 
 /// A host whose end of the connection stands still, and nobody says so.
-class SshSilenzio : public SshConnessione {
+class SshSilence : public SshSingleConnection {
  protected:
   void SetUp() override {
-    SshConnessione::SetUp();
+    SshSingleConnection::SetUp();
     impostazioni.attesa = std::chrono::seconds(5);
     Collega();
     Programma("echo x >>'" + base / "avvii" + "'; echo \"<A>$PPID</A>\"");
@@ -363,19 +363,19 @@ class SshSilenzio : public SshConnessione {
   pid_t capo = 0; ///< the server's process for the connection
 };
 
-TEST_F(SshSilenzio, SilentConnectionIsOpenedAgainForAFile) {
+TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAFile) {
   Taci();
   collegamento->CancellaFile(Host, base / "host/T01");
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
-TEST_F(SshSilenzio, SilentConnectionIsOpenedAgainForAProgramThatThenStartsOnce) {
+TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAProgramThatThenStartsOnce) {
   Taci();
   EXPECT_NE(std::stoi(Risposta()->valore), capo);
   EXPECT_EQ(prove::Leggi(base / "avvii"), "x\nx\n") << "once before, once now";
 }
 
-TEST_F(SshConnessione, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
+TEST_F(SshSingleConnection, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
   // The parent of the program is the server's process for this connection.
   Programma("echo x >>'" + base / "avvii" + "'; kill -9 $PPID; sleep 5");
   EXPECT_THAT(Rifiuto(), testing::EndsWith(". " + prove::ignoto));
@@ -384,7 +384,7 @@ TEST_F(SshConnessione, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
   EXPECT_TRUE(Risposta().has_value());
 }
 
-TEST_F(SshConnessione, AddressThatCouldMeanSomethingElseIsRefused) {
+TEST_F(SshSingleConnection, AddressThatCouldMeanSomethingElseIsRefused) {
   for (const auto* host : {"", "-oProxyCommand=x", "root@127.0.0.1", "127.0.0.1 x", "a\nb", "$(id)", "a/b"}) {
     EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(host, "/tmp/x"); }).Descrizione(),
                 HasSubstr("Indirizzo dell'host (-H) non ammesso"))
@@ -392,7 +392,7 @@ TEST_F(SshConnessione, AddressThatCouldMeanSomethingElseIsRefused) {
   }
 }
 
-TEST_F(SshConnessione, NumericAddressesOfBothKindsAreTaken) {
+TEST_F(SshSingleConnection, NumericAddressesOfBothKindsAreTaken) {
   // Nobody listens at the second.
   for (const auto* host : {"127.0.0.1", "::1"}) {
     try {
@@ -404,12 +404,12 @@ TEST_F(SshConnessione, NumericAddressesOfBothKindsAreTaken) {
   }
 }
 
-TEST_F(SshConnessione, NameThatDoesNotExistIsSaid) {
+TEST_F(SshSingleConnection, NameThatDoesNotExistIsSaid) {
   EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("manca.invalid", "/tmp/x"); }).Descrizione(),
               testing::AnyOf(HasSubstr("l'indirizzo non esiste"), HasSubstr("il servizio dei nomi non risponde")));
 }
 
-TEST_F(SshConnessione, NothingIsLeftOpen) {
+TEST_F(SshSingleConnection, NothingIsLeftOpen) {
   Programma("echo '<A/>'");
   const auto aperti = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()); };
   Invia("T01", "x");

@@ -7,14 +7,14 @@
 namespace lumoscad {
 namespace {
 
-using prove::RetroVB0001;
+using prove::BackEndVB0001;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
 const std::vector<std::string> sospendi = {"01", "SOSPESOCREA", "C10", "AB123", "T01", ""};
 
-class Vb0001Encoding : public RetroVB0001 {
+class Vb0001Encoding : public BackEndVB0001 {
  protected:
   /// The answer's bytes to a request of an account.
   std::string Risposta(const std::string& conto) { return Byte(Con(sospendi, 2, conto)); }

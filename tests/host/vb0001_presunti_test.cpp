@@ -34,7 +34,7 @@ template <std::size_t Campi> class Righe {
   std::vector<std::string> campi_;
 };
 
-class RetroBancaPresunti : public prove::RetroVB0001 {
+class BackEndPresumedBanks : public prove::BackEndVB0001 {
  protected:
   std::string Accetta(const std::string& contenuto) { return Testo("MESSAGGIO", contenuto, presunti); }
   std::string Rifiuta(const std::string& contenuto) { return Testo("ERRORE", contenuto, presunti); }
@@ -44,14 +44,14 @@ class RetroBancaPresunti : public prove::RetroVB0001 {
   const Righe<11> riga{{"C1", "", "06", "123", "AB", "", "", "", "B1", "B2", ""}};
 };
 
-TEST_F(RetroBancaPresunti, TellsHowManyDocumentsItTook) {
+TEST_F(BackEndPresumedBanks, TellsHowManyDocumentsItTook) {
   EXPECT_EQ(riga.Giusta(), "C1,,06,123,AB,,,,B1,B2,\r\n");
   EXPECT_EQ(Accetta(riga.Giusta()), "Variato 1 documento");
   EXPECT_EQ(Accetta(riga.Con(10, "#null#") + riga.Con(9, "#null#")), "Variati 2 documenti");
   EXPECT_EQ(Accetta(riga.Con(4, "")), "Variato 1 documento") << "il numero può essere l'anno soltanto";
 }
 
-TEST_F(RetroBancaPresunti, NamesLineAndFieldOfWhatIsWrong) {
+TEST_F(BackEndPresumedBanks, NamesLineAndFieldOfWhatIsWrong) {
   EXPECT_EQ(Rifiuta(riga.Giusta() + riga.Con(1, "")), "Riga 2, campo 1 (CodiceConto): «» manca.");
   EXPECT_EQ(RifiutaCampo(2, "12"), "Riga 1, campo 2 (NumeroPartita): «12» dovrebbe essere vuoto.");
   EXPECT_EQ(RifiutaCampo(3, "2006"), "Riga 1, campo 3 (Anno): «2006» non è un anno di due cifre.");
@@ -70,7 +70,7 @@ TEST_F(RetroBancaPresunti, NamesLineAndFieldOfWhatIsWrong) {
   EXPECT_EQ(RifiutaCampo(5, "A\tB"), "Riga 1, campo 5 (Serie): «» contiene un carattere di controllo.");
 }
 
-TEST_F(RetroBancaPresunti, RefusesLinesThatChangeNothingOrHaveTheWrongShape) {
+TEST_F(BackEndPresumedBanks, RefusesLinesThatChangeNothingOrHaveTheWrongShape) {
   const std::string uguali = "nessuna variazione, i campi 9 (VecchiaBanca) e 10 (NuovaBanca) sono uguali.";
   EXPECT_EQ(RifiutaCampo(10, "B1"), "Riga 1: " + uguali);
   EXPECT_EQ(Rifiuta(riga.Giusta() + "C1,,06,123,AB,,,,#null#,#null#,\r\n"), "Riga 2: " + uguali);
@@ -79,26 +79,26 @@ TEST_F(RetroBancaPresunti, RefusesLinesThatChangeNothingOrHaveTheWrongShape) {
   EXPECT_EQ(Rifiuta(""), "Il file della richiesta è vuoto.");
 }
 
-TEST_F(RetroBancaPresunti, RefusesBlockedAccounts) {
+TEST_F(BackEndPresumedBanks, RefusesBlockedAccounts) {
   EXPECT_EQ(RifiutaCampo(1, "BLOCCATO"), "Riga 1, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
   prove::Scrivi(radice / "conti_bloccati", "C1\n");
   EXPECT_EQ(Rifiuta(riga.Giusta()), "Riga 1, campo 1 (CodiceConto): «C1» è un conto bloccato.");
 }
 
-TEST_F(RetroBancaPresunti, RefusesTheLinesOfTheOtherKinds) {
+TEST_F(BackEndPresumedBanks, RefusesTheLinesOfTheOtherKinds) {
   const std::string diPartita = "20100001,2026/12,,,,20260131,20260131,20260228,60100001,60100002,1\r\n";
   EXPECT_EQ(Rifiuta(diPartita), "Riga 1, campo 2 (NumeroPartita): «2026/12» dovrebbe essere vuoto.");
   EXPECT_EQ(Errore(riga.Giusta()), "Riga 1, campo 2 (NumeroPartita): «» manca.");
 }
 
-TEST_F(RetroBancaPresunti, LogsTheCallWithItsElevenParameters) {
+TEST_F(BackEndPresumedBanks, LogsTheCallWithItsElevenParameters) {
   static_cast<void>(Accetta(riga.Giusta()));
   EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
             "ACCETTATA\tVariato 1 documento\t11\t01\tCANALIZZAZIONE\tPRESUNTI\tT01\t/tmp/T01.dos\t\t\t\t\t\t\t"
             "C1,,06,123,AB,,,,B1,B2,\\r\\n\n");
 }
 
-class RetroConsegna : public prove::RetroVB0001 {
+class BackEndDeliveries : public prove::BackEndVB0001 {
  protected:
   std::string Accetta(const std::string& contenuto) { return Testo("MESSAGGIO", contenuto, consegna); }
   std::string Rifiuta(const std::string& contenuto) { return Testo("ERRORE", contenuto, consegna); }
@@ -108,12 +108,12 @@ class RetroConsegna : public prove::RetroVB0001 {
   const Righe<7> riga{{"C1", "AB", "123", "06", "20060502", "20060415", "20060520"}};
 };
 
-TEST_F(RetroConsegna, TellsHowManyDeliveriesItTook) {
+TEST_F(BackEndDeliveries, TellsHowManyDeliveriesItTook) {
   EXPECT_EQ(Accetta(riga.Giusta()), "Variata 1 consegna");
   EXPECT_EQ(Accetta(riga.Giusta() + riga.Con(5, "00000000") + riga.Con(6, "00000000")), "Variate 3 consegne");
 }
 
-TEST_F(RetroConsegna, NamesLineAndFieldOfWhatIsWrong) {
+TEST_F(BackEndDeliveries, NamesLineAndFieldOfWhatIsWrong) {
   EXPECT_EQ(RifiutaCampo(1, " "), "Riga 1, campo 1 (CodiceConto): « » manca.");
   EXPECT_EQ(RifiutaCampo(2, ""), "Riga 1, campo 2 (Serie): «» manca.");
   EXPECT_EQ(RifiutaCampo(3, "B23"), "Riga 1, campo 3 (Numero): «B23» non è il numero di un documento.");
@@ -130,18 +130,18 @@ TEST_F(RetroConsegna, NamesLineAndFieldOfWhatIsWrong) {
             "Riga 2, campo 7 (NuovaConsegna): «2006052» non è una data di otto cifre.");
 }
 
-TEST_F(RetroConsegna, RefusesLinesThatChangeNothingOrHaveTheWrongShape) {
+TEST_F(BackEndDeliveries, RefusesLinesThatChangeNothingOrHaveTheWrongShape) {
   EXPECT_EQ(RifiutaCampo(7, "20060502"),
             "Riga 1: nessuna variazione, i campi 5 (Consegna) e 7 (NuovaConsegna) sono uguali.");
   EXPECT_EQ(Rifiuta("C1,AB,123,06,20060502,20060520\r\n"), "Riga 1: 6 campi invece di 7.");
   EXPECT_EQ(Rifiuta("C1,AB,123,06,20060502,20060415,20060520"), "Riga 1: non termina con CR LF.");
 }
 
-TEST_F(RetroConsegna, RefusesBlockedAccounts) {
+TEST_F(BackEndDeliveries, RefusesBlockedAccounts) {
   EXPECT_EQ(RifiutaCampo(1, "BLOCCATO"), "Riga 1, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
 }
 
-TEST_F(RetroConsegna, RefusesAWrongParameterList) {
+TEST_F(BackEndDeliveries, RefusesAWrongParameterList) {
   const auto errore = [this](std::size_t indice, const std::string& valore) {
     return Testo("ERRORE", riga.Giusta(), Con(consegna, indice, valore));
   };

@@ -5,7 +5,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::RetroVB0001;
+using prove::BackEndVB0001;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
@@ -13,12 +13,12 @@ const std::string riga = "20100001,2026/12,,,,20260131,20260131,20260228,6010000
 const std::string soloData = "20100001,2026/12,,,,,20260131,20260228,#null#,,2\r\n";
 const std::string soloBanca = "20100001,2026/13,,,,00000000,20260131,,60100001,#null#,1\r\n";
 
-TEST_F(RetroVB0001, TellsHowManyInstalmentsItTook) {
+TEST_F(BackEndVB0001, TellsHowManyInstalmentsItTook) {
   EXPECT_EQ(Testo("MESSAGGIO", riga), "Variata 1 scadenza");
   EXPECT_EQ(Testo("MESSAGGIO", riga + soloData + soloBanca), "Variate 3 scadenze");
 }
 
-TEST_F(RetroVB0001, LogsEachCallOnOneLine) {
+TEST_F(BackEndVB0001, LogsEachCallOnOneLine) {
   static_cast<void>(Testo("MESSAGGIO", soloBanca));
   static_cast<void>(Testo("ERRORE", ""));
   const std::string parametri = "11\t01\tCANALIZZAZIONE\tCREDITI\tT01\t/tmp/T01.dos\t\t\t\t\t\t\t";
@@ -29,7 +29,7 @@ TEST_F(RetroVB0001, LogsEachCallOnOneLine) {
                 parametri + "\n");
 }
 
-TEST_F(RetroVB0001, NamesLineAndFieldOfAWrongFile) {
+TEST_F(BackEndVB0001, NamesLineAndFieldOfAWrongFile) {
   EXPECT_EQ(Errore(riga + "20100001,2026/12,,,,,20260231,20260228,,,1\r\n"),
             "Riga 2, campo 7 (VecchiaScadenza): «20260231» è una data inesistente.");
   EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,28/02/26,,,1\r\n"),
@@ -44,7 +44,7 @@ TEST_F(RetroVB0001, NamesLineAndFieldOfAWrongFile) {
             "Riga 1, campo 11 (NumeroRata): «uno» non è un numero di rata.");
 }
 
-TEST_F(RetroVB0001, RefusesLinesOfTheWrongShape) {
+TEST_F(BackEndVB0001, RefusesLinesOfTheWrongShape) {
   EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,20260228,,1\r\n"), "Riga 1: 10 campi invece di 11.");
   EXPECT_EQ(Errore("20100001,2026/12,,,,,20260131,20260228,,,1,\r\n"), "Riga 1: 12 campi invece di 11.");
   EXPECT_EQ(Errore(riga + riga.substr(0, riga.size() - 2) + "\n"), "Riga 2: non termina con CR LF.");
@@ -53,14 +53,14 @@ TEST_F(RetroVB0001, RefusesLinesOfTheWrongShape) {
             "Riga 1: nessuna variazione, i campi 8 (NuovaScadenza) e 10 (NuovaBanca) sono vuoti.");
 }
 
-TEST_F(RetroVB0001, RefusesBlockedAccounts) {
+TEST_F(BackEndVB0001, RefusesBlockedAccounts) {
   const auto bloccata = "BLOCCATO" + riga.substr(8);
   EXPECT_EQ(Errore(bloccata), "Riga 1, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
   prove::Scrivi(radice / "conti_bloccati", "20100009\n20100001\n");
   EXPECT_EQ(Errore(riga), "Riga 1, campo 1 (CodiceConto): «20100001» è un conto bloccato.");
 }
 
-TEST_F(RetroVB0001, RefusesAWrongParameterList) {
+TEST_F(BackEndVB0001, RefusesAWrongParameterList) {
   auto parametri = Parametri();
   parametri.pop_back();
   EXPECT_EQ(Testo("ERRORE", riga, parametri), "La richiesta CANALIZZAZIONE ha 10 parametri invece di 11.");
@@ -91,7 +91,7 @@ std::vector<std::string> Scadenze() {
   return parametri;
 }
 
-TEST_F(RetroVB0001, TakesTheRequestsOfParametersOnly) {
+TEST_F(BackEndVB0001, TakesTheRequestsOfParametersOnly) {
   EXPECT_EQ(Testo("MESSAGGIO", "", sospendi), "Sospesa la partita AB123 del conto C10");
   EXPECT_EQ(Testo("MESSAGGIO", "", riattiva), "Riattivata la partita AB123 del conto C10");
   EXPECT_EQ(Testo("MESSAGGIO", "", presunto), "Sospeso il documento OC 123/06");
@@ -101,13 +101,13 @@ TEST_F(RetroVB0001, TakesTheRequestsOfParametersOnly) {
   EXPECT_EQ(Testo("MESSAGGIO", "", extra), "Annullato il movimento A 15 dell'esercizio 2006");
 }
 
-TEST_F(RetroVB0001, LogsARequestOfParametersOnlyWithAnEmptyFile) {
+TEST_F(BackEndVB0001, LogsARequestOfParametersOnlyWithAnEmptyFile) {
   static_cast<void>(Testo("MESSAGGIO", "non letto", riattiva));
   EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
             "ACCETTATA\tRiattivata la partita AB123 del conto C10\t5\t01\tSOSPESOCANCELLA\tC10\tAB123\t\t\n");
 }
 
-TEST_F(RetroVB0001, RefusesWhatIsWrongInTheRequestsOfParametersOnly) {
+TEST_F(BackEndVB0001, RefusesWhatIsWrongInTheRequestsOfParametersOnly) {
   EXPECT_EQ(Testo("ERRORE", "", Con(sospendi, 2, "BLOCCATO")), "Parametro 3: «BLOCCATO» è un conto bloccato.");
   EXPECT_EQ(Testo("ERRORE", "", Con(riattiva, 2, "BLOCCATO")), "Parametro 3: «BLOCCATO» è un conto bloccato.");
   EXPECT_EQ(Testo("ERRORE", "", Con(sospendi, 3, "")), "Parametro 4: manca.");
@@ -125,7 +125,7 @@ TEST_F(RetroVB0001, RefusesWhatIsWrongInTheRequestsOfParametersOnly) {
             "La richiesta SOSPESOCANCELLA ha 6 parametri invece di 5.");
 }
 
-TEST_F(RetroVB0001, TakesAndRefusesNewDueDates) {
+TEST_F(BackEndVB0001, TakesAndRefusesNewDueDates) {
   const std::string scadenza = "C10,AB   123,20060228,20060405\r\n";
   EXPECT_EQ(Testo("MESSAGGIO", scadenza, Scadenze()), "Variata 1 scadenza");
   EXPECT_EQ(Testo("MESSAGGIO", scadenza + "C10,AB   123,00000000,20061231\r\n", Scadenze()), "Variate 2 scadenze");
@@ -143,12 +143,12 @@ TEST_F(RetroVB0001, TakesAndRefusesNewDueDates) {
   EXPECT_EQ(Testo("ERRORE", scadenza, corta), "La richiesta SCRIVISCADENZE ha 100 parametri invece di 101.");
 }
 
-TEST_F(RetroVB0001, RefusesUnknownRequestsAndEscapesWhatItRepeats) {
+TEST_F(BackEndVB0001, RefusesUnknownRequestsAndEscapesWhatItRepeats) {
   EXPECT_EQ(Testo("ERRORE", riga, {"01", "<A&B>"}), "Richiesta sconosciuta: «<A&B>».");
   EXPECT_EQ(Testo("ERRORE", riga, {}), "Richiesta sconosciuta: «».");
 }
 
-TEST_F(RetroVB0001, SaysOnStandardErrorThatItCannotWriteItsLog) {
+TEST_F(BackEndVB0001, SaysOnStandardErrorThatItCannotWriteItsLog) {
   std::filesystem::remove(radice / "registro");
   const auto esito = nexaro::Esegui(
       {LUMOSCAD_VB0001, {}, {"NEXARO_RADICE=" + radice.Percorso()}, radice.Percorso(), 20s, 100000, 2000});

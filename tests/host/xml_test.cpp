@@ -24,7 +24,7 @@ std::string Annidati(int livelli) {
   return testo;
 }
 
-TEST(Documento, KeepsElementsInDocumentOrderWithTheirNamesAsWritten) {
+TEST(XmlDocument, KeepsElementsInDocumentOrderWithTheirNamesAsWritten) {
   const auto nodo = xml::Leggi("<RISPOSTA>\n <messaggio>uno</messaggio>\n <ERRORE>due</ERRORE></RISPOSTA>");
   EXPECT_EQ(nodo.nome, "RISPOSTA");
   ASSERT_EQ(nodo.figli.size(), 2U);
@@ -35,28 +35,28 @@ TEST(Documento, KeepsElementsInDocumentOrderWithTheirNamesAsWritten) {
   EXPECT_TRUE(nodo.figli[1].haTesto);
 }
 
-TEST(Documento, ValueIsTheTextOfTheElementAndItsDescendants) {
+TEST(XmlDocument, ValueIsTheTextOfTheElementAndItsDescendants) {
   EXPECT_EQ(xml::Leggi("<A>x<B>y<C>z</C></B><![CDATA[<&>]]>w</A>").valore, "xyz<&>w");
 }
 
-TEST(Documento, ResolvesEntitiesAndCharacterReferences) {
+TEST(XmlDocument, ResolvesEntitiesAndCharacterReferences) {
   EXPECT_EQ(xml::Leggi("<A>&lt;b&gt; &amp; &#233;&#xE8;</A>").valore, "<b> & éè");
 }
 
-TEST(Documento, KeepsASingleBlankAsText) {
+TEST(XmlDocument, KeepsASingleBlankAsText) {
   const auto nodo = xml::Leggi("<R><ERRORE> </ERRORE></R>");
   EXPECT_EQ(nodo.figli.at(0).valore, " ");
   EXPECT_FALSE(nodo.figli.at(0).haTesto);
 }
 
-TEST(Documento, EmptyElementHasNeitherChildrenNorText) {
+TEST(XmlDocument, EmptyElementHasNeitherChildrenNorText) {
   const auto nodo = xml::Leggi("<R/>");
   EXPECT_TRUE(nodo.figli.empty());
   EXPECT_EQ(nodo.valore, "");
   EXPECT_FALSE(nodo.haTesto);
 }
 
-TEST(Documento, IsDecodedByTheEncodingItDeclares) {
+TEST(XmlDocument, IsDecodedByTheEncodingItDeclares) {
   EXPECT_EQ(xml::Leggi("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A>citt\xE0</A>").valore, "città");
   EXPECT_EQ(xml::Leggi("<?xml version='1.0' encoding='windows-1252'?><A>\x80 5</A>").valore, "€ 5");
   EXPECT_EQ(xml::Leggi("<?xml version=\"1.0\"?><A>città</A>").valore, "città");
@@ -64,17 +64,17 @@ TEST(Documento, IsDecodedByTheEncodingItDeclares) {
   EXPECT_EQ(xml::Leggi(std::string("\xFF\xFE<\0A\0>\0\xE0\0<\0/\0A\0>\0", 18)).valore, "à");
 }
 
-TEST(Documento, RefusesUnknownEncodingsAndWrongBytes) {
+TEST(XmlDocument, RefusesUnknownEncodingsAndWrongBytes) {
   EXPECT_THAT(Rifiuto("<?xml version='1.0' encoding='X-MARZIANO'?><A/>"),
               HasSubstr("codifica sconosciuta: X-MARZIANO"));
   EXPECT_THAT(Rifiuto("<A>citt\xE0</A>"), HasSubstr("caratteri non validi nella codifica UTF-8"));
 }
 
-TEST(Documento, RefusesADoctype) {
+TEST(XmlDocument, RefusesADoctype) {
   EXPECT_THAT(Rifiuto("<!DOCTYPE a [<!ENTITY b \"c\">]><a>&b;</a>"), HasSubstr("DOCTYPE"));
 }
 
-TEST(Documento, RefusesWhatIsNotWellFormed) {
+TEST(XmlDocument, RefusesWhatIsNotWellFormed) {
   EXPECT_THAT(Rifiuto("ciao"), HasSubstr("testo fuori dall'elemento principale"));
   EXPECT_THAT(Rifiuto("<A></A><B/>"), HasSubstr("più di un elemento principale"));
   EXPECT_THAT(Rifiuto("<A/>coda"), HasSubstr("testo fuori dall'elemento principale"));
@@ -87,7 +87,7 @@ TEST(Documento, RefusesWhatIsNotWellFormed) {
   EXPECT_THAT(Rifiuto("<!-- nulla -->"), HasSubstr("manca l'elemento principale"));
 }
 
-TEST(Documento, AnAttributesValueHidesNothingOfWhatFollowsIt) {
+TEST(XmlDocument, AnAttributesValueHidesNothingOfWhatFollowsIt) {
   EXPECT_EQ(xml::Leggi("<A b='>\"' c=\">'&amp;\">x<D e='/>'/></A>").valore, "x");
   EXPECT_THAT(Rifiuto("<A b='<?c'>&#8;</A>"), HasSubstr("non ammesso"));
   EXPECT_THAT(Rifiuto("<A b=\"<!--\">&ignota;</A>"), HasSubstr("non ammesso"));
@@ -95,34 +95,34 @@ TEST(Documento, AnAttributesValueHidesNothingOfWhatFollowsIt) {
   EXPECT_THAT(Rifiuto("<A b='&amp;\">'>&#8;</A>"), HasSubstr("non ammesso"));
 }
 
-TEST(Documento, RefusesAnAttributeWrittenTwice) {
+TEST(XmlDocument, RefusesAnAttributeWrittenTwice) {
   EXPECT_THAT(Rifiuto("<A b='1' c='2' b='3'/>"), HasSubstr("due volte lo stesso attributo"));
   EXPECT_THAT(Rifiuto("<A><B><C d='' d=''/></B></A>"), HasSubstr("due volte lo stesso attributo"));
   EXPECT_THAT(Rifiuto("<A xmlns:x='u' xmlns:y='u' x:b='1' y:b='2'/>"), HasSubstr("due volte lo stesso attributo"));
   EXPECT_EQ(xml::Leggi("<A b='1' B='2' xmlns:x='u' x:b='3'>x</A>").valore, "x");
 }
 
-TEST(Documento, RefusesTwoHyphensInsideAComment) {
+TEST(XmlDocument, RefusesTwoHyphensInsideAComment) {
   EXPECT_THAT(Rifiuto("<A><!-- uno -- due -->x</A>"), HasSubstr("«--» dentro un commento"));
   EXPECT_THAT(Rifiuto("<A><!-- uno --->x</A>"), HasSubstr("«--» dentro un commento"));
   EXPECT_THAT(Rifiuto("<!----><!-- - --><A>--<!---->x</A><!-- -- -->"), HasSubstr("«--» dentro un commento"));
   EXPECT_EQ(xml::Leggi("<!----><!-- - --><A b='--'>--<!-- <&]]> -->x</A>").valore, "--x");
 }
 
-TEST(Documento, RefusesTheEndOfALiteralSectionInAText) {
+TEST(XmlDocument, RefusesTheEndOfALiteralSectionInAText) {
   EXPECT_THAT(Rifiuto("<A>x]]>y</A>"), HasSubstr("«]]>» in un testo"));
   EXPECT_THAT(Rifiuto("<A><![CDATA[x]]>]]></A>"), HasSubstr("«]]>» in un testo"));
   EXPECT_EQ(xml::Leggi("<A b=']]>'>]] >]>]]&gt;<![CDATA[x]]]]></A>").valore, "]] >]>]]>x]]");
 }
 
-TEST(Documento, RefusesAPrefixThatNothingDeclares) {
+TEST(XmlDocument, RefusesAPrefixThatNothingDeclares) {
   EXPECT_THAT(Rifiuto("<x:A/>"), HasSubstr("prefisso che non dichiara"));
   EXPECT_THAT(Rifiuto("<A x:b='1'/>"), HasSubstr("prefisso che non dichiara"));
   EXPECT_THAT(Rifiuto("<A><B xmlns:x='u'/><x:C/></A>"), HasSubstr("prefisso che non dichiara"));
   EXPECT_EQ(xml::Leggi("<x:A xmlns:x='u' x:b='1' xml:lang='it'><x:B>y</x:B></x:A>").valore, "y");
 }
 
-TEST(Documento, ManyDeclarationsAreNoReasonToBeSlow) {
+TEST(XmlDocument, ManyDeclarationsAreNoReasonToBeSlow) {
   std::string documento = "<A";
   for (int i = 0; i < 60000; ++i) {
     documento += " xmlns:p" + std::to_string(i) + "='u'";
@@ -135,26 +135,26 @@ TEST(Documento, ManyDeclarationsAreNoReasonToBeSlow) {
   EXPECT_EQ(xml::Leggi(documento + "</A>").figli.size(), 60000U);
 }
 
-TEST(Documento, RefusesADeclarationThatIsNotTheFirstThing) {
+TEST(XmlDocument, RefusesADeclarationThatIsNotTheFirstThing) {
   EXPECT_THAT(Rifiuto(" <?xml version='1.0'?><A/>"), HasSubstr("dichiarazione XML fuori posto"));
   EXPECT_THAT(Rifiuto("<A/><?xml version='1.0'?>"), HasSubstr("dichiarazione XML fuori posto"));
   EXPECT_THAT(Rifiuto("<A><?XML version='1.0'?></A>"), HasSubstr("dichiarazione XML fuori posto"));
   EXPECT_EQ(xml::Leggi("<?xml version='1.0'?><?xml-stylesheet href='a'?><A>x<?resto?></A>").valore, "x");
 }
 
-TEST(Documento, KeepsABlankBesideAComment) {
+TEST(XmlDocument, KeepsABlankBesideAComment) {
   EXPECT_EQ(xml::Leggi("<R><ERRORE> <!-- x --></ERRORE></R>").figli.at(0).valore, " ");
   EXPECT_EQ(xml::Leggi("<R><ERRORE><!-- x --> <?y?></ERRORE></R>").figli.at(0).valore, " ");
   EXPECT_EQ(xml::Leggi("<R><ERRORE>a<!-- x --> </ERRORE></R>").figli.at(0).valore, "a ");
   EXPECT_FALSE(xml::Leggi("<R><ERRORE> <!-- x --></ERRORE></R>").figli.at(0).haTesto);
 }
 
-TEST(Documento, BlanksBetweenElementsAreNoText) {
+TEST(XmlDocument, BlanksBetweenElementsAreNoText) {
   EXPECT_EQ(xml::Leggi("<A> <B>x</B> <!-- y --> <C>z</C>\n</A>").valore, "xz");
   EXPECT_EQ(xml::Leggi("<A> <![CDATA[ ]]><B>x</B> </A>").valore, "  x");
 }
 
-TEST(Documento, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
+TEST(XmlDocument, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
   const std::string documento = "<?xml version='1.0' encoding='UTF-16'?><A>x</A>";
   std::string piccoli;
   std::string grandi;
@@ -167,18 +167,18 @@ TEST(Documento, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
   EXPECT_THAT(Rifiuto(documento), HasSubstr("si dichiara in UTF-16"));
 }
 
-TEST(Documento, RefusesAnEmptyDocument) {
+TEST(XmlDocument, RefusesAnEmptyDocument) {
   EXPECT_THAT(Rifiuto(""), HasSubstr("vuoto"));
   EXPECT_THAT(Rifiuto(" \n"), HasSubstr("vuoto"));
 }
 
-TEST(Documento, TakesSixtyFourLevelsAndNoMore) {
+TEST(XmlDocument, TakesSixtyFourLevelsAndNoMore) {
   EXPECT_EQ(xml::Leggi(Annidati(xml::ProfonditaMassima)).nome, "a");
   EXPECT_THAT(Rifiuto(Annidati(xml::ProfonditaMassima + 1)), HasSubstr("64 livelli"));
   EXPECT_THAT(Rifiuto(Annidati(200000)), HasSubstr("64 livelli"));
 }
 
-TEST(Documento, RefusesMoreThanSixteenMebibytes) {
+TEST(XmlDocument, RefusesMoreThanSixteenMebibytes) {
   EXPECT_THAT(Rifiuto("<A>" + std::string(xml::DimensioneMassima, 'x') + "</A>"), HasSubstr("16 MiB"));
 }
 

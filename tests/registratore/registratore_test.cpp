@@ -32,7 +32,7 @@ std::string Confronta(const fs::path& atteso, const fs::path& avuto) {
   return testo;
 }
 
-class Registratore : public testing::TestWithParam<std::tuple<const char*, Pagina>> {
+class Recorder : public testing::TestWithParam<std::tuple<const char*, Pagina>> {
  protected:
   [[nodiscard]] static std::string Recitata() {
     const auto& [genere, pagina] = GetParam();
@@ -50,7 +50,7 @@ class Registratore : public testing::TestWithParam<std::tuple<const char*, Pagin
   }
 };
 
-TEST_P(Registratore, EveryPlayIsAsItWasRecorded) {
+TEST_P(Recorder, EveryPlayIsAsItWasRecorded) {
   const auto& [genere, pagina] = GetParam();
   const auto testo = Recitata();
   const fs::path atteso = fs::path(LUMOSCAD_ATTESI) / genere / (std::string(pagina.nome) + ".txt");
@@ -70,10 +70,10 @@ const auto NomeDellaPagina = [](const auto& caso) {
   return std::string(std::get<0>(caso.param)) + "_" + std::get<1>(caso.param).nome;
 };
 
-INSTANTIATE_TEST_SUITE_P(Pagine, Registratore,
+INSTANTIATE_TEST_SUITE_P(Pages, Recorder,
                          testing::Combine(testing::Values("sqlite", "postgres"), testing::ValuesIn(Pagine())),
                          NomeDellaPagina);
-INSTANTIATE_TEST_SUITE_P(PagineSsh, Registratore,
+INSTANTIATE_TEST_SUITE_P(SshPages, Recorder,
                          testing::Combine(testing::Values("sqlite"),
                                           testing::Values(Pagina{"ssh", ReciteSsh, Trasporto::Ssh})),
                          NomeDellaPagina);

@@ -23,7 +23,7 @@ struct Esito {
   int stato = -1;
 };
 
-class Server : public testing::Test {
+class TestServer : public testing::Test {
  protected:
   static void SetUpTestSuite() { ASSERT_TRUE(ServerSsh::Disponibile()); }
 
@@ -62,14 +62,14 @@ class Server : public testing::Test {
   ServerSsh server{Cartella(), {"ed25519", {"A=uno due", "B=tre"}, "internal-sftp", {}}};
 };
 
-TEST_F(Server, RunsAProgramInItsEnvironmentForTheAcceptedKeyOnly) {
+TEST_F(TestServer, RunsAProgramInItsEnvironmentForTheAcceptedKeyOnly) {
   EXPECT_EQ(Ssh("echo $A, $B", server.Chiave()).uscita, "uno due, tre\n");
   const auto estraneo = Ssh("echo dentro", server.ChiaveEstranea());
   EXPECT_NE(estraneo.stato, 0);
   EXPECT_EQ(estraneo.uscita, "");
 }
 
-TEST_F(Server, ShowsAnotherKeyAfterAChange) {
+TEST_F(TestServer, ShowsAnotherKeyAfterAChange) {
   const auto prima = server.Impronta();
   EXPECT_TRUE(prima.starts_with("SHA256:"));
   server.CambiaChiaveHost("ecdsa");
@@ -79,16 +79,16 @@ TEST_F(Server, ShowsAnotherKeyAfterAChange) {
   EXPECT_EQ(Ssh("echo dentro", server.Chiave()).uscita, "dentro\n");
 }
 
-TEST_F(Server, StopsAndStartsOnTheSamePort) {
+TEST_F(TestServer, StopsAndStartsOnTheSamePort) {
   server.Ferma();
   EXPECT_FALSE(Collega(server.Porta()).Aperto());
   server.Riavvia();
   EXPECT_EQ(Ssh("echo dentro", server.Chiave()).uscita, "dentro\n");
 }
 
-class Radice : public Server {
+class ServerRoot : public TestServer {
  protected:
-  Radice() {
+  ServerRoot() {
     fs::create_directories(radice / "tmp");
     std::ofstream(locale) << std::string(200000, 'x');
     Configura("");
@@ -102,22 +102,22 @@ class Radice : public Server {
   std::string put = "put " + locale.string() + " /tmp/nome";
 };
 
-TEST_F(Radice, IsTheRootOfTheHost) {
+TEST_F(ServerRoot, IsTheRootOfTheHost) {
   EXPECT_EQ(Sftp(put + "\nrename /tmp/nome /tmp/altro\nput " + locale.string() + " /tmp/terzo\nrm /tmp/terzo").stato,
             0);
   EXPECT_EQ(fs::file_size(radice / "tmp/altro"), 200000U);
   EXPECT_FALSE(fs::exists(radice / "tmp/nome") || fs::exists(radice / "tmp/terzo"));
 }
 
-TEST_F(Radice, IsFullWhereItIsTold) {
+TEST_F(ServerRoot, IsFullWhereItIsTold) {
   Configura("-f 100000");
   EXPECT_NE(Sftp(put).stato, 0);
   EXPECT_EQ(fs::file_size(radice / "tmp/nome"), 100000U);
 }
 
-class RadiceFerma : public Radice, public testing::WithParamInterface<const char*> {};
+class StalledServerRoot : public ServerRoot, public testing::WithParamInterface<const char*> {};
 
-TEST_P(RadiceFerma, StandsStillBeforeOrAfterARequest) {
+TEST_P(StalledServerRoot, StandsStillBeforeOrAfterARequest) {
   std::ofstream(radice / "tmp/nome") << "a";
   std::ofstream(server.Cartella() / "ordine") << "rinomina " << GetParam();
   Configura("-o '" + server.Cartella().string() + "'");
@@ -130,7 +130,7 @@ TEST_P(RadiceFerma, StandsStillBeforeOrAfterARequest) {
   EXPECT_EQ(fs::exists(radice / "tmp/altro"), GetParam() == std::string("dopo"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Momenti, RadiceFerma, testing::Values("prima", "dopo"));
+INSTANTIATE_TEST_SUITE_P(Moments, StalledServerRoot, testing::Values("prima", "dopo"));
 
 } // namespace
 } // namespace lumoscad::prova

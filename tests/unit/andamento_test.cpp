@@ -6,9 +6,9 @@ using namespace lumoscad;
 
 namespace {
 
-class AndamentoTest : public testing::Test {
+class ProgressOfAChange : public testing::Test {
  protected:
-  AndamentoTest() { andamento_.Comincia("partita 1 del conto C10"); }
+  ProgressOfAChange() { andamento_.Comincia("partita 1 del conto C10"); }
 
   Andamento andamento_;
 };
@@ -17,28 +17,28 @@ constexpr const char* Ignoto = "L'esito sull'host non è noto: verificarlo prima
 
 } // namespace
 
-TEST_F(AndamentoTest, PrimaCheLHostSiaChiestoNonCeNullaDaDire) {
+TEST_F(ProgressOfAChange, HasNothingToSayBeforeTheHostIsAsked) {
   EXPECT_EQ(andamento_.Frase(), "");
   andamento_.Accettata();
   andamento_.Azzera();
   EXPECT_EQ(andamento_.Frase(), "");
 }
 
-TEST_F(AndamentoTest, DopoLaRichiestaLEsitoSullHostEIgnoto) {
+TEST_F(ProgressOfAChange, LeavesTheOutcomeOnTheHostUnknownAfterTheRequest) {
   andamento_.Chiesta();
   EXPECT_EQ(andamento_.Frase(), Ignoto);
   EXPECT_EQ(andamento_.Frase(EsitoTransazione::Sconosciuta), "") << "the failure's own text says it";
   EXPECT_EQ(andamento_.Frase(EsitoTransazione::NonApplicata), "");
 }
 
-TEST_F(AndamentoTest, DopoIlNoDellHostRestaIlMotivo) {
+TEST_F(ProgressOfAChange, KeepsTheReasonAfterTheHostsNo) {
   andamento_.Chiesta();
   andamento_.Rifiutata("conto bloccato");
   EXPECT_EQ(andamento_.Frase(), "L'host ha rifiutato la richiesta: conto bloccato");
   EXPECT_EQ(andamento_.Frase(EsitoTransazione::NonApplicata), "") << "the refusal itself is shown";
 }
 
-TEST_F(AndamentoTest, DopoIlSiDellHostSiDiceCheCosaTieneLaBaseDati) {
+TEST_F(ProgressOfAChange, SaysWhatTheDatabaseHoldsAfterTheHostsYes) {
   andamento_.Accettata();
   const std::string nulla = "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla. Da "
                             "allineare: partita 1 del conto C10.";
@@ -54,7 +54,7 @@ TEST_F(AndamentoTest, DopoIlSiDellHostSiDiceCheCosaTieneLaBaseDati) {
                                 "cambiate e sono rimaste com'erano: partita 1 del conto C10.");
 }
 
-TEST_F(AndamentoTest, UnaNuovaModificaNonSaNullaDellaPrecedente) {
+TEST_F(ProgressOfAChange, OfANewChangeKnowsNothingOfTheOneBefore) {
   andamento_.Accettata();
   andamento_.Registrata(EsitoTransazione::Applicata);
   andamento_.Comincia("documento A/2006/15 dell'azienda 01");

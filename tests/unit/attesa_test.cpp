@@ -15,7 +15,7 @@ using testing::IsEmpty;
 
 namespace {
 
-class Attesa : public testing::Test {
+class WaitForTheHost : public testing::Test {
  protected:
   /// An action without a database side, unless another is given.
   std::string Visualizza(const std::vector<std::string>& parametriDB2 = {"01", "ALTRO"}) {
@@ -28,19 +28,19 @@ class Attesa : public testing::Test {
 
 } // namespace
 
-TEST_F(Attesa, ValeLIndirizzoDelComandoNonLaCopiaDellaFinestra) {
+TEST_F(WaitForTheHost, GoesByTheCommandsAddressAndNotByTheWindowsCopy) {
   stato().HostIP = "10.0.0.7";
   EXPECT_EQ(Visualizza(), "");
   EXPECT_THAT(banco_.host.host, ElementsAre("10.0.0.7"));
 }
 
-TEST_F(Attesa, IlProgrammaRiceveIParametriCosiComeSono) {
+TEST_F(WaitForTheHost, HandsTheProgramItsParametersAsTheyAre) {
   EXPECT_EQ(Visualizza(), "");
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui PROGRAMMA"));
   EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("a", "", "b ")));
 }
 
-TEST_F(Attesa, IlLavoroSiFaDentroLaFinestraDopoDuecentoMillisecondi) {
+TEST_F(WaitForTheHost, DoesItsWorkInsideTheWindowAfterTwoHundredMilliseconds) {
   std::size_t attese = 0;
   banco_.host.guasto = [&](const std::string&) { attese = banco_.desktop.attese.size(); };
   EXPECT_EQ(Visualizza(), "");
@@ -49,39 +49,39 @@ TEST_F(Attesa, IlLavoroSiFaDentroLaFinestraDopoDuecentoMillisecondi) {
   EXPECT_THAT(banco_.desktop.intervalli, ElementsAre(200));
 }
 
-TEST_F(Attesa, LaRispostaVaAllOggettoDelChiamante) {
+TEST_F(WaitForTheHost, GivesTheReplyToTheCallersObject) {
   banco_.host.risposta = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
   EXPECT_EQ(Visualizza(), "");
   EXPECT_EQ(risposta_.Messaggio, "fatto");
   EXPECT_EQ(risposta_.Errore, "");
 }
 
-TEST_F(Attesa, UnMessaggioSmisuratoRestaIntero) {
+TEST_F(WaitForTheHost, KeepsAnEnormousMessageWhole) {
   const std::string lungo(1U << 20U, 'x');
   banco_.host.risposta = "<R><MESSAGGIO>" + lungo + "</MESSAGGIO></R>";
   EXPECT_EQ(Visualizza(), "");
   EXPECT_EQ(risposta_.Messaggio, lungo);
 }
 
-TEST_F(Attesa, UnRifiutoFaErroreSenzaBox) {
+TEST_F(WaitForTheHost, FailsWithoutABoxOnARefusal) {
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Visualizza(), "error");
   EXPECT_THAT(banco_.desktop.box, IsEmpty()) << "mostrare spetta al chiamante";
 }
 
-TEST_F(Attesa, UnErroreDiUnSoloSpazioFaErrore) {
+TEST_F(WaitForTheHost, FailsOnAnErrorOfASingleBlank) {
   banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Visualizza(), "error");
   EXPECT_EQ(risposta_.Errore, " ");
 }
 
-TEST_F(Attesa, IlRisultatoEQuelloDelleAzioni) {
+TEST_F(WaitForTheHost, HasTheResultOfTheActions) {
   stato().ComandoCorrente = "-DB2SOURCE CHE-NON-ESISTE";
   EXPECT_EQ(Visualizza({"01", "SOSPESOCREA", "C", "P", ""}), "error");
   EXPECT_THAT(risposta_.Errore, testing::StartsWith("ERRORE: "));
 }
 
-TEST_F(Attesa, IlGuastoArrivaAlChiamanteELeAzioniNonPartono) {
+TEST_F(WaitForTheHost, HandsAFaultToTheCallerAndDoesNotBeginTheActions) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(75, "Guasto"); };
   try {
     static_cast<void>(Visualizza({"01", "SOSPESOCREA", "C", "P", ""}));
@@ -93,7 +93,7 @@ TEST_F(Attesa, IlGuastoArrivaAlChiamanteELeAzioniNonPartono) {
   EXPECT_THAT(banco_.istruzioni, IsEmpty());
 }
 
-TEST_F(Attesa, UnaFinestraCheFinisceSenzaIlSuoLavoroEUnErroreENonUnSi) {
+TEST_F(WaitForTheHost, TakesAWindowThatEndsWithoutItsWorkForAnErrorAndNotForAYes) {
   banco_.desktop.attesaInterrotta = true;
   try {
     static_cast<void>(Visualizza());
@@ -104,7 +104,7 @@ TEST_F(Attesa, UnaFinestraCheFinisceSenzaIlSuoLavoroEUnErroreENonUnSi) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(Attesa, UnaFinestraUsataDiNuovoNonRicordaIlRisultatoDiPrima) {
+TEST_F(WaitForTheHost, ForgetsTheLastResultWhenItsWindowIsUsedAgain) {
   FormAspetta finestra;
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(finestra.Visualizza("h", "P", {}, {"", "ALTRO"}, risposta_), "error");

@@ -15,7 +15,7 @@ using testing::IsEmpty;
 
 namespace {
 
-class Blocco : public testing::Test {
+class TerminalLock : public testing::Test {
  protected:
   void OccupaCrediti() { banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nData : 04/03/2006   Ora : 09:00\r\n"; }
   [[nodiscard]] std::string Locale(const std::string& nome) const {
@@ -27,7 +27,7 @@ class Blocco : public testing::Test {
 
 } // namespace
 
-TEST_F(Blocco, UnaListaLiberaEPresaConUtenteDataEOra) {
+TEST_F(TerminalLock, OfAFreeListIsTakenWithUserDateAndTime) {
   EXPECT_EQ(BloccaArea("10.0.0.1", "CREDITI"), "");
   EXPECT_EQ(banco_.host.file["/tmp/VBCREDITI"], "Utente : T01\r\nData : 05/03/2006   Ora : 14:07\r\n");
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI"));
@@ -35,7 +35,7 @@ TEST_F(Blocco, UnaListaLiberaEPresaConUtenteDataEOra) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
-TEST_F(Blocco, UnaListaPresaDiceDaChiEQuando) {
+TEST_F(TerminalLock, OfATakenListSaysByWhomAndWhen) {
   OccupaCrediti();
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "Utente : T02");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Area CREDITI in manutenzione presso un altro terminale\rUtente : T02\r"
@@ -44,31 +44,31 @@ TEST_F(Blocco, UnaListaPresaDiceDaChiEQuando) {
   EXPECT_THAT(banco_.host.inviati, IsEmpty());
 }
 
-TEST_F(Blocco, AncheLoStessoTerminaleTrovaPresaLaPropriaLista) {
+TEST_F(TerminalLock, KeepsTheSameTerminalOutOfItsOwnListToo) {
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "Utente : T01");
 }
 
-TEST_F(Blocco, ICreditiNonBloccanoIDebiti) {
+TEST_F(TerminalLock, OfTheCreditsDoesNotLockTheDebits) {
   OccupaCrediti();
   EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
   EXPECT_EQ(banco_.host.file.count("/tmp/VBDEBITI"), 1U);
 }
 
-TEST_F(Blocco, PerOgniAltraAreaIlMessaggioParlaDelMovimento) {
+TEST_F(TerminalLock, SpeaksOfTheMovementForAnyOtherArea) {
   banco_.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
   EXPECT_EQ(BloccaArea("h", "PRESUNTI"), "Utente : T02");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Il movimento è in uso su un altro terminare\rUtente : T02\rieri"));
 }
 
-TEST_F(Blocco, LaChiaveNonHaSpazi) {
+TEST_F(TerminalLock, HasAKeyWithoutBlanks) {
   EXPECT_EQ(BloccaArea("h", " A B  C "), "");
   EXPECT_EQ(banco_.host.file.count("/tmp/VBABC"), 1U);
   EXPECT_EQ(TogliSpazi(" A B  C "), "ABC");
   EXPECT_EQ(TogliSpazi(""), "");
 }
 
-TEST_F(Blocco, UnaPrimaRigaInBiancoContaComeLibera) {
+TEST_F(TerminalLock, WithABlankFirstLineCountsAsFree) {
   for (const char* contenuto : {"", "  \r\nqualcosa\r\n", "\r\n"}) {
     banco_.host.file["/tmp/VBCREDITI"] = contenuto;
     EXPECT_EQ(BloccaArea("h", "CREDITI"), "") << contenuto;
@@ -76,7 +76,7 @@ TEST_F(Blocco, UnaPrimaRigaInBiancoContaComeLibera) {
   }
 }
 
-TEST_F(Blocco, UnBloccoDiOltre64KiBNonEMaiLibero) {
+TEST_F(TerminalLock, OfMoreThan64KiBIsNeverFree) {
   const std::string lungo(65536, ' ');
   for (const auto& [contenuto, riga1, riga2] :
        {std::tuple<std::string, std::string, std::string>{"\r\n \r\nUtente : T02\r\nieri\r\n" + lungo, "Utente : T02",
@@ -95,32 +95,32 @@ TEST_F(Blocco, UnBloccoDiOltre64KiBNonEMaiLibero) {
   EXPECT_THAT(banco_.host.inviati, IsEmpty());
 }
 
-TEST_F(Blocco, UnBloccoDi64KiBEsattiSegueLaSuaPrimaRiga) {
+TEST_F(TerminalLock, OfExactly64KiBFollowsItsFirstLine) {
   banco_.host.file["/tmp/VBDEBITI"] = std::string(65536, ' ');
   EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
   banco_.host.file["/tmp/VBDEBITI"] = "Utente : T02\r\n" + std::string(65522, ' ');
   EXPECT_EQ(BloccaArea("h", "DEBITI"), "Utente : T02");
 }
 
-TEST_F(Blocco, DiUnBloccoSiRicevonoSoloIPrimi64KiB) {
+TEST_F(TerminalLock, IsReceivedInItsFirst64KiBAlone) {
   EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
   EXPECT_EQ(banco_.host.massimi, (std::vector<std::size_t>{65537})) << "one more tells that it is longer";
 }
 
-TEST_F(Blocco, UnBloccoDiUnaSolaRigaMostraVuotaLaSeconda) {
+TEST_F(TerminalLock, OfASingleLineShowsTheSecondAsEmpty) {
   banco_.host.file["/tmp/VBDEBITI"] = "Utente : T02";
   EXPECT_EQ(BloccaArea("h", "DEBITI"), "Utente : T02");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Area DEBITI in manutenzione presso un altro terminale\rUtente : T02\r"));
 }
 
-TEST_F(Blocco, LaCopiaLocaleDiUnBloccoPassatoNonIngannaNessuno) {
+TEST_F(TerminalLock, OfThePastDeceivesNobodyByItsLocalCopy) {
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
   EXPECT_EQ(SbloccaArea("h", "CREDITI"), "");
   EXPECT_TRUE(std::filesystem::exists(Locale("VBCREDITI")));
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
 }
 
-TEST_F(Blocco, SenzaHostLaListaContaComeLibera) {
+TEST_F(TerminalLock, CountsAsFreeWithoutAHost) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Host irraggiungibile"); };
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
   EXPECT_EQ(SbloccaArea("h", "CREDITI"), "");
@@ -129,7 +129,7 @@ TEST_F(Blocco, SenzaHostLaListaContaComeLibera) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
-TEST_F(Blocco, SenzaCartellaLocaleLaListaContaComeLibera) {
+TEST_F(TerminalLock, CountsAsFreeWithoutALocalDirectory) {
   const std::string cartella = banco_.ambiente.CartellaLocale;
   banco_.ambiente.CartellaLocale = cartella + "/che-non-esiste";
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
@@ -137,7 +137,7 @@ TEST_F(Blocco, SenzaCartellaLocaleLaListaContaComeLibera) {
   banco_.ambiente.CartellaLocale = cartella;
 }
 
-TEST_F(Blocco, LoSbloccoCancellaIlFileSullHost) {
+TEST_F(TerminalLock, DeletesItsFileOnTheHostWhenReleased) {
   OccupaCrediti();
   EXPECT_EQ(SbloccaArea("10.0.0.1", "CREDITI"), "");
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Cancella /tmp/VBCREDITI"));

@@ -17,33 +17,33 @@ std::string Parti(std::string_view documento) {
 
 } // namespace
 
-TEST(Documento, LeUltimeDueCifreDelNumeroSonoLAnno) {
+TEST(DocumentNumber, EndsInTheTwoDigitsOfTheYear) {
   EXPECT_EQ(TestoDocumento("AB", "12306"), "AB123/06");
   EXPECT_EQ(TestoDocumento("A ", "12306"), "A 123/06");
 }
 
-TEST(Documento, UnNumeroDiDueCaratteriOMenoEAnnoSoltanto) {
+TEST(DocumentNumber, OfTwoCharactersOrFewerIsAllYear) {
   EXPECT_EQ(TestoDocumento("AB", "06"), "AB/06");
   EXPECT_EQ(TestoDocumento("AB", "6"), "AB/6");
   EXPECT_EQ(TestoDocumento("AB", ""), "AB/");
 }
 
-TEST(Documento, SiRileggeInSerieNumeroEAnno) {
+TEST(DocumentNumber, IsReadBackAsSeriesNumberAndYear) {
   EXPECT_EQ(Parti("AB123/06"), "AB|123|06");
   EXPECT_EQ(Parti("AB/06"), "AB||06");
 }
 
-TEST(Documento, LaSerieSonoIPrimiDueCaratteriSenzaSpazi) {
+TEST(DocumentNumber, HasItsFirstTwoCharactersWithoutBlanksForSeries) {
   EXPECT_EQ(Parti("A 123/06"), "A|123|06");
   EXPECT_EQ(Parti("A123/06"), "A1|23|06");
   EXPECT_EQ(Parti("Àé123/06"), "Àé|123|06");
 }
 
-TEST(Documento, UnTestoVuotoNonHaParti) {
+TEST(DocumentNumber, OfAnEmptyTextHasNoParts) {
   EXPECT_EQ(Parti(""), "||");
 }
 
-TEST(Documento, IlMovimentoSiLeggeDalSuoTag) {
+TEST(DocumentNumber, HasAMovementThatIsReadFromItsTag) {
   VariazioneConsegna v;
   LeggiMovimento("", v);
   EXPECT_EQ(v.idMovimentoKey, 0);
@@ -53,7 +53,7 @@ TEST(Documento, IlMovimentoSiLeggeDalSuoTag) {
   EXPECT_EQ(v.idMovimentoKey, 401);
 }
 
-TEST(Testo, SiTagliaPerCaratteriENonPerByte) {
+TEST(Text, IsCutByCharactersAndNotByBytes) {
   EXPECT_EQ(Primi("àbc", 2), "àb");
   EXPECT_EQ(Primi("à", 2), "à");
   EXPECT_EQ(Primi("", 2), "");

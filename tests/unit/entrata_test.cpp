@@ -16,7 +16,7 @@ using testing::StartsWith;
 
 namespace {
 
-class Entrata : public testing::Test {
+class Entry : public testing::Test {
  protected:
   std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
   /// With both lists taken elsewhere, every bank command answers "error" after one box that names its list.
@@ -38,7 +38,7 @@ class Entrata : public testing::Test {
 
 } // namespace
 
-TEST_F(Entrata, SenzaTipoOConUnTipoIgnotoNonSuccedeNulla) {
+TEST_F(Entry, WithoutATypeOrWithAnUnknownOneDoesNothing) {
   for (const char* comando : {"", " ", "-T FOO /A", "/CREDITI", "-T  BANCA /CREDITI", "-T BANCAX /CREDITI"}) {
     EXPECT_EQ(Esegui(comando), "") << comando;
   }
@@ -46,7 +46,7 @@ TEST_F(Entrata, SenzaTipoOConUnTipoIgnotoNonSuccedeNulla) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(Entrata, UnTipoSenzaSottocomandoNonSuccedeNulla) {
+TEST_F(Entry, OfATypeWithoutASubcommandDoesNothing) {
   for (const char* comando : {"-T BANCA", "-T BANCA /A /D", "-T EXTRA /D", "-T SOSPESO", "-T CONSEGNA /CREDITI"}) {
     EXPECT_EQ(Esegui(comando), "") << comando;
   }
@@ -54,7 +54,7 @@ TEST_F(Entrata, UnTipoSenzaSottocomandoNonSuccedeNulla) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(Entrata, IlTokenTSenzaValoreEUnErrore) {
+TEST_F(Entry, FailsOnATokenTWithoutAValue) {
   EXPECT_EQ(Esegui("/CREDITI -T"), "error");
   EXPECT_EQ(Esegui("-T BANCA -t"), "error");
   ASSERT_EQ(banco_.desktop.box.size(), 2U);
@@ -62,7 +62,7 @@ TEST_F(Entrata, IlTokenTSenzaValoreEUnErrore) {
   EXPECT_EQ(banco_.desktop.box[0], banco_.desktop.box[1]);
 }
 
-TEST_F(Entrata, SiCapisceInMinuscolo) {
+TEST_F(Entry, UnderstandsLowerCase) {
   OccupaListe();
   EXPECT_EQ(Esegui("-t banca /crediti -d aB -h Host"), "error");
   EXPECT_THAT(Liste(), ElementsAre("Area CREDITI"));
@@ -70,7 +70,7 @@ TEST_F(Entrata, SiCapisceInMinuscolo) {
   EXPECT_EQ(stato().HostIP, "Host");
 }
 
-TEST_F(Entrata, DelTipoValeLUltimaVolta) {
+TEST_F(Entry, TakesTheLastOfSeveralTypes) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T FOO /CREDITI -T BANCA"), "error");
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -T FOO"), "");
@@ -78,19 +78,19 @@ TEST_F(Entrata, DelTipoValeLUltimaVolta) {
   EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area DEBITI"));
 }
 
-TEST_F(Entrata, ISottocomandiSiEseguonoNellOrdineInCuiSonoScritti) {
+TEST_F(Entry, RunsTheSubcommandsInTheOrderInWhichTheyAreWritten) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI /DEBITI"), "error");
   EXPECT_EQ(Esegui("/DEBITI -T BANCA /CREDITI"), "error");
   EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area DEBITI", "Area DEBITI", "Area CREDITI"));
 }
 
-TEST_F(Entrata, RiattivaPrimaDiSospendereSeCosiEScritto) {
+TEST_F(Entry, ReactivatesBeforeSuspendingWhereItIsWrittenSo) {
   EXPECT_EQ(Esegui("-T SOSPESO /D /A -DEMO"), "");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("La partita è stata riattivata", "La partita è stata sospesa"));
 }
 
-TEST_F(Entrata, LaDimostrazioneDiceCheEFattoSenzaLHost) {
+TEST_F(Entry, OfADemonstrationSaysDoneWithoutTheHost) {
   EXPECT_EQ(Esegui("-t extra /a -D 1 -H 10.0.0.1 -demo"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -D 1 -H 10.0.0.1 -DEMO"), "");
   EXPECT_EQ(Esegui("-T PRESUNTO /A /D -DEMO"), "");
@@ -100,13 +100,13 @@ TEST_F(Entrata, LaDimostrazioneDiceCheEFattoSenzaLHost) {
   EXPECT_THAT(banco_.desktop.attese, IsEmpty());
 }
 
-TEST_F(Entrata, UnSottocomandoScrittoDueVolteSiEsegueDueVolte) {
+TEST_F(Entry, RunsASubcommandTwiceThatIsWrittenTwice) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI /crediti"), "error");
   EXPECT_THAT(Liste(), ElementsAre("Area CREDITI", "Area CREDITI"));
 }
 
-TEST_F(Entrata, IlComandoRestaScrittoPerIntero) {
+TEST_F(Entry, KeepsTheCommandAsAWholeText) {
   OccupaListe();
   const std::string comando = " -T BANCA  /CREDITI -DB2SOURCE Conti ";
   EXPECT_EQ(Esegui(comando), "error");
@@ -115,7 +115,7 @@ TEST_F(Entrata, IlComandoRestaScrittoPerIntero) {
   EXPECT_EQ(stato().ComandoCorrente, "-T FOO");
 }
 
-TEST_F(Entrata, AziendaEHostRestanoPerIComandiSeguenti) {
+TEST_F(Entry, KeepsCompanyAndHostForTheNextCommands) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12 -H 10.0.0.1"), "error");
   EXPECT_EQ(Esegui("-T BANCA /DEBITI"), "error");
@@ -123,14 +123,14 @@ TEST_F(Entrata, AziendaEHostRestanoPerIComandiSeguenti) {
   EXPECT_EQ(banco_.host.host.back(), "10.0.0.1");
 }
 
-TEST_F(Entrata, DueSpaziDopoUnOpzioneLaSvuotano) {
+TEST_F(Entry, EmptiesAnOptionThatTwoBlanksFollow) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12"), "error");
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D  5"), "error");
   EXPECT_EQ(stato().Azienda, "");
 }
 
-TEST_F(Entrata, UnOpzioneDellaBancaSenzaValoreEUnErrore) {
+TEST_F(Entry, FailsOnABankOptionWithoutAValue) {
   for (const char* opzione : {"-SC", "-H", "-D", "-S", "-A", "-E", "-N", "-C", "-B", "-M", "-CODINT", "-P", "-P 1"}) {
     banco_.desktop.box.clear();
     EXPECT_EQ(Esegui("-T BANCA /CREDITI " + std::string(opzione)), "error") << opzione;
@@ -140,13 +140,13 @@ TEST_F(Entrata, UnOpzioneDellaBancaSenzaValoreEUnErrore) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty()) << "nessuna lista è stata presa";
 }
 
-TEST_F(Entrata, UnErroreFermaISottocomandiSeguenti) {
+TEST_F(Entry, StopsTheNextSubcommandsAtAnError) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /PRESUNTI /CREDITI -S"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n")));
 }
 
-TEST_F(Entrata, UnOpzioneDeiPresuntiSenzaValoreEUnErrore) {
+TEST_F(Entry, FailsOnAPresumedOptionWithoutAValue) {
   for (const char* comando : {"-T BANCA /PRESUNTI ", "-T CONSEGNA /PRESUNTI "}) {
     for (const char* opzione :
          {"-SC", "-H", "-D", "-S", "-A", "-N", "-C", "-B", "-DATA", "-SERIEESCLUSE", "-TIPOMOVIMENTI"}) {
@@ -158,7 +158,7 @@ TEST_F(Entrata, UnOpzioneDeiPresuntiSenzaValoreEUnErrore) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty()) << "nessuna lista è stata presa";
 }
 
-TEST_F(Entrata, IDueComandiDeiPresuntiHannoUnSoloBlocco) {
+TEST_F(Entry, HasOneLockForBothPresumedCommands) {
   banco_.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
   EXPECT_EQ(Esegui("-T BANCA /PRESUNTI -H h"), "error");
   EXPECT_EQ(Esegui("-t consegna /presunti -H h"), "error");
@@ -167,19 +167,19 @@ TEST_F(Entrata, IDueComandiDeiPresuntiHannoUnSoloBlocco) {
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBPRESUNTI", "Ricevi /tmp/VBPRESUNTI"));
 }
 
-TEST_F(Entrata, SenzaSorgenteDatiIlComandoDiceErrore) {
+TEST_F(Entry, SaysErrorWithoutADataSource) {
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12 -H h"), "error");
   ASSERT_EQ(banco_.desktop.box.size(), 1U);
   EXPECT_THAT(banco_.desktop.box[0], StartsWith("-2147220954\r\nERRORE: "));
 }
 
-TEST_F(Entrata, LaProvaNonGuardaISottocomandi) {
+TEST_F(Entry, OfTheTestIgnoresSubcommands) {
   EXPECT_EQ(Esegui("/A -T TEST /A /CREDITI -H h"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("testScrittura\r\n"))) << "una volta sola";
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(Entrata, UnaListaDiAltroGenereNonSiBloccaENonSiMostra) {
+TEST_F(Entry, NeitherLocksNorShowsAListOfAnotherKind) {
   const std::string comando = "-H h -D 12";
   EXPECT_EQ(ModuloMain::ComandoBanca(comando, "PRESUNTI"), "closed");
   EXPECT_EQ(ModuloMain::ComandoBanca(comando, "crediti"), "closed");
@@ -191,25 +191,25 @@ TEST_F(Entrata, UnaListaDiAltroGenereNonSiBloccaENonSiMostra) {
   EXPECT_EQ(banco_.desktop.puntatori.size(), 8U) << "la clessidra e il suo ritorno, per ogni comando";
 }
 
-TEST_F(Entrata, ConIlPuntatoreSiLascianoPassareGliEventiInAttesa) {
+TEST_F(Entry, RunsPendingEventsWithThePointer) {
   EXPECT_EQ(ModuloMain::ComandoBanca("-H h", "ALTRO"), "closed");
   EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
   EXPECT_EQ(banco_.desktop.respiri, 2U);
 }
 
-TEST_F(Entrata, UnErroreNonPassaAlComandoSeguente) {
+TEST_F(Entry, DoesNotCarryAnErrorIntoTheNextCommand) {
   EXPECT_EQ(Esegui("-T"), "error");
   EXPECT_EQ(Esegui("-T BANCA"), "");
   EXPECT_EQ(banco_.desktop.box.size(), 1U);
 }
 
-TEST_F(Entrata, UnOggettoSoloServePiuComandi) {
+TEST_F(Entry, ServesSeveralCommandsWithOneObject) {
   LumoScadenze lumo;
   EXPECT_EQ(lumo.EseguiLumoScad("-T"), "error");
   EXPECT_EQ(lumo.EseguiLumoScad("-T FOO"), "");
 }
 
-TEST(TabellaComandi, HaTutteLeRighe) {
+TEST(CommandTable, HasEveryRow) {
   std::vector<std::string> righe;
   for (const Comando& comando : Comandi()) {
     righe.push_back(std::string(comando.tipo) + std::string(comando.sottocomando));

@@ -37,26 +37,26 @@ bool NonENumero(const std::string& testo) {
 
 } // namespace
 
-TEST(Separa, DivideAllaVirgolaOppureAlPunto) {
+TEST(SplitAmount, DividesAtTheCommaOrElseAtThePoint) {
   EXPECT_EQ(Separa("12,5"), "12|50");
   EXPECT_EQ(Separa("12.5"), "12|50");
   EXPECT_EQ(Separa("1.234,56"), "1.234|56");
   EXPECT_EQ(Separa("1,2,3"), "1|2,3");
 }
 
-TEST(Separa, SenzaSeparatoreIDecimaliSonoZero) {
+TEST(SplitAmount, HasZeroDecimalsWithoutASeparator) {
   EXPECT_EQ(Separa("12"), "12|00");
   EXPECT_EQ(Separa(""), "|00");
 }
 
-TEST(Separa, DueOPiuDecimaliRestanoComeSono) {
+TEST(SplitAmount, KeepsTwoOrMoreDecimalsAsTheyAre) {
   EXPECT_EQ(Separa("12,34"), "12|34");
   EXPECT_EQ(Separa("12,345"), "12|345");
   EXPECT_EQ(Separa("12,"), "12|");
   EXPECT_EQ(Separa(",5"), "|50");
 }
 
-TEST(Controlla, RiscriveNelFormatoItaliano) {
+TEST(CheckedAmount, IsRewrittenInTheItalianFormat) {
   EXPECT_EQ(Controlla("12"), "12,00");
   EXPECT_EQ(Controlla("12,5"), "12,50");
   EXPECT_EQ(Controlla("12.5"), "12,50");
@@ -67,39 +67,39 @@ TEST(Controlla, RiscriveNelFormatoItaliano) {
   EXPECT_EQ(Controlla("12,"), "12,00");
 }
 
-TEST(Controlla, UnPuntoDaSoloELaVirgolaDeiDecimali) {
+TEST(CheckedAmount, TakesALonePointForTheDecimalComma) {
   EXPECT_EQ(Controlla("1.234"), "1,23");
 }
 
-TEST(Controlla, UnDecimaleInPiuArrotonda) {
+TEST(CheckedAmount, IsRoundedByADecimalTooMany) {
   EXPECT_EQ(Controlla("1,235"), "1,24");
   EXPECT_EQ(Controlla("9,995"), "10,00");
 }
 
-TEST(Controlla, SpaziECaratteriDiControlloSpariscono) {
+TEST(CheckedAmount, LosesBlanksAndControlCharacters) {
   EXPECT_EQ(Controlla(" 1 2\t,\r\n5 "), "12,50");
 }
 
-TEST(Controlla, UnImportoInBiancoRestaVuoto) {
+TEST(CheckedAmount, StaysEmptyWhereItIsBlank) {
   EXPECT_EQ(Controlla(""), "");
   EXPECT_EQ(Controlla("  \t"), "");
   EXPECT_EQ(Controlla("-", true, true), "");
 }
 
-TEST(Controlla, UnAltroCarattereERifiutato) {
+TEST(CheckedAmount, IsRefusedWithAnyOtherCharacter) {
   EXPECT_EQ(Controlla("12a"), "rifiutato");
   EXPECT_EQ(Controlla("€12"), "rifiutato");
   EXPECT_EQ(Controlla("1e3"), "rifiutato");
 }
 
-TEST(Controlla, ATextOfAllowedCharactersThatIsNoNumberStaysAsTypedAndIsNotRefused) {
+TEST(CheckedAmount, ATextOfAllowedCharactersThatIsNoNumberStaysAsTypedAndIsNotRefused) {
   for (const char* scritto : {"1,2,3", ",", ".", ".,50", ".1,5", "1.2,3,", " , "}) {
     EXPECT_EQ(Controlla(scritto), scritto);
   }
   EXPECT_EQ(Controlla("-,", true, true), "-,");
 }
 
-TEST(Controlla, APointBehindTheFirstDigitGroupsThousandsOnceTheDecimalsAreSplitOff) {
+TEST(CheckedAmount, APointBehindTheFirstDigitGroupsThousandsOnceTheDecimalsAreSplitOff) {
   EXPECT_EQ(Controlla("1.000.000"), "1,00");
   EXPECT_EQ(Controlla("1.2.3"), "1,23");
   EXPECT_EQ(Controlla("5,555.5"), "5,56");
@@ -109,7 +109,7 @@ TEST(Controlla, APointBehindTheFirstDigitGroupsThousandsOnceTheDecimalsAreSplitO
   EXPECT_EQ(Controlla(".5"), "0,50");
 }
 
-TEST(Controlla, IlSegnoEAmmessoSoloSeRichiestoESiPerde) {
+TEST(CheckedAmount, MayHaveASignOnlyWhereAskedForAndLosesIt) {
   EXPECT_EQ(Controlla("-5", true, true), "5,00");
   EXPECT_EQ(Controlla("+5", true, true), "5,00");
   EXPECT_EQ(Controlla("-5", true, false), "rifiutato");
@@ -117,14 +117,14 @@ TEST(Controlla, IlSegnoEAmmessoSoloSeRichiestoESiPerde) {
   EXPECT_EQ(Controlla("5-", true, true), "rifiutato");
 }
 
-TEST(Controlla, SenzaDecimaliSoloCifre) {
+TEST(CheckedAmount, WithoutDecimalsIsOfDigitsAlone) {
   EXPECT_EQ(Controlla("1234", false), "1.234,00");
   EXPECT_EQ(Controlla("12,5", false), "rifiutato");
   EXPECT_EQ(Controlla("12.5", false), "rifiutato");
   EXPECT_EQ(Controlla("-7", false, true), "7,00");
 }
 
-TEST(Formatta, SeparaLeMigliaia) {
+TEST(FormattedAmount, HasItsThousandsApart) {
   EXPECT_EQ(FormattaImporto("0"), "0,00");
   EXPECT_EQ(FormattaImporto("500"), "500,00");
   EXPECT_EQ(FormattaImporto("100.1"), "100,10");
@@ -133,7 +133,7 @@ TEST(Formatta, SeparaLeMigliaia) {
   EXPECT_EQ(FormattaImporto("999999999999999.99"), "999.999.999.999.999,99");
 }
 
-TEST(Formatta, ArrotondaLaMetaLontanoDaZero) {
+TEST(FormattedAmount, IsRoundedAtTheHalfAwayFromZero) {
   EXPECT_EQ(FormattaImporto("0.005"), "0,01");
   EXPECT_EQ(FormattaImporto("-0.005"), "-0,01");
   EXPECT_EQ(FormattaImporto("0.015"), "0,02");
@@ -144,25 +144,25 @@ TEST(Formatta, ArrotondaLaMetaLontanoDaZero) {
   EXPECT_EQ(FormattaImporto("999.995"), "1.000,00");
 }
 
-TEST(Formatta, LoZeroNonHaMaiSegno) {
+TEST(FormattedAmount, NeverHasASignAtZero) {
   EXPECT_EQ(FormattaImporto("-0"), "0,00");
   EXPECT_EQ(FormattaImporto("-0.004"), "0,00");
 }
 
-TEST(Formatta, LeggeAncheGliEsponenti) {
+TEST(FormattedAmount, IsReadFromExponentsToo) {
   EXPECT_EQ(FormattaImporto("1e3"), "1.000,00");
   EXPECT_EQ(FormattaImporto("1.5E+2"), "150,00");
   EXPECT_EQ(FormattaImporto("5e-3"), "0,01");
   EXPECT_EQ(FormattaImporto("5e-4"), "0,00");
 }
 
-TEST(Formatta, QuelCheNonENumeroEUnErroreDiTipo) {
+TEST(FormattedAmount, OfWhatIsNoNumberIsATypeError) {
   for (const char* testo : {"", " ", "-", ".", "1,5", "1.2.3", "abc", "1e", "1e999999", "0x10"}) {
     EXPECT_TRUE(NonENumero(testo)) << testo;
   }
 }
 
-TEST(Formatta, OgniCentesimoRestaEsatto) {
+TEST(FormattedAmount, IsExactToTheCent) {
   for (int centesimi = 0; centesimi < 100000; ++centesimi) {
     std::string decimali = std::to_string(centesimi % 100);
     decimali.insert(0, decimali.size() == 1 ? "0" : "");

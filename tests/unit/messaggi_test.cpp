@@ -7,44 +7,44 @@
 using namespace lumoscad;
 using testing::ElementsAre;
 
-TEST(Messaggio, SenzaDettaglioMostraIlTestoDaSolo) {
+TEST(Message, WithoutADetailShowsTheTextAlone) {
   prova::Banco banco;
   MostraMessaggio("A", "");
   EXPECT_THAT(banco.desktop.box, ElementsAre("A"));
 }
 
-TEST(Messaggio, UnDettaglioInBiancoContaComeNessuno) {
+TEST(Message, TakesABlankDetailForNone) {
   prova::Banco banco;
   MostraMessaggio("A", "   ");
   EXPECT_THAT(banco.desktop.box, ElementsAre("A"));
 }
 
-TEST(Messaggio, IlDettaglioStaSullaRigaSopra) {
+TEST(Message, HasItsDetailOnTheLineAbove) {
   prova::Banco banco;
   MostraMessaggio("A", "B");
   EXPECT_THAT(banco.desktop.box, ElementsAre("B\r\nA"));
 }
 
-TEST(Messaggio, IlDettaglioConservaISuoiSpazi) {
+TEST(Message, KeepsTheBlanksOfItsDetail) {
   prova::Banco banco;
   MostraMessaggio("A", " B ");
   EXPECT_THAT(banco.desktop.box, ElementsAre(" B \r\nA"));
 }
 
-TEST(Messaggio, PortaIlNomeDelProdotto) {
+TEST(Message, CarriesTheProductsName) {
   prova::Banco banco;
   MostraMessaggio("A", "");
   EXPECT_THAT(banco.desktop.titoli, ElementsAre("LumoScad"));
 }
 
-TEST(Messaggio, UnTestoDiTrentadueKibSiVedePerIntero) {
+TEST(Message, OfThirtyTwoKibIsShownWhole) {
   prova::Banco banco;
   const std::string testo(32U << 10U, 'x');
   MostraMessaggio(testo, "");
   EXPECT_THAT(banco.desktop.box, ElementsAre(testo));
 }
 
-TEST(Messaggio, DiUnTestoPiuLungoSiVedonoTrentadueKibEQuantoManca) {
+TEST(Message, OfALongerTextShowsThirtyTwoKibAndHowMuchIsMissing) {
   prova::Banco banco;
   const std::string testo(1U << 20U, 'x');
   MostraMessaggio(testo, "");
@@ -52,7 +52,7 @@ TEST(Messaggio, DiUnTestoPiuLungoSiVedonoTrentadueKibEQuantoManca) {
               ElementsAre(testo.substr(0, 32U << 10U) + "\r\n[... mancano altri 1.015.808 caratteri]"));
 }
 
-TEST(Messaggio, IlTaglioNonDivideUnCarattereEContaICaratteri) {
+TEST(Message, IsNeverCutInsideACharacterAndCountsCharacters) {
   prova::Banco banco;
   std::string testo = "x";
   for (int i = 0; i < 20'000; ++i) {
@@ -63,7 +63,7 @@ TEST(Messaggio, IlTaglioNonDivideUnCarattereEContaICaratteri) {
               ElementsAre(testo.substr(0, (32U << 10U) - 1) + "\r\n[... mancano altri 3.617 caratteri]"));
 }
 
-TEST(Messaggio, LaFraseFinaleSiVedePerInteroAncheSottoUnTestoTagliato) {
+TEST(Message, ShowsItsClosingSentenceWholeUnderACutTextToo) {
   prova::Banco banco;
   const std::string testo(1U << 20U, 'x');
   MostraMessaggio(testo, "", "Da allineare: conto 1.");
@@ -71,19 +71,19 @@ TEST(Messaggio, LaFraseFinaleSiVedePerInteroAncheSottoUnTestoTagliato) {
                                              "\r\n[... mancano altri 1.015.832 caratteri]\r\nDa allineare: conto 1."));
 }
 
-TEST(Messaggio, LaFraseFinaleStaSullaRigaSotto) {
+TEST(Message, HasItsClosingSentenceOnTheLineBelow) {
   prova::Banco banco;
   MostraMessaggio("A", "B", "C");
   EXPECT_THAT(banco.desktop.box, ElementsAre("B\r\nA\r\nC"));
 }
 
-TEST(Messaggio, UnSoloCarattereInPiuSiDiceAlSingolare) {
+TEST(Message, TellsOneCharacterTooManyInTheSingular) {
   prova::Banco banco;
   MostraMessaggio(std::string((32U << 10U) + 1, 'x'), "");
   EXPECT_THAT(banco.desktop.box, ElementsAre(testing::EndsWith("x\r\n[... manca un altro carattere]")));
 }
 
-TEST(Messaggio, UnTestoCheNonEUtf8SiTagliaAncheSenzaInizioDiCarattere) {
+TEST(Message, OfATextThatIsNotUtf8IsCutWithoutTheStartOfACharacterToo) {
   prova::Banco banco;
   MostraMessaggio(std::string(100'000, '\x80'), "");
   ASSERT_EQ(banco.desktop.box.size(), 1U);

@@ -37,80 +37,80 @@ int NumeroErrore(const std::string& comando) {
 
 } // namespace
 
-TEST(Opzioni, IlNomeValeInOgniFormaEIlValoreComeScritto) {
+TEST(Options, HaveNamesInAnyCaseAndValuesAsWritten) {
   EXPECT_EQ(Leggi("-d abC").azienda, "abC");
 }
 
-TEST(Opzioni, SenzaLOpzioneIlValoreRestaQuelloDiPrima) {
+TEST(Options, KeepTheValueOfBeforeWhereTheyAreMissing) {
   const Lette lette = Leggi("-T BANCA /CREDITI");
   EXPECT_EQ(lette.azienda, "prima");
   EXPECT_EQ(lette.partita.compatta, "prima");
 }
 
-TEST(Opzioni, ValeLUltimaVolta) {
+TEST(Options, CountTheLastTime) {
   EXPECT_EQ(Leggi("-D 1 -X -D 2").azienda, "2");
 }
 
-TEST(Opzioni, DueSpaziFannoUnValoreVuoto) {
+TEST(Options, HaveAnEmptyValueBeforeTwoBlanks) {
   EXPECT_EQ(Leggi("-D  5").azienda, "");
 }
 
-TEST(Opzioni, UnValoreScrittoComeUnOpzioneAgisceAncheDaOpzione) {
+TEST(Options, ActAsOptionsAlsoWhereTheyAreTheValueOfAnother) {
   const Lette lette = Leggi("-D -N 7");
   EXPECT_EQ(lette.azienda, "-N");
   EXPECT_EQ(lette.numero, "7");
 }
 
-TEST(Opzioni, UnTokenCheCominciaSoltantoAlloStessoModoNonConta) {
+TEST(Options, IgnoreATokenThatOnlyBeginsAlike) {
   EXPECT_EQ(Leggi("-DB2SOURCE x -DATA y").azienda, "prima");
 }
 
-TEST(Opzioni, UnOpzioneSenzaValoreEUnErroreDiIndice) {
+TEST(Options, AreAnIndexErrorWithoutAValue) {
   EXPECT_EQ(NumeroErrore("-T BANCA -D"), 9);
   EXPECT_EQ(NumeroErrore("-D "), 0);
 }
 
-TEST(OpzionePartita, UnisceIDueToken) {
+TEST(ItemOption, JoinsTheTwoTokens) {
   const Lette lette = Leggi("-P 2006 15 -D 1");
   EXPECT_EQ(lette.partita.compatta, "200615");
   EXPECT_EQ(lette.partita.spaziata, "2006 15");
 }
 
-TEST(OpzionePartita, LaFormaSpaziataConservaOgniSpazio) {
+TEST(ItemOption, KeepsEveryBlankInItsSpacedForm) {
   const Lette lette = Leggi("-P 2006    15");
   EXPECT_EQ(lette.partita.compatta, "200615");
   EXPECT_EQ(lette.partita.spaziata, "2006    15");
 }
 
-TEST(OpzionePartita, IlPrimoTokenPuoEssereVuoto) {
+TEST(ItemOption, MayHaveAnEmptyFirstToken) {
   const Lette lette = Leggi("-P  15 16");
   EXPECT_EQ(lette.partita.compatta, "15");
   EXPECT_EQ(lette.partita.spaziata, " 15");
 }
 
-TEST(OpzionePartita, IlSecondoTokenPuoEssereUnOpzione) {
+TEST(ItemOption, MayHaveAnOptionForItsSecondToken) {
   const Lette lette = Leggi("-P 2006 -D 1");
   EXPECT_EQ(lette.partita.spaziata, "2006 -D");
   EXPECT_EQ(lette.azienda, "1");
 }
 
-TEST(OpzionePartita, MenoDiDueTokenSonoUnErroreDiIndice) {
+TEST(ItemOption, OfFewerThanTwoTokensIsAnIndexError) {
   EXPECT_EQ(NumeroErrore("-P"), 9);
   EXPECT_EQ(NumeroErrore("-P 2006"), 9);
   EXPECT_EQ(NumeroErrore("-P 2006  "), 9);
 }
 
-TEST(OpzioneSemplice, ContaSoloComeTokenIntero) {
+TEST(PlainOption, CountsAsAWholeTokenOnly) {
   EXPECT_TRUE(Leggi("-T EXTRA -demo").dimostrazione);
   EXPECT_FALSE(Leggi("-T EXTRA -DEMOS").dimostrazione);
   EXPECT_FALSE(Leggi("").dimostrazione);
 }
 
-TEST(OpzioneMaiuscola, IlValoreSiTieneInMaiuscolo) {
+TEST(UpperCaseOption, KeepsItsValueInUpperCase) {
   EXPECT_EQ(Leggi("-t extra").tipo, "EXTRA");
 }
 
-TEST(Opzioni, WhatTheWalkHadStoredStaysStoredWhereALaterTokenFails) {
+TEST(Options, WhatTheWalkHadStoredStaysStoredWhereALaterTokenFails) {
   Lette lette;
   EXPECT_THROW(LeggiOpzioni("-D abC -T banca -DEMO -N", {{"-D", &lette.azienda},
                                                          {"-T", &lette.tipo, Forma::Maiuscola},

@@ -50,7 +50,7 @@ std::time_t Momento(const DataOra& ora) {
 
 } // namespace
 
-TEST(Orologio, DiceLOraDelLuogo) {
+TEST(Clock, TellsTheLocalTime) {
   const FusoDiProva fuso;
   const std::time_t prima = std::time(nullptr);
   const std::time_t letto = Momento(OraDiSistema());

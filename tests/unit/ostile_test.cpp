@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Ostile : public testing::Test {
+class HostileInput : public testing::Test {
  protected:
   std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
   [[nodiscard]] std::vector<std::string> FileLocali() const {
@@ -107,7 +107,7 @@ const std::vector<std::string>& IndirizziOstili() {
 
 } // namespace
 
-TEST_F(Ostile, IlFileLocaleSparisceQuandoLaRichiestaRiesce) {
+TEST_F(HostileInput, TheLocalFileGoesWhenTheRequestSucceeds) {
   for (const Scrittore& scrittore : Scrittori()) {
     std::string durante;
     banco_.host.guasto = [&](const std::string& operazione) {
@@ -119,7 +119,7 @@ TEST_F(Ostile, IlFileLocaleSparisceQuandoLaRichiestaRiesce) {
   }
 }
 
-TEST_F(Ostile, IlFileLocaleSparisceAQualunquePassoDellHostSiFermi) {
+TEST_F(HostileInput, TheLocalFileGoesWhicheverStepOfTheHostStops) {
   for (const char* passo : {"Invia", "Rinomina", "Esegui", "Cancella"}) {
     banco_.host.guasto = [passo](const std::string& operazione) {
       if (operazione.starts_with(passo)) {
@@ -133,7 +133,7 @@ TEST_F(Ostile, IlFileLocaleSparisceAQualunquePassoDellHostSiFermi) {
   }
 }
 
-TEST_F(Ostile, IlFileLocaleSparisceQuandoIlProgrammaRifiutaORispondeMale) {
+TEST_F(HostileInput, TheLocalFileGoesWhenTheProgramRefusesOrAnswersWrongly) {
   for (const char* risposta : {"<R><ERRORE>no</ERRORE></R>", "niente di buono", "<!DOCTYPE a><a/>", ""}) {
     banco_.host.risposta = risposta;
     for (const Scrittore& scrittore : Scrittori()) {
@@ -143,7 +143,7 @@ TEST_F(Ostile, IlFileLocaleSparisceQuandoIlProgrammaRifiutaORispondeMale) {
   }
 }
 
-TEST_F(Ostile, UnaRichiestaCheNonSiPuoScrivereNonLasciaNullaENonParte) {
+TEST_F(HostileInput, ARequestThatCannotBeWrittenLeavesNothingAndIsNotSent) {
   for (const Scrittore& scrittore : Scrittori()) {
     EXPECT_THAT(Errore(scrittore.cattiva), StartsWith("13 ")) << scrittore.nome;
     EXPECT_THAT(FileLocali(), IsEmpty()) << scrittore.nome;
@@ -151,7 +151,7 @@ TEST_F(Ostile, UnaRichiestaCheNonSiPuoScrivereNonLasciaNullaENonParte) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(Ostile, IlFileLocaleSparisceAncheQuandoNonSiPuoMostrareIlMessaggio) {
+TEST_F(HostileInput, TheLocalFileGoesAlsoWhenTheMessageCannotBeShown) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   class SenzaBox final : public Desktop {
    public:
@@ -173,7 +173,7 @@ TEST_F(Ostile, IlFileLocaleSparisceAncheQuandoNonSiPuoMostrareIlMessaggio) {
   }
 }
 
-TEST_F(Ostile, UnCollegamentoAlPostoDelFileFermaLaRichiestaELasciaLaVittima) {
+TEST_F(HostileInput, ALinkInTheFilesPlaceStopsTheRequestAndLeavesItsTarget) {
   const fs::path vittima = fs::path(banco_.ambiente.CartellaLocale) / "vittima";
   const fs::path collegamento = fs::path(banco_.ambiente.CartellaLocale) / "T0120060305140709";
   fs::create_symlink(vittima, collegamento);
@@ -183,14 +183,14 @@ TEST_F(Ostile, UnCollegamentoAlPostoDelFileFermaLaRichiestaELasciaLaVittima) {
   EXPECT_FALSE(fs::is_symlink(collegamento)) << "il collegamento è tolto come il file che doveva essere";
 }
 
-TEST_F(Ostile, IlFileDelleScadenzeRestaPrivato) {
+TEST_F(HostileInput, TheFileOfTheDueDatesStaysPrivate) {
   static_cast<void>(ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", "30/04/2006"}}));
   ASSERT_THAT(FileLocali(), ElementsAre("T0120060305140709"));
   const auto permessi = fs::status(fs::path(banco_.ambiente.CartellaLocale) / FileLocali().front()).permissions();
   EXPECT_EQ(permessi, fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(Ostile, UnIndirizzoStranoArrivaAlTrasportoComEScrittoENonAltrove) {
+TEST_F(HostileInput, AStrangeAddressReachesTheTransportAsWrittenAndNothingElse) {
   for (const std::string& indirizzo : IndirizziOstili()) {
     banco_.host.host.clear();
     banco_.host.chiamate.clear();
@@ -201,7 +201,7 @@ TEST_F(Ostile, UnIndirizzoStranoArrivaAlTrasportoComEScrittoENonAltrove) {
   }
 }
 
-TEST_F(Ostile, UnBloccoSmisuratoOStranoOccupaLaListaSenzaFermareNulla) {
+TEST_F(HostileInput, AnEnormousOrStrangeLockTakesTheListAndStopsNothing) {
   for (const std::string& blocco : {std::string(5'000'000, 'x'), "Utente : \x01\x02" + std::string(3, '\0') + "\r\n",
                                     std::string(100'000, '\n') + "x", std::string("\xFF\xFE\xFF")}) {
     banco_.desktop.box.clear();
@@ -211,7 +211,7 @@ TEST_F(Ostile, UnBloccoSmisuratoOStranoOccupaLaListaSenzaFermareNulla) {
   }
 }
 
-TEST_F(Ostile, UnValoreCheSembraUnIstruzioneRestaUnValore) {
+TEST_F(HostileInput, AValueThatLooksLikeAStatementStaysAValue) {
   const std::string valore = "';DROP--\"`{}";
   banco_.host.risposta = "<R><MESSAGGIO></MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -H h -S " + valore + " -E 2006 -N 1"), "error"); // no database
@@ -219,7 +219,7 @@ TEST_F(Ostile, UnValoreCheSembraUnIstruzioneRestaUnValore) {
   EXPECT_EQ(banco_.host.chiamate.front().at(2), valore);
 }
 
-TEST_F(Ostile, UnaRigaDiComandoDiUnMegabyteEUnErroreOUnNulla) {
+TEST_F(HostileInput, ACommandLineOfAMegabyteIsAnErrorOrNothing) {
   EXPECT_EQ(Esegui(std::string(1'000'000, 'x')), "");
   EXPECT_EQ(Esegui(std::string(1'000'000, ' ')), "");
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -DB2SOURCE " + std::string(1'000'000, 'x')), "error");
@@ -228,14 +228,14 @@ TEST_F(Ostile, UnaRigaDiComandoDiUnMegabyteEUnErroreOUnNulla) {
   EXPECT_THAT(banco_.desktop.box, Each(AllOf(HasSubstr("1000 byte"), Not(HasSubstr("pppp")))));
 }
 
-TEST_F(Ostile, UnCarattereNulloNellaRigaNonLaAccorcia) {
+TEST_F(HostileInput, ANulCharacterInTheLineDoesNotShortenIt) {
   const std::string comando = std::string("-T EXTRA\0 /A -DEMO", 18);
   EXPECT_EQ(Esegui(comando), "") << "il tipo non è EXTRA";
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
   EXPECT_EQ(stato().ComandoCorrente, comando);
 }
 
-TEST_F(Ostile, CioCheNonEUnErroreDelComponenteDiventaUnErroreDelComponente) {
+TEST_F(HostileInput, WhatIsNoErrorOfTheComponentBecomesOne) {
   const auto numero = [](const std::function<void()>& lancia) {
     try {
       lancia();

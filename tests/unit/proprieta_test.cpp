@@ -65,8 +65,8 @@ class ConBanco : public testing::Test {
 };
 
 using Date = ConBanco;
-using Importi = ConBanco;
-using Spunte = prova::GrigliaDiProva;
+using Amounts = ConBanco;
+using RandomTicks = prova::GrigliaDiProva;
 
 std::string Minuscole(std::string testo) {
   for (char& c : testo) {
@@ -106,7 +106,7 @@ std::vector<std::size_t> OrdineAtteso(const RigheGriglia& elenco, int colonna, b
 
 } // namespace
 
-TEST_F(Date, OgniGiornoVaAllHostEAllaBaseDatiETorna) {
+TEST_F(Date, OfEveryDayGoesToHostAndDatabaseAndBack) {
   OgniGiorno([](sys_days, const std::string& data) {
     const std::string compatta = DataPerHost(data);
     const std::string iso = DataIsoDaTesto(data);
@@ -116,7 +116,7 @@ TEST_F(Date, OgniGiornoVaAllHostEAllaBaseDatiETorna) {
   });
 }
 
-TEST_F(Date, LOrdineDeiTestiDellHostELOrdineDeiGiorni) {
+TEST_F(Date, SortsAsTextOfTheHostAsTheDaysDo) {
   std::string ieri;
   OgniGiorno([&](sys_days, const std::string& data) {
     const std::string oggi = DataPerHost(data) + FormattaDataOrdine(DataIsoDaTesto(data));
@@ -125,7 +125,7 @@ TEST_F(Date, LOrdineDeiTestiDellHostELOrdineDeiGiorni) {
   });
 }
 
-TEST_F(Date, OgniGiornoScrittoInUnModoQualunqueEAccettatoUguale) {
+TEST_F(Date, OfEveryDayIsAcceptedAlikeInWhateverWayItIsWritten) {
   OgniGiorno([&](sys_days giorno, const std::string& data) {
     const std::string cifre = data.substr(0, 2) + data.substr(3, 2) + data.substr(6);
     // The leap-year test adds 1900 to four digits too: 29 February counts where that year is a leap year.
@@ -136,7 +136,7 @@ TEST_F(Date, OgniGiornoScrittoInUnModoQualunqueEAccettatoUguale) {
   });
 }
 
-TEST_F(Date, DueCifreDAnnoValgonoDal1950Al2049) {
+TEST_F(Date, OfTwoDigitsForTheYearLiesBetween1950And2049) {
   OgniGiorno([&](sys_days giorno, const std::string& data) {
     const int anno = static_cast<int>(std::chrono::year_month_day(giorno).year());
     if (anno < 1950 || anno >= 2050) {
@@ -149,7 +149,7 @@ TEST_F(Date, DueCifreDAnnoValgonoDal1950Al2049) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
-TEST_F(Date, LaFineDelMeseEIlGiornoPrimaDelPrimoSeguente) {
+TEST_F(Date, AtTheEndOfAMonthIsTheDayBeforeTheNextFirst) {
   OgniGiorno([](sys_days giorno, const std::string& data) {
     const auto domani = std::chrono::year_month_day(giorno + std::chrono::days(1));
     if (domani.day() == std::chrono::day(1)) {
@@ -158,7 +158,7 @@ TEST_F(Date, LaFineDelMeseEIlGiornoPrimaDelPrimoSeguente) {
   });
 }
 
-TEST_F(Importi, OgniNumeroDiCentesimiSiScriveESiRileggeUguale) {
+TEST_F(Amounts, OfAnyNumberOfCentsAreWrittenAndReadBackAlike) {
   Caso caso;
   for (int prova = 0; prova < 20000; ++prova) {
     const auto centesimi = caso.Fino(prova % 2 == 0 ? 99999 : 999999999999);
@@ -175,7 +175,7 @@ TEST_F(Importi, OgniNumeroDiCentesimiSiScriveESiRileggeUguale) {
   }
 }
 
-TEST_F(Importi, ArrotondareNonScambiaMaiDueImporti) {
+TEST_F(Amounts, NeverChangePlacesByRounding) {
   Caso caso;
   for (int prova = 0; prova < 20000; ++prova) {
     std::size_t minore = caso.Fino(9999999);
@@ -192,7 +192,7 @@ TEST_F(Importi, ArrotondareNonScambiaMaiDueImporti) {
   }
 }
 
-TEST(Righe, UnaRigaScrittaSiDivideNeiSuoiCampi) {
+TEST(Lines, ThatAreWrittenDivideIntoTheirFields) {
   Caso caso;
   for (int prova = 0; prova < 20000; ++prova) {
     const std::vector<std::string> campi = {caso.Testo("aZ 9#/;'\"\t\xC3\xA8", 12), caso.Testo("0123456789", 8),
@@ -203,7 +203,7 @@ TEST(Righe, UnaRigaScrittaSiDivideNeiSuoiCampi) {
   }
 }
 
-TEST(Righe, UnCampoCheDividerebbeLaRigaInDueNonSiScriveMai) {
+TEST(Lines, AreNeverWrittenWithAFieldThatWouldSplitThem) {
   Caso caso;
   for (int prova = 0; prova < 20000; ++prova) {
     const std::string campo = caso.Testo("ab,\r\n", 4);
@@ -215,7 +215,7 @@ TEST(Righe, UnCampoCheDividerebbeLaRigaInDueNonSiScriveMai) {
   }
 }
 
-TEST(Ordinamento, EStabileECompletoInEntrambiIVersi) {
+TEST(Sorting, IsStableAndCompleteBothWays) {
   Caso caso;
   for (int prova = 0; prova < 1500; ++prova) {
     RigheGriglia elenco = ElencoACaso(caso, caso.Fino(60), prova % 3 == 0 ? 20 : 3);
@@ -229,7 +229,7 @@ TEST(Ordinamento, EStabileECompletoInEntrambiIVersi) {
   }
 }
 
-TEST(Ordinamento, NonDipendeDaCioCheLHaPreceduto) {
+TEST(Sorting, DoesNotDependOnWhatWentBefore) {
   Caso caso;
   for (int prova = 0; prova < 500; ++prova) {
     RigheGriglia elenco = ElencoACaso(caso, 40, 3);
@@ -242,7 +242,7 @@ TEST(Ordinamento, NonDipendeDaCioCheLHaPreceduto) {
   }
 }
 
-TEST(Ordinamento, DecrescenteELInversoFraTestiDiversi) {
+TEST(Sorting, DescendingIsTheReverseAmongDifferentTexts) {
   Caso caso;
   for (int prova = 0; prova < 500; ++prova) {
     RigheGriglia elenco(1, {});
@@ -265,7 +265,7 @@ TEST(Ordinamento, DecrescenteELInversoFraTestiDiversi) {
   }
 }
 
-TEST(Ordinamento, ETransitivo) {
+TEST(Sorting, IsTransitive) {
   Caso caso;
   // The order of any three texts alone is their order among all the others.
   for (int prova = 0; prova < 2000; ++prova) {
@@ -288,7 +288,7 @@ TEST(Ordinamento, ETransitivo) {
   }
 }
 
-TEST_F(Spunte, SpuntareEToglierePerCasoNonToccaLeAltreRighe) {
+TEST_F(RandomTicks, NeverTouchOtherRows) {
   Caso caso;
   constexpr std::size_t righe = 30;
   std::vector<std::vector<bool>> attese(righe, {false, false});
@@ -311,7 +311,7 @@ TEST_F(Spunte, SpuntareEToglierePerCasoNonToccaLeAltreRighe) {
   }
 }
 
-TEST_F(Spunte, DueClicSullaCasellaRiportanoLaRigaComEra) {
+TEST_F(RandomTicks, ClickedTwiceLeaveTheRowAsItWas) {
   Caso caso;
   constexpr std::size_t righe = 12;
   for (std::size_t riga = 0; riga < righe; ++riga) {

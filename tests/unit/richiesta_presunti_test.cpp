@@ -41,7 +41,7 @@ VariazioneConsegna CambioConsegna() {
   return v;
 }
 
-class RichiestaPresunti : public testing::Test {
+class PresumedRequest : public testing::Test {
  protected:
   std::string InviaBanca(const VariazioniConsegna& variazioni) {
     return ScriviRichiestaBancaPresunti("10.0.0.1", "12", variazioni, "PRESUNTI");
@@ -59,28 +59,28 @@ const std::string Nome = "/tmp/T0120060305140709";
 
 } // namespace
 
-TEST_F(RichiestaPresunti, SenzaVariazioniLHostNonEContattato) {
+TEST_F(PresumedRequest, WithoutChangesDoesNotContactTheHost) {
   EXPECT_EQ(InviaBanca({}), "");
   EXPECT_EQ(InviaConsegna({}), "");
   EXPECT_THAT(banco.host.operazioni, IsEmpty());
   EXPECT_THAT(banco.desktop.puntatori, IsEmpty());
 }
 
-TEST_F(RichiestaPresunti, LaBancaHaIlFormatoDelleScadenzeSenzaPartitaDateERata) {
+TEST_F(PresumedRequest, OfABankHasTheFormatOfInstalmentsWithoutItemDatesAndNumber) {
   EXPECT_EQ(InviaBanca({CambioBanca()}), "");
   EXPECT_EQ(Inviato(), "C1,,06,123,AB,,,,B1,B2,\r\n");
   EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos", "",
                                                            "", "", "", "", "")));
 }
 
-TEST_F(RichiestaPresunti, UnaBancaCheNonCambiaSiScriveVuota) {
+TEST_F(PresumedRequest, WritesABankThatDoesNotChangeAsEmpty) {
   VariazioneConsegna v = CambioBanca();
   v.isBancaChanged = false;
   EXPECT_EQ(InviaBanca({v}), "");
   EXPECT_EQ(Inviato(), "C1,,06,123,AB,,,,B1,,\r\n");
 }
 
-TEST_F(RichiestaPresunti, LaBancaMancanteELaBancaToltaSiScrivonoComeNulle) {
+TEST_F(PresumedRequest, WritesAMissingAndARemovedBankAsNull) {
   VariazioneConsegna data = CambioBanca();
   data.VecchiaBanca = "#null#";
   VariazioneConsegna tolta = CambioBanca();
@@ -89,13 +89,13 @@ TEST_F(RichiestaPresunti, LaBancaMancanteELaBancaToltaSiScrivonoComeNulle) {
   EXPECT_EQ(Inviato(), "C1,,06,123,AB,,,,#null#,B2,\r\nC1,,06,123,AB,,,,B1,#null#,\r\n");
 }
 
-TEST_F(RichiestaPresunti, UnaConsegnaHaSetteCampiEDateDiOttoCifre) {
+TEST_F(PresumedRequest, OfADeliveryHasSevenFieldsAndDatesOfEightDigits) {
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_EQ(Inviato(), "C1,AB,123,06,20060305,20060301,20060306\r\n");
   EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("12", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
 }
 
-TEST_F(RichiestaPresunti, UnaDataDiConsegnaMancanteSiScriveAZeri) {
+TEST_F(PresumedRequest, WritesAMissingDeliveryDateInZeros) {
   VariazioneConsegna v = CambioConsegna();
   v.Consegna = "#null#";
   v.ConsegnaOrigine = "";
@@ -103,7 +103,7 @@ TEST_F(RichiestaPresunti, UnaDataDiConsegnaMancanteSiScriveAZeri) {
   EXPECT_EQ(Inviato(), "C1,AB,123,06,00000000,00000000,20060306\r\n");
 }
 
-TEST_F(RichiestaPresunti, LeOperazioniSonoInQuestOrdineEIlFileLocaleSparisce) {
+TEST_F(PresumedRequest, HasItsOperationsInThisOrderAndTheLocalFileGoes) {
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_THAT(banco.host.operazioni, ElementsAre("Invia " + Nome, "Rinomina " + Nome + " " + Nome + ".dos",
                                                  "Esegui VB0001", "Cancella " + Nome, "Cancella " + Nome + ".dos"));
@@ -112,13 +112,13 @@ TEST_F(RichiestaPresunti, LeOperazioniSonoInQuestOrdineEIlFileLocaleSparisce) {
   EXPECT_EQ(banco.desktop.puntatori.back(), Puntatore::Predefinito);
 }
 
-TEST_F(RichiestaPresunti, IlMessaggioDelProgrammaSiMostra) {
+TEST_F(PresumedRequest, ShowsTheProgramsMessage) {
   banco.host.risposta = "<RISPOSTA><MESSAGGIO>Consegne aggiornate</MESSAGGIO></RISPOSTA>";
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_THAT(banco.desktop.box, ElementsAre("Consegne aggiornate"));
 }
 
-TEST_F(RichiestaPresunti, UnGuastoSiSollevaComeErroreDiTrasferimento) {
+TEST_F(PresumedRequest, RaisesAFaultAsATransferError) {
   banco.host.guasto = [](const std::string& operazione) {
     if (operazione.starts_with("Rinomina")) {
       throw ErroreRuntime(errori::AccessoAlFile, "disco pieno");
@@ -136,7 +136,7 @@ TEST_F(RichiestaPresunti, UnGuastoSiSollevaComeErroreDiTrasferimento) {
   EXPECT_TRUE(std::filesystem::is_empty(banco.ambiente.CartellaLocale));
 }
 
-TEST_F(RichiestaPresunti, UnaDataCheNonEUnaDataFermaLaRichiestaPrimaDellHost) {
+TEST_F(PresumedRequest, StopsBeforeTheHostAtADateThatIsNone) {
   VariazioneConsegna v = CambioConsegna();
   v.NuovaConsegna = "domani";
   EXPECT_THROW(static_cast<void>(InviaConsegna({v})), ErroreRuntime);

@@ -26,9 +26,9 @@ const RigaScadenze Seconda = {"C10", "2006   15", "30/04/2006", "31/03/2006", "1
 const RigaScadenze SenzaNuova = {"C10", "2006   15", "31/05/2006", "30/04/2006", ""};
 constexpr const char* Nome = "T0120060305140709";
 
-class RichiestaScadenzeTest : public testing::Test {
+class DueDatesRequest : public testing::Test {
  protected:
-  RichiestaScadenzeTest() {
+  DueDatesRequest() {
     stato().HostIP = "10.0.0.1";
     stato().Azienda = "01";
     stato().TipoComando = "BANCA";
@@ -55,20 +55,20 @@ std::string Leggi(const std::string& percorso) {
 
 } // namespace
 
-TEST_F(RichiestaScadenzeTest, LaRigaPortaContoPartitaOriginaleENuovaScadenzaInOttoCifre) {
+TEST_F(DueDatesRequest, HasLinesOfAccountItemOriginalAndNewDueDateInEightDigits) {
   EXPECT_EQ(Invia({Prima, Seconda}), "error");
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"
                                                "C10,2006   15,20060331,20060510\r\n"));
 }
 
-TEST_F(RichiestaScadenzeTest, LeRigheSenzaNuovaScadenzaNonViaggiano) {
+TEST_F(DueDatesRequest, LeavesOutRowsWithoutANewDueDate) {
   RigaScadenze inBianco = SenzaNuova;
   inBianco.nuovaScadenza = "  ";
   EXPECT_EQ(Invia({SenzaNuova, Prima, inBianco}), "error");
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"));
 }
 
-TEST_F(RichiestaScadenzeTest, LaRichiestaHaCentounoParametri) {
+TEST_F(DueDatesRequest, HasAHundredAndOneParameters) {
   banco_.ambiente.CodicePostazione = " T01 ";
   EXPECT_EQ(Invia({Prima}), "error");
   std::vector<std::string> attesi(101);
@@ -80,7 +80,7 @@ TEST_F(RichiestaScadenzeTest, LaRichiestaHaCentounoParametri) {
   EXPECT_THAT(banco_.host.chiamate, ElementsAre(attesi));
 }
 
-TEST_F(RichiestaScadenzeTest, LeOperazioniSonoInQuestOrdine) {
+TEST_F(DueDatesRequest, HasItsOperationsInThisOrder) {
   EXPECT_EQ(Invia({Prima}), "error");
   const std::string remoto = std::string("/tmp/") + Nome;
   EXPECT_THAT(banco_.host.operazioni,
@@ -91,12 +91,12 @@ TEST_F(RichiestaScadenzeTest, LeOperazioniSonoInQuestOrdine) {
   EXPECT_EQ(banco_.desktop.respiri, 2U);
 }
 
-TEST_F(RichiestaScadenzeTest, IlFileLocaleResta) {
+TEST_F(DueDatesRequest, LeavesTheLocalFile) {
   EXPECT_EQ(Invia({Prima}), "error");
   EXPECT_EQ(Leggi(FileLocale()), "C10,2006   15,20060228,20060405\r\n");
 }
 
-TEST_F(RichiestaScadenzeTest, SenzaNuoveScadenzeLHostNonEContattato) {
+TEST_F(DueDatesRequest, WithoutNewDueDatesDoesNotContactTheHost) {
   EXPECT_EQ(Invia({}), "");
   EXPECT_EQ(Invia({SenzaNuova, SenzaNuova}), "");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
@@ -105,54 +105,54 @@ TEST_F(RichiestaScadenzeTest, SenzaNuoveScadenzeLHostNonEContattato) {
   EXPECT_EQ(Leggi(FileLocale()), "");
 }
 
-TEST_F(RichiestaScadenzeTest, TrentadueRigheCiStanno) {
+TEST_F(DueDatesRequest, TakesThirtyTwoRows) {
   const std::vector<RigaScadenze> righe(32, Prima);
   EXPECT_EQ(Invia(righe), "error");
   ASSERT_THAT(banco_.host.inviati, SizeIs(1));
   EXPECT_EQ(banco_.host.inviati[0].size(), 32 * std::string("C10,2006   15,20060228,20060405\r\n").size());
 }
 
-TEST_F(RichiestaScadenzeTest, LaTrentatreesimaEUnErroreDiIndice) {
+TEST_F(DueDatesRequest, RaisesAnIndexErrorAtTheThirtyThird) {
   EXPECT_EQ(Fallisce(std::vector<RigaScadenze>(33, Prima)), 9);
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(RichiestaScadenzeTest, LeRigheInBiancoNonContanoPerIlLimite) {
+TEST_F(DueDatesRequest, DoesNotCountBlankRowsTowardsItsLimit) {
   std::vector<RigaScadenze> righe(32, Prima);
   righe.insert(righe.begin(), 50, SenzaNuova);
   EXPECT_EQ(Invia(righe), "error");
   EXPECT_THAT(banco_.host.chiamate, SizeIs(1));
 }
 
-TEST_F(RichiestaScadenzeTest, UnaDataCheNonSiDivideFermaLaRichiestaPrimaDellHost) {
+TEST_F(DueDatesRequest, StopsBeforeTheHostAtADateThatCannotBeSplit) {
   RigaScadenze riga = Prima;
   riga.nuovaScadenza = "050406";
   EXPECT_EQ(Fallisce({riga}), 9);
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(RichiestaScadenzeTest, UnaScadenzaOriginaleMancanteSonoOttoZeri) {
+TEST_F(DueDatesRequest, WritesAMissingOriginalDueDateAsEightZeros) {
   RigaScadenze riga = Prima;
   riga.scadenzaOrig = "";
   EXPECT_EQ(Invia({riga}), "error");
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,00000000,20060405\r\n"));
 }
 
-TEST_F(RichiestaScadenzeTest, UnaVirgolaInUnCampoSiScriveComEE) {
+TEST_F(DueDatesRequest, WritesACommaInAFieldAsItIs) {
   RigaScadenze riga = Prima;
   riga.conto = "C1,0";
   EXPECT_EQ(Invia({riga}), "error");
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C1,0,2006   15,20060228,20060405\r\n"));
 }
 
-TEST_F(RichiestaScadenzeTest, UnaFineDiRigaInUnCampoFermaLaRichiestaPrimaDellHost) {
+TEST_F(DueDatesRequest, StopsBeforeTheHostAtALineBreakInAField) {
   RigaScadenze riga = Prima;
   riga.conto = "C1\r\n0";
   EXPECT_EQ(Fallisce({riga}), 13);
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
-TEST_F(RichiestaScadenzeTest, LaRispostaVaAUnaPartitaNuovaELeAzioniAUnMessaggioNuovo) {
+TEST_F(DueDatesRequest, GivesTheReplyToANewItemAndTheActionsToANewMessage) {
   banco_.host.risposta = "<R><CONTO>C10</CONTO><ERRORE>no</ERRORE><SCADENZE><S><IMPORTO>5</IMPORTO></S></SCADENZE></R>";
   EXPECT_EQ(Invia({Prima}), "error");
   const auto risposta = stato().Risposta;
@@ -168,7 +168,7 @@ TEST_F(RichiestaScadenzeTest, LaRispostaVaAUnaPartitaNuovaELeAzioniAUnMessaggioN
   EXPECT_NE(stato().RispostaPartita, partita);
 }
 
-TEST_F(RichiestaScadenzeTest, IlGuastoSalgeELasciaIFileSullHost) {
+TEST_F(DueDatesRequest, LetsAFaultRiseAndLeavesTheFilesOnTheHost) {
   banco_.host.guasto = [](const std::string& operazione) {
     if (operazione.rfind("Esegui", 0) == 0) {
       throw ErroreRuntime(errori::AccessoAlFile, "Guasto");
@@ -179,7 +179,7 @@ TEST_F(RichiestaScadenzeTest, IlGuastoSalgeELasciaIFileSullHost) {
   EXPECT_TRUE(std::filesystem::exists(FileLocale()));
 }
 
-TEST_F(RichiestaScadenzeTest, UnaPuliziaFallitaDiceCheLHostHaAccettatoAncheSeLaBaseDatiNo) {
+TEST_F(DueDatesRequest, SaysAfterAFailedCleanUpThatTheHostAcceptedThoughTheDatabaseDidNot) {
   banco_.host.guasto = [](const std::string& operazione) {
     if (operazione.starts_with("Cancella")) {
       throw ErroreRuntime(errori::AccessoAlFile, "Guasto.");

@@ -32,7 +32,7 @@ VariazioneCanalizzazione CambioScadenza() {
   return v;
 }
 
-class Richiesta : public testing::Test {
+class BankRequest : public testing::Test {
  protected:
   std::string Invia(const VariazioniCanalizzazione& variazioni) {
     return ScriviRichiestaCanalizzazione("10.0.0.1", "12", variazioni, "CREDITI");
@@ -72,14 +72,14 @@ const std::string Nome = "/tmp/T0120060305140709";
 
 } // namespace
 
-TEST_F(Richiesta, SenzaVariazioniLHostNonEContattato) {
+TEST_F(BankRequest, WithoutChangesDoesNotContactTheHost) {
   EXPECT_EQ(Invia(VariazioniCanalizzazione{}), "");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   EXPECT_THAT(banco_.desktop.puntatori, IsEmpty());
   EXPECT_TRUE(NienteInLocale());
 }
 
-TEST_F(Richiesta, LeOperazioniSonoInQuestOrdine) {
+TEST_F(BankRequest, HasItsOperationsInThisOrder) {
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Invia " + Nome, "Rinomina " + Nome + " " + Nome + ".dos",
                                                   "Esegui VB0001", "Cancella " + Nome, "Cancella " + Nome + ".dos"));
@@ -88,13 +88,13 @@ TEST_F(Richiesta, LeOperazioniSonoInQuestOrdine) {
   EXPECT_TRUE(NienteInLocale());
 }
 
-TEST_F(Richiesta, IlProgrammaRiceveUndiciParametri) {
+TEST_F(BankRequest, HandsTheProgramElevenParameters) {
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
                                                             "", "", "", "", "")));
 }
 
-TEST_F(Richiesta, LaPostazioneESenzaSpaziNelNomeENeiParametri) {
+TEST_F(BankRequest, HasTheWorkstationWithoutBlanksInNameAndParameters) {
   banco_.ambiente.CodicePostazione = "  T 9 ";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/T 920060305140709");
@@ -102,13 +102,13 @@ TEST_F(Richiesta, LaPostazioneESenzaSpaziNelNomeENeiParametri) {
   EXPECT_EQ(banco_.host.chiamate[0][3], "T 9");
 }
 
-TEST_F(Richiesta, DueRichiesteNelloStessoSecondoHannoLoStessoNome) {
+TEST_F(BankRequest, HasTheNameOfAnotherOfTheSameSecond) {
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_EQ(banco_.host.operazioni[0], banco_.host.operazioni[5]);
 }
 
-TEST_F(Richiesta, LaRigaHaUndiciCampi) {
+TEST_F(BankRequest, HasLinesOfElevenFields) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.Anno = "2006";
   v.Numero = "77";
@@ -118,19 +118,19 @@ TEST_F(Richiesta, LaRigaHaUndiciCampi) {
   EXPECT_EQ(Riga(v), "C100,2006 15,2006,77,A,20060331,20060331,20060405,B1,B2,1\r\n");
 }
 
-TEST_F(Richiesta, LaBancaNuovaVaSoloSeCambiata) {
+TEST_F(BankRequest, CarriesTheNewBankOnlyWhereItChanged) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.NuovaBanca = "B2";
   EXPECT_EQ(Riga(v), "C100,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n");
 }
 
-TEST_F(Richiesta, UnaDataDiUnaODueCifreVaNelVentunesimoSecolo) {
+TEST_F(BankRequest, PutsAYearOfOneOrTwoDigitsIntoTheTwentyFirstCentury) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.NuovaScadenza = "5/3/99";
   EXPECT_EQ(Riga(v), "C100,2006 15,,,,20060331,20060331,20990305,B1,,1\r\n");
 }
 
-TEST_F(Richiesta, UnaDataSenzaValoreEUnCampoVuoto) {
+TEST_F(BankRequest, WritesADateWithoutAValueAsAnEmptyField) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.ScadenzaOriginale = "#null#";
   v.VecchiaScadenza = "#null#";
@@ -138,13 +138,13 @@ TEST_F(Richiesta, UnaDataSenzaValoreEUnCampoVuoto) {
   EXPECT_EQ(Riga(v), "C100,2006 15,,,,,,,B1,,1\r\n");
 }
 
-TEST_F(Richiesta, UnaScadenzaOriginaleVuotaSonoOttoZeri) {
+TEST_F(BankRequest, WritesAnEmptyOriginalDueDateAsEightZeros) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.ScadenzaOriginale = "";
   EXPECT_EQ(Riga(v), "C100,2006 15,,,,00000000,20060331,20060405,B1,,1\r\n");
 }
 
-TEST_F(Richiesta, NeiCampiDelleBancheIlSegnoDiNessunValoreSiScrive) {
+TEST_F(BankRequest, WritesTheSignOfNoValueIntoTheFieldsOfTheBanks) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.VecchiaBanca = "#null#";
   v.NuovaBanca = "#null#";
@@ -152,7 +152,7 @@ TEST_F(Richiesta, NeiCampiDelleBancheIlSegnoDiNessunValoreSiScrive) {
   EXPECT_EQ(Riga(v), "C100,2006 15,,,,20060331,20060331,20060405,#null#,#null#,1\r\n");
 }
 
-TEST_F(Richiesta, OgniVariazioneHaLaSuaRigaNellOrdineDato) {
+TEST_F(BankRequest, GivesEachChangeItsLineInTheGivenOrder) {
   VariazioneCanalizzazione seconda = CambioScadenza();
   seconda.CodiceConto = "C200";
   EXPECT_EQ(Invia({CambioScadenza(), seconda}), "");
@@ -160,14 +160,14 @@ TEST_F(Richiesta, OgniVariazioneHaLaSuaRigaNellOrdineDato) {
                                                "C200,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"));
 }
 
-TEST_F(Richiesta, UnaVirgolaInUnCampoSiScriveComEE) {
+TEST_F(BankRequest, WritesACommaInAFieldAsItIs) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.CodiceConto = "C1,0";
   v.NumeroPartita = ",15,";
   EXPECT_EQ(Riga(v), "C1,0,,15,,,,,20060331,20060331,20060405,B1,,1\r\n");
 }
 
-TEST_F(Richiesta, UnaFineDiRigaInUnCampoFermaLaRichiestaPrimaDellHost) {
+TEST_F(BankRequest, StopsBeforeTheHostAtALineBreakInAField) {
   VariazioneCanalizzazione v = CambioScadenza();
   for (const char* partita : {"15\r16", "15\n16", "15\r\n"}) {
     v.NumeroPartita = partita;
@@ -177,7 +177,7 @@ TEST_F(Richiesta, UnaFineDiRigaInUnCampoFermaLaRichiestaPrimaDellHost) {
   EXPECT_TRUE(NienteInLocale());
 }
 
-TEST_F(Richiesta, UnaDataCheNonSiDivideFermaLaRichiestaPrimaDellHost) {
+TEST_F(BankRequest, StopsBeforeTheHostAtADateThatCannotBeSplit) {
   VariazioneCanalizzazione v = CambioScadenza();
   v.NuovaScadenza = " ";
   EXPECT_THAT(Fallisce(v), StartsWith("9 "));
@@ -185,38 +185,38 @@ TEST_F(Richiesta, UnaDataCheNonSiDivideFermaLaRichiestaPrimaDellHost) {
   EXPECT_TRUE(NienteInLocale());
 }
 
-TEST_F(Richiesta, IlMessaggioDellHostSiMostra) {
+TEST_F(BankRequest, ShowsTheHostsMessage) {
   banco_.host.risposta = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Variate 1 scadenze"));
   EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad"));
 }
 
-TEST_F(Richiesta, UnMessaggioInBiancoNonSiMostra) {
+TEST_F(BankRequest, DoesNotShowABlankMessage) {
   banco_.host.risposta = "<R><MESSAGGIO>   </MESSAGGIO></R>";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
-TEST_F(Richiesta, IlRifiutoDellHostEUnErroreConIlSuoTesto) {
+TEST_F(BankRequest, RaisesTheHostsRefusalWithItsText) {
   banco_.host.risposta = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "Riga 1: conto inesistente");
   EXPECT_THAT(banco_.host.file, IsEmpty()) << "i file sull'host si cancellano anche dopo un rifiuto";
   EXPECT_TRUE(NienteInLocale());
 }
 
-TEST_F(Richiesta, ConUnRifiutoIlMessaggioSiMostraUgualmente) {
+TEST_F(BankRequest, ShowsTheMessageOfARefusalAllTheSame) {
   banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "no");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("nota"));
 }
 
-TEST_F(Richiesta, UnRifiutoInBiancoEUnErroreAncheSenzaTesto) {
+TEST_F(BankRequest, RaisesABlankRefusalAlsoWithoutAText) {
   banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), " ");
 }
 
-TEST_F(Richiesta, OgniPassoFallitoDiventaUnErroreConNumeroETesto) {
+TEST_F(BankRequest, RaisesEachFailedStepWithNumberAndText) {
   for (const char* passo : {"Invia", "Rinomina", "Esegui", "Cancella"}) {
     banco_.host.operazioni.clear();
     GuastoA(passo);
@@ -227,12 +227,12 @@ TEST_F(Richiesta, OgniPassoFallitoDiventaUnErroreConNumeroETesto) {
   }
 }
 
-TEST_F(Richiesta, DiUnGuastoSenzaDescrizioneSiLeggeLaSorgente) {
+TEST_F(BankRequest, TellsTheSourceOfAFaultWithoutADescription) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::RicercaFallita, "", "CONTO INESISTENTE"); };
   EXPECT_EQ(Fallisce(CambioScadenza()), "-2147220990 CONTO INESISTENTE");
 }
 
-TEST_F(Richiesta, DopoUnaPuliziaFallitaSiSaCheLHostHaGiaAccettato) {
+TEST_F(BankRequest, TellsAfterAFailedCleanUpThatTheHostHasAccepted) {
   GuastoA("Cancella");
   EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella");
   EXPECT_EQ(stato().andamento.Frase(),
@@ -240,7 +240,7 @@ TEST_F(Richiesta, DopoUnaPuliziaFallitaSiSaCheLHostHaGiaAccettato) {
             "partita 2006 15 rata 1 del 31/03/2006.");
 }
 
-TEST_F(Richiesta, DopoUnaPuliziaFallitaIlRifiutoNonVaPerduto) {
+TEST_F(BankRequest, DoesNotLoseTheRefusalAfterAFailedCleanUp) {
   GuastoA("Cancella");
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella");
@@ -251,19 +251,19 @@ TEST_F(Richiesta, DopoUnaPuliziaFallitaIlRifiutoNonVaPerduto) {
       << "le azioni lo prendono per un rifiuto";
 }
 
-TEST_F(Richiesta, UnaChiamataInterrottaLasciaIFileSullHost) {
+TEST_F(BankRequest, LeavesTheFilesOnTheHostAfterAnInterruptedCall) {
   GuastoA("Esegui");
   Fallisce(CambioScadenza());
   EXPECT_THAT(banco_.host.file, ElementsAre(testing::Key(Nome + ".dos")));
 }
 
-TEST_F(Richiesta, UnaRispostaIllegibileEUnErrore) {
+TEST_F(BankRequest, FailsOnAnUnreadableReply) {
   banco_.host.risposta = "<R><ERRORE>";
   EXPECT_NE(Fallisce(CambioScadenza()), "");
   EXPECT_TRUE(NienteInLocale());
 }
 
-TEST_F(Richiesta, SenzaCartellaLocaleEUnErrore) {
+TEST_F(BankRequest, FailsWithoutALocalDirectory) {
   const std::string cartella = banco_.ambiente.CartellaLocale;
   banco_.ambiente.CartellaLocale = cartella + "/che-non-esiste";
   EXPECT_THAT(Fallisce(CambioScadenza()), StartsWith("53 "));
@@ -271,7 +271,7 @@ TEST_F(Richiesta, SenzaCartellaLocaleEUnErrore) {
   banco_.ambiente.CartellaLocale = cartella;
 }
 
-TEST_F(Richiesta, SenzaAmbienteEUnErroreDellaRichiesta) {
+TEST_F(BankRequest, FailsWithoutAnEnvironment) {
   servizi().ambiente = []() -> const nexaro::Ambiente& {
     throw ErroreRuntime(errori::AccessoAlFile, "Cartella locale non sicura");
   };
@@ -280,7 +280,7 @@ TEST_F(Richiesta, SenzaAmbienteEUnErroreDellaRichiesta) {
   EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
 }
 
-TEST_F(Richiesta, MentreLavoraMostraLaClessidra) {
+TEST_F(BankRequest, ShowsTheHourglassWhileItWorks) {
   Puntatore durante = Puntatore::Predefinito;
   banco_.host.guasto = [&](const std::string&) { durante = banco_.desktop.puntatori.back(); };
   EXPECT_EQ(Invia(CambioScadenza()), "");
@@ -289,7 +289,7 @@ TEST_F(Richiesta, MentreLavoraMostraLaClessidra) {
   EXPECT_EQ(banco_.desktop.respiri, banco_.desktop.puntatori.size());
 }
 
-TEST_F(Richiesta, OgniRichiestaHaUnaRispostaNuova) {
+TEST_F(BankRequest, HasAReplyOfItsOwn) {
   banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
   Fallisce(CambioScadenza());
   const auto prima = stato().Risposta;

@@ -14,46 +14,46 @@ void Consegna(MsgAnnulla& risposta, std::string_view documento) {
 
 } // namespace
 
-TEST(Risposta, NasceVuota) {
+TEST(Reply, BeginsEmpty) {
   const MsgAnnulla risposta;
   EXPECT_EQ(risposta.Messaggio, "");
   EXPECT_EQ(risposta.Errore, "");
 }
 
-TEST(Risposta, RaccoglieMessaggioEdErrore) {
+TEST(Reply, CollectsMessageAndError) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><MESSAGGIO>fatto</MESSAGGIO><ERRORE>ma</ERRORE></R>");
   EXPECT_EQ(risposta.Messaggio, "fatto");
   EXPECT_EQ(risposta.Errore, "ma");
 }
 
-TEST(Risposta, IlNomeDellElementoValeInOgniForma) {
+TEST(Reply, TakesAnElementsNameInAnyCase) {
   MsgAnnulla risposta;
   Consegna(risposta, "<r><messaggio>fatto</messaggio><Errore>ma</Errore></r>");
   EXPECT_EQ(risposta.Messaggio, "fatto");
   EXPECT_EQ(risposta.Errore, "ma");
 }
 
-TEST(Risposta, DiUnElementoRipetutoValeLUltimo) {
+TEST(Reply, TakesTheLastOfARepeatedElement) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><ERRORE>primo</ERRORE><MESSAGGIO>m</MESSAGGIO><errore>secondo</errore></R>");
   EXPECT_EQ(risposta.Errore, "secondo");
 }
 
-TEST(Risposta, UnElementoRipetutoVuotoSvuota) {
+TEST(Reply, IsEmptiedByARepeatedEmptyElement) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><ERRORE>primo</ERRORE><ERRORE/></R>");
   EXPECT_EQ(risposta.Errore, "");
 }
 
-TEST(Risposta, GliAltriElementiNonContano) {
+TEST(Reply, IgnoresOtherElements) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><CONTO>1</CONTO><ERRORI>x</ERRORI><DENTRO><ERRORE>y</ERRORE></DENTRO></R>");
   EXPECT_EQ(risposta.Messaggio, "");
   EXPECT_EQ(risposta.Errore, "");
 }
 
-TEST(Risposta, UnNodoSenzaFigliLasciaTuttoComEra) {
+TEST(Reply, StaysAsItWasAtANodeWithoutChildren) {
   MsgAnnulla risposta;
   risposta.Messaggio = "prima";
   risposta.Errore = "prima";
@@ -63,7 +63,7 @@ TEST(Risposta, UnNodoSenzaFigliLasciaTuttoComEra) {
   EXPECT_EQ(risposta.Errore, "prima");
 }
 
-TEST(Risposta, IlValoreComprendeITestiDeiDiscendenti) {
+TEST(Reply, HasTheTextsOfTheDescendantsInItsValue) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><MESSAGGIO>due <B>rate</B> è</MESSAGGIO></R>");
   EXPECT_EQ(risposta.Messaggio, "due rate è");

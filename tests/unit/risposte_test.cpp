@@ -44,35 +44,35 @@ template <typename Voci> std::vector<std::vector<std::string>> Elenco(const Voci
 
 } // namespace
 
-TEST(RispostaScadenza, RaccoglieISuoiElementi) {
+TEST(InstalmentReply, CollectsItsElements) {
   Scadenza s;
   Consegna(s, "<R><DATASCADENZA>20060305</DATASCADENZA><TIPOPAGAMENTO>RB</TIPOPAGAMENTO><IMPORTO>1,50</IMPORTO>"
               "<SCADENZARIALLOCATA>S</SCADENZARIALLOCATA></R>");
   EXPECT_THAT(Testi(s), ElementsAre("20060305", "RB", "1,50", "S"));
 }
 
-TEST(RispostaScadenza, MinuscoliRipetutiEIgnoti) {
+TEST(InstalmentReply, TakesLowerCaseAndRepeatedElementsAndIgnoresUnknownOnes) {
   Scadenza s;
   Consegna(s, "<R><datascadenza>1</datascadenza><Importo>2</Importo><DATASCADENZA>3</DATASCADENZA><ALTRO>x</ALTRO>"
               "<DATASCADENZE>y</DATASCADENZE></R>");
   EXPECT_THAT(Testi(s), ElementsAre("3", "", "2", ""));
 }
 
-TEST(RispostaExtraScadenza, RaccoglieISuoiElementi) {
+TEST(ExtraInstalmentReply, CollectsItsElements) {
   ExtraScadenza s;
   Consegna(s, "<R><importo>9</importo><DataScadenza>20060305</DataScadenza><IMPORTO>10</IMPORTO>"
               "<TIPOPAGAMENTO>RB</TIPOPAGAMENTO></R>");
   EXPECT_THAT(Testi(s), ElementsAre("20060305", "10"));
 }
 
-TEST(RispostaCobolPartita, RaccoglieISuoiElementi) {
+TEST(CobolItemReply, CollectsItsElements) {
   CobolPartita s;
   Consegna(s, "<R><scadenza>1</scadenza><IMPORTO>5</IMPORTO><ScadRiall>N</ScadRiall><SCADENZA>2</SCADENZA>"
               "<SCADENZE><SCADENZA>3</SCADENZA></SCADENZE></R>");
   EXPECT_THAT(Testi(s), ElementsAre("2", "5", "N"));
 }
 
-TEST(RispostaPartita, RaccoglieISuoiElementi) {
+TEST(ItemReply, CollectsItsElements) {
   Partita p;
   Consegna(p, "<R><CONTO>C10</CONTO><DescrizioneConto>Alfa è</DescrizioneConto><conto>C11</conto>"
               "<PARTITASCAD>AB   123</PARTITASCAD><SERIE>A</SERIE></R>");
@@ -80,7 +80,7 @@ TEST(RispostaPartita, RaccoglieISuoiElementi) {
   EXPECT_THAT(p.Scadenze, IsEmpty());
 }
 
-TEST(RispostaPartita, OgniFiglioDellElencoEUnaScadenzaQualunqueNeSiaIlNome) {
+TEST(ItemReply, TakesEachChildOfTheListForAnInstalmentWhateverItsName) {
   Partita p;
   Consegna(p, "<R><Scadenze><A><DATASCADENZA>1</DATASCADENZA><IMPORTO>10</IMPORTO></A><B/>"
               "<CONTO><datascadenza>3</datascadenza><datascadenza>4</datascadenza></CONTO></Scadenze></R>");
@@ -89,20 +89,20 @@ TEST(RispostaPartita, OgniFiglioDellElencoEUnaScadenzaQualunqueNeSiaIlNome) {
   EXPECT_EQ(p.Conto, "") << "i figli dell'elenco non sono elementi della partita";
 }
 
-TEST(RispostaPartita, UnElencoRipetutoSiAggiunge) {
+TEST(ItemReply, AddsARepeatedList) {
   Partita p;
   Consegna(p, "<R><SCADENZE><A><IMPORTO>1</IMPORTO></A></SCADENZE><SCADENZE/>"
               "<SCADENZE><A><IMPORTO>2</IMPORTO></A></SCADENZE></R>");
   EXPECT_THAT(Elenco(p.Scadenze), ElementsAre(ElementsAre("", "", "1", ""), ElementsAre("", "", "2", "")));
 }
 
-TEST(RispostaPartita, UnElencoVuotoNonDaScadenze) {
+TEST(ItemReply, HasNoInstalmentsFromAnEmptyList) {
   Partita p;
   Consegna(p, "<R><SCADENZE></SCADENZE></R>");
   EXPECT_THAT(p.Scadenze, IsEmpty());
 }
 
-TEST(RispostaExtraMovimento, RaccoglieElementiEdElenco) {
+TEST(ExtraMovementReply, CollectsElementsAndList) {
   ExtraMovimento m;
   Consegna(m, "<R><serie>B</serie><SERIE>A</SERIE><Esercizio>2006</Esercizio><NUMERO>15</NUMERO><CONTO>no</CONTO>"
               "<SCADENZE><X><IMPORTO>1</IMPORTO></X><X><DATASCADENZA>2</DATASCADENZA></X><Y/></SCADENZE></R>");
@@ -110,17 +110,17 @@ TEST(RispostaExtraMovimento, RaccoglieElementiEdElenco) {
   EXPECT_THAT(Elenco(m.Scadenze), ElementsAre(ElementsAre("", "1"), ElementsAre("2", ""), ElementsAre("", "")));
 }
 
-TEST(RispostaExtraMovimento, UnElencoVuotoNonDaScadenze) {
+TEST(ExtraMovementReply, HasNoInstalmentsFromAnEmptyList) {
   ExtraMovimento m;
   Consegna(m, "<R><SCADENZE/></R>");
   EXPECT_THAT(m.Scadenze, IsEmpty());
 }
 
-template <typename Classe> class OgniRisposta : public testing::Test {};
+template <typename Classe> class EveryReply : public testing::Test {};
 using Classi = testing::Types<Scadenza, ExtraScadenza, CobolPartita, Partita, ExtraMovimento>;
-TYPED_TEST_SUITE(OgniRisposta, Classi);
+TYPED_TEST_SUITE(EveryReply, Classi);
 
-TYPED_TEST(OgniRisposta, UnNodoSenzaFigliLasciaTuttoComEra) {
+TYPED_TEST(EveryReply, StaysAsItWasAtANodeWithoutChildren) {
   TypeParam risposta;
   const std::string_view piena = "<R><CONTO>a</CONTO><SERIE>b</SERIE><DATASCADENZA>c</DATASCADENZA><IMPORTO>d</IMPORTO>"
                                  "<SCADENZA>e</SCADENZA></R>";
@@ -132,14 +132,14 @@ TYPED_TEST(OgniRisposta, UnNodoSenzaFigliLasciaTuttoComEra) {
   EXPECT_EQ(Testi(risposta), prima);
 }
 
-TYPED_TEST(OgniRisposta, UnElementoRipetutoVuotoSvuota) {
+TYPED_TEST(EveryReply, IsEmptiedByARepeatedEmptyElement) {
   TypeParam risposta;
   Consegna(risposta, "<R><CONTO>a</CONTO><SERIE>b</SERIE><DATASCADENZA>c</DATASCADENZA><SCADENZA>e</SCADENZA>"
                      "<conto/><serie/><datascadenza/><scadenza/></R>");
   EXPECT_THAT(Testi(risposta), testing::Each(""));
 }
 
-TYPED_TEST(OgniRisposta, GliElementiPiuProfondiNonContano) {
+TYPED_TEST(EveryReply, IgnoresDeeperElements) {
   TypeParam risposta;
   Consegna(risposta, "<R><D><CONTO>a</CONTO><SERIE>b</SERIE><DATASCADENZA>c</DATASCADENZA><IMPORTO>d</IMPORTO>"
                      "<SCADENZA>e</SCADENZA></D></R>");

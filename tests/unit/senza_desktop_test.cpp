@@ -24,7 +24,7 @@ class SenzaBox final : public Desktop {
   void MostraAttesa(std::string_view, int, const std::function<void()>& lavoro) override { lavoro(); }
 };
 
-TEST(SenzaDesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
+TEST(WithoutADesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
   prova::Banco banco;
   servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
   testing::internal::CaptureStderr();
@@ -61,13 +61,13 @@ class Senza {
 
 constexpr const char* Perche = "LumoScad: Nessuno schermo raggiungibile\n";
 
-TEST(SenzaDesktop, AMessageGoesToTheStandardErrorWithTheReasonAndNothingIsRaised) {
+TEST(WithoutADesktop, AMessageGoesToTheStandardErrorWithTheReasonAndNothingIsRaised) {
   Senza senza;
   EXPECT_NO_THROW(MostraMessaggio("Messaggio", "Dettaglio"));
   EXPECT_EQ(senza.Scritto(), std::string("LumoScad: Dettaglio Messaggio\n") + Perche);
 }
 
-TEST(SenzaDesktop, TheBoxOfAHeldLockGoesToTheStandardErrorAndTheListIsRefused) {
+TEST(WithoutADesktop, TheBoxOfAHeldLockGoesToTheStandardErrorAndTheListIsRefused) {
   Senza senza;
   senza.banco.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nieri\r\n";
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T BANCA /CREDITI -H h"), "error");
@@ -76,7 +76,7 @@ TEST(SenzaDesktop, TheBoxOfAHeldLockGoesToTheStandardErrorAndTheListIsRefused) {
                                  Perche);
 }
 
-TEST(SenzaDesktop, TheTestOfTheDatabaseKeepsTheDriversMessage) {
+TEST(WithoutADesktop, TheTestOfTheDatabaseKeepsTheDriversMessage) {
   Senza senza;
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST -DB2SOURCE CHE-NON-ESISTE"), "error");
   const std::string scritto = senza.Scritto();
@@ -85,13 +85,13 @@ TEST(SenzaDesktop, TheTestOfTheDatabaseKeepsTheDriversMessage) {
   EXPECT_THAT(scritto, testing::EndsWith(Perche));
 }
 
-TEST(SenzaDesktop, ADemonstrationSucceedsAndItsMessageGoesToTheStandardError) {
+TEST(WithoutADesktop, ADemonstrationSucceedsAndItsMessageGoesToTheStandardError) {
   Senza senza;
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T SOSPESO /A -DEMO"), "");
   EXPECT_EQ(senza.Scritto(), std::string("LumoScad: La partita è stata sospesa\n") + Perche);
 }
 
-TEST(SenzaDesktop, ARefusedDateRaisesNothing) {
+TEST(WithoutADesktop, ARefusedDateRaisesNothing) {
   Senza senza;
   std::string controllata;
   EXPECT_NO_THROW(controllata = Utilities::ControllaData("31/13/06"));
@@ -99,7 +99,7 @@ TEST(SenzaDesktop, ARefusedDateRaisesNothing) {
   EXPECT_EQ(senza.Scritto(), std::string("LumoScad: Mese errato: 31/13/06\n") + Perche);
 }
 
-TEST(SenzaDesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
+TEST(WithoutADesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
   Senza senza;
   servizi().adesso = []() -> DataOra { throw ErroreRuntime(errori::ErroreInterno, "Senza orologio"); };
   std::string controllata;
@@ -107,7 +107,7 @@ TEST(SenzaDesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
   EXPECT_EQ(controllata, " ");
 }
 
-TEST(SenzaDesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatTheHostAccepted) {
+TEST(WithoutADesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatTheHostAccepted) {
   Senza senza;
   senza.banco.host.risposta = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
   servizi().desktop = [&]() -> Desktop& {
@@ -120,7 +120,7 @@ TEST(SenzaDesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatTheH
   EXPECT_EQ(senza.Scritto(), std::string("LumoScad: fatto\n") + Perche);
 }
 
-TEST(SenzaDesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
+TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
   prova::Banco banco;
   servizi().desktop = []() -> Desktop& {
     throw ErroreRuntime(errori::Driver, "Schermo\x1B[2J\xC2\x9B"
@@ -131,7 +131,7 @@ TEST(SenzaDesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
   EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::EndsWith("LumoScad: Schermo [2J 2J negato\n"));
 }
 
-TEST(SenzaDesktop, ACommandThatShowsNothingNeedsNone) {
+TEST(WithoutADesktop, ACommandThatShowsNothingNeedsNone) {
   prova::Banco banco;
   servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T ALTRO /A"), "");

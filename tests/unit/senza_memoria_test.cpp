@@ -37,9 +37,9 @@ namespace lumoscad {
 namespace {
 
 /// A change that the host has accepted, of which the database then fails; with the failure the memory ends.
-class SenzaMemoria : public testing::Test {
+class WithoutMemory : public testing::Test {
  protected:
-  ~SenzaMemoria() override { memoriaFinita = false; }
+  ~WithoutMemory() override { memoriaFinita = false; }
 
   /// What the standard error has after a command that fails with `errore`.
   template <class Errore> std::string Scritto(Errore errore) {
@@ -62,7 +62,7 @@ class SenzaMemoria : public testing::Test {
   prova::Banco banco_;
 };
 
-TEST_F(SenzaMemoria, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown) {
+TEST_F(WithoutMemory, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown) {
   std::string testo = "Istruzioni non eseguite:";
   for (int riga = 0; riga < 500; ++riga) {
     testo += "\nUPDATE scadenze SET banca = 'Società' WHERE conto = " + std::to_string(riga);
@@ -74,16 +74,16 @@ TEST_F(SenzaMemoria, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown) 
             "LumoScad: -2147467259 " + testo + " La base dati non risponde più da trenta secondi. " + Saputo() + "\n");
 }
 
-TEST_F(SenzaMemoria, AFailureWithoutANoteHasNoGapInItsPlace) {
+TEST_F(WithoutMemory, AFailureWithoutANoteHasNoGapInItsPlace) {
   EXPECT_EQ(Scritto(ErroreRuntime(errori::IndiceNonValido, "Indice")), "LumoScad: 9 Indice " + Saputo() + "\n");
 }
 
-TEST_F(SenzaMemoria, AForeignFailureKeepsItsText) {
+TEST_F(WithoutMemory, AForeignFailureKeepsItsText) {
   EXPECT_EQ(Scritto(std::runtime_error("biblioteca")), "LumoScad: 51 Errore interno: biblioteca " + Saputo() + "\n");
   EXPECT_EQ(Scritto(7), "LumoScad: 51 Errore interno " + Saputo() + "\n");
 }
 
-TEST_F(SenzaMemoria, TheLackOfMemoryItselfIsTold) {
+TEST_F(WithoutMemory, TheLackOfMemoryItselfIsTold) {
   EXPECT_EQ(Scritto(std::bad_alloc()), "LumoScad: 7 Memoria insufficiente " + Saputo() + "\n");
 }
 

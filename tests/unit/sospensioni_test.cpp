@@ -23,9 +23,9 @@ constexpr const char* Rifiuto = "<R><ERRORE>Conto bloccato</ERRORE></R>";
 
 /// The commands that send parameters only. The host refuses, so that no database is needed; what a database does is
 /// tested with one.
-class SenzaSchermo : public testing::Test {
+class WithoutAScreen : public testing::Test {
  protected:
-  SenzaSchermo() { banco_.host.risposta = Rifiuto; }
+  WithoutAScreen() { banco_.host.risposta = Rifiuto; }
 
   std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
   /// The parameters of the one call that `comando` makes.
@@ -45,44 +45,44 @@ class SenzaSchermo : public testing::Test {
 
 } // namespace
 
-TEST_F(SenzaSchermo, LaSospensioneMandaSeiParametriConLaPostazione) {
+TEST_F(WithoutAScreen, SuspendingSendsSixParametersWithTheWorkstation) {
   EXPECT_THAT(Chiamata("-T SOSPESO /A -H 10.0.0.1 -D 01 -C C10 -P AB 123"),
               ElementsAre("01", "SOSPESOCREA", "C10", "AB123", "T01", ""));
   EXPECT_THAT(banco_.host.host, ElementsAre("10.0.0.1"));
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui VB0001")) << "nessun file viaggia";
 }
 
-TEST_F(SenzaSchermo, LaRiattivazioneMandaCinqueParametriSenzaLaPostazione) {
+TEST_F(WithoutAScreen, ReactivatingSendsFiveParametersWithoutTheWorkstation) {
   EXPECT_THAT(Chiamata("-T SOSPESO /D -H 10.0.0.1 -D 01 -C C10 -P AB 123"),
               ElementsAre("01", "SOSPESOCANCELLA", "C10", "AB123", ""));
 }
 
-TEST_F(SenzaSchermo, IDueComandiDelPresuntoMandanoSetteParametriSenzaLEsercizio) {
+TEST_F(WithoutAScreen, BothPresumedCommandsSendSevenParametersWithoutTheFinancialYear) {
   EXPECT_THAT(Chiamata("-T PRESUNTO /A -H h -D 01 -S OC -A 06 -N 123 -E 2006"),
               ElementsAre("01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""));
   EXPECT_THAT(Chiamata("-T PRESUNTO /D -H h -D 01 -S OC -A 06 -N 123 -E 2006"),
               ElementsAre("01", "PRESUNTOCANCELLA", "OC", "06", "123", "T01", ""));
 }
 
-TEST_F(SenzaSchermo, LExtraMandaSeiParametri) {
+TEST_F(WithoutAScreen, TheExtraSendsSixParameters) {
   EXPECT_THAT(Chiamata("-T EXTRA /A -D 01 -H 10.1.1.1 -S A -E 2006 -N 15"),
               ElementsAre("01", "EXTRADEL", "A", "2006", "15", ""));
   EXPECT_THAT(banco_.host.host, ElementsAre("10.1.1.1"));
 }
 
-TEST_F(SenzaSchermo, LaPostazioneVaComEScritta) {
+TEST_F(WithoutAScreen, TheWorkstationGoesAsWritten) {
   banco_.ambiente.CodicePostazione = " T 9 ";
   EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P A 1")[4], " T 9 ");
   EXPECT_EQ(Chiamata("-T PRESUNTO /A -S A -A 06 -N 1")[5], " T 9 ");
 }
 
-TEST_F(SenzaSchermo, LaPartitaVaCompattaQualunqueSianoGliSpazi) {
+TEST_F(WithoutAScreen, TheItemGoesCompactWhateverItsBlanks) {
   EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P AB   123")[3], "AB123");
   EXPECT_EQ(Chiamata("-T SOSPESO /D -C C -P AB   123")[3], "AB123");
   EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P AB 123 -P CD  4")[3], "CD4");
 }
 
-TEST_F(SenzaSchermo, LaDimostrazioneMostraIlSuoMessaggioENonMandaNulla) {
+TEST_F(WithoutAScreen, ADemonstrationShowsItsMessageAndSendsNothing) {
   EXPECT_EQ(Esegui("-T SOSPESO /A -H h -D 01 -C C10 -P A 1 -DEMO"), "");
   EXPECT_EQ(Esegui("-T SOSPESO /D -H h -D 01 -C C10 -P A 1 -demo"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -H 10.1.1.1 -S A -E 2006 -N 15 -DEMO"), "");
@@ -95,7 +95,7 @@ TEST_F(SenzaSchermo, LaDimostrazioneMostraIlSuoMessaggioENonMandaNulla) {
   NienteInviato();
 }
 
-TEST_F(SenzaSchermo, LaDimostrazioneDiSospesoEDiExtraVaConIlSuoComando) {
+TEST_F(WithoutAScreen, TheDemonstrationOfSuspensionAndExtraGoesWithItsCommand) {
   EXPECT_EQ(Esegui("-T SOSPESO /A -C C10 -P A 1 -DEMO"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -DEMO"), "");
   EXPECT_THAT(Chiamata("-T SOSPESO /A -C C10 -P A 1"), SizeIs(6));
@@ -104,7 +104,7 @@ TEST_F(SenzaSchermo, LaDimostrazioneDiSospesoEDiExtraVaConIlSuoComando) {
   EXPECT_THAT(Chiamata("-T PRESUNTO /A -S A"), SizeIs(7));
 }
 
-TEST_F(SenzaSchermo, LaDimostrazioneDelPresuntoRestaPerIPresuntiSeguenti) {
+TEST_F(WithoutAScreen, TheDemonstrationOfAPresumedDocumentStaysForThoseThatFollow) {
   EXPECT_EQ(Esegui("-T PRESUNTO /D -S A -A 06 -N 1 -DEMO"), "");
   EXPECT_EQ(Esegui("-T PRESUNTO /A -S A -A 06 -N 1"), "");
   EXPECT_EQ(Esegui("-T PRESUNTO /D -S A -A 06 -N 1"), "");
@@ -115,7 +115,7 @@ TEST_F(SenzaSchermo, LaDimostrazioneDelPresuntoRestaPerIPresuntiSeguenti) {
   EXPECT_THAT(Chiamata("-T EXTRA /A -S A"), SizeIs(6));
 }
 
-TEST_F(SenzaSchermo, ThePresumedDemonstrationCountsAlsoWhereItsLineFailsLater) {
+TEST_F(WithoutAScreen, ThePresumedDemonstrationCountsAlsoWhereItsLineFailsLater) {
   EXPECT_EQ(Esegui("-T PRESUNTO /A -DEMO -S A -N"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("9\r\n")));
   EXPECT_EQ(Esegui("-T PRESUNTO /D -S A -A 06 -N 1"), "");
@@ -123,7 +123,7 @@ TEST_F(SenzaSchermo, ThePresumedDemonstrationCountsAlsoWhereItsLineFailsLater) {
   NienteInviato();
 }
 
-TEST_F(SenzaSchermo, TheTypeOfASuspensionIsKeptInUpperCaseAlsoWhereItsLineFailsLater) {
+TEST_F(WithoutAScreen, TheTypeOfASuspensionIsKeptInUpperCaseAlsoWhereItsLineFailsLater) {
   EXPECT_EQ(Esegui("-t sospeso /a -C"), "error");
   EXPECT_EQ(stato().TipoComando, "SOSPESO");
   EXPECT_EQ(Esegui("-t extra /a -N"), "error");
@@ -131,14 +131,14 @@ TEST_F(SenzaSchermo, TheTypeOfASuspensionIsKeptInUpperCaseAlsoWhereItsLineFailsL
   NienteInviato();
 }
 
-TEST_F(SenzaSchermo, TheRequestsOfAnOpenItemTakeTheirValuesAsArguments) {
+TEST_F(WithoutAScreen, TheRequestsOfAnOpenItemTakeTheirValuesAsArguments) {
   EXPECT_EQ(ModuloMain::RichiestaSospensione("07", "10.0.0.9", "C77", "AB9", "AB   9"), "error");
   EXPECT_EQ(ModuloMain::RichiestaRiattivazione("07", "10.0.0.9", "C77", "AB9", "AB   9"), "error");
   EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("07", "SOSPESOCREA", "C77", "AB9", "T01", ""),
                                                 ElementsAre("07", "SOSPESOCANCELLA", "C77", "AB9", "")));
 }
 
-TEST_F(SenzaSchermo, LaDimostrazioneLeggeUgualmenteLeOpzioni) {
+TEST_F(WithoutAScreen, ADemonstrationReadsTheOptionsAllTheSame) {
   EXPECT_EQ(Esegui("-T PRESUNTO /A -D 07 -H altro -DEMO"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -S B -DEMO"), "");
   EXPECT_EQ(stato().Azienda, "07");
@@ -146,7 +146,7 @@ TEST_F(SenzaSchermo, LaDimostrazioneLeggeUgualmenteLeOpzioni) {
   EXPECT_EQ(stato().Serie, "B");
 }
 
-TEST_F(SenzaSchermo, IlTipoRestaMaiuscoloDalSospesoEComeScrittoDallExtra) {
+TEST_F(WithoutAScreen, TheTypeStaysUpperCaseFromTheSuspensionAndAsWrittenFromTheExtra) {
   Chiamata("-t sospeso /a -c C -p A 1");
   EXPECT_EQ(stato().TipoComando, "SOSPESO");
   Chiamata("-t extra /a -s A");
@@ -157,35 +157,35 @@ TEST_F(SenzaSchermo, IlTipoRestaMaiuscoloDalSospesoEComeScrittoDallExtra) {
   EXPECT_EQ(stato().TipoComando, "SOSPESO") << "il presunto non tocca il tipo";
 }
 
-TEST_F(SenzaSchermo, IValoriDelModuloRestanoPerIComandiSeguenti) {
+TEST_F(WithoutAScreen, TheModulesValuesStayForTheNextCommands) {
   Chiamata("-T EXTRA /A -D 01 -H 10.1.1.1 -S A -E 2006 -N 15");
   EXPECT_THAT(Chiamata("-T EXTRA /A -N 16"), ElementsAre("01", "EXTRADEL", "A", "2006", "16", ""));
   EXPECT_THAT(Chiamata("-T SOSPESO /D -C C -P A 1"), ElementsAre("01", "SOSPESOCANCELLA", "C", "A1", ""));
   EXPECT_EQ(banco_.host.host.back(), "10.1.1.1");
 }
 
-TEST_F(SenzaSchermo, AppenaCaricatoIValoriSonoVuoti) {
+TEST_F(WithoutAScreen, TheValuesAreEmptyOnceLoaded) {
   EXPECT_THAT(Chiamata("-T EXTRA /A"), ElementsAre("", "EXTRADEL", "", "", "", ""));
 }
 
-TEST_F(SenzaSchermo, ContoPartitaEDocumentoNonRestano) {
+TEST_F(WithoutAScreen, AccountItemAndDocumentDoNotStay) {
   Chiamata("-T SOSPESO /A -D 01 -C C10 -P AB 123");
   EXPECT_THAT(Chiamata("-T SOSPESO /A"), ElementsAre("01", "SOSPESOCREA", "", "", "T01", ""));
   Chiamata("-T PRESUNTO /A -S OC -A 06 -N 123");
   EXPECT_THAT(Chiamata("-T PRESUNTO /A"), ElementsAre("01", "PRESUNTOCREA", "", "", "", "T01", ""));
 }
 
-TEST_F(SenzaSchermo, SerieENumeroDelPresuntoNonSonoQuelliDellExtra) {
+TEST_F(WithoutAScreen, SeriesAndNumberOfThePresumedDocumentAreNotThoseOfTheExtra) {
   Chiamata("-T EXTRA /A -S A -E 2006 -N 15");
   Chiamata("-T PRESUNTO /A -S OC -A 06 -N 123 -E 2005");
   EXPECT_THAT(Chiamata("-T EXTRA /A"), ElementsAre("", "EXTRADEL", "A", "2006", "15", ""));
 }
 
-TEST_F(SenzaSchermo, UnValoreSiGuardaAncheComeOpzione) {
+TEST_F(WithoutAScreen, AValueIsTakenAsAnOptionToo) {
   EXPECT_THAT(Chiamata("-T EXTRA /A -S -E -N 3"), ElementsAre("", "EXTRADEL", "-E", "-N", "3", ""));
 }
 
-TEST_F(SenzaSchermo, UnOpzioneSenzaValoreEUnErroreENonMandaNulla) {
+TEST_F(WithoutAScreen, AnOptionWithoutAValueIsAnErrorAndSendsNothing) {
   for (const char* comando : {"-T EXTRA /A -S", "-T SOSPESO /A -C", "-T SOSPESO /A -P", "-T SOSPESO /D -P A",
                               "-T PRESUNTO /D -A", "-T PRESUNTO /A -E"}) {
     banco_.desktop.box.clear();
@@ -195,14 +195,14 @@ TEST_F(SenzaSchermo, UnOpzioneSenzaValoreEUnErroreENonMandaNulla) {
   NienteInviato();
 }
 
-TEST_F(SenzaSchermo, IlSottocomandoScrittoDueVolteMandaDueRichieste) {
+TEST_F(WithoutAScreen, ASubcommandWrittenTwiceSendsTwoRequests) {
   EXPECT_EQ(Esegui("-T SOSPESO /A /D -D 01 -C C -P A 1"), "error");
   ASSERT_THAT(banco_.host.chiamate, SizeIs(2));
   EXPECT_EQ(banco_.host.chiamate[0][1], "SOSPESOCREA");
   EXPECT_EQ(banco_.host.chiamate[1][1], "SOSPESOCANCELLA");
 }
 
-TEST_F(SenzaSchermo, OgniRichiestaMostraLAttesaEHaUnaRispostaNuova) {
+TEST_F(WithoutAScreen, EachRequestShowsTheWaitAndHasAReplyOfItsOwn) {
   std::vector<std::shared_ptr<MsgAnnulla>> risposte;
   for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
     EXPECT_EQ(Esegui(comando), "error");
@@ -215,13 +215,13 @@ TEST_F(SenzaSchermo, OgniRichiestaMostraLAttesaEHaUnaRispostaNuova) {
   EXPECT_THAT(banco_.desktop.intervalli, Each(200));
 }
 
-TEST_F(SenzaSchermo, IlRifiutoSiMostraEFaErrore) {
+TEST_F(WithoutAScreen, ARefusalIsShownAndIsAnError) {
   EXPECT_EQ(Esegui("-T SOSPESO /A -C BLOCCATO -P A 1"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Conto bloccato"));
   EXPECT_THAT(banco_.istruzioni, IsEmpty()) << "la base dati non si tocca";
 }
 
-TEST_F(SenzaSchermo, DiDueTestiLErroreSiMostraPrimaDelMessaggio) {
+TEST_F(WithoutAScreen, OfTwoTextsTheErrorIsShownBeforeTheMessage) {
   banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
   for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
     banco_.desktop.box.clear();
@@ -230,13 +230,13 @@ TEST_F(SenzaSchermo, DiDueTestiLErroreSiMostraPrimaDelMessaggio) {
   }
 }
 
-TEST_F(SenzaSchermo, UnMessaggioDiSoliSpaziNonSiMostra) {
+TEST_F(WithoutAScreen, AMessageOfBlanksAloneIsNotShown) {
   banco_.host.risposta = "<R><MESSAGGIO>  </MESSAGGIO><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("no"));
 }
 
-TEST_F(SenzaSchermo, ConIlCollegamentoGuastoSiLeggonoNumeroETesto) {
+TEST_F(WithoutAScreen, WithABrokenLinkNumberAndTextAreTold) {
   banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(-2147024891, "Host non raggiungibile"); };
   for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
     banco_.desktop.box.clear();
@@ -246,14 +246,14 @@ TEST_F(SenzaSchermo, ConIlCollegamentoGuastoSiLeggonoNumeroETesto) {
   EXPECT_THAT(banco_.istruzioni, IsEmpty());
 }
 
-TEST_F(SenzaSchermo, ConUnaRispostaIllegibileIlComandoDiceErrore) {
+TEST_F(WithoutAScreen, WithAnUnreadableReplyTheCommandSaysError) {
   banco_.host.risposta = "<R><ERRORE>";
   EXPECT_EQ(Esegui("-T EXTRA /A"), "error");
   EXPECT_THAT(banco_.desktop.box, SizeIs(1));
   EXPECT_THAT(banco_.istruzioni, IsEmpty());
 }
 
-TEST_F(SenzaSchermo, AccettataDallHostMaSenzaBaseDatiSiLeggeIlMotivo) {
+TEST_F(WithoutAScreen, AcceptedByTheHostButWithoutADatabaseTheReasonIsTold) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T SOSPESO /A -D 01 -C C10 -P A 1 -DB2SOURCE CHE-NON-ESISTE"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(testing::AllOf(StartsWith("ERRORE: "), HasSubstr("\r\n")), "Fatto"));

@@ -21,7 +21,7 @@ bool NonIntero(std::string_view testo) {
 
 } // namespace
 
-TEST(MaggioreDiSpazio, VuoleUnCarattereVisibile) {
+TEST(GreaterThanABlank, NeedsAVisibleCharacter) {
   EXPECT_TRUE(MaggioreDiSpazio("a"));
   EXPECT_TRUE(MaggioreDiSpazio("  a"));
   EXPECT_TRUE(MaggioreDiSpazio("è"));
@@ -31,32 +31,32 @@ TEST(MaggioreDiSpazio, VuoleUnCarattereVisibile) {
   EXPECT_FALSE(MaggioreDiSpazio("\r\n\t "));
 }
 
-TEST(SenzaValore, EIlVuotoOIlSuoSegno) {
+TEST(WithoutValue, IsTheEmptyTextOrItsSign) {
   EXPECT_TRUE(SenzaValore(""));
   EXPECT_TRUE(SenzaValore("#null#"));
   EXPECT_FALSE(SenzaValore(" "));
   EXPECT_FALSE(SenzaValore("#NULL#"));
 }
 
-TEST(SenzaSpaziAiLati, LasciaQuelliInMezzo) {
+TEST(Trimmed, KeepsTheBlanksInside) {
   EXPECT_EQ(SenzaSpaziAiLati("  a b "), "a b");
   EXPECT_EQ(SenzaSpaziAiLati("   "), "");
   EXPECT_EQ(SenzaSpaziAiLati(""), "");
   EXPECT_EQ(SenzaSpaziAiLati("\ta\t"), "\ta\t");
 }
 
-TEST(Maiuscolo, CambiaLeLettereSemplici) {
+TEST(UpperCase, ChangesPlainLetters) {
   EXPECT_EQ(Maiuscolo("-db2Source/è1"), "-DB2SOURCE/è1");
 }
 
-TEST(Dividi, DueSeparatoriDiFilaDannoUnPezzoVuoto) {
+TEST(Split, GivesAnEmptyPieceBetweenTwoSeparators) {
   EXPECT_THAT(Dividi("a  b", ' '), ElementsAre("a", "", "b"));
   EXPECT_THAT(Dividi(" a ", ' '), ElementsAre("", "a", ""));
   EXPECT_THAT(Dividi("", ','), ElementsAre(""));
   EXPECT_THAT(Dividi("12,14", ','), ElementsAre("12", "14"));
 }
 
-TEST(Intero, LeggeSoloNumeriInteri) {
+TEST(WholeNumber, ReadsWholeNumbersAlone) {
   EXPECT_EQ(Intero("12"), 12);
   EXPECT_EQ(Intero("-12"), -12);
   EXPECT_EQ(Intero("+12"), 12);
@@ -66,7 +66,7 @@ TEST(Intero, LeggeSoloNumeriInteri) {
   }
 }
 
-TEST(ConZeri, RiempieATantoQuantoServe) {
+TEST(ZeroPadded, PadsAsMuchAsNeeded) {
   EXPECT_EQ(ConZeri(5, 2), "05");
   EXPECT_EQ(ConZeri(2006, 2), "2006");
   EXPECT_EQ(ConZeri(0, 4), "0000");

@@ -59,7 +59,7 @@ class ChiamataAltrove {
   }};
 };
 
-TEST(TurnoNelFiglio, TheCallOfAThreadThatTheChildHasNotGotRefusesNothingThere) {
+TEST(TurnInAForkedChild, TheCallOfAThreadThatTheChildHasNotGotRefusesNothingThere) {
   ASSERT_EQ(Prende(Chi::Comando), Esito::Preso);
   const ChiamataAltrove altrove;
   EXPECT_EQ(Prende(Chi::Amministratore), Esito::Occupato);
@@ -69,14 +69,14 @@ TEST(TurnoNelFiglio, TheCallOfAThreadThatTheChildHasNotGotRefusesNothingThere) {
   EXPECT_EQ(Prende(Chi::Amministratore), Esito::Occupato) << "the parent's call runs on";
 }
 
-TEST(TurnoNelFiglio, ACallThatTheChildHasOnItsStackRunsThereToo) {
+TEST(TurnInAForkedChild, ACallThatTheChildHasOnItsStackRunsThereToo) {
   const Turno turno(Chi::Comando);
   ASSERT_EQ(turno.Come(), Esito::Preso);
   EXPECT_TRUE(NelFiglio(Esito::Annidato, [] { return Prende(Chi::Comando); }));
   EXPECT_TRUE(NelFiglio(Esito::Occupato, [] { return PrendeSuUnThread(Chi::Amministratore); }));
 }
 
-TEST(TurnoNelFiglio, TheThreadThatForkedGivesTheFirstCommandAnew) {
+TEST(TurnInAForkedChild, TheThreadThatForkedGivesTheFirstCommandAnew) {
   ASSERT_EQ(Prende(Chi::Comando), Esito::Preso);
   bool preso = false;
   std::thread([&] {
