@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The checks that need no build: format, floors, shell scripts. All of them run; any that finds something fails the run.
+# The checks that need no build: format, floors, names, pages, shell scripts. All of them run; any that finds something
+# fails the run.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 
@@ -8,6 +9,7 @@ git ls-files -co --exclude-standard -z -- '*.cpp' '*.hpp' '*.h' | xargs -0 clang
   echo "formato: a posto" || esito=1
 python3 scripts/controlla_strati.py --autoverifica && python3 scripts/controlla_strati.py || esito=1
 python3 scripts/check_renaming.py --self-test || esito=1
+python3 scripts/check_names.py --self-test && python3 scripts/check_names.py || esito=1
 
 mapfile -t script < <(git ls-files -co --exclude-standard -- '*.sh' .ci/run)
 [ ${#script[@]} -gt 0 ] || { echo "shellcheck: nessuno script" >&2; esito=1; }

@@ -28,7 +28,7 @@ void Scrivi(std::vector<std::string>& lista, std::size_t indice, std::string val
   lista[indice] = std::move(valore);
 }
 
-bool HaNuovaScadenza(const RigaScadenze& riga) {
+bool ConNuovaScadenza(const RigaScadenze& riga) {
   return MaggioreDiSpazio(riga.nuovaScadenza);
 }
 
@@ -46,7 +46,7 @@ std::string SenzaRighe() {
 
 std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   stato().andamento.Azzera();
-  if (std::none_of(righe.begin(), righe.end(), HaNuovaScadenza)) {
+  if (std::none_of(righe.begin(), righe.end(), ConNuovaScadenza)) {
     return SenzaRighe();
   }
   const TurnoRichiesta turno(Puntatore::Predefinito);
@@ -66,7 +66,7 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   std::size_t k = UltimoFisso;
   std::string contenuto;
   for (const RigaScadenze& riga : righe) {
-    if (!HaNuovaScadenza(riga)) {
+    if (!ConNuovaScadenza(riga)) {
       continue;
     }
     const std::string nuova = Utilities::DataPerHost(riga.nuovaScadenza);
