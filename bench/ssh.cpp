@@ -1,8 +1,8 @@
 // A request over SSH, from the upload to the clean-up, against the OpenSSH client doing the same.
 
 #include "Misure.hpp"
-#include "platform/nexaro/HostLink.hpp"
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/Nexaro.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
 #include "platform/xml/Nodo.hpp"
 #include "support/ServerSsh.hpp"
 

@@ -16,17 +16,18 @@ PIANI = ["entry", "handlers", "screens", "host", "database", "common", "platform
 INTERFACCE = {
     "platform/ado/Ado.hpp": "database",
     "platform/ado/ConnectionText.hpp": "database",
-    "platform/nexaro/Esclusione.hpp": "platform",
-    "platform/nexaro/HostLink.hpp": "platform",
     "platform/xml/Nodo.hpp": "platform",
 }
 ADATTATORI = {"ado", "nexaro", "xml", "qt"}
 RADICE_COMPOSIZIONE = "src/Composizione.cpp"
+# The one file of an adapter that chooses between its rooms (the folders in it). Otherwise a room sees itself and what
+# stands beside the rooms, and what stands beside them sees none.
+SCELTE = {"src/platform/nexaro/Trasporto.cpp"}
 
 # Headers of libraries and of the operating system, with the one folder that may include them.
 ESTERNI = [
     (re.compile(r"^(sql|sqlext|sqltypes|sqlucode|odbcinst(ext)?)\.h$"), ("src/platform/ado/",)),
-    (re.compile(r"^libssh/"), ("src/platform/nexaro/",)),
+    (re.compile(r"^libssh/"), ("src/platform/nexaro/ssh/",)),
     (re.compile(r"^pugi"), ("src/platform/xml/",)),
     (re.compile(r"^Q[A-Z]"), ("src/platform/qt/",)),
     (re.compile(r"^(unistd|fcntl|spawn|pwd|dlfcn|poll|signal|csignal|dirent)(\.h)?$|^sys/"), ("src/platform/", "app/")),
@@ -39,6 +40,12 @@ def piano_di(percorso):
     parti = percorso.split("/")
     adattatore = parti[1] if parti[0] == "platform" and len(parti) > 2 and parti[1] in ADATTATORI else None
     return parti[0], adattatore
+
+
+def stanza_di(percorso):
+    """The room of a path below src/: the folder inside an adapter's, or None."""
+    parti = percorso.split("/")
+    return parti[2] if piano_di(percorso)[1] and len(parti) > 3 else None
 
 
 def errore_interno(file, incluso):
@@ -59,8 +66,13 @@ def errore_interno(file, incluso):
         return f"a file outside the floors may include nothing of them (only {RADICE_COMPOSIZIONE} may)"
     if PIANI.index(verso) < PIANI.index(da):
         return f"an arrow upwards: {da} -> {verso}"
-    if verso_adattatore is None or verso_adattatore == da_adattatore:
+    if verso_adattatore is None:
         return None
+    if verso_adattatore == da_adattatore:
+        stanza = stanza_di(incluso)
+        if stanza in (None, stanza_di(file.removeprefix("src/"))) or file in SCELTE:
+            return None
+        return f"the room platform/{verso_adattatore}/{stanza} is for itself"
     minimo = INTERFACCE.get(incluso)
     if minimo is None:
         return f"a private header of the adapter platform/{verso_adattatore}"
@@ -109,6 +121,10 @@ def autoverifica():
         "src/common/Dati.cpp": '#include "platform/ado/Ado.hpp"\n',
         "src/database/Dati.cpp": '#include "platform/ado/Ado.hpp"\n#include "platform/ado/Handles.hpp"\n',
         "src/platform/xml/Nodo.cpp": '#include <pugixml.hpp>\n#include "common/Dati.hpp"\n',
+        "src/platform/nexaro/Trasporto.cpp": '#include "platform/nexaro/ssh/A.hpp"\n#include <libssh/libssh.h>\n',
+        "src/platform/nexaro/File.cpp": '#include "platform/nexaro/File.hpp"\n#include "platform/nexaro/ssh/A.hpp"\n',
+        "src/platform/nexaro/ssh/A.cpp":
+            '#include <libssh/libssh.h>\n#include "platform/nexaro/File.hpp"\n#include "platform/nexaro/cartella/B.hpp"\n',
         "src/database/Lettura.cpp": '#include <sql.h>\n',
         "src/handlers/Vicino.cpp": '#include "Modulo.hpp"\n',
         "app/lumoscad.cpp": '#include "lumoscad/LumoScadenze.hpp"\n#include "entry/Voce.hpp"\n#include "Processo.hpp"\n',
@@ -117,6 +133,8 @@ def autoverifica():
     attese = {
         ("src/host/Salita.cpp", 2), ("src/screens/Finestra.cpp", 1), ("src/common/Dati.cpp", 1),
         ("src/database/Dati.cpp", 2), ("src/platform/xml/Nodo.cpp", 2), ("src/database/Lettura.cpp", 1),
+        ("src/platform/nexaro/Trasporto.cpp", 2), ("src/platform/nexaro/File.cpp", 2),
+        ("src/platform/nexaro/ssh/A.cpp", 3),
         ("src/handlers/Vicino.cpp", 1), ("app/lumoscad.cpp", 2), ("app/Processo.cpp", 2),
     }
     with tempfile.TemporaryDirectory() as cartella:

@@ -6,8 +6,10 @@
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
 #include "platform/Turno.hpp"
-#include "platform/nexaro/Amministrazione.hpp"
-#include "platform/nexaro/Esclusione.hpp"
+#include "platform/nexaro/Nexaro.hpp"
+#include "platform/nexaro/ProvaOperazioni.hpp"
+#include "platform/nexaro/ssh/ChiaveHost.hpp"
+#include "platform/nexaro/ssh/ImpostazioniSsh.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
 #include <algorithm>

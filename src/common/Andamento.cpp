@@ -1,6 +1,6 @@
 #include "common/Andamento.hpp"
 
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/HostLink.hpp"
 
 namespace lumoscad {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/XMLParser.hpp"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/TurnoRichiesta.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/HostLink.hpp"
 
 #include <string>
 #include <string_view>

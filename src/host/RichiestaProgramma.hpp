@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/HostLink.hpp"
 
 #include <string>
 #include <string_view>

@@ -2,8 +2,8 @@
 
 #include "common/Testo.hpp"
 #include "platform/Errore.hpp"
+#include "platform/Esclusione.hpp"
 #include "platform/Servizi.hpp"
-#include "platform/nexaro/Esclusione.hpp"
 
 #include <chrono>
 #include <thread>

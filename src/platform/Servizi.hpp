@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/Environment.hpp"
+#include "platform/HostLink.hpp"
 #include "platform/Orologio.hpp"
-#include "platform/nexaro/HostLink.hpp"
 
 #include <functional>
 #include <string_view>

@@ -13,6 +13,7 @@
 #include "Passi.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Servizi.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include <cstdio>
 #include <cstdlib>

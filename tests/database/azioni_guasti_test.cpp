@@ -1,7 +1,7 @@
 #include "BaseDelleAzioni.hpp"
 
 #include "platform/Errore.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/HostLink.hpp"
 
 #include <new>
 #include <stdexcept>

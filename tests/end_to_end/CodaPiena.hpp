@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Errore.hpp"
-#include "platform/nexaro/Presa.hpp"
+#include "platform/nexaro/ssh/Presa.hpp"
 
 #include <chrono>
 #include <cstddef>

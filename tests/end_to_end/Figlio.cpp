@@ -1,6 +1,6 @@
 #include "Figlio.hpp"
 
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
 
 #include <cerrno>
 #include <csignal>

@@ -4,7 +4,7 @@
 #include "FinestraFinta.hpp"
 #include "common/Stato.hpp"
 #include "platform/Servizi.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
 #include <QApplication>

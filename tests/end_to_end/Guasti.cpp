@@ -1,4 +1,5 @@
 #include "Guasti.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include "lumoscad/LumoScadenze.hpp"
 

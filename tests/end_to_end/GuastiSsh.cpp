@@ -1,4 +1,5 @@
 #include "GuastiSsh.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include "Figlio.hpp"
 

@@ -6,7 +6,7 @@
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Servizi.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "platform/qt/QtDesktop.hpp"
 #include "support/OdbcConfiguration.hpp"
 

@@ -1,7 +1,7 @@
 #include "Dimostrazione.hpp"
 #include "Figlio.hpp"
 #include "Schermo.hpp"
-#include "platform/nexaro/Esclusione.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 
 #include "Dimostrazione.hpp"
 #include "Figlio.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "support/ServerSsh.hpp"
 
 #include <algorithm>

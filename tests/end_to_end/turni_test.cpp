@@ -4,7 +4,7 @@
 #include "host/RichiestaScadenze.hpp"
 #include "host/Richieste.hpp"
 #include "platform/Errore.hpp"
-#include "platform/nexaro/Esclusione.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "support/AltroProcesso.hpp"
 #include "support/Prova.hpp"
 

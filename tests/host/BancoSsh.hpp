@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Banco.hpp"
-#include "platform/nexaro/CollegamentoSsh.hpp"
+#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
 #include "support/ServerSsh.hpp"
 
 #include <algorithm>

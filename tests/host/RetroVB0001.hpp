@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Banco.hpp"
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
 #include "platform/xml/Nodo.hpp"
 
 namespace lumoscad::prove {

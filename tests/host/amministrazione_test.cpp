@@ -1,7 +1,7 @@
 // The administrator's commands, in the real program.
 
 #include "BancoSsh.hpp"
-#include "platform/nexaro/Amministrazione.hpp"
+#include "platform/nexaro/ProvaOperazioni.hpp"
 
 #include <array>
 #include <cstdio>

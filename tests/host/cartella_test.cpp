@@ -1,6 +1,6 @@
 #include "Banco.hpp"
-#include "platform/nexaro/CollegamentoCartella.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
 
 #include <gmock/gmock.h>
 #include <optional>

@@ -3,8 +3,8 @@
 #include "Banco.hpp"
 #include "Chiamante.hpp"
 #include "ChiamateRifiutate.hpp"
-#include "platform/nexaro/CollegamentoCartella.hpp"
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
 
 #include <atomic>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "Banco.hpp"
-#include "platform/nexaro/Citazione.hpp"
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
+#include "platform/nexaro/ssh/Citazione.hpp"
 
 #include <random>
 

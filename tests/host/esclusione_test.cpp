@@ -1,6 +1,6 @@
-#include "platform/nexaro/Esclusione.hpp"
 
 #include "Banco.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "support/AltroProcesso.hpp"
 
 #include <chrono>

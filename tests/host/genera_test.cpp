@@ -1,5 +1,5 @@
 #include "Banco.hpp"
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
 
 #include <algorithm>
 #include <gmock/gmock.h>

@@ -1,7 +1,8 @@
 #include "Banco.hpp"
-#include "platform/nexaro/CollegamentoCartella.hpp"
-#include "platform/nexaro/CollegamentoSsh.hpp"
-#include "platform/nexaro/Impostazioni.hpp"
+#include "platform/nexaro/Nexaro.hpp"
+#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
+#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
+#include "platform/nexaro/ssh/ImpostazioniSsh.hpp"
 
 #include <gmock/gmock.h>
 

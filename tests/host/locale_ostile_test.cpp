@@ -2,7 +2,7 @@
 #include "platform/FileLocale.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/File.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

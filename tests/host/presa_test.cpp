@@ -1,7 +1,7 @@
 #include "Banco.hpp"
 #include "platform/Controlli.hpp"
-#include "platform/nexaro/Presa.hpp"
 #include "platform/nexaro/Testi.hpp"
+#include "platform/nexaro/ssh/Presa.hpp"
 
 #include <gmock/gmock.h>
 #include <netinet/in.h>

@@ -1,5 +1,5 @@
 #include "Banco.hpp"
-#include "platform/nexaro/Processo.hpp"
+#include "platform/nexaro/cartella/Processo.hpp"
 
 #include <cerrno>
 #include <csignal>

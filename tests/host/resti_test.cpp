@@ -2,7 +2,7 @@
 
 #include "Banco.hpp"
 #include "platform/nexaro/File.hpp"
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "support/AltroProcesso.hpp"
 
 #include <fcntl.h>

@@ -3,9 +3,9 @@
 #include "Banco.hpp"
 #include "Chiamante.hpp"
 #include "ChiamateRifiutate.hpp"
-#include "platform/nexaro/CollegamentoSsh.hpp"
-#include "platform/nexaro/Indirizzi.hpp"
-#include "platform/nexaro/Presa.hpp"
+#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
+#include "platform/nexaro/ssh/Indirizzi.hpp"
+#include "platform/nexaro/ssh/Presa.hpp"
 
 #include <atomic>
 #include <cstddef>

@@ -1,5 +1,5 @@
 #include "Banco.hpp"
-#include "platform/nexaro/CollegamentoCartella.hpp"
+#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
 #include "platform/xml/Nodo.hpp"
 
 #include <array>

@@ -3,8 +3,8 @@
 #include "BancoSsh.hpp"
 #include "Chiamante.hpp"
 #include "ChiamateRifiutate.hpp"
-#include "platform/nexaro/Amministrazione.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/ssh/ChiaveHost.hpp"
 
 #include <array>
 #include <csignal>

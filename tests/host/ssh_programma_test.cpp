@@ -1,8 +1,8 @@
 // The program call against a real server.
 
 #include "BancoSsh.hpp"
-#include "platform/nexaro/Citazione.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/ssh/Citazione.hpp"
 
 #include <cstdlib>
 #include <gmock/gmock.h>

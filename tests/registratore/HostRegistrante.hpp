@@ -2,7 +2,7 @@
 
 #include "Registro.hpp"
 
-#include "platform/nexaro/HostLink.hpp"
+#include "platform/HostLink.hpp"
 
 #include <filesystem>
 #include <functional>

@@ -4,6 +4,7 @@
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include <algorithm>
 #include <cstdlib>

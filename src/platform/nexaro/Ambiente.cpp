@@ -1,6 +1,6 @@
 #include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 #include "platform/nexaro/Postazione.hpp"
 
 #include <cerrno>

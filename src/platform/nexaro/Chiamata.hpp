@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/HostLink.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/HostLink.hpp"
 #include "platform/xml/Nodo.hpp"
 
 #include <chrono>

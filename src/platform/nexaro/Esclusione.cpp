@@ -1,4 +1,4 @@
-#include "platform/nexaro/Esclusione.hpp"
+#include "platform/nexaro/Nexaro.hpp"
 
 #include "platform/Impronta.hpp"
 #include "platform/nexaro/Descrittore.hpp"

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/nexaro/Codifica.hpp"
-
 #include <chrono>
 #include <string>
 
@@ -20,22 +18,5 @@ struct Utente {
 /// `NEXARO_ATTESA`, the limit of every wait, in seconds (default 60). Raises a run-time error unless it is a positive
 /// number of at most one day.
 [[nodiscard]] std::chrono::milliseconds LeggiAttesa();
-
-/// How a host on the network is reached.
-struct ImpostazioniSsh {
-  unsigned porta = 22;
-  std::string utente;    ///< the user on the host
-  std::string chiave;    ///< the one private key to present; empty: the agent's keys, then the usual ones
-  std::string noti;      ///< the file of known hosts
-  std::string cartella;  ///< the user's directory with the usual keys; empty where the user has no home
-  std::string programmi; ///< the directory of the programs on the host; empty: the login shell finds them
-  Codifica codifica;     ///< the encoding of the host's texts
-  std::chrono::milliseconds attesa{60000};
-};
-
-/// Reads `NEXARO_SSH_PORTA`, `NEXARO_SSH_UTENTE` (default: the user of this process), `NEXARO_SSH_CHIAVE`,
-/// `NEXARO_SSH_NOTI` (default: the user's ".ssh/known_hosts"), `NEXARO_PROGRAMMI`, `NEXARO_CODIFICA` and
-/// `NEXARO_ATTESA`. Raises a run-time error that names the unfit one.
-[[nodiscard]] ImpostazioniSsh LeggiImpostazioniSsh();
 
 } // namespace lumoscad::nexaro

@@ -1,8 +1,8 @@
-#include "platform/nexaro/CollegamentoCartella.hpp"
-#include "platform/nexaro/CollegamentoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/HostLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
+#include "platform/nexaro/Nexaro.hpp"
+#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
+#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
 
 namespace lumoscad::nexaro {
 

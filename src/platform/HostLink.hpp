@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/XMLParser.hpp"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::nexaro {
+
+/// What a message says where the host may have done what it was asked and gave no answer to rely on.
+inline constexpr std::string_view EsitoIgnoto =
+    "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+
+/// The link to the host. Every operation names the host by its address and raises a run-time error with an
+/// Italian description when it fails.
+class HostLink {
+ public:
+  HostLink() = default;
+  HostLink(const HostLink&) = delete;
+  HostLink& operator=(const HostLink&) = delete;
+  virtual ~HostLink() = default;
+
+  /// Runs `programma` on the host with one argument an element of `parametri`, empty ones included, and hands
+  /// its XML answer to `risposta`. Returns when the answer was delivered. A failure whose text says what became of the
+  /// program carries that as its outcome.
+  virtual void EseguiProgramma(std::string_view host, std::string_view programma,
+                               const std::vector<std::string>& parametri, XMLParser& risposta) = 0;
+  /// Copies the host's file `remoto` to the local path `locale`; a missing file is a failure.
+  virtual void RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale,
+                          std::string& testo) = 0;
+  /// Copies the first `massimo` bytes of the host's file `remoto`, or the whole where it is no longer, as `RiceviFile`
+  /// does. A link that cannot receive a part receives the whole.
+  virtual void RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale,
+                            std::size_t /*massimo*/, std::string& testo) {
+    RiceviFile(host, remoto, locale, testo);
+  }
+  /// Copies the local file `locale` to the host's path `remoto`, replacing what is there.
+  virtual void InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) = 0;
+  /// Renames a file on the host in one step; `testo` receives the host's text, if any.
+  virtual void RinominaFile(std::string_view host, std::string_view remoto, std::string_view nuovo,
+                            std::string& testo) = 0;
+  /// Deletes a file on the host; a file that is not there is no failure.
+  virtual void CancellaFile(std::string_view host, std::string_view remoto) = 0;
+};
+
+} // namespace lumoscad::nexaro

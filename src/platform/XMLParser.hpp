@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/xml/Nodo.hpp"
+
+#include <functional>
+
+namespace lumoscad::nexaro {
+
+/// The parser of one reply: raises `Parse` with the document element of the program's answer.
+class XMLParser {
+ public:
+  std::function<void(const xml::Nodo&)> Parse;
+  /// Set by the link right before the start of the program is sent: what fails from then on leaves it open whether the
+  /// program has done its work, unless the failure itself says more (`ErroreRuntime::Esito`).
+  bool Avviato = false;
+
+  /// Raises `Parse` with `nodo`, when someone listens.
+  void Consegna(const xml::Nodo& nodo) const {
+    if (Parse) {
+      Parse(nodo);
+    }
+  }
+};
+
+} // namespace lumoscad::nexaro
