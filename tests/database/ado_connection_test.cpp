@@ -99,8 +99,9 @@ TEST_P(AdoServer, CarriesAPasswordWithEverySpecialCharacter) {
        {"a=b{c!@,?*()[d", "a}b", "a}}b", "}", "a;b}c", "p%41", "a+b", "è", "a\\b", "{x}"}) {
     const std::string account = "strano" + std::to_string(++accounts);
     const std::string creation = context().createAccount(account, password);
-    if (creation.empty())
+    if (creation.empty()) {
       GTEST_SKIP() << "the accounts of this server are not its own";
+    }
     connection_.Execute(creation);
     Connection connection;
     connection.ConnectionString = test::connectionText(database_->source, account, '"' + password + '"');
@@ -140,8 +141,9 @@ TEST_P(AdoPostgres, WaitsForASilentServerNoLongerThanTheConnectionTextSays) {
 
 TEST_P(AdoPostgres, ReportsEveryRecordOfALongMessage) {
   std::string dotted = "PRIMO";
-  for (int i = 1; i < 200; ++i)
+  for (int i = 1; i < 200; ++i) {
     dotted += ".NOME" + std::to_string(i);
+  }
   const auto error = failure([&] { connection_.Execute("SELECT " + dotted + ".ULTIMO FROM EVENTI"); });
   EXPECT_THAT(error.Descrizione(), testing::StartsWith("[42601] ERROR: "));
   EXPECT_THAT(error.Descrizione(), HasSubstr("primo.nome1"));
@@ -154,10 +156,12 @@ TEST(ErrorNumber, IsThatOfTheState) {
       {"28000", -2147217843}, {"42000", -2147217900}, {"37000", -2147217900}, {"42S02", -2147217865},
       {"23000", -2147217873}, {"23505", -2147217873}, {"HYT00", -2147217871}, {"22018", -2147217913},
       {"22001", -2147217833}, {"22003", -2147217833}, {"07001", -2147217904}, {"07002", -2147217904}};
-  for (const auto& [state, number] : numbers)
+  for (const auto& [state, number] : numbers) {
     EXPECT_EQ(interno::numeroErrore(state), number) << state;
-  for (const char* state : {"HY000", "08S01", "42S22", "42P01", "28P01", "HYT01", "07006", "22007", "IM002", ""})
+  }
+  for (const char* state : {"HY000", "08S01", "42S22", "42P01", "28P01", "HYT01", "07006", "22007", "IM002", ""}) {
     EXPECT_EQ(interno::numeroErrore(state), -2147467259) << state;
+  }
 }
 
 /// Settings of a MariaDB data source that change what the driver tells.

@@ -17,10 +17,12 @@ constexpr int rowChanged = -2147217864;
 
 TEST_P(Ado, RefusesAnUpdateThatATriggerDropped) {
   const auto drop = context().dropUpdate("EVENTI", "OLD.CHIAVE=1");
-  if (drop.empty())
+  if (drop.empty()) {
     GTEST_SKIP() << "no trigger of this server drops an update";
-  for (const std::string& statement : drop)
+  }
+  for (const std::string& statement : drop) {
     connection_.Execute(statement);
+  }
   Recordset rows = editable(connection_, "CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("S");
   const auto error = failure([&] { rows.Update(); });
@@ -32,10 +34,12 @@ TEST_P(Ado, RefusesAnUpdateThatATriggerDropped) {
 
 TEST_P(Ado, CountsADroppedUpdateAsDoneWhereTheRowHoldsEveryValueAlready) {
   const auto drop = context().dropUpdate("EVENTI", "OLD.CHIAVE=1");
-  if (drop.empty())
+  if (drop.empty()) {
     GTEST_SKIP() << "no trigger of this server drops an update";
-  for (const std::string& statement : drop)
+  }
+  for (const std::string& statement : drop) {
     connection_.Execute(statement);
+  }
   Recordset rows = editable(connection_, "CHIAVE=1", "CHIAVE,SOSPESA,IMPORTO");
   rows.Fields("SOSPESA").SetValue("N");
   EXPECT_NO_THROW(rows.Update());
@@ -46,10 +50,12 @@ TEST_P(Ado, CountsADroppedUpdateAsDoneWhereTheRowHoldsEveryValueAlready) {
 
 TEST_P(Ado, RefusesADroppedUpdateOfTwoRowsThatHoldTheValue) {
   const auto drop = context().dropUpdate("EVENTI", "OLD.GRUPPO=10");
-  if (drop.empty())
+  if (drop.empty()) {
     GTEST_SKIP() << "no trigger of this server drops an update";
-  for (const std::string& statement : drop)
+  }
+  for (const std::string& statement : drop) {
     connection_.Execute(statement);
+  }
   Command select = command(connection_, "SELECT GRUPPO,SOSPESA FROM EVENTI WHERE CHIAVE=1");
   Recordset rows;
   rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "GRUPPO"});
@@ -99,8 +105,9 @@ TEST_P(Ado, ReadsALongTextThatTheServerDoesNotCompare) {
   Servizi services = servizi();
   services.istruzioneInviata = [&](std::string_view text) { sent.emplace_back(text); };
   const auto drop = context().dropUpdate("EVENTI", "OLD.CHIAVE=3");
-  for (const std::string& statement : drop)
+  for (const std::string& statement : drop) {
     connection_.Execute(statement);
+  }
   const auto change = [&](const char* note) {
     Recordset rows = editable(connection_, "CHIAVE=3", "CHIAVE,SCADENZA,NOTE");
     rows.impl().comparable[2] = false;
@@ -110,10 +117,12 @@ TEST_P(Ado, ReadsALongTextThatTheServerDoesNotCompare) {
     rows.Update();
   };
   EXPECT_NO_THROW(change("nota; con 'apici'"));
-  for (const std::string& statement : sent)
+  for (const std::string& statement : sent) {
     EXPECT_THAT(statement.substr(statement.find("WHERE")), Not(HasSubstr("NOTE")));
-  if (drop.empty())
+  }
+  if (drop.empty()) {
     return;
+  }
   ASSERT_EQ(sent.size(), 2U);
   EXPECT_EQ(sent[1], "SELECT CHIAVE,NOTE FROM EVENTI WHERE CHIAVE=? AND SCADENZA=?");
   EXPECT_EQ(failure([&] { change("nota; con 'apici' "); }).Numero(), rowChanged);
@@ -124,13 +133,15 @@ class RowSecurity : public Ado {
  protected:
   void SetUp() override {
     connection_.Execute("DROP ROLE IF EXISTS sportello");
-    for (const std::string& statement : {context().createAccount("sportello", password_),
-                                         "GRANT USAGE ON SCHEMA " + database_->schema + " TO sportello",
-                                         std::string("GRANT SELECT,UPDATE ON EVENTI TO sportello"),
-                                         std::string("ALTER TABLE EVENTI ENABLE ROW LEVEL SECURITY"),
-                                         std::string("CREATE POLICY leggere ON EVENTI FOR SELECT USING (true)"),
-                                         std::string("CREATE POLICY scrivere ON EVENTI FOR UPDATE USING (GRUPPO<>10)")})
+    for (const std::string& statement :
+         {context().createAccount("sportello", password_),
+          "GRANT USAGE ON SCHEMA " + database_->schema + " TO sportello",
+          std::string("GRANT SELECT,UPDATE ON EVENTI TO sportello"),
+          std::string("ALTER TABLE EVENTI ENABLE ROW LEVEL SECURITY"),
+          std::string("CREATE POLICY leggere ON EVENTI FOR SELECT USING (true)"),
+          std::string("CREATE POLICY scrivere ON EVENTI FOR UPDATE USING (GRUPPO<>10)")}) {
       connection_.Execute(statement);
+    }
     clerk_.ConnectionString = test::connectionText(database_->source, "sportello", password_);
     clerk_.Open();
   }

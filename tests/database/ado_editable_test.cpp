@@ -111,13 +111,16 @@ TEST(LongColumns, AreNotComparedOnDb2Alone) {
   constexpr std::array<SQLSMALLINT, 5> shortTypes{SQL_CHAR, SQL_VARCHAR, SQL_TYPE_DATE, SQL_DECIMAL, SQL_INTEGER};
   for (const SQLSMALLINT type : longTypes) {
     const interno::ColumnInfo column{.name = "NOTE", .type = type};
-    for (const char* server : {"PostgreSQL", "MariaDB", "SQLite", "altro"})
+    for (const char* server : {"PostgreSQL", "MariaDB", "SQLite", "altro"}) {
       EXPECT_TRUE(interno::isComparable(column, interno::dialectOf(server))) << server << " " << type;
-    for (const char* server : {"DB2", "DB2/LINUXX8664", "DB2 UDB for AS/400"})
+    }
+    for (const char* server : {"DB2", "DB2/LINUXX8664", "DB2 UDB for AS/400"}) {
       EXPECT_FALSE(interno::isComparable(column, interno::dialectOf(server))) << server << " " << type;
+    }
   }
-  for (const SQLSMALLINT type : shortTypes)
+  for (const SQLSMALLINT type : shortTypes) {
     EXPECT_TRUE(interno::isComparable({.name = "SOSPESA", .type = type}, interno::dialectOf("DB2/LINUXX8664")));
+  }
 }
 
 TEST_P(Ado, RefusesToLeaveARowWithChangesNotSent) {

@@ -34,9 +34,11 @@ class CallersLocale : public Ado {
   /// The cells of the rows of a query, joined by "|".
   static std::string cells(Connection& connection, const std::string& text) {
     std::string all;
-    for (Recordset rows = command(connection, text).Execute(); !rows.Eof(); rows.MoveNext())
-      for (std::size_t i = 0; i < rows.Colonne(); ++i)
+    for (Recordset rows = command(connection, text).Execute(); !rows.Eof(); rows.MoveNext()) {
+      for (std::size_t i = 0; i < rows.Colonne(); ++i) {
         all.append(rows.Valore(i).value_or("NULL")).append("|");
+      }
+    }
     return all;
   }
   /// Every kind of number, in columns and expressions, bound and (with a long text beside them) not.
@@ -147,10 +149,11 @@ class NumbersOfPostgreSql : public testing::Test {
 
 TEST_F(NumbersOfPostgreSql, AreReadAsNumbersWhateverTheyAreDescribedAs) {
   const ProcessLocale locale(LC_ALL, italian);
-  for (const char* described : {"12", "-1", "8", "2"})
+  for (const char* described : {"12", "-1", "8", "2"}) {
     EXPECT_EQ(single("SELECT SUM(X) FROM (VALUES (1234.5::numeric),(-0.25)) AS T(X)", {{"NumericAs", described}}),
               "1234.25")
         << described;
+  }
   EXPECT_EQ(single("SELECT 'NaN'::numeric", {}), "NaN");
   EXPECT_EQ(single("SELECT '12,50'::varchar", {{"NumericAs", "12"}}), "12,50");
 }

@@ -35,8 +35,9 @@ class Quirk : public Ado {
   [[nodiscard]] std::vector<std::string> keys(const std::string& condition, std::vector<std::string> parameters = {}) {
     std::vector<std::string> found;
     Recordset rows = query("SELECT CHIAVE FROM STRANI WHERE " + condition + " ORDER BY CHIAVE", std::move(parameters));
-    for (; !rows.Eof(); rows.MoveNext())
+    for (; !rows.Eof(); rows.MoveNext()) {
       found.emplace_back(rows.Valore(0).value_or("NULL"));
+    }
     return found;
   }
   [[nodiscard]] int number(const std::string& statement) {
@@ -51,10 +52,11 @@ TEST_P(Quirk, BlanksAtTheEndOfATextCountOrNot) {
   connection_.Execute("INSERT INTO STRANI (CHIAVE,CORTO) VALUES (1,'A')");
   connection_.Execute("INSERT INTO STRANI (CHIAVE,CORTO) VALUES (2,'A ')");
   const std::vector<std::string> found = keys("CORTO=?", {"A"});
-  if (quirks().blanksAtTheEndCount)
+  if (quirks().blanksAtTheEndCount) {
     EXPECT_THAT(found, testing::ElementsAre("1"));
-  else
+  } else {
     EXPECT_THAT(found, testing::ElementsAre("1", "2"));
+  }
   EXPECT_EQ(keys("CORTO='A'"), found) << "as a literal";
   EXPECT_EQ(single("SELECT CORTO FROM STRANI WHERE CHIAVE=2"), "A ") << "it is kept all the same";
 }
@@ -107,28 +109,31 @@ TEST_P(Quirk, ColumnNamesComeInTheCaseOfTheServer) {
 }
 
 TEST_P(Quirk, TablesAreFoundByTheirCaseOrNot) {
-  if (quirks().tableNamesByCase)
+  if (quirks().tableNamesByCase) {
     EXPECT_EQ(number("DELETE FROM strani"), quirks().missingTable);
-  else
+  } else {
     EXPECT_EQ(connection_.Execute("DELETE FROM strani"), 0);
+  }
 }
 
 TEST_P(Quirk, ALongTextIsComparedOrNot) {
   const auto compared = [this] { return query("SELECT CHIAVE FROM EVENTI WHERE NOTE=?", {"nota; con 'apici'"}); };
-  if (quirks().comparesLongTexts)
+  if (quirks().comparesLongTexts) {
     EXPECT_EQ(compared().RecordCount(), 1U);
-  else
+  } else {
     EXPECT_NE(failure(compared).Numero(), 0);
+  }
 }
 
 TEST_P(Quirk, ATableMadeInATransactionGoesWithItOrStays) {
   connection_.BeginTrans();
   connection_.Execute("CREATE TABLE NUOVA (CHIAVE INTEGER NOT NULL)");
   connection_.RollbackTrans();
-  if (quirks().rollsBackTables)
+  if (quirks().rollsBackTables) {
     EXPECT_EQ(number("DELETE FROM NUOVA"), quirks().missingTable);
-  else
+  } else {
     EXPECT_EQ(connection_.Execute("DELETE FROM NUOVA"), 0);
+  }
 }
 
 TEST_P(Quirk, FailuresHaveTheNumbersOfTheirStates) {
@@ -138,10 +143,11 @@ TEST_P(Quirk, FailuresHaveTheNumbersOfTheirStates) {
   EXPECT_EQ(number("SELEZIONA"), quirks().syntax);
   EXPECT_EQ(number("INSERT INTO STRANI (CHIAVE) VALUES (1)"), quirks().duplicateKey);
   const std::string tooLong = "UPDATE STRANI SET CORTO='lunghissimo'";
-  if (quirks().tooLong != 0)
+  if (quirks().tooLong != 0) {
     EXPECT_EQ(number(tooLong), quirks().tooLong);
-  else
+  } else {
     EXPECT_EQ(connection_.Execute(tooLong), 1);
+  }
 }
 
 TEST_P(Quirk, AServerTakesNoTextForADateThatIsNone) {
@@ -149,13 +155,15 @@ TEST_P(Quirk, AServerTakesNoTextForADateThatIsNone) {
     EXPECT_NO_THROW(connection_.Execute("INSERT INTO STRANI (CHIAVE,GIORNO) VALUES (1,'2006-02-30')"));
     return;
   }
-  for (const char* none : {"2006-02-30", "0000-00-00", "", "domani"})
+  for (const char* none : {"2006-02-30", "0000-00-00", "", "domani"}) {
     EXPECT_NE(number("INSERT INTO STRANI (CHIAVE,GIORNO) VALUES (1,'" + std::string(none) + "')"), 0) << none;
+  }
 }
 
 TEST_P(Quirk, ATimeWithoutEndIsTakenForNoDate) {
-  if (std::string_view(GetParam()) != "postgres")
+  if (std::string_view(GetParam()) != "postgres") {
     return;
+  }
   EXPECT_EQ(single("SELECT 'infinity'::timestamp"), "infinity");
   EXPECT_EQ(single("SELECT '-infinity'::timestamp"), "-infinity");
   EXPECT_EQ(single("SELECT '9999-12-31'::timestamp"), "9999-12-31");
@@ -182,8 +190,9 @@ class DriverVersion : public Ado {
   static std::string about(SQLHANDLE connection, SQLUSMALLINT what) {
     std::string text(256, '\0');
     SQLSMALLINT length = 0;
-    if (!SQL_SUCCEEDED(SQLGetInfo(connection, what, text.data(), static_cast<SQLSMALLINT>(text.size()), &length)))
+    if (!SQL_SUCCEEDED(SQLGetInfo(connection, what, text.data(), static_cast<SQLSMALLINT>(text.size()), &length))) {
       return "";
+    }
     text.resize(static_cast<std::size_t>(length));
     return text;
   }
@@ -215,8 +224,9 @@ TEST_P(DriverVersion, IsTold) {
 
 TEST(Db2, IsTestedWhereTheEnvironmentNamesASource) {
   const auto kinds = test::databaseKinds();
-  if (kinds.back() != std::string_view("db2"))
+  if (kinds.back() != std::string_view("db2")) {
     GTEST_SKIP() << "DB2: saltata, LUMOSCAD_PROVA_DB2 non è impostata";
+  }
   EXPECT_NO_THROW(static_cast<void>(test::databaseContext("db2").create("")));
 }
 

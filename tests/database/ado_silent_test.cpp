@@ -33,8 +33,9 @@ class Halted {
                                     : test::mariaDb().process()) {
     kill(process_, SIGSTOP);
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!isStopped() && std::chrono::steady_clock::now() < limit)
+    while (!isStopped() && std::chrono::steady_clock::now() < limit) {
       usleep(1000);
+    }
   }
   Halted(const Halted&) = delete;
   Halted& operator=(const Halted&) = delete;
@@ -46,8 +47,9 @@ class Halted {
     for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(process_) + "/task")) {
       std::ifstream file(task.path() / "stat");
       const std::string stat{std::istreambuf_iterator<char>(file), {}};
-      if (stat.find(") T") == std::string::npos)
+      if (stat.find(") T") == std::string::npos) {
         return false;
+      }
     }
     return true;
   }
@@ -111,8 +113,10 @@ TEST_P(SilentPostgres, CommitThatWaitsForAnAbsentStandbyIsUnknown) {
   hasty_.Execute("SET synchronous_commit=on");
   connection_.Execute("ALTER SYSTEM SET synchronous_standby_names='assente'");
   query("SELECT pg_reload_conf()");
-  for (int attempt = 0; attempt < 200 && test::firstValue(hasty_, "SHOW synchronous_standby_names").empty(); ++attempt)
+  for (int attempt = 0; attempt < 200 && test::firstValue(hasty_, "SHOW synchronous_standby_names").empty();
+       ++attempt) {
     usleep(20000);
+  }
   // Sessions wait only once the checkpointer has read the setting too, which it does before its work.
   connection_.Execute("CHECKPOINT");
   usleep(20000);
@@ -126,8 +130,9 @@ TEST_P(SilentPostgres, CommitThatWaitsForAnAbsentStandbyIsUnknown) {
   hasty_.Close();
   connection_.Execute("ALTER SYSTEM RESET synchronous_standby_names");
   query("SELECT pg_reload_conf()");
-  for (int attempt = 0; attempt < 100 && single(changed) != "X"; ++attempt)
+  for (int attempt = 0; attempt < 100 && single(changed) != "X"; ++attempt) {
     usleep(50000);
+  }
   EXPECT_EQ(single(changed), "X") << "it was there";
 }
 

@@ -20,8 +20,9 @@ TEST_P(Ado, CountsRowsExactlyAndWalksThem) {
   EXPECT_EQ(rows.State(), State::Open);
   EXPECT_EQ(rows.RecordCount(), 3U);
   std::vector<std::string> keys;
-  for (; !rows.Eof(); rows.MoveNext())
+  for (; !rows.Eof(); rows.MoveNext()) {
     keys.emplace_back(rows.Fields("chiave").Value().value());
+  }
   EXPECT_THAT(keys, ElementsAre("1", "2", "3"));
   rows.MoveFirst();
   EXPECT_EQ(rows.Valore(0), "1");
@@ -67,8 +68,9 @@ TEST_P(Ado, ReadsAccentsAndBindsThem) {
 
 TEST_P(Ado, ReadsALongTextWhole) {
   std::string longText;
-  for (int i = 0; longText.size() < 300'000; ++i)
+  for (int i = 0; longText.size() < 300'000; ++i) {
     longText += std::to_string(i) + " è lunga; ";
+  }
   command(connection_, "UPDATE EVENTI SET NOTE=? WHERE CHIAVE=2", {longText}).Execute();
   EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), longText);
   const Recordset rows = query("SELECT CHIAVE,NOTE,GRUPPO FROM EVENTI ORDER BY CHIAVE");

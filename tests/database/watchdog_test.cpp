@@ -84,13 +84,15 @@ std::size_t threads() {
 bool blocksEverySignal(const std::filesystem::path& status) {
   std::ifstream file(status);
   for (std::string line; std::getline(file, line);) {
-    if (!line.starts_with("SigBlk:"))
+    if (!line.starts_with("SigBlk:")) {
       continue;
+    }
     const auto mask = std::stoull(line.substr(line.find('\t') + 1), nullptr, 16);
     for (int signal = 1; signal < 32; ++signal) {
       const bool blocked = (mask >> (signal - 1) & 1U) != 0;
-      if (!blocked && signal != SIGKILL && signal != SIGSTOP)
+      if (!blocked && signal != SIGKILL && signal != SIGSTOP) {
         return false;
+      }
     }
     return true;
   }

@@ -43,8 +43,9 @@ class BaseGrande {
     std::string kept;
     for (std::size_t at = 0; at < script.size();) {
       const auto end = std::min(script.find('\n', at), script.size() - 1) + 1;
-      if (script.compare(at, 2, "--") != 0)
+      if (script.compare(at, 2, "--") != 0) {
         kept.append(script, at, end - at);
+      }
       at = end;
     }
     return kept;
@@ -57,12 +58,14 @@ class BaseGrande {
       void operator()(std::FILE* pipe) const { pclose(pipe); }
     };
     const std::unique_ptr<std::FILE, Close> pipe(popen(command.c_str(), "r"));
-    if (!pipe)
+    if (!pipe) {
       throw std::runtime_error("cannot start the generator");
+    }
     std::string text;
     std::array<char, 65536> piece{};
-    while (const std::size_t got = std::fread(piece.data(), 1, piece.size(), pipe.get()))
+    while (const std::size_t got = std::fread(piece.data(), 1, piece.size(), pipe.get())) {
       text.append(piece.data(), got);
+    }
     return withoutTransaction(std::move(text));
   }
 
@@ -70,8 +73,9 @@ class BaseGrande {
   static std::string withoutTransaction(std::string text) {
     constexpr std::string_view begin = "BEGIN;\n";
     constexpr std::string_view commit = "COMMIT;\n";
-    if (!text.starts_with(begin) || !text.ends_with(commit))
+    if (!text.starts_with(begin) || !text.ends_with(commit)) {
       throw std::runtime_error("the generator wrote no data");
+    }
     return text.substr(begin.size(), text.size() - begin.size() - commit.size());
   }
 

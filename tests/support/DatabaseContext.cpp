@@ -56,8 +56,9 @@ class SqliteContext final : public DatabaseContext {
 class PostgresContext final : public DatabaseContext {
  public:
   std::unique_ptr<TestDatabase> create(const std::string& script) override {
-    if (first_.empty())
+    if (first_.empty()) {
       first_ = postgres().createDatabase("prove");
+    }
     auto database = std::make_unique<TestDatabase>();
     database->schema = "base" + std::to_string(++schemas_);
     database->user = postgres().user();
@@ -153,13 +154,15 @@ class MariaDbContext final : public DatabaseContext {
 
 std::string DatabaseContext::fixedText(std::string text, std::size_t length) const {
   const FixedText kind = quirks().fixedText;
-  if (kind == FixedText::Trimmed)
+  if (kind == FixedText::Trimmed) {
     text.erase(text.find_last_not_of(' ') + 1);
+  }
   const auto follows = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
   const auto extra = quirks().lengthsInBytes ? 0 : std::count_if(text.begin(), text.end(), follows);
   const std::size_t bytes = length + static_cast<std::size_t>(extra);
-  if (kind == FixedText::Padded && text.size() < bytes)
+  if (kind == FixedText::Padded && text.size() < bytes) {
     text.resize(bytes, ' ');
+  }
   return text;
 }
 
@@ -169,8 +172,9 @@ void DatabaseContext::dropConnections(const TestDatabase& /*database*/) const {
 
 std::vector<const char*> databaseKinds() {
   std::vector<const char*> kinds{"sqlite", "postgres", "mariadb"};
-  if (Db2Context::named())
+  if (Db2Context::named()) {
     kinds.push_back("db2");
+  }
   return kinds;
 }
 
@@ -184,21 +188,26 @@ DatabaseContext& databaseContext(std::string_view kind) {
   static SqliteContext sqlite;
   static PostgresContext postgres;
   static MariaDbContext mariaDb;
-  if (kind == "sqlite")
+  if (kind == "sqlite") {
     return sqlite;
-  if (kind == "postgres")
+  }
+  if (kind == "postgres") {
     return postgres;
-  if (kind == "mariadb")
+  }
+  if (kind == "mariadb") {
     return mariaDb;
+  }
   static Db2Context db2;
-  if (kind == "db2")
+  if (kind == "db2") {
     return db2;
+  }
   throw std::invalid_argument("no such kind of database: " + std::string(kind));
 }
 
 std::string replaced(std::string text, std::string_view from, std::string_view to) {
-  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
     text.replace(at, from.size(), to);
+  }
   return text;
 }
 

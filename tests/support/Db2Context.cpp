@@ -19,9 +19,11 @@ std::string environment(const char* name) {
 std::vector<std::string> sources() {
   std::vector<std::string> found;
   std::istringstream list(environment("LUMOSCAD_PROVA_DB2"));
-  for (std::string source; std::getline(list, source, ',');)
-    if (!source.empty())
+  for (std::string source; std::getline(list, source, ',');) {
+    if (!source.empty()) {
       found.push_back(source);
+    }
+  }
   return found;
 }
 
@@ -30,8 +32,9 @@ std::vector<std::string> column(ado::Connection& connection, const std::string& 
   command.ActiveConnection = &connection;
   command.CommandText = query;
   std::vector<std::string> values;
-  for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext())
+  for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext()) {
     values.emplace_back(rows.Valore(0).value_or(""));
+  }
   return values;
 }
 
@@ -41,8 +44,9 @@ std::string emptied(const TestDatabase& database) {
   connection.ConnectionString = database.connectionText();
   connection.Open();
   for (const std::string& table :
-       column(connection, "SELECT TABNAME FROM SYSCAT.TABLES WHERE TABSCHEMA=CURRENT SCHEMA AND TYPE='T'"))
+       column(connection, "SELECT TABNAME FROM SYSCAT.TABLES WHERE TABSCHEMA=CURRENT SCHEMA AND TYPE='T'")) {
     connection.Execute("DROP TABLE \"" + table + '"');
+  }
   const auto schema = column(connection, "SELECT RTRIM(CURRENT SCHEMA) FROM SYSIBM.SYSDUMMY1");
   return schema.empty() ? std::string() : schema.front();
 }
@@ -52,8 +56,9 @@ std::string emptied(const TestDatabase& database) {
 /// A source that goes back to the free ones at the end.
 struct Db2Context::Borrowed final : TestDatabase {
   explicit Borrowed(Db2Context& owner) : context(owner) {
-    if (context.free_.empty())
+    if (context.free_.empty()) {
       throw std::runtime_error("LUMOSCAD_PROVA_DB2 names too few data sources");
+    }
     source = context.free_.back();
     context.free_.pop_back();
   }
@@ -76,8 +81,9 @@ std::unique_ptr<TestDatabase> Db2Context::create(const std::string& script) {
   database->user = user_;
   database->password = password_;
   database->schema = emptied(*database);
-  if (!script.empty())
+  if (!script.empty()) {
     runScript(database->connectionText(), replaced(script, " TEXT", " " + longText()));
+  }
   return database;
 }
 
@@ -111,8 +117,9 @@ void Db2Context::dropConnections(const TestDatabase& database) const {
   connection.Open();
   for (const std::string& handle :
        column(connection, "SELECT APPLICATION_HANDLE FROM TABLE(MON_GET_CONNECTION(NULL,-1)) WHERE APPLICATION_HANDLE<>"
-                          "MON_GET_APPLICATION_HANDLE() AND SYSTEM_AUTH_ID=SESSION_USER"))
+                          "MON_GET_APPLICATION_HANDLE() AND SYSTEM_AUTH_ID=SESSION_USER")) {
     connection.Execute("CALL SYSPROC.ADMIN_CMD('FORCE APPLICATION (" + handle + ")')");
+  }
 }
 
 } // namespace lumoscad::test

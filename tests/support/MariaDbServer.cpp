@@ -26,8 +26,9 @@ std::vector<std::string> small(std::vector<std::string> words) {
        {"--innodb-buffer-pool-size=16M", "--innodb-log-file-size=8M", "--innodb-flush-method=nosync",
         "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-stats-persistent=0",
         "--innodb-fast-shutdown=2", "--sync-frm=0", "--key-buffer-size=256K", "--aria-pagecache-buffer-size=1M",
-        "--skip-name-resolve"})
+        "--skip-name-resolve"}) {
     words.emplace_back(option);
+  }
   return words;
 }
 
@@ -57,8 +58,9 @@ void MariaDbServer::createData() const {
   ServerProcess creation(small({creator.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
                                 "--auth-root-authentication-method=normal", "--skip-test-db"}),
                          directory_ / "creation.log", serverUser, SIGTERM);
-  if (!creation.succeeds())
+  if (!creation.succeeds()) {
     throw std::runtime_error("mariadb-install-db failed");
+  }
 }
 
 void MariaDbServer::start() {
@@ -100,8 +102,9 @@ std::string MariaDbServer::createDatabase(std::string_view name, std::string_vie
   connection.Execute("CREATE DATABASE " + std::string(name));
   connection.Close();
   std::string source = addSource(name);
-  if (!script.empty())
+  if (!script.empty()) {
     runScript(connectionText(source), script);
+  }
   return source;
 }
 
@@ -120,8 +123,9 @@ void MariaDbServer::dropConnections(std::string_view source) const {
   command.ActiveConnection = &connection;
   command.CommandText = "SELECT ID FROM information_schema.PROCESSLIST WHERE ID<>CONNECTION_ID() AND USER=?";
   command.Parameters = {user_};
-  for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext())
+  for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext()) {
     connection.Execute("KILL " + std::string(rows.Valore(0).value_or("")));
+  }
 }
 
 } // namespace lumoscad::test

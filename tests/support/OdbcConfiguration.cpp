@@ -28,9 +28,11 @@ std::string setting(const char* name, const std::string& otherwise) {
 
 /// The text of the first of the files that can be read; empty where there is none.
 std::string firstOf(const std::vector<fs::path>& files) {
-  for (const fs::path& file : files)
-    if (std::ifstream stream(file); stream)
+  for (const fs::path& file : files) {
+    if (std::ifstream stream(file); stream) {
       return std::string{std::istreambuf_iterator<char>(stream), {}} + '\n';
+    }
+  }
   return {};
 }
 
@@ -45,8 +47,9 @@ OdbcConfiguration::OdbcConfiguration() {
     drivers = firstOf({system / setting("ODBCINSTINI", "odbcinst.ini")});
   }
   std::string pattern = (fs::temp_directory_path() / "lumoscad-odbc-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr)
+  if (mkdtemp(pattern.data()) == nullptr) {
     throw std::runtime_error("no temporary directory");
+  }
   directory_ = pattern;
   std::ofstream(directory_ / "odbcinst.ini") << drivers;
   std::ofstream(directory_ / "odbc.ini") << sources;
@@ -62,24 +65,28 @@ OdbcConfiguration::~OdbcConfiguration() {
 
 std::string OdbcConfiguration::addSource(std::string_view prefix, std::string_view library, const Settings& settings) {
   const fs::path path = driverLibrary(library);
-  if (path.empty())
+  if (path.empty()) {
     throw std::runtime_error("ODBC driver not installed: " + std::string(library));
+  }
   const std::string name = std::string(prefix) + std::to_string(++sources_);
   std::ofstream inst(directory_ / "odbcinst.ini", std::ios::app);
   inst << '[' << name << "-driver]\nDriver=" << path.string() << "\nThreading=2\n\n";
   std::ofstream ini(directory_ / "odbc.ini", std::ios::app);
   ini << '[' << name << "]\nDriver=" << name << "-driver\n";
-  for (const auto& [key, value] : settings)
+  for (const auto& [key, value] : settings) {
     ini << key << '=' << value << '\n';
+  }
   ini << '\n';
   return name;
 }
 
 fs::path driverLibrary(std::string_view fileName) {
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator("/usr/lib", error))
-    if (const fs::path found = entry.path() / "odbc" / fileName; fs::exists(found, error))
+  for (const auto& entry : fs::directory_iterator("/usr/lib", error)) {
+    if (const fs::path found = entry.path() / "odbc" / fileName; fs::exists(found, error)) {
       return found;
+    }
+  }
   const fs::path direct = fs::path("/usr/lib/odbc") / fileName;
   return fs::exists(direct, error) ? direct : fs::path();
 }
@@ -102,8 +109,9 @@ void checkDataDirectory(const std::string& connectionText, std::string_view quer
   ado::Connection connection;
   connection.ConnectionString = connectionText;
   connection.Open();
-  if (!fs::equivalent(firstValue(connection, query), directory))
+  if (!fs::equivalent(firstValue(connection, query), directory)) {
     throw std::runtime_error("another server answers on the port");
+  }
 }
 
 void runScript(const std::string& connectionText, std::string_view script) {
@@ -122,8 +130,9 @@ void runScript(const std::string& connectionText, std::string_view script) {
     connection.Execute(statement);
     statement.clear();
   }
-  if (statement.find_first_not_of(" \t\r\n") != std::string::npos)
+  if (statement.find_first_not_of(" \t\r\n") != std::string::npos) {
     connection.Execute(statement);
+  }
   connection.CommitTrans();
 }
 

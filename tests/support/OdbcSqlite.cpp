@@ -10,8 +10,9 @@ OdbcSqlite::OdbcSqlite(std::string_view script) {
   file_ = configuration.directory() / ("db" + std::to_string(++files) + ".sqlite");
   source_ = configuration.addSource("sqlite", "libsqlite3odbc.so",
                                     {{"Database", file_.string()}, {"Timeout", "2000"}, {"FKSupport", "1"}});
-  if (!script.empty())
+  if (!script.empty()) {
     run(script);
+  }
 }
 
 OdbcSqlite::~OdbcSqlite() {

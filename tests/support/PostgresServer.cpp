@@ -55,8 +55,9 @@ void PostgresServer::createCluster() const {
                          directory_ / "initdb.log", serverUser, SIGINT);
   const bool created = creation.succeeds();
   fs::remove(secret);
-  if (!created)
+  if (!created) {
     throw std::runtime_error("initdb failed");
+  }
 }
 
 void PostgresServer::start() {
@@ -77,8 +78,9 @@ void PostgresServer::restart() {
       return;
     } catch (const ErroreRuntime&) {
       // After a kill the sessions of the old server may still be on their way out, and hold its memory.
-      if (std::chrono::steady_clock::now() > limit)
+      if (std::chrono::steady_clock::now() > limit) {
         throw;
+      }
     }
   }
 }
@@ -99,8 +101,9 @@ std::string PostgresServer::createDatabase(std::string_view name, std::string_vi
   connection.Execute("CREATE DATABASE " + std::string(name));
   connection.Close();
   std::string source = addSource(name);
-  if (!script.empty())
+  if (!script.empty()) {
     runScript(connectionText(source), script);
+  }
   return source;
 }
 

@@ -12,8 +12,9 @@ class ProcessLocale {
  public:
   ProcessLocale(int category, const char* name) : category_(category), before_(std::setlocale(category, nullptr)) {
     setenv("LOCPATH", LUMOSCAD_LOCALI, 1);
-    if (std::setlocale(category, name) == nullptr)
+    if (std::setlocale(category, name) == nullptr) {
       throw std::runtime_error(std::string("no such locale: ") + name);
+    }
   }
   ProcessLocale(const ProcessLocale&) = delete;
   ProcessLocale& operator=(const ProcessLocale&) = delete;
@@ -37,10 +38,11 @@ class EnvironmentSetting {
   EnvironmentSetting(const EnvironmentSetting&) = delete;
   EnvironmentSetting& operator=(const EnvironmentSetting&) = delete;
   ~EnvironmentSetting() {
-    if (wasSet_)
+    if (wasSet_) {
       setenv(name_, before_.c_str(), 1);
-    else
+    } else {
       unsetenv(name_);
+    }
   }
 
  private:

@@ -28,17 +28,20 @@ namespace fs = std::filesystem;
 namespace {
 
 void handOver(const fs::path& path, const std::string& user) {
-  if (geteuid() != 0)
+  if (geteuid() != 0) {
     return;
+  }
   const passwd* owner = getpwnam(user.c_str());
-  if (owner == nullptr || chown(path.c_str(), owner->pw_uid, owner->pw_gid) != 0)
+  if (owner == nullptr || chown(path.c_str(), owner->pw_uid, owner->pw_gid) != 0) {
     throw std::runtime_error("cannot hand " + path.string() + " to the user " + user);
+  }
 }
 
 std::vector<std::string> asUser(const std::string& user, int endSignal) {
   const passwd* owner = getpwnam(user.c_str());
-  if (owner == nullptr)
+  if (owner == nullptr) {
     throw std::runtime_error("no such user: " + user);
+  }
   return {"/usr/bin/setpriv",
           "--reuid=" + std::to_string(owner->pw_uid),
           "--regid=" + std::to_string(owner->pw_gid),
@@ -51,10 +54,12 @@ std::vector<std::string> asUser(const std::string& user, int endSignal) {
 bool open(fs::path directory) {
   std::error_code error;
   for (;; directory = directory.parent_path()) {
-    if ((fs::status(directory, error).permissions() & fs::perms::others_exec) == fs::perms::none)
+    if ((fs::status(directory, error).permissions() & fs::perms::others_exec) == fs::perms::none) {
       return false;
-    if (directory == directory.root_path())
+    }
+    if (directory == directory.root_path()) {
       return true;
+    }
   }
 }
 
@@ -68,8 +73,9 @@ int freePort() {
   const bool bound = bind(socketHandle, reinterpret_cast<sockaddr*>(&address), length) == 0 &&
                      getsockname(socketHandle, reinterpret_cast<sockaddr*>(&address), &length) == 0;
   close(socketHandle);
-  if (!bound)
+  if (!bound) {
     throw std::runtime_error("no free loopback port");
+  }
   return ntohs(address.sin_port);
 }
 
@@ -103,12 +109,14 @@ ServerProcess::ServerProcess(std::vector<std::string> words, const fs::path& log
     words.insert(words.begin(), prefix.begin(), prefix.end());
   }
   std::vector<char*> arguments;
-  for (std::string& word : words)
+  for (std::string& word : words) {
     arguments.push_back(word.data());
+  }
   arguments.push_back(nullptr);
   process_ = fork();
-  if (process_ < 0)
+  if (process_ < 0) {
     throw std::system_error(errno, std::generic_category(), "fork");
+  }
   if (process_ == 0) {
     prctl(PR_SET_PDEATHSIG, endSignal);
     const int output = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
@@ -129,8 +137,9 @@ ServerProcess& ServerProcess::operator=(ServerProcess&& other) noexcept {
 }
 
 bool ServerProcess::runs() {
-  if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_)
+  if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) {
     process_ = -1;
+  }
   return process_ > 0;
 }
 
@@ -141,18 +150,21 @@ bool ServerProcess::succeeds() {
 }
 
 void ServerProcess::stop() {
-  if (process_ <= 0)
+  if (process_ <= 0) {
     return;
+  }
   ::kill(process_, endSignal_);
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-  while (runs() && std::chrono::steady_clock::now() < limit)
+  while (runs() && std::chrono::steady_clock::now() < limit) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   kill();
 }
 
 void ServerProcess::kill() {
-  if (process_ <= 0)
+  if (process_ <= 0) {
     return;
+  }
   ::kill(process_, SIGKILL);
   waitpid(std::exchange(process_, -1), nullptr, 0);
 }
@@ -164,8 +176,9 @@ void startOnFreePort(ServerProcess& server, const std::function<void(int port)>&
       start(port);
     } catch (const std::exception&) {
       server.stop();
-      if (attempt == 3)
+      if (attempt == 3) {
         throw;
+      }
     }
   }
 }

@@ -21,8 +21,9 @@ template <typename Function> Function* next(const char* name) {
 
 std::string_view textOf(const char* path, std::array<char, 256>& buffer) {
   const int file = open(path, O_RDONLY | O_CLOEXEC);
-  if (file < 0)
+  if (file < 0) {
     return {};
+  }
   const ssize_t length = read(file, buffer.data(), buffer.size());
   close(file);
   return {buffer.data(), static_cast<std::size_t>(length > 0 ? length : 0)};
@@ -31,8 +32,9 @@ std::string_view textOf(const char* path, std::array<char, 256>& buffer) {
 /// True where the file would have to grow to `end` bytes on a full disk.
 bool isFull(int file, off64_t end) {
   const char* const flag = std::getenv("LUMOSCAD_DISCO_PIENO");
-  if (flag == nullptr || access(flag, R_OK) != 0)
+  if (flag == nullptr || access(flag, R_OK) != 0) {
     return false;
+  }
   std::array<char, 256> words{};
   const std::string_view word = textOf(flag, words);
   std::array<char, 4096> path{};

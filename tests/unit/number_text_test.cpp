@@ -16,8 +16,9 @@ std::string amount(std::string text) {
 }
 
 TEST(NumberText, ANumberKeepsItsPoint) {
-  for (const char* same : {"", "0", "-12", "1234.50", "-0.25", "1.5e-07", "+7", ".5", "5."})
+  for (const char* same : {"", "0", "-12", "1234.50", "-0.25", "1.5e-07", "+7", ".5", "5."}) {
     EXPECT_EQ(pointed(same), same);
+  }
 }
 
 TEST(NumberText, TheSeparatorOfALocaleBecomesAPoint) {
@@ -36,8 +37,9 @@ TEST(NumberText, TheSeparatorOfALocaleBecomesAPoint) {
 }
 
 TEST(NumberText, WhatIsNoNumberStaysAsItIs) {
-  for (const char* same : {"NaN", "-Infinity", "1,2,3", "1.234,5", "A,5", "12,3 x"})
+  for (const char* same : {"NaN", "-Infinity", "1,2,3", "1.234,5", "A,5", "12,3 x"}) {
     EXPECT_EQ(pointed(same), same);
+  }
 }
 
 TEST(NumberText, AnAmountLosesItsCurrencyAndGroups) {
@@ -51,8 +53,9 @@ TEST(NumberText, AnAmountLosesItsCurrencyAndGroups) {
 }
 
 TEST(NumberText, AnAmountThatMayBeReadTwoWaysStaysAsItIs) {
-  for (const char* same : {"￥1,234", "1.234 DT", "$1.5", "", "€"})
+  for (const char* same : {"￥1,234", "1.234 DT", "$1.5", "", "€"}) {
     EXPECT_EQ(amount(same), same);
+  }
 }
 
 } // namespace

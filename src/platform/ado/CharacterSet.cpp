@@ -48,18 +48,22 @@ std::string otherClientEncoding() {
 CharacterSet::CharacterSet() : before_(current()), unsuited_(unsuited()) {}
 
 CharacterSet::~CharacterSet() {
-  if (current() != before_)
+  if (current() != before_) {
     std::setlocale(LC_CTYPE, before_.c_str());
+  }
 }
 
 void CharacterSet::requireSuited(const std::string& driver) const {
-  if (!driver.starts_with("psqlodbc"))
+  if (!driver.starts_with("psqlodbc")) {
     return;
+  }
   const std::string name = unsuited_.empty() ? unsuited() : unsuited_;
-  if (!name.empty())
+  if (!name.empty()) {
     refuse("LC_CTYPE=" + name, ", per esempio LC_CTYPE=it_IT.UTF-8");
-  if (const std::string encoding = otherClientEncoding(); !encoding.empty())
+  }
+  if (const std::string encoding = otherClientEncoding(); !encoding.empty()) {
     refuse("PGCLIENTENCODING=" + encoding, ": la variabile va tolta");
+  }
 }
 
 } // namespace lumoscad::ado::interno

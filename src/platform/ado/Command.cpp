@@ -13,9 +13,10 @@ Command& Command::operator=(Command&&) noexcept = default;
 Command::~Command() = default;
 
 Recordset Command::Execute(std::int64_t* RecordsAffected) {
-  if (ActiveConnection == nullptr)
+  if (ActiveConnection == nullptr) {
     throw ErroreRuntime(interno::numeri::OggettoChiuso, "Il comando SQL non è collegato ad alcuna connessione.",
                         "ODBC");
+  }
   const auto& session = ActiveConnection->impl().require();
   auto& prepared = impl_->prepared;
   if (!prepared || !prepared->serves(session, CommandText)) {
@@ -24,8 +25,9 @@ Recordset Command::Execute(std::int64_t* RecordsAffected) {
   }
   try {
     auto outcome = prepared->execute(Parameters);
-    if (RecordsAffected != nullptr)
+    if (RecordsAffected != nullptr) {
       *RecordsAffected = outcome.affected;
+    }
     Recordset result;
     result.impl().fill(std::move(outcome), session);
     return result;

@@ -7,9 +7,10 @@ using interno::Session;
 using interno::Statement;
 
 const std::shared_ptr<Session>& Connection::Impl::require() const {
-  if (!session)
+  if (!session) {
     throw ErroreRuntime(interno::numeri::OggettoChiuso,
                         "Operazione non consentita: la connessione alla base dati è chiusa.", "ODBC");
+  }
   return session;
 }
 
@@ -20,8 +21,9 @@ Connection::~Connection() {
 }
 
 void Connection::Open() {
-  if (impl_->session)
+  if (impl_->session) {
     throw ErroreRuntime(interno::numeri::OggettoAperto, "La connessione alla base dati è già aperta.", "ODBC");
+  }
   const auto limit = CommandTimeout ? std::chrono::seconds(*CommandTimeout) : interno::statementTimeLimit();
   impl_->session = std::make_shared<Session>(LeggiTestoConnessione(ConnectionString), limit);
   impl_->outcome = EsitoTransazione::NonApplicata;
@@ -32,8 +34,9 @@ State Connection::State() const noexcept {
 }
 
 void Connection::Close() {
-  if (!impl_->session)
+  if (!impl_->session) {
     return;
+  }
   impl_->outcome = impl_->session->outcome();
   impl_->session->close();
   impl_->session.reset();
@@ -63,8 +66,9 @@ std::int64_t Connection::Execute(std::string_view sql) {
     return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()),
                          static_cast<SQLINTEGER>(text.size()));
   });
-  if (rc != SQL_NO_DATA)
+  if (rc != SQL_NO_DATA) {
     statement.require(rc, "Istruzione SQL non riuscita.");
+  }
   return interno::affectedRows(statement, rc);
 }
 

@@ -16,8 +16,9 @@ namespace {
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view blanks = " \t\r\n";
   const auto first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos)
+  if (first == std::string_view::npos) {
     return {};
+  }
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
@@ -35,14 +36,17 @@ class Scanner {
   /// Reads the next pair; false at the end of the text.
   bool next(std::string& keyword, std::string& value) {
     at_ = std::min(text_.find_first_not_of("; \t\r\n", at_), text_.size());
-    if (at_ == text_.size())
+    if (at_ == text_.size()) {
       return false;
+    }
     const auto equals = text_.find_first_of("=;", at_);
-    if (equals == std::string_view::npos || text_[equals] == ';')
+    if (equals == std::string_view::npos || text_[equals] == ';') {
       malformed("manca il segno \"=\" dopo una parola chiave.");
+    }
     keyword = lower(trimmed(text_.substr(at_, equals - at_)));
-    if (keyword.empty())
+    if (keyword.empty()) {
       malformed("manca la parola chiave prima di un segno \"=\".");
+    }
     at_ = equals + 1;
     value = readValue();
     return true;
@@ -51,8 +55,9 @@ class Scanner {
  private:
   std::string readValue() {
     const auto start = std::min(text_.find_first_not_of(" \t\r\n", at_), text_.size());
-    if (start < text_.size() && (text_[start] == '"' || text_[start] == '\''))
+    if (start < text_.size() && (text_[start] == '"' || text_[start] == '\'')) {
       return readQuoted(start);
+    }
     const auto end = std::min(text_.find(';', at_), text_.size());
     std::string value(trimmed(text_.substr(at_, end - at_)));
     at_ = end;
@@ -70,8 +75,9 @@ class Scanner {
         ++i;
       } else {
         at_ = std::min(text_.find_first_not_of(" \t\r\n", i + 1), text_.size());
-        if (at_ < text_.size() && text_[at_] != ';')
+        if (at_ < text_.size() && text_[at_] != ';') {
           malformed("testo dopo le virgolette di chiusura.");
+        }
         return value;
       }
     }
@@ -85,8 +91,9 @@ class Scanner {
 int seconds(const std::string& value) {
   int result = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), result);
-  if (error != std::errc() || end != value.data() + value.size() || result < 0)
+  if (error != std::errc() || end != value.data() + value.size() || result < 0) {
     malformed("il tempo massimo di connessione non è un numero di secondi.");
+  }
   return result;
 }
 
@@ -97,16 +104,19 @@ constexpr std::size_t longestValue = 1000;
 /// A value as an ODBC connection string takes it: in braces where a character would end it or open braces. "%" and
 /// "+" too want braces, because PostgreSQL's driver decodes a bare value as it would an address.
 std::string carried(const std::string& value, const char* name) {
-  if (value.find('\0') != std::string::npos)
+  if (value.find('\0') != std::string::npos) {
     malformed(name);
+  }
   const bool blankEnds = !value.empty() && (value.front() == ' ' || value.back() == ' ');
-  if (!blankEnds && value.find_first_of("[]{}(),;?*=!@%+") == std::string::npos)
+  if (!blankEnds && value.find_first_of("[]{}(),;?*=!@%+") == std::string::npos) {
     return value;
+  }
   std::string braced = "{";
   for (const char c : value) {
     braced += c;
-    if (c == '}')
+    if (c == '}') {
       braced += c;
+    }
   }
   return braced + '}';
 }
@@ -119,26 +129,31 @@ ConnectionSettings LeggiTestoConnessione(std::string_view testo) {
   std::string keyword;
   std::string value;
   while (scanner.next(keyword, value)) {
-    if (keyword == "data source" || keyword == "dsn")
+    if (keyword == "data source" || keyword == "dsn") {
       settings.DataSource = value;
-    else if (keyword == "user id" || keyword == "uid")
+    } else if (keyword == "user id" || keyword == "uid") {
       settings.UserId = value;
-    else if (keyword == "password" || keyword == "pwd")
+    } else if (keyword == "password" || keyword == "pwd") {
       settings.Password = value;
-    else if (keyword == "connect timeout")
+    } else if (keyword == "connect timeout") {
       settings.ConnectTimeout = seconds(value);
+    }
   }
   return settings;
 }
 
 std::string TestoOdbc(const ConnectionSettings& impostazioni) {
-  if (trimmed(impostazioni.DataSource).empty())
+  if (trimmed(impostazioni.DataSource).empty()) {
     throw ErroreRuntime(errori::Driver, "Connessione alla base dati: l'origine dati ODBC non è indicata.", "ODBC");
-  for (const std::string* value : {&impostazioni.DataSource, &impostazioni.UserId, &impostazioni.Password})
-    if (value->size() > longestValue)
+  }
+  for (const std::string* value : {&impostazioni.DataSource, &impostazioni.UserId, &impostazioni.Password}) {
+    if (value->size() > longestValue) {
       malformed("un valore supera i 1000 byte.");
-  if (impostazioni.DataSource.find_first_of(std::string_view("[]{};=\0", 7)) != std::string::npos)
+    }
+  }
+  if (impostazioni.DataSource.find_first_of(std::string_view("[]{};=\0", 7)) != std::string::npos) {
     malformed("il nome dell'origine dati contiene un carattere non ammesso.");
+  }
   return "DSN=" + impostazioni.DataSource +
          ";UID=" + carried(impostazioni.UserId, "l'utente contiene un carattere non ammesso.") +
          ";PWD=" + carried(impostazioni.Password, "la password contiene un carattere non ammesso.") + ";";

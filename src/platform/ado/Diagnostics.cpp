@@ -35,8 +35,9 @@ std::string folded(std::string_view text) {
   for (char& c : lower) {
     const auto code = static_cast<unsigned char>(c);
     const bool accented = before == 0xC3 && code >= 0x80 && code <= 0x9E;
-    if ((c >= 'A' && c <= 'Z') || accented)
+    if ((c >= 'A' && c <= 'Z') || accented) {
       c = static_cast<char>(code + 0x20);
+    }
     before = code;
   }
   return lower;
@@ -48,8 +49,9 @@ bool beginsCharacter(std::string_view text, std::size_t at) {
 
 std::size_t characters(std::string_view text) {
   std::size_t count = 0;
-  for (std::size_t at = 0; at < text.size(); ++at)
+  for (std::size_t at = 0; at < text.size(); ++at) {
     count += beginsCharacter(text, at) ? 1U : 0U;
+  }
   return count;
 }
 
@@ -58,12 +60,14 @@ std::size_t pieceOf(std::string_view secret, std::string_view text, std::size_t 
   std::size_t longest = 0;
   for (std::size_t from = 0; from + longest < secret.size(); ++from) {
     std::size_t length = 0;
-    while (from + length < secret.size() && at + length < text.size() && secret[from + length] == text[at + length])
+    while (from + length < secret.size() && at + length < text.size() && secret[from + length] == text[at + length]) {
       ++length;
+    }
     longest = std::max(longest, length);
   }
-  while (longest > 0 && !beginsCharacter(text, at + longest))
+  while (longest > 0 && !beginsCharacter(text, at + longest)) {
     --longest;
+  }
   return longest;
 }
 
@@ -81,15 +85,18 @@ bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT index, Record& r
     const auto capacity = static_cast<SQLSMALLINT>(text.size());
     const SQLRETURN rc = SQLGetDiagRec(kind, handle, index, state.data(), &record.native,
                                        reinterpret_cast<SQLCHAR*>(text.data()), capacity, &length);
-    if (!SQL_SUCCEEDED(rc))
+    if (!SQL_SUCCEEDED(rc)) {
       return false;
-    if (length < capacity || capacity >= 32000)
+    }
+    if (length < capacity || capacity >= 32000) {
       break;
+    }
     text.assign(std::min<std::size_t>(static_cast<std::size_t>(length) + 1, 32000), '\0');
   }
   text.resize(std::min(text.find('\0'), text.size()));
-  while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' '))
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' ')) {
     text.pop_back();
+  }
   record.state = reinterpret_cast<const char*>(state.data());
   record.text = std::move(text);
   return true;
@@ -113,8 +120,9 @@ std::string senzaPassword(std::string text, std::string_view password) {
   const std::string secret = folded(password);
   const std::string lower = folded(text);
   const std::size_t enough = std::min(secret.size(), tellingPiece);
-  if (secret.empty())
+  if (secret.empty()) {
     return text;
+  }
   std::string clean;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t length = beginsCharacter(text, at) ? pieceOf(secret, lower, at) : 0;
@@ -136,20 +144,24 @@ ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view pa
   Advice advice = Advice::None;
   Record record;
   for (SQLSMALLINT index = 1; index < 100 && readRecord(kind, handle, index, record); ++index) {
-    if (index == 1)
+    if (index == 1) {
       first = record;
-    else
+    } else {
       description += "; ";
+    }
     description += '[' + record.state + "] " + senzaPassword(record.text, password);
-    if (advice == Advice::None)
+    if (advice == Advice::None) {
       advice = adviceFor(record.state, record.native, record.text);
+    }
   }
-  if (description.empty())
+  if (description.empty()) {
     description = context;
+  }
   std::string note(sentence(advice));
   // PostgreSQL's driver may report no more than that its own savepoint failed.
-  if (isDead && advice != Advice::ConnectionLost)
+  if (isDead && advice != Advice::ConnectionLost) {
     note += (note.empty() ? "" : "\r\n") + std::string(sentence(Advice::ConnectionLost));
+  }
   return ErroreRuntime(numeroErrore(first.state), std::move(description), "ODBC")
       .ConNota(std::move(note))
       .ConStato(first.state, first.native);

@@ -61,16 +61,18 @@ const Dialect& dialectOf(std::string_view dbmsName) noexcept {
 std::chrono::seconds statementTimeLimit() {
   const char* const setting = std::getenv("LUMOSCAD_ATTESA_SQL");
   const std::string_view text = setting == nullptr ? "" : setting;
-  if (text.empty())
+  if (text.empty()) {
     return std::chrono::seconds(defaultLimit);
+  }
   int seconds = 0;
   const char* const end = text.data() + text.size();
   const auto [arrived, error] = std::from_chars(text.data(), end, seconds);
-  if (error != std::errc() || arrived != end || seconds < 1 || seconds > oneDay)
+  if (error != std::errc() || arrived != end || seconds < 1 || seconds > oneDay) {
     throw ErroreRuntime(errori::Driver,
                         "LUMOSCAD_ATTESA_SQL deve essere un numero intero di secondi, da 1 a 86400: vale «" +
                             std::string(text) + "».",
                         "ODBC");
+  }
   return std::chrono::seconds(seconds);
 }
 

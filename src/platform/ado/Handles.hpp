@@ -13,8 +13,9 @@ template <SQLSMALLINT Kind> class Handle {
  public:
   Handle() = default;
   explicit Handle(SQLHANDLE parent) {
-    if (!SQL_SUCCEEDED(SQLAllocHandle(Kind, parent, &handle_)))
+    if (!SQL_SUCCEEDED(SQLAllocHandle(Kind, parent, &handle_))) {
       throw std::bad_alloc();
+    }
   }
   /// Takes over a handle that was allocated elsewhere.
   [[nodiscard]] static Handle adopt(SQLHANDLE handle) noexcept {
@@ -32,8 +33,9 @@ template <SQLSMALLINT Kind> class Handle {
   ~Handle() { reset(); }
 
   void reset() noexcept {
-    if (handle_ != nullptr)
+    if (handle_ != nullptr) {
       SQLFreeHandle(Kind, std::exchange(handle_, nullptr));
+    }
   }
   [[nodiscard]] SQLHANDLE get() const noexcept { return handle_; }
   [[nodiscard]] explicit operator bool() const noexcept { return handle_ != nullptr; }

@@ -31,8 +31,9 @@ class Execution {
 bool isQuery(std::string_view text) {
   constexpr std::string_view word = "SELECT";
   const auto first = text.find_first_not_of(" \t\r\n(");
-  if (first == std::string_view::npos)
+  if (first == std::string_view::npos) {
     return false;
+  }
   const std::string_view start = text.substr(first, word.size());
   return std::equal(start.begin(), start.end(), word.begin(), word.end(),
                     [](char a, char b) { return a == b || a == b + ('a' - 'A'); });
@@ -53,17 +54,20 @@ void Prepared::describeParameters() {
   SQLSMALLINT count = 0;
   statement_.require(SQLNumParams(statement_.handle(), &count), "Conteggio dei parametri non riuscito.");
   types_.resize(static_cast<std::size_t>(std::max<SQLSMALLINT>(count, 0)));
-  if (!session_->describesParameters())
+  if (!session_->describesParameters()) {
     return;
+  }
   SQLUSMALLINT number = 0;
   for (ParameterType& parameter : types_) {
     ParameterType described;
     SQLSMALLINT nullable = 0;
     if (!SQL_SUCCEEDED(SQLDescribeParam(statement_.handle(), ++number, &described.type, &described.size,
-                                        &described.digits, &nullable)))
+                                        &described.digits, &nullable))) {
       return;
-    if (described.type != SQL_UNKNOWN_TYPE)
+    }
+    if (described.type != SQL_UNKNOWN_TYPE) {
       parameter = described;
+    }
   }
 }
 
@@ -72,12 +76,13 @@ bool Prepared::serves(const std::shared_ptr<Session>& session, std::string_view 
 }
 
 void Prepared::bind(const std::vector<std::string>& parameters) {
-  if (parameters.size() != types_.size())
+  if (parameters.size() != types_.size()) {
     throw ErroreRuntime(numeri::ParametriErrati,
                         "[07001] Numero di parametri errato: l'istruzione ne richiede " +
                             std::to_string(types_.size()) + ", ne sono stati dati " +
                             std::to_string(parameters.size()) + ".",
                         "ODBC");
+  }
   lengths_.assign(parameters.size(), 0);
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     const std::string& value = parameters[i];
@@ -95,8 +100,9 @@ void Prepared::bind(const std::vector<std::string>& parameters) {
 SQLRETURN Prepared::send() {
   announce(text_);
   const SQLRETURN rc = statement_.waitFor([this] { return SQLExecute(statement_.handle()); });
-  if (rc != SQL_NO_DATA)
+  if (rc != SQL_NO_DATA) {
     statement_.require(rc, executionFailed);
+  }
   return rc;
 }
 
@@ -105,9 +111,10 @@ Outcome Prepared::execute(const std::vector<std::string>& parameters) {
   bind(parameters);
   const SQLRETURN rc = send();
   SQLSMALLINT columns = 0;
-  if (rc != SQL_NO_DATA)
+  if (rc != SQL_NO_DATA) {
     statement_.require(statement_.waitFor([&] { return SQLNumResultCols(statement_.handle(), &columns); }),
                        executionFailed);
+  }
   Outcome outcome;
   if (columns <= 0) {
     outcome.affected = affectedRows(statement_, rc);
@@ -123,8 +130,9 @@ void Prepared::read(Outcome& outcome) {
   const bool bounded = std::all_of(outcome.columns.begin(), outcome.columns.end(),
                                    [](const ColumnInfo& column) { return column.buffer > 0; });
   if (bounded && isQuery(text_)) {
-    if (readBound(statement_, outcome.columns, outcome.rows))
+    if (readBound(statement_, outcome.columns, outcome.rows)) {
       return;
+    }
     outcome.rows.clear();
     const Waiting waiting(*session_);
     SQLFreeStmt(statement_.handle(), SQL_CLOSE);

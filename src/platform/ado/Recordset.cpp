@@ -26,8 +26,9 @@ bool sameName(std::string_view a, std::string_view b) {
 
 void Recordset::Impl::fill(interno::Outcome outcome, const std::shared_ptr<interno::Session>& from) {
   clear();
-  if (outcome.columns.empty())
+  if (outcome.columns.empty()) {
     return;
+  }
   for (auto& column : outcome.columns) {
     comparable.push_back(interno::isComparable(column, from->dialect()));
     names.push_back(std::move(column.name));
@@ -38,37 +39,43 @@ void Recordset::Impl::fill(interno::Outcome outcome, const std::shared_ptr<inter
 }
 
 void Recordset::Impl::requireOpen() const {
-  if (!open)
+  if (!open) {
     throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: l'insieme di righe è chiuso.", "ODBC");
+  }
 }
 
 void Recordset::Impl::requireRow() const {
   requireOpen();
-  if (current >= rows.rows())
+  if (current >= rows.rows()) {
     throw ErroreRuntime(numeri::FineRighe, "Nessuna riga corrente: l'insieme di righe è vuoto o terminato.", "ODBC");
+  }
 }
 
 void Recordset::Impl::requireNothingPending() const {
-  if (!pending.empty())
+  if (!pending.empty()) {
     notAllowed("La riga corrente ha modifiche non ancora inviate.");
+  }
 }
 
 std::size_t Recordset::Impl::column(std::string_view name) const {
   requireOpen();
   const auto found = std::find_if(names.begin(), names.end(), [&](const auto& each) { return sameName(each, name); });
-  if (found == names.end())
+  if (found == names.end()) {
     throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::string(name) + ".",
                         "ODBC");
+  }
   return static_cast<std::size_t>(found - names.begin());
 }
 
 std::optional<std::string_view> Recordset::Impl::value(std::size_t index) const {
   requireRow();
-  if (index >= names.size())
+  if (index >= names.size()) {
     throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::to_string(index) + ".",
                         "ODBC");
-  if (const auto set = pending.find(index); set != pending.end())
+  }
+  if (const auto set = pending.find(index); set != pending.end()) {
     return set->second ? std::optional<std::string_view>(*set->second) : std::nullopt;
+  }
   return rows.cell(current, index);
 }
 
@@ -83,8 +90,9 @@ std::optional<std::string_view> Recordset::Field::Value() const {
 void Recordset::Field::SetValue(std::optional<std::string_view> valore) {
   Impl& impl = insieme_->impl();
   impl.requireRow();
-  if (!impl.table)
+  if (!impl.table) {
     notAllowed("L'insieme di righe è di sola lettura.");
+  }
   impl.pending[indice_] = valore ? std::optional<std::string>(*valore) : std::nullopt;
 }
 
@@ -94,8 +102,9 @@ Recordset& Recordset::operator=(Recordset&&) noexcept = default;
 Recordset::~Recordset() = default;
 
 void Recordset::Open(Command& comando, CursorType /*tipoCursore*/, LockType tipoBlocco, TabellaModificabile tabella) {
-  if (impl_->open)
+  if (impl_->open) {
     throw ErroreRuntime(numeri::OggettoAperto, "L'insieme di righe è già aperto.", "ODBC");
+  }
   Recordset opened = comando.Execute();
   opened.impl().requireOpen();
   if (tipoBlocco == LockType::Optimistic) {
@@ -143,9 +152,10 @@ std::size_t Recordset::Colonne() const noexcept {
 
 const std::string& Recordset::NomeColonna(std::size_t indice) const {
   impl_->requireOpen();
-  if (indice >= impl_->names.size())
+  if (indice >= impl_->names.size()) {
     throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::to_string(indice) + ".",
                         "ODBC");
+  }
   return impl_->names[indice];
 }
 
@@ -155,10 +165,12 @@ std::optional<std::string_view> Recordset::Valore(std::size_t indice) const {
 
 void Recordset::Update() {
   impl_->requireRow();
-  if (!impl_->table)
+  if (!impl_->table) {
     notAllowed("L'insieme di righe è di sola lettura.");
-  if (impl_->pending.empty())
+  }
+  if (impl_->pending.empty()) {
     return;
+  }
   impl_->sendChanges();
   impl_->takeChanges();
 }

@@ -64,16 +64,19 @@ std::string typeName(const Statement& statement, SQLUSMALLINT column) {
 
 ValueKind kindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT type) {
   const Dialect& dialect = statement.session().dialect();
-  if (isTimestamp(type))
+  if (isTimestamp(type)) {
     return dialect.infiniteTimes ? ValueKind::InfiniteTimestamp : ValueKind::Timestamp;
+  }
   // Numbers may be described as texts, and amounts of money as numbers: a setting of PostgreSQL's driver (NumericAs)
   // and its habit. It writes them all the same.
   if (dialect.namesNumbers) {
     const std::string name = typeName(statement, column);
-    if (name == "money")
+    if (name == "money") {
       return ValueKind::Money;
-    if (name == "numeric" || name == "float4" || name == "float8")
+    }
+    if (name == "numeric" || name == "float4" || name == "float8") {
       return ValueKind::Number;
+    }
   }
   return dialect.typesHold && isNumber(type) ? ValueKind::Number : ValueKind::AsItIs;
 }
@@ -82,8 +85,9 @@ ValueKind kindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT ty
 std::string_view withoutMidnight(std::string_view text) {
   constexpr std::size_t date = 10;
   constexpr std::string_view midnight = " 00:00:00";
-  if (text.size() < date + midnight.size() || text.substr(date, midnight.size()) != midnight)
+  if (text.size() < date + midnight.size() || text.substr(date, midnight.size()) != midnight) {
     return text;
+  }
   const std::string_view rest = text.substr(date + midnight.size());
   const bool zero = rest.empty() || (rest.front() == '.' && rest.find_first_not_of('0', 1) == std::string_view::npos);
   return zero ? text.substr(0, date) : text;
@@ -92,8 +96,9 @@ std::string_view withoutMidnight(std::string_view text) {
 /// The same of a timestamp that may have no end. PostgreSQL's driver writes such a one as a certain time, which nobody
 /// would enter; it must not be taken for a date.
 std::string_view withoutInfinity(std::string_view text) {
-  if (text == "9999-12-31 23:59:59")
+  if (text == "9999-12-31 23:59:59") {
     return "infinity";
+  }
   return text == "9999-01-01 00:00:00 BC" ? "-infinity" : withoutMidnight(text);
 }
 
@@ -119,8 +124,9 @@ class Block {
  public:
   Block(const Statement& statement, const std::vector<ColumnInfo>& columns) : statement_(statement), columns_(columns) {
     std::size_t row = 0;
-    for (const ColumnInfo& column : columns)
+    for (const ColumnInfo& column : columns) {
       row += column.buffer + sizeof(SQLLEN);
+    }
     rows_ = std::clamp<std::size_t>(blockBytes / std::max<std::size_t>(row, 1), 1, mostRows);
     setRows(rows_);
     bind(row);
@@ -138,12 +144,15 @@ class Block {
   [[nodiscard]] std::optional<std::size_t> fetch() {
     fetched_ = 0;
     const SQLRETURN rc = statement_.waitFor([this] { return SQLFetch(statement_.handle()); });
-    if (rc == SQL_NO_DATA)
+    if (rc == SQL_NO_DATA) {
       return std::nullopt;
+    }
     statement_.require(rc, readingFailed);
-    for (std::size_t row = 0; row < fetched_; ++row)
-      if (status_[row] == SQL_ROW_ERROR)
+    for (std::size_t row = 0; row < fetched_; ++row) {
+      if (status_[row] == SQL_ROW_ERROR) {
         statement_.require(SQL_ERROR, readingFailed);
+      }
+    }
     return static_cast<std::size_t>(fetched_);
   }
 
@@ -156,8 +165,9 @@ class Block {
         continue;
       }
       // A value that fills its buffer to the last byte may have been cut by a driver that tells the cut length.
-      if (length < 0 || static_cast<std::size_t>(length) + 1 >= columns_[i].buffer)
+      if (length < 0 || static_cast<std::size_t>(length) + 1 >= columns_[i].buffer) {
         return false;
+      }
       cells[i] = plainText(columns_[i].kind, starts_[i] + row * columns_[i].buffer, static_cast<std::size_t>(length));
     }
     return true;
@@ -209,11 +219,13 @@ bool readWhole(const Statement& statement, SQLUSMALLINT column, std::string& who
     const SQLRETURN rc = statement.waitFor([&] {
       return SQLGetData(statement.handle(), column, SQL_C_CHAR, whole.data() + got, static_cast<SQLLEN>(room), &length);
     });
-    if (rc == SQL_NO_DATA)
+    if (rc == SQL_NO_DATA) {
       break;
+    }
     statement.require(rc, readingFailed);
-    if (length == SQL_NULL_DATA)
+    if (length == SQL_NULL_DATA) {
       return false;
+    }
     if (length >= 0 && static_cast<std::size_t>(length) < room) {
       got += static_cast<std::size_t>(length);
       break;
@@ -255,12 +267,14 @@ std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT 
 bool readBound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows) {
   Block block(statement, columns);
   Cells cells(columns.size());
-  while (const auto fetched = block.fetch())
+  while (const auto fetched = block.fetch()) {
     for (std::size_t row = 0; row < *fetched; ++row) {
-      if (!block.read(row, cells))
+      if (!block.read(row, cells)) {
         return false;
+      }
       rows.append(cells);
     }
+  }
   return true;
 }
 
@@ -269,14 +283,16 @@ void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& colu
   Cells cells(columns.size());
   for (;;) {
     const SQLRETURN rc = statement.waitFor([&] { return SQLFetch(statement.handle()); });
-    if (rc == SQL_NO_DATA)
+    if (rc == SQL_NO_DATA) {
       return;
+    }
     statement.require(rc, readingFailed);
     for (std::size_t i = 0; i < columns.size(); ++i) {
-      if (!readWhole(statement, static_cast<SQLUSMALLINT>(i + 1), values[i]))
+      if (!readWhole(statement, static_cast<SQLUSMALLINT>(i + 1), values[i])) {
         cells[i].reset();
-      else
+      } else {
         cells[i] = plainText(columns[i].kind, values[i].data(), values[i].size());
+      }
     }
     rows.append(cells);
   }

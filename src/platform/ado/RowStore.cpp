@@ -27,11 +27,13 @@ std::optional<std::string_view> RowStore::cell(std::size_t row, std::size_t colu
   const std::byte* packed = rows_[row];
   std::uint32_t end = 0;
   std::memcpy(&end, packed + column * sizeof end, sizeof end);
-  if ((end & nullFlag) != 0)
+  if ((end & nullFlag) != 0) {
     return std::nullopt;
+  }
   std::uint32_t start = 0;
-  if (column > 0)
+  if (column > 0) {
     std::memcpy(&start, packed + (column - 1) * sizeof start, sizeof start);
+  }
   start &= ~nullFlag;
   const auto* text = reinterpret_cast<const char*>(packed + columns_ * sizeof end);
   return std::string_view(text + start, end - start);
@@ -43,10 +45,12 @@ void RowStore::clear() {
 
 std::byte* RowStore::pack(const std::vector<std::optional<std::string_view>>& cells) {
   std::size_t bytes = 0;
-  for (const auto& cell : cells)
+  for (const auto& cell : cells) {
     bytes += cell ? cell->size() : 0;
-  if (bytes >= nullFlag)
+  }
+  if (bytes >= nullFlag) {
     throw ErroreRuntime(errori::MemoriaInsufficiente, "Una riga della base dati supera i 2 GiB.", "ODBC");
+  }
   std::byte* const packed = allocate(columns_ * sizeof(std::uint32_t) + bytes);
   std::byte* ends = packed;
   std::byte* const text = packed + columns_ * sizeof(std::uint32_t);

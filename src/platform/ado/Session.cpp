@@ -45,8 +45,9 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
   std::string text = TestoOdbc(settings);
   // MariaDB's driver limits only the making of the socket by SQL_ATTR_LOGIN_TIMEOUT, and the server's greeting by this
   // word of its own; the other drivers pass over a word that they do not know.
-  if (settings.ConnectTimeout > 0)
+  if (settings.ConnectTimeout > 0) {
     text += "CONN_TIMEOUT=" + std::to_string(settings.ConnectTimeout) + ";";
+  }
   const Sockets before = openSockets();
   connection_ = Handle<SQL_HANDLE_DBC>(environment());
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(static_cast<SQLULEN>(settings.ConnectTimeout)),
@@ -55,8 +56,9 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
   const SQLRETURN rc =
       SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                        static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
-  if (!SQL_SUCCEEDED(rc))
+  if (!SQL_SUCCEEDED(rc)) {
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
+  }
   open_ = true;
   try {
     characters.requireSuited(about(connection_.get(), SQL_DRIVER_NAME));
@@ -81,38 +83,45 @@ void Session::readCapabilities() {
 }
 
 void Session::sendOpening() {
-  if (dialect_->opening.empty())
+  if (dialect_->opening.empty()) {
     return;
+  }
   const Waiting waiting(*this);
   std::string text = std::string(dialect_->opening) + std::to_string(timeLimit_);
   SQLHANDLE created = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
+  }
   const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
-  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)))
+  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS))) {
     throw erroreOdbc(SQL_HANDLE_STMT, created, password_,
                      "Preparazione della connessione alla base dati non riuscita.");
+  }
 }
 
 void Session::watch(const Sockets& before) {
-  if (dialect_->ends.empty())
+  if (dialect_->ends.empty()) {
     return;
+  }
   const Endpoints told = ends();
-  if (told.serverPort > 0 && told.clientPort > 0)
+  if (told.serverPort > 0 && told.clientPort > 0) {
     watchdog_ = Watchdog::over(told, before);
+  }
 }
 
 /// What the server does not tell, or tells as no number, is left out: the session goes on, without a watchdog.
 Endpoints Session::ends() const {
   SQLHANDLE created = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     return {};
+  }
   const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(dialect_->ends);
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
-      !SQL_SUCCEEDED(SQLFetch(created)))
+      !SQL_SUCCEEDED(SQLFetch(created))) {
     return {};
+  }
   const auto text = [&](SQLUSMALLINT column) {
     std::array<char, 256> value{};
     SQLLEN length = SQL_NULL_DATA;
@@ -133,8 +142,9 @@ Endpoints Session::ends() const {
 }
 
 ErroreRuntime Session::explained(ErroreRuntime error) const {
-  if (!watchdog_ || !watchdog_->struck())
+  if (!watchdog_ || !watchdog_->struck()) {
     return error;
+  }
   const auto seconds = timeLimit_ + static_cast<SQLULEN>(graceForAnswer.count());
   std::string sentence =
       "La base dati non ha risposto entro " + std::to_string(seconds) + " secondi: la connessione è stata chiusa.";
@@ -144,19 +154,22 @@ ErroreRuntime Session::explained(ErroreRuntime error) const {
 
 Waiting::Waiting(const Session& session) noexcept : watchdog_(session.watchdog_.get()) {
   const auto limit = std::chrono::seconds(static_cast<std::chrono::seconds::rep>(session.timeLimit_)) + graceForAnswer;
-  if (watchdog_ != nullptr && !watchdog_->enter(limit))
+  if (watchdog_ != nullptr && !watchdog_->enter(limit)) {
     watchdog_ = nullptr;
+  }
 }
 
 Waiting::~Waiting() {
-  if (watchdog_ != nullptr)
+  if (watchdog_ != nullptr) {
     watchdog_->leave();
+  }
 }
 
 void Session::requireOpen() const {
-  if (!open_)
+  if (!open_) {
     throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
                         "ODBC");
+  }
 }
 
 void Session::close() noexcept {
@@ -168,13 +181,16 @@ void Session::close() noexcept {
 }
 
 void Session::disconnect() noexcept {
-  for (Statement* statement : statements_)
+  for (Statement* statement : statements_) {
     statement->handle_.reset();
+  }
   statements_.clear();
-  if (!std::exchange(open_, false))
+  if (!std::exchange(open_, false)) {
     return;
-  if (std::exchange(inTransaction_, false))
+  }
+  if (std::exchange(inTransaction_, false)) {
     SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
+  }
   if (!SQL_SUCCEEDED(SQLDisconnect(connection_.get())) && dialect_ != nullptr && dialect_->isFile()) {
     endPhantomTransaction();
     SQLDisconnect(connection_.get());
@@ -187,8 +203,9 @@ void Session::disconnect() noexcept {
 /// transaction that is begun and taken back brings the two together again.
 void Session::endPhantomTransaction() noexcept {
   SQLHANDLE created = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     return;
+  }
   std::array<SQLCHAR, 6> begin{"BEGIN"};
   SQLExecDirect(created, begin.data(), SQL_NTS);
   SQLFreeHandle(SQL_HANDLE_STMT, created);
@@ -198,8 +215,9 @@ void Session::endPhantomTransaction() noexcept {
 Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(session)) {
   session_->requireOpen();
   SQLHANDLE created = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &created)))
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &created))) {
     throw erroreOdbc(SQL_HANDLE_DBC, session_->handle(), session_->password(), "Istruzione SQL non allocata.");
+  }
   handle_ = Handle<SQL_HANDLE_STMT>::adopt(created);
   // A driver that cannot do this says so here; its server is told once a connection, by its dialect.
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(session_->timeLimit()), SQL_IS_UINTEGER);
@@ -213,21 +231,24 @@ Statement::~Statement() {
 }
 
 void Statement::require(SQLRETURN rc, std::string_view context) const {
-  if (SQL_SUCCEEDED(rc))
+  if (SQL_SUCCEEDED(rc)) {
     return;
+  }
   session_->statementFailed();
   throw session_->explained(
       erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->isDead()));
 }
 
 void announce(std::string_view sql) {
-  if (const auto& told = servizi().istruzioneInviata)
+  if (const auto& told = servizi().istruzioneInviata) {
     told(sql);
+  }
 }
 
 std::int64_t affectedRows(const Statement& statement, SQLRETURN rc) {
-  if (rc == SQL_NO_DATA)
+  if (rc == SQL_NO_DATA) {
     return 0;
+  }
   SQLLEN rows = -1;
   return SQL_SUCCEEDED(SQLRowCount(statement.handle(), &rows)) ? static_cast<std::int64_t>(rows) : -1;
 }

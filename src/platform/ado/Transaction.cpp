@@ -45,16 +45,18 @@ ErroreRuntime unknown(const ErroreRuntime& cause, const char* sentence) {
 
 void Session::requireTransaction(const char* otherwise) const {
   requireOpen();
-  if (!inTransaction_)
+  if (!inTransaction_) {
     throw ErroreRuntime(numeri::ContestoNonValido, otherwise, "ODBC");
+  }
 }
 
 void Session::autocommit(bool on) {
   const Waiting waiting(*this);
   const SQLULEN value = on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
   const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(value), SQL_IS_UINTEGER);
-  if (!SQL_SUCCEEDED(rc))
+  if (!SQL_SUCCEEDED(rc)) {
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
+  }
 }
 
 SQLRETURN Session::endTransaction(SQLSMALLINT how) const noexcept {
@@ -64,8 +66,9 @@ SQLRETURN Session::endTransaction(SQLSMALLINT how) const noexcept {
 
 void Session::begin() {
   requireOpen();
-  if (inTransaction_)
+  if (inTransaction_) {
     throw ErroreRuntime(numeri::ContestoNonValido, "Una transazione è già in corso.", "ODBC");
+  }
   outcome_ = EsitoTransazione::NonApplicata;
   serverSession_.clear();
   autocommit(false);
@@ -89,17 +92,20 @@ void Session::commit() {
   }
   outcome_ = EsitoTransazione::Sconosciuta;
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(endTransaction(SQL_COMMIT)))
+  if (!SQL_SUCCEEDED(endTransaction(SQL_COMMIT))) {
     commitFailed(erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
+  }
   confirmCommit();
   outcome_ = EsitoTransazione::Applicata;
 }
 
 void Session::requireWholeTransaction() {
-  if (statementFailed_)
+  if (statementFailed_) {
     throw ErroreRuntime(errori::Driver, "Conferma non eseguita: un'istruzione della transazione è fallita.", "ODBC");
-  if (serverSession() == serverSession_)
+  }
+  if (serverSession() == serverSession_) {
     return;
+  }
   outcome_ = EsitoTransazione::Sconosciuta;
   throw ErroreRuntime(errori::Driver,
                       "La connessione è stata interrotta e riaperta dal driver durante le modifiche: l'esito è "
@@ -119,10 +125,12 @@ bool Session::isRefusal(const ErroreRuntime& error) const noexcept {
 void Session::commitFailed(ErroreRuntime error) {
   const bool refused = isRefusal(error);
   // SQLite keeps a transaction open whose COMMIT found the file busy.
-  if (refused || dialect_->isFile())
+  if (refused || dialect_->isFile()) {
     abandon();
-  if (!refused)
+  }
+  if (!refused) {
     throw explained(unknown(error, dialect_->isFile() ? unknownFile : unknownOutcome));
+  }
   outcome_ = EsitoTransazione::NonApplicata;
   throw std::move(error).ConEsito(outcome_);
 }
@@ -130,8 +138,9 @@ void Session::commitFailed(ErroreRuntime error) {
 void Session::confirmCommit() {
   try {
     autocommit(true);
-    if (!isDead() && serverSession() == serverSession_)
+    if (!isDead() && serverSession() == serverSession_) {
       return;
+    }
   } catch (const ErroreRuntime& error) {
     throw explained(unknown(error, unknownOutcome));
   }
@@ -141,8 +150,9 @@ void Session::confirmCommit() {
 void Session::rollback() {
   requireTransaction("Annullamento non consentito: nessuna transazione è in corso.");
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK)))
+  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK))) {
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
+  }
   autocommit(true);
   noticeReconnection();
 }
@@ -151,8 +161,9 @@ void Session::rollback() {
 /// connection go. Never back to autocommit with a transaction still open, because that would commit it.
 void Session::abandon() noexcept {
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK)))
+  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK))) {
     return;
+  }
   const Waiting waiting(*this);
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
   noticeReconnection();
@@ -161,15 +172,17 @@ void Session::abandon() noexcept {
 /// After a rollback: what another server session than the first one was told may be kept.
 void Session::noticeReconnection() noexcept {
   try {
-    if (!serverSession_.empty() && serverSession() != serverSession_)
+    if (!serverSession_.empty() && serverSession() != serverSession_) {
       outcome_ = EsitoTransazione::Sconosciuta;
+    }
   } catch (...) { // NOLINT(bugprone-empty-catch): the failure that led here is the one to report
   }
 }
 
 bool Session::isDead() const noexcept {
-  if (watchdog_ && watchdog_->struck())
+  if (watchdog_ && watchdog_->struck()) {
     return true;
+  }
   const Waiting waiting(*this);
   SQLUINTEGER dead = SQL_CD_FALSE;
   const SQLRETURN rc = SQLGetConnectAttr(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
@@ -179,13 +192,15 @@ bool Session::isDead() const noexcept {
 /// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
 /// that cannot be asked; SQLite is the caller's own process.
 std::string Session::serverSession() const {
-  if (dialect_->serverSession.empty())
+  if (dialect_->serverSession.empty()) {
     return {};
+  }
   constexpr const char* noAnswer = "La base dati non risponde.";
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created)))
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, noAnswer);
+  }
   const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(dialect_->serverSession);
@@ -193,8 +208,9 @@ std::string Session::serverSession() const {
   SQLLEN length = 0;
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
       !SQL_SUCCEEDED(SQLFetch(created)) ||
-      !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length)))
+      !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length))) {
     throw explained(erroreOdbc(SQL_HANDLE_STMT, created, password_, noAnswer));
+  }
   return identity.data();
 }
 

@@ -30,8 +30,9 @@ std::string columnName(std::string name) {
 /// Adds " AND column=?" with a value, or " AND column IS NULL".
 void addEqual(Sql& sql, const std::string& name, std::optional<std::string_view> value) {
   sql.text += " AND " + columnName(name) + (value ? "=?" : " IS NULL");
-  if (value)
+  if (value) {
     sql.parameters.emplace_back(*value);
+  }
 }
 
 Sql byKey(const Recordset::Impl& set, std::string_view key) {
@@ -43,8 +44,9 @@ Sql condition(const Recordset::Impl& set, std::string_view key) {
   Sql sql = byKey(set, key);
   for (const auto& [column, unused] : set.pending) {
     const auto original = set.rows.cell(set.current, column);
-    if (!original || set.comparable[column])
+    if (!original || set.comparable[column]) {
       addEqual(sql, set.names[column], original);
+    }
   }
   return sql;
 }
@@ -55,8 +57,9 @@ Sql assignments(const Recordset::Impl& set) {
   const char* separator = "";
   for (const auto& [column, value] : set.pending) {
     sql.text += std::exchange(separator, ",") + columnName(set.names[column]) + (value ? "=?" : "=NULL");
-    if (value)
+    if (value) {
       sql.parameters.push_back(*value);
+    }
   }
   return sql;
 }
@@ -82,15 +85,17 @@ std::int64_t holding(const std::shared_ptr<Session>& session, const Recordset::I
       wanted.emplace_back(*value);
     }
   }
-  if (wanted.empty())
+  if (wanted.empty()) {
     return count(session, set, where);
+  }
   const auto read =
       Prepared(session, "SELECT " + columns + " FROM " + set.table->tabella + where.text).execute(where.parameters);
   std::int64_t rows = 0;
   for (std::size_t row = 0; row < read.rows.rows(); ++row) {
     bool all = true;
-    for (std::size_t i = 0; i < wanted.size(); ++i)
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
       all = all && read.rows.cell(row, i + 1) == wanted[i];
+    }
     rows += all ? 1 : 0;
   }
   return rows;
@@ -101,10 +106,12 @@ std::int64_t holding(const std::shared_ptr<Session>& session, const Recordset::I
 }
 
 void requireOneRow(std::int64_t affected) {
-  if (affected > 1)
+  if (affected > 1) {
     refuse("La modifica riguarda più di una riga della tabella: non è stata registrata.");
-  if (affected < 0)
+  }
+  if (affected < 0) {
     refuse("Il driver non dice quante righe sono state modificate: la modifica non è stata registrata.");
+  }
 }
 
 /// An UPDATE that counted no row: some drivers count only the rows whose values became different, and a trigger or
@@ -113,10 +120,12 @@ void requireHeld(const std::shared_ptr<Session>& session, const Recordset::Impl&
                  const Sql& where) {
   const std::int64_t rows = holding(session, set, key);
   requireOneRow(rows);
-  if (rows == 1)
+  if (rows == 1) {
     return;
-  if (count(session, set, where) > 0)
+  }
+  if (count(session, set, where) > 0) {
     refuseDroppedChange();
+  }
   refuse("La riga è stata modificata o eliminata da un altro terminale: la modifica non è stata registrata.");
 }
 
@@ -125,22 +134,25 @@ void requireHeld(const std::shared_ptr<Session>& session, const Recordset::Impl&
 class OwnTransaction {
  public:
   explicit OwnTransaction(Session& session) : session_(session), own_(!session.inTransaction()) {
-    if (own_)
+    if (own_) {
       session_.begin();
+    }
   }
   OwnTransaction(const OwnTransaction&) = delete;
   OwnTransaction& operator=(const OwnTransaction&) = delete;
   ~OwnTransaction() {
-    if (!own_ || !session_.inTransaction())
+    if (!own_ || !session_.inTransaction()) {
       return;
+    }
     try {
       session_.rollback();
     } catch (const ErroreRuntime&) { // NOLINT(bugprone-empty-catch): the failure in flight is the one to report
     }
   }
   void commit() {
-    if (own_)
+    if (own_) {
       session_.commit();
+    }
   }
 
  private:
@@ -152,12 +164,14 @@ class OwnTransaction {
 
 void Recordset::Impl::sendChanges() {
   const auto alive = session.lock();
-  if (!alive || !alive->isOpen())
+  if (!alive || !alive->isOpen()) {
     throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
                         "ODBC");
+  }
   const auto key = rows.cell(current, keyColumn);
-  if (!key)
+  if (!key) {
     throw ErroreRuntime(numeri::ContestoNonValido, "La riga corrente non ha chiave e non si può modificare.", "ODBC");
+  }
   const Sql where = condition(*this, *key);
   Sql update = assignments(*this);
   update.text += where.text;
@@ -165,10 +179,11 @@ void Recordset::Impl::sendChanges() {
 
   OwnTransaction transaction(*alive);
   const std::int64_t affected = Prepared(alive, update.text).execute(update.parameters).affected;
-  if (affected == 0)
+  if (affected == 0) {
     requireHeld(alive, *this, *key, where);
-  else
+  } else {
     requireOneRow(affected);
+  }
   transaction.commit();
 }
 
@@ -179,8 +194,9 @@ void refuseDroppedChange() {
 
 void Recordset::Impl::takeChanges() {
   std::vector<std::optional<std::string_view>> cells(names.size());
-  for (std::size_t i = 0; i < cells.size(); ++i)
+  for (std::size_t i = 0; i < cells.size(); ++i) {
     cells[i] = value(i);
+  }
   rows.replace(current, cells);
   pending.clear();
 }

@@ -43,8 +43,9 @@ std::string normalized(const std::string& text) {
   in6_addr address{};
   std::array<char, INET6_ADDRSTRLEN> name{};
   for (const int family : {AF_INET, AF_INET6}) {
-    if (inet_pton(family, text.c_str(), &address) != 1)
+    if (inet_pton(family, text.c_str(), &address) != 1) {
       continue;
+    }
     inet_ntop(family, &address, name.data(), name.size());
     std::string result = name.data();
     const bool isMapped = result.starts_with(mapped) && result.find('.') != std::string::npos;
@@ -56,8 +57,9 @@ std::string normalized(const std::string& text) {
 template <typename Ask> std::optional<End> endOf(int descriptor, Ask ask) {
   sockaddr_storage storage{};
   socklen_t length = sizeof storage;
-  if (ask(descriptor, reinterpret_cast<sockaddr*>(&storage), &length) != 0)
+  if (ask(descriptor, reinterpret_cast<sockaddr*>(&storage), &length) != 0) {
     return std::nullopt;
+  }
   std::array<char, INET6_ADDRSTRLEN> name{};
   End end;
   if (storage.ss_family == AF_INET) {
@@ -89,8 +91,9 @@ std::optional<ino_t> streamSocket(int descriptor) {
   int type = 0;
   socklen_t length = sizeof type;
   if (fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode) ||
-      getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &length) != 0 || type != SOCK_STREAM)
+      getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &length) != 0 || type != SOCK_STREAM) {
     return std::nullopt;
+  }
   return status.st_ino;
 }
 
@@ -98,29 +101,34 @@ std::optional<Identity> identityOf(int descriptor) {
   const auto inode = streamSocket(descriptor);
   const auto local = inode ? endOf(descriptor, getsockname) : std::nullopt;
   const auto peer = local ? endOf(descriptor, getpeername) : std::nullopt;
-  if (!peer)
+  if (!peer) {
     return std::nullopt;
+  }
   return Identity{*inode, *local, *peer};
 }
 
 void forEachDescriptor(const std::function<void(int)>& look) {
   DIR* const directory = opendir("/proc/self/fd");
-  if (directory == nullptr)
+  if (directory == nullptr) {
     return;
+  }
   while (const dirent* const entry = readdir(directory)) { // NOLINT(concurrency-mt-unsafe): the directory is ours alone
     char* end = nullptr;
     const long descriptor = std::strtol(entry->d_name, &end, 10);
-    if (end != entry->d_name && *end == '\0')
+    if (end != entry->d_name && *end == '\0') {
       look(static_cast<int>(descriptor));
+    }
   }
   closedir(directory);
 }
 
 bool agrees(const End& end, const std::string& address, int port) {
-  if (end.port != port)
+  if (end.port != port) {
     return false;
-  if (address == "localhost")
+  }
+  if (address == "localhost") {
     return end.address.starts_with("127.") || end.address == "::1";
+  }
   const std::string known = normalized(address);
   return known.empty() || known == end.address;
 }
@@ -130,8 +138,9 @@ bool agrees(const End& end, const std::string& address, int port) {
 Sockets openSockets() {
   Sockets sockets;
   forEachDescriptor([&](int descriptor) {
-    if (const auto inode = streamSocket(descriptor))
+    if (const auto inode = streamSocket(descriptor)) {
       sockets.insert(*inode);
+    }
   });
   return sockets;
 }
@@ -150,8 +159,9 @@ struct Watchdog::Shared {
   /// else is given its number.
   void strike() {
     const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
-    if (copy < 0)
+    if (copy < 0) {
       return;
+    }
     if (identityOf(copy) == identity) {
       shutdown(copy, SHUT_RDWR);
       struck = true;
@@ -162,8 +172,9 @@ struct Watchdog::Shared {
   void look() {
     std::int64_t due = deadline;
     if (due <= idle || Clock::now().time_since_epoch().count() < due ||
-        !deadline.compare_exchange_strong(due, striking))
+        !deadline.compare_exchange_strong(due, striking)) {
       return;
+    }
     strike();
     deadline = done;
   }
@@ -184,8 +195,9 @@ std::unique_ptr<Watchdog> Watchdog::over(const Endpoints& ends, const Sockets& b
         shared->identity = *identity;
       }
     });
-    if (found.size() != 1)
+    if (found.size() != 1) {
       return nullptr;
+    }
     std::unique_ptr<Watchdog> watchdog(new Watchdog(std::move(shared)));
     sigset_t all;
     sigset_t former;
@@ -200,8 +212,9 @@ std::unique_ptr<Watchdog> Watchdog::over(const Endpoints& ends, const Sockets& b
 }
 
 Watchdog::~Watchdog() {
-  if (!running_)
+  if (!running_) {
     return;
+  }
   if (process_ != getpid()) {
     // A forked child has no such thread, and what the thread waits on cannot be destroyed there.
     static_cast<void>(shared_.release());
@@ -218,8 +231,9 @@ Watchdog::~Watchdog() {
 void* Watchdog::run(void* shared) noexcept {
   auto& mine = *static_cast<Shared*>(shared);
   std::unique_lock lock(mine.mutex);
-  while (!mine.ended.wait_for(lock, step, [&] { return mine.ending; }))
+  while (!mine.ended.wait_for(lock, step, [&] { return mine.ending; })) {
     mine.look();
+  }
   return nullptr;
 }
 
@@ -232,10 +246,11 @@ bool Watchdog::enter(std::chrono::milliseconds limit) noexcept {
 void Watchdog::leave() noexcept {
   for (;;) {
     std::int64_t due = shared_->deadline;
-    if (due == striking && process_ == getpid())
+    if (due == striking && process_ == getpid()) {
       sched_yield();
-    else if (shared_->deadline.compare_exchange_strong(due, idle))
+    } else if (shared_->deadline.compare_exchange_strong(due, idle)) {
       return;
+    }
   }
 }
 
