@@ -10,6 +10,7 @@ git ls-files -co --exclude-standard -z -- '*.cpp' '*.hpp' '*.h' | xargs -0 clang
 python3 scripts/controlla_strati.py --autoverifica && python3 scripts/controlla_strati.py || esito=1
 python3 scripts/check_renaming.py --self-test || esito=1
 python3 scripts/check_names.py --self-test && python3 scripts/check_names.py || esito=1
+python3 scripts/check_absences.py --self-test && python3 scripts/check_absences.py || esito=1
 python3 scripts/check_docs.py --self-test && python3 scripts/check_docs.py || esito=1
 
 mapfile -t script < <(git ls-files -co --exclude-standard -- '*.sh' .ci/run)
