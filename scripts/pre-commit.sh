@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The cheap checks on what is about to be committed, exactly as it is staged: the format of the staged C++ files,
-# shellcheck on the staged scripts, and over the whole tree floors, names, absences and pages. As a git hook: see
+# The cheap checks on what is about to be committed, exactly as it is staged: the format of the staged C++
+# files, the staged scripts by shellcheck, and over the whole tree floors, names, absences and pages. As a git hook: see
 # CONTRIBUTING.md.
 set -uo pipefail
 cd "$(git rev-parse --show-toplevel)" || exit 1
