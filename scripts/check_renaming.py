@@ -4,9 +4,10 @@
 Usage: check_renaming.py OLD NEW | --self-test
 
 Every C++ file of OLD must stand in NEW, under its own name or another, with the same tokens but for identifiers, which
-change by one mapping a file; the string literals of src/ and app/ must be the same, and the tests as many. Comments,
-blanks, the names of included files and the order of includes and of using-declarations don't count, since a longer name
-moves them. What isn't C++ is listed for reading: no script can tell its names from its texts.
+change by one mapping a file; the string literals of src/ and app/ must be the same, and the tests as many. A member that
+is reached through an object, and a name that is called, may be called like a variable, so each role has a mapping of its
+own. Comments, blanks, the names of included files and the order of includes and of using-declarations don't count, since
+a longer name moves them. What isn't C++ is listed for reading: no script can tell its names from its texts.
 """
 import collections
 import re
@@ -63,6 +64,23 @@ def marked_tests(stream):
     return marked
 
 
+def with_roles(stream):
+    """Tells names by their role: what follows a dot, an arrow or a scope, and what a parenthesis follows."""
+    result = []
+    for place, (kind, text) in enumerate(stream):
+        if kind == "name":
+            before = "".join(text for _, text in stream[max(0, place - 2):place])
+            if before.endswith((".", "->", "::")):
+                kind = "member"
+            if place + 1 < len(stream) and stream[place + 1][1] == "(":
+                kind += " called"
+        result.append((kind, text))
+    return result
+
+
+NAMES = ("test", "name", "member", "name called", "member called")
+
+
 class Source:
     """What counts of one file: tokens without comments, and apart what the formatter may put into another order."""
 
@@ -73,7 +91,8 @@ class Source:
         kept = joined_literals([token for token in kept if token[0] != "include"])
         self.literals = [t for k, t in kept if k in ("string", "raw")]
         self.tests = sum(1 for k, t in kept if k == "name" and t in TEST_MACROS)
-        self.stream, self.usings = self.without_usings(marked_tests(kept))
+        rest, self.usings = self.without_usings(marked_tests(kept))
+        self.stream = with_roles(rest)
 
     @staticmethod
     def without_usings(stream):
@@ -95,7 +114,8 @@ class Source:
 
 def using_difference(old, new, mapping):
     """Why the using-declarations differ by more than `mapping`; None where they don't."""
-    renamed = collections.Counter(" ".join(mapping.get(("name", word), word) for word in words) for words in old)
+    plain = {text: now for (kind, text), now in mapping.items() if kind != "test"}
+    renamed = collections.Counter(" ".join(plain.get(word, word) for word in words) for words in old)
     present = collections.Counter(" ".join(words) for words in new)
     gone, come = list((renamed - present).elements()), list((present - renamed).elements())
     if sorted(len(words.split()) for words in gone) != sorted(len(words.split()) for words in come):
@@ -110,7 +130,7 @@ def file_difference(old_text, new_text):
     for place, (was, now) in enumerate(zip(old.stream, new.stream)):
         if was[0] != now[0]:
             return f"token {place}: {was[1]} -> {now[1]}", {}
-        if was[0] not in ("name", "test"):
+        if was[0] not in NAMES:
             if was[1] != now[1]:
                 return f"token {place}: {was[1]} -> {now[1]}", {}
             continue
@@ -188,11 +208,13 @@ def moves_between(old, new):
 def self_test():
     """Plants what is more than a name, and demands that it is found; a true renaming must pass."""
     old = {
-        "src/a.cpp": '#include "b.hpp"\n#include <string>\nusing std::string;\nint esito = somma("uno" "due", \'"\', 1\'000);\n',
+        "src/a.cpp": '#include "b.hpp"\n#include <string>\nusing std::string;\n'
+                     'int esito = somma("uno" "due", \'"\', 1\'000), altro;\n',
         "tests/a_test.cpp": "class Lock : T {};\nTEST_F(Lock, Regge) { Lock2 lock; }\n",
     }
     renamed = {
-        "src/c.cpp": '#include <string>\n#include "z.hpp"\n// why\nusing std::string;\nint outcome =\n sum("unodue", \'"\', 1\'000);\n',
+        "src/c.cpp": '#include <string>\n#include "z.hpp"\n// why\nusing std::string;\n'
+                     'int outcome =\n sum("unodue", \'"\', 1\'000), other;\n',
         "tests/a_test.cpp": "class Turn : T {};\nTEST_F(Turn, Holds) { Lock2 lock; }\n",
     }
     planted = [
@@ -200,7 +222,7 @@ def self_test():
         ("a character", "src/c.cpp", "'\"'", "'x'"),
         ("a number", "src/c.cpp", "1'000", "1'001"),
         ("a token", "src/c.cpp", "sum(", "sum(!"),
-        ("a merged name", "src/c.cpp", "sum(", "outcome("),
+        ("a merged name", "src/c.cpp", "other;", "outcome;"),
         ("an include", "src/c.cpp", "<string>", "<vector>"),
         ("a using-declaration", "src/c.cpp", "using std::string;", ""),
         ("a split name", "tests/a_test.cpp", "TEST_F(Turn", "TEST_F(Other"),
@@ -237,7 +259,8 @@ def main(arguments):
         print(why)
     for path in others:
         print(f"da leggere: {path}")
-    print(f"{len(old)} file, {len(moves)} con altro nome, {len(names)} nomi cambiati, {len(differences)} altre differenze")
+    print(f"{len(old)} file, {len(moves)} con altro nome, {len(names)} nomi cambiati, "
+          f"{len(differences)} altre differenze")
     return 1 if differences or not old else 0
 
 
