@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
 """Shows that the commits between two states of the tree only rename.
 
-Usage: check_renaming.py OLD NEW | --self-test
+Usage: check_renaming.py OLD NEW [PATH:NAME...] | --self-test
 
 Every C++ file of OLD must stand in NEW, under its own name or another, with the same tokens but for identifiers, which
-change by one mapping a file; the string literals of src/ and app/ must be the same, and the tests as many. A member that
-is reached through an object, and a name that is called, may be called like a variable, so each role has a mapping of its
-own. Comments, blanks, the names of included files and the order of includes and of using-declarations don't count, since
-a longer name moves them. What isn't C++ is listed for reading: no script can tell its names from its texts.
+change by one mapping a file; the string literals of src/ and app/ must be the same, and the tests as many. A member
+that is reached through an object, and a name that is called, may be called like a variable, so each role has a mapping
+of its own. Where one name stood for two things of a role, and only one of them has another name now, somebody has to
+read the file; PATH:NAME (as in OLD) says that somebody has. Comments, blanks, the names of included files and the order
+of includes and of using-declarations don't count, since a longer name moves them. What isn't C++ is listed for reading:
+no script can tell its names from its texts.
 """
 import collections
 import re
@@ -81,6 +83,11 @@ def with_roles(stream):
 NAMES = ("test", "name", "member", "name called", "member called")
 
 
+def shape(text):
+    """What is the same of a file before and after a renaming, to find it under another name."""
+    return tuple(("", kind) if kind in NAMES else (text, kind) for kind, text in Source(text).stream)
+
+
 class Source:
     """What counts of one file: tokens without comments, and apart what the formatter may put into another order."""
 
@@ -123,7 +130,7 @@ def using_difference(old, new, mapping):
     return None
 
 
-def file_difference(old_text, new_text):
+def file_difference(old_text, new_text, homonyms=()):
     """Why the two texts differ by more than names, or None; and the names that changed."""
     old, new = Source(old_text), Source(new_text)
     mapping, back = {}, {}
@@ -134,6 +141,8 @@ def file_difference(old_text, new_text):
             if was[1] != now[1]:
                 return f"token {place}: {was[1]} -> {now[1]}", {}
             continue
+        if was[1] in homonyms and now[1] != was[1]:
+            was = (was[0], f"the other {was[1]}")
         if mapping.setdefault(was, now[1]) != now[1]:
             return f"{was[1]} becomes {mapping[was]} and {now[1]}", {}
         if back.setdefault((was[0], now[1]), was[1]) != was[1]:
@@ -157,9 +166,23 @@ def literals_and_tests(tree):
     return literals, tests
 
 
-def compare(old, new, moves):
-    """All differences that are more than names, and the names that changed; `moves` holds old path -> new path."""
-    differences, names = [], collections.Counter()
+def moves_between(old, new):
+    """Old path -> new path of the files that have another name in `new`."""
+    gone, come = sorted(set(old) - set(new)), sorted(set(new) - set(old))
+    shapes = collections.defaultdict(list)
+    for path in come:
+        shapes[shape(new[path])].append(path)
+    moves = {}
+    for path in gone:
+        candidates = shapes[shape(old[path])]
+        if candidates:
+            moves[path] = candidates.pop(0)
+    return moves
+
+
+def compare(old, new, homonyms=()):
+    """All differences that are more than names, the names that changed, and the moves."""
+    differences, names, moves = [], collections.Counter(), moves_between(old, new)
     for path in sorted(set(new) - set(moves.values()) - set(old)):
         differences.append(f"{path}: is new")
     for path in sorted(old):
@@ -167,7 +190,8 @@ def compare(old, new, moves):
         if target not in new:
             differences.append(f"{path}: is gone")
         elif old[path] != new[target]:
-            why, changed = file_difference(old[path], new[target])
+            read = {name for place, name in (homonym.split(":") for homonym in homonyms) if place == path}
+            why, changed = file_difference(old[path], new[target], read)
             names.update(changed.items())
             if why:
                 differences.append(f"{path}: {why}")
@@ -178,7 +202,7 @@ def compare(old, new, moves):
         differences.append(f"literal come: {literal}")
     if old_tests != new_tests:
         differences.append(f"{old_tests} tests become {new_tests}")
-    return differences, names
+    return differences, names, moves
 
 
 def git(*arguments):
@@ -190,19 +214,10 @@ def sources_at(commit):
     return {path: git("show", f"{commit}:{path}") for path in paths}
 
 
-def moves_between(old, new):
-    """The files that have another name in `new`, and those that aren't C++ and changed."""
-    moves, others = {}, []
-    fields = git("diff", "--name-status", "-z", "-M40%", "-l0", old, new).split("\0")
-    while fields and fields[0]:
-        status = fields.pop(0)
-        path = fields.pop(0)
-        target = fields.pop(0) if status[0] == "R" else path
-        if not SOURCE.search(target):
-            others.append(target)
-        elif target != path:
-            moves[path] = target
-    return moves, others
+def others_between(old, new):
+    """The files that aren't C++ and changed."""
+    paths = git("diff", "--name-only", "--no-renames", "--diff-filter=d", "-z", old, new).split("\0")
+    return [path for path in paths if path and not SOURCE.search(path)]
 
 
 def self_test():
@@ -229,15 +244,18 @@ def self_test():
         ("a test gone", "tests/a_test.cpp", "TEST_F(Turn, Holds) { Lock2 lock; }", ""),
         ("a lost file", "src/c.cpp", None, None),
     ]
-    moves = {"src/a.cpp": "src/c.cpp"}
-    failed = [f"a renaming is refused: {why}" for why in compare(old, renamed, moves)[0]]
+    failed = [f"a renaming is refused: {why}" for why in compare(old, renamed)[0]]
+    split = {**renamed, "src/c.cpp": renamed["src/c.cpp"].replace("other", "outcome2, altro")}
+    twice = {**old, "src/a.cpp": old["src/a.cpp"].replace("altro", "altro, altro")}
+    if not compare(twice, split)[0] or compare(twice, split, ["src/a.cpp:altro"])[0]:
+        failed.append("a homonym passes unread, or is refused though it was read")
     for what, path, text, other in planted:
         tree = dict(renamed)
         if text is None:
             del tree[path]
         else:
             tree[path] = tree[path].replace(text, other)
-        if not compare(old, tree, moves)[0]:
+        if not compare(old, tree)[0]:
             failed.append(f"{what} passes")
     for why in failed:
         print(f"check_renaming: {why}")
@@ -249,15 +267,14 @@ def self_test():
 def main(arguments):
     if arguments == ["--self-test"]:
         return self_test()
-    if len(arguments) != 2:
+    if len(arguments) < 2:
         print(__doc__)
         return 2
-    moves, others = moves_between(*arguments)
     old, new = sources_at(arguments[0]), sources_at(arguments[1])
-    differences, names = compare(old, new, moves)
+    differences, names, moves = compare(old, new, arguments[2:])
     for why in differences:
         print(why)
-    for path in others:
+    for path in others_between(*arguments[:2]):
         print(f"da leggere: {path}")
     print(f"{len(old)} file, {len(moves)} con altro nome, {len(names)} nomi cambiati, "
           f"{len(differences)} altre differenze")
