@@ -19,6 +19,8 @@ INTERFACCE = {
     "platform/xml/Nodo.hpp": "platform",
 }
 ADATTATORI = {"ado", "nexaro", "xml", "qt"}
+# What everything may see and what sees nothing: it could stand in any program.
+BASE = "platform/base/"
 RADICE_COMPOSIZIONE = "src/Composizione.cpp"
 # The one file of an adapter that chooses between its rooms (the folders in it). Otherwise a room sees itself and what
 # stands beside the rooms, and what stands beside them sees none.
@@ -66,6 +68,8 @@ def errore_interno(file, incluso):
         return f"a file outside the floors may include nothing of them (only {RADICE_COMPOSIZIONE} may)"
     if PIANI.index(verso) < PIANI.index(da):
         return f"an arrow upwards: {da} -> {verso}"
+    if file.startswith("src/" + BASE) and not incluso.startswith(BASE):
+        return f"{BASE} sees itself alone"
     if verso_adattatore is None:
         return None
     if verso_adattatore == da_adattatore:
@@ -121,6 +125,7 @@ def autoverifica():
         "src/common/Dati.cpp": '#include "platform/ado/Ado.hpp"\n',
         "src/database/Dati.cpp": '#include "platform/ado/Ado.hpp"\n#include "platform/ado/Handles.hpp"\n',
         "src/platform/xml/Nodo.cpp": '#include <pugixml.hpp>\n#include "common/Dati.hpp"\n',
+        "src/platform/base/Testo.cpp": '#include "platform/base/Testo.hpp"\n#include "platform/Errore.hpp"\n',
         "src/platform/nexaro/Trasporto.cpp": '#include "platform/nexaro/ssh/A.hpp"\n#include <libssh/libssh.h>\n',
         "src/platform/nexaro/File.cpp": '#include "platform/nexaro/File.hpp"\n#include "platform/nexaro/ssh/A.hpp"\n',
         "src/platform/nexaro/ssh/A.cpp":
@@ -134,7 +139,7 @@ def autoverifica():
         ("src/host/Salita.cpp", 2), ("src/screens/Finestra.cpp", 1), ("src/common/Dati.cpp", 1),
         ("src/database/Dati.cpp", 2), ("src/platform/xml/Nodo.cpp", 2), ("src/database/Lettura.cpp", 1),
         ("src/platform/nexaro/Trasporto.cpp", 2), ("src/platform/nexaro/File.cpp", 2),
-        ("src/platform/nexaro/ssh/A.cpp", 3),
+        ("src/platform/nexaro/ssh/A.cpp", 3), ("src/platform/base/Testo.cpp", 2),
         ("src/handlers/Vicino.cpp", 1), ("app/lumoscad.cpp", 2), ("app/Processo.cpp", 2),
     }
     with tempfile.TemporaryDirectory() as cartella:

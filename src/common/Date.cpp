@@ -3,6 +3,7 @@
 #include "common/Utilities.hpp"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
+#include "platform/base/Utf8.hpp"
 
 #include <algorithm>
 #include <array>
@@ -90,7 +91,7 @@ std::string DataErrata(std::string_view testo) {
 std::vector<std::size_t> InizioCaratteri(std::string_view testo) {
   std::vector<std::size_t> inizi;
   for (std::size_t i = 0; i < testo.size(); ++i) {
-    if ((static_cast<unsigned char>(testo[i]) & 0xC0U) != 0x80U) {
+    if (base::BeginsCharacter(testo[i])) {
       inizi.push_back(i);
     }
   }

@@ -4,6 +4,7 @@
 #include "platform/Controlli.hpp"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
+#include "platform/base/Utf8.hpp"
 
 #include <algorithm>
 #include <array>
@@ -16,10 +17,6 @@ namespace lumoscad {
 namespace {
 
 constexpr std::size_t MassimoDelBox = 32U << 10U; // bytes
-
-bool IniziaUnCarattere(char c) {
-  return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-}
 
 std::string ConPunti(std::ptrdiff_t numero) {
   std::string cifre = std::to_string(numero);
@@ -40,11 +37,11 @@ std::string PerIlBox(std::string_view testo, std::string_view frase) {
   }
   const std::size_t massimo = MassimoDelBox - coda;
   std::size_t taglio = massimo;
-  while (taglio > massimo - 4 && !IniziaUnCarattere(testo[taglio])) {
+  while (taglio > massimo - 4 && !base::BeginsCharacter(testo[taglio])) {
     --taglio;
   }
   const auto mancano =
-      std::count_if(testo.begin() + static_cast<std::ptrdiff_t>(taglio), testo.end(), IniziaUnCarattere);
+      std::count_if(testo.begin() + static_cast<std::ptrdiff_t>(taglio), testo.end(), base::BeginsCharacter);
   std::string mostrato(testo.substr(0, taglio));
   mostrato += mancano == 1 ? "\r\n[... manca un altro carattere]"
                            : "\r\n[... mancano altri " + ConPunti(mancano) + " caratteri]";

@@ -1,19 +1,14 @@
 #include "common/Testo.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/base/AsciiCase.hpp"
+#include "platform/base/Utf8.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <system_error>
 
 namespace lumoscad {
-namespace {
-
-bool IniziaCarattere(char c) noexcept {
-  return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-}
-
-} // namespace
 
 bool MaggioreDiSpazio(std::string_view testo) noexcept {
   return std::any_of(testo.begin(), testo.end(), [](char c) { return static_cast<unsigned char>(c) > ' '; });
@@ -32,13 +27,7 @@ std::string_view SenzaSpaziAiLati(std::string_view testo) noexcept {
 }
 
 std::string Maiuscolo(std::string_view testo) {
-  std::string maiuscolo(testo);
-  for (char& c : maiuscolo) {
-    if (c >= 'a' && c <= 'z') {
-      c = static_cast<char>(c - 'a' + 'A');
-    }
-  }
-  return maiuscolo;
+  return base::UpperCase(testo);
 }
 
 std::vector<std::string> Dividi(std::string_view testo, char separatore) {
@@ -55,8 +44,8 @@ std::vector<std::string> Dividi(std::string_view testo, char separatore) {
 
 std::string_view Primi(std::string_view testo, std::size_t quanti) noexcept {
   std::size_t fine = 0;
-  while (fine < testo.size() && (quanti > 0 || !IniziaCarattere(testo[fine]))) {
-    quanti -= IniziaCarattere(testo[fine]) ? 1U : 0U;
+  while (fine < testo.size() && (quanti > 0 || !base::BeginsCharacter(testo[fine]))) {
+    quanti -= base::BeginsCharacter(testo[fine]) ? 1U : 0U;
     ++fine;
   }
   return testo.substr(0, fine);
@@ -66,7 +55,7 @@ std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept {
   std::size_t inizio = testo.size();
   while (inizio > 0 && quanti > 0) {
     --inizio;
-    quanti -= IniziaCarattere(testo[inizio]) ? 1U : 0U;
+    quanti -= base::BeginsCharacter(testo[inizio]) ? 1U : 0U;
   }
   return testo.substr(inizio);
 }

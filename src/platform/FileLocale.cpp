@@ -1,7 +1,10 @@
 #include "platform/FileLocale.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/base/Descriptor.hpp"
+#include "platform/base/SystemError.hpp"
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,60 +13,23 @@
 namespace lumoscad {
 namespace {
 
-/// A file descriptor that closes itself.
-class Descrittore {
- public:
-  explicit Descrittore(int numero) : numero_(numero) {}
-  Descrittore(const Descrittore&) = delete;
-  Descrittore& operator=(const Descrittore&) = delete;
-  ~Descrittore() {
-    if (numero_ >= 0) {
-      ::close(numero_);
-    }
-  }
-  [[nodiscard]] int Numero() const { return numero_; }
-  /// Closes now and tells whether that went well: a full disk may show only here.
-  [[nodiscard]] bool Chiudi() {
-    const int numero = numero_;
-    numero_ = -1;
-    return ::close(numero) == 0;
-  }
-
- private:
-  int numero_;
-};
+// They speak of the place that the file was to have, which a name for every failure could not.
+constexpr auto Motivi = std::to_array<base::SystemErrorName>({
+    {EACCES, "permesso negato"},
+    {EPERM, "permesso negato"},
+    {ENOENT, "percorso inesistente"},
+    {ENOSPC, "spazio esaurito"},
+    {EDQUOT, "spazio esaurito"},
+    {EROFS, "disco in sola lettura"},
+    {ELOOP, "al suo posto c'è un collegamento simbolico"},
+    {EISDIR, "al suo posto c'è una cartella"},
+    {EEXIST, "un altro programma ne ha messo uno al suo posto"},
+});
 
 [[noreturn]] void Fallito(std::string_view azione, const std::string& percorso, int errore) {
-  std::string motivo = "errore di sistema " + std::to_string(errore);
-  switch (errore) {
-  case EACCES:
-  case EPERM:
-    motivo = "permesso negato";
-    break;
-  case ENOENT:
-    motivo = "percorso inesistente";
-    break;
-  case ENOSPC:
-  case EDQUOT:
-    motivo = "spazio esaurito";
-    break;
-  case EROFS:
-    motivo = "disco in sola lettura";
-    break;
-  case ELOOP:
-    motivo = "al suo posto c'è un collegamento simbolico";
-    break;
-  case EISDIR:
-    motivo = "al suo posto c'è una cartella";
-    break;
-  case EEXIST:
-    motivo = "un altro programma ne ha messo uno al suo posto";
-    break;
-  default:
-    break;
-  }
   throw ErroreRuntime(errore == ENOENT ? errori::FileNonTrovato : errori::AccessoAlFile,
-                      "Impossibile " + std::string(azione) + " il file locale " + percorso + ": " + motivo);
+                      "Impossibile " + std::string(azione) + " il file locale " + percorso + ": " +
+                          base::SystemErrorText(errore, Motivi));
 }
 
 /// Removes what stands at `percorso`, be it a file of someone else or a pipe that nobody reads; a link and a directory
@@ -85,11 +51,11 @@ void FaiPosto(const std::string& percorso) {
 }
 
 /// The first bytes of an open file, and one more where it is longer.
-std::string Inizio(const Descrittore& file, const std::string& percorso) {
+std::string Inizio(const base::Descriptor& file, const std::string& percorso) {
   std::string inizio(MassimoLetto + 1, '\0');
   std::size_t quanti = 0;
   while (quanti < inizio.size()) {
-    const auto letti = ::read(file.Numero(), inizio.data() + quanti, inizio.size() - quanti);
+    const auto letti = ::read(file.Number(), inizio.data() + quanti, inizio.size() - quanti);
     if (letti < 0 && errno == EINTR) {
       continue;
     }
@@ -133,12 +99,12 @@ void ScriviFileLocale(const std::string& percorso, std::string_view contenuto) {
   constexpr mode_t privato = S_IRUSR | S_IWUSR;
   RichiediPercorso("creare", percorso);
   FaiPosto(percorso);
-  Descrittore file(::open(percorso.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privato));
-  if (file.Numero() < 0 || ::fchmod(file.Numero(), privato) != 0) {
+  base::Descriptor file(::open(percorso.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, privato));
+  if (file.Number() < 0 || ::fchmod(file.Number(), privato) != 0) {
     Fallito("creare", percorso, errno);
   }
   while (!contenuto.empty()) {
-    const auto scritti = ::write(file.Numero(), contenuto.data(), contenuto.size());
+    const auto scritti = ::write(file.Number(), contenuto.data(), contenuto.size());
     if (scritti < 0 && errno == EINTR) {
       continue;
     }
@@ -147,7 +113,7 @@ void ScriviFileLocale(const std::string& percorso, std::string_view contenuto) {
     }
     contenuto.remove_prefix(static_cast<std::size_t>(scritti));
   }
-  if (!file.Chiudi()) {
+  if (file.Close() != 0) {
     Fallito("scrivere", percorso, errno);
   }
 }
@@ -155,9 +121,9 @@ void ScriviFileLocale(const std::string& percorso, std::string_view contenuto) {
 InizioLocale LeggiInizioLocale(const std::string& percorso) {
   RichiediPercorso("leggere", percorso);
   // Without waiting: a pipe in the file's place must not hold the caller up.
-  const Descrittore file(::open(percorso.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  const base::Descriptor file(::open(percorso.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat stato {};
-  if (file.Numero() < 0 || ::fstat(file.Numero(), &stato) != 0) {
+  if (file.Number() < 0 || ::fstat(file.Number(), &stato) != 0) {
     Fallito("leggere", percorso, errno);
   }
   if (!S_ISREG(stato.st_mode)) {

@@ -1,5 +1,7 @@
 #include "screens/RigheGriglia.hpp"
 
+#include "platform/base/AsciiCase.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -15,7 +17,7 @@ constexpr std::size_t DimensioneBlocco = std::size_t{64} * 1024;
 constexpr std::size_t PostiIniziali = 1024;
 
 unsigned char Minuscola(char c) {
-  return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  return static_cast<unsigned char>(base::LowerCase(c));
 }
 
 bool Precede(std::string_view a, std::string_view b) {

@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, AdoPostgres, testing::Values("postgres"));
 
 TEST_P(AdoPostgres, WaitsForASilentServerNoLongerThanTheConnectionTextSays) {
   const auto silent = prova::Ascolta();
-  ASSERT_TRUE(silent.Aperto());
+  ASSERT_TRUE(silent.Opened());
   Connection connection;
   connection.ConnectionString = test::connectionText(test::postgres().addSource("prove", prova::PortaDi(silent)),
                                                      database_->user, database_->password) +

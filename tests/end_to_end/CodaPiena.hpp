@@ -19,9 +19,9 @@ struct CodaPiena {
     indirizzo.sin_family = AF_INET;
     indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t lunghezza = sizeof indirizzo;
-    EXPECT_EQ(::bind(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
-    EXPECT_EQ(::listen(presa.Numero(), 0), 0);
-    EXPECT_EQ(::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
+    EXPECT_EQ(::bind(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
+    EXPECT_EQ(::listen(presa.Number(), 0), 0);
+    EXPECT_EQ(::getsockname(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
     porta = ntohs(indirizzo.sin_port);
     constexpr std::chrono::milliseconds attesa{300};
     for (bool piena = false; !piena && coda.size() < 10;) {
@@ -32,8 +32,8 @@ struct CodaPiena {
       }
     }
   }
-  nexaro::Descrittore presa;
-  std::vector<nexaro::Descrittore> coda;
+  base::Descriptor presa;
+  std::vector<base::Descriptor> coda;
   unsigned porta = 0;
 };
 

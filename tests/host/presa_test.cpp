@@ -13,7 +13,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using nexaro::ApriPresa;
-using nexaro::Descrittore;
 using nexaro::Orologio;
 using prove::ErroreDi;
 using testing::HasSubstr;
@@ -25,20 +24,20 @@ struct Ascolto {
     indirizzo.sin_family = AF_INET;
     indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t lunghezza = sizeof indirizzo;
-    EXPECT_EQ(::bind(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
-    EXPECT_EQ(::listen(presa.Numero(), 0), 0);
-    EXPECT_EQ(::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
+    EXPECT_EQ(::bind(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
+    EXPECT_EQ(::listen(presa.Number(), 0), 0);
+    EXPECT_EQ(::getsockname(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
     porta = ntohs(indirizzo.sin_port);
   }
-  Descrittore presa;
+  base::Descriptor presa;
   unsigned porta = 0;
 };
 
 TEST(SocketOfALink, ConnectsByNumberAndByName) {
   const Ascolto uno;
-  EXPECT_TRUE(ApriPresa("127.0.0.1", uno.porta, Orologio::now() + 20s, 20s).Aperto());
+  EXPECT_TRUE(ApriPresa("127.0.0.1", uno.porta, Orologio::now() + 20s, 20s).Opened());
   const Ascolto due;
-  EXPECT_TRUE(ApriPresa("localhost", due.porta, Orologio::now() + 20s, 20s).Aperto());
+  EXPECT_TRUE(ApriPresa("localhost", due.porta, Orologio::now() + 20s, 20s).Opened());
 }
 
 TEST(SocketOfALink, RefusalIsSaidAtOnce) {
@@ -54,7 +53,7 @@ TEST(SocketOfALink, RefusalIsSaidAtOnce) {
 TEST(SocketOfALink, AddressThatStaysSilentIsGivenUpInTime) {
   // The queue of connections that nobody takes is full: the system leaves the next ones without an answer.
   const Ascolto ascolto;
-  std::vector<Descrittore> coda;
+  std::vector<base::Descriptor> coda;
   std::string rifiuto;
   const auto inizio = Orologio::now();
   while (rifiuto.empty() && coda.size() < 10) {

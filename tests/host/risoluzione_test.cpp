@@ -143,7 +143,7 @@ unsigned PortaMuta() {
     }
   }).detach();
   const auto collegata = ApriPresa("127.0.0.1", porta, Orologio::now() + 5s, 5s);
-  Racconta(collegata.Aperto() && aperte == 1 ? "collegata" : "no");
+  Racconta(collegata.Opened() && aperte == 1 ? "collegata" : "no");
 }
 
 TEST_F(NameLookUp, AddressInNumbersAsksNobody) {

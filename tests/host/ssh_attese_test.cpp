@@ -2,7 +2,7 @@
 
 #include "BancoSsh.hpp"
 #include "Chiamante.hpp"
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 
 #include <array>
 #include <cstdlib>
@@ -202,14 +202,14 @@ TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItListsNoKeys) {
 
 TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
   const AgenteMuto agente(base / "agente", {});
-  std::vector<nexaro::Descrittore> coda;
+  std::vector<base::Descriptor> coda;
   sockaddr_un indirizzo{};
   indirizzo.sun_family = AF_UNIX;
   (base / "agente").copy(indirizzo.sun_path, sizeof indirizzo.sun_path - 1);
   int esito = 0;
   while (esito == 0 && coda.size() < 10) {
     coda.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    esito = ::connect(coda.back().Numero(), reinterpret_cast<sockaddr*>(&indirizzo), sizeof indirizzo);
+    esito = ::connect(coda.back().Number(), reinterpret_cast<sockaddr*>(&indirizzo), sizeof indirizzo);
   }
   ASSERT_EQ(errno, EAGAIN);
   EXPECT_EQ(ChiamaAltrove(), attesa);

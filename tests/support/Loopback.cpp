@@ -19,9 +19,9 @@ sockaddr_in Indirizzo(int porta) {
   return indirizzo;
 }
 
-nexaro::Descrittore Presa() {
-  nexaro::Descrittore presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!presa.Aperto()) {
+base::Descriptor Presa() {
+  base::Descriptor presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!presa.Opened()) {
     throw std::system_error(errno, std::generic_category(), "socket");
   }
   return presa;
@@ -29,22 +29,22 @@ nexaro::Descrittore Presa() {
 
 } // namespace
 
-nexaro::Descrittore Ascolta(int porta) {
+base::Descriptor Ascolta(int porta) {
   auto presa = Presa();
   const int si = 1;
   const auto indirizzo = Indirizzo(porta);
-  if (::setsockopt(presa.Numero(), SOL_SOCKET, SO_REUSEADDR, &si, sizeof si) != 0 ||
-      ::bind(presa.Numero(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0 ||
-      ::listen(presa.Numero(), Coda) != 0) {
+  if (::setsockopt(presa.Number(), SOL_SOCKET, SO_REUSEADDR, &si, sizeof si) != 0 ||
+      ::bind(presa.Number(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0 ||
+      ::listen(presa.Number(), Coda) != 0) {
     return {};
   }
   return presa;
 }
 
-int PortaDi(const nexaro::Descrittore& presa) {
+int PortaDi(const base::Descriptor& presa) {
   sockaddr_in indirizzo{};
   socklen_t lunghezza = sizeof indirizzo;
-  if (::getsockname(presa.Numero(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza) != 0) {
+  if (::getsockname(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza) != 0) {
     throw std::system_error(errno, std::generic_category(), "getsockname");
   }
   return ntohs(indirizzo.sin_port);
@@ -54,10 +54,10 @@ int PortaLibera() {
   return PortaDi(Ascolta());
 }
 
-nexaro::Descrittore Collega(int porta) {
+base::Descriptor Collega(int porta) {
   auto presa = Presa();
   const auto indirizzo = Indirizzo(porta);
-  if (::connect(presa.Numero(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0) {
+  if (::connect(presa.Number(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0) {
     return {};
   }
   return presa;

@@ -20,10 +20,10 @@ constexpr std::size_t Pezzo = 65536;
 constexpr std::size_t AlServer = 0;
 constexpr std::size_t AlCliente = 1;
 
-void Prepara(const nexaro::Descrittore& presa) {
+void Prepara(const base::Descriptor& presa) {
   const int si = 1;
-  ::setsockopt(presa.Numero(), IPPROTO_TCP, TCP_NODELAY, &si, sizeof si);
-  ::fcntl(presa.Numero(), F_SETFL, ::fcntl(presa.Numero(), F_GETFL) | O_NONBLOCK);
+  ::setsockopt(presa.Number(), IPPROTO_TCP, TCP_NODELAY, &si, sizeof si);
+  ::fcntl(presa.Number(), F_SETFL, ::fcntl(presa.Number(), F_GETFL) | O_NONBLOCK);
 }
 
 bool Rimandato(int errore) {
@@ -34,7 +34,7 @@ bool Rimandato(int errore) {
 
 ProxyByte::ProxyByte(int destinazione)
     : destinazione_(destinazione), sveglia_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), ascolto_(Ascolta()) {
-  if (!sveglia_.Aperto() || !ascolto_.Aperto()) {
+  if (!sveglia_.Opened() || !ascolto_.Opened()) {
     throw std::system_error(errno, std::generic_category(), "proxy");
   }
   porta_ = PortaDi(ascolto_);
@@ -78,8 +78,8 @@ void ProxyByte::RifiutaDopoLoScatto() {
 void ProxyByte::Rifiuta(bool rifiuta) {
   NelFilo([this, rifiuta] {
     if (rifiuta) {
-      ascolto_.Chiudi();
-    } else if (!ascolto_.Aperto()) {
+      ascolto_.Close();
+    } else if (!ascolto_.Opened()) {
       ascolto_ = Ascolta(porta_);
     }
   });
@@ -105,7 +105,7 @@ void ProxyByte::NelFilo(std::function<void()> lavoro) {
     lavoro();
     fatto = true;
   });
-  ::eventfd_write(sveglia_.Numero(), 1);
+  ::eventfd_write(sveglia_.Number(), 1);
   cambiato_.wait(blocco, [&fatto] { return fatto; });
 }
 
@@ -157,7 +157,7 @@ void ProxyByte::FaiLavori() {
 }
 
 void ProxyByte::Attendi() {
-  std::vector<pollfd> voci{{sveglia_.Numero(), POLLIN, 0}, {ascolto_.Numero(), POLLIN, 0}};
+  std::vector<pollfd> voci{{sveglia_.Number(), POLLIN, 0}, {ascolto_.Number(), POLLIN, 0}};
   if (!trattieni_) {
     for (const auto& tratto : tratti_) {
       for (const std::size_t verso : {AlServer, AlCliente}) {
@@ -165,26 +165,26 @@ void ProxyByte::Attendi() {
         const bool legge = tratto.tubi[1 - verso].attesa.empty() && !tratto.tubi[1 - verso].finito;
         const auto eventi = static_cast<short>((scrive ? POLLOUT : 0) | (legge ? POLLIN : 0));
         // A negative number is passed over: a socket that has ended would wake the loop for ever.
-        voci.push_back({eventi != 0 ? tratto.prese[verso].Numero() : -1, eventi, 0});
+        voci.push_back({eventi != 0 ? tratto.prese[verso].Number() : -1, eventi, 0});
       }
     }
   }
   ::poll(voci.data(), voci.size(), -1);
   eventfd_t ignorato = 0;
-  ::eventfd_read(sveglia_.Numero(), &ignorato);
+  ::eventfd_read(sveglia_.Number(), &ignorato);
   if ((voci[1].revents & POLLIN) != 0) {
     Accetta();
   }
 }
 
 void ProxyByte::Accetta() {
-  nexaro::Descrittore cliente(::accept4(ascolto_.Numero(), nullptr, nullptr, SOCK_CLOEXEC));
-  if (!cliente.Aperto()) {
+  base::Descriptor cliente(::accept4(ascolto_.Number(), nullptr, nullptr, SOCK_CLOEXEC));
+  if (!cliente.Opened()) {
     return;
   }
   ++connessioni_;
   auto server = Collega(destinazione_);
-  if (!server.Aperto()) {
+  if (!server.Opened()) {
     return;
   }
   Prepara(cliente);
@@ -209,7 +209,7 @@ void ProxyByte::Muovi(Tratto& tratto, std::size_t verso) {
 
 void ProxyByte::Leggi(Tratto& tratto, std::size_t verso) {
   std::array<char, Pezzo> dati{};
-  const auto letti = ::recv(tratto.prese[1 - verso].Numero(), dati.data(), dati.size(), 0);
+  const auto letti = ::recv(tratto.prese[1 - verso].Number(), dati.data(), dati.size(), 0);
   if (letti < 0) {
     tratto.rotto = !Rimandato(errno);
   } else if (letti == 0) {
@@ -224,7 +224,7 @@ void ProxyByte::Leggi(Tratto& tratto, std::size_t verso) {
 
 void ProxyByte::Scrivi(Tratto& tratto, std::size_t verso) {
   auto& tubo = tratto.tubi[verso];
-  const int presa = tratto.prese[verso].Numero();
+  const int presa = tratto.prese[verso].Number();
   if (!tubo.attesa.empty()) {
     const auto scritti = ::send(presa, tubo.attesa.data(), tubo.attesa.size(), MSG_NOSIGNAL);
     if (scritti < 0) {
@@ -283,7 +283,7 @@ void ProxyByte::Colpisci() {
   guasto_.reset();
   colpito_ = true;
   if (std::exchange(rifiutaDopo_, false)) {
-    ascolto_.Chiudi();
+    ascolto_.Close();
   }
   for (auto& tratto : tratti_) {
     tratto.rispostaVietata = false;
@@ -296,7 +296,7 @@ void ProxyByte::Colpisci() {
     const linger subito{1, 0};
     for (const auto& tratto : tratti_) {
       for (const auto& presa : tratto.prese) {
-        ::setsockopt(presa.Numero(), SOL_SOCKET, SO_LINGER, &subito, sizeof subito);
+        ::setsockopt(presa.Number(), SOL_SOCKET, SO_LINGER, &subito, sizeof subito);
       }
     }
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 
 #include <array>
 #include <atomic>
@@ -73,7 +73,7 @@ class ProxyByte {
     bool chiuso = false; ///< the receiver was told
   };
   struct Tratto {
-    std::array<nexaro::Descrittore, 2> prese; ///< where each direction leads: the server, the client
+    std::array<base::Descriptor, 2> prese; ///< where each direction leads: the server, the client
     std::array<Tubo, 2> tubi;
     bool rotto = false;
     bool rispostaVietata = false; ///< the sequence has passed: the next byte of the server strikes
@@ -104,7 +104,7 @@ class ProxyByte {
 
   int destinazione_;
   int porta_ = 0;
-  nexaro::Descrittore sveglia_;
+  base::Descriptor sveglia_;
   std::array<std::atomic<std::uint64_t>, 2> passati_{};
   std::atomic<int> connessioni_{0};
   std::atomic<int> aperte_{0};
@@ -115,7 +115,7 @@ class ProxyByte {
   bool colpito_ = false;
 
   // Only the proxy's thread touches what follows.
-  nexaro::Descrittore ascolto_;
+  base::Descriptor ascolto_;
   std::list<Tratto> tratti_;
   std::optional<Guasto> guasto_;
   bool daColpire_ = false;

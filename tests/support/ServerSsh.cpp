@@ -220,8 +220,8 @@ void ServerSsh::Avvia() {
 bool ServerSsh::Pronto() {
   const auto presa = Collega(porta_);
   std::array<char, 4> inizio{};
-  return presa.Aperto() &&
-         ::recv(presa.Numero(), inizio.data(), inizio.size(), MSG_WAITALL) == static_cast<ssize_t>(inizio.size()) &&
+  return presa.Opened() &&
+         ::recv(presa.Number(), inizio.data(), inizio.size(), MSG_WAITALL) == static_cast<ssize_t>(inizio.size()) &&
          std::string_view(inizio.data(), inizio.size()) == "SSH-";
 }
 

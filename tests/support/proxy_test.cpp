@@ -18,18 +18,18 @@ using Azione = ProxyByte::Azione;
 using Momento = ProxyByte::Momento;
 using Verso = ProxyByte::Verso;
 
-void Manda(const nexaro::Descrittore& presa, const std::string& testo) {
-  ASSERT_EQ(::send(presa.Numero(), testo.data(), testo.size(), MSG_NOSIGNAL), static_cast<ssize_t>(testo.size()));
+void Manda(const base::Descriptor& presa, const std::string& testo) {
+  ASSERT_EQ(::send(presa.Number(), testo.data(), testo.size(), MSG_NOSIGNAL), static_cast<ssize_t>(testo.size()));
 }
 
 /// What arrives until `quanti` bytes are there or the connection ends; "!" stands for a reset, "?" for silence.
-std::string Arrivati(const nexaro::Descrittore& presa, std::size_t quanti, std::chrono::milliseconds limite = 10s) {
+std::string Arrivati(const base::Descriptor& presa, std::size_t quanti, std::chrono::milliseconds limite = 10s) {
   const timeval attesa{limite.count() / 1000, (limite.count() % 1000) * 1000};
-  ::setsockopt(presa.Numero(), SOL_SOCKET, SO_RCVTIMEO, &attesa, sizeof attesa);
+  ::setsockopt(presa.Number(), SOL_SOCKET, SO_RCVTIMEO, &attesa, sizeof attesa);
   std::string testo;
   std::array<char, 4096> dati{};
   while (testo.size() < quanti) {
-    const auto letti = ::recv(presa.Numero(), dati.data(), std::min(dati.size(), quanti - testo.size()), 0);
+    const auto letti = ::recv(presa.Number(), dati.data(), std::min(dati.size(), quanti - testo.size()), 0);
     if (letti <= 0) {
       return letti == 0 ? testo : testo + (errno == ECONNRESET ? "!" : "?");
     }
@@ -42,15 +42,15 @@ class Proxy : public testing::Test {
  protected:
   void Apri() {
     cliente = Collega(proxy.Porta());
-    ASSERT_TRUE(cliente.Aperto());
-    server = nexaro::Descrittore(::accept(ascolto.Numero(), nullptr, nullptr));
-    ASSERT_TRUE(server.Aperto());
+    ASSERT_TRUE(cliente.Opened());
+    server = base::Descriptor(::accept(ascolto.Number(), nullptr, nullptr));
+    ASSERT_TRUE(server.Opened());
   }
 
-  nexaro::Descrittore ascolto = Ascolta();
+  base::Descriptor ascolto = Ascolta();
   ProxyByte proxy{PortaDi(ascolto)};
-  nexaro::Descrittore cliente;
-  nexaro::Descrittore server;
+  base::Descriptor cliente;
+  base::Descriptor server;
 };
 
 TEST_F(Proxy, CarriesBothWaysAndCounts) {
@@ -68,10 +68,10 @@ TEST_F(Proxy, CarriesBothWaysAndCounts) {
 TEST_F(Proxy, HandsTheEndOfOneSideOnWhileTheOtherStillSends) {
   Apri();
   Manda(cliente, "fine");
-  ::shutdown(cliente.Numero(), SHUT_WR);
+  ::shutdown(cliente.Number(), SHUT_WR);
   EXPECT_EQ(Arrivati(server, 100), "fine");
   Manda(server, "ancora");
-  server.Chiudi();
+  server.Close();
   EXPECT_EQ(Arrivati(cliente, 100), "ancora");
 }
 
@@ -150,12 +150,12 @@ TEST_F(Proxy, KeepsTheAnswerToASequenceFromTheClient) {
 
 TEST_F(Proxy, RefusesNewConnectionsAndTakesThemAgain) {
   proxy.Rifiuta(true);
-  EXPECT_FALSE(Collega(proxy.Porta()).Aperto());
+  EXPECT_FALSE(Collega(proxy.Porta()).Opened());
   proxy.Rifiuta(false);
   Apri();
   proxy.RifiutaDopoLoScatto();
   proxy.Scatta(Azione::Chiudi);
-  EXPECT_FALSE(Collega(proxy.Porta()).Aperto());
+  EXPECT_FALSE(Collega(proxy.Porta()).Opened());
   EXPECT_EQ(proxy.Connessioni(), 1);
 }
 

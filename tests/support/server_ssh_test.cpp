@@ -81,7 +81,7 @@ TEST_F(TestServer, ShowsAnotherKeyAfterAChange) {
 
 TEST_F(TestServer, StopsAndStartsOnTheSamePort) {
   server.Ferma();
-  EXPECT_FALSE(Collega(server.Porta()).Aperto());
+  EXPECT_FALSE(Collega(server.Porta()).Opened());
   server.Riavvia();
   EXPECT_EQ(Ssh("echo dentro", server.Chiave()).uscita, "dentro\n");
 }

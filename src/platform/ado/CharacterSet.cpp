@@ -1,11 +1,11 @@
 #include "platform/ado/CharacterSet.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/base/AsciiCase.hpp"
 
 #include <clocale>
 #include <cstdlib>
 #include <langinfo.h>
-#include <strings.h>
 
 namespace lumoscad::ado::interno {
 
@@ -21,7 +21,7 @@ std::string unsuited() {
   std::string name = current();
   // The process' locale, whatever the calling thread has chosen for itself.
   const locale_t ofTheThread = uselocale(LC_GLOBAL_LOCALE);
-  const bool suited = name == "C" || name == "POSIX" || strcasecmp(nl_langinfo(CODESET), "UTF-8") == 0;
+  const bool suited = name == "C" || name == "POSIX" || base::SameButForCase(nl_langinfo(CODESET), "UTF-8");
   uselocale(ofTheThread);
   return suited ? std::string() : name;
 }
@@ -30,7 +30,7 @@ std::string unsuited() {
 std::string otherClientEncoding() {
   const char* const value = std::getenv("PGCLIENTENCODING");
   const std::string encoding = value == nullptr ? "" : value;
-  const auto is = [&](const char* name) { return strcasecmp(encoding.c_str(), name) == 0; };
+  const auto is = [&](const char* name) { return base::SameButForCase(encoding, name); };
   return is("") || is("UTF8") || is("UTF-8") || is("UNICODE") ? std::string() : encoding;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/ado/ConnectionText.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/base/AsciiCase.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -22,13 +23,6 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-std::string lower(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return result;
-}
-
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : text_(text) {}
@@ -43,7 +37,7 @@ class Scanner {
     if (equals == std::string_view::npos || text_[equals] == ';') {
       malformed("manca il segno \"=\" dopo una parola chiave.");
     }
-    keyword = lower(trimmed(text_.substr(at_, equals - at_)));
+    keyword = base::LowerCase(trimmed(text_.substr(at_, equals - at_)));
     if (keyword.empty()) {
       malformed("manca la parola chiave prima di un segno \"=\".");
     }

@@ -1,6 +1,8 @@
 #include "platform/ado/Diagnostics.hpp"
 
 #include "platform/ado/Advice.hpp"
+#include "platform/base/AsciiCase.hpp"
+#include "platform/base/Utf8.hpp"
 
 #include <algorithm>
 #include <array>
@@ -35,24 +37,18 @@ std::string folded(std::string_view text) {
   for (char& c : lower) {
     const auto code = static_cast<unsigned char>(c);
     const bool accented = before == 0xC3 && code >= 0x80 && code <= 0x9E;
-    if ((c >= 'A' && c <= 'Z') || accented) {
-      c = static_cast<char>(code + 0x20);
-    }
+    c = accented ? static_cast<char>(code + 0x20) : base::LowerCase(c);
     before = code;
   }
   return lower;
 }
 
 bool beginsCharacter(std::string_view text, std::size_t at) {
-  return at >= text.size() || (static_cast<unsigned char>(text[at]) & 0xC0U) != 0x80U;
+  return at >= text.size() || base::BeginsCharacter(text[at]);
 }
 
 std::size_t characters(std::string_view text) {
-  std::size_t count = 0;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    count += beginsCharacter(text, at) ? 1U : 0U;
-  }
-  return count;
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), base::BeginsCharacter));
 }
 
 /// How many bytes of `text` from `at` on, whole characters, are a piece of `secret`.

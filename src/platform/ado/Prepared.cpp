@@ -1,6 +1,7 @@
 #include "platform/ado/Prepared.hpp"
 
 #include "platform/ado/Diagnostics.hpp"
+#include "platform/base/AsciiCase.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -34,9 +35,7 @@ bool isQuery(std::string_view text) {
   if (first == std::string_view::npos) {
     return false;
   }
-  const std::string_view start = text.substr(first, word.size());
-  return std::equal(start.begin(), start.end(), word.begin(), word.end(),
-                    [](char a, char b) { return a == b || a == b + ('a' - 'A'); });
+  return base::SameButForCase(text.substr(first, word.size()), word);
 }
 
 } // namespace

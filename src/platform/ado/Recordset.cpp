@@ -1,5 +1,6 @@
 #include "platform/ado/Diagnostics.hpp"
 #include "platform/ado/RecordsetImpl.hpp"
+#include "platform/base/AsciiCase.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -9,14 +10,6 @@ namespace lumoscad::ado {
 namespace {
 
 namespace numeri = interno::numeri;
-
-constexpr char upper(char c) noexcept {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-bool sameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return upper(x) == upper(y); });
-}
 
 [[noreturn]] void notAllowed(const char* why) {
   throw ErroreRuntime(numeri::ContestoNonValido, why, "ODBC");
@@ -59,7 +52,8 @@ void Recordset::Impl::requireNothingPending() const {
 
 std::size_t Recordset::Impl::column(std::string_view name) const {
   requireOpen();
-  const auto found = std::find_if(names.begin(), names.end(), [&](const auto& each) { return sameName(each, name); });
+  const auto found =
+      std::find_if(names.begin(), names.end(), [&](const auto& each) { return base::SameButForCase(each, name); });
   if (found == names.end()) {
     throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::string(name) + ".",
                         "ODBC");

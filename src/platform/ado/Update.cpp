@@ -1,7 +1,7 @@
 #include "platform/ado/Diagnostics.hpp"
 #include "platform/ado/RecordsetImpl.hpp"
+#include "platform/base/AsciiCase.hpp"
 
-#include <algorithm>
 #include <utility>
 
 namespace lumoscad::ado {
@@ -21,10 +21,8 @@ struct Sql {
 
 /// Column names come back in the case of the server; without quotes any case is right, and one case for all
 /// drivers gives one statement text.
-std::string columnName(std::string name) {
-  std::transform(name.begin(), name.end(), name.begin(),
-                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-  return name;
+std::string columnName(std::string_view name) {
+  return base::UpperCase(name);
 }
 
 /// Adds " AND column=?" with a value, or " AND column IS NULL".

@@ -1,6 +1,7 @@
 #include "platform/nexaro/Chiamata.hpp"
 
 #include "platform/Controlli.hpp"
+#include "platform/base/Utf8.hpp"
 #include "platform/nexaro/Testi.hpp"
 
 namespace lumoscad::nexaro {
@@ -55,7 +56,7 @@ std::string CodaMessaggio(std::string errori) {
   // Whole characters only: a cut in the middle of one would make the message unreadable.
   if (errori.size() >= MassimoErroriMostrati) {
     errori.resize(MassimoErroriMostrati);
-    while (!errori.empty() && (static_cast<unsigned char>(errori.back()) & 0xC0U) == 0x80U) {
+    while (!errori.empty() && !base::BeginsCharacter(errori.back())) {
       errori.pop_back();
     }
     if (!errori.empty() && static_cast<unsigned char>(errori.back()) >= 0xC0U) {

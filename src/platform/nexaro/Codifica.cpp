@@ -1,12 +1,12 @@
 #include "platform/nexaro/Codifica.hpp"
 
+#include "platform/base/AsciiCase.hpp"
+#include "platform/base/CharacterConverter.hpp"
+#include "platform/base/Utf8.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/Testi.hpp"
 
-#include <cerrno>
 #include <cstdio>
-#include <iconv.h>
-#include <strings.h>
 
 namespace lumoscad::nexaro {
 
@@ -14,78 +14,25 @@ namespace {
 
 constexpr std::string_view Sostituto = "\xEF\xBF\xBD";
 
-/// One character of a UTF-8 text; `lunghezza` is 0 where the bytes are no character.
-struct Carattere {
-  char32_t codice = 0;
-  std::size_t lunghezza = 0;
-};
-
-Carattere LeggiCarattere(std::string_view testo) {
-  const auto byte = [&testo](std::size_t indice) { return static_cast<unsigned char>(testo[indice]); };
-  const unsigned primo = byte(0);
-  if (primo < 0x80U) {
-    return {primo, 1};
-  }
-  const std::size_t lunghezza = primo >= 0xF0U ? 4 : primo >= 0xE0U ? 3 : 2;
-  if (primo < 0xC2U || primo > 0xF4U || testo.size() < lunghezza) {
-    return {};
-  }
-  char32_t codice = primo & (0x7FU >> lunghezza);
-  for (std::size_t indice = 1; indice < lunghezza; ++indice) {
-    if ((byte(indice) & 0xC0U) != 0x80U) {
-      return {};
-    }
-    codice = (codice << 6U) | (byte(indice) & 0x3FU);
-  }
-  const bool troppoLungo = (lunghezza == 3 && codice < 0x800U) || (lunghezza == 4 && codice < 0x10000U);
-  const bool surrogato = codice >= 0xD800U && codice <= 0xDFFFU;
-  return troppoLungo || surrogato || codice > 0x10FFFFU ? Carattere{} : Carattere{codice, lunghezza};
-}
-
 std::string CodiceUnicode(char32_t codice) {
   std::array<char, 16> testo{};
   std::snprintf(testo.data(), testo.size(), "U+%04X", static_cast<unsigned>(codice));
   return testo.data();
 }
 
-class Convertitore {
- public:
-  explicit Convertitore(const std::string& codifica) : descrittore_(iconv_open("UTF-8", codifica.c_str())) {}
-  Convertitore(const Convertitore&) = delete;
-  Convertitore& operator=(const Convertitore&) = delete;
-  ~Convertitore() {
-    if (Valido()) {
-      iconv_close(descrittore_);
-    }
+/// The character of one byte, empty where the byte is none; nothing where it only begins one.
+std::optional<std::string> CarattereDi(const base::CharacterConverter& convertitore, char byte) {
+  std::string carattere;
+  const auto esito = convertitore.Convert({&byte, 1}, carattere);
+  if (esito != base::Conversion::Whole) {
+    return esito == base::Conversion::Invalid ? std::optional<std::string>(std::string()) : std::nullopt;
   }
-
-  [[nodiscard]] bool Valido() const {
-    // The C interface reports failure with a pointer of all ones.
-    return descrittore_ != reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
-  }
-
-  /// The character of one byte, empty where the byte is none; nothing where it only begins one.
-  [[nodiscard]] std::optional<std::string> Converti(char byte) const {
-    std::array<char, 16> uscita{};
-    char* sorgente = &byte;
-    char* scritto = uscita.data();
-    std::size_t restano = 1;
-    std::size_t spazio = uscita.size();
-    iconv(descrittore_, nullptr, nullptr, nullptr, nullptr);
-    if (iconv(descrittore_, &sorgente, &restano, &scritto, &spazio) == static_cast<std::size_t>(-1)) {
-      return errno == EILSEQ ? std::optional<std::string>(std::string()) : std::nullopt;
-    }
-    std::string carattere(uscita.data(), uscita.size() - spazio);
-    const bool uno = !carattere.empty() && LeggiCarattere(carattere).lunghezza == carattere.size();
-    return uno ? std::optional<std::string>(carattere) : std::nullopt;
-  }
-
- private:
-  iconv_t descrittore_;
-};
+  const bool uno = !carattere.empty() && base::FirstCharacter(carattere).length == carattere.size();
+  return uno ? std::optional<std::string>(carattere) : std::nullopt;
+}
 
 bool IsNomeUtf8(const std::string& nome) {
-  return nome.empty() || ::strcasecmp(nome.c_str(), "UTF-8") == 0 || ::strcasecmp(nome.c_str(), "UTF8") == 0;
+  return nome.empty() || base::SameButForCase(nome, "UTF-8") || base::SameButForCase(nome, "UTF8");
 }
 
 /// What iconv would read as a wish of another kind, or as the locale's encoding, is no name.
@@ -100,12 +47,12 @@ Codifica::Codifica(const std::string& nome) : nome_(IsNomeUtf8(nome) ? "UTF-8" :
   if (IsNomeUtf8(nome)) {
     return;
   }
-  const Convertitore convertitore(nome);
-  if (!IsNomeAmmesso(nome) || !convertitore.Valido()) {
+  const base::CharacterConverter convertitore(nome);
+  if (!IsNomeAmmesso(nome) || !convertitore.Known()) {
     throw ErroreLink("NEXARO_CODIFICA indica una codifica sconosciuta: vale «" + nome + "».");
   }
   for (unsigned byte = 0; byte < caratteri_.size(); ++byte) {
-    const auto carattere = convertitore.Converti(static_cast<char>(byte));
+    const auto carattere = CarattereDi(convertitore, static_cast<char>(byte));
     const bool ascii = byte < 0x80U;
     if (!carattere || (ascii && *carattere != std::string(1, static_cast<char>(byte)))) {
       throw ErroreLink("NEXARO_CODIFICA deve indicare UTF-8 o una codifica di un byte per carattere che contenga "
@@ -114,7 +61,7 @@ Codifica::Codifica(const std::string& nome) : nome_(IsNomeUtf8(nome) ? "UTF-8" :
     }
     caratteri_.at(byte) = *carattere;
     if (!carattere->empty()) {
-      codici_.emplace(LeggiCarattere(*carattere).codice, static_cast<char>(byte));
+      codici_.emplace(base::FirstCharacter(*carattere).code, static_cast<char>(byte));
     }
   }
 }
@@ -126,18 +73,18 @@ std::string Codifica::VersoHost(std::string_view testo, const std::string& cosa)
   std::string byte;
   byte.reserve(testo.size());
   while (!testo.empty()) {
-    const auto carattere = LeggiCarattere(testo);
-    if (carattere.lunghezza == 0) {
+    const auto carattere = base::FirstCharacter(testo);
+    if (carattere.length == 0) {
       throw ErroreLink(cosa + " non è un testo UTF-8 valido e non può essere convertito nella codifica " + nome_ +
                        " dell'host.");
     }
-    const auto voce = codici_.find(carattere.codice);
+    const auto voce = codici_.find(carattere.code);
     if (voce == codici_.end()) {
-      throw ErroreLink(cosa + " contiene il carattere " + Cita(testo.substr(0, carattere.lunghezza)) + " (" +
-                       CodiceUnicode(carattere.codice) + "), che manca nella codifica " + nome_ + " dell'host.");
+      throw ErroreLink(cosa + " contiene il carattere " + Cita(testo.substr(0, carattere.length)) + " (" +
+                       CodiceUnicode(carattere.code) + "), che manca nella codifica " + nome_ + " dell'host.");
     }
     byte += voce->second;
-    testo.remove_prefix(carattere.lunghezza);
+    testo.remove_prefix(carattere.length);
   }
   return byte;
 }
@@ -162,9 +109,9 @@ std::string Codifica::DallHostTollerante(std::string_view testo) const {
   std::string risultato;
   risultato.reserve(testo.size());
   while (!testo.empty()) {
-    const auto utf8 = IsUtf8() ? LeggiCarattere(testo) : Carattere{0, 0};
-    const auto lunghezza = utf8.lunghezza == 0 ? std::size_t{1} : utf8.lunghezza;
-    if (utf8.lunghezza > 0) {
+    const auto utf8 = IsUtf8() ? base::FirstCharacter(testo) : base::Utf8Character{};
+    const auto lunghezza = utf8.length == 0 ? std::size_t{1} : utf8.length;
+    if (utf8.length > 0) {
       risultato += testo.substr(0, lunghezza);
     } else {
       const auto& carattere = caratteri_.at(static_cast<unsigned char>(testo.front()));

@@ -1,5 +1,9 @@
 #include "platform/nexaro/ErroriLink.hpp"
 
+#include "platform/base/SystemError.hpp"
+
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <utility>
 
@@ -10,57 +14,34 @@ namespace {
 struct Voce {
   int codice;
   int numero;
-  const char* motivo;
 };
 
-constexpr Voce voci[] = {
-    {ENOENT, errori::FileNonTrovato, "file inesistente"},
-    {EACCES, ErrorePermesso, "permesso negato"},
-    {EPERM, ErrorePermesso, "operazione non permessa"},
-    {EROFS, errori::AccessoAlFile, "file system in sola lettura"},
-    {ENOTDIR, errori::AccessoAlFile, "un elemento del percorso non è una cartella"},
-    {EISDIR, errori::AccessoAlFile, "è una cartella"},
-    {EEXIST, errori::AccessoAlFile, "il file esiste già"},
-    {ENOTEMPTY, errori::AccessoAlFile, "la cartella non è vuota"},
-    {ELOOP, errori::AccessoAlFile, "collegamento simbolico non ammesso"},
-    {ENAMETOOLONG, errori::AccessoAlFile, "nome troppo lungo"},
-    {EINVAL, errori::AccessoAlFile, "non è un file ordinario"},
-    {ETXTBSY, errori::AccessoAlFile, "file in uso"},
-    {EBUSY, errori::AccessoAlFile, "risorsa occupata"},
-    {ECONNREFUSED, ErroreCollegamento, "connessione rifiutata"},
-    {ENXIO, errori::AccessoAlFile, "dispositivo non disponibile"},
-    {ENOSPC, ErroreCollegamento, "spazio esaurito"},
-    {EDQUOT, ErroreCollegamento, "quota di disco esaurita"},
-    {EFBIG, ErroreCollegamento, "file troppo grande"},
-    {EIO, ErroreCollegamento, "errore di lettura o scrittura"},
-    {EMFILE, ErroreCollegamento, "troppi file aperti"},
-    {ENFILE, ErroreCollegamento, "troppi file aperti nel sistema"},
-    {ENOMEM, errori::MemoriaInsufficiente, "memoria insufficiente"},
-    {EAGAIN, ErroreCollegamento, "risorse del sistema esaurite"},
-    {ENOEXEC, ErroreCollegamento, "il programma non è eseguibile su questo sistema"},
-    {E2BIG, ErroreCollegamento, "parametri troppo lunghi"},
-};
-
-const Voce* Cerca(int codice) {
-  for (const auto& voce : voci) {
-    if (voce.codice == codice) {
-      return &voce;
-    }
-  }
-  return nullptr;
-}
+/// Those that have a number of their own.
+constexpr auto Voci = std::to_array<Voce>({
+    {ENOENT, errori::FileNonTrovato},
+    {EACCES, ErrorePermesso},
+    {EPERM, ErrorePermesso},
+    {EROFS, errori::AccessoAlFile},
+    {ENOTDIR, errori::AccessoAlFile},
+    {EISDIR, errori::AccessoAlFile},
+    {EEXIST, errori::AccessoAlFile},
+    {ENOTEMPTY, errori::AccessoAlFile},
+    {ELOOP, errori::AccessoAlFile},
+    {ENAMETOOLONG, errori::AccessoAlFile},
+    {EINVAL, errori::AccessoAlFile},
+    {ETXTBSY, errori::AccessoAlFile},
+    {EBUSY, errori::AccessoAlFile},
+    {ENXIO, errori::AccessoAlFile},
+    {ENOMEM, errori::MemoriaInsufficiente},
+});
 
 } // namespace
 
-std::string MotivoSistema(int codice) {
-  const auto* voce = Cerca(codice);
-  return voce != nullptr ? voce->motivo : "errore di sistema " + std::to_string(codice);
-}
-
 ErroreRuntime ErroreSistema(std::string_view operazione, int codice) {
-  const auto* voce = Cerca(codice);
-  return {voce != nullptr ? voce->numero : ErroreCollegamento,
-          std::string(operazione) + ": " + MotivoSistema(codice) + "."};
+  const auto voce =
+      std::find_if(Voci.begin(), Voci.end(), [codice](const Voce& questa) { return questa.codice == codice; });
+  return {voce != Voci.end() ? voce->numero : ErroreCollegamento,
+          std::string(operazione) + ": " + base::SystemErrorText(codice) + "."};
 }
 
 ErroreRuntime ErroreLink(std::string descrizione) {

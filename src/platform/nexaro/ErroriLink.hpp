@@ -11,9 +11,6 @@ namespace lumoscad::nexaro {
 inline constexpr int ErrorePermesso = 70;                 ///< permission denied
 inline constexpr int ErroreCollegamento = errori::Driver; ///< a failure without a number of its own
 
-/// The Italian name of a failure of the operating system (`errno`).
-[[nodiscard]] std::string MotivoSistema(int codice);
-
 /// The run-time error for a failed operation of the operating system: `operazione` says what was tried, and where.
 [[nodiscard]] ErroreRuntime ErroreSistema(std::string_view operazione, int codice);
 

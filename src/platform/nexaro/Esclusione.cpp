@@ -1,7 +1,8 @@
 #include "platform/nexaro/Nexaro.hpp"
 
 #include "platform/Impronta.hpp"
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
+#include "platform/base/SystemError.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
 #include "platform/nexaro/Testi.hpp"
@@ -45,14 +46,14 @@ struct flock Record(short tipo, std::string_view genere, std::string_view testo)
 [[noreturn]] void Impossibile(int errore) {
   throw ErroreRuntime(errori::AccessoAlFile,
                       "Non è possibile escludere le richieste di altri programmi con lo stesso codice di postazione (" +
-                          std::string(Dispositivo) + ": " + MotivoSistema(errore) + "). " + NienteInviato);
+                          std::string(Dispositivo) + ": " + base::SystemErrorText(errore) + "). " + NienteInviato);
 }
 
 /// Whether `descrittore` still is what we opened: a calling program may have closed what it does not know, and its
 /// number may be another file's by now.
-bool Nostro(const Descrittore& descrittore) noexcept {
+bool Nostro(const base::Descriptor& descrittore) noexcept {
   struct stat stato {};
-  return descrittore.Aperto() && ::fstat(descrittore.Numero(), &stato) == 0 && S_ISCHR(stato.st_mode) &&
+  return descrittore.Opened() && ::fstat(descrittore.Number(), &stato) == 0 && S_ISCHR(stato.st_mode) &&
          stato.st_rdev == makedev(1, 7);
 }
 
@@ -76,21 +77,21 @@ class SuDispositivo final : public Esclusione {
   [[noreturn]] void Scaduto(std::string_view testo);
 
   std::chrono::milliseconds attesa_;
-  Descrittore dispositivo_;
+  base::Descriptor dispositivo_;
   std::string tenuto_;    ///< the text that `Attendi` took
   std::string riservato_; ///< the name that `Riserva` took
 };
 
 int SuDispositivo::Aperto() {
   if (!Nostro(dispositivo_)) {
-    static_cast<void>(dispositivo_.Cedi());
-    const Descrittore primo(::open(Dispositivo, O_RDWR | O_CLOEXEC | O_NOCTTY));
-    if (!primo.Aperto()) {
+    static_cast<void>(dispositivo_.Release());
+    const base::Descriptor primo(::open(Dispositivo, O_RDWR | O_CLOEXEC | O_NOCTTY));
+    if (!primo.Opened()) {
       Impossibile(errno);
     }
     // Clear of 0 to 2, which a calling program may have closed.
-    Descrittore alto(::fcntl(primo.Numero(), F_DUPFD_CLOEXEC, 3));
-    if (!alto.Aperto()) {
+    base::Descriptor alto(::fcntl(primo.Number(), F_DUPFD_CLOEXEC, 3));
+    if (!alto.Opened()) {
       Impossibile(errno);
     }
     if (!Nostro(alto)) {
@@ -98,7 +99,7 @@ int SuDispositivo::Aperto() {
     }
     dispositivo_ = std::move(alto);
   }
-  return dispositivo_.Numero();
+  return dispositivo_.Number();
 }
 
 bool SuDispositivo::Prendi(std::string_view genere, std::string_view testo) {
@@ -113,7 +114,7 @@ bool SuDispositivo::Prendi(std::string_view genere, std::string_view testo) {
 void SuDispositivo::Lascia(std::string_view genere, std::string_view testo) noexcept {
   auto blocco = Record(F_UNLCK, genere, testo);
   if (Nostro(dispositivo_)) {
-    ::fcntl(dispositivo_.Numero(), F_SETLK, &blocco);
+    ::fcntl(dispositivo_.Number(), F_SETLK, &blocco);
   }
 }
 

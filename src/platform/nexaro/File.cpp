@@ -18,10 +18,10 @@ namespace {
 
 /// Locks a new file as one that is being written. False where somebody came in between and took it for a leftover: it
 /// has lost its name, or is about to. Where there are no such locks, the process' number alone keeps it.
-bool Trattieni(const Descrittore& file) {
+bool Trattieni(const base::Descriptor& file) {
   struct stat stato {};
-  const bool preso = ::flock(file.Numero(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-  return preso && ::fstat(file.Numero(), &stato) == 0 && stato.st_nlink > 0;
+  const bool preso = ::flock(file.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  return preso && ::fstat(file.Number(), &stato) == 0 && stato.st_nlink > 0;
 }
 
 } // namespace
@@ -32,19 +32,19 @@ FileProvvisorio::FileProvvisorio(const std::string& destinazione, mode_t modo, c
   const auto cartella = barra == std::string::npos ? std::string("./") : destinazione.substr(0, barra + 1);
   TogliResti(cartella);
   std::random_device caso;
-  for (int tentativo = 0; tentativo < Tentativi && !descrittore_.Aperto(); ++tentativo) {
+  for (int tentativo = 0; tentativo < Tentativi && !descrittore_.Opened(); ++tentativo) {
     nome_ = cartella + NomeProvvisorio(::getpid(), caso());
-    descrittore_ = Descrittore(::open(nome_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modo));
-    if (!descrittore_.Aperto() && errno != EEXIST) {
+    descrittore_ = base::Descriptor(::open(nome_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modo));
+    if (!descrittore_.Opened() && errno != EEXIST) {
       break;
     }
-    if (descrittore_.Aperto() && !Trattieni(descrittore_)) {
-      descrittore_.Chiudi();
+    if (descrittore_.Opened() && !Trattieni(descrittore_)) {
+      descrittore_.Close();
       ::unlink(nome_.c_str());
       errno = EAGAIN;
     }
   }
-  if (!descrittore_.Aperto()) {
+  if (!descrittore_.Opened()) {
     throw ErroreSistema(operazione, errno);
   }
 }
@@ -57,7 +57,7 @@ FileProvvisorio::~FileProvvisorio() {
 
 void FileProvvisorio::Scrivi(std::string_view dati, const std::string& operazione) const {
   while (!dati.empty()) {
-    const auto scritti = ::write(descrittore_.Numero(), dati.data(), dati.size());
+    const auto scritti = ::write(descrittore_.Number(), dati.data(), dati.size());
     if (scritti >= 0) {
       dati.remove_prefix(static_cast<std::size_t>(scritti));
     } else if (errno != EINTR) {
@@ -68,11 +68,11 @@ void FileProvvisorio::Scrivi(std::string_view dati, const std::string& operazion
 
 void FileProvvisorio::Pubblica(const std::string& destinazione, const std::string& operazione) {
   // Closed once it has its final name: until then it must stay locked. After fsync(2) close(2) has nothing left to say.
-  if (::fsync(descrittore_.Numero()) != 0 || ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
+  if (::fsync(descrittore_.Number()) != 0 || ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
     throw ErroreSistema(operazione, errno);
   }
   definitivo_ = true;
-  descrittore_.Chiudi();
+  descrittore_.Close();
 }
 
 namespace {
@@ -89,11 +89,11 @@ int ErroreOrdinario(const std::string& percorso) {
   return ::stat(percorso.c_str(), &stato) == 0 ? ErroreGenere(stato) : errno;
 }
 
-Descrittore ApriOrdinario(const std::string& percorso, const std::string& operazione) {
+base::Descriptor ApriOrdinario(const std::string& percorso, const std::string& operazione) {
   // Opens without waiting: a pipe in the file's place must not hold the caller up.
-  Descrittore descrittore(::open(percorso.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  base::Descriptor descrittore(::open(percorso.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   struct stat stato {};
-  if (!descrittore.Aperto() || ::fstat(descrittore.Numero(), &stato) != 0) {
+  if (!descrittore.Opened() || ::fstat(descrittore.Number(), &stato) != 0) {
     throw ErroreSistema(operazione, errno);
   }
   if (const int genere = ErroreGenere(stato); genere != 0) {
@@ -102,9 +102,9 @@ Descrittore ApriOrdinario(const std::string& percorso, const std::string& operaz
   return descrittore;
 }
 
-std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const std::string& operazione) {
+std::size_t LeggiBlocco(const base::Descriptor& file, std::span<char> tampone, const std::string& operazione) {
   for (;;) {
-    const auto letti = ::read(file.Numero(), tampone.data(), tampone.size());
+    const auto letti = ::read(file.Number(), tampone.data(), tampone.size());
     if (letti >= 0) {
       return static_cast<std::size_t>(letti);
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 #include "platform/nexaro/Termine.hpp"
 
 #include <cstddef>
@@ -33,7 +33,7 @@ class FileProvvisorio {
 
  private:
   std::string nome_;
-  Descrittore descrittore_;
+  base::Descriptor descrittore_;
   bool definitivo_ = false;
 };
 
@@ -42,10 +42,11 @@ class FileProvvisorio {
 [[nodiscard]] int ErroreOrdinario(const std::string& percorso);
 
 /// Opens an ordinary file for reading; anything else is refused without waiting for it.
-[[nodiscard]] Descrittore ApriOrdinario(const std::string& percorso, const std::string& operazione);
+[[nodiscard]] base::Descriptor ApriOrdinario(const std::string& percorso, const std::string& operazione);
 
 /// Reads up to the size of `tampone`; 0 at the end of the file.
-[[nodiscard]] std::size_t LeggiBlocco(const Descrittore& file, std::span<char> tampone, const std::string& operazione);
+[[nodiscard]] std::size_t LeggiBlocco(const base::Descriptor& file, std::span<char> tampone,
+                                      const std::string& operazione);
 
 /// How much of a file is copied.
 struct Misura {

@@ -1,6 +1,6 @@
 #include "platform/nexaro/Resti.hpp"
 
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 
 #include <cerrno>
 #include <charconv>
@@ -98,13 +98,13 @@ void TogliSeResto(int cartella, const char* nome) {
   if (!processo) {
     return;
   }
-  const Descrittore file(::openat(cartella, nome, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const base::Descriptor file(::openat(cartella, nome, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat stato {};
-  if (!file.Aperto() || ::fstat(file.Numero(), &stato) != 0 || !S_ISREG(stato.st_mode) || stato.st_uid != ::geteuid() ||
+  if (!file.Opened() || ::fstat(file.Number(), &stato) != 0 || !S_ISREG(stato.st_mode) || stato.st_uid != ::geteuid() ||
       PuoAverScritto(*processo, stato.st_mtime)) {
     return;
   }
-  if (::flock(file.Numero(), LOCK_EX | LOCK_NB) == 0) {
+  if (::flock(file.Number(), LOCK_EX | LOCK_NB) == 0) {
     ::unlinkat(cartella, nome, 0);
   }
 }

@@ -1,5 +1,8 @@
 #include "platform/xml/BuonaForma.hpp"
 
+#include "platform/base/AsciiCase.hpp"
+#include "platform/base/Utf8.hpp"
+
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -57,46 +60,21 @@ std::string_view SaltaIstruzione(std::string_view testo, std::size_t& posizione)
   const auto fine = testo.find("?>", posizione);
   const auto corpo = testo.substr(posizione + 2, fine == std::string_view::npos ? fine : fine - posizione - 2);
   const auto nome = corpo.substr(0, corpo.find_first_of(bianchi));
-  const bool riservato = nome.size() == 3 && (nome[0] == 'x' || nome[0] == 'X') && (nome[1] == 'm' || nome[1] == 'M') &&
-                         (nome[2] == 'l' || nome[2] == 'L');
-  if (riservato && (posizione != 0 || nome != "xml")) {
+  if (base::SameButForCase(nome, "xml") && (posizione != 0 || nome != "xml")) {
     return "contiene una dichiarazione XML fuori posto";
   }
   posizione = fine == std::string_view::npos ? testo.size() : fine + 2;
   return {};
 }
 
-/// Takes the first character off a UTF-8 text; a value that no document may hold where the bytes are none.
-std::uint32_t PrimoCarattere(std::string_view& testo) {
-  static constexpr std::uint32_t NonValido = 0;
-  const auto byte = [&](std::size_t posto) { return static_cast<unsigned char>(testo[posto]); };
-  const std::uint32_t primo = byte(0);
-  if (primo < 0x80) {
-    testo.remove_prefix(1);
-    return primo;
-  }
-  const std::size_t lunghezza = primo >= 0xF0 ? 4 : (primo >= 0xE0 ? 3 : 2);
-  static constexpr std::array<std::uint32_t, 5> minimi{0, 0, 0x80, 0x800, 0x10000};
-  if (primo < 0xC0 || primo > 0xF7 || testo.size() < lunghezza) {
-    return NonValido;
-  }
-  std::uint32_t codice = primo & (0x7FU >> lunghezza);
-  for (std::size_t posto = 1; posto < lunghezza; ++posto) {
-    if ((byte(posto) & 0xC0U) != 0x80U) {
-      return NonValido;
-    }
-    codice = codice << 6U | (byte(posto) & 0x3FU);
-  }
-  testo.remove_prefix(lunghezza);
-  return codice >= minimi[lunghezza] ? codice : NonValido;
-}
-
 /// The converter of encodings lets values pass that are no characters.
 bool SoloCaratteriAmmessi(std::string_view testo) {
   while (!testo.empty()) {
-    if (!CarattereAmmesso(PrimoCarattere(testo))) {
+    const auto carattere = base::FirstCharacter(testo);
+    if (carattere.length == 0 || !CarattereAmmesso(carattere.code)) {
       return false;
     }
+    testo.remove_prefix(carattere.length);
   }
   return true;
 }

@@ -1,63 +1,15 @@
 #include "platform/xml/Decodifica.hpp"
 
 #include "platform/Errore.hpp"
+#include "platform/base/AsciiCase.hpp"
+#include "platform/base/CharacterConverter.hpp"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <iconv.h>
 
 namespace lumoscad::xml {
 
 namespace {
-
-class Convertitore {
- public:
-  explicit Convertitore(const std::string& codifica) : descrittore_(iconv_open("UTF-8", codifica.c_str())) {}
-  Convertitore(const Convertitore&) = delete;
-  Convertitore& operator=(const Convertitore&) = delete;
-  ~Convertitore() {
-    if (Valido()) {
-      iconv_close(descrittore_);
-    }
-  }
-
-  [[nodiscard]] bool Valido() const { return descrittore_ != Assente(); }
-
-  /// Converts everything; false when the bytes do not fit the encoding.
-  bool Converti(std::string_view ingresso, std::string& uscita) const {
-    std::string copia(ingresso);
-    char* sorgente = copia.data();
-    std::size_t restano = copia.size();
-    std::array<char, 16384> tampone{};
-    while (restano > 0) {
-      char* scritto = tampone.data();
-      std::size_t spazio = tampone.size();
-      const auto esito = iconv(descrittore_, &sorgente, &restano, &scritto, &spazio);
-      uscita.append(tampone.data(), tampone.size() - spazio);
-      if (esito == static_cast<std::size_t>(-1) && errno != E2BIG) {
-        return false;
-      }
-    }
-    return true;
-  }
-
- private:
-  // The C interface reports failure with a pointer of all ones.
-  static iconv_t Assente() {
-    return reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
-  }
-
-  iconv_t descrittore_;
-};
-
-std::string Minuscolo(std::string_view testo) {
-  std::string minuscolo(testo);
-  for (char& c : minuscolo) {
-    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  return minuscolo;
-}
 
 bool NomeValido(std::string_view nome) {
   return !nome.empty() && nome.size() <= 40 &&
@@ -72,7 +24,7 @@ bool Conosciuta(std::string_view codifica) {
                                                            "ascii",  "us-ascii", "latin1", "latin9",   "cp850",
                                                            "ibm850", "cp437",    "ibm437"};
   static constexpr std::array<std::string_view, 4> famiglie{"iso-8859-", "iso8859-", "windows-125", "cp125"};
-  const std::string nome = Minuscolo(codifica);
+  const std::string nome = base::LowerCase(codifica);
   const auto famiglia = std::any_of(famiglie.begin(), famiglie.end(), [&](std::string_view inizio) {
     return nome.starts_with(inizio) && nome.size() <= inizio.size() + 2 &&
            nome.find_first_not_of("0123456789", inizio.size()) == std::string::npos;
@@ -118,7 +70,7 @@ std::string Decodifica(std::string_view documento) {
   } else {
     codifica = CodificaDichiarata(documento);
     // The declaration could be read byte by byte, so that the document cannot be in what it names.
-    if (Minuscolo(codifica).starts_with("utf-16")) {
+    if (base::LowerCase(codifica).starts_with("utf-16")) {
       throw ErroreRuntime(errori::Driver,
                           "Documento XML che si dichiara in " + codifica + " ma è scritto in un'altra codifica.");
     }
@@ -132,12 +84,12 @@ std::string Decodifica(std::string_view documento) {
   if (!Conosciuta(codifica)) {
     throw sconosciuta();
   }
-  const Convertitore convertitore(codifica);
-  if (!convertitore.Valido()) {
+  const base::CharacterConverter convertitore(codifica);
+  if (!convertitore.Known()) {
     throw sconosciuta();
   }
   std::string testo;
-  if (!convertitore.Converti(documento, testo)) {
+  if (convertitore.Convert(documento, testo) != base::Conversion::Whole) {
     throw ErroreRuntime(errori::Driver, "Documento XML con caratteri non validi nella codifica " + codifica + ".");
   }
   return testo;

@@ -1,6 +1,6 @@
 #include "platform/nexaro/cartella/Processo.hpp"
 
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/Termine.hpp"
 #include "platform/nexaro/cartella/Chiusura.hpp"
@@ -28,16 +28,16 @@ struct Rapporto {
 };
 
 struct Tubo {
-  Descrittore lettura;
-  Descrittore scrittura;
+  base::Descriptor lettura;
+  base::Descriptor scrittura;
 };
 
 /// Takes a new descriptor and keeps clear of 0 to 2, which a calling program may have closed.
-Descrittore SopraIlDue(int numero) {
+base::Descriptor SopraIlDue(int numero) {
   if (numero < 0) {
     throw ErroreSistema(avvio, errno);
   }
-  Descrittore originale(numero);
+  base::Descriptor originale(numero);
   if (numero > 2) {
     return originale;
   }
@@ -49,9 +49,9 @@ Tubo CreaTubo() {
   if (::pipe2(numeri.data(), O_CLOEXEC) != 0) {
     throw ErroreSistema(avvio, errno);
   }
-  Tubo tubo{Descrittore(numeri[0]), Descrittore(numeri[1])};
-  tubo.lettura = SopraIlDue(tubo.lettura.Cedi());
-  tubo.scrittura = SopraIlDue(tubo.scrittura.Cedi());
+  Tubo tubo{base::Descriptor(numeri[0]), base::Descriptor(numeri[1])};
+  tubo.lettura = SopraIlDue(tubo.lettura.Release());
+  tubo.scrittura = SopraIlDue(tubo.scrittura.Release());
   return tubo;
 }
 
@@ -166,7 +166,7 @@ void Attendi(const Preparato& dati, pid_t figlio) {
 /// The caller's end of a running supervisor.
 class Sorvegliante {
  public:
-  Sorvegliante(pid_t pid, Descrittore congedo) : pid_(pid), congedo_(std::move(congedo)) {}
+  Sorvegliante(pid_t pid, base::Descriptor congedo) : pid_(pid), congedo_(std::move(congedo)) {}
   Sorvegliante(const Sorvegliante&) = delete;
   Sorvegliante& operator=(const Sorvegliante&) = delete;
   ~Sorvegliante() {
@@ -175,7 +175,7 @@ class Sorvegliante {
     if (!ucciso_) {
       ::kill(pid_, SIGKILL);
     }
-    congedo_.Chiudi();
+    congedo_.Close();
     Raccogli();
   }
 
@@ -201,14 +201,14 @@ class Sorvegliante {
   }
 
   pid_t pid_;
-  Descrittore congedo_;
+  base::Descriptor congedo_;
   bool ucciso_ = false;
 };
 
 /// Reads what is there; false at the end of the stream.
-template <typename Raccolta> bool Travasa(const Descrittore& sorgente, Raccolta raccogli) {
+template <typename Raccolta> bool Travasa(const base::Descriptor& sorgente, Raccolta raccogli) {
   std::array<char, 65536> tampone;
-  const auto letti = ::read(sorgente.Numero(), tampone.data(), tampone.size());
+  const auto letti = ::read(sorgente.Number(), tampone.data(), tampone.size());
   if (letti < 0) {
     return errno == EINTR || errno == EAGAIN;
   }
@@ -218,9 +218,9 @@ template <typename Raccolta> bool Travasa(const Descrittore& sorgente, Raccolta 
 
 /// The three streams of a running program.
 struct Flussi {
-  Descrittore uscita;
-  Descrittore errori;
-  Descrittore rapporto;
+  base::Descriptor uscita;
+  base::Descriptor errori;
+  base::Descriptor rapporto;
 };
 
 /// What has been heard of a program, and when to stop listening.
@@ -258,12 +258,12 @@ class Ascolto {
   }
 
   /// The supervisor has told how the program ended, or has gone without a word.
-  [[nodiscard]] bool Riferito() const { return rapporti_.size() >= sizeof(Rapporto) || !flussi_.rapporto.Aperto(); }
+  [[nodiscard]] bool Riferito() const { return rapporti_.size() >= sizeof(Rapporto) || !flussi_.rapporto.Opened(); }
 
  private:
   [[nodiscard]] bool Finito() const {
     return Riferito() &&
-           (Letto().fine == FineProcesso::NonAvviato || (!flussi_.uscita.Aperto() && !flussi_.errori.Aperto()));
+           (Letto().fine == FineProcesso::NonAvviato || (!flussi_.uscita.Opened() && !flussi_.errori.Opened()));
   }
 
   /// Whether the end of the output can be done without.
@@ -278,9 +278,9 @@ class Ascolto {
     if (Riferito()) {
       millesimi = std::min(millesimi, static_cast<int>(TempoRestante(quiete_).count()));
     }
-    std::array<pollfd, 3> pronti{{{flussi_.uscita.Numero(), POLLIN, 0},
-                                  {flussi_.errori.Numero(), POLLIN, 0},
-                                  {flussi_.rapporto.Numero(), POLLIN, 0}}};
+    std::array<pollfd, 3> pronti{{{flussi_.uscita.Number(), POLLIN, 0},
+                                  {flussi_.errori.Number(), POLLIN, 0},
+                                  {flussi_.rapporto.Number(), POLLIN, 0}}};
     if (::poll(pronti.data(), pronti.size(), millesimi) <= 0) {
       return false;
     }
@@ -292,16 +292,16 @@ class Ascolto {
   void Prendi(const std::array<pollfd, 3>& pronti) {
     if (pronti[0].revents != 0 &&
         !Travasa(flussi_.uscita, [this](std::string_view dati) { esito_.uscita.append(dati); })) {
-      flussi_.uscita.Chiudi();
+      flussi_.uscita.Close();
     }
     if (pronti[1].revents != 0 && !Travasa(flussi_.errori, [this](std::string_view dati) {
           esito_.errori.append(dati.substr(0, processo_.massimoErrori - esito_.errori.size()));
         })) {
-      flussi_.errori.Chiudi();
+      flussi_.errori.Close();
     }
     if (pronti[2].revents != 0 &&
         !Travasa(flussi_.rapporto, [this](std::string_view dati) { rapporti_.append(dati); })) {
-      flussi_.rapporto.Chiudi();
+      flussi_.rapporto.Close();
     }
   }
 
@@ -366,11 +366,11 @@ EsitoProcesso Esegui(const Processo& processo) {
                  processo.cartella.c_str(),
                  argomenti.data(),
                  ambiente.data(),
-                 ingresso.Numero(),
-                 uscita.scrittura.Numero(),
-                 errori.scrittura.Numero(),
-                 rapporto.scrittura.Numero(),
-                 congedo.lettura.Numero(),
+                 ingresso.Number(),
+                 uscita.scrittura.Number(),
+                 errori.scrittura.Number(),
+                 rapporto.scrittura.Number(),
+                 congedo.lettura.Number(),
                  {}};
   dati.tenuti = {dati.ingresso, dati.uscita, dati.errori, dati.rapporto, dati.congedo};
   std::sort(dati.tenuti.begin(), dati.tenuti.end());
@@ -379,10 +379,10 @@ EsitoProcesso Esegui(const Processo& processo) {
     *processo.avviato = true;
   }
   Sorvegliante sorvegliante(Biforca(dati), std::move(congedo.scrittura));
-  uscita.scrittura.Chiudi();
-  errori.scrittura.Chiudi();
-  rapporto.scrittura.Chiudi();
-  congedo.lettura.Chiudi();
+  uscita.scrittura.Close();
+  errori.scrittura.Close();
+  rapporto.scrittura.Close();
+  congedo.lettura.Close();
   Ascolto ascolto(processo, {std::move(uscita.lettura), std::move(errori.lettura), std::move(rapporto.lettura)}, esito);
   try {
     if (!ascolto.Esegui()) {

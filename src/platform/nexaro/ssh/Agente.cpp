@@ -41,7 +41,7 @@ Agente::Agente(const std::string& presa, Termine termine) {
     } catch (const std::system_error&) {
       // Without the thread nobody would end the wait.
       errore_ = EAGAIN;
-      presa_.Chiudi();
+      presa_.Close();
     }
   }
 }
@@ -65,15 +65,15 @@ void Agente::Collega(const std::string& presa, Termine termine) {
     return;
   }
   presa.copy(indirizzo.sun_path, presa.size());
-  const Descrittore nuova(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const base::Descriptor nuova(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   // Keeps clear of the standard streams, which a calling program may have closed.
-  presa_ = Descrittore(nuova.Aperto() ? ::fcntl(nuova.Numero(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1);
-  if (!presa_.Aperto()) {
+  presa_ = base::Descriptor(nuova.Opened() ? ::fcntl(nuova.Number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1);
+  if (!presa_.Opened()) {
     errore_ = errno;
     return;
   }
   // A local connection is made at once or refused; it is refused too while the agent's queue is full.
-  while (::connect(presa_.Numero(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0) {
+  while (::connect(presa_.Number(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0) {
     errore_ = errno;
     if (errore_ == EAGAIN && TempoRestante(termine).count() == 0) {
       errore_ = ETIMEDOUT;
@@ -92,13 +92,13 @@ void Agente::Sorveglia(Termine termine) {
   // The look beyond the limit begins when the limit is seen to be over: the calling program may have been stopped.
   if (!cambiato_.wait_until(guardia, termine, finito) && !cambiato_.wait_for(guardia, SguardoOltre, finito)) {
     scaduto_ = true;
-    ::shutdown(presa_.Numero(), SHUT_RDWR);
+    ::shutdown(presa_.Number(), SHUT_RDWR);
   }
 }
 
-Descrittore Agente::Presa() {
-  Descrittore copia(::fcntl(presa_.Numero(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-  errore_ = copia.Aperto() ? 0 : errno;
+base::Descriptor Agente::Presa() {
+  base::Descriptor copia(::fcntl(presa_.Number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  errore_ = copia.Opened() ? 0 : errno;
   return copia;
 }
 

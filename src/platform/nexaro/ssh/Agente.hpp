@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 #include "platform/nexaro/Termine.hpp"
 
 #include <condition_variable>
@@ -26,7 +26,7 @@ class Agente {
 
   /// A descriptor of the connection, which is the caller's from now on; none, and `Errore`, where the system has none
   /// to give. The limit holds as long as this object lives.
-  [[nodiscard]] Descrittore Presa();
+  [[nodiscard]] base::Descriptor Presa();
 
   /// Whether the limit was over before this object's end.
   [[nodiscard]] bool Scaduto();
@@ -36,7 +36,7 @@ class Agente {
   void Sorveglia(Termine termine);
 
   int errore_ = 0;
-  Descrittore presa_;
+  base::Descriptor presa_;
   std::mutex chiave_; ///< guards the next two
   bool finito_ = false;
   bool scaduto_ = false;

@@ -1,5 +1,6 @@
 #include "platform/nexaro/ssh/Autenticazione.hpp"
 
+#include "platform/base/SystemError.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Impostazioni.hpp"
@@ -32,11 +33,11 @@ int NonChiedere(const char* /*domanda*/, char* /*tampone*/, std::size_t /*lunghe
 Chiave LeggiChiave(const std::string& percorso, std::string& motivo) {
   // Looked at first: the library would wait for a pipe.
   if (const int errore = ErroreOrdinario(percorso); errore != 0) {
-    motivo = MotivoSistema(errore);
+    motivo = base::SystemErrorText(errore);
     return nullptr;
   }
   if (::access(percorso.c_str(), R_OK) != 0) {
-    motivo = MotivoSistema(errno);
+    motivo = base::SystemErrorText(errno);
     return nullptr;
   }
   ssh_key chiave = nullptr;
@@ -124,7 +125,7 @@ class Accesso {
       throw AgenteMuto();
     }
     if (agente.Errore() != 0 || !Affida(agente)) {
-      Annota("agente delle chiavi: non raggiungibile (" + MotivoSistema(agente.Errore()) + ")");
+      Annota("agente delle chiavi: non raggiungibile (" + base::SystemErrorText(agente.Errore()) + ")");
       return false;
     }
     Annota("agente delle chiavi: nessuna chiave accettata");
@@ -140,10 +141,10 @@ class Accesso {
   /// Left to itself the library would make the connection, and wait on it without a limit.
   bool Affida(Agente& agente) const {
     auto presa = agente.Presa();
-    if (!presa.Aperto() || ssh_set_agent_socket(sessione_.Grezza(), presa.Numero()) != SSH_OK) {
+    if (!presa.Opened() || ssh_set_agent_socket(sessione_.Grezza(), presa.Number()) != SSH_OK) {
       return false;
     }
-    static_cast<void>(presa.Cedi());
+    static_cast<void>(presa.Release());
     return true;
   }
 

@@ -1,11 +1,11 @@
 #include "platform/nexaro/ssh/ChiaveHost.hpp"
 
+#include "platform/base/AsciiCase.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/SenzaSigpipe.hpp"
 #include "platform/nexaro/Testi.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -51,9 +51,8 @@ std::string Impronta(const Chiave& chiave) {
 }
 
 /// The host as the file of known hosts writes it.
-std::string NomeNoto(std::string host, unsigned porta) {
-  std::transform(host.begin(), host.end(), host.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+std::string NomeNoto(std::string_view nome, unsigned porta) {
+  const auto host = base::LowerCase(nome);
   return porta == 22 ? host : "[" + host + "]:" + std::to_string(porta);
 }
 
@@ -216,9 +215,9 @@ std::string MotivoRifiuto(const ChiaveHost& chiave, const std::string& host, con
 void RegistraRiga(const std::string& riga, const std::string& noti) {
   const auto operazione = "Registrazione nel file degli host noti " + noti;
   CreaCartella(noti);
-  Descrittore file(::open(noti.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
+  base::Descriptor file(::open(noti.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
   struct stat stato {};
-  if (!file.Aperto() || ::fstat(file.Numero(), &stato) != 0) {
+  if (!file.Opened() || ::fstat(file.Number(), &stato) != 0) {
     throw ErroreSistema(operazione, errno);
   }
   if (!S_ISREG(stato.st_mode)) {
@@ -226,14 +225,14 @@ void RegistraRiga(const std::string& riga, const std::string& noti) {
   }
   char ultimo = '\n';
   const bool incompleta =
-      stato.st_size > 0 && ::pread(file.Numero(), &ultimo, 1, stato.st_size - 1) == 1 && ultimo != '\n';
+      stato.st_size > 0 && ::pread(file.Number(), &ultimo, 1, stato.st_size - 1) == 1 && ultimo != '\n';
   // One write: whoever else adds to the file cannot get in between.
   const auto testo = (incompleta ? "\n" : "") + riga + "\n";
-  const auto scritti = ::write(file.Numero(), testo.data(), testo.size());
+  const auto scritti = ::write(file.Number(), testo.data(), testo.size());
   if (scritti != static_cast<ssize_t>(testo.size())) {
     throw ErroreSistema(operazione, scritti < 0 ? errno : ENOSPC);
   }
-  if (::fsync(file.Numero()) != 0 || file.Chiudi() != 0) {
+  if (::fsync(file.Number()) != 0 || file.Close() != 0) {
     throw ErroreSistema(operazione, errno);
   }
 }

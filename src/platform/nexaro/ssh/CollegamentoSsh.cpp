@@ -40,7 +40,7 @@ ErroreRuntime ErroreDaSftp(const std::string& operazione, const ErroreSftp& erro
 }
 
 /// The whole of a local file.
-std::string LeggiTutto(const Descrittore& file, const std::string& operazione) {
+std::string LeggiTutto(const base::Descriptor& file, const std::string& operazione) {
   std::string contenuto;
   std::array<char, 65536> tampone;
   for (std::size_t letti = 0; (letti = LeggiBlocco(file, tampone, operazione)) > 0;) {

@@ -48,23 +48,23 @@ int AttendiEsito(int numero, Termine termine) {
   }
 }
 
-int Prova(const addrinfo& indirizzo, Termine termine, Descrittore& presa) {
-  presa = Descrittore(
+int Prova(const addrinfo& indirizzo, Termine termine, base::Descriptor& presa) {
+  presa = base::Descriptor(
       ::socket(indirizzo.ai_family, indirizzo.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, indirizzo.ai_protocol));
-  if (presa.Aperto() && presa.Numero() <= STDERR_FILENO) {
+  if (presa.Opened() && presa.Number() <= STDERR_FILENO) {
     // Keeps clear of the standard streams, which a calling program may have closed.
-    presa = Descrittore(::fcntl(presa.Numero(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    presa = base::Descriptor(::fcntl(presa.Number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
   }
-  if (!presa.Aperto()) {
+  if (!presa.Opened()) {
     return errno;
   }
   const int acceso = 1;
-  ::setsockopt(presa.Numero(), IPPROTO_TCP, TCP_NODELAY, &acceso, sizeof acceso);
-  ::setsockopt(presa.Numero(), SOL_SOCKET, SO_KEEPALIVE, &acceso, sizeof acceso);
-  if (::connect(presa.Numero(), indirizzo.ai_addr, indirizzo.ai_addrlen) == 0) {
+  ::setsockopt(presa.Number(), IPPROTO_TCP, TCP_NODELAY, &acceso, sizeof acceso);
+  ::setsockopt(presa.Number(), SOL_SOCKET, SO_KEEPALIVE, &acceso, sizeof acceso);
+  if (::connect(presa.Number(), indirizzo.ai_addr, indirizzo.ai_addrlen) == 0) {
     return 0;
   }
-  return errno == EINPROGRESS || errno == EINTR ? AttendiEsito(presa.Numero(), termine) : errno;
+  return errno == EINPROGRESS || errno == EINTR ? AttendiEsito(presa.Number(), termine) : errno;
 }
 
 ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono::milliseconds attesa,
@@ -87,8 +87,8 @@ ErroreRuntime ErrorePresa(const std::string& operazione, int codice, std::chrono
 
 } // namespace
 
-Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine, std::chrono::milliseconds attesa,
-                      std::string* notaRicerca) {
+base::Descriptor ApriPresa(const std::string& host, unsigned porta, Termine termine, std::chrono::milliseconds attesa,
+                           std::string* notaRicerca) {
   const auto operazione = "Collegamento all'host " + host + " (porta " + std::to_string(porta) + ")";
   const auto inizio = Orologio::now();
   const auto indirizzi = TrovaIndirizzi(host, porta, termine, attesa, operazione);
@@ -104,7 +104,7 @@ Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine, 
   int codice = 0;
   for (const auto* indirizzo = indirizzi.get(); indirizzo != nullptr; indirizzo = indirizzo->ai_next, --restano) {
     // An address that stays silent leaves their share of the wait to the others.
-    Descrittore presa;
+    base::Descriptor presa;
     codice = Prova(*indirizzo, Orologio::now() + TempoRestante(termine) / restano, presa);
     if (codice == 0) {
       return presa;

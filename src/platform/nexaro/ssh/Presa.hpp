@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/nexaro/Descrittore.hpp"
+#include "platform/base/Descriptor.hpp"
 #include "platform/nexaro/Termine.hpp"
 
 #include <string>
@@ -11,7 +11,7 @@ namespace lumoscad::nexaro {
 /// for the message. `notaRicerca` receives what has to follow a message about a time that was too short: a sentence
 /// behind a blank where finding the address took much of it, and nothing otherwise. Raises a run-time error that says
 /// what became of the attempt.
-[[nodiscard]] Descrittore ApriPresa(const std::string& host, unsigned porta, Termine termine,
-                                    std::chrono::milliseconds attesa, std::string* notaRicerca = nullptr);
+[[nodiscard]] base::Descriptor ApriPresa(const std::string& host, unsigned porta, Termine termine,
+                                         std::chrono::milliseconds attesa, std::string* notaRicerca = nullptr);
 
 } // namespace lumoscad::nexaro

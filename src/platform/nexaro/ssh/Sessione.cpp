@@ -60,16 +60,16 @@ Sessione::Sessione(const ImpostazioniSsh& impostazioni, const std::string& host)
        "Collegamento all'host " + host + " (porta " + std::to_string(impostazioni.porta) + ")");
 }
 
-void Sessione::Apri(Descrittore presa, const std::string& operazione) {
+void Sessione::Apri(base::Descriptor presa, const std::string& operazione) {
   // The library keeps sixteen bits of the number that it is given.
   static constexpr socket_t NumeroMassimo = 0xFFFF;
-  const socket_t numero = presa.Numero();
+  const socket_t numero = presa.Number();
   if (numero > NumeroMassimo) {
     throw ErroreSistema(operazione, EMFILE);
   }
   Imposta(Grezza(), SSH_OPTIONS_FD, &numero, "la connessione");
   LimitaAttesa();
-  static_cast<void>(presa.Cedi());
+  static_cast<void>(presa.Release());
   const int esito = ssh_connect(Grezza());
   const auto dettaglio = TestoAltrui(ssh_get_error(Grezza()));
   // A descriptor that was handed over is closed by the library only where it takes it for its own. It does so here,

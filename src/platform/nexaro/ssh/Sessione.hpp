@@ -99,7 +99,7 @@ class Sessione {
   [[nodiscard]] std::string MotivoPerdita() const;
 
  private:
-  void Apri(Descrittore presa, const std::string& operazione);
+  void Apri(base::Descriptor presa, const std::string& operazione);
   [[noreturn]] void Rifiutata() const;
 
   std::string host_;
