@@ -112,14 +112,14 @@ TEST(LongColumns, AreNotComparedOnDb2Alone) {
   for (const SQLSMALLINT type : longTypes) {
     const interno::ColumnInfo column{.name = "NOTE", .type = type};
     for (const char* server : {"PostgreSQL", "MariaDB", "SQLite", "altro"}) {
-      EXPECT_TRUE(interno::isComparable(column, interno::dialectOf(server))) << server << " " << type;
+      EXPECT_TRUE(interno::comparable(column, interno::dialectOf(server))) << server << " " << type;
     }
     for (const char* server : {"DB2", "DB2/LINUXX8664", "DB2 UDB for AS/400"}) {
-      EXPECT_FALSE(interno::isComparable(column, interno::dialectOf(server))) << server << " " << type;
+      EXPECT_FALSE(interno::comparable(column, interno::dialectOf(server))) << server << " " << type;
     }
   }
   for (const SQLSMALLINT type : shortTypes) {
-    EXPECT_TRUE(interno::isComparable({.name = "SOSPESA", .type = type}, interno::dialectOf("DB2/LINUXX8664")));
+    EXPECT_TRUE(interno::comparable({.name = "SOSPESA", .type = type}, interno::dialectOf("DB2/LINUXX8664")));
   }
 }
 

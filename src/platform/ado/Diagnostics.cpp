@@ -134,7 +134,7 @@ std::string senzaPassword(std::string text, std::string_view password) {
 }
 
 ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context,
-                         bool isDead) {
+                         bool dead) {
   std::string description;
   Record first;
   Advice advice = Advice::None;
@@ -155,7 +155,7 @@ ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view pa
   }
   std::string note(sentence(advice));
   // PostgreSQL's driver may report no more than that its own savepoint failed.
-  if (isDead && advice != Advice::ConnectionLost) {
+  if (dead && advice != Advice::ConnectionLost) {
     note += (note.empty() ? "" : "\r\n") + std::string(sentence(Advice::ConnectionLost));
   }
   return ErroreRuntime(numeroErrore(first.state), std::move(description), "ODBC")

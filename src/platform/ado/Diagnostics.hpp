@@ -33,9 +33,9 @@ inline constexpr int ModificaConcorrente = -2147217864; ///< the row is no longe
 
 /// All diagnostic records of a handle as one error, numbered by the first record, whose SQLSTATE and native number it
 /// carries, with a note that says what they mean to the person where that is known; `context` describes the failure
-/// where the driver left no record. `isDead` says that the connection is known to be lost. The password occurs in no
+/// where the driver left no record. `dead` says that the connection is known to be lost. The password occurs in no
 /// part of it.
 [[nodiscard]] ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password,
-                                       std::string_view context, bool isDead = false);
+                                       std::string_view context, bool dead = false);
 
 } // namespace lumoscad::ado::interno

@@ -22,7 +22,7 @@ struct Dialect {
   /// may be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
   std::array<long, 4> refusals{};
 
-  [[nodiscard]] bool isFile() const noexcept { return refusals.front() != 0; }
+  [[nodiscard]] bool fileBased() const noexcept { return refusals.front() != 0; }
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.

@@ -11,7 +11,7 @@ namespace {
 constexpr std::string_view digits = "0123456789";
 constexpr std::size_t decimals = 2;
 
-bool isSeparator(char c) noexcept {
+bool separates(char c) noexcept {
   return c == ',' || static_cast<unsigned char>(c) >= 0x80;
 }
 
@@ -19,11 +19,11 @@ bool isSeparator(char c) noexcept {
 
 std::string_view withPoint(char* text, std::size_t length) noexcept {
   const std::string_view whole(text, length);
-  const auto* const start = std::find_if(whole.begin(), whole.end(), isSeparator);
+  const auto* const start = std::find_if(whole.begin(), whole.end(), separates);
   if (start == whole.end()) {
     return whole;
   }
-  const auto* const after = std::find_if_not(start, whole.end(), isSeparator);
+  const auto* const after = std::find_if_not(start, whole.end(), separates);
   const auto before = static_cast<std::size_t>(start - whole.begin());
   const auto rest = static_cast<std::size_t>(after - whole.begin());
   if (whole.substr(0, before).find_first_not_of("0123456789+-") != std::string_view::npos ||

@@ -29,7 +29,7 @@ class Execution {
 };
 
 /// Only a query may be executed a second time for its result's sake.
-bool isQuery(std::string_view text) {
+bool selects(std::string_view text) {
   constexpr std::string_view word = "SELECT";
   const auto first = text.find_first_not_of(" \t\r\n(");
   if (first == std::string_view::npos) {
@@ -71,7 +71,7 @@ void Prepared::describeParameters() {
 }
 
 bool Prepared::serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept {
-  return session == session_ && text == text_ && statement_.isAlive();
+  return session == session_ && text == text_ && statement_.alive();
 }
 
 void Prepared::bind(const std::vector<std::string>& parameters) {
@@ -128,7 +128,7 @@ Outcome Prepared::execute(const std::vector<std::string>& parameters) {
 void Prepared::read(Outcome& outcome) {
   const bool bounded = std::all_of(outcome.columns.begin(), outcome.columns.end(),
                                    [](const ColumnInfo& column) { return column.buffer > 0; });
-  if (bounded && isQuery(text_)) {
+  if (bounded && selects(text_)) {
     if (readBound(statement_, outcome.columns, outcome.rows)) {
       return;
     }

@@ -23,7 +23,7 @@ void Recordset::Impl::fill(interno::Outcome outcome, const std::shared_ptr<inter
     return;
   }
   for (auto& column : outcome.columns) {
-    comparable.push_back(interno::isComparable(column, from->dialect()));
+    comparable.push_back(interno::comparable(column, from->dialect()));
     names.push_back(std::move(column.name));
   }
   rows = std::move(outcome.rows);

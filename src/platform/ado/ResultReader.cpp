@@ -43,11 +43,11 @@ std::size_t bufferBytes(SQLSMALLINT type, SQLULEN size) {
   }
 }
 
-bool isTimestamp(SQLSMALLINT type) {
+bool holdsTimestamps(SQLSMALLINT type) {
   return type == SQL_TYPE_TIMESTAMP || type == SQL_TIMESTAMP;
 }
 
-bool isNumber(SQLSMALLINT type) {
+bool holdsNumbers(SQLSMALLINT type) {
   constexpr SQLSMALLINT decfloat = -360; // DB2's own
   constexpr std::array<SQLSMALLINT, 6> types{SQL_DECIMAL, SQL_NUMERIC, SQL_FLOAT, SQL_REAL, SQL_DOUBLE, decfloat};
   return std::find(types.begin(), types.end(), type) != types.end();
@@ -64,7 +64,7 @@ std::string typeName(const Statement& statement, SQLUSMALLINT column) {
 
 ValueKind kindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT type) {
   const Dialect& dialect = statement.session().dialect();
-  if (isTimestamp(type)) {
+  if (holdsTimestamps(type)) {
     return dialect.infiniteTimes ? ValueKind::InfiniteTimestamp : ValueKind::Timestamp;
   }
   // Numbers may be described as texts, and amounts of money as numbers: a setting of PostgreSQL's driver (NumericAs)
@@ -78,7 +78,7 @@ ValueKind kindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT ty
       return ValueKind::Number;
     }
   }
-  return dialect.typesHold && isNumber(type) ? ValueKind::Number : ValueKind::AsItIs;
+  return dialect.typesHold && holdsNumbers(type) ? ValueKind::Number : ValueKind::AsItIs;
 }
 
 /// Leaves the date alone of a timestamp at midnight: a due date may be declared either way.
@@ -240,7 +240,7 @@ bool readWhole(const Statement& statement, SQLUSMALLINT column, std::string& who
 
 } // namespace
 
-bool isComparable(const ColumnInfo& column, const Dialect& dialect) noexcept {
+bool comparable(const ColumnInfo& column, const Dialect& dialect) noexcept {
   return dialect.comparesLongTexts || std::find(longTypes.begin(), longTypes.end(), column.type) == longTypes.end();
 }
 

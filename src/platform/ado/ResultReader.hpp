@@ -20,7 +20,7 @@ struct ColumnInfo {
 };
 
 /// Whether a column's value may stand in a comparison on a server that speaks `dialect`.
-[[nodiscard]] bool isComparable(const ColumnInfo& column, const Dialect& dialect) noexcept;
+[[nodiscard]] bool comparable(const ColumnInfo& column, const Dialect& dialect) noexcept;
 
 [[nodiscard]] std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT count);
 

@@ -191,7 +191,7 @@ void Session::disconnect() noexcept {
   if (std::exchange(inTransaction_, false)) {
     SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
   }
-  if (!SQL_SUCCEEDED(SQLDisconnect(connection_.get())) && dialect_ != nullptr && dialect_->isFile()) {
+  if (!SQL_SUCCEEDED(SQLDisconnect(connection_.get())) && dialect_ != nullptr && dialect_->fileBased()) {
     endPhantomTransaction();
     SQLDisconnect(connection_.get());
   }
@@ -236,7 +236,7 @@ void Statement::require(SQLRETURN rc, std::string_view context) const {
   }
   session_->statementFailed();
   throw session_->explained(
-      erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->isDead()));
+      erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->dead()));
 }
 
 void announce(std::string_view sql) {

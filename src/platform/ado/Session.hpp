@@ -27,7 +27,7 @@ class Session {
   Session& operator=(const Session&) = delete;
   ~Session();
 
-  [[nodiscard]] bool isOpen() const noexcept { return open_; }
+  [[nodiscard]] bool opened() const noexcept { return open_; }
   [[nodiscard]] EsitoTransazione outcome() const noexcept { return outcome_; }
   [[nodiscard]] SQLULEN timeLimit() const noexcept { return timeLimit_; }
   [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
@@ -59,15 +59,15 @@ class Session {
   [[nodiscard]] Endpoints ends() const;
   /// The failure, with a note that says so where it is that the server did not answer in time.
   [[nodiscard]] ErroreRuntime explained(ErroreRuntime error) const;
-  [[nodiscard]] bool isDead() const noexcept;
+  [[nodiscard]] bool dead() const noexcept;
   [[nodiscard]] std::string serverSession() const;
-  [[nodiscard]] bool isSameServerSession() const noexcept;
+  [[nodiscard]] bool onSameServerSession() const noexcept;
   void requireWholeTransaction();
   void abandon() noexcept;
   void disconnect() noexcept;
   void noticeReconnection() noexcept;
   void endPhantomTransaction() noexcept;
-  [[nodiscard]] bool isRefusal(const ErroreRuntime& error) const noexcept;
+  [[nodiscard]] bool refused(const ErroreRuntime& error) const noexcept;
   [[noreturn]] void commitFailed(ErroreRuntime error);
   void confirmCommit();
 
@@ -107,7 +107,7 @@ class Statement {
 
   [[nodiscard]] SQLHANDLE handle() const noexcept { return handle_.get(); }
   [[nodiscard]] Session& session() const noexcept { return *session_; }
-  [[nodiscard]] bool isAlive() const noexcept { return static_cast<bool>(handle_); }
+  [[nodiscard]] bool alive() const noexcept { return static_cast<bool>(handle_); }
 
   /// What `call`, which may wait for the server, returns.
   template <typename Call> SQLRETURN waitFor(Call call) const {

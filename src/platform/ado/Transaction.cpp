@@ -114,22 +114,22 @@ void Session::requireWholeTransaction() {
       .ConEsito(outcome_);
 }
 
-bool Session::isRefusal(const ErroreRuntime& error) const noexcept {
+bool Session::refused(const ErroreRuntime& error) const noexcept {
   const auto& certain = dialect_->refusals;
   constexpr long primary = 0xFF; // the rest of an extended number tells which kind
-  const bool known =
-      !dialect_->isFile() || std::find(certain.begin(), certain.end(), error.CodiceNativo() & primary) != certain.end();
-  return known && !senzaRisposta(error.SqlState()) && !isDead() && isSameServerSession();
+  const bool known = !dialect_->fileBased() ||
+                     std::find(certain.begin(), certain.end(), error.CodiceNativo() & primary) != certain.end();
+  return known && !senzaRisposta(error.SqlState()) && !dead() && onSameServerSession();
 }
 
 void Session::commitFailed(ErroreRuntime error) {
-  const bool refused = isRefusal(error);
+  const bool certain = refused(error);
   // SQLite keeps a transaction open whose COMMIT found the file busy.
-  if (refused || dialect_->isFile()) {
+  if (certain || dialect_->fileBased()) {
     abandon();
   }
-  if (!refused) {
-    throw explained(unknown(error, dialect_->isFile() ? unknownFile : unknownOutcome));
+  if (!certain) {
+    throw explained(unknown(error, dialect_->fileBased() ? unknownFile : unknownOutcome));
   }
   outcome_ = EsitoTransazione::NonApplicata;
   throw std::move(error).ConEsito(outcome_);
@@ -138,7 +138,7 @@ void Session::commitFailed(ErroreRuntime error) {
 void Session::confirmCommit() {
   try {
     autocommit(true);
-    if (!isDead() && serverSession() == serverSession_) {
+    if (!dead() && serverSession() == serverSession_) {
       return;
     }
   } catch (const ErroreRuntime& error) {
@@ -179,14 +179,14 @@ void Session::noticeReconnection() noexcept {
   }
 }
 
-bool Session::isDead() const noexcept {
+bool Session::dead() const noexcept {
   if (watchdog_ && watchdog_->struck()) {
     return true;
   }
   const Waiting waiting(*this);
-  SQLUINTEGER dead = SQL_CD_FALSE;
-  const SQLRETURN rc = SQLGetConnectAttr(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
-  return SQL_SUCCEEDED(rc) && dead == SQL_CD_TRUE;
+  SQLUINTEGER state = SQL_CD_FALSE;
+  const SQLRETURN rc = SQLGetConnectAttr(connection_.get(), SQL_ATTR_CONNECTION_DEAD, &state, SQL_IS_UINTEGER, nullptr);
+  return SQL_SUCCEEDED(rc) && state == SQL_CD_TRUE;
 }
 
 /// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
@@ -214,7 +214,7 @@ std::string Session::serverSession() const {
   return identity.data();
 }
 
-bool Session::isSameServerSession() const noexcept {
+bool Session::onSameServerSession() const noexcept {
   try {
     return serverSession() == serverSession_;
   } catch (...) {

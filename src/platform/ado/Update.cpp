@@ -162,7 +162,7 @@ class OwnTransaction {
 
 void Recordset::Impl::sendChanges() {
   const auto alive = session.lock();
-  if (!alive || !alive->isOpen()) {
+  if (!alive || !alive->opened()) {
     throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
                         "ODBC");
   }

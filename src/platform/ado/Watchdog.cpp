@@ -48,8 +48,8 @@ std::string normalized(const std::string& text) {
     }
     inet_ntop(family, &address, name.data(), name.size());
     std::string result = name.data();
-    const bool isMapped = result.starts_with(mapped) && result.find('.') != std::string::npos;
-    return isMapped ? result.substr(mapped.size()) : result;
+    const bool ipv4Inside = result.starts_with(mapped) && result.find('.') != std::string::npos;
+    return ipv4Inside ? result.substr(mapped.size()) : result;
   }
   return {};
 }
