@@ -1,5 +1,6 @@
 #include "database/moduloDatabase.hpp"
 
+#include "common/RigaComando.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 
@@ -46,15 +47,15 @@ ParametriConnessione LeggiParametriDB2(std::string_view command) {
                                                                              {"-DB2USER", &parametri.UserId},
                                                                              {"-DB2PASS", &parametri.Password},
                                                                              {"-DB2SCHEMA", &parametri.Schema}}};
-  const auto pezzi = Dividi(command, ' ');
-  for (std::size_t i = 0; i < pezzi.size(); ++i) {
-    const std::string nome = Maiuscolo(pezzi[i]);
+  const RigaComando riga(command);
+  riga.Percorri([&](const std::string& nome, std::size_t posto) {
     for (const auto& [opzione, valore] : opzioni) {
       if (nome == opzione) {
-        *valore = i + 1 < pezzi.size() ? pezzi[i + 1] : std::string();
+        const std::string* const pezzo = riga.Pezzo(posto + 1);
+        *valore = pezzo != nullptr ? *pezzo : std::string();
       }
     }
-  }
+  });
   if (SenzaSpaziAiLati(parametri.Schema).empty()) {
     parametri.Schema = parametri.Password;
   }

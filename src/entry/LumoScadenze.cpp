@@ -1,10 +1,10 @@
 #include "lumoscad/LumoScadenze.hpp"
 
 #include "common/Messaggi.hpp"
+#include "common/RigaComando.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "entry/Comandi.hpp"
-#include "platform/Controlli.hpp"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
 #include "platform/Turno.hpp"
@@ -15,21 +15,17 @@
 #include <charconv>
 #include <exception>
 #include <new>
-#include <vector>
 
 namespace lumoscad {
 namespace {
 
-std::string TipoComando(const std::vector<std::string>& pezzi) {
+std::string TipoComando(const RigaComando& riga) {
   std::string tipo;
-  for (std::size_t i = 0; i < pezzi.size(); ++i) {
-    if (Maiuscolo(pezzi[i]) == "-T") {
-      if (i + 1 == pezzi.size()) {
-        throw ErroreRuntime(errori::IndiceNonValido, "Indice non incluso nell'intervallo: manca il valore di -T");
-      }
-      tipo = Maiuscolo(pezzi[i + 1]);
+  riga.Percorri([&](const std::string& nome, std::size_t posto) {
+    if (nome == "-T") {
+      tipo = Maiuscolo(riga.Valore(posto + 1, "il valore di -T"));
     }
-  }
+  });
   return tipo;
 }
 
@@ -41,23 +37,22 @@ const Comando* SenzaSottocomando(std::string_view tipo) {
 }
 
 std::string Esegui(std::string_view comando) {
-  const auto pezzi = Dividi(comando, ' ');
-  const std::string tipo = TipoComando(pezzi);
+  const RigaComando riga(comando);
+  const std::string tipo = TipoComando(riga);
   stato().ComandoCorrente = comando;
   stato().andamento.Azzera();
   if (const Comando* const senza = SenzaSottocomando(tipo)) {
     return senza->gestore(comando);
   }
   std::string risultato;
-  for (const std::string& pezzo : pezzi) {
-    const std::string sottocomando = Maiuscolo(pezzo);
-    for (const Comando& riga : Comandi()) {
-      if (riga.tipo == tipo && riga.sottocomando == sottocomando) {
+  riga.Percorri([&](const std::string& sottocomando, std::size_t) {
+    for (const Comando& voce : Comandi()) {
+      if (voce.tipo == tipo && voce.sottocomando == sottocomando) {
         stato().andamento.Azzera();
-        risultato = riga.gestore(comando);
+        risultato = voce.gestore(comando);
       }
     }
-  }
+  });
   return risultato;
 }
 

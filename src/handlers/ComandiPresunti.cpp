@@ -14,8 +14,7 @@ namespace {
 procedureLumoDB2::FiltroPresunti LeggiFiltro(std::string_view comando) {
   procedureLumoDB2::FiltroPresunti filtro;
   filtro.parBancaSN = "S";
-  std::string serieEscluse;
-  bool escluse = false;
+  std::string serieEscluse; // left out of the line, it names one series that is blank, and so excludes nothing
   LeggiOpzioni(comando, {{"-SC", &filtro.parScad},
                          {"-H", &stato().HostIP},
                          {"-D", &stato().Azienda},
@@ -26,11 +25,8 @@ procedureLumoDB2::FiltroPresunti LeggiFiltro(std::string_view comando) {
                          {"-B", &filtro.parBancaSN},
                          {"-DATA", &filtro.parData},
                          {"-SERIEESCLUSE", &serieEscluse},
-                         {"-SERIEESCLUSE", &escluse},
                          {"-TIPOMOVIMENTI", &filtro.parTipoMovimenti}});
-  if (escluse) {
-    filtro.parSerieEscluse = Dividi(serieEscluse, ',');
-  }
+  filtro.parSerieEscluse = Dividi(serieEscluse, ',');
   return filtro;
 }
 

@@ -1,38 +1,36 @@
 #include "handlers/Opzioni.hpp"
 
+#include "common/RigaComando.hpp"
 #include "common/Testo.hpp"
-#include "platform/Errore.hpp"
 
-#include <vector>
+#include <cstddef>
 
 namespace lumoscad {
 namespace {
 
-const std::string& Valore(const std::vector<std::string>& pezzi, std::size_t posto) {
-  if (posto >= pezzi.size()) {
-    throw ErroreRuntime(errori::IndiceNonValido, "Indice non incluso nell'intervallo: manca il valore di un'opzione");
-  }
-  return pezzi[posto];
+const std::string& Valore(const RigaComando& riga, std::size_t posto) {
+  return riga.Valore(posto, "il valore di un'opzione");
 }
 
-NumeroPartita LeggiPartita(const std::vector<std::string>& pezzi, std::size_t posto) {
-  const std::string& primo = Valore(pezzi, posto + 1);
+NumeroPartita LeggiPartita(const RigaComando& riga, std::size_t posto) {
+  const std::string& primo = Valore(riga, posto + 1);
   std::string spazi = " ";
-  std::size_t secondo = posto + 2;
-  while (Valore(pezzi, secondo).empty()) {
+  std::size_t posto2 = posto + 2;
+  while (Valore(riga, posto2).empty()) {
     spazi += ' ';
-    ++secondo;
+    ++posto2;
   }
-  return {primo + pezzi[secondo], primo + spazi + pezzi[secondo]};
+  const std::string& secondo = Valore(riga, posto2);
+  return {primo + secondo, primo + spazi + secondo};
 }
 
-void Conserva(const Opzione& opzione, const std::vector<std::string>& pezzi, std::size_t posto) {
+void Conserva(const Opzione& opzione, const RigaComando& riga, std::size_t posto) {
   if (bool* const* const presente = std::get_if<bool*>(&opzione.destinazione)) {
     **presente = true;
   } else if (NumeroPartita* const* const partita = std::get_if<NumeroPartita*>(&opzione.destinazione)) {
-    **partita = LeggiPartita(pezzi, posto);
+    **partita = LeggiPartita(riga, posto);
   } else {
-    const std::string& valore = Valore(pezzi, posto + 1);
+    const std::string& valore = Valore(riga, posto + 1);
     *std::get<std::string*>(opzione.destinazione) = opzione.forma == Forma::Maiuscola ? Maiuscolo(valore) : valore;
   }
 }
@@ -40,15 +38,14 @@ void Conserva(const Opzione& opzione, const std::vector<std::string>& pezzi, std
 } // namespace
 
 void LeggiOpzioni(std::string_view comando, std::initializer_list<Opzione> opzioni) {
-  const auto pezzi = Dividi(comando, ' ');
-  for (std::size_t i = 0; i < pezzi.size(); ++i) {
-    const std::string nome = Maiuscolo(pezzi[i]);
+  const RigaComando riga(comando);
+  riga.Percorri([&](const std::string& nome, std::size_t posto) {
     for (const Opzione& opzione : opzioni) {
       if (nome == opzione.nome) {
-        Conserva(opzione, pezzi, i);
+        Conserva(opzione, riga, posto);
       }
     }
-  }
+  });
 }
 
 } // namespace lumoscad

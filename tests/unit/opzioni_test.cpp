@@ -1,8 +1,11 @@
+#include "common/RigaComando.hpp"
 #include "handlers/Opzioni.hpp"
 #include "platform/Errore.hpp"
 
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
+#include <vector>
 
 using namespace lumoscad;
 
@@ -36,6 +39,35 @@ int NumeroErrore(const std::string& comando) {
 }
 
 } // namespace
+
+TEST(CommandLine, IsWalkedTokenByTokenWithTheEmptyOnesAndTheValues) {
+  const RigaComando riga("-d  Ab /a");
+  std::vector<std::pair<std::string, std::size_t>> visti;
+  riga.Percorri([&](const std::string& nome, std::size_t posto) { visti.emplace_back(nome, posto); });
+  EXPECT_EQ(visti, (std::vector<std::pair<std::string, std::size_t>>{{"-D", 0}, {"", 1}, {"AB", 2}, {"/A", 3}}));
+}
+
+TEST(CommandLine, GivesATokenAsWrittenAndNoneBehindTheLast) {
+  const RigaComando riga("-d Ab");
+  ASSERT_NE(riga.Pezzo(1), nullptr);
+  EXPECT_EQ(*riga.Pezzo(1), "Ab");
+  EXPECT_EQ(riga.Pezzo(2), nullptr);
+  EXPECT_EQ(riga.Valore(1, "il valore"), "Ab");
+  try {
+    static_cast<void>(riga.Valore(2, "il valore di -d"));
+    FAIL() << "nothing was raised";
+  } catch (const ErroreRuntime& errore) {
+    EXPECT_EQ(errore.Numero(), 9);
+    EXPECT_EQ(errore.Descrizione(), "Indice non incluso nell'intervallo: manca il valore di -d");
+  }
+}
+
+TEST(CommandLine, ThatIsEmptyHoldsOneEmptyToken) {
+  const RigaComando riga("");
+  ASSERT_NE(riga.Pezzo(0), nullptr);
+  EXPECT_EQ(*riga.Pezzo(0), "");
+  EXPECT_EQ(riga.Pezzo(1), nullptr);
+}
 
 TEST(Options, HaveNamesInAnyCaseAndValuesAsWritten) {
   EXPECT_EQ(Leggi("-d abC").azienda, "abC");
