@@ -1,14 +1,13 @@
 #include "host/ChiamataDiretta.hpp"
 
 #include "common/MsgAnnulla.hpp"
-#include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "host/RichiestaProgramma.hpp"
 #include "platform/Servizi.hpp"
 
 namespace lumoscad {
 
-std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta) {
+std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta, MsgAnnulla& messaggio) {
   Desktop& desktop = servizi().desktop();
   desktop.ImpostaPuntatore(Puntatore::Clessidra);
   desktop.EventiInAttesa();
@@ -17,9 +16,8 @@ std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& r
   std::string testo;
   host.InviaFile(richiesta.hostIP, nomi.locale, nomi.remoto);
   host.RinominaFile(richiesta.hostIP, nomi.remoto, nomi.Completo(), testo);
-  MsgAnnulla* const messaggio = stato().Risposta.get();
   ChiediProgramma(richiesta.hostIP, ProgrammaHost, richiesta.parametri, risposta, messaggio);
-  std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, messaggio);
+  std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, &messaggio);
   host.CancellaFile(richiesta.hostIP, nomi.remoto);
   host.CancellaFile(richiesta.hostIP, nomi.Completo());
   desktop.ImpostaPuntatore(Puntatore::Predefinito);

@@ -9,6 +9,8 @@
 
 namespace lumoscad {
 
+class MsgAnnulla;
+
 /// A request whose file is written and closed.
 struct RichiestaHost {
   std::string_view hostIP;
@@ -17,10 +19,11 @@ struct RichiestaHost {
   std::vector<std::string> parametriDB2; ///< what the reply actions receive
 };
 
-/// Uploads the file, renames it to its complete name in one step, runs the program, applies the reply actions with
-/// the module-level reply object, deletes both host names and returns the reply actions' result. What fails is
-/// raised, and leaves the host files where they are; how far the change had come is in `stato().andamento`. Shows the
-/// hourglass meanwhile. The request's turn is the caller's.
-[[nodiscard]] std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta);
+/// Uploads the file, renames it to its complete name in one step, runs the program, whose answer `risposta` receives,
+/// applies the reply actions with `messaggio`, deletes both host names and returns the reply actions' result. What
+/// fails is raised, and leaves the host files where they are; how far the change had come is in `stato().andamento`.
+/// Shows the hourglass meanwhile. The request's turn is the caller's.
+[[nodiscard]] std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta,
+                                          MsgAnnulla& messaggio);
 
 } // namespace lumoscad

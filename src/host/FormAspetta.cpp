@@ -35,7 +35,7 @@ std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view 
 void FormAspetta::Timer1_Timer() {
   interpellato_ = true;
   // The running command's own address counts, not the copy that this window was given.
-  ChiediProgramma(stato().HostIP, NomeProg, Parametri, MsgAnnulla->XMLParser, MsgAnnulla);
+  ChiediProgramma(stato().HostIP, NomeProg, Parametri, MsgAnnulla->XMLParser, *MsgAnnulla);
   risultato_ = procedureLumoDB2::EseguiAzioneDB2(ParametriProcedureDB2, MsgAnnulla);
   if (!MsgAnnulla->Errore.empty()) {
     risultato_ = "error";

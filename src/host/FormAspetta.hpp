@@ -18,14 +18,16 @@ class FormAspetta {
                                        const std::vector<std::string>& parametri,
                                        const std::vector<std::string>& parametriDB2, MsgAnnulla& A_MSGAnnulla);
 
- private:
-  void Timer1_Timer();
-
-  std::string HostIP;
+  // What the window was given last.
+  std::string HostIP; ///< kept and not used: the program runs on the running command's own host
   std::string NomeProg;
   std::vector<std::string> Parametri;
   std::vector<std::string> ParametriProcedureDB2;
   lumoscad::MsgAnnulla* MsgAnnulla = nullptr;
+
+ private:
+  void Timer1_Timer();
+
   std::string risultato_;
   bool interpellato_ = false; ///< the timer has begun its work
 };

@@ -25,7 +25,7 @@ void AnnotaGuasto(bool avviato) {
 } // namespace
 
 void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
-                     nexaro::XMLParser& risposta, const MsgAnnulla* messaggio) {
+                     nexaro::XMLParser& risposta, const MsgAnnulla& messaggio) {
   risposta.Avviato = false;
   try {
     servizi().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
@@ -33,8 +33,8 @@ void ChiediProgramma(std::string_view hostIP, std::string_view programma, const 
     AnnotaGuasto(risposta.Avviato);
     throw;
   }
-  if (messaggio != nullptr && !SenzaSpaziAiLati(messaggio->Errore).empty()) {
-    stato().andamento.Rifiutata(messaggio->Errore);
+  if (!SenzaSpaziAiLati(messaggio.Errore).empty()) {
+    stato().andamento.Rifiutata(messaggio.Errore);
   } else {
     stato().andamento.Accettata();
   }

@@ -14,8 +14,8 @@ class MsgAnnulla;
 inline constexpr std::string_view ProgrammaHost = "VB0001";
 
 /// Runs a program on the host and takes down how far the change has come: `risposta` receives the answer, `messaggio`
-/// (none where null) is where a refusal is then found. What fails is raised.
+/// is where a refusal is then found. What fails is raised.
 void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
-                     nexaro::XMLParser& risposta, const MsgAnnulla* messaggio);
+                     nexaro::XMLParser& risposta, const MsgAnnulla& messaggio);
 
 } // namespace lumoscad

@@ -18,7 +18,6 @@ namespace lumoscad {
 namespace {
 
 constexpr std::size_t LimiteSuperiore = 100;
-constexpr std::size_t UltimoFisso = 4;
 
 void Scrivi(std::vector<std::string>& lista, std::size_t indice, std::string valore) {
   if (indice >= lista.size()) {
@@ -44,6 +43,28 @@ std::string SenzaRighe() {
 
 } // namespace
 
+ElenchiScadenze ComponiRichiestaScadenze(const std::vector<RigaScadenze>& righe, const std::string& completo) {
+  ElenchiScadenze elenchi;
+  elenchi.chiamata = {stato().Azienda, "SCRIVISCADENZE", stato().TipoComando, servizi().ambiente().CodicePostazione,
+                      completo};
+  elenchi.chiamata.resize(LimiteSuperiore + 1);
+  elenchi.database = {stato().Azienda, "SCRIVISCADENZE", stato().ContoScadenze, stato().PartitaScadenze,
+                      stato().TipoComando};
+  std::size_t k = elenchi.database.size();
+  elenchi.database.resize(LimiteSuperiore + 1);
+  for (const RigaScadenze& riga : righe) {
+    if (!ConNuovaScadenza(riga)) {
+      continue;
+    }
+    const std::string nuova = Utilities::DataPerHost(riga.nuovaScadenza);
+    elenchi.contenuto += RigaRichiesta({riga.conto, riga.partita, Utilities::DataPerHost(riga.scadenzaOrig), nuova});
+    Scrivi(elenchi.database, k++, "1");
+    Scrivi(elenchi.database, k++, Utilities::DataPerHost(riga.scadenza));
+    Scrivi(elenchi.database, k++, nuova);
+  }
+  return elenchi;
+}
+
 std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   stato().andamento.Azzera();
   if (std::none_of(righe.begin(), righe.end(), ConNuovaScadenza)) {
@@ -51,36 +72,14 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   }
   const TurnoRichiesta turno(Puntatore::Predefinito);
   const NomiRichiesta& nomi = turno.Nomi();
-  std::vector<std::string> chiamata(LimiteSuperiore + 1);
-  chiamata[0] = stato().Azienda;
-  chiamata[1] = "SCRIVISCADENZE";
-  chiamata[2] = stato().TipoComando;
-  chiamata[3] = servizi().ambiente().CodicePostazione;
-  chiamata[4] = nomi.Completo();
-  std::vector<std::string> database(LimiteSuperiore + 1);
-  database[0] = stato().Azienda;
-  database[1] = "SCRIVISCADENZE";
-  database[2] = stato().ContoScadenze;
-  database[3] = stato().PartitaScadenze;
-  database[4] = stato().TipoComando;
-  std::size_t k = UltimoFisso;
-  std::string contenuto;
-  for (const RigaScadenze& riga : righe) {
-    if (!ConNuovaScadenza(riga)) {
-      continue;
-    }
-    const std::string nuova = Utilities::DataPerHost(riga.nuovaScadenza);
-    contenuto += RigaRichiesta({riga.conto, riga.partita, Utilities::DataPerHost(riga.scadenzaOrig), nuova});
-    Scrivi(database, k + 1, "1");
-    Scrivi(database, k + 2, Utilities::DataPerHost(riga.scadenza));
-    Scrivi(database, k + 3, nuova);
-    k += 3;
-  }
-  ScriviFileLocale(nomi.locale, contenuto);
-  stato().Risposta = std::make_shared<MsgAnnulla>();
-  stato().RispostaPartita = std::make_shared<Partita>();
-  stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(database));
-  return ChiamataDiretta({stato().HostIP, nomi, chiamata, database}, stato().RispostaPartita->XMLParser);
+  const ElenchiScadenze elenchi = ComponiRichiestaScadenze(righe, nomi.Completo());
+  ScriviFileLocale(nomi.locale, elenchi.contenuto);
+  const auto messaggio = std::make_shared<MsgAnnulla>();
+  const auto partita = std::make_shared<Partita>();
+  stato().Risposta = messaggio;
+  stato().RispostaPartita = partita;
+  stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(elenchi.database));
+  return ChiamataDiretta({stato().HostIP, nomi, elenchi.chiamata, elenchi.database}, partita->XMLParser, *messaggio);
 }
 
 } // namespace lumoscad

@@ -14,6 +14,18 @@ struct RigaScadenze {
   std::string nuovaScadenza; ///< column 7; a row where it is blank is not sent
 };
 
+/// What a due-date request is made of.
+struct ElenchiScadenze {
+  std::vector<std::string> chiamata; ///< what the program receives
+  std::vector<std::string> database; ///< what the reply actions receive
+  std::string contenuto;             ///< the bytes of the file
+};
+
+/// Makes the request of a grid's rows from them and from the values of the running command; `completo` is the name
+/// under which its file awaits the program on the host. Raises error 9 for a row too many and for a date that is none.
+[[nodiscard]] ElenchiScadenze ComponiRichiestaScadenze(const std::vector<RigaScadenze>& righe,
+                                                       const std::string& completo);
+
 /// Sends the new due dates of a grid to the host as a "SCRIVISCADENZE" request and returns the reply actions' result;
 /// "" without a call when no row has a new due date. Dates travel in eight digits, a missing one as "00000000". The
 /// database list holds 32 rows: one more is error 9. What fails is raised. The local file stays where it is.

@@ -85,7 +85,7 @@ class Chiusura {
 /// The request from its naming to its clean-up on the host. The person reads the reply after the turn: a box left open
 /// must not keep others from sending theirs. `nomi` is set as soon as they are known.
 std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<NomiRichiesta>& nomi,
-                            nexaro::XMLParser& risposta) {
+                            MsgAnnulla& risposta) {
   const TurnoRichiesta turno(Puntatore::Clessidra);
   nomi = turno.Nomi();
   std::vector<std::string> parametri(richiesta.limiteSuperiore + 1);
@@ -95,7 +95,7 @@ std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<Nomi
   parametri[3] = SenzaSpaziAiLati(servizi().ambiente().CodicePostazione);
   parametri[4] = nomi->Completo();
   ScriviFileLocale(nomi->locale, richiesta.contenuto());
-  return ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta);
+  return ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta.XMLParser, risposta);
 }
 
 std::string Invia(const RichiestaRecord& richiesta) {
@@ -106,7 +106,7 @@ std::string Invia(const RichiestaRecord& richiesta) {
   try {
     servizi().desktop().ImpostaPuntatore(Puntatore::Clessidra);
     servizi().desktop().EventiInAttesa();
-    std::string risultato = InviaAlSuoTurno(richiesta, chiusura.nomi, risposta->XMLParser);
+    std::string risultato = InviaAlSuoTurno(richiesta, chiusura.nomi, *risposta);
     if (MaggioreDiSpazio(risposta->Messaggio)) {
       MostraBox(risposta->Messaggio);
     }

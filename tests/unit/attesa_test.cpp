@@ -34,6 +34,17 @@ TEST_F(WaitForTheHost, GoesByTheCommandsAddressAndNotByTheWindowsCopy) {
   EXPECT_THAT(banco_.host.host, ElementsAre("10.0.0.7"));
 }
 
+TEST_F(WaitForTheHost, TheWindowKeepsACopyOfWhatItWasGiven) {
+  stato().HostIP = "10.0.0.7";
+  FormAspetta finestra;
+  EXPECT_EQ(finestra.Visualizza("copia", "PROGRAMMA", {"a", "", "b "}, {"01", "ALTRO"}, risposta_), "");
+  EXPECT_EQ(finestra.HostIP, "copia");
+  EXPECT_EQ(finestra.NomeProg, "PROGRAMMA");
+  EXPECT_THAT(finestra.Parametri, ElementsAre("a", "", "b "));
+  EXPECT_THAT(finestra.ParametriProcedureDB2, ElementsAre("01", "ALTRO"));
+  EXPECT_EQ(finestra.MsgAnnulla, &risposta_);
+}
+
 TEST_F(WaitForTheHost, HandsTheProgramItsParametersAsTheyAre) {
   EXPECT_EQ(Visualizza(), "");
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui PROGRAMMA"));

@@ -68,6 +68,27 @@ TEST_F(DueDatesRequest, LeavesOutRowsWithoutANewDueDate) {
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"));
 }
 
+TEST_F(DueDatesRequest, ARowWhoseNewDateEqualsThePresentOneIsSentAllTheSame) {
+  RigaScadenze uguale = Prima;
+  uguale.nuovaScadenza = uguale.scadenza;
+  EXPECT_EQ(Invia({uguale}), "error");
+  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060331\r\n"));
+  const ElenchiScadenze elenchi = ComponiRichiestaScadenze({Seconda, uguale}, "");
+  EXPECT_THAT(std::vector<std::string>(elenchi.database.begin() + 5, elenchi.database.begin() + 12),
+              ElementsAre("1", "20060430", "20060510", "1", "20060331", "20060331", ""));
+}
+
+TEST_F(DueDatesRequest, TheReplyActionsReceiveTheirOwnList) {
+  stato().ContoScadenze = "C10";
+  stato().PartitaScadenze = "2006   15";
+  const ElenchiScadenze elenchi = ComponiRichiestaScadenze({SenzaNuova, Prima}, "/tmp/X.dos");
+  std::vector<std::string> attesi = {"01", "SCRIVISCADENZE", "C10", "2006   15", "BANCA", "1", "20060331", "20060405"};
+  attesi.resize(101);
+  EXPECT_EQ(elenchi.database, attesi);
+  EXPECT_EQ(elenchi.chiamata[4], "/tmp/X.dos");
+  EXPECT_EQ(elenchi.contenuto, "C10,2006   15,20060228,20060405\r\n");
+}
+
 TEST_F(DueDatesRequest, HasAHundredAndOneParameters) {
   banco_.ambiente.CodicePostazione = " T01 ";
   EXPECT_EQ(Invia({Prima}), "error");
