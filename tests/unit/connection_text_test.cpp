@@ -1,8 +1,11 @@
 #include "platform/Errore.hpp"
+#include "platform/ado/Ado.hpp"
 #include "platform/ado/ConnectionText.hpp"
+#include "platform/ado/Dialect.hpp"
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <string>
 
 namespace lumoscad::ado {
@@ -20,6 +23,34 @@ std::string failureOf(const std::string& text) {
   }
   ADD_FAILURE() << "accepted: " << text;
   return {};
+}
+
+TEST(Numbers, OfTheOperationsAreThoseOfTheField) {
+  EXPECT_EQ(static_cast<int>(CursorLocation::Client), 3);
+  EXPECT_EQ(static_cast<int>(CommandType::Text), 1);
+  EXPECT_EQ(static_cast<int>(CursorType::Dynamic), 2);
+  EXPECT_EQ(static_cast<int>(LockType::Optimistic), 3);
+  EXPECT_EQ(static_cast<int>(State::Closed), 0);
+  EXPECT_EQ(static_cast<int>(State::Open), 1);
+}
+
+TEST(Opening, CarriesTheTimeLimitWhereTheServerTakesOneThere) {
+  const std::string opening = interno::dialectOf("MariaDB").openingFor(std::chrono::seconds(7));
+  EXPECT_THAT(opening, testing::StartsWith("SET character_set_client=utf8mb4, "));
+  EXPECT_THAT(opening, testing::EndsWith(", tx_isolation='READ-COMMITTED', max_statement_time=7"));
+}
+
+TEST(Opening, MayBeSaidWithoutATimeLimit) {
+  interno::Dialect dialect = interno::dialectOf("MariaDB");
+  dialect.opening = "SET NAMES 'utf8'";
+  dialect.openingLimit = {};
+  EXPECT_EQ(dialect.openingFor(std::chrono::seconds(7)), "SET NAMES 'utf8'");
+}
+
+TEST(Opening, IsNoneForAServerThatNeedsNone) {
+  for (const char* server : {"PostgreSQL", "MySQL", "SQLite", "DB2/LINUXX8664", "altro"}) {
+    EXPECT_EQ(interno::dialectOf(server).openingFor(std::chrono::seconds(7)), "") << server;
+  }
 }
 
 TEST(ConnectionText, ReadsTheTextThatTheComponentWrites) {

@@ -25,7 +25,8 @@ constexpr std::string_view connectionId = "SELECT CONNECTION_ID()";
 constexpr std::string_view openingOfMariaDb =
     "SET character_set_client=utf8mb4, character_set_connection=utf8mb4, character_set_results=utf8mb4, "
     "sql_mode=CONCAT(@@sql_mode,',STRICT_ALL_TABLES,NO_ZERO_DATE,NO_ZERO_IN_DATE,NO_BACKSLASH_ESCAPES'), "
-    "tx_isolation='READ-COMMITTED', max_statement_time=";
+    "tx_isolation='READ-COMMITTED'";
+constexpr std::string_view limitOfMariaDb = ", max_statement_time=";
 
 constexpr std::string_view endsOfPostgres =
     "SELECT host(inet_server_addr()), inet_server_port(), host(inet_client_addr()), inet_client_port()";
@@ -35,22 +36,30 @@ constexpr std::string_view endsOfMariaDb =
     "FROM information_schema.PROCESSLIST WHERE ID = CONNECTION_ID()";
 
 constexpr std::array<Dialect, 5> dialects{{
-    {"PostgreSQL", "SELECT pg_backend_pid()", "", true, true, true, true, endsOfPostgres, {}},
-    {"MariaDB", connectionId, openingOfMariaDb, true, true, false, false, endsOfMariaDb, {}},
-    {"MySQL", connectionId, "", true, true, false, false, endsOfMariaDb, {}},
+    {"PostgreSQL", "SELECT pg_backend_pid()", "", "", true, true, true, true, endsOfPostgres, {}},
+    {"MariaDB", connectionId, openingOfMariaDb, limitOfMariaDb, true, true, false, false, endsOfMariaDb, {}},
+    {"MySQL", connectionId, "", "", true, true, false, false, endsOfMariaDb, {}},
     // Busy, locked, full, constraint (https://www.sqlite.org/rescode.html).
-    {"SQLite", "", "", true, false, false, false, "", {5, 6, 13, 19}},
+    {"SQLite", "", "", "", true, false, false, false, "", {5, 6, 13, 19}},
     // The members of the family share no function that names the connection; that it answers is known all the same.
     // "=" takes no LOB on either side
     // (https://www.ibm.com/docs/SSEPEK_13.0.0/sqlref/src/tpc/db2z_lobrestrictions.html).
-    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", false, true, false, false, "", {}},
+    {"DB2", "SELECT 1 FROM SYSIBM.SYSDUMMY1", "", "", false, true, false, false, "", {}},
 }};
-constexpr Dialect unknown{"", "", "", true, true, false, false, "", {}};
+constexpr Dialect unknown{"", "", "", "", true, true, false, false, "", {}};
 
 constexpr int defaultLimit = 60;
 constexpr int oneDay = 86400;
 
 } // namespace
+
+std::string Dialect::openingFor(std::chrono::seconds seconds) const {
+  std::string statement(opening);
+  if (!openingLimit.empty()) {
+    statement.append(openingLimit).append(std::to_string(seconds.count()));
+  }
+  return statement;
+}
 
 const Dialect& dialectOf(std::string_view dbmsName) noexcept {
   const auto* const found = std::find_if(dialects.begin(), dialects.end(),

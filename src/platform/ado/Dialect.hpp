@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <string>
 #include <string_view>
 
 namespace lumoscad::ado::interno {
@@ -10,11 +11,13 @@ namespace lumoscad::ado::interno {
 struct Dialect {
   std::string_view name;          ///< how the server's own name (SQL_DBMS_NAME) begins
   std::string_view serverSession; ///< query of the identity of the server's side of the connection; may be empty
-  std::string_view opening;       ///< first statement of a connection, seconds a statement to be appended; may be empty
-  bool comparesLongTexts;         ///< a column of long texts may be compared with a value
-  bool typesHold;                 ///< a column declared as a number holds numbers alone
-  bool infiniteTimes;             ///< a timestamp may be one without end, which the driver writes as a last day
-  bool namesNumbers;              ///< the name of a column's type tells its numbers, its description may not
+  std::string_view opening;       ///< first statement of a connection; may be empty
+  std::string_view
+      openingLimit;       ///< what gives the opening a time limit for statements, the seconds behind it; may be empty
+  bool comparesLongTexts; ///< a column of long texts may be compared with a value
+  bool typesHold;         ///< a column declared as a number holds numbers alone
+  bool infiniteTimes;     ///< a timestamp may be one without end, which the driver writes as a last day
+  bool namesNumbers;      ///< the name of a column's type tells its numbers, its description may not
   /// Query of the connection's two ends as the server sees them: its own address and port, the client's address and
   /// port, each of which may be NULL. May be empty.
   std::string_view ends;
@@ -22,6 +25,8 @@ struct Dialect {
   /// may be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
   std::array<long, 4> refusals{};
 
+  /// The whole first statement of a connection whose statements may take `seconds` each; empty for none.
+  [[nodiscard]] std::string openingFor(std::chrono::seconds seconds) const;
   [[nodiscard]] bool fileBased() const noexcept { return refusals.front() != 0; }
 };
 

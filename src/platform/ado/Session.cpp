@@ -83,11 +83,11 @@ void Session::readCapabilities() {
 }
 
 void Session::sendOpening() {
-  if (dialect_->opening.empty()) {
+  std::string text = dialect_->openingFor(std::chrono::seconds(timeLimit_));
+  if (text.empty()) {
     return;
   }
   const Waiting waiting(*this);
-  std::string text = std::string(dialect_->opening) + std::to_string(timeLimit_);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
