@@ -105,6 +105,17 @@ TEST_P(Ado, LeavesAValueThatTheServerCannotCompareOutOfTheCondition) {
   EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "2");
 }
 
+TEST_P(Ado, KeepsTheRowsOfTheMomentWhenADynamicSetWasOpened) {
+  Connection other;
+  open(other);
+  Recordset rows = editable(connection_, "GRUPPO=10");
+  other.Execute("INSERT INTO EVENTI (CHIAVE,GRUPPO,SOSPESA) VALUES (4,10,'N')");
+  other.Execute("UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=2");
+  EXPECT_EQ(rows.RecordCount(), 2U);
+  rows.MoveNext();
+  EXPECT_EQ(rows.Fields("SOSPESA").Value(), "N");
+}
+
 TEST(LongColumns, AreNotComparedOnDb2Alone) {
   constexpr SQLSMALLINT clobOfDb2 = -99;
   constexpr std::array<SQLSMALLINT, 3> longTypes{SQL_LONGVARCHAR, SQL_WLONGVARCHAR, clobOfDb2};

@@ -13,8 +13,8 @@
 namespace lumoscad::ado {
 
 enum class CursorLocation { Client = 3 };
-enum class CursorType { Dynamic = 2, Static = 3 };
-enum class LockType { ReadOnly = 1, Optimistic = 3 };
+enum class CursorType { Dynamic = 2 };
+enum class LockType { Optimistic = 3 };
 enum class CommandType { Text = 1 };
 enum class State { Closed = 0, Open = 1 };
 
@@ -124,7 +124,6 @@ class Recordset {
   [[nodiscard]] std::size_t RecordCount() const noexcept; ///< exact
   [[nodiscard]] bool Eof() const noexcept;
   void MoveNext();
-  void MoveFirst();
   /// The column `nome`, found in any case; error 3265 when the result has no such column.
   [[nodiscard]] Field Fields(std::string_view nome);
   /// The place of a column, for reading many rows without a search by name.

@@ -95,16 +95,15 @@ Recordset::Recordset(Recordset&&) noexcept = default;
 Recordset& Recordset::operator=(Recordset&&) noexcept = default;
 Recordset::~Recordset() = default;
 
-void Recordset::Open(Command& comando, CursorType /*tipoCursore*/, LockType tipoBlocco, TabellaModificabile tabella) {
+void Recordset::Open(Command& comando, CursorType /*tipoCursore*/, LockType /*tipoBlocco*/,
+                     TabellaModificabile tabella) {
   if (impl_->open) {
     throw ErroreRuntime(numeri::OggettoAperto, "L'insieme di righe è già aperto.", "ODBC");
   }
   Recordset opened = comando.Execute();
   opened.impl().requireOpen();
-  if (tipoBlocco == LockType::Optimistic) {
-    opened.impl().keyColumn = opened.Colonna(tabella.chiave);
-    opened.impl().table = std::move(tabella);
-  }
+  opened.impl().keyColumn = opened.Colonna(tabella.chiave);
+  opened.impl().table = std::move(tabella);
   *this = std::move(opened);
 }
 
@@ -124,12 +123,6 @@ void Recordset::MoveNext() {
   impl_->requireRow();
   impl_->requireNothingPending();
   ++impl_->current;
-}
-
-void Recordset::MoveFirst() {
-  impl_->requireOpen();
-  impl_->requireNothingPending();
-  impl_->current = 0;
 }
 
 Recordset::Field Recordset::Fields(std::string_view nome) {
