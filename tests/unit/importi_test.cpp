@@ -1,6 +1,7 @@
 #include "common/Utilities.hpp"
 #include "platform/Errore.hpp"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -154,6 +155,16 @@ TEST(FormattedAmount, IsReadFromExponentsToo) {
   EXPECT_EQ(FormattaImporto("1.5E+2"), "150,00");
   EXPECT_EQ(FormattaImporto("5e-3"), "0,01");
   EXPECT_EQ(FormattaImporto("5e-4"), "0,00");
+}
+
+TEST(FormattedAmount, TakesAnExponentOfFourHundredAndNoneBeyond) {
+  std::string uno = FormattaImporto("1e400");
+  EXPECT_EQ(uno.substr(0, 6), "10.000");
+  EXPECT_EQ(std::count(uno.begin(), uno.end(), '0'), 402);
+  EXPECT_EQ(FormattaImporto("-1e-400"), "0,00");
+  for (const char* testo : {"1e401", "1e-401", "0e401", "0e-401"}) {
+    EXPECT_TRUE(NonENumero(testo)) << testo;
+  }
 }
 
 TEST(FormattedAmount, OfWhatIsNoNumberIsATypeError) {

@@ -46,6 +46,13 @@ TEST(Reply, IsEmptiedByARepeatedEmptyElement) {
   EXPECT_EQ(risposta.Errore, "");
 }
 
+TEST(Reply, ALaterEmptyMessageEmptiesTheMessage) {
+  MsgAnnulla risposta;
+  Consegna(risposta, "<R><MESSAGGIO>primo</MESSAGGIO><ERRORE>ma</ERRORE><messaggio></messaggio></R>");
+  EXPECT_EQ(risposta.Messaggio, "");
+  EXPECT_EQ(risposta.Errore, "ma");
+}
+
 TEST(Reply, IgnoresOtherElements) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><CONTO>1</CONTO><ERRORI>x</ERRORI><DENTRO><ERRORE>y</ERRORE></DENTRO></R>");
