@@ -442,6 +442,16 @@ TEST_F(BankCommand, OfCreditsAndDebitsInOneCommandTheLastAnswers) {
   EXPECT_THAT(banco_.host.file, IsEmpty());
 }
 
+TEST_F(BankCommand, SaysNothingOfTheListBeforeWhereTheNextOneFails) {
+  db_.run("UPDATE EVENTOCONTABILE SET DATASCADENZA='mai' WHERE EVENTOCONTABILEKEY=5");
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI /DEBITI"), "error");
+  EXPECT_THAT(Scadenze(), Contains("1 2006-04-05 30"));
+  ASSERT_EQ(banco_.desktop.box.size(), 1U);
+  EXPECT_THAT(banco_.desktop.box[0], StartsWith("-2147220954\r\nERRORE: 13\r\n"));
+  EXPECT_THAT(banco_.desktop.box[0], Not(HasSubstr("host")));
+}
+
 TEST_F(BankCommand, AfterAnErrorOfTheDatabaseNobodyRemovesTheCommandsHourglass) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "31/03/2006", "Banca Seconda");

@@ -62,3 +62,13 @@ TEST_F(ProgressOfAChange, OfANewChangeKnowsNothingOfTheOneBefore) {
   andamento_.Accettata();
   EXPECT_NE(andamento_.Frase().find("nulla. Da allineare: documento A/2006/15 dell'azienda 01."), std::string::npos);
 }
+
+TEST_F(ProgressOfAChange, OfANewChangeForgetsTheRowsThatTheOneBeforeLeft) {
+  andamento_.Accettata();
+  andamento_.Registrata(EsitoTransazione::Applicata);
+  andamento_.RigheRimaste();
+  andamento_.Comincia("partita 2 del conto C10");
+  andamento_.Accettata();
+  andamento_.Registrata(EsitoTransazione::Applicata);
+  EXPECT_EQ(andamento_.Frase(), "L'host e la base dati hanno registrato la modifica: partita 2 del conto C10.");
+}

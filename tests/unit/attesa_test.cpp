@@ -34,7 +34,7 @@ TEST_F(WaitForTheHost, GoesByTheCommandsAddressAndNotByTheWindowsCopy) {
   EXPECT_THAT(banco_.host.host, ElementsAre("10.0.0.7"));
 }
 
-TEST_F(WaitForTheHost, TheWindowKeepsACopyOfWhatItWasGiven) {
+TEST_F(WaitForTheHost, KeepsACopyOfWhatTheWindowWasGiven) {
   stato().HostIP = "10.0.0.7";
   FormAspetta finestra;
   EXPECT_EQ(finestra.Visualizza("copia", "PROGRAMMA", {"a", "", "b "}, {"01", "ALTRO"}, risposta_), "");
@@ -43,6 +43,12 @@ TEST_F(WaitForTheHost, TheWindowKeepsACopyOfWhatItWasGiven) {
   EXPECT_THAT(finestra.Parametri, ElementsAre("a", "", "b "));
   EXPECT_THAT(finestra.ParametriProcedureDB2, ElementsAre("01", "ALTRO"));
   EXPECT_EQ(finestra.MsgAnnulla, &risposta_);
+}
+
+TEST_F(WaitForTheHost, TakesARefusalOfBlanksForAnAcceptedChange) {
+  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  EXPECT_EQ(Visualizza(), "error");
+  EXPECT_THAT(stato().andamento.Frase(), testing::StartsWith("L'host ha già accettato la modifica; la base dati non"));
 }
 
 TEST_F(WaitForTheHost, HandsTheProgramItsParametersAsTheyAre) {

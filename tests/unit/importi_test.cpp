@@ -168,7 +168,7 @@ TEST(FormattedAmount, TakesAnExponentOfFourHundredAndNoneBeyond) {
 }
 
 TEST(FormattedAmount, OfWhatIsNoNumberIsATypeError) {
-  for (const char* testo : {"", " ", "-", ".", "1,5", "1.2.3", "abc", "1e", "1e999999", "0x10"}) {
+  for (const char* testo : {"", " ", "-", ".", "1,5", "1.2.3", "abc", "1 5", "1e", "1e999999", "0x10"}) {
     EXPECT_TRUE(NonENumero(testo)) << testo;
   }
 }

@@ -68,7 +68,13 @@ TEST_F(DueDatesRequest, LeavesOutRowsWithoutANewDueDate) {
   EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"));
 }
 
-TEST_F(DueDatesRequest, ARowWhoseNewDateEqualsThePresentOneIsSentAllTheSame) {
+TEST_F(DueDatesRequest, WithoutRowsLeavesAFileThatHasItsNameAlone) {
+  std::ofstream(FileLocale()) << "di un altro";
+  EXPECT_EQ(Invia({}), "");
+  EXPECT_EQ(Leggi(FileLocale()), "di un altro");
+}
+
+TEST_F(DueDatesRequest, SendsARowWhoseNewDateEqualsThePresentOne) {
   RigaScadenze uguale = Prima;
   uguale.nuovaScadenza = uguale.scadenza;
   EXPECT_EQ(Invia({uguale}), "error");
@@ -78,7 +84,7 @@ TEST_F(DueDatesRequest, ARowWhoseNewDateEqualsThePresentOneIsSentAllTheSame) {
               ElementsAre("1", "20060430", "20060510", "1", "20060331", "20060331", ""));
 }
 
-TEST_F(DueDatesRequest, TheReplyActionsReceiveTheirOwnList) {
+TEST_F(DueDatesRequest, GivesTheReplyActionsAListOfTheirOwn) {
   stato().ContoScadenze = "C10";
   stato().PartitaScadenze = "2006   15";
   const ElenchiScadenze elenchi = ComponiRichiestaScadenze({SenzaNuova, Prima}, "/tmp/X.dos");

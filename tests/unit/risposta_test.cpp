@@ -46,7 +46,7 @@ TEST(Reply, IsEmptiedByARepeatedEmptyElement) {
   EXPECT_EQ(risposta.Errore, "");
 }
 
-TEST(Reply, ALaterEmptyMessageEmptiesTheMessage) {
+TEST(Reply, LosesItsMessageToALaterEmptyOne) {
   MsgAnnulla risposta;
   Consegna(risposta, "<R><MESSAGGIO>primo</MESSAGGIO><ERRORE>ma</ERRORE><messaggio></messaggio></R>");
   EXPECT_EQ(risposta.Messaggio, "");

@@ -71,3 +71,10 @@ TEST(ZeroPadded, PadsAsMuchAsNeeded) {
   EXPECT_EQ(ConZeri(2006, 2), "2006");
   EXPECT_EQ(ConZeri(0, 4), "0000");
 }
+
+TEST(Enumeration, SaysHowManyAreNotShownOnlyWhereThereAreSome) {
+  EXPECT_EQ(Elenca({}, 2), "");
+  EXPECT_EQ(Elenca({"a"}, 2), "a");
+  EXPECT_EQ(Elenca({"a", "b"}, 2), "a; b");
+  EXPECT_EQ(Elenca({"a", "b", "c"}, 2), "a; b; e altre 1");
+}
