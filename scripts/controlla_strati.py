@@ -12,10 +12,10 @@ import tempfile
 PIANI = ["entry", "handlers", "screens", "host", "database", "common", "platform"]
 
 # What the rest of the component may see of an adapter, and the lowest floor that may see it. Every other header of
-# an adapter belongs to its folder and to the composition root alone.
+# an adapter belongs to its folder and to the composition root alone. An allowance that its lowest floor does not use is
+# a violation too.
 INTERFACCE = {
     "platform/ado/Ado.hpp": "database",
-    "platform/ado/ConnectionText.hpp": "database",
     "platform/xml/Nodo.hpp": "platform",
 }
 ADATTATORI = {"ado", "nexaro", "xml", "qt"}
@@ -93,9 +93,16 @@ def errore_esterno(file, incluso):
     return None
 
 
+def permesso_usato(file, incluso):
+    """The allowance that `file` needs for the project's header `incluso`, on the lowest floor that has it, or None."""
+    piano, adattatore = piano_di(file.removeprefix("src/"))
+    estraneo = file.startswith("src/") and adattatore != piano_di(incluso)[1]
+    return incluso if estraneo and INTERFACCE.get(incluso) == piano else None
+
+
 def controlla(radice):
     """All violations below `radice` as (file, line, text), and how much was looked at."""
-    violazioni, file_letti, inclusioni = [], 0, 0
+    violazioni, usati, file_letti, inclusioni = [], set(), 0, 0
     for cartella in ("include", "src", "app"):
         for percorso in sorted((radice / cartella).rglob("*")):
             if percorso.suffix not in (".hpp", ".h", ".cpp"):
@@ -111,6 +118,10 @@ def controlla(radice):
                 perche = (errore_interno if interno else errore_esterno)(nome, trovato[2])
                 if perche:
                     violazioni.append((nome, numero, perche))
+                elif interno:
+                    usati.add(permesso_usato(nome, trovato[2]))
+    for incluso in sorted(INTERFACCE.keys() - usati):
+        violazioni.append((f"src/{incluso}", 0, f"a stale allowance: nothing on the floor {INTERFACCE[incluso]} needs it"))
     return violazioni, file_letti, inclusioni
 
 
@@ -140,6 +151,7 @@ def autoverifica():
         ("src/database/Dati.cpp", 2), ("src/platform/xml/Nodo.cpp", 2), ("src/database/Lettura.cpp", 1),
         ("src/platform/nexaro/Trasporto.cpp", 2), ("src/platform/nexaro/File.cpp", 2),
         ("src/platform/nexaro/ssh/A.cpp", 3), ("src/platform/base/Testo.cpp", 2),
+        ("src/platform/xml/Nodo.hpp", 0),
         ("src/handlers/Vicino.cpp", 1), ("app/lumoscad.cpp", 2), ("app/Processo.cpp", 2),
     }
     with tempfile.TemporaryDirectory() as cartella:

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <set>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 

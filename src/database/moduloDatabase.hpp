@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/MsgAnnulla.hpp"
 #include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
 

@@ -1,6 +1,5 @@
 #include "platform/ado/ResultReader.hpp"
 
-#include "platform/ado/Diagnostics.hpp"
 #include "platform/ado/NumberText.hpp"
 
 #include <algorithm>

@@ -1,12 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <pthread.h>
 #include <string>
-#include <string_view>
 #include <sys/types.h>
 #include <unordered_set>
 
