@@ -4,8 +4,8 @@
 Every word that a name is made of stands in docs/glossario.md, and no truth value is named with a prefix ("is", "has",
 "ha"). Names of scripts/given_names.txt are left alone. The casing of names is clang-tidy's (.clang-tidy).
 
-Usage: check_names.py [ROOT] | --self-test | --reverse
-  --reverse  prints the glossary's table from English to Italian, as the tables before it want it
+Usage: check_names.py [ROOT] | --self-test | --update
+  --update  writes the glossary's table from English to Italian anew, as the tables before it want it
 """
 import pathlib
 import re
@@ -188,7 +188,7 @@ def check(root):
                     wrong.append((where, f"{name}: a truth value is named by what is true, without a prefix"))
     written = [f"| {' | '.join(cells)} |" for cells in rows(page, REVERSE_HEADING) if cells[0] != "English"]
     if written != reverse(page):
-        wrong.append((GLOSSARY, "the table from English to Italian is another than the tables give (--reverse prints it)"))
+        wrong.append((GLOSSARY, "the table from English to Italian is another than the tables give (--update writes it)"))
     return wrong, names
 
 
@@ -230,8 +230,11 @@ def main(arguments):
     if arguments == ["--self-test"]:
         return self_test()
     root = pathlib.Path(__file__).resolve().parent.parent
-    if arguments == ["--reverse"]:
-        print("\n".join(reverse((root / GLOSSARY).read_text(encoding="utf-8"))))
+    if arguments == ["--update"]:
+        page = (root / GLOSSARY).read_text(encoding="utf-8")
+        kept = page.partition(REVERSE_HEADING)[0]
+        table = ["| English | Italian |", "|---|---|", *reverse(page)]
+        (root / GLOSSARY).write_text(f"{kept}{REVERSE_HEADING}\n\n" + "\n".join(table) + "\n", encoding="utf-8")
         return 0
     wrong, names = check(pathlib.Path(arguments[0]) if arguments else root)
     for where, why in wrong:
