@@ -1,6 +1,6 @@
 #include "platform/base/AsciiCase.hpp"
+#include "support/ProcessLocale.hpp"
 
-#include <clocale>
 #include <gtest/gtest.h>
 
 using namespace lumoscad::base;
@@ -22,11 +22,9 @@ TEST(AsciiCase, ComparesTextsOfTheSameLengthOnly) {
 }
 
 TEST(AsciiCase, DoesNotAskTheLocale) {
-  const std::string before = std::setlocale(LC_ALL, nullptr);
-  // Where it is installed; elsewhere the expectations hold in the locale that is there.
-  std::setlocale(LC_ALL, "tr_TR.UTF-8");
-  EXPECT_TRUE(SameButForCase("UNICODE", "unicode"));
-  EXPECT_EQ(LowerCase("I"), "i");
-  EXPECT_EQ(UpperCase("i"), "I");
-  std::setlocale(LC_ALL, before.c_str());
+  // In which both bytes are the letter "e" with an accent.
+  const lumoscad::test::ProcessLocale locale(LC_ALL, "it_IT.ISO-8859-1");
+  EXPECT_FALSE(SameButForCase("\xE8", "\xC8"));
+  EXPECT_EQ(LowerCase("\xC8"), "\xC8");
+  EXPECT_EQ(UpperCase("\xE8"), "\xE8");
 }
