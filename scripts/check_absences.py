@@ -74,7 +74,11 @@ def self_test():
 def main(arguments):
     if arguments == ["--self-test"]:
         return self_test()
-    wrong, looked = check(pathlib.Path(arguments[0]) if arguments else pathlib.Path(__file__).resolve().parent.parent)
+    root = pathlib.Path(arguments[0]) if arguments else pathlib.Path(__file__).resolve().parent.parent
+    wrong, looked = check(root)
+    for place in sorted({place for _, places, _ in ABSENT for place in places}):
+        if not list(root.glob(place.rstrip("/") + "*")):
+            wrong.append((place, 0, "named here and not there"))
     for name, number, why in wrong:
         print(f"{name}:{number}: {why}")
     print(f"absences: {len(ABSENT)} looked for in {looked} files, {len(wrong)} found")
