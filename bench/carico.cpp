@@ -3,6 +3,7 @@
 #include "common/Stato.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/BaseGrande.hpp"
+#include "support/Paths.hpp"
 
 #include <cstdio>
 #include <stdexcept>
@@ -21,7 +22,7 @@ bool Carico() {
     std::puts("Carico: PostgreSQL o il suo driver ODBC non è installato, misura saltata");
     return true;
   }
-  const test::BaseGrande base(LUMOSCAD_BASE, Rate);
+  const test::BaseGrande base(test::buildFolder() / "bench/postgres", Rate);
   const StatoSostituito stato;
   lumoscad::stato().ComandoCorrente = base.command();
   DesktopCronometro desktop;

@@ -3,6 +3,7 @@
 #include "common/Stato.hpp"
 #include "screens/FormPresunti.hpp"
 #include "support/BaseGrande.hpp"
+#include "support/Paths.hpp"
 
 #include <cstdio>
 #include <set>
@@ -66,7 +67,7 @@ bool CaricoPresunti() {
     std::puts("Carico dei presunti: PostgreSQL o il suo driver ODBC non è installato, misura saltata");
     return true;
   }
-  const test::BaseGrande base(LUMOSCAD_BASE, 1, Righe);
+  const test::BaseGrande base(test::buildFolder() / "bench/postgres", 1, Righe);
   const StatoSostituito stato;
   lumoscad::stato().ComandoCorrente = base.command();
   DesktopCronometro desktop;

@@ -4,6 +4,7 @@
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/nexaro/cartella/Processo.hpp"
 #include "platform/xml/Nodo.hpp"
+#include "support/Paths.hpp"
 #include "support/ServerSsh.hpp"
 
 #include <cstdio>
@@ -35,7 +36,7 @@ void Scrivi(const fs::path& file, const std::string& testo) {
 /// The host: a server, a program that answers with the file "risposta", the files of the two sides.
 class Host {
  public:
-  Host() : base_(LUMOSCAD_BASE_SSH), server_(base_ / "server") {
+  Host() : base_(test::buildFolder() / "bench/ssh"), server_(base_ / "server") {
     for (const char* nome : {"tmp", "programmi"}) {
       fs::remove_all(base_ / nome);
       fs::create_directory(base_ / nome);

@@ -2,6 +2,7 @@
 
 #include "Campi.hpp"
 #include "Iniettore.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -177,7 +178,7 @@ long Iniezione::Chiamate(const std::string& genere) {
   Ripristina();
   const Foglio foglio(sistema_.Base() / "iniezione");
   Sistema::Lancio lancio{Terminale, {bersaglio_.comando}};
-  lancio.ambiente = {"LD_PRELOAD=" LUMOSCAD_INIETTORE, "LUMOSCAD_INIEZIONE=" + genere + ":0",
+  lancio.ambiente = {"LD_PRELOAD=" + test::libraryPath("iniettore").string(), "LUMOSCAD_INIEZIONE=" + genere + ":0",
                      "LUMOSCAD_INIEZIONE_FILE=" + foglio.Percorso().string()};
   static_cast<void>(sistema_.Avvia(lancio).Attendi());
   foglio.Leggi(pagina);
@@ -202,7 +203,8 @@ Prova Iniezione::A(const std::string& genere, long numero) {
 Prova Iniezione::Esegui(const std::string& genere, long numero) {
   const Foglio foglio(sistema_.Base() / "iniezione");
   Sistema::Lancio lancio{Terminale, {bersaglio_.comando, "-T TEST"}};
-  lancio.ambiente = {"LD_PRELOAD=" LUMOSCAD_INIETTORE, "LUMOSCAD_INIEZIONE=" + genere + ":" + std::to_string(numero),
+  lancio.ambiente = {"LD_PRELOAD=" + test::libraryPath("iniettore").string(),
+                     "LUMOSCAD_INIEZIONE=" + genere + ":" + std::to_string(numero),
                      "LUMOSCAD_INIEZIONE_FILE=" + foglio.Percorso().string(), "NEXARO_ATTESA=5",
                      "LUMOSCAD_ATTESA_SQL=3"};
   const int uscita = sistema_.Avvia(lancio).Attendi();

@@ -1,5 +1,7 @@
 #include "Sistema.hpp"
 
+#include "support/Paths.hpp"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -55,12 +57,12 @@ std::vector<char*> Puntatori(Testi& testi) {
 }
 
 fs::path PreparaCartella(const std::string& genere) {
-  fs::path base = fs::path(LUMOSCAD_CARTELLA_PROVE) / (genere + "-" + std::to_string(::getpid()));
+  fs::path base = test::outputPath("affidabilita/prove") / (genere + "-" + std::to_string(::getpid()));
   fs::remove_all(base);
   for (const char* cartella : {"host/tmp", "host/programmi", "host/registro"}) {
     fs::create_directories(base / cartella);
   }
-  fs::copy_file(LUMOSCAD_VB0001, base / "host/programmi/VB0001");
+  fs::copy_file(test::programPath("VB0001"), base / "host/programmi/VB0001");
   return base;
 }
 
@@ -77,7 +79,7 @@ template <typename Condizione> bool Finche(Condizione condizione) {
 }
 
 std::string Schema() {
-  std::ifstream file(LUMOSCAD_SCHEMA);
+  std::ifstream file(test::sourcePath("demo/schema.sql"));
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -196,7 +198,7 @@ Famiglia Sistema::Avvia(const Lancio& lancio) const {
     file << comando << '\n';
   }
   file.close();
-  Testi argomenti{LUMOSCAD_TERMINALE, Registro(lancio.postazione).string()};
+  Testi argomenti{test::programPath("lumoscad_terminale").string(), Registro(lancio.postazione).string()};
   if (lancio.contaPassi || lancio.morte > 0) {
     argomenti.push_back(lancio.contaPassi ? Passi(lancio.postazione).string() : std::string());
     argomenti.push_back(std::to_string(lancio.morte));

@@ -7,6 +7,7 @@
 #include "Contabilita.hpp"
 #include "Pagina.hpp"
 #include "Uccisione.hpp"
+#include "support/Paths.hpp"
 
 #include <gmock/gmock.h>
 
@@ -25,7 +26,9 @@ namespace {
 const Misura misura;
 
 /// The pages that the documentation keeps.
-constexpr const char* PaginaPubblicata = LUMOSCAD_DOCUMENTI "/uccisioni.md";
+std::filesystem::path PaginaPubblicata() {
+  return test::sourcePath("docs/uccisioni.md");
+}
 
 bool PerIntero() {
   return std::getenv("LUMOSCAD_PER_INTERO") != nullptr || std::getenv("LUMOSCAD_PAGINA_UCCISIONI") != nullptr;
@@ -177,7 +180,7 @@ void OgniPasso(Uccisione& uccisione, const std::string& genere, const std::strin
   const std::string sezione = "## `" + titolo + "`\n\n" + Tabella(passi, viste);
   LaScena().pagina += "\n" + sezione;
   if (std::getenv("LUMOSCAD_PAGINA_UCCISIONI") == nullptr) {
-    std::string pubblicata = Sezione(PaginaPubblicata, titolo);
+    std::string pubblicata = Sezione(PaginaPubblicata(), titolo);
     pubblicata.erase(pubblicata.find_last_not_of('\n') + 1);
     EXPECT_EQ(pubblicata + "\n", sezione) << "docs/uccisioni.md is not current";
   }
@@ -199,7 +202,7 @@ std::size_t Fine(const Testi& passi, std::size_t primo, const Linea& linea, cons
 /// Dies at both ends of every line of the published table.
 void OgniLinea(Uccisione& uccisione, const std::string& genere, const std::string& titolo) {
   const Testi& passi = uccisione.Passi();
-  const auto linee = LeggiTabella(Sezione(PaginaPubblicata, titolo));
+  const auto linee = LeggiTabella(Sezione(PaginaPubblicata(), titolo));
   ASSERT_FALSE(linee.empty()) << "docs/uccisioni.md has no table of this command";
   std::size_t primo = 0;
   for (std::size_t i = 0; i < linee.size(); ++i) {

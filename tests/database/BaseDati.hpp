@@ -4,6 +4,7 @@
 #include "platform/Servizi.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
+#include "support/Paths.hpp"
 
 #include <fstream>
 #include <iterator>
@@ -25,7 +26,7 @@ inline const auto NomeDelGenere = [](const auto& caso) { return std::string(caso
 /// The script that creates the accounting tables.
 inline const std::string& TabelleContabili() {
   static const std::string script = [] {
-    std::ifstream file(LUMOSCAD_SCHEMA);
+    std::ifstream file(test::sourcePath("demo/schema.sql"));
     return std::string{std::istreambuf_iterator<char>(file), {}};
   }();
   return script;

@@ -4,6 +4,7 @@
 #include "RegistroEsiti.hpp"
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
+#include "support/Paths.hpp"
 
 #include <chrono>
 #include <cstdlib>
@@ -36,7 +37,7 @@ class Silenzio {
 };
 
 std::string SchemaEDati() {
-  std::ifstream file(LUMOSCAD_SCHEMA);
+  std::ifstream file(test::sourcePath("demo/schema.sql"));
   return std::string(std::istreambuf_iterator<char>(file), {}) + DatiDelleAzioni();
 }
 

@@ -1,5 +1,7 @@
 #include "RegistroEsiti.hpp"
 
+#include "support/Paths.hpp"
+
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -21,7 +23,7 @@ class StampaEsiti final : public testing::Environment {
     std::cout << tabelle << '\n' << RegistroEsiti::Unico().Riassunto();
     // The second run, inside a calling program, goes on at the same time and has nothing else to tell.
     if (std::getenv("LUMOSCAD_PROVA_LOCALE") == nullptr) {
-      std::ofstream(LUMOSCAD_ESITI) << tabelle;
+      std::ofstream(test::buildFolder() / "esiti.md") << tabelle;
     }
   }
 };

@@ -3,6 +3,7 @@
 #include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/OdbcSqlite.hpp"
+#include "support/Paths.hpp"
 #include "support/Prova.hpp"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ constexpr const char* Dati =
     " NULL, NULL, NULL, NULL, 'N')";
 
 std::string Schema() {
-  std::ifstream file(LUMOSCAD_SCHEMA);
+  std::ifstream file(test::sourcePath("demo/schema.sql"));
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -1,6 +1,7 @@
 #include "Esiti.hpp"
 #include "RegistroEsiti.hpp"
 #include "platform/Errore.hpp"
+#include "support/Paths.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,7 +27,7 @@ class DiscoPieno final : public testing::Environment {
   void SetUp() override {
     cartella_ = test::serverDirectory("disco");
     std::filesystem::create_directories(cartella_);
-    setenv("LD_PRELOAD", LUMOSCAD_LIBRERIA_DISCO, 1);
+    setenv("LD_PRELOAD", test::libraryPath("disco_pieno").c_str(), 1);
     setenv("LUMOSCAD_DISCO_PIENO", Segno().c_str(), 1);
   }
   void TearDown() override { std::filesystem::remove_all(cartella_); }

@@ -1,5 +1,6 @@
 #include "platform/Errore.hpp"
 #include "platform/qt/QtDesktop.hpp"
+#include "support/Paths.hpp"
 
 #include <QApplication>
 #include <QCoreApplication>
@@ -104,7 +105,7 @@ TEST(Application, ACallingProgramWithoutWindowsIsRefused) {
 
 TEST(Application, WithoutOneTheDesktopMakesItsOwnKeepsItAndLeavesTheLocaleAsItWas) {
   const Variabile piattaforma("QT_QPA_PLATFORM", "offscreen");
-  const Variabile cartella("LOCPATH", LUMOSCAD_LOCALI);
+  const Variabile cartella("LOCPATH", (test::buildFolder() / "locali").c_str());
   const Variabile dellaPersona("LC_ALL", "it_IT.UTF-8");
   ASSERT_EQ(QCoreApplication::instance(), nullptr);
   const std::string locale = std::setlocale(LC_ALL, "C");

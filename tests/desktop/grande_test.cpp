@@ -8,6 +8,7 @@
 #include "platform/qt/QtDesktop.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/BaseGrande.hpp"
+#include "support/Paths.hpp"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -276,7 +277,7 @@ TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatW
   if (!test::PostgresServer::available()) {
     GTEST_SKIP() << "PostgreSQL or its ODBC driver is not installed";
   }
-  const test::BaseGrande base(LUMOSCAD_BASE, Rate);
+  const test::BaseGrande base(test::outputPath("grande-postgres"), Rate);
   const std::unique_ptr<Desktop> desktop = qt::CreaDesktop();
   const StatoSostituito moduli;
   stato().ComandoCorrente = base.command();

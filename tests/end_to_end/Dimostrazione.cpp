@@ -3,6 +3,7 @@
 #include "Figlio.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/OdbcConfiguration.hpp"
+#include "support/Paths.hpp"
 #include "support/ServerSsh.hpp"
 
 #include <algorithm>
@@ -32,8 +33,9 @@ std::string AggiungiSorgente(const fs::path& file) {
 }
 
 fs::path CartellaNuova() {
-  fs::create_directories(LUMOSCAD_CARTELLA_PROVE);
-  std::string modello = std::string(LUMOSCAD_CARTELLA_PROVE) + "/XXXXXX";
+  const fs::path cartella = test::outputPath("end_to_end/prove");
+  fs::create_directories(cartella);
+  std::string modello = (cartella / "XXXXXX").string();
   if (::mkdtemp(modello.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category(), "mkdtemp");
   }
@@ -44,7 +46,7 @@ fs::path CartellaNuova() {
 ServerSsh::Opzioni OpzioniSsh(const std::string& radice, const std::string& opzioni) {
   ServerSsh::Opzioni nuove;
   nuove.ambiente = {"NEXARO_RADICE=" + radice};
-  nuove.sftp = "'" LUMOSCAD_SFTP_RADICE "' " + opzioni + " '" + radice + "'";
+  nuove.sftp = "'" + test::programPath("sftp_radice").string() + "' " + opzioni + " '" + radice + "'";
   return nuove;
 }
 
@@ -137,8 +139,8 @@ std::string NomeTrasporto(Trasporto trasporto) {
 }
 
 Dimostrazione::Dimostrazione(Trasporto trasporto) : base_(CartellaNuova()) {
-  if (!Comando({LUMOSCAD_PREPARA, base_.string()},
-               {"LUMOSCAD_BIN=" LUMOSCAD_PROGRAMMI, "LUMOSCAD_DATA=" + std::string(Giorno)})) {
+  if (!Comando({test::sourcePath("demo/prepara.sh").string(), base_.string()},
+               {"LUMOSCAD_BIN=" + (test::buildFolder() / "bin").string(), "LUMOSCAD_DATA=" + std::string(Giorno)})) {
     throw std::runtime_error("the demonstration cannot be prepared");
   }
   sorgente_ = AggiungiSorgente(BaseDati());

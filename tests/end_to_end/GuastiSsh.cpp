@@ -2,6 +2,7 @@
 #include "platform/nexaro/Nexaro.hpp"
 
 #include "Figlio.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -92,7 +93,7 @@ class Tabella final : public testing::Environment {
                riga.base + " |\n";
     }
     std::fputs(testo.c_str(), stdout);
-    std::ofstream(LUMOSCAD_TABELLA) << testo;
+    std::ofstream(test::outputPath("end_to_end/guasti_ssh.md")) << testo;
   }
 };
 

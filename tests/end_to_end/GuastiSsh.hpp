@@ -14,7 +14,7 @@
 namespace lumoscad::prova {
 
 /// The credits command over SSH, through a proxy. Each case is one line of the table of faults, which is printed at
-/// the end and written to the file LUMOSCAD_TABELLA.
+/// the end and written to the file guasti_ssh.md of the build folder.
 class SshFaults : public Guasti {
  protected:
   using Azione = ProxyByte::Azione;

@@ -1,5 +1,7 @@
 #include "ListaPresunti.hpp"
 
+#include "support/Paths.hpp"
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -72,7 +74,7 @@ void ListaPresunti::Lancia(const std::string& programma, int volte) {
   ambiente.push_back("ASAN_OPTIONS=" + std::string(controlli == nullptr ? "" : controlli) + ":strict_string_checks=0");
   programma_ = std::make_unique<Figlio>(
       std::vector<std::string>{"sh", "-c", ". \"$1\"; " + programma, "sh", (demo.Base() / "ambiente.sh").string(),
-                               LUMOSCAD_PROGRAMMA, LUMOSCAD_SEQUENZA},
+                               test::programPath("lumoscad").string(), test::programPath("lumoscad_sequenza").string()},
       ambiente, demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
 }
 
@@ -99,7 +101,7 @@ void ListaPresunti::Digita(const std::string& testo) {
 }
 
 void ListaPresunti::Fotografa(const std::string& nome) {
-  ASSERT_TRUE(schermo.Fotografa(finestra_, fs::path(LUMOSCAD_SCHERMATE) / (nome + ".png")));
+  ASSERT_TRUE(schermo.Fotografa(finestra_, test::outputPath("end_to_end/schermate") / (nome + ".png")));
 }
 
 void ListaPresunti::Conferma() {

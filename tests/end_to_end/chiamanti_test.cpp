@@ -3,6 +3,7 @@
 #include "Dimostrazione.hpp"
 #include "Figlio.hpp"
 #include "Schermo.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,9 +25,10 @@ class Chiamante {
   Chiamante(const std::string& lingua, const fs::path& cartella, std::vector<std::string> ambiente)
       : cartella_(cartella) {
     ::mkfifo((cartella / "comandi").c_str(), 0600);
-    auto argomenti = std::vector<std::string>{LUMOSCAD_CHIAMANTE_C};
+    auto argomenti = std::vector<std::string>{test::programPath("lumoscad_chiamante_c").string()};
     if (lingua == "Python") {
-      argomenti = {"python3", LUMOSCAD_CHIAMANTE_PYTHON, LUMOSCAD_LIBRERIA};
+      argomenti = {"python3", test::sourcePath("tests/end_to_end/chiamante.py").string(),
+                   test::libraryPath("lumoscad").string()};
       // The interpreter knows nothing of a sanitizer in the library, and does not give back its own memory.
       if (const std::string sanitizer = LUMOSCAD_SANITIZER; !sanitizer.empty()) {
         ambiente.push_back("LD_PRELOAD=" + sanitizer);

@@ -9,6 +9,7 @@
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/qt/QtDesktop.hpp"
 #include "support/OdbcConfiguration.hpp"
+#include "support/Paths.hpp"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -71,7 +72,7 @@ class NestedCall : public testing::Test {
     }
     host_ = nexaro::CreaHostLink();
     ambiente_ = nexaro::LeggiAmbiente();
-    test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
+    test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     orologio_.start();
     Ogni10(intruso_, [this] { Intrometti(); });

@@ -3,6 +3,7 @@
 #include "Dimostrazione.hpp"
 #include "Schermo.hpp"
 #include "support/OdbcConfiguration.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -18,7 +19,7 @@ const std::string titolo = "LumoScad";
 class Commands : public testing::TestWithParam<Trasporto> {
  protected:
   Commands() : demo(GetParam()), schermo(demo.Base()) {
-    test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
+    test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
   }
 
   std::unique_ptr<Figlio> Avvia(const std::string& comando) {
@@ -26,7 +27,7 @@ class Commands : public testing::TestWithParam<Trasporto> {
            comando + " -H " + demo.Indirizzo() + " -D 01 -DB2SOURCE CONTABILITA -DB2SCHEMA main\n");
     return std::make_unique<Figlio>(
         std::vector<std::string>{"sh", "-c", ". \"$1\"; exec \"$2\" -", "sh", (demo.Base() / "ambiente.sh").string(),
-                                 LUMOSCAD_PROGRAMMA},
+                                 test::programPath("lumoscad").string()},
         schermo.Ambiente(), demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
   }
   /// Runs the command, closes its boxes with keys, and returns its result and its exit status.

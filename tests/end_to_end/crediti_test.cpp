@@ -2,6 +2,7 @@
 #include "Figlio.hpp"
 #include "Schermo.hpp"
 #include "platform/nexaro/Nexaro.hpp"
+#include "support/Paths.hpp"
 
 #include <gmock/gmock.h>
 
@@ -76,7 +77,9 @@ class Crediti : public testing::Test {
   explicit Crediti(Trasporto trasporto, const std::string& misura = "1280x800")
       : demo(trasporto), schermo(demo.Base(), misura) {}
 
-  static fs::path Schermata(const std::string& nome) { return fs::path(LUMOSCAD_SCHERMATE) / (nome + ".png"); }
+  static fs::path Schermata(const std::string& nome) {
+    return test::outputPath("end_to_end/schermate") / (nome + ".png");
+  }
 
   /// Starts the program; it reads its command line on standard input.
   std::unique_ptr<Figlio> Avvia(const std::string& opzioni, const std::vector<std::string>& aggiunte = {}) {
@@ -90,7 +93,7 @@ class Crediti : public testing::Test {
     ambiente.insert(ambiente.end(), aggiunte.begin(), aggiunte.end());
     return std::make_unique<Figlio>(
         std::vector<std::string>{"sh", "-c", ". \"$1\"; exec \"$2\" -", "sh", (demo.Base() / "ambiente.sh").string(),
-                                 LUMOSCAD_PROGRAMMA},
+                                 test::programPath("lumoscad").string()},
         ambiente, demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
   }
 

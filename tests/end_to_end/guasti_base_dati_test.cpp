@@ -2,6 +2,7 @@
 
 #include "Figlio.hpp"
 #include "Guasti.hpp"
+#include "support/Paths.hpp"
 #include "support/PostgresServer.hpp"
 
 namespace lumoscad::prova {
@@ -66,12 +67,13 @@ class PostgresFaults : public Guasti {
  protected:
   void SetUp() override {
     ASSERT_TRUE(test::PostgresServer::available());
-    auto dati = Comando({LUMOSCAD_GENERA, std::string(Dimostrazione::Giorno), "40"}).value_or("");
+    auto dati =
+        Comando({test::programPath("lumoscad-genera").string(), std::string(Dimostrazione::Giorno), "40"}).value_or("");
     // The script runs in a transaction of its own.
     ASSERT_TRUE(dati.starts_with("BEGIN;\n") && dati.ends_with("COMMIT;"));
     dati = dati.substr(7, dati.size() - 14);
-    server_ = std::make_unique<test::PostgresServer>(LUMOSCAD_POSTGRES);
-    sorgente_ = server_->createDatabase("contabilita", Leggi(LUMOSCAD_SCHEMA) + dati);
+    server_ = std::make_unique<test::PostgresServer>(test::outputPath("end_to_end/postgres"));
+    sorgente_ = server_->createDatabase("contabilita", Leggi(test::sourcePath("demo/schema.sql")) + dati);
   }
 
   std::unique_ptr<test::PostgresServer> server_;

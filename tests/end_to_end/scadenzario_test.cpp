@@ -6,6 +6,7 @@
 #include "host/RichiestaScadenze.hpp"
 #include "screens/FormLumoScad.hpp"
 #include "support/OdbcConfiguration.hpp"
+#include "support/Paths.hpp"
 
 #include <gmock/gmock.h>
 
@@ -24,7 +25,7 @@ constexpr std::string_view Nome = "T0120260305140709";
 class WholeItemWindow : public FinestraIntera {
  protected:
   WholeItemWindow() {
-    test::runScript(demo.Connessione(), Leggi(LUMOSCAD_COMANDI_SQL));
+    test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     auto& s = stato();
     s.ComandoCorrente = "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main";

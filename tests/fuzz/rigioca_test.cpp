@@ -1,4 +1,5 @@
 #include "Bersagli.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -32,7 +33,7 @@ class KeptInputs : public testing::TestWithParam<Bersaglio> {
  protected:
   /// Plays every input of a folder and returns how many there are.
   static std::size_t Gioca(std::string_view raccolta) {
-    const auto file = File(fs::path(LUMOSCAD_INGRESSI) / raccolta / GetParam().nome);
+    const auto file = File(lumoscad::test::sourcePath("tests/fuzz") / raccolta / GetParam().nome);
     for (const fs::path& percorso : file) {
       SCOPED_TRACE(percorso.filename().string());
       const auto ingresso = Leggi(percorso);
@@ -55,9 +56,9 @@ TEST_P(KeptInputs, ThatOnceFoundAFaultFindItNoMore) {
 TEST(Findings, AllStandUnderATargetThatPlaysThemAgain) {
   std::size_t rigiocati = 0;
   for (const Bersaglio& bersaglio : bersagli) {
-    rigiocati += File(fs::path(LUMOSCAD_INGRESSI) / "reperti" / bersaglio.nome).size();
+    rigiocati += File(lumoscad::test::sourcePath("tests/fuzz/reperti") / bersaglio.nome).size();
   }
-  const fs::recursive_directory_iterator tutti(fs::path(LUMOSCAD_INGRESSI) / "reperti");
+  const fs::recursive_directory_iterator tutti(lumoscad::test::sourcePath("tests/fuzz/reperti"));
   const auto conservati =
       std::count_if(begin(tutti), end(tutti), [](const auto& voce) { return voce.is_regular_file(); });
   EXPECT_GT(rigiocati, 0U);

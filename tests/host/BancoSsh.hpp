@@ -2,6 +2,7 @@
 
 #include "Banco.hpp"
 #include "platform/nexaro/ssh/CollegamentoSsh.hpp"
+#include "support/Paths.hpp"
 #include "support/ServerSsh.hpp"
 
 #include <algorithm>
@@ -18,7 +19,8 @@ class BancoSsh : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     ASSERT_TRUE(prova::ServerSsh::Disponibile());
-    server = std::make_unique<prova::ServerSsh>(fs::path(LUMOSCAD_CARTELLA_PROVE) / "ssh");
+    server = std::make_unique<prova::ServerSsh>(
+        test::outputPath("host/prove-" + fs::read_symlink("/proc/self/exe").filename().string()));
   }
   static void TearDownTestSuite() { server.reset(); }
 

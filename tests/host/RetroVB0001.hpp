@@ -3,6 +3,7 @@
 #include "Banco.hpp"
 #include "platform/nexaro/cartella/Processo.hpp"
 #include "platform/xml/Nodo.hpp"
+#include "support/Paths.hpp"
 
 namespace lumoscad::prove {
 
@@ -25,7 +26,7 @@ class BackEndVB0001 : public testing::Test {
 
   /// The answer's bytes.
   std::string Byte(const std::vector<std::string>& parametri) {
-    const auto esito = nexaro::Esegui({LUMOSCAD_VB0001,
+    const auto esito = nexaro::Esegui({test::programPath("VB0001").string(),
                                        parametri,
                                        {"NEXARO_RADICE=" + radice.Percorso()},
                                        radice.Percorso(),

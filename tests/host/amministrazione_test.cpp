@@ -2,6 +2,7 @@
 
 #include "BancoSsh.hpp"
 #include "platform/nexaro/ProvaOperazioni.hpp"
+#include "support/Paths.hpp"
 
 #include <array>
 #include <cstdio>
@@ -42,7 +43,8 @@ class Administration : public prove::BancoSsh {
   }
 
   [[nodiscard]] static Esito Esegui(const std::string& argomenti, const std::string& ingresso = "") {
-    const auto riga = "printf '" + ingresso + "' | '" LUMOSCAD_PROGRAMMA "' " + argomenti + " 2>&1";
+    const auto riga =
+        "printf '" + ingresso + "' | '" + test::programPath("lumoscad").string() + "' " + argomenti + " 2>&1";
     std::FILE* tubo = ::popen(riga.c_str(), "r");
     Esito esito;
     std::array<char, 256> pezzo{};

@@ -1,5 +1,6 @@
 #include "Banco.hpp"
 #include "platform/nexaro/cartella/Processo.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -11,7 +12,8 @@ using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 nexaro::EsitoProcesso Genera(const std::vector<std::string>& argomenti) {
-  return nexaro::Esegui({LUMOSCAD_GENERA, argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
+  return nexaro::Esegui(
+      {test::programPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
 }
 
 TEST(DemonstrationData, AreTheSameForTheSameDay) {
@@ -38,14 +40,15 @@ TEST(DemonstrationData, GrowWithTheNumberAskedFor) {
 
 /// The answer of a query to the generated data, its columns separated by "|".
 std::string Interroga(const std::string& argomenti, const std::string& query) {
-  const auto esito = nexaro::Esegui({"/bin/sh",
-                                     {"-c", "{ cat \"$1\"; \"$2\" $3; echo \"$4;\"; } | sqlite3 -bail", "sh",
-                                      LUMOSCAD_SCHEMA, LUMOSCAD_GENERA, argomenti, query},
-                                     {},
-                                     "/",
-                                     20s,
-                                     1024 * 1024,
-                                     2000});
+  const auto esito = nexaro::Esegui(
+      {"/bin/sh",
+       {"-c", "{ cat \"$1\"; \"$2\" $3; echo \"$4;\"; } | sqlite3 -bail", "sh",
+        test::sourcePath("demo/schema.sql").string(), test::programPath("lumoscad-genera").string(), argomenti, query},
+       {},
+       "/",
+       20s,
+       1024 * 1024,
+       2000});
   EXPECT_EQ(esito.stato, 0) << esito.errori;
   return esito.uscita;
 }

@@ -3,6 +3,7 @@
 #include "Banco.hpp"
 #include "Riservatezza.hpp"
 #include "lumoscad/LumoScadenze.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <array>
@@ -42,7 +43,8 @@ class Programma {
     if (::pipe2(tubo.data(), O_CLOEXEC) != 0) {
       throw std::runtime_error("pipe2");
     }
-    std::vector<char*> vettore{const_cast<char*>(LUMOSCAD_PROGRAMMA)};
+    const std::string programma = test::programPath("lumoscad").string();
+    std::vector<char*> vettore{const_cast<char*>(programma.c_str())};
     for (const auto& argomento : argomenti) {
       vettore.push_back(const_cast<char*>(argomento.c_str()));
     }
@@ -254,7 +256,7 @@ TEST_F(LumoscadProgram, NamesEveryEnvironmentVariableInItsHelp) {
   EXPECT_EQ(Esegui({"--aiuto"}), 0);
   std::set<std::string> nomi{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SSH_AUTH_SOCK"};
   static const std::regex variabile("\"((NEXARO|LUMOSCAD)_[A-Z_]+)\"");
-  for (const auto& voce : std::filesystem::recursive_directory_iterator(LUMOSCAD_SORGENTI)) {
+  for (const auto& voce : std::filesystem::recursive_directory_iterator(test::sourcePath("src"))) {
     const std::string testo = voce.is_regular_file() ? prove::Leggi(voce.path().string()) : "";
     for (std::sregex_iterator trovata(testo.begin(), testo.end(), variabile), fine; trovata != fine; ++trovata) {
       nomi.insert((*trovata)[1]);

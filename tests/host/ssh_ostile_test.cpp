@@ -2,6 +2,7 @@
 
 #include "BancoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
+#include "support/Paths.hpp"
 
 #include <chrono>
 #include <csignal>
@@ -33,7 +34,7 @@ class SshHostile : public prove::BancoSsh {
 
   /// The host's file service is from now on one that does its harm in this way.
   void Servizio(const std::string& modo) {
-    server->Cambia({"ed25519", {}, std::string(LUMOSCAD_SFTP_OSTILE) + " " + modo, {}});
+    server->Cambia({"ed25519", {}, test::programPath("sftp_ostile").string() + " " + modo, {}});
   }
   /// The error of a file that is received; nothing may be left of it.
   ErroreRuntime Ricezione(const std::string& remoto) {
@@ -128,9 +129,10 @@ class SshFlood : public prove::BancoSsh {
     prove::BancoSsh::SetUp();
     const auto chiave = server->Cartella() / "host";
     const auto cartella = base.Percorso();
+    const auto programma = test::programPath("ssh_ostile").string();
     processo_ = ::fork();
     if (processo_ == 0) {
-      ::execl(LUMOSCAD_SSH_OSTILE, LUMOSCAD_SSH_OSTILE, chiave.c_str(), cartella.c_str(), nullptr);
+      ::execl(programma.c_str(), programma.c_str(), chiave.c_str(), cartella.c_str(), nullptr);
       ::_exit(127);
     }
     ASSERT_GT(processo_, 0);

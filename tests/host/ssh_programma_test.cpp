@@ -3,6 +3,7 @@
 #include "BancoSsh.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "platform/nexaro/ssh/Citazione.hpp"
+#include "support/Paths.hpp"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -206,7 +207,7 @@ class SshForcedCommand : public SshProgram {
  protected:
   void SetUp() override {
     SshProgram::SetUp();
-    auto ingresso = prove::Leggi(LUMOSCAD_INGRESSO);
+    auto ingresso = prove::Leggi(test::sourcePath("docs/lumoscad-ingresso.sh"));
     const std::string originale = "programmi=/opt/contabile/programmi\n";
     const auto posto = ingresso.find(originale);
     ASSERT_NE(posto, std::string::npos);

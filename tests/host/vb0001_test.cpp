@@ -1,4 +1,5 @@
 #include "RetroVB0001.hpp"
+#include "support/Paths.hpp"
 
 #include <gmock/gmock.h>
 
@@ -150,8 +151,13 @@ TEST_F(BackEndVB0001, RefusesUnknownRequestsAndEscapesWhatItRepeats) {
 
 TEST_F(BackEndVB0001, SaysOnStandardErrorThatItCannotWriteItsLog) {
   std::filesystem::remove(radice / "registro");
-  const auto esito = nexaro::Esegui(
-      {LUMOSCAD_VB0001, {}, {"NEXARO_RADICE=" + radice.Percorso()}, radice.Percorso(), 20s, 100000, 2000});
+  const auto esito = nexaro::Esegui({test::programPath("VB0001").string(),
+                                     {},
+                                     {"NEXARO_RADICE=" + radice.Percorso()},
+                                     radice.Percorso(),
+                                     20s,
+                                     100000,
+                                     2000});
   EXPECT_EQ(esito.stato, 1);
   EXPECT_EQ(esito.uscita, "");
   EXPECT_THAT(esito.errori, HasSubstr("registro"));

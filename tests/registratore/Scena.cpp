@@ -5,6 +5,7 @@
 #include "platform/Errore.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/nexaro/Nexaro.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -21,13 +22,14 @@ constexpr const char* Postazione = "Q7Z";
 /// The demonstration's tables and rows, and what the commands without a screen work on.
 const std::string& DatiDellaDimostrazione() {
   static const std::string script = [] {
-    auto dati = Comando({LUMOSCAD_GENERA, std::string(Dimostrazione::Giorno), "400"}).value_or("");
+    auto dati = Comando({test::programPath("lumoscad-genera").string(), std::string(Dimostrazione::Giorno), "400"})
+                    .value_or("");
     // The script runs in a transaction of its own.
     if (!dati.starts_with("BEGIN;\n") || !dati.ends_with("COMMIT;")) {
       throw std::runtime_error("no demonstration data");
     }
     dati = dati.substr(7, dati.size() - 14);
-    return Leggi(LUMOSCAD_SCHEMA) + dati + Leggi(LUMOSCAD_COMANDI_SQL);
+    return Leggi(test::sourcePath("demo/schema.sql")) + dati + Leggi(test::sourcePath("demo/comandi.sql"));
   }();
   return script;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Paths.hpp"
 #include "support/PostgresServer.hpp"
 
 #include <algorithm>
@@ -15,14 +16,14 @@
 
 namespace lumoscad::test {
 
-/// A PostgreSQL server with the demonstration's accounting in a size of choice. Needs the compile definitions
-/// LUMOSCAD_SCHEMA and LUMOSCAD_GENERA, the paths of the schema and of the generator.
+/// A PostgreSQL server with the demonstration's accounting in a size of choice.
 class BaseGrande {
  public:
   /// Creates the server in `directory` and fills it with `rate` open instalments and, besides the presumed documents
   /// that are always there, `presunti` rows of customers' ones.
   BaseGrande(std::filesystem::path directory, long rate, long presunti = 0) : server_(std::move(directory)) {
-    source_ = server_.createDatabase("grande", read(LUMOSCAD_SCHEMA) + output(rate, presunti) + "ANALYZE;");
+    source_ =
+        server_.createDatabase("grande", read(sourcePath("demo/schema.sql")) + output(rate, presunti) + "ANALYZE;");
   }
 
   [[nodiscard]] std::string connectionText() const { return server_.connectionText(source_); }
@@ -52,8 +53,8 @@ class BaseGrande {
   }
 
   static std::string output(long rate, long presunti) {
-    const std::string command =
-        "'" LUMOSCAD_GENERA "' 2006-03-05 " + std::to_string(rate) + " " + std::to_string(presunti);
+    const std::string command = "'" + programPath("lumoscad-genera").string() + "' 2006-03-05 " + std::to_string(rate) +
+                                " " + std::to_string(presunti);
     struct Close {
       void operator()(std::FILE* pipe) const { pclose(pipe); }
     };

@@ -1,3 +1,5 @@
+#include "support/Paths.hpp"
+
 #include <QApplication>
 
 #include <gtest/gtest.h>
@@ -16,12 +18,13 @@ int main(int argc, char** argv) {
   if (name == nullptr) {
     return RUN_ALL_TESTS();
   }
-  qputenv("LOCPATH", LUMOSCAD_LOCALI);
+  const auto locales = (lumoscad::test::buildFolder() / "locali").string();
+  qputenv("LOCPATH", locales.c_str());
   qputenv("LC_ALL", name);
   qputenv("QT_QPA_PLATFORM", "offscreen");
   const QApplication application(argc, argv);
   if (std::string(std::setlocale(LC_NUMERIC, nullptr)) != name) {
-    std::cerr << "the locale " << name << " was not found in " << LUMOSCAD_LOCALI << '\n';
+    std::cerr << "the locale " << name << " was not found in " << locales << '\n';
     return EXIT_FAILURE;
   }
   const int result = RUN_ALL_TESTS();

@@ -1,6 +1,7 @@
 // The server of the tests lets in whom it should, as the system's own client sees it.
 
 #include "support/Loopback.hpp"
+#include "support/Paths.hpp"
 #include "support/ServerSsh.hpp"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ class TestServer : public testing::Test {
   static fs::path Cartella() {
     auto nome = std::string(testing::UnitTest::GetInstance()->current_test_info()->name());
     std::replace(nome.begin(), nome.end(), '/', '_');
-    return fs::path(LUMOSCAD_CARTELLA_PROVE) / nome;
+    return test::outputPath("support/prove") / nome;
   }
 
   ServerSsh server{Cartella(), {"ed25519", {"A=uno due", "B=tre"}, "internal-sftp", {}}};
@@ -94,7 +95,10 @@ class ServerRoot : public TestServer {
     Configura("");
   }
   void Configura(const std::string& opzioni) {
-    server.Cambia({"ed25519", {}, "'" LUMOSCAD_SFTP_RADICE "' " + opzioni + " '" + radice.string() + "'", {}});
+    server.Cambia({"ed25519",
+                   {},
+                   "'" + test::programPath("sftp_radice").string() + "' " + opzioni + " '" + radice.string() + "'",
+                   {}});
   }
 
   fs::path radice = server.Cartella() / "radice";
