@@ -4,6 +4,7 @@
 #include "platform/Servizi.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
+#include "support/KeptConnection.hpp"
 #include "support/Paths.hpp"
 
 #include <fstream>
@@ -72,22 +73,18 @@ class BaseDati {
   }
   void Esegui(std::string_view sql) const {
     const ServiziSostituiti silenzio(Servizi{});
-    ado::Connection connection;
-    Apri(connection);
-    connection.Execute(sql);
+    diretta_.to(base_->connectionText()).Execute(sql);
   }
   /// Runs statements separated by ";".
   void Script(std::string_view script) const {
     const ServiziSostituiti silenzio(Servizi{});
-    test::runScript(base_->connectionText(), script);
+    test::runScript(diretta_.to(base_->connectionText()), script);
   }
   /// The rows of a query: the values joined by "|", "NULL" for none.
   [[nodiscard]] std::vector<std::string> Righe(std::string_view sql) const {
     const ServiziSostituiti silenzio(Servizi{});
-    ado::Connection connection;
-    Apri(connection);
     ado::Command comando;
-    comando.ActiveConnection = &connection;
+    comando.ActiveConnection = &diretta_.to(base_->connectionText());
     comando.CommandText = sql;
     std::vector<std::string> righe;
     for (ado::Recordset insieme = comando.Execute(); !insieme.Eof(); insieme.MoveNext()) {
@@ -103,6 +100,7 @@ class BaseDati {
  private:
   test::DatabaseContext* contesto_;
   std::unique_ptr<test::TestDatabase> base_;
+  mutable test::KeptConnection diretta_;
 };
 
 /// Accounts of every class, open items, movements and instalments around 5 March 2006.

@@ -132,19 +132,23 @@ BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Set
   const Silenzio silenzio;
   base_ = test::databaseContext(genere).create(SchemaEDati());
   Riapri();
-  std::string sorgente = base_->source;
+  sorgente_ = base_->source;
   if (SuPostgres()) {
     proxy_ = std::make_unique<ProxyByte>(test::postgres().port());
     test::OdbcConfiguration::Settings tutte{{"ConnSettings", "SET search_path TO " + base_->schema}};
     tutte.insert(tutte.end(), altre.begin(), altre.end());
-    sorgente = test::postgres().addSource(Valore("SELECT current_database()"), proxy_->Porta(), tutte);
+    sorgente_ = test::postgres().addSource(Valore("SELECT current_database()"), proxy_->Porta(), tutte);
   } else if (SuMariaDb()) {
     proxy_ = std::make_unique<ProxyByte>(test::mariaDb().port());
-    sorgente = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Porta(), altre);
+    sorgente_ = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Porta(), altre);
   }
-  opzioni_ = "-DB2SOURCE " + sorgente + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
+  opzioni_ = "-DB2SOURCE " + sorgente_ + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
              base_->schema;
-  testo_ = test::connectionText(sorgente, base_->user, base_->password);
+  testo_ = test::connectionText(sorgente_, base_->user, base_->password);
+}
+
+BaseEsiti::~BaseEsiti() {
+  test::OdbcConfiguration::instance().removeSource(sorgente_);
 }
 
 void BaseEsiti::Riapri() {
@@ -212,10 +216,12 @@ bool BaseEsiti::Entro(const std::function<bool()>& condizione) {
 }
 
 bool BaseEsiti::SenzaAltreSessioni() const {
-  const char* domanda = SuPostgres() ? "SELECT COUNT(*) FROM pg_stat_activity WHERE datname=current_database() AND "
-                                       "backend_type='client backend' AND pid<>pg_backend_pid()"
-                                     : "SELECT COUNT(*) FROM information_schema.PROCESSLIST WHERE DB=DATABASE() AND "
-                                       "ID<>CONNECTION_ID()";
+  const auto domanda = SuPostgres()
+                           ? "SELECT COUNT(*) FROM pg_stat_activity WHERE datname=current_database() AND "
+                             "backend_type='client backend' AND pid<>pg_backend_pid() AND application_name<>'" +
+                                 std::string(test::ownSession) + "'"
+                           : "SELECT COUNT(*) FROM information_schema.PROCESSLIST WHERE DB=DATABASE() AND "
+                             "ID<>CONNECTION_ID()";
   return Entro([&] { return Valore(domanda) == "0"; });
 }
 

@@ -32,6 +32,9 @@ class BaseEsiti {
  public:
   /// `altre` are further settings of the driver for the running command.
   explicit BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre = {});
+  BaseEsiti(const BaseEsiti&) = delete;
+  BaseEsiti& operator=(const BaseEsiti&) = delete;
+  ~BaseEsiti();
 
   [[nodiscard]] const std::string& Genere() const noexcept { return genere_; }
   [[nodiscard]] bool SuPostgres() const { return genere_ == "postgres"; }
@@ -71,6 +74,7 @@ class BaseEsiti {
   std::unique_ptr<test::TestDatabase> base_;
   std::unique_ptr<ProxyByte> proxy_;
   std::unique_ptr<ado::Connection> diretta_;
+  std::string sorgente_;
   std::string opzioni_;
   std::string testo_;
 };

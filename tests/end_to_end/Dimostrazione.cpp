@@ -151,6 +151,7 @@ Dimostrazione::Dimostrazione(Trasporto trasporto) : base_(CartellaNuova()) {
 
 Dimostrazione::~Dimostrazione() {
   ssh_.reset();
+  test::OdbcConfiguration::instance().removeSource(sorgente_);
   std::error_code ignorato;
   fs::permissions(Tmp(), fs::perms::owner_all, ignorato);
   fs::remove_all(base_, ignorato);

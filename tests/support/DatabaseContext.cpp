@@ -1,6 +1,7 @@
 #include "support/DatabaseContext.hpp"
 
 #include "support/Db2Context.hpp"
+#include "support/KeptConnection.hpp"
 #include "support/OdbcSqlite.hpp"
 
 #include <algorithm>
@@ -57,15 +58,17 @@ class PostgresContext final : public DatabaseContext {
  public:
   std::unique_ptr<TestDatabase> create(const std::string& script) override {
     if (first_.empty()) {
-      first_ = postgres().createDatabase("prove");
+      postgres().createDatabase("prove");
+      first_ =
+          postgres().addSource("prove", 0, {{"ConnSettings", std::string("SET application_name TO ") + ownSession}});
     }
-    auto database = std::make_unique<TestDatabase>();
+    auto database = std::make_unique<DatabaseWithSource>();
     database->schema = "base" + std::to_string(++schemas_);
     database->user = postgres().user();
     database->password = postgres().password();
-    runScript(postgres().connectionText(first_), "CREATE SCHEMA " + database->schema);
+    runScript(kept_.to(postgres().connectionText(first_)),
+              "CREATE SCHEMA " + database->schema + ";SET search_path TO " + database->schema + ";" + script);
     database->source = postgres().addSource("prove", 0, {{"ConnSettings", "SET search_path TO " + database->schema}});
-    runScript(database->connectionText(), script);
     return database;
   }
   const Quirks& quirks() const noexcept override {
@@ -101,13 +104,14 @@ class PostgresContext final : public DatabaseContext {
 
  private:
   std::string first_; ///< the data source for creating schemas
+  KeptConnection kept_;
   int schemas_ = 0;
 };
 
 class MariaDbContext final : public DatabaseContext {
  public:
   std::unique_ptr<TestDatabase> create(const std::string& script) override {
-    auto database = std::make_unique<TestDatabase>();
+    auto database = std::make_unique<DatabaseWithSource>();
     database->schema = "base" + std::to_string(++databases_);
     database->source = mariaDb().createDatabase(database->schema, script);
     database->user = mariaDb().user();

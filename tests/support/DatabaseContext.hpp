@@ -27,6 +27,12 @@ class TestDatabase {
   [[nodiscard]] std::string connectionText() const { return test::connectionText(source, user, password); }
 };
 
+/// A database whose data source goes with it.
+class DatabaseWithSource : public TestDatabase {
+ public:
+  ~DatabaseWithSource() override { OdbcConfiguration::instance().removeSource(source); }
+};
+
 /// How a CHAR column's value comes back.
 enum class FixedText {
   AsStored, ///< as it was written, whatever the length declared
@@ -109,6 +115,9 @@ class DatabaseContext {
 
 /// `text` with every `from` in it turned into `to`.
 [[nodiscard]] std::string replaced(std::string text, std::string_view from, std::string_view to);
+
+/// The application's name of the PostgreSQL session that creates databases and stays open.
+inline constexpr const char* ownSession = "test_support";
 
 /// The one PostgreSQL server of the process.
 [[nodiscard]] PostgresServer& postgres();

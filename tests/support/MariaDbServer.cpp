@@ -76,6 +76,7 @@ void MariaDbServer::start() {
              "--init-file=" + secret.string(), "--bind-address=127.0.0.1", "--port=" + std::to_string(port_),
              "--socket=server.sock", "--character-set-server=utf8mb4", "--collation-server=utf8mb4_bin"}),
       directory_ / "server.log", serverUser, SIGTERM);
+  OdbcConfiguration::instance().removeSource(system_);
   system_ = addSource("mysql");
   waitUntilReady(server_,
                  [this] { checkDataDirectory(connectionText(system_), "SELECT @@datadir", directory_ / "data"); });
@@ -96,16 +97,10 @@ std::string MariaDbServer::addSource(std::string_view database, int port,
 }
 
 std::string MariaDbServer::createDatabase(std::string_view name, std::string_view script) {
-  ado::Connection connection;
-  connection.ConnectionString = connectionText(system_);
-  connection.Open();
-  connection.Execute("CREATE DATABASE " + std::string(name));
-  connection.Close();
-  std::string source = addSource(name);
-  if (!script.empty()) {
-    runScript(connectionText(source), script);
-  }
-  return source;
+  const std::string text(name);
+  runScript(kept_.to(connectionText(system_)),
+            "CREATE DATABASE " + text + ";USE " + text + ";" + std::string(script) + ";USE mysql");
+  return addSource(name);
 }
 
 void MariaDbServer::dropDatabase(std::string_view name) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/KeptConnection.hpp"
 #include "support/OdbcConfiguration.hpp"
 #include "support/ServerProcess.hpp"
 
@@ -61,6 +62,7 @@ class MariaDbServer {
   int port_ = 0;
   std::string system_; ///< the data source for creating databases
   ServerProcess server_;
+  KeptConnection kept_;
 };
 
 } // namespace lumoscad::test

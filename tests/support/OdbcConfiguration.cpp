@@ -39,11 +39,11 @@ std::string firstOf(const std::vector<fs::path>& files) {
 } // namespace
 
 OdbcConfiguration::OdbcConfiguration() {
-  std::string sources;
   std::string drivers;
   if (!setting("LUMOSCAD_PROVA_DB2", "").empty()) {
     const fs::path system = setting("ODBCSYSINI", "/etc");
-    sources = firstOf({setting("ODBCINI", ""), fs::path(setting("HOME", "/")) / ".odbc.ini", system / "odbc.ini"});
+    machineSources_ =
+        firstOf({setting("ODBCINI", ""), fs::path(setting("HOME", "/")) / ".odbc.ini", system / "odbc.ini"});
     drivers = firstOf({system / setting("ODBCINSTINI", "odbcinst.ini")});
   }
   std::string pattern = (fs::temp_directory_path() / "lumoscad-odbc-XXXXXX").string();
@@ -52,7 +52,7 @@ OdbcConfiguration::OdbcConfiguration() {
   }
   directory_ = pattern;
   std::ofstream(directory_ / "odbcinst.ini") << drivers;
-  std::ofstream(directory_ / "odbc.ini") << sources;
+  writeSources();
   setenv("ODBCSYSINI", directory_.c_str(), 1);
   setenv("ODBCINSTINI", "odbcinst.ini", 1);
   setenv("ODBCINI", (directory_ / "odbc.ini").c_str(), 1);
@@ -64,20 +64,47 @@ OdbcConfiguration::~OdbcConfiguration() {
 }
 
 std::string OdbcConfiguration::addSource(std::string_view prefix, std::string_view library, const Settings& settings) {
+  const std::string name = std::string(prefix) + std::to_string(++added_);
+  std::string section = "[" + name + "]\nDriver=" + driverSection(library) + "\n";
+  for (const auto& [key, value] : settings) {
+    section.append(key).append("=").append(value).append("\n");
+  }
+  sources_[name] = section + "\n";
+  writeSources();
+  return name;
+}
+
+void OdbcConfiguration::removeSource(const std::string& name) {
+  if (sources_.erase(name) > 0) {
+    writeSources();
+  }
+}
+
+std::string OdbcConfiguration::driverSection(std::string_view library) {
+  if (const auto known = drivers_.find(library); known != drivers_.end()) {
+    return known->second;
+  }
   const fs::path path = driverLibrary(library);
   if (path.empty()) {
     throw std::runtime_error("ODBC driver not installed: " + std::string(library));
   }
-  const std::string name = std::string(prefix) + std::to_string(++sources_);
-  std::ofstream inst(directory_ / "odbcinst.ini", std::ios::app);
-  inst << '[' << name << "-driver]\nDriver=" << path.string() << "\nThreading=2\n\n";
-  std::ofstream ini(directory_ / "odbc.ini", std::ios::app);
-  ini << '[' << name << "]\nDriver=" << name << "-driver\n";
-  for (const auto& [key, value] : settings) {
-    ini << key << '=' << value << '\n';
-  }
-  ini << '\n';
+  const std::string name = "lumoscad-driver" + std::to_string(drivers_.size() + 1);
+  std::ofstream(directory_ / "odbcinst.ini", std::ios::app)
+      << "[" << name << "]\nDriver=" << path.string() << "\nThreading=2\n\n";
+  drivers_.emplace(library, name);
   return name;
+}
+
+void OdbcConfiguration::writeSources() const {
+  // Other processes of a test read the file at any time.
+  const fs::path fresh = directory_ / "odbc.ini.new";
+  std::ofstream file(fresh);
+  file << machineSources_;
+  for (const auto& [name, section] : sources_) {
+    file << section;
+  }
+  file.close();
+  fs::rename(fresh, directory_ / "odbc.ini");
 }
 
 fs::path driverLibrary(std::string_view fileName) {
@@ -118,6 +145,10 @@ void runScript(const std::string& connectionText, std::string_view script) {
   ado::Connection connection;
   connection.ConnectionString = connectionText;
   connection.Open();
+  runScript(connection, script);
+}
+
+void runScript(ado::Connection& connection, std::string_view script) {
   connection.BeginTrans();
   std::string statement;
   bool quoted = false;

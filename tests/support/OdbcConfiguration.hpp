@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,13 +33,21 @@ class OdbcConfiguration {
   /// Adds a data source on the driver library `library` (its bare file name) and returns its name, which begins with
   /// `prefix`. Raises when the library is not installed.
   std::string addSource(std::string_view prefix, std::string_view library, const Settings& settings);
+  /// Takes a data source out again. The drivers read the whole file for every attribute of a connection.
+  void removeSource(const std::string& name);
   [[nodiscard]] const std::filesystem::path& directory() const noexcept { return directory_; }
 
  private:
   OdbcConfiguration();
+  /// The section of odbcinst.ini for a driver library, written on its first use.
+  std::string driverSection(std::string_view library);
+  void writeSources() const;
 
   std::filesystem::path directory_;
-  int sources_ = 0;
+  std::string machineSources_;                              ///< what odbc.ini began with
+  std::map<std::string, std::string> sources_;              ///< the sections of odbc.ini by name
+  std::map<std::string, std::string, std::less<>> drivers_; ///< the names of sections of odbcinst.ini by library
+  int added_ = 0;
 };
 
 /// The full path of an installed ODBC driver library; empty where there is none.
@@ -57,5 +67,7 @@ void checkDataDirectory(const std::string& connectionText, std::string_view quer
 
 /// Runs the statements of an SQL script, separated by ";", over an open connection text.
 void runScript(const std::string& connectionText, std::string_view script);
+/// The same over an open connection.
+void runScript(ado::Connection& connection, std::string_view script);
 
 } // namespace lumoscad::test

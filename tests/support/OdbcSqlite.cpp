@@ -16,6 +16,7 @@ OdbcSqlite::OdbcSqlite(std::string_view script) {
 }
 
 OdbcSqlite::~OdbcSqlite() {
+  OdbcConfiguration::instance().removeSource(source_);
   std::error_code ignored;
   std::filesystem::remove(file_, ignored);
 }

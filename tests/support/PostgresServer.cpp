@@ -50,7 +50,8 @@ PostgresServer::~PostgresServer() {
 void PostgresServer::createCluster() const {
   const fs::path secret = directory_ / "password";
   writeSecret(secret, password_ + "\n", serverUser);
-  ServerProcess creation({path("initdb"), "-N", "-E", "UTF8", "--locale=C.UTF-8", "-U", user_, "-A", "scram-sha-256",
+  // The other way to check a password takes thousands of rounds by design, and every test connects several times.
+  ServerProcess creation({path("initdb"), "-N", "-E", "UTF8", "--locale=C.UTF-8", "-U", user_, "-A", "md5",
                           "--pwfile=" + secret.string(), "-D", (directory_ / "data").string()},
                          directory_ / "initdb.log", serverUser, SIGINT);
   const bool created = creation.succeeds();
@@ -65,7 +66,9 @@ void PostgresServer::start() {
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
                           directory_ / "server.log", serverUser, SIGINT);
-  const std::string text = connectionText(addSource("postgres"));
+  OdbcConfiguration::instance().removeSource(system_);
+  system_ = addSource("postgres");
+  const std::string text = connectionText(system_);
   waitUntilReady(server_, [&] { checkDataDirectory(text, "SHOW data_directory", directory_ / "data"); });
 }
 
@@ -96,7 +99,7 @@ std::string PostgresServer::addSource(std::string_view database, int port,
 
 std::string PostgresServer::createDatabase(std::string_view name, std::string_view script) {
   ado::Connection connection;
-  connection.ConnectionString = connectionText(addSource("postgres"));
+  connection.ConnectionString = connectionText(system_);
   connection.Open();
   connection.Execute("CREATE DATABASE " + std::string(name));
   connection.Close();

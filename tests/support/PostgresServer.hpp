@@ -52,6 +52,7 @@ class PostgresServer {
   std::string user_ = "lumoscad";
   std::string password_ = "Segreto!9";
   int port_ = 0;
+  std::string system_; ///< the data source for creating databases
   ServerProcess server_;
 };
 

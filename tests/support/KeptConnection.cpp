@@ -1,0 +1,33 @@
+#include "support/KeptConnection.hpp"
+
+#include "platform/Errore.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/OdbcConfiguration.hpp"
+
+namespace lumoscad::test {
+
+namespace {
+
+bool answers(ado::Connection& connection) {
+  try {
+    return firstValue(connection, "SELECT 1") == "1";
+  } catch (const ErroreRuntime&) {
+    return false;
+  }
+}
+
+} // namespace
+
+KeptConnection::KeptConnection() = default;
+KeptConnection::~KeptConnection() = default;
+
+ado::Connection& KeptConnection::to(const std::string& connectionText) {
+  if (!connection_ || !answers(*connection_)) {
+    connection_ = std::make_unique<ado::Connection>();
+    connection_->ConnectionString = connectionText;
+    connection_->Open();
+  }
+  return *connection_;
+}
+
+} // namespace lumoscad::test
