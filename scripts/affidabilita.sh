@@ -28,6 +28,11 @@ gioca() {
     / Test +#[0-9]+: / { sub(/.*#/, ""); n = $1 + 0; ultimo = $0; secondi[n] = $(NF - 1); fallita[n] = ultimo !~ /Passed/ }
     END { for (n in nome) printf "%-24s %4d prove, %4d riuscite, %3d saltate, %6.1f s%s\n", nome[n], casi[n],
             riusciti[n], saltati[n], secondi[n], fallita[n] ? "  FALLITA" : "" }' "$registro" | sort
+  # A name that is no entry's any more would be passed over in silence.
+  if [ "$(grep -c '^ *Start ' "$registro")" -lt $# ]; then
+    echo "affidabilita.sh: non tutte le voci chieste ci sono: $*" >&2
+    esito=1
+  fi
   sed -nE 's/^[0-9]+: ((terminali|uccisioni|iniezioni|esiti): .*)/\1/p' "$registro"
   { grep -ohE 'DB2: .*' "$registro" || true; } | sort -u
   if [ "$esito" != 0 ]; then
@@ -37,7 +42,14 @@ gioca() {
 
 # casi NAME [FILTER]: runs the cases of one test program and prints how many there were; none is a failure.
 casi() {
-  local registro=$registri/affidabilita-$1.log
+  local registro=$registri/affidabilita-$1.log filtro filtri
+  IFS=: read -ra filtri <<<"${2:-*}"
+  for filtro in "${filtri[@]}"; do
+    "$costruzione/bin/$1" --gtest_list_tests --gtest_filter="$filtro" | grep -q '^  ' || {
+      echo "affidabilita.sh: $1 non ha prove «$filtro»" >&2
+      esito=1
+    }
+  done
   "$costruzione/bin/$1" --gtest_filter="${2:-*}" >"$registro" 2>&1 || esito=1
   awk -v nome="$1" '
     /^\[==========\] [0-9]+ tests? from .* ran\./ { casi = $2 }

@@ -121,7 +121,7 @@ TEST_P(Ado, ReadsALongTextThatTheServerDoesNotCompare) {
     EXPECT_THAT(statement.substr(statement.find("WHERE")), Not(HasSubstr("NOTE")));
   }
   if (drop.empty()) {
-    return;
+    GTEST_SKIP() << "no trigger of this server drops an update: nothing is asked again";
   }
   ASSERT_EQ(sent.size(), 2U);
   EXPECT_EQ(sent[1], "SELECT CHIAVE,NOTE FROM EVENTI WHERE CHIAVE=? AND SCADENZA=?");

@@ -162,7 +162,7 @@ TEST_P(Quirk, AServerTakesNoTextForADateThatIsNone) {
 
 TEST_P(Quirk, ATimeWithoutEndIsTakenForNoDate) {
   if (std::string_view(GetParam()) != "postgres") {
-    return;
+    GTEST_SKIP() << "no time without end on this server";
   }
   EXPECT_EQ(single("SELECT 'infinity'::timestamp"), "infinity");
   EXPECT_EQ(single("SELECT '-infinity'::timestamp"), "-infinity");

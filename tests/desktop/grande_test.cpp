@@ -274,9 +274,7 @@ void ControllaFermi(const std::map<std::string, double>& fermi) {
 }
 
 TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatWasEdited) {
-  if (!test::PostgresServer::available()) {
-    GTEST_SKIP() << "PostgreSQL or its ODBC driver is not installed";
-  }
+  ASSERT_TRUE(test::PostgresServer::available()) << "PostgreSQL or its ODBC driver is not installed";
   const test::BaseGrande base(test::outputPath("grande-postgres"), Rate);
   const std::unique_ptr<Desktop> desktop = qt::CreaDesktop();
   const StatoSostituito moduli;

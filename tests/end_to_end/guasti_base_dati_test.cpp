@@ -72,7 +72,7 @@ class PostgresFaults : public Guasti {
     // The script runs in a transaction of its own.
     ASSERT_TRUE(dati.starts_with("BEGIN;\n") && dati.ends_with("COMMIT;"));
     dati = dati.substr(7, dati.size() - 14);
-    server_ = std::make_unique<test::PostgresServer>(test::outputPath("end_to_end/postgres"));
+    server_ = std::make_unique<test::PostgresServer>(test::serverDirectory("guasti"));
     sorgente_ = server_->createDatabase("contabilita", Leggi(test::sourcePath("demo/schema.sql")) + dati);
   }
 

@@ -2,6 +2,7 @@
 
 #include "platform/ado/Ado.hpp"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -141,6 +142,52 @@ void checkDataDirectory(const std::string& connectionText, std::string_view quer
   }
 }
 
+namespace {
+
+/// The statements of a script on their way to a server. Rows that are inserted one after the other into the same
+/// columns go as one statement: most of a test's data are such rows, and each statement costs a round trip.
+class Rows {
+ public:
+  explicit Rows(ado::Connection& connection) : connection_(connection) {}
+
+  void add(const std::string& statement) {
+    if (statement.find_first_not_of(" \t\r\n") == std::string::npos) {
+      return;
+    }
+    const std::string_view head = headOf(statement);
+    if (!head.empty() && head == headOf(pending_) && pending_.size() < longest) {
+      pending_.append(",").append(statement, head.size());
+      return;
+    }
+    execute();
+    pending_ = statement;
+  }
+  void execute() {
+    if (!pending_.empty()) {
+      connection_.Execute(pending_);
+    }
+    pending_.clear();
+  }
+
+ private:
+  static constexpr std::size_t longest = 65536;
+
+  /// All before the first row of an INSERT; empty for another statement.
+  static std::string_view headOf(std::string_view statement) {
+    constexpr std::string_view values = " VALUES ";
+    const auto begin = std::min(statement.find_first_not_of(" \t\r\n"), statement.size());
+    const auto end = statement.find(values);
+    return statement.substr(begin).starts_with("INSERT INTO ") && end != std::string_view::npos
+               ? statement.substr(0, end + values.size())
+               : std::string_view();
+  }
+
+  ado::Connection& connection_;
+  std::string pending_;
+};
+
+} // namespace
+
 void runScript(const std::string& connectionText, std::string_view script) {
   ado::Connection connection;
   connection.ConnectionString = connectionText;
@@ -150,21 +197,27 @@ void runScript(const std::string& connectionText, std::string_view script) {
 
 void runScript(ado::Connection& connection, std::string_view script) {
   connection.BeginTrans();
-  std::string statement;
-  bool quoted = false;
-  for (const char c : script) {
-    quoted = quoted != (c == '\'');
-    if (c != ';' || quoted) {
-      statement += c;
-      continue;
+  try {
+    Rows rows(connection);
+    std::string statement;
+    bool quoted = false;
+    for (const char c : script) {
+      quoted = quoted != (c == '\'');
+      if (c != ';' || quoted) {
+        statement += c;
+        continue;
+      }
+      rows.add(statement);
+      statement.clear();
     }
-    connection.Execute(statement);
-    statement.clear();
+    rows.add(statement);
+    rows.execute();
+    connection.CommitTrans();
+  } catch (...) {
+    // Whoever opened the connection may go on with it; the first failure is the one to tell.
+    connection.Close();
+    throw;
   }
-  if (statement.find_first_not_of(" \t\r\n") != std::string::npos) {
-    connection.Execute(statement);
-  }
-  connection.CommitTrans();
 }
 
 } // namespace lumoscad::test

@@ -9,8 +9,9 @@
 
 namespace lumoscad::test {
 
-/// The path for the data of a server, "`name`-<process>": in the working directory, which is the build folder under the
-/// test runner, or in the temporary one where the server's user could not enter it.
+/// The path for the data of a server, "lumoscad-`name`-<process>": in memory where the machine has such a place, since
+/// every test makes files of tables anew, or in the temporary folder. What a process that was killed left there is
+/// removed.
 [[nodiscard]] std::filesystem::path serverDirectory(std::string_view name);
 
 /// Makes `directory` anew, empty and private to the server's user.
