@@ -76,6 +76,19 @@ TEST_P(KeySearch, FailsForAMovementThatIsMissingOrNotTheOnlyOne) {
   AttendiFallimento([&] { return CercaMovimento(connection, "1", "X", "#null#", "A", "1"); }, testo);
 }
 
+TEST_P(KeySearch, TakesZeroForAKey) {
+  base.Esegui("INSERT INTO CONTOCONTABILE VALUES (0,'ZERO','CONTO ZERO','01',NULL,'N')");
+  EXPECT_EQ(CercaContoContabile(connection, "ZERO"), 0);
+}
+
+TEST_P(KeySearch, OfAListTellsSeriesAndNumberApart) {
+  base.Esegui("INSERT INTO MOVIMENTOCONTABILE VALUES (901,1,'N','Q','12','2006','01')");
+  base.Esegui("INSERT INTO MOVIMENTOCONTABILE VALUES (902,1,'N','Q1','2','2006','01')");
+  RicercaMovimenti movimenti(connection, "1", "N");
+  EXPECT_EQ(movimenti.Cerca("Q", "12"), 901);
+  EXPECT_EQ(movimenti.Cerca("Q1", "2"), 902);
+}
+
 TEST_P(KeySearch, FindsAnAccountByItsCode) {
   EXPECT_EQ(CercaContoContabile(connection, "B07"), 107);
   EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? "));

@@ -1,4 +1,5 @@
 #include "common/Stato.hpp"
+#include "database/procedureLumoDB2.hpp"
 #include "host/Richieste.hpp"
 #include "platform/Errore.hpp"
 #include "platform/Servizi.hpp"
@@ -299,4 +300,14 @@ TEST_F(BankRequest, HasAReplyOfItsOwn) {
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_NE(stato().Risposta, prima);
   EXPECT_EQ(stato().Risposta->Errore, "");
+}
+
+TEST(NamesOfTheRows, AreEightAtMostAndTheNumberOfTheOthers) {
+  const std::string una = procedureLumoDB2::Righe({CambioScadenza()});
+  std::string otto = una;
+  for (int altra = 1; altra < 8; ++altra) {
+    otto += "; " + una;
+  }
+  EXPECT_EQ(procedureLumoDB2::Righe(VariazioniCanalizzazione(8, CambioScadenza())), otto);
+  EXPECT_EQ(procedureLumoDB2::Righe(VariazioniCanalizzazione(9, CambioScadenza())), otto + "; e altre 1");
 }

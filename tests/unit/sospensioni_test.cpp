@@ -1,4 +1,5 @@
 #include "common/Stato.hpp"
+#include "database/procedureLumoDB2.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/Errore.hpp"
@@ -257,4 +258,15 @@ TEST_F(WithoutAScreen, AcceptedByTheHostButWithoutADatabaseTheReasonIsTold) {
   banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T SOSPESO /A -D 01 -C C10 -P A 1 -DB2SOURCE CHE-NON-ESISTE"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(testing::AllOf(StartsWith("ERRORE: "), HasSubstr("\r\n")), "Fatto"));
+}
+
+TEST(NameOfARequest, IsTheItemForSuspensionsAndDueDatesAndTheDocumentOtherwise) {
+  for (const char* azione : {"SOSPESOCREA", "SOSPESOCANCELLA", "SCRIVISCADENZE"}) {
+    EXPECT_EQ(procedureLumoDB2::NomeOggetto({"01", azione, "C10", "2006   15", ""}), "partita 2006   15 del conto C10")
+        << azione;
+  }
+  for (const char* azione : {"PRESUNTOCREA", "PRESUNTOCANCELLA", "EXTRADEL", "EXTRASCRIVISCAD"}) {
+    EXPECT_EQ(procedureLumoDB2::NomeOggetto({"01", azione, "A", "2006", "15"}), "documento A/2006/15 dell'azienda 01")
+        << azione;
+  }
 }
