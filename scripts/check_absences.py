@@ -15,9 +15,11 @@ ABOVE = tuple(f"src/{floor}/" for floor in ("entry", "handlers", "screens", "hos
 
 # What must not stand in files below these folders, and why.
 ABSENT = [
-    (re.compile(r"\b(double|float|stod|stof|strtod|atof|lround|setprecision)\b"), ABOVE + ("src/platform/ado/", "app/", "include/"),
+    (re.compile(r"\b(double|float|stod|stof|strtod|atof|lround|setprecision)\b"),
+     ABOVE + ("src/platform/ado/", "app/", "include/"),
      "money and numbers of the database never pass through floating point"),
-    (re.compile(r"\b(std::j?thread|std::async|pthread_create|getaddrinfo_a|QThread::create|new QThread|QThreadPool|QtConcurrent)\b"),
+    (re.compile(r"\b(std::j?thread|std::async|pthread_create|getaddrinfo_a|QThread::create|new QThread|QThreadPool|"
+                r"QtConcurrent)\b"),
      ABOVE + ("src/platform/qt/", "src/platform/xml/", "src/Composizione.cpp", "app/"),
      "no thread knows windows, rows or requests"),
     (re.compile(r"\b(std::\w*mutex|std::condition_variable\w*|std::(lock_guard|unique_lock|scoped_lock)|QMutex)\b"),
@@ -25,9 +27,11 @@ ABSENT = [
      "a call waits for no lock of memory"),
     (re.compile(r"\b(syslog|openlog|sd_journal_\w+|qInstallMessageHandler)\b"), ("src/", "app/", "include/"),
      "there is no log"),
-    (re.compile(r"\b(std::[ow]?fstream|fopen|freopen|O_CREAT|mkstemp)\b"), ABOVE + ("src/platform/qt/", "src/platform/ado/", "app/"),
+    (re.compile(r"\b(std::[ow]?fstream|fopen|freopen|O_CREAT|mkstemp)\b"),
+     ABOVE + ("src/platform/qt/", "src/platform/ado/", "app/"),
      "files are written by the link's adapter and platform/FileLocale alone"),
-    (re.compile(r"(?<![\w.>])(std::|::)?(system|popen|wordexp)\s*\("), ("src/", "app/", "include/"), "no shell is started"),
+    (re.compile(r"(?<![\w.>])(std::|::)?(system|popen|wordexp)\s*\("), ("src/", "app/", "include/"),
+     "no shell is started"),
 ]
 
 
@@ -57,7 +61,8 @@ def self_test():
         "app/main.cpp": "auto done = system(command);\nrunner.system(command);\nsyslog(1, text);\n",
     }
     wanted = {("src/common/Money.cpp", 1), ("src/platform/qt/Window.cpp", 2), ("src/platform/qt/Window.cpp", 3),
-              ("src/platform/qt/Window.cpp", 4), ("src/platform/ado/Row.cpp", 1), ("app/main.cpp", 1), ("app/main.cpp", 3)}
+              ("src/platform/qt/Window.cpp", 4), ("src/platform/ado/Row.cpp", 1), ("app/main.cpp", 1),
+              ("app/main.cpp", 3)}
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
         for name, text in tree.items():

@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
 """Checks that what the pages name is there: tests, test programs, files, names of the code, links, and the version.
 
-Looked at is what stands between backticks outside of code blocks, in README.md, CONTRIBUTING.md, CHANGELOG.md and docs/:
+Looked at is what stands between backticks, outside of code blocks, in README.md, CONTRIBUTING.md, CHANGELOG.md and
+docs/:
   `Suite.Test`, `Suite.*`   a test of that name (`Begins...` and `...Ends` stand for a part of one)
   `some_test`               a test program of that name
   `folder/File.cpp`         a file, from the root, from src/ or by its end; `folder/Name` stands for its sources
   `LongCamelCaseName`       a word of the sources; of two or three words only where a page is about the code
   `Type::member`            both are words of the sources
+A `--gtest_filter=` anywhere on a page selects a test.
 Besides, links within the project lead somewhere, and the newest release of CHANGELOG.md is CMakeLists.txt's version.
 
 Usage: check_docs.py [ROOT] | --self-test
 """
+import fnmatch
 import pathlib
 import re
 import sys
@@ -22,11 +25,13 @@ ABOUT_OTHERS = {"docs/basi-dati.md", "docs/host.md", "docs/nexaro.md", "docs/int
 # Longer words of others.
 FOREIGN = {"DateTimeStringFormat"}
 SOURCES = ("include", "src", "app", "demo", "bench", "tests", "scripts", "CMakeLists.txt", "test.sh", "demo.sh")
+READ = (".cpp", ".hpp", ".h", ".c", ".py", ".sh", ".txt", ".sql", ".map")
 ENDINGS = (".cpp", ".hpp", ".h", ".py", ".sh", ".sql", ".supp", ".md", ".txt", ".json", ".svg", ".png")
 
 TEST = re.compile(r"\b(?:TEST|TEST_F|TEST_P|TYPED_TEST)\(\s*(\w+)\s*,\s*(\w+)\s*\)")
 CODE_BLOCK = re.compile(r"^```.*?^```[^\n]*$|^(?: {4,}|\t)[^\n]*$", re.S | re.M)
 QUOTED = re.compile(r"`([^`\n]+)`")
+FILTER = re.compile(r"--gtest_filter=['\"]?([\w.*?:/-]+)")
 LINK = re.compile(r"\]\(([^)\s]+)\)")
 CAMEL = re.compile(r"[A-Z][a-z0-9]*(?:[A-Z0-9]+[a-z0-9]*)+$")
 HUMP = re.compile(r"[A-Z][a-z0-9]+|[A-Z0-9]+(?![a-z])")
@@ -56,7 +61,7 @@ class Tree:
             if name.startswith((".git/", "build/")) or "/__pycache__/" in name or not path.is_file():
                 continue
             self.files.add(name)
-            if name.startswith(SOURCES) and path.suffix in (".cpp", ".hpp", ".h", ".c", ".py", ".sh", ".txt", ".sql", ".in"):
+            if name.startswith(SOURCES) and path.suffix in READ:
                 self.read(name, path.read_text(encoding="utf-8", errors="replace"))
         self.cases = {case for cases in self.tests.values() for case in cases}
 
@@ -79,7 +84,8 @@ class Tree:
     def has_file(self, name):
         name = name.removeprefix("./").rstrip("/")
         for candidate in (name, "src/" + name, "include/" + name):
-            if candidate in self.files or any(file.startswith((candidate + "/", candidate + ".")) for file in self.files):
+            below = (candidate + "/", candidate + ".")
+            if candidate in self.files or any(file.startswith(below) for file in self.files):
                 return True
         return any(file.endswith("/" + name) for file in self.files)
 
@@ -95,7 +101,8 @@ def why_wrong(tree, page, token):
         return "no such test"
     if re.match(r"\w+_test(_it)?$", token):
         return None if token.removesuffix("_it") in tree.programs or token in tree.words else "no such test program"
-    if re.match(r"[\w./+-]+$", token) and ("/" in token or token.endswith(ENDINGS)) and not token.startswith(("/", "-", "...")):
+    path = re.match(r"[\w./+-]+$", token) and ("/" in token or token.endswith(ENDINGS))
+    if path and not token.startswith(("/", "-", "...")):
         if token.split("/")[0] in ("build", "", "..") or PLACEHOLDER.search(token):
             return None
         known = token.endswith(ENDINGS) or tree.has_file(token.split("/")[0])
@@ -128,11 +135,23 @@ def check_links(tree, page, text):
                 yield number, f"{target}: no such heading"
 
 
+def check_filters(tree, text):
+    """Every (line, why) of a page's filters that select nothing; what stands behind a "/" is a parameter's."""
+    names = [f"{suite}.{case}" for suite, cases in tree.tests.items() for case in cases]
+    for number, line in enumerate(text.splitlines(), 1):
+        for pattern in FILTER.findall(line):
+            if not pattern.strip(".") or "/" in pattern:
+                continue
+            if not any(fnmatch.filter(names, part) for part in pattern.split(":")):
+                yield number, f"--gtest_filter={pattern}: selects no test"
+
+
 def check_version(root):
     version = re.search(r"project\(\w+ VERSION ([\d.]+)", (root / "CMakeLists.txt").read_text(encoding="utf-8"))
     released = re.search(r"^## \[?(\d[\d.]*)", (root / "CHANGELOG.md").read_text(encoding="utf-8"), re.M)
     if not version or not released or version[1] != released[1]:
-        return [("CHANGELOG.md", f"newest release {released and released[1]}, CMakeLists.txt says {version and version[1]}")]
+        said = f"newest release {released and released[1]}, CMakeLists.txt says {version and version[1]}"
+        return [("CHANGELOG.md", said)]
     return []
 
 
@@ -143,7 +162,8 @@ def check(root):
     for path in sorted({path for form in PAGES for path in root.glob(form)}):
         page = path.relative_to(root).as_posix()
         text = path.read_text(encoding="utf-8")
-        wrong += [(f"{page}:{number}", why) for number, why in check_links(tree, page, text)]
+        for found in (check_links(tree, page, text), check_filters(tree, text)):
+            wrong += [(f"{page}:{number}", why) for number, why in found]
         for number, line in enumerate(CODE_BLOCK.sub(blanked, text).splitlines(), 1):
             for token in QUOTED.findall(line):
                 looked += 1
@@ -155,10 +175,12 @@ def check(root):
 
 def self_test():
     """Plants wrong names in a tree of its own and demands that exactly these are found."""
-    good = ("`Rows.AreSorted` `Rows.*` `rows_test` `AreSor...` `...Sorted` `common/Rows` `Rows.hpp` `Rows::Sort` `SortedRows`\n"
-            "[there](docs/x.md#a-heading) `VERY_OTHER` `/tmp/Else` `build/Else.cpp`\n    `NotReadHere.AtAll`\n")
-    bad = ["`Rows.AreGone`", "`Gone.*`", "`gone_test`", "`AreGo...`", "`common/Gone.hpp`", "`Rows::Gone`", "`RowsThatAreGone`",
-           "[gone](docs/gone.md)", "[gone](docs/x.md#gone)", "`GoneRows`"]
+    good = ("`Rows.AreSorted` `Rows.*` `rows_test` `AreSor...` `...Sorted` `common/Rows` `Rows.hpp` `Rows::Sort`\n"
+            "[there](docs/x.md#a-heading) `VERY_OTHER` `/tmp/Else` `build/Else.cpp` `SortedRows`\n"
+            "    `NotReadHere.AtAll` --gtest_filter='Rows.*' --gtest_filter=...\n")
+    bad = ["`Rows.AreGone`", "`Gone.*`", "`gone_test`", "`AreGo...`", "`common/Gone.hpp`", "`Rows::Gone`",
+           "`RowsThatAreGone`", "[gone](docs/gone.md)", "[gone](docs/x.md#gone)", "`GoneRows`",
+           "    x --gtest_filter='Gone.*'"]
     tree = {
         "CMakeLists.txt": "project(Rows VERSION 1.2.0)\n",
         "CHANGELOG.md": "## Unreleased\n\n## [1.1.0]\n",
@@ -177,7 +199,7 @@ def self_test():
     first = good.count("\n") + 1
     wanted = sorted(["CHANGELOG.md"] + [f"README.md:{first + number}" for number in range(len(bad))])
     if found != wanted:
-        print(f"self-test failed: missed {sorted(set(wanted) - set(found))}, wrongly found {sorted(set(found) - set(wanted))}")
+        print(f"self-test failed: missed {set(wanted) - set(found)}, wrongly found {set(found) - set(wanted)}")
         return 1
     print(f"self-test: the {len(wanted)} planted names were found, and nothing else")
     return 0

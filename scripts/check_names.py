@@ -28,10 +28,11 @@ WORD = re.compile(r"[A-Z]+(?![a-z])|[A-Z]?[a-z]+")
 PREFIXED = re.compile(r"(is|Is|has|Has|ha|Ha)(?=[A-Z])")
 
 # Behind these words an identifier is used, not declared.
-USES = set("""return else case goto throw new delete sizeof alignof decltype typeid co_return co_yield co_await not and or
-using namespace typename operator public private protected friend template requires do in default explicit""".split())
-KEYWORDS = USES | set("""alignas asm auto bool break catch char class const constexpr constinit consteval continue double
-dynamic_cast enum extern false final float for if inline int long mutable noexcept nullptr override register
+USES = set("""return else case goto throw new delete sizeof alignof decltype typeid co_return co_yield co_await not and
+or using namespace typename operator public private protected friend template requires do in default
+explicit""".split())
+KEYWORDS = USES | set("""alignas asm auto bool break catch char class const constexpr constinit consteval continue
+double dynamic_cast enum extern false final float for if inline int long mutable noexcept nullptr override register
 reinterpret_cast short signed static static_assert static_cast struct switch this thread_local true try typedef union
 unsigned using virtual void volatile while concept const_cast""".split())
 TYPE_KEYWORDS = set("auto bool char const constexpr double float int long short signed unsigned void volatile".split())
@@ -188,22 +189,23 @@ def check(root):
                     wrong.append((where, f"{name}: a truth value is named by what is true, without a prefix"))
     written = [f"| {' | '.join(cells)} |" for cells in rows(page, REVERSE_HEADING) if cells[0] != "English"]
     if written != reverse(page):
-        wrong.append((GLOSSARY, "the table from English to Italian is another than the tables give (--update writes it)"))
+        wrong.append((GLOSSARY, "the table from English to Italian is not what the others give (--update writes it)"))
     return wrong, names
 
 
 def self_test():
     """Plants names in a tree of its own and demands that exactly these are found."""
     page = ("| word | English | meaning |\n|---|---|---|\n| rata, rate | instalment | one of the payments |\n"
-            "| scrivi, scritta | write | to put |\n\n    host xml\n\n" + REVERSE_HEADING + "\n\n| English | Italian |\n|---|---|\n"
-            "| instalment | rata |\n| write | scrivi |\n")
+            "| scrivi, scritta | write | to put |\n\n    host xml\n\n" + REVERSE_HEADING +
+            "\n\n| English | Italian |\n|---|---|\n| instalment | rata |\n| write | scrivi |\n")
     tree = {
         GLOSSARY: page,
         GIVEN: "# given\nparScadWhim\nisRataChanged\n",
         "src/common/Rate.hpp": "struct Rata {\n  int whimsy;\n  bool scritta_ = false;\n  bool haRate = false;\n"
                                "  bool isRataChanged;\n};\n// int comment;\nenum class Esito { Scritta, Lost };\n",
         "src/common/Rate.cpp": "void ScriviRata(const Host& host, std::string_view parScadWhim, Rata* bogus) {\n"
-                               "  for (const auto& [rata, strange] : host.Many()) {\n    use(a && other, \"int text;\");\n"
+                               "  for (const auto& [rata, strange] : host.Many()) {\n"
+                               "    use(a && other, \"int text;\");\n"
                                "    return lost;\n  }\n}\n",
         "src/platform/ado/Row.hpp": "int whatever;\n",
     }
