@@ -6,10 +6,10 @@ Usage: check_renaming.py OLD NEW [PATH:NAME...] | --self-test
 Every C++ file of OLD must stand in NEW, under its own name or another, with the same tokens but for identifiers, which
 change by one mapping a file; the string literals of src/ and app/ must be the same, and the tests as many. A member
 that is reached through an object, and a name that is called, may be called like a variable, so each role has a mapping
-of its own. Where one name stood for two things of a role, and only one of them has another name now, somebody has to
-read the file; PATH:NAME (as in OLD) says that somebody has. Comments, blanks, the names of included files and the order
-of includes and of using-declarations don't count, since a longer name moves them. What isn't C++ is listed for reading:
-no script can tell its names from its texts.
+of its own. Where one name stood for two things of a role, and only one of them has another name now, or where two
+things that never meet are called alike now, somebody has to read the file; PATH:NAME (as in OLD) says that somebody
+has. Comments, blanks, the names of included files and the order of includes and of using-declarations don't count,
+since a longer name moves them. What isn't C++ is listed for reading: no script can tell its names from its texts.
 """
 import collections
 import re
@@ -141,11 +141,12 @@ def file_difference(old_text, new_text, homonyms=()):
             if was[1] != now[1]:
                 return f"token {place}: {was[1]} -> {now[1]}", {}
             continue
-        if was[1] in homonyms and now[1] != was[1]:
+        read = was[1] in homonyms and now[1] != was[1]
+        if read:
             was = (was[0], f"the other {was[1]}")
         if mapping.setdefault(was, now[1]) != now[1]:
             return f"{was[1]} becomes {mapping[was]} and {now[1]}", {}
-        if back.setdefault((was[0], now[1]), was[1]) != was[1]:
+        if not read and back.setdefault((was[0], now[1]), was[1]) != was[1]:
             return f"{back[(was[0], now[1])]} and {was[1]} both become {now[1]}", {}
     if len(old.stream) != len(new.stream):
         return f"{len(old.stream)} tokens become {len(new.stream)}", {}
