@@ -84,6 +84,11 @@ int ErroreGenere(const struct stat& stato) {
 
 } // namespace
 
+std::string ParentDirectory(std::string_view path) {
+  const auto slash = path.rfind('/');
+  return slash == 0 ? "/" : std::string(path.substr(0, slash));
+}
+
 int ErroreOrdinario(const std::string& percorso) {
   struct stat stato {};
   return ::stat(percorso.c_str(), &stato) == 0 ? ErroreGenere(stato) : errno;

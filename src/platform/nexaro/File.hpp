@@ -37,6 +37,9 @@ class FileProvvisorio {
   bool definitivo_ = false;
 };
 
+/// What stands before the last slash of an absolute path: the directory that the file is in.
+[[nodiscard]] std::string ParentDirectory(std::string_view path);
+
 /// 0 where an ordinary file stands at `percorso`, or a link to one; otherwise the error (`errno`) that says what is
 /// wrong.
 [[nodiscard]] int ErroreOrdinario(const std::string& percorso);

@@ -152,8 +152,8 @@ void Cerca(std::string_view contenuto, const Chiave& chiave, const std::string& 
 
 /// Creates the directory of the file where its parent exists.
 void CreaCartella(const std::string& noti) {
-  const auto cartella = noti.substr(0, noti.rfind('/'));
-  if (!cartella.empty() && ::mkdir(cartella.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+  const auto cartella = ParentDirectory(noti);
+  if (::mkdir(cartella.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
     throw ErroreSistema("Creazione della cartella " + cartella, errno);
   }
 }

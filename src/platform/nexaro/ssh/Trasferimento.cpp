@@ -45,11 +45,6 @@ std::string ApriNuovo(Sftp& sftp, std::string_view percorso, std::uint32_t modo,
   return Crea(sftp, percorso, modo, file);
 }
 
-std::string Cartella(std::string_view percorso) {
-  const auto barra = percorso.rfind('/');
-  return barra == 0 ? "/" : std::string(percorso.substr(0, barra));
-}
-
 /// The protocol has no code for a full disk: an unexplained failure to write is looked into.
 ErroreSftp ErroreScrittura(Sftp& sftp, std::string_view percorso, const ErroreSftp& errore) {
   if (errore.Codice() != stato_sftp::Fallimento) {
@@ -57,7 +52,7 @@ ErroreSftp ErroreScrittura(Sftp& sftp, std::string_view percorso, const ErroreSf
   }
   std::optional<std::uint64_t> libero;
   try {
-    libero = sftp.SpazioLibero(Cartella(percorso));
+    libero = sftp.SpazioLibero(ParentDirectory(percorso));
   } catch (const ErroreSftp&) {
     libero.reset();
   }
