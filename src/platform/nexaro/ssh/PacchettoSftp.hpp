@@ -38,7 +38,6 @@ class LettoreSftp {
   explicit LettoreSftp(std::string_view byte) : byte_(byte) {}
 
   [[nodiscard]] bool Finito() const { return byte_.empty(); }
-  std::uint8_t U8() { return static_cast<std::uint8_t>(Numero(1)); }
   std::uint32_t U32() { return static_cast<std::uint32_t>(Numero(4)); }
   std::uint64_t U64() { return Numero(8); }
   std::string_view Testo() { return Prendi(U32()); }

@@ -83,8 +83,6 @@ class Sftp {
     std::string corpo;
   };
 
-  [[nodiscard]] bool Offre(const std::string& estensione) const { return estensioni_.contains(estensione); }
-
   /// The handle of the opened file. `modo` holds the permissions of a new file before the host's umask.
   [[nodiscard]] std::string Apri(std::string_view percorso, std::uint32_t apertura, std::uint32_t modo);
   void Chiudi(std::string_view handle);
@@ -120,6 +118,7 @@ class Sftp {
   [[nodiscard]] std::optional<std::uint64_t> SpazioLibero(std::string_view percorso);
 
  private:
+  [[nodiscard]] bool Offre(const std::string& estensione) const { return estensioni_.contains(estensione); }
   [[nodiscard]] std::uint32_t Chiedi(std::uint8_t tipo, const CorpoSftp& corpo, std::string_view dati = {});
   [[nodiscard]] Risposta Attendi(std::uint32_t numero, Termine termine);
   [[nodiscard]] Risposta Attendi(std::uint32_t numero);
