@@ -98,13 +98,18 @@ void Concludi(Sftp& sftp, std::string_view handle, std::uint64_t attesi) {
   }
 }
 
-/// Undoes as much of a failed upload as the host allows.
-void Rimuovi(Sftp& sftp, std::string_view handle, std::string_view percorso) {
-  sftp.AttendiTutte();
+/// Closes what a failed transfer leaves open. Where the host refuses that, the failure before it is what counts.
+void CloseAnyway(Sftp& sftp, std::string_view handle) {
   try {
     sftp.Chiudi(handle);
   } catch (const ErroreSftp&) { // NOLINT(bugprone-empty-catch): closed already
   }
+}
+
+/// Undoes as much of a failed upload as the host allows.
+void Rimuovi(Sftp& sftp, std::string_view handle, std::string_view percorso) {
+  sftp.AttendiTutte();
+  CloseAnyway(sftp, handle);
   try {
     sftp.Cancella(percorso);
   } catch (const ErroreSftp&) { // NOLINT(bugprone-empty-catch): the failure of the upload is what counts
@@ -191,7 +196,7 @@ void Scarica(Sftp& sftp, std::string_view percorso, const Misura& misura, const 
     throw;
   } catch (...) {
     sftp.AttendiTutte();
-    sftp.Chiudi(handle);
+    CloseAnyway(sftp, handle);
     throw;
   }
 }
