@@ -1,11 +1,13 @@
-// What the component takes of a host that sends more than it should.
+// What the component takes of a host that sends more than it should, or something else than it was asked for.
 
 #include "BancoSsh.hpp"
+#include "Chiamante.hpp"
 #include "platform/nexaro/ErroriLink.hpp"
 #include "support/Paths.hpp"
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -120,6 +122,99 @@ TEST_F(SshHostile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));
   // What was said unasked is no answer: the connection is given up for a new one.
   collegamento->CancellaFile(Host, "/tmp/VBX");
+}
+
+/// A file service that does not do what the protocol says, and writes down what was asked of it.
+class SshUnruly : public SshHostile {
+ protected:
+  void Serve(const std::string& mode) {
+    Servizio(mode + " '" + base.Percorso() + "'");
+    Collega();
+  }
+  [[nodiscard]] std::vector<std::string> Asked() const {
+    std::vector<std::string> words;
+    std::ifstream log(base / "log");
+    for (std::string word; std::getline(log, word);) {
+      words.push_back(word);
+    }
+    return words;
+  }
+  [[nodiscard]] std::string ReasonForNotReceiving() { return Ricezione("/tmp/VBX").Descrizione(); }
+  [[nodiscard]] std::string ReasonForNotSending() {
+    return ErroreDi([this] { Invia("T01", std::string(100000, 'x')); }).Descrizione();
+  }
+  void ExpectTheConnectionGoesOn() {
+    const auto before = server->Processi();
+    collegamento->CancellaFile(Host, "/tmp/VBX");
+    EXPECT_EQ(server->Processi(), before);
+  }
+};
+
+TEST_F(SshUnruly, ShortBlockInTheMiddleIsNotTakenForTheEndOfTheFile) {
+  std::string contents;
+  for (int line = 0; contents.size() < 300000; ++line) {
+    contents += std::to_string(line) + "\n";
+  }
+  prove::Scrivi(base / "served", contents);
+  Serve("short-block");
+  collegamento->RiceviFile(Host, "/tmp/VBX", base / "locale/VBX", testo);
+  EXPECT_TRUE(prove::Leggi(base / "locale/VBX") == contents);
+}
+
+TEST_F(SshUnruly, BlockThatIsEmptyOrLongerThanAskedForIsRefused) {
+  for (const auto* mode : {"empty-block", "oversized-block"}) {
+    Serve(mode);
+    EXPECT_THAT(ReasonForNotReceiving(), HasSubstr("il servizio SFTP dell'host ha dato un blocco non valido")) << mode;
+  }
+}
+
+TEST_F(SshUnruly, AnswerToARequestThatNobodyMadeEndsTheConnection) {
+  Serve("stranger");
+  EXPECT_THAT(ReasonForNotReceiving(), HasSubstr("il servizio SFTP dell'host ha dato una risposta inattesa"));
+}
+
+TEST_F(SshUnruly, ServiceThatSpeaksAnOlderProtocolIsNotUsed) {
+  Serve("old-version");
+  EXPECT_THAT(ReasonForNotReceiving(), HasSubstr("l'host non offre il servizio SFTP"));
+  EXPECT_THAT(Asked(), IsEmpty());
+}
+
+TEST_F(SshUnruly, ReadThatIsRefusedMidwayIsSaidAndTheFileClosedOnceNothingIsUnderWay) {
+  Serve("refused-read");
+  EXPECT_THAT(ReasonForNotReceiving(), HasSubstr("l'host non ha potuto eseguire l'operazione (disco guasto)"));
+  EXPECT_THAT(Asked(), ElementsAre("open", "close"));
+  ExpectTheConnectionGoesOn();
+}
+
+TEST_F(SshUnruly, CloseThatIsRefusedDoesNotHideWhyTheFileWasGivenUp) {
+  Serve("refused-close");
+  EXPECT_THAT(ReasonForNotReceiving(), HasSubstr("(disco guasto)"));
+  EXPECT_THAT(Asked(), ElementsAre("open", "close"));
+  ExpectTheConnectionGoesOn();
+}
+
+TEST_F(SshUnruly, FileThatTheHostHoldsInAnotherSizeIsNotTakenForSentAndRemoved) {
+  Serve("lost-byte");
+  EXPECT_THAT(ReasonForNotSending(), HasSubstr("l'host non ha potuto scrivere il file"));
+  EXPECT_THAT(Asked(), testing::Contains("remove"));
+}
+
+TEST_F(SshUnruly, FileThatTheHostDoesNotBringToItsDiskIsNotTakenForSentAndRemoved) {
+  Serve("refused-flush");
+  EXPECT_THAT(ReasonForNotSending(), HasSubstr("l'host non ha potuto scrivere il file"));
+  EXPECT_THAT(Asked(), testing::Contains("remove"));
+}
+
+TEST_F(SshUnruly, BlockThatCameWhileTheCallerWasStoppedIsTaken) {
+  impostazioni.attesa = std::chrono::seconds(2);
+  Serve("nap");
+  const prove::Chiamante caller([this] {
+    collegamento->RiceviInizio(Host, "/tmp/VBX", base / "locale/VBX", 10, testo);
+    return prove::Leggi(base / "locale/VBX");
+  });
+  ASSERT_NO_FATAL_FAILURE(Attendi(base / "asked"));
+  caller.Ferma(std::chrono::seconds(3));
+  EXPECT_EQ(caller.Esito(std::chrono::seconds(20)), "xxxxxxxxxx");
 }
 
 /// A server in the place of the usual one that floods whoever has logged in.
