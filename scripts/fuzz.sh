@@ -26,12 +26,12 @@ gioca() {
   local nome=$1 secondi=$2 base=$3 raccolta=$4
   mkdir -p "$raccolta/$nome" "$base/reperti/$nome"
   "$base/bin/fuzz_$nome" "$raccolta/$nome" "tests/fuzz/corpora/$nome" -max_total_time="$secondi" -timeout=20 \
-    -max_len=1024 -rss_limit_mb=2048 -dict="tests/fuzz/dizionari/$nome.dict" -artifact_prefix="$base/reperti/$nome/" \
+    -max_len=65536 -rss_limit_mb=2048 -dict="tests/fuzz/dizionari/$nome.dict" -artifact_prefix="$base/reperti/$nome/" \
     -print_final_stats=1 >"$base/registri/$nome.log" 2>&1
 }
 export -f gioca
 
-bersagli=(comando connessione conversioni richiesta risposta)
+bersagli=(blocco comando connessione conversioni noti richiesta risposta sftp)
 esito=0
 printf '%s\n' "${bersagli[@]}" | xargs -P 2 -I {} bash -c 'gioca "$@"' _ {} "$secondi" "$base" "$raccolta" || esito=1
 

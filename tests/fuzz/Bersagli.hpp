@@ -48,16 +48,27 @@ void Connessione(Ingresso ingresso);
 /// Change records of the three request files, fields separated by 0x1F and records by 0x1E, which are sent and read
 /// back by the host program's own checks. The first byte chooses the request.
 void Richiesta(Ingresso ingresso);
+/// What a host's file service answers to an upload, a download or every single operation: the first byte chooses which,
+/// and whether each packet is given the number of the request that waits longest; the second is how many bytes arrive
+/// at once.
+void RisposteSftp(Ingresso ingresso);
+/// The bytes are a file of known hosts; the host presents a key, which is then added to it.
+void HostNoti(Ingresso ingresso);
+/// The bytes after the first are the lock that the host holds; an odd first byte makes it longer than what is read.
+void Blocco(Ingresso ingresso);
 
 struct Bersaglio {
   std::string_view nome; ///< the name of its program and of its folders of kept inputs
   void (*prova)(Ingresso);
 };
 
-inline constexpr std::array<Bersaglio, 5> bersagli{{{"comando", Comando},
+inline constexpr std::array<Bersaglio, 8> bersagli{{{"comando", Comando},
                                                     {"conversioni", Conversioni},
                                                     {"risposta", Risposta},
                                                     {"connessione", Connessione},
-                                                    {"richiesta", Richiesta}}};
+                                                    {"richiesta", Richiesta},
+                                                    {"sftp", RisposteSftp},
+                                                    {"noti", HostNoti},
+                                                    {"blocco", Blocco}}};
 
 } // namespace lumoscad::fuzz
