@@ -26,10 +26,10 @@ class DesktopCronometro final : public Desktop {
   void EventiInAttesa() override {}
   void MostraElenco(FinestraElenco& finestra) override {
     mostrato = Orologio::now();
-    righe = finestra.righe();
-    finestra.chiudi();
+    righe = finestra.RowCount();
+    finestra.Form_QueryUnload();
   }
-  void MostraScadenzario(FinestraScadenzario& finestra) override { finestra.elenco.chiudi(); }
+  void MostraScadenzario(FinestraScadenzario& finestra) override { finestra.Elenco().Form_QueryUnload(); }
   void MostraAttesa(std::string_view /*testo*/, int /*millisecondi*/, const std::function<void()>& lavoro) override {
     lavoro();
   }

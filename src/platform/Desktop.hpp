@@ -83,9 +83,8 @@ struct StatoElenco {
   std::uint64_t contenuto = 0;   ///< grows whenever the content of a cell changed
 };
 
-/// Everything that a modal list window needs: what to show, how to read it, and where to send the person's
-/// gestures. Rows are addressed by their place in display order, from 0.
-struct FinestraElenco {
+/// What a list window looks like; no gesture changes it while the window is open.
+struct ListDescription {
   std::string nome; ///< name of the window, for instance "frmLumoScadenzeBanche"
   std::string titolo;
   std::string nomeLista;        ///< name of the list control, for instance "LVScadenzeBanche"
@@ -99,38 +98,62 @@ struct FinestraElenco {
   std::optional<std::string> campoBanca; ///< caption of `FrameNuovaBanca`; none: the field is not there
   std::vector<std::string> banche;       ///< the entries of `cmbBanche`; the first is a single blank
   std::vector<std::string> bancheCella;  ///< the entries of `cmbBanche2`
+};
 
-  std::function<std::size_t()> righe;
-  std::function<std::string_view(std::size_t riga, int colonna)> testo;
-  std::function<bool(std::size_t riga, int colonna)> spuntata;
-  std::function<const StatoElenco&()> stato;
+/// All that passes between a list screen and the window that shows it: what to show, how to read it, and the person's
+/// gestures, each under the name of its control. A window calls, a screen answers. Rows are addressed by their place in
+/// display order, from 0.
+class FinestraElenco {
+ public:
+  /// Opens or closes the drop-down of a combo, by its name.
+  using DropDown = std::function<void(std::string_view combo, bool open)>;
 
-  /// The one that the window puts here, for as long as it is there: opens or closes the drop-down of a combo, by its
-  /// name.
-  std::function<void(std::string_view combo, bool aperta)> mostraTendina;
+  FinestraElenco() = default;
+  FinestraElenco(const FinestraElenco&) = delete;
+  FinestraElenco& operator=(const FinestraElenco&) = delete;
+  virtual ~FinestraElenco() = default;
 
-  std::function<void(std::ptrdiff_t riga)> seleziona;  ///< the selection moved to this row
-  std::function<void(int x, int y)> premeMouse;        ///< mouse-down over the list, twips
-  std::function<void(int altoRiga)> clic;              ///< click on the list; top of the selected row, twips
-  std::function<void(int indice)> clicTestata;         ///< click on a heading
-  std::function<void()> clicFuori;                     ///< click elsewhere on the window
-  std::function<void(std::string_view)> testoEditor;   ///< `TextScad` was edited
-  std::function<void(int codice)> tastoEditor;         ///< key in `TextScad` (9 Tab, 13 Enter)
-  std::function<void(int indice)> scegliBancaCella;    ///< choice in `cmbBanche2`
-  std::function<void()> perdeFuocoBancaCella;          ///< `cmbBanche2` lost the focus
-  std::function<void()> abbandonaEditor;               ///< Esc in an in-place editor: close it, write nothing
-  std::function<void(std::string_view)> testoScadenza; ///< `TextScadenza` was edited
-  std::function<void()> clicScadenza;                  ///< click in `TextScadenza`
-  std::function<void(int indice)> scegliBanca;         ///< choice in `cmbBanche`
-  std::function<void()> conferma;                      ///< `PictureOk`
-  std::function<void()> annulla;                       ///< `PictureAnnulla`
-  std::function<void()> chiudi;                        ///< the window's close box
+  [[nodiscard]] virtual const ListDescription& Description() const = 0;
+  [[nodiscard]] virtual const StatoElenco& Stato() const = 0;
+  [[nodiscard]] virtual std::size_t RowCount() const = 0;
+  /// The text of a cell; it holds until the next cell is asked for.
+  [[nodiscard]] virtual std::string_view CellText(std::size_t row, int column) const = 0;
+  [[nodiscard]] virtual bool Ticked(std::size_t row, int column) const = 0;
+  /// The window says here how its drop-downs are opened, and takes it back (an empty one) when it goes.
+  virtual void SetDropDown(DropDown dropDown) = 0;
+
+  virtual void Seleziona(std::ptrdiff_t posto) = 0;             ///< the selection moved to this row
+  virtual void LVScadenze_MouseDown(int x, int y) = 0;          ///< mouse-down over the list, twips
+  virtual void LVScadenze_Click(int topRiga) = 0;               ///< click on the list; top of the selected row, twips
+  virtual void LVScadenze_ItemCheck(std::size_t posto) = 0;     ///< the check box of this row was clicked
+  virtual void TLwTestata_Click(int indice) = 0;                ///< click on a heading
+  virtual void Form_Click() = 0;                                ///< click elsewhere on the window
+  virtual void TextScad_Change(std::string_view testo) = 0;     ///< `TextScad` was edited
+  virtual void TextScad_KeyPress(int codice) = 0;               ///< key in `TextScad` (9 Tab, 13 Enter)
+  virtual void TextScad_LostFocus() = 0;                        ///< `TextScad` lost the focus
+  virtual void cmbBanche2_Click(int indice) = 0;                ///< choice in `cmbBanche2`
+  virtual void cmbBanche2_LostFocus() = 0;                      ///< `cmbBanche2` lost the focus
+  virtual void AbbandonaEditor() = 0;                           ///< Esc in an in-place editor: close it, write nothing
+  virtual void TextScadenza_Change(std::string_view testo) = 0; ///< `TextScadenza` was edited
+  virtual void TextScadenza_Click() = 0;                        ///< click in `TextScadenza`
+  virtual void TextScadenza_LostFocus() = 0;                    ///< `TextScadenza` lost the focus
+  virtual void cmbBanche_Click(int indice) = 0;                 ///< choice in `cmbBanche`
+  virtual void PictureOk_Click() = 0;
+  virtual void PictureAnnulla_Click() = 0;
+  virtual void Form_QueryUnload() = 0; ///< the window's close box
 };
 
 /// One line of the description above a list: a caption and what it names.
 struct RigaDescrizione {
   EtichettaElenco didascalia;
   EtichettaElenco valore;
+};
+
+/// What the single-item window shows besides its list and never changes while it is open.
+struct ItemDescription {
+  std::vector<RigaDescrizione> descrizione; ///< `FrameDesc`, from top to bottom
+  EtichettaElenco congedo;                  ///< a label of earlier days, which is never shown
+  std::string carattereCongedo;             ///< its font family
 };
 
 /// What the single-item window shows besides its list. As with the list's own state, the screen owns and changes it;
@@ -142,20 +165,21 @@ struct StatoScadenzario {
 };
 
 /// The window of a single item's due dates: a list window whose first column ticks its row, with a control that ticks
-/// them all and a few lines on what the dates belong to. Of `elenco` it uses no sorting, no mouse position and no
-/// bank; a click in its first column is told to `spunta`, and to `elenco.clic` after that.
-struct FinestraScadenzario {
-  FinestraElenco elenco;
-  std::vector<RigaDescrizione> descrizione; ///< `FrameDesc`, from top to bottom
-  EtichettaElenco congedo;                  ///< a label of earlier days, which is never shown
-  std::string carattereCongedo;             ///< its font family
+/// them all and a few lines on what the dates belong to. Of its list it uses no sorting, no mouse position and no
+/// bank; a click in the first column is a check, and a click on the list after that.
+class FinestraScadenzario {
+ public:
+  FinestraScadenzario() = default;
+  FinestraScadenzario(const FinestraScadenzario&) = delete;
+  FinestraScadenzario& operator=(const FinestraScadenzario&) = delete;
+  virtual ~FinestraScadenzario() = default;
 
-  std::function<const StatoScadenzario&()> stato;
+  [[nodiscard]] virtual FinestraElenco& Elenco() = 0;
+  [[nodiscard]] virtual const ItemDescription& Description() const = 0;
+  [[nodiscard]] virtual const StatoScadenzario& Stato() const = 0;
 
-  std::function<void(std::size_t riga)> spunta; ///< the check box of this row was clicked
-  std::function<void()> selezionaTutto;         ///< `PicSelezionaTutto`
-  std::function<void()> perdeFuocoEditor;       ///< `TextScad` lost the focus
-  std::function<void()> perdeFuocoScadenza;     ///< `TextScadenza` lost the focus
+  virtual void PicSelezionaTutto_Click() = 0;
+  virtual void PictureOk_Click() = 0; ///< in place of the list's own
 };
 
 /// The desktop, as the component uses it.
@@ -174,10 +198,11 @@ class Desktop {
   virtual void ImpostaPuntatore(Puntatore puntatore) = 0;
   /// Lets pending window events run; cheap enough to be called once a row.
   virtual void EventiInAttesa() = 0;
-  /// Shows a list window modally; returns once `stato().scaricata` is true. What a gesture throws leaves this
+  /// Shows a list window modally; returns once `Stato().scaricata` is true. What a gesture throws leaves this
   /// call, after the window is gone.
   virtual void MostraElenco(FinestraElenco& finestra) = 0;
-  /// Shows the single-item window modally, on the same terms: until `elenco.stato().scaricata` is true.
+  /// Shows the single-item window modally, on the same terms: until its list's `Stato().scaricata` is
+  /// true.
   virtual void MostraScadenzario(FinestraScadenzario& finestra) = 0;
   /// Shows a small modal window without buttons that holds `testo`; after `millisecondi`, once it is painted,
   /// runs `lavoro` and closes. What `lavoro` throws leaves this call, after the window is gone.

@@ -2,8 +2,11 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "platform/Errore.hpp"
 #include "screens/DataDiRiga.hpp"
 #include "screens/DocumentiPresunti.hpp"
+
+#include <utility>
 
 namespace lumoscad {
 namespace {
@@ -40,13 +43,15 @@ DescrizioneGriglia Descrizione() {
   d.campoData = "Nuova consegna";
   d.colonneChiave = Schermata::Divisa + 1;
   d.colonnaSpunta1 = Schermata::Radio;
-  d.colonnaNuovaData = Schermata::NuovaConsegna;
+  d.data.colonna = Schermata::NuovaConsegna;
+  d.data.senza = SenzaData::Vuota;
+  d.data.soloConData = false;
   return d;
 }
 
 } // namespace
 
-FormConsegna::FormConsegna() : SchermataElenco(Descrizione()) {}
+FormConsegna::FormConsegna() : griglia_(Descrizione()) {}
 
 void FormConsegna::ResizeConsegna() {
   griglia_.Resize();
@@ -54,8 +59,17 @@ void FormConsegna::ResizeConsegna() {
 
 void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
-  Modo = ModoConsegna;
-  Visualizza([&](MsgAnnulla& msg) { CaricaRighe(parAzienda, filtro, msg); }, variazioni);
+  griglia_.Modo = ModoConsegna;
+  MsgAnnulla msg;
+  variazioni.clear();
+  griglia_.Azzera();
+  CaricaRighe(parAzienda, filtro, msg);
+  ResizeConsegna();
+  griglia_.Mostra();
+  LeggiVariazioni(variazioni);
+  if (!msg.Errore.empty()) {
+    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+  }
 }
 
 void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
@@ -85,17 +99,13 @@ std::string FormConsegna::ChiaveElemento(std::size_t riga) const {
   return chiave.append(righe.Testo(riga, ConsegnaPrevista)).append("_").append(righe.Testo(riga, Divisa));
 }
 
-void FormConsegna::ChiudiData(std::size_t riga, std::string_view testo) {
-  griglia_.Righe.ImpostaTesto(riga, NuovaConsegna, testo.empty() ? std::string() : Utilities::ControllaData(testo));
-}
-
-void FormConsegna::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
-  if (spunta && MaggioreDiSpazio(griglia_.Stato().testoScadenza)) {
-    griglia_.ImpostaTestoScadenza(Utilities::ControllaData(griglia_.Stato().testoScadenza));
+void FormConsegna::LeggiVariazioni(VariazioniConsegna& variazioni) const {
+  for (const std::size_t riga : griglia_.RigheConfermate()) {
+    VariazioneConsegna variazione;
+    if (LeggiVariazione(riga, variazione)) {
+      variazioni.push_back(std::move(variazione));
+    }
   }
-  griglia_.Righe.ImpostaTesto(riga, NuovaConsegna,
-                              spunta ? std::string_view(griglia_.Stato().testoScadenza) : std::string_view());
-  griglia_.ImpostaSpunta(riga, chiave, spunta);
 }
 
 bool FormConsegna::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const {

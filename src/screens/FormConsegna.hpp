@@ -2,7 +2,7 @@
 
 #include "common/Variazioni.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "screens/SchermataElenco.hpp"
+#include "screens/Griglia.hpp"
 
 #include <cstddef>
 #include <string>
@@ -12,7 +12,7 @@ namespace lumoscad {
 
 /// The delivery date screen: lists the presumed documents with their planned delivery date and lets the person give
 /// chosen rows a new one.
-class FormConsegna final : public SchermataElenco<VariazioneConsegna> {
+class FormConsegna final {
  public:
   /// The list's columns, by index.
   enum Colonna {
@@ -39,14 +39,20 @@ class FormConsegna final : public SchermataElenco<VariazioneConsegna> {
   /// Lays the controls out for the number of rows.
   void ResizeConsegna();
 
-  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
+  /// "closed" when the screen was left without confirming.
+  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
+  /// The key of a row, by its number, among the list's items.
+  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const;
+  [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
 
  private:
   void CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg);
-  void Disponi() override { ResizeConsegna(); }
-  void ChiudiData(std::size_t riga, std::string_view testo) override;
-  void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
-  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const override;
+  /// Adds the records of the changed rows.
+  void LeggiVariazioni(VariazioniConsegna& variazioni) const;
+  /// Reads what the person changed in a row into a new record; false when that is nothing.
+  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const;
+
+  Griglia griglia_;
 };
 
 } // namespace lumoscad

@@ -1,23 +1,21 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
-#include "screens/RigheGriglia.hpp"
+#include "screens/Griglia.hpp"
 
-#include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace lumoscad {
 
 /// The due dates of one open item, or of the extra schedule of one movement: the person gives single instalments, or
-/// all that are ticked, a new due date. Who opens it fills the rows and the two descriptions first. All lengths are
-/// twips.
-class FormLumoScad {
+/// all that are ticked, a new due date. Who opens it fills the grid's rows and the two descriptions first. All lengths
+/// are twips.
+class FormLumoScad final : public FinestraScadenzario {
  public:
-  /// The list's columns, by index; the text of the first is what a row is known by.
-  enum Colonna { Scadenza, ScadOrig, Importo, NuovaScadenza, Colonne };
+  /// The list's columns, by index: the check box of the row, and after it the text that a row is known by.
+  enum Colonna { Casella, Scadenza, ScadOrig, Importo, NuovaScadenza, Colonne };
   /// What "Conferma" does; returns the screen's result.
   using Conferma = std::function<std::string()>;
 
@@ -28,14 +26,15 @@ class FormLumoScad {
   FormLumoScad(Conferma conferma, Conferma confermaExtra);
   FormLumoScad(const FormLumoScad&) = delete;
   FormLumoScad& operator=(const FormLumoScad&) = delete;
-  ~FormLumoScad() = default;
+  ~FormLumoScad() override = default;
 
-  RigheGriglia Righe;           ///< one tick a row: number 0
   std::string LabelDescPartita; ///< the item's number, shown in mode "Scad"
   std::string LabelDescCliFor;  ///< the customer or supplier, shown in mode "Scad"
 
   /// Makes the screen as new: no rows, no descriptions, an empty top date, nothing ticked.
   void Svuota();
+  /// Adds an instalment without a new date.
+  void Aggiungi(std::string_view scadenza, std::string_view originale, std::string_view importo);
 
   /// Show the window modally and return the result: that of the confirmation, or "closed" when the window was left
   /// without one. Once a presumed-document command has made demonstrations of them all, the window is gone before
@@ -43,61 +42,40 @@ class FormLumoScad {
   [[nodiscard]] std::string VisualizzaScad();
   [[nodiscard]] std::string VisualizzaExtra();
 
-  [[nodiscard]] const std::string& Modo() const noexcept { return modo_; } ///< "Scad" or "Extra"
+  [[nodiscard]] const std::string& Modo() const noexcept { return griglia_.Modo; } ///< "Scad" or "Extra"
   [[nodiscard]] bool SelezionaTutto() const noexcept { return selezionaTutto_; }
   /// "closed" when the window was left without confirming.
-  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return motivoChiusura_; }
-  [[nodiscard]] const StatoElenco& Stato() const noexcept { return stato_; }
-  [[nodiscard]] const StatoScadenzario& StatoFinestra() const noexcept { return finestra_; }
+  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
+  [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
+  [[nodiscard]] const Griglia& griglia() const noexcept { return griglia_; }
 
   /// Opens the date editor on the selected row; without one does nothing.
-  void InserisciScadenza(int top, int left, int width);
+  void InserisciScadenza(int top, int left, int width) { griglia_.InserisciScadenza(top, left, width); }
   /// Closes the date editor and writes its date into the first row that has the edited row's text.
-  void TogliTextScad();
-  /// Closes the date editor and writes nothing.
-  void AbbandonaEditor();
-  void ResizeScad();
+  void TogliTextScad() { griglia_.TogliScadenza(); }
+  void ResizeScad() { griglia_.Resize(); }
   /// Keeps the window above all others, or no longer. A number counts as True only when it is -1, the number that
   /// the calling program writes for it.
   void SetTopMostWindow(bool topmost);
   void SetTopMostWindow(int topmost);
 
-  void Seleziona(std::ptrdiff_t riga);
-  /// A click on the selected row, in whatever column; not heeded when it is the one that ticked the row.
-  void LWScad_Click(int topRiga);
-  /// The check box of a row took the state `spuntata`.
-  void LWScad_ItemCheck(std::size_t riga, bool spuntata);
-  void TextScad_Change(std::string_view testo);
-  void TextScad_KeyPress(int codice);
-  void TextScad_LostFocus();
-  void TextScadenza_Change(std::string_view testo);
-  void TextScadenza_LostFocus();
-  void PicSelezionaTutto_Click();
-  void PictureOk_Click();
-  void PictureAnnulla_Click();
-  void Form_QueryUnload();
+  [[nodiscard]] FinestraElenco& Elenco() override { return griglia_; }
+  [[nodiscard]] const ItemDescription& Description() const override { return descrizione_; }
+  [[nodiscard]] const StatoScadenzario& Stato() const override { return finestra_; }
+  void PicSelezionaTutto_Click() override;
+  void PictureOk_Click() override;
 
  private:
   [[nodiscard]] std::string Visualizza(std::string_view modo);
   [[nodiscard]] std::string EseguiConferma() const;
-  [[nodiscard]] std::optional<std::size_t> RigaSelezionata() const;
-  void Spunta(std::size_t riga, bool spuntata);
-  void Cambiata() noexcept { ++stato_.contenuto; }
-  void Scarica() noexcept { stato_.scaricata = true; }
-  [[nodiscard]] FinestraScadenzario Finestra();
-  void CollegaLettura(FinestraElenco& elenco);
-  void CollegaGesti(FinestraScadenzario& finestra);
 
+  Griglia griglia_;
   Conferma conferma_;
   Conferma confermaExtra_;
-  StatoElenco stato_;
+  ItemDescription descrizione_;
   StatoScadenzario finestra_;
-  std::string modo_;
   std::string risultato_;
-  std::string motivoChiusura_;
-  std::string testoInModifica_; ///< the text of the row being edited
   bool selezionaTutto_ = false;
-  bool saltaClic_ = false;
   bool confermaDopo_ = false; ///< the confirmation waits until the window is gone
 };
 

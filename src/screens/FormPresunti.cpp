@@ -2,6 +2,7 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "platform/Errore.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 #include <unordered_set>
@@ -42,13 +43,18 @@ DescrizioneGriglia Descrizione() {
   d.campoBanca = "Nuova banca";
   d.colonneChiave = Schermata::Fatturato + 1;
   d.colonnaSpunta1 = Schermata::Radio;
-  d.colonnaNuovaBanca = Schermata::NuovaBanca;
+  d.banca.colonna = Schermata::NuovaBanca;
+  d.banca.spunta = 0;
+  d.banca.gruppo = Schermata::Ordine;
+  d.banca.ripristina = false;
+  d.banca.codiciInAlto = true;
+  d.banca.modoAssegna = ModoPresunti;
   return d;
 }
 
 } // namespace
 
-FormPresunti::FormPresunti() : SchermataElenco(Descrizione()) {}
+FormPresunti::FormPresunti() : griglia_(Descrizione()) {}
 
 void FormPresunti::ResizePresunti() {
   griglia_.Resize();
@@ -56,15 +62,19 @@ void FormPresunti::ResizePresunti() {
 
 void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
-  Modo = ModoPresunti;
-  const auto carica = [&](MsgAnnulla& msg) {
-    banche_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
-    bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Ammesso);
-    griglia_.cmbBanche = banche_.voci;
-    griglia_.cmbBanche2 = bancheCella_.voci;
-    CaricaRighe(parAzienda, filtro, msg);
-  };
-  Visualizza(carica, variazioni);
+  griglia_.Modo = ModoPresunti;
+  MsgAnnulla msg;
+  variazioni.clear();
+  griglia_.Azzera();
+  griglia_.cmbBanche = CaricaBanche(msg, CodiceRipetuto::Ammesso);
+  griglia_.cmbBanche2 = CaricaBanche(msg, CodiceRipetuto::Ammesso);
+  CaricaRighe(parAzienda, filtro, msg);
+  ResizePresunti();
+  griglia_.Mostra();
+  LeggiVariazioni(variazioni);
+  if (!msg.Errore.empty()) {
+    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+  }
 }
 
 void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
@@ -94,58 +104,17 @@ std::string FormPresunti::ChiaveElemento(std::size_t riga) const {
   return chiave.append(righe.Tag(riga, Banca));
 }
 
-template <typename Azione> void FormPresunti::PerOgniRigaDelDocumento(std::size_t riga, Azione azione) {
-  const std::string documento(griglia_.Righe.Testo(riga, Ordine));
-  for (std::size_t altra = 0; altra < griglia_.Righe.Quante(); ++altra) {
-    if (griglia_.Righe.Testo(altra, Ordine) == documento) {
-      azione(altra);
+void FormPresunti::LeggiVariazioni(VariazioniConsegna& variazioni) const {
+  // One record a document: the host and the database know a document, not its rows. Letters count as written, so that
+  // two documents apart only by them never become one.
+  std::unordered_set<std::string> documenti;
+  for (const std::size_t riga : griglia_.RigheConfermate()) {
+    VariazioneConsegna variazione;
+    if (LeggiVariazione(riga, variazione) &&
+        documenti.emplace(SenzaSpaziAiLati(griglia_.Righe.Testo(riga, Ordine))).second) {
+      variazioni.push_back(std::move(variazione));
     }
   }
-}
-
-void FormPresunti::AssegnaBanca(int indice, std::string_view modo, std::size_t riga) {
-  if (modo != ModoPresunti) {
-    return;
-  }
-  std::string codice(Nullo);
-  std::string descrizione = "ANNULLA";
-  if (indice > 0) {
-    codice = banche_.Codice(indice);
-    descrizione = banche_.voci[static_cast<std::size_t>(indice)];
-  } else if (griglia_.Righe.Testo(riga, Ordine).empty()) {
-    // A row without a document has nothing that could lose its bank.
-    codice.clear();
-    descrizione.clear();
-  }
-  PerOgniRigaDelDocumento(riga, [&](std::size_t altra) {
-    griglia_.Righe.ImpostaTag(altra, NuovaBanca, codice);
-    griglia_.Righe.ImpostaTesto(altra, NuovaBanca, descrizione);
-  });
-  griglia_.Cambiata();
-}
-
-void FormPresunti::ChiudiBanca(std::size_t riga, int indice) {
-  griglia_.ImpostaSpunta(riga, "RADIO1", true);
-  AssegnaBanca(indice, Modo, riga);
-}
-
-void FormPresunti::SceltaBanca() {
-  if (const auto riga = griglia_.RigaSelezionata()) {
-    AssegnaBanca(griglia_.Stato().indiceBanca, Modo, *riga);
-  }
-}
-
-void FormPresunti::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
-  if (spunta) {
-    AssegnaBanca(griglia_.Stato().indiceBanca, Modo, riga);
-    griglia_.ImpostaSpunta(riga, chiave, true);
-    return;
-  }
-  PerOgniRigaDelDocumento(riga, [this, chiave](std::size_t altra) {
-    griglia_.Righe.ImpostaTag(altra, NuovaBanca, "");
-    griglia_.Righe.ImpostaTesto(altra, NuovaBanca, "");
-    griglia_.ImpostaSpunta(altra, chiave, false);
-  });
 }
 
 bool FormPresunti::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const {
@@ -162,22 +131,6 @@ bool FormPresunti::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazi
   variazione.VecchiaBanca = banca.empty() ? Nullo : banca;
   variazione.NuovaBanca = nuova;
   return true;
-}
-
-VariazioniConsegna FormPresunti::LeggiVariazioni() const {
-  VariazioniConsegna variazioni;
-  std::unordered_set<std::string> documenti;
-  for (std::size_t posto = 0; posto < griglia_.Righe.Quante(); ++posto) {
-    const std::size_t riga = griglia_.Righe.RigaAlPosto(posto);
-    VariazioneConsegna variazione;
-    // One record a document: the host and the database know a document, not its rows. Letters count as written, so that
-    // two documents apart only by them never become one.
-    if (LeggiVariazione(riga, variazione) &&
-        documenti.emplace(SenzaSpaziAiLati(griglia_.Righe.Testo(riga, Ordine))).second) {
-      variazioni.push_back(std::move(variazione));
-    }
-  }
-  return variazioni;
 }
 
 } // namespace lumoscad

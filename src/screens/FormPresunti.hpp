@@ -2,8 +2,7 @@
 
 #include "common/Variazioni.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "screens/ElencoBanche.hpp"
-#include "screens/SchermataElenco.hpp"
+#include "screens/Griglia.hpp"
 
 #include <cstddef>
 #include <string>
@@ -14,7 +13,7 @@ namespace lumoscad {
 /// The presumed-documents screen: lists orders that are expected to be invoiced, one row a bank, date and currency of
 /// a document, and lets the person choose the bank through which a document will be presented. All rows of a document
 /// carry the same new bank.
-class FormPresunti final : public SchermataElenco<VariazioneConsegna> {
+class FormPresunti final {
  public:
   /// The list's columns, by index.
   enum Colonna {
@@ -41,22 +40,20 @@ class FormPresunti final : public SchermataElenco<VariazioneConsegna> {
   /// Lays the controls out for the number of rows.
   void ResizePresunti();
 
-  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
+  /// "closed" when the screen was left without confirming.
+  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
+  /// The key of a row, by its number, among the list's items.
+  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const;
+  [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
 
  private:
   void CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg);
-  /// Gives `riga` and its whole document entry `indice` of the banks, in mode "PRESUNTI" alone.
-  void AssegnaBanca(int indice, std::string_view modo, std::size_t riga);
-  void Disponi() override { ResizePresunti(); }
-  void ChiudiBanca(std::size_t riga, int indice) override;
-  void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
-  void SceltaBanca() override;
-  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const override;
-  [[nodiscard]] Variazioni LeggiVariazioni() const override;
-  template <typename Azione> void PerOgniRigaDelDocumento(std::size_t riga, Azione azione);
+  /// Adds the records of the changed rows.
+  void LeggiVariazioni(VariazioniConsegna& variazioni) const;
+  /// Reads what the person changed in a row into a new record; false when that is nothing.
+  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const;
 
-  BancheCombo banche_;      ///< of the top field
-  BancheCombo bancheCella_; ///< of the in-place editor
+  Griglia griglia_;
 };
 
 } // namespace lumoscad

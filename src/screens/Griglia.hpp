@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "screens/DescrizioneGriglia.hpp"
+#include "screens/ElencoBanche.hpp"
 #include "screens/RigheGriglia.hpp"
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,73 +13,38 @@
 
 namespace lumoscad {
 
-/// How many rows a list shows before it needs a vertical scroll bar.
-inline constexpr int RigheSenzaScorrere = 20;
-
-/// One heading of a list screen: where it stands and what a click on it sorts by.
-struct TestataGriglia {
-  int indice = 0; ///< index in `TLwTestata`
-  std::string testo;
-  int colonna = 0;        ///< the list column below it
-  int colonnaOrdine = -1; ///< the column whose texts it sorts by, -1 when it does not sort
-};
-
-/// What is particular to one list screen of the schedule grid.
-struct DescrizioneGriglia {
-  std::string nome; ///< the form's name
-  std::string titolo;
-  std::string nomeLista;                    ///< the list control's name
-  std::string tagLista;                     ///< the list's `Tag` once it is loaded
-  std::string carattere;                    ///< the font of the list and of both bank boxes
-  std::string carattereTestate = "Verdana"; ///< the headings' font
-  std::vector<ColonnaElenco> colonne;
-  std::vector<int> colonneConTag;
-  std::vector<TestataGriglia> testate;
-  std::optional<std::string> campoData;  ///< caption of the top date field
-  std::optional<std::string> campoBanca; ///< caption of the top bank field
-  int colonneChiave = 0;                 ///< the row key is the texts of this many first columns
-  int colonnaSpunta1 = -1;               ///< the tick "RADIO1"
-  int colonnaSpunta2 = -1;               ///< the tick "RADIO2"
-  int colonnaNuovaData = -1;             ///< edited by `TextScad`
-  int colonnaNuovaBanca = -1;            ///< edited by `cmbBanche2`
-};
-
-/// The rules in which the list screens differ. Rows are named by number.
-struct RegoleGriglia {
-  std::function<void(std::size_t riga, std::string_view testo)> chiudiData; ///< the date editor leaves this text
-  std::function<void(std::size_t riga, int indice)> chiudiBanca;            ///< the bank editor leaves this choice
-  std::function<void(std::size_t riga, std::string_view chiave, bool spunta)> cambiaCheck;
-  std::function<void()> clicScadenza; ///< a click in the top date field
-  std::function<void()> sceltaBanca;  ///< a choice in the top bank field
-  std::function<void()> conferma;     ///< "Conferma", before the window unloads
-  std::function<void()> annulla;      ///< "Annulla" and the close box, before the window unloads
-};
-
-/// The editable schedule grid that the list screens share: rows, ticks, in-place editors, sorting and layout.
-/// All lengths are twips.
-class Griglia {
+/// The editable schedule grid that the screens share: rows, ticks, in-place editors, sorting and layout. It takes the
+/// person's gestures from the window and changes its rows by them; in what the screens differ its description says. All
+/// lengths are twips.
+class Griglia final : public FinestraElenco {
  public:
-  Griglia(DescrizioneGriglia descrizione, RegoleGriglia regole);
+  explicit Griglia(DescrizioneGriglia descrizione);
   Griglia(const Griglia&) = delete;
   Griglia& operator=(const Griglia&) = delete;
-  ~Griglia() = default;
+  ~Griglia() override = default;
 
   RigheGriglia Righe;
-  std::vector<std::string> cmbBanche;  ///< entries of the top bank field
-  std::vector<std::string> cmbBanche2; ///< entries of the in-place bank editor
-  std::string Titolo;                  ///< the window's title, at first the description's
-  std::string Tag;                     ///< the list's own: what it lists; empty while its rows are being loaded
+  BancheCombo cmbBanche;  ///< the top bank field
+  BancheCombo cmbBanche2; ///< the in-place bank editor
+  std::string Titolo;     ///< the window's title, at first the description's
+  std::string Tag;        ///< the list's own: what it lists; empty while its rows are being loaded
+  std::string Modo;       ///< what the screen is being used for: "DEBITI/CREDITI", "PRESUNTI" or "CONSEGNA"
   std::vector<EtichettaElenco> Etichette;
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
   /// Orders and lays out after loading, without the columns `nascoste`; the sort starts at the first column, ascending.
   void Resize(const std::vector<int>& nascoste = {});
+  /// Makes ready for a showing, no editor open and nothing confirmed.
+  void Prepara();
   /// Shows the window modally until the screen is unloaded.
   void Mostra();
 
-  [[nodiscard]] const StatoElenco& Stato() const noexcept { return stato_; }
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return motivoChiusura_; }
+  /// True once the person has confirmed the showing.
+  [[nodiscard]] bool Confermata() const noexcept { return confermata_; }
+  /// The rows whose changes count, in the order in which they show: all once they are confirmed, none before.
+  [[nodiscard]] std::vector<std::size_t> RigheConfermate() const;
   /// True once the list's `Tag` says that it is loaded: until then no step edits or confirms anything.
   [[nodiscard]] bool Modificabile() const { return Tag == descrizione_.tagLista; }
   /// The row key: the texts of the identifying columns, joined with nothing between them.
@@ -87,62 +53,85 @@ class Griglia {
 
   /// The 0-based column under `x`; one past the last column when `x` lies right of them all.
   [[nodiscard]] int TrovaCoordinate(int x) const;
+  /// Open an editor on the selected row; without one do nothing.
   void InserisciScadenza(int top, int left, int width);
-  void TogliScadenza();
   void InserisciBanca(int top, int left, int width);
+  /// Close an editor and write what it holds into the edited row.
+  void TogliScadenza();
   void TogliBanca();
   /// Opens or closes the drop-down of `combo` ("cmbBanche" or "cmbBanche2") in the window that is showing. No step of
   /// the grid does so: its editors open with their lists closed.
   void ShowComboDropdown(std::string_view combo, bool show) const;
+  /// Turns the tick `chiave` ("RADIO1" or "RADIO2") of the selected row.
   void CambiaCheck(std::string_view chiave);
+  /// The check box of a row takes the state `spuntata`.
+  void SpuntaCasella(std::size_t riga, bool spuntata);
   void DeselezionaTutto(std::string_view chiave);
   void NascondiBarrette();
   void RimettiBarrette();
   /// The first entry whose text equals `testo`, 0 when there is none.
   [[nodiscard]] static int TrovaRigaBanca(const std::vector<std::string>& combo, std::string_view testo);
-  void ImpostaTestoScadenza(std::string_view testo);
-  void ImpostaSpunta(std::size_t riga, std::string_view chiave, bool spuntata);
-  /// Tells the window that cells changed.
-  void Cambiata() noexcept { ++stato_.contenuto; }
 
-  void Seleziona(std::ptrdiff_t posto);
-  void LVScadenze_MouseDown(int x, int y);
-  void LVScadenze_Click(int topRiga);
-  void LVScadenze_ItemCheck(std::size_t posto);
-  void TLwTestata_Click(int indice);
-  void Form_Click();
-  void TextScad_Change(std::string_view testo);
-  void TextScad_KeyPress(int codice);
-  void cmbBanche2_Click(int indice);
-  void cmbBanche2_LostFocus();
-  void AbbandonaEditor();
-  void TextScadenza_Change(std::string_view testo);
-  void TextScadenza_Click();
-  void cmbBanche_Click(int indice);
-  void PictureOk_Click();
-  void PictureAnnulla_Click();
-  void Form_QueryUnload();
+  [[nodiscard]] const ListDescription& Description() const override { return finestra_; }
+  [[nodiscard]] const StatoElenco& Stato() const override { return stato_; }
+  [[nodiscard]] std::size_t RowCount() const override { return Righe.Quante(); }
+  [[nodiscard]] std::string_view CellText(std::size_t posto, int colonna) const override;
+  [[nodiscard]] bool Ticked(std::size_t posto, int colonna) const override;
+  void SetDropDown(DropDown dropDown) override;
+
+  void Seleziona(std::ptrdiff_t posto) override;
+  void LVScadenze_MouseDown(int x, int y) override;
+  /// A click on the selected row; not heeded when it is the one that checked the row.
+  void LVScadenze_Click(int topRiga) override;
+  void LVScadenze_ItemCheck(std::size_t posto) override;
+  void TLwTestata_Click(int indice) override;
+  void Form_Click() override;
+  void TextScad_Change(std::string_view testo) override;
+  void TextScad_KeyPress(int codice) override;
+  void TextScad_LostFocus() override;
+  void cmbBanche2_Click(int indice) override;
+  void cmbBanche2_LostFocus() override;
+  void AbbandonaEditor() override;
+  void TextScadenza_Change(std::string_view testo) override;
+  void TextScadenza_Click() override;
+  void TextScadenza_LostFocus() override;
+  void cmbBanche_Click(int indice) override;
+  void PictureOk_Click() override;
+  void PictureAnnulla_Click() override;
+  void Form_QueryUnload() override;
 
  private:
   [[nodiscard]] int SinistraColonna(int colonna) const;
   [[nodiscard]] int Larghezza(int colonna) const { return larghezze_[static_cast<std::size_t>(colonna)]; }
+  /// What a column shows beside an editable one: the present value.
+  [[nodiscard]] std::string_view TestoPresente(std::size_t riga, int colonna) const;
   [[nodiscard]] int QualeSpunta(std::string_view chiave) const;
   [[nodiscard]] std::optional<std::size_t> RigaInModifica() const;
   [[nodiscard]] std::ptrdiff_t PostoInModifica() const;
   void MisuraColonne(const std::vector<int>& nascoste);
-  void ApriEditor(EditorCella& editor, int top, int left, int width);
+  void ApriEditor(EditorCella& editor, std::size_t riga, int top, int left, int width);
+  void NascondiSeScorre();
+  [[nodiscard]] std::string_view DataTolta(std::size_t riga) const;
+  void ScriviData(std::size_t riga, std::string_view testo);
+  void SpuntaData(std::size_t riga, bool spunta);
+  void SpuntaBanca(std::size_t riga, bool spunta);
+  void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);
+  [[nodiscard]] bool NienteDaTogliere(std::size_t riga) const;
+  [[nodiscard]] std::string_view BancaTolta(std::size_t riga) const;
+  void ScriviBanca(std::size_t riga, std::string_view codice, std::string_view testo);
+  /// All rows that get a new bank together with this one, itself included.
+  [[nodiscard]] std::vector<std::size_t> RigheDelGruppo(std::size_t riga) const;
   void Ordina(int colonna);
+  /// Tells the window that cells changed.
+  void Cambiata() noexcept { ++stato_.contenuto; }
   void Scarica() noexcept { stato_.scaricata = true; }
-  [[nodiscard]] FinestraElenco Finestra();
-  void CollegaLettura(FinestraElenco& finestra);
-  void CollegaGesti(FinestraElenco& finestra);
 
   DescrizioneGriglia descrizione_;
-  RegoleGriglia regole_;
+  ListDescription finestra_; ///< of the window that is showing
   StatoElenco stato_;
   std::vector<int> larghezze_; ///< of the columns, 0 for one that does not show
   std::vector<TestataElenco> testate_;
-  const FinestraElenco* aperta_ = nullptr; ///< the window that is showing
+  DropDown tendina_; ///< of the window that is showing
   std::string motivoChiusura_;
   std::string chiaveInModifica_;
   std::size_t rigaInModifica_ = 0;
@@ -150,6 +139,7 @@ class Griglia {
   int mouseX_ = 0;
   int mouseY_ = 0;
   bool saltaClic_ = false;
+  bool confermata_ = false;
 };
 
 } // namespace lumoscad

@@ -9,6 +9,8 @@
 #include "platform/Servizi.hpp"
 #include "screens/DataDiRiga.hpp"
 
+#include <utility>
+
 namespace lumoscad {
 namespace {
 
@@ -48,8 +50,10 @@ DescrizioneGriglia Descrizione() {
   d.colonneChiave = Schermata::Banca + 1;
   d.colonnaSpunta1 = Schermata::Radio1;
   d.colonnaSpunta2 = Schermata::Radio2;
-  d.colonnaNuovaData = Schermata::NuovaScadenza;
-  d.colonnaNuovaBanca = Schermata::NuovaBanca;
+  d.data.colonna = Schermata::NuovaScadenza;
+  d.banca.colonna = Schermata::NuovaBanca;
+  d.banca.spunta = 1;
+  d.banca.modoSpunte = ModoDebitiCrediti;
   return d;
 }
 
@@ -110,16 +114,8 @@ class Lettura {
 
 } // namespace
 
-frmLumoScadenzeBanche::frmLumoScadenzeBanche() : SchermataElenco(Descrizione()) {
-  Modo = ModoDebitiCrediti;
-}
-
-void frmLumoScadenzeBanche::Disponi() {
-  if (Modo == ModoDebitiCrediti) {
-    ResizeScadBanche();
-  } else {
-    ResizeScadBanchePresunti();
-  }
+frmLumoScadenzeBanche::frmLumoScadenzeBanche() : griglia_(Descrizione()) {
+  griglia_.Modo = ModoDebitiCrediti;
 }
 
 void frmLumoScadenzeBanche::ResizeScadBanche() {
@@ -133,20 +129,28 @@ void frmLumoScadenzeBanche::ResizeScadBanchePresunti() {
 void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda,
                                                      const procedureLumoDB2::FiltroScadenze& filtro,
                                                      VariazioniCanalizzazione& variazioni) {
-  const auto carica = [&](MsgAnnulla& msg) {
-    griglia_.Titolo =
-        "LumoScad - Scadenze e banche dei " + std::string(filtro.parModalita == "DEBITI" ? "fornitori" : "clienti");
-    griglia_.Etichette = {{"lblClienteFornitore", ""},
-                          {"lblClienteFornitoreValue", ""},
-                          {"lblPartitaMovimento", ""},
-                          {"lblPartitaMovimentoValue", ""}};
-    banche_ = CaricaBanche(msg, CodiceRipetuto::Errore);
-    bancheCella_ = CaricaBanche(msg, CodiceRipetuto::Errore);
-    griglia_.cmbBanche = banche_.voci;
-    griglia_.cmbBanche2 = bancheCella_.voci;
-    elaboraCreditiDebiti(parAzienda, filtro, msg);
-  };
-  Visualizza(carica, variazioni);
+  MsgAnnulla msg;
+  variazioni.clear();
+  griglia_.Azzera();
+  griglia_.Titolo =
+      "LumoScad - Scadenze e banche dei " + std::string(filtro.parModalita == "DEBITI" ? "fornitori" : "clienti");
+  griglia_.Etichette = {{"lblClienteFornitore", ""},
+                        {"lblClienteFornitoreValue", ""},
+                        {"lblPartitaMovimento", ""},
+                        {"lblPartitaMovimentoValue", ""}};
+  griglia_.cmbBanche = CaricaBanche(msg, CodiceRipetuto::Errore);
+  griglia_.cmbBanche2 = CaricaBanche(msg, CodiceRipetuto::Errore);
+  elaboraCreditiDebiti(parAzienda, filtro, msg);
+  if (griglia_.Modo == ModoDebitiCrediti) {
+    ResizeScadBanche();
+  } else {
+    ResizeScadBanchePresunti();
+  }
+  griglia_.Mostra();
+  LeggiVariazioni(variazioni);
+  if (!msg.Errore.empty()) {
+    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+  }
 }
 
 void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
@@ -202,70 +206,12 @@ std::string frmLumoScadenzeBanche::ChiaveElemento(std::size_t riga) const {
   return chiave;
 }
 
-void frmLumoScadenzeBanche::ChiudiData(std::size_t riga, std::string_view testo) {
-  RigheGriglia& righe = griglia_.Righe;
-  if (MaggioreDiSpazio(testo)) {
-    const std::string data = Utilities::ControllaData(testo);
-    righe.ImpostaTesto(riga, NuovaScadenza, data);
-  } else {
-    righe.ImpostaTesto(riga, NuovaScadenza, righe.Testo(riga, Scadenza));
-  }
-}
-
-void frmLumoScadenzeBanche::ChiudiBanca(std::size_t riga, int indice) {
-  griglia_.ImpostaSpunta(riga, "RADIO2", true);
-  AssegnaBanca(riga, indice, bancheCella_);
-}
-
-void frmLumoScadenzeBanche::SceltaBanca() {
-  if (Modo != ModoDebitiCrediti) {
-    if (const auto riga = griglia_.RigaSelezionata()) {
-      AssegnaBanca(*riga, griglia_.Stato().indiceBanca, banche_);
-      griglia_.Cambiata();
+void frmLumoScadenzeBanche::LeggiVariazioni(VariazioniCanalizzazione& variazioni) const {
+  for (const std::size_t riga : griglia_.RigheConfermate()) {
+    VariazioneCanalizzazione variazione;
+    if (LeggiVariazione(riga, variazione)) {
+      variazioni.push_back(std::move(variazione));
     }
-    return;
-  }
-  griglia_.Form_Click();
-  griglia_.DeselezionaTutto("RADIO2");
-}
-
-void frmLumoScadenzeBanche::CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) {
-  RigheGriglia& righe = griglia_.Righe;
-  const bool data = chiave == "RADIO1";
-  if (data && spunta) {
-    if (!MaggioreDiSpazio(griglia_.Stato().testoScadenza)) {
-      return;
-    }
-    const std::string nuova = Utilities::ControllaData(griglia_.Stato().testoScadenza);
-    griglia_.ImpostaTestoScadenza(nuova);
-    if (!MaggioreDiSpazio(nuova)) {
-      return; // a row is never ticked without a date to apply
-    }
-    righe.ImpostaTesto(riga, NuovaScadenza, nuova);
-  } else if (data) {
-    righe.ImpostaTesto(riga, NuovaScadenza, righe.Testo(riga, Scadenza));
-  } else if (spunta) {
-    AssegnaBanca(riga, griglia_.Stato().indiceBanca, banche_);
-  } else {
-    righe.ImpostaTag(riga, NuovaBanca, "");
-    righe.ImpostaTesto(riga, NuovaBanca, righe.Testo(riga, Banca));
-  }
-  griglia_.ImpostaSpunta(riga, chiave, spunta);
-}
-
-void frmLumoScadenzeBanche::AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo) {
-  RigheGriglia& righe = griglia_.Righe;
-  if (indice > 0) {
-    const std::string& codice = combo.Codice(indice);
-    righe.ImpostaTag(riga, NuovaBanca, codice);
-    righe.ImpostaTesto(riga, NuovaBanca, combo.voci[static_cast<std::size_t>(indice)]);
-  } else if (righe.Tag(riga, Banca).empty()) {
-    // There is no bank to remove; an earlier choice on the row must not stay in sight.
-    righe.ImpostaTag(riga, NuovaBanca, "");
-    righe.ImpostaTesto(riga, NuovaBanca, righe.Testo(riga, Banca));
-  } else {
-    righe.ImpostaTag(riga, NuovaBanca, Nullo);
-    righe.ImpostaTesto(riga, NuovaBanca, "ANNULLA");
   }
 }
 

@@ -2,8 +2,7 @@
 
 #include "common/Variazioni.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "screens/ElencoBanche.hpp"
-#include "screens/SchermataElenco.hpp"
+#include "screens/Griglia.hpp"
 
 #include <cstddef>
 #include <string>
@@ -13,7 +12,7 @@ namespace lumoscad {
 
 /// The credits/debits bank schedule screen: lists the open due dates of customers' or suppliers' items and lets the
 /// person give chosen rows a new due date or a new presentation bank.
-class frmLumoScadenzeBanche final : public SchermataElenco<VariazioneCanalizzazione> {
+class frmLumoScadenzeBanche final {
  public:
   /// The list's columns, by index.
   enum Colonna {
@@ -45,22 +44,22 @@ class frmLumoScadenzeBanche final : public SchermataElenco<VariazioneCanalizzazi
   void ResizeScadBanche();
   void ResizeScadBanchePresunti();
 
-  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const override;
+  /// "closed" when the screen was left without confirming.
+  [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
+  /// The key of a row, by its number, among the list's items.
+  [[nodiscard]] std::string ChiaveElemento(std::size_t riga) const;
+  [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
 
  private:
   void elaboraCreditiDebiti(std::string_view parAzienda, const procedureLumoDB2::FiltroScadenze& filtro,
                             MsgAnnulla& msg);
   void AggiungiRighe(ado::Recordset& righe);
-  void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);
-  void Disponi() override;
-  void ChiudiData(std::size_t riga, std::string_view testo) override;
-  void ChiudiBanca(std::size_t riga, int indice) override;
-  void CambiaCheck(std::size_t riga, std::string_view chiave, bool spunta) override;
-  void SceltaBanca() override;
-  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const override;
+  /// Adds the records of the changed rows.
+  void LeggiVariazioni(VariazioniCanalizzazione& variazioni) const;
+  /// Reads what the person changed in a row into a new record; false when that is nothing.
+  [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const;
 
-  BancheCombo banche_;      ///< of the top field
-  BancheCombo bancheCella_; ///< of the in-place editor
+  Griglia griglia_;
 };
 
 } // namespace lumoscad

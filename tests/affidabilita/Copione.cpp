@@ -15,14 +15,14 @@ namespace lumoscad::prova {
 namespace {
 
 std::optional<std::size_t> CercaRiga(const FinestraElenco& finestra, const std::string& quale) {
-  const std::size_t righe = finestra.righe();
+  const std::size_t righe = finestra.RowCount();
   if (!quale.starts_with("=")) {
     return righe == 0 ? std::nullopt : std::optional(std::stoul(quale) % righe);
   }
-  const int colonne = static_cast<int>(finestra.colonne.size());
+  const int colonne = static_cast<int>(finestra.Description().colonne.size());
   for (std::size_t riga = 0; riga < righe; ++riga) {
     for (int colonna = 0; colonna < colonne; ++colonna) {
-      if (finestra.testo(riga, colonna) == std::string_view(quale).substr(1)) {
+      if (finestra.CellText(riga, colonna) == std::string_view(quale).substr(1)) {
         return riga;
       }
     }
@@ -31,22 +31,22 @@ std::optional<std::size_t> CercaRiga(const FinestraElenco& finestra, const std::
 }
 
 /// Clicks the cell of the editable column of a kind.
-void Clicca(const FinestraElenco& finestra, std::size_t riga, ColonnaElenco::Genere genere) {
+void Clicca(FinestraElenco& finestra, std::size_t riga, ColonnaElenco::Genere genere) {
   int x = 1;
-  const auto fine = std::find_if(finestra.colonne.begin(), finestra.colonne.end(),
+  const auto fine = std::find_if(finestra.Description().colonne.begin(), finestra.Description().colonne.end(),
                                  [&](const ColonnaElenco& colonna) { return colonna.genere == genere; });
-  if (fine == finestra.colonne.end()) {
+  if (fine == finestra.Description().colonne.end()) {
     throw std::invalid_argument("the list has no such editor");
   }
-  for (auto colonna = finestra.colonne.begin(); colonna != fine; ++colonna) {
+  for (auto colonna = finestra.Description().colonne.begin(); colonna != fine; ++colonna) {
     x += colonna->larghezza;
   }
-  finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
-  finestra.premeMouse(x, 1);
-  finestra.clic(0);
+  finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
+  finestra.LVScadenze_MouseDown(x, 1);
+  finestra.LVScadenze_Click(0);
 }
 
-void Modifica(const FinestraElenco& finestra, const std::vector<std::string>& gesto) {
+void Modifica(FinestraElenco& finestra, const std::vector<std::string>& gesto) {
   constexpr int TastoInvio = 13;
   const auto riga = CercaRiga(finestra, gesto.at(1));
   if (!riga) {
@@ -54,12 +54,12 @@ void Modifica(const FinestraElenco& finestra, const std::vector<std::string>& ge
   }
   if (gesto[0] == "data") {
     Clicca(finestra, *riga, ColonnaElenco::Genere::EditorData);
-    finestra.testoEditor(gesto.at(2));
-    finestra.tastoEditor(TastoInvio);
+    finestra.TextScad_Change(gesto.at(2));
+    finestra.TextScad_KeyPress(TastoInvio);
   } else {
     Clicca(finestra, *riga, ColonnaElenco::Genere::EditorBanca);
-    finestra.scegliBancaCella(std::stoi(gesto.at(2)) % static_cast<int>(finestra.bancheCella.size()));
-    finestra.perdeFuocoBancaCella();
+    finestra.cmbBanche2_Click(std::stoi(gesto.at(2)) % static_cast<int>(finestra.Description().bancheCella.size()));
+    finestra.cmbBanche2_LostFocus();
   }
 }
 
@@ -90,22 +90,22 @@ void DesktopACopione::MostraElenco(FinestraElenco& finestra) {
   for (const std::string& testo : Dividi(gesti, ';')) {
     const auto gesto = Dividi(testo, ':');
     if (gesto[0] == "conferma") {
-      finestra.conferma();
+      finestra.PictureOk_Click();
     } else if (gesto[0] == "annulla") {
-      finestra.annulla();
+      finestra.PictureAnnulla_Click();
     } else if (gesto[0] == "aspetta") {
       Aspetta(gesto.at(1));
     } else if (gesto[0] == "data" || gesto[0] == "banca") {
       Modifica(finestra, gesto);
     }
   }
-  if (!finestra.stato().scaricata) {
-    finestra.chiudi();
+  if (!finestra.Stato().scaricata) {
+    finestra.Form_QueryUnload();
   }
 }
 
 void DesktopACopione::MostraScadenzario(FinestraScadenzario& finestra) {
-  finestra.elenco.chiudi();
+  finestra.Elenco().Form_QueryUnload();
 }
 
 void DesktopACopione::MostraAttesa(std::string_view, int, const std::function<void()>& lavoro) {

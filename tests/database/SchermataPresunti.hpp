@@ -63,11 +63,11 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
   void Clic(std::size_t riga, int colonna) const {
     int sinistra = 0;
     for (int i = 0; i < colonna; ++i) {
-      sinistra += finestra->colonne[static_cast<std::size_t>(i)].larghezza;
+      sinistra += finestra->Description().colonne[static_cast<std::size_t>(i)].larghezza;
     }
-    finestra->seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
-    finestra->premeMouse(sinistra + 1, 5);
-    finestra->clic(240 * static_cast<int>(righe.PostoDellaRiga(riga)));
+    finestra->Seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
+    finestra->LVScadenze_MouseDown(sinistra + 1, 5);
+    finestra->LVScadenze_Click(240 * static_cast<int>(righe.PostoDellaRiga(riga)));
   }
   /// The texts of a column in the order in which the rows show.
   [[nodiscard]] std::vector<std::string> InOrdine(int colonna) const {

@@ -72,21 +72,21 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
   void Clic(std::size_t riga, int colonna) const {
     int sinistra = 0;
     for (int i = 0; i < colonna; ++i) {
-      sinistra += finestra->colonne[static_cast<std::size_t>(i)].larghezza;
+      sinistra += finestra->Description().colonne[static_cast<std::size_t>(i)].larghezza;
     }
-    finestra->seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
-    finestra->premeMouse(sinistra + 1, 5);
-    finestra->clic(240 * static_cast<int>(righe.PostoDellaRiga(riga)));
+    finestra->Seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
+    finestra->LVScadenze_MouseDown(sinistra + 1, 5);
+    finestra->LVScadenze_Click(240 * static_cast<int>(righe.PostoDellaRiga(riga)));
   }
   void ScriviData(std::size_t riga, const char* testo) const {
     Clic(riga, Schermata::NuovaScadenza);
-    finestra->testoEditor(testo);
-    finestra->tastoEditor(13);
+    finestra->TextScad_Change(testo);
+    finestra->TextScad_KeyPress(13);
   }
   void ScegliBanca(std::size_t riga, int indice) const {
     Clic(riga, Schermata::NuovaBanca);
-    finestra->scegliBancaCella(indice);
-    finestra->perdeFuocoBancaCella();
+    finestra->cmbBanche2_Click(indice);
+    finestra->cmbBanche2_LostFocus();
   }
   /// Text and tag of the new bank, and the tick "RADIO2".
   [[nodiscard]] std::string NuovaBanca(std::size_t riga) const {

@@ -35,14 +35,14 @@ INSTANTIATE_TEST_SUITE_P(Databases, DeliveryLoad, testing::ValuesIn(prova::Gener
 
 TEST_P(PresumedLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
   const prova::IstruzioniContate contate;
-  Mostra([this] { EXPECT_EQ(finestra->righe(), Elencate); });
+  Mostra([this] { EXPECT_EQ(finestra->RowCount(), Elencate); });
   EXPECT_EQ(contate.Preparate(RicercaMovimento), 1U);
   EXPECT_EQ(contate.Eseguite(RicercaMovimento), Documenti);
 }
 
 TEST_P(DeliveryLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
   const prova::IstruzioniContate contate;
-  Mostra([this] { EXPECT_GE(finestra->righe(), Documenti); });
+  Mostra([this] { EXPECT_GE(finestra->RowCount(), Documenti); });
   EXPECT_EQ(contate.Preparate(RicercaMovimento), 1U);
   EXPECT_EQ(contate.Eseguite(RicercaMovimento), Documenti);
 }
@@ -78,9 +78,9 @@ class BancheAssenti {
 TEST_P(PresumedLoad, ListsTheDocumentsWithoutBanksAndReportsTheBanksAfterTheWindow) {
   const BancheAssenti assenti(base);
   const auto errore = Fallimento([this] {
-    EXPECT_THAT(finestra->banche, ElementsAre(" "));
-    EXPECT_THAT(finestra->bancheCella, ElementsAre(" "));
-    ASSERT_EQ(finestra->righe(), Elencate);
+    EXPECT_THAT(finestra->Description().banche, ElementsAre(" "));
+    EXPECT_THAT(finestra->Description().bancheCella, ElementsAre(" "));
+    ASSERT_EQ(finestra->RowCount(), Elencate);
     for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
       EXPECT_THAT(std::string(righe.Tag(riga, FormPresunti::ConsegnaPrevista)), StartsWith("MOVIMENTO_"));
     }
@@ -98,13 +98,13 @@ TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheN
     const BancheAssenti assenti(base);
     banco.desktop.copioni.emplace_back([](FinestraElenco& aperta) {
       // The blank entry is left: it takes away what banks the documents have.
-      ASSERT_EQ(aperta.righe(), Elencate);
+      ASSERT_EQ(aperta.RowCount(), Elencate);
       for (std::size_t riga = 0; riga < Elencate; ++riga) {
-        aperta.seleziona(static_cast<std::ptrdiff_t>(riga));
-        aperta.scegliBanca(0);
+        aperta.Seleziona(static_cast<std::ptrdiff_t>(riga));
+        aperta.cmbBanche_Click(0);
       }
-      EXPECT_EQ(aperta.testo(0, FormPresunti::NuovaBanca), "ANNULLA");
-      aperta.conferma();
+      EXPECT_EQ(aperta.CellText(0, FormPresunti::NuovaBanca), "ANNULLA");
+      aperta.PictureOk_Click();
     });
     EXPECT_EQ(LumoScadenze().EseguiLumoScad(comando), "error");
   }
@@ -114,9 +114,9 @@ TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheN
   EXPECT_EQ(prova::Rate(base), prima);
   banco.host.file.clear();
   banco.desktop.copioni.emplace_back([](FinestraElenco& aperta) {
-    EXPECT_THAT(aperta.banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
-    EXPECT_EQ(aperta.righe(), Elencate);
-    aperta.chiudi();
+    EXPECT_THAT(aperta.Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(aperta.RowCount(), Elencate);
+    aperta.Form_QueryUnload();
   });
   EXPECT_EQ(LumoScadenze().EseguiLumoScad(comando), "closed");
 }

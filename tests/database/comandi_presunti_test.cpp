@@ -28,13 +28,13 @@ const std::string Nome = "/tmp/T0120060305140709";
 void Clicca(FinestraElenco& finestra, const std::string& documento, int colonna) {
   int x = 1;
   for (int i = 0; i < colonna; ++i) {
-    x += finestra.colonne[static_cast<std::size_t>(i)].larghezza;
+    x += finestra.Description().colonne[static_cast<std::size_t>(i)].larghezza;
   }
-  for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
-    if (finestra.testo(riga, 1) == documento) {
-      finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
-      finestra.premeMouse(x, 1);
-      finestra.clic(0);
+  for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
+    if (finestra.CellText(riga, 1) == documento) {
+      finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
+      finestra.LVScadenze_MouseDown(x, 1);
+      finestra.LVScadenze_Click(0);
       return;
     }
   }
@@ -43,14 +43,14 @@ void Clicca(FinestraElenco& finestra, const std::string& documento, int colonna)
 
 void DaiBanca(FinestraElenco& finestra, const std::string& documento, int indice) {
   Clicca(finestra, documento, NuovoValore);
-  finestra.scegliBancaCella(indice);
-  finestra.perdeFuocoBancaCella();
+  finestra.cmbBanche2_Click(indice);
+  finestra.cmbBanche2_LostFocus();
 }
 
 void DaiConsegna(FinestraElenco& finestra, const std::string& documento, const char* data) {
   Clicca(finestra, documento, NuovoValore);
-  finestra.testoEditor(data);
-  finestra.tastoEditor(13);
+  finestra.TextScad_Change(data);
+  finestra.TextScad_KeyPress(13);
 }
 
 class PresumedCommands : public testing::TestWithParam<const char*> {
@@ -102,7 +102,7 @@ TEST_P(PresumedCommands, AConfirmedBankGoesToTheHostAndIntoTheDatabase) {
   Recita([](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     DaiBanca(finestra, "AB124/06", 1);
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "");
   EXPECT_THAT(banco.host.operazioni,
@@ -122,7 +122,7 @@ TEST_P(PresumedCommands, AConfirmedDeliveryGoesToTheHostAndIntoTheDatabase) {
   Recita([](FinestraElenco& finestra) {
     DaiConsegna(finestra, "CD5/06", "010306");
     DaiConsegna(finestra, "AB124/06", "2/3/06");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Consegna(), "");
   EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("001", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
@@ -142,7 +142,7 @@ TEST_P(PresumedCommands, ClosedWithoutConfirmingItSendsNothing) {
     for (const bool consegna : {true, false}) {
       Recita([&](FinestraElenco& finestra) {
         consegna ? DaiConsegna(finestra, "CD5/06", "010306") : DaiBanca(finestra, "CD5/06", 2);
-        annulla ? finestra.annulla() : finestra.chiudi();
+        annulla ? finestra.PictureAnnulla_Click() : finestra.Form_QueryUnload();
       });
       EXPECT_EQ(consegna ? Consegna() : Banca(), "closed");
     }
@@ -157,11 +157,11 @@ TEST_P(PresumedCommands, ClosedWithoutConfirmingItSendsNothing) {
 TEST_P(PresumedCommands, ClosedAfterAConfirmationOfTheCommandBeforeItSendsNothing) {
   Recita([](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "");
   const auto dopo = prova::Rate(base);
-  Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
+  Recita([](FinestraElenco& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Banca(), "closed");
   EXPECT_EQ(banco.host.chiamate.size(), 1U);
   EXPECT_EQ(prova::Rate(base), dopo);
@@ -205,7 +205,7 @@ TEST_P(PresumedCommands, TheProgramsRefusalLeavesLockAndDatabaseAsTheyWere) {
   banco.host.risposta = "<RISPOSTA><ERRORE>Documento fatturato</ERRORE></RISPOSTA>";
   Recita([](FinestraElenco& finestra) {
     DaiConsegna(finestra, "CD5/06", "010306");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Consegna(), "error");
   EXPECT_THAT(Cambiati(), IsEmpty());
@@ -217,7 +217,7 @@ TEST_P(PresumedCommands, AnErrorOfTheDatabaseNeverRestoresThePointer) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "error");
   EXPECT_THAT(banco.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Clessidra, Puntatore::Clessidra,
@@ -229,7 +229,7 @@ TEST_P(PresumedCommands, AChangeThatCannotBeWrittenIsUndoneAndSaid) {
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "error");
   EXPECT_THAT(Cambiati(), IsEmpty());

@@ -67,13 +67,13 @@ constexpr int ColonnaNuovaBanca = 10;
 void Clicca(FinestraElenco& finestra, const std::string& scadenza, int colonna) {
   int x = 1;
   for (int i = 0; i < colonna; ++i) {
-    x += finestra.colonne[static_cast<std::size_t>(i)].larghezza;
+    x += finestra.Description().colonne[static_cast<std::size_t>(i)].larghezza;
   }
-  for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
-    if (finestra.testo(riga, ColonnaScadenza) == scadenza) {
-      finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
-      finestra.premeMouse(x, 1);
-      finestra.clic(0);
+  for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
+    if (finestra.CellText(riga, ColonnaScadenza) == scadenza) {
+      finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
+      finestra.LVScadenze_MouseDown(x, 1);
+      finestra.LVScadenze_Click(0);
       return;
     }
   }
@@ -82,16 +82,17 @@ void Clicca(FinestraElenco& finestra, const std::string& scadenza, int colonna) 
 
 void DaiScadenza(FinestraElenco& finestra, const std::string& scadenza, const std::string& nuova) {
   Clicca(finestra, scadenza, ColonnaNuovaScadenza);
-  finestra.testoEditor(nuova);
-  finestra.tastoEditor(13);
+  finestra.TextScad_Change(nuova);
+  finestra.TextScad_KeyPress(13);
 }
 
 void DaiBanca(FinestraElenco& finestra, const std::string& scadenza, const std::string& banca) {
   Clicca(finestra, scadenza, ColonnaNuovaBanca);
-  const auto voce = std::find(finestra.bancheCella.begin(), finestra.bancheCella.end(), banca);
-  ASSERT_NE(voce, finestra.bancheCella.end()) << banca;
-  finestra.scegliBancaCella(static_cast<int>(voce - finestra.bancheCella.begin()));
-  finestra.perdeFuocoBancaCella();
+  const auto voce =
+      std::find(finestra.Description().bancheCella.begin(), finestra.Description().bancheCella.end(), banca);
+  ASSERT_NE(voce, finestra.Description().bancheCella.end()) << banca;
+  finestra.cmbBanche2_Click(static_cast<int>(voce - finestra.Description().bancheCella.begin()));
+  finestra.cmbBanche2_LostFocus();
 }
 
 class BankCommand : public testing::Test {
@@ -106,7 +107,7 @@ class BankCommand : public testing::Test {
   void RecitaCambio() {
     Recita([](FinestraElenco& finestra) {
       DaiScadenza(finestra, "31/03/2006", "050406");
-      finestra.conferma();
+      finestra.PictureOk_Click();
     });
   }
   void EsegueSql(const std::string& sql) const {
@@ -152,10 +153,10 @@ const std::string Nome = "/tmp/T0120060305140709";
 
 TEST_F(BankCommand, ConfirmedChangesGoToTheHostAndIntoTheDatabase) {
   Recita([](FinestraElenco& finestra) {
-    EXPECT_EQ(finestra.righe(), 3U);
+    EXPECT_EQ(finestra.RowCount(), 3U);
     DaiScadenza(finestra, "31/03/2006", "050406");
     DaiBanca(finestra, "31/05/2006", "Banca Seconda");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "");
   EXPECT_THAT(banco_.host.operazioni,
@@ -178,7 +179,7 @@ TEST_F(BankCommand, ARowMayChangeDueDateAndBankAtOnce) {
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "30/04/2006", "1/5/06");
     DaiBanca(finestra, "30/04/2006", " ");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "");
   EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060430,20060430,20060501,B1,#null#,2\r\n");
@@ -187,9 +188,9 @@ TEST_F(BankCommand, ARowMayChangeDueDateAndBankAtOnce) {
 
 TEST_F(BankCommand, DebitsAreThoseOfSuppliers) {
   Recita([](FinestraElenco& finestra) {
-    EXPECT_EQ(finestra.righe(), 1U);
+    EXPECT_EQ(finestra.RowCount(), 1U);
     DaiScadenza(finestra, "31/03/2006", "050406");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/DEBITI"), "");
   EXPECT_EQ(banco_.host.operazioni.front(), "Ricevi /tmp/VBDEBITI");
@@ -200,7 +201,7 @@ TEST_F(BankCommand, DebitsAreThoseOfSuppliers) {
 TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
-    finestra.chiudi();
+    finestra.Form_QueryUnload();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_THAT(banco_.host.operazioni,
@@ -214,7 +215,7 @@ TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
 TEST_F(BankCommand, CancelledItSendsNothing) {
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
-    finestra.annulla();
+    finestra.PictureAnnulla_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_THAT(banco_.host.chiamate, IsEmpty());
@@ -222,7 +223,7 @@ TEST_F(BankCommand, CancelledItSendsNothing) {
 }
 
 TEST_F(BankCommand, ConfirmedWithoutChangesItCountsAsClosed) {
-  Recita([](FinestraElenco& finestra) { finestra.conferma(); });
+  Recita([](FinestraElenco& finestra) { finestra.PictureOk_Click(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_THAT(banco_.host.chiamate, IsEmpty());
   EXPECT_FALSE(ListaPresa());
@@ -273,7 +274,7 @@ TEST_F(BankCommand, AnInstalmentNumberThatIsNoneStopsEverythingBeforeTheHost) {
     Recita([](FinestraElenco& finestra) {
       DaiScadenza(finestra, "31/03/2006", "050406");
       DaiScadenza(finestra, "30/04/2006", "050406");
-      finestra.conferma();
+      finestra.PictureOk_Click();
     });
     EXPECT_EQ(Esegui("/CREDITI"), "error");
     EXPECT_THAT(banco_.desktop.box, ElementsAre("13\r\nNumero di rata non valido: conto C10, partita 2006 15, rata «" +
@@ -289,7 +290,7 @@ TEST_F(BankCommand, AnInstalmentWithoutANumberChangesAlone) {
   EsegueSql("UPDATE EVENTOCONTABILE SET NUMERORATA=NULL WHERE EVENTOCONTABILEKEY=2");
   Recita([](FinestraElenco& finestra) {
     DaiScadenza(finestra, "30/04/2006", "050406");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "");
   EXPECT_THAT(Istruzione("SELECT * FROM MOVIMENTOCONTABILE"),
@@ -321,7 +322,7 @@ TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     DaiBanca(finestra, "31/05/2006", "Banca Seconda");
     db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   EXPECT_THAT(banco_.desktop.box,
@@ -334,9 +335,9 @@ TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
 TEST_F(BankCommand, AnErrorOfTheLoadIsToldAfterTheClosing) {
   db_.run("DROP TABLE EVENTOCONTABILE");
   Recita([this](FinestraElenco& finestra) {
-    EXPECT_EQ(finestra.righe(), 0U);
+    EXPECT_EQ(finestra.RowCount(), 0U);
     EXPECT_THAT(banco_.desktop.box, IsEmpty());
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   EXPECT_EQ(banco_.desktop.finestre, 1U);
@@ -358,9 +359,9 @@ TEST_F(BankCommand, WithoutOptionBTheInstalmentsWithABankAreShown) {
 
 TEST_F(BankCommand, WithOptionBNTheInstalmentsWithoutABankAreShown) {
   Recita([](FinestraElenco& finestra) {
-    EXPECT_EQ(finestra.righe(), 1U);
+    EXPECT_EQ(finestra.RowCount(), 1U);
     DaiBanca(finestra, "30/06/2006", "Banca Prima");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI -B N"), "");
   EXPECT_EQ(banco_.host.inviati.at(1), "C11,2006 17,,,,00000000,20060630,,#null#,B1,1\r\n");
@@ -382,7 +383,7 @@ TEST_F(BankCommand, TheItemArrivesWithItsBlanks) {
 }
 
 TEST_F(BankCommand, EveryFilterReachesTheList) {
-  Recita([](FinestraElenco& finestra) { EXPECT_EQ(finestra.righe(), 1U); });
+  Recita([](FinestraElenco& finestra) { EXPECT_EQ(finestra.RowCount(), 1U); });
   EXPECT_EQ(Esegui("/CREDITI -SC DASCADERE -C C10 -P 2006 15 -M 032006 -CODINT INT10 -S A -A 2006 -E 2006 -N 1"),
             "closed");
   for (const char* condizione :
@@ -395,9 +396,9 @@ TEST_F(BankCommand, EveryFilterReachesTheList) {
 TEST_F(BankCommand, TheChangesOfACommandDoNotComeBackInTheNext) {
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "");
-  Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
+  Recita([](FinestraElenco& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  Recita([](FinestraElenco& finestra) { finestra.conferma(); });
+  Recita([](FinestraElenco& finestra) { finestra.PictureOk_Click(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_EQ(banco_.host.chiamate.size(), 1U);
 }
@@ -405,8 +406,8 @@ TEST_F(BankCommand, TheChangesOfACommandDoNotComeBackInTheNext) {
 TEST_F(BankCommand, TheTitleSaysWhoseInstalmentsTheyAre) {
   std::vector<std::string> titoli;
   const auto annota = [&titoli](FinestraElenco& finestra) {
-    titoli.push_back(finestra.titolo);
-    finestra.annulla();
+    titoli.push_back(finestra.Description().titolo);
+    finestra.PictureAnnulla_Click();
   };
   for (const char* sottocomando : {"/CREDITI", "/DEBITI", "/CREDITI"}) {
     Recita(annota);
@@ -430,7 +431,7 @@ TEST_F(BankCommand, RefusedChangesDoNotComeBackInTheNext) {
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   banco_.host.file.clear();
-  Recita([](FinestraElenco& finestra) { finestra.chiudi(); });
+  Recita([](FinestraElenco& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_EQ(banco_.host.chiamate.size(), 1U);
 }
@@ -457,7 +458,7 @@ TEST_F(BankCommand, AfterAnErrorOfTheDatabaseNobodyRemovesTheCommandsHourglass) 
   Recita([this](FinestraElenco& finestra) {
     DaiBanca(finestra, "31/03/2006", "Banca Seconda");
     db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   // The command's own hourglass, then those of the request and of the call, each of which takes its own away.

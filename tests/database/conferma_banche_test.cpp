@@ -13,7 +13,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, BankScreenConfirmation, testing::ValuesIn(pr
 TEST_P(BankScreenConfirmation, CarriesABankChange) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("04/03/2006"), 1);
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   const VariazioneCanalizzazione& v = variazioni[0];
@@ -35,7 +35,7 @@ TEST_P(BankScreenConfirmation, CarriesABankChange) {
 TEST_P(BankScreenConfirmation, CarriesADateChangeWithoutANewBank) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("05/03/2006"), "010406");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_FALSE(variazioni[0].isBancaChanged);
@@ -49,7 +49,7 @@ TEST_P(BankScreenConfirmation, CarriesADateChangeWithoutANewBank) {
 TEST_P(BankScreenConfirmation, CarriesMissingOldValuesAsNoValue) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga(""), "010406");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].VecchiaScadenza, "#null#");
@@ -62,7 +62,7 @@ TEST_P(BankScreenConfirmation, CarriesBothChangesInOneRecord) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("04/03/2006"), "010406");
     ScegliBanca(Riga("04/03/2006"), 0);
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_TRUE(variazioni[0].isBancaChanged);
@@ -75,7 +75,7 @@ TEST_P(BankScreenConfirmation, RemovesABankButNeverOneThatIsNotThere) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("04/03/2006"), 0);
     ScegliBanca(Riga("05/03/2006"), 0);
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].CodiceConto, "C01");
@@ -87,7 +87,7 @@ TEST_P(BankScreenConfirmation, CarriesNothingForValuesThatEqualThePresentOnes) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("04/03/2006"), "040306");
                 ScegliBanca(Riga("04/03/2006"), 2);
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
   EXPECT_EQ(schermata.MotivoChiusura(), "");
@@ -97,7 +97,7 @@ TEST_P(BankScreenConfirmation, CarriesNothingForARefusedDate) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("04/03/2006"), "31/13/06");
                 EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::NuovaScadenza), " ");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
 }
@@ -105,8 +105,8 @@ TEST_P(BankScreenConfirmation, CarriesNothingForARefusedDate) {
 TEST_P(BankScreenConfirmation, IncludesADateStillBeingTyped) {
   const auto variazioni = Mostra([this] {
     Clic(Riga("04/03/2006"), Schermata::NuovaScadenza);
-    finestra->testoEditor("010406");
-    finestra->conferma();
+    finestra->TextScad_Change("010406");
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
@@ -115,8 +115,8 @@ TEST_P(BankScreenConfirmation, IncludesADateStillBeingTyped) {
 TEST_P(BankScreenConfirmation, IncludesABankStillBeingChosen) {
   const auto variazioni = Mostra([this] {
     Clic(Riga("05/03/2006"), Schermata::NuovaBanca);
-    finestra->scegliBancaCella(1);
-    finestra->conferma();
+    finestra->cmbBanche2_Click(1);
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].NuovaBanca, "B07");
@@ -124,10 +124,10 @@ TEST_P(BankScreenConfirmation, IncludesABankStillBeingChosen) {
 
 TEST_P(BankScreenConfirmation, GoesByTheValuesNotByTheTicks) {
   const auto variazioni = Mostra([this] {
-    finestra->testoScadenza("010406");
+    finestra->TextScadenza_Change("010406");
     Clic(Riga("04/03/2006"), Schermata::Radio1);
-    finestra->clicScadenza(); // takes the tick away, and leaves the date
-    finestra->conferma();
+    finestra->TextScadenza_Click(); // takes the tick away, and leaves the date
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
@@ -140,11 +140,11 @@ TEST_P(BankScreenConfirmation, FollowsTheOrderInWhichTheRowsShow) {
            for (const char* scadenza : {"05/03/2006", "01/04/2006", "04/03/2006"}) {
              ScriviData(Riga(scadenza), "020406");
            }
-           finestra->clicTestata(5);
+           finestra->TLwTestata_Click(5);
            if (inverso) {
-             finestra->clicTestata(5);
+             finestra->TLwTestata_Click(5);
            }
-           finestra->conferma();
+           finestra->PictureOk_Click();
          })) {
       vecchie.push_back(v.VecchiaScadenza);
     }
@@ -158,7 +158,7 @@ TEST_P(BankScreenConfirmation, IsNoneWhenTheScreenIsLeft) {
   for (const bool casella : {false, true}) {
     EXPECT_THAT(Mostra([this, casella] {
                   ScriviData(Riga("04/03/2006"), "010406");
-                  (casella ? finestra->chiudi : finestra->annulla)();
+                  casella ? finestra->Form_QueryUnload() : finestra->PictureAnnulla_Click();
                 }),
                 IsEmpty());
     EXPECT_EQ(schermata.MotivoChiusura(), "closed");
@@ -168,14 +168,14 @@ TEST_P(BankScreenConfirmation, IsNoneWhenTheScreenIsLeft) {
 TEST_P(BankScreenConfirmation, NeverRepeatsAnEarlierShowing) {
   EXPECT_EQ(Mostra([this] {
               ScriviData(Riga("04/03/2006"), "010406");
-              finestra->conferma();
+              finestra->PictureOk_Click();
             }).size(),
             1U);
   EXPECT_THAT(Mostra(), IsEmpty());
   EXPECT_EQ(schermata.MotivoChiusura(), "closed");
   EXPECT_THAT(Mostra([this] {
                 EXPECT_EQ(righe.Testo(Riga("04/03/2006"), Schermata::NuovaScadenza), "04/03/2006");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
   EXPECT_EQ(schermata.MotivoChiusura(), "");
@@ -185,7 +185,7 @@ TEST_P(BankScreenConfirmation, LeavesTheDatabaseAlone) {
   const auto prima = prova::Rate(base);
   static_cast<void>(Mostra([this] {
     ScriviData(Riga("04/03/2006"), "010406");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   }));
   EXPECT_EQ(prova::Rate(base), prima);
 }

@@ -357,17 +357,17 @@ class CommandWithRowsLeft : public RowsLeft {
     banco.desktop.copioni.emplace_back([=](FinestraElenco& finestra) {
       int x = 1;
       for (int i = 0; i < colonna; ++i) {
-        x += finestra.colonne[static_cast<std::size_t>(i)].larghezza;
+        x += finestra.Description().colonne[static_cast<std::size_t>(i)].larghezza;
       }
-      for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
-        finestra.seleziona(static_cast<std::ptrdiff_t>(riga));
-        finestra.premeMouse(x, 1);
-        finestra.clic(0);
-        finestra.testoEditor(nuovo);
-        finestra.tastoEditor(13);
+      for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
+        finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
+        finestra.LVScadenze_MouseDown(x, 1);
+        finestra.LVScadenze_Click(0);
+        finestra.TextScad_Change(nuovo);
+        finestra.TextScad_KeyPress(13);
       }
       altro();
-      finestra.conferma();
+      finestra.PictureOk_Click();
     });
   }
 

@@ -41,8 +41,8 @@ class ItemScreenOnADatabase : public prova::BaseDelleAzioni {
     stato().Serie = "A";
     stato().Esercizio = "2006";
     stato().Numero = "15";
-    form.Righe.Aggiungi({"31/03/2006", "28/02/2006", "100,00", ""});
-    form.Righe.Aggiungi({"31/05/2006", "31/05/2006", "100,00", ""});
+    form.Aggiungi("31/03/2006", "28/02/2006", "100,00");
+    form.Aggiungi("31/05/2006", "31/05/2006", "100,00");
   }
 
   void NellElenco(const std::string& scadenza, const std::string& originale, const std::string& nuova) {
@@ -50,11 +50,11 @@ class ItemScreenOnADatabase : public prova::BaseDelleAzioni {
   }
   /// "Conferma" in the window of the open item.
   std::string ConfermaScad() {
-    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.conferma(); });
+    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.PictureOk_Click(); });
     return form.VisualizzaScad();
   }
   std::string ConfermaExtra() {
-    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.conferma(); });
+    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.PictureOk_Click(); });
     return form.VisualizzaExtra();
   }
 
@@ -89,9 +89,9 @@ TEST_P(ItemScreenOnADatabase, ThePresentDateOfTheListIsComparedWithTheOriginalOn
 }
 
 TEST_P(ItemScreenOnADatabase, WithoutRowsInTheListTheConfirmationSendsNothingWhateverTheWindowHolds) {
-  form.TextScadenza_Change("050706");
+  form.griglia().TextScadenza_Change("050706");
   form.PicSelezionaTutto_Click();
-  EXPECT_EQ(form.Righe.Testo(0, FormLumoScad::NuovaScadenza), "05/07/2006");
+  EXPECT_EQ(form.griglia().Righe.Testo(0, FormLumoScad::NuovaScadenza), "05/07/2006");
   EXPECT_EQ(ConfermaScad(), "");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   NienteCambiato();
@@ -136,7 +136,7 @@ TEST_P(ItemScreenOnADatabase, ARefusalOfTheHostIsAnErrorAndIsShown) {
 TEST_P(ItemScreenOnADatabase, InADemonstrationTheConfirmationComesAfterTheWindowAndHasTheSameOutcome) {
   stato().DemoPresunti = true;
   banco_.desktop.copioniScadenzario.emplace_back([this](FinestraScadenzario& finestra) {
-    finestra.elenco.conferma();
+    finestra.PictureOk_Click();
     EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   });
   EXPECT_EQ(form.VisualizzaExtra(), "");
@@ -146,7 +146,8 @@ TEST_P(ItemScreenOnADatabase, InADemonstrationTheConfirmationComesAfterTheWindow
 TEST_P(ItemScreenOnADatabase, AnnullaSendsNothing) {
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   for (int volta = 0; volta < 2; ++volta) {
-    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.elenco.annulla(); });
+    banco_.desktop.copioniScadenzario.emplace_back(
+        [](FinestraScadenzario& finestra) { finestra.Elenco().PictureAnnulla_Click(); });
   }
   EXPECT_EQ(form.VisualizzaScad(), "closed");
   EXPECT_EQ(form.VisualizzaExtra(), "closed");

@@ -122,14 +122,14 @@ TEST_P(BankScreenLoad, LetsEventsRunOnceARecord) {
 TEST_P(BankScreenLoad, LeavesTheHeaderOfCustomerAndItemBlank) {
   static_cast<void>(Mostra([this] {
     std::vector<std::string> nomi;
-    for (const EtichettaElenco& etichetta : finestra->etichette) {
+    for (const EtichettaElenco& etichetta : finestra->Description().etichette) {
       nomi.push_back(etichetta.nome);
       EXPECT_EQ(etichetta.testo, "");
     }
     EXPECT_THAT(nomi, ElementsAre("lblClienteFornitore", "lblClienteFornitoreValue", "lblPartitaMovimento",
                                   "lblPartitaMovimentoValue"));
-    EXPECT_EQ(finestra->campoData, "Nuova scadenza");
-    EXPECT_EQ(finestra->campoBanca, "Nuova banca");
+    EXPECT_EQ(finestra->Description().campoData, "Nuova scadenza");
+    EXPECT_EQ(finestra->Description().campoBanca, "Nuova banca");
   }));
 }
 
@@ -139,7 +139,7 @@ TEST_P(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
   EXPECT_EQ(Fallimento([&] {
               mostrata = true;
               EXPECT_EQ(righe.Quante(), 0U);
-              EXPECT_EQ(finestra->banche.size(), 3U);
+              EXPECT_EQ(finestra->Description().banche.size(), 3U);
             }),
             "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
   EXPECT_TRUE(mostrata);
@@ -158,7 +158,7 @@ TEST_P(BankScreenOddDate, KeepsTheRowsReadBeforeIt) {
 
 TEST_P(BankScreenLoad, RaisesAFailureOfTheConnectionOnceTheScreenHasClosed) {
   stato().ComandoCorrente = "BANCA /CREDITI";
-  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->banche, std::vector<std::string>{" "}); }),
+  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->Description().banche, std::vector<std::string>{" "}); }),
               StartsWith("ERRORE: -"));
   EXPECT_EQ(banco.desktop.finestre, 1U);
 }
@@ -172,9 +172,9 @@ TEST_P(BankScreenLoad, RaisesAFailureOfTheStatement) {
 
 TEST_P(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
   static_cast<void>(Mostra([this] {
-    EXPECT_THAT(finestra->banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
-    EXPECT_EQ(finestra->bancheCella, finestra->banche);
-    EXPECT_EQ(finestra->stato().indiceBanca, 0);
+    EXPECT_THAT(finestra->Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(finestra->Description().bancheCella, finestra->Description().banche);
+    EXPECT_EQ(finestra->Stato().indiceBanca, 0);
   }));
 }
 
@@ -184,7 +184,7 @@ TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
   std::vector<std::string> voci;
   std::size_t quante = 0;
   const std::string testo = Fallimento([&] {
-    voci = finestra->banche;
+    voci = finestra->Description().banche;
     quante = righe.Quante();
   });
   EXPECT_THAT(testo, StartsWith("ERRORE: 457\r\n"));
@@ -198,7 +198,7 @@ TEST_P(BankScreenBanks, ThatCouldNotAllBeListedDoNotKeepBackWhatWasConfirmed) {
   banco.desktop.copioni.emplace_back([this](FinestraElenco& aperta) {
     finestra = &aperta;
     ScriviData(Riga("04/03/2006"), "010406");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   VariazioniCanalizzazione variazioni;
   EXPECT_THROW(schermata.VisualizzaScadenzeBanche("001", SoloCrediti(), variazioni), ErroreRuntime);
@@ -241,8 +241,8 @@ TEST_P(BankScreenBanks, ThatAreNotOfferedAreRemovedByLeavingTheEditorOnTheBlankE
     const auto riga = Riga("01/04/2006");
     ASSERT_EQ(righe.Testo(riga, Schermata::Banca), "BANCA CHIUSA");
     Clic(riga, Schermata::NuovaBanca);
-    EXPECT_EQ(finestra->stato().banca.indice, 0);
-    finestra->perdeFuocoBancaCella();
+    EXPECT_EQ(finestra->Stato().banca.indice, 0);
+    finestra->cmbBanche2_LostFocus();
     EXPECT_EQ(NuovaBanca(riga), "ANNULLA|#null#|x");
   }));
 }
@@ -252,14 +252,14 @@ TEST_P(BankScreenBanks, OpenOnTheRowsPresentChoice) {
     const auto riga = Riga("05/03/2006");
     ScegliBanca(riga, 1);
     Clic(riga, Schermata::NuovaBanca);
-    EXPECT_EQ(finestra->stato().banca.indice, 1);
+    EXPECT_EQ(finestra->Stato().banca.indice, 1);
   }));
 }
 
 TEST_P(BankScreenBanks, OfTheTopFieldAreCopiedByTheTickAndTakenBackByTheSecondClick) {
   static_cast<void>(Mostra([this] {
     const auto riga = Riga("04/03/2006");
-    finestra->scegliBanca(1);
+    finestra->cmbBanche_Click(1);
     EXPECT_EQ(NuovaBanca(riga), "BANCA BETA||");
     Clic(riga, Schermata::Radio2);
     EXPECT_EQ(NuovaBanca(riga), "BANCA ALFA|B07|x");

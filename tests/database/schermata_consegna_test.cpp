@@ -15,8 +15,8 @@ class DeliveryScreen : public prova::SchermataPresunti<FormConsegna> {
 
   void ScriviData(std::size_t riga, const char* testo) const {
     Clic(riga, FormConsegna::NuovaConsegna);
-    finestra->testoEditor(testo);
-    finestra->tastoEditor(13);
+    finestra->TextScad_Change(testo);
+    finestra->TextScad_KeyPress(13);
   }
   /// The new date and the tick.
   [[nodiscard]] std::string Nuova(std::size_t riga) const {
@@ -39,25 +39,25 @@ TEST_P(DeliveryScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   servizi().istruzioneInviata = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "CONSEGNA");
-    EXPECT_EQ(schermata.Modo, "CONSEGNA");
+    EXPECT_EQ(schermata.griglia().Modo, "CONSEGNA");
   });
   EXPECT_THAT(durante, testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each("")));
 }
 
 TEST_P(DeliveryScreen, DescribesItsWindow) {
   Mostra([this] {
-    EXPECT_EQ(finestra->nome, "FormConsegna");
-    EXPECT_EQ(finestra->nomeLista, "LVScadenzePresunti");
-    EXPECT_EQ(finestra->carattere, "Verdana");
-    EXPECT_EQ(finestra->campoData, "Nuova consegna");
-    EXPECT_FALSE(finestra->campoBanca.has_value());
+    EXPECT_EQ(finestra->Description().nome, "FormConsegna");
+    EXPECT_EQ(finestra->Description().nomeLista, "LVScadenzePresunti");
+    EXPECT_EQ(finestra->Description().carattere, "Verdana");
+    EXPECT_EQ(finestra->Description().campoData, "Nuova consegna");
+    EXPECT_FALSE(finestra->Description().campoBanca.has_value());
     std::vector<std::string> testate;
-    for (const TestataElenco& testata : finestra->testate) {
+    for (const TestataElenco& testata : finestra->Description().testate) {
       testate.push_back(testata.testo);
     }
     EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Consegna prevista", "Divisa", "Fatturato", "Fatturato Euro"));
-    EXPECT_EQ(finestra->colonne[FormConsegna::NuovaConsegna].chiave, "KNuovaScadenza");
-    EXPECT_EQ(finestra->colonne[FormConsegna::NuovaConsegna].intestazione, "Nuova Consegna");
+    EXPECT_EQ(finestra->Description().colonne[FormConsegna::NuovaConsegna].chiave, "KNuovaScadenza");
+    EXPECT_EQ(finestra->Description().colonne[FormConsegna::NuovaConsegna].intestazione, "Nuova Consegna");
   });
 }
 
@@ -92,7 +92,7 @@ TEST_P(DeliveryScreen, ANewDateGivesARecordOfItsRow) {
     ScriviData(Riga("AB123/06", "EUR", "50,00"), "110306");
     EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "50,00")), "11/03/2006|");
     EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "100,00")), "|") << "a row of the same key";
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(1));
   const VariazioneConsegna& v = variazioni[0];
@@ -113,8 +113,8 @@ TEST_P(DeliveryScreen, TwoRowsOfADocumentGiveTwoRecords) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("AB123/06", "EUR", "50,00"), "11/3/2006");
     ScriviData(Riga("AB123/06", "USD"), "12/4/06");
-    finestra->clicTestata(3);
-    finestra->conferma();
+    finestra->TLwTestata_Click(3);
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(2));
   EXPECT_EQ(variazioni[0].NuovaConsegna, "11/03/2006");
@@ -126,7 +126,7 @@ TEST_P(DeliveryScreen, ThePlannedDateTypedAgainIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("AB123/06", "USD"), "100406");
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "10/04/2006|");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
 }
@@ -134,8 +134,8 @@ TEST_P(DeliveryScreen, ThePlannedDateTypedAgainIsNoChange) {
 TEST_P(DeliveryScreen, ADateStillOpenInTheEditorCounts) {
   EXPECT_THAT(Mostra([this] {
                 Clic(Riga("AB123/06", "USD"), FormConsegna::NuovaConsegna);
-                finestra->testoEditor("130406");
-                finestra->conferma();
+                finestra->TextScad_Change("130406");
+                finestra->PictureOk_Click();
               }),
               SizeIs(1));
 }
@@ -146,7 +146,7 @@ TEST_P(DeliveryScreen, AnEmptiedEditorLeavesTheCellEmpty) {
                 ScriviData(riga, "130406");
                 ScriviData(riga, "");
                 EXPECT_EQ(Nuova(riga), "|");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
   EXPECT_THAT(banco.desktop.box, IsEmpty());
@@ -156,7 +156,7 @@ TEST_P(DeliveryScreen, BlanksInTheEditorAreCheckedAsADate) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("AB123/06", "USD"), " ");
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), " |");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
   EXPECT_EQ(banco.desktop.box.size(), 1U);
@@ -166,10 +166,10 @@ TEST_P(DeliveryScreen, TheEditedRowIsFoundAgainAfterSorting) {
   Mostra([this] {
     const auto riga = Riga("AB123/06", "USD");
     Clic(riga, FormConsegna::NuovaConsegna);
-    finestra->testoEditor("130406");
-    finestra->clicTestata(3);
-    finestra->clicTestata(3);
-    finestra->tastoEditor(13);
+    finestra->TextScad_Change("130406");
+    finestra->TLwTestata_Click(3);
+    finestra->TLwTestata_Click(3);
+    finestra->TextScad_KeyPress(13);
     EXPECT_EQ(Nuova(riga), "13/04/2006|");
   });
 }
@@ -178,7 +178,7 @@ TEST_P(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScriviData(Riga("AB123/06", "USD"), "310206");
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), " |");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
   EXPECT_THAT(banco.desktop.box, ElementsAre(testing::StartsWith("Data errata: ")));
@@ -187,7 +187,7 @@ TEST_P(DeliveryScreen, ARefusedDateIsReportedAndIsNoChange) {
 TEST_P(DeliveryScreen, ADocumentWithoutADateReceivesOne) {
   const auto variazioni = Mostra([this] {
     ScriviData(Riga("AB124/06"), "130406");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(1));
   EXPECT_EQ(variazioni[0].Consegna, "#null#");
@@ -197,10 +197,10 @@ TEST_P(DeliveryScreen, ADocumentWithoutADateReceivesOne) {
 
 TEST_P(DeliveryScreen, ATickGivesTheRowTheTopDateNormalised) {
   Mostra([this] {
-    finestra->testoScadenza("1/5/06");
+    finestra->TextScadenza_Change("1/5/06");
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
     EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "01/05/2006|x");
-    EXPECT_EQ(finestra->stato().testoScadenza, "01/05/2006");
+    EXPECT_EQ(finestra->Stato().testoScadenza, "01/05/2006");
     EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "50,00")), "|") << "the other rows of the document stay";
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
     EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "|");
@@ -211,19 +211,19 @@ TEST_P(DeliveryScreen, ATickWithoutATopDateTicksARowThatDoesNotChange) {
   EXPECT_THAT(Mostra([this] {
                 Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
                 EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "|x");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
 }
 
 TEST_P(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
   Mostra([this] {
-    finestra->testoScadenza("1/5/06");
+    finestra->TextScadenza_Change("1/5/06");
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
     Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
-    finestra->testoEditor("020506");
-    finestra->clicScadenza();
-    EXPECT_FALSE(finestra->stato().data.visibile);
+    finestra->TextScad_Change("020506");
+    finestra->TextScadenza_Click();
+    EXPECT_FALSE(finestra->Stato().data.visibile);
     EXPECT_EQ(Nuova(Riga("AB124/06")), "02/05/2006|");
     EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "01/05/2006|");
   });
@@ -232,27 +232,28 @@ TEST_P(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
 TEST_P(DeliveryScreen, TheEditorLiesOverTheNewDateCell) {
   Mostra([this] {
     Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
-    EXPECT_TRUE(finestra->stato().data.visibile);
-    EXPECT_EQ(finestra->stato().data.larghezza, finestra->colonne[FormConsegna::NuovaConsegna].larghezza - 60);
+    EXPECT_TRUE(finestra->Stato().data.visibile);
+    EXPECT_EQ(finestra->Stato().data.larghezza,
+              finestra->Description().colonne[FormConsegna::NuovaConsegna].larghezza - 60);
     Clic(Riga("AB124/06"), FormConsegna::Divisa);
-    EXPECT_FALSE(finestra->stato().data.visibile);
+    EXPECT_FALSE(finestra->Stato().data.visibile);
   });
 }
 
 TEST_P(DeliveryScreen, SortsByAccountDocumentAndDateOnly) {
   Mostra([this] {
-    finestra->clicTestata(3);
+    finestra->TLwTestata_Click(3);
     const std::vector<std::string> perData = {"", "28/02/2006", "10/03/2006", "10/03/2006", "10/04/2006", "01/01/2007"};
     EXPECT_EQ(InOrdine(FormConsegna::ConsegnaPrevista), perData);
     for (const int immobile : {4, 5, 6}) {
-      finestra->clicTestata(immobile);
+      finestra->TLwTestata_Click(immobile);
       EXPECT_EQ(InOrdine(FormConsegna::ConsegnaPrevista), perData) << immobile;
     }
-    finestra->clicTestata(3);
+    finestra->TLwTestata_Click(3);
     EXPECT_EQ(InOrdine(FormConsegna::ConsegnaPrevista).front(), "01/01/2007");
-    finestra->clicTestata(1);
+    finestra->TLwTestata_Click(1);
     EXPECT_EQ(InOrdine(FormConsegna::Conto).front(), "BIANCHI");
-    finestra->clicTestata(2);
+    finestra->TLwTestata_Click(2);
     EXPECT_EQ(InOrdine(FormConsegna::Ordine).front(), "AB123/06");
   });
 }
@@ -261,7 +262,7 @@ TEST_P(DeliveryScreen, AnnullaAndTheCloseBoxHandBackNothing) {
   for (const bool annulla : {true, false}) {
     EXPECT_THAT(Mostra([&] {
                   ScriviData(Riga("AB123/06", "USD"), "130406");
-                  annulla ? finestra->annulla() : finestra->chiudi();
+                  annulla ? finestra->PictureAnnulla_Click() : finestra->Form_QueryUnload();
                 }),
                 IsEmpty());
     EXPECT_EQ(schermata.MotivoChiusura(), "closed");
@@ -270,7 +271,7 @@ TEST_P(DeliveryScreen, AnnullaAndTheCloseBoxHandBackNothing) {
 
 TEST_P(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   filtro.parSerie = "ZZ";
-  EXPECT_EQ(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }),
+  EXPECT_EQ(Fallimento([this] { EXPECT_EQ(finestra->RowCount(), 0U); }),
             "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
   EXPECT_EQ(banco.desktop.finestre, 1U);
 }

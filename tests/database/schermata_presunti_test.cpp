@@ -19,8 +19,8 @@ class PresumedScreen : public prova::SchermataPresunti<FormPresunti> {
   /// Entries of the bank fields: " ", BANCA ALFA (B07), BANCA BETA (B06).
   void ScegliBanca(std::size_t riga, int indice) const {
     Clic(riga, FormPresunti::NuovaBanca);
-    finestra->scegliBancaCella(indice);
-    finestra->perdeFuocoBancaCella();
+    finestra->cmbBanche2_Click(indice);
+    finestra->cmbBanche2_LostFocus();
   }
   /// Text and tag of the new bank, and the tick.
   [[nodiscard]] std::string NuovaBanca(std::size_t riga) const {
@@ -50,27 +50,27 @@ TEST_P(PresumedScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   servizi().istruzioneInviata = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "PRESUNTI");
-    EXPECT_EQ(schermata.Modo, "PRESUNTI");
+    EXPECT_EQ(schermata.griglia().Modo, "PRESUNTI");
   });
   EXPECT_THAT(durante, testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each("")));
 }
 
 TEST_P(PresumedScreen, DescribesItsWindow) {
   Mostra([this] {
-    EXPECT_EQ(finestra->nome, "FormPresunti");
-    EXPECT_EQ(finestra->nomeLista, "LVPresunti");
-    EXPECT_EQ(finestra->carattere, "Arial");
-    EXPECT_EQ(finestra->campoBanca, "Nuova banca");
-    EXPECT_FALSE(finestra->campoData.has_value());
+    EXPECT_EQ(finestra->Description().nome, "FormPresunti");
+    EXPECT_EQ(finestra->Description().nomeLista, "LVPresunti");
+    EXPECT_EQ(finestra->Description().carattere, "Arial");
+    EXPECT_EQ(finestra->Description().campoBanca, "Nuova banca");
+    EXPECT_FALSE(finestra->Description().campoData.has_value());
     std::vector<std::string> testate;
-    for (const TestataElenco& testata : finestra->testate) {
+    for (const TestataElenco& testata : finestra->Description().testate) {
       testate.push_back(testata.testo);
     }
     EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Cons. prevista", "Divisa", "Fatturato", "Banca"));
-    EXPECT_EQ(finestra->colonne[FormPresunti::Radio].chiave, "Kradio");
-    EXPECT_EQ(finestra->colonne[FormPresunti::NuovaBanca].intestazione, "Nuova Banca");
-    EXPECT_THAT(finestra->banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
-    EXPECT_EQ(finestra->bancheCella, finestra->banche);
+    EXPECT_EQ(finestra->Description().colonne[FormPresunti::Radio].chiave, "Kradio");
+    EXPECT_EQ(finestra->Description().colonne[FormPresunti::NuovaBanca].intestazione, "Nuova Banca");
+    EXPECT_THAT(finestra->Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(finestra->Description().bancheCella, finestra->Description().banche);
   });
 }
 
@@ -121,7 +121,7 @@ TEST_P(PresumedScreen, ABankChosenForOneRowShowsOnAllRowsOfTheDocument) {
     ScegliBanca(Riga("AB123/06", "EUR", "50,00"), 2);
     EXPECT_THAT(NuoveBanche(), ElementsAre("BANCA BETA|B06|", "BANCA BETA|B06|x", "BANCA BETA|B06|"));
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "||");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(1)) << "one record a document";
   const VariazioneConsegna& v = variazioni[0];
@@ -143,9 +143,9 @@ TEST_P(PresumedScreen, ARecordIsTakenFromTheFirstChangedRowInTheListsOrder) {
   filtro.parSerie = "AB";
   const auto variazioni = Mostra([this] {
     ScegliBanca(0, 0);
-    finestra->clicTestata(3);
-    finestra->clicTestata(3); // latest first: the dollar row, with bank B06
-    finestra->conferma();
+    finestra->TLwTestata_Click(3);
+    finestra->TLwTestata_Click(3); // latest first: the dollar row, with bank B06
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(1));
   EXPECT_EQ(variazioni[0].VecchiaBanca, "B06");
@@ -156,7 +156,7 @@ TEST_P(PresumedScreen, TheBlankEntryRemovesTheBank) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("CD5/06", "CHF"), 0);
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|x");
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(1));
   EXPECT_EQ(variazioni[0].VecchiaBanca, "B07");
@@ -167,7 +167,7 @@ TEST_P(PresumedScreen, RemovingABankThatIsNotThereIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScegliBanca(Riga("AB124/06"), 0);
                 EXPECT_EQ(NuovaBanca(Riga("AB124/06")), "ANNULLA|#null#|x");
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
 }
@@ -175,7 +175,7 @@ TEST_P(PresumedScreen, RemovingABankThatIsNotThereIsNoChange) {
 TEST_P(PresumedScreen, TheBankThatTheDocumentHasIsNoChange) {
   EXPECT_THAT(Mostra([this] {
                 ScegliBanca(Riga("CD5/06", "CHF"), 1);
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               IsEmpty());
 }
@@ -183,7 +183,7 @@ TEST_P(PresumedScreen, TheBankThatTheDocumentHasIsNoChange) {
 TEST_P(PresumedScreen, ADocumentWithoutBankReceivesOne) {
   const auto variazioni = Mostra([this] {
     ScegliBanca(Riga("AB124/06"), 1);
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(1));
   EXPECT_EQ(variazioni[0].VecchiaBanca, "#null#");
@@ -191,13 +191,13 @@ TEST_P(PresumedScreen, ADocumentWithoutBankReceivesOne) {
 }
 
 TEST_P(PresumedScreen, ConfirmingWithoutAChangeHandsBackNothing) {
-  EXPECT_THAT(Mostra([this] { finestra->conferma(); }), IsEmpty());
+  EXPECT_THAT(Mostra([this] { finestra->PictureOk_Click(); }), IsEmpty());
   EXPECT_EQ(schermata.MotivoChiusura(), "");
 }
 
 TEST_P(PresumedScreen, ATickAppliesTheTopBankToTheDocumentAndTicksItsRow) {
   Mostra([this] {
-    finestra->scegliBanca(2);
+    finestra->cmbBanche_Click(2);
     Clic(Riga("AB123/06", "USD"), FormPresunti::Radio);
     EXPECT_THAT(NuoveBanche(), ElementsAre("BANCA BETA|B06|", "BANCA BETA|B06|", "BANCA BETA|B06|x"));
   });
@@ -224,12 +224,12 @@ TEST_P(PresumedScreen, TakingATickOffClearsTheWholeDocument) {
 TEST_P(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
   Mostra([this] {
     Clic(Riga("CD5/06", "CHF"), FormPresunti::Conto);
-    finestra->scegliBanca(2);
+    finestra->cmbBanche_Click(2);
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "BANCA BETA|B06|");
-    finestra->scegliBanca(0);
+    finestra->cmbBanche_Click(0);
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|");
-    finestra->seleziona(-1);
-    finestra->scegliBanca(1);
+    finestra->Seleziona(-1);
+    finestra->cmbBanche_Click(1);
     EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|");
   });
 }
@@ -237,12 +237,13 @@ TEST_P(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
 TEST_P(PresumedScreen, TheEditorOpensOnTheNewBankAndOnTheBlankWithoutOne) {
   Mostra([this] {
     Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
-    EXPECT_EQ(finestra->stato().banca.indice, 0);
-    finestra->scegliBancaCella(2);
+    EXPECT_EQ(finestra->Stato().banca.indice, 0);
+    finestra->cmbBanche2_Click(2);
     Clic(Riga("CD5/06", "CHF"), FormPresunti::Conto);
     Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
-    EXPECT_EQ(finestra->stato().banca.indice, 2);
-    EXPECT_EQ(finestra->stato().banca.larghezza, finestra->colonne[FormPresunti::NuovaBanca].larghezza - 60);
+    EXPECT_EQ(finestra->Stato().banca.indice, 2);
+    EXPECT_EQ(finestra->Stato().banca.larghezza,
+              finestra->Description().colonne[FormPresunti::NuovaBanca].larghezza - 60);
   });
 }
 
@@ -254,7 +255,7 @@ TEST_P(PresumedScreen, TheEditorLeftOnItsBlankEntryRemovesTheBank) {
         Clic(Riga("CD5/06", "CHF"), FormPresunti::Divisa);
         EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "ANNULLA|#null#|x");
       }
-      finestra->conferma();
+      finestra->PictureOk_Click();
     });
     ASSERT_THAT(variazioni, SizeIs(1));
     EXPECT_EQ(variazioni[0].NuovaBanca, "#null#");
@@ -264,35 +265,37 @@ TEST_P(PresumedScreen, TheEditorLeftOnItsBlankEntryRemovesTheBank) {
 TEST_P(PresumedScreen, ABankCodeThatComesTwiceIsListedTwice) {
   base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (120,'B07','BANCA GAMMA','06',NULL,'N')");
-  Mostra([this] { EXPECT_THAT(finestra->banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA", "BANCA GAMMA")); });
+  Mostra([this] {
+    EXPECT_THAT(finestra->Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA", "BANCA GAMMA"));
+  });
 }
 
 TEST_P(PresumedScreen, ConfermaClosesTheOpenEditorFirst) {
   EXPECT_THAT(Mostra([this] {
                 Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
-                finestra->scegliBancaCella(2);
-                finestra->conferma();
+                finestra->cmbBanche2_Click(2);
+                finestra->PictureOk_Click();
               }),
               SizeIs(1));
 }
 
 TEST_P(PresumedScreen, SortsByAccountDocumentDateAndNewBankOnly) {
   Mostra([this] {
-    finestra->clicTestata(2);
+    finestra->TLwTestata_Click(2);
     EXPECT_THAT(InOrdine(FormPresunti::Ordine),
                 ElementsAre("AB123/06", "AB123/06", "AB123/06", "AB124/06", "CD5/06", "EF/06"));
-    finestra->clicTestata(3);
+    finestra->TLwTestata_Click(3);
     const std::vector<std::string> perData = {"", "28/02/06", "10/03/06", "10/03/06", "10/04/06", "01/01/07"};
     EXPECT_EQ(InOrdine(FormPresunti::ConsegnaPrevista), perData);
     for (const int immobile : {4, 5}) {
-      finestra->clicTestata(immobile);
+      finestra->TLwTestata_Click(immobile);
       EXPECT_EQ(InOrdine(FormPresunti::ConsegnaPrevista), perData) << immobile;
-      EXPECT_EQ(finestra->stato().testataOrdinata, 3);
+      EXPECT_EQ(finestra->Stato().testataOrdinata, 3);
     }
     ScegliBanca(Riga("EF/06"), 1);
     ScegliBanca(Riga("CD5/06", "CHF"), 2);
-    finestra->clicTestata(6);
-    finestra->clicTestata(6);
+    finestra->TLwTestata_Click(6);
+    finestra->TLwTestata_Click(6);
     EXPECT_EQ(InOrdine(FormPresunti::NuovaBanca)[0], "BANCA BETA");
     EXPECT_EQ(InOrdine(FormPresunti::NuovaBanca)[1], "BANCA ALFA");
   });
@@ -302,9 +305,9 @@ TEST_P(PresumedScreen, TheEditedRowIsFoundAgainAfterSorting) {
   Mostra([this] {
     const auto riga = Riga("CD5/06", "CHF");
     Clic(riga, FormPresunti::NuovaBanca);
-    finestra->scegliBancaCella(2);
-    finestra->clicTestata(2);
-    finestra->perdeFuocoBancaCella();
+    finestra->cmbBanche2_Click(2);
+    finestra->TLwTestata_Click(2);
+    finestra->cmbBanche2_LostFocus();
     EXPECT_EQ(NuovaBanca(riga), "BANCA BETA|B06|x");
   });
 }
@@ -313,7 +316,7 @@ TEST_P(PresumedScreen, AnnullaAndTheCloseBoxHandBackNothing) {
   for (const bool annulla : {true, false}) {
     EXPECT_THAT(Mostra([&] {
                   ScegliBanca(Riga("CD5/06", "CHF"), 2);
-                  annulla ? finestra->annulla() : finestra->chiudi();
+                  annulla ? finestra->PictureAnnulla_Click() : finestra->Form_QueryUnload();
                 }),
                 IsEmpty());
     EXPECT_EQ(schermata.MotivoChiusura(), "closed");
@@ -323,12 +326,12 @@ TEST_P(PresumedScreen, AnnullaAndTheCloseBoxHandBackNothing) {
 TEST_P(PresumedScreen, TheCloseBoxAfterAnEarlierConfirmationHandsBackNothing) {
   EXPECT_THAT(Mostra([this] {
                 ScegliBanca(Riga("CD5/06", "CHF"), 2);
-                finestra->conferma();
+                finestra->PictureOk_Click();
               }),
               SizeIs(1));
   EXPECT_THAT(Mostra([this] {
                 EXPECT_EQ(NuovaBanca(Riga("CD5/06", "CHF")), "||") << "nothing of the first showing is left";
-                finestra->chiudi();
+                finestra->Form_QueryUnload();
               }),
               IsEmpty());
 }
@@ -347,7 +350,7 @@ TEST_P(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
 
 TEST_P(PresumedScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   stato().ComandoCorrente = "BANCA /PRESUNTI -DB2SOURCE NESSUNA";
-  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->righe(), 0U); }), testing::StartsWith("ERRORE: "));
+  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->RowCount(), 0U); }), testing::StartsWith("ERRORE: "));
   EXPECT_EQ(banco.desktop.finestre, 1U);
 }
 
@@ -387,7 +390,7 @@ TEST_P(PresumedScreenTwins, AMovementThatIsNotFoundKeepsTheRowsLoadedSoFar) {
                 EXPECT_THAT(std::string(righe.Tag(riga, FormPresunti::ConsegnaPrevista)),
                             testing::StartsWith("MOVIMENTO_"));
               }
-              finestra->conferma();
+              finestra->PictureOk_Click();
             }),
             "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
 }
@@ -407,7 +410,7 @@ TEST_P(PresumedScreenLetters, DocumentsApartOnlyByTheCaseOfTheirLettersGiveAReco
     ScegliBanca(Riga("AB123/06", "USD"), 1);
     EXPECT_EQ(NuovaBanca(Riga("ab123/06")), "||");
     ScegliBanca(Riga("ab123/06"), 1);
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_THAT(variazioni, SizeIs(2));
   EXPECT_THAT((std::set<int>{variazioni[0].idMovimentoKey, variazioni[1].idMovimentoKey}), ElementsAre(401, 409));
@@ -428,8 +431,8 @@ TEST_P(PresumedScreenEqualRows, RowsWithEqualKeysAreBothListed) {
     EXPECT_THAT(InOrdine(FormPresunti::Ordine), testing::Contains("CD5/06").Times(3));
     const auto riga = Riga("CD5/06", "CHF", "5,00");
     Clic(riga, FormPresunti::NuovaBanca);
-    finestra->scegliBancaCella(2);
-    finestra->perdeFuocoBancaCella();
+    finestra->cmbBanche2_Click(2);
+    finestra->cmbBanche2_LostFocus();
     EXPECT_EQ(NuovaBanca(riga), "BANCA BETA|B06|x");
   });
 }

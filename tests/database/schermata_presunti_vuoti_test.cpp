@@ -20,8 +20,8 @@ class PresumedScreenWithoutDocument : public prova::SchermataPresunti<FormPresun
            std::string(righe.Tag(riga, FormPresunti::NuovaBanca));
   }
   void Scegli(std::size_t riga, int indice) const {
-    finestra->seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
-    finestra->scegliBanca(indice);
+    finestra->Seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
+    finestra->cmbBanche_Click(indice);
   }
 };
 
@@ -36,14 +36,14 @@ TEST_P(PresumedScreenWithoutDocument, TheBlankEntryEmptiesTheNewBankOfAllRowsWit
     Scegli(seconda, 0);
     EXPECT_EQ(NuovaBanca(prima), "|");
     EXPECT_EQ(NuovaBanca(seconda), "|");
-    finestra->chiudi();
+    finestra->Form_QueryUnload();
   });
 }
 
 TEST_P(PresumedScreenWithoutDocument, ItsRecordHasNoSeriesNumberAndYear) {
   const auto variazioni = Mostra([this] {
     Scegli(AggiungiSenzaDocumento("BANCA BETA"), 1);
-    finestra->conferma();
+    finestra->PictureOk_Click();
   });
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].Serie + variazioni[0].Numero + variazioni[0].Anno, "");

@@ -33,120 +33,141 @@ std::string Data(std::size_t riga, std::size_t mesi) {
 } // namespace
 
 FinestraFinta::FinestraFinta(std::size_t quante) : righe(quante) {
-  finestra.nome = "frmLumoScadenzeBanche";
-  finestra.titolo = "Scadenze";
-  finestra.nomeLista = "LVScadenzeBanche";
-  finestra.carattere = "Verdana";
-  finestra.carattereTestate = "Verdana";
-  finestra.campoData = "Nuova scadenza";
-  finestra.campoBanca = "Nuova banca";
-  finestra.etichette = {{"lblClienteFornitore", ""}, {"lblClienteFornitoreValue", ""}};
-  finestra.banche = {" ", "Banca del Garda", "Cassa di Risparmio della Lunigiana", "Credito Tirreno"};
-  finestra.bancheCella = finestra.banche;
+  description.nome = "frmLumoScadenzeBanche";
+  description.titolo = "Scadenze";
+  description.nomeLista = "LVScadenzeBanche";
+  description.carattere = "Verdana";
+  description.carattereTestate = "Verdana";
+  description.campoData = "Nuova scadenza";
+  description.campoBanca = "Nuova banca";
+  description.etichette = {{"lblClienteFornitore", ""}, {"lblClienteFornitoreValue", ""}};
+  description.banche = {" ", "Banca del Garda", "Cassa di Risparmio della Lunigiana", "Credito Tirreno"};
+  description.bancheCella = description.banche;
   Colonne();
   stato.larghezzaLista = Inizio(12) + 50;
   stato.larghezzaQuadro = Inizio(12) + 100;
   stato.altezzaLista = static_cast<int>(std::min<std::size_t>(righe, 20)) * 240;
-  Richiami();
-  RichiamiEditor();
 }
 
 void FinestraFinta::Colonne() {
-  finestra.colonne = {{"KConto", "Conto", 3000, Genere::Testo},
-                      {"KPartita", "Partita", 1200, Genere::Testo},
-                      {"KScadenza", "Scadenza", 1350, Genere::Testo},
-                      {"KScadenzaOrig", "Scad. orig.", 1350, Genere::Testo},
-                      {"KBanca", "Banca", 2550, Genere::Testo},
-                      {"KImporto", "Importo", 1350, Genere::Importo},
-                      {"KRadio1", "", 375, Genere::Spunta},
-                      {"KNuovaScadenza", "Nuova Scad", 1350, Genere::EditorData, 2},
-                      {"KNumeroRata1", "NumeroRata", 0, Genere::Testo},
-                      {"KRadio2", "", 375, Genere::Spunta},
-                      {"KNuovaBanca", "NuovaBanca", 2550, Genere::EditorBanca, 4},
-                      {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Testo}};
-  finestra.testate = {{1, "Conto", 0, 0, 0, 3000, true},       {2, "Partita", 1, 1, 3000, 1200, true},
-                      {5, "Scadenza", 2, 2, 4200, 1350, true}, {3, "Scad Orig.", 3, 3, 5550, 1350, false},
-                      {6, "Banca", 4, 4, 6900, 2550, true},    {4, "Importo", 5, 5, 9450, 1350, false}};
+  description.colonne = {{"KConto", "Conto", 3000, Genere::Testo},
+                         {"KPartita", "Partita", 1200, Genere::Testo},
+                         {"KScadenza", "Scadenza", 1350, Genere::Testo},
+                         {"KScadenzaOrig", "Scad. orig.", 1350, Genere::Testo},
+                         {"KBanca", "Banca", 2550, Genere::Testo},
+                         {"KImporto", "Importo", 1350, Genere::Importo},
+                         {"KRadio1", "", 375, Genere::Spunta},
+                         {"KNuovaScadenza", "Nuova Scad", 1350, Genere::EditorData, 2},
+                         {"KNumeroRata1", "NumeroRata", 0, Genere::Testo},
+                         {"KRadio2", "", 375, Genere::Spunta},
+                         {"KNuovaBanca", "NuovaBanca", 2550, Genere::EditorBanca, 4},
+                         {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Testo}};
+  description.testate = {{1, "Conto", 0, 0, 0, 3000, true},       {2, "Partita", 1, 1, 3000, 1200, true},
+                         {5, "Scadenza", 2, 2, 4200, 1350, true}, {3, "Scad Orig.", 3, 3, 5550, 1350, false},
+                         {6, "Banca", 4, 4, 6900, 2550, true},    {4, "Importo", 5, 5, 9450, 1350, false}};
 }
 
-void FinestraFinta::Richiami() {
-  finestra.righe = [this] { return righe; };
-  finestra.testo = [this](std::size_t riga, int colonna) { return TestoCella(riga, colonna); };
-  finestra.spuntata = [this](std::size_t riga, int colonna) { return spunte.count({riga, colonna}) > 0; };
-  finestra.stato = [this]() -> const StatoElenco& { return stato; };
-  finestra.seleziona = [this](std::ptrdiff_t riga) {
-    gesti.push_back("seleziona " + std::to_string(riga));
-    stato.selezionata = riga;
-  };
-  finestra.premeMouse = [this](int x, int) {
-    gesti.emplace_back("premeMouse");
-    ultimaX = x;
-  };
-  finestra.clic = [this](int alto) { Clic(alto); };
-  finestra.clicTestata = [this](int indice) {
-    gesti.push_back("clicTestata " + std::to_string(indice));
-    stato.crescente = stato.testataOrdinata != indice || !stato.crescente;
-    stato.testataOrdinata = indice;
-    inverso = !stato.crescente;
-    ++stato.ordine;
-  };
-  finestra.clicFuori = [this] {
-    gesti.emplace_back("clicFuori");
-    ChiudiEditor();
-  };
-  finestra.conferma = [this] {
-    gesti.emplace_back("conferma");
-    if (allaConferma) {
-      allaConferma();
-    }
-    stato.scaricata = true;
-  };
-  finestra.annulla = [this] {
-    gesti.emplace_back("annulla");
-    stato.scaricata = true;
-  };
-  finestra.chiudi = [this] {
-    gesti.emplace_back("chiudi");
-    stato.scaricata = true;
-  };
+void FinestraFinta::Record(const std::string& gesture, const std::string& value) {
+  gesti.push_back(value.empty() ? gesture : gesture + " " + value);
+  const auto also = during.find(gesture);
+  if (also != during.end()) {
+    also->second();
+  }
 }
 
-void FinestraFinta::RichiamiEditor() {
-  finestra.testoEditor = [this](std::string_view testo) {
-    gesti.push_back("testoEditor " + std::string(testo));
-    stato.data.testo = testo;
-  };
-  finestra.tastoEditor = [this](int codice) {
-    gesti.push_back("tastoEditor " + std::to_string(codice));
-    nuovaData = stato.data.testo;
-    ChiudiEditor();
-  };
-  finestra.scegliBancaCella = [this](int indice) {
-    gesti.push_back("scegliBancaCella " + std::to_string(indice));
-    stato.banca.indice = indice;
-  };
-  finestra.perdeFuocoBancaCella = [this] {
-    gesti.emplace_back("perdeFuocoBancaCella");
-    stato.banca.visibile = false;
-    ++stato.contenuto;
-  };
-  finestra.abbandonaEditor = [this] {
-    gesti.emplace_back("abbandonaEditor");
-    ChiudiEditor();
-  };
-  finestra.testoScadenza = [this](std::string_view testo) {
-    gesti.push_back("testoScadenza " + std::string(testo));
-    stato.testoScadenza = testo;
-  };
-  finestra.clicScadenza = [this] { gesti.emplace_back("clicScadenza"); };
-  finestra.scegliBanca = [this](int indice) {
-    gesti.push_back("scegliBanca " + std::to_string(indice));
-    stato.indiceBanca = indice;
-  };
+void FinestraFinta::Seleziona(std::ptrdiff_t riga) {
+  Record("seleziona", std::to_string(riga));
+  stato.selezionata = riga;
 }
 
-void FinestraFinta::Clic(int alto) {
-  gesti.push_back("clic " + std::to_string(alto));
+void FinestraFinta::LVScadenze_MouseDown(int x, int /*y*/) {
+  Record("premeMouse");
+  ultimaX = x;
+}
+
+void FinestraFinta::LVScadenze_ItemCheck(std::size_t riga) {
+  Record("spunta", std::to_string(riga));
+}
+
+void FinestraFinta::TLwTestata_Click(int indice) {
+  Record("clicTestata", std::to_string(indice));
+  stato.crescente = stato.testataOrdinata != indice || !stato.crescente;
+  stato.testataOrdinata = indice;
+  inverso = !stato.crescente;
+  ++stato.ordine;
+}
+
+void FinestraFinta::Form_Click() {
+  Record("clicFuori");
+  ChiudiEditor();
+}
+
+void FinestraFinta::PictureOk_Click() {
+  Record("conferma");
+  stato.scaricata = true;
+}
+
+void FinestraFinta::PictureAnnulla_Click() {
+  Record("annulla");
+  stato.scaricata = true;
+}
+
+void FinestraFinta::Form_QueryUnload() {
+  Record("chiudi");
+  stato.scaricata = true;
+}
+
+void FinestraFinta::TextScad_Change(std::string_view testo) {
+  Record("testoEditor", std::string(testo));
+  stato.data.testo = testo;
+}
+
+void FinestraFinta::TextScad_KeyPress(int codice) {
+  Record("tastoEditor", std::to_string(codice));
+  nuovaData = stato.data.testo;
+  ChiudiEditor();
+}
+
+void FinestraFinta::TextScad_LostFocus() {
+  Record("perdeFuocoEditor");
+}
+
+void FinestraFinta::cmbBanche2_Click(int indice) {
+  Record("scegliBancaCella", std::to_string(indice));
+  stato.banca.indice = indice;
+}
+
+void FinestraFinta::cmbBanche2_LostFocus() {
+  Record("perdeFuocoBancaCella");
+  stato.banca.visibile = false;
+  ++stato.contenuto;
+}
+
+void FinestraFinta::AbbandonaEditor() {
+  Record("abbandonaEditor");
+  ChiudiEditor();
+}
+
+void FinestraFinta::TextScadenza_Change(std::string_view testo) {
+  Record("testoScadenza", std::string(testo));
+  stato.testoScadenza = testo;
+}
+
+void FinestraFinta::TextScadenza_Click() {
+  Record("clicScadenza");
+}
+
+void FinestraFinta::TextScadenza_LostFocus() {
+  Record("perdeFuocoScadenza");
+}
+
+void FinestraFinta::cmbBanche_Click(int indice) {
+  Record("scegliBanca", std::to_string(indice));
+  stato.indiceBanca = indice;
+}
+
+void FinestraFinta::LVScadenze_Click(int alto) {
+  Record("clic", std::to_string(alto));
   ChiudiEditor();
   int colonna = 0;
   while (colonna < 12 && ultimaX >= Inizio(colonna + 1)) {
@@ -162,13 +183,13 @@ void FinestraFinta::Clic(int alto) {
     stato.data.visibile = true;
     stato.data.posto = stato.selezionata;
     stato.data.sinistra = Inizio(ColonnaData);
-    stato.data.larghezza = finestra.colonne[ColonnaData].larghezza - 60;
-    stato.data.testo = std::string(TestoCella(riga, ColonnaData));
+    stato.data.larghezza = description.colonne[ColonnaData].larghezza - 60;
+    stato.data.testo = std::string(CellText(riga, ColonnaData));
   } else if (colonna == ColonnaBanca) {
     stato.banca.visibile = true;
     stato.banca.posto = stato.selezionata;
     stato.banca.sinistra = Inizio(ColonnaBanca);
-    stato.banca.larghezza = finestra.colonne[ColonnaBanca].larghezza - 60;
+    stato.banca.larghezza = description.colonne[ColonnaBanca].larghezza - 60;
     stato.banca.indice = 2;
   }
   stato.barretteNascoste = righe > 20 && (stato.data.visibile || stato.banca.visibile);
@@ -181,8 +202,11 @@ void FinestraFinta::ChiudiEditor() {
   ++stato.contenuto;
 }
 
-std::string_view FinestraFinta::TestoCella(std::size_t riga, int colonna) {
+std::string_view FinestraFinta::CellText(std::size_t riga, int colonna) const {
   ++letture;
+  if (whileReading) {
+    whileReading();
+  }
   const std::size_t i = inverso ? righe - 1 - riga : riga;
   switch (colonna) {
   case 0:
@@ -212,13 +236,13 @@ int FinestraFinta::Volte(const std::string& gesto) const {
 int FinestraFinta::Inizio(int colonna) const {
   int somma = 0;
   for (int c = 0; c < colonna; ++c) {
-    somma += finestra.colonne[static_cast<std::size_t>(c)].larghezza;
+    somma += description.colonne[static_cast<std::size_t>(c)].larghezza;
   }
   return somma;
 }
 
 void Esegui(FinestraFinta& finta, const std::function<void(QDialog&)>& copione) {
-  qt::FinestraElencoQt elenco(finta.finestra, nullptr);
+  qt::FinestraElencoQt elenco(finta, nullptr);
   QTimer::singleShot(0, &elenco, [&] {
     EXPECT_TRUE(QTest::qWaitForWindowActive(&elenco));
     try {

@@ -5,17 +5,20 @@
 #include <QDialog>
 #include <QTableView>
 
+#include <cstddef>
 #include <functional>
+#include <map>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace lumoscad::prova {
 
 /// A list window's screen that only records gestures and follows the plainest rules: enough to see the window move.
-class FinestraFinta {
+class FinestraFinta final : public FinestraElenco {
  public:
   /// Columns as in the bank schedule window; the rows are computed, so that any number of them is cheap.
   explicit FinestraFinta(std::size_t righe);
@@ -27,7 +30,7 @@ class FinestraFinta {
   static constexpr int ColonnaSpuntaBanca = 9;
   static constexpr int ColonnaBanca = 10;
 
-  FinestraElenco finestra;
+  ListDescription description;
   StatoElenco stato;
   std::size_t righe;
   bool inverso = false;           ///< the rows are shown from the last to the first
@@ -35,23 +38,48 @@ class FinestraFinta {
   std::set<std::pair<std::size_t, int>> spunte;
   std::string nuovaData; ///< what the date editor wrote last
   int ultimaX = -1;
-  std::size_t letture = 0;            ///< cells read
-  std::function<void()> allaConferma; ///< runs inside the confirm gesture
+  mutable std::size_t letture = 0;                     ///< cells read
+  std::function<void()> whileReading;                  ///< runs before a cell is read
+  std::map<std::string, std::function<void()>> during; ///< by a gesture's name: runs inside it, before it has an effect
 
   /// How often `gesto` was received.
   [[nodiscard]] int Volte(const std::string& gesto) const;
   /// Nominal left end of a column, twips.
   [[nodiscard]] int Inizio(int colonna) const;
 
+  [[nodiscard]] const ListDescription& Description() const override { return description; }
+  [[nodiscard]] const StatoElenco& Stato() const override { return stato; }
+  [[nodiscard]] std::size_t RowCount() const override { return righe; }
+  [[nodiscard]] std::string_view CellText(std::size_t riga, int colonna) const override;
+  [[nodiscard]] bool Ticked(std::size_t riga, int colonna) const override { return spunte.count({riga, colonna}) > 0; }
+  void SetDropDown(DropDown /*dropDown*/) override {}
+
+  void Seleziona(std::ptrdiff_t riga) override;
+  void LVScadenze_MouseDown(int x, int y) override;
+  void LVScadenze_Click(int alto) override;
+  void LVScadenze_ItemCheck(std::size_t riga) override;
+  void TLwTestata_Click(int indice) override;
+  void Form_Click() override;
+  void TextScad_Change(std::string_view testo) override;
+  void TextScad_KeyPress(int codice) override;
+  void TextScad_LostFocus() override;
+  void cmbBanche2_Click(int indice) override;
+  void cmbBanche2_LostFocus() override;
+  void AbbandonaEditor() override;
+  void TextScadenza_Change(std::string_view testo) override;
+  void TextScadenza_Click() override;
+  void TextScadenza_LostFocus() override;
+  void cmbBanche_Click(int indice) override;
+  void PictureOk_Click() override;
+  void PictureAnnulla_Click() override;
+  void Form_QueryUnload() override;
+
  private:
   void Colonne();
-  void Richiami();
-  void RichiamiEditor();
-  void Clic(int alto);
-  std::string_view TestoCella(std::size_t riga, int colonna);
+  void Record(const std::string& gesture, const std::string& value = "");
   void ChiudiEditor();
 
-  std::string cella_;
+  mutable std::string cella_;
 };
 
 /// Shows the window modally and runs `copione` on it once it is active; closes it afterwards if it is still open.

@@ -28,10 +28,10 @@ ScadenzarioAperto::ScadenzarioAperto() : desktop(qt::CreaDesktop()) {
   servizi().desktop = [this]() -> Desktop& { return *desktop; };
   form.LabelDescPartita = "2006 152";
   form.LabelDescCliFor = "Oleificio Santa Chiara";
-  form.Righe.Aggiungi({"31/03/2006", "31/03/2006", "1.250,00", ""});
-  form.Righe.Aggiungi({"30/04/2006", "30/04/2006", "1.250,00", ""});
-  form.Righe.Aggiungi({"31/05/2006", "15/05/2006", "980,50", ""});
-  form.Righe.Aggiungi({"30/06/2006", "30/06/2006", "12.400,00", ""});
+  form.Aggiungi("31/03/2006", "31/03/2006", "1.250,00");
+  form.Aggiungi("30/04/2006", "30/04/2006", "1.250,00");
+  form.Aggiungi("31/05/2006", "15/05/2006", "980,50");
+  form.Aggiungi("30/06/2006", "30/06/2006", "12.400,00");
   risponditore_.setInterval(5);
   QObject::connect(&risponditore_, &QTimer::timeout, &risponditore_, [this] { RispondiAlBox(); });
 }
@@ -83,13 +83,13 @@ void ScadenzarioAperto::Premi(QDialog& finestra, const char* nome) {
 }
 
 std::string ScadenzarioAperto::Nuova(std::size_t riga) const {
-  return std::string(form.Righe.Testo(riga, FormLumoScad::NuovaScadenza));
+  return std::string(form.griglia().Righe.Testo(riga, FormLumoScad::NuovaScadenza));
 }
 
 int ScadenzarioAperto::Spuntate() const {
   int quante = 0;
-  for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
-    quante += form.Righe.Spuntata(riga, 0) ? 1 : 0;
+  for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
+    quante += form.griglia().Righe.Spuntata(riga, 0) ? 1 : 0;
   }
   return quante;
 }

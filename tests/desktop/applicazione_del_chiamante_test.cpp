@@ -72,7 +72,7 @@ void MostraTutto(Desktop& desktop) {
   desktop.EventiInAttesa();
   desktop.MostraBox("Buongiorno", "LumoScad");
   FinestraFinta finta(5);
-  desktop.MostraElenco(finta.finestra);
+  desktop.MostraElenco(finta);
   bool fatto = false;
   desktop.MostraAttesa("Attendere", 1, [&] { fatto = true; });
   EXPECT_TRUE(fatto);

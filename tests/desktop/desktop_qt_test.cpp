@@ -110,7 +110,7 @@ TEST(Desktop, AListIsShownUntilTheScreenUnloadsItself) {
   const auto desktop = qt::CreaDesktop();
   FinestraFinta finta(5);
   SullaFinestra([](QDialog& finestra) { QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton); });
-  desktop->MostraElenco(finta.finestra);
+  desktop->MostraElenco(finta);
   EXPECT_EQ(finta.gesti.back(), "conferma");
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
@@ -124,17 +124,17 @@ TEST(Desktop, AnEmptyListCanBeShownAndClosed) {
       QTest::keyClick(&lista, tasto);
     }
   });
-  desktop->MostraElenco(finta.finestra);
+  desktop->MostraElenco(finta);
   EXPECT_EQ(finta.gesti, std::vector<std::string>{"annulla"});
 }
 
 TEST(Desktop, WhatAGestureThrowsLeavesTheCallAfterTheWindowIsGone) {
   const auto desktop = qt::CreaDesktop();
   FinestraFinta finta(5);
-  finta.finestra.conferma = [] { throw ErroreRuntime(errori::ChiaveDuplicata, "La chiave è già presente."); };
+  finta.during["conferma"] = [] { throw ErroreRuntime(errori::ChiaveDuplicata, "La chiave è già presente."); };
   SullaFinestra([](QDialog& finestra) { QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton); });
   try {
-    desktop->MostraElenco(finta.finestra);
+    desktop->MostraElenco(finta);
     FAIL() << "no error came out";
   } catch (const ErroreRuntime& errore) {
     EXPECT_EQ(errore.Numero(), errori::ChiaveDuplicata);
@@ -145,18 +145,16 @@ TEST(Desktop, WhatAGestureThrowsLeavesTheCallAfterTheWindowIsGone) {
 TEST(Desktop, ACellThatCannotBeReadClosesTheListAndReportsTheError) {
   const auto desktop = qt::CreaDesktop();
   FinestraFinta finta(5);
-  finta.finestra.testo = [](std::size_t, int) -> std::string_view { throw ErroreRuntime(51, "Cella illeggibile."); };
-  EXPECT_THROW(desktop->MostraElenco(finta.finestra), ErroreRuntime);
+  finta.whileReading = [] { throw ErroreRuntime(51, "Cella illeggibile."); };
+  EXPECT_THROW(desktop->MostraElenco(finta), ErroreRuntime);
 }
 
 TEST(Desktop, ABoxInsideAGestureKeepsTheEditorUntilItIsAnswered) {
   const auto desktop = qt::CreaDesktop();
   FinestraFinta finta(30);
-  const auto tasto = finta.finestra.tastoEditor;
-  finta.finestra.tastoEditor = [&](int codice) {
+  finta.during["tastoEditor"] = [&] {
     SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
     desktop->MostraBox("Mese errato: 13", "LumoScad");
-    tasto(codice);
   };
   Esegui(finta, [&](QDialog& finestra) {
     auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
@@ -172,7 +170,7 @@ TEST(Desktop, ABoxInsideAGestureKeepsTheEditorUntilItIsAnswered) {
 TEST(Desktop, ABoxShownByTheBankChoiceDoesNotCloseTheBankEditorTwice) {
   const auto desktop = qt::CreaDesktop();
   FinestraFinta finta(30);
-  finta.finestra.scegliBancaCella = [&](int) {
+  finta.during["scegliBancaCella"] = [&] {
     SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
     desktop->MostraBox("Banca", "LumoScad");
   };
@@ -249,7 +247,7 @@ TEST(Desktop, ABoxThatTheCallingProgramEndsCountsAsNotShown) {
 TEST(Desktop, AListThatTheCallingProgramEndsIsClosedAsByItsCloseBox) {
   const auto desktop = qt::CreaDesktop();
   FinestraFinta finta(5);
-  ConUnUscita([&] { desktop->MostraElenco(finta.finestra); });
+  ConUnUscita([&] { desktop->MostraElenco(finta); });
   EXPECT_EQ(finta.gesti.back(), "chiudi");
   EXPECT_TRUE(finta.stato.scaricata);
 }
@@ -286,7 +284,7 @@ TEST(Desktop, AWindowOfTheCallingProgramThatGoesTakesNoneOfOursWithIt) {
   const auto invio = [](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); };
   ConFinestraChePassa([&] { desktop->MostraBox("Buongiorno", "LumoScad"); }, invio);
   FinestraFinta finta(5);
-  ConFinestraChePassa([&] { desktop->MostraElenco(finta.finestra); }, [](QDialog& lista) { lista.close(); });
+  ConFinestraChePassa([&] { desktop->MostraElenco(finta); }, [](QDialog& lista) { lista.close(); });
   EXPECT_EQ(finta.gesti.back(), "chiudi");
   int volte = 0;
   ConFinestraChePassa([&] { desktop->MostraAttesa("Attendere", 100, [&] { ++volte; }); }, [](QDialog&) {});

@@ -191,7 +191,7 @@ TEST(ListWindow, ThePictureIsFiftyTwipsWiderThanTheListAndTheRestAsWideAsTheList
 TEST(ListWindow, AListThatDoesNotScrollTakesTheWidthOfItsColumnsAndFifty) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& finestra) {
-    const int colonne = finta.Inizio(static_cast<int>(finta.finestra.colonne.size()));
+    const int colonne = finta.Inizio(static_cast<int>(finta.description.colonne.size()));
     EXPECT_EQ(Lista(finestra).sizeHint().width(), (colonne + 50) / TwipsPerPixelX);
     EXPECT_EQ(Trova<QWidget>(finestra, "picScadenzeBanche").sizeHint().width(), (colonne + 100) / TwipsPerPixelX);
   });
@@ -205,7 +205,7 @@ TEST(ListWindow, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
       finestra.resize(larghezza, 600);
       QCoreApplication::processEvents();
       lista.horizontalScrollBar()->setValue(lista.horizontalScrollBar()->maximum() / 2);
-      for (const TestataElenco& testata : finta.finestra.testate) {
+      for (const TestataElenco& testata : finta.description.testate) {
         auto& widget = Trova<QWidget>(finestra, ("TLwTestata_" + std::to_string(testata.indice)).c_str());
         const QPoint sinistra = lista.viewport()->mapFromGlobal(widget.mapToGlobal(QPoint(0, 0)));
         EXPECT_EQ(sinistra.x(), lista.columnViewportPosition(testata.prima)) << testata.testo;
@@ -305,11 +305,7 @@ TEST(ListWindow, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
 
 TEST(ListWindow, ANormalisedDateOfTheScreenIsShownInTheTopField) {
   FinestraFinta finta(30);
-  const auto clic = finta.finestra.clic;
-  finta.finestra.clic = [&](int alto) {
-    clic(alto);
-    finta.stato.testoScadenza = "01/02/2006";
-  };
+  finta.during["clic"] = [&] { finta.stato.testoScadenza = "01/02/2006"; };
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 0, FinestraFinta::ColonnaSpuntaData);
     EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScadenza").text(), "01/02/2006");
@@ -361,7 +357,7 @@ TEST(ListWindow, EscOverChangesGoesToAnnullaFirst) {
 TEST(ListWindow, GesturesThatArriveInsideAGestureAreDropped) {
   FinestraFinta finta(30);
   Esegui(finta, [&](QDialog& finestra) {
-    finta.allaConferma = [&] { Clicca(Lista(finestra), 3, FinestraFinta::ColonnaSpuntaData); };
+    finta.during["conferma"] = [&] { Clicca(Lista(finestra), 3, FinestraFinta::ColonnaSpuntaData); };
     finta.gesti.clear();
     QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton);
     EXPECT_THAT(finta.gesti, ElementsAre("conferma"));

@@ -19,7 +19,7 @@ using prova::FinestraFinta;
 
 TEST(ListModel, ObeysTheModelContractThroughReloadsAndChanges) {
   FinestraFinta finta(50);
-  ModelloElenco modello(finta.finestra);
+  ModelloElenco modello(finta);
   const QAbstractItemModelTester controllo(&modello, QAbstractItemModelTester::FailureReportingMode::Fatal);
   EXPECT_EQ(modello.rowCount(), 50);
   EXPECT_EQ(modello.columnCount(), 12);
@@ -35,7 +35,7 @@ TEST(ListModel, ObeysTheModelContractThroughReloadsAndChanges) {
 TEST(ListModel, ShowsTextsTicksAndAlignment) {
   FinestraFinta finta(5);
   finta.spunte.insert({2, FinestraFinta::ColonnaSpuntaData});
-  const ModelloElenco modello(finta.finestra);
+  const ModelloElenco modello(finta);
   EXPECT_EQ(modello.index(1, 0).data().toString(), "Oleificio Santa Chiara");
   EXPECT_EQ(modello.index(2, FinestraFinta::ColonnaSpuntaData).data(Qt::CheckStateRole).toInt(), Qt::Checked);
   EXPECT_EQ(modello.index(1, FinestraFinta::ColonnaSpuntaData).data(Qt::CheckStateRole).toInt(), Qt::Unchecked);
@@ -45,7 +45,7 @@ TEST(ListModel, ShowsTextsTicksAndAlignment) {
 
 TEST(ListModel, MarksOnlyTheCellsWhoseNewValueDiffersFromThePresentOne) {
   FinestraFinta finta(10);
-  const ModelloElenco modello(finta.finestra);
+  const ModelloElenco modello(finta);
   EXPECT_TRUE(modello.index(3, FinestraFinta::ColonnaData).data(ModelloElenco::RuoloVariata).toBool());
   EXPECT_FALSE(modello.index(2, FinestraFinta::ColonnaData).data(ModelloElenco::RuoloVariata).toBool());
   EXPECT_FALSE(modello.index(3, 2).data(ModelloElenco::RuoloVariata).toBool());
@@ -53,8 +53,8 @@ TEST(ListModel, MarksOnlyTheCellsWhoseNewValueDiffersFromThePresentOne) {
 
 TEST(ListModel, TellsOfAnErrorWhileReadingInsteadOfThrowingIntoThePainter) {
   FinestraFinta finta(3);
-  finta.finestra.testo = [](std::size_t, int) -> std::string_view { throw std::runtime_error("lettura"); };
-  ModelloElenco modello(finta.finestra);
+  finta.whileReading = [] { throw std::runtime_error("lettura"); };
+  ModelloElenco modello(finta);
   std::exception_ptr errore;
   modello.guasto = [&errore](std::exception_ptr e) { errore = std::move(e); };
   EXPECT_FALSE(modello.index(0, 0).data().isValid());
@@ -63,7 +63,7 @@ TEST(ListModel, TellsOfAnErrorWhileReadingInsteadOfThrowingIntoThePainter) {
 
 TEST(ListModel, AnswersNothingForARowThatTheScreenNoLongerHas) {
   FinestraFinta finta(10);
-  const ModelloElenco modello(finta.finestra);
+  const ModelloElenco modello(finta);
   finta.righe = 4;
   EXPECT_FALSE(modello.index(8, 0).data().isValid());
   EXPECT_TRUE(modello.index(3, 0).data().isValid());
@@ -71,7 +71,7 @@ TEST(ListModel, AnswersNothingForARowThatTheScreenNoLongerHas) {
 
 TEST(ColumnWidths, StretchesOnlyTextAndBankColumnsAndLosesNoPixel) {
   const FinestraFinta finta(1);
-  const MisureColonne misure(finta.finestra.colonne);
+  const MisureColonne misure(finta.description.colonne);
   EXPECT_EQ(misure.Totale(), finta.Inizio(12) / TwipsPerPixelX);
   for (const int disponibili : {misure.Totale() + 1, misure.Totale() + 333, 2 * misure.Totale()}) {
     const std::vector<int> pixel = misure.Pixel(disponibili);
@@ -86,7 +86,7 @@ TEST(ColumnWidths, StretchesOnlyTextAndBankColumnsAndLosesNoPixel) {
 
 TEST(ColumnWidths, BringsAStretchedPositionBackInsideItsNominalColumn) {
   const FinestraFinta finta(1);
-  const MisureColonne misure(finta.finestra.colonne);
+  const MisureColonne misure(finta.description.colonne);
   EXPECT_EQ(misure.Twips(1, 0, 160), 3000);
   EXPECT_EQ(misure.Twips(1, 80, 160), 3600);
   EXPECT_EQ(misure.Twips(1, 159, 160), 4192);

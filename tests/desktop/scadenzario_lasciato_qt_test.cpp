@@ -44,7 +44,7 @@ TEST_F(ItemWindowLeft, SelectAllByItsKeyLeavesTheTopFieldFirstAsAClickDoes) {
   for (const bool conTasto : {false, true}) {
     box.clear();
     form.Svuota();
-    form.Righe.Aggiungi({"31/03/2006", "31/03/2006", "1.250,00", ""});
+    form.Aggiungi("31/03/2006", "31/03/2006", "1.250,00");
     Mostra([&](QDialog& finestra) {
       Premi(finestra, "TextScadenza");
       Scrivi("31/13/06");
@@ -92,7 +92,7 @@ TEST_F(ItemWindowLeft, AClickOnARowThatBringsAMessageUpStillOpensIt) {
     PremiEMolla(finestra, lista.viewport()->mapTo(&finestra, cella));
     EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
-    EXPECT_EQ(form.Stato().data.posto, 2);
+    EXPECT_EQ(form.griglia().Stato().data.posto, 2);
   });
 }
 
@@ -128,7 +128,7 @@ TEST_F(ItemWindowLeft, TheKeysOfConfermaConfirmAtOnceWithoutTheRefusedDate) {
     EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
     EXPECT_THAT(confermate, ElementsAre("Scad"));
     form.Svuota();
-    form.Righe.Aggiungi({"31/03/2006", "31/03/2006", "1.250,00", ""});
+    form.Aggiungi("31/03/2006", "31/03/2006", "1.250,00");
   }
 }
 
@@ -158,7 +158,7 @@ TEST_F(ItemWindowLeft, AClickBelowTheLastRowOnlyLeavesTheEditor) {
       const QRect ultima = lista.visualRect(lista.model()->index(3, colonna));
       QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, ultima.center() + QPoint(0, 2 * ultima.height()));
       EXPECT_EQ(Nuova(0), "15/06/2006");
-      EXPECT_EQ(form.Stato().selezionata, 0);
+      EXPECT_EQ(form.griglia().Stato().selezionata, 0);
       EXPECT_EQ(Spuntate(), 0);
       EXPECT_FALSE(Visibile(finestra, "TextScad"));
     }
@@ -172,7 +172,7 @@ TEST_F(ItemWindowLeft, ADateRefusedOnTheWayToAnotherRowIsSaidOnceAndTheOtherRowO
     Clicca(ListaScad(finestra), 2, ColonnaNuova);
     EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
     EXPECT_EQ(Nuova(0), " ");
-    EXPECT_EQ(form.Stato().selezionata, 2);
+    EXPECT_EQ(form.griglia().Stato().selezionata, 2);
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
   });
 }
@@ -188,7 +188,7 @@ TEST_F(ItemWindowLeft, AMessageInFrontDoesNotCountAsLeavingTheFields) {
     Trova<QWidget>(finestra, "TextScadenza").setFocus();
     Scrivi("1");
     desktop->MostraBox("Avviso", "LumoScad");
-    EXPECT_EQ(form.Stato().testoScadenza, "1");
+    EXPECT_EQ(form.griglia().Stato().testoScadenza, "1");
   });
 }
 
@@ -202,7 +202,7 @@ TEST_F(ItemWindowLeft, LeavingTheEditorWritesItsDate) {
     Scrivi("160606");
     Clicca(ListaScad(finestra), 3, Casella);
     EXPECT_EQ(Nuova(1), "16/06/2006");
-    EXPECT_TRUE(form.Righe.Spuntata(3, 0));
+    EXPECT_TRUE(form.griglia().Righe.Spuntata(3, 0));
     EXPECT_FALSE(Visibile(finestra, "TextScad"));
   });
 }

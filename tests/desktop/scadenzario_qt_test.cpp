@@ -77,7 +77,7 @@ TEST_F(ItemWindow, ItsRowsObeyTheModelContract) {
 TEST_F(ItemWindow, AClickInTheBoxTicksAndDoesNotOpenTheEditor) {
   Mostra([this](QDialog& finestra) {
     Clicca(ListaScad(finestra), 2, Casella);
-    EXPECT_TRUE(form.Righe.Spuntata(2, 0));
+    EXPECT_TRUE(form.griglia().Righe.Spuntata(2, 0));
     EXPECT_EQ(Spuntate(), 1);
     EXPECT_FALSE(Visibile(finestra, "TextScad"));
     EXPECT_EQ(ListaScad(finestra).model()->index(2, Casella).data(Qt::CheckStateRole).toInt(), Qt::Checked);
@@ -123,7 +123,7 @@ TEST_F(ItemWindow, EnterWritesTheDateAndGoesToTheNextRow) {
     EXPECT_EQ(Nuova(0), "15/06/2006");
     EXPECT_FALSE(Visibile(finestra, "TextScad"));
     EXPECT_TRUE(ListaScad(finestra).hasFocus());
-    EXPECT_EQ(form.Stato().selezionata, 1);
+    EXPECT_EQ(form.griglia().Stato().selezionata, 1);
     Tasto(Qt::Key_Return);
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
     EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "");
@@ -326,7 +326,7 @@ TEST_F(ItemWindow, AnEmptyListCanBeShownAndLeft) {
 
 TEST_F(ItemWindow, AnOpenEditorCoversTheScrollBarOfALongList) {
   for (int i = 0; i < 30; ++i) {
-    form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
+    form.Aggiungi("31/07/2006", "", "1,00");
   }
   Mostra([](QDialog& finestra) {
     Clicca(ListaScad(finestra), 2, ColonnaNuova);
@@ -357,7 +357,7 @@ TEST_F(ItemWindow, ComesToTheTopAndGoesBackWhileItIsOpen) {
 
 TEST_F(ItemWindow, AnOpenEditorStopsTheWheel) {
   for (int i = 0; i < 30; ++i) {
-    form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
+    form.Aggiungi("31/07/2006", "", "1,00");
   }
   Mostra([](QDialog& finestra) {
     auto& lista = ListaScad(finestra);

@@ -100,8 +100,8 @@ QWidget& Tendina(QDialog& finestra, const char* nome) {
 TEST_F(Screens, DropTheirBanksDownInTheFontOfTheirList) {
   frmLumoScadenzeBanche banche;
   FormPresunti presunti;
-  banche.griglia().cmbBanche = banche.griglia().cmbBanche2 = {" ", "BANCA ALFA"};
-  presunti.griglia().cmbBanche = presunti.griglia().cmbBanche2 = {" ", "BANCA ALFA"};
+  banche.griglia().cmbBanche.voci = banche.griglia().cmbBanche2.voci = {" ", "BANCA ALFA"};
+  presunti.griglia().cmbBanche.voci = presunti.griglia().cmbBanche2.voci = {" ", "BANCA ALFA"};
   const auto tendine = [](const std::string& carattere) {
     return [carattere](QDialog& finestra) {
       for (const char* nome : {"cmbBanche", "cmbBanche2"}) {
@@ -158,7 +158,7 @@ TEST_F(Screens, OfTheWaitSpeakInMsSansSerif) {
 TEST_F(Screens, OpenAndCloseTheDropDownOfABankBox) {
   frmLumoScadenzeBanche schermata;
   Griglia& griglia = schermata.griglia();
-  griglia.cmbBanche = griglia.cmbBanche2 = {" ", "BANCA ALFA", "BANCA BETA"};
+  griglia.cmbBanche.voci = griglia.cmbBanche2.voci = {" ", "BANCA ALFA", "BANCA BETA"};
   griglia.Righe.Aggiungi({"ROSSI", "2006 1", "31/03/2006", "31/01/2006", "", "100,00", "", "31/03/2006", "1"});
   griglia.ShowComboDropdown("cmbBanche", true); // without a window there is nothing to open
   Mostra(schermata, [&](QDialog& finestra) {

@@ -16,12 +16,12 @@ constexpr int BancaAniene = 3; ///< place in the list of banks, which is in orde
 void Spunta(FinestraElenco& finestra, int riga, int colonna) {
   int sinistra = 0;
   for (int precedente = 0; precedente < colonna; ++precedente) {
-    sinistra += finestra.colonne[static_cast<std::size_t>(precedente)].larghezza;
+    sinistra += finestra.Description().colonne[static_cast<std::size_t>(precedente)].larghezza;
   }
   const int alto = riga * 240;
-  finestra.seleziona(riga);
-  finestra.premeMouse(sinistra + 1, alto + 1);
-  finestra.clic(alto);
+  finestra.Seleziona(riga);
+  finestra.LVScadenze_MouseDown(sinistra + 1, alto + 1);
+  finestra.LVScadenze_Click(alto);
 }
 
 } // namespace
@@ -73,16 +73,16 @@ std::string Guasti::Esegui(const std::string& opzioniDatabase) {
 
 void Guasti::Conferma(const std::function<void()>& primaDiConfermare) {
   desktop.copioni.emplace_back([primaDiConfermare](FinestraElenco& finestra) {
-    ASSERT_EQ(finestra.righe(), 11U);
-    finestra.clicTestata(TestataScadenza);
-    finestra.testoScadenza("15/04/26");
-    finestra.scegliBanca(BancaAniene);
+    ASSERT_EQ(finestra.RowCount(), 11U);
+    finestra.TLwTestata_Click(TestataScadenza);
+    finestra.TextScadenza_Change("15/04/26");
+    finestra.cmbBanche_Click(BancaAniene);
     Spunta(finestra, 1, SpuntaData);
     Spunta(finestra, 4, SpuntaBanca);
     if (primaDiConfermare) {
       primaDiConfermare();
     }
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
 }
 

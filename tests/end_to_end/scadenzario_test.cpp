@@ -38,7 +38,7 @@ class WholeItemWindow : public FinestraIntera {
     s.Esercizio = "2006";
     s.Numero = "15";
     for (const char* scadenza : {"31/03/2006", "30/04/2006"}) {
-      form.Righe.Aggiungi({scadenza, scadenza, "100,00", ""});
+      form.Aggiungi(scadenza, scadenza, "100,00");
     }
   }
 
@@ -59,8 +59,8 @@ class WholeItemWindow : public FinestraIntera {
  private:
   [[nodiscard]] std::vector<RigaScadenze> RigheDellaFinestra() const {
     std::vector<RigaScadenze> righe;
-    for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
-      const auto testo = [&](int colonna) { return std::string(form.Righe.Testo(riga, colonna)); };
+    for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
+      const auto testo = [&](int colonna) { return std::string(form.griglia().Righe.Testo(riga, colonna)); };
       righe.push_back({stato().ContoScadenze, stato().PartitaScadenze, testo(FormLumoScad::Scadenza),
                        testo(FormLumoScad::ScadOrig), testo(FormLumoScad::NuovaScadenza)});
     }

@@ -17,16 +17,14 @@ void DesktopRegistrato::ImpostaPuntatore(Puntatore puntatore) {
 void DesktopRegistrato::MostraElenco(FinestraElenco& finestra) {
   FinestraRegistrata registrata(registro_, finestra);
   registrata.Descrivi();
-  auto mostrata = registrata.Elenco();
-  vero_.MostraElenco(mostrata);
+  vero_.MostraElenco(registrata);
   registro_.Annota("la finestra è chiusa");
 }
 
 void DesktopRegistrato::MostraScadenzario(FinestraScadenzario& finestra) {
-  FinestraRegistrata registrata(registro_, finestra);
+  ScadenzarioRegistrato registrata(registro_, finestra);
   registrata.Descrivi();
-  auto mostrata = registrata.Scadenzario();
-  vero_.MostraScadenzario(mostrata);
+  vero_.MostraScadenzario(registrata);
   registro_.Annota("la finestra è chiusa");
 }
 

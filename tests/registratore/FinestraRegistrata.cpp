@@ -35,63 +35,85 @@ std::string Unite(const std::vector<std::string>& parti, std::string_view separa
 
 } // namespace
 
-FinestraRegistrata::FinestraRegistrata(Registro& registro, const FinestraElenco& vera)
-    : registro_(registro), vera_(vera) {}
-
-FinestraRegistrata::FinestraRegistrata(Registro& registro, const FinestraScadenzario& vera)
-    : registro_(registro), vera_(vera.elenco), scadenzario_(vera) {}
-
-template <typename... Tipi>
-void FinestraRegistrata::Ascolta(std::function<void(Tipi...)>& gesto,
-                                 std::type_identity_t<std::function<std::string(Tipi...)>> nome) {
-  if (gesto) {
-    gesto = [this, vero = gesto, nome](Tipi... valori) { Gesto(nome(valori...), [&] { vero(valori...); }); };
-  }
+void FinestraRegistrata::Seleziona(std::ptrdiff_t riga) {
+  Gesto("seleziona " + Numero(riga), [&] { vera_.Seleziona(riga); });
 }
 
-FinestraElenco FinestraRegistrata::Elenco() {
-  using Testo = std::string_view;
-  const auto fisso = [](const char* nome) { return std::function<std::string()>([nome] { return nome; }); };
-  const auto conNumero = [](const char* nome) {
-    return std::function<std::string(int)>([nome](int valore) { return nome + (" " + Numero(valore)); });
-  };
-  const auto conTesto = [](const char* nome) {
-    return std::function<std::string(Testo)>([nome](Testo testo) { return nome + (" " + Cita(testo)); });
-  };
-  FinestraElenco finestra = vera_;
-  Ascolta<std::ptrdiff_t>(finestra.seleziona, [](std::ptrdiff_t riga) { return "seleziona " + Numero(riga); });
-  Ascolta<int, int>(finestra.premeMouse, [this](int x, int) { return "preme il mouse su " + ColonnaSotto(x); });
-  Ascolta<int>(finestra.clic, conNumero("clic alto"));
-  Ascolta<int>(finestra.clicTestata, conNumero("clic testata"));
-  Ascolta<>(finestra.clicFuori, fisso("clic fuori"));
-  Ascolta<Testo>(finestra.testoEditor, conTesto("scrive nella cella"));
-  Ascolta<int>(finestra.tastoEditor, conNumero("tasto nella cella"));
-  Ascolta<int>(finestra.scegliBancaCella, conNumero("banca nella cella"));
-  Ascolta<>(finestra.perdeFuocoBancaCella, fisso("lascia la banca della cella"));
-  Ascolta<>(finestra.abbandonaEditor, fisso("abbandona l'editor"));
-  Ascolta<Testo>(finestra.testoScadenza, conTesto("scrive in alto"));
-  Ascolta<>(finestra.clicScadenza, fisso("clic sulla data in alto"));
-  Ascolta<int>(finestra.scegliBanca, conNumero("banca in alto"));
-  Ascolta<>(finestra.conferma, fisso("Conferma"));
-  Ascolta<>(finestra.annulla, fisso("Annulla"));
-  Ascolta<>(finestra.chiudi, fisso("chiude la finestra"));
-  return finestra;
+void FinestraRegistrata::LVScadenze_MouseDown(int x, int y) {
+  Gesto("preme il mouse su " + ColonnaSotto(x), [&] { vera_.LVScadenze_MouseDown(x, y); });
 }
 
-FinestraScadenzario FinestraRegistrata::Scadenzario() {
-  FinestraScadenzario finestra = scadenzario_;
-  finestra.elenco = Elenco();
-  Ascolta<std::size_t>(finestra.spunta,
-                       [](std::size_t riga) { return "spunta " + Numero(static_cast<long long>(riga)); });
-  Ascolta<>(finestra.selezionaTutto, [] { return std::string("seleziona tutto"); });
-  Ascolta<>(finestra.perdeFuocoEditor, [] { return std::string("lascia la cella"); });
-  Ascolta<>(finestra.perdeFuocoScadenza, [] { return std::string("lascia la data in alto"); });
-  return finestra;
+void FinestraRegistrata::LVScadenze_Click(int topRiga) {
+  Gesto("clic alto " + Numero(topRiga), [&] { vera_.LVScadenze_Click(topRiga); });
+}
+
+void FinestraRegistrata::LVScadenze_ItemCheck(std::size_t riga) {
+  Gesto("spunta " + Numero(static_cast<long long>(riga)), [&] { vera_.LVScadenze_ItemCheck(riga); });
+}
+
+void FinestraRegistrata::TLwTestata_Click(int indice) {
+  Gesto("clic testata " + Numero(indice), [&] { vera_.TLwTestata_Click(indice); });
+}
+
+void FinestraRegistrata::Form_Click() {
+  Gesto("clic fuori", [&] { vera_.Form_Click(); });
+}
+
+void FinestraRegistrata::TextScad_Change(std::string_view testo) {
+  Gesto("scrive nella cella " + Cita(testo), [&] { vera_.TextScad_Change(testo); });
+}
+
+void FinestraRegistrata::TextScad_KeyPress(int codice) {
+  Gesto("tasto nella cella " + Numero(codice), [&] { vera_.TextScad_KeyPress(codice); });
+}
+
+void FinestraRegistrata::TextScad_LostFocus() {
+  Gesto("lascia la cella", [&] { vera_.TextScad_LostFocus(); });
+}
+
+void FinestraRegistrata::cmbBanche2_Click(int indice) {
+  Gesto("banca nella cella " + Numero(indice), [&] { vera_.cmbBanche2_Click(indice); });
+}
+
+void FinestraRegistrata::cmbBanche2_LostFocus() {
+  Gesto("lascia la banca della cella", [&] { vera_.cmbBanche2_LostFocus(); });
+}
+
+void FinestraRegistrata::AbbandonaEditor() {
+  Gesto("abbandona l'editor", [&] { vera_.AbbandonaEditor(); });
+}
+
+void FinestraRegistrata::TextScadenza_Change(std::string_view testo) {
+  Gesto("scrive in alto " + Cita(testo), [&] { vera_.TextScadenza_Change(testo); });
+}
+
+void FinestraRegistrata::TextScadenza_Click() {
+  Gesto("clic sulla data in alto", [&] { vera_.TextScadenza_Click(); });
+}
+
+void FinestraRegistrata::TextScadenza_LostFocus() {
+  Gesto("lascia la data in alto", [&] { vera_.TextScadenza_LostFocus(); });
+}
+
+void FinestraRegistrata::cmbBanche_Click(int indice) {
+  Gesto("banca in alto " + Numero(indice), [&] { vera_.cmbBanche_Click(indice); });
+}
+
+void FinestraRegistrata::PictureOk_Click() {
+  Gesto("Conferma", [&] { vera_.PictureOk_Click(); });
+}
+
+void FinestraRegistrata::PictureAnnulla_Click() {
+  Gesto("Annulla", [&] { vera_.PictureAnnulla_Click(); });
+}
+
+void FinestraRegistrata::Form_QueryUnload() {
+  Gesto("chiude la finestra", [&] { vera_.Form_QueryUnload(); });
 }
 
 std::string FinestraRegistrata::ColonnaSotto(int x) const {
   int fine = 0;
-  for (const auto& colonna : vera_.colonne) {
+  for (const auto& colonna : vera_.Description().colonne) {
     fine += colonna.larghezza;
     if (x < fine) {
       return colonna.chiave;
@@ -102,15 +124,17 @@ std::string FinestraRegistrata::ColonnaSotto(int x) const {
 
 std::vector<std::string> FinestraRegistrata::Riga(std::size_t riga) const {
   std::vector<std::string> celle;
-  for (int colonna = 0; colonna < static_cast<int>(vera_.colonne.size()); ++colonna) {
-    const bool spunta = vera_.colonne[static_cast<std::size_t>(colonna)].genere == ColonnaElenco::Genere::Spunta;
-    celle.push_back(spunta ? (vera_.spuntata(riga, colonna) ? "[x]" : "[ ]") : std::string(vera_.testo(riga, colonna)));
+  for (int colonna = 0; colonna < static_cast<int>(vera_.Description().colonne.size()); ++colonna) {
+    const bool spunta =
+        vera_.Description().colonne[static_cast<std::size_t>(colonna)].genere == ColonnaElenco::Genere::Spunta;
+    celle.push_back(spunta ? (vera_.Ticked(riga, colonna) ? "[x]" : "[ ]")
+                           : std::string(vera_.CellText(riga, colonna)));
   }
   return celle;
 }
 
 FinestraRegistrata::Aspetto FinestraRegistrata::Guarda() const {
-  const StatoElenco& stato = vera_.stato();
+  const StatoElenco& stato = vera_.Stato();
   Aspetto aspetto;
   aspetto.stato = {"riga selezionata " + Numero(stato.selezionata),
                    "editor della data " + Editor(stato.data),
@@ -121,44 +145,47 @@ FinestraRegistrata::Aspetto FinestraRegistrata::Guarda() const {
                    "barrette nascoste " + SiNo(stato.barretteNascoste),
                    "lista " + Numero(stato.larghezzaLista) + " x " + Numero(stato.altezzaLista),
                    "scaricata " + SiNo(stato.scaricata)};
-  if (scadenzario_.stato) {
-    const StatoScadenzario& suo = scadenzario_.stato();
+  if (item_ != nullptr) {
+    const StatoScadenzario& suo = item_->Stato();
     aspetto.stato.push_back("PicSelezionaTutto " + Cita(suo.selezionaTutto));
     aspetto.stato.push_back("descrizione visibile " + SiNo(suo.descrizioneVisibile));
     aspetto.stato.push_back("primo piano " + SiNo(suo.primoPiano));
   }
-  for (std::size_t riga = 0; riga < vera_.righe(); ++riga) {
+  for (std::size_t riga = 0; riga < vera_.RowCount(); ++riga) {
     aspetto.righe.push_back(Unite(Riga(riga), "|"));
   }
   return aspetto;
 }
 
 void FinestraRegistrata::Descrivi() {
-  std::vector<std::string> testo{"finestra " + vera_.nome + " " + Cita(vera_.titolo) + " lista " + vera_.nomeLista +
-                                 " carattere " + Cita(vera_.carattere) + " righe senza scorrere " +
-                                 Numero(vera_.righeSenzaScorrere)};
-  for (const auto& colonna : vera_.colonne) {
+  std::vector<std::string> testo{"finestra " + vera_.Description().nome + " " + Cita(vera_.Description().titolo) +
+                                 " lista " + vera_.Description().nomeLista + " carattere " +
+                                 Cita(vera_.Description().carattere) + " righe senza scorrere " +
+                                 Numero(vera_.Description().righeSenzaScorrere)};
+  for (const auto& colonna : vera_.Description().colonne) {
     testo.push_back("  colonna " + colonna.chiave + " " + Cita(colonna.intestazione) + " larga " +
                     Numero(colonna.larghezza) + " genere " + Numero(static_cast<int>(colonna.genere)) + " attuale " +
                     Numero(colonna.attuale));
   }
-  for (const auto& testata : vera_.testate) {
+  for (const auto& testata : vera_.Description().testate) {
     testo.push_back("  testata " + Numero(testata.indice) + " " + Cita(testata.testo) + " colonne " +
                     Numero(testata.prima) + "-" + Numero(testata.ultima) + " sinistra " + Numero(testata.sinistra) +
                     " larga " + Numero(testata.larghezza) + (testata.ordina ? " ordina" : ""));
   }
-  for (const auto& etichetta : vera_.etichette) {
+  for (const auto& etichetta : vera_.Description().etichette) {
     testo.push_back("  etichetta " + etichetta.nome + " " + Cita(etichetta.testo));
   }
-  for (const auto& riga : scadenzario_.descrizione) {
+  for (const auto& riga : item_ != nullptr ? item_->Description().descrizione : std::vector<RigaDescrizione>()) {
     testo.push_back("  descrizione " + riga.didascalia.nome + " " + Cita(riga.didascalia.testo) + " " +
                     riga.valore.nome + " " + Cita(riga.valore.testo));
   }
-  testo.push_back("  campo della data " + (vera_.campoData ? Cita(*vera_.campoData) : "assente") + ", della banca " +
-                  (vera_.campoBanca ? Cita(*vera_.campoBanca) : "assente"));
-  testo.push_back("  banche " + Unite(vera_.banche, "|"));
-  testo.push_back("  banche della cella " +
-                  (vera_.bancheCella == vera_.banche ? "le stesse" : Unite(vera_.bancheCella, "|")));
+  testo.push_back(
+      "  campo della data " + (vera_.Description().campoData ? Cita(*vera_.Description().campoData) : "assente") +
+      ", della banca " + (vera_.Description().campoBanca ? Cita(*vera_.Description().campoBanca) : "assente"));
+  testo.push_back("  banche " + Unite(vera_.Description().banche, "|"));
+  testo.push_back("  banche della cella " + (vera_.Description().bancheCella == vera_.Description().banche
+                                                 ? "le stesse"
+                                                 : Unite(vera_.Description().bancheCella, "|")));
   registro_.AnnotaUnaVolta(testo);
   const Aspetto aspetto = Guarda();
   registro_.Annota("  stato " + Unite(aspetto.stato, ", "));

@@ -4,28 +4,56 @@
 
 #include "platform/Desktop.hpp"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace lumoscad::prova {
 
-/// A list window whose gestures are written into a record on their way to the screen, each with what it changed. The
-/// screen's own window must stay where it is.
-class FinestraRegistrata {
+/// A list window whose gestures are written into a record on their way to the screen, each with what it changed.
+class FinestraRegistrata final : public FinestraElenco {
  public:
-  FinestraRegistrata(Registro& registro, const FinestraElenco& vera);
-  FinestraRegistrata(Registro& registro, const FinestraScadenzario& vera);
+  /// `item` is the single-item window around the list, null for a plain list.
+  FinestraRegistrata(Registro& registro, FinestraElenco& vera, const FinestraScadenzario* item = nullptr)
+      : registro_(registro), vera_(vera), item_(item) {}
   FinestraRegistrata(const FinestraRegistrata&) = delete;
   FinestraRegistrata& operator=(const FinestraRegistrata&) = delete;
 
-  /// What the desktop is to show.
-  [[nodiscard]] FinestraElenco Elenco();
-  [[nodiscard]] FinestraScadenzario Scadenzario();
   /// The window as it opens.
   void Descrivi();
+  void Gesto(const std::string& quale, const std::function<void()>& azione);
+
+  [[nodiscard]] const ListDescription& Description() const override { return vera_.Description(); }
+  [[nodiscard]] const StatoElenco& Stato() const override { return vera_.Stato(); }
+  [[nodiscard]] std::size_t RowCount() const override { return vera_.RowCount(); }
+  [[nodiscard]] std::string_view CellText(std::size_t riga, int colonna) const override {
+    return vera_.CellText(riga, colonna);
+  }
+  [[nodiscard]] bool Ticked(std::size_t riga, int colonna) const override { return vera_.Ticked(riga, colonna); }
+  void SetDropDown(DropDown dropDown) override { vera_.SetDropDown(std::move(dropDown)); }
+
+  void Seleziona(std::ptrdiff_t riga) override;
+  void LVScadenze_MouseDown(int x, int y) override;
+  void LVScadenze_Click(int topRiga) override;
+  void LVScadenze_ItemCheck(std::size_t riga) override;
+  void TLwTestata_Click(int indice) override;
+  void Form_Click() override;
+  void TextScad_Change(std::string_view testo) override;
+  void TextScad_KeyPress(int codice) override;
+  void TextScad_LostFocus() override;
+  void cmbBanche2_Click(int indice) override;
+  void cmbBanche2_LostFocus() override;
+  void AbbandonaEditor() override;
+  void TextScadenza_Change(std::string_view testo) override;
+  void TextScadenza_Click() override;
+  void TextScadenza_LostFocus() override;
+  void cmbBanche_Click(int indice) override;
+  void PictureOk_Click() override;
+  void PictureAnnulla_Click() override;
+  void Form_QueryUnload() override;
 
  private:
   struct Aspetto {
@@ -37,14 +65,33 @@ class FinestraRegistrata {
   [[nodiscard]] Aspetto Guarda() const;
   void DescriviRighe(const std::vector<std::string>& righe);
   void Differenze(const Aspetto& prima, const Aspetto& dopo);
-  void Gesto(const std::string& quale, const std::function<void()>& azione);
   [[nodiscard]] std::string ColonnaSotto(int x) const;
-  template <typename... Tipi>
-  void Ascolta(std::function<void(Tipi...)>& gesto, std::type_identity_t<std::function<std::string(Tipi...)>> nome);
 
   Registro& registro_;
-  FinestraElenco vera_;
-  FinestraScadenzario scadenzario_; ///< empty for a plain list
+  FinestraElenco& vera_;
+  const FinestraScadenzario* item_;
+};
+
+/// The same for the single-item window.
+class ScadenzarioRegistrato final : public FinestraScadenzario {
+ public:
+  ScadenzarioRegistrato(Registro& registro, FinestraScadenzario& vera)
+      : vera_(vera), elenco_(registro, vera.Elenco(), &vera) {}
+
+  void Descrivi() { elenco_.Descrivi(); }
+  [[nodiscard]] FinestraElenco& Elenco() override { return elenco_; }
+  [[nodiscard]] const ItemDescription& Description() const override { return vera_.Description(); }
+  [[nodiscard]] const StatoScadenzario& Stato() const override { return vera_.Stato(); }
+  void PicSelezionaTutto_Click() override {
+    elenco_.Gesto("seleziona tutto", [this] { vera_.PicSelezionaTutto_Click(); });
+  }
+  void PictureOk_Click() override {
+    elenco_.Gesto("Conferma", [this] { vera_.PictureOk_Click(); });
+  }
+
+ private:
+  FinestraScadenzario& vera_;
+  FinestraRegistrata elenco_;
 };
 
 } // namespace lumoscad::prova

@@ -7,14 +7,12 @@ namespace lumoscad::prova {
 void PersonaAllaLista::Clicca(std::size_t riga, std::string_view colonna) const {
   constexpr int AltezzaRiga = 240;
   int sinistra = 0;
-  for (const auto& altra : finestra_.colonne) {
+  for (const auto& altra : finestra_.Description().colonne) {
     if (altra.chiave == colonna) {
       const int alto = static_cast<int>(riga) * AltezzaRiga;
-      finestra_.seleziona(static_cast<std::ptrdiff_t>(riga));
-      if (finestra_.premeMouse) {
-        finestra_.premeMouse(sinistra + 1, alto + 1);
-      }
-      finestra_.clic(alto);
+      finestra_.Seleziona(static_cast<std::ptrdiff_t>(riga));
+      finestra_.LVScadenze_MouseDown(sinistra + 1, alto + 1);
+      finestra_.LVScadenze_Click(alto);
       return;
     }
     sinistra += altra.larghezza;
@@ -25,14 +23,14 @@ void PersonaAllaLista::Clicca(std::size_t riga, std::string_view colonna) const 
 void PersonaAllaLista::ScriviData(std::size_t riga, std::string_view testo) const {
   constexpr int Invio = 13;
   Clicca(riga, "KNuovaScadenza");
-  finestra_.testoEditor(testo);
-  finestra_.tastoEditor(Invio);
+  finestra_.TextScad_Change(testo);
+  finestra_.TextScad_KeyPress(Invio);
 }
 
 void PersonaAllaLista::ScegliBanca(std::size_t riga, int indice) const {
   Clicca(riga, "KNuovaBanca");
-  finestra_.scegliBancaCella(indice);
-  finestra_.perdeFuocoBancaCella();
+  finestra_.cmbBanche2_Click(indice);
+  finestra_.cmbBanche2_LostFocus();
 }
 
 } // namespace lumoscad::prova

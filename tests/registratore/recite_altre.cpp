@@ -21,11 +21,11 @@ const char* const EventiDelConto =
 /// A new date for one instalment.
 void Cambia(Scena& scena) {
   scena.Recita([](FinestraElenco& finestra) {
-    finestra.clicTestata(Scadenza);
-    if (finestra.righe() > 1) {
+    finestra.TLwTestata_Click(Scadenza);
+    if (finestra.RowCount() > 1) {
       PersonaAllaLista(finestra).ScriviData(1, "150426");
     }
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   scena.Esegui(Crediti);
 }
@@ -65,7 +65,7 @@ std::vector<Scenetta> Chiamate() {
                  scena.Annota("  chiamata dentro la chiamata " + Cita(comando) + ": " + Cita(risultato));
                }
                PersonaAllaLista(finestra).ScriviData(1, "150426");
-               finestra.conferma();
+               finestra.PictureOk_Click();
              });
              scena.Esegui(Crediti);
            }},
@@ -126,7 +126,7 @@ std::vector<Scenetta> Dati() {
          scena.Altrove(std::string("UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL ") + EventiDelConto);
          scena.Recita([](FinestraElenco& finestra) {
            PersonaAllaLista(finestra).ScriviData(1, "150426");
-           finestra.conferma();
+           finestra.PictureOk_Click();
          });
          scena.Esegui("-T BANCA /CREDITI -C 20100023");
        }},

@@ -20,7 +20,7 @@ using Gesti = std::function<void(FinestraElenco&, const PersonaAllaLista&)>;
 Scenetta Gioca(std::string titolo, Gesti gesti, std::string comando = Comando) {
   return {std::move(titolo), [gesti = std::move(gesti), comando = std::move(comando)](Scena& scena) {
             scena.Recita([gesti](FinestraElenco& finestra) {
-              finestra.clicTestata(Scadenza);
+              finestra.TLwTestata_Click(Scadenza);
               gesti(finestra, PersonaAllaLista(finestra));
             });
             scena.Esegui(comando);
@@ -29,23 +29,23 @@ Scenetta Gioca(std::string titolo, Gesti gesti, std::string comando = Comando) {
 
 std::vector<Scenetta> Uscite() {
   return {
-      Gioca("crediti, chiusa", [](auto& finestra, const auto&) { finestra.chiudi(); }),
+      Gioca("crediti, chiusa", [](auto& finestra, const auto&) { finestra.Form_QueryUnload(); }),
       Gioca("crediti, annullata dopo un cambio",
             [](auto& finestra, const auto& persona) {
               persona.ScriviData(1, "15/04/26");
-              finestra.annulla();
+              finestra.PictureAnnulla_Click();
             }),
       Gioca("crediti, chiusa dopo un cambio",
             [](auto& finestra, const auto& persona) {
               persona.ScegliBanca(1, 2);
-              finestra.chiudi();
+              finestra.Form_QueryUnload();
             }),
-      Gioca("crediti, confermata senza cambi", [](auto& finestra, const auto&) { finestra.conferma(); }),
+      Gioca("crediti, confermata senza cambi", [](auto& finestra, const auto&) { finestra.PictureOk_Click(); }),
       Gioca("crediti, la stessa data e la stessa banca non sono un cambio", [](auto& finestra, const auto& persona) {
-        persona.ScriviData(0, std::string(finestra.testo(0, 2)));
+        persona.ScriviData(0, std::string(finestra.CellText(0, 2)));
         persona.Clicca(1, "KNuovaBanca");
-        finestra.perdeFuocoBancaCella();
-        finestra.conferma();
+        finestra.cmbBanche2_LostFocus();
+        finestra.PictureOk_Click();
       })};
 }
 
@@ -54,13 +54,13 @@ std::vector<Scenetta> Cambi() {
       Gioca("crediti, una data nella cella",
             [](auto& finestra, const auto& persona) {
               persona.ScriviData(1, "150426");
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, una data nella cella ancora aperta",
             [](auto& finestra, const auto& persona) {
               persona.Clicca(1, "KNuovaScadenza");
-              finestra.testoEditor("15/4/2026");
-              finestra.conferma();
+              finestra.TextScad_Change("15/4/2026");
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, date che non vanno",
             [](auto& finestra, const auto& persona) {
@@ -68,19 +68,19 @@ std::vector<Scenetta> Cambi() {
               persona.ScriviData(1, "domani");
               persona.ScriviData(2, "");
               persona.ScriviData(3, " ");
-              finestra.testoScadenza("32/01/26");
+              finestra.TextScadenza_Change("32/01/26");
               persona.Clicca(4, "KRadio1");
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, una banca nella cella",
             [](auto& finestra, const auto& persona) {
               persona.ScegliBanca(2, 3);
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, date e banche dai campi in alto",
             [](auto& finestra, const auto& persona) {
-              finestra.testoScadenza("15/04/26");
-              finestra.scegliBanca(3);
+              finestra.TextScadenza_Change("15/04/26");
+              finestra.cmbBanche_Click(3);
               persona.Clicca(1, "KRadio1");
               persona.Clicca(4, "KRadio2");
               persona.Clicca(5, "KRadio1");
@@ -89,60 +89,60 @@ std::vector<Scenetta> Cambi() {
               persona.Clicca(6, "KRadio1");
               persona.Clicca(7, "KRadio2");
               persona.Clicca(7, "KRadio2");
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, un nuovo campo in alto toglie le spunte",
             [](auto& finestra, const auto& persona) {
-              finestra.testoScadenza("15/04/26");
-              finestra.scegliBanca(3);
+              finestra.TextScadenza_Change("15/04/26");
+              finestra.cmbBanche_Click(3);
               persona.Clicca(1, "KRadio1");
               persona.Clicca(2, "KRadio2");
-              finestra.clicScadenza();
-              finestra.scegliBanca(4);
-              finestra.conferma();
+              finestra.TextScadenza_Click();
+              finestra.cmbBanche_Click(4);
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, banche tolte",
             [](auto& finestra, const auto& persona) {
-              for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
+              for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
                 persona.Clicca(riga, "KRadio2");
               }
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, una banca tolta nella cella",
             [](auto& finestra, const auto& persona) {
               for (std::size_t riga = 0; riga < 4; ++riga) {
                 persona.ScegliBanca(riga, 0);
               }
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, un editor abbandonato e uno lasciato con Tab",
             [](auto& finestra, const auto& persona) {
               persona.Clicca(1, "KNuovaScadenza");
-              finestra.testoEditor("150426");
-              finestra.abbandonaEditor();
+              finestra.TextScad_Change("150426");
+              finestra.AbbandonaEditor();
               persona.Clicca(2, "KNuovaBanca");
-              finestra.scegliBancaCella(2);
-              finestra.abbandonaEditor();
+              finestra.cmbBanche2_Click(2);
+              finestra.AbbandonaEditor();
               persona.Clicca(3, "KNuovaScadenza");
-              finestra.testoEditor("150426");
-              finestra.tastoEditor(9);
-              finestra.conferma();
+              finestra.TextScad_Change("150426");
+              finestra.TextScad_KeyPress(9);
+              finestra.PictureOk_Click();
             }),
       Gioca("crediti, un editor aperto mentre si clicca altrove",
             [](auto& finestra, const auto& persona) {
-              finestra.testoScadenza("150426");
+              finestra.TextScadenza_Change("150426");
               persona.Clicca(1, "KNuovaScadenza");
-              finestra.testoEditor("200426");
+              finestra.TextScad_Change("200426");
               persona.Clicca(3, "KRadio1");
-              finestra.clicTestata(Scadenza);
-              finestra.clicFuori();
+              finestra.TLwTestata_Click(Scadenza);
+              finestra.Form_Click();
               persona.Clicca(2, "KNuovaBanca");
-              finestra.scegliBancaCella(1);
-              finestra.clicFuori();
+              finestra.cmbBanche2_Click(1);
+              finestra.Form_Click();
               persona.Clicca(4, "KNuovaScadenza");
-              finestra.testoEditor("210426");
+              finestra.TextScad_Change("210426");
               persona.Clicca(5, "KPartita");
-              finestra.conferma();
+              finestra.PictureOk_Click();
             }),
   };
 }
@@ -152,8 +152,8 @@ std::vector<Scenetta> Altre() {
       Gioca("crediti, ogni testata due volte",
             [](auto& finestra, const auto&) {
               for (const int testata : {Conto, Partita, ScadOrig, Importo, Scadenza, Banca}) {
-                finestra.clicTestata(testata);
-                finestra.clicTestata(testata);
+                finestra.TLwTestata_Click(testata);
+                finestra.TLwTestata_Click(testata);
               }
             }),
       Gioca(
@@ -162,7 +162,7 @@ std::vector<Scenetta> Altre() {
             persona.ScriviData(0, "150426");
             persona.ScegliBanca(0, 1);
             persona.ScegliBanca(1, 2);
-            finestra.conferma();
+            finestra.PictureOk_Click();
           },
           "-T BANCA /DEBITI -C 40100004"),
       {"crediti e debiti in una riga",
@@ -170,7 +170,7 @@ std::vector<Scenetta> Altre() {
          for (int volta = 0; volta < 2; ++volta) {
            scena.Recita([](FinestraElenco& finestra) {
              PersonaAllaLista(finestra).ScriviData(0, "150426");
-             finestra.conferma();
+             finestra.PictureOk_Click();
            });
          }
          scena.Esegui("-T BANCA /CREDITI /DEBITI -M 032026");
@@ -180,7 +180,7 @@ std::vector<Scenetta> Altre() {
          for (const char* data : {"150426", "160426"}) {
            scena.Recita([data](FinestraElenco& finestra) {
              PersonaAllaLista(finestra).ScriviData(0, data);
-             finestra.conferma();
+             finestra.PictureOk_Click();
            });
            scena.Esegui(Comando);
          }

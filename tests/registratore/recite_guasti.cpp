@@ -30,13 +30,13 @@ using Prima = std::function<void(Scena&)>;
 void Cambia(Scena& scena, const Prima& prima = nullptr) {
   scena.Recita([&scena, prima](FinestraElenco& finestra) {
     const PersonaAllaLista persona(finestra);
-    finestra.clicTestata(Scadenza);
+    finestra.TLwTestata_Click(Scadenza);
     persona.ScriviData(1, "150426");
     persona.ScegliBanca(4, 3);
     if (prima) {
       prima(scena);
     }
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   scena.Esegui(Crediti);
 }
@@ -47,7 +47,7 @@ void CambiaPresunti(Scena& scena, const Prima& prima = nullptr) {
     if (prima) {
       prima(scena);
     }
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   scena.Esegui(Presunti);
 }
@@ -58,7 +58,7 @@ void CambiaConsegna(Scena& scena, const Prima& prima = nullptr) {
     if (prima) {
       prima(scena);
     }
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   scena.Esegui(Consegna);
 }

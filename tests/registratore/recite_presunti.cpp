@@ -11,7 +11,7 @@ using Gesti = std::function<void(FinestraElenco&, const PersonaAllaLista&)>;
 constexpr int Ordine = 2;
 
 std::string NomeOrdine(FinestraElenco& finestra) {
-  for (const auto& testata : finestra.testate) {
+  for (const auto& testata : finestra.Description().testate) {
     if (testata.testo == "Ordine") {
       return std::to_string(testata.indice);
     }
@@ -23,7 +23,7 @@ std::string NomeOrdine(FinestraElenco& finestra) {
 Scenetta Gioca(const std::string& tipo, std::string titolo, Gesti gesti) {
   return {tipo + " " + titolo, [tipo, gesti = std::move(gesti)](Scena& scena) {
             scena.Recita([gesti](FinestraElenco& finestra) {
-              finestra.clicTestata(std::stoi(NomeOrdine(finestra)));
+              finestra.TLwTestata_Click(std::stoi(NomeOrdine(finestra)));
               gesti(finestra, PersonaAllaLista(finestra));
             });
             scena.Esegui("-T " + tipo + " /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE");
@@ -31,13 +31,13 @@ Scenetta Gioca(const std::string& tipo, std::string titolo, Gesti gesti) {
 }
 
 std::vector<Scenetta> Comuni(const std::string& tipo) {
-  return {Gioca(tipo, "chiusa", [](auto& finestra, const auto&) { finestra.chiudi(); }),
-          Gioca(tipo, "annullata", [](auto& finestra, const auto&) { finestra.annulla(); }),
-          Gioca(tipo, "confermata senza cambi", [](auto& finestra, const auto&) { finestra.conferma(); }),
+  return {Gioca(tipo, "chiusa", [](auto& finestra, const auto&) { finestra.Form_QueryUnload(); }),
+          Gioca(tipo, "annullata", [](auto& finestra, const auto&) { finestra.PictureAnnulla_Click(); }),
+          Gioca(tipo, "confermata senza cambi", [](auto& finestra, const auto&) { finestra.PictureOk_Click(); }),
           Gioca(tipo, "ogni testata due volte", [](auto& finestra, const auto&) {
-            for (const auto& testata : finestra.testate) {
-              finestra.clicTestata(testata.indice);
-              finestra.clicTestata(testata.indice);
+            for (const auto& testata : finestra.Description().testate) {
+              finestra.TLwTestata_Click(testata.indice);
+              finestra.TLwTestata_Click(testata.indice);
             }
           })};
 }
@@ -47,27 +47,27 @@ std::vector<Scenetta> Banche() {
                 [](auto& finestra, const auto& persona) {
                   persona.ScegliBanca(0, 2);
                   persona.ScegliBanca(4, 3);
-                  finestra.conferma();
+                  finestra.PictureOk_Click();
                 }),
           Gioca("BANCA", "dal campo in alto, con spunte messe e tolte",
                 [](auto& finestra, const auto& persona) {
-                  finestra.scegliBanca(4);
+                  finestra.cmbBanche_Click(4);
                   persona.Clicca(0, "Kradio");
                   persona.Clicca(3, "Kradio");
                   persona.Clicca(3, "Kradio");
                   persona.Clicca(6, "Kradio");
-                  finestra.conferma();
+                  finestra.PictureOk_Click();
                 }),
           Gioca("BANCA", "banche tolte",
                 [](auto& finestra, const auto& persona) {
-                  for (std::size_t riga = 0; riga < finestra.righe(); ++riga) {
+                  for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
                     persona.ScegliBanca(riga, 0);
                   }
-                  finestra.conferma();
+                  finestra.PictureOk_Click();
                 }),
           Gioca("BANCA", "annullata dopo un cambio", [](auto& finestra, const auto& persona) {
             persona.ScegliBanca(0, 2);
-            finestra.annulla();
+            finestra.PictureAnnulla_Click();
           })};
 }
 
@@ -78,32 +78,32 @@ std::vector<Scenetta> Consegne() {
                   persona.ScriviData(1, "270526");
                   persona.ScriviData(2, "31/02/26");
                   persona.ScriviData(3, "");
-                  finestra.conferma();
+                  finestra.PictureOk_Click();
                 }),
           Gioca("CONSEGNA", "dal campo in alto, con una cella aperta",
                 [](auto& finestra, const auto& persona) {
-                  finestra.testoScadenza("20/05/26");
+                  finestra.TextScadenza_Change("20/05/26");
                   persona.Clicca(0, "Kradio");
                   persona.Clicca(1, "Kradio");
                   persona.Clicca(1, "Kradio");
                   persona.Clicca(5, "KNuovaScadenza");
-                  finestra.testoEditor("010626");
+                  finestra.TextScad_Change("010626");
                   persona.Clicca(6, "Kradio");
-                  finestra.clicTestata(1);
-                  finestra.conferma();
+                  finestra.TLwTestata_Click(1);
+                  finestra.PictureOk_Click();
                 }),
           Gioca("CONSEGNA", "annullata dopo un cambio",
                 [](auto& finestra, const auto& persona) {
                   persona.ScriviData(0, "20/05/26");
-                  finestra.annulla();
+                  finestra.PictureAnnulla_Click();
                 }),
           Gioca("CONSEGNA", "un nuovo campo in alto toglie le spunte", [](auto& finestra, const auto& persona) {
-            finestra.testoScadenza("20/05/26");
+            finestra.TextScadenza_Change("20/05/26");
             persona.Clicca(0, "Kradio");
-            finestra.clicScadenza();
-            finestra.testoScadenza("");
+            finestra.TextScadenza_Click();
+            finestra.TextScadenza_Change("");
             persona.Clicca(1, "Kradio");
-            finestra.conferma();
+            finestra.PictureOk_Click();
           })};
 }
 

@@ -13,8 +13,8 @@ using Gesti = std::function<void(FinestraScadenzario&)>;
 
 std::vector<RigaScadenze> RigheDellaFinestra(const FormLumoScad& form) {
   std::vector<RigaScadenze> righe;
-  for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
-    const auto testo = [&](int colonna) { return std::string(form.Righe.Testo(riga, colonna)); };
+  for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
+    const auto testo = [&](int colonna) { return std::string(form.griglia().Righe.Testo(riga, colonna)); };
     righe.push_back({stato().ContoScadenze, stato().PartitaScadenze, testo(FormLumoScad::Scadenza),
                      testo(FormLumoScad::ScadOrig), testo(FormLumoScad::NuovaScadenza)});
   }
@@ -33,10 +33,10 @@ Scenetta Gioca(const std::string& modo, const std::string& titolo, Gesti gesti) 
 
 void Scrivi(FinestraScadenzario& finestra, int riga, const char* data) {
   constexpr int Invio = 13;
-  finestra.elenco.seleziona(riga);
-  finestra.elenco.clic(riga * 240);
-  finestra.elenco.testoEditor(data);
-  finestra.elenco.tastoEditor(Invio);
+  finestra.Elenco().Seleziona(riga);
+  finestra.Elenco().LVScadenze_Click(riga * 240);
+  finestra.Elenco().TextScad_Change(data);
+  finestra.Elenco().TextScad_KeyPress(Invio);
 }
 
 } // namespace
@@ -62,7 +62,7 @@ void ApriScadenzario(Scena& scena, const std::string& modo) {
   form.LabelDescPartita = "AB   123";
   form.LabelDescCliFor = "Cliente della partita";
   for (const char* scadenza : {"31/03/2006", "30/04/2006", "31/05/2006"}) {
-    form.Righe.Aggiungi({scadenza, scadenza, "100,00", ""});
+    form.Aggiungi(scadenza, scadenza, "100,00");
   }
   scena.Registra("scadenzario " + modo,
                  [&] { return modo == "Scad" ? form.VisualizzaScad() : form.VisualizzaExtra(); });
@@ -71,61 +71,61 @@ void ApriScadenzario(Scena& scena, const std::string& modo) {
 std::vector<Scenetta> ReciteScadenzario() {
   std::vector<Scenetta> tutte;
   for (const char* modo : {"Scad", "Extra"}) {
-    tutte.push_back(Gioca(modo, "chiuso", [](auto& finestra) { finestra.elenco.chiudi(); }));
+    tutte.push_back(Gioca(modo, "chiuso", [](auto& finestra) { finestra.Elenco().Form_QueryUnload(); }));
     tutte.push_back(Gioca(modo, "annullato", [](auto& finestra) {
       Scrivi(finestra, 0, "150606");
-      finestra.elenco.annulla();
+      finestra.Elenco().PictureAnnulla_Click();
     }));
-    tutte.push_back(Gioca(modo, "confermato senza cambi", [](auto& finestra) { finestra.elenco.conferma(); }));
+    tutte.push_back(Gioca(modo, "confermato senza cambi", [](auto& finestra) { finestra.PictureOk_Click(); }));
     tutte.push_back(Gioca(modo, "date nelle celle", [](auto& finestra) {
       Scrivi(finestra, 0, "150606");
       Scrivi(finestra, 1, "31/02/06");
-      finestra.elenco.seleziona(1);
-      finestra.elenco.clic(240);
-      finestra.elenco.testoEditor("20/07/06");
-      finestra.elenco.conferma();
+      finestra.Elenco().Seleziona(1);
+      finestra.Elenco().LVScadenze_Click(240);
+      finestra.Elenco().TextScad_Change("20/07/06");
+      finestra.PictureOk_Click();
     }));
     tutte.push_back(Gioca(modo, "la data in alto con le spunte", [](auto& finestra) {
-      finestra.elenco.testoScadenza("300906");
-      finestra.perdeFuocoScadenza();
-      finestra.spunta(1);
-      finestra.elenco.clic(240);
-      finestra.spunta(0);
-      finestra.spunta(0);
-      finestra.elenco.conferma();
+      finestra.Elenco().TextScadenza_Change("300906");
+      finestra.Elenco().TextScadenza_LostFocus();
+      finestra.Elenco().LVScadenze_ItemCheck(1);
+      finestra.Elenco().LVScadenze_Click(240);
+      finestra.Elenco().LVScadenze_ItemCheck(0);
+      finestra.Elenco().LVScadenze_ItemCheck(0);
+      finestra.PictureOk_Click();
     }));
     tutte.push_back(Gioca(modo, "seleziona tutto", [](auto& finestra) {
-      finestra.selezionaTutto();
-      finestra.elenco.testoScadenza("domani");
-      finestra.perdeFuocoScadenza();
-      finestra.selezionaTutto();
-      finestra.elenco.testoScadenza("300906");
-      finestra.perdeFuocoScadenza();
-      finestra.selezionaTutto();
-      finestra.selezionaTutto();
-      finestra.elenco.conferma();
+      finestra.PicSelezionaTutto_Click();
+      finestra.Elenco().TextScadenza_Change("domani");
+      finestra.Elenco().TextScadenza_LostFocus();
+      finestra.PicSelezionaTutto_Click();
+      finestra.Elenco().TextScadenza_Change("300906");
+      finestra.Elenco().TextScadenza_LostFocus();
+      finestra.PicSelezionaTutto_Click();
+      finestra.PicSelezionaTutto_Click();
+      finestra.PictureOk_Click();
     }));
   }
   tutte.push_back({"scadenzario dopo un comando dimostrativo", [](Scena& scena) {
                      scena.Esegui("-T PRESUNTO /A -DEMO");
                      Apri(scena, "Scad", [](auto& finestra) {
                        Scrivi(finestra, 0, "150606");
-                       finestra.elenco.conferma();
+                       finestra.PictureOk_Click();
                      });
-                     Apri(scena, "Extra", [](auto& finestra) { finestra.elenco.conferma(); });
+                     Apri(scena, "Extra", [](auto& finestra) { finestra.PictureOk_Click(); });
                    }});
   tutte.push_back({"scadenzario, rifiutato dall'host", [](Scena& scena) {
                      lumoscad::prova::Scrivi(scena.demo.Host() / "conti_bloccati", "20100001\n");
                      Apri(scena, "Scad", [](auto& finestra) {
                        Scrivi(finestra, 0, "150606");
-                       finestra.elenco.conferma();
+                       finestra.PictureOk_Click();
                      });
                    }});
   tutte.push_back({"scadenzario, una risposta che è una partita", [](Scena& scena) {
                      scena.Programma(R"(printf '<PARTITA><SCADENZA><DATA>20060615</DATA></SCADENZA></PARTITA>')");
                      Apri(scena, "Scad", [](auto& finestra) {
                        Scrivi(finestra, 0, "150606");
-                       finestra.elenco.conferma();
+                       finestra.PictureOk_Click();
                      });
                    }});
   return tutte;

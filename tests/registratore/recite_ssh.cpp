@@ -14,7 +14,7 @@ constexpr const char* Sospeso = "-T SOSPESO /A -C 20100001 -P AB   123";
 void Cambia(Scena& scena) {
   scena.Recita([](FinestraElenco& finestra) {
     PersonaAllaLista(finestra).ScriviData(1, "150426");
-    finestra.conferma();
+    finestra.PictureOk_Click();
   });
   scena.Esegui(Crediti);
 }
@@ -43,7 +43,7 @@ std::vector<Scenetta> ReciteSsh() {
                const PersonaAllaLista persona(finestra);
                persona.ScriviData(1, "150426");
                persona.ScegliBanca(3, 2);
-               finestra.conferma();
+               finestra.PictureOk_Click();
              });
              scena.Esegui(Crediti);
            }},
@@ -51,12 +51,12 @@ std::vector<Scenetta> ReciteSsh() {
            [](Scena& scena) {
              scena.Recita([](FinestraElenco& finestra) {
                PersonaAllaLista(finestra).ScegliBanca(0, 2);
-               finestra.conferma();
+               finestra.PictureOk_Click();
              });
              scena.Esegui("-T BANCA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE");
              scena.Recita([](FinestraElenco& finestra) {
                PersonaAllaLista(finestra).ScriviData(0, "200526");
-               finestra.conferma();
+               finestra.PictureOk_Click();
              });
              scena.Esegui("-T CONSEGNA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE");
            }},

@@ -53,8 +53,8 @@ void DesktopRecitato::MostraElenco(FinestraElenco& finestra) {
     copioni.pop_front();
     copione(finestra);
   }
-  if (!finestra.stato().scaricata) {
-    finestra.chiudi();
+  if (!finestra.Stato().scaricata) {
+    finestra.Form_QueryUnload();
   }
 }
 
@@ -65,8 +65,8 @@ void DesktopRecitato::MostraScadenzario(FinestraScadenzario& finestra) {
     copioniScadenzario.pop_front();
     copione(finestra);
   }
-  if (!finestra.elenco.stato().scaricata) {
-    finestra.elenco.chiudi();
+  if (!finestra.Elenco().Stato().scaricata) {
+    finestra.Elenco().Form_QueryUnload();
   }
 }
 

@@ -18,35 +18,35 @@ class ScadenzarioDiProva : public testing::Test {
  protected:
   ScadenzarioDiProva() {
     for (const char* scadenza : {"31/03/2006", "30/04/2006", "31/05/2006"}) {
-      form.Righe.Aggiungi({scadenza, "28/02/2006", "100,00", ""});
+      form.Aggiungi(scadenza, "28/02/2006", "100,00");
     }
     form.ResizeScad();
   }
 
   void Clic(std::size_t riga) {
-    form.Seleziona(static_cast<std::ptrdiff_t>(riga));
-    form.LWScad_Click(static_cast<int>(riga) * 240);
+    form.griglia().Seleziona(static_cast<std::ptrdiff_t>(riga));
+    form.griglia().LVScadenze_Click(static_cast<int>(riga) * 240);
   }
   void ScriviData(std::size_t riga, std::string_view testo) {
     Clic(riga);
-    form.TextScad_Change(testo);
+    form.griglia().TextScad_Change(testo);
   }
   /// Types in the top field and leaves it.
   void ScriviInAlto(std::string_view testo) {
-    form.TextScadenza_Change(testo);
-    form.TextScadenza_LostFocus();
+    form.griglia().TextScadenza_Change(testo);
+    form.griglia().TextScadenza_LostFocus();
   }
   [[nodiscard]] std::vector<std::string> NuoveScadenze() const {
     std::vector<std::string> nuove;
-    for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
-      nuove.emplace_back(form.Righe.Testo(riga, FormLumoScad::NuovaScadenza));
+    for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
+      nuove.emplace_back(form.griglia().Righe.Testo(riga, FormLumoScad::NuovaScadenza));
     }
     return nuove;
   }
   [[nodiscard]] std::vector<bool> Spunte() const {
     std::vector<bool> spunte;
-    for (std::size_t riga = 0; riga < form.Righe.Quante(); ++riga) {
-      spunte.push_back(form.Righe.Spuntata(riga, 0));
+    for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
+      spunte.push_back(form.griglia().Righe.Spuntata(riga, 0));
     }
     return spunte;
   }

@@ -192,7 +192,7 @@ TEST_F(DateEditor, UncoversTheScrollBarsWhenClosedByKey) {
 }
 
 TEST_F(BankEditor, OpensOverTheCellOnTheEntryOfTheNewBank) {
-  griglia.cmbBanche2 = {" ", "BANCA ALFA", "BANCA BETA"};
+  griglia.cmbBanche2.voci = {" ", "BANCA ALFA", "BANCA BETA"};
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA BETA");
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
@@ -205,7 +205,7 @@ TEST_F(BankEditor, OpensOverTheCellOnTheEntryOfTheNewBank) {
 }
 
 TEST_F(BankEditor, OpensOnTheBlankEntryForABankThatIsNotOffered) {
-  griglia.cmbBanche2 = {" ", "BANCA ALFA"};
+  griglia.cmbBanche2.voci = {" ", "BANCA ALFA"};
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA CHIUSA");
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
@@ -213,7 +213,7 @@ TEST_F(BankEditor, OpensOnTheBlankEntryForABankThatIsNotOffered) {
 }
 
 TEST_F(BankEditor, TakesThePlaceOfTheDateEditorAndCommitsIt) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(1);
   ScriviData(0, "010406");
   Clic(0, Schermata::NuovaBanca);
@@ -223,7 +223,7 @@ TEST_F(BankEditor, TakesThePlaceOfTheDateEditorAndCommitsIt) {
 }
 
 TEST_F(BankEditor, GivesWayToTheDateEditor) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(1);
   Clic(0, Schermata::NuovaBanca);
   Clic(0, Schermata::NuovaScadenza);
@@ -232,7 +232,7 @@ TEST_F(BankEditor, GivesWayToTheDateEditor) {
 }
 
 TEST_F(BankEditor, CommitsOneRowWhenAnotherIsOpened) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   const auto prima = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
   const auto seconda = Aggiungi("VERDI", "31/03/2006", "BANCA ALFA");
   griglia.Resize();
@@ -246,7 +246,7 @@ TEST_F(BankEditor, CommitsOneRowWhenAnotherIsOpened) {
 }
 
 TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(22);
   Clic(4, Schermata::NuovaBanca);
   EXPECT_TRUE(griglia.Stato().barretteNascoste);
@@ -259,7 +259,7 @@ TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
 }
 
 TEST_F(BankEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(20);
   Clic(0, Schermata::NuovaBanca);
   EXPECT_FALSE(griglia.Stato().barretteNascoste);
@@ -270,7 +270,7 @@ TEST_F(BankEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
 }
 
 TEST_F(BankEditor, ThatIsAlreadyGoneDoesNotUncoverTheScrollBarsOfTheDateEditor) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(21);
   Clic(0, Schermata::NuovaBanca);
   Clic(0, Schermata::NuovaScadenza);
@@ -280,7 +280,7 @@ TEST_F(BankEditor, ThatIsAlreadyGoneDoesNotUncoverTheScrollBarsOfTheDateEditor) 
 }
 
 TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(3);
   Clic(0, Schermata::NuovaBanca);
   griglia.TLwTestata_Click(TestataConto);
@@ -291,7 +291,7 @@ TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
 }
 
 TEST_F(BankEditor, WithAnEmptyTextChangesNothing) {
-  griglia.cmbBanche2 = {""};
+  griglia.cmbBanche2.voci = {""};
   AggiungiMolte(1);
   Clic(0, Schermata::NuovaBanca);
   griglia.cmbBanche2_LostFocus();
@@ -299,7 +299,7 @@ TEST_F(BankEditor, WithAnEmptyTextChangesNothing) {
 }
 
 TEST_F(BankEditor, WritesNothingWhenAbandoned) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
@@ -373,8 +373,8 @@ TEST_F(Ticks, ActOnTheSelectedRowAlone) {
 TEST_F(Ticks, OfOneKindAreClearedOnEveryRow) {
   AggiungiMolte(3);
   for (std::size_t riga = 0; riga < 3; ++riga) {
-    griglia.ImpostaSpunta(riga, "RADIO1", true);
-    griglia.ImpostaSpunta(riga, "RADIO2", true);
+    griglia.Righe.ImpostaSpunta(riga, 0, true);
+    griglia.Righe.ImpostaSpunta(riga, 1, true);
   }
   griglia.DeselezionaTutto("RADIO1");
   for (std::size_t riga = 0; riga < 3; ++riga) {

@@ -16,9 +16,9 @@ class TopDate : public prova::ScadenzarioDiProva {};
 class SelectAll : public prova::ScadenzarioDiProva {};
 
 TEST_F(ItemDateEditor, OpensOverTheNewDateOfTheClickedRow) {
-  form.Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
   Clic(1);
-  const EditorCella& editor = form.Stato().data;
+  const EditorCella& editor = form.griglia().Stato().data;
   EXPECT_TRUE(editor.visibile);
   EXPECT_EQ(editor.testo, "05/05/2006");
   EXPECT_EQ(editor.alto, 30 + 30 + 240);
@@ -26,10 +26,26 @@ TEST_F(ItemDateEditor, OpensOverTheNewDateOfTheClickedRow) {
   EXPECT_EQ(editor.larghezza, 1950 - 60);
 }
 
+TEST_F(ItemDateEditor, OpensOverTheNewDateWhateverColumnIsClicked) {
+  for (const int x : {10, 430, 2300, 4100, 6000, 99999}) {
+    form.griglia().LVScadenze_MouseDown(x, 5);
+    Clic(1);
+    EXPECT_TRUE(form.griglia().Stato().data.visibile) << x;
+    EXPECT_EQ(form.griglia().Stato().data.sinistra, 30 + 30 + 420 + 1800 + 1800 + 1950 + 60) << x;
+    form.TogliTextScad();
+  }
+}
+
+TEST_F(ItemDateEditor, LiesOverTheClickedRowAlsoWhereAnotherHasTheSameDueDate) {
+  form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
+  Clic(2);
+  EXPECT_EQ(form.griglia().Stato().data.posto, 2);
+}
+
 TEST_F(ItemDateEditor, WritesTheNormalisedDateOnEnter) {
   ScriviData(1, "150606");
-  form.TextScad_KeyPress(Invio);
-  EXPECT_FALSE(form.Stato().data.visibile);
+  form.griglia().TextScad_KeyPress(Invio);
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "15/06/2006", ""));
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
 }
@@ -37,118 +53,127 @@ TEST_F(ItemDateEditor, WritesTheNormalisedDateOnEnter) {
 TEST_F(ItemDateEditor, StaysOpenOnEveryOtherKeyTabIncluded) {
   ScriviData(1, "150606");
   for (const int tasto : {Tab, 8, 10, 27, 32, 48}) {
-    form.TextScad_KeyPress(tasto);
-    EXPECT_TRUE(form.Stato().data.visibile) << tasto;
+    form.griglia().TextScad_KeyPress(tasto);
+    EXPECT_TRUE(form.griglia().Stato().data.visibile) << tasto;
   }
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
 }
 
 TEST_F(ItemDateEditor, WritesWhenItLosesTheFocus) {
   ScriviData(2, "15/06/06");
-  form.TextScad_LostFocus();
-  EXPECT_FALSE(form.Stato().data.visibile);
+  form.griglia().TextScad_LostFocus();
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", "15/06/2006"));
 }
 
+TEST_F(ItemDateEditor, UncoversTheScrollBarsWhenItLosesTheFocus) {
+  while (form.griglia().Righe.Quante() < 13) {
+    form.Aggiungi("30/06/2006", "", "1,00");
+  }
+  Clic(0);
+  form.griglia().TextScad_LostFocus();
+  EXPECT_FALSE(form.griglia().Stato().barretteNascoste);
+}
+
 TEST_F(ItemDateEditor, EmptiesTheNewDateWhenEmptied) {
-  form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   ScriviData(0, "");
-  form.TextScad_KeyPress(Invio);
+  form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
 
 TEST_F(ItemDateEditor, ChecksABlankAsADate) {
-  form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   ScriviData(0, " ");
-  form.TextScad_KeyPress(Invio);
+  form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
   EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Data errata: ")));
 }
 
 TEST_F(ItemDateEditor, LeavesABlankAfterARefusedDate) {
   ScriviData(0, "31/13/06");
-  form.TextScad_KeyPress(Invio);
+  form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
   EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
-  EXPECT_FALSE(form.Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
 }
 
 TEST_F(ItemDateEditor, WritesIntoTheFirstRowWithTheSameDueDate) {
-  form.Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
+  form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
   ScriviData(2, "150606");
-  form.TextScad_KeyPress(Invio);
+  form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
 }
 
 TEST_F(ItemDateEditor, WritesNowhereWhenNoRowHasTheTextAnyMore) {
   ScriviData(2, "150606");
-  form.Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "altra");
-  form.TextScad_KeyPress(Invio);
+  form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "altra");
+  form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
-  EXPECT_FALSE(form.Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
 }
 
 TEST_F(ItemDateEditor, WritesOneRowWhenAnotherIsClicked) {
   ScriviData(0, "150606");
   Clic(1);
-  EXPECT_TRUE(form.Stato().data.visibile);
-  EXPECT_EQ(form.Stato().data.testo, "");
+  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+  EXPECT_EQ(form.griglia().Stato().data.testo, "");
   EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
 }
 
 TEST_F(ItemDateEditor, WritesOnceHoweverOftenItIsClosed) {
   ScriviData(0, "150606");
   form.TogliTextScad();
-  form.TextScad_Change("160606");
+  form.griglia().TextScad_Change("160606");
   form.TogliTextScad();
-  form.TextScad_LostFocus();
-  form.TextScad_KeyPress(Invio);
+  form.griglia().TextScad_LostFocus();
+  form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
 }
 
 TEST_F(ItemDateEditor, WritesNothingWhenAbandoned) {
   ScriviData(0, "150606");
-  form.AbbandonaEditor();
-  form.TextScad_LostFocus();
+  form.griglia().AbbandonaEditor();
+  form.griglia().TextScad_LostFocus();
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
 }
 
 TEST_F(ItemDateEditor, DoesNotOpenWithoutASelectedRow) {
-  form.Seleziona(-1);
-  form.LWScad_Click(0);
-  EXPECT_FALSE(form.Stato().data.visibile);
-  form.Seleziona(3);
-  form.LWScad_Click(0);
-  EXPECT_FALSE(form.Stato().data.visibile);
+  form.griglia().Seleziona(-1);
+  form.griglia().LVScadenze_Click(0);
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  form.griglia().Seleziona(3);
+  form.griglia().LVScadenze_Click(0);
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
 }
 
 TEST_F(ItemDateEditor, CoversTheScrollBarsOnlyWhenTheRowsExceedTheList) {
-  while (form.Righe.Quante() < 12) {
-    form.Righe.Aggiungi({"30/06/2006", "", "1,00", ""});
+  while (form.griglia().Righe.Quante() < 12) {
+    form.Aggiungi("30/06/2006", "", "1,00");
   }
   Clic(0);
-  EXPECT_FALSE(form.Stato().barretteNascoste);
-  form.Righe.Aggiungi({"31/07/2006", "", "1,00", ""});
+  EXPECT_FALSE(form.griglia().Stato().barretteNascoste);
+  form.Aggiungi("31/07/2006", "", "1,00");
   Clic(0);
-  EXPECT_TRUE(form.Stato().barretteNascoste);
-  form.TextScad_KeyPress(Invio);
-  EXPECT_FALSE(form.Stato().barretteNascoste);
+  EXPECT_TRUE(form.griglia().Stato().barretteNascoste);
+  form.griglia().TextScad_KeyPress(Invio);
+  EXPECT_FALSE(form.griglia().Stato().barretteNascoste);
 }
 
 TEST_F(ItemTicks, CopyTheTopDateNormalised) {
-  form.TextScadenza_Change("010706");
-  form.LWScad_ItemCheck(1, true);
+  form.griglia().TextScadenza_Change("010706");
+  form.griglia().SpuntaCasella(1, true);
   EXPECT_THAT(Spunte(), ElementsAre(false, true, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "01/07/2006", ""));
-  EXPECT_EQ(form.Stato().testoScadenza, "010706") << "the field itself is normalised when it is left";
+  EXPECT_EQ(form.griglia().Stato().testoScadenza, "010706") << "the field itself is normalised when it is left";
 }
 
 TEST_F(ItemTicks, LeaveTheNewDateEmptyWithoutATopDate) {
   for (const char* vuoto : {"", " ", "   "}) {
-    form.TextScadenza_Change(vuoto);
-    form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
-    form.LWScad_ItemCheck(0, true);
+    form.griglia().TextScadenza_Change(vuoto);
+    form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+    form.griglia().SpuntaCasella(0, true);
     EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
   }
@@ -156,9 +181,9 @@ TEST_F(ItemTicks, LeaveTheNewDateEmptyWithoutATopDate) {
 }
 
 TEST_F(ItemTicks, TakenAwayEmptyTheNewDate) {
-  form.TextScadenza_Change("010706");
-  form.LWScad_ItemCheck(1, true);
-  form.LWScad_ItemCheck(1, false);
+  form.griglia().TextScadenza_Change("010706");
+  form.griglia().SpuntaCasella(1, true);
+  form.griglia().SpuntaCasella(1, false);
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
 }
@@ -166,94 +191,125 @@ TEST_F(ItemTicks, TakenAwayEmptyTheNewDate) {
 TEST_F(ItemTicks, TakenAwayEmptyADateTypedIntoTheRow) {
   ScriviData(1, "150606");
   form.TogliTextScad();
-  form.LWScad_ItemCheck(1, false);
+  form.griglia().SpuntaCasella(1, false);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
 }
 
 TEST_F(ItemTicks, WithARefusedTopDateLeaveABlank) {
-  form.TextScadenza_Change("31/13/06");
-  form.LWScad_ItemCheck(0, true);
+  form.griglia().TextScadenza_Change("31/13/06");
+  form.griglia().SpuntaCasella(0, true);
   EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
   EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
 }
 
 TEST_F(ItemTicks, DoNotOpenTheEditorByTheirOwnClickButTheNextClickDoes) {
-  form.Seleziona(1);
-  form.LWScad_ItemCheck(1, true);
-  form.LWScad_Click(240);
-  EXPECT_FALSE(form.Stato().data.visibile);
-  form.LWScad_Click(240);
-  EXPECT_TRUE(form.Stato().data.visibile);
+  form.griglia().Seleziona(1);
+  form.griglia().LVScadenze_ItemCheck(1);
+  EXPECT_THAT(Spunte(), ElementsAre(false, true, false));
+  form.griglia().LVScadenze_Click(240);
+  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  form.griglia().LVScadenze_Click(240);
+  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+}
+
+TEST_F(ItemTicks, SkipTheirClickAlsoWhereNoRowIsSelectedAndNoneAfterIt) {
+  form.griglia().LVScadenze_ItemCheck(1);
+  form.griglia().Seleziona(-1);
+  form.griglia().LVScadenze_Click(240);
+  Clic(1);
+  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+}
+
+TEST_F(ItemTicks, OfAnEarlierShowingDoNotMakeTheFirstClickCountForNothing) {
+  Mostra([](FinestraScadenzario& finestra) { finestra.Elenco().LVScadenze_ItemCheck(1); });
+  Mostra([](FinestraScadenzario& finestra) {
+    finestra.Elenco().LVScadenze_Click(0);
+    EXPECT_TRUE(finestra.Elenco().Stato().data.visibile);
+  });
+}
+
+TEST_F(ItemTicks, OfAnEmptiedScreenDoNotMakeTheFirstClickCountForNothing) {
+  form.griglia().LVScadenze_ItemCheck(1);
+  form.Svuota();
+  form.Aggiungi("30/06/2006", "", "1,00");
+  Clic(0);
+  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+}
+
+TEST_F(ItemTicks, DoNotMoveTheSelection) {
+  form.griglia().Seleziona(2);
+  form.griglia().LVScadenze_ItemCheck(0);
+  EXPECT_EQ(form.griglia().Stato().selezionata, 2);
 }
 
 TEST_F(ItemTicks, OfTheWindowTurnWithEveryClick) {
   Mostra([&](FinestraScadenzario& finestra) {
-    finestra.elenco.testoScadenza("010706");
-    finestra.spunta(2);
+    finestra.Elenco().TextScadenza_Change("010706");
+    finestra.Elenco().LVScadenze_ItemCheck(2);
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", "01/07/2006"));
-    finestra.spunta(2);
+    finestra.Elenco().LVScadenze_ItemCheck(2);
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
   });
 }
 
 TEST_F(TopDate, TypedIntoUnticksEveryRowAndLeavesTheNewDates) {
-  form.TextScadenza_Change("010706");
-  form.LWScad_ItemCheck(0, true);
-  form.LWScad_ItemCheck(2, true);
-  form.TextScadenza_Change("0107");
+  form.griglia().TextScadenza_Change("010706");
+  form.griglia().SpuntaCasella(0, true);
+  form.griglia().SpuntaCasella(2, true);
+  form.griglia().TextScadenza_Change("0107");
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("01/07/2006", "", "01/07/2006"));
 }
 
 TEST_F(TopDate, IsNormalisedWhenItIsLeft) {
   ScriviInAlto("010706");
-  EXPECT_EQ(form.Stato().testoScadenza, "01/07/2006");
+  EXPECT_EQ(form.griglia().Stato().testoScadenza, "01/07/2006");
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
 
 TEST_F(TopDate, LeftWithAnotherTextUnticksEveryRow) {
-  form.TextScadenza_Change("010706");
-  form.LWScad_ItemCheck(0, true);
-  form.TextScadenza_LostFocus();
+  form.griglia().TextScadenza_Change("010706");
+  form.griglia().SpuntaCasella(0, true);
+  form.griglia().TextScadenza_LostFocus();
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
 }
 
 TEST_F(TopDate, LeftAsItWasKeepsTheTicks) {
   ScriviInAlto("010706");
-  form.LWScad_ItemCheck(0, true);
-  form.TextScadenza_LostFocus();
+  form.griglia().SpuntaCasella(0, true);
+  form.griglia().TextScadenza_LostFocus();
   EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
 }
 
 TEST_F(TopDate, HoldsOneBlankOnceItIsLeftEmpty) {
   ScriviInAlto("");
-  EXPECT_EQ(form.Stato().testoScadenza, " ");
+  EXPECT_EQ(form.griglia().Stato().testoScadenza, " ");
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
 
 TEST_F(TopDate, HoldsOneBlankAfterARefusedDate) {
   ScriviInAlto("31/13/06");
-  EXPECT_EQ(form.Stato().testoScadenza, " ");
+  EXPECT_EQ(form.griglia().Stato().testoScadenza, " ");
   EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
 }
 
 TEST_F(SelectAll, AsksForADateWhenTheTopFieldHoldsExactlyOneBlank) {
-  form.TextScadenza_Change(" ");
-  form.Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().TextScadenza_Change(" ");
+  form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   form.PicSelezionaTutto_Click();
   EXPECT_THAT(banco.desktop.box, ElementsAre("Inserisci una scadenza"));
   EXPECT_THAT(banco.desktop.titoli, ElementsAre("LumoScad"));
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("05/05/2006", "", ""));
   EXPECT_FALSE(form.SelezionaTutto());
-  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Seleziona tutto");
+  EXPECT_EQ(form.Stato().selezionaTutto, "Seleziona tutto");
 }
 
 TEST_F(SelectAll, AsksForADateAlsoWhenItWouldUntick) {
   ScriviInAlto("010706");
   form.PicSelezionaTutto_Click();
-  form.TextScadenza_Change(" ");
+  form.griglia().TextScadenza_Change(" ");
   form.PicSelezionaTutto_Click();
   EXPECT_THAT(banco.desktop.box, ElementsAre("Inserisci una scadenza"));
   EXPECT_TRUE(form.SelezionaTutto());
@@ -266,13 +322,13 @@ TEST_F(SelectAll, GivesEveryRowTheTopDate) {
   EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("01/07/2006", "01/07/2006", "01/07/2006"));
   EXPECT_TRUE(form.SelezionaTutto());
-  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Seleziona tutto");
+  EXPECT_EQ(form.Stato().selezionaTutto, "Seleziona tutto");
 }
 
 TEST_F(SelectAll, TicksWithAnEmptyDateWhileTheTopFieldIsEmptyOrHoldsTwoBlanks) {
   for (const char* vuoto : {"", "  "}) {
-    form.TextScadenza_Change(vuoto);
-    form.Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
+    form.griglia().TextScadenza_Change(vuoto);
+    form.griglia().Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
     form.PicSelezionaTutto_Click();
     EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
@@ -290,7 +346,7 @@ TEST_F(SelectAll, ASecondTimeUnticksEveryRowAndEmptiesTheNewDates) {
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
   EXPECT_FALSE(form.SelezionaTutto());
-  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Deseleziona tutto");
+  EXPECT_EQ(form.Stato().selezionaTutto, "Deseleziona tutto");
 }
 
 TEST_F(SelectAll, AThirdTimeTicksAgain) {
@@ -299,7 +355,7 @@ TEST_F(SelectAll, AThirdTimeTicksAgain) {
     form.PicSelezionaTutto_Click();
   }
   EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
-  EXPECT_EQ(form.StatoFinestra().selezionaTutto, "Seleziona tutto");
+  EXPECT_EQ(form.Stato().selezionaTutto, "Seleziona tutto");
 }
 
 TEST_F(SelectAll, RemembersItsStateWhenTheTopDateUntickedTheRows) {
@@ -316,7 +372,7 @@ TEST_F(SelectAll, DoesNotMakeTheNextClickOnARowCountForNothing) {
   ScriviInAlto("010706");
   form.PicSelezionaTutto_Click();
   Clic(0);
-  EXPECT_TRUE(form.Stato().data.visibile);
+  EXPECT_TRUE(form.griglia().Stato().data.visibile);
 }
 
 } // namespace

@@ -47,10 +47,10 @@ TEST_F(GridLayout, PlacesEachHeadingBehindTheOneBefore) {
   std::vector<std::string> testi;
   int fine = 0;
   banco.desktop.copioni.emplace_back([&](FinestraElenco& finestra) {
-    for (const TestataElenco& testata : finestra.testate) {
+    for (const TestataElenco& testata : finestra.Description().testate) {
       testi.push_back(testata.testo);
       EXPECT_EQ(testata.sinistra, fine);
-      EXPECT_EQ(testata.larghezza, finestra.colonne[static_cast<std::size_t>(testata.prima)].larghezza);
+      EXPECT_EQ(testata.larghezza, finestra.Description().colonne[static_cast<std::size_t>(testata.prima)].larghezza);
       fine = testata.sinistra + testata.larghezza;
     }
   });
@@ -254,12 +254,12 @@ TEST_F(GridLayout, WithoutSomeColumnsIsNarrowerAndFindsTheOthersWhereTheyAre) {
 TEST_F(GridWindow, TellsTheWindowToOpenADropDownWhileItShows) {
   std::vector<std::string> detti;
   banco.desktop.copioni.emplace_back([&](FinestraElenco& finestra) {
-    finestra.mostraTendina = [&](std::string_view combo, bool aperta) {
+    finestra.SetDropDown([&](std::string_view combo, bool aperta) {
       detti.push_back(std::string(combo) + (aperta ? " true" : " false"));
-    };
+    });
     griglia.ShowComboDropdown("cmbBanche2", true);
     griglia.ShowComboDropdown("cmbBanche2", false);
-    finestra.chiudi();
+    finestra.Form_QueryUnload();
   });
   AggiungiMolte(1);
   griglia.Mostra();
@@ -268,11 +268,11 @@ TEST_F(GridWindow, TellsTheWindowToOpenADropDownWhileItShows) {
 }
 
 TEST_F(GridWindow, KnowsItsMode) {
-  EXPECT_EQ(schermata.Modo, "DEBITI/CREDITI");
+  EXPECT_EQ(schermata.griglia().Modo, "DEBITI/CREDITI");
 }
 
 TEST_F(GridWindow, InThePresumedModeAChoiceAtTheTopIsGivenToTheSelectedRowAtOnceWithoutATick) {
-  schermata.Modo = "PRESUNTI";
+  schermata.griglia().Modo = "PRESUNTI";
   const auto prima = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
   const auto seconda = Aggiungi("VERDI", "31/03/2006", "BANCA ALFA");
   griglia.Resize();
@@ -315,7 +315,7 @@ TEST_F(GridWindow, CommitsTheOpenEditorOnConferma) {
 }
 
 TEST_F(GridWindow, ClosesTheBankEditorOnConferma) {
-  griglia.cmbBanche2 = {" "};
+  griglia.cmbBanche2.voci = {" "};
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
@@ -354,13 +354,13 @@ TEST_F(GridWindow, DescribesItsColumnsAndHeadings) {
   using Genere = ColonnaElenco::Genere;
   AggiungiMolte(1);
   banco.desktop.copioni.emplace_back([](FinestraElenco& finestra) {
-    EXPECT_EQ(finestra.nome, "frmLumoScadenzeBanche");
-    EXPECT_EQ(finestra.nomeLista, "LVScadenzeBanche");
-    EXPECT_EQ(finestra.carattere, "Verdana");
-    EXPECT_EQ(finestra.righeSenzaScorrere, 20);
+    EXPECT_EQ(finestra.Description().nome, "frmLumoScadenzeBanche");
+    EXPECT_EQ(finestra.Description().nomeLista, "LVScadenzeBanche");
+    EXPECT_EQ(finestra.Description().carattere, "Verdana");
+    EXPECT_EQ(finestra.Description().righeSenzaScorrere, 20);
     std::vector<std::string> colonne;
     std::vector<Genere> generi;
-    for (const ColonnaElenco& colonna : finestra.colonne) {
+    for (const ColonnaElenco& colonna : finestra.Description().colonne) {
       colonne.push_back(colonna.chiave + "|" + colonna.intestazione);
       generi.push_back(colonna.genere);
     }
@@ -371,11 +371,11 @@ TEST_F(GridWindow, DescribesItsColumnsAndHeadings) {
     EXPECT_THAT(generi, ElementsAre(Genere::Testo, Genere::Testo, Genere::Testo, Genere::Testo, Genere::Testo,
                                     Genere::Importo, Genere::Spunta, Genere::EditorData, Genere::Testo, Genere::Spunta,
                                     Genere::EditorBanca, Genere::Testo));
-    EXPECT_EQ(finestra.colonne[Schermata::NuovaScadenza].attuale, Schermata::Scadenza);
-    EXPECT_EQ(finestra.colonne[Schermata::NuovaBanca].attuale, Schermata::Banca);
+    EXPECT_EQ(finestra.Description().colonne[Schermata::NuovaScadenza].attuale, Schermata::Scadenza);
+    EXPECT_EQ(finestra.Description().colonne[Schermata::NuovaBanca].attuale, Schermata::Banca);
     std::vector<int> indici;
     std::vector<bool> ordinano;
-    for (const TestataElenco& testata : finestra.testate) {
+    for (const TestataElenco& testata : finestra.Description().testate) {
       indici.push_back(testata.indice);
       ordinano.push_back(testata.ordina);
     }

@@ -318,7 +318,7 @@ TEST_F(RandomTicks, ClickedTwiceLeaveTheRowAsItWas) {
     Aggiungi("CLIENTE " + std::to_string(riga), "31/03/2006", caso.Moneta() ? "ROMA" : "");
   }
   griglia.Resize();
-  griglia.ImpostaTestoScadenza("30/06/2006");
+  griglia.TextScadenza_Change("30/06/2006");
   const auto riassunto = [&](std::size_t riga) {
     std::string testi = griglia.Righe.Spuntata(riga, 0) ? "S" : "-";
     for (int colonna = 0; colonna < Schermata::Colonne; ++colonna) {

@@ -11,7 +11,7 @@ namespace {
 template <class Form> class ListaNonCaricata {
  public:
   explicit ListaNonCaricata(int nuova) : nuova_(nuova) {
-    griglia.cmbBanche = griglia.cmbBanche2 = {" ", "BANCA ALFA"};
+    griglia.cmbBanche.voci = griglia.cmbBanche2.voci = {" ", "BANCA ALFA"};
     griglia.Righe.Aggiungi({"ROSSI", "AB123/06", "10/03/06", "EUR", "100,00"});
     griglia.Resize();
   }
@@ -41,7 +41,7 @@ template <class Form> class ListaNonCaricata {
 
 TEST(ListTag, EmptyLetsNoStepOfThePresumedDocumentsEdit) {
   ListaNonCaricata<FormPresunti> lista(FormPresunti::NuovaBanca);
-  lista.form.Modo = "PRESUNTI";
+  lista.griglia.Modo = "PRESUNTI";
   lista.Gioca();
   EXPECT_EQ(lista.Nuova(), "|");
   EXPECT_FALSE(lista.griglia.Stato().banca.visibile);
@@ -86,10 +86,10 @@ TEST(ListTag, GoesWithTheRowsOfAnEarlierShowing) {
 TEST(ListTag, OfAnotherModeKeepsTheBanksOfTheDocumentsAlone) {
   ListaNonCaricata<FormPresunti> lista(FormPresunti::NuovaBanca);
   lista.griglia.Tag = "PRESUNTI";
-  lista.form.Modo = "CONSEGNA";
+  lista.griglia.Modo = "CONSEGNA";
   lista.griglia.cmbBanche_Click(0);
   EXPECT_EQ(lista.Nuova(), "|");
-  lista.form.Modo = "PRESUNTI";
+  lista.griglia.Modo = "PRESUNTI";
   lista.griglia.cmbBanche_Click(0);
   EXPECT_EQ(lista.Nuova(), "ANNULLA|");
 }

@@ -16,7 +16,7 @@
 namespace lumoscad::qt {
 
 FinestraElencoQt::FinestraElencoQt(FinestraElenco& finestra, QWidget* sotto) : FinestraModaleQt(finestra, sotto) {
-  CollegaLista();
+  CollegaConferma([this] { elenco_.PictureOk_Click(); });
   CollegaBanche();
   CollegaTestate();
   Completa();
@@ -27,28 +27,17 @@ QString FinestraElencoQt::QuanteRighe(int righe) const {
                     : QLocale(QLocale::Italian, QLocale::Italy).toString(righe) + QStringLiteral(" righe");
 }
 
-void FinestraElencoQt::CollegaLista() {
-  VistaElenco::Gesti& gesti = parti_.vista->gesti;
-  gesti.preme = [this](int riga, int x, int y) { Preme(riga, x, y); };
-  gesti.rilascia = [this] { Rilascia(); };
-  gesti.attiva = [this](const QModelIndex& cella) { parti_.vista->Premi(cella); };
-  gesti.digita = [this](const QModelIndex& cella, const QString& cifra) { Digita(cella, cifra); };
-  gesti.bloccata = [this] {
-    const bool banca = parti_.FrameBanca != nullptr && !parti_.FrameBanca->isHidden();
-    (banca ? static_cast<QWidget*>(parti_.cmbBanche2) : parti_.TextScad)->setFocus();
-  };
-}
-
 void FinestraElencoQt::CollegaBanche() {
-  elenco_.mostraTendina = [this](std::string_view nome, bool aperta) { MostraTendina(nome, aperta); };
+  elenco_.SetDropDown([this](std::string_view nome, bool aperta) { MostraTendina(nome, aperta); });
   if (parti_.cmbBanche2 != nullptr) {
     parti_.cmbBanche2->installEventFilter(this);
     connect(parti_.cmbBanche2, &QComboBox::activated, this,
-            [this](int indice) { Invia(elenco_.scegliBancaCella, indice); });
+            [this](int indice) { Gesto([this, indice] { elenco_.cmbBanche2_Click(indice); }); });
   }
   if (parti_.cmbBanche != nullptr) {
     parti_.cmbBanche->installEventFilter(this);
-    connect(parti_.cmbBanche, &QComboBox::activated, this, [this](int indice) { Invia(elenco_.scegliBanca, indice); });
+    connect(parti_.cmbBanche, &QComboBox::activated, this,
+            [this](int indice) { Gesto([this, indice] { elenco_.cmbBanche_Click(indice); }); });
   }
 }
 
@@ -65,13 +54,13 @@ void FinestraElencoQt::MostraTendina(std::string_view nome, bool aperta) {
 }
 
 void FinestraElencoQt::CollegaTestate() {
-  parti_.testate->cliccata = [this](int indice) { Invia(elenco_.clicTestata, indice); };
-  for (const TestataElenco& testata : elenco_.testate) {
+  const auto clic = [this](int indice) { Gesto([this, indice] { elenco_.TLwTestata_Click(indice); }); };
+  parti_.testate->cliccata = clic;
+  for (const TestataElenco& testata : elenco_.Description().testate) {
     if (testata.indice >= 1 && testata.indice <= 9) {
       const auto tasto = static_cast<Qt::Key>(Qt::Key_0 + testata.indice);
       auto* scorciatoia = new QShortcut(QKeySequence(Qt::CTRL | tasto), this);
-      connect(scorciatoia, &QShortcut::activated, this,
-              [this, indice = testata.indice] { Invia(elenco_.clicTestata, indice); });
+      connect(scorciatoia, &QShortcut::activated, this, [clic, indice = testata.indice] { clic(indice); });
     }
   }
 }
@@ -83,31 +72,40 @@ void FinestraElencoQt::Segui(const StatoElenco& stato) {
   }
 }
 
-void FinestraElencoQt::Preme(int riga, int x, int y) {
-  premutaSottoLeRighe_ = riga < 0;
-  Gesto([this, riga, x, y] {
-    if (riga >= 0) {
-      Chiama(elenco_.seleziona, std::ptrdiff_t{riga});
+void FinestraElencoQt::MousePressed(int row, int x, int y) {
+  premutaSottoLeRighe_ = row < 0;
+  Gesto([this, row, x, y] {
+    if (row >= 0) {
+      elenco_.Seleziona(row);
     }
-    Chiama(elenco_.premeMouse, x, y);
+    elenco_.LVScadenze_MouseDown(x, y);
   });
 }
 
-void FinestraElencoQt::Rilascia() {
+void FinestraElencoQt::MouseReleased() {
   if (premutaSottoLeRighe_) {
-    Invia(elenco_.clicFuori);
+    Gesto([this] { elenco_.Form_Click(); });
     return;
   }
   Gesto([this] {
-    const auto riga = static_cast<int>(elenco_.stato().selezionata);
+    const auto riga = static_cast<int>(elenco_.Stato().selezionata);
     const int alto = riga < 0 ? 0 : parti_.vista->rowViewportPosition(riga);
-    Chiama(elenco_.clic, alto * TwipsPerPixelY);
+    elenco_.LVScadenze_Click(alto * TwipsPerPixelY);
   });
 }
 
-void FinestraElencoQt::Digita(const QModelIndex& cella, const QString& cifra) {
-  parti_.vista->Premi(cella);
-  DigitaNellEditor(cifra);
+void FinestraElencoQt::CellActivated(const QModelIndex& cell) {
+  parti_.vista->Premi(cell);
+}
+
+void FinestraElencoQt::DigitTyped(const QModelIndex& cell, const QString& digit) {
+  parti_.vista->Premi(cell);
+  DigitaNellEditor(digit);
+}
+
+void FinestraElencoQt::KeyRefused() {
+  const bool banca = parti_.FrameBanca != nullptr && !parti_.FrameBanca->isHidden();
+  (banca ? static_cast<QWidget*>(parti_.cmbBanche2) : parti_.TextScad)->setFocus();
 }
 
 bool FinestraElencoQt::TastoInEditor(QObject* campo, int tasto) {
@@ -123,7 +121,7 @@ bool FinestraElencoQt::TastoInEditor(QObject* campo, int tasto) {
     VaiAllaProssima(campo, Qt::Key_Return);
     return true;
   case Qt::Key_Escape:
-    Invia(elenco_.abbandonaEditor);
+    Gesto([this] { elenco_.AbbandonaEditor(); });
     return true;
   default:
     return false;
@@ -132,14 +130,14 @@ bool FinestraElencoQt::TastoInEditor(QObject* campo, int tasto) {
 
 void FinestraElencoQt::ChiudiEditorCon(QObject* campo, int codice) {
   if (campo == parti_.TextScad) {
-    Invia(elenco_.tastoEditor, codice);
+    Gesto([this, codice] { elenco_.TextScad_KeyPress(codice); });
   } else {
     parti_.vista->setFocus(); // the bank editor closes because it loses the focus
   }
 }
 
 void FinestraElencoQt::VaiAllaProssima(const QObject* campo, int tasto) {
-  const StatoElenco& stato = elenco_.stato();
+  const StatoElenco& stato = elenco_.Stato();
   if (Chiusa() || stato.data.visibile || stato.banca.visibile) {
     return;
   }
@@ -170,10 +168,10 @@ bool FinestraElencoQt::eventFilter(QObject* oggetto, QEvent* evento) {
   }
   if (suBanca && tipo == QEvent::FocusOut && !parti_.cmbBanche2->view()->isVisible() &&
       HaLasciatoIlCampo(static_cast<const QFocusEvent&>(*evento))) {
-    Invia(elenco_.perdeFuocoBancaCella);
+    Gesto([this] { elenco_.cmbBanche2_LostFocus(); });
   }
   if (oggetto == parti_.TextScadenza && tipo == QEvent::MouseButtonPress) {
-    Invia(elenco_.clicScadenza);
+    Gesto([this] { elenco_.TextScadenza_Click(); });
   }
   if (oggetto == parti_.cmbBanche && tipo == QEvent::Wheel && !parti_.cmbBanche->hasFocus()) {
     evento->ignore(); // scrolling past the field must not choose a bank
@@ -183,9 +181,9 @@ bool FinestraElencoQt::eventFilter(QObject* oggetto, QEvent* evento) {
 }
 
 void FinestraElencoQt::reject() {
-  const StatoElenco& stato = elenco_.stato();
+  const StatoElenco& stato = elenco_.Stato();
   if (stato.data.visibile || stato.banca.visibile) {
-    Invia(elenco_.abbandonaEditor);
+    Gesto([this] { elenco_.AbbandonaEditor(); });
   } else {
     Abbandona();
   }
@@ -199,7 +197,7 @@ void FinestraElencoQt::mousePressEvent(QMouseEvent* evento) {
 void FinestraElencoQt::mouseReleaseEvent(QMouseEvent* evento) {
   evento->accept();
   if (evento->button() == Qt::LeftButton && std::exchange(premutaFuori_, false)) {
-    Invia(elenco_.clicFuori);
+    Gesto([this] { elenco_.Form_Click(); });
   }
 }
 

@@ -13,7 +13,7 @@ class FinestraElencoQt final : public FinestraModaleQt {
   FinestraElencoQt(FinestraElenco& finestra, QWidget* sotto);
   FinestraElencoQt(const FinestraElencoQt&) = delete;
   FinestraElencoQt& operator=(const FinestraElencoQt&) = delete;
-  ~FinestraElencoQt() override { elenco_.mostraTendina = nullptr; }
+  ~FinestraElencoQt() override { elenco_.SetDropDown({}); }
 
   /// Esc: abandons an open editor, otherwise leaves the window as `Abbandona` does.
   void reject() override;
@@ -26,14 +26,15 @@ class FinestraElencoQt final : public FinestraModaleQt {
  private:
   [[nodiscard]] QString QuanteRighe(int righe) const override;
   void Segui(const StatoElenco& stato) override;
+  void MousePressed(int row, int x, int y) override;
+  void MouseReleased() override;
+  void CellActivated(const QModelIndex& cell) override;
+  void DigitTyped(const QModelIndex& cell, const QString& digit) override;
+  void KeyRefused() override;
 
-  void CollegaLista();
   void CollegaBanche();
   void MostraTendina(std::string_view nome, bool aperta);
   void CollegaTestate();
-  void Preme(int riga, int x, int y);
-  void Rilascia();
-  void Digita(const QModelIndex& cella, const QString& cifra);
   bool TastoInEditor(QObject* campo, int tasto);
   void ChiudiEditorCon(QObject* campo, int codice);
   void VaiAllaProssima(const QObject* campo, int tasto);

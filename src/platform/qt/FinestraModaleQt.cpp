@@ -21,10 +21,10 @@ namespace lumoscad::qt {
 FinestraModaleQt::FinestraModaleQt(FinestraElenco& elenco, QWidget* sotto)
     : DialogoQt(sotto, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
                            Qt::WindowMaximizeButtonHint),
-      elenco_(elenco), modello_(elenco), parti_(*this, elenco, modello_), ordine_(elenco.stato().ordine),
-      contenuto_(elenco.stato().contenuto) {
-  setObjectName(Testo(elenco.nome));
-  setWindowTitle(Testo(elenco.titolo));
+      elenco_(elenco), modello_(elenco), parti_(*this, elenco, modello_), ordine_(elenco.Stato().ordine),
+      contenuto_(elenco.Stato().contenuto) {
+  setObjectName(Testo(elenco.Description().nome));
+  setWindowTitle(Testo(elenco.Description().titolo));
   modello_.guasto = [this](std::exception_ptr errore) {
     errore_ = std::move(errore);
     QMetaObject::invokeMethod(
@@ -32,7 +32,8 @@ FinestraModaleQt::FinestraModaleQt(FinestraElenco& elenco, QWidget* sotto)
   };
   CollegaLista();
   CollegaCampi();
-  CollegaTasti();
+  connect(parti_.PictureAnnulla, &QPushButton::clicked, this,
+          [this] { Gesto([this] { elenco_.PictureAnnulla_Click(); }); });
 }
 
 void FinestraModaleQt::Completa() {
@@ -44,13 +45,13 @@ void FinestraModaleQt::Completa() {
 
 std::exception_ptr FinestraModaleQt::Mostra() {
   const auto attiva = std::max(parti_.vista->ColonnaAttiva(-1, true, false), 0);
-  const std::ptrdiff_t scelta = elenco_.stato().selezionata;
+  const std::ptrdiff_t scelta = elenco_.Stato().selezionata;
   {
     const QScopedValueRollback<bool> muta(sincronizza_, true);
     parti_.vista->Vai(static_cast<int>(std::max<std::ptrdiff_t>(scelta, 0)), attiva);
   }
   if (scelta < 0 && modello_.rowCount() > 0) {
-    Invia(elenco_.seleziona, std::ptrdiff_t{0});
+    Gesto([this] { elenco_.Seleziona(0); });
   } else {
     Gesto([] {});
   }
@@ -58,7 +59,9 @@ std::exception_ptr FinestraModaleQt::Mostra() {
     exec();
   }
   if (!chiusa_) {
-    Invia(elenco_.chiudi); // the calling program has ended the event loop: nobody can close the window any more
+    Gesto([this] {
+      elenco_.Form_QueryUnload();
+    }); // the calling program has ended the event loop: nobody can close the window any more
   }
   return std::exchange(errore_, nullptr);
 }
@@ -87,29 +90,32 @@ void FinestraModaleQt::Chiudi() {
 }
 
 void FinestraModaleQt::CollegaLista() {
-  VistaElenco::Gesti& gesti = parti_.vista->gesti;
-  gesti.seleziona = [this](int riga) { Invia(elenco_.seleziona, std::ptrdiff_t{riga}); };
-  gesti.disposta = [this] {
-    parti_.testate->Disponi();
-    PosizionaEditor();
-  };
+  parti_.vista->SetListener(this);
+}
+
+void FinestraModaleQt::RowSelected(int row) {
+  Gesto([this, row] { elenco_.Seleziona(row); });
+}
+
+void FinestraModaleQt::LaidOut() {
+  parti_.testate->Disponi();
+  PosizionaEditor();
 }
 
 void FinestraModaleQt::CollegaCampi() {
   parti_.TextScad->installEventFilter(this);
   connect(parti_.TextScad, &QLineEdit::textEdited, this,
-          [this](const QString& testo) { Invia(elenco_.testoEditor, std::string_view(Utf8(testo))); });
+          [this](const QString& testo) { ScriviNellEditor(Utf8(testo)); });
   if (parti_.TextScadenza != nullptr) {
     parti_.TextScadenza->installEventFilter(this);
     connect(parti_.TextScadenza, &QLineEdit::textEdited, this,
-            [this](const QString& testo) { Invia(elenco_.testoScadenza, std::string_view(Utf8(testo))); });
+            [this](const QString& testo) { Gesto([this, utf8 = Utf8(testo)] { elenco_.TextScadenza_Change(utf8); }); });
   }
 }
 
-void FinestraModaleQt::CollegaTasti() {
-  const auto conferma = [this] { Invia(elenco_.conferma); };
+void FinestraModaleQt::CollegaConferma(const std::function<void()>& gesto) {
+  const auto conferma = [this, gesto] { Gesto(gesto); };
   connect(parti_.PictureOk, &QPushButton::clicked, this, conferma);
-  connect(parti_.PictureAnnulla, &QPushButton::clicked, this, [this] { Invia(elenco_.annulla); });
   for (const Qt::Key tasto : {Qt::Key_Return, Qt::Key_Enter}) {
     auto* scorciatoia = new QShortcut(QKeySequence(Qt::CTRL | tasto), this);
     connect(scorciatoia, &QShortcut::activated, this, conferma);
@@ -119,7 +125,7 @@ void FinestraModaleQt::CollegaTasti() {
 void FinestraModaleQt::Abbandona() {
   Gesto([&] {
     if (parti_.PictureAnnulla->hasFocus() || !modello_.HaVariazioni()) {
-      Chiama(elenco_.annulla);
+      elenco_.PictureAnnulla_Click();
     } else {
       parti_.PictureAnnulla->setFocus();
     }
@@ -131,7 +137,7 @@ void FinestraModaleQt::MostraQuanteRighe() {
 }
 
 void FinestraModaleQt::Sincronizza() {
-  const StatoElenco& stato = elenco_.stato();
+  const StatoElenco& stato = elenco_.Stato();
   if (stato.scaricata) {
     Chiudi();
     return;
@@ -212,7 +218,7 @@ int FinestraModaleQt::Colonna(Genere genere) const {
 }
 
 const EditorCella& FinestraModaleQt::StatoEditor(Genere genere) const {
-  const StatoElenco& stato = elenco_.stato();
+  const StatoElenco& stato = elenco_.Stato();
   return genere == Genere::EditorData ? stato.data : stato.banca;
 }
 
@@ -227,12 +233,13 @@ QRect FinestraModaleQt::AreaEditor(Genere genere) const {
     return area;
   }
   // The screen knows the columns at their nominal widths: what it leaves free at the cell's ends stays free.
-  int sinistra = elenco_.stato().sinistraLista;
+  int sinistra = elenco_.Stato().sinistraLista;
   for (int colonna = 0; colonna < cella.column(); ++colonna) {
-    sinistra += elenco_.colonne[static_cast<std::size_t>(colonna)].larghezza;
+    sinistra += elenco_.Description().colonne[static_cast<std::size_t>(colonna)].larghezza;
   }
   const EditorCella& editor = StatoEditor(genere);
-  const int libera = elenco_.colonne[static_cast<std::size_t>(cella.column())].larghezza - editor.larghezza;
+  const int libera =
+      elenco_.Description().colonne[static_cast<std::size_t>(cella.column())].larghezza - editor.larghezza;
   const int larghezza = area.width() - libera / TwipsPerPixelX;
   area.translate((editor.sinistra - sinistra) / TwipsPerPixelX, 0);
   area.setWidth(larghezza);
@@ -248,10 +255,14 @@ void FinestraModaleQt::PosizionaEditor() {
   }
 }
 
+void FinestraModaleQt::ScriviNellEditor(const std::string& testo) {
+  Gesto([&] { elenco_.TextScad_Change(testo); });
+}
+
 void FinestraModaleQt::DigitaNellEditor(const QString& cifra) {
-  if (!chiusa_ && elenco_.stato().data.visibile) {
+  if (!chiusa_ && elenco_.Stato().data.visibile) {
     parti_.TextScad->setText(cifra);
-    Invia(elenco_.testoEditor, std::string_view(Utf8(cifra)));
+    ScriviNellEditor(Utf8(cifra));
   }
 }
 
@@ -266,7 +277,7 @@ bool FinestraModaleQt::event(QEvent* evento) {
     if (inGesto_ && !chiusa_) {
       // A message of the gesture that is running: an editor that the screen has closed is gone before it shows.
       const QScopedValueRollback<bool> muta(sincronizza_, true);
-      SincronizzaEditor(elenco_.stato());
+      SincronizzaEditor(elenco_.Stato());
     }
   }
   return QDialog::event(evento);
@@ -290,7 +301,7 @@ void FinestraModaleQt::closeEvent(QCloseEvent* evento) {
     return;
   }
   evento->ignore();
-  Invia(elenco_.chiudi);
+  Gesto([this] { elenco_.Form_QueryUnload(); });
 }
 
 void FinestraModaleQt::showEvent(QShowEvent* evento) {
@@ -302,7 +313,7 @@ void FinestraModaleQt::showEvent(QShowEvent* evento) {
 void FinestraModaleQt::resizeEvent(QResizeEvent* evento) {
   DialogoQt::resizeEvent(evento);
   parti_.testate->Disponi();
-  parti_.CopriBarrette(elenco_.stato().barretteNascoste);
+  parti_.CopriBarrette(elenco_.Stato().barretteNascoste);
   PosizionaEditor();
 }
 

@@ -9,14 +9,19 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <string>
 
 namespace lumoscad::qt {
 
 /// What the windows over a list have in common: the modal showing and its end, the way of a gesture to the screen and
 /// of the screen's state back to the widgets, the in-place editors. It has no rule of its own. A window adds the
 /// gestures that it alone has.
-class FinestraModaleQt : public DialogoQt {
+class FinestraModaleQt : public DialogoQt, protected ListListener {
  public:
+  FinestraModaleQt(const FinestraModaleQt&) = delete;
+  FinestraModaleQt& operator=(const FinestraModaleQt&) = delete;
+  ~FinestraModaleQt() override { parti_.vista->SetListener(nullptr); } // the list goes after this
+
   /// Shows the window until the screen has unloaded itself; gives back what a gesture threw, or null.
   [[nodiscard]] std::exception_ptr Mostra();
 
@@ -38,15 +43,8 @@ class FinestraModaleQt : public DialogoQt {
   /// Runs one gesture and follows it. Gestures that come while another one runs are dropped: they would find the
   /// screen half-way through a change. What one throws ends the showing.
   void Gesto(const std::function<void()>& azione);
-  /// A gesture that is one of the screen's callbacks; one that the screen does not have does nothing.
-  template <class Richiamo, class... Argomenti> void Invia(const Richiamo& richiamo, Argomenti... argomenti) {
-    Gesto([&] { Chiama(richiamo, argomenti...); });
-  }
-  template <class Richiamo, class... Argomenti> static void Chiama(const Richiamo& richiamo, Argomenti... argomenti) {
-    if (richiamo) {
-      richiamo(argomenti...);
-    }
-  }
+  /// `gesto` is what "Conferma" and its keys do.
+  void CollegaConferma(const std::function<void()>& gesto);
   [[nodiscard]] bool Chiusa() const noexcept { return chiusa_; }
 
   /// The first column of this kind; one past the last where there is none.
@@ -61,6 +59,8 @@ class FinestraModaleQt : public DialogoQt {
   /// True when the person left the field; false when the focus went to a list or a menu, or the window lost it.
   [[nodiscard]] static bool HaLasciatoIlCampo(const QFocusEvent& evento);
 
+  void RowSelected(int row) override;
+  void LaidOut() override;
   bool event(QEvent* evento) override;
   bool eventFilter(QObject* oggetto, QEvent* evento) override;
   void closeEvent(QCloseEvent* evento) override;
@@ -75,7 +75,7 @@ class FinestraModaleQt : public DialogoQt {
  private:
   void CollegaLista();
   void CollegaCampi();
-  void CollegaTasti();
+  void ScriviNellEditor(const std::string& testo);
   void MostraQuanteRighe();
   void Sincronizza();
   void SincronizzaRighe(const StatoElenco& stato);

@@ -37,13 +37,13 @@ QLabel* Scritta(const EtichettaElenco& voce, QWidget* padre) {
 } // namespace
 
 FinestraScadenzarioQt::FinestraScadenzarioQt(FinestraScadenzario& finestra, QWidget* sotto)
-    : FinestraModaleQt(finestra.elenco, sotto), finestra_(finestra) {
+    : FinestraModaleQt(finestra.Elenco(), sotto), finestra_(finestra) {
   AggiungiDescrizione();
   AggiungiSelezionaTutto();
   RinominaParti();
-  CollegaLista();
+  CollegaConferma([this] { finestra_.PictureOk_Click(); });
   CollegaCampi();
-  MostraScadenzario(finestra_.stato());
+  MostraScadenzario(finestra_.Stato());
   Completa();
 }
 
@@ -60,7 +60,7 @@ void FinestraScadenzarioQt::AggiungiDescrizione() {
   griglia->setVerticalSpacing(4);
   griglia->setColumnStretch(1, 1);
   int riga = 0;
-  for (const RigaDescrizione& voce : finestra_.descrizione) {
+  for (const RigaDescrizione& voce : finestra_.Description().descrizione) {
     QLabel* valore = Scritta(voce.valore, FrameDesc_);
     QFont carattere = valore->font();
     carattere.setBold(true);
@@ -75,8 +75,8 @@ void FinestraScadenzarioQt::AggiungiDescrizione() {
   if (auto* pila = qobject_cast<QVBoxLayout*>(layout())) {
     pila->insertWidget(0, FrameDesc_);
   }
-  QLabel* congedo = Scritta(finestra_.congedo, this);
-  congedo->setFont(aspetto::Carattere(finestra_.carattereCongedo));
+  QLabel* congedo = Scritta(finestra_.Description().congedo, this);
+  congedo->setFont(aspetto::Carattere(finestra_.Description().carattereCongedo));
   congedo->adjustSize();
   congedo->hide();
 }
@@ -104,15 +104,6 @@ void FinestraScadenzarioQt::RinominaParti() {
   }
 }
 
-void FinestraScadenzarioQt::CollegaLista() {
-  VistaElenco::Gesti& gesti = parti_.vista->gesti;
-  gesti.preme = [this](int riga, int x, int) { Preme(riga, x); };
-  gesti.rilascia = [this] { Rilascia(); };
-  gesti.attiva = [this](const QModelIndex& cella) { PremiColonna(modello_.Genere(cella.column())); };
-  gesti.digita = [this](const QModelIndex&, const QString& cifra) { Digita(cifra); };
-  gesti.bloccata = [this] { parti_.TextScad->setFocus(); };
-}
-
 void FinestraScadenzarioQt::CollegaCampi() {
   parti_.vista->installEventFilter(this);
   parti_.vista->setFocusPolicy(Qt::StrongFocus); // the wheel must not take the focus from an open editor
@@ -120,7 +111,8 @@ void FinestraScadenzarioQt::CollegaCampi() {
 }
 
 void FinestraScadenzarioQt::CollegaPulsanti() {
-  connect(PicSelezionaTutto_, &QPushButton::clicked, this, [this] { Invia(finestra_.selezionaTutto); });
+  connect(PicSelezionaTutto_, &QPushButton::clicked, this,
+          [this] { Gesto([this] { finestra_.PicSelezionaTutto_Click(); }); });
   connect(PicSelezionaTutto_, &QPushButton::pressed, this, [this] {
     // Its key leaves the field that has the focus before it counts, as a click does.
     PicSelezionaTutto_->setFocus(Qt::ShortcutFocusReason);
@@ -139,7 +131,7 @@ void FinestraScadenzarioQt::CollegaPulsanti() {
 }
 
 void FinestraScadenzarioQt::Segui(const StatoElenco& /*stato*/) {
-  MostraScadenzario(finestra_.stato());
+  MostraScadenzario(finestra_.Stato());
 }
 
 void FinestraScadenzarioQt::MostraScadenzario(const StatoScadenzario& stato) {
@@ -165,26 +157,38 @@ void FinestraScadenzarioQt::TieniInPrimoPiano(bool sopra) {
   }
 }
 
-void FinestraScadenzarioQt::Preme(int riga, int x) {
-  rigaPremuta_ = riga;
-  premutaLaSpunta_ = x < elenco_.colonne.front().larghezza;
-  if (riga >= 0) {
-    Gesto([this, riga] { Chiama(elenco_.seleziona, std::ptrdiff_t{riga}); });
+void FinestraScadenzarioQt::MousePressed(int row, int x, int /*y*/) {
+  rigaPremuta_ = row;
+  premutaLaSpunta_ = x < elenco_.Description().colonne.front().larghezza;
+  if (row >= 0) {
+    Gesto([this, row] { elenco_.Seleziona(row); });
   }
   if (std::exchange(rilascioPerso_, false)) {
-    Rilascia();
+    MouseReleased();
   }
 }
 
-void FinestraScadenzarioQt::Rilascia() {
+void FinestraScadenzarioQt::MouseReleased() {
   const int riga = std::exchange(rigaPremuta_, -1);
   if (riga < 0) {
     return;
   }
   if (premutaLaSpunta_) {
-    Invia(finestra_.spunta, static_cast<std::size_t>(riga));
+    Gesto([this, riga] { elenco_.LVScadenze_ItemCheck(static_cast<std::size_t>(riga)); });
   }
-  Invia(elenco_.clic, parti_.vista->rowViewportPosition(riga) * TwipsPerPixelY);
+  Gesto([&] { elenco_.LVScadenze_Click(parti_.vista->rowViewportPosition(riga) * TwipsPerPixelY); });
+}
+
+void FinestraScadenzarioQt::CellActivated(const QModelIndex& cell) {
+  PremiColonna(modello_.Genere(cell.column()));
+}
+
+void FinestraScadenzarioQt::DigitTyped(const QModelIndex& /*cell*/, const QString& digit) {
+  Digita(digit);
+}
+
+void FinestraScadenzarioQt::KeyRefused() {
+  parti_.TextScad->setFocus();
 }
 
 void FinestraScadenzarioQt::PremiColonna(Genere genere) {
@@ -200,7 +204,7 @@ void FinestraScadenzarioQt::Digita(const QString& cifra) {
 }
 
 bool FinestraScadenzarioQt::TastoInLista(const QKeyEvent& tasto) {
-  if (elenco_.stato().data.visibile) {
+  if (elenco_.Stato().data.visibile) {
     return false;
   }
   switch (tasto.key()) {
@@ -225,17 +229,17 @@ bool FinestraScadenzarioQt::TastoInEditor(const QKeyEvent& tasto) {
   switch (tasto.key()) {
   case Qt::Key_Tab:
   case Qt::Key_Backtab:
-    Invia(elenco_.tastoEditor, CodiceTab);
+    Gesto([this] { elenco_.TextScad_KeyPress(CodiceTab); });
     return true; // the focus stays: leaving the field would close it
   case Qt::Key_Return:
   case Qt::Key_Enter:
-    Invia(elenco_.tastoEditor, CodiceInvio);
+    Gesto([this] { elenco_.TextScad_KeyPress(CodiceInvio); });
     if (!Chiusa() && parti_.FrameScad->isHidden()) {
       parti_.vista->Vai(CellaEditor(Genere::EditorData).row() + 1, parti_.vista->currentIndex().column());
     }
     return true;
   case Qt::Key_Escape:
-    Invia(elenco_.abbandonaEditor);
+    Gesto([this] { elenco_.AbbandonaEditor(); });
     return true;
   default:
     return false;
@@ -244,7 +248,7 @@ bool FinestraScadenzarioQt::TastoInEditor(const QKeyEvent& tasto) {
 
 void FinestraScadenzarioQt::LasciaCampo(const std::function<void()>& gesto, const QFocusEvent& evento) {
   coperta_ = false;
-  Invia(gesto);
+  Gesto(gesto);
   // The focus went with a press of the mouse, and a message came up before the press arrived: the button of the mouse
   // went up over the message, and this window never hears of it.
   if (coperta_ && evento.reason() == Qt::MouseFocusReason && !(QGuiApplication::mouseButtons() & Qt::LeftButton)) {
@@ -264,9 +268,9 @@ bool FinestraScadenzarioQt::eventFilter(QObject* oggetto, QEvent* evento) {
   if (evento->type() == QEvent::FocusOut && HaLasciatoIlCampo(static_cast<const QFocusEvent&>(*evento))) {
     const auto& perso = static_cast<const QFocusEvent&>(*evento);
     if (oggetto == parti_.TextScad) {
-      LasciaCampo(finestra_.perdeFuocoEditor, perso);
+      LasciaCampo([this] { elenco_.TextScad_LostFocus(); }, perso);
     } else if (oggetto == parti_.TextScadenza) {
-      LasciaCampo(finestra_.perdeFuocoScadenza, perso);
+      LasciaCampo([this] { elenco_.TextScadenza_LostFocus(); }, perso);
     }
   }
   return FinestraModaleQt::eventFilter(oggetto, evento);

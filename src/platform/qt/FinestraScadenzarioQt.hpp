@@ -21,19 +21,21 @@ class FinestraScadenzarioQt final : public FinestraModaleQt {
  private:
   [[nodiscard]] QString QuanteRighe(int righe) const override;
   void Segui(const StatoElenco& stato) override;
+  void MousePressed(int row, int x, int y) override;
+  void MouseReleased() override;
+  void CellActivated(const QModelIndex& cell) override;
+  void DigitTyped(const QModelIndex& cell, const QString& digit) override;
+  void KeyRefused() override;
 
   void AggiungiDescrizione();
   void AggiungiSelezionaTutto();
   void RinominaParti();
-  void CollegaLista();
   void CollegaCampi();
   void CollegaPulsanti();
 
   void MostraScadenzario(const StatoScadenzario& stato);
   void TieniInPrimoPiano(bool sopra);
 
-  void Preme(int riga, int x);
-  void Rilascia();
   void PremiColonna(Genere genere);
   void Digita(const QString& cifra);
   bool TastoInLista(const QKeyEvent& tasto);

@@ -19,7 +19,7 @@ int ModelloElenco::rowCount(const QModelIndex& padre) const {
 }
 
 int ModelloElenco::columnCount(const QModelIndex& padre) const {
-  return padre.isValid() ? 0 : static_cast<int>(finestra_.colonne.size());
+  return padre.isValid() ? 0 : static_cast<int>(finestra_.Description().colonne.size());
 }
 
 QVariant ModelloElenco::data(const QModelIndex& cella, int ruolo) const {
@@ -29,7 +29,7 @@ QVariant ModelloElenco::data(const QModelIndex& cella, int ruolo) const {
   try {
     const auto riga = static_cast<std::size_t>(cella.row());
     // While a gesture runs, the screen may already have fewer rows than this model was told of.
-    return riga < finestra_.righe() ? Leggi(riga, cella.column(), ruolo) : QVariant();
+    return riga < finestra_.RowCount() ? Leggi(riga, cella.column(), ruolo) : QVariant();
   } catch (...) {
     if (guasto) {
       guasto(std::current_exception());
@@ -44,17 +44,17 @@ QVariant ModelloElenco::Leggi(std::size_t riga, int colonna, int ruolo) const {
   case Qt::DisplayRole:
     return genere == Colonna::Spunta ? QVariant() : QVariant(TestoCella(riga, colonna));
   case Qt::CheckStateRole:
-    return genere == Colonna::Spunta ? QVariant(finestra_.spuntata(riga, colonna) ? Qt::Checked : Qt::Unchecked)
+    return genere == Colonna::Spunta ? QVariant(finestra_.Ticked(riga, colonna) ? Qt::Checked : Qt::Unchecked)
                                      : QVariant();
   case Qt::TextAlignmentRole:
     return QVariant::fromValue(Qt::AlignVCenter | (genere == Colonna::Importo ? Qt::AlignRight : Qt::AlignLeft));
   case Qt::AccessibleTextRole:
-    return genere == Colonna::Spunta ? QVariant(finestra_.spuntata(riga, colonna) ? QStringLiteral("spuntata")
-                                                                                  : QStringLiteral("non spuntata"))
-                                     : QVariant(TestoCella(riga, colonna));
+    return genere == Colonna::Spunta
+               ? QVariant(finestra_.Ticked(riga, colonna) ? QStringLiteral("spuntata") : QStringLiteral("non spuntata"))
+               : QVariant(TestoCella(riga, colonna));
   case RuoloReportIcon:
     return genere == Colonna::Spunta
-               ? QVariant(finestra_.spuntata(riga, colonna) ? QStringLiteral("CHKON") : QStringLiteral("CHKOFF"))
+               ? QVariant(finestra_.Ticked(riga, colonna) ? QStringLiteral("CHKON") : QStringLiteral("CHKOFF"))
                : QVariant();
   case RuoloVariata:
     return Variata(riga, colonna);
@@ -64,18 +64,18 @@ QVariant ModelloElenco::Leggi(std::size_t riga, int colonna, int ruolo) const {
 }
 
 QString ModelloElenco::TestoCella(std::size_t riga, int colonna) const {
-  return Testo(finestra_.testo(riga, colonna));
+  return Testo(finestra_.CellText(riga, colonna));
 }
 
 bool ModelloElenco::Variata(std::size_t riga, int colonna) const {
-  const int attuale = finestra_.colonne[static_cast<std::size_t>(colonna)].attuale;
+  const int attuale = finestra_.Description().colonne[static_cast<std::size_t>(colonna)].attuale;
   if (attuale < 0) {
     return false;
   }
   // Both texts may live in one buffer of the screen, so the first is copied before the second is asked for.
-  const std::string nuovo(finestra_.testo(riga, colonna));
+  const std::string nuovo(finestra_.CellText(riga, colonna));
   // A blank is what a refused date leaves behind: it changes nothing.
-  return nuovo.find_first_not_of(' ') != std::string::npos && nuovo != finestra_.testo(riga, attuale);
+  return nuovo.find_first_not_of(' ') != std::string::npos && nuovo != finestra_.CellText(riga, attuale);
 }
 
 bool ModelloElenco::HaVariazioni() const {
@@ -93,7 +93,7 @@ QVariant ModelloElenco::headerData(int sezione, Qt::Orientation verso, int ruolo
   if (verso != Qt::Horizontal || ruolo != Qt::DisplayRole || sezione < 0 || sezione >= columnCount()) {
     return {};
   }
-  return Testo(finestra_.colonne[static_cast<std::size_t>(sezione)].intestazione);
+  return Testo(finestra_.Description().colonne[static_cast<std::size_t>(sezione)].intestazione);
 }
 
 Qt::ItemFlags ModelloElenco::flags(const QModelIndex& cella) const {
@@ -102,7 +102,7 @@ Qt::ItemFlags ModelloElenco::flags(const QModelIndex& cella) const {
 
 void ModelloElenco::Ricarica() {
   beginResetModel();
-  righe_ = static_cast<int>(std::min<std::size_t>(finestra_.righe(), std::numeric_limits<int>::max() / 64));
+  righe_ = static_cast<int>(std::min<std::size_t>(finestra_.RowCount(), std::numeric_limits<int>::max() / 64));
   endResetModel();
 }
 
@@ -117,7 +117,7 @@ ColonnaElenco::Genere ModelloElenco::Genere(int colonna) const {
   if (colonna < 0 || colonna >= columnCount()) {
     return Colonna::Testo;
   }
-  return finestra_.colonne[static_cast<std::size_t>(colonna)].genere;
+  return finestra_.Description().colonne[static_cast<std::size_t>(colonna)].genere;
 }
 
 } // namespace lumoscad::qt

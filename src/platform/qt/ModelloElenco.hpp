@@ -9,8 +9,8 @@
 
 namespace lumoscad::qt {
 
-/// The rows of a list window as a Qt model. It keeps no row of its own: every cell is read through the window's
-/// callbacks when it is painted, so a million rows cost no more than twenty.
+/// The rows of a list window as a Qt model. It keeps no row of its own: every cell is read from the
+/// screen when it is painted, so a million rows cost no more than twenty.
 class ModelloElenco final : public QAbstractTableModel {
  public:
   /// True for an editable cell whose new value differs from the present one.

@@ -29,7 +29,7 @@ constexpr int AltezzaCampo = 28;
 
 /// What the picture has to the right of the list, in pixels.
 int MargineQuadro(const FinestraElenco& finestra) {
-  const StatoElenco& stato = finestra.stato();
+  const StatoElenco& stato = finestra.Stato();
   return (stato.larghezzaQuadro - stato.larghezzaLista) / TwipsPerPixelX;
 }
 
@@ -58,7 +58,7 @@ void InCornice(QWidget* editor) {
 }
 
 bool HaEditorBanca(const FinestraElenco& finestra) {
-  return std::any_of(finestra.colonne.begin(), finestra.colonne.end(),
+  return std::any_of(finestra.Description().colonne.begin(), finestra.Description().colonne.end(),
                      [](const ColonnaElenco& colonna) { return colonna.genere == ColonnaElenco::Genere::EditorBanca; });
 }
 
@@ -94,7 +94,7 @@ QComboBox* Elenco(const QString& nome, const std::vector<std::string>& voci, con
                   QWidget* padre) {
   auto* combo = new QComboBox(padre);
   combo->setObjectName(nome);
-  const QFont carattere = aspetto::Carattere(finestra.carattere);
+  const QFont carattere = aspetto::Carattere(finestra.Description().carattere);
   combo->setFont(carattere);
   combo->view()->setFont(carattere); // what drops down is a window of its own, and has the calling program's font
   // Sized by a fixed number of characters: measuring every entry would read them all.
@@ -113,7 +113,7 @@ QComboBox* Elenco(const QString& nome, const std::vector<std::string>& voci, con
 }
 
 void AggiungiEtichette(const FinestraElenco& finestra, QBoxLayout& riga, QWidget* padre) {
-  for (const EtichettaElenco& voce : finestra.etichette) {
+  for (const EtichettaElenco& voce : finestra.Description().etichette) {
     auto* etichetta = new QLabel(padre);
     etichetta->setObjectName(Testo(voce.nome));
     etichetta->setTextFormat(Qt::PlainText);
@@ -144,7 +144,7 @@ QPushButton* PulsanteImmagine(const QString& nome, const QString& testo, IconaEl
 } // namespace
 
 StrutturaElenco::StrutturaElenco(QDialog& dialogo, const FinestraElenco& finestra, ModelloElenco& modello) {
-  aspetto::Vesti(dialogo, finestra.carattere);
+  aspetto::Vesti(dialogo, finestra.Description().carattere);
   auto* pila = new QVBoxLayout(&dialogo);
   pila->setContentsMargins(MargineFinestra, 10, MargineFinestra, 10);
   pila->setSpacing(0);
@@ -167,15 +167,15 @@ void StrutturaElenco::Sopra(QDialog& dialogo, const FinestraElenco& finestra, QB
   AggiungiALista(pila, rigaScadenza, finestra);
   QWidget* contenitoreBanca = rigaScadenza;
   QHBoxLayout* rigaBanca = primaRiga;
-  if (finestra.campoData) {
+  if (finestra.Description().campoData) {
     primaRiga->addWidget(CampoScadenza(finestra, rigaScadenza));
   }
-  if (finestra.campoBanca && finestra.campoData) {
+  if (finestra.Description().campoBanca && finestra.Description().campoData) {
     contenitoreBanca = Cornice(QStringLiteral("FrameRigaBanca"), &dialogo);
     rigaBanca = InRiga(contenitoreBanca, 2, 4);
     AggiungiALista(pila, contenitoreBanca, finestra);
   }
-  if (finestra.campoBanca) {
+  if (finestra.Description().campoBanca) {
     rigaBanca->addWidget(CampoBanca(finestra, contenitoreBanca));
   }
   AggiungiEtichette(finestra, *primaRiga, rigaScadenza);
@@ -194,13 +194,13 @@ QFrame* StrutturaElenco::CampoScadenza(const FinestraElenco& finestra, QWidget* 
   QHBoxLayout* riga = InRiga(cornice);
   TextScadenza = new QLineEdit(cornice);
   TextScadenza->setObjectName(QStringLiteral("TextScadenza"));
-  TextScadenza->setAccessibleName(Testo(*finestra.campoData));
+  TextScadenza->setAccessibleName(Testo(*finestra.Description().campoData));
   TextScadenza->setPlaceholderText(QStringLiteral("GG/MM/AAAA"));
   TextScadenza->setContextMenuPolicy(Qt::NoContextMenu);
   TextScadenza->setFixedSize(132, AltezzaCampo);
   riga->addWidget(Didascalia(QStringLiteral("lblScadenza"),
-                             ConTastoDiScelta(Testo(*finestra.campoData), QStringLiteral("cab")), TextScadenza,
-                             cornice));
+                             ConTastoDiScelta(Testo(*finestra.Description().campoData), QStringLiteral("cab")),
+                             TextScadenza, cornice));
   riga->addWidget(TextScadenza);
   return cornice;
 }
@@ -208,13 +208,14 @@ QFrame* StrutturaElenco::CampoScadenza(const FinestraElenco& finestra, QWidget* 
 QFrame* StrutturaElenco::CampoBanca(const FinestraElenco& finestra, QWidget* padre) {
   QFrame* cornice = Cornice(QStringLiteral("FrameNuovaBanca"), padre);
   QHBoxLayout* riga = InRiga(cornice);
-  cmbBanche = Elenco(QStringLiteral("cmbBanche"), finestra.banche, finestra, cornice);
-  cmbBanche->setAccessibleName(Testo(*finestra.campoBanca));
+  cmbBanche = Elenco(QStringLiteral("cmbBanche"), finestra.Description().banche, finestra, cornice);
+  cmbBanche->setAccessibleName(Testo(*finestra.Description().campoBanca));
   cmbBanche->setFocusPolicy(Qt::StrongFocus);
   cmbBanche->setFixedSize(320, AltezzaCampo);
-  const QString occupati = finestra.campoData ? QStringLiteral("can") : QStringLiteral("ca");
-  riga->addWidget(Didascalia(QStringLiteral("lblBanche"), ConTastoDiScelta(Testo(*finestra.campoBanca), occupati),
-                             cmbBanche, cornice));
+  const QString occupati = finestra.Description().campoData ? QStringLiteral("can") : QStringLiteral("ca");
+  riga->addWidget(Didascalia(QStringLiteral("lblBanche"),
+                             ConTastoDiScelta(Testo(*finestra.Description().campoBanca), occupati), cmbBanche,
+                             cornice));
   riga->addWidget(cmbBanche);
   return cornice;
 }
@@ -246,7 +247,7 @@ void StrutturaElenco::Editor(const FinestraElenco& finestra) {
   InCornice(TextScad);
   if (HaEditorBanca(finestra)) {
     FrameBanca = Cornice(QStringLiteral("FrameBanca"), picScadenzeBanche);
-    cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), finestra.bancheCella, finestra, FrameBanca);
+    cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), finestra.Description().bancheCella, finestra, FrameBanca);
     cmbBanche2->setAccessibleName(QStringLiteral("Nuova banca della riga"));
     InCornice(cmbBanche2);
   }

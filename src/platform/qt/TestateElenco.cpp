@@ -83,14 +83,14 @@ void ImmagineQt::paintEvent(QPaintEvent*) {
 
 TestateElenco::TestateElenco(const FinestraElenco& finestra, QTableView& vista, QWidget* padre)
     : QWidget(padre), finestra_(finestra), vista_(vista) {
-  setFont(aspetto::Carattere(finestra.carattereTestate));
+  setFont(aspetto::Carattere(finestra.Description().carattereTestate));
   setFixedHeight(aspetto::AltezzaTestata);
   AggiungiTestate();
   AggiungiColonneScoperte();
 }
 
 void TestateElenco::AggiungiTestate() {
-  for (const TestataElenco& testata : finestra_.testate) {
+  for (const TestataElenco& testata : finestra_.Description().testate) {
     const QString numero = QString::number(testata.indice);
     Voce voce;
     voce.testata =
@@ -101,8 +101,8 @@ void TestateElenco::AggiungiTestate() {
     voce.prima = testata.prima;
     voce.ultima = testata.ultima;
     const auto ultima = static_cast<std::size_t>(std::max(testata.ultima, 0));
-    voce.testata->AllineaDestra(ultima < finestra_.colonne.size() &&
-                                finestra_.colonne[ultima].genere == ColonnaElenco::Genere::Importo);
+    voce.testata->AllineaDestra(ultima < finestra_.Description().colonne.size() &&
+                                finestra_.Description().colonne[ultima].genere == ColonnaElenco::Genere::Importo);
     voce.testata->setToolTip(testata.ordina
                                  ? QStringLiteral("Ordina per %1 (Ctrl+%2)").arg(Testo(testata.testo), numero)
                                  : Testo(testata.testo));
@@ -116,13 +116,13 @@ void TestateElenco::AggiungiTestate() {
 }
 
 bool TestateElenco::Coperta(int colonna) const {
-  return std::any_of(finestra_.testate.begin(), finestra_.testate.end(),
+  return std::any_of(finestra_.Description().testate.begin(), finestra_.Description().testate.end(),
                      [colonna](const TestataElenco& t) { return t.prima <= colonna && colonna <= t.ultima; });
 }
 
 void TestateElenco::AggiungiColonneScoperte() {
-  for (int colonna = 0; colonna < static_cast<int>(finestra_.colonne.size()); ++colonna) {
-    const ColonnaElenco& c = finestra_.colonne[static_cast<std::size_t>(colonna)];
+  for (int colonna = 0; colonna < static_cast<int>(finestra_.Description().colonne.size()); ++colonna) {
+    const ColonnaElenco& c = finestra_.Description().colonne[static_cast<std::size_t>(colonna)];
     if (c.larghezza <= 0) {
       continue;
     }

@@ -25,11 +25,11 @@ bool Editabile(Genere genere) {
 } // namespace
 
 VistaElenco::VistaElenco(const FinestraElenco& finestra, ModelloElenco& modello, QWidget* padre)
-    : QTableView(padre), finestra_(finestra), modello_(modello), misure_(finestra.colonne),
+    : QTableView(padre), finestra_(finestra), modello_(modello), misure_(finestra.Description().colonne),
       immagini_(new ImmaginiElenco(this)) {
-  setObjectName(Testo(finestra.nomeLista));
-  setAccessibleName(Testo(finestra.titolo));
-  setFont(aspetto::Carattere(finestra.carattere));
+  setObjectName(Testo(finestra.Description().nomeLista));
+  setAccessibleName(Testo(finestra.Description().titolo));
+  setFont(aspetto::Carattere(finestra.Description().carattere));
   setModel(&modello);
   setItemDelegate(new DelegatoElenco(*immagini_, this));
   Prepara();
@@ -54,15 +54,15 @@ void VistaElenco::Prepara() {
   verticalHeader()->setDefaultSectionSize(aspetto::AltezzaRiga);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   for (int colonna = 0; colonna < modello_.columnCount(); ++colonna) {
-    setColumnHidden(colonna, finestra_.colonne[static_cast<std::size_t>(colonna)].larghezza <= 0);
+    setColumnHidden(colonna, finestra_.Description().colonne[static_cast<std::size_t>(colonna)].larghezza <= 0);
   }
   DisponiColonne();
 }
 
 QSize VistaElenco::sizeHint() const {
-  const StatoElenco& stato = finestra_.stato();
+  const StatoElenco& stato = finestra_.Stato();
   const int barra = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
-  const bool scorre = modello_.rowCount() > finestra_.righeSenzaScorrere;
+  const bool scorre = modello_.rowCount() > finestra_.Description().righeSenzaScorrere;
   const int larghezza = std::max(misure_.Totale() + (scorre ? barra : 0), stato.larghezzaLista / TwipsPerPixelX);
   const int altezza = std::max(stato.altezzaLista / TwipsPerPixelY, 6 * aspetto::AltezzaRiga);
   return {larghezza, altezza};
@@ -89,8 +89,8 @@ void VistaElenco::Vai(int riga, int colonna) {
 void VistaElenco::Premi(const QModelIndex& cella) {
   scrollTo(cella);
   const int y = (rowViewportPosition(cella.row()) + rowHeight(cella.row()) / 2) * TwipsPerPixelY;
-  gesti.preme(cella.row(), misure_.Mezzo(cella.column()), y);
-  gesti.rilascia();
+  listener_->MousePressed(cella.row(), misure_.Mezzo(cella.column()), y);
+  listener_->MouseReleased();
 }
 
 int VistaElenco::ColonnaAttiva(int colonna, bool avanti, bool soloEditor) const {
@@ -113,8 +113,8 @@ void VistaElenco::currentChanged(const QModelIndex& nuova, const QModelIndex& ve
   QTableView::currentChanged(nuova, vecchia);
   viewport()->update(visualRect(vecchia));
   viewport()->update(visualRect(nuova));
-  if (!taciSelezione_ && nuova.isValid() && nuova.row() != vecchia.row() && gesti.seleziona) {
-    gesti.seleziona(nuova.row());
+  if (!taciSelezione_ && nuova.isValid() && nuova.row() != vecchia.row() && listener_ != nullptr) {
+    listener_->RowSelected(nuova.row());
   }
 }
 
@@ -143,7 +143,7 @@ void VistaElenco::mousePressEvent(QMouseEvent* evento) {
     taciSelezione_ = prima;
   }
   premuta_ = true;
-  gesti.preme(riga, x, y);
+  listener_->MousePressed(riga, x, y);
 }
 
 void VistaElenco::mouseMoveEvent(QMouseEvent* evento) {
@@ -153,7 +153,7 @@ void VistaElenco::mouseMoveEvent(QMouseEvent* evento) {
 void VistaElenco::mouseReleaseEvent(QMouseEvent* evento) {
   evento->accept();
   if (evento->button() == Qt::LeftButton && std::exchange(premuta_, false)) {
-    gesti.rilascia();
+    listener_->MouseReleased();
   }
 }
 
@@ -163,7 +163,7 @@ void VistaElenco::keyPressEvent(QKeyEvent* evento) {
     return;
   }
   if (bloccata_) {
-    gesti.bloccata();
+    listener_->KeyRefused();
     evento->accept();
     return;
   }
@@ -183,12 +183,12 @@ bool VistaElenco::TastoSullaCella(const QKeyEvent& evento) {
   const int tasto = evento.key();
   if (tasto == Qt::Key_Space || tasto == Qt::Key_Return || tasto == Qt::Key_Enter || tasto == Qt::Key_F2) {
     if (cella.isValid() && (tasto == Qt::Key_Space ? genere == Genere::Spunta : Editabile(genere))) {
-      gesti.attiva(cella);
+      listener_->CellActivated(cella);
     }
     return true;
   }
   if (genere == Genere::EditorData && evento.text().size() == 1 && evento.text().at(0).isDigit()) {
-    gesti.digita(cella, evento.text());
+    listener_->DigitTyped(cella, evento.text());
     return true;
   }
   return false;
@@ -221,8 +221,8 @@ void VistaElenco::resizeEvent(QResizeEvent* evento) {
 
 void VistaElenco::scrollContentsBy(int dx, int dy) {
   QTableView::scrollContentsBy(dx, dy);
-  if (gesti.disposta) {
-    gesti.disposta();
+  if (listener_ != nullptr) {
+    listener_->LaidOut();
   }
 }
 
@@ -233,8 +233,8 @@ void VistaElenco::DisponiColonne() {
       setColumnWidth(colonna, pixel[static_cast<std::size_t>(colonna)]);
     }
   }
-  if (gesti.disposta) {
-    gesti.disposta();
+  if (listener_ != nullptr) {
+    listener_->LaidOut();
   }
 }
 

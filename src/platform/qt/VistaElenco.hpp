@@ -7,34 +7,46 @@
 
 #include <QTableView>
 
-#include <functional>
 #include <utility>
 
 namespace lumoscad::qt {
 
+/// Who is told of what happens in a list. Positions are nominal twips, rows are -1 for none.
+class ListListener {
+ public:
+  ListListener() = default;
+  ListListener(const ListListener&) = delete;
+  ListListener& operator=(const ListListener&) = delete;
+  virtual ~ListListener() = default;
+
+  virtual void RowSelected(int row) = 0;
+  /// Left button down; `row` is the one under the pointer.
+  virtual void MousePressed(int row, int x, int y) = 0;
+  /// Left button up after a press in the list.
+  virtual void MouseReleased() = 0;
+  /// A tick or an editor was chosen by keyboard.
+  virtual void CellActivated(const QModelIndex& cell) = 0;
+  /// A digit was typed on a date cell.
+  virtual void DigitTyped(const QModelIndex& cell, const QString& digit) = 0;
+  /// A key came while the list was blocked.
+  virtual void KeyRefused() = 0;
+  /// Columns or scroll position changed.
+  virtual void LaidOut() = 0;
+};
+
 /// The list of a window: a table that turns mouse and keys into the gestures the screens know.
 class VistaElenco final : public QTableView {
  public:
-  /// Where the gestures go; positions are nominal twips, rows are -1 for none.
-  struct Gesti {
-    std::function<void(int riga)> seleziona;
-    std::function<void(int riga, int x, int y)> preme;    ///< left button down; `riga` is the row under the pointer
-    std::function<void()> rilascia;                       ///< left button up after a press in the list
-    std::function<void(const QModelIndex& cella)> attiva; ///< a tick or an editor, by keyboard
-    std::function<void(const QModelIndex& cella, const QString& cifra)> digita; ///< a digit on a date cell
-    std::function<void()> bloccata;                                             ///< a key while the list is blocked
-    std::function<void()> disposta;                                             ///< columns or scroll position changed
-  };
-
   VistaElenco(const FinestraElenco& finestra, ModelloElenco& modello, QWidget* padre);
 
-  Gesti gesti;
+  /// There is one from the moment on at which the list can be seen, and it outlives the list's last event.
+  void SetListener(ListListener* listener) { listener_ = listener; }
 
   /// The pictures of the tick cells.
   [[nodiscard]] ImmaginiElenco& Immagini() const noexcept { return *immagini_; }
   /// Makes `riga` the current row, in the current column, without telling anyone.
   void MostraSelezionata(int riga);
-  /// Makes `cella` the current one; the row is told to `seleziona` when it changes.
+  /// Makes `cella` the current one; the listener is told of the row when it changes.
   void Vai(int riga, int colonna);
   /// While blocked, neither the wheel nor the keys move the list under an open editor.
   void Blocca(bool bloccata) { bloccata_ = bloccata; }
@@ -73,6 +85,7 @@ class VistaElenco final : public QTableView {
   ModelloElenco& modello_;
   MisureColonne misure_;
   ImmaginiElenco* immagini_;
+  ListListener* listener_ = nullptr;
   bool taciSelezione_ = false;
   bool premuta_ = false;
   bool bloccata_ = false;

@@ -1,0 +1,163 @@
+// The editors that open over a cell: the new date and the new bank of a row.
+
+#include "common/Testo.hpp"
+#include "common/Utilities.hpp"
+#include "screens/Griglia.hpp"
+
+#include <algorithm>
+
+namespace lumoscad {
+namespace {
+
+constexpr int TastoTab = 9;
+constexpr int TastoInvio = 13;
+
+} // namespace
+
+std::optional<std::size_t> Griglia::RigaInModifica() const {
+  if (!descrizione_.primaConChiave && rigaInModifica_ < Righe.Quante() &&
+      ChiaveRiga(rigaInModifica_) == chiaveInModifica_) {
+    return rigaInModifica_;
+  }
+  for (std::size_t posto = 0; posto < Righe.Quante(); ++posto) {
+    if (ChiaveRiga(Righe.RigaAlPosto(posto)) == chiaveInModifica_) {
+      return Righe.RigaAlPosto(posto);
+    }
+  }
+  return std::nullopt;
+}
+
+std::ptrdiff_t Griglia::PostoInModifica() const {
+  const auto riga = RigaInModifica();
+  return riga ? static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*riga)) : -1;
+}
+
+void Griglia::NascondiSeScorre() {
+  if (Righe.Quante() > static_cast<std::size_t>(descrizione_.righeSenzaScorrere)) {
+    NascondiBarrette();
+  }
+}
+
+void Griglia::NascondiBarrette() {
+  stato_.barretteNascoste = true;
+}
+
+void Griglia::RimettiBarrette() {
+  stato_.barretteNascoste = false;
+}
+
+void Griglia::ApriEditor(EditorCella& editor, std::size_t riga, int top, int left, int width) {
+  editor.alto = top;
+  editor.sinistra = left;
+  editor.larghezza = width;
+  editor.visibile = true;
+  editor.posto = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(riga));
+  rigaInModifica_ = riga;
+  chiaveInModifica_ = ChiaveRiga(riga);
+}
+
+void Griglia::InserisciScadenza(int top, int left, int width) {
+  const auto riga = Modificabile() ? RigaSelezionata() : std::nullopt;
+  if (!riga) {
+    return;
+  }
+  NascondiSeScorre();
+  TogliBanca();
+  stato_.data.testo = Righe.Testo(*riga, descrizione_.data.colonna);
+  ApriEditor(stato_.data, *riga, top, left, width);
+}
+
+void Griglia::TogliScadenza() {
+  if (!stato_.data.visibile || !Modificabile()) {
+    return;
+  }
+  stato_.data.visibile = false;
+  if (descrizione_.data.fuocoChiude) {
+    RimettiBarrette(); // nobody does it after the focus has gone
+  }
+  if (const auto riga = RigaInModifica()) {
+    ScriviData(*riga, stato_.data.testo);
+    Cambiata();
+  }
+}
+
+void Griglia::ScriviData(std::size_t riga, std::string_view testo) {
+  const NuovaDataGriglia& data = descrizione_.data;
+  const bool scritta = data.senza == SenzaData::Presente ? MaggioreDiSpazio(testo) : !testo.empty();
+  if (scritta) {
+    Righe.ImpostaTesto(riga, data.colonna, Utilities::ControllaData(testo));
+  } else {
+    Righe.ImpostaTesto(riga, data.colonna, DataTolta(riga));
+  }
+}
+
+void Griglia::TextScad_Change(std::string_view testo) {
+  stato_.data.testo = testo;
+}
+
+void Griglia::TextScad_KeyPress(int codice) {
+  if (codice == TastoInvio || (codice == TastoTab && descrizione_.data.tabChiude)) {
+    TogliScadenza();
+    RimettiBarrette();
+  }
+}
+
+void Griglia::TextScad_LostFocus() {
+  if (descrizione_.data.fuocoChiude) {
+    TogliScadenza();
+  }
+}
+
+int Griglia::TrovaRigaBanca(const std::vector<std::string>& combo, std::string_view testo) {
+  const auto trovata = std::find(combo.begin(), combo.end(), testo);
+  return trovata == combo.end() ? 0 : static_cast<int>(trovata - combo.begin());
+}
+
+void Griglia::InserisciBanca(int top, int left, int width) {
+  const auto riga = Modificabile() ? RigaSelezionata() : std::nullopt;
+  if (!riga) {
+    return;
+  }
+  NascondiSeScorre();
+  TogliScadenza();
+  TogliBanca();
+  stato_.banca.indice = TrovaRigaBanca(cmbBanche2.voci, Righe.Testo(*riga, descrizione_.banca.colonna));
+  ApriEditor(stato_.banca, *riga, top, left, width);
+}
+
+void Griglia::TogliBanca() {
+  if (!stato_.banca.visibile || !Modificabile()) {
+    return;
+  }
+  stato_.banca.visibile = false;
+  const int indice = stato_.banca.indice;
+  const auto& voci = cmbBanche2.voci;
+  const bool conTesto =
+      indice >= 0 && static_cast<std::size_t>(indice) < voci.size() && !voci[static_cast<std::size_t>(indice)].empty();
+  if (const auto riga = conTesto ? RigaInModifica() : std::nullopt) {
+    Righe.ImpostaSpunta(*riga, descrizione_.banca.spunta, true);
+    AssegnaBanca(*riga, indice, descrizione_.banca.codiciInAlto ? cmbBanche : cmbBanche2);
+    Cambiata();
+  }
+}
+
+void Griglia::cmbBanche2_Click(int indice) {
+  stato_.banca.indice = indice;
+}
+
+void Griglia::cmbBanche2_LostFocus() {
+  // The editor also loses the focus when it was closed for the date editor, which keeps the scroll bars covered.
+  if (!stato_.banca.visibile) {
+    return;
+  }
+  TogliBanca();
+  RimettiBarrette();
+}
+
+void Griglia::AbbandonaEditor() {
+  stato_.data.visibile = false;
+  stato_.banca.visibile = false;
+  RimettiBarrette();
+}
+
+} // namespace lumoscad
