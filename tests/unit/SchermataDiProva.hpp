@@ -5,8 +5,8 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lumoscad::prova {
@@ -21,8 +21,18 @@ class GrigliaDiProva : public testing::Test {
                        const std::string& banca = "") {
     const std::string ordina =
         scadenza.empty() ? "" : scadenza.substr(6) + "/" + scadenza.substr(3, 2) + "/" + scadenza.substr(0, 2);
-    const auto riga = griglia.Righe.Aggiungi(
-        {conto, "2006 1", scadenza, "31/01/2006", banca, "100,00", "", scadenza, "1", "", banca, ordina});
+    std::vector<std::string_view> testi(Schermata::Colonne);
+    testi[Schermata::Conto] = conto;
+    testi[Schermata::Partita] = "2006 1";
+    testi[Schermata::Scadenza] = scadenza;
+    testi[Schermata::ScadenzaOrig] = "31/01/2006";
+    testi[Schermata::Banca] = banca;
+    testi[Schermata::Importo] = "100,00";
+    testi[Schermata::NuovaScadenza] = scadenza;
+    testi[Schermata::NumeroRata] = "1";
+    testi[Schermata::NuovaBanca] = banca;
+    testi[Schermata::ScadenzaOrdinaData] = ordina;
+    const auto riga = griglia.Righe.Aggiungi(testi);
     griglia.Righe.ImpostaTag(riga, Schermata::Conto, "C" + std::to_string(riga));
     griglia.Righe.ImpostaTag(riga, Schermata::Banca, banca.empty() ? "" : "B06");
     return riga;
@@ -34,9 +44,17 @@ class GrigliaDiProva : public testing::Test {
     griglia.Resize();
   }
 
-  [[nodiscard]] static int Mezzo(int colonna) {
-    constexpr std::array<int, 12> mezzi = {1700, 4000, 5500, 7000, 9000, 11000, 12500, 13000, -1, 14400, 15000, -1};
-    return mezzi[static_cast<std::size_t>(colonna)];
+  /// The middle of a column's cells, in twips from the list's left end.
+  [[nodiscard]] int Mezzo(int colonna) const {
+    int sinistra = 0;
+    while (griglia.TrovaCoordinate(sinistra) < colonna) {
+      ++sinistra;
+    }
+    int destra = sinistra;
+    while (griglia.TrovaCoordinate(destra) == colonna) {
+      ++destra;
+    }
+    return (sinistra + destra) / 2;
   }
   /// Selects the row and clicks its cell.
   void Clic(std::size_t riga, int colonna) {
