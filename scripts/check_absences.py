@@ -32,6 +32,9 @@ ABSENT = [
      "files are written by the link's adapter and platform/FileLocale alone"),
     (re.compile(r"(?<![\w.>])(std::|::)?(system|popen|wordexp)\s*\("), ("src/", "app/", "include/"),
      "no shell is started"),
+    (re.compile(r"\b(class|struct)\s+\w+(\s+final)?\s*:\s*(public\s+|private\s+)?(Form|frm|Griglia|Schermata)\w*"),
+     ABOVE,
+     "screens are composed: nothing derives from a screen or from the grid"),
 ]
 
 
@@ -58,11 +61,12 @@ def self_test():
         "src/platform/nexaro/Wait.cpp": "double seconds; std::thread waiter; std::mutex key; std::ofstream file;\n",
         "src/platform/qt/Window.cpp": "double width;\nstd::thread painter;\nstd::mutex key;\nstd::ofstream file;\n",
         "src/platform/ado/Row.cpp": "auto value = std::stod(text);\nstd::thread watchdog;\n",
+        "src/screens/FormOther.hpp": "class FormOther final : public FormBase {\nclass Other : public Window {\n",
         "app/main.cpp": "auto done = system(command);\nrunner.system(command);\nsyslog(1, text);\n",
     }
     wanted = {("src/common/Money.cpp", 1), ("src/platform/qt/Window.cpp", 2), ("src/platform/qt/Window.cpp", 3),
               ("src/platform/qt/Window.cpp", 4), ("src/platform/ado/Row.cpp", 1), ("app/main.cpp", 1),
-              ("app/main.cpp", 3)}
+              ("app/main.cpp", 3), ("src/screens/FormOther.hpp", 1)}
     with tempfile.TemporaryDirectory() as folder:
         root = pathlib.Path(folder)
         for name, text in tree.items():
