@@ -1,4 +1,4 @@
-#include "Misure.hpp"
+#include "Measures.hpp"
 
 #include <cstdio>
 #include <exception>
@@ -7,41 +7,41 @@
 
 namespace {
 
-bool Ordine() {
-  lumoscad::bench::OrdineEMemoria();
+bool Order() {
+  lumoscad::bench::OrderAndMemory();
   return true;
 }
 
-struct Misura {
-  std::string_view nome;
-  bool (*esegui)(); ///< false when a target was missed
+struct Extent {
+  std::string_view name;
+  bool (*run)(); ///< false when a target was missed
 };
 
-constexpr Misura Misure[] = {
-    {"ordine", Ordine}, {"scadenze", lumoscad::bench::Carico}, {"presunti", lumoscad::bench::CaricoPresunti}};
+constexpr Extent Measures[] = {
+    {"ordine", Order}, {"scadenze", lumoscad::bench::Load}, {"presunti", lumoscad::bench::LoadPresumed}};
 
 } // namespace
 
 /// Runs all measures, or the one that the argument names.
-int main(int numero, char** argomenti) {
-  const std::span<char* const> testi(argomenti, static_cast<std::size_t>(numero));
-  const std::string_view scelta = testi.size() > 1 ? testi[1] : "";
+int main(int number, char** arguments) {
+  const std::span<char* const> texts(arguments, static_cast<std::size_t>(number));
+  const std::string_view choice = texts.size() > 1 ? texts[1] : "";
   try {
-    bool riuscite = true;
-    bool trovata = false;
-    for (const Misura& misura : Misure) {
-      if (scelta.empty() || scelta == misura.nome) {
-        trovata = true;
-        riuscite = misura.esegui() && riuscite;
+    bool successes = true;
+    bool found = false;
+    for (const Extent& extent : Measures) {
+      if (choice.empty() || choice == extent.name) {
+        found = true;
+        successes = extent.run() && successes;
       }
     }
-    if (!trovata) {
+    if (!found) {
       std::fputs("Uso: bench_carico [ordine | scadenze | presunti]\n", stderr);
       return 2;
     }
-    return riuscite ? 0 : 1;
-  } catch (const std::exception& errore) {
-    std::fprintf(stderr, "%s\n", errore.what());
+    return successes ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
     return 2;
   }
 }

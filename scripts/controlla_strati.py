@@ -24,7 +24,7 @@ BASE = "platform/base/"
 RADICE_COMPOSIZIONE = "src/Composizione.cpp"
 # The one file of an adapter that chooses between its rooms (the folders in it). Otherwise a room sees itself and what
 # stands beside the rooms, and what stands beside them sees none.
-SCELTE = {"src/platform/nexaro/Trasporto.cpp"}
+SCELTE = {"src/platform/nexaro/Transport.cpp"}
 
 # Headers of libraries and of the operating system, with the one folder that may include them.
 ESTERNI = [
@@ -136,8 +136,8 @@ def autoverifica():
         "src/common/Dati.cpp": '#include "platform/ado/Ado.hpp"\n',
         "src/database/Dati.cpp": '#include "platform/ado/Ado.hpp"\n#include "platform/ado/Handles.hpp"\n',
         "src/platform/xml/Nodo.cpp": '#include <pugixml.hpp>\n#include "common/Dati.hpp"\n',
-        "src/platform/base/Testo.cpp": '#include "platform/base/Testo.hpp"\n#include "platform/Errore.hpp"\n',
-        "src/platform/nexaro/Trasporto.cpp": '#include "platform/nexaro/ssh/A.hpp"\n#include <libssh/libssh.h>\n',
+        "src/platform/base/Testo.cpp": '#include "platform/base/Testo.hpp"\n#include "platform/RuntimeError.hpp"\n',
+        "src/platform/nexaro/Transport.cpp": '#include "platform/nexaro/ssh/A.hpp"\n#include <libssh/libssh.h>\n',
         "src/platform/nexaro/File.cpp": '#include "platform/nexaro/File.hpp"\n#include "platform/nexaro/ssh/A.hpp"\n',
         "src/platform/nexaro/ssh/A.cpp":
             '#include <libssh/libssh.h>\n#include "platform/nexaro/File.hpp"\n#include "platform/nexaro/cartella/B.hpp"\n',
@@ -149,7 +149,7 @@ def autoverifica():
     attese = {
         ("src/host/Salita.cpp", 2), ("src/screens/Finestra.cpp", 1), ("src/common/Dati.cpp", 1),
         ("src/database/Dati.cpp", 2), ("src/platform/xml/Nodo.cpp", 2), ("src/database/Lettura.cpp", 1),
-        ("src/platform/nexaro/Trasporto.cpp", 2), ("src/platform/nexaro/File.cpp", 2),
+        ("src/platform/nexaro/Transport.cpp", 2), ("src/platform/nexaro/File.cpp", 2),
         ("src/platform/nexaro/ssh/A.cpp", 3), ("src/platform/base/Testo.cpp", 2),
         ("src/platform/xml/Nodo.hpp", 0),
         ("src/handlers/Vicino.cpp", 1), ("app/lumoscad.cpp", 2), ("app/Processo.cpp", 2),

@@ -3,13 +3,13 @@
 #include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "lumoscad/lumoscad.h"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
-#include "platform/Turno.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
+#include "platform/Turn.hpp"
 #include "platform/nexaro/Nexaro.hpp"
-#include "platform/nexaro/ProvaOperazioni.hpp"
-#include "platform/nexaro/ssh/ChiaveHost.hpp"
-#include "platform/nexaro/ssh/ImpostazioniSsh.hpp"
+#include "platform/nexaro/OperationsTrial.hpp"
+#include "platform/nexaro/ssh/HostKey.hpp"
+#include "platform/nexaro/ssh/SshSettings.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
 #include <algorithm>
@@ -21,28 +21,28 @@ namespace {
 // The services are made on first use and never destroyed: the program that loaded the component may have torn down
 // its own windows by the time statics go.
 Desktop& UnicoDesktop() {
-  static Desktop& unico = *qt::CreaDesktop().release();
+  static Desktop& unico = *qt::CreateDesktop().release();
   return unico;
 }
 
 nexaro::HostLink& UnicoHostLink() {
-  static nexaro::HostLink& unico = *nexaro::CreaHostLink().release();
+  static nexaro::HostLink& unico = *nexaro::CreateHostLink().release();
   return unico;
 }
 
-const nexaro::Ambiente& UnicoAmbiente() {
-  static const nexaro::Ambiente unico = nexaro::LeggiAmbiente();
+const nexaro::Environment& UnicoAmbiente() {
+  static const nexaro::Environment unico = nexaro::ReadEnvironment();
   return unico;
 }
 
-nexaro::Esclusione& UnicaEsclusione() {
-  static nexaro::Esclusione& unica = *nexaro::CreaEsclusione().release();
+nexaro::ProcessLock& UnicaEsclusione() {
+  static nexaro::ProcessLock& unica = *nexaro::CreateProcessLock().release();
   return unica;
 }
 
 [[maybe_unused]] const bool installati = [] {
-  servizi() = {UnicoDesktop, UnicoHostLink,          UnicoAmbiente,  OraDiSistema,
-               nullptr,      qt::DoveSonoLeFinestre, UnicaEsclusione};
+  activeServices() = {UnicoDesktop, UnicoHostLink,          UnicoAmbiente,  SystemTime,
+                      nullptr,      qt::WhereTheWindowsAre, UnicaEsclusione};
   return true;
 }();
 
@@ -51,44 +51,45 @@ nexaro::Esclusione& UnicaEsclusione() {
 ChiavePresentata ChiediChiaveHost(std::string_view host) noexcept {
   ChiavePresentata presentata;
   try {
-    const auto impostazioni = nexaro::LeggiImpostazioniSsh();
-    const auto chiave = nexaro::ChiediChiave(impostazioni, std::string(host));
-    presentata = {
-        {}, chiave.stato == nexaro::StatoChiave::Nota, chiave.tipo, chiave.impronta, chiave.riga, impostazioni.noti};
-    if (!presentata.nota && chiave.stato != nexaro::StatoChiave::Sconosciuta) {
-      presentata.errore = nexaro::MotivoRifiuto(chiave, std::string(host), impostazioni.noti);
+    const auto impostazioni = nexaro::ReadSshSettings();
+    const auto chiave = nexaro::AskHostKey(impostazioni, std::string(host));
+    presentata = {{},          chiave.state == nexaro::KeyState::Note,
+                  chiave.type, chiave.fingerprint,
+                  chiave.line, impostazioni.knownHosts};
+    if (!presentata.nota && chiave.state != nexaro::KeyState::Unknown) {
+      presentata.errore = nexaro::RefusalReason(chiave, std::string(host), impostazioni.knownHosts);
     }
   } catch (...) {
-    presentata.errore = ErroreCorrente().Testo();
+    presentata.errore = CurrentError().Text();
   }
   return presentata;
 }
 
 std::string RegistraChiaveHost(const ChiavePresentata& chiave) noexcept {
   try {
-    nexaro::RegistraRiga(chiave.riga, chiave.file);
+    nexaro::AddLine(chiave.riga, chiave.file);
     return {};
   } catch (...) {
-    return ErroreCorrente().Testo();
+    return CurrentError().Text();
   }
 }
 
 bool ProvaHost(std::string_view host, std::string_view programma,
                const std::function<void(const PassoProva&)>& mostra) noexcept try {
-  const Turno turno(Turno::Chi::Amministratore);
-  if (turno.Come() != Turno::Esito::Preso) {
-    mostra({"Impostazioni", false, std::string(turno.Motivo())});
+  const Turn turno(Turn::Who::Administrator);
+  if (turno.How() != Turn::Outcome::Taken) {
+    mostra({"Impostazioni", false, std::string(turno.Reason())});
     return false;
   }
   try {
     auto& collegamento = UnicoHostLink();
     const auto& ambiente = UnicoAmbiente();
-    return nexaro::ProvaOperazioni(collegamento, std::string(host), std::string(programma), ambiente,
-                                   [&mostra](const nexaro::EsitoPasso& passo) {
-                                     mostra({passo.operazione, passo.riuscito, passo.dettaglio});
-                                   });
+    return nexaro::TryOperations(collegamento, std::string(host), std::string(programma), ambiente,
+                                 [&mostra](const nexaro::StepOutcome& passo) {
+                                   mostra({passo.operation, passo.succeeded, passo.detail});
+                                 });
   } catch (...) {
-    mostra({"Impostazioni", false, ErroreCorrente().Testo()});
+    mostra({"Impostazioni", false, CurrentError().Text()});
     return false;
   }
 } catch (...) {

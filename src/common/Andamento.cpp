@@ -28,7 +28,7 @@ void Andamento::Comincia(std::string_view daControllare) {
 
 void Andamento::Azzera() noexcept {
   host_ = Host::NonChiesta;
-  base_ = EsitoTransazione::NonApplicata;
+  base_ = TransactionOutcome::NotApplied;
   rimaste_ = false;
 }
 
@@ -42,19 +42,19 @@ void Andamento::Rifiutata(std::string_view motivo) noexcept {
   }
 }
 
-std::string_view Andamento::Frase(std::optional<EsitoTransazione> detto) const noexcept {
+std::string_view Andamento::Frase(std::optional<TransactionOutcome> detto) const noexcept {
   switch (host_) {
   case Host::NonChiesta:
     break;
   case Host::Chiesta:
-    return detto ? std::string_view() : nexaro::EsitoIgnoto;
+    return detto ? std::string_view() : nexaro::UnknownOutcome;
   case Host::Rifiutata:
     return detto ? std::string_view() : rifiuto_.empty() ? Rifiuto : rifiuto_;
   case Host::Accettata:
-    return base_ == EsitoTransazione::NonApplicata  ? nonApplicata_
-           : base_ == EsitoTransazione::Sconosciuta ? sconosciuta_
-           : rimaste_                               ? applicataInParte_
-                                                    : applicata_;
+    return base_ == TransactionOutcome::NotApplied ? nonApplicata_
+           : base_ == TransactionOutcome::Unknown  ? sconosciuta_
+           : rimaste_                              ? applicataInParte_
+                                                   : applicata_;
   }
   return {};
 }

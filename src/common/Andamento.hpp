@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <optional>
 #include <string>
@@ -25,19 +25,19 @@ class Andamento {
   /// The host said yes. The database holds nothing of the change yet.
   void Accettata() noexcept { host_ = Host::Accettata; }
   /// What the database holds of it.
-  void Registrata(EsitoTransazione esito) noexcept { base_ = esito; }
+  void Registrata(TransactionOutcome esito) noexcept { base_ = esito; }
   /// Of what was applied, some rows stayed as somebody else had changed them meanwhile.
   void RigheRimaste() noexcept { rimaste_ = true; }
 
   /// What is known of host and database, to stand at the end of a failure's text; empty where nothing was asked yet.
   /// `detto` is what the failure's own text says already of the host.
-  [[nodiscard]] std::string_view Frase(std::optional<EsitoTransazione> detto = std::nullopt) const noexcept;
+  [[nodiscard]] std::string_view Frase(std::optional<TransactionOutcome> detto = std::nullopt) const noexcept;
 
  private:
   enum class Host { NonChiesta, Chiesta, Rifiutata, Accettata };
 
   Host host_ = Host::NonChiesta;
-  EsitoTransazione base_ = EsitoTransazione::NonApplicata;
+  TransactionOutcome base_ = TransactionOutcome::NotApplied;
   std::string rifiuto_;
   std::string nonApplicata_;
   std::string sconosciuta_;

@@ -1,8 +1,8 @@
 #include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 #include "platform/base/Utf8.hpp"
 
 #include <algorithm>
@@ -67,7 +67,7 @@ DataScritta LeggiData(std::string_view testo) {
   }
   const auto a = NumeroDiData(pezzi[0]);
   const auto b = NumeroDiData(pezzi[1]);
-  const auto c = pezzi.size() == 3 ? NumeroDiData(pezzi[2]) : std::optional<int>(servizi().adesso().anno);
+  const auto c = pezzi.size() == 3 ? NumeroDiData(pezzi[2]) : std::optional<int>(activeServices().localTime().year);
   if (!a || !b || !c) {
     return {};
   }
@@ -138,7 +138,7 @@ int Valore(std::string_view cifre) {
 
 DataIso LeggiIso(std::string_view iso) {
   if (!DataDellaBaseDati(iso)) {
-    throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida nella base dati: " + std::string(iso));
+    throw RuntimeError(errors::TypeMismatch, "Data non valida nella base dati: " + std::string(iso));
   }
   return PartiDi(iso);
 }
@@ -187,8 +187,8 @@ std::string DataPerHost(std::string_view testo) {
   }
   auto pezzi = Dividi(testo, '/');
   if (pezzi.size() < 3) {
-    throw ErroreRuntime(errori::IndiceNonValido,
-                        "Indice non incluso nell'intervallo: data \"" + std::string(testo) + "\"");
+    throw RuntimeError(errors::SubscriptOutOfRange,
+                       "Indice non incluso nell'intervallo: data \"" + std::string(testo) + "\"");
   }
   for (const std::size_t i : {std::size_t{0}, std::size_t{1}}) {
     if (pezzi[i].size() == 1) {

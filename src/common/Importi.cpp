@@ -1,6 +1,6 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <algorithm>
 #include <optional>
@@ -21,7 +21,7 @@ bool Cifra(char c) {
 }
 
 [[noreturn]] void NonNumero(std::string_view testo) {
-  throw ErroreRuntime(errori::TipoNonCorrispondente, "Importo non valido: " + std::string(testo));
+  throw RuntimeError(errors::TypeMismatch, "Importo non valido: " + std::string(testo));
 }
 
 /// A text that holds nothing but digits, "." and ",", with its "," for the decimals as an amount, or nothing where it

@@ -1,9 +1,9 @@
 #include "common/Messaggi.hpp"
 
 #include "common/Testo.hpp"
-#include "platform/Controlli.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/ControlCharacters.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 #include "platform/base/Utf8.hpp"
 
 #include <algorithm>
@@ -30,10 +30,10 @@ std::string ConPunti(std::ptrdiff_t numero) {
 std::string PerIlBox(std::string_view testo, std::string_view frase) {
   const std::size_t coda = frase.empty() ? 0 : frase.size() + 2;
   if (testo.size() + coda <= MassimoDelBox) {
-    return ConFrase(std::string(testo), frase);
+    return WithSentence(std::string(testo), frase);
   }
   if (coda > MassimoDelBox / 2) { // somebody else's text is in it
-    return PerIlBox(ConFrase(std::string(testo), frase), {});
+    return PerIlBox(WithSentence(std::string(testo), frase), {});
   }
   const std::size_t massimo = MassimoDelBox - coda;
   std::size_t taglio = massimo;
@@ -45,18 +45,18 @@ std::string PerIlBox(std::string_view testo, std::string_view frase) {
   std::string mostrato(testo.substr(0, taglio));
   mostrato += mancano == 1 ? "\r\n[... manca un altro carattere]"
                            : "\r\n[... mancano altri " + ConPunti(mancano) + " caratteri]";
-  return ConFrase(std::move(mostrato), frase);
+  return WithSentence(std::move(mostrato), frase);
 }
 
 void Mostra(std::string_view testo, std::string_view frase) {
-  servizi().desktop().MostraBox(PerIlBox(testo, frase), NomeProdotto);
+  activeServices().desktop().ShowBox(PerIlBox(testo, frase), NomeProdotto);
 }
 
 /// Writes the text of a box that failed, and why it did: the failure in flight.
 void ScriviNonMostrato(std::string_view testo, std::string_view frase) noexcept {
   ScriviErrore({testo, frase});
   try {
-    const std::string perche = ErroreCorrente().Testo();
+    const std::string perche = CurrentError().Text();
     if (testo.find(perche) == std::string_view::npos) {
       ScriviErrore({perche});
     }
@@ -80,7 +80,7 @@ void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept {
   };
   const auto scriviPezzo = [&](std::string_view pezzo) {
     for (std::size_t posto = 0; posto < pezzo.size(); ++posto) {
-      const std::size_t controllo = LunghezzaControllo(pezzo, posto);
+      const std::size_t controllo = ControlLength(pezzo, posto);
       const bool accapo = pezzo.substr(posto, 2) == "\r\n";
       scrivi(controllo > 0 && pezzo[posto] != '\n' ? ' ' : pezzo[posto]);
       posto += controllo == 2 || accapo ? 1 : 0;
@@ -100,7 +100,7 @@ void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept {
   ::funlockfile(stderr);
 }
 
-void MostraBox(std::string_view testo, std::string_view frase) noexcept {
+void ShowBox(std::string_view testo, std::string_view frase) noexcept {
   try {
     Mostra(testo, frase);
   } catch (const std::bad_alloc&) {
@@ -116,14 +116,14 @@ void MostraBox(std::string_view testo, std::string_view frase) noexcept {
 
 void MostraMessaggio(std::string_view testo, std::string_view dettaglio, std::string_view frase) noexcept {
   if (SenzaSpaziAiLati(dettaglio).empty()) {
-    MostraBox(testo, frase);
+    ShowBox(testo, frase);
     return;
   }
   try {
     std::string mostrato(dettaglio);
-    MostraBox(mostrato.append("\r\n").append(testo), frase);
+    ShowBox(mostrato.append("\r\n").append(testo), frase);
   } catch (...) { // no memory for both together
-    MostraBox(testo, frase);
+    ShowBox(testo, frase);
   }
 }
 

@@ -9,12 +9,12 @@ MsgAnnulla::MsgAnnulla() {
 }
 
 void MsgAnnulla::XMLParser_Parse(const xml::Nodo& nodo) {
-  for (const xml::Nodo& figlio : nodo.figli) {
-    const std::string nome = Maiuscolo(figlio.nome);
+  for (const xml::Nodo& figlio : nodo.children) {
+    const std::string nome = Maiuscolo(figlio.name);
     if (nome == "MESSAGGIO") {
-      Messaggio = figlio.valore;
+      Messaggio = figlio.value;
     } else if (nome == "ERRORE") {
-      Errore = figlio.valore;
+      Errore = figlio.value;
     }
   }
 }

@@ -1,6 +1,6 @@
 #include "common/RigaComando.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 namespace lumoscad {
 
@@ -13,8 +13,8 @@ const std::string* RigaComando::Pezzo(std::size_t posto) const noexcept {
 const std::string& RigaComando::Valore(std::size_t posto, std::string_view nome) const {
   const std::string* const pezzo = Pezzo(posto);
   if (pezzo == nullptr) {
-    throw ErroreRuntime(errori::IndiceNonValido,
-                        std::string("Indice non incluso nell'intervallo: manca ").append(nome));
+    throw RuntimeError(errors::SubscriptOutOfRange,
+                       std::string("Indice non incluso nell'intervallo: manca ").append(nome));
   }
   return *pezzo;
 }

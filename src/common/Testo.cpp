@@ -1,6 +1,6 @@
 #include "common/Testo.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/base/AsciiCase.hpp"
 #include "platform/base/Utf8.hpp"
 
@@ -73,7 +73,7 @@ std::string Elenca(const std::vector<std::string>& testi, std::size_t mostrati) 
 
 const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice) {
   if (indice >= lista.size()) {
-    throw ErroreRuntime(errori::IndiceNonValido, "Indice non incluso nell'intervallo: " + std::to_string(indice));
+    throw RuntimeError(errors::SubscriptOutOfRange, "Indice non incluso nell'intervallo: " + std::to_string(indice));
   }
   return lista[indice];
 }
@@ -85,7 +85,7 @@ int Intero(std::string_view testo) {
   const char* const inizio = testo.data() + (piu ? 1 : 0);
   const auto [dove, esito] = std::from_chars(inizio, fine, valore);
   if ((piu && testo.substr(1, 1) == "-") || esito != std::errc{} || dove != fine) {
-    throw ErroreRuntime(errori::TipoNonCorrispondente, "Numero intero non valido: " + std::string(testo));
+    throw RuntimeError(errors::TypeMismatch, "Numero intero non valido: " + std::string(testo));
   }
   return valore;
 }

@@ -4,7 +4,7 @@
 #include "common/Utilities.hpp"
 #include "database/db2Searches.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <utility>
 
@@ -49,7 +49,7 @@ std::string Righe(const VariazioniConsegna& variazioni) {
 std::string DataIso(const std::string& data) {
   std::string iso = Utilities::DataIsoDaTesto(data);
   if (iso.empty()) {
-    throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida: " + data);
+    throw RuntimeError(errors::TypeMismatch, "Data non valida: " + data);
   }
   return iso;
 }
@@ -103,12 +103,12 @@ bool Aggiornamento::GiaCosi(const std::string& daDove, std::vector<std::string> 
                                           "GROUP BY " + attive + " ORDER BY " + attive + " DESC",
                                       std::move(valori));
   // The active ones come first, as the lists show no others; suspended ones count where there are no active ones.
-  return !gruppi.Eof() && gruppi.Valore(0) == gruppi.Valore(1);
+  return !gruppi.Eof() && gruppi.ValueAt(0) == gruppi.ValueAt(1);
 }
 
 void Aggiornamento::RifiutaScarto(const std::string& dove) {
   const ado::Recordset righe = Leggi("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE " + dove, {});
-  if (!righe.Eof() && righe.Valore(0) != "0") {
+  if (!righe.Eof() && righe.ValueAt(0) != "0") {
     ado::refuseDroppedChange();
   }
 }

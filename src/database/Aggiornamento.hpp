@@ -106,7 +106,7 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     msg.RigheRimaste = std::move(rimaste);
     return "";
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente(), "\r\n" + istruzioni);
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError(), "\r\n" + istruzioni);
     return "error";
   }
 }

@@ -4,7 +4,7 @@
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
 namespace {
@@ -74,8 +74,8 @@ std::string TestDB2(std::string_view command) {
     transazione.Conferma();
     return "";
   } catch (...) {
-    const ErroreRuntime errore = ErroreCorrente();
-    MostraMessaggio(ConFrase(std::to_string(errore.Numero()) + "\r\n" + errore.Testo(), errore.Nota()),
+    const RuntimeError errore = CurrentError();
+    MostraMessaggio(WithSentence(std::to_string(errore.Number()) + "\r\n" + errore.Text(), errore.Note()),
                     "testScrittura");
     return "error";
   }

@@ -3,14 +3,14 @@
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
 namespace {
 
 std::string Oggi() {
-  const DataOra adesso = servizi().adesso();
-  return ConZeri(adesso.anno, 4) + "-" + ConZeri(adesso.mese, 2) + "-" + ConZeri(adesso.giorno, 2);
+  const DateTime adesso = activeServices().localTime();
+  return ConZeri(adesso.year, 4) + "-" + ConZeri(adesso.month, 2) + "-" + ConZeri(adesso.day, 2);
 }
 
 std::string Mesi(std::string_view parMesiScadenze) {
@@ -124,7 +124,7 @@ std::optional<ado::Recordset> ElencoScadenze(ado::Connection& connection, std::i
     comando.Parameters = {std::to_string(aziendaLineaKey)};
     return comando.Execute();
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
     return std::nullopt;
   }
 }
@@ -148,7 +148,7 @@ std::optional<ado::Recordset> ElencoPresunti(ado::Connection& connection, std::i
     comando.Parameters = {azienda};
     return comando.Execute();
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
     return std::nullopt;
   }
 }
@@ -163,7 +163,7 @@ std::optional<ado::Recordset> ElencoBanche(ado::Connection& connection, MsgAnnul
                     "ORDER BY CONTOCONTABILE.DESCRIZIONEVOCE");
     return comando.Execute();
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
     return std::nullopt;
   }
 }

@@ -21,7 +21,7 @@ template <typename Corpo> std::string Procedura(MsgAnnulla& msg, Corpo corpo) {
     corpo(lavoro.Apri(parametri), parametri);
     return "";
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
     return "error";
   }
 }

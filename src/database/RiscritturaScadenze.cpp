@@ -3,7 +3,7 @@
 #include "database/ProceduraDB2.hpp"
 #include "database/db2Searches.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 namespace lumoscad::procedureLumoDB2 {
 namespace {
@@ -20,7 +20,7 @@ struct Spostamento {
     std::string iso = Utilities::DataIsoDaCompatta(a);
     if (iso.empty()) {
       // Some databases would store the empty text that this date became.
-      throw ErroreRuntime(errori::TipoNonCorrispondente, "Data non valida: " + a);
+      throw RuntimeError(errors::TypeMismatch, "Data non valida: " + a);
     }
     return iso;
   }

@@ -3,7 +3,7 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "database/moduloDatabase.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <utility>
 #include <vector>
@@ -26,7 +26,7 @@ std::int32_t Cerca(ado::Command& comando, std::vector<std::string> valori, std::
   }
   moduloDatabase::ChiudiRecordset(righe);
   if (chiave < 0) {
-    throw ErroreRuntime(errori::RicercaFallita, "", std::string(fallimento));
+    throw RuntimeError(errors::SearchFailed, "", std::string(fallimento));
   }
   return chiave;
 }
@@ -107,11 +107,11 @@ std::string DescrizioneConto(std::string_view codiceConto, MsgAnnulla& msg) {
     comando.Parameters = {std::string(codiceConto)};
     ado::Recordset righe = comando.Execute();
     if (righe.RecordCount() != 1) {
-      throw ErroreRuntime(errori::RicercaFallita, "", "CONTO CONTABILE INESISTENTE");
+      throw RuntimeError(errors::SearchFailed, "", "CONTO CONTABILE INESISTENTE");
     }
     return std::string(righe.Fields("DESCRIZIONEVOCE").Value().value_or(""));
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
     return "error";
   }
 }

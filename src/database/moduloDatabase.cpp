@@ -20,8 +20,8 @@ bool Spezzato(std::string_view valore) {
 }
 
 /// What explains an opening that failed: what was said so far, and what the options of the command line tell.
-std::string NotaDellApertura(const ErroreRuntime& errore, const ParametriConnessione& parametri) {
-  std::string nota = errore.Nota();
+std::string NotaDellApertura(const RuntimeError& errore, const ParametriConnessione& parametri) {
+  std::string nota = errore.Note();
   const auto aggiungi = [&nota](const std::string& frase) { nota += (nota.empty() ? "" : "\r\n") + frase; };
   if (errore.SqlState() == OrigineAssente) {
     aggiungi("L'origine dati ODBC «" + parametri.DataSource +
@@ -71,9 +71,9 @@ std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& par
   connection->CursorLocation = ado::CursorLocation::Client;
   try {
     connection->Open();
-  } catch (ErroreRuntime& errore) {
+  } catch (RuntimeError& errore) {
     std::string nota = NotaDellApertura(errore, parametri);
-    throw std::move(errore).ConNota(std::move(nota));
+    throw std::move(errore).WithNote(std::move(nota));
   }
   return connection;
 }
@@ -106,9 +106,9 @@ ado::Command CreaComando(ado::Connection& connection, std::string_view sql, ado:
   return comando;
 }
 
-std::string TestoErrore(const ErroreRuntime& errore, std::string_view istruzioni) {
-  std::string testo = "ERRORE: " + std::to_string(errore.Numero()) + "\r\n" + errore.Testo();
-  return ConFrase(std::move(testo.append(istruzioni)), errore.Nota());
+std::string TestoErrore(const RuntimeError& errore, std::string_view istruzioni) {
+  std::string testo = "ERRORE: " + std::to_string(errore.Number()) + "\r\n" + errore.Text();
+  return WithSentence(std::move(testo.append(istruzioni)), errore.Note());
 }
 
 ado::Connection& Lavoro::Apri(const ParametriConnessione& parametri) {
@@ -118,7 +118,7 @@ ado::Connection& Lavoro::Apri(const ParametriConnessione& parametri) {
 
 Lavoro::~Lavoro() {
   if (connection_) {
-    stato().andamento.Registrata(connection_->Esito());
+    stato().andamento.Registrata(connection_->Outcome());
   }
 }
 

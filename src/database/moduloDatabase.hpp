@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 
 #include <memory>
@@ -36,7 +36,7 @@ void ChiudiRecordset(ado::Recordset& recordset) noexcept;
                                        ado::CommandType commandType = ado::CommandType::Text);
 
 /// "ERRORE: ", the failure's number, CR LF, what it says, and `istruzioni`; at the end the failure's note.
-[[nodiscard]] std::string TestoErrore(const ErroreRuntime& errore, std::string_view istruzioni = {});
+[[nodiscard]] std::string TestoErrore(const RuntimeError& errore, std::string_view istruzioni = {});
 
 /// The connection of a procedure that writes what the host has accepted. When it goes it takes down what the database
 /// holds of the change (`stato().andamento`), also after a failure for whose text there was no memory.

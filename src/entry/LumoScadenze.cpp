@@ -5,9 +5,9 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "entry/Comandi.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
-#include "platform/Turno.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
+#include "platform/Turn.hpp"
 
 #include <algorithm>
 #include <array>
@@ -58,12 +58,12 @@ std::string Esegui(std::string_view comando) {
 
 /// Tells the person of the failure in flight, and at the end what is known of the change that was under way.
 void Mostra() {
-  const ErroreRuntime errore = ErroreCorrente();
-  std::string frase = errore.Nota();
-  if (const std::string_view esito = stato().andamento.Frase(errore.Esito()); !esito.empty()) {
-    frase = frase.empty() ? std::string(esito) : ConFrase(std::move(frase), esito);
+  const RuntimeError errore = CurrentError();
+  std::string frase = errore.Note();
+  if (const std::string_view esito = stato().andamento.Frase(errore.Outcome()); !esito.empty()) {
+    frase = frase.empty() ? std::string(esito) : WithSentence(std::move(frase), esito);
   }
-  MostraMessaggio(std::to_string(errore.Numero()).append("\r\n").append(errore.Testo()), "", frase);
+  MostraMessaggio(std::to_string(errore.Number()).append("\r\n").append(errore.Text()), "", frase);
 }
 
 /// Writes to the standard error, and takes no memory for it.
@@ -78,14 +78,14 @@ void ScriviSenzaMemoria() noexcept {
   const Andamento& andamento = stato().andamento;
   try {
     throw;
-  } catch (const ErroreRuntime& errore) {
-    ScriviSenzaMemoria(errore.Numero(), errore.Testo(), errore.Nota(), andamento.Frase(errore.Esito()));
+  } catch (const RuntimeError& errore) {
+    ScriviSenzaMemoria(errore.Number(), errore.Text(), errore.Note(), andamento.Frase(errore.Outcome()));
   } catch (const std::bad_alloc&) {
-    ScriviSenzaMemoria(errori::MemoriaInsufficiente, "Memoria insufficiente", {}, andamento.Frase());
+    ScriviSenzaMemoria(errors::OutOfMemory, "Memoria insufficiente", {}, andamento.Frase());
   } catch (const std::exception& errore) {
-    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno:", errore.what(), andamento.Frase());
+    ScriviSenzaMemoria(errors::InternalError, "Errore interno:", errore.what(), andamento.Frase());
   } catch (...) {
-    ScriviSenzaMemoria(errori::ErroreInterno, "Errore interno", {}, andamento.Frase());
+    ScriviSenzaMemoria(errors::InternalError, "Errore interno", {}, andamento.Frase());
   }
 }
 
@@ -103,12 +103,12 @@ void Racconta() noexcept {
 
 /// Tells of a call that came while another one ran, or on a thread that may not show windows. The person sees it once:
 /// a timer would heap up boxes for as long as the first of them is open.
-void Rifiuta(const Turno& turno) noexcept {
+void Rifiuta(const Turn& turno) noexcept {
   static std::atomic<bool> aperto{false};
-  ScriviErrore({turno.Motivo()});
-  if (turno.Come() == Turno::Esito::Annidato && !aperto.exchange(true)) {
+  ScriviErrore({turno.Reason()});
+  if (turno.How() == Turn::Outcome::Nested && !aperto.exchange(true)) {
     try {
-      servizi().desktop().MostraBox(turno.Motivo(), NomeProdotto);
+      activeServices().desktop().ShowBox(turno.Reason(), NomeProdotto);
     } catch (...) { // NOLINT(bugprone-empty-catch): the standard error has the reason already
     }
     aperto = false;
@@ -118,8 +118,8 @@ void Rifiuta(const Turno& turno) noexcept {
 } // namespace
 
 std::string LumoScadenze::EseguiLumoScad(std::string_view comando) noexcept {
-  const Turno turno(Turno::Chi::Comando);
-  if (turno.Come() != Turno::Esito::Preso) {
+  const Turn turno(Turn::Who::Command);
+  if (turno.How() != Turn::Outcome::Taken) {
     Rifiuta(turno);
     return "error";
   }

@@ -2,8 +2,8 @@
 
 #include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
-#include "platform/FileLocale.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/LocalFile.hpp"
+#include "platform/Services.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -26,20 +26,20 @@ std::string ChiaveBlocco(std::string_view tipo) {
 }
 
 std::string RigaUtente() {
-  return "Utente : " + servizi().ambiente().CodicePostazione;
+  return "Utente : " + activeServices().environment().CodicePostazione;
 }
 
 std::string RigaOra() {
-  const DataOra t = servizi().adesso();
-  return "Data : " + ConZeri(t.giorno, 2) + "/" + ConZeri(t.mese, 2) + "/" + ConZeri(t.anno, 4) +
-         "   Ora : " + ConZeri(t.ora, 2) + ":" + ConZeri(t.minuto, 2);
+  const DateTime t = activeServices().localTime();
+  return "Data : " + ConZeri(t.day, 2) + "/" + ConZeri(t.month, 2) + "/" + ConZeri(t.year, 4) +
+         "   Ora : " + ConZeri(t.hour, 2) + ":" + ConZeri(t.minute, 2);
 }
 
 /// The two lines of a lock. One that is longer than what was read of it is held, whatever its first line: by the first
 /// line that says something.
-std::vector<std::string> RigheDelBlocco(InizioLocale inizio) {
-  auto& righe = inizio.righe;
-  if (inizio.continua) {
+std::vector<std::string> RigheDelBlocco(LocalBeginning inizio) {
+  auto& righe = inizio.lines;
+  if (inizio.continues) {
     righe.erase(righe.begin(), std::find_if(righe.begin(), righe.end(), MaggioreDiSpazio));
     if (righe.empty()) {
       righe.emplace_back("un blocco di oltre 64 KiB");
@@ -62,34 +62,34 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   std::string locale;
   std::string riga1;
   std::string riga2;
-  Prosegui([&] { locale = servizi().ambiente().CartellaLocale + "/" + ChiaveBlocco(tipo); });
-  Prosegui([&] { CancellaFileLocale(locale); });
+  Prosegui([&] { locale = activeServices().environment().CartellaLocale + "/" + ChiaveBlocco(tipo); });
+  Prosegui([&] { DeleteLocalFile(locale); });
   Prosegui([&] {
     std::string testo;
     // One byte more tells whether it is longer than what is read of it.
-    servizi().hostLink().RiceviInizio(hostIP, remoto, locale, MassimoLetto + 1, testo);
+    activeServices().hostLink().ReceiveBeginning(hostIP, remoto, locale, MaxRead + 1, testo);
   });
   Prosegui([&] {
-    std::vector<std::string> righe = RigheDelBlocco(LeggiInizioLocale(locale));
+    std::vector<std::string> righe = RigheDelBlocco(ReadLocalBeginning(locale));
     riga1 = std::move(righe[0]);
     riga2 = std::move(righe[1]);
   });
   if (!MaggioreDiSpazio(riga1)) {
     Prosegui([&] {
-      ScriviFileLocale(locale, RigaUtente() + "\r\n" + RigaOra() + "\r\n");
-      servizi().hostLink().InviaFile(hostIP, locale, remoto);
+      WriteLocalFile(locale, RigaUtente() + "\r\n" + RigaOra() + "\r\n");
+      activeServices().hostLink().InviaFile(hostIP, locale, remoto);
     });
     return "";
   }
   const bool lista = tipo == "CREDITI" || tipo == "DEBITI";
   const std::string prima = lista ? "Area " + std::string(tipo) + " in manutenzione presso un altro terminale"
                                   : "Il movimento è in uso su un altro terminare";
-  Prosegui([&] { MostraBox(prima + "\r" + riga1 + "\r" + riga2); });
+  Prosegui([&] { ShowBox(prima + "\r" + riga1 + "\r" + riga2); });
   return riga1;
 }
 
 std::string SbloccaArea(std::string_view hostIP, std::string_view tipo) {
-  Prosegui([&] { servizi().hostLink().CancellaFile(hostIP, "/tmp/" + ChiaveBlocco(tipo)); });
+  Prosegui([&] { activeServices().hostLink().CancellaFile(hostIP, "/tmp/" + ChiaveBlocco(tipo)); });
   return "";
 }
 

@@ -3,7 +3,7 @@
 #include "handlers/ModuloMain.hpp"
 #include "handlers/Opzioni.hpp"
 #include "handlers/RichiestaAttesa.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 
 namespace lumoscad::ModuloMain {
 namespace {
@@ -43,7 +43,7 @@ std::string ComandoPresunto(std::string_view comando, std::string_view azione,
     return "";
   }
   const std::vector<std::string> parametri = {
-      stato().Azienda, std::string(azione), serie, anno, numero, servizi().ambiente().CodicePostazione, ""};
+      stato().Azienda, std::string(azione), serie, anno, numero, activeServices().environment().CodicePostazione, ""};
   return RichiestaAttesa(stato().HostIP, parametri, parametri);
 }
 
@@ -73,7 +73,7 @@ std::string RichiestaSospensione(std::string_view azienda, std::string_view host
                                  std::string_view partitaCompatta, std::string_view partitaSpaziata) {
   return RichiestaAttesa(hostIP,
                          {std::string(azienda), "SOSPESOCREA", std::string(conto), std::string(partitaCompatta),
-                          servizi().ambiente().CodicePostazione, ""},
+                          activeServices().environment().CodicePostazione, ""},
                          {std::string(azienda), "SOSPESOCREA", std::string(conto), std::string(partitaSpaziata), ""});
 }
 

@@ -5,7 +5,7 @@
 #include "handlers/ModuloMain.hpp"
 #include "handlers/Opzioni.hpp"
 #include "host/Richieste.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 
 namespace lumoscad::ModuloMain {
@@ -46,10 +46,10 @@ void ControllaNumeriRata(const VariazioniCanalizzazione& variazioni) {
   for (const VariazioneCanalizzazione& variazione : variazioni) {
     try {
       static_cast<void>(variazione.NumeroRata.empty() ? 0 : Intero(variazione.NumeroRata));
-    } catch (const ErroreRuntime& errore) {
-      throw ErroreRuntime(errore.Numero(), "Numero di rata non valido: conto " + variazione.CodiceConto + ", partita " +
-                                               variazione.NumeroPartita + ", rata «" + variazione.NumeroRata +
-                                               "».\r\nLa richiesta non è stata inviata all'host.");
+    } catch (const RuntimeError& errore) {
+      throw RuntimeError(errore.Number(), "Numero di rata non valido: conto " + variazione.CodiceConto + ", partita " +
+                                              variazione.NumeroPartita + ", rata «" + variazione.NumeroRata +
+                                              "».\r\nLa richiesta non è stata inviata all'host.");
     }
   }
 }

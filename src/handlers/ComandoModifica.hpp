@@ -4,8 +4,8 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "handlers/Blocco.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 
 #include <string>
 #include <string_view>
@@ -14,9 +14,9 @@
 namespace lumoscad::ModuloMain {
 
 /// Sets the pointer and lets the desktop show it.
-inline void MostraPuntatore(Puntatore puntatore) {
-  servizi().desktop().ImpostaPuntatore(puntatore);
-  servizi().desktop().EventiInAttesa();
+inline void MostraPuntatore(Pointer puntatore) {
+  activeServices().desktop().SetPointer(puntatore);
+  activeServices().desktop().RunPendingEvents();
 }
 
 /// Tells the person which rows of a change that the host accepted the database kept as somebody else had changed them;
@@ -39,15 +39,15 @@ std::string ComandoModifica(std::string_view tipo, bool lista, Mostra mostra, Sc
     mostra(variazioni);
   }
   MsgAnnulla risposta;
-  MostraPuntatore(Puntatore::Clessidra);
+  MostraPuntatore(Pointer::Hourglass);
   if (scrivi(variazioni).empty()) {
     // The procedure's answer repeats what `Errore` says.
     static_cast<void>(aggiorna(variazioni, risposta));
     if (!risposta.Errore.empty()) {
-      throw ErroreRuntime(errori::ErroreRegistrato, risposta.Errore);
+      throw RuntimeError(errors::RecordedError, risposta.Errore);
     }
   }
-  MostraPuntatore(Puntatore::Predefinito);
+  MostraPuntatore(Pointer::Standard);
   if (lista) {
     SbloccaArea(stato().HostIP, tipo);
   }

@@ -5,7 +5,7 @@
 #include "common/Testo.hpp"
 #include "host/FormAspetta.hpp"
 #include "host/RichiestaProgramma.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <memory>
 
@@ -19,7 +19,7 @@ std::string RichiestaAttesa(std::string_view hostIP, const std::vector<std::stri
   if (MaggioreDiSpazio(risposta->Errore)) {
     risultato = "error";
     // Of a refusal nothing else is to be said.
-    MostraMessaggio(risposta->Errore, "", stato().andamento.Frase(EsitoTransazione::NonApplicata));
+    MostraMessaggio(risposta->Errore, "", stato().andamento.Frase(TransactionOutcome::NotApplied));
   }
   if (MaggioreDiSpazio(risposta->Messaggio)) {
     MostraMessaggio(risposta->Messaggio, "");

@@ -3,15 +3,15 @@
 #include "common/MsgAnnulla.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "host/RichiestaProgramma.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 
 namespace lumoscad {
 
 std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta, MsgAnnulla& messaggio) {
-  Desktop& desktop = servizi().desktop();
-  desktop.ImpostaPuntatore(Puntatore::Clessidra);
-  desktop.EventiInAttesa();
-  nexaro::HostLink& host = servizi().hostLink();
+  Desktop& desktop = activeServices().desktop();
+  desktop.SetPointer(Pointer::Hourglass);
+  desktop.RunPendingEvents();
+  nexaro::HostLink& host = activeServices().hostLink();
   const NomiRichiesta& nomi = richiesta.nomi;
   std::string testo;
   host.InviaFile(richiesta.hostIP, nomi.locale, nomi.remoto);
@@ -20,8 +20,8 @@ std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& r
   std::string risultato = procedureLumoDB2::EseguiAzioneDB2(richiesta.parametriDB2, &messaggio);
   host.CancellaFile(richiesta.hostIP, nomi.remoto);
   host.CancellaFile(richiesta.hostIP, nomi.Completo());
-  desktop.ImpostaPuntatore(Puntatore::Predefinito);
-  desktop.EventiInAttesa();
+  desktop.SetPointer(Pointer::Standard);
+  desktop.RunPendingEvents();
   return risultato;
 }
 

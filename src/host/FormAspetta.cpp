@@ -3,8 +3,8 @@
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "host/RichiestaProgramma.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 
 namespace lumoscad {
 namespace {
@@ -24,10 +24,11 @@ std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view 
   risultato_ = "error";
   interpellato_ = false;
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(parametriDB2));
-  servizi().desktop().MostraAttesa("Attendere, sto variando il movimento", IntervalloTimer, [this] { Timer1_Timer(); });
+  activeServices().desktop().ShowWait("Attendere, sto variando il movimento", IntervalloTimer,
+                                      [this] { Timer1_Timer(); });
   if (!interpellato_) {
-    throw ErroreRuntime(errori::Driver, "La finestra d'attesa è stata chiusa dal programma chiamante prima del tempo. "
-                                        "L'host non è stato interpellato: nulla è cambiato.");
+    throw RuntimeError(errors::Driver, "La finestra d'attesa è stata chiusa dal programma chiamante prima del tempo. "
+                                       "L'host non è stato interpellato: nulla è cambiato.");
   }
   return risultato_;
 }

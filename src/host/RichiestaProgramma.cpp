@@ -3,8 +3,8 @@
 #include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 
 namespace lumoscad {
 namespace {
@@ -13,8 +13,8 @@ namespace {
 void AnnotaGuasto(bool avviato) {
   try {
     throw;
-  } catch (const ErroreRuntime& errore) {
-    avviato = avviato && errore.Esito() != EsitoTransazione::NonApplicata;
+  } catch (const RuntimeError& errore) {
+    avviato = avviato && errore.Outcome() != TransactionOutcome::NotApplied;
   } catch (...) { // NOLINT(bugprone-empty-catch): it says nothing of the program
   }
   if (avviato) {
@@ -26,11 +26,11 @@ void AnnotaGuasto(bool avviato) {
 
 void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
                      nexaro::XMLParser& risposta, const MsgAnnulla& messaggio) {
-  risposta.Avviato = false;
+  risposta.Started = false;
   try {
-    servizi().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
+    activeServices().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
   } catch (...) {
-    AnnotaGuasto(risposta.Avviato);
+    AnnotaGuasto(risposta.Started);
     throw;
   }
   if (!SenzaSpaziAiLati(messaggio.Errore).empty()) {

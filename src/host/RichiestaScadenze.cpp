@@ -7,9 +7,9 @@
 #include "host/ChiamataDiretta.hpp"
 #include "host/RigaRichiesta.hpp"
 #include "host/Risposte.hpp"
-#include "platform/Errore.hpp"
-#include "platform/FileLocale.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/LocalFile.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -21,8 +21,8 @@ constexpr std::size_t LimiteSuperiore = 100;
 
 void Scrivi(std::vector<std::string>& lista, std::size_t indice, std::string valore) {
   if (indice >= lista.size()) {
-    throw ErroreRuntime(errori::IndiceNonValido,
-                        "Indice non incluso nell'intervallo: troppe scadenze per una richiesta");
+    throw RuntimeError(errors::SubscriptOutOfRange,
+                       "Indice non incluso nell'intervallo: troppe scadenze per una richiesta");
   }
   lista[indice] = std::move(valore);
 }
@@ -36,7 +36,7 @@ bool ConNuovaScadenza(const RigaScadenze& riga) {
 std::string SenzaRighe() {
   const NomiRichiesta nomi = TurnoRichiesta::NomiSenzaTurno();
   if (!std::filesystem::exists(nomi.locale)) {
-    ScriviFileLocale(nomi.locale, "");
+    WriteLocalFile(nomi.locale, "");
   }
   return "";
 }
@@ -45,8 +45,8 @@ std::string SenzaRighe() {
 
 ElenchiScadenze ComponiRichiestaScadenze(const std::vector<RigaScadenze>& righe, const std::string& completo) {
   ElenchiScadenze elenchi;
-  elenchi.chiamata = {stato().Azienda, "SCRIVISCADENZE", stato().TipoComando, servizi().ambiente().CodicePostazione,
-                      completo};
+  elenchi.chiamata = {stato().Azienda, "SCRIVISCADENZE", stato().TipoComando,
+                      activeServices().environment().CodicePostazione, completo};
   elenchi.chiamata.resize(LimiteSuperiore + 1);
   elenchi.database = {stato().Azienda, "SCRIVISCADENZE", stato().ContoScadenze, stato().PartitaScadenze,
                       stato().TipoComando};
@@ -70,10 +70,10 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   if (std::none_of(righe.begin(), righe.end(), ConNuovaScadenza)) {
     return SenzaRighe();
   }
-  const TurnoRichiesta turno(Puntatore::Predefinito);
+  const TurnoRichiesta turno(Pointer::Standard);
   const NomiRichiesta& nomi = turno.Nomi();
   const ElenchiScadenze elenchi = ComponiRichiestaScadenze(righe, nomi.Completo());
-  ScriviFileLocale(nomi.locale, elenchi.contenuto);
+  WriteLocalFile(nomi.locale, elenchi.contenuto);
   const auto messaggio = std::make_shared<MsgAnnulla>();
   const auto partita = std::make_shared<Partita>();
   stato().Risposta = messaggio;

@@ -7,9 +7,9 @@
 #include "database/procedureLumoDB2.hpp"
 #include "host/ChiamataDiretta.hpp"
 #include "host/RigaRichiesta.hpp"
-#include "platform/Errore.hpp"
-#include "platform/FileLocale.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/LocalFile.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 
 #include <functional>
 #include <optional>
@@ -63,11 +63,11 @@ class Chiusura {
   Chiusura& operator=(const Chiusura&) = delete;
   ~Chiusura() {
     Prova([] {
-      servizi().desktop().ImpostaPuntatore(Puntatore::Predefinito);
-      servizi().desktop().EventiInAttesa();
+      activeServices().desktop().SetPointer(Pointer::Standard);
+      activeServices().desktop().RunPendingEvents();
     });
     if (nomi) {
-      Prova([this] { CancellaFileLocale(nomi->locale); });
+      Prova([this] { DeleteLocalFile(nomi->locale); });
     }
   }
 
@@ -86,15 +86,15 @@ class Chiusura {
 /// must not keep others from sending theirs. `nomi` is set as soon as they are known.
 std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<NomiRichiesta>& nomi,
                             MsgAnnulla& risposta) {
-  const TurnoRichiesta turno(Puntatore::Clessidra);
+  const TurnoRichiesta turno(Pointer::Hourglass);
   nomi = turno.Nomi();
   std::vector<std::string> parametri(richiesta.limiteSuperiore + 1);
   parametri[0] = richiesta.azienda;
   parametri[1] = richiesta.nome;
   parametri[2] = richiesta.tipo;
-  parametri[3] = SenzaSpaziAiLati(servizi().ambiente().CodicePostazione);
+  parametri[3] = SenzaSpaziAiLati(activeServices().environment().CodicePostazione);
   parametri[4] = nomi->Completo();
-  ScriviFileLocale(nomi->locale, richiesta.contenuto());
+  WriteLocalFile(nomi->locale, richiesta.contenuto());
   return ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta.XMLParser, risposta);
 }
 
@@ -104,22 +104,22 @@ std::string Invia(const RichiestaRecord& richiesta) {
   stato().Risposta = risposta;
   Chiusura chiusura;
   try {
-    servizi().desktop().ImpostaPuntatore(Puntatore::Clessidra);
-    servizi().desktop().EventiInAttesa();
+    activeServices().desktop().SetPointer(Pointer::Hourglass);
+    activeServices().desktop().RunPendingEvents();
     std::string risultato = InviaAlSuoTurno(richiesta, chiusura.nomi, *risposta);
     if (MaggioreDiSpazio(risposta->Messaggio)) {
-      MostraBox(risposta->Messaggio);
+      ShowBox(risposta->Messaggio);
     }
     if (risposta->Errore.empty()) {
       return risultato;
     }
   } catch (...) {
-    const ErroreRuntime errore = ErroreCorrente();
-    risposta->Errore = std::to_string(errore.Numero()) + " " + errore.Testo();
-    throw ErroreRuntime(errori::ErroreTrasferimento, risposta->Errore).ConNota(errore.Nota()).ConEsito(errore.Esito());
+    const RuntimeError errore = CurrentError();
+    risposta->Errore = std::to_string(errore.Number()) + " " + errore.Text();
+    throw RuntimeError(errors::TransferError, risposta->Errore).WithNote(errore.Note()).WithOutcome(errore.Outcome());
   }
   // The refusal says it all.
-  throw ErroreRuntime(errori::ErroreTrasferimento, risposta->Errore).ConEsito(EsitoTransazione::NonApplicata);
+  throw RuntimeError(errors::TransferError, risposta->Errore).WithOutcome(TransactionOutcome::NotApplied);
 }
 
 /// Sends one line a record; nothing at all for an empty list.

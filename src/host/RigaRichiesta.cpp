@@ -1,6 +1,6 @@
 #include "host/RigaRichiesta.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 namespace lumoscad {
 
@@ -8,8 +8,8 @@ std::string RigaRichiesta(std::initializer_list<std::string> campi) {
   std::string riga;
   for (const std::string& campo : campi) {
     if (campo.find_first_of("\r\n") != std::string::npos) {
-      throw ErroreRuntime(errori::TipoNonCorrispondente,
-                          "Il valore \"" + campo + "\" contiene una fine di riga e non può essere inviato");
+      throw RuntimeError(errors::TypeMismatch,
+                         "Il valore \"" + campo + "\" contiene una fine di riga e non può essere inviato");
     }
     riga += (&campo == campi.begin() ? "" : ",") + campo;
   }

@@ -12,11 +12,11 @@ namespace {
 /// Copies the values of the named child elements; `lista`, when given, receives every "SCADENZE" element.
 template <typename Lista>
 void Copia(const xml::Nodo& nodo, std::initializer_list<std::pair<std::string_view, std::string*>> campi, Lista lista) {
-  for (const xml::Nodo& figlio : nodo.figli) {
-    const std::string nome = Maiuscolo(figlio.nome);
+  for (const xml::Nodo& figlio : nodo.children) {
+    const std::string nome = Maiuscolo(figlio.name);
     for (const auto& [campo, valore] : campi) {
       if (nome == campo) {
-        *valore = figlio.valore;
+        *valore = figlio.value;
       }
     }
     if (nome == "SCADENZE") {
@@ -31,7 +31,7 @@ void Copia(const xml::Nodo& nodo, std::initializer_list<std::pair<std::string_vi
 
 /// Adds one item for every child of a list element, whatever its name, and lets it read that child.
 template <typename Voce> void Aggiungi(std::vector<std::unique_ptr<Voce>>& voci, const xml::Nodo& elenco) {
-  for (const xml::Nodo& figlio : elenco.figli) {
+  for (const xml::Nodo& figlio : elenco.children) {
     voci.push_back(std::make_unique<Voce>());
     voci.back()->XMLParser.Consegna(figlio);
   }

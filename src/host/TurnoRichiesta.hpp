@@ -7,7 +7,7 @@
 namespace lumoscad {
 
 namespace nexaro {
-class Esclusione;
+class ProcessLock;
 }
 
 /// The names of one request's file, taken once at its start.
@@ -27,7 +27,7 @@ class TurnoRichiesta {
   /// of one process within a second have the same name. A wait shows the hourglass, lets pending events run, and leaves
   /// `puntatore` behind. Raises a run-time error when the other's end does not come within `NEXARO_ATTESA`, or no free
   /// second within two more.
-  explicit TurnoRichiesta(Puntatore puntatore);
+  explicit TurnoRichiesta(Pointer puntatore);
   TurnoRichiesta(const TurnoRichiesta&) = delete;
   TurnoRichiesta& operator=(const TurnoRichiesta&) = delete;
   ~TurnoRichiesta();
@@ -39,7 +39,7 @@ class TurnoRichiesta {
  private:
   TurnoRichiesta() = default;
 
-  nexaro::Esclusione* esclusione_ = nullptr; ///< where the turn is held
+  nexaro::ProcessLock* esclusione_ = nullptr; ///< where the turn is held
   NomiRichiesta nomi_;
 };
 

@@ -5,7 +5,7 @@
 namespace lumoscad::nexaro {
 
 /// The two strings that the environment object supplies.
-struct Ambiente {
+struct Environment {
   std::string CodicePostazione; ///< the workstation's identifier
   std::string CartellaLocale;   ///< the local work directory, without a trailing separator
 };

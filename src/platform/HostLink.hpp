@@ -10,7 +10,7 @@
 namespace lumoscad::nexaro {
 
 /// What a message says where the host may have done what it was asked and gave no answer to rely on.
-inline constexpr std::string_view EsitoIgnoto =
+inline constexpr std::string_view UnknownOutcome =
     "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
 
 /// The link to the host. Every operation names the host by its address and raises a run-time error with an
@@ -22,27 +22,27 @@ class HostLink {
   HostLink& operator=(const HostLink&) = delete;
   virtual ~HostLink() = default;
 
-  /// Runs `programma` on the host with one argument an element of `parametri`, empty ones included, and hands
-  /// its XML answer to `risposta`. Returns when the answer was delivered. A failure whose text says what became of the
+  /// Runs `program` on the host with one argument an element of `parameters`, empty ones included, and hands
+  /// its XML answer to `reply`. Returns when the answer was delivered. A failure whose text says what became of the
   /// program carries that as its outcome.
-  virtual void EseguiProgramma(std::string_view host, std::string_view programma,
-                               const std::vector<std::string>& parametri, XMLParser& risposta) = 0;
-  /// Copies the host's file `remoto` to the local path `locale`; a missing file is a failure.
-  virtual void RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale,
-                          std::string& testo) = 0;
-  /// Copies the first `massimo` bytes of the host's file `remoto`, or the whole where it is no longer, as `RiceviFile`
+  virtual void EseguiProgramma(std::string_view host, std::string_view program,
+                               const std::vector<std::string>& parameters, XMLParser& reply) = 0;
+  /// Copies the host's file `remote` to the local path `locale`; a missing file is a failure.
+  virtual void RiceviFile(std::string_view host, std::string_view remote, std::string_view locale,
+                          std::string& text) = 0;
+  /// Copies the first `maximum` bytes of the host's file `remote`, or the whole where it is no longer, as `RiceviFile`
   /// does. A link that cannot receive a part receives the whole.
-  virtual void RiceviInizio(std::string_view host, std::string_view remoto, std::string_view locale,
-                            std::size_t /*massimo*/, std::string& testo) {
-    RiceviFile(host, remoto, locale, testo);
+  virtual void ReceiveBeginning(std::string_view host, std::string_view remote, std::string_view locale,
+                                std::size_t /*massimo*/, std::string& text) {
+    RiceviFile(host, remote, locale, text);
   }
-  /// Copies the local file `locale` to the host's path `remoto`, replacing what is there.
-  virtual void InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) = 0;
-  /// Renames a file on the host in one step; `testo` receives the host's text, if any.
-  virtual void RinominaFile(std::string_view host, std::string_view remoto, std::string_view nuovo,
-                            std::string& testo) = 0;
+  /// Copies the local file `locale` to the host's path `remote`, replacing what is there.
+  virtual void InviaFile(std::string_view host, std::string_view locale, std::string_view remote) = 0;
+  /// Renames a file on the host in one step; `text` receives the host's text, if any.
+  virtual void RinominaFile(std::string_view host, std::string_view remote, std::string_view newName,
+                            std::string& text) = 0;
   /// Deletes a file on the host; a file that is not there is no failure.
-  virtual void CancellaFile(std::string_view host, std::string_view remoto) = 0;
+  virtual void CancellaFile(std::string_view host, std::string_view remote) = 0;
 };
 
 } // namespace lumoscad::nexaro

@@ -11,13 +11,13 @@ class XMLParser {
  public:
   std::function<void(const xml::Nodo&)> Parse;
   /// Set by the link right before the start of the program is sent: what fails from then on leaves it open whether the
-  /// program has done its work, unless the failure itself says more (`ErroreRuntime::Esito`).
-  bool Avviato = false;
+  /// program has done its work, unless the failure itself says more (`RuntimeError::Outcome`).
+  bool Started = false;
 
-  /// Raises `Parse` with `nodo`, when someone listens.
-  void Consegna(const xml::Nodo& nodo) const {
+  /// Raises `Parse` with `node`, when someone listens.
+  void Consegna(const xml::Nodo& node) const {
     if (Parse) {
-      Parse(nodo);
+      Parse(node);
     }
   }
 };

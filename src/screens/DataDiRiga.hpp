@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <string>
 #include <string_view>
@@ -16,7 +16,7 @@ inline void RichiediData(std::string_view conto, std::string_view colonna, std::
   }
   std::string testo = "Data non valida nella base dati: conto ";
   testo.append(conto).append(", colonna ").append(colonna).append(", valore «").append(valore).append("».");
-  throw ErroreRuntime(errori::TipoNonCorrispondente, testo);
+  throw RuntimeError(errors::TypeMismatch, testo);
 }
 
 } // namespace lumoscad

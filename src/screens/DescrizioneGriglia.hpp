@@ -57,7 +57,7 @@ struct DescrizioneGriglia {
   std::string carattere;                    ///< the font of the list and of both bank boxes
   std::string carattereTestate = "Verdana"; ///< the headings' font
   int righeSenzaScorrere = 20;              ///< how many rows it shows before it needs a vertical scroll bar
-  std::vector<ColonnaElenco> colonne;
+  std::vector<ListColumn> colonne;
   std::vector<int> colonneConTag;
   std::vector<TestataGriglia> testate;
   std::optional<std::string> campoData;  ///< caption of the top date field

@@ -5,8 +5,8 @@
 #include "common/Utilities.hpp"
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 #include "screens/DataDiRiga.hpp"
 
 #include <optional>
@@ -21,11 +21,12 @@ constexpr std::size_t CaratteriSerie = 2;
 class Lettura {
  public:
   explicit Lettura(ado::Recordset& righe)
-      : righe_(righe), conto_(righe.Colonna("CODICECONTO")), descrizioneConto_(righe.Colonna("DESCRIZIONECONTO")),
-        serie_(righe.Colonna("SERIE")), numero_(righe.Colonna("NUMERO")), consegna_(righe.Colonna("DATACONSEGNA")),
-        origine_(righe.Colonna("DATACONSEGNAORIGINE")), divisa_(righe.Colonna("DIVISA")),
-        importoDivisa_(righe.Colonna("IMPORTODIVISA")), importoEuro_(righe.Colonna("IMPORTOEURO")),
-        banca_(righe.Colonna("CODICEBANCA")), descrizioneBanca_(righe.Colonna("BANCADESCRIZIONE")) {}
+      : righe_(righe), conto_(righe.ColumnIndex("CODICECONTO")),
+        descrizioneConto_(righe.ColumnIndex("DESCRIZIONECONTO")), serie_(righe.ColumnIndex("SERIE")),
+        numero_(righe.ColumnIndex("NUMERO")), consegna_(righe.ColumnIndex("DATACONSEGNA")),
+        origine_(righe.ColumnIndex("DATACONSEGNAORIGINE")), divisa_(righe.ColumnIndex("DIVISA")),
+        importoDivisa_(righe.ColumnIndex("IMPORTODIVISA")), importoEuro_(righe.ColumnIndex("IMPORTOEURO")),
+        banca_(righe.ColumnIndex("CODICEBANCA")), descrizioneBanca_(righe.ColumnIndex("BANCADESCRIZIONE")) {}
 
   [[nodiscard]] std::string_view Serie() const { return Campo(serie_); }
   [[nodiscard]] std::string_view Numero() const { return Campo(numero_); }
@@ -34,7 +35,7 @@ class Lettura {
     RigaPresunto riga;
     riga.CodiceConto = Campo(conto_);
     riga.DescrizioneConto = Campo(descrizioneConto_);
-    riga.documento = righe_.Valore(serie_) ? TestoDocumento(Serie(), Numero()) : std::string();
+    riga.documento = righe_.ValueAt(serie_) ? TestoDocumento(Serie(), Numero()) : std::string();
     riga.DataConsegna = Campo(consegna_);
     riga.ConsegnaOrigine = Campo(origine_);
     riga.Divisa = Campo(divisa_);
@@ -46,7 +47,7 @@ class Lettura {
   }
 
  private:
-  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return righe_.Valore(colonna).value_or(""); }
+  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return righe_.ValueAt(colonna).value_or(""); }
   [[nodiscard]] std::string Importo(std::size_t colonna) const {
     const std::string_view valore = Campo(colonna);
     return valore.empty() ? std::string() : Utilities::FormattaImporto(valore);
@@ -111,10 +112,10 @@ void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroP
         const auto chiave = movimenti.Cerca(lettura.Serie(), lettura.Numero());
         movimento(riga, "MOVIMENTO_" + std::to_string(chiave));
       }
-      servizi().desktop().EventiInAttesa();
+      activeServices().desktop().RunPendingEvents();
     }
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
   }
 }
 

@@ -39,19 +39,19 @@ void Griglia::NascondiSeScorre() {
 }
 
 void Griglia::NascondiBarrette() {
-  stato_.barretteNascoste = true;
+  stato_.scrollBarsHidden = true;
 }
 
 void Griglia::RimettiBarrette() {
-  stato_.barretteNascoste = false;
+  stato_.scrollBarsHidden = false;
 }
 
-void Griglia::ApriEditor(EditorCella& editor, std::size_t riga, int top, int left, int width) {
-  editor.alto = top;
-  editor.sinistra = left;
-  editor.larghezza = width;
-  editor.visibile = true;
-  editor.posto = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(riga));
+void Griglia::ApriEditor(CellEditor& editor, std::size_t riga, int top, int left, int width) {
+  editor.top = top;
+  editor.left = left;
+  editor.width = width;
+  editor.visible = true;
+  editor.place = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(riga));
   rigaInModifica_ = riga;
   chiaveInModifica_ = ChiaveRiga(riga);
 }
@@ -63,20 +63,20 @@ void Griglia::InserisciScadenza(int top, int left, int width) {
   }
   NascondiSeScorre();
   TogliBanca();
-  stato_.data.testo = Righe.Testo(*riga, descrizione_.data.colonna);
+  stato_.data.text = Righe.Testo(*riga, descrizione_.data.colonna);
   ApriEditor(stato_.data, *riga, top, left, width);
 }
 
 void Griglia::TogliScadenza() {
-  if (!stato_.data.visibile || !Modificabile()) {
+  if (!stato_.data.visible || !Modificabile()) {
     return;
   }
-  stato_.data.visibile = false;
+  stato_.data.visible = false;
   if (descrizione_.data.fuocoChiude) {
     RimettiBarrette(); // nobody does it after the focus has gone
   }
   if (const auto riga = RigaInModifica()) {
-    ScriviData(*riga, stato_.data.testo);
+    ScriviData(*riga, stato_.data.text);
     Cambiata();
   }
 }
@@ -92,7 +92,7 @@ void Griglia::ScriviData(std::size_t riga, std::string_view testo) {
 }
 
 void Griglia::TextScad_Change(std::string_view testo) {
-  stato_.data.testo = testo;
+  stato_.data.text = testo;
 }
 
 void Griglia::TextScad_KeyPress(int codice) {
@@ -121,16 +121,16 @@ void Griglia::InserisciBanca(int top, int left, int width) {
   NascondiSeScorre();
   TogliScadenza();
   TogliBanca();
-  stato_.banca.indice = TrovaRigaBanca(cmbBanche2.voci, Righe.Testo(*riga, descrizione_.banca.colonna));
-  ApriEditor(stato_.banca, *riga, top, left, width);
+  stato_.bank.index = TrovaRigaBanca(cmbBanche2.voci, Righe.Testo(*riga, descrizione_.banca.colonna));
+  ApriEditor(stato_.bank, *riga, top, left, width);
 }
 
 void Griglia::TogliBanca() {
-  if (!stato_.banca.visibile || !Modificabile()) {
+  if (!stato_.bank.visible || !Modificabile()) {
     return;
   }
-  stato_.banca.visibile = false;
-  const int indice = stato_.banca.indice;
+  stato_.bank.visible = false;
+  const int indice = stato_.bank.index;
   const auto& voci = cmbBanche2.voci;
   const bool conTesto =
       indice >= 0 && static_cast<std::size_t>(indice) < voci.size() && !voci[static_cast<std::size_t>(indice)].empty();
@@ -142,12 +142,12 @@ void Griglia::TogliBanca() {
 }
 
 void Griglia::cmbBanche2_Click(int indice) {
-  stato_.banca.indice = indice;
+  stato_.bank.index = indice;
 }
 
 void Griglia::cmbBanche2_LostFocus() {
   // The editor also loses the focus when it was closed for the date editor, which keeps the scroll bars covered.
-  if (!stato_.banca.visibile) {
+  if (!stato_.bank.visible) {
     return;
   }
   TogliBanca();
@@ -155,8 +155,8 @@ void Griglia::cmbBanche2_LostFocus() {
 }
 
 void Griglia::AbbandonaEditor() {
-  stato_.data.visibile = false;
-  stato_.banca.visibile = false;
+  stato_.data.visible = false;
+  stato_.bank.visible = false;
   RimettiBarrette();
 }
 

@@ -4,7 +4,7 @@
 #include "common/Testo.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <unordered_set>
 
@@ -12,7 +12,8 @@ namespace lumoscad {
 
 const std::string& BancheCombo::Codice(int indice) const {
   if (indice < 1 || static_cast<std::size_t>(indice) > codici.size()) {
-    throw ErroreRuntime(errori::IndiceNonValido, "Indice non incluso nell'intervallo: banca " + std::to_string(indice));
+    throw RuntimeError(errors::SubscriptOutOfRange,
+                       "Indice non incluso nell'intervallo: banca " + std::to_string(indice));
   }
   return codici[static_cast<std::size_t>(indice) - 1];
 }
@@ -31,13 +32,13 @@ BancheCombo CaricaBanche(MsgAnnulla& msg, CodiceRipetuto ripetuto) {
       const std::string codice(righe->Fields("CODICECONTO").Value().value_or(""));
       // The keys of a collection do not tell upper from lower case.
       if (ripetuto == CodiceRipetuto::Errore && !chiavi.insert(Maiuscolo(codice)).second) {
-        throw ErroreRuntime(errori::ChiaveDuplicata, "Chiave già associata a un elemento dell'insieme: " + codice);
+        throw RuntimeError(errors::DuplicateKey, "Chiave già associata a un elemento dell'insieme: " + codice);
       }
       banche.codici.push_back(codice);
       banche.voci.emplace_back(righe->Fields("DESCRIZIONEVOCE").Value().value_or(""));
     }
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
   }
   return banche;
 }

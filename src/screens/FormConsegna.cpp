@@ -2,7 +2,7 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/DataDiRiga.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
@@ -16,22 +16,22 @@ using Schermata = FormConsegna;
 constexpr std::string_view ModoConsegna = "CONSEGNA"; ///< the screen's mode, and its list's `Tag`
 
 DescrizioneGriglia Descrizione() {
-  using Genere = ColonnaElenco::Genere;
+  using Genere = ListColumn::Kind;
   DescrizioneGriglia d;
   d.nome = "FormConsegna";
   d.titolo = "LumoScad - Date di consegna";
   d.nomeLista = "LVScadenzePresunti";
   d.tagLista = ModoConsegna;
   d.carattere = "Verdana";
-  d.colonne = {{"KConto", "Conto", 3750, Genere::Testo},
-               {"KOrdine", "Ordine", 1650, Genere::Testo},
-               {"KConsegnaPrevista", "Consegna prevista", 2100, Genere::Testo},
-               {"KDivisa", "Divisa", 900, Genere::Testo},
-               {"KFatturato", "Fatturato", 1800, Genere::Importo},
-               {"KFatturatoEuro", "Fatturato Euro", 1800, Genere::Importo},
-               {"Kradio", "", 420, Genere::Spunta},
-               {"KNuovaScadenza", "Nuova Consegna", 1950, Genere::EditorData, Schermata::ConsegnaPrevista},
-               {"KConsegnaOrdinaData", "", 0, Genere::Testo}};
+  d.colonne = {{"KConto", "Conto", 3750, Genere::Text},
+               {"KOrdine", "Ordine", 1650, Genere::Text},
+               {"KConsegnaPrevista", "Consegna prevista", 2100, Genere::Text},
+               {"KDivisa", "Divisa", 900, Genere::Text},
+               {"KFatturato", "Fatturato", 1800, Genere::Amount},
+               {"KFatturatoEuro", "Fatturato Euro", 1800, Genere::Amount},
+               {"Kradio", "", 420, Genere::Tick},
+               {"KNuovaScadenza", "Nuova Consegna", 1950, Genere::DateEditor, Schermata::ConsegnaPrevista},
+               {"KConsegnaOrdinaData", "", 0, Genere::Text}};
   d.colonneConTag = {Schermata::Conto, Schermata::Ordine, Schermata::ConsegnaPrevista};
   // The planned date sorts by the copy that sorts by time; amounts and currencies do not sort.
   d.testate = {{1, "Conto", Schermata::Conto, Schermata::Conto},
@@ -68,7 +68,7 @@ void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureL
   griglia_.Mostra();
   LeggiVariazioni(variazioni);
   if (!msg.Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+    throw RuntimeError(errors::RecordedError, msg.Errore);
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include "common/Messaggi.hpp"
 #include "common/Stato.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 
 #include <utility>
 
@@ -18,17 +18,17 @@ constexpr std::string_view TestoDeseleziona = "Deseleziona tutto";
 constexpr int Vero = -1; ///< True as a number in the calling program
 
 DescrizioneGriglia Descrizione() {
-  using Genere = ColonnaElenco::Genere;
+  using Genere = ListColumn::Kind;
   DescrizioneGriglia d;
   d.nome = "FormLumoScad";
   d.nomeLista = "LWScad";
   d.carattere = "Verdana";
   d.righeSenzaScorrere = Schermata::RigheInVista;
-  d.colonne = {{"KSpunta", "", 420, Genere::Spunta},
-               {"KScadenza", "Scadenza", 1800, Genere::Testo},
-               {"KScadOrig", "Scad. orig.", 1800, Genere::Testo},
-               {"KImporto", "Importo", 1950, Genere::Importo},
-               {"KNuovaScadenza", "Nuova scadenza", 1950, Genere::EditorData, Schermata::Scadenza}};
+  d.colonne = {{"KSpunta", "", 420, Genere::Tick},
+               {"KScadenza", "Scadenza", 1800, Genere::Text},
+               {"KScadOrig", "Scad. orig.", 1800, Genere::Text},
+               {"KImporto", "Importo", 1950, Genere::Amount},
+               {"KNuovaScadenza", "Nuova scadenza", 1950, Genere::DateEditor, Schermata::Scadenza}};
   d.campoData = "Nuova scadenza";
   d.colonneChiave = Schermata::Scadenza + 1;
   d.primaConChiave = true;
@@ -55,7 +55,7 @@ void FormLumoScad::Svuota() {
   LabelDescPartita.clear();
   LabelDescCliFor.clear();
   finestra_ = {};
-  finestra_.selezionaTutto = TestoSeleziona;
+  finestra_.selectEverything = TestoSeleziona;
   selezionaTutto_ = false;
 }
 
@@ -76,14 +76,14 @@ std::string FormLumoScad::Visualizza(std::string_view modo) {
   griglia_.Titolo = modo == ModoScad ? "LumoScad - Scadenze della partita" : "LumoScad - Scadenze extra";
   risultato_.clear();
   confermaDopo_ = false;
-  descrizione_.descrizione = {{{"LabelPartita", "Partita:"}, {"LabelDescPartita", LabelDescPartita}},
+  descrizione_.description = {{{"LabelPartita", "Partita:"}, {"LabelDescPartita", LabelDescPartita}},
                               {{"LabelCliFor", "Cliente/Fornitore:"}, {"LabelDescCliFor", LabelDescCliFor}}};
-  descrizione_.congedo = {"Label1", "Questa FormLumoScad non viene piu' utilizzata !!!  Ciao, a presto !!"};
-  descrizione_.carattereCongedo = "MS Sans Serif";
-  finestra_.descrizioneVisibile = modo == ModoScad;
+  descrizione_.farewell = {"Label1", "Questa FormLumoScad non viene piu' utilizzata !!!  Ciao, a presto !!"};
+  descrizione_.farewellFont = "MS Sans Serif";
+  finestra_.descriptionVisible = modo == ModoScad;
   ResizeScad();
   griglia_.Prepara();
-  servizi().desktop().MostraScadenzario(*this);
+  activeServices().desktop().ShowSingleItem(*this);
   if (!griglia_.Confermata()) {
     risultato_ = griglia_.MotivoChiusura();
   }
@@ -98,7 +98,7 @@ std::string FormLumoScad::EseguiConferma() const {
 }
 
 void FormLumoScad::SetTopMostWindow(bool topmost) {
-  finestra_.primoPiano = topmost;
+  finestra_.onTop = topmost;
 }
 
 void FormLumoScad::SetTopMostWindow(int topmost) {
@@ -108,7 +108,7 @@ void FormLumoScad::SetTopMostWindow(int topmost) {
 void FormLumoScad::PicSelezionaTutto_Click() {
   // Exactly one blank, which the field holds once it was left without a date; a field never entered holds nothing,
   // and the rows are then ticked with an empty date.
-  if (griglia_.Stato().testoScadenza == " ") {
+  if (griglia_.Stato().dueDateText == " ") {
     MostraMessaggio("Inserisci una scadenza", "");
     return;
   }
@@ -117,7 +117,7 @@ void FormLumoScad::PicSelezionaTutto_Click() {
     griglia_.SpuntaCasella(riga, selezionaTutto_);
   }
   // The text tells what was done last, not what the next click will do.
-  finestra_.selezionaTutto = selezionaTutto_ ? TestoSeleziona : TestoDeseleziona;
+  finestra_.selectEverything = selezionaTutto_ ? TestoSeleziona : TestoDeseleziona;
 }
 
 void FormLumoScad::PictureOk_Click() {

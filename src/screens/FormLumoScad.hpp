@@ -12,7 +12,7 @@ namespace lumoscad {
 /// The due dates of one open item, or of the extra schedule of one movement: the person gives single instalments, or
 /// all that are ticked, a new due date. Who opens it fills the grid's rows and the two descriptions first. All lengths
 /// are twips.
-class FormLumoScad final : public FinestraScadenzario {
+class FormLumoScad final : public SingleItemWindow {
  public:
   /// The list's columns, by index: the check box of the row, and after it the text that a row is known by.
   enum Colonna { Casella, Scadenza, ScadOrig, Importo, NuovaScadenza, Colonne };
@@ -59,9 +59,9 @@ class FormLumoScad final : public FinestraScadenzario {
   void SetTopMostWindow(bool topmost);
   void SetTopMostWindow(int topmost);
 
-  [[nodiscard]] FinestraElenco& Elenco() override { return griglia_; }
+  [[nodiscard]] ListWindow& Elenco() override { return griglia_; }
   [[nodiscard]] const ItemDescription& Description() const override { return descrizione_; }
-  [[nodiscard]] const StatoScadenzario& Stato() const override { return finestra_; }
+  [[nodiscard]] const SingleItemState& Stato() const override { return finestra_; }
   void PicSelezionaTutto_Click() override;
   void PictureOk_Click() override;
 
@@ -73,7 +73,7 @@ class FormLumoScad final : public FinestraScadenzario {
   Conferma conferma_;
   Conferma confermaExtra_;
   ItemDescription descrizione_;
-  StatoScadenzario finestra_;
+  SingleItemState finestra_;
   std::string risultato_;
   bool selezionaTutto_ = false;
   bool confermaDopo_ = false; ///< the confirmation waits until the window is gone

@@ -2,7 +2,7 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 #include <unordered_set>
@@ -16,22 +16,22 @@ using Schermata = FormPresunti;
 constexpr std::string_view ModoPresunti = "PRESUNTI"; ///< the screen's mode, and its list's `Tag`
 
 DescrizioneGriglia Descrizione() {
-  using Genere = ColonnaElenco::Genere;
+  using Genere = ListColumn::Kind;
   DescrizioneGriglia d;
   d.nome = "FormPresunti";
   d.titolo = "LumoScad - Banca dei documenti presunti";
   d.nomeLista = "LVPresunti";
   d.tagLista = ModoPresunti;
   d.carattere = "Arial";
-  d.colonne = {{"KConto", "Conto", 3750, Genere::Testo},
-               {"KOrdine", "Ordine", 1650, Genere::Testo},
-               {"KConsegnaPrevista", "Cons. prevista", 1650, Genere::Testo},
-               {"KDivisa", "Divisa", 900, Genere::Testo},
-               {"KFatturato", "Fatturato", 1800, Genere::Importo},
-               {"KBanca", "Banca", 3450, Genere::Testo},
-               {"Kradio", "", 420, Genere::Spunta},
-               {"KNuovaBanca", "Nuova Banca", 3450, Genere::EditorBanca, Schermata::Banca},
-               {"KConsegnaOrdinaData", "", 0, Genere::Testo}};
+  d.colonne = {{"KConto", "Conto", 3750, Genere::Text},
+               {"KOrdine", "Ordine", 1650, Genere::Text},
+               {"KConsegnaPrevista", "Cons. prevista", 1650, Genere::Text},
+               {"KDivisa", "Divisa", 900, Genere::Text},
+               {"KFatturato", "Fatturato", 1800, Genere::Amount},
+               {"KBanca", "Banca", 3450, Genere::Text},
+               {"Kradio", "", 420, Genere::Tick},
+               {"KNuovaBanca", "Nuova Banca", 3450, Genere::BankEditor, Schermata::Banca},
+               {"KConsegnaOrdinaData", "", 0, Genere::Text}};
   d.colonneConTag = {Schermata::Conto, Schermata::ConsegnaPrevista, Schermata::Banca, Schermata::NuovaBanca};
   // "Banca" sorts by the new bank, the planned date by the copy that sorts by time; amounts and currencies do not sort.
   d.testate = {{1, "Conto", Schermata::Conto, Schermata::Conto},
@@ -73,7 +73,7 @@ void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureL
   griglia_.Mostra();
   LeggiVariazioni(variazioni);
   if (!msg.Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+    throw RuntimeError(errors::RecordedError, msg.Errore);
   }
 }
 

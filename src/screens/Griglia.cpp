@@ -1,6 +1,6 @@
 #include "screens/Griglia.hpp"
 
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -18,13 +18,13 @@ constexpr int AltoLista = 30;
 /// Forgets how the window opens its drop-downs once it is gone.
 class Tendina {
  public:
-  explicit Tendina(FinestraElenco::DropDown& tendina) : tendina_(tendina) {}
+  explicit Tendina(ListWindow::DropDown& tendina) : tendina_(tendina) {}
   Tendina(const Tendina&) = delete;
   Tendina& operator=(const Tendina&) = delete;
   ~Tendina() { tendina_ = nullptr; }
 
  private:
-  FinestraElenco::DropDown& tendina_;
+  ListWindow::DropDown& tendina_;
 };
 
 } // namespace
@@ -39,9 +39,9 @@ void Griglia::Azzera() {
   Righe.Svuota();
   Tag.clear();
   Etichette.clear();
-  const auto ordine = stato_.ordine + 1;
+  const auto ordine = stato_.order + 1;
   stato_ = {};
-  stato_.ordine = ordine;
+  stato_.order = ordine;
   motivoChiusura_.clear();
   chiaveInModifica_.clear();
   colonnaOrdine_ = 0;
@@ -51,8 +51,8 @@ void Griglia::Azzera() {
 
 void Griglia::MisuraColonne(const std::vector<int>& nascoste) {
   larghezze_.clear();
-  for (const ColonnaElenco& colonna : descrizione_.colonne) {
-    larghezze_.push_back(colonna.larghezza);
+  for (const ListColumn& colonna : descrizione_.colonne) {
+    larghezze_.push_back(colonna.width);
   }
   for (const int nascosta : nascoste) {
     larghezze_[static_cast<std::size_t>(nascosta)] = 0;
@@ -71,51 +71,51 @@ void Griglia::Resize(const std::vector<int>& nascoste) {
   }
   const int colonne = static_cast<int>(descrizione_.colonne.size());
   const auto senzaScorrere = static_cast<std::size_t>(descrizione_.righeSenzaScorrere);
-  stato_.sinistraLista = SinistraLista + SinistraLista;
-  stato_.larghezzaLista = SinistraColonna(colonne) + MargineLista;
-  stato_.larghezzaQuadro = SinistraColonna(colonne) + MargineQuadro;
-  stato_.altezzaLista = static_cast<int>(std::min(Righe.Quante(), senzaScorrere)) * AltezzaRiga;
-  stato_.crescente = true;
+  stato_.listLeft = SinistraLista + SinistraLista;
+  stato_.listWidth = SinistraColonna(colonne) + MargineLista;
+  stato_.pictureWidth = SinistraColonna(colonne) + MargineQuadro;
+  stato_.listHeight = static_cast<int>(std::min(Righe.Quante(), senzaScorrere)) * AltezzaRiga;
+  stato_.ascending = true;
   for (const TestataGriglia& testata : descrizione_.testate) {
     if (testata.colonnaOrdine == 0) {
-      stato_.testataOrdinata = testata.indice;
+      stato_.sortedHeading = testata.indice;
       Ordina(0);
     }
   }
-  stato_.selezionata = Righe.Quante() > 0 ? 0 : -1;
+  stato_.selected = Righe.Quante() > 0 ? 0 : -1;
 }
 
 void Griglia::Prepara() {
   AbbandonaEditor();
-  stato_.scaricata = false;
+  stato_.unloaded = false;
   motivoChiusura_.clear();
   saltaClic_ = false;
   confermata_ = false;
   finestra_ = {};
-  finestra_.nome = descrizione_.nome;
-  finestra_.titolo = Titolo;
-  finestra_.nomeLista = descrizione_.nomeLista;
-  finestra_.carattere = descrizione_.carattere;
-  finestra_.carattereTestate = descrizione_.carattereTestate;
-  finestra_.righeSenzaScorrere = descrizione_.righeSenzaScorrere;
-  finestra_.colonne = descrizione_.colonne;
+  finestra_.name = descrizione_.nome;
+  finestra_.title = Titolo;
+  finestra_.listName = descrizione_.nomeLista;
+  finestra_.fontName = descrizione_.carattere;
+  finestra_.headingFont = descrizione_.carattereTestate;
+  finestra_.rowsWithoutScrolling = descrizione_.righeSenzaScorrere;
+  finestra_.columns = descrizione_.colonne;
   for (std::size_t colonna = 0; colonna < larghezze_.size(); ++colonna) {
-    finestra_.colonne[colonna].larghezza = larghezze_[colonna];
+    finestra_.columns[colonna].width = larghezze_[colonna];
   }
-  finestra_.testate = testate_;
-  finestra_.etichette = Etichette;
+  finestra_.headings = testate_;
+  finestra_.labels = Etichette;
   if (descrizione_.data.colonna >= 0 && Larghezza(descrizione_.data.colonna) > 0) {
-    finestra_.campoData = descrizione_.campoData;
+    finestra_.dateField = descrizione_.campoData;
   }
-  finestra_.campoBanca = descrizione_.campoBanca;
-  finestra_.banche = cmbBanche.voci;
-  finestra_.bancheCella = cmbBanche2.voci;
+  finestra_.bankField = descrizione_.campoBanca;
+  finestra_.banks = cmbBanche.voci;
+  finestra_.cellBanks = cmbBanche2.voci;
 }
 
 void Griglia::Mostra() {
   Prepara();
   const Tendina tendina(tendina_);
-  servizi().desktop().MostraElenco(*this);
+  activeServices().desktop().ShowList(*this);
 }
 
 std::string_view Griglia::CellText(std::size_t posto, int colonna) const {
@@ -145,10 +145,10 @@ std::string Griglia::ChiaveRiga(std::size_t riga) const {
 }
 
 std::optional<std::size_t> Griglia::RigaSelezionata() const {
-  if (stato_.selezionata < 0 || static_cast<std::size_t>(stato_.selezionata) >= Righe.Quante()) {
+  if (stato_.selected < 0 || static_cast<std::size_t>(stato_.selected) >= Righe.Quante()) {
     return std::nullopt;
   }
-  return Righe.RigaAlPosto(static_cast<std::size_t>(stato_.selezionata));
+  return Righe.RigaAlPosto(static_cast<std::size_t>(stato_.selected));
 }
 
 int Griglia::SinistraColonna(int colonna) const {
@@ -173,7 +173,7 @@ int Griglia::TrovaCoordinate(int x) const {
 
 void Griglia::Seleziona(std::ptrdiff_t posto) {
   const bool valido = posto >= 0 && static_cast<std::size_t>(posto) < Righe.Quante();
-  stato_.selezionata = valido ? posto : -1;
+  stato_.selected = valido ? posto : -1;
 }
 
 void Griglia::LVScadenze_MouseDown(int x, int y) {
@@ -226,25 +226,25 @@ void Griglia::TLwTestata_Click(int indice) {
   if (testata == descrizione_.testate.end() || testata->colonnaOrdine < 0) {
     return;
   }
-  stato_.testataOrdinata = indice;
-  stato_.crescente = testata->colonnaOrdine == colonnaOrdine_ ? !stato_.crescente : true;
+  stato_.sortedHeading = indice;
+  stato_.ascending = testata->colonnaOrdine == colonnaOrdine_ ? !stato_.ascending : true;
   Ordina(testata->colonnaOrdine);
 }
 
 void Griglia::Ordina(int colonna) {
   const auto selezionata = RigaSelezionata();
   colonnaOrdine_ = colonna;
-  Righe.Ordina(colonna, stato_.crescente);
+  Righe.Ordina(colonna, stato_.ascending);
   if (selezionata) {
-    stato_.selezionata = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*selezionata));
+    stato_.selected = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*selezionata));
   }
   // The selection may be elsewhere: an open editor stays with the row on which it was opened.
-  for (EditorCella* editor : {&stato_.data, &stato_.banca}) {
-    if (editor->visibile) {
-      editor->posto = PostoInModifica();
+  for (CellEditor* editor : {&stato_.data, &stato_.bank}) {
+    if (editor->visible) {
+      editor->place = PostoInModifica();
     }
   }
-  ++stato_.ordine;
+  ++stato_.order;
 }
 
 void Griglia::PictureOk_Click() {

@@ -16,7 +16,7 @@ namespace lumoscad {
 /// The editable schedule grid that the screens share: rows, ticks, in-place editors, sorting and layout. It takes the
 /// person's gestures from the window and changes its rows by them; in what the screens differ its description says. All
 /// lengths are twips.
-class Griglia final : public FinestraElenco {
+class Griglia final : public ListWindow {
  public:
   explicit Griglia(DescrizioneGriglia descrizione);
   Griglia(const Griglia&) = delete;
@@ -29,7 +29,7 @@ class Griglia final : public FinestraElenco {
   std::string Titolo;     ///< the window's title, at first the description's
   std::string Tag;        ///< the list's own: what it lists; empty while its rows are being loaded
   std::string Modo;       ///< what the screen is being used for: "DEBITI/CREDITI", "PRESUNTI" or "CONSEGNA"
-  std::vector<EtichettaElenco> Etichette;
+  std::vector<ListLabel> Etichette;
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
@@ -73,7 +73,7 @@ class Griglia final : public FinestraElenco {
   [[nodiscard]] static int TrovaRigaBanca(const std::vector<std::string>& combo, std::string_view testo);
 
   [[nodiscard]] const ListDescription& Description() const override { return finestra_; }
-  [[nodiscard]] const StatoElenco& Stato() const override { return stato_; }
+  [[nodiscard]] const ListState& Stato() const override { return stato_; }
   [[nodiscard]] std::size_t RowCount() const override { return Righe.Quante(); }
   [[nodiscard]] std::string_view CellText(std::size_t posto, int colonna) const override;
   [[nodiscard]] bool Ticked(std::size_t posto, int colonna) const override;
@@ -109,7 +109,7 @@ class Griglia final : public FinestraElenco {
   [[nodiscard]] std::optional<std::size_t> RigaInModifica() const;
   [[nodiscard]] std::ptrdiff_t PostoInModifica() const;
   void MisuraColonne(const std::vector<int>& nascoste);
-  void ApriEditor(EditorCella& editor, std::size_t riga, int top, int left, int width);
+  void ApriEditor(CellEditor& editor, std::size_t riga, int top, int left, int width);
   void NascondiSeScorre();
   [[nodiscard]] std::string_view DataTolta(std::size_t riga) const;
   void ScriviData(std::size_t riga, std::string_view testo);
@@ -123,14 +123,14 @@ class Griglia final : public FinestraElenco {
   [[nodiscard]] std::vector<std::size_t> RigheDelGruppo(std::size_t riga) const;
   void Ordina(int colonna);
   /// Tells the window that cells changed.
-  void Cambiata() noexcept { ++stato_.contenuto; }
-  void Scarica() noexcept { stato_.scaricata = true; }
+  void Cambiata() noexcept { ++stato_.content; }
+  void Scarica() noexcept { stato_.unloaded = true; }
 
   DescrizioneGriglia descrizione_;
   ListDescription finestra_; ///< of the window that is showing
-  StatoElenco stato_;
+  ListState stato_;
   std::vector<int> larghezze_; ///< of the columns, 0 for one that does not show
-  std::vector<TestataElenco> testate_;
+  std::vector<ListHeading> testate_;
   DropDown tendina_; ///< of the window that is showing
   std::string motivoChiusura_;
   std::string chiaveInModifica_;

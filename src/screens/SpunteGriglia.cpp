@@ -11,7 +11,7 @@ int Griglia::QualeSpunta(std::string_view chiave) const {
 }
 
 std::string_view Griglia::TestoPresente(std::size_t riga, int colonna) const {
-  return Righe.Testo(riga, descrizione_.colonne[static_cast<std::size_t>(colonna)].attuale);
+  return Righe.Testo(riga, descrizione_.colonne[static_cast<std::size_t>(colonna)].present);
 }
 
 void Griglia::CambiaCheck(std::string_view chiave) {
@@ -46,13 +46,13 @@ void Griglia::SpuntaData(std::size_t riga, bool spunta) {
     Righe.ImpostaSpunta(riga, 0, false);
     return;
   }
-  if (MaggioreDiSpazio(stato_.testoScadenza)) {
-    stato_.testoScadenza = Utilities::ControllaData(stato_.testoScadenza);
+  if (MaggioreDiSpazio(stato_.dueDateText)) {
+    stato_.dueDateText = Utilities::ControllaData(stato_.dueDateText);
   }
-  if (data.soloConData && !MaggioreDiSpazio(stato_.testoScadenza)) {
+  if (data.soloConData && !MaggioreDiSpazio(stato_.dueDateText)) {
     return;
   }
-  Righe.ImpostaTesto(riga, data.colonna, stato_.testoScadenza);
+  Righe.ImpostaTesto(riga, data.colonna, stato_.dueDateText);
   Righe.ImpostaSpunta(riga, 0, true);
 }
 
@@ -64,15 +64,15 @@ std::string_view Griglia::DataTolta(std::size_t riga) const {
 void Griglia::SpuntaCasella(std::size_t riga, bool spuntata) {
   Righe.ImpostaSpunta(riga, 0, spuntata);
   std::string nuova;
-  if (MaggioreDiSpazio(stato_.testoScadenza)) {
-    nuova = Utilities::ControllaData(stato_.testoScadenza);
+  if (MaggioreDiSpazio(stato_.dueDateText)) {
+    nuova = Utilities::ControllaData(stato_.dueDateText);
   }
   Righe.ImpostaTesto(riga, descrizione_.data.colonna, spuntata ? nuova : std::string());
   Cambiata();
 }
 
 void Griglia::TextScadenza_Change(std::string_view testo) {
-  stato_.testoScadenza = testo;
+  stato_.dueDateText = testo;
   if (descrizione_.caselle) {
     DeselezionaTutto("RADIO1"); // the dates that the ticks copied stay in their rows
   }
@@ -87,14 +87,14 @@ void Griglia::TextScadenza_LostFocus() {
   if (!descrizione_.caselle) {
     return;
   }
-  const std::string controllata = Utilities::ControllaData(stato_.testoScadenza);
-  if (controllata != stato_.testoScadenza) {
+  const std::string controllata = Utilities::ControllaData(stato_.dueDateText);
+  if (controllata != stato_.dueDateText) {
     TextScadenza_Change(controllata);
   }
 }
 
 void Griglia::cmbBanche_Click(int indice) {
-  stato_.indiceBanca = indice;
+  stato_.bankIndex = indice;
   if (!Modificabile()) {
     return;
   }
@@ -110,7 +110,7 @@ void Griglia::cmbBanche_Click(int indice) {
 void Griglia::SpuntaBanca(std::size_t riga, bool spunta) {
   const int quale = descrizione_.banca.spunta;
   if (spunta) {
-    AssegnaBanca(riga, stato_.indiceBanca, cmbBanche);
+    AssegnaBanca(riga, stato_.bankIndex, cmbBanche);
     Righe.ImpostaSpunta(riga, quale, true);
     return;
   }
@@ -144,7 +144,7 @@ bool Griglia::NienteDaTogliere(std::size_t riga) const {
   const NuovaBancaGriglia& banca = descrizione_.banca;
   return banca.gruppo >= 0
              ? Righe.Testo(riga, banca.gruppo).empty()
-             : Righe.Tag(riga, descrizione_.colonne[static_cast<std::size_t>(banca.colonna)].attuale).empty();
+             : Righe.Tag(riga, descrizione_.colonne[static_cast<std::size_t>(banca.colonna)].present).empty();
 }
 
 std::string_view Griglia::BancaTolta(std::size_t riga) const {

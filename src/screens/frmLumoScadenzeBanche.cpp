@@ -5,8 +5,8 @@
 #include "common/Utilities.hpp"
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 #include "screens/DataDiRiga.hpp"
 
 #include <utility>
@@ -19,23 +19,23 @@ using Schermata = frmLumoScadenzeBanche;
 constexpr std::string_view ModoDebitiCrediti = "DEBITI/CREDITI";
 
 DescrizioneGriglia Descrizione() {
-  using Genere = ColonnaElenco::Genere;
+  using Genere = ListColumn::Kind;
   DescrizioneGriglia d;
   d.nome = "frmLumoScadenzeBanche";
   d.nomeLista = "LVScadenzeBanche";
   d.carattere = "Verdana";
-  d.colonne = {{"KConto", "Conto", 3450, Genere::Testo},
-               {"KPartita", "Partita", 1500, Genere::Testo},
-               {"KScadenza", "Scadenza", 1500, Genere::Testo},
-               {"KScadenzaOrig", "Scad. orig.", 1500, Genere::Testo},
-               {"KBanca", "Banca", 2700, Genere::Testo},
-               {"KImporto", "Importo", 1650, Genere::Importo},
-               {"KRadio1", "", 420, Genere::Spunta},
-               {"KNuovaScadenza", "Nuova Scad", 1500, Genere::EditorData, Schermata::Scadenza},
-               {"KNumeroRata1", "NumeroRata", 0, Genere::Testo},
-               {"KRadio2", "", 420, Genere::Spunta},
-               {"KNuovaBanca", "NuovaBanca", 2700, Genere::EditorBanca, Schermata::Banca},
-               {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Testo}};
+  d.colonne = {{"KConto", "Conto", 3450, Genere::Text},
+               {"KPartita", "Partita", 1500, Genere::Text},
+               {"KScadenza", "Scadenza", 1500, Genere::Text},
+               {"KScadenzaOrig", "Scad. orig.", 1500, Genere::Text},
+               {"KBanca", "Banca", 2700, Genere::Text},
+               {"KImporto", "Importo", 1650, Genere::Amount},
+               {"KRadio1", "", 420, Genere::Tick},
+               {"KNuovaScadenza", "Nuova Scad", 1500, Genere::DateEditor, Schermata::Scadenza},
+               {"KNumeroRata1", "NumeroRata", 0, Genere::Text},
+               {"KRadio2", "", 420, Genere::Tick},
+               {"KNuovaBanca", "NuovaBanca", 2700, Genere::BankEditor, Schermata::Banca},
+               {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Text}};
   d.colonneConTag = {Schermata::Conto, Schermata::Partita, Schermata::Banca, Schermata::NuovaScadenza,
                      Schermata::NuovaBanca};
   // "Scad Orig." and "Importo" do not sort; "Banca" sorts by the new bank, "Scadenza" by the copy that sorts by time.
@@ -75,11 +75,12 @@ struct RigaScadenza {
 class Lettura {
  public:
   explicit Lettura(ado::Recordset& righe)
-      : righe_(righe), conto_(righe.Colonna("CODICECONTO")), descrizioneConto_(righe.Colonna("DESCRIZIONECONTO")),
-        numeroPartita_(righe.Colonna("NUMEROPARTITA")), partita_(righe.Colonna("IDPARTITA")),
-        scadenza_(righe.Colonna("DATASCADENZA")), rata_(righe.Colonna("NUMERORATA")),
-        banca_(righe.Colonna("CODICEBANCA")), originale_(righe.Colonna("DATASCADENZAORIGINALE")),
-        descrizioneBanca_(righe.Colonna("DESCRIZIONEBANCA")), importo_(righe.Colonna("IMPORTOEURO")) {}
+      : righe_(righe), conto_(righe.ColumnIndex("CODICECONTO")),
+        descrizioneConto_(righe.ColumnIndex("DESCRIZIONECONTO")), numeroPartita_(righe.ColumnIndex("NUMEROPARTITA")),
+        partita_(righe.ColumnIndex("IDPARTITA")), scadenza_(righe.ColumnIndex("DATASCADENZA")),
+        rata_(righe.ColumnIndex("NUMERORATA")), banca_(righe.ColumnIndex("CODICEBANCA")),
+        originale_(righe.ColumnIndex("DATASCADENZAORIGINALE")),
+        descrizioneBanca_(righe.ColumnIndex("DESCRIZIONEBANCA")), importo_(righe.ColumnIndex("IMPORTOEURO")) {}
 
   [[nodiscard]] RigaScadenza Riga() const {
     RigaScadenza riga;
@@ -97,7 +98,7 @@ class Lettura {
   }
 
  private:
-  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return righe_.Valore(colonna).value_or(""); }
+  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return righe_.ValueAt(colonna).value_or(""); }
 
   ado::Recordset& righe_;
   std::size_t conto_;
@@ -149,7 +150,7 @@ void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda
   griglia_.Mostra();
   LeggiVariazioni(variazioni);
   if (!msg.Errore.empty()) {
-    throw ErroreRuntime(errori::ErroreRegistrato, msg.Errore);
+    throw RuntimeError(errors::RecordedError, msg.Errore);
   }
 }
 
@@ -162,7 +163,7 @@ void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
       AggiungiRighe(*righe);
     }
   } catch (...) {
-    msg.Errore = moduloDatabase::TestoErrore(ErroreCorrente());
+    msg.Errore = moduloDatabase::TestoErrore(CurrentError());
   }
 }
 
@@ -173,7 +174,7 @@ void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
     RichiediData(letta.CodiceConto, "DATASCADENZA", letta.DataScadenza);
     RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.DataScadenzaOriginale);
     const std::string importo = letta.Importo.empty() ? std::string() : Utilities::FormattaImporto(letta.Importo);
-    servizi().desktop().EventiInAttesa();
+    activeServices().desktop().RunPendingEvents();
     if (importo == "0,00") {
       continue;
     }

@@ -14,12 +14,12 @@
 namespace lumoscad::prova {
 namespace {
 
-std::optional<std::size_t> CercaRiga(const FinestraElenco& finestra, const std::string& quale) {
+std::optional<std::size_t> CercaRiga(const ListWindow& finestra, const std::string& quale) {
   const std::size_t righe = finestra.RowCount();
   if (!quale.starts_with("=")) {
     return righe == 0 ? std::nullopt : std::optional(std::stoul(quale) % righe);
   }
-  const int colonne = static_cast<int>(finestra.Description().colonne.size());
+  const int colonne = static_cast<int>(finestra.Description().columns.size());
   for (std::size_t riga = 0; riga < righe; ++riga) {
     for (int colonna = 0; colonna < colonne; ++colonna) {
       if (finestra.CellText(riga, colonna) == std::string_view(quale).substr(1)) {
@@ -31,34 +31,34 @@ std::optional<std::size_t> CercaRiga(const FinestraElenco& finestra, const std::
 }
 
 /// Clicks the cell of the editable column of a kind.
-void Clicca(FinestraElenco& finestra, std::size_t riga, ColonnaElenco::Genere genere) {
+void Clicca(ListWindow& finestra, std::size_t riga, ListColumn::Kind genere) {
   int x = 1;
-  const auto fine = std::find_if(finestra.Description().colonne.begin(), finestra.Description().colonne.end(),
-                                 [&](const ColonnaElenco& colonna) { return colonna.genere == genere; });
-  if (fine == finestra.Description().colonne.end()) {
+  const auto fine = std::find_if(finestra.Description().columns.begin(), finestra.Description().columns.end(),
+                                 [&](const ListColumn& colonna) { return colonna.kind == genere; });
+  if (fine == finestra.Description().columns.end()) {
     throw std::invalid_argument("the list has no such editor");
   }
-  for (auto colonna = finestra.Description().colonne.begin(); colonna != fine; ++colonna) {
-    x += colonna->larghezza;
+  for (auto colonna = finestra.Description().columns.begin(); colonna != fine; ++colonna) {
+    x += colonna->width;
   }
   finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
   finestra.LVScadenze_MouseDown(x, 1);
   finestra.LVScadenze_Click(0);
 }
 
-void Modifica(FinestraElenco& finestra, const std::vector<std::string>& gesto) {
+void Modifica(ListWindow& finestra, const std::vector<std::string>& gesto) {
   constexpr int TastoInvio = 13;
   const auto riga = CercaRiga(finestra, gesto.at(1));
   if (!riga) {
     return;
   }
   if (gesto[0] == "data") {
-    Clicca(finestra, *riga, ColonnaElenco::Genere::EditorData);
+    Clicca(finestra, *riga, ListColumn::Kind::DateEditor);
     finestra.TextScad_Change(gesto.at(2));
     finestra.TextScad_KeyPress(TastoInvio);
   } else {
-    Clicca(finestra, *riga, ColonnaElenco::Genere::EditorBanca);
-    finestra.cmbBanche2_Click(std::stoi(gesto.at(2)) % static_cast<int>(finestra.Description().bancheCella.size()));
+    Clicca(finestra, *riga, ListColumn::Kind::BankEditor);
+    finestra.cmbBanche2_Click(std::stoi(gesto.at(2)) % static_cast<int>(finestra.Description().cellBanks.size()));
     finestra.cmbBanche2_LostFocus();
   }
 }
@@ -77,16 +77,16 @@ void Aspetta(const std::string& file) {
 
 } // namespace
 
-void DesktopACopione::MostraBox(std::string_view testo, std::string_view) {
+void DesktopACopione::ShowBox(std::string_view testo, std::string_view) {
   const SenzaIniezioni mai;
   box.emplace_back(testo);
 }
 
-void DesktopACopione::ImpostaPuntatore(Puntatore) {}
+void DesktopACopione::SetPointer(Pointer) {}
 
-void DesktopACopione::EventiInAttesa() {}
+void DesktopACopione::RunPendingEvents() {}
 
-void DesktopACopione::MostraElenco(FinestraElenco& finestra) {
+void DesktopACopione::ShowList(ListWindow& finestra) {
   for (const std::string& testo : Dividi(gesti, ';')) {
     const auto gesto = Dividi(testo, ':');
     if (gesto[0] == "conferma") {
@@ -99,16 +99,16 @@ void DesktopACopione::MostraElenco(FinestraElenco& finestra) {
       Modifica(finestra, gesto);
     }
   }
-  if (!finestra.Stato().scaricata) {
+  if (!finestra.Stato().unloaded) {
     finestra.Form_QueryUnload();
   }
 }
 
-void DesktopACopione::MostraScadenzario(FinestraScadenzario& finestra) {
+void DesktopACopione::ShowSingleItem(SingleItemWindow& finestra) {
   finestra.Elenco().Form_QueryUnload();
 }
 
-void DesktopACopione::MostraAttesa(std::string_view, int, const std::function<void()>& lavoro) {
+void DesktopACopione::ShowWait(std::string_view, int, const std::function<void()>& lavoro) {
   lavoro();
 }
 

@@ -17,12 +17,12 @@ class DesktopACopione final : public Desktop {
   std::string gesti;
   std::vector<std::string> box; ///< the texts shown, in order
 
-  void MostraBox(std::string_view testo, std::string_view titolo) override;
-  void ImpostaPuntatore(Puntatore puntatore) override;
-  void EventiInAttesa() override;
-  void MostraElenco(FinestraElenco& finestra) override;
-  void MostraScadenzario(FinestraScadenzario& finestra) override;
-  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
+  void ShowBox(std::string_view testo, std::string_view titolo) override;
+  void SetPointer(Pointer puntatore) override;
+  void RunPendingEvents() override;
+  void ShowList(ListWindow& finestra) override;
+  void ShowSingleItem(SingleItemWindow& finestra) override;
+  void ShowWait(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
 };
 
 } // namespace lumoscad::prova

@@ -63,8 +63,8 @@ void HostOsservato::EseguiProgramma(std::string_view host, std::string_view prog
   nexaro::XMLParser ascolto;
   ascolto.Parse = [&](const xml::Nodo& nodo) {
     std::string detto = "ACCETTATA";
-    for (const xml::Nodo& figlio : nodo.figli) {
-      detto = figlio.nome == "ERRORE" ? "RIFIUTATA" : detto;
+    for (const xml::Nodo& figlio : nodo.children) {
+      detto = figlio.name == "ERRORE" ? "RIFIUTATA" : detto;
     }
     annota_({"RISPOSTA", detto, Ora()});
     passi::Punto("program: answer read");
@@ -74,7 +74,7 @@ void HostOsservato::EseguiProgramma(std::string_view host, std::string_view prog
     try {
       vero_->EseguiProgramma(host, programma, parametri, ascolto);
     } catch (...) {
-      risposta.Avviato = ascolto.Avviato;
+      risposta.Started = ascolto.Started;
       throw;
     }
   });

@@ -156,9 +156,9 @@ Testi Sistema::Interroga(const std::string& sql, char separatore) {
   Testi righe;
   for (; !insieme.Eof(); insieme.MoveNext()) {
     std::string riga;
-    for (std::size_t colonna = 0; colonna < insieme.Colonne(); ++colonna) {
+    for (std::size_t colonna = 0; colonna < insieme.ColumnCount(); ++colonna) {
       riga += colonna == 0 ? "" : std::string(1, separatore);
-      riga += insieme.Valore(colonna).value_or("<NULL>");
+      riga += insieme.ValueAt(colonna).value_or("<NULL>");
     }
     righe.push_back(std::move(riga));
   }

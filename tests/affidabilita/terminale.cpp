@@ -12,7 +12,7 @@
 #include "Iniettore.hpp"
 #include "Passi.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 
 #include <cstdio>
@@ -54,11 +54,12 @@ class Registro {
 
 class Terminale {
  public:
-  Terminale(const char* registro, nexaro::Ambiente ambiente)
+  Terminale(const char* registro, nexaro::Environment ambiente)
       : registro_(registro), ambiente_(std::move(ambiente)),
-        host_(nexaro::CreaHostLink(), [this](const std::vector<std::string>& campi) { Annota(campi); }) {
-    servizi() = {[this]() -> Desktop& { return desktop_; }, [this]() -> nexaro::HostLink& { return host_; },
-                 [this]() -> const nexaro::Ambiente& { return ambiente_; }, OraDiSistema, passi::ProssimaIstruzione};
+        host_(nexaro::CreateHostLink(), [this](const std::vector<std::string>& campi) { Annota(campi); }) {
+    activeServices() = {[this]() -> Desktop& { return desktop_; }, [this]() -> nexaro::HostLink& { return host_; },
+                        [this]() -> const nexaro::Environment& { return ambiente_; }, SystemTime,
+                        passi::ProssimaIstruzione};
   }
 
   void Esegui(const std::string& comando, const std::string& gesti, const std::string& opzioni) {
@@ -108,7 +109,7 @@ class Terminale {
   }
 
   Registro registro_;
-  nexaro::Ambiente ambiente_;
+  nexaro::Environment ambiente_;
   DesktopACopione desktop_;
   HostOsservato host_;
   std::string preso_; ///< the lock that the running command holds
@@ -120,11 +121,11 @@ int Gioca(int numero, char** argomenti) {
     std::fputs("usage: terminale LOG [STEPS [DEATH]]\n", stderr);
     return 2;
   }
-  Terminale terminale(argomenti[1], nexaro::LeggiAmbiente());
+  Terminale terminale(argomenti[1], nexaro::ReadEnvironment());
   std::string opzioni;
   std::getline(std::cin, opzioni);
   if (numero > 2) {
-    passi::Conta(argomenti[2], numero > 3 ? std::stol(argomenti[3]) : 0, nexaro::LeggiAmbiente().CartellaLocale);
+    passi::Conta(argomenti[2], numero > 3 ? std::stol(argomenti[3]) : 0, nexaro::ReadEnvironment().CartellaLocale);
   }
   for (std::string riga; std::getline(std::cin, riga);) {
     const auto tab = riga.find('\t');

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
 
@@ -51,28 +51,28 @@ class Ado : public testing::TestWithParam<const char*> {
   std::optional<std::string> single(std::string text, std::vector<std::string> parameters = {}) {
     const Recordset rows = query(std::move(text), std::move(parameters));
     EXPECT_EQ(rows.RecordCount(), 1U);
-    const auto value = rows.Valore(0);
+    const auto value = rows.ValueAt(0);
     return value ? std::optional<std::string>(*value) : std::nullopt;
   }
   static Recordset editable(Connection& connection, const std::string& where, std::string columns = "CHIAVE,SOSPESA") {
     Command select = command(connection, "SELECT " + columns + " FROM EVENTI WHERE " + where + " ORDER BY CHIAVE");
     Recordset rows;
-    rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "CHIAVE"});
+    rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "EVENTI", .key = "CHIAVE"});
     return rows;
   }
   /// What `connection` says when it does not open; empty when it does.
   static std::string refusal(Connection& connection) {
     try {
       connection.Open();
-    } catch (const ErroreRuntime& error) {
-      return error.Descrizione();
+    } catch (const RuntimeError& error) {
+      return error.Description();
     }
     return "";
   }
-  static ErroreRuntime failure(const std::function<void()>& action) {
+  static RuntimeError failure(const std::function<void()>& action) {
     try {
       action();
-    } catch (const ErroreRuntime& error) {
+    } catch (const RuntimeError& error) {
       return error;
     }
     ADD_FAILURE() << "nothing was raised";

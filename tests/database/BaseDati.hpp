@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/Stato.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
 #include "support/KeptConnection.hpp"
@@ -39,7 +39,7 @@ class BaseDati {
  public:
   BaseDati(std::string_view genere, const std::string& dati, const std::string& tabelle = TabelleContabili())
       : contesto_(&test::databaseContext(genere)) {
-    const ServiziSostituiti silenzio(Servizi{});
+    const ReplacedServices silenzio(Services{});
     base_ = contesto_->create(tabelle + dati);
   }
 
@@ -64,7 +64,7 @@ class BaseDati {
   }
   /// Ends every connection to the database, as a failure of the server would.
   void ChiudiConnessioni() const {
-    const ServiziSostituiti silenzio(Servizi{});
+    const ReplacedServices silenzio(Services{});
     contesto_->dropConnections(*base_);
   }
   void Apri(ado::Connection& connection) const {
@@ -72,25 +72,25 @@ class BaseDati {
     connection.Open();
   }
   void Esegui(std::string_view sql) const {
-    const ServiziSostituiti silenzio(Servizi{});
+    const ReplacedServices silenzio(Services{});
     diretta_.to(base_->connectionText()).Execute(sql);
   }
   /// Runs statements separated by ";".
   void Script(std::string_view script) const {
-    const ServiziSostituiti silenzio(Servizi{});
+    const ReplacedServices silenzio(Services{});
     test::runScript(diretta_.to(base_->connectionText()), script);
   }
   /// The rows of a query: the values joined by "|", "NULL" for none.
   [[nodiscard]] std::vector<std::string> Righe(std::string_view sql) const {
-    const ServiziSostituiti silenzio(Servizi{});
+    const ReplacedServices silenzio(Services{});
     ado::Command comando;
     comando.ActiveConnection = &diretta_.to(base_->connectionText());
     comando.CommandText = sql;
     std::vector<std::string> righe;
     for (ado::Recordset insieme = comando.Execute(); !insieme.Eof(); insieme.MoveNext()) {
       std::string riga;
-      for (std::size_t colonna = 0; colonna < insieme.Colonne(); ++colonna) {
-        riga.append(colonna == 0 ? "" : "|").append(insieme.Valore(colonna).value_or("NULL"));
+      for (std::size_t colonna = 0; colonna < insieme.ColumnCount(); ++colonna) {
+        riga.append(colonna == 0 ? "" : "|").append(insieme.ValueAt(colonna).value_or("NULL"));
       }
       righe.push_back(riga);
     }

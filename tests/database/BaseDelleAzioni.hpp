@@ -5,7 +5,7 @@
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -77,7 +77,7 @@ class BaseDelleAzioni : public testing::TestWithParam<const char*> {
  protected:
   BaseDelleAzioni() : base_(GetParam(), DatiDelleAzioni()), prima_(Tutto(base_)) {
     stato().ComandoCorrente = Opzioni();
-    banco_.istruzioni.clear();
+    banco_.statements.clear();
   }
 
   [[nodiscard]] const std::string& Schema() const { return base_.Schema(); }
@@ -105,7 +105,7 @@ class BaseDelleAzioni : public testing::TestWithParam<const char*> {
   /// The statements sent that begin with `inizio`.
   [[nodiscard]] std::vector<std::string> Inviate(std::string_view inizio) const {
     std::vector<std::string> trovate;
-    for (const std::string& istruzione : banco_.istruzioni) {
+    for (const std::string& istruzione : banco_.statements) {
       if (istruzione.starts_with(inizio)) {
         trovate.push_back(istruzione);
       }
@@ -113,7 +113,7 @@ class BaseDelleAzioni : public testing::TestWithParam<const char*> {
     return trovate;
   }
 
-  Banco banco_;
+  TestBench banco_;
   BaseDati base_;
   std::vector<std::string> prima_;
   MsgAnnulla msg_;

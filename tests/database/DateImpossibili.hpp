@@ -27,7 +27,7 @@ inline std::vector<std::pair<std::string, std::string>> DateImpossibili(std::str
 /// Writes a date that is none into the event `chiave`.
 inline void ScriviDataImpossibile(const BaseDati& base, std::string_view genere, const std::string& colonna,
                                   const std::string& valore, int chiave) {
-  const ServiziSostituiti silenzio(Servizi{});
+  const ReplacedServices silenzio(Services{});
   ado::Connection connection;
   base.Apri(connection);
   if (genere == "mariadb") {

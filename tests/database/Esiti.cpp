@@ -134,13 +134,13 @@ BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Set
   Riapri();
   sorgente_ = base_->source;
   if (SuPostgres()) {
-    proxy_ = std::make_unique<ProxyByte>(test::postgres().port());
+    proxy_ = std::make_unique<ByteProxy>(test::postgres().port());
     test::OdbcConfiguration::Settings tutte{{"ConnSettings", "SET search_path TO " + base_->schema}};
     tutte.insert(tutte.end(), altre.begin(), altre.end());
-    sorgente_ = test::postgres().addSource(Valore("SELECT current_database()"), proxy_->Porta(), tutte);
+    sorgente_ = test::postgres().addSource(Valore("SELECT current_database()"), proxy_->Port(), tutte);
   } else if (SuMariaDb()) {
-    proxy_ = std::make_unique<ProxyByte>(test::mariaDb().port());
-    sorgente_ = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Porta(), altre);
+    proxy_ = std::make_unique<ByteProxy>(test::mariaDb().port());
+    sorgente_ = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Port(), altre);
   }
   opzioni_ = "-DB2SOURCE " + sorgente_ + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
              base_->schema;
@@ -174,7 +174,7 @@ std::string BaseEsiti::Valore(std::string_view sql) const {
   comando.ActiveConnection = diretta_.get();
   comando.CommandText = sql;
   const ado::Recordset righe = comando.Execute();
-  return std::string(righe.Valore(0).value_or("NULL"));
+  return std::string(righe.ValueAt(0).value_or("NULL"));
 }
 
 std::vector<std::string> BaseEsiti::Tutto() const {
@@ -186,8 +186,8 @@ std::vector<std::string> BaseEsiti::Tutto() const {
     comando.CommandText = std::string("SELECT * FROM ") + tabella + " ORDER BY 1";
     for (ado::Recordset righe = comando.Execute(); !righe.Eof(); righe.MoveNext()) {
       testi.emplace_back(tabella);
-      for (std::size_t colonna = 0; colonna < righe.Colonne(); ++colonna) {
-        testi.back().append("|").append(righe.Valore(colonna).value_or("NULL"));
+      for (std::size_t colonna = 0; colonna < righe.ColumnCount(); ++colonna) {
+        testi.back().append("|").append(righe.ValueAt(colonna).value_or("NULL"));
       }
     }
   }
@@ -243,7 +243,7 @@ LimiteIstruzioni::~LimiteIstruzioni() {
 
 PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : base(genere, altre) {
   stato().ComandoCorrente = base.Opzioni();
-  servizi().istruzioneInviata = [this](std::string_view) {
+  activeServices().statementSent = [this](std::string_view) {
     if (muto) {
       return;
     }
@@ -264,7 +264,7 @@ std::string PostoEsiti::Esegui(const ProceduraProvata& procedura) {
   secondi = std::chrono::duration<double>(std::chrono::steady_clock::now() - inizio).count();
   quale_ = 0;
   if (!risultato.empty()) {
-    msg.Errore = ConFrase(msg.Errore, stato().andamento.Frase());
+    msg.Errore = WithSentence(msg.Errore, stato().andamento.Frase());
   }
   return risultato;
 }

@@ -2,9 +2,9 @@
 
 #include "common/MsgAnnulla.hpp"
 #include "platform/ado/Ado.hpp"
+#include "support/ByteProxy.hpp"
 #include "support/DatabaseContext.hpp"
-#include "support/Prova.hpp"
-#include "support/ProxyByte.hpp"
+#include "support/TestBench.hpp"
 
 #include <functional>
 #include <memory>
@@ -39,7 +39,7 @@ class BaseEsiti {
   [[nodiscard]] const std::string& Genere() const noexcept { return genere_; }
   [[nodiscard]] bool SuPostgres() const { return genere_ == "postgres"; }
   [[nodiscard]] bool SuMariaDb() const { return genere_ == "mariadb"; }
-  [[nodiscard]] ProxyByte& Proxy() { return *proxy_; }
+  [[nodiscard]] ByteProxy& Proxy() { return *proxy_; }
   [[nodiscard]] const std::string& Opzioni() const noexcept { return opzioni_; }
   /// The connection text of the way through the proxy.
   [[nodiscard]] const std::string& TestoConnessione() const noexcept { return testo_; }
@@ -72,7 +72,7 @@ class BaseEsiti {
 
   std::string genere_;
   std::unique_ptr<test::TestDatabase> base_;
-  std::unique_ptr<ProxyByte> proxy_;
+  std::unique_ptr<ByteProxy> proxy_;
   std::unique_ptr<ado::Connection> diretta_;
   std::string sorgente_;
   std::string opzioni_;
@@ -102,7 +102,7 @@ class PostoEsiti {
   /// Calls `azione` just before the statement number `quale` of the coming procedure is sent.
   void PrimaDellIstruzione(int quale, std::function<void()> azione);
 
-  Banco banco;
+  TestBench banco;
   BaseEsiti base;
   MsgAnnulla msg;
   int istruzioni = 0; ///< statements that the last procedure sent

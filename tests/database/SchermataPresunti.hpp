@@ -3,9 +3,9 @@
 #include "PresuntiDiProva.hpp"
 #include "common/Variazioni.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/Griglia.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -28,7 +28,7 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
   }
 
   VariazioniConsegna Mostra(const std::function<void()>& copione = {}) {
-    banco.desktop.copioni.emplace_back([this, copione](FinestraElenco& aperta) {
+    banco.desktop.scripts.emplace_back([this, copione](ListWindow& aperta) {
       finestra = &aperta;
       if (copione) {
         copione();
@@ -42,9 +42,9 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
   std::string Fallimento(const std::function<void()>& copione = {}) {
     try {
       static_cast<void>(Mostra(copione));
-    } catch (const ErroreRuntime& errore) {
-      EXPECT_EQ(errore.Numero(), -2147220954);
-      return errore.Descrizione();
+    } catch (const RuntimeError& errore) {
+      EXPECT_EQ(errore.Number(), -2147220954);
+      return errore.Description();
     }
     return "";
   }
@@ -63,7 +63,7 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
   void Clic(std::size_t riga, int colonna) const {
     int sinistra = 0;
     for (int i = 0; i < colonna; ++i) {
-      sinistra += finestra->Description().colonne[static_cast<std::size_t>(i)].larghezza;
+      sinistra += finestra->Description().columns[static_cast<std::size_t>(i)].width;
     }
     finestra->Seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
     finestra->LVScadenze_MouseDown(sinistra + 1, 5);
@@ -90,11 +90,11 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
 
  protected:
   BaseDati base;
-  Banco banco;
+  TestBench banco;
   Form schermata;
   const RigheGriglia& righe = schermata.griglia().Righe;
   procedureLumoDB2::FiltroPresunti filtro;
-  FinestraElenco* finestra = nullptr;
+  ListWindow* finestra = nullptr;
 };
 
 } // namespace lumoscad::prova

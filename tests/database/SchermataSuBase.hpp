@@ -1,9 +1,9 @@
 #pragma once
 
 #include "BaseDati.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -33,7 +33,7 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
 
   VariazioniCanalizzazione Mostra(const std::function<void()>& copione = {},
                                   procedureLumoDB2::FiltroScadenze filtro = SoloCrediti()) {
-    banco.desktop.copioni.emplace_back([this, copione](FinestraElenco& aperta) {
+    banco.desktop.scripts.emplace_back([this, copione](ListWindow& aperta) {
       finestra = &aperta;
       if (copione) {
         copione();
@@ -52,9 +52,9 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
   std::string Fallimento(const std::function<void()>& copione = {}) {
     try {
       static_cast<void>(Mostra(copione));
-    } catch (const ErroreRuntime& errore) {
-      EXPECT_EQ(errore.Numero(), -2147220954);
-      return errore.Descrizione();
+    } catch (const RuntimeError& errore) {
+      EXPECT_EQ(errore.Number(), -2147220954);
+      return errore.Description();
     }
     return "";
   }
@@ -72,7 +72,7 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
   void Clic(std::size_t riga, int colonna) const {
     int sinistra = 0;
     for (int i = 0; i < colonna; ++i) {
-      sinistra += finestra->Description().colonne[static_cast<std::size_t>(i)].larghezza;
+      sinistra += finestra->Description().columns[static_cast<std::size_t>(i)].width;
     }
     finestra->Seleziona(static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga)));
     finestra->LVScadenze_MouseDown(sinistra + 1, 5);
@@ -102,10 +102,10 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
   }
 
   BaseDati base{GetParam(), DatiDiProva() + RateDellaSchermata()};
-  Banco banco;
+  TestBench banco;
   frmLumoScadenzeBanche schermata;
   const RigheGriglia& righe = schermata.griglia().Righe;
-  FinestraElenco* finestra = nullptr;
+  ListWindow* finestra = nullptr;
 };
 
 } // namespace lumoscad::prova

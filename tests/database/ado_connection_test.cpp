@@ -57,8 +57,8 @@ TEST(AdoConnection, RefusesAnEmptyDataSourceBeforeAnyDriverIsAsked) {
   try {
     connection.Open();
     FAIL() << "opened";
-  } catch (const ErroreRuntime& error) {
-    EXPECT_EQ(error.Descrizione(), "Connessione alla base dati: l'origine dati ODBC non è indicata.");
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Description(), "Connessione alla base dati: l'origine dati ODBC non è indicata.");
   }
   EXPECT_EQ(connection.State(), State::Closed);
 }
@@ -71,11 +71,11 @@ TEST(AdoConnection, NamesAnUnknownDataSourceAndNeverThePassword) {
   try {
     connection.Open();
     FAIL() << "opened";
-  } catch (const ErroreRuntime& error) {
-    EXPECT_EQ(error.Numero(), errori::Driver);
-    EXPECT_THAT(error.Descrizione(), HasSubstr("[IM002]"));
-    EXPECT_THAT(error.Descrizione(), Not(HasSubstr("Driver")));
-    EXPECT_THAT(error.Descrizione(), Not(HasSubstr("driver")));
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Number(), errors::Driver);
+    EXPECT_THAT(error.Description(), HasSubstr("[IM002]"));
+    EXPECT_THAT(error.Description(), Not(HasSubstr("Driver")));
+    EXPECT_THAT(error.Description(), Not(HasSubstr("driver")));
   }
 }
 
@@ -89,8 +89,8 @@ TEST_P(AdoServer, ReportsAWrongPasswordWithoutTellingIt) {
   Connection connection;
   connection.ConnectionString = test::connectionText(database_->source, database_->user, "sbagliatissima");
   const auto error = failure([&] { connection.Open(); });
-  EXPECT_THAT(error.Descrizione(), HasSubstr(quirks().refused));
-  EXPECT_THAT(error.Descrizione(), Not(HasSubstr("sbagliatissima")));
+  EXPECT_THAT(error.Description(), HasSubstr(quirks().refused));
+  EXPECT_THAT(error.Description(), Not(HasSubstr("sbagliatissima")));
 }
 
 TEST_P(AdoServer, CarriesAPasswordWithEverySpecialCharacter) {
@@ -115,8 +115,8 @@ TEST_P(AdoServer, RaisesWhenTheServerIsLostBeforeACommit) {
   connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
   context().dropConnections(*database_);
   const auto error = failure([&] { connection_.CommitTrans(); });
-  EXPECT_THAT(error.Descrizione(), testing::ContainsRegex(quirks().lost));
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_THAT(error.Description(), testing::ContainsRegex(quirks().lost));
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_NO_THROW(connection_.Close());
   connection_.Open();
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
@@ -128,10 +128,10 @@ class AdoPostgres : public Ado {};
 INSTANTIATE_TEST_SUITE_P(Databases, AdoPostgres, testing::Values("postgres"));
 
 TEST_P(AdoPostgres, WaitsForASilentServerNoLongerThanTheConnectionTextSays) {
-  const auto silent = prova::Ascolta();
+  const auto silent = prova::Listen();
   ASSERT_TRUE(silent.Opened());
   Connection connection;
-  connection.ConnectionString = test::connectionText(test::postgres().addSource("prove", prova::PortaDi(silent)),
+  connection.ConnectionString = test::connectionText(test::postgres().addSource("prove", prova::PortOf(silent)),
                                                      database_->user, database_->password) +
                                 ";Connect Timeout=2";
   const auto before = std::chrono::steady_clock::now();
@@ -145,10 +145,10 @@ TEST_P(AdoPostgres, ReportsEveryRecordOfALongMessage) {
     dotted += ".NOME" + std::to_string(i);
   }
   const auto error = failure([&] { connection_.Execute("SELECT " + dotted + ".ULTIMO FROM EVENTI"); });
-  EXPECT_THAT(error.Descrizione(), testing::StartsWith("[42601] ERROR: "));
-  EXPECT_THAT(error.Descrizione(), HasSubstr("primo.nome1"));
-  EXPECT_THAT(error.Descrizione(), HasSubstr("; [42601] "));
-  EXPECT_THAT(error.Descrizione(), HasSubstr(".ultimo"));
+  EXPECT_THAT(error.Description(), testing::StartsWith("[42601] ERROR: "));
+  EXPECT_THAT(error.Description(), HasSubstr("primo.nome1"));
+  EXPECT_THAT(error.Description(), HasSubstr("; [42601] "));
+  EXPECT_THAT(error.Description(), HasSubstr(".ultimo"));
 }
 
 TEST(ErrorNumber, IsThatOfTheState) {
@@ -157,10 +157,10 @@ TEST(ErrorNumber, IsThatOfTheState) {
       {"23000", -2147217873}, {"23505", -2147217873}, {"HYT00", -2147217871}, {"22018", -2147217913},
       {"22001", -2147217833}, {"22003", -2147217833}, {"07001", -2147217904}, {"07002", -2147217904}};
   for (const auto& [state, number] : numbers) {
-    EXPECT_EQ(interno::numeroErrore(state), number) << state;
+    EXPECT_EQ(detail::errorNumber(state), number) << state;
   }
   for (const char* state : {"HY000", "08S01", "42S22", "42P01", "28P01", "HYT01", "07006", "22007", "IM002", ""}) {
-    EXPECT_EQ(interno::numeroErrore(state), -2147467259) << state;
+    EXPECT_EQ(detail::errorNumber(state), -2147467259) << state;
   }
 }
 
@@ -211,11 +211,11 @@ TEST_P(AdoMariaDbOptions, WorkWithTextsOfFixedLengthThatComeBackPadded) {
 TEST_P(Ado, NeverReportsASpoiledTransactionAsCommitted) {
   connection_.BeginTrans();
   connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
-  EXPECT_THROW(connection_.Execute("UPDATE EVENTI SET NON_C_E=1"), ErroreRuntime);
+  EXPECT_THROW(connection_.Execute("UPDATE EVENTI SET NON_C_E=1"), RuntimeError);
   bool committed = true;
   try {
     connection_.CommitTrans();
-  } catch (const ErroreRuntime&) {
+  } catch (const RuntimeError&) {
     committed = false;
   }
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), committed ? "S" : "N");

@@ -1,5 +1,5 @@
 #include "AdoFixture.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/ado/RecordsetImpl.hpp"
 
 #include <gmock/gmock.h>
@@ -26,9 +26,9 @@ TEST_P(Ado, RefusesAnUpdateThatATriggerDropped) {
   Recordset rows = editable(connection_, "CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("S");
   const auto error = failure([&] { rows.Update(); });
-  EXPECT_EQ(error.Numero(), rowChanged);
-  EXPECT_THAT(error.Descrizione(), HasSubstr("senza dirne il motivo"));
-  EXPECT_THAT(error.Descrizione(), Not(HasSubstr("altro terminale")));
+  EXPECT_EQ(error.Number(), rowChanged);
+  EXPECT_THAT(error.Description(), HasSubstr("senza dirne il motivo"));
+  EXPECT_THAT(error.Description(), Not(HasSubstr("altro terminale")));
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
 }
 
@@ -45,7 +45,7 @@ TEST_P(Ado, CountsADroppedUpdateAsDoneWhereTheRowHoldsEveryValueAlready) {
   EXPECT_NO_THROW(rows.Update());
   rows.Fields("SOSPESA").SetValue("N");
   rows.Fields("IMPORTO").SetValue("100.11");
-  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), rowChanged) << "one of two values is not there";
+  EXPECT_EQ(failure([&] { rows.Update(); }).Number(), rowChanged) << "one of two values is not there";
 }
 
 TEST_P(Ado, RefusesADroppedUpdateOfTwoRowsThatHoldTheValue) {
@@ -58,9 +58,9 @@ TEST_P(Ado, RefusesADroppedUpdateOfTwoRowsThatHoldTheValue) {
   }
   Command select = command(connection_, "SELECT GRUPPO,SOSPESA FROM EVENTI WHERE CHIAVE=1");
   Recordset rows;
-  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "GRUPPO"});
+  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "EVENTI", .key = "GRUPPO"});
   rows.Fields("SOSPESA").SetValue("N");
-  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), rowChanged);
+  EXPECT_EQ(failure([&] { rows.Update(); }).Number(), rowChanged);
 }
 
 TEST_P(Ado, RefusesTheSameValueForARowThatAnotherTerminalChanged) {
@@ -70,8 +70,8 @@ TEST_P(Ado, RefusesTheSameValueForARowThatAnotherTerminalChanged) {
   other.Execute("UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("N");
   const auto error = failure([&] { rows.Update(); });
-  EXPECT_EQ(error.Numero(), rowChanged);
-  EXPECT_THAT(error.Descrizione(), HasSubstr("altro terminale"));
+  EXPECT_EQ(error.Number(), rowChanged);
+  EXPECT_THAT(error.Description(), HasSubstr("altro terminale"));
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "X");
 }
 
@@ -102,8 +102,8 @@ TEST_P(Ado, LetsTheServerCompareAPaddedTextATimestampAndAnAmountThatAreThereAlre
 
 TEST_P(Ado, ReadsALongTextThatTheServerDoesNotCompare) {
   std::vector<std::string> sent;
-  Servizi services = servizi();
-  services.istruzioneInviata = [&](std::string_view text) { sent.emplace_back(text); };
+  Services services = activeServices();
+  services.statementSent = [&](std::string_view text) { sent.emplace_back(text); };
   const auto drop = context().dropUpdate("EVENTI", "OLD.CHIAVE=3");
   for (const std::string& statement : drop) {
     connection_.Execute(statement);
@@ -113,7 +113,7 @@ TEST_P(Ado, ReadsALongTextThatTheServerDoesNotCompare) {
     rows.impl().comparable[2] = false;
     rows.Fields("SCADENZA").SetValue("2006-12-31");
     rows.Fields("NOTE").SetValue(note);
-    const ServiziSostituiti replaced(services);
+    const ReplacedServices replaced(services);
     rows.Update();
   };
   EXPECT_NO_THROW(change("nota; con 'apici'"));
@@ -125,7 +125,7 @@ TEST_P(Ado, ReadsALongTextThatTheServerDoesNotCompare) {
   }
   ASSERT_EQ(sent.size(), 2U);
   EXPECT_EQ(sent[1], "SELECT CHIAVE,NOTE FROM EVENTI WHERE CHIAVE=? AND SCADENZA=?");
-  EXPECT_EQ(failure([&] { change("nota; con 'apici' "); }).Numero(), rowChanged);
+  EXPECT_EQ(failure([&] { change("nota; con 'apici' "); }).Number(), rowChanged);
 }
 
 /// The table's owner lets everybody read it, and lets no row of the group 10 be changed.
@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, RowSecurity, testing::Values("postgres"),
 TEST_P(RowSecurity, ThatHidesARowFromUpdatesRefusesTheChange) {
   Recordset rows = editable(clerk_, "CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("S");
-  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), rowChanged);
+  EXPECT_EQ(failure([&] { rows.Update(); }).Number(), rowChanged);
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
 }
 

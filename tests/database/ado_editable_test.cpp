@@ -1,5 +1,5 @@
 #include "AdoFixture.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/ado/RecordsetImpl.hpp"
 
 #include <gmock/gmock.h>
@@ -63,8 +63,8 @@ TEST_P(Ado, RefusesARowThatAnotherTerminalChanged) {
   other.Execute("UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("S");
   const auto error = failure([&] { rows.Update(); });
-  EXPECT_EQ(error.Numero(), -2147217864);
-  EXPECT_THAT(error.Descrizione(), HasSubstr("altro terminale"));
+  EXPECT_EQ(error.Number(), -2147217864);
+  EXPECT_THAT(error.Description(), HasSubstr("altro terminale"));
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "X");
 }
 
@@ -74,29 +74,29 @@ TEST_P(Ado, RefusesARowThatAnotherTerminalRemoved) {
   Recordset rows = editable(connection_, "CHIAVE=1");
   other.Execute("DELETE FROM EVENTI WHERE CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("N");
-  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+  EXPECT_EQ(failure([&] { rows.Update(); }).Number(), -2147217864);
 }
 
 TEST_P(Ado, RefusesAndUndoesAnUpdateOfMoreThanOneRow) {
   Command select = command(connection_, "SELECT GRUPPO,SOSPESA FROM EVENTI WHERE CHIAVE=1");
   Recordset rows;
-  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "EVENTI", .chiave = "GRUPPO"});
+  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "EVENTI", .key = "GRUPPO"});
   rows.Fields("SOSPESA").SetValue("S");
-  EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+  EXPECT_EQ(failure([&] { rows.Update(); }).Number(), -2147217864);
   EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI WHERE SOSPESA='S'"), "0");
 }
 
 TEST_P(Ado, LeavesAValueThatTheServerCannotCompareOutOfTheCondition) {
   std::vector<std::string> sent;
-  Servizi services = servizi();
-  services.istruzioneInviata = [&](std::string_view text) { sent.emplace_back(text); };
+  Services services = activeServices();
+  services.statementSent = [&](std::string_view text) { sent.emplace_back(text); };
   for (const char* key : {"1", "2"}) { // an empty text and NULL
     Recordset rows = editable(connection_, std::string("CHIAVE=") + key, "CHIAVE,SOSPESA,NOTE");
     EXPECT_EQ(rows.impl().comparable[2], quirks().comparesLongTexts);
     rows.impl().comparable[2] = false;
     rows.Fields("NOTE").SetValue("scritta");
     rows.Fields("SOSPESA").SetValue("S");
-    const ServiziSostituiti replaced(services);
+    const ReplacedServices replaced(services);
     rows.Update();
   }
   EXPECT_THAT(sent, testing::ElementsAre("UPDATE EVENTI SET SOSPESA=?,NOTE=? WHERE CHIAVE=? AND SOSPESA=?",
@@ -121,31 +121,31 @@ TEST(LongColumns, AreNotComparedOnDb2Alone) {
   constexpr std::array<SQLSMALLINT, 3> longTypes{SQL_LONGVARCHAR, SQL_WLONGVARCHAR, clobOfDb2};
   constexpr std::array<SQLSMALLINT, 5> shortTypes{SQL_CHAR, SQL_VARCHAR, SQL_TYPE_DATE, SQL_DECIMAL, SQL_INTEGER};
   for (const SQLSMALLINT type : longTypes) {
-    const interno::ColumnInfo column{.name = "NOTE", .type = type};
+    const detail::ColumnInfo column{.name = "NOTE", .type = type};
     for (const char* server : {"PostgreSQL", "MariaDB", "SQLite", "altro"}) {
-      EXPECT_TRUE(interno::comparable(column, interno::dialectOf(server))) << server << " " << type;
+      EXPECT_TRUE(detail::comparable(column, detail::dialectOf(server))) << server << " " << type;
     }
     for (const char* server : {"DB2", "DB2/LINUXX8664", "DB2 UDB for AS/400"}) {
-      EXPECT_FALSE(interno::comparable(column, interno::dialectOf(server))) << server << " " << type;
+      EXPECT_FALSE(detail::comparable(column, detail::dialectOf(server))) << server << " " << type;
     }
   }
   for (const SQLSMALLINT type : shortTypes) {
-    EXPECT_TRUE(interno::comparable({.name = "SOSPESA", .type = type}, interno::dialectOf("DB2/LINUXX8664")));
+    EXPECT_TRUE(detail::comparable({.name = "SOSPESA", .type = type}, detail::dialectOf("DB2/LINUXX8664")));
   }
 }
 
 TEST_P(Ado, RefusesToLeaveARowWithChangesNotSent) {
   Recordset rows = editable(connection_, "GRUPPO=10");
   rows.Fields("SOSPESA").SetValue("S");
-  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Numero(), 3219);
+  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Number(), 3219);
   rows.Close();
   EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
 }
 
 TEST_P(Ado, RefusesToEditAnythingButAnEditableSet) {
   Recordset rows = query("SELECT CHIAVE,SOSPESA FROM EVENTI");
-  EXPECT_EQ(failure([&] { rows.Fields("SOSPESA").SetValue("S"); }).Numero(), 3219);
-  EXPECT_EQ(failure([&] { static_cast<void>(editable(connection_, "CHIAVE=1", "SOSPESA")); }).Numero(), 3265);
+  EXPECT_EQ(failure([&] { rows.Fields("SOSPESA").SetValue("S"); }).Number(), 3219);
+  EXPECT_EQ(failure([&] { static_cast<void>(editable(connection_, "CHIAVE=1", "SOSPESA")); }).Number(), 3265);
 }
 
 } // namespace

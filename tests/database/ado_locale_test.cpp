@@ -35,8 +35,8 @@ class CallersLocale : public Ado {
   static std::string cells(Connection& connection, const std::string& text) {
     std::string all;
     for (Recordset rows = command(connection, text).Execute(); !rows.Eof(); rows.MoveNext()) {
-      for (std::size_t i = 0; i < rows.Colonne(); ++i) {
-        all.append(rows.Valore(i).value_or("NULL")).append("|");
+      for (std::size_t i = 0; i < rows.ColumnCount(); ++i) {
+        all.append(rows.ValueAt(i).value_or("NULL")).append("|");
       }
     }
     return all;
@@ -71,7 +71,7 @@ TEST_P(CallersLocale, ARowReadInAnotherLocaleIsChangedAndFoundAgain) {
   const ProcessLocale locale(LC_ALL, italian);
   Command select = command(connection_, "SELECT CHIAVE,DECIMALE,DOPPIO FROM NUMERI WHERE CHIAVE=1");
   Recordset rows;
-  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "NUMERI", .chiave = "CHIAVE"});
+  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "NUMERI", .key = "CHIAVE"});
   rows.Fields("DECIMALE").SetValue("1234567.5");
   rows.Fields("DOPPIO").SetValue("0.75");
   EXPECT_NO_THROW(rows.Update());

@@ -1,5 +1,5 @@
 #include "AdoFixture.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <gmock/gmock.h>
 
@@ -36,12 +36,12 @@ class Quirk : public Ado {
     std::vector<std::string> found;
     Recordset rows = query("SELECT CHIAVE FROM STRANI WHERE " + condition + " ORDER BY CHIAVE", std::move(parameters));
     for (; !rows.Eof(); rows.MoveNext()) {
-      found.emplace_back(rows.Valore(0).value_or("NULL"));
+      found.emplace_back(rows.ValueAt(0).value_or("NULL"));
     }
     return found;
   }
   [[nodiscard]] int number(const std::string& statement) {
-    return failure([&] { connection_.Execute(statement); }).Numero();
+    return failure([&] { connection_.Execute(statement); }).Number();
   }
 };
 
@@ -97,7 +97,7 @@ TEST_P(Quirk, AFloatingAmountIsFoundByTheTextItWasReadAs) {
   connection_.Execute("INSERT INTO STRANI (CHIAVE,DOPPIO) VALUES (1,0.1)");
   Command select = command(connection_, "SELECT CHIAVE,DOPPIO FROM STRANI");
   Recordset rows;
-  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tabella = "STRANI", .chiave = "CHIAVE"});
+  rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "STRANI", .key = "CHIAVE"});
   rows.Fields("DOPPIO").SetValue("0.7");
   EXPECT_NO_THROW(rows.Update());
   EXPECT_EQ(floating(single("SELECT DOPPIO FROM STRANI")), 0.7);
@@ -105,7 +105,7 @@ TEST_P(Quirk, AFloatingAmountIsFoundByTheTextItWasReadAs) {
 
 TEST_P(Quirk, ColumnNamesComeInTheCaseOfTheServer) {
   const Recordset rows = query("SELECT CHIAVE FROM STRANI");
-  EXPECT_EQ(rows.NomeColonna(0), quirks().lowersNames ? "chiave" : "CHIAVE");
+  EXPECT_EQ(rows.ColumnName(0), quirks().lowersNames ? "chiave" : "CHIAVE");
 }
 
 TEST_P(Quirk, TablesAreFoundByTheirCaseOrNot) {
@@ -121,7 +121,7 @@ TEST_P(Quirk, ALongTextIsComparedOrNot) {
   if (quirks().comparesLongTexts) {
     EXPECT_EQ(compared().RecordCount(), 1U);
   } else {
-    EXPECT_NE(failure(compared).Numero(), 0);
+    EXPECT_NE(failure(compared).Number(), 0);
   }
 }
 
@@ -179,7 +179,7 @@ TEST_P(Quirk, AnUpdateCountsTheRowsThatItMeetsInTheEnd) {
     open(other);
     other.Execute("UPDATE EVENTI SET SOSPESA='X' WHERE CHIAVE=1");
     rows.Fields("SOSPESA").SetValue("S");
-    EXPECT_EQ(failure([&] { rows.Update(); }).Numero(), -2147217864);
+    EXPECT_EQ(failure([&] { rows.Update(); }).Number(), -2147217864);
   }
   connection_.RollbackTrans();
 }

@@ -72,7 +72,7 @@ class Silent : public Ado {
   }
 
   Connection hasty_;
-  ErroreRuntime failure_{0, ""};
+  RuntimeError failure_{0, ""};
 };
 
 class SilentPostgres : public Silent {};
@@ -88,11 +88,11 @@ TEST_P(Silent, ServerEndsAStatementAndNothingIsKept) {
   {
     const Halted halted(GetParam(), hasty_);
     EXPECT_LT(secondsOf([&] { hasty_.Execute(change); }), 15);
-    EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
+    EXPECT_THAT(failure_.Note(), HasSubstr(silence));
     EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 1) << "the connection is known to be gone";
     hasty_.Close();
   }
-  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(hasty_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(single(changed), "N");
 }
 
@@ -102,10 +102,10 @@ TEST_P(Silent, ServerBeforeCommitLeavesNothing) {
   {
     const Halted halted(GetParam(), hasty_);
     EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
-    EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
+    EXPECT_THAT(failure_.Note(), HasSubstr(silence));
     hasty_.Close();
   }
-  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(hasty_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(single(changed), "N");
 }
 
@@ -124,9 +124,9 @@ TEST_P(SilentPostgres, CommitThatWaitsForAnAbsentStandbyIsUnknown) {
   hasty_.BeginTrans();
   hasty_.Execute(change);
   EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
-  EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
-  EXPECT_THAT(failure_.Nota(), HasSubstr("l'esito è sconosciuto"));
-  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::Sconosciuta);
+  EXPECT_THAT(failure_.Note(), HasSubstr(silence));
+  EXPECT_THAT(failure_.Note(), HasSubstr("l'esito è sconosciuto"));
+  EXPECT_EQ(hasty_.Outcome(), TransactionOutcome::Unknown);
   hasty_.Close();
   connection_.Execute("ALTER SYSTEM RESET synchronous_standby_names");
   query("SELECT pg_reload_conf()");
@@ -142,9 +142,9 @@ TEST_P(SilentMariaDb, CommitThatWaitsWithoutEndIsUnknown) {
   hasty_.Execute(change);
   connection_.Execute("FLUSH TABLES WITH READ LOCK");
   EXPECT_LT(secondsOf([&] { hasty_.CommitTrans(); }), 15);
-  EXPECT_THAT(failure_.Nota(), HasSubstr(silence));
-  EXPECT_THAT(failure_.Nota(), HasSubstr("l'esito è sconosciuto"));
-  EXPECT_EQ(hasty_.Esito(), EsitoTransazione::Sconosciuta);
+  EXPECT_THAT(failure_.Note(), HasSubstr(silence));
+  EXPECT_THAT(failure_.Note(), HasSubstr("l'esito è sconosciuto"));
+  EXPECT_EQ(hasty_.Outcome(), TransactionOutcome::Unknown);
   hasty_.Close();
   connection_.Execute("UNLOCK TABLES");
 }

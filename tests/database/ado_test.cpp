@@ -1,5 +1,5 @@
 #include "AdoFixture.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 
 #include <gmock/gmock.h>
 
@@ -28,10 +28,10 @@ TEST_P(Ado, CountsRowsExactlyAndWalksThem) {
 
 TEST_P(Ado, FindsColumnsInAnyCase) {
   const Recordset rows = query("SELECT CHIAVE, Gruppo FROM EVENTI");
-  EXPECT_EQ(rows.Colonne(), 2U);
-  EXPECT_EQ(rows.Colonna("gruppo"), 1U);
-  EXPECT_EQ(rows.Colonna("GRUPPO"), 1U);
-  EXPECT_EQ(failure([&] { static_cast<void>(rows.Colonna("GRUPP")); }).Numero(), 3265);
+  EXPECT_EQ(rows.ColumnCount(), 2U);
+  EXPECT_EQ(rows.ColumnIndex("gruppo"), 1U);
+  EXPECT_EQ(rows.ColumnIndex("GRUPPO"), 1U);
+  EXPECT_EQ(failure([&] { static_cast<void>(rows.ColumnIndex("GRUPP")); }).Number(), 3265);
 }
 
 TEST_P(Ado, KeepsNullApartFromEmpty) {
@@ -97,9 +97,9 @@ TEST_P(Ado, ReadsManyRowsAcrossBlocks) {
   Recordset rows = query("SELECT CHIAVE,DESCRIZIONE,SCADENZA FROM EVENTI WHERE GRUPPO=? ORDER BY CHIAVE", {"99"});
   ASSERT_EQ(rows.RecordCount(), 3100U);
   for (int i = 100; i < 3200; ++i, rows.MoveNext()) {
-    ASSERT_EQ(rows.Valore(0), std::to_string(i));
-    ASSERT_EQ(rows.Valore(1), i % 3 == 0 ? "" : "riga " + std::to_string(i));
-    ASSERT_EQ(rows.Valore(2), std::nullopt);
+    ASSERT_EQ(rows.ValueAt(0), std::to_string(i));
+    ASSERT_EQ(rows.ValueAt(1), i % 3 == 0 ? "" : "riga " + std::to_string(i));
+    ASSERT_EQ(rows.ValueAt(2), std::nullopt);
   }
   EXPECT_TRUE(rows.Eof());
 }
@@ -133,7 +133,7 @@ TEST_P(Ado, RunsACommandAgainOnAReopenedConnection) {
   Command select = command(connection_, "SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
   EXPECT_EQ(select.Execute().RecordCount(), 1U);
   connection_.Close();
-  EXPECT_EQ(failure([&] { select.Execute(); }).Numero(), 3704);
+  EXPECT_EQ(failure([&] { select.Execute(); }).Number(), 3704);
   connection_.Open();
   EXPECT_EQ(select.Execute().RecordCount(), 1U);
 }
@@ -141,8 +141,8 @@ TEST_P(Ado, RunsACommandAgainOnAReopenedConnection) {
 TEST_P(Ado, RefusesAWrongCountOfParameters) {
   for (const auto& parameters : std::vector<std::vector<std::string>>{{}, {"1", "2"}}) {
     const auto error = failure([&] { query("SELECT 1 FROM EVENTI WHERE CHIAVE=?", parameters); });
-    EXPECT_EQ(error.Numero(), -2147217904);
-    EXPECT_THAT(error.Descrizione(), HasSubstr("07001"));
+    EXPECT_EQ(error.Number(), -2147217904);
+    EXPECT_THAT(error.Description(), HasSubstr("07001"));
   }
 }
 
@@ -166,7 +166,7 @@ TEST_P(Ado, CommitsAndRollsBack) {
   connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
   connection_.CommitTrans();
   open(other);
-  EXPECT_EQ(command(other, "SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1").Execute().Valore(0), "S");
+  EXPECT_EQ(command(other, "SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1").Execute().ValueAt(0), "S");
 }
 
 TEST_P(Ado, RollsBackAnOpenTransactionWhenClosed) {
@@ -179,57 +179,57 @@ TEST_P(Ado, RollsBackAnOpenTransactionWhenClosed) {
 }
 
 TEST_P(Ado, RefusesTransactionCallsOutOfOrder) {
-  EXPECT_EQ(failure([&] { connection_.CommitTrans(); }).Numero(), 3219);
-  EXPECT_EQ(failure([&] { connection_.RollbackTrans(); }).Numero(), 3219);
+  EXPECT_EQ(failure([&] { connection_.CommitTrans(); }).Number(), 3219);
+  EXPECT_EQ(failure([&] { connection_.RollbackTrans(); }).Number(), 3219);
   connection_.BeginTrans();
-  EXPECT_EQ(failure([&] { connection_.BeginTrans(); }).Numero(), 3219);
+  EXPECT_EQ(failure([&] { connection_.BeginTrans(); }).Number(), 3219);
   connection_.RollbackTrans();
 }
 
 TEST_P(Ado, ReportsEveryDiagnosticWithItsState) {
   const auto error = failure([&] { connection_.Execute("SELECT * FROM NON_C_E"); });
-  EXPECT_EQ(error.Sorgente(), "ODBC");
-  EXPECT_THAT(error.Descrizione(), testing::StartsWith("["));
-  EXPECT_THAT(error.Descrizione(), testing::ContainsRegex("(non_c_e|NON_C_E)"));
+  EXPECT_EQ(error.Source(), "ODBC");
+  EXPECT_THAT(error.Description(), testing::StartsWith("["));
+  EXPECT_THAT(error.Description(), testing::ContainsRegex("(non_c_e|NON_C_E)"));
 }
 
 TEST_P(Ado, WorksOnAfterAFailedStatement) {
-  EXPECT_NE(failure([&] { connection_.Execute("SELEZIONA"); }).Numero(), 0);
+  EXPECT_NE(failure([&] { connection_.Execute("SELEZIONA"); }).Number(), 0);
   EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
 }
 
 TEST_P(Ado, RefusesUseWhenClosed) {
   Connection closed;
-  EXPECT_EQ(failure([&] { closed.Execute("SELECT 1"); }).Numero(), 3704);
-  EXPECT_EQ(failure([&] { closed.BeginTrans(); }).Numero(), 3704);
+  EXPECT_EQ(failure([&] { closed.Execute("SELECT 1"); }).Number(), 3704);
+  EXPECT_EQ(failure([&] { closed.BeginTrans(); }).Number(), 3704);
   EXPECT_NO_THROW(closed.Close());
   Command unbound;
-  EXPECT_EQ(failure([&] { unbound.Execute(); }).Numero(), 3704);
+  EXPECT_EQ(failure([&] { unbound.Execute(); }).Number(), 3704);
   Recordset rows;
   EXPECT_EQ(rows.State(), State::Closed);
-  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Numero(), 3704);
-  EXPECT_EQ(failure([&] { connection_.Open(); }).Numero(), 3705);
+  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Number(), 3704);
+  EXPECT_EQ(failure([&] { connection_.Open(); }).Number(), 3705);
 }
 
 TEST_P(Ado, RefusesFieldsPastTheEnd) {
   Recordset none = query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=99");
   EXPECT_EQ(none.State(), State::Open);
   EXPECT_TRUE(none.Eof());
-  EXPECT_EQ(failure([&] { static_cast<void>(none.Fields("CHIAVE").Value()); }).Numero(), 3021);
-  EXPECT_EQ(failure([&] { none.MoveNext(); }).Numero(), 3021);
+  EXPECT_EQ(failure([&] { static_cast<void>(none.Fields("CHIAVE").Value()); }).Number(), 3021);
+  EXPECT_EQ(failure([&] { none.MoveNext(); }).Number(), 3021);
 }
 
 TEST_P(Ado, KeepsReadRowsAfterTheConnectionIsClosed) {
   const Recordset rows = query("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1");
   connection_.Close();
-  EXPECT_EQ(rows.Valore(0), "Società àèìòù €");
+  EXPECT_EQ(rows.ValueAt(0), "Società àèìòù €");
 }
 
 TEST_P(Ado, TellsEveryStatementBeforeItIsSent) {
   std::vector<std::string> sent;
-  Servizi services = servizi();
-  services.istruzioneInviata = [&](std::string_view text) { sent.emplace_back(text); };
-  const ServiziSostituiti replaced(services);
+  Services services = activeServices();
+  services.statementSent = [&](std::string_view text) { sent.emplace_back(text); };
+  const ReplacedServices replaced(services);
   connection_.Execute("DELETE FROM EVENTI WHERE CHIAVE=99");
   query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
   Recordset rows = editable(connection_, "CHIAVE=1");

@@ -1,6 +1,6 @@
 #include "BaseDati.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -106,7 +106,7 @@ class BankUpdate : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base{GetParam(), prova::DatiDiProva() + Eventi()};
   std::vector<std::string> prima = prova::Rate(base);
-  prova::Banco banco;
+  prova::TestBench banco;
   MsgAnnulla msg;
 };
 
@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateRows, testing::ValuesIn(prova::Gen
 
 TEST_P(BankUpdateStatements, OfAnEmptyListAreNone) {
   EXPECT_EQ(Applica({}), "");
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
   EXPECT_THAT(Cambiate(), IsEmpty());
 }
 
@@ -131,7 +131,7 @@ TEST_P(BankUpdateStatements, OfAnEmptyListNeedNoDatabase) {
 
 TEST_P(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInstalment) {
   EXPECT_EQ(Applica({SoloBanca("B07")}), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre(cercaConto, cercaConto, conBanca,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=1",
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=2"));
@@ -139,7 +139,7 @@ TEST_P(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInsta
 
 TEST_P(BankUpdateStatements, OfADateChangeNeverLookUpTheEmptyNewBank) {
   EXPECT_EQ(Applica({SoloData("01/04/2006")}), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre(cercaConto, conBanca,
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=1",
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=2"));
@@ -150,7 +150,7 @@ TEST_P(BankUpdateStatements, OfAnInstalmentWithoutNumberAskForNull) {
   VariazioneCanalizzazione v = SoloData("01/04/2006");
   v.NumeroRata.clear();
   EXPECT_EQ(Applica({v}), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre(cercaConto,
                           seleziona + "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA IS "
                                       "NULL AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=106 AND "
@@ -163,17 +163,17 @@ TEST_P(BankUpdateStatements, OfBothChangesJoinThemWithAComma) {
   v.NuovaScadenza = "01/04/2006";
   v.isScadenzaChanged = true;
   EXPECT_EQ(Applica({v}), "");
-  ASSERT_EQ(banco.istruzioni.size(), 5U);
-  EXPECT_EQ(banco.istruzioni[3], "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' "
+  ASSERT_EQ(banco.statements.size(), 5U);
+  EXPECT_EQ(banco.statements[3], "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' "
                                  ",BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=1");
 }
 
 TEST_P(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
   for (const char* nessuna : {"#null#", ""}) {
-    banco.istruzioni.clear();
+    banco.statements.clear();
     EXPECT_EQ(Applica({SoloBanca(nessuna)}), "");
     base.Esegui("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=106 WHERE EVENTOCONTABILEKEY IN (1,2)");
-    EXPECT_THAT(banco.istruzioni,
+    EXPECT_THAT(banco.statements,
                 ElementsAre(cercaConto, conBanca,
                             "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE EVENTOCONTABILEKEY=1",
                             "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE EVENTOCONTABILEKEY=2"));
@@ -182,10 +182,10 @@ TEST_P(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
 
 TEST_P(BankUpdateStatements, WriteNullForAMissingNewDate) {
   for (const char* nessuna : {"#null#", ""}) {
-    banco.istruzioni.clear();
+    banco.statements.clear();
     EXPECT_EQ(Applica({SoloData(nessuna)}), "");
     base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-03-04' WHERE EVENTOCONTABILEKEY IN (1,2)");
-    EXPECT_THAT(banco.istruzioni,
+    EXPECT_THAT(banco.statements,
                 ElementsAre(cercaConto, conBanca,
                             "UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL WHERE EVENTOCONTABILEKEY=1",
                             "UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL WHERE EVENTOCONTABILEKEY=2"));
@@ -196,9 +196,9 @@ TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
   for (const char* nessuno : {"#null#", ""}) {
     VariazioneCanalizzazione v = SoloBanca("B07");
     v.VecchiaScadenza = v.VecchiaBanca = v.ScadenzaOriginale = nessuno;
-    banco.istruzioni.clear();
+    banco.statements.clear();
     EXPECT_EQ(Applica({v}), "");
-    EXPECT_THAT(prova::SenzaDomande(banco.istruzioni),
+    EXPECT_THAT(prova::SenzaDomande(banco.statements),
                 ElementsAre(cercaConto, seleziona + "EVENTOCONTABILE.DATASCADENZA IS NULL AND "
                                                     "EVENTOCONTABILE.NUMERORATA=1 AND "
                                                     "EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL AND "
@@ -208,17 +208,17 @@ TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
 
 TEST_P(BankUpdateStatements, OfUnchangedRecordsAreNone) {
   EXPECT_EQ(Applica({Invariata(), Invariata()}), "");
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST_P(BankUpdateStatements, OfAnyOtherModeAreNone) {
   EXPECT_EQ(Applica({SoloBanca("B07")}, "ALTRO"), "");
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST_P(BankUpdateStatements, OfAPresumedDocumentGoByItsMovement) {
   EXPECT_EQ(Applica({Presunto("301", "201")}, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre(cercaConto, cercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE DATASCADENZA='2006-03-04' AND "
                           "BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' AND MOVIMENTOKEY=?"));
@@ -226,11 +226,11 @@ TEST_P(BankUpdateStatements, OfAPresumedDocumentGoByItsMovement) {
 
 TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
   for (const char* nessuno : {"#null#", ""}) {
-    banco.istruzioni.clear();
+    banco.statements.clear();
     VariazioneCanalizzazione v = Presunto(nessuno, "203");
     v.VecchiaBanca = v.VecchiaScadenza = v.NuovaBanca = "#null#";
     EXPECT_EQ(Applica({v}, "PRESUNTI"), "");
-    EXPECT_THAT(prova::SenzaDomande(banco.istruzioni),
+    EXPECT_THAT(prova::SenzaDomande(banco.statements),
                 ElementsAre("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE DATASCADENZA IS NULL AND "
                             "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' AND "
                             "PARTITACONTABILEKEY=?"));
@@ -239,8 +239,8 @@ TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
 
 TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutKeysMatchNothingAndDoNotFail) {
   EXPECT_EQ(Applica({Presunto("#null#", "#null#")}, "PRESUNTI"), "");
-  ASSERT_EQ(banco.istruzioni.size(), 3U);
-  EXPECT_THAT(banco.istruzioni[2],
+  ASSERT_EQ(banco.statements.size(), 3U);
+  EXPECT_THAT(banco.statements[2],
               EndsWith("AND EVENTOCONTABILE.SOSPESA='N' AND EVENTOCONTABILEKEY=-1 AND PARTITACONTABILEKEY=-1"));
   EXPECT_THAT(Cambiate(), IsEmpty());
   EXPECT_EQ(msg.Errore, "");
@@ -248,7 +248,7 @@ TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutKeysMatchNothingAndDoNotF
 
 TEST_P(BankUpdateStatements, OfAPresumedDocumentIgnoreADateChange) {
   EXPECT_EQ(Applica({SoloData("01/04/2006")}, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST_P(BankUpdateStatements, NeverHoldADateThatIsNone) {
@@ -284,7 +284,7 @@ TEST_P(BankUpdateStatements, InTheErrorStartAnewWithEachRecord) {
 TEST_P(BankUpdateStatements, OfAPresumedDocumentFollowItsError) {
   base.Impedisci("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY>0", "riga bloccata");
   EXPECT_EQ(Applica({Presunto("301", "")}, "PRESUNTI"), "error");
-  EXPECT_THAT(msg.Errore, EndsWith("\r\n\r\n" + banco.istruzioni.back()));
+  EXPECT_THAT(msg.Errore, EndsWith("\r\n\r\n" + banco.statements.back()));
 }
 
 TEST_P(BankUpdateRows, ChangeTheBankOfTheMatchingInstalmentsAlone) {

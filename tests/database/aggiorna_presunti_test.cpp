@@ -1,6 +1,6 @@
 #include "PresuntiDiProva.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -65,7 +65,7 @@ class PresumedUpdate : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base{GetParam(), prova::DatiPresunti()};
   std::vector<std::string> prima = prova::Rate(base);
-  prova::Banco banco;
+  prova::TestBench banco;
   MsgAnnulla msg;
 };
 
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::ValuesIn(prova:
 
 TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, msg, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre(cercaConto, cercaConto, cercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND "
                           "CONTOCONTABILE_KEY= 101 AND BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' "));
@@ -87,12 +87,12 @@ TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
 TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("#null#", "B07")}, msg, "PRESUNTI"), "");
   EXPECT_EQ(
-      prova::SenzaDomande(banco.istruzioni).back(),
+      prova::SenzaDomande(banco.statements).back(),
       "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= 101 AND "
       "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' ");
-  banco.istruzioni.clear();
+  banco.statements.clear();
   EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "#null#")}, msg, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre(cercaConto, cercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE MOVIMENTOKEY=? AND "
                           "CONTOCONTABILE_KEY= 101 AND BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' "));
@@ -102,7 +102,7 @@ TEST_P(PresumedUpdateStatements, ARecordWithoutABankChangeSendsNothing) {
   VariazioneConsegna senza = Banca("B06", "B07");
   senza.isBancaChanged = false;
   EXPECT_EQ(AggiornaBancaPresunti({senza}, msg, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST_P(PresumedUpdateStatements, OtherModesChangeNothing) {
@@ -110,7 +110,7 @@ TEST_P(PresumedUpdateStatements, OtherModesChangeNothing) {
     EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, msg, modo), "") << modo;
     EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, msg, modo), "") << modo;
   }
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
   EXPECT_THAT(Cambiati(), IsEmpty());
 }
 
@@ -123,21 +123,21 @@ TEST_P(PresumedUpdateStatements, AnEmptyListDoesNotEvenConnect) {
 
 TEST_P(PresumedUpdateStatements, ADeliveryChangeIsOneStatementARecord) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, msg, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA= '2006-03-10' AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
 TEST_P(PresumedUpdateStatements, AMissingDeliveryDateIsMatchedAsNull) {
   EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, msg, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= '2006-03-11',  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA IS NULL AND EVENTOCONTABILE.SOSPESA='N' "));
 }
 
 TEST_P(PresumedUpdateStatements, AMissingNewDeliveryDateIsWrittenAsNull) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "#null#")}, msg, "PRESUNTI"), "");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre("UPDATE EVENTOCONTABILE SET DATACONSEGNA= NULL,  TITOLOIVA= ' ' WHERE MOVIMENTOKEY=? "
                           "AND DATACONSEGNA= '2006-03-10' AND EVENTOCONTABILE.SOSPESA='N' "));
 }
@@ -145,7 +145,7 @@ TEST_P(PresumedUpdateStatements, AMissingNewDeliveryDateIsWrittenAsNull) {
 TEST_P(PresumedUpdateStatements, ADateThatIsNoneNeverReachesAStatement) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "2006-03-11")}, msg, "PRESUNTI"), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: 13\r\nData non valida: 2006-03-11"));
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST_P(PresumedUpdateRows, OnlyTheRowsWithTheOldBankChange) {

@@ -1,7 +1,7 @@
 #include "BaseDelleAzioni.hpp"
 
-#include "platform/Errore.hpp"
 #include "platform/HostLink.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <new>
 #include <stdexcept>
@@ -30,7 +30,7 @@ class CommandsOnADatabase : public prova::BaseDelleAzioni {
  protected:
   /// Runs `azione` once, just before the statement number `quale` that begins with `inizio` is sent.
   void PrimaDi(std::string inizio, int quale, std::function<void()> azione) {
-    servizi().istruzioneInviata = [this, inizio, quale, azione, viste = 0](std::string_view istruzione) mutable {
+    activeServices().statementSent = [this, inizio, quale, azione, viste = 0](std::string_view istruzione) mutable {
       if (!distratto_ && istruzione.starts_with(inizio) && ++viste == quale) {
         distratto_ = true;
         azione();
@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, TwoTerminals, testing::ValuesIn(test::databa
 } // namespace
 
 TEST_P(CommandsOnADatabase, EachCommandTakesItsListDownToTheDatabase) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui(Sospendi), "");
   EXPECT_EQ(Esegui("-T PRESUNTO /A -D 01 -S OC -A 06 -N 123 -E 2006"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -S A -E 2006 -N 16"), "");
@@ -76,28 +76,28 @@ TEST_P(CommandsOnADatabase, EachCommandTakesItsListDownToTheDatabase) {
 }
 
 TEST_P(CommandsOnADatabase, TheHostsRefusalLeavesTheDatabaseAsItWas) {
-  banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>Conto bloccato</ERRORE></R>";
+  banco_.host.reply = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>Conto bloccato</ERRORE></R>";
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Conto bloccato", "nota"));
   NienteCambiato();
 }
 
 TEST_P(CommandsOnADatabase, AnErrorOfASingleBlankFailsWithoutABoxButTheDatabaseChanges) {
-  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3)");
 }
 
 TEST_P(CommandsOnADatabase, WithAnUnreachableHostTheDatabaseStaysAsItWas) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(75, "Host non raggiungibile"); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(75, "Host non raggiungibile"); };
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("75\r\nHost non raggiungibile"));
   NienteCambiato();
 }
 
 TEST_P(CommandsOnADatabase, WhatTheDatabaseLacksIsToldAfterTheHostsYes) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -S A -E 2006 -N 99"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE\r\n" +
                                                   NonRegistrata + "documento A/2006/99 dell'azienda 01.",
@@ -121,7 +121,7 @@ TEST_P(CommandsOnADatabase, WithoutMemoryAfterTheHostsYesItIsSaidThatNothingIsSt
 
 TEST_P(CommandsOnADatabase, WithoutMemoryForTheBoxTheStandardErrorRemains) {
   PrimaDi("UPDATE", 2, [] { throw std::bad_alloc(); });
-  banco_.desktop.guasto = [] { throw std::bad_alloc(); };
+  banco_.desktop.fault = [] { throw std::bad_alloc(); };
   testing::internal::CaptureStderr();
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
@@ -130,10 +130,10 @@ TEST_P(CommandsOnADatabase, WithoutMemoryForTheBoxTheStandardErrorRemains) {
 }
 
 TEST_P(CommandsOnADatabase, AnUnreadableReplyLeavesTheOutcomeOnTheHostUnknown) {
-  banco_.host.risposta = "<R><ERRORE>";
+  banco_.host.reply = "<R><ERRORE>";
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(AllOf(HasSubstr("Documento XML non valido"),
-                                                    EndsWith("\r\n" + std::string(nexaro::EsitoIgnoto)))));
+                                                    EndsWith("\r\n" + std::string(nexaro::UnknownOutcome)))));
   NienteCambiato();
 }
 
@@ -145,10 +145,10 @@ TEST_P(CommandsOnADatabase, ACommandDoesNotRepeatTheOutcomeOfTheOneBefore) {
 }
 
 TEST_P(CommandsOnADatabase, WithTheDatabaseClosedAfterTheHostsYesTheReasonIsTold) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   const std::string chiusa = "-DB2SOURCE CHIUSA -DB2USER u -DB2PASS Parola!9";
   EXPECT_EQ(LumoScadenze().EseguiLumoScad(std::string(Sospendi) + " " + chiusa), "error");
-  EXPECT_THAT(banco_.host.chiamate, SizeIs(1));
+  EXPECT_THAT(banco_.host.calls, SizeIs(1));
   EXPECT_THAT(banco_.desktop.box, ElementsAre(AllOf(StartsWith("ERRORE: -"), Not(HasSubstr("Parola!9"))), "Fatto"));
   NienteCambiato();
 }
@@ -166,9 +166,9 @@ TEST_P(CommandsOnADatabase, ARowThatAnotherChangedBetweenReadingAndWritingIsNotO
   try {
     righe.Update();
     FAIL() << "la riga è stata sovrascritta";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), RigaCambiata);
-    EXPECT_THAT(errore.Descrizione(), HasSubstr("altro terminale"));
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), RigaCambiata);
+    EXPECT_THAT(errore.Description(), HasSubstr("altro terminale"));
   }
   CambiatoCome("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1");
 }
@@ -251,7 +251,7 @@ TEST_P(TwoTerminals, AValueThatIsNotReadMayChangeMeanwhile) {
 }
 
 TEST_P(TwoTerminals, AConnectionThatFallsHalfwayLeavesNothing) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   PrimaDi("UPDATE", 3, [&] { base_.ChiudiConnessioni(); });
   EXPECT_EQ(Esegui(Sospendi), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("ERRORE: -"), "Fatto"));

@@ -185,7 +185,7 @@ TEST_P(Actions, ThirtyTwoGroupsFillTheList) {
 TEST_P(Actions, AListThatEndsAtTheTypeDoesNothing) {
   EXPECT_EQ(Azione({"01", "SCRIVISCADENZE", "C10", "AB   123", "BANCA"}), "");
   EXPECT_EQ(Azione({"01", "EXTRASCRIVISCAD", "A", "2006", "99"}), "");
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
 }
 
 TEST_P(Actions, WhatIsMissingIsSaidAndNothingChanges) {
@@ -212,7 +212,7 @@ TEST_P(Actions, AnActionThatIsUnknownOrInLowerCaseDoesNothing) {
   for (const char* azione : {"sospesocrea", "Extradel", "CANALIZZAZIONE", "", " SOSPESOCREA", "SOSPESO"}) {
     EXPECT_EQ(Azione({"01", azione, "C10", "AB   123", ""}), "") << azione;
   }
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
   NienteCambiato();
 }
 
@@ -220,7 +220,7 @@ TEST_P(Actions, AfterARefusalTheDatabaseIsNotTouched) {
   msg_.Errore = " no ";
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
   EXPECT_EQ(msg_.Errore, " no ");
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
   NienteCambiato();
 }
 
@@ -234,7 +234,7 @@ TEST_P(Actions, AnErrorMadeOfALineBreakIsARefusal) {
   msg_.Errore = " \r\n ";
   EXPECT_EQ(Azione({"01", "SOSPESOCREA", "C10", "AB   123", ""}), "error");
   EXPECT_EQ(msg_.Errore, " \r\n ");
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
   NienteCambiato();
 }
 
@@ -276,6 +276,6 @@ TEST_P(Actions, AFailedTestSaysWhereWithNumberAndDescription) {
   ASSERT_THAT(banco_.desktop.box, SizeIs(1));
   EXPECT_THAT(banco_.desktop.box[0], testing::MatchesRegex("testScrittura\r\n-[0-9]+\r\n.+"));
   EXPECT_THAT(banco_.desktop.box[0], HasSubstr("manca"));
-  EXPECT_EQ(banco_.desktop.titoli[0], "LumoScad");
+  EXPECT_EQ(banco_.desktop.titles[0], "LumoScad");
   NienteCambiato();
 }

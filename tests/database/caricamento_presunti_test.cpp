@@ -4,7 +4,7 @@
 #include "lumoscad/LumoScadenze.hpp"
 #include "screens/FormConsegna.hpp"
 #include "screens/FormPresunti.hpp"
-#include "support/IstruzioniContate.hpp"
+#include "support/CountedStatements.hpp"
 
 #include <optional>
 
@@ -34,17 +34,17 @@ class DeliveryLoad : public prova::SchermataPresunti<FormConsegna> {
 INSTANTIATE_TEST_SUITE_P(Databases, DeliveryLoad, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 TEST_P(PresumedLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
-  const prova::IstruzioniContate contate;
+  const prova::CountedStatements contate;
   Mostra([this] { EXPECT_EQ(finestra->RowCount(), Elencate); });
-  EXPECT_EQ(contate.Preparate(RicercaMovimento), 1U);
-  EXPECT_EQ(contate.Eseguite(RicercaMovimento), Documenti);
+  EXPECT_EQ(contate.Preparations(RicercaMovimento), 1U);
+  EXPECT_EQ(contate.Executions(RicercaMovimento), Documenti);
 }
 
 TEST_P(DeliveryLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
-  const prova::IstruzioniContate contate;
+  const prova::CountedStatements contate;
   Mostra([this] { EXPECT_GE(finestra->RowCount(), Documenti); });
-  EXPECT_EQ(contate.Preparate(RicercaMovimento), 1U);
-  EXPECT_EQ(contate.Eseguite(RicercaMovimento), Documenti);
+  EXPECT_EQ(contate.Preparations(RicercaMovimento), 1U);
+  EXPECT_EQ(contate.Executions(RicercaMovimento), Documenti);
 }
 
 /// The accounts are missing while the banks are listed, and there again when the documents are.
@@ -52,8 +52,8 @@ class BancheAssenti {
  public:
   explicit BancheAssenti(const prova::BaseDati& base) : base_(base) {
     base.Esegui("ALTER TABLE CONTOCONTABILE RENAME TO CONTIASSENTI");
-    auto nuovi = servizi();
-    nuovi.istruzioneInviata = [this, prima = nuovi.istruzioneInviata](std::string_view istruzione) {
+    auto nuovi = activeServices();
+    nuovi.statementSent = [this, prima = nuovi.statementSent](std::string_view istruzione) {
       prima(istruzione);
       if (assenti_ && istruzione.find("AZIENDELINEE") != std::string_view::npos) {
         Rimetti();
@@ -72,14 +72,14 @@ class BancheAssenti {
 
   const prova::BaseDati& base_;
   bool assenti_ = true;
-  std::optional<ServiziSostituiti> sostituiti_;
+  std::optional<ReplacedServices> sostituiti_;
 };
 
 TEST_P(PresumedLoad, ListsTheDocumentsWithoutBanksAndReportsTheBanksAfterTheWindow) {
   const BancheAssenti assenti(base);
   const auto errore = Fallimento([this] {
-    EXPECT_THAT(finestra->Description().banche, ElementsAre(" "));
-    EXPECT_THAT(finestra->Description().bancheCella, ElementsAre(" "));
+    EXPECT_THAT(finestra->Description().banks, ElementsAre(" "));
+    EXPECT_THAT(finestra->Description().cellBanks, ElementsAre(" "));
     ASSERT_EQ(finestra->RowCount(), Elencate);
     for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
       EXPECT_THAT(std::string(righe.Tag(riga, FormPresunti::ConsegnaPrevista)), StartsWith("MOVIMENTO_"));
@@ -88,7 +88,7 @@ TEST_P(PresumedLoad, ListsTheDocumentsWithoutBanksAndReportsTheBanksAfterTheWind
                 ElementsAre("ROSSI SRL", "AB123/06", "10/03/06", "EUR", "50,00", "BANCA ALFA", "", "", "2006/03/10"));
   });
   EXPECT_THAT(errore, StartsWith("ERRORE: " + std::to_string(base.Particolarita().missingTable) + "\r\n"));
-  EXPECT_EQ(banco.desktop.finestre, 1U);
+  EXPECT_EQ(banco.desktop.windows, 1U);
 }
 
 TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheNextTime) {
@@ -96,7 +96,7 @@ TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheN
   const std::string comando = "-T BANCA /PRESUNTI -TIPOMOVIMENTI V -B X -H 10.0.0.1 -D 001 " + base.Opzioni();
   {
     const BancheAssenti assenti(base);
-    banco.desktop.copioni.emplace_back([](FinestraElenco& aperta) {
+    banco.desktop.scripts.emplace_back([](ListWindow& aperta) {
       // The blank entry is left: it takes away what banks the documents have.
       ASSERT_EQ(aperta.RowCount(), Elencate);
       for (std::size_t riga = 0; riga < Elencate; ++riga) {
@@ -110,11 +110,11 @@ TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheN
   }
   EXPECT_THAT(banco.desktop.box,
               ElementsAre(StartsWith("-2147220954\r\nERRORE: " + std::to_string(base.Particolarita().missingTable))));
-  EXPECT_THAT(banco.host.chiamate, IsEmpty());
+  EXPECT_THAT(banco.host.calls, IsEmpty());
   EXPECT_EQ(prova::Rate(base), prima);
   banco.host.file.clear();
-  banco.desktop.copioni.emplace_back([](FinestraElenco& aperta) {
-    EXPECT_THAT(aperta.Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+  banco.desktop.scripts.emplace_back([](ListWindow& aperta) {
+    EXPECT_THAT(aperta.Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
     EXPECT_EQ(aperta.RowCount(), Elencate);
     aperta.Form_QueryUnload();
   });

@@ -4,7 +4,7 @@
 #include "common/Utilities.hpp"
 #include "database/db2Searches.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -91,7 +91,7 @@ class OtherColumns : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base{GetParam(), prova::DatiPresunti() + Rate(), AltreTabelle(test::databaseContext(GetParam()))};
   ado::Connection connection;
-  prova::Banco banco;
+  prova::TestBench banco;
   MsgAnnulla msg;
 };
 

@@ -1,8 +1,8 @@
 #include "PresuntiDiProva.hpp"
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -25,10 +25,10 @@ constexpr int NuovoValore = 7; ///< the editable column of both lists
 const std::string Nome = "/tmp/T0120060305140709";
 
 /// Clicks a cell of the first row of a document.
-void Clicca(FinestraElenco& finestra, const std::string& documento, int colonna) {
+void Clicca(ListWindow& finestra, const std::string& documento, int colonna) {
   int x = 1;
   for (int i = 0; i < colonna; ++i) {
-    x += finestra.Description().colonne[static_cast<std::size_t>(i)].larghezza;
+    x += finestra.Description().columns[static_cast<std::size_t>(i)].width;
   }
   for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
     if (finestra.CellText(riga, 1) == documento) {
@@ -41,13 +41,13 @@ void Clicca(FinestraElenco& finestra, const std::string& documento, int colonna)
   ADD_FAILURE() << "nessuna riga di " << documento;
 }
 
-void DaiBanca(FinestraElenco& finestra, const std::string& documento, int indice) {
+void DaiBanca(ListWindow& finestra, const std::string& documento, int indice) {
   Clicca(finestra, documento, NuovoValore);
   finestra.cmbBanche2_Click(indice);
   finestra.cmbBanche2_LostFocus();
 }
 
-void DaiConsegna(FinestraElenco& finestra, const std::string& documento, const char* data) {
+void DaiConsegna(ListWindow& finestra, const std::string& documento, const char* data) {
   Clicca(finestra, documento, NuovoValore);
   finestra.TextScad_Change(data);
   finestra.TextScad_KeyPress(13);
@@ -66,7 +66,7 @@ class PresumedCommands : public testing::TestWithParam<const char*> {
   std::string Consegna(const std::string& opzioni = "-TIPOMOVIMENTI V -B X") {
     return Esegui("CONSEGNA /PRESUNTI " + opzioni);
   }
-  void Recita(prova::DesktopRecitato::Copione copione) { banco.desktop.copioni.push_back(std::move(copione)); }
+  void Recita(prova::ScriptedDesktop::Script copione) { banco.desktop.scripts.push_back(std::move(copione)); }
   [[nodiscard]] std::vector<std::string> Cambiati() const {
     const auto dopo = prova::Rate(base);
     std::vector<std::string> chiavi;
@@ -79,12 +79,12 @@ class PresumedCommands : public testing::TestWithParam<const char*> {
   }
   [[nodiscard]] bool ListaPresa() const { return banco.host.file.count("/tmp/VBPRESUNTI") != 0; }
   [[nodiscard]] bool HaSpedito(const std::string& inizio) const {
-    return std::any_of(banco.istruzioni.begin(), banco.istruzioni.end(),
+    return std::any_of(banco.statements.begin(), banco.statements.end(),
                        [&](const std::string& sql) { return sql.starts_with(inizio); });
   }
   /// The statement that listed the documents.
   [[nodiscard]] std::string Elenco() const {
-    for (const std::string& sql : banco.istruzioni) {
+    for (const std::string& sql : banco.statements) {
       if (sql.starts_with("SELECT sum(EVE")) {
         return sql.substr(sql.find("MOV.TIPOOPERAZIONE"));
       }
@@ -94,12 +94,12 @@ class PresumedCommands : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base;
   std::vector<std::string> prima;
-  prova::Banco banco;
+  prova::TestBench banco;
 };
 INSTANTIATE_TEST_SUITE_P(Databases, PresumedCommands, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 TEST_P(PresumedCommands, AConfirmedBankGoesToTheHostAndIntoTheDatabase) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     DaiBanca(finestra, "AB124/06", 1);
     finestra.PictureOk_Click();
@@ -109,9 +109,9 @@ TEST_P(PresumedCommands, AConfirmedBankGoesToTheHostAndIntoTheDatabase) {
               ElementsAre("Ricevi /tmp/VBPRESUNTI", "Invia /tmp/VBPRESUNTI", "Invia " + Nome,
                           "Rinomina " + Nome + " " + Nome + ".dos", "Esegui VB0001", "Cancella " + Nome,
                           "Cancella " + Nome + ".dos", "Cancella /tmp/VBPRESUNTI"));
-  EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("001", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos",
-                                                           "", "", "", "", "", "")));
-  EXPECT_EQ(banco.host.inviati.at(1), "C02,,06,124,AB,,,,#null#,B07,\r\n"
+  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("001", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos", "",
+                                                        "", "", "", "", "")));
+  EXPECT_EQ(banco.host.uploads.at(1), "C02,,06,124,AB,,,,#null#,B07,\r\n"
                                       "C01,,06,5,CD,,,,B07,B06,\r\n");
   EXPECT_THAT(Cambiati(), ElementsAre("4", "5", "11"));
   EXPECT_THAT(banco.desktop.box, IsEmpty());
@@ -119,14 +119,14 @@ TEST_P(PresumedCommands, AConfirmedBankGoesToTheHostAndIntoTheDatabase) {
 }
 
 TEST_P(PresumedCommands, AConfirmedDeliveryGoesToTheHostAndIntoTheDatabase) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiConsegna(finestra, "CD5/06", "010306");
     DaiConsegna(finestra, "AB124/06", "2/3/06");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Consegna(), "");
-  EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("001", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
-  EXPECT_EQ(banco.host.inviati.at(1), "C02,AB,124,06,00000000,00000000,20060302\r\n"
+  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("001", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
+  EXPECT_EQ(banco.host.uploads.at(1), "C02,AB,124,06,00000000,00000000,20060302\r\n"
                                       "C01,CD,5,06,20060228,20060228,20060301\r\n");
   EXPECT_THAT(Cambiati(), ElementsAre("4", "5", "11"));
   EXPECT_THAT(
@@ -140,30 +140,30 @@ TEST_P(PresumedCommands, AConfirmedDeliveryGoesToTheHostAndIntoTheDatabase) {
 TEST_P(PresumedCommands, ClosedWithoutConfirmingItSendsNothing) {
   for (const bool annulla : {true, false}) {
     for (const bool consegna : {true, false}) {
-      Recita([&](FinestraElenco& finestra) {
+      Recita([&](ListWindow& finestra) {
         consegna ? DaiConsegna(finestra, "CD5/06", "010306") : DaiBanca(finestra, "CD5/06", 2);
         annulla ? finestra.PictureAnnulla_Click() : finestra.Form_QueryUnload();
       });
       EXPECT_EQ(consegna ? Consegna() : Banca(), "closed");
     }
   }
-  EXPECT_THAT(banco.host.chiamate, IsEmpty());
+  EXPECT_THAT(banco.host.calls, IsEmpty());
   EXPECT_FALSE(HaSpedito("UPDATE"));
   EXPECT_THAT(Cambiati(), IsEmpty());
   EXPECT_FALSE(ListaPresa());
-  EXPECT_EQ(banco.desktop.puntatori.back(), Puntatore::Predefinito);
+  EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);
 }
 
 TEST_P(PresumedCommands, ClosedAfterAConfirmationOfTheCommandBeforeItSendsNothing) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "");
   const auto dopo = prova::Rate(base);
-  Recita([](FinestraElenco& finestra) { finestra.Form_QueryUnload(); });
+  Recita([](ListWindow& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Banca(), "closed");
-  EXPECT_EQ(banco.host.chiamate.size(), 1U);
+  EXPECT_EQ(banco.host.calls.size(), 1U);
   EXPECT_EQ(prova::Rate(base), dopo);
 }
 
@@ -171,9 +171,9 @@ TEST_P(PresumedCommands, AListTakenByOneCommandStopsTheOtherToo) {
   banco.host.file["/tmp/VBPRESUNTI"] = "Utente : T02\r\nieri\r\n";
   EXPECT_EQ(Banca(), "error");
   EXPECT_EQ(Consegna(), "error");
-  EXPECT_EQ(banco.desktop.finestre, 0U);
+  EXPECT_EQ(banco.desktop.windows, 0U);
   EXPECT_TRUE(ListaPresa());
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST_P(PresumedCommands, TheOptionsSelectTheDocuments) {
@@ -202,8 +202,8 @@ TEST_P(PresumedCommands, TheItemOptionIsNotRead) {
 }
 
 TEST_P(PresumedCommands, TheProgramsRefusalLeavesLockAndDatabaseAsTheyWere) {
-  banco.host.risposta = "<RISPOSTA><ERRORE>Documento fatturato</ERRORE></RISPOSTA>";
-  Recita([](FinestraElenco& finestra) {
+  banco.host.reply = "<RISPOSTA><ERRORE>Documento fatturato</ERRORE></RISPOSTA>";
+  Recita([](ListWindow& finestra) {
     DaiConsegna(finestra, "CD5/06", "010306");
     finestra.PictureOk_Click();
   });
@@ -214,19 +214,19 @@ TEST_P(PresumedCommands, TheProgramsRefusalLeavesLockAndDatabaseAsTheyWere) {
 }
 
 TEST_P(PresumedCommands, AnErrorOfTheDatabaseNeverRestoresThePointer) {
-  Recita([this](FinestraElenco& finestra) {
+  Recita([this](ListWindow& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "error");
-  EXPECT_THAT(banco.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Clessidra, Puntatore::Clessidra,
-                                                   Puntatore::Predefinito, Puntatore::Predefinito))
+  EXPECT_THAT(banco.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Hourglass, Pointer::Hourglass,
+                                                  Pointer::Standard, Pointer::Standard))
       << "il comando, la richiesta e la chiamata la mettono; solo le ultime due la tolgono";
 }
 
 TEST_P(PresumedCommands, AChangeThatCannotBeWrittenIsUndoneAndSaid) {
-  Recita([this](FinestraElenco& finestra) {
+  Recita([this](ListWindow& finestra) {
     DaiBanca(finestra, "CD5/06", 2);
     base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B06'");
     finestra.PictureOk_Click();

@@ -1,10 +1,10 @@
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/OdbcSqlite.hpp"
 #include "support/Paths.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <algorithm>
 #include <fstream>
@@ -64,10 +64,10 @@ constexpr int ColonnaNuovaScadenza = 7;
 constexpr int ColonnaNuovaBanca = 10;
 
 /// Clicks the cell in `colonna` of the row whose due date is `scadenza`.
-void Clicca(FinestraElenco& finestra, const std::string& scadenza, int colonna) {
+void Clicca(ListWindow& finestra, const std::string& scadenza, int colonna) {
   int x = 1;
   for (int i = 0; i < colonna; ++i) {
-    x += finestra.Description().colonne[static_cast<std::size_t>(i)].larghezza;
+    x += finestra.Description().columns[static_cast<std::size_t>(i)].width;
   }
   for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
     if (finestra.CellText(riga, ColonnaScadenza) == scadenza) {
@@ -80,18 +80,17 @@ void Clicca(FinestraElenco& finestra, const std::string& scadenza, int colonna) 
   ADD_FAILURE() << "nessuna riga scade il " << scadenza;
 }
 
-void DaiScadenza(FinestraElenco& finestra, const std::string& scadenza, const std::string& nuova) {
+void DaiScadenza(ListWindow& finestra, const std::string& scadenza, const std::string& nuova) {
   Clicca(finestra, scadenza, ColonnaNuovaScadenza);
   finestra.TextScad_Change(nuova);
   finestra.TextScad_KeyPress(13);
 }
 
-void DaiBanca(FinestraElenco& finestra, const std::string& scadenza, const std::string& banca) {
+void DaiBanca(ListWindow& finestra, const std::string& scadenza, const std::string& banca) {
   Clicca(finestra, scadenza, ColonnaNuovaBanca);
-  const auto voce =
-      std::find(finestra.Description().bancheCella.begin(), finestra.Description().bancheCella.end(), banca);
-  ASSERT_NE(voce, finestra.Description().bancheCella.end()) << banca;
-  finestra.cmbBanche2_Click(static_cast<int>(voce - finestra.Description().bancheCella.begin()));
+  const auto voce = std::find(finestra.Description().cellBanks.begin(), finestra.Description().cellBanks.end(), banca);
+  ASSERT_NE(voce, finestra.Description().cellBanks.end()) << banca;
+  finestra.cmbBanche2_Click(static_cast<int>(voce - finestra.Description().cellBanks.begin()));
   finestra.cmbBanche2_LostFocus();
 }
 
@@ -103,15 +102,15 @@ class BankCommand : public testing::Test {
     return LumoScadenze().EseguiLumoScad("-T BANCA " + opzioni + " -H 10.0.0.1 -D " + azienda + " -DB2SOURCE " +
                                          db_.source() + " -DB2USER u -DB2PASS p");
   }
-  void Recita(prova::DesktopRecitato::Copione copione) { banco_.desktop.copioni.push_back(std::move(copione)); }
+  void Recita(prova::ScriptedDesktop::Script copione) { banco_.desktop.scripts.push_back(std::move(copione)); }
   void RecitaCambio() {
-    Recita([](FinestraElenco& finestra) {
+    Recita([](ListWindow& finestra) {
       DaiScadenza(finestra, "31/03/2006", "050406");
       finestra.PictureOk_Click();
     });
   }
   void EsegueSql(const std::string& sql) const {
-    const ServiziSostituiti silenzio(Servizi{});
+    const ReplacedServices silenzio(Services{});
     ado::Connection connection;
     connection.ConnectionString = db_.connectionText();
     connection.Open();
@@ -129,7 +128,7 @@ class BankCommand : public testing::Test {
     ado::Recordset righe = comando.Execute();
     std::vector<std::string> scadenze;
     for (; !righe.Eof(); righe.MoveNext()) {
-      const auto valore = [&](std::size_t i) { return std::string(righe.Valore(i).value_or("NULL")); };
+      const auto valore = [&](std::size_t i) { return std::string(righe.ValueAt(i).value_or("NULL")); };
       scadenze.push_back(valore(0) + " " + valore(1) + " " + valore(2));
     }
     return scadenze;
@@ -137,14 +136,14 @@ class BankCommand : public testing::Test {
   [[nodiscard]] bool ListaPresa() const { return banco_.host.file.count("/tmp/VBCREDITI") != 0; }
   /// The first statement sent that begins with `inizio`; empty for none.
   [[nodiscard]] std::string Istruzione(const std::string& inizio) const {
-    const auto trovata = std::find_if(banco_.istruzioni.begin(), banco_.istruzioni.end(),
+    const auto trovata = std::find_if(banco_.statements.begin(), banco_.statements.end(),
                                       [&](const std::string& sql) { return sql.rfind(inizio, 0) == 0; });
-    return trovata == banco_.istruzioni.end() ? "" : *trovata;
+    return trovata == banco_.statements.end() ? "" : *trovata;
   }
   [[nodiscard]] std::string Elenco() const { return Istruzione("SELECT CONTO.CODICECONTO"); }
 
   test::OdbcSqlite db_;
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 const std::string Nome = "/tmp/T0120060305140709";
@@ -152,7 +151,7 @@ const std::string Nome = "/tmp/T0120060305140709";
 } // namespace
 
 TEST_F(BankCommand, ConfirmedChangesGoToTheHostAndIntoTheDatabase) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     EXPECT_EQ(finestra.RowCount(), 3U);
     DaiScadenza(finestra, "31/03/2006", "050406");
     DaiBanca(finestra, "31/05/2006", "Banca Seconda");
@@ -164,42 +163,42 @@ TEST_F(BankCommand, ConfirmedChangesGoToTheHostAndIntoTheDatabase) {
                           "Rinomina " + Nome + " " + Nome + ".dos", "Esegui VB0001", "Cancella " + Nome,
                           "Cancella " + Nome + ".dos", "Cancella /tmp/VBCREDITI"));
   EXPECT_THAT(banco_.host.host, Each("10.0.0.1"));
-  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
-                                                            "", "", "", "", "")));
-  EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
+  EXPECT_THAT(banco_.host.calls, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
+                                                         "", "", "", "", "")));
+  EXPECT_EQ(banco_.host.uploads.at(1), "C10,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
                                        "C11,2006 16,,,,00000000,20060531,,B1,B2,1\r\n");
   EXPECT_THAT(Scadenze(), ElementsAre("1 2006-04-05 30", "2 2006-04-30 30", "3 2006-05-31 31", "4 2006-06-30 NULL",
                                       "5 2006-03-31 30"));
   EXPECT_THAT(banco_.host.file, IsEmpty());
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
-  EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
+  EXPECT_EQ(banco_.desktop.pointers.back(), Pointer::Standard);
 }
 
 TEST_F(BankCommand, ARowMayChangeDueDateAndBankAtOnce) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiScadenza(finestra, "30/04/2006", "1/5/06");
     DaiBanca(finestra, "30/04/2006", " ");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "");
-  EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060430,20060430,20060501,B1,#null#,2\r\n");
+  EXPECT_EQ(banco_.host.uploads.at(1), "C10,2006 15,,,,20060430,20060430,20060501,B1,#null#,2\r\n");
   EXPECT_THAT(Scadenze(), Contains("2 2006-05-01 NULL"));
 }
 
 TEST_F(BankCommand, DebitsAreThoseOfSuppliers) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     EXPECT_EQ(finestra.RowCount(), 1U);
     DaiScadenza(finestra, "31/03/2006", "050406");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/DEBITI"), "");
   EXPECT_EQ(banco_.host.operazioni.front(), "Ricevi /tmp/VBDEBITI");
-  EXPECT_EQ(banco_.host.chiamate.at(0).at(2), "DEBITI");
+  EXPECT_EQ(banco_.host.calls.at(0).at(2), "DEBITI");
   EXPECT_THAT(Scadenze(), Contains("5 2006-04-05 30"));
 }
 
 TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     finestra.Form_QueryUnload();
   });
@@ -208,47 +207,47 @@ TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
               ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI", "Cancella /tmp/VBCREDITI"));
   EXPECT_THAT(Istruzione("UPDATE"), "");
   EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
-  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
+  EXPECT_THAT(banco_.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Standard));
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
 TEST_F(BankCommand, CancelledItSendsNothing) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     finestra.PictureAnnulla_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  EXPECT_THAT(banco_.host.chiamate, IsEmpty());
+  EXPECT_THAT(banco_.host.calls, IsEmpty());
   EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
 }
 
 TEST_F(BankCommand, ConfirmedWithoutChangesItCountsAsClosed) {
-  Recita([](FinestraElenco& finestra) { finestra.PictureOk_Click(); });
+  Recita([](ListWindow& finestra) { finestra.PictureOk_Click(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  EXPECT_THAT(banco_.host.chiamate, IsEmpty());
+  EXPECT_THAT(banco_.host.calls, IsEmpty());
   EXPECT_FALSE(ListaPresa());
 }
 
 TEST_F(BankCommand, AListTakenElsewhereDoesNotOpen) {
   banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nData : 04/03/2006   Ora : 09:00\r\n";
   EXPECT_EQ(Esegui("/CREDITI"), "error");
-  EXPECT_EQ(banco_.desktop.finestre, 0U);
+  EXPECT_EQ(banco_.desktop.windows, 0U);
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Area CREDITI in manutenzione presso un altro terminale\r"
                                               "Utente : T02\rData : 04/03/2006   Ora : 09:00"));
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI"));
   EXPECT_TRUE(ListaPresa());
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
-  EXPECT_THAT(banco_.desktop.puntatori, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
+  EXPECT_THAT(banco_.desktop.pointers, IsEmpty());
 }
 
 TEST_F(BankCommand, TheListIsTakenWhileTheScreenIsOpen) {
-  Recita([this](FinestraElenco&) { EXPECT_TRUE(ListaPresa()); });
+  Recita([this](ListWindow&) { EXPECT_TRUE(ListaPresa()); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_FALSE(ListaPresa());
 }
 
 TEST_F(BankCommand, WithoutAHostOneWorksButDoesNotConfirm) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Host irraggiungibile"); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(errors::FileAccess, "Host irraggiungibile"); };
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220905\r\n75 Host irraggiungibile"));
@@ -256,7 +255,7 @@ TEST_F(BankCommand, WithoutAHostOneWorksButDoesNotConfirm) {
 }
 
 TEST_F(BankCommand, TheHostsRefusalLeavesTheListTakenAndTheDatabaseAsItWas) {
-  banco_.host.risposta = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220905\r\nRiga 1: conto inesistente"));
@@ -271,7 +270,7 @@ TEST_F(BankCommand, AnInstalmentNumberThatIsNoneStopsEverythingBeforeTheHost) {
     banco_.host.file.clear();
     banco_.host.operazioni.clear();
     banco_.desktop.box.clear();
-    Recita([](FinestraElenco& finestra) {
+    Recita([](ListWindow& finestra) {
       DaiScadenza(finestra, "31/03/2006", "050406");
       DaiScadenza(finestra, "30/04/2006", "050406");
       finestra.PictureOk_Click();
@@ -279,7 +278,7 @@ TEST_F(BankCommand, AnInstalmentNumberThatIsNoneStopsEverythingBeforeTheHost) {
     EXPECT_EQ(Esegui("/CREDITI"), "error");
     EXPECT_THAT(banco_.desktop.box, ElementsAre("13\r\nNumero di rata non valido: conto C10, partita 2006 15, rata «" +
                                                 rata + "».\r\nLa richiesta non è stata inviata all'host."));
-    EXPECT_THAT(banco_.desktop.puntatori, IsEmpty()) << "the hourglass would stay with the calling program";
+    EXPECT_THAT(banco_.desktop.pointers, IsEmpty()) << "the hourglass would stay with the calling program";
     EXPECT_THAT(banco_.host.operazioni, ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI")) << rata;
     EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
   }
@@ -288,37 +287,37 @@ TEST_F(BankCommand, AnInstalmentNumberThatIsNoneStopsEverythingBeforeTheHost) {
 
 TEST_F(BankCommand, AnInstalmentWithoutANumberChangesAlone) {
   EsegueSql("UPDATE EVENTOCONTABILE SET NUMERORATA=NULL WHERE EVENTOCONTABILEKEY=2");
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     DaiScadenza(finestra, "30/04/2006", "050406");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "");
   EXPECT_THAT(Istruzione("SELECT * FROM MOVIMENTOCONTABILE"),
               HasSubstr("AND EVENTOCONTABILE.NUMERORATA IS NULL AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=30 "));
-  EXPECT_EQ(banco_.host.inviati.at(1), "C10,2006 15,,,,20060430,20060430,20060405,B1,,\r\n");
+  EXPECT_EQ(banco_.host.uploads.at(1), "C10,2006 15,,,,20060430,20060430,20060405,B1,,\r\n");
   EXPECT_THAT(Scadenze(), ElementsAre("1 2006-03-31 30", "2 2006-04-05 30", "3 2006-05-31 30", "4 2006-06-30 NULL",
                                       "5 2006-03-31 30"));
 }
 
 TEST_F(BankCommand, AfterAnErrorTheListStaysTakenUntilReleasedByHand) {
-  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   EXPECT_EQ(Esegui("/CREDITI"), "error");
-  EXPECT_EQ(banco_.desktop.finestre, 1U);
+  EXPECT_EQ(banco_.desktop.windows, 1U);
   banco_.host.file.erase("/tmp/VBCREDITI");
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
 }
 
 TEST_F(BankCommand, TheHostsMessageIsShownBeforeAnythingIsWritten) {
-  banco_.host.risposta = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Variate 1 scadenze"));
 }
 
 TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
-  Recita([this](FinestraElenco& finestra) {
+  Recita([this](ListWindow& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     DaiBanca(finestra, "31/05/2006", "Banca Seconda");
     db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
@@ -334,22 +333,22 @@ TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
 
 TEST_F(BankCommand, AnErrorOfTheLoadIsToldAfterTheClosing) {
   db_.run("DROP TABLE EVENTOCONTABILE");
-  Recita([this](FinestraElenco& finestra) {
+  Recita([this](ListWindow& finestra) {
     EXPECT_EQ(finestra.RowCount(), 0U);
     EXPECT_THAT(banco_.desktop.box, IsEmpty());
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");
-  EXPECT_EQ(banco_.desktop.finestre, 1U);
+  EXPECT_EQ(banco_.desktop.windows, 1U);
   EXPECT_THAT(banco_.desktop.box, ElementsAre(StartsWith("-2147220954\r\nERRORE: -")));
-  EXPECT_THAT(banco_.host.chiamate, IsEmpty());
+  EXPECT_THAT(banco_.host.calls, IsEmpty());
   EXPECT_TRUE(ListaPresa());
 }
 
 TEST_F(BankCommand, AnUnknownCompanyIsToldAfterTheClosing) {
   EXPECT_EQ(Esegui("/CREDITI", "99"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147220954\r\nERRORE: -2147220990\r\nAZIENDA INESISTENTE"));
-  EXPECT_EQ(banco_.desktop.finestre, 1U);
+  EXPECT_EQ(banco_.desktop.windows, 1U);
 }
 
 TEST_F(BankCommand, WithoutOptionBTheInstalmentsWithABankAreShown) {
@@ -358,19 +357,19 @@ TEST_F(BankCommand, WithoutOptionBTheInstalmentsWithABankAreShown) {
 }
 
 TEST_F(BankCommand, WithOptionBNTheInstalmentsWithoutABankAreShown) {
-  Recita([](FinestraElenco& finestra) {
+  Recita([](ListWindow& finestra) {
     EXPECT_EQ(finestra.RowCount(), 1U);
     DaiBanca(finestra, "30/06/2006", "Banca Prima");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI -B N"), "");
-  EXPECT_EQ(banco_.host.inviati.at(1), "C11,2006 17,,,,00000000,20060630,,#null#,B1,1\r\n");
+  EXPECT_EQ(banco_.host.uploads.at(1), "C11,2006 17,,,,00000000,20060630,,#null#,B1,1\r\n");
   EXPECT_THAT(Scadenze(), Contains("4 2006-06-30 30"));
 }
 
 TEST_F(BankCommand, TheOptionsDoNotStayForTheNextCommand) {
   EXPECT_EQ(Esegui("/CREDITI -B N -C C11 -SC SCADUTO"), "closed");
-  banco_.istruzioni.clear();
+  banco_.statements.clear();
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
   EXPECT_THAT(Elenco(), HasSubstr("IS NOT NULL"));
   EXPECT_THAT(Elenco(), Not(HasSubstr("CONTO.CODICECONTO =")));
@@ -383,7 +382,7 @@ TEST_F(BankCommand, TheItemArrivesWithItsBlanks) {
 }
 
 TEST_F(BankCommand, EveryFilterReachesTheList) {
-  Recita([](FinestraElenco& finestra) { EXPECT_EQ(finestra.RowCount(), 1U); });
+  Recita([](ListWindow& finestra) { EXPECT_EQ(finestra.RowCount(), 1U); });
   EXPECT_EQ(Esegui("/CREDITI -SC DASCADERE -C C10 -P 2006 15 -M 032006 -CODINT INT10 -S A -A 2006 -E 2006 -N 1"),
             "closed");
   for (const char* condizione :
@@ -396,17 +395,17 @@ TEST_F(BankCommand, EveryFilterReachesTheList) {
 TEST_F(BankCommand, TheChangesOfACommandDoNotComeBackInTheNext) {
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "");
-  Recita([](FinestraElenco& finestra) { finestra.Form_QueryUnload(); });
+  Recita([](ListWindow& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  Recita([](FinestraElenco& finestra) { finestra.PictureOk_Click(); });
+  Recita([](ListWindow& finestra) { finestra.PictureOk_Click(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  EXPECT_EQ(banco_.host.chiamate.size(), 1U);
+  EXPECT_EQ(banco_.host.calls.size(), 1U);
 }
 
 TEST_F(BankCommand, TheTitleSaysWhoseInstalmentsTheyAre) {
   std::vector<std::string> titoli;
-  const auto annota = [&titoli](FinestraElenco& finestra) {
-    titoli.push_back(finestra.Description().titolo);
+  const auto annota = [&titoli](ListWindow& finestra) {
+    titoli.push_back(finestra.Description().title);
     finestra.PictureAnnulla_Click();
   };
   for (const char* sottocomando : {"/CREDITI", "/DEBITI", "/CREDITI"}) {
@@ -427,19 +426,19 @@ TEST_F(BankCommand, TheScreenIsUsedAgain) {
 }
 
 TEST_F(BankCommand, RefusedChangesDoNotComeBackInTheNext) {
-  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   banco_.host.file.clear();
-  Recita([](FinestraElenco& finestra) { finestra.Form_QueryUnload(); });
+  Recita([](ListWindow& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  EXPECT_EQ(banco_.host.chiamate.size(), 1U);
+  EXPECT_EQ(banco_.host.calls.size(), 1U);
 }
 
 TEST_F(BankCommand, OfCreditsAndDebitsInOneCommandTheLastAnswers) {
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI /DEBITI"), "closed");
-  EXPECT_EQ(banco_.desktop.finestre, 2U);
+  EXPECT_EQ(banco_.desktop.windows, 2U);
   EXPECT_THAT(Scadenze(), Contains("1 2006-04-05 30"));
   EXPECT_THAT(banco_.host.file, IsEmpty());
 }
@@ -455,13 +454,13 @@ TEST_F(BankCommand, SaysNothingOfTheListBeforeWhereTheNextOneFails) {
 }
 
 TEST_F(BankCommand, AfterAnErrorOfTheDatabaseNobodyRemovesTheCommandsHourglass) {
-  Recita([this](FinestraElenco& finestra) {
+  Recita([this](ListWindow& finestra) {
     DaiBanca(finestra, "31/03/2006", "Banca Seconda");
     db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");
   // The command's own hourglass, then those of the request and of the call, each of which takes its own away.
-  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Clessidra, Puntatore::Clessidra,
-                                                    Puntatore::Predefinito, Puntatore::Predefinito));
+  EXPECT_THAT(banco_.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Hourglass, Pointer::Hourglass,
+                                                   Pointer::Standard, Pointer::Standard));
 }

@@ -2,8 +2,8 @@
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -71,7 +71,7 @@ TEST(ConnectionOptions, GiveTheSchemaThePasswordSettingWhereItIsMissingOrBlank) 
 std::string Rifiuto(const ParametriConnessione& parametri) {
   try {
     static_cast<void>(ApriConnessione(parametri));
-  } catch (const ErroreRuntime& errore) {
+  } catch (const RuntimeError& errore) {
     return TestoErrore(errore);
   }
   return "";
@@ -107,18 +107,18 @@ TEST_P(Connecting, UsesTheWholeConnectionText) {
 
 TEST(ConnectingNowhere, WithoutAnyOptionFailsWithTheErrorMessage) {
   test::OdbcConfiguration::instance();
-  const prova::Banco banco;
+  const prova::TestBench banco;
   stato().ComandoCorrente = "BANCA /CREDITI";
   MsgAnnulla msg;
   EXPECT_EQ(db2Searches::DescrizioneConto("C01", msg), "error");
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -2147467259\r\n"));
   EXPECT_GT(msg.Errore.size(), std::string("ERRORE: -2147467259\r\n").size());
-  EXPECT_THAT(banco.istruzioni, IsEmpty());
+  EXPECT_THAT(banco.statements, IsEmpty());
 }
 
 TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
   test::OdbcConfiguration::instance();
-  const prova::Banco banco;
+  const prova::TestBench banco;
   stato().ComandoCorrente = "BANCA /CREDITI -DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99";
   VariazioniCanalizzazione variazioni(1);
   MsgAnnulla msg;
@@ -180,9 +180,9 @@ TEST_P(ConnectingToAServer, WithAWrongPasswordSaysSoWithoutThePassword) {
   try {
     static_cast<void>(ApriConnessione(parametri));
     FAIL() << "the connection was opened";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_THAT(errore.Testo(), Not(IsEmpty()));
-    EXPECT_THAT(errore.Testo(), Not(HasSubstr("Sbagliata77")));
+  } catch (const RuntimeError& errore) {
+    EXPECT_THAT(errore.Text(), Not(IsEmpty()));
+    EXPECT_THAT(errore.Text(), Not(HasSubstr("Sbagliata77")));
   }
 }
 
@@ -211,11 +211,11 @@ TEST_P(Closing, ClosesAResultSetOnce) {
 }
 
 TEST(ErrorText, IsNumberLineBreakAndDescription) {
-  EXPECT_EQ(TestoErrore(ErroreRuntime(-2147217900, "Errore di sintassi")), "ERRORE: -2147217900\r\nErrore di sintassi");
+  EXPECT_EQ(TestoErrore(RuntimeError(-2147217900, "Errore di sintassi")), "ERRORE: -2147217900\r\nErrore di sintassi");
 }
 
 TEST(ErrorText, ShowsTheSourceOfAFailureWithoutDescription) {
-  EXPECT_EQ(TestoErrore(ErroreRuntime(errori::RicercaFallita, "", "AZIENDA INESISTENTE")),
+  EXPECT_EQ(TestoErrore(RuntimeError(errors::SearchFailed, "", "AZIENDA INESISTENTE")),
             "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
 }
 

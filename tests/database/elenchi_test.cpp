@@ -1,7 +1,7 @@
 #include "BaseDati.hpp"
 #include "common/Utilities.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -81,11 +81,11 @@ class Lists : public testing::TestWithParam<const char*> {
   }
   /// The statement sent for `filtro`, without the parts that are always there.
   std::string Condizioni(const FiltroScadenze& filtro) {
-    banco.istruzioni.clear();
+    banco.statements.clear();
     MsgAnnulla msg;
     static_cast<void>(ElencoScadenze(connection, 1, filtro, msg));
-    EXPECT_EQ(banco.istruzioni.size(), 1U);
-    const std::string sql = banco.istruzioni.empty() ? "" : banco.istruzioni[0];
+    EXPECT_EQ(banco.statements.size(), 1U);
+    const std::string sql = banco.statements.empty() ? "" : banco.statements[0];
     if (!sql.starts_with(inizio) || !sql.ends_with(fine)) {
       ADD_FAILURE() << sql;
       return sql;
@@ -95,7 +95,7 @@ class Lists : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base{GetParam(), prova::DatiDiProva() + Rate()};
   ado::Connection connection;
-  prova::Banco banco;
+  prova::TestBench banco;
 };
 
 class ListStatement : public Lists {};
@@ -188,7 +188,7 @@ TEST_P(ListStatement, HoldsAllFiltersInTheirOrder) {
 TEST_P(ListStatement, OfTheBanksIsSentAsItIs) {
   MsgAnnulla msg;
   static_cast<void>(ElencoBanche(connection, msg));
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre("SELECT * FROM CONTOCONTABILE WHERE CONTOCONTABILE.TIPOLOGIACONTO='06' OR "
                           "CONTOCONTABILE.TIPOLOGIACONTO='07' AND CONTOCONTABILE.BLOCCO = 'N' ORDER BY "
                           "CONTOCONTABILE.DESCRIZIONEVOCE"));

@@ -1,7 +1,7 @@
 #include "PresuntiDiProva.hpp"
 #include "common/Utilities.hpp"
 #include "database/procedureLumoDB2.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -63,9 +63,9 @@ class PresumedList : public testing::TestWithParam<const char*> {
   }
   /// The statement sent for `filtro`, from the kind of operation on and without the grouping.
   std::string Condizioni(const FiltroPresunti& filtro) {
-    banco.istruzioni.clear();
+    banco.statements.clear();
     static_cast<void>(ElencoPresunti(connection, 1, filtro, msg));
-    const std::string sql = banco.istruzioni.empty() ? "" : banco.istruzioni.back();
+    const std::string sql = banco.statements.empty() ? "" : banco.statements.back();
     if (!sql.starts_with(inizio) || !sql.ends_with(fine)) {
       ADD_FAILURE() << sql;
       return sql;
@@ -75,7 +75,7 @@ class PresumedList : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base{GetParam(), prova::DatiPresunti()};
   ado::Connection connection;
-  prova::Banco banco;
+  prova::TestBench banco;
   MsgAnnulla msg;
 };
 
@@ -117,7 +117,7 @@ TEST_P(PresumedStatement, ADocumentIsFoundByItsNumberAndYearTogether) {
   filtro.parNumero = "123";
   filtro.parAnno = "06";
   EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND EVE.MOVIMENTOKEY = 401 ");
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND "
                           "SERIE=? AND NUMERO=?",
                           EndsWith(fine)));

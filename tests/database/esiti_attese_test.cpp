@@ -1,5 +1,5 @@
 #include "Esiti.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -78,8 +78,8 @@ class WaitsOfAServer : public Waits {
       }
       try {
         altro_->Execute(std::string(UnaRata) + "1");
-      } catch (const ErroreRuntime& errore) {
-        guasto = ConFrase(errore.Descrizione(), errore.Nota());
+      } catch (const RuntimeError& errore) {
+        guasto = WithSentence(errore.Description(), errore.Note());
       }
       altro_->RollbackTrans();
     });

@@ -1,7 +1,7 @@
 #include "Esiti.hpp"
 #include "RegistroEsiti.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Diagnostics.hpp"
 
 #include <gmock/gmock.h>
@@ -10,8 +10,8 @@
 #include <functional>
 
 using namespace lumoscad;
-using ado::EsitoTransazione;
-using prova::ProxyByte;
+using ado::TransactionOutcome;
+using prova::ByteProxy;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -25,10 +25,10 @@ namespace {
 constexpr const char* UnaRata = "UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1";
 constexpr const char* Letta = "SELECT SOSPESA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1";
 
-ErroreRuntime Guasto(const std::function<void()>& azione) {
+RuntimeError Guasto(const std::function<void()>& azione) {
   try {
     azione();
-  } catch (const ErroreRuntime& errore) {
+  } catch (const RuntimeError& errore) {
     return errore;
   }
   ADD_FAILURE() << "nothing was raised";
@@ -54,14 +54,14 @@ INSTANTIATE_TEST_SUITE_P(Databases, Driver, testing::Values("postgres", "mariadb
 TEST_P(Driver, ACommitThatSucceededIsApplied) {
   prova::BaseEsiti base(GetParam());
   Apri(base);
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   connection_.BeginTrans();
   connection_.Execute(UnaRata);
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   connection_.CommitTrans();
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Applicata);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::Applied);
   connection_.Close();
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Applicata);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::Applied);
   EXPECT_EQ(base.Valore(Letta), "X");
 }
 
@@ -71,11 +71,11 @@ TEST_P(Driver, TheCommitOfALostConnectionNeverPassesForApplied) {
   Apri(base);
   connection_.BeginTrans();
   connection_.Execute(UnaRata);
-  base.Proxy().Scatta(ProxyByte::Azione::Chiudi);
-  EXPECT_THAT(Guasto([&] { connection_.Execute(UnaRata); }).Nota(), HasSubstr("è caduta"));
-  EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Descrizione(), HasSubstr("un'istruzione della transazione"));
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
-  EXPECT_EQ(Guasto([&] { connection_.CommitTrans(); }).Numero(), 3219);
+  base.Proxy().Strike(ByteProxy::Action::Close);
+  EXPECT_THAT(Guasto([&] { connection_.Execute(UnaRata); }).Note(), HasSubstr("è caduta"));
+  EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Description(), HasSubstr("un'istruzione della transazione"));
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
+  EXPECT_EQ(Guasto([&] { connection_.CommitTrans(); }).Number(), 3219);
   EXPECT_TRUE(base.SenzaAltreSessioni());
   EXPECT_EQ(base.Valore(Letta), "N");
 }
@@ -87,7 +87,7 @@ TEST_P(Driver, AfterAFailedStatementNothingIsCommitted) {
   connection_.Execute(UnaRata);
   Guasto([&] { connection_.Execute("UPDATE EVENTOCONTABILE SET NON_C_E=1"); });
   Guasto([&] { connection_.CommitTrans(); });
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(base.Valore(Letta), "N");
   connection_.BeginTrans();
   connection_.Execute(UnaRata);
@@ -99,10 +99,10 @@ TEST_P(Driver, AWrongTimeLimitIsRefusedBeforeConnecting) {
   prova::BaseEsiti base(GetParam());
   for (const char* valore : {"0", "-1", "86401", "dieci", "10s", " 10"}) {
     const prova::LimiteIstruzioni limite(valore);
-    EXPECT_THAT(Guasto([&] { Apri(base); }).Descrizione(),
+    EXPECT_THAT(Guasto([&] { Apri(base); }).Description(),
                 AllOf(StartsWith("LUMOSCAD_ATTESA_SQL"), HasSubstr(std::string("«") + valore + "»")));
   }
-  EXPECT_EQ(base.Proxy().Connessioni(), 0);
+  EXPECT_EQ(base.Proxy().Connections(), 0);
   const prova::LimiteIstruzioni limite("86400");
   EXPECT_NO_THROW(Apri(base));
 }
@@ -119,7 +119,7 @@ class ReconnectingDriver : public testing::Test {
   /// A transaction whose connection is lost before its first statement.
   void ModificaInterrotta() {
     connection_.BeginTrans();
-    base_.Proxy().Scatta(ProxyByte::Azione::Chiudi);
+    base_.Proxy().Strike(ByteProxy::Action::Close);
     connection_.Execute(UnaRata);
     ASSERT_EQ(base_.Valore(Letta), "X") << "committed by itself";
   }
@@ -133,19 +133,19 @@ class ReconnectingDriver : public testing::Test {
 TEST_F(ReconnectingDriver, NeverPassesOffAsAppliedWhatWasInterrupted) {
   ModificaInterrotta();
   connection_.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=2");
-  EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Descrizione(), HasSubstr("in parte"));
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
+  EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Description(), HasSubstr("in parte"));
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::Unknown);
 }
 
 TEST_F(ReconnectingDriver, NeverPassesOffAsUndoneWhatItHasStored) {
   ModificaInterrotta();
   connection_.RollbackTrans();
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::Unknown);
   EXPECT_EQ(base_.Valore(Letta), "X");
   connection_.BeginTrans();
   connection_.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='Y' WHERE EVENTOCONTABILEKEY=1");
   connection_.RollbackTrans();
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(base_.Valore(Letta), "X");
 }
 
@@ -153,16 +153,16 @@ TEST_F(ReconnectingDriver, NeverSaysThatNothingIsStoredWhereALaterStatementFails
   ModificaInterrotta();
   Guasto([&] { connection_.Execute("UPDATE EVENTOCONTABILE SET NON_C_E=1"); });
   Guasto([&] { connection_.CommitTrans(); });
-  EXPECT_EQ(connection_.Esito(), EsitoTransazione::Sconosciuta);
+  EXPECT_EQ(connection_.Outcome(), TransactionOutcome::Unknown);
 }
 
 TEST(FailedCommit, IsKnownAsRefusedByAnAnswerOfTheServerAlone) {
-  using ado::interno::senzaRisposta;
+  using ado::detail::withoutAnswer;
   for (const char* sqlState : {"08S01", "08007", "HYT00", "HYT01", "25S01", "40003"}) {
-    EXPECT_TRUE(senzaRisposta(sqlState)) << sqlState;
+    EXPECT_TRUE(withoutAnswer(sqlState)) << sqlState;
   }
   for (const char* sqlState : {"40001", "23505", "25006", "HY000", ""}) {
-    EXPECT_FALSE(senzaRisposta(sqlState)) << sqlState;
+    EXPECT_FALSE(withoutAnswer(sqlState)) << sqlState;
   }
 }
 
@@ -171,8 +171,8 @@ TEST(DriverWithAReadLimit, AServerSilentOnTheCommitLeavesTheOutcomeUnknown) {
   ASSERT_EQ(posto.Esegui("SospendiPartita"), "");
   const auto dopo = posto.base.Tutto();
   posto.base.Ripristina();
-  posto.base.Proxy().ScattaAllaSequenza(posto.base.Conferma(), ProxyByte::Momento::PrimaDellaRisposta,
-                                        ProxyByte::Azione::Trattieni);
+  posto.base.Proxy().StrikeAtSequence(posto.base.Conferma(), ByteProxy::Moment::BeforeTheReply,
+                                      ByteProxy::Action::Hold);
   EXPECT_EQ(posto.Esegui("SospendiPartita"), "error");
   EXPECT_LT(posto.secondi, 5);
   EXPECT_THAT(posto.msg.Errore, HasSubstr("non si sa se la base dati l'ha registrata"));
@@ -184,12 +184,12 @@ TEST(DriverWithAReadLimit, AServerSilentOnTheCommitLeavesTheOutcomeUnknown) {
 
 TEST_P(Driver, WhoGaveTheCommandReadsThatItIsUnknownBeforeTheHostsMessage) {
   prova::PostoEsiti posto(GetParam());
-  posto.banco.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
-  posto.base.Proxy().ScattaAllaSequenza(posto.base.Conferma(), ProxyByte::Momento::PrimaDellaRisposta,
-                                        ProxyByte::Azione::Azzera);
+  posto.banco.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  posto.base.Proxy().StrikeAtSequence(posto.base.Conferma(), ByteProxy::Moment::BeforeTheReply,
+                                      ByteProxy::Action::Reset);
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T SOSPESO /A -H h -D 01 -C C10 -P AB   123 " + posto.base.Opzioni()),
             "error");
-  EXPECT_THAT(posto.banco.host.chiamate, SizeIs(1));
+  EXPECT_THAT(posto.banco.host.calls, SizeIs(1));
   EXPECT_THAT(posto.banco.desktop.box,
               ElementsAre(AllOf(StartsWith("ERRORE: -2147467259\r\n["),
                                 HasSubstr("\r\nLa connessione è caduta mentre si confermavano"),

@@ -1,6 +1,6 @@
 #include "Esiti.hpp"
 #include "RegistroEsiti.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "support/Paths.hpp"
 
 #include <gmock/gmock.h>
@@ -11,8 +11,8 @@
 #include <fstream>
 
 using namespace lumoscad;
-using ado::EsitoTransazione;
-using prova::ProxyByte;
+using ado::TransactionOutcome;
+using prova::ByteProxy;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::Ne;
@@ -103,11 +103,11 @@ TEST_P(Server, MayBeRestartedBetweenTwoCommands) {
 TEST_P(Server, RefusesWhileDownAndAcceptsOnceBack) {
   const auto prima = posto_.base.Tutto();
   Ferma();
-  posto_.base.Proxy().Rifiuta(true);
+  posto_.base.Proxy().Refuse(true);
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "error");
   EXPECT_THAT(posto_.msg.Errore, HasSubstr("la base dati non ne ha registrato nulla. Da allineare: partita"));
   Riavvia();
-  posto_.base.Proxy().Rifiuta(false);
+  posto_.base.Proxy().Refuse(false);
   posto_.base.Riapri();
   const auto tiene = posto_.base.Tutto();
   EXPECT_THAT(tiene, ElementsAreArray(prima));
@@ -138,16 +138,16 @@ TEST(RefusedCommit, ByADeferredConstraintIsNotApplied) {
   try {
     connection->CommitTrans();
     FAIL() << "committed";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), -2147217873);
-    EXPECT_THAT(errore.Descrizione(), HasSubstr("duplicate key"));
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), -2147217873);
+    EXPECT_THAT(errore.Description(), HasSubstr("duplicate key"));
   }
-  EXPECT_EQ(connection->Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection->Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(base.Valore("SELECT COUNT(*) FROM UNA"), "0");
   connection->BeginTrans();
   connection->Execute("INSERT INTO UNA VALUES (1)");
   connection->CommitTrans();
-  EXPECT_EQ(connection->Esito(), EsitoTransazione::Applicata);
+  EXPECT_EQ(connection->Outcome(), TransactionOutcome::Applied);
   EXPECT_EQ(base.Valore("SELECT COUNT(*) FROM UNA"), "1");
 }
 
@@ -165,14 +165,14 @@ TEST(RefusedCommit, ByAServerThatBecameReadOnlyIsNotApplied) {
   try {
     connection.CommitTrans();
     ADD_FAILURE() << "committed";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_THAT(errore.Descrizione(), HasSubstr("--read-only"));
+  } catch (const RuntimeError& errore) {
+    EXPECT_THAT(errore.Description(), HasSubstr("--read-only"));
   }
   base.Esegui("SET GLOBAL read_only=0");
-  EXPECT_EQ(connection.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(base.Valore("SELECT SOSPESA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1"), "N");
   connection.Close();
-  EXPECT_EQ(connection.Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(connection.Outcome(), TransactionOutcome::NotApplied);
   base.Esegui("DROP USER OPERATORE");
 }
 
@@ -190,10 +190,10 @@ TEST(RefusedCommit, ByAReaderOfSqliteIsNotApplied) {
   try {
     scrittore->CommitTrans();
     ADD_FAILURE() << "committed";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_THAT(errore.Descrizione(), HasSubstr("database is locked"));
+  } catch (const RuntimeError& errore) {
+    EXPECT_THAT(errore.Description(), HasSubstr("database is locked"));
   }
-  EXPECT_EQ(scrittore->Esito(), EsitoTransazione::NonApplicata);
+  EXPECT_EQ(scrittore->Outcome(), TransactionOutcome::NotApplied);
   lettore->RollbackTrans();
   EXPECT_EQ(base.Valore("SELECT SOSPESA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1"), "N");
   EXPECT_NO_THROW(scrittore->BeginTrans());

@@ -7,7 +7,7 @@
 #include <tuple>
 
 using namespace lumoscad;
-using prova::ProxyByte;
+using prova::ByteProxy;
 using testing::AllOf;
 using testing::ElementsAreArray;
 using testing::EndsWith;
@@ -44,8 +44,8 @@ class Cuts : public testing::TestWithParam<std::tuple<const char*, const char*>>
   void Prova(const char* punto, const char* frase, const std::vector<std::string>& attesa) {
     const std::string risultato = posto_.Esegui(procedura_);
     EXPECT_EQ(risultato, "error") << punto;
-    EXPECT_TRUE(posto_.base.Proxy().Scattato()) << punto;
-    posto_.base.Proxy().Ripristina();
+    EXPECT_TRUE(posto_.base.Proxy().HasStruck()) << punto;
+    posto_.base.Proxy().Restore();
     EXPECT_THAT(posto_.msg.Errore,
                 AllOf(StartsWith("ERRORE: -2147467259\r\n"), EndsWith("\r\n" + (frase + procedura_.oggetto))))
         << punto;
@@ -56,14 +56,14 @@ class Cuts : public testing::TestWithParam<std::tuple<const char*, const char*>>
     posto_.base.Ripristina();
   }
   void ProvaInOgniModo(const char* punto, const char* frase, const std::vector<std::string>& attesa,
-                       const std::function<void(ProxyByte::Azione)>& arma) {
-    for (const auto azione : {ProxyByte::Azione::Chiudi, ProxyByte::Azione::Azzera}) {
+                       const std::function<void(ByteProxy::Action)>& arma) {
+    for (const auto azione : {ByteProxy::Action::Close, ByteProxy::Action::Reset}) {
       arma(azione);
       Prova(punto, frase, attesa);
     }
   }
-  void AllaSequenza(std::string_view sequenza, ProxyByte::Momento momento, ProxyByte::Azione azione, int volta = 1) {
-    posto_.base.Proxy().ScattaAllaSequenza(sequenza, momento, azione, volta);
+  void AllaSequenza(std::string_view sequenza, ByteProxy::Moment momento, ByteProxy::Action azione, int volta = 1) {
+    posto_.base.Proxy().StrikeAtSequence(sequenza, momento, azione, volta);
   }
 
   prova::PostoEsiti posto_{std::get<0>(GetParam())};
@@ -104,26 +104,26 @@ INSTANTIATE_TEST_SUITE_P(Servers, Cuts,
 TEST_P(Cuts, NeverLeaveAChangeHalfDoneAndNeverCallDoneWhatIsNot) {
   ASSERT_NO_FATAL_FAILURE(Misura());
   ASSERT_GE(istruzioni_, 3);
-  using Momento = ProxyByte::Momento;
+  using Momento = ByteProxy::Moment;
   for (int quale = 1; quale <= istruzioni_; ++quale) {
     ProvaInOgniModo(quale == 1 ? "prima della prima istruzione" : "fra due istruzioni", NonRegistrata, prima_,
-                    [&](ProxyByte::Azione azione) {
-                      posto_.PrimaDellIstruzione(quale, [this, azione] { posto_.base.Proxy().Scatta(azione); });
+                    [&](ByteProxy::Action azione) {
+                      posto_.PrimaDellIstruzione(quale, [this, azione] { posto_.base.Proxy().Strike(azione); });
                     });
   }
-  ProvaInOgniModo("all'inizio della transazione", NonRegistrata, prima_, [&](ProxyByte::Azione azione) {
-    AllaSequenza(posto_.base.Domanda(), Momento::PrimaDelPassaggio, azione);
+  ProvaInOgniModo("all'inizio della transazione", NonRegistrata, prima_, [&](ByteProxy::Action azione) {
+    AllaSequenza(posto_.base.Domanda(), Momento::BeforeItPasses, azione);
   });
-  ProvaInOgniModo("prima di COMMIT", NonRegistrata, prima_, [&](ProxyByte::Azione azione) {
-    AllaSequenza(posto_.base.Domanda(), Momento::PrimaDelPassaggio, azione, 2);
+  ProvaInOgniModo("prima di COMMIT", NonRegistrata, prima_, [&](ByteProxy::Action azione) {
+    AllaSequenza(posto_.base.Domanda(), Momento::BeforeItPasses, azione, 2);
   });
-  ProvaInOgniModo("COMMIT perso per via", NonSiSa, prima_, [&](ProxyByte::Azione azione) {
-    AllaSequenza(posto_.base.Conferma(), Momento::PrimaDelPassaggio, azione);
+  ProvaInOgniModo("COMMIT perso per via", NonSiSa, prima_, [&](ByteProxy::Action azione) {
+    AllaSequenza(posto_.base.Conferma(), Momento::BeforeItPasses, azione);
   });
-  ProvaInOgniModo("risposta a COMMIT persa", NonSiSa, dopo_, [&](ProxyByte::Azione azione) {
-    AllaSequenza(posto_.base.Conferma(), Momento::PrimaDellaRisposta, azione);
+  ProvaInOgniModo("risposta a COMMIT persa", NonSiSa, dopo_, [&](ByteProxy::Action azione) {
+    AllaSequenza(posto_.base.Conferma(), Momento::BeforeTheReply, azione);
   });
-  ProvaInOgniModo("dopo la risposta a COMMIT", NonSiSa, dopo_, [&](ProxyByte::Azione azione) {
-    AllaSequenza(posto_.base.Domanda(), Momento::PrimaDelPassaggio, azione, 3);
+  ProvaInOgniModo("dopo la risposta a COMMIT", NonSiSa, dopo_, [&](ByteProxy::Action azione) {
+    AllaSequenza(posto_.base.Domanda(), Momento::BeforeItPasses, azione, 3);
   });
 }

@@ -1,7 +1,7 @@
 #include "BaseDati.hpp"
 #include "database/db2Searches.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -13,20 +13,20 @@ namespace {
 using testing::ElementsAre;
 
 /// The failure that `ricerca` ends with.
-ErroreRuntime Fallimento(const std::function<std::int32_t()>& ricerca) {
+RuntimeError Fallimento(const std::function<std::int32_t()>& ricerca) {
   try {
     ADD_FAILURE() << "found " << ricerca();
-  } catch (const ErroreRuntime& errore) {
+  } catch (const RuntimeError& errore) {
     return errore;
   }
   return {0, ""};
 }
 
 void AttendiFallimento(const std::function<std::int32_t()>& ricerca, const std::string& testo) {
-  const ErroreRuntime errore = Fallimento(ricerca);
-  EXPECT_EQ(errore.Numero(), -2147220990);
-  EXPECT_EQ(errore.Descrizione(), "");
-  EXPECT_EQ(errore.Sorgente(), testo);
+  const RuntimeError errore = Fallimento(ricerca);
+  EXPECT_EQ(errore.Number(), -2147220990);
+  EXPECT_EQ(errore.Description(), "");
+  EXPECT_EQ(errore.Source(), testo);
 }
 
 class KeySearch : public testing::TestWithParam<const char*> {
@@ -35,14 +35,14 @@ class KeySearch : public testing::TestWithParam<const char*> {
 
   prova::BaseDati base{GetParam(), prova::DatiDiProva()};
   ado::Connection connection;
-  prova::Banco banco;
+  prova::TestBench banco;
 };
 
 INSTANTIATE_TEST_SUITE_P(Databases, KeySearch, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
 
 TEST_P(KeySearch, FindsACompanyLineByItsThreeCodes) {
   EXPECT_EQ(CercaAziendaLinea(connection, "002", " ", " "), 2);
-  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT AZIENDALINEAKEY FROM AZIENDELINEE WHERE "
+  EXPECT_THAT(banco.statements, ElementsAre("SELECT AZIENDALINEAKEY FROM AZIENDELINEE WHERE "
                                             "CODICEAZIENDA=? AND LINEA=? AND SOTTOLINEA=?"));
   AttendiFallimento([&] { return CercaAziendaLinea(connection, "003", " ", " "); }, "AZIENDA INESISTENTE");
   AttendiFallimento([&] { return CercaAziendaLinea(connection, "001", "L", " "); }, "AZIENDA INESISTENTE");
@@ -51,22 +51,22 @@ TEST_P(KeySearch, FindsACompanyLineByItsThreeCodes) {
 TEST_P(KeySearch, FindsAMovementOfOneYear) {
   EXPECT_EQ(CercaMovimento(connection, "1", "N", "2005", "A", "3"), 303);
   EXPECT_EQ(CercaMovimento(connection, "1", "N", "2006", "A", "3"), 304);
-  EXPECT_THAT(banco.istruzioni,
+  EXPECT_THAT(banco.statements,
               testing::Each("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
                             "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=? AND ESERCIZIO=?"));
 }
 
 TEST_P(KeySearch, FindsAMovementOfAnyYear) {
   EXPECT_EQ(CercaMovimento(connection, "1", "N", "#null#", "A", "1"), 301);
-  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
+  EXPECT_THAT(banco.statements, ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
                                             "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?"));
 }
 
 TEST_P(KeySearch, TakesEvenAnEmptyYearAsACondition) {
   AttendiFallimento([&] { return CercaMovimento(connection, "1", "N", "", "A", "1"); },
                     "MOVIMENTO CONTABILE INESISTENTE");
-  ASSERT_EQ(banco.istruzioni.size(), 1U);
-  EXPECT_THAT(banco.istruzioni[0], testing::EndsWith(" AND ESERCIZIO=?"));
+  ASSERT_EQ(banco.statements.size(), 1U);
+  EXPECT_THAT(banco.statements[0], testing::EndsWith(" AND ESERCIZIO=?"));
 }
 
 TEST_P(KeySearch, FailsForAMovementThatIsMissingOrNotTheOnlyOne) {
@@ -91,7 +91,7 @@ TEST_P(KeySearch, OfAListTellsSeriesAndNumberApart) {
 
 TEST_P(KeySearch, FindsAnAccountByItsCode) {
   EXPECT_EQ(CercaContoContabile(connection, "B07"), 107);
-  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? "));
+  EXPECT_THAT(banco.statements, ElementsAre("SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? "));
 }
 
 TEST_P(KeySearch, FailsForAnAccountThatIsMissingOrComesTwice) {
@@ -108,7 +108,7 @@ TEST_P(KeySearch, TakesANegativeKeyForNone) {
 
 TEST_P(KeySearch, FindsAnOpenItemByAccountAndNumber) {
   EXPECT_EQ(CercaPartitaContabile(connection, "103", "2006   3"), 203);
-  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT PARTITACONTABILEKEY FROM PARTITACONTABILE WHERE "
+  EXPECT_THAT(banco.statements, ElementsAre("SELECT PARTITACONTABILEKEY FROM PARTITACONTABILE WHERE "
                                             "CONTOCONTABILE_KEY=? AND NUMEROPARTITA=?"));
   AttendiFallimento([&] { return CercaPartitaContabile(connection, "101", "2006   3"); },
                     "PARTITA CONTABILE INESISTENTE");
@@ -123,7 +123,7 @@ TEST_P(KeySearch, TellsAnAccountsDescriptionOnAConnectionOfItsOwn) {
   MsgAnnulla msg;
   EXPECT_EQ(DescrizioneConto("C01", msg), "ROSSI SRL");
   EXPECT_EQ(msg.Errore, "");
-  EXPECT_THAT(banco.istruzioni, ElementsAre("SELECT DESCRIZIONEVOCE FROM CONTOCONTABILE WHERE CODICECONTO=?"));
+  EXPECT_THAT(banco.statements, ElementsAre("SELECT DESCRIZIONEVOCE FROM CONTOCONTABILE WHERE CODICECONTO=?"));
 }
 
 TEST_P(KeySearch, ReportsAnAccountWithoutDescriptionRow) {
@@ -144,7 +144,7 @@ TEST_P(KeySearch, ReportsAnAccountWhoseCodeComesTwice) {
 
 TEST_P(KeySearch, RaisesADatabaseFailureAsItIs) {
   base.Esegui("DROP TABLE AZIENDELINEE");
-  EXPECT_NE(Fallimento([&] { return CercaAziendaLinea(connection, "001", " ", " "); }).Numero(), -2147220990);
+  EXPECT_NE(Fallimento([&] { return CercaAziendaLinea(connection, "001", " ", " "); }).Number(), -2147220990);
 }
 
 } // namespace

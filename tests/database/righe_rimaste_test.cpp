@@ -1,8 +1,8 @@
 #include "PresuntiDiProva.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -105,7 +105,7 @@ class RowsLeft : public testing::TestWithParam<const char*> {
   }
   [[nodiscard]] std::size_t Domande() const {
     return static_cast<std::size_t>(
-        std::count_if(banco.istruzioni.begin(), banco.istruzioni.end(),
+        std::count_if(banco.statements.begin(), banco.statements.end(),
                       [](const std::string& sql) { return sql.starts_with("SELECT COUNT"); }));
   }
   [[nodiscard]] std::vector<std::string> Banche(const std::string& chiavi) const {
@@ -114,7 +114,7 @@ class RowsLeft : public testing::TestWithParam<const char*> {
   }
 
   prova::BaseDati base{GetParam(), prova::DatiPresunti() + RateDiProva()};
-  prova::Banco banco;
+  prova::TestBench banco;
   MsgAnnulla msg;
 };
 
@@ -245,7 +245,7 @@ TEST_P(RowsLeft, OfADocumentWhoseDeliverySomebodyMovedAreNamed) {
 
 TEST_P(RowsLeftOnAServer, AreNamedWhereSomebodyTakesOneAwayBetweenSelectionAndChange) {
   bool tolta = false;
-  servizi().istruzioneInviata = [&](std::string_view sql) {
+  activeServices().statementSent = [&](std::string_view sql) {
     if (!tolta && sql.starts_with("UPDATE")) {
       tolta = true;
       base.Esegui("DELETE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=101");
@@ -257,7 +257,7 @@ TEST_P(RowsLeftOnAServer, AreNamedWhereSomebodyTakesOneAwayBetweenSelectionAndCh
 
 TEST_P(RowsLeftOnAServer, AreNotNamedWhereSomebodyMakesTheSameChangeBetweenSelectionAndChange) {
   bool fatta = false;
-  servizi().istruzioneInviata = [&](std::string_view sql) {
+  activeServices().statementSent = [&](std::string_view sql) {
     if (!fatta && sql.starts_with("UPDATE")) {
       fatta = true;
       Altro("BANCAPRESENTAZIONE_KEY=107", "101");
@@ -280,7 +280,7 @@ TEST_P(RowsLeft, OfTwoEqualDeliveriesAreChangedByTheFirst) {
     EXPECT_THAT(base.Righe(consegne), ElementsAre("2006-03-11", "2006-03-11", "2006-03-20")) << origine;
     EXPECT_EQ(Domande(), 0U) << origine;
     EXPECT_THAT(RimasteConsegna({v}), ElementsAre(documento)) << "another confirmation knows nothing of this one";
-    banco.istruzioni.clear();
+    banco.statements.clear();
   }
 }
 
@@ -342,7 +342,7 @@ constexpr const char* frase = "L'host ha registrato la modifica; nella base dati
 class CommandWithRowsLeft : public RowsLeft {
  protected:
   CommandWithRowsLeft() {
-    banco.host.guasto = [this](const std::string& operazione) {
+    banco.host.fault = [this](const std::string& operazione) {
       if (operazione == "Cancella /tmp/VBCREDITI" || operazione == "Cancella /tmp/VBPRESUNTI") {
         boxAlRilascio = banco.desktop.box.size();
       }
@@ -354,10 +354,10 @@ class CommandWithRowsLeft : public RowsLeft {
   }
   /// Types `nuovo` into the column `colonna` of every row, lets somebody else do `altro`, and confirms.
   void Recita(int colonna, const char* nuovo, std::function<void()> altro) {
-    banco.desktop.copioni.emplace_back([=](FinestraElenco& finestra) {
+    banco.desktop.scripts.emplace_back([=](ListWindow& finestra) {
       int x = 1;
       for (int i = 0; i < colonna; ++i) {
-        x += finestra.Description().colonne[static_cast<std::size_t>(i)].larghezza;
+        x += finestra.Description().columns[static_cast<std::size_t>(i)].width;
       }
       for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
         finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
@@ -377,13 +377,13 @@ class CommandWithRowsLeft : public RowsLeft {
 INSTANTIATE_TEST_SUITE_P(Databases, CommandWithRowsLeft, testing::Values("postgres"), prova::NomeDelGenere);
 
 TEST_P(CommandWithRowsLeft, ShowsThemInOneBoxAfterTheReleaseAndSucceeds) {
-  banco.host.risposta = "<R><MESSAGGIO>Variate 2 scadenze</MESSAGGIO></R>";
+  banco.host.reply = "<R><MESSAGGIO>Variate 2 scadenze</MESSAGGIO></R>";
   Recita(7, "010406", [this] { Altro("DATASCADENZA='2006-05-05'", "101,102"); });
   EXPECT_EQ(Esegui("BANCA /CREDITI -P 2006   1"), "");
   EXPECT_THAT(banco.desktop.box, ElementsAre("Variate 2 scadenze", frase + rataUno));
-  EXPECT_EQ(banco.desktop.titoli.back(), "LumoScad");
+  EXPECT_EQ(banco.desktop.titles.back(), "LumoScad");
   EXPECT_EQ(boxAlRilascio, 1U) << "the list was still taken";
-  EXPECT_EQ(banco.desktop.puntatori.back(), Puntatore::Predefinito);
+  EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);
   EXPECT_EQ(base.Righe("SELECT DATASCADENZA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=103"),
             std::vector<std::string>{"2006-04-01"});
 }

@@ -2,7 +2,7 @@
 #include "handlers/ModuloMain.hpp"
 #include "host/RichiestaScadenze.hpp"
 #include "host/Risposte.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/FormLumoScad.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 
@@ -50,11 +50,11 @@ class ItemScreenOnADatabase : public prova::BaseDelleAzioni {
   }
   /// "Conferma" in the window of the open item.
   std::string ConfermaScad() {
-    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.PictureOk_Click(); });
+    banco_.desktop.itemScripts.emplace_back([](SingleItemWindow& finestra) { finestra.PictureOk_Click(); });
     return form.VisualizzaScad();
   }
   std::string ConfermaExtra() {
-    banco_.desktop.copioniScadenzario.emplace_back([](FinestraScadenzario& finestra) { finestra.PictureOk_Click(); });
+    banco_.desktop.itemScripts.emplace_back([](SingleItemWindow& finestra) { finestra.PictureOk_Click(); });
     return form.VisualizzaExtra();
   }
 
@@ -76,9 +76,9 @@ TEST_P(ItemScreenOnADatabase, ConfirmingAnItemSendsTheRequestAndRepeatsItInTheDa
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   NellElenco("30/04/2006", "30/04/2006", "");
   EXPECT_EQ(ConfermaScad(), "");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,AB   123,20060228,20060705\r\n"));
-  ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
-  EXPECT_EQ(banco_.host.chiamate[0][1], "SCRIVISCADENZE");
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C10,AB   123,20060228,20060705\r\n"));
+  ASSERT_THAT(banco_.host.calls, SizeIs(1));
+  EXPECT_EQ(banco_.host.calls[0][1], "SCRIVISCADENZE");
   CambiatoCome("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05' WHERE EVENTOCONTABILEKEY IN (1,4)");
 }
 
@@ -111,8 +111,8 @@ TEST_P(ItemScreenOnADatabase, ARequestThatIsTooLongComesOutAsAnError) {
   try {
     static_cast<void>(ConfermaScad());
     FAIL() << "nessun errore";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), errori::IndiceNonValido);
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), errors::SubscriptOutOfRange);
   }
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   NienteCambiato();
@@ -120,14 +120,14 @@ TEST_P(ItemScreenOnADatabase, ARequestThatIsTooLongComesOutAsAnError) {
 
 TEST_P(ItemScreenOnADatabase, ConfirmingAnExtraDeletesTheMovementOnTheHostAndInTheDatabase) {
   EXPECT_EQ(ConfermaExtra(), "");
-  EXPECT_THAT(banco_.host.chiamate, ElementsAre(std::vector<std::string>{"01", "EXTRADEL", "A", "2006", "15", ""}));
-  EXPECT_THAT(banco_.desktop.attese, SizeIs(1));
+  EXPECT_THAT(banco_.host.calls, ElementsAre(std::vector<std::string>{"01", "EXTRADEL", "A", "2006", "15", ""}));
+  EXPECT_THAT(banco_.desktop.waits, SizeIs(1));
   EXPECT_THAT(base_.Righe("SELECT COUNT(*) FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=2000"), ElementsAre("0"));
   EXPECT_THAT(base_.Righe("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE MOVIMENTOKEY=2000"), ElementsAre("0"));
 }
 
 TEST_P(ItemScreenOnADatabase, ARefusalOfTheHostIsAnErrorAndIsShown) {
-  banco_.host.risposta = "<R><ERRORE>Movimento bloccato</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>Movimento bloccato</ERRORE></R>";
   EXPECT_EQ(ConfermaExtra(), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Movimento bloccato"));
   NienteCambiato();
@@ -135,7 +135,7 @@ TEST_P(ItemScreenOnADatabase, ARefusalOfTheHostIsAnErrorAndIsShown) {
 
 TEST_P(ItemScreenOnADatabase, InADemonstrationTheConfirmationComesAfterTheWindowAndHasTheSameOutcome) {
   stato().DemoPresunti = true;
-  banco_.desktop.copioniScadenzario.emplace_back([this](FinestraScadenzario& finestra) {
+  banco_.desktop.itemScripts.emplace_back([this](SingleItemWindow& finestra) {
     finestra.PictureOk_Click();
     EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   });
@@ -146,8 +146,8 @@ TEST_P(ItemScreenOnADatabase, InADemonstrationTheConfirmationComesAfterTheWindow
 TEST_P(ItemScreenOnADatabase, AnnullaSendsNothing) {
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   for (int volta = 0; volta < 2; ++volta) {
-    banco_.desktop.copioniScadenzario.emplace_back(
-        [](FinestraScadenzario& finestra) { finestra.Elenco().PictureAnnulla_Click(); });
+    banco_.desktop.itemScripts.emplace_back(
+        [](SingleItemWindow& finestra) { finestra.Elenco().PictureAnnulla_Click(); });
   }
   EXPECT_EQ(form.VisualizzaScad(), "closed");
   EXPECT_EQ(form.VisualizzaExtra(), "closed");

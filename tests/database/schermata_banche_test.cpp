@@ -116,20 +116,20 @@ TEST_P(BankScreenLoad, KeepsInstalmentsOfOneItemAndDateApart) {
 
 TEST_P(BankScreenLoad, LetsEventsRunOnceARecord) {
   static_cast<void>(Mostra());
-  EXPECT_EQ(banco.desktop.respiri, 5U); // four rows and the one skipped
+  EXPECT_EQ(banco.desktop.breaths, 5U); // four rows and the one skipped
 }
 
 TEST_P(BankScreenLoad, LeavesTheHeaderOfCustomerAndItemBlank) {
   static_cast<void>(Mostra([this] {
     std::vector<std::string> nomi;
-    for (const EtichettaElenco& etichetta : finestra->Description().etichette) {
-      nomi.push_back(etichetta.nome);
-      EXPECT_EQ(etichetta.testo, "");
+    for (const ListLabel& etichetta : finestra->Description().labels) {
+      nomi.push_back(etichetta.name);
+      EXPECT_EQ(etichetta.text, "");
     }
     EXPECT_THAT(nomi, ElementsAre("lblClienteFornitore", "lblClienteFornitoreValue", "lblPartitaMovimento",
                                   "lblPartitaMovimentoValue"));
-    EXPECT_EQ(finestra->Description().campoData, "Nuova scadenza");
-    EXPECT_EQ(finestra->Description().campoBanca, "Nuova banca");
+    EXPECT_EQ(finestra->Description().dateField, "Nuova scadenza");
+    EXPECT_EQ(finestra->Description().bankField, "Nuova banca");
   }));
 }
 
@@ -139,7 +139,7 @@ TEST_P(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
   EXPECT_EQ(Fallimento([&] {
               mostrata = true;
               EXPECT_EQ(righe.Quante(), 0U);
-              EXPECT_EQ(finestra->Description().banche.size(), 3U);
+              EXPECT_EQ(finestra->Description().banks.size(), 3U);
             }),
             "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
   EXPECT_TRUE(mostrata);
@@ -158,23 +158,23 @@ TEST_P(BankScreenOddDate, KeepsTheRowsReadBeforeIt) {
 
 TEST_P(BankScreenLoad, RaisesAFailureOfTheConnectionOnceTheScreenHasClosed) {
   stato().ComandoCorrente = "BANCA /CREDITI";
-  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->Description().banche, std::vector<std::string>{" "}); }),
+  EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->Description().banks, std::vector<std::string>{" "}); }),
               StartsWith("ERRORE: -"));
-  EXPECT_EQ(banco.desktop.finestre, 1U);
+  EXPECT_EQ(banco.desktop.windows, 1U);
 }
 
 TEST_P(BankScreenLoad, RaisesAFailureOfTheStatement) {
   procedureLumoDB2::FiltroScadenze filtro;
   filtro.parConto = "D'ARCO";
-  EXPECT_THROW(static_cast<void>(Mostra({}, filtro)), ErroreRuntime);
-  EXPECT_EQ(banco.desktop.finestre, 1U);
+  EXPECT_THROW(static_cast<void>(Mostra({}, filtro)), RuntimeError);
+  EXPECT_EQ(banco.desktop.windows, 1U);
 }
 
 TEST_P(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
   static_cast<void>(Mostra([this] {
-    EXPECT_THAT(finestra->Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
-    EXPECT_EQ(finestra->Description().bancheCella, finestra->Description().banche);
-    EXPECT_EQ(finestra->Stato().indiceBanca, 0);
+    EXPECT_THAT(finestra->Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(finestra->Description().cellBanks, finestra->Description().banks);
+    EXPECT_EQ(finestra->Stato().bankIndex, 0);
   }));
 }
 
@@ -184,7 +184,7 @@ TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
   std::vector<std::string> voci;
   std::size_t quante = 0;
   const std::string testo = Fallimento([&] {
-    voci = finestra->Description().banche;
+    voci = finestra->Description().banks;
     quante = righe.Quante();
   });
   EXPECT_THAT(testo, StartsWith("ERRORE: 457\r\n"));
@@ -195,13 +195,13 @@ TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
 TEST_P(BankScreenBanks, ThatCouldNotAllBeListedDoNotKeepBackWhatWasConfirmed) {
   base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'b07','BANCA BIS','06',NULL,'N')");
-  banco.desktop.copioni.emplace_back([this](FinestraElenco& aperta) {
+  banco.desktop.scripts.emplace_back([this](ListWindow& aperta) {
     finestra = &aperta;
     ScriviData(Riga("04/03/2006"), "010406");
     finestra->PictureOk_Click();
   });
   VariazioniCanalizzazione variazioni;
-  EXPECT_THROW(schermata.VisualizzaScadenzeBanche("001", SoloCrediti(), variazioni), ErroreRuntime);
+  EXPECT_THROW(schermata.VisualizzaScadenzeBanche("001", SoloCrediti(), variazioni), RuntimeError);
   ASSERT_EQ(variazioni.size(), 1U);
   EXPECT_EQ(variazioni[0].NuovaScadenza, "01/04/2006");
 }
@@ -241,7 +241,7 @@ TEST_P(BankScreenBanks, ThatAreNotOfferedAreRemovedByLeavingTheEditorOnTheBlankE
     const auto riga = Riga("01/04/2006");
     ASSERT_EQ(righe.Testo(riga, Schermata::Banca), "BANCA CHIUSA");
     Clic(riga, Schermata::NuovaBanca);
-    EXPECT_EQ(finestra->Stato().banca.indice, 0);
+    EXPECT_EQ(finestra->Stato().bank.index, 0);
     finestra->cmbBanche2_LostFocus();
     EXPECT_EQ(NuovaBanca(riga), "ANNULLA|#null#|x");
   }));
@@ -252,7 +252,7 @@ TEST_P(BankScreenBanks, OpenOnTheRowsPresentChoice) {
     const auto riga = Riga("05/03/2006");
     ScegliBanca(riga, 1);
     Clic(riga, Schermata::NuovaBanca);
-    EXPECT_EQ(finestra->Stato().banca.indice, 1);
+    EXPECT_EQ(finestra->Stato().bank.index, 1);
   }));
 }
 

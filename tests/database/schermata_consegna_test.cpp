@@ -36,7 +36,7 @@ TEST_P(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
 TEST_P(DeliveryScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   std::vector<std::string> durante;
   schermata.griglia().Tag = "CONSEGNA"; // of an earlier showing
-  servizi().istruzioneInviata = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  activeServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "CONSEGNA");
     EXPECT_EQ(schermata.griglia().Modo, "CONSEGNA");
@@ -46,18 +46,18 @@ TEST_P(DeliveryScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
 
 TEST_P(DeliveryScreen, DescribesItsWindow) {
   Mostra([this] {
-    EXPECT_EQ(finestra->Description().nome, "FormConsegna");
-    EXPECT_EQ(finestra->Description().nomeLista, "LVScadenzePresunti");
-    EXPECT_EQ(finestra->Description().carattere, "Verdana");
-    EXPECT_EQ(finestra->Description().campoData, "Nuova consegna");
-    EXPECT_FALSE(finestra->Description().campoBanca.has_value());
+    EXPECT_EQ(finestra->Description().name, "FormConsegna");
+    EXPECT_EQ(finestra->Description().listName, "LVScadenzePresunti");
+    EXPECT_EQ(finestra->Description().fontName, "Verdana");
+    EXPECT_EQ(finestra->Description().dateField, "Nuova consegna");
+    EXPECT_FALSE(finestra->Description().bankField.has_value());
     std::vector<std::string> testate;
-    for (const TestataElenco& testata : finestra->Description().testate) {
-      testate.push_back(testata.testo);
+    for (const ListHeading& testata : finestra->Description().headings) {
+      testate.push_back(testata.text);
     }
     EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Consegna prevista", "Divisa", "Fatturato", "Fatturato Euro"));
-    EXPECT_EQ(finestra->Description().colonne[FormConsegna::NuovaConsegna].chiave, "KNuovaScadenza");
-    EXPECT_EQ(finestra->Description().colonne[FormConsegna::NuovaConsegna].intestazione, "Nuova Consegna");
+    EXPECT_EQ(finestra->Description().columns[FormConsegna::NuovaConsegna].key, "KNuovaScadenza");
+    EXPECT_EQ(finestra->Description().columns[FormConsegna::NuovaConsegna].headingText, "Nuova Consegna");
   });
 }
 
@@ -200,7 +200,7 @@ TEST_P(DeliveryScreen, ATickGivesTheRowTheTopDateNormalised) {
     finestra->TextScadenza_Change("1/5/06");
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
     EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "01/05/2006|x");
-    EXPECT_EQ(finestra->Stato().testoScadenza, "01/05/2006");
+    EXPECT_EQ(finestra->Stato().dueDateText, "01/05/2006");
     EXPECT_EQ(Nuova(Riga("AB123/06", "EUR", "50,00")), "|") << "the other rows of the document stay";
     Clic(Riga("AB123/06", "USD"), FormConsegna::Radio);
     EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "|");
@@ -223,7 +223,7 @@ TEST_P(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
     Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
     finestra->TextScad_Change("020506");
     finestra->TextScadenza_Click();
-    EXPECT_FALSE(finestra->Stato().data.visibile);
+    EXPECT_FALSE(finestra->Stato().data.visible);
     EXPECT_EQ(Nuova(Riga("AB124/06")), "02/05/2006|");
     EXPECT_EQ(Nuova(Riga("AB123/06", "USD")), "01/05/2006|");
   });
@@ -232,11 +232,10 @@ TEST_P(DeliveryScreen, AClickInTheTopDateTakesAllTicksOff) {
 TEST_P(DeliveryScreen, TheEditorLiesOverTheNewDateCell) {
   Mostra([this] {
     Clic(Riga("AB124/06"), FormConsegna::NuovaConsegna);
-    EXPECT_TRUE(finestra->Stato().data.visibile);
-    EXPECT_EQ(finestra->Stato().data.larghezza,
-              finestra->Description().colonne[FormConsegna::NuovaConsegna].larghezza - 60);
+    EXPECT_TRUE(finestra->Stato().data.visible);
+    EXPECT_EQ(finestra->Stato().data.width, finestra->Description().columns[FormConsegna::NuovaConsegna].width - 60);
     Clic(Riga("AB124/06"), FormConsegna::Divisa);
-    EXPECT_FALSE(finestra->Stato().data.visibile);
+    EXPECT_FALSE(finestra->Stato().data.visible);
   });
 }
 
@@ -273,7 +272,7 @@ TEST_P(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   filtro.parSerie = "ZZ";
   EXPECT_EQ(Fallimento([this] { EXPECT_EQ(finestra->RowCount(), 0U); }),
             "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE");
-  EXPECT_EQ(banco.desktop.finestre, 1U);
+  EXPECT_EQ(banco.desktop.windows, 1U);
 }
 
 TEST_P(DeliveryScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn) {

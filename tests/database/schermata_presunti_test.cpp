@@ -47,7 +47,7 @@ TEST_P(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
 TEST_P(PresumedScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   std::vector<std::string> durante;
   schermata.griglia().Tag = "PRESUNTI"; // of an earlier showing
-  servizi().istruzioneInviata = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  activeServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "PRESUNTI");
     EXPECT_EQ(schermata.griglia().Modo, "PRESUNTI");
@@ -57,20 +57,20 @@ TEST_P(PresumedScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
 
 TEST_P(PresumedScreen, DescribesItsWindow) {
   Mostra([this] {
-    EXPECT_EQ(finestra->Description().nome, "FormPresunti");
-    EXPECT_EQ(finestra->Description().nomeLista, "LVPresunti");
-    EXPECT_EQ(finestra->Description().carattere, "Arial");
-    EXPECT_EQ(finestra->Description().campoBanca, "Nuova banca");
-    EXPECT_FALSE(finestra->Description().campoData.has_value());
+    EXPECT_EQ(finestra->Description().name, "FormPresunti");
+    EXPECT_EQ(finestra->Description().listName, "LVPresunti");
+    EXPECT_EQ(finestra->Description().fontName, "Arial");
+    EXPECT_EQ(finestra->Description().bankField, "Nuova banca");
+    EXPECT_FALSE(finestra->Description().dateField.has_value());
     std::vector<std::string> testate;
-    for (const TestataElenco& testata : finestra->Description().testate) {
-      testate.push_back(testata.testo);
+    for (const ListHeading& testata : finestra->Description().headings) {
+      testate.push_back(testata.text);
     }
     EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Cons. prevista", "Divisa", "Fatturato", "Banca"));
-    EXPECT_EQ(finestra->Description().colonne[FormPresunti::Radio].chiave, "Kradio");
-    EXPECT_EQ(finestra->Description().colonne[FormPresunti::NuovaBanca].intestazione, "Nuova Banca");
-    EXPECT_THAT(finestra->Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
-    EXPECT_EQ(finestra->Description().bancheCella, finestra->Description().banche);
+    EXPECT_EQ(finestra->Description().columns[FormPresunti::Radio].key, "Kradio");
+    EXPECT_EQ(finestra->Description().columns[FormPresunti::NuovaBanca].headingText, "Nuova Banca");
+    EXPECT_THAT(finestra->Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
+    EXPECT_EQ(finestra->Description().cellBanks, finestra->Description().banks);
   });
 }
 
@@ -105,7 +105,7 @@ TEST_P(PresumedScreen, NothingToInvoiceIsNotListedButOneCentIs) {
 
 TEST_P(PresumedScreen, TheMovementIsLookedUpOnceADocument) {
   Mostra();
-  const auto ricerche = std::count_if(banco.istruzioni.begin(), banco.istruzioni.end(), [](const std::string& sql) {
+  const auto ricerche = std::count_if(banco.statements.begin(), banco.statements.end(), [](const std::string& sql) {
     return sql.starts_with("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE");
   });
   EXPECT_EQ(ricerche, 4) << "six rows, four documents";
@@ -113,7 +113,7 @@ TEST_P(PresumedScreen, TheMovementIsLookedUpOnceADocument) {
 
 TEST_P(PresumedScreen, YieldsToTheWindowOnceARow) {
   Mostra();
-  EXPECT_EQ(banco.desktop.respiri, 7U) << "the skipped row included";
+  EXPECT_EQ(banco.desktop.breaths, 7U) << "the skipped row included";
 }
 
 TEST_P(PresumedScreen, ABankChosenForOneRowShowsOnAllRowsOfTheDocument) {
@@ -237,13 +237,12 @@ TEST_P(PresumedScreen, AChoiceInTheTopFieldGoesToTheSelectedRowWithoutATick) {
 TEST_P(PresumedScreen, TheEditorOpensOnTheNewBankAndOnTheBlankWithoutOne) {
   Mostra([this] {
     Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
-    EXPECT_EQ(finestra->Stato().banca.indice, 0);
+    EXPECT_EQ(finestra->Stato().bank.index, 0);
     finestra->cmbBanche2_Click(2);
     Clic(Riga("CD5/06", "CHF"), FormPresunti::Conto);
     Clic(Riga("CD5/06", "CHF"), FormPresunti::NuovaBanca);
-    EXPECT_EQ(finestra->Stato().banca.indice, 2);
-    EXPECT_EQ(finestra->Stato().banca.larghezza,
-              finestra->Description().colonne[FormPresunti::NuovaBanca].larghezza - 60);
+    EXPECT_EQ(finestra->Stato().bank.index, 2);
+    EXPECT_EQ(finestra->Stato().bank.width, finestra->Description().columns[FormPresunti::NuovaBanca].width - 60);
   });
 }
 
@@ -266,7 +265,7 @@ TEST_P(PresumedScreen, ABankCodeThatComesTwiceIsListedTwice) {
   base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (120,'B07','BANCA GAMMA','06',NULL,'N')");
   Mostra([this] {
-    EXPECT_THAT(finestra->Description().banche, ElementsAre(" ", "BANCA ALFA", "BANCA BETA", "BANCA GAMMA"));
+    EXPECT_THAT(finestra->Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA", "BANCA GAMMA"));
   });
 }
 
@@ -290,7 +289,7 @@ TEST_P(PresumedScreen, SortsByAccountDocumentDateAndNewBankOnly) {
     for (const int immobile : {4, 5}) {
       finestra->TLwTestata_Click(immobile);
       EXPECT_EQ(InOrdine(FormPresunti::ConsegnaPrevista), perData) << immobile;
-      EXPECT_EQ(finestra->Stato().testataOrdinata, 3);
+      EXPECT_EQ(finestra->Stato().sortedHeading, 3);
     }
     ScegliBanca(Riga("EF/06"), 1);
     ScegliBanca(Riga("CD5/06", "CHF"), 2);
@@ -345,19 +344,19 @@ TEST_P(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
   EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
   griglia.Righe.ImpostaTag(0, FormPresunti::NuovaBanca, "B06");
   griglia.PictureOk_Click();
-  EXPECT_TRUE(griglia.Stato().scaricata);
+  EXPECT_TRUE(griglia.Stato().unloaded);
 }
 
 TEST_P(PresumedScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
   stato().ComandoCorrente = "BANCA /PRESUNTI -DB2SOURCE NESSUNA";
   EXPECT_THAT(Fallimento([this] { EXPECT_EQ(finestra->RowCount(), 0U); }), testing::StartsWith("ERRORE: "));
-  EXPECT_EQ(banco.desktop.finestre, 1U);
+  EXPECT_EQ(banco.desktop.windows, 1U);
 }
 
 TEST_P(PresumedScreen, AnUnknownCompanyIsRaisedAfterTheWindowWasShown) {
   base.Esegui("DELETE FROM AZIENDELINEE");
   EXPECT_EQ(Fallimento(), "ERRORE: -2147220990\r\nAZIENDA INESISTENTE");
-  EXPECT_EQ(banco.desktop.finestre, 1U);
+  EXPECT_EQ(banco.desktop.windows, 1U);
 }
 
 TEST_P(PresumedScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn) {

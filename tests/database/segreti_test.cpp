@@ -6,14 +6,14 @@
 #include "database/procedureLumoDB2.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/ado/Diagnostics.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <cctype>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 using namespace lumoscad;
-using ado::interno::senzaPassword;
+using ado::detail::withoutPassword;
 using testing::Each;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -51,8 +51,8 @@ INSTANTIATE_TEST_SUITE_P(Password, PasswordAsSchema,
 TEST_P(PasswordAsSchema, AppearsInNoMessage) {
   const std::string password = GetParam();
   const prova::BaseDati base("sqlite", "");
-  prova::Banco banco;
-  banco.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  prova::TestBench banco;
+  banco.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   const std::string opzioni = base.Opzioni() + " -DB2USER ada -DB2PASS " + password;
   ASSERT_EQ(moduloDatabase::LeggiParametriDB2(opzioni).Schema, password);
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + opzioni), "error");
@@ -61,7 +61,7 @@ TEST_P(PasswordAsSchema, AppearsInNoMessage) {
   for (const std::string& box : banco.desktop.box) {
     EXPECT_FALSE(Rivela(box, password)) << box;
   }
-  for (const auto& parametri : banco.host.chiamate) {
+  for (const auto& parametri : banco.host.calls) {
     EXPECT_THAT(parametri, Each(Not(HasSubstr(password))));
   }
   EXPECT_THAT(banco.host.operazioni, Each(Not(HasSubstr(password))));
@@ -69,7 +69,7 @@ TEST_P(PasswordAsSchema, AppearsInNoMessage) {
 
 TEST(Password, OfAServerDoesNotAppearWhereItServesAsSchema) {
   const prova::BaseDati base("postgres", "");
-  const prova::Banco banco;
+  const prova::TestBench banco;
   const auto parametri = moduloDatabase::LeggiParametriDB2(base.Opzioni());
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + base.Opzioni()), "error");
   ASSERT_THAT(banco.desktop.box, SizeIs(1));
@@ -77,26 +77,26 @@ TEST(Password, OfAServerDoesNotAppearWhereItServesAsSchema) {
 }
 
 TEST(Password, IsBlottedOutWholeAndInPieces) {
-  EXPECT_EQ(senzaPassword("relation \"segreta9.errore\" does not exist", "Segreta9"),
+  EXPECT_EQ(withoutPassword("relation \"segreta9.errore\" does not exist", "Segreta9"),
             "relation \"***.errore\" does not exist");
-  EXPECT_EQ(senzaPassword("at or near \"eta9\"", "12segreta9"), "at or near \"***\"");
-  EXPECT_EQ(senzaPassword("SEGRETA9SEGRETA9", "segreta9"), "******");
-  EXPECT_EQ(senzaPassword("x abc y", "abc"), "x *** y") << "una password breve si cancella intera";
-  EXPECT_EQ(senzaPassword("x ab y", "abc"), "x ab y");
-  EXPECT_EQ(senzaPassword("niente di segreto qui", "Zz91kk"), "niente di segreto qui");
-  EXPECT_EQ(senzaPassword("testo", ""), "testo");
-  EXPECT_EQ(senzaPassword("", "Segreta9"), "");
+  EXPECT_EQ(withoutPassword("at or near \"eta9\"", "12segreta9"), "at or near \"***\"");
+  EXPECT_EQ(withoutPassword("SEGRETA9SEGRETA9", "segreta9"), "******");
+  EXPECT_EQ(withoutPassword("x abc y", "abc"), "x *** y") << "una password breve si cancella intera";
+  EXPECT_EQ(withoutPassword("x ab y", "abc"), "x ab y");
+  EXPECT_EQ(withoutPassword("niente di segreto qui", "Zz91kk"), "niente di segreto qui");
+  EXPECT_EQ(withoutPassword("testo", ""), "testo");
+  EXPECT_EQ(withoutPassword("", "Segreta9"), "");
 }
 
 TEST(Password, OfOneLetterIsNotBlottedOut) {
-  EXPECT_EQ(senzaPassword("la data della base dati", "a"), "la data della base dati");
-  EXPECT_EQ(senzaPassword("così è, perché è", "è"), "così è, perché è");
-  EXPECT_EQ(senzaPassword("la password ab di prima", "ab"), "la password *** di prima");
+  EXPECT_EQ(withoutPassword("la data della base dati", "a"), "la data della base dati");
+  EXPECT_EQ(withoutPassword("così è, perché è", "è"), "così è, perché è");
+  EXPECT_EQ(withoutPassword("la password ab di prima", "ab"), "la password *** di prima");
 }
 
 TEST(Password, WithAccentsIsBlottedOutInAnyCaseAndLeavesWholeCharacters) {
-  EXPECT_EQ(senzaPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
+  EXPECT_EQ(withoutPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
   // The characters share their first byte: what is left begins and ends with whole ones.
-  EXPECT_EQ(senzaPassword("abcdè", "abcdé"), "***è");
-  EXPECT_EQ(senzaPassword("éabcd", "èabcd"), "é***");
+  EXPECT_EQ(withoutPassword("abcdè", "abcdé"), "***è");
+  EXPECT_EQ(withoutPassword("éabcd", "èabcd"), "é***");
 }

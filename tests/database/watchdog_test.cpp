@@ -16,7 +16,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 namespace {
 
 using std::chrono::milliseconds;
@@ -200,4 +200,4 @@ TEST(Watchdog, LetsAForkedChildEndAndStaysWithItsParent) {
   EXPECT_TRUE(watchdog->struck());
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

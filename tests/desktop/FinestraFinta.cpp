@@ -1,6 +1,6 @@
 #include "FinestraFinta.hpp"
 
-#include "platform/qt/FinestraElencoQt.hpp"
+#include "platform/qt/ListWindowQt.hpp"
 
 #include <QApplication>
 #include <QTest>
@@ -17,7 +17,7 @@ namespace lumoscad::prova {
 
 namespace {
 
-using Genere = ColonnaElenco::Genere;
+using Genere = ListColumn::Kind;
 
 constexpr std::array Clienti{"Rossi Ferramenta S.n.c.", "Oleificio Santa Chiara", "Bianchi & Figli S.r.l.",
                              "Cooperativa Agricola Val d'Orcia", "Tipografia Moretti"};
@@ -33,38 +33,38 @@ std::string Data(std::size_t riga, std::size_t mesi) {
 } // namespace
 
 FinestraFinta::FinestraFinta(std::size_t quante) : righe(quante) {
-  description.nome = "frmLumoScadenzeBanche";
-  description.titolo = "Scadenze";
-  description.nomeLista = "LVScadenzeBanche";
-  description.carattere = "Verdana";
-  description.carattereTestate = "Verdana";
-  description.campoData = "Nuova scadenza";
-  description.campoBanca = "Nuova banca";
-  description.etichette = {{"lblClienteFornitore", ""}, {"lblClienteFornitoreValue", ""}};
-  description.banche = {" ", "Banca del Garda", "Cassa di Risparmio della Lunigiana", "Credito Tirreno"};
-  description.bancheCella = description.banche;
+  description.name = "frmLumoScadenzeBanche";
+  description.title = "Scadenze";
+  description.listName = "LVScadenzeBanche";
+  description.fontName = "Verdana";
+  description.headingFont = "Verdana";
+  description.dateField = "Nuova scadenza";
+  description.bankField = "Nuova banca";
+  description.labels = {{"lblClienteFornitore", ""}, {"lblClienteFornitoreValue", ""}};
+  description.banks = {" ", "Banca del Garda", "Cassa di Risparmio della Lunigiana", "Credito Tirreno"};
+  description.cellBanks = description.banks;
   Colonne();
-  stato.larghezzaLista = Inizio(12) + 50;
-  stato.larghezzaQuadro = Inizio(12) + 100;
-  stato.altezzaLista = static_cast<int>(std::min<std::size_t>(righe, 20)) * 240;
+  stato.listWidth = Inizio(12) + 50;
+  stato.pictureWidth = Inizio(12) + 100;
+  stato.listHeight = static_cast<int>(std::min<std::size_t>(righe, 20)) * 240;
 }
 
 void FinestraFinta::Colonne() {
-  description.colonne = {{"KConto", "Conto", 3000, Genere::Testo},
-                         {"KPartita", "Partita", 1200, Genere::Testo},
-                         {"KScadenza", "Scadenza", 1350, Genere::Testo},
-                         {"KScadenzaOrig", "Scad. orig.", 1350, Genere::Testo},
-                         {"KBanca", "Banca", 2550, Genere::Testo},
-                         {"KImporto", "Importo", 1350, Genere::Importo},
-                         {"KRadio1", "", 375, Genere::Spunta},
-                         {"KNuovaScadenza", "Nuova Scad", 1350, Genere::EditorData, 2},
-                         {"KNumeroRata1", "NumeroRata", 0, Genere::Testo},
-                         {"KRadio2", "", 375, Genere::Spunta},
-                         {"KNuovaBanca", "NuovaBanca", 2550, Genere::EditorBanca, 4},
-                         {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Testo}};
-  description.testate = {{1, "Conto", 0, 0, 0, 3000, true},       {2, "Partita", 1, 1, 3000, 1200, true},
-                         {5, "Scadenza", 2, 2, 4200, 1350, true}, {3, "Scad Orig.", 3, 3, 5550, 1350, false},
-                         {6, "Banca", 4, 4, 6900, 2550, true},    {4, "Importo", 5, 5, 9450, 1350, false}};
+  description.columns = {{"KConto", "Conto", 3000, Genere::Text},
+                         {"KPartita", "Partita", 1200, Genere::Text},
+                         {"KScadenza", "Scadenza", 1350, Genere::Text},
+                         {"KScadenzaOrig", "Scad. orig.", 1350, Genere::Text},
+                         {"KBanca", "Banca", 2550, Genere::Text},
+                         {"KImporto", "Importo", 1350, Genere::Amount},
+                         {"KRadio1", "", 375, Genere::Tick},
+                         {"KNuovaScadenza", "Nuova Scad", 1350, Genere::DateEditor, 2},
+                         {"KNumeroRata1", "NumeroRata", 0, Genere::Text},
+                         {"KRadio2", "", 375, Genere::Tick},
+                         {"KNuovaBanca", "NuovaBanca", 2550, Genere::BankEditor, 4},
+                         {"KScadenzaOrdinaData", "ScadenzaOrdinaData", 0, Genere::Text}};
+  description.headings = {{1, "Conto", 0, 0, 0, 3000, true},       {2, "Partita", 1, 1, 3000, 1200, true},
+                          {5, "Scadenza", 2, 2, 4200, 1350, true}, {3, "Scad Orig.", 3, 3, 5550, 1350, false},
+                          {6, "Banca", 4, 4, 6900, 2550, true},    {4, "Importo", 5, 5, 9450, 1350, false}};
 }
 
 void FinestraFinta::Record(const std::string& gesture, const std::string& value) {
@@ -77,7 +77,7 @@ void FinestraFinta::Record(const std::string& gesture, const std::string& value)
 
 void FinestraFinta::Seleziona(std::ptrdiff_t riga) {
   Record("seleziona", std::to_string(riga));
-  stato.selezionata = riga;
+  stato.selected = riga;
 }
 
 void FinestraFinta::LVScadenze_MouseDown(int x, int /*y*/) {
@@ -91,10 +91,10 @@ void FinestraFinta::LVScadenze_ItemCheck(std::size_t riga) {
 
 void FinestraFinta::TLwTestata_Click(int indice) {
   Record("clicTestata", std::to_string(indice));
-  stato.crescente = stato.testataOrdinata != indice || !stato.crescente;
-  stato.testataOrdinata = indice;
-  inverso = !stato.crescente;
-  ++stato.ordine;
+  stato.ascending = stato.sortedHeading != indice || !stato.ascending;
+  stato.sortedHeading = indice;
+  inverso = !stato.ascending;
+  ++stato.order;
 }
 
 void FinestraFinta::Form_Click() {
@@ -104,27 +104,27 @@ void FinestraFinta::Form_Click() {
 
 void FinestraFinta::PictureOk_Click() {
   Record("conferma");
-  stato.scaricata = true;
+  stato.unloaded = true;
 }
 
 void FinestraFinta::PictureAnnulla_Click() {
   Record("annulla");
-  stato.scaricata = true;
+  stato.unloaded = true;
 }
 
 void FinestraFinta::Form_QueryUnload() {
   Record("chiudi");
-  stato.scaricata = true;
+  stato.unloaded = true;
 }
 
 void FinestraFinta::TextScad_Change(std::string_view testo) {
   Record("testoEditor", std::string(testo));
-  stato.data.testo = testo;
+  stato.data.text = testo;
 }
 
 void FinestraFinta::TextScad_KeyPress(int codice) {
   Record("tastoEditor", std::to_string(codice));
-  nuovaData = stato.data.testo;
+  nuovaData = stato.data.text;
   ChiudiEditor();
 }
 
@@ -134,13 +134,13 @@ void FinestraFinta::TextScad_LostFocus() {
 
 void FinestraFinta::cmbBanche2_Click(int indice) {
   Record("scegliBancaCella", std::to_string(indice));
-  stato.banca.indice = indice;
+  stato.bank.index = indice;
 }
 
 void FinestraFinta::cmbBanche2_LostFocus() {
   Record("perdeFuocoBancaCella");
-  stato.banca.visibile = false;
-  ++stato.contenuto;
+  stato.bank.visible = false;
+  ++stato.content;
 }
 
 void FinestraFinta::AbbandonaEditor() {
@@ -150,7 +150,7 @@ void FinestraFinta::AbbandonaEditor() {
 
 void FinestraFinta::TextScadenza_Change(std::string_view testo) {
   Record("testoScadenza", std::string(testo));
-  stato.testoScadenza = testo;
+  stato.dueDateText = testo;
 }
 
 void FinestraFinta::TextScadenza_Click() {
@@ -163,7 +163,7 @@ void FinestraFinta::TextScadenza_LostFocus() {
 
 void FinestraFinta::cmbBanche_Click(int indice) {
   Record("scegliBanca", std::to_string(indice));
-  stato.indiceBanca = indice;
+  stato.bankIndex = indice;
 }
 
 void FinestraFinta::LVScadenze_Click(int alto) {
@@ -173,33 +173,33 @@ void FinestraFinta::LVScadenze_Click(int alto) {
   while (colonna < 12 && ultimaX >= Inizio(colonna + 1)) {
     ++colonna;
   }
-  const auto riga = static_cast<std::size_t>(stato.selezionata);
+  const auto riga = static_cast<std::size_t>(stato.selected);
   if (colonna == ColonnaSpuntaData || colonna == ColonnaSpuntaBanca) {
     if (spunte.erase({riga, colonna}) == 0) {
       spunte.insert({riga, colonna});
     }
-    ++stato.contenuto;
+    ++stato.content;
   } else if (colonna == ColonnaData) {
-    stato.data.visibile = true;
-    stato.data.posto = stato.selezionata;
-    stato.data.sinistra = Inizio(ColonnaData);
-    stato.data.larghezza = description.colonne[ColonnaData].larghezza - 60;
-    stato.data.testo = std::string(CellText(riga, ColonnaData));
+    stato.data.visible = true;
+    stato.data.place = stato.selected;
+    stato.data.left = Inizio(ColonnaData);
+    stato.data.width = description.columns[ColonnaData].width - 60;
+    stato.data.text = std::string(CellText(riga, ColonnaData));
   } else if (colonna == ColonnaBanca) {
-    stato.banca.visibile = true;
-    stato.banca.posto = stato.selezionata;
-    stato.banca.sinistra = Inizio(ColonnaBanca);
-    stato.banca.larghezza = description.colonne[ColonnaBanca].larghezza - 60;
-    stato.banca.indice = 2;
+    stato.bank.visible = true;
+    stato.bank.place = stato.selected;
+    stato.bank.left = Inizio(ColonnaBanca);
+    stato.bank.width = description.columns[ColonnaBanca].width - 60;
+    stato.bank.index = 2;
   }
-  stato.barretteNascoste = righe > 20 && (stato.data.visibile || stato.banca.visibile);
+  stato.scrollBarsHidden = righe > 20 && (stato.data.visible || stato.bank.visible);
 }
 
 void FinestraFinta::ChiudiEditor() {
-  stato.data.visibile = false;
-  stato.banca.visibile = false;
-  stato.barretteNascoste = false;
-  ++stato.contenuto;
+  stato.data.visible = false;
+  stato.bank.visible = false;
+  stato.scrollBarsHidden = false;
+  ++stato.content;
 }
 
 std::string_view FinestraFinta::CellText(std::size_t riga, int colonna) const {
@@ -236,13 +236,13 @@ int FinestraFinta::Volte(const std::string& gesto) const {
 int FinestraFinta::Inizio(int colonna) const {
   int somma = 0;
   for (int c = 0; c < colonna; ++c) {
-    somma += description.colonne[static_cast<std::size_t>(c)].larghezza;
+    somma += description.columns[static_cast<std::size_t>(c)].width;
   }
   return somma;
 }
 
 void Esegui(FinestraFinta& finta, const std::function<void(QDialog&)>& copione) {
-  qt::FinestraElencoQt elenco(finta, nullptr);
+  qt::ListWindowQt elenco(finta, nullptr);
   QTimer::singleShot(0, &elenco, [&] {
     EXPECT_TRUE(QTest::qWaitForWindowActive(&elenco));
     try {
@@ -252,7 +252,7 @@ void Esegui(FinestraFinta& finta, const std::function<void(QDialog&)>& copione) 
     }
     elenco.close();
   });
-  EXPECT_FALSE(elenco.Mostra());
+  EXPECT_FALSE(elenco.Display());
 }
 
 void Recita(std::function<void(QDialog&)> copione) {

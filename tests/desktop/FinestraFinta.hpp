@@ -18,7 +18,7 @@
 namespace lumoscad::prova {
 
 /// A list window's screen that only records gestures and follows the plainest rules: enough to see the window move.
-class FinestraFinta final : public FinestraElenco {
+class FinestraFinta final : public ListWindow {
  public:
   /// Columns as in the bank schedule window; the rows are computed, so that any number of them is cheap.
   explicit FinestraFinta(std::size_t righe);
@@ -31,7 +31,7 @@ class FinestraFinta final : public FinestraElenco {
   static constexpr int ColonnaBanca = 10;
 
   ListDescription description;
-  StatoElenco stato;
+  ListState stato;
   std::size_t righe;
   bool inverso = false;           ///< the rows are shown from the last to the first
   std::vector<std::string> gesti; ///< every gesture received, as text
@@ -48,7 +48,7 @@ class FinestraFinta final : public FinestraElenco {
   [[nodiscard]] int Inizio(int colonna) const;
 
   [[nodiscard]] const ListDescription& Description() const override { return description; }
-  [[nodiscard]] const StatoElenco& Stato() const override { return stato; }
+  [[nodiscard]] const ListState& Stato() const override { return stato; }
   [[nodiscard]] std::size_t RowCount() const override { return righe; }
   [[nodiscard]] std::string_view CellText(std::size_t riga, int colonna) const override;
   [[nodiscard]] bool Ticked(std::size_t riga, int colonna) const override { return spunte.count({riga, colonna}) > 0; }

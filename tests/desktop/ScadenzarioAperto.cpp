@@ -24,8 +24,8 @@ bool RiprendiTastiera() {
 
 } // namespace
 
-ScadenzarioAperto::ScadenzarioAperto() : desktop(qt::CreaDesktop()) {
-  servizi().desktop = [this]() -> Desktop& { return *desktop; };
+ScadenzarioAperto::ScadenzarioAperto() : desktop(qt::CreateDesktop()) {
+  activeServices().desktop = [this]() -> Desktop& { return *desktop; };
   form.LabelDescPartita = "2006 152";
   form.LabelDescCliFor = "Oleificio Santa Chiara";
   form.Aggiungi("31/03/2006", "31/03/2006", "1.250,00");

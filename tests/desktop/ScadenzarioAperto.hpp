@@ -2,7 +2,7 @@
 
 #include "FinestraFinta.hpp"
 #include "screens/FormLumoScad.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <QTableView>
 #include <QTimer>
@@ -40,7 +40,7 @@ class ScadenzarioAperto : public testing::Test {
   static constexpr int ColonnaScadenza = 1;
   static constexpr int ColonnaNuova = 4;
 
-  Banco banco;
+  TestBench banco;
   std::unique_ptr<Desktop> desktop;
   std::vector<std::string> confermate;
   std::vector<std::string> box; ///< the texts of the message boxes

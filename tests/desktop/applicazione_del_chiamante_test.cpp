@@ -68,13 +68,13 @@ class Chiusore {
 };
 
 void MostraTutto(Desktop& desktop) {
-  desktop.ImpostaPuntatore(Puntatore::Clessidra);
-  desktop.EventiInAttesa();
-  desktop.MostraBox("Buongiorno", "LumoScad");
+  desktop.SetPointer(Pointer::Hourglass);
+  desktop.RunPendingEvents();
+  desktop.ShowBox("Buongiorno", "LumoScad");
   FinestraFinta finta(5);
-  desktop.MostraElenco(finta);
+  desktop.ShowList(finta);
   bool fatto = false;
-  desktop.MostraAttesa("Attendere", 1, [&] { fatto = true; });
+  desktop.ShowWait("Attendere", 1, [&] { fatto = true; });
   EXPECT_TRUE(fatto);
   ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
@@ -85,16 +85,16 @@ TEST(CallersApplication, WhenItIsGoneTheNextWindowsGetOneOfOurOwnAndSoDoesThePoi
   std::unique_ptr<Desktop> desktop;
   {
     const DelChiamante prima;
-    desktop = qt::CreaDesktop();
-    EXPECT_EQ(qt::DoveSonoLeFinestre(), ThreadFinestre::Questo);
+    desktop = qt::CreateDesktop();
+    EXPECT_EQ(qt::WhereTheWindowsAre(), WindowThread::ThisOne);
     chiusore.Attiva(true);
     MostraTutto(*desktop);
     chiusore.Attiva(false);
   }
   ASSERT_EQ(QCoreApplication::instance(), nullptr);
-  EXPECT_EQ(qt::DoveSonoLeFinestre(), ThreadFinestre::Nessuno);
-  desktop->ImpostaPuntatore(Puntatore::Predefinito);
-  desktop->EventiInAttesa();
+  EXPECT_EQ(qt::WhereTheWindowsAre(), WindowThread::None);
+  desktop->SetPointer(Pointer::Standard);
+  desktop->RunPendingEvents();
   EXPECT_EQ(QCoreApplication::instance(), nullptr) << "a pointer alone needs no application";
   {
     const DelChiamante seconda;
@@ -106,7 +106,7 @@ TEST(CallersApplication, WhenItIsGoneTheNextWindowsGetOneOfOurOwnAndSoDoesThePoi
   const int chiuse = chiusore.Chiuse();
   EXPECT_GE(chiuse, 2);
   bool fatto = false;
-  desktop->MostraAttesa("Attendere", 1, [&] { fatto = true; });
+  desktop->ShowWait("Attendere", 1, [&] { fatto = true; });
   EXPECT_TRUE(fatto);
   ASSERT_NE(qobject_cast<QApplication*>(QCoreApplication::instance()), nullptr);
   chiusore.Attiva(true);

@@ -1,4 +1,4 @@
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/qt/QtDesktop.hpp"
 #include "support/Paths.hpp"
 
@@ -40,11 +40,11 @@ class Variabile {
 
 void AttendiSenzaSchermo(const std::string& parola = "nessuno schermo") {
   try {
-    static_cast<void>(CreaDesktop());
+    static_cast<void>(CreateDesktop());
     FAIL() << "a desktop without a display";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), errori::Driver);
-    EXPECT_NE(errore.Descrizione().find(parola), std::string::npos) << errore.Descrizione();
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), errors::Driver);
+    EXPECT_NE(errore.Description().find(parola), std::string::npos) << errore.Description();
   }
   EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
@@ -95,11 +95,11 @@ TEST(Application, ACallingProgramWithoutWindowsIsRefused) {
   char* argomenti[] = {nome, nullptr};
   const QCoreApplication applicazione(quanti, argomenti);
   try {
-    static_cast<void>(CreaDesktop());
+    static_cast<void>(CreateDesktop());
     FAIL() << "a desktop without a graphical application";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), errori::Driver);
-    EXPECT_NE(errore.Descrizione().find("interfaccia grafica"), std::string::npos);
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), errors::Driver);
+    EXPECT_NE(errore.Description().find("interfaccia grafica"), std::string::npos);
   }
 }
 
@@ -110,19 +110,19 @@ TEST(Application, WithoutOneTheDesktopMakesItsOwnKeepsItAndLeavesTheLocaleAsItWa
   ASSERT_EQ(QCoreApplication::instance(), nullptr);
   const std::string locale = std::setlocale(LC_ALL, "C");
   {
-    const auto desktop = CreaDesktop();
+    const auto desktop = CreateDesktop();
     ASSERT_NE(qobject_cast<QApplication*>(QCoreApplication::instance()), nullptr);
     bool vista = false;
     QTimer::singleShot(20, qApp, [&vista] {
       vista = QApplication::activeModalWidget() != nullptr;
       qobject_cast<QDialog*>(QApplication::activeModalWidget())->accept();
     });
-    desktop->MostraBox("Buongiorno", "LumoScad");
+    desktop->ShowBox("Buongiorno", "LumoScad");
     EXPECT_TRUE(vista);
   }
   EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
   const QCoreApplication* prima = QCoreApplication::instance();
-  const auto ancora = CreaDesktop();
+  const auto ancora = CreateDesktop();
   EXPECT_EQ(QCoreApplication::instance(), prima);
 }
 

@@ -1,6 +1,6 @@
 #include "FinestraFinta.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
 #include <QApplication>
@@ -30,7 +30,7 @@ void SullaFinestra(const std::function<void(QDialog&)>& copione) {
 }
 
 TEST(Desktop, ABoxShowsPlainTextWithItsLineBreaksAndOnlyOk) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   bool vista = false;
   SullaFinestra([&](QDialog& box) {
     vista = true;
@@ -43,12 +43,12 @@ TEST(Desktop, ABoxShowsPlainTextWithItsLineBreaksAndOnlyOk) {
     EXPECT_EQ(box.findChildren<QPushButton*>().first()->text(), "OK");
     QTest::keyClick(&box, Qt::Key_Return);
   });
-  desktop->MostraBox("ERRORE: 9\r\nuna riga\run'altra <b>qui</b> è così", "LumoScad");
+  desktop->ShowBox("ERRORE: 9\r\nuna riga\run'altra <b>qui</b> è così", "LumoScad");
   EXPECT_TRUE(vista);
 }
 
 TEST(Desktop, ALongTextScrollsAndLeavesOkOnTheScreen) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   SullaFinestra([](QDialog& box) {
     EXPECT_TRUE(Trova<QPlainTextEdit>(box, "lblMessaggio").isReadOnly());
     EXPECT_LE(box.height(), box.screen()->availableSize().height());
@@ -58,35 +58,35 @@ TEST(Desktop, ALongTextScrollsAndLeavesOkOnTheScreen) {
   for (int riga = 0; riga < 400; ++riga) {
     lungo += "riga " + std::to_string(riga) + "\r";
   }
-  desktop->MostraBox(lungo, "LumoScad");
+  desktop->ShowBox(lungo, "LumoScad");
 }
 
 TEST(Desktop, ABoxOf32KiBWithoutALineBreakOpensAtOnce) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   QElapsedTimer orologio;
   orologio.start();
   SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
-  desktop->MostraBox(std::string(32U << 10U, 'x'), "LumoScad");
+  desktop->ShowBox(std::string(32U << 10U, 'x'), "LumoScad");
   EXPECT_LT(orologio.elapsed(), 3000);
 }
 
 TEST(Desktop, TheHourglassIsOneLevelHoweverOftenItIsSet) {
-  const auto desktop = qt::CreaDesktop();
-  desktop->ImpostaPuntatore(Puntatore::Clessidra);
-  desktop->ImpostaPuntatore(Puntatore::Clessidra);
+  const auto desktop = qt::CreateDesktop();
+  desktop->SetPointer(Pointer::Hourglass);
+  desktop->SetPointer(Pointer::Hourglass);
   ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
-  desktop->ImpostaPuntatore(Puntatore::Predefinito);
+  desktop->SetPointer(Pointer::Standard);
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-  desktop->ImpostaPuntatore(Puntatore::Predefinito);
+  desktop->SetPointer(Pointer::Standard);
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
 TEST(Desktop, ThePointerOfTheCallingProgramComesBack) {
   QGuiApplication::setOverrideCursor(Qt::CrossCursor);
   {
-    const auto desktop = qt::CreaDesktop();
-    desktop->ImpostaPuntatore(Puntatore::Clessidra);
+    const auto desktop = qt::CreateDesktop();
+    desktop->SetPointer(Pointer::Hourglass);
   }
   ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::CrossCursor);
@@ -94,29 +94,29 @@ TEST(Desktop, ThePointerOfTheCallingProgramComesBack) {
 }
 
 TEST(Desktop, PendingEventsRunAndAMillionCallsStayCheap) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   bool arrivato = false;
   QTimer::singleShot(0, qApp, [&arrivato] { arrivato = true; });
   QElapsedTimer orologio;
   orologio.start();
   for (int riga = 0; riga < 1'000'000; ++riga) {
-    desktop->EventiInAttesa();
+    desktop->RunPendingEvents();
   }
   EXPECT_TRUE(arrivato);
   EXPECT_LT(orologio.elapsed(), 1000);
 }
 
 TEST(Desktop, AListIsShownUntilTheScreenUnloadsItself) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(5);
   SullaFinestra([](QDialog& finestra) { QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton); });
-  desktop->MostraElenco(finta);
+  desktop->ShowList(finta);
   EXPECT_EQ(finta.gesti.back(), "conferma");
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
 TEST(Desktop, AnEmptyListCanBeShownAndClosed) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(0);
   SullaFinestra([](QDialog& finestra) {
     auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
@@ -124,37 +124,37 @@ TEST(Desktop, AnEmptyListCanBeShownAndClosed) {
       QTest::keyClick(&lista, tasto);
     }
   });
-  desktop->MostraElenco(finta);
+  desktop->ShowList(finta);
   EXPECT_EQ(finta.gesti, std::vector<std::string>{"annulla"});
 }
 
 TEST(Desktop, WhatAGestureThrowsLeavesTheCallAfterTheWindowIsGone) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(5);
-  finta.during["conferma"] = [] { throw ErroreRuntime(errori::ChiaveDuplicata, "La chiave è già presente."); };
+  finta.during["conferma"] = [] { throw RuntimeError(errors::DuplicateKey, "La chiave è già presente."); };
   SullaFinestra([](QDialog& finestra) { QTest::mouseClick(&Trova<QWidget>(finestra, "PictureOk"), Qt::LeftButton); });
   try {
-    desktop->MostraElenco(finta);
+    desktop->ShowList(finta);
     FAIL() << "no error came out";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), errori::ChiaveDuplicata);
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), errors::DuplicateKey);
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
   }
 }
 
 TEST(Desktop, ACellThatCannotBeReadClosesTheListAndReportsTheError) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(5);
-  finta.whileReading = [] { throw ErroreRuntime(51, "Cella illeggibile."); };
-  EXPECT_THROW(desktop->MostraElenco(finta), ErroreRuntime);
+  finta.whileReading = [] { throw RuntimeError(51, "Cella illeggibile."); };
+  EXPECT_THROW(desktop->ShowList(finta), RuntimeError);
 }
 
 TEST(Desktop, ABoxInsideAGestureKeepsTheEditorUntilItIsAnswered) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(30);
   finta.during["tastoEditor"] = [&] {
     SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
-    desktop->MostraBox("Mese errato: 13", "LumoScad");
+    desktop->ShowBox("Mese errato: 13", "LumoScad");
   };
   Esegui(finta, [&](QDialog& finestra) {
     auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
@@ -162,17 +162,17 @@ TEST(Desktop, ABoxInsideAGestureKeepsTheEditorUntilItIsAnswered) {
     QTest::keyClick(&lista, Qt::Key_F2);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_FALSE(Trova<QWidget>(finestra, "FrameScad").isVisible());
-    EXPECT_EQ(finta.stato.selezionata, 1);
+    EXPECT_EQ(finta.stato.selected, 1);
     EXPECT_EQ(finestra.focusWidget(), &lista);
   });
 }
 
 TEST(Desktop, ABoxShownByTheBankChoiceDoesNotCloseTheBankEditorTwice) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(30);
   finta.during["scegliBancaCella"] = [&] {
     SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
-    desktop->MostraBox("Banca", "LumoScad");
+    desktop->ShowBox("Banca", "LumoScad");
   };
   Esegui(finta, [&](QDialog& finestra) {
     auto& lista = Trova<QWidget>(finestra, "LVScadenzeBanche");
@@ -187,7 +187,7 @@ TEST(Desktop, ABoxShownByTheBankChoiceDoesNotCloseTheBankEditorTwice) {
 }
 
 TEST(Desktop, TheWaitWindowRunsItsWorkOnceAndCannotBeClosed) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   int volte = 0;
   QTimer::singleShot(30, qApp, [] {
     auto* attesa = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -201,7 +201,7 @@ TEST(Desktop, TheWaitWindowRunsItsWorkOnceAndCannotBeClosed) {
   });
   QElapsedTimer orologio;
   orologio.start();
-  desktop->MostraAttesa("Attendere, sto variando il movimento", 200, [&] {
+  desktop->ShowWait("Attendere, sto variando il movimento", 200, [&] {
     ++volte;
     ASSERT_NE(QApplication::activeModalWidget(), nullptr);
     ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
@@ -222,39 +222,39 @@ void ConUnUscita(const std::function<void()>& mostra) {
 }
 
 TEST(Desktop, AWaitWindowThatTheCallingProgramEndsDoesNotRunItsWorkLater) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   int volte = 0;
   ConUnUscita([&] {
-    desktop->MostraAttesa("Attendere", 200, [&] { ++volte; });
+    desktop->ShowWait("Attendere", 200, [&] { ++volte; });
     QTest::qWait(300);
   });
   EXPECT_EQ(volte, 0);
 }
 
 TEST(Desktop, ABoxThatTheCallingProgramEndsCountsAsNotShown) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   bool sollevato = false;
   ConUnUscita([&] {
     try {
-      desktop->MostraBox("Buongiorno", "LumoScad");
-    } catch (const ErroreRuntime& errore) {
-      sollevato = errore.Testo().find("chiuso dal programma chiamante") != std::string::npos;
+      desktop->ShowBox("Buongiorno", "LumoScad");
+    } catch (const RuntimeError& errore) {
+      sollevato = errore.Text().find("chiuso dal programma chiamante") != std::string::npos;
     }
   });
   EXPECT_TRUE(sollevato);
 }
 
 TEST(Desktop, AListThatTheCallingProgramEndsIsClosedAsByItsCloseBox) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   FinestraFinta finta(5);
-  ConUnUscita([&] { desktop->MostraElenco(finta); });
+  ConUnUscita([&] { desktop->ShowList(finta); });
   EXPECT_EQ(finta.gesti.back(), "chiudi");
-  EXPECT_TRUE(finta.stato.scaricata);
+  EXPECT_TRUE(finta.stato.unloaded);
 }
 
 TEST(Desktop, WhatTheWaitedWorkThrowsComesOut) {
-  const auto desktop = qt::CreaDesktop();
-  EXPECT_THROW(desktop->MostraAttesa("Attendere", 1, [] { throw ErroreRuntime(51, "x"); }), ErroreRuntime);
+  const auto desktop = qt::CreateDesktop();
+  EXPECT_THROW(desktop->ShowWait("Attendere", 1, [] { throw RuntimeError(51, "x"); }), RuntimeError);
   EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
@@ -280,26 +280,26 @@ void ConFinestraChePassa(const std::function<void()>& mostra, const std::functio
 }
 
 TEST(Desktop, AWindowOfTheCallingProgramThatGoesTakesNoneOfOursWithIt) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   const auto invio = [](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); };
-  ConFinestraChePassa([&] { desktop->MostraBox("Buongiorno", "LumoScad"); }, invio);
+  ConFinestraChePassa([&] { desktop->ShowBox("Buongiorno", "LumoScad"); }, invio);
   FinestraFinta finta(5);
-  ConFinestraChePassa([&] { desktop->MostraElenco(finta); }, [](QDialog& lista) { lista.close(); });
+  ConFinestraChePassa([&] { desktop->ShowList(finta); }, [](QDialog& lista) { lista.close(); });
   EXPECT_EQ(finta.gesti.back(), "chiudi");
   int volte = 0;
-  ConFinestraChePassa([&] { desktop->MostraAttesa("Attendere", 100, [&] { ++volte; }); }, [](QDialog&) {});
+  ConFinestraChePassa([&] { desktop->ShowWait("Attendere", 100, [&] { ++volte; }); }, [](QDialog&) {});
   EXPECT_EQ(volte, 1);
 }
 
 TEST(Desktop, AForkedCopyOfTheProcessShowsNoWindowOnTheScreenOfTheOther) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   const pid_t copia = ::fork();
   if (copia == 0) {
     ::alarm(10);
     try {
-      desktop->MostraBox("Buongiorno", "LumoScad");
-    } catch (const ErroreRuntime& errore) {
-      ::_exit(errore.Testo().find("copia") != std::string::npos ? 0 : 1);
+      desktop->ShowBox("Buongiorno", "LumoScad");
+    } catch (const RuntimeError& errore) {
+      ::_exit(errore.Text().find("copia") != std::string::npos ? 0 : 1);
     }
     ::_exit(2);
   }
@@ -309,7 +309,7 @@ TEST(Desktop, AForkedCopyOfTheProcessShowsNoWindowOnTheScreenOfTheOther) {
 }
 
 TEST(Desktop, OurWindowOpensOverTheMiddleOfTheCallingPrograms) {
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   QWidget delChiamante;
   delChiamante.setGeometry(300, 200, 400, 300);
   delChiamante.show();
@@ -320,19 +320,19 @@ TEST(Desktop, OurWindowOpensOverTheMiddleOfTheCallingPrograms) {
     EXPECT_LT(distanza.manhattanLength(), 40);
     QTest::keyClick(&box, Qt::Key_Return);
   });
-  desktop->MostraBox("Buongiorno", "LumoScad");
+  desktop->ShowBox("Buongiorno", "LumoScad");
 }
 
 TEST(Desktop, TheCallingProgramsLoopSurvivesTheLastOfOurWindows) {
   ASSERT_TRUE(QGuiApplication::quitOnLastWindowClosed());
-  const auto desktop = qt::CreaDesktop();
+  const auto desktop = qt::CreateDesktop();
   bool finita = false;
   bool dopo = false;
   QEventLoop ciclo;
   QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp, [&finita] { finita = true; });
   QTimer::singleShot(0, qApp, [&] {
     SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
-    desktop->MostraBox("Fatto", "LumoScad");
+    desktop->ShowBox("Fatto", "LumoScad");
     QTimer::singleShot(50, qApp, [&] {
       dopo = true;
       ciclo.quit();

@@ -23,7 +23,7 @@ TEST(CellEditor, SpaceTicksAndEnterOrF2OpensTheEditor) {
     EXPECT_TRUE(finta.spunte.count({0, FinestraFinta::ColonnaSpuntaData}));
     QTest::keyClick(&lista, Qt::Key_Right);
     QTest::keyClick(&lista, Qt::Key_Space);
-    EXPECT_FALSE(finta.stato.data.visibile);
+    EXPECT_FALSE(finta.stato.data.visible);
     QTest::keyClick(&lista, Qt::Key_F2);
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
@@ -70,7 +70,7 @@ TEST(CellEditor, EnterWritesTheTypedDateAndGoesToTheNextRow) {
     EXPECT_EQ(finta.Volte("tastoEditor 13"), 1);
     EXPECT_FALSE(Visibile(finestra, "FrameScad"));
     EXPECT_TRUE(Lista(finestra).hasFocus());
-    EXPECT_EQ(finta.stato.selezionata, 6);
+    EXPECT_EQ(finta.stato.selected, 6);
     EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaData);
   });
 }
@@ -83,7 +83,7 @@ TEST(CellEditor, TabWritesTheDateAndGoesToTheNextEditableCell) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     EXPECT_EQ(finta.nuovaData, "");
     EXPECT_EQ(finta.Volte("tastoEditor 9"), 1);
-    EXPECT_EQ(finta.stato.selezionata, 5);
+    EXPECT_EQ(finta.stato.selected, 5);
     EXPECT_EQ(Lista(finestra).currentIndex().column(), FinestraFinta::ColonnaBanca);
   });
 }
@@ -95,7 +95,7 @@ TEST(CellEditor, ADigitOnADateCellOpensTheEditorWithIt) {
     QTest::keyClick(&Lista(finestra), Qt::Key_3);
     EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "3");
     QTest::keyClicks(QApplication::focusWidget(), "10306");
-    EXPECT_EQ(finta.stato.data.testo, "310306");
+    EXPECT_EQ(finta.stato.data.text, "310306");
   });
 }
 
@@ -132,7 +132,7 @@ TEST(CellEditor, TheBankEditorOpensClosedOnItsEntryAndClosesWhenItLosesTheFocus)
     QTest::keyClick(&combo, Qt::Key_Return);
     EXPECT_EQ(finta.Volte("perdeFuocoBancaCella"), 1);
     EXPECT_FALSE(combo.isVisible());
-    EXPECT_EQ(finta.stato.selezionata, 2);
+    EXPECT_EQ(finta.stato.selected, 2);
     EXPECT_TRUE(Lista(finestra).hasFocus());
   });
 }
@@ -205,7 +205,7 @@ TEST(CellEditor, AKeyInTheListGoesBackToTheOpenEditor) {
     Clicca(Lista(finestra), 1, FinestraFinta::ColonnaData);
     Lista(finestra).setFocus();
     QTest::keyClick(&Lista(finestra), Qt::Key_Down);
-    EXPECT_EQ(finta.stato.selezionata, 1);
+    EXPECT_EQ(finta.stato.selected, 1);
     EXPECT_TRUE(Trova<QWidget>(finestra, "TextScad").hasFocus());
   });
 }

@@ -1,9 +1,9 @@
 #include "FinestraFinta.hpp"
 
-#include "platform/qt/FinestraElencoQt.hpp"
-#include "platform/qt/IconeElenco.hpp"
-#include "platform/qt/ModelloElenco.hpp"
-#include "platform/qt/TestateElenco.hpp"
+#include "platform/qt/ListHeadings.hpp"
+#include "platform/qt/ListIcons.hpp"
+#include "platform/qt/ListModel.hpp"
+#include "platform/qt/ListWindowQt.hpp"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -78,7 +78,7 @@ TEST(ListWindow, TakesThePicturesOfItsTicksFromItsImageList) {
               QStringList({"CHKON", "CHKOFF", "OPTON", "OPTOFF", "SORTED", "UNSORTED"}));
     const auto* modello = Lista(finestra).model();
     const auto icona = [&](int riga, int colonna) {
-      return modello->index(riga, colonna).data(qt::ModelloElenco::RuoloReportIcon);
+      return modello->index(riga, colonna).data(qt::ListModel::ReportIconRole);
     };
     EXPECT_EQ(icona(0, FinestraFinta::ColonnaSpuntaData), "CHKOFF");
     Clicca(Lista(finestra), 0, FinestraFinta::ColonnaSpuntaData);
@@ -88,12 +88,12 @@ TEST(ListWindow, TakesThePicturesOfItsTicksFromItsImageList) {
 }
 
 TEST(ListWindow, TheImageListDrawsEachPictureItHoldsAndNoOther) {
-  const qt::ImmaginiElenco immagini(nullptr);
+  const qt::ListImages immagini(nullptr);
   const auto disegna = [&immagini](const char* chiave) {
     QImage foglio(16, 16, QImage::Format_ARGB32);
     foglio.fill(Qt::magenta);
     QPainter disegno(&foglio);
-    immagini.Disegna(disegno, foglio.rect(), chiave);
+    immagini.Draw(disegno, foglio.rect(), chiave);
     return foglio;
   };
   std::vector<QImage> disegnate{disegna("QUADRATINO")}; // a picture, but not of the image list: the empty sheet
@@ -191,7 +191,7 @@ TEST(ListWindow, ThePictureIsFiftyTwipsWiderThanTheListAndTheRestAsWideAsTheList
 TEST(ListWindow, AListThatDoesNotScrollTakesTheWidthOfItsColumnsAndFifty) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& finestra) {
-    const int colonne = finta.Inizio(static_cast<int>(finta.description.colonne.size()));
+    const int colonne = finta.Inizio(static_cast<int>(finta.description.columns.size()));
     EXPECT_EQ(Lista(finestra).sizeHint().width(), (colonne + 50) / TwipsPerPixelX);
     EXPECT_EQ(Trova<QWidget>(finestra, "picScadenzeBanche").sizeHint().width(), (colonne + 100) / TwipsPerPixelX);
   });
@@ -205,11 +205,11 @@ TEST(ListWindow, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
       finestra.resize(larghezza, 600);
       QCoreApplication::processEvents();
       lista.horizontalScrollBar()->setValue(lista.horizontalScrollBar()->maximum() / 2);
-      for (const TestataElenco& testata : finta.description.testate) {
-        auto& widget = Trova<QWidget>(finestra, ("TLwTestata_" + std::to_string(testata.indice)).c_str());
+      for (const ListHeading& testata : finta.description.headings) {
+        auto& widget = Trova<QWidget>(finestra, ("TLwTestata_" + std::to_string(testata.index)).c_str());
         const QPoint sinistra = lista.viewport()->mapFromGlobal(widget.mapToGlobal(QPoint(0, 0)));
-        EXPECT_EQ(sinistra.x(), lista.columnViewportPosition(testata.prima)) << testata.testo;
-        EXPECT_EQ(widget.width(), lista.columnWidth(testata.prima)) << testata.testo;
+        EXPECT_EQ(sinistra.x(), lista.columnViewportPosition(testata.first)) << testata.text;
+        EXPECT_EQ(widget.width(), lista.columnWidth(testata.first)) << testata.text;
       }
     }
   });
@@ -239,14 +239,14 @@ TEST(ListWindow, ArrowsHomeEndAndPagesMoveTheSelection) {
     QTableView& lista = Lista(finestra);
     QTest::keyClick(&lista, Qt::Key_Down);
     QTest::keyClick(&lista, Qt::Key_Right);
-    EXPECT_EQ(finta.stato.selezionata, 1);
+    EXPECT_EQ(finta.stato.selected, 1);
     EXPECT_EQ(lista.currentIndex().column(), FinestraFinta::ColonnaData);
     QTest::keyClick(&lista, Qt::Key_End);
-    EXPECT_EQ(finta.stato.selezionata, 99);
+    EXPECT_EQ(finta.stato.selected, 99);
     QTest::keyClick(&lista, Qt::Key_PageUp);
-    EXPECT_LT(finta.stato.selezionata, 99);
+    EXPECT_LT(finta.stato.selected, 99);
     QTest::keyClick(&lista, Qt::Key_Home);
-    EXPECT_EQ(finta.stato.selezionata, 0);
+    EXPECT_EQ(finta.stato.selected, 0);
     EXPECT_EQ(lista.currentIndex().column(), FinestraFinta::ColonnaData);
   });
 }
@@ -274,7 +274,7 @@ TEST(ListWindow, TheTopFieldsReportClicksTextsAndChoices) {
     QTest::mouseClick(&data, Qt::LeftButton);
     QTest::keyClicks(&data, "1/2/06");
     EXPECT_EQ(finta.Volte("clicScadenza"), 1);
-    EXPECT_EQ(finta.stato.testoScadenza, "1/2/06");
+    EXPECT_EQ(finta.stato.dueDateText, "1/2/06");
     QTest::keyClick(&data, Qt::Key_Tab);
     auto& banca = Trova<QComboBox>(finestra, "cmbBanche");
     EXPECT_TRUE(banca.hasFocus());
@@ -291,13 +291,13 @@ TEST(ListWindow, TheTopFieldsReportClicksTextsAndChoices) {
 
 TEST(ListWindow, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
   FinestraFinta finta(30);
-  finta.stato.testoScadenza = "01/02/2006";
+  finta.stato.dueDateText = "01/02/2006";
   Esegui(finta, [&](QDialog& finestra) {
     auto& data = Trova<QLineEdit>(finestra, "TextScadenza");
     QTest::mouseClick(&data, Qt::LeftButton);
     EXPECT_EQ(data.selectedText(), "01/02/2006");
     QTest::keyClicks(&data, "15");
-    EXPECT_EQ(finta.stato.testoScadenza, "15");
+    EXPECT_EQ(finta.stato.dueDateText, "15");
     QTest::mouseClick(&data, Qt::LeftButton);
     EXPECT_FALSE(data.hasSelectedText()) << "a further click places the cursor";
   });
@@ -305,7 +305,7 @@ TEST(ListWindow, ADateTypedAfterAClickIntoTheTopFieldReplacesTheOldOne) {
 
 TEST(ListWindow, ANormalisedDateOfTheScreenIsShownInTheTopField) {
   FinestraFinta finta(30);
-  finta.during["clic"] = [&] { finta.stato.testoScadenza = "01/02/2006"; };
+  finta.during["clic"] = [&] { finta.stato.dueDateText = "01/02/2006"; };
   Esegui(finta, [&](QDialog& finestra) {
     Clicca(Lista(finestra), 0, FinestraFinta::ColonnaSpuntaData);
     EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScadenza").text(), "01/02/2006");
@@ -343,7 +343,7 @@ TEST(ListWindow, EscLeavesAListWithoutChangesAtOnce) {
 TEST(ListWindow, EscOverChangesGoesToAnnullaFirst) {
   FinestraFinta finta(3);
   Esegui(finta, [&](QDialog& f) {
-    ASSERT_TRUE(Lista(f).model()->index(1, FinestraFinta::ColonnaBanca).data(qt::ModelloElenco::RuoloVariata).toBool());
+    ASSERT_TRUE(Lista(f).model()->index(1, FinestraFinta::ColonnaBanca).data(qt::ListModel::ChangedRole).toBool());
     QTest::keyClick(&Lista(f), Qt::Key_Escape);
     EXPECT_TRUE(f.isVisible());
     EXPECT_EQ(finta.Volte("annulla"), 0);

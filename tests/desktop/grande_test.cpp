@@ -3,11 +3,11 @@
 
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/qt/QtDesktop.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
-#include "support/BaseGrande.hpp"
+#include "support/LargeDatabase.hpp"
 #include "support/Paths.hpp"
 
 #include <QAbstractButton>
@@ -235,7 +235,7 @@ std::map<std::string, std::string> CodiciBanche(const std::string& connessione) 
   comando.CommandText = "SELECT CODICECONTO, DESCRIZIONEVOCE FROM CONTOCONTABILE WHERE TIPOLOGIACONTO IN ('06', '07')";
   std::map<std::string, std::string> codici;
   for (auto righe = comando.Execute(); !righe.Eof(); righe.MoveNext()) {
-    codici.emplace(*righe.Valore(1), *righe.Valore(0));
+    codici.emplace(*righe.ValueAt(1), *righe.ValueAt(0));
   }
   return codici;
 }
@@ -275,12 +275,12 @@ void ControllaFermi(const std::map<std::string, double>& fermi) {
 
 TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatWasEdited) {
   ASSERT_TRUE(test::PostgresServer::available()) << "PostgreSQL or its ODBC driver is not installed";
-  const test::BaseGrande base(test::outputPath("grande-postgres"), Rate);
-  const std::unique_ptr<Desktop> desktop = qt::CreaDesktop();
+  const test::LargeDatabase base(test::outputPath("grande-postgres"), Rate);
+  const std::unique_ptr<Desktop> desktop = qt::CreateDesktop();
   const StatoSostituito moduli;
   stato().ComandoCorrente = base.command();
-  const ServiziSostituiti servizi({[&]() -> Desktop& { return *desktop; }, nullptr, nullptr,
-                                   [] { return DataOra{2006, 3, 5, 14, 7, 9}; }, nullptr});
+  const ReplacedServices servizi({[&]() -> Desktop& { return *desktop; }, nullptr, nullptr,
+                                  [] { return DateTime{2006, 3, 5, 14, 7, 9}; }, nullptr});
 
   frmLumoScadenzeBanche schermata;
   VariazioniCanalizzazione variazioni;

@@ -92,7 +92,7 @@ TEST_F(ItemWindowLeft, AClickOnARowThatBringsAMessageUpStillOpensIt) {
     PremiEMolla(finestra, lista.viewport()->mapTo(&finestra, cella));
     EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
-    EXPECT_EQ(form.griglia().Stato().data.posto, 2);
+    EXPECT_EQ(form.griglia().Stato().data.place, 2);
   });
 }
 
@@ -158,7 +158,7 @@ TEST_F(ItemWindowLeft, AClickBelowTheLastRowOnlyLeavesTheEditor) {
       const QRect ultima = lista.visualRect(lista.model()->index(3, colonna));
       QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, ultima.center() + QPoint(0, 2 * ultima.height()));
       EXPECT_EQ(Nuova(0), "15/06/2006");
-      EXPECT_EQ(form.griglia().Stato().selezionata, 0);
+      EXPECT_EQ(form.griglia().Stato().selected, 0);
       EXPECT_EQ(Spuntate(), 0);
       EXPECT_FALSE(Visibile(finestra, "TextScad"));
     }
@@ -172,7 +172,7 @@ TEST_F(ItemWindowLeft, ADateRefusedOnTheWayToAnotherRowIsSaidOnceAndTheOtherRowO
     Clicca(ListaScad(finestra), 2, ColonnaNuova);
     EXPECT_THAT(box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
     EXPECT_EQ(Nuova(0), " ");
-    EXPECT_EQ(form.griglia().Stato().selezionata, 2);
+    EXPECT_EQ(form.griglia().Stato().selected, 2);
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
   });
 }
@@ -181,14 +181,14 @@ TEST_F(ItemWindowLeft, AMessageInFrontDoesNotCountAsLeavingTheFields) {
   Mostra([this](QDialog& finestra) {
     Tasto(Qt::Key_F2);
     Scrivi("150606");
-    desktop->MostraBox("Avviso", "LumoScad");
+    desktop->ShowBox("Avviso", "LumoScad");
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
     EXPECT_EQ(Nuova(0), "");
     Tasto(Qt::Key_Escape);
     Trova<QWidget>(finestra, "TextScadenza").setFocus();
     Scrivi("1");
-    desktop->MostraBox("Avviso", "LumoScad");
-    EXPECT_EQ(form.griglia().Stato().testoScadenza, "1");
+    desktop->ShowBox("Avviso", "LumoScad");
+    EXPECT_EQ(form.griglia().Stato().dueDateText, "1");
   });
 }
 

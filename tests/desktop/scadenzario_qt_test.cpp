@@ -1,6 +1,6 @@
 #include "ScadenzarioAperto.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -123,7 +123,7 @@ TEST_F(ItemWindow, EnterWritesTheDateAndGoesToTheNextRow) {
     EXPECT_EQ(Nuova(0), "15/06/2006");
     EXPECT_FALSE(Visibile(finestra, "TextScad"));
     EXPECT_TRUE(ListaScad(finestra).hasFocus());
-    EXPECT_EQ(form.griglia().Stato().selezionata, 1);
+    EXPECT_EQ(form.griglia().Stato().selected, 1);
     Tasto(Qt::Key_Return);
     EXPECT_TRUE(Visibile(finestra, "TextScad"));
     EXPECT_EQ(Trova<QLineEdit>(finestra, "TextScad").text(), "");
@@ -298,8 +298,8 @@ TEST_F(ItemWindow, TheConfirmationOfADemonstrationRunsOnceTheWindowIsGone) {
 }
 
 TEST_F(ItemWindow, AFailedConfirmationClosesTheWindowAndComesOut) {
-  esito = []() -> std::string { throw ErroreRuntime(errori::IndiceNonValido, "troppe scadenze"); };
-  EXPECT_THROW(Mostra([](QDialog& finestra) { Premi(finestra, "PictureOk"); }), ErroreRuntime);
+  esito = []() -> std::string { throw RuntimeError(errors::SubscriptOutOfRange, "troppe scadenze"); };
+  EXPECT_THROW(Mostra([](QDialog& finestra) { Premi(finestra, "PictureOk"); }), RuntimeError);
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 

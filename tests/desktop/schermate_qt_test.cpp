@@ -1,12 +1,12 @@
 // The list screens in their real windows, without a database: which widgets each has, and how they look.
 
 #include "FinestraFinta.hpp"
-#include "platform/qt/AttesaQt.hpp"
 #include "platform/qt/QtDesktop.hpp"
+#include "platform/qt/WaitQt.hpp"
 #include "screens/FormConsegna.hpp"
 #include "screens/FormPresunti.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -55,8 +55,8 @@ std::string Famiglia(const QWidget& widget) {
 
 class Screens : public testing::Test {
  protected:
-  Screens() : desktop(qt::CreaDesktop()) {
-    servizi().desktop = [this]() -> Desktop& { return *desktop; };
+  Screens() : desktop(qt::CreateDesktop()) {
+    activeServices().desktop = [this]() -> Desktop& { return *desktop; };
   }
   template <class Schermata> static void Mostra(Schermata& schermata, const std::function<void(QDialog&)>& copione) {
     schermata.griglia().Resize();
@@ -64,7 +64,7 @@ class Screens : public testing::Test {
     schermata.griglia().Mostra();
   }
 
-  Banco banco;
+  TestBench banco;
   std::unique_ptr<Desktop> desktop;
   CaratteriSostituiti caratteri;
 };
@@ -150,8 +150,8 @@ TEST_F(Screens, KeepTheirFontsUnderACallingProgramThatHasItsOwn) {
 
 TEST_F(Screens, OfTheWaitSpeakInMsSansSerif) {
   std::string famiglia;
-  desktop->MostraAttesa("Attendere, sto variando il movimento", 1,
-                        [&] { famiglia = Famiglia(Trova<QLabel>(*QApplication::activeModalWidget(), "lblAttesa")); });
+  desktop->ShowWait("Attendere, sto variando il movimento", 1,
+                    [&] { famiglia = Famiglia(Trova<QLabel>(*QApplication::activeModalWidget(), "lblAttesa")); });
   EXPECT_EQ(famiglia, "MS Sans Serif");
 }
 
@@ -185,7 +185,7 @@ TEST_F(Screens, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
   frmLumoScadenzeBanche schermata;
   schermata.griglia().Righe.Aggiungi({"ROSSI", "AB1/06", "31/03/2006", "", "", "100,00"});
   schermata.ResizeScadBanchePresunti();
-  const int tutte = schermata.griglia().Stato().larghezzaLista;
+  const int tutte = schermata.griglia().Stato().listWidth;
   Recita([&](QDialog& finestra) {
     const auto& lista = Lista(finestra);
     EXPECT_EQ(finestra.findChild<QWidget*>("TextScadenza"), nullptr);
@@ -198,7 +198,7 @@ TEST_F(Screens, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
   });
   schermata.griglia().Mostra();
   schermata.ResizeScadBanche();
-  EXPECT_EQ(schermata.griglia().Stato().larghezzaLista, tutte + 420 + 1500);
+  EXPECT_EQ(schermata.griglia().Stato().listWidth, tutte + 420 + 1500);
 }
 
 TEST_F(Screens, OfTheDeliveriesCarryNoBankEditor) {

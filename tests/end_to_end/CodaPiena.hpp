@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Errore.hpp"
-#include "platform/nexaro/ssh/Presa.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/nexaro/ssh/Socket.hpp"
 
 #include <chrono>
 #include <cstddef>
@@ -26,8 +26,8 @@ struct CodaPiena {
     constexpr std::chrono::milliseconds attesa{300};
     for (bool piena = false; !piena && coda.size() < 10;) {
       try {
-        coda.push_back(nexaro::ApriPresa("127.0.0.1", porta, nexaro::Orologio::now() + attesa, attesa));
-      } catch (const ErroreRuntime&) {
+        coda.push_back(nexaro::OpenSocket("127.0.0.1", porta, nexaro::Clock::now() + attesa, attesa));
+      } catch (const RuntimeError&) {
         piena = true;
       }
     }

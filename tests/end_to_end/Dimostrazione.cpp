@@ -4,7 +4,7 @@
 #include "platform/ado/Ado.hpp"
 #include "support/OdbcConfiguration.hpp"
 #include "support/Paths.hpp"
-#include "support/ServerSsh.hpp"
+#include "support/SshServer.hpp"
 
 #include <algorithm>
 #include <array>
@@ -43,9 +43,9 @@ fs::path CartellaNuova() {
 }
 
 /// A server whose root is the directory `radice`; `opzioni` are those of the subsystem that makes it so.
-ServerSsh::Opzioni OpzioniSsh(const std::string& radice, const std::string& opzioni) {
-  ServerSsh::Opzioni nuove;
-  nuove.ambiente = {"NEXARO_RADICE=" + radice};
+SshServer::Options OpzioniSsh(const std::string& radice, const std::string& opzioni) {
+  SshServer::Options nuove;
+  nuove.environment = {"NEXARO_RADICE=" + radice};
   nuove.sftp = "'" + test::programPath("sftp_radice").string() + "' " + opzioni + " '" + radice + "'";
   return nuove;
 }
@@ -63,9 +63,9 @@ Righe Interroga(ado::Connection& connection, const std::string& sql) {
   Righe righe;
   for (; !insieme.Eof(); insieme.MoveNext()) {
     std::string riga;
-    for (std::size_t colonna = 0; colonna < insieme.Colonne(); ++colonna) {
+    for (std::size_t colonna = 0; colonna < insieme.ColumnCount(); ++colonna) {
       riga += colonna == 0 ? "" : "|";
-      riga += insieme.Valore(colonna).value_or("<NULL>");
+      riga += insieme.ValueAt(colonna).value_or("<NULL>");
     }
     righe.push_back(std::move(riga));
   }
@@ -158,7 +158,7 @@ Dimostrazione::~Dimostrazione() {
 }
 
 void Dimostrazione::AvviaSsh() {
-  ssh_ = std::make_unique<ServerSsh>(base_ / "ssh", OpzioniSsh(Host().string(), ""));
+  ssh_ = std::make_unique<SshServer>(base_ / "ssh", OpzioniSsh(Host().string(), ""));
   std::ofstream file(base_ / "ambiente.sh", std::ios::app);
   for (const auto& voce : Ambiente()) {
     const auto segno = voce.find('=');
@@ -167,17 +167,17 @@ void Dimostrazione::AvviaSsh() {
 }
 
 void Dimostrazione::ConfiguraRadice(const std::string& opzioni) const {
-  ssh_->Cambia(OpzioniSsh(Host().string(), opzioni));
+  ssh_->Change(OpzioniSsh(Host().string(), opzioni));
 }
 
 std::string Dimostrazione::Indirizzo() const {
-  return ssh_ ? ServerSsh::Indirizzo() : "10.0.0.1";
+  return ssh_ ? SshServer::Address() : "10.0.0.1";
 }
 
 std::vector<std::string> Dimostrazione::Ambiente(int porta) const {
   std::vector<std::string> ambiente{"NEXARO_POSTAZIONE=T01", "NEXARO_CARTELLA_LOCALE=" + Locale().string()};
   const auto collegamento =
-      ssh_ ? ssh_->Ambiente(porta)
+      ssh_ ? ssh_->Environment(porta)
            : std::vector<std::string>{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string()};
   ambiente.insert(ambiente.end(), collegamento.begin(), collegamento.end());
   if (ssh_) {

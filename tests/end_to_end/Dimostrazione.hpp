@@ -9,7 +9,7 @@
 
 namespace lumoscad::prova {
 
-class ServerSsh;
+class SshServer;
 
 using Righe = std::vector<std::string>;
 
@@ -61,7 +61,7 @@ class Dimostrazione {
   /// The host's address for the command line.
   [[nodiscard]] std::string Indirizzo() const;
   /// The host's server, where there is one.
-  [[nodiscard]] ServerSsh& Ssh() const { return *ssh_; }
+  [[nodiscard]] SshServer& Ssh() const { return *ssh_; }
   /// The settings of a component that is to reach the host, "NAME=value"; over SSH through another port of the
   /// loopback address, where one is given. A program that is started with ambiente.sh has them already.
   [[nodiscard]] std::vector<std::string> Ambiente(int porta = 0) const;
@@ -80,7 +80,7 @@ class Dimostrazione {
 
   std::filesystem::path base_;
   std::string sorgente_;
-  std::unique_ptr<ServerSsh> ssh_;
+  std::unique_ptr<SshServer> ssh_;
 };
 
 } // namespace lumoscad::prova

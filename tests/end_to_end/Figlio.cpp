@@ -1,6 +1,6 @@
 #include "Figlio.hpp"
 
-#include "platform/nexaro/cartella/Processo.hpp"
+#include "platform/nexaro/cartella/Process.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -28,15 +28,14 @@ std::vector<char*> Puntatori(std::vector<std::string>& testi) {
 
 std::optional<std::string> Comando(const std::vector<std::string>& argomenti,
                                    const std::vector<std::string>& ambiente) {
-  auto esito =
-      nexaro::Esegui({"/usr/bin/env", argomenti, ambiente, "/", std::chrono::seconds(60), MassimoUscita, 2000});
-  if (esito.fine != nexaro::FineProcesso::Uscito || esito.stato != 0) {
+  auto esito = nexaro::Run({"/usr/bin/env", argomenti, ambiente, "/", std::chrono::seconds(60), MassimoUscita, 2000});
+  if (esito.finish != nexaro::ProcessEnd::Exited || esito.state != 0) {
     return std::nullopt;
   }
-  if (esito.uscita.ends_with('\n')) {
-    esito.uscita.pop_back();
+  if (esito.output.ends_with('\n')) {
+    esito.output.pop_back();
   }
-  return std::move(esito.uscita);
+  return std::move(esito.output);
 }
 
 Figlio::Figlio(const std::vector<std::string>& argomenti, const std::vector<std::string>& ambiente,

@@ -3,7 +3,7 @@
 #include "Dimostrazione.hpp"
 #include "FinestraFinta.hpp"
 #include "common/Stato.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/qt/QtDesktop.hpp"
 
@@ -29,15 +29,15 @@ class FinestraIntera : public testing::Test {
   FinestraIntera()
       : servizi_({[this]() -> Desktop& { return *desktop_; },
                   [this]() -> nexaro::HostLink& { return *host_; },
-                  [this]() -> const nexaro::Ambiente& { return ambiente_; },
-                  [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+                  [this]() -> const nexaro::Environment& { return ambiente_; },
+                  [] { return DateTime{2026, 3, 5, 14, 7, 9}; },
                   {}}) {
     for (const auto& voce : demo.Ambiente()) {
       const auto segno = voce.find('=');
       ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
     }
-    host_ = nexaro::CreaHostLink();
-    ambiente_ = nexaro::LeggiAmbiente();
+    host_ = nexaro::CreateHostLink();
+    ambiente_ = nexaro::ReadEnvironment();
     risponditore_.setInterval(5);
     QObject::connect(&risponditore_, &QTimer::timeout, &risponditore_, [this] { RispondiAlBox(); });
     risponditore_.start();
@@ -65,11 +65,11 @@ class FinestraIntera : public testing::Test {
     }
   }
 
-  std::unique_ptr<Desktop> desktop_ = qt::CreaDesktop();
+  std::unique_ptr<Desktop> desktop_ = qt::CreateDesktop();
   std::unique_ptr<nexaro::HostLink> host_;
-  nexaro::Ambiente ambiente_;
+  nexaro::Environment ambiente_;
   StatoSostituito stato_;
-  ServiziSostituiti servizi_;
+  ReplacedServices servizi_;
   QTimer risponditore_;
 };
 

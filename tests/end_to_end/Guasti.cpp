@@ -13,10 +13,10 @@ constexpr int SpuntaData = 6;
 constexpr int SpuntaBanca = 9;
 constexpr int BancaAniene = 3; ///< place in the list of banks, which is in order of name
 
-void Spunta(FinestraElenco& finestra, int riga, int colonna) {
+void Spunta(ListWindow& finestra, int riga, int colonna) {
   int sinistra = 0;
   for (int precedente = 0; precedente < colonna; ++precedente) {
-    sinistra += finestra.Description().colonne[static_cast<std::size_t>(precedente)].larghezza;
+    sinistra += finestra.Description().columns[static_cast<std::size_t>(precedente)].width;
   }
   const int alto = riga * 240;
   finestra.Seleziona(riga);
@@ -29,8 +29,8 @@ void Spunta(FinestraElenco& finestra, int riga, int colonna) {
 Guasti::Guasti(Trasporto trasporto)
     : demo(trasporto),
       servizi_({[this]() -> Desktop& { return desktop; }, [this]() -> nexaro::HostLink& { return Host(); },
-                [this]() -> const nexaro::Ambiente& { return Ambiente(); },
-                [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+                [this]() -> const nexaro::Environment& { return Ambiente(); },
+                [] { return DateTime{2026, 3, 5, 14, 7, 9}; },
                 [this](std::string_view istruzione) {
                   istruzioni.emplace_back(istruzione);
                   if (allaIstruzione) {
@@ -45,7 +45,7 @@ Guasti::Guasti(Trasporto trasporto)
 }
 
 std::unique_ptr<nexaro::HostLink> Guasti::CreaHost() {
-  return nexaro::CreaHostLink();
+  return nexaro::CreateHostLink();
 }
 
 nexaro::HostLink& Guasti::Host() {
@@ -55,9 +55,9 @@ nexaro::HostLink& Guasti::Host() {
   return *host_;
 }
 
-const nexaro::Ambiente& Guasti::Ambiente() {
+const nexaro::Environment& Guasti::Ambiente() {
   if (!ambiente_) {
-    ambiente_ = std::make_unique<nexaro::Ambiente>(nexaro::LeggiAmbiente());
+    ambiente_ = std::make_unique<nexaro::Environment>(nexaro::ReadEnvironment());
   }
   return *ambiente_;
 }
@@ -72,7 +72,7 @@ std::string Guasti::Esegui(const std::string& opzioniDatabase) {
 }
 
 void Guasti::Conferma(const std::function<void()>& primaDiConfermare) {
-  desktop.copioni.emplace_back([primaDiConfermare](FinestraElenco& finestra) {
+  desktop.scripts.emplace_back([primaDiConfermare](ListWindow& finestra) {
     ASSERT_EQ(finestra.RowCount(), 11U);
     finestra.TLwTestata_Click(TestataScadenza);
     finestra.TextScadenza_Change("15/04/26");
@@ -89,7 +89,7 @@ void Guasti::Conferma(const std::function<void()>& primaDiConfermare) {
 void Guasti::VerificaRifiuto(const std::string& risultato, const Righe& box, const Righe& rimasti) {
   EXPECT_EQ(risultato, "error");
   EXPECT_EQ(desktop.box, box);
-  EXPECT_THAT(desktop.titoli, testing::Each("LumoScad"));
+  EXPECT_THAT(desktop.titles, testing::Each("LumoScad"));
   EXPECT_EQ(Contenuto(demo.Tmp()), rimasti);
   EXPECT_FALSE(std::filesystem::exists(demo.Locale() / Richiesta));
   EXPECT_THAT(Differenze(prima, demo.Stato()), testing::IsEmpty());

@@ -2,8 +2,8 @@
 
 #include "Dimostrazione.hpp"
 #include "common/Stato.hpp"
-#include "platform/Servizi.hpp"
-#include "support/Prova.hpp"
+#include "platform/Services.hpp"
+#include "support/TestBench.hpp"
 
 #include <functional>
 #include <gmock/gmock.h>
@@ -41,7 +41,7 @@ class Guasti : public testing::Test {
 
   Dimostrazione demo;
   Fotografia prima = demo.Stato(); ///< the database that a fault must leave behind
-  DesktopRecitato desktop;
+  ScriptedDesktop desktop;
   Righe istruzioni; ///< every statement text sent to a database
   /// Called with every statement text, before it is sent.
   std::function<void(std::string_view istruzione)> allaIstruzione;
@@ -49,12 +49,12 @@ class Guasti : public testing::Test {
 
  private:
   nexaro::HostLink& Host();
-  const nexaro::Ambiente& Ambiente();
+  const nexaro::Environment& Ambiente();
 
   std::unique_ptr<nexaro::HostLink> host_;
-  std::unique_ptr<nexaro::Ambiente> ambiente_;
+  std::unique_ptr<nexaro::Environment> ambiente_;
   StatoSostituito stato_;
-  ServiziSostituiti servizi_;
+  ReplacedServices servizi_;
 };
 
 } // namespace lumoscad::prova

@@ -106,9 +106,9 @@ Tabella& LaTabella() {
 
 } // namespace
 
-SshFaults::SshFaults() : Guasti(Trasporto::Ssh), proxy(demo.Ssh().Porta()), dopo(demo.StatoDopo(Variazioni)) {
-  demo.Ssh().RendiNoto(proxy.Porta());
-  ::setenv("NEXARO_SSH_PORTA", std::to_string(proxy.Porta()).c_str(), 1);
+SshFaults::SshFaults() : Guasti(Trasporto::Ssh), proxy(demo.Ssh().Port()), dopo(demo.StatoDopo(Variazioni)) {
+  demo.Ssh().MakeKnown(proxy.Port());
+  ::setenv("NEXARO_SSH_PORTA", std::to_string(proxy.Port()).c_str(), 1);
   ::setenv("NEXARO_ATTESA", Attesa, 1);
   ::unsetenv("NEXARO_CODIFICA");
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
@@ -121,7 +121,7 @@ void SshFaults::TearDown() {
 }
 
 std::unique_ptr<nexaro::HostLink> SshFaults::CreaHost() {
-  return std::make_unique<HostSpiato>(nexaro::CreaHostLink(), [this](std::string_view operazione) {
+  return std::make_unique<HostSpiato>(nexaro::CreateHostLink(), [this](std::string_view operazione) {
     if (primaDi) {
       primaDi(operazione);
     }
@@ -164,11 +164,11 @@ std::string SshFaults::Anonimo(std::string testo) const {
   Sostituisci(testo, demo.Locale().string(), "LOCALE");
   Sostituisci(testo, demo.Host().string(), "HOST");
   Sostituisci(testo, demo.Base().string(), "BASE");
-  Sostituisci(testo, std::to_string(proxy.Porta()), "PORTA");
+  Sostituisci(testo, std::to_string(proxy.Port()), "PORTA");
   Sostituisci(testo, std::string("(porta ") + std::getenv("NEXARO_SSH_PORTA") + ")", "(porta PORTA)");
-  Sostituisci(testo, demo.Ssh().Impronta(), "SHA256:…");
-  Sostituisci(testo, " " + demo.Ssh().Utente() + "@", " UTENTE@");
-  Sostituisci(testo, "«" + demo.Ssh().Utente() + "»", "«UTENTE»");
+  Sostituisci(testo, demo.Ssh().Hash(), "SHA256:…");
+  Sostituisci(testo, " " + demo.Ssh().User() + "@", " UTENTE@");
+  Sostituisci(testo, "«" + demo.Ssh().User() + "»", "«UTENTE»");
   TogliDettaglio(testo);
   Sostituisci(testo, "\r\n", " ↵ ");
   Sostituisci(testo, "\r", " ");
@@ -230,9 +230,9 @@ void SshFaults::Agguato(const fs::path& segnale, std::function<void()> azione) {
 
 void SshFaults::Taglia(bool perSempre) {
   if (perSempre) {
-    proxy.RifiutaDopoLoScatto();
+    proxy.RefuseAfterStrike();
   }
-  proxy.Scatta(Azione::Azzera);
+  proxy.Strike(Azione::Reset);
 }
 
 } // namespace lumoscad::prova

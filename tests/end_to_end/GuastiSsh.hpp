@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Guasti.hpp"
-#include "support/ProxyByte.hpp"
-#include "support/ServerSsh.hpp"
+#include "support/ByteProxy.hpp"
+#include "support/SshServer.hpp"
 
 #include <cstdlib>
 #include <functional>
@@ -17,7 +17,7 @@ namespace lumoscad::prova {
 /// the end and written to the file guasti_ssh.md of the build folder.
 class SshFaults : public Guasti {
  protected:
-  using Azione = ProxyByte::Azione;
+  using Azione = ByteProxy::Action;
 
   SshFaults();
   void TearDown() override;
@@ -48,7 +48,7 @@ class SshFaults : public Guasti {
 
   std::unique_ptr<nexaro::HostLink> CreaHost() override;
 
-  ProxyByte proxy;
+  ByteProxy proxy;
   /// Called with the name of each operation of the link, before it is done.
   std::function<void(std::string_view operazione)> primaDi;
   Fotografia dopo; ///< the database that the request asks for

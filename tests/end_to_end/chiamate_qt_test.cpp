@@ -5,7 +5,7 @@
 #include "FinestraFinta.hpp"
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/qt/QtDesktop.hpp"
 #include "support/OdbcConfiguration.hpp"
@@ -62,16 +62,16 @@ class NestedCall : public testing::Test {
   NestedCall()
       : servizi_({[this]() -> Desktop& { return *desktop_; },
                   [this]() -> nexaro::HostLink& { return *host_; },
-                  [this]() -> const nexaro::Ambiente& { return ambiente_; },
-                  [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
+                  [this]() -> const nexaro::Environment& { return ambiente_; },
+                  [] { return DateTime{2026, 3, 5, 14, 7, 9}; },
                   {},
-                  qt::DoveSonoLeFinestre}) {
+                  qt::WhereTheWindowsAre}) {
     for (const auto& voce : demo.Ambiente()) {
       const auto segno = voce.find('=');
       ::setenv(voce.substr(0, segno).c_str(), voce.substr(segno + 1).c_str(), 1);
     }
-    host_ = nexaro::CreaHostLink();
-    ambiente_ = nexaro::LeggiAmbiente();
+    host_ = nexaro::CreateHostLink();
+    ambiente_ = nexaro::ReadEnvironment();
     test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     orologio_.start();
@@ -157,11 +157,11 @@ class NestedCall : public testing::Test {
     }
   }
 
-  std::unique_ptr<Desktop> desktop_ = qt::CreaDesktop();
+  std::unique_ptr<Desktop> desktop_ = qt::CreateDesktop();
   std::unique_ptr<nexaro::HostLink> host_;
-  nexaro::Ambiente ambiente_;
+  nexaro::Environment ambiente_;
   StatoSostituito stato_;
-  ServiziSostituiti servizi_;
+  ReplacedServices servizi_;
   QString bersaglio_;
   std::string intera_;
   std::function<void(QDialog&)> prepara_;

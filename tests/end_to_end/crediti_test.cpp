@@ -232,8 +232,8 @@ class CreditsForTwo : public Crediti {
 TEST_F(CreditsForTwo, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   const std::string postazione = "DUE" + std::to_string(::getpid());
   std::ofstream(demo.Base() / "ambiente.sh", std::ios::app) << "export NEXARO_POSTAZIONE=" << postazione << "\n";
-  const auto altra = nexaro::CreaEsclusione();
-  ASSERT_FALSE(altra->Attendi(postazione, [] {}));
+  const auto altra = nexaro::CreateProcessLock();
+  ASSERT_FALSE(altra->Wait(postazione, [] {}));
   const auto programma = Avvia("-C 20100023");
   const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
   ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
@@ -244,7 +244,7 @@ TEST_F(CreditsForTwo, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   EXPECT_THAT(Contenuto(demo.Tmp()), ElementsAre("VBCREDITI"));
   EXPECT_FALSE(fs::exists(demo.Registro()));
   EXPECT_TRUE(programma->Vivo());
-  altra->Lascia();
+  altra->LetGo();
   ASSERT_FALSE(schermo.AspettaFinestra(titoloMessaggio, *programma).empty()) << Risultato() << Errori();
   ASSERT_TRUE(schermo.Tasti({"Return"}));
   EXPECT_EQ(programma->Attendi(), 0);

@@ -27,7 +27,7 @@ TEST_F(DatabaseFaults, ADatabaseThatIsNotThereIsReportedAfterAnEmptyScreen) {
                                     "no default driver specified\r\nL'origine dati ODBC «INESISTENTE» non è definita: "
                                     "-DB2SOURCE ne dà il nome come sta in odbc.ini.")},
                   {"VBCREDITI"});
-  EXPECT_EQ(desktop.finestre, 1U);
+  EXPECT_EQ(desktop.windows, 1U);
   EXPECT_FALSE(fs::exists(demo.Registro()));
 }
 
@@ -90,7 +90,7 @@ TEST_F(PostgresFaults, AWrongPasswordIsReportedAndStaysOutOfTheMessage) {
                                     std::to_string(server_->port()) +
                                     " failed: FATAL:  password authentication failed for user \"lumoscad\"")},
                   {"VBCREDITI"});
-  EXPECT_EQ(desktop.finestre, 1U);
+  EXPECT_EQ(desktop.windows, 1U);
   EXPECT_THAT(desktop.box, Not(Contains(HasSubstr("ParolaSbagliata"))));
   EXPECT_FALSE(fs::exists(demo.Registro()));
   EXPECT_THAT(Differenze(contenuto, Fotografa(connessione)), IsEmpty());

@@ -163,7 +163,7 @@ TEST_P(FaultsOverATransport, AListLockedByAnotherTerminalIsNotShown) {
   Scrivi(demo.Tmp() / "VBCREDITI", altro);
   Conferma();
   const auto risultato = Esegui();
-  EXPECT_EQ(desktop.finestre, 0U);
+  EXPECT_EQ(desktop.windows, 0U);
   EXPECT_THAT(istruzioni, IsEmpty());
   VerificaRifiuto(risultato,
                   {"Area CREDITI in manutenzione presso un altro terminale\rUtente : T02\r"

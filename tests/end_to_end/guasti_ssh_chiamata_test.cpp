@@ -18,7 +18,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using Verso = ProxyByte::Verso;
+using Verso = ByteProxy::Direction;
 
 // The call.
 
@@ -32,13 +32,13 @@ TEST_F(SshFaults, AConnectionThatDiedBeforeTheCallIsOpenedAgain) {
   VerificaRiuscito();
   VerificaRimasti({});
   VerificaAvvii(1);
-  EXPECT_EQ(proxy.Connessioni(), 2);
+  EXPECT_EQ(proxy.Connections(), 2);
 }
 
 TEST_F(SshFaults, AServerThatWasStartedAgainIsReachedAgain) {
   primaDi = [this](std::string_view operazione) {
     if (operazione == "EseguiProgramma") {
-      demo.Ssh().Riavvia();
+      demo.Ssh().Restart();
     }
   };
   Prova("Server restarted before the call is sent");
@@ -95,12 +95,12 @@ TEST_F(SshFaults, ACutInTheMiddleOfALongReplyIsAnError) {
   // The encrypted bytes are somewhat more than the reply's own.
   primaDi = [this](std::string_view operazione) {
     if (operazione == "EseguiProgramma") {
-      proxy.ScattaDopo(Verso::AlCliente, 1000000, Azione::Chiudi);
+      proxy.StrikeAfter(Verso::ToClient, 1000000, Azione::Close);
     }
   };
   ProvaCon("Cut after 1 MB of a reply of 4 MB", R"(vero "$@" >/dev/null
 echo '<RISPOSTA><MESSAGGIO>'; head -c 4000000 /dev/zero | tr '\0' x; echo '</MESSAGGIO></RISPOSTA>')");
-  EXPECT_TRUE(proxy.Scattato());
+  EXPECT_TRUE(proxy.HasStruck());
   VerificaFallito();
   VerificaErrore({programma});
   VerificaRimasti({completo, blocco});
@@ -110,7 +110,7 @@ echo '<RISPOSTA><MESSAGGIO>'; head -c 4000000 /dev/zero | tr '\0' x; echo '</MES
 TEST_F(SshFaults, ANetworkThatFallsSilentWhileTheProgramRunsIsGivenUpAfterTheWait) {
   LimitaAttesa(Breve);
   Agguato(demo.Host() / "qui", [this] {
-    proxy.Scatta(Azione::Trattieni);
+    proxy.Strike(Azione::Hold);
     Scrivi(demo.Host() / "via", "");
   });
   ProvaCon("Network silent while the program runs", std::string(Segnala) + "aspetta; vero \"$@\"");
@@ -138,7 +138,7 @@ TEST_F(SshCleanUpFaults, ACutBeforeTheCleanUpIsMended) {
   VerificaRiuscito();
   VerificaRimasti({});
   VerificaAvvii(1);
-  EXPECT_EQ(proxy.Connessioni(), 2);
+  EXPECT_EQ(proxy.Connections(), 2);
 }
 
 TEST_F(SshCleanUpFaults, ACleanUpThatCannotBeDoneFailsTheCommand) {

@@ -2,7 +2,7 @@
 
 #include "CodaPiena.hpp"
 #include "GuastiSsh.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <chrono>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 namespace lumoscad::prova {
 namespace {
 
-using Verso = ProxyByte::Verso;
+using Verso = ByteProxy::Direction;
 namespace fs = std::filesystem;
 
 // The way to the host.
@@ -20,21 +20,21 @@ TEST_F(SshFaults, WithoutAFaultTheSameGesturesChangeTwoRows) {
   VerificaRiuscito();
   VerificaRimasti({});
   VerificaAvvii(1);
-  EXPECT_EQ(proxy.Connessioni(), 1);
+  EXPECT_EQ(proxy.Connections(), 1);
 }
 
 TEST_F(SshFaults, ARefusedConnectionIsReported) {
-  proxy.Rifiuta(true);
+  proxy.Refuse(true);
   Prova("Connection refused");
   VerificaFallito();
   VerificaErrore(
-      {"host 127.0.0.1", "(porta " + std::to_string(proxy.Porta()) + ")", "connessione rifiutata", "NEXARO_SSH_PORTA"});
+      {"host 127.0.0.1", "(porta " + std::to_string(proxy.Port()) + ")", "connessione rifiutata", "NEXARO_SSH_PORTA"});
   VerificaRimasti({});
 }
 
 TEST_F(SshFaults, AHostThatNeverAnswersIsGivenUpAfterTheWait) {
   LimitaAttesa("0.5");
-  proxy.ScattaDopo(Verso::AlServer, 0, Azione::Trattieni);
+  proxy.StrikeAfter(Verso::ToServer, 0, Azione::Hold);
   const auto inizio = std::chrono::steady_clock::now();
   Prova("No answer within the wait");
   // Once to read the lock, once to set it, once to send the request.
@@ -55,43 +55,43 @@ TEST_F(SshFaults, AnAddressThatTakesNoConnectionIsGivenUpAfterTheWait) {
 }
 
 TEST_F(SshFaults, AnUnknownHostKeyIsRefused) {
-  Scrivi(demo.Ssh().Noti(), "");
+  Scrivi(demo.Ssh().KnownHosts(), "");
   Prova("Host key unknown");
   VerificaFallito();
-  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Impronta(), "non è fra gli host noti", "--registra-host"});
+  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Hash(), "non è fra gli host noti", "--registra-host"});
   VerificaRimasti({});
 }
 
 TEST_F(SshFaults, AChangedHostKeyIsRefused) {
-  demo.Ssh().CambiaChiaveHost("ed25519");
+  demo.Ssh().ChangeHostKey("ed25519");
   Prova("Host key changed");
   VerificaFallito();
-  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Impronta(), "diversa da quella nota"});
+  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Hash(), "diversa da quella nota"});
   VerificaRimasti({});
 }
 
 TEST_F(SshFaults, AHostKeyOfAnotherTypeIsRefused) {
-  demo.Ssh().CambiaChiaveHost("ecdsa");
+  demo.Ssh().ChangeHostKey("ecdsa");
   Prova("Host key of another type");
   VerificaFallito();
-  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Impronta(), "di tipo diverso da quella nota"});
+  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Hash(), "di tipo diverso da quella nota"});
   VerificaRimasti({});
 }
 
 TEST_F(SshFaults, AKnownHostsFileThatCannotBeReadLetsNobodyIn) {
-  fs::remove(demo.Ssh().Noti());
-  fs::create_directory(demo.Ssh().Noti());
+  fs::remove(demo.Ssh().KnownHosts());
+  fs::create_directory(demo.Ssh().KnownHosts());
   Prova("Known hosts file unreadable");
   VerificaFallito();
-  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Impronta(), "non può essere letto"});
+  VerificaErrore({"L'host 127.0.0.1", demo.Ssh().Hash(), "non può essere letto"});
   VerificaRimasti({});
 }
 
 TEST_F(SshFaults, AKeyThatTheHostDoesNotAcceptIsReported) {
-  ::setenv("NEXARO_SSH_CHIAVE", demo.Ssh().ChiaveEstranea().c_str(), 1);
+  ::setenv("NEXARO_SSH_CHIAVE", demo.Ssh().ForeignKey().c_str(), 1);
   Prova("No key accepted");
   VerificaFallito();
-  VerificaErrore({"host 127.0.0.1", "nessuna chiave", demo.Ssh().Utente(), "non accettata", "NEXARO_SSH_CHIAVE"});
+  VerificaErrore({"host 127.0.0.1", "nessuna chiave", demo.Ssh().User(), "non accettata", "NEXARO_SSH_CHIAVE"});
   VerificaRimasti({});
 }
 
@@ -144,7 +144,7 @@ TEST_F(SshFaults, AFileThatMayHaveBeenMadeIsLeftAloneAndSaid) {
 
 TEST_F(SshFaults, ANetworkThatFallsSilentDuringTheUploadIsGivenUpAfterTheWait) {
   LimitaAttesa(Breve);
-  Ferma("InviaFile", "scrivi prima", [this] { proxy.Scatta(Azione::Trattieni); });
+  Ferma("InviaFile", "scrivi prima", [this] { proxy.Strike(Azione::Hold); });
   Prova("Network silent during the upload");
   VerificaFallito();
   VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost, "entro 3 secondi"});
@@ -155,10 +155,10 @@ TEST_F(SshFaults, ALongUploadThatBreaksOffIsReported) {
   const auto locale = demo.Locale() / "lungo";
   Scrivi(locale, std::string(4U << 20U, 'x'));
   const auto host = CreaHost();
-  proxy.ScattaDopo(Verso::AlServer, 1U << 20U, Azione::Chiudi);
+  proxy.StrikeAfter(Verso::ToServer, 1U << 20U, Azione::Close);
   const auto invia = [&] { host->InviaFile("127.0.0.1", locale.string(), "/tmp/lungo"); };
-  EXPECT_THROW(invia(), ErroreRuntime);
-  EXPECT_TRUE(proxy.Scattato());
+  EXPECT_THROW(invia(), RuntimeError);
+  EXPECT_TRUE(proxy.HasStruck());
   invia();
   EXPECT_EQ(fs::file_size(demo.Tmp() / "lungo"), 4U << 20U);
 }

@@ -4,7 +4,7 @@
 #include "Dimostrazione.hpp"
 #include "Figlio.hpp"
 #include "platform/nexaro/Nexaro.hpp"
-#include "support/ServerSsh.hpp"
+#include "support/SshServer.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -42,13 +42,13 @@ struct Risorse {
   std::size_t processi = 0; ///< of the server
 };
 
-Risorse Misura(const ServerSsh& server) {
+Risorse Misura(const SshServer& server) {
   Risorse risorse;
   long totale = 0;
   std::ifstream("/proc/self/statm") >> totale >> risorse.memoria;
   risorse.memoria *= ::sysconf(_SC_PAGESIZE) / 1024;
   risorse.file = FileAperti("self");
-  const auto processi = server.Processi();
+  const auto processi = server.Processes();
   for (const auto processo : processi) {
     risorse.fileServer += FileAperti(std::to_string(processo));
   }
@@ -57,7 +57,7 @@ Risorse Misura(const ServerSsh& server) {
 }
 
 /// The resources once the server has put away what served the last request.
-Risorse MisuraFerma(const ServerSsh& server) {
+Risorse MisuraFerma(const SshServer& server) {
   Risorse prima = Misura(server);
   Risorse dopo;
   EXPECT_TRUE(Finche([&] {
@@ -70,13 +70,13 @@ Risorse MisuraFerma(const ServerSsh& server) {
 
 /// One request as a command makes it: upload, rename, call, clean-up.
 void Richiedi(nexaro::HostLink& host, const std::string& locale, const std::string& remoto) {
-  const auto indirizzo = ServerSsh::Indirizzo();
+  const auto indirizzo = SshServer::Address();
   host.InviaFile(indirizzo, locale, remoto);
   std::string testo;
   host.RinominaFile(indirizzo, remoto, remoto + ".dos", testo);
   std::string risposta;
   nexaro::XMLParser parser;
-  parser.Parse = [&risposta](const xml::Nodo& nodo) { risposta = nodo.valore; };
+  parser.Parse = [&risposta](const xml::Nodo& nodo) { risposta = nodo.value; };
   host.EseguiProgramma(indirizzo, "VB0001",
                        {"01", "CANALIZZAZIONE", "CREDITI", "T01", remoto + ".dos", "", "", "", "", "", ""}, parser);
   ASSERT_EQ(risposta, "Variata 1 scadenza");
@@ -93,7 +93,7 @@ TEST(SshLeaks, AThousandRequestsOverOneConnectionLeaveNothingBehind) {
   }
   const auto locale = (demo.Locale() / "richiesta").string();
   Scrivi(locale, "20100023,2025/46,,,,20251219,20251219,20260415,60100002,,2\r\n");
-  const auto host = nexaro::CreaHostLink();
+  const auto host = nexaro::CreateHostLink();
   Risorse prima;
   for (int ciclo = 0; ciclo < Cicli; ++ciclo) {
     ASSERT_NO_FATAL_FAILURE(Richiedi(*host, locale, "/tmp/T0120260305" + std::to_string(100000 + ciclo))) << ciclo;
@@ -117,7 +117,7 @@ TEST(SshLeaks, AThousandRequestsOverOneConnectionLeaveNothingBehind) {
   EXPECT_THAT(Contenuto(demo.Locale()), testing::ElementsAre("richiesta"));
   const auto registro = Leggi(demo.Registro());
   EXPECT_EQ(std::count(registro.begin(), registro.end(), '\n'), Cicli) << "every request ran once";
-  const auto accessi = Leggi(demo.Ssh().Registro());
+  const auto accessi = Leggi(demo.Ssh().Log());
   EXPECT_EQ(accessi.find("Accepted publickey"), accessi.rfind("Accepted publickey")) << "one connection";
   EXPECT_NE(accessi.find("Accepted publickey"), std::string::npos);
 }

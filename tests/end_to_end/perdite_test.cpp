@@ -2,7 +2,7 @@
 
 #include "database/BaseDati.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <array>
 #include <cstdio>
@@ -60,23 +60,23 @@ TEST(Leaks, TenThousandCommandsLeaveNeitherMemoryNorOpenFiles) {
                                    {"-T SOSPESO /A -C C01 -P 2006   1", "<R>", "error"},
                                    {"-T EXTRA /A -DEMO", accettata, ""},
                                    {"-T TEST -DB2SCHEMA manca", accettata, "error"}}};
-  Banco banco;
+  TestBench banco;
   LumoScadenze lumo;
   Risorse prima;
   for (int i = 0; i < Comandi; ++i) {
     const Caso& caso = casi.at(static_cast<std::size_t>(i) % casi.size());
-    banco.host.risposta = caso.risposta;
+    banco.host.reply = caso.risposta;
     ASSERT_EQ(lumo.EseguiLumoScad(caso.comando + " " + base.Opzioni()), caso.risultato) << i << ": " << caso.comando;
     // What the test itself takes note of is no leak of the component.
-    banco.istruzioni.clear();
+    banco.statements.clear();
     banco.host.operazioni.clear();
     banco.host.host.clear();
-    banco.host.chiamate.clear();
+    banco.host.calls.clear();
     banco.desktop.box.clear();
-    banco.desktop.titoli.clear();
-    banco.desktop.attese.clear();
-    banco.desktop.intervalli.clear();
-    banco.desktop.puntatori.clear();
+    banco.desktop.titles.clear();
+    banco.desktop.waits.clear();
+    banco.desktop.intervals.clear();
+    banco.desktop.pointers.clear();
     if (i + 1 == Avvio) {
       prima = Misura();
     }

@@ -3,7 +3,7 @@
 #include "Dimostrazione.hpp"
 #include "Figlio.hpp"
 #include "support/Paths.hpp"
-#include "support/ServerSsh.hpp"
+#include "support/SshServer.hpp"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -76,27 +76,27 @@ INSTANTIATE_TEST_SUITE_P(Transports, HostTestReadHalfway, testing::Values(Traspo
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 TEST_F(HostTest, AnUnknownHostIsReachedOnlyAfterItsKeyWasTakenInWithAYes) {
-  Scrivi(demo.Ssh().Noti(), "");
+  Scrivi(demo.Ssh().KnownHosts(), "");
   const auto rifiutato = AllOf(testing::StartsWith("1\n"), HasSubstr("non è fra gli host noti"),
-                               HasSubstr(demo.Ssh().Impronta()), Not(HasSubstr(" riuscito: il")));
+                               HasSubstr(demo.Ssh().Hash()), Not(HasSubstr(" riuscito: il")));
   EXPECT_THAT(Lancia({"--prova-host", indirizzo}), rifiutato);
   for (const char* risposta : {"no\n", "", "s\n", "yes\n"}) {
     EXPECT_THAT(Lancia({"--registra-host", indirizzo}, risposta),
-                AllOf(testing::StartsWith("3\n"), HasSubstr(demo.Ssh().Impronta())));
-    EXPECT_EQ(Leggi(demo.Ssh().Noti()), "");
+                AllOf(testing::StartsWith("3\n"), HasSubstr(demo.Ssh().Hash())));
+    EXPECT_EQ(Leggi(demo.Ssh().KnownHosts()), "");
   }
   EXPECT_THAT(Lancia({"--registra-host", indirizzo}, "sì\n"),
-              AllOf(testing::StartsWith("0\n"), HasSubstr(demo.Ssh().Impronta())));
-  EXPECT_THAT(Leggi(demo.Ssh().Noti()), HasSubstr(demo.Ssh().ChiavePubblicaHost()));
+              AllOf(testing::StartsWith("0\n"), HasSubstr(demo.Ssh().Hash())));
+  EXPECT_THAT(Leggi(demo.Ssh().KnownHosts()), HasSubstr(demo.Ssh().HostPublicKey()));
   EXPECT_THAT(Lancia({"--prova-host", indirizzo}), testing::StartsWith("0\n"));
 }
 
 TEST_F(HostTest, AChangedKeyIsNotTakenInByRegistering) {
-  const auto prima = Leggi(demo.Ssh().Noti());
-  demo.Ssh().CambiaChiaveHost();
+  const auto prima = Leggi(demo.Ssh().KnownHosts());
+  demo.Ssh().ChangeHostKey();
   EXPECT_THAT(Lancia({"--registra-host", indirizzo}, "sì\n"),
               AllOf(Not(testing::StartsWith("0\n")), HasSubstr("diversa da quella nota")));
-  EXPECT_EQ(Leggi(demo.Ssh().Noti()), prima);
+  EXPECT_EQ(Leggi(demo.Ssh().KnownHosts()), prima);
 }
 
 } // namespace

@@ -3,10 +3,10 @@
 #include "Dimostrazione.hpp"
 #include "host/RichiestaScadenze.hpp"
 #include "host/Richieste.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/nexaro/Nexaro.hpp"
-#include "support/AltroProcesso.hpp"
-#include "support/Prova.hpp"
+#include "support/OtherProcess.hpp"
+#include "support/TestBench.hpp"
 
 #include <array>
 #include <atomic>
@@ -56,7 +56,7 @@ VariazioneConsegna Documento() {
 }
 
 /// The clock of every process, `passo` to a second: a hundred rounds need not last minutes.
-DataOra OraAccelerata(std::chrono::milliseconds passo) {
+DateTime OraAccelerata(std::chrono::milliseconds passo) {
   const auto secondi = std::chrono::steady_clock::now().time_since_epoch() / passo;
   const auto parte = [secondi](long divisore, long modulo) { return static_cast<int>(secondi / divisore % modulo); };
   return {2026, 3, 1 + parte(86400, 28), parte(3600, 24), parte(60, 60), parte(1, 60)};
@@ -94,10 +94,10 @@ class Turns : public testing::Test {
  protected:
   Turns() {
     ::setenv("NEXARO_ATTESA", "0.3", 1);
-    banco_.ambiente.CodicePostazione = postazione_;
-    banco_.ambiente.CartellaLocale = (base_ / "locale").string();
-    esclusione_ = nexaro::CreaEsclusione();
-    servizi().esclusione = [this]() -> nexaro::Esclusione& { return *esclusione_; };
+    banco_.environment.CodicePostazione = postazione_;
+    banco_.environment.CartellaLocale = (base_ / "locale").string();
+    esclusione_ = nexaro::CreateProcessLock();
+    activeServices().processLock = [this]() -> nexaro::ProcessLock& { return *esclusione_; };
     for (const char* cartella : {"locale", "locale0", "locale1", "tmp", "programmi", "registro"}) {
       fs::create_directories(base_ / cartella);
     }
@@ -110,33 +110,33 @@ class Turns : public testing::Test {
 
   /// Another program of this workstation, between the naming of its request and its clean-up.
   [[nodiscard]] std::function<void()> HaIlTurno() const {
-    return [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Attendi(postazione_, [] {})); };
+    return [this] { static_cast<void>(nexaro::CreateProcessLock().release()->Wait(postazione_, [] {})); };
   }
 
   /// What becomes of a request: "" or its error's text.
   static std::string Esito(const std::function<std::string()>& invio) {
     try {
       return invio();
-    } catch (const ErroreRuntime& errore) {
-      return errore.Testo();
+    } catch (const RuntimeError& errore) {
+      return errore.Text();
     }
   }
   static std::string Invia() {
     return Esito([] { return ScriviRichiestaCanalizzazione("h", "01", {Rata("C1")}, "CREDITI"); });
   }
 
-  /// Becomes one of two programs that send a request in each round, and ends; its words are in `errori`.
+  /// Becomes one of two programs that send a request in each round, and ends; its words are in `errors`.
   [[noreturn]] void Lavora(int quale, int giri, bool altraCartella, std::chrono::milliseconds passo,
                            Barriera& barriera) {
     ::alarm(100);
     ::setenv("NEXARO_ATTESA", "60", 1);
     ::setenv("NEXARO_TRASPORTO", "cartella", 1);
     ::setenv("NEXARO_RADICE", base_.c_str(), 1);
-    nexaro::HostLink& link = *nexaro::CreaHostLink().release();
-    esclusione_ = nexaro::CreaEsclusione();
-    servizi().hostLink = [&link]() -> nexaro::HostLink& { return link; };
-    servizi().adesso = [passo] { return OraAccelerata(passo); };
-    banco_.ambiente.CartellaLocale = (base_ / ("locale" + std::to_string(altraCartella ? quale : 0))).string();
+    nexaro::HostLink& link = *nexaro::CreateHostLink().release();
+    esclusione_ = nexaro::CreateProcessLock();
+    activeServices().hostLink = [&link]() -> nexaro::HostLink& { return link; };
+    activeServices().localTime = [passo] { return OraAccelerata(passo); };
+    banco_.environment.CartellaLocale = (base_ / ("locale" + std::to_string(altraCartella ? quale : 0))).string();
     std::ofstream errori(base_ / ("errori" + std::to_string(quale)));
     for (int giro = 0; giro < giri; ++giro) {
       const std::string conto = "C" + std::to_string(quale) + "." + std::to_string(giro);
@@ -194,8 +194,8 @@ class Turns : public testing::Test {
 
   const std::string postazione_ = "PROVA" + std::to_string(::getpid());
   const fs::path base_ = fs::temp_directory_path() / ("lumoscad-" + postazione_);
-  Banco banco_;
-  std::unique_ptr<nexaro::Esclusione> esclusione_;
+  TestBench banco_;
+  std::unique_ptr<nexaro::ProcessLock> esclusione_;
   std::map<std::string, std::set<std::string>> nomi_; ///< the processes that used a name
   std::multiset<std::string> conti_;
 };
@@ -218,9 +218,9 @@ TEST_F(Turns, OnTheMachinesOwnSecondsTheyAreLateByASecondAndNotLost) {
 }
 
 TEST_F(Turns, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
-  const AltroProcesso altro(HaIlTurno());
-  ASSERT_TRUE(altro.Riuscito());
-  const std::string attesa = "Un altro programma (processo " + std::to_string(altro.Numero()) + ")";
+  const OtherProcess altro(HaIlTurno());
+  ASSERT_TRUE(altro.Succeeded());
+  const std::string attesa = "Un altro programma (processo " + std::to_string(altro.Number()) + ")";
   const std::vector<std::pair<std::string, std::function<std::string()>>> scrittori{
       {"-2147467259 ", [] { return ScriviRichiestaCanalizzazione("h", "01", {Rata("C1")}, "CREDITI"); }},
       {"-2147467259 ", [] { return ScriviRichiestaBancaPresunti("h", "01", {Documento()}, "PRESUNTI"); }},
@@ -232,25 +232,25 @@ TEST_F(Turns, TheEndOfTheWaitIsAnErrorOfEveryWriterBeforeAnythingIsSent) {
     const std::string esito = Esito(scrittore);
     EXPECT_THAT(esito, StartsWith(numero + attesa));
     EXPECT_THAT(esito, HasSubstr("entro 0,300 secondi. La richiesta non è stata inviata all'host."));
-    EXPECT_THAT(banco_.desktop.puntatori, Contains(Puntatore::Clessidra));
-    EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
+    EXPECT_THAT(banco_.desktop.pointers, Contains(Pointer::Hourglass));
+    EXPECT_EQ(banco_.desktop.pointers.back(), Pointer::Standard);
   }
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   EXPECT_THAT(Contenuto(base_ / "locale"), IsEmpty());
 }
 
 TEST_F(Turns, WhileItWaitsTheHourglassShowsAndEventsRun) {
-  const AltroProcesso altro(HaIlTurno());
-  ASSERT_TRUE(altro.Riuscito());
+  const OtherProcess altro(HaIlTurno());
+  ASSERT_TRUE(altro.Succeeded());
   EXPECT_NE(Esito([] { return ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", "30/04/2006"}}); }), "");
-  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
-  EXPECT_GE(banco_.desktop.respiri, 5U);
+  EXPECT_THAT(banco_.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Standard));
+  EXPECT_GE(banco_.desktop.breaths, 5U);
 }
 
 TEST_F(Turns, ARequestWithoutARowWaitsForNobodyAndTouchesNoFileOfAnothers) {
-  const AltroProcesso altro(HaIlTurno());
-  ASSERT_TRUE(altro.Riuscito());
-  const std::string nome = banco_.ambiente.CartellaLocale + "/" + postazione_ + "20060305140709";
+  const OtherProcess altro(HaIlTurno());
+  ASSERT_TRUE(altro.Succeeded());
+  const std::string nome = banco_.environment.CartellaLocale + "/" + postazione_ + "20060305140709";
   std::ofstream(nome) << "C1,1,20060331,20060430\r\n";
   EXPECT_EQ(Esito([] { return ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", " "}}); }), "");
   EXPECT_EQ(std::filesystem::file_size(nome), 24U);
@@ -262,16 +262,16 @@ TEST_F(Turns, ARequestWithoutARowWaitsForNobodyAndTouchesNoFileOfAnothers) {
 
 TEST_F(Turns, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
   ::setenv("NEXARO_ATTESA", "30", 1);
-  esclusione_ = nexaro::CreaEsclusione();
-  AltroProcesso altro(HaIlTurno());
-  ASSERT_TRUE(altro.Riuscito());
+  esclusione_ = nexaro::CreateProcessLock();
+  OtherProcess altro(HaIlTurno());
+  ASSERT_TRUE(altro.Succeeded());
   int letture = 0;
-  servizi().adesso = [&letture] { return DataOra{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
+  activeServices().localTime = [&letture] { return DateTime{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
   // The desktop is asked for twice before the turn, and then at every look during the wait.
   int richieste = 0;
-  servizi().desktop = [&]() -> Desktop& {
+  activeServices().desktop = [&]() -> Desktop& {
     if (++richieste == 5) {
-      altro.Uccidi();
+      altro.Kill();
     }
     return banco_.desktop;
   };
@@ -281,14 +281,14 @@ TEST_F(Turns, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
 }
 
 TEST_F(Turns, ASecondThatALivingProcessHasUsedIsNotTakenWithoutAWaitEither) {
-  const AltroProcesso altro([this] {
-    if (!nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")) {
-      throw ErroreRuntime(errori::ErroreInterno, "taken");
+  const OtherProcess altro([this] {
+    if (!nexaro::CreateProcessLock().release()->Reserve(postazione_ + "20060305140709")) {
+      throw RuntimeError(errors::InternalError, "taken");
     }
   });
-  ASSERT_TRUE(altro.Riuscito());
+  ASSERT_TRUE(altro.Succeeded());
   int letture = 0;
-  servizi().adesso = [&letture] { return DataOra{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
+  activeServices().localTime = [&letture] { return DateTime{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
   EXPECT_EQ(Invia(), "");
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
 }
@@ -301,31 +301,31 @@ TEST_F(Turns, RequestsOfOneProcessWithinASecondHaveOneName) {
 }
 
 TEST_F(Turns, AClockThatStandsStillIsSaidAndNothingIsSent) {
-  const AltroProcesso altro(
-      [this] { static_cast<void>(nexaro::CreaEsclusione().release()->Riserva(postazione_ + "20060305140709")); });
-  ASSERT_TRUE(altro.Riuscito());
+  const OtherProcess altro(
+      [this] { static_cast<void>(nexaro::CreateProcessLock().release()->Reserve(postazione_ + "20060305140709")); });
+  ASSERT_TRUE(altro.Succeeded());
   EXPECT_THAT(Invia(), testing::AllOf(HasSubstr("l'orologio della macchina non va avanti"),
                                       HasSubstr("La richiesta non è stata inviata all'host.")));
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito()) << "the turn was kept";
+  EXPECT_TRUE(OtherProcess(HaIlTurno()).Succeeded()) << "the turn was kept";
 }
 
 TEST_F(Turns, ARequestThatFailsLetsTheNextOneIn) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Guasto."); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(errors::FileAccess, "Guasto."); };
   EXPECT_EQ(Invia(), "75 Guasto.");
-  EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito());
+  EXPECT_TRUE(OtherProcess(HaIlTurno()).Succeeded());
 }
 
 TEST_F(Turns, TheTurnLastsUntilTheCleanUpAndNoLonger) {
   std::vector<std::string> libere;
-  banco_.host.guasto = [&](const std::string& operazione) {
-    if (AltroProcesso(HaIlTurno()).Riuscito()) {
+  banco_.host.fault = [&](const std::string& operazione) {
+    if (OtherProcess(HaIlTurno()).Succeeded()) {
       libere.push_back(operazione);
     }
   };
   EXPECT_EQ(Invia(), "");
   EXPECT_THAT(libere, IsEmpty());
-  EXPECT_TRUE(AltroProcesso(HaIlTurno()).Riuscito());
+  EXPECT_TRUE(OtherProcess(HaIlTurno()).Succeeded());
 }
 
 } // namespace lumoscad::prova

@@ -2,8 +2,8 @@
 
 #include "common/Testo.hpp"
 #include "handlers/Blocco.hpp"
-#include "platform/FileLocale.hpp"
-#include "support/Prova.hpp"
+#include "platform/LocalFile.hpp"
+#include "support/TestBench.hpp"
 
 namespace lumoscad::fuzz {
 
@@ -13,16 +13,16 @@ void Blocco(Ingresso ingresso) {
   }
   std::string contenuto(Testo(ingresso.subspan(1)));
   // A lock longer than what is read of one.
-  while ((ingresso[0] & 1U) != 0 && !contenuto.empty() && contenuto.size() <= MassimoLetto) {
+  while ((ingresso[0] & 1U) != 0 && !contenuto.empty() && contenuto.size() <= MaxRead) {
     contenuto += contenuto;
   }
   const std::string file = "/tmp/VBCREDITI";
-  prova::Banco banco;
+  prova::TestBench banco;
   banco.host.file[file] = contenuto;
   const std::string chi = BloccaArea("10.0.0.1", "CREDITI");
   const std::string prima = contenuto.substr(0, contenuto.find_first_of("\r\n"));
   Esigi(MaggioreDiSpazio(chi) || chi.empty(), "un blocco di nessuno");
-  Esigi(!chi.empty() || (contenuto.size() <= MassimoLetto && !MaggioreDiSpazio(prima)), "preso il blocco di un altro");
+  Esigi(!chi.empty() || (contenuto.size() <= MaxRead && !MaggioreDiSpazio(prima)), "preso il blocco di un altro");
   if (chi.empty()) {
     Esigi(banco.desktop.box.empty() && banco.host.file[file].starts_with("Utente : T01\r\n"), "libero e non preso");
     static_cast<void>(SbloccaArea("10.0.0.1", "CREDITI"));

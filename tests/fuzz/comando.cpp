@@ -3,8 +3,8 @@
 #include "common/Testo.hpp"
 #include "database/moduloDatabase.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -52,10 +52,10 @@ bool HaSottocomando(const Lettura& lettura) {
   return lettura.tipo == "TEST" || (lettura.tipo == "CONSEGNA" && uno({"/PRESUNTI"}));
 }
 
-void PreparaHost(prova::HostRegistrato& host, std::string_view testo) {
+void PreparaHost(prova::RecordedHost& host, std::string_view testo) {
   const auto risposta = Parte(testo, '\n', 1);
   if (!risposta.empty()) {
-    host.risposta = risposta;
+    host.reply = risposta;
   }
   const auto blocco = Parte(testo, '\n', 2);
   if (!blocco.empty()) {
@@ -66,29 +66,29 @@ void PreparaHost(prova::HostRegistrato& host, std::string_view testo) {
   const auto guasta = Parte(testo, '\n', 3);
   if (!guasta.empty()) {
     const auto quale = static_cast<std::size_t>(static_cast<unsigned char>(guasta.front()) % 16);
-    host.guasto = [&host, quale](const std::string& operazione) {
+    host.fault = [&host, quale](const std::string& operazione) {
       if (host.operazioni.size() == quale + 1) {
-        throw ErroreRuntime(errori::Driver, "Guasto di " + operazione);
+        throw RuntimeError(errors::Driver, "Guasto di " + operazione);
       }
     };
   }
 }
 
 /// The host's reply is repeated to the person and may itself spell the canary: then nothing can be told.
-bool Rivela(const prova::Banco& banco) {
+bool Rivela(const prova::TestBench& banco) {
   const auto contiene = [](std::string_view testo) { return testo.find(Canarino) != std::string_view::npos; };
   bool trovato = std::any_of(banco.desktop.box.begin(), banco.desktop.box.end(), contiene) ||
                  std::any_of(banco.host.operazioni.begin(), banco.host.operazioni.end(), contiene) ||
-                 std::any_of(banco.host.inviati.begin(), banco.host.inviati.end(), contiene);
-  for (const auto& parametri : banco.host.chiamate) {
+                 std::any_of(banco.host.uploads.begin(), banco.host.uploads.end(), contiene);
+  for (const auto& parametri : banco.host.calls) {
     trovato = trovato || std::any_of(parametri.begin(), parametri.end(), contiene);
   }
   return trovato;
 }
 
-void ControllaLocale(const prova::Banco& banco) {
+void ControllaLocale(const prova::TestBench& banco) {
   namespace fs = std::filesystem;
-  for (const auto& voce : fs::directory_iterator(banco.ambiente.CartellaLocale)) {
+  for (const auto& voce : fs::directory_iterator(banco.environment.CartellaLocale)) {
     const auto nome = voce.path().filename().string();
     Esigi(nome.starts_with("VB"), "resta un file locale che non è un blocco");
   }
@@ -100,7 +100,7 @@ void Comando(Ingresso ingresso) {
   TogliLeSorgenti();
   const std::string_view testo = Testo(ingresso);
   const std::string riga = std::string(Parte(testo, '\n', 0)) + " -X x -DB2PASS " + std::string(Canarino);
-  prova::Banco banco;
+  prova::TestBench banco;
   PreparaHost(banco.host, testo);
   const std::string risultato = LumoScadenze().EseguiLumoScad(riga);
 
@@ -114,8 +114,7 @@ void Comando(Ingresso ingresso) {
           "un comando che non c'è ha fatto qualcosa");
   }
   Esigi(testo.find(Canarino) != std::string_view::npos || !Rivela(banco), "la password è uscita");
-  Esigi(banco.desktop.puntatori.empty() || risultato == "error" ||
-            banco.desktop.puntatori.back() == Puntatore::Predefinito,
+  Esigi(banco.desktop.pointers.empty() || risultato == "error" || banco.desktop.pointers.back() == Pointer::Standard,
         "il puntatore è rimasto una clessidra");
   ControllaLocale(banco);
 }

@@ -1,6 +1,6 @@
 #include "Bersagli.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/ConnectionText.hpp"
 
 #include <algorithm>
@@ -31,9 +31,9 @@ constexpr std::array<std::string_view, 10> ErroriAmmessi{
 template <typename Lettura> auto Prova(Lettura lettura) -> std::optional<decltype(lettura())> {
   try {
     return lettura();
-  } catch (const ErroreRuntime& errore) {
-    Esigi(errore.Numero() == errori::Driver, "numero d'errore sconosciuto");
-    Esigi(std::find(ErroriAmmessi.begin(), ErroriAmmessi.end(), errore.Descrizione()) != ErroriAmmessi.end(),
+  } catch (const RuntimeError& errore) {
+    Esigi(errore.Number() == errors::Driver, "numero d'errore sconosciuto");
+    Esigi(std::find(ErroriAmmessi.begin(), ErroriAmmessi.end(), errore.Description()) != ErroriAmmessi.end(),
           "errore sconosciuto");
     return std::nullopt;
   }
@@ -95,7 +95,7 @@ void ControllaOdbc(const std::string& testo, const ConnectionSettings& impostazi
 
 void Connessione(Ingresso ingresso) {
   const std::string_view testo = Testo(ingresso);
-  const auto impostazioni = Prova([&] { return ado::LeggiTestoConnessione(testo); });
+  const auto impostazioni = Prova([&] { return ado::ReadConnectionText(testo); });
   if (!impostazioni) {
     return;
   }
@@ -105,9 +105,9 @@ void Connessione(Ingresso ingresso) {
                                   ";UID=" + TraVirgolette(impostazioni->UserId, virgolette) +
                                   " ;Password=" + TraVirgolette(impostazioni->Password, virgolette) +
                                   ";Connect Timeout=" + std::to_string(impostazioni->ConnectTimeout);
-    Esigi(Uguali(ado::LeggiTestoConnessione(riscritto), *impostazioni), "il testo riscritto dà altre impostazioni");
+    Esigi(Uguali(ado::ReadConnectionText(riscritto), *impostazioni), "il testo riscritto dà altre impostazioni");
   }
-  const auto odbc = Prova([&] { return ado::TestoOdbc(*impostazioni); });
+  const auto odbc = Prova([&] { return ado::OdbcText(*impostazioni); });
   if (odbc) {
     ControllaOdbc(*odbc, *impostazioni);
   }

@@ -2,8 +2,8 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -67,14 +67,14 @@ void ConvertiAndataERitorno(const std::string& data) {
 }
 
 void Date(std::string_view testo) {
-  prova::DesktopRecitato desktop;
-  const ServiziSostituiti servizi({[&]() -> Desktop& { return desktop; },
-                                   {},
-                                   {},
-                                   [] {
-                                     return DataOra{2006, 3, 5};
-                                   },
-                                   {}});
+  prova::ScriptedDesktop desktop;
+  const ReplacedServices servizi({[&]() -> Desktop& { return desktop; },
+                                  {},
+                                  {},
+                                  [] {
+                                    return DateTime{2006, 3, 5};
+                                  },
+                                  {}});
   const std::string data = ControllaData(testo);
   Esigi(desktop.box.size() == (data == " " && !testo.empty() ? 1U : 0U), "un solo messaggio per ogni data rifiutata");
   if (const auto attesa = DataDiCifre(SenzaSpaziAiLati(testo))) {
@@ -91,8 +91,8 @@ void Date(std::string_view testo) {
 template <typename Conversione> std::optional<std::string> Tenta(Conversione conversione) {
   try {
     return conversione();
-  } catch (const ErroreRuntime& errore) {
-    Esigi(errore.Numero() == errori::TipoNonCorrispondente || errore.Numero() == errori::IndiceNonValido,
+  } catch (const RuntimeError& errore) {
+    Esigi(errore.Number() == errors::TypeMismatch || errore.Number() == errors::SubscriptOutOfRange,
           "numero d'errore sconosciuto");
     return std::nullopt;
   }

@@ -5,8 +5,8 @@
 #include "common/Testo.hpp"
 #include "host/RichiestaScadenze.hpp"
 #include "host/Richieste.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -100,9 +100,9 @@ bool Controlli(std::string_view testo) {
 }
 
 /// What was uploaded is what the records say, the program reads it back record by record, and no file is left.
-void Confronta(const prova::Banco& banco, const std::optional<std::string>& atteso, std::size_t record,
+void Confronta(const prova::TestBench& banco, const std::optional<std::string>& atteso, std::size_t record,
                Controllo controllo) {
-  const auto& inviati = banco.host.inviati;
+  const auto& inviati = banco.host.uploads;
   if (!atteso) {
     Esigi(inviati.empty() && banco.host.operazioni.empty(), "è partita una richiesta che non si può scrivere");
     return;
@@ -115,16 +115,16 @@ void Confronta(const prova::Banco& banco, const std::optional<std::string>& atte
   Esigi(!letti || !conControlli, "il programma ha accettato un carattere di controllo");
 }
 
-void ControllaScrittura(const prova::Banco& banco, const std::function<std::string()>& scrivi,
+void ControllaScrittura(const prova::TestBench& banco, const std::function<std::string()>& scrivi,
                         const std::optional<std::string>& atteso) {
   try {
     Esigi(scrivi().empty() && atteso, "una richiesta riuscita che doveva fallire");
-  } catch (const ErroreRuntime& errore) {
-    Esigi(!atteso && errore.Numero() == errori::ErroreTrasferimento, "una richiesta fallita che doveva riuscire");
-    Esigi(errore.Testo().starts_with("13 ") || errore.Testo().starts_with("9 "), "un altro errore");
+  } catch (const RuntimeError& errore) {
+    Esigi(!atteso && errore.Number() == errors::TransferError, "una richiesta fallita che doveva riuscire");
+    Esigi(errore.Text().starts_with("13 ") || errore.Text().starts_with("9 "), "un altro errore");
   }
-  Esigi(std::filesystem::is_empty(banco.ambiente.CartellaLocale), "il file locale non è stato tolto");
-  Esigi(banco.desktop.puntatori.back() == Puntatore::Predefinito, "il puntatore è rimasto una clessidra");
+  Esigi(std::filesystem::is_empty(banco.environment.CartellaLocale), "il file locale non è stato tolto");
+  Esigi(banco.desktop.pointers.back() == Pointer::Standard, "il puntatore è rimasto una clessidra");
 }
 
 void Canalizzazione(std::string_view testo) {
@@ -147,7 +147,7 @@ void Canalizzazione(std::string_view testo) {
     riga.insert(riga.end(), {c[5], c[11] == "B" ? c[6] : "", c[8]});
     return true;
   });
-  const prova::Banco banco;
+  const prova::TestBench banco;
   ControllaScrittura(
       banco, [&] { return ScriviRichiestaCanalizzazione("h", "01", variazioni, "CREDITI"); }, atteso);
   Confronta(banco, atteso, record.size(), demo::ControllaCanalizzazione);
@@ -170,7 +170,7 @@ void BancaPresunti(std::string_view testo) {
     riga = {c[0], "", c[2], c[3], c[1], "", "", "", c[4], c[9] == "B" ? c[5] : "", ""};
     return true;
   });
-  const prova::Banco banco;
+  const prova::TestBench banco;
   ControllaScrittura(
       banco, [&] { return ScriviRichiestaBancaPresunti("h", "01", variazioni, "PRESUNTI"); }, atteso);
   Confronta(banco, atteso, record.size(), demo::ControllaBancaPresunti);
@@ -183,7 +183,7 @@ void Consegna(std::string_view testo) {
     riga = {c[0], c[1], c[3], c[2]};
     return ConDate(riga, {{&c[6], true}, {&c[7], true}, {&c[8], true}});
   });
-  const prova::Banco banco;
+  const prova::TestBench banco;
   ControllaScrittura(
       banco, [&] { return ScriviRichiestaConsegna("h", "01", variazioni, "PRESUNTI"); }, atteso);
   Confronta(banco, atteso, record.size(), demo::ControllaConsegna);
@@ -211,13 +211,13 @@ void Scadenze(std::string_view testo) {
   if (!dateLeggibili || spediti.size() > MassimoRighe || std::any_of(spediti.begin(), spediti.end(), nessuna)) {
     atteso.reset();
   }
-  const prova::Banco banco;
+  const prova::TestBench banco;
   try {
     // The reply action finds no database.
     const std::string risultato = ScriviRichiestaScadenze(righe);
     Esigi(atteso && (risultato.empty() || risultato == "error"), "una richiesta riuscita che doveva fallire");
-  } catch (const ErroreRuntime& errore) {
-    Esigi(!atteso && (errore.Numero() == errori::IndiceNonValido || errore.Numero() == errori::TipoNonCorrispondente),
+  } catch (const RuntimeError& errore) {
+    Esigi(!atteso && (errore.Number() == errors::SubscriptOutOfRange || errore.Number() == errors::TypeMismatch),
           "una richiesta fallita che doveva riuscire");
   }
   if (atteso && spediti.empty()) {

@@ -5,7 +5,7 @@
 #include "common/Testo.hpp"
 #include "host/RichiestaScadenze.hpp"
 #include "host/Richieste.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gtest/gtest.h>
 
@@ -70,13 +70,13 @@ class ReadBack : public testing::Test {
       for (Voce& una : voci) {
         una = voce();
       }
-      banco_.host.inviati.clear();
+      banco_.host.uploads.clear();
       spedisci(voci, voci.size());
     }
   }
-  [[nodiscard]] const std::string& Inviato() const { return banco_.host.inviati.at(0); }
+  [[nodiscard]] const std::string& Inviato() const { return banco_.host.uploads.at(0); }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 
  private:
   std::mt19937 caso_{20060305};

@@ -3,7 +3,7 @@
 #include "common/MsgAnnulla.hpp"
 #include "common/Testo.hpp"
 #include "host/Risposte.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/xml/Nodo.hpp"
 
 #include <optional>
@@ -13,11 +13,11 @@ namespace {
 
 std::optional<xml::Nodo> Leggi(std::string_view documento) {
   try {
-    return xml::Leggi(documento);
-  } catch (const ErroreRuntime& errore) {
-    Esigi(errore.Numero() == errori::Driver, "numero d'errore sconosciuto");
-    Esigi(errore.Descrizione().starts_with("Documento XML ") && TestoPulito(errore.Descrizione()) &&
-              errore.Descrizione().size() < 200,
+    return xml::Read(documento);
+  } catch (const RuntimeError& errore) {
+    Esigi(errore.Number() == errors::Driver, "numero d'errore sconosciuto");
+    Esigi(errore.Description().starts_with("Documento XML ") && TestoPulito(errore.Description()) &&
+              errore.Description().size() < 200,
           "errore sconosciuto");
     return std::nullopt;
   }
@@ -25,36 +25,36 @@ std::optional<xml::Nodo> Leggi(std::string_view documento) {
 
 /// Every text is clean; returns the depth below and including `nodo`.
 int Controlla(const xml::Nodo& nodo) {
-  Esigi(!nodo.nome.empty() && TestoPulito(nodo.nome), "un nome che non è un nome");
-  Esigi(TestoPulito(nodo.valore), "un testo che non è UTF-8");
+  Esigi(!nodo.name.empty() && TestoPulito(nodo.name), "un nome che non è un nome");
+  Esigi(TestoPulito(nodo.value), "un testo che non è UTF-8");
   int profondita = 0;
-  for (const xml::Nodo& figlio : nodo.figli) {
+  for (const xml::Nodo& figlio : nodo.children) {
     profondita = std::max(profondita, Controlla(figlio));
-    Esigi(nodo.valore.find(figlio.valore) != std::string::npos, "il testo di un figlio manca nel padre");
+    Esigi(nodo.value.find(figlio.value) != std::string::npos, "il testo di un figlio manca nel padre");
   }
   return profondita + 1;
 }
 
 std::string Scritto(const xml::Nodo& nodo) {
-  std::string testo = "<" + nodo.nome + ">";
-  if (nodo.figli.empty()) {
-    for (const char c : nodo.valore) {
+  std::string testo = "<" + nodo.name + ">";
+  if (nodo.children.empty()) {
+    for (const char c : nodo.value) {
       testo += c == '<' || c == '>' || c == '&' || c == '\r' ? "&#" + std::to_string(c) + ";" : std::string(1, c);
     }
   }
-  for (const xml::Nodo& figlio : nodo.figli) {
+  for (const xml::Nodo& figlio : nodo.children) {
     testo += Scritto(figlio);
   }
-  return testo + "</" + nodo.nome + ">";
+  return testo + "</" + nodo.name + ">";
 }
 
 /// Blanks between elements are no children: a text of blanks beside elements is not written again.
 bool StessoAlbero(const xml::Nodo& a, const xml::Nodo& b) {
-  if (a.nome != b.nome || a.figli.size() != b.figli.size() || (a.figli.empty() && a.valore != b.valore)) {
+  if (a.name != b.name || a.children.size() != b.children.size() || (a.children.empty() && a.value != b.value)) {
     return false;
   }
-  for (std::size_t i = 0; i < a.figli.size(); ++i) {
-    if (!StessoAlbero(a.figli[i], b.figli[i])) {
+  for (std::size_t i = 0; i < a.children.size(); ++i) {
+    if (!StessoAlbero(a.children[i], b.children[i])) {
       return false;
     }
   }
@@ -64,17 +64,17 @@ bool StessoAlbero(const xml::Nodo& a, const xml::Nodo& b) {
 /// What a class must hold for an element: the text of its last occurrence among the children.
 std::string Ultimo(const xml::Nodo& nodo, std::string_view elemento) {
   std::string ultimo;
-  for (const xml::Nodo& figlio : nodo.figli) {
-    ultimo = Maiuscolo(figlio.nome) == elemento ? figlio.valore : ultimo;
+  for (const xml::Nodo& figlio : nodo.children) {
+    ultimo = Maiuscolo(figlio.name) == elemento ? figlio.value : ultimo;
   }
   return ultimo;
 }
 
 std::vector<const xml::Nodo*> Voci(const xml::Nodo& nodo) {
   std::vector<const xml::Nodo*> voci;
-  for (const xml::Nodo& figlio : nodo.figli) {
-    if (Maiuscolo(figlio.nome) == "SCADENZE") {
-      for (const xml::Nodo& voce : figlio.figli) {
+  for (const xml::Nodo& figlio : nodo.children) {
+    if (Maiuscolo(figlio.name) == "SCADENZE") {
+      for (const xml::Nodo& voce : figlio.children) {
         voci.push_back(&voce);
       }
     }
@@ -142,7 +142,7 @@ void Risposta(Ingresso ingresso) {
   // Elsewhere than between plain elements, and in other encodings, the same bytes are text.
   const bool semplice = documento.find_first_of("\xFE\xFF'\"?[-") == std::string_view::npos;
   Esigi(!semplice || documento.find("<!DOCTYPE") == std::string_view::npos, "un DOCTYPE è passato");
-  Esigi(Controlla(*nodo) <= xml::ProfonditaMassima, "troppo profondo");
+  Esigi(Controlla(*nodo) <= xml::GreatestDepth, "troppo profondo");
   const auto riletto = Leggi(Scritto(*nodo));
   Esigi(riletto && StessoAlbero(*nodo, *riletto), "riscritto e riletto non è più lo stesso");
   LeggiMessaggio(*nodo);

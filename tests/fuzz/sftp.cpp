@@ -3,10 +3,10 @@
 
 #include "Bersagli.hpp"
 
-#include "platform/Errore.hpp"
-#include "platform/nexaro/ssh/Canale.hpp"
-#include "platform/nexaro/ssh/ChiaveHost.hpp"
-#include "platform/nexaro/ssh/Trasferimento.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/nexaro/ssh/Channel.hpp"
+#include "platform/nexaro/ssh/HostKey.hpp"
+#include "platform/nexaro/ssh/Transfer.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -21,7 +21,7 @@ namespace {
 
 /// The service at the other end of the channel.
 struct Servizio {
-  nexaro::Canale* canale = nullptr;
+  nexaro::Channel* canale = nullptr;
   std::string_view resto;   ///< what it has still to say
   std::size_t pezzo = 1;    ///< how many bytes of that arrive at once
   bool risponde = false;    ///< packet by packet, each with the number of the request that waits longest
@@ -31,10 +31,10 @@ struct Servizio {
   std::deque<std::uint32_t> chiesti;
 
   void Prendi(std::string_view pacchetto) {
-    Esigi(pacchetto.size() >= 9 && nexaro::LettoreSftp(pacchetto).U32() + 4 == pacchetto.size(),
+    Esigi(pacchetto.size() >= 9 && nexaro::SftpReader(pacchetto).U32() + 4 == pacchetto.size(),
           "un pacchetto di un'altra lunghezza");
     const char tipo = pacchetto[4];
-    nexaro::LettoreSftp lettore(pacchetto.substr(5));
+    nexaro::SftpReader lettore(pacchetto.substr(5));
     const auto numero = lettore.U32();
     if (tipo == 1) {
       return;
@@ -43,10 +43,10 @@ struct Servizio {
     ultimo = numero;
     chiesti.push_back(numero);
     if (tipo == 6) {
-      Esigi(lettore.Testo().size() <= 256, "un handle troppo lungo");
+      Esigi(lettore.Text().size() <= 256, "un handle troppo lungo");
       lettore.U64();
-      scritti += lettore.Testo().size();
-      Esigi(lettore.Finito(), "una scrittura con qualcosa in coda");
+      scritti += lettore.Text().size();
+      Esigi(lettore.Finished(), "una scrittura con qualcosa in coda");
     }
   }
 
@@ -54,12 +54,12 @@ struct Servizio {
   [[nodiscard]] std::string Parla() {
     std::size_t lunghezza = std::min(pezzo, resto.size());
     if (risponde && resto.size() >= 4) {
-      lunghezza = std::min<std::size_t>(nexaro::LettoreSftp(resto).U32() + std::size_t{4}, resto.size());
+      lunghezza = std::min<std::size_t>(nexaro::SftpReader(resto).U32() + std::size_t{4}, resto.size());
     }
     std::string detto(resto.substr(0, lunghezza));
     resto.remove_prefix(lunghezza);
     if (risponde && presentato && !chiesti.empty() && detto.size() >= 9) {
-      detto.replace(5, 4, nexaro::CorpoSftp().U32(chiesti.front()).Byte());
+      detto.replace(5, 4, nexaro::SftpBody().U32(chiesti.front()).Bytes());
       chiesti.pop_front();
     }
     presentato = true;
@@ -79,36 +79,36 @@ namespace lumoscad::nexaro {
 
 using fuzz::servizio;
 
-Sessione::Sessione(const ImpostazioniSsh& impostazioni, const std::string& host)
-    : host_(host), attesa_(impostazioni.attesa), termineApertura_(NuovoTermine()) {}
-Sessione::~Sessione() = default;
+Session::Session(const SshSettings& settings, const std::string& host)
+    : host_(host), timeout_(settings.timeout), openingDeadline_(NewDeadline()) {}
+Session::~Session() = default;
 
-Termine Sessione::TermineSaluto() const {
-  return NuovoTermine();
+Deadline Session::GreetingDeadline() const {
+  return NewDeadline();
 }
 
-bool Sessione::ServeEntro(Termine /*termine*/) {
+bool Session::HandleEventsUntil(Deadline /*termine*/) {
   if (servizio.resto.empty()) {
-    return !std::exchange(servizio.canale->finita, true);
+    return !std::exchange(servizio.canale->eof, true);
   }
-  servizio.canale->uscita += servizio.Parla();
+  servizio.canale->output += servizio.Parla();
   return true;
 }
 
-void Sessione::Serve(Termine termine) {
-  if (!ServeEntro(termine)) {
-    throw ConnessionePersa("nessuna risposta");
+void Session::HandleEvents(Deadline deadline) {
+  if (!HandleEventsUntil(deadline)) {
+    throw ConnectionLost("nessuna risposta");
   }
 }
 
-Canale::Canale(Sessione& sessione, Termine /*termine*/, std::size_t massimoUscita, std::size_t massimoErrori)
-    : sessione_(sessione), massimoUscita_(massimoUscita), massimoErrori_(massimoErrori) {
+Channel::Channel(Session& session, Deadline /*termine*/, std::size_t maxOutput, std::size_t maxErrors)
+    : session_(session), maxOutput_(maxOutput), maxErrors_(maxErrors) {
   servizio.canale = this;
 }
-Canale::~Canale() = default;
-void Canale::AvviaSottosistema(const char* /*nome*/) {}
-void Canale::Scrivi(std::string_view dati, std::optional<Termine> /*limite*/) {
-  servizio.Prendi(dati);
+Channel::~Channel() = default;
+void Channel::StartSubsystem(const char* /*nome*/) {}
+void Channel::Write(std::string_view data, std::optional<Deadline> /*limite*/) {
+  servizio.Prendi(data);
 }
 
 } // namespace lumoscad::nexaro
@@ -125,8 +125,8 @@ constexpr std::size_t DaInviare = 100000;
 
 void Invia(nexaro::Sftp& sftp) {
   std::size_t resto = DaInviare;
-  nexaro::FileRemoto file{};
-  nexaro::Carica(
+  nexaro::RemoteFile file{};
+  nexaro::Upload(
       sftp, "/tmp/VBX", 0600,
       [&](std::span<char> tampone) {
         const auto letti = std::min(resto, tampone.size());
@@ -135,37 +135,37 @@ void Invia(nexaro::Sftp& sftp) {
         return letti;
       },
       file);
-  Esigi(file == nexaro::FileRemoto::Creato && servizio.scritti == DaInviare, "un invio riuscito a metà");
+  Esigi(file == nexaro::RemoteFile::Created && servizio.scritti == DaInviare, "un invio riuscito a metà");
 }
 
-void Ricevi(nexaro::Sftp& sftp, const nexaro::Misura& misura, std::size_t detti) {
+void Ricevi(nexaro::Sftp& sftp, const nexaro::Extent& misura, std::size_t detti) {
   std::size_t ricevuti = 0;
-  nexaro::Scarica(sftp, "/tmp/VBX", misura, [&](std::string_view dati) {
+  nexaro::Download(sftp, "/tmp/VBX", misura, [&](std::string_view dati) {
     ricevuti += dati.size();
-    Esigi(ricevuti <= misura.massimo, "più di quanto si chiedeva");
+    Esigi(ricevuti <= misura.maximum, "più di quanto si chiedeva");
     Esigi(ricevuti <= detti, "più di quanto l'host ha detto");
   });
 }
 
 void Ognuna(nexaro::Sftp& sftp) {
-  const auto handle = sftp.Apri("/tmp/VBX", nexaro::apertura_sftp::Lettura, 0);
+  const auto handle = sftp.Open("/tmp/VBX", nexaro::sftp_open::Reading, 0);
   Esigi(handle.size() <= 256, "un handle troppo lungo");
-  static_cast<void>(sftp.AttendiAttributi(sftp.ChiediAttributi(handle)));
-  static_cast<void>(sftp.Guarda("/tmp/VBX", true));
-  sftp.Rinomina("/tmp/VBX", "/tmp/VBX.dos");
-  static_cast<void>(sftp.SpazioLibero("/tmp"));
-  sftp.Saluta();
-  sftp.Chiudi(handle);
-  sftp.Cancella("/tmp/VBX.dos");
+  static_cast<void>(sftp.AwaitAttributes(sftp.RequestAttributes(handle)));
+  static_cast<void>(sftp.Look("/tmp/VBX", true));
+  sftp.Rename("/tmp/VBX", "/tmp/VBX.dos");
+  static_cast<void>(sftp.FreeSpace("/tmp"));
+  sftp.Greet();
+  sftp.Close(handle);
+  sftp.Erase("/tmp/VBX.dos");
 }
 
 void EsigiMotivo(const std::string& motivo) {
   Esigi(!motivo.empty() && motivo.size() < 4000 && TestoPulito(motivo), "un motivo che non si può mostrare");
 }
 
-nexaro::ImpostazioniSsh Impostazioni() {
-  nexaro::ImpostazioniSsh impostazioni;
-  impostazioni.porta = 2222;
+nexaro::SshSettings Impostazioni() {
+  nexaro::SshSettings impostazioni;
+  impostazioni.port = 2222;
   return impostazioni;
 }
 
@@ -186,11 +186,11 @@ class File {
   const std::filesystem::path percorso;
 };
 
-bool ParlaDiUnaRiga(const nexaro::ChiaveHost& chiave, std::string_view contenuto) {
+bool ParlaDiUnaRiga(const nexaro::HostKey& chiave, std::string_view contenuto) {
   constexpr std::string_view riga = "riga ";
   const auto righe = std::count(contenuto.begin(), contenuto.end(), '\n') + 1;
-  return chiave.dettaglio.starts_with(riga) && std::strtol(chiave.dettaglio.c_str() + riga.size(), nullptr, 10) >= 1 &&
-         std::strtol(chiave.dettaglio.c_str() + riga.size(), nullptr, 10) <= righe;
+  return chiave.detail.starts_with(riga) && std::strtol(chiave.detail.c_str() + riga.size(), nullptr, 10) >= 1 &&
+         std::strtol(chiave.detail.c_str() + riga.size(), nullptr, 10) <= righe;
 }
 
 } // namespace
@@ -207,7 +207,7 @@ void RisposteSftp(Ingresso ingresso) {
   const std::size_t detti = servizio.resto.size();
   bool presentato = false;
   try {
-    nexaro::Sessione sessione(Impostazioni(), "127.0.0.1");
+    nexaro::Session sessione(Impostazioni(), "127.0.0.1");
     nexaro::Sftp sftp(sessione);
     presentato = true;
     switch (modo >> 1U & 3U) {
@@ -218,41 +218,41 @@ void RisposteSftp(Ingresso ingresso) {
       Ricevi(sftp, {}, detti);
       break;
     case 2:
-      Ricevi(sftp, {.massimo = 40000, .tronca = (modo & 8U) != 0}, detti);
+      Ricevi(sftp, {.maximum = 40000, .truncate = (modo & 8U) != 0}, detti);
       break;
     default:
       Ognuna(sftp);
     }
-  } catch (const nexaro::ErroreSftp& errore) {
-    EsigiMotivo(errore.Motivo());
-  } catch (const nexaro::ConnessionePersa& errore) {
-    EsigiMotivo(errore.Motivo());
-  } catch (const nexaro::RichiestaRifiutata&) {
+  } catch (const nexaro::SftpError& errore) {
+    EsigiMotivo(errore.Reason());
+  } catch (const nexaro::ConnectionLost& errore) {
+    EsigiMotivo(errore.Reason());
+  } catch (const nexaro::RequestRefused&) {
     Esigi(!presentato, "un rifiuto dopo la presentazione");
   }
   servizio.canale = nullptr;
 }
 
 void HostNoti(Ingresso ingresso) {
-  using nexaro::StatoChiave;
+  using nexaro::KeyState;
   const std::string_view contenuto = Testo(ingresso);
   // From here on the text is the key itself; the library takes it whatever name stands in the frame around it.
   constexpr std::size_t cornice = 26;
   const bool nominata = contenuto.find(std::string_view(ChiavePresentata).substr(cornice)) != std::string_view::npos;
   const File file(contenuto);
-  const nexaro::Sessione sessione(Impostazioni(), "127.0.0.1");
-  const auto chiave = nexaro::EsaminaChiave(sessione, 2222, file.percorso);
-  Esigi(chiave.stato != StatoChiave::Illeggibile, "un file ordinario che non si legge");
-  Esigi(nominata || chiave.stato != StatoChiave::Nota, "nota una chiave che il file non contiene");
-  Esigi(chiave.stato != StatoChiave::Revocata || (nominata && contenuto.find("@revoked") != std::string_view::npos),
+  const nexaro::Session sessione(Impostazioni(), "127.0.0.1");
+  const auto chiave = nexaro::ExamineKey(sessione, 2222, file.percorso);
+  Esigi(chiave.state != KeyState::Unreadable, "un file ordinario che non si legge");
+  Esigi(nominata || chiave.state != KeyState::Note, "nota una chiave che il file non contiene");
+  Esigi(chiave.state != KeyState::Revoked || (nominata && contenuto.find("@revoked") != std::string_view::npos),
         "revocata una chiave che il file non revoca");
-  Esigi(chiave.stato == StatoChiave::Sconosciuta ? chiave.dettaglio.empty() : ParlaDiUnaRiga(chiave, contenuto),
+  Esigi(chiave.state == KeyState::Unknown ? chiave.detail.empty() : ParlaDiUnaRiga(chiave, contenuto),
         "una riga che non c'è");
-  const auto motivo = nexaro::MotivoRifiuto(chiave, sessione.Host(), file.percorso);
-  Esigi(motivo.empty() == (chiave.stato == StatoChiave::Nota) && TestoPulito(motivo), "un rifiuto senza motivo");
-  nexaro::RegistraRiga(chiave.riga, file.percorso);
-  const auto registrata = nexaro::EsaminaChiave(sessione, 2222, file.percorso).stato;
-  Esigi(registrata == (chiave.stato == StatoChiave::Revocata ? StatoChiave::Revocata : StatoChiave::Nota),
+  const auto motivo = nexaro::RefusalReason(chiave, sessione.Host(), file.percorso);
+  Esigi(motivo.empty() == (chiave.state == KeyState::Note) && TestoPulito(motivo), "un rifiuto senza motivo");
+  nexaro::AddLine(chiave.line, file.percorso);
+  const auto registrata = nexaro::ExamineKey(sessione, 2222, file.percorso).state;
+  Esigi(registrata == (chiave.state == KeyState::Revoked ? KeyState::Revoked : KeyState::Note),
         "una chiave registrata che non è nota");
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <cstdlib>
 #include <filesystem>
@@ -94,10 +94,10 @@ inline std::string ScriviProgramma(const std::string& percorso, const std::strin
 }
 
 /// The run-time error that `azione` raises; a failure of the test where it raises none.
-template <typename Azione> ErroreRuntime ErroreDi(Azione azione) {
+template <typename Azione> RuntimeError ErroreDi(Azione azione) {
   try {
     azione();
-  } catch (const ErroreRuntime& errore) {
+  } catch (const RuntimeError& errore) {
     return errore;
   }
   ADD_FAILURE() << "nessun errore";

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Banco.hpp"
-#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
+#include "platform/nexaro/ssh/SshLink.hpp"
 #include "support/Paths.hpp"
-#include "support/ServerSsh.hpp"
+#include "support/SshServer.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -18,8 +18,8 @@ namespace lumoscad::prove {
 class BancoSsh : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    ASSERT_TRUE(prova::ServerSsh::Disponibile());
-    server = std::make_unique<prova::ServerSsh>(
+    ASSERT_TRUE(prova::SshServer::Available());
+    server = std::make_unique<prova::SshServer>(
         test::outputPath("host/prove-" + fs::read_symlink("/proc/self/exe").filename().string()));
   }
   static void TearDownTestSuite() { server.reset(); }
@@ -33,14 +33,14 @@ class BancoSsh : public testing::Test {
     Collega();
   }
 
-  [[nodiscard]] nexaro::ImpostazioniSsh Impostazioni() const {
-    nexaro::ImpostazioniSsh valori;
-    valori.porta = static_cast<unsigned>(server->Porta());
-    valori.utente = server->Utente();
-    valori.chiave = server->Chiave();
-    valori.noti = server->Noti();
-    valori.programmi = base / "programmi";
-    valori.attesa = std::chrono::seconds(20);
+  [[nodiscard]] nexaro::SshSettings Impostazioni() const {
+    nexaro::SshSettings valori;
+    valori.port = static_cast<unsigned>(server->Port());
+    valori.user = server->User();
+    valori.key = server->Key();
+    valori.knownHosts = server->KnownHosts();
+    valori.programs = base / "programmi";
+    valori.timeout = std::chrono::seconds(20);
     return valori;
   }
 
@@ -57,7 +57,7 @@ class BancoSsh : public testing::Test {
     return ricevuto;
   }
   std::string Rifiuto() {
-    return ErroreDi([this] { static_cast<void>(Risposta()); }).Descrizione();
+    return ErroreDi([this] { static_cast<void>(Risposta()); }).Description();
   }
   void Invia(const std::string& nome, const std::string& contenuto) {
     Scrivi(base / ("locale/" + nome), contenuto);
@@ -73,10 +73,10 @@ class BancoSsh : public testing::Test {
   }
 
   static constexpr const char* Host = "127.0.0.1";
-  static inline std::unique_ptr<prova::ServerSsh> server; // NOLINT: shared by the cases
+  static inline std::unique_ptr<prova::SshServer> server; // NOLINT: shared by the cases
   CartellaProvvisoria base;
-  nexaro::ImpostazioniSsh impostazioni;
-  std::optional<nexaro::CollegamentoSsh> collegamento;
+  nexaro::SshSettings impostazioni;
+  std::optional<nexaro::SshLink> collegamento;
   std::string testo;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Banco.hpp"
-#include "platform/nexaro/cartella/Processo.hpp"
+#include "platform/nexaro/cartella/Process.hpp"
 #include "platform/xml/Nodo.hpp"
 #include "support/Paths.hpp"
 
@@ -26,28 +26,28 @@ class BackEndVB0001 : public testing::Test {
 
   /// The answer's bytes.
   std::string Byte(const std::vector<std::string>& parametri) {
-    const auto esito = nexaro::Esegui({test::programPath("VB0001").string(),
-                                       parametri,
-                                       {"NEXARO_RADICE=" + radice.Percorso()},
-                                       radice.Percorso(),
-                                       std::chrono::seconds(20),
-                                       100000,
-                                       2000});
-    EXPECT_EQ(esito.fine, nexaro::FineProcesso::Uscito);
-    EXPECT_EQ(esito.stato, 0) << esito.errori;
-    return esito.uscita;
+    const auto esito = nexaro::Run({test::programPath("VB0001").string(),
+                                    parametri,
+                                    {"NEXARO_RADICE=" + radice.Percorso()},
+                                    radice.Percorso(),
+                                    std::chrono::seconds(20),
+                                    100000,
+                                    2000});
+    EXPECT_EQ(esito.finish, nexaro::ProcessEnd::Exited);
+    EXPECT_EQ(esito.state, 0) << esito.errors;
+    return esito.output;
   }
-  xml::Nodo Chiama(const std::vector<std::string>& parametri) { return xml::Leggi(Byte(parametri)); }
+  xml::Nodo Chiama(const std::vector<std::string>& parametri) { return xml::Read(Byte(parametri)); }
 
   /// The one text of the answer, which must be an `elemento`, to a request whose file holds `contenuto`.
   std::string Testo(const std::string& elemento, const std::string& contenuto,
                     const std::vector<std::string>& parametri = Parametri()) {
     Scrivi(radice / "tmp/T01.dos", contenuto);
     const auto risposta = Chiama(parametri);
-    EXPECT_EQ(risposta.nome, "RISPOSTA");
-    EXPECT_EQ(risposta.figli.size(), 1U);
-    EXPECT_EQ(risposta.figli.at(0).nome, elemento) << risposta.valore;
-    return risposta.figli.at(0).valore;
+    EXPECT_EQ(risposta.name, "RISPOSTA");
+    EXPECT_EQ(risposta.children.size(), 1U);
+    EXPECT_EQ(risposta.children.at(0).name, elemento) << risposta.value;
+    return risposta.children.at(0).value;
   }
   std::string Errore(const std::string& contenuto) { return Testo("ERRORE", contenuto); }
 

@@ -1,7 +1,7 @@
 #include "Banco.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/Nexaro.hpp"
-#include "platform/nexaro/Postazione.hpp"
+#include "platform/nexaro/Workstation.hpp"
 
 #include <array>
 #include <functional>
@@ -29,10 +29,10 @@ class LinkEnvironment : public testing::Test {
   }
 
   static std::string Rifiuto() {
-    return ErroreDi([] { static_cast<void>(nexaro::LeggiAmbiente()); }).Descrizione();
+    return ErroreDi([] { static_cast<void>(nexaro::ReadEnvironment()); }).Description();
   }
   static std::string RifiutoDelCollegamento() {
-    return ErroreDi([] { static_cast<void>(nexaro::CreaHostLink()); }).Descrizione();
+    return ErroreDi([] { static_cast<void>(nexaro::CreateHostLink()); }).Description();
   }
 
   prove::CartellaProvvisoria cartella;
@@ -41,7 +41,7 @@ class LinkEnvironment : public testing::Test {
 
 TEST_F(LinkEnvironment, GivesTheSettingsAsTheyAre) {
   variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Percorso() + "/");
-  const auto ambiente = nexaro::LeggiAmbiente();
+  const auto ambiente = nexaro::ReadEnvironment();
   EXPECT_EQ(ambiente.CodicePostazione, "T01");
   EXPECT_EQ(ambiente.CartellaLocale, cartella.Percorso());
 }
@@ -55,7 +55,7 @@ std::string PostazioneDi(const std::function<void()>& diventa) {
   const pid_t figlio = ::fork();
   if (figlio == 0) {
     diventa();
-    const auto postazione = nexaro::PostazionePredefinita();
+    const auto postazione = nexaro::DefaultWorkstation();
     const bool scritta = ::write(tubo[1], postazione.data(), postazione.size()) > 0;
     ::_exit(scritta ? 0 : 1);
   }
@@ -73,37 +73,37 @@ TEST_F(LinkEnvironment, WorkstationDefaultsToMachineUserAndSession) {
   variabili.Imposta("XDG_SESSION_ID", "c 3");
   char nome[256]{};
   ASSERT_EQ(::gethostname(nome, sizeof nome - 1), 0);
-  const auto postazione = nexaro::LeggiAmbiente().CodicePostazione;
+  const auto postazione = nexaro::ReadEnvironment().CodicePostazione;
   EXPECT_THAT(postazione, testing::MatchesRegex("[A-Za-z0-9._-]+-c_3-[0-9a-f]{8}"));
   EXPECT_THAT(postazione, testing::StartsWith(std::string(nome).substr(0, 40)));
   EXPECT_LE(postazione.size(), 93U);
-  EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, postazione);
+  EXPECT_EQ(nexaro::ReadEnvironment().CodicePostazione, postazione);
 }
 
 TEST_F(LinkEnvironment, TheProgramsOfOneSessionShareItsDefaultWorkstation) {
   variabili.Imposta("XDG_SESSION_ID", "3");
-  const auto nostra = nexaro::PostazionePredefinita();
+  const auto nostra = nexaro::DefaultWorkstation();
   EXPECT_EQ(PostazioneDi([] {}), nostra);
   EXPECT_EQ(PostazioneDi([] { ::setsid(); }), nostra) << "a desktop starts its programs in sessions of their own";
 }
 
 TEST_F(LinkEnvironment, AnotherSessionHasAnotherDefaultWorkstation) {
   variabili.Imposta("XDG_SESSION_ID", "3");
-  const auto terza = nexaro::PostazionePredefinita();
+  const auto terza = nexaro::DefaultWorkstation();
   for (const char* altra : {"4", "33", "c3", "3 ", "3/"}) {
     variabili.Imposta("XDG_SESSION_ID", altra);
-    EXPECT_NE(nexaro::PostazionePredefinita(), terza) << altra;
+    EXPECT_NE(nexaro::DefaultWorkstation(), terza) << altra;
   }
   variabili.Togli("XDG_SESSION_ID");
-  EXPECT_NE(PostazioneDi([] { ::setsid(); }), nexaro::PostazionePredefinita());
-  EXPECT_EQ(PostazioneDi([] {}), nexaro::PostazionePredefinita());
+  EXPECT_NE(PostazioneDi([] { ::setsid(); }), nexaro::DefaultWorkstation());
+  EXPECT_EQ(PostazioneDi([] {}), nexaro::DefaultWorkstation());
 }
 
 TEST_F(LinkEnvironment, AnotherUserHasAnotherDefaultWorkstation) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can play another user";
   }
-  const auto nostra = nexaro::PostazionePredefinita();
+  const auto nostra = nexaro::DefaultWorkstation();
   const auto diventa = [](uid_t utente) {
     return PostazioneDi([utente] {
       if (::setuid(utente) != 0) {
@@ -128,22 +128,22 @@ TEST_F(LinkEnvironment, RefusesAWorkstationThatCannotBePartOfAFileName) {
     EXPECT_THAT(Rifiuto(), HasSubstr("NEXARO_POSTAZIONE")) << postazione;
   }
   variabili.Imposta("NEXARO_POSTAZIONE", lunga);
-  EXPECT_EQ(nexaro::LeggiAmbiente().CodicePostazione, lunga);
+  EXPECT_EQ(nexaro::ReadEnvironment().CodicePostazione, lunga);
 }
 
 TEST_F(LinkEnvironment, CreatesAPrivateDirectoryOfTheUser) {
-  const auto ambiente = nexaro::LeggiAmbiente();
+  const auto ambiente = nexaro::ReadEnvironment();
   EXPECT_EQ(ambiente.CartellaLocale, cartella / "lumoscad");
   struct stat stato {};
   ASSERT_EQ(::lstat(ambiente.CartellaLocale.c_str(), &stato), 0);
   EXPECT_EQ(stato.st_mode & 07777U, 0700U);
-  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, ambiente.CartellaLocale);
+  EXPECT_EQ(nexaro::ReadEnvironment().CartellaLocale, ambiente.CartellaLocale);
 }
 
 TEST_F(LinkEnvironment, FallsBackToTheTemporaryDirectory) {
   variabili.Togli("XDG_RUNTIME_DIR");
   variabili.Imposta("TMPDIR", cartella.Percorso());
-  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
+  EXPECT_EQ(nexaro::ReadEnvironment().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
 }
 
 TEST_F(LinkEnvironment, RefusesADefaultDirectoryThatIsASymbolicLink) {
@@ -155,7 +155,7 @@ TEST_F(LinkEnvironment, RefusesADefaultDirectoryThatIsASymbolicLink) {
 TEST_F(LinkEnvironment, PassesOverARelativeRuntimeDirectory) {
   variabili.Imposta("XDG_RUNTIME_DIR", "relativa");
   variabili.Imposta("TMPDIR", cartella.Percorso());
-  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
+  EXPECT_EQ(nexaro::ReadEnvironment().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
 }
 
 TEST_F(LinkEnvironment, RefusesADefaultDirectoryOpenToOthers) {
@@ -200,7 +200,7 @@ TEST_F(LinkEnvironment, WaitIsAPositiveNumberOfSeconds) {
   }
   for (const auto* attesa : {"1", "0.25", "86400"}) {
     variabili.Imposta("NEXARO_ATTESA", attesa);
-    EXPECT_NE(nexaro::CreaHostLink(), nullptr) << attesa;
+    EXPECT_NE(nexaro::CreateHostLink(), nullptr) << attesa;
   }
 }
 

@@ -1,7 +1,7 @@
 // The administrator's commands, in the real program.
 
 #include "BancoSsh.hpp"
-#include "platform/nexaro/ProvaOperazioni.hpp"
+#include "platform/nexaro/OperationsTrial.hpp"
 #include "support/Paths.hpp"
 
 #include <array>
@@ -29,9 +29,9 @@ class Administration : public prove::BancoSsh {
     prove::BancoSsh::SetUp();
     variabili.Togli("NEXARO_TRASPORTO");
     for (const auto& [nome, valore] :
-         {std::pair<std::string, std::string>("NEXARO_SSH_PORTA", std::to_string(server->Porta())),
-          {"NEXARO_SSH_UTENTE", server->Utente()},
-          {"NEXARO_SSH_CHIAVE", server->Chiave()},
+         {std::pair<std::string, std::string>("NEXARO_SSH_PORTA", std::to_string(server->Port())),
+          {"NEXARO_SSH_UTENTE", server->User()},
+          {"NEXARO_SSH_CHIAVE", server->Key()},
           {"NEXARO_SSH_NOTI", base / "noti"},
           {"NEXARO_PROGRAMMI", base / "programmi"},
           {"NEXARO_POSTAZIONE", "PROVA" + fs::path(base.Percorso()).filename().string()},
@@ -61,7 +61,7 @@ class Administration : public prove::BancoSsh {
   [[nodiscard]] static Esito Prova(const std::string& programma = "") {
     return Esegui(std::string("--prova-host ") + Host + " " + programma);
   }
-  void Conosci() const { fs::copy_file(server->Noti(), base / "noti"); }
+  void Conosci() const { fs::copy_file(server->KnownHosts(), base / "noti"); }
   /// What the tests of this workstation left on the host.
   [[nodiscard]] std::vector<std::string> Resti() const {
     std::vector<std::string> resti;
@@ -79,10 +79,10 @@ class Administration : public prove::BancoSsh {
 TEST_F(Administration, KeyIsShownAndRegisteredOnAYes) {
   const auto esito = Registra("sì\\n");
   EXPECT_EQ(esito.stato, 0);
-  EXPECT_THAT(esito.uscita, AllOf(HasSubstr("presenta la chiave ssh-ed25519\n  " + server->Impronta()),
+  EXPECT_THAT(esito.uscita, AllOf(HasSubstr("presenta la chiave ssh-ed25519\n  " + server->Hash()),
                                   HasSubstr("(sì/no)"), HasSubstr("La chiave è stata registrata.")));
   EXPECT_EQ(prove::Leggi(base / "noti"),
-            "[127.0.0.1]:" + std::to_string(server->Porta()) + " " + server->ChiavePubblicaHost() + "\n");
+            "[127.0.0.1]:" + std::to_string(server->Port()) + " " + server->HostPublicKey() + "\n");
   const auto ancora = Registra("");
   EXPECT_EQ(ancora.stato, 0);
   EXPECT_THAT(ancora.uscita, AllOf(HasSubstr("È già fra gli host noti"), Not(HasSubstr("(sì/no)"))));
@@ -100,16 +100,16 @@ TEST_F(Administration, NothingButAYesRegistersAKey) {
 TEST_F(Administration, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) {
   Conosci();
   const auto prima = prove::Leggi(base / "noti");
-  server->CambiaChiaveHost("ed25519");
+  server->ChangeHostKey("ed25519");
   const auto esito = Registra("sì\\n");
   EXPECT_EQ(esito.stato, 1);
   EXPECT_THAT(esito.uscita, AllOf(HasSubstr("diversa da quella nota"), HasSubstr("riga 1"),
                                   HasSubstr("cancellare quella riga"), Not(HasSubstr("(sì/no)"))));
-  server->CambiaChiaveHost("ecdsa");
+  server->ChangeHostKey("ecdsa");
   EXPECT_THAT(Registra("sì\\n").uscita, HasSubstr("di tipo diverso da quella nota"));
   EXPECT_EQ(prove::Leggi(base / "noti"), prima);
-  server->CambiaChiaveHost("ed25519");
-  server->RendiNoto(server->Porta());
+  server->ChangeHostKey("ed25519");
+  server->MakeKnown(server->Port());
 }
 
 TEST_F(Administration, HostThatDoesNotAnswerCannotBeRegistered) {
@@ -198,7 +198,7 @@ class HostGuasto final : public nexaro::HostLink {
   void RiceviFile(std::string_view /*host*/, std::string_view remoto, std::string_view locale,
                   std::string& /*testo*/) override {
     if (!fs::exists(Posto(remoto))) {
-      throw ErroreRuntime(errori::FileNonTrovato, "file inesistente");
+      throw RuntimeError(errors::FileNotFound, "file inesistente");
     }
     Inciampa("RiceviFile " + fs::path(remoto).extension().string());
     fs::copy_file(Posto(remoto), locale, fs::copy_options::overwrite_existing);
@@ -220,7 +220,7 @@ class HostGuasto final : public nexaro::HostLink {
   [[nodiscard]] fs::path Posto(std::string_view remoto) const { return radice_ / fs::path(remoto).filename(); }
   void Inciampa(const std::string& operazione) const {
     if (operazione == guasto) {
-      throw ErroreRuntime(errori::Driver, "guasto");
+      throw RuntimeError(errors::Driver, "guasto");
     }
   }
   fs::path radice_;
@@ -235,10 +235,10 @@ TEST(OperationsTest, LeavesNothingOnTheHostWhateverFails) {
   for (const auto* guasto : {"InviaFile", "RinominaFile", "RiceviFile .dos"}) {
     host.guasto = guasto;
     std::string cancellazione;
-    EXPECT_FALSE(nexaro::ProvaOperazioni(
-        host, "h", "PROVA", {"T01", base / "locale"}, [&cancellazione](const nexaro::EsitoPasso& passo) {
-          if (passo.operazione == "CancellaFile") {
-            cancellazione = (passo.riuscito ? "riuscito: " : "NON riuscito: ") + passo.dettaglio;
+    EXPECT_FALSE(nexaro::TryOperations(
+        host, "h", "PROVA", {"T01", base / "locale"}, [&cancellazione](const nexaro::StepOutcome& passo) {
+          if (passo.operation == "CancellaFile") {
+            cancellazione = (passo.succeeded ? "riuscito: " : "NON riuscito: ") + passo.detail;
           }
         }));
     EXPECT_THAT(cancellazione, testing::StartsWith("riuscito: il file non c'è più, né come «/tmp/T01.prova."))
@@ -254,12 +254,12 @@ TEST(OperationsTest, LeavesNothingWhenItsOutcomesCannotBeShown) {
   }
   HostGuasto host(base / "host");
   for (const std::string muta : {"InviaFile", "RiceviFile", "RinominaFile", "CancellaFile"}) {
-    EXPECT_THROW(static_cast<void>(nexaro::ProvaOperazioni(host, "h", "PROVA", {"T01", base / "locale"},
-                                                           [&muta](const nexaro::EsitoPasso& passo) {
-                                                             if (passo.operazione == muta) {
-                                                               throw std::runtime_error("no screen");
-                                                             }
-                                                           })),
+    EXPECT_THROW(static_cast<void>(nexaro::TryOperations(host, "h", "PROVA", {"T01", base / "locale"},
+                                                         [&muta](const nexaro::StepOutcome& passo) {
+                                                           if (passo.operation == muta) {
+                                                             throw std::runtime_error("no screen");
+                                                           }
+                                                         })),
                  std::runtime_error);
     EXPECT_TRUE(fs::is_empty(base / "host")) << muta;
     EXPECT_TRUE(fs::is_empty(base / "locale")) << muta;

@@ -1,6 +1,6 @@
 #include "Banco.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
+#include "platform/nexaro/cartella/DirectoryLink.hpp"
 
 #include <gmock/gmock.h>
 #include <optional>
@@ -34,7 +34,7 @@ class DirectoryLink : public testing::Test {
     return ricevuto;
   }
   std::string Rifiuto() {
-    return ErroreDi([this] { static_cast<void>(Risposta()); }).Descrizione();
+    return ErroreDi([this] { static_cast<void>(Risposta()); }).Description();
   }
   [[nodiscard]] std::size_t FileIn(const std::string& nome) const {
     std::size_t numero = 0;
@@ -46,7 +46,7 @@ class DirectoryLink : public testing::Test {
   }
 
   prove::CartellaProvvisoria base;
-  std::optional<nexaro::CollegamentoCartella> collegamento;
+  std::optional<nexaro::DirectoryLink> collegamento;
   std::string testo;
 };
 
@@ -101,9 +101,9 @@ TEST_F(DirectoryLink, ReceivingReplacesASymbolicLinkInsteadOfFollowingIt) {
 TEST_F(DirectoryLink, ReceivingAMissingFileFailsAndLeavesNothing) {
   const auto errore =
       ErroreDi([this] { collegamento->RiceviFile("10.0.0.1", "/tmp/VBX", base / "locale/VBX", testo); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("Ricezione del file «/tmp/VBX» sull'host 10.0.0.1"));
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("file inesistente"));
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
+  EXPECT_THAT(errore.Description(), HasSubstr("Ricezione del file «/tmp/VBX» sull'host 10.0.0.1"));
+  EXPECT_THAT(errore.Description(), HasSubstr("file inesistente"));
   EXPECT_EQ(FileIn("locale"), 0U);
 }
 
@@ -116,8 +116,8 @@ TEST_F(DirectoryLink, LargestFileIsReceivedAndALargerOneRefused) {
   std::filesystem::remove(base / "locale/VBX");
   std::filesystem::resize_file(base / "host/tmp/VBX", massimo + 1);
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
-  EXPECT_EQ(errore.Numero(), nexaro::ErroreCollegamento);
-  EXPECT_EQ(errore.Descrizione(), "Ricezione del file «/tmp/VBX» sull'host h in «" + base / "locale/VBX" +
+  EXPECT_EQ(errore.Number(), nexaro::LinkFailure);
+  EXPECT_EQ(errore.Description(), "Ricezione del file «/tmp/VBX» sull'host h in «" + base / "locale/VBX" +
                                       "»: il file supera i 16 MiB ammessi.");
   EXPECT_EQ(FileIn("locale"), 0U);
 }
@@ -133,14 +133,14 @@ TEST_F(DirectoryLink, SendingOntoADirectoryLeavesNoPrivateFile) {
   std::filesystem::create_directory(base / "host/tmp/T01");
   prove::Scrivi(base / "locale/T01", "x");
   const auto errore = ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01"); });
-  EXPECT_EQ(errore.Numero(), errori::AccessoAlFile);
+  EXPECT_EQ(errore.Number(), errors::FileAccess);
   EXPECT_EQ(FileIn("host/tmp"), 1U);
 }
 
 TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsNotThere) {
   prove::Scrivi(base / "locale/T01", "x");
-  EXPECT_EQ(ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/manca/T01"); }).Numero(),
-            errori::FileNonTrovato);
+  EXPECT_EQ(ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/manca/T01"); }).Number(),
+            errors::FileNotFound);
 }
 
 TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsReadOnly) {
@@ -154,25 +154,25 @@ TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsReadOnly) {
   ASSERT_TRUE(!onnipotente || ::seteuid(0) == 0);
   std::filesystem::permissions(base / "host/tmp", std::filesystem::perms(0755));
   EXPECT_EQ(FileIn("host/tmp"), 0U);
-  EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("permesso negato"));
+  EXPECT_EQ(errore.Number(), nexaro::PermissionError);
+  EXPECT_THAT(errore.Description(), HasSubstr("permesso negato"));
 }
 
 TEST_F(DirectoryLink, APipeInTheFilesPlaceIsRefusedWithoutWaiting) {
   ASSERT_EQ(::mkfifo((base / "host/tmp/VBX").c_str(), 0600), 0);
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("non è un file ordinario"));
+  EXPECT_THAT(errore.Description(), HasSubstr("non è un file ordinario"));
 }
 
 TEST_F(DirectoryLink, BeginningOfAFileIsReceivedWhateverItsSize) {
   const std::string lungo(200000, 'y');
   for (const std::size_t dimensione : {0U, 10U, 65537U, 65538U, 200000U}) {
     prove::Scrivi(base / "host/tmp/VBX", lungo.substr(0, dimensione));
-    collegamento->RiceviInizio("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
+    collegamento->ReceiveBeginning("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
     EXPECT_EQ(prove::Leggi(base / "locale/VBX"), lungo.substr(0, std::min<std::size_t>(dimensione, 65537)));
   }
   std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{1} << 30U);
-  collegamento->RiceviInizio("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
+  collegamento->ReceiveBeginning("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
   EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), 65537U);
 }
 
@@ -181,7 +181,7 @@ TEST_F(DirectoryLink, FileThatTakesTooLongIsNotReceived) {
   std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{16} * 1024 * 1024);
   collegamento.emplace(base / "host", 1ms);
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("»: il trasferimento non è finito entro 0,001 secondi."));
+  EXPECT_THAT(errore.Description(), HasSubstr("»: il trasferimento non è finito entro 0,001 secondi."));
   EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
 }
 
@@ -195,26 +195,26 @@ TEST_F(DirectoryLink, FileThatWasReadInOnePieceIsReceivedThoughTheCallerWasHeldU
   std::filesystem::remove(base / "locale/VBX");
   prove::Scrivi(base / "host/tmp/VBX", std::string(65537, 'x'));
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("»: il trasferimento non è finito entro 0 secondi."));
+  EXPECT_THAT(errore.Description(), HasSubstr("»: il trasferimento non è finito entro 0 secondi."));
   EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
 }
 
 TEST_F(DirectoryLink, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
   EXPECT_NO_THROW(collegamento->CancellaFile("h", "/tmp/manca"));
   std::filesystem::create_directory(base / "host/tmp/cartella");
-  EXPECT_EQ(ErroreDi([this] { collegamento->CancellaFile("h", "/tmp/cartella"); }).Numero(), errori::AccessoAlFile);
+  EXPECT_EQ(ErroreDi([this] { collegamento->CancellaFile("h", "/tmp/cartella"); }).Number(), errors::FileAccess);
 }
 
 TEST_F(DirectoryLink, RenamingAMissingFileFails) {
   const auto errore = ErroreDi([this] { collegamento->RinominaFile("h", "/tmp/a", "/tmp/b", testo); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("«/tmp/a» in «/tmp/b»"));
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
+  EXPECT_THAT(errore.Description(), HasSubstr("«/tmp/a» in «/tmp/b»"));
 }
 
 TEST_F(DirectoryLink, NoPathLeavesTheHostDirectory) {
   prove::Scrivi(base / "segreto", "x");
   for (const auto* percorso : {"/../segreto", "/tmp/../../segreto", "segreto", "", "../segreto", "/tmp/.."}) {
-    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("h", percorso); }).Descrizione(), HasSubstr("non ammesso"))
+    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("h", percorso); }).Description(), HasSubstr("non ammesso"))
         << percorso;
   }
   EXPECT_TRUE(std::filesystem::exists(base / "segreto"));
@@ -224,14 +224,14 @@ TEST_F(DirectoryLink, ProgramGetsItsParametersAndAnswersInXml) {
   Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1 $NEXARO_RADICE</MESSAGGIO></RISPOSTA>\"");
   const auto risposta = Risposta({"01", "", "", ""});
   ASSERT_TRUE(risposta.has_value());
-  EXPECT_EQ(risposta->nome, "RISPOSTA");
-  EXPECT_EQ(risposta->figli.at(0).valore, "4 01 " + std::filesystem::canonical(base / "host").string());
+  EXPECT_EQ(risposta->name, "RISPOSTA");
+  EXPECT_EQ(risposta->children.at(0).value, "4 01 " + std::filesystem::canonical(base / "host").string());
 }
 
 TEST_F(DirectoryLink, MissingProgramIsNamedWithItsHost) {
   const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
-  EXPECT_EQ(errore.Descrizione(), "Il programma VB0001 sull'host 10.0.0.1 non è stato avviato: file inesistente.");
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
+  EXPECT_EQ(errore.Description(), "Il programma VB0001 sull'host 10.0.0.1 non è stato avviato: file inesistente.");
 }
 
 TEST_F(DirectoryLink, FailedProgramIsReportedWithWhatItSaid) {
@@ -282,14 +282,14 @@ TEST_F(DirectoryLink, UnusableAnswersAreDistinguished) {
 TEST_F(DirectoryLink, ProgramNameIsAPlainName) {
   nexaro::XMLParser lettore;
   for (const auto* nome : {"", "..", "../tmp/x", "/bin/sh"}) {
-    EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma("h", nome, {}, lettore); }).Descrizione(),
+    EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma("h", nome, {}, lettore); }).Description(),
                 HasSubstr("Nome di programma non ammesso"));
   }
 }
 
 TEST_F(DirectoryLink, ParameterWithANulCharacterIsRefused) {
   Programma("echo '<A/>'");
-  EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Description(),
               HasSubstr("carattere nullo"));
 }
 

@@ -3,8 +3,8 @@
 #include "Banco.hpp"
 #include "Chiamante.hpp"
 #include "ChiamateRifiutate.hpp"
-#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
-#include "platform/nexaro/cartella/Processo.hpp"
+#include "platform/nexaro/cartella/DirectoryLink.hpp"
+#include "platform/nexaro/cartella/Process.hpp"
 
 #include <atomic>
 #include <cerrno>
@@ -17,7 +17,7 @@ namespace lumoscad {
 namespace {
 
 using namespace std::chrono_literals;
-using nexaro::FineProcesso;
+using nexaro::ProcessEnd;
 using prove::Chiamante;
 using prove::Rifiuta;
 using testing::HasSubstr;
@@ -29,14 +29,14 @@ class AdverseCaller : public testing::Test {
   /// What a caller says of the host's program `corpo`: its answer, or the error.
   std::string Chiama(const std::string& corpo, std::chrono::milliseconds attesa) {
     prove::ScriviProgramma(base / "host/programmi/VB0001", corpo);
-    nexaro::CollegamentoCartella collegamento(base / "host", attesa);
+    nexaro::DirectoryLink collegamento(base / "host", attesa);
     std::string detto;
     nexaro::XMLParser lettore;
-    lettore.Parse = [&detto](const xml::Nodo& nodo) { detto = nodo.nome + " " + nodo.valore; };
+    lettore.Parse = [&detto](const xml::Nodo& nodo) { detto = nodo.name + " " + nodo.value; };
     try {
       collegamento.EseguiProgramma("10.0.0.1", "VB0001", {}, lettore);
-    } catch (const ErroreRuntime& errore) {
-      return errore.Descrizione();
+    } catch (const RuntimeError& errore) {
+      return errore.Description();
     }
     return detto;
   }
@@ -50,10 +50,10 @@ class AdverseCaller : public testing::Test {
         return std::string("F_DUPFD");
       }
       Rifiuta(prima, seconda, codice);
-      nexaro::CollegamentoCartella collegamento(base / "host", 10s);
+      nexaro::DirectoryLink collegamento(base / "host", 10s);
       std::string detto;
       nexaro::XMLParser lettore;
-      lettore.Parse = [&detto](const xml::Nodo& nodo) { detto = nodo.nome + ": " + nodo.valore; };
+      lettore.Parse = [&detto](const xml::Nodo& nodo) { detto = nodo.name + ": " + nodo.value; };
       collegamento.EseguiProgramma("10.0.0.1", "VB0001", {}, lettore);
       return detto;
     });
@@ -108,8 +108,8 @@ TEST_F(AdverseCaller, ForkOfAnotherThreadHidesNoFailure) {
   EXPECT_THAT(ConBiforcazione([&] { return Chiama("kill -KILL $$", 8s); }, 6s), HasSubstr("dal segnale 9"));
   EXPECT_THAT(ConBiforcazione(
                   [&] {
-                    auto fine = nexaro::Esegui({base / "manca", {}, {}, base.Percorso(), 8s, 10, 10}).fine;
-                    return std::string(fine == FineProcesso::NonAvviato ? "non avviato" : "altro");
+                    auto fine = nexaro::Run({base / "manca", {}, {}, base.Percorso(), 8s, 10, 10}).finish;
+                    return std::string(fine == ProcessEnd::NotStarted ? "non avviato" : "altro");
                   },
                   6s),
               "non avviato");
@@ -157,14 +157,14 @@ TEST_F(AdverseCaller, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadToIts
 }
 
 void* EseguiNelFilo(void* processo) {
-  static_cast<void>(nexaro::Esegui(*static_cast<const nexaro::Processo*>(processo)));
+  static_cast<void>(nexaro::Run(*static_cast<const nexaro::Process*>(processo)));
   return nullptr;
 }
 
 /// Ends a thread that runs the program `corpo`, as an exception would, once there is a file `segno`.
 void InterrompiFilo(const std::string& cartella, const std::string& corpo, const std::string& segno) {
   const auto percorso = prove::ScriviProgramma(cartella + "/programma", corpo);
-  nexaro::Processo processo{percorso, {}, {}, cartella, 20s, 10000, 10};
+  nexaro::Process processo{percorso, {}, {}, cartella, 20s, 10000, 10};
   pthread_t filo{};
   ASSERT_EQ(::pthread_create(&filo, nullptr, EseguiNelFilo, &processo), 0);
   for (int giro = 0; giro < 1000 && !std::filesystem::exists(cartella + segno); ++giro) {

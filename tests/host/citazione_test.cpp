@@ -1,21 +1,20 @@
 #include "Banco.hpp"
-#include "platform/nexaro/cartella/Processo.hpp"
-#include "platform/nexaro/ssh/Citazione.hpp"
+#include "platform/nexaro/cartella/Process.hpp"
+#include "platform/nexaro/ssh/Quoting.hpp"
 
 #include <random>
 
 namespace lumoscad {
 namespace {
 
-using nexaro::CitaPerShell;
-using nexaro::RigaDiComando;
+using nexaro::CommandLine;
+using nexaro::QuoteForShell;
 
 /// What a shell makes of a command line: the arguments of a program, each ended by a null character.
 std::string Argomenti(const std::string& riga, const std::string& shell) {
-  const auto esito =
-      nexaro::Esegui({shell, {"-c", riga}, {}, "/", std::chrono::seconds(20), std::size_t{1} << 22U, 2000});
-  EXPECT_EQ(esito.stato, 0) << esito.errori;
-  return esito.uscita;
+  const auto esito = nexaro::Run({shell, {"-c", riga}, {}, "/", std::chrono::seconds(20), std::size_t{1} << 22U, 2000});
+  EXPECT_EQ(esito.state, 0) << esito.errors;
+  return esito.output;
 }
 
 std::string Attesi(const std::vector<std::string>& parametri) {
@@ -34,15 +33,15 @@ class Quotation : public testing::TestWithParam<const char*> {
 };
 
 TEST(ShellQuotation, EverythingStandsInOneQuotation) {
-  EXPECT_EQ(CitaPerShell(""), "''");
-  EXPECT_EQ(CitaPerShell("-x $(id) `id` ; \\ \" \n"), "'-x $(id) `id` ; \\ \" \n'");
-  EXPECT_EQ(CitaPerShell("l'ora"), R"('l'\''ora')");
-  EXPECT_EQ(CitaPerShell("'"), R"(''\''')");
+  EXPECT_EQ(QuoteForShell(""), "''");
+  EXPECT_EQ(QuoteForShell("-x $(id) `id` ; \\ \" \n"), "'-x $(id) `id` ; \\ \" \n'");
+  EXPECT_EQ(QuoteForShell("l'ora"), R"('l'\''ora')");
+  EXPECT_EQ(QuoteForShell("'"), R"(''\''')");
 }
 
 TEST(ShellQuotation, ProgramIsAWordLikeItsParameters) {
-  EXPECT_EQ(RigaDiComando("", "VB0001", {}), "'VB0001'");
-  EXPECT_EQ(RigaDiComando("/opt/back end", "VB0001", {"01", ""}), "'/opt/back end/VB0001' '01' ''");
+  EXPECT_EQ(CommandLine("", "VB0001", {}), "'VB0001'");
+  EXPECT_EQ(CommandLine("/opt/back end", "VB0001", {"01", ""}), "'/opt/back end/VB0001' '01' ''");
 }
 
 TEST_P(Quotation, NoCharacterMeansAnythingToTheShell) {
@@ -53,7 +52,7 @@ TEST_P(Quotation, NoCharacterMeansAnythingToTheShell) {
   for (int byte = 1; byte < 256; ++byte) {
     parametri.emplace_back(1, static_cast<char>(byte));
   }
-  EXPECT_EQ(Argomenti(RigaDiComando(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
+  EXPECT_EQ(Argomenti(CommandLine(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
 }
 
 TEST_P(Quotation, RandomTextsArriveAsTheyAre) {
@@ -70,7 +69,7 @@ TEST_P(Quotation, RandomTextsArriveAsTheyAre) {
     }
     parametri.push_back(parametro);
   }
-  EXPECT_EQ(Argomenti(RigaDiComando(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
+  EXPECT_EQ(Argomenti(CommandLine(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells, Quotation, testing::Values("/bin/sh", "/bin/bash"));

@@ -1,5 +1,5 @@
 #include "Banco.hpp"
-#include "platform/nexaro/cartella/Processo.hpp"
+#include "platform/nexaro/cartella/Process.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
@@ -11,20 +11,19 @@ namespace {
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
-nexaro::EsitoProcesso Genera(const std::vector<std::string>& argomenti) {
-  return nexaro::Esegui(
-      {test::programPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
+nexaro::ProcessOutcome Genera(const std::vector<std::string>& argomenti) {
+  return nexaro::Run({test::programPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
 }
 
 TEST(DemonstrationData, AreTheSameForTheSameDay) {
   const auto primi = Genera({"2026-03-05"});
-  ASSERT_EQ(primi.stato, 0) << primi.errori;
-  EXPECT_EQ(primi.uscita, Genera({"2026-03-05", "400"}).uscita);
-  EXPECT_NE(primi.uscita, Genera({"2026-03-06"}).uscita);
+  ASSERT_EQ(primi.state, 0) << primi.errors;
+  EXPECT_EQ(primi.output, Genera({"2026-03-05", "400"}).output);
+  EXPECT_NE(primi.output, Genera({"2026-03-06"}).output);
 }
 
 TEST(DemonstrationData, DoubleTheApostropheInsideATextAndKeepAccents) {
-  const auto uscita = Genera({"2026-03-05"}).uscita;
+  const auto uscita = Genera({"2026-03-05"}).output;
   EXPECT_THAT(uscita, HasSubstr("'Autofficina Dall''Ò S.r.l.'"));
   EXPECT_THAT(uscita, HasSubstr("(1, '01', ' ', ' ')"));
 }
@@ -34,13 +33,13 @@ TEST(DemonstrationData, GrowWithTheNumberAskedFor) {
     const auto inizio = testo.find("INSERT INTO EVENTOCONTABILE");
     return std::count(testo.begin() + static_cast<std::ptrdiff_t>(inizio), testo.end(), '(');
   };
-  EXPECT_GE(eventi(Genera({"2026-03-05", "10"}).uscita), 10);
-  EXPECT_GE(eventi(Genera({"2026-03-05", "5000"}).uscita), 5000);
+  EXPECT_GE(eventi(Genera({"2026-03-05", "10"}).output), 10);
+  EXPECT_GE(eventi(Genera({"2026-03-05", "5000"}).output), 5000);
 }
 
 /// The answer of a query to the generated data, its columns separated by "|".
 std::string Interroga(const std::string& argomenti, const std::string& query) {
-  const auto esito = nexaro::Esegui(
+  const auto esito = nexaro::Run(
       {"/bin/sh",
        {"-c", "{ cat \"$1\"; \"$2\" $3; echo \"$4;\"; } | sqlite3 -bail", "sh",
         test::sourcePath("demo/schema.sql").string(), test::programPath("lumoscad-genera").string(), argomenti, query},
@@ -49,8 +48,8 @@ std::string Interroga(const std::string& argomenti, const std::string& query) {
        20s,
        1024 * 1024,
        2000});
-  EXPECT_EQ(esito.stato, 0) << esito.errori;
-  return esito.uscita;
+  EXPECT_EQ(esito.state, 0) << esito.errors;
+  return esito.output;
 }
 
 const std::string conPresunti = " FROM EVENTOCONTABILE E JOIN MOVIMENTOCONTABILE M ON M.MOVIMENTOKEY=E.MOVIMENTOKEY "
@@ -120,9 +119,9 @@ TEST(DemonstrationData, RefuseWrongArguments) {
                                              {"2026-03-05", "10", "1000001"},
                                              {"2026-03-05", "10", "1", "1"}}) {
     const auto esito = Genera(argomenti);
-    EXPECT_EQ(esito.stato, 2);
-    EXPECT_EQ(esito.uscita, "");
-    EXPECT_THAT(esito.errori, HasSubstr("Uso: lumoscad-genera"));
+    EXPECT_EQ(esito.state, 2);
+    EXPECT_EQ(esito.output, "");
+    EXPECT_THAT(esito.errors, HasSubstr("Uso: lumoscad-genera"));
   }
 }
 

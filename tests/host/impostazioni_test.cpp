@@ -1,8 +1,8 @@
 #include "Banco.hpp"
 #include "platform/nexaro/Nexaro.hpp"
-#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
-#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
-#include "platform/nexaro/ssh/ImpostazioniSsh.hpp"
+#include "platform/nexaro/cartella/DirectoryLink.hpp"
+#include "platform/nexaro/ssh/SshLink.hpp"
+#include "platform/nexaro/ssh/SshSettings.hpp"
 
 #include <gmock/gmock.h>
 
@@ -24,31 +24,31 @@ class TransportSettings : public testing::Test {
   }
 
   static std::string Rifiuto() {
-    return ErroreDi([] { static_cast<void>(nexaro::LeggiImpostazioniSsh()); }).Descrizione();
+    return ErroreDi([] { static_cast<void>(nexaro::ReadSshSettings()); }).Description();
   }
 
   prove::VariabiliProvvisorie variabili;
 };
 
 TEST_F(TransportSettings, NetworkIsTheTransportUnlessTheDirectoryIsAskedFor) {
-  EXPECT_NE(dynamic_cast<nexaro::CollegamentoSsh*>(nexaro::CreaHostLink().get()), nullptr);
+  EXPECT_NE(dynamic_cast<nexaro::SshLink*>(nexaro::CreateHostLink().get()), nullptr);
   variabili.Imposta("NEXARO_TRASPORTO", "ssh");
-  EXPECT_NE(dynamic_cast<nexaro::CollegamentoSsh*>(nexaro::CreaHostLink().get()), nullptr);
+  EXPECT_NE(dynamic_cast<nexaro::SshLink*>(nexaro::CreateHostLink().get()), nullptr);
   variabili.Imposta("NEXARO_TRASPORTO", "cartella");
   variabili.Imposta("NEXARO_RADICE", "/");
-  EXPECT_NE(dynamic_cast<nexaro::CollegamentoCartella*>(nexaro::CreaHostLink().get()), nullptr);
+  EXPECT_NE(dynamic_cast<nexaro::DirectoryLink*>(nexaro::CreateHostLink().get()), nullptr);
 }
 
 TEST_F(TransportSettings, DefaultsAreTheUsersOwn) {
-  const auto valori = nexaro::LeggiImpostazioniSsh();
-  EXPECT_EQ(valori.porta, 22U);
-  EXPECT_NE(valori.utente, "");
-  EXPECT_EQ(valori.chiave, "");
-  EXPECT_EQ(valori.noti, "/casa/.ssh/known_hosts");
-  EXPECT_EQ(valori.cartella, "/casa/.ssh");
-  EXPECT_EQ(valori.programmi, "");
-  EXPECT_TRUE(valori.codifica.IsUtf8());
-  EXPECT_EQ(valori.attesa, std::chrono::seconds(60));
+  const auto valori = nexaro::ReadSshSettings();
+  EXPECT_EQ(valori.port, 22U);
+  EXPECT_NE(valori.user, "");
+  EXPECT_EQ(valori.key, "");
+  EXPECT_EQ(valori.knownHosts, "/casa/.ssh/known_hosts");
+  EXPECT_EQ(valori.directory, "/casa/.ssh");
+  EXPECT_EQ(valori.programs, "");
+  EXPECT_TRUE(valori.encoding.IsUtf8());
+  EXPECT_EQ(valori.timeout, std::chrono::seconds(60));
 }
 
 TEST_F(TransportSettings, EverySettingIsTaken) {
@@ -59,14 +59,14 @@ TEST_F(TransportSettings, EverySettingIsTaken) {
   variabili.Imposta("NEXARO_PROGRAMMI", "/opt/contabile/");
   variabili.Imposta("NEXARO_CODIFICA", "ISO-8859-15");
   variabili.Imposta("NEXARO_ATTESA", "5");
-  const auto valori = nexaro::LeggiImpostazioniSsh();
-  EXPECT_EQ(valori.porta, 2222U);
-  EXPECT_EQ(valori.utente, "contabile");
-  EXPECT_EQ(valori.chiave, "/chiavi/host");
-  EXPECT_EQ(valori.noti, "/chiavi/noti");
-  EXPECT_EQ(valori.programmi, "/opt/contabile");
-  EXPECT_EQ(valori.codifica.Nome(), "ISO-8859-15");
-  EXPECT_EQ(valori.attesa, std::chrono::seconds(5));
+  const auto valori = nexaro::ReadSshSettings();
+  EXPECT_EQ(valori.port, 2222U);
+  EXPECT_EQ(valori.user, "contabile");
+  EXPECT_EQ(valori.key, "/chiavi/host");
+  EXPECT_EQ(valori.knownHosts, "/chiavi/noti");
+  EXPECT_EQ(valori.programs, "/opt/contabile");
+  EXPECT_EQ(valori.encoding.Name(), "ISO-8859-15");
+  EXPECT_EQ(valori.timeout, std::chrono::seconds(5));
 }
 
 TEST_F(TransportSettings, PortIsANumberOfAPort) {

@@ -1,7 +1,7 @@
 #include "Banco.hpp"
-#include "platform/FileLocale.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/LocalFile.hpp"
 #include "platform/nexaro/File.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 
 #include <fcntl.h>
@@ -27,16 +27,16 @@ mode_t Modo(const std::string& percorso) {
 class LocalFile : public testing::Test {
  protected:
   std::string Rifiuto(const std::string& percorso) {
-    return ErroreDi([&] { ScriviFileLocale(percorso, "nuovo"); }).Descrizione();
+    return ErroreDi([&] { WriteLocalFile(percorso, "nuovo"); }).Description();
   }
   prove::CartellaProvvisoria cartella;
 };
 
 TEST_F(LocalFile, IsPrivateWhateverTheMaskOfTheProcess) {
   const mode_t prima = ::umask(0);
-  ScriviFileLocale(cartella / "aperta", "x");
+  WriteLocalFile(cartella / "aperta", "x");
   ::umask(0777);
-  ScriviFileLocale(cartella / "chiusa", "x");
+  WriteLocalFile(cartella / "chiusa", "x");
   ::umask(prima);
   EXPECT_EQ(Modo(cartella / "aperta"), 0600U);
   EXPECT_EQ(Modo(cartella / "chiusa"), 0600U);
@@ -56,7 +56,7 @@ TEST_F(LocalFile, IsNeverWrittenThroughASymbolicLink) {
 TEST_F(LocalFile, IsNeverWrittenThroughAHardLink) {
   prove::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_hard_link(cartella / "vittima", cartella / "T01");
-  ScriviFileLocale(cartella / "T01", "nuovo");
+  WriteLocalFile(cartella / "T01", "nuovo");
   EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
   EXPECT_EQ(prove::Leggi(cartella / "T01"), "nuovo");
 }
@@ -64,7 +64,7 @@ TEST_F(LocalFile, IsNeverWrittenThroughAHardLink) {
 /// Writes over the file of others that stands at `file`, which somebody goes on reading.
 void ReplaceFileOfOthers(const std::string& file) {
   const int ascolta = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
-  ScriviFileLocale(file, "nuovo");
+  WriteLocalFile(file, "nuovo");
   EXPECT_EQ(Modo(file), 0600U);
   struct stat stato {};
   ASSERT_EQ(::lstat(file.c_str(), &stato), 0);
@@ -93,10 +93,10 @@ TEST_F(LocalFile, ReplacesAFileOfAnotherUserByOneOfItsOwn) {
 
 TEST_F(LocalFile, NeitherWaitsForAPipeNorReadsOne) {
   ASSERT_EQ(::mkfifo((cartella / "T01").c_str(), 0666), 0);
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiInizioLocale(cartella / "T01")); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(ReadLocalBeginning(cartella / "T01")); }).Description(),
               HasSubstr("Impossibile leggere"));
-  ScriviFileLocale(cartella / "T01", "nuovo");
-  EXPECT_THAT(LeggiInizioLocale(cartella / "T01").righe, ElementsAre("nuovo"));
+  WriteLocalFile(cartella / "T01", "nuovo");
+  EXPECT_THAT(ReadLocalBeginning(cartella / "T01").lines, ElementsAre("nuovo"));
 }
 
 TEST_F(LocalFile, IsRefusedWhereADirectoryStands) {
@@ -108,10 +108,10 @@ TEST_F(LocalFile, IsRefusedWhereADirectoryStands) {
 TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
   prove::Scrivi(cartella / "segreto", "altrui\n");
   std::filesystem::create_symlink(cartella / "segreto", cartella / "T01");
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiInizioLocale(cartella / "T01")); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(ReadLocalBeginning(cartella / "T01")); }).Description(),
               HasSubstr("collegamento simbolico"));
   prove::Scrivi(cartella / "enorme", "riga\r\n" + std::string(50'000'000, 'x'));
-  const auto righe = LeggiInizioLocale(cartella / "enorme").righe;
+  const auto righe = ReadLocalBeginning(cartella / "enorme").lines;
   ASSERT_THAT(righe, SizeIs(2));
   EXPECT_EQ(righe[0], "riga");
   EXPECT_LE(righe[1].size(), 65536U);
@@ -120,16 +120,16 @@ TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
 TEST_F(LocalFile, NameIsNotCutAtAZeroByte) {
   const std::string nome = cartella / std::string("T01\0.txt", 8);
   EXPECT_THAT(Rifiuto(nome), HasSubstr("carattere nullo"));
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(LeggiInizioLocale(nome)); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(ReadLocalBeginning(nome)); }).Description(),
               HasSubstr("carattere nullo"));
-  EXPECT_THAT(ErroreDi([&] { CancellaFileLocale(nome); }).Descrizione(), HasSubstr("carattere nullo"));
+  EXPECT_THAT(ErroreDi([&] { DeleteLocalFile(nome); }).Description(), HasSubstr("carattere nullo"));
   EXPECT_FALSE(std::filesystem::exists(cartella / "T01"));
 }
 
 TEST_F(LocalFile, DeletingALinkLeavesWhatItPointsAt) {
   prove::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_symlink(cartella / "vittima", cartella / "T01");
-  CancellaFileLocale(cartella / "T01");
+  DeleteLocalFile(cartella / "T01");
   EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
   EXPECT_FALSE(std::filesystem::is_symlink(cartella / "T01"));
 }
@@ -139,7 +139,7 @@ TEST_F(LocalFile, DownloadReplacesALinkInsteadOfFollowingIt) {
   prove::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_symlink(cartella / "vittima", cartella / "VBCREDITI");
   const mode_t prima = ::umask(0);
-  nexaro::CopiaFile(cartella / "remoto", cartella / "VBCREDITI", 0600, "Prova");
+  nexaro::CopyFile(cartella / "remoto", cartella / "VBCREDITI", 0600, "Prova");
   ::umask(prima);
   EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
   EXPECT_EQ(prove::Leggi(cartella / "VBCREDITI"), "dall'host");
@@ -154,7 +154,7 @@ class HostileEnvironment : public testing::Test {
   }
   std::string Rifiuto(const std::string& nome, const std::string& valore) {
     variabili.Imposta(nome, valore);
-    return ErroreDi([] { static_cast<void>(nexaro::LeggiAmbiente()); }).Descrizione();
+    return ErroreDi([] { static_cast<void>(nexaro::ReadEnvironment()); }).Description();
   }
   /// A directory with these permissions below the test's own.
   std::string Nuova(const std::string& nome, unsigned modo) {
@@ -189,7 +189,7 @@ TEST_F(HostileEnvironment, LocalDirectoryIsTheUsersOwnOrNone) {
   EXPECT_THAT(Rifiuto(nome, cartella / "file"), HasSubstr("non è una cartella"));
   EXPECT_THAT(Rifiuto(nome, cartella / "manca"), HasSubstr("inesistente"));
   variabili.Imposta(nome, cartella / "vera//");
-  EXPECT_EQ(nexaro::LeggiAmbiente().CartellaLocale, cartella / "vera");
+  EXPECT_EQ(nexaro::ReadEnvironment().CartellaLocale, cartella / "vera");
 }
 
 TEST_F(HostileEnvironment, LocalDirectoryOfAnotherUserIsRefused) {
@@ -208,7 +208,7 @@ TEST_F(HostileEnvironment, TemporaryDirectoryOfAnotherIsNotUsedForTheDefault) {
   variabili.Imposta("TMPDIR", cartella.Percorso());
   const std::string predefinita = cartella / ("lumoscad-" + std::to_string(::getuid()));
   std::filesystem::create_directory_symlink("/tmp", predefinita);
-  EXPECT_THAT(ErroreDi([] { static_cast<void>(nexaro::LeggiAmbiente()); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([] { static_cast<void>(nexaro::ReadEnvironment()); }).Description(),
               HasSubstr("collegamento simbolico"));
 }
 

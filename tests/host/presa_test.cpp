@@ -1,7 +1,7 @@
 #include "Banco.hpp"
-#include "platform/Controlli.hpp"
-#include "platform/nexaro/Testi.hpp"
-#include "platform/nexaro/ssh/Presa.hpp"
+#include "platform/ControlCharacters.hpp"
+#include "platform/nexaro/Texts.hpp"
+#include "platform/nexaro/ssh/Socket.hpp"
 
 #include <gmock/gmock.h>
 #include <netinet/in.h>
@@ -12,8 +12,8 @@ namespace lumoscad {
 namespace {
 
 using namespace std::chrono_literals;
-using nexaro::ApriPresa;
-using nexaro::Orologio;
+using nexaro::Clock;
+using nexaro::OpenSocket;
 using prove::ErroreDi;
 using testing::HasSubstr;
 
@@ -35,9 +35,9 @@ struct Ascolto {
 
 TEST(SocketOfALink, ConnectsByNumberAndByName) {
   const Ascolto uno;
-  EXPECT_TRUE(ApriPresa("127.0.0.1", uno.porta, Orologio::now() + 20s, 20s).Opened());
+  EXPECT_TRUE(OpenSocket("127.0.0.1", uno.porta, Clock::now() + 20s, 20s).Opened());
   const Ascolto due;
-  EXPECT_TRUE(ApriPresa("localhost", due.porta, Orologio::now() + 20s, 20s).Opened());
+  EXPECT_TRUE(OpenSocket("localhost", due.porta, Clock::now() + 20s, 20s).Opened());
 }
 
 TEST(SocketOfALink, RefusalIsSaidAtOnce) {
@@ -46,8 +46,8 @@ TEST(SocketOfALink, RefusalIsSaidAtOnce) {
     const Ascolto chiuso;
     porta = chiuso.porta;
   }
-  const auto errore = ErroreDi([&] { static_cast<void>(ApriPresa("127.0.0.1", porta, Orologio::now() + 20s, 20s)); });
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("(porta " + std::to_string(porta) + "): connessione rifiutata."));
+  const auto errore = ErroreDi([&] { static_cast<void>(OpenSocket("127.0.0.1", porta, Clock::now() + 20s, 20s)); });
+  EXPECT_THAT(errore.Description(), HasSubstr("(porta " + std::to_string(porta) + "): connessione rifiutata."));
 }
 
 TEST(SocketOfALink, AddressThatStaysSilentIsGivenUpInTime) {
@@ -55,30 +55,30 @@ TEST(SocketOfALink, AddressThatStaysSilentIsGivenUpInTime) {
   const Ascolto ascolto;
   std::vector<base::Descriptor> coda;
   std::string rifiuto;
-  const auto inizio = Orologio::now();
+  const auto inizio = Clock::now();
   while (rifiuto.empty() && coda.size() < 10) {
     try {
-      coda.push_back(ApriPresa("127.0.0.1", ascolto.porta, Orologio::now() + 300ms, 300ms));
-    } catch (const ErroreRuntime& errore) {
-      rifiuto = errore.Descrizione();
+      coda.push_back(OpenSocket("127.0.0.1", ascolto.porta, Clock::now() + 300ms, 300ms));
+    } catch (const RuntimeError& errore) {
+      rifiuto = errore.Description();
     }
   }
   EXPECT_THAT(rifiuto, HasSubstr("nessuna risposta entro 0,300 secondi. Verificare che l'host sia acceso"));
-  EXPECT_LT(Orologio::now() - inizio, 20s);
+  EXPECT_LT(Clock::now() - inizio, 20s);
 }
 
 TEST(SocketOfALink, TimeThatIsOverIsNotNegative) {
-  EXPECT_EQ(nexaro::TempoRestante(Orologio::now() - 5s).count(), 0);
-  EXPECT_GT(nexaro::TempoRestante(Orologio::now() + 5s).count(), 0);
+  EXPECT_EQ(nexaro::TimeLeft(Clock::now() - 5s).count(), 0);
+  EXPECT_GT(nexaro::TimeLeft(Clock::now() + 5s).count(), 0);
 }
 
 TEST(ForeignText, StandsInAMessageWhateverItHolds) {
-  EXPECT_EQ(nexaro::TestoAltrui("Connection reset by peer"), "Connection reset by peer");
-  EXPECT_EQ(nexaro::TestoAltrui("a\x1B[31m\r\nb\x7F"), "a [31m  b");
-  EXPECT_EQ(nexaro::TestoAltrui("a\u009B31mb\u0080à"), "a 31mb à");
-  EXPECT_EQ(SenzaControlli("a\tb\r\nc\x1B[0m", "\n"), "a b \nc [0m");
-  EXPECT_EQ(nexaro::TestoAltrui("perch\xE9 così"), "perch\uFFFD così");
-  EXPECT_LE(nexaro::TestoAltrui(std::string(5000, 'x')).size(), 300U);
+  EXPECT_EQ(nexaro::ForeignText("Connection reset by peer"), "Connection reset by peer");
+  EXPECT_EQ(nexaro::ForeignText("a\x1B[31m\r\nb\x7F"), "a [31m  b");
+  EXPECT_EQ(nexaro::ForeignText("a\u009B31mb\u0080à"), "a 31mb à");
+  EXPECT_EQ(WithoutControls("a\tb\r\nc\x1B[0m", "\n"), "a b \nc [0m");
+  EXPECT_EQ(nexaro::ForeignText("perch\xE9 così"), "perch\uFFFD così");
+  EXPECT_LE(nexaro::ForeignText(std::string(5000, 'x')).size(), 300U);
 }
 
 } // namespace

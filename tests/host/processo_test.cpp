@@ -1,5 +1,5 @@
 #include "Banco.hpp"
-#include "platform/nexaro/cartella/Processo.hpp"
+#include "platform/nexaro/cartella/Process.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -13,14 +13,14 @@ namespace lumoscad {
 namespace {
 
 using namespace std::chrono_literals;
-using nexaro::FineProcesso;
+using nexaro::ProcessEnd;
 
 class LocalProgram : public testing::Test {
  protected:
-  nexaro::EsitoProcesso Esegui(const std::string& corpo, std::vector<std::string> argomenti = {},
-                               std::chrono::milliseconds attesa = 20s) {
+  nexaro::ProcessOutcome Esegui(const std::string& corpo, std::vector<std::string> argomenti = {},
+                                std::chrono::milliseconds attesa = 20s) {
     const auto percorso = prove::ScriviProgramma(cartella / "programma", corpo);
-    return nexaro::Esegui({percorso, std::move(argomenti), {"PROVA=sì"}, cartella.Percorso(), attesa, 100000, 50});
+    return nexaro::Run({percorso, std::move(argomenti), {"PROVA=sì"}, cartella.Percorso(), attesa, 100000, 50});
   }
 
   prove::CartellaProvvisoria cartella;
@@ -45,51 +45,51 @@ class Trattamento {
 
 TEST_F(LocalProgram, GetsEachArgumentAsOneAndEmptyOnesToo) {
   const auto esito = Esegui("printf '%s|' \"$#\" \"$@\"", {"a b", "", "$(id)", "`id`; rm *", ""});
-  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
-  EXPECT_EQ(esito.stato, 0);
-  EXPECT_EQ(esito.uscita, "5|a b||$(id)|`id`; rm *||");
+  EXPECT_EQ(esito.finish, ProcessEnd::Exited);
+  EXPECT_EQ(esito.state, 0);
+  EXPECT_EQ(esito.output, "5|a b||$(id)|`id`; rm *||");
 }
 
 TEST_F(LocalProgram, RunsInItsDirectoryWithItsEnvironmentAndNoInput) {
   const auto esito = Esegui("pwd -P; echo $PROVA; wc -c");
-  EXPECT_EQ(esito.uscita, std::filesystem::canonical(cartella.Percorso()).string() + "\nsì\n0\n");
+  EXPECT_EQ(esito.output, std::filesystem::canonical(cartella.Percorso()).string() + "\nsì\n0\n");
 }
 
 TEST_F(LocalProgram, ReportsExitStatusAndStandardErrorApart) {
   const auto esito = Esegui("echo fuori; echo dentro >&2; exit 7");
-  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
-  EXPECT_EQ(esito.stato, 7);
-  EXPECT_EQ(esito.uscita, "fuori\n");
-  EXPECT_EQ(esito.errori, "dentro\n");
+  EXPECT_EQ(esito.finish, ProcessEnd::Exited);
+  EXPECT_EQ(esito.state, 7);
+  EXPECT_EQ(esito.output, "fuori\n");
+  EXPECT_EQ(esito.errors, "dentro\n");
 }
 
 TEST_F(LocalProgram, KeepsTheBeginningOfStandardErrorOnly) {
   const auto esito = Esegui("i=0; while [ $i -lt 5000 ]; do echo 0123456789012345678901234567890123456789 >&2; "
                             "i=$((i+1)); done; echo fine");
-  EXPECT_EQ(esito.uscita, "fine\n");
-  EXPECT_EQ(esito.errori.size(), 50U);
+  EXPECT_EQ(esito.output, "fine\n");
+  EXPECT_EQ(esito.errors.size(), 50U);
 }
 
 TEST_F(LocalProgram, ReportsTheSignalThatKilledIt) {
   const auto esito = Esegui("kill -TERM $$");
-  EXPECT_EQ(esito.fine, FineProcesso::Segnale);
-  EXPECT_EQ(esito.stato, SIGTERM);
+  EXPECT_EQ(esito.finish, ProcessEnd::Signal);
+  EXPECT_EQ(esito.state, SIGTERM);
 }
 
 TEST_F(LocalProgram, ReportsThatItCannotBeStarted) {
-  auto esito = nexaro::Esegui({cartella / "manca", {}, {}, cartella.Percorso(), 5s, 10, 10});
-  EXPECT_EQ(esito.fine, FineProcesso::NonAvviato);
-  EXPECT_EQ(esito.stato, ENOENT);
+  auto esito = nexaro::Run({cartella / "manca", {}, {}, cartella.Percorso(), 5s, 10, 10});
+  EXPECT_EQ(esito.finish, ProcessEnd::NotStarted);
+  EXPECT_EQ(esito.state, ENOENT);
   prove::Scrivi(cartella / "testo", "niente");
-  esito = nexaro::Esegui({cartella / "testo", {}, {}, cartella.Percorso(), 5s, 10, 10});
-  EXPECT_EQ(esito.fine, FineProcesso::NonAvviato);
-  EXPECT_EQ(esito.stato, EACCES);
+  esito = nexaro::Run({cartella / "testo", {}, {}, cartella.Percorso(), 5s, 10, 10});
+  EXPECT_EQ(esito.finish, ProcessEnd::NotStarted);
+  EXPECT_EQ(esito.state, EACCES);
 }
 
 TEST_F(LocalProgram, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
   const auto inizio = std::chrono::steady_clock::now();
   const auto esito = Esegui("sleep 30 & echo $! > figlio; wait", {}, 500ms);
-  EXPECT_EQ(esito.fine, FineProcesso::Scaduto);
+  EXPECT_EQ(esito.finish, ProcessEnd::TimedOut);
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
   const auto figlio = static_cast<pid_t>(std::stol(prove::Leggi(cartella / "figlio")));
   const auto morto = [figlio] {
@@ -104,21 +104,21 @@ TEST_F(LocalProgram, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
 
 TEST_F(LocalProgram, IsStoppedWhenItWritesTooMuch) {
   const auto esito = Esegui("while :; do echo 0123456789012345678901234567890123456789; done");
-  EXPECT_EQ(esito.fine, FineProcesso::UscitaEccessiva);
-  EXPECT_EQ(esito.uscita.size(), 100000U);
+  EXPECT_EQ(esito.finish, ProcessEnd::ExcessiveOutput);
+  EXPECT_EQ(esito.output.size(), 100000U);
 }
 
 TEST_F(LocalProgram, MayWriteExactlyTheBound) {
   const auto esito = Esegui("head -c 100000 /dev/zero");
-  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
-  EXPECT_EQ(esito.uscita.size(), 100000U);
+  EXPECT_EQ(esito.finish, ProcessEnd::Exited);
+  EXPECT_EQ(esito.output.size(), 100000U);
 }
 
 TEST_F(LocalProgram, StatusArrivesThoughTheCallerIgnoresSigchld) {
   const Trattamento ignorato(SIGCHLD, SIG_IGN);
   const auto esito = Esegui("exit 5");
-  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
-  EXPECT_EQ(esito.stato, 5);
+  EXPECT_EQ(esito.finish, ProcessEnd::Exited);
+  EXPECT_EQ(esito.state, 5);
 }
 
 void RaccogliTutti(int /*segnale*/) {
@@ -131,15 +131,15 @@ void RaccogliTutti(int /*segnale*/) {
 TEST_F(LocalProgram, StatusArrivesThoughTheCallerReapsEveryChild) {
   const Trattamento raccolto(SIGCHLD, RaccogliTutti);
   const auto esito = Esegui("exit 6");
-  EXPECT_EQ(esito.fine, FineProcesso::Uscito);
-  EXPECT_EQ(esito.stato, 6);
+  EXPECT_EQ(esito.finish, ProcessEnd::Exited);
+  EXPECT_EQ(esito.state, 6);
 }
 
 TEST_F(LocalProgram, HasDefaultSignalsThoughTheCallerIgnoresThem) {
   const Trattamento ignorato(SIGPIPE, SIG_IGN);
   const auto esito = Esegui("kill -PIPE $$; echo vivo");
-  EXPECT_EQ(esito.fine, FineProcesso::Segnale);
-  EXPECT_EQ(esito.stato, SIGPIPE);
+  EXPECT_EQ(esito.finish, ProcessEnd::Signal);
+  EXPECT_EQ(esito.state, SIGPIPE);
 }
 
 TEST_F(LocalProgram, DoesNotInheritTheCallersFiles) {
@@ -147,7 +147,7 @@ TEST_F(LocalProgram, DoesNotInheritTheCallersFiles) {
   ASSERT_GE(aperto, 0);
   const auto esito = Esegui("[ -e /proc/self/fd/" + std::to_string(aperto) + " ] && echo ereditato; echo fine");
   ::close(aperto);
-  EXPECT_EQ(esito.uscita, "fine\n");
+  EXPECT_EQ(esito.output, "fine\n");
 }
 
 TEST_F(LocalProgram, LeavesNoZombieBehind) {
@@ -159,15 +159,15 @@ TEST_F(LocalProgram, LeavesNoZombieBehind) {
 TEST_F(LocalProgram, RunsSideBySideWithoutWaitingForEachOther) {
   const auto lento = prove::ScriviProgramma(cartella / "lento", "sleep 2; echo lento");
   const auto svelto = prove::ScriviProgramma(cartella / "svelto", "echo svelto");
-  nexaro::EsitoProcesso primo;
-  std::thread filo([&] { primo = nexaro::Esegui({lento, {}, {}, cartella.Percorso(), 20s, 100, 100}); });
+  nexaro::ProcessOutcome primo;
+  std::thread filo([&] { primo = nexaro::Run({lento, {}, {}, cartella.Percorso(), 20s, 100, 100}); });
   std::this_thread::sleep_for(200ms);
   const auto inizio = std::chrono::steady_clock::now();
-  const auto secondo = nexaro::Esegui({svelto, {}, {}, cartella.Percorso(), 20s, 100, 100});
+  const auto secondo = nexaro::Run({svelto, {}, {}, cartella.Percorso(), 20s, 100, 100});
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 1s);
   filo.join();
-  EXPECT_EQ(secondo.uscita, "svelto\n");
-  EXPECT_EQ(primo.uscita, "lento\n");
+  EXPECT_EQ(secondo.output, "svelto\n");
+  EXPECT_EQ(primo.output, "lento\n");
 }
 
 } // namespace

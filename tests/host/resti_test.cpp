@@ -3,7 +3,7 @@
 #include "Banco.hpp"
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Nexaro.hpp"
-#include "support/AltroProcesso.hpp"
+#include "support/OtherProcess.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -13,7 +13,7 @@
 namespace lumoscad {
 namespace {
 
-using prova::AltroProcesso;
+using prova::OtherProcess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -27,7 +27,7 @@ class Leftovers : public testing::Test {
     prove::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T01\r\n");
     variabili.Imposta("NEXARO_TRASPORTO", "cartella");
     variabili.Imposta("NEXARO_RADICE", base / "host");
-    collegamento = nexaro::CreaHostLink();
+    collegamento = nexaro::CreateHostLink();
   }
 
   /// A download like any other; what the local directory holds after it, the download's own file apart.
@@ -49,8 +49,8 @@ class Leftovers : public testing::Test {
   [[nodiscard]] std::function<void()> Riceve() const {
     return [this] {
       const std::string prova = "Prova";
-      auto* file = new nexaro::FileProvvisorio(base / "locale/VBDEBITI", 0600, prova);
-      file->Scrivi("mezzo", prova);
+      auto* file = new nexaro::TemporaryFile(base / "locale/VBDEBITI", 0600, prova);
+      file->Write("mezzo", prova);
     };
   }
   void Lascia(const std::string& nome) const { prove::Scrivi(base / ("locale/" + nome), "mezzo"); }
@@ -62,9 +62,9 @@ class Leftovers : public testing::Test {
   }
   /// The number of a process that is no more.
   static std::string Finito() {
-    AltroProcesso altro([] {});
-    const auto numero = std::to_string(altro.Numero());
-    altro.Termina();
+    OtherProcess altro([] {});
+    const auto numero = std::to_string(altro.Number());
+    altro.End();
     return numero;
   }
 
@@ -74,17 +74,17 @@ class Leftovers : public testing::Test {
 };
 
 TEST_F(Leftovers, OfAKilledDownloadGoWithTheNextOne) {
-  AltroProcesso altro(Riceve());
-  ASSERT_TRUE(altro.Riuscito());
-  altro.Uccidi();
+  OtherProcess altro(Riceve());
+  ASSERT_TRUE(altro.Succeeded());
+  altro.Kill();
   ASSERT_THAT(Nomi(base / "locale"), SizeIs(1)) << "nothing was left";
   EXPECT_THAT(DopoUnaRicezione(), IsEmpty());
 }
 
 TEST_F(Leftovers, OfAKilledUploadToADirectoryHostGoWithTheNextOne) {
-  AltroProcesso altro([this] { static_cast<void>(new nexaro::FileProvvisorio(base / "host/tmp/T01", 0666, "Prova")); });
-  ASSERT_TRUE(altro.Riuscito());
-  altro.Uccidi();
+  OtherProcess altro([this] { static_cast<void>(new nexaro::TemporaryFile(base / "host/tmp/T01", 0666, "Prova")); });
+  ASSERT_TRUE(altro.Succeeded());
+  altro.Kill();
   prove::Scrivi(base / "locale/T01", "x");
   ASSERT_THAT(Nomi(base / "host/tmp"), SizeIs(1)) << "nothing was left";
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
@@ -92,16 +92,16 @@ TEST_F(Leftovers, OfAKilledUploadToADirectoryHostGoWithTheNextOne) {
 }
 
 TEST_F(Leftovers, ADownloadUnderWayIsLeftAlone) {
-  const AltroProcesso altro(Riceve());
-  ASSERT_TRUE(altro.Riuscito());
+  const OtherProcess altro(Riceve());
+  ASSERT_TRUE(altro.Succeeded());
   EXPECT_THAT(DopoUnaRicezione(), SizeIs(1));
-  const nexaro::FileProvvisorio nostro(base / "locale/VBDEBITI", 0600, "Prova");
+  const nexaro::TemporaryFile nostro(base / "locale/VBDEBITI", 0600, "Prova");
   EXPECT_THAT(DopoUnaRicezione(), SizeIs(2));
 }
 
 TEST_F(Leftovers, OfALivingProcessAreLeftAloneWithoutALockToo) {
-  const AltroProcesso altro([] {});
-  const auto suo = ".lumoscad-" + std::to_string(altro.Numero()) + "-12345";
+  const OtherProcess altro([] {});
+  const auto suo = ".lumoscad-" + std::to_string(altro.Number()) + "-12345";
   Lascia(suo);
   EXPECT_THAT(DopoUnaRicezione(), ElementsAre(suo)) << "an older release locks nothing";
 }
@@ -118,8 +118,8 @@ TEST_F(Leftovers, OfALockedFileNothingIsTakenWhoeverItsNameTells) {
 }
 
 TEST_F(Leftovers, AProcessThatBeganAfterTheFileWasWrittenIsNotItsOwn) {
-  const AltroProcesso altro([] {});
-  for (const auto& numero : {std::to_string(altro.Numero()), std::to_string(::getpid())}) {
+  const OtherProcess altro([] {});
+  for (const auto& numero : {std::to_string(altro.Number()), std::to_string(::getpid())}) {
     const auto nome = ".lumoscad-" + numero + "-12345";
     Lascia(nome);
     EXPECT_THAT(DopoUnaRicezione(), ElementsAre(nome));

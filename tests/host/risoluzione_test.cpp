@@ -3,9 +3,9 @@
 #include "Banco.hpp"
 #include "Chiamante.hpp"
 #include "ChiamateRifiutate.hpp"
-#include "platform/nexaro/ssh/CollegamentoSsh.hpp"
-#include "platform/nexaro/ssh/Indirizzi.hpp"
-#include "platform/nexaro/ssh/Presa.hpp"
+#include "platform/nexaro/ssh/AddressLookup.hpp"
+#include "platform/nexaro/ssh/Socket.hpp"
+#include "platform/nexaro/ssh/SshLink.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -27,8 +27,8 @@ namespace lumoscad {
 namespace {
 
 using namespace std::chrono_literals;
-using nexaro::ApriPresa;
-using nexaro::Orologio;
+using nexaro::Clock;
+using nexaro::OpenSocket;
 using prove::ErroreDi;
 
 /// Every name that is in no file is asked for over a socket. From now on this process, and every thread that it starts,
@@ -73,8 +73,8 @@ void LasciaAndare(int ascolto, std::chrono::milliseconds ritardo) {
   ::_exit(0);
 }
 
-std::string SecondiDa(Orologio::time_point inizio) {
-  return Orologio::now() - inizio < 10s ? " presto" : " tardi";
+std::string SecondiDa(Clock::time_point inizio) {
+  return Clock::now() - inizio < 10s ? " presto" : " tardi";
 }
 
 /// Each case runs in a new program: the name service's threads belong to the whole process.
@@ -86,10 +86,10 @@ class NameLookUp : public testing::Test {
 [[noreturn]] void SenzaRisposta() {
   ::alarm(30);
   TrattieniLePrese();
-  const auto inizio = Orologio::now();
+  const auto inizio = Clock::now();
   const auto errore =
-      ErroreDi([] { static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 1500ms, 1500ms)); });
-  Racconta(errore.Descrizione() + SecondiDa(inizio));
+      ErroreDi([] { static_cast<void>(OpenSocket("contabile.invalid", 22, Clock::now() + 1500ms, 1500ms)); });
+  Racconta(errore.Description() + SecondiDa(inizio));
 }
 
 TEST_F(NameLookUp, NameServiceThatNeverAnswersIsGivenUpInTimeAndNamed) {
@@ -104,8 +104,8 @@ TEST_F(NameLookUp, NameServiceThatNeverAnswersIsGivenUpInTimeAndNamed) {
   std::string tutte;
   for (int volta = 0; volta < 25; ++volta) {
     tutte = ErroreDi([] {
-              static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 100ms, 100ms));
-            }).Descrizione();
+              static_cast<void>(OpenSocket("contabile.invalid", 22, Clock::now() + 100ms, 100ms));
+            }).Description();
   }
   Racconta(tutte);
 }
@@ -142,7 +142,7 @@ unsigned PortaMuta() {
       ::ioctl(ascolto, SECCOMP_IOCTL_NOTIF_SEND, &risposta);
     }
   }).detach();
-  const auto collegata = ApriPresa("127.0.0.1", porta, Orologio::now() + 5s, 5s);
+  const auto collegata = OpenSocket("127.0.0.1", porta, Clock::now() + 5s, 5s);
   Racconta(collegata.Opened() && aperte == 1 ? "collegata" : "no");
 }
 
@@ -154,19 +154,19 @@ TEST_F(NameLookUp, AddressInNumbersAsksNobody) {
 template <typename Avversa> [[noreturn]] void Avversato(Avversa avversa) {
   ::alarm(30);
   avversa();
-  const auto errore = ErroreDi([] { static_cast<void>(ApriPresa("contabile.invalid", 22, Orologio::now() + 5s, 5s)); });
+  const auto errore = ErroreDi([] { static_cast<void>(OpenSocket("contabile.invalid", 22, Clock::now() + 5s, 5s)); });
   rlimit limite{};
   ::getrlimit(RLIMIT_NOFILE, &limite);
   // The sanitizers open pipes for their own checks.
   limite.rlim_cur = limite.rlim_max;
   ::setrlimit(RLIMIT_NOFILE, &limite);
-  Racconta(errore.Descrizione());
+  Racconta(errore.Description());
 }
 
 TEST_F(NameLookUp, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
   const auto senzaDescrittori = [] {
     // What the look-up needs for good is read by then.
-    static_cast<void>(ErroreDi([] { static_cast<void>(ApriPresa("altro.invalid", 22, Orologio::now() + 5s, 5s)); }));
+    static_cast<void>(ErroreDi([] { static_cast<void>(OpenSocket("altro.invalid", 22, Clock::now() + 5s, 5s)); }));
     rlimit limite{};
     ::getrlimit(RLIMIT_NOFILE, &limite);
     limite.rlim_cur = 3;
@@ -185,16 +185,16 @@ TEST_F(NameLookUp, WantOfThreadsIsSaid) {
 
 TEST_F(NameLookUp, NameServiceThatFailedDoesNotSayThatTheNameIsNotThere) {
   for (const int esito : {EAI_AGAIN, EAI_FAIL}) {
-    EXPECT_EQ(nexaro::ErroreRicerca(esito, 5s, "Ricerca").Descrizione(),
+    EXPECT_EQ(nexaro::LookUpError(esito, 5s, "Ricerca").Description(),
               "Ricerca: il servizio dei nomi non risponde. Verificare la rete di questa macchina.");
   }
-  EXPECT_EQ(nexaro::ErroreRicerca(EAI_NONAME, 5s, "Ricerca").Descrizione(),
+  EXPECT_EQ(nexaro::LookUpError(EAI_NONAME, 5s, "Ricerca").Description(),
             "Ricerca: l'indirizzo non esiste. Verificare l'indirizzo dell'host (-H).");
 }
 
 TEST_F(NameLookUp, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
   const auto cerca = [] {
-    return ErroreDi([] { static_cast<void>(ApriPresa("localhost", 1, Orologio::now() + 3s, 3s)); }).Descrizione();
+    return ErroreDi([] { static_cast<void>(OpenSocket("localhost", 1, Clock::now() + 3s, 3s)); }).Description();
   };
   const auto qui = cerca();
   EXPECT_THAT(qui, testing::HasSubstr("localhost (porta 1)"));
@@ -205,15 +205,15 @@ TEST_F(NameLookUp, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
 [[noreturn]] void Lenta(const std::string& cartella) {
   ::alarm(30);
   const auto porta = PortaMuta();
-  nexaro::ImpostazioniSsh impostazioni;
-  impostazioni.porta = porta;
-  impostazioni.utente = "prova";
-  impostazioni.noti = cartella + "/noti";
-  impostazioni.attesa = 3s;
+  nexaro::SshSettings impostazioni;
+  impostazioni.port = porta;
+  impostazioni.user = "prova";
+  impostazioni.knownHosts = cartella + "/noti";
+  impostazioni.timeout = 3s;
   const int ascolto = TrattieniLePrese();
   std::thread([ascolto] { LasciaAndare(ascolto, 1200ms); }).detach();
-  nexaro::CollegamentoSsh collegamento(impostazioni);
-  Racconta(ErroreDi([&] { collegamento.CancellaFile("localhost", "/tmp/x"); }).Descrizione());
+  nexaro::SshLink collegamento(impostazioni);
+  Racconta(ErroreDi([&] { collegamento.CancellaFile("localhost", "/tmp/x"); }).Description());
 }
 
 TEST_F(NameLookUp, NameServiceThatTookMuchOfTheWaitIsNamedWhereTheRestWasNotEnough) {

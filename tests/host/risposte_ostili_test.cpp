@@ -1,5 +1,5 @@
 #include "Banco.hpp"
-#include "platform/nexaro/cartella/CollegamentoCartella.hpp"
+#include "platform/nexaro/cartella/DirectoryLink.hpp"
 #include "platform/xml/Nodo.hpp"
 
 #include <array>
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 std::string Rifiuto(const std::string& documento) {
-  return ErroreDi([&] { static_cast<void>(xml::Leggi(documento)); }).Descrizione();
+  return ErroreDi([&] { static_cast<void>(xml::Read(documento)); }).Description();
 }
 
 std::string Dichiarato(const std::string& codifica, const std::string& corpo = "<A>x</A>") {
@@ -88,7 +88,7 @@ TEST(HostileReply, CannotCallUponAnEncodingOfItsChoice) {
 TEST(HostileReply, KeepsTheEncodingsOfWesternHosts) {
   for (const auto* codifica :
        {"utf-8", "UTF-8", "us-ascii", "ISO-8859-1", "iso-8859-15", "Windows-1252", "CP1252", "IBM850", "latin1"}) {
-    EXPECT_EQ(xml::Leggi(Dichiarato(codifica)).valore, "x") << codifica;
+    EXPECT_EQ(xml::Read(Dichiarato(codifica)).value, "x") << codifica;
   }
 }
 
@@ -114,9 +114,9 @@ TEST(HostileReply, IsReadInTimeThatGrowsWithItsSizeOnly) {
   const auto inizio = std::chrono::steady_clock::now();
   for (const auto* pezzo : {"<b/>", "&amp;", "<!---->", "<![CDATA[]]>", "<?a?>", "&", "<", "]]>"}) {
     try {
-      static_cast<void>(xml::Leggi("<A>" + ripeti(pezzo, 1'000'000) + "</A>"));
-    } catch (const ErroreRuntime& errore) {
-      EXPECT_THAT(errore.Descrizione(), HasSubstr("Documento XML non valido"));
+      static_cast<void>(xml::Read("<A>" + ripeti(pezzo, 1'000'000) + "</A>"));
+    } catch (const RuntimeError& errore) {
+      EXPECT_THAT(errore.Description(), HasSubstr("Documento XML non valido"));
     }
   }
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(60));

@@ -24,27 +24,27 @@ using testing::HasSubstr;
 
 class SshWaits : public prove::BancoSsh {
  protected:
-  void TearDown() override { server->Cambia({}); }
+  void TearDown() override { server->Change({}); }
 
   /// The error of an operation, or "" where it succeeds.
   template <typename Operazione> static std::string Detto(Operazione operazione) {
     try {
       operazione();
       return "";
-    } catch (const ErroreRuntime& errore) {
-      return errore.Descrizione();
+    } catch (const RuntimeError& errore) {
+      return errore.Description();
     }
   }
   /// The text that the program answers, or the error.
   std::string Chiama() {
     std::string valore;
-    const auto errore = Detto([&] { valore = Risposta()->valore; });
+    const auto errore = Detto([&] { valore = Risposta()->value; });
     return errore.empty() ? valore : errore;
   }
   /// What a caller says that is stopped, for longer than it would wait, while the program works.
   std::string ChiamaFermato(const std::string& corpo) {
     Programma("touch '" + base / "partito" + "'; sleep 1; " + corpo);
-    impostazioni.attesa = 2s;
+    impostazioni.timeout = 2s;
     Collega();
     const Chiamante chiamante([this] { return Chiama().substr(0, 300); });
     for (int giro = 0; giro < 1000 && !fs::exists(base / "partito"); ++giro) {
@@ -60,7 +60,7 @@ TEST_F(SshWaits, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_EQ(Chiama(), "fatto");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
-  const auto prima = server->Processi();
+  const auto prima = server->Processes();
   Programma("echo '<A>ancora</A>'");
   EXPECT_EQ(Chiama(), "ancora") << "over the same connection";
 }
@@ -72,7 +72,7 @@ TEST_F(SshWaits, AnswerThatAChildCompletesIsWaitedFor) {
 
 TEST_F(SshWaits, HalfAnAnswerIsNotTakenThoughTheProgramEndedWell) {
   Programma("sleep 15 & echo '<A>'");
-  impostazioni.attesa = 2500ms;
+  impostazioni.timeout = 2500ms;
   Collega();
   EXPECT_THAT(Chiama(), HasSubstr("non ha risposto entro 2,500 secondi"));
 }
@@ -96,7 +96,7 @@ TEST_F(SshWaits, LongAnswerThatWasHeldUpWhileTheCallerWasStoppedIsReadToItsEnd) 
 
 TEST_F(SshWaits, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
   Programma("while :; do echo ancora >&2; sleep 0.02; done");
-  impostazioni.attesa = 500ms;
+  impostazioni.timeout = 500ms;
   Collega();
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_THAT(Chiama(), HasSubstr("non ha risposto entro 0,500 secondi"));
@@ -180,9 +180,9 @@ class SshSilentAgent : public SshWaits {
   void SetUp() override {
     SshWaits::SetUp();
     Programma("echo '<A>fatto</A>'");
-    impostazioni.chiave.clear();
-    impostazioni.cartella = base / "ssh";
-    impostazioni.attesa = 1500ms;
+    impostazioni.key.clear();
+    impostazioni.directory = base / "ssh";
+    impostazioni.timeout = 1500ms;
     Collega();
   }
   std::string ChiamaAltrove() {
@@ -216,7 +216,7 @@ TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
 }
 
 TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
-  const auto comando = "cut -d' ' -f2 '" + server->Chiave().string() + ".pub' | base64 -d >'" + base / "pubblica" + "'";
+  const auto comando = "cut -d' ' -f2 '" + server->Key().string() + ".pub' | base64 -d >'" + base / "pubblica" + "'";
   ASSERT_EQ(std::system(comando.c_str()), 0);
   const AgenteMuto agente(base / "agente", prove::Leggi(base / "pubblica"));
   EXPECT_EQ(ChiamaAltrove(), attesa);
@@ -224,14 +224,14 @@ TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
 
 TEST_F(SshSilentAgent, CallerThatWasStoppedDuringTheLoginTakesTheAnswerAndGoesOn) {
   fs::create_directories(base / "ssh");
-  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  fs::copy_file(server->Key(), base / "ssh/id_ed25519");
   const AgenteMuto agente(base / "agente", {}, 2500ms);
   EXPECT_EQ(ChiamaAltrove(), "fatto") << "the key file is tried after the agent, when the limit is over";
 }
 
 TEST_F(SshSilentAgent, LeavesNoDescriptorBehind) {
   const AgenteMuto agente(base / "agente", {});
-  impostazioni.attesa = 300ms;
+  impostazioni.timeout = 300ms;
   const auto aperti = [] {
     const fs::directory_iterator elenco("/proc/self/fd");
     return std::distance(begin(elenco), end(elenco));

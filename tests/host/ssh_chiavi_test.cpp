@@ -3,8 +3,8 @@
 #include "BancoSsh.hpp"
 #include "Chiamante.hpp"
 #include "ChiamateRifiutate.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/ssh/ChiaveHost.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
+#include "platform/nexaro/ssh/HostKey.hpp"
 
 #include <array>
 #include <csignal>
@@ -17,7 +17,7 @@ namespace lumoscad {
 namespace {
 
 namespace fs = std::filesystem;
-using nexaro::StatoChiave;
+using nexaro::KeyState;
 using prove::ErroreDi;
 using testing::AllOf;
 using testing::HasSubstr;
@@ -39,8 +39,8 @@ class SshHostKeys : public prove::BancoSsh {
   void SetUp() override {
     prove::BancoSsh::SetUp();
     noti = base / "noti";
-    fs::copy_file(server->Noti(), noti);
-    impostazioni.noti = noti;
+    fs::copy_file(server->KnownHosts(), noti);
+    impostazioni.knownHosts = noti;
     Collega();
   }
 
@@ -49,13 +49,13 @@ class SshHostKeys : public prove::BancoSsh {
     Collega();
     try {
       collegamento->CancellaFile(Host, base / "host/manca");
-    } catch (const ErroreRuntime& errore) {
-      return errore.Descrizione();
+    } catch (const RuntimeError& errore) {
+      return errore.Description();
     }
     return "riuscito";
   }
-  [[nodiscard]] static std::string Posto() { return "[" + std::string(Host) + "]:" + std::to_string(server->Porta()); }
-  [[nodiscard]] StatoChiave Stato() const { return nexaro::ChiediChiave(impostazioni, Host).stato; }
+  [[nodiscard]] static std::string Posto() { return "[" + std::string(Host) + "]:" + std::to_string(server->Port()); }
+  [[nodiscard]] KeyState Stato() const { return nexaro::AskHostKey(impostazioni, Host).state; }
   /// The public half of a new key of a type.
   [[nodiscard]] std::string NuovaChiave(const std::string& nome, const std::string& tipo,
                                         const std::string& parola = "") const {
@@ -73,7 +73,7 @@ TEST_F(SshHostKeys, KnownKeyIsAccepted) {
 TEST_F(SshHostKeys, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
   for (const auto* contenuto : {"", "# niente\n\n", "altro.host ssh-ed25519 AAAA\n", "spazzatura\n"}) {
     prove::Scrivi(noti, contenuto);
-    EXPECT_THAT(Prova(), AllOf(HasSubstr("ha presentato la chiave ssh-ed25519 " + server->Impronta()),
+    EXPECT_THAT(Prova(), AllOf(HasSubstr("ha presentato la chiave ssh-ed25519 " + server->Hash()),
                                HasSubstr("non è fra gli host noti"), HasSubstr("«lumoscad --registra-host 127.0.0.1»")))
         << contenuto;
   }
@@ -84,19 +84,19 @@ TEST_F(SshHostKeys, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
 TEST_F(SshHostKeys, PipeInTheFilesPlaceHoldsNobodyUp) {
   fs::remove(noti);
   ASSERT_EQ(::mkfifo(noti.c_str(), 0600), 0);
-  EXPECT_THAT(Prova(), AllOf(HasSubstr(server->Impronta()), HasSubstr("non può essere letto"),
+  EXPECT_THAT(Prova(), AllOf(HasSubstr(server->Hash()), HasSubstr("non può essere letto"),
                              HasSubstr("non è un file ordinario")));
 }
 
 TEST_F(SshHostKeys, KeyOfAnotherPortOrHostIsNotThisHostsKey) {
-  prove::Scrivi(noti, std::string(Host) + " " + server->ChiavePubblicaHost() + "\n[127.0.0.2]:" +
-                          std::to_string(server->Porta()) + " " + server->ChiavePubblicaHost() + "\n");
-  EXPECT_EQ(Stato(), StatoChiave::Sconosciuta);
+  prove::Scrivi(noti, std::string(Host) + " " + server->HostPublicKey() +
+                          "\n[127.0.0.2]:" + std::to_string(server->Port()) + " " + server->HostPublicKey() + "\n");
+  EXPECT_EQ(Stato(), KeyState::Unknown);
 }
 
 TEST_F(SshHostKeys, ChangedKeyIsRefusedAndItsLineNamed) {
   prove::Scrivi(noti, "# uno\n" + Posto() + " " + NuovaChiave("altra", "ed25519"));
-  EXPECT_THAT(Prova(), AllOf(HasSubstr("diversa da quella nota (" + noti + ", riga 2)"), HasSubstr(server->Impronta()),
+  EXPECT_THAT(Prova(), AllOf(HasSubstr("diversa da quella nota (" + noti + ", riga 2)"), HasSubstr(server->Hash()),
                              HasSubstr("un'altra macchina")));
 }
 
@@ -108,7 +108,7 @@ TEST_F(SshHostKeys, KeyOfAnotherTypeIsRefusedAndSaidToBe) {
 TEST_F(SshHostKeys, OneOfSeveralKnownKeysIsEnough) {
   prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa") + Posto() + " " +
                           NuovaChiave("vecchia", "ed25519") + "altro,*.altrove," + Posto() + " " +
-                          server->ChiavePubblicaHost() + " commento\r\n");
+                          server->HostPublicKey() + " commento\r\n");
   EXPECT_EQ(Prova(), "riuscito");
 }
 
@@ -119,23 +119,23 @@ TEST_F(SshHostKeys, HashedNamesAreKnown) {
 }
 
 TEST_F(SshHostKeys, RevokedKeyIsRefusedWhateverElseTheFileSays) {
-  const auto revoca = "@revoked * " + server->ChiavePubblicaHost() + "\n";
-  prove::Scrivi(noti, prove::Leggi(server->Noti()) + revoca);
+  const auto revoca = "@revoked * " + server->HostPublicKey() + "\n";
+  prove::Scrivi(noti, prove::Leggi(server->KnownHosts()) + revoca);
   EXPECT_THAT(Prova(), HasSubstr("che è revocata"));
-  prove::Scrivi(noti, revoca + prove::Leggi(server->Noti()));
-  EXPECT_EQ(Stato(), StatoChiave::Revocata);
+  prove::Scrivi(noti, revoca + prove::Leggi(server->KnownHosts()));
+  EXPECT_EQ(Stato(), KeyState::Revoked);
 }
 
 TEST_F(SshHostKeys, AuthoritiesAndExceptionsAcceptNoKey) {
-  prove::Scrivi(noti, "@cert-authority * " + server->ChiavePubblicaHost() + "\n!" + Posto() + ",* " +
-                          server->ChiavePubblicaHost() + "\n");
-  EXPECT_EQ(Stato(), StatoChiave::Sconosciuta);
+  prove::Scrivi(noti, "@cert-authority * " + server->HostPublicKey() + "\n!" + Posto() + ",* " +
+                          server->HostPublicKey() + "\n");
+  EXPECT_EQ(Stato(), KeyState::Unknown);
 }
 
 TEST_F(SshHostKeys, UnreadableFileIsSaidAndTrustsNobody) {
-  impostazioni.noti = base.Percorso();
+  impostazioni.knownHosts = base.Percorso();
   EXPECT_THAT(Prova(), AllOf(HasSubstr("il file degli host noti non può essere letto"), HasSubstr("è una cartella")));
-  impostazioni.noti = noti + "/sotto";
+  impostazioni.knownHosts = noti + "/sotto";
   EXPECT_THAT(Prova(), HasSubstr("un elemento del percorso non è una cartella"));
 }
 
@@ -143,7 +143,7 @@ TEST_F(SshHostKeys, FilesOfTheSshProgramAreLeftAlone) {
   prove::VariabiliProvvisorie variabili;
   fs::create_directories(base / "casa/.ssh");
   prove::Scrivi(base / "casa/.ssh/config", "Host *\n  StrictHostKeyChecking no\n  Port 1\n  User nessuno\n");
-  fs::copy_file(server->Noti(), base / "casa/.ssh/known_hosts");
+  fs::copy_file(server->KnownHosts(), base / "casa/.ssh/known_hosts");
   variabili.Imposta("HOME", base / "casa");
   EXPECT_EQ(Prova(), "riuscito");
   prove::Scrivi(noti, "");
@@ -152,32 +152,32 @@ TEST_F(SshHostKeys, FilesOfTheSshProgramAreLeftAlone) {
 
 TEST_F(SshHostKeys, EveryTypeOfHostKeyIsAccepted) {
   for (const auto* tipo : {"ecdsa", "rsa", "ed25519"}) {
-    server->CambiaChiaveHost(tipo);
-    prove::Scrivi(noti, Posto() + " " + server->ChiavePubblicaHost() + "\n");
+    server->ChangeHostKey(tipo);
+    prove::Scrivi(noti, Posto() + " " + server->HostPublicKey() + "\n");
     EXPECT_EQ(Prova(), "riuscito") << tipo;
     prove::Scrivi(noti, "");
-    EXPECT_THAT(Prova(), HasSubstr(server->Impronta())) << tipo;
+    EXPECT_THAT(Prova(), HasSubstr(server->Hash())) << tipo;
   }
-  server->RendiNoto(server->Porta());
+  server->MakeKnown(server->Port());
 }
 
 TEST_F(SshHostKeys, HostWithSeveralKeysIsAskedForTheKnownOne) {
   const auto seconda = NuovaChiave("host-rsa", "rsa");
-  server->Cambia({"ed25519", {}, "internal-sftp", {"HostKey " + base / "host-rsa"}});
+  server->Change({"ed25519", {}, "internal-sftp", {"HostKey " + base / "host-rsa"}});
   prove::Scrivi(noti, Posto() + " " + seconda);
   EXPECT_EQ(Prova(), "riuscito");
-  prove::Scrivi(noti, Posto() + " " + server->ChiavePubblicaHost() + "\n");
+  prove::Scrivi(noti, Posto() + " " + server->HostPublicKey() + "\n");
   EXPECT_EQ(Prova(), "riuscito");
-  server->Cambia({});
+  server->Change({});
 }
 
 TEST_F(SshHostKeys, RegisteredKeyIsKnown) {
   noti = base / "nuova/noti";
-  impostazioni.noti = noti;
-  const auto chiave = nexaro::ChiediChiave(impostazioni, Host);
-  EXPECT_EQ(chiave.stato, StatoChiave::Sconosciuta);
-  nexaro::RegistraRiga(chiave.riga, noti);
-  EXPECT_EQ(prove::Leggi(noti), Posto() + " " + server->ChiavePubblicaHost() + "\n");
+  impostazioni.knownHosts = noti;
+  const auto chiave = nexaro::AskHostKey(impostazioni, Host);
+  EXPECT_EQ(chiave.state, KeyState::Unknown);
+  nexaro::AddLine(chiave.line, noti);
+  EXPECT_EQ(prove::Leggi(noti), Posto() + " " + server->HostPublicKey() + "\n");
   EXPECT_EQ(Prova(), "riuscito");
   struct stat stato {};
   ASSERT_EQ(::stat(noti.c_str(), &stato), 0);
@@ -188,9 +188,9 @@ TEST_F(SshHostKeys, RegisteredKeyIsKnown) {
 
 TEST_F(SshHostKeys, RegisteringKeepsWhatTheFileHolds) {
   prove::Scrivi(noti, "altro ssh-ed25519 AAAA");
-  nexaro::RegistraRiga("nuovo ssh-ed25519 BBBB", noti);
+  nexaro::AddLine("nuovo ssh-ed25519 BBBB", noti);
   EXPECT_EQ(prove::Leggi(noti), "altro ssh-ed25519 AAAA\nnuovo ssh-ed25519 BBBB\n");
-  EXPECT_THAT(ErroreDi([&] { nexaro::RegistraRiga("x", base / "manca/sotto/noti"); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { nexaro::AddLine("x", base / "manca/sotto/noti"); }).Description(),
               HasSubstr("file inesistente"));
 }
 
@@ -199,40 +199,40 @@ class SshLogin : public SshHostKeys {
   void SetUp() override {
     SshHostKeys::SetUp();
     variabili.Togli("SSH_AUTH_SOCK");
-    impostazioni.cartella = base / "ssh";
+    impostazioni.directory = base / "ssh";
     fs::create_directory(base / "ssh");
   }
   prove::VariabiliProvvisorie variabili;
 };
 
 TEST_F(SshLogin, KeyThatTheHostDoesNotAcceptIsNamed) {
-  impostazioni.chiave = server->ChiaveEstranea();
+  impostazioni.key = server->ForeignKey();
   Collega();
   const auto errore = ErroreDi([this] { collegamento->CancellaFile(Host, "/tmp/x"); });
-  EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
-  EXPECT_THAT(errore.Descrizione(),
-              AllOf(HasSubstr("nessuna chiave dell'utente «" + server->Utente() + "» è stata accettata"),
-                    HasSubstr(impostazioni.chiave + ": non accettata"), HasSubstr("amministratore dell'host")));
+  EXPECT_EQ(errore.Number(), nexaro::PermissionError);
+  EXPECT_THAT(errore.Description(),
+              AllOf(HasSubstr("nessuna chiave dell'utente «" + server->User() + "» è stata accettata"),
+                    HasSubstr(impostazioni.key + ": non accettata"), HasSubstr("amministratore dell'host")));
 }
 
 TEST_F(SshLogin, OnlyTheNamedKeyIsPresented) {
-  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
-  impostazioni.chiave = server->ChiaveEstranea();
+  fs::copy_file(server->Key(), base / "ssh/id_ed25519");
+  impostazioni.key = server->ForeignKey();
   EXPECT_THAT(Prova(), testing::Not(HasSubstr("id_ed25519")));
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   EXPECT_EQ(Prova(), "riuscito");
 }
 
 TEST_F(SshLogin, KeyFileThatCannotBeUsedIsSaid) {
-  impostazioni.chiave = base / "manca";
+  impostazioni.key = base / "manca";
   EXPECT_THAT(Prova(), HasSubstr("manca: file inesistente"));
   ASSERT_EQ(::mkfifo((base / "tubo").c_str(), 0600), 0);
-  impostazioni.chiave = base / "tubo";
+  impostazioni.key = base / "tubo";
   EXPECT_THAT(Prova(), HasSubstr("tubo: non è un file ordinario"));
-  impostazioni.chiave = base / "host";
+  impostazioni.key = base / "host";
   EXPECT_THAT(Prova(), HasSubstr("host: è una cartella"));
   prove::Scrivi(base / "spazzatura", "non è una chiave");
-  impostazioni.chiave = base / "spazzatura";
+  impostazioni.key = base / "spazzatura";
   EXPECT_THAT(Prova(), HasSubstr("non è una chiave privata leggibile"));
 }
 
@@ -240,18 +240,18 @@ TEST_F(SshLogin, ProtectedKeyIsSaidAndNeverAskedFor) {
   static_cast<void>(NuovaChiave("protetta", "ed25519", "segreto"));
   Esegui("ssh-keygen -q -t rsa -m PEM -N segreto -C prova -f '" + base / "protetta-pem" + "'");
   for (const auto* nome : {"protetta", "protetta-pem"}) {
-    impostazioni.chiave = base / nome;
+    impostazioni.key = base / nome;
     EXPECT_THAT(Prova(), HasSubstr("è protetta da una parola d'ordine, che non viene mai chiesta")) << nome;
   }
 }
 
 TEST_F(SshLogin, EveryUsualKeyIsTriedAndListed) {
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: non attivo"));
   static_cast<void>(NuovaChiave("ssh/id_ed25519", "ed25519"));
   static_cast<void>(NuovaChiave("ssh/id_ecdsa", "ecdsa", "segreto"));
   EXPECT_THAT(Prova(), AllOf(HasSubstr("id_ed25519: non accettata"), HasSubstr("id_ecdsa: è protetta")));
-  fs::copy_file(server->Chiave(), base / "ssh/id_rsa");
+  fs::copy_file(server->Key(), base / "ssh/id_rsa");
   EXPECT_EQ(Prova(), "riuscito");
 }
 
@@ -285,24 +285,24 @@ class Agente {
 };
 
 TEST_F(SshLogin, AgentsKeysComeFirst) {
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   const Agente agente(base / "agente");
   EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: nessuna chiave accettata"));
-  Agente::Aggiungi(server->Chiave());
+  Agente::Aggiungi(server->Key());
   EXPECT_EQ(Prova(), "riuscito");
 }
 
 TEST_F(SshLogin, AgentThatIsGoneIsNoObstacle) {
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   variabili.Imposta("SSH_AUTH_SOCK", base / "manca");
-  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  fs::copy_file(server->Key(), base / "ssh/id_ed25519");
   EXPECT_EQ(Prova(), "riuscito");
 }
 
 TEST_F(SshLogin, KeyFilesAreTriedWhereTheSystemHasNoThreadForTheAgent) {
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   const Agente agente(base / "agente");
-  Agente::Aggiungi(server->Chiave());
+  Agente::Aggiungi(server->Key());
   const auto senzaFili = [this] {
     const prove::Chiamante chiamante([this] {
       prove::Rifiuta(SYS_clone3, SYS_clone, EAGAIN);
@@ -311,7 +311,7 @@ TEST_F(SshLogin, KeyFilesAreTriedWhereTheSystemHasNoThreadForTheAgent) {
     return chiamante.Esito(std::chrono::seconds(20));
   };
   EXPECT_THAT(senzaFili(), HasSubstr("agente delle chiavi: non raggiungibile (risorse del sistema esaurite)"));
-  fs::copy_file(server->Chiave(), base / "ssh/id_ed25519");
+  fs::copy_file(server->Key(), base / "ssh/id_ed25519");
   EXPECT_EQ(senzaFili(), "riuscito");
 }
 
@@ -328,21 +328,21 @@ class SshLoginByKeyType : public SshLogin, public testing::WithParamInterface<Ti
     SshLogin::SetUp();
     pubblica = NuovaChiave("utente", GetParam().generazione);
     chiave = base / "utente";
-    ammesse_ = prove::Leggi(server->Ammesse());
+    ammesse_ = prove::Leggi(server->Authorized());
   }
-  void TearDown() override { prove::Scrivi(server->Ammesse(), ammesse_); }
+  void TearDown() override { prove::Scrivi(server->Authorized(), ammesse_); }
 
   /// The host admits the new key, and no other.
-  void Ammetti() const { prove::Scrivi(server->Ammesse(), pubblica); }
+  void Ammetti() const { prove::Scrivi(server->Authorized(), pubblica); }
   /// The login succeeds, and the server has taken down that it was with the new key.
   void VerificaAccesso() {
-    const auto prima = prove::Leggi(server->Registro()).size();
+    const auto prima = prove::Leggi(server->Log()).size();
     EXPECT_EQ(Prova(), "riuscito");
     const auto riga = Esegui("ssh-keygen -l -E sha256 -f '" + chiave + ".pub'");
     const auto impronta =
         riga.substr(riga.find("SHA256:"), riga.find(' ', riga.find("SHA256:")) - riga.find("SHA256:"));
-    EXPECT_THAT(prove::Leggi(server->Registro()).substr(prima),
-                AllOf(HasSubstr("Accepted publickey for " + server->Utente()),
+    EXPECT_THAT(prove::Leggi(server->Log()).substr(prima),
+                AllOf(HasSubstr("Accepted publickey for " + server->User()),
                       HasSubstr("ssh2: " + std::string(GetParam().nome) + " " + impronta)));
   }
 
@@ -354,14 +354,14 @@ class SshLoginByKeyType : public SshLogin, public testing::WithParamInterface<Ti
 };
 
 TEST_P(SshLoginByKeyType, LogsInWithTheNamedKey) {
-  impostazioni.chiave = chiave;
+  impostazioni.key = chiave;
   EXPECT_THAT(Prova(), HasSubstr(chiave + ": non accettata"));
   Ammetti();
   VerificaAccesso();
 }
 
 TEST_P(SshLoginByKeyType, LogsInWithTheUsersUsualKey) {
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   fs::copy_file(chiave, base / (std::string("ssh/") + GetParam().fileConsueto));
   EXPECT_THAT(Prova(), HasSubstr(std::string(GetParam().fileConsueto) + ": non accettata"));
   Ammetti();
@@ -369,7 +369,7 @@ TEST_P(SshLoginByKeyType, LogsInWithTheUsersUsualKey) {
 }
 
 TEST_P(SshLoginByKeyType, LogsInWithTheAgentsKey) {
-  impostazioni.chiave.clear();
+  impostazioni.key.clear();
   const Agente agente(base / "agente");
   Agente::Aggiungi(chiave);
   EXPECT_THAT(Prova(), HasSubstr("agente delle chiavi: nessuna chiave accettata"));
@@ -384,16 +384,16 @@ INSTANTIATE_TEST_SUITE_P(Keys, SshLoginByKeyType,
                          [](const auto& tipo) { return std::string(tipo.param.nome); });
 
 TEST_F(SshLogin, HostThatTakesNoKeysIsSaid) {
-  server->Cambia(
+  server->Change(
       {"ed25519", {}, "internal-sftp", {"Match all", "PubkeyAuthentication no", "PasswordAuthentication yes"}});
   EXPECT_THAT(Prova(), HasSubstr("non ammette l'accesso con una chiave"));
-  server->Cambia({});
+  server->Change({});
 }
 
 TEST_F(SshLogin, HostThatAsksForMoreThanAKeyIsSaid) {
-  server->Cambia({"ed25519", {}, "internal-sftp", {"AuthenticationMethods publickey,publickey"}});
+  server->Change({"ed25519", {}, "internal-sftp", {"AuthenticationMethods publickey,publickey"}});
   EXPECT_THAT(Prova(), HasSubstr("l'host chiede altro oltre alla chiave"));
-  server->Cambia({});
+  server->Change({});
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "BancoSsh.hpp"
 #include "Chiamante.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
 #include "support/Paths.hpp"
 
 #include <chrono>
@@ -32,14 +32,14 @@ void Attendi(const std::string& file) {
 
 class SshHostile : public prove::BancoSsh {
  protected:
-  void TearDown() override { server->Cambia({}); }
+  void TearDown() override { server->Change({}); }
 
   /// The host's file service is from now on one that does its harm in this way.
   void Servizio(const std::string& modo) {
-    server->Cambia({"ed25519", {}, test::programPath("sftp_ostile").string() + " " + modo, {}});
+    server->Change({"ed25519", {}, test::programPath("sftp_ostile").string() + " " + modo, {}});
   }
   /// The error of a file that is received; nothing may be left of it.
-  ErroreRuntime Ricezione(const std::string& remoto) {
+  RuntimeError Ricezione(const std::string& remoto) {
     auto errore = ErroreDi([&] { collegamento->RiceviFile(Host, remoto, base / "locale/VBX", testo); });
     EXPECT_THAT(NomiIn("locale"), IsEmpty());
     return errore;
@@ -54,30 +54,30 @@ TEST_F(SshHostile, LargestFileIsReceivedAndALargerOneRefused) {
   fs::remove(base / "locale/VBX");
   fs::resize_file(base / "host/VBX", Massimo + 1);
   const auto errore = Ricezione(base / "host/VBX");
-  EXPECT_EQ(errore.Numero(), nexaro::ErroreCollegamento);
-  EXPECT_EQ(errore.Descrizione(), "Ricezione del file «" + base / "host/VBX" + "» sull'host 127.0.0.1 in «" +
+  EXPECT_EQ(errore.Number(), nexaro::LinkFailure);
+  EXPECT_EQ(errore.Description(), "Ricezione del file «" + base / "host/VBX" + "» sull'host 127.0.0.1 in «" +
                                       base / "locale/VBX" + "»: il file supera i 16 MiB ammessi.");
 }
 
 TEST_F(SshHostile, FileWhoseAnnouncedSizeIsTooLargeIsNotEvenOpened) {
   Servizio("annuncio");
-  EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(), HasSubstr("il file supera i 16 MiB ammessi"));
+  EXPECT_THAT(Ricezione("/tmp/VBX").Description(), HasSubstr("il file supera i 16 MiB ammessi"));
 }
 
 TEST_F(SshHostile, FileThatIsLongerThanItWasSaidToBeIsGivenUpAndTheConnectionGoesOn) {
   Servizio("fiume");
-  EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(), HasSubstr("il file supera i 16 MiB ammessi"));
-  const auto prima = server->Processi();
+  EXPECT_THAT(Ricezione("/tmp/VBX").Description(), HasSubstr("il file supera i 16 MiB ammessi"));
+  const auto prima = server->Processes();
   collegamento->CancellaFile(Host, "/tmp/VBX");
-  EXPECT_EQ(server->Processi(), prima);
+  EXPECT_EQ(server->Processes(), prima);
 }
 
 TEST_F(SshHostile, FileThatComesPieceByPieceIsGivenUpAtTheEndOfOneWait) {
   Servizio("goccia");
-  impostazioni.attesa = std::chrono::seconds(2);
+  impostazioni.timeout = std::chrono::seconds(2);
   Collega();
   const auto inizio = std::chrono::steady_clock::now();
-  EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),
+  EXPECT_THAT(Ricezione("/tmp/VBX").Description(),
               HasSubstr("»: il trasferimento non è finito entro 2 secondi; il file non è stato ricevuto. "));
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(12));
 }
@@ -85,7 +85,7 @@ TEST_F(SshHostile, FileThatComesPieceByPieceIsGivenUpAtTheEndOfOneWait) {
 TEST_F(SshHostile, BeginningOfAFileIsReceivedWhateverItsSize) {
   static constexpr std::size_t Inizio = 65537;
   const auto ricevi = [this](const std::string& remoto) {
-    collegamento->RiceviInizio(Host, remoto, base / "locale/VBX", Inizio, testo);
+    collegamento->ReceiveBeginning(Host, remoto, base / "locale/VBX", Inizio, testo);
     return prove::Leggi(base / "locale/VBX");
   };
   const std::string lungo(200000, 'y');
@@ -97,21 +97,21 @@ TEST_F(SshHostile, BeginningOfAFileIsReceivedWhateverItsSize) {
     Servizio(modo);
     Collega();
     EXPECT_EQ(ricevi("/tmp/VBX"), std::string(Inizio, 'x')) << modo;
-    const auto prima = server->Processi();
+    const auto prima = server->Processes();
     collegamento->CancellaFile(Host, "/tmp/VBX");
-    EXPECT_EQ(server->Processi(), prima) << "over the same connection";
+    EXPECT_EQ(server->Processes(), prima) << "over the same connection";
   }
 }
 
 TEST_F(SshHostile, AnswerOfImpossibleLengthIsNotWaitedFor) {
   Servizio("pacchetto");
-  EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),
+  EXPECT_THAT(Ricezione("/tmp/VBX").Description(),
               HasSubstr("il servizio SFTP dell'host ha dato una risposta inattesa"));
 }
 
 TEST_F(SshHostile, HandleOfImpossibleLengthIsNotSentBack) {
   Servizio("maniglia");
-  EXPECT_THAT(Ricezione("/tmp/VBX").Descrizione(),
+  EXPECT_THAT(Ricezione("/tmp/VBX").Description(),
               HasSubstr("il servizio SFTP dell'host ha dato una risposta inattesa"));
 }
 
@@ -139,14 +139,14 @@ class SshUnruly : public SshHostile {
     }
     return words;
   }
-  [[nodiscard]] std::string ReasonForNotReceiving() { return Ricezione("/tmp/VBX").Descrizione(); }
+  [[nodiscard]] std::string ReasonForNotReceiving() { return Ricezione("/tmp/VBX").Description(); }
   [[nodiscard]] std::string ReasonForNotSending() {
-    return ErroreDi([this] { Invia("T01", std::string(100000, 'x')); }).Descrizione();
+    return ErroreDi([this] { Invia("T01", std::string(100000, 'x')); }).Description();
   }
   void ExpectTheConnectionGoesOn() {
-    const auto before = server->Processi();
+    const auto before = server->Processes();
     collegamento->CancellaFile(Host, "/tmp/VBX");
-    EXPECT_EQ(server->Processi(), before);
+    EXPECT_EQ(server->Processes(), before);
   }
 };
 
@@ -206,10 +206,10 @@ TEST_F(SshUnruly, FileThatTheHostDoesNotBringToItsDiskIsNotTakenForSentAndRemove
 }
 
 TEST_F(SshUnruly, BlockThatCameWhileTheCallerWasStoppedIsTaken) {
-  impostazioni.attesa = std::chrono::seconds(2);
+  impostazioni.timeout = std::chrono::seconds(2);
   Serve("nap");
   const prove::Chiamante caller([this] {
-    collegamento->RiceviInizio(Host, "/tmp/VBX", base / "locale/VBX", 10, testo);
+    collegamento->ReceiveBeginning(Host, "/tmp/VBX", base / "locale/VBX", 10, testo);
     return prove::Leggi(base / "locale/VBX");
   });
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "asked"));
@@ -222,7 +222,7 @@ class SshFlood : public prove::BancoSsh {
  protected:
   void SetUp() override {
     prove::BancoSsh::SetUp();
-    const auto chiave = server->Cartella() / "host";
+    const auto chiave = server->Directory() / "host";
     const auto cartella = base.Percorso();
     const auto programma = test::programPath("ssh_ostile").string();
     processo_ = ::fork();
@@ -232,8 +232,8 @@ class SshFlood : public prove::BancoSsh {
     }
     ASSERT_GT(processo_, 0);
     ASSERT_NO_FATAL_FAILURE(Attendi(base / "porta"));
-    impostazioni.porta = static_cast<unsigned>(std::stoi(prove::Leggi(base / "porta")));
-    server->RendiNoto(static_cast<int>(impostazioni.porta));
+    impostazioni.port = static_cast<unsigned>(std::stoi(prove::Leggi(base / "porta")));
+    server->MakeKnown(static_cast<int>(impostazioni.port));
   }
   void TearDown() override {
     if (processo_ > 0) {
@@ -249,13 +249,13 @@ class SshFlood : public prove::BancoSsh {
 TEST_F(SshFlood, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
   const auto cancella = [this] { collegamento->CancellaFile(Host, "/tmp/VBX"); };
   Collega();
-  EXPECT_THAT(ErroreDi(cancella).Descrizione(), HasSubstr("l'host non offre il servizio SFTP"));
+  EXPECT_THAT(ErroreDi(cancella).Description(), HasSubstr("l'host non offre il servizio SFTP"));
   prove::Scrivi(base / "via", "");
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));
   // The connection is given up for a new one at once, without waiting for an answer on it.
   const auto inizio = std::chrono::steady_clock::now();
-  EXPECT_THAT(ErroreDi(cancella).Descrizione(), HasSubstr("connessione rifiutata"));
-  EXPECT_LT(std::chrono::steady_clock::now() - inizio, impostazioni.attesa / 2);
+  EXPECT_THAT(ErroreDi(cancella).Description(), HasSubstr("connessione rifiutata"));
+  EXPECT_LT(std::chrono::steady_clock::now() - inizio, impostazioni.timeout / 2);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // The program call against a real server.
 
 #include "BancoSsh.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/ssh/Citazione.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
+#include "platform/nexaro/ssh/Quoting.hpp"
 #include "support/Paths.hpp"
 
 #include <cstdlib>
@@ -39,8 +39,8 @@ TEST_F(SshProgram, GetsItsParametersAndAnswersInXml) {
   Programma("echo \"<RISPOSTA><MESSAGGIO>$# $1</MESSAGGIO></RISPOSTA>\"");
   const auto risposta = Risposta({"01", "", "", ""});
   ASSERT_TRUE(risposta.has_value());
-  EXPECT_EQ(risposta->nome, "RISPOSTA");
-  EXPECT_EQ(risposta->figli.at(0).valore, "4 01");
+  EXPECT_EQ(risposta->name, "RISPOSTA");
+  EXPECT_EQ(risposta->children.at(0).value, "4 01");
 }
 
 TEST_F(SshProgram, NoCharacterOfAParameterMeansAnythingToTheHost) {
@@ -63,7 +63,7 @@ TEST_F(SshProgram, LongParametersArriveWhole) {
   // More than a command line of the host can hold would be refused there: what fits arrives whole.
   const std::vector<std::string> corti{std::string(10000, '\''), std::string(20000, 'x')};
   EXPECT_EQ(Argomenti(corti), Attesi(corti));
-  EXPECT_THAT(ErroreDi([&] { static_cast<void>(Risposta(parametri)); }).Descrizione(), HasSubstr("lo stato"));
+  EXPECT_THAT(ErroreDi([&] { static_cast<void>(Risposta(parametri)); }).Description(), HasSubstr("lo stato"));
 }
 
 TEST_F(SshProgram, HasAnEmptyInput) {
@@ -73,18 +73,18 @@ TEST_F(SshProgram, HasAnEmptyInput) {
 }
 
 TEST_F(SshProgram, IsFoundByTheLoginShellWhereNoDirectoryIsSet) {
-  server->Cambia({"ed25519", {"PATH=" + base / "programmi" + ":/usr/bin:/bin"}, "internal-sftp", {}});
+  server->Change({"ed25519", {"PATH=" + base / "programmi" + ":/usr/bin:/bin"}, "internal-sftp", {}});
   Programma("echo '<A>trovato</A>'");
-  impostazioni.programmi.clear();
+  impostazioni.programs.clear();
   Collega();
-  EXPECT_EQ(Risposta()->valore, "trovato");
-  server->Cambia({});
+  EXPECT_EQ(Risposta()->value, "trovato");
+  server->Change({});
 }
 
 TEST_F(SshProgram, MissingProgramIsNamedWithItsHost) {
   const auto errore = ErroreDi([this] { static_cast<void>(Risposta()); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 127, "
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
+  EXPECT_THAT(errore.Description(), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 127, "
                                               "cioè non è stato trovato (verificare NEXARO_PROGRAMMI): "));
 }
 
@@ -118,12 +118,12 @@ TEST_F(SshProgram, KilledProgramIsReportedWithTheSignal) {
 TEST_F(SshProgram, BothStreamsMayBeFullAtOnce) {
   Programma("head -c 3000000 /dev/zero | tr '\\0' 'e' >&2; echo '<A>'; head -c 3000000 /dev/zero | tr '\\0' 'x'; "
             "head -c 3000000 /dev/zero | tr '\\0' 'e' >&2; echo '</A>'");
-  EXPECT_EQ(Risposta()->valore.size(), 3000002U - 1U);
+  EXPECT_EQ(Risposta()->value.size(), 3000002U - 1U);
 }
 
 TEST_F(SshProgram, HangingProgramIsGivenUpAndItsOutcomeSaidToBeUnknown) {
   Programma("echo parte >&2; exec sleep 10");
-  impostazioni.attesa = 1500ms;
+  impostazioni.timeout = 1500ms;
   Collega();
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha risposto entro 1,500 secondi e ne è stata "
                        "chiesta l'interruzione: parte. " +
@@ -135,7 +135,7 @@ TEST_F(SshProgram, HangingProgramIsAskedToEnd) {
     GTEST_SKIP() << "a server does not signal the programs of the superuser";
   }
   Programma("echo $$ >'" + base / "pid" + "'; exec sleep 10");
-  impostazioni.attesa = 1500ms;
+  impostazioni.timeout = 1500ms;
   Collega();
   static_cast<void>(Rifiuto());
   const auto processo = "/proc/" + std::to_string(std::stol(prove::Leggi(base / "pid")));
@@ -159,7 +159,7 @@ TEST_F(SshProgram, EndlessAnswerIsGivenUp) {
 
 TEST_F(SshProgram, LargestAnswerIsRead) {
   Programma("printf '<A>'; head -c 16777209 /dev/zero | tr '\\0' x; printf '</A>'");
-  EXPECT_EQ(Risposta()->valore.size(), 16777209U);
+  EXPECT_EQ(Risposta()->value.size(), 16777209U);
 }
 
 TEST_F(SshProgram, UnusableAnswersAreDistinguished) {
@@ -174,27 +174,27 @@ TEST_F(SshProgram, UnusableAnswersAreDistinguished) {
 TEST_F(SshProgram, NameIsAPlainNameAndNoParameterHoldsANul) {
   nexaro::XMLParser lettore;
   for (const auto* nome : {"", "..", "../tmp/x", "/bin/sh"}) {
-    EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma(Host, nome, {}, lettore); }).Descrizione(),
+    EXPECT_THAT(ErroreDi([&] { collegamento->EseguiProgramma(Host, nome, {}, lettore); }).Description(),
                 HasSubstr("Nome di programma non ammesso"));
   }
-  EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([this] { static_cast<void>(Risposta({std::string("a\0b", 3)})); }).Description(),
               HasSubstr("carattere nullo"));
 }
 
 TEST_F(SshProgram, HostThatRunsNoProgramsIsSaid) {
-  server->Cambia({"ed25519", {}, "internal-sftp", {"MaxSessions 0"}});
+  server->Change({"ed25519", {}, "internal-sftp", {"MaxSessions 0"}});
   EXPECT_THAT(Rifiuto(), HasSubstr("non è stato avviato: l'host non ammette altri canali"));
-  server->Cambia({});
+  server->Change({});
 }
 
 /// The look for a program, where the host does not bring it to its end.
 class SshSearch : public SshProgram {
  protected:
-  void TearDown() override { server->Cambia({}); }
+  void TearDown() override { server->Change({}); }
   std::string RicercaCon(const std::string& comando) {
-    server->Cambia({"ed25519", {}, "internal-sftp", {"ForceCommand " + comando}});
+    server->Change({"ed25519", {}, "internal-sftp", {"ForceCommand " + comando}});
     Collega();
-    return ErroreDi([this] { static_cast<void>(collegamento->CercaProgramma(Host, "VB0001")); }).Descrizione();
+    return ErroreDi([this] { static_cast<void>(collegamento->FindProgram(Host, "VB0001")); }).Description();
   }
 };
 
@@ -203,7 +203,7 @@ TEST_F(SshSearch, LookThatBreaksOffDoesNotCallTheProgramMissing) {
   EXPECT_THAT(RicercaCon("kill -9 $PPID; exec sleep 5"),
               testing::StartsWith(controllo + "è stato richiesto, ma la connessione è caduta"));
   EXPECT_EQ(RicercaCon("kill -SEGV $$"), controllo + "è stato terminato dal segnale SEGV.");
-  impostazioni.attesa = 1500ms;
+  impostazioni.timeout = 1500ms;
   EXPECT_EQ(RicercaCon("exec sleep 10"),
             controllo + "non ha risposto entro 1,500 secondi e ne è stata chiesta l'interruzione.");
   EXPECT_THAT(RicercaCon("exit 1"), HasSubstr("Il programma VB0001 sull'host 127.0.0.1 non è nella cartella"));
@@ -224,9 +224,9 @@ class SshForcedCommand : public SshProgram {
     Offri("internal-sftp");
   }
   void Offri(const std::string& sftp) const {
-    server->Cambia({"ed25519", {}, sftp, {"ForceCommand " + base / "ingresso.sh"}});
+    server->Change({"ed25519", {}, sftp, {"ForceCommand " + base / "ingresso.sh"}});
   }
-  void TearDown() override { server->Cambia({}); }
+  void TearDown() override { server->Change({}); }
 };
 
 TEST_F(SshForcedCommand, LetsTheComponentDoItsWork) {
@@ -256,7 +256,7 @@ TEST_F(SshForcedCommand, LetsNothingElseIn) {
         programma + "\n" + traccia, programma + " \\'; " + traccia, "'" + base / "programmi/../entra" + "'",
         "'/bin/sh' '-c' '" + base / "entrato" + "'", std::string("'" + base / "programmi/" + "'"), std::string()}) {
     prove::ScriviProgramma(base / "entra", traccia);
-    const auto riga = "SSH_ORIGINAL_COMMAND=" + nexaro::CitaPerShell(comando) + " '" + base / "ingresso.sh" + "'";
+    const auto riga = "SSH_ORIGINAL_COMMAND=" + nexaro::QuoteForShell(comando) + " '" + base / "ingresso.sh" + "'";
     EXPECT_NE(std::system((riga + " 2>/dev/null").c_str()), 0) << comando;
     EXPECT_FALSE(fs::exists(base / "entrato")) << comando;
     EXPECT_FALSE(fs::exists(base / "avviato")) << comando;

@@ -1,7 +1,7 @@
 // The five operations against a real server.
 
 #include "BancoSsh.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
 
 #include <csignal>
 #include <cstdlib>
@@ -80,22 +80,22 @@ TEST_F(Ssh, SendingReplacesASymbolicLinkInsteadOfFollowingIt) {
 TEST_F(Ssh, SendingFailsWhereItCannotWriteAndSaysWhy) {
   fs::create_directory(base / "host/T01");
   const auto cartella = ErroreDi([this] { Invia("T01", "x"); });
-  EXPECT_THAT(cartella.Descrizione(), HasSubstr("è una cartella"));
+  EXPECT_THAT(cartella.Description(), HasSubstr("è una cartella"));
   prove::Scrivi(base / "locale/T02", "x");
   const auto manca = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/T02", "/manca/T02"); });
-  EXPECT_EQ(manca.Numero(), errori::FileNonTrovato);
-  EXPECT_THAT(manca.Descrizione(), HasSubstr("«/manca/T02» sull'host 127.0.0.1: file inesistente"));
+  EXPECT_EQ(manca.Number(), errors::FileNotFound);
+  EXPECT_THAT(manca.Description(), HasSubstr("«/manca/T02» sull'host 127.0.0.1: file inesistente"));
   // Not even the superuser makes a file there.
   const auto negato = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/T02", "/sys/T02"); });
-  EXPECT_EQ(negato.Numero(), nexaro::ErrorePermesso);
-  EXPECT_THAT(negato.Descrizione(), HasSubstr("permesso negato. Chiedere all'amministratore dell'host i permessi per "
+  EXPECT_EQ(negato.Number(), nexaro::PermissionError);
+  EXPECT_THAT(negato.Description(), HasSubstr("permesso negato. Chiedere all'amministratore dell'host i permessi per "
                                               "l'utente «" +
-                                              server->Utente() + "»."));
+                                              server->User() + "»."));
 }
 
 TEST_F(Ssh, LocalFileThatIsMissingIsNamedBeforeAnythingIsSent) {
   const auto errore = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/manca", base / "host/T01"); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
@@ -116,15 +116,15 @@ TEST_F(Ssh, ReceivedFileIsForItsOwnerOnlyAndReplacesALink) {
 TEST_F(Ssh, ReceivingAMissingFileFailsAndLeavesNothing) {
   const auto errore =
       ErroreDi([this] { collegamento->RiceviFile(Host, base / "host/VBX", base / "locale/VBX", testo); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("file inesistente"));
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
+  EXPECT_THAT(errore.Description(), HasSubstr("file inesistente"));
   EXPECT_THAT(NomiIn("locale"), IsEmpty());
 }
 
 TEST_F(Ssh, WhatIsNoOrdinaryFileIsRefusedWithoutWaiting) {
   ASSERT_EQ(::mkfifo((base / "host/VBX").c_str(), 0600), 0);
   const auto motivo = [this](const std::string& nome) {
-    return ErroreDi([&] { collegamento->RiceviFile(Host, base / nome, base / "locale/VBX", testo); }).Descrizione();
+    return ErroreDi([&] { collegamento->RiceviFile(Host, base / nome, base / "locale/VBX", testo); }).Description();
   };
   EXPECT_THAT(motivo("host/VBX"), HasSubstr("non è un file ordinario"));
   EXPECT_THAT(motivo("host"), HasSubstr("è una cartella"));
@@ -135,7 +135,7 @@ TEST_F(Ssh, ReceivingWhereTheLocalFileCannotStandKeepsTheConnectionInOrder) {
   prove::Scrivi(base / "host/VBX", std::string(300000, 'x'));
   const auto errore =
       ErroreDi([this] { collegamento->RiceviFile(Host, base / "host/VBX", base / "manca/VBX", testo); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
   collegamento->RiceviFile(Host, base / "host/VBX", base / "locale/VBX", testo);
   EXPECT_EQ(fs::file_size(base / "locale/VBX"), 300000U);
 }
@@ -150,21 +150,21 @@ TEST_F(Ssh, RenamingReplacesTheTargetAsTheDirectoryTransportDoes) {
 
 TEST_F(Ssh, RenamingAMissingFileFails) {
   const auto errore = ErroreDi([this] { collegamento->RinominaFile(Host, base / "host/a", base / "host/b", testo); });
-  EXPECT_EQ(errore.Numero(), errori::FileNonTrovato);
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("Cambio di nome"));
+  EXPECT_EQ(errore.Number(), errors::FileNotFound);
+  EXPECT_THAT(errore.Description(), HasSubstr("Cambio di nome"));
 }
 
 TEST_F(Ssh, DeletingAMissingFileSucceedsAndOtherFailuresDoNot) {
   EXPECT_NO_THROW(collegamento->CancellaFile(Host, base / "host/manca"));
   fs::create_directory(base / "host/cartella");
-  EXPECT_THAT(ErroreDi([this] { collegamento->CancellaFile(Host, base / "host/cartella"); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([this] { collegamento->CancellaFile(Host, base / "host/cartella"); }).Description(),
               HasSubstr("Cancellazione del file"));
   EXPECT_THAT(NomiIn("host"), ElementsAre("cartella"));
 }
 
 TEST_F(Ssh, PathsAreAbsoluteAndDoNotClimb) {
   for (const auto* percorso : {"segreto", "", "/tmp/../etc/passwd", "/.."}) {
-    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(Host, percorso); }).Descrizione(),
+    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(Host, percorso); }).Description(),
                 HasSubstr("Percorso dell'host non ammesso"))
         << percorso;
   }
@@ -173,8 +173,8 @@ TEST_F(Ssh, PathsAreAbsoluteAndDoNotClimb) {
 /// A server that lacks what an OpenSSH server usually offers.
 class SshPlainService : public Ssh {
  protected:
-  void Offri(const std::string& sftp) const { server->Cambia({"ed25519", {}, sftp, {}}); }
-  void TearDown() override { server->Cambia({}); }
+  void Offri(const std::string& sftp) const { server->Change({"ed25519", {}, sftp, {}}); }
+  void TearDown() override { server->Change({}); }
 };
 
 TEST_F(SshPlainService, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneStep) {
@@ -183,7 +183,7 @@ TEST_F(SshPlainService, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneSt
   prove::Scrivi(base / "host/T01.dos", "vecchio");
   const auto errore =
       ErroreDi([this] { collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo); });
-  EXPECT_THAT(errore.Descrizione(), HasSubstr("il nuovo nome è già preso e l'host non lo sostituisce"));
+  EXPECT_THAT(errore.Description(), HasSubstr("il nuovo nome è già preso e l'host non lo sostituisce"));
   EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "vecchio");
   EXPECT_EQ(prove::Leggi(base / "host/T01"), "nuovo");
   collegamento->CancellaFile(Host, base / "host/T01.dos");
@@ -200,7 +200,7 @@ TEST_F(SshPlainService, FileArrivesWhereTheHostOffersNoFlush) {
 TEST_F(SshPlainService, RefusedWriteLeavesNoHalfFile) {
   Offri("internal-sftp -P write");
   const auto errore = ErroreDi([this] { Invia("T01", std::string(200000, 'x')); });
-  EXPECT_EQ(errore.Numero(), nexaro::ErrorePermesso);
+  EXPECT_EQ(errore.Number(), nexaro::PermissionError);
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
@@ -211,7 +211,7 @@ TEST_F(SshPlainService, FullDiskIsSaidAndLeavesNoHalfFile) {
     GTEST_SKIP() << "no mount of one's own here";
   }
   Offri(prove::ScriviProgramma(base / "piccolo", disco + "/usr/lib/openssh/sftp-server' '" + base / "host" + "'"));
-  EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(300000, 'x')); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(300000, 'x')); }).Description(),
               HasSubstr("spazio esaurito sull'host"));
   // There would be no room for this beside a half file.
   Invia("T02", std::string(50000, 'x'));
@@ -221,13 +221,13 @@ TEST_F(SshPlainService, FullDiskIsSaidAndLeavesNoHalfFile) {
 
 TEST_F(SshPlainService, MissingFileServiceIsSaid) {
   Offri("/bin/false");
-  EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Descrizione(), HasSubstr("l'host non offre il servizio SFTP"));
+  EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Description(), HasSubstr("l'host non offre il servizio SFTP"));
 }
 
 class SshEncoding : public Ssh {
  protected:
   void Usa(const std::string& nome) {
-    impostazioni.codifica = nexaro::Codifica(nome);
+    impostazioni.encoding = nexaro::Encoding(nome);
     Collega();
   }
 };
@@ -253,25 +253,25 @@ TEST_F(SshEncoding, CharacterThatIsMissingIsNamedBeforeAnythingIsSent) {
   Programma("touch '" + base / "avviato" + "'; echo '<A/>'");
   EXPECT_THAT(ErroreDi([this] {
                 static_cast<void>(Risposta({"01", "5 €"}));
-              }).Descrizione(),
+              }).Description(),
               HasSubstr("Il parametro 2 di VB0001 contiene il carattere «€» (U+20AC)"));
   EXPECT_FALSE(fs::exists(base / "avviato"));
-  EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(100000, 'x') + "€"); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(100000, 'x') + "€"); }).Description(),
               HasSubstr("T01» contiene il carattere «€»"));
-  EXPECT_THAT(ErroreDi([this] { Invia("T€", "x"); }).Descrizione(), HasSubstr("contiene il carattere «€»"));
+  EXPECT_THAT(ErroreDi([this] { Invia("T€", "x"); }).Description(), HasSubstr("contiene il carattere «€»"));
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
 TEST_F(SshEncoding, ReplyIsReadInItsOwnEncodingOrElseInTheHosts) {
   Usa("Windows-1252");
   Programma(R"(printf '<A>perch\351 \200</A>')");
-  EXPECT_EQ(Risposta()->valore, "perché €");
+  EXPECT_EQ(Risposta()->value, "perché €");
   Programma(R"(printf '<?xml version="1.0"?><A>perch\351</A>')");
-  EXPECT_EQ(Risposta()->valore, "perché");
+  EXPECT_EQ(Risposta()->value, "perché");
   Programma(R"(printf '<?xml version="1.0" encoding="UTF-8"?><A>perch\303\251</A>')");
-  EXPECT_EQ(Risposta()->valore, "perché");
+  EXPECT_EQ(Risposta()->value, "perché");
   Programma(R"(printf '<?xml version="1.0" encoding="ISO-8859-15"?><A>\244</A>')");
-  EXPECT_EQ(Risposta()->valore, "€");
+  EXPECT_EQ(Risposta()->value, "€");
   Programma(R"(printf '<A>\201</A>')");
   EXPECT_THAT(Rifiuto(), HasSubstr("non sono caratteri della codifica Windows-1252"));
 }
@@ -280,7 +280,7 @@ TEST_F(SshEncoding, ReplyInUtf16IsReadWithAndWithoutAMark) {
   Usa("ISO-8859-1");
   for (const auto* codifica : {"UTF-16", "UTF-16LE", "UTF-16BE"}) {
     Programma(R"(printf '<?xml version="1.0"?><A>perch\303\251</A>' | iconv -f UTF-8 -t )" + std::string(codifica));
-    EXPECT_EQ(Risposta()->valore, "perché") << codifica;
+    EXPECT_EQ(Risposta()->value, "perché") << codifica;
   }
 }
 
@@ -294,7 +294,7 @@ TEST_F(SshEncoding, ComplaintsAreReadInTheHostsEncodingWhateverTheyHold) {
 class SshSingleConnection : public Ssh {
  protected:
   [[nodiscard]] static std::size_t Accessi() {
-    const auto registro = prove::Leggi(server->Registro());
+    const auto registro = prove::Leggi(server->Log());
     std::size_t numero = 0;
     for (std::size_t posto = 0; (posto = registro.find("Accepted publickey", posto)) != std::string::npos; ++posto) {
       ++numero;
@@ -319,21 +319,21 @@ TEST_F(SshSingleConnection, OneConnectionServesEveryOperation) {
 TEST_F(SshSingleConnection, ConnectionThatDiedInBetweenIsOpenedAgain) {
   Programma("echo '<A/>'");
   Invia("T01", "x");
-  server->TroncaSessioni();
+  server->CutSessions();
   EXPECT_TRUE(Risposta().has_value());
-  server->TroncaSessioni();
+  server->CutSessions();
   collegamento->CancellaFile(Host, base / "host/T01");
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
 
 TEST_F(SshSingleConnection, ServerThatIsGoneIsSaidAndFoundAgainLater) {
   Invia("T01", "x");
-  server->Ferma();
+  server->Stop();
   // The news of the end may reach us only while we speak.
-  EXPECT_THAT(ErroreDi([this] { Invia("T02", "x"); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([this] { Invia("T02", "x"); }).Description(),
               testing::AnyOf(HasSubstr("connessione rifiutata"), HasSubstr("la connessione è caduta")));
-  EXPECT_THAT(ErroreDi([this] { Invia("T02", "x"); }).Descrizione(), HasSubstr("connessione rifiutata"));
-  server->Riavvia();
+  EXPECT_THAT(ErroreDi([this] { Invia("T02", "x"); }).Description(), HasSubstr("connessione rifiutata"));
+  server->Restart();
   Invia("T03", "x");
   EXPECT_THAT(NomiIn("host"), ElementsAre("T01", "T03"));
 }
@@ -343,11 +343,11 @@ class SshSilence : public SshSingleConnection {
  protected:
   void SetUp() override {
     SshSingleConnection::SetUp();
-    impostazioni.attesa = std::chrono::seconds(5);
+    impostazioni.timeout = std::chrono::seconds(5);
     Collega();
     Programma("echo x >>'" + base / "avvii" + "'; echo \"<A>$PPID</A>\"");
     Invia("T01", "x");
-    capo = std::stoi(Risposta()->valore);
+    capo = std::stoi(Risposta()->value);
   }
   void TearDown() override {
     // Without a process of its own, 0 would mean this program and everything around it.
@@ -371,7 +371,7 @@ TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAFile) {
 
 TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAProgramThatThenStartsOnce) {
   Taci();
-  EXPECT_NE(std::stoi(Risposta()->valore), capo);
+  EXPECT_NE(std::stoi(Risposta()->value), capo);
   EXPECT_EQ(prove::Leggi(base / "avvii"), "x\nx\n") << "once before, once now";
 }
 
@@ -386,7 +386,7 @@ TEST_F(SshSingleConnection, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
 
 TEST_F(SshSingleConnection, AddressThatCouldMeanSomethingElseIsRefused) {
   for (const auto* host : {"", "-oProxyCommand=x", "root@127.0.0.1", "127.0.0.1 x", "a\nb", "$(id)", "a/b"}) {
-    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(host, "/tmp/x"); }).Descrizione(),
+    EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile(host, "/tmp/x"); }).Description(),
                 HasSubstr("Indirizzo dell'host (-H) non ammesso"))
         << host;
   }
@@ -397,15 +397,15 @@ TEST_F(SshSingleConnection, NumericAddressesOfBothKindsAreTaken) {
   for (const auto* host : {"127.0.0.1", "::1"}) {
     try {
       collegamento->CancellaFile(host, base / "host/manca");
-    } catch (const ErroreRuntime& errore) {
+    } catch (const RuntimeError& errore) {
       EXPECT_STREQ(host, "::1");
-      EXPECT_THAT(errore.Descrizione(), HasSubstr("Collegamento all'host ::1"));
+      EXPECT_THAT(errore.Description(), HasSubstr("Collegamento all'host ::1"));
     }
   }
 }
 
 TEST_F(SshSingleConnection, NameThatDoesNotExistIsSaid) {
-  EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("manca.invalid", "/tmp/x"); }).Descrizione(),
+  EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("manca.invalid", "/tmp/x"); }).Description(),
               testing::AnyOf(HasSubstr("l'indirizzo non esiste"), HasSubstr("il servizio dei nomi non risponde")));
 }
 
@@ -422,10 +422,10 @@ TEST_F(SshSingleConnection, NothingIsLeftOpen) {
   EXPECT_EQ(aperti(), prima);
   collegamento.reset();
   EXPECT_EQ(aperti(), prima - 1);
-  impostazioni.noti = "/dev/null";
+  impostazioni.knownHosts = "/dev/null";
   Collega();
   for (int giro = 0; giro < 5; ++giro) {
-    EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Descrizione(), HasSubstr("SHA256:"));
+    EXPECT_THAT(ErroreDi([this] { Invia("T01", "x"); }).Description(), HasSubstr("SHA256:"));
   }
   EXPECT_EQ(aperti(), prima - 1);
 }

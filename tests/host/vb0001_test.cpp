@@ -151,16 +151,16 @@ TEST_F(BackEndVB0001, RefusesUnknownRequestsAndEscapesWhatItRepeats) {
 
 TEST_F(BackEndVB0001, SaysOnStandardErrorThatItCannotWriteItsLog) {
   std::filesystem::remove(radice / "registro");
-  const auto esito = nexaro::Esegui({test::programPath("VB0001").string(),
-                                     {},
-                                     {"NEXARO_RADICE=" + radice.Percorso()},
-                                     radice.Percorso(),
-                                     20s,
-                                     100000,
-                                     2000});
-  EXPECT_EQ(esito.stato, 1);
-  EXPECT_EQ(esito.uscita, "");
-  EXPECT_THAT(esito.errori, HasSubstr("registro"));
+  const auto esito = nexaro::Run({test::programPath("VB0001").string(),
+                                  {},
+                                  {"NEXARO_RADICE=" + radice.Percorso()},
+                                  radice.Percorso(),
+                                  20s,
+                                  100000,
+                                  2000});
+  EXPECT_EQ(esito.state, 1);
+  EXPECT_EQ(esito.output, "");
+  EXPECT_THAT(esito.errors, HasSubstr("registro"));
 }
 
 } // namespace

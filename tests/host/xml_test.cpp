@@ -10,7 +10,7 @@ using prove::ErroreDi;
 using testing::HasSubstr;
 
 std::string Rifiuto(const std::string& documento) {
-  return ErroreDi([&] { static_cast<void>(xml::Leggi(documento)); }).Descrizione();
+  return ErroreDi([&] { static_cast<void>(xml::Read(documento)); }).Description();
 }
 
 std::string Annidati(int livelli) {
@@ -25,43 +25,43 @@ std::string Annidati(int livelli) {
 }
 
 TEST(XmlDocument, KeepsElementsInDocumentOrderWithTheirNamesAsWritten) {
-  const auto nodo = xml::Leggi("<RISPOSTA>\n <messaggio>uno</messaggio>\n <ERRORE>due</ERRORE></RISPOSTA>");
-  EXPECT_EQ(nodo.nome, "RISPOSTA");
-  ASSERT_EQ(nodo.figli.size(), 2U);
-  EXPECT_EQ(nodo.figli[0].nome, "messaggio");
-  EXPECT_EQ(nodo.figli[0].valore, "uno");
-  EXPECT_EQ(nodo.figli[1].nome, "ERRORE");
-  EXPECT_FALSE(nodo.haTesto);
-  EXPECT_TRUE(nodo.figli[1].haTesto);
+  const auto nodo = xml::Read("<RISPOSTA>\n <messaggio>uno</messaggio>\n <ERRORE>due</ERRORE></RISPOSTA>");
+  EXPECT_EQ(nodo.name, "RISPOSTA");
+  ASSERT_EQ(nodo.children.size(), 2U);
+  EXPECT_EQ(nodo.children[0].name, "messaggio");
+  EXPECT_EQ(nodo.children[0].value, "uno");
+  EXPECT_EQ(nodo.children[1].name, "ERRORE");
+  EXPECT_FALSE(nodo.hasText);
+  EXPECT_TRUE(nodo.children[1].hasText);
 }
 
 TEST(XmlDocument, ValueIsTheTextOfTheElementAndItsDescendants) {
-  EXPECT_EQ(xml::Leggi("<A>x<B>y<C>z</C></B><![CDATA[<&>]]>w</A>").valore, "xyz<&>w");
+  EXPECT_EQ(xml::Read("<A>x<B>y<C>z</C></B><![CDATA[<&>]]>w</A>").value, "xyz<&>w");
 }
 
 TEST(XmlDocument, ResolvesEntitiesAndCharacterReferences) {
-  EXPECT_EQ(xml::Leggi("<A>&lt;b&gt; &amp; &#233;&#xE8;</A>").valore, "<b> & éè");
+  EXPECT_EQ(xml::Read("<A>&lt;b&gt; &amp; &#233;&#xE8;</A>").value, "<b> & éè");
 }
 
 TEST(XmlDocument, KeepsASingleBlankAsText) {
-  const auto nodo = xml::Leggi("<R><ERRORE> </ERRORE></R>");
-  EXPECT_EQ(nodo.figli.at(0).valore, " ");
-  EXPECT_FALSE(nodo.figli.at(0).haTesto);
+  const auto nodo = xml::Read("<R><ERRORE> </ERRORE></R>");
+  EXPECT_EQ(nodo.children.at(0).value, " ");
+  EXPECT_FALSE(nodo.children.at(0).hasText);
 }
 
 TEST(XmlDocument, EmptyElementHasNeitherChildrenNorText) {
-  const auto nodo = xml::Leggi("<R/>");
-  EXPECT_TRUE(nodo.figli.empty());
-  EXPECT_EQ(nodo.valore, "");
-  EXPECT_FALSE(nodo.haTesto);
+  const auto nodo = xml::Read("<R/>");
+  EXPECT_TRUE(nodo.children.empty());
+  EXPECT_EQ(nodo.value, "");
+  EXPECT_FALSE(nodo.hasText);
 }
 
 TEST(XmlDocument, IsDecodedByTheEncodingItDeclares) {
-  EXPECT_EQ(xml::Leggi("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A>citt\xE0</A>").valore, "città");
-  EXPECT_EQ(xml::Leggi("<?xml version='1.0' encoding='windows-1252'?><A>\x80 5</A>").valore, "€ 5");
-  EXPECT_EQ(xml::Leggi("<?xml version=\"1.0\"?><A>città</A>").valore, "città");
-  EXPECT_EQ(xml::Leggi("\xEF\xBB\xBF<A>città</A>").valore, "città");
-  EXPECT_EQ(xml::Leggi(std::string("\xFF\xFE<\0A\0>\0\xE0\0<\0/\0A\0>\0", 18)).valore, "à");
+  EXPECT_EQ(xml::Read("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A>citt\xE0</A>").value, "città");
+  EXPECT_EQ(xml::Read("<?xml version='1.0' encoding='windows-1252'?><A>\x80 5</A>").value, "€ 5");
+  EXPECT_EQ(xml::Read("<?xml version=\"1.0\"?><A>città</A>").value, "città");
+  EXPECT_EQ(xml::Read("\xEF\xBB\xBF<A>città</A>").value, "città");
+  EXPECT_EQ(xml::Read(std::string("\xFF\xFE<\0A\0>\0\xE0\0<\0/\0A\0>\0", 18)).value, "à");
 }
 
 TEST(XmlDocument, RefusesUnknownEncodingsAndWrongBytes) {
@@ -88,7 +88,7 @@ TEST(XmlDocument, RefusesWhatIsNotWellFormed) {
 }
 
 TEST(XmlDocument, AnAttributesValueHidesNothingOfWhatFollowsIt) {
-  EXPECT_EQ(xml::Leggi("<A b='>\"' c=\">'&amp;\">x<D e='/>'/></A>").valore, "x");
+  EXPECT_EQ(xml::Read("<A b='>\"' c=\">'&amp;\">x<D e='/>'/></A>").value, "x");
   EXPECT_THAT(Rifiuto("<A b='<?c'>&#8;</A>"), HasSubstr("non ammesso"));
   EXPECT_THAT(Rifiuto("<A b=\"<!--\">&ignota;</A>"), HasSubstr("non ammesso"));
   EXPECT_THAT(Rifiuto("<A b='>&#8;'/>"), HasSubstr("non ammesso"));
@@ -99,27 +99,27 @@ TEST(XmlDocument, RefusesAnAttributeWrittenTwice) {
   EXPECT_THAT(Rifiuto("<A b='1' c='2' b='3'/>"), HasSubstr("due volte lo stesso attributo"));
   EXPECT_THAT(Rifiuto("<A><B><C d='' d=''/></B></A>"), HasSubstr("due volte lo stesso attributo"));
   EXPECT_THAT(Rifiuto("<A xmlns:x='u' xmlns:y='u' x:b='1' y:b='2'/>"), HasSubstr("due volte lo stesso attributo"));
-  EXPECT_EQ(xml::Leggi("<A b='1' B='2' xmlns:x='u' x:b='3'>x</A>").valore, "x");
+  EXPECT_EQ(xml::Read("<A b='1' B='2' xmlns:x='u' x:b='3'>x</A>").value, "x");
 }
 
 TEST(XmlDocument, RefusesTwoHyphensInsideAComment) {
   EXPECT_THAT(Rifiuto("<A><!-- uno -- due -->x</A>"), HasSubstr("«--» dentro un commento"));
   EXPECT_THAT(Rifiuto("<A><!-- uno --->x</A>"), HasSubstr("«--» dentro un commento"));
   EXPECT_THAT(Rifiuto("<!----><!-- - --><A>--<!---->x</A><!-- -- -->"), HasSubstr("«--» dentro un commento"));
-  EXPECT_EQ(xml::Leggi("<!----><!-- - --><A b='--'>--<!-- <&]]> -->x</A>").valore, "--x");
+  EXPECT_EQ(xml::Read("<!----><!-- - --><A b='--'>--<!-- <&]]> -->x</A>").value, "--x");
 }
 
 TEST(XmlDocument, RefusesTheEndOfALiteralSectionInAText) {
   EXPECT_THAT(Rifiuto("<A>x]]>y</A>"), HasSubstr("«]]>» in un testo"));
   EXPECT_THAT(Rifiuto("<A><![CDATA[x]]>]]></A>"), HasSubstr("«]]>» in un testo"));
-  EXPECT_EQ(xml::Leggi("<A b=']]>'>]] >]>]]&gt;<![CDATA[x]]]]></A>").valore, "]] >]>]]>x]]");
+  EXPECT_EQ(xml::Read("<A b=']]>'>]] >]>]]&gt;<![CDATA[x]]]]></A>").value, "]] >]>]]>x]]");
 }
 
 TEST(XmlDocument, RefusesAPrefixThatNothingDeclares) {
   EXPECT_THAT(Rifiuto("<x:A/>"), HasSubstr("prefisso che non dichiara"));
   EXPECT_THAT(Rifiuto("<A x:b='1'/>"), HasSubstr("prefisso che non dichiara"));
   EXPECT_THAT(Rifiuto("<A><B xmlns:x='u'/><x:C/></A>"), HasSubstr("prefisso che non dichiara"));
-  EXPECT_EQ(xml::Leggi("<x:A xmlns:x='u' x:b='1' xml:lang='it'><x:B>y</x:B></x:A>").valore, "y");
+  EXPECT_EQ(xml::Read("<x:A xmlns:x='u' x:b='1' xml:lang='it'><x:B>y</x:B></x:A>").value, "y");
 }
 
 TEST(XmlDocument, ManyDeclarationsAreNoReasonToBeSlow) {
@@ -132,26 +132,26 @@ TEST(XmlDocument, ManyDeclarationsAreNoReasonToBeSlow) {
     documento += "<p0:B/>";
   }
   // Looked for one by one, 3.6 thousand million times, they would outlast the runner's patience.
-  EXPECT_EQ(xml::Leggi(documento + "</A>").figli.size(), 60000U);
+  EXPECT_EQ(xml::Read(documento + "</A>").children.size(), 60000U);
 }
 
 TEST(XmlDocument, RefusesADeclarationThatIsNotTheFirstThing) {
   EXPECT_THAT(Rifiuto(" <?xml version='1.0'?><A/>"), HasSubstr("dichiarazione XML fuori posto"));
   EXPECT_THAT(Rifiuto("<A/><?xml version='1.0'?>"), HasSubstr("dichiarazione XML fuori posto"));
   EXPECT_THAT(Rifiuto("<A><?XML version='1.0'?></A>"), HasSubstr("dichiarazione XML fuori posto"));
-  EXPECT_EQ(xml::Leggi("<?xml version='1.0'?><?xml-stylesheet href='a'?><A>x<?resto?></A>").valore, "x");
+  EXPECT_EQ(xml::Read("<?xml version='1.0'?><?xml-stylesheet href='a'?><A>x<?resto?></A>").value, "x");
 }
 
 TEST(XmlDocument, KeepsABlankBesideAComment) {
-  EXPECT_EQ(xml::Leggi("<R><ERRORE> <!-- x --></ERRORE></R>").figli.at(0).valore, " ");
-  EXPECT_EQ(xml::Leggi("<R><ERRORE><!-- x --> <?y?></ERRORE></R>").figli.at(0).valore, " ");
-  EXPECT_EQ(xml::Leggi("<R><ERRORE>a<!-- x --> </ERRORE></R>").figli.at(0).valore, "a ");
-  EXPECT_FALSE(xml::Leggi("<R><ERRORE> <!-- x --></ERRORE></R>").figli.at(0).haTesto);
+  EXPECT_EQ(xml::Read("<R><ERRORE> <!-- x --></ERRORE></R>").children.at(0).value, " ");
+  EXPECT_EQ(xml::Read("<R><ERRORE><!-- x --> <?y?></ERRORE></R>").children.at(0).value, " ");
+  EXPECT_EQ(xml::Read("<R><ERRORE>a<!-- x --> </ERRORE></R>").children.at(0).value, "a ");
+  EXPECT_FALSE(xml::Read("<R><ERRORE> <!-- x --></ERRORE></R>").children.at(0).hasText);
 }
 
 TEST(XmlDocument, BlanksBetweenElementsAreNoText) {
-  EXPECT_EQ(xml::Leggi("<A> <B>x</B> <!-- y --> <C>z</C>\n</A>").valore, "xz");
-  EXPECT_EQ(xml::Leggi("<A> <![CDATA[ ]]><B>x</B> </A>").valore, "  x");
+  EXPECT_EQ(xml::Read("<A> <B>x</B> <!-- y --> <C>z</C>\n</A>").value, "xz");
+  EXPECT_EQ(xml::Read("<A> <![CDATA[ ]]><B>x</B> </A>").value, "  x");
 }
 
 TEST(XmlDocument, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
@@ -162,8 +162,8 @@ TEST(XmlDocument, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
     piccoli.append({c, '\0'});
     grandi.append({'\0', c});
   }
-  EXPECT_EQ(xml::Leggi(piccoli).valore, "x");
-  EXPECT_EQ(xml::Leggi(grandi).valore, "x");
+  EXPECT_EQ(xml::Read(piccoli).value, "x");
+  EXPECT_EQ(xml::Read(grandi).value, "x");
   EXPECT_THAT(Rifiuto(documento), HasSubstr("si dichiara in UTF-16"));
 }
 
@@ -173,13 +173,13 @@ TEST(XmlDocument, RefusesAnEmptyDocument) {
 }
 
 TEST(XmlDocument, TakesSixtyFourLevelsAndNoMore) {
-  EXPECT_EQ(xml::Leggi(Annidati(xml::ProfonditaMassima)).nome, "a");
-  EXPECT_THAT(Rifiuto(Annidati(xml::ProfonditaMassima + 1)), HasSubstr("64 livelli"));
+  EXPECT_EQ(xml::Read(Annidati(xml::GreatestDepth)).name, "a");
+  EXPECT_THAT(Rifiuto(Annidati(xml::GreatestDepth + 1)), HasSubstr("64 livelli"));
   EXPECT_THAT(Rifiuto(Annidati(200000)), HasSubstr("64 livelli"));
 }
 
 TEST(XmlDocument, RefusesMoreThanSixteenMebibytes) {
-  EXPECT_THAT(Rifiuto("<A>" + std::string(xml::DimensioneMassima, 'x') + "</A>"), HasSubstr("16 MiB"));
+  EXPECT_THAT(Rifiuto("<A>" + std::string(xml::LargestSize, 'x') + "</A>"), HasSubstr("16 MiB"));
 }
 
 } // namespace

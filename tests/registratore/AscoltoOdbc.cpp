@@ -8,10 +8,10 @@
 namespace lumoscad::prova {
 namespace {
 
-AscoltoOdbc* ascolto = nullptr;
+AscoltoOdbc* listening = nullptr;
 
 /// The driver manager's own function behind the one of that name here.
-template <typename Funzione> Funzione* Vera(const char* nome) {
+template <typename Funzione> Funzione* Real(const char* nome) {
   auto* vera = reinterpret_cast<Funzione*>(::dlsym(RTLD_NEXT, nome)); // NOLINT: how the system hands out functions
   if (vera == nullptr) {
     throw std::runtime_error(nome);
@@ -37,24 +37,24 @@ std::string SenzaParola(std::string_view connessione) {
 } // namespace
 
 AscoltoOdbc::AscoltoOdbc(Registro& registro) : registro_(registro) {
-  ascolto = this;
+  listening = this;
 }
 
 AscoltoOdbc::~AscoltoOdbc() {
-  ascolto = nullptr;
+  listening = nullptr;
 }
 
-AscoltoOdbc::Pausa::Pausa() : interrotto_(ascolto) {
-  ascolto = nullptr;
+AscoltoOdbc::Pausa::Pausa() : interrotto_(listening) {
+  listening = nullptr;
 }
 
 AscoltoOdbc::Pausa::~Pausa() {
-  ascolto = interrotto_;
+  listening = interrotto_;
 }
 
 void AscoltoOdbc::Annunciata(std::string_view testo) {
-  if (ascolto != nullptr) {
-    ascolto->annunciata_ = testo;
+  if (listening != nullptr) {
+    listening->annunciata_ = testo;
   }
 }
 
@@ -135,39 +135,39 @@ void AscoltoOdbc::Annota(const Istruzione& istruzione, const std::string& riga) 
 
 // The parameters have the names of the driver manager's header.
 
-using lumoscad::prova::ascolto;
+using lumoscad::prova::listening;
+using lumoscad::prova::Real;
 using lumoscad::prova::Testo;
-using lumoscad::prova::Vera;
 
 SQLRETURN SQL_API SQLDriverConnect(SQLHDBC hdbc, SQLHWND hwnd, SQLCHAR* szConnStrIn, SQLSMALLINT cbConnStrIn,
                                    SQLCHAR* szConnStrOut, SQLSMALLINT cbConnStrOutMax, SQLSMALLINT* pcbConnStrOut,
                                    SQLUSMALLINT fDriverCompletion) {
   static auto* const vera =
-      Vera<SQLRETURN(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*, SQLUSMALLINT)>(
+      Real<SQLRETURN(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*, SQLUSMALLINT)>(
           "SQLDriverConnect");
-  if (ascolto != nullptr) {
-    ascolto->Apre(Testo(szConnStrIn, cbConnStrIn));
+  if (listening != nullptr) {
+    listening->Apre(Testo(szConnStrIn, cbConnStrIn));
   }
   const auto esito =
       vera(hdbc, hwnd, szConnStrIn, cbConnStrIn, szConnStrOut, cbConnStrOutMax, pcbConnStrOut, fDriverCompletion);
-  if (ascolto != nullptr && !SQL_SUCCEEDED(esito)) {
-    ascolto->FineFallita();
+  if (listening != nullptr && !SQL_SUCCEEDED(esito)) {
+    listening->FineFallita();
   }
   return esito;
 }
 
 SQLRETURN SQL_API SQLDisconnect(SQLHDBC ConnectionHandle) {
-  static auto* const vera = Vera<SQLRETURN(SQLHDBC)>("SQLDisconnect");
-  if (ascolto != nullptr) {
-    ascolto->Chiude();
+  static auto* const vera = Real<SQLRETURN(SQLHDBC)>("SQLDisconnect");
+  if (listening != nullptr) {
+    listening->Chiude();
   }
   return vera(ConnectionHandle);
 }
 
 SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
-  static auto* const vera = Vera<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
-  if (ascolto != nullptr) {
-    ascolto->Preparata(StatementHandle, Testo(StatementText, TextLength));
+  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+  if (listening != nullptr) {
+    listening->Preparata(StatementHandle, Testo(StatementText, TextLength));
   }
   return vera(StatementHandle, StatementText, TextLength);
 }
@@ -175,72 +175,72 @@ SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, S
 SQLRETURN SQL_API SQLBindParameter(SQLHSTMT hstmt, SQLUSMALLINT ipar, SQLSMALLINT fParamType, SQLSMALLINT fCType,
                                    SQLSMALLINT fSqlType, SQLULEN cbColDef, SQLSMALLINT ibScale, SQLPOINTER rgbValue,
                                    SQLLEN cbValueMax, SQLLEN* pcbValue) {
-  static auto* const vera = Vera<SQLRETURN(SQLHSTMT, SQLUSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLULEN,
+  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLULEN,
                                            SQLSMALLINT, SQLPOINTER, SQLLEN, SQLLEN*)>("SQLBindParameter");
-  if (ascolto != nullptr) {
-    ascolto->Assegnato(hstmt, ipar, {static_cast<const char*>(rgbValue), pcbValue});
+  if (listening != nullptr) {
+    listening->Assegnato(hstmt, ipar, {static_cast<const char*>(rgbValue), pcbValue});
   }
   return vera(hstmt, ipar, fParamType, fCType, fSqlType, cbColDef, ibScale, rgbValue, cbValueMax, pcbValue);
 }
 
 SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT StatementHandle, SQLUSMALLINT Option) {
-  static auto* const vera = Vera<SQLRETURN(SQLHSTMT, SQLUSMALLINT)>("SQLFreeStmt");
-  if (ascolto != nullptr && Option == SQL_RESET_PARAMS) {
-    ascolto->SenzaValori(StatementHandle);
+  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT)>("SQLFreeStmt");
+  if (listening != nullptr && Option == SQL_RESET_PARAMS) {
+    listening->SenzaValori(StatementHandle);
   }
   return vera(StatementHandle, Option);
 }
 
 SQLRETURN SQL_API SQLExecute(SQLHSTMT StatementHandle) {
-  static auto* const vera = Vera<SQLRETURN(SQLHSTMT)>("SQLExecute");
-  if (ascolto != nullptr) {
-    ascolto->Eseguita(StatementHandle);
+  static auto* const vera = Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+  if (listening != nullptr) {
+    listening->Eseguita(StatementHandle);
   }
   const auto esito = vera(StatementHandle);
-  if (ascolto != nullptr && !SQL_SUCCEEDED(esito) && esito != SQL_NO_DATA) {
-    ascolto->Fallita(StatementHandle);
+  if (listening != nullptr && !SQL_SUCCEEDED(esito) && esito != SQL_NO_DATA) {
+    listening->Fallita(StatementHandle);
   }
   return esito;
 }
 
 SQLRETURN SQL_API SQLExecDirect(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
-  static auto* const vera = Vera<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
-  if (ascolto != nullptr) {
-    ascolto->Eseguita(StatementHandle, Testo(StatementText, TextLength));
+  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
+  if (listening != nullptr) {
+    listening->Eseguita(StatementHandle, Testo(StatementText, TextLength));
   }
   const auto esito = vera(StatementHandle, StatementText, TextLength);
-  if (ascolto != nullptr && !SQL_SUCCEEDED(esito) && esito != SQL_NO_DATA) {
-    ascolto->Fallita(StatementHandle);
+  if (listening != nullptr && !SQL_SUCCEEDED(esito) && esito != SQL_NO_DATA) {
+    listening->Fallita(StatementHandle);
   }
   return esito;
 }
 
 SQLRETURN SQL_API SQLRowCount(SQLHSTMT StatementHandle, SQLLEN* RowCount) {
-  static auto* const vera = Vera<SQLRETURN(SQLHSTMT, SQLLEN*)>("SQLRowCount");
+  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLLEN*)>("SQLRowCount");
   const auto esito = vera(StatementHandle, RowCount);
-  if (ascolto != nullptr && SQL_SUCCEEDED(esito)) {
-    ascolto->Toccate(StatementHandle, *RowCount);
+  if (listening != nullptr && SQL_SUCCEEDED(esito)) {
+    listening->Toccate(StatementHandle, *RowCount);
   }
   return esito;
 }
 
 SQLRETURN SQL_API SQLEndTran(SQLSMALLINT HandleType, SQLHANDLE Handle, SQLSMALLINT CompletionType) {
-  static auto* const vera = Vera<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
-  if (ascolto != nullptr) {
-    ascolto->Fine(CompletionType == SQL_COMMIT);
+  static auto* const vera = Real<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
+  if (listening != nullptr) {
+    listening->Fine(CompletionType == SQL_COMMIT);
   }
   const auto esito = vera(HandleType, Handle, CompletionType);
-  if (ascolto != nullptr && !SQL_SUCCEEDED(esito)) {
-    ascolto->FineFallita();
+  if (listening != nullptr && !SQL_SUCCEEDED(esito)) {
+    listening->FineFallita();
   }
   return esito;
 }
 
 SQLRETURN SQL_API SQLSetConnectAttr(SQLHDBC ConnectionHandle, SQLINTEGER Attribute, SQLPOINTER Value,
                                     SQLINTEGER StringLength) {
-  static auto* const vera = Vera<SQLRETURN(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER)>("SQLSetConnectAttr");
-  if (ascolto != nullptr && Attribute == SQL_ATTR_AUTOCOMMIT) {
-    ascolto->Conferme(reinterpret_cast<SQLULEN>(Value) == SQL_AUTOCOMMIT_ON); // NOLINT: how the value travels
+  static auto* const vera = Real<SQLRETURN(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER)>("SQLSetConnectAttr");
+  if (listening != nullptr && Attribute == SQL_ATTR_AUTOCOMMIT) {
+    listening->Conferme(reinterpret_cast<SQLULEN>(Value) == SQL_AUTOCOMMIT_ON); // NOLINT: how the value travels
   }
   return vera(ConnectionHandle, Attribute, Value, StringLength);
 }

@@ -4,33 +4,33 @@
 
 namespace lumoscad::prova {
 
-void DesktopRegistrato::MostraBox(std::string_view testo, std::string_view titolo) {
+void DesktopRegistrato::ShowBox(std::string_view testo, std::string_view titolo) {
   registro_.Annota("box " + Cita(titolo) + " " + Cita(testo));
-  vero_.MostraBox(testo, titolo);
+  vero_.ShowBox(testo, titolo);
 }
 
-void DesktopRegistrato::ImpostaPuntatore(Puntatore puntatore) {
+void DesktopRegistrato::SetPointer(Pointer puntatore) {
   registro_.Annota("puntatore " + std::to_string(static_cast<int>(puntatore)));
-  vero_.ImpostaPuntatore(puntatore);
+  vero_.SetPointer(puntatore);
 }
 
-void DesktopRegistrato::MostraElenco(FinestraElenco& finestra) {
+void DesktopRegistrato::ShowList(ListWindow& finestra) {
   FinestraRegistrata registrata(registro_, finestra);
   registrata.Descrivi();
-  vero_.MostraElenco(registrata);
+  vero_.ShowList(registrata);
   registro_.Annota("la finestra è chiusa");
 }
 
-void DesktopRegistrato::MostraScadenzario(FinestraScadenzario& finestra) {
+void DesktopRegistrato::ShowSingleItem(SingleItemWindow& finestra) {
   ScadenzarioRegistrato registrata(registro_, finestra);
   registrata.Descrivi();
-  vero_.MostraScadenzario(registrata);
+  vero_.ShowSingleItem(registrata);
   registro_.Annota("la finestra è chiusa");
 }
 
-void DesktopRegistrato::MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) {
+void DesktopRegistrato::ShowWait(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) {
   registro_.Annota("attesa " + Cita(testo) + " dopo " + std::to_string(millisecondi) + " ms");
-  vero_.MostraAttesa(testo, millisecondi, lavoro);
+  vero_.ShowWait(testo, millisecondi, lavoro);
   registro_.Annota("l'attesa è finita");
 }
 

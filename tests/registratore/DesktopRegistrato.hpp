@@ -16,12 +16,12 @@ class DesktopRegistrato final : public Desktop {
  public:
   DesktopRegistrato(Registro& registro, Desktop& vero) : registro_(registro), vero_(vero) {}
 
-  void MostraBox(std::string_view testo, std::string_view titolo) override;
-  void ImpostaPuntatore(Puntatore puntatore) override;
-  void EventiInAttesa() override { vero_.EventiInAttesa(); }
-  void MostraElenco(FinestraElenco& finestra) override;
-  void MostraScadenzario(FinestraScadenzario& finestra) override;
-  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
+  void ShowBox(std::string_view testo, std::string_view titolo) override;
+  void SetPointer(Pointer puntatore) override;
+  void RunPendingEvents() override { vero_.RunPendingEvents(); }
+  void ShowList(ListWindow& finestra) override;
+  void ShowSingleItem(SingleItemWindow& finestra) override;
+  void ShowWait(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
 
  private:
   Registro& registro_;

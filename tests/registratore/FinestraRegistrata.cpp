@@ -17,12 +17,12 @@ std::string Numero(long long valore) {
   return std::to_string(valore);
 }
 
-std::string Editor(const EditorCella& editor) {
-  if (!editor.visibile) {
+std::string Editor(const CellEditor& editor) {
+  if (!editor.visible) {
     return "chiuso";
   }
-  return "aperto alto " + Numero(editor.alto) + " sinistra " + Numero(editor.sinistra) + " larghezza " +
-         Numero(editor.larghezza) + " testo " + Cita(editor.testo) + " indice " + Numero(editor.indice);
+  return "aperto alto " + Numero(editor.top) + " sinistra " + Numero(editor.left) + " larghezza " +
+         Numero(editor.width) + " testo " + Cita(editor.text) + " indice " + Numero(editor.index);
 }
 
 std::string Unite(const std::vector<std::string>& parti, std::string_view separatore) {
@@ -113,10 +113,10 @@ void FinestraRegistrata::Form_QueryUnload() {
 
 std::string FinestraRegistrata::ColonnaSotto(int x) const {
   int fine = 0;
-  for (const auto& colonna : vera_.Description().colonne) {
-    fine += colonna.larghezza;
+  for (const auto& colonna : vera_.Description().columns) {
+    fine += colonna.width;
     if (x < fine) {
-      return colonna.chiave;
+      return colonna.key;
     }
   }
   return "niente";
@@ -124,9 +124,8 @@ std::string FinestraRegistrata::ColonnaSotto(int x) const {
 
 std::vector<std::string> FinestraRegistrata::Riga(std::size_t riga) const {
   std::vector<std::string> celle;
-  for (int colonna = 0; colonna < static_cast<int>(vera_.Description().colonne.size()); ++colonna) {
-    const bool spunta =
-        vera_.Description().colonne[static_cast<std::size_t>(colonna)].genere == ColonnaElenco::Genere::Spunta;
+  for (int colonna = 0; colonna < static_cast<int>(vera_.Description().columns.size()); ++colonna) {
+    const bool spunta = vera_.Description().columns[static_cast<std::size_t>(colonna)].kind == ListColumn::Kind::Tick;
     celle.push_back(spunta ? (vera_.Ticked(riga, colonna) ? "[x]" : "[ ]")
                            : std::string(vera_.CellText(riga, colonna)));
   }
@@ -134,22 +133,22 @@ std::vector<std::string> FinestraRegistrata::Riga(std::size_t riga) const {
 }
 
 FinestraRegistrata::Aspetto FinestraRegistrata::Guarda() const {
-  const StatoElenco& stato = vera_.Stato();
+  const ListState& stato = vera_.Stato();
   Aspetto aspetto;
-  aspetto.stato = {"riga selezionata " + Numero(stato.selezionata),
+  aspetto.stato = {"riga selezionata " + Numero(stato.selected),
                    "editor della data " + Editor(stato.data),
-                   "editor della banca " + Editor(stato.banca),
-                   "data in alto " + Cita(stato.testoScadenza),
-                   "banca in alto " + Numero(stato.indiceBanca),
-                   "testata ordinata " + Numero(stato.testataOrdinata) + (stato.crescente ? " crescente" : " calante"),
-                   "barrette nascoste " + SiNo(stato.barretteNascoste),
-                   "lista " + Numero(stato.larghezzaLista) + " x " + Numero(stato.altezzaLista),
-                   "scaricata " + SiNo(stato.scaricata)};
+                   "editor della banca " + Editor(stato.bank),
+                   "data in alto " + Cita(stato.dueDateText),
+                   "banca in alto " + Numero(stato.bankIndex),
+                   "testata ordinata " + Numero(stato.sortedHeading) + (stato.ascending ? " crescente" : " calante"),
+                   "barrette nascoste " + SiNo(stato.scrollBarsHidden),
+                   "lista " + Numero(stato.listWidth) + " x " + Numero(stato.listHeight),
+                   "scaricata " + SiNo(stato.unloaded)};
   if (item_ != nullptr) {
-    const StatoScadenzario& suo = item_->Stato();
-    aspetto.stato.push_back("PicSelezionaTutto " + Cita(suo.selezionaTutto));
-    aspetto.stato.push_back("descrizione visibile " + SiNo(suo.descrizioneVisibile));
-    aspetto.stato.push_back("primo piano " + SiNo(suo.primoPiano));
+    const SingleItemState& suo = item_->Stato();
+    aspetto.stato.push_back("PicSelezionaTutto " + Cita(suo.selectEverything));
+    aspetto.stato.push_back("descrizione visibile " + SiNo(suo.descriptionVisible));
+    aspetto.stato.push_back("primo piano " + SiNo(suo.onTop));
   }
   for (std::size_t riga = 0; riga < vera_.RowCount(); ++riga) {
     aspetto.righe.push_back(Unite(Riga(riga), "|"));
@@ -158,34 +157,33 @@ FinestraRegistrata::Aspetto FinestraRegistrata::Guarda() const {
 }
 
 void FinestraRegistrata::Descrivi() {
-  std::vector<std::string> testo{"finestra " + vera_.Description().nome + " " + Cita(vera_.Description().titolo) +
-                                 " lista " + vera_.Description().nomeLista + " carattere " +
-                                 Cita(vera_.Description().carattere) + " righe senza scorrere " +
-                                 Numero(vera_.Description().righeSenzaScorrere)};
-  for (const auto& colonna : vera_.Description().colonne) {
-    testo.push_back("  colonna " + colonna.chiave + " " + Cita(colonna.intestazione) + " larga " +
-                    Numero(colonna.larghezza) + " genere " + Numero(static_cast<int>(colonna.genere)) + " attuale " +
-                    Numero(colonna.attuale));
+  std::vector<std::string> testo{"finestra " + vera_.Description().name + " " + Cita(vera_.Description().title) +
+                                 " lista " + vera_.Description().listName + " carattere " +
+                                 Cita(vera_.Description().fontName) + " righe senza scorrere " +
+                                 Numero(vera_.Description().rowsWithoutScrolling)};
+  for (const auto& colonna : vera_.Description().columns) {
+    testo.push_back("  colonna " + colonna.key + " " + Cita(colonna.headingText) + " larga " + Numero(colonna.width) +
+                    " genere " + Numero(static_cast<int>(colonna.kind)) + " attuale " + Numero(colonna.present));
   }
-  for (const auto& testata : vera_.Description().testate) {
-    testo.push_back("  testata " + Numero(testata.indice) + " " + Cita(testata.testo) + " colonne " +
-                    Numero(testata.prima) + "-" + Numero(testata.ultima) + " sinistra " + Numero(testata.sinistra) +
-                    " larga " + Numero(testata.larghezza) + (testata.ordina ? " ordina" : ""));
+  for (const auto& testata : vera_.Description().headings) {
+    testo.push_back("  testata " + Numero(testata.index) + " " + Cita(testata.text) + " colonne " +
+                    Numero(testata.first) + "-" + Numero(testata.last) + " sinistra " + Numero(testata.left) +
+                    " larga " + Numero(testata.width) + (testata.sorts ? " ordina" : ""));
   }
-  for (const auto& etichetta : vera_.Description().etichette) {
-    testo.push_back("  etichetta " + etichetta.nome + " " + Cita(etichetta.testo));
+  for (const auto& etichetta : vera_.Description().labels) {
+    testo.push_back("  etichetta " + etichetta.name + " " + Cita(etichetta.text));
   }
-  for (const auto& riga : item_ != nullptr ? item_->Description().descrizione : std::vector<RigaDescrizione>()) {
-    testo.push_back("  descrizione " + riga.didascalia.nome + " " + Cita(riga.didascalia.testo) + " " +
-                    riga.valore.nome + " " + Cita(riga.valore.testo));
+  for (const auto& riga : item_ != nullptr ? item_->Description().description : std::vector<DescriptionLine>()) {
+    testo.push_back("  descrizione " + riga.caption.name + " " + Cita(riga.caption.text) + " " + riga.value.name + " " +
+                    Cita(riga.value.text));
   }
   testo.push_back(
-      "  campo della data " + (vera_.Description().campoData ? Cita(*vera_.Description().campoData) : "assente") +
-      ", della banca " + (vera_.Description().campoBanca ? Cita(*vera_.Description().campoBanca) : "assente"));
-  testo.push_back("  banche " + Unite(vera_.Description().banche, "|"));
-  testo.push_back("  banche della cella " + (vera_.Description().bancheCella == vera_.Description().banche
+      "  campo della data " + (vera_.Description().dateField ? Cita(*vera_.Description().dateField) : "assente") +
+      ", della banca " + (vera_.Description().bankField ? Cita(*vera_.Description().bankField) : "assente"));
+  testo.push_back("  banche " + Unite(vera_.Description().banks, "|"));
+  testo.push_back("  banche della cella " + (vera_.Description().cellBanks == vera_.Description().banks
                                                  ? "le stesse"
-                                                 : Unite(vera_.Description().bancheCella, "|")));
+                                                 : Unite(vera_.Description().cellBanks, "|")));
   registro_.AnnotaUnaVolta(testo);
   const Aspetto aspetto = Guarda();
   registro_.Annota("  stato " + Unite(aspetto.stato, ", "));

@@ -14,10 +14,10 @@
 namespace lumoscad::prova {
 
 /// A list window whose gestures are written into a record on their way to the screen, each with what it changed.
-class FinestraRegistrata final : public FinestraElenco {
+class FinestraRegistrata final : public ListWindow {
  public:
   /// `item` is the single-item window around the list, null for a plain list.
-  FinestraRegistrata(Registro& registro, FinestraElenco& vera, const FinestraScadenzario* item = nullptr)
+  FinestraRegistrata(Registro& registro, ListWindow& vera, const SingleItemWindow* item = nullptr)
       : registro_(registro), vera_(vera), item_(item) {}
   FinestraRegistrata(const FinestraRegistrata&) = delete;
   FinestraRegistrata& operator=(const FinestraRegistrata&) = delete;
@@ -27,7 +27,7 @@ class FinestraRegistrata final : public FinestraElenco {
   void Gesto(const std::string& quale, const std::function<void()>& azione);
 
   [[nodiscard]] const ListDescription& Description() const override { return vera_.Description(); }
-  [[nodiscard]] const StatoElenco& Stato() const override { return vera_.Stato(); }
+  [[nodiscard]] const ListState& Stato() const override { return vera_.Stato(); }
   [[nodiscard]] std::size_t RowCount() const override { return vera_.RowCount(); }
   [[nodiscard]] std::string_view CellText(std::size_t riga, int colonna) const override {
     return vera_.CellText(riga, colonna);
@@ -68,20 +68,20 @@ class FinestraRegistrata final : public FinestraElenco {
   [[nodiscard]] std::string ColonnaSotto(int x) const;
 
   Registro& registro_;
-  FinestraElenco& vera_;
-  const FinestraScadenzario* item_;
+  ListWindow& vera_;
+  const SingleItemWindow* item_;
 };
 
 /// The same for the single-item window.
-class ScadenzarioRegistrato final : public FinestraScadenzario {
+class ScadenzarioRegistrato final : public SingleItemWindow {
  public:
-  ScadenzarioRegistrato(Registro& registro, FinestraScadenzario& vera)
+  ScadenzarioRegistrato(Registro& registro, SingleItemWindow& vera)
       : vera_(vera), elenco_(registro, vera.Elenco(), &vera) {}
 
   void Descrivi() { elenco_.Descrivi(); }
-  [[nodiscard]] FinestraElenco& Elenco() override { return elenco_; }
+  [[nodiscard]] ListWindow& Elenco() override { return elenco_; }
   [[nodiscard]] const ItemDescription& Description() const override { return vera_.Description(); }
-  [[nodiscard]] const StatoScadenzario& Stato() const override { return vera_.Stato(); }
+  [[nodiscard]] const SingleItemState& Stato() const override { return vera_.Stato(); }
   void PicSelezionaTutto_Click() override {
     elenco_.Gesto("seleziona tutto", [this] { vera_.PicSelezionaTutto_Click(); });
   }
@@ -90,7 +90,7 @@ class ScadenzarioRegistrato final : public FinestraScadenzario {
   }
 
  private:
-  FinestraScadenzario& vera_;
+  SingleItemWindow& vera_;
   FinestraRegistrata elenco_;
 };
 

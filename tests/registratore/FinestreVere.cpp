@@ -9,7 +9,7 @@
 
 namespace lumoscad::prova {
 
-FinestreVere::FinestreVere() : vero_(qt::CreaDesktop()) {}
+FinestreVere::FinestreVere() : vero_(qt::CreateDesktop()) {}
 
 void FinestreVere::Prossimo() {
   if (!copioni.empty()) {
@@ -18,7 +18,7 @@ void FinestreVere::Prossimo() {
   }
 }
 
-void FinestreVere::MostraBox(std::string_view testo, std::string_view titolo) {
+void FinestreVere::ShowBox(std::string_view testo, std::string_view titolo) {
   QTimer risponditore;
   risponditore.setInterval(5);
   QObject::connect(&risponditore, &QTimer::timeout, &risponditore, [] {
@@ -28,17 +28,17 @@ void FinestreVere::MostraBox(std::string_view testo, std::string_view titolo) {
     }
   });
   risponditore.start();
-  vero_->MostraBox(testo, titolo);
+  vero_->ShowBox(testo, titolo);
 }
 
-void FinestreVere::MostraElenco(FinestraElenco& finestra) {
+void FinestreVere::ShowList(ListWindow& finestra) {
   Prossimo();
-  vero_->MostraElenco(finestra);
+  vero_->ShowList(finestra);
 }
 
-void FinestreVere::MostraScadenzario(FinestraScadenzario& finestra) {
+void FinestreVere::ShowSingleItem(SingleItemWindow& finestra) {
   Prossimo();
-  vero_->MostraScadenzario(finestra);
+  vero_->ShowSingleItem(finestra);
 }
 
 } // namespace lumoscad::prova

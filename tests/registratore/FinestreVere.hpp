@@ -18,13 +18,13 @@ class FinestreVere final : public Desktop {
 
   std::deque<std::function<void(QDialog&)>> copioni;
 
-  void MostraBox(std::string_view testo, std::string_view titolo) override;
-  void ImpostaPuntatore(Puntatore puntatore) override { vero_->ImpostaPuntatore(puntatore); }
-  void EventiInAttesa() override { vero_->EventiInAttesa(); }
-  void MostraElenco(FinestraElenco& finestra) override;
-  void MostraScadenzario(FinestraScadenzario& finestra) override;
-  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override {
-    vero_->MostraAttesa(testo, millisecondi, lavoro);
+  void ShowBox(std::string_view testo, std::string_view titolo) override;
+  void SetPointer(Pointer puntatore) override { vero_->SetPointer(puntatore); }
+  void RunPendingEvents() override { vero_->RunPendingEvents(); }
+  void ShowList(ListWindow& finestra) override;
+  void ShowSingleItem(SingleItemWindow& finestra) override;
+  void ShowWait(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override {
+    vero_->ShowWait(testo, millisecondi, lavoro);
   }
 
  private:

@@ -1,7 +1,7 @@
 #include "HostRegistrante.hpp"
 
 #include "Dimostrazione.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 namespace lumoscad::prova {
 namespace {
@@ -32,11 +32,11 @@ std::vector<std::string> Pezzi(const std::string& riga) {
 }
 
 std::string Nodo(const xml::Nodo& nodo) {
-  std::string testo = nodo.nome + (nodo.figli.empty() ? " " + Cita(nodo.valore) : "(");
-  for (std::size_t i = 0; i < nodo.figli.size(); ++i) {
-    testo += (i == 0 ? "" : ", ") + Nodo(nodo.figli[i]);
+  std::string testo = nodo.name + (nodo.children.empty() ? " " + Cita(nodo.value) : "(");
+  for (std::size_t i = 0; i < nodo.children.size(); ++i) {
+    testo += (i == 0 ? "" : ", ") + Nodo(nodo.children[i]);
   }
-  return testo + (nodo.figli.empty() ? "" : ")");
+  return testo + (nodo.children.empty() ? "" : ")");
 }
 
 } // namespace
@@ -45,8 +45,8 @@ void HostRegistrante::Fai(const std::string& operazione, const std::function<voi
   registro_.Annota("host " + operazione);
   try {
     azione();
-  } catch (const ErroreRuntime& errore) {
-    registro_.Annota("  errore " + std::to_string(errore.Numero()) + " " + Cita(errore.Descrizione()));
+  } catch (const RuntimeError& errore) {
+    registro_.Annota("  errore " + std::to_string(errore.Number()) + " " + Cita(errore.Description()));
     throw;
   }
 }
@@ -76,7 +76,7 @@ void HostRegistrante::EseguiProgramma(std::string_view indirizzo, std::string_vi
     try {
       vero_->EseguiProgramma(indirizzo, programma, parametri, inAscolto);
     } catch (...) {
-      destinatario.Avviato = inAscolto.Avviato;
+      destinatario.Started = inAscolto.Started;
       throw;
     }
   });

@@ -7,15 +7,15 @@ namespace lumoscad::prova {
 void PersonaAllaLista::Clicca(std::size_t riga, std::string_view colonna) const {
   constexpr int AltezzaRiga = 240;
   int sinistra = 0;
-  for (const auto& altra : finestra_.Description().colonne) {
-    if (altra.chiave == colonna) {
+  for (const auto& altra : finestra_.Description().columns) {
+    if (altra.key == colonna) {
       const int alto = static_cast<int>(riga) * AltezzaRiga;
       finestra_.Seleziona(static_cast<std::ptrdiff_t>(riga));
       finestra_.LVScadenze_MouseDown(sinistra + 1, alto + 1);
       finestra_.LVScadenze_Click(alto);
       return;
     }
-    sinistra += altra.larghezza;
+    sinistra += altra.width;
   }
   throw std::logic_error("no column " + std::string(colonna));
 }

@@ -11,7 +11,7 @@ namespace lumoscad::prova {
 /// The gestures of a person in a list window, as a real window passes them on.
 class PersonaAllaLista {
  public:
-  explicit PersonaAllaLista(FinestraElenco& finestra) : finestra_(finestra) {}
+  explicit PersonaAllaLista(ListWindow& finestra) : finestra_(finestra) {}
 
   /// Clicks the cell of the column with this key in the row at this place.
   void Clicca(std::size_t riga, std::string_view colonna) const;
@@ -21,7 +21,7 @@ class PersonaAllaLista {
   void ScegliBanca(std::size_t riga, int indice) const;
 
  private:
-  FinestraElenco& finestra_;
+  ListWindow& finestra_;
 };
 
 } // namespace lumoscad::prova

@@ -2,7 +2,7 @@
 
 #include "Figlio.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "support/Paths.hpp"
@@ -43,7 +43,7 @@ void Svuota(const fs::path& cartella) {
 } // namespace
 
 Scena::Scena(std::string_view genere, Registro& registro, const Dimostrazione& host)
-    : demo(host), registro_(registro), contesto_(test::databaseContext(genere)), servizi_(Servizi{}) {
+    : demo(host), registro_(registro), contesto_(test::databaseContext(genere)), servizi_(Services{}) {
   base_ = contesto_.create(DatiDellaDimostrazione());
   if (genere == "postgres") {
     // The rows of a list without an order come as the plan has them, and the plan follows what the server knows.
@@ -77,29 +77,30 @@ Scena::~Scena() {
 }
 
 void Scena::ApriServizi() {
-  servizi() = {[this]() -> Desktop& {
-                 if (desktop == nullptr) {
-                   throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile.");
-                 }
-                 if (!registrato_) {
-                   registrato_ = std::make_unique<DesktopRegistrato>(registro_, *desktop);
-                 }
-                 return *registrato_;
-               },
-               [this]() -> nexaro::HostLink& {
-                 if (!host_) {
-                   host_ = std::make_unique<HostRegistrante>(registro_, nexaro::CreaHostLink(), demo.Registro());
-                 }
-                 return *host_;
-               },
-               [this]() -> const nexaro::Ambiente& {
-                 if (!ambiente_) {
-                   ambiente_ = std::make_unique<nexaro::Ambiente>(nexaro::LeggiAmbiente());
-                 }
-                 return *ambiente_;
-               },
-               [] { return DataOra{2026, 3, 5, 14, 7, 9}; },
-               [](std::string_view istruzione) { AscoltoOdbc::Annunciata(istruzione); }};
+  activeServices() = {[this]() -> Desktop& {
+                        if (desktop == nullptr) {
+                          throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile.");
+                        }
+                        if (!registrato_) {
+                          registrato_ = std::make_unique<DesktopRegistrato>(registro_, *desktop);
+                        }
+                        return *registrato_;
+                      },
+                      [this]() -> nexaro::HostLink& {
+                        if (!host_) {
+                          host_ =
+                              std::make_unique<HostRegistrante>(registro_, nexaro::CreateHostLink(), demo.Registro());
+                        }
+                        return *host_;
+                      },
+                      [this]() -> const nexaro::Environment& {
+                        if (!ambiente_) {
+                          ambiente_ = std::make_unique<nexaro::Environment>(nexaro::ReadEnvironment());
+                        }
+                        return *ambiente_;
+                      },
+                      [] { return DateTime{2026, 3, 5, 14, 7, 9}; },
+                      [](std::string_view istruzione) { AscoltoOdbc::Annunciata(istruzione); }};
 }
 
 std::string Scena::OpzioniDatabase() const {
@@ -129,8 +130,8 @@ void Scena::Registra(const std::string& titolo, const std::function<std::string(
     try {
       const auto risultato = azione();
       registro_.Annota("risultato " + Cita(risultato));
-    } catch (const ErroreRuntime& errore) {
-      registro_.Annota("errore " + std::to_string(errore.Numero()) + " " + Cita(errore.Testo()));
+    } catch (const RuntimeError& errore) {
+      registro_.Annota("errore " + std::to_string(errore.Number()) + " " + Cita(errore.Text()));
     }
   }
   AnnotaErroreStandard(testing::internal::GetCapturedStderr());
@@ -167,7 +168,7 @@ void Scena::AltroveIntera(const std::string& sql) {
 std::optional<Fotografia> Scena::FotografaBase() const {
   try {
     return Fotografa(base_->connectionText());
-  } catch (const ErroreRuntime&) {
+  } catch (const RuntimeError&) {
     return std::nullopt;
   }
 }

@@ -7,9 +7,9 @@
 #include "Registro.hpp"
 
 #include "common/Stato.hpp"
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "support/DatabaseContext.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <functional>
 #include <memory>
@@ -38,7 +38,7 @@ class Scena {
   [[nodiscard]] std::string OpzioniHost() const { return "-H " + demo.Indirizzo() + " -D 01"; }
   [[nodiscard]] std::string OpzioniDatabase() const;
   /// What the person does in the next list window.
-  void Recita(DesktopRecitato::Copione copione) { recitato.copioni.push_back(std::move(copione)); }
+  void Recita(ScriptedDesktop::Script copione) { recitato.scripts.push_back(std::move(copione)); }
   /// Runs `azione` as a command's inside is run: recorded, its failure too.
   void Registra(const std::string& titolo, const std::function<std::string()>& azione);
   void Annota(const std::string& riga) { registro_.Annota(riga); }
@@ -55,7 +55,7 @@ class Scena {
   void Programma(std::string_view corpo) const { ScriviProgramma(demo.VB0001(), corpo); }
 
   const Dimostrazione& demo;
-  DesktopRecitato recitato;
+  ScriptedDesktop recitato;
   /// The desktop that is shown; the scripted one unless a play brings its own before its first command. None: there is
   /// no screen.
   Desktop* desktop = &recitato;
@@ -72,10 +72,10 @@ class Scena {
   std::unique_ptr<test::TestDatabase> base_;
   std::unique_ptr<DesktopRegistrato> registrato_;
   std::unique_ptr<nexaro::HostLink> host_;
-  std::unique_ptr<nexaro::Ambiente> ambiente_;
+  std::unique_ptr<nexaro::Environment> ambiente_;
   int rifiuti_ = 0;
   StatoSostituito stato_;
-  ServiziSostituiti servizi_;
+  ReplacedServices servizi_;
 };
 
 /// A play under its title.

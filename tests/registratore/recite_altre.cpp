@@ -20,7 +20,7 @@ const char* const EventiDelConto =
 
 /// A new date for one instalment.
 void Cambia(Scena& scena) {
-  scena.Recita([](FinestraElenco& finestra) {
+  scena.Recita([](ListWindow& finestra) {
     finestra.TLwTestata_Click(Scadenza);
     if (finestra.RowCount() > 1) {
       PersonaAllaLista(finestra).ScriviData(1, "150426");
@@ -59,7 +59,7 @@ std::vector<Scenetta> SenzaSchermo() {
 std::vector<Scenetta> Chiamate() {
   return {{"una chiamata mentre la lista è aperta",
            [](Scena& scena) {
-             scena.Recita([&scena](FinestraElenco& finestra) {
+             scena.Recita([&scena](ListWindow& finestra) {
                for (const std::string comando : {"-T TEST", "-T FOO /A", "-T BANCA /DEBITI", "-T SOSPESO /A -DEMO"}) {
                  const auto risultato = LumoScadenze().EseguiLumoScad(comando + " -H 10.9.9.9 -D 99");
                  scena.Annota("  chiamata dentro la chiamata " + Cita(comando) + ": " + Cita(risultato));
@@ -124,7 +124,7 @@ std::vector<Scenetta> Dati() {
       {"rate senza scadenza",
        [](Scena& scena) {
          scena.Altrove(std::string("UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL ") + EventiDelConto);
-         scena.Recita([](FinestraElenco& finestra) {
+         scena.Recita([](ListWindow& finestra) {
            PersonaAllaLista(finestra).ScriviData(1, "150426");
            finestra.PictureOk_Click();
          });

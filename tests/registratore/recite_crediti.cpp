@@ -14,12 +14,12 @@ constexpr int Importo = 4;
 constexpr int Scadenza = 5;
 constexpr int Banca = 6;
 
-using Gesti = std::function<void(FinestraElenco&, const PersonaAllaLista&)>;
+using Gesti = std::function<void(ListWindow&, const PersonaAllaLista&)>;
 
 /// The window opens in the order of due dates, then come the gestures.
 Scenetta Gioca(std::string titolo, Gesti gesti, std::string comando = Comando) {
   return {std::move(titolo), [gesti = std::move(gesti), comando = std::move(comando)](Scena& scena) {
-            scena.Recita([gesti](FinestraElenco& finestra) {
+            scena.Recita([gesti](ListWindow& finestra) {
               finestra.TLwTestata_Click(Scadenza);
               gesti(finestra, PersonaAllaLista(finestra));
             });
@@ -168,7 +168,7 @@ std::vector<Scenetta> Altre() {
       {"crediti e debiti in una riga",
        [](Scena& scena) {
          for (int volta = 0; volta < 2; ++volta) {
-           scena.Recita([](FinestraElenco& finestra) {
+           scena.Recita([](ListWindow& finestra) {
              PersonaAllaLista(finestra).ScriviData(0, "150426");
              finestra.PictureOk_Click();
            });
@@ -178,7 +178,7 @@ std::vector<Scenetta> Altre() {
       {"crediti, due comandi di seguito",
        [](Scena& scena) {
          for (const char* data : {"150426", "160426"}) {
-           scena.Recita([data](FinestraElenco& finestra) {
+           scena.Recita([data](ListWindow& finestra) {
              PersonaAllaLista(finestra).ScriviData(0, data);
              finestra.PictureOk_Click();
            });

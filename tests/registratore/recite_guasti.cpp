@@ -28,7 +28,7 @@ using Prima = std::function<void(Scena&)>;
 
 /// A date and a bank in the list of instalments; `prima` happens while the window is open.
 void Cambia(Scena& scena, const Prima& prima = nullptr) {
-  scena.Recita([&scena, prima](FinestraElenco& finestra) {
+  scena.Recita([&scena, prima](ListWindow& finestra) {
     const PersonaAllaLista persona(finestra);
     finestra.TLwTestata_Click(Scadenza);
     persona.ScriviData(1, "150426");
@@ -42,7 +42,7 @@ void Cambia(Scena& scena, const Prima& prima = nullptr) {
 }
 
 void CambiaPresunti(Scena& scena, const Prima& prima = nullptr) {
-  scena.Recita([&scena, prima](FinestraElenco& finestra) {
+  scena.Recita([&scena, prima](ListWindow& finestra) {
     PersonaAllaLista(finestra).ScegliBanca(0, 2);
     if (prima) {
       prima(scena);
@@ -53,7 +53,7 @@ void CambiaPresunti(Scena& scena, const Prima& prima = nullptr) {
 }
 
 void CambiaConsegna(Scena& scena, const Prima& prima = nullptr) {
-  scena.Recita([&scena, prima](FinestraElenco& finestra) {
+  scena.Recita([&scena, prima](ListWindow& finestra) {
     PersonaAllaLista(finestra).ScriviData(0, "200526");
     if (prima) {
       prima(scena);

@@ -6,14 +6,14 @@
 namespace lumoscad::prova {
 namespace {
 
-using Gesti = std::function<void(FinestraElenco&, const PersonaAllaLista&)>;
+using Gesti = std::function<void(ListWindow&, const PersonaAllaLista&)>;
 
 constexpr int Ordine = 2;
 
-std::string NomeOrdine(FinestraElenco& finestra) {
-  for (const auto& testata : finestra.Description().testate) {
-    if (testata.testo == "Ordine") {
-      return std::to_string(testata.indice);
+std::string NomeOrdine(ListWindow& finestra) {
+  for (const auto& testata : finestra.Description().headings) {
+    if (testata.text == "Ordine") {
+      return std::to_string(testata.index);
     }
   }
   return std::to_string(Ordine);
@@ -22,7 +22,7 @@ std::string NomeOrdine(FinestraElenco& finestra) {
 /// The window opens in the order of documents, then come the gestures.
 Scenetta Gioca(const std::string& tipo, std::string titolo, Gesti gesti) {
   return {tipo + " " + titolo, [tipo, gesti = std::move(gesti)](Scena& scena) {
-            scena.Recita([gesti](FinestraElenco& finestra) {
+            scena.Recita([gesti](ListWindow& finestra) {
               finestra.TLwTestata_Click(std::stoi(NomeOrdine(finestra)));
               gesti(finestra, PersonaAllaLista(finestra));
             });
@@ -35,9 +35,9 @@ std::vector<Scenetta> Comuni(const std::string& tipo) {
           Gioca(tipo, "annullata", [](auto& finestra, const auto&) { finestra.PictureAnnulla_Click(); }),
           Gioca(tipo, "confermata senza cambi", [](auto& finestra, const auto&) { finestra.PictureOk_Click(); }),
           Gioca(tipo, "ogni testata due volte", [](auto& finestra, const auto&) {
-            for (const auto& testata : finestra.Description().testate) {
-              finestra.TLwTestata_Click(testata.indice);
-              finestra.TLwTestata_Click(testata.indice);
+            for (const auto& testata : finestra.Description().headings) {
+              finestra.TLwTestata_Click(testata.index);
+              finestra.TLwTestata_Click(testata.index);
             }
           })};
 }

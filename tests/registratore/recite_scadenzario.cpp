@@ -9,7 +9,7 @@
 namespace lumoscad::prova {
 namespace {
 
-using Gesti = std::function<void(FinestraScadenzario&)>;
+using Gesti = std::function<void(SingleItemWindow&)>;
 
 std::vector<RigaScadenze> RigheDellaFinestra(const FormLumoScad& form) {
   std::vector<RigaScadenze> righe;
@@ -22,7 +22,7 @@ std::vector<RigaScadenze> RigheDellaFinestra(const FormLumoScad& form) {
 }
 
 void Apri(Scena& scena, const std::string& modo, const Gesti& gesti) {
-  scena.recitato.copioniScadenzario.push_back(gesti);
+  scena.recitato.itemScripts.push_back(gesti);
   ApriScadenzario(scena, modo);
 }
 
@@ -31,7 +31,7 @@ Scenetta Gioca(const std::string& modo, const std::string& titolo, Gesti gesti) 
           [modo, gesti = std::move(gesti)](Scena& scena) { Apri(scena, modo, gesti); }};
 }
 
-void Scrivi(FinestraScadenzario& finestra, int riga, const char* data) {
+void Scrivi(SingleItemWindow& finestra, int riga, const char* data) {
   constexpr int Invio = 13;
   finestra.Elenco().Seleziona(riga);
   finestra.Elenco().LVScadenze_Click(riga * 240);

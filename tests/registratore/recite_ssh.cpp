@@ -12,7 +12,7 @@ constexpr const char* Crediti = "-T BANCA /CREDITI -C 20100023 -SC SCADUTO";
 constexpr const char* Sospeso = "-T SOSPESO /A -C 20100001 -P AB   123";
 
 void Cambia(Scena& scena) {
-  scena.Recita([](FinestraElenco& finestra) {
+  scena.Recita([](ListWindow& finestra) {
     PersonaAllaLista(finestra).ScriviData(1, "150426");
     finestra.PictureOk_Click();
   });
@@ -39,7 +39,7 @@ std::vector<Scenetta> ReciteSsh() {
            }},
           {"ssh, una data e una banca",
            [](Scena& scena) {
-             scena.Recita([](FinestraElenco& finestra) {
+             scena.Recita([](ListWindow& finestra) {
                const PersonaAllaLista persona(finestra);
                persona.ScriviData(1, "150426");
                persona.ScegliBanca(3, 2);
@@ -49,12 +49,12 @@ std::vector<Scenetta> ReciteSsh() {
            }},
           {"ssh, presunti e consegne",
            [](Scena& scena) {
-             scena.Recita([](FinestraElenco& finestra) {
+             scena.Recita([](ListWindow& finestra) {
                PersonaAllaLista(finestra).ScegliBanca(0, 2);
                finestra.PictureOk_Click();
              });
              scena.Esegui("-T BANCA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE");
-             scena.Recita([](FinestraElenco& finestra) {
+             scena.Recita([](ListWindow& finestra) {
                PersonaAllaLista(finestra).ScriviData(0, "200526");
                finestra.PictureOk_Click();
              });

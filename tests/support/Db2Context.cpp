@@ -33,7 +33,7 @@ std::vector<std::string> column(ado::Connection& connection, const std::string& 
   command.CommandText = query;
   std::vector<std::string> values;
   for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext()) {
-    values.emplace_back(rows.Valore(0).value_or(""));
+    values.emplace_back(rows.ValueAt(0).value_or(""));
   }
   return values;
 }

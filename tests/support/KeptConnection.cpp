@@ -1,6 +1,6 @@
 #include "support/KeptConnection.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/OdbcConfiguration.hpp"
 
@@ -11,7 +11,7 @@ namespace {
 bool answers(ado::Connection& connection) {
   try {
     return firstValue(connection, "SELECT 1") == "1";
-  } catch (const ErroreRuntime&) {
+  } catch (const RuntimeError&) {
     return false;
   }
 }

@@ -9,58 +9,58 @@
 namespace lumoscad::prova {
 namespace {
 
-constexpr int Coda = 16;
+constexpr int Tail = 16;
 
-sockaddr_in Indirizzo(int porta) {
-  sockaddr_in indirizzo{};
-  indirizzo.sin_family = AF_INET;
-  indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  indirizzo.sin_port = htons(static_cast<in_port_t>(porta));
-  return indirizzo;
+sockaddr_in Address(int port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<in_port_t>(port));
+  return address;
 }
 
-base::Descriptor Presa() {
-  base::Descriptor presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!presa.Opened()) {
+base::Descriptor Socket() {
+  base::Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!socket.Opened()) {
     throw std::system_error(errno, std::generic_category(), "socket");
   }
-  return presa;
+  return socket;
 }
 
 } // namespace
 
-base::Descriptor Ascolta(int porta) {
-  auto presa = Presa();
-  const int si = 1;
-  const auto indirizzo = Indirizzo(porta);
-  if (::setsockopt(presa.Number(), SOL_SOCKET, SO_REUSEADDR, &si, sizeof si) != 0 ||
-      ::bind(presa.Number(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0 ||
-      ::listen(presa.Number(), Coda) != 0) {
+base::Descriptor Listen(int port) {
+  auto socket = Socket();
+  const int yes = 1;
+  const auto address = Address(port);
+  if (::setsockopt(socket.Number(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) != 0 ||
+      ::bind(socket.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      ::listen(socket.Number(), Tail) != 0) {
     return {};
   }
-  return presa;
+  return socket;
 }
 
-int PortaDi(const base::Descriptor& presa) {
-  sockaddr_in indirizzo{};
-  socklen_t lunghezza = sizeof indirizzo;
-  if (::getsockname(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza) != 0) {
+int PortOf(const base::Descriptor& socket) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  if (::getsockname(socket.Number(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
     throw std::system_error(errno, std::generic_category(), "getsockname");
   }
-  return ntohs(indirizzo.sin_port);
+  return ntohs(address.sin_port);
 }
 
-int PortaLibera() {
-  return PortaDi(Ascolta());
+int FreePort() {
+  return PortOf(Listen());
 }
 
-base::Descriptor Collega(int porta) {
-  auto presa = Presa();
-  const auto indirizzo = Indirizzo(porta);
-  if (::connect(presa.Number(), reinterpret_cast<const sockaddr*>(&indirizzo), sizeof indirizzo) != 0) {
+base::Descriptor Attach(int port) {
+  auto socket = Socket();
+  const auto address = Address(port);
+  if (::connect(socket.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     return {};
   }
-  return presa;
+  return socket;
 }
 
 } // namespace lumoscad::prova

@@ -4,13 +4,13 @@
 
 namespace lumoscad::prova {
 
-/// A socket that listens on the loopback address; with `porta` 0 on a free port. Not open when the port is taken.
-[[nodiscard]] base::Descriptor Ascolta(int porta = 0);
+/// A socket that listens on the loopback address; with `port` 0 on a free port. Not open when the port is taken.
+[[nodiscard]] base::Descriptor Listen(int port = 0);
 /// The local port of a socket.
-[[nodiscard]] int PortaDi(const base::Descriptor& presa);
+[[nodiscard]] int PortOf(const base::Descriptor& socket);
 /// A port that was free a moment ago.
-[[nodiscard]] int PortaLibera();
+[[nodiscard]] int FreePort();
 /// A connection to a loopback port; not open when it is refused.
-[[nodiscard]] base::Descriptor Collega(int porta);
+[[nodiscard]] base::Descriptor Attach(int port);
 
 } // namespace lumoscad::prova

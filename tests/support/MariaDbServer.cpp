@@ -119,7 +119,7 @@ void MariaDbServer::dropConnections(std::string_view source) const {
   command.CommandText = "SELECT ID FROM information_schema.PROCESSLIST WHERE ID<>CONNECTION_ID() AND USER=?";
   command.Parameters = {user_};
   for (ado::Recordset rows = command.Execute(); !rows.Eof(); rows.MoveNext()) {
-    connection.Execute("KILL " + std::string(rows.Valore(0).value_or("")));
+    connection.Execute("KILL " + std::string(rows.ValueAt(0).value_or("")));
   }
 }
 

@@ -130,7 +130,7 @@ std::string firstValue(ado::Connection& connection, std::string_view query) {
   command.ActiveConnection = &connection;
   command.CommandText = query;
   const ado::Recordset rows = command.Execute();
-  return rows.Eof() ? std::string() : std::string(rows.Valore(0).value_or(""));
+  return rows.Eof() ? std::string() : std::string(rows.ValueAt(0).value_or(""));
 }
 
 void checkDataDirectory(const std::string& connectionText, std::string_view query, const fs::path& directory) {

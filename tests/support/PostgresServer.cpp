@@ -1,6 +1,6 @@
 #include "support/PostgresServer.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 
 #include <chrono>
@@ -79,7 +79,7 @@ void PostgresServer::restart() {
     try {
       start();
       return;
-    } catch (const ErroreRuntime&) {
+    } catch (const RuntimeError&) {
       // After a kill the sessions of the old server may still be on their way out, and hold its memory.
       if (std::chrono::steady_clock::now() > limit) {
         throw;

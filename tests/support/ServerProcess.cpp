@@ -1,6 +1,6 @@
 #include "support/ServerProcess.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -205,7 +205,7 @@ void waitUntilReady(ServerProcess& server, const std::function<void()>& ask) {
     try {
       ask();
       return;
-    } catch (const ErroreRuntime&) {
+    } catch (const RuntimeError&) {
       if (!server.runs() || std::chrono::steady_clock::now() > limit) {
         server.stop();
         throw;

@@ -54,7 +54,7 @@ class ServerProcess {
 /// between, so `start` is called with another one when it raises, three times at the most.
 void startOnFreePort(ServerProcess& server, const std::function<void(int port)>& start);
 
-/// Asks until `ask` no longer raises an ErroreRuntime; after a minute, or once the server has ended, stops the server
+/// Asks until `ask` no longer raises an RuntimeError; after a minute, or once the server has ended, stops the server
 /// and lets the error out. Any other error comes out at once.
 void waitUntilReady(ServerProcess& server, const std::function<void()>& ask);
 

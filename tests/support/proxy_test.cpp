@@ -1,7 +1,7 @@
 // The proxy breaks exactly where it is told to: the faults of the host and of the database are built on it.
 
+#include "support/ByteProxy.hpp"
 #include "support/Loopback.hpp"
-#include "support/ProxyByte.hpp"
 
 #include <array>
 #include <cerrno>
@@ -14,149 +14,149 @@ namespace lumoscad::prova {
 namespace {
 
 using namespace std::chrono_literals;
-using Azione = ProxyByte::Azione;
-using Momento = ProxyByte::Momento;
-using Verso = ProxyByte::Verso;
+using Action = ByteProxy::Action;
+using Moment = ByteProxy::Moment;
+using Direction = ByteProxy::Direction;
 
-void Manda(const base::Descriptor& presa, const std::string& testo) {
-  ASSERT_EQ(::send(presa.Number(), testo.data(), testo.size(), MSG_NOSIGNAL), static_cast<ssize_t>(testo.size()));
+void SendTo(const base::Descriptor& socket, const std::string& text) {
+  ASSERT_EQ(::send(socket.Number(), text.data(), text.size(), MSG_NOSIGNAL), static_cast<ssize_t>(text.size()));
 }
 
-/// What arrives until `quanti` bytes are there or the connection ends; "!" stands for a reset, "?" for silence.
-std::string Arrivati(const base::Descriptor& presa, std::size_t quanti, std::chrono::milliseconds limite = 10s) {
-  const timeval attesa{limite.count() / 1000, (limite.count() % 1000) * 1000};
-  ::setsockopt(presa.Number(), SOL_SOCKET, SO_RCVTIMEO, &attesa, sizeof attesa);
-  std::string testo;
-  std::array<char, 4096> dati{};
-  while (testo.size() < quanti) {
-    const auto letti = ::recv(presa.Number(), dati.data(), std::min(dati.size(), quanti - testo.size()), 0);
-    if (letti <= 0) {
-      return letti == 0 ? testo : testo + (errno == ECONNRESET ? "!" : "?");
+/// What arrives until `howMany` bytes are there or the connection ends; "!" stands for a reset, "?" for silence.
+std::string Arrived(const base::Descriptor& socket, std::size_t howMany, std::chrono::milliseconds limit = 10s) {
+  const timeval timeout{limit.count() / 1000, (limit.count() % 1000) * 1000};
+  ::setsockopt(socket.Number(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+  std::string text;
+  std::array<char, 4096> data{};
+  while (text.size() < howMany) {
+    const auto got = ::recv(socket.Number(), data.data(), std::min(data.size(), howMany - text.size()), 0);
+    if (got <= 0) {
+      return got == 0 ? text : text + (errno == ECONNRESET ? "!" : "?");
     }
-    testo.append(dati.data(), static_cast<std::size_t>(letti));
+    text.append(data.data(), static_cast<std::size_t>(got));
   }
-  return testo;
+  return text;
 }
 
 class Proxy : public testing::Test {
  protected:
-  void Apri() {
-    cliente = Collega(proxy.Porta());
-    ASSERT_TRUE(cliente.Opened());
-    server = base::Descriptor(::accept(ascolto.Number(), nullptr, nullptr));
+  void Open() {
+    client = Attach(proxy.Port());
+    ASSERT_TRUE(client.Opened());
+    server = base::Descriptor(::accept(listening.Number(), nullptr, nullptr));
     ASSERT_TRUE(server.Opened());
   }
 
-  base::Descriptor ascolto = Ascolta();
-  ProxyByte proxy{PortaDi(ascolto)};
-  base::Descriptor cliente;
+  base::Descriptor listening = Listen();
+  ByteProxy proxy{PortOf(listening)};
+  base::Descriptor client;
   base::Descriptor server;
 };
 
 TEST_F(Proxy, CarriesBothWaysAndCounts) {
-  Apri();
-  Manda(cliente, "domanda");
-  EXPECT_EQ(Arrivati(server, 7), "domanda");
-  Manda(server, "ecco");
-  EXPECT_EQ(Arrivati(cliente, 4), "ecco");
-  EXPECT_EQ(proxy.Passati(Verso::AlServer), 7U);
-  EXPECT_EQ(proxy.Passati(Verso::AlCliente), 4U);
-  EXPECT_EQ(proxy.Connessioni(), 1);
-  EXPECT_EQ(proxy.Aperte(), 1);
+  Open();
+  SendTo(client, "domanda");
+  EXPECT_EQ(Arrived(server, 7), "domanda");
+  SendTo(server, "ecco");
+  EXPECT_EQ(Arrived(client, 4), "ecco");
+  EXPECT_EQ(proxy.Passed(Direction::ToServer), 7U);
+  EXPECT_EQ(proxy.Passed(Direction::ToClient), 4U);
+  EXPECT_EQ(proxy.Connections(), 1);
+  EXPECT_EQ(proxy.Open(), 1);
 }
 
 TEST_F(Proxy, HandsTheEndOfOneSideOnWhileTheOtherStillSends) {
-  Apri();
-  Manda(cliente, "fine");
-  ::shutdown(cliente.Number(), SHUT_WR);
-  EXPECT_EQ(Arrivati(server, 100), "fine");
-  Manda(server, "ancora");
+  Open();
+  SendTo(client, "fine");
+  ::shutdown(client.Number(), SHUT_WR);
+  EXPECT_EQ(Arrived(server, 100), "fine");
+  SendTo(server, "ancora");
   server.Close();
-  EXPECT_EQ(Arrivati(cliente, 100), "ancora");
+  EXPECT_EQ(Arrived(client, 100), "ancora");
 }
 
 TEST_F(Proxy, CarriesMoreThanTheSocketsHoldThoughNobodyReadsAtFirst) {
-  Apri();
-  const std::string molto(8U << 20U, 'x');
-  std::thread mittente([&] { Manda(cliente, molto); });
-  EXPECT_EQ(Arrivati(server, molto.size()), molto);
-  mittente.join();
-  EXPECT_EQ(proxy.Passati(Verso::AlServer), molto.size());
+  Open();
+  const std::string much(8U << 20U, 'x');
+  std::thread sender([&] { SendTo(client, much); });
+  EXPECT_EQ(Arrived(server, much.size()), much);
+  sender.join();
+  EXPECT_EQ(proxy.Passed(Direction::ToServer), much.size());
 }
 
 TEST_F(Proxy, ClosesBothSidesAfterTheBytesItWasGiven) {
-  Apri();
-  proxy.ScattaDopo(Verso::AlServer, 5, Azione::Chiudi);
-  Manda(cliente, "domanda");
-  EXPECT_EQ(Arrivati(server, 100), "doman");
-  EXPECT_EQ(Arrivati(cliente, 100), "");
-  EXPECT_TRUE(proxy.Scattato(10s));
-  EXPECT_EQ(proxy.Aperte(), 0);
-  Apri();
-  Manda(cliente, "domanda");
-  EXPECT_EQ(Arrivati(server, 7), "domanda");
+  Open();
+  proxy.StrikeAfter(Direction::ToServer, 5, Action::Close);
+  SendTo(client, "domanda");
+  EXPECT_EQ(Arrived(server, 100), "doman");
+  EXPECT_EQ(Arrived(client, 100), "");
+  EXPECT_TRUE(proxy.HasStruck(10s));
+  EXPECT_EQ(proxy.Open(), 0);
+  Open();
+  SendTo(client, "domanda");
+  EXPECT_EQ(Arrived(server, 7), "domanda");
 }
 
 TEST_F(Proxy, ResetsBothSides) {
-  Apri();
-  Manda(cliente, "a");
-  EXPECT_EQ(Arrivati(server, 1), "a");
-  proxy.Scatta(Azione::Azzera);
-  EXPECT_EQ(Arrivati(server, 100), "!");
-  EXPECT_EQ(Arrivati(cliente, 100), "!");
+  Open();
+  SendTo(client, "a");
+  EXPECT_EQ(Arrived(server, 1), "a");
+  proxy.Strike(Action::Reset);
+  EXPECT_EQ(Arrived(server, 100), "!");
+  EXPECT_EQ(Arrived(client, 100), "!");
 }
 
 TEST_F(Proxy, FallsSilentAndCarriesOnWhenItIsRestored) {
-  Apri();
-  proxy.ScattaDopo(Verso::AlCliente, 2, Azione::Trattieni);
-  Manda(server, "ecc");
-  EXPECT_EQ(Arrivati(cliente, 2), "ec");
-  Manda(server, "o");
-  EXPECT_EQ(Arrivati(cliente, 1, 200ms), "?");
-  Manda(cliente, "ehi");
-  EXPECT_EQ(Arrivati(server, 1, 200ms), "?");
-  proxy.Ripristina();
-  EXPECT_EQ(Arrivati(server, 3), "ehi");
-  EXPECT_EQ(Arrivati(cliente, 1), "o");
+  Open();
+  proxy.StrikeAfter(Direction::ToClient, 2, Action::Hold);
+  SendTo(server, "ecc");
+  EXPECT_EQ(Arrived(client, 2), "ec");
+  SendTo(server, "o");
+  EXPECT_EQ(Arrived(client, 1, 200ms), "?");
+  SendTo(client, "ehi");
+  EXPECT_EQ(Arrived(server, 1, 200ms), "?");
+  proxy.Restore();
+  EXPECT_EQ(Arrived(server, 3), "ehi");
+  EXPECT_EQ(Arrived(client, 1), "o");
 }
 
 TEST_F(Proxy, KeepsASequenceFromTheServer) {
-  Apri();
-  proxy.ScattaAllaSequenza("COMMIT", Momento::PrimaDelPassaggio, Azione::Chiudi);
-  Manda(cliente, "UPDATE; COMM");
-  EXPECT_EQ(Arrivati(server, 12), "UPDATE; COMM");
-  EXPECT_FALSE(proxy.Scattato());
-  Manda(cliente, "IT;");
-  EXPECT_EQ(Arrivati(server, 100), "");
-  EXPECT_TRUE(proxy.Scattato(10s));
+  Open();
+  proxy.StrikeAtSequence("COMMIT", Moment::BeforeItPasses, Action::Close);
+  SendTo(client, "UPDATE; COMM");
+  EXPECT_EQ(Arrived(server, 12), "UPDATE; COMM");
+  EXPECT_FALSE(proxy.HasStruck());
+  SendTo(client, "IT;");
+  EXPECT_EQ(Arrived(server, 100), "");
+  EXPECT_TRUE(proxy.HasStruck(10s));
 }
 
 TEST_F(Proxy, KeepsTheAnswerToASequenceFromTheClient) {
-  Apri();
-  proxy.ScattaAllaSequenza("COMMIT", Momento::PrimaDellaRisposta, Azione::Azzera, 2);
-  Manda(cliente, "COMMIT");
-  EXPECT_EQ(Arrivati(server, 6), "COMMIT");
-  Manda(server, "fatto");
-  EXPECT_EQ(Arrivati(cliente, 5), "fatto");
-  Manda(cliente, "COM");
-  EXPECT_EQ(Arrivati(server, 3), "COM");
-  Manda(cliente, "MIT");
-  EXPECT_EQ(Arrivati(server, 3), "MIT");
-  EXPECT_FALSE(proxy.Scattato());
-  Manda(server, "fatto");
-  EXPECT_EQ(Arrivati(cliente, 100), "!");
-  EXPECT_TRUE(proxy.Scattato(10s));
+  Open();
+  proxy.StrikeAtSequence("COMMIT", Moment::BeforeTheReply, Action::Reset, 2);
+  SendTo(client, "COMMIT");
+  EXPECT_EQ(Arrived(server, 6), "COMMIT");
+  SendTo(server, "fatto");
+  EXPECT_EQ(Arrived(client, 5), "fatto");
+  SendTo(client, "COM");
+  EXPECT_EQ(Arrived(server, 3), "COM");
+  SendTo(client, "MIT");
+  EXPECT_EQ(Arrived(server, 3), "MIT");
+  EXPECT_FALSE(proxy.HasStruck());
+  SendTo(server, "fatto");
+  EXPECT_EQ(Arrived(client, 100), "!");
+  EXPECT_TRUE(proxy.HasStruck(10s));
 }
 
 TEST_F(Proxy, RefusesNewConnectionsAndTakesThemAgain) {
-  proxy.Rifiuta(true);
-  EXPECT_FALSE(Collega(proxy.Porta()).Opened());
-  proxy.Rifiuta(false);
-  Apri();
-  proxy.RifiutaDopoLoScatto();
-  proxy.Scatta(Azione::Chiudi);
-  EXPECT_FALSE(Collega(proxy.Porta()).Opened());
-  EXPECT_EQ(proxy.Connessioni(), 1);
+  proxy.Refuse(true);
+  EXPECT_FALSE(Attach(proxy.Port()).Opened());
+  proxy.Refuse(false);
+  Open();
+  proxy.RefuseAfterStrike();
+  proxy.Strike(Action::Close);
+  EXPECT_FALSE(Attach(proxy.Port()).Opened());
+  EXPECT_EQ(proxy.Connections(), 1);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "screens/FormLumoScad.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,12 +51,12 @@ class ScadenzarioDiProva : public testing::Test {
     return spunte;
   }
   /// Shows the screen in mode "Scad" and plays `gesti` in its window.
-  std::string Mostra(std::function<void(FinestraScadenzario&)> gesti) {
-    banco.desktop.copioniScadenzario.push_back(std::move(gesti));
+  std::string Mostra(std::function<void(SingleItemWindow&)> gesti) {
+    banco.desktop.itemScripts.push_back(std::move(gesti));
     return form.VisualizzaScad();
   }
 
-  Banco banco;
+  TestBench banco;
   std::vector<std::string> confermate;
   std::function<std::string()> esito = [] { return std::string(); };
   FormLumoScad form{[this] { return Confermata("Scad"); }, [this] { return Confermata("Extra"); }};

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "screens/frmLumoScadenzeBanche.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -77,7 +77,7 @@ class GrigliaDiProva : public testing::Test {
     return testi;
   }
 
-  Banco banco;
+  TestBench banco;
   frmLumoScadenzeBanche schermata;
   Griglia& griglia = schermata.griglia();
 };

@@ -1,8 +1,8 @@
 #include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
 #include "host/FormAspetta.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ class WaitForTheHost : public testing::Test {
     return FormAspetta().Visualizza("copia", "PROGRAMMA", {"a", "", "b "}, parametriDB2, risposta_);
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
   MsgAnnulla risposta_;
 };
 
@@ -46,7 +46,7 @@ TEST_F(WaitForTheHost, KeepsACopyOfWhatTheWindowWasGiven) {
 }
 
 TEST_F(WaitForTheHost, TakesARefusalOfBlanksForAnAcceptedChange) {
-  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Visualizza(), "error");
   EXPECT_THAT(stato().andamento.Frase(), testing::StartsWith("L'host ha già accettato la modifica; la base dati non"));
 }
@@ -54,20 +54,20 @@ TEST_F(WaitForTheHost, TakesARefusalOfBlanksForAnAcceptedChange) {
 TEST_F(WaitForTheHost, HandsTheProgramItsParametersAsTheyAre) {
   EXPECT_EQ(Visualizza(), "");
   EXPECT_THAT(banco_.host.operazioni, ElementsAre("Esegui PROGRAMMA"));
-  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("a", "", "b ")));
+  EXPECT_THAT(banco_.host.calls, ElementsAre(ElementsAre("a", "", "b ")));
 }
 
 TEST_F(WaitForTheHost, DoesItsWorkInsideTheWindowAfterTwoHundredMilliseconds) {
   std::size_t attese = 0;
-  banco_.host.guasto = [&](const std::string&) { attese = banco_.desktop.attese.size(); };
+  banco_.host.fault = [&](const std::string&) { attese = banco_.desktop.waits.size(); };
   EXPECT_EQ(Visualizza(), "");
   EXPECT_EQ(attese, 1U);
-  EXPECT_THAT(banco_.desktop.attese, ElementsAre("Attendere, sto variando il movimento"));
-  EXPECT_THAT(banco_.desktop.intervalli, ElementsAre(200));
+  EXPECT_THAT(banco_.desktop.waits, ElementsAre("Attendere, sto variando il movimento"));
+  EXPECT_THAT(banco_.desktop.intervals, ElementsAre(200));
 }
 
 TEST_F(WaitForTheHost, GivesTheReplyToTheCallersObject) {
-  banco_.host.risposta = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
   EXPECT_EQ(Visualizza(), "");
   EXPECT_EQ(risposta_.Messaggio, "fatto");
   EXPECT_EQ(risposta_.Errore, "");
@@ -75,19 +75,19 @@ TEST_F(WaitForTheHost, GivesTheReplyToTheCallersObject) {
 
 TEST_F(WaitForTheHost, KeepsAnEnormousMessageWhole) {
   const std::string lungo(1U << 20U, 'x');
-  banco_.host.risposta = "<R><MESSAGGIO>" + lungo + "</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>" + lungo + "</MESSAGGIO></R>";
   EXPECT_EQ(Visualizza(), "");
   EXPECT_EQ(risposta_.Messaggio, lungo);
 }
 
 TEST_F(WaitForTheHost, FailsWithoutABoxOnARefusal) {
-  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Visualizza(), "error");
   EXPECT_THAT(banco_.desktop.box, IsEmpty()) << "mostrare spetta al chiamante";
 }
 
 TEST_F(WaitForTheHost, FailsOnAnErrorOfASingleBlank) {
-  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Visualizza(), "error");
   EXPECT_EQ(risposta_.Errore, " ");
 }
@@ -99,33 +99,33 @@ TEST_F(WaitForTheHost, HasTheResultOfTheActions) {
 }
 
 TEST_F(WaitForTheHost, HandsAFaultToTheCallerAndDoesNotBeginTheActions) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(75, "Guasto"); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(75, "Guasto"); };
   try {
     static_cast<void>(Visualizza({"01", "SOSPESOCREA", "C", "P", ""}));
     FAIL() << "nessun errore";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), 75);
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), 75);
   }
   EXPECT_EQ(risposta_.Errore, "");
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
 }
 
 TEST_F(WaitForTheHost, TakesAWindowThatEndsWithoutItsWorkForAnErrorAndNotForAYes) {
-  banco_.desktop.attesaInterrotta = true;
+  banco_.desktop.waitInterrupted = true;
   try {
     static_cast<void>(Visualizza());
     FAIL() << "nessun errore";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_THAT(errore.Testo(), testing::HasSubstr("L'host non è stato interpellato"));
+  } catch (const RuntimeError& errore) {
+    EXPECT_THAT(errore.Text(), testing::HasSubstr("L'host non è stato interpellato"));
   }
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
 }
 
 TEST_F(WaitForTheHost, ForgetsTheLastResultWhenItsWindowIsUsedAgain) {
   FormAspetta finestra;
-  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(finestra.Visualizza("h", "P", {}, {"", "ALTRO"}, risposta_), "error");
-  banco_.host.risposta = "<R/>";
+  banco_.host.reply = "<R/>";
   MsgAnnulla seconda;
   EXPECT_EQ(finestra.Visualizza("h", "P", {}, {"", "ALTRO"}, seconda), "");
 }

@@ -1,6 +1,6 @@
 #include "handlers/Blocco.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -19,10 +19,10 @@ class TerminalLock : public testing::Test {
  protected:
   void OccupaCrediti() { banco_.host.file["/tmp/VBCREDITI"] = "Utente : T02\r\nData : 04/03/2006   Ora : 09:00\r\n"; }
   [[nodiscard]] std::string Locale(const std::string& nome) const {
-    return banco_.ambiente.CartellaLocale + "/" + nome;
+    return banco_.environment.CartellaLocale + "/" + nome;
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 } // namespace
@@ -40,8 +40,8 @@ TEST_F(TerminalLock, OfATakenListSaysByWhomAndWhen) {
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "Utente : T02");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Area CREDITI in manutenzione presso un altro terminale\rUtente : T02\r"
                                               "Data : 04/03/2006   Ora : 09:00"));
-  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad"));
-  EXPECT_THAT(banco_.host.inviati, IsEmpty());
+  EXPECT_THAT(banco_.desktop.titles, ElementsAre("LumoScad"));
+  EXPECT_THAT(banco_.host.uploads, IsEmpty());
 }
 
 TEST_F(TerminalLock, KeepsTheSameTerminalOutOfItsOwnListToo) {
@@ -92,7 +92,7 @@ TEST_F(TerminalLock, OfMoreThan64KiBIsNeverFree) {
                 ElementsAre("Area DEBITI in manutenzione presso un altro terminale\r" + riga1 + "\r" + riga2));
     EXPECT_EQ(banco_.host.file["/tmp/VBDEBITI"], contenuto);
   }
-  EXPECT_THAT(banco_.host.inviati, IsEmpty());
+  EXPECT_THAT(banco_.host.uploads, IsEmpty());
 }
 
 TEST_F(TerminalLock, OfExactly64KiBFollowsItsFirstLine) {
@@ -104,7 +104,7 @@ TEST_F(TerminalLock, OfExactly64KiBFollowsItsFirstLine) {
 
 TEST_F(TerminalLock, IsReceivedInItsFirst64KiBAlone) {
   EXPECT_EQ(BloccaArea("h", "DEBITI"), "");
-  EXPECT_EQ(banco_.host.massimi, (std::vector<std::size_t>{65537})) << "one more tells that it is longer";
+  EXPECT_EQ(banco_.host.limits, (std::vector<std::size_t>{65537})) << "one more tells that it is longer";
 }
 
 TEST_F(TerminalLock, OfASingleLineShowsTheSecondAsEmpty) {
@@ -121,7 +121,7 @@ TEST_F(TerminalLock, OfThePastDeceivesNobodyByItsLocalCopy) {
 }
 
 TEST_F(TerminalLock, CountsAsFreeWithoutAHost) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::AccessoAlFile, "Host irraggiungibile"); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(errors::FileAccess, "Host irraggiungibile"); };
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
   EXPECT_EQ(SbloccaArea("h", "CREDITI"), "");
   EXPECT_THAT(banco_.host.operazioni,
@@ -130,11 +130,11 @@ TEST_F(TerminalLock, CountsAsFreeWithoutAHost) {
 }
 
 TEST_F(TerminalLock, CountsAsFreeWithoutALocalDirectory) {
-  const std::string cartella = banco_.ambiente.CartellaLocale;
-  banco_.ambiente.CartellaLocale = cartella + "/che-non-esiste";
+  const std::string cartella = banco_.environment.CartellaLocale;
+  banco_.environment.CartellaLocale = cartella + "/che-non-esiste";
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "");
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
-  banco_.ambiente.CartellaLocale = cartella;
+  banco_.environment.CartellaLocale = cartella;
 }
 
 TEST_F(TerminalLock, DeletesItsFileOnTheHostWhenReleased) {

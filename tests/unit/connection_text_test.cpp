@@ -1,4 +1,4 @@
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/ado/ConnectionText.hpp"
 #include "platform/ado/Dialect.hpp"
@@ -16,10 +16,10 @@ using testing::Not;
 
 std::string failureOf(const std::string& text) {
   try {
-    static_cast<void>(TestoOdbc(LeggiTestoConnessione(text)));
-  } catch (const ErroreRuntime& error) {
-    EXPECT_EQ(error.Numero(), errori::Driver);
-    return error.Descrizione();
+    static_cast<void>(OdbcText(ReadConnectionText(text)));
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Number(), errors::Driver);
+    return error.Description();
   }
   ADD_FAILURE() << "accepted: " << text;
   return {};
@@ -35,13 +35,13 @@ TEST(Numbers, OfTheOperationsAreThoseOfTheField) {
 }
 
 TEST(Opening, CarriesTheTimeLimitWhereTheServerTakesOneThere) {
-  const std::string opening = interno::dialectOf("MariaDB").openingFor(std::chrono::seconds(7));
+  const std::string opening = detail::dialectOf("MariaDB").openingFor(std::chrono::seconds(7));
   EXPECT_THAT(opening, testing::StartsWith("SET character_set_client=utf8mb4, "));
   EXPECT_THAT(opening, testing::EndsWith(", tx_isolation='READ-COMMITTED', max_statement_time=7"));
 }
 
 TEST(Opening, MayBeSaidWithoutATimeLimit) {
-  interno::Dialect dialect = interno::dialectOf("MariaDB");
+  detail::Dialect dialect = detail::dialectOf("MariaDB");
   dialect.opening = "SET NAMES 'utf8'";
   dialect.openingLimit = {};
   EXPECT_EQ(dialect.openingFor(std::chrono::seconds(7)), "SET NAMES 'utf8'");
@@ -49,14 +49,14 @@ TEST(Opening, MayBeSaidWithoutATimeLimit) {
 
 TEST(Opening, IsNoneForAServerThatNeedsNone) {
   for (const char* server : {"PostgreSQL", "MySQL", "SQLite", "DB2/LINUXX8664", "altro"}) {
-    EXPECT_EQ(interno::dialectOf(server).openingFor(std::chrono::seconds(7)), "") << server;
+    EXPECT_EQ(detail::dialectOf(server).openingFor(std::chrono::seconds(7)), "") << server;
   }
 }
 
 TEST(ConnectionText, ReadsTheTextThatTheComponentWrites) {
   const auto settings =
-      LeggiTestoConnessione("Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30;"
-                            "Password=pw;User ID=ADMIN;Data Source=CONTAB");
+      ReadConnectionText("Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30;"
+                         "Password=pw;User ID=ADMIN;Data Source=CONTAB");
   EXPECT_EQ(settings.DataSource, "CONTAB");
   EXPECT_EQ(settings.UserId, "ADMIN");
   EXPECT_EQ(settings.Password, "pw");
@@ -64,7 +64,7 @@ TEST(ConnectionText, ReadsTheTextThatTheComponentWrites) {
 }
 
 TEST(ConnectionText, TakesKeywordsInAnyCaseWithBlanksAroundThem) {
-  const auto settings = LeggiTestoConnessione(" DATA source = A ;user id=b; pAsSwOrD =C;connect timeout= 5 ");
+  const auto settings = ReadConnectionText(" DATA source = A ;user id=b; pAsSwOrD =C;connect timeout= 5 ");
   EXPECT_EQ(settings.DataSource, "A");
   EXPECT_EQ(settings.UserId, "b");
   EXPECT_EQ(settings.Password, "C");
@@ -72,34 +72,34 @@ TEST(ConnectionText, TakesKeywordsInAnyCaseWithBlanksAroundThem) {
 }
 
 TEST(ConnectionText, KnowsTheShortKeywords) {
-  const auto settings = LeggiTestoConnessione("DSN=a;UID=b;PWD=c");
+  const auto settings = ReadConnectionText("DSN=a;UID=b;PWD=c");
   EXPECT_EQ(settings.DataSource, "a");
   EXPECT_EQ(settings.UserId, "b");
   EXPECT_EQ(settings.Password, "c");
 }
 
 TEST(ConnectionText, LetsTheLastDuplicateWinAcrossSynonyms) {
-  EXPECT_EQ(LeggiTestoConnessione("DSN=a;Data Source=b").DataSource, "b");
-  EXPECT_EQ(LeggiTestoConnessione("Password=a;PWD=").Password, "");
-  EXPECT_EQ(LeggiTestoConnessione("uid=a;User ID=b").UserId, "b");
-  EXPECT_EQ(LeggiTestoConnessione("Connect Timeout=30;connect timeout=5").ConnectTimeout, 5);
+  EXPECT_EQ(ReadConnectionText("DSN=a;Data Source=b").DataSource, "b");
+  EXPECT_EQ(ReadConnectionText("Password=a;PWD=").Password, "");
+  EXPECT_EQ(ReadConnectionText("uid=a;User ID=b").UserId, "b");
+  EXPECT_EQ(ReadConnectionText("Connect Timeout=30;connect timeout=5").ConnectTimeout, 5);
 }
 
 TEST(ConnectionText, ReadsQuotedValuesWithDoubledQuotes) {
-  EXPECT_EQ(LeggiTestoConnessione(R"(Password="a;b""c" ;DSN=x)").Password, R"(a;b"c)");
-  EXPECT_EQ(LeggiTestoConnessione("Password=' a''b=\"';DSN=x").Password, " a'b=\"");
+  EXPECT_EQ(ReadConnectionText(R"(Password="a;b""c" ;DSN=x)").Password, R"(a;b"c)");
+  EXPECT_EQ(ReadConnectionText("Password=' a''b=\"';DSN=x").Password, " a'b=\"");
 }
 
 TEST(ConnectionText, KeepsQuotesAndEqualSignsInsideAPlainValue) {
-  EXPECT_EQ(LeggiTestoConnessione("Password=a\"b'c=d").Password, "a\"b'c=d");
+  EXPECT_EQ(ReadConnectionText("Password=a\"b'c=d").Password, "a\"b'c=d");
 }
 
 TEST(ConnectionText, IgnoresUnknownKeywordsAndEmptyPieces) {
-  EXPECT_EQ(LeggiTestoConnessione(";;Extra=1;DSN=a; ;").DataSource, "a");
+  EXPECT_EQ(ReadConnectionText(";;Extra=1;DSN=a; ;").DataSource, "a");
 }
 
 TEST(ConnectionText, HasEmptyValuesWhereNoneIsGiven) {
-  const auto settings = LeggiTestoConnessione("Connect Timeout=30;Password=;User ID=;Data Source=");
+  const auto settings = ReadConnectionText("Connect Timeout=30;Password=;User ID=;Data Source=");
   EXPECT_EQ(settings.DataSource, "");
   EXPECT_EQ(settings.UserId, "");
   EXPECT_EQ(settings.Password, "");
@@ -115,14 +115,14 @@ TEST(ConnectionText, RefusesMalformedTextsWithoutTellingAValue) {
 }
 
 TEST(OdbcText, NamesSourceUserAndPassword) {
-  EXPECT_EQ(TestoOdbc({.DataSource = "CONTAB", .UserId = "ADMIN", .Password = "pw"}), "DSN=CONTAB;UID=ADMIN;PWD=pw;");
-  EXPECT_EQ(TestoOdbc({.DataSource = "CONTAB", .UserId = "", .Password = ""}), "DSN=CONTAB;UID=;PWD=;");
+  EXPECT_EQ(OdbcText({.DataSource = "CONTAB", .UserId = "ADMIN", .Password = "pw"}), "DSN=CONTAB;UID=ADMIN;PWD=pw;");
+  EXPECT_EQ(OdbcText({.DataSource = "CONTAB", .UserId = "", .Password = ""}), "DSN=CONTAB;UID=;PWD=;");
 }
 
 TEST(OdbcText, PutsValuesInBracesWhereTheyNeedThem) {
-  EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = "a;b", .Password = "x{y}z"}), "DSN=C;UID={a;b};PWD={x{y}}z};");
-  EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = " a", .Password = "p=w"}), "DSN=C;UID={ a};PWD={p=w};");
-  EXPECT_EQ(TestoOdbc({.DataSource = "C", .UserId = "a+b", .Password = "p%41"}), "DSN=C;UID={a+b};PWD={p%41};");
+  EXPECT_EQ(OdbcText({.DataSource = "C", .UserId = "a;b", .Password = "x{y}z"}), "DSN=C;UID={a;b};PWD={x{y}}z};");
+  EXPECT_EQ(OdbcText({.DataSource = "C", .UserId = " a", .Password = "p=w"}), "DSN=C;UID={ a};PWD={p=w};");
+  EXPECT_EQ(OdbcText({.DataSource = "C", .UserId = "a+b", .Password = "p%41"}), "DSN=C;UID={a+b};PWD={p%41};");
 }
 
 TEST(OdbcText, RefusesAnEmptyDataSource) {

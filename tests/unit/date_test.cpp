@@ -1,6 +1,6 @@
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <array>
 #include <gmock/gmock.h>
@@ -32,7 +32,7 @@ class Date : public testing::Test {
     EXPECT_THAT(banco_.desktop.box, IsEmpty()) << testo;
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 struct Giorno {
@@ -71,8 +71,8 @@ std::string Iso(Giorno g) {
 template <typename Azione> int NumeroErrore(Azione azione) {
   try {
     azione();
-  } catch (const ErroreRuntime& errore) {
-    return errore.Numero();
+  } catch (const RuntimeError& errore) {
+    return errore.Number();
   }
   return 0;
 }
@@ -170,7 +170,7 @@ TEST_F(Date, IsNoneWhereItIsNoNumber) {
 
 TEST_F(Date, HasMessagesUnderTheProductsTitle) {
   RifiutaForma("ieri", "ieri");
-  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad"));
+  EXPECT_THAT(banco_.desktop.titles, ElementsAre("LumoScad"));
 }
 
 TEST_F(Date, OfEveryDayWrittenInSixDigitsComesBackInFull) {
@@ -265,7 +265,7 @@ TEST(DatesOfTheDatabase, OfADayThatDoesNotExistAreRefused) {
                               "0000-01-01", "10000-01-01", "infinity", "0044-03-15 BC", "2006-03-05 14:07:00 BC"}) {
     EXPECT_FALSE(DataDellaBaseDati(nessuna)) << nessuna;
     for (const auto formatta : {FormattaData, FormattaDataBreve, FormattaDataOrdine}) {
-      EXPECT_THROW(static_cast<void>(formatta(nessuna)), ErroreRuntime) << nessuna;
+      EXPECT_THROW(static_cast<void>(formatta(nessuna)), RuntimeError) << nessuna;
     }
   }
   for (const char* data : {"0001-01-01", "2000-02-29", "9999-12-31", "2006-03-05 14:07:00.5", "2006-03-05T14:07:00Z"}) {

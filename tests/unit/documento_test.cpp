@@ -1,7 +1,7 @@
 #include "screens/DocumentiPresunti.hpp"
 
 #include "common/Testo.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <gtest/gtest.h>
 

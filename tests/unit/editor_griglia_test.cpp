@@ -19,19 +19,19 @@ TEST_F(DateEditor, OpensOverTheCellWithTheNewDate) {
   griglia.Resize();
   griglia.Righe.ImpostaTesto(riga, Schermata::NuovaScadenza, "01/04/2006");
   Clic(riga, Schermata::NuovaScadenza);
-  const EditorCella& editor = griglia.Stato().data;
-  EXPECT_TRUE(editor.visibile);
-  EXPECT_EQ(editor.testo, "01/04/2006");
-  EXPECT_EQ(editor.alto, 30 + 30 + 240);
-  EXPECT_EQ(editor.sinistra, 30 + 30 + 12720);
-  EXPECT_EQ(editor.larghezza, 1500 - 60);
+  const CellEditor& editor = griglia.Stato().data;
+  EXPECT_TRUE(editor.visible);
+  EXPECT_EQ(editor.text, "01/04/2006");
+  EXPECT_EQ(editor.top, 30 + 30 + 240);
+  EXPECT_EQ(editor.left, 30 + 30 + 12720);
+  EXPECT_EQ(editor.width, 1500 - 60);
 }
 
 TEST_F(DateEditor, WritesTheNormalisedDateOnEnterIntoThatRowOnly) {
   AggiungiMolte(3);
   ScriviData(1, "010406");
   griglia.TextScad_KeyPress(Invio);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().data.visible);
   EXPECT_THAT(InOrdine(Schermata::NuovaScadenza), ElementsAre("31/03/2006", "01/04/2006", "31/03/2006"));
   EXPECT_THAT(InOrdine(Schermata::Scadenza), ElementsAre("31/03/2006", "31/03/2006", "31/03/2006"));
 }
@@ -40,7 +40,7 @@ TEST_F(DateEditor, WritesOnTab) {
   AggiungiMolte(1);
   ScriviData(0, " 01042006 ");
   griglia.TextScad_KeyPress(Tab);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().data.visible);
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
 
@@ -49,7 +49,7 @@ TEST_F(DateEditor, StaysOpenOnEveryOtherKey) {
   ScriviData(0, "0104");
   for (const int tasto : {48, 8, 10, 27, 32}) {
     griglia.TextScad_KeyPress(tasto);
-    EXPECT_TRUE(griglia.Stato().data.visibile);
+    EXPECT_TRUE(griglia.Stato().data.visible);
   }
   EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
 }
@@ -66,12 +66,12 @@ TEST_F(DateEditor, FindsItsRowAgainAfterTheListWasSorted) {
 TEST_F(DateEditor, StaysWithItsRowWhileAnotherIsSelectedAndTheListIsSorted) {
   AggiungiMolte(3);
   ScriviData(0, "010406");
-  EXPECT_EQ(griglia.Stato().data.posto, 0);
+  EXPECT_EQ(griglia.Stato().data.place, 0);
   Clic(2, Schermata::Radio2);
-  EXPECT_EQ(griglia.Stato().data.posto, 0);
+  EXPECT_EQ(griglia.Stato().data.place, 0);
   griglia.TLwTestata_Click(TestataConto);
-  EXPECT_EQ(griglia.Stato().data.posto, 2);
-  EXPECT_EQ(griglia.Stato().selezionata, 0);
+  EXPECT_EQ(griglia.Stato().data.place, 2);
+  EXPECT_EQ(griglia.Stato().selected, 0);
   griglia.PictureOk_Click();
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
@@ -82,7 +82,7 @@ TEST_F(DateEditor, LiesOverNoRowOnceItsOwnIsGone) {
   ScriviData(riga, "010406");
   griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
   griglia.TLwTestata_Click(TestataConto);
-  EXPECT_EQ(griglia.Stato().data.posto, -1);
+  EXPECT_EQ(griglia.Stato().data.place, -1);
 }
 
 TEST_F(DateEditor, WritesIntoItsOwnRowWhenAnotherHasTheSameKey) {
@@ -114,7 +114,7 @@ TEST_F(DateEditor, WritesNowhereWhenNoRowHasTheKey) {
   griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
   griglia.TextScad_KeyPress(Invio);
   EXPECT_EQ(NuovaScadenza(riga), "31/03/2006");
-  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().data.visible);
 }
 
 TEST_F(DateEditor, RestoresThePresentDateWhenEmptied) {
@@ -148,8 +148,8 @@ TEST_F(DateEditor, CommitsOneRowWhenAnotherIsOpened) {
   AggiungiMolte(2);
   ScriviData(0, "010406");
   Clic(1, Schermata::NuovaScadenza);
-  EXPECT_TRUE(griglia.Stato().data.visibile);
-  EXPECT_EQ(griglia.Stato().data.testo, "31/03/2006");
+  EXPECT_TRUE(griglia.Stato().data.visible);
+  EXPECT_EQ(griglia.Stato().data.text, "31/03/2006");
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
 
@@ -157,8 +157,8 @@ TEST_F(DateEditor, WritesNothingWhenAbandoned) {
   AggiungiMolte(21);
   ScriviData(0, "010406");
   griglia.AbbandonaEditor();
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
 }
 
@@ -174,20 +174,20 @@ TEST_F(DateEditor, ClosesTwiceWithoutHarm) {
 TEST_F(DateEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
   AggiungiMolte(20);
   Clic(0, Schermata::NuovaScadenza);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   griglia.TextScad_KeyPress(Invio);
   Aggiungi("ROSSI");
   Clic(0, Schermata::NuovaScadenza);
-  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+  EXPECT_TRUE(griglia.Stato().scrollBarsHidden);
 }
 
 TEST_F(DateEditor, UncoversTheScrollBarsWhenClosedByKey) {
   AggiungiMolte(21);
   for (const int tasto : {Tab, Invio}) {
     Clic(0, Schermata::NuovaScadenza);
-    ASSERT_TRUE(griglia.Stato().barretteNascoste);
+    ASSERT_TRUE(griglia.Stato().scrollBarsHidden);
     griglia.TextScad_KeyPress(tasto);
-    EXPECT_FALSE(griglia.Stato().barretteNascoste);
+    EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   }
 }
 
@@ -196,12 +196,12 @@ TEST_F(BankEditor, OpensOverTheCellOnTheEntryOfTheNewBank) {
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA BETA");
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
-  const EditorCella& editor = griglia.Stato().banca;
-  EXPECT_TRUE(editor.visibile);
-  EXPECT_EQ(editor.indice, 2);
-  EXPECT_EQ(editor.alto, 30 + 30 + 240);
-  EXPECT_EQ(editor.sinistra, 30 + 30 + 14640);
-  EXPECT_EQ(editor.larghezza, 2700 - 60);
+  const CellEditor& editor = griglia.Stato().bank;
+  EXPECT_TRUE(editor.visible);
+  EXPECT_EQ(editor.index, 2);
+  EXPECT_EQ(editor.top, 30 + 30 + 240);
+  EXPECT_EQ(editor.left, 30 + 30 + 14640);
+  EXPECT_EQ(editor.width, 2700 - 60);
 }
 
 TEST_F(BankEditor, OpensOnTheBlankEntryForABankThatIsNotOffered) {
@@ -209,7 +209,7 @@ TEST_F(BankEditor, OpensOnTheBlankEntryForABankThatIsNotOffered) {
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA CHIUSA");
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
-  EXPECT_EQ(griglia.Stato().banca.indice, 0);
+  EXPECT_EQ(griglia.Stato().bank.index, 0);
 }
 
 TEST_F(BankEditor, TakesThePlaceOfTheDateEditorAndCommitsIt) {
@@ -217,8 +217,8 @@ TEST_F(BankEditor, TakesThePlaceOfTheDateEditorAndCommitsIt) {
   AggiungiMolte(1);
   ScriviData(0, "010406");
   Clic(0, Schermata::NuovaBanca);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_TRUE(griglia.Stato().banca.visibile);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_TRUE(griglia.Stato().bank.visible);
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
 
@@ -227,8 +227,8 @@ TEST_F(BankEditor, GivesWayToTheDateEditor) {
   AggiungiMolte(1);
   Clic(0, Schermata::NuovaBanca);
   Clic(0, Schermata::NuovaScadenza);
-  EXPECT_TRUE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_TRUE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().bank.visible);
 }
 
 TEST_F(BankEditor, CommitsOneRowWhenAnotherIsOpened) {
@@ -238,7 +238,7 @@ TEST_F(BankEditor, CommitsOneRowWhenAnotherIsOpened) {
   griglia.Resize();
   Clic(prima, Schermata::NuovaBanca);
   Clic(seconda, Schermata::NuovaBanca);
-  EXPECT_TRUE(griglia.Stato().banca.visibile);
+  EXPECT_TRUE(griglia.Stato().bank.visible);
   EXPECT_TRUE(griglia.Righe.Spuntata(prima, 1));
   EXPECT_EQ(griglia.Righe.Testo(prima, Schermata::NuovaBanca), "ANNULLA");
   EXPECT_FALSE(griglia.Righe.Spuntata(seconda, 1));
@@ -249,10 +249,10 @@ TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
   griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(22);
   Clic(4, Schermata::NuovaBanca);
-  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+  EXPECT_TRUE(griglia.Stato().scrollBarsHidden);
   griglia.cmbBanche2_LostFocus();
-  EXPECT_FALSE(griglia.Stato().banca.visibile);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().bank.visible);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   EXPECT_TRUE(griglia.Righe.Spuntata(4, 1));
   EXPECT_FALSE(griglia.Righe.Spuntata(4, 0));
   EXPECT_FALSE(griglia.Righe.Spuntata(3, 1));
@@ -262,11 +262,11 @@ TEST_F(BankEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
   griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(20);
   Clic(0, Schermata::NuovaBanca);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   griglia.cmbBanche2_LostFocus();
   Aggiungi("ROSSI");
   Clic(0, Schermata::NuovaBanca);
-  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+  EXPECT_TRUE(griglia.Stato().scrollBarsHidden);
 }
 
 TEST_F(BankEditor, ThatIsAlreadyGoneDoesNotUncoverTheScrollBarsOfTheDateEditor) {
@@ -275,8 +275,8 @@ TEST_F(BankEditor, ThatIsAlreadyGoneDoesNotUncoverTheScrollBarsOfTheDateEditor) 
   Clic(0, Schermata::NuovaBanca);
   Clic(0, Schermata::NuovaScadenza);
   griglia.cmbBanche2_LostFocus();
-  EXPECT_TRUE(griglia.Stato().data.visibile);
-  EXPECT_TRUE(griglia.Stato().barretteNascoste);
+  EXPECT_TRUE(griglia.Stato().data.visible);
+  EXPECT_TRUE(griglia.Stato().scrollBarsHidden);
 }
 
 TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
@@ -284,7 +284,7 @@ TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
   AggiungiMolte(3);
   Clic(0, Schermata::NuovaBanca);
   griglia.TLwTestata_Click(TestataConto);
-  EXPECT_EQ(griglia.Stato().banca.posto, 2);
+  EXPECT_EQ(griglia.Stato().bank.place, 2);
   griglia.cmbBanche2_LostFocus();
   EXPECT_TRUE(griglia.Righe.Spuntata(0, 1));
   EXPECT_FALSE(griglia.Righe.Spuntata(2, 1));
@@ -304,7 +304,7 @@ TEST_F(BankEditor, WritesNothingWhenAbandoned) {
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
   griglia.AbbandonaEditor();
-  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_FALSE(griglia.Stato().bank.visible);
   EXPECT_FALSE(griglia.Righe.Spuntata(riga, 1));
   EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
 }
@@ -315,7 +315,7 @@ TEST_F(Ticks, OfTheDateCopyTheTopDateNormalised) {
   Clic(0, Schermata::Radio1);
   EXPECT_TRUE(griglia.Righe.Spuntata(0, 0));
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
-  EXPECT_EQ(griglia.Stato().testoScadenza, "01/04/2006");
+  EXPECT_EQ(griglia.Stato().dueDateText, "01/04/2006");
   EXPECT_FALSE(griglia.Righe.Spuntata(1, 0));
   EXPECT_EQ(NuovaScadenza(1), "31/03/2006");
 }
@@ -327,7 +327,7 @@ TEST_F(Ticks, OfTheDateChangeNothingWithAnEmptyTopField) {
     Clic(0, Schermata::Radio1);
     EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
     EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
-    EXPECT_EQ(griglia.Stato().testoScadenza, vuoto);
+    EXPECT_EQ(griglia.Stato().dueDateText, vuoto);
   }
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
@@ -390,7 +390,7 @@ TEST_F(Ticks, OfTheDateAreClearedByAClickInTheTopDateWhichLeavesTheNewDates) {
   Clic(1, Schermata::Radio2);
   ScriviData(1, "020406");
   griglia.TextScadenza_Click();
-  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().data.visible);
   EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
   EXPECT_TRUE(griglia.Righe.Spuntata(1, 1));
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
@@ -404,8 +404,8 @@ TEST_F(Ticks, OfTheBankAreClearedByAChoiceInTheTopBankWhichCommitsTheEditors) {
   Clic(1, Schermata::Radio2);
   ScriviData(1, "020406");
   griglia.cmbBanche_Click(1);
-  EXPECT_EQ(griglia.Stato().indiceBanca, 1);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_EQ(griglia.Stato().bankIndex, 1);
+  EXPECT_FALSE(griglia.Stato().data.visible);
   EXPECT_EQ(NuovaScadenza(1), "02/04/2006");
   EXPECT_TRUE(griglia.Righe.Spuntata(0, 0));
   EXPECT_FALSE(griglia.Righe.Spuntata(1, 1));

@@ -2,7 +2,7 @@
 #include "entry/Comandi.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ class Entry : public testing::Test {
     return liste;
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 } // namespace
@@ -97,7 +97,7 @@ TEST_F(Entry, OfADemonstrationSaysDoneWithoutTheHost) {
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Il movimento è stato annullato", "Il movimento è stato annullato",
                                               "Il documento è stato sospeso ", "Il documento è stato riattivato"));
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  EXPECT_THAT(banco_.desktop.attese, IsEmpty());
+  EXPECT_THAT(banco_.desktop.waits, IsEmpty());
 }
 
 TEST_F(Entry, RunsASubcommandTwiceThatIsWrittenTwice) {
@@ -186,15 +186,15 @@ TEST_F(Entry, NeitherLocksNorShowsAListOfAnotherKind) {
   EXPECT_EQ(ModuloMain::ComandoBancaPresunti(comando, "CREDITI"), "closed");
   EXPECT_EQ(ModuloMain::ComandoConsegna(comando, "CREDITI"), "closed");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  EXPECT_EQ(banco_.desktop.finestre, 0U);
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
-  EXPECT_EQ(banco_.desktop.puntatori.size(), 8U) << "la clessidra e il suo ritorno, per ogni comando";
+  EXPECT_EQ(banco_.desktop.windows, 0U);
+  EXPECT_THAT(banco_.statements, IsEmpty());
+  EXPECT_EQ(banco_.desktop.pointers.size(), 8U) << "la clessidra e il suo ritorno, per ogni comando";
 }
 
 TEST_F(Entry, RunsPendingEventsWithThePointer) {
   EXPECT_EQ(ModuloMain::ComandoBanca("-H h", "ALTRO"), "closed");
-  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
-  EXPECT_EQ(banco_.desktop.respiri, 2U);
+  EXPECT_THAT(banco_.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Standard));
+  EXPECT_EQ(banco_.desktop.breaths, 2U);
 }
 
 TEST_F(Entry, DoesNotCarryAnErrorIntoTheNextCommand) {

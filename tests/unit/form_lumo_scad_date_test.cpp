@@ -18,20 +18,20 @@ class SelectAll : public prova::ScadenzarioDiProva {};
 TEST_F(ItemDateEditor, OpensOverTheNewDateOfTheClickedRow) {
   form.griglia().Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
   Clic(1);
-  const EditorCella& editor = form.griglia().Stato().data;
-  EXPECT_TRUE(editor.visibile);
-  EXPECT_EQ(editor.testo, "05/05/2006");
-  EXPECT_EQ(editor.alto, 30 + 30 + 240);
-  EXPECT_EQ(editor.sinistra, 30 + 30 + 420 + 1800 + 1800 + 1950 + 60);
-  EXPECT_EQ(editor.larghezza, 1950 - 60);
+  const CellEditor& editor = form.griglia().Stato().data;
+  EXPECT_TRUE(editor.visible);
+  EXPECT_EQ(editor.text, "05/05/2006");
+  EXPECT_EQ(editor.top, 30 + 30 + 240);
+  EXPECT_EQ(editor.left, 30 + 30 + 420 + 1800 + 1800 + 1950 + 60);
+  EXPECT_EQ(editor.width, 1950 - 60);
 }
 
 TEST_F(ItemDateEditor, OpensOverTheNewDateWhateverColumnIsClicked) {
   for (const int x : {10, 430, 2300, 4100, 6000, 99999}) {
     form.griglia().LVScadenze_MouseDown(x, 5);
     Clic(1);
-    EXPECT_TRUE(form.griglia().Stato().data.visibile) << x;
-    EXPECT_EQ(form.griglia().Stato().data.sinistra, 30 + 30 + 420 + 1800 + 1800 + 1950 + 60) << x;
+    EXPECT_TRUE(form.griglia().Stato().data.visible) << x;
+    EXPECT_EQ(form.griglia().Stato().data.left, 30 + 30 + 420 + 1800 + 1800 + 1950 + 60) << x;
     form.TogliTextScad();
   }
 }
@@ -39,13 +39,13 @@ TEST_F(ItemDateEditor, OpensOverTheNewDateWhateverColumnIsClicked) {
 TEST_F(ItemDateEditor, LiesOverTheClickedRowAlsoWhereAnotherHasTheSameDueDate) {
   form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
   Clic(2);
-  EXPECT_EQ(form.griglia().Stato().data.posto, 2);
+  EXPECT_EQ(form.griglia().Stato().data.place, 2);
 }
 
 TEST_F(ItemDateEditor, WritesTheNormalisedDateOnEnter) {
   ScriviData(1, "150606");
   form.griglia().TextScad_KeyPress(Invio);
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "15/06/2006", ""));
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
 }
@@ -54,7 +54,7 @@ TEST_F(ItemDateEditor, StaysOpenOnEveryOtherKeyTabIncluded) {
   ScriviData(1, "150606");
   for (const int tasto : {Tab, 8, 10, 27, 32, 48}) {
     form.griglia().TextScad_KeyPress(tasto);
-    EXPECT_TRUE(form.griglia().Stato().data.visibile) << tasto;
+    EXPECT_TRUE(form.griglia().Stato().data.visible) << tasto;
   }
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
 }
@@ -62,7 +62,7 @@ TEST_F(ItemDateEditor, StaysOpenOnEveryOtherKeyTabIncluded) {
 TEST_F(ItemDateEditor, WritesWhenItLosesTheFocus) {
   ScriviData(2, "15/06/06");
   form.griglia().TextScad_LostFocus();
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", "15/06/2006"));
 }
 
@@ -72,7 +72,7 @@ TEST_F(ItemDateEditor, UncoversTheScrollBarsWhenItLosesTheFocus) {
   }
   Clic(0);
   form.griglia().TextScad_LostFocus();
-  EXPECT_FALSE(form.griglia().Stato().barretteNascoste);
+  EXPECT_FALSE(form.griglia().Stato().scrollBarsHidden);
 }
 
 TEST_F(ItemDateEditor, EmptiesTheNewDateWhenEmptied) {
@@ -96,7 +96,7 @@ TEST_F(ItemDateEditor, LeavesABlankAfterARefusedDate) {
   form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
   EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
 }
 
 TEST_F(ItemDateEditor, WritesIntoTheFirstRowWithTheSameDueDate) {
@@ -111,14 +111,14 @@ TEST_F(ItemDateEditor, WritesNowhereWhenNoRowHasTheTextAnyMore) {
   form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "altra");
   form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
 }
 
 TEST_F(ItemDateEditor, WritesOneRowWhenAnotherIsClicked) {
   ScriviData(0, "150606");
   Clic(1);
-  EXPECT_TRUE(form.griglia().Stato().data.visibile);
-  EXPECT_EQ(form.griglia().Stato().data.testo, "");
+  EXPECT_TRUE(form.griglia().Stato().data.visible);
+  EXPECT_EQ(form.griglia().Stato().data.text, "");
   EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
 }
 
@@ -142,10 +142,10 @@ TEST_F(ItemDateEditor, WritesNothingWhenAbandoned) {
 TEST_F(ItemDateEditor, DoesNotOpenWithoutASelectedRow) {
   form.griglia().Seleziona(-1);
   form.griglia().LVScadenze_Click(0);
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
   form.griglia().Seleziona(3);
   form.griglia().LVScadenze_Click(0);
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
 }
 
 TEST_F(ItemDateEditor, CoversTheScrollBarsOnlyWhenTheRowsExceedTheList) {
@@ -153,12 +153,12 @@ TEST_F(ItemDateEditor, CoversTheScrollBarsOnlyWhenTheRowsExceedTheList) {
     form.Aggiungi("30/06/2006", "", "1,00");
   }
   Clic(0);
-  EXPECT_FALSE(form.griglia().Stato().barretteNascoste);
+  EXPECT_FALSE(form.griglia().Stato().scrollBarsHidden);
   form.Aggiungi("31/07/2006", "", "1,00");
   Clic(0);
-  EXPECT_TRUE(form.griglia().Stato().barretteNascoste);
+  EXPECT_TRUE(form.griglia().Stato().scrollBarsHidden);
   form.griglia().TextScad_KeyPress(Invio);
-  EXPECT_FALSE(form.griglia().Stato().barretteNascoste);
+  EXPECT_FALSE(form.griglia().Stato().scrollBarsHidden);
 }
 
 TEST_F(ItemTicks, CopyTheTopDateNormalised) {
@@ -166,7 +166,7 @@ TEST_F(ItemTicks, CopyTheTopDateNormalised) {
   form.griglia().SpuntaCasella(1, true);
   EXPECT_THAT(Spunte(), ElementsAre(false, true, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "01/07/2006", ""));
-  EXPECT_EQ(form.griglia().Stato().testoScadenza, "010706") << "the field itself is normalised when it is left";
+  EXPECT_EQ(form.griglia().Stato().dueDateText, "010706") << "the field itself is normalised when it is left";
 }
 
 TEST_F(ItemTicks, LeaveTheNewDateEmptyWithoutATopDate) {
@@ -208,9 +208,9 @@ TEST_F(ItemTicks, DoNotOpenTheEditorByTheirOwnClickButTheNextClickDoes) {
   form.griglia().LVScadenze_ItemCheck(1);
   EXPECT_THAT(Spunte(), ElementsAre(false, true, false));
   form.griglia().LVScadenze_Click(240);
-  EXPECT_FALSE(form.griglia().Stato().data.visibile);
+  EXPECT_FALSE(form.griglia().Stato().data.visible);
   form.griglia().LVScadenze_Click(240);
-  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+  EXPECT_TRUE(form.griglia().Stato().data.visible);
 }
 
 TEST_F(ItemTicks, SkipTheirClickAlsoWhereNoRowIsSelectedAndNoneAfterIt) {
@@ -218,14 +218,14 @@ TEST_F(ItemTicks, SkipTheirClickAlsoWhereNoRowIsSelectedAndNoneAfterIt) {
   form.griglia().Seleziona(-1);
   form.griglia().LVScadenze_Click(240);
   Clic(1);
-  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+  EXPECT_TRUE(form.griglia().Stato().data.visible);
 }
 
 TEST_F(ItemTicks, OfAnEarlierShowingDoNotMakeTheFirstClickCountForNothing) {
-  Mostra([](FinestraScadenzario& finestra) { finestra.Elenco().LVScadenze_ItemCheck(1); });
-  Mostra([](FinestraScadenzario& finestra) {
+  Mostra([](SingleItemWindow& finestra) { finestra.Elenco().LVScadenze_ItemCheck(1); });
+  Mostra([](SingleItemWindow& finestra) {
     finestra.Elenco().LVScadenze_Click(0);
-    EXPECT_TRUE(finestra.Elenco().Stato().data.visibile);
+    EXPECT_TRUE(finestra.Elenco().Stato().data.visible);
   });
 }
 
@@ -234,17 +234,17 @@ TEST_F(ItemTicks, OfAnEmptiedScreenDoNotMakeTheFirstClickCountForNothing) {
   form.Svuota();
   form.Aggiungi("30/06/2006", "", "1,00");
   Clic(0);
-  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+  EXPECT_TRUE(form.griglia().Stato().data.visible);
 }
 
 TEST_F(ItemTicks, DoNotMoveTheSelection) {
   form.griglia().Seleziona(2);
   form.griglia().LVScadenze_ItemCheck(0);
-  EXPECT_EQ(form.griglia().Stato().selezionata, 2);
+  EXPECT_EQ(form.griglia().Stato().selected, 2);
 }
 
 TEST_F(ItemTicks, OfTheWindowTurnWithEveryClick) {
-  Mostra([&](FinestraScadenzario& finestra) {
+  Mostra([&](SingleItemWindow& finestra) {
     finestra.Elenco().TextScadenza_Change("010706");
     finestra.Elenco().LVScadenze_ItemCheck(2);
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", "01/07/2006"));
@@ -264,7 +264,7 @@ TEST_F(TopDate, TypedIntoUnticksEveryRowAndLeavesTheNewDates) {
 
 TEST_F(TopDate, IsNormalisedWhenItIsLeft) {
   ScriviInAlto("010706");
-  EXPECT_EQ(form.griglia().Stato().testoScadenza, "01/07/2006");
+  EXPECT_EQ(form.griglia().Stato().dueDateText, "01/07/2006");
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
 
@@ -284,13 +284,13 @@ TEST_F(TopDate, LeftAsItWasKeepsTheTicks) {
 
 TEST_F(TopDate, HoldsOneBlankOnceItIsLeftEmpty) {
   ScriviInAlto("");
-  EXPECT_EQ(form.griglia().Stato().testoScadenza, " ");
+  EXPECT_EQ(form.griglia().Stato().dueDateText, " ");
   EXPECT_THAT(banco.desktop.box, IsEmpty());
 }
 
 TEST_F(TopDate, HoldsOneBlankAfterARefusedDate) {
   ScriviInAlto("31/13/06");
-  EXPECT_EQ(form.griglia().Stato().testoScadenza, " ");
+  EXPECT_EQ(form.griglia().Stato().dueDateText, " ");
   EXPECT_THAT(banco.desktop.box, ElementsAre(HasSubstr("Mese errato: 31/13/06")));
 }
 
@@ -299,11 +299,11 @@ TEST_F(SelectAll, AsksForADateWhenTheTopFieldHoldsExactlyOneBlank) {
   form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   form.PicSelezionaTutto_Click();
   EXPECT_THAT(banco.desktop.box, ElementsAre("Inserisci una scadenza"));
-  EXPECT_THAT(banco.desktop.titoli, ElementsAre("LumoScad"));
+  EXPECT_THAT(banco.desktop.titles, ElementsAre("LumoScad"));
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("05/05/2006", "", ""));
   EXPECT_FALSE(form.SelezionaTutto());
-  EXPECT_EQ(form.Stato().selezionaTutto, "Seleziona tutto");
+  EXPECT_EQ(form.Stato().selectEverything, "Seleziona tutto");
 }
 
 TEST_F(SelectAll, AsksForADateAlsoWhenItWouldUntick) {
@@ -322,7 +322,7 @@ TEST_F(SelectAll, GivesEveryRowTheTopDate) {
   EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("01/07/2006", "01/07/2006", "01/07/2006"));
   EXPECT_TRUE(form.SelezionaTutto());
-  EXPECT_EQ(form.Stato().selezionaTutto, "Seleziona tutto");
+  EXPECT_EQ(form.Stato().selectEverything, "Seleziona tutto");
 }
 
 TEST_F(SelectAll, TicksWithAnEmptyDateWhileTheTopFieldIsEmptyOrHoldsTwoBlanks) {
@@ -346,7 +346,7 @@ TEST_F(SelectAll, ASecondTimeUnticksEveryRowAndEmptiesTheNewDates) {
   EXPECT_THAT(Spunte(), ElementsAre(false, false, false));
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
   EXPECT_FALSE(form.SelezionaTutto());
-  EXPECT_EQ(form.Stato().selezionaTutto, "Deseleziona tutto");
+  EXPECT_EQ(form.Stato().selectEverything, "Deseleziona tutto");
 }
 
 TEST_F(SelectAll, AThirdTimeTicksAgain) {
@@ -355,7 +355,7 @@ TEST_F(SelectAll, AThirdTimeTicksAgain) {
     form.PicSelezionaTutto_Click();
   }
   EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
-  EXPECT_EQ(form.Stato().selezionaTutto, "Seleziona tutto");
+  EXPECT_EQ(form.Stato().selectEverything, "Seleziona tutto");
 }
 
 TEST_F(SelectAll, RemembersItsStateWhenTheTopDateUntickedTheRows) {
@@ -372,7 +372,7 @@ TEST_F(SelectAll, DoesNotMakeTheNextClickOnARowCountForNothing) {
   ScriviInAlto("010706");
   form.PicSelezionaTutto_Click();
   Clic(0);
-  EXPECT_TRUE(form.griglia().Stato().data.visibile);
+  EXPECT_TRUE(form.griglia().Stato().data.visible);
 }
 
 } // namespace

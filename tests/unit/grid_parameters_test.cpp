@@ -1,5 +1,5 @@
 #include "screens/Griglia.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,14 +23,14 @@ enum Column { Name, Date, NewDate, Bank, NewBank, Tick1, Tick2 };
 class GridParameters : public testing::Test {
  protected:
   GridParameters() {
-    using Genere = ColonnaElenco::Genere;
-    description.colonne = {{"Name", "", 1000, Genere::Testo},
-                           {"Date", "", 1000, Genere::Testo},
-                           {"NewDate", "", 1000, Genere::EditorData, Date},
-                           {"Bank", "", 1000, Genere::Testo},
-                           {"NewBank", "", 1000, Genere::EditorBanca, Bank},
-                           {"Tick1", "", 400, Genere::Spunta},
-                           {"Tick2", "", 400, Genere::Spunta}};
+    using Genere = ListColumn::Kind;
+    description.colonne = {{"Name", "", 1000, Genere::Text},
+                           {"Date", "", 1000, Genere::Text},
+                           {"NewDate", "", 1000, Genere::DateEditor, Date},
+                           {"Bank", "", 1000, Genere::Text},
+                           {"NewBank", "", 1000, Genere::BankEditor, Bank},
+                           {"Tick1", "", 400, Genere::Tick},
+                           {"Tick2", "", 400, Genere::Tick}};
     description.colonneConTag = {Bank, NewBank};
     description.colonneChiave = 1;
     description.colonnaSpunta1 = Tick1;
@@ -54,7 +54,7 @@ class GridParameters : public testing::Test {
   void Click(int column) const {
     int x = 1;
     for (int before = 0; before < column; ++before) {
-      x += description.colonne[static_cast<std::size_t>(before)].larghezza;
+      x += description.colonne[static_cast<std::size_t>(before)].width;
     }
     grid->LVScadenze_MouseDown(x, 1);
     grid->LVScadenze_Click(0);
@@ -73,7 +73,7 @@ class GridParameters : public testing::Test {
   }
   [[nodiscard]] bool Ticked(std::size_t row, int tick) const { return grid->Righe.Spuntata(row, tick); }
 
-  prova::Banco bench;
+  prova::TestBench bench;
   DescrizioneGriglia description;
   std::unique_ptr<Griglia> grid;
 };
@@ -84,10 +84,10 @@ TEST_F(GridParameters, LetTabCloseTheDateEditorOrNot) {
     Make();
     Type("150606");
     grid->TextScad_KeyPress(Tab);
-    EXPECT_EQ(grid->Stato().data.visibile, !closes);
+    EXPECT_EQ(grid->Stato().data.visible, !closes);
     EXPECT_EQ(Texts(NewDate)[1], closes ? "15/06/2006" : "01/05/2006");
     grid->TextScad_KeyPress(Enter);
-    EXPECT_FALSE(grid->Stato().data.visibile);
+    EXPECT_FALSE(grid->Stato().data.visible);
   }
 }
 
@@ -97,10 +97,10 @@ TEST_F(GridParameters, LetTheDateEditorCloseWithTheFocusOrNot) {
     description.data.fuocoChiude = closes;
     Make();
     Type("150606");
-    EXPECT_TRUE(grid->Stato().barretteNascoste);
+    EXPECT_TRUE(grid->Stato().scrollBarsHidden);
     grid->TextScad_LostFocus();
-    EXPECT_EQ(grid->Stato().data.visibile, !closes);
-    EXPECT_EQ(grid->Stato().barretteNascoste, !closes);
+    EXPECT_EQ(grid->Stato().data.visible, !closes);
+    EXPECT_EQ(grid->Stato().scrollBarsHidden, !closes);
   }
 }
 
@@ -153,13 +153,13 @@ TEST_F(GridParameters, LetTheDateEditorOpenOnItsColumnOrOnAny) {
     Make();
     for (const int column : {Name, Bank, Tick1, Tick2}) {
       Click(column);
-      EXPECT_EQ(grid->Stato().data.visibile, anywhere) << column;
+      EXPECT_EQ(grid->Stato().data.visible, anywhere) << column;
       EXPECT_FALSE(Ticked(1, 0));
       grid->AbbandonaEditor();
     }
     Click(NewDate);
-    EXPECT_EQ(grid->Stato().data.sinistra, 30 + 30 + 2000 + (anywhere ? 60 : 0));
-    EXPECT_EQ(grid->Stato().data.larghezza, 1000 - 60);
+    EXPECT_EQ(grid->Stato().data.left, 30 + 30 + 2000 + (anywhere ? 60 : 0));
+    EXPECT_EQ(grid->Stato().data.width, 1000 - 60);
   }
 }
 
@@ -168,7 +168,7 @@ TEST_F(GridParameters, LetAnEditorWriteIntoItsOwnRowOrIntoTheFirstWithItsKey) {
     description.primaConChiave = first;
     Make();
     Type("150606");
-    EXPECT_EQ(grid->Stato().data.posto, 1);
+    EXPECT_EQ(grid->Stato().data.place, 1);
     grid->TogliScadenza();
     if (first) {
       EXPECT_THAT(Texts(NewDate), ElementsAre("15/06/2006", "01/05/2006"));
@@ -181,16 +181,16 @@ TEST_F(GridParameters, LetAnEditorWriteIntoItsOwnRowOrIntoTheFirstWithItsKey) {
 TEST_F(GridParameters, MakeACheckSelectItsRowOrTurnItsBox) {
   Make();
   grid->LVScadenze_ItemCheck(0);
-  EXPECT_EQ(grid->Stato().selezionata, 0);
+  EXPECT_EQ(grid->Stato().selected, 0);
   EXPECT_FALSE(Ticked(0, 0));
   description.caselle = true;
   Make();
   grid->TextScadenza_Change("150606");
   grid->LVScadenze_ItemCheck(0);
-  EXPECT_EQ(grid->Stato().selezionata, 1);
+  EXPECT_EQ(grid->Stato().selected, 1);
   EXPECT_TRUE(Ticked(0, 0));
   EXPECT_THAT(Texts(NewDate), ElementsAre("15/06/2006", "01/05/2006"));
-  EXPECT_EQ(grid->Stato().testoScadenza, "150606");
+  EXPECT_EQ(grid->Stato().dueDateText, "150606");
   grid->LVScadenze_ItemCheck(0);
   EXPECT_FALSE(Ticked(0, 0));
   EXPECT_THAT(Texts(NewDate), ElementsAre("", "01/05/2006"));
@@ -204,7 +204,7 @@ TEST_F(GridParameters, MakeTheTopDateTakeTheBoxesAwayWhenWrittenAndBeCheckedWhen
     grid->TextScadenza_Change("150606");
     EXPECT_EQ(Ticked(0, 0), !boxes);
     grid->TextScadenza_LostFocus();
-    EXPECT_EQ(grid->Stato().testoScadenza, boxes ? "15/06/2006" : "150606");
+    EXPECT_EQ(grid->Stato().dueDateText, boxes ? "15/06/2006" : "150606");
   }
 }
 
@@ -212,12 +212,12 @@ TEST_F(GridParameters, SayHowManyRowsShowWithoutAScrollBar) {
   for (const int rows : {1, 2}) {
     description.righeSenzaScorrere = rows;
     Make();
-    EXPECT_EQ(grid->Stato().altezzaLista, rows * 240);
+    EXPECT_EQ(grid->Stato().listHeight, rows * 240);
     Click(NewDate);
-    EXPECT_EQ(grid->Stato().barretteNascoste, rows == 1);
+    EXPECT_EQ(grid->Stato().scrollBarsHidden, rows == 1);
     grid->AbbandonaEditor();
     Click(NewBank);
-    EXPECT_EQ(grid->Stato().barretteNascoste, rows == 1);
+    EXPECT_EQ(grid->Stato().scrollBarsHidden, rows == 1);
   }
 }
 

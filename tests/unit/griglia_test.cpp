@@ -20,38 +20,38 @@ class GridWindow : public prova::GrigliaDiProva {};
 
 TEST_F(GridLayout, MakesTheListAsWideAsItsColumnsAndFifty) {
   AggiungiMolte(1);
-  EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 + 50);
-  EXPECT_EQ(griglia.Stato().larghezzaQuadro, 17340 + 100);
+  EXPECT_EQ(griglia.Stato().listWidth, 17340 + 50);
+  EXPECT_EQ(griglia.Stato().pictureWidth, 17340 + 100);
 }
 
 TEST_F(GridLayout, MakesTheListAsHighAsItsRowsBelowTwenty) {
   AggiungiMolte(19);
-  EXPECT_EQ(griglia.Stato().altezzaLista, 19 * 240);
+  EXPECT_EQ(griglia.Stato().listHeight, 19 * 240);
 }
 
 TEST_F(GridLayout, NeverMakesTheListHigherThanTwentyRows) {
   AggiungiMolte(20);
-  EXPECT_EQ(griglia.Stato().altezzaLista, 4800);
+  EXPECT_EQ(griglia.Stato().listHeight, 4800);
   AggiungiMolte(1);
-  EXPECT_EQ(griglia.Stato().altezzaLista, 4800);
+  EXPECT_EQ(griglia.Stato().listHeight, 4800);
 }
 
 TEST_F(GridLayout, MakesAnEmptyListFlat) {
   griglia.Resize();
-  EXPECT_EQ(griglia.Stato().altezzaLista, 0);
-  EXPECT_EQ(griglia.Stato().selezionata, -1);
+  EXPECT_EQ(griglia.Stato().listHeight, 0);
+  EXPECT_EQ(griglia.Stato().selected, -1);
 }
 
 TEST_F(GridLayout, PlacesEachHeadingBehindTheOneBefore) {
   AggiungiMolte(1);
   std::vector<std::string> testi;
   int fine = 0;
-  banco.desktop.copioni.emplace_back([&](FinestraElenco& finestra) {
-    for (const TestataElenco& testata : finestra.Description().testate) {
-      testi.push_back(testata.testo);
-      EXPECT_EQ(testata.sinistra, fine);
-      EXPECT_EQ(testata.larghezza, finestra.Description().colonne[static_cast<std::size_t>(testata.prima)].larghezza);
-      fine = testata.sinistra + testata.larghezza;
+  banco.desktop.scripts.emplace_back([&](ListWindow& finestra) {
+    for (const ListHeading& testata : finestra.Description().headings) {
+      testi.push_back(testata.text);
+      EXPECT_EQ(testata.left, fine);
+      EXPECT_EQ(testata.width, finestra.Description().columns[static_cast<std::size_t>(testata.first)].width);
+      fine = testata.left + testata.width;
     }
   });
   griglia.Mostra();
@@ -101,8 +101,8 @@ TEST_F(GridSort, StartsByTheFirstColumnAscending) {
   Aggiungi("BIANCHI");
   griglia.Resize();
   EXPECT_THAT(InOrdine(), ElementsAre("BIANCHI", "VERDI"));
-  EXPECT_EQ(griglia.Stato().testataOrdinata, TestataConto);
-  EXPECT_TRUE(griglia.Stato().crescente);
+  EXPECT_EQ(griglia.Stato().sortedHeading, TestataConto);
+  EXPECT_TRUE(griglia.Stato().ascending);
 }
 
 TEST_F(GridSort, ByDueDateFollowsTime) {
@@ -112,7 +112,7 @@ TEST_F(GridSort, ByDueDateFollowsTime) {
   griglia.Resize();
   griglia.TLwTestata_Click(TestataScadenza);
   EXPECT_THAT(InOrdine(Schermata::Scadenza), ElementsAre("15/12/2005", "31/03/2006", "02/04/2006"));
-  EXPECT_EQ(griglia.Stato().testataOrdinata, TestataScadenza);
+  EXPECT_EQ(griglia.Stato().sortedHeading, TestataScadenza);
 }
 
 TEST_F(GridSort, ByBankFollowsTheNewBank) {
@@ -130,9 +130,9 @@ TEST_F(GridSort, OfTheSameHeadingTwiceReverses) {
   griglia.Resize();
   griglia.TLwTestata_Click(TestataScadenza);
   griglia.TLwTestata_Click(TestataScadenza);
-  EXPECT_FALSE(griglia.Stato().crescente);
+  EXPECT_FALSE(griglia.Stato().ascending);
   griglia.TLwTestata_Click(TestataScadenza);
-  EXPECT_TRUE(griglia.Stato().crescente);
+  EXPECT_TRUE(griglia.Stato().ascending);
 }
 
 TEST_F(GridSort, OfTheFirstHeadingReversesAtOnceBecauseTheListStartsSortedByIt) {
@@ -141,7 +141,7 @@ TEST_F(GridSort, OfTheFirstHeadingReversesAtOnceBecauseTheListStartsSortedByIt) 
   griglia.Resize();
   griglia.TLwTestata_Click(TestataConto);
   EXPECT_THAT(InOrdine(), ElementsAre("B", "A"));
-  EXPECT_FALSE(griglia.Stato().crescente);
+  EXPECT_FALSE(griglia.Stato().ascending);
 }
 
 TEST_F(GridSort, OfAnotherHeadingStartsAscendingAgain) {
@@ -149,8 +149,8 @@ TEST_F(GridSort, OfAnotherHeadingStartsAscendingAgain) {
   griglia.Resize();
   griglia.TLwTestata_Click(TestataConto);
   griglia.TLwTestata_Click(TestataPartita);
-  EXPECT_TRUE(griglia.Stato().crescente);
-  EXPECT_EQ(griglia.Stato().testataOrdinata, TestataPartita);
+  EXPECT_TRUE(griglia.Stato().ascending);
+  EXPECT_EQ(griglia.Stato().sortedHeading, TestataPartita);
 }
 
 TEST_F(GridSort, IgnoresTheHeadingsThatDoNotSort) {
@@ -158,11 +158,11 @@ TEST_F(GridSort, IgnoresTheHeadingsThatDoNotSort) {
   Aggiungi("B");
   griglia.Resize();
   griglia.TLwTestata_Click(TestataConto);
-  const auto prima = griglia.Stato().ordine;
+  const auto prima = griglia.Stato().order;
   for (const int testata : {TestataScadOrig, TestataImporto, 0, 7}) {
     griglia.TLwTestata_Click(testata);
-    EXPECT_EQ(griglia.Stato().ordine, prima);
-    EXPECT_EQ(griglia.Stato().testataOrdinata, TestataConto);
+    EXPECT_EQ(griglia.Stato().order, prima);
+    EXPECT_EQ(griglia.Stato().sortedHeading, TestataConto);
     EXPECT_THAT(InOrdine(), ElementsAre("B", "A"));
   }
 }
@@ -173,21 +173,21 @@ TEST_F(GridSort, KeepsTheSelectedRowSelected) {
   griglia.Resize();
   griglia.Seleziona(0);
   griglia.TLwTestata_Click(TestataConto);
-  EXPECT_EQ(griglia.Stato().selezionata, 1);
+  EXPECT_EQ(griglia.Stato().selected, 1);
   EXPECT_EQ(griglia.RigaSelezionata(), riga);
 }
 
 TEST_F(GridClick, WithoutASelectedRowDoesNothing) {
   AggiungiMolte(2);
   griglia.Seleziona(-1);
-  const auto prima = griglia.Stato().contenuto;
+  const auto prima = griglia.Stato().content;
   for (const int colonna : {Schermata::Radio2, Schermata::NuovaScadenza, Schermata::NuovaBanca}) {
     griglia.LVScadenze_MouseDown(Mezzo(colonna), 5);
     griglia.LVScadenze_Click(0);
   }
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().banca.visibile);
-  EXPECT_EQ(griglia.Stato().contenuto, prima);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().bank.visible);
+  EXPECT_EQ(griglia.Stato().content, prima);
 }
 
 TEST_F(GridClick, SelectsNothingForAPlaceOutsideTheList) {
@@ -199,12 +199,12 @@ TEST_F(GridClick, SelectsNothingForAPlaceOutsideTheList) {
 TEST_F(GridClick, ThatComesWithACheckIsSkippedOnce) {
   AggiungiMolte(2);
   griglia.LVScadenze_ItemCheck(1);
-  EXPECT_EQ(griglia.Stato().selezionata, 1);
+  EXPECT_EQ(griglia.Stato().selected, 1);
   griglia.LVScadenze_MouseDown(Mezzo(Schermata::NuovaScadenza), 5);
   griglia.LVScadenze_Click(240);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
+  EXPECT_FALSE(griglia.Stato().data.visible);
   griglia.LVScadenze_Click(240);
-  EXPECT_TRUE(griglia.Stato().data.visibile);
+  EXPECT_TRUE(griglia.Stato().data.visible);
 }
 
 TEST_F(GridClick, OnAPlainColumnClosesBothEditorsAndUncoversTheScrollBars) {
@@ -212,12 +212,12 @@ TEST_F(GridClick, OnAPlainColumnClosesBothEditorsAndUncoversTheScrollBars) {
   for (const int colonna : {Schermata::Conto, Schermata::Importo}) {
     Clic(0, Schermata::NuovaScadenza);
     Clic(0, colonna);
-    EXPECT_FALSE(griglia.Stato().data.visibile);
-    EXPECT_FALSE(griglia.Stato().barretteNascoste);
+    EXPECT_FALSE(griglia.Stato().data.visible);
+    EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
     Clic(0, Schermata::NuovaBanca);
     Clic(0, colonna);
-    EXPECT_FALSE(griglia.Stato().banca.visibile);
-    EXPECT_FALSE(griglia.Stato().barretteNascoste);
+    EXPECT_FALSE(griglia.Stato().bank.visible);
+    EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   }
 }
 
@@ -226,8 +226,8 @@ TEST_F(GridClick, RightOfTheLastColumnClosesTheEditors) {
   ScriviData(0, "010406");
   griglia.LVScadenze_MouseDown(20000, 5);
   griglia.LVScadenze_Click(0);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
 
@@ -235,25 +235,25 @@ TEST_F(GridClick, ElsewhereOnTheWindowCommitsWhatWasTyped) {
   AggiungiMolte(21);
   ScriviData(0, "010406");
   griglia.Form_Click();
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
 }
 
 TEST_F(GridLayout, WithoutSomeColumnsIsNarrowerAndFindsTheOthersWhereTheyAre) {
   AggiungiMolte(1);
   schermata.ResizeScadBanchePresunti();
-  EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 - 420 - 1500 + 50);
-  EXPECT_EQ(griglia.Stato().larghezzaQuadro, 17340 - 420 - 1500 + 100);
+  EXPECT_EQ(griglia.Stato().listWidth, 17340 - 420 - 1500 + 50);
+  EXPECT_EQ(griglia.Stato().pictureWidth, 17340 - 420 - 1500 + 100);
   EXPECT_EQ(griglia.TrovaCoordinate(12300), Schermata::Radio2);
   schermata.ResizeScadBanche();
-  EXPECT_EQ(griglia.Stato().larghezzaLista, 17340 + 50);
+  EXPECT_EQ(griglia.Stato().listWidth, 17340 + 50);
   EXPECT_EQ(griglia.TrovaCoordinate(12300), Schermata::Radio1);
 }
 
 TEST_F(GridWindow, TellsTheWindowToOpenADropDownWhileItShows) {
   std::vector<std::string> detti;
-  banco.desktop.copioni.emplace_back([&](FinestraElenco& finestra) {
+  banco.desktop.scripts.emplace_back([&](ListWindow& finestra) {
     finestra.SetDropDown([&](std::string_view combo, bool aperta) {
       detti.push_back(std::string(combo) + (aperta ? " true" : " false"));
     });
@@ -288,29 +288,29 @@ TEST_F(GridWindow, IsClosedWithItsReasonByTheCloseBox) {
   AggiungiMolte(1);
   griglia.Form_QueryUnload();
   EXPECT_EQ(griglia.MotivoChiusura(), "closed");
-  EXPECT_TRUE(griglia.Stato().scaricata);
+  EXPECT_TRUE(griglia.Stato().unloaded);
 }
 
 TEST_F(GridWindow, IsClosedWithItsReasonByAnnulla) {
   AggiungiMolte(1);
   griglia.PictureAnnulla_Click();
   EXPECT_EQ(griglia.MotivoChiusura(), "closed");
-  EXPECT_TRUE(griglia.Stato().scaricata);
+  EXPECT_TRUE(griglia.Stato().unloaded);
 }
 
 TEST_F(GridWindow, IsUnloadedByConfermaWithoutAReason) {
   AggiungiMolte(1);
   griglia.PictureOk_Click();
   EXPECT_EQ(griglia.MotivoChiusura(), "");
-  EXPECT_TRUE(griglia.Stato().scaricata);
+  EXPECT_TRUE(griglia.Stato().unloaded);
 }
 
 TEST_F(GridWindow, CommitsTheOpenEditorOnConferma) {
   AggiungiMolte(21);
   ScriviData(3, "010406");
   griglia.PictureOk_Click();
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
   EXPECT_EQ(NuovaScadenza(3), "01/04/2006");
 }
 
@@ -320,7 +320,7 @@ TEST_F(GridWindow, ClosesTheBankEditorOnConferma) {
   griglia.Resize();
   Clic(riga, Schermata::NuovaBanca);
   griglia.PictureOk_Click();
-  EXPECT_FALSE(griglia.Stato().banca.visibile);
+  EXPECT_FALSE(griglia.Stato().bank.visible);
   EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
 }
 
@@ -333,11 +333,11 @@ TEST_F(GridWindow, StartsEveryShowingAfresh) {
   griglia.Azzera();
   EXPECT_EQ(griglia.Righe.Quante(), 0U);
   EXPECT_EQ(griglia.MotivoChiusura(), "");
-  EXPECT_EQ(griglia.Stato().testoScadenza, "");
-  EXPECT_EQ(griglia.Stato().indiceBanca, 0);
-  EXPECT_FALSE(griglia.Stato().data.visibile);
-  EXPECT_FALSE(griglia.Stato().barretteNascoste);
-  EXPECT_FALSE(griglia.Stato().scaricata);
+  EXPECT_EQ(griglia.Stato().dueDateText, "");
+  EXPECT_EQ(griglia.Stato().bankIndex, 0);
+  EXPECT_FALSE(griglia.Stato().data.visible);
+  EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
+  EXPECT_FALSE(griglia.Stato().unloaded);
   EXPECT_THAT(InOrdine(), IsEmpty());
 }
 
@@ -347,37 +347,37 @@ TEST_F(GridWindow, TakesNoCheckOfAnEarlierShowingForOneOfItsOwn) {
   griglia.Azzera();
   AggiungiMolte(1);
   Clic(0, Schermata::NuovaScadenza);
-  EXPECT_TRUE(griglia.Stato().data.visibile);
+  EXPECT_TRUE(griglia.Stato().data.visible);
 }
 
 TEST_F(GridWindow, DescribesItsColumnsAndHeadings) {
-  using Genere = ColonnaElenco::Genere;
+  using Genere = ListColumn::Kind;
   AggiungiMolte(1);
-  banco.desktop.copioni.emplace_back([](FinestraElenco& finestra) {
-    EXPECT_EQ(finestra.Description().nome, "frmLumoScadenzeBanche");
-    EXPECT_EQ(finestra.Description().nomeLista, "LVScadenzeBanche");
-    EXPECT_EQ(finestra.Description().carattere, "Verdana");
-    EXPECT_EQ(finestra.Description().righeSenzaScorrere, 20);
+  banco.desktop.scripts.emplace_back([](ListWindow& finestra) {
+    EXPECT_EQ(finestra.Description().name, "frmLumoScadenzeBanche");
+    EXPECT_EQ(finestra.Description().listName, "LVScadenzeBanche");
+    EXPECT_EQ(finestra.Description().fontName, "Verdana");
+    EXPECT_EQ(finestra.Description().rowsWithoutScrolling, 20);
     std::vector<std::string> colonne;
     std::vector<Genere> generi;
-    for (const ColonnaElenco& colonna : finestra.Description().colonne) {
-      colonne.push_back(colonna.chiave + "|" + colonna.intestazione);
-      generi.push_back(colonna.genere);
+    for (const ListColumn& colonna : finestra.Description().columns) {
+      colonne.push_back(colonna.key + "|" + colonna.headingText);
+      generi.push_back(colonna.kind);
     }
     EXPECT_THAT(colonne, ElementsAre("KConto|Conto", "KPartita|Partita", "KScadenza|Scadenza",
                                      "KScadenzaOrig|Scad. orig.", "KBanca|Banca", "KImporto|Importo", "KRadio1|",
                                      "KNuovaScadenza|Nuova Scad", "KNumeroRata1|NumeroRata", "KRadio2|",
                                      "KNuovaBanca|NuovaBanca", "KScadenzaOrdinaData|ScadenzaOrdinaData"));
-    EXPECT_THAT(generi, ElementsAre(Genere::Testo, Genere::Testo, Genere::Testo, Genere::Testo, Genere::Testo,
-                                    Genere::Importo, Genere::Spunta, Genere::EditorData, Genere::Testo, Genere::Spunta,
-                                    Genere::EditorBanca, Genere::Testo));
-    EXPECT_EQ(finestra.Description().colonne[Schermata::NuovaScadenza].attuale, Schermata::Scadenza);
-    EXPECT_EQ(finestra.Description().colonne[Schermata::NuovaBanca].attuale, Schermata::Banca);
+    EXPECT_THAT(generi, ElementsAre(Genere::Text, Genere::Text, Genere::Text, Genere::Text, Genere::Text,
+                                    Genere::Amount, Genere::Tick, Genere::DateEditor, Genere::Text, Genere::Tick,
+                                    Genere::BankEditor, Genere::Text));
+    EXPECT_EQ(finestra.Description().columns[Schermata::NuovaScadenza].present, Schermata::Scadenza);
+    EXPECT_EQ(finestra.Description().columns[Schermata::NuovaBanca].present, Schermata::Banca);
     std::vector<int> indici;
     std::vector<bool> ordinano;
-    for (const TestataElenco& testata : finestra.Description().testate) {
-      indici.push_back(testata.indice);
-      ordinano.push_back(testata.ordina);
+    for (const ListHeading& testata : finestra.Description().headings) {
+      indici.push_back(testata.index);
+      ordinano.push_back(testata.sorts);
     }
     EXPECT_THAT(indici, ElementsAre(TestataConto, TestataPartita, TestataScadenza, TestataScadOrig, TestataBanca,
                                     TestataImporto));
@@ -388,9 +388,9 @@ TEST_F(GridWindow, DescribesItsColumnsAndHeadings) {
 
 TEST_F(GridWindow, AsksOnceMoreForTheRowsWheneverTheirOrderChanged) {
   AggiungiMolte(2);
-  const auto prima = griglia.Stato().ordine;
+  const auto prima = griglia.Stato().order;
   griglia.TLwTestata_Click(TestataPartita);
-  EXPECT_GT(griglia.Stato().ordine, prima);
+  EXPECT_GT(griglia.Stato().order, prima);
 }
 
 } // namespace

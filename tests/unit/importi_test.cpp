@@ -1,5 +1,5 @@
 #include "common/Utilities.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -30,8 +30,8 @@ std::string Separa(const std::string& importo) {
 bool NonENumero(const std::string& testo) {
   try {
     static_cast<void>(FormattaImporto(testo));
-  } catch (const ErroreRuntime& errore) {
-    return errore.Numero() == 13;
+  } catch (const RuntimeError& errore) {
+    return errore.Number() == 13;
   }
   return false;
 }

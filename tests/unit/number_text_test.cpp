@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 namespace {
 
 std::string pointed(std::string text) {
@@ -59,4 +59,4 @@ TEST(NumberText, AnAmountThatMayBeReadTwoWaysStaysAsItIs) {
 }
 
 } // namespace
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -1,6 +1,6 @@
 #include "common/RigaComando.hpp"
 #include "handlers/Opzioni.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -32,8 +32,8 @@ Lette Leggi(const std::string& comando) {
 int NumeroErrore(const std::string& comando) {
   try {
     static_cast<void>(Leggi(comando));
-  } catch (const ErroreRuntime& errore) {
-    return errore.Numero();
+  } catch (const RuntimeError& errore) {
+    return errore.Number();
   }
   return 0;
 }
@@ -56,9 +56,9 @@ TEST(CommandLine, GivesATokenAsWrittenAndNoneBehindTheLast) {
   try {
     static_cast<void>(riga.Valore(2, "il valore di -d"));
     FAIL() << "nothing was raised";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), 9);
-    EXPECT_EQ(errore.Descrizione(), "Indice non incluso nell'intervallo: manca il valore di -d");
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), 9);
+    EXPECT_EQ(errore.Description(), "Indice non incluso nell'intervallo: manca il valore di -d");
   }
 }
 
@@ -148,7 +148,7 @@ TEST(Options, WhatTheWalkHadStoredStaysStoredWhereALaterTokenFails) {
                                                          {"-T", &lette.tipo, Forma::Maiuscola},
                                                          {"-DEMO", &lette.dimostrazione},
                                                          {"-N", &lette.numero}}),
-               ErroreRuntime);
+               RuntimeError);
   EXPECT_EQ(lette.azienda, "abC");
   EXPECT_EQ(lette.tipo, "BANCA");
   EXPECT_TRUE(lette.dimostrazione);

@@ -1,4 +1,4 @@
-#include "platform/Orologio.hpp"
+#include "platform/SystemClock.hpp"
 
 #include <cstdlib>
 #include <ctime>
@@ -36,15 +36,15 @@ class FusoDiProva {
 };
 
 /// The moment that a clock of the zone shows, in seconds of universal time.
-std::time_t Momento(const DataOra& ora) {
+std::time_t Momento(const DateTime& ora) {
   constexpr std::time_t Anticipo = 5 * 3600 + 30 * 60;
   std::tm campi{};
-  campi.tm_year = ora.anno - 1900;
-  campi.tm_mon = ora.mese - 1;
-  campi.tm_mday = ora.giorno;
-  campi.tm_hour = ora.ora;
-  campi.tm_min = ora.minuto;
-  campi.tm_sec = ora.secondo;
+  campi.tm_year = ora.year - 1900;
+  campi.tm_mon = ora.month - 1;
+  campi.tm_mday = ora.day;
+  campi.tm_hour = ora.hour;
+  campi.tm_min = ora.minute;
+  campi.tm_sec = ora.second;
   return ::timegm(&campi) - Anticipo;
 }
 
@@ -53,7 +53,7 @@ std::time_t Momento(const DataOra& ora) {
 TEST(Clock, TellsTheLocalTime) {
   const FusoDiProva fuso;
   const std::time_t prima = std::time(nullptr);
-  const std::time_t letto = Momento(OraDiSistema());
+  const std::time_t letto = Momento(SystemTime());
   EXPECT_GE(letto, prima);
   EXPECT_LE(letto, std::time(nullptr));
 }

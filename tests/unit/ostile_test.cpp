@@ -2,8 +2,8 @@
 #include "host/RichiestaScadenze.hpp"
 #include "host/Richieste.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <filesystem>
 #include <functional>
@@ -33,13 +33,13 @@ class HostileInput : public testing::Test {
   std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
   [[nodiscard]] std::vector<std::string> FileLocali() const {
     std::vector<std::string> file;
-    for (const auto& voce : fs::directory_iterator(banco_.ambiente.CartellaLocale)) {
+    for (const auto& voce : fs::directory_iterator(banco_.environment.CartellaLocale)) {
       file.push_back(voce.path().filename().string());
     }
     return file;
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 using Invio = std::function<std::string()>;
@@ -84,9 +84,9 @@ std::vector<Scrittore> Scrittori() {
 std::string Errore(const Invio& invio) {
   try {
     return "nessun errore, risultato " + invio();
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Numero(), errori::ErroreTrasferimento);
-    return errore.Descrizione();
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Number(), errors::TransferError);
+    return errore.Description();
   }
 }
 
@@ -110,7 +110,7 @@ const std::vector<std::string>& IndirizziOstili() {
 TEST_F(HostileInput, TheLocalFileGoesWhenTheRequestSucceeds) {
   for (const Scrittore& scrittore : Scrittori()) {
     std::string durante;
-    banco_.host.guasto = [&](const std::string& operazione) {
+    banco_.host.fault = [&](const std::string& operazione) {
       durante += operazione.starts_with("Invia") ? FileLocali().at(0) : "";
     };
     EXPECT_EQ(scrittore.buona(), "") << scrittore.nome;
@@ -121,9 +121,9 @@ TEST_F(HostileInput, TheLocalFileGoesWhenTheRequestSucceeds) {
 
 TEST_F(HostileInput, TheLocalFileGoesWhicheverStepOfTheHostStops) {
   for (const char* passo : {"Invia", "Rinomina", "Esegui", "Cancella"}) {
-    banco_.host.guasto = [passo](const std::string& operazione) {
+    banco_.host.fault = [passo](const std::string& operazione) {
       if (operazione.starts_with(passo)) {
-        throw ErroreRuntime(errori::Driver, "Guasto");
+        throw RuntimeError(errors::Driver, "Guasto");
       }
     };
     for (const Scrittore& scrittore : Scrittori()) {
@@ -135,7 +135,7 @@ TEST_F(HostileInput, TheLocalFileGoesWhicheverStepOfTheHostStops) {
 
 TEST_F(HostileInput, TheLocalFileGoesWhenTheProgramRefusesOrAnswersWrongly) {
   for (const char* risposta : {"<R><ERRORE>no</ERRORE></R>", "niente di buono", "<!DOCTYPE a><a/>", ""}) {
-    banco_.host.risposta = risposta;
+    banco_.host.reply = risposta;
     for (const Scrittore& scrittore : Scrittori()) {
       EXPECT_THAT(Errore(scrittore.buona), Not(HasSubstr("nessun errore"))) << risposta << " " << scrittore.nome;
       EXPECT_THAT(FileLocali(), IsEmpty()) << risposta << " " << scrittore.nome;
@@ -152,21 +152,19 @@ TEST_F(HostileInput, ARequestThatCannotBeWrittenLeavesNothingAndIsNotSent) {
 }
 
 TEST_F(HostileInput, TheLocalFileGoesAlsoWhenTheMessageCannotBeShown) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   class SenzaBox final : public Desktop {
    public:
-    void MostraBox(std::string_view, std::string_view) override {
-      throw ErroreRuntime(errori::Driver, "Niente schermo");
-    }
-    void ImpostaPuntatore(Puntatore) override { throw ErroreRuntime(errori::Driver, "Niente puntatore"); }
-    void EventiInAttesa() override {}
-    void MostraElenco(FinestraElenco&) override {}
-    void MostraScadenzario(FinestraScadenzario&) override {}
-    void MostraAttesa(std::string_view, int, const std::function<void()>&) override {}
+    void ShowBox(std::string_view, std::string_view) override { throw RuntimeError(errors::Driver, "Niente schermo"); }
+    void SetPointer(Pointer) override { throw RuntimeError(errors::Driver, "Niente puntatore"); }
+    void RunPendingEvents() override {}
+    void ShowList(ListWindow&) override {}
+    void ShowSingleItem(SingleItemWindow&) override {}
+    void ShowWait(std::string_view, int, const std::function<void()>&) override {}
   } desktop;
-  Servizi servizi = lumoscad::servizi();
+  Services servizi = lumoscad::activeServices();
   servizi.desktop = [&]() -> Desktop& { return desktop; };
-  const ServiziSostituiti sostituiti(servizi);
+  const ReplacedServices sostituiti(servizi);
   for (const Scrittore& scrittore : Scrittori()) {
     EXPECT_THAT(Errore(scrittore.buona), HasSubstr("Niente")) << scrittore.nome;
     EXPECT_THAT(FileLocali(), IsEmpty()) << scrittore.nome;
@@ -174,8 +172,8 @@ TEST_F(HostileInput, TheLocalFileGoesAlsoWhenTheMessageCannotBeShown) {
 }
 
 TEST_F(HostileInput, ALinkInTheFilesPlaceStopsTheRequestAndLeavesItsTarget) {
-  const fs::path vittima = fs::path(banco_.ambiente.CartellaLocale) / "vittima";
-  const fs::path collegamento = fs::path(banco_.ambiente.CartellaLocale) / "T0120060305140709";
+  const fs::path vittima = fs::path(banco_.environment.CartellaLocale) / "vittima";
+  const fs::path collegamento = fs::path(banco_.environment.CartellaLocale) / "T0120060305140709";
   fs::create_symlink(vittima, collegamento);
   EXPECT_THAT(Errore(Scrittori().front().buona), HasSubstr("collegamento simbolico"));
   EXPECT_FALSE(fs::exists(vittima));
@@ -186,18 +184,18 @@ TEST_F(HostileInput, ALinkInTheFilesPlaceStopsTheRequestAndLeavesItsTarget) {
 TEST_F(HostileInput, TheFileOfTheDueDatesStaysPrivate) {
   static_cast<void>(ScriviRichiestaScadenze({{"C1", "1", "31/03/2006", "", "30/04/2006"}}));
   ASSERT_THAT(FileLocali(), ElementsAre("T0120060305140709"));
-  const auto permessi = fs::status(fs::path(banco_.ambiente.CartellaLocale) / FileLocali().front()).permissions();
+  const auto permessi = fs::status(fs::path(banco_.environment.CartellaLocale) / FileLocali().front()).permissions();
   EXPECT_EQ(permessi, fs::perms::owner_read | fs::perms::owner_write);
 }
 
 TEST_F(HostileInput, AStrangeAddressReachesTheTransportAsWrittenAndNothingElse) {
   for (const std::string& indirizzo : IndirizziOstili()) {
     banco_.host.host.clear();
-    banco_.host.chiamate.clear();
+    banco_.host.calls.clear();
     EXPECT_EQ(Esegui("-T PRESUNTO /A -D 01 -S A -A 06 -N 1 -H " + indirizzo), "error"); // no database
     EXPECT_THAT(banco_.host.host, Each(indirizzo));
-    ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
-    EXPECT_THAT(banco_.host.chiamate.front(), Each(Not(HasSubstr(indirizzo.empty() ? "-H" : indirizzo))));
+    ASSERT_THAT(banco_.host.calls, SizeIs(1));
+    EXPECT_THAT(banco_.host.calls.front(), Each(Not(HasSubstr(indirizzo.empty() ? "-H" : indirizzo))));
   }
 }
 
@@ -213,10 +211,10 @@ TEST_F(HostileInput, AnEnormousOrStrangeLockTakesTheListAndStopsNothing) {
 
 TEST_F(HostileInput, AValueThatLooksLikeAStatementStaysAValue) {
   const std::string valore = "';DROP--\"`{}";
-  banco_.host.risposta = "<R><MESSAGGIO></MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO></MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A -D 01 -H h -S " + valore + " -E 2006 -N 1"), "error"); // no database
-  ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
-  EXPECT_EQ(banco_.host.chiamate.front().at(2), valore);
+  ASSERT_THAT(banco_.host.calls, SizeIs(1));
+  EXPECT_EQ(banco_.host.calls.front().at(2), valore);
 }
 
 TEST_F(HostileInput, ACommandLineOfAMegabyteIsAnErrorOrNothing) {
@@ -240,12 +238,12 @@ TEST_F(HostileInput, WhatIsNoErrorOfTheComponentBecomesOne) {
     try {
       lancia();
     } catch (...) {
-      return ErroreCorrente().Numero();
+      return CurrentError().Number();
     }
     return 0;
   };
-  EXPECT_EQ(numero([] { throw std::bad_alloc(); }), errori::MemoriaInsufficiente);
-  EXPECT_EQ(numero([] { throw std::length_error("x"); }), errori::ErroreInterno);
-  EXPECT_EQ(numero([] { throw 7; }), errori::ErroreInterno);
-  EXPECT_EQ(numero([] { throw ErroreRuntime(9, "x"); }), 9);
+  EXPECT_EQ(numero([] { throw std::bad_alloc(); }), errors::OutOfMemory);
+  EXPECT_EQ(numero([] { throw std::length_error("x"); }), errors::InternalError);
+  EXPECT_EQ(numero([] { throw 7; }), errors::InternalError);
+  EXPECT_EQ(numero([] { throw RuntimeError(9, "x"); }), 9);
 }

@@ -2,7 +2,7 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
 #include "host/RigaRichiesta.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "screens/RigheGriglia.hpp"
 
 #include <gmock/gmock.h>
@@ -61,7 +61,7 @@ template <typename Prova> void OgniGiorno(Prova prova) {
 
 class ConBanco : public testing::Test {
  protected:
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 using Date = ConBanco;
@@ -210,7 +210,7 @@ TEST(Lines, AreNeverWrittenWithAFieldThatWouldSplitThem) {
     if (campo.find_first_of("\r\n") == std::string::npos) {
       ASSERT_EQ(RigaRichiesta({campo}), campo + "\r\n");
     } else {
-      ASSERT_THROW(static_cast<void>(RigaRichiesta({"prima", campo})), ErroreRuntime);
+      ASSERT_THROW(static_cast<void>(RigaRichiesta({"prima", campo})), RuntimeError);
     }
   }
 }

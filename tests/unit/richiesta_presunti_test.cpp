@@ -1,6 +1,6 @@
 #include "host/Richieste.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -50,9 +50,9 @@ class PresumedRequest : public testing::Test {
     return ScriviRichiestaConsegna("10.0.0.1", "12", variazioni, "PRESUNTI");
   }
   /// The bytes sent last.
-  [[nodiscard]] std::string Inviato() const { return banco.host.inviati.empty() ? "nulla" : banco.host.inviati.back(); }
+  [[nodiscard]] std::string Inviato() const { return banco.host.uploads.empty() ? "nulla" : banco.host.uploads.back(); }
 
-  prova::Banco banco;
+  prova::TestBench banco;
 };
 
 const std::string Nome = "/tmp/T0120060305140709";
@@ -63,14 +63,14 @@ TEST_F(PresumedRequest, WithoutChangesDoesNotContactTheHost) {
   EXPECT_EQ(InviaBanca({}), "");
   EXPECT_EQ(InviaConsegna({}), "");
   EXPECT_THAT(banco.host.operazioni, IsEmpty());
-  EXPECT_THAT(banco.desktop.puntatori, IsEmpty());
+  EXPECT_THAT(banco.desktop.pointers, IsEmpty());
 }
 
 TEST_F(PresumedRequest, OfABankHasTheFormatOfInstalmentsWithoutItemDatesAndNumber) {
   EXPECT_EQ(InviaBanca({CambioBanca()}), "");
   EXPECT_EQ(Inviato(), "C1,,06,123,AB,,,,B1,B2,\r\n");
-  EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos", "",
-                                                           "", "", "", "", "")));
+  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos", "",
+                                                        "", "", "", "", "")));
 }
 
 TEST_F(PresumedRequest, WritesABankThatDoesNotChangeAsEmpty) {
@@ -92,7 +92,7 @@ TEST_F(PresumedRequest, WritesAMissingAndARemovedBankAsNull) {
 TEST_F(PresumedRequest, OfADeliveryHasSevenFieldsAndDatesOfEightDigits) {
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_EQ(Inviato(), "C1,AB,123,06,20060305,20060301,20060306\r\n");
-  EXPECT_THAT(banco.host.chiamate, ElementsAre(ElementsAre("12", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
+  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("12", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
 }
 
 TEST_F(PresumedRequest, WritesAMissingDeliveryDateInZeros) {
@@ -107,38 +107,38 @@ TEST_F(PresumedRequest, HasItsOperationsInThisOrderAndTheLocalFileGoes) {
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_THAT(banco.host.operazioni, ElementsAre("Invia " + Nome, "Rinomina " + Nome + " " + Nome + ".dos",
                                                  "Esegui VB0001", "Cancella " + Nome, "Cancella " + Nome + ".dos"));
-  EXPECT_TRUE(std::filesystem::is_empty(banco.ambiente.CartellaLocale));
-  EXPECT_EQ(banco.desktop.puntatori.front(), Puntatore::Clessidra);
-  EXPECT_EQ(banco.desktop.puntatori.back(), Puntatore::Predefinito);
+  EXPECT_TRUE(std::filesystem::is_empty(banco.environment.CartellaLocale));
+  EXPECT_EQ(banco.desktop.pointers.front(), Pointer::Hourglass);
+  EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);
 }
 
 TEST_F(PresumedRequest, ShowsTheProgramsMessage) {
-  banco.host.risposta = "<RISPOSTA><MESSAGGIO>Consegne aggiornate</MESSAGGIO></RISPOSTA>";
+  banco.host.reply = "<RISPOSTA><MESSAGGIO>Consegne aggiornate</MESSAGGIO></RISPOSTA>";
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_THAT(banco.desktop.box, ElementsAre("Consegne aggiornate"));
 }
 
 TEST_F(PresumedRequest, RaisesAFaultAsATransferError) {
-  banco.host.guasto = [](const std::string& operazione) {
+  banco.host.fault = [](const std::string& operazione) {
     if (operazione.starts_with("Rinomina")) {
-      throw ErroreRuntime(errori::AccessoAlFile, "disco pieno");
+      throw RuntimeError(errors::FileAccess, "disco pieno");
     }
   };
   for (const bool consegna : {true, false}) {
     try {
       static_cast<void>(consegna ? InviaConsegna({CambioConsegna()}) : InviaBanca({CambioBanca()}));
       ADD_FAILURE() << "la richiesta è riuscita";
-    } catch (const ErroreRuntime& errore) {
-      EXPECT_EQ(errore.Numero(), -2147220905);
-      EXPECT_EQ(errore.Descrizione(), "75 disco pieno");
+    } catch (const RuntimeError& errore) {
+      EXPECT_EQ(errore.Number(), -2147220905);
+      EXPECT_EQ(errore.Description(), "75 disco pieno");
     }
   }
-  EXPECT_TRUE(std::filesystem::is_empty(banco.ambiente.CartellaLocale));
+  EXPECT_TRUE(std::filesystem::is_empty(banco.environment.CartellaLocale));
 }
 
 TEST_F(PresumedRequest, StopsBeforeTheHostAtADateThatIsNone) {
   VariazioneConsegna v = CambioConsegna();
   v.NuovaConsegna = "domani";
-  EXPECT_THROW(static_cast<void>(InviaConsegna({v})), ErroreRuntime);
+  EXPECT_THROW(static_cast<void>(InviaConsegna({v})), RuntimeError);
   EXPECT_THAT(banco.host.operazioni, testing::Not(testing::Contains("Esegui VB0001")));
 }

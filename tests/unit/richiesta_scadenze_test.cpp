@@ -1,8 +1,8 @@
 #include "common/Stato.hpp"
 #include "host/RichiestaScadenze.hpp"
 #include "host/Risposte.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <filesystem>
 #include <fstream>
@@ -35,17 +35,17 @@ class DueDatesRequest : public testing::Test {
   }
   /// Without a database the reply actions answer "error", which tells that they ran.
   std::string Invia(const std::vector<RigaScadenze>& righe) { return ScriviRichiestaScadenze(righe); }
-  [[nodiscard]] std::string FileLocale() const { return banco_.ambiente.CartellaLocale + "/" + Nome; }
+  [[nodiscard]] std::string FileLocale() const { return banco_.environment.CartellaLocale + "/" + Nome; }
   int Fallisce(const std::vector<RigaScadenze>& righe) {
     try {
       static_cast<void>(Invia(righe));
-    } catch (const ErroreRuntime& errore) {
-      return errore.Numero();
+    } catch (const RuntimeError& errore) {
+      return errore.Number();
     }
     return 0;
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 std::string Leggi(const std::string& percorso) {
@@ -57,7 +57,7 @@ std::string Leggi(const std::string& percorso) {
 
 TEST_F(DueDatesRequest, HasLinesOfAccountItemOriginalAndNewDueDateInEightDigits) {
   EXPECT_EQ(Invia({Prima, Seconda}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C10,2006   15,20060228,20060405\r\n"
                                                "C10,2006   15,20060331,20060510\r\n"));
 }
 
@@ -65,7 +65,7 @@ TEST_F(DueDatesRequest, LeavesOutRowsWithoutANewDueDate) {
   RigaScadenze inBianco = SenzaNuova;
   inBianco.nuovaScadenza = "  ";
   EXPECT_EQ(Invia({SenzaNuova, Prima, inBianco}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060405\r\n"));
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C10,2006   15,20060228,20060405\r\n"));
 }
 
 TEST_F(DueDatesRequest, WithoutRowsLeavesAFileThatHasItsNameAlone) {
@@ -78,7 +78,7 @@ TEST_F(DueDatesRequest, SendsARowWhoseNewDateEqualsThePresentOne) {
   RigaScadenze uguale = Prima;
   uguale.nuovaScadenza = uguale.scadenza;
   EXPECT_EQ(Invia({uguale}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,20060228,20060331\r\n"));
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C10,2006   15,20060228,20060331\r\n"));
   const ElenchiScadenze elenchi = ComponiRichiestaScadenze({Seconda, uguale}, "");
   EXPECT_THAT(std::vector<std::string>(elenchi.database.begin() + 5, elenchi.database.begin() + 12),
               ElementsAre("1", "20060430", "20060510", "1", "20060331", "20060331", ""));
@@ -96,7 +96,7 @@ TEST_F(DueDatesRequest, GivesTheReplyActionsAListOfTheirOwn) {
 }
 
 TEST_F(DueDatesRequest, HasAHundredAndOneParameters) {
-  banco_.ambiente.CodicePostazione = " T01 ";
+  banco_.environment.CodicePostazione = " T01 ";
   EXPECT_EQ(Invia({Prima}), "error");
   std::vector<std::string> attesi(101);
   attesi[0] = "01";
@@ -104,7 +104,7 @@ TEST_F(DueDatesRequest, HasAHundredAndOneParameters) {
   attesi[2] = "BANCA";
   attesi[3] = " T01 ";
   attesi[4] = "/tmp/T0120060305140709.dos";
-  EXPECT_THAT(banco_.host.chiamate, ElementsAre(attesi));
+  EXPECT_THAT(banco_.host.calls, ElementsAre(attesi));
 }
 
 TEST_F(DueDatesRequest, HasItsOperationsInThisOrder) {
@@ -114,8 +114,8 @@ TEST_F(DueDatesRequest, HasItsOperationsInThisOrder) {
               ElementsAre("Invia " + remoto, "Rinomina " + remoto + " " + remoto + ".dos", "Esegui VB0001",
                           "Cancella " + remoto, "Cancella " + remoto + ".dos"));
   EXPECT_THAT(banco_.host.host, Each("10.0.0.1"));
-  EXPECT_THAT(banco_.desktop.puntatori, ElementsAre(Puntatore::Clessidra, Puntatore::Predefinito));
-  EXPECT_EQ(banco_.desktop.respiri, 2U);
+  EXPECT_THAT(banco_.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Standard));
+  EXPECT_EQ(banco_.desktop.breaths, 2U);
 }
 
 TEST_F(DueDatesRequest, LeavesTheLocalFile) {
@@ -135,8 +135,8 @@ TEST_F(DueDatesRequest, WithoutNewDueDatesDoesNotContactTheHost) {
 TEST_F(DueDatesRequest, TakesThirtyTwoRows) {
   const std::vector<RigaScadenze> righe(32, Prima);
   EXPECT_EQ(Invia(righe), "error");
-  ASSERT_THAT(banco_.host.inviati, SizeIs(1));
-  EXPECT_EQ(banco_.host.inviati[0].size(), 32 * std::string("C10,2006   15,20060228,20060405\r\n").size());
+  ASSERT_THAT(banco_.host.uploads, SizeIs(1));
+  EXPECT_EQ(banco_.host.uploads[0].size(), 32 * std::string("C10,2006   15,20060228,20060405\r\n").size());
 }
 
 TEST_F(DueDatesRequest, RaisesAnIndexErrorAtTheThirtyThird) {
@@ -148,7 +148,7 @@ TEST_F(DueDatesRequest, DoesNotCountBlankRowsTowardsItsLimit) {
   std::vector<RigaScadenze> righe(32, Prima);
   righe.insert(righe.begin(), 50, SenzaNuova);
   EXPECT_EQ(Invia(righe), "error");
-  EXPECT_THAT(banco_.host.chiamate, SizeIs(1));
+  EXPECT_THAT(banco_.host.calls, SizeIs(1));
 }
 
 TEST_F(DueDatesRequest, StopsBeforeTheHostAtADateThatCannotBeSplit) {
@@ -162,14 +162,14 @@ TEST_F(DueDatesRequest, WritesAMissingOriginalDueDateAsEightZeros) {
   RigaScadenze riga = Prima;
   riga.scadenzaOrig = "";
   EXPECT_EQ(Invia({riga}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C10,2006   15,00000000,20060405\r\n"));
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C10,2006   15,00000000,20060405\r\n"));
 }
 
 TEST_F(DueDatesRequest, WritesACommaInAFieldAsItIs) {
   RigaScadenze riga = Prima;
   riga.conto = "C1,0";
   EXPECT_EQ(Invia({riga}), "error");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C1,0,2006   15,20060228,20060405\r\n"));
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C1,0,2006   15,20060228,20060405\r\n"));
 }
 
 TEST_F(DueDatesRequest, StopsBeforeTheHostAtALineBreakInAField) {
@@ -180,7 +180,7 @@ TEST_F(DueDatesRequest, StopsBeforeTheHostAtALineBreakInAField) {
 }
 
 TEST_F(DueDatesRequest, GivesTheReplyToANewItemAndTheActionsToANewMessage) {
-  banco_.host.risposta = "<R><CONTO>C10</CONTO><ERRORE>no</ERRORE><SCADENZE><S><IMPORTO>5</IMPORTO></S></SCADENZE></R>";
+  banco_.host.reply = "<R><CONTO>C10</CONTO><ERRORE>no</ERRORE><SCADENZE><S><IMPORTO>5</IMPORTO></S></SCADENZE></R>";
   EXPECT_EQ(Invia({Prima}), "error");
   const auto risposta = stato().Risposta;
   const auto partita = stato().RispostaPartita;
@@ -196,9 +196,9 @@ TEST_F(DueDatesRequest, GivesTheReplyToANewItemAndTheActionsToANewMessage) {
 }
 
 TEST_F(DueDatesRequest, LetsAFaultRiseAndLeavesTheFilesOnTheHost) {
-  banco_.host.guasto = [](const std::string& operazione) {
+  banco_.host.fault = [](const std::string& operazione) {
     if (operazione.rfind("Esegui", 0) == 0) {
-      throw ErroreRuntime(errori::AccessoAlFile, "Guasto");
+      throw RuntimeError(errors::FileAccess, "Guasto");
     }
   };
   EXPECT_EQ(Fallisce({Prima}), 75);
@@ -207,16 +207,16 @@ TEST_F(DueDatesRequest, LetsAFaultRiseAndLeavesTheFilesOnTheHost) {
 }
 
 TEST_F(DueDatesRequest, SaysAfterAFailedCleanUpThatTheHostAcceptedThoughTheDatabaseDidNot) {
-  banco_.host.guasto = [](const std::string& operazione) {
+  banco_.host.fault = [](const std::string& operazione) {
     if (operazione.starts_with("Cancella")) {
-      throw ErroreRuntime(errori::AccessoAlFile, "Guasto.");
+      throw RuntimeError(errors::FileAccess, "Guasto.");
     }
   };
   try {
     static_cast<void>(Invia({Prima}));
     FAIL() << "no failure";
-  } catch (const ErroreRuntime& errore) {
-    EXPECT_EQ(errore.Descrizione(), "Guasto.");
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Description(), "Guasto.");
   }
   EXPECT_THAT(stato().andamento.Frase(), StartsWith("L'host ha già accettato la modifica; la base dati non ne ha "
                                                     "registrato nulla. Da allineare: partita "));

@@ -1,9 +1,9 @@
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "host/Richieste.hpp"
-#include "platform/Errore.hpp"
-#include "platform/Servizi.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
+#include "support/TestBench.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -41,32 +41,32 @@ class BankRequest : public testing::Test {
   std::string Invia(const VariazioneCanalizzazione& variazione) { return Invia(VariazioniCanalizzazione{variazione}); }
   /// The one line sent for `variazione`.
   std::string Riga(const VariazioneCanalizzazione& variazione) {
-    banco_.host.inviati.clear();
+    banco_.host.uploads.clear();
     EXPECT_EQ(Invia(variazione), "");
-    return banco_.host.inviati.empty() ? "nulla" : banco_.host.inviati.front();
+    return banco_.host.uploads.empty() ? "nulla" : banco_.host.uploads.front();
   }
   /// The text that the request fails with; it must carry the number of a transfer error.
   std::string Fallisce(const VariazioneCanalizzazione& variazione) {
     try {
       static_cast<void>(Invia(variazione));
-    } catch (const ErroreRuntime& errore) {
-      EXPECT_EQ(errore.Numero(), -2147220905);
-      return errore.Descrizione();
+    } catch (const RuntimeError& errore) {
+      EXPECT_EQ(errore.Number(), -2147220905);
+      return errore.Description();
     }
     ADD_FAILURE() << "la richiesta è riuscita";
     return "";
   }
   /// The request fails at the host operation that begins with `operazione`.
   void GuastoA(const std::string& operazione) {
-    banco_.host.guasto = [operazione](const std::string& chiesta) {
+    banco_.host.fault = [operazione](const std::string& chiesta) {
       if (chiesta.rfind(operazione, 0) == 0) {
-        throw ErroreRuntime(errori::AccessoAlFile, "Guasto: " + operazione);
+        throw RuntimeError(errors::FileAccess, "Guasto: " + operazione);
       }
     };
   }
-  [[nodiscard]] bool NienteInLocale() const { return std::filesystem::is_empty(banco_.ambiente.CartellaLocale); }
+  [[nodiscard]] bool NienteInLocale() const { return std::filesystem::is_empty(banco_.environment.CartellaLocale); }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 const std::string Nome = "/tmp/T0120060305140709";
@@ -76,7 +76,7 @@ const std::string Nome = "/tmp/T0120060305140709";
 TEST_F(BankRequest, WithoutChangesDoesNotContactTheHost) {
   EXPECT_EQ(Invia(VariazioniCanalizzazione{}), "");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  EXPECT_THAT(banco_.desktop.puntatori, IsEmpty());
+  EXPECT_THAT(banco_.desktop.pointers, IsEmpty());
   EXPECT_TRUE(NienteInLocale());
 }
 
@@ -91,16 +91,16 @@ TEST_F(BankRequest, HasItsOperationsInThisOrder) {
 
 TEST_F(BankRequest, HandsTheProgramElevenParameters) {
   EXPECT_EQ(Invia(CambioScadenza()), "");
-  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
-                                                            "", "", "", "", "")));
+  EXPECT_THAT(banco_.host.calls, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "CREDITI", "T01", Nome + ".dos", "",
+                                                         "", "", "", "", "")));
 }
 
 TEST_F(BankRequest, HasTheWorkstationWithoutBlanksInNameAndParameters) {
-  banco_.ambiente.CodicePostazione = "  T 9 ";
+  banco_.environment.CodicePostazione = "  T 9 ";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/T 920060305140709");
-  ASSERT_THAT(banco_.host.chiamate, SizeIs(1));
-  EXPECT_EQ(banco_.host.chiamate[0][3], "T 9");
+  ASSERT_THAT(banco_.host.calls, SizeIs(1));
+  EXPECT_EQ(banco_.host.calls[0][3], "T 9");
 }
 
 TEST_F(BankRequest, HasTheNameOfAnotherOfTheSameSecond) {
@@ -157,7 +157,7 @@ TEST_F(BankRequest, GivesEachChangeItsLineInTheGivenOrder) {
   VariazioneCanalizzazione seconda = CambioScadenza();
   seconda.CodiceConto = "C200";
   EXPECT_EQ(Invia({CambioScadenza(), seconda}), "");
-  EXPECT_THAT(banco_.host.inviati, ElementsAre("C100,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
+  EXPECT_THAT(banco_.host.uploads, ElementsAre("C100,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"
                                                "C200,2006 15,,,,20060331,20060331,20060405,B1,,1\r\n"));
 }
 
@@ -187,33 +187,33 @@ TEST_F(BankRequest, StopsBeforeTheHostAtADateThatCannotBeSplit) {
 }
 
 TEST_F(BankRequest, ShowsTheHostsMessage) {
-  banco_.host.risposta = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Variate 1 scadenze</MESSAGGIO></R>";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Variate 1 scadenze"));
-  EXPECT_THAT(banco_.desktop.titoli, ElementsAre("LumoScad"));
+  EXPECT_THAT(banco_.desktop.titles, ElementsAre("LumoScad"));
 }
 
 TEST_F(BankRequest, DoesNotShowABlankMessage) {
-  banco_.host.risposta = "<R><MESSAGGIO>   </MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>   </MESSAGGIO></R>";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
 TEST_F(BankRequest, RaisesTheHostsRefusalWithItsText) {
-  banco_.host.risposta = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>Riga 1: conto inesistente</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "Riga 1: conto inesistente");
   EXPECT_THAT(banco_.host.file, IsEmpty()) << "i file sull'host si cancellano anche dopo un rifiuto";
   EXPECT_TRUE(NienteInLocale());
 }
 
 TEST_F(BankRequest, ShowsTheMessageOfARefusalAllTheSame) {
-  banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "no");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("nota"));
 }
 
 TEST_F(BankRequest, RaisesABlankRefusalAlsoWithoutAText) {
-  banco_.host.risposta = "<R><ERRORE> </ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE> </ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), " ");
 }
 
@@ -224,12 +224,12 @@ TEST_F(BankRequest, RaisesEachFailedStepWithNumberAndText) {
     EXPECT_THAT(Fallisce(CambioScadenza()), StartsWith(std::string("75 Guasto: ") + passo));
     EXPECT_THAT(banco_.host.operazioni.back(), StartsWith(passo)) << "dopo il guasto non si chiede altro all'host";
     EXPECT_TRUE(NienteInLocale()) << passo;
-    EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito) << passo;
+    EXPECT_EQ(banco_.desktop.pointers.back(), Pointer::Standard) << passo;
   }
 }
 
 TEST_F(BankRequest, TellsTheSourceOfAFaultWithoutADescription) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(errori::RicercaFallita, "", "CONTO INESISTENTE"); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(errors::SearchFailed, "", "CONTO INESISTENTE"); };
   EXPECT_EQ(Fallisce(CambioScadenza()), "-2147220990 CONTO INESISTENTE");
 }
 
@@ -243,10 +243,10 @@ TEST_F(BankRequest, TellsAfterAFailedCleanUpThatTheHostHasAccepted) {
 
 TEST_F(BankRequest, DoesNotLoseTheRefusalAfterAFailedCleanUp) {
   GuastoA("Cancella");
-  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Fallisce(CambioScadenza()), "75 Guasto: Cancella");
   EXPECT_EQ(stato().andamento.Frase(), "L'host ha rifiutato la richiesta: no");
-  banco_.host.risposta = "<R><ERRORE><![CDATA[\n]]></ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE><![CDATA[\n]]></ERRORE></R>";
   Fallisce(CambioScadenza());
   EXPECT_EQ(stato().andamento.Frase(), "L'host ha rifiutato la richiesta: \n")
       << "le azioni lo prendono per un rifiuto";
@@ -259,44 +259,44 @@ TEST_F(BankRequest, LeavesTheFilesOnTheHostAfterAnInterruptedCall) {
 }
 
 TEST_F(BankRequest, FailsOnAnUnreadableReply) {
-  banco_.host.risposta = "<R><ERRORE>";
+  banco_.host.reply = "<R><ERRORE>";
   EXPECT_NE(Fallisce(CambioScadenza()), "");
   EXPECT_TRUE(NienteInLocale());
 }
 
 TEST_F(BankRequest, FailsWithoutALocalDirectory) {
-  const std::string cartella = banco_.ambiente.CartellaLocale;
-  banco_.ambiente.CartellaLocale = cartella + "/che-non-esiste";
+  const std::string cartella = banco_.environment.CartellaLocale;
+  banco_.environment.CartellaLocale = cartella + "/che-non-esiste";
   EXPECT_THAT(Fallisce(CambioScadenza()), StartsWith("53 "));
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  banco_.ambiente.CartellaLocale = cartella;
+  banco_.environment.CartellaLocale = cartella;
 }
 
 TEST_F(BankRequest, FailsWithoutAnEnvironment) {
-  servizi().ambiente = []() -> const nexaro::Ambiente& {
-    throw ErroreRuntime(errori::AccessoAlFile, "Cartella locale non sicura");
+  activeServices().environment = []() -> const nexaro::Environment& {
+    throw RuntimeError(errors::FileAccess, "Cartella locale non sicura");
   };
   EXPECT_EQ(Fallisce(CambioScadenza()), "75 Cartella locale non sicura");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
+  EXPECT_EQ(banco_.desktop.pointers.back(), Pointer::Standard);
 }
 
 TEST_F(BankRequest, ShowsTheHourglassWhileItWorks) {
-  Puntatore durante = Puntatore::Predefinito;
-  banco_.host.guasto = [&](const std::string&) { durante = banco_.desktop.puntatori.back(); };
+  Pointer durante = Pointer::Standard;
+  banco_.host.fault = [&](const std::string&) { durante = banco_.desktop.pointers.back(); };
   EXPECT_EQ(Invia(CambioScadenza()), "");
-  EXPECT_EQ(durante, Puntatore::Clessidra);
-  EXPECT_EQ(banco_.desktop.puntatori.back(), Puntatore::Predefinito);
-  EXPECT_EQ(banco_.desktop.respiri, banco_.desktop.puntatori.size());
+  EXPECT_EQ(durante, Pointer::Hourglass);
+  EXPECT_EQ(banco_.desktop.pointers.back(), Pointer::Standard);
+  EXPECT_EQ(banco_.desktop.breaths, banco_.desktop.pointers.size());
 }
 
 TEST_F(BankRequest, HasAReplyOfItsOwn) {
-  banco_.host.risposta = "<R><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   Fallisce(CambioScadenza());
   const auto prima = stato().Risposta;
   ASSERT_NE(prima, nullptr);
   EXPECT_EQ(prima->Errore, "no");
-  banco_.host.risposta = "<R/>";
+  banco_.host.reply = "<R/>";
   EXPECT_EQ(Invia(CambioScadenza()), "");
   EXPECT_NE(stato().Risposta, prima);
   EXPECT_EQ(stato().Risposta->Errore, "");

@@ -9,7 +9,7 @@ using namespace lumoscad;
 namespace {
 
 void Consegna(MsgAnnulla& risposta, std::string_view documento) {
-  risposta.XMLParser.Consegna(xml::Leggi(documento));
+  risposta.XMLParser.Consegna(xml::Read(documento));
 }
 
 } // namespace

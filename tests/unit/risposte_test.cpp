@@ -14,7 +14,7 @@ using testing::IsEmpty;
 namespace {
 
 template <typename Classe> void Consegna(Classe& risposta, std::string_view documento) {
-  risposta.XMLParser.Consegna(xml::Leggi(documento));
+  risposta.XMLParser.Consegna(xml::Read(documento));
 }
 
 std::vector<std::string> Testi(const Scadenza& s) {

@@ -2,8 +2,8 @@
 #include "common/Utilities.hpp"
 #include "host/Richieste.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,19 +14,19 @@ namespace {
 /// A desktop whose pointer works and whose boxes do not.
 class SenzaBox final : public Desktop {
  public:
-  void MostraBox(std::string_view, std::string_view) override {
-    throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile");
+  void ShowBox(std::string_view, std::string_view) override {
+    throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile");
   }
-  void ImpostaPuntatore(Puntatore) override {}
-  void EventiInAttesa() override {}
-  void MostraElenco(FinestraElenco&) override {}
-  void MostraScadenzario(FinestraScadenzario&) override {}
-  void MostraAttesa(std::string_view, int, const std::function<void()>& lavoro) override { lavoro(); }
+  void SetPointer(Pointer) override {}
+  void RunPendingEvents() override {}
+  void ShowList(ListWindow&) override {}
+  void ShowSingleItem(SingleItemWindow&) override {}
+  void ShowWait(std::string_view, int, const std::function<void()>& lavoro) override { lavoro(); }
 };
 
 TEST(WithoutADesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
-  prova::Banco banco;
-  servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
+  prova::TestBench banco;
+  activeServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
   testing::internal::CaptureStderr();
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T"), "error");
   const std::string scritto = testing::internal::GetCapturedStderr();
@@ -38,7 +38,9 @@ TEST(WithoutADesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
 class Senza {
  public:
   Senza() {
-    servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
+    activeServices().desktop = []() -> Desktop& {
+      throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile");
+    };
     testing::internal::CaptureStderr();
   }
   Senza(const Senza&) = delete;
@@ -53,7 +55,7 @@ class Senza {
     return testing::internal::GetCapturedStderr();
   }
 
-  prova::Banco banco;
+  prova::TestBench banco;
 
  private:
   bool letto_ = false;
@@ -101,7 +103,7 @@ TEST(WithoutADesktop, ARefusedDateRaisesNothing) {
 
 TEST(WithoutADesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
   Senza senza;
-  servizi().adesso = []() -> DataOra { throw ErroreRuntime(errori::ErroreInterno, "Senza orologio"); };
+  activeServices().localTime = []() -> DateTime { throw RuntimeError(errors::InternalError, "Senza orologio"); };
   std::string controllata;
   EXPECT_NO_THROW(controllata = Utilities::ControllaData("15/01"));
   EXPECT_EQ(controllata, " ");
@@ -109,8 +111,8 @@ TEST(WithoutADesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
 
 TEST(WithoutADesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatTheHostAccepted) {
   Senza senza;
-  senza.banco.host.risposta = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
-  servizi().desktop = [&]() -> Desktop& {
+  senza.banco.host.reply = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
+  activeServices().desktop = [&]() -> Desktop& {
     static SenzaBox desktop;
     return desktop;
   };
@@ -121,10 +123,10 @@ TEST(WithoutADesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatT
 }
 
 TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
-  prova::Banco banco;
-  servizi().desktop = []() -> Desktop& {
-    throw ErroreRuntime(errori::Driver, "Schermo\x1B[2J\xC2\x9B"
-                                        "2J negato");
+  prova::TestBench banco;
+  activeServices().desktop = []() -> Desktop& {
+    throw RuntimeError(errors::Driver, "Schermo\x1B[2J\xC2\x9B"
+                                       "2J negato");
   };
   testing::internal::CaptureStderr();
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T"), "error");
@@ -132,8 +134,8 @@ TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
 }
 
 TEST(WithoutADesktop, ACommandThatShowsNothingNeedsNone) {
-  prova::Banco banco;
-  servizi().desktop = []() -> Desktop& { throw ErroreRuntime(errori::Driver, "Nessuno schermo raggiungibile"); };
+  prova::TestBench banco;
+  activeServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T ALTRO /A"), "");
 }
 

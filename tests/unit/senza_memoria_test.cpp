@@ -3,8 +3,8 @@
 #include "common/Messaggi.hpp"
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <atomic>
 #include <cstdlib>
@@ -43,7 +43,7 @@ class WithoutMemory : public testing::Test {
 
   /// What the standard error has after a command that fails with `errore`.
   template <class Errore> std::string Scritto(Errore errore) {
-    servizi().ambiente = [&errore]() -> const nexaro::Ambiente& {
+    activeServices().environment = [&errore]() -> const nexaro::Environment& {
       stato().andamento.Comincia("conto 1");
       stato().andamento.Accettata();
       memoriaFinita = true;
@@ -59,7 +59,7 @@ class WithoutMemory : public testing::Test {
   /// What is known of that change.
   static std::string Saputo() { return std::string(stato().andamento.Frase()); }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 TEST_F(WithoutMemory, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown) {
@@ -68,14 +68,14 @@ TEST_F(WithoutMemory, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown)
     testo += "\nUPDATE scadenze SET banca = 'Società' WHERE conto = " + std::to_string(riga);
   }
   const std::string detto =
-      Scritto(ErroreRuntime(errori::Driver, testo).ConNota("La base dati non risponde più da trenta secondi."));
+      Scritto(RuntimeError(errors::Driver, testo).WithNote("La base dati non risponde più da trenta secondi."));
   ASSERT_THAT(Saputo(), testing::HasSubstr("conto 1"));
   EXPECT_EQ(detto,
             "LumoScad: -2147467259 " + testo + " La base dati non risponde più da trenta secondi. " + Saputo() + "\n");
 }
 
 TEST_F(WithoutMemory, AFailureWithoutANoteHasNoGapInItsPlace) {
-  EXPECT_EQ(Scritto(ErroreRuntime(errori::IndiceNonValido, "Indice")), "LumoScad: 9 Indice " + Saputo() + "\n");
+  EXPECT_EQ(Scritto(RuntimeError(errors::SubscriptOutOfRange, "Indice")), "LumoScad: 9 Indice " + Saputo() + "\n");
 }
 
 TEST_F(WithoutMemory, AForeignFailureKeepsItsText) {

@@ -2,8 +2,8 @@
 #include "database/procedureLumoDB2.hpp"
 #include "handlers/ModuloMain.hpp"
 #include "lumoscad/LumoScadenze.hpp"
-#include "platform/Errore.hpp"
-#include "support/Prova.hpp"
+#include "platform/RuntimeError.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,22 +26,22 @@ constexpr const char* Rifiuto = "<R><ERRORE>Conto bloccato</ERRORE></R>";
 /// tested with one.
 class WithoutAScreen : public testing::Test {
  protected:
-  WithoutAScreen() { banco_.host.risposta = Rifiuto; }
+  WithoutAScreen() { banco_.host.reply = Rifiuto; }
 
   std::string Esegui(const std::string& comando) { return LumoScadenze().EseguiLumoScad(comando); }
   /// The parameters of the one call that `comando` makes.
   std::vector<std::string> Chiamata(const std::string& comando) {
-    banco_.host.chiamate.clear();
+    banco_.host.calls.clear();
     EXPECT_EQ(Esegui(comando), "error");
-    EXPECT_THAT(banco_.host.chiamate, SizeIs(1)) << comando;
-    return banco_.host.chiamate.empty() ? std::vector<std::string>() : banco_.host.chiamate.front();
+    EXPECT_THAT(banco_.host.calls, SizeIs(1)) << comando;
+    return banco_.host.calls.empty() ? std::vector<std::string>() : banco_.host.calls.front();
   }
   void NienteInviato() const {
     EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-    EXPECT_THAT(banco_.desktop.attese, IsEmpty());
+    EXPECT_THAT(banco_.desktop.waits, IsEmpty());
   }
 
-  prova::Banco banco_;
+  prova::TestBench banco_;
 };
 
 } // namespace
@@ -72,7 +72,7 @@ TEST_F(WithoutAScreen, TheExtraSendsSixParameters) {
 }
 
 TEST_F(WithoutAScreen, TheWorkstationGoesAsWritten) {
-  banco_.ambiente.CodicePostazione = " T 9 ";
+  banco_.environment.CodicePostazione = " T 9 ";
   EXPECT_EQ(Chiamata("-T SOSPESO /A -C C -P A 1")[4], " T 9 ");
   EXPECT_EQ(Chiamata("-T PRESUNTO /A -S A -A 06 -N 1")[5], " T 9 ");
 }
@@ -92,7 +92,7 @@ TEST_F(WithoutAScreen, ADemonstrationShowsItsMessageAndSendsNothing) {
   EXPECT_THAT(banco_.desktop.box, ElementsAre("La partita è stata sospesa", "La partita è stata riattivata",
                                               "Il movimento è stato annullato", "Il documento è stato sospeso ",
                                               "Il documento è stato riattivato"));
-  EXPECT_THAT(banco_.desktop.titoli, Each("LumoScad"));
+  EXPECT_THAT(banco_.desktop.titles, Each("LumoScad"));
   NienteInviato();
 }
 
@@ -135,8 +135,8 @@ TEST_F(WithoutAScreen, TheTypeOfASuspensionIsKeptInUpperCaseAlsoWhereItsLineFail
 TEST_F(WithoutAScreen, TheRequestsOfAnOpenItemTakeTheirValuesAsArguments) {
   EXPECT_EQ(ModuloMain::RichiestaSospensione("07", "10.0.0.9", "C77", "AB9", "AB   9"), "error");
   EXPECT_EQ(ModuloMain::RichiestaRiattivazione("07", "10.0.0.9", "C77", "AB9", "AB   9"), "error");
-  EXPECT_THAT(banco_.host.chiamate, ElementsAre(ElementsAre("07", "SOSPESOCREA", "C77", "AB9", "T01", ""),
-                                                ElementsAre("07", "SOSPESOCANCELLA", "C77", "AB9", "")));
+  EXPECT_THAT(banco_.host.calls, ElementsAre(ElementsAre("07", "SOSPESOCREA", "C77", "AB9", "T01", ""),
+                                             ElementsAre("07", "SOSPESOCANCELLA", "C77", "AB9", "")));
 }
 
 TEST_F(WithoutAScreen, ADemonstrationReadsTheOptionsAllTheSame) {
@@ -198,9 +198,9 @@ TEST_F(WithoutAScreen, AnOptionWithoutAValueIsAnErrorAndSendsNothing) {
 
 TEST_F(WithoutAScreen, ASubcommandWrittenTwiceSendsTwoRequests) {
   EXPECT_EQ(Esegui("-T SOSPESO /A /D -D 01 -C C -P A 1"), "error");
-  ASSERT_THAT(banco_.host.chiamate, SizeIs(2));
-  EXPECT_EQ(banco_.host.chiamate[0][1], "SOSPESOCREA");
-  EXPECT_EQ(banco_.host.chiamate[1][1], "SOSPESOCANCELLA");
+  ASSERT_THAT(banco_.host.calls, SizeIs(2));
+  EXPECT_EQ(banco_.host.calls[0][1], "SOSPESOCREA");
+  EXPECT_EQ(banco_.host.calls[1][1], "SOSPESOCANCELLA");
 }
 
 TEST_F(WithoutAScreen, EachRequestShowsTheWaitAndHasAReplyOfItsOwn) {
@@ -212,18 +212,18 @@ TEST_F(WithoutAScreen, EachRequestShowsTheWaitAndHasAReplyOfItsOwn) {
     EXPECT_EQ(stato().Risposta->Errore, "Conto bloccato");
     risposte.push_back(stato().Risposta);
   }
-  EXPECT_THAT(banco_.desktop.attese, testing::AllOf(SizeIs(5), Each("Attendere, sto variando il movimento")));
-  EXPECT_THAT(banco_.desktop.intervalli, Each(200));
+  EXPECT_THAT(banco_.desktop.waits, testing::AllOf(SizeIs(5), Each("Attendere, sto variando il movimento")));
+  EXPECT_THAT(banco_.desktop.intervals, Each(200));
 }
 
 TEST_F(WithoutAScreen, ARefusalIsShownAndIsAnError) {
   EXPECT_EQ(Esegui("-T SOSPESO /A -C BLOCCATO -P A 1"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Conto bloccato"));
-  EXPECT_THAT(banco_.istruzioni, IsEmpty()) << "la base dati non si tocca";
+  EXPECT_THAT(banco_.statements, IsEmpty()) << "la base dati non si tocca";
 }
 
 TEST_F(WithoutAScreen, OfTwoTextsTheErrorIsShownBeforeTheMessage) {
-  banco_.host.risposta = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><MESSAGGIO>nota</MESSAGGIO><ERRORE>no</ERRORE></R>";
   for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
     banco_.desktop.box.clear();
     EXPECT_EQ(Esegui(comando), "error") << comando;
@@ -232,30 +232,30 @@ TEST_F(WithoutAScreen, OfTwoTextsTheErrorIsShownBeforeTheMessage) {
 }
 
 TEST_F(WithoutAScreen, AMessageOfBlanksAloneIsNotShown) {
-  banco_.host.risposta = "<R><MESSAGGIO>  </MESSAGGIO><ERRORE>no</ERRORE></R>";
+  banco_.host.reply = "<R><MESSAGGIO>  </MESSAGGIO><ERRORE>no</ERRORE></R>";
   EXPECT_EQ(Esegui("-T EXTRA /A"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("no"));
 }
 
 TEST_F(WithoutAScreen, WithABrokenLinkNumberAndTextAreTold) {
-  banco_.host.guasto = [](const std::string&) { throw ErroreRuntime(-2147024891, "Host non raggiungibile"); };
+  banco_.host.fault = [](const std::string&) { throw RuntimeError(-2147024891, "Host non raggiungibile"); };
   for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
     banco_.desktop.box.clear();
     EXPECT_EQ(Esegui(comando), "error") << comando;
     EXPECT_THAT(banco_.desktop.box, ElementsAre("-2147024891\r\nHost non raggiungibile")) << comando;
   }
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
 }
 
 TEST_F(WithoutAScreen, WithAnUnreadableReplyTheCommandSaysError) {
-  banco_.host.risposta = "<R><ERRORE>";
+  banco_.host.reply = "<R><ERRORE>";
   EXPECT_EQ(Esegui("-T EXTRA /A"), "error");
   EXPECT_THAT(banco_.desktop.box, SizeIs(1));
-  EXPECT_THAT(banco_.istruzioni, IsEmpty());
+  EXPECT_THAT(banco_.statements, IsEmpty());
 }
 
 TEST_F(WithoutAScreen, AcceptedByTheHostButWithoutADatabaseTheReasonIsTold) {
-  banco_.host.risposta = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
+  banco_.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   EXPECT_EQ(Esegui("-T SOSPESO /A -D 01 -C C10 -P A 1 -DB2SOURCE CHE-NON-ESISTE"), "error");
   EXPECT_THAT(banco_.desktop.box, ElementsAre(testing::AllOf(StartsWith("ERRORE: "), HasSubstr("\r\n")), "Fatto"));
 }

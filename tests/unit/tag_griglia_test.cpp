@@ -1,6 +1,6 @@
 #include "screens/FormConsegna.hpp"
 #include "screens/FormPresunti.hpp"
-#include "support/Prova.hpp"
+#include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
 
@@ -31,7 +31,7 @@ template <class Form> class ListaNonCaricata {
     return std::string(griglia.Righe.Testo(0, nuova_)) + (griglia.Righe.Spuntata(0, 0) ? "|x" : "|");
   }
 
-  prova::Banco banco;
+  prova::TestBench banco;
   Form form;
   Griglia& griglia = form.griglia();
 
@@ -44,7 +44,7 @@ TEST(ListTag, EmptyLetsNoStepOfThePresumedDocumentsEdit) {
   lista.griglia.Modo = "PRESUNTI";
   lista.Gioca();
   EXPECT_EQ(lista.Nuova(), "|");
-  EXPECT_FALSE(lista.griglia.Stato().banca.visibile);
+  EXPECT_FALSE(lista.griglia.Stato().bank.visible);
   lista.griglia.Tag = "CONSEGNA";
   lista.Gioca();
   EXPECT_EQ(lista.Nuova(), "|");
@@ -57,7 +57,7 @@ TEST(ListTag, EmptyLetsNoStepOfTheDeliveriesEdit) {
   ListaNonCaricata<FormConsegna> lista(FormConsegna::NuovaConsegna);
   lista.Gioca();
   EXPECT_EQ(lista.Nuova(), "|");
-  EXPECT_FALSE(lista.griglia.Stato().data.visibile);
+  EXPECT_FALSE(lista.griglia.Stato().data.visible);
   lista.griglia.Tag = "CONSEGNA";
   lista.griglia.CambiaCheck("RADIO1");
   EXPECT_EQ(lista.Nuova(), "01/04/2006|x");

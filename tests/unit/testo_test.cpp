@@ -1,5 +1,5 @@
 #include "common/Testo.hpp"
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@ namespace {
 bool NonIntero(std::string_view testo) {
   try {
     static_cast<void>(Intero(testo));
-  } catch (const ErroreRuntime& errore) {
-    return errore.Numero() == 13;
+  } catch (const RuntimeError& errore) {
+    return errore.Number() == 13;
   }
   return false;
 }

@@ -1,7 +1,7 @@
 // Whose turn it is in a child that was forked while a call ran.
 
-#include "platform/Turno.hpp"
-#include "support/AltroProcesso.hpp"
+#include "platform/Turn.hpp"
+#include "support/OtherProcess.hpp"
 
 #include <functional>
 #include <future>
@@ -12,11 +12,11 @@
 namespace lumoscad {
 namespace {
 
-using Chi = Turno::Chi;
-using Esito = Turno::Esito;
+using Chi = Turn::Who;
+using Esito = Turn::Outcome;
 
 Esito Prende(Chi chi) {
-  return Turno(chi).Come();
+  return Turn(chi).How();
 }
 
 Esito PrendeSuUnThread(Chi chi) {
@@ -27,14 +27,14 @@ Esito PrendeSuUnThread(Chi chi) {
 
 /// Whether a child that is forked now gets `atteso` for every call.
 bool NelFiglio(Esito atteso, const std::function<Esito()>& prende) {
-  return prova::AltroProcesso([&] {
+  return prova::OtherProcess([&] {
            for (int volta = 0; volta < 2; ++volta) {
              if (prende() != atteso) {
                throw std::runtime_error("another outcome");
              }
            }
          })
-      .Riuscito();
+      .Succeeded();
 }
 
 /// A thread in the middle of a call, for the life of the object.
@@ -52,36 +52,36 @@ class ChiamataAltrove {
   std::promise<void> presa_;
   std::promise<void> fine_;
   std::thread thread_{[this] {
-    const Turno turno(Chi::Amministratore);
-    EXPECT_EQ(turno.Come(), Esito::Preso);
+    const Turn turno(Chi::Administrator);
+    EXPECT_EQ(turno.How(), Esito::Taken);
     presa_.set_value();
     fine_.get_future().wait();
   }};
 };
 
 TEST(TurnInAForkedChild, TheCallOfAThreadThatTheChildHasNotGotRefusesNothingThere) {
-  ASSERT_EQ(Prende(Chi::Comando), Esito::Preso);
+  ASSERT_EQ(Prende(Chi::Command), Esito::Taken);
   const ChiamataAltrove altrove;
-  EXPECT_EQ(Prende(Chi::Amministratore), Esito::Occupato);
-  EXPECT_TRUE(NelFiglio(Esito::Preso, [] { return Prende(Chi::Amministratore); }));
-  EXPECT_TRUE(NelFiglio(Esito::Preso, [] { return Prende(Chi::Comando); }));
-  EXPECT_TRUE(NelFiglio(Esito::Preso, [] { return PrendeSuUnThread(Chi::Amministratore); }));
-  EXPECT_EQ(Prende(Chi::Amministratore), Esito::Occupato) << "the parent's call runs on";
+  EXPECT_EQ(Prende(Chi::Administrator), Esito::Busy);
+  EXPECT_TRUE(NelFiglio(Esito::Taken, [] { return Prende(Chi::Administrator); }));
+  EXPECT_TRUE(NelFiglio(Esito::Taken, [] { return Prende(Chi::Command); }));
+  EXPECT_TRUE(NelFiglio(Esito::Taken, [] { return PrendeSuUnThread(Chi::Administrator); }));
+  EXPECT_EQ(Prende(Chi::Administrator), Esito::Busy) << "the parent's call runs on";
 }
 
 TEST(TurnInAForkedChild, ACallThatTheChildHasOnItsStackRunsThereToo) {
-  const Turno turno(Chi::Comando);
-  ASSERT_EQ(turno.Come(), Esito::Preso);
-  EXPECT_TRUE(NelFiglio(Esito::Annidato, [] { return Prende(Chi::Comando); }));
-  EXPECT_TRUE(NelFiglio(Esito::Occupato, [] { return PrendeSuUnThread(Chi::Amministratore); }));
+  const Turn turno(Chi::Command);
+  ASSERT_EQ(turno.How(), Esito::Taken);
+  EXPECT_TRUE(NelFiglio(Esito::Nested, [] { return Prende(Chi::Command); }));
+  EXPECT_TRUE(NelFiglio(Esito::Busy, [] { return PrendeSuUnThread(Chi::Administrator); }));
 }
 
 TEST(TurnInAForkedChild, TheThreadThatForkedGivesTheFirstCommandAnew) {
-  ASSERT_EQ(Prende(Chi::Comando), Esito::Preso);
+  ASSERT_EQ(Prende(Chi::Command), Esito::Taken);
   bool preso = false;
   std::thread([&] {
-    EXPECT_EQ(Prende(Chi::Comando), Esito::AltroThread);
-    preso = NelFiglio(Esito::Preso, [] { return Prende(Chi::Comando); });
+    EXPECT_EQ(Prende(Chi::Command), Esito::OtherThread);
+    preso = NelFiglio(Esito::Taken, [] { return Prende(Chi::Command); });
   }).join();
   EXPECT_TRUE(preso);
 }

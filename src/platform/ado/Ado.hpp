@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ enum class LockType { Optimistic = 3 };
 enum class CommandType { Text = 1 };
 enum class State { Closed = 0, Open = 1 };
 
-using lumoscad::EsitoTransazione;
+using lumoscad::TransactionOutcome;
 
 class Command;
 class Recordset;
@@ -43,11 +43,12 @@ class Connection {
   [[nodiscard]] lumoscad::ado::State State() const noexcept;
   void Close();
   void BeginTrans();
-  /// Returns only when the changes are certainly applied; after a failure `Esito` tells what is known of them, and the
-  /// transaction is over.
+  /// Returns only when the changes are certainly applied; after a failure `Outcome` tells what is known of them, and
+  /// the transaction is over.
   void CommitTrans();
   void RollbackTrans();
-  [[nodiscard]] EsitoTransazione Esito() const noexcept; ///< of the last transaction since the connection was opened
+  [[nodiscard]] TransactionOutcome
+  Outcome() const noexcept; ///< of the last transaction since the connection was opened
   /// Executes one statement without parameters and without a result; returns the rows affected, or -1 where
   /// the driver does not tell.
   std::int64_t Execute(std::string_view sql);
@@ -87,9 +88,9 @@ class Command {
 };
 
 /// The table and key column through which an editable result set writes back.
-struct TabellaModificabile {
-  std::string tabella; ///< as it is to stand in the UPDATE, schema prefix included
-  std::string chiave;  ///< key column; must be one of the result's columns
+struct EditableTable {
+  std::string tableName; ///< as it is to stand in the UPDATE, schema prefix included
+  std::string key;       ///< key column; must be one of the result's columns
 };
 
 /// A client-side static result set: all rows are read when it is opened. Columns are found by name in any case.
@@ -99,15 +100,15 @@ class Recordset {
   /// One column of the current row.
   class Field {
    public:
-    Field(Recordset& insieme, std::size_t indice) : insieme_(&insieme), indice_(indice) {}
+    Field(Recordset& recordset, std::size_t position) : recordset_(&recordset), position_(position) {}
     /// The current value; nothing for NULL. The view lives until the result set closes or the field is set.
     [[nodiscard]] std::optional<std::string_view> Value() const;
     /// Sets the new value of an editable set's current row; sent by `Update`.
-    void SetValue(std::optional<std::string_view> valore);
+    void SetValue(std::optional<std::string_view> value);
 
    private:
-    Recordset* insieme_;
-    std::size_t indice_;
+    Recordset* recordset_;
+    std::size_t position_;
   };
 
   Recordset();
@@ -117,21 +118,21 @@ class Recordset {
   Recordset& operator=(Recordset&&) noexcept;
   ~Recordset();
 
-  /// Opens an editable set over `comando`. Every driver in use turns a dynamic cursor into a static one, so the
+  /// Opens an editable set over `command`. Every driver in use turns a dynamic cursor into a static one, so the
   /// rows are those of the moment of opening; `Update` refuses a row that changed since.
-  void Open(Command& comando, CursorType tipoCursore, LockType tipoBlocco, TabellaModificabile tabella);
+  void Open(Command& command, CursorType cursorType, LockType lockType, EditableTable tableName);
   [[nodiscard]] lumoscad::ado::State State() const noexcept;
   [[nodiscard]] std::size_t RecordCount() const noexcept; ///< exact
   [[nodiscard]] bool Eof() const noexcept;
   void MoveNext();
-  /// The column `nome`, found in any case; error 3265 when the result has no such column.
-  [[nodiscard]] Field Fields(std::string_view nome);
+  /// The column `columnName`, found in any case; error 3265 when the result has no such column.
+  [[nodiscard]] Field Fields(std::string_view columnName);
   /// The place of a column, for reading many rows without a search by name.
-  [[nodiscard]] std::size_t Colonna(std::string_view nome) const;
-  [[nodiscard]] std::size_t Colonne() const noexcept;
-  [[nodiscard]] const std::string& NomeColonna(std::size_t indice) const;
-  /// Value of the current row in the column at `indice`; nothing for NULL.
-  [[nodiscard]] std::optional<std::string_view> Valore(std::size_t indice) const;
+  [[nodiscard]] std::size_t ColumnIndex(std::string_view columnName) const;
+  [[nodiscard]] std::size_t ColumnCount() const noexcept;
+  [[nodiscard]] const std::string& ColumnName(std::size_t position) const;
+  /// Value of the current row in the column at `position`; nothing for NULL.
+  [[nodiscard]] std::optional<std::string_view> ValueAt(std::size_t position) const;
   /// Sends the changed fields of the current row: an UPDATE by key whose WHERE also carries the original values
   /// of the changed columns (not those of long columns where the server compares none). Where the driver counts no
   /// row, the change is done when exactly one row of the key holds every value set. Error -2147217864 otherwise.

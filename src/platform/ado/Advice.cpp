@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::string_view sentence(Advice advice) noexcept {
   return {};
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

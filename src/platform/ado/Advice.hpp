@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// What a diagnostic record means to the person.
 enum class Advice {
@@ -19,4 +19,4 @@ enum class Advice {
 /// The Italian sentence; empty for none.
 [[nodiscard]] std::string_view sentence(Advice advice) noexcept;
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

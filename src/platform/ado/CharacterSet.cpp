@@ -1,13 +1,13 @@
 #include "platform/ado/CharacterSet.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/base/AsciiCase.hpp"
 
 #include <clocale>
 #include <cstdlib>
 #include <langinfo.h>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -35,12 +35,12 @@ std::string otherClientEncoding() {
 }
 
 [[noreturn]] void refuse(const std::string& setting, const char* instead) {
-  throw ErroreRuntime(errori::Driver,
-                      "Connessione rifiutata: con " + setting +
-                          " il driver psqlodbc altera le lettere accentate. Il programma, e l'ambiente in cui è "
-                          "avviato, devono usare UTF-8" +
-                          instead + ".",
-                      "ODBC");
+  throw RuntimeError(errors::Driver,
+                     "Connessione rifiutata: con " + setting +
+                         " il driver psqlodbc altera le lettere accentate. Il programma, e l'ambiente in cui è "
+                         "avviato, devono usare UTF-8" +
+                         instead + ".",
+                     "ODBC");
 }
 
 } // namespace
@@ -66,4 +66,4 @@ void CharacterSet::requireSuited(const std::string& driver) const {
   }
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// The process' character set (LC_CTYPE) around the opening of a connection. PostgreSQL's driver takes it anew from the
 /// environment at every opening, and converts all texts by it; the calling program gets back what it had.
@@ -22,4 +22,4 @@ class CharacterSet {
   std::string unsuited_; ///< the same where it is unsuited, otherwise empty
 };
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -4,7 +4,7 @@
 namespace lumoscad::ado {
 
 struct Command::Impl {
-  std::unique_ptr<interno::Prepared> prepared;
+  std::unique_ptr<detail::Prepared> prepared;
 };
 
 Command::Command() : impl_(std::make_unique<Impl>()) {}
@@ -14,14 +14,13 @@ Command::~Command() = default;
 
 Recordset Command::Execute(std::int64_t* RecordsAffected) {
   if (ActiveConnection == nullptr) {
-    throw ErroreRuntime(interno::numeri::OggettoChiuso, "Il comando SQL non è collegato ad alcuna connessione.",
-                        "ODBC");
+    throw RuntimeError(detail::numbers::ObjectClosed, "Il comando SQL non è collegato ad alcuna connessione.", "ODBC");
   }
   const auto& session = ActiveConnection->impl().require();
   auto& prepared = impl_->prepared;
   if (!prepared || !prepared->serves(session, CommandText)) {
     prepared.reset();
-    prepared = std::make_unique<interno::Prepared>(session, CommandText);
+    prepared = std::make_unique<detail::Prepared>(session, CommandText);
   }
   try {
     auto outcome = prepared->execute(Parameters);

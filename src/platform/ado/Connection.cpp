@@ -3,13 +3,13 @@
 
 namespace lumoscad::ado {
 
-using interno::Session;
-using interno::Statement;
+using detail::Session;
+using detail::Statement;
 
 const std::shared_ptr<Session>& Connection::Impl::require() const {
   if (!session) {
-    throw ErroreRuntime(interno::numeri::OggettoChiuso,
-                        "Operazione non consentita: la connessione alla base dati è chiusa.", "ODBC");
+    throw RuntimeError(detail::numbers::ObjectClosed,
+                       "Operazione non consentita: la connessione alla base dati è chiusa.", "ODBC");
   }
   return session;
 }
@@ -22,11 +22,11 @@ Connection::~Connection() {
 
 void Connection::Open() {
   if (impl_->session) {
-    throw ErroreRuntime(interno::numeri::OggettoAperto, "La connessione alla base dati è già aperta.", "ODBC");
+    throw RuntimeError(detail::numbers::ObjectOpen, "La connessione alla base dati è già aperta.", "ODBC");
   }
-  const auto limit = CommandTimeout ? std::chrono::seconds(*CommandTimeout) : interno::statementTimeLimit();
-  impl_->session = std::make_shared<Session>(LeggiTestoConnessione(ConnectionString), limit);
-  impl_->outcome = EsitoTransazione::NonApplicata;
+  const auto limit = CommandTimeout ? std::chrono::seconds(*CommandTimeout) : detail::statementTimeLimit();
+  impl_->session = std::make_shared<Session>(ReadConnectionText(ConnectionString), limit);
+  impl_->outcome = TransactionOutcome::NotApplied;
 }
 
 State Connection::State() const noexcept {
@@ -54,14 +54,14 @@ void Connection::RollbackTrans() {
   impl_->require()->rollback();
 }
 
-EsitoTransazione Connection::Esito() const noexcept {
+TransactionOutcome Connection::Outcome() const noexcept {
   return impl_->session ? impl_->session->outcome() : impl_->outcome;
 }
 
 std::int64_t Connection::Execute(std::string_view sql) {
   Statement statement(impl_->require());
   std::string text(sql);
-  interno::announce(text);
+  detail::announce(text);
   const SQLRETURN rc = statement.waitFor([&] {
     return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()),
                          static_cast<SQLINTEGER>(text.size()));
@@ -69,7 +69,7 @@ std::int64_t Connection::Execute(std::string_view sql) {
   if (rc != SQL_NO_DATA) {
     statement.require(rc, "Istruzione SQL non riuscita.");
   }
-  return interno::affectedRows(statement, rc);
+  return detail::affectedRows(statement, rc);
 }
 
 } // namespace lumoscad::ado

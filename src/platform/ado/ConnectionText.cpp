@@ -1,6 +1,6 @@
 #include "platform/ado/ConnectionText.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/base/AsciiCase.hpp"
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace lumoscad::ado {
 namespace {
 
 [[noreturn]] void malformed(const char* why) {
-  throw ErroreRuntime(errori::Driver, std::string("Testo di connessione non valido: ") + why, "ODBC");
+  throw RuntimeError(errors::Driver, std::string("Testo di connessione non valido: ") + why, "ODBC");
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -117,9 +117,9 @@ std::string carried(const std::string& value, const char* name) {
 
 } // namespace
 
-ConnectionSettings LeggiTestoConnessione(std::string_view testo) {
+ConnectionSettings ReadConnectionText(std::string_view connectionText) {
   ConnectionSettings settings;
-  Scanner scanner(testo);
+  Scanner scanner(connectionText);
   std::string keyword;
   std::string value;
   while (scanner.next(keyword, value)) {
@@ -136,21 +136,20 @@ ConnectionSettings LeggiTestoConnessione(std::string_view testo) {
   return settings;
 }
 
-std::string TestoOdbc(const ConnectionSettings& impostazioni) {
-  if (trimmed(impostazioni.DataSource).empty()) {
-    throw ErroreRuntime(errori::Driver, "Connessione alla base dati: l'origine dati ODBC non è indicata.", "ODBC");
+std::string OdbcText(const ConnectionSettings& parsed) {
+  if (trimmed(parsed.DataSource).empty()) {
+    throw RuntimeError(errors::Driver, "Connessione alla base dati: l'origine dati ODBC non è indicata.", "ODBC");
   }
-  for (const std::string* value : {&impostazioni.DataSource, &impostazioni.UserId, &impostazioni.Password}) {
+  for (const std::string* value : {&parsed.DataSource, &parsed.UserId, &parsed.Password}) {
     if (value->size() > longestValue) {
       malformed("un valore supera i 1000 byte.");
     }
   }
-  if (impostazioni.DataSource.find_first_of(std::string_view("[]{};=\0", 7)) != std::string::npos) {
+  if (parsed.DataSource.find_first_of(std::string_view("[]{};=\0", 7)) != std::string::npos) {
     malformed("il nome dell'origine dati contiene un carattere non ammesso.");
   }
-  return "DSN=" + impostazioni.DataSource +
-         ";UID=" + carried(impostazioni.UserId, "l'utente contiene un carattere non ammesso.") +
-         ";PWD=" + carried(impostazioni.Password, "la password contiene un carattere non ammesso.") + ";";
+  return "DSN=" + parsed.DataSource + ";UID=" + carried(parsed.UserId, "l'utente contiene un carattere non ammesso.") +
+         ";PWD=" + carried(parsed.Password, "la password contiene un carattere non ammesso.") + ";";
 }
 
 } // namespace lumoscad::ado

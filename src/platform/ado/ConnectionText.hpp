@@ -17,11 +17,11 @@ struct ConnectionSettings {
 /// ends ignored, values plain or quoted with " or ' (a doubled quote inside stands for one), the last duplicate
 /// wins; unknown keywords are ignored. Raises a run-time error with an Italian text, which never holds a value,
 /// when the text is malformed.
-[[nodiscard]] ConnectionSettings LeggiTestoConnessione(std::string_view testo);
+[[nodiscard]] ConnectionSettings ReadConnectionText(std::string_view connectionText);
 
 /// Writes the settings as an ODBC connection string: DSN, UID and PWD, values in braces where they need them.
 /// Raises a run-time error for an empty data source, or for a value that no ODBC connection string can carry
 /// or that has more than 1000 bytes.
-[[nodiscard]] std::string TestoOdbc(const ConnectionSettings& impostazioni);
+[[nodiscard]] std::string OdbcText(const ConnectionSettings& parsed);
 
 } // namespace lumoscad::ado

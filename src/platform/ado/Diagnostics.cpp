@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <array>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -100,17 +100,17 @@ bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT index, Record& r
 
 } // namespace
 
-int numeroErrore(std::string_view sqlstate) noexcept {
+int errorNumber(std::string_view sqlstate) noexcept {
   const auto found = std::find_if(table.begin(), table.end(),
                                   [&](const StateNumber& row) { return sqlstate.starts_with(row.prefix); });
-  return found == table.end() ? errori::Driver : found->number;
+  return found == table.end() ? errors::Driver : found->number;
 }
 
-bool senzaRisposta(std::string_view sqlstate) noexcept {
+bool withoutAnswer(std::string_view sqlstate) noexcept {
   return sqlstate.starts_with("08") || sqlstate.starts_with("HYT") || sqlstate == "25S01" || sqlstate == "40003";
 }
 
-std::string senzaPassword(std::string text, std::string_view password) {
+std::string withoutPassword(std::string text, std::string_view password) {
   constexpr std::string_view blot = "***";
   constexpr std::size_t tellingPiece = 4;
   const std::string secret = folded(password);
@@ -133,8 +133,8 @@ std::string senzaPassword(std::string text, std::string_view password) {
   return clean;
 }
 
-ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context,
-                         bool dead) {
+RuntimeError odbcError(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context,
+                       bool dead) {
   std::string description;
   Record first;
   Advice advice = Advice::None;
@@ -145,7 +145,7 @@ ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view pa
     } else {
       description += "; ";
     }
-    description += '[' + record.state + "] " + senzaPassword(record.text, password);
+    description += '[' + record.state + "] " + withoutPassword(record.text, password);
     if (advice == Advice::None) {
       advice = adviceFor(record.state, record.native, record.text);
     }
@@ -158,9 +158,9 @@ ErroreRuntime erroreOdbc(SQLSMALLINT kind, SQLHANDLE handle, std::string_view pa
   if (dead && advice != Advice::ConnectionLost) {
     note += (note.empty() ? "" : "\r\n") + std::string(sentence(Advice::ConnectionLost));
   }
-  return ErroreRuntime(numeroErrore(first.state), std::move(description), "ODBC")
-      .ConNota(std::move(note))
-      .ConStato(first.state, first.native);
+  return RuntimeError(errorNumber(first.state), std::move(description), "ODBC")
+      .WithNote(std::move(note))
+      .WithState(first.state, first.native);
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -1,6 +1,6 @@
 #include "platform/ado/Dialect.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -77,12 +77,12 @@ std::chrono::seconds statementTimeLimit() {
   const char* const end = text.data() + text.size();
   const auto [arrived, error] = std::from_chars(text.data(), end, seconds);
   if (error != std::errc() || arrived != end || seconds < 1 || seconds > oneDay) {
-    throw ErroreRuntime(errori::Driver,
-                        "LUMOSCAD_ATTESA_SQL deve essere un numero intero di secondi, da 1 a 86400: vale «" +
-                            std::string(text) + "».",
-                        "ODBC");
+    throw RuntimeError(errors::Driver,
+                       "LUMOSCAD_ATTESA_SQL deve essere un numero intero di secondi, da 1 a 86400: vale «" +
+                           std::string(text) + "».",
+                       "ODBC");
   }
   return std::chrono::seconds(seconds);
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// What the layer must say in a server's own words, since ODBC has no call for it or the driver does not carry it out.
 struct Dialect {
@@ -41,4 +41,4 @@ inline constexpr std::chrono::seconds graceForAnswer(10);
 /// else 60. Raises when the setting is none of these.
 [[nodiscard]] std::chrono::seconds statementTimeLimit();
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// Owns one ODBC handle of the kind `Kind`.
 template <SQLSMALLINT Kind> class Handle {
@@ -49,4 +49,4 @@ inline SQLPOINTER asPointer(SQLULEN number) noexcept {
   return reinterpret_cast<SQLPOINTER>(number); // NOLINT(performance-no-int-to-ptr)
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

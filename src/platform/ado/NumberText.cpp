@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -60,4 +60,4 @@ std::string_view withoutCurrency(char* text, std::size_t length) {
   return {text, plain.copy(text, length)};
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// The number that a driver wrote into `text` with the decimal separator of the process' locale, with a point instead.
 /// Works in place: the result is the beginning of `text`. What is no such number (NaN, Infinity) stays as it is.
@@ -14,4 +14,4 @@ namespace lumoscad::ado::interno {
 /// of thousands as well as decimals.
 [[nodiscard]] std::string_view withoutCurrency(char* text, std::size_t length);
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -76,11 +76,10 @@ bool Prepared::serves(const std::shared_ptr<Session>& session, std::string_view 
 
 void Prepared::bind(const std::vector<std::string>& parameters) {
   if (parameters.size() != types_.size()) {
-    throw ErroreRuntime(numeri::ParametriErrati,
-                        "[07001] Numero di parametri errato: l'istruzione ne richiede " +
-                            std::to_string(types_.size()) + ", ne sono stati dati " +
-                            std::to_string(parameters.size()) + ".",
-                        "ODBC");
+    throw RuntimeError(numbers::WrongParameters,
+                       "[07001] Numero di parametri errato: l'istruzione ne richiede " + std::to_string(types_.size()) +
+                           ", ne sono stati dati " + std::to_string(parameters.size()) + ".",
+                       "ODBC");
   }
   lengths_.assign(parameters.size(), 0);
   for (std::size_t i = 0; i < parameters.size(); ++i) {
@@ -140,4 +139,4 @@ void Prepared::read(Outcome& outcome) {
   readUnbound(statement_, outcome.columns, outcome.rows);
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// What an execution gave: a result with columns, or the count of rows it changed (-1 where not told).
 struct Outcome {
@@ -46,4 +46,4 @@ class Prepared {
   std::vector<SQLLEN> lengths_;
 };
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

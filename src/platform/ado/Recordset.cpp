@@ -9,21 +9,21 @@ namespace lumoscad::ado {
 
 namespace {
 
-namespace numeri = interno::numeri;
+namespace numbers = detail::numbers;
 
 [[noreturn]] void notAllowed(const char* why) {
-  throw ErroreRuntime(numeri::ContestoNonValido, why, "ODBC");
+  throw RuntimeError(numbers::InvalidContext, why, "ODBC");
 }
 
 } // namespace
 
-void Recordset::Impl::fill(interno::Outcome outcome, const std::shared_ptr<interno::Session>& from) {
+void Recordset::Impl::fill(detail::Outcome outcome, const std::shared_ptr<detail::Session>& from) {
   clear();
   if (outcome.columns.empty()) {
     return;
   }
   for (auto& column : outcome.columns) {
-    comparable.push_back(interno::comparable(column, from->dialect()));
+    comparable.push_back(detail::comparable(column, from->dialect()));
     names.push_back(std::move(column.name));
   }
   rows = std::move(outcome.rows);
@@ -33,14 +33,14 @@ void Recordset::Impl::fill(interno::Outcome outcome, const std::shared_ptr<inter
 
 void Recordset::Impl::requireOpen() const {
   if (!open) {
-    throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: l'insieme di righe è chiuso.", "ODBC");
+    throw RuntimeError(numbers::ObjectClosed, "Operazione non consentita: l'insieme di righe è chiuso.", "ODBC");
   }
 }
 
 void Recordset::Impl::requireRow() const {
   requireOpen();
   if (current >= rows.rows()) {
-    throw ErroreRuntime(numeri::FineRighe, "Nessuna riga corrente: l'insieme di righe è vuoto o terminato.", "ODBC");
+    throw RuntimeError(numbers::EndOfRows, "Nessuna riga corrente: l'insieme di righe è vuoto o terminato.", "ODBC");
   }
 }
 
@@ -55,8 +55,7 @@ std::size_t Recordset::Impl::column(std::string_view name) const {
   const auto found =
       std::find_if(names.begin(), names.end(), [&](const auto& each) { return base::SameButForCase(each, name); });
   if (found == names.end()) {
-    throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::string(name) + ".",
-                        "ODBC");
+    throw RuntimeError(numbers::NoSuchColumn, "Il risultato non ha la colonna " + std::string(name) + ".", "ODBC");
   }
   return static_cast<std::size_t>(found - names.begin());
 }
@@ -64,8 +63,7 @@ std::size_t Recordset::Impl::column(std::string_view name) const {
 std::optional<std::string_view> Recordset::Impl::value(std::size_t index) const {
   requireRow();
   if (index >= names.size()) {
-    throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::to_string(index) + ".",
-                        "ODBC");
+    throw RuntimeError(numbers::NoSuchColumn, "Il risultato non ha la colonna " + std::to_string(index) + ".", "ODBC");
   }
   if (const auto set = pending.find(index); set != pending.end()) {
     return set->second ? std::optional<std::string_view>(*set->second) : std::nullopt;
@@ -78,16 +76,16 @@ void Recordset::Impl::clear() {
 }
 
 std::optional<std::string_view> Recordset::Field::Value() const {
-  return insieme_->Valore(indice_);
+  return recordset_->ValueAt(position_);
 }
 
-void Recordset::Field::SetValue(std::optional<std::string_view> valore) {
-  Impl& impl = insieme_->impl();
+void Recordset::Field::SetValue(std::optional<std::string_view> value) {
+  Impl& impl = recordset_->impl();
   impl.requireRow();
   if (!impl.table) {
     notAllowed("L'insieme di righe è di sola lettura.");
   }
-  impl.pending[indice_] = valore ? std::optional<std::string>(*valore) : std::nullopt;
+  impl.pending[position_] = value ? std::optional<std::string>(*value) : std::nullopt;
 }
 
 Recordset::Recordset() : impl_(std::make_unique<Impl>()) {}
@@ -95,15 +93,14 @@ Recordset::Recordset(Recordset&&) noexcept = default;
 Recordset& Recordset::operator=(Recordset&&) noexcept = default;
 Recordset::~Recordset() = default;
 
-void Recordset::Open(Command& comando, CursorType /*tipoCursore*/, LockType /*tipoBlocco*/,
-                     TabellaModificabile tabella) {
+void Recordset::Open(Command& command, CursorType /*cursorType*/, LockType /*lockType*/, EditableTable tableName) {
   if (impl_->open) {
-    throw ErroreRuntime(numeri::OggettoAperto, "L'insieme di righe è già aperto.", "ODBC");
+    throw RuntimeError(numbers::ObjectOpen, "L'insieme di righe è già aperto.", "ODBC");
   }
-  Recordset opened = comando.Execute();
+  Recordset opened = command.Execute();
   opened.impl().requireOpen();
-  opened.impl().keyColumn = opened.Colonna(tabella.chiave);
-  opened.impl().table = std::move(tabella);
+  opened.impl().keyColumn = opened.ColumnIndex(tableName.key);
+  opened.impl().table = std::move(tableName);
   *this = std::move(opened);
 }
 
@@ -125,29 +122,29 @@ void Recordset::MoveNext() {
   ++impl_->current;
 }
 
-Recordset::Field Recordset::Fields(std::string_view nome) {
-  return {*this, impl_->column(nome)};
+Recordset::Field Recordset::Fields(std::string_view columnName) {
+  return {*this, impl_->column(columnName)};
 }
 
-std::size_t Recordset::Colonna(std::string_view nome) const {
-  return impl_->column(nome);
+std::size_t Recordset::ColumnIndex(std::string_view columnName) const {
+  return impl_->column(columnName);
 }
 
-std::size_t Recordset::Colonne() const noexcept {
+std::size_t Recordset::ColumnCount() const noexcept {
   return impl_->names.size();
 }
 
-const std::string& Recordset::NomeColonna(std::size_t indice) const {
+const std::string& Recordset::ColumnName(std::size_t position) const {
   impl_->requireOpen();
-  if (indice >= impl_->names.size()) {
-    throw ErroreRuntime(numeri::ColonnaInesistente, "Il risultato non ha la colonna " + std::to_string(indice) + ".",
-                        "ODBC");
+  if (position >= impl_->names.size()) {
+    throw RuntimeError(numbers::NoSuchColumn, "Il risultato non ha la colonna " + std::to_string(position) + ".",
+                       "ODBC");
   }
-  return impl_->names[indice];
+  return impl_->names[position];
 }
 
-std::optional<std::string_view> Recordset::Valore(std::size_t indice) const {
-  return impl_->value(indice);
+std::optional<std::string_view> Recordset::ValueAt(std::size_t position) const {
+  return impl_->value(position);
 }
 
 void Recordset::Update() {

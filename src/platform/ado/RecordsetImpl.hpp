@@ -14,15 +14,15 @@ struct Recordset::Impl {
   bool open = false;
   std::vector<std::string> names; ///< as the driver gives them
   std::vector<bool> comparable;   ///< whether the column may stand in a WHERE, by column
-  interno::RowStore rows;
+  detail::RowStore rows;
   std::size_t current = 0;
-  std::weak_ptr<interno::Session> session;
-  std::optional<TabellaModificabile> table; ///< present in an editable set
+  std::weak_ptr<detail::Session> session;
+  std::optional<EditableTable> table; ///< present in an editable set
   std::size_t keyColumn = 0;
   std::map<std::size_t, std::optional<std::string>> pending; ///< new values of the current row, by column
 
   /// Takes over what an execution gave; without columns the set stays closed.
-  void fill(interno::Outcome outcome, const std::shared_ptr<interno::Session>& from);
+  void fill(detail::Outcome outcome, const std::shared_ptr<detail::Session>& from);
   void requireOpen() const;
   void requireRow() const;
   /// Raises when values were set and not sent yet.

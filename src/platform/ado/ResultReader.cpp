@@ -6,7 +6,7 @@
 #include <array>
 #include <optional>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -297,4 +297,4 @@ void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& colu
   }
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// What is to be done with a value's text as the driver gives it.
 enum class ValueKind { AsItIs, Timestamp, InfiniteTimestamp, Number, Money };
@@ -31,4 +31,4 @@ struct ColumnInfo {
 /// Reads all rows one by one, each value whole, however long it is.
 void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

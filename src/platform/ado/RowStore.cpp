@@ -1,12 +1,12 @@
 #include "platform/ado/RowStore.hpp"
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -49,7 +49,7 @@ std::byte* RowStore::pack(const std::vector<std::optional<std::string_view>>& ce
     bytes += cell ? cell->size() : 0;
   }
   if (bytes >= nullFlag) {
-    throw ErroreRuntime(errori::MemoriaInsufficiente, "Una riga della base dati supera i 2 GiB.", "ODBC");
+    throw RuntimeError(errors::OutOfMemory, "Una riga della base dati supera i 2 GiB.", "ODBC");
   }
   std::byte* const packed = allocate(columns_ * sizeof(std::uint32_t) + bytes);
   std::byte* ends = packed;
@@ -79,4 +79,4 @@ std::byte* RowStore::allocate(std::size_t bytes) {
   return std::exchange(free_, free_ + bytes);
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// The rows of a result as texts, packed into large blocks: a row is the end offsets of its cells followed by their
 /// bytes. A million rows so cost their own bytes, 4 more a cell and 8 a row. Views into it live as long as it does.
@@ -35,4 +35,4 @@ class RowStore {
   std::size_t freeBytes_ = 0;
 };
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -1,6 +1,6 @@
 #include "platform/ado/Session.hpp"
 
-#include "platform/Servizi.hpp"
+#include "platform/Services.hpp"
 #include "platform/ado/CharacterSet.hpp"
 #include "platform/ado/Diagnostics.hpp"
 
@@ -9,7 +9,7 @@
 #include <dlfcn.h>
 #include <utility>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -42,7 +42,7 @@ SQLHANDLE environment() {
 
 Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit)
     : password_(settings.Password), timeLimit_(static_cast<SQLULEN>(timeLimit.count())) {
-  std::string text = TestoOdbc(settings);
+  std::string text = OdbcText(settings);
   // MariaDB's driver limits only the making of the socket by SQL_ATTR_LOGIN_TIMEOUT, and the server's greeting by this
   // word of its own; the other drivers pass over a word that they do not know.
   if (settings.ConnectTimeout > 0) {
@@ -57,7 +57,7 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
       SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                        static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(rc)) {
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
+    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
   }
   open_ = true;
   try {
@@ -90,12 +90,11 @@ void Session::sendOpening() {
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
+    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
   }
   const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS))) {
-    throw erroreOdbc(SQL_HANDLE_STMT, created, password_,
-                     "Preparazione della connessione alla base dati non riuscita.");
+    throw odbcError(SQL_HANDLE_STMT, created, password_, "Preparazione della connessione alla base dati non riuscita.");
   }
 }
 
@@ -141,15 +140,15 @@ Endpoints Session::ends() const {
   return told;
 }
 
-ErroreRuntime Session::explained(ErroreRuntime error) const {
+RuntimeError Session::explained(RuntimeError error) const {
   if (!watchdog_ || !watchdog_->struck()) {
     return error;
   }
   const auto seconds = timeLimit_ + static_cast<SQLULEN>(graceForAnswer.count());
   std::string sentence =
       "La base dati non ha risposto entro " + std::to_string(seconds) + " secondi: la connessione è stata chiusa.";
-  std::string note = error.Nota().empty() ? std::move(sentence) : ConFrase(error.Nota(), sentence);
-  return std::move(error).ConNota(std::move(note));
+  std::string note = error.Note().empty() ? std::move(sentence) : WithSentence(error.Note(), sentence);
+  return std::move(error).WithNote(std::move(note));
 }
 
 Waiting::Waiting(const Session& session) noexcept : watchdog_(session.watchdog_.get()) {
@@ -167,8 +166,8 @@ Waiting::~Waiting() {
 
 void Session::requireOpen() const {
   if (!open_) {
-    throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
-                        "ODBC");
+    throw RuntimeError(numbers::ObjectClosed, "Operazione non consentita: la connessione alla base dati è chiusa.",
+                       "ODBC");
   }
 }
 
@@ -216,7 +215,7 @@ Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(sess
   session_->requireOpen();
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &created))) {
-    throw erroreOdbc(SQL_HANDLE_DBC, session_->handle(), session_->password(), "Istruzione SQL non allocata.");
+    throw odbcError(SQL_HANDLE_DBC, session_->handle(), session_->password(), "Istruzione SQL non allocata.");
   }
   handle_ = Handle<SQL_HANDLE_STMT>::adopt(created);
   // A driver that cannot do this says so here; its server is told once a connection, by its dialect.
@@ -235,12 +234,11 @@ void Statement::require(SQLRETURN rc, std::string_view context) const {
     return;
   }
   session_->statementFailed();
-  throw session_->explained(
-      erroreOdbc(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->dead()));
+  throw session_->explained(odbcError(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->dead()));
 }
 
 void announce(std::string_view sql) {
-  if (const auto& told = servizi().istruzioneInviata) {
+  if (const auto& told = activeServices().statementSent) {
     told(sql);
   }
 }
@@ -253,4 +251,4 @@ std::int64_t affectedRows(const Statement& statement, SQLRETURN rc) {
   return SQL_SUCCEEDED(SQLRowCount(statement.handle(), &rows)) ? static_cast<std::int64_t>(rows) : -1;
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

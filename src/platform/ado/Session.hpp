@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Errore.hpp"
+#include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/ado/ConnectionText.hpp"
 #include "platform/ado/Dialect.hpp"
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <unordered_set>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 class Statement;
 
@@ -28,7 +28,7 @@ class Session {
   ~Session();
 
   [[nodiscard]] bool opened() const noexcept { return open_; }
-  [[nodiscard]] EsitoTransazione outcome() const noexcept { return outcome_; }
+  [[nodiscard]] TransactionOutcome outcome() const noexcept { return outcome_; }
   [[nodiscard]] SQLULEN timeLimit() const noexcept { return timeLimit_; }
   [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
   [[nodiscard]] bool describesParameters() const noexcept { return describesParameters_; }
@@ -58,7 +58,7 @@ class Session {
   void watch(const Sockets& before);
   [[nodiscard]] Endpoints ends() const;
   /// The failure, with a note that says so where it is that the server did not answer in time.
-  [[nodiscard]] ErroreRuntime explained(ErroreRuntime error) const;
+  [[nodiscard]] RuntimeError explained(RuntimeError error) const;
   [[nodiscard]] bool dead() const noexcept;
   [[nodiscard]] std::string serverSession() const;
   [[nodiscard]] bool onSameServerSession() const noexcept;
@@ -67,8 +67,8 @@ class Session {
   void disconnect() noexcept;
   void noticeReconnection() noexcept;
   void endPhantomTransaction() noexcept;
-  [[nodiscard]] bool refused(const ErroreRuntime& error) const noexcept;
-  [[noreturn]] void commitFailed(ErroreRuntime error);
+  [[nodiscard]] bool refused(const RuntimeError& error) const noexcept;
+  [[noreturn]] void commitFailed(RuntimeError error);
   void confirmCommit();
 
   Handle<SQL_HANDLE_DBC> connection_;
@@ -78,7 +78,7 @@ class Session {
   bool inTransaction_ = false;
   bool statementFailed_ = false;
   bool describesParameters_ = false;
-  EsitoTransazione outcome_ = EsitoTransazione::NonApplicata;
+  TransactionOutcome outcome_ = TransactionOutcome::NotApplied;
   std::string serverSession_; ///< the one that the open transaction began on
   const Dialect* dialect_ = nullptr;
   SQLULEN timeLimit_;
@@ -130,16 +130,16 @@ void announce(std::string_view sql);
 /// Rows changed by the statement just executed with `rc`; -1 where the driver does not tell.
 [[nodiscard]] std::int64_t affectedRows(const Statement& statement, SQLRETURN rc);
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail
 
 namespace lumoscad::ado {
 
 struct Connection::Impl {
-  std::shared_ptr<interno::Session> session;
-  EsitoTransazione outcome = EsitoTransazione::NonApplicata; ///< of a session that was closed
+  std::shared_ptr<detail::Session> session;
+  TransactionOutcome outcome = TransactionOutcome::NotApplied; ///< of a session that was closed
 
   /// The open session; raises when the connection is closed.
-  [[nodiscard]] const std::shared_ptr<interno::Session>& require() const;
+  [[nodiscard]] const std::shared_ptr<detail::Session>& require() const;
 };
 
 } // namespace lumoscad::ado

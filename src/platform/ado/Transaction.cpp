@@ -22,7 +22,7 @@
 // done on the old one is gone, what was done on the new one may have been committed statement by statement. A rollback
 // takes none of that back, so that it asks as well.
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -34,11 +34,11 @@ constexpr const char* unknownFile =
     "essere registrate tutte o nessuna.";
 
 /// A COMMIT whose outcome is unknown after `cause`; the driver's own text comes first.
-ErroreRuntime unknown(const ErroreRuntime& cause, const char* sentence) {
-  return ErroreRuntime(errori::Driver, cause.Descrizione(), "ODBC")
-      .ConNota(sentence)
-      .ConStato(cause.SqlState(), cause.CodiceNativo())
-      .ConEsito(EsitoTransazione::Sconosciuta);
+RuntimeError unknown(const RuntimeError& cause, const char* sentence) {
+  return RuntimeError(errors::Driver, cause.Description(), "ODBC")
+      .WithNote(sentence)
+      .WithState(cause.SqlState(), cause.NativeCode())
+      .WithOutcome(TransactionOutcome::Unknown);
 }
 
 } // namespace
@@ -46,7 +46,7 @@ ErroreRuntime unknown(const ErroreRuntime& cause, const char* sentence) {
 void Session::requireTransaction(const char* otherwise) const {
   requireOpen();
   if (!inTransaction_) {
-    throw ErroreRuntime(numeri::ContestoNonValido, otherwise, "ODBC");
+    throw RuntimeError(numbers::InvalidContext, otherwise, "ODBC");
   }
 }
 
@@ -55,7 +55,7 @@ void Session::autocommit(bool on) {
   const SQLULEN value = on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
   const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(value), SQL_IS_UINTEGER);
   if (!SQL_SUCCEEDED(rc)) {
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
+    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
   }
 }
 
@@ -67,9 +67,9 @@ SQLRETURN Session::endTransaction(SQLSMALLINT how) const noexcept {
 void Session::begin() {
   requireOpen();
   if (inTransaction_) {
-    throw ErroreRuntime(numeri::ContestoNonValido, "Una transazione è già in corso.", "ODBC");
+    throw RuntimeError(numbers::InvalidContext, "Una transazione è già in corso.", "ODBC");
   }
-  outcome_ = EsitoTransazione::NonApplicata;
+  outcome_ = TransactionOutcome::NotApplied;
   serverSession_.clear();
   autocommit(false);
   inTransaction_ = true;
@@ -90,39 +90,39 @@ void Session::commit() {
     abandon();
     throw;
   }
-  outcome_ = EsitoTransazione::Sconosciuta;
+  outcome_ = TransactionOutcome::Unknown;
   inTransaction_ = false;
   if (!SQL_SUCCEEDED(endTransaction(SQL_COMMIT))) {
-    commitFailed(erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
+    commitFailed(odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
   }
   confirmCommit();
-  outcome_ = EsitoTransazione::Applicata;
+  outcome_ = TransactionOutcome::Applied;
 }
 
 void Session::requireWholeTransaction() {
   if (statementFailed_) {
-    throw ErroreRuntime(errori::Driver, "Conferma non eseguita: un'istruzione della transazione è fallita.", "ODBC");
+    throw RuntimeError(errors::Driver, "Conferma non eseguita: un'istruzione della transazione è fallita.", "ODBC");
   }
   if (serverSession() == serverSession_) {
     return;
   }
-  outcome_ = EsitoTransazione::Sconosciuta;
-  throw ErroreRuntime(errori::Driver,
-                      "La connessione è stata interrotta e riaperta dal driver durante le modifiche: l'esito è "
-                      "sconosciuto, possono essere registrate in parte.",
-                      "ODBC")
-      .ConEsito(outcome_);
+  outcome_ = TransactionOutcome::Unknown;
+  throw RuntimeError(errors::Driver,
+                     "La connessione è stata interrotta e riaperta dal driver durante le modifiche: l'esito è "
+                     "sconosciuto, possono essere registrate in parte.",
+                     "ODBC")
+      .WithOutcome(outcome_);
 }
 
-bool Session::refused(const ErroreRuntime& error) const noexcept {
+bool Session::refused(const RuntimeError& error) const noexcept {
   const auto& certain = dialect_->refusals;
   constexpr long primary = 0xFF; // the rest of an extended number tells which kind
   const bool known = !dialect_->fileBased() ||
-                     std::find(certain.begin(), certain.end(), error.CodiceNativo() & primary) != certain.end();
-  return known && !senzaRisposta(error.SqlState()) && !dead() && onSameServerSession();
+                     std::find(certain.begin(), certain.end(), error.NativeCode() & primary) != certain.end();
+  return known && !withoutAnswer(error.SqlState()) && !dead() && onSameServerSession();
 }
 
-void Session::commitFailed(ErroreRuntime error) {
+void Session::commitFailed(RuntimeError error) {
   const bool certain = refused(error);
   // SQLite keeps a transaction open whose COMMIT found the file busy.
   if (certain || dialect_->fileBased()) {
@@ -131,8 +131,8 @@ void Session::commitFailed(ErroreRuntime error) {
   if (!certain) {
     throw explained(unknown(error, dialect_->fileBased() ? unknownFile : unknownOutcome));
   }
-  outcome_ = EsitoTransazione::NonApplicata;
-  throw std::move(error).ConEsito(outcome_);
+  outcome_ = TransactionOutcome::NotApplied;
+  throw std::move(error).WithOutcome(outcome_);
 }
 
 void Session::confirmCommit() {
@@ -141,17 +141,17 @@ void Session::confirmCommit() {
     if (!dead() && serverSession() == serverSession_) {
       return;
     }
-  } catch (const ErroreRuntime& error) {
+  } catch (const RuntimeError& error) {
     throw explained(unknown(error, unknownOutcome));
   }
-  throw ErroreRuntime(errori::Driver, unknownOutcome, "ODBC").ConEsito(EsitoTransazione::Sconosciuta);
+  throw RuntimeError(errors::Driver, unknownOutcome, "ODBC").WithOutcome(TransactionOutcome::Unknown);
 }
 
 void Session::rollback() {
   requireTransaction("Annullamento non consentito: nessuna transazione è in corso.");
   inTransaction_ = false;
   if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK))) {
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
+    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
   }
   autocommit(true);
   noticeReconnection();
@@ -173,7 +173,7 @@ void Session::abandon() noexcept {
 void Session::noticeReconnection() noexcept {
   try {
     if (!serverSession_.empty() && serverSession() != serverSession_) {
-      outcome_ = EsitoTransazione::Sconosciuta;
+      outcome_ = TransactionOutcome::Unknown;
     }
   } catch (...) { // NOLINT(bugprone-empty-catch): the failure that led here is the one to report
   }
@@ -199,7 +199,7 @@ std::string Session::serverSession() const {
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
-    throw erroreOdbc(SQL_HANDLE_DBC, connection_.get(), password_, noAnswer);
+    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, noAnswer);
   }
   const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
@@ -209,7 +209,7 @@ std::string Session::serverSession() const {
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
       !SQL_SUCCEEDED(SQLFetch(created)) ||
       !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length))) {
-    throw explained(erroreOdbc(SQL_HANDLE_STMT, created, password_, noAnswer));
+    throw explained(odbcError(SQL_HANDLE_STMT, created, password_, noAnswer));
   }
   return identity.data();
 }
@@ -222,4 +222,4 @@ bool Session::onSameServerSession() const noexcept {
   }
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

@@ -8,10 +8,10 @@ namespace lumoscad::ado {
 
 namespace {
 
-namespace numeri = interno::numeri;
+namespace numbers = detail::numbers;
 
-using interno::Prepared;
-using interno::Session;
+using detail::Prepared;
+using detail::Session;
 
 /// A text with the values of its markers.
 struct Sql {
@@ -51,7 +51,7 @@ Sql condition(const Recordset::Impl& set, std::string_view key) {
 
 Sql assignments(const Recordset::Impl& set) {
   Sql sql;
-  sql.text = "UPDATE " + set.table->tabella + " SET ";
+  sql.text = "UPDATE " + set.table->tableName + " SET ";
   const char* separator = "";
   for (const auto& [column, value] : set.pending) {
     sql.text += std::exchange(separator, ",") + columnName(set.names[column]) + (value ? "=?" : "=NULL");
@@ -64,7 +64,7 @@ Sql assignments(const Recordset::Impl& set) {
 
 std::int64_t count(const std::shared_ptr<Session>& session, const Recordset::Impl& set, const Sql& where) {
   const auto found =
-      Prepared(session, "SELECT COUNT(*) FROM " + set.table->tabella + where.text).execute(where.parameters);
+      Prepared(session, "SELECT COUNT(*) FROM " + set.table->tableName + where.text).execute(where.parameters);
   const auto rows = found.rows.rows() == 1 ? found.rows.cell(0, 0) : std::nullopt;
   return rows ? std::stoll(std::string(*rows)) : 0;
 }
@@ -87,7 +87,7 @@ std::int64_t holding(const std::shared_ptr<Session>& session, const Recordset::I
     return count(session, set, where);
   }
   const auto read =
-      Prepared(session, "SELECT " + columns + " FROM " + set.table->tabella + where.text).execute(where.parameters);
+      Prepared(session, "SELECT " + columns + " FROM " + set.table->tableName + where.text).execute(where.parameters);
   std::int64_t rows = 0;
   for (std::size_t row = 0; row < read.rows.rows(); ++row) {
     bool all = true;
@@ -100,7 +100,7 @@ std::int64_t holding(const std::shared_ptr<Session>& session, const Recordset::I
 }
 
 [[noreturn]] void refuse(const char* why) {
-  throw ErroreRuntime(numeri::ModificaConcorrente, why, "ODBC");
+  throw RuntimeError(numbers::ConcurrentChange, why, "ODBC");
 }
 
 void requireOneRow(std::int64_t affected) {
@@ -144,7 +144,7 @@ class OwnTransaction {
     }
     try {
       session_.rollback();
-    } catch (const ErroreRuntime&) { // NOLINT(bugprone-empty-catch): the failure in flight is the one to report
+    } catch (const RuntimeError&) { // NOLINT(bugprone-empty-catch): the failure in flight is the one to report
     }
   }
   void commit() {
@@ -163,12 +163,12 @@ class OwnTransaction {
 void Recordset::Impl::sendChanges() {
   const auto alive = session.lock();
   if (!alive || !alive->opened()) {
-    throw ErroreRuntime(numeri::OggettoChiuso, "Operazione non consentita: la connessione alla base dati è chiusa.",
-                        "ODBC");
+    throw RuntimeError(numbers::ObjectClosed, "Operazione non consentita: la connessione alla base dati è chiusa.",
+                       "ODBC");
   }
   const auto key = rows.cell(current, keyColumn);
   if (!key) {
-    throw ErroreRuntime(numeri::ContestoNonValido, "La riga corrente non ha chiave e non si può modificare.", "ODBC");
+    throw RuntimeError(numbers::InvalidContext, "La riga corrente non ha chiave e non si può modificare.", "ODBC");
   }
   const Sql where = condition(*this, *key);
   Sql update = assignments(*this);

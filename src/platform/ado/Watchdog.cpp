@@ -19,7 +19,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 namespace {
 
@@ -259,4 +259,4 @@ bool Watchdog::struck() const noexcept {
   return shared_->struck;
 }
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

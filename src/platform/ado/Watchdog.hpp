@@ -7,7 +7,7 @@
 #include <sys/types.h>
 #include <unordered_set>
 
-namespace lumoscad::ado::interno {
+namespace lumoscad::ado::detail {
 
 /// The two ends of a connection, as the server sees them. An address that is empty, or a name, is not known.
 struct Endpoints {
@@ -53,4 +53,4 @@ class Watchdog {
   pid_t process_; ///< the one that the thread belongs to
 };
 
-} // namespace lumoscad::ado::interno
+} // namespace lumoscad::ado::detail

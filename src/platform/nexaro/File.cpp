@@ -1,8 +1,8 @@
 #include "platform/nexaro/File.hpp"
 
-#include "platform/nexaro/Chiamata.hpp"
-#include "platform/nexaro/ErroriLink.hpp"
-#include "platform/nexaro/Resti.hpp"
+#include "platform/nexaro/Call.hpp"
+#include "platform/nexaro/Leftovers.hpp"
+#include "platform/nexaro/LinkErrors.hpp"
 
 #include <array>
 #include <cerrno>
@@ -18,68 +18,68 @@ namespace {
 
 /// Locks a new file as one that is being written. False where somebody came in between and took it for a leftover: it
 /// has lost its name, or is about to. Where there are no such locks, the process' number alone keeps it.
-bool Trattieni(const base::Descriptor& file) {
-  struct stat stato {};
-  const bool preso = ::flock(file.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-  return preso && ::fstat(file.Number(), &stato) == 0 && stato.st_nlink > 0;
+bool Hold(const base::Descriptor& file) {
+  struct stat state {};
+  const bool taken = ::flock(file.Number(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  return taken && ::fstat(file.Number(), &state) == 0 && state.st_nlink > 0;
 }
 
 } // namespace
 
-FileProvvisorio::FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione) {
-  static constexpr int Tentativi = 100;
-  const auto barra = destinazione.rfind('/');
-  const auto cartella = barra == std::string::npos ? std::string("./") : destinazione.substr(0, barra + 1);
-  TogliResti(cartella);
-  std::random_device caso;
-  for (int tentativo = 0; tentativo < Tentativi && !descrittore_.Opened(); ++tentativo) {
-    nome_ = cartella + NomeProvvisorio(::getpid(), caso());
-    descrittore_ = base::Descriptor(::open(nome_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modo));
-    if (!descrittore_.Opened() && errno != EEXIST) {
+TemporaryFile::TemporaryFile(const std::string& destination, mode_t mode, const std::string& operation) {
+  static constexpr int Attempts = 100;
+  const auto slash = destination.rfind('/');
+  const auto directory = slash == std::string::npos ? std::string("./") : destination.substr(0, slash + 1);
+  RemoveLeftovers(directory);
+  std::random_device random;
+  for (int attempt = 0; attempt < Attempts && !descriptor_.Opened(); ++attempt) {
+    name_ = directory + TemporaryName(::getpid(), random());
+    descriptor_ = base::Descriptor(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    if (!descriptor_.Opened() && errno != EEXIST) {
       break;
     }
-    if (descrittore_.Opened() && !Trattieni(descrittore_)) {
-      descrittore_.Close();
-      ::unlink(nome_.c_str());
+    if (descriptor_.Opened() && !Hold(descriptor_)) {
+      descriptor_.Close();
+      ::unlink(name_.c_str());
       errno = EAGAIN;
     }
   }
-  if (!descrittore_.Opened()) {
-    throw ErroreSistema(operazione, errno);
+  if (!descriptor_.Opened()) {
+    throw SystemError(operation, errno);
   }
 }
 
-FileProvvisorio::~FileProvvisorio() {
-  if (!definitivo_) {
-    ::unlink(nome_.c_str());
+TemporaryFile::~TemporaryFile() {
+  if (!published_) {
+    ::unlink(name_.c_str());
   }
 }
 
-void FileProvvisorio::Scrivi(std::string_view dati, const std::string& operazione) const {
-  while (!dati.empty()) {
-    const auto scritti = ::write(descrittore_.Number(), dati.data(), dati.size());
-    if (scritti >= 0) {
-      dati.remove_prefix(static_cast<std::size_t>(scritti));
+void TemporaryFile::Write(std::string_view data, const std::string& operation) const {
+  while (!data.empty()) {
+    const auto written = ::write(descriptor_.Number(), data.data(), data.size());
+    if (written >= 0) {
+      data.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno != EINTR) {
-      throw ErroreSistema(operazione, errno);
+      throw SystemError(operation, errno);
     }
   }
 }
 
-void FileProvvisorio::Pubblica(const std::string& destinazione, const std::string& operazione) {
+void TemporaryFile::Publish(const std::string& destination, const std::string& operation) {
   // Closed once it has its final name: until then it must stay locked. After fsync(2) close(2) has nothing left to say.
-  if (::fsync(descrittore_.Number()) != 0 || ::rename(nome_.c_str(), destinazione.c_str()) != 0) {
-    throw ErroreSistema(operazione, errno);
+  if (::fsync(descriptor_.Number()) != 0 || ::rename(name_.c_str(), destination.c_str()) != 0) {
+    throw SystemError(operation, errno);
   }
-  definitivo_ = true;
-  descrittore_.Close();
+  published_ = true;
+  descriptor_.Close();
 }
 
 namespace {
 
-int ErroreGenere(const struct stat& stato) {
-  const int altro = S_ISDIR(stato.st_mode) ? EISDIR : EINVAL;
-  return S_ISREG(stato.st_mode) ? 0 : altro;
+int KindError(const struct stat& state) {
+  const int other = S_ISDIR(state.st_mode) ? EISDIR : EINVAL;
+  return S_ISREG(state.st_mode) ? 0 : other;
 }
 
 } // namespace
@@ -89,62 +89,62 @@ std::string ParentDirectory(std::string_view path) {
   return slash == 0 ? "/" : std::string(path.substr(0, slash));
 }
 
-int ErroreOrdinario(const std::string& percorso) {
-  struct stat stato {};
-  return ::stat(percorso.c_str(), &stato) == 0 ? ErroreGenere(stato) : errno;
+int OrdinaryFileError(const std::string& path) {
+  struct stat state {};
+  return ::stat(path.c_str(), &state) == 0 ? KindError(state) : errno;
 }
 
-base::Descriptor ApriOrdinario(const std::string& percorso, const std::string& operazione) {
+base::Descriptor OpenOrdinary(const std::string& path, const std::string& operation) {
   // Opens without waiting: a pipe in the file's place must not hold the caller up.
-  base::Descriptor descrittore(::open(percorso.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  struct stat stato {};
-  if (!descrittore.Opened() || ::fstat(descrittore.Number(), &stato) != 0) {
-    throw ErroreSistema(operazione, errno);
+  base::Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat state {};
+  if (!descriptor.Opened() || ::fstat(descriptor.Number(), &state) != 0) {
+    throw SystemError(operation, errno);
   }
-  if (const int genere = ErroreGenere(stato); genere != 0) {
-    throw ErroreSistema(operazione, genere);
+  if (const int kind = KindError(state); kind != 0) {
+    throw SystemError(operation, kind);
   }
-  return descrittore;
+  return descriptor;
 }
 
-std::size_t LeggiBlocco(const base::Descriptor& file, std::span<char> tampone, const std::string& operazione) {
+std::size_t ReadBlock(const base::Descriptor& file, std::span<char> buffer, const std::string& operation) {
   for (;;) {
-    const auto letti = ::read(file.Number(), tampone.data(), tampone.size());
-    if (letti >= 0) {
-      return static_cast<std::size_t>(letti);
+    const auto count = ::read(file.Number(), buffer.data(), buffer.size());
+    if (count >= 0) {
+      return static_cast<std::size_t>(count);
     }
     if (errno != EINTR) {
-      throw ErroreSistema(operazione, errno);
+      throw SystemError(operation, errno);
     }
   }
 }
 
-void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
-               const Misura& misura, std::optional<std::chrono::milliseconds> attesa) {
-  const auto termine = Orologio::now() + attesa.value_or(std::chrono::milliseconds(0));
-  const auto ingresso = ApriOrdinario(sorgente, operazione);
-  FileProvvisorio copia(destinazione, modo, operazione);
-  std::array<char, 65536> tampone;
-  auto resta = misura.massimo;
-  bool scaduto = false;
-  for (std::size_t letti = 0; (letti = LeggiBlocco(ingresso, tampone, operazione)) > 0;) {
+void CopyFile(const std::string& source, const std::string& destination, mode_t mode, const std::string& operation,
+              const Extent& extent, std::optional<std::chrono::milliseconds> timeout) {
+  const auto deadline = Clock::now() + timeout.value_or(std::chrono::milliseconds(0));
+  const auto input = OpenOrdinary(source, operation);
+  TemporaryFile copy(destination, mode, operation);
+  std::array<char, 65536> buffer;
+  auto left = extent.maximum;
+  bool timedOut = false;
+  for (std::size_t count = 0; (count = ReadBlock(input, buffer, operation)) > 0;) {
     // The look that follows the end of the time may find the end of the file, but no more of it.
-    if (scaduto) {
-      throw ErroreLink(operazione + ": " + MotivoTroppoLento(*attesa) + ".");
+    if (timedOut) {
+      throw LinkError(operation + ": " + TooSlowReason(*timeout) + ".");
     }
-    const bool troppi = letti > resta;
-    if (troppi && !misura.tronca) {
-      throw ErroreLink(operazione + ": " + MotivoTroppoGrande + ".");
+    const bool tooMany = count > left;
+    if (tooMany && !extent.truncate) {
+      throw LinkError(operation + ": " + TooLargeReason + ".");
     }
-    const auto copiati = troppi ? static_cast<std::size_t>(resta) : letti;
-    copia.Scrivi({tampone.data(), copiati}, operazione);
-    resta -= copiati;
-    if (troppi) {
+    const auto copied = tooMany ? static_cast<std::size_t>(left) : count;
+    copy.Write({buffer.data(), copied}, operation);
+    left -= copied;
+    if (tooMany) {
       break;
     }
-    scaduto = attesa && TempoRestante(termine).count() == 0;
+    timedOut = timeout && TimeLeft(deadline).count() == 0;
   }
-  copia.Pubblica(destinazione, operazione);
+  copy.Publish(destination, operation);
 }
 
 } // namespace lumoscad::nexaro

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/base/Descriptor.hpp"
-#include "platform/nexaro/Termine.hpp"
+#include "platform/nexaro/Deadline.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,53 +14,52 @@
 
 namespace lumoscad::nexaro {
 
-// `operazione` begins the text of the run-time error that each of these raises.
+// `operation` begins the text of the run-time error that each of these raises.
 
-/// A file under a private name beside `destinazione`, removed again unless it got its final name.
-class FileProvvisorio {
+/// A file under a private name beside `destination`, removed again unless it got its final name.
+class TemporaryFile {
  public:
-  /// `modo` holds the permissions before the umask. What killed programs left in the directory is removed.
-  FileProvvisorio(const std::string& destinazione, mode_t modo, const std::string& operazione);
-  FileProvvisorio(const FileProvvisorio&) = delete;
-  FileProvvisorio& operator=(const FileProvvisorio&) = delete;
-  ~FileProvvisorio();
+  /// `mode` holds the permissions before the umask. What killed programs left in the directory is removed.
+  TemporaryFile(const std::string& destination, mode_t mode, const std::string& operation);
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  ~TemporaryFile();
 
-  void Scrivi(std::string_view dati, const std::string& operazione) const;
+  void Write(std::string_view data, const std::string& operation) const;
 
-  /// Brings the file to the disk and renames it; what stands at `destinazione` is replaced, a symbolic link there is
+  /// Brings the file to the disk and renames it; what stands at `destination` is replaced, a symbolic link there is
   /// not followed.
-  void Pubblica(const std::string& destinazione, const std::string& operazione);
+  void Publish(const std::string& destination, const std::string& operation);
 
  private:
-  std::string nome_;
-  base::Descriptor descrittore_;
-  bool definitivo_ = false;
+  std::string name_;
+  base::Descriptor descriptor_;
+  bool published_ = false;
 };
 
 /// What stands before the last slash of an absolute path: the directory that the file is in.
 [[nodiscard]] std::string ParentDirectory(std::string_view path);
 
-/// 0 where an ordinary file stands at `percorso`, or a link to one; otherwise the error (`errno`) that says what is
+/// 0 where an ordinary file stands at `path`, or a link to one; otherwise the error (`errno`) that says what is
 /// wrong.
-[[nodiscard]] int ErroreOrdinario(const std::string& percorso);
+[[nodiscard]] int OrdinaryFileError(const std::string& path);
 
 /// Opens an ordinary file for reading; anything else is refused without waiting for it.
-[[nodiscard]] base::Descriptor ApriOrdinario(const std::string& percorso, const std::string& operazione);
+[[nodiscard]] base::Descriptor OpenOrdinary(const std::string& path, const std::string& operation);
 
-/// Reads up to the size of `tampone`; 0 at the end of the file.
-[[nodiscard]] std::size_t LeggiBlocco(const base::Descriptor& file, std::span<char> tampone,
-                                      const std::string& operazione);
+/// Reads up to the size of `buffer`; 0 at the end of the file.
+[[nodiscard]] std::size_t ReadBlock(const base::Descriptor& file, std::span<char> buffer, const std::string& operation);
 
 /// How much of a file is copied.
-struct Misura {
-  std::uint64_t massimo = std::numeric_limits<std::uint64_t>::max(); ///< in bytes
-  bool tronca = false; ///< of a longer file the beginning is copied; otherwise it is refused
+struct Extent {
+  std::uint64_t maximum = std::numeric_limits<std::uint64_t>::max(); ///< in bytes
+  bool truncate = false; ///< of a longer file the beginning is copied; otherwise it is refused
 };
 
-/// Copies the ordinary file `sorgente` to `destinazione`, which appears whole, as far as `misura` goes, or not at all.
-/// `modo` holds the permissions before the umask. Where `attesa` is set, no more is read
+/// Copies the ordinary file `source` to `destination`, which appears whole, as far as `extent` goes, or not at all.
+/// `mode` holds the permissions before the umask. Where `timeout` is set, no more is read
 /// once that time has passed; what had been read by then counts, if it was all.
-void CopiaFile(const std::string& sorgente, const std::string& destinazione, mode_t modo, const std::string& operazione,
-               const Misura& misura = {}, std::optional<std::chrono::milliseconds> attesa = std::nullopt);
+void CopyFile(const std::string& source, const std::string& destination, mode_t mode, const std::string& operation,
+              const Extent& extent = {}, std::optional<std::chrono::milliseconds> timeout = std::nullopt);
 
 } // namespace lumoscad::nexaro

@@ -1,11 +1,11 @@
 #include "platform/qt/QtDesktop.hpp"
 
-#include "platform/Errore.hpp"
-#include "platform/qt/AttesaQt.hpp"
-#include "platform/qt/FinestraElencoQt.hpp"
-#include "platform/qt/FinestraScadenzarioQt.hpp"
-#include "platform/qt/MessaggioQt.hpp"
-#include "platform/qt/Schermo.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/qt/Display.hpp"
+#include "platform/qt/ListWindowQt.hpp"
+#include "platform/qt/MessageQt.hpp"
+#include "platform/qt/SingleItemWindowQt.hpp"
+#include "platform/qt/WaitQt.hpp"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -21,174 +21,174 @@ namespace lumoscad::qt {
 
 namespace {
 
-constexpr qint64 IntervalloEventi = 10; // milliseconds between two turns of the event loop
+constexpr qint64 EventInterval = 10; // milliseconds between two turns of the event loop
 
 /// Makes a QApplication of ours. It is never destroyed: no moment before the end of the process is surely late
 /// enough, and at the very end Qt's own statics are already gone.
-void CreaApplicazione() {
-  static std::string piattaforma = ScegliPiattaforma();
-  static std::string nome = "LumoScad";
-  static std::string opzione = "-platform";
-  static char* argomenti[] = {nome.data(), opzione.data(), piattaforma.data(), nullptr};
-  static int quanti = piattaforma.empty() ? 1 : 3;
+void CreateApplication() {
+  static std::string platform = ChoosePlatform();
+  static std::string name = "LumoScad";
+  static std::string option = "-platform";
+  static char* arguments[] = {name.data(), option.data(), platform.data(), nullptr};
+  static int count = platform.empty() ? 1 : 3;
   // Qt installs the user's locale in every category and needs none of them afterwards: what the host program writes
   // and compares must not change under it.
   const std::string locale = std::setlocale(LC_ALL, nullptr);
-  static_cast<void>(std::make_unique<QApplication>(quanti, argomenti).release());
+  static_cast<void>(std::make_unique<QApplication>(count, arguments).release());
   std::setlocale(LC_ALL, locale.c_str());
   QGuiApplication::setQuitOnLastWindowClosed(false);
 }
 
-void AssicuraApplicazione() {
-  const QCoreApplication* applicazione = QCoreApplication::instance();
-  if (applicazione == nullptr) {
-    CreaApplicazione();
+void EnsureApplication() {
+  const QCoreApplication* application = QCoreApplication::instance();
+  if (application == nullptr) {
+    CreateApplication();
     return;
   }
-  if (qobject_cast<const QApplication*>(applicazione) == nullptr) {
-    throw ErroreRuntime(errori::Driver, "Il programma chiamante non può aprire finestre: la sua applicazione Qt è "
-                                        "senza interfaccia grafica.");
+  if (qobject_cast<const QApplication*>(application) == nullptr) {
+    throw RuntimeError(errors::Driver, "Il programma chiamante non può aprire finestre: la sua applicazione Qt è "
+                                       "senza interfaccia grafica.");
   }
-  if (QThread::currentThread() != applicazione->thread()) {
-    throw ErroreRuntime(errori::Driver, "Le finestre si possono aprire solo dal thread dell'interfaccia grafica.");
+  if (QThread::currentThread() != application->thread()) {
+    throw RuntimeError(errors::Driver, "Le finestre si possono aprire solo dal thread dell'interfaccia grafica.");
   }
 }
 
 /// While one of our windows is the only one, closing it must not end the calling program's event loop.
-class UscitaSospesa {
+class ExitPending {
  public:
-  UscitaSospesa() : precedente_(QGuiApplication::quitOnLastWindowClosed()) {
+  ExitPending() : previous_(QGuiApplication::quitOnLastWindowClosed()) {
     QGuiApplication::setQuitOnLastWindowClosed(false);
   }
-  UscitaSospesa(const UscitaSospesa&) = delete;
-  UscitaSospesa& operator=(const UscitaSospesa&) = delete;
-  ~UscitaSospesa() { QGuiApplication::setQuitOnLastWindowClosed(precedente_); }
+  ExitPending(const ExitPending&) = delete;
+  ExitPending& operator=(const ExitPending&) = delete;
+  ~ExitPending() { QGuiApplication::setQuitOnLastWindowClosed(previous_); }
 
  private:
-  bool precedente_;
+  bool previous_;
 };
 
-QWidget* Genitore() {
-  QWidget* modale = QApplication::activeModalWidget();
-  return modale != nullptr ? modale : QApplication::activeWindow();
+QWidget* ParentWindow() {
+  QWidget* modal = QApplication::activeModalWidget();
+  return modal != nullptr ? modal : QApplication::activeWindow();
 }
 
 class QtDesktop final : public Desktop {
  public:
-  QtDesktop() { Prepara(); }
+  QtDesktop() { Prepare(); }
   QtDesktop(const QtDesktop&) = delete;
   QtDesktop& operator=(const QtDesktop&) = delete;
-  ~QtDesktop() override { Imposta(Puntatore::Predefinito); }
+  ~QtDesktop() override { Apply(Pointer::Standard); }
 
-  void MostraBox(std::string_view testo, std::string_view titolo) override {
-    Prepara();
-    const UscitaSospesa sospesa;
-    if (!MessaggioQt(testo, titolo, Genitore()).Mostra()) {
-      throw ErroreRuntime(errori::Driver, "Il messaggio è stato chiuso dal programma chiamante.");
+  void ShowBox(std::string_view text, std::string_view title) override {
+    Prepare();
+    const ExitPending pending;
+    if (!MessageQt(text, title, ParentWindow()).Display()) {
+      throw RuntimeError(errors::Driver, "Il messaggio è stato chiuso dal programma chiamante.");
     }
   }
 
-  void ImpostaPuntatore(Puntatore puntatore) override {
-    Imposta(puntatore);
-    puntatoreCambiato_ = true;
+  void SetPointer(Pointer pointer) override {
+    Apply(pointer);
+    pointerChanged_ = true;
   }
 
-  void EventiInAttesa() override {
-    if (!Riconosci()) {
+  void RunPendingEvents() override {
+    if (!Recognise()) {
       return;
     }
-    if (!std::exchange(puntatoreCambiato_, false) && giro_.isValid() && giro_.elapsed() < IntervalloEventi) {
+    if (!std::exchange(pointerChanged_, false) && turn_.isValid() && turn_.elapsed() < EventInterval) {
       return;
     }
     // The person's input waits: the calling program must not be entered again in the middle of a command.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    giro_.start();
+    turn_.start();
   }
 
-  void MostraElenco(FinestraElenco& finestra) override { Mostra<FinestraElencoQt>(finestra); }
+  void ShowList(ListWindow& window) override { Display<ListWindowQt>(window); }
 
-  void MostraScadenzario(FinestraScadenzario& finestra) override { Mostra<FinestraScadenzarioQt>(finestra); }
+  void ShowSingleItem(SingleItemWindow& window) override { Display<SingleItemWindowQt>(window); }
 
-  void MostraAttesa(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override {
-    Mostra<AttesaQt>(testo, millisecondi, lavoro);
+  void ShowWait(std::string_view text, int milliseconds, const std::function<void()>& work) override {
+    Display<WaitQt>(text, milliseconds, work);
   }
 
  private:
   /// Before every window: the application of the calling program may have gone since the last one.
-  void Prepara() {
-    AssicuraApplicazione();
-    if (!Riconosci()) {
-      throw ErroreRuntime(errori::Driver, "Questo processo è la copia di uno che ha aperto finestre, e lo schermo è "
-                                          "rimasto di quello: una copia non ne può aprire.");
+  void Prepare() {
+    EnsureApplication();
+    if (!Recognise()) {
+      throw RuntimeError(errors::Driver, "Questo processo è la copia di uno che ha aperto finestre, e lo schermo è "
+                                         "rimasto di quello: una copia non ne può aprire.");
     }
   }
 
   /// Takes note of the application that there is now; false where none can show anything from here.
-  bool Riconosci() {
-    auto* const applicazione = qobject_cast<QApplication*>(QCoreApplication::instance());
-    if (applicazione == nullptr || QThread::currentThread() != applicazione->thread()) {
+  bool Recognise() {
+    auto* const application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (application == nullptr || QThread::currentThread() != application->thread()) {
       return false;
     }
-    const qint64 processo = QCoreApplication::applicationPid();
-    if (applicazione_ != applicazione) {
-      applicazione_ = applicazione;
-      processo_ = processo;
-      clessidra_ = false; // the pointers went with the application before
+    const qint64 process = QCoreApplication::applicationPid();
+    if (application_ != application) {
+      application_ = application;
+      process_ = process;
+      hourglass_ = false; // the pointers went with the application before
     }
-    return processo_ == processo;
+    return process_ == process;
   }
 
-  /// Shows a window made of `argomenti` modally; what it gives back is raised once the window is gone.
-  template <class Finestra, class... Argomenti> void Mostra(Argomenti&... argomenti) {
-    Prepara();
-    std::exception_ptr errore;
+  /// Shows a window made of `arguments` modally; what it gives back is raised once the window is gone.
+  template <class MakeWindow, class... Arguments> void Display(Arguments&... arguments) {
+    Prepare();
+    std::exception_ptr error;
     {
-      const UscitaSospesa sospesa;
-      Finestra finestra(argomenti..., Genitore());
-      errore = finestra.Mostra();
+      const ExitPending pending;
+      MakeWindow window(arguments..., ParentWindow());
+      error = window.Display();
     }
-    if (errore) {
-      std::rethrow_exception(errore);
+    if (error) {
+      std::rethrow_exception(error);
     }
   }
 
-  void Imposta(Puntatore puntatore) {
-    const bool clessidra = puntatore == Puntatore::Clessidra;
-    if (!Riconosci()) {
+  void Apply(Pointer pointer) {
+    const bool hourglass = pointer == Pointer::Hourglass;
+    if (!Recognise()) {
       return;
     }
-    if (clessidra == std::exchange(clessidra_, clessidra)) {
+    if (hourglass == std::exchange(hourglass_, hourglass)) {
       return;
     }
-    if (clessidra) {
+    if (hourglass) {
       QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     } else {
       QGuiApplication::restoreOverrideCursor();
     }
   }
 
-  QPointer<QApplication> applicazione_;
-  qint64 processo_ = 0; ///< the one that the application showed its first window in
-  bool clessidra_ = false;
-  bool puntatoreCambiato_ = false;
-  QElapsedTimer giro_;
+  QPointer<QApplication> application_;
+  qint64 process_ = 0; ///< the one that the application showed its first window in
+  bool hourglass_ = false;
+  bool pointerChanged_ = false;
+  QElapsedTimer turn_;
 };
 
 } // namespace
 
-std::unique_ptr<Desktop> CreaDesktop() {
+std::unique_ptr<Desktop> CreateDesktop() {
   return std::make_unique<QtDesktop>();
 }
 
-ThreadFinestre DoveSonoLeFinestre() noexcept {
+WindowThread WhereTheWindowsAre() noexcept {
   try {
-    const auto* applicazione = qobject_cast<const QApplication*>(QCoreApplication::instance());
-    if (applicazione == nullptr) {
-      return ThreadFinestre::Nessuno;
+    const auto* application = qobject_cast<const QApplication*>(QCoreApplication::instance());
+    if (application == nullptr) {
+      return WindowThread::None;
     }
-    return QThread::currentThread() == applicazione->thread() ? ThreadFinestre::Questo : ThreadFinestre::Altro;
+    return QThread::currentThread() == application->thread() ? WindowThread::ThisOne : WindowThread::Other;
   } catch (...) { // no memory for what Qt notes of a new thread, which the application's own is not
-    return ThreadFinestre::Altro;
+    return WindowThread::Other;
   }
 }
 

@@ -1,8 +1,8 @@
 #include "platform/xml/Nodo.hpp"
 
-#include "platform/Errore.hpp"
-#include "platform/xml/BuonaForma.hpp"
-#include "platform/xml/Decodifica.hpp"
+#include "platform/RuntimeError.hpp"
+#include "platform/xml/Decoding.hpp"
+#include "platform/xml/WellFormed.hpp"
 
 #include <pugixml.hpp>
 
@@ -12,133 +12,133 @@ namespace lumoscad::xml {
 
 namespace {
 
-constexpr std::string_view bianchi = " \t\r\n";
+constexpr std::string_view blanks = " \t\r\n";
 
-bool SoloBianchi(std::string_view testo) {
-  return testo.find_first_not_of(bianchi) == std::string_view::npos;
+bool OnlyBlanks(std::string_view text) {
+  return text.find_first_not_of(blanks) == std::string_view::npos;
 }
 
-[[noreturn]] void Rifiuta(const std::string& motivo) {
-  throw ErroreRuntime(errori::Driver, "Documento XML non valido: " + motivo + ".");
+[[noreturn]] void Refuse(const std::string& reason) {
+  throw RuntimeError(errors::Driver, "Documento XML non valido: " + reason + ".");
 }
 
 /// Measures before anything recursive walks the tree.
-class Profondimetro final : public pugi::xml_tree_walker {
+class DepthGauge final : public pugi::xml_tree_walker {
  public:
-  bool for_each(pugi::xml_node& nodo) override {
-    if (nodo.type() == pugi::node_doctype) {
-      haDoctype_ = true;
+  bool for_each(pugi::xml_node& node) override {
+    if (node.type() == pugi::node_doctype) {
+      hasDoctype_ = true;
     }
-    if (nodo.type() == pugi::node_element && depth() + 1 > ProfonditaMassima) {
-      troppoProfondo_ = true;
+    if (node.type() == pugi::node_element && depth() + 1 > GreatestDepth) {
+      tooDeep_ = true;
     }
-    return !haDoctype_ && !troppoProfondo_;
+    return !hasDoctype_ && !tooDeep_;
   }
 
-  [[nodiscard]] bool HaDoctype() const { return haDoctype_; }
-  [[nodiscard]] bool TroppoProfondo() const { return troppoProfondo_; }
+  [[nodiscard]] bool HasDoctype() const { return hasDoctype_; }
+  [[nodiscard]] bool TooDeep() const { return tooDeep_; }
 
  private:
-  bool haDoctype_ = false;
-  bool troppoProfondo_ = false;
+  bool hasDoctype_ = false;
+  bool tooDeep_ = false;
 };
 
-bool IsTesto(const pugi::xml_node& nodo) {
-  return nodo.type() == pugi::node_pcdata || nodo.type() == pugi::node_cdata;
+bool IsText(const pugi::xml_node& node) {
+  return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
-/// The text that begins with `primo` and goes on up to the next element: comments and instructions do not part it.
-/// `primo` moves to its last piece.
-struct Tratto {
-  std::string testo;
-  bool letterale = false; ///< a CDATA section is part of it
+/// The text that begins with `first` and goes on up to the next element: comments and instructions do not part it.
+/// `first` moves to its last piece.
+struct Run {
+  std::string text;
+  bool literal = false; ///< a CDATA section is part of it
 };
-Tratto LeggiTratto(pugi::xml_node& primo) {
-  Tratto tratto;
-  for (auto nodo = primo; nodo && IsTesto(nodo); nodo = nodo.next_sibling()) {
-    tratto.testo += nodo.value();
-    tratto.letterale = tratto.letterale || nodo.type() == pugi::node_cdata;
-    primo = nodo;
+Run ReadRun(pugi::xml_node& first) {
+  Run run;
+  for (auto node = first; node && IsText(node); node = node.next_sibling()) {
+    run.text += node.value();
+    run.literal = run.literal || node.type() == pugi::node_cdata;
+    first = node;
   }
-  return tratto;
+  return run;
 }
 
-bool HaElementi(const pugi::xml_node& nodo) {
-  const auto figli = nodo.children();
-  return std::any_of(figli.begin(), figli.end(), [](const auto& f) { return f.type() == pugi::node_element; });
+bool HasElements(const pugi::xml_node& node) {
+  const auto children = node.children();
+  return std::any_of(children.begin(), children.end(), [](const auto& f) { return f.type() == pugi::node_element; });
 }
 
-Nodo Converti(const pugi::xml_node& sorgente) {
-  Nodo nodo;
-  nodo.nome = sorgente.name();
-  const bool haElementi = HaElementi(sorgente);
-  for (auto figlio = sorgente.first_child(); figlio; figlio = figlio.next_sibling()) {
-    if (IsTesto(figlio)) {
-      const Tratto tratto = LeggiTratto(figlio);
-      const bool bianco = SoloBianchi(tratto.testo);
+Nodo Convert(const pugi::xml_node& source) {
+  Nodo node;
+  node.name = source.name();
+  const bool hasElements = HasElements(source);
+  for (auto child = source.first_child(); child; child = child.next_sibling()) {
+    if (IsText(child)) {
+      const Run run = ReadRun(child);
+      const bool blank = OnlyBlanks(run.text);
       // Blanks between elements lay the document out; blanks alone in an element are its text.
-      if (!bianco || tratto.letterale || !haElementi) {
-        nodo.valore += tratto.testo;
+      if (!blank || run.literal || !hasElements) {
+        node.value += run.text;
       }
-      nodo.haTesto = nodo.haTesto || !bianco;
-    } else if (figlio.type() == pugi::node_element) {
-      nodo.figli.push_back(Converti(figlio));
-      nodo.valore += nodo.figli.back().valore;
+      node.hasText = node.hasText || !blank;
+    } else if (child.type() == pugi::node_element) {
+      node.children.push_back(Convert(child));
+      node.value += node.children.back().value;
     }
   }
-  return nodo;
+  return node;
 }
 
 /// The only element at the top; anything else there but blanks, comments and instructions is refused.
-pugi::xml_node ElementoRadice(const pugi::xml_document& documento) {
-  pugi::xml_node radice;
-  for (const auto& figlio : documento.children()) {
-    if (IsTesto(figlio) && !SoloBianchi(figlio.value())) {
-      Rifiuta("testo fuori dall'elemento principale");
+pugi::xml_node RootElement(const pugi::xml_document& document) {
+  pugi::xml_node root;
+  for (const auto& child : document.children()) {
+    if (IsText(child) && !OnlyBlanks(child.value())) {
+      Refuse("testo fuori dall'elemento principale");
     }
-    if (figlio.type() == pugi::node_element) {
-      if (radice) {
-        Rifiuta("più di un elemento principale");
+    if (child.type() == pugi::node_element) {
+      if (root) {
+        Refuse("più di un elemento principale");
       }
-      radice = figlio;
+      root = child;
     }
   }
-  if (!radice) {
-    Rifiuta("manca l'elemento principale");
+  if (!root) {
+    Refuse("manca l'elemento principale");
   }
-  return radice;
+  return root;
 }
 
 } // namespace
 
-Nodo Leggi(std::string_view documento) {
-  if (SoloBianchi(documento)) {
-    Rifiuta("è vuoto");
+Nodo Read(std::string_view document) {
+  if (OnlyBlanks(document)) {
+    Refuse("è vuoto");
   }
-  if (documento.size() > DimensioneMassima) {
-    Rifiuta("supera i 16 MiB");
+  if (document.size() > LargestSize) {
+    Refuse("supera i 16 MiB");
   }
-  const auto testo = Decodifica(documento);
-  pugi::xml_document albero;
-  constexpr unsigned opzioni = pugi::parse_default | pugi::parse_fragment | pugi::parse_doctype | pugi::parse_ws_pcdata;
-  const auto esito = albero.load_buffer(testo.data(), testo.size(), opzioni, pugi::encoding_utf8);
-  Profondimetro profondimetro;
-  albero.traverse(profondimetro);
-  if (profondimetro.HaDoctype()) {
-    Rifiuta("contiene un DOCTYPE, che non è ammesso");
+  const auto text = Decode(document);
+  pugi::xml_document tree;
+  constexpr unsigned options = pugi::parse_default | pugi::parse_fragment | pugi::parse_doctype | pugi::parse_ws_pcdata;
+  const auto outcome = tree.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
+  DepthGauge depthGauge;
+  tree.traverse(depthGauge);
+  if (depthGauge.HasDoctype()) {
+    Refuse("contiene un DOCTYPE, che non è ammesso");
   }
-  if (!esito) {
-    Rifiuta("la sintassi è errata al carattere " + std::to_string(esito.offset + 1));
+  if (!outcome) {
+    Refuse("la sintassi è errata al carattere " + std::to_string(outcome.offset + 1));
   }
-  if (profondimetro.TroppoProfondo()) {
-    Rifiuta("gli elementi sono annidati oltre " + std::to_string(ProfonditaMassima) + " livelli");
+  if (depthGauge.TooDeep()) {
+    Refuse("gli elementi sono annidati oltre " + std::to_string(GreatestDepth) + " livelli");
   }
-  for (const auto difetto : {DifettoDelTesto(testo), DifettoDeiNomi(albero)}) {
-    if (!difetto.empty()) {
-      Rifiuta(std::string(difetto));
+  for (const auto fault : {TextFault(text), NameFault(tree)}) {
+    if (!fault.empty()) {
+      Refuse(std::string(fault));
     }
   }
-  return Converti(ElementoRadice(albero));
+  return Convert(RootElement(tree));
 }
 
 } // namespace lumoscad::xml

@@ -1,7 +1,7 @@
 #include "platform/nexaro/ssh/Sftp.hpp"
 
-#include "platform/nexaro/Chiamata.hpp"
-#include "platform/nexaro/Testi.hpp"
+#include "platform/nexaro/Call.hpp"
+#include "platform/nexaro/Texts.hpp"
 
 #include <sys/stat.h>
 
@@ -10,326 +10,325 @@ namespace lumoscad::nexaro {
 namespace {
 
 /// The packet types (draft-ietf-secsh-filexfer-02, section 3).
-enum Tipo : std::uint8_t {
-  Presentazione = 1,
-  Versione = 2,
-  Apertura = 3,
-  Chiusura = 4,
-  Lettura = 5,
-  Scrittura = 6,
-  AttributiSenzaSeguire = 7,
-  AttributiAperto = 8,
-  Rimozione = 13,
-  PercorsoReale = 16,
-  AttributiSeguendo = 17,
-  CambioNome = 18,
-  Stato = 101,
+enum Type : std::uint8_t {
+  Introduction = 1,
+  Version = 2,
+  Opening = 3,
+  Closing = 4,
+  Reading = 5,
+  Writing = 6,
+  AttributesNotFollowing = 7,
+  AttributesOfHandle = 8,
+  RemovalRequest = 13,
+  RealPath = 16,
+  AttributesFollowing = 17,
+  RenameRequest = 18,
+  State = 101,
   Handle = 102,
-  Dati = 103,
-  Attributi = 105,
-  Estensione = 200,
-  RispostaEstensione = 201
+  Data = 103,
+  Attributes = 105,
+  Extension = 200,
+  ExtendedReply = 201
 };
 
-constexpr std::uint32_t VersioneParlata = 3;
-constexpr std::uint32_t ConDimensione = 0x01;
-constexpr std::uint32_t ConUtente = 0x02;
-constexpr std::uint32_t ConPermessi = 0x04;
+constexpr std::uint32_t SpokenVersion = 3;
+constexpr std::uint32_t WithSize = 0x01;
+constexpr std::uint32_t WithUser = 0x02;
+constexpr std::uint32_t WithPermissions = 0x04;
 /// A server's packets are no longer than this: blocks of 256 KiB and their frame.
-constexpr std::uint32_t PacchettoMassimo = (256U + 16U) * 1024U;
+constexpr std::uint32_t LargestPacket = (256U + 16U) * 1024U;
 /// No handle is longer than this (section 6.2): every later request carries it.
-constexpr std::size_t HandleMassimo = 256;
+constexpr std::size_t LongestHandle = 256;
 /// More than all the answers that are ever due at once.
-constexpr std::size_t MassimoInArrivo = std::size_t{32} * 1024 * 1024;
+constexpr std::size_t MaxIncoming = std::size_t{32} * 1024 * 1024;
 
 // Extensions of the OpenSSH server (OpenSSH, file PROTOCOL, section 4).
-constexpr const char* CambioNomeSostituendo = "posix-rename@openssh.com";
-constexpr const char* ScaricoSuDisco = "fsync@openssh.com";
-constexpr const char* StatoFileSystem = "statvfs@openssh.com";
+constexpr const char* RenameReplacingRequest = "posix-rename@openssh.com";
+constexpr const char* Flush = "fsync@openssh.com";
+constexpr const char* FileSystemStatus = "statvfs@openssh.com";
 
-[[noreturn]] void RispostaInattesa() {
-  throw ConnessionePersa("il servizio SFTP dell'host ha dato una risposta inattesa");
+[[noreturn]] void UnexpectedReply() {
+  throw ConnectionLost("il servizio SFTP dell'host ha dato una risposta inattesa");
 }
 
-std::string MotivoUsuale(std::uint32_t codice, std::string_view messaggio) {
-  switch (codice) {
-  case stato_sftp::FileInesistente:
+std::string UsualReason(std::uint32_t code, std::string_view message) {
+  switch (code) {
+  case sftp_status::NoSuchFile:
     return "file inesistente";
-  case stato_sftp::PermessoNegato:
+  case sftp_status::PermissionDenied:
     return "permesso negato";
-  case stato_sftp::NonOfferta:
+  case sftp_status::NotSupported:
     return "operazione non offerta dall'host";
   default:
     return "l'host non ha potuto eseguire l'operazione (" +
-           (messaggio.empty() ? "errore SFTP " + std::to_string(codice) : TestoAltrui(messaggio)) +
+           (message.empty() ? "errore SFTP " + std::to_string(code) : ForeignText(message)) +
            "); avvertire l'amministratore dell'host";
   }
 }
 
 /// Raises the error of a status answer, unless it tells of success.
-void VerificaStatoSftp(const Sftp::Risposta& risposta) {
-  if (risposta.tipo != Stato) {
-    RispostaInattesa();
+void CheckSftpStatus(const Sftp::Reply& reply) {
+  if (reply.type != State) {
+    UnexpectedReply();
   }
-  LettoreSftp lettore(risposta.corpo);
-  const auto codice = lettore.U32();
-  if (codice != stato_sftp::Ok) {
-    throw ErroreSftp(codice, lettore.Finito() ? std::string_view() : lettore.Testo());
+  SftpReader reader(reply.body);
+  const auto code = reader.U32();
+  if (code != sftp_status::Ok) {
+    throw SftpError(code, reader.Finished() ? std::string_view() : reader.Text());
   }
 }
 
-AttributiSftp LeggiAttributi(const Sftp::Risposta& risposta) {
-  if (risposta.tipo != Attributi) {
-    VerificaStatoSftp(risposta);
-    RispostaInattesa();
+SftpAttributes ReadAttributes(const Sftp::Reply& reply) {
+  if (reply.type != Attributes) {
+    CheckSftpStatus(reply);
+    UnexpectedReply();
   }
-  LettoreSftp lettore(risposta.corpo);
-  AttributiSftp attributi;
-  const auto presenti = lettore.U32();
-  if ((presenti & ConDimensione) != 0) {
-    attributi.dimensione = lettore.U64();
+  SftpReader reader(reply.body);
+  SftpAttributes attributes;
+  const auto presentOnes = reader.U32();
+  if ((presentOnes & WithSize) != 0) {
+    attributes.size = reader.U64();
   }
-  if ((presenti & ConUtente) != 0) {
-    lettore.U64();
+  if ((presentOnes & WithUser) != 0) {
+    reader.U64();
   }
-  if ((presenti & ConPermessi) != 0) {
-    attributi.permessi = lettore.U32();
+  if ((presentOnes & WithPermissions) != 0) {
+    attributes.permissions = reader.U32();
   }
-  return attributi;
+  return attributes;
 }
 
 } // namespace
 
-ErroreSftp::ErroreSftp(std::uint32_t codice, std::string_view messaggio, std::string motivo)
-    : codice_(codice), motivo_(motivo.empty() ? MotivoUsuale(codice, messaggio) : std::move(motivo)) {}
+SftpError::SftpError(std::uint32_t code, std::string_view message, std::string reason)
+    : code_(code), reason_(reason.empty() ? UsualReason(code, message) : std::move(reason)) {}
 
-bool AttributiSftp::IsCartella() const {
-  return permessi && S_ISDIR(*permessi);
+bool SftpAttributes::IsDirectory() const {
+  return permissions && S_ISDIR(*permissions);
 }
 
-bool AttributiSftp::IsOrdinario() const {
-  return !permessi || (*permessi & S_IFMT) == 0 || S_ISREG(*permessi);
+bool SftpAttributes::IsOrdinary() const {
+  return !permissions || (*permissions & S_IFMT) == 0 || S_ISREG(*permissions);
 }
 
-Sftp::Sftp(Sessione& sessione) : canale_(sessione, sessione.NuovoTermine(), MassimoInArrivo, MassimoErroriMostrati) {
-  canale_.AvviaSottosistema("sftp");
-  Presentati();
+Sftp::Sftp(Session& session) : channel_(session, session.NewDeadline(), MaxIncoming, MaxErrorsShown) {
+  channel_.StartSubsystem("sftp");
+  IntroduceYourself();
 }
 
-void Sftp::Presentati() {
-  CorpoSftp corpo;
-  corpo.U32(5);
-  canale_.Scrivi(corpo.Byte() + static_cast<char>(Presentazione) + CorpoSftp().U32(VersioneParlata).Byte());
-  const auto termine = canale_.SuaSessione().NuovoTermine();
-  std::optional<Risposta> risposta;
-  while (!(risposta = PrendiPacchetto())) {
-    if (canale_.finita) {
-      throw RichiestaRifiutata();
+void Sftp::IntroduceYourself() {
+  SftpBody body;
+  body.U32(5);
+  channel_.Write(body.Bytes() + static_cast<char>(Introduction) + SftpBody().U32(SpokenVersion).Bytes());
+  const auto deadline = channel_.ItsSession().NewDeadline();
+  std::optional<Reply> reply;
+  while (!(reply = TakePacket())) {
+    if (channel_.eof) {
+      throw RequestRefused();
     }
-    canale_.Serve(termine);
+    channel_.HandleEvents(deadline);
   }
-  LettoreSftp lettore(risposta->corpo);
-  if (risposta->tipo != Versione || lettore.U32() < VersioneParlata) {
-    throw RichiestaRifiutata();
+  SftpReader reader(reply->body);
+  if (reply->type != Version || reader.U32() < SpokenVersion) {
+    throw RequestRefused();
   }
-  while (!lettore.Finito()) {
-    estensioni_.emplace(lettore.Testo());
-    lettore.Testo();
+  while (!reader.Finished()) {
+    extensions_.emplace(reader.Text());
+    reader.Text();
   }
 }
 
 /// Takes the next whole packet off the channel's stream.
-std::optional<Sftp::Risposta> Sftp::PrendiPacchetto() {
-  static constexpr std::size_t Frontespizio = 4;
-  auto& flusso = canale_.uscita;
-  const auto resto = std::string_view(flusso).substr(letto_);
-  if (resto.size() >= Frontespizio) {
-    const auto lunghezza = LettoreSftp(resto).U32();
-    if (lunghezza == 0 || lunghezza > PacchettoMassimo || canale_.uscitaEccessiva) {
-      RispostaInattesa();
+std::optional<Sftp::Reply> Sftp::TakePacket() {
+  static constexpr std::size_t Header = 4;
+  auto& stream = channel_.output;
+  const auto rest = std::string_view(stream).substr(consumed_);
+  if (rest.size() >= Header) {
+    const auto length = SftpReader(rest).U32();
+    if (length == 0 || length > LargestPacket || channel_.excessiveOutput) {
+      UnexpectedReply();
     }
-    if (resto.size() >= Frontespizio + lunghezza) {
-      letto_ += Frontespizio + lunghezza;
-      return Risposta{static_cast<std::uint8_t>(resto[Frontespizio]),
-                      std::string(resto.substr(Frontespizio + 1, lunghezza - 1))};
+    if (rest.size() >= Header + length) {
+      consumed_ += Header + length;
+      return Reply{static_cast<std::uint8_t>(rest[Header]), std::string(rest.substr(Header + 1, length - 1))};
     }
   }
-  flusso.erase(0, letto_);
-  letto_ = 0;
+  stream.erase(0, consumed_);
+  consumed_ = 0;
   return std::nullopt;
 }
 
-void Sftp::Smista() {
-  while (auto pacchetto = PrendiPacchetto()) {
-    const auto numero = LettoreSftp(pacchetto->corpo).U32();
-    if (attese_.erase(numero) == 0) {
-      RispostaInattesa();
+void Sftp::Dispatch() {
+  while (auto packet = TakePacket()) {
+    const auto number = SftpReader(packet->body).U32();
+    if (pending_.erase(number) == 0) {
+      UnexpectedReply();
     }
-    pacchetto->corpo.erase(0, 4);
-    arrivate_.emplace(numero, std::move(*pacchetto));
-    ultimaRisposta_ = Orologio::now();
+    packet->body.erase(0, 4);
+    arrived_.emplace(number, std::move(*packet));
+    lastReply_ = Clock::now();
   }
 }
 
-std::uint32_t Sftp::Chiedi(std::uint8_t tipo, const CorpoSftp& corpo, std::string_view dati) {
-  const auto numero = ++ultimo_;
-  const auto lunghezza = 5 + corpo.Byte().size() + dati.size();
-  auto pacchetto = CorpoSftp().U32(static_cast<std::uint32_t>(lunghezza)).Byte();
-  pacchetto.reserve(4 + lunghezza);
-  pacchetto += static_cast<char>(tipo);
-  pacchetto += CorpoSftp().U32(numero).Byte();
-  pacchetto += corpo.Byte();
-  pacchetto += dati;
-  attese_.insert(numero);
-  canale_.Scrivi(pacchetto, comune_);
-  return numero;
+std::uint32_t Sftp::Request(std::uint8_t type, const SftpBody& body, std::string_view data) {
+  const auto number = ++last_;
+  const auto length = 5 + body.Bytes().size() + data.size();
+  auto packet = SftpBody().U32(static_cast<std::uint32_t>(length)).Bytes();
+  packet.reserve(4 + length);
+  packet += static_cast<char>(type);
+  packet += SftpBody().U32(number).Bytes();
+  packet += body.Bytes();
+  packet += data;
+  pending_.insert(number);
+  channel_.Write(packet, shared_);
+  return number;
 }
 
-Sftp::Risposta Sftp::Attendi(std::uint32_t numero, Termine termine) {
+Sftp::Reply Sftp::Wait(std::uint32_t number, Deadline deadline) {
   for (;;) {
-    Smista();
-    if (auto nodo = arrivate_.extract(numero)) {
-      return std::move(nodo.mapped());
+    Dispatch();
+    if (auto node = arrived_.extract(number)) {
+      return std::move(node.mapped());
     }
-    if (canale_.finita) {
-      throw ConnessionePersa("il servizio SFTP dell'host si è chiuso");
+    if (channel_.eof) {
+      throw ConnectionLost("il servizio SFTP dell'host si è chiuso");
     }
-    Serve(termine);
+    HandleEvents(deadline);
   }
 }
 
-void Sftp::Serve(Termine termine) {
-  if (canale_.ServeEntro(termine)) {
+void Sftp::HandleEvents(Deadline deadline) {
+  if (channel_.HandleEventsUntil(deadline)) {
     return;
   }
-  const auto attesa = canale_.SuaSessione().Attesa();
-  throw ConnessionePersa(comune_ && ultimaRisposta_ > inizio_ ? MotivoTroppoLento(attesa)
-                                                              : "nessuna risposta entro " + Secondi(attesa));
+  const auto timeout = channel_.ItsSession().Timeout();
+  throw ConnectionLost(shared_ && lastReply_ > begin_ ? TooSlowReason(timeout)
+                                                      : "nessuna risposta entro " + Seconds(timeout));
 }
 
-Termine Sftp::ProssimoTermine() const {
-  return comune_.value_or(canale_.SuaSessione().NuovoTermine());
+Deadline Sftp::NextDeadline() const {
+  return shared_.value_or(channel_.ItsSession().NewDeadline());
 }
 
-Sftp::Risposta Sftp::Attendi(std::uint32_t numero) {
-  return Attendi(numero, ProssimoTermine());
+Sftp::Reply Sftp::Wait(std::uint32_t number) {
+  return Wait(number, NextDeadline());
 }
 
-std::string Sftp::Apri(std::string_view percorso, std::uint32_t apertura, std::uint32_t modo) {
-  const auto risposta = Attendi(Chiedi(Apertura, CorpoSftp().Testo(percorso).U32(apertura).U32(ConPermessi).U32(modo)));
-  if (risposta.tipo != Handle) {
-    VerificaStatoSftp(risposta);
-    RispostaInattesa();
+std::string Sftp::Open(std::string_view path, std::uint32_t openMode, std::uint32_t mode) {
+  const auto reply = Wait(Request(Opening, SftpBody().Text(path).U32(openMode).U32(WithPermissions).U32(mode)));
+  if (reply.type != Handle) {
+    CheckSftpStatus(reply);
+    UnexpectedReply();
   }
-  auto handle = std::string(LettoreSftp(risposta.corpo).Testo());
-  if (handle.size() > HandleMassimo) {
-    RispostaInattesa();
+  auto handle = std::string(SftpReader(reply.body).Text());
+  if (handle.size() > LongestHandle) {
+    UnexpectedReply();
   }
   return handle;
 }
 
-void Sftp::Chiudi(std::string_view handle) {
-  AttendiEsito(ChiediChiusura(handle));
+void Sftp::Close(std::string_view handle) {
+  AwaitStatus(RequestClose(handle));
 }
 
-std::optional<AttributiSftp> Sftp::Guarda(std::string_view percorso, bool segue) {
-  const auto risposta = Attendi(Chiedi(segue ? AttributiSeguendo : AttributiSenzaSeguire, CorpoSftp().Testo(percorso)));
+std::optional<SftpAttributes> Sftp::Look(std::string_view path, bool followLink) {
+  const auto reply = Wait(Request(followLink ? AttributesFollowing : AttributesNotFollowing, SftpBody().Text(path)));
   try {
-    return LeggiAttributi(risposta);
-  } catch (const ErroreSftp& errore) {
-    if (errore.Codice() == stato_sftp::FileInesistente) {
+    return ReadAttributes(reply);
+  } catch (const SftpError& error) {
+    if (error.Code() == sftp_status::NoSuchFile) {
       return std::nullopt;
     }
     throw;
   }
 }
 
-void Sftp::Cancella(std::string_view percorso) {
-  AttendiEsito(Chiedi(Rimozione, CorpoSftp().Testo(percorso)));
+void Sftp::Erase(std::string_view path) {
+  AwaitStatus(Request(RemovalRequest, SftpBody().Text(path)));
 }
 
-void Sftp::Rinomina(std::string_view percorso, std::string_view nuovo) {
-  if (Offre(CambioNomeSostituendo)) {
-    AttendiEsito(Chiedi(Estensione, CorpoSftp().Testo(CambioNomeSostituendo).Testo(percorso).Testo(nuovo)));
+void Sftp::Rename(std::string_view path, std::string_view newName) {
+  if (Offers(RenameReplacingRequest)) {
+    AwaitStatus(Request(Extension, SftpBody().Text(RenameReplacingRequest).Text(path).Text(newName)));
     return;
   }
-  AttendiEsito(Chiedi(CambioNome, CorpoSftp().Testo(percorso).Testo(nuovo)));
+  AwaitStatus(Request(RenameRequest, SftpBody().Text(path).Text(newName)));
 }
 
-void Sftp::Saluta() {
-  const auto termine = canale_.SuaSessione().TermineSaluto();
-  static_cast<void>(Attendi(Chiedi(PercorsoReale, CorpoSftp().Testo(".")), termine));
+void Sftp::Greet() {
+  const auto deadline = channel_.ItsSession().GreetingDeadline();
+  static_cast<void>(Wait(Request(RealPath, SftpBody().Text(".")), deadline));
 }
 
-std::uint32_t Sftp::ChiediScrittura(std::string_view handle, std::uint64_t posto, std::string_view dati) {
-  return Chiedi(Scrittura, CorpoSftp().Testo(handle).U64(posto).U32(static_cast<std::uint32_t>(dati.size())), dati);
+std::uint32_t Sftp::RequestWrite(std::string_view handle, std::uint64_t position, std::string_view data) {
+  return Request(Writing, SftpBody().Text(handle).U64(position).U32(static_cast<std::uint32_t>(data.size())), data);
 }
 
-std::uint32_t Sftp::ChiediLettura(std::string_view handle, std::uint64_t posto, std::uint32_t lunghezza) {
-  return Chiedi(Lettura, CorpoSftp().Testo(handle).U64(posto).U32(lunghezza));
+std::uint32_t Sftp::RequestRead(std::string_view handle, std::uint64_t position, std::uint32_t length) {
+  return Request(Reading, SftpBody().Text(handle).U64(position).U32(length));
 }
 
-std::uint32_t Sftp::ChiediAttributi(std::string_view handle) {
-  return Chiedi(AttributiAperto, CorpoSftp().Testo(handle));
+std::uint32_t Sftp::RequestAttributes(std::string_view handle) {
+  return Request(AttributesOfHandle, SftpBody().Text(handle));
 }
 
-std::uint32_t Sftp::ChiediChiusura(std::string_view handle) {
-  return Chiedi(Chiusura, CorpoSftp().Testo(handle));
+std::uint32_t Sftp::RequestClose(std::string_view handle) {
+  return Request(Closing, SftpBody().Text(handle));
 }
 
-std::optional<std::uint32_t> Sftp::ChiediScaricoSuDisco(std::string_view handle) {
-  if (!Offre(ScaricoSuDisco)) {
+std::optional<std::uint32_t> Sftp::RequestFlush(std::string_view handle) {
+  if (!Offers(Flush)) {
     return std::nullopt;
   }
-  return Chiedi(Estensione, CorpoSftp().Testo(ScaricoSuDisco).Testo(handle));
+  return Request(Extension, SftpBody().Text(Flush).Text(handle));
 }
 
-void Sftp::AttendiEsito(std::uint32_t numero) {
-  VerificaStatoSftp(Attendi(numero));
+void Sftp::AwaitStatus(std::uint32_t number) {
+  CheckSftpStatus(Wait(number));
 }
 
-AttributiSftp Sftp::AttendiAttributi(std::uint32_t numero) {
-  return LeggiAttributi(Attendi(numero));
+SftpAttributes Sftp::AwaitAttributes(std::uint32_t number) {
+  return ReadAttributes(Wait(number));
 }
 
-std::optional<std::string> Sftp::AttendiDati(std::uint32_t numero) {
-  const auto risposta = Attendi(numero);
-  if (risposta.tipo == Dati) {
-    return std::string(LettoreSftp(risposta.corpo).Testo());
+std::optional<std::string> Sftp::AwaitData(std::uint32_t number) {
+  const auto reply = Wait(number);
+  if (reply.type == Data) {
+    return std::string(SftpReader(reply.body).Text());
   }
   try {
-    VerificaStatoSftp(risposta);
-  } catch (const ErroreSftp& errore) {
-    if (errore.Codice() == stato_sftp::FineFile) {
+    CheckSftpStatus(reply);
+  } catch (const SftpError& error) {
+    if (error.Code() == sftp_status::EndOfFile) {
       return std::nullopt;
     }
     throw;
   }
-  RispostaInattesa();
+  UnexpectedReply();
 }
 
-void Sftp::AttendiTutte() {
-  while (!attese_.empty()) {
-    static_cast<void>(Attendi(*attese_.begin()));
+void Sftp::AwaitAll() {
+  while (!pending_.empty()) {
+    static_cast<void>(Wait(*pending_.begin()));
   }
-  arrivate_.clear();
+  arrived_.clear();
 }
 
-std::optional<std::uint64_t> Sftp::SpazioLibero(std::string_view percorso) {
-  if (!Offre(StatoFileSystem)) {
+std::optional<std::uint64_t> Sftp::FreeSpace(std::string_view path) {
+  if (!Offers(FileSystemStatus)) {
     return std::nullopt;
   }
-  const auto risposta = Attendi(Chiedi(Estensione, CorpoSftp().Testo(StatoFileSystem).Testo(percorso)));
-  if (risposta.tipo != RispostaEstensione) {
+  const auto reply = Wait(Request(Extension, SftpBody().Text(FileSystemStatus).Text(path)));
+  if (reply.type != ExtendedReply) {
     return std::nullopt;
   }
   // Block size, fragment size, then blocks in all, free, and free for this user.
-  LettoreSftp lettore(risposta.corpo);
-  lettore.U64();
-  const auto frammento = lettore.U64();
-  lettore.U64();
-  lettore.U64();
-  return frammento * lettore.U64();
+  SftpReader reader(reply.body);
+  reader.U64();
+  const auto fragment = reader.U64();
+  reader.U64();
+  reader.U64();
+  return fragment * reader.U64();
 }
 
 } // namespace lumoscad::nexaro

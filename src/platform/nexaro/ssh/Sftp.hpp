@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/nexaro/ssh/Canale.hpp"
-#include "platform/nexaro/ssh/PacchettoSftp.hpp"
+#include "platform/nexaro/ssh/Channel.hpp"
+#include "platform/nexaro/ssh/SftpPacket.hpp"
 
 #include <cstdint>
 #include <map>
@@ -14,130 +14,130 @@
 namespace lumoscad::nexaro {
 
 /// The status codes of the protocol (draft-ietf-secsh-filexfer-02, section 7).
-namespace stato_sftp {
+namespace sftp_status {
 inline constexpr std::uint32_t Ok = 0;
-inline constexpr std::uint32_t FineFile = 1;
-inline constexpr std::uint32_t FileInesistente = 2;
-inline constexpr std::uint32_t PermessoNegato = 3;
-inline constexpr std::uint32_t Fallimento = 4;
-inline constexpr std::uint32_t NonOfferta = 8;
-} // namespace stato_sftp
+inline constexpr std::uint32_t EndOfFile = 1;
+inline constexpr std::uint32_t NoSuchFile = 2;
+inline constexpr std::uint32_t PermissionDenied = 3;
+inline constexpr std::uint32_t Failure = 4;
+inline constexpr std::uint32_t NotSupported = 8;
+} // namespace sftp_status
 
 /// How a file is opened (section 6.3).
-namespace apertura_sftp {
-inline constexpr std::uint32_t Lettura = 0x01;
-inline constexpr std::uint32_t Scrittura = 0x02;
-inline constexpr std::uint32_t Creazione = 0x08;
-inline constexpr std::uint32_t SoloNuovo = 0x20;
-} // namespace apertura_sftp
+namespace sftp_open {
+inline constexpr std::uint32_t Reading = 0x01;
+inline constexpr std::uint32_t Writing = 0x02;
+inline constexpr std::uint32_t Create = 0x08;
+inline constexpr std::uint32_t Exclusive = 0x20;
+} // namespace sftp_open
 
 /// An operation that the host refused. Stays inside the link.
-class ErroreSftp final : public std::exception {
+class SftpError final : public std::exception {
  public:
-  /// `motivo` is Italian and fits behind a colon; the usual one of the code where it is empty.
-  ErroreSftp(std::uint32_t codice, std::string_view messaggio, std::string motivo = {});
-  [[nodiscard]] std::uint32_t Codice() const noexcept { return codice_; }
-  [[nodiscard]] const std::string& Motivo() const noexcept { return motivo_; }
-  [[nodiscard]] const char* what() const noexcept override { return motivo_.c_str(); }
+  /// `reason` is Italian and fits behind a colon; the usual one of the code where it is empty.
+  SftpError(std::uint32_t code, std::string_view message, std::string reason = {});
+  [[nodiscard]] std::uint32_t Code() const noexcept { return code_; }
+  [[nodiscard]] const std::string& Reason() const noexcept { return reason_; }
+  [[nodiscard]] const char* what() const noexcept override { return reason_.c_str(); }
 
  private:
-  std::uint32_t codice_;
-  std::string motivo_;
+  std::uint32_t code_;
+  std::string reason_;
 };
 
 /// What the host says of a file; nothing for what it does not say.
-struct AttributiSftp {
-  std::optional<std::uint64_t> dimensione;
-  std::optional<std::uint32_t> permessi;
+struct SftpAttributes {
+  std::optional<std::uint64_t> size;
+  std::optional<std::uint32_t> permissions;
 
-  [[nodiscard]] bool IsCartella() const;
+  [[nodiscard]] bool IsDirectory() const;
   /// An ordinary file, as far as the host says.
-  [[nodiscard]] bool IsOrdinario() const;
+  [[nodiscard]] bool IsOrdinary() const;
 };
 
 /// The client of the file transfer protocol on a channel of its own. Requests may be sent ahead of the answers to those
-/// before. Every operation raises `ErroreSftp` when the host refuses and `ConnessionePersa` when it does not answer.
+/// before. Every operation raises `SftpError` when the host refuses and `ConnectionLost` when it does not answer.
 class Sftp {
  public:
-  /// Starts the service on the host. Raises `RichiestaRifiutata` where there is none.
-  explicit Sftp(Sessione& sessione);
+  /// Starts the service on the host. Raises `RequestRefused` where there is none.
+  explicit Sftp(Session& session);
 
   /// While it lives, whatever is asked and answered shares one wait, which begins with it.
-  class UnaAttesa {
+  class OneWait {
    public:
-    explicit UnaAttesa(Sftp& sftp) : sftp_(sftp) {
-      sftp_.inizio_ = Orologio::now();
-      sftp_.comune_ = sftp_.canale_.SuaSessione().NuovoTermine();
+    explicit OneWait(Sftp& sftp) : sftp_(sftp) {
+      sftp_.begin_ = Clock::now();
+      sftp_.shared_ = sftp_.channel_.ItsSession().NewDeadline();
     }
-    UnaAttesa(const UnaAttesa&) = delete;
-    UnaAttesa& operator=(const UnaAttesa&) = delete;
-    ~UnaAttesa() { sftp_.comune_.reset(); }
+    OneWait(const OneWait&) = delete;
+    OneWait& operator=(const OneWait&) = delete;
+    ~OneWait() { sftp_.shared_.reset(); }
 
    private:
     Sftp& sftp_;
   };
 
   /// One answer: the type of its packet and what follows the request's number.
-  struct Risposta {
-    std::uint8_t tipo = 0;
-    std::string corpo;
+  struct Reply {
+    std::uint8_t type = 0;
+    std::string body;
   };
 
-  /// The handle of the opened file. `modo` holds the permissions of a new file before the host's umask.
-  [[nodiscard]] std::string Apri(std::string_view percorso, std::uint32_t apertura, std::uint32_t modo);
-  void Chiudi(std::string_view handle);
-  /// The attributes of what stands at `percorso` (of a symbolic link's target where `segue`); nothing where nothing
+  /// The handle of the opened file. `mode` holds the permissions of a new file before the host's umask.
+  [[nodiscard]] std::string Open(std::string_view path, std::uint32_t openMode, std::uint32_t mode);
+  void Close(std::string_view handle);
+  /// The attributes of what stands at `path` (of a symbolic link's target where `followLink`); nothing where nothing
   /// stands there.
-  [[nodiscard]] std::optional<AttributiSftp> Guarda(std::string_view percorso, bool segue);
-  void Cancella(std::string_view percorso);
-  /// Puts `nuovo` in the place of whatever has that name, in one step. Where the host cannot do that, a name that is
+  [[nodiscard]] std::optional<SftpAttributes> Look(std::string_view path, bool followLink);
+  void Erase(std::string_view path);
+  /// Puts `newName` in the place of whatever has that name, in one step. Where the host cannot do that, a name that is
   /// taken is refused.
-  void Rinomina(std::string_view percorso, std::string_view nuovo);
+  void Rename(std::string_view path, std::string_view newName);
   /// Asks for a sign of life.
-  void Saluta();
+  void Greet();
 
   // The requests of a transfer, whose answers are fetched later with the returned number.
-  [[nodiscard]] std::uint32_t ChiediScrittura(std::string_view handle, std::uint64_t posto, std::string_view dati);
-  [[nodiscard]] std::uint32_t ChiediLettura(std::string_view handle, std::uint64_t posto, std::uint32_t lunghezza);
-  [[nodiscard]] std::uint32_t ChiediAttributi(std::string_view handle);
-  [[nodiscard]] std::uint32_t ChiediChiusura(std::string_view handle);
+  [[nodiscard]] std::uint32_t RequestWrite(std::string_view handle, std::uint64_t position, std::string_view data);
+  [[nodiscard]] std::uint32_t RequestRead(std::string_view handle, std::uint64_t position, std::uint32_t length);
+  [[nodiscard]] std::uint32_t RequestAttributes(std::string_view handle);
+  [[nodiscard]] std::uint32_t RequestClose(std::string_view handle);
   /// Nothing where the host does not offer to bring a file to its disk.
-  [[nodiscard]] std::optional<std::uint32_t> ChiediScaricoSuDisco(std::string_view handle);
+  [[nodiscard]] std::optional<std::uint32_t> RequestFlush(std::string_view handle);
 
   /// The answers, with the wait beginning anew.
-  void AttendiEsito(std::uint32_t numero);
-  [[nodiscard]] AttributiSftp AttendiAttributi(std::uint32_t numero);
+  void AwaitStatus(std::uint32_t number);
+  [[nodiscard]] SftpAttributes AwaitAttributes(std::uint32_t number);
   /// The data that were read; nothing at the end of the file.
-  [[nodiscard]] std::optional<std::string> AttendiDati(std::uint32_t numero);
+  [[nodiscard]] std::optional<std::string> AwaitData(std::uint32_t number);
   /// Fetches every answer that is still due, and forgets it.
-  void AttendiTutte();
+  void AwaitAll();
 
-  [[nodiscard]] Orologio::time_point UltimaRisposta() const { return ultimaRisposta_; }
+  [[nodiscard]] Clock::time_point LastReply() const { return lastReply_; }
 
-  /// The free bytes where `percorso` stands; nothing where the host does not tell.
-  [[nodiscard]] std::optional<std::uint64_t> SpazioLibero(std::string_view percorso);
+  /// The free bytes where `path` stands; nothing where the host does not tell.
+  [[nodiscard]] std::optional<std::uint64_t> FreeSpace(std::string_view path);
 
  private:
-  [[nodiscard]] bool Offre(const std::string& estensione) const { return estensioni_.contains(estensione); }
-  [[nodiscard]] std::uint32_t Chiedi(std::uint8_t tipo, const CorpoSftp& corpo, std::string_view dati = {});
-  [[nodiscard]] Risposta Attendi(std::uint32_t numero, Termine termine);
-  [[nodiscard]] Risposta Attendi(std::uint32_t numero);
-  [[nodiscard]] std::optional<Risposta> PrendiPacchetto();
-  void Smista();
-  void Presentati();
+  [[nodiscard]] bool Offers(const std::string& extension) const { return extensions_.contains(extension); }
+  [[nodiscard]] std::uint32_t Request(std::uint8_t type, const SftpBody& body, std::string_view data = {});
+  [[nodiscard]] Reply Wait(std::uint32_t number, Deadline deadline);
+  [[nodiscard]] Reply Wait(std::uint32_t number);
+  [[nodiscard]] std::optional<Reply> TakePacket();
+  void Dispatch();
+  void IntroduceYourself();
 
-  void Serve(Termine termine);
-  [[nodiscard]] Termine ProssimoTermine() const;
+  void HandleEvents(Deadline deadline);
+  [[nodiscard]] Deadline NextDeadline() const;
 
-  Canale canale_;
-  std::optional<Termine> comune_; ///< the end of the wait that everything shares
-  Orologio::time_point inizio_;   ///< when that began
-  std::size_t letto_ = 0;         ///< how much of the channel's stream was taken apart
-  std::uint32_t ultimo_ = 0;
-  std::set<std::uint32_t> attese_;             ///< the numbers of the requests without an answer
-  std::map<std::uint32_t, Risposta> arrivate_; ///< the answers that nobody has fetched
-  std::set<std::string, std::less<>> estensioni_;
-  Orologio::time_point ultimaRisposta_;
+  Channel channel_;
+  std::optional<Deadline> shared_; ///< the end of the wait that everything shares
+  Clock::time_point begin_;        ///< when that began
+  std::size_t consumed_ = 0;       ///< how much of the channel's stream was taken apart
+  std::uint32_t last_ = 0;
+  std::set<std::uint32_t> pending_;        ///< the numbers of the requests without an answer
+  std::map<std::uint32_t, Reply> arrived_; ///< the answers that nobody has fetched
+  std::set<std::string, std::less<>> extensions_;
+  Clock::time_point lastReply_;
 };
 
 } // namespace lumoscad::nexaro

@@ -1,0 +1,143 @@
+#include "platform/LocalFile.hpp"
+
+#include "platform/RuntimeError.hpp"
+#include "platform/base/Descriptor.hpp"
+#include "platform/base/SystemError.hpp"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace lumoscad {
+namespace {
+
+// They speak of the place that the file was to have, which a name for every failure could not.
+constexpr auto Reasons = std::to_array<base::SystemErrorName>({
+    {EACCES, "permesso negato"},
+    {EPERM, "permesso negato"},
+    {ENOENT, "percorso inesistente"},
+    {ENOSPC, "spazio esaurito"},
+    {EDQUOT, "spazio esaurito"},
+    {EROFS, "disco in sola lettura"},
+    {ELOOP, "al suo posto c'è un collegamento simbolico"},
+    {EISDIR, "al suo posto c'è una cartella"},
+    {EEXIST, "un altro programma ne ha messo uno al suo posto"},
+});
+
+[[noreturn]] void Failed(std::string_view action, const std::string& path, int error) {
+  throw RuntimeError(error == ENOENT ? errors::FileNotFound : errors::FileAccess,
+                     "Impossibile " + std::string(action) + " il file locale " + path + ": " +
+                         base::SystemErrorText(error, Reasons));
+}
+
+/// Removes what stands at `path`, be it a file of someone else or a pipe that nobody reads; a link and a directory
+/// are not ours to remove.
+void MakeRoom(const std::string& path) {
+  struct stat state {};
+  if (::lstat(path.c_str(), &state) != 0) {
+    if (errno == ENOENT) {
+      return;
+    }
+    Failed("creare", path, errno);
+  }
+  if (S_ISLNK(state.st_mode) || S_ISDIR(state.st_mode)) {
+    Failed("creare", path, S_ISLNK(state.st_mode) ? ELOOP : EISDIR);
+  }
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+    Failed("creare", path, errno);
+  }
+}
+
+/// The first bytes of an open file, and one more where it is longer.
+std::string Begin(const base::Descriptor& file, const std::string& path) {
+  std::string start(MaxRead + 1, '\0');
+  std::size_t wanted = 0;
+  while (wanted < start.size()) {
+    const auto count = ::read(file.Number(), start.data() + wanted, start.size() - wanted);
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count < 0) {
+      Failed("leggere", path, errno);
+    }
+    if (count == 0) {
+      break;
+    }
+    wanted += static_cast<std::size_t>(count);
+  }
+  start.resize(wanted);
+  return start;
+}
+
+std::vector<std::string> Rows(std::string_view text) {
+  std::vector<std::string> lines;
+  while (!text.empty()) {
+    const auto end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    if (line.ends_with('\r')) {
+      line.remove_suffix(1);
+    }
+    lines.emplace_back(line);
+  }
+  return lines;
+}
+
+/// A path of the system ends at its first zero byte: the rest would be dropped in silence.
+void RequirePath(std::string_view action, const std::string& path) {
+  if (path.find('\0') != std::string::npos) {
+    throw RuntimeError(errors::FileAccess,
+                       "Impossibile " + std::string(action) + " un file locale con un carattere nullo nel nome");
+  }
+}
+
+} // namespace
+
+void WriteLocalFile(const std::string& path, std::string_view content) {
+  constexpr mode_t isPrivate = S_IRUSR | S_IWUSR;
+  RequirePath("creare", path);
+  MakeRoom(path);
+  base::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, isPrivate));
+  if (file.Number() < 0 || ::fchmod(file.Number(), isPrivate) != 0) {
+    Failed("creare", path, errno);
+  }
+  while (!content.empty()) {
+    const auto written = ::write(file.Number(), content.data(), content.size());
+    if (written < 0 && errno == EINTR) {
+      continue;
+    }
+    if (written < 0) {
+      Failed("scrivere", path, errno);
+    }
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  if (file.Close() != 0) {
+    Failed("scrivere", path, errno);
+  }
+}
+
+LocalBeginning ReadLocalBeginning(const std::string& path) {
+  RequirePath("leggere", path);
+  // Without waiting: a pipe in the file's place must not hold the caller up.
+  const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat state {};
+  if (file.Number() < 0 || ::fstat(file.Number(), &state) != 0) {
+    Failed("leggere", path, errno);
+  }
+  if (!S_ISREG(state.st_mode)) {
+    Failed("leggere", path, S_ISDIR(state.st_mode) ? EISDIR : EINVAL);
+  }
+  const auto start = Begin(file, path);
+  return {Rows(std::string_view(start).substr(0, MaxRead)), start.size() > MaxRead};
+}
+
+void DeleteLocalFile(const std::string& path) {
+  RequirePath("cancellare", path);
+  if (::unlink(path.c_str()) != 0) {
+    Failed("cancellare", path, errno);
+  }
+}
+
+} // namespace lumoscad

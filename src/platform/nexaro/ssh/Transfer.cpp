@@ -1,0 +1,203 @@
+#include "platform/nexaro/ssh/Transfer.hpp"
+
+#include "platform/nexaro/Call.hpp"
+
+#include <algorithm>
+#include <deque>
+#include <vector>
+
+namespace lumoscad::nexaro {
+
+namespace {
+
+/// Every server takes blocks of this size (draft-ietf-secsh-filexfer-02, section 3).
+constexpr std::uint32_t Block = 32768;
+/// As many bytes as an OpenSSH server lets a channel have under way (2 MiB).
+constexpr std::size_t MaxUnderWay = 64;
+
+/// Only a file of our own making is written: neither another user's nor whatever a symbolic link points to.
+std::string Make(Sftp& sftp, std::string_view path, std::uint32_t mode, RemoteFile& file) {
+  file = RemoteFile::Uncertain;
+  try {
+    auto handle = sftp.Open(path, sftp_open::Writing | sftp_open::Create | sftp_open::Exclusive, mode);
+    file = RemoteFile::Created;
+    return handle;
+  } catch (const SftpError&) {
+    file = RemoteFile::Absent;
+    throw;
+  }
+}
+
+std::string OpenNew(Sftp& sftp, std::string_view path, std::uint32_t mode, RemoteFile& file) {
+  try {
+    return Make(sftp, path, mode, file);
+  } catch (const SftpError&) {
+    const auto present = sftp.Look(path, false);
+    if (!present) {
+      throw;
+    }
+    if (present->IsDirectory()) {
+      throw SftpError(sftp_status::Failure, {}, "è una cartella");
+    }
+  }
+  sftp.Erase(path);
+  return Make(sftp, path, mode, file);
+}
+
+/// The protocol has no code for a full disk: an unexplained failure to write is looked into.
+SftpError WriteError(Sftp& sftp, std::string_view path, const SftpError& error) {
+  if (error.Code() != sftp_status::Failure) {
+    return error;
+  }
+  std::optional<std::uint64_t> freeBytes;
+  try {
+    freeBytes = sftp.FreeSpace(ParentDirectory(path));
+  } catch (const SftpError&) {
+    freeBytes.reset();
+  }
+  if (freeBytes && *freeBytes < Block) {
+    return {error.Code(), {}, "spazio esaurito sull'host. Avvertire l'amministratore dell'host"};
+  }
+  return {error.Code(),
+          {},
+          "l'host non ha potuto scrivere il file: può essere esaurito lo spazio, o la quota dell'utente. Avvertire "
+          "l'amministratore dell'host"};
+}
+
+std::uint64_t SendBlocks(Sftp& sftp, std::string_view handle, const Source& source) {
+  std::vector<char> buffer(Block);
+  std::deque<std::uint32_t> underWay;
+  std::uint64_t position = 0;
+  for (std::size_t count = 0; (count = source(buffer)) > 0; position += count) {
+    if (underWay.size() == MaxUnderWay) {
+      sftp.AwaitStatus(underWay.front());
+      underWay.pop_front();
+    }
+    underWay.push_back(sftp.RequestWrite(handle, position, {buffer.data(), count}));
+  }
+  for (const auto number : underWay) {
+    sftp.AwaitStatus(number);
+  }
+  return position;
+}
+
+void Conclude(Sftp& sftp, std::string_view handle, std::uint64_t expected) {
+  const auto flush = sftp.RequestFlush(handle);
+  const auto attributes = sftp.RequestAttributes(handle);
+  const auto closing = sftp.RequestClose(handle);
+  if (flush) {
+    sftp.AwaitStatus(*flush);
+  }
+  const auto size = sftp.AwaitAttributes(attributes).size;
+  sftp.AwaitStatus(closing);
+  if (size != expected) {
+    throw SftpError(sftp_status::Failure, {},
+                    "sull'host il file è di " + (size ? std::to_string(*size) : "un numero ignoto di") +
+                        " byte invece di " + std::to_string(expected));
+  }
+}
+
+/// Closes what a failed transfer leaves open. Where the host refuses that, the failure before it is what counts.
+void CloseAnyway(Sftp& sftp, std::string_view handle) {
+  try {
+    sftp.Close(handle);
+  } catch (const SftpError&) { // NOLINT(bugprone-empty-catch): closed already
+  }
+}
+
+/// Undoes as much of a failed upload as the host allows.
+void RemoveFile(Sftp& sftp, std::string_view handle, std::string_view path) {
+  sftp.AwaitAll();
+  CloseAnyway(sftp, handle);
+  try {
+    sftp.Erase(path);
+  } catch (const SftpError&) { // NOLINT(bugprone-empty-catch): the failure of the upload is what counts
+  }
+}
+
+SftpError TooLarge() {
+  return {sftp_status::Failure, {}, TooLargeReason};
+}
+
+/// Looked at first: to open a pipe would hold the host's service up.
+std::string OpenOrdinary(Sftp& sftp, std::string_view path, const Extent& extent) {
+  const auto present = sftp.Look(path, true);
+  if (!present) {
+    throw SftpError(sftp_status::NoSuchFile, {});
+  }
+  if (!present->IsOrdinary()) {
+    throw SftpError(sftp_status::Failure, {}, present->IsDirectory() ? "è una cartella" : "non è un file ordinario");
+  }
+  if (!extent.truncate && present->size.value_or(0) > extent.maximum) {
+    throw TooLarge();
+  }
+  return sftp.Open(path, sftp_open::Reading, 0);
+}
+
+} // namespace
+
+void Upload(Sftp& sftp, std::string_view path, std::uint32_t mode, const Source& source, RemoteFile& file) {
+  const auto handle = OpenNew(sftp, path, mode, file);
+  try {
+    Conclude(sftp, handle, SendBlocks(sftp, handle, source));
+  } catch (const ConnectionLost&) {
+    throw;
+  } catch (const SftpError& error) {
+    // The space is looked at while the half file still takes it up.
+    sftp.AwaitAll();
+    const auto explained = WriteError(sftp, path, error);
+    RemoveFile(sftp, handle, path);
+    throw explained;
+  } catch (...) {
+    RemoveFile(sftp, handle, path);
+    throw;
+  }
+}
+
+void Download(Sftp& sftp, std::string_view path, const Extent& extent, const Sink& sink) {
+  const Sftp::OneWait oneWait(sftp);
+  const auto handle = OpenOrdinary(sftp, path, extent);
+  try {
+    std::deque<std::uint32_t> underWay;
+    std::size_t atOnce = 2;     // how many requests may be under way
+    std::uint64_t position = 0; // of the next request
+    std::uint64_t written = 0;  // what was handed on
+    for (bool finished = false; !finished;) {
+      for (; underWay.size() < atOnce && (!extent.truncate || position < extent.maximum); position += Block) {
+        underWay.push_back(sftp.RequestRead(handle, position, Block));
+      }
+      const auto data = sftp.AwaitData(underWay.front());
+      underWay.pop_front();
+      finished = !data;
+      if (data && (data->empty() || data->size() > Block)) {
+        throw ConnectionLost("il servizio SFTP dell'host ha dato un blocco non valido");
+      }
+      if (data) {
+        const auto allowed = std::min<std::uint64_t>(data->size(), extent.maximum - written);
+        if (allowed < data->size() && !extent.truncate) {
+          throw TooLarge();
+        }
+        sink(std::string_view(*data).substr(0, allowed));
+        written += allowed;
+        finished = extent.truncate && written == extent.maximum;
+        atOnce = std::min(atOnce * 2, MaxUnderWay);
+      }
+      if (finished || data->size() < Block) {
+        // A short block is no end of the file: what was asked for behind it is asked for again from there.
+        sftp.AwaitAll();
+        underWay.clear();
+        position = written;
+        atOnce = 1;
+      }
+    }
+    sftp.Close(handle);
+  } catch (const ConnectionLost&) {
+    throw;
+  } catch (...) {
+    sftp.AwaitAll();
+    CloseAnyway(sftp, handle);
+    throw;
+  }
+}
+
+} // namespace lumoscad::nexaro

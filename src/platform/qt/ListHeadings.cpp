@@ -1,0 +1,189 @@
+#include "platform/qt/ListHeadings.hpp"
+
+#include "platform/qt/Look.hpp"
+#include "platform/qt/Texts.hpp"
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QTableView>
+
+#include <algorithm>
+
+namespace lumoscad::qt {
+
+namespace {
+
+constexpr int Margin = 6;
+constexpr int IndicatorSide = 10;
+constexpr int SquareSide = 14;
+constexpr int HeadingPixels = 11; // bold is wider: one pixel less keeps the longest heading whole
+
+} // namespace
+
+HeadingQt::HeadingQt(const QString& name, const QString& caption, bool sorts, const QFont& fontName, QWidget* parent)
+    : QAbstractButton(parent), sorts_(sorts) {
+  setObjectName(name);
+  setText(caption);
+  setAccessibleName(caption);
+  setFocusPolicy(Qt::NoFocus);
+  setFont(fontName); // under a style sheet it would not come down from the window
+  if (sorts) {
+    setCursor(Qt::PointingHandCursor);
+    setAttribute(Qt::WA_Hover);
+  }
+}
+
+bool HeadingQt::event(QEvent* event) {
+  // A click on a heading that does not sort must not count as a click on the window behind it.
+  if (!sorts_ && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease)) {
+    if (event->type() == QEvent::MouseButtonRelease) {
+      emit clicked();
+    }
+    event->accept();
+    return true;
+  }
+  return QAbstractButton::event(event);
+}
+
+void HeadingQt::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  if (sorts_ && underMouse()) {
+    painter.fillRect(rect(), look::HoveredHeading);
+  }
+  painter.setPen(look::Line);
+  painter.drawLine(width() - 1, 0, width() - 1, height());
+  QFont fontName = font();
+  fontName.setBold(true);
+  fontName.setPixelSize(HeadingPixels);
+  painter.setFont(fontName);
+  painter.setPen(look::Ink);
+  const QRect area = rect().adjusted(Margin, IndicatorSide + 2, -Margin, -2);
+  const QString caption = QFontMetrics(fontName).elidedText(text(), Qt::ElideRight, area.width());
+  const Qt::Alignment orientation = Qt::AlignVCenter | (right_ ? Qt::AlignRight : Qt::AlignLeft);
+  painter.drawText(area, static_cast<int>(orientation.toInt()) | static_cast<int>(Qt::TextSingleLine), caption);
+}
+
+ImageQt::ImageQt(const QString& name, ListIcon icon, QWidget* parent) : QWidget(parent), icon_(icon) {
+  setObjectName(name);
+  setAttribute(Qt::WA_TransparentForMouseEvents);
+  Display(icon);
+}
+
+void ImageQt::Display(ListIcon icon) {
+  icon_ = icon;
+  setProperty("immagine", Text(Key(icon)));
+  update();
+}
+
+void ImageQt::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  Draw(painter, rect(), icon_);
+}
+
+ListHeadings::ListHeadings(const ListWindow& window, QTableView& table, QWidget* parent)
+    : QWidget(parent), window_(window), table_(table) {
+  setFont(look::Font(window.Description().headingFont));
+  setFixedHeight(look::HeadingHeight);
+  AddHeadings();
+  AddUncoveredColumns();
+}
+
+void ListHeadings::AddHeadings() {
+  for (const ListHeading& heading : window_.Description().headings) {
+    const QString number = QString::number(heading.index);
+    Entry entry;
+    entry.heading =
+        new HeadingQt(QStringLiteral("TLwTestata_") + number, Text(heading.text), heading.sorts, font(), this);
+    entry.indicator = new ImageQt(QStringLiteral("PTestata_") + number, ListIcon::Unsorted, this);
+    entry.indicator->setVisible(heading.sorts); // nothing to indicate over a heading that never sorts
+    entry.index = heading.index;
+    entry.first = heading.first;
+    entry.last = heading.last;
+    const auto last = static_cast<std::size_t>(std::max(heading.last, 0));
+    entry.heading->SetRightAligned(last < window_.Description().columns.size() &&
+                                   window_.Description().columns[last].kind == ListColumn::Kind::Amount);
+    entry.heading->setToolTip(heading.sorts ? QStringLiteral("Ordina per %1 (Ctrl+%2)").arg(Text(heading.text), number)
+                                            : Text(heading.text));
+    QObject::connect(entry.heading, &QAbstractButton::clicked, this, [this, index = heading.index] {
+      if (headingClicked) {
+        headingClicked(index);
+      }
+    });
+    entries_.push_back(entry);
+  }
+}
+
+bool ListHeadings::Covered(int column) const {
+  return std::any_of(window_.Description().headings.begin(), window_.Description().headings.end(),
+                     [column](const ListHeading& t) { return t.first <= column && column <= t.last; });
+}
+
+void ListHeadings::AddUncoveredColumns() {
+  for (int column = 0; column < static_cast<int>(window_.Description().columns.size()); ++column) {
+    const ListColumn& c = window_.Description().columns[static_cast<std::size_t>(column)];
+    if (c.width <= 0) {
+      continue;
+    }
+    if (c.kind == ListColumn::Kind::Tick) {
+      const QString name = QStringLiteral("TLwTestataQuadratino");
+      squares_.emplace_back(
+          column, new ImageQt(squares_.empty() ? name : name + QString::number(column), ListIcon::SmallSquare, this));
+    }
+    if (Covered(column)) {
+      continue;
+    }
+    Entry entry;
+    entry.heading = new HeadingQt(Text(c.key), Text(c.headingText), false, font(), this);
+    entry.heading->setToolTip(Text(c.headingText));
+    entry.heading->SetRightAligned(c.kind == ListColumn::Kind::Amount);
+    entry.first = entry.last = column;
+    entries_.push_back(entry);
+  }
+  for (const auto& [column, smallSquare] : squares_) {
+    smallSquare->raise();
+  }
+}
+
+void ListHeadings::LayOut() {
+  const int begin = mapFromGlobal(table_.viewport()->mapToGlobal(QPoint(0, 0))).x();
+  for (const Entry& entry : entries_) {
+    int left = 0;
+    int width = 0;
+    for (int column = entry.first; column <= entry.last && column < table_.model()->columnCount(); ++column) {
+      if (!table_.isColumnHidden(column)) {
+        left = width == 0 ? table_.columnViewportPosition(column) : left;
+        width += table_.columnWidth(column);
+      }
+    }
+    entry.heading->setVisible(width > 0);
+    entry.heading->setGeometry(begin + left, 0, width, height() - 1);
+    if (entry.indicator != nullptr) {
+      entry.indicator->setGeometry(begin + left + (width - IndicatorSide) / 2, 2, IndicatorSide, IndicatorSide);
+      entry.indicator->raise();
+    }
+  }
+  for (const auto& [column, smallSquare] : squares_) {
+    const int left = begin + table_.columnViewportPosition(column);
+    smallSquare->setGeometry(left + (table_.columnWidth(column) - SquareSide) / 2, (height() - SquareSide) / 2 + 4,
+                             SquareSide, SquareSide);
+  }
+}
+
+void ListHeadings::ShowOrder(int index, bool ascending) {
+  for (const Entry& entry : entries_) {
+    if (entry.indicator != nullptr) {
+      const ListIcon direction = ascending ? ListIcon::Sorted : ListIcon::SortedReverse;
+      entry.indicator->Display(entry.index == index ? direction : ListIcon::Unsorted);
+    }
+  }
+}
+
+void ListHeadings::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  painter.fillRect(rect(), look::HeadingBackground);
+  painter.setPen(look::Line);
+  painter.drawLine(0, height() - 1, width(), height() - 1);
+}
+
+} // namespace lumoscad::qt

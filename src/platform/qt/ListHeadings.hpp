@@ -1,0 +1,80 @@
+#pragma once
+
+#include "platform/Desktop.hpp"
+#include "platform/qt/ListIcons.hpp"
+
+#include <QAbstractButton>
+#include <QWidget>
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+class QTableView;
+
+namespace lumoscad::qt {
+
+/// One drawn heading. It answers to the mouse only when it sorts; the keyboard reaches it by Ctrl and its index.
+class HeadingQt final : public QAbstractButton {
+ public:
+  HeadingQt(const QString& name, const QString& text, bool sorts, const QFont& fontName, QWidget* parent);
+  void SetRightAligned(bool right) { right_ = right; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  bool event(QEvent* event) override;
+
+ private:
+  bool sorts_;
+  bool right_ = false;
+};
+
+/// A widget that shows one picture; its property "immagine" holds the picture's key.
+class ImageQt final : public QWidget {
+ public:
+  ImageQt(const QString& name, ListIcon icon, QWidget* parent);
+  void Display(ListIcon icon);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  ListIcon icon_;
+};
+
+/// The strip of headings above the list, lined up with its columns also when they are scrolled or stretched.
+class ListHeadings final : public QWidget {
+ public:
+  ListHeadings(const ListWindow& window, QTableView& table, QWidget* parent);
+
+  /// Told the index of the heading that was clicked.
+  std::function<void(int index)> headingClicked;
+
+  /// Places every heading over its columns.
+  void LayOut();
+  /// Shows which heading sorts the list, and in which direction.
+  void ShowOrder(int index, bool ascending);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  struct Entry {
+    HeadingQt* heading = nullptr;
+    ImageQt* indicator = nullptr; ///< null over a column that has only its own heading text
+    int index = -1;
+    int first = 0;
+    int last = 0;
+  };
+
+  void AddHeadings();
+  void AddUncoveredColumns();
+  [[nodiscard]] bool Covered(int column) const;
+
+  const ListWindow& window_;
+  QTableView& table_;
+  std::vector<Entry> entries_;
+  std::vector<std::pair<int, ImageQt*>> squares_; ///< the tick columns and their squares
+};
+
+} // namespace lumoscad::qt

@@ -1,0 +1,121 @@
+#include "platform/qt/ListModel.hpp"
+
+#include "platform/qt/Texts.hpp"
+
+#include <algorithm>
+#include <limits>
+
+namespace lumoscad::qt {
+
+using Column = ListColumn::Kind;
+
+ListModel::ListModel(const ListWindow& window, QObject* parent) : QAbstractTableModel(parent), window_(window) {
+  Reload();
+}
+
+int ListModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rows_;
+}
+
+int ListModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(window_.Description().columns.size());
+}
+
+QVariant ListModel::data(const QModelIndex& cell, int role) const {
+  if (!cell.isValid()) {
+    return {};
+  }
+  try {
+    const auto row = static_cast<std::size_t>(cell.row());
+    // While a gesture runs, the screen may already have fewer rows than this model was told of.
+    return row < window_.RowCount() ? Read(row, cell.column(), role) : QVariant();
+  } catch (...) {
+    if (fault) {
+      fault(std::current_exception());
+    }
+    return {};
+  }
+}
+
+QVariant ListModel::Read(std::size_t row, int column, int role) const {
+  const Column kind = Kind(column);
+  switch (role) {
+  case Qt::DisplayRole:
+    return kind == Column::Tick ? QVariant() : QVariant(TextOfCell(row, column));
+  case Qt::CheckStateRole:
+    return kind == Column::Tick ? QVariant(window_.Ticked(row, column) ? Qt::Checked : Qt::Unchecked) : QVariant();
+  case Qt::TextAlignmentRole:
+    return QVariant::fromValue(Qt::AlignVCenter | (kind == Column::Amount ? Qt::AlignRight : Qt::AlignLeft));
+  case Qt::AccessibleTextRole:
+    return kind == Column::Tick
+               ? QVariant(window_.Ticked(row, column) ? QStringLiteral("spuntata") : QStringLiteral("non spuntata"))
+               : QVariant(TextOfCell(row, column));
+  case ReportIconRole:
+    return kind == Column::Tick
+               ? QVariant(window_.Ticked(row, column) ? QStringLiteral("CHKON") : QStringLiteral("CHKOFF"))
+               : QVariant();
+  case ChangedRole:
+    return Changed(row, column);
+  default:
+    return {};
+  }
+}
+
+QString ListModel::TextOfCell(std::size_t row, int column) const {
+  return Text(window_.CellText(row, column));
+}
+
+bool ListModel::Changed(std::size_t row, int column) const {
+  const int present = window_.Description().columns[static_cast<std::size_t>(column)].present;
+  if (present < 0) {
+    return false;
+  }
+  // Both texts may live in one buffer of the screen, so the first is copied before the second is asked for.
+  const std::string newName(window_.CellText(row, column));
+  // A blank is what a refused date leaves behind: it changes nothing.
+  return newName.find_first_not_of(' ') != std::string::npos && newName != window_.CellText(row, present);
+}
+
+bool ListModel::HasChanges() const {
+  for (int row = 0; row < rows_; ++row) {
+    for (int column = 0; column < columnCount(); ++column) {
+      if (Changed(static_cast<std::size_t>(row), column)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+QVariant ListModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= columnCount()) {
+    return {};
+  }
+  return Text(window_.Description().columns[static_cast<std::size_t>(section)].headingText);
+}
+
+Qt::ItemFlags ListModel::flags(const QModelIndex& cell) const {
+  return cell.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren : Qt::NoItemFlags;
+}
+
+void ListModel::Reload() {
+  beginResetModel();
+  rows_ = static_cast<int>(std::min<std::size_t>(window_.RowCount(), std::numeric_limits<int>::max() / 64));
+  endResetModel();
+}
+
+void ListModel::Refresh(int first, int last) {
+  last = std::min(last, rows_ - 1);
+  if (first >= 0 && first <= last) {
+    emit dataChanged(index(first, 0), index(last, columnCount() - 1));
+  }
+}
+
+ListColumn::Kind ListModel::Kind(int column) const {
+  if (column < 0 || column >= columnCount()) {
+    return Column::Text;
+  }
+  return window_.Description().columns[static_cast<std::size_t>(column)].kind;
+}
+
+} // namespace lumoscad::qt

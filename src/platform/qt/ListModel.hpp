@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/Desktop.hpp"
+
+#include <QAbstractTableModel>
+
+#include <exception>
+#include <functional>
+
+namespace lumoscad::qt {
+
+/// The rows of a list window as a Qt model. It keeps no row of its own: every cell is read from the
+/// screen when it is painted, so a million rows cost no more than twenty.
+class ListModel final : public QAbstractTableModel {
+ public:
+  /// True for an editable cell whose new value differs from the present one.
+  static constexpr int ChangedRole = Qt::UserRole;
+  /// For a tick cell, the key of its picture: "CHKON" or "CHKOFF".
+  static constexpr int ReportIconRole = Qt::UserRole + 1;
+
+  explicit ListModel(const ListWindow& window, QObject* parent = nullptr);
+
+  [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
+  [[nodiscard]] QVariant data(const QModelIndex& cell, int role = Qt::DisplayRole) const override;
+  [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
+                                    int role = Qt::DisplayRole) const override;
+  [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& cell) const override;
+
+  /// The set or the order of the rows changed.
+  void Reload();
+  /// The content of the rows from `first` to `last` may have changed.
+  void Refresh(int first, int last);
+  /// The kind of a column; plain text for a column that is not there.
+  [[nodiscard]] ListColumn::Kind Kind(int column) const;
+
+  /// True when the person has changed a cell of any row.
+  [[nodiscard]] bool HasChanges() const;
+
+  /// Told of what a callback threw while a cell was read: painting cannot let it through.
+  std::function<void(std::exception_ptr)> fault;
+
+ private:
+  [[nodiscard]] QVariant Read(std::size_t row, int column, int role) const;
+  [[nodiscard]] QString TextOfCell(std::size_t row, int column) const;
+  [[nodiscard]] bool Changed(std::size_t row, int column) const;
+
+  const ListWindow& window_;
+  int rows_ = 0;
+};
+
+} // namespace lumoscad::qt

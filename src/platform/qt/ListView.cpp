@@ -1,0 +1,241 @@
+#include "platform/qt/ListView.hpp"
+
+#include "platform/qt/ListDelegate.hpp"
+#include "platform/qt/Texts.hpp"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include <algorithm>
+
+namespace lumoscad::qt {
+
+namespace {
+
+using Kind = ListColumn::Kind;
+
+bool Editable(Kind kind) {
+  return kind == Kind::DateEditor || kind == Kind::BankEditor;
+}
+
+} // namespace
+
+ListView::ListView(const ListWindow& window, ListModel& model, QWidget* parent)
+    : QTableView(parent), window_(window), model_(model), widths_(window.Description().columns),
+      images_(new ListImages(this)) {
+  setObjectName(Text(window.Description().listName));
+  setAccessibleName(Text(window.Description().title));
+  setFont(look::Font(window.Description().fontName));
+  setModel(&model);
+  setItemDelegate(new ListDelegate(*images_, this));
+  Prepare();
+}
+
+void ListView::Prepare() {
+  setFrameShape(QFrame::NoFrame);
+  setShowGrid(false);
+  setWordWrap(false);
+  setEditTriggers(NoEditTriggers);
+  setSelectionBehavior(SelectRows);
+  setSelectionMode(SingleSelection);
+  setTabKeyNavigation(false);
+  setVerticalScrollMode(ScrollPerItem);
+  setHorizontalScrollMode(ScrollPerPixel);
+  setCornerButtonEnabled(false);
+  horizontalHeader()->hide();
+  horizontalHeader()->setMinimumSectionSize(1);
+  horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->hide();
+  verticalHeader()->setMinimumSectionSize(look::RowHeight);
+  verticalHeader()->setDefaultSectionSize(look::RowHeight);
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  for (int column = 0; column < model_.columnCount(); ++column) {
+    setColumnHidden(column, window_.Description().columns[static_cast<std::size_t>(column)].width <= 0);
+  }
+  LayOutColumns();
+}
+
+QSize ListView::sizeHint() const {
+  const ListState& state = window_.Stato();
+  const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+  const bool scrolls = model_.rowCount() > window_.Description().rowsWithoutScrolling;
+  const int width = std::max(widths_.Total() + (scrolls ? bar : 0), state.listWidth / TwipsPerPixelX);
+  const int height = std::max(state.listHeight / TwipsPerPixelY, 6 * look::RowHeight);
+  return {width, height};
+}
+
+void ListView::ShowSelected(int row) {
+  const bool first = std::exchange(muteSelection_, true);
+  const int column = std::max(currentIndex().column(), 0);
+  if (row < 0 || row >= model_.rowCount()) {
+    setCurrentIndex({});
+    clearSelection();
+  } else {
+    setCurrentIndex(model_.index(row, column));
+  }
+  muteSelection_ = first;
+}
+
+void ListView::GoTo(int row, int column) {
+  if (row >= 0 && row < model_.rowCount()) {
+    setCurrentIndex(model_.index(row, std::clamp(column, 0, model_.columnCount() - 1)));
+  }
+}
+
+void ListView::Press(const QModelIndex& cell) {
+  scrollTo(cell);
+  const int y = (rowViewportPosition(cell.row()) + rowHeight(cell.row()) / 2) * TwipsPerPixelY;
+  listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), y);
+  listener_->MouseReleased();
+}
+
+int ListView::ActiveColumn(int column, bool forward, bool editorsOnly) const {
+  const int step = forward ? 1 : -1;
+  for (int c = column + step; c >= 0 && c < model_.columnCount(); c += step) {
+    const Kind kind = model_.Kind(c);
+    if (!isColumnHidden(c) && (Editable(kind) || (!editorsOnly && kind == Kind::Tick))) {
+      return c;
+    }
+  }
+  return -1;
+}
+
+std::pair<int, int> ListView::RowsInView() const {
+  const int last = rowAt(viewport()->height() - 1);
+  return {rowAt(0), last < 0 ? model_.rowCount() - 1 : last};
+}
+
+void ListView::currentChanged(const QModelIndex& newOne, const QModelIndex& oldOne) {
+  QTableView::currentChanged(newOne, oldOne);
+  viewport()->update(visualRect(oldOne));
+  viewport()->update(visualRect(newOne));
+  if (!muteSelection_ && newOne.isValid() && newOne.row() != oldOne.row() && listener_ != nullptr) {
+    listener_->RowSelected(newOne.row());
+  }
+}
+
+int ListView::NominalX(int x) const {
+  const int column = columnAt(x);
+  if (column >= 0) {
+    return widths_.Twips(column, x - columnViewportPosition(column), columnWidth(column));
+  }
+  return widths_.Beyond(x - (horizontalHeader()->length() - horizontalHeader()->offset()));
+}
+
+void ListView::mousePressEvent(QMouseEvent* event) {
+  event->accept();
+  if (event->button() != Qt::LeftButton) {
+    return;
+  }
+  const QPoint point = event->position().toPoint();
+  const int row = rowAt(point.y());
+  const int column = columnAt(point.x());
+  // Taken before the selection moves: making a half-hidden cell current scrolls the list.
+  const int x = NominalX(point.x());
+  const int y = point.y() * TwipsPerPixelY;
+  if (row >= 0 && column >= 0) {
+    const bool first = std::exchange(muteSelection_, true);
+    setCurrentIndex(model_.index(row, column));
+    muteSelection_ = first;
+  }
+  pressed_ = true;
+  listener_->MousePressed(row, x, y);
+}
+
+void ListView::mouseMoveEvent(QMouseEvent* event) {
+  event->accept();
+}
+
+void ListView::mouseReleaseEvent(QMouseEvent* event) {
+  event->accept();
+  if (event->button() == Qt::LeftButton && std::exchange(pressed_, false)) {
+    listener_->MouseReleased();
+  }
+}
+
+void ListView::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) {
+    event->ignore();
+    return;
+  }
+  if (blocked_) {
+    listener_->KeyRefused();
+    event->accept();
+    return;
+  }
+  if (KeyOnCell(*event) || MovementKey(*event)) {
+    event->accept();
+    return;
+  }
+  QTableView::keyPressEvent(event);
+}
+
+bool ListView::KeyOnCell(const QKeyEvent& event) {
+  if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+    return false;
+  }
+  const QModelIndex cell = currentIndex();
+  const Kind kind = model_.Kind(cell.column());
+  const int key = event.key();
+  if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F2) {
+    if (cell.isValid() && (key == Qt::Key_Space ? kind == Kind::Tick : Editable(kind))) {
+      listener_->CellActivated(cell);
+    }
+    return true;
+  }
+  if (kind == Kind::DateEditor && event.text().size() == 1 && event.text().at(0).isDigit()) {
+    listener_->DigitTyped(cell, event.text());
+    return true;
+  }
+  return false;
+}
+
+bool ListView::MovementKey(const QKeyEvent& event) {
+  if (event.key() == Qt::Key_Home) {
+    GoTo(0, currentIndex().column());
+    return true;
+  }
+  if (event.key() == Qt::Key_End) {
+    GoTo(model_.rowCount() - 1, currentIndex().column());
+    return true;
+  }
+  return false;
+}
+
+void ListView::wheelEvent(QWheelEvent* event) {
+  if (blocked_) {
+    event->accept();
+    return;
+  }
+  QTableView::wheelEvent(event);
+}
+
+void ListView::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  LayOutColumns();
+}
+
+void ListView::scrollContentsBy(int dx, int dy) {
+  QTableView::scrollContentsBy(dx, dy);
+  if (listener_ != nullptr) {
+    listener_->LaidOut();
+  }
+}
+
+void ListView::LayOutColumns() {
+  const std::vector<int> pixel = widths_.Pixel(viewport()->width());
+  for (int column = 0; column < model_.columnCount(); ++column) {
+    if (!isColumnHidden(column)) {
+      setColumnWidth(column, pixel[static_cast<std::size_t>(column)]);
+    }
+  }
+  if (listener_ != nullptr) {
+    listener_->LaidOut();
+  }
+}
+
+} // namespace lumoscad::qt

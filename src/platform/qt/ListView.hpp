@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/qt/ColumnWidths.hpp"
+#include "platform/qt/ListIcons.hpp"
+#include "platform/qt/ListModel.hpp"
+#include "platform/qt/Look.hpp"
+
+#include <QTableView>
+
+#include <utility>
+
+namespace lumoscad::qt {
+
+/// Who is told of what happens in a list. Positions are nominal twips, rows are -1 for none.
+class ListListener {
+ public:
+  ListListener() = default;
+  ListListener(const ListListener&) = delete;
+  ListListener& operator=(const ListListener&) = delete;
+  virtual ~ListListener() = default;
+
+  virtual void RowSelected(int row) = 0;
+  /// Left button down; `row` is the one under the pointer.
+  virtual void MousePressed(int row, int x, int y) = 0;
+  /// Left button up after a press in the list.
+  virtual void MouseReleased() = 0;
+  /// A tick or an editor was chosen by keyboard.
+  virtual void CellActivated(const QModelIndex& cell) = 0;
+  /// A digit was typed on a date cell.
+  virtual void DigitTyped(const QModelIndex& cell, const QString& digit) = 0;
+  /// A key came while the list was blocked.
+  virtual void KeyRefused() = 0;
+  /// Columns or scroll position changed.
+  virtual void LaidOut() = 0;
+};
+
+/// The list of a window: a table that turns mouse and keys into the gestures the screens know.
+class ListView final : public QTableView {
+ public:
+  ListView(const ListWindow& window, ListModel& model, QWidget* parent);
+
+  /// There is one from the moment on at which the list can be seen, and it outlives the list's last event.
+  void SetListener(ListListener* listener) { listener_ = listener; }
+
+  /// The pictures of the tick cells.
+  [[nodiscard]] ListImages& Images() const noexcept { return *images_; }
+  /// Makes `row` the current row, in the current column, without telling anyone.
+  void ShowSelected(int row);
+  /// Makes `cell` the current one; the listener is told of the row when it changes.
+  void GoTo(int row, int column);
+  /// While blocked, neither the wheel nor the keys move the list under an open editor.
+  void Block(bool blocked) { blocked_ = blocked; }
+  /// Presses in the middle of `cell`, as the mouse would.
+  void Press(const QModelIndex& cell);
+
+  /// The nearest cell to tick or to edit in `row`, from `column` (not included) to the right or to the left;
+  /// -1 when there is none.
+  [[nodiscard]] int ActiveColumn(int column, bool forward, bool editorsOnly) const;
+  /// First and last row in sight; -1 when there is none.
+  [[nodiscard]] std::pair<int, int> RowsInView() const;
+  [[nodiscard]] QSize sizeHint() const override;
+  [[nodiscard]] QSize minimumSizeHint() const override { return {240, 4 * look::RowHeight}; }
+
+  void keyboardSearch(const QString&) override {} // a search would read every row
+
+ protected:
+  void currentChanged(const QModelIndex& newOne, const QModelIndex& oldOne) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+
+ private:
+  void Prepare();
+  void LayOutColumns();
+  [[nodiscard]] int NominalX(int x) const;
+  [[nodiscard]] bool KeyOnCell(const QKeyEvent& event);
+  [[nodiscard]] bool MovementKey(const QKeyEvent& event);
+
+  const ListWindow& window_;
+  ListModel& model_;
+  ColumnWidths widths_;
+  ListImages* images_;
+  ListListener* listener_ = nullptr;
+  bool muteSelection_ = false;
+  bool pressed_ = false;
+  bool blocked_ = false;
+};
+
+} // namespace lumoscad::qt

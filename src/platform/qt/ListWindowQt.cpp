@@ -1,0 +1,204 @@
+#include "platform/qt/ListWindowQt.hpp"
+
+#include "platform/qt/Texts.hpp"
+
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QFrame>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMouseEvent>
+#include <QShortcut>
+
+#include <utility>
+
+namespace lumoscad::qt {
+
+ListWindowQt::ListWindowQt(ListWindow& window, QWidget* below) : ModalWindowQt(window, below) {
+  ConnectConfirm([this] { list_.PictureOk_Click(); });
+  ConnectBanks();
+  ConnectHeadings();
+  Complete();
+}
+
+QString ListWindowQt::RowCountText(int rows) const {
+  return rows == 1 ? QStringLiteral("1 riga")
+                   : QLocale(QLocale::Italian, QLocale::Italy).toString(rows) + QStringLiteral(" righe");
+}
+
+void ListWindowQt::ConnectBanks() {
+  list_.SetDropDown([this](std::string_view name, bool opened) { ShowDropDown(name, opened); });
+  if (parts_.cmbBanche2 != nullptr) {
+    parts_.cmbBanche2->installEventFilter(this);
+    connect(parts_.cmbBanche2, &QComboBox::activated, this,
+            [this](int index) { Gesture([this, index] { list_.cmbBanche2_Click(index); }); });
+  }
+  if (parts_.cmbBanche != nullptr) {
+    parts_.cmbBanche->installEventFilter(this);
+    connect(parts_.cmbBanche, &QComboBox::activated, this,
+            [this](int index) { Gesture([this, index] { list_.cmbBanche_Click(index); }); });
+  }
+}
+
+void ListWindowQt::ShowDropDown(std::string_view name, bool opened) {
+  QComboBox* const combo = name == "cmbBanche" ? parts_.cmbBanche : name == "cmbBanche2" ? parts_.cmbBanche2 : nullptr;
+  if (combo == nullptr || !combo->isVisible()) {
+    return;
+  }
+  if (opened) {
+    combo->showPopup();
+  } else {
+    combo->hidePopup();
+  }
+}
+
+void ListWindowQt::ConnectHeadings() {
+  const auto clickRow = [this](int index) { Gesture([this, index] { list_.TLwTestata_Click(index); }); };
+  parts_.headings->headingClicked = clickRow;
+  for (const ListHeading& heading : list_.Description().headings) {
+    if (heading.index >= 1 && heading.index <= 9) {
+      const auto key = static_cast<Qt::Key>(Qt::Key_0 + heading.index);
+      auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+      connect(shortcut, &QShortcut::activated, this, [clickRow, index = heading.index] { clickRow(index); });
+    }
+  }
+}
+
+void ListWindowQt::Follow(const ListState& state) {
+  parts_.headings->ShowOrder(state.sortedHeading, state.ascending);
+  if (parts_.cmbBanche != nullptr && parts_.cmbBanche->currentIndex() != state.bankIndex) {
+    parts_.cmbBanche->setCurrentIndex(state.bankIndex);
+  }
+}
+
+void ListWindowQt::MousePressed(int row, int x, int y) {
+  pressedBelowRows_ = row < 0;
+  Gesture([this, row, x, y] {
+    if (row >= 0) {
+      list_.Seleziona(row);
+    }
+    list_.LVScadenze_MouseDown(x, y);
+  });
+}
+
+void ListWindowQt::MouseReleased() {
+  if (pressedBelowRows_) {
+    Gesture([this] { list_.Form_Click(); });
+    return;
+  }
+  Gesture([this] {
+    const auto row = static_cast<int>(list_.Stato().selected);
+    const int top = row < 0 ? 0 : parts_.table->rowViewportPosition(row);
+    list_.LVScadenze_Click(top * TwipsPerPixelY);
+  });
+}
+
+void ListWindowQt::CellActivated(const QModelIndex& cell) {
+  parts_.table->Press(cell);
+}
+
+void ListWindowQt::DigitTyped(const QModelIndex& cell, const QString& digit) {
+  parts_.table->Press(cell);
+  TypeIntoEditor(digit);
+}
+
+void ListWindowQt::KeyRefused() {
+  const bool bank = parts_.FrameBanca != nullptr && !parts_.FrameBanca->isHidden();
+  (bank ? static_cast<QWidget*>(parts_.cmbBanche2) : parts_.TextScad)->setFocus();
+}
+
+bool ListWindowQt::KeyInEditor(QObject* field, int key) {
+  switch (key) {
+  case Qt::Key_Tab:
+  case Qt::Key_Backtab:
+    CloseEditorWith(field, TabCode);
+    GoToNext(field, key);
+    return true;
+  case Qt::Key_Return:
+  case Qt::Key_Enter:
+    CloseEditorWith(field, EnterCode);
+    GoToNext(field, Qt::Key_Return);
+    return true;
+  case Qt::Key_Escape:
+    Gesture([this] { list_.AbbandonaEditor(); });
+    return true;
+  default:
+    return false;
+  }
+}
+
+void ListWindowQt::CloseEditorWith(QObject* field, int code) {
+  if (field == parts_.TextScad) {
+    Gesture([this, code] { list_.TextScad_KeyPress(code); });
+  } else {
+    parts_.table->setFocus(); // the bank editor closes because it loses the focus
+  }
+}
+
+void ListWindowQt::GoToNext(const QObject* field, int key) {
+  const ListState& state = list_.Stato();
+  if (Closed() || state.data.visible || state.bank.visible) {
+    return;
+  }
+  ListView& table = *parts_.table;
+  // From the cell that was edited: the selection may have gone elsewhere meanwhile.
+  const QModelIndex cell = EditorCell(field == parts_.TextScad ? Kind::DateEditor : Kind::BankEditor);
+  const int last = model_.columnCount();
+  if (key == Qt::Key_Return) {
+    table.GoTo(cell.row() + 1, cell.column());
+    return;
+  }
+  const bool forward = key == Qt::Key_Tab;
+  const int column = table.ActiveColumn(cell.column(), forward, true);
+  if (column >= 0) {
+    table.GoTo(cell.row(), column);
+  } else {
+    table.GoTo(cell.row() + (forward ? 1 : -1), table.ActiveColumn(forward ? -1 : last, forward, true));
+  }
+}
+
+bool ListWindowQt::eventFilter(QObject* object, QEvent* event) {
+  const bool onBank = object == parts_.cmbBanche2;
+  const bool inEditor = object == parts_.TextScad || onBank;
+  const auto type = event->type();
+  if (inEditor && type == QEvent::KeyPress) {
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    return !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && KeyInEditor(object, key.key());
+  }
+  if (onBank && type == QEvent::FocusOut && !parts_.cmbBanche2->view()->isVisible() &&
+      HasLeftTheField(static_cast<const QFocusEvent&>(*event))) {
+    Gesture([this] { list_.cmbBanche2_LostFocus(); });
+  }
+  if (object == parts_.TextScadenza && type == QEvent::MouseButtonPress) {
+    Gesture([this] { list_.TextScadenza_Click(); });
+  }
+  if (object == parts_.cmbBanche && type == QEvent::Wheel && !parts_.cmbBanche->hasFocus()) {
+    event->ignore(); // scrolling past the field must not choose a bank
+    return true;
+  }
+  return ModalWindowQt::eventFilter(object, event);
+}
+
+void ListWindowQt::reject() {
+  const ListState& state = list_.Stato();
+  if (state.data.visible || state.bank.visible) {
+    Gesture([this] { list_.AbbandonaEditor(); });
+  } else {
+    Abandon();
+  }
+}
+
+void ListWindowQt::mousePressEvent(QMouseEvent* event) {
+  pressedOutside_ = event->button() == Qt::LeftButton;
+  event->accept();
+}
+
+void ListWindowQt::mouseReleaseEvent(QMouseEvent* event) {
+  event->accept();
+  if (event->button() == Qt::LeftButton && std::exchange(pressedOutside_, false)) {
+    Gesture([this] { list_.Form_Click(); });
+  }
+}
+
+} // namespace lumoscad::qt

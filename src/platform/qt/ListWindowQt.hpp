@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/qt/ModalWindowQt.hpp"
+
+#include <string_view>
+
+namespace lumoscad::qt {
+
+/// The one modal window of all list screens: to what all windows over a list do it adds the headings, the two banks,
+/// the mouse outside the list and the way from cell to cell.
+class ListWindowQt final : public ModalWindowQt {
+ public:
+  ListWindowQt(ListWindow& window, QWidget* below);
+  ListWindowQt(const ListWindowQt&) = delete;
+  ListWindowQt& operator=(const ListWindowQt&) = delete;
+  ~ListWindowQt() override { list_.SetDropDown({}); }
+
+  /// Esc: abandons an open editor, otherwise leaves the window as `Abandon` does.
+  void reject() override;
+
+ protected:
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  [[nodiscard]] QString RowCountText(int rows) const override;
+  void Follow(const ListState& state) override;
+  void MousePressed(int row, int x, int y) override;
+  void MouseReleased() override;
+  void CellActivated(const QModelIndex& cell) override;
+  void DigitTyped(const QModelIndex& cell, const QString& digit) override;
+  void KeyRefused() override;
+
+  void ConnectBanks();
+  void ShowDropDown(std::string_view name, bool opened);
+  void ConnectHeadings();
+  bool KeyInEditor(QObject* field, int key);
+  void CloseEditorWith(QObject* field, int code);
+  void GoToNext(const QObject* field, int key);
+
+  bool pressedOutside_ = false;
+  bool pressedBelowRows_ = false;
+};
+
+} // namespace lumoscad::qt

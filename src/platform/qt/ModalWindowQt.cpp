@@ -1,0 +1,318 @@
+#include "platform/qt/ModalWindowQt.hpp"
+
+#include "platform/qt/Texts.hpp"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QScreen>
+#include <QShortcut>
+
+#include <algorithm>
+#include <utility>
+
+namespace lumoscad::qt {
+
+ModalWindowQt::ModalWindowQt(ListWindow& list, QWidget* below)
+    : DialogQt(below, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
+                          Qt::WindowMaximizeButtonHint),
+      list_(list), model_(list), parts_(*this, list, model_), order_(list.Stato().order),
+      content_(list.Stato().content) {
+  setObjectName(Text(list.Description().name));
+  setWindowTitle(Text(list.Description().title));
+  model_.fault = [this](std::exception_ptr error) {
+    error_ = std::move(error);
+    QMetaObject::invokeMethod(
+        this, [this] { Close(); }, Qt::QueuedConnection);
+  };
+  ConnectList();
+  ConnectFields();
+  connect(parts_.PictureAnnulla, &QPushButton::clicked, this,
+          [this] { Gesture([this] { list_.PictureAnnulla_Click(); }); });
+}
+
+void ModalWindowQt::Complete() {
+  ShowRowCount();
+  if (const QScreen* display = screen()) {
+    resize(sizeHint().boundedTo(display->availableSize() - QSize(24, 56)));
+  }
+}
+
+std::exception_ptr ModalWindowQt::Display() {
+  const auto activate = std::max(parts_.table->ActiveColumn(-1, true, false), 0);
+  const std::ptrdiff_t choice = list_.Stato().selected;
+  {
+    const QScopedValueRollback<bool> mute(synchronising_, true);
+    parts_.table->GoTo(static_cast<int>(std::max<std::ptrdiff_t>(choice, 0)), activate);
+  }
+  if (choice < 0 && model_.rowCount() > 0) {
+    Gesture([this] { list_.Seleziona(0); });
+  } else {
+    Gesture([] {});
+  }
+  if (!closed_) {
+    exec();
+  }
+  if (!closed_) {
+    Gesture([this] {
+      list_.Form_QueryUnload();
+    }); // the calling program has ended the event loop: nobody can close the window any more
+  }
+  return std::exchange(error_, nullptr);
+}
+
+void ModalWindowQt::Gesture(const std::function<void()>& action) {
+  if (inGesture_ || synchronising_ || closed_) {
+    return;
+  }
+  inGesture_ = true;
+  try {
+    action();
+    Synchronise();
+  } catch (...) {
+    error_ = std::current_exception();
+  }
+  inGesture_ = false;
+  if (error_) {
+    Close();
+  }
+}
+
+void ModalWindowQt::Close() {
+  if (!std::exchange(closed_, true)) {
+    done(Accepted);
+  }
+}
+
+void ModalWindowQt::ConnectList() {
+  parts_.table->SetListener(this);
+}
+
+void ModalWindowQt::RowSelected(int row) {
+  Gesture([this, row] { list_.Seleziona(row); });
+}
+
+void ModalWindowQt::LaidOut() {
+  parts_.headings->LayOut();
+  PlaceEditor();
+}
+
+void ModalWindowQt::ConnectFields() {
+  parts_.TextScad->installEventFilter(this);
+  connect(parts_.TextScad, &QLineEdit::textEdited, this, [this](const QString& text) { WriteIntoEditor(Utf8(text)); });
+  if (parts_.TextScadenza != nullptr) {
+    parts_.TextScadenza->installEventFilter(this);
+    connect(parts_.TextScadenza, &QLineEdit::textEdited, this,
+            [this](const QString& text) { Gesture([this, utf8 = Utf8(text)] { list_.TextScadenza_Change(utf8); }); });
+  }
+}
+
+void ModalWindowQt::ConnectConfirm(const std::function<void()>& gesture) {
+  const auto confirm = [this, gesture] { Gesture(gesture); };
+  connect(parts_.PictureOk, &QPushButton::clicked, this, confirm);
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+    connect(shortcut, &QShortcut::activated, this, confirm);
+  }
+}
+
+void ModalWindowQt::Abandon() {
+  Gesture([&] {
+    if (parts_.PictureAnnulla->hasFocus() || !model_.HasChanges()) {
+      list_.PictureAnnulla_Click();
+    } else {
+      parts_.PictureAnnulla->setFocus();
+    }
+  });
+}
+
+void ModalWindowQt::ShowRowCount() {
+  parts_.lblRighe->setText(RowCountText(model_.rowCount()));
+}
+
+void ModalWindowQt::Synchronise() {
+  const ListState& state = list_.Stato();
+  if (state.unloaded) {
+    Close();
+    return;
+  }
+  const QScopedValueRollback<bool> mute(synchronising_, true);
+  SynchroniseRows(state);
+  if (parts_.TextScadenza != nullptr && Utf8(parts_.TextScadenza->text()) != state.dueDateText) {
+    parts_.TextScadenza->setText(Text(state.dueDateText));
+  }
+  Follow(state);
+  SynchroniseEditor(state);
+}
+
+void ModalWindowQt::SynchroniseEditor(const ListState& state) {
+  SynchroniseEditor(state.data, *parts_.FrameScad, *parts_.TextScad, Kind::DateEditor);
+  if (parts_.FrameBanca != nullptr) {
+    SynchroniseEditor(state.bank, *parts_.FrameBanca, *parts_.cmbBanche2, Kind::BankEditor);
+  }
+  parts_.table->Block(state.scrollBarsHidden || state.data.visible || state.bank.visible);
+  parts_.CoverScrollBars(state.scrollBarsHidden);
+}
+
+void ModalWindowQt::SynchroniseRows(const ListState& state) {
+  ListView& table = *parts_.table;
+  const int column = std::max(table.currentIndex().column(), 0);
+  const bool reordered = std::exchange(order_, state.order) != state.order;
+  if (reordered) {
+    model_.Reload();
+    table.GoTo(static_cast<int>(state.selected), column);
+    content_ = state.content;
+    ShowRowCount();
+  } else if (std::exchange(content_, state.content) != state.content) {
+    const auto [first, last] = table.RowsInView();
+    model_.Refresh(first, last);
+  }
+  if (table.currentIndex().row() != state.selected) {
+    table.ShowSelected(static_cast<int>(state.selected));
+  }
+  if (reordered) {
+    // What is being typed stays in sight, wherever the selection went.
+    for (const Kind kind : {Kind::DateEditor, Kind::BankEditor}) {
+      if (EditorState(kind).visible) {
+        table.scrollTo(EditorCell(kind));
+      }
+    }
+  }
+}
+
+void ModalWindowQt::SynchroniseEditor(const CellEditor& editor, QFrame& frame, QWidget& field, Kind kind) {
+  if (!editor.visible) {
+    // The list takes the focus first: a field hidden while it has it would pass it on along the tab order.
+    if (!frame.isHidden() && focusWidget() == &field) {
+      parts_.table->setFocus();
+    }
+    frame.hide();
+    return;
+  }
+  if (kind == Kind::DateEditor && Utf8(parts_.TextScad->text()) != editor.text) {
+    parts_.TextScad->setText(Text(editor.text));
+  }
+  if (kind == Kind::BankEditor && parts_.cmbBanche2->currentIndex() != editor.index) {
+    parts_.cmbBanche2->setCurrentIndex(editor.index);
+  }
+  parts_.PlaceOverCell(frame, EditorArea(kind));
+  if (frame.isHidden()) {
+    frame.show();
+    field.setFocus();
+    parts_.TextScad->selectAll();
+  }
+}
+
+int ModalWindowQt::Column(Kind kind) const {
+  int column = 0;
+  while (column < model_.columnCount() && model_.Kind(column) != kind) {
+    ++column;
+  }
+  return column;
+}
+
+const CellEditor& ModalWindowQt::EditorState(Kind kind) const {
+  const ListState& state = list_.Stato();
+  return kind == Kind::DateEditor ? state.data : state.bank;
+}
+
+QModelIndex ModalWindowQt::EditorCell(Kind kind) const {
+  return model_.index(static_cast<int>(EditorState(kind).place), Column(kind));
+}
+
+QRect ModalWindowQt::EditorArea(Kind kind) const {
+  const QModelIndex cell = EditorCell(kind);
+  QRect area = parts_.table->visualRect(cell);
+  if (area.isEmpty()) {
+    return area;
+  }
+  // The screen knows the columns at their nominal widths: what it leaves free at the cell's ends stays free.
+  int left = list_.Stato().listLeft;
+  for (int column = 0; column < cell.column(); ++column) {
+    left += list_.Description().columns[static_cast<std::size_t>(column)].width;
+  }
+  const CellEditor& editor = EditorState(kind);
+  const int freeWidth = list_.Description().columns[static_cast<std::size_t>(cell.column())].width - editor.width;
+  const int width = area.width() - freeWidth / TwipsPerPixelX;
+  area.translate((editor.left - left) / TwipsPerPixelX, 0);
+  area.setWidth(width);
+  return area;
+}
+
+void ModalWindowQt::PlaceEditor() {
+  if (!parts_.FrameScad->isHidden()) {
+    parts_.PlaceOverCell(*parts_.FrameScad, EditorArea(Kind::DateEditor));
+  }
+  if (parts_.FrameBanca != nullptr && !parts_.FrameBanca->isHidden()) {
+    parts_.PlaceOverCell(*parts_.FrameBanca, EditorArea(Kind::BankEditor));
+  }
+}
+
+void ModalWindowQt::WriteIntoEditor(const std::string& text) {
+  Gesture([&] { list_.TextScad_Change(text); });
+}
+
+void ModalWindowQt::TypeIntoEditor(const QString& digit) {
+  if (!closed_ && list_.Stato().data.visible) {
+    parts_.TextScad->setText(digit);
+    WriteIntoEditor(Utf8(digit));
+  }
+}
+
+bool ModalWindowQt::HasLeftTheField(const QFocusEvent& event) {
+  return event.reason() != Qt::ActiveWindowFocusReason && event.reason() != Qt::PopupFocusReason &&
+         event.reason() != Qt::MenuBarFocusReason;
+}
+
+bool ModalWindowQt::event(QEvent* event) {
+  if (event->type() == QEvent::WindowBlocked) {
+    covered_ = true;
+    if (inGesture_ && !closed_) {
+      // A message of the gesture that is running: an editor that the screen has closed is gone before it shows.
+      const QScopedValueRollback<bool> mute(synchronising_, true);
+      SynchroniseEditor(list_.Stato());
+    }
+  }
+  return QDialog::event(event);
+}
+
+bool ModalWindowQt::eventFilter(QObject* object, QEvent* event) {
+  if (object == parts_.TextScadenza && event->type() == QEvent::FocusIn) {
+    enteredByClick_ = static_cast<const QFocusEvent&>(*event).reason() == Qt::MouseFocusReason;
+  }
+  // A click into the field selects the date as Tab does, so that the next one replaces it.
+  if (object == parts_.TextScadenza && event->type() == QEvent::MouseButtonRelease &&
+      std::exchange(enteredByClick_, false) && !parts_.TextScadenza->hasSelectedText()) {
+    parts_.TextScadenza->selectAll();
+  }
+  return DialogQt::eventFilter(object, event);
+}
+
+void ModalWindowQt::closeEvent(QCloseEvent* event) {
+  if (closed_) {
+    event->accept();
+    return;
+  }
+  event->ignore();
+  Gesture([this] { list_.Form_QueryUnload(); });
+}
+
+void ModalWindowQt::showEvent(QShowEvent* event) {
+  DialogQt::showEvent(event);
+  parts_.table->setFocus();
+  parts_.headings->LayOut();
+}
+
+void ModalWindowQt::resizeEvent(QResizeEvent* event) {
+  DialogQt::resizeEvent(event);
+  parts_.headings->LayOut();
+  parts_.CoverScrollBars(list_.Stato().scrollBarsHidden);
+  PlaceEditor();
+}
+
+} // namespace lumoscad::qt

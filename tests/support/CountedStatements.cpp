@@ -1,0 +1,77 @@
+#include "support/CountedStatements.hpp"
+
+#include <dlfcn.h>
+#include <sql.h>
+#include <stdexcept>
+
+namespace lumoscad::prova {
+namespace {
+
+CountedStatements* listening = nullptr;
+
+/// The driver manager's own function behind the one of that name here.
+template <typename Function> Function* Real(const char* name) {
+  auto* real = reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name)); // NOLINT: how the system hands out functions
+  if (real == nullptr) {
+    throw std::runtime_error(name);
+  }
+  return real;
+}
+
+} // namespace
+
+CountedStatements::CountedStatements() {
+  listening = this;
+}
+
+CountedStatements::~CountedStatements() {
+  listening = nullptr;
+}
+
+void CountedStatements::Prepared(const void* statement, std::string_view text) {
+  latest_[statement] = preparations_.size();
+  preparations_.push_back({std::string(text), 0});
+}
+
+void CountedStatements::Executed(const void* statement) {
+  if (const auto ultima = latest_.find(statement); ultima != latest_.end()) {
+    ++preparations_[ultima->second].executions;
+  }
+}
+
+std::size_t CountedStatements::Preparations(std::string_view begin) const {
+  std::size_t howMany = 0;
+  for (const auto& preparation : preparations_) {
+    howMany += preparation.text.starts_with(begin) ? 1 : 0;
+  }
+  return howMany;
+}
+
+std::size_t CountedStatements::Executions(std::string_view begin) const {
+  std::size_t howMany = 0;
+  for (const auto& preparation : preparations_) {
+    howMany += preparation.text.starts_with(begin) ? preparation.executions : 0;
+  }
+  return howMany;
+}
+
+} // namespace lumoscad::prova
+
+// The parameters have the names of the driver manager's header.
+
+SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
+  static auto* const real = lumoscad::prova::Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+  if (lumoscad::prova::listening != nullptr && TextLength >= 0) {
+    lumoscad::prova::listening->Prepared(StatementHandle, {reinterpret_cast<const char*>(StatementText),
+                                                           static_cast<std::size_t>(TextLength)}); // NOLINT: bytes
+  }
+  return real(StatementHandle, StatementText, TextLength);
+}
+
+SQLRETURN SQL_API SQLExecute(SQLHSTMT StatementHandle) {
+  static auto* const real = lumoscad::prova::Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+  if (lumoscad::prova::listening != nullptr) {
+    lumoscad::prova::listening->Executed(StatementHandle);
+  }
+  return real(StatementHandle);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumoscad::prova {
+
+/// What the program hands to the driver manager: a program that links this has its SQLPrepare and SQLExecute counted on
+/// their way. From its making to its end, for one thread.
+class CountedStatements {
+ public:
+  CountedStatements();
+  CountedStatements(const CountedStatements&) = delete;
+  CountedStatements& operator=(const CountedStatements&) = delete;
+  ~CountedStatements();
+
+  /// How many statements that begin like this were prepared.
+  [[nodiscard]] std::size_t Preparations(std::string_view begin) const;
+  /// How many times such statements were executed after they had been prepared.
+  [[nodiscard]] std::size_t Executions(std::string_view begin) const;
+
+  // What the layer tells.
+  void Prepared(const void* statement, std::string_view text);
+  void Executed(const void* statement);
+
+ private:
+  struct Preparation {
+    std::string text;
+    std::size_t executions;
+  };
+  std::vector<Preparation> preparations_;
+  std::map<const void*, std::size_t> latest_; ///< the last preparation of each handle: handles come back
+};
+
+} // namespace lumoscad::prova

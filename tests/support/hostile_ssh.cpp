@@ -1,0 +1,126 @@
+// An SSH server that means ill: it lets everybody in, refuses the first channel, and then sends messages that mean
+// nothing, without pause and without asking whether anyone takes them.
+//
+//   ssh_ostile CHIAVE CARTELLA
+//
+// CHIAVE is the private host key. The port that it has found is in the file CARTELLA/porta. The flood comes once there
+// is a file CARTELLA/via; when no more of it is taken the file CARTELLA/piena appears. It serves one connection and
+// ends.
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <libssh/libssh.h>
+#include <libssh/server.h>
+#include <memory>
+#include <netinet/in.h>
+#include <stdexcept>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Release {
+  void operator()(ssh_bind listening) const { ssh_bind_free(listening); }
+  void operator()(ssh_session session) const { ssh_free(session); }
+  void operator()(ssh_message message) const { ssh_message_free(message); }
+};
+using Listening = std::unique_ptr<ssh_bind_struct, Release>;
+using Session = std::unique_ptr<ssh_session_struct, Release>;
+using Message = std::unique_ptr<ssh_message_struct, Release>;
+
+/// A socket that listens on the loopback address. The file of its port appears whole.
+int Listen(const fs::path& directory) {
+  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast)
+  if (socket < 0 || ::bind(socket, generic, length) != 0 || ::listen(socket, 1) != 0 ||
+      ::getsockname(socket, generic, &length) != 0) {
+    throw std::system_error(errno, std::generic_category(), "listen");
+  }
+  std::ofstream(directory / "porta.nuova") << ntohs(address.sin_port);
+  fs::rename(directory / "porta.nuova", directory / "porta");
+  return socket;
+}
+
+/// Grants the login; ends with the refusal of the channel that is asked for then.
+void LetIn(ssh_session session) {
+  for (bool rejected = false; !rejected;) {
+    const Message message(ssh_message_get(session));
+    if (!message) {
+      throw std::runtime_error(ssh_get_error(session));
+    }
+    rejected = ssh_message_type(message.get()) == SSH_REQUEST_CHANNEL_OPEN;
+    if (ssh_message_type(message.get()) == SSH_REQUEST_AUTH) {
+      ssh_message_auth_reply_success(message.get(), 0);
+    } else if (rejected) {
+      ssh_message_reply_default(message.get());
+    } else {
+      ssh_message_service_reply_success(message.get());
+    }
+  }
+}
+
+/// Floods the other side to the end of the connection.
+void Overwhelm(ssh_session session, const fs::path& directory) {
+  static constexpr int Pause = 200;
+  static constexpr int Pieces = 200;
+  const std::string nothing(30000, 'x');
+  for (int outcome = SSH_OK; outcome != SSH_ERROR;) {
+    for (int piece = 0; piece < Pieces && outcome != SSH_ERROR; ++piece) {
+      outcome = ssh_send_ignore(session, nothing.c_str());
+    }
+    while (outcome != SSH_ERROR && (outcome = ssh_blocking_flush(session, Pause)) == SSH_AGAIN) {
+      std::ofstream(directory / "piena") << '\n';
+    }
+  }
+}
+
+void Serve(const char* key, const fs::path& directory) {
+  const Listening listening(ssh_bind_new());
+  const Session session(ssh_new());
+  ssh_bind_options_set(listening.get(), SSH_BIND_OPTIONS_HOSTKEY, key);
+  const int socket = Listen(directory);
+  const int client = ::accept4(socket, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+  ::close(socket);
+  if (ssh_bind_accept_fd(listening.get(), session.get(), client) != SSH_OK ||
+      ssh_handle_key_exchange(session.get()) != SSH_OK) {
+    throw std::runtime_error(ssh_get_error(session.get()));
+  }
+  LetIn(session.get());
+  while (!fs::exists(directory / "via")) {
+    ::usleep(10000);
+  }
+  Overwhelm(session.get(), directory);
+}
+
+} // namespace
+
+int main(int number, char** arguments) {
+  /// Seconds after which even this host is tired of it.
+  static constexpr unsigned Duration = 30;
+  if (number != 3) {
+    std::fputs("uso: ssh_ostile CHIAVE CARTELLA\n", stderr);
+    return 2;
+  }
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  ::signal(SIGPIPE, SIG_IGN);
+  ::alarm(Duration);
+  try {
+    Serve(arguments[1], arguments[2]);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "ssh_ostile: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}
