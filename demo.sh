@@ -8,7 +8,7 @@ cd "$(dirname "$0")"
 passo() { printf '\n==== %s\n' "$*"; }
 
 passo "Dipendenze"
-scripts/dipendenze.sh --senza-server
+scripts/dependencies.sh --senza-server
 
 passo "Compilazione"
 mkdir -p build/registri
@@ -28,9 +28,9 @@ demo/prepara.sh "$dimostrazione" "$@"
 inizio="-T BANCA /CREDITI -H locale -D 01 -DB2SOURCE CONTABILITA -DB2USER demo -DB2PASS"
 comando="$inizio demo -DB2SCHEMA main"
 
-processi=()
+processes=()
 termina() {
-  for ((i = ${#processi[@]} - 1; i >= 0; i--)); do kill "${processi[i]}" 2>/dev/null || true; done
+  for ((i = ${#processes[@]} - 1; i >= 0; i--)); do kill "${processes[i]}" 2>/dev/null || true; done
 }
 trap termina EXIT
 
@@ -41,9 +41,9 @@ if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
     export XDG_RUNTIME_DIR=$PWD/$dimostrazione/esecuzione
     (umask 077 && mkdir -p "$XDG_RUNTIME_DIR")
   fi
-  # shellcheck source=scripts/schermo_virtuale.sh
-  . scripts/schermo_virtuale.sh
-  avvia_schermo_virtuale 1280x800 "$dimostrazione"
+  # shellcheck source=scripts/virtual_display.sh
+  . scripts/virtual_display.sh
+  start_virtual_display 1280x800 "$dimostrazione"
 fi
 
 fotografa_righe() {
@@ -66,10 +66,10 @@ esegui=(build/bin/lumoscad -)
 stato=0
 if [ "$virtuale" = si ]; then
   printf '%s\n' "$comando" | "${esegui[@]}" >"$dimostrazione/risultato.txt" 2>"$dimostrazione/errori.txt" &
-  programma=$!
-  processi+=("$programma")
-  scripts/gioca_crediti.sh "$PWD/$dimostrazione/crediti.png" "$programma"
-  wait "$programma" || stato=$?
+  program=$!
+  processes+=("$program")
+  scripts/play_credits.sh "$PWD/$dimostrazione/crediti.png" "$program"
+  wait "$program" || stato=$?
 else
   printf '%s\n' "$comando" | "${esegui[@]}" >"$dimostrazione/risultato.txt" 2>"$dimostrazione/errori.txt" || stato=$?
 fi

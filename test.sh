@@ -4,7 +4,7 @@
 #                       clang-tidy, and the tests of timing and of the whole job on an optimised build
 #   ./test.sh --veloce  the cheap checks, and the suite without sanitizers
 #   ./test.sh --tutto   the gate, and then all that takes longer or is random; the gate's budget binds here
-#   ./test.sh --affidabilita [SECTION...]  the figures of scripts/affidabilita.sh, and nothing else
+#   ./test.sh --affidabilita [SECTION...]  the figures of scripts/reliability.sh, and nothing else
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -94,16 +94,16 @@ mkdir -p "$registri"
 : >"$parti"
 passo "dipendenze"
 rm -f "$registri"/*-prove.log
-scripts/dipendenze.sh
+scripts/dependencies.sh
 
 if [ "$modo" = affidabilita ]; then
   passo "compilazione: release"
   costruisci release
-  exec scripts/affidabilita.sh "$@"
+  exec scripts/reliability.sh "$@"
 fi
 
 passo "controlli"
-scripts/controlli.sh
+scripts/checks.sh
 
 if [ "$modo" = veloce ]; then
   passo "compilazione: debug"
@@ -133,7 +133,7 @@ resoconto
 if [ "$modo" = tutto ]; then
   [ "$(awk -F'\t' '{ s += $2 } END { print s + 0 }' "$parti")" -le $((tempo_previsto * 2)) ] ||
     { echo "il cancello supera i $((tempo_previsto * 2)) s di processore previsti" >&2; exit 1; }
-  scripts/tutto.sh
+  scripts/everything.sh
 fi
 
 printf '\n==== fine (%d s)\n' "$SECONDS"

@@ -16,18 +16,18 @@ sqlite3 -bail "$base/contabilita.sqlite" <"$radice/demo/comandi.sql"
 # shellcheck source=/dev/null
 . "$base/ambiente.sh"
 
-processi=()
+processes=()
 termina() {
-  for ((i = ${#processi[@]} - 1; i >= 0; i--)); do kill "${processi[i]}" 2>/dev/null || true; done
+  for ((i = ${#processes[@]} - 1; i >= 0; i--)); do kill "${processes[i]}" 2>/dev/null || true; done
 }
 trap termina EXIT
 if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
   export XDG_RUNTIME_DIR=$base/esecuzione
   [ -d "$XDG_RUNTIME_DIR" ] || mkdir -m 700 "$XDG_RUNTIME_DIR"
 fi
-# shellcheck source=scripts/schermo_virtuale.sh
-. "$radice/scripts/schermo_virtuale.sh"
-avvia_schermo_virtuale 1280x800 "$base"
+# shellcheck source=scripts/virtual_display.sh
+. "$radice/scripts/virtual_display.sh"
+start_virtual_display 1280x800 "$base"
 
 registro=$base/host/registro/VB0001.log
 righe() {
@@ -64,17 +64,17 @@ mostra_chiamata() {
 
 # gioca RESULT COMMAND: fails when the command answers anything else.
 gioca() {
-  local atteso=$1 comando=$2 programma risultato
+  local atteso=$1 comando=$2 program risultato
   printf '\n==== %s\n' "$comando"
   : >"$registro"
   righe >"$base/righe_prima.txt"
   printf '%s\n' "$comando -DB2SOURCE CONTABILITA -DB2USER demo -DB2PASS demo -DB2SCHEMA main" |
     "$LUMOSCAD_BIN/lumoscad" - >"$base/risultato.txt" 2>"$base/errori.txt" &
-  programma=$!
-  processi+=("$programma")
-  chiudi_messaggi "$programma"
-  wait "$programma" || true
-  unset 'processi[-1]'
+  program=$!
+  processes+=("$program")
+  chiudi_messaggi "$program"
+  wait "$program" || true
+  unset 'processes[-1]'
   righe >"$base/righe_dopo.txt"
   cat "$base/errori.txt" >&2
   mostra_chiamata

@@ -7,11 +7,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-secondi=${1:?uso: scripts/fuzz.sh SECONDI [CARTELLA]}
+seconds=${1:?uso: scripts/fuzz.sh SECONDI [CARTELLA]}
 base=build/fuzz
-raccolta=${2:-$base/raccolta}
-[ -n "${2:-}" ] || rm -rf "$raccolta"
-mkdir -p "$base/registri" "$base/reperti" "$raccolta"
+corpus=${2:-$base/raccolta}
+[ -n "${2:-}" ] || rm -rf "$corpus"
+mkdir -p "$base/registri" "$base/reperti" "$corpus"
 
 cmake --preset fuzz -S . >"$base/registri/configura.log" 2>&1 || { cat "$base/registri/configura.log"; exit 1; }
 cmake --build --preset fuzz -j "$(nproc)" >"$base/registri/compila.log" 2>&1 || { tail -n 60 "$base/registri/compila.log"; exit 1; }
@@ -22,31 +22,31 @@ export ASAN_OPTIONS=detect_leaks=1
 export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp:print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
-gioca() {
-  local nome=$1 secondi=$2 base=$3 raccolta=$4
-  mkdir -p "$raccolta/$nome" "$base/reperti/$nome"
-  "$base/bin/fuzz_$nome" "$raccolta/$nome" "tests/fuzz/corpora/$nome" -max_total_time="$secondi" -timeout=20 \
-    -max_len=65536 -rss_limit_mb=2048 -dict="tests/fuzz/dizionari/$nome.dict" -artifact_prefix="$base/reperti/$nome/" \
-    -print_final_stats=1 >"$base/registri/$nome.log" 2>&1
+play() {
+  local name=$1 seconds=$2 base=$3 corpus=$4
+  mkdir -p "$corpus/$name" "$base/reperti/$name"
+  "$base/bin/fuzz_$name" "$corpus/$name" "tests/fuzz/corpora/$name" -max_total_time="$seconds" -timeout=20 \
+    -max_len=65536 -rss_limit_mb=2048 -dict="tests/fuzz/dizionari/$name.dict" -artifact_prefix="$base/reperti/$name/" \
+    -print_final_stats=1 >"$base/registri/$name.log" 2>&1
 }
-export -f gioca
+export -f play
 
-bersagli=(blocco comando connessione conversioni noti richiesta risposta sftp)
-esito=0
-printf '%s\n' "${bersagli[@]}" | xargs -P 2 -I {} bash -c 'gioca "$@"' _ {} "$secondi" "$base" "$raccolta" || esito=1
+targets=(blocco comando connessione conversioni noti richiesta risposta sftp)
+status=0
+printf '%s\n' "${targets[@]}" | xargs -P 2 -I {} bash -c 'play "$@"' _ {} "$seconds" "$base" "$corpus" || status=1
 
-totale=0
-for nome in "${bersagli[@]}"; do
-  registro=$base/registri/$nome.log
-  esecuzioni=$(sed -n 's/^stat::number_of_executed_units: *//p' "$registro")
-  rami=$(grep -oE 'cov: [0-9]+' "$registro" | tail -n 1 | cut -d' ' -f2 || true)
-  printf 'fuzz %-12s %10s esecuzioni  %6s rami  %s\n' "$nome" "${esecuzioni:-0}" "${rami:-0}" \
-    "$(grep -q '^SUMMARY' "$registro" && echo GUASTO || echo 'nessun guasto')"
-  if [ -z "$esecuzioni" ] || grep -q '^SUMMARY' "$registro"; then
-    tail -n 30 "$registro"
-    esito=1
+total=0
+for name in "${targets[@]}"; do
+  log=$base/registri/$name.log
+  runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+  edges=$(grep -oE 'cov: [0-9]+' "$log" | tail -n 1 | cut -d' ' -f2 || true)
+  printf 'fuzz %-12s %10s esecuzioni  %6s rami  %s\n' "$name" "${runs:-0}" "${edges:-0}" \
+    "$(grep -q '^SUMMARY' "$log" && echo GUASTO || echo 'nessun guasto')"
+  if [ -z "$runs" ] || grep -q '^SUMMARY' "$log"; then
+    tail -n 30 "$log"
+    status=1
   fi
-  totale=$((totale + ${esecuzioni:-0}))
+  total=$((total + ${runs:-0}))
 done
-echo "fuzz: $totale esecuzioni in $secondi s per bersaglio"
-exit "$esito"
+echo "fuzz: $total esecuzioni in $seconds s per bersaglio"
+exit "$status"

@@ -21,7 +21,7 @@ fi
 if [ ${#shells[@]} -gt 0 ]; then
   shellcheck -x "${shells[@]}" || failed=1
 fi
-for check in controlla_strati.py controlla_cammino.py check_names.py check_absences.py check_docs.py; do
+for check in check_floors.py check_walk.py check_names.py check_absences.py check_docs.py; do
   python3 "scripts/$check" || failed=1
 done
 [ "$failed" -eq 0 ] || echo "pre-commit: nothing was committed; git commit --no-verify commits all the same" >&2

@@ -1,6 +1,6 @@
 // Every command and every screen on the demonstration, compared with what was recorded of them: statements and their
 // values, files, parameters, windows, boxes, results, rows. A difference that is wanted is recorded anew by
-// scripts/registra.sh and committed with the change that makes it.
+// scripts/record.sh and committed with the change that makes it.
 
 #include "Pagine.hpp"
 #include "Scena.hpp"

@@ -6,11 +6,11 @@ cd "$(dirname "$0")/.."
 
 base=build/riproduci
 rm -rf "$base"
-for copia in "$base/uno" "$base/una-cartella-con-un-nome-piu-lungo"; do
-  mkdir -p "$copia"
-  git ls-files -co --exclude-standard -z | xargs -0 cp --parents -t "$copia"
+for copy in "$base/uno" "$base/una-cartella-con-un-nome-piu-lungo"; do
+  mkdir -p "$copy"
+  git ls-files -co --exclude-standard -z | xargs -0 cp --parents -t "$copy"
   (
-    cd "$copia"
+    cd "$copy"
     export CCACHE_DISABLE=1
     cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=g++ -DLUMOSCAD_TESTS=OFF \
       -DLUMOSCAD_BENCH=OFF >configura.log 2>&1 || { cat configura.log; exit 1; }

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and demonstrating need. Nothing happens when all are there.
-#   scripts/dipendenze.sh                 everything
-#   scripts/dipendenze.sh --senza-server  without the servers of the tests, which Debian would start as services
+#   scripts/dependencies.sh                 everything
+#   scripts/dependencies.sh --senza-server  without the servers of the tests, which Debian would start as services
 set -euo pipefail
 
-pacchetti=(
+packages=(
   # compilers and build
   g++ cmake ninja-build ccache pkg-config
   # checks
@@ -20,29 +20,29 @@ pacchetti=(
 )
 
 server=(odbc-postgresql postgresql-15 odbc-mariadb mariadb-server-core mariadb-client-core openssh-server openssh-client)
-[ "${1:-}" = --senza-server ] || pacchetti+=("${server[@]}")
+[ "${1:-}" = --senza-server ] || packages+=("${server[@]}")
 
-mancano=()
-for pacchetto in "${pacchetti[@]}"; do
-  stato=$(dpkg-query -W -f='${db:Status-Status}' "$pacchetto" 2>/dev/null || true)
-  [ "$stato" = installed ] || mancano+=("$pacchetto")
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+  [ "$status" = installed ] || missing+=("$package")
 done
-if [ ${#mancano[@]} -eq 0 ]; then
+if [ ${#missing[@]} -eq 0 ]; then
   echo "dipendenze: tutte presenti"
   exit 0
 fi
 
-echo "dipendenze: installo ${mancano[*]}"
-come_root=()
+echo "dipendenze: installo ${missing[*]}"
+as_root=()
 if [ "$(id -u)" -ne 0 ]; then
   command -v sudo >/dev/null || { echo "dipendenze: servono i diritti di root, oppure sudo" >&2; exit 1; }
-  come_root=(sudo)
+  as_root=(sudo)
 fi
-installa() {
-  "${come_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${mancano[@]}"
+install_packages() {
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 # Package lists may be absent (a fresh machine) or too old to fetch from: both are mended by one update.
 if ! compgen -G '/var/lib/apt/lists/*Packages*' >/dev/null; then
-  "${come_root[@]}" apt-get update
+  "${as_root[@]}" apt-get update
 fi
-installa || { "${come_root[@]}" apt-get update && installa; }
+install_packages || { "${as_root[@]}" apt-get update && install_packages; }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the walk of docs/architecture.md, from a key press to the UPDATE statement.
 
-Usage: controlla_cammino.py [ROOT] | --self-test
+Usage: check_walk.py [ROOT] | --self-test
 
 The walk is every bullet list whose items begin with `file: function`. Each function must be defined (or, in an
 interface, declared pure virtual) in its file; each item after the first of its list must be called by one before it; and
