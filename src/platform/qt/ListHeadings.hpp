@@ -17,7 +17,7 @@ namespace lumoscad::qt {
 /// One drawn heading. It answers to the mouse only when it sorts; the keyboard reaches it by Ctrl and its index.
 class HeadingQt final : public QAbstractButton {
  public:
-  HeadingQt(const QString& name, const QString& text, bool sorts, const QFont& fontName, QWidget* parent);
+  HeadingQt(const QString& name, const QString& caption, bool sorts, const QFont& fontName, QWidget* parent);
   void SetRightAligned(bool right) { right_ = right; }
 
  protected:
