@@ -57,14 +57,15 @@ void Griglia::ApriEditor(CellEditor& editor, std::size_t riga, int top, int left
 }
 
 void Griglia::InserisciScadenza(int top, int left, int width) {
-  const auto riga = Modificabile() ? RigaSelezionata() : std::nullopt;
-  if (!riga) {
+  if (!Modificabile()) {
     return;
   }
   NascondiSeScorre();
   TogliBanca();
-  stato_.data.text = Righe.Testo(*riga, descrizione_.data.colonna);
-  ApriEditor(stato_.data, *riga, top, left, width);
+  if (const auto riga = RigaSelezionata()) {
+    stato_.data.text = Righe.Testo(*riga, descrizione_.data.colonna);
+    ApriEditor(stato_.data, *riga, top, left, width);
+  }
 }
 
 void Griglia::TogliScadenza() {
@@ -75,19 +76,13 @@ void Griglia::TogliScadenza() {
   if (descrizione_.data.fuocoChiude) {
     RimettiBarrette(); // nobody does it after the focus has gone
   }
-  if (const auto riga = RigaInModifica()) {
-    ScriviData(*riga, stato_.data.text);
-    Cambiata();
-  }
-}
-
-void Griglia::ScriviData(std::size_t riga, std::string_view testo) {
   const NuovaDataGriglia& data = descrizione_.data;
+  const std::string& testo = stato_.data.text;
   const bool scritta = data.senza == SenzaData::Presente ? MaggioreDiSpazio(testo) : !testo.empty();
-  if (scritta) {
-    Righe.ImpostaTesto(riga, data.colonna, Utilities::ControllaData(testo));
-  } else {
-    Righe.ImpostaTesto(riga, data.colonna, DataTolta(riga));
+  const std::string nuova = scritta ? Utilities::ControllaData(testo) : std::string();
+  if (const auto riga = RigaInModifica()) {
+    Righe.ImpostaTesto(*riga, data.colonna, scritta ? nuova : DataTolta(*riga));
+    Cambiata();
   }
 }
 
@@ -114,15 +109,16 @@ int Griglia::TrovaRigaBanca(const std::vector<std::string>& combo, std::string_v
 }
 
 void Griglia::InserisciBanca(int top, int left, int width) {
-  const auto riga = Modificabile() ? RigaSelezionata() : std::nullopt;
-  if (!riga) {
+  if (!Modificabile()) {
     return;
   }
   NascondiSeScorre();
   TogliScadenza();
   TogliBanca();
-  stato_.bank.index = TrovaRigaBanca(cmbBanche2.voci, Righe.Testo(*riga, descrizione_.banca.colonna));
-  ApriEditor(stato_.bank, *riga, top, left, width);
+  if (const auto riga = RigaSelezionata()) {
+    stato_.bank.index = TrovaRigaBanca(cmbBanche2.voci, Righe.Testo(*riga, descrizione_.banca.colonna));
+    ApriEditor(stato_.bank, *riga, top, left, width);
+  }
 }
 
 void Griglia::TogliBanca() {

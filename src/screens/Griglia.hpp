@@ -28,12 +28,13 @@ class Griglia final : public ListWindow {
   BancheCombo cmbBanche2; ///< the in-place bank editor
   std::string Titolo;     ///< the window's title, at first the description's
   std::string Tag;        ///< the list's own: what it lists; empty while its rows are being loaded
-  std::string Modo;       ///< what the screen is being used for: "DEBITI/CREDITI", "PRESUNTI" or "CONSEGNA"
+  std::string Modo;       ///< what the screen is being used for, for instance "DEBITI/CREDITI"
   std::vector<ListLabel> Etichette;
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
-  /// Orders and lays out after loading, without the columns `nascoste`; the sort starts at the first column, ascending.
+  /// Orders and lays out after loading, without the columns `nascoste`; a list that sorts starts at its first
+  /// column, ascending.
   void Resize(const std::vector<int>& nascoste = {});
   /// Makes ready for a showing, no editor open and nothing confirmed.
   void Prepara();
@@ -112,7 +113,6 @@ class Griglia final : public ListWindow {
   void ApriEditor(CellEditor& editor, std::size_t riga, int top, int left, int width);
   void NascondiSeScorre();
   [[nodiscard]] std::string_view DataTolta(std::size_t riga) const;
-  void ScriviData(std::size_t riga, std::string_view testo);
   void SpuntaData(std::size_t riga, bool spunta);
   void SpuntaBanca(std::size_t riga, bool spunta);
   void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);
