@@ -173,7 +173,8 @@ bool Sistema::SenzaSessioni() {
                                 ? "SELECT count(*) FROM information_schema.processlist WHERE db=DATABASE() AND "
                                   "id<>CONNECTION_ID()"
                                 : "SELECT count(*) FROM pg_stat_activity WHERE datname=current_database() AND "
-                                  "pid<>pg_backend_pid() AND backend_type='client backend'";
+                                  "pid<>pg_backend_pid() AND backend_type='client backend' AND application_name<>'" +
+                                      std::string(test::ownSession) + "'";
   return Finche([&] { return Interroga(altre).at(0) == "0"; });
 }
 
