@@ -57,7 +57,7 @@ void PostgresServer::createCluster() const {
   const bool created = creation.succeeds();
   fs::remove(secret);
   if (!created) {
-    throw std::runtime_error("initdb failed");
+    throw std::runtime_error("initdb failed: " + endOf(directory_ / "initdb.log"));
   }
 }
 

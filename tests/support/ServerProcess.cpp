@@ -2,6 +2,7 @@
 
 #include "platform/RuntimeError.hpp"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
@@ -10,6 +11,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <fstream>
+#include <iterator>
 #include <netinet/in.h>
 #include <pwd.h>
 #include <stdexcept>
@@ -63,21 +65,6 @@ bool open(fs::path directory) {
   }
 }
 
-constexpr std::string_view ownPrefix = "lumoscad-";
-
-void removeLeftovers(const fs::path& place) {
-  std::error_code ignored;
-  for (const auto& entry : fs::directory_iterator(place, ignored)) {
-    const std::string name = entry.path().filename().string();
-    const std::string number = name.substr(name.rfind('-') + 1);
-    const bool ours = name.starts_with(ownPrefix) && !number.empty() && number.size() < 10 &&
-                      number.find_first_not_of("0123456789") == std::string::npos;
-    if (ours && ::kill(std::stoi(number), 0) != 0 && errno == ESRCH) {
-      fs::remove_all(entry.path(), ignored);
-    }
-  }
-}
-
 /// A loopback port that was free a moment ago.
 int freePort() {
   const int socketHandle = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -97,10 +84,9 @@ int freePort() {
 } // namespace
 
 fs::path serverDirectory(std::string_view name) {
-  const fs::path memory = "/dev/shm";
-  const fs::path place = open(memory) && access(memory.c_str(), W_OK) == 0 ? memory : fs::temp_directory_path();
-  removeLeftovers(place);
-  return place / (std::string(ownPrefix) + std::string(name) + "-" + std::to_string(getpid()));
+  const fs::path here = fs::current_path();
+  return (geteuid() != 0 || open(here) ? here : fs::temp_directory_path()) /
+         (std::string(name) + "-" + std::to_string(getpid()));
 }
 
 void prepareDirectory(const fs::path& directory, const std::string& user) {
@@ -163,6 +149,13 @@ bool ServerProcess::succeeds() {
   int status = 0;
   const bool ended = process_ > 0 && waitpid(std::exchange(process_, -1), &status, 0) > 0;
   return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string endOf(const fs::path& log) {
+  constexpr std::size_t longest = 2000;
+  std::ifstream file(log);
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  return text.substr(text.size() - std::min(text.size(), longest));
 }
 
 void ServerProcess::stop() {

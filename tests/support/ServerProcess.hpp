@@ -9,9 +9,8 @@
 
 namespace lumoscad::test {
 
-/// The path for the data of a server, "lumoscad-`name`-<process>": in memory where the machine has such a place, since
-/// every test makes files of tables anew, or in the temporary folder. What a process that was killed left there is
-/// removed.
+/// The path for the data of a server, "`name`-<process>": in the working directory, which is the build folder under the
+/// test runner, or in the temporary one where the server's user could not enter it.
 [[nodiscard]] std::filesystem::path serverDirectory(std::string_view name);
 
 /// Makes `directory` anew, empty and private to the server's user.
@@ -49,6 +48,9 @@ class ServerProcess {
   pid_t process_ = -1;
   int endSignal_ = 0;
 };
+
+/// The end of what a program wrote to `log`, for the message of its failure.
+[[nodiscard]] std::string endOf(const std::filesystem::path& log);
 
 /// Has `start` start `server` on a loopback port that was free a moment ago. Somebody else may take the port in
 /// between, so `start` is called with another one when it raises, three times at the most.
