@@ -4,17 +4,21 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <netinet/in.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace lumoscad::ado::detail {
 namespace {
@@ -114,6 +118,25 @@ TEST(Watchdog, EndsAReadThatGetsNoAnswerWithinItsLimit) {
   EXPECT_GE(time, shortLimit);
   EXPECT_LT(time, ample);
   EXPECT_TRUE(watchdog->struck());
+}
+
+TEST(Watchdog, IsKnownToHaveStruckAtOnceWhenTheReadEnds) {
+  std::atomic<int> unknown{0};
+  std::vector<std::jthread> readers;
+  for (int reader = 0; reader < 32; ++reader) {
+    const Sockets before = openSockets();
+    auto server = std::make_shared<SilentServer>();
+    const std::shared_ptr<Watchdog> watchdog = Watchdog::over(server->ends, before);
+    ASSERT_NE(watchdog, nullptr);
+    ASSERT_TRUE(watchdog->enter(shortLimit));
+    readers.emplace_back([server, watchdog, &unknown] {
+      server->read();
+      unknown += watchdog->struck() ? 0 : 1;
+      watchdog->leave();
+    });
+  }
+  readers.clear();
+  EXPECT_EQ(unknown, 0);
 }
 
 TEST(Watchdog, LeavesAConnectionAloneBetweenCallsAndInCallsThatEndInTime) {

@@ -164,8 +164,10 @@ struct Watchdog::Shared {
       return;
     }
     if (identityOf(copy) == identity) {
-      shutdown(copy, SHUT_RDWR);
-      struck = true;
+      struck = true; // whoever waits for an answer asks as soon as the connection ends
+      if (shutdown(copy, SHUT_RDWR) != 0) {
+        struck = false;
+      }
     }
     close(copy);
   }
