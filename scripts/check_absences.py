@@ -6,9 +6,9 @@ Usage: check_absences.py [ROOT] | --self-test
 import pathlib
 import re
 import sys
-import tempfile
 
 sys.dont_write_bytecode = True
+from planted import planted, verdict  # noqa: E402
 from check_names import COMMENT_OR_TEXT, blanked  # noqa: E402
 
 ABOVE = tuple(f"src/{floor}/" for floor in ("entry", "handlers", "screens", "host", "database", "common"))
@@ -67,17 +67,9 @@ def self_test():
     wanted = {("src/common/Money.cpp", 1), ("src/platform/qt/Window.cpp", 2), ("src/platform/qt/Window.cpp", 3),
               ("src/platform/qt/Window.cpp", 4), ("src/platform/ado/Row.cpp", 1), ("app/main.cpp", 1),
               ("app/main.cpp", 3), ("src/screens/FormOther.hpp", 1)}
-    with tempfile.TemporaryDirectory() as folder:
-        root = pathlib.Path(folder)
-        for name, text in tree.items():
-            (root / name).parent.mkdir(parents=True, exist_ok=True)
-            (root / name).write_text(text, encoding="utf-8")
+    with planted(tree) as root:
         found = {(name, number) for name, number, _ in check(root)[0]}
-    if found != wanted:
-        print(f"self-test failed: missed {sorted(wanted - found)}, wrongly found {sorted(found - wanted)}")
-        return 1
-    print(f"self-test: the {len(wanted)} planted words were found, and nothing else")
-    return 0
+    return verdict(found, wanted, "words")
 
 
 def main(arguments):

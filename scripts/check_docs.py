@@ -17,7 +17,9 @@ import fnmatch
 import pathlib
 import re
 import sys
-import tempfile
+
+sys.dont_write_bytecode = True
+from planted import planted  # noqa: E402
 
 PAGES = ("README.md", "CONTRIBUTING.md", "CHANGELOG.md", "docs/**/*.md")
 # These name settings of servers and drivers besides, which no source has.
@@ -190,11 +192,7 @@ def self_test():
         "docs/x.md": "# A heading\n",
         "README.md": good + "".join(f"{token}\n" for token in bad),
     }
-    with tempfile.TemporaryDirectory() as folder:
-        root = pathlib.Path(folder)
-        for name, text in tree.items():
-            (root / name).parent.mkdir(parents=True, exist_ok=True)
-            (root / name).write_text(text, encoding="utf-8")
+    with planted(tree) as root:
         found = sorted(where for where, _ in check(root)[0])
     first = good.count("\n") + 1
     wanted = sorted(["CHANGELOG.md"] + [f"README.md:{first + number}" for number in range(len(bad))])

@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Checks that every #include obeys the floors of docs/architecture.md.
 
-Usage: check_floors.py [ROOT] | --autoverifica
+Usage: check_floors.py [ROOT] | --self-test
 """
 import pathlib
 import re
 import sys
-import tempfile
+
+sys.dont_write_bytecode = True
+from planted import planted, verdict  # noqa: E402
 
 # A floor may include itself and every floor to its right.
 FLOORS = ["entry", "handlers", "screens", "host", "database", "common", "platform"]
@@ -154,21 +156,13 @@ def self_test():
         ("src/platform/xml/Nodo.hpp", 0),
         ("src/handlers/Vicino.cpp", 1), ("app/lumoscad.cpp", 2), ("app/Processo.cpp", 2),
     }
-    with tempfile.TemporaryDirectory() as folder:
-        root = pathlib.Path(folder)
-        for name, text in tree.items():
-            (root / name).parent.mkdir(parents=True, exist_ok=True)
-            (root / name).write_text(text, encoding="utf-8")
+    with planted(tree) as root:
         found = {(name, number) for name, number, _ in check(root)[0]}
-    if found != expected:
-        print(f"self-test failed: missed {sorted(expected - found)}, wrongly found {sorted(found - expected)}")
-        return 1
-    print(f"self-test: the {len(expected)} planted violations were found, and nothing else")
-    return 0
+    return verdict(found, expected, "violations")
 
 
 def main(arguments):
-    if arguments == ["--autoverifica"]:
+    if arguments == ["--self-test"]:
         return self_test()
     root = pathlib.Path(arguments[0]) if arguments else pathlib.Path(__file__).resolve().parent.parent
     violations, files_read, includes = check(root)

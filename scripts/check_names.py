@@ -10,7 +10,9 @@ Usage: check_names.py [ROOT] | --self-test | --update
 import pathlib
 import re
 import sys
-import tempfile
+
+sys.dont_write_bytecode = True
+from planted import planted  # noqa: E402
 
 FOLDERS = ("include", "app", "src")
 LEFT_OUT = "src/platform/"
@@ -212,11 +214,7 @@ def self_test():
     expected = {("src/common/Rate.hpp", 2), ("src/common/Rate.hpp", 4), ("src/common/Rate.hpp", 8),
                 ("src/common/Rate.cpp", 1), ("src/common/Rate.cpp", 2)}
     twice = {("src/common/Rate.hpp", 4), ("src/common/Rate.hpp", 8)}
-    with tempfile.TemporaryDirectory() as folder:
-        root = pathlib.Path(folder)
-        for name, text in tree.items():
-            (root / name).parent.mkdir(parents=True, exist_ok=True)
-            (root / name).write_text(text, encoding="utf-8")
+    with planted(tree) as root:
         found = [(where.rpartition(":")[0], int(where.rpartition(":")[2])) for where, _ in check(root)[0]]
         (root / GLOSSARY).write_text(page.replace("| write | scrivi |\n", ""), encoding="utf-8")
         stale = [why for where, why in check(root)[0] if where == GLOSSARY]

@@ -10,7 +10,9 @@ all items together may name at most ten files.
 import pathlib
 import re
 import sys
-import tempfile
+
+sys.dont_write_bytecode = True
+from planted import planted  # noqa: E402
 
 PAGE = "docs/architecture.md"
 MOST_FILES = 10
@@ -123,12 +125,8 @@ BAD = {
 def self_test():
     """Plants walks in a tree of its own, and demands that the good one passes and that every other is refused."""
     failed = []
-    with tempfile.TemporaryDirectory() as folder:
-        root = pathlib.Path(folder)
-        sources = SOURCES | {f"src/File{i}.cpp": "void Key() {\n  Key();\n}\n" for i in range(MOST_FILES)}
-        for name, text in (sources | {PAGE: ""}).items():
-            (root / name).parent.mkdir(parents=True, exist_ok=True)
-            (root / name).write_text(text, encoding="utf-8")
+    sources = SOURCES | {f"src/File{i}.cpp": "void Key() {\n  Key();\n}\n" for i in range(MOST_FILES)}
+    with planted(sources | {PAGE: ""}) as root:
         for what, walk in ({"the good walk": GOOD} | BAD).items():
             text = "".join(f"- `{item}`: a step,\n  told on two lines\n" for item in walk)
             (root / PAGE).write_text("Words.\n\n" + text + "\nWords.\n", encoding="utf-8")

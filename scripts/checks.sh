@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.." || exit 1
 status=0
 git ls-files -co --exclude-standard -z -- '*.cpp' '*.hpp' '*.h' | xargs -0 clang-format-14 --dry-run -Werror &&
   echo "formato: a posto" || status=1
-python3 scripts/check_floors.py --autoverifica && python3 scripts/check_floors.py || status=1
+python3 scripts/check_floors.py --self-test && python3 scripts/check_floors.py || status=1
 python3 scripts/check_walk.py --self-test && python3 scripts/check_walk.py || status=1
 python3 scripts/check_renaming.py --self-test || status=1
 python3 scripts/check_names.py --self-test && python3 scripts/check_names.py || status=1
