@@ -88,6 +88,14 @@ ProceduraProvata Risposta(const char* nome, const std::vector<std::string>& para
           db2::NomeOggetto(parametri), oggetto};
 }
 
+std::string ValoreDa(ado::Connection& connection, std::string_view sql) {
+  ado::Command comando;
+  comando.ActiveConnection = &connection;
+  comando.CommandText = sql;
+  const ado::Recordset righe = comando.Execute();
+  return std::string(righe.ValueAt(0).value_or("NULL"));
+}
+
 } // namespace
 
 const std::vector<ProceduraProvata>& ProcedureProvate() {
@@ -170,11 +178,7 @@ void BaseEsiti::Esegui(std::string_view sql) const {
 
 std::string BaseEsiti::Valore(std::string_view sql) const {
   const Silenzio silenzio;
-  ado::Command comando;
-  comando.ActiveConnection = diretta_.get();
-  comando.CommandText = sql;
-  const ado::Recordset righe = comando.Execute();
-  return std::string(righe.ValueAt(0).value_or("NULL"));
+  return ValoreDa(*diretta_, sql);
 }
 
 std::vector<std::string> BaseEsiti::Tutto() const {
@@ -230,7 +234,9 @@ bool BaseEsiti::QualcunoAspetta() const {
                                        "wait_event_type='Lock'"
                                      : "SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE "
                                        "VARIABLE_NAME='INNODB_ROW_LOCK_CURRENT_WAITS'";
-  return Entro([&] { return Valore(domanda) != "0"; });
+  const Silenzio silenzio;
+  const auto guardia = AltroTerminale();
+  return Entro([&] { return ValoreDa(*guardia, domanda) != "0"; });
 }
 
 LimiteIstruzioni::LimiteIstruzioni(const char* secondi) {
@@ -243,8 +249,8 @@ LimiteIstruzioni::~LimiteIstruzioni() {
 
 PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : base(genere, altre) {
   stato().ComandoCorrente = base.Opzioni();
-  activeServices().statementSent = [this](std::string_view) {
-    if (muto) {
+  activeServices().statementSent = [this, mio = std::this_thread::get_id()](std::string_view) {
+    if (muto || std::this_thread::get_id() != mio) {
       return;
     }
     ++istruzioni;

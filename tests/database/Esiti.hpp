@@ -62,7 +62,8 @@ class BaseEsiti {
   void Ripristina() const;
   /// Waits until the server has no session on this database left but this object's; false after ten seconds.
   [[nodiscard]] bool SenzaAltreSessioni() const;
-  /// Waits until a session of the server waits for another's lock; false after ten seconds.
+  /// Waits until a session of the server waits for another's lock; false after ten seconds. It asks over a connection
+  /// of its own, so that any thread may wait.
   [[nodiscard]] bool QualcunoAspetta() const;
   /// Opens the direct way anew, after the server was away.
   void Riapri();
