@@ -143,9 +143,7 @@ BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Set
   sorgente_ = base_->source;
   if (SuPostgres()) {
     proxy_ = std::make_unique<ByteProxy>(test::postgres().port());
-    test::OdbcConfiguration::Settings tutte{{"ConnSettings", "SET search_path TO " + base_->schema}};
-    tutte.insert(tutte.end(), altre.begin(), altre.end());
-    sorgente_ = test::postgres().addSource(Valore("SELECT current_database()"), proxy_->Port(), tutte);
+    sorgente_ = SorgentePostgres(proxy_->Port(), altre);
   } else if (SuMariaDb()) {
     proxy_ = std::make_unique<ByteProxy>(test::mariaDb().port());
     sorgente_ = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Port(), altre);
@@ -164,8 +162,28 @@ void BaseEsiti::Riapri() {
 }
 
 std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminale() const {
+  return Apri(base_->connectionText());
+}
+
+std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminaleSenzaSavepoint() const {
+  if (!SuPostgres()) {
+    return AltroTerminale();
+  }
+  const std::string sorgente = SorgentePostgres(0, {{"Protocol", "7.4-1"}});
+  auto connection = Apri(test::connectionText(sorgente, base_->user, base_->password));
+  test::OdbcConfiguration::instance().removeSource(sorgente);
+  return connection;
+}
+
+std::string BaseEsiti::SorgentePostgres(int porta, const test::OdbcConfiguration::Settings& altre) const {
+  test::OdbcConfiguration::Settings tutte{{"ConnSettings", "SET search_path TO " + base_->schema}};
+  tutte.insert(tutte.end(), altre.begin(), altre.end());
+  return test::postgres().addSource(Valore("SELECT current_database()"), porta, tutte);
+}
+
+std::unique_ptr<ado::Connection> BaseEsiti::Apri(std::string testo) {
   auto connection = std::make_unique<ado::Connection>();
-  connection->ConnectionString = base_->connectionText();
+  connection->ConnectionString = std::move(testo);
   connection->CommandTimeout = 30;
   connection->Open();
   return connection;

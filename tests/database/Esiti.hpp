@@ -54,6 +54,8 @@ class BaseEsiti {
   void Esegui(std::string_view sql) const;
   /// Opens a further connection, by the direct way: another terminal.
   [[nodiscard]] std::unique_ptr<ado::Connection> AltroTerminale() const;
+  /// The same without the savepoints that PostgreSQL's driver sets around every statement.
+  [[nodiscard]] std::unique_ptr<ado::Connection> AltroTerminaleSenzaSavepoint() const;
   /// Every row of every table.
   [[nodiscard]] std::vector<std::string> Tutto() const;
   /// The one value that a query gives.
@@ -69,6 +71,9 @@ class BaseEsiti {
   void Riapri();
 
  private:
+  /// A data source of PostgreSQL's on this database; `porta` is that of a proxy, 0 for none.
+  [[nodiscard]] std::string SorgentePostgres(int porta, const test::OdbcConfiguration::Settings& altre) const;
+  [[nodiscard]] static std::unique_ptr<ado::Connection> Apri(std::string testo);
   [[nodiscard]] static bool Entro(const std::function<bool()>& condizione);
 
   std::string genere_;

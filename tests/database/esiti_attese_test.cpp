@@ -42,9 +42,11 @@ class Waits : public testing::TestWithParam<const char*> {
   std::unique_ptr<ado::Connection> altro_;
 };
 
-/// What needs a server, where two terminals write at once.
+/// What needs a server, where two terminals write at once. The other one works without PostgreSQL's savepoints: their
+/// release would wake who waits for a row, which then waits anew, and looks for a deadlock anew or not at all.
 class WaitsOfAServer : public Waits {
  protected:
+  WaitsOfAServer() { altro_ = posto_.base.AltroTerminaleSenzaSavepoint(); }
   ~WaitsOfAServer() override {
     if (SuPostgres()) {
       TempoDelBlocco("RESET deadlock_timeout");
@@ -68,6 +70,9 @@ class WaitsOfAServer : public Waits {
       altro_->Execute("UPDATE EVENTOCONTABILE SET IMPORTOEURO=7 WHERE EVENTOCONTABILEKEY>10");
     }
     altro_->Execute(std::string(UnaRata) + "3");
+    if (SuPostgres()) {
+      EXPECT_EQ(posto_.base.Valore("SELECT COUNT(*) FROM pg_locks WHERE locktype='transactionid'"), "1");
+    }
   }
   /// The other terminal goes on to the instalment 1, which this one has changed by then: at once, or as soon as this
   /// one waits.
@@ -129,6 +134,10 @@ TEST_P(WaitsOfAServer, ADeadlockUndoesEverythingAndIsSaid) {
     posto_.PrimaDellIstruzione(ultima, [&] {
       altro = AltroVuoleLaPrima(false, guasto);
       EXPECT_TRUE(posto_.base.QualcunoAspetta());
+      // For the transaction itself: a savepoint's end would wake it.
+      EXPECT_EQ(posto_.base.Valore("SELECT COUNT(*) FROM pg_locks JOIN pg_stat_activity ON backend_xid=transactionid "
+                                   "WHERE NOT granted"),
+                "1");
     });
   } else {
     altro = AltroVuoleLaPrima(true, guasto);

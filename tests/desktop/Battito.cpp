@@ -24,9 +24,9 @@ Battito::Battito(std::vector<Passo> passi) : passi_(std::move(passi)) {
 void Battito::Annota() {
   if (!corrente_.empty()) {
     double& fermo = fermi_[corrente_];
-    fermo = std::max(fermo, static_cast<double>(orologio_.nsecsElapsed()) / 1e6);
+    fermo = std::max(fermo, orologio_.milliseconds());
   }
-  orologio_.start();
+  orologio_ = {};
 }
 
 void Battito::Batti() {
@@ -36,7 +36,7 @@ void Battito::Batti() {
   }
   if (corrente_.empty()) {
     corrente_ = "apertura";
-    orologio_.start();
+    orologio_ = {};
     return;
   }
   Annota();

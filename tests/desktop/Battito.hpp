@@ -1,7 +1,8 @@
 #pragma once
 
+#include "support/WorkClock.hpp"
+
 #include <QDialog>
-#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -20,12 +21,13 @@ struct Passo {
 };
 
 /// Watches the event loop from inside: plays gestures on the modal window that comes up, one after another, and
-/// keeps the longest time in which the loop did not turn for each kind of them, painting included.
+/// keeps the longest work in which the loop did not turn for each kind of them, painting included.
 class Battito final : public QObject {
  public:
   explicit Battito(std::vector<Passo> passi);
 
-  /// Longest standstill in milliseconds, by the name of the gesture; "apertura" is the window's own first turns.
+  /// Longest standstill in milliseconds of work, by the name of the gesture; "apertura" is the window's own first
+  /// turns.
   [[nodiscard]] const std::map<std::string, double>& Fermi() const noexcept { return fermi_; }
   [[nodiscard]] bool Finito() const noexcept { return prossimo_ == passi_.size(); }
   /// Ends the account of the last gesture: to be called once the window has handed back.
@@ -40,7 +42,7 @@ class Battito final : public QObject {
   int quieti_ = 0;
   std::string corrente_;
   std::map<std::string, double> fermi_;
-  QElapsedTimer orologio_;
+  test::WorkClock orologio_;
   QTimer timer_;
 };
 
