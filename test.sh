@@ -66,10 +66,17 @@ prova() {
   shift
   registro=$registri/$preset-prove.log
   ctest --preset "$preset" -j "$((processori + 1))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
-    { sed -n '/Failed/,$p' "$registro" | tail -n 400; exit 1; }
+    { sed -n '/Failed/,$p' "$registro" | tail -n 400; guasti "$registro"; exit 1; }
   conto=$(grep -E '^[0-9]+% tests passed' "$registro" | tail -n 1)
   echo "$conto"
   sed -nE 's/^The following tests did not run:/saltate:/p; s/^\t *[0-9]+ - (.*) \((Skipped|Not Run)\)$/  \1/p' "$registro"
+}
+
+# What failed and how, in a few lines: the last thing that one reads.
+guasti() {
+  printf '\n==== guasti\n'
+  grep -aE -A 6 ': Failure$|ERROR: (Address|Leak)Sanitizer|: runtime error: ' "$1" | cut -c 1-200 | head -n 80
+  sed -n '/^The following tests FAILED/,$p' "$1"
 }
 
 piu_lente() {

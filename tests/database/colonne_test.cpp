@@ -59,7 +59,7 @@ std::string AltreTabelle(const test::DatabaseContext& contesto) {
   return Minuscolo(script, !contesto.quirks().tableNamesByCase);
 }
 
-std::string Rate() {
+std::string RateDaConfrontare() {
   using prova::Rata;
   return Rata("31,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,100.10") +
          Rata("32,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,50.15") +
@@ -89,7 +89,8 @@ class OtherColumns : public testing::TestWithParam<const char*> {
     return EseguiAzioneDB2(parametri, &msg);
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiPresunti() + Rate(), AltreTabelle(test::databaseContext(GetParam()))};
+  prova::BaseDati base{GetParam(), prova::DatiPresunti() + RateDaConfrontare(),
+                       AltreTabelle(test::databaseContext(GetParam()))};
   ado::Connection connection;
   prova::TestBench banco;
   MsgAnnulla msg;

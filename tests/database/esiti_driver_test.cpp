@@ -22,7 +22,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr const char* UnaRata = "UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1";
+constexpr const char* Sospendi = "UPDATE EVENTOCONTABILE SET SOSPESA='X' WHERE EVENTOCONTABILEKEY=1";
 constexpr const char* Letta = "SELECT SOSPESA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=1";
 
 RuntimeError Guasto(const std::function<void()>& azione) {
@@ -56,7 +56,7 @@ TEST_P(Driver, ACommitThatSucceededIsApplied) {
   Apri(base);
   EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   connection_.BeginTrans();
-  connection_.Execute(UnaRata);
+  connection_.Execute(Sospendi);
   EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   connection_.CommitTrans();
   EXPECT_EQ(connection_.Outcome(), TransactionOutcome::Applied);
@@ -70,9 +70,9 @@ TEST_P(Driver, TheCommitOfALostConnectionNeverPassesForApplied) {
   prova::BaseEsiti base(GetParam());
   Apri(base);
   connection_.BeginTrans();
-  connection_.Execute(UnaRata);
+  connection_.Execute(Sospendi);
   base.Proxy().Strike(ByteProxy::Action::Close);
-  EXPECT_THAT(Guasto([&] { connection_.Execute(UnaRata); }).Note(), HasSubstr("è caduta"));
+  EXPECT_THAT(Guasto([&] { connection_.Execute(Sospendi); }).Note(), HasSubstr("è caduta"));
   EXPECT_THAT(Guasto([&] { connection_.CommitTrans(); }).Description(), HasSubstr("un'istruzione della transazione"));
   EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(Guasto([&] { connection_.CommitTrans(); }).Number(), 3219);
@@ -84,13 +84,13 @@ TEST_P(Driver, AfterAFailedStatementNothingIsCommitted) {
   prova::BaseEsiti base(GetParam());
   Apri(base);
   connection_.BeginTrans();
-  connection_.Execute(UnaRata);
+  connection_.Execute(Sospendi);
   Guasto([&] { connection_.Execute("UPDATE EVENTOCONTABILE SET NON_C_E=1"); });
   Guasto([&] { connection_.CommitTrans(); });
   EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   EXPECT_EQ(base.Valore(Letta), "N");
   connection_.BeginTrans();
-  connection_.Execute(UnaRata);
+  connection_.Execute(Sospendi);
   connection_.CommitTrans();
   EXPECT_EQ(base.Valore(Letta), "X");
 }
@@ -120,7 +120,7 @@ class ReconnectingDriver : public testing::Test {
   void ModificaInterrotta() {
     connection_.BeginTrans();
     base_.Proxy().Strike(ByteProxy::Action::Close);
-    connection_.Execute(UnaRata);
+    connection_.Execute(Sospendi);
     ASSERT_EQ(base_.Valore(Letta), "X") << "committed by itself";
   }
 

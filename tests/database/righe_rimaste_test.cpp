@@ -62,7 +62,7 @@ VariazioneConsegna Documento() {
   return v;
 }
 
-VariazioneConsegna Banca(const std::string& vecchia, const std::string& nuova) {
+VariazioneConsegna CambioBanca(const std::string& vecchia, const std::string& nuova) {
   VariazioneConsegna v = Documento();
   v.VecchiaBanca = vecchia;
   v.NuovaBanca = nuova;
@@ -173,7 +173,7 @@ TEST_P(RowsLeft, AreNamedWithoutADueDateToo) {
 
 TEST_P(RowsLeft, AreAskedForOnlyWhereAStatementMatchedNone) {
   EXPECT_THAT(Rimaste({Rata("B07", "01/04/2006")}), IsEmpty());
-  EXPECT_THAT(RimasteBanca({Banca("B06", "B08")}), IsEmpty());
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), IsEmpty());
   EXPECT_THAT(RimasteConsegna({Consegna("11/03/2006")}), IsEmpty());
   EXPECT_EQ(Domande(), 0U);
 }
@@ -213,7 +213,7 @@ TEST_P(RowsLeft, OfARecordWithoutKeysAreNotAskedFor) {
   VariazioneCanalizzazione v = Rata("B07");
   v.idMovimentoKey = v.idPartitaKey = "#null#";
   EXPECT_THAT(Rimaste({v}, "PRESUNTI"), IsEmpty());
-  VariazioneConsegna banca = Banca("B06", "B07");
+  VariazioneConsegna banca = CambioBanca("B06", "B07");
   VariazioneConsegna consegna = Consegna("11/03/2006");
   banca.idMovimentoKey = consegna.idMovimentoKey = 0;
   EXPECT_THAT(RimasteBanca({banca}), IsEmpty());
@@ -223,12 +223,12 @@ TEST_P(RowsLeft, OfARecordWithoutKeysAreNotAskedFor) {
 
 TEST_P(RowsLeft, OfADocumentWhoseBankSomebodyChangedAreNamed) {
   Altro("BANCAPRESENTAZIONE_KEY=107", "1,3,12");
-  EXPECT_THAT(RimasteBanca({Banca("B06", "B08")}), ElementsAre(documento));
-  EXPECT_THAT(RimasteBanca({Banca("B06", "#null#")}), ElementsAre(documento));
-  EXPECT_THAT(RimasteBanca({Banca("B06", "B07")}), IsEmpty());
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), ElementsAre(documento));
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "#null#")}), ElementsAre(documento));
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B07")}), IsEmpty());
   Altro("SOSPESA='S'", "1,2,3");
-  EXPECT_THAT(RimasteBanca({Banca("B07", "B08")}), IsEmpty()) << "the instalment of the same movement is changed";
-  EXPECT_THAT(RimasteBanca({Banca("B07", "B08")}), ElementsAre(documento)) << "and the document is suspended";
+  EXPECT_THAT(RimasteBanca({CambioBanca("B07", "B08")}), IsEmpty()) << "the instalment of the same movement is changed";
+  EXPECT_THAT(RimasteBanca({CambioBanca("B07", "B08")}), ElementsAre(documento)) << "and the document is suspended";
 }
 
 TEST_P(RowsLeft, OfADocumentWhoseDeliverySomebodyMovedAreNamed) {
@@ -297,10 +297,10 @@ TEST_P(RowsLeft, WithoutAFirstDateAreAskedForAsSuch) {
 TEST_P(RowsLeft, OfTwoEqualBanksOfADocumentAreChangedByTheFirst) {
   Altro("BANCAPRESENTAZIONE_KEY=106", "1,2");
   Altro("BANCAPRESENTAZIONE_KEY=107", "3");
-  EXPECT_THAT(RimasteBanca({Banca("B06", "B08"), Banca("B06", "B08")}), IsEmpty());
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08"), CambioBanca("B06", "B08")}), IsEmpty());
   EXPECT_THAT(Banche("1,2"), ElementsAre("108", "108"));
   EXPECT_EQ(Domande(), 0U);
-  EXPECT_THAT(RimasteBanca({Banca("B06", "B08")}), ElementsAre(documento));
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), ElementsAre(documento));
 }
 
 TEST_P(RowsLeft, OfTwoEqualInstalmentsAreChangedByTheFirst) {

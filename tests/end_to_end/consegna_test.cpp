@@ -5,7 +5,7 @@
 namespace lumoscad::prova {
 namespace {
 
-constexpr std::size_t Vuoti = 1; ///< empty parameters of the request
+constexpr std::size_t VuotiInConsegna = 1; ///< empty parameters of the request
 
 /// The second row's delivery was put off once before, by a week: its original date is not its present one.
 const std::string dueRighe =
@@ -37,7 +37,7 @@ TEST_P(Deliveries, TwoRowsOfADocumentChangeEachOnItsOwn) {
   Fotografa("consegna");
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CONSEGNA", Vuoti, dueRighe, "Variate 2 consegne");
+  VerificaRichiesta("CONSEGNA", VuotiInConsegna, dueRighe, "Variate 2 consegne");
   VerificaBaseDati();
 }
 
@@ -51,7 +51,8 @@ TEST_P(Deliveries, ADocumentWithoutADateGetsOne) {
   Tasti({"Return"});
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CONSEGNA", Vuoti, "20100012,BC,217,26,00000000,00000000,20260610\r\n", "Variata 1 consegna");
+  VerificaRichiesta("CONSEGNA", VuotiInConsegna, "20100012,BC,217,26,00000000,00000000,20260610\r\n",
+                    "Variata 1 consegna");
   VerificaBaseDati();
 }
 
@@ -65,7 +66,8 @@ TEST_P(Deliveries, ADeliveryThatWasPutOffGoesBackToItsOriginalDate) {
   Tasti({"Return"});
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CONSEGNA", Vuoti, "20100012,BC,216,26,20260415,20260408,20260408\r\n", "Variata 1 consegna");
+  VerificaRichiesta("CONSEGNA", VuotiInConsegna, "20100012,BC,216,26,20260415,20260408,20260408\r\n",
+                    "Variata 1 consegna");
   VerificaBaseDati();
 }
 
@@ -98,7 +100,7 @@ TEST_P(Deliveries, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   VariaDueRighe();
   Tasti({"Return", "alt+F4"});
   VerificaFine(0, "\"\"\n\"closed\"\n");
-  VerificaRichiesta("CONSEGNA", Vuoti, dueRighe, "Variate 2 consegne");
+  VerificaRichiesta("CONSEGNA", VuotiInConsegna, dueRighe, "Variate 2 consegne");
   VerificaBaseDati();
 }
 

@@ -9,7 +9,7 @@ namespace {
 using prove::ErroreDi;
 using testing::HasSubstr;
 
-std::string Rifiuto(const std::string& documento) {
+std::string RifiutoDi(const std::string& documento) {
   return ErroreDi([&] { static_cast<void>(xml::Read(documento)); }).Description();
 }
 
@@ -65,60 +65,60 @@ TEST(XmlDocument, IsDecodedByTheEncodingItDeclares) {
 }
 
 TEST(XmlDocument, RefusesUnknownEncodingsAndWrongBytes) {
-  EXPECT_THAT(Rifiuto("<?xml version='1.0' encoding='X-MARZIANO'?><A/>"),
+  EXPECT_THAT(RifiutoDi("<?xml version='1.0' encoding='X-MARZIANO'?><A/>"),
               HasSubstr("codifica sconosciuta: X-MARZIANO"));
-  EXPECT_THAT(Rifiuto("<A>citt\xE0</A>"), HasSubstr("caratteri non validi nella codifica UTF-8"));
+  EXPECT_THAT(RifiutoDi("<A>citt\xE0</A>"), HasSubstr("caratteri non validi nella codifica UTF-8"));
 }
 
 TEST(XmlDocument, RefusesADoctype) {
-  EXPECT_THAT(Rifiuto("<!DOCTYPE a [<!ENTITY b \"c\">]><a>&b;</a>"), HasSubstr("DOCTYPE"));
+  EXPECT_THAT(RifiutoDi("<!DOCTYPE a [<!ENTITY b \"c\">]><a>&b;</a>"), HasSubstr("DOCTYPE"));
 }
 
 TEST(XmlDocument, RefusesWhatIsNotWellFormed) {
-  EXPECT_THAT(Rifiuto("ciao"), HasSubstr("testo fuori dall'elemento principale"));
-  EXPECT_THAT(Rifiuto("<A></A><B/>"), HasSubstr("più di un elemento principale"));
-  EXPECT_THAT(Rifiuto("<A/>coda"), HasSubstr("testo fuori dall'elemento principale"));
-  EXPECT_THAT(Rifiuto("<A><B></A>"), HasSubstr("sintassi"));
-  EXPECT_THAT(Rifiuto("<A>"), HasSubstr("sintassi"));
-  EXPECT_THAT(Rifiuto("<A>uno & due</A>"), HasSubstr("riferimento non ammesso"));
-  EXPECT_THAT(Rifiuto("<A>&ignota;</A>"), HasSubstr("riferimento non ammesso"));
-  EXPECT_THAT(Rifiuto("<A>&#1;</A>"), HasSubstr("riferimento non ammesso"));
-  EXPECT_THAT(Rifiuto("<A>\x01</A>"), HasSubstr("non ammesso"));
-  EXPECT_THAT(Rifiuto("<!-- nulla -->"), HasSubstr("manca l'elemento principale"));
+  EXPECT_THAT(RifiutoDi("ciao"), HasSubstr("testo fuori dall'elemento principale"));
+  EXPECT_THAT(RifiutoDi("<A></A><B/>"), HasSubstr("più di un elemento principale"));
+  EXPECT_THAT(RifiutoDi("<A/>coda"), HasSubstr("testo fuori dall'elemento principale"));
+  EXPECT_THAT(RifiutoDi("<A><B></A>"), HasSubstr("sintassi"));
+  EXPECT_THAT(RifiutoDi("<A>"), HasSubstr("sintassi"));
+  EXPECT_THAT(RifiutoDi("<A>uno & due</A>"), HasSubstr("riferimento non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A>&ignota;</A>"), HasSubstr("riferimento non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A>&#1;</A>"), HasSubstr("riferimento non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A>\x01</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(RifiutoDi("<!-- nulla -->"), HasSubstr("manca l'elemento principale"));
 }
 
 TEST(XmlDocument, AnAttributesValueHidesNothingOfWhatFollowsIt) {
   EXPECT_EQ(xml::Read("<A b='>\"' c=\">'&amp;\">x<D e='/>'/></A>").value, "x");
-  EXPECT_THAT(Rifiuto("<A b='<?c'>&#8;</A>"), HasSubstr("non ammesso"));
-  EXPECT_THAT(Rifiuto("<A b=\"<!--\">&ignota;</A>"), HasSubstr("non ammesso"));
-  EXPECT_THAT(Rifiuto("<A b='>&#8;'/>"), HasSubstr("non ammesso"));
-  EXPECT_THAT(Rifiuto("<A b='&amp;\">'>&#8;</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A b='<?c'>&#8;</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A b=\"<!--\">&ignota;</A>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A b='>&#8;'/>"), HasSubstr("non ammesso"));
+  EXPECT_THAT(RifiutoDi("<A b='&amp;\">'>&#8;</A>"), HasSubstr("non ammesso"));
 }
 
 TEST(XmlDocument, RefusesAnAttributeWrittenTwice) {
-  EXPECT_THAT(Rifiuto("<A b='1' c='2' b='3'/>"), HasSubstr("due volte lo stesso attributo"));
-  EXPECT_THAT(Rifiuto("<A><B><C d='' d=''/></B></A>"), HasSubstr("due volte lo stesso attributo"));
-  EXPECT_THAT(Rifiuto("<A xmlns:x='u' xmlns:y='u' x:b='1' y:b='2'/>"), HasSubstr("due volte lo stesso attributo"));
+  EXPECT_THAT(RifiutoDi("<A b='1' c='2' b='3'/>"), HasSubstr("due volte lo stesso attributo"));
+  EXPECT_THAT(RifiutoDi("<A><B><C d='' d=''/></B></A>"), HasSubstr("due volte lo stesso attributo"));
+  EXPECT_THAT(RifiutoDi("<A xmlns:x='u' xmlns:y='u' x:b='1' y:b='2'/>"), HasSubstr("due volte lo stesso attributo"));
   EXPECT_EQ(xml::Read("<A b='1' B='2' xmlns:x='u' x:b='3'>x</A>").value, "x");
 }
 
 TEST(XmlDocument, RefusesTwoHyphensInsideAComment) {
-  EXPECT_THAT(Rifiuto("<A><!-- uno -- due -->x</A>"), HasSubstr("«--» dentro un commento"));
-  EXPECT_THAT(Rifiuto("<A><!-- uno --->x</A>"), HasSubstr("«--» dentro un commento"));
-  EXPECT_THAT(Rifiuto("<!----><!-- - --><A>--<!---->x</A><!-- -- -->"), HasSubstr("«--» dentro un commento"));
+  EXPECT_THAT(RifiutoDi("<A><!-- uno -- due -->x</A>"), HasSubstr("«--» dentro un commento"));
+  EXPECT_THAT(RifiutoDi("<A><!-- uno --->x</A>"), HasSubstr("«--» dentro un commento"));
+  EXPECT_THAT(RifiutoDi("<!----><!-- - --><A>--<!---->x</A><!-- -- -->"), HasSubstr("«--» dentro un commento"));
   EXPECT_EQ(xml::Read("<!----><!-- - --><A b='--'>--<!-- <&]]> -->x</A>").value, "--x");
 }
 
 TEST(XmlDocument, RefusesTheEndOfALiteralSectionInAText) {
-  EXPECT_THAT(Rifiuto("<A>x]]>y</A>"), HasSubstr("«]]>» in un testo"));
-  EXPECT_THAT(Rifiuto("<A><![CDATA[x]]>]]></A>"), HasSubstr("«]]>» in un testo"));
+  EXPECT_THAT(RifiutoDi("<A>x]]>y</A>"), HasSubstr("«]]>» in un testo"));
+  EXPECT_THAT(RifiutoDi("<A><![CDATA[x]]>]]></A>"), HasSubstr("«]]>» in un testo"));
   EXPECT_EQ(xml::Read("<A b=']]>'>]] >]>]]&gt;<![CDATA[x]]]]></A>").value, "]] >]>]]>x]]");
 }
 
 TEST(XmlDocument, RefusesAPrefixThatNothingDeclares) {
-  EXPECT_THAT(Rifiuto("<x:A/>"), HasSubstr("prefisso che non dichiara"));
-  EXPECT_THAT(Rifiuto("<A x:b='1'/>"), HasSubstr("prefisso che non dichiara"));
-  EXPECT_THAT(Rifiuto("<A><B xmlns:x='u'/><x:C/></A>"), HasSubstr("prefisso che non dichiara"));
+  EXPECT_THAT(RifiutoDi("<x:A/>"), HasSubstr("prefisso che non dichiara"));
+  EXPECT_THAT(RifiutoDi("<A x:b='1'/>"), HasSubstr("prefisso che non dichiara"));
+  EXPECT_THAT(RifiutoDi("<A><B xmlns:x='u'/><x:C/></A>"), HasSubstr("prefisso che non dichiara"));
   EXPECT_EQ(xml::Read("<x:A xmlns:x='u' x:b='1' xml:lang='it'><x:B>y</x:B></x:A>").value, "y");
 }
 
@@ -136,9 +136,9 @@ TEST(XmlDocument, ManyDeclarationsAreNoReasonToBeSlow) {
 }
 
 TEST(XmlDocument, RefusesADeclarationThatIsNotTheFirstThing) {
-  EXPECT_THAT(Rifiuto(" <?xml version='1.0'?><A/>"), HasSubstr("dichiarazione XML fuori posto"));
-  EXPECT_THAT(Rifiuto("<A/><?xml version='1.0'?>"), HasSubstr("dichiarazione XML fuori posto"));
-  EXPECT_THAT(Rifiuto("<A><?XML version='1.0'?></A>"), HasSubstr("dichiarazione XML fuori posto"));
+  EXPECT_THAT(RifiutoDi(" <?xml version='1.0'?><A/>"), HasSubstr("dichiarazione XML fuori posto"));
+  EXPECT_THAT(RifiutoDi("<A/><?xml version='1.0'?>"), HasSubstr("dichiarazione XML fuori posto"));
+  EXPECT_THAT(RifiutoDi("<A><?XML version='1.0'?></A>"), HasSubstr("dichiarazione XML fuori posto"));
   EXPECT_EQ(xml::Read("<?xml version='1.0'?><?xml-stylesheet href='a'?><A>x<?resto?></A>").value, "x");
 }
 
@@ -164,22 +164,22 @@ TEST(XmlDocument, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
   }
   EXPECT_EQ(xml::Read(piccoli).value, "x");
   EXPECT_EQ(xml::Read(grandi).value, "x");
-  EXPECT_THAT(Rifiuto(documento), HasSubstr("si dichiara in UTF-16"));
+  EXPECT_THAT(RifiutoDi(documento), HasSubstr("si dichiara in UTF-16"));
 }
 
 TEST(XmlDocument, RefusesAnEmptyDocument) {
-  EXPECT_THAT(Rifiuto(""), HasSubstr("vuoto"));
-  EXPECT_THAT(Rifiuto(" \n"), HasSubstr("vuoto"));
+  EXPECT_THAT(RifiutoDi(""), HasSubstr("vuoto"));
+  EXPECT_THAT(RifiutoDi(" \n"), HasSubstr("vuoto"));
 }
 
 TEST(XmlDocument, TakesSixtyFourLevelsAndNoMore) {
   EXPECT_EQ(xml::Read(Annidati(xml::GreatestDepth)).name, "a");
-  EXPECT_THAT(Rifiuto(Annidati(xml::GreatestDepth + 1)), HasSubstr("64 livelli"));
-  EXPECT_THAT(Rifiuto(Annidati(200000)), HasSubstr("64 livelli"));
+  EXPECT_THAT(RifiutoDi(Annidati(xml::GreatestDepth + 1)), HasSubstr("64 livelli"));
+  EXPECT_THAT(RifiutoDi(Annidati(200000)), HasSubstr("64 livelli"));
 }
 
 TEST(XmlDocument, RefusesMoreThanSixteenMebibytes) {
-  EXPECT_THAT(Rifiuto("<A>" + std::string(xml::LargestSize, 'x') + "</A>"), HasSubstr("16 MiB"));
+  EXPECT_THAT(RifiutoDi("<A>" + std::string(xml::LargestSize, 'x') + "</A>"), HasSubstr("16 MiB"));
 }
 
 } // namespace

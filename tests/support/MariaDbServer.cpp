@@ -18,7 +18,7 @@ const fs::path program = "/usr/sbin/mariadbd";
 const fs::path creator = "/usr/bin/mariadb-install-db";
 
 /// The user of the server when we are root: one that every system has.
-constexpr const char* serverUser = "nobody";
+constexpr const char* mariaDbUser = "nobody";
 
 /// The folder of a server's temporary tables. A server that starts removes those that it finds, another's too.
 constexpr const char* temporary = "tmp";
@@ -43,8 +43,8 @@ bool MariaDbServer::available() {
 }
 
 MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(directory)) {
-  prepareDirectory(directory_, serverUser);
-  prepareDirectory(directory_ / temporary, serverUser);
+  prepareDirectory(directory_, mariaDbUser);
+  prepareDirectory(directory_ / temporary, mariaDbUser);
   createData();
   startOnFreePort(server_, [this](int port) {
     port_ = port;
@@ -62,7 +62,7 @@ void MariaDbServer::createData() const {
   ServerProcess creation(small({creator.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
                                 "--tmpdir=" + (directory_ / temporary).string(),
                                 "--auth-root-authentication-method=normal", "--skip-test-db"}),
-                         directory_ / "creation.log", serverUser, SIGTERM);
+                         directory_ / "creation.log", mariaDbUser, SIGTERM);
   if (!creation.succeeds()) {
     throw std::runtime_error("mariadb-install-db failed: " + endOf(directory_ / "creation.log"));
   }
@@ -73,14 +73,14 @@ void MariaDbServer::start() {
   writeSecret(secret,
               "CREATE USER IF NOT EXISTS '" + user_ + "'@'%' IDENTIFIED BY '" + password_ +
                   "';\nGRANT ALL ON *.* TO '" + user_ + "'@'%' WITH GRANT OPTION;\n",
-              serverUser);
+              mariaDbUser);
   // The socket's name is relative to the data: a path in the build folder may be longer than a socket's may be. The
   // collation tells letters' cases and accents apart, as the host's database does.
   server_ = ServerProcess(small({program.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
                                  "--tmpdir=" + (directory_ / temporary).string(), "--init-file=" + secret.string(),
                                  "--bind-address=127.0.0.1", "--port=" + std::to_string(port_), "--socket=server.sock",
                                  "--character-set-server=utf8mb4", "--collation-server=utf8mb4_bin"}),
-                          directory_ / "server.log", serverUser, SIGTERM);
+                          directory_ / "server.log", mariaDbUser, SIGTERM);
   OdbcConfiguration::instance().removeSource(system_);
   system_ = addSource("mysql");
   waitUntilReady(server_,

@@ -19,7 +19,7 @@ const fs::path programs = "/usr/lib/postgresql/15/bin";
 constexpr const char* driver = "psqlodbcw.so";
 
 /// The user of the server when we are root.
-constexpr const char* serverUser = "postgres";
+constexpr const char* postgresUser = "postgres";
 
 std::string path(const char* name) {
   return (programs / name).string();
@@ -33,7 +33,7 @@ bool PostgresServer::available() {
 }
 
 PostgresServer::PostgresServer(fs::path directory) : directory_(std::move(directory)) {
-  prepareDirectory(directory_, serverUser);
+  prepareDirectory(directory_, postgresUser);
   createCluster();
   startOnFreePort(server_, [this](int port) {
     port_ = port;
@@ -49,11 +49,11 @@ PostgresServer::~PostgresServer() {
 
 void PostgresServer::createCluster() const {
   const fs::path secret = directory_ / "password";
-  writeSecret(secret, password_ + "\n", serverUser);
+  writeSecret(secret, password_ + "\n", postgresUser);
   // The other way to check a password takes thousands of rounds by design, and every test connects several times.
   ServerProcess creation({path("initdb"), "-N", "-E", "UTF8", "--locale=C.UTF-8", "-U", user_, "-A", "md5",
                           "--pwfile=" + secret.string(), "-D", (directory_ / "data").string()},
-                         directory_ / "initdb.log", serverUser, SIGINT);
+                         directory_ / "initdb.log", postgresUser, SIGINT);
   const bool created = creation.succeeds();
   fs::remove(secret);
   if (!created) {
@@ -65,7 +65,7 @@ void PostgresServer::start() {
   server_ = ServerProcess({path("postgres"), "-D", (directory_ / "data").string(), "-h", "127.0.0.1", "-p",
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
-                          directory_ / "server.log", serverUser, SIGINT);
+                          directory_ / "server.log", postgresUser, SIGINT);
   OdbcConfiguration::instance().removeSource(system_);
   system_ = addSource("postgres");
   const std::string text = connectionText(system_);

@@ -8,7 +8,7 @@ using testing::IsEmpty;
 
 constexpr int Tab = 9;
 constexpr int Invio = 13;
-constexpr int TestataConto = 1;
+constexpr int PrimaTestata = 1;
 
 class DateEditor : public prova::GrigliaDiProva {};
 class BankEditor : public prova::GrigliaDiProva {};
@@ -57,7 +57,7 @@ TEST_F(DateEditor, StaysOpenOnEveryOtherKey) {
 TEST_F(DateEditor, FindsItsRowAgainAfterTheListWasSorted) {
   AggiungiMolte(3);
   ScriviData(0, "010406");
-  griglia.TLwTestata_Click(TestataConto);
+  griglia.TLwTestata_Click(PrimaTestata);
   griglia.TextScad_KeyPress(Invio);
   EXPECT_THAT(InOrdine(), ElementsAre("CLIENTE 1002", "CLIENTE 1001", "CLIENTE 1000"));
   EXPECT_THAT(InOrdine(Schermata::NuovaScadenza), ElementsAre("31/03/2006", "31/03/2006", "01/04/2006"));
@@ -69,7 +69,7 @@ TEST_F(DateEditor, StaysWithItsRowWhileAnotherIsSelectedAndTheListIsSorted) {
   EXPECT_EQ(griglia.Stato().data.place, 0);
   Clic(2, Schermata::Radio2);
   EXPECT_EQ(griglia.Stato().data.place, 0);
-  griglia.TLwTestata_Click(TestataConto);
+  griglia.TLwTestata_Click(PrimaTestata);
   EXPECT_EQ(griglia.Stato().data.place, 2);
   EXPECT_EQ(griglia.Stato().selected, 0);
   griglia.PictureOk_Click();
@@ -81,7 +81,7 @@ TEST_F(DateEditor, LiesOverNoRowOnceItsOwnIsGone) {
   griglia.Resize();
   ScriviData(riga, "010406");
   griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
-  griglia.TLwTestata_Click(TestataConto);
+  griglia.TLwTestata_Click(PrimaTestata);
   EXPECT_EQ(griglia.Stato().data.place, -1);
 }
 
@@ -283,7 +283,7 @@ TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
   griglia.cmbBanche2.voci = {" "};
   AggiungiMolte(3);
   Clic(0, Schermata::NuovaBanca);
-  griglia.TLwTestata_Click(TestataConto);
+  griglia.TLwTestata_Click(PrimaTestata);
   EXPECT_EQ(griglia.Stato().bank.place, 2);
   griglia.cmbBanche2_LostFocus();
   EXPECT_TRUE(griglia.Righe.Spuntata(0, 1));

@@ -15,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr int Tab = 9;
+constexpr int TabKey = 9;
 constexpr int Enter = 13;
 enum Column { Name, Date, NewDate, Bank, NewBank, Tick1, Tick2 };
 
@@ -83,7 +83,7 @@ TEST_F(GridParameters, LetTabCloseTheDateEditorOrNot) {
     description.data.tabChiude = closes;
     Make();
     Type("150606");
-    grid->TextScad_KeyPress(Tab);
+    grid->TextScad_KeyPress(TabKey);
     EXPECT_EQ(grid->Stato().data.visible, !closes);
     EXPECT_EQ(Texts(NewDate)[1], closes ? "15/06/2006" : "01/05/2006");
     grid->TextScad_KeyPress(Enter);

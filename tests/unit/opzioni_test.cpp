@@ -29,7 +29,7 @@ Lette Leggi(const std::string& comando) {
   return lette;
 }
 
-int NumeroErrore(const std::string& comando) {
+int ErroreDiOpzione(const std::string& comando) {
   try {
     static_cast<void>(Leggi(comando));
   } catch (const RuntimeError& errore) {
@@ -98,8 +98,8 @@ TEST(Options, IgnoreATokenThatOnlyBeginsAlike) {
 }
 
 TEST(Options, AreAnIndexErrorWithoutAValue) {
-  EXPECT_EQ(NumeroErrore("-T BANCA -D"), 9);
-  EXPECT_EQ(NumeroErrore("-D "), 0);
+  EXPECT_EQ(ErroreDiOpzione("-T BANCA -D"), 9);
+  EXPECT_EQ(ErroreDiOpzione("-D "), 0);
 }
 
 TEST(ItemOption, JoinsTheTwoTokens) {
@@ -127,9 +127,9 @@ TEST(ItemOption, MayHaveAnOptionForItsSecondToken) {
 }
 
 TEST(ItemOption, OfFewerThanTwoTokensIsAnIndexError) {
-  EXPECT_EQ(NumeroErrore("-P"), 9);
-  EXPECT_EQ(NumeroErrore("-P 2006"), 9);
-  EXPECT_EQ(NumeroErrore("-P 2006  "), 9);
+  EXPECT_EQ(ErroreDiOpzione("-P"), 9);
+  EXPECT_EQ(ErroreDiOpzione("-P 2006"), 9);
+  EXPECT_EQ(ErroreDiOpzione("-P 2006  "), 9);
 }
 
 TEST(PlainOption, CountsAsAWholeTokenOnly) {

@@ -55,7 +55,7 @@ class PresumedRequest : public testing::Test {
   prova::TestBench banco;
 };
 
-const std::string Nome = "/tmp/T0120060305140709";
+const std::string NomeRichiesta = "/tmp/T0120060305140709";
 
 } // namespace
 
@@ -69,8 +69,8 @@ TEST_F(PresumedRequest, WithoutChangesDoesNotContactTheHost) {
 TEST_F(PresumedRequest, OfABankHasTheFormatOfInstalmentsWithoutItemDatesAndNumber) {
   EXPECT_EQ(InviaBanca({CambioBanca()}), "");
   EXPECT_EQ(Inviato(), "C1,,06,123,AB,,,,B1,B2,\r\n");
-  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "PRESUNTI", "T01", Nome + ".dos", "",
-                                                        "", "", "", "", "")));
+  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("12", "CANALIZZAZIONE", "PRESUNTI", "T01",
+                                                        NomeRichiesta + ".dos", "", "", "", "", "", "")));
 }
 
 TEST_F(PresumedRequest, WritesABankThatDoesNotChangeAsEmpty) {
@@ -92,7 +92,8 @@ TEST_F(PresumedRequest, WritesAMissingAndARemovedBankAsNull) {
 TEST_F(PresumedRequest, OfADeliveryHasSevenFieldsAndDatesOfEightDigits) {
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
   EXPECT_EQ(Inviato(), "C1,AB,123,06,20060305,20060301,20060306\r\n");
-  EXPECT_THAT(banco.host.calls, ElementsAre(ElementsAre("12", "CONSEGNA", "PRESUNTI", "T01", Nome + ".dos", "")));
+  EXPECT_THAT(banco.host.calls,
+              ElementsAre(ElementsAre("12", "CONSEGNA", "PRESUNTI", "T01", NomeRichiesta + ".dos", "")));
 }
 
 TEST_F(PresumedRequest, WritesAMissingDeliveryDateInZeros) {
@@ -105,8 +106,9 @@ TEST_F(PresumedRequest, WritesAMissingDeliveryDateInZeros) {
 
 TEST_F(PresumedRequest, HasItsOperationsInThisOrderAndTheLocalFileGoes) {
   EXPECT_EQ(InviaConsegna({CambioConsegna()}), "");
-  EXPECT_THAT(banco.host.operazioni, ElementsAre("Invia " + Nome, "Rinomina " + Nome + " " + Nome + ".dos",
-                                                 "Esegui VB0001", "Cancella " + Nome, "Cancella " + Nome + ".dos"));
+  EXPECT_THAT(banco.host.operazioni,
+              ElementsAre("Invia " + NomeRichiesta, "Rinomina " + NomeRichiesta + " " + NomeRichiesta + ".dos",
+                          "Esegui VB0001", "Cancella " + NomeRichiesta, "Cancella " + NomeRichiesta + ".dos"));
   EXPECT_TRUE(std::filesystem::is_empty(banco.environment.CartellaLocale));
   EXPECT_EQ(banco.desktop.pointers.front(), Pointer::Hourglass);
   EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);
