@@ -60,16 +60,16 @@ class Host {
   [[nodiscard]] std::string Remote() const { return (base_ / "tmp/T01").string(); }
   [[nodiscard]] std::string Program() const { return (base_ / "programmi/VB0001").string(); }
   [[nodiscard]] const fs::path& Base() const { return base_; }
-  [[nodiscard]] const prova::SshServer& Server() const { return server_; }
+  [[nodiscard]] const test::SshServer& Server() const { return server_; }
 
  private:
   fs::path base_;
-  prova::SshServer server_;
+  test::SshServer server_;
 };
 
 /// The request as the component makes it.
 void Require(const Host& host, nexaro::HostLink& link) {
-  const auto address = prova::SshServer::Address();
+  const auto address = test::SshServer::Address();
   std::string text;
   std::size_t received = 0;
   nexaro::XMLParser parser;
@@ -152,7 +152,7 @@ class Client {
   }
 
  private:
-  [[nodiscard]] std::string Place() const { return host_.Server().User() + "@" + prova::SshServer::Address(); }
+  [[nodiscard]] std::string Place() const { return host_.Server().User() + "@" + test::SshServer::Address(); }
   std::string Ssh(const Arguments& then) const {
     Arguments arguments{"ssh"};
     arguments.insert(arguments.end(), options_.begin(), options_.end());
@@ -228,7 +228,7 @@ void Extent() {
 } // namespace lumoscad::bench
 
 int main() {
-  if (!lumoscad::prova::SshServer::Available()) {
+  if (!lumoscad::test::SshServer::Available()) {
     std::puts("Richiesta: OpenSSH non è installato, misura saltata");
     return 0;
   }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// One command's time with a lock.
@@ -93,4 +93,4 @@ std::map<std::string, ContoBlocco> ContaBlocchi(const std::vector<Eseguito>& com
   return conti;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

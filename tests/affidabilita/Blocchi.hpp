@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// How the lock of one list fared.
 struct ContoBlocco {
@@ -24,4 +24,4 @@ struct ContoBlocco {
 /// The count of every list, by the name of its lock file.
 [[nodiscard]] std::map<std::string, ContoBlocco> ContaBlocchi(const std::vector<Eseguito>& comandi);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -1,6 +1,6 @@
 #include "Campi.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 std::string Unisci(const std::vector<std::string>& campi) {
   std::string riga;
@@ -43,4 +43,4 @@ std::vector<std::string> Separa(std::string_view riga) {
   return campi;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

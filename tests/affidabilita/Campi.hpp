@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// One line of a log: fields separated by tabs, with "\\", "\t", "\r" and "\n" escaped, and no line end.
 [[nodiscard]] std::string Unisci(const std::vector<std::string>& campi);
@@ -12,4 +12,4 @@ namespace lumoscad::prova {
 /// The fields of such a line.
 [[nodiscard]] std::vector<std::string> Separa(std::string_view riga);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,7 +2,7 @@
 
 #include "common/Testo.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr int Banche = 6;
@@ -168,4 +168,4 @@ CREATE FUNCTION conferma() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN
   return sql;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

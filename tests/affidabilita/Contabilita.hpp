@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// How much of everything the accounting of these tests holds. Keys and codes follow from the numbers:
 /// customers 101.. with the codes 20100001.., suppliers 201.. with 40100001.., banks 1-6; item n ("AB   n") belongs to
@@ -28,4 +28,4 @@ struct Misura {
 /// STATO holds every row in the same form as the changes.
 [[nodiscard]] std::string Sorveglianza();
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

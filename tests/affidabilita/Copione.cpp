@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 std::optional<std::size_t> CercaRiga(const ListWindow& finestra, const std::string& quale) {
@@ -112,4 +112,4 @@ void DesktopACopione::ShowWait(std::string_view, int, const std::function<void()
   lavoro();
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

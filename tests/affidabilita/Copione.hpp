@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A desktop whose person follows a written script: gestures separated by ";", which every list window plays from the
 /// start. "data:ROW:TEXT" types a date into a row's editor, "banca:ROW:PLACE" chooses a bank in it; "aspetta:FILE"
@@ -25,4 +25,4 @@ class DesktopACopione final : public Desktop {
   void ShowWait(std::string_view testo, int millisecondi, const std::function<void()>& lavoro) override;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -1,12 +1,12 @@
 #include "HostOsservato.hpp"
 
 #include "Passi.hpp"
+#include "support/Files.hpp"
 
 #include <chrono>
 #include <fstream>
-#include <iterator>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr std::string_view CartellaHost = "/tmp/";
@@ -87,8 +87,7 @@ void HostOsservato::RiceviFile(std::string_view host, std::string_view remoto, s
 
 void HostOsservato::InviaFile(std::string_view host, std::string_view locale, std::string_view remoto) {
   if (!Blocco(remoto)) {
-    std::ifstream file{std::string(locale), std::ios::binary};
-    contenuto_.assign(std::istreambuf_iterator<char>(file), {});
+    contenuto_ = FileText(locale);
   }
   Passo(Blocco(remoto) ? "take the lock" : "upload the request", remoto, "BLOCCATO",
         [&] { vero_->InviaFile(host, locale, remoto); });
@@ -107,4 +106,4 @@ void HostOsservato::CancellaFile(std::string_view host, std::string_view remoto)
         remoto, "SBLOCCATO", [&] { vero_->CancellaFile(host, remoto); });
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

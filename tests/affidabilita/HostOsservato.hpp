@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Does what the real link does; makes each operation's beginning and end a step, and tells of locks and requests.
 class HostOsservato final : public nexaro::HostLink {
@@ -43,4 +43,4 @@ class HostOsservato final : public nexaro::HostLink {
 /// Nanoseconds of the machine's clock, which its processes and its database server share.
 [[nodiscard]] std::string Ora();
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -4,7 +4,7 @@
 #include <atomic>
 
 /// What a terminal, the library that makes its calls fail, and the test share: one page of a file.
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 struct PaginaIniezione {
   std::atomic<long> chiamate;    ///< calls counted so far
@@ -20,16 +20,16 @@ enum class FaseIniezione {
   Fine     ///< the command is over: nothing counts any more
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test
 
 extern "C" {
 /// Begins or ends the counting.
-void lumoscad_iniezione_fase(lumoscad::prova::FaseIniezione fase) __attribute__((weak));
+void lumoscad_iniezione_fase(lumoscad::test::FaseIniezione fase) __attribute__((weak));
 /// Stops the counting while more than 0 of these are open: what follows is the test's own.
 void lumoscad_iniezione_sospendi(int passo) __attribute__((weak));
 }
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 inline void Avvisa(FaseIniezione fase) {
   if (lumoscad_iniezione_fase != nullptr) {
@@ -53,4 +53,4 @@ class SenzaIniezioni {
   }
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,17 +2,17 @@
 
 #include "Campi.hpp"
 #include "Iniettore.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
@@ -24,11 +24,6 @@ void Svuota(const fs::path& cartella) {
   for (const std::string& nome : Contenuto(cartella)) {
     fs::remove(cartella / nome);
   }
-}
-
-std::string Testo(const fs::path& file) {
-  std::ifstream flusso(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(flusso), {}};
 }
 
 /// The driver manager's files: data sources and drivers. It empties one that it cannot open for reading.
@@ -50,7 +45,7 @@ class FileOdbc {
   FileOdbc() {
     const fs::path cartella = std::getenv("ODBCSYSINI");
     for (const fs::path& file : {fs::path(std::getenv("ODBCINI")), cartella / "odbcinst.ini"}) {
-      primi_.emplace_back(file, Testo(file));
+      primi_.emplace_back(file, FileText(file));
     }
   }
 
@@ -132,7 +127,7 @@ class Foglio {
 
   [[nodiscard]] const fs::path& Percorso() const { return percorso_; }
   void Leggi(PaginaIniezione& pagina) const {
-    const std::string byte = Testo(percorso_);
+    const std::string byte = FileText(percorso_);
     std::memcpy(static_cast<void*>(&pagina), byte.data(), std::min(byte.size(), sizeof pagina));
   }
 
@@ -232,8 +227,8 @@ Prova Iniezione::Esegui(const std::string& genere, long numero) {
     }
     ++fini;
   }
-  prova.letto += Testo(sistema_.Errori(Terminale));
+  prova.letto += FileText(sistema_.Errori(Terminale));
   return prova;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A command in which something is made to fail.
 struct Bersaglio {
@@ -49,4 +49,4 @@ class Iniezione {
   Testi dopo_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

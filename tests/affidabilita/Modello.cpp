@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// The columns of an event in the view STATO.
@@ -198,4 +198,4 @@ void Modello::Cancellazione(const Eseguito& comando, const Stato& stato, Effetto
   }
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

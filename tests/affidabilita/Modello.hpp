@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Every row of the database by its key ("E" events, "M" movements, "R" the row of the writing test), in the form of
 /// the view STATO.
@@ -44,4 +44,4 @@ class Modello {
   std::map<std::string, std::string> movimenti_; ///< key by kind, series, number and year
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -3,7 +3,7 @@
 #include <sstream>
 #include <string_view>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 std::string Elenco(const Testi& nomi) {
@@ -110,4 +110,4 @@ in [affidabilita.md](affidabilita.md).
 )";
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// What a line of a command's table says of the steps that it stands for.
 [[nodiscard]] std::string Esito(const Osservazione& vista);
@@ -30,4 +30,4 @@ struct Linea {
 /// The beginning of the page of tables.
 [[nodiscard]] std::string Intestazione();
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

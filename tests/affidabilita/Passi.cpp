@@ -9,7 +9,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-namespace lumoscad::prova::passi {
+namespace lumoscad::test::passi {
 namespace {
 
 struct Contatore {
@@ -127,9 +127,9 @@ int Scritto(int esito) {
 }
 
 } // namespace
-} // namespace lumoscad::prova::passi
+} // namespace lumoscad::test::passi
 
-namespace passi = lumoscad::prova::passi;
+namespace passi = lumoscad::test::passi;
 
 // The stand-ins. Each does what the library's own does, and nothing else while no step is counted.
 

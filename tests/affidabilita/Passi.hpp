@@ -9,7 +9,7 @@
 /// The steps below the interfaces of the component (a statement sent and not yet answered, a file copied and not yet in
 /// its place) are seen by standing in for a few functions of the libraries: SQLExecute, SQLExecDirect, SQLEndTran,
 /// send, fork, fsync, fdatasync, fchmod and unlink.
-namespace lumoscad::prova::passi {
+namespace lumoscad::test::passi {
 
 /// From now on every step is counted from 1; each one's name is appended to the file `elenco` (none: empty), and at
 /// the step number `morte` the process kills itself with SIGKILL (0: never). `cartella` is the local work directory.
@@ -24,4 +24,4 @@ void ProssimaIstruzione(std::string_view testo);
 /// What the program's start and the copying of a file are called by, while an operation of the host link runs.
 void OperazioneHost(std::string_view nome);
 
-} // namespace lumoscad::prova::passi
+} // namespace lumoscad::test::passi

@@ -2,7 +2,7 @@
 
 #include "common/Testo.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 int Persona::Fra(int minimo, int massimo) {
   // The library's own distributions may differ from one to the next.
@@ -73,4 +73,4 @@ std::string Persona::Presunto() {
          std::to_string(Fra(1, misura_.documenti)) + " -E 2006";
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Somebody at a terminal, who gives commands of every kind and fills their screens. The same seed gives the same
 /// commands.
@@ -29,4 +29,4 @@ class Persona {
   std::mt19937 caso_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 void Aggiungi(Eseguito& comando, const Testi& campi) {
@@ -51,4 +51,4 @@ std::vector<Eseguito> LeggiRegistro(const std::filesystem::path& file) {
   return comandi;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Nanoseconds of the machine's clock.
 using Istante = std::int64_t;
@@ -38,4 +38,4 @@ struct Eseguito {
 /// The commands of a terminal, in order. Raises for a command that has no end.
 [[nodiscard]] std::vector<Eseguito> LeggiRegistro(const std::filesystem::path& file);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

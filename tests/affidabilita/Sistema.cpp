@@ -1,5 +1,6 @@
 #include "Sistema.hpp"
 
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
@@ -78,11 +78,6 @@ template <typename Condizione> bool Finche(Condizione condizione) {
   return true;
 }
 
-std::string Schema() {
-  std::ifstream file(test::sourcePath("demo/schema.sql"));
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 } // namespace
 
 Famiglia::Famiglia(const Testi& argomenti, const Testi& ambiente, const fs::path& ingresso, const fs::path& errori) {
@@ -120,7 +115,7 @@ int Famiglia::Attendi() {
 
 Sistema::Sistema(std::string_view genere, const std::string& script)
     : genere_(genere), base_(PreparaCartella(genere_)),
-      database_(test::databaseContext(genere).create(Schema() + script)),
+      database_(test::databaseContext(genere).create(FileText(sourcePath("demo/schema.sql")) + script)),
       connessione_(std::make_unique<ado::Connection>()) {
   connessione_->ConnectionString = database_->connectionText();
   connessione_->Open();
@@ -231,4 +226,4 @@ Testi LeggiRighe(const fs::path& file) {
   return righe;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

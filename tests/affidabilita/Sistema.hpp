@@ -11,7 +11,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 using Testi = std::vector<std::string>;
 
@@ -86,4 +86,4 @@ class Sistema {
 /// The lines of a file, none where there is no file.
 [[nodiscard]] Testi LeggiRighe(const std::filesystem::path& file);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

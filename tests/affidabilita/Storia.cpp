@@ -6,7 +6,7 @@
 #include <map>
 #include <set>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// The changed columns of each row, as "column=value"; a row that goes is "gone". What a command does to one column
@@ -222,4 +222,4 @@ Riscontro Confronta(const Modello& modello, const Stato& iniziale, const Stato& 
   return Confrontatore(modello, conferme).Esegui(iniziale, finale, comandi);
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A row's change in the database's own log.
 struct Cambio {
@@ -40,4 +40,4 @@ struct Riscontro {
 [[nodiscard]] Riscontro Confronta(const Modello& modello, const Stato& iniziale, const Stato& finale,
                                   const std::vector<Conferma>& conferme, const std::vector<Eseguito>& comandi);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

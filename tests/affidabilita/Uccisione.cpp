@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
@@ -149,4 +149,4 @@ Osservazione Uccisione::A(long passo) {
   return vista;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

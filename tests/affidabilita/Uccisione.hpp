@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A command to be killed.
 struct Vittima {
@@ -52,4 +52,4 @@ class Uccisione {
   Testi dopo_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -28,8 +28,8 @@
 
 namespace {
 
-using lumoscad::prova::FaseIniezione;
-using lumoscad::prova::PaginaIniezione;
+using lumoscad::test::FaseIniezione;
+using lumoscad::test::PaginaIniezione;
 
 enum class Genere { Nessuno, Prima, Dopo, Sempre, Memoria, MemoriaSempre };
 

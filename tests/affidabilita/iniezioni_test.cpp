@@ -15,7 +15,7 @@
 #include <memory>
 #include <ostream>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 const Misura misura;
@@ -160,4 +160,4 @@ INSTANTIATE_TEST_SUITE_P(Commands, Injections, testing::ValuesIn(Casi()), [](con
 });
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::Contains;
@@ -203,4 +203,4 @@ TEST(Locks, ALockThatWasThereAndDidNotHoldIsFound) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

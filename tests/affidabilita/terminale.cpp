@@ -24,7 +24,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// Every record is one write, so that a killed terminal's log holds all that it said.
@@ -135,11 +135,11 @@ int Gioca(int numero, char** argomenti) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test
 
 int main(int numero, char** argomenti) {
   try {
-    return lumoscad::prova::Gioca(numero, argomenti);
+    return lumoscad::test::Gioca(numero, argomenti);
   } catch (const std::exception& errore) {
     std::fprintf(stderr, "terminale: %s\n", errore.what());
     return 1;

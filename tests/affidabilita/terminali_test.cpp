@@ -17,7 +17,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::IsEmpty;
@@ -67,7 +67,7 @@ class ManyTerminals : public testing::Test {
   }
 
   [[nodiscard]] Riscontro Confronta() {
-    return prova::Confronta(Modello(misura, iniziale), iniziale, LeggiStato(), LeggiConferme(), comandi);
+    return test::Confronta(Modello(misura, iniziale), iniziale, LeggiStato(), LeggiConferme(), comandi);
   }
 
   Stato LeggiStato() {
@@ -218,4 +218,4 @@ TEST_F(ManyTerminals, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHos
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

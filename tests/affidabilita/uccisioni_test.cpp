@@ -20,7 +20,7 @@
 #include <ostream>
 #include <set>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 const Misura misura;
@@ -234,4 +234,4 @@ INSTANTIATE_TEST_SUITE_P(Commands, Kills, testing::ValuesIn(Casi()), [](const au
 });
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -4,17 +4,17 @@
 #include "platform/Services.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
+#include "support/Files.hpp"
 #include "support/KeptConnection.hpp"
 #include "support/Paths.hpp"
 
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The kinds of database to test on.
 inline std::vector<const char*> GeneriDiBase() {
@@ -26,10 +26,7 @@ inline const auto NomeDelGenere = [](const auto& caso) { return std::string(caso
 
 /// The script that creates the accounting tables.
 inline const std::string& TabelleContabili() {
-  static const std::string script = [] {
-    std::ifstream file(test::sourcePath("demo/schema.sql"));
-    return std::string{std::istreambuf_iterator<char>(file), {}};
-  }();
+  static const std::string script = FileText(sourcePath("demo/schema.sql"));
   return script;
 }
 
@@ -147,4 +144,4 @@ inline std::vector<std::string> SenzaDomande(std::vector<std::string> istruzioni
   return istruzioni;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Two companies, items and movements that differ from each other in one thing each, and their events.
 inline std::string DatiDelleAzioni() {
@@ -119,4 +119,4 @@ class BaseDelleAzioni : public testing::TestWithParam<const char*> {
   MsgAnnulla msg_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// What a date column of a database of this kind can hold although it is no date, and how the driver gives it.
 inline std::vector<std::pair<std::string, std::string>> DateImpossibili(std::string_view genere) {
@@ -37,4 +37,4 @@ inline void ScriviDataImpossibile(const BaseDati& base, std::string_view genere,
                      "' WHERE EVENTOCONTABILEKEY=" + std::to_string(chiave));
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

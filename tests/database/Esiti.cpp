@@ -4,17 +4,17 @@
 #include "RegistroEsiti.hpp"
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <thread>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace db2 = procedureLumoDB2;
@@ -37,8 +37,7 @@ class Silenzio {
 };
 
 std::string SchemaEDati() {
-  std::ifstream file(test::sourcePath("demo/schema.sql"));
-  return std::string(std::istreambuf_iterator<char>(file), {}) + DatiDelleAzioni();
+  return FileText(sourcePath("demo/schema.sql")) + DatiDelleAzioni();
 }
 
 VariazioneCanalizzazione Rata(const std::string& partita, const std::string& conto, const std::string& numero) {
@@ -312,4 +311,4 @@ void PostoEsiti::PrimaDellIstruzione(int quale, std::function<void()> azione) {
   azione_ = std::move(azione);
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// One of the procedures that repeat in the database what the host accepted, on the data of `DatiEsiti`.
 struct ProceduraProvata {
@@ -119,4 +119,4 @@ class PostoEsiti {
   std::function<void()> azione_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// An event of a presumed document: `valori` is key, company line, movement, account, suspended, bank, euro amount,
 /// amount in currency, currency, planned and original delivery date, VAT title.
@@ -44,4 +44,4 @@ inline std::string DatiPresunti() {
          Rata("12,1,401,201,101,'C','N','2006-03-10','2006-03-10',1,106,1");
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// Prints and keeps the tables when all tests are through.
@@ -113,4 +113,4 @@ std::string RegistroEsiti::Tabelle() const {
   return testo.str();
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// One run of a procedure with a fault: what its message said, and what the database held afterwards.
 struct EsitoProvato {
@@ -41,4 +41,4 @@ class RegistroEsiti {
   std::vector<Guasto> guasti_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A screen of presumed documents over a database: each showing plays a script of gestures on its window.
 template <typename Form> class SchermataPresunti : public testing::TestWithParam<const char*> {
@@ -97,4 +97,4 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
   ListWindow* finestra = nullptr;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Instalments of two customers and a supplier: with and without bank, a pair that sums up to zero, one all NULL.
 inline std::string RateDellaSchermata() {
@@ -108,4 +108,4 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
   ListWindow* finestra = nullptr;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -128,10 +128,10 @@ class AdoPostgres : public Ado {};
 INSTANTIATE_TEST_SUITE_P(Databases, AdoPostgres, testing::Values("postgres"));
 
 TEST_P(AdoPostgres, WaitsForASilentServerNoLongerThanTheConnectionTextSays) {
-  const auto silent = prova::Listen();
+  const auto silent = test::Listen();
   ASSERT_TRUE(silent.Opened());
   Connection connection;
-  connection.ConnectionString = test::connectionText(test::postgres().addSource("prove", prova::PortOf(silent)),
+  connection.ConnectionString = test::connectionText(test::postgres().addSource("prove", test::PortOf(silent)),
                                                      database_->user, database_->password) +
                                 ";Connect Timeout=2";
   const auto before = std::chrono::steady_clock::now();

@@ -1,4 +1,5 @@
 #include "AdoFixture.hpp"
+#include "support/Files.hpp"
 
 #include <gmock/gmock.h>
 
@@ -7,7 +8,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <netinet/in.h>
 #include <string>
 #include <sys/socket.h>
@@ -45,9 +45,7 @@ class Halted {
   /// Every thread of it; they stop one after the other.
   [[nodiscard]] bool isStopped() const {
     for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(process_) + "/task")) {
-      std::ifstream file(task.path() / "stat");
-      const std::string stat{std::istreambuf_iterator<char>(file), {}};
-      if (stat.find(") T") == std::string::npos) {
+      if (test::FileText(task.path() / "stat").find(") T") == std::string::npos) {
         return false;
       }
     }

@@ -27,7 +27,7 @@ const std::string conBanca =
 
 /// Two instalments that one row of the screen sums up (1, 2), and others that differ from them in one column each.
 std::string Eventi() {
-  using prova::Rata;
+  using test::Rata;
   return Rata("1,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,100.10") +
          Rata("2,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,50.15") +
          Rata("3,1,301,201,101,'C','N','2006-03-04','2006-01-31',2,106,1") +
@@ -88,7 +88,7 @@ class BankUpdate : public testing::TestWithParam<const char*> {
   }
   /// The keys of the instalments in which anything changed.
   [[nodiscard]] std::vector<std::string> Cambiate() const {
-    const auto dopo = prova::Rate(base);
+    const auto dopo = test::Rate(base);
     EXPECT_EQ(dopo.size(), prima.size());
     std::vector<std::string> chiavi;
     for (std::size_t i = 0; i < std::min(prima.size(), dopo.size()); ++i) {
@@ -104,18 +104,17 @@ class BankUpdate : public testing::TestWithParam<const char*> {
                       chiavi + ") ORDER BY EVENTOCONTABILEKEY");
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiDiProva() + Eventi()};
-  std::vector<std::string> prima = prova::Rate(base);
-  prova::TestBench banco;
+  test::BaseDati base{GetParam(), test::DatiDiProva() + Eventi()};
+  std::vector<std::string> prima = test::Rate(base);
+  test::TestBench banco;
   MsgAnnulla msg;
 };
 
 class BankUpdateStatements : public BankUpdate {};
 class BankUpdateRows : public BankUpdate {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateStatements, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateStatements, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, BankUpdateRows, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(BankUpdateStatements, OfAnEmptyListAreNone) {
   EXPECT_EQ(Applica({}), "");
@@ -198,7 +197,7 @@ TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
     v.VecchiaScadenza = v.VecchiaBanca = v.ScadenzaOriginale = nessuno;
     banco.statements.clear();
     EXPECT_EQ(Applica({v}), "");
-    EXPECT_THAT(prova::SenzaDomande(banco.statements),
+    EXPECT_THAT(test::SenzaDomande(banco.statements),
                 ElementsAre(cercaConto, seleziona + "EVENTOCONTABILE.DATASCADENZA IS NULL AND "
                                                     "EVENTOCONTABILE.NUMERORATA=1 AND "
                                                     "EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL AND "
@@ -230,7 +229,7 @@ TEST_P(BankUpdateStatements, OfAPresumedDocumentWithoutMovementGoByItsItem) {
     VariazioneCanalizzazione v = Presunto(nessuno, "203");
     v.VecchiaBanca = v.VecchiaScadenza = v.NuovaBanca = "#null#";
     EXPECT_EQ(Applica({v}, "PRESUNTI"), "");
-    EXPECT_THAT(prova::SenzaDomande(banco.statements),
+    EXPECT_THAT(test::SenzaDomande(banco.statements),
                 ElementsAre("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE DATASCADENZA IS NULL AND "
                             "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' AND "
                             "PARTITACONTABILEKEY=?"));

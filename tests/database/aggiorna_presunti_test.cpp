@@ -47,7 +47,7 @@ class PresumedUpdate : public testing::TestWithParam<const char*> {
 
   /// The keys of the events in which anything changed.
   [[nodiscard]] std::vector<std::string> Cambiati() const {
-    const auto dopo = prova::Rate(base);
+    const auto dopo = test::Rate(base);
     EXPECT_EQ(dopo.size(), prima.size());
     std::vector<std::string> chiavi;
     for (std::size_t i = 0; i < std::min(prima.size(), dopo.size()); ++i) {
@@ -63,18 +63,18 @@ class PresumedUpdate : public testing::TestWithParam<const char*> {
                       chiave);
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiPresunti()};
-  std::vector<std::string> prima = prova::Rate(base);
-  prova::TestBench banco;
+  test::BaseDati base{GetParam(), test::DatiPresunti()};
+  std::vector<std::string> prima = test::Rate(base);
+  test::TestBench banco;
   MsgAnnulla msg;
 };
 
 class PresumedUpdateStatements : public PresumedUpdate {};
 class PresumedUpdateRows : public PresumedUpdate {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateStatements, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateStatements, testing::ValuesIn(test::GeneriDiBase()),
+                         test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, msg, "PRESUNTI"), "");
@@ -87,7 +87,7 @@ TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
 TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("#null#", "B07")}, msg, "PRESUNTI"), "");
   EXPECT_EQ(
-      prova::SenzaDomande(banco.statements).back(),
+      test::SenzaDomande(banco.statements).back(),
       "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= 101 AND "
       "BANCAPRESENTAZIONE_KEY IS NULL AND EVENTOCONTABILE.SOSPESA='N' ");
   banco.statements.clear();

@@ -26,7 +26,7 @@ const std::string NonRegistrata = "L'host ha già accettato la modifica; la base
                                   "allineare: ";
 constexpr int RigaCambiata = -2147217864;
 
-class CommandsOnADatabase : public prova::BaseDelleAzioni {
+class CommandsOnADatabase : public test::BaseDelleAzioni {
  protected:
   /// Runs `azione` once, just before the statement number `quale` that begins with `inizio` is sent.
   void PrimaDi(std::string inizio, int quale, std::function<void()> azione) {
@@ -53,9 +53,8 @@ class CommandsOnADatabase : public prova::BaseDelleAzioni {
 /// database that lets a row be changed while a transaction reads it.
 class TwoTerminals : public CommandsOnADatabase {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, CommandsOnADatabase, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, TwoTerminals, testing::ValuesIn(test::databaseServers()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, CommandsOnADatabase, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, TwoTerminals, testing::ValuesIn(test::databaseServers()), test::NomeDelGenere);
 
 } // namespace
 
@@ -65,14 +64,14 @@ TEST_P(CommandsOnADatabase, EachCommandTakesItsListDownToTheDatabase) {
   EXPECT_EQ(Esegui("-T PRESUNTO /A -D 01 -S OC -A 06 -N 123 -E 2006"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -S A -E 2006 -N 16"), "");
   EXPECT_THAT(banco_.desktop.box, ElementsAre("Fatto", "Fatto", "Fatto"));
-  const prova::BaseDati attesa(GetParam(), prova::DatiDelleAzioni());
+  const test::BaseDati attesa(GetParam(), test::DatiDelleAzioni());
   attesa.Esegui("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (1,2,3,11,12)");
   attesa.Esegui("DELETE FROM MOVIMENTOCONTABILE WHERE MOVIMENTOKEY=2004");
-  EXPECT_THAT(prova::Tutto(base_), ElementsAreArray(prova::Tutto(attesa)));
+  EXPECT_THAT(test::Tutto(base_), ElementsAreArray(test::Tutto(attesa)));
   EXPECT_EQ(Esegui("-T SOSPESO /D -C C10 -P AB   123"), "");
   EXPECT_EQ(Esegui("-T PRESUNTO /D -S OC -A 06 -N 123"), "");
   attesa.Esegui("UPDATE EVENTOCONTABILE SET SOSPESA='N' WHERE EVENTOCONTABILEKEY IN (1,2,3,11,12)");
-  EXPECT_THAT(prova::Tutto(base_), ElementsAreArray(prova::Tutto(attesa)));
+  EXPECT_THAT(test::Tutto(base_), ElementsAreArray(test::Tutto(attesa)));
 }
 
 TEST_P(CommandsOnADatabase, TheHostsRefusalLeavesTheDatabaseAsItWas) {

@@ -9,8 +9,8 @@ using testing::StartsWith;
 
 namespace {
 
-class Actions : public prova::BaseDelleAzioni {};
-INSTANTIATE_TEST_SUITE_P(Databases, Actions, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+class Actions : public test::BaseDelleAzioni {};
+INSTANTIATE_TEST_SUITE_P(Databases, Actions, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 const std::vector<std::string> Presunto = {"01", "PRESUNTOCREA", "OC", "06", "123", "T01", ""};
 
@@ -121,7 +121,7 @@ TEST_P(Actions, InstalmentsOfAnItemAreFoundByTheirOriginalDateWhichStays) {
 
 TEST_P(Actions, InstalmentsOfAnExtraAreFoundByTheirPresentDateAndChangeTheOriginalToo) {
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060705", "1", "20060430", "20060801"})), "");
-  const auto attesa = prova::BaseDati(GetParam(), prova::DatiDelleAzioni());
+  const auto attesa = test::BaseDati(GetParam(), test::DatiDelleAzioni());
   attesa.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-07-05',DATASCADENZAORIGINALE='2006-07-05' WHERE "
                 "EVENTOCONTABILEKEY=21");
   attesa.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-08-01',DATASCADENZAORIGINALE='2006-08-01' WHERE "

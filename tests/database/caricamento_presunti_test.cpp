@@ -21,27 +21,27 @@ constexpr std::string_view RicercaMovimento = "SELECT MOVIMENTOKEY FROM MOVIMENT
 constexpr std::size_t Documenti = 4;
 constexpr std::size_t Elencate = 6;
 
-class PresumedLoad : public prova::SchermataPresunti<FormPresunti> {
+class PresumedLoad : public test::SchermataPresunti<FormPresunti> {
  protected:
   PresumedLoad() : SchermataPresunti(&FormPresunti::elaboraPresunti, "") {}
 };
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedLoad, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedLoad, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
-class DeliveryLoad : public prova::SchermataPresunti<FormConsegna> {
+class DeliveryLoad : public test::SchermataPresunti<FormConsegna> {
  protected:
   DeliveryLoad() : SchermataPresunti(&FormConsegna::elaboraConsegna, "") {}
 };
-INSTANTIATE_TEST_SUITE_P(Databases, DeliveryLoad, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, DeliveryLoad, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
-  const prova::CountedStatements contate;
+  const test::CountedStatements contate;
   Mostra([this] { EXPECT_EQ(finestra->RowCount(), Elencate); });
   EXPECT_EQ(contate.Preparations(RicercaMovimento), 1U);
   EXPECT_EQ(contate.Executions(RicercaMovimento), Documenti);
 }
 
 TEST_P(DeliveryLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
-  const prova::CountedStatements contate;
+  const test::CountedStatements contate;
   Mostra([this] { EXPECT_GE(finestra->RowCount(), Documenti); });
   EXPECT_EQ(contate.Preparations(RicercaMovimento), 1U);
   EXPECT_EQ(contate.Executions(RicercaMovimento), Documenti);
@@ -50,7 +50,7 @@ TEST_P(DeliveryLoad, PreparesTheMovementsLookUpOnceAndExecutesItOnceADocument) {
 /// The accounts are missing while the banks are listed, and there again when the documents are.
 class BancheAssenti {
  public:
-  explicit BancheAssenti(const prova::BaseDati& base) : base_(base) {
+  explicit BancheAssenti(const test::BaseDati& base) : base_(base) {
     base.Esegui("ALTER TABLE CONTOCONTABILE RENAME TO CONTIASSENTI");
     auto nuovi = activeServices();
     nuovi.statementSent = [this, prima = nuovi.statementSent](std::string_view istruzione) {
@@ -70,7 +70,7 @@ class BancheAssenti {
     connection.Execute("ALTER TABLE CONTIASSENTI RENAME TO CONTOCONTABILE");
   }
 
-  const prova::BaseDati& base_;
+  const test::BaseDati& base_;
   bool assenti_ = true;
   std::optional<ReplacedServices> sostituiti_;
 };
@@ -92,7 +92,7 @@ TEST_P(PresumedLoad, ListsTheDocumentsWithoutBanksAndReportsTheBanksAfterTheWind
 }
 
 TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheNextTime) {
-  const auto prima = prova::Rate(base);
+  const auto prima = test::Rate(base);
   const std::string comando = "-T BANCA /PRESUNTI -TIPOMOVIMENTI V -B X -H 10.0.0.1 -D 001 " + base.Opzioni();
   {
     const BancheAssenti assenti(base);
@@ -111,7 +111,7 @@ TEST_P(PresumedLoad, ChangesNothingWhereTheBanksCouldNotBeListedAndListsThemTheN
   EXPECT_THAT(banco.desktop.box,
               ElementsAre(StartsWith("-2147220954\r\nERRORE: " + std::to_string(base.Particolarita().missingTable))));
   EXPECT_THAT(banco.host.calls, IsEmpty());
-  EXPECT_EQ(prova::Rate(base), prima);
+  EXPECT_EQ(test::Rate(base), prima);
   banco.host.file.clear();
   banco.desktop.scripts.emplace_back([](ListWindow& aperta) {
     EXPECT_THAT(aperta.Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));

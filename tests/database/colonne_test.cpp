@@ -51,7 +51,7 @@ std::string AltreTabelle(const test::DatabaseContext& contesto) {
       {"AZIENDELINEE (\n  AZIENDALINEAKEY INTEGER", "AZIENDELINEE (\n  AZIENDALINEAKEY CHAR(10)"},
       {"ERROREKEY INTEGER", "ERROREKEY CHAR(10)"},
       {"ESERCIZIO CHAR(4)", "ESERCIZIO INTEGER"}};
-  std::string script = prova::TabelleContabili();
+  std::string script = test::TabelleContabili();
   for (const auto& [vecchio, nuovo] : tipi) {
     EXPECT_NE(script.find(vecchio), std::string::npos) << vecchio;
     script = test::replaced(script, vecchio, nuovo);
@@ -60,7 +60,7 @@ std::string AltreTabelle(const test::DatabaseContext& contesto) {
 }
 
 std::string RateDaConfrontare() {
-  using prova::Rata;
+  using test::Rata;
   return Rata("31,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,100.10") +
          Rata("32,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,50.15") +
          Rata("33,1,301,202,102,'C','N','2006-03-05','2006-03-05',1,NULL,0.1") +
@@ -89,14 +89,14 @@ class OtherColumns : public testing::TestWithParam<const char*> {
     return EseguiAzioneDB2(parametri, &msg);
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiPresunti() + RateDaConfrontare(),
-                       AltreTabelle(test::databaseContext(GetParam()))};
+  test::BaseDati base{GetParam(), test::DatiPresunti() + RateDaConfrontare(),
+                      AltreTabelle(test::databaseContext(GetParam()))};
   ado::Connection connection;
-  prova::TestBench banco;
+  test::TestBench banco;
   MsgAnnulla msg;
 };
 
-INSTANTIATE_TEST_SUITE_P(Databases, OtherColumns, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, OtherColumns, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(OtherColumns, FindKeysKeptAsTextsByCodesKeptInColumnsOfFixedLength) {
   EXPECT_EQ(db2Searches::CercaAziendaLinea(connection, "002", " ", " "), 2);

@@ -55,7 +55,7 @@ void DaiConsegna(ListWindow& finestra, const std::string& documento, const char*
 
 class PresumedCommands : public testing::TestWithParam<const char*> {
  protected:
-  PresumedCommands() : base(GetParam(), prova::DatiPresunti()), prima(prova::Rate(base)) {}
+  PresumedCommands() : base(GetParam(), test::DatiPresunti()), prima(test::Rate(base)) {}
 
   std::string Esegui(const std::string& comando) {
     return LumoScadenze().EseguiLumoScad("-T " + comando + " -H 10.0.0.1 -D 001 " + base.Opzioni());
@@ -66,9 +66,9 @@ class PresumedCommands : public testing::TestWithParam<const char*> {
   std::string Consegna(const std::string& opzioni = "-TIPOMOVIMENTI V -B X") {
     return Esegui("CONSEGNA /PRESUNTI " + opzioni);
   }
-  void Recita(prova::ScriptedDesktop::Script copione) { banco.desktop.scripts.push_back(std::move(copione)); }
+  void Recita(test::ScriptedDesktop::Script copione) { banco.desktop.scripts.push_back(std::move(copione)); }
   [[nodiscard]] std::vector<std::string> Cambiati() const {
-    const auto dopo = prova::Rate(base);
+    const auto dopo = test::Rate(base);
     std::vector<std::string> chiavi;
     for (std::size_t i = 0; i < prima.size(); ++i) {
       if (prima[i] != dopo.at(i)) {
@@ -92,11 +92,11 @@ class PresumedCommands : public testing::TestWithParam<const char*> {
     return "";
   }
 
-  prova::BaseDati base;
+  test::BaseDati base;
   std::vector<std::string> prima;
-  prova::TestBench banco;
+  test::TestBench banco;
 };
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedCommands, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedCommands, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedCommands, AConfirmedBankGoesToTheHostAndIntoTheDatabase) {
   Recita([](ListWindow& finestra) {
@@ -160,11 +160,11 @@ TEST_P(PresumedCommands, ClosedAfterAConfirmationOfTheCommandBeforeItSendsNothin
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Banca(), "");
-  const auto dopo = prova::Rate(base);
+  const auto dopo = test::Rate(base);
   Recita([](ListWindow& finestra) { finestra.Form_QueryUnload(); });
   EXPECT_EQ(Banca(), "closed");
   EXPECT_EQ(banco.host.calls.size(), 1U);
-  EXPECT_EQ(prova::Rate(base), dopo);
+  EXPECT_EQ(test::Rate(base), dopo);
 }
 
 TEST_P(PresumedCommands, AListTakenByOneCommandStopsTheOtherToo) {

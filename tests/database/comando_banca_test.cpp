@@ -2,6 +2,7 @@
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
+#include "support/Files.hpp"
 #include "support/OdbcSqlite.hpp"
 #include "support/Paths.hpp"
 #include "support/TestBench.hpp"
@@ -10,7 +11,6 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -49,11 +49,6 @@ constexpr const char* Dati =
     " NULL, NULL, NULL, NULL, 'N');"
     "INSERT INTO EVENTOCONTABILE VALUES (5, 1, 1000, 200, 20, 'C', 'N', '2006-03-31', '2006-03-31', 1, 30, 500,"
     " NULL, NULL, NULL, NULL, 'N')";
-
-std::string Schema() {
-  std::ifstream file(test::sourcePath("demo/schema.sql"));
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The due dates and banks of the five instalments as the data put them there.
 const std::vector<std::string> Prima = {"1 2006-03-31 30", "2 2006-04-30 30", "3 2006-05-31 30", "4 2006-06-30 NULL",
@@ -96,13 +91,13 @@ void DaiBanca(ListWindow& finestra, const std::string& scadenza, const std::stri
 
 class BankCommand : public testing::Test {
  protected:
-  BankCommand() : db_(Schema() + ";" + Dati) {}
+  BankCommand() : db_(test::FileText(test::sourcePath("demo/schema.sql")) + ";" + Dati) {}
 
   std::string Esegui(const std::string& opzioni, const std::string& azienda = "12") {
     return LumoScadenze().EseguiLumoScad("-T BANCA " + opzioni + " -H 10.0.0.1 -D " + azienda + " -DB2SOURCE " +
                                          db_.source() + " -DB2USER u -DB2PASS p");
   }
-  void Recita(prova::ScriptedDesktop::Script copione) { banco_.desktop.scripts.push_back(std::move(copione)); }
+  void Recita(test::ScriptedDesktop::Script copione) { banco_.desktop.scripts.push_back(std::move(copione)); }
   void RecitaCambio() {
     Recita([](ListWindow& finestra) {
       DaiScadenza(finestra, "31/03/2006", "050406");
@@ -143,7 +138,7 @@ class BankCommand : public testing::Test {
   [[nodiscard]] std::string Elenco() const { return Istruzione("SELECT CONTO.CODICECONTO"); }
 
   test::OdbcSqlite db_;
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 const std::string Nome = "/tmp/T0120060305140709";

@@ -6,9 +6,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BankScreenConfirmation : public prova::SchermataSuBase {};
-INSTANTIATE_TEST_SUITE_P(Databases, BankScreenConfirmation, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
+class BankScreenConfirmation : public test::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenConfirmation, testing::ValuesIn(test::GeneriDiBase()),
+                         test::NomeDelGenere);
 
 TEST_P(BankScreenConfirmation, CarriesABankChange) {
   const auto variazioni = Mostra([this] {
@@ -182,12 +182,12 @@ TEST_P(BankScreenConfirmation, NeverRepeatsAnEarlierShowing) {
 }
 
 TEST_P(BankScreenConfirmation, LeavesTheDatabaseAlone) {
-  const auto prima = prova::Rate(base);
+  const auto prima = test::Rate(base);
   static_cast<void>(Mostra([this] {
     ScriviData(Riga("04/03/2006"), "010406");
     finestra->PictureOk_Click();
   }));
-  EXPECT_EQ(prova::Rate(base), prima);
+  EXPECT_EQ(test::Rate(base), prima);
 }
 
 } // namespace

@@ -83,14 +83,14 @@ class ConnectingToAServer : public Connecting {};
 class Closing : public Connecting {};
 class TransactionGuard : public Connecting {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, Connecting, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, Connecting, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 INSTANTIATE_TEST_SUITE_P(Databases, ConnectingToAServer, testing::ValuesIn(test::databaseServers()),
-                         prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, Closing, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, TransactionGuard, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+                         test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, Closing, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, TransactionGuard, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(Connecting, UsesTheWholeConnectionText) {
-  const prova::BaseDati base(GetParam(), "");
+  const test::BaseDati base(GetParam(), "");
   ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
   if (parametri.UserId.empty()) {
     parametri.UserId = "ada";
@@ -107,7 +107,7 @@ TEST_P(Connecting, UsesTheWholeConnectionText) {
 
 TEST(ConnectingNowhere, WithoutAnyOptionFailsWithTheErrorMessage) {
   test::OdbcConfiguration::instance();
-  const prova::TestBench banco;
+  const test::TestBench banco;
   stato().ComandoCorrente = "BANCA /CREDITI";
   MsgAnnulla msg;
   EXPECT_EQ(db2Searches::DescrizioneConto("C01", msg), "error");
@@ -118,7 +118,7 @@ TEST(ConnectingNowhere, WithoutAnyOptionFailsWithTheErrorMessage) {
 
 TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
   test::OdbcConfiguration::instance();
-  const prova::TestBench banco;
+  const test::TestBench banco;
   stato().ComandoCorrente = "BANCA /CREDITI -DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99";
   VariazioniCanalizzazione variazioni(1);
   MsgAnnulla msg;
@@ -136,7 +136,7 @@ TEST(ConnectingNowhere, ToAnUnknownSourceNamesIt) {
 }
 
 TEST_P(Connecting, ASemicolonIsExplainedWhereTheOpeningFails) {
-  const prova::BaseDati base(GetParam(), "");
+  const test::BaseDati base(GetParam(), "");
   const auto consiglio = [](const std::string& opzione) {
     return "\r\nIl valore di " + opzione + " contiene «;», che lo divide: va scritto tra virgolette, " + opzione +
            " \"...\", e ogni virgoletta che contiene va scritta due volte.";
@@ -160,7 +160,7 @@ TEST_P(Connecting, ASemicolonIsExplainedWhereTheOpeningFails) {
 }
 
 TEST_P(ConnectingToAServer, APasswordWithASemicolonOpensBetweenQuotes) {
-  const prova::BaseDati base(GetParam(), "");
+  const test::BaseDati base(GetParam(), "");
   ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
   base.Esegui(base.Contesto().createAccount("sportello", "wx;yz\"9"));
   parametri.UserId = "sportello";
@@ -174,7 +174,7 @@ TEST_P(ConnectingToAServer, APasswordWithASemicolonOpensBetweenQuotes) {
 }
 
 TEST_P(ConnectingToAServer, WithAWrongPasswordSaysSoWithoutThePassword) {
-  const prova::BaseDati base(GetParam(), "");
+  const test::BaseDati base(GetParam(), "");
   ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
   parametri.Password = "Sbagliata77";
   try {
@@ -187,7 +187,7 @@ TEST_P(ConnectingToAServer, WithAWrongPasswordSaysSoWithoutThePassword) {
 }
 
 TEST_P(Closing, ClosesAnOpenConnectionAndToleratesNoneOrAClosedOne) {
-  const prova::BaseDati base(GetParam(), "");
+  const test::BaseDati base(GetParam(), "");
   const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
   ChiudiConnessione(connection.get());
   EXPECT_EQ(connection->State(), ado::State::Closed);
@@ -197,7 +197,7 @@ TEST_P(Closing, ClosesAnOpenConnectionAndToleratesNoneOrAClosedOne) {
 }
 
 TEST_P(Closing, ClosesAResultSetOnce) {
-  const prova::BaseDati base(GetParam(), "");
+  const test::BaseDati base(GetParam(), "");
   const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
   ado::Command comando = CreaComando(*connection, "SELECT CODICEAZIENDA FROM AZIENDELINEE");
   EXPECT_EQ(comando.CommandType, ado::CommandType::Text);
@@ -220,7 +220,7 @@ TEST(ErrorText, ShowsTheSourceOfAFailureWithoutDescription) {
 }
 
 TEST_P(TransactionGuard, IsUndoneUnlessConfirmed) {
-  const prova::BaseDati base(GetParam(), "INSERT INTO AZIENDELINEE VALUES (1,'001',' ',' ');");
+  const test::BaseDati base(GetParam(), "INSERT INTO AZIENDELINEE VALUES (1,'001',' ',' ');");
   const auto connection = ApriConnessione(LeggiParametriDB2(base.Opzioni()));
   {
     const Transazione transazione(*connection);

@@ -33,7 +33,7 @@ const std::string fine = "GROUP BY CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, PAR
                          "EVENTOCONTABILE.DATASCADENZAORIGINALE, BANCA.CODICECONTO, BANCA.DESCRIZIONEVOCE ";
 
 std::string Rate() {
-  using prova::Rata;
+  using test::Rata;
   return Rata("1,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,100.10") +
          Rata("2,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,50.15") +
          Rata("3,1,301,202,102,'C','N','2006-03-05','2006-03-05',1,NULL,10") +
@@ -93,16 +93,16 @@ class Lists : public testing::TestWithParam<const char*> {
     return sql.substr(inizio.size(), sql.size() - inizio.size() - fine.size());
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiDiProva() + Rate()};
+  test::BaseDati base{GetParam(), test::DatiDiProva() + Rate()};
   ado::Connection connection;
-  prova::TestBench banco;
+  test::TestBench banco;
 };
 
 class ListStatement : public Lists {};
 class ListRows : public Lists {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, ListStatement, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, ListRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, ListStatement, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, ListRows, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(ListStatement, HoldsTheFixedConditionsAloneWithoutFilters) {
   EXPECT_EQ(Condizioni({}), sempre);

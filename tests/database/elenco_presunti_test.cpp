@@ -73,17 +73,17 @@ class PresumedList : public testing::TestWithParam<const char*> {
     return sql.substr(inizio.size(), sql.size() - inizio.size() - fine.size());
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiPresunti()};
+  test::BaseDati base{GetParam(), test::DatiPresunti()};
   ado::Connection connection;
-  prova::TestBench banco;
+  test::TestBench banco;
   MsgAnnulla msg;
 };
 
 class PresumedStatement : public PresumedList {};
 class PresumedRows : public PresumedList {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedStatement, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedRows, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedStatement, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedRows, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedStatement, WithoutFiltersOnlyTheKindOfOperationIsAsked) {
   EXPECT_EQ(Condizioni(Clienti()), "V" + sempre);

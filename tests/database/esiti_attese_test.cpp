@@ -38,7 +38,7 @@ class Waits : public testing::TestWithParam<const char*> {
   }
   [[nodiscard]] static bool SuPostgres() { return std::string_view(GetParam()) == "postgres"; }
 
-  prova::PostoEsiti posto_{GetParam()};
+  test::PostoEsiti posto_{GetParam()};
   std::unique_ptr<ado::Connection> altro_;
 };
 
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, WaitsOfAServer, testing::Values("postgres", 
 TEST_P(Waits, ABusyRowEndsWithinTheLimitAndMayBeTriedAgain) {
   AltroTiene("3");
   {
-    const prova::LimiteIstruzioni limite("1");
+    const test::LimiteIstruzioni limite("1");
     posto_.FallisceELasciaTutto("SospendiPartita", "riga tenuta da un altro terminale",
                                 Parole("database is locked", "statement timeout", "max_statement_time exceeded"));
   }
@@ -176,7 +176,7 @@ TEST_P(WaitsOfAServer, AStatementThatDoesNotEndIsInterrupted) {
     posto_.base.Esegui("CREATE TRIGGER PIANO BEFORE UPDATE ON EVENTOCONTABILE FOR EACH ROW IF "
                        "OLD.EVENTOCONTABILEKEY=3 THEN DO SLEEP(20); END IF");
   }
-  const prova::LimiteIstruzioni limite("1");
+  const test::LimiteIstruzioni limite("1");
   posto_.FallisceELasciaTutto("SospendiPartita", "istruzione oltre il limite di tempo",
                               Parole("", "statement timeout", "max_statement_time exceeded"));
   EXPECT_LT(posto_.secondi, 6);

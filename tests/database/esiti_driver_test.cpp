@@ -11,7 +11,7 @@
 
 using namespace lumoscad;
 using ado::TransactionOutcome;
-using prova::ByteProxy;
+using test::ByteProxy;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -38,7 +38,7 @@ RuntimeError Guasto(const std::function<void()>& azione) {
 /// A connection through the proxy, on either server.
 class Driver : public testing::TestWithParam<const char*> {
  protected:
-  void Apri(const prova::BaseEsiti& base) {
+  void Apri(const test::BaseEsiti& base) {
     connection_.ConnectionString = base.TestoConnessione();
     connection_.Open();
   }
@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, Driver, testing::Values("postgres", "mariadb
 } // namespace
 
 TEST_P(Driver, ACommitThatSucceededIsApplied) {
-  prova::BaseEsiti base(GetParam());
+  test::BaseEsiti base(GetParam());
   Apri(base);
   EXPECT_EQ(connection_.Outcome(), TransactionOutcome::NotApplied);
   connection_.BeginTrans();
@@ -67,7 +67,7 @@ TEST_P(Driver, ACommitThatSucceededIsApplied) {
 
 // PostgreSQL's driver calls this COMMIT a success: it has already noticed that it has no connection.
 TEST_P(Driver, TheCommitOfALostConnectionNeverPassesForApplied) {
-  prova::BaseEsiti base(GetParam());
+  test::BaseEsiti base(GetParam());
   Apri(base);
   connection_.BeginTrans();
   connection_.Execute(Sospendi);
@@ -81,7 +81,7 @@ TEST_P(Driver, TheCommitOfALostConnectionNeverPassesForApplied) {
 }
 
 TEST_P(Driver, AfterAFailedStatementNothingIsCommitted) {
-  prova::BaseEsiti base(GetParam());
+  test::BaseEsiti base(GetParam());
   Apri(base);
   connection_.BeginTrans();
   connection_.Execute(Sospendi);
@@ -96,14 +96,14 @@ TEST_P(Driver, AfterAFailedStatementNothingIsCommitted) {
 }
 
 TEST_P(Driver, AWrongTimeLimitIsRefusedBeforeConnecting) {
-  prova::BaseEsiti base(GetParam());
+  test::BaseEsiti base(GetParam());
   for (const char* valore : {"0", "-1", "86401", "dieci", "10s", " 10"}) {
-    const prova::LimiteIstruzioni limite(valore);
+    const test::LimiteIstruzioni limite(valore);
     EXPECT_THAT(Guasto([&] { Apri(base); }).Description(),
                 AllOf(StartsWith("LUMOSCAD_ATTESA_SQL"), HasSubstr(std::string("«") + valore + "»")));
   }
   EXPECT_EQ(base.Proxy().Connections(), 0);
-  const prova::LimiteIstruzioni limite("86400");
+  const test::LimiteIstruzioni limite("86400");
   EXPECT_NO_THROW(Apri(base));
 }
 
@@ -124,7 +124,7 @@ class ReconnectingDriver : public testing::Test {
     ASSERT_EQ(base_.Valore(Letta), "X") << "committed by itself";
   }
 
-  prova::BaseEsiti base_{"mariadb", {{"AUTO_RECONNECT", "1"}}};
+  test::BaseEsiti base_{"mariadb", {{"AUTO_RECONNECT", "1"}}};
   ado::Connection connection_;
 };
 
@@ -167,7 +167,7 @@ TEST(FailedCommit, IsKnownAsRefusedByAnAnswerOfTheServerAlone) {
 }
 
 TEST(DriverWithAReadLimit, AServerSilentOnTheCommitLeavesTheOutcomeUnknown) {
-  prova::PostoEsiti posto("mariadb", {{"READ_TIMEOUT", "1"}});
+  test::PostoEsiti posto("mariadb", {{"READ_TIMEOUT", "1"}});
   ASSERT_EQ(posto.Esegui("SospendiPartita"), "");
   const auto dopo = posto.base.Tutto();
   posto.base.Ripristina();
@@ -178,12 +178,12 @@ TEST(DriverWithAReadLimit, AServerSilentOnTheCommitLeavesTheOutcomeUnknown) {
   EXPECT_THAT(posto.msg.Errore, HasSubstr("non si sa se la base dati l'ha registrata"));
   const auto tiene = posto.base.Tutto();
   EXPECT_THAT(tiene, ElementsAreArray(dopo));
-  prova::RegistroEsiti::Unico().AnnotaGuasto("mariadb", "server muto dopo COMMIT, READ_TIMEOUT=1", posto.msg.Errore,
-                                             tiene == dopo ? "tutta" : "ALTRO", posto.secondi);
+  test::RegistroEsiti::Unico().AnnotaGuasto("mariadb", "server muto dopo COMMIT, READ_TIMEOUT=1", posto.msg.Errore,
+                                            tiene == dopo ? "tutta" : "ALTRO", posto.secondi);
 }
 
 TEST_P(Driver, WhoGaveTheCommandReadsThatItIsUnknownBeforeTheHostsMessage) {
-  prova::PostoEsiti posto(GetParam());
+  test::PostoEsiti posto(GetParam());
   posto.banco.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   posto.base.Proxy().StrikeAtSequence(posto.base.Conferma(), ByteProxy::Moment::BeforeTheReply,
                                       ByteProxy::Action::Reset);

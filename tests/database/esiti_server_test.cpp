@@ -12,7 +12,7 @@
 
 using namespace lumoscad;
 using ado::TransactionOutcome;
-using prova::ByteProxy;
+using test::ByteProxy;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::Ne;
@@ -57,7 +57,7 @@ class Server : public testing::TestWithParam<const char*> {
   }
   static void Uccidi() { SuPostgres() ? test::postgres().kill() : test::mariaDb().kill(); }
 
-  prova::PostoEsiti posto_{GetParam()};
+  test::PostoEsiti posto_{GetParam()};
 };
 
 INSTANTIATE_TEST_SUITE_P(Databases, Server, testing::Values("postgres", "mariadb"),
@@ -111,8 +111,8 @@ TEST_P(Server, RefusesWhileDownAndAcceptsOnceBack) {
   posto_.base.Riapri();
   const auto tiene = posto_.base.Tutto();
   EXPECT_THAT(tiene, ElementsAreArray(prima));
-  prova::RegistroEsiti::Unico().AnnotaGuasto(GetParam(), "server fermo all'apertura", posto_.msg.Errore,
-                                             tiene == prima ? "come prima" : "CAMBIATA", posto_.secondi);
+  test::RegistroEsiti::Unico().AnnotaGuasto(GetParam(), "server fermo all'apertura", posto_.msg.Errore,
+                                            tiene == prima ? "come prima" : "CAMBIATA", posto_.secondi);
   EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
 }
 
@@ -129,7 +129,7 @@ TEST_P(Server, KilledHalfwayKeepsNothing) {
 }
 
 TEST(RefusedCommit, ByADeferredConstraintIsNotApplied) {
-  const prova::BaseEsiti base("postgres");
+  const test::BaseEsiti base("postgres");
   base.Esegui("CREATE TABLE UNA (A INTEGER, CONSTRAINT DOPPIA UNIQUE (A) DEFERRABLE INITIALLY DEFERRED)");
   const auto connection = base.AltroTerminale();
   connection->BeginTrans();
@@ -152,7 +152,7 @@ TEST(RefusedCommit, ByADeferredConstraintIsNotApplied) {
 }
 
 TEST(RefusedCommit, ByAServerThatBecameReadOnlyIsNotApplied) {
-  const prova::BaseEsiti base("mariadb");
+  const test::BaseEsiti base("mariadb");
   base.Esegui("CREATE USER OPERATORE IDENTIFIED BY 'Operatore!1'");
   base.Esegui("GRANT SELECT,UPDATE ON " + base.Valore("SELECT DATABASE()") + ".* TO OPERATORE");
   ado::Connection connection;
@@ -177,7 +177,7 @@ TEST(RefusedCommit, ByAServerThatBecameReadOnlyIsNotApplied) {
 }
 
 TEST(RefusedCommit, ByAReaderOfSqliteIsNotApplied) {
-  const prova::BaseEsiti base("sqlite");
+  const test::BaseEsiti base("sqlite");
   const auto lettore = base.AltroTerminale();
   lettore->BeginTrans();
   ado::Command comando;

@@ -7,7 +7,7 @@
 #include <tuple>
 
 using namespace lumoscad;
-using prova::ByteProxy;
+using test::ByteProxy;
 using testing::AllOf;
 using testing::ElementsAreArray;
 using testing::EndsWith;
@@ -26,7 +26,7 @@ constexpr const char* NonSiSa = "L'host ha già accettato la modifica; non si sa
 /// A procedure on a server, whose connection a proxy breaks.
 class Cuts : public testing::TestWithParam<std::tuple<const char*, const char*>> {
  protected:
-  Cuts() : procedura_(prova::TrovaProcedura(std::get<1>(GetParam()))), prima_(posto_.base.Tutto()) {}
+  Cuts() : procedura_(test::TrovaProcedura(std::get<1>(GetParam()))), prima_(posto_.base.Tutto()) {}
 
   /// What the procedure makes of the data when nothing breaks; the data are put back.
   void Misura() {
@@ -66,8 +66,8 @@ class Cuts : public testing::TestWithParam<std::tuple<const char*, const char*>>
     posto_.base.Proxy().StrikeAtSequence(sequenza, momento, azione, volta);
   }
 
-  prova::PostoEsiti posto_{std::get<0>(GetParam())};
-  const prova::ProceduraProvata& procedura_;
+  test::PostoEsiti posto_{std::get<0>(GetParam())};
+  const test::ProceduraProvata& procedura_;
   std::vector<std::string> prima_;
   std::vector<std::string> dopo_;
   int istruzioni_ = 0;
@@ -81,13 +81,13 @@ class Cuts : public testing::TestWithParam<std::tuple<const char*, const char*>>
   }
   void Annota(const char* punto, const char* detto, const std::vector<std::string>& tiene) const {
     const char* stato = tiene == prima_ ? "come prima" : tiene == dopo_ ? "tutta" : "IN PARTE";
-    prova::RegistroEsiti::Unico().Annota({std::get<0>(GetParam()), procedura_.nome, punto, detto, stato});
+    test::RegistroEsiti::Unico().Annota({std::get<0>(GetParam()), procedura_.nome, punto, detto, stato});
   }
 };
 
 std::vector<const char*> Nomi() {
   std::vector<const char*> nomi;
-  for (const auto& procedura : prova::ProcedureProvate()) {
+  for (const auto& procedura : test::ProcedureProvate()) {
     nomi.push_back(procedura.nome);
   }
   return nomi;

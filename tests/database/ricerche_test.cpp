@@ -33,12 +33,12 @@ class KeySearch : public testing::TestWithParam<const char*> {
  protected:
   KeySearch() { base.Apri(connection); }
 
-  prova::BaseDati base{GetParam(), prova::DatiDiProva()};
+  test::BaseDati base{GetParam(), test::DatiDiProva()};
   ado::Connection connection;
-  prova::TestBench banco;
+  test::TestBench banco;
 };
 
-INSTANTIATE_TEST_SUITE_P(Databases, KeySearch, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, KeySearch, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(KeySearch, FindsACompanyLineByItsThreeCodes) {
   EXPECT_EQ(CercaAziendaLinea(connection, "002", " ", " "), 2);

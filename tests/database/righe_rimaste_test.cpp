@@ -30,7 +30,7 @@ const std::string documento = "conto C01 documento AB/06/123";
 
 /// Instalment 1 of an item in two events, instalment 2 in one.
 std::string RateDiProva() {
-  using prova::Rata;
+  using test::Rata;
   return Rata("101,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,100") +
          Rata("102,1,301,201,101,'C','N','2006-03-04','2006-01-31',1,106,50") +
          Rata("103,1,301,201,101,'C','N','2006-04-04','2006-02-28',2,106,1");
@@ -113,17 +113,16 @@ class RowsLeft : public testing::TestWithParam<const char*> {
                       ") ORDER BY EVENTOCONTABILEKEY");
   }
 
-  prova::BaseDati base{GetParam(), prova::DatiPresunti() + RateDiProva()};
-  prova::TestBench banco;
+  test::BaseDati base{GetParam(), test::DatiPresunti() + RateDiProva()};
+  test::TestBench banco;
   MsgAnnulla msg;
 };
 
 /// Two writers at once need a database that lets a row be changed while a transaction reads it.
 class RowsLeftOnAServer : public RowsLeft {};
 
-INSTANTIATE_TEST_SUITE_P(Databases, RowsLeft, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, RowsLeftOnAServer, testing::ValuesIn(test::databaseServers()),
-                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, RowsLeft, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, RowsLeftOnAServer, testing::ValuesIn(test::databaseServers()), test::NomeDelGenere);
 
 TEST_P(RowsLeft, AreNamedWhereSomebodyChangedThemAndTheRestIsCommitted) {
   Altro("BANCAPRESENTAZIONE_KEY=108", "101,102");
@@ -374,7 +373,7 @@ class CommandWithRowsLeft : public RowsLeft {
   std::size_t boxAlRilascio = 99;
 };
 
-INSTANTIATE_TEST_SUITE_P(Databases, CommandWithRowsLeft, testing::Values("postgres"), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, CommandWithRowsLeft, testing::Values("postgres"), test::NomeDelGenere);
 
 TEST_P(CommandWithRowsLeft, ShowsThemInOneBoxAfterTheReleaseAndSucceeds) {
   banco.host.reply = "<R><MESSAGGIO>Variate 2 scadenze</MESSAGGIO></R>";
@@ -405,8 +404,8 @@ TEST_P(CommandWithRowsLeft, TellsOfDeliveriesToo) {
 TEST_P(CommandWithRowsLeft, CountsThoseBeyondTwenty) {
   std::string altre;
   for (int rata = 11; rata <= 32; ++rata) {
-    altre += prova::Rata(std::to_string(1000 + rata) + ",1,301,202,102,'C','N','2006-06-30','2006-06-30'," +
-                         std::to_string(rata) + ",106,1");
+    altre += test::Rata(std::to_string(1000 + rata) + ",1,301,202,102,'C','N','2006-06-30','2006-06-30'," +
+                        std::to_string(rata) + ",106,1");
   }
   base.Script(altre);
   Recita(7, "010706", [this] { base.Esegui("DELETE FROM EVENTOCONTABILE WHERE PARTITACONTABILEKEY=202"); });

@@ -30,7 +30,7 @@ std::vector<RigaScadenze> RigheDellElenco(Elenco& elenco) {
 }
 
 /// The single-item screen with the true request writer, the true extra deletion and a database behind them.
-class ItemScreenOnADatabase : public prova::BaseDelleAzioni {
+class ItemScreenOnADatabase : public test::BaseDelleAzioni {
  protected:
   ItemScreenOnADatabase() {
     stato().Azienda = "01";

@@ -7,10 +7,10 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-class BankScreenLoad : public prova::SchermataSuBase {};
-INSTANTIATE_TEST_SUITE_P(Databases, BankScreenLoad, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
-class BankScreenBanks : public prova::SchermataSuBase {};
-INSTANTIATE_TEST_SUITE_P(Databases, BankScreenBanks, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+class BankScreenLoad : public test::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenLoad, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
+class BankScreenBanks : public test::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenBanks, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(BankScreenLoad, FillsTheTextsOfARow) {
   static_cast<void>(Mostra([this] {
@@ -56,8 +56,8 @@ TEST_P(BankScreenLoad, ListsNullDatesAndANullAmountAsEmptyCells) {
 
 TEST_P(BankScreenLoad, StopsAtADateThatIsNoneAndNamesAccountColumnAndValue) {
   for (const char* colonna : {"DATASCADENZA", "DATASCADENZAORIGINALE"}) {
-    for (const auto& [scritta, letta] : prova::DateImpossibili(GetParam())) {
-      prova::ScriviDataImpossibile(base, GetParam(), colonna, scritta, 3);
+    for (const auto& [scritta, letta] : test::DateImpossibili(GetParam())) {
+      test::ScriviDataImpossibile(base, GetParam(), colonna, scritta, 3);
       EXPECT_EQ(Fallimento([this] { EXPECT_LT(righe.Quante(), 4U); }),
                 "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna " + std::string(colonna) +
                     ", valore «" + letta + "».")
@@ -69,8 +69,8 @@ TEST_P(BankScreenLoad, StopsAtADateThatIsNoneAndNamesAccountColumnAndValue) {
 
 TEST_P(BankScreenLoad, StopsAtADateThatIsNoneAlsoInARowThatIsNotListed) {
   base.Esegui("UPDATE EVENTOCONTABILE SET IMPORTOEURO=0 WHERE EVENTOCONTABILEKEY=3");
-  const auto [scritta, letta] = prova::DateImpossibili(GetParam()).front();
-  prova::ScriviDataImpossibile(base, GetParam(), "DATASCADENZA", scritta, 3);
+  const auto [scritta, letta] = test::DateImpossibili(GetParam()).front();
+  test::ScriviDataImpossibile(base, GetParam(), "DATASCADENZA", scritta, 3);
   EXPECT_EQ(Fallimento([] {}),
             "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna DATASCADENZA, valore «" +
                 std::string(letta) + "».");
@@ -100,7 +100,7 @@ TEST_P(BankScreenLoad, GivesEachRowItsItemKey) {
 TEST_P(BankScreenLoad, KeepsInstalmentsOfOneItemAndDateApart) {
   base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-03-04', BANCAPRESENTAZIONE_KEY=106, NUMERORATA=1 "
               "WHERE EVENTOCONTABILEKEY=3");
-  base.Esegui(prova::Rata("8,1,301,201,101,'C','N','2006-03-04','2006-04-01',2,106,7"));
+  base.Esegui(test::Rata("8,1,301,201,101,'C','N','2006-03-04','2006-04-01',2,106,7"));
   static_cast<void>(Mostra([this] {
     std::vector<std::string> chiavi;
     for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
@@ -146,8 +146,8 @@ TEST_P(BankScreenLoad, ShowsWhatWasFoundAndThenRaisesAFailure) {
 }
 
 /// Only SQLite keeps a text that is no date in a column of dates.
-class BankScreenOddDate : public prova::SchermataSuBase {};
-INSTANTIATE_TEST_SUITE_P(Databases, BankScreenOddDate, testing::Values("sqlite"), prova::NomeDelGenere);
+class BankScreenOddDate : public test::SchermataSuBase {};
+INSTANTIATE_TEST_SUITE_P(Databases, BankScreenOddDate, testing::Values("sqlite"), test::NomeDelGenere);
 
 TEST_P(BankScreenOddDate, KeepsTheRowsReadBeforeIt) {
   base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZAORIGINALE='domani' WHERE EVENTOCONTABILEKEY=2");

@@ -9,7 +9,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class DeliveryScreen : public prova::SchermataPresunti<FormConsegna> {
+class DeliveryScreen : public test::SchermataPresunti<FormConsegna> {
  protected:
   explicit DeliveryScreen(const std::string& dati = "") : SchermataPresunti(&FormConsegna::elaboraConsegna, dati) {}
 
@@ -23,7 +23,7 @@ class DeliveryScreen : public prova::SchermataPresunti<FormConsegna> {
     return std::string(righe.Testo(riga, FormConsegna::NuovaConsegna)) + (righe.Spuntata(riga, 0) ? "|x" : "|");
   }
 };
-INSTANTIATE_TEST_SUITE_P(Databases, DeliveryScreen, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, DeliveryScreen, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
   Mostra([this] {
@@ -278,8 +278,8 @@ TEST_P(DeliveryScreen, AFailureToLoadIsRaisedAfterTheWindowWasShown) {
 TEST_P(DeliveryScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn) {
   for (const auto& [colonna, nome] : std::vector<std::pair<std::string, std::string>>{
            {"DATACONSEGNA", "DATACONSEGNA"}, {"DATACONSEGNAPRODUZIONE", "DATACONSEGNAORIGINE"}}) {
-    for (const auto& [scritta, letta] : prova::DateImpossibili(GetParam())) {
-      prova::ScriviDataImpossibile(base, GetParam(), colonna, scritta, 3);
+    for (const auto& [scritta, letta] : test::DateImpossibili(GetParam())) {
+      test::ScriviDataImpossibile(base, GetParam(), colonna, scritta, 3);
       EXPECT_EQ(Fallimento([this] { EXPECT_LT(righe.Quante(), 6U); }),
                 "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna " + nome + ", valore «" + letta +
                     "».")
@@ -292,11 +292,11 @@ TEST_P(DeliveryScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn
 class DeliveryScreenNullAmount : public DeliveryScreen {
  protected:
   DeliveryScreenNullAmount()
-      : DeliveryScreen(prova::DatiPresunti() +
-                       prova::Presunto("31,1,403,101,'N',NULL,NULL,NULL,NULL,'2006-02-27',NULL,NULL")) {}
+      : DeliveryScreen(test::DatiPresunti() +
+                       test::Presunto("31,1,403,101,'N',NULL,NULL,NULL,NULL,'2006-02-27',NULL,NULL")) {}
 };
-INSTANTIATE_TEST_SUITE_P(Databases, DeliveryScreenNullAmount, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, DeliveryScreenNullAmount, testing::ValuesIn(test::GeneriDiBase()),
+                         test::NomeDelGenere);
 
 TEST_P(DeliveryScreenNullAmount, ARowOfNullsIsListedWithEmptyCells) {
   Mostra([this] {

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class PresumedScreen : public prova::SchermataPresunti<FormPresunti> {
+class PresumedScreen : public test::SchermataPresunti<FormPresunti> {
  protected:
   explicit PresumedScreen(const std::string& dati = "") : SchermataPresunti(&FormPresunti::elaboraPresunti, dati) {}
 
@@ -33,7 +33,7 @@ class PresumedScreen : public prova::SchermataPresunti<FormPresunti> {
             NuovaBanca(Riga("AB123/06", "USD"))};
   }
 };
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreen, testing::ValuesIn(prova::GeneriDiBase()), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreen, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
   Mostra([this] {
@@ -360,8 +360,8 @@ TEST_P(PresumedScreen, AnUnknownCompanyIsRaisedAfterTheWindowWasShown) {
 }
 
 TEST_P(PresumedScreen, ADateThatIsNoneStopsTheLoadAndIsNamedWithAccountAndColumn) {
-  for (const auto& [scritta, letta] : prova::DateImpossibili(GetParam())) {
-    prova::ScriviDataImpossibile(base, GetParam(), "DATACONSEGNA", scritta, 3);
+  for (const auto& [scritta, letta] : test::DateImpossibili(GetParam())) {
+    test::ScriviDataImpossibile(base, GetParam(), "DATACONSEGNA", scritta, 3);
     EXPECT_EQ(Fallimento([this] { EXPECT_LT(righe.Quante(), 6U); }),
               "ERRORE: 13\r\nData non valida nella base dati: conto C01, colonna DATACONSEGNA, valore «" + letta + "».")
         << scritta;
@@ -372,11 +372,10 @@ class PresumedScreenTwins : public PresumedScreen {
  protected:
   // Two movements of one number in different years: the look-up over all years finds both.
   PresumedScreenTwins()
-      : PresumedScreen(prova::DatiPresunti() +
+      : PresumedScreen(test::DatiPresunti() +
                        "INSERT INTO MOVIMENTOCONTABILE VALUES (409,1,'N','CD','506','2005','V');") {}
 };
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenTwins, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenTwins, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedScreenTwins, AMovementThatIsNotFoundKeepsTheRowsLoadedSoFar) {
   EXPECT_EQ(Fallimento([this] {
@@ -398,11 +397,11 @@ class PresumedScreenLetters : public PresumedScreen {
  protected:
   // Two documents apart only by the case of their letters, where the database tells such texts apart.
   PresumedScreenLetters()
-      : PresumedScreen(prova::DatiPresunti() +
+      : PresumedScreen(test::DatiPresunti() +
                        "INSERT INTO MOVIMENTOCONTABILE VALUES (409,1,'N','ab','12306','2006','V');" +
-                       prova::Presunto("21,1,409,101,'N',106,30,30,'EUR','2006-03-10','2006-03-01','X'")) {}
+                       test::Presunto("21,1,409,101,'N',106,30,30,'EUR','2006-03-10','2006-03-01','X'")) {}
 };
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenLetters, testing::Values("sqlite", "postgres"), prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenLetters, testing::Values("sqlite", "postgres"), test::NomeDelGenere);
 
 TEST_P(PresumedScreenLetters, DocumentsApartOnlyByTheCaseOfTheirLettersGiveARecordEach) {
   const auto variazioni = Mostra([this] {
@@ -419,11 +418,11 @@ class PresumedScreenEqualRows : public PresumedScreen {
  protected:
   // The same document, date, currency and bank, apart only by the original date, which the screen does not show.
   PresumedScreenEqualRows()
-      : PresumedScreen(prova::DatiPresunti() + prova::Presunto("21,1,403,101,'N',107,0,5,'CHF','2006-02-28',NULL,'X'") +
-                       prova::Presunto("22,1,403,101,'N',107,0,5,'CHF','2006-02-28','2006-01-01','X'")) {}
+      : PresumedScreen(test::DatiPresunti() + test::Presunto("21,1,403,101,'N',107,0,5,'CHF','2006-02-28',NULL,'X'") +
+                       test::Presunto("22,1,403,101,'N',107,0,5,'CHF','2006-02-28','2006-01-01','X'")) {}
 };
-INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenEqualRows, testing::ValuesIn(prova::GeneriDiBase()),
-                         prova::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, PresumedScreenEqualRows, testing::ValuesIn(test::GeneriDiBase()),
+                         test::NomeDelGenere);
 
 TEST_P(PresumedScreenEqualRows, RowsWithEqualKeysAreBothListed) {
   Mostra([this] {

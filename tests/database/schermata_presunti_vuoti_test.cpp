@@ -5,7 +5,7 @@ namespace lumoscad {
 namespace {
 
 /// Rows without a document text, as a movement without series gives them, beside the documents of the list.
-class PresumedScreenWithoutDocument : public prova::SchermataPresunti<FormPresunti> {
+class PresumedScreenWithoutDocument : public test::SchermataPresunti<FormPresunti> {
  protected:
   PresumedScreenWithoutDocument() : SchermataPresunti(&FormPresunti::elaboraPresunti, "") {}
 

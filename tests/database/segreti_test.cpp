@@ -50,8 +50,8 @@ INSTANTIATE_TEST_SUITE_P(Password, PasswordAsSchema,
 
 TEST_P(PasswordAsSchema, AppearsInNoMessage) {
   const std::string password = GetParam();
-  const prova::BaseDati base("sqlite", "");
-  prova::TestBench banco;
+  const test::BaseDati base("sqlite", "");
+  test::TestBench banco;
   banco.host.reply = "<R><MESSAGGIO>Fatto</MESSAGGIO></R>";
   const std::string opzioni = base.Opzioni() + " -DB2USER ada -DB2PASS " + password;
   ASSERT_EQ(moduloDatabase::LeggiParametriDB2(opzioni).Schema, password);
@@ -68,8 +68,8 @@ TEST_P(PasswordAsSchema, AppearsInNoMessage) {
 }
 
 TEST(Password, OfAServerDoesNotAppearWhereItServesAsSchema) {
-  const prova::BaseDati base("postgres", "");
-  const prova::TestBench banco;
+  const test::BaseDati base("postgres", "");
+  const test::TestBench banco;
   const auto parametri = moduloDatabase::LeggiParametriDB2(base.Opzioni());
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T TEST " + base.Opzioni()), "error");
   ASSERT_THAT(banco.desktop.box, SizeIs(1));

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr int Intervallo = 5; // milliseconds
@@ -54,4 +54,4 @@ void Battito::Chiudi() {
   Annota();
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

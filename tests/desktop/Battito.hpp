@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// One gesture on an open window; gestures of one kind share a name.
 struct Passo {
@@ -46,4 +46,4 @@ class Battito final : public QObject {
   QTimer timer_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -13,7 +13,7 @@
 #include <iomanip>
 #include <sstream>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace {
 
@@ -286,4 +286,4 @@ bool Visibile(QDialog& finestra, const char* nome) {
   return Trova<QWidget>(finestra, nome).isVisible();
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

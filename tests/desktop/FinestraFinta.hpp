@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A list window's screen that only records gestures and follows the plainest rules: enough to see the window move.
 class FinestraFinta final : public ListWindow {
@@ -104,4 +104,4 @@ void Clicca(QTableView& lista, int riga, int colonna);
 /// Whether the widget called `nome` is on the screen.
 [[nodiscard]] bool Visibile(QDialog& finestra, const char* nome);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

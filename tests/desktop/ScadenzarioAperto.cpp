@@ -6,7 +6,7 @@
 #include <QLabel>
 #include <QTest>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// Gives the open window the keyboard back after a message, where no window manager does it.
@@ -94,4 +94,4 @@ int ScadenzarioAperto::Spuntate() const {
   return quante;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The single-item screen in its real window, with four instalments; its confirmations only leave a trace, and its
 /// message boxes are answered with Enter.
@@ -55,4 +55,4 @@ class ScadenzarioAperto : public testing::Test {
   QTimer risponditore_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// An application of the calling program, for a scope.
@@ -116,4 +116,4 @@ TEST(CallersApplication, WhenItIsGoneTheNextWindowsGetOneOfOurOwnAndSoDoesThePoi
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

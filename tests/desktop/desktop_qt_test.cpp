@@ -18,7 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// Runs `copione` on the modal window that is shown next.
@@ -344,4 +344,4 @@ TEST(Desktop, TheCallingProgramsLoopSurvivesTheLastOfOurWindows) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

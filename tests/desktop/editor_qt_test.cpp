@@ -12,7 +12,7 @@
 
 #include <tuple>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 TEST(CellEditor, SpaceTicksAndEnterOrF2OpensTheEditor) {
@@ -211,4 +211,4 @@ TEST(CellEditor, AKeyInTheListGoesBackToTheOpenEditor) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

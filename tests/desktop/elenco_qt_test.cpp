@@ -21,7 +21,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -391,4 +391,4 @@ TEST(ListWindow, AMillionRowsMoveSortAndEditWithoutAPause) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

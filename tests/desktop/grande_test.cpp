@@ -23,7 +23,7 @@
 #include <cstdio>
 #include <optional>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using Colonna = frmLumoScadenzeBanche::Colonna;
@@ -300,4 +300,4 @@ TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatW
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -15,7 +15,7 @@
 namespace lumoscad::qt {
 namespace {
 
-using prova::FinestraFinta;
+using test::FinestraFinta;
 
 TEST(ListModel, ObeysTheModelContractThroughReloadsAndChanges) {
   FinestraFinta finta(50);

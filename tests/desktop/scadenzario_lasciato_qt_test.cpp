@@ -12,7 +12,7 @@
 #include <array>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -208,4 +208,4 @@ TEST_F(ItemWindowLeft, LeavingTheEditorWritesItsDate) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

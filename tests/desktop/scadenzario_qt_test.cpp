@@ -14,7 +14,7 @@
 
 #include <gmock/gmock.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -413,4 +413,4 @@ TEST_F(ItemWindow, ShowsItsTextsWhole) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -18,7 +18,7 @@
 
 #include <array>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// Each family stands for a font that every machine with a desktop has, so that what is drawn tells them apart; goes
@@ -223,4 +223,4 @@ TEST_F(Screens, OfThePresumedDocumentsCarryBothEditorsAndNoDateAtTheTop) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -10,7 +10,7 @@
 #include <sys/socket.h>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A loopback port whose queue of connections is full: the system leaves the next ones without an answer.
 struct CodaPiena {
@@ -37,4 +37,4 @@ struct CodaPiena {
   unsigned porta = 0;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

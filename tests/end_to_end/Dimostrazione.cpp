@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
@@ -30,16 +30,6 @@ constexpr std::array<std::pair<const char*, const char*>, 6> tabelle{{{"AZIENDEL
 std::string AggiungiSorgente(const fs::path& file) {
   return test::OdbcConfiguration::instance().addSource("dimostrazione", "libsqlite3odbc.so",
                                                        {{"Database", file.string()}, {"Timeout", "5000"}});
-}
-
-fs::path CartellaNuova() {
-  const fs::path cartella = test::outputPath("end_to_end/prove");
-  fs::create_directories(cartella);
-  std::string modello = (cartella / "XXXXXX").string();
-  if (::mkdtemp(modello.data()) == nullptr) {
-    throw std::system_error(errno, std::generic_category(), "mkdtemp");
-  }
-  return modello;
 }
 
 /// A server whose root is the directory `radice`; `opzioni` are those of the subsystem that makes it so.
@@ -118,11 +108,6 @@ Righe Contenuto(const fs::path& cartella) {
   return nomi;
 }
 
-std::string Leggi(const fs::path& file) {
-  std::ifstream flusso(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(flusso), {}};
-}
-
 void Scrivi(const fs::path& file, std::string_view contenuto) {
   std::ofstream(file, std::ios::binary) << contenuto;
 }
@@ -138,8 +123,8 @@ std::string NomeTrasporto(Trasporto trasporto) {
   return trasporto == Trasporto::Ssh ? "ssh" : "cartella";
 }
 
-Dimostrazione::Dimostrazione(Trasporto trasporto) : base_(CartellaNuova()) {
-  if (!Comando({test::sourcePath("demo/prepara.sh").string(), base_.string()},
+Dimostrazione::Dimostrazione(Trasporto trasporto) {
+  if (!Comando({test::sourcePath("demo/prepara.sh").string(), Base().string()},
                {"LUMOSCAD_BIN=" + (test::buildFolder() / "bin").string(), "LUMOSCAD_DATA=" + std::string(Giorno)})) {
     throw std::runtime_error("the demonstration cannot be prepared");
   }
@@ -154,12 +139,12 @@ Dimostrazione::~Dimostrazione() {
   test::OdbcConfiguration::instance().removeSource(sorgente_);
   std::error_code ignorato;
   fs::permissions(Tmp(), fs::perms::owner_all, ignorato);
-  fs::remove_all(base_, ignorato);
+  fs::remove_all(Base(), ignorato);
 }
 
 void Dimostrazione::AvviaSsh() {
-  ssh_ = std::make_unique<SshServer>(base_ / "ssh", OpzioniSsh(Host().string(), ""));
-  std::ofstream file(base_ / "ambiente.sh", std::ios::app);
+  ssh_ = std::make_unique<SshServer>(Base() / "ssh", OpzioniSsh(Host().string(), ""));
+  std::ofstream file(Base() / "ambiente.sh", std::ios::app);
   for (const auto& voce : Ambiente()) {
     const auto segno = voce.find('=');
     file << "export " << voce.substr(0, segno + 1) << "'" << voce.substr(segno + 1) << "'\n";
@@ -191,11 +176,11 @@ std::string Dimostrazione::Connessione() const {
 }
 
 Fotografia Dimostrazione::StatoDopo(std::string_view istruzioni) const {
-  const fs::path copia = base_ / "attesa.sqlite";
+  const fs::path copia = Base() / "attesa.sqlite";
   fs::copy_file(BaseDati(), copia, fs::copy_options::overwrite_existing);
   const auto connessione = test::connectionText(AggiungiSorgente(copia));
   test::runScript(connessione, istruzioni);
   return Fotografa(connessione);
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

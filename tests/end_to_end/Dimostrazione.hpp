@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Files.hpp"
+
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -7,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 class SshServer;
 
@@ -27,7 +29,6 @@ using Fotografia = std::map<std::string, Righe>;
 /// The names of the files in a directory, in order.
 [[nodiscard]] Righe Contenuto(const std::filesystem::path& cartella);
 
-[[nodiscard]] std::string Leggi(const std::filesystem::path& file);
 void Scrivi(const std::filesystem::path& file, std::string_view contenuto);
 /// Writes a shell script that can be run.
 void ScriviProgramma(const std::filesystem::path& file, std::string_view corpo);
@@ -51,13 +52,13 @@ class Dimostrazione {
   Dimostrazione& operator=(const Dimostrazione&) = delete;
   ~Dimostrazione();
 
-  [[nodiscard]] std::filesystem::path Base() const { return base_; }
-  [[nodiscard]] std::filesystem::path BaseDati() const { return base_ / "contabilita.sqlite"; }
-  [[nodiscard]] std::filesystem::path Host() const { return base_ / "host"; }
-  [[nodiscard]] std::filesystem::path Tmp() const { return base_ / "host/tmp"; }
-  [[nodiscard]] std::filesystem::path VB0001() const { return base_ / "host/programmi/VB0001"; }
-  [[nodiscard]] std::filesystem::path Registro() const { return base_ / "host/registro/VB0001.log"; }
-  [[nodiscard]] std::filesystem::path Locale() const { return base_ / "locale"; }
+  [[nodiscard]] std::filesystem::path Base() const { return cartella_.Path(); }
+  [[nodiscard]] std::filesystem::path BaseDati() const { return Base() / "contabilita.sqlite"; }
+  [[nodiscard]] std::filesystem::path Host() const { return Base() / "host"; }
+  [[nodiscard]] std::filesystem::path Tmp() const { return Base() / "host/tmp"; }
+  [[nodiscard]] std::filesystem::path VB0001() const { return Base() / "host/programmi/VB0001"; }
+  [[nodiscard]] std::filesystem::path Registro() const { return Base() / "host/registro/VB0001.log"; }
+  [[nodiscard]] std::filesystem::path Locale() const { return Base() / "locale"; }
   /// The host's address for the command line.
   [[nodiscard]] std::string Indirizzo() const;
   /// The host's server, where there is one.
@@ -78,9 +79,9 @@ class Dimostrazione {
  private:
   void AvviaSsh();
 
-  std::filesystem::path base_;
+  TemporaryFolder cartella_;
   std::string sorgente_;
   std::unique_ptr<SshServer> ssh_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Waits until `condizione` holds; false when it does not within `limite`.
 template <typename Condizione>
@@ -50,4 +50,4 @@ class Figlio {
   std::optional<int> stato_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

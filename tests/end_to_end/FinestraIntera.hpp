@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The component's windows as the person sees them, on a demonstration: real widgets, the real back end on a host that
 /// is a directory, and a database. The clock stands at 5 March 2026, 14:07:09; message boxes are answered with Enter.
@@ -47,7 +47,7 @@ class FinestraIntera : public testing::Test {
     QTest::mouseClick(&Trova<QWidget>(finestra, nome), Qt::LeftButton);
   }
   /// What the back end wrote of the requests that it was sent.
-  [[nodiscard]] std::string Chiamata() const { return Leggi(demo.Registro()); }
+  [[nodiscard]] std::string Chiamata() const { return FileText(demo.Registro()); }
 
   Dimostrazione demo;
   std::vector<std::string> box; ///< the texts of the message boxes
@@ -73,4 +73,4 @@ class FinestraIntera : public testing::Test {
   QTimer risponditore_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr int TestataScadenza = 5;
@@ -95,4 +95,4 @@ void Guasti::VerificaRifiuto(const std::string& risultato, const Righe& box, con
   EXPECT_THAT(Differenze(prima, demo.Stato()), testing::IsEmpty());
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The credits command on a demonstration, with the real host link and the real back end. The person is a script; the
 /// clock stands at 5 March 2026, 14:07:09.
@@ -57,4 +57,4 @@ class Guasti : public testing::Test {
   ReplacedServices servizi_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
@@ -156,7 +156,7 @@ std::string SshFaults::SullHost() const {
   testo = testo.empty() ? "nothing" : testo;
   const auto avvii = Avvii();
   testo += avvii == 0 ? "; program not started" : "; program started " + std::to_string(avvii) + "×";
-  const auto registro = Leggi(demo.Registro());
+  const auto registro = FileText(demo.Registro());
   return testo + (registro.starts_with("ACCETTATA") ? ", request accepted" : "");
 }
 
@@ -178,7 +178,7 @@ std::string SshFaults::Anonimo(std::string testo) const {
 }
 
 std::size_t SshFaults::Avvii() const {
-  return Leggi(demo.Host() / "avvii").size();
+  return FileText(demo.Host() / "avvii").size();
 }
 
 void SshFaults::VerificaErrore(const Righe& parti) const {
@@ -235,4 +235,4 @@ void SshFaults::Taglia(bool perSempre) {
   proxy.Strike(Azione::Reset);
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

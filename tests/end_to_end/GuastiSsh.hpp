@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The credits command over SSH, through a proxy. Each case is one line of the table of faults, which is printed at
 /// the end and written to the file guasti_ssh.md of the build folder.
@@ -76,4 +76,4 @@ class SshFaults : public Guasti {
   std::vector<std::future<bool>> agguati_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAreArray;
@@ -80,8 +80,8 @@ void ListaPresunti::Lancia(const std::string& programma, int volte) {
 
 void ListaPresunti::ApriLista() {
   finestra_ = schermo.AspettaFinestra(titolo_, *programma_);
-  ASSERT_FALSE(finestra_.empty()) << Leggi(demo.Base() / "risultato") << Leggi(demo.Base() / "errori");
-  EXPECT_THAT(Leggi(demo.Tmp() / blocco),
+  ASSERT_FALSE(finestra_.empty()) << FileText(demo.Base() / "risultato") << FileText(demo.Base() / "errori");
+  EXPECT_THAT(FileText(demo.Tmp() / blocco),
               MatchesRegex("Utente : T01\r\nData : [0-9]{2}/[0-9]{2}/[0-9]{4}   Ora : [0-9]{2}:[0-9]{2}\r\n"));
   Tasti({"ctrl+2", "Home"});
 }
@@ -107,7 +107,7 @@ void ListaPresunti::Fotografa(const std::string& nome) {
 void ListaPresunti::Conferma() {
   Tasti({"ctrl+Return"});
   ASSERT_FALSE(schermo.AspettaFinestra("LumoScad", *programma_).empty())
-      << Leggi(demo.Base() / "risultato") << Leggi(demo.Base() / "errori");
+      << FileText(demo.Base() / "risultato") << FileText(demo.Base() / "errori");
   EXPECT_TRUE(fs::exists(demo.Tmp() / blocco));
   Tasti({"Return"});
   ASSERT_TRUE(schermo.Sparita("LumoScad"));
@@ -115,15 +115,15 @@ void ListaPresunti::Conferma() {
 
 void ListaPresunti::VerificaFine(int stato, const std::string& risultato, const Righe& rimasti) {
   EXPECT_EQ(programma_->Attendi(), stato);
-  EXPECT_EQ(Leggi(demo.Base() / "risultato"), risultato);
-  EXPECT_EQ(Leggi(demo.Base() / "errori"), "");
+  EXPECT_EQ(FileText(demo.Base() / "risultato"), risultato);
+  EXPECT_EQ(FileText(demo.Base() / "errori"), "");
   EXPECT_EQ(Contenuto(demo.Tmp()), rimasti);
 }
 
 void ListaPresunti::VerificaRichiesta(const std::string& nome, std::size_t vuoti, const std::string& file,
                                       const std::string& testo) {
-  EXPECT_EQ(Leggi(demo.Host() / "registro/richiesta"), file);
-  EXPECT_THAT(Leggi(demo.Host() / "registro/nomi"), MatchesRegex("T01[0-9]{14}\\.dos\n" + blocco + "\n"));
+  EXPECT_EQ(FileText(demo.Host() / "registro/richiesta"), file);
+  EXPECT_THAT(FileText(demo.Host() / "registro/nomi"), MatchesRegex("T01[0-9]{14}\\.dos\n" + blocco + "\n"));
   const auto chiamate = Chiamate();
   ASSERT_EQ(chiamate.size(), 1U);
   constexpr std::size_t NomeDelFile = 7;
@@ -148,7 +148,7 @@ void ListaPresunti::VerificaNullaFatto() {
 
 std::vector<Righe> ListaPresunti::Chiamate() const {
   std::vector<Righe> chiamate;
-  for (const auto& riga : Dividi(Leggi(demo.Registro()), '\n')) {
+  for (const auto& riga : Dividi(FileText(demo.Registro()), '\n')) {
     if (!riga.empty()) {
       chiamate.push_back(Dividi(riga, '\t'));
     }
@@ -156,4 +156,4 @@ std::vector<Righe> ListaPresunti::Chiamate() const {
   return chiamate;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

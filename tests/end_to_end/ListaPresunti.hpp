@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The program on the presumed documents of one customer, played with keys, on each transport. By "Ordine" the list has
 /// ten rows: BC216/26 twice (8 April EUR; 15 April, originally 8 April, GBP), BC217/26 (no date, no bank), OC214/26
@@ -68,4 +68,4 @@ class ListaPresunti : public testing::TestWithParam<Trasporto> {
   std::string finestra_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

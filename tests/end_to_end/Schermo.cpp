@@ -8,7 +8,7 @@
 #include <thread>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 Schermo::Schermo(const std::filesystem::path& cartella, const std::string& misura)
     : esecuzione_(cartella / "esecuzione") {
@@ -20,10 +20,10 @@ Schermo::Schermo(const std::filesystem::path& cartella, const std::string& misur
   server_ = std::make_unique<Figlio>(std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", misura + "x24",
                                                               "-nolisten", "tcp", "-noreset"},
                                      std::vector<std::string>{}, "/dev/null", numero, cartella / "xvfb.log");
-  if (!Finche([&] { return Leggi(numero).ends_with('\n') || !server_->Vivo(); }) || !server_->Vivo()) {
-    throw std::runtime_error("the virtual display does not start: " + Leggi(cartella / "xvfb.log"));
+  if (!Finche([&] { return FileText(numero).ends_with('\n') || !server_->Vivo(); }) || !server_->Vivo()) {
+    throw std::runtime_error("the virtual display does not start: " + FileText(cartella / "xvfb.log"));
   }
-  display_ = ":" + Leggi(numero);
+  display_ = ":" + FileText(numero);
   display_.pop_back();
   gestore_ = std::make_unique<Figlio>(std::vector<std::string>{"openbox"}, Ambiente(), "/dev/null",
                                       cartella / "openbox.out", cartella / "openbox.log");
@@ -31,7 +31,7 @@ Schermo::Schermo(const std::filesystem::path& cartella, const std::string& misur
         return Comando({"xdotool", "get_num_desktops"}, Ambiente()) || !gestore_->Vivo();
       }) ||
       !gestore_->Vivo()) {
-    throw std::runtime_error("the window manager does not start: " + Leggi(cartella / "openbox.log"));
+    throw std::runtime_error("the window manager does not start: " + FileText(cartella / "openbox.log"));
   }
 }
 
@@ -105,4 +105,4 @@ Schermo::Misure Schermo::MisureFinestra(const std::string& finestra) const {
   return misure;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A virtual display of its own, 1280 by 800 or of another size, with a window manager; both end with the object.
 class Schermo {
@@ -47,4 +47,4 @@ class Schermo {
   std::unique_ptr<Figlio> gestore_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -51,13 +51,13 @@ class Chiamante {
     std::string risultati;
     Finche(
         [&] {
-          risultati = Leggi(cartella_ / "risultati");
+          risultati = FileText(cartella_ / "risultati");
           return std::count(risultati.begin(), risultati.end(), '\n') >= quanti;
         },
         std::chrono::seconds(10));
     return risultati;
   }
-  [[nodiscard]] std::string Errori() const { return Leggi(cartella_ / "errori"); }
+  [[nodiscard]] std::string Errori() const { return FileText(cartella_ / "errori"); }
   [[nodiscard]] long Rifiuti() const {
     const auto errori = Errori();
     long volte = 0;
@@ -76,20 +76,12 @@ class Chiamante {
 
 class Callers : public testing::TestWithParam<const char*> {
  protected:
-  Callers() {
-    std::string modello = (fs::path(testing::TempDir()) / "chiamanti.XXXXXX").string();
-    cartella = ::mkdtemp(modello.data());
-  }
-  ~Callers() override {
-    std::error_code ignorato;
-    fs::remove_all(cartella, ignorato);
-  }
   [[nodiscard]] std::unique_ptr<Chiamante> Avvia(std::vector<std::string> ambiente = {
                                                      "QT_QPA_PLATFORM=offscreen"}) const {
-    return std::make_unique<Chiamante>(GetParam(), cartella, std::move(ambiente));
+    return std::make_unique<Chiamante>(GetParam(), cartella.Path(), std::move(ambiente));
   }
 
-  fs::path cartella;
+  test::TemporaryFolder cartella;
 };
 
 TEST_P(Callers, TheFirstThreadHasTheWindowsForGood) {
@@ -125,7 +117,7 @@ TEST_P(Callers, AThreadThatHasEndedKeepsTheWindowsAndNoneInheritsThem) {
 }
 
 TEST_P(Callers, ASecondThreadsCallIsRefusedAtOnceWhileABoxIsOpenAndTheBoxStays) {
-  const Schermo schermo(cartella);
+  const Schermo schermo(cartella.Path());
   const auto chiamante = Avvia(schermo.Ambiente());
   chiamante->Da("M -T");
   ASSERT_FALSE(schermo.AspettaFinestra("LumoScad", chiamante->Programma()).empty()) << chiamante->Errori();
@@ -142,4 +134,4 @@ INSTANTIATE_TEST_SUITE_P(Languages, Callers, testing::Values("C", "Python"),
                          [](const auto& caso) { return std::string(caso.param); });
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -22,7 +22,7 @@
 #include <cstdlib>
 #include <gmock/gmock.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::Each;
@@ -72,7 +72,7 @@ class NestedCall : public testing::Test {
     }
     host_ = nexaro::CreateHostLink();
     ambiente_ = nexaro::ReadEnvironment();
-    test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
+    test::runScript(demo.Connessione(), FileText(test::sourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     orologio_.start();
     Ogni10(intruso_, [this] { Intrometti(); });
@@ -106,7 +106,7 @@ class NestedCall : public testing::Test {
     EXPECT_FALSE(fs::exists(demo.Tmp() / "VBDEBITI"));
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
   }
-  [[nodiscard]] std::string Chiamata() const { return Leggi(demo.Registro()); }
+  [[nodiscard]] std::string Chiamata() const { return FileText(demo.Registro()); }
 
   Dimostrazione demo;
   Fotografia prima;
@@ -251,7 +251,7 @@ TEST_F(NestedCall, ATimersCallInTheBoxOfATakenListIsRefusedAndTheListStaysTaken)
   EXPECT_EQ(EseguiConIntruso("-T BANCA /CREDITI", "MostraMessaggio"), "error");
   VerificaIntrusi();
   EXPECT_THAT(box, ElementsAre(StartsWith("Area CREDITI in manutenzione")));
-  EXPECT_EQ(Leggi(demo.Tmp() / "VBCREDITI"), "Utente : T02\r\nieri\r\n");
+  EXPECT_EQ(FileText(demo.Tmp() / "VBCREDITI"), "Utente : T02\r\nieri\r\n");
 }
 
 TEST_F(NestedCall, ATimersCallInTheWaitWindowIsRefusedAndTheRequestGoesWhereItBelongs) {
@@ -320,4 +320,4 @@ TEST_F(NestedCall, AThreadsCallIsRefusedWhileAListIsOpen) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -19,7 +19,7 @@ const std::string titolo = "LumoScad";
 class Commands : public testing::TestWithParam<Trasporto> {
  protected:
   Commands() : demo(GetParam()), schermo(demo.Base()) {
-    test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
+    test::runScript(demo.Connessione(), FileText(test::sourcePath("demo/comandi.sql")));
   }
 
   std::unique_ptr<Figlio> Avvia(const std::string& comando) {
@@ -38,12 +38,12 @@ class Commands : public testing::TestWithParam<Trasporto> {
       static_cast<void>(schermo.Tasti({"Return"}));
     }
     const auto stato = programma->Attendi();
-    return Leggi(demo.Base() / "risultato") + (stato ? std::to_string(*stato) : "fermo");
+    return FileText(demo.Base() / "risultato") + (stato ? std::to_string(*stato) : "fermo");
   }
   /// What the back end logged for the last command: outcome, answer, number of parameters, parameters and an empty
   /// file.
   [[nodiscard]] Righe Chiamata() const {
-    auto riga = Leggi(demo.Registro());
+    auto riga = FileText(demo.Registro());
     if (riga.ends_with('\n')) {
       riga.pop_back();
     }
@@ -59,7 +59,7 @@ class Commands : public testing::TestWithParam<Trasporto> {
   void RiesceCome(const std::string& comando, const std::string& sql) {
     const auto prima = demo.Stato();
     const auto attesa = demo.StatoDopo(sql);
-    EXPECT_EQ(Esegui(comando), "0") << Leggi(demo.Base() / "errori");
+    EXPECT_EQ(Esegui(comando), "0") << FileText(demo.Base() / "errori");
     EXPECT_THAT(Differenze(attesa, demo.Stato()), IsEmpty());
     EXPECT_NE(prima, demo.Stato());
   }
@@ -152,4 +152,4 @@ INSTANTIATE_TEST_SUITE_P(Transports, Commands, testing::Values(Trasporto::Cartel
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,7 +2,7 @@
 
 #include "ListaPresunti.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr std::size_t VuotiInConsegna = 1; ///< empty parameters of the request
@@ -108,4 +108,4 @@ INSTANTIATE_TEST_SUITE_P(Transports, Deliveries, testing::Values(Trasporto::Cart
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -17,7 +17,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -97,8 +97,8 @@ class Crediti : public testing::Test {
         ambiente, demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
   }
 
-  [[nodiscard]] std::string Risultato() const { return Leggi(demo.Base() / "risultato"); }
-  [[nodiscard]] std::string Errori() const { return Leggi(demo.Base() / "errori"); }
+  [[nodiscard]] std::string Risultato() const { return FileText(demo.Base() / "risultato"); }
+  [[nodiscard]] std::string Errori() const { return FileText(demo.Base() / "errori"); }
 
   Dimostrazione demo;
   Schermo schermo;
@@ -140,7 +140,7 @@ TEST_P(CreditsOverATransport, FromTheCommandLineToTheDatabaseAndBack) {
   const auto programma = Avvia("-C 20100023");
   const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
   ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
-  EXPECT_THAT(Leggi(demo.Tmp() / "VBCREDITI"),
+  EXPECT_THAT(FileText(demo.Tmp() / "VBCREDITI"),
               MatchesRegex("Utente : T01\r\nData : [0-9]{2}/[0-9]{2}/[0-9]{4}   Ora : [0-9]{2}:[0-9]{2}\r\n"));
   EXPECT_THAT(tmp.Avvenuti(), ElementsAre("+VBCREDITI"));
 
@@ -166,11 +166,11 @@ TEST_P(CreditsOverATransport, FromTheCommandLineToTheDatabaseAndBack) {
   EXPECT_EQ(programma->Attendi(), 0);
   EXPECT_EQ(Risultato(), "");
   EXPECT_EQ(Errori(), "");
-  EXPECT_EQ(Leggi(demo.Host() / "registro/richiesta"), richiestaAttesa);
-  EXPECT_EQ(Leggi(demo.Host() / "registro/parametri"), "11\n");
-  EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("ACCETTATA\tVariate 3 scadenze\t11\t01\tCANALIZZAZIONE\t"
-                                                          "CREDITI\tT01\t/tmp/T01"));
-  EXPECT_THAT(Leggi(demo.Host() / "registro/nomi"), MatchesRegex("T01[0-9]{14}\\.dos\nVBCREDITI\n"));
+  EXPECT_EQ(FileText(demo.Host() / "registro/richiesta"), richiestaAttesa);
+  EXPECT_EQ(FileText(demo.Host() / "registro/parametri"), "11\n");
+  EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("ACCETTATA\tVariate 3 scadenze\t11\t01\tCANALIZZAZIONE\t"
+                                                             "CREDITI\tT01\t/tmp/T01"));
+  EXPECT_THAT(FileText(demo.Host() / "registro/nomi"), MatchesRegex("T01[0-9]{14}\\.dos\nVBCREDITI\n"));
   const auto avvenuti = tmp.Avvenuti();
   ASSERT_EQ(avvenuti.size(), 6U) << testing::PrintToString(avvenuti);
   const std::string nome = avvenuti[1].substr(1);
@@ -248,7 +248,7 @@ TEST_F(CreditsForTwo, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   ASSERT_FALSE(schermo.AspettaFinestra(titoloMessaggio, *programma).empty()) << Risultato() << Errori();
   ASSERT_TRUE(schermo.Tasti({"Return"}));
   EXPECT_EQ(programma->Attendi(), 0);
-  EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("ACCETTATA\tVariata 1 scadenza\t"));
+  EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("ACCETTATA\tVariata 1 scadenza\t"));
 }
 
 class CreditsAtDoubleScale : public Crediti {
@@ -272,4 +272,4 @@ TEST_F(CreditsAtDoubleScale, TheWindowOpensAtTwiceTheScale) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::UnorderedElementsAre;
@@ -205,4 +205,4 @@ TEST_P(WholeList, AfterTheEditorThePersonGoesOnFromItsRowAndNotFromTheTickedOne)
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -1,5 +1,6 @@
 #include "lumoscad/Host.hpp"
 #include "lumoscad/lumoscad.h"
+#include "support/Files.hpp"
 
 #include <array>
 #include <cstdlib>
@@ -74,7 +75,8 @@ TEST_F(CFace, ANullCommandIsAnEmptyLine) {
 
 TEST_F(CFace, TheTestOfAHostAndACommandDoNotRunAtOnce) {
   setenv("NEXARO_TRASPORTO", "cartella", 1);
-  setenv("NEXARO_RADICE", testing::TempDir().c_str(), 1);
+  const lumoscad::test::TemporaryFolder radice;
+  setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
   testing::internal::CaptureStderr();
   std::vector<std::string> interne;
   std::size_t daUnTimer = 0;
@@ -101,7 +103,8 @@ TEST_F(CFace, TheTestOfAHostAndACommandDoNotRunAtOnce) {
 
 TEST_F(CFace, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
   setenv("NEXARO_TRASPORTO", "cartella", 1);
-  setenv("NEXARO_RADICE", testing::TempDir().c_str(), 1);
+  const lumoscad::test::TemporaryFolder radice;
+  setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
   EXPECT_FALSE(
       lumoscad::ProvaHost("10.0.0.1", "", [](const lumoscad::PassoProva&) { throw std::runtime_error("no screen"); }));
 }

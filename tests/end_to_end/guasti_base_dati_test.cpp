@@ -5,7 +5,7 @@
 #include "support/Paths.hpp"
 #include "support/PostgresServer.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::Contains;
@@ -73,7 +73,7 @@ class PostgresFaults : public Guasti {
     ASSERT_TRUE(dati.starts_with("BEGIN;\n") && dati.ends_with("COMMIT;"));
     dati = dati.substr(7, dati.size() - 14);
     server_ = std::make_unique<test::PostgresServer>(test::serverDirectory("guasti"));
-    sorgente_ = server_->createDatabase("contabilita", Leggi(test::sourcePath("demo/schema.sql")) + dati);
+    sorgente_ = server_->createDatabase("contabilita", FileText(test::sourcePath("demo/schema.sql")) + dati);
   }
 
   std::unique_ptr<test::PostgresServer> server_;
@@ -97,4 +97,4 @@ TEST_F(PostgresFaults, AWrongPasswordIsReportedAndStaysOutOfTheMessage) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

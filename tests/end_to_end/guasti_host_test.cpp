@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -86,7 +86,7 @@ TEST_P(FaultsOverATransport, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
   Conferma();
   VerificaRifiuto(Esegui(), {ErroreRichiesta("Riga 1, campo 1 (CodiceConto): «20100023» è un conto bloccato.")},
                   {"VBCREDITI"});
-  EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("RIFIUTATA\t"));
+  EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("RIFIUTATA\t"));
 }
 
 TEST_F(HostFaults, AMissingBackEndIsNamed) {
@@ -169,7 +169,7 @@ TEST_P(FaultsOverATransport, AListLockedByAnotherTerminalIsNotShown) {
                   {"Area CREDITI in manutenzione presso un altro terminale\rUtente : T02\r"
                    "Data : 05/03/2026   Ora : 13:58"},
                   {"VBCREDITI"});
-  EXPECT_EQ(Leggi(demo.Tmp() / "VBCREDITI"), altro);
+  EXPECT_EQ(FileText(demo.Tmp() / "VBCREDITI"), altro);
 }
 
 TEST_P(FaultsOverATransport, TheLockOfAFailedCommandBlocksTheNextUntilItIsRemoved) {
@@ -191,4 +191,4 @@ TEST_P(FaultsOverATransport, TheLockOfAFailedCommandBlocksTheNextUntilItIsRemove
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::AnyOf;
@@ -79,7 +79,7 @@ TEST_F(SshCallFaults, ACutWhileTheProgramRunsIsAnErrorThoughTheHostHasDoneItsPar
   VerificaErrore({programma});
   VerificaRimasti({completo, blocco});
   VerificaAvvii(1);
-  EXPECT_THAT(Leggi(demo.Registro()), testing::StartsWith("ACCETTATA\t"));
+  EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("ACCETTATA\t"));
 }
 
 TEST_F(SshCallFaults, ACutInTheMiddleOfTheReplyIsAnError) {
@@ -214,7 +214,7 @@ TEST_F(SshProgramFaults, AProgramThatHangsIsGivenUpAfterTheWait) {
   ProvaCon("Program hangs", "echo $$ >\"$NEXARO_RADICE/processo\"; exec sleep 30");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(20));
   VerificaGuasto({programma, "non ha risposto entro 3 secondi", ignoto});
-  ::kill(static_cast<pid_t>(std::stol(Leggi(demo.Host() / "processo"))), SIGKILL);
+  ::kill(static_cast<pid_t>(std::stol(FileText(demo.Host() / "processo"))), SIGKILL);
 }
 
 TEST_F(SshProgramFaults, AReplyOfAHundredMegabytesIsCutOffAndTakesNoLonger) {
@@ -294,4 +294,4 @@ TEST_F(SshEncodingFaults, AReplyInTheEncodingThatItDeclaresIsRead) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using Verso = ByteProxy::Direction;
@@ -199,4 +199,4 @@ TEST_F(SshFaults, ALostAnswerToTheRenameIsAnErrorWhereNobodyCanLook) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -115,12 +115,12 @@ TEST(SshLeaks, AThousandRequestsOverOneConnectionLeaveNothingBehind) {
   EXPECT_EQ(dopo.processi, prima.processi);
   EXPECT_THAT(Contenuto(demo.Tmp()), testing::IsEmpty());
   EXPECT_THAT(Contenuto(demo.Locale()), testing::ElementsAre("richiesta"));
-  const auto registro = Leggi(demo.Registro());
+  const auto registro = FileText(demo.Registro());
   EXPECT_EQ(std::count(registro.begin(), registro.end(), '\n'), Cicli) << "every request ran once";
-  const auto accessi = Leggi(demo.Ssh().Log());
+  const auto accessi = FileText(demo.Ssh().Log());
   EXPECT_EQ(accessi.find("Accepted publickey"), accessi.rfind("Accepted publickey")) << "one connection";
   EXPECT_NE(accessi.find("Accepted publickey"), std::string::npos);
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -13,7 +13,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 struct Risorse {
@@ -90,4 +90,4 @@ TEST(Leaks, TenThousandCommandsLeaveNeitherMemoryNorOpenFiles) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,7 +2,7 @@
 
 #include "ListaPresunti.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::SizeIs;
@@ -118,4 +118,4 @@ INSTANTIATE_TEST_SUITE_P(Transports, PresumedDocuments, testing::Values(Trasport
                          [](const auto& caso) { return NomeTrasporto(caso.param); });
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::AllOf;
@@ -27,8 +27,8 @@ class HostTest : public testing::Test {
     Figlio programma(argomenti, demo.Ambiente(), demo.Base() / "digitato", demo.Base() / "risultato",
                      demo.Base() / "errori");
     const auto stato = programma.Attendi();
-    EXPECT_EQ(Leggi(demo.Base() / "errori"), "");
-    return (stato ? std::to_string(*stato) : "fermo") + "\n" + Leggi(demo.Base() / "risultato");
+    EXPECT_EQ(FileText(demo.Base() / "errori"), "");
+    return (stato ? std::to_string(*stato) : "fermo") + "\n" + FileText(demo.Base() / "risultato");
   }
 
   Dimostrazione demo{Trasporto::Ssh};
@@ -64,11 +64,11 @@ TEST_P(HostTestReadHalfway, AReaderThatLeavesEarlyLeavesNoFileBehind) {
                       test::programPath("lumoscad").string(), demo.Indirizzo(), righe},
                      demo.Ambiente(), demo.Base() / "digitato", demo.Base() / "risultato", demo.Base() / "errori");
     EXPECT_EQ(programma.Attendi(), 0);
-    const auto letto = Leggi(demo.Base() / "risultato");
+    const auto letto = FileText(demo.Base() / "risultato");
     EXPECT_EQ(std::to_string(std::count(letto.begin(), letto.end(), '\n')), righe);
     EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty()) << righe;
     EXPECT_THAT(Contenuto(demo.Locale()), IsEmpty()) << righe;
-    EXPECT_EQ(Leggi(demo.Base() / "errori"), "");
+    EXPECT_EQ(FileText(demo.Base() / "errori"), "");
   }
 }
 
@@ -83,21 +83,21 @@ TEST_F(HostTest, AnUnknownHostIsReachedOnlyAfterItsKeyWasTakenInWithAYes) {
   for (const char* risposta : {"no\n", "", "s\n", "yes\n"}) {
     EXPECT_THAT(Lancia({"--registra-host", indirizzo}, risposta),
                 AllOf(testing::StartsWith("3\n"), HasSubstr(demo.Ssh().Hash())));
-    EXPECT_EQ(Leggi(demo.Ssh().KnownHosts()), "");
+    EXPECT_EQ(FileText(demo.Ssh().KnownHosts()), "");
   }
   EXPECT_THAT(Lancia({"--registra-host", indirizzo}, "sì\n"),
               AllOf(testing::StartsWith("0\n"), HasSubstr(demo.Ssh().Hash())));
-  EXPECT_THAT(Leggi(demo.Ssh().KnownHosts()), HasSubstr(demo.Ssh().HostPublicKey()));
+  EXPECT_THAT(FileText(demo.Ssh().KnownHosts()), HasSubstr(demo.Ssh().HostPublicKey()));
   EXPECT_THAT(Lancia({"--prova-host", indirizzo}), testing::StartsWith("0\n"));
 }
 
 TEST_F(HostTest, AChangedKeyIsNotTakenInByRegistering) {
-  const auto prima = Leggi(demo.Ssh().KnownHosts());
+  const auto prima = FileText(demo.Ssh().KnownHosts());
   demo.Ssh().ChangeHostKey();
   EXPECT_THAT(Lancia({"--registra-host", indirizzo}, "sì\n"),
               AllOf(Not(testing::StartsWith("0\n")), HasSubstr("diversa da quella nota")));
-  EXPECT_EQ(Leggi(demo.Ssh().KnownHosts()), prima);
+  EXPECT_EQ(FileText(demo.Ssh().KnownHosts()), prima);
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

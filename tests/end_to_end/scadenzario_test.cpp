@@ -10,7 +10,7 @@
 
 #include <gmock/gmock.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using testing::ElementsAre;
@@ -25,7 +25,7 @@ constexpr std::string_view Nome = "T0120260305140709";
 class WholeItemWindow : public FinestraIntera {
  protected:
   WholeItemWindow() {
-    test::runScript(demo.Connessione(), Leggi(test::sourcePath("demo/comandi.sql")));
+    test::runScript(demo.Connessione(), FileText(test::sourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     auto& s = stato();
     s.ComandoCorrente = "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main";
@@ -123,4 +123,4 @@ TEST_F(WholeItemWindow, TheConfirmationOfAnExtraScheduleDeletesItOnTheHostAndInT
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

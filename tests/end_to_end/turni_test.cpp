@@ -24,7 +24,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -171,7 +171,7 @@ class Turns : public testing::Test {
       EXPECT_EQ(stato, 0);
     }
     ::munmap(&barriera, sizeof barriera);
-    EXPECT_EQ(Leggi(base_ / "errori0") + Leggi(base_ / "errori1"), "");
+    EXPECT_EQ(FileText(base_ / "errori0") + FileText(base_ / "errori1"), "");
     std::ifstream visti(base_ / "registro/visti");
     for (std::string nome, conto; visti >> nome >> conto;) {
       // The account begins with the process' own letter and number.
@@ -328,4 +328,4 @@ TEST_F(Turns, TheTurnLastsUntilTheCleanUpAndNoLonger) {
   EXPECT_TRUE(OtherProcess(HaIlTurno()).Succeeded());
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

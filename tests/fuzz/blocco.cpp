@@ -17,7 +17,7 @@ void Blocco(Ingresso ingresso) {
     contenuto += contenuto;
   }
   const std::string file = "/tmp/VBCREDITI";
-  prova::TestBench banco;
+  test::TestBench banco;
   banco.host.file[file] = contenuto;
   const std::string chi = BloccaArea("10.0.0.1", "CREDITI");
   const std::string prima = contenuto.substr(0, contenuto.find_first_of("\r\n"));

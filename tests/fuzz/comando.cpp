@@ -52,7 +52,7 @@ bool HaSottocomando(const Lettura& lettura) {
   return lettura.tipo == "TEST" || (lettura.tipo == "CONSEGNA" && uno({"/PRESUNTI"}));
 }
 
-void PreparaHost(prova::RecordedHost& host, std::string_view testo) {
+void PreparaHost(test::RecordedHost& host, std::string_view testo) {
   const auto risposta = Parte(testo, '\n', 1);
   if (!risposta.empty()) {
     host.reply = risposta;
@@ -75,7 +75,7 @@ void PreparaHost(prova::RecordedHost& host, std::string_view testo) {
 }
 
 /// The host's reply is repeated to the person and may itself spell the canary: then nothing can be told.
-bool Rivela(const prova::TestBench& banco) {
+bool Rivela(const test::TestBench& banco) {
   const auto contiene = [](std::string_view testo) { return testo.find(Canarino) != std::string_view::npos; };
   bool trovato = std::any_of(banco.desktop.box.begin(), banco.desktop.box.end(), contiene) ||
                  std::any_of(banco.host.operazioni.begin(), banco.host.operazioni.end(), contiene) ||
@@ -86,7 +86,7 @@ bool Rivela(const prova::TestBench& banco) {
   return trovato;
 }
 
-void ControllaLocale(const prova::TestBench& banco) {
+void ControllaLocale(const test::TestBench& banco) {
   namespace fs = std::filesystem;
   for (const auto& voce : fs::directory_iterator(banco.environment.CartellaLocale)) {
     const auto nome = voce.path().filename().string();
@@ -100,7 +100,7 @@ void Comando(Ingresso ingresso) {
   TogliLeSorgenti();
   const std::string_view testo = Testo(ingresso);
   const std::string riga = std::string(Parte(testo, '\n', 0)) + " -X x -DB2PASS " + std::string(Canarino);
-  prova::TestBench banco;
+  test::TestBench banco;
   PreparaHost(banco.host, testo);
   const std::string risultato = LumoScadenze().EseguiLumoScad(riga);
 

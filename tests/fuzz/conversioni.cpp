@@ -67,7 +67,7 @@ void ConvertiAndataERitorno(const std::string& data) {
 }
 
 void Date(std::string_view testo) {
-  prova::ScriptedDesktop desktop;
+  test::ScriptedDesktop desktop;
   const ReplacedServices servizi({[&]() -> Desktop& { return desktop; },
                                   {},
                                   {},

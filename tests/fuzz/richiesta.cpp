@@ -100,7 +100,7 @@ bool Controlli(std::string_view testo) {
 }
 
 /// What was uploaded is what the records say, the program reads it back record by record, and no file is left.
-void Confronta(const prova::TestBench& banco, const std::optional<std::string>& atteso, std::size_t record,
+void Confronta(const test::TestBench& banco, const std::optional<std::string>& atteso, std::size_t record,
                Controllo controllo) {
   const auto& inviati = banco.host.uploads;
   if (!atteso) {
@@ -115,7 +115,7 @@ void Confronta(const prova::TestBench& banco, const std::optional<std::string>& 
   Esigi(!letti || !conControlli, "il programma ha accettato un carattere di controllo");
 }
 
-void ControllaScrittura(const prova::TestBench& banco, const std::function<std::string()>& scrivi,
+void ControllaScrittura(const test::TestBench& banco, const std::function<std::string()>& scrivi,
                         const std::optional<std::string>& atteso) {
   try {
     Esigi(scrivi().empty() && atteso, "una richiesta riuscita che doveva fallire");
@@ -147,7 +147,7 @@ void Canalizzazione(std::string_view testo) {
     riga.insert(riga.end(), {c[5], c[11] == "B" ? c[6] : "", c[8]});
     return true;
   });
-  const prova::TestBench banco;
+  const test::TestBench banco;
   ControllaScrittura(
       banco, [&] { return ScriviRichiestaCanalizzazione("h", "01", variazioni, "CREDITI"); }, atteso);
   Confronta(banco, atteso, record.size(), demo::ControllaCanalizzazione);
@@ -170,7 +170,7 @@ void BancaPresunti(std::string_view testo) {
     riga = {c[0], "", c[2], c[3], c[1], "", "", "", c[4], c[9] == "B" ? c[5] : "", ""};
     return true;
   });
-  const prova::TestBench banco;
+  const test::TestBench banco;
   ControllaScrittura(
       banco, [&] { return ScriviRichiestaBancaPresunti("h", "01", variazioni, "PRESUNTI"); }, atteso);
   Confronta(banco, atteso, record.size(), demo::ControllaBancaPresunti);
@@ -183,7 +183,7 @@ void Consegna(std::string_view testo) {
     riga = {c[0], c[1], c[3], c[2]};
     return ConDate(riga, {{&c[6], true}, {&c[7], true}, {&c[8], true}});
   });
-  const prova::TestBench banco;
+  const test::TestBench banco;
   ControllaScrittura(
       banco, [&] { return ScriviRichiestaConsegna("h", "01", variazioni, "PRESUNTI"); }, atteso);
   Confronta(banco, atteso, record.size(), demo::ControllaConsegna);
@@ -211,7 +211,7 @@ void Scadenze(std::string_view testo) {
   if (!dateLeggibili || spediti.size() > MassimoRighe || std::any_of(spediti.begin(), spediti.end(), nessuna)) {
     atteso.reset();
   }
-  const prova::TestBench banco;
+  const test::TestBench banco;
   try {
     // The reply action finds no database.
     const std::string risultato = ScriviRichiestaScadenze(righe);

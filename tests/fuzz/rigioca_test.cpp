@@ -1,22 +1,17 @@
 #include "Bersagli.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 
 using namespace lumoscad::fuzz;
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::vector<std::uint8_t> Leggi(const fs::path& percorso) {
-  std::ifstream file(percorso, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 std::vector<fs::path> File(const fs::path& cartella) {
   std::vector<fs::path> file;
@@ -36,7 +31,8 @@ class KeptInputs : public testing::TestWithParam<Bersaglio> {
     const auto file = File(lumoscad::test::sourcePath("tests/fuzz") / raccolta / GetParam().nome);
     for (const fs::path& percorso : file) {
       SCOPED_TRACE(percorso.filename().string());
-      const auto ingresso = Leggi(percorso);
+      const std::string byte = lumoscad::test::FileText(percorso);
+      const std::vector<std::uint8_t> ingresso(byte.begin(), byte.end());
       EXPECT_NO_THROW(GetParam().prova(ingresso));
     }
     return file.size();

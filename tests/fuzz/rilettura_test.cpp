@@ -76,7 +76,7 @@ class ReadBack : public testing::Test {
   }
   [[nodiscard]] const std::string& Inviato() const { return banco_.host.uploads.at(0); }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 
  private:
   std::mt19937 caso_{20060305};

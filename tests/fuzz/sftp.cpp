@@ -7,6 +7,7 @@
 #include "platform/nexaro/ssh/Channel.hpp"
 #include "platform/nexaro/ssh/HostKey.hpp"
 #include "platform/nexaro/ssh/Transfer.hpp"
+#include "support/Files.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -172,18 +173,13 @@ nexaro::SshSettings Impostazioni() {
 /// A file that goes with the object.
 class File {
  public:
-  explicit File(std::string_view contenuto)
-      : percorso(std::filesystem::temp_directory_path() / ("lumoscad-fuzz-" + std::to_string(::getpid()))) {
-    std::ofstream(percorso, std::ios::binary) << contenuto;
-  }
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File() {
-    std::error_code ignorato;
-    std::filesystem::remove(percorso, ignorato);
-  }
+  explicit File(std::string_view contenuto) { std::ofstream(percorso, std::ios::binary) << contenuto; }
 
-  const std::filesystem::path percorso;
+ private:
+  test::TemporaryFolder cartella_;
+
+ public:
+  const std::filesystem::path percorso = cartella_ / "noti";
 };
 
 bool ParlaDiUnaRiga(const nexaro::HostKey& chiave, std::string_view contenuto) {

@@ -1,47 +1,22 @@
 #pragma once
 
 #include "platform/RuntimeError.hpp"
+#include "support/Files.hpp"
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prove {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
 /// What a person is told of a program that may have done its work.
 inline const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
-
-/// A directory of one test, removed with its contents.
-class CartellaProvvisoria {
- public:
-  CartellaProvvisoria() {
-    std::string modello = (fs::temp_directory_path() / "lumoscad-prova-XXXXXX").string();
-    if (::mkdtemp(modello.data()) == nullptr) {
-      throw std::runtime_error("mkdtemp");
-    }
-    percorso_ = modello;
-  }
-  CartellaProvvisoria(const CartellaProvvisoria&) = delete;
-  CartellaProvvisoria& operator=(const CartellaProvvisoria&) = delete;
-  ~CartellaProvvisoria() {
-    std::error_code ignorato;
-    fs::permissions(percorso_, fs::perms::owner_all, ignorato);
-    fs::remove_all(percorso_, ignorato);
-  }
-
-  [[nodiscard]] std::string operator/(const std::string& nome) const { return (percorso_ / nome).string(); }
-  [[nodiscard]] std::string Percorso() const { return percorso_.string(); }
-
- private:
-  fs::path percorso_;
-};
 
 /// Environment variables that return to what they were.
 class VariabiliProvvisorie {
@@ -81,11 +56,6 @@ inline void Scrivi(const std::string& percorso, const std::string& contenuto) {
   std::ofstream(percorso, std::ios::binary) << contenuto;
 }
 
-inline std::string Leggi(const std::string& percorso) {
-  std::ifstream file(percorso, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 /// Writes a shell script that can be run as a program.
 inline std::string ScriviProgramma(const std::string& percorso, const std::string& corpo) {
   Scrivi(percorso, "#!/bin/sh\n" + corpo + "\n");
@@ -104,4 +74,4 @@ template <typename Azione> RuntimeError ErroreDi(Azione azione) {
   return {0, ""};
 }
 
-} // namespace lumoscad::prove
+} // namespace lumoscad::test

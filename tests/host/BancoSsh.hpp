@@ -2,6 +2,7 @@
 
 #include "Banco.hpp"
 #include "platform/nexaro/ssh/SshLink.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 #include "support/SshServer.hpp"
 
@@ -12,14 +13,14 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prove {
+namespace lumoscad::test {
 
 /// One server that the cases of the program share, and a component that is set to it.
 class BancoSsh : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    ASSERT_TRUE(prova::SshServer::Available());
-    server = std::make_unique<prova::SshServer>(
+    ASSERT_TRUE(test::SshServer::Available());
+    server = std::make_unique<test::SshServer>(
         test::outputPath("host/prove-" + fs::read_symlink("/proc/self/exe").filename().string()));
   }
   static void TearDownTestSuite() { server.reset(); }
@@ -73,11 +74,11 @@ class BancoSsh : public testing::Test {
   }
 
   static constexpr const char* Host = "127.0.0.1";
-  static inline std::unique_ptr<prova::SshServer> server; // NOLINT: shared by the cases
-  CartellaProvvisoria base;
+  static inline std::unique_ptr<test::SshServer> server; // NOLINT: shared by the cases
+  TemporaryFolder base;
   nexaro::SshSettings impostazioni;
   std::optional<nexaro::SshLink> collegamento;
   std::string testo;
 };
 
-} // namespace lumoscad::prove
+} // namespace lumoscad::test

@@ -11,7 +11,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace lumoscad::prove {
+namespace lumoscad::test {
 
 /// A process of its own in which a piece of a test runs: what happens to it happens to nobody else, and it can be
 /// stopped, let go on, and given up.
@@ -67,4 +67,4 @@ class Chiamante {
   int lettura_ = -1;
 };
 
-} // namespace lumoscad::prove
+} // namespace lumoscad::test

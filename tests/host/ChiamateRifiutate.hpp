@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace lumoscad::prove {
+namespace lumoscad::test {
 
 /// From now on the system refuses these two calls to this process, as an older kernel or a sandbox does.
 inline void Rifiuta(long prima, long seconda, int codice) {
@@ -29,4 +29,4 @@ inline void Rifiuta(long prima, long seconda, int codice) {
   }
 }
 
-} // namespace lumoscad::prove
+} // namespace lumoscad::test

@@ -3,9 +3,10 @@
 #include "Banco.hpp"
 #include "platform/nexaro/cartella/Process.hpp"
 #include "platform/xml/Nodo.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
-namespace lumoscad::prove {
+namespace lumoscad::test {
 
 /// The back end of the demonstration, run as the host runs it in a directory of its own.
 class BackEndVB0001 : public testing::Test {
@@ -28,8 +29,8 @@ class BackEndVB0001 : public testing::Test {
   std::string Byte(const std::vector<std::string>& parametri) {
     const auto esito = nexaro::Run({test::programPath("VB0001").string(),
                                     parametri,
-                                    {"NEXARO_RADICE=" + radice.Percorso()},
-                                    radice.Percorso(),
+                                    {"NEXARO_RADICE=" + radice.Path().string()},
+                                    radice.Path().string(),
                                     std::chrono::seconds(20),
                                     100000,
                                     2000});
@@ -51,7 +52,7 @@ class BackEndVB0001 : public testing::Test {
   }
   std::string Errore(const std::string& contenuto) { return Testo("ERRORE", contenuto); }
 
-  CartellaProvvisoria radice;
+  TemporaryFolder radice;
 };
 
-} // namespace lumoscad::prove
+} // namespace lumoscad::test

@@ -2,6 +2,7 @@
 #include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/nexaro/Workstation.hpp"
+#include "support/Files.hpp"
 
 #include <array>
 #include <functional>
@@ -13,7 +14,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::HasSubstr;
 
 class LinkEnvironment : public testing::Test {
@@ -24,8 +25,8 @@ class LinkEnvironment : public testing::Test {
     }
     variabili.Imposta("NEXARO_TRASPORTO", "cartella");
     variabili.Imposta("NEXARO_POSTAZIONE", "T01");
-    variabili.Imposta("NEXARO_RADICE", cartella.Percorso());
-    variabili.Imposta("XDG_RUNTIME_DIR", cartella.Percorso());
+    variabili.Imposta("NEXARO_RADICE", cartella.Path().string());
+    variabili.Imposta("XDG_RUNTIME_DIR", cartella.Path().string());
   }
 
   static std::string Rifiuto() {
@@ -35,15 +36,15 @@ class LinkEnvironment : public testing::Test {
     return ErroreDi([] { static_cast<void>(nexaro::CreateHostLink()); }).Description();
   }
 
-  prove::CartellaProvvisoria cartella;
-  prove::VariabiliProvvisorie variabili;
+  test::TemporaryFolder cartella;
+  test::VariabiliProvvisorie variabili;
 };
 
 TEST_F(LinkEnvironment, GivesTheSettingsAsTheyAre) {
-  variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Percorso() + "/");
+  variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Path().string() + "/");
   const auto ambiente = nexaro::ReadEnvironment();
   EXPECT_EQ(ambiente.CodicePostazione, "T01");
-  EXPECT_EQ(ambiente.CartellaLocale, cartella.Percorso());
+  EXPECT_EQ(ambiente.CartellaLocale, cartella.Path().string());
 }
 
 /// The identifier that the process `figlio` becomes would have.
@@ -142,7 +143,7 @@ TEST_F(LinkEnvironment, CreatesAPrivateDirectoryOfTheUser) {
 
 TEST_F(LinkEnvironment, FallsBackToTheTemporaryDirectory) {
   variabili.Togli("XDG_RUNTIME_DIR");
-  variabili.Imposta("TMPDIR", cartella.Percorso());
+  variabili.Imposta("TMPDIR", cartella.Path().string());
   EXPECT_EQ(nexaro::ReadEnvironment().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
 }
 
@@ -154,7 +155,7 @@ TEST_F(LinkEnvironment, RefusesADefaultDirectoryThatIsASymbolicLink) {
 
 TEST_F(LinkEnvironment, PassesOverARelativeRuntimeDirectory) {
   variabili.Imposta("XDG_RUNTIME_DIR", "relativa");
-  variabili.Imposta("TMPDIR", cartella.Percorso());
+  variabili.Imposta("TMPDIR", cartella.Path().string());
   EXPECT_EQ(nexaro::ReadEnvironment().CartellaLocale, cartella / ("lumoscad-" + std::to_string(::getuid())));
 }
 
@@ -167,7 +168,7 @@ TEST_F(LinkEnvironment, RefusesADefaultDirectoryOpenToOthers) {
 }
 
 TEST_F(LinkEnvironment, RefusesADefaultDirectoryThatIsAFile) {
-  prove::Scrivi(cartella / "lumoscad", "");
+  test::Scrivi(cartella / "lumoscad", "");
   EXPECT_THAT(Rifiuto(), HasSubstr("non è una cartella"));
 }
 
@@ -188,7 +189,7 @@ TEST_F(LinkEnvironment, NeedsARootDirectoryThatExists) {
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("Manca l'impostazione NEXARO_RADICE"));
   variabili.Imposta("NEXARO_RADICE", cartella / "manca");
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("file inesistente"));
-  prove::Scrivi(cartella / "file", "");
+  test::Scrivi(cartella / "file", "");
   variabili.Imposta("NEXARO_RADICE", cartella / "file");
   EXPECT_THAT(RifiutoDelCollegamento(), HasSubstr("non è una cartella"));
 }

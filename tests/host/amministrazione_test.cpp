@@ -2,6 +2,7 @@
 
 #include "BancoSsh.hpp"
 #include "platform/nexaro/OperationsTrial.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
 #include <array>
@@ -23,10 +24,10 @@ struct Esito {
   std::string uscita;
 };
 
-class Administration : public prove::BancoSsh {
+class Administration : public test::BancoSsh {
  protected:
   void SetUp() override {
-    prove::BancoSsh::SetUp();
+    test::BancoSsh::SetUp();
     variabili.Togli("NEXARO_TRASPORTO");
     for (const auto& [nome, valore] :
          {std::pair<std::string, std::string>("NEXARO_SSH_PORTA", std::to_string(server->Port())),
@@ -34,7 +35,7 @@ class Administration : public prove::BancoSsh {
           {"NEXARO_SSH_CHIAVE", server->Key()},
           {"NEXARO_SSH_NOTI", base / "noti"},
           {"NEXARO_PROGRAMMI", base / "programmi"},
-          {"NEXARO_POSTAZIONE", "PROVA" + fs::path(base.Percorso()).filename().string()},
+          {"NEXARO_POSTAZIONE", "PROVA" + fs::path(base.Path().string()).filename().string()},
           {"NEXARO_CARTELLA_LOCALE", base / "locale"},
           {"NEXARO_CODIFICA", ""},
           {"NEXARO_ATTESA", "20"}}) {
@@ -66,14 +67,14 @@ class Administration : public prove::BancoSsh {
   [[nodiscard]] std::vector<std::string> Resti() const {
     std::vector<std::string> resti;
     for (const auto& voce : fs::directory_iterator("/tmp")) {
-      if (voce.path().filename().string().starts_with("PROVA" + fs::path(base.Percorso()).filename().string())) {
+      if (voce.path().filename().string().starts_with("PROVA" + fs::path(base.Path().string()).filename().string())) {
         resti.push_back(voce.path());
       }
     }
     return resti;
   }
 
-  prove::VariabiliProvvisorie variabili;
+  test::VariabiliProvvisorie variabili;
 };
 
 TEST_F(Administration, KeyIsShownAndRegisteredOnAYes) {
@@ -81,7 +82,7 @@ TEST_F(Administration, KeyIsShownAndRegisteredOnAYes) {
   EXPECT_EQ(esito.stato, 0);
   EXPECT_THAT(esito.uscita, AllOf(HasSubstr("presenta la chiave ssh-ed25519\n  " + server->Hash()),
                                   HasSubstr("(sì/no)"), HasSubstr("La chiave è stata registrata.")));
-  EXPECT_EQ(prove::Leggi(base / "noti"),
+  EXPECT_EQ(test::FileText(base / "noti"),
             "[127.0.0.1]:" + std::to_string(server->Port()) + " " + server->HostPublicKey() + "\n");
   const auto ancora = Registra("");
   EXPECT_EQ(ancora.stato, 0);
@@ -99,7 +100,7 @@ TEST_F(Administration, NothingButAYesRegistersAKey) {
 
 TEST_F(Administration, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) {
   Conosci();
-  const auto prima = prove::Leggi(base / "noti");
+  const auto prima = test::FileText(base / "noti");
   server->ChangeHostKey("ed25519");
   const auto esito = Registra("sì\\n");
   EXPECT_EQ(esito.stato, 1);
@@ -107,7 +108,7 @@ TEST_F(Administration, ChangedKeyIsRefusedWithInstructionsAndNeverOverwritten) {
                                   HasSubstr("cancellare quella riga"), Not(HasSubstr("(sì/no)"))));
   server->ChangeHostKey("ecdsa");
   EXPECT_THAT(Registra("sì\\n").uscita, HasSubstr("di tipo diverso da quella nota"));
-  EXPECT_EQ(prove::Leggi(base / "noti"), prima);
+  EXPECT_EQ(test::FileText(base / "noti"), prima);
   server->ChangeHostKey("ed25519");
   server->MakeKnown(server->Port());
 }
@@ -136,7 +137,7 @@ TEST_F(Administration, EveryOperationIsTriedAndSaidToWork) {
 
 TEST_F(Administration, NamedProgramIsRun) {
   Conosci();
-  prove::ScriviProgramma(base / "programmi/PROVA", "echo \"<ESITO>$#</ESITO>\"; touch '" + base / "avviato" + "'");
+  test::ScriviProgramma(base / "programmi/PROVA", "echo \"<ESITO>$#</ESITO>\"; touch '" + base / "avviato" + "'");
   const auto esito = Prova("PROVA");
   EXPECT_EQ(esito.stato, 0) << esito.uscita;
   EXPECT_THAT(esito.uscita, HasSubstr("EseguiProgramma  riuscito: PROVA ha risposto con l'elemento XML «ESITO»"));
@@ -149,7 +150,7 @@ TEST_F(Administration, ProgramThatIsMissingOrMayNotRunIsSaid) {
   EXPECT_EQ(esito.stato, 1);
   EXPECT_THAT(esito.uscita, AllOf(HasSubstr("CancellaFile     riuscito"), HasSubstr("EseguiProgramma  NON riuscito"),
                                   HasSubstr("Non tutte le operazioni riescono.")));
-  prove::Scrivi(base / "programmi/VB0001", "");
+  test::Scrivi(base / "programmi/VB0001", "");
   EXPECT_THAT(Prova().uscita, HasSubstr("EseguiProgramma  NON riuscito"));
   variabili.Imposta("NEXARO_PROGRAMMI", "");
   EXPECT_THAT(Prova().uscita, HasSubstr("non è fra quelli che la shell dell'utente trova"));
@@ -179,7 +180,7 @@ TEST_F(Administration, EveryOperationWorksWithAnEncodingSetToo) {
 
 TEST_F(Administration, DirectoryThatPlaysTheHostIsTriedToo) {
   variabili.Imposta("NEXARO_TRASPORTO", "cartella");
-  variabili.Imposta("NEXARO_RADICE", base.Percorso());
+  variabili.Imposta("NEXARO_RADICE", base.Path().string());
   fs::create_directories(base / "tmp");
   Programma("true");
   const auto esito = Prova();
@@ -227,7 +228,7 @@ class HostGuasto final : public nexaro::HostLink {
 };
 
 TEST(OperationsTest, LeavesNothingOnTheHostWhateverFails) {
-  const prove::CartellaProvvisoria base;
+  const test::TemporaryFolder base;
   for (const auto* nome : {"host", "locale"}) {
     fs::create_directory(base / nome);
   }
@@ -248,7 +249,7 @@ TEST(OperationsTest, LeavesNothingOnTheHostWhateverFails) {
 }
 
 TEST(OperationsTest, LeavesNothingWhenItsOutcomesCannotBeShown) {
-  const prove::CartellaProvvisoria base;
+  const test::TemporaryFolder base;
   for (const auto* nome : {"host", "locale"}) {
     fs::create_directory(base / nome);
   }

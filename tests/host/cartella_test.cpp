@@ -1,6 +1,7 @@
 #include "Banco.hpp"
 #include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/cartella/DirectoryLink.hpp"
+#include "support/Files.hpp"
 
 #include <gmock/gmock.h>
 #include <optional>
@@ -11,8 +12,8 @@ namespace lumoscad {
 namespace {
 
 using namespace std::chrono_literals;
-using prove::ErroreDi;
-using prove::ignoto;
+using test::ErroreDi;
+using test::ignoto;
 using testing::HasSubstr;
 
 class DirectoryLink : public testing::Test {
@@ -24,7 +25,7 @@ class DirectoryLink : public testing::Test {
     collegamento.emplace(base / "host", 20s);
   }
 
-  void Programma(const std::string& corpo) { prove::ScriviProgramma(base / "host/programmi/VB0001", corpo); }
+  void Programma(const std::string& corpo) { test::ScriviProgramma(base / "host/programmi/VB0001", corpo); }
 
   std::optional<xml::Nodo> Risposta(const std::vector<std::string>& parametri = {}) {
     std::optional<xml::Nodo> ricevuto;
@@ -45,57 +46,57 @@ class DirectoryLink : public testing::Test {
     return numero;
   }
 
-  prove::CartellaProvvisoria base;
+  test::TemporaryFolder base;
   std::optional<nexaro::DirectoryLink> collegamento;
   std::string testo;
 };
 
 TEST_F(DirectoryLink, SendsRenamesAndDeletesAFile) {
   const std::string contenuto("A,1\r\nà\0,2\r\n", 12);
-  prove::Scrivi(base / "locale/T01", contenuto);
+  test::Scrivi(base / "locale/T01", contenuto);
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
-  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01"), contenuto);
+  EXPECT_EQ(test::FileText(base / "host/tmp/T01"), contenuto);
   collegamento->RinominaFile("h", "/tmp/T01", "/tmp/T01.dos", testo);
   EXPECT_FALSE(std::filesystem::exists(base / "host/tmp/T01"));
-  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01.dos"), contenuto);
+  EXPECT_EQ(test::FileText(base / "host/tmp/T01.dos"), contenuto);
   collegamento->CancellaFile("h", "/tmp/T01.dos");
   EXPECT_EQ(FileIn("host/tmp"), 0U);
 }
 
 TEST_F(DirectoryLink, FileSentAgainReplacesTheFirst) {
-  prove::Scrivi(base / "host/tmp/T01", "molto più lungo di prima");
-  prove::Scrivi(base / "locale/T01", "nuovo");
+  test::Scrivi(base / "host/tmp/T01", "molto più lungo di prima");
+  test::Scrivi(base / "locale/T01", "nuovo");
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
-  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/tmp/T01"), "nuovo");
   EXPECT_EQ(FileIn("host/tmp"), 1U);
 }
 
 TEST_F(DirectoryLink, RenamingReplacesTheTarget) {
-  prove::Scrivi(base / "host/tmp/T01", "nuovo");
-  prove::Scrivi(base / "host/tmp/T01.dos", "vecchio");
+  test::Scrivi(base / "host/tmp/T01", "nuovo");
+  test::Scrivi(base / "host/tmp/T01.dos", "vecchio");
   testo = "prima";
   collegamento->RinominaFile("h", "/tmp/T01", "/tmp/T01.dos", testo);
-  EXPECT_EQ(prove::Leggi(base / "host/tmp/T01.dos"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/tmp/T01.dos"), "nuovo");
   EXPECT_EQ(testo, "");
 }
 
 TEST_F(DirectoryLink, ReceivedFileIsForItsOwnerOnly) {
-  prove::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T02\n");
+  test::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T02\n");
   collegamento->RiceviFile("h", "/tmp/VBCREDITI", base / "locale/VBCREDITI", testo);
-  EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "Utente : T02\n");
+  EXPECT_EQ(test::FileText(base / "locale/VBCREDITI"), "Utente : T02\n");
   struct stat stato {};
   ASSERT_EQ(::lstat((base / "locale/VBCREDITI").c_str(), &stato), 0);
   EXPECT_EQ(stato.st_mode & 0777U, 0600U);
 }
 
 TEST_F(DirectoryLink, ReceivingReplacesASymbolicLinkInsteadOfFollowingIt) {
-  prove::Scrivi(base / "vittima", "intatta");
+  test::Scrivi(base / "vittima", "intatta");
   std::filesystem::create_symlink(base / "vittima", base / "locale/VBCREDITI");
-  prove::Scrivi(base / "host/tmp/VBCREDITI", "nuovo");
+  test::Scrivi(base / "host/tmp/VBCREDITI", "nuovo");
   collegamento->RiceviFile("h", "/tmp/VBCREDITI", base / "locale/VBCREDITI", testo);
-  EXPECT_EQ(prove::Leggi(base / "vittima"), "intatta");
+  EXPECT_EQ(test::FileText(base / "vittima"), "intatta");
   EXPECT_FALSE(std::filesystem::is_symlink(base / "locale/VBCREDITI"));
-  EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "locale/VBCREDITI"), "nuovo");
 }
 
 TEST_F(DirectoryLink, ReceivingAMissingFileFailsAndLeavesNothing) {
@@ -109,7 +110,7 @@ TEST_F(DirectoryLink, ReceivingAMissingFileFailsAndLeavesNothing) {
 
 TEST_F(DirectoryLink, LargestFileIsReceivedAndALargerOneRefused) {
   constexpr std::uintmax_t massimo = std::uintmax_t{16} * 1024 * 1024;
-  prove::Scrivi(base / "host/tmp/VBX", "x");
+  test::Scrivi(base / "host/tmp/VBX", "x");
   std::filesystem::resize_file(base / "host/tmp/VBX", massimo);
   collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo);
   EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), massimo);
@@ -123,7 +124,7 @@ TEST_F(DirectoryLink, LargestFileIsReceivedAndALargerOneRefused) {
 }
 
 TEST_F(DirectoryLink, SendingLooksAtNoSize) {
-  prove::Scrivi(base / "locale/T01", "x");
+  test::Scrivi(base / "locale/T01", "x");
   std::filesystem::resize_file(base / "locale/T01", std::uintmax_t{17} * 1024 * 1024);
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
   EXPECT_EQ(std::filesystem::file_size(base / "host/tmp/T01"), std::uintmax_t{17} * 1024 * 1024);
@@ -131,21 +132,21 @@ TEST_F(DirectoryLink, SendingLooksAtNoSize) {
 
 TEST_F(DirectoryLink, SendingOntoADirectoryLeavesNoPrivateFile) {
   std::filesystem::create_directory(base / "host/tmp/T01");
-  prove::Scrivi(base / "locale/T01", "x");
+  test::Scrivi(base / "locale/T01", "x");
   const auto errore = ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01"); });
   EXPECT_EQ(errore.Number(), errors::FileAccess);
   EXPECT_EQ(FileIn("host/tmp"), 1U);
 }
 
 TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsNotThere) {
-  prove::Scrivi(base / "locale/T01", "x");
+  test::Scrivi(base / "locale/T01", "x");
   EXPECT_EQ(ErroreDi([this] { collegamento->InviaFile("h", base / "locale/T01", "/manca/T01"); }).Number(),
             errors::FileNotFound);
 }
 
 TEST_F(DirectoryLink, SendingFailsWhereTheHostDirectoryIsReadOnly) {
-  prove::Scrivi(base / "locale/T01", "x");
-  std::filesystem::permissions(base.Percorso(), std::filesystem::perms(0755));
+  test::Scrivi(base / "locale/T01", "x");
+  std::filesystem::permissions(base.Path().string(), std::filesystem::perms(0755));
   std::filesystem::permissions(base / "host/tmp", std::filesystem::perms(0555));
   // Permissions do not bind the superuser, who tests as nobody.
   const bool onnipotente = ::geteuid() == 0;
@@ -167,9 +168,9 @@ TEST_F(DirectoryLink, APipeInTheFilesPlaceIsRefusedWithoutWaiting) {
 TEST_F(DirectoryLink, BeginningOfAFileIsReceivedWhateverItsSize) {
   const std::string lungo(200000, 'y');
   for (const std::size_t dimensione : {0U, 10U, 65537U, 65538U, 200000U}) {
-    prove::Scrivi(base / "host/tmp/VBX", lungo.substr(0, dimensione));
+    test::Scrivi(base / "host/tmp/VBX", lungo.substr(0, dimensione));
     collegamento->ReceiveBeginning("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
-    EXPECT_EQ(prove::Leggi(base / "locale/VBX"), lungo.substr(0, std::min<std::size_t>(dimensione, 65537)));
+    EXPECT_EQ(test::FileText(base / "locale/VBX"), lungo.substr(0, std::min<std::size_t>(dimensione, 65537)));
   }
   std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{1} << 30U);
   collegamento->ReceiveBeginning("h", "/tmp/VBX", base / "locale/VBX", 65537, testo);
@@ -177,7 +178,7 @@ TEST_F(DirectoryLink, BeginningOfAFileIsReceivedWhateverItsSize) {
 }
 
 TEST_F(DirectoryLink, FileThatTakesTooLongIsNotReceived) {
-  prove::Scrivi(base / "host/tmp/VBX", "x");
+  test::Scrivi(base / "host/tmp/VBX", "x");
   std::filesystem::resize_file(base / "host/tmp/VBX", std::uintmax_t{16} * 1024 * 1024);
   collegamento.emplace(base / "host", 1ms);
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
@@ -188,12 +189,12 @@ TEST_F(DirectoryLink, FileThatTakesTooLongIsNotReceived) {
 TEST_F(DirectoryLink, FileThatWasReadInOnePieceIsReceivedThoughTheCallerWasHeldUpMeanwhile) {
   collegamento.emplace(base / "host", 0ms);
   for (const std::size_t dimensione : {0U, 10U, 65536U}) {
-    prove::Scrivi(base / "host/tmp/VBX", std::string(dimensione, 'x'));
+    test::Scrivi(base / "host/tmp/VBX", std::string(dimensione, 'x'));
     collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo);
-    EXPECT_EQ(prove::Leggi(base / "locale/VBX"), std::string(dimensione, 'x'));
+    EXPECT_EQ(test::FileText(base / "locale/VBX"), std::string(dimensione, 'x'));
   }
   std::filesystem::remove(base / "locale/VBX");
-  prove::Scrivi(base / "host/tmp/VBX", std::string(65537, 'x'));
+  test::Scrivi(base / "host/tmp/VBX", std::string(65537, 'x'));
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
   EXPECT_THAT(errore.Description(), HasSubstr("»: il trasferimento non è finito entro 0 secondi."));
   EXPECT_TRUE(std::filesystem::is_empty(base / "locale"));
@@ -212,7 +213,7 @@ TEST_F(DirectoryLink, RenamingAMissingFileFails) {
 }
 
 TEST_F(DirectoryLink, NoPathLeavesTheHostDirectory) {
-  prove::Scrivi(base / "segreto", "x");
+  test::Scrivi(base / "segreto", "x");
   for (const auto* percorso : {"/../segreto", "/tmp/../../segreto", "segreto", "", "../segreto", "/tmp/.."}) {
     EXPECT_THAT(ErroreDi([&] { collegamento->CancellaFile("h", percorso); }).Description(), HasSubstr("non ammesso"))
         << percorso;

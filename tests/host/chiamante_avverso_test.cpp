@@ -5,6 +5,7 @@
 #include "ChiamateRifiutate.hpp"
 #include "platform/nexaro/cartella/DirectoryLink.hpp"
 #include "platform/nexaro/cartella/Process.hpp"
+#include "support/Files.hpp"
 
 #include <atomic>
 #include <cerrno>
@@ -18,8 +19,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using nexaro::ProcessEnd;
-using prove::Chiamante;
-using prove::Rifiuta;
+using test::Chiamante;
+using test::Rifiuta;
 using testing::HasSubstr;
 
 class AdverseCaller : public testing::Test {
@@ -28,7 +29,7 @@ class AdverseCaller : public testing::Test {
 
   /// What a caller says of the host's program `corpo`: its answer, or the error.
   std::string Chiama(const std::string& corpo, std::chrono::milliseconds attesa) {
-    prove::ScriviProgramma(base / "host/programmi/VB0001", corpo);
+    test::ScriviProgramma(base / "host/programmi/VB0001", corpo);
     nexaro::DirectoryLink collegamento(base / "host", attesa);
     std::string detto;
     nexaro::XMLParser lettore;
@@ -42,8 +43,8 @@ class AdverseCaller : public testing::Test {
   }
   /// Whether a program gets a descriptor that its caller left inheritable, where the system refuses two calls.
   std::string Ereditati(long prima, long seconda, int codice) {
-    prove::ScriviProgramma(base / "host/programmi/VB0001",
-                           "[ -e /proc/$$/fd/200 ] && aperti=200; echo \"<A>$aperti</A>\"");
+    test::ScriviProgramma(base / "host/programmi/VB0001",
+                          "[ -e /proc/$$/fd/200 ] && aperti=200; echo \"<A>$aperti</A>\"");
     const Chiamante chiamante([&] {
       const int aperto = ::open("/dev/null", O_RDONLY); // NOLINT: to be inherited
       if (::fcntl(aperto, F_DUPFD, 200) < 0) {
@@ -60,7 +61,7 @@ class AdverseCaller : public testing::Test {
     return chiamante.Esito(20s);
   }
 
-  prove::CartellaProvvisoria base;
+  test::TemporaryFolder base;
 };
 
 TEST_F(AdverseCaller, ProgramAnswersWhereTheSystemCannotCloseARangeOfDescriptors) {
@@ -108,7 +109,7 @@ TEST_F(AdverseCaller, ForkOfAnotherThreadHidesNoFailure) {
   EXPECT_THAT(ConBiforcazione([&] { return Chiama("kill -KILL $$", 8s); }, 6s), HasSubstr("dal segnale 9"));
   EXPECT_THAT(ConBiforcazione(
                   [&] {
-                    auto fine = nexaro::Run({base / "manca", {}, {}, base.Percorso(), 8s, 10, 10}).finish;
+                    auto fine = nexaro::Run({base / "manca", {}, {}, base.Path().string(), 8s, 10, 10}).finish;
                     return std::string(fine == ProcessEnd::NotStarted ? "non avviato" : "altro");
                   },
                   6s),
@@ -119,7 +120,7 @@ TEST_F(AdverseCaller, CompleteAnswerIsTakenThoughAChildHoldsTheOutput) {
   const auto inizio = std::chrono::steady_clock::now();
   EXPECT_EQ(Chiama("sleep 30 & echo $! >figlio; echo '<A>fatto</A>'", 20s), "A fatto");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
-  const auto figlio = static_cast<pid_t>(std::stol(prove::Leggi(base / "host/figlio")));
+  const auto figlio = static_cast<pid_t>(std::stol(test::FileText(base / "host/figlio")));
   EXPECT_EQ(::kill(figlio, 0), 0) << "what goes on in the background is the program's own affair";
   ::kill(figlio, SIGKILL);
 }
@@ -163,7 +164,7 @@ void* EseguiNelFilo(void* processo) {
 
 /// Ends a thread that runs the program `corpo`, as an exception would, once there is a file `segno`.
 void InterrompiFilo(const std::string& cartella, const std::string& corpo, const std::string& segno) {
-  const auto percorso = prove::ScriviProgramma(cartella + "/programma", corpo);
+  const auto percorso = test::ScriviProgramma(cartella + "/programma", corpo);
   nexaro::Process processo{percorso, {}, {}, cartella, 20s, 10000, 10};
   pthread_t filo{};
   ASSERT_EQ(::pthread_create(&filo, nullptr, EseguiNelFilo, &processo), 0);
@@ -179,13 +180,13 @@ void InterrompiFilo(const std::string& cartella, const std::string& corpo, const
 }
 
 TEST_F(AdverseCaller, ProgramDoesNotGoOnUnwatchedWhenTheWaitIsBrokenOff) {
-  InterrompiFilo(base.Percorso(), "touch partito; sleep 1; touch finito", "/partito");
+  InterrompiFilo(base.Path().string(), "touch partito; sleep 1; touch finito", "/partito");
   std::this_thread::sleep_for(1500ms);
   EXPECT_FALSE(std::filesystem::exists(base / "finito"));
 }
 
 TEST_F(AdverseCaller, WhatAProgramLeftBehindGoesOnThoughTheWaitIsBrokenOff) {
-  InterrompiFilo(base.Percorso(), "(sleep 1; touch finito) & touch partito", "/partito");
+  InterrompiFilo(base.Path().string(), "(sleep 1; touch finito) & touch partito", "/partito");
   std::this_thread::sleep_for(1500ms);
   EXPECT_TRUE(std::filesystem::exists(base / "finito"));
 }

@@ -1,6 +1,7 @@
 #include "Banco.hpp"
 #include "platform/nexaro/cartella/Process.hpp"
 #include "platform/nexaro/ssh/Quoting.hpp"
+#include "support/Files.hpp"
 
 #include <random>
 
@@ -28,8 +29,8 @@ std::string Attesi(const std::vector<std::string>& parametri) {
 class Quotation : public testing::TestWithParam<const char*> {
  protected:
   /// A program that writes its arguments back.
-  void SetUp() override { prove::ScriviProgramma(cartella / "eco", "for a; do printf '%s\\0' \"$a\"; done"); }
-  prove::CartellaProvvisoria cartella;
+  void SetUp() override { test::ScriviProgramma(cartella / "eco", "for a; do printf '%s\\0' \"$a\"; done"); }
+  test::TemporaryFolder cartella;
 };
 
 TEST(ShellQuotation, EverythingStandsInOneQuotation) {
@@ -52,7 +53,7 @@ TEST_P(Quotation, NoCharacterMeansAnythingToTheShell) {
   for (int byte = 1; byte < 256; ++byte) {
     parametri.emplace_back(1, static_cast<char>(byte));
   }
-  EXPECT_EQ(Argomenti(CommandLine(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
+  EXPECT_EQ(Argomenti(CommandLine(cartella.Path().string(), "eco", parametri), GetParam()), Attesi(parametri));
 }
 
 TEST_P(Quotation, RandomTextsArriveAsTheyAre) {
@@ -69,7 +70,7 @@ TEST_P(Quotation, RandomTextsArriveAsTheyAre) {
     }
     parametri.push_back(parametro);
   }
-  EXPECT_EQ(Argomenti(CommandLine(cartella.Percorso(), "eco", parametri), GetParam()), Attesi(parametri));
+  EXPECT_EQ(Argomenti(CommandLine(cartella.Path().string(), "eco", parametri), GetParam()), Attesi(parametri));
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells, Quotation, testing::Values("/bin/sh", "/bin/bash"));

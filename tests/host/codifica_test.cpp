@@ -7,7 +7,7 @@ namespace lumoscad {
 namespace {
 
 using nexaro::Encoding;
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::HasSubstr;
 
 TEST(HostEncoding, Utf8IsTheDefaultAndPassesEveryByte) {

@@ -12,8 +12,8 @@
 namespace lumoscad {
 namespace {
 
-using prova::OtherProcess;
-using prove::ErroreDi;
+using test::ErroreDi;
+using test::OtherProcess;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
@@ -47,7 +47,7 @@ class LockAmongProcesses : public testing::Test {
     }
   }
 
-  prove::VariabiliProvvisorie variabili;
+  test::VariabiliProvvisorie variabili;
   /// Of this test alone: the locks are the machine's.
   const std::string testo = "PROVA" + std::to_string(::getpid());
   std::unique_ptr<nexaro::ProcessLock> nostra;

@@ -9,7 +9,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::HasSubstr;
 
 class TransportSettings : public testing::Test {
@@ -27,7 +27,7 @@ class TransportSettings : public testing::Test {
     return ErroreDi([] { static_cast<void>(nexaro::ReadSshSettings()); }).Description();
   }
 
-  prove::VariabiliProvvisorie variabili;
+  test::VariabiliProvvisorie variabili;
 };
 
 TEST_F(TransportSettings, NetworkIsTheTransportUnlessTheDirectoryIsAskedFor) {
@@ -78,7 +78,7 @@ TEST_F(TransportSettings, PortIsANumberOfAPort) {
 
 TEST_F(TransportSettings, PathsAreAbsolute) {
   for (const auto* nome : {"NEXARO_SSH_CHIAVE", "NEXARO_SSH_NOTI", "NEXARO_PROGRAMMI"}) {
-    prove::VariabiliProvvisorie una;
+    test::VariabiliProvvisorie una;
     una.Imposta(nome, "~/chiave");
     EXPECT_THAT(Rifiuto(), HasSubstr(std::string(nome) + " deve essere un percorso assoluto"));
   }
@@ -87,7 +87,7 @@ TEST_F(TransportSettings, PathsAreAbsolute) {
 TEST_F(TransportSettings, KnownHostsFileIsTheOneThatIsNamed) {
   // To the library the sign begins something that it replaces.
   for (const auto* nome : {"NEXARO_SSH_NOTI", "HOME"}) {
-    prove::VariabiliProvvisorie una;
+    test::VariabiliProvvisorie una;
     una.Imposta(nome, "/casa/%h");
     EXPECT_THAT(Rifiuto(), HasSubstr("(NEXARO_SSH_NOTI) non può contenere il carattere «%»: vale «/casa/%h")) << nome;
   }

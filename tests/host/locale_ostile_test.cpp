@@ -3,6 +3,7 @@
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/Nexaro.hpp"
+#include "support/Files.hpp"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -12,7 +13,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
@@ -29,7 +30,7 @@ class LocalFile : public testing::Test {
   std::string Rifiuto(const std::string& percorso) {
     return ErroreDi([&] { WriteLocalFile(percorso, "nuovo"); }).Description();
   }
-  prove::CartellaProvvisoria cartella;
+  test::TemporaryFolder cartella;
 };
 
 TEST_F(LocalFile, IsPrivateWhateverTheMaskOfTheProcess) {
@@ -40,25 +41,25 @@ TEST_F(LocalFile, IsPrivateWhateverTheMaskOfTheProcess) {
   ::umask(prima);
   EXPECT_EQ(Modo(cartella / "aperta"), 0600U);
   EXPECT_EQ(Modo(cartella / "chiusa"), 0600U);
-  EXPECT_EQ(prove::Leggi(cartella / "chiusa"), "x");
+  EXPECT_EQ(test::FileText(cartella / "chiusa"), "x");
 }
 
 TEST_F(LocalFile, IsNeverWrittenThroughASymbolicLink) {
-  prove::Scrivi(cartella / "vittima", "mia");
+  test::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_symlink(cartella / "vittima", cartella / "T01");
   EXPECT_THAT(Rifiuto(cartella / "T01"), HasSubstr("collegamento simbolico"));
-  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
+  EXPECT_EQ(test::FileText(cartella / "vittima"), "mia");
   std::filesystem::create_symlink(cartella / "non-ancora", cartella / "T02");
   EXPECT_THAT(Rifiuto(cartella / "T02"), HasSubstr("collegamento simbolico"));
   EXPECT_FALSE(std::filesystem::exists(cartella / "non-ancora"));
 }
 
 TEST_F(LocalFile, IsNeverWrittenThroughAHardLink) {
-  prove::Scrivi(cartella / "vittima", "mia");
+  test::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_hard_link(cartella / "vittima", cartella / "T01");
   WriteLocalFile(cartella / "T01", "nuovo");
-  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
-  EXPECT_EQ(prove::Leggi(cartella / "T01"), "nuovo");
+  EXPECT_EQ(test::FileText(cartella / "vittima"), "mia");
+  EXPECT_EQ(test::FileText(cartella / "T01"), "nuovo");
 }
 
 /// Writes over the file of others that stands at `file`, which somebody goes on reading.
@@ -76,7 +77,7 @@ void ReplaceFileOfOthers(const std::string& file) {
 }
 
 TEST_F(LocalFile, ReplacesAFileThatIsOpenToOthersByOneOfItsOwn) {
-  prove::Scrivi(cartella / "T01", "un testo più lungo");
+  test::Scrivi(cartella / "T01", "un testo più lungo");
   std::filesystem::permissions(cartella / "T01", std::filesystem::perms(0666));
   ReplaceFileOfOthers(cartella / "T01");
 }
@@ -85,7 +86,7 @@ TEST_F(LocalFile, ReplacesAFileOfAnotherUserByOneOfItsOwn) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can make a file another user's";
   }
-  prove::Scrivi(cartella / "T01", "un testo più lungo");
+  test::Scrivi(cartella / "T01", "un testo più lungo");
   std::filesystem::permissions(cartella / "T01", std::filesystem::perms(0666));
   ASSERT_EQ(::chown((cartella / "T01").c_str(), Altro, Altro), 0);
   ReplaceFileOfOthers(cartella / "T01");
@@ -106,11 +107,11 @@ TEST_F(LocalFile, IsRefusedWhereADirectoryStands) {
 }
 
 TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
-  prove::Scrivi(cartella / "segreto", "altrui\n");
+  test::Scrivi(cartella / "segreto", "altrui\n");
   std::filesystem::create_symlink(cartella / "segreto", cartella / "T01");
   EXPECT_THAT(ErroreDi([&] { static_cast<void>(ReadLocalBeginning(cartella / "T01")); }).Description(),
               HasSubstr("collegamento simbolico"));
-  prove::Scrivi(cartella / "enorme", "riga\r\n" + std::string(50'000'000, 'x'));
+  test::Scrivi(cartella / "enorme", "riga\r\n" + std::string(50'000'000, 'x'));
   const auto righe = ReadLocalBeginning(cartella / "enorme").lines;
   ASSERT_THAT(righe, SizeIs(2));
   EXPECT_EQ(righe[0], "riga");
@@ -127,22 +128,22 @@ TEST_F(LocalFile, NameIsNotCutAtAZeroByte) {
 }
 
 TEST_F(LocalFile, DeletingALinkLeavesWhatItPointsAt) {
-  prove::Scrivi(cartella / "vittima", "mia");
+  test::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_symlink(cartella / "vittima", cartella / "T01");
   DeleteLocalFile(cartella / "T01");
-  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
+  EXPECT_EQ(test::FileText(cartella / "vittima"), "mia");
   EXPECT_FALSE(std::filesystem::is_symlink(cartella / "T01"));
 }
 
 TEST_F(LocalFile, DownloadReplacesALinkInsteadOfFollowingIt) {
-  prove::Scrivi(cartella / "remoto", "dall'host");
-  prove::Scrivi(cartella / "vittima", "mia");
+  test::Scrivi(cartella / "remoto", "dall'host");
+  test::Scrivi(cartella / "vittima", "mia");
   std::filesystem::create_symlink(cartella / "vittima", cartella / "VBCREDITI");
   const mode_t prima = ::umask(0);
   nexaro::CopyFile(cartella / "remoto", cartella / "VBCREDITI", 0600, "Prova");
   ::umask(prima);
-  EXPECT_EQ(prove::Leggi(cartella / "vittima"), "mia");
-  EXPECT_EQ(prove::Leggi(cartella / "VBCREDITI"), "dall'host");
+  EXPECT_EQ(test::FileText(cartella / "vittima"), "mia");
+  EXPECT_EQ(test::FileText(cartella / "VBCREDITI"), "dall'host");
   EXPECT_EQ(Modo(cartella / "VBCREDITI"), 0600U);
 }
 
@@ -150,7 +151,7 @@ class HostileEnvironment : public testing::Test {
  protected:
   void SetUp() override {
     variabili.Imposta("NEXARO_POSTAZIONE", "T01");
-    variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Percorso());
+    variabili.Imposta("NEXARO_CARTELLA_LOCALE", cartella.Path().string());
   }
   std::string Rifiuto(const std::string& nome, const std::string& valore) {
     variabili.Imposta(nome, valore);
@@ -162,8 +163,8 @@ class HostileEnvironment : public testing::Test {
     std::filesystem::permissions(cartella / nome, std::filesystem::perms(modo));
     return cartella / nome;
   }
-  prove::CartellaProvvisoria cartella;
-  prove::VariabiliProvvisorie variabili;
+  test::TemporaryFolder cartella;
+  test::VariabiliProvvisorie variabili;
 };
 
 TEST_F(HostileEnvironment, WorkstationCannotLeaveItsDirectoryOrBreakALine) {
@@ -177,7 +178,7 @@ TEST_F(HostileEnvironment, WorkstationCannotLeaveItsDirectoryOrBreakALine) {
 TEST_F(HostileEnvironment, LocalDirectoryIsTheUsersOwnOrNone) {
   const auto nome = "NEXARO_CARTELLA_LOCALE";
   EXPECT_THAT(Rifiuto(nome, "relativa"), HasSubstr("percorso assoluto"));
-  EXPECT_THAT(Rifiuto(nome, "./" + cartella.Percorso()), HasSubstr("percorso assoluto"));
+  EXPECT_THAT(Rifiuto(nome, "./" + cartella.Path().string()), HasSubstr("percorso assoluto"));
   std::filesystem::create_directory_symlink(Nuova("vera", 0700), cartella / "link");
   EXPECT_THAT(Rifiuto(nome, cartella / "link"), HasSubstr("collegamento simbolico"));
   EXPECT_THAT(Rifiuto(nome, cartella / "link/"), HasSubstr("collegamento simbolico"));
@@ -185,7 +186,7 @@ TEST_F(HostileEnvironment, LocalDirectoryIsTheUsersOwnOrNone) {
   EXPECT_THAT(Rifiuto(nome, Nuova("appiccicosa", 01777)), HasSubstr("accessibile ad altri"));
   EXPECT_THAT(Rifiuto(nome, Nuova("gruppo", 0770)), HasSubstr("accessibile ad altri"));
   EXPECT_THAT(Rifiuto(nome, Nuova("leggibile", 0755)), HasSubstr("accessibile ad altri"));
-  prove::Scrivi(cartella / "file", "");
+  test::Scrivi(cartella / "file", "");
   EXPECT_THAT(Rifiuto(nome, cartella / "file"), HasSubstr("non è una cartella"));
   EXPECT_THAT(Rifiuto(nome, cartella / "manca"), HasSubstr("inesistente"));
   variabili.Imposta(nome, cartella / "vera//");
@@ -205,7 +206,7 @@ TEST_F(HostileEnvironment, LocalDirectoryOfAnotherUserIsRefused) {
 TEST_F(HostileEnvironment, TemporaryDirectoryOfAnotherIsNotUsedForTheDefault) {
   variabili.Togli("NEXARO_CARTELLA_LOCALE");
   variabili.Togli("XDG_RUNTIME_DIR");
-  variabili.Imposta("TMPDIR", cartella.Percorso());
+  variabili.Imposta("TMPDIR", cartella.Path().string());
   const std::string predefinita = cartella / ("lumoscad-" + std::to_string(::getuid()));
   std::filesystem::create_directory_symlink("/tmp", predefinita);
   EXPECT_THAT(ErroreDi([] { static_cast<void>(nexaro::ReadEnvironment()); }).Description(),

@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 using nexaro::Clock;
 using nexaro::OpenSocket;
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::HasSubstr;
 
 /// A loopback port where somebody listens without ever taking a connection.

@@ -1,5 +1,6 @@
 #include "Banco.hpp"
 #include "platform/nexaro/cartella/Process.hpp"
+#include "support/Files.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -19,11 +20,11 @@ class LocalProgram : public testing::Test {
  protected:
   nexaro::ProcessOutcome Esegui(const std::string& corpo, std::vector<std::string> argomenti = {},
                                 std::chrono::milliseconds attesa = 20s) {
-    const auto percorso = prove::ScriviProgramma(cartella / "programma", corpo);
-    return nexaro::Run({percorso, std::move(argomenti), {"PROVA=sì"}, cartella.Percorso(), attesa, 100000, 50});
+    const auto percorso = test::ScriviProgramma(cartella / "programma", corpo);
+    return nexaro::Run({percorso, std::move(argomenti), {"PROVA=sì"}, cartella.Path().string(), attesa, 100000, 50});
   }
 
-  prove::CartellaProvvisoria cartella;
+  test::TemporaryFolder cartella;
 };
 
 /// A signal's treatment that returns to what it was.
@@ -52,7 +53,7 @@ TEST_F(LocalProgram, GetsEachArgumentAsOneAndEmptyOnesToo) {
 
 TEST_F(LocalProgram, RunsInItsDirectoryWithItsEnvironmentAndNoInput) {
   const auto esito = Esegui("pwd -P; echo $PROVA; wc -c");
-  EXPECT_EQ(esito.output, std::filesystem::canonical(cartella.Percorso()).string() + "\nsì\n0\n");
+  EXPECT_EQ(esito.output, std::filesystem::canonical(cartella.Path().string()).string() + "\nsì\n0\n");
 }
 
 TEST_F(LocalProgram, ReportsExitStatusAndStandardErrorApart) {
@@ -77,11 +78,11 @@ TEST_F(LocalProgram, ReportsTheSignalThatKilledIt) {
 }
 
 TEST_F(LocalProgram, ReportsThatItCannotBeStarted) {
-  auto esito = nexaro::Run({cartella / "manca", {}, {}, cartella.Percorso(), 5s, 10, 10});
+  auto esito = nexaro::Run({cartella / "manca", {}, {}, cartella.Path().string(), 5s, 10, 10});
   EXPECT_EQ(esito.finish, ProcessEnd::NotStarted);
   EXPECT_EQ(esito.state, ENOENT);
-  prove::Scrivi(cartella / "testo", "niente");
-  esito = nexaro::Run({cartella / "testo", {}, {}, cartella.Percorso(), 5s, 10, 10});
+  test::Scrivi(cartella / "testo", "niente");
+  esito = nexaro::Run({cartella / "testo", {}, {}, cartella.Path().string(), 5s, 10, 10});
   EXPECT_EQ(esito.finish, ProcessEnd::NotStarted);
   EXPECT_EQ(esito.state, EACCES);
 }
@@ -91,9 +92,9 @@ TEST_F(LocalProgram, IsKilledWithItsWholeGroupWhenItTakesTooLong) {
   const auto esito = Esegui("sleep 30 & echo $! > figlio; wait", {}, 500ms);
   EXPECT_EQ(esito.finish, ProcessEnd::TimedOut);
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 10s);
-  const auto figlio = static_cast<pid_t>(std::stol(prove::Leggi(cartella / "figlio")));
+  const auto figlio = static_cast<pid_t>(std::stol(test::FileText(cartella / "figlio")));
   const auto morto = [figlio] {
-    const auto stato = prove::Leggi("/proc/" + std::to_string(figlio) + "/stat");
+    const auto stato = test::FileText("/proc/" + std::to_string(figlio) + "/stat");
     return stato.empty() || stato.find(") Z ") != std::string::npos;
   };
   for (int giro = 0; giro < 100 && !morto(); ++giro) {
@@ -157,13 +158,13 @@ TEST_F(LocalProgram, LeavesNoZombieBehind) {
 }
 
 TEST_F(LocalProgram, RunsSideBySideWithoutWaitingForEachOther) {
-  const auto lento = prove::ScriviProgramma(cartella / "lento", "sleep 2; echo lento");
-  const auto svelto = prove::ScriviProgramma(cartella / "svelto", "echo svelto");
+  const auto lento = test::ScriviProgramma(cartella / "lento", "sleep 2; echo lento");
+  const auto svelto = test::ScriviProgramma(cartella / "svelto", "echo svelto");
   nexaro::ProcessOutcome primo;
-  std::thread filo([&] { primo = nexaro::Run({lento, {}, {}, cartella.Percorso(), 20s, 100, 100}); });
+  std::thread filo([&] { primo = nexaro::Run({lento, {}, {}, cartella.Path().string(), 20s, 100, 100}); });
   std::this_thread::sleep_for(200ms);
   const auto inizio = std::chrono::steady_clock::now();
-  const auto secondo = nexaro::Run({svelto, {}, {}, cartella.Percorso(), 20s, 100, 100});
+  const auto secondo = nexaro::Run({svelto, {}, {}, cartella.Path().string(), 20s, 100, 100});
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, 1s);
   filo.join();
   EXPECT_EQ(secondo.output, "svelto\n");

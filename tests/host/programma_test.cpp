@@ -3,6 +3,7 @@
 #include "Banco.hpp"
 #include "Riservatezza.hpp"
 #include "lumoscad/LumoScadenze.hpp"
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
@@ -96,7 +97,7 @@ class Programma {
   }
   /// A file of /proc about the program.
   [[nodiscard]] std::string Proc(const std::string& nome) const {
-    return prove::Leggi("/proc/" + std::to_string(pid_) + "/" + nome);
+    return test::FileText("/proc/" + std::to_string(pid_) + "/" + nome);
   }
   /// Waits until it has taken what was written to it, which is after everything that it does first.
   [[nodiscard]] bool HaLetto() const {
@@ -125,7 +126,7 @@ class LumoscadProgram : public testing::Test {
       programma.Scrivi(ingresso);
     }
     const int stato = programma.Finisci();
-    uscite = prove::Leggi(errori);
+    uscite = test::FileText(errori);
     return stato;
   }
   void TogliDesktop() {
@@ -134,8 +135,8 @@ class LumoscadProgram : public testing::Test {
     }
   }
 
-  prove::VariabiliProvvisorie variabili;
-  prove::CartellaProvvisoria cartella;
+  test::VariabiliProvvisorie variabili;
+  test::TemporaryFolder cartella;
   std::string errori = cartella / "uscite";
   std::string uscite;
 };
@@ -201,7 +202,7 @@ TEST_F(LumoscadProgram, KeepsACommandOfItsStandardInputOutOfTheProcessList) {
   EXPECT_THAT(programma.Proc("environ"), Not(HasSubstr(Password)));
   programma.Chiudi();
   EXPECT_EQ(programma.Attendi(), 0);
-  EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
+  EXPECT_THAT(test::FileText(errori), Not(HasSubstr(Password)));
 }
 
 TEST_F(LumoscadProgram, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
@@ -212,8 +213,8 @@ TEST_F(LumoscadProgram, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
     programma.Chiudi();
     static_cast<void>(programma.Attendi());
   }
-  EXPECT_THAT(prove::Leggi(errori), HasSubstr("error"));
-  EXPECT_THAT(prove::Leggi(errori), Not(HasSubstr(Password)));
+  EXPECT_THAT(test::FileText(errori), HasSubstr("error"));
+  EXPECT_THAT(test::FileText(errori), Not(HasSubstr(Password)));
 }
 
 TEST_F(LumoscadProgram, JoinsItsArgumentsWithSingleBlanks) {
@@ -257,7 +258,7 @@ TEST_F(LumoscadProgram, NamesEveryEnvironmentVariableInItsHelp) {
   std::set<std::string> nomi{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SSH_AUTH_SOCK"};
   static const std::regex variabile("\"((NEXARO|LUMOSCAD)_[A-Z_]+)\"");
   for (const auto& voce : std::filesystem::recursive_directory_iterator(test::sourcePath("src"))) {
-    const std::string testo = voce.is_regular_file() ? prove::Leggi(voce.path().string()) : "";
+    const std::string testo = voce.is_regular_file() ? test::FileText(voce.path().string()) : "";
     for (std::sregex_iterator trovata(testo.begin(), testo.end(), variabile), fine; trovata != fine; ++trovata) {
       nomi.insert((*trovata)[1]);
     }

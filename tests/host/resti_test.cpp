@@ -3,6 +3,7 @@
 #include "Banco.hpp"
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Nexaro.hpp"
+#include "support/Files.hpp"
 #include "support/OtherProcess.hpp"
 
 #include <fcntl.h>
@@ -13,7 +14,7 @@
 namespace lumoscad {
 namespace {
 
-using prova::OtherProcess;
+using test::OtherProcess;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -22,9 +23,9 @@ class Leftovers : public testing::Test {
  protected:
   void SetUp() override {
     for (const char* nome : {"host/tmp", "locale"}) {
-      prove::fs::create_directories(base / nome);
+      test::fs::create_directories(base / nome);
     }
-    prove::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T01\r\n");
+    test::Scrivi(base / "host/tmp/VBCREDITI", "Utente : T01\r\n");
     variabili.Imposta("NEXARO_TRASPORTO", "cartella");
     variabili.Imposta("NEXARO_RADICE", base / "host");
     collegamento = nexaro::CreateHostLink();
@@ -38,7 +39,7 @@ class Leftovers : public testing::Test {
   }
   static std::vector<std::string> Nomi(const std::string& cartella) {
     std::vector<std::string> nomi;
-    for (const auto& voce : prove::fs::directory_iterator(cartella)) {
+    for (const auto& voce : test::fs::directory_iterator(cartella)) {
       if (voce.path().filename() != "VBCREDITI") {
         nomi.push_back(voce.path().filename().string());
       }
@@ -53,7 +54,7 @@ class Leftovers : public testing::Test {
       file->Write("mezzo", prova);
     };
   }
-  void Lascia(const std::string& nome) const { prove::Scrivi(base / ("locale/" + nome), "mezzo"); }
+  void Lascia(const std::string& nome) const { test::Scrivi(base / ("locale/" + nome), "mezzo"); }
   /// Makes a file look as if it had been written an hour before this test began.
   void Invecchia(const std::string& nome) const {
     const auto prima = ::time(nullptr) - 3600;
@@ -68,8 +69,8 @@ class Leftovers : public testing::Test {
     return numero;
   }
 
-  prove::CartellaProvvisoria base;
-  prove::VariabiliProvvisorie variabili;
+  test::TemporaryFolder base;
+  test::VariabiliProvvisorie variabili;
   std::unique_ptr<nexaro::HostLink> collegamento;
 };
 
@@ -85,7 +86,7 @@ TEST_F(Leftovers, OfAKilledUploadToADirectoryHostGoWithTheNextOne) {
   OtherProcess altro([this] { static_cast<void>(new nexaro::TemporaryFile(base / "host/tmp/T01", 0666, "Prova")); });
   ASSERT_TRUE(altro.Succeeded());
   altro.Kill();
-  prove::Scrivi(base / "locale/T01", "x");
+  test::Scrivi(base / "locale/T01", "x");
   ASSERT_THAT(Nomi(base / "host/tmp"), SizeIs(1)) << "nothing was left";
   collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
   EXPECT_THAT(Nomi(base / "host/tmp"), ElementsAre("T01"));
@@ -144,12 +145,12 @@ TEST_F(Leftovers, WhatIsNotOursIsLeftAlone) {
     Lascia(nome);
     Invecchia(nome);
   }
-  prove::fs::create_directory(base / ("locale/.lumoscad-" + finito + "-7"));
-  prove::Scrivi(base / "vittima", "");
-  prove::fs::create_symlink(base / "vittima", base / ("locale/.lumoscad-" + finito + "-8"));
+  test::fs::create_directory(base / ("locale/.lumoscad-" + finito + "-7"));
+  test::Scrivi(base / "vittima", "");
+  test::fs::create_symlink(base / "vittima", base / ("locale/.lumoscad-" + finito + "-8"));
   altrui.insert(altrui.end(), {".lumoscad-" + finito + "-7", ".lumoscad-" + finito + "-8"});
   EXPECT_THAT(DopoUnaRicezione(), testing::UnorderedElementsAreArray(altrui));
-  EXPECT_TRUE(prove::fs::exists(base / "vittima"));
+  EXPECT_TRUE(test::fs::exists(base / "vittima"));
 }
 
 TEST_F(Leftovers, WhatIsAnotherUsersIsLeftAlone) {

@@ -6,6 +6,7 @@
 #include "platform/nexaro/ssh/AddressLookup.hpp"
 #include "platform/nexaro/ssh/Socket.hpp"
 #include "platform/nexaro/ssh/SshLink.hpp"
+#include "support/Files.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -29,7 +30,7 @@ namespace {
 using namespace std::chrono_literals;
 using nexaro::Clock;
 using nexaro::OpenSocket;
-using prove::ErroreDi;
+using test::ErroreDi;
 
 /// Every name that is in no file is asked for over a socket. From now on this process, and every thread that it starts,
 /// is held up when it opens one, until somebody lets it go on through the descriptor that this returns.
@@ -179,7 +180,7 @@ TEST_F(NameLookUp, ErrorOfTheNameServiceIsNotTakenForAWantOfThreads) {
 }
 
 TEST_F(NameLookUp, WantOfThreadsIsSaid) {
-  EXPECT_EXIT(Avversato([] { prove::Rifiuta(SYS_clone3, SYS_clone, EAGAIN); }), testing::ExitedWithCode(0),
+  EXPECT_EXIT(Avversato([] { test::Rifiuta(SYS_clone3, SYS_clone, EAGAIN); }), testing::ExitedWithCode(0),
               "Collegamento all'host contabile.invalid \\(porta 22\\): risorse del sistema esaurite\\.");
 }
 
@@ -198,7 +199,7 @@ TEST_F(NameLookUp, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
   };
   const auto qui = cerca();
   EXPECT_THAT(qui, testing::HasSubstr("localhost (porta 1)"));
-  const prove::Chiamante figlio(cerca);
+  const test::Chiamante figlio(cerca);
   EXPECT_EQ(figlio.Esito(2s), qui);
 }
 
@@ -217,8 +218,8 @@ TEST_F(NameLookUp, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
 }
 
 TEST_F(NameLookUp, NameServiceThatTookMuchOfTheWaitIsNamedWhereTheRestWasNotEnough) {
-  const prove::CartellaProvvisoria cartella;
-  EXPECT_EXIT(Lenta(cartella.Percorso()), testing::ExitedWithCode(0),
+  const test::TemporaryFolder cartella;
+  EXPECT_EXIT(Lenta(cartella.Path().string()), testing::ExitedWithCode(0),
               "il servizio SSH non ha risposto entro 3 secondi\\. Verificare che l'host sia in funzione\\. Di questo "
               "tempo 1,[0-9]* secondi sono andati nella ricerca dell'indirizzo: verificare anche il servizio dei nomi "
               "di questa macchina\\.");

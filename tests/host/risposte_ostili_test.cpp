@@ -9,7 +9,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;

@@ -16,13 +16,13 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-using prove::Chiamante;
-using prove::ErroreDi;
-using prove::ignoto;
+using test::Chiamante;
+using test::ErroreDi;
+using test::ignoto;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-class SshWaits : public prove::BancoSsh {
+class SshWaits : public test::BancoSsh {
  protected:
   void TearDown() override { server->Change({}); }
 
@@ -171,7 +171,7 @@ class AgenteMuto {
   std::string chiave_;
   std::chrono::milliseconds fermata_;
   int ascolto_ = -1;
-  prove::VariabiliProvvisorie variabili_;
+  test::VariabiliProvvisorie variabili_;
   std::thread filo_;
 };
 
@@ -218,7 +218,7 @@ TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItTakesNoConnection) {
 TEST_F(SshSilentAgent, IsGivenUpInTimeAndNamedWhereItDoesNotSign) {
   const auto comando = "cut -d' ' -f2 '" + server->Key().string() + ".pub' | base64 -d >'" + base / "pubblica" + "'";
   ASSERT_EQ(std::system(comando.c_str()), 0);
-  const AgenteMuto agente(base / "agente", prove::Leggi(base / "pubblica"));
+  const AgenteMuto agente(base / "agente", test::FileText(base / "pubblica"));
   EXPECT_EQ(ChiamaAltrove(), attesa);
 }
 

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nexaro::KeyState;
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::AllOf;
 using testing::HasSubstr;
 
@@ -34,10 +34,10 @@ std::string Esegui(const std::string& riga) {
   return uscita;
 }
 
-class SshHostKeys : public prove::BancoSsh {
+class SshHostKeys : public test::BancoSsh {
  protected:
   void SetUp() override {
-    prove::BancoSsh::SetUp();
+    test::BancoSsh::SetUp();
     noti = base / "noti";
     fs::copy_file(server->KnownHosts(), noti);
     impostazioni.knownHosts = noti;
@@ -60,7 +60,7 @@ class SshHostKeys : public prove::BancoSsh {
   [[nodiscard]] std::string NuovaChiave(const std::string& nome, const std::string& tipo,
                                         const std::string& parola = "") const {
     Esegui("ssh-keygen -q -t " + tipo + " -N '" + parola + "' -C prova -f '" + base / nome + "'");
-    return prove::Leggi(base / (nome + ".pub"));
+    return test::FileText(base / (nome + ".pub"));
   }
 
   std::string noti;
@@ -72,7 +72,7 @@ TEST_F(SshHostKeys, KnownKeyIsAccepted) {
 
 TEST_F(SshHostKeys, UnknownKeyIsRefusedWithItsFingerprintAndTheRemedy) {
   for (const auto* contenuto : {"", "# niente\n\n", "altro.host ssh-ed25519 AAAA\n", "spazzatura\n"}) {
-    prove::Scrivi(noti, contenuto);
+    test::Scrivi(noti, contenuto);
     EXPECT_THAT(Prova(), AllOf(HasSubstr("ha presentato la chiave ssh-ed25519 " + server->Hash()),
                                HasSubstr("non è fra gli host noti"), HasSubstr("«lumoscad --registra-host 127.0.0.1»")))
         << contenuto;
@@ -89,73 +89,72 @@ TEST_F(SshHostKeys, PipeInTheFilesPlaceHoldsNobodyUp) {
 }
 
 TEST_F(SshHostKeys, KeyOfAnotherPortOrHostIsNotThisHostsKey) {
-  prove::Scrivi(noti, std::string(Host) + " " + server->HostPublicKey() +
-                          "\n[127.0.0.2]:" + std::to_string(server->Port()) + " " + server->HostPublicKey() + "\n");
+  test::Scrivi(noti, std::string(Host) + " " + server->HostPublicKey() +
+                         "\n[127.0.0.2]:" + std::to_string(server->Port()) + " " + server->HostPublicKey() + "\n");
   EXPECT_EQ(Stato(), KeyState::Unknown);
 }
 
 TEST_F(SshHostKeys, ChangedKeyIsRefusedAndItsLineNamed) {
-  prove::Scrivi(noti, "# uno\n" + Posto() + " " + NuovaChiave("altra", "ed25519"));
+  test::Scrivi(noti, "# uno\n" + Posto() + " " + NuovaChiave("altra", "ed25519"));
   EXPECT_THAT(Prova(), AllOf(HasSubstr("diversa da quella nota (" + noti + ", riga 2)"), HasSubstr(server->Hash()),
                              HasSubstr("un'altra macchina")));
 }
 
 TEST_F(SshHostKeys, KeyOfAnotherTypeIsRefusedAndSaidToBe) {
-  prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa"));
+  test::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa"));
   EXPECT_THAT(Prova(), AllOf(HasSubstr("di tipo diverso da quella nota"), HasSubstr("riga 1")));
 }
 
 TEST_F(SshHostKeys, OneOfSeveralKnownKeysIsEnough) {
-  prove::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa") + Posto() + " " +
-                          NuovaChiave("vecchia", "ed25519") + "altro,*.altrove," + Posto() + " " +
-                          server->HostPublicKey() + " commento\r\n");
+  test::Scrivi(noti, Posto() + " " + NuovaChiave("altra", "ecdsa") + Posto() + " " + NuovaChiave("vecchia", "ed25519") +
+                         "altro,*.altrove," + Posto() + " " + server->HostPublicKey() + " commento\r\n");
   EXPECT_EQ(Prova(), "riuscito");
 }
 
 TEST_F(SshHostKeys, HashedNamesAreKnown) {
   Esegui("ssh-keygen -q -H -f '" + noti + "'");
-  ASSERT_EQ(prove::Leggi(noti).find(Host), std::string::npos);
+  ASSERT_EQ(test::FileText(noti).find(Host), std::string::npos);
   EXPECT_EQ(Prova(), "riuscito");
 }
 
 TEST_F(SshHostKeys, RevokedKeyIsRefusedWhateverElseTheFileSays) {
   const auto revoca = "@revoked * " + server->HostPublicKey() + "\n";
-  prove::Scrivi(noti, prove::Leggi(server->KnownHosts()) + revoca);
+  test::Scrivi(noti, test::FileText(server->KnownHosts()) + revoca);
   EXPECT_THAT(Prova(), HasSubstr("che è revocata"));
-  prove::Scrivi(noti, revoca + prove::Leggi(server->KnownHosts()));
+  test::Scrivi(noti, revoca + test::FileText(server->KnownHosts()));
   EXPECT_EQ(Stato(), KeyState::Revoked);
 }
 
 TEST_F(SshHostKeys, AuthoritiesAndExceptionsAcceptNoKey) {
-  prove::Scrivi(noti, "@cert-authority * " + server->HostPublicKey() + "\n!" + Posto() + ",* " +
-                          server->HostPublicKey() + "\n");
+  test::Scrivi(noti, "@cert-authority * " + server->HostPublicKey() + "\n!" + Posto() + ",* " +
+                         server->HostPublicKey() + "\n");
   EXPECT_EQ(Stato(), KeyState::Unknown);
 }
 
 TEST_F(SshHostKeys, UnreadableFileIsSaidAndTrustsNobody) {
-  impostazioni.knownHosts = base.Percorso();
+  impostazioni.knownHosts = base.Path().string();
   EXPECT_THAT(Prova(), AllOf(HasSubstr("il file degli host noti non può essere letto"), HasSubstr("è una cartella")));
   impostazioni.knownHosts = noti + "/sotto";
   EXPECT_THAT(Prova(), HasSubstr("un elemento del percorso non è una cartella"));
 }
 
 TEST_F(SshHostKeys, FilesOfTheSshProgramAreLeftAlone) {
-  prove::VariabiliProvvisorie variabili;
+  test::VariabiliProvvisorie variabili;
   fs::create_directories(base / "casa/.ssh");
-  prove::Scrivi(base / "casa/.ssh/config", "Host *\n  StrictHostKeyChecking no\n  Port 1\n  User nessuno\n");
+  test::Scrivi(base / "casa/.ssh/config", "Host *\n  StrictHostKeyChecking no\n  Port 1\n  User nessuno\n");
   fs::copy_file(server->KnownHosts(), base / "casa/.ssh/known_hosts");
   variabili.Imposta("HOME", base / "casa");
   EXPECT_EQ(Prova(), "riuscito");
-  prove::Scrivi(noti, "");
+  test::Scrivi(noti, "");
   EXPECT_THAT(Prova(), HasSubstr("non è fra gli host noti"));
 }
 
 TEST_F(SshHostKeys, EveryTypeOfHostKeyIsAccepted) {
   for (const auto* tipo : {"ecdsa", "rsa", "ed25519"}) {
     server->ChangeHostKey(tipo);
-    prove::Scrivi(noti, Posto() + " " + server->HostPublicKey() + "\n");
+    test::Scrivi(noti, Posto() + " " + server->HostPublicKey() + "\n");
     EXPECT_EQ(Prova(), "riuscito") << tipo;
-    prove::Scrivi(noti, "");
+    test::Scrivi(noti, "");
     EXPECT_THAT(Prova(), HasSubstr(server->Hash())) << tipo;
   }
   server->MakeKnown(server->Port());
@@ -164,9 +163,9 @@ TEST_F(SshHostKeys, EveryTypeOfHostKeyIsAccepted) {
 TEST_F(SshHostKeys, HostWithSeveralKeysIsAskedForTheKnownOne) {
   const auto seconda = NuovaChiave("host-rsa", "rsa");
   server->Change({"ed25519", {}, "internal-sftp", {"HostKey " + base / "host-rsa"}});
-  prove::Scrivi(noti, Posto() + " " + seconda);
+  test::Scrivi(noti, Posto() + " " + seconda);
   EXPECT_EQ(Prova(), "riuscito");
-  prove::Scrivi(noti, Posto() + " " + server->HostPublicKey() + "\n");
+  test::Scrivi(noti, Posto() + " " + server->HostPublicKey() + "\n");
   EXPECT_EQ(Prova(), "riuscito");
   server->Change({});
 }
@@ -177,7 +176,7 @@ TEST_F(SshHostKeys, RegisteredKeyIsKnown) {
   const auto chiave = nexaro::AskHostKey(impostazioni, Host);
   EXPECT_EQ(chiave.state, KeyState::Unknown);
   nexaro::AddLine(chiave.line, noti);
-  EXPECT_EQ(prove::Leggi(noti), Posto() + " " + server->HostPublicKey() + "\n");
+  EXPECT_EQ(test::FileText(noti), Posto() + " " + server->HostPublicKey() + "\n");
   EXPECT_EQ(Prova(), "riuscito");
   struct stat stato {};
   ASSERT_EQ(::stat(noti.c_str(), &stato), 0);
@@ -187,9 +186,9 @@ TEST_F(SshHostKeys, RegisteredKeyIsKnown) {
 }
 
 TEST_F(SshHostKeys, RegisteringKeepsWhatTheFileHolds) {
-  prove::Scrivi(noti, "altro ssh-ed25519 AAAA");
+  test::Scrivi(noti, "altro ssh-ed25519 AAAA");
   nexaro::AddLine("nuovo ssh-ed25519 BBBB", noti);
-  EXPECT_EQ(prove::Leggi(noti), "altro ssh-ed25519 AAAA\nnuovo ssh-ed25519 BBBB\n");
+  EXPECT_EQ(test::FileText(noti), "altro ssh-ed25519 AAAA\nnuovo ssh-ed25519 BBBB\n");
   EXPECT_THAT(ErroreDi([&] { nexaro::AddLine("x", base / "manca/sotto/noti"); }).Description(),
               HasSubstr("file inesistente"));
 }
@@ -202,7 +201,7 @@ class SshLogin : public SshHostKeys {
     impostazioni.directory = base / "ssh";
     fs::create_directory(base / "ssh");
   }
-  prove::VariabiliProvvisorie variabili;
+  test::VariabiliProvvisorie variabili;
 };
 
 TEST_F(SshLogin, KeyThatTheHostDoesNotAcceptIsNamed) {
@@ -231,7 +230,7 @@ TEST_F(SshLogin, KeyFileThatCannotBeUsedIsSaid) {
   EXPECT_THAT(Prova(), HasSubstr("tubo: non è un file ordinario"));
   impostazioni.key = base / "host";
   EXPECT_THAT(Prova(), HasSubstr("host: è una cartella"));
-  prove::Scrivi(base / "spazzatura", "non è una chiave");
+  test::Scrivi(base / "spazzatura", "non è una chiave");
   impostazioni.key = base / "spazzatura";
   EXPECT_THAT(Prova(), HasSubstr("non è una chiave privata leggibile"));
 }
@@ -281,7 +280,7 @@ class Agente {
  private:
   std::string presa_;
   pid_t processo_ = -1;
-  prove::VariabiliProvvisorie variabili_;
+  test::VariabiliProvvisorie variabili_;
 };
 
 TEST_F(SshLogin, AgentsKeysComeFirst) {
@@ -304,8 +303,8 @@ TEST_F(SshLogin, KeyFilesAreTriedWhereTheSystemHasNoThreadForTheAgent) {
   const Agente agente(base / "agente");
   Agente::Aggiungi(server->Key());
   const auto senzaFili = [this] {
-    const prove::Chiamante chiamante([this] {
-      prove::Rifiuta(SYS_clone3, SYS_clone, EAGAIN);
+    const test::Chiamante chiamante([this] {
+      test::Rifiuta(SYS_clone3, SYS_clone, EAGAIN);
       return Prova();
     });
     return chiamante.Esito(std::chrono::seconds(20));
@@ -328,20 +327,20 @@ class SshLoginByKeyType : public SshLogin, public testing::WithParamInterface<Ti
     SshLogin::SetUp();
     pubblica = NuovaChiave("utente", GetParam().generazione);
     chiave = base / "utente";
-    ammesse_ = prove::Leggi(server->Authorized());
+    ammesse_ = test::FileText(server->Authorized());
   }
-  void TearDown() override { prove::Scrivi(server->Authorized(), ammesse_); }
+  void TearDown() override { test::Scrivi(server->Authorized(), ammesse_); }
 
   /// The host admits the new key, and no other.
-  void Ammetti() const { prove::Scrivi(server->Authorized(), pubblica); }
+  void Ammetti() const { test::Scrivi(server->Authorized(), pubblica); }
   /// The login succeeds, and the server has taken down that it was with the new key.
   void VerificaAccesso() {
-    const auto prima = prove::Leggi(server->Log()).size();
+    const auto prima = test::FileText(server->Log()).size();
     EXPECT_EQ(Prova(), "riuscito");
     const auto riga = Esegui("ssh-keygen -l -E sha256 -f '" + chiave + ".pub'");
     const auto impronta =
         riga.substr(riga.find("SHA256:"), riga.find(' ', riga.find("SHA256:")) - riga.find("SHA256:"));
-    EXPECT_THAT(prove::Leggi(server->Log()).substr(prima),
+    EXPECT_THAT(test::FileText(server->Log()).substr(prima),
                 AllOf(HasSubstr("Accepted publickey for " + server->User()),
                       HasSubstr("ssh2: " + std::string(GetParam().nome) + " " + impronta)));
   }

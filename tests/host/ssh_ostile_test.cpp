@@ -16,7 +16,7 @@ namespace lumoscad {
 namespace {
 
 namespace fs = std::filesystem;
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -30,7 +30,7 @@ void Attendi(const std::string& file) {
   ASSERT_TRUE(fs::exists(file)) << file;
 }
 
-class SshHostile : public prove::BancoSsh {
+class SshHostile : public test::BancoSsh {
  protected:
   void TearDown() override { server->Change({}); }
 
@@ -47,7 +47,7 @@ class SshHostile : public prove::BancoSsh {
 };
 
 TEST_F(SshHostile, LargestFileIsReceivedAndALargerOneRefused) {
-  prove::Scrivi(base / "host/VBX", "x");
+  test::Scrivi(base / "host/VBX", "x");
   fs::resize_file(base / "host/VBX", Massimo);
   collegamento->RiceviFile(Host, base / "host/VBX", base / "locale/VBX", testo);
   EXPECT_EQ(fs::file_size(base / "locale/VBX"), Massimo);
@@ -86,11 +86,11 @@ TEST_F(SshHostile, BeginningOfAFileIsReceivedWhateverItsSize) {
   static constexpr std::size_t Inizio = 65537;
   const auto ricevi = [this](const std::string& remoto) {
     collegamento->ReceiveBeginning(Host, remoto, base / "locale/VBX", Inizio, testo);
-    return prove::Leggi(base / "locale/VBX");
+    return test::FileText(base / "locale/VBX");
   };
   const std::string lungo(200000, 'y');
   for (const std::size_t dimensione : {std::size_t{0}, std::size_t{10}, Inizio - 1, Inizio, Inizio + 1, lungo.size()}) {
-    prove::Scrivi(base / "host/VBX", lungo.substr(0, dimensione));
+    test::Scrivi(base / "host/VBX", lungo.substr(0, dimensione));
     EXPECT_EQ(ricevi(base / "host/VBX"), lungo.substr(0, std::min(dimensione, Inizio)));
   }
   for (const auto* modo : {"fiume", "annuncio"}) {
@@ -116,9 +116,9 @@ TEST_F(SshHostile, HandleOfImpossibleLengthIsNotSentBack) {
 }
 
 TEST_F(SshHostile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
-  Servizio("valanga '" + base.Percorso() + "'");
+  Servizio("valanga '" + base.Path().string() + "'");
   collegamento->CancellaFile(Host, "/tmp/VBX");
-  prove::Scrivi(base / "via", "");
+  test::Scrivi(base / "via", "");
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));
   // What was said unasked is no answer: the connection is given up for a new one.
   collegamento->CancellaFile(Host, "/tmp/VBX");
@@ -128,7 +128,7 @@ TEST_F(SshHostile, ServiceThatWritesUnaskedWithoutEndHoldsNobodyUp) {
 class SshUnruly : public SshHostile {
  protected:
   void Serve(const std::string& mode) {
-    Servizio(mode + " '" + base.Percorso() + "'");
+    Servizio(mode + " '" + base.Path().string() + "'");
     Collega();
   }
   [[nodiscard]] std::vector<std::string> Asked() const {
@@ -155,10 +155,10 @@ TEST_F(SshUnruly, ShortBlockInTheMiddleIsNotTakenForTheEndOfTheFile) {
   for (int line = 0; contents.size() < 300000; ++line) {
     contents += std::to_string(line) + "\n";
   }
-  prove::Scrivi(base / "served", contents);
+  test::Scrivi(base / "served", contents);
   Serve("short-block");
   collegamento->RiceviFile(Host, "/tmp/VBX", base / "locale/VBX", testo);
-  EXPECT_TRUE(prove::Leggi(base / "locale/VBX") == contents);
+  EXPECT_TRUE(test::FileText(base / "locale/VBX") == contents);
 }
 
 TEST_F(SshUnruly, BlockThatIsEmptyOrLongerThanAskedForIsRefused) {
@@ -208,9 +208,9 @@ TEST_F(SshUnruly, FileThatTheHostDoesNotBringToItsDiskIsNotTakenForSentAndRemove
 TEST_F(SshUnruly, BlockThatCameWhileTheCallerWasStoppedIsTaken) {
   impostazioni.timeout = std::chrono::seconds(2);
   Serve("nap");
-  const prove::Chiamante caller([this] {
+  const test::Chiamante caller([this] {
     collegamento->ReceiveBeginning(Host, "/tmp/VBX", base / "locale/VBX", 10, testo);
-    return prove::Leggi(base / "locale/VBX");
+    return test::FileText(base / "locale/VBX");
   });
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "asked"));
   caller.Ferma(std::chrono::seconds(3));
@@ -218,12 +218,12 @@ TEST_F(SshUnruly, BlockThatCameWhileTheCallerWasStoppedIsTaken) {
 }
 
 /// A server in the place of the usual one that floods whoever has logged in.
-class SshFlood : public prove::BancoSsh {
+class SshFlood : public test::BancoSsh {
  protected:
   void SetUp() override {
-    prove::BancoSsh::SetUp();
+    test::BancoSsh::SetUp();
     const auto chiave = server->Directory() / "host";
-    const auto cartella = base.Percorso();
+    const auto cartella = base.Path().string();
     const auto programma = test::programPath("ssh_ostile").string();
     processo_ = ::fork();
     if (processo_ == 0) {
@@ -232,7 +232,7 @@ class SshFlood : public prove::BancoSsh {
     }
     ASSERT_GT(processo_, 0);
     ASSERT_NO_FATAL_FAILURE(Attendi(base / "porta"));
-    impostazioni.port = static_cast<unsigned>(std::stoi(prove::Leggi(base / "porta")));
+    impostazioni.port = static_cast<unsigned>(std::stoi(test::FileText(base / "porta")));
     server->MakeKnown(static_cast<int>(impostazioni.port));
   }
   void TearDown() override {
@@ -250,7 +250,7 @@ TEST_F(SshFlood, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
   const auto cancella = [this] { collegamento->CancellaFile(Host, "/tmp/VBX"); };
   Collega();
   EXPECT_THAT(ErroreDi(cancella).Description(), HasSubstr("l'host non offre il servizio SFTP"));
-  prove::Scrivi(base / "via", "");
+  test::Scrivi(base / "via", "");
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));
   // The connection is given up for a new one at once, without waiting for an answer on it.
   const auto inizio = std::chrono::steady_clock::now();

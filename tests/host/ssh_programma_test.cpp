@@ -14,17 +14,17 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-using prove::ErroreDi;
-using prove::ignoto;
+using test::ErroreDi;
+using test::ignoto;
 using testing::HasSubstr;
 
-class SshProgram : public prove::BancoSsh {
+class SshProgram : public test::BancoSsh {
  protected:
   /// The arguments that the program gets, each ended by a null character.
   std::string Argomenti(const std::vector<std::string>& parametri) {
     Programma("for a; do printf '%s\\0' \"$a\"; done >'" + base / "argomenti" + "'; echo '<A/>'");
     EXPECT_TRUE(Risposta(parametri).has_value());
-    return prove::Leggi(base / "argomenti");
+    return test::FileText(base / "argomenti");
   }
   static std::string Attesi(const std::vector<std::string>& parametri) {
     std::string attesi;
@@ -69,7 +69,7 @@ TEST_F(SshProgram, LongParametersArriveWhole) {
 TEST_F(SshProgram, HasAnEmptyInput) {
   Programma("cat >'" + base / "ingresso" + "'; echo '<A/>'");
   EXPECT_TRUE(Risposta().has_value());
-  EXPECT_EQ(prove::Leggi(base / "ingresso"), "");
+  EXPECT_EQ(test::FileText(base / "ingresso"), "");
 }
 
 TEST_F(SshProgram, IsFoundByTheLoginShellWhereNoDirectoryIsSet) {
@@ -89,7 +89,7 @@ TEST_F(SshProgram, MissingProgramIsNamedWithItsHost) {
 }
 
 TEST_F(SshProgram, ProgramThatMayNotRunIsSaid) {
-  prove::Scrivi(base / "programmi/VB0001", "#!/bin/sh\n");
+  test::Scrivi(base / "programmi/VB0001", "#!/bin/sh\n");
   EXPECT_THAT(Rifiuto(), HasSubstr("lo stato 126, cioè non può essere eseguito"));
 }
 
@@ -138,7 +138,7 @@ TEST_F(SshProgram, HangingProgramIsAskedToEnd) {
   impostazioni.timeout = 1500ms;
   Collega();
   static_cast<void>(Rifiuto());
-  const auto processo = "/proc/" + std::to_string(std::stol(prove::Leggi(base / "pid")));
+  const auto processo = "/proc/" + std::to_string(std::stol(test::FileText(base / "pid")));
   for (int giro = 0; giro < 1000 && fs::exists(processo); ++giro) {
     ::usleep(10000);
   }
@@ -214,12 +214,12 @@ class SshForcedCommand : public SshProgram {
  protected:
   void SetUp() override {
     SshProgram::SetUp();
-    auto ingresso = prove::Leggi(test::sourcePath("docs/lumoscad-ingresso.sh"));
+    auto ingresso = test::FileText(test::sourcePath("docs/lumoscad-ingresso.sh"));
     const std::string originale = "programmi=/opt/contabile/programmi\n";
     const auto posto = ingresso.find(originale);
     ASSERT_NE(posto, std::string::npos);
     ingresso.replace(posto, originale.size(), "programmi='" + base / "programmi" + "'\n");
-    prove::Scrivi(base / "ingresso.sh", ingresso);
+    test::Scrivi(base / "ingresso.sh", ingresso);
     fs::permissions(base / "ingresso.sh", fs::perms::owner_all);
     Offri("internal-sftp");
   }
@@ -243,7 +243,7 @@ TEST_F(SshForcedCommand, KnowsTheFileServiceByItsOptionsToo) {
     Offri(sftp);
     Collega();
     Invia("T01", sftp);
-    EXPECT_EQ(prove::Leggi(base / "host/T01"), sftp);
+    EXPECT_EQ(test::FileText(base / "host/T01"), sftp);
   }
 }
 
@@ -255,7 +255,7 @@ TEST_F(SshForcedCommand, LetsNothingElseIn) {
        {traccia, programma + "; " + traccia, programma + " $(" + traccia + ")", programma + " x\n" + traccia,
         programma + "\n" + traccia, programma + " \\'; " + traccia, "'" + base / "programmi/../entra" + "'",
         "'/bin/sh' '-c' '" + base / "entrato" + "'", std::string("'" + base / "programmi/" + "'"), std::string()}) {
-    prove::ScriviProgramma(base / "entra", traccia);
+    test::ScriviProgramma(base / "entra", traccia);
     const auto riga = "SSH_ORIGINAL_COMMAND=" + nexaro::QuoteForShell(comando) + " '" + base / "ingresso.sh" + "'";
     EXPECT_NE(std::system((riga + " 2>/dev/null").c_str()), 0) << comando;
     EXPECT_FALSE(fs::exists(base / "entrato")) << comando;

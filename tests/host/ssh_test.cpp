@@ -14,22 +14,22 @@ namespace lumoscad {
 namespace {
 
 namespace fs = std::filesystem;
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class Ssh : public prove::BancoSsh {};
+class Ssh : public test::BancoSsh {};
 
 TEST_F(Ssh, SendsRenamesAndDeletesAFile) {
   const std::string contenuto("A,1\r\nà\0,2\r\n", 12);
   Invia("T01", contenuto);
-  EXPECT_EQ(prove::Leggi(base / "host/T01"), contenuto);
+  EXPECT_EQ(test::FileText(base / "host/T01"), contenuto);
   testo = "prima";
   collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
   EXPECT_EQ(testo, "");
   EXPECT_THAT(NomiIn("host"), ElementsAre("T01.dos"));
-  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), contenuto);
+  EXPECT_EQ(test::FileText(base / "host/T01.dos"), contenuto);
   collegamento->CancellaFile(Host, base / "host/T01.dos");
   EXPECT_THAT(NomiIn("host"), IsEmpty());
 }
@@ -37,7 +37,7 @@ TEST_F(Ssh, SendsRenamesAndDeletesAFile) {
 TEST_F(Ssh, FileSentAgainReplacesTheFirst) {
   Invia("T01", "molto più lungo di prima");
   Invia("T01", "nuovo");
-  EXPECT_EQ(prove::Leggi(base / "host/T01"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/T01"), "nuovo");
 }
 
 TEST_F(Ssh, EmptyFileIsSentAndReceived) {
@@ -56,9 +56,9 @@ TEST_F(Ssh, LargeFileArrivesWholeBothWays) {
     byte = static_cast<char>(seme >> 16U);
   }
   Invia("grande", contenuto);
-  EXPECT_TRUE(prove::Leggi(base / "host/grande") == contenuto);
+  EXPECT_TRUE(test::FileText(base / "host/grande") == contenuto);
   collegamento->RiceviFile(Host, base / "host/grande", base / "locale/ritorno", testo);
-  EXPECT_TRUE(prove::Leggi(base / "locale/ritorno") == contenuto);
+  EXPECT_TRUE(test::FileText(base / "locale/ritorno") == contenuto);
 }
 
 TEST_F(Ssh, SentFileIsSharedByTheTerminals) {
@@ -69,19 +69,19 @@ TEST_F(Ssh, SentFileIsSharedByTheTerminals) {
 }
 
 TEST_F(Ssh, SendingReplacesASymbolicLinkInsteadOfFollowingIt) {
-  prove::Scrivi(base / "vittima", "intatta");
+  test::Scrivi(base / "vittima", "intatta");
   fs::create_symlink(base / "vittima", base / "host/T01");
   Invia("T01", "nuovo");
-  EXPECT_EQ(prove::Leggi(base / "vittima"), "intatta");
+  EXPECT_EQ(test::FileText(base / "vittima"), "intatta");
   EXPECT_FALSE(fs::is_symlink(base / "host/T01"));
-  EXPECT_EQ(prove::Leggi(base / "host/T01"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/T01"), "nuovo");
 }
 
 TEST_F(Ssh, SendingFailsWhereItCannotWriteAndSaysWhy) {
   fs::create_directory(base / "host/T01");
   const auto cartella = ErroreDi([this] { Invia("T01", "x"); });
   EXPECT_THAT(cartella.Description(), HasSubstr("è una cartella"));
-  prove::Scrivi(base / "locale/T02", "x");
+  test::Scrivi(base / "locale/T02", "x");
   const auto manca = ErroreDi([this] { collegamento->InviaFile(Host, base / "locale/T02", "/manca/T02"); });
   EXPECT_EQ(manca.Number(), errors::FileNotFound);
   EXPECT_THAT(manca.Description(), HasSubstr("«/manca/T02» sull'host 127.0.0.1: file inesistente"));
@@ -100,14 +100,14 @@ TEST_F(Ssh, LocalFileThatIsMissingIsNamedBeforeAnythingIsSent) {
 }
 
 TEST_F(Ssh, ReceivedFileIsForItsOwnerOnlyAndReplacesALink) {
-  prove::Scrivi(base / "host/VBCREDITI", "Utente : T02\n");
-  prove::Scrivi(base / "vittima", "intatta");
+  test::Scrivi(base / "host/VBCREDITI", "Utente : T02\n");
+  test::Scrivi(base / "vittima", "intatta");
   fs::create_symlink(base / "vittima", base / "locale/VBCREDITI");
   testo = "prima";
   collegamento->RiceviFile(Host, base / "host/VBCREDITI", base / "locale/VBCREDITI", testo);
   EXPECT_EQ(testo, "");
-  EXPECT_EQ(prove::Leggi(base / "vittima"), "intatta");
-  EXPECT_EQ(prove::Leggi(base / "locale/VBCREDITI"), "Utente : T02\n");
+  EXPECT_EQ(test::FileText(base / "vittima"), "intatta");
+  EXPECT_EQ(test::FileText(base / "locale/VBCREDITI"), "Utente : T02\n");
   struct stat stato {};
   ASSERT_EQ(::lstat((base / "locale/VBCREDITI").c_str(), &stato), 0);
   EXPECT_EQ(stato.st_mode & 0777U, 0600U);
@@ -132,7 +132,7 @@ TEST_F(Ssh, WhatIsNoOrdinaryFileIsRefusedWithoutWaiting) {
 }
 
 TEST_F(Ssh, ReceivingWhereTheLocalFileCannotStandKeepsTheConnectionInOrder) {
-  prove::Scrivi(base / "host/VBX", std::string(300000, 'x'));
+  test::Scrivi(base / "host/VBX", std::string(300000, 'x'));
   const auto errore =
       ErroreDi([this] { collegamento->RiceviFile(Host, base / "host/VBX", base / "manca/VBX", testo); });
   EXPECT_EQ(errore.Number(), errors::FileNotFound);
@@ -141,10 +141,10 @@ TEST_F(Ssh, ReceivingWhereTheLocalFileCannotStandKeepsTheConnectionInOrder) {
 }
 
 TEST_F(Ssh, RenamingReplacesTheTargetAsTheDirectoryTransportDoes) {
-  prove::Scrivi(base / "host/T01", "nuovo");
-  prove::Scrivi(base / "host/T01.dos", "vecchio");
+  test::Scrivi(base / "host/T01", "nuovo");
+  test::Scrivi(base / "host/T01.dos", "vecchio");
   collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
-  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/T01.dos"), "nuovo");
   EXPECT_THAT(NomiIn("host"), ElementsAre("T01.dos"));
 }
 
@@ -179,22 +179,22 @@ class SshPlainService : public Ssh {
 
 TEST_F(SshPlainService, NameThatIsTakenIsRefusedWhereTheHostCannotReplaceInOneStep) {
   Offri("internal-sftp -P posix-rename");
-  prove::Scrivi(base / "host/T01", "nuovo");
-  prove::Scrivi(base / "host/T01.dos", "vecchio");
+  test::Scrivi(base / "host/T01", "nuovo");
+  test::Scrivi(base / "host/T01.dos", "vecchio");
   const auto errore =
       ErroreDi([this] { collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo); });
   EXPECT_THAT(errore.Description(), HasSubstr("il nuovo nome è già preso e l'host non lo sostituisce"));
-  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "vecchio");
-  EXPECT_EQ(prove::Leggi(base / "host/T01"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/T01.dos"), "vecchio");
+  EXPECT_EQ(test::FileText(base / "host/T01"), "nuovo");
   collegamento->CancellaFile(Host, base / "host/T01.dos");
   collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo);
-  EXPECT_EQ(prove::Leggi(base / "host/T01.dos"), "nuovo");
+  EXPECT_EQ(test::FileText(base / "host/T01.dos"), "nuovo");
 }
 
 TEST_F(SshPlainService, FileArrivesWhereTheHostOffersNoFlush) {
   Offri("internal-sftp -P fsync,statvfs");
   Invia("T01", "contenuto");
-  EXPECT_EQ(prove::Leggi(base / "host/T01"), "contenuto");
+  EXPECT_EQ(test::FileText(base / "host/T01"), "contenuto");
 }
 
 TEST_F(SshPlainService, RefusedWriteLeavesNoHalfFile) {
@@ -210,7 +210,7 @@ TEST_F(SshPlainService, FullDiskIsSaidAndLeavesNoHalfFile) {
   if (std::system((disco + "true' /tmp 2>/dev/null").c_str()) != 0) {
     GTEST_SKIP() << "no mount of one's own here";
   }
-  Offri(prove::ScriviProgramma(base / "piccolo", disco + "/usr/lib/openssh/sftp-server' '" + base / "host" + "'"));
+  Offri(test::ScriviProgramma(base / "piccolo", disco + "/usr/lib/openssh/sftp-server' '" + base / "host" + "'"));
   EXPECT_THAT(ErroreDi([this] { Invia("T01", std::string(300000, 'x')); }).Description(),
               HasSubstr("spazio esaurito sull'host"));
   // There would be no room for this beside a half file.
@@ -236,12 +236,12 @@ TEST_F(SshEncoding, NamesContentsAndParametersTravelInTheHostsEncoding) {
   Usa("ISO-8859-15");
   Programma("printf '%s' \"$1\" >'" + base / "argomento" + "'; echo '<A/>'");
   static_cast<void>(Risposta({"5 € è"}));
-  EXPECT_EQ(prove::Leggi(base / "argomento"), "5 \xA4 \xE8");
-  prove::Scrivi(base / "locale/x", "perché, 5 €\r\n");
+  EXPECT_EQ(test::FileText(base / "argomento"), "5 \xA4 \xE8");
+  test::Scrivi(base / "locale/x", "perché, 5 €\r\n");
   collegamento->InviaFile(Host, base / "locale/x", base / "host/perché");
-  EXPECT_EQ(prove::Leggi(base / "host/perch\xE9"), "perch\xE9, 5 \xA4\r\n");
+  EXPECT_EQ(test::FileText(base / "host/perch\xE9"), "perch\xE9, 5 \xA4\r\n");
   collegamento->RiceviFile(Host, base / "host/perché", base / "locale/y", testo);
-  EXPECT_EQ(prove::Leggi(base / "locale/y"), "perché, 5 €\r\n");
+  EXPECT_EQ(test::FileText(base / "locale/y"), "perché, 5 €\r\n");
   collegamento->RinominaFile(Host, base / "host/perché", base / "host/più", testo);
   EXPECT_THAT(NomiIn("host"), ElementsAre("pi\xF9"));
   collegamento->CancellaFile(Host, base / "host/più");
@@ -294,7 +294,7 @@ TEST_F(SshEncoding, ComplaintsAreReadInTheHostsEncodingWhateverTheyHold) {
 class SshSingleConnection : public Ssh {
  protected:
   [[nodiscard]] static std::size_t Accessi() {
-    const auto registro = prove::Leggi(server->Log());
+    const auto registro = test::FileText(server->Log());
     std::size_t numero = 0;
     for (std::size_t posto = 0; (posto = registro.find("Accepted publickey", posto)) != std::string::npos; ++posto) {
       ++numero;
@@ -372,14 +372,14 @@ TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAFile) {
 TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAProgramThatThenStartsOnce) {
   Taci();
   EXPECT_NE(std::stoi(Risposta()->value), capo);
-  EXPECT_EQ(prove::Leggi(base / "avvii"), "x\nx\n") << "once before, once now";
+  EXPECT_EQ(test::FileText(base / "avvii"), "x\nx\n") << "once before, once now";
 }
 
 TEST_F(SshSingleConnection, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
   // The parent of the program is the server's process for this connection.
   Programma("echo x >>'" + base / "avvii" + "'; kill -9 $PPID; sleep 5");
-  EXPECT_THAT(Rifiuto(), testing::EndsWith(". " + prove::ignoto));
-  EXPECT_EQ(prove::Leggi(base / "avvii"), "x\n");
+  EXPECT_THAT(Rifiuto(), testing::EndsWith(". " + test::ignoto));
+  EXPECT_EQ(test::FileText(base / "avvii"), "x\n");
   Programma("echo '<A/>'");
   EXPECT_TRUE(Risposta().has_value());
 }

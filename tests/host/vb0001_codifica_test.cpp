@@ -7,7 +7,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::BackEndVB0001;
+using test::BackEndVB0001;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -18,7 +18,7 @@ class Vb0001Encoding : public BackEndVB0001 {
  protected:
   /// The answer's bytes to a request of an account.
   std::string Risposta(const std::string& conto) { return Byte(Con(sospensione, 2, conto)); }
-  std::string Registro() { return prove::Leggi(radice / "registro/VB0001.log"); }
+  std::string Registro() { return test::FileText(radice / "registro/VB0001.log"); }
 };
 
 TEST_F(Vb0001Encoding, AUtf8CallIsAnsweredInUtf8) {
@@ -39,7 +39,7 @@ TEST_F(Vb0001Encoding, ALatin1CallIsAnsweredInLatin1) {
 }
 
 TEST_F(Vb0001Encoding, ItsOwnLettersComeInTheEncodingOfTheCall) {
-  prove::Scrivi(radice / "conti_bloccati", "Perché\n");
+  test::Scrivi(radice / "conti_bloccati", "Perché\n");
   EXPECT_EQ(Testo("ERRORE", "", Con(sospensione, 2, "Perch\xE9")), "Parametro 3: «Perché» è un conto bloccato.");
   EXPECT_EQ(Testo("ERRORE", "", Con(sospensione, 2, "Perché")), "Parametro 3: «Perché» è un conto bloccato.");
 }
@@ -54,7 +54,7 @@ TEST_F(Vb0001Encoding, ARequestFileTellsTheEncodingToo) {
 }
 
 TEST_F(Vb0001Encoding, ARequestFileIsFoundUnderAnAccentedName) {
-  prove::Scrivi(radice / "tmp/T\xE0.dos", "20100001,2026/12,,,,,20260131,20260228,,,1\r\n");
+  test::Scrivi(radice / "tmp/T\xE0.dos", "20100001,2026/12,,,,,20260131,20260228,,,1\r\n");
   auto parametri = Parametri();
   parametri[4] = "/tmp/T\xE0.dos";
   EXPECT_EQ(Testo("MESSAGGIO", "", parametri), "Variata 1 scadenza");

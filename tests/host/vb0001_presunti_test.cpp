@@ -34,7 +34,7 @@ template <std::size_t Campi> class Righe {
   std::vector<std::string> campi_;
 };
 
-class BackEndPresumedBanks : public prove::BackEndVB0001 {
+class BackEndPresumedBanks : public test::BackEndVB0001 {
  protected:
   std::string Accetta(const std::string& contenuto) { return Testo("MESSAGGIO", contenuto, presunti); }
   std::string Rifiuta(const std::string& contenuto) { return Testo("ERRORE", contenuto, presunti); }
@@ -81,7 +81,7 @@ TEST_F(BackEndPresumedBanks, RefusesLinesThatChangeNothingOrHaveTheWrongShape) {
 
 TEST_F(BackEndPresumedBanks, RefusesBlockedAccounts) {
   EXPECT_EQ(RifiutaCampo(1, "BLOCCATO"), "Riga 1, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
-  prove::Scrivi(radice / "conti_bloccati", "C1\n");
+  test::Scrivi(radice / "conti_bloccati", "C1\n");
   EXPECT_EQ(Rifiuta(riga.Giusta()), "Riga 1, campo 1 (CodiceConto): «C1» è un conto bloccato.");
 }
 
@@ -93,12 +93,12 @@ TEST_F(BackEndPresumedBanks, RefusesTheLinesOfTheOtherKinds) {
 
 TEST_F(BackEndPresumedBanks, LogsTheCallWithItsElevenParameters) {
   static_cast<void>(Accetta(riga.Giusta()));
-  EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
+  EXPECT_EQ(test::FileText(radice / "registro/VB0001.log"),
             "ACCETTATA\tVariato 1 documento\t11\t01\tCANALIZZAZIONE\tPRESUNTI\tT01\t/tmp/T01.dos\t\t\t\t\t\t\t"
             "C1,,06,123,AB,,,,B1,B2,\\r\\n\n");
 }
 
-class BackEndDeliveries : public prove::BackEndVB0001 {
+class BackEndDeliveries : public test::BackEndVB0001 {
  protected:
   std::string Accetta(const std::string& contenuto) { return Testo("MESSAGGIO", contenuto, consegna); }
   std::string Rifiuta(const std::string& contenuto) { return Testo("ERRORE", contenuto, consegna); }

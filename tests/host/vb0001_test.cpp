@@ -6,7 +6,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::BackEndVB0001;
+using test::BackEndVB0001;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
@@ -23,7 +23,7 @@ TEST_F(BackEndVB0001, LogsEachCallOnOneLine) {
   static_cast<void>(Testo("MESSAGGIO", soloBanca));
   static_cast<void>(Testo("ERRORE", ""));
   const std::string parametri = "11\t01\tCANALIZZAZIONE\tCREDITI\tT01\t/tmp/T01.dos\t\t\t\t\t\t\t";
-  EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
+  EXPECT_EQ(test::FileText(radice / "registro/VB0001.log"),
             "ACCETTATA\tVariata 1 scadenza\t" + parametri +
                 "20100001,2026/13,,,,00000000,20260131,,60100001,#null#,1\\r\\n\n"
                 "RIFIUTATA\tIl file della richiesta è vuoto.\t" +
@@ -57,7 +57,7 @@ TEST_F(BackEndVB0001, RefusesLinesOfTheWrongShape) {
 TEST_F(BackEndVB0001, RefusesBlockedAccounts) {
   const auto bloccata = "BLOCCATO" + riga.substr(8);
   EXPECT_EQ(Errore(bloccata), "Riga 1, campo 1 (CodiceConto): «BLOCCATO» è un conto bloccato.");
-  prove::Scrivi(radice / "conti_bloccati", "20100009\n20100001\n");
+  test::Scrivi(radice / "conti_bloccati", "20100009\n20100001\n");
   EXPECT_EQ(Errore(riga), "Riga 1, campo 1 (CodiceConto): «20100001» è un conto bloccato.");
 }
 
@@ -104,7 +104,7 @@ TEST_F(BackEndVB0001, TakesTheRequestsOfParametersOnly) {
 
 TEST_F(BackEndVB0001, LogsARequestOfParametersOnlyWithAnEmptyFile) {
   static_cast<void>(Testo("MESSAGGIO", "non letto", riattiva));
-  EXPECT_EQ(prove::Leggi(radice / "registro/VB0001.log"),
+  EXPECT_EQ(test::FileText(radice / "registro/VB0001.log"),
             "ACCETTATA\tRiattivata la partita AB123 del conto C10\t5\t01\tSOSPESOCANCELLA\tC10\tAB123\t\t\n");
 }
 
@@ -153,8 +153,8 @@ TEST_F(BackEndVB0001, SaysOnStandardErrorThatItCannotWriteItsLog) {
   std::filesystem::remove(radice / "registro");
   const auto esito = nexaro::Run({test::programPath("VB0001").string(),
                                   {},
-                                  {"NEXARO_RADICE=" + radice.Percorso()},
-                                  radice.Percorso(),
+                                  {"NEXARO_RADICE=" + radice.Path().string()},
+                                  radice.Path().string(),
                                   20s,
                                   100000,
                                   2000});

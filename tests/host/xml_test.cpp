@@ -6,7 +6,7 @@
 namespace lumoscad {
 namespace {
 
-using prove::ErroreDi;
+using test::ErroreDi;
 using testing::HasSubstr;
 
 std::string RifiutoDi(const std::string& documento) {

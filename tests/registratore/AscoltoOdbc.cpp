@@ -5,7 +5,7 @@
 #include <sqlext.h>
 #include <stdexcept>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 AscoltoOdbc* listening = nullptr;
@@ -131,13 +131,13 @@ void AscoltoOdbc::Annota(const Istruzione& istruzione, const std::string& riga) 
   istruzione.delComponente ? registro_.Annota(riga) : registro_.AnnotaStrato(riga);
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test
 
 // The parameters have the names of the driver manager's header.
 
-using lumoscad::prova::listening;
-using lumoscad::prova::Real;
-using lumoscad::prova::Testo;
+using lumoscad::test::listening;
+using lumoscad::test::Real;
+using lumoscad::test::Testo;
 
 SQLRETURN SQL_API SQLDriverConnect(SQLHDBC hdbc, SQLHWND hwnd, SQLCHAR* szConnStrIn, SQLSMALLINT cbConnStrIn,
                                    SQLCHAR* szConnStrOut, SQLSMALLINT cbConnStrOutMax, SQLSMALLINT* pcbConnStrOut,

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Writes into a record what the program hands to the driver manager: a program that links this has those functions
 /// listened to on their way, from the object's making to its end, for one thread. A statement that the component
@@ -65,4 +65,4 @@ class AscoltoOdbc {
   std::map<const void*, Istruzione> istruzioni_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

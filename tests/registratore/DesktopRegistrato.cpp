@@ -2,7 +2,7 @@
 
 #include "FinestraRegistrata.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 void DesktopRegistrato::ShowBox(std::string_view testo, std::string_view titolo) {
   registro_.Annota("box " + Cita(titolo) + " " + Cita(testo));
@@ -34,4 +34,4 @@ void DesktopRegistrato::ShowWait(std::string_view testo, int millisecondi, const
   registro_.Annota("l'attesa è finita");
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

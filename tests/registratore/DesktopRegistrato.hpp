@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Stands before another desktop and writes into a record what is shown, every gesture that reaches a screen, and what
 /// the gesture changed in the window.
@@ -28,4 +28,4 @@ class DesktopRegistrato final : public Desktop {
   Desktop& vero_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// Longer lists are written by their first rows and a digest of them all.
@@ -230,4 +230,4 @@ void FinestraRegistrata::Gesto(const std::string& quale, const std::function<voi
   Differenze(prima, Guarda());
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A list window whose gestures are written into a record on their way to the screen, each with what it changed.
 class FinestraRegistrata final : public ListWindow {
@@ -94,4 +94,4 @@ class ScadenzarioRegistrato final : public SingleItemWindow {
   FinestraRegistrata elenco_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -7,7 +7,7 @@
 #include <QTest>
 #include <QTimer>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 FinestreVere::FinestreVere() : vero_(qt::CreateDesktop()) {}
 
@@ -41,4 +41,4 @@ void FinestreVere::ShowSingleItem(SingleItemWindow& finestra) {
   vero_->ShowSingleItem(finestra);
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

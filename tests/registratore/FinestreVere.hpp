@@ -8,7 +8,7 @@
 #include <functional>
 #include <memory>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The real desktop with a person before it: every list window shown takes the next script, every box is closed with
 /// Enter. Wants a QApplication.
@@ -33,4 +33,4 @@ class FinestreVere final : public Desktop {
   std::unique_ptr<Desktop> vero_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

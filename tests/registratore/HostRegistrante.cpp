@@ -3,7 +3,7 @@
 #include "Dimostrazione.hpp"
 #include "platform/RuntimeError.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// The parameters, each with its place; equal ones that follow each other share a line.
@@ -52,7 +52,7 @@ void HostRegistrante::Fai(const std::string& operazione, const std::function<voi
 }
 
 void HostRegistrante::AnnotaFile(std::string_view percorso) {
-  const std::string contenuto = Leggi(std::string(percorso));
+  const std::string contenuto = FileText(std::string(percorso));
   for (std::size_t inizio = 0; inizio < contenuto.size();) {
     const auto fine = std::min(contenuto.find('\n', inizio), contenuto.size() - 1) + 1;
     registro_.Annota("  byte " + Cita(contenuto.substr(inizio, fine - inizio)));
@@ -62,7 +62,7 @@ void HostRegistrante::AnnotaFile(std::string_view percorso) {
 
 void HostRegistrante::EseguiProgramma(std::string_view indirizzo, std::string_view programma,
                                       const std::vector<std::string>& parametri, nexaro::XMLParser& destinatario) {
-  const auto prima = Leggi(registroProgramma_).size();
+  const auto prima = FileText(registroProgramma_).size();
   nexaro::XMLParser inAscolto;
   inAscolto.Parse = [&](const xml::Nodo& nodo) {
     AnnotaChiamata(prima, parametri);
@@ -85,7 +85,7 @@ void HostRegistrante::EseguiProgramma(std::string_view indirizzo, std::string_vi
 /// What the program noted from the byte `prima` of its log on: outcome, text, number of parameters, the parameters,
 /// the request file.
 void HostRegistrante::AnnotaChiamata(std::size_t prima, const std::vector<std::string>& parametri) {
-  const auto nota = Leggi(registroProgramma_).substr(prima);
+  const auto nota = FileText(registroProgramma_).substr(prima);
   if (nota.empty()) {
     return;
   }
@@ -129,4 +129,4 @@ void HostRegistrante::CancellaFile(std::string_view indirizzo, std::string_view 
       [&] { vero_->CancellaFile(indirizzo, remoto); });
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// Stands before a true host link and writes into a record every operation with the bytes and parameters that it
 /// carries, what came back, and what the host's program noted of the call in its log.
@@ -39,4 +39,4 @@ class HostRegistrante final : public nexaro::HostLink {
   std::filesystem::path registroProgramma_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

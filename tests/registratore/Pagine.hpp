@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 [[nodiscard]] std::vector<Scenetta> ReciteSenzaFinestra();
 [[nodiscard]] std::vector<Scenetta> ReciteCrediti();
@@ -27,4 +27,4 @@ void ApriScadenzario(Scena& scena, const std::string& modo);
           {"finestre", ReciteFinestreVere},   {"altre", ReciteAltre}};
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

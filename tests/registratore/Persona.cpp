@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 void PersonaAllaLista::Clicca(std::size_t riga, std::string_view colonna) const {
   constexpr int AltezzaRiga = 240;
@@ -33,4 +33,4 @@ void PersonaAllaLista::ScegliBanca(std::size_t riga, int indice) const {
   finestra_.cmbBanche2_LostFocus();
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

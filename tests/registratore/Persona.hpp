@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The gestures of a person in a list window, as a real window passes them on.
 class PersonaAllaLista {
@@ -24,4 +24,4 @@ class PersonaAllaLista {
   ListWindow& finestra_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

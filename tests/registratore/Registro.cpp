@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <regex>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// A text that differs from run to run: how it begins, its pattern, what stands for it.
@@ -138,4 +138,4 @@ std::string Registro::Chiudi(std::string_view titolo) {
   return testo + "\n";
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

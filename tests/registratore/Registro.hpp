@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// `testo` between «», its control characters escaped, so that it takes one line.
 [[nodiscard]] std::string Cita(std::string_view testo);
@@ -36,4 +36,4 @@ class Registro {
   std::set<std::vector<std::string>> scritte_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -29,7 +29,7 @@ const std::string& DatiDellaDimostrazione() {
       throw std::runtime_error("no demonstration data");
     }
     dati = dati.substr(7, dati.size() - 14);
-    return Leggi(test::sourcePath("demo/schema.sql")) + dati + Leggi(test::sourcePath("demo/comandi.sql"));
+    return FileText(test::sourcePath("demo/schema.sql")) + dati + FileText(test::sourcePath("demo/comandi.sql"));
   }();
   return script;
 }
@@ -197,4 +197,4 @@ void Scena::AnnotaFine(const std::optional<Fotografia>& prima) {
   registro_.Annota("");
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

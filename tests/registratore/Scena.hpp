@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// One play: the demonstration's data in a new database, its host as `prepara.sh` leaves it, fresh module-level values,
 /// the clock at 5 March 2026, 14:07:09, and everything written into a record.
@@ -93,4 +93,4 @@ struct Pagina {
   friend void PrintTo(const Pagina& pagina, std::ostream* uscita) { *uscita << pagina.nome; }
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -6,7 +6,7 @@
 
 #include "lumoscad/LumoScadenze.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr const char* Crediti = "-T BANCA /CREDITI -C 20100023 -SC SCADUTO";
@@ -174,4 +174,4 @@ std::vector<Scenetta> ReciteAltre() {
   return tutte;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,7 +2,7 @@
 
 #include "Pagine.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 /// A play of one command line after the other, each with host, company and database.
@@ -85,4 +85,4 @@ std::vector<Scenetta> ReciteSenzaFinestra() {
   };
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -3,7 +3,7 @@
 #include "Pagine.hpp"
 #include "Persona.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr const char* Comando = "-T BANCA /CREDITI -C 20100023";
@@ -269,4 +269,4 @@ std::vector<Scenetta> ReciteFiltri() {
   return tutte;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -14,7 +14,7 @@
 
 #include <map>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using Gesti = std::function<void(Scena&, QDialog&)>;
@@ -236,4 +236,4 @@ std::vector<Scenetta> ReciteFinestreVere() {
   return tutte;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

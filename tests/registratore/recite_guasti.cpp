@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -212,4 +212,4 @@ std::vector<Scenetta> ReciteGuasti() {
   return tutte;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

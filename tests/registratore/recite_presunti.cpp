@@ -3,7 +3,7 @@
 #include "Pagine.hpp"
 #include "Persona.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using Gesti = std::function<void(ListWindow&, const PersonaAllaLista&)>;
@@ -117,4 +117,4 @@ std::vector<Scenetta> RecitePresunti() {
   return tutte;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -6,7 +6,7 @@
 #include "host/RichiestaScadenze.hpp"
 #include "screens/FormLumoScad.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using Gesti = std::function<void(SingleItemWindow&)>;
@@ -115,7 +115,7 @@ std::vector<Scenetta> ReciteScadenzario() {
                      Apri(scena, "Extra", [](auto& finestra) { finestra.PictureOk_Click(); });
                    }});
   tutte.push_back({"scadenzario, rifiutato dall'host", [](Scena& scena) {
-                     lumoscad::prova::Scrivi(scena.demo.Host() / "conti_bloccati", "20100001\n");
+                     lumoscad::test::Scrivi(scena.demo.Host() / "conti_bloccati", "20100001\n");
                      Apri(scena, "Scad", [](auto& finestra) {
                        Scrivi(finestra, 0, "150606");
                        finestra.PictureOk_Click();
@@ -131,4 +131,4 @@ std::vector<Scenetta> ReciteScadenzario() {
   return tutte;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr const char* Crediti = "-T BANCA /CREDITI -C 20100023 -SC SCADUTO";
@@ -82,4 +82,4 @@ std::vector<Scenetta> ReciteSsh() {
           ConProgramma("ssh, il programma dice altro", "echo 'buongiorno'")};
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

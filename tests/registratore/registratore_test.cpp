@@ -13,7 +13,7 @@
 #include <string>
 #include <tuple>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -64,7 +64,7 @@ TEST_P(Recorder, EveryPlayIsAsItWasRecorded) {
   fs::create_directories(avuto.parent_path());
   Scrivi(avuto, testo);
   EXPECT_TRUE(fs::exists(atteso)) << atteso;
-  EXPECT_TRUE(Leggi(atteso) == testo) << Confronta(atteso, avuto);
+  EXPECT_TRUE(FileText(atteso) == testo) << Confronta(atteso, avuto);
 }
 
 const auto NomeDellaPagina = [](const auto& caso) {
@@ -80,4 +80,4 @@ INSTANTIATE_TEST_SUITE_P(SshPages, Recorder,
                          NomeDellaPagina);
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -13,7 +13,7 @@
 #include <system_error>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr std::size_t Piece = 65536;
@@ -312,4 +312,4 @@ void ByteProxy::RemoveFinished() {
   });
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

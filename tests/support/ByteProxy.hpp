@@ -17,7 +17,7 @@
 #include <thread>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A TCP proxy on loopback that counts what it carries and breaks off, or falls silent, where it is told to. It works
 /// on a thread of its own; every operation may be called at any time. One fault is armed at a time, and it strikes all
@@ -125,4 +125,4 @@ class ByteProxy {
   std::thread thread_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -4,7 +4,7 @@
 #include <sql.h>
 #include <stdexcept>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 CountedStatements* listening = nullptr;
@@ -55,23 +55,23 @@ std::size_t CountedStatements::Executions(std::string_view begin) const {
   return howMany;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test
 
 // The parameters have the names of the driver manager's header.
 
 SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
-  static auto* const real = lumoscad::prova::Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
-  if (lumoscad::prova::listening != nullptr && TextLength >= 0) {
-    lumoscad::prova::listening->Prepared(StatementHandle, {reinterpret_cast<const char*>(StatementText),
-                                                           static_cast<std::size_t>(TextLength)}); // NOLINT: bytes
+  static auto* const real = lumoscad::test::Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+  if (lumoscad::test::listening != nullptr && TextLength >= 0) {
+    lumoscad::test::listening->Prepared(StatementHandle, {reinterpret_cast<const char*>(StatementText),
+                                                          static_cast<std::size_t>(TextLength)}); // NOLINT: bytes
   }
   return real(StatementHandle, StatementText, TextLength);
 }
 
 SQLRETURN SQL_API SQLExecute(SQLHSTMT StatementHandle) {
-  static auto* const real = lumoscad::prova::Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
-  if (lumoscad::prova::listening != nullptr) {
-    lumoscad::prova::listening->Executed(StatementHandle);
+  static auto* const real = lumoscad::test::Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+  if (lumoscad::test::listening != nullptr) {
+    lumoscad::test::listening->Executed(StatementHandle);
   }
   return real(StatementHandle);
 }

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// What the program hands to the driver manager: a program that links this has its SQLPrepare and SQLExecute counted on
 /// their way. From its making to its end, for one thread.
@@ -35,4 +35,4 @@ class CountedStatements {
   std::map<const void*, std::size_t> latest_; ///< the last preparation of each handle: handles come back
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

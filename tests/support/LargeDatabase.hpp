@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Files.hpp"
 #include "support/Paths.hpp"
 #include "support/PostgresServer.hpp"
 
@@ -8,7 +9,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -34,10 +34,7 @@ class LargeDatabase {
   }
 
  private:
-  static std::string read(const std::filesystem::path& path) {
-    std::ifstream file(path);
-    return withoutComments({std::istreambuf_iterator<char>(file), {}});
-  }
+  static std::string read(const std::filesystem::path& path) { return withoutComments(FileText(path)); }
 
   /// A ";" in a comment would end a statement.
   static std::string withoutComments(const std::string& script) {

@@ -6,7 +6,7 @@
 #include <sys/socket.h>
 #include <system_error>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 constexpr int Tail = 16;
@@ -63,4 +63,4 @@ base::Descriptor Attach(int port) {
   return socket;
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

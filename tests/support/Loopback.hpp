@@ -2,7 +2,7 @@
 
 #include "platform/base/Descriptor.hpp"
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A socket that listens on the loopback address; with `port` 0 on a free port. Not open when the port is taken.
 [[nodiscard]] base::Descriptor Listen(int port = 0);
@@ -13,4 +13,4 @@ namespace lumoscad::prova {
 /// A connection to a loopback port; not open when it is refused.
 [[nodiscard]] base::Descriptor Attach(int port);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

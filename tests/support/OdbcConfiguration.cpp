@@ -1,11 +1,11 @@
 #include "support/OdbcConfiguration.hpp"
 
 #include "platform/ado/Ado.hpp"
+#include "support/Files.hpp"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <unistd.h>
@@ -30,8 +30,8 @@ std::string setting(const char* name, const std::string& otherwise) {
 /// The text of the first of the files that can be read; empty where there is none.
 std::string firstOf(const std::vector<fs::path>& files) {
   for (const fs::path& file : files) {
-    if (std::ifstream stream(file); stream) {
-      return std::string{std::istreambuf_iterator<char>(stream), {}} + '\n';
+    if (fs::exists(file)) {
+      return FileText(file) + '\n';
     }
   }
   return {};
@@ -47,21 +47,11 @@ OdbcConfiguration::OdbcConfiguration() {
         firstOf({setting("ODBCINI", ""), fs::path(setting("HOME", "/")) / ".odbc.ini", system / "odbc.ini"});
     drivers = firstOf({system / setting("ODBCINSTINI", "odbcinst.ini")});
   }
-  std::string pattern = (fs::temp_directory_path() / "lumoscad-odbc-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("no temporary directory");
-  }
-  directory_ = pattern;
-  std::ofstream(directory_ / "odbcinst.ini") << drivers;
+  std::ofstream(directory_.Path() / "odbcinst.ini") << drivers;
   writeSources();
-  setenv("ODBCSYSINI", directory_.c_str(), 1);
+  setenv("ODBCSYSINI", directory_.Path().c_str(), 1);
   setenv("ODBCINSTINI", "odbcinst.ini", 1);
-  setenv("ODBCINI", (directory_ / "odbc.ini").c_str(), 1);
-}
-
-OdbcConfiguration::~OdbcConfiguration() {
-  std::error_code ignored;
-  fs::remove_all(directory_, ignored);
+  setenv("ODBCINI", (directory_.Path() / "odbc.ini").c_str(), 1);
 }
 
 std::string OdbcConfiguration::addSource(std::string_view prefix, std::string_view library, const Settings& settings) {
@@ -90,7 +80,7 @@ std::string OdbcConfiguration::driverSection(std::string_view library) {
     throw std::runtime_error("ODBC driver not installed: " + std::string(library));
   }
   const std::string name = "lumoscad-driver" + std::to_string(drivers_.size() + 1);
-  std::ofstream(directory_ / "odbcinst.ini", std::ios::app)
+  std::ofstream(directory_.Path() / "odbcinst.ini", std::ios::app)
       << "[" << name << "]\nDriver=" << path.string() << "\nThreading=2\n\n";
   drivers_.emplace(library, name);
   return name;
@@ -98,14 +88,14 @@ std::string OdbcConfiguration::driverSection(std::string_view library) {
 
 void OdbcConfiguration::writeSources() const {
   // Other processes of a test read the file at any time.
-  const fs::path fresh = directory_ / "odbc.ini.new";
+  const fs::path fresh = directory_.Path() / "odbc.ini.new";
   std::ofstream file(fresh);
   file << machineSources_;
   for (const auto& [name, section] : sources_) {
     file << section;
   }
   file.close();
-  fs::rename(fresh, directory_ / "odbc.ini");
+  fs::rename(fresh, directory_.Path() / "odbc.ini");
 }
 
 fs::path driverLibrary(std::string_view fileName) {

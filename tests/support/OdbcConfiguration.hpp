@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Files.hpp"
+
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -28,14 +30,14 @@ class OdbcConfiguration {
 
   OdbcConfiguration(const OdbcConfiguration&) = delete;
   OdbcConfiguration& operator=(const OdbcConfiguration&) = delete;
-  ~OdbcConfiguration();
+  ~OdbcConfiguration() = default;
 
   /// Adds a data source on the driver library `library` (its bare file name) and returns its name, which begins with
   /// `prefix`. Raises when the library is not installed.
   std::string addSource(std::string_view prefix, std::string_view library, const Settings& settings);
   /// Takes a data source out again. The drivers read the whole file for every attribute of a connection.
   void removeSource(const std::string& name);
-  [[nodiscard]] const std::filesystem::path& directory() const noexcept { return directory_; }
+  [[nodiscard]] const std::filesystem::path& directory() const noexcept { return directory_.Path(); }
 
  private:
   OdbcConfiguration();
@@ -43,7 +45,7 @@ class OdbcConfiguration {
   std::string driverSection(std::string_view library);
   void writeSources() const;
 
-  std::filesystem::path directory_;
+  TemporaryFolder directory_;
   std::string machineSources_;                              ///< what odbc.ini began with
   std::map<std::string, std::string> sources_;              ///< the sections of odbc.ini by name
   std::map<std::string, std::string, std::less<>> drivers_; ///< the names of sections of odbcinst.ini by library

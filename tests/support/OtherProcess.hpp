@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A forked process that plays another program of this machine: it does `task` and then stays until the object goes,
 /// or the test.
@@ -83,4 +83,4 @@ class OtherProcess {
   bool succeeded_ = false;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

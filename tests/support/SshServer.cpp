@@ -1,5 +1,6 @@
 #include "support/SshServer.hpp"
 
+#include "support/Files.hpp"
 #include "support/Loopback.hpp"
 
 #include <algorithm>
@@ -21,7 +22,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
@@ -72,14 +73,6 @@ void Run(const std::vector<std::string>& words, const fs::path& output) {
   }
 }
 
-std::string Content(const fs::path& file) {
-  const std::ifstream stream(file, std::ios::binary);
-  std::ostringstream text;
-  // Of a process that ends meanwhile nothing more is read, and nothing is raised.
-  text << stream.rdbuf();
-  return text.str();
-}
-
 std::string UserName() {
   const passwd* entry = ::getpwuid(::geteuid());
   if (entry == nullptr) {
@@ -98,7 +91,7 @@ std::string InQuotes(const std::string& text) {
 
 /// The parent of a process; 0 where there is none any more.
 pid_t Parent(const fs::path& process) {
-  const auto status = Content(process / "stat");
+  const auto status = FileText(process / "stat");
   // The name of the program stands in brackets and may hold anything.
   const auto finish = status.rfind(')');
   if (finish == std::string::npos) {
@@ -271,7 +264,7 @@ void SshServer::Change(Options options) {
 }
 
 std::string SshServer::HostPublicKey() const {
-  std::istringstream fields(Content(directory_ / "host.pub"));
+  std::istringstream fields(FileText(directory_ / "host.pub"));
   std::string type;
   std::string key;
   fields >> type >> key;
@@ -282,7 +275,7 @@ std::string SshServer::Hash() const {
   const auto file = directory_ / "impronta";
   fs::remove(file);
   Run({SshKeygen, "-l", "-E", "sha256", "-f", (directory_ / "host.pub").string()}, file);
-  std::istringstream fields(Content(file));
+  std::istringstream fields(FileText(file));
   std::string length;
   std::string fingerprint;
   fields >> length >> fingerprint;
@@ -299,4 +292,4 @@ std::vector<std::string> SshServer::Environment(int port) const {
           "NEXARO_SSH_NOTI=" + KnownHosts().string()};
 }
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

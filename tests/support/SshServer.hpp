@@ -6,7 +6,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// An OpenSSH server of the test's own on a loopback port, with host keys, a client key and a known hosts file in a
 /// directory of its own. It lets in the user that runs the test, by key alone, with an empty home directory. It ends
@@ -88,4 +88,4 @@ class SshServer {
 /// Every process that descends from `ancestor`.
 [[nodiscard]] std::vector<pid_t> Descendants(pid_t ancestor);
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -2,33 +2,13 @@
 
 #include "platform/RuntimeError.hpp"
 #include "platform/xml/Nodo.hpp"
+#include "support/Files.hpp"
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <random>
 
-namespace lumoscad::prova {
-namespace {
-
-std::string NewDirectory() {
-  std::random_device random;
-  for (;;) {
-    const auto directory = std::filesystem::temp_directory_path() /
-                           ("lumoscad-prova-" + std::to_string(random()) + std::to_string(random()));
-    if (std::filesystem::create_directory(directory)) {
-      std::filesystem::permissions(directory, std::filesystem::perms::owner_all);
-      return directory.string();
-    }
-  }
-}
-
-std::string Read(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-} // namespace
+namespace lumoscad::test {
+namespace {} // namespace
 
 void ScriptedDesktop::ShowBox(std::string_view text, std::string_view title) {
   if (fault) {
@@ -115,7 +95,7 @@ void RecordedHost::RiceviFile(std::string_view address, std::string_view remote,
 
 void RecordedHost::InviaFile(std::string_view address, std::string_view locale, std::string_view remote) {
   Note(address, "Invia " + std::string(remote));
-  uploads.push_back(Read(std::string(locale)));
+  uploads.push_back(FileText(std::string(locale)));
   file[std::string(remote)] = uploads.back();
 }
 
@@ -135,14 +115,9 @@ void RecordedHost::CancellaFile(std::string_view address, std::string_view remot
 }
 
 TestBench::TestBench()
-    : environment{"T01", NewDirectory()},
+    : environment{"T01", folder_.Path().string()},
       services_({[this]() -> Desktop& { return desktop; }, [this]() -> nexaro::HostLink& { return host; },
                  [this]() -> const nexaro::Environment& { return environment; }, [this] { return adesso; },
                  [this](std::string_view statement) { statements.emplace_back(statement); }}) {}
 
-TestBench::~TestBench() {
-  std::error_code isIgnored;
-  std::filesystem::remove_all(environment.CartellaLocale, isIgnored);
-}
-
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

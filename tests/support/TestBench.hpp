@@ -2,6 +2,7 @@
 
 #include "common/Stato.hpp"
 #include "platform/Services.hpp"
+#include "support/Files.hpp"
 
 #include <deque>
 #include <functional>
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// A desktop that plays a script: each list window shown takes the next script and is driven by it. Boxes, pointers
 /// and wait windows are recorded.
@@ -69,11 +70,13 @@ class RecordedHost final : public nexaro::HostLink {
 /// Puts a scripted desktop, a recording host, a fixed clock (5 March 2006, 14:07:09), workstation "T01", a private
 /// local directory and fresh module-level values in place for the life of the object.
 class TestBench {
+ private:
+  TemporaryFolder folder_; ///< the local directory
+
  public:
   TestBench();
   TestBench(const TestBench&) = delete;
   TestBench& operator=(const TestBench&) = delete;
-  ~TestBench();
 
   ScriptedDesktop desktop;
   RecordedHost host;
@@ -86,4 +89,4 @@ class TestBench {
   ReplacedServices services_;
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

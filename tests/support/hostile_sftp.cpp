@@ -26,6 +26,8 @@
 // lost-byte        says of a written file that it is one byte short
 // refused-flush    offers to bring a file to its disk, and refuses to
 
+#include "support/Files.hpp"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
@@ -33,7 +35,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <poll.h>
@@ -157,8 +158,8 @@ class Service {
   Service(Mode mode, const fs::path& directory) : mode_(mode), directory_(directory) {
     if (!directory.empty()) {
       log_.open(directory / "log", std::ios::app);
-      std::ifstream served(directory / "served", std::ios::binary);
-      served_.assign(std::istreambuf_iterator<char>(served), {});
+      const std::string served = lumoscad::test::FileText(directory / "served");
+      served_.assign(served.begin(), served.end());
     }
   }
 

@@ -10,7 +10,7 @@
 #include <sys/socket.h>
 #include <thread>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 using namespace std::chrono_literals;
@@ -160,4 +160,4 @@ TEST_F(Proxy, RefusesNewConnectionsAndTakesThemAgain) {
 }
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -136,4 +136,4 @@ TEST_P(StalledServerRoot, StandsStillBeforeOrAfterARequest) {
 INSTANTIATE_TEST_SUITE_P(Moments, StalledServerRoot, testing::Values("prima", "dopo"));
 
 } // namespace
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

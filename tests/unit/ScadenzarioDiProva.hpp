@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The screen with three instalments; its confirmations only leave a trace.
 class ScadenzarioDiProva : public testing::Test {
@@ -68,4 +68,4 @@ class ScadenzarioDiProva : public testing::Test {
   }
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace lumoscad::prova {
+namespace lumoscad::test {
 
 /// The credits/debits screen with rows put in by hand, without a database: what a person's gestures do to it.
 class GrigliaDiProva : public testing::Test {
@@ -82,4 +82,4 @@ class GrigliaDiProva : public testing::Test {
   Griglia& griglia = schermata.griglia();
 };
 
-} // namespace lumoscad::prova
+} // namespace lumoscad::test

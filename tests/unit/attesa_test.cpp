@@ -22,7 +22,7 @@ class WaitForTheHost : public testing::Test {
     return FormAspetta().Visualizza("copia", "PROGRAMMA", {"a", "", "b "}, parametriDB2, risposta_);
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
   MsgAnnulla risposta_;
 };
 

@@ -22,7 +22,7 @@ class TerminalLock : public testing::Test {
     return banco_.environment.CartellaLocale + "/" + nome;
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 } // namespace

@@ -32,7 +32,7 @@ class Date : public testing::Test {
     EXPECT_THAT(banco_.desktop.box, IsEmpty()) << testo;
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 struct Giorno {

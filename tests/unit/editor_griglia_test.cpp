@@ -10,9 +10,9 @@ constexpr int Tab = 9;
 constexpr int Invio = 13;
 constexpr int PrimaTestata = 1;
 
-class DateEditor : public prova::GrigliaDiProva {};
-class BankEditor : public prova::GrigliaDiProva {};
-class Ticks : public prova::GrigliaDiProva {};
+class DateEditor : public test::GrigliaDiProva {};
+class BankEditor : public test::GrigliaDiProva {};
+class Ticks : public test::GrigliaDiProva {};
 
 TEST_F(DateEditor, OpensOverTheCellWithTheNewDate) {
   const auto riga = Aggiungi("ROSSI");

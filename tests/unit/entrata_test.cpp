@@ -33,7 +33,7 @@ class Entry : public testing::Test {
     return liste;
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 } // namespace

@@ -10,10 +10,10 @@ using testing::IsEmpty;
 constexpr int Tab = 9;
 constexpr int Invio = 13;
 
-class ItemDateEditor : public prova::ScadenzarioDiProva {};
-class ItemTicks : public prova::ScadenzarioDiProva {};
-class TopDate : public prova::ScadenzarioDiProva {};
-class SelectAll : public prova::ScadenzarioDiProva {};
+class ItemDateEditor : public test::ScadenzarioDiProva {};
+class ItemTicks : public test::ScadenzarioDiProva {};
+class TopDate : public test::ScadenzarioDiProva {};
+class SelectAll : public test::ScadenzarioDiProva {};
 
 TEST_F(ItemDateEditor, OpensOverTheNewDateOfTheClickedRow) {
   form.griglia().Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");

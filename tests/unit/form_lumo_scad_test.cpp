@@ -8,8 +8,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class ShowingAnItem : public prova::ScadenzarioDiProva {};
-class ItemConfirmation : public prova::ScadenzarioDiProva {};
+class ShowingAnItem : public test::ScadenzarioDiProva {};
+class ItemConfirmation : public test::ScadenzarioDiProva {};
 
 TEST_F(ShowingAnItem, ShowsTheDescriptionOfAnOpenItem) {
   form.LabelDescPartita = "2006 15";

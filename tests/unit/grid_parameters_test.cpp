@@ -73,7 +73,7 @@ class GridParameters : public testing::Test {
   }
   [[nodiscard]] bool Ticked(std::size_t row, int tick) const { return grid->Righe.Spuntata(row, tick); }
 
-  prova::TestBench bench;
+  test::TestBench bench;
   DescrizioneGriglia description;
   std::unique_ptr<Griglia> grid;
 };

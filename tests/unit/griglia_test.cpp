@@ -13,10 +13,10 @@ constexpr int TestataImporto = 4;
 constexpr int TestataScadenza = 5;
 constexpr int TestataBanca = 6;
 
-class GridLayout : public prova::GrigliaDiProva {};
-class GridSort : public prova::GrigliaDiProva {};
-class GridClick : public prova::GrigliaDiProva {};
-class GridWindow : public prova::GrigliaDiProva {};
+class GridLayout : public test::GrigliaDiProva {};
+class GridSort : public test::GrigliaDiProva {};
+class GridClick : public test::GrigliaDiProva {};
+class GridWindow : public test::GrigliaDiProva {};
 
 TEST_F(GridLayout, MakesTheListAsWideAsItsColumnsAndFifty) {
   AggiungiMolte(1);

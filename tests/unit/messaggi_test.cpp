@@ -8,44 +8,44 @@ using namespace lumoscad;
 using testing::ElementsAre;
 
 TEST(Message, WithoutADetailShowsTheTextAlone) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio("A", "");
   EXPECT_THAT(banco.desktop.box, ElementsAre("A"));
 }
 
 TEST(Message, TakesABlankDetailForNone) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio("A", "   ");
   EXPECT_THAT(banco.desktop.box, ElementsAre("A"));
 }
 
 TEST(Message, HasItsDetailOnTheLineAbove) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio("A", "B");
   EXPECT_THAT(banco.desktop.box, ElementsAre("B\r\nA"));
 }
 
 TEST(Message, KeepsTheBlanksOfItsDetail) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio("A", " B ");
   EXPECT_THAT(banco.desktop.box, ElementsAre(" B \r\nA"));
 }
 
 TEST(Message, CarriesTheProductsName) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio("A", "");
   EXPECT_THAT(banco.desktop.titles, ElementsAre("LumoScad"));
 }
 
 TEST(Message, OfThirtyTwoKibIsShownWhole) {
-  prova::TestBench banco;
+  test::TestBench banco;
   const std::string testo(32U << 10U, 'x');
   MostraMessaggio(testo, "");
   EXPECT_THAT(banco.desktop.box, ElementsAre(testo));
 }
 
 TEST(Message, OfALongerTextShowsThirtyTwoKibAndHowMuchIsMissing) {
-  prova::TestBench banco;
+  test::TestBench banco;
   const std::string testo(1U << 20U, 'x');
   MostraMessaggio(testo, "");
   EXPECT_THAT(banco.desktop.box,
@@ -53,7 +53,7 @@ TEST(Message, OfALongerTextShowsThirtyTwoKibAndHowMuchIsMissing) {
 }
 
 TEST(Message, IsNeverCutInsideACharacterAndCountsCharacters) {
-  prova::TestBench banco;
+  test::TestBench banco;
   std::string testo = "x";
   for (int i = 0; i < 20'000; ++i) {
     testo += "è";
@@ -64,7 +64,7 @@ TEST(Message, IsNeverCutInsideACharacterAndCountsCharacters) {
 }
 
 TEST(Message, ShowsItsClosingSentenceWholeUnderACutTextToo) {
-  prova::TestBench banco;
+  test::TestBench banco;
   const std::string testo(1U << 20U, 'x');
   MostraMessaggio(testo, "", "Da allineare: conto 1.");
   EXPECT_THAT(banco.desktop.box, ElementsAre(testo.substr(0, (32U << 10U) - 24) +
@@ -72,19 +72,19 @@ TEST(Message, ShowsItsClosingSentenceWholeUnderACutTextToo) {
 }
 
 TEST(Message, HasItsClosingSentenceOnTheLineBelow) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio("A", "B", "C");
   EXPECT_THAT(banco.desktop.box, ElementsAre("B\r\nA\r\nC"));
 }
 
 TEST(Message, TellsOneCharacterTooManyInTheSingular) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio(std::string((32U << 10U) + 1, 'x'), "");
   EXPECT_THAT(banco.desktop.box, ElementsAre(testing::EndsWith("x\r\n[... manca un altro carattere]")));
 }
 
 TEST(Message, OfATextThatIsNotUtf8IsCutWithoutTheStartOfACharacterToo) {
-  prova::TestBench banco;
+  test::TestBench banco;
   MostraMessaggio(std::string(100'000, '\x80'), "");
   ASSERT_EQ(banco.desktop.box.size(), 1U);
   EXPECT_LT(banco.desktop.box[0].size(), 33'000U);

@@ -39,7 +39,7 @@ class HostileInput : public testing::Test {
     return file;
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 using Invio = std::function<std::string()>;

@@ -61,12 +61,12 @@ template <typename Prova> void OgniGiorno(Prova prova) {
 
 class ConBanco : public testing::Test {
  protected:
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 using Date = ConBanco;
 using Amounts = ConBanco;
-using RandomTicks = prova::GrigliaDiProva;
+using RandomTicks = test::GrigliaDiProva;
 
 std::string Minuscole(std::string testo) {
   for (char& c : testo) {

@@ -52,7 +52,7 @@ class PresumedRequest : public testing::Test {
   /// The bytes sent last.
   [[nodiscard]] std::string Inviato() const { return banco.host.uploads.empty() ? "nulla" : banco.host.uploads.back(); }
 
-  prova::TestBench banco;
+  test::TestBench banco;
 };
 
 const std::string NomeRichiesta = "/tmp/T0120060305140709";

@@ -2,13 +2,13 @@
 #include "host/RichiestaScadenze.hpp"
 #include "host/Risposte.hpp"
 #include "platform/RuntimeError.hpp"
+#include "support/Files.hpp"
 #include "support/TestBench.hpp"
 
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -45,13 +45,8 @@ class DueDatesRequest : public testing::Test {
     return 0;
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
-
-std::string Leggi(const std::string& percorso) {
-  std::ifstream file(percorso, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 } // namespace
 
@@ -71,7 +66,7 @@ TEST_F(DueDatesRequest, LeavesOutRowsWithoutANewDueDate) {
 TEST_F(DueDatesRequest, WithoutRowsLeavesAFileThatHasItsNameAlone) {
   std::ofstream(FileLocale()) << "di un altro";
   EXPECT_EQ(Invia({}), "");
-  EXPECT_EQ(Leggi(FileLocale()), "di un altro");
+  EXPECT_EQ(test::FileText(FileLocale()), "di un altro");
 }
 
 TEST_F(DueDatesRequest, SendsARowWhoseNewDateEqualsThePresentOne) {
@@ -120,7 +115,7 @@ TEST_F(DueDatesRequest, HasItsOperationsInThisOrder) {
 
 TEST_F(DueDatesRequest, LeavesTheLocalFile) {
   EXPECT_EQ(Invia({Prima}), "error");
-  EXPECT_EQ(Leggi(FileLocale()), "C10,2006   15,20060228,20060405\r\n");
+  EXPECT_EQ(test::FileText(FileLocale()), "C10,2006   15,20060228,20060405\r\n");
 }
 
 TEST_F(DueDatesRequest, WithoutNewDueDatesDoesNotContactTheHost) {
@@ -129,7 +124,7 @@ TEST_F(DueDatesRequest, WithoutNewDueDatesDoesNotContactTheHost) {
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   EXPECT_EQ(stato().RispostaPartita, nullptr);
   EXPECT_TRUE(std::filesystem::exists(FileLocale()));
-  EXPECT_EQ(Leggi(FileLocale()), "");
+  EXPECT_EQ(test::FileText(FileLocale()), "");
 }
 
 TEST_F(DueDatesRequest, TakesThirtyTwoRows) {

@@ -66,7 +66,7 @@ class BankRequest : public testing::Test {
   }
   [[nodiscard]] bool NienteInLocale() const { return std::filesystem::is_empty(banco_.environment.CartellaLocale); }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 const std::string Nome = "/tmp/T0120060305140709";

@@ -25,7 +25,7 @@ class SenzaBox final : public Desktop {
 };
 
 TEST(WithoutADesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
-  prova::TestBench banco;
+  test::TestBench banco;
   activeServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
   testing::internal::CaptureStderr();
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T"), "error");
@@ -55,7 +55,7 @@ class Senza {
     return testing::internal::GetCapturedStderr();
   }
 
-  prova::TestBench banco;
+  test::TestBench banco;
 
  private:
   bool letto_ = false;
@@ -123,7 +123,7 @@ TEST(WithoutADesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatT
 }
 
 TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
-  prova::TestBench banco;
+  test::TestBench banco;
   activeServices().desktop = []() -> Desktop& {
     throw RuntimeError(errors::Driver, "Schermo\x1B[2J\xC2\x9B"
                                        "2J negato");
@@ -134,7 +134,7 @@ TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
 }
 
 TEST(WithoutADesktop, ACommandThatShowsNothingNeedsNone) {
-  prova::TestBench banco;
+  test::TestBench banco;
   activeServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T ALTRO /A"), "");
 }

@@ -59,7 +59,7 @@ class WithoutMemory : public testing::Test {
   /// What is known of that change.
   static std::string Saputo() { return std::string(stato().andamento.Frase()); }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 TEST_F(WithoutMemory, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown) {

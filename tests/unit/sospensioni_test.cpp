@@ -41,7 +41,7 @@ class WithoutAScreen : public testing::Test {
     EXPECT_THAT(banco_.desktop.waits, IsEmpty());
   }
 
-  prova::TestBench banco_;
+  test::TestBench banco_;
 };
 
 } // namespace

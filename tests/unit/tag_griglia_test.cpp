@@ -31,7 +31,7 @@ template <class Form> class ListaNonCaricata {
     return std::string(griglia.Righe.Testo(0, nuova_)) + (griglia.Righe.Spuntata(0, 0) ? "|x" : "|");
   }
 
-  prova::TestBench banco;
+  test::TestBench banco;
   Form form;
   Griglia& griglia = form.griglia();
 

@@ -27,7 +27,7 @@ Esito PrendeSuUnThread(Chi chi) {
 
 /// Whether a child that is forked now gets `atteso` for every call.
 bool NelFiglio(Esito atteso, const std::function<Esito()>& prende) {
-  return prova::OtherProcess([&] {
+  return test::OtherProcess([&] {
            for (int volta = 0; volta < 2; ++volta) {
              if (prende() != atteso) {
                throw std::runtime_error("another outcome");
