@@ -59,13 +59,17 @@ MariaDbServer::~MariaDbServer() {
 }
 
 void MariaDbServer::createData() const {
-  ServerProcess creation(small({creator.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
-                                "--tmpdir=" + (directory_ / temporary).string(),
-                                "--auth-root-authentication-method=normal", "--skip-test-db"}),
-                         directory_ / "creation.log", mariaDbUser, SIGTERM);
-  if (!creation.succeeds()) {
-    throw std::runtime_error("mariadb-install-db failed: " + endOf(directory_ / "creation.log"));
-  }
+  const auto words =
+      small({creator.string(), "--no-defaults", "--auth-root-authentication-method=normal", "--skip-test-db"});
+  const fs::path data = directory_ / "data";
+  freshData(data, "mariadb-" + digestOfCreation(program, words), mariaDbUser, [&] {
+    auto whole = words;
+    whole.insert(whole.end(), {"--datadir=" + data.string(), "--tmpdir=" + (directory_ / temporary).string()});
+    ServerProcess creation(whole, directory_ / "creation.log", mariaDbUser, SIGTERM);
+    if (!creation.succeeds()) {
+      throw std::runtime_error("mariadb-install-db failed: " + endOf(directory_ / "creation.log"));
+    }
+  });
 }
 
 void MariaDbServer::start() {

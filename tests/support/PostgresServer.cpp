@@ -48,17 +48,22 @@ PostgresServer::~PostgresServer() {
 }
 
 void PostgresServer::createCluster() const {
-  const fs::path secret = directory_ / "password";
-  writeSecret(secret, password_ + "\n", postgresUser);
   // The other way to check a password takes thousands of rounds by design, and every test connects several times.
-  ServerProcess creation({path("initdb"), "-N", "-E", "UTF8", "--locale=C.UTF-8", "-U", user_, "-A", "md5",
-                          "--pwfile=" + secret.string(), "-D", (directory_ / "data").string()},
-                         directory_ / "initdb.log", postgresUser, SIGINT);
-  const bool created = creation.succeeds();
-  fs::remove(secret);
-  if (!created) {
-    throw std::runtime_error("initdb failed: " + endOf(directory_ / "initdb.log"));
-  }
+  const std::vector<std::string> words = {path("initdb"), "-N",  "-E", "UTF8", "--locale=C.UTF-8",
+                                          "-U",           user_, "-A", "md5"};
+  const fs::path data = directory_ / "data";
+  freshData(data, "postgres-" + digestOfCreation(words.front(), words), postgresUser, [&] {
+    const fs::path secret = directory_ / "password";
+    writeSecret(secret, password_ + "\n", postgresUser);
+    auto whole = words;
+    whole.insert(whole.end(), {"--pwfile=" + secret.string(), "-D", data.string()});
+    ServerProcess creation(whole, directory_ / "initdb.log", postgresUser, SIGINT);
+    const bool created = creation.succeeds();
+    fs::remove(secret);
+    if (!created) {
+      throw std::runtime_error("initdb failed: " + endOf(directory_ / "initdb.log"));
+    }
+  });
 }
 
 void PostgresServer::start() {

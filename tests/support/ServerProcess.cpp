@@ -1,6 +1,8 @@
 #include "support/ServerProcess.hpp"
 
 #include "platform/RuntimeError.hpp"
+#include "support/Files.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -11,10 +13,10 @@
 #include <exception>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
 #include <netinet/in.h>
 #include <pwd.h>
 #include <stdexcept>
+#include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -103,6 +105,40 @@ void writeSecret(const fs::path& path, std::string_view text, const std::string&
   file << text;
 }
 
+void freshData(const fs::path& data, std::string_view kind, const std::string& user,
+               const std::function<void()>& create) {
+  const fs::path kept = outputPath("fresh") / kind;
+  fs::create_directories(kept.parent_path());
+  // It ends with the process, however that ends; whoever comes meanwhile waits.
+  const int lock = ::open((kept.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (lock < 0 || flock(lock, LOCK_EX) != 0) {
+    throw std::system_error(errno, std::generic_category(), kept.string() + ".lock");
+  }
+  if (!fs::exists(kept)) {
+    create();
+    const fs::path copy = kept.string() + ".new";
+    fs::remove_all(copy);
+    fs::copy(data, copy, fs::copy_options::recursive);
+    fs::rename(copy, kept);
+    close(lock);
+    return;
+  }
+  close(lock);
+  fs::copy(kept, data, fs::copy_options::recursive);
+  handOver(data, user);
+  for (const auto& entry : fs::recursive_directory_iterator(data)) {
+    handOver(entry.path(), user);
+  }
+}
+
+std::string digestOfCreation(const fs::path& program, const std::vector<std::string>& words) {
+  std::string all = std::to_string(fs::last_write_time(program).time_since_epoch().count());
+  for (const std::string& word : words) {
+    all += '\n' + word;
+  }
+  return std::to_string(std::hash<std::string>{}(all));
+}
+
 ServerProcess::ServerProcess(std::vector<std::string> words, const fs::path& log, const std::string& user,
                              int endSignal)
     : endSignal_(endSignal) {
@@ -153,8 +189,7 @@ bool ServerProcess::succeeds() {
 
 std::string endOf(const fs::path& log) {
   constexpr std::size_t longest = 2000;
-  std::ifstream file(log);
-  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const std::string text = FileText(log);
   return text.substr(text.size() - std::min(text.size(), longest));
 }
 

@@ -19,6 +19,15 @@ void prepareDirectory(const std::filesystem::path& directory, const std::string&
 /// A file of `text` that only the server's user may read.
 void writeSecret(const std::filesystem::path& path, std::string_view text, const std::string& user);
 
+/// Fills `data`, which does not exist yet, with what `create` makes there. That is done once for the build and kept as
+/// `kind`; later servers get a copy, which is much quicker. `kind` names all that what is made depends on.
+void freshData(const std::filesystem::path& data, std::string_view kind, const std::string& user,
+               const std::function<void()>& create);
+
+/// The part of a `kind` that tells one way of creating data from another: by the program, as it is installed, and by
+/// what it is told.
+[[nodiscard]] std::string digestOfCreation(const std::filesystem::path& program, const std::vector<std::string>& words);
+
 /// A program that runs beside the test, as `user` when we are root, with its output appended to `log`. It ends with
 /// the object, or with the process.
 class ServerProcess {
