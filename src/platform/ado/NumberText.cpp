@@ -8,7 +8,7 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr std::string_view digits = "0123456789";
+constexpr std::string_view decimalDigits = "0123456789";
 constexpr std::size_t decimals = 2;
 
 bool separates(char c) noexcept {
@@ -37,13 +37,13 @@ std::string_view withPoint(char* text, std::size_t length) noexcept {
 
 std::string_view withoutCurrency(char* text, std::size_t length) {
   const std::string_view whole(text, length);
-  const auto first = whole.find_first_of(digits);
+  const auto first = whole.find_first_of(decimalDigits);
   if (first == std::string_view::npos) {
     return whole;
   }
-  const auto last = whole.find_last_of(digits);
+  const auto last = whole.find_last_of(decimalDigits);
   const std::string_view number = whole.substr(first, last - first + 1);
-  const auto separator = number.find_last_not_of(digits);
+  const auto separator = number.find_last_not_of(decimalDigits);
   if (separator != std::string_view::npos && number.size() - separator - 1 != decimals) {
     return whole;
   }
@@ -53,7 +53,7 @@ std::string_view withoutCurrency(char* text, std::size_t length) {
   for (std::size_t i = 0; i < number.size(); ++i) {
     if (i == separator) {
       plain += '.';
-    } else if (digits.find(number[i]) != std::string_view::npos) {
+    } else if (decimalDigits.find(number[i]) != std::string_view::npos) {
       plain += number[i];
     }
   }

@@ -10,7 +10,7 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr std::size_t blockBytes = std::size_t{1} << 20;
+constexpr std::size_t storeBlockBytes = std::size_t{1} << 20;
 constexpr std::uint32_t nullFlag = 0x80000000U;
 
 } // namespace
@@ -70,7 +70,7 @@ std::byte* RowStore::pack(const std::vector<std::optional<std::string_view>>& ce
 std::byte* RowStore::allocate(std::size_t bytes) {
   if (bytes > freeBytes_) {
     // A small result should not hold a whole block: blocks grow with what is stored.
-    const std::size_t wanted = std::min(blockBytes, std::size_t{4096} << std::min<std::size_t>(blocks_.size(), 8));
+    const std::size_t wanted = std::min(storeBlockBytes, std::size_t{4096} << std::min<std::size_t>(blocks_.size(), 8));
     freeBytes_ = std::max(bytes, wanted);
     blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(freeBytes_));
     free_ = blocks_.back().get();

@@ -34,7 +34,7 @@ constexpr const char* unknownFile =
     "essere registrate tutte o nessuna.";
 
 /// A COMMIT whose outcome is unknown after `cause`; the driver's own text comes first.
-RuntimeError unknown(const RuntimeError& cause, const char* sentence) {
+RuntimeError outcomeUnknown(const RuntimeError& cause, const char* sentence) {
   return RuntimeError(errors::Driver, cause.Description(), "ODBC")
       .WithNote(sentence)
       .WithState(cause.SqlState(), cause.NativeCode())
@@ -129,7 +129,7 @@ void Session::commitFailed(RuntimeError error) {
     abandon();
   }
   if (!certain) {
-    throw explained(unknown(error, dialect_->fileBased() ? unknownFile : unknownOutcome));
+    throw explained(outcomeUnknown(error, dialect_->fileBased() ? unknownFile : unknownOutcome));
   }
   outcome_ = TransactionOutcome::NotApplied;
   throw std::move(error).WithOutcome(outcome_);
@@ -142,7 +142,7 @@ void Session::confirmCommit() {
       return;
     }
   } catch (const RuntimeError& error) {
-    throw explained(unknown(error, unknownOutcome));
+    throw explained(outcomeUnknown(error, unknownOutcome));
   }
   throw RuntimeError(errors::Driver, unknownOutcome, "ODBC").WithOutcome(TransactionOutcome::Unknown);
 }

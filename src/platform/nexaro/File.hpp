@@ -14,6 +14,11 @@
 
 namespace lumoscad::nexaro {
 
+/// Permissions of a file on the host, before its umask: the lock file is shared by the terminals, whose users differ.
+constexpr mode_t RemoteMode = 0666;
+/// Permissions of a file in the local directory.
+constexpr mode_t LocalMode = 0600;
+
 // `operation` begins the text of the run-time error that each of these raises.
 
 /// A file under a private name beside `destination`, removed again unless it got its final name.

@@ -23,13 +23,13 @@ std::string MachineName() {
 }
 
 /// A desktop session has a number of its own (pam_systemd(8)); elsewhere the session of the terminal counts.
-std::string Session() {
+std::string LoginSession() {
   auto number = Setting("XDG_SESSION_ID");
   return number.empty() ? "s" + std::to_string(::getsid(0)) : number;
 }
 
 /// The first line of a file of the system, empty where there is none.
-std::string Line(const char* path) {
+std::string FirstLine(const char* path) {
   std::ifstream file(path);
   std::string line;
   std::getline(file, line);
@@ -61,7 +61,7 @@ std::string Hexadecimal(std::uint32_t value) {
 
 std::string DefaultWorkstation() {
   const auto machine = MachineName();
-  const auto session = Session();
+  const auto session = LoginSession();
   auto user = CurrentUser().name;
   const auto userNumber = std::to_string(::geteuid());
   if (user.empty()) {
@@ -70,8 +70,8 @@ std::string DefaultWorkstation() {
   // Names repeat: of machines that were never given one, of users shortened to what a file name takes, of sessions
   // after a restart. What tells them apart is in the hash alone, since a machine's number is not for strangers.
   std::uint64_t fingerprint = Hash("lumoscad");
-  for (const auto& part :
-       {machine, Line("/etc/machine-id"), Line("/proc/sys/kernel/random/boot_id"), userNumber, user, session}) {
+  for (const auto& part : {machine, FirstLine("/etc/machine-id"), FirstLine("/proc/sys/kernel/random/boot_id"),
+                           userNumber, user, session}) {
     fingerprint = Hash("\n", Hash(part, fingerprint));
   }
   const auto folded = static_cast<std::uint32_t>(fingerprint ^ (fingerprint >> 32U));

@@ -14,7 +14,7 @@ namespace lumoscad::qt {
 
 namespace {
 
-constexpr int Margin = 6;
+constexpr int HeadingMargin = 6;
 constexpr int IndicatorSide = 10;
 constexpr int SquareSide = 14;
 constexpr int HeadingPixels = 11; // bold is wider: one pixel less keeps the longest heading whole
@@ -58,7 +58,7 @@ void HeadingQt::paintEvent(QPaintEvent*) {
   fontName.setPixelSize(HeadingPixels);
   painter.setFont(fontName);
   painter.setPen(look::Ink);
-  const QRect area = rect().adjusted(Margin, IndicatorSide + 2, -Margin, -2);
+  const QRect area = rect().adjusted(HeadingMargin, IndicatorSide + 2, -HeadingMargin, -2);
   const QString caption = QFontMetrics(fontName).elidedText(text(), Qt::ElideRight, area.width());
   const Qt::Alignment orientation = Qt::AlignVCenter | (right_ ? Qt::AlignRight : Qt::AlignLeft);
   painter.drawText(area, static_cast<int>(orientation.toInt()) | static_cast<int>(Qt::TextSingleLine), caption);

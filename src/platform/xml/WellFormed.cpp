@@ -41,7 +41,7 @@ bool ValidReference(std::string_view name) {
 }
 
 constexpr std::string_view forbiddenCharacter = "contiene un carattere o un riferimento non ammesso";
-constexpr std::string_view blanks = " \t\r\n";
+constexpr std::string_view whitespace = " \t\r\n";
 
 /// A comment that begins at `position`, which moves past it. "--" may only end it.
 std::string_view SkipComment(std::string_view text, std::size_t& position) {
@@ -59,7 +59,7 @@ std::string_view SkipComment(std::string_view text, std::size_t& position) {
 std::string_view SkipInstruction(std::string_view text, std::size_t& position) {
   const auto end = text.find("?>", position);
   const auto body = text.substr(position + 2, end == std::string_view::npos ? end : end - position - 2);
-  const auto name = body.substr(0, body.find_first_of(blanks));
+  const auto name = body.substr(0, body.find_first_of(whitespace));
   if (base::SameButForCase(name, "xml") && (position != 0 || name != "xml")) {
     return "contiene una dichiarazione XML fuori posto";
   }

@@ -17,10 +17,6 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-/// The lock file is shared by the terminals, whose users differ.
-constexpr mode_t RemoteMode = 0666;
-constexpr mode_t LocalMode = 0600;
-
 std::string AbsoluteRoot(const std::string& root) {
   const std::string operation = "Apertura della cartella dell'host (NEXARO_RADICE) " + root;
   const std::unique_ptr<char, decltype(&std::free)> absolute(::realpath(root.c_str(), nullptr), &std::free);

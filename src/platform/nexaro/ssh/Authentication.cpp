@@ -6,6 +6,7 @@
 #include "platform/nexaro/Settings.hpp"
 #include "platform/nexaro/Texts.hpp"
 #include "platform/nexaro/ssh/Agent.hpp"
+#include "platform/nexaro/ssh/Key.hpp"
 
 #include <array>
 #include <cerrno>
@@ -14,11 +15,6 @@
 namespace lumoscad::nexaro {
 
 namespace {
-
-struct ReleaseKey {
-  void operator()(ssh_key key) const { ssh_key_free(key); }
-};
-using Key = std::unique_ptr<ssh_key_struct, ReleaseKey>;
 
 constexpr std::array<const char*, 3> UsualKeys{"id_ed25519", "id_ecdsa", "id_rsa"};
 

@@ -5,6 +5,7 @@
 #include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/SigpipeBlock.hpp"
 #include "platform/nexaro/Texts.hpp"
+#include "platform/nexaro/ssh/Key.hpp"
 
 #include <array>
 #include <cerrno>
@@ -16,9 +17,6 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-struct ReleaseKey {
-  void operator()(ssh_key key) const { ssh_key_free(key); }
-};
 struct ReleaseText {
   void operator()(char* text) const { ssh_string_free_char(text); }
 };
@@ -28,7 +26,6 @@ struct ReleaseEntry {
 struct ReleaseFingerprint {
   void operator()(unsigned char* fingerprint) const { ssh_clean_pubkey_hash(&fingerprint); }
 };
-using Key = std::unique_ptr<ssh_key_struct, ReleaseKey>;
 using Text = std::unique_ptr<char, ReleaseText>;
 
 Key PresentedKey(const Session& session) {

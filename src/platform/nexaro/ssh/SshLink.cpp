@@ -17,10 +17,6 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-/// The lock file is shared by the terminals, whose users differ.
-constexpr std::uint32_t RemoteMode = 0666;
-constexpr mode_t LocalMode = 0600;
-
 /// A lock that the failed command has set stays on the host.
 constexpr const char* Repetition =
     "Prima di ripetere il comando può essere necessario togliere il blocco della lista sull'host.";
