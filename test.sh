@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs the checks and the tests.
 #   ./test.sh           the gate: cheap checks, the whole suite under AddressSanitizer and UndefinedBehaviorSanitizer,
-#                       clang-tidy, and the tests of timing and of the whole job on an optimised build
+#                       the tests of timing and of the whole job on an optimised build, and clang-tidy
 #   ./test.sh --veloce  the cheap checks, and the suite without sanitizers
 #   ./test.sh --tutto   the gate, and then all that takes longer or is random; the gate's budget binds here
 #   ./test.sh --affidabilita [SECTION...]  the figures of scripts/reliability.sh, and nothing else
@@ -59,13 +59,13 @@ costruisci() {
 }
 
 # prova PRESET [CTEST_ARGUMENT...]: runs a suite and keeps the runner's own count in `conto`. A suite without tests is a
-# failure. One entry more than there are processors runs at a time, since many wait for servers.
+# failure. Twice as many entries as there are processors run at a time, since many wait for servers.
 conto=
 prova() {
   local preset=$1 registro
   shift
   registro=$registri/$preset-prove.log
-  ctest --preset "$preset" -j "$((processori + 1))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
+  ctest --preset "$preset" -j "$((processori * 2))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
     { sed -n '/Failed/,$p' "$registro" | tail -n 400; guasti "$registro"; exit 1; }
   conto=$(grep -E '^[0-9]+% tests passed' "$registro" | tail -n 1)
   echo "$conto"
@@ -127,14 +127,14 @@ costruisci asan
 passo "prove: AddressSanitizer e UndefinedBehaviorSanitizer"
 prova asan
 sanitizer=$conto
-passo "clang-tidy"
-scripts/tidy.py --self-test
-scripts/tidy.py build/asan
 passo "compilazione: release"
 costruisci release prove_ottimizzate
 passo "prove: tempi e lavoro intero, ottimizzati"
 prova release -L ottimizzata
 ottimizzate=$conto
+passo "clang-tidy"
+scripts/tidy.py --self-test
+scripts/tidy.py build
 resoconto
 
 if [ "$modo" = tutto ]; then

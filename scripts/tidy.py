@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs clang-tidy, as many files at a time as there are processors.
 
-Usage: tidy.py [--deep] [BUILD_DIR [FOLDER...]]     BUILD_DIR holds a build by clang; default build/asan, src and app
+Usage: tidy.py [--deep] [BUILD_DIR [FOLDER...]]     BUILD_DIR holds a build that compiles each file by itself; default build, src and app
        tidy.py --self-test                          plants faults and sees them found
 
 A file that passed is not looked at again until it, a header that it includes, its compile command, the configuration or
@@ -21,6 +21,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 TIDY = "clang-tidy-14"
+GCC_WARNINGS = "--extra-arg=-Wno-unknown-warning-option"  # the commands may be gcc's
 SHALLOW = [f"--extra-arg={word}" for word in ("-Xclang", "-analyzer-config", "-Xclang", "mode=shallow")]
 
 
@@ -63,7 +64,7 @@ class Stamps:
 
 
 def look_at(build: pathlib.Path, source: str, arguments: list[str]) -> tuple[str, bool, str]:
-    run = subprocess.run([TIDY, "--quiet", "-p", str(build), *arguments, source], capture_output=True, text=True)
+    run = subprocess.run([TIDY, "--quiet", "-p", str(build), GCC_WARNINGS, *arguments, source], capture_output=True, text=True)
     return source, run.returncode == 0, run.stdout if run.stdout.strip() else run.stderr
 
 
@@ -143,7 +144,7 @@ def main() -> int:
         return 0 if self_test() else 1
     deep = "--deep" in arguments
     rest = [argument for argument in arguments if argument != "--deep"]
-    build = (ROOT / (rest[0] if rest else "build/asan")).resolve()
+    build = (ROOT / (rest[0] if rest else "build")).resolve()
     if not (build / "compile_commands.json").exists():
         print(f"tidy: {build}/compile_commands.json is missing", file=sys.stderr)
         return 1
