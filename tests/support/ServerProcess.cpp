@@ -86,7 +86,8 @@ int freePort() {
 } // namespace
 
 fs::path serverDirectory(std::string_view name) {
-  const fs::path here = fs::current_path();
+  const fs::path here = outputPath("servers");
+  fs::create_directories(here);
   return (geteuid() != 0 || open(here) ? here : fs::temp_directory_path()) /
          (std::string(name) + "-" + std::to_string(getpid()));
 }

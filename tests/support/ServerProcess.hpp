@@ -9,8 +9,8 @@
 
 namespace lumoscad::test {
 
-/// The path for the data of a server, "`name`-<process>": in the working directory, which is the build folder under the
-/// test runner, or in the temporary one where the server's user could not enter it.
+/// The path for the data of a server, "`name`-<process>": in the build folder, or in the temporary one where the
+/// server's user could not enter that.
 [[nodiscard]] std::filesystem::path serverDirectory(std::string_view name);
 
 /// Makes `directory` anew, empty and private to the server's user.
