@@ -74,7 +74,7 @@ std::optional<std::string> Comando(const Parole& argomenti, const Parole& ambien
   auto uscita = Tutto(tubo[0]);
   ::close(tubo[0]);
   int stato = 0;
-  if (!Finche([&] { return ::waitpid(processo, &stato, WNOHANG) != 0; }, std::chrono::seconds(1))) {
+  if (!Finche([&] { return ::waitpid(processo, &stato, WNOHANG) != 0; })) {
     ::kill(processo, SIGKILL);
     ::waitpid(processo, &stato, 0);
   }
