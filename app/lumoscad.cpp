@@ -17,7 +17,7 @@ constexpr int StatoErrore = 1;
 constexpr int StatoUsoErrato = 2;
 constexpr int StatoChiuso = 3;
 
-constexpr const char* uso =
+constexpr const char* Uso =
     "Uso: lumoscad COMANDO...\n"
     "     lumoscad -\n"
     "     lumoscad --registra-host HOST\n"
@@ -151,7 +151,7 @@ int main(int numero, char** vettore) {
   const std::string_view primo = argomenti.empty() ? std::string_view() : argomenti.front();
   // -h with a value behind it is the host of a command.
   if (argomenti.size() == 1 && (primo == "--aiuto" || primo == "-h")) {
-    return Scrivi(uso, 0);
+    return Scrivi(Uso, 0);
   }
   if (argomenti.size() == 1 && primo == "--versione") {
     return Scrivi("lumoscad " LUMOSCAD_VERSIONE "\n", 0);
@@ -163,7 +163,7 @@ int main(int numero, char** vettore) {
     return ProvaHost(argomenti[1], argomenti.size() == 3 ? argomenti[2] : "");
   }
   if (argomenti.empty() || primo.starts_with("--")) {
-    std::fputs(uso, stderr);
+    std::fputs(Uso, stderr);
     return StatoUsoErrato;
   }
   return Esegui(argomenti.size() == 1 && primo == "-" ? LeggiIngresso() : Unisci(argomenti));

@@ -38,7 +38,7 @@ std::vector<std::size_t> Spaces(SQLHANDLE command) {
 } // namespace
 
 BareConnection::BareConnection(const std::string& connectionText) {
-  SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, ado::detail::asPointer(SQL_OV_ODBC3), 0);
+  SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, ado::detail::AsPointer(SQL_OV_ODBC3), 0);
   connection_ = ado::detail::Handle<SQL_HANDLE_DBC>(environment_.get());
   std::string text = ado::OdbcText(ado::ReadConnectionText(connectionText));
   Demand(SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
@@ -88,7 +88,7 @@ void BareCommand::Attach() {
   texts_ = std::make_unique_for_overwrite<char[]>(wide * lock);
   rows_ = lock;
   lengths_.resize(spaces_.size() * lock);
-  Demand(SQLSetStmtAttr(command_.get(), SQL_ATTR_ROW_ARRAY_SIZE, ado::detail::asPointer(lock), 0));
+  Demand(SQLSetStmtAttr(command_.get(), SQL_ATTR_ROW_ARRAY_SIZE, ado::detail::AsPointer(lock), 0));
   Demand(SQLSetStmtAttr(command_.get(), SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0));
   char* where = texts_.get();
   for (std::size_t i = 0; i < spaces_.size(); ++i) {

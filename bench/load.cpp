@@ -18,11 +18,11 @@ constexpr double Target = 1.5;
 } // namespace
 
 bool Load() {
-  if (!test::PostgresServer::available()) {
+  if (!test::PostgresServer::Available()) {
     std::puts("Carico: PostgreSQL o il suo driver ODBC non è installato, misura saltata");
     return true;
   }
-  const test::LargeDatabase base(test::buildFolder() / "bench/postgres", Instalments);
+  const test::LargeDatabase base(test::BuildFolder() / "bench/postgres", Instalments);
   const StatoSostituito status;
   lumoscad::stato().ComandoCorrente = base.command();
   StopwatchDesktop desktop;
@@ -37,7 +37,7 @@ bool Load() {
         });
   };
   screen();
-  const BareConnection connection(base.connectionText());
+  const BareConnection connection(base.ConnectionText());
   std::size_t fetched = 0;
   const auto bare = [&] {
     const auto begin = Clock::now();

@@ -63,11 +63,11 @@ struct BareReading {
 } // namespace
 
 bool LoadPresumed() {
-  if (!test::PostgresServer::available()) {
+  if (!test::PostgresServer::Available()) {
     std::puts("Carico dei presunti: PostgreSQL o il suo driver ODBC non è installato, misura saltata");
     return true;
   }
-  const test::LargeDatabase base(test::buildFolder() / "bench/postgres", 1, Rows);
+  const test::LargeDatabase base(test::BuildFolder() / "bench/postgres", 1, Rows);
   const StatoSostituito status;
   lumoscad::stato().ComandoCorrente = base.command();
   StopwatchDesktop desktop;
@@ -85,7 +85,7 @@ bool LoadPresumed() {
         });
   };
   screen();
-  const BareConnection connection(base.connectionText());
+  const BareConnection connection(base.ConnectionText());
   BareReading reading;
   const auto bare = [&] { return reading.Extent(connection, statements); };
   bare();

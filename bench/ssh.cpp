@@ -36,7 +36,7 @@ void Write(const fs::path& file, const std::string& text) {
 /// The host: a server, a program that answers with the file "risposta", the files of the two sides.
 class Host {
  public:
-  Host() : base_(test::buildFolder() / "bench/ssh"), server_(base_ / "server") {
+  Host() : base_(test::BuildFolder() / "bench/ssh"), server_(base_ / "server") {
     for (const char* name : {"tmp", "programmi"}) {
       fs::remove_all(base_ / name);
       fs::create_directory(base_ / name);

@@ -14,7 +14,7 @@ struct Banca {
 };
 
 /// The last one is blocked and of the class whose blocked accounts are not offered.
-inline constexpr std::array<Banca, 8> banche{{{"60100001", "Banca dell'Aniene", "06", "N"},
+inline constexpr std::array<Banca, 8> Banche{{{"60100001", "Banca dell'Aniene", "06", "N"},
                                               {"60100002", "Banca Orobica di Valcarsa", "06", "N"},
                                               {"60100003", "Cassa di Risparmio di Borgo Perù", "06", "N"},
                                               {"60100004", "Credito Cooperativo di Santa Fè", "06", "N"},
@@ -24,7 +24,7 @@ inline constexpr std::array<Banca, 8> banche{{{"60100001", "Banca dell'Aniene", 
                                               {"60200003", "Banco Fiduciario del Ticinello", "07", "S"}}};
 
 /// The first thirty are customers, the others suppliers.
-inline constexpr std::array<std::string_view, 60> nominativi{"Alimentari Castellò S.r.l.",
+inline constexpr std::array<std::string_view, 60> Nominativi{"Alimentari Castellò S.r.l.",
                                                              "Arredamenti Bonfigli & C. S.n.c.",
                                                              "Autofficina Dall'Ò S.r.l.",
                                                              "Bar Caffè Piazzetta di Nardi Lucia",
@@ -86,8 +86,8 @@ inline constexpr std::array<std::string_view, 60> nominativi{"Alimentari Castell
                                                              "Zuccherificio Basso Pò S.p.A."};
 
 /// A customer that comes after all of these, blocked for new documents, and its place among them.
-inline constexpr std::string_view clienteBloccato = "Cartotecnica Ruzzante S.r.l.";
-inline constexpr int ContoBloccato = static_cast<int>(nominativi.size());
+inline constexpr std::string_view ClienteBloccato = "Cartotecnica Ruzzante S.r.l.";
+inline constexpr int ContoBloccato = static_cast<int>(Nominativi.size());
 
 /// One row of the presumed documents that are in every demonstration; a new number begins a new document.
 struct RigaScelta {
@@ -110,7 +110,7 @@ inline constexpr int Cartiera = 33;
 
 /// Three currencies with one bank, one date with three banks, two dates of which the later was put off, no date, a gift
 /// among the rows, a suspended document, a blocked account; then a supplier's.
-inline constexpr std::array<RigaScelta, 17> righeScelte{
+inline constexpr std::array<RigaScelta, 17> RigheScelte{
     {{1, Cooperativa, "OC", "EUR", 1, 20, 184000},
      {1, Cooperativa, "OC", "USD", 1, 20, 96050},
      {1, Cooperativa, "OC", "CHF", 1, 20, 41275},

@@ -43,8 +43,8 @@ bool Utf8(std::string_view testo) {
 /// True for the bytes about which ISO-8859-1, ISO-8859-15 and Windows-1252 do not agree.
 bool Dubbio(char carattere) {
   const auto byte = static_cast<unsigned char>(carattere);
-  constexpr std::string_view diversi = "\xA4\xA6\xA8\xB4\xB8\xBC\xBD\xBE";
-  return (byte >= FineAscii && byte < 0xA0U) || diversi.find(carattere) != std::string_view::npos;
+  constexpr std::string_view Diversi = "\xA4\xA6\xA8\xB4\xB8\xBC\xBD\xBE";
+  return (byte >= FineAscii && byte < 0xA0U) || Diversi.find(carattere) != std::string_view::npos;
 }
 
 } // namespace

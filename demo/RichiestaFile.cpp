@@ -9,7 +9,7 @@ namespace lumoscad::demo {
 
 namespace {
 
-constexpr std::string_view nessuno = "#null#";
+constexpr std::string_view Nessuno = "#null#";
 
 bool SoloCifre(std::string_view testo) {
   return !testo.empty() && testo.find_first_not_of("0123456789") == std::string_view::npos;
@@ -61,7 +61,7 @@ std::string DataFacoltativa(std::string_view testo) {
 }
 
 std::string BancaFacoltativa(std::string_view testo) {
-  if (testo.empty() || testo == nessuno) {
+  if (testo.empty() || testo == Nessuno) {
     return "";
   }
   if (testo.find(' ') != std::string_view::npos || testo.starts_with('#')) {
@@ -105,7 +105,7 @@ struct Campo {
   std::string (*controllo)(std::string_view);
 };
 
-constexpr std::array<Campo, 11> campiCanalizzazione{{{"CodiceConto", Obbligatorio},
+constexpr std::array<Campo, 11> CampiCanalizzazione{{{"CodiceConto", Obbligatorio},
                                                      {"NumeroPartita", Obbligatorio},
                                                      {"Anno", AnnoFacoltativo},
                                                      {"Numero", Libero},
@@ -118,7 +118,7 @@ constexpr std::array<Campo, 11> campiCanalizzazione{{{"CodiceConto", Obbligatori
                                                      {"NumeroRata", NumeroDiRata}}};
 
 // A presumed document is named by series, number and year; it has no item and no instalments.
-constexpr std::array<Campo, 11> campiBancaPresunti{{{"CodiceConto", Obbligatorio},
+constexpr std::array<Campo, 11> CampiBancaPresunti{{{"CodiceConto", Obbligatorio},
                                                     {"NumeroPartita", Vuoto},
                                                     {"Anno", AnnoDiDocumento},
                                                     {"Numero", NumeroDiDocumento},
@@ -130,7 +130,7 @@ constexpr std::array<Campo, 11> campiBancaPresunti{{{"CodiceConto", Obbligatorio
                                                     {"NuovaBanca", BancaONessuna},
                                                     {"NumeroRata", Vuoto}}};
 
-constexpr std::array<Campo, 7> campiConsegna{{{"CodiceConto", Obbligatorio},
+constexpr std::array<Campo, 7> CampiConsegna{{{"CodiceConto", Obbligatorio},
                                               {"Serie", Obbligatorio},
                                               {"Numero", NumeroDiDocumento},
                                               {"Anno", AnnoDiDocumento},
@@ -138,7 +138,7 @@ constexpr std::array<Campo, 7> campiConsegna{{{"CodiceConto", Obbligatorio},
                                               {"ConsegnaOrigine", DataONessuna},
                                               {"NuovaConsegna", DataObbligatoria}}};
 
-constexpr std::array<Campo, 4> campiScadenze{{{"CodiceConto", Obbligatorio},
+constexpr std::array<Campo, 4> CampiScadenze{{{"CodiceConto", Obbligatorio},
                                               {"NumeroPartita", Obbligatorio},
                                               {"ScadenzaOriginale", DataONessuna},
                                               {"NuovaScadenza", DataObbligatoria}}};
@@ -209,7 +209,7 @@ std::size_t ControllaCanalizzazione(std::string_view contenuto, const std::set<s
   static constexpr std::size_t NuovaScadenza = 7;
   static constexpr std::size_t NuovaBanca = 9;
   return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
-    const auto campi = ControllaCampi(riga, numero, campiCanalizzazione, contiBloccati);
+    const auto campi = ControllaCampi(riga, numero, CampiCanalizzazione, contiBloccati);
     if (campi[NuovaScadenza].empty() && campi[NuovaBanca].empty()) {
       throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 8 (NuovaScadenza) e 10 (NuovaBanca) sono vuoti.");
     }
@@ -220,7 +220,7 @@ std::size_t ControllaBancaPresunti(std::string_view contenuto, const std::set<st
   static constexpr std::size_t VecchiaBanca = 8;
   static constexpr std::size_t NuovaBanca = 9;
   return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
-    const auto campi = ControllaCampi(riga, numero, campiBancaPresunti, contiBloccati);
+    const auto campi = ControllaCampi(riga, numero, CampiBancaPresunti, contiBloccati);
     if (campi[VecchiaBanca] == campi[NuovaBanca]) {
       throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 9 (VecchiaBanca) e 10 (NuovaBanca) sono uguali.");
     }
@@ -231,7 +231,7 @@ std::size_t ControllaConsegna(std::string_view contenuto, const std::set<std::st
   static constexpr std::size_t Consegna = 4;
   static constexpr std::size_t NuovaConsegna = 6;
   return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
-    const auto campi = ControllaCampi(riga, numero, campiConsegna, contiBloccati);
+    const auto campi = ControllaCampi(riga, numero, CampiConsegna, contiBloccati);
     if (campi[Consegna] == campi[NuovaConsegna]) {
       throw Rifiuto(Riga(numero) + ": nessuna variazione, i campi 5 (Consegna) e 7 (NuovaConsegna) sono uguali.");
     }
@@ -240,7 +240,7 @@ std::size_t ControllaConsegna(std::string_view contenuto, const std::set<std::st
 
 std::size_t ControllaScadenze(std::string_view contenuto, const std::set<std::string>& contiBloccati) {
   return OgniRiga(contenuto, [&](std::string_view riga, std::size_t numero) {
-    static_cast<void>(ControllaCampi(riga, numero, campiScadenze, contiBloccati));
+    static_cast<void>(ControllaCampi(riga, numero, CampiScadenze, contiBloccati));
   });
 }
 

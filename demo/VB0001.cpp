@@ -86,10 +86,10 @@ std::string VariateConsegne(std::size_t consegne) {
 
 Risposta Canalizzazione(Chiamata& chiamata) {
   const Parametri& parametri = chiamata.parametri;
-  static constexpr std::array<std::string_view, 3> tipi{"CREDITI", "DEBITI", "PRESUNTI"};
+  static constexpr std::array<std::string_view, 3> Tipi{"CREDITI", "DEBITI", "PRESUNTI"};
   static constexpr std::size_t Compilati = 5;
   ControllaObbligatori(parametri, Compilati);
-  if (std::find(tipi.begin(), tipi.end(), parametri[2]) == tipi.end()) {
+  if (std::find(Tipi.begin(), Tipi.end(), parametri[2]) == Tipi.end()) {
     throw Rifiuto("Parametro 3: «" + parametri[2] + "» non è CREDITI, DEBITI o PRESUNTI.");
   }
   auto contenuto = LeggiRichiesta(chiamata, parametri[4]);
@@ -193,7 +193,7 @@ struct Richiesta {
   Risposta (*esegui)(Chiamata& chiamata);
 };
 
-constexpr std::array<Richiesta, 8> richieste{{{"CANALIZZAZIONE", 11, Canalizzazione},
+constexpr std::array<Richiesta, 8> Richieste{{{"CANALIZZAZIONE", 11, Canalizzazione},
                                               {"CONSEGNA", 6, Consegna},
                                               {"SCRIVISCADENZE", 101, Scadenze},
                                               {"SOSPESOCREA", 6, Sospensione},
@@ -205,7 +205,7 @@ constexpr std::array<Richiesta, 8> richieste{{{"CANALIZZAZIONE", 11, Canalizzazi
 Risposta Esegui(Chiamata& chiamata) {
   const Parametri& parametri = chiamata.parametri;
   const std::string nome = parametri.size() > 1 ? parametri[1] : "";
-  for (const auto& richiesta : richieste) {
+  for (const auto& richiesta : Richieste) {
     if (nome != richiesta.nome) {
       continue;
     }

@@ -169,14 +169,14 @@ class Archivio {
   }
 
  private:
-  static int Banca(Caso& caso) { return caso.UnaSu(3) ? 0 : caso.Fra(1, static_cast<int>(banche.size()) - 1); }
+  static int Banca(Caso& caso) { return caso.UnaSu(3) ? 0 : caso.Fra(1, static_cast<int>(Banche.size()) - 1); }
 
   long AggiungiFattura(long massimo, const std::string& tipoMovimento, const std::string& stato,
                        const std::string& sospesa) {
     const int rate = static_cast<int>(std::min<long>(massimo, caso_.Fra(1, 4)));
     const auto prima = oggi_ + std::chrono::days(caso_.Fra(-120, 150));
     const auto data = prima - std::chrono::days(30 * caso_.Fra(1, 2));
-    documenti_.push_back({caso_.Fra(0, static_cast<int>(nominativi.size()) - 1), data, tipoMovimento, stato, false});
+    documenti_.push_back({caso_.Fra(0, static_cast<int>(Nominativi.size()) - 1), data, tipoMovimento, stato, false});
     const long centesimi = caso_.Fra(4500, 980000);
     const int banca = Banca(caso_);
     for (int rata = 1; rata <= rate; ++rata) {
@@ -199,7 +199,7 @@ class Archivio {
   }
 
   void AggiungiPresunto() {
-    documenti_.push_back({caso_.Fra(0, static_cast<int>(nominativi.size()) - 1),
+    documenti_.push_back({caso_.Fra(0, static_cast<int>(Nominativi.size()) - 1),
                           oggi_ - std::chrono::days(caso_.Fra(1, 60)), "N", "A", true});
     const auto consegna = oggi_ + std::chrono::days(caso_.Fra(-30, 120));
     const int righe = caso_.Fra(1, 3);
@@ -246,7 +246,7 @@ class Archivio {
 
   void AggiungiPresuntiScelti() {
     int documento = 0;
-    for (const auto& scelta : righeScelte) {
+    for (const auto& scelta : RigheScelte) {
       if (scelta.documento != documento) {
         documento = scelta.documento;
         documenti_.push_back({scelta.conto, oggi_, "N", "A", true, scelta.serie});
@@ -268,8 +268,8 @@ class Archivio {
 
   /// A customer's order of at most `massimo` rows, each of which the lists show as a row of its own.
   long AggiungiOrdine(long massimo) {
-    static constexpr std::array<const char*, 3> divise{"EUR", "USD", "CHF"};
-    const int righe = static_cast<int>(std::min<long>(massimo, varia_.Fra(1, static_cast<int>(divise.size()))));
+    static constexpr std::array<const char*, 3> Divise{"EUR", "USD", "CHF"};
+    const int righe = static_cast<int>(std::min<long>(massimo, varia_.Fra(1, static_cast<int>(Divise.size()))));
     documenti_.push_back({varia_.Fra(0, Clienti - 1), oggi_ - std::chrono::days(varia_.Fra(1, 60)), "N", "A", true,
                           varia_.UnaSu(3) ? "BC" : "OC"});
     const auto consegna = oggi_ + std::chrono::days(varia_.Fra(-30, 120));
@@ -279,7 +279,7 @@ class Archivio {
       evento.documento = documenti_.size() - 1;
       evento.banca = banca;
       evento.centesimi = varia_.Fra(9900, 450000);
-      evento.divisa = divise.at(static_cast<std::size_t>(riga));
+      evento.divisa = Divise.at(static_cast<std::size_t>(riga));
       evento.consegnaProduzione = consegna;
       evento.consegna = consegna;
       eventi_.push_back(evento);
@@ -296,22 +296,22 @@ class Archivio {
     Tabella conti("CONTOCONTABILE (CONTOCONTABILE_KEY, CODICECONTO, DESCRIZIONEVOCE, TIPOLOGIACONTO, CODICEINTERNO, "
                   "BLOCCO)");
     int chiave = 0;
-    for (const auto& banca : banche) {
+    for (const auto& banca : Banche) {
       conti.Riga(std::to_string(++chiave) + ", " + Cita(banca.codice) + ", " + Cita(banca.descrizione) + ", " +
                  Cita(banca.tipologia) + ", NULL, " + Cita(banca.blocco));
     }
-    for (int indice = 0; indice < static_cast<int>(nominativi.size()); ++indice) {
+    for (int indice = 0; indice < static_cast<int>(Nominativi.size()); ++indice) {
       const bool cliente = indice < Clienti;
       const bool secondaClasse = indice % 5 == 4;
       const auto* tipologia = cliente ? (secondaClasse ? "02" : "01") : (secondaClasse ? "04" : "03");
       const int ordine = cliente ? indice + 1 : indice - Clienti + 1;
       conti.Riga(std::to_string(PrimoConto + indice) + ", '" +
                  std::to_string((cliente ? 20100000 : 40100000) + ordine) + "', " +
-                 Cita(nominativi[static_cast<std::size_t>(indice)]) + ", '" + tipologia + "', '" +
+                 Cita(Nominativi[static_cast<std::size_t>(indice)]) + ", '" + tipologia + "', '" +
                  (cliente ? "C" : "F") + std::to_string(1000 + ordine) + "', 'N'");
     }
     conti.Riga(std::to_string(PrimoConto + ContoBloccato) + ", '" + std::to_string(20100000 + Clienti + 1) + "', " +
-               Cita(clienteBloccato) + ", '01', 'C" + std::to_string(1000 + Clienti + 1) + "', 'S'");
+               Cita(ClienteBloccato) + ", '01', 'C" + std::to_string(1000 + Clienti + 1) + "', 'S'");
   }
 
   [[nodiscard]] std::string Numero(std::size_t documento) const { return std::to_string(documento + 1); }

@@ -31,8 +31,8 @@ nexaro::HostLink& UnicoHostLink() {
 }
 
 const nexaro::Environment& UnicoAmbiente() {
-  static const nexaro::Environment unico = nexaro::ReadEnvironment();
-  return unico;
+  static const nexaro::Environment Unico = nexaro::ReadEnvironment();
+  return Unico;
 }
 
 nexaro::ProcessLock& UnicaEsclusione() {
@@ -40,8 +40,8 @@ nexaro::ProcessLock& UnicaEsclusione() {
   return unica;
 }
 
-[[maybe_unused]] const bool installati = [] {
-  activeServices() = {UnicoDesktop, UnicoHostLink,          UnicoAmbiente,  SystemTime,
+[[maybe_unused]] const bool Installati = [] {
+  ActiveServices() = {UnicoDesktop, UnicoHostLink,          UnicoAmbiente,  SystemTime,
                       nullptr,      qt::WhereTheWindowsAre, UnicaEsclusione};
   return true;
 }();

@@ -20,11 +20,11 @@ bool Bisestile(int anno) {
 }
 
 bool GiornoDelMese(int giorno, int mese, int anno) {
-  static constexpr std::array<int, 12> giorni = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  static constexpr std::array<int, 12> Giorni = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   if (mese < 1 || mese > 12 || giorno < 1) {
     return false;
   }
-  const int ultimo = mese == 2 && Bisestile(anno) ? 29 : giorni[static_cast<std::size_t>(mese - 1)];
+  const int ultimo = mese == 2 && Bisestile(anno) ? 29 : Giorni[static_cast<std::size_t>(mese - 1)];
   return giorno <= ultimo;
 }
 
@@ -67,7 +67,7 @@ DataScritta LeggiData(std::string_view testo) {
   }
   const auto a = NumeroDiData(pezzi[0]);
   const auto b = NumeroDiData(pezzi[1]);
-  const auto c = pezzi.size() == 3 ? NumeroDiData(pezzi[2]) : std::optional<int>(activeServices().localTime().year);
+  const auto c = pezzi.size() == 3 ? NumeroDiData(pezzi[2]) : std::optional<int>(ActiveServices().localTime().year);
   if (!a || !b || !c) {
     return {};
   }

@@ -49,7 +49,7 @@ std::string PerIlBox(std::string_view testo, std::string_view frase) {
 }
 
 void Mostra(std::string_view testo, std::string_view frase) {
-  activeServices().desktop().ShowBox(PerIlBox(testo, frase), NomeProdotto);
+  ActiveServices().desktop().ShowBox(PerIlBox(testo, frase), NomeProdotto);
 }
 
 /// Writes the text of a box that failed, and why it did: the failure in flight.

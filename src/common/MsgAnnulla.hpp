@@ -19,7 +19,7 @@ class MsgAnnulla {
   std::string Messaggio;
   std::string Errore;
   /// What an update that was committed found changed by somebody else and left so, each row as the person knows it.
-  std::vector<std::string> RigheRimaste;
+  std::vector<std::string> righeRimaste;
   nexaro::XMLParser XMLParser;
 
  private:

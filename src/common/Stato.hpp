@@ -16,20 +16,20 @@ class Partita;
 /// them between commands, and a command that omits an option sees the value of an earlier one.
 struct Stato {
   std::string ComandoCorrente; ///< the whole command line of the running command
-  std::string Azienda;         ///< "-D", the company code
+  std::string azienda;         ///< "-D", the company code
   std::string HostIP;          ///< "-H", the host's address
-  std::string TipoComando;     ///< "-T" of the suspension commands (upper case) and of the extra command (as typed)
+  std::string tipoComando;     ///< "-T" of the suspension commands (upper case) and of the extra command (as typed)
   std::string Serie;           ///< "-S" of the extra command
   std::string Esercizio;       ///< "-E" of the extra command
   std::string Numero;          ///< "-N" of the extra command
-  bool DemoPresunti = false; ///< a presumed-document command carried "-DEMO": from then on they all are demonstrations
-  std::string ContoScadenze; ///< account code of the due-date request's database list, set by the calling screen
-  std::string PartitaScadenze;                           ///< spaced item number of that list, set by the calling screen
+  bool demoPresunti = false; ///< a presumed-document command carried "-DEMO": from then on they all are demonstrations
+  std::string contoScadenze; ///< account code of the due-date request's database list, set by the calling screen
+  std::string partitaScadenze;                           ///< spaced item number of that list, set by the calling screen
   Andamento andamento;                                   ///< how far the last change has come
-  std::shared_ptr<MsgAnnulla> Risposta;                  ///< the reply object of the last request
-  std::shared_ptr<Partita> RispostaPartita;              ///< the reply object of the last due-date request
-  std::shared_ptr<frmLumoScadenzeBanche> ScadenzeBanche; ///< the credits/debits screen, created on first use
-  std::shared_ptr<FormPresunti> Presunti;                ///< the presumed-documents screen, created on first use
+  std::shared_ptr<MsgAnnulla> risposta;                  ///< the reply object of the last request
+  std::shared_ptr<Partita> rispostaPartita;              ///< the reply object of the last due-date request
+  std::shared_ptr<frmLumoScadenzeBanche> scadenzeBanche; ///< the credits/debits screen, created on first use
+  std::shared_ptr<FormPresunti> presunti;                ///< the presumed-documents screen, created on first use
 };
 
 /// The one set of module-level values of the process.

@@ -109,7 +109,7 @@ bool Aggiornamento::GiaCosi(const std::string& daDove, std::vector<std::string> 
 void Aggiornamento::RifiutaScarto(const std::string& dove) {
   const ado::Recordset righe = Leggi("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE " + dove, {});
   if (!righe.Eof() && righe.ValueAt(0) != "0") {
-    ado::refuseDroppedChange();
+    ado::RefuseDroppedChange();
   }
 }
 

@@ -103,7 +103,7 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     if (!rimaste.empty()) {
       stato().andamento.RigheRimaste();
     }
-    msg.RigheRimaste = std::move(rimaste);
+    msg.righeRimaste = std::move(rimaste);
     return "";
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErrore(CurrentError(), "\r\n" + istruzioni);

@@ -9,7 +9,7 @@ namespace lumoscad::procedureLumoDB2 {
 namespace {
 
 std::string Oggi() {
-  const DateTime adesso = activeServices().localTime();
+  const DateTime adesso = ActiveServices().localTime();
   return ConZeri(adesso.year, 4) + "-" + ConZeri(adesso.month, 2) + "-" + ConZeri(adesso.day, 2);
 }
 

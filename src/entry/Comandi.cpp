@@ -22,7 +22,7 @@ std::string ConsegnaPresunti(std::string_view comando) {
 } // namespace
 
 const std::vector<Comando>& Comandi() {
-  static const std::vector<Comando> comandi = {
+  static const std::vector<Comando> Comandi = {
       {"TEST", "", procedureLumoDB2::TestDB2},
       {"EXTRA", "/A", ModuloMain::ComandoExtra},
       {"SOSPESO", "/A", ModuloMain::ComandoSospendiPartita},
@@ -34,7 +34,7 @@ const std::vector<Comando>& Comandi() {
       {"BANCA", "/PRESUNTI", BancaPresunti},
       {"CONSEGNA", "/PRESUNTI", ConsegnaPresunti},
   };
-  return comandi;
+  return Comandi;
 }
 
 } // namespace lumoscad

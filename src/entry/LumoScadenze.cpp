@@ -108,7 +108,7 @@ void Rifiuta(const Turn& turno) noexcept {
   ScriviErrore({turno.Reason()});
   if (turno.How() == Turn::Outcome::Nested && !aperto.exchange(true)) {
     try {
-      activeServices().desktop().ShowBox(turno.Reason(), NomeProdotto);
+      ActiveServices().desktop().ShowBox(turno.Reason(), NomeProdotto);
     } catch (...) { // NOLINT(bugprone-empty-catch): the standard error has the reason already
     }
     aperto = false;

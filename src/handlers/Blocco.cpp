@@ -26,11 +26,11 @@ std::string ChiaveBlocco(std::string_view tipo) {
 }
 
 std::string RigaUtente() {
-  return "Utente : " + activeServices().environment().CodicePostazione;
+  return "Utente : " + ActiveServices().environment().CodicePostazione;
 }
 
 std::string RigaOra() {
-  const DateTime t = activeServices().localTime();
+  const DateTime t = ActiveServices().localTime();
   return "Data : " + ConZeri(t.day, 2) + "/" + ConZeri(t.month, 2) + "/" + ConZeri(t.year, 4) +
          "   Ora : " + ConZeri(t.hour, 2) + ":" + ConZeri(t.minute, 2);
 }
@@ -62,12 +62,12 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   std::string locale;
   std::string riga1;
   std::string riga2;
-  Prosegui([&] { locale = activeServices().environment().CartellaLocale + "/" + ChiaveBlocco(tipo); });
+  Prosegui([&] { locale = ActiveServices().environment().CartellaLocale + "/" + ChiaveBlocco(tipo); });
   Prosegui([&] { DeleteLocalFile(locale); });
   Prosegui([&] {
     std::string testo;
     // One byte more tells whether it is longer than what is read of it.
-    activeServices().hostLink().ReceiveBeginning(hostIP, remoto, locale, MaxRead + 1, testo);
+    ActiveServices().hostLink().ReceiveBeginning(hostIP, remoto, locale, MaxRead + 1, testo);
   });
   Prosegui([&] {
     std::vector<std::string> righe = RigheDelBlocco(ReadLocalBeginning(locale));
@@ -77,7 +77,7 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   if (!MaggioreDiSpazio(riga1)) {
     Prosegui([&] {
       WriteLocalFile(locale, RigaUtente() + "\r\n" + RigaOra() + "\r\n");
-      activeServices().hostLink().InviaFile(hostIP, locale, remoto);
+      ActiveServices().hostLink().InviaFile(hostIP, locale, remoto);
     });
     return "";
   }
@@ -89,7 +89,7 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
 }
 
 std::string SbloccaArea(std::string_view hostIP, std::string_view tipo) {
-  Prosegui([&] { activeServices().hostLink().CancellaFile(hostIP, "/tmp/" + ChiaveBlocco(tipo)); });
+  Prosegui([&] { ActiveServices().hostLink().CancellaFile(hostIP, "/tmp/" + ChiaveBlocco(tipo)); });
   return "";
 }
 

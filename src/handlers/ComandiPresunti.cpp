@@ -17,7 +17,7 @@ procedureLumoDB2::FiltroPresunti LeggiFiltro(std::string_view comando) {
   std::string serieEscluse; // left out of the line, it names one series that is blank, and so excludes nothing
   LeggiOpzioni(comando, {{"-SC", &filtro.parScad},
                          {"-H", &stato().HostIP},
-                         {"-D", &stato().Azienda},
+                         {"-D", &stato().azienda},
                          {"-S", &filtro.parSerie},
                          {"-A", &filtro.parAnno},
                          {"-N", &filtro.parNumero},
@@ -35,7 +35,7 @@ template <typename Mostra, typename Scrivi, typename Aggiorna>
 std::string ModificaPresunti(std::string_view tipo, Mostra mostra, Scrivi scrivi, Aggiorna aggiorna) {
   return ComandoModifica<VariazioniConsegna>(
       tipo, tipo == "PRESUNTI", mostra,
-      [&](const VariazioniConsegna& variazioni) { return scrivi(stato().HostIP, stato().Azienda, variazioni, tipo); },
+      [&](const VariazioniConsegna& variazioni) { return scrivi(stato().HostIP, stato().azienda, variazioni, tipo); },
       [&](const VariazioniConsegna& variazioni, MsgAnnulla& risposta) { return aggiorna(variazioni, risposta, tipo); });
 }
 
@@ -44,10 +44,10 @@ std::string ModificaPresunti(std::string_view tipo, Mostra mostra, Scrivi scrivi
 std::string ComandoBancaPresunti(std::string_view comando, std::string_view tipo) {
   const procedureLumoDB2::FiltroPresunti filtro = LeggiFiltro(comando);
   const auto mostra = [&](VariazioniConsegna& variazioni) {
-    if (!stato().Presunti) {
-      stato().Presunti = std::make_shared<FormPresunti>();
+    if (!stato().presunti) {
+      stato().presunti = std::make_shared<FormPresunti>();
     }
-    stato().Presunti->elaboraPresunti(stato().Azienda, filtro, variazioni);
+    stato().presunti->elaboraPresunti(stato().azienda, filtro, variazioni);
   };
   return ModificaPresunti(tipo, mostra, ScriviRichiestaBancaPresunti, procedureLumoDB2::AggiornaBancaPresunti);
 }
@@ -56,7 +56,7 @@ std::string ComandoConsegna(std::string_view comando, std::string_view tipo) {
   const procedureLumoDB2::FiltroPresunti filtro = LeggiFiltro(comando);
   // This screen is made anew for each command, unlike the others.
   const auto mostra = [&](VariazioniConsegna& variazioni) {
-    FormConsegna().elaboraConsegna(stato().Azienda, filtro, variazioni);
+    FormConsegna().elaboraConsegna(stato().azienda, filtro, variazioni);
   };
   return ModificaPresunti(tipo, mostra, ScriviRichiestaConsegna, procedureLumoDB2::AggiornaConsegna);
 }

@@ -16,9 +16,9 @@ struct OpzioniPartita {
 
 OpzioniPartita LeggiPartita(std::string_view comando) {
   OpzioniPartita opzioni;
-  LeggiOpzioni(comando, {{"-T", &stato().TipoComando, Forma::Maiuscola},
+  LeggiOpzioni(comando, {{"-T", &stato().tipoComando, Forma::Maiuscola},
                          {"-H", &stato().HostIP},
-                         {"-D", &stato().Azienda},
+                         {"-D", &stato().azienda},
                          {"-C", &opzioni.conto},
                          {"-P", &opzioni.partita},
                          {"-DEMO", &opzioni.dimostrazione}});
@@ -32,18 +32,18 @@ std::string ComandoPresunto(std::string_view comando, std::string_view azione,
   std::string numero;
   std::string esercizio; // read for its syntax only: the back end does not ask for it
   LeggiOpzioni(comando, {{"-H", &stato().HostIP},
-                         {"-D", &stato().Azienda},
+                         {"-D", &stato().azienda},
                          {"-S", &serie},
                          {"-A", &anno},
                          {"-N", &numero},
                          {"-E", &esercizio},
-                         {"-DEMO", &stato().DemoPresunti}});
-  if (stato().DemoPresunti) {
+                         {"-DEMO", &stato().demoPresunti}});
+  if (stato().demoPresunti) {
     MostraMessaggio(messaggioDimostrazione, "");
     return "";
   }
   const std::vector<std::string> parametri = {
-      stato().Azienda, std::string(azione), serie, anno, numero, activeServices().environment().CodicePostazione, ""};
+      stato().azienda, std::string(azione), serie, anno, numero, ActiveServices().environment().CodicePostazione, ""};
   return RichiestaAttesa(stato().HostIP, parametri, parametri);
 }
 
@@ -55,7 +55,7 @@ std::string ComandoSospendiPartita(std::string_view comando) {
     MostraMessaggio("La partita è stata sospesa", "");
     return "";
   }
-  return RichiestaSospensione(stato().Azienda, stato().HostIP, opzioni.conto, opzioni.partita.compatta,
+  return RichiestaSospensione(stato().azienda, stato().HostIP, opzioni.conto, opzioni.partita.compatta,
                               opzioni.partita.spaziata);
 }
 
@@ -65,7 +65,7 @@ std::string ComandoRiattivaPartita(std::string_view comando) {
     MostraMessaggio("La partita è stata riattivata", "");
     return "";
   }
-  return RichiestaRiattivazione(stato().Azienda, stato().HostIP, opzioni.conto, opzioni.partita.compatta,
+  return RichiestaRiattivazione(stato().azienda, stato().HostIP, opzioni.conto, opzioni.partita.compatta,
                                 opzioni.partita.spaziata);
 }
 
@@ -73,7 +73,7 @@ std::string RichiestaSospensione(std::string_view azienda, std::string_view host
                                  std::string_view partitaCompatta, std::string_view partitaSpaziata) {
   return RichiestaAttesa(hostIP,
                          {std::string(azienda), "SOSPESOCREA", std::string(conto), std::string(partitaCompatta),
-                          activeServices().environment().CodicePostazione, ""},
+                          ActiveServices().environment().CodicePostazione, ""},
                          {std::string(azienda), "SOSPESOCREA", std::string(conto), std::string(partitaSpaziata), ""});
 }
 

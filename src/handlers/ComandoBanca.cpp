@@ -19,7 +19,7 @@ procedureLumoDB2::FiltroScadenze LeggiFiltro(std::string_view comando, std::stri
   std::string ignorata; // read for its syntax only: the screen is not selected by document or year
   LeggiOpzioni(comando, {{"-SC", &filtro.parScad},
                          {"-H", &stato().HostIP},
-                         {"-D", &stato().Azienda},
+                         {"-D", &stato().azienda},
                          {"-S", &ignorata},
                          {"-A", &ignorata},
                          {"-E", &ignorata},
@@ -34,10 +34,10 @@ procedureLumoDB2::FiltroScadenze LeggiFiltro(std::string_view comando, std::stri
 }
 
 void MostraSchermata(const procedureLumoDB2::FiltroScadenze& filtro, VariazioniCanalizzazione& variazioni) {
-  if (!stato().ScadenzeBanche) {
-    stato().ScadenzeBanche = std::make_shared<frmLumoScadenzeBanche>();
+  if (!stato().scadenzeBanche) {
+    stato().scadenzeBanche = std::make_shared<frmLumoScadenzeBanche>();
   }
-  stato().ScadenzeBanche->VisualizzaScadenzeBanche(stato().Azienda, filtro, variazioni);
+  stato().scadenzeBanche->VisualizzaScadenzeBanche(stato().azienda, filtro, variazioni);
 }
 
 /// The instalment's number stands in a statement that follows the host's acceptance: what is no number must not come so
@@ -65,7 +65,7 @@ std::string ComandoBanca(std::string_view comando, std::string_view tipo) {
         ControllaNumeriRata(variazioni);
       },
       [&](const VariazioniCanalizzazione& variazioni) {
-        return ScriviRichiestaCanalizzazione(stato().HostIP, stato().Azienda, variazioni, tipo);
+        return ScriviRichiestaCanalizzazione(stato().HostIP, stato().azienda, variazioni, tipo);
       },
       [&](const VariazioniCanalizzazione& variazioni, MsgAnnulla& risposta) {
         return procedureLumoDB2::AggiornaCanalizzazione(variazioni, risposta, tipo);

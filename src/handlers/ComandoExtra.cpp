@@ -11,8 +11,8 @@ namespace lumoscad::ModuloMain {
 std::string ComandoExtra(std::string_view comando) {
   Stato& s = stato();
   bool dimostrazione = false;
-  LeggiOpzioni(comando, {{"-T", &s.TipoComando},
-                         {"-D", &s.Azienda},
+  LeggiOpzioni(comando, {{"-T", &s.tipoComando},
+                         {"-D", &s.azienda},
                          {"-H", &s.HostIP},
                          {"-S", &s.Serie},
                          {"-E", &s.Esercizio},
@@ -22,7 +22,7 @@ std::string ComandoExtra(std::string_view comando) {
     MostraMessaggio("Il movimento è stato annullato", "");
     return "";
   }
-  return CancellaExtra(s.Azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
+  return CancellaExtra(s.azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
 }
 
 std::string CancellaExtra(std::string_view azienda, std::string_view hostIP, std::string_view serie,

@@ -15,8 +15,8 @@ namespace lumoscad::ModuloMain {
 
 /// Sets the pointer and lets the desktop show it.
 inline void MostraPuntatore(Pointer puntatore) {
-  activeServices().desktop().SetPointer(puntatore);
-  activeServices().desktop().RunPendingEvents();
+  ActiveServices().desktop().SetPointer(puntatore);
+  ActiveServices().desktop().RunPendingEvents();
 }
 
 /// Tells the person which rows of a change that the host accepted the database kept as somebody else had changed them;
@@ -51,7 +51,7 @@ std::string ComandoModifica(std::string_view tipo, bool lista, Mostra mostra, Sc
   if (lista) {
     SbloccaArea(stato().HostIP, tipo);
   }
-  MostraRigheRimaste(risposta.RigheRimaste);
+  MostraRigheRimaste(risposta.righeRimaste);
   return variazioni.empty() ? "closed" : "";
 }
 

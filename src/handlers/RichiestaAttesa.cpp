@@ -14,7 +14,7 @@ namespace lumoscad {
 std::string RichiestaAttesa(std::string_view hostIP, const std::vector<std::string>& parametri,
                             const std::vector<std::string>& parametriDB2) {
   const auto risposta = std::make_shared<MsgAnnulla>();
-  stato().Risposta = risposta;
+  stato().risposta = risposta;
   std::string risultato = FormAspetta().Visualizza(hostIP, ProgrammaHost, parametri, parametriDB2, *risposta);
   if (MaggioreDiSpazio(risposta->Errore)) {
     risultato = "error";

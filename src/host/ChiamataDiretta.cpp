@@ -8,10 +8,10 @@
 namespace lumoscad {
 
 std::string ChiamataDiretta(const RichiestaHost& richiesta, nexaro::XMLParser& risposta, MsgAnnulla& messaggio) {
-  Desktop& desktop = activeServices().desktop();
+  Desktop& desktop = ActiveServices().desktop();
   desktop.SetPointer(Pointer::Hourglass);
   desktop.RunPendingEvents();
-  nexaro::HostLink& host = activeServices().hostLink();
+  nexaro::HostLink& host = ActiveServices().hostLink();
   const NomiRichiesta& nomi = richiesta.nomi;
   std::string testo;
   host.InviaFile(richiesta.hostIP, nomi.locale, nomi.remoto);

@@ -24,7 +24,7 @@ std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view 
   risultato_ = "error";
   interpellato_ = false;
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(parametriDB2));
-  activeServices().desktop().ShowWait("Attendere, sto variando il movimento", IntervalloTimer,
+  ActiveServices().desktop().ShowWait("Attendere, sto variando il movimento", IntervalloTimer,
                                       [this] { Timer1_Timer(); });
   if (!interpellato_) {
     throw RuntimeError(errors::Driver, "La finestra d'attesa è stata chiusa dal programma chiamante prima del tempo. "

@@ -26,11 +26,11 @@ void AnnotaGuasto(bool avviato) {
 
 void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
                      nexaro::XMLParser& risposta, const MsgAnnulla& messaggio) {
-  risposta.Started = false;
+  risposta.started = false;
   try {
-    activeServices().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
+    ActiveServices().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
   } catch (...) {
-    AnnotaGuasto(risposta.Started);
+    AnnotaGuasto(risposta.started);
     throw;
   }
   if (!SenzaSpaziAiLati(messaggio.Errore).empty()) {

@@ -45,11 +45,11 @@ std::string SenzaRighe() {
 
 ElenchiScadenze ComponiRichiestaScadenze(const std::vector<RigaScadenze>& righe, const std::string& completo) {
   ElenchiScadenze elenchi;
-  elenchi.chiamata = {stato().Azienda, "SCRIVISCADENZE", stato().TipoComando,
-                      activeServices().environment().CodicePostazione, completo};
+  elenchi.chiamata = {stato().azienda, "SCRIVISCADENZE", stato().tipoComando,
+                      ActiveServices().environment().CodicePostazione, completo};
   elenchi.chiamata.resize(LimiteSuperiore + 1);
-  elenchi.database = {stato().Azienda, "SCRIVISCADENZE", stato().ContoScadenze, stato().PartitaScadenze,
-                      stato().TipoComando};
+  elenchi.database = {stato().azienda, "SCRIVISCADENZE", stato().contoScadenze, stato().partitaScadenze,
+                      stato().tipoComando};
   std::size_t k = elenchi.database.size();
   elenchi.database.resize(LimiteSuperiore + 1);
   for (const RigaScadenze& riga : righe) {
@@ -76,8 +76,8 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   WriteLocalFile(nomi.locale, elenchi.contenuto);
   const auto messaggio = std::make_shared<MsgAnnulla>();
   const auto partita = std::make_shared<Partita>();
-  stato().Risposta = messaggio;
-  stato().RispostaPartita = partita;
+  stato().risposta = messaggio;
+  stato().rispostaPartita = partita;
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(elenchi.database));
   return ChiamataDiretta({stato().HostIP, nomi, elenchi.chiamata, elenchi.database}, partita->XMLParser, *messaggio);
 }

@@ -63,8 +63,8 @@ class Chiusura {
   Chiusura& operator=(const Chiusura&) = delete;
   ~Chiusura() {
     Prova([] {
-      activeServices().desktop().SetPointer(Pointer::Standard);
-      activeServices().desktop().RunPendingEvents();
+      ActiveServices().desktop().SetPointer(Pointer::Standard);
+      ActiveServices().desktop().RunPendingEvents();
     });
     if (nomi) {
       Prova([this] { DeleteLocalFile(nomi->locale); });
@@ -92,7 +92,7 @@ std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<Nomi
   parametri[0] = richiesta.azienda;
   parametri[1] = richiesta.nome;
   parametri[2] = richiesta.tipo;
-  parametri[3] = SenzaSpaziAiLati(activeServices().environment().CodicePostazione);
+  parametri[3] = SenzaSpaziAiLati(ActiveServices().environment().CodicePostazione);
   parametri[4] = nomi->Completo();
   WriteLocalFile(nomi->locale, richiesta.contenuto());
   return ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta.XMLParser, risposta);
@@ -101,11 +101,11 @@ std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<Nomi
 std::string Invia(const RichiestaRecord& richiesta) {
   stato().andamento.Comincia(richiesta.daControllare);
   const auto risposta = std::make_shared<MsgAnnulla>();
-  stato().Risposta = risposta;
+  stato().risposta = risposta;
   Chiusura chiusura;
   try {
-    activeServices().desktop().SetPointer(Pointer::Hourglass);
-    activeServices().desktop().RunPendingEvents();
+    ActiveServices().desktop().SetPointer(Pointer::Hourglass);
+    ActiveServices().desktop().RunPendingEvents();
     std::string risultato = InviaAlSuoTurno(richiesta, chiusura.nomi, *risposta);
     if (MaggioreDiSpazio(risposta->Messaggio)) {
       ShowBox(risposta->Messaggio);

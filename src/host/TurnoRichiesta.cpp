@@ -16,7 +16,7 @@ constexpr std::chrono::seconds AttesaSecondo{2};
 constexpr std::chrono::milliseconds Intervallo{5};
 
 std::string NomeBase(const std::string& postazione) {
-  const DateTime ora = activeServices().localTime();
+  const DateTime ora = ActiveServices().localTime();
   return postazione + ConZeri(ora.year, 4) + ConZeri(ora.month, 2) + ConZeri(ora.day, 2) + ConZeri(ora.hour, 2) +
          ConZeri(ora.minute, 2) + ConZeri(ora.second, 2);
 }
@@ -30,7 +30,7 @@ class Pazienza {
   ~Pazienza() {
     try {
       if (attesa_) {
-        activeServices().desktop().SetPointer(puntatore_);
+        ActiveServices().desktop().SetPointer(puntatore_);
       }
     } catch (...) { // NOLINT(bugprone-empty-catch): a pointer is no reason to fail
     }
@@ -39,9 +39,9 @@ class Pazienza {
   void Respira() {
     if (!attesa_) {
       attesa_ = true;
-      activeServices().desktop().SetPointer(Pointer::Hourglass);
+      ActiveServices().desktop().SetPointer(Pointer::Hourglass);
     }
-    activeServices().desktop().RunPendingEvents();
+    ActiveServices().desktop().RunPendingEvents();
   }
 
  private:
@@ -74,11 +74,11 @@ std::string NomeLibero(nexaro::ProcessLock& esclusione, const std::string& posta
 
 // Delegating: where the rest fails, the destructor lets go of what was taken.
 TurnoRichiesta::TurnoRichiesta(Pointer puntatore) : TurnoRichiesta() {
-  const nexaro::Environment& ambiente = activeServices().environment();
+  const nexaro::Environment& ambiente = ActiveServices().environment();
   const std::string postazione(SenzaSpaziAiLati(ambiente.CodicePostazione));
   std::string nome;
-  if (activeServices().processLock) {
-    auto& esclusione = activeServices().processLock();
+  if (ActiveServices().processLock) {
+    auto& esclusione = ActiveServices().processLock();
     Pazienza pazienza(puntatore);
     const bool atteso = esclusione.Wait(postazione, [&pazienza] { pazienza.Respira(); });
     esclusione_ = &esclusione;
@@ -91,7 +91,7 @@ TurnoRichiesta::TurnoRichiesta(Pointer puntatore) : TurnoRichiesta() {
 }
 
 NomiRichiesta TurnoRichiesta::NomiSenzaTurno() {
-  const nexaro::Environment& ambiente = activeServices().environment();
+  const nexaro::Environment& ambiente = ActiveServices().environment();
   const std::string nome = NomeBase(std::string(SenzaSpaziAiLati(ambiente.CodicePostazione)));
   return {ambiente.CartellaLocale + "/" + nome, "/tmp/" + nome};
 }

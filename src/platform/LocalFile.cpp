@@ -96,11 +96,11 @@ void RequirePath(std::string_view action, const std::string& path) {
 } // namespace
 
 void WriteLocalFile(const std::string& path, std::string_view content) {
-  constexpr mode_t isPrivate = S_IRUSR | S_IWUSR;
+  constexpr mode_t Private = S_IRUSR | S_IWUSR;
   RequirePath("creare", path);
   MakeRoom(path);
-  base::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, isPrivate));
-  if (file.Number() < 0 || ::fchmod(file.Number(), isPrivate) != 0) {
+  base::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, Private));
+  if (file.Number() < 0 || ::fchmod(file.Number(), Private) != 0) {
     Failed("creare", path, errno);
   }
   while (!content.empty()) {

@@ -4,16 +4,16 @@
 
 namespace lumoscad {
 
-Services& activeServices() {
+Services& ActiveServices() {
   static Services single;
   return single;
 }
 
 ReplacedServices::ReplacedServices(Services replacement)
-    : previous_(std::exchange(activeServices(), std::move(replacement))) {}
+    : previous_(std::exchange(ActiveServices(), std::move(replacement))) {}
 
 ReplacedServices::~ReplacedServices() {
-  activeServices() = std::move(previous_);
+  ActiveServices() = std::move(previous_);
 }
 
 } // namespace lumoscad

@@ -28,7 +28,7 @@ struct Services {
 };
 
 /// The one set of services of the process.
-[[nodiscard]] Services& activeServices();
+[[nodiscard]] Services& ActiveServices();
 
 /// Puts `replacement` in place for the life of the object.
 class ReplacedServices {

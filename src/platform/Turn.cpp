@@ -37,22 +37,22 @@ void InChild() noexcept {
   }
 }
 
-[[maybe_unused]] const int told = pthread_atfork(nullptr, nullptr, InChild);
+[[maybe_unused]] const int Told = pthread_atfork(nullptr, nullptr, InChild);
 
-bool HasTheWindows(Number who) noexcept {
-  const auto& request = activeServices().windowThread;
+bool OwnsTheWindows(Number who) noexcept {
+  const auto& request = ActiveServices().windowThread;
   const WindowThread where = request ? request() : WindowThread::None;
   if (where == WindowThread::Other) {
     return false;
   }
   Number theFirst = None;
-  const bool isFirst = first.compare_exchange_strong(theFirst, who) || theFirst == who;
-  return isFirst || where == WindowThread::ThisOne;
+  const bool cameFirst = first.compare_exchange_strong(theFirst, who) || theFirst == who;
+  return cameFirst || where == WindowThread::ThisOne;
 }
 
 Turn::Outcome Take(Turn::Who who) noexcept {
   const Number me = ThisThread();
-  if (who == Turn::Who::Command && !HasTheWindows(me)) {
+  if (who == Turn::Who::Command && !OwnsTheWindows(me)) {
     return Turn::Outcome::OtherThread;
   }
   Number holder = None;

@@ -12,7 +12,7 @@ class XMLParser {
   std::function<void(const xml::Nodo&)> Parse;
   /// Set by the link right before the start of the program is sent: what fails from then on leaves it open whether the
   /// program has done its work, unless the failure itself says more (`RuntimeError::Outcome`).
-  bool Started = false;
+  bool started = false;
 
   /// Raises `Parse` with `node`, when someone listens.
   void Consegna(const xml::Nodo& node) const {

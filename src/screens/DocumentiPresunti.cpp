@@ -36,13 +36,13 @@ class Lettura {
     riga.CodiceConto = Campo(conto_);
     riga.DescrizioneConto = Campo(descrizioneConto_);
     riga.documento = righe_.ValueAt(serie_) ? TestoDocumento(Serie(), Numero()) : std::string();
-    riga.DataConsegna = Campo(consegna_);
+    riga.dataConsegna = Campo(consegna_);
     riga.ConsegnaOrigine = Campo(origine_);
-    riga.Divisa = Campo(divisa_);
+    riga.divisa = Campo(divisa_);
     riga.importoDivisa = Importo(importoDivisa_);
     riga.importoEuro = Importo(importoEuro_);
-    riga.CodiceBanca = Campo(banca_);
-    riga.DescrizioneBanca = Campo(descrizioneBanca_);
+    riga.codiceBanca = Campo(banca_);
+    riga.descrizioneBanca = Campo(descrizioneBanca_);
     return riga;
   }
 
@@ -106,13 +106,13 @@ void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroP
     db2Searches::RicercaMovimenti movimenti(*connection, std::to_string(azienda), "N");
     for (const Lettura lettura(*righe); !righe->Eof(); righe->MoveNext()) {
       const RigaPresunto presunto = lettura.Riga();
-      RichiediData(presunto.CodiceConto, "DATACONSEGNA", presunto.DataConsegna);
+      RichiediData(presunto.CodiceConto, "DATACONSEGNA", presunto.dataConsegna);
       if (presunto.importoDivisa != "0,00") {
         const std::size_t riga = aggiungi(presunto);
         const auto chiave = movimenti.Cerca(lettura.Serie(), lettura.Numero());
         movimento(riga, "MOVIMENTO_" + std::to_string(chiave));
       }
-      activeServices().desktop().RunPendingEvents();
+      ActiveServices().desktop().RunPendingEvents();
     }
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErrore(CurrentError());

@@ -15,13 +15,13 @@ struct RigaPresunto {
   std::string_view CodiceConto;
   std::string_view DescrizioneConto;
   std::string documento;            ///< see `TestoDocumento`; empty for a document without series
-  std::string_view DataConsegna;    ///< "YYYY-MM-DD", empty for none
+  std::string_view dataConsegna;    ///< "YYYY-MM-DD", empty for none
   std::string_view ConsegnaOrigine; ///< the same
-  std::string_view Divisa;          ///< currency
+  std::string_view divisa;          ///< currency
   std::string importoDivisa;        ///< as shown
   std::string importoEuro;          ///< as shown
-  std::string_view CodiceBanca;     ///< empty for none
-  std::string_view DescrizioneBanca;
+  std::string_view codiceBanca;     ///< empty for none
+  std::string_view descrizioneBanca;
 };
 
 /// The text of a document: series, number, "/" and year, which are the last two characters of `numero`.

@@ -15,13 +15,13 @@ constexpr int TastoInvio = 13;
 } // namespace
 
 std::optional<std::size_t> Griglia::RigaInModifica() const {
-  if (!descrizione_.primaConChiave && rigaInModifica_ < Righe.Quante() &&
+  if (!descrizione_.primaConChiave && rigaInModifica_ < righe.Quante() &&
       ChiaveRiga(rigaInModifica_) == chiaveInModifica_) {
     return rigaInModifica_;
   }
-  for (std::size_t posto = 0; posto < Righe.Quante(); ++posto) {
-    if (ChiaveRiga(Righe.RigaAlPosto(posto)) == chiaveInModifica_) {
-      return Righe.RigaAlPosto(posto);
+  for (std::size_t posto = 0; posto < righe.Quante(); ++posto) {
+    if (ChiaveRiga(righe.RigaAlPosto(posto)) == chiaveInModifica_) {
+      return righe.RigaAlPosto(posto);
     }
   }
   return std::nullopt;
@@ -29,11 +29,11 @@ std::optional<std::size_t> Griglia::RigaInModifica() const {
 
 std::ptrdiff_t Griglia::PostoInModifica() const {
   const auto riga = RigaInModifica();
-  return riga ? static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*riga)) : -1;
+  return riga ? static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(*riga)) : -1;
 }
 
 void Griglia::NascondiSeScorre() {
-  if (Righe.Quante() > static_cast<std::size_t>(descrizione_.righeSenzaScorrere)) {
+  if (righe.Quante() > static_cast<std::size_t>(descrizione_.righeSenzaScorrere)) {
     NascondiBarrette();
   }
 }
@@ -51,7 +51,7 @@ void Griglia::ApriEditor(CellEditor& editor, std::size_t riga, int top, int left
   editor.left = left;
   editor.width = width;
   editor.visible = true;
-  editor.place = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(riga));
+  editor.place = static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga));
   rigaInModifica_ = riga;
   chiaveInModifica_ = ChiaveRiga(riga);
 }
@@ -63,7 +63,7 @@ void Griglia::InserisciScadenza(int top, int left, int width) {
   NascondiSeScorre();
   TogliBanca();
   if (const auto riga = RigaSelezionata()) {
-    stato_.data.text = Righe.Testo(*riga, descrizione_.data.colonna);
+    stato_.data.text = righe.Testo(*riga, descrizione_.data.colonna);
     ApriEditor(stato_.data, *riga, top, left, width);
   }
 }
@@ -81,7 +81,7 @@ void Griglia::TogliScadenza() {
   const bool scritta = data.senza == SenzaData::Presente ? MaggioreDiSpazio(testo) : !testo.empty();
   const std::string nuova = scritta ? Utilities::ControllaData(testo) : std::string();
   if (const auto riga = RigaInModifica()) {
-    Righe.ImpostaTesto(*riga, data.colonna, scritta ? nuova : DataTolta(*riga));
+    righe.ImpostaTesto(*riga, data.colonna, scritta ? nuova : DataTolta(*riga));
     Cambiata();
   }
 }
@@ -116,7 +116,7 @@ void Griglia::InserisciBanca(int top, int left, int width) {
   TogliScadenza();
   TogliBanca();
   if (const auto riga = RigaSelezionata()) {
-    stato_.bank.index = TrovaRigaBanca(cmbBanche2.voci, Righe.Testo(*riga, descrizione_.banca.colonna));
+    stato_.bank.index = TrovaRigaBanca(cmbBanche2.voci, righe.Testo(*riga, descrizione_.banca.colonna));
     ApriEditor(stato_.bank, *riga, top, left, width);
   }
 }
@@ -131,7 +131,7 @@ void Griglia::TogliBanca() {
   const bool conTesto =
       indice >= 0 && static_cast<std::size_t>(indice) < voci.size() && !voci[static_cast<std::size_t>(indice)].empty();
   if (const auto riga = conTesto ? RigaInModifica() : std::nullopt) {
-    Righe.ImpostaSpunta(*riga, descrizione_.banca.spunta, true);
+    righe.ImpostaSpunta(*riga, descrizione_.banca.spunta, true);
     AssegnaBanca(*riga, indice, descrizione_.banca.codiciInAlto ? cmbBanche : cmbBanche2);
     Cambiata();
   }

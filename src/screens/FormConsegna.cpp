@@ -59,7 +59,7 @@ void FormConsegna::ResizeConsegna() {
 
 void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
-  griglia_.Modo = ModoConsegna;
+  griglia_.modo = ModoConsegna;
   MsgAnnulla msg;
   variazioni.clear();
   griglia_.Azzera();
@@ -75,25 +75,25 @@ void FormConsegna::elaboraConsegna(std::string_view parAzienda, const procedureL
 void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                MsgAnnulla& msg) {
   griglia_.Tag.clear();
-  griglia_.Righe.Svuota();
+  griglia_.righe.Svuota();
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
         RichiediData(r.CodiceConto, "DATACONSEGNAORIGINE", r.ConsegnaOrigine);
-        const std::string consegna = Utilities::FormattaData(r.DataConsegna);
-        const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);
-        const std::size_t riga = griglia_.Righe.Aggiungi(
-            {r.DescrizioneConto, r.documento, consegna, r.Divisa, r.importoDivisa, r.importoEuro, "", "", ordina});
-        griglia_.Righe.ImpostaTag(riga, Conto, r.CodiceConto);
-        griglia_.Righe.ImpostaTag(riga, ConsegnaPrevista, Utilities::FormattaData(r.ConsegnaOrigine));
+        const std::string consegna = Utilities::FormattaData(r.dataConsegna);
+        const std::string ordina = Utilities::FormattaDataOrdine(r.dataConsegna);
+        const std::size_t riga = griglia_.righe.Aggiungi(
+            {r.DescrizioneConto, r.documento, consegna, r.divisa, r.importoDivisa, r.importoEuro, "", "", ordina});
+        griglia_.righe.ImpostaTag(riga, Conto, r.CodiceConto);
+        griglia_.righe.ImpostaTag(riga, ConsegnaPrevista, Utilities::FormattaData(r.ConsegnaOrigine));
         return riga;
       },
-      [this](std::size_t riga, std::string_view tag) { griglia_.Righe.ImpostaTag(riga, Ordine, tag); });
+      [this](std::size_t riga, std::string_view tag) { griglia_.righe.ImpostaTag(riga, Ordine, tag); });
   griglia_.Tag = ModoConsegna;
 }
 
 std::string FormConsegna::ChiaveElemento(std::size_t riga) const {
-  const RigheGriglia& righe = griglia_.Righe;
+  const RigheGriglia& righe = griglia_.righe;
   std::string chiave = "K_";
   chiave.append(righe.Tag(riga, Conto)).append("_").append(righe.Testo(riga, Ordine)).append("_");
   return chiave.append(righe.Testo(riga, ConsegnaPrevista)).append("_").append(righe.Testo(riga, Divisa));
@@ -109,7 +109,7 @@ void FormConsegna::LeggiVariazioni(VariazioniConsegna& variazioni) const {
 }
 
 bool FormConsegna::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const {
-  const RigheGriglia& righe = griglia_.Righe;
+  const RigheGriglia& righe = griglia_.righe;
   const std::string_view consegna = righe.Testo(riga, ConsegnaPrevista);
   const std::string_view nuova = righe.Testo(riga, NuovaConsegna);
   // A date that was refused leaves a blank behind, which is no change.

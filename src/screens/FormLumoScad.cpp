@@ -60,7 +60,7 @@ void FormLumoScad::Svuota() {
 }
 
 void FormLumoScad::Aggiungi(std::string_view scadenza, std::string_view originale, std::string_view importo) {
-  griglia_.Righe.Aggiungi({"", scadenza, originale, importo, ""});
+  griglia_.righe.Aggiungi({"", scadenza, originale, importo, ""});
 }
 
 std::string FormLumoScad::VisualizzaScad() {
@@ -72,8 +72,8 @@ std::string FormLumoScad::VisualizzaExtra() {
 }
 
 std::string FormLumoScad::Visualizza(std::string_view modo) {
-  griglia_.Modo = modo;
-  griglia_.Titolo = modo == ModoScad ? "LumoScad - Scadenze della partita" : "LumoScad - Scadenze extra";
+  griglia_.modo = modo;
+  griglia_.titolo = modo == ModoScad ? "LumoScad - Scadenze della partita" : "LumoScad - Scadenze extra";
   risultato_.clear();
   confermaDopo_ = false;
   descrizione_.description = {{{"LabelPartita", "Partita:"}, {"LabelDescPartita", LabelDescPartita}},
@@ -83,7 +83,7 @@ std::string FormLumoScad::Visualizza(std::string_view modo) {
   finestra_.descriptionVisible = modo == ModoScad;
   ResizeScad();
   griglia_.Prepara();
-  activeServices().desktop().ShowSingleItem(*this);
+  ActiveServices().desktop().ShowSingleItem(*this);
   if (!griglia_.Confermata()) {
     risultato_ = griglia_.MotivoChiusura();
   }
@@ -113,7 +113,7 @@ void FormLumoScad::PicSelezionaTutto_Click() {
     return;
   }
   selezionaTutto_ = !selezionaTutto_;
-  for (std::size_t riga = 0; riga < griglia_.Righe.Quante(); ++riga) {
+  for (std::size_t riga = 0; riga < griglia_.righe.Quante(); ++riga) {
     griglia_.SpuntaCasella(riga, selezionaTutto_);
   }
   // The text tells what was done last, not what the next click will do.
@@ -122,7 +122,7 @@ void FormLumoScad::PicSelezionaTutto_Click() {
 
 void FormLumoScad::PictureOk_Click() {
   TogliTextScad();
-  if (stato().DemoPresunti) {
+  if (stato().demoPresunti) {
     confermaDopo_ = true;
   } else {
     risultato_ = EseguiConferma();

@@ -42,7 +42,7 @@ class FormLumoScad final : public SingleItemWindow {
   [[nodiscard]] std::string VisualizzaScad();
   [[nodiscard]] std::string VisualizzaExtra();
 
-  [[nodiscard]] const std::string& Modo() const noexcept { return griglia_.Modo; } ///< "Scad" or "Extra"
+  [[nodiscard]] const std::string& Modo() const noexcept { return griglia_.modo; } ///< "Scad" or "Extra"
   [[nodiscard]] bool SelezionaTutto() const noexcept { return selezionaTutto_; }
   /// "closed" when the window was left without confirming.
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }

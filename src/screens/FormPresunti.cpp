@@ -62,7 +62,7 @@ void FormPresunti::ResizePresunti() {
 
 void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                    VariazioniConsegna& variazioni) {
-  griglia_.Modo = ModoPresunti;
+  griglia_.modo = ModoPresunti;
   MsgAnnulla msg;
   variazioni.clear();
   griglia_.Azzera();
@@ -80,24 +80,24 @@ void FormPresunti::elaboraPresunti(std::string_view parAzienda, const procedureL
 void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
                                MsgAnnulla& msg) {
   griglia_.Tag.clear();
-  griglia_.Righe.Svuota();
+  griglia_.righe.Svuota();
   CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
-        const std::string consegna = Utilities::FormattaDataBreve(r.DataConsegna);
-        const std::string ordina = Utilities::FormattaDataOrdine(r.DataConsegna);
-        const std::size_t riga = griglia_.Righe.Aggiungi(
-            {r.DescrizioneConto, r.documento, consegna, r.Divisa, r.importoDivisa, r.DescrizioneBanca, "", "", ordina});
-        griglia_.Righe.ImpostaTag(riga, Conto, r.CodiceConto);
-        griglia_.Righe.ImpostaTag(riga, Banca, r.CodiceBanca);
+        const std::string consegna = Utilities::FormattaDataBreve(r.dataConsegna);
+        const std::string ordina = Utilities::FormattaDataOrdine(r.dataConsegna);
+        const std::size_t riga = griglia_.righe.Aggiungi(
+            {r.DescrizioneConto, r.documento, consegna, r.divisa, r.importoDivisa, r.descrizioneBanca, "", "", ordina});
+        griglia_.righe.ImpostaTag(riga, Conto, r.CodiceConto);
+        griglia_.righe.ImpostaTag(riga, Banca, r.codiceBanca);
         return riga;
       },
-      [this](std::size_t riga, std::string_view tag) { griglia_.Righe.ImpostaTag(riga, ConsegnaPrevista, tag); });
+      [this](std::size_t riga, std::string_view tag) { griglia_.righe.ImpostaTag(riga, ConsegnaPrevista, tag); });
   griglia_.Tag = ModoPresunti;
 }
 
 std::string FormPresunti::ChiaveElemento(std::size_t riga) const {
-  const RigheGriglia& righe = griglia_.Righe;
+  const RigheGriglia& righe = griglia_.righe;
   std::string chiave = "K_";
   chiave.append(righe.Tag(riga, Conto)).append("_").append(righe.Testo(riga, Ordine)).append("_");
   chiave.append(righe.Testo(riga, ConsegnaPrevista)).append("_").append(righe.Testo(riga, Divisa)).append("_");
@@ -111,14 +111,14 @@ void FormPresunti::LeggiVariazioni(VariazioniConsegna& variazioni) const {
   for (const std::size_t riga : griglia_.RigheConfermate()) {
     VariazioneConsegna variazione;
     if (LeggiVariazione(riga, variazione) &&
-        documenti.emplace(SenzaSpaziAiLati(griglia_.Righe.Testo(riga, Ordine))).second) {
+        documenti.emplace(SenzaSpaziAiLati(griglia_.righe.Testo(riga, Ordine))).second) {
       variazioni.push_back(std::move(variazione));
     }
   }
 }
 
 bool FormPresunti::LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const {
-  const RigheGriglia& righe = griglia_.Righe;
+  const RigheGriglia& righe = griglia_.righe;
   const std::string_view nuova = righe.Tag(riga, NuovaBanca);
   const std::string_view banca = righe.Tag(riga, Banca);
   if (nuova.empty() || nuova == banca || (nuova == Nullo && banca.empty())) {

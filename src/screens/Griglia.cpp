@@ -30,15 +30,15 @@ class Tendina {
 } // namespace
 
 Griglia::Griglia(DescrizioneGriglia descrizione)
-    : Righe(descrizione.colonne.size(), descrizione.colonneConTag), Titolo(descrizione.titolo),
+    : righe(descrizione.colonne.size(), descrizione.colonneConTag), titolo(descrizione.titolo),
       descrizione_(std::move(descrizione)) {
   MisuraColonne({});
 }
 
 void Griglia::Azzera() {
-  Righe.Svuota();
+  righe.Svuota();
   Tag.clear();
-  Etichette.clear();
+  etichette.clear();
   const auto ordine = stato_.order + 1;
   stato_ = {};
   stato_.order = ordine;
@@ -74,7 +74,7 @@ void Griglia::Resize(const std::vector<int>& nascoste) {
   stato_.listLeft = SinistraLista + SinistraLista;
   stato_.listWidth = SinistraColonna(colonne) + MargineLista;
   stato_.pictureWidth = SinistraColonna(colonne) + MargineQuadro;
-  stato_.listHeight = static_cast<int>(std::min(Righe.Quante(), senzaScorrere)) * AltezzaRiga;
+  stato_.listHeight = static_cast<int>(std::min(righe.Quante(), senzaScorrere)) * AltezzaRiga;
   stato_.ascending = true;
   for (const TestataGriglia& testata : descrizione_.testate) {
     if (testata.colonnaOrdine == 0) {
@@ -82,7 +82,7 @@ void Griglia::Resize(const std::vector<int>& nascoste) {
       Ordina(0);
     }
   }
-  stato_.selected = Righe.Quante() > 0 ? 0 : -1;
+  stato_.selected = righe.Quante() > 0 ? 0 : -1;
 }
 
 void Griglia::Prepara() {
@@ -93,7 +93,7 @@ void Griglia::Prepara() {
   confermata_ = false;
   finestra_ = {};
   finestra_.name = descrizione_.nome;
-  finestra_.title = Titolo;
+  finestra_.title = titolo;
   finestra_.listName = descrizione_.nomeLista;
   finestra_.fontName = descrizione_.carattere;
   finestra_.headingFont = descrizione_.carattereTestate;
@@ -103,7 +103,7 @@ void Griglia::Prepara() {
     finestra_.columns[colonna].width = larghezze_[colonna];
   }
   finestra_.headings = testate_;
-  finestra_.labels = Etichette;
+  finestra_.labels = etichette;
   if (descrizione_.data.colonna >= 0 && Larghezza(descrizione_.data.colonna) > 0) {
     finestra_.dateField = descrizione_.campoData;
   }
@@ -115,15 +115,15 @@ void Griglia::Prepara() {
 void Griglia::Mostra() {
   Prepara();
   const Tendina tendina(tendina_);
-  activeServices().desktop().ShowList(*this);
+  ActiveServices().desktop().ShowList(*this);
 }
 
 std::string_view Griglia::CellText(std::size_t posto, int colonna) const {
-  return Righe.Testo(Righe.RigaAlPosto(posto), colonna);
+  return righe.Testo(righe.RigaAlPosto(posto), colonna);
 }
 
 bool Griglia::Ticked(std::size_t posto, int colonna) const {
-  return Righe.Spuntata(Righe.RigaAlPosto(posto), colonna == descrizione_.colonnaSpunta2 ? 1 : 0);
+  return righe.Spuntata(righe.RigaAlPosto(posto), colonna == descrizione_.colonnaSpunta2 ? 1 : 0);
 }
 
 void Griglia::SetDropDown(DropDown dropDown) {
@@ -139,16 +139,16 @@ void Griglia::ShowComboDropdown(std::string_view combo, bool show) const {
 std::string Griglia::ChiaveRiga(std::size_t riga) const {
   std::string chiave;
   for (int colonna = 0; colonna < descrizione_.colonneChiave; ++colonna) {
-    chiave += Righe.Testo(riga, colonna);
+    chiave += righe.Testo(riga, colonna);
   }
   return chiave;
 }
 
 std::optional<std::size_t> Griglia::RigaSelezionata() const {
-  if (stato_.selected < 0 || static_cast<std::size_t>(stato_.selected) >= Righe.Quante()) {
+  if (stato_.selected < 0 || static_cast<std::size_t>(stato_.selected) >= righe.Quante()) {
     return std::nullopt;
   }
-  return Righe.RigaAlPosto(static_cast<std::size_t>(stato_.selected));
+  return righe.RigaAlPosto(static_cast<std::size_t>(stato_.selected));
 }
 
 int Griglia::SinistraColonna(int colonna) const {
@@ -172,7 +172,7 @@ int Griglia::TrovaCoordinate(int x) const {
 }
 
 void Griglia::Seleziona(std::ptrdiff_t posto) {
-  const bool valido = posto >= 0 && static_cast<std::size_t>(posto) < Righe.Quante();
+  const bool valido = posto >= 0 && static_cast<std::size_t>(posto) < righe.Quante();
   stato_.selected = valido ? posto : -1;
 }
 
@@ -184,8 +184,8 @@ void Griglia::LVScadenze_MouseDown(int x, int y) {
 void Griglia::LVScadenze_ItemCheck(std::size_t posto) {
   saltaClic_ = true;
   if (descrizione_.caselle) {
-    const std::size_t riga = Righe.RigaAlPosto(posto);
-    SpuntaCasella(riga, !Righe.Spuntata(riga, 0));
+    const std::size_t riga = righe.RigaAlPosto(posto);
+    SpuntaCasella(riga, !righe.Spuntata(riga, 0));
   } else {
     Seleziona(static_cast<std::ptrdiff_t>(posto));
     Cambiata();
@@ -234,9 +234,9 @@ void Griglia::TLwTestata_Click(int indice) {
 void Griglia::Ordina(int colonna) {
   const auto selezionata = RigaSelezionata();
   colonnaOrdine_ = colonna;
-  Righe.Ordina(colonna, stato_.ascending);
+  righe.Ordina(colonna, stato_.ascending);
   if (selezionata) {
-    stato_.selected = static_cast<std::ptrdiff_t>(Righe.PostoDellaRiga(*selezionata));
+    stato_.selected = static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(*selezionata));
   }
   // The selection may be elsewhere: an open editor stays with the row on which it was opened.
   for (CellEditor* editor : {&stato_.data, &stato_.bank}) {
@@ -254,11 +254,11 @@ void Griglia::PictureOk_Click() {
 }
 
 std::vector<std::size_t> Griglia::RigheConfermate() const {
-  std::vector<std::size_t> righe(confermata_ && Modificabile() ? Righe.Quante() : 0);
-  for (std::size_t posto = 0; posto < righe.size(); ++posto) {
-    righe[posto] = Righe.RigaAlPosto(posto);
+  std::vector<std::size_t> confermate(confermata_ && Modificabile() ? righe.Quante() : 0);
+  for (std::size_t posto = 0; posto < confermate.size(); ++posto) {
+    confermate[posto] = righe.RigaAlPosto(posto);
   }
-  return righe;
+  return confermate;
 }
 
 void Griglia::PictureAnnulla_Click() {

@@ -23,13 +23,13 @@ class Griglia final : public ListWindow {
   Griglia& operator=(const Griglia&) = delete;
   ~Griglia() override = default;
 
-  RigheGriglia Righe;
+  RigheGriglia righe;
   BancheCombo cmbBanche;  ///< the top bank field
   BancheCombo cmbBanche2; ///< the in-place bank editor
-  std::string Titolo;     ///< the window's title, at first the description's
+  std::string titolo;     ///< the window's title, at first the description's
   std::string Tag;        ///< the list's own: what it lists; empty while its rows are being loaded
-  std::string Modo;       ///< what the screen is being used for, for instance "DEBITI/CREDITI"
-  std::vector<ListLabel> Etichette;
+  std::string modo;       ///< what the screen is being used for, for instance "DEBITI/CREDITI"
+  std::vector<ListLabel> etichette;
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
@@ -75,7 +75,7 @@ class Griglia final : public ListWindow {
 
   [[nodiscard]] const ListDescription& Description() const override { return finestra_; }
   [[nodiscard]] const ListState& Stato() const override { return stato_; }
-  [[nodiscard]] std::size_t RowCount() const override { return Righe.Quante(); }
+  [[nodiscard]] std::size_t RowCount() const override { return righe.Quante(); }
   [[nodiscard]] std::string_view CellText(std::size_t posto, int colonna) const override;
   [[nodiscard]] bool Ticked(std::size_t posto, int colonna) const override;
   void SetDropDown(DropDown dropDown) override;

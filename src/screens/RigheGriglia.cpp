@@ -155,12 +155,12 @@ std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti
     std::pair<std::uint64_t, std::uint64_t> inizio;
     std::uint32_t numero;
   };
-  constexpr auto nessuno = std::numeric_limits<std::uint32_t>::max();
-  std::vector<std::uint32_t> rango(testi_.Quanti(), nessuno);
+  constexpr auto Nessuno = std::numeric_limits<std::uint32_t>::max();
+  std::vector<std::uint32_t> rango(testi_.Quanti(), Nessuno);
   std::vector<Chiave> chiavi;
   for (std::size_t riga = 0; riga < ordine_.size(); ++riga) {
     const std::uint32_t numero = celle_[riga * colonne_ + static_cast<std::size_t>(colonna)];
-    if (rango[numero] == nessuno) {
+    if (rango[numero] == Nessuno) {
       rango[numero] = 0;
       chiavi.push_back({Inizio(testi_.Testo(numero)), numero});
     }

@@ -11,7 +11,7 @@ int Griglia::QualeSpunta(std::string_view chiave) const {
 }
 
 std::string_view Griglia::TestoPresente(std::size_t riga, int colonna) const {
-  return Righe.Testo(riga, descrizione_.colonne[static_cast<std::size_t>(colonna)].present);
+  return righe.Testo(riga, descrizione_.colonne[static_cast<std::size_t>(colonna)].present);
 }
 
 void Griglia::CambiaCheck(std::string_view chiave) {
@@ -20,7 +20,7 @@ void Griglia::CambiaCheck(std::string_view chiave) {
     return;
   }
   const int quale = QualeSpunta(chiave);
-  const bool spunta = !Righe.Spuntata(*riga, quale);
+  const bool spunta = !righe.Spuntata(*riga, quale);
   if (quale == descrizione_.banca.spunta) {
     SpuntaBanca(*riga, spunta);
   } else {
@@ -33,8 +33,8 @@ void Griglia::DeselezionaTutto(std::string_view chiave) {
   if (!Modificabile()) {
     return;
   }
-  for (std::size_t riga = 0; riga < Righe.Quante(); ++riga) {
-    Righe.ImpostaSpunta(riga, QualeSpunta(chiave), false);
+  for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+    righe.ImpostaSpunta(riga, QualeSpunta(chiave), false);
   }
   Cambiata();
 }
@@ -42,8 +42,8 @@ void Griglia::DeselezionaTutto(std::string_view chiave) {
 void Griglia::SpuntaData(std::size_t riga, bool spunta) {
   const NuovaDataGriglia& data = descrizione_.data;
   if (!spunta) {
-    Righe.ImpostaTesto(riga, data.colonna, DataTolta(riga));
-    Righe.ImpostaSpunta(riga, 0, false);
+    righe.ImpostaTesto(riga, data.colonna, DataTolta(riga));
+    righe.ImpostaSpunta(riga, 0, false);
     return;
   }
   if (MaggioreDiSpazio(stato_.dueDateText)) {
@@ -52,8 +52,8 @@ void Griglia::SpuntaData(std::size_t riga, bool spunta) {
   if (data.soloConData && !MaggioreDiSpazio(stato_.dueDateText)) {
     return;
   }
-  Righe.ImpostaTesto(riga, data.colonna, stato_.dueDateText);
-  Righe.ImpostaSpunta(riga, 0, true);
+  righe.ImpostaTesto(riga, data.colonna, stato_.dueDateText);
+  righe.ImpostaSpunta(riga, 0, true);
 }
 
 std::string_view Griglia::DataTolta(std::size_t riga) const {
@@ -62,12 +62,12 @@ std::string_view Griglia::DataTolta(std::size_t riga) const {
 }
 
 void Griglia::SpuntaCasella(std::size_t riga, bool spuntata) {
-  Righe.ImpostaSpunta(riga, 0, spuntata);
+  righe.ImpostaSpunta(riga, 0, spuntata);
   std::string nuova;
   if (MaggioreDiSpazio(stato_.dueDateText)) {
     nuova = Utilities::ControllaData(stato_.dueDateText);
   }
-  Righe.ImpostaTesto(riga, descrizione_.data.colonna, spuntata ? nuova : std::string());
+  righe.ImpostaTesto(riga, descrizione_.data.colonna, spuntata ? nuova : std::string());
   Cambiata();
 }
 
@@ -98,7 +98,7 @@ void Griglia::cmbBanche_Click(int indice) {
   if (!Modificabile()) {
     return;
   }
-  if (!descrizione_.banca.modoSpunte.empty() && Modo == descrizione_.banca.modoSpunte) {
+  if (!descrizione_.banca.modoSpunte.empty() && modo == descrizione_.banca.modoSpunte) {
     Form_Click();
     DeselezionaTutto("RADIO2");
   } else if (const auto riga = RigaSelezionata()) {
@@ -111,18 +111,18 @@ void Griglia::SpuntaBanca(std::size_t riga, bool spunta) {
   const int quale = descrizione_.banca.spunta;
   if (spunta) {
     AssegnaBanca(riga, stato_.bankIndex, cmbBanche);
-    Righe.ImpostaSpunta(riga, quale, true);
+    righe.ImpostaSpunta(riga, quale, true);
     return;
   }
   for (const std::size_t altra : RigheDelGruppo(riga)) {
     ScriviBanca(altra, "", BancaTolta(altra));
-    Righe.ImpostaSpunta(altra, quale, false);
+    righe.ImpostaSpunta(altra, quale, false);
   }
 }
 
 void Griglia::AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo) {
   const NuovaBancaGriglia& banca = descrizione_.banca;
-  if (banca.colonna < 0 || (!banca.modoAssegna.empty() && Modo != banca.modoAssegna)) {
+  if (banca.colonna < 0 || (!banca.modoAssegna.empty() && modo != banca.modoAssegna)) {
     return;
   }
   std::string codice(Nullo);
@@ -143,8 +143,8 @@ void Griglia::AssegnaBanca(std::size_t riga, int indice, const BancheCombo& comb
 bool Griglia::NienteDaTogliere(std::size_t riga) const {
   const NuovaBancaGriglia& banca = descrizione_.banca;
   return banca.gruppo >= 0
-             ? Righe.Testo(riga, banca.gruppo).empty()
-             : Righe.Tag(riga, descrizione_.colonne[static_cast<std::size_t>(banca.colonna)].present).empty();
+             ? righe.Testo(riga, banca.gruppo).empty()
+             : righe.Tag(riga, descrizione_.colonne[static_cast<std::size_t>(banca.colonna)].present).empty();
 }
 
 std::string_view Griglia::BancaTolta(std::size_t riga) const {
@@ -152,8 +152,8 @@ std::string_view Griglia::BancaTolta(std::size_t riga) const {
 }
 
 void Griglia::ScriviBanca(std::size_t riga, std::string_view codice, std::string_view testo) {
-  Righe.ImpostaTag(riga, descrizione_.banca.colonna, codice);
-  Righe.ImpostaTesto(riga, descrizione_.banca.colonna, testo);
+  righe.ImpostaTag(riga, descrizione_.banca.colonna, codice);
+  righe.ImpostaTesto(riga, descrizione_.banca.colonna, testo);
 }
 
 std::vector<std::size_t> Griglia::RigheDelGruppo(std::size_t riga) const {
@@ -161,14 +161,14 @@ std::vector<std::size_t> Griglia::RigheDelGruppo(std::size_t riga) const {
   if (gruppo < 0) {
     return {riga};
   }
-  std::vector<std::size_t> righe;
-  const std::string_view testo = Righe.Testo(riga, gruppo);
-  for (std::size_t altra = 0; altra < Righe.Quante(); ++altra) {
-    if (Righe.Testo(altra, gruppo) == testo) {
-      righe.push_back(altra);
+  std::vector<std::size_t> delGruppo;
+  const std::string_view testo = righe.Testo(riga, gruppo);
+  for (std::size_t altra = 0; altra < righe.Quante(); ++altra) {
+    if (righe.Testo(altra, gruppo) == testo) {
+      delGruppo.push_back(altra);
     }
   }
-  return righe;
+  return delGruppo;
 }
 
 } // namespace lumoscad

@@ -65,9 +65,9 @@ struct RigaScadenza {
   std::string_view idPartita;
   std::string_view DataScadenza; ///< "YYYY-MM-DD"
   std::string_view NumeroRata;
-  std::string_view CodiceBanca;
-  std::string_view DataScadenzaOriginale; ///< the same
-  std::string_view DescrizioneBanca;
+  std::string_view codiceBanca;
+  std::string_view dataScadenzaOriginale; ///< the same
+  std::string_view descrizioneBanca;
   std::string_view Importo; ///< as the database writes it
 };
 
@@ -90,9 +90,9 @@ class Lettura {
     riga.idPartita = Campo(partita_);
     riga.DataScadenza = Campo(scadenza_);
     riga.NumeroRata = Campo(rata_);
-    riga.CodiceBanca = Campo(banca_);
-    riga.DataScadenzaOriginale = Campo(originale_);
-    riga.DescrizioneBanca = Campo(descrizioneBanca_);
+    riga.codiceBanca = Campo(banca_);
+    riga.dataScadenzaOriginale = Campo(originale_);
+    riga.descrizioneBanca = Campo(descrizioneBanca_);
     riga.Importo = Campo(importo_);
     return riga;
   }
@@ -116,7 +116,7 @@ class Lettura {
 } // namespace
 
 frmLumoScadenzeBanche::frmLumoScadenzeBanche() : griglia_(Descrizione()) {
-  griglia_.Modo = ModoDebitiCrediti;
+  griglia_.modo = ModoDebitiCrediti;
 }
 
 void frmLumoScadenzeBanche::ResizeScadBanche() {
@@ -133,16 +133,16 @@ void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda
   MsgAnnulla msg;
   variazioni.clear();
   griglia_.Azzera();
-  griglia_.Titolo =
+  griglia_.titolo =
       "LumoScad - Scadenze e banche dei " + std::string(filtro.parModalita == "DEBITI" ? "fornitori" : "clienti");
-  griglia_.Etichette = {{"lblClienteFornitore", ""},
+  griglia_.etichette = {{"lblClienteFornitore", ""},
                         {"lblClienteFornitoreValue", ""},
                         {"lblPartitaMovimento", ""},
                         {"lblPartitaMovimentoValue", ""}};
   griglia_.cmbBanche = CaricaBanche(msg, CodiceRipetuto::Errore);
   griglia_.cmbBanche2 = CaricaBanche(msg, CodiceRipetuto::Errore);
   elaboraCreditiDebiti(parAzienda, filtro, msg);
-  if (griglia_.Modo == ModoDebitiCrediti) {
+  if (griglia_.modo == ModoDebitiCrediti) {
     ResizeScadBanche();
   } else {
     ResizeScadBanchePresunti();
@@ -172,34 +172,34 @@ void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
   for (const Lettura lettura(righe); !righe.Eof(); righe.MoveNext()) {
     const RigaScadenza letta = lettura.Riga();
     RichiediData(letta.CodiceConto, "DATASCADENZA", letta.DataScadenza);
-    RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.DataScadenzaOriginale);
+    RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.dataScadenzaOriginale);
     const std::string importo = letta.Importo.empty() ? std::string() : Utilities::FormattaImporto(letta.Importo);
-    activeServices().desktop().RunPendingEvents();
+    ActiveServices().desktop().RunPendingEvents();
     if (importo == "0,00") {
       continue;
     }
     const std::string scadenza = Utilities::FormattaData(letta.DataScadenza);
-    const std::string originale = Utilities::FormattaData(letta.DataScadenzaOriginale);
+    const std::string originale = Utilities::FormattaData(letta.dataScadenzaOriginale);
     const std::string ordina = Utilities::FormattaDataOrdine(letta.DataScadenza);
     testi[Conto] = letta.DescrizioneConto;
     testi[Partita] = letta.NumeroPartita;
     testi[Scadenza] = scadenza;
     testi[ScadenzaOrig] = originale;
-    testi[Banca] = letta.DescrizioneBanca;
+    testi[Banca] = letta.descrizioneBanca;
     testi[Importo] = importo;
     testi[NuovaScadenza] = scadenza;
     testi[NumeroRata] = letta.NumeroRata;
-    testi[NuovaBanca] = letta.DescrizioneBanca;
+    testi[NuovaBanca] = letta.descrizioneBanca;
     testi[ScadenzaOrdinaData] = ordina;
-    const std::size_t riga = griglia_.Righe.Aggiungi(testi);
-    griglia_.Righe.ImpostaTag(riga, Conto, letta.CodiceConto);
-    griglia_.Righe.ImpostaTag(riga, Partita, letta.idPartita);
-    griglia_.Righe.ImpostaTag(riga, Banca, letta.CodiceBanca);
+    const std::size_t riga = griglia_.righe.Aggiungi(testi);
+    griglia_.righe.ImpostaTag(riga, Conto, letta.CodiceConto);
+    griglia_.righe.ImpostaTag(riga, Partita, letta.idPartita);
+    griglia_.righe.ImpostaTag(riga, Banca, letta.codiceBanca);
   }
 }
 
 std::string frmLumoScadenzeBanche::ChiaveElemento(std::size_t riga) const {
-  const RigheGriglia& righe = griglia_.Righe;
+  const RigheGriglia& righe = griglia_.righe;
   std::string chiave = "K_";
   chiave.append(righe.Tag(riga, Conto)).append("_").append(righe.Testo(riga, Partita)).append("_");
   chiave.append(righe.Testo(riga, Scadenza)).append(righe.Testo(riga, NumeroRata));
@@ -217,7 +217,7 @@ void frmLumoScadenzeBanche::LeggiVariazioni(VariazioniCanalizzazione& variazioni
 }
 
 bool frmLumoScadenzeBanche::LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const {
-  const RigheGriglia& righe = griglia_.Righe;
+  const RigheGriglia& righe = griglia_.righe;
   const auto oNullo = [](std::string_view testo) { return std::string(testo.empty() ? Nullo : testo); };
   const std::string_view nuovaBanca = righe.Tag(riga, NuovaBanca);
   const std::string_view banca = righe.Tag(riga, Banca);

@@ -74,7 +74,7 @@ void HostOsservato::EseguiProgramma(std::string_view host, std::string_view prog
     try {
       vero_->EseguiProgramma(host, programma, parametri, ascolto);
     } catch (...) {
-      risposta.Started = ascolto.Started;
+      risposta.started = ascolto.started;
       throw;
     }
   });

@@ -37,8 +37,8 @@ class FileOdbc {
   }
 
   static const FileOdbc& Unici() {
-    static const FileOdbc unici;
-    return unici;
+    static const FileOdbc Unici;
+    return Unici;
   }
 
  private:
@@ -173,7 +173,7 @@ long Iniezione::Chiamate(const std::string& genere) {
   Ripristina();
   const Foglio foglio(sistema_.Base() / "iniezione");
   Sistema::Lancio lancio{Terminale, {bersaglio_.comando}};
-  lancio.ambiente = {"LD_PRELOAD=" + test::libraryPath("iniettore").string(), "LUMOSCAD_INIEZIONE=" + genere + ":0",
+  lancio.ambiente = {"LD_PRELOAD=" + test::LibraryPath("iniettore").string(), "LUMOSCAD_INIEZIONE=" + genere + ":0",
                      "LUMOSCAD_INIEZIONE_FILE=" + foglio.Percorso().string()};
   static_cast<void>(sistema_.Avvia(lancio).Attendi());
   foglio.Leggi(pagina);
@@ -198,7 +198,7 @@ Prova Iniezione::A(const std::string& genere, long numero) {
 Prova Iniezione::Esegui(const std::string& genere, long numero) {
   const Foglio foglio(sistema_.Base() / "iniezione");
   Sistema::Lancio lancio{Terminale, {bersaglio_.comando, "-T TEST"}};
-  lancio.ambiente = {"LD_PRELOAD=" + test::libraryPath("iniettore").string(),
+  lancio.ambiente = {"LD_PRELOAD=" + test::LibraryPath("iniettore").string(),
                      "LUMOSCAD_INIEZIONE=" + genere + ":" + std::to_string(numero),
                      "LUMOSCAD_INIEZIONE_FILE=" + foglio.Percorso().string(), "NEXARO_ATTESA=5",
                      "LUMOSCAD_ATTESA_SQL=3"};

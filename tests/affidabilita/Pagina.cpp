@@ -64,7 +64,7 @@ std::string Tabella(const Testi& passi, const std::vector<Osservazione>& viste) 
 }
 
 std::vector<Linea> LeggiTabella(const std::string& sezione) {
-  constexpr std::string_view fra = " – ";
+  constexpr std::string_view Fra = " – ";
   std::vector<Linea> linee;
   std::istringstream flusso(sezione);
   for (std::string riga; std::getline(flusso, riga);) {
@@ -74,8 +74,8 @@ std::vector<Linea> LeggiTabella(const std::string& sezione) {
       continue;
     }
     const std::string passi = riga.substr(2, fine - 2);
-    const auto mezzo = passi.find(fra);
-    linee.push_back({passi.substr(0, mezzo), mezzo == std::string::npos ? passi : passi.substr(mezzo + fra.size()),
+    const auto mezzo = passi.find(Fra);
+    linee.push_back({passi.substr(0, mezzo), mezzo == std::string::npos ? passi : passi.substr(mezzo + Fra.size()),
                      riga.substr(fine + 3, riga.size() - fine - 5)});
   }
   return linee;

@@ -134,37 +134,37 @@ namespace passi = lumoscad::test::passi;
 // The stand-ins. Each does what the library's own does, and nothing else while no step is counted.
 
 extern "C" short SQLExecute(void* statement) {
-  static auto* const vera = passi::Vera<short(void*)>("SQLExecute");
+  static auto* const Originale = passi::Vera<short(void*)>("SQLExecute");
   if (!passi::Il().attivo) {
-    return vera(statement);
+    return Originale(statement);
   }
-  return passi::Istruzione(passi::Il().istruzione, [&] { return vera(statement); });
+  return passi::Istruzione(passi::Il().istruzione, [&] { return Originale(statement); });
 }
 
 extern "C" short SQLExecDirect(void* statement, unsigned char* testo, int lunghezza) {
-  static auto* const vera = passi::Vera<short(void*, unsigned char*, int)>("SQLExecDirect");
+  static auto* const Originale = passi::Vera<short(void*, unsigned char*, int)>("SQLExecDirect");
   if (!passi::Il().attivo) {
-    return vera(statement, testo, lunghezza);
+    return Originale(statement, testo, lunghezza);
   }
   constexpr int FinoAlloZero = -3;
   const auto* const caratteri = reinterpret_cast<const char*>(testo);
   const std::string_view vista = lunghezza == FinoAlloZero
                                      ? std::string_view(caratteri)
                                      : std::string_view(caratteri, static_cast<std::size_t>(lunghezza));
-  return passi::Istruzione(passi::Nome(vista), [&] { return vera(statement, testo, lunghezza); });
+  return passi::Istruzione(passi::Nome(vista), [&] { return Originale(statement, testo, lunghezza); });
 }
 
 extern "C" short SQLEndTran(short genere, void* connessione, short esito) {
-  static auto* const vera = passi::Vera<short(short, void*, short)>("SQLEndTran");
+  static auto* const Originale = passi::Vera<short(short, void*, short)>("SQLEndTran");
   if (!passi::Il().attivo) {
-    return vera(genere, connessione, esito);
+    return Originale(genere, connessione, esito);
   }
-  return passi::Istruzione(esito == 0 ? "COMMIT" : "ROLLBACK", [&] { return vera(genere, connessione, esito); });
+  return passi::Istruzione(esito == 0 ? "COMMIT" : "ROLLBACK", [&] { return Originale(genere, connessione, esito); });
 }
 
 extern "C" ssize_t send(int presa, const void* dati, size_t quanti, int modi) {
-  static auto* const vera = passi::Vera<ssize_t(int, const void*, size_t, int)>("send");
-  const ssize_t spediti = vera(presa, dati, quanti, modi);
+  static auto* const Originale = passi::Vera<ssize_t(int, const void*, size_t, int)>("send");
+  const ssize_t spediti = Originale(presa, dati, quanti, modi);
   if (const int errore = errno; !passi::Il().inCorso.empty()) {
     passi::Punto(passi::Il().inCorso + ": sent");
     errno = errore;
@@ -173,8 +173,8 @@ extern "C" ssize_t send(int presa, const void* dati, size_t quanti, int modi) {
 }
 
 extern "C" pid_t fork() {
-  static auto* const vera = passi::Vera<pid_t()>("fork");
-  const pid_t figlio = vera();
+  static auto* const Originale = passi::Vera<pid_t()>("fork");
+  const pid_t figlio = Originale();
   if (figlio > 0 && !passi::Il().operazione.empty()) {
     passi::Punto(passi::Il().operazione + ": started");
   }
@@ -182,18 +182,18 @@ extern "C" pid_t fork() {
 }
 
 extern "C" int fsync(int descrittore) {
-  static auto* const vera = passi::Vera<int(int)>("fsync");
-  return passi::Scritto(vera(descrittore));
+  static auto* const Originale = passi::Vera<int(int)>("fsync");
+  return passi::Scritto(Originale(descrittore));
 }
 
 extern "C" int fdatasync(int descrittore) {
-  static auto* const vera = passi::Vera<int(int)>("fdatasync");
-  return passi::Scritto(vera(descrittore));
+  static auto* const Originale = passi::Vera<int(int)>("fdatasync");
+  return passi::Scritto(Originale(descrittore));
 }
 
 extern "C" int fchmod(int descrittore, mode_t modo) {
-  static auto* const vera = passi::Vera<int(int, mode_t)>("fchmod");
-  const int esito = vera(descrittore, modo);
+  static auto* const Originale = passi::Vera<int(int, mode_t)>("fchmod");
+  const int esito = Originale(descrittore, modo);
   if (passi::Il().operazione.empty()) {
     passi::Punto("local file: made, still empty");
   }
@@ -201,16 +201,16 @@ extern "C" int fchmod(int descrittore, mode_t modo) {
 }
 
 extern "C" int unlink(const char* percorso) {
-  static auto* const vera = passi::Vera<int(const char*)>("unlink");
+  static auto* const Originale = passi::Vera<int(const char*)>("unlink");
   if (!passi::Il().attivo) {
-    return vera(percorso);
+    return Originale(percorso);
   }
   const std::string nome = passi::NomeTolto(percorso);
   if (nome.empty()) {
-    return vera(percorso);
+    return Originale(percorso);
   }
   passi::Punto(nome + ": before");
-  const int esito = vera(percorso);
+  const int esito = Originale(percorso);
   const int errore = errno;
   passi::Punto(nome + ": done");
   errno = errore;

@@ -57,12 +57,12 @@ std::vector<char*> Puntatori(Testi& testi) {
 }
 
 fs::path PreparaCartella(const std::string& genere) {
-  fs::path base = test::outputPath("affidabilita/prove") / (genere + "-" + std::to_string(::getpid()));
+  fs::path base = test::OutputPath("affidabilita/prove") / (genere + "-" + std::to_string(::getpid()));
   fs::remove_all(base);
   for (const char* cartella : {"host/tmp", "host/programmi", "host/registro"}) {
     fs::create_directories(base / cartella);
   }
-  fs::copy_file(test::programPath("VB0001"), base / "host/programmi/VB0001");
+  fs::copy_file(test::ProgramPath("VB0001"), base / "host/programmi/VB0001");
   return base;
 }
 
@@ -115,9 +115,9 @@ int Famiglia::Attendi() {
 
 Sistema::Sistema(std::string_view genere, const std::string& script)
     : genere_(genere), base_(PreparaCartella(genere_)),
-      database_(test::databaseContext(genere).create(FileText(sourcePath("demo/schema.sql")) + script)),
+      database_(test::databaseContext(genere).Create(FileText(SourcePath("demo/schema.sql")) + script)),
       connessione_(std::make_unique<ado::Connection>()) {
-  connessione_->ConnectionString = database_->connectionText();
+  connessione_->ConnectionString = database_->ConnectionText();
   connessione_->Open();
 }
 
@@ -140,7 +140,7 @@ fs::path Sistema::Errori(const std::string& postazione) const {
 }
 
 void Sistema::Esegui(std::string_view script) {
-  test::runScript(database_->connectionText(), script);
+  test::RunScript(database_->ConnectionText(), script);
 }
 
 Testi Sistema::Interroga(const std::string& sql, char separatore) {
@@ -169,7 +169,7 @@ bool Sistema::SenzaSessioni() {
                                   "id<>CONNECTION_ID()"
                                 : "SELECT count(*) FROM pg_stat_activity WHERE datname=current_database() AND "
                                   "pid<>pg_backend_pid() AND backend_type='client backend' AND application_name<>'" +
-                                      std::string(test::ownSession) + "'";
+                                      std::string(test::OwnSession) + "'";
   return Finche([&] { return Interroga(altre).at(0) == "0"; });
 }
 
@@ -194,7 +194,7 @@ Famiglia Sistema::Avvia(const Lancio& lancio) const {
     file << comando << '\n';
   }
   file.close();
-  Testi argomenti{test::programPath("lumoscad_terminale").string(), Registro(lancio.postazione).string()};
+  Testi argomenti{test::ProgramPath("lumoscad_terminale").string(), Registro(lancio.postazione).string()};
   if (lancio.contaPassi || lancio.morte > 0) {
     argomenti.push_back(lancio.contaPassi ? Passi(lancio.postazione).string() : std::string());
     argomenti.push_back(std::to_string(lancio.morte));

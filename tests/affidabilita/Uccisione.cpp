@@ -30,12 +30,12 @@ bool Accettata(const fs::path& registro) {
 Testi Anonimi(Testi nomi) {
   constexpr std::size_t Sigla = 3;
   constexpr std::size_t CifreTempo = 14;
-  constexpr std::string_view provvisorio = ".lumoscad-";
+  constexpr std::string_view Provvisorio = ".lumoscad-";
   for (std::string& nome : nomi) {
     if (nome.starts_with(Ucciso)) {
       nome.replace(Sigla, CifreTempo, "…");
-    } else if (nome.starts_with(provvisorio)) {
-      nome = std::string(provvisorio) + "…";
+    } else if (nome.starts_with(Provvisorio)) {
+      nome = std::string(Provvisorio) + "…";
     }
   }
   return nomi;
@@ -43,7 +43,7 @@ Testi Anonimi(Testi nomi) {
 
 /// A box on one line, without the time at which a lock was taken.
 std::string Anonimo(const std::string& box) {
-  constexpr std::string_view data = "Data : ";
+  constexpr std::string_view Data = "Data : ";
   constexpr std::size_t LunghezzaOra = std::string_view("21/11/2026   Ora : 16:42").size();
   std::string testo;
   for (const char c : box) {
@@ -52,8 +52,8 @@ std::string Anonimo(const std::string& box) {
       testo += fine ? ' ' : c;
     }
   }
-  if (const auto posto = testo.find(data); posto != std::string::npos) {
-    testo.replace(posto + data.size(), LunghezzaOra, "…");
+  if (const auto posto = testo.find(Data); posto != std::string::npos) {
+    testo.replace(posto + Data.size(), LunghezzaOra, "…");
   }
   return testo;
 }

@@ -172,58 +172,58 @@ void lumoscad_iniezione_sospendi(int passo) {
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's names are reserved
 
 int open(const char* nome, int modi, ...) {
-  static auto* const vera = Vera<int(const char*, int, ...)>("open");
+  static auto* const Originale = Vera<int(const char*, int, ...)>("open");
   std::va_list resto;
   va_start(resto, modi);
   const auto permessi = va_arg(resto, mode_t);
   va_end(resto);
-  return Prova("open", EIO, -1, false, [&] { return vera(nome, modi, permessi); });
+  return Prova("open", EIO, -1, false, [&] { return Originale(nome, modi, permessi); });
 }
 
 int open64(const char* nome, int modi, ...) {
-  static auto* const vera = Vera<int(const char*, int, ...)>("open64");
+  static auto* const Originale = Vera<int(const char*, int, ...)>("open64");
   std::va_list resto;
   va_start(resto, modi);
   const auto permessi = va_arg(resto, mode_t);
   va_end(resto);
-  return Prova("open64", EIO, -1, false, [&] { return vera(nome, modi, permessi); });
+  return Prova("open64", EIO, -1, false, [&] { return Originale(nome, modi, permessi); });
 }
 
 int openat(int cartella, const char* nome, int modi, ...) {
-  static auto* const vera = Vera<int(int, const char*, int, ...)>("openat");
+  static auto* const Originale = Vera<int(int, const char*, int, ...)>("openat");
   std::va_list resto;
   va_start(resto, modi);
   const auto permessi = va_arg(resto, mode_t);
   va_end(resto);
-  return Prova("openat", EIO, -1, false, [&] { return vera(cartella, nome, modi, permessi); });
+  return Prova("openat", EIO, -1, false, [&] { return Originale(cartella, nome, modi, permessi); });
 }
 
 FILE* fopen(const char* nome, const char* modo) {
-  static auto* const vera = Vera<FILE*(const char*, const char*)>("fopen");
-  return Prova<FILE*>("fopen", EIO, nullptr, true, [&] { return vera(nome, modo); });
+  static auto* const Originale = Vera<FILE*(const char*, const char*)>("fopen");
+  return Prova<FILE*>("fopen", EIO, nullptr, true, [&] { return Originale(nome, modo); });
 }
 
 FILE* fopen64(const char* nome, const char* modo) {
-  static auto* const vera = Vera<FILE*(const char*, const char*)>("fopen64");
-  return Prova<FILE*>("fopen64", EIO, nullptr, true, [&] { return vera(nome, modo); });
+  static auto* const Originale = Vera<FILE*(const char*, const char*)>("fopen64");
+  return Prova<FILE*>("fopen64", EIO, nullptr, true, [&] { return Originale(nome, modo); });
 }
 
 int fcntl(int file, int ordine, ...) {
-  static auto* const vera = Vera<int(int, int, ...)>("fcntl");
+  static auto* const Originale = Vera<int(int, int, ...)>("fcntl");
   std::va_list resto;
   va_start(resto, ordine);
   void* const altro = va_arg(resto, void*);
   va_end(resto);
-  return Prova("fcntl", EIO, -1, true, [&] { return vera(file, ordine, altro); });
+  return Prova("fcntl", EIO, -1, true, [&] { return Originale(file, ordine, altro); });
 }
 
 int fcntl64(int file, int ordine, ...) {
-  static auto* const vera = Vera<int(int, int, ...)>("fcntl64");
+  static auto* const Originale = Vera<int(int, int, ...)>("fcntl64");
   std::va_list resto;
   va_start(resto, ordine);
   void* const altro = va_arg(resto, void*);
   va_end(resto);
-  return Prova("fcntl64", EIO, -1, true, [&] { return vera(file, ordine, altro); });
+  return Prova("fcntl64", EIO, -1, true, [&] { return Originale(file, ordine, altro); });
 }
 
 // One line a call: result, name, parameters, arguments, error, whether it is never made when it fails.
@@ -267,9 +267,9 @@ LUMOSCAD_SOSTITUTO(int, poll, (struct pollfd * a, nfds_t b, int c), (a, b, c), E
 
 /// A failed close has closed all the same.
 int close(int file) {
-  static auto* const vera = Vera<int(int)>("close");
+  static auto* const Originale = Vera<int(int)>("close");
   const Sorte sorte = Getta("close");
-  const int esito = vera(file);
+  const int esito = Originale(file);
   if (sorte != Sorte::Passa) {
     errno = EIO;
     return -1;

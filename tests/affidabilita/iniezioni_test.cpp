@@ -18,7 +18,7 @@
 namespace lumoscad::test {
 namespace {
 
-const Misura misura;
+const Misura Misura;
 
 bool PerIntero() {
   return std::getenv("LUMOSCAD_PER_INTERO") != nullptr;
@@ -27,7 +27,7 @@ bool PerIntero() {
 std::vector<Bersaglio> Bersagli() {
   const std::string lista = " -H locale -D 01 -B X";
   const std::string presunti = lista + " -TIPOMOVIMENTI V";
-  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
+  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(Misura, 2) + " -P AB   2";
   const std::string documento = " -H locale -D 01 -S OC -A 06 -N 1 -E 2006";
   std::vector<Bersaglio> tutti = {
       {"BANCA /CREDITI", "-T BANCA /CREDITI" + lista + "\tdata:=AB   6:15/04/26;banca:=AB   9:3;conferma", ""},
@@ -78,7 +78,7 @@ class Scena final : public testing::Environment {
   Sistema& Il() {
     if (!sistema_) {
       sistema_ = std::make_unique<Sistema>(
-          "sqlite", Righe(misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
+          "sqlite", Righe(Misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
                                     "CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * FROM MOVIMENTOCONTABILE;");
     }
     return *sistema_;
@@ -106,14 +106,14 @@ const Scena& registrata = LaScena();
 class Injections : public testing::TestWithParam<Caso> {};
 
 TEST_P(Injections, NeverLeaveTheMessageUntrueOrMissing) {
-  constexpr long provePerCaso = 8;
+  constexpr long ProvePerCaso = 8;
   const auto& [bersaglio, genere] = GetParam();
   Iniezione iniezione(LaScena().Il(), bersaglio);
   Scena::Conto& conto = LaScena().conti[genere];
   const long chiamate = iniezione.Chiamate(genere);
   ASSERT_GT(chiamate, 20);
   // From the last call backwards: the host's yes and the database come at the end.
-  const long passo = PerIntero() ? 1 : chiamate / provePerCaso + 1;
+  const long passo = PerIntero() ? 1 : chiamate / ProvePerCaso + 1;
   for (long numero = chiamate; numero > 0; numero -= passo) {
     const Prova prova = iniezione.A(genere, numero);
     if (!prova.scattata) {
@@ -129,14 +129,14 @@ TEST_P(Injections, NeverLeaveTheMessageUntrueOrMissing) {
 
 /// The last calls of a command on a database that is a file are those of COMMIT.
 TEST(DiskErrorAtTheCommit, LeavesTheOutcomeUnknownAndTheFileFree) {
-  constexpr long ultime = 40;
-  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
+  constexpr long Ultime = 40;
+  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(Misura, 2) + " -P AB   2";
   Iniezione iniezione(LaScena().Il(), {"SOSPESO /A", "-T SOSPESO /A" + partita, ""});
   int applicate = 0;
   int intatte = 0;
   for (const char* genere : {"disco-prima", "disco-dopo", "disco-sempre"}) {
     const long chiamate = iniezione.Chiamate(genere);
-    for (long numero = chiamate; numero > std::max(chiamate - ultime, 0L); --numero) {
+    for (long numero = chiamate; numero > std::max(chiamate - Ultime, 0L); --numero) {
       const Prova prova = iniezione.A(genere, numero);
       SCOPED_TRACE(genere + (" " + std::to_string(numero) + " ") + prova.chiamata + "\n" + prova.letto);
       EXPECT_EQ(prova.scorrettezza, "");

@@ -19,7 +19,7 @@ constexpr const char* Sospesa = "1|1|101|C|S|2026-03-02|2026-03-02|1|2|-|O";
 constexpr const char* Spostata = "1|1|101|C|N|2026-04-15|2026-03-02|1|2|-|O";
 
 /// Item 1 of customer 20100001, with one instalment.
-const Stato iniziale{{"E10", Attiva}, {"M1", "N|F|1|2026"}, {"R100", ""}};
+const Stato Iniziale{{"E10", Attiva}, {"M1", "N|F|1|2026"}, {"R100", ""}};
 
 /// The times of the cases are in seconds.
 constexpr Istante Secondo = 1'000'000'000;
@@ -51,11 +51,11 @@ Riscontro Prova(const Stato& finale, std::vector<Conferma> conferme, const std::
   for (Conferma& conferma : conferme) {
     conferma.ora *= Secondo;
   }
-  return Confronta(Modello({1, 0, 1, 0, 0}, iniziale), iniziale, finale, conferme, comandi);
+  return Confronta(Modello({1, 0, 1, 0, 0}, Iniziale), Iniziale, finale, conferme, comandi);
 }
 
 Stato Con(const char* riga) {
-  Stato stato = iniziale;
+  Stato stato = Iniziale;
   stato["E10"] = riga;
   return stato;
 }
@@ -67,7 +67,7 @@ TEST(Reconciliation, ACommandWithItsTransactionIsInOrder) {
 }
 
 TEST(Reconciliation, ALostCommandIsFound) {
-  EXPECT_THAT(Prova(iniziale, {}, {Sospende("T01.1", 10, 20)}).errori, ElementsAre(HasSubstr("T01.1 is lost")));
+  EXPECT_THAT(Prova(Iniziale, {}, {Sospende("T01.1", 10, 20)}).errori, ElementsAre(HasSubstr("T01.1 is lost")));
 }
 
 TEST(Reconciliation, ADoubledCommandIsFound) {
@@ -123,7 +123,7 @@ TEST(Reconciliation, ARefusalOfTheDatabaseMustHaveACause) {
                           "registrata.",
                           "ERRORE: -2147220990\r\nMOVIMENTO CONTABILE INESISTENTE", "ERRORE: -2147467259"}) {
     fallito.box = {box};
-    EXPECT_THAT(Prova(iniziale, {}, {fallito}).errori, ElementsAre(HasSubstr("without a cause"))) << box;
+    EXPECT_THAT(Prova(Iniziale, {}, {fallito}).errori, ElementsAre(HasSubstr("without a cause"))) << box;
   }
 }
 

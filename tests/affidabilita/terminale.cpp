@@ -57,7 +57,7 @@ class Terminale {
   Terminale(const char* registro, nexaro::Environment ambiente)
       : registro_(registro), ambiente_(std::move(ambiente)),
         host_(nexaro::CreateHostLink(), [this](const std::vector<std::string>& campi) { Annota(campi); }) {
-    activeServices() = {[this]() -> Desktop& { return desktop_; }, [this]() -> nexaro::HostLink& { return host_; },
+    ActiveServices() = {[this]() -> Desktop& { return desktop_; }, [this]() -> nexaro::HostLink& { return host_; },
                         [this]() -> const nexaro::Environment& { return ambiente_; }, SystemTime,
                         passi::ProssimaIstruzione};
   }

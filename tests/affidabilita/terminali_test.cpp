@@ -24,7 +24,7 @@ using testing::IsEmpty;
 
 constexpr int Terminali = 8;
 constexpr unsigned PrimoSeme = 20060305;
-const Misura misura{6, 3, 60, 24, 160};
+const Misura Misura{6, 3, 60, 24, 160};
 
 int Comandi() {
   return std::getenv("LUMOSCAD_PER_INTERO") != nullptr ? 200 : 20;
@@ -36,7 +36,7 @@ std::string Postazione(int quale) {
 
 class ManyTerminals : public testing::Test {
  protected:
-  ManyTerminals() : sistema("postgres", Righe(misura) + Sorveglianza()), iniziale(LeggiStato()) {
+  ManyTerminals() : sistema("postgres", Righe(Misura) + Sorveglianza()), iniziale(LeggiStato()) {
     // One customer is refused by the host: commands that fail keep their lock.
     std::ofstream(sistema.Host() / "conti_bloccati") << "20100006\n";
   }
@@ -45,7 +45,7 @@ class ManyTerminals : public testing::Test {
   void Lavora() {
     std::vector<Famiglia> famiglie;
     for (int quale = 1; quale <= Terminali; ++quale) {
-      Persona persona(misura, PrimoSeme + static_cast<unsigned>(quale));
+      Persona persona(Misura, PrimoSeme + static_cast<unsigned>(quale));
       Sistema::Lancio lancio{Postazione(quale), {}};
       std::generate_n(std::back_inserter(lancio.comandi), Comandi(), [&] { return persona.Prossimo(); });
       lancio.amministratore = true;
@@ -67,7 +67,7 @@ class ManyTerminals : public testing::Test {
   }
 
   [[nodiscard]] Riscontro Confronta() {
-    return test::Confronta(Modello(misura, iniziale), iniziale, LeggiStato(), LeggiConferme(), comandi);
+    return test::Confronta(Modello(Misura, iniziale), iniziale, LeggiStato(), LeggiConferme(), comandi);
   }
 
   Stato LeggiStato() {

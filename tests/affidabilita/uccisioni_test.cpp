@@ -23,11 +23,11 @@
 namespace lumoscad::test {
 namespace {
 
-const Misura misura;
+const Misura Misura;
 
 /// The pages that the documentation keeps.
 std::filesystem::path PaginaPubblicata() {
-  return test::sourcePath("docs/uccisioni.md");
+  return test::SourcePath("docs/uccisioni.md");
 }
 
 bool PerIntero() {
@@ -37,7 +37,7 @@ bool PerIntero() {
 std::vector<Vittima> Vittime() {
   const std::string lista = " -H locale -D 01 -B X";
   const std::string presunti = lista + " -TIPOMOVIMENTI V";
-  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(misura, 2) + " -P AB   2";
+  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(Misura, 2) + " -P AB   2";
   const std::string documento = " -H locale -D 01 -S OC -A 06 -N 1 -E 2006";
   std::vector<Vittima> tutte = {
       {"BANCA /CREDITI", "-T BANCA /CREDITI" + lista + "\tdata:=AB   6:15/04/26;banca:=AB   9:3;conferma", ""},
@@ -105,7 +105,7 @@ class Scena final : public testing::Environment {
     std::unique_ptr<Sistema>& sistema = sistemi_[genere];
     if (!sistema) {
       sistema = std::make_unique<Sistema>(
-          genere, Righe(misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
+          genere, Righe(Misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
                                   "CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * FROM MOVIMENTOCONTABILE;");
     }
     return *sistema;

@@ -16,10 +16,10 @@
 namespace lumoscad::ado {
 
 /// A table with columns of every kind in use, and its rows.
-inline std::string schema(const test::DatabaseContext& context) {
+inline std::string Schema(const test::DatabaseContext& context) {
   return "CREATE TABLE EVENTI (CHIAVE INTEGER NOT NULL PRIMARY KEY, GRUPPO INTEGER NOT NULL, SOSPESA CHAR(1), "
          "CODICE CHAR(6), DESCRIZIONE VARCHAR(60), SCADENZA DATE, QUANDO TIMESTAMP, IMPORTO DECIMAL(15,2), NOTE " +
-         context.longText() +
+         context.LongText() +
          ");"
          "INSERT INTO EVENTI VALUES (1, 10, 'N', 'A1', 'Società àèìòù €', '2006-03-05', '2006-03-05 00:00:00', "
          "100.10, '');"
@@ -30,12 +30,12 @@ inline std::string schema(const test::DatabaseContext& context) {
 /// A database of any kind with the schema above.
 class Ado : public testing::TestWithParam<const char*> {
  protected:
-  Ado() { open(connection_); }
+  Ado() { Open(connection_); }
 
-  [[nodiscard]] static test::DatabaseContext& context() { return test::databaseContext(GetParam()); }
-  [[nodiscard]] static const test::Quirks& quirks() { return context().quirks(); }
-  void open(Connection& connection) const {
-    connection.ConnectionString = database_->connectionText();
+  [[nodiscard]] static test::DatabaseContext& Context() { return test::databaseContext(GetParam()); }
+  [[nodiscard]] static const test::Quirks& quirks() { return Context().quirks(); }
+  void Open(Connection& connection) const {
+    connection.ConnectionString = database_->ConnectionText();
     connection.Open();
   }
   static Command command(Connection& connection, std::string text, std::vector<std::string> parameters = {}) {
@@ -45,23 +45,23 @@ class Ado : public testing::TestWithParam<const char*> {
     result.Parameters = std::move(parameters);
     return result;
   }
-  Recordset query(std::string text, std::vector<std::string> parameters = {}) {
+  Recordset Query(std::string text, std::vector<std::string> parameters = {}) {
     return command(connection_, std::move(text), std::move(parameters)).Execute();
   }
-  std::optional<std::string> single(std::string text, std::vector<std::string> parameters = {}) {
-    const Recordset rows = query(std::move(text), std::move(parameters));
+  std::optional<std::string> Single(std::string text, std::vector<std::string> parameters = {}) {
+    const Recordset rows = Query(std::move(text), std::move(parameters));
     EXPECT_EQ(rows.RecordCount(), 1U);
     const auto value = rows.ValueAt(0);
     return value ? std::optional<std::string>(*value) : std::nullopt;
   }
-  static Recordset editable(Connection& connection, const std::string& where, std::string columns = "CHIAVE,SOSPESA") {
+  static Recordset Editable(Connection& connection, const std::string& where, std::string columns = "CHIAVE,SOSPESA") {
     Command select = command(connection, "SELECT " + columns + " FROM EVENTI WHERE " + where + " ORDER BY CHIAVE");
     Recordset rows;
     rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "EVENTI", .key = "CHIAVE"});
     return rows;
   }
   /// What `connection` says when it does not open; empty when it does.
-  static std::string refusal(Connection& connection) {
+  static std::string Refusal(Connection& connection) {
     try {
       connection.Open();
     } catch (const RuntimeError& error) {
@@ -69,7 +69,7 @@ class Ado : public testing::TestWithParam<const char*> {
     }
     return "";
   }
-  static RuntimeError failure(const std::function<void()>& action) {
+  static RuntimeError Failure(const std::function<void()>& action) {
     try {
       action();
     } catch (const RuntimeError& error) {
@@ -79,7 +79,7 @@ class Ado : public testing::TestWithParam<const char*> {
     return {0, ""};
   }
 
-  std::unique_ptr<test::TestDatabase> database_ = context().create(schema(context()));
+  std::unique_ptr<test::TestDatabase> database_ = Context().Create(Schema(Context()));
   Connection connection_;
 };
 

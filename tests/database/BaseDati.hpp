@@ -18,7 +18,7 @@ namespace lumoscad::test {
 
 /// The kinds of database to test on.
 inline std::vector<const char*> GeneriDiBase() {
-  return test::databaseKinds();
+  return test::DatabaseKinds();
 }
 
 /// Names a case after its kind of database.
@@ -26,8 +26,8 @@ inline const auto NomeDelGenere = [](const auto& caso) { return std::string(caso
 
 /// The script that creates the accounting tables.
 inline const std::string& TabelleContabili() {
-  static const std::string script = FileText(sourcePath("demo/schema.sql"));
-  return script;
+  static const std::string Script = FileText(SourcePath("demo/schema.sql"));
+  return Script;
 }
 
 /// A database of the accounting tables, of the kind `genere`; `tabelle` creates them. Its own statements are not told
@@ -37,7 +37,7 @@ class BaseDati {
   BaseDati(std::string_view genere, const std::string& dati, const std::string& tabelle = TabelleContabili())
       : contesto_(&test::databaseContext(genere)) {
     const ReplacedServices silenzio(Services{});
-    base_ = contesto_->create(tabelle + dati);
+    base_ = contesto_->Create(tabelle + dati);
   }
 
   /// What is different in a database of this kind.
@@ -55,33 +55,33 @@ class BaseDati {
   }
   /// Makes every UPDATE of a row of `tabella` that meets `condizione` fail and say `testo`.
   void Impedisci(const std::string& tabella, const std::string& condizione, const std::string& testo) const {
-    for (const std::string& istruzione : contesto_->refuseUpdate(tabella, condizione, testo)) {
+    for (const std::string& istruzione : contesto_->RefuseUpdate(tabella, condizione, testo)) {
       Esegui(istruzione);
     }
   }
   /// Ends every connection to the database, as a failure of the server would.
   void ChiudiConnessioni() const {
     const ReplacedServices silenzio(Services{});
-    contesto_->dropConnections(*base_);
+    contesto_->DropConnections(*base_);
   }
   void Apri(ado::Connection& connection) const {
-    connection.ConnectionString = base_->connectionText();
+    connection.ConnectionString = base_->ConnectionText();
     connection.Open();
   }
   void Esegui(std::string_view sql) const {
     const ReplacedServices silenzio(Services{});
-    diretta_.to(base_->connectionText()).Execute(sql);
+    diretta_.To(base_->ConnectionText()).Execute(sql);
   }
   /// Runs statements separated by ";".
   void Script(std::string_view script) const {
     const ReplacedServices silenzio(Services{});
-    test::runScript(diretta_.to(base_->connectionText()), script);
+    test::RunScript(diretta_.To(base_->ConnectionText()), script);
   }
   /// The rows of a query: the values joined by "|", "NULL" for none.
   [[nodiscard]] std::vector<std::string> Righe(std::string_view sql) const {
     const ReplacedServices silenzio(Services{});
     ado::Command comando;
-    comando.ActiveConnection = &diretta_.to(base_->connectionText());
+    comando.ActiveConnection = &diretta_.To(base_->ConnectionText());
     comando.CommandText = sql;
     std::vector<std::string> righe;
     for (ado::Recordset insieme = comando.Execute(); !insieme.Eof(); insieme.MoveNext()) {

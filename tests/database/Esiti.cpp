@@ -37,7 +37,7 @@ class Silenzio {
 };
 
 std::string SchemaEDati() {
-  return FileText(sourcePath("demo/schema.sql")) + DatiDelleAzioni();
+  return FileText(SourcePath("demo/schema.sql")) + DatiDelleAzioni();
 }
 
 VariazioneCanalizzazione Rata(const std::string& partita, const std::string& conto, const std::string& numero) {
@@ -98,7 +98,7 @@ std::string ValoreDa(ado::Connection& connection, std::string_view sql) {
 } // namespace
 
 const std::vector<ProceduraProvata>& ProcedureProvate() {
-  static const std::vector<ProceduraProvata> tutte = {
+  static const std::vector<ProceduraProvata> Tutte = {
       {"AggiornaCanalizzazione", [](MsgAnnulla& msg) { return db2::AggiornaCanalizzazione(Rate(), msg, "CREDITI"); },
        db2::Righe(Rate()),
        "conto C10 partita AB   123 rata 1 del 31/03/2006; conto C10 partita AB 123 rata 1 del 31/03/2006; "
@@ -123,7 +123,7 @@ const std::vector<ProceduraProvata>& ProcedureProvate() {
                {"01", "EXTRASCRIVISCAD", "A", "2006", "15", "1", "20060331", "20060705", "2", "20060430", "20060805"},
                "documento A/2006/15 dell'azienda 01."),
   };
-  return tutte;
+  return Tutte;
 }
 
 const ProceduraProvata& TrovaProcedura(std::string_view nome) {
@@ -137,23 +137,23 @@ const ProceduraProvata& TrovaProcedura(std::string_view nome) {
 
 BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : genere_(genere) {
   const Silenzio silenzio;
-  base_ = test::databaseContext(genere).create(SchemaEDati());
+  base_ = test::databaseContext(genere).Create(SchemaEDati());
   Riapri();
   sorgente_ = base_->source;
   if (SuPostgres()) {
-    proxy_ = std::make_unique<ByteProxy>(test::postgres().port());
+    proxy_ = std::make_unique<ByteProxy>(test::Postgres().Port());
     sorgente_ = SorgentePostgres(proxy_->Port(), altre);
   } else if (SuMariaDb()) {
-    proxy_ = std::make_unique<ByteProxy>(test::mariaDb().port());
-    sorgente_ = test::mariaDb().addSource(Valore("SELECT DATABASE()"), proxy_->Port(), altre);
+    proxy_ = std::make_unique<ByteProxy>(test::MariaDb().Port());
+    sorgente_ = test::MariaDb().AddSource(Valore("SELECT DATABASE()"), proxy_->Port(), altre);
   }
   opzioni_ = "-DB2SOURCE " + sorgente_ + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
              base_->schema;
-  testo_ = test::connectionText(sorgente_, base_->user, base_->password);
+  testo_ = test::ConnectionText(sorgente_, base_->user, base_->password);
 }
 
 BaseEsiti::~BaseEsiti() {
-  test::OdbcConfiguration::instance().removeSource(sorgente_);
+  test::OdbcConfiguration::Instance().RemoveSource(sorgente_);
 }
 
 void BaseEsiti::Riapri() {
@@ -161,7 +161,7 @@ void BaseEsiti::Riapri() {
 }
 
 std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminale() const {
-  return Apri(base_->connectionText());
+  return Apri(base_->ConnectionText());
 }
 
 std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminaleSenzaSavepoint() const {
@@ -169,21 +169,21 @@ std::unique_ptr<ado::Connection> BaseEsiti::AltroTerminaleSenzaSavepoint() const
     return AltroTerminale();
   }
   const std::string sorgente = SorgentePostgres(0, {{"Protocol", "7.4-1"}});
-  auto connection = Apri(test::connectionText(sorgente, base_->user, base_->password));
-  test::OdbcConfiguration::instance().removeSource(sorgente);
+  auto connection = Apri(test::ConnectionText(sorgente, base_->user, base_->password));
+  test::OdbcConfiguration::Instance().RemoveSource(sorgente);
   return connection;
 }
 
 std::string BaseEsiti::SorgentePostgres(int porta, const test::OdbcConfiguration::Settings& altre) const {
   test::OdbcConfiguration::Settings tutte{{"ConnSettings", "SET search_path TO " + base_->schema}};
   tutte.insert(tutte.end(), altre.begin(), altre.end());
-  return test::postgres().addSource(Valore("SELECT current_database()"), porta, tutte);
+  return test::Postgres().AddSource(Valore("SELECT current_database()"), porta, tutte);
 }
 
 std::unique_ptr<ado::Connection> BaseEsiti::Apri(std::string testo) {
   auto connection = std::make_unique<ado::Connection>();
   connection->ConnectionString = std::move(testo);
-  connection->CommandTimeout = 30;
+  connection->commandTimeout = 30;
   connection->Open();
   return connection;
 }
@@ -222,7 +222,7 @@ void BaseEsiti::Ripristina() const {
     script += std::string("DELETE FROM ") + tabella + ";";
   }
   script += "INSERT INTO ERRORE (ERROREKEY, FILEXML) VALUES (100, '');" + DatiDelleAzioni();
-  test::runScript(base_->connectionText(), script);
+  test::RunScript(base_->ConnectionText(), script);
 }
 
 bool BaseEsiti::Entro(const std::function<bool()>& condizione) {
@@ -240,7 +240,7 @@ bool BaseEsiti::SenzaAltreSessioni() const {
   const auto domanda = SuPostgres()
                            ? "SELECT COUNT(*) FROM pg_stat_activity WHERE datname=current_database() AND "
                              "backend_type='client backend' AND pid<>pg_backend_pid() AND application_name<>'" +
-                                 std::string(test::ownSession) + "'"
+                                 std::string(test::OwnSession) + "'"
                            : "SELECT COUNT(*) FROM information_schema.PROCESSLIST WHERE DB=DATABASE() AND "
                              "ID<>CONNECTION_ID()";
   return Entro([&] { return Valore(domanda) == "0"; });
@@ -266,7 +266,7 @@ LimiteIstruzioni::~LimiteIstruzioni() {
 
 PostoEsiti::PostoEsiti(std::string_view genere, const test::OdbcConfiguration::Settings& altre) : base(genere, altre) {
   stato().ComandoCorrente = base.Opzioni();
-  activeServices().statementSent = [this, mio = std::this_thread::get_id()](std::string_view) {
+  ActiveServices().statementSent = [this, mio = std::this_thread::get_id()](std::string_view) {
     if (muto || std::this_thread::get_id() != mio) {
       return;
     }

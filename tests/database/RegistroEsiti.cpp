@@ -23,12 +23,12 @@ class StampaEsiti final : public testing::Environment {
     std::cout << tabelle << '\n' << RegistroEsiti::Unico().Riassunto();
     // The second run, inside a calling program, goes on at the same time and has nothing else to tell.
     if (std::getenv("LUMOSCAD_PROVA_LOCALE") == nullptr) {
-      std::ofstream(test::buildFolder() / "esiti.md") << tabelle;
+      std::ofstream(test::BuildFolder() / "esiti.md") << tabelle;
     }
   }
 };
 
-[[maybe_unused]] const testing::Environment* const stampa = testing::AddGlobalTestEnvironment(new StampaEsiti);
+[[maybe_unused]] const testing::Environment* const Stampa = testing::AddGlobalTestEnvironment(new StampaEsiti);
 
 /// A text as one cell of a table.
 std::string Cella(std::string testo) {

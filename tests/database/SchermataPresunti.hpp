@@ -92,7 +92,7 @@ template <typename Form> class SchermataPresunti : public testing::TestWithParam
   BaseDati base;
   TestBench banco;
   Form schermata;
-  const RigheGriglia& righe = schermata.griglia().Righe;
+  const RigheGriglia& righe = schermata.griglia().righe;
   procedureLumoDB2::FiltroPresunti filtro;
   ListWindow* finestra = nullptr;
 };

@@ -104,7 +104,7 @@ class SchermataSuBase : public testing::TestWithParam<const char*> {
   BaseDati base{GetParam(), DatiDiProva() + RateDellaSchermata()};
   TestBench banco;
   frmLumoScadenzeBanche schermata;
-  const RigheGriglia& righe = schermata.griglia().Righe;
+  const RigheGriglia& righe = schermata.griglia().righe;
   ListWindow* finestra = nullptr;
 };
 

@@ -14,8 +14,8 @@ using test::EnvironmentSetting;
 using test::ProcessLocale;
 using testing::HasSubstr;
 
-constexpr const char* italian = "it_IT.UTF-8";
-constexpr const char* latin = "it_IT.ISO-8859-1";
+constexpr const char* Italian = "it_IT.UTF-8";
+constexpr const char* Latin = "it_IT.ISO-8859-1";
 
 /// What the calling program's locale must not change.
 class CallersLocale : public Ado {
@@ -24,15 +24,15 @@ class CallersLocale : public Ado {
     connection_.Execute("CREATE TABLE NUMERI (CHIAVE INTEGER NOT NULL PRIMARY KEY, CORTO SMALLINT, LUNGO BIGINT, "
                         "DECIMALE DECIMAL(15,2), NUMERICO NUMERIC(9,3), REALE REAL, DOPPIO DOUBLE PRECISION, TESTO "
                         "VARCHAR(20), NOTE " +
-                        context().longText() + ")");
+                        Context().LongText() + ")");
     connection_.Execute("INSERT INTO NUMERI VALUES (1,-7,123456789012,1234567.25,-0.125,1.5,-0.25,'1,5',NULL)");
     connection_.Execute("INSERT INTO NUMERI VALUES (2,NULL,NULL,NULL,NULL,NULL,NULL,NULL,'12,50')");
   }
 
-  static constexpr std::string_view columns = "CHIAVE,CORTO,LUNGO,DECIMALE,NUMERICO,REALE,DOPPIO,TESTO";
+  static constexpr std::string_view Columns = "CHIAVE,CORTO,LUNGO,DECIMALE,NUMERICO,REALE,DOPPIO,TESTO";
 
   /// The cells of the rows of a query, joined by "|".
-  static std::string cells(Connection& connection, const std::string& text) {
+  static std::string Cells(Connection& connection, const std::string& text) {
     std::string all;
     for (Recordset rows = command(connection, text).Execute(); !rows.Eof(); rows.MoveNext()) {
       for (std::size_t i = 0; i < rows.ColumnCount(); ++i) {
@@ -42,65 +42,65 @@ class CallersLocale : public Ado {
     return all;
   }
   /// Every kind of number, in columns and expressions, bound and (with a long text beside them) not.
-  static std::string everything(Connection& connection) {
-    return cells(connection, "SELECT " + std::string(columns) + " FROM NUMERI ORDER BY CHIAVE") +
-           cells(connection, "SELECT " + std::string(columns) + ",NOTE FROM NUMERI ORDER BY CHIAVE") +
-           cells(connection, "SELECT SUM(DECIMALE),SUM(NUMERICO),SUM(DOPPIO),AVG(CORTO),SUM(REALE),COUNT(*) FROM "
+  static std::string Everything(Connection& connection) {
+    return Cells(connection, "SELECT " + std::string(Columns) + " FROM NUMERI ORDER BY CHIAVE") +
+           Cells(connection, "SELECT " + std::string(Columns) + ",NOTE FROM NUMERI ORDER BY CHIAVE") +
+           Cells(connection, "SELECT SUM(DECIMALE),SUM(NUMERICO),SUM(DOPPIO),AVG(CORTO),SUM(REALE),COUNT(*) FROM "
                              "NUMERI");
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Databases, CallersLocale, testing::ValuesIn(test::databaseKinds()),
+INSTANTIATE_TEST_SUITE_P(Databases, CallersLocale, testing::ValuesIn(test::DatabaseKinds()),
                          [](const auto& chosen) { return std::string(chosen.param); });
 
 TEST_P(CallersLocale, NumbersOfEveryTypeAreReadAsUnderC) {
   std::string underC;
   {
     const ProcessLocale plain(LC_NUMERIC, "C");
-    underC = everything(connection_);
+    underC = Everything(connection_);
   }
   EXPECT_THAT(underC, HasSubstr("|1234567.25|"));
-  const ProcessLocale locale(LC_NUMERIC, italian);
-  EXPECT_EQ(everything(connection_), underC);
+  const ProcessLocale locale(LC_NUMERIC, Italian);
+  EXPECT_EQ(Everything(connection_), underC);
   Connection another;
-  open(another);
-  EXPECT_EQ(everything(another), underC) << "a connection opened in that locale";
+  Open(another);
+  EXPECT_EQ(Everything(another), underC) << "a connection opened in that locale";
 }
 
 TEST_P(CallersLocale, ARowReadInAnotherLocaleIsChangedAndFoundAgain) {
-  const ProcessLocale locale(LC_ALL, italian);
+  const ProcessLocale locale(LC_ALL, Italian);
   Command select = command(connection_, "SELECT CHIAVE,DECIMALE,DOPPIO FROM NUMERI WHERE CHIAVE=1");
   Recordset rows;
   rows.Open(select, CursorType::Dynamic, LockType::Optimistic, {.tableName = "NUMERI", .key = "CHIAVE"});
   rows.Fields("DECIMALE").SetValue("1234567.5");
   rows.Fields("DOPPIO").SetValue("0.75");
   EXPECT_NO_THROW(rows.Update());
-  EXPECT_EQ(single("SELECT COUNT(*) FROM NUMERI WHERE DECIMALE=1234567.5 AND DOPPIO=0.75"), "1");
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM NUMERI WHERE DECIMALE=1234567.5 AND DOPPIO=0.75"), "1");
 }
 
 TEST_P(CallersLocale, OpeningAConnectionLeavesEveryCategoryAsItWas) {
-  for (const char* around : {"C", italian}) {
+  for (const char* around : {"C", Italian}) {
     const EnvironmentSetting environment("LC_ALL", around);
-    for (const char* process : {"C", italian}) {
+    for (const char* process : {"C", Italian}) {
       const ProcessLocale locale(LC_ALL, process);
       const std::string before = std::setlocale(LC_ALL, nullptr);
       Connection another;
-      open(another);
+      Open(another);
       EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before) << "environment " << around;
-      EXPECT_EQ(cells(another, "SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €|");
-      EXPECT_EQ(cells(another, "SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE='Società àèìòù €'"), "1|");
+      EXPECT_EQ(Cells(another, "SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €|");
+      EXPECT_EQ(Cells(another, "SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE='Società àèìòù €'"), "1|");
     }
   }
 }
 
 TEST_P(CallersLocale, ACharacterSetThatSpoilsAccentsIsRefusedByPostgreSqlsDriverAlone) {
   const std::string length = "SELECT LENGTH(DESCRIZIONE) FROM EVENTI WHERE CHIAVE=1";
-  const std::string expected = cells(connection_, length);
+  const std::string expected = Cells(connection_, length);
   const auto openedWith = [&](const char* setting) {
     Connection another;
-    another.ConnectionString = database_->connectionText();
+    another.ConnectionString = database_->ConnectionText();
     const std::string before = std::setlocale(LC_ALL, nullptr);
-    const std::string refused = refusal(another);
+    const std::string refused = Refusal(another);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
     if (std::string_view(GetParam()) == "postgres") {
       EXPECT_THAT(refused, HasSubstr(setting));
@@ -109,17 +109,17 @@ TEST_P(CallersLocale, ACharacterSetThatSpoilsAccentsIsRefusedByPostgreSqlsDriver
       return;
     }
     EXPECT_EQ(refused, "");
-    EXPECT_EQ(cells(another, length), expected);
-    EXPECT_EQ(cells(another, "SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €|");
+    EXPECT_EQ(Cells(another, length), expected);
+    EXPECT_EQ(Cells(another, "SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €|");
   };
   const EnvironmentSetting plain("LC_ALL", "C");
   {
-    const ProcessLocale locale(LC_CTYPE, latin);
+    const ProcessLocale locale(LC_CTYPE, Latin);
     openedWith("LC_CTYPE=it_IT.ISO-8859-1");
   }
   const ProcessLocale locale(LC_ALL, "C");
   {
-    const EnvironmentSetting environment("LC_ALL", latin);
+    const EnvironmentSetting environment("LC_ALL", Latin);
     openedWith("LC_CTYPE=it_IT.ISO-8859-1");
   }
   const EnvironmentSetting encoding("PGCLIENTENCODING", "LATIN1");
@@ -130,16 +130,16 @@ TEST_P(CallersLocale, ACharacterSetThatSpoilsAccentsIsRefusedByPostgreSqlsDriver
 class NumbersOfPostgreSql : public testing::Test {
  protected:
   NumbersOfPostgreSql() {
-    const auto empty = test::databaseContext("postgres").create("");
+    const auto empty = test::databaseContext("postgres").Create("");
     user_ = empty->user;
     password_ = empty->password;
   }
-  [[nodiscard]] std::string single(const std::string& query, const test::OdbcConfiguration::Settings& settings) const {
+  [[nodiscard]] std::string Single(const std::string& query, const test::OdbcConfiguration::Settings& settings) const {
     Connection connection;
     connection.ConnectionString =
-        test::connectionText(test::postgres().addSource("prove", 0, settings), user_, password_);
+        test::ConnectionText(test::Postgres().AddSource("prove", 0, settings), user_, password_);
     connection.Open();
-    return test::firstValue(connection, query);
+    return test::FirstValue(connection, query);
   }
 
  private:
@@ -148,21 +148,21 @@ class NumbersOfPostgreSql : public testing::Test {
 };
 
 TEST_F(NumbersOfPostgreSql, AreReadAsNumbersWhateverTheyAreDescribedAs) {
-  const ProcessLocale locale(LC_ALL, italian);
+  const ProcessLocale locale(LC_ALL, Italian);
   for (const char* described : {"12", "-1", "8", "2"}) {
-    EXPECT_EQ(single("SELECT SUM(X) FROM (VALUES (1234.5::numeric),(-0.25)) AS T(X)", {{"NumericAs", described}}),
+    EXPECT_EQ(Single("SELECT SUM(X) FROM (VALUES (1234.5::numeric),(-0.25)) AS T(X)", {{"NumericAs", described}}),
               "1234.25")
         << described;
   }
-  EXPECT_EQ(single("SELECT 'NaN'::numeric", {}), "NaN");
-  EXPECT_EQ(single("SELECT '12,50'::varchar", {{"NumericAs", "12"}}), "12,50");
+  EXPECT_EQ(Single("SELECT 'NaN'::numeric", {}), "NaN");
+  EXPECT_EQ(Single("SELECT '12,50'::varchar", {{"NumericAs", "12"}}), "12,50");
 }
 
 TEST_F(NumbersOfPostgreSql, AnAmountOfMoneyIsANumberToo) {
-  for (const char* name : {"C", italian}) {
+  for (const char* name : {"C", Italian}) {
     const ProcessLocale locale(LC_ALL, name);
-    EXPECT_EQ(single("SELECT 1234567.5::money", {}), "1234567.50");
-    EXPECT_EQ(single("SELECT SUM(X) FROM (VALUES ((-1234.5)::money),(0.25::money)) AS T(X)", {}), "-1234.25");
+    EXPECT_EQ(Single("SELECT 1234567.5::money", {}), "1234567.50");
+    EXPECT_EQ(Single("SELECT SUM(X) FROM (VALUES ((-1234.5)::money),(0.25::money)) AS T(X)", {}), "-1234.25");
   }
 }
 

@@ -12,11 +12,11 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-INSTANTIATE_TEST_SUITE_P(Databases, Ado, testing::ValuesIn(test::databaseKinds()),
+INSTANTIATE_TEST_SUITE_P(Databases, Ado, testing::ValuesIn(test::DatabaseKinds()),
                          [](const auto& chosen) { return std::string(chosen.param); });
 
 TEST_P(Ado, CountsRowsExactlyAndWalksThem) {
-  Recordset rows = query("SELECT CHIAVE FROM EVENTI ORDER BY CHIAVE");
+  Recordset rows = Query("SELECT CHIAVE FROM EVENTI ORDER BY CHIAVE");
   EXPECT_EQ(rows.State(), State::Open);
   EXPECT_EQ(rows.RecordCount(), 3U);
   std::vector<std::string> keys;
@@ -27,41 +27,41 @@ TEST_P(Ado, CountsRowsExactlyAndWalksThem) {
 }
 
 TEST_P(Ado, FindsColumnsInAnyCase) {
-  const Recordset rows = query("SELECT CHIAVE, Gruppo FROM EVENTI");
+  const Recordset rows = Query("SELECT CHIAVE, Gruppo FROM EVENTI");
   EXPECT_EQ(rows.ColumnCount(), 2U);
   EXPECT_EQ(rows.ColumnIndex("gruppo"), 1U);
   EXPECT_EQ(rows.ColumnIndex("GRUPPO"), 1U);
-  EXPECT_EQ(failure([&] { static_cast<void>(rows.ColumnIndex("GRUPP")); }).Number(), 3265);
+  EXPECT_EQ(Failure([&] { static_cast<void>(rows.ColumnIndex("GRUPP")); }).Number(), 3265);
 }
 
 TEST_P(Ado, KeepsNullApartFromEmpty) {
-  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=2"), "");
-  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
-  EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=1"), "");
-  EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), std::nullopt);
+  EXPECT_EQ(Single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=2"), "");
+  EXPECT_EQ(Single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+  EXPECT_EQ(Single("SELECT NOTE FROM EVENTI WHERE CHIAVE=1"), "");
+  EXPECT_EQ(Single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), std::nullopt);
 }
 
 TEST_P(Ado, NeverTrimsATextOfFixedLength) {
-  EXPECT_EQ(single("SELECT CODICE FROM EVENTI WHERE CHIAVE=2"), context().fixedText(" B2  ", 6));
+  EXPECT_EQ(Single("SELECT CODICE FROM EVENTI WHERE CHIAVE=2"), Context().TextFor(" B2  ", 6));
 }
 
 TEST_P(Ado, GivesDatesWithoutTimeAndTimesWhereThereAre) {
-  EXPECT_EQ(single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=1"), "2006-03-05");
-  EXPECT_EQ(single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=1"), "2006-03-05");
-  EXPECT_THAT(single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=2").value_or(""),
+  EXPECT_EQ(Single("SELECT SCADENZA FROM EVENTI WHERE CHIAVE=1"), "2006-03-05");
+  EXPECT_EQ(Single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=1"), "2006-03-05");
+  EXPECT_THAT(Single("SELECT QUANDO FROM EVENTI WHERE CHIAVE=2").value_or(""),
               testing::StartsWith("2006-03-05 14:07:00"));
 }
 
 TEST_P(Ado, GivesAmountsAsDecimalText) {
-  EXPECT_THAT(single("SELECT IMPORTO FROM EVENTI WHERE CHIAVE=1").value_or(""), testing::AnyOf("100.1", "100.10"));
-  EXPECT_THAT(single("SELECT SUM(IMPORTO) FROM EVENTI WHERE GRUPPO=10").value_or(""),
+  EXPECT_THAT(Single("SELECT IMPORTO FROM EVENTI WHERE CHIAVE=1").value_or(""), testing::AnyOf("100.1", "100.10"));
+  EXPECT_THAT(Single("SELECT SUM(IMPORTO) FROM EVENTI WHERE GRUPPO=10").value_or(""),
               testing::AnyOf("-399.9", "-399.90"));
-  EXPECT_EQ(single("SELECT SUM(IMPORTO) FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+  EXPECT_EQ(Single("SELECT SUM(IMPORTO) FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
 }
 
 TEST_P(Ado, ReadsAccentsAndBindsThem) {
-  EXPECT_EQ(single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €");
-  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {"Società àèìòù €"}), "1");
+  EXPECT_EQ(Single("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1"), "Società àèìòù €");
+  EXPECT_EQ(Single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {"Società àèìòù €"}), "1");
 }
 
 TEST_P(Ado, ReadsALongTextWhole) {
@@ -70,8 +70,8 @@ TEST_P(Ado, ReadsALongTextWhole) {
     longText += std::to_string(i) + " è lunga; ";
   }
   command(connection_, "UPDATE EVENTI SET NOTE=? WHERE CHIAVE=2", {longText}).Execute();
-  EXPECT_EQ(single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), longText);
-  const Recordset rows = query("SELECT CHIAVE,NOTE,GRUPPO FROM EVENTI ORDER BY CHIAVE");
+  EXPECT_EQ(Single("SELECT NOTE FROM EVENTI WHERE CHIAVE=2"), longText);
+  const Recordset rows = Query("SELECT CHIAVE,NOTE,GRUPPO FROM EVENTI ORDER BY CHIAVE");
   EXPECT_EQ(rows.RecordCount(), 3U);
 }
 
@@ -80,9 +80,9 @@ TEST_P(Ado, NeverCutsATextLongerThanItsColumnWasDescribed) {
     std::string expected(length, 'x');
     expected.back() = 'z';
     command(connection_, "UPDATE EVENTI SET NOTE=? WHERE CHIAVE=2", {expected}).Execute();
-    EXPECT_EQ(single("SELECT " + context().joined("NOTE", "''") + " AS TUTTO FROM EVENTI WHERE CHIAVE=2"), expected)
+    EXPECT_EQ(Single("SELECT " + Context().Joined("NOTE", "''") + " AS TUTTO FROM EVENTI WHERE CHIAVE=2"), expected)
         << length;
-    EXPECT_EQ(single("SELECT " + context().asText("NOTE") + " FROM EVENTI WHERE CHIAVE=2"), expected) << length;
+    EXPECT_EQ(Single("SELECT " + Context().AsText("NOTE") + " FROM EVENTI WHERE CHIAVE=2"), expected) << length;
   }
 }
 
@@ -94,7 +94,7 @@ TEST_P(Ado, ReadsManyRowsAcrossBlocks) {
     insert.Execute();
   }
   connection_.CommitTrans();
-  Recordset rows = query("SELECT CHIAVE,DESCRIZIONE,SCADENZA FROM EVENTI WHERE GRUPPO=? ORDER BY CHIAVE", {"99"});
+  Recordset rows = Query("SELECT CHIAVE,DESCRIZIONE,SCADENZA FROM EVENTI WHERE GRUPPO=? ORDER BY CHIAVE", {"99"});
   ASSERT_EQ(rows.RecordCount(), 3100U);
   for (int i = 100; i < 3200; ++i, rows.MoveNext()) {
     ASSERT_EQ(rows.ValueAt(0), std::to_string(i));
@@ -105,17 +105,17 @@ TEST_P(Ado, ReadsManyRowsAcrossBlocks) {
 }
 
 TEST_P(Ado, BindsAnIntegerKeyAsText) {
-  EXPECT_EQ(query("SELECT 1 FROM EVENTI WHERE GRUPPO=?", {"10"}).RecordCount(), 2U);
+  EXPECT_EQ(Query("SELECT 1 FROM EVENTI WHERE GRUPPO=?", {"10"}).RecordCount(), 2U);
 }
 
 TEST_P(Ado, BindsAnEmptyTextAsEmpty) {
-  EXPECT_EQ(single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {""}), "2");
+  EXPECT_EQ(Single("SELECT CHIAVE FROM EVENTI WHERE DESCRIZIONE=?", {""}), "2");
 }
 
 TEST_P(Ado, NeverReadsAParameterAsStatement) {
   const std::string hostile = "x'; DELETE FROM EVENTI; --";
-  EXPECT_EQ(query("SELECT 1 FROM EVENTI WHERE DESCRIZIONE=?", {hostile}).RecordCount(), 0U);
-  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
+  EXPECT_EQ(Query("SELECT 1 FROM EVENTI WHERE DESCRIZIONE=?", {hostile}).RecordCount(), 0U);
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM EVENTI"), "3");
 }
 
 TEST_P(Ado, RunsACommandAgainWithOtherParameters) {
@@ -133,14 +133,14 @@ TEST_P(Ado, RunsACommandAgainOnAReopenedConnection) {
   Command select = command(connection_, "SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
   EXPECT_EQ(select.Execute().RecordCount(), 1U);
   connection_.Close();
-  EXPECT_EQ(failure([&] { select.Execute(); }).Number(), 3704);
+  EXPECT_EQ(Failure([&] { select.Execute(); }).Number(), 3704);
   connection_.Open();
   EXPECT_EQ(select.Execute().RecordCount(), 1U);
 }
 
 TEST_P(Ado, RefusesAWrongCountOfParameters) {
   for (const auto& parameters : std::vector<std::vector<std::string>>{{}, {"1", "2"}}) {
-    const auto error = failure([&] { query("SELECT 1 FROM EVENTI WHERE CHIAVE=?", parameters); });
+    const auto error = Failure([&] { Query("SELECT 1 FROM EVENTI WHERE CHIAVE=?", parameters); });
     EXPECT_EQ(error.Number(), -2147217904);
     EXPECT_THAT(error.Description(), HasSubstr("07001"));
   }
@@ -161,11 +161,11 @@ TEST_P(Ado, CommitsAndRollsBack) {
   connection_.BeginTrans();
   connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
   connection_.RollbackTrans();
-  EXPECT_EQ(single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
+  EXPECT_EQ(Single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
   connection_.BeginTrans();
   connection_.Execute("UPDATE EVENTI SET SOSPESA='S' WHERE CHIAVE=1");
   connection_.CommitTrans();
-  open(other);
+  Open(other);
   EXPECT_EQ(command(other, "SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1").Execute().ValueAt(0), "S");
 }
 
@@ -175,64 +175,64 @@ TEST_P(Ado, RollsBackAnOpenTransactionWhenClosed) {
   connection_.Close();
   EXPECT_EQ(connection_.State(), State::Closed);
   connection_.Open();
-  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM EVENTI"), "3");
 }
 
 TEST_P(Ado, RefusesTransactionCallsOutOfOrder) {
-  EXPECT_EQ(failure([&] { connection_.CommitTrans(); }).Number(), 3219);
-  EXPECT_EQ(failure([&] { connection_.RollbackTrans(); }).Number(), 3219);
+  EXPECT_EQ(Failure([&] { connection_.CommitTrans(); }).Number(), 3219);
+  EXPECT_EQ(Failure([&] { connection_.RollbackTrans(); }).Number(), 3219);
   connection_.BeginTrans();
-  EXPECT_EQ(failure([&] { connection_.BeginTrans(); }).Number(), 3219);
+  EXPECT_EQ(Failure([&] { connection_.BeginTrans(); }).Number(), 3219);
   connection_.RollbackTrans();
 }
 
 TEST_P(Ado, ReportsEveryDiagnosticWithItsState) {
-  const auto error = failure([&] { connection_.Execute("SELECT * FROM NON_C_E"); });
+  const auto error = Failure([&] { connection_.Execute("SELECT * FROM NON_C_E"); });
   EXPECT_EQ(error.Source(), "ODBC");
   EXPECT_THAT(error.Description(), testing::StartsWith("["));
   EXPECT_THAT(error.Description(), testing::ContainsRegex("(non_c_e|NON_C_E)"));
 }
 
 TEST_P(Ado, WorksOnAfterAFailedStatement) {
-  EXPECT_NE(failure([&] { connection_.Execute("SELEZIONA"); }).Number(), 0);
-  EXPECT_EQ(single("SELECT COUNT(*) FROM EVENTI"), "3");
+  EXPECT_NE(Failure([&] { connection_.Execute("SELEZIONA"); }).Number(), 0);
+  EXPECT_EQ(Single("SELECT COUNT(*) FROM EVENTI"), "3");
 }
 
 TEST_P(Ado, RefusesUseWhenClosed) {
   Connection closed;
-  EXPECT_EQ(failure([&] { closed.Execute("SELECT 1"); }).Number(), 3704);
-  EXPECT_EQ(failure([&] { closed.BeginTrans(); }).Number(), 3704);
+  EXPECT_EQ(Failure([&] { closed.Execute("SELECT 1"); }).Number(), 3704);
+  EXPECT_EQ(Failure([&] { closed.BeginTrans(); }).Number(), 3704);
   EXPECT_NO_THROW(closed.Close());
   Command unbound;
-  EXPECT_EQ(failure([&] { unbound.Execute(); }).Number(), 3704);
+  EXPECT_EQ(Failure([&] { unbound.Execute(); }).Number(), 3704);
   Recordset rows;
   EXPECT_EQ(rows.State(), State::Closed);
-  EXPECT_EQ(failure([&] { rows.MoveNext(); }).Number(), 3704);
-  EXPECT_EQ(failure([&] { connection_.Open(); }).Number(), 3705);
+  EXPECT_EQ(Failure([&] { rows.MoveNext(); }).Number(), 3704);
+  EXPECT_EQ(Failure([&] { connection_.Open(); }).Number(), 3705);
 }
 
 TEST_P(Ado, RefusesFieldsPastTheEnd) {
-  Recordset none = query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=99");
+  Recordset none = Query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=99");
   EXPECT_EQ(none.State(), State::Open);
   EXPECT_TRUE(none.Eof());
-  EXPECT_EQ(failure([&] { static_cast<void>(none.Fields("CHIAVE").Value()); }).Number(), 3021);
-  EXPECT_EQ(failure([&] { none.MoveNext(); }).Number(), 3021);
+  EXPECT_EQ(Failure([&] { static_cast<void>(none.Fields("CHIAVE").Value()); }).Number(), 3021);
+  EXPECT_EQ(Failure([&] { none.MoveNext(); }).Number(), 3021);
 }
 
 TEST_P(Ado, KeepsReadRowsAfterTheConnectionIsClosed) {
-  const Recordset rows = query("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1");
+  const Recordset rows = Query("SELECT DESCRIZIONE FROM EVENTI WHERE CHIAVE=1");
   connection_.Close();
   EXPECT_EQ(rows.ValueAt(0), "Società àèìòù €");
 }
 
 TEST_P(Ado, TellsEveryStatementBeforeItIsSent) {
   std::vector<std::string> sent;
-  Services services = activeServices();
+  Services services = ActiveServices();
   services.statementSent = [&](std::string_view text) { sent.emplace_back(text); };
   const ReplacedServices replaced(services);
   connection_.Execute("DELETE FROM EVENTI WHERE CHIAVE=99");
-  query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
-  Recordset rows = editable(connection_, "CHIAVE=1");
+  Query("SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?", {"1"});
+  Recordset rows = Editable(connection_, "CHIAVE=1");
   rows.Fields("SOSPESA").SetValue("S");
   rows.Update();
   EXPECT_THAT(sent, ElementsAre("DELETE FROM EVENTI WHERE CHIAVE=99", "SELECT CHIAVE FROM EVENTI WHERE CHIAVE=?",

@@ -16,13 +16,13 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-const std::string cercaConto = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
-const std::string seleziona =
+const std::string CercaConto = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
+const std::string Seleziona =
     "SELECT * FROM MOVIMENTOCONTABILE RIGHT JOIN EVENTOCONTABILE ON MOVIMENTOCONTABILE.MOVIMENTOKEY = "
     "EVENTOCONTABILE.MOVIMENTOKEY WHERE (MOVIMENTOCONTABILE.TIPOMOVIMENTO='N') AND EVENTOCONTABILE.SOSPESA='N' AND "
     "EVENTOCONTABILE.TIPOEVENTO='C' AND EVENTOCONTABILE.PARTITACONTABILEKEY=? AND ";
-const std::string conBanca =
-    seleziona + "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA=1 AND "
+const std::string ConBanca =
+    Seleziona + "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA=1 AND "
                 "EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.DATASCADENZAORIGINALE='2006-01-31' ";
 
 /// Two instalments that one row of the screen sums up (1, 2), and others that differ from them in one column each.
@@ -131,7 +131,7 @@ TEST_P(BankUpdateStatements, OfAnEmptyListNeedNoDatabase) {
 TEST_P(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInstalment) {
   EXPECT_EQ(Applica({SoloBanca("B07")}), "");
   EXPECT_THAT(banco.statements,
-              ElementsAre(cercaConto, cercaConto, conBanca,
+              ElementsAre(CercaConto, CercaConto, ConBanca,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=1",
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=2"));
 }
@@ -139,7 +139,7 @@ TEST_P(BankUpdateStatements, OfABankChangeAreLookUpsSelectionAndOneUpdateAnInsta
 TEST_P(BankUpdateStatements, OfADateChangeNeverLookUpTheEmptyNewBank) {
   EXPECT_EQ(Applica({SoloData("01/04/2006")}), "");
   EXPECT_THAT(banco.statements,
-              ElementsAre(cercaConto, conBanca,
+              ElementsAre(CercaConto, ConBanca,
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=1",
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=2"));
 }
@@ -150,8 +150,8 @@ TEST_P(BankUpdateStatements, OfAnInstalmentWithoutNumberAskForNull) {
   v.NumeroRata.clear();
   EXPECT_EQ(Applica({v}), "");
   EXPECT_THAT(banco.statements,
-              ElementsAre(cercaConto,
-                          seleziona + "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA IS "
+              ElementsAre(CercaConto,
+                          Seleziona + "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA IS "
                                       "NULL AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=106 AND "
                                       "EVENTOCONTABILE.DATASCADENZAORIGINALE='2006-01-31' ",
                           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-04-01' WHERE EVENTOCONTABILEKEY=1"));
@@ -173,7 +173,7 @@ TEST_P(BankUpdateStatements, WriteNullForARemovedOrEmptyNewBank) {
     EXPECT_EQ(Applica({SoloBanca(nessuna)}), "");
     base.Esegui("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=106 WHERE EVENTOCONTABILEKEY IN (1,2)");
     EXPECT_THAT(banco.statements,
-                ElementsAre(cercaConto, conBanca,
+                ElementsAre(CercaConto, ConBanca,
                             "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE EVENTOCONTABILEKEY=1",
                             "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE EVENTOCONTABILEKEY=2"));
   }
@@ -185,7 +185,7 @@ TEST_P(BankUpdateStatements, WriteNullForAMissingNewDate) {
     EXPECT_EQ(Applica({SoloData(nessuna)}), "");
     base.Esegui("UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-03-04' WHERE EVENTOCONTABILEKEY IN (1,2)");
     EXPECT_THAT(banco.statements,
-                ElementsAre(cercaConto, conBanca,
+                ElementsAre(CercaConto, ConBanca,
                             "UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL WHERE EVENTOCONTABILEKEY=1",
                             "UPDATE EVENTOCONTABILE SET DATASCADENZA=NULL WHERE EVENTOCONTABILEKEY=2"));
   }
@@ -198,7 +198,7 @@ TEST_P(BankUpdateStatements, MatchMissingOldValuesWithIsNull) {
     banco.statements.clear();
     EXPECT_EQ(Applica({v}), "");
     EXPECT_THAT(test::SenzaDomande(banco.statements),
-                ElementsAre(cercaConto, seleziona + "EVENTOCONTABILE.DATASCADENZA IS NULL AND "
+                ElementsAre(CercaConto, Seleziona + "EVENTOCONTABILE.DATASCADENZA IS NULL AND "
                                                     "EVENTOCONTABILE.NUMERORATA=1 AND "
                                                     "EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL AND "
                                                     "EVENTOCONTABILE.DATASCADENZAORIGINALE IS NULL "));
@@ -218,7 +218,7 @@ TEST_P(BankUpdateStatements, OfAnyOtherModeAreNone) {
 TEST_P(BankUpdateStatements, OfAPresumedDocumentGoByItsMovement) {
   EXPECT_EQ(Applica({Presunto("301", "201")}, "PRESUNTI"), "");
   EXPECT_THAT(banco.statements,
-              ElementsAre(cercaConto, cercaConto,
+              ElementsAre(CercaConto, CercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE DATASCADENZA='2006-03-04' AND "
                           "BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' AND MOVIMENTOKEY=?"));
 }
@@ -263,7 +263,7 @@ TEST_P(BankUpdateStatements, OfTheFailedRecordFollowTheErrorAfterTwoLineBreaks) 
   EXPECT_THAT(msg.Errore, StartsWith("ERRORE: -"));
   EXPECT_THAT(msg.Errore, HasSubstr("riga bloccata"));
   EXPECT_THAT(msg.Errore,
-              EndsWith("\r\n\r\n" + conBanca +
+              EndsWith("\r\n\r\n" + ConBanca +
                        "\r\nUPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=1"
                        "\r\nUPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE EVENTOCONTABILEKEY=2"));
   EXPECT_THAT(Cambiate(), IsEmpty());
@@ -273,7 +273,7 @@ TEST_P(BankUpdateStatements, InTheErrorStartAnewWithEachRecord) {
   VariazioneCanalizzazione seconda = SoloData("01/04/2006");
   seconda.NumeroRata = "3 TRE";
   EXPECT_EQ(Applica({SoloBanca("B07"), seconda}), "error");
-  EXPECT_THAT(msg.Errore, EndsWith("\r\n\r\n" + seleziona +
+  EXPECT_THAT(msg.Errore, EndsWith("\r\n\r\n" + Seleziona +
                                    "EVENTOCONTABILE.DATASCADENZA='2006-03-04' AND EVENTOCONTABILE.NUMERORATA=3 TRE "
                                    "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY=106 AND "
                                    "EVENTOCONTABILE.DATASCADENZAORIGINALE='2006-01-31' "));

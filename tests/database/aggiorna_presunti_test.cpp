@@ -15,7 +15,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-const std::string cercaConto = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
+const std::string CercaConto = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
 
 /// The bank change of document AB123/06 of customer C01.
 VariazioneConsegna Banca(const std::string& vecchia, const std::string& nuova) {
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(Databases, PresumedUpdateRows, testing::ValuesIn(test::
 TEST_P(PresumedUpdateStatements, ABankChangeIsOneStatementADocument) {
   EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "B07")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.statements,
-              ElementsAre(cercaConto, cercaConto, cercaConto,
+              ElementsAre(CercaConto, CercaConto, CercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=107 WHERE MOVIMENTOKEY=? AND "
                           "CONTOCONTABILE_KEY= 101 AND BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' "));
 }
@@ -93,7 +93,7 @@ TEST_P(PresumedUpdateStatements, AMissingBankIsNullAndIsNotLookedUp) {
   banco.statements.clear();
   EXPECT_EQ(AggiornaBancaPresunti({Banca("B06", "#null#")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(banco.statements,
-              ElementsAre(cercaConto, cercaConto,
+              ElementsAre(CercaConto, CercaConto,
                           "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=NULL WHERE MOVIMENTOKEY=? AND "
                           "CONTOCONTABILE_KEY= 101 AND BANCAPRESENTAZIONE_KEY=106 AND EVENTOCONTABILE.SOSPESA='N' "));
 }
@@ -175,14 +175,14 @@ TEST_P(PresumedUpdateRows, AnUnknownBankKeepsNothingOfTheList) {
 TEST_P(PresumedUpdateRows, ADeliveryChangeResetsTheVatTitle) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("1", "2"));
-  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
+  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().TextFor(" ", 1)));
   EXPECT_THAT(Evento("3"), ElementsAre("106|2006-04-10|X"));
 }
 
 TEST_P(PresumedUpdateRows, ADocumentWithoutADeliveryDateReceivesOne) {
   EXPECT_EQ(AggiornaConsegna({Consegna(402, "#null#", "11/03/2006")}, msg, "PRESUNTI"), "");
   EXPECT_THAT(Cambiati(), ElementsAre("4", "11"));
-  EXPECT_THAT(Evento("4"), ElementsAre("NULL|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
+  EXPECT_THAT(Evento("4"), ElementsAre("NULL|2006-03-11|" + base.Contesto().TextFor(" ", 1)));
 }
 
 TEST_P(PresumedUpdateRows, TheOrderKeyCountsBeforeTheMovementKey) {
@@ -214,15 +214,15 @@ TEST_P(PresumedUpdateRows, ADateMovedOntoAnothersOldDateMovesOnWithIt) {
                              msg, "PRESUNTI"),
             "");
   EXPECT_THAT(Cambiati(), ElementsAre("1", "2", "3"));
-  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-04-20|" + base.Contesto().fixedText(" ", 1)));
+  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-04-20|" + base.Contesto().TextFor(" ", 1)));
 }
 
 TEST_P(PresumedUpdateRows, OfTwoNewDatesForOneOldDateTheFirstCounts) {
   EXPECT_EQ(AggiornaConsegna({Consegna(401, "10/03/2006", "11/03/2006"), Consegna(401, "10/03/2006", "12/03/2006")},
                              msg, "PRESUNTI"),
             "");
-  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
-  EXPECT_THAT(Evento("2"), ElementsAre("107|2006-03-11|" + base.Contesto().fixedText(" ", 1)));
+  EXPECT_THAT(Evento("1"), ElementsAre("106|2006-03-11|" + base.Contesto().TextFor(" ", 1)));
+  EXPECT_THAT(Evento("2"), ElementsAre("107|2006-03-11|" + base.Contesto().TextFor(" ", 1)));
 }
 
 } // namespace

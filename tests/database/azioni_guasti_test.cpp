@@ -30,7 +30,7 @@ class CommandsOnADatabase : public test::BaseDelleAzioni {
  protected:
   /// Runs `azione` once, just before the statement number `quale` that begins with `inizio` is sent.
   void PrimaDi(std::string inizio, int quale, std::function<void()> azione) {
-    activeServices().statementSent = [this, inizio, quale, azione, viste = 0](std::string_view istruzione) mutable {
+    ActiveServices().statementSent = [this, inizio, quale, azione, viste = 0](std::string_view istruzione) mutable {
       if (!distratto_ && istruzione.starts_with(inizio) && ++viste == quale) {
         distratto_ = true;
         azione();
@@ -54,7 +54,7 @@ class CommandsOnADatabase : public test::BaseDelleAzioni {
 class TwoTerminals : public CommandsOnADatabase {};
 
 INSTANTIATE_TEST_SUITE_P(Databases, CommandsOnADatabase, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, TwoTerminals, testing::ValuesIn(test::databaseServers()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, TwoTerminals, testing::ValuesIn(test::DatabaseServers()), test::NomeDelGenere);
 
 } // namespace
 
@@ -216,7 +216,7 @@ TEST_P(TwoTerminals, TheTestOverwritesNothingEither) {
 }
 
 TEST_P(CommandsOnADatabase, TheTestFailsWhereTheDatabaseDropsTheWriteWithoutAWord) {
-  const auto scarta = base_.Contesto().dropUpdate("ERRORE", "OLD.ERROREKEY=100");
+  const auto scarta = base_.Contesto().DropUpdate("ERRORE", "OLD.ERROREKEY=100");
   if (scarta.empty()) {
     GTEST_SKIP() << "qui nessun trigger scarta una modifica";
   }
@@ -229,7 +229,7 @@ TEST_P(CommandsOnADatabase, TheTestFailsWhereTheDatabaseDropsTheWriteWithoutAWor
 }
 
 TEST_P(CommandsOnADatabase, ASuspensionThatTheDatabaseDropsWithoutAWordIsNotTakenForDone) {
-  const auto scarta = base_.Contesto().dropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=2");
+  const auto scarta = base_.Contesto().DropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=2");
   if (scarta.empty()) {
     GTEST_SKIP() << "qui nessun trigger scarta una modifica";
   }

@@ -52,7 +52,7 @@ class BancheAssenti {
  public:
   explicit BancheAssenti(const test::BaseDati& base) : base_(base) {
     base.Esegui("ALTER TABLE CONTOCONTABILE RENAME TO CONTIASSENTI");
-    auto nuovi = activeServices();
+    auto nuovi = ActiveServices();
     nuovi.statementSent = [this, prima = nuovi.statementSent](std::string_view istruzione) {
       prima(istruzione);
       if (assenti_ && istruzione.find("AZIENDELINEE") != std::string_view::npos) {

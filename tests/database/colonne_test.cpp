@@ -22,7 +22,7 @@ using testing::IsEmpty;
 /// `script` with its words in lower case, the names of its tables too unless they are found by their case; what stands
 /// between quotes stays.
 std::string Minuscolo(const std::string& script, bool ancheTabelle) {
-  static const std::set<std::string> tabelle = {"AZIENDELINEE",       "CONTOCONTABILE",  "PARTITACONTABILE",
+  static const std::set<std::string> Tabelle = {"AZIENDELINEE",       "CONTOCONTABILE",  "PARTITACONTABILE",
                                                 "MOVIMENTOCONTABILE", "EVENTOCONTABILE", "ERRORE"};
   std::string risultato;
   std::string parola;
@@ -32,7 +32,7 @@ std::string Minuscolo(const std::string& script, bool ancheTabelle) {
       parola += c;
       continue;
     }
-    if (!traApici && (ancheTabelle || tabelle.count(parola) == 0)) {
+    if (!traApici && (ancheTabelle || Tabelle.count(parola) == 0)) {
       std::transform(parola.begin(), parola.end(), parola.begin(),
                      [](char lettera) { return lettera == '_' ? lettera : static_cast<char>(lettera - 'A' + 'a'); });
     }
@@ -54,7 +54,7 @@ std::string AltreTabelle(const test::DatabaseContext& contesto) {
   std::string script = test::TabelleContabili();
   for (const auto& [vecchio, nuovo] : tipi) {
     EXPECT_NE(script.find(vecchio), std::string::npos) << vecchio;
-    script = test::replaced(script, vecchio, nuovo);
+    script = test::Replaced(script, vecchio, nuovo);
   }
   return Minuscolo(script, !contesto.quirks().tableNamesByCase);
 }
@@ -79,7 +79,7 @@ class OtherColumns : public testing::TestWithParam<const char*> {
 
   /// How a code comes back that was written into a column of `lunghezza` letters.
   [[nodiscard]] std::string Fisso(const char* codice, std::size_t lunghezza) const {
-    return base.Contesto().fixedText(codice, lunghezza);
+    return base.Contesto().TextFor(codice, lunghezza);
   }
   [[nodiscard]] std::vector<std::string> Eventi(const std::string& colonne, const std::string& chiavi) const {
     return base.Righe("SELECT " + colonne + " FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN (" + chiavi +

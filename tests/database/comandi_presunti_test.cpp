@@ -132,8 +132,7 @@ TEST_P(PresumedCommands, AConfirmedDeliveryGoesToTheHostAndIntoTheDatabase) {
   EXPECT_THAT(
       base.Righe("SELECT DATACONSEGNA, TITOLOIVA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN (4,5) ORDER BY "
                  "EVENTOCONTABILEKEY"),
-      ElementsAre("2006-03-02|" + base.Contesto().fixedText(" ", 1),
-                  "2006-03-01|" + base.Contesto().fixedText(" ", 1)));
+      ElementsAre("2006-03-02|" + base.Contesto().TextFor(" ", 1), "2006-03-01|" + base.Contesto().TextFor(" ", 1)));
   EXPECT_FALSE(ListaPresa());
 }
 
@@ -240,11 +239,11 @@ TEST_P(PresumedCommands, AChangeThatCannotBeWrittenIsUndoneAndSaid) {
 
 TEST_P(PresumedCommands, TheBankScreenIsUsedAgain) {
   EXPECT_EQ(Banca(), "closed");
-  const auto prima_ = stato().Presunti;
-  ASSERT_NE(prima_, nullptr);
+  const auto prima = stato().presunti;
+  ASSERT_NE(prima, nullptr);
   EXPECT_EQ(Consegna(), "closed");
   EXPECT_EQ(Banca(), "closed");
-  EXPECT_EQ(stato().Presunti, prima_);
+  EXPECT_EQ(stato().presunti, prima);
 }
 
 } // namespace

@@ -91,11 +91,11 @@ void DaiBanca(ListWindow& finestra, const std::string& scadenza, const std::stri
 
 class BankCommand : public testing::Test {
  protected:
-  BankCommand() : db_(test::FileText(test::sourcePath("demo/schema.sql")) + ";" + Dati) {}
+  BankCommand() : db_(test::FileText(test::SourcePath("demo/schema.sql")) + ";" + Dati) {}
 
   std::string Esegui(const std::string& opzioni, const std::string& azienda = "12") {
     return LumoScadenze().EseguiLumoScad("-T BANCA " + opzioni + " -H 10.0.0.1 -D " + azienda + " -DB2SOURCE " +
-                                         db_.source() + " -DB2USER u -DB2PASS p");
+                                         db_.Source() + " -DB2USER u -DB2PASS p");
   }
   void Recita(test::ScriptedDesktop::Script copione) { banco_.desktop.scripts.push_back(std::move(copione)); }
   void RecitaCambio() {
@@ -107,14 +107,14 @@ class BankCommand : public testing::Test {
   void EsegueSql(const std::string& sql) const {
     const ReplacedServices silenzio(Services{});
     ado::Connection connection;
-    connection.ConnectionString = db_.connectionText();
+    connection.ConnectionString = db_.ConnectionText();
     connection.Open();
     connection.Execute(sql);
   }
   /// Key, due date and bank of every instalment.
   [[nodiscard]] std::vector<std::string> Scadenze() const {
     ado::Connection connection;
-    connection.ConnectionString = db_.connectionText();
+    connection.ConnectionString = db_.ConnectionText();
     connection.Open();
     ado::Command comando;
     comando.ActiveConnection = &connection;
@@ -315,7 +315,7 @@ TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
   Recita([this](ListWindow& finestra) {
     DaiScadenza(finestra, "31/03/2006", "050406");
     DaiBanca(finestra, "31/05/2006", "Banca Seconda");
-    db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
+    db_.Run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");
@@ -327,7 +327,7 @@ TEST_F(BankCommand, AnUnknownBankUndoesTheChangesAlreadyWrittenToo) {
 }
 
 TEST_F(BankCommand, AnErrorOfTheLoadIsToldAfterTheClosing) {
-  db_.run("DROP TABLE EVENTOCONTABILE");
+  db_.Run("DROP TABLE EVENTOCONTABILE");
   Recita([this](ListWindow& finestra) {
     EXPECT_EQ(finestra.RowCount(), 0U);
     EXPECT_THAT(banco_.desktop.box, IsEmpty());
@@ -414,10 +414,10 @@ TEST_F(BankCommand, TheTitleSaysWhoseInstalmentsTheyAre) {
 
 TEST_F(BankCommand, TheScreenIsUsedAgain) {
   EXPECT_EQ(Esegui("/CREDITI"), "closed");
-  const auto schermata = stato().ScadenzeBanche;
+  const auto schermata = stato().scadenzeBanche;
   ASSERT_NE(schermata, nullptr);
   EXPECT_EQ(Esegui("/DEBITI"), "closed");
-  EXPECT_EQ(stato().ScadenzeBanche, schermata);
+  EXPECT_EQ(stato().scadenzeBanche, schermata);
 }
 
 TEST_F(BankCommand, RefusedChangesDoNotComeBackInTheNext) {
@@ -439,7 +439,7 @@ TEST_F(BankCommand, OfCreditsAndDebitsInOneCommandTheLastAnswers) {
 }
 
 TEST_F(BankCommand, SaysNothingOfTheListBeforeWhereTheNextOneFails) {
-  db_.run("UPDATE EVENTOCONTABILE SET DATASCADENZA='mai' WHERE EVENTOCONTABILEKEY=5");
+  db_.Run("UPDATE EVENTOCONTABILE SET DATASCADENZA='mai' WHERE EVENTOCONTABILEKEY=5");
   RecitaCambio();
   EXPECT_EQ(Esegui("/CREDITI /DEBITI"), "error");
   EXPECT_THAT(Scadenze(), Contains("1 2006-04-05 30"));
@@ -451,7 +451,7 @@ TEST_F(BankCommand, SaysNothingOfTheListBeforeWhereTheNextOneFails) {
 TEST_F(BankCommand, AfterAnErrorOfTheDatabaseNobodyRemovesTheCommandsHourglass) {
   Recita([this](ListWindow& finestra) {
     DaiBanca(finestra, "31/03/2006", "Banca Seconda");
-    db_.run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
+    db_.Run("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B2'");
     finestra.PictureOk_Click();
   });
   EXPECT_EQ(Esegui("/CREDITI"), "error");

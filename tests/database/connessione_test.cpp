@@ -84,7 +84,7 @@ class Closing : public Connecting {};
 class TransactionGuard : public Connecting {};
 
 INSTANTIATE_TEST_SUITE_P(Databases, Connecting, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, ConnectingToAServer, testing::ValuesIn(test::databaseServers()),
+INSTANTIATE_TEST_SUITE_P(Databases, ConnectingToAServer, testing::ValuesIn(test::DatabaseServers()),
                          test::NomeDelGenere);
 INSTANTIATE_TEST_SUITE_P(Databases, Closing, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 INSTANTIATE_TEST_SUITE_P(Databases, TransactionGuard, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
@@ -106,7 +106,7 @@ TEST_P(Connecting, UsesTheWholeConnectionText) {
 }
 
 TEST(ConnectingNowhere, WithoutAnyOptionFailsWithTheErrorMessage) {
-  test::OdbcConfiguration::instance();
+  test::OdbcConfiguration::Instance();
   const test::TestBench banco;
   stato().ComandoCorrente = "BANCA /CREDITI";
   MsgAnnulla msg;
@@ -117,7 +117,7 @@ TEST(ConnectingNowhere, WithoutAnyOptionFailsWithTheErrorMessage) {
 }
 
 TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
-  test::OdbcConfiguration::instance();
+  test::OdbcConfiguration::Instance();
   const test::TestBench banco;
   stato().ComandoCorrente = "BANCA /CREDITI -DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99";
   VariazioniCanalizzazione variazioni(1);
@@ -128,7 +128,7 @@ TEST(ConnectingNowhere, ToAnUnknownSourceNeverShowsThePassword) {
 }
 
 TEST(ConnectingNowhere, ToAnUnknownSourceNamesIt) {
-  test::OdbcConfiguration::instance();
+  test::OdbcConfiguration::Instance();
   EXPECT_THAT(Rifiuto(LeggiParametriDB2("-DB2SOURCE non-esiste -DB2USER ada -DB2PASS Segr3to99")),
               EndsWith("no default driver specified\r\nL'origine dati ODBC «non-esiste» non è definita: -DB2SOURCE ne "
                        "dà il nome come sta in "
@@ -162,13 +162,13 @@ TEST_P(Connecting, ASemicolonIsExplainedWhereTheOpeningFails) {
 TEST_P(ConnectingToAServer, APasswordWithASemicolonOpensBetweenQuotes) {
   const test::BaseDati base(GetParam(), "");
   ParametriConnessione parametri = LeggiParametriDB2(base.Opzioni());
-  base.Esegui(base.Contesto().createAccount("sportello", "wx;yz\"9"));
+  base.Esegui(base.Contesto().CreateAccount("sportello", "wx;yz\"9"));
   parametri.UserId = "sportello";
   parametri.Password = "\"wx;yz\"\"9\"";
   EXPECT_EQ(Rifiuto(parametri), "");
   parametri.Password = "\"wx;yz9\"";
   const std::string detto = Rifiuto(parametri);
-  base.Esegui(base.Contesto().dropAccount("sportello"));
+  base.Esegui(base.Contesto().DropAccount("sportello"));
   EXPECT_THAT(detto, Not(IsEmpty()));
   EXPECT_THAT(detto, Not(HasSubstr("-DB2PASS"))) << "it is quoted already";
 }

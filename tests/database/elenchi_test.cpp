@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-const std::string inizio =
+const std::string Inizio =
     "SELECT CONTO.CODICECONTO AS CODICECONTO, CONTO.DESCRIZIONEVOCE AS DESCRIZIONECONTO, "
     "PARTITACONTABILE.PARTITACONTABILEKEY AS IDPARTITA, PARTITACONTABILE.NUMEROPARTITA, EVENTOCONTABILE.DATASCADENZA, "
     "EVENTOCONTABILE.NUMERORATA, EVENTOCONTABILE.DATASCADENZAORIGINALE, BANCA.CODICECONTO AS CODICEBANCA, "
@@ -26,9 +26,9 @@ const std::string inizio =
     "BANCA.CONTOCONTABILE_KEY = EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY) ON MOVIMENTOCONTABILE.MOVIMENTOKEY = "
     "EVENTOCONTABILE.MOVIMENTOKEY) ON CONTO.CONTOCONTABILE_KEY = EVENTOCONTABILE.CONTOCONTABILE_KEY WHERE "
     "EVENTOCONTABILE.AZIENDALINEAKEY=? ";
-const std::string sempre = "AND PARTITACONTABILE.STATO='A' AND EVENTOCONTABILE.SOSPESA='N' AND "
+const std::string Sempre = "AND PARTITACONTABILE.STATO='A' AND EVENTOCONTABILE.SOSPESA='N' AND "
                            "EVENTOCONTABILE.TIPOEVENTO='C' AND MOVIMENTOCONTABILE.TIPOMOVIMENTO='N' ";
-const std::string fine = "GROUP BY CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, PARTITACONTABILE.PARTITACONTABILEKEY, "
+const std::string Fine = "GROUP BY CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, PARTITACONTABILE.PARTITACONTABILEKEY, "
                          "PARTITACONTABILE.NUMEROPARTITA, EVENTOCONTABILE.DATASCADENZA, EVENTOCONTABILE.NUMERORATA, "
                          "EVENTOCONTABILE.DATASCADENZAORIGINALE, BANCA.CODICECONTO, BANCA.DESCRIZIONEVOCE ";
 
@@ -86,11 +86,11 @@ class Lists : public testing::TestWithParam<const char*> {
     static_cast<void>(ElencoScadenze(connection, 1, filtro, msg));
     EXPECT_EQ(banco.statements.size(), 1U);
     const std::string sql = banco.statements.empty() ? "" : banco.statements[0];
-    if (!sql.starts_with(inizio) || !sql.ends_with(fine)) {
+    if (!sql.starts_with(Inizio) || !sql.ends_with(Fine)) {
       ADD_FAILURE() << sql;
       return sql;
     }
-    return sql.substr(inizio.size(), sql.size() - inizio.size() - fine.size());
+    return sql.substr(Inizio.size(), sql.size() - Inizio.size() - Fine.size());
   }
 
   test::BaseDati base{GetParam(), test::DatiDiProva() + Rate()};
@@ -105,80 +105,80 @@ INSTANTIATE_TEST_SUITE_P(Databases, ListStatement, testing::ValuesIn(test::Gener
 INSTANTIATE_TEST_SUITE_P(Databases, ListRows, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(ListStatement, HoldsTheFixedConditionsAloneWithoutFilters) {
-  EXPECT_EQ(Condizioni({}), sempre);
+  EXPECT_EQ(Condizioni({}), Sempre);
 }
 
 TEST_P(ListStatement, TakesBlankFiltersForNone) {
-  EXPECT_EQ(Condizioni({" ", " ", "  ", " ", " ", "  ", " "}), sempre);
+  EXPECT_EQ(Condizioni({" ", " ", "  ", " ", " ", "  ", " "}), Sempre);
 }
 
 TEST_P(ListStatement, PutsAccountAndItemBeforeTheFixedConditions) {
   FiltroScadenze filtro;
   filtro.parConto = "C01";
-  EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = 'C01' " + sempre);
+  EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = 'C01' " + Sempre);
   filtro.parPartita = "2006   1";
   EXPECT_EQ(Condizioni(filtro),
-            "AND CONTO.CODICECONTO = 'C01' AND PARTITACONTABILE.NUMEROPARTITA='2006   1' " + sempre);
+            "AND CONTO.CODICECONTO = 'C01' AND PARTITACONTABILE.NUMEROPARTITA='2006   1' " + Sempre);
 }
 
 TEST_P(ListStatement, PutsFilterTextsBetweenQuotesAsGiven) {
   FiltroScadenze filtro;
   filtro.parConto = " C01 ";
-  EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = ' C01 ' " + sempre);
+  EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = ' C01 ' " + Sempre);
   filtro.parConto = "D' OR 'A'='A";
-  EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = 'D' OR 'A'='A' " + sempre);
+  EXPECT_EQ(Condizioni(filtro), "AND CONTO.CODICECONTO = 'D' OR 'A'='A' " + Sempre);
 }
 
 TEST_P(ListStatement, SelectsTheAccountClassesOfTheMode) {
   EXPECT_EQ(Condizioni(Con({{&F::parModalita, "CREDITI"}})),
-            sempre + "AND ((CONTO.TIPOLOGIACONTO='01') OR (CONTO.TIPOLOGIACONTO='02')) ");
+            Sempre + "AND ((CONTO.TIPOLOGIACONTO='01') OR (CONTO.TIPOLOGIACONTO='02')) ");
   EXPECT_EQ(Condizioni(Con({{&F::parModalita, "DEBITI"}})),
-            sempre + "AND ((CONTO.TIPOLOGIACONTO='03') OR (CONTO.TIPOLOGIACONTO='04')) ");
+            Sempre + "AND ((CONTO.TIPOLOGIACONTO='03') OR (CONTO.TIPOLOGIACONTO='04')) ");
 }
 
 TEST_P(ListStatement, SelectsEveryClassInAnyOtherMode) {
   for (const char* modalita : {"crediti", "PRESUNTI", "TUTTI"}) {
-    EXPECT_EQ(Condizioni(Con({{&F::parModalita, modalita}})), sempre) << modalita;
+    EXPECT_EQ(Condizioni(Con({{&F::parModalita, modalita}})), Sempre) << modalita;
   }
 }
 
 TEST_P(ListStatement, SelectsTheInternalCode) {
-  EXPECT_EQ(Condizioni(Con({{&F::parCodiceInterno, "INT1"}})), sempre + "AND CONTO.CODICEINTERNO = 'INT1' ");
+  EXPECT_EQ(Condizioni(Con({{&F::parCodiceInterno, "INT1"}})), Sempre + "AND CONTO.CODICEINTERNO = 'INT1' ");
 }
 
 TEST_P(ListStatement, ComparesDueDatesWithTodaysDate) {
-  EXPECT_EQ(Condizioni(Con({{&F::parScad, "SCADUTO"}})), sempre + "AND EVENTOCONTABILE.DATASCADENZA < '2006-03-05' ");
+  EXPECT_EQ(Condizioni(Con({{&F::parScad, "SCADUTO"}})), Sempre + "AND EVENTOCONTABILE.DATASCADENZA < '2006-03-05' ");
   EXPECT_EQ(Condizioni(Con({{&F::parScad, "DASCADERE"}})),
-            sempre + "AND EVENTOCONTABILE.DATASCADENZA >= '2006-03-05' ");
-  EXPECT_EQ(Condizioni(Con({{&F::parScad, "TUTTO"}})), sempre);
+            Sempre + "AND EVENTOCONTABILE.DATASCADENZA >= '2006-03-05' ");
+  EXPECT_EQ(Condizioni(Con({{&F::parScad, "TUTTO"}})), Sempre);
 }
 
 TEST_P(ListStatement, SelectsByThePresenceOfABank) {
-  EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "N"}})), sempre + "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL ");
+  EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "N"}})), Sempre + "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NULL ");
   EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "S"}})),
-            sempre + "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NOT NULL ");
-  EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "T"}})), sempre);
+            Sempre + "AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NOT NULL ");
+  EXPECT_EQ(Condizioni(Con({{&F::parBancaSN, "T"}})), Sempre);
 }
 
 TEST_P(ListStatement, SelectsWholeMonths) {
   EXPECT_EQ(Condizioni(Con({{&F::parMesiScadenze, "022007,032007"}})),
-            sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='2007-02-01' AND EVENTOCONTABILE.DATASCADENZA "
+            Sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='2007-02-01' AND EVENTOCONTABILE.DATASCADENZA "
                      "<='2007-02-28') OR (EVENTOCONTABILE.DATASCADENZA >='2007-03-01' AND "
                      "EVENTOCONTABILE.DATASCADENZA <='2007-03-31') ) ");
   EXPECT_EQ(Condizioni(Con({{&F::parMesiScadenze, "022004"}})),
-            sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='2004-02-01' AND EVENTOCONTABILE.DATASCADENZA "
+            Sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='2004-02-01' AND EVENTOCONTABILE.DATASCADENZA "
                      "<='2004-02-29') ) ");
 }
 
 TEST_P(ListStatement, SplitsMonthsByPositionOnly) {
   EXPECT_EQ(Condizioni(Con({{&F::parMesiScadenze, "5"}})),
-            sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='-5-01' AND EVENTOCONTABILE.DATASCADENZA <='-5-31') ) ");
+            Sempre + "AND ((EVENTOCONTABILE.DATASCADENZA >='-5-01' AND EVENTOCONTABILE.DATASCADENZA <='-5-31') ) ");
 }
 
 TEST_P(ListStatement, HoldsAllFiltersInTheirOrder) {
   const FiltroScadenze filtro{"DEBITI", "SCADUTO", "042006", "S", "F03", "2006   3", "INT3"};
   EXPECT_EQ(Condizioni(filtro),
-            "AND CONTO.CODICECONTO = 'F03' AND PARTITACONTABILE.NUMEROPARTITA='2006   3' " + sempre +
+            "AND CONTO.CODICECONTO = 'F03' AND PARTITACONTABILE.NUMEROPARTITA='2006   3' " + Sempre +
                 "AND ((CONTO.TIPOLOGIACONTO='03') OR (CONTO.TIPOLOGIACONTO='04')) AND CONTO.CODICEINTERNO = 'INT3' "
                 "AND EVENTOCONTABILE.DATASCADENZA < '2006-03-05' AND EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY IS NOT "
                 "NULL AND ((EVENTOCONTABILE.DATASCADENZA >='2006-04-01' AND EVENTOCONTABILE.DATASCADENZA "

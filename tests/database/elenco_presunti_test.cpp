@@ -15,7 +15,7 @@ using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-const std::string inizio =
+const std::string Inizio =
     "SELECT sum(EVE.IMPORTOEURO) AS IMPORTOEURO, MOV.SERIE, MOV.NUMERO, CONTO.CODICECONTO AS CODICECONTO, "
     "CONTO.DESCRIZIONEVOCE AS DESCRIZIONECONTO, BANCA.CODICECONTO AS CODICEBANCA, BANCA.DESCRIZIONEVOCE AS "
     "BANCADESCRIZIONE, EVE.DATACONSEGNA AS DATACONSEGNA, EVE.CODICEDIVISA AS DIVISA, sum(EVE.IMPORTODIVISA) AS "
@@ -23,9 +23,9 @@ const std::string inizio =
     "AS EVE LEFT OUTER JOIN CONTOCONTABILE AS BANCA ON BANCA.CONTOCONTABILE_KEY=EVE.BANCAPRESENTAZIONE_KEY, "
     "CONTOCONTABILE AS CONTO WHERE EVE.AZIENDALINEAKEY=? AND MOV.MOVIMENTOKEY = EVE.MOVIMENTOKEY And "
     "CONTO.CONTOCONTABILE_KEY = EVE.CONTOCONTABILE_KEY AND EVE.TIPOEVENTO = 'P' AND MOV.TIPOOPERAZIONE = '";
-const std::string sempre =
+const std::string Sempre =
     "' AND EVE.SOSPESA = 'N' AND CONTO.TIPOLOGIACONTO in ('01','02','03','04') AND CONTO.BLOCCO = 'N' ";
-const std::string fine = "GROUP BY MOV.SERIE, MOV.NUMERO, CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, BANCA.CODICECONTO, "
+const std::string Fine = "GROUP BY MOV.SERIE, MOV.NUMERO, CONTO.CODICECONTO, CONTO.DESCRIZIONEVOCE, BANCA.CODICECONTO, "
                          "BANCA.DESCRIZIONEVOCE, EVE.DATACONSEGNA, EVE.CODICEDIVISA, EVE.DATACONSEGNAPRODUZIONE ";
 
 FiltroPresunti Clienti() {
@@ -66,11 +66,11 @@ class PresumedList : public testing::TestWithParam<const char*> {
     banco.statements.clear();
     static_cast<void>(ElencoPresunti(connection, 1, filtro, msg));
     const std::string sql = banco.statements.empty() ? "" : banco.statements.back();
-    if (!sql.starts_with(inizio) || !sql.ends_with(fine)) {
+    if (!sql.starts_with(Inizio) || !sql.ends_with(Fine)) {
       ADD_FAILURE() << sql;
       return sql;
     }
-    return sql.substr(inizio.size(), sql.size() - inizio.size() - fine.size());
+    return sql.substr(Inizio.size(), sql.size() - Inizio.size() - Fine.size());
   }
 
   test::BaseDati base{GetParam(), test::DatiPresunti()};
@@ -86,29 +86,29 @@ INSTANTIATE_TEST_SUITE_P(Databases, PresumedStatement, testing::ValuesIn(test::G
 INSTANTIATE_TEST_SUITE_P(Databases, PresumedRows, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
 
 TEST_P(PresumedStatement, WithoutFiltersOnlyTheKindOfOperationIsAsked) {
-  EXPECT_EQ(Condizioni(Clienti()), "V" + sempre);
+  EXPECT_EQ(Condizioni(Clienti()), "V" + Sempre);
 }
 
 TEST_P(PresumedStatement, AnEmptyKindOfOperationIsAskedAllTheSame) {
-  EXPECT_EQ(Condizioni({}), sempre);
+  EXPECT_EQ(Condizioni({}), Sempre);
 }
 
 TEST_P(PresumedStatement, BlankFiltersAddNothing) {
   FiltroPresunti filtro = Clienti();
   filtro.parConto = filtro.parSerie = filtro.parScad = filtro.parBancaSN = " ";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre);
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre);
 }
 
 TEST_P(PresumedStatement, TheReferenceDateHasNoEffect) {
   FiltroPresunti filtro = Clienti();
   filtro.parData = "05/03/2006";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre);
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre);
 }
 
 TEST_P(PresumedStatement, AnAccountIsPutBetweenQuotesAsGiven) {
   FiltroPresunti filtro = Clienti();
   filtro.parConto = "C01";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND CONTO.CODICECONTO = 'C01' ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND CONTO.CODICECONTO = 'C01' ");
 }
 
 TEST_P(PresumedStatement, ADocumentIsFoundByItsNumberAndYearTogether) {
@@ -116,11 +116,11 @@ TEST_P(PresumedStatement, ADocumentIsFoundByItsNumberAndYearTogether) {
   filtro.parSerie = "AB";
   filtro.parNumero = "123";
   filtro.parAnno = "06";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND EVE.MOVIMENTOKEY = 401 ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND EVE.MOVIMENTOKEY = 401 ");
   EXPECT_THAT(banco.statements,
               ElementsAre("SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND "
                           "SERIE=? AND NUMERO=?",
-                          EndsWith(fine)));
+                          EndsWith(Fine)));
 }
 
 TEST_P(PresumedStatement, ADocumentThatDoesNotExistFailsTheList) {
@@ -135,39 +135,39 @@ TEST_P(PresumedStatement, ADocumentThatDoesNotExistFailsTheList) {
 TEST_P(PresumedStatement, OverdueAndNotYetDueCompareTheDeliveryDateWithToday) {
   FiltroPresunti filtro = Clienti();
   filtro.parScad = "SCADUTO";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (EVE.DATACONSEGNA < '2006-03-05') ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND (EVE.DATACONSEGNA < '2006-03-05') ");
   filtro.parScad = "DASCADERE";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (EVE.DATACONSEGNA >= '2006-03-05') ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND (EVE.DATACONSEGNA >= '2006-03-05') ");
   filtro.parScad = "TUTTO";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre);
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre);
 }
 
 TEST_P(PresumedStatement, TheBankSelectionAsksForAPresentOrAMissingBank) {
   FiltroPresunti filtro = Clienti();
   filtro.parBancaSN = "N";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND EVE.BANCAPRESENTAZIONE_KEY IS NULL ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND EVE.BANCAPRESENTAZIONE_KEY IS NULL ");
   filtro.parBancaSN = "S";
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL ");
 }
 
 TEST_P(PresumedStatement, OneExcludedSeriesExcludesNothing) {
   FiltroPresunti filtro = Clienti();
   filtro.parSerieEscluse = {"A"};
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre);
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre);
 }
 
 TEST_P(PresumedStatement, TwoOrMoreSeriesAreExcluded) {
   FiltroPresunti filtro = Clienti();
   filtro.parSerieEscluse = {"A", "B"};
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (MOV.SERIE != 'A' AND MOV.SERIE != 'B' ) ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND (MOV.SERIE != 'A' AND MOV.SERIE != 'B' ) ");
   filtro.parSerieEscluse = {"A", "", "A"};
-  EXPECT_EQ(Condizioni(filtro), "V" + sempre + "AND (MOV.SERIE != 'A' AND MOV.SERIE != '' AND MOV.SERIE != 'A' ) ");
+  EXPECT_EQ(Condizioni(filtro), "V" + Sempre + "AND (MOV.SERIE != 'A' AND MOV.SERIE != '' AND MOV.SERIE != 'A' ) ");
 }
 
 TEST_P(PresumedStatement, AllConditionsKeepTheirOrder) {
   FiltroPresunti filtro{"V", "SCADUTO", "S", "C01", "AB", "123", "06", "", {"X", "Y"}};
   EXPECT_EQ(Condizioni(filtro),
-            "V" + sempre +
+            "V" + Sempre +
                 "AND CONTO.CODICECONTO = 'C01' AND EVE.MOVIMENTOKEY = 401 AND (EVE.DATACONSEGNA < "
                 "'2006-03-05') AND EVE.BANCAPRESENTAZIONE_KEY IS NOT NULL AND (MOV.SERIE != 'X' AND "
                 "MOV.SERIE != 'Y' ) ");

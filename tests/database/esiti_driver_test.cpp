@@ -157,12 +157,12 @@ TEST_F(ReconnectingDriver, NeverSaysThatNothingIsStoredWhereALaterStatementFails
 }
 
 TEST(FailedCommit, IsKnownAsRefusedByAnAnswerOfTheServerAlone) {
-  using ado::detail::withoutAnswer;
+  using ado::detail::WithoutAnswer;
   for (const char* sqlState : {"08S01", "08007", "HYT00", "HYT01", "25S01", "40003"}) {
-    EXPECT_TRUE(withoutAnswer(sqlState)) << sqlState;
+    EXPECT_TRUE(WithoutAnswer(sqlState)) << sqlState;
   }
   for (const char* sqlState : {"40001", "23505", "25006", "HY000", ""}) {
-    EXPECT_FALSE(withoutAnswer(sqlState)) << sqlState;
+    EXPECT_FALSE(WithoutAnswer(sqlState)) << sqlState;
   }
 }
 

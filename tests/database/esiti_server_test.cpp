@@ -25,9 +25,9 @@ constexpr const char* Caduta = "La connessione con la base dati è caduta.";
 class DiscoPieno final : public testing::Environment {
  public:
   void SetUp() override {
-    cartella_ = test::serverDirectory("disco");
+    cartella_ = test::ServerDirectory("disco");
     std::filesystem::create_directories(cartella_);
-    setenv("LD_PRELOAD", test::libraryPath("disco_pieno").c_str(), 1);
+    setenv("LD_PRELOAD", test::LibraryPath("disco_pieno").c_str(), 1);
     setenv("LUMOSCAD_DISCO_PIENO", Segno().c_str(), 1);
   }
   void TearDown() override { std::filesystem::remove_all(cartella_); }
@@ -47,15 +47,15 @@ const DiscoPieno& disco = *static_cast<DiscoPieno*>(testing::AddGlobalTestEnviro
 class Server : public testing::TestWithParam<const char*> {
  protected:
   [[nodiscard]] static bool SuPostgres() { return std::string_view(GetParam()) == "postgres"; }
-  static void Ferma() { SuPostgres() ? test::postgres().stop() : test::mariaDb().stop(); }
-  static void Riavvia() { SuPostgres() ? test::postgres().restart() : test::mariaDb().restart(); }
+  static void Ferma() { SuPostgres() ? test::Postgres().Stop() : test::MariaDb().Stop(); }
+  static void Riavvia() { SuPostgres() ? test::Postgres().Restart() : test::MariaDb().Restart(); }
   /// Brings to the disk what was committed before, which these servers otherwise write late, and all that comes.
   void Consolida() {
     posto_.base.Esegui(SuPostgres() ? "CHECKPOINT" : "SET GLOBAL innodb_flush_log_at_trx_commit=1");
     posto_.base.Ripristina();
     posto_.base.Esegui(SuPostgres() ? "CHECKPOINT" : "FLUSH ENGINE LOGS");
   }
-  static void Uccidi() { SuPostgres() ? test::postgres().kill() : test::mariaDb().kill(); }
+  static void Uccidi() { SuPostgres() ? test::Postgres().Kill() : test::MariaDb().Kill(); }
 
   test::PostoEsiti posto_{GetParam()};
 };
@@ -157,7 +157,7 @@ TEST(RefusedCommit, ByAServerThatBecameReadOnlyIsNotApplied) {
   base.Esegui("GRANT SELECT,UPDATE ON " + base.Valore("SELECT DATABASE()") + ".* TO OPERATORE");
   ado::Connection connection;
   connection.ConnectionString =
-      test::connectionText(test::mariaDb().addSource(base.Valore("SELECT DATABASE()")), "OPERATORE", "Operatore!1");
+      test::ConnectionText(test::MariaDb().AddSource(base.Valore("SELECT DATABASE()")), "OPERATORE", "Operatore!1");
   connection.Open();
   connection.BeginTrans();
   connection.Execute("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY=1");

@@ -96,7 +96,7 @@ TEST_P(KeySearch, FindsAnAccountByItsCode) {
 
 TEST_P(KeySearch, FailsForAnAccountThatIsMissingOrComesTwice) {
   AttendiFallimento([&] { return CercaContoContabile(connection, "Z99"); }, "CONTO CONTABILE INESISTENTE");
-  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui(base.Contesto().DropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'B07','BANCA DOPPIA','07',NULL,'N')");
   AttendiFallimento([&] { return CercaContoContabile(connection, "B07"); }, "CONTO CONTABILE INESISTENTE");
 }
@@ -134,7 +134,7 @@ TEST_P(KeySearch, ReportsAnAccountWithoutDescriptionRow) {
 }
 
 TEST_P(KeySearch, ReportsAnAccountWhoseCodeComesTwice) {
-  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui(base.Contesto().DropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'B07','BANCA DOPPIA','07',NULL,'N')");
   stato().ComandoCorrente = base.Opzioni();
   MsgAnnulla msg;

@@ -25,8 +25,8 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 
-const std::string rataUno = "conto C01 partita 2006   1 rata 1 del 04/03/2006";
-const std::string documento = "conto C01 documento AB/06/123";
+const std::string RataUno = "conto C01 partita 2006   1 rata 1 del 04/03/2006";
+const std::string UnDocumento = "conto C01 documento AB/06/123";
 
 /// Instalment 1 of an item in two events, instalment 2 in one.
 std::string RateDiProva() {
@@ -91,17 +91,17 @@ class RowsLeft : public testing::TestWithParam<const char*> {
   std::vector<std::string> Rimaste(const VariazioniCanalizzazione& variazioni, const char* modo = "CREDITI") {
     EXPECT_EQ(AggiornaCanalizzazione(variazioni, msg, modo), "");
     EXPECT_EQ(msg.Errore, "");
-    return msg.RigheRimaste;
+    return msg.righeRimaste;
   }
   std::vector<std::string> RimasteBanca(const VariazioniConsegna& variazioni) {
     EXPECT_EQ(AggiornaBancaPresunti(variazioni, msg, "PRESUNTI"), "");
     EXPECT_EQ(msg.Errore, "");
-    return msg.RigheRimaste;
+    return msg.righeRimaste;
   }
   std::vector<std::string> RimasteConsegna(const VariazioniConsegna& variazioni) {
     EXPECT_EQ(AggiornaConsegna(variazioni, msg, "PRESUNTI"), "");
     EXPECT_EQ(msg.Errore, "");
-    return msg.RigheRimaste;
+    return msg.righeRimaste;
   }
   [[nodiscard]] std::size_t Domande() const {
     return static_cast<std::size_t>(
@@ -122,7 +122,7 @@ class RowsLeft : public testing::TestWithParam<const char*> {
 class RowsLeftOnAServer : public RowsLeft {};
 
 INSTANTIATE_TEST_SUITE_P(Databases, RowsLeft, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
-INSTANTIATE_TEST_SUITE_P(Databases, RowsLeftOnAServer, testing::ValuesIn(test::databaseServers()), test::NomeDelGenere);
+INSTANTIATE_TEST_SUITE_P(Databases, RowsLeftOnAServer, testing::ValuesIn(test::DatabaseServers()), test::NomeDelGenere);
 
 TEST_P(RowsLeft, AreNamedWhereSomebodyChangedThemAndTheRestIsCommitted) {
   Altro("BANCAPRESENTAZIONE_KEY=108", "101,102");
@@ -130,18 +130,18 @@ TEST_P(RowsLeft, AreNamedWhereSomebodyChangedThemAndTheRestIsCommitted) {
   seconda.ScadenzaOriginale = "28/02/2006";
   seconda.VecchiaScadenza = "04/04/2006";
   seconda.NumeroRata = "2";
-  EXPECT_THAT(Rimaste({Rata("B07"), seconda}), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({Rata("B07"), seconda}), ElementsAre(RataUno));
   EXPECT_THAT(Banche("101,102,103"), ElementsAre("108", "108", "107"));
 }
 
 TEST_P(RowsLeft, AreNamedWhereSomebodyTookThemAway) {
   base.Esegui("DELETE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN (101,102)");
-  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(RataUno));
 }
 
 TEST_P(RowsLeft, AreNamedWhereSomebodySuspendedThem) {
   Altro("SOSPESA='S'", "101,102");
-  EXPECT_THAT(Rimaste({Rata("", "01/04/2006")}), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({Rata("", "01/04/2006")}), ElementsAre(RataUno));
 }
 
 TEST_P(RowsLeft, AreNotNamedWhereTheyHoldTheNewValueAlready) {
@@ -155,13 +155,13 @@ TEST_P(RowsLeft, AreNotNamedWhereTheyHoldTheNewValueAlready) {
 
 TEST_P(RowsLeft, AreNamedWhereOneOfTwoNewValuesIsMissing) {
   Altro("BANCAPRESENTAZIONE_KEY=107", "101,102");
-  EXPECT_THAT(Rimaste({Rata("B07", "01/04/2006")}), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({Rata("B07", "01/04/2006")}), ElementsAre(RataUno));
 }
 
 TEST_P(RowsLeft, AreNamedWhereOneOfTheRecordsRowsHoldsAnotherValue) {
   Altro("BANCAPRESENTAZIONE_KEY=107", "101");
   Altro("BANCAPRESENTAZIONE_KEY=108", "102");
-  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(RataUno));
 }
 
 TEST_P(RowsLeft, AreNamedWithoutADueDateToo) {
@@ -180,19 +180,19 @@ TEST_P(RowsLeft, AreAskedForOnlyWhereAStatementMatchedNone) {
 TEST_P(RowsLeft, AreToldForEachRecordByWhatTheOnesBeforeItWrote) {
   EXPECT_THAT(Rimaste({Rata("B07"), Rata("B07")}), IsEmpty()) << "the second finds its own bank there";
   Altro("BANCAPRESENTAZIONE_KEY=106", "101,102");
-  EXPECT_THAT(Rimaste({Rata("B07"), Rata("B08")}), ElementsAre(rataUno)) << "the first one's bank stays";
+  EXPECT_THAT(Rimaste({Rata("B07"), Rata("B08")}), ElementsAre(RataUno)) << "the first one's bank stays";
   EXPECT_THAT(Banche("101,102"), ElementsAre("107", "107"));
   VariazioneCanalizzazione seguente = Rata("B06");
   seguente.VecchiaBanca = "B07";
   Altro("BANCAPRESENTAZIONE_KEY=108", "101");
-  EXPECT_THAT(Rimaste({Rata("B07"), seguente}), ElementsAre(rataUno)) << "the second moved the other event on";
+  EXPECT_THAT(Rimaste({Rata("B07"), seguente}), ElementsAre(RataUno)) << "the second moved the other event on";
 }
 
 TEST_P(RowsLeft, AreForgottenWhereNothingIsKept) {
   Altro("BANCAPRESENTAZIONE_KEY=108", "101,102");
   EXPECT_EQ(AggiornaCanalizzazione({Rata("B07"), Rata("Z99")}, msg, "CREDITI"), "error");
   EXPECT_THAT(msg.Errore, HasSubstr("CONTO CONTABILE INESISTENTE"));
-  EXPECT_THAT(msg.RigheRimaste, IsEmpty());
+  EXPECT_THAT(msg.righeRimaste, IsEmpty());
 }
 
 TEST_P(RowsLeft, OfTheListByMovementOrItemAreNamedToo) {
@@ -201,9 +201,9 @@ TEST_P(RowsLeft, OfTheListByMovementOrItemAreNamedToo) {
   EXPECT_THAT(Rimaste({v}, "PRESUNTI"), IsEmpty());
   EXPECT_THAT(Rimaste({v}, "PRESUNTI"), IsEmpty()) << "they hold the bank by now";
   v.NuovaBanca = "B08";
-  EXPECT_THAT(Rimaste({v}, "PRESUNTI"), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({v}, "PRESUNTI"), ElementsAre(RataUno));
   v.idMovimentoKey = "#null#";
-  EXPECT_THAT(Rimaste({v}, "PRESUNTI"), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({v}, "PRESUNTI"), ElementsAre(RataUno));
   Altro("BANCAPRESENTAZIONE_KEY=108", "101,102");
   EXPECT_THAT(Rimaste({v}, "PRESUNTI"), IsEmpty());
 }
@@ -222,41 +222,41 @@ TEST_P(RowsLeft, OfARecordWithoutKeysAreNotAskedFor) {
 
 TEST_P(RowsLeft, OfADocumentWhoseBankSomebodyChangedAreNamed) {
   Altro("BANCAPRESENTAZIONE_KEY=107", "1,3,12");
-  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), ElementsAre(documento));
-  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "#null#")}), ElementsAre(documento));
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), ElementsAre(UnDocumento));
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "#null#")}), ElementsAre(UnDocumento));
   EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B07")}), IsEmpty());
   Altro("SOSPESA='S'", "1,2,3");
   EXPECT_THAT(RimasteBanca({CambioBanca("B07", "B08")}), IsEmpty()) << "the instalment of the same movement is changed";
-  EXPECT_THAT(RimasteBanca({CambioBanca("B07", "B08")}), ElementsAre(documento)) << "and the document is suspended";
+  EXPECT_THAT(RimasteBanca({CambioBanca("B07", "B08")}), ElementsAre(UnDocumento)) << "and the document is suspended";
 }
 
 TEST_P(RowsLeft, OfADocumentWhoseDeliverySomebodyMovedAreNamed) {
   Altro("DATACONSEGNA='2006-03-15'", "1,2,12");
-  EXPECT_THAT(RimasteConsegna({Consegna("11/03/2006")}), ElementsAre(documento));
-  EXPECT_THAT(RimasteConsegna({Consegna("#null#")}), ElementsAre(documento));
+  EXPECT_THAT(RimasteConsegna({Consegna("11/03/2006")}), ElementsAre(UnDocumento));
+  EXPECT_THAT(RimasteConsegna({Consegna("#null#")}), ElementsAre(UnDocumento));
   EXPECT_THAT(RimasteConsegna({Consegna("15/03/2006")}), IsEmpty()) << "the row of another first date says nothing";
   Altro("DATACONSEGNA='2006-03-11'", "1,12");
-  EXPECT_THAT(RimasteConsegna({Consegna("11/03/2006")}), ElementsAre(documento)) << "one of its rows is elsewhere";
+  EXPECT_THAT(RimasteConsegna({Consegna("11/03/2006")}), ElementsAre(UnDocumento)) << "one of its rows is elsewhere";
   VariazioneConsegna ordine = Consegna("11/03/2006");
   ordine.idOrdineKey = "403";
-  EXPECT_THAT(RimasteConsegna({ordine}), ElementsAre(documento)) << "the order key counts before the movement's";
+  EXPECT_THAT(RimasteConsegna({ordine}), ElementsAre(UnDocumento)) << "the order key counts before the movement's";
 }
 
 TEST_P(RowsLeftOnAServer, AreNamedWhereSomebodyTakesOneAwayBetweenSelectionAndChange) {
   bool tolta = false;
-  activeServices().statementSent = [&](std::string_view sql) {
+  ActiveServices().statementSent = [&](std::string_view sql) {
     if (!tolta && sql.starts_with("UPDATE")) {
       tolta = true;
       base.Esegui("DELETE FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=101");
     }
   };
-  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(rataUno));
+  EXPECT_THAT(Rimaste({Rata("B07")}), ElementsAre(RataUno));
   EXPECT_THAT(Banche("102"), ElementsAre("107"));
 }
 
 TEST_P(RowsLeftOnAServer, AreNotNamedWhereSomebodyMakesTheSameChangeBetweenSelectionAndChange) {
   bool fatta = false;
-  activeServices().statementSent = [&](std::string_view sql) {
+  ActiveServices().statementSent = [&](std::string_view sql) {
     if (!fatta && sql.starts_with("UPDATE")) {
       fatta = true;
       Altro("BANCAPRESENTAZIONE_KEY=107", "101");
@@ -278,7 +278,7 @@ TEST_P(RowsLeft, OfTwoEqualDeliveriesAreChangedByTheFirst) {
     EXPECT_THAT(RimasteConsegna({v, v}), IsEmpty()) << origine;
     EXPECT_THAT(base.Righe(consegne), ElementsAre("2006-03-11", "2006-03-11", "2006-03-20")) << origine;
     EXPECT_EQ(Domande(), 0U) << origine;
-    EXPECT_THAT(RimasteConsegna({v}), ElementsAre(documento)) << "another confirmation knows nothing of this one";
+    EXPECT_THAT(RimasteConsegna({v}), ElementsAre(UnDocumento)) << "another confirmation knows nothing of this one";
     banco.statements.clear();
   }
 }
@@ -299,7 +299,7 @@ TEST_P(RowsLeft, OfTwoEqualBanksOfADocumentAreChangedByTheFirst) {
   EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08"), CambioBanca("B06", "B08")}), IsEmpty());
   EXPECT_THAT(Banche("1,2"), ElementsAre("108", "108"));
   EXPECT_EQ(Domande(), 0U);
-  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), ElementsAre(documento));
+  EXPECT_THAT(RimasteBanca({CambioBanca("B06", "B08")}), ElementsAre(UnDocumento));
 }
 
 TEST_P(RowsLeft, OfTwoEqualInstalmentsAreChangedByTheFirst) {
@@ -318,7 +318,7 @@ TEST_P(RowsLeft, OfTwoEqualInstalmentsAreChangedByTheFirst) {
 }
 
 TEST_P(RowsLeft, AreNoneWhereTheDatabaseDropsAChangeWithoutAWord) {
-  const auto scarta = base.Contesto().dropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=102");
+  const auto scarta = base.Contesto().DropUpdate("EVENTOCONTABILE", "OLD.EVENTOCONTABILEKEY=102");
   if (scarta.empty()) {
     GTEST_SKIP() << "no trigger of this server drops an update";
   }
@@ -330,12 +330,12 @@ TEST_P(RowsLeft, AreNoneWhereTheDatabaseDropsAChangeWithoutAWord) {
     EXPECT_THAT(msg.Errore, AllOf(HasSubstr("-2147217864"),
                                   HasSubstr("La base dati non ha registrato la modifica, senza dirne il motivo: una "
                                             "regola della tabella può averla scartata.")));
-    EXPECT_THAT(msg.RigheRimaste, IsEmpty());
+    EXPECT_THAT(msg.righeRimaste, IsEmpty());
   }
   EXPECT_THAT(Banche("101,102"), ElementsAre("106", "106"));
 }
 
-constexpr const char* frase = "L'host ha registrato la modifica; nella base dati queste righe erano già cambiate e "
+constexpr const char* Frase = "L'host ha registrato la modifica; nella base dati queste righe erano già cambiate e "
                               "sono rimaste com'erano: ";
 
 class CommandWithRowsLeft : public RowsLeft {
@@ -379,7 +379,7 @@ TEST_P(CommandWithRowsLeft, ShowsThemInOneBoxAfterTheReleaseAndSucceeds) {
   banco.host.reply = "<R><MESSAGGIO>Variate 2 scadenze</MESSAGGIO></R>";
   Recita(7, "010406", [this] { Altro("DATASCADENZA='2006-05-05'", "101,102"); });
   EXPECT_EQ(Esegui("BANCA /CREDITI -P 2006   1"), "");
-  EXPECT_THAT(banco.desktop.box, ElementsAre("Variate 2 scadenze", frase + rataUno));
+  EXPECT_THAT(banco.desktop.box, ElementsAre("Variate 2 scadenze", Frase + RataUno));
   EXPECT_EQ(banco.desktop.titles.back(), "LumoScad");
   EXPECT_EQ(boxAlRilascio, 1U) << "the list was still taken";
   EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);
@@ -397,7 +397,7 @@ TEST_P(CommandWithRowsLeft, TellsOfDeliveriesToo) {
   Recita(7, "110306", [this] { Altro("SOSPESA='S'", "1,2,3"); });
   EXPECT_EQ(Esegui("CONSEGNA /PRESUNTI -TIPOMOVIMENTI V -B X -S AB -N 123 -A 06"), "");
   // The two rows of the document read the same.
-  EXPECT_THAT(banco.desktop.box, ElementsAre(frase + documento));
+  EXPECT_THAT(banco.desktop.box, ElementsAre(Frase + UnDocumento));
   EXPECT_EQ(boxAlRilascio, 0U);
 }
 
@@ -412,8 +412,8 @@ TEST_P(CommandWithRowsLeft, CountsThoseBeyondTwenty) {
   EXPECT_EQ(Esegui("BANCA /CREDITI -P 2006   2"), "");
   ASSERT_THAT(banco.desktop.box, SizeIs(1));
   const std::string& testo = banco.desktop.box[0];
-  EXPECT_THAT(testo, AllOf(StartsWith(frase), EndsWith("; e altre 2")));
-  EXPECT_EQ(std::count(testo.begin() + static_cast<std::ptrdiff_t>(std::string(frase).size()), testo.end(), ';'), 20);
+  EXPECT_THAT(testo, AllOf(StartsWith(Frase), EndsWith("; e altre 2")));
+  EXPECT_EQ(std::count(testo.begin() + static_cast<std::ptrdiff_t>(std::string(Frase).size()), testo.end(), ';'), 20);
 }
 
 } // namespace

@@ -17,7 +17,7 @@ using Elenco = frmLumoScadenzeBanche;
 
 /// The rows that the due-date request takes: those of the credits/debits list, whichever screen confirms.
 std::vector<RigaScadenze> RigheDellElenco(Elenco& elenco) {
-  const RigheGriglia& griglia = elenco.griglia().Righe;
+  const RigheGriglia& griglia = elenco.griglia().righe;
   std::vector<RigaScadenze> righe;
   for (std::size_t posto = 0; posto < griglia.Quante(); ++posto) {
     const auto testo = [&griglia, riga = griglia.RigaAlPosto(posto)](int colonna) {
@@ -33,11 +33,11 @@ std::vector<RigaScadenze> RigheDellElenco(Elenco& elenco) {
 class ItemScreenOnADatabase : public test::BaseDelleAzioni {
  protected:
   ItemScreenOnADatabase() {
-    stato().Azienda = "01";
+    stato().azienda = "01";
     stato().HostIP = "10.0.0.1";
-    stato().TipoComando = "BANCA";
-    stato().ContoScadenze = "C10";
-    stato().PartitaScadenze = "AB   123";
+    stato().tipoComando = "BANCA";
+    stato().contoScadenze = "C10";
+    stato().partitaScadenze = "AB   123";
     stato().Serie = "A";
     stato().Esercizio = "2006";
     stato().Numero = "15";
@@ -46,7 +46,7 @@ class ItemScreenOnADatabase : public test::BaseDelleAzioni {
   }
 
   void NellElenco(const std::string& scadenza, const std::string& originale, const std::string& nuova) {
-    elenco.griglia().Righe.Aggiungi({"C10", "AB   123", scadenza, originale, "", "100,00", "", nuova, "1", "", "", ""});
+    elenco.griglia().righe.Aggiungi({"C10", "AB   123", scadenza, originale, "", "100,00", "", nuova, "1", "", "", ""});
   }
   /// "Conferma" in the window of the open item.
   std::string ConfermaScad() {
@@ -62,7 +62,7 @@ class ItemScreenOnADatabase : public test::BaseDelleAzioni {
   FormLumoScad form{[this] { return ScriviRichiestaScadenze(RigheDellElenco(elenco)); },
                     [] {
                       const Stato& s = stato();
-                      return ModuloMain::CancellaExtra(s.Azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
+                      return ModuloMain::CancellaExtra(s.azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
                     }};
 };
 
@@ -91,14 +91,14 @@ TEST_P(ItemScreenOnADatabase, ThePresentDateOfTheListIsComparedWithTheOriginalOn
 TEST_P(ItemScreenOnADatabase, WithoutRowsInTheListTheConfirmationSendsNothingWhateverTheWindowHolds) {
   form.griglia().TextScadenza_Change("050706");
   form.PicSelezionaTutto_Click();
-  EXPECT_EQ(form.griglia().Righe.Testo(0, FormLumoScad::NuovaScadenza), "05/07/2006");
+  EXPECT_EQ(form.griglia().righe.Testo(0, FormLumoScad::NuovaScadenza), "05/07/2006");
   EXPECT_EQ(ConfermaScad(), "");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   NienteCambiato();
 }
 
 TEST_P(ItemScreenOnADatabase, AnItemThatIsGoneIsAnError) {
-  stato().PartitaScadenze = "MAI VISTA";
+  stato().partitaScadenze = "MAI VISTA";
   NellElenco("28/02/2006", "28/02/2006", "05/07/2006");
   EXPECT_EQ(ConfermaScad(), "error");
   NienteCambiato();
@@ -134,7 +134,7 @@ TEST_P(ItemScreenOnADatabase, ARefusalOfTheHostIsAnErrorAndIsShown) {
 }
 
 TEST_P(ItemScreenOnADatabase, InADemonstrationTheConfirmationComesAfterTheWindowAndHasTheSameOutcome) {
-  stato().DemoPresunti = true;
+  stato().demoPresunti = true;
   banco_.desktop.itemScripts.emplace_back([this](SingleItemWindow& finestra) {
     finestra.PictureOk_Click();
     EXPECT_THAT(banco_.host.operazioni, IsEmpty());

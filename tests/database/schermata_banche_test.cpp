@@ -179,7 +179,7 @@ TEST_P(BankScreenBanks, AreABlankAndTheAccountsByDescriptionInBothFields) {
 }
 
 TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
-  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui(base.Contesto().DropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'b07','BANCA BIS','06',NULL,'N')");
   std::vector<std::string> voci;
   std::size_t quante = 0;
@@ -193,7 +193,7 @@ TEST_P(BankScreenBanks, StopAtACodeThatComesTwiceAndReportIt) {
 }
 
 TEST_P(BankScreenBanks, ThatCouldNotAllBeListedDoNotKeepBackWhatWasConfirmed) {
-  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui(base.Contesto().DropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (199,'b07','BANCA BIS','06',NULL,'N')");
   banco.desktop.scripts.emplace_back([this](ListWindow& aperta) {
     finestra = &aperta;

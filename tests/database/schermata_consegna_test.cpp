@@ -36,10 +36,10 @@ TEST_P(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
 TEST_P(DeliveryScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   std::vector<std::string> durante;
   schermata.griglia().Tag = "CONSEGNA"; // of an earlier showing
-  activeServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  ActiveServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "CONSEGNA");
-    EXPECT_EQ(schermata.griglia().Modo, "CONSEGNA");
+    EXPECT_EQ(schermata.griglia().modo, "CONSEGNA");
   });
   EXPECT_THAT(durante, testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each("")));
 }

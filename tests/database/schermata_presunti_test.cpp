@@ -47,10 +47,10 @@ TEST_P(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
 TEST_P(PresumedScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   std::vector<std::string> durante;
   schermata.griglia().Tag = "PRESUNTI"; // of an earlier showing
-  activeServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  ActiveServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "PRESUNTI");
-    EXPECT_EQ(schermata.griglia().Modo, "PRESUNTI");
+    EXPECT_EQ(schermata.griglia().modo, "PRESUNTI");
   });
   EXPECT_THAT(durante, testing::AllOf(testing::Not(testing::IsEmpty()), testing::Each("")));
 }
@@ -262,7 +262,7 @@ TEST_P(PresumedScreen, TheEditorLeftOnItsBlankEntryRemovesTheBank) {
 }
 
 TEST_P(PresumedScreen, ABankCodeThatComesTwiceIsListedTwice) {
-  base.Esegui(base.Contesto().dropIndex("CONTO_CODICE", "CONTOCONTABILE"));
+  base.Esegui(base.Contesto().DropIndex("CONTO_CODICE", "CONTOCONTABILE"));
   base.Esegui("INSERT INTO CONTOCONTABILE VALUES (120,'B07','BANCA GAMMA','06',NULL,'N')");
   Mostra([this] {
     EXPECT_THAT(finestra->Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA", "BANCA GAMMA"));
@@ -337,12 +337,12 @@ TEST_P(PresumedScreen, TheCloseBoxAfterAnEarlierConfirmationHandsBackNothing) {
 
 TEST_P(PresumedScreen, BeforeAnythingWasLoadedNothingCanBeEditedOrConfirmed) {
   auto& griglia = schermata.griglia();
-  griglia.Righe.Aggiungi({"ROSSI", "AB123/06"});
+  griglia.righe.Aggiungi({"ROSSI", "AB123/06"});
   griglia.Resize();
   griglia.CambiaCheck("RADIO1");
-  EXPECT_EQ(griglia.Righe.Testo(0, FormPresunti::NuovaBanca), "");
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
-  griglia.Righe.ImpostaTag(0, FormPresunti::NuovaBanca, "B06");
+  EXPECT_EQ(griglia.righe.Testo(0, FormPresunti::NuovaBanca), "");
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 0));
+  griglia.righe.ImpostaTag(0, FormPresunti::NuovaBanca, "B06");
   griglia.PictureOk_Click();
   EXPECT_TRUE(griglia.Stato().unloaded);
 }

@@ -11,8 +11,8 @@ class PresumedScreenWithoutDocument : public test::SchermataPresunti<FormPresunt
 
   std::size_t AggiungiSenzaDocumento(const char* banca) {
     Griglia& griglia = schermata.griglia();
-    const auto riga = griglia.Righe.Aggiungi({"ROSSI SRL", "", "", "EUR", "1,00", banca});
-    griglia.Righe.ImpostaTag(riga, FormPresunti::Banca, "B06");
+    const auto riga = griglia.righe.Aggiungi({"ROSSI SRL", "", "", "EUR", "1,00", banca});
+    griglia.righe.ImpostaTag(riga, FormPresunti::Banca, "B06");
     return riga;
   }
   [[nodiscard]] std::string NuovaBanca(std::size_t riga) const {

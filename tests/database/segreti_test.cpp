@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 using namespace lumoscad;
-using ado::detail::withoutPassword;
+using ado::detail::WithoutPassword;
 using testing::Each;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -77,26 +77,26 @@ TEST(Password, OfAServerDoesNotAppearWhereItServesAsSchema) {
 }
 
 TEST(Password, IsBlottedOutWholeAndInPieces) {
-  EXPECT_EQ(withoutPassword("relation \"segreta9.errore\" does not exist", "Segreta9"),
+  EXPECT_EQ(WithoutPassword("relation \"segreta9.errore\" does not exist", "Segreta9"),
             "relation \"***.errore\" does not exist");
-  EXPECT_EQ(withoutPassword("at or near \"eta9\"", "12segreta9"), "at or near \"***\"");
-  EXPECT_EQ(withoutPassword("SEGRETA9SEGRETA9", "segreta9"), "******");
-  EXPECT_EQ(withoutPassword("x abc y", "abc"), "x *** y") << "una password breve si cancella intera";
-  EXPECT_EQ(withoutPassword("x ab y", "abc"), "x ab y");
-  EXPECT_EQ(withoutPassword("niente di segreto qui", "Zz91kk"), "niente di segreto qui");
-  EXPECT_EQ(withoutPassword("testo", ""), "testo");
-  EXPECT_EQ(withoutPassword("", "Segreta9"), "");
+  EXPECT_EQ(WithoutPassword("at or near \"eta9\"", "12segreta9"), "at or near \"***\"");
+  EXPECT_EQ(WithoutPassword("SEGRETA9SEGRETA9", "segreta9"), "******");
+  EXPECT_EQ(WithoutPassword("x abc y", "abc"), "x *** y") << "una password breve si cancella intera";
+  EXPECT_EQ(WithoutPassword("x ab y", "abc"), "x ab y");
+  EXPECT_EQ(WithoutPassword("niente di segreto qui", "Zz91kk"), "niente di segreto qui");
+  EXPECT_EQ(WithoutPassword("testo", ""), "testo");
+  EXPECT_EQ(WithoutPassword("", "Segreta9"), "");
 }
 
 TEST(Password, OfOneLetterIsNotBlottedOut) {
-  EXPECT_EQ(withoutPassword("la data della base dati", "a"), "la data della base dati");
-  EXPECT_EQ(withoutPassword("così è, perché è", "è"), "così è, perché è");
-  EXPECT_EQ(withoutPassword("la password ab di prima", "ab"), "la password *** di prima");
+  EXPECT_EQ(WithoutPassword("la data della base dati", "a"), "la data della base dati");
+  EXPECT_EQ(WithoutPassword("così è, perché è", "è"), "così è, perché è");
+  EXPECT_EQ(WithoutPassword("la password ab di prima", "ab"), "la password *** di prima");
 }
 
 TEST(Password, WithAccentsIsBlottedOutInAnyCaseAndLeavesWholeCharacters) {
-  EXPECT_EQ(withoutPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
+  EXPECT_EQ(WithoutPassword("schema PERCHÉ99 assente", "perché99"), "schema *** assente");
   // The characters share their first byte: what is left begins and ends with whole ones.
-  EXPECT_EQ(withoutPassword("abcdè", "abcdé"), "***è");
-  EXPECT_EQ(withoutPassword("éabcd", "èabcd"), "é***");
+  EXPECT_EQ(WithoutPassword("abcdè", "abcdé"), "***è");
+  EXPECT_EQ(WithoutPassword("éabcd", "èabcd"), "é***");
 }

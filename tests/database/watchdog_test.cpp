@@ -26,10 +26,10 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr milliseconds shortLimit(150);
-constexpr milliseconds ample(3000);
+constexpr milliseconds ShortLimit(150);
+constexpr milliseconds Ample(3000);
 
-int portOf(int descriptor, bool peer) {
+int PortOf(int descriptor, bool peer) {
   sockaddr_in address{};
   socklen_t length = sizeof address;
   auto* const any = reinterpret_cast<sockaddr*>(&address);
@@ -50,7 +50,7 @@ class SilentServer {
     getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
     client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     EXPECT_EQ(connect(client, reinterpret_cast<sockaddr*>(&address), length), 0);
-    ends = {"127.0.0.1", portOf(client, true), "127.0.0.1", portOf(client, false)};
+    ends = {"127.0.0.1", PortOf(client, true), "127.0.0.1", PortOf(client, false)};
   }
   SilentServer(const SilentServer&) = delete;
   SilentServer& operator=(const SilentServer&) = delete;
@@ -60,14 +60,14 @@ class SilentServer {
   }
 
   /// Reads as a driver does; how long that took, and what it gave.
-  std::pair<milliseconds, ssize_t> read() const {
+  std::pair<milliseconds, ssize_t> Read() const {
     const auto begin = Clock::now();
     char byte = 0;
     const ssize_t got = recv(client, &byte, 1, 0);
     return {std::chrono::duration_cast<milliseconds>(Clock::now() - begin), got};
   }
   /// Whether the connection is still open: nothing to read, rather than the end.
-  [[nodiscard]] bool isOpen() const {
+  [[nodiscard]] bool StillOpen() const {
     char byte = 0;
     return recv(client, &byte, 1, MSG_DONTWAIT) < 0 && errno == EAGAIN;
   }
@@ -79,13 +79,13 @@ class SilentServer {
   int listener_;
 };
 
-std::size_t threads() {
+std::size_t Threads() {
   const std::filesystem::directory_iterator tasks("/proc/self/task");
   return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
 }
 
 /// Whether the thread's mask holds every signal that can be blocked.
-bool blocksEverySignal(const std::filesystem::path& status) {
+bool BlocksEverySignal(const std::filesystem::path& status) {
   std::ifstream file(status);
   for (std::string line; std::getline(file, line);) {
     if (!line.starts_with("SigBlk:")) {
@@ -106,33 +106,33 @@ bool blocksEverySignal(const std::filesystem::path& status) {
 } // namespace
 
 TEST(Watchdog, EndsAReadThatGetsNoAnswerWithinItsLimit) {
-  const Sockets before = openSockets();
+  const Sockets before = OpenSockets();
   const SilentServer server;
-  const auto watchdog = Watchdog::over(server.ends, before);
+  const auto watchdog = Watchdog::Over(server.ends, before);
   ASSERT_NE(watchdog, nullptr);
-  ASSERT_TRUE(watchdog->enter(shortLimit));
-  EXPECT_FALSE(watchdog->enter(ample)) << "the outer call's limit holds";
-  const auto [time, got] = server.read();
-  watchdog->leave();
+  ASSERT_TRUE(watchdog->Enter(ShortLimit));
+  EXPECT_FALSE(watchdog->Enter(Ample)) << "the outer call's limit holds";
+  const auto [time, got] = server.Read();
+  watchdog->Leave();
   EXPECT_EQ(got, 0);
-  EXPECT_GE(time, shortLimit);
-  EXPECT_LT(time, ample);
-  EXPECT_TRUE(watchdog->struck());
+  EXPECT_GE(time, ShortLimit);
+  EXPECT_LT(time, Ample);
+  EXPECT_TRUE(watchdog->Struck());
 }
 
 TEST(Watchdog, IsKnownToHaveStruckAtOnceWhenTheReadEnds) {
   std::atomic<int> unknown{0};
   std::vector<std::jthread> readers;
   for (int reader = 0; reader < 32; ++reader) {
-    const Sockets before = openSockets();
+    const Sockets before = OpenSockets();
     auto server = std::make_shared<SilentServer>();
-    const std::shared_ptr<Watchdog> watchdog = Watchdog::over(server->ends, before);
+    const std::shared_ptr<Watchdog> watchdog = Watchdog::Over(server->ends, before);
     ASSERT_NE(watchdog, nullptr);
-    ASSERT_TRUE(watchdog->enter(shortLimit));
+    ASSERT_TRUE(watchdog->Enter(ShortLimit));
     readers.emplace_back([server, watchdog, &unknown] {
-      server->read();
-      unknown += watchdog->struck() ? 0 : 1;
-      watchdog->leave();
+      server->Read();
+      unknown += watchdog->Struck() ? 0 : 1;
+      watchdog->Leave();
     });
   }
   readers.clear();
@@ -141,86 +141,86 @@ TEST(Watchdog, IsKnownToHaveStruckAtOnceWhenTheReadEnds) {
 
 TEST(Watchdog, LeavesAConnectionAloneBetweenCallsAndInCallsThatEndInTime) {
   const SilentServer server;
-  const auto watchdog = Watchdog::over(server.ends, {});
+  const auto watchdog = Watchdog::Over(server.ends, {});
   ASSERT_NE(watchdog, nullptr);
   for (int call = 0; call < 4; ++call) {
-    ASSERT_TRUE(watchdog->enter(milliseconds(400)));
+    ASSERT_TRUE(watchdog->Enter(milliseconds(400)));
     std::this_thread::sleep_for(milliseconds(150));
-    watchdog->leave();
+    watchdog->Leave();
   }
   std::this_thread::sleep_for(milliseconds(500));
-  EXPECT_TRUE(server.isOpen());
-  EXPECT_FALSE(watchdog->struck());
+  EXPECT_TRUE(server.StillOpen());
+  EXPECT_FALSE(watchdog->Struck());
 }
 
 TEST(Watchdog, TakesNoSocketThatIsNotCertainlyTheSessions) {
   const SilentServer server;
   Endpoints others = server.ends;
   others.clientPort = 1;
-  EXPECT_EQ(Watchdog::over(others, {}), nullptr) << "a session behind a proxy";
+  EXPECT_EQ(Watchdog::Over(others, {}), nullptr) << "a session behind a proxy";
   others = server.ends;
   others.serverPort = 1;
-  EXPECT_EQ(Watchdog::over(others, {}), nullptr);
+  EXPECT_EQ(Watchdog::Over(others, {}), nullptr);
   others = server.ends;
   others.serverAddress = "127.0.0.2";
-  EXPECT_EQ(Watchdog::over(others, {}), nullptr);
+  EXPECT_EQ(Watchdog::Over(others, {}), nullptr);
   others = server.ends;
   others.clientAddress = "10.0.0.1";
-  EXPECT_EQ(Watchdog::over(others, {}), nullptr);
-  EXPECT_EQ(Watchdog::over(server.ends, openSockets()), nullptr) << "it was there before the session was opened";
+  EXPECT_EQ(Watchdog::Over(others, {}), nullptr);
+  EXPECT_EQ(Watchdog::Over(server.ends, OpenSockets()), nullptr) << "it was there before the session was opened";
   others = server.ends;
   others.serverAddress.clear();
   others.clientAddress = "localhost";
-  EXPECT_NE(Watchdog::over(others, {}), nullptr) << "a server that does not tell its address";
+  EXPECT_NE(Watchdog::Over(others, {}), nullptr) << "a server that does not tell its address";
 }
 
 TEST(Watchdog, NeverTouchesAnotherSocketThatWasGivenTheSameDescriptor) {
   const SilentServer server;
   const SilentServer another;
-  const auto watchdog = Watchdog::over(server.ends, {});
+  const auto watchdog = Watchdog::Over(server.ends, {});
   ASSERT_NE(watchdog, nullptr);
-  ASSERT_TRUE(watchdog->enter(shortLimit));
+  ASSERT_TRUE(watchdog->Enter(ShortLimit));
   ASSERT_EQ(dup2(another.client, server.client), server.client);
   std::this_thread::sleep_for(milliseconds(500));
-  watchdog->leave();
-  EXPECT_TRUE(another.isOpen());
-  EXPECT_FALSE(watchdog->struck());
+  watchdog->Leave();
+  EXPECT_TRUE(another.StillOpen());
+  EXPECT_FALSE(watchdog->Struck());
 }
 
 TEST(Watchdog, TakesNoSignalAndLeavesNoThread) {
-  const std::size_t before = threads();
+  const std::size_t before = Threads();
   {
     const SilentServer server;
-    const auto watchdog = Watchdog::over(server.ends, {});
+    const auto watchdog = Watchdog::Over(server.ends, {});
     ASSERT_NE(watchdog, nullptr);
-    EXPECT_EQ(threads(), before + 1);
+    EXPECT_EQ(Threads(), before + 1);
     std::size_t blocking = 0;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-      blocking += blocksEverySignal(task.path() / "status") ? 1 : 0;
+      blocking += BlocksEverySignal(task.path() / "status") ? 1 : 0;
     }
     EXPECT_EQ(blocking, 1U);
   }
-  EXPECT_EQ(threads(), before);
+  EXPECT_EQ(Threads(), before);
 }
 
 TEST(Watchdog, LetsAForkedChildEndAndStaysWithItsParent) {
   const SilentServer server;
-  auto watchdog = Watchdog::over(server.ends, {});
+  auto watchdog = Watchdog::Over(server.ends, {});
   ASSERT_NE(watchdog, nullptr);
-  ASSERT_TRUE(watchdog->enter(shortLimit));
+  ASSERT_TRUE(watchdog->Enter(ShortLimit));
   const pid_t child = fork();
   if (child == 0) {
     alarm(5);
-    watchdog->leave();
+    watchdog->Leave();
     watchdog.reset();
     _exit(7);
   }
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7) << "the child hung";
-  EXPECT_EQ(server.read().second, 0);
-  watchdog->leave();
-  EXPECT_TRUE(watchdog->struck());
+  EXPECT_EQ(server.Read().second, 0);
+  watchdog->Leave();
+  EXPECT_TRUE(watchdog->Struck());
 }
 
 } // namespace lumoscad::ado::detail

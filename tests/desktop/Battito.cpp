@@ -24,7 +24,7 @@ Battito::Battito(std::vector<Passo> passi) : passi_(std::move(passi)) {
 void Battito::Annota() {
   if (!corrente_.empty()) {
     double& fermo = fermi_[corrente_];
-    fermo = std::max(fermo, orologio_.milliseconds());
+    fermo = std::max(fermo, orologio_.Milliseconds());
   }
   orologio_ = {};
 }

@@ -25,7 +25,7 @@ bool RiprendiTastiera() {
 } // namespace
 
 ScadenzarioAperto::ScadenzarioAperto() : desktop(qt::CreateDesktop()) {
-  activeServices().desktop = [this]() -> Desktop& { return *desktop; };
+  ActiveServices().desktop = [this]() -> Desktop& { return *desktop; };
   form.LabelDescPartita = "2006 152";
   form.LabelDescCliFor = "Oleificio Santa Chiara";
   form.Aggiungi("31/03/2006", "31/03/2006", "1.250,00");
@@ -83,13 +83,13 @@ void ScadenzarioAperto::Premi(QDialog& finestra, const char* nome) {
 }
 
 std::string ScadenzarioAperto::Nuova(std::size_t riga) const {
-  return std::string(form.griglia().Righe.Testo(riga, FormLumoScad::NuovaScadenza));
+  return std::string(form.griglia().righe.Testo(riga, FormLumoScad::NuovaScadenza));
 }
 
 int ScadenzarioAperto::Spuntate() const {
   int quante = 0;
-  for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
-    quante += form.griglia().Righe.Spuntata(riga, 0) ? 1 : 0;
+  for (std::size_t riga = 0; riga < form.griglia().righe.Quante(); ++riga) {
+    quante += form.griglia().righe.Spuntata(riga, 0) ? 1 : 0;
   }
   return quante;
 }

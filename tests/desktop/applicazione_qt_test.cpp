@@ -105,7 +105,7 @@ TEST(Application, ACallingProgramWithoutWindowsIsRefused) {
 
 TEST(Application, WithoutOneTheDesktopMakesItsOwnKeepsItAndLeavesTheLocaleAsItWas) {
   const Variabile piattaforma("QT_QPA_PLATFORM", "offscreen");
-  const Variabile cartella("LOCPATH", (test::buildFolder() / "locali").c_str());
+  const Variabile cartella("LOCPATH", (test::BuildFolder() / "locali").c_str());
   const Variabile dellaPersona("LC_ALL", "it_IT.UTF-8");
   ASSERT_EQ(QCoreApplication::instance(), nullptr);
   const std::string locale = std::setlocale(LC_ALL, "C");

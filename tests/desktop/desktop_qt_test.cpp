@@ -67,7 +67,7 @@ TEST(Desktop, ABoxOf32KiBWithoutALineBreakOpensAtOnce) {
   const test::WorkClock orologio;
   SullaFinestra([](QDialog& box) { QTest::keyClick(&box, Qt::Key_Return); });
   desktop->ShowBox(std::string(32U << 10U, 'x'), "LumoScad");
-  EXPECT_LT(orologio.milliseconds(), 3000);
+  EXPECT_LT(orologio.Milliseconds(), 3000);
 }
 
 TEST(Desktop, TheHourglassIsOneLevelHoweverOftenItIsSet) {
@@ -102,7 +102,7 @@ TEST(Desktop, PendingEventsRunAndAMillionCallsStayCheap) {
     desktop->RunPendingEvents();
   }
   EXPECT_TRUE(arrivato);
-  EXPECT_LT(orologio.milliseconds(), 1000);
+  EXPECT_LT(orologio.Milliseconds(), 1000);
 }
 
 TEST(Desktop, AListIsShownUntilTheScreenUnloadsItself) {

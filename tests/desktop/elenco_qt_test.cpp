@@ -373,7 +373,7 @@ TEST(ListWindow, AMillionRowsMoveSortAndEditWithoutAPause) {
       const test::WorkClock orologio;
       gesto();
       QCoreApplication::processEvents();
-      EXPECT_LT(orologio.milliseconds(), 100) << che;
+      EXPECT_LT(orologio.Milliseconds(), 100) << che;
     };
     misura("tick", [&] { QTest::keyClick(&lista, Qt::Key_Space); });
     misura("end", [&] { QTest::keyClick(&lista, Qt::Key_End); });

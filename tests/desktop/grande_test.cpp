@@ -274,8 +274,8 @@ void ControllaFermi(const std::map<std::string, double>& fermi) {
 }
 
 TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatWasEdited) {
-  ASSERT_TRUE(test::PostgresServer::available()) << "PostgreSQL or its ODBC driver is not installed";
-  const test::LargeDatabase base(test::outputPath("grande-postgres"), Rate);
+  ASSERT_TRUE(test::PostgresServer::Available()) << "PostgreSQL or its ODBC driver is not installed";
+  const test::LargeDatabase base(test::OutputPath("grande-postgres"), Rate);
   const std::unique_ptr<Desktop> desktop = qt::CreateDesktop();
   const StatoSostituito moduli;
   stato().ComandoCorrente = base.command();
@@ -291,11 +291,11 @@ TEST(AHundredThousandInstalments, TheOpenWindowNeverStandsStillAndHandsBackWhatW
 
   EXPECT_TRUE(battito.Finito());
   EXPECT_EQ(schermata.MotivoChiusura(), "");
-  EXPECT_EQ(schermata.griglia().Righe.Quante(), static_cast<std::size_t>(Rate));
+  EXPECT_EQ(schermata.griglia().righe.Quante(), static_cast<std::size_t>(Rate));
   EXPECT_LT(persona.primaSalita, persona.ultimaSalita);
   EXPECT_GE(persona.attese.size(), 40U);
   EXPECT_GE(variazioni.size(), 35U);
-  Controlla(variazioni, persona.attese, CodiciBanche(base.connectionText()));
+  Controlla(variazioni, persona.attese, CodiciBanche(base.ConnectionText()));
   ControllaFermi(battito.Fermi());
 }
 

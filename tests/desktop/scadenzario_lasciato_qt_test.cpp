@@ -202,7 +202,7 @@ TEST_F(ItemWindowLeft, LeavingTheEditorWritesItsDate) {
     Scrivi("160606");
     Clicca(ListaScad(finestra), 3, Casella);
     EXPECT_EQ(Nuova(1), "16/06/2006");
-    EXPECT_TRUE(form.griglia().Righe.Spuntata(3, 0));
+    EXPECT_TRUE(form.griglia().righe.Spuntata(3, 0));
     EXPECT_FALSE(Visibile(finestra, "TextScad"));
   });
 }

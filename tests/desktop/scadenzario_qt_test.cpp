@@ -77,7 +77,7 @@ TEST_F(ItemWindow, ItsRowsObeyTheModelContract) {
 TEST_F(ItemWindow, AClickInTheBoxTicksAndDoesNotOpenTheEditor) {
   Mostra([this](QDialog& finestra) {
     Clicca(ListaScad(finestra), 2, Casella);
-    EXPECT_TRUE(form.griglia().Righe.Spuntata(2, 0));
+    EXPECT_TRUE(form.griglia().righe.Spuntata(2, 0));
     EXPECT_EQ(Spuntate(), 1);
     EXPECT_FALSE(Visibile(finestra, "TextScad"));
     EXPECT_EQ(ListaScad(finestra).model()->index(2, Casella).data(Qt::CheckStateRole).toInt(), Qt::Checked);
@@ -287,7 +287,7 @@ TEST_F(ItemWindow, TheConfirmationRunsWhileTheWindowIsStillThere) {
 }
 
 TEST_F(ItemWindow, TheConfirmationOfADemonstrationRunsOnceTheWindowIsGone) {
-  stato().DemoPresunti = true;
+  stato().demoPresunti = true;
   bool aperta = true;
   esito = [&] {
     aperta = QApplication::activeModalWidget() != nullptr;

@@ -26,26 +26,26 @@ namespace {
 class CaratteriSostituiti {
  public:
   CaratteriSostituiti() {
-    for (const auto& [famiglia, sostituto] : coppie) {
+    for (const auto& [famiglia, sostituto] : Coppie) {
       QFont::insertSubstitution(famiglia, sostituto);
     }
   }
   CaratteriSostituiti(const CaratteriSostituiti&) = delete;
   CaratteriSostituiti& operator=(const CaratteriSostituiti&) = delete;
   ~CaratteriSostituiti() {
-    for (const auto& coppia : coppie) {
+    for (const auto& coppia : Coppie) {
       QFont::removeSubstitutions(coppia.first);
     }
   }
 
-  static constexpr std::array<std::pair<const char*, const char*>, 3> coppie{
+  static constexpr std::array<std::pair<const char*, const char*>, 3> Coppie{
       {{"Verdana", "DejaVu Serif"}, {"Arial", "DejaVu Sans Mono"}, {"MS Sans Serif", "DejaVu Sans"}}};
 };
 
 /// The family that `widget` asks for; fails where something else than its substitute is drawn.
 std::string Famiglia(const QWidget& widget) {
   const std::string famiglia = widget.font().family().toStdString();
-  for (const auto& [chiesta, sostituto] : CaratteriSostituiti::coppie) {
+  for (const auto& [chiesta, sostituto] : CaratteriSostituiti::Coppie) {
     if (famiglia == chiesta) {
       EXPECT_EQ(QFontInfo(widget.font()).family(), sostituto) << widget.objectName().toStdString();
     }
@@ -56,7 +56,7 @@ std::string Famiglia(const QWidget& widget) {
 class Screens : public testing::Test {
  protected:
   Screens() : desktop(qt::CreateDesktop()) {
-    activeServices().desktop = [this]() -> Desktop& { return *desktop; };
+    ActiveServices().desktop = [this]() -> Desktop& { return *desktop; };
   }
   template <class Schermata> static void Mostra(Schermata& schermata, const std::function<void(QDialog&)>& copione) {
     schermata.griglia().Resize();
@@ -159,7 +159,7 @@ TEST_F(Screens, OpenAndCloseTheDropDownOfABankBox) {
   frmLumoScadenzeBanche schermata;
   Griglia& griglia = schermata.griglia();
   griglia.cmbBanche.voci = griglia.cmbBanche2.voci = {" ", "BANCA ALFA", "BANCA BETA"};
-  griglia.Righe.Aggiungi({"ROSSI", "2006 1", "31/03/2006", "31/01/2006", "", "100,00", "", "31/03/2006", "1"});
+  griglia.righe.Aggiungi({"ROSSI", "2006 1", "31/03/2006", "31/01/2006", "", "100,00", "", "31/03/2006", "1"});
   griglia.ShowComboDropdown("cmbBanche", true); // without a window there is nothing to open
   Mostra(schermata, [&](QDialog& finestra) {
     const auto aperta = [&finestra](const char* nome) { return Trova<QComboBox>(finestra, nome).view()->isVisible(); };
@@ -183,7 +183,7 @@ TEST_F(Screens, OpenAndCloseTheDropDownOfABankBox) {
 
 TEST_F(Screens, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
   frmLumoScadenzeBanche schermata;
-  schermata.griglia().Righe.Aggiungi({"ROSSI", "AB1/06", "31/03/2006", "", "", "100,00"});
+  schermata.griglia().righe.Aggiungi({"ROSSI", "AB1/06", "31/03/2006", "", "", "100,00"});
   schermata.ResizeScadBanchePresunti();
   const int tutte = schermata.griglia().Stato().listWidth;
   Recita([&](QDialog& finestra) {
@@ -194,7 +194,7 @@ TEST_F(Screens, OfTheBanksInThePresumedLayoutHaveNothingOfNewDueDates) {
     EXPECT_FALSE(lista.isColumnHidden(frmLumoScadenzeBanche::Radio2));
     EXPECT_FALSE(lista.isColumnHidden(frmLumoScadenzeBanche::NuovaBanca));
     Clicca(Lista(finestra), 0, frmLumoScadenzeBanche::Radio2);
-    EXPECT_TRUE(schermata.griglia().Righe.Spuntata(0, 1));
+    EXPECT_TRUE(schermata.griglia().righe.Spuntata(0, 1));
   });
   schermata.griglia().Mostra();
   schermata.ResizeScadBanche();

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::array<std::pair<const char*, const char*>, 6> tabelle{{{"AZIENDELINEE", "AZIENDALINEAKEY"},
+constexpr std::array<std::pair<const char*, const char*>, 6> Tabelle{{{"AZIENDELINEE", "AZIENDALINEAKEY"},
                                                                       {"CONTOCONTABILE", "CONTOCONTABILE_KEY"},
                                                                       {"PARTITACONTABILE", "PARTITACONTABILEKEY"},
                                                                       {"MOVIMENTOCONTABILE", "MOVIMENTOKEY"},
@@ -28,7 +28,7 @@ constexpr std::array<std::pair<const char*, const char*>, 6> tabelle{{{"AZIENDEL
                                                                       {"ERRORE", "ERROREKEY"}}};
 
 std::string AggiungiSorgente(const fs::path& file) {
-  return test::OdbcConfiguration::instance().addSource("dimostrazione", "libsqlite3odbc.so",
+  return test::OdbcConfiguration::Instance().AddSource("dimostrazione", "libsqlite3odbc.so",
                                                        {{"Database", file.string()}, {"Timeout", "5000"}});
 }
 
@@ -36,7 +36,7 @@ std::string AggiungiSorgente(const fs::path& file) {
 SshServer::Options OpzioniSsh(const std::string& radice, const std::string& opzioni) {
   SshServer::Options nuove;
   nuove.environment = {"NEXARO_RADICE=" + radice};
-  nuove.sftp = "'" + test::programPath("sftp_radice").string() + "' " + opzioni + " '" + radice + "'";
+  nuove.sftp = "'" + test::ProgramPath("sftp_radice").string() + "' " + opzioni + " '" + radice + "'";
   return nuove;
 }
 
@@ -74,7 +74,7 @@ Fotografia Fotografa(const std::string& connessione) {
   ado::Connection connection;
   Apri(connection, connessione);
   Fotografia foto;
-  for (const auto& [tabella, chiave] : tabelle) {
+  for (const auto& [tabella, chiave] : Tabelle) {
     foto[tabella] = Interroga(connection, std::string("SELECT * FROM ") + tabella + " ORDER BY " + chiave);
   }
   return foto;
@@ -91,7 +91,7 @@ Righe Differenze(const Fotografia& prima, const Fotografia& dopo) {
       differenze.push_back(segno + riga);
     }
   };
-  for (const auto& [tabella, chiave] : tabelle) {
+  for (const auto& [tabella, chiave] : Tabelle) {
     const std::string nome = std::string(" ") + tabella + " ";
     solo("-" + nome, prima.at(tabella), dopo.at(tabella));
     solo("+" + nome, dopo.at(tabella), prima.at(tabella));
@@ -124,8 +124,8 @@ std::string NomeTrasporto(Trasporto trasporto) {
 }
 
 Dimostrazione::Dimostrazione(Trasporto trasporto) {
-  if (!Comando({test::sourcePath("demo/prepara.sh").string(), Base().string()},
-               {"LUMOSCAD_BIN=" + (test::buildFolder() / "bin").string(), "LUMOSCAD_DATA=" + std::string(Giorno)})) {
+  if (!Comando({test::SourcePath("demo/prepara.sh").string(), Base().string()},
+               {"LUMOSCAD_BIN=" + (test::BuildFolder() / "bin").string(), "LUMOSCAD_DATA=" + std::string(Giorno)})) {
     throw std::runtime_error("the demonstration cannot be prepared");
   }
   sorgente_ = AggiungiSorgente(BaseDati());
@@ -136,7 +136,7 @@ Dimostrazione::Dimostrazione(Trasporto trasporto) {
 
 Dimostrazione::~Dimostrazione() {
   ssh_.reset();
-  test::OdbcConfiguration::instance().removeSource(sorgente_);
+  test::OdbcConfiguration::Instance().RemoveSource(sorgente_);
   std::error_code ignorato;
   fs::permissions(Tmp(), fs::perms::owner_all, ignorato);
   fs::remove_all(Base(), ignorato);
@@ -172,14 +172,14 @@ std::vector<std::string> Dimostrazione::Ambiente(int porta) const {
 }
 
 std::string Dimostrazione::Connessione() const {
-  return test::connectionText(sorgente_);
+  return test::ConnectionText(sorgente_);
 }
 
 Fotografia Dimostrazione::StatoDopo(std::string_view istruzioni) const {
   const fs::path copia = Base() / "attesa.sqlite";
   fs::copy_file(BaseDati(), copia, fs::copy_options::overwrite_existing);
-  const auto connessione = test::connectionText(AggiungiSorgente(copia));
-  test::runScript(connessione, istruzioni);
+  const auto connessione = test::ConnectionText(AggiungiSorgente(copia));
+  test::RunScript(connessione, istruzioni);
   return Fotografa(connessione);
 }
 

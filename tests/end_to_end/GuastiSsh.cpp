@@ -65,11 +65,11 @@ void Sostituisci(std::string& testo, const std::string& cosa, const std::string&
 
 /// How the system names the end of a connection depends on who noticed it first.
 void TogliDettaglio(std::string& testo) {
-  static const std::string inizio = "(Socket error: ";
-  const auto posto = testo.find(inizio);
-  const auto fine = testo.find(')', posto == std::string::npos ? posto : posto + inizio.size());
+  static const std::string Inizio = "(Socket error: ";
+  const auto posto = testo.find(Inizio);
+  const auto fine = testo.find(')', posto == std::string::npos ? posto : posto + Inizio.size());
   if (fine != std::string::npos) {
-    testo.replace(posto + inizio.size(), fine - posto - inizio.size(), "…");
+    testo.replace(posto + Inizio.size(), fine - posto - Inizio.size(), "…");
   }
 }
 
@@ -93,7 +93,7 @@ class Tabella final : public testing::Environment {
                riga.base + " |\n";
     }
     std::fputs(testo.c_str(), stdout);
-    std::ofstream(test::outputPath("end_to_end/guasti_ssh.md")) << testo;
+    std::ofstream(test::OutputPath("end_to_end/guasti_ssh.md")) << testo;
   }
 };
 

@@ -60,13 +60,13 @@ class SshFaults : public Guasti {
   static constexpr const char* Breve = "3";
 
   // Names on the host: the lock's, and the request's before and after its rename.
-  static inline const std::string blocco = "VBCREDITI";
-  static inline const std::string parziale{Richiesta};
-  static inline const std::string completo = parziale + ".dos";
+  static inline const std::string Blocco = "VBCREDITI";
+  static inline const std::string Parziale{Richiesta};
+  static inline const std::string Completo = Parziale + ".dos";
   // Pieces of what the person reads.
-  static inline const std::string sullHost = " sull'host 127.0.0.1";
-  static inline const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
-  static inline const std::string programma = "Il programma VB0001" + sullHost + " ";
+  static inline const std::string QualeHost = " sull'host 127.0.0.1";
+  static inline const std::string Ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+  static inline const std::string Programma = "Il programma VB0001" + QualeHost + " ";
 
  private:
   [[nodiscard]] std::string Anonimo(std::string testo) const;

@@ -13,10 +13,10 @@ using testing::IsEmpty;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
-const std::string blocco = "VBPRESUNTI";
+const std::string Blocco = "VBPRESUNTI";
 
 /// The back end keeps what it saw for the test: the names beside the request, and its bytes.
-constexpr std::string_view registratore = R"(cd "$NEXARO_RADICE" || exit 1
+constexpr std::string_view Registratore = R"(cd "$NEXARO_RADICE" || exit 1
 ls tmp >registro/nomi
 cp tmp/*.dos registro/richiesta
 exec programmi/VB0001.vero "$@")";
@@ -44,7 +44,7 @@ std::string PerRegistro(std::string testo) {
 ListaPresunti::ListaPresunti(std::string comando, std::string titolo)
     : demo(GetParam()), schermo(demo.Base()), comando_(std::move(comando)), titolo_(std::move(titolo)) {
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
-  ScriviProgramma(demo.VB0001(), registratore);
+  ScriviProgramma(demo.VB0001(), Registratore);
 }
 
 void ListaPresunti::Attendi(std::string_view istruzioni, std::size_t righe) {
@@ -74,14 +74,14 @@ void ListaPresunti::Lancia(const std::string& programma, int volte) {
   ambiente.push_back("ASAN_OPTIONS=" + std::string(controlli == nullptr ? "" : controlli) + ":strict_string_checks=0");
   programma_ = std::make_unique<Figlio>(
       std::vector<std::string>{"sh", "-c", ". \"$1\"; " + programma, "sh", (demo.Base() / "ambiente.sh").string(),
-                               test::programPath("lumoscad").string(), test::programPath("lumoscad_sequenza").string()},
+                               test::ProgramPath("lumoscad").string(), test::ProgramPath("lumoscad_sequenza").string()},
       ambiente, demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
 }
 
 void ListaPresunti::ApriLista() {
   finestra_ = schermo.AspettaFinestra(titolo_, *programma_);
   ASSERT_FALSE(finestra_.empty()) << FileText(demo.Base() / "risultato") << FileText(demo.Base() / "errori");
-  EXPECT_THAT(FileText(demo.Tmp() / blocco),
+  EXPECT_THAT(FileText(demo.Tmp() / Blocco),
               MatchesRegex("Utente : T01\r\nData : [0-9]{2}/[0-9]{2}/[0-9]{4}   Ora : [0-9]{2}:[0-9]{2}\r\n"));
   Tasti({"ctrl+2", "Home"});
 }
@@ -101,14 +101,14 @@ void ListaPresunti::Digita(const std::string& testo) {
 }
 
 void ListaPresunti::Fotografa(const std::string& nome) {
-  ASSERT_TRUE(schermo.Fotografa(finestra_, test::outputPath("end_to_end/schermate") / (nome + ".png")));
+  ASSERT_TRUE(schermo.Fotografa(finestra_, test::OutputPath("end_to_end/schermate") / (nome + ".png")));
 }
 
 void ListaPresunti::Conferma() {
   Tasti({"ctrl+Return"});
   ASSERT_FALSE(schermo.AspettaFinestra("LumoScad", *programma_).empty())
       << FileText(demo.Base() / "risultato") << FileText(demo.Base() / "errori");
-  EXPECT_TRUE(fs::exists(demo.Tmp() / blocco));
+  EXPECT_TRUE(fs::exists(demo.Tmp() / Blocco));
   Tasti({"Return"});
   ASSERT_TRUE(schermo.Sparita("LumoScad"));
 }
@@ -123,7 +123,7 @@ void ListaPresunti::VerificaFine(int stato, const std::string& risultato, const 
 void ListaPresunti::VerificaRichiesta(const std::string& nome, std::size_t vuoti, const std::string& file,
                                       const std::string& testo) {
   EXPECT_EQ(FileText(demo.Host() / "registro/richiesta"), file);
-  EXPECT_THAT(FileText(demo.Host() / "registro/nomi"), MatchesRegex("T01[0-9]{14}\\.dos\n" + blocco + "\n"));
+  EXPECT_THAT(FileText(demo.Host() / "registro/nomi"), MatchesRegex("T01[0-9]{14}\\.dos\n" + Blocco + "\n"));
   const auto chiamate = Chiamate();
   ASSERT_EQ(chiamate.size(), 1U);
   constexpr std::size_t NomeDelFile = 7;

@@ -25,10 +25,10 @@ class Chiamante {
   Chiamante(const std::string& lingua, const fs::path& cartella, std::vector<std::string> ambiente)
       : cartella_(cartella) {
     ::mkfifo((cartella / "comandi").c_str(), 0600);
-    auto argomenti = std::vector<std::string>{test::programPath("lumoscad_chiamante_c").string()};
+    auto argomenti = std::vector<std::string>{test::ProgramPath("lumoscad_chiamante_c").string()};
     if (lingua == "Python") {
-      argomenti = {"python3", test::sourcePath("tests/end_to_end/chiamante.py").string(),
-                   test::libraryPath("lumoscad").string()};
+      argomenti = {"python3", test::SourcePath("tests/end_to_end/chiamante.py").string(),
+                   test::LibraryPath("lumoscad").string()};
       // The interpreter knows nothing of a sanitizer in the library, and does not give back its own memory.
       if (const std::string sanitizer = LUMOSCAD_SANITIZER; !sanitizer.empty()) {
         ambiente.push_back("LD_PRELOAD=" + sanitizer);

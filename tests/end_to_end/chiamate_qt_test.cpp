@@ -72,7 +72,7 @@ class NestedCall : public testing::Test {
     }
     host_ = nexaro::CreateHostLink();
     ambiente_ = nexaro::ReadEnvironment();
-    test::runScript(demo.Connessione(), FileText(test::sourcePath("demo/comandi.sql")));
+    test::RunScript(demo.Connessione(), FileText(test::SourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     orologio_.start();
     Ogni10(intruso_, [this] { Intrometti(); });
@@ -101,7 +101,7 @@ class NestedCall : public testing::Test {
     EXPECT_EQ(Volte(errori, "LumoScad: " + Rifiutato), 3) << errori;
     EXPECT_EQ(Volte(errori, "LumoScad"), 3) << errori;
     EXPECT_EQ(stato().ComandoCorrente, intera_);
-    EXPECT_EQ(stato().Azienda, "01");
+    EXPECT_EQ(stato().azienda, "01");
     EXPECT_EQ(stato().HostIP, demo.Indirizzo());
     EXPECT_FALSE(fs::exists(demo.Tmp() / "VBDEBITI"));
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
@@ -301,7 +301,7 @@ TEST_F(NestedCall, AThreadsCallIsRefusedWithoutABoxAndWithoutAWord) {
   EXPECT_EQ(Volte(testing::internal::GetCapturedStderr(), "\n"), 4);
   EXPECT_THAT(box, IsEmpty());
   EXPECT_EQ(stato().ComandoCorrente, "");
-  EXPECT_EQ(stato().Azienda, "");
+  EXPECT_EQ(stato().azienda, "");
 }
 
 TEST_F(NestedCall, AThreadsCallIsRefusedWhileAListIsOpen) {

@@ -14,12 +14,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string titolo = "LumoScad";
+const std::string Titolo = "LumoScad";
 
 class Commands : public testing::TestWithParam<Trasporto> {
  protected:
   Commands() : demo(GetParam()), schermo(demo.Base()) {
-    test::runScript(demo.Connessione(), FileText(test::sourcePath("demo/comandi.sql")));
+    test::RunScript(demo.Connessione(), FileText(test::SourcePath("demo/comandi.sql")));
   }
 
   std::unique_ptr<Figlio> Avvia(const std::string& comando) {
@@ -27,14 +27,14 @@ class Commands : public testing::TestWithParam<Trasporto> {
            comando + " -H " + demo.Indirizzo() + " -D 01 -DB2SOURCE CONTABILITA -DB2SCHEMA main\n");
     return std::make_unique<Figlio>(
         std::vector<std::string>{"sh", "-c", ". \"$1\"; exec \"$2\" -", "sh", (demo.Base() / "ambiente.sh").string(),
-                                 test::programPath("lumoscad").string()},
+                                 test::ProgramPath("lumoscad").string()},
         schermo.Ambiente(), demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
   }
   /// Runs the command, closes its boxes with keys, and returns its result and its exit status.
   std::string Esegui(const std::string& comando) {
     std::filesystem::remove(demo.Registro());
     const auto programma = Avvia(comando);
-    while (!schermo.AspettaFinestra(titolo, *programma).empty()) {
+    while (!schermo.AspettaFinestra(Titolo, *programma).empty()) {
       static_cast<void>(schermo.Tasti({"Return"}));
     }
     const auto stato = programma->Attendi();
@@ -133,14 +133,14 @@ TEST_P(Commands, ShowAWindowThatKeysDoNotCloseWhileTheBackEndWorks) {
   ScriviProgramma(demo.VB0001(), R"(until [ -e "$NEXARO_RADICE/via" ]; do sleep 0.1; done
 exec "$NEXARO_RADICE/programmi/VB0001.vero" "$@")");
   const auto programma = Avvia("-T SOSPESO /A -C 20100001 -P AB   123");
-  ASSERT_FALSE(schermo.AspettaFinestra(titolo, *programma).empty());
+  ASSERT_FALSE(schermo.AspettaFinestra(Titolo, *programma).empty());
   ASSERT_TRUE(schermo.Tasti({"Escape", "Return", "alt+F4"}));
   EXPECT_FALSE(Finche([&] { return !programma->Vivo(); }, std::chrono::milliseconds(700)));
-  EXPECT_FALSE(schermo.AspettaFinestra(titolo, *programma).empty());
+  EXPECT_FALSE(schermo.AspettaFinestra(Titolo, *programma).empty());
   EXPECT_FALSE(std::filesystem::exists(demo.Registro())) << "the back end has not answered yet";
   Scrivi(demo.Host() / "via", "");
   ASSERT_TRUE(Finche([&] { return std::filesystem::exists(demo.Registro()); }));
-  while (!schermo.AspettaFinestra(titolo, *programma).empty()) {
+  while (!schermo.AspettaFinestra(Titolo, *programma).empty()) {
     static_cast<void>(schermo.Tasti({"Return"}));
   }
   EXPECT_EQ(programma->Attendi(), 0);

@@ -8,11 +8,11 @@ namespace {
 constexpr std::size_t VuotiInConsegna = 1; ///< empty parameters of the request
 
 /// The second row's delivery was put off once before, by a week: its original date is not its present one.
-const std::string dueRighe =
+const std::string DueRighe =
     "20100012,BC,216,26,20260408,20260408,20260520\r\n20100012,BC,216,26,20260415,20260408,20260527\r\n";
 
 /// A changed delivery date also clears the VAT heading.
-constexpr std::string_view dueConsegne =
+constexpr std::string_view DueConsegne =
     "UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-05-20', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=518;"
     "UPDATE EVENTOCONTABILE SET DATACONSEGNA='2026-05-27', TITOLOIVA=' ' WHERE EVENTOCONTABILEKEY=519";
 
@@ -30,14 +30,14 @@ class Deliveries : public ListaPresunti {
 };
 
 TEST_P(Deliveries, TwoRowsOfADocumentChangeEachOnItsOwn) {
-  Attendi(dueConsegne, 2);
+  Attendi(DueConsegne, 2);
   Avvia();
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   VariaDueRighe();
   Fotografa("consegna");
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CONSEGNA", VuotiInConsegna, dueRighe, "Variate 2 consegne");
+  VerificaRichiesta("CONSEGNA", VuotiInConsegna, DueRighe, "Variate 2 consegne");
   VerificaBaseDati();
 }
 
@@ -91,7 +91,7 @@ TEST_P(Deliveries, AnnullaSendsNothing) {
 }
 
 TEST_P(Deliveries, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
-  Attendi(dueConsegne, 2);
+  Attendi(DueConsegne, 2);
   AvviaSequenza(2);
   ASSERT_NO_FATAL_FAILURE(ApriLista());
   VariaDueRighe();
@@ -100,7 +100,7 @@ TEST_P(Deliveries, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore) {
   VariaDueRighe();
   Tasti({"Return", "alt+F4"});
   VerificaFine(0, "\"\"\n\"closed\"\n");
-  VerificaRichiesta("CONSEGNA", VuotiInConsegna, dueRighe, "Variate 2 consegne");
+  VerificaRichiesta("CONSEGNA", VuotiInConsegna, DueRighe, "Variate 2 consegne");
   VerificaBaseDati();
 }
 

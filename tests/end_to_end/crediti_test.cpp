@@ -25,8 +25,8 @@ using testing::IsEmpty;
 using testing::MatchesRegex;
 namespace fs = std::filesystem;
 
-const std::string titoloElenco = "LumoScad - Scadenze e banche dei clienti";
-const std::string titoloMessaggio = "LumoScad";
+const std::string TitoloElenco = "LumoScad - Scadenze e banche dei clienti";
+const std::string TitoloMessaggio = "LumoScad";
 
 // Pixels of the list window: where the rows begin, and the middles of the cells that are clicked.
 constexpr int PrimaRiga = 134;
@@ -78,7 +78,7 @@ class Crediti : public testing::Test {
       : demo(trasporto), schermo(demo.Base(), misura) {}
 
   static fs::path Schermata(const std::string& nome) {
-    return test::outputPath("end_to_end/schermate") / (nome + ".png");
+    return test::OutputPath("end_to_end/schermate") / (nome + ".png");
   }
 
   /// Starts the program; it reads its command line on standard input.
@@ -93,7 +93,7 @@ class Crediti : public testing::Test {
     ambiente.insert(ambiente.end(), aggiunte.begin(), aggiunte.end());
     return std::make_unique<Figlio>(
         std::vector<std::string>{"sh", "-c", ". \"$1\"; exec \"$2\" -", "sh", (demo.Base() / "ambiente.sh").string(),
-                                 test::programPath("lumoscad").string()},
+                                 test::ProgramPath("lumoscad").string()},
         ambiente, demo.Base() / "comando", demo.Base() / "risultato", demo.Base() / "errori");
   }
 
@@ -115,30 +115,30 @@ std::string NomeCaso(const testing::TestParamInfo<Trasporto>& caso) {
 }
 
 /// The back end keeps what it saw for the test: the number of its parameters, the names beside the request, its bytes.
-constexpr std::string_view registratore = R"(cd "$NEXARO_RADICE" || exit 1
+constexpr std::string_view Registratore = R"(cd "$NEXARO_RADICE" || exit 1
 echo $# >registro/parametri
 ls tmp >registro/nomi
 cp tmp/*.dos registro/richiesta
 exec programmi/VB0001.vero "$@")";
 
-const std::string richiestaAttesa = "20100023,2025/46,,,,20251219,20251219,20260415,60100002,,2\r\n"
+const std::string RichiestaAttesa = "20100023,2025/46,,,,20251219,20251219,20260415,60100002,,2\r\n"
                                     "20100023,2026/119,,,,20260201,20260201,,60100005,60100001,1\r\n"
                                     "20100023,2025/57,,,,20260210,20260225,20260520,60100005,60100001,2\r\n";
 
-constexpr std::string_view variazioniAttese = R"(
+constexpr std::string_view VariazioniAttese = R"(
   UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-04-15' WHERE EVENTOCONTABILEKEY=111;
   UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=1 WHERE EVENTOCONTABILEKEY=291;
   UPDATE EVENTOCONTABILE SET DATASCADENZA='2026-05-20', BANCAPRESENTAZIONE_KEY=1 WHERE EVENTOCONTABILEKEY=137)";
 
 TEST_P(CreditsOverATransport, FromTheCommandLineToTheDatabaseAndBack) {
   const auto prima = demo.Stato();
-  const auto attesa = demo.StatoDopo(variazioniAttese);
+  const auto attesa = demo.StatoDopo(VariazioniAttese);
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
-  ScriviProgramma(demo.VB0001(), registratore);
+  ScriviProgramma(demo.VB0001(), Registratore);
   Osservatore tmp(demo.Tmp());
 
   const auto programma = Avvia("-C 20100023");
-  const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
+  const auto elenco = schermo.AspettaFinestra(TitoloElenco, *programma);
   ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
   EXPECT_THAT(FileText(demo.Tmp() / "VBCREDITI"),
               MatchesRegex("Utente : T01\r\nData : [0-9]{2}/[0-9]{2}/[0-9]{4}   Ora : [0-9]{2}:[0-9]{2}\r\n"));
@@ -157,7 +157,7 @@ TEST_P(CreditsOverATransport, FromTheCommandLineToTheDatabaseAndBack) {
   EXPECT_THAT(Differenze(prima, demo.Stato()), IsEmpty());
   ASSERT_TRUE(schermo.Clicca(elenco, Conferma, Pulsanti));
 
-  const auto messaggio = schermo.AspettaFinestra(titoloMessaggio, *programma);
+  const auto messaggio = schermo.AspettaFinestra(TitoloMessaggio, *programma);
   ASSERT_FALSE(messaggio.empty()) << Risultato() << Errori();
   ASSERT_TRUE(schermo.Fotografa(messaggio, Schermata("crediti_messaggio")));
   EXPECT_TRUE(fs::exists(demo.Tmp() / "VBCREDITI"));
@@ -166,7 +166,7 @@ TEST_P(CreditsOverATransport, FromTheCommandLineToTheDatabaseAndBack) {
   EXPECT_EQ(programma->Attendi(), 0);
   EXPECT_EQ(Risultato(), "");
   EXPECT_EQ(Errori(), "");
-  EXPECT_EQ(FileText(demo.Host() / "registro/richiesta"), richiestaAttesa);
+  EXPECT_EQ(FileText(demo.Host() / "registro/richiesta"), RichiestaAttesa);
   EXPECT_EQ(FileText(demo.Host() / "registro/parametri"), "11\n");
   EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("ACCETTATA\tVariate 3 scadenze\t11\t01\tCANALIZZAZIONE\t"
                                                              "CREDITI\tT01\t/tmp/T01"));
@@ -190,7 +190,7 @@ class CreditsLeft : public CreditsOverATransport {
     const auto prima = demo.Stato();
     Osservatore tmp(demo.Tmp());
     const auto programma = Avvia("-C 20100023");
-    const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
+    const auto elenco = schermo.AspettaFinestra(TitoloElenco, *programma);
     ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
     ASSERT_TRUE(schermo.Tasti({"alt+n"}) && schermo.Digita("15/04/26"));
     ASSERT_TRUE(schermo.Clicca(elenco, SpuntaData, PrimaRiga));
@@ -235,7 +235,7 @@ TEST_F(CreditsForTwo, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   const auto altra = nexaro::CreateProcessLock();
   ASSERT_FALSE(altra->Wait(postazione, [] {}));
   const auto programma = Avvia("-C 20100023");
-  const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
+  const auto elenco = schermo.AspettaFinestra(TitoloElenco, *programma);
   ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
   ASSERT_TRUE(schermo.Tasti({"alt+n"}) && schermo.Digita("15/04/26"));
   ASSERT_TRUE(schermo.Clicca(elenco, SpuntaData, PrimaRiga));
@@ -245,7 +245,7 @@ TEST_F(CreditsForTwo, ARequestWaitsForAnotherProgramOfItsWorkstation) {
   EXPECT_FALSE(fs::exists(demo.Registro()));
   EXPECT_TRUE(programma->Vivo());
   altra->LetGo();
-  ASSERT_FALSE(schermo.AspettaFinestra(titoloMessaggio, *programma).empty()) << Risultato() << Errori();
+  ASSERT_FALSE(schermo.AspettaFinestra(TitoloMessaggio, *programma).empty()) << Risultato() << Errori();
   ASSERT_TRUE(schermo.Tasti({"Return"}));
   EXPECT_EQ(programma->Attendi(), 0);
   EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("ACCETTATA\tVariata 1 scadenza\t"));
@@ -258,7 +258,7 @@ class CreditsAtDoubleScale : public Crediti {
 
 TEST_F(CreditsAtDoubleScale, TheWindowOpensAtTwiceTheScale) {
   const auto programma = Avvia("", {"QT_SCALE_FACTOR=2"});
-  const auto elenco = schermo.AspettaFinestra(titoloElenco, *programma);
+  const auto elenco = schermo.AspettaFinestra(TitoloElenco, *programma);
   ASSERT_FALSE(elenco.empty()) << Risultato() << Errori();
   EXPECT_TRUE(schermo.Fotografa(elenco, Schermata("crediti_2x")));
   const auto misure = schermo.MisureFinestra(elenco);

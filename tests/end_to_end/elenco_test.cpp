@@ -38,8 +38,8 @@ std::string Ordine(const Righe& campi) {
   return campi[1] + campi[2] + "/" + campi[3];
 }
 
-const ElencoConData crediti{"crediti", "BANCA /CREDITI", "LVScadenzeBanche", 1, 2, 6, 7, "TLwTestata_5", Partita, 5, 7};
-const ElencoConData consegna{"consegna",
+const ElencoConData Crediti{"crediti", "BANCA /CREDITI", "LVScadenzeBanche", 1, 2, 6, 7, "TLwTestata_5", Partita, 5, 7};
+const ElencoConData Consegna{"consegna",
                              "CONSEGNA /PRESUNTI -TIPOMOVIMENTI V -B TUTTE",
                              "LVScadenzePresunti",
                              1,
@@ -118,7 +118,7 @@ class WholeList : public FinestraIntera, public testing::WithParamInterface<Elen
     return richieste;
   }
 };
-INSTANTIATE_TEST_SUITE_P(Screens, WholeList, testing::Values(crediti, consegna),
+INSTANTIATE_TEST_SUITE_P(Screens, WholeList, testing::Values(Crediti, Consegna),
                          [](const auto& caso) { return std::string(caso.param.nome); });
 
 TEST_P(WholeList, ADateBeingTypedStaysWithItsRowWhileAnotherIsTickedAndTheListIsSorted) {

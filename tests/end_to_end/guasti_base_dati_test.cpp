@@ -40,7 +40,7 @@ TEST_F(DatabaseFaults, NoDataSourceAtAllIsReported) {
 
 TEST_F(DatabaseFaults, AnUnknownBankRollsTheWholeConfirmationBack) {
   Conferma([this] {
-    test::runScript(demo.Connessione(), "DELETE FROM CONTOCONTABILE WHERE CODICECONTO='60100001'");
+    test::RunScript(demo.Connessione(), "DELETE FROM CONTOCONTABILE WHERE CODICECONTO='60100001'");
     prima = demo.Stato();
   });
   VerificaRifiuto(
@@ -66,14 +66,14 @@ TEST_F(DatabaseFaults, ADatabaseThatGoesWhileTheListIsOpenIsReported) {
 class PostgresFaults : public Guasti {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(test::PostgresServer::available());
+    ASSERT_TRUE(test::PostgresServer::Available());
     auto dati =
-        Comando({test::programPath("lumoscad-genera").string(), std::string(Dimostrazione::Giorno), "40"}).value_or("");
+        Comando({test::ProgramPath("lumoscad-genera").string(), std::string(Dimostrazione::Giorno), "40"}).value_or("");
     // The script runs in a transaction of its own.
     ASSERT_TRUE(dati.starts_with("BEGIN;\n") && dati.ends_with("COMMIT;"));
     dati = dati.substr(7, dati.size() - 14);
-    server_ = std::make_unique<test::PostgresServer>(test::serverDirectory("guasti"));
-    sorgente_ = server_->createDatabase("contabilita", FileText(test::sourcePath("demo/schema.sql")) + dati);
+    server_ = std::make_unique<test::PostgresServer>(test::ServerDirectory("guasti"));
+    sorgente_ = server_->CreateDatabase("contabilita", FileText(test::SourcePath("demo/schema.sql")) + dati);
   }
 
   std::unique_ptr<test::PostgresServer> server_;
@@ -81,13 +81,13 @@ class PostgresFaults : public Guasti {
 };
 
 TEST_F(PostgresFaults, AWrongPasswordIsReportedAndStaysOutOfTheMessage) {
-  const auto connessione = server_->connectionText(sorgente_);
+  const auto connessione = server_->ConnectionText(sorgente_);
   const auto contenuto = Fotografa(connessione);
   ASSERT_FALSE(contenuto.at("EVENTOCONTABILE").empty());
-  VerificaRifiuto(Esegui("-DB2SOURCE " + sorgente_ + " -DB2USER " + server_->user() +
+  VerificaRifiuto(Esegui("-DB2SOURCE " + sorgente_ + " -DB2USER " + server_->User() +
                          " -DB2PASS ParolaSbagliata -DB2SCHEMA public"),
                   {ErroreRegistrato("-2147467259\r\n[08001] connection to server at \"127.0.0.1\", port " +
-                                    std::to_string(server_->port()) +
+                                    std::to_string(server_->Port()) +
                                     " failed: FATAL:  password authentication failed for user \"lumoscad\"")},
                   {"VBCREDITI"});
   EXPECT_EQ(desktop.windows, 1U);

@@ -17,9 +17,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 namespace fs = std::filesystem;
 
-const std::string completo = "T0120260305140709.dos";
-const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
-const std::string programma = "Il programma VB0001 sull'host 10.0.0.1 ";
+const std::string Completo = "T0120260305140709.dos";
+const std::string Ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+const std::string Programma = "Il programma VB0001 sull'host 10.0.0.1 ";
 
 /// Takes from the user root, for the scope, the right to write where the permissions forbid it.
 class SenzaPrivilegi {
@@ -56,7 +56,7 @@ class HostFaults : public Guasti {
     return Esegui();
   }
   void VerificaGuasto(const std::string& risultato, const std::string& testo) {
-    VerificaRifiuto(risultato, {ErroreRichiesta(testo)}, {completo, "VBCREDITI"});
+    VerificaRifiuto(risultato, {ErroreRichiesta(testo)}, {Completo, "VBCREDITI"});
   }
 };
 
@@ -92,41 +92,41 @@ TEST_P(FaultsOverATransport, ARefusalOfTheBackEndIsShownAndNothingIsWritten) {
 TEST_F(HostFaults, AMissingBackEndIsNamed) {
   fs::remove(demo.VB0001());
   Conferma();
-  VerificaGuasto(Esegui(), "53 " + programma + "non è stato avviato: file inesistente.");
+  VerificaGuasto(Esegui(), "53 " + Programma + "non è stato avviato: file inesistente.");
 }
 
 TEST_F(HostFaults, ABackEndThatHangsIsStoppedAfterTheWait) {
   ::setenv("NEXARO_ATTESA", "1", 1);
   VerificaGuasto(ConfermaCon("exec sleep 30"),
-                 "-2147467259 " + programma + "non ha risposto entro 1 secondo ed è stato interrotto. " + ignoto);
+                 "-2147467259 " + Programma + "non ha risposto entro 1 secondo ed è stato interrotto. " + Ignoto);
 }
 
 TEST_F(HostFaults, ABackEndKilledByASignalIsAnError) {
   VerificaGuasto(ConfermaCon("echo '<RISPOSTA/>'; kill -KILL $$"),
-                 "-2147467259 " + programma + "è stato terminato dal segnale 9. " + ignoto);
+                 "-2147467259 " + Programma + "è stato terminato dal segnale 9. " + Ignoto);
 }
 
 TEST_F(HostFaults, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
   VerificaGuasto(ConfermaCon("echo '<RISPOSTA/>'; echo 'archivio occupato' >&2; exit 3"),
-                 "-2147467259 " + programma + "è terminato con lo stato 3: archivio occupato. " + ignoto);
+                 "-2147467259 " + Programma + "è terminato con lo stato 3: archivio occupato. " + Ignoto);
 }
 
 TEST_F(HostFaults, AnAnswerThatIsNotXmlIsAnError) {
   VerificaGuasto(
       ConfermaCon("echo 'tutto bene'"),
-      "-2147467259 " + programma +
-          "ha dato una risposta non valida. Documento XML non valido: testo fuori dall'elemento principale. " + ignoto);
+      "-2147467259 " + Programma +
+          "ha dato una risposta non valida. Documento XML non valido: testo fuori dall'elemento principale. " + Ignoto);
 }
 
 TEST_F(HostFaults, AnAnswerThatBreaksOffIsAnError) {
   VerificaGuasto(
       ConfermaCon("echo '<RISPOSTA><MESSAGGIO>Variate 2'"),
-      "-2147467259 " + programma +
-          "ha dato una risposta non valida. Documento XML non valido: la sintassi è errata al carattere 31. " + ignoto);
+      "-2147467259 " + Programma +
+          "ha dato una risposta non valida. Documento XML non valido: la sintassi è errata al carattere 31. " + Ignoto);
 }
 
 TEST_F(HostFaults, NoAnswerIsAnError) {
-  VerificaGuasto(ConfermaCon("exit 0"), "-2147467259 " + programma + "non ha dato alcuna risposta. " + ignoto);
+  VerificaGuasto(ConfermaCon("exit 0"), "-2147467259 " + Programma + "non ha dato alcuna risposta. " + Ignoto);
 }
 
 TEST_F(HostFaults, AReadOnlyHostDirectoryRefusesTheRequest) {

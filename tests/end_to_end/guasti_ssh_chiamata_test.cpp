@@ -68,16 +68,16 @@ class SshCallFaults : public SshFaults {
 TEST_F(SshCallFaults, AProgramWhoseStartWasSentIsNotStartedAgain) {
   TagliaAlSegnale("Cut after the start was sent, before the program has done anything", "", "aspetta; exit 1");
   VerificaFallito();
-  VerificaErrore({programma});
-  VerificaRimasti({completo, blocco});
+  VerificaErrore({Programma});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(1);
 }
 
 TEST_F(SshCallFaults, ACutWhileTheProgramRunsIsAnErrorThoughTheHostHasDoneItsPart) {
   TagliaAlSegnale("Cut while the program runs", "risposta=$(vero \"$@\")", "aspetta; echo \"$risposta\"");
   VerificaFallito();
-  VerificaErrore({programma});
-  VerificaRimasti({completo, blocco});
+  VerificaErrore({Programma});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(1);
   EXPECT_THAT(FileText(demo.Registro()), testing::StartsWith("ACCETTATA\t"));
 }
@@ -86,8 +86,8 @@ TEST_F(SshCallFaults, ACutInTheMiddleOfTheReplyIsAnError) {
   TagliaAlSegnale("Cut in the middle of the reply", "risposta=$(vero \"$@\"); printf %s \"$risposta\" | head -c 60",
                   "aspetta; printf %s \"$risposta\" | tail -c +61");
   VerificaFallito();
-  VerificaErrore({programma});
-  VerificaRimasti({completo, blocco});
+  VerificaErrore({Programma});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(1);
 }
 
@@ -102,8 +102,8 @@ TEST_F(SshFaults, ACutInTheMiddleOfALongReplyIsAnError) {
 echo '<RISPOSTA><MESSAGGIO>'; head -c 4000000 /dev/zero | tr '\0' x; echo '</MESSAGGIO></RISPOSTA>')");
   EXPECT_TRUE(proxy.HasStruck());
   VerificaFallito();
-  VerificaErrore({programma});
-  VerificaRimasti({completo, blocco});
+  VerificaErrore({Programma});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(1);
 }
 
@@ -115,8 +115,8 @@ TEST_F(SshFaults, ANetworkThatFallsSilentWhileTheProgramRunsIsGivenUpAfterTheWai
   });
   ProvaCon("Network silent while the program runs", std::string(Segnala) + "aspetta; vero \"$@\"");
   VerificaFallito();
-  VerificaErrore({programma, "entro 3 secondi"});
-  VerificaRimasti({completo, blocco});
+  VerificaErrore({Programma, "entro 3 secondi"});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(1);
 }
 
@@ -146,7 +146,7 @@ TEST_F(SshCleanUpFaults, ACleanUpThatCannotBeDoneFailsTheCommand) {
   Prova("Cut before the clean-up, host gone");
   VerificaFallito();
   VerificaErrore({"host 127.0.0.1"});
-  VerificaRimasti({completo, blocco});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(1);
 }
 
@@ -166,7 +166,7 @@ TEST_F(SshCleanUpFaults, AHostThatIsGoneAfterTheReplyKeepsTheLockOnly) {
   };
   Prova("Cut after the clean-up, host gone");
   VerificaRiuscito();
-  VerificaRimasti({blocco});
+  VerificaRimasti({Blocco});
   VerificaAvvii(1);
 }
 
@@ -177,7 +177,7 @@ class SshProgramFaults : public SshFaults {
   void VerificaGuasto(const Righe& parti) {
     VerificaFallito();
     VerificaErrore(parti);
-    VerificaRimasti({completo, blocco});
+    VerificaRimasti({Completo, Blocco});
   }
 };
 
@@ -186,23 +186,23 @@ TEST_F(SshProgramFaults, ARefusalIsShown) {
   Prova("Request refused by the back end");
   VerificaFallito();
   VerificaErrore({"Riga 1, campo 1 (CodiceConto): «20100023» è un conto bloccato."});
-  VerificaRimasti({blocco});
+  VerificaRimasti({Blocco});
 }
 
 TEST_F(SshProgramFaults, AMissingProgramIsNamed) {
   ::setenv("NEXARO_PROGRAMMI", (demo.Host() / "altrove").c_str(), 1);
   Prova("Program missing");
-  VerificaGuasto({programma, "non è stato trovato"});
+  VerificaGuasto({Programma, "non è stato trovato"});
 }
 
 TEST_F(SshProgramFaults, AnExitStatusOtherThanZeroIsAnErrorWhateverTheAnswer) {
   ProvaCon("Program exits with status 3", "echo '<RISPOSTA/>'; echo 'archivio occupato' >&2; exit 3");
-  VerificaGuasto({programma + "è terminato con lo stato 3: archivio occupato", ignoto});
+  VerificaGuasto({Programma + "è terminato con lo stato 3: archivio occupato", Ignoto});
 }
 
 TEST_F(SshProgramFaults, AProgramKilledByASignalIsAnError) {
   ProvaCon("Program killed by a signal", "echo '<RISPOSTA/>'; kill -KILL $$");
-  VerificaGuasto({programma, ignoto});
+  VerificaGuasto({Programma, Ignoto});
   // A login shell that waits for the program reports the signal as a status of its own.
   EXPECT_THAT(desktop.box, ElementsAre(AnyOf(HasSubstr("è stato terminato dal segnale KILL"),
                                              HasSubstr("è terminato con lo stato 137"))));
@@ -213,7 +213,7 @@ TEST_F(SshProgramFaults, AProgramThatHangsIsGivenUpAfterTheWait) {
   const auto inizio = std::chrono::steady_clock::now();
   ProvaCon("Program hangs", "echo $$ >\"$NEXARO_RADICE/processo\"; exec sleep 30");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(20));
-  VerificaGuasto({programma, "non ha risposto entro 3 secondi", ignoto});
+  VerificaGuasto({Programma, "non ha risposto entro 3 secondi", Ignoto});
   ::kill(static_cast<pid_t>(std::stol(FileText(demo.Host() / "processo"))), SIGKILL);
 }
 
@@ -221,24 +221,24 @@ TEST_F(SshProgramFaults, AReplyOfAHundredMegabytesIsCutOffAndTakesNoLonger) {
   const auto inizio = std::chrono::steady_clock::now();
   ProvaCon("Reply of 100 MB", "head -c 100000000 /dev/zero");
   EXPECT_LT(std::chrono::steady_clock::now() - inizio, std::chrono::seconds(20));
-  VerificaGuasto({programma, "oltre 16 MiB", ignoto});
+  VerificaGuasto({Programma, "oltre 16 MiB", Ignoto});
 }
 
 TEST_F(SshProgramFaults, AReplyThatBreaksOffIsAnError) {
   ProvaCon("Reply truncated", "echo '<RISPOSTA><MESSAGGIO>Variate 2'");
-  VerificaGuasto({programma + "ha dato una risposta non valida", ignoto});
+  VerificaGuasto({Programma + "ha dato una risposta non valida", Ignoto});
 }
 
 TEST_F(SshProgramFaults, NoReplyIsAnError) {
   ProvaCon("No reply", "exit 0");
-  VerificaGuasto({programma + "non ha dato alcuna risposta.", ignoto});
+  VerificaGuasto({Programma + "non ha dato alcuna risposta.", Ignoto});
 }
 
 constexpr const char* AccentataLatin1 = "printf '<RISPOSTA><MESSAGGIO>Citt\\340</MESSAGGIO></RISPOSTA>'";
 
 TEST_F(SshProgramFaults, AReplyInAnotherEncodingThanAgreedIsAnError) {
   ProvaCon("Reply in another encoding than NEXARO_CODIFICA", AccentataLatin1);
-  VerificaGuasto({programma + "ha dato una risposta non valida", ignoto});
+  VerificaGuasto({Programma + "ha dato una risposta non valida", Ignoto});
 }
 
 TEST_F(SshFaults, ACharacterThatTheHostsEncodingLacksStopsTheRequest) {

@@ -101,7 +101,7 @@ TEST_F(SshFaults, ADirectoryWithoutTheRightToWriteRefusesTheRequest) {
   fs::permissions(demo.Tmp(), fs::perms::owner_read | fs::perms::owner_exec);
   Prova("Permission denied on upload");
   VerificaFallito();
-  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost, "permesso negato"});
+  VerificaErrore({"Invio del file", "/tmp/" + Parziale, QualeHost, "permesso negato"});
   VerificaRimasti({});
 }
 
@@ -110,8 +110,8 @@ TEST_F(SshFaults, AFullDiskRefusesTheRequest) {
   demo.ConfiguraRadice("-f 64");
   Prova("Disk full");
   VerificaFallito();
-  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost, "spazio"});
-  VerificaRimasti({blocco});
+  VerificaErrore({"Invio del file", "/tmp/" + Parziale, QualeHost, "spazio"});
+  VerificaRimasti({Blocco});
   VerificaAvvii(0);
 }
 
@@ -119,8 +119,8 @@ TEST_F(SshFaults, ACutDuringTheUploadIsReported) {
   Ferma("InviaFile", "scrivi prima", [this] { Taglia(true); });
   Prova("Cut during the upload, host gone");
   VerificaFallito();
-  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost});
-  VerificaRimasti({parziale, blocco});
+  VerificaErrore({"Invio del file", "/tmp/" + Parziale, QualeHost});
+  VerificaRimasti({Parziale, Blocco});
   VerificaAvvii(0);
 }
 
@@ -128,8 +128,8 @@ TEST_F(SshFaults, ACutDuringTheUploadIsNotMendedBehindThePersonsBack) {
   Ferma("InviaFile", "scrivi prima", [this] { Taglia(); });
   Prova("Cut during the upload, host back");
   VerificaFallito();
-  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost});
-  VerificaRimasti({blocco});
+  VerificaErrore({"Invio del file", "/tmp/" + Parziale, QualeHost});
+  VerificaRimasti({Blocco});
   VerificaAvvii(0);
 }
 
@@ -137,8 +137,8 @@ TEST_F(SshFaults, AFileThatMayHaveBeenMadeIsLeftAloneAndSaid) {
   Ferma("InviaFile", "apri dopo", [this] { Taglia(); });
   Prova("Answer to the making of the file lost, host back");
   VerificaFallito();
-  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost, "può esserne rimasta una parte"});
-  VerificaRimasti({parziale, blocco});
+  VerificaErrore({"Invio del file", "/tmp/" + Parziale, QualeHost, "può esserne rimasta una parte"});
+  VerificaRimasti({Parziale, Blocco});
   VerificaAvvii(0);
 }
 
@@ -147,7 +147,7 @@ TEST_F(SshFaults, ANetworkThatFallsSilentDuringTheUploadIsGivenUpAfterTheWait) {
   Ferma("InviaFile", "scrivi prima", [this] { proxy.Strike(Azione::Hold); });
   Prova("Network silent during the upload");
   VerificaFallito();
-  VerificaErrore({"Invio del file", "/tmp/" + parziale, sullHost, "entro 3 secondi"});
+  VerificaErrore({"Invio del file", "/tmp/" + Parziale, QualeHost, "entro 3 secondi"});
   VerificaAvvii(0);
 }
 
@@ -167,8 +167,8 @@ TEST_F(SshFaults, ACutBeforeTheRenameIsReported) {
   Ferma("RinominaFile", "rinomina prima", [this] { Taglia(true); });
   Prova("Cut before the rename, host gone");
   VerificaFallito();
-  VerificaErrore({"Cambio di nome", parziale, completo, sullHost});
-  VerificaRimasti({parziale, blocco});
+  VerificaErrore({"Cambio di nome", Parziale, Completo, QualeHost});
+  VerificaRimasti({Parziale, Blocco});
   VerificaAvvii(0);
 }
 
@@ -176,8 +176,8 @@ TEST_F(SshFaults, ACutBeforeTheRenameIsSeenByTheNames) {
   Ferma("RinominaFile", "rinomina prima", [this] { Taglia(); });
   Prova("Cut before the rename, host back");
   VerificaFallito();
-  VerificaErrore({"Cambio di nome", parziale, completo, sullHost, "ha ancora il vecchio nome", "togliere il blocco"});
-  VerificaRimasti({parziale, blocco});
+  VerificaErrore({"Cambio di nome", Parziale, Completo, QualeHost, "ha ancora il vecchio nome", "togliere il blocco"});
+  VerificaRimasti({Parziale, Blocco});
   VerificaAvvii(0);
 }
 
@@ -193,8 +193,8 @@ TEST_F(SshFaults, ALostAnswerToTheRenameIsAnErrorWhereNobodyCanLook) {
   Ferma("RinominaFile", "rinomina dopo", [this] { Taglia(true); });
   Prova("Answer to the rename lost, host gone");
   VerificaFallito();
-  VerificaErrore({"Cambio di nome", parziale, completo, sullHost});
-  VerificaRimasti({completo, blocco});
+  VerificaErrore({"Cambio di nome", Parziale, Completo, QualeHost});
+  VerificaRimasti({Completo, Blocco});
   VerificaAvvii(0);
 }
 

@@ -7,7 +7,7 @@ namespace {
 
 using testing::SizeIs;
 
-const std::string accettato = "Variato 1 documento";
+const std::string Accettato = "Variato 1 documento";
 constexpr std::size_t Vuoti = 6; ///< empty parameters of the request
 
 class PresumedDocuments : public ListaPresunti {
@@ -34,7 +34,7 @@ TEST_P(PresumedDocuments, ABankChosenForOneRowIsThatOfTheWholeDocument) {
   Fotografa("presunti");
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,214,OC,,,,60100001,60100002,\r\n", accettato);
+  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,214,OC,,,,60100001,60100002,\r\n", Accettato);
   VerificaBaseDati();
 }
 
@@ -48,7 +48,7 @@ TEST_P(PresumedDocuments, TheTickWithABlankBankRemovesTheBank) {
   Tasti({"space"});
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,218,OC,,,,60100003,#null#,\r\n", accettato);
+  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,218,OC,,,,60100003,#null#,\r\n", Accettato);
   VerificaBaseDati();
 }
 
@@ -59,7 +59,7 @@ TEST_P(PresumedDocuments, OfADocumentWithSeveralBanksOnlyTheFirstOneChanges) {
   ScegliBanca(7, 6);
   ASSERT_NO_FATAL_FAILURE(Conferma());
   VerificaFine(0, "");
-  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,215,OC,,,,#null#,60100005,\r\n", accettato);
+  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,215,OC,,,,#null#,60100005,\r\n", Accettato);
   VerificaBaseDati();
 }
 
@@ -110,7 +110,7 @@ TEST_P(PresumedDocuments, TheCloseBoxAfterAnEarlierConfirmationSendsNothingMore)
   ScegliBanca(0, 3);
   Tasti({"alt+F4"});
   VerificaFine(0, "\"\"\n\"closed\"\n");
-  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,214,OC,,,,60100001,60100002,\r\n", accettato);
+  VerificaRichiesta("CANALIZZAZIONE", Vuoti, "20100012,,26,214,OC,,,,60100001,60100002,\r\n", Accettato);
   VerificaBaseDati();
 }
 

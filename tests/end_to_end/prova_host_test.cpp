@@ -22,7 +22,7 @@ class HostTest : public testing::Test {
   /// Runs the program with what the person types; its exit status, a line break and its standard output.
   std::string Lancia(const std::vector<std::string>& opzioni, const std::string& digitato = "") {
     Scrivi(demo.Base() / "digitato", digitato);
-    std::vector<std::string> argomenti{test::programPath("lumoscad").string()};
+    std::vector<std::string> argomenti{test::ProgramPath("lumoscad").string()};
     argomenti.insert(argomenti.end(), opzioni.begin(), opzioni.end());
     Figlio programma(argomenti, demo.Ambiente(), demo.Base() / "digitato", demo.Base() / "risultato",
                      demo.Base() / "errori");
@@ -61,7 +61,7 @@ TEST_P(HostTestReadHalfway, AReaderThatLeavesEarlyLeavesNoFileBehind) {
   Scrivi(demo.Base() / "digitato", "");
   for (const char* righe : {"0", "1", "2", "3"}) {
     Figlio programma({"sh", "-c", "\"$1\" --prova-host \"$2\" | head -n \"$3\"; sleep 0.1", "sh",
-                      test::programPath("lumoscad").string(), demo.Indirizzo(), righe},
+                      test::ProgramPath("lumoscad").string(), demo.Indirizzo(), righe},
                      demo.Ambiente(), demo.Base() / "digitato", demo.Base() / "risultato", demo.Base() / "errori");
     EXPECT_EQ(programma.Attendi(), 0);
     const auto letto = FileText(demo.Base() / "risultato");

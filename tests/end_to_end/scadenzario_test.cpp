@@ -25,15 +25,15 @@ constexpr std::string_view Nome = "T0120260305140709";
 class WholeItemWindow : public FinestraIntera {
  protected:
   WholeItemWindow() {
-    test::runScript(demo.Connessione(), FileText(test::sourcePath("demo/comandi.sql")));
+    test::RunScript(demo.Connessione(), FileText(test::SourcePath("demo/comandi.sql")));
     prima = demo.Stato();
     auto& s = stato();
     s.ComandoCorrente = "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main";
-    s.Azienda = "01";
+    s.azienda = "01";
     s.HostIP = demo.Indirizzo();
-    s.TipoComando = "BANCA";
-    s.ContoScadenze = "20100001";
-    s.PartitaScadenze = "AB   123";
+    s.tipoComando = "BANCA";
+    s.contoScadenze = "20100001";
+    s.partitaScadenze = "AB   123";
     s.Serie = "A";
     s.Esercizio = "2006";
     s.Numero = "15";
@@ -53,15 +53,15 @@ class WholeItemWindow : public FinestraIntera {
   FormLumoScad form{[this] { return ScriviRichiestaScadenze(RigheDellaFinestra()); },
                     [] {
                       const auto& s = stato();
-                      return ModuloMain::CancellaExtra(s.Azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
+                      return ModuloMain::CancellaExtra(s.azienda, s.HostIP, s.Serie, s.Esercizio, s.Numero);
                     }};
 
  private:
   [[nodiscard]] std::vector<RigaScadenze> RigheDellaFinestra() const {
     std::vector<RigaScadenze> righe;
-    for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
-      const auto testo = [&](int colonna) { return std::string(form.griglia().Righe.Testo(riga, colonna)); };
-      righe.push_back({stato().ContoScadenze, stato().PartitaScadenze, testo(FormLumoScad::Scadenza),
+    for (std::size_t riga = 0; riga < form.griglia().righe.Quante(); ++riga) {
+      const auto testo = [&](int colonna) { return std::string(form.griglia().righe.Testo(riga, colonna)); };
+      righe.push_back({stato().contoScadenze, stato().partitaScadenze, testo(FormLumoScad::Scadenza),
                        testo(FormLumoScad::ScadOrig), testo(FormLumoScad::NuovaScadenza)});
     }
     return righe;

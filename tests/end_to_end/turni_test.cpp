@@ -97,7 +97,7 @@ class Turns : public testing::Test {
     banco_.environment.CodicePostazione = postazione_;
     banco_.environment.CartellaLocale = (base_ / "locale").string();
     esclusione_ = nexaro::CreateProcessLock();
-    activeServices().processLock = [this]() -> nexaro::ProcessLock& { return *esclusione_; };
+    ActiveServices().processLock = [this]() -> nexaro::ProcessLock& { return *esclusione_; };
     for (const char* cartella : {"locale", "locale0", "locale1", "tmp", "programmi", "registro"}) {
       fs::create_directories(base_ / cartella);
     }
@@ -134,8 +134,8 @@ class Turns : public testing::Test {
     ::setenv("NEXARO_RADICE", base_.c_str(), 1);
     nexaro::HostLink& link = *nexaro::CreateHostLink().release();
     esclusione_ = nexaro::CreateProcessLock();
-    activeServices().hostLink = [&link]() -> nexaro::HostLink& { return link; };
-    activeServices().localTime = [passo] { return OraAccelerata(passo); };
+    ActiveServices().hostLink = [&link]() -> nexaro::HostLink& { return link; };
+    ActiveServices().localTime = [passo] { return OraAccelerata(passo); };
     banco_.environment.CartellaLocale = (base_ / ("locale" + std::to_string(altraCartella ? quale : 0))).string();
     std::ofstream errori(base_ / ("errori" + std::to_string(quale)));
     for (int giro = 0; giro < giri; ++giro) {
@@ -266,10 +266,10 @@ TEST_F(Turns, WhoWaitedTakesALaterSecondAlsoWhenTheOtherIsDead) {
   OtherProcess altro(HaIlTurno());
   ASSERT_TRUE(altro.Succeeded());
   int letture = 0;
-  activeServices().localTime = [&letture] { return DateTime{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
+  ActiveServices().localTime = [&letture] { return DateTime{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
   // The desktop is asked for twice before the turn, and then at every look during the wait.
   int richieste = 0;
-  activeServices().desktop = [&]() -> Desktop& {
+  ActiveServices().desktop = [&]() -> Desktop& {
     if (++richieste == 5) {
       altro.Kill();
     }
@@ -288,7 +288,7 @@ TEST_F(Turns, ASecondThatALivingProcessHasUsedIsNotTakenWithoutAWaitEither) {
   });
   ASSERT_TRUE(altro.Succeeded());
   int letture = 0;
-  activeServices().localTime = [&letture] { return DateTime{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
+  ActiveServices().localTime = [&letture] { return DateTime{2006, 3, 5, 14, 7, ++letture > 3 ? 10 : 9}; };
   EXPECT_EQ(Invia(), "");
   EXPECT_EQ(banco_.host.operazioni.front(), "Invia /tmp/" + postazione_ + "20060305140710");
 }

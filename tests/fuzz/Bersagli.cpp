@@ -38,13 +38,13 @@ void Esigi(bool vale, std::string_view regola) {
 }
 
 void TogliLeSorgenti() {
-  static const bool tolte = [] {
+  static const bool Tolte = [] {
     for (const char* variabile : {"ODBCINI", "ODBCINSTINI", "ODBCSYSINI"}) {
       ::setenv(variabile, "/dev/null/nessuna", 1);
     }
     return true;
   }();
-  static_cast<void>(tolte);
+  static_cast<void>(Tolte);
 }
 
 std::string_view Testo(Ingresso ingresso) {

@@ -62,7 +62,7 @@ struct Bersaglio {
   void (*prova)(Ingresso);
 };
 
-inline constexpr std::array<Bersaglio, 8> bersagli{{{"comando", Comando},
+inline constexpr std::array<Bersaglio, 8> Bersagli{{{"comando", Comando},
                                                     {"conversioni", Conversioni},
                                                     {"risposta", Risposta},
                                                     {"connessione", Connessione},

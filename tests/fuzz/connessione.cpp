@@ -49,7 +49,7 @@ std::string TraVirgolette(std::string_view valore, char virgolette) {
 
 bool Uguali(const ConnectionSettings& a, const ConnectionSettings& b) {
   return a.DataSource == b.DataSource && a.UserId == b.UserId && a.Password == b.Password &&
-         a.ConnectTimeout == b.ConnectTimeout;
+         a.connectTimeout == b.connectTimeout;
 }
 
 /// Reads one value as an ODBC driver manager does, and takes it off the text with its ";".
@@ -99,12 +99,12 @@ void Connessione(Ingresso ingresso) {
   if (!impostazioni) {
     return;
   }
-  Esigi(impostazioni->ConnectTimeout >= 0, "un tempo negativo");
+  Esigi(impostazioni->connectTimeout >= 0, "un tempo negativo");
   for (const char virgolette : {'"', '\''}) {
     const std::string riscritto = "Ignota=x;PWD=vecchia;DSN=" + TraVirgolette(impostazioni->DataSource, virgolette) +
                                   ";UID=" + TraVirgolette(impostazioni->UserId, virgolette) +
                                   " ;Password=" + TraVirgolette(impostazioni->Password, virgolette) +
-                                  ";Connect Timeout=" + std::to_string(impostazioni->ConnectTimeout);
+                                  ";Connect Timeout=" + std::to_string(impostazioni->connectTimeout);
     Esigi(Uguali(ado::ReadConnectionText(riscritto), *impostazioni), "il testo riscritto dà altre impostazioni");
   }
   const auto odbc = Prova([&] { return ado::OdbcText(*impostazioni); });

@@ -28,7 +28,7 @@ class KeptInputs : public testing::TestWithParam<Bersaglio> {
  protected:
   /// Plays every input of a folder and returns how many there are.
   static std::size_t Gioca(std::string_view raccolta) {
-    const auto file = File(lumoscad::test::sourcePath("tests/fuzz") / raccolta / GetParam().nome);
+    const auto file = File(lumoscad::test::SourcePath("tests/fuzz") / raccolta / GetParam().nome);
     for (const fs::path& percorso : file) {
       SCOPED_TRACE(percorso.filename().string());
       const std::string byte = lumoscad::test::FileText(percorso);
@@ -51,15 +51,15 @@ TEST_P(KeptInputs, ThatOnceFoundAFaultFindItNoMore) {
 
 TEST(Findings, AllStandUnderATargetThatPlaysThemAgain) {
   std::size_t rigiocati = 0;
-  for (const Bersaglio& bersaglio : bersagli) {
-    rigiocati += File(lumoscad::test::sourcePath("tests/fuzz/reperti") / bersaglio.nome).size();
+  for (const Bersaglio& bersaglio : Bersagli) {
+    rigiocati += File(lumoscad::test::SourcePath("tests/fuzz/reperti") / bersaglio.nome).size();
   }
-  const fs::recursive_directory_iterator tutti(lumoscad::test::sourcePath("tests/fuzz/reperti"));
+  const fs::recursive_directory_iterator tutti(lumoscad::test::SourcePath("tests/fuzz/reperti"));
   const auto conservati =
       std::count_if(begin(tutti), end(tutti), [](const auto& voce) { return voce.is_regular_file(); });
   EXPECT_GT(rigiocati, 0U);
   EXPECT_EQ(rigiocati, static_cast<std::size_t>(conservati));
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, KeptInputs, testing::ValuesIn(bersagli),
+INSTANTIATE_TEST_SUITE_P(Targets, KeptInputs, testing::ValuesIn(Bersagli),
                          [](const auto& caso) { return std::string(caso.param.nome); });

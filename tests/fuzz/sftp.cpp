@@ -149,7 +149,7 @@ void Ricevi(nexaro::Sftp& sftp, const nexaro::Extent& misura, std::size_t detti)
 }
 
 void Ognuna(nexaro::Sftp& sftp) {
-  const auto handle = sftp.Open("/tmp/VBX", nexaro::sftp_open::Reading, 0);
+  const auto handle = sftp.Open("/tmp/VBX", nexaro::sftpOpen::Reading, 0);
   Esigi(handle.size() <= 256, "un handle troppo lungo");
   static_cast<void>(sftp.AwaitAttributes(sftp.RequestAttributes(handle)));
   static_cast<void>(sftp.Look("/tmp/VBX", true));
@@ -183,10 +183,10 @@ class File {
 };
 
 bool ParlaDiUnaRiga(const nexaro::HostKey& chiave, std::string_view contenuto) {
-  constexpr std::string_view riga = "riga ";
+  constexpr std::string_view Riga = "riga ";
   const auto righe = std::count(contenuto.begin(), contenuto.end(), '\n') + 1;
-  return chiave.detail.starts_with(riga) && std::strtol(chiave.detail.c_str() + riga.size(), nullptr, 10) >= 1 &&
-         std::strtol(chiave.detail.c_str() + riga.size(), nullptr, 10) <= righe;
+  return chiave.detail.starts_with(Riga) && std::strtol(chiave.detail.c_str() + Riga.size(), nullptr, 10) >= 1 &&
+         std::strtol(chiave.detail.c_str() + Riga.size(), nullptr, 10) <= righe;
 }
 
 } // namespace
@@ -233,8 +233,8 @@ void HostNoti(Ingresso ingresso) {
   using nexaro::KeyState;
   const std::string_view contenuto = Testo(ingresso);
   // From here on the text is the key itself; the library takes it whatever name stands in the frame around it.
-  constexpr std::size_t cornice = 26;
-  const bool nominata = contenuto.find(std::string_view(ChiavePresentata).substr(cornice)) != std::string_view::npos;
+  constexpr std::size_t Cornice = 26;
+  const bool nominata = contenuto.find(std::string_view(ChiavePresentata).substr(Cornice)) != std::string_view::npos;
   const File file(contenuto);
   const nexaro::Session sessione(Impostazioni(), "127.0.0.1");
   const auto chiave = nexaro::ExamineKey(sessione, 2222, file.percorso);

@@ -16,7 +16,7 @@ namespace lumoscad::test {
 namespace fs = std::filesystem;
 
 /// What a person is told of a program that may have done its work.
-inline const std::string ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+inline const std::string Ignoto = "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
 
 /// Environment variables that return to what they were.
 class VariabiliProvvisorie {

@@ -21,7 +21,7 @@ class BancoSsh : public testing::Test {
   static void SetUpTestSuite() {
     ASSERT_TRUE(test::SshServer::Available());
     server = std::make_unique<test::SshServer>(
-        test::outputPath("host/prove-" + fs::read_symlink("/proc/self/exe").filename().string()));
+        test::OutputPath("host/prove-" + fs::read_symlink("/proc/self/exe").filename().string()));
   }
   static void TearDownTestSuite() { server.reset(); }
 

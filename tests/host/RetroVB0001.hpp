@@ -27,7 +27,7 @@ class BackEndVB0001 : public testing::Test {
 
   /// The answer's bytes.
   std::string Byte(const std::vector<std::string>& parametri) {
-    const auto esito = nexaro::Run({test::programPath("VB0001").string(),
+    const auto esito = nexaro::Run({test::ProgramPath("VB0001").string(),
                                     parametri,
                                     {"NEXARO_RADICE=" + radice.Path().string()},
                                     radice.Path().string(),

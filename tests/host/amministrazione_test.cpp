@@ -45,7 +45,7 @@ class Administration : public test::BancoSsh {
 
   [[nodiscard]] static Esito Esegui(const std::string& argomenti, const std::string& ingresso = "") {
     const auto riga =
-        "printf '" + ingresso + "' | '" + test::programPath("lumoscad").string() + "' " + argomenti + " 2>&1";
+        "printf '" + ingresso + "' | '" + test::ProgramPath("lumoscad").string() + "' " + argomenti + " 2>&1";
     std::FILE* tubo = ::popen(riga.c_str(), "r");
     Esito esito;
     std::array<char, 256> pezzo{};

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::ErroreDi;
-using test::ignoto;
+using test::Ignoto;
 using testing::HasSubstr;
 
 class DirectoryLink : public testing::Test {
@@ -109,13 +109,13 @@ TEST_F(DirectoryLink, ReceivingAMissingFileFailsAndLeavesNothing) {
 }
 
 TEST_F(DirectoryLink, LargestFileIsReceivedAndALargerOneRefused) {
-  constexpr std::uintmax_t massimo = std::uintmax_t{16} * 1024 * 1024;
+  constexpr std::uintmax_t Massimo = std::uintmax_t{16} * 1024 * 1024;
   test::Scrivi(base / "host/tmp/VBX", "x");
-  std::filesystem::resize_file(base / "host/tmp/VBX", massimo);
+  std::filesystem::resize_file(base / "host/tmp/VBX", Massimo);
   collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo);
-  EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), massimo);
+  EXPECT_EQ(std::filesystem::file_size(base / "locale/VBX"), Massimo);
   std::filesystem::remove(base / "locale/VBX");
-  std::filesystem::resize_file(base / "host/tmp/VBX", massimo + 1);
+  std::filesystem::resize_file(base / "host/tmp/VBX", Massimo + 1);
   const auto errore = ErroreDi([this] { collegamento->RiceviFile("h", "/tmp/VBX", base / "locale/VBX", testo); });
   EXPECT_EQ(errore.Number(), nexaro::LinkFailure);
   EXPECT_EQ(errore.Description(), "Ricezione del file «/tmp/VBX» sull'host h in «" + base / "locale/VBX" +
@@ -237,19 +237,19 @@ TEST_F(DirectoryLink, MissingProgramIsNamedWithItsHost) {
 
 TEST_F(DirectoryLink, FailedProgramIsReportedWithWhatItSaid) {
   Programma("echo 'disco pieno' >&2; exit 3");
-  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è terminato con lo stato 3: disco pieno. " + ignoto);
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è terminato con lo stato 3: disco pieno. " + Ignoto);
 }
 
 TEST_F(DirectoryLink, LongComplaintIsCutBetweenCharacters) {
   Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
   const auto rifiuto = Rifiuto();
   EXPECT_LT(rifiuto.size(), 2200U);
-  EXPECT_THAT(rifiuto, testing::EndsWith("àà. " + ignoto));
+  EXPECT_THAT(rifiuto, testing::EndsWith("àà. " + Ignoto));
 }
 
 TEST_F(DirectoryLink, KilledProgramIsReportedWithTheSignal) {
   Programma("kill -SEGV $$");
-  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è stato terminato dal segnale 11. " + ignoto);
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 è stato terminato dal segnale 11. " + Ignoto);
 }
 
 TEST_F(DirectoryLink, HangingProgramIsInterrupted) {
@@ -257,12 +257,12 @@ TEST_F(DirectoryLink, HangingProgramIsInterrupted) {
   collegamento.emplace(base / "host", 300ms);
   EXPECT_EQ(Rifiuto(),
             "Il programma VB0001 sull'host 10.0.0.1 non ha risposto entro 0,300 secondi ed è stato interrotto. " +
-                ignoto);
+                Ignoto);
 }
 
 TEST_F(DirectoryLink, SilentProgramIsAnError) {
   Programma("exit 0");
-  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 non ha dato alcuna risposta. " + ignoto);
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 10.0.0.1 non ha dato alcuna risposta. " + Ignoto);
 }
 
 TEST_F(DirectoryLink, EndlessAnswerIsInterrupted) {

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 TEST(HostEncoding, Utf8IsTheDefaultAndPassesEveryByte) {
   for (const auto* nome : {"", "UTF-8", "utf-8", "UTF8"}) {
     const Encoding codifica(nome);
-    EXPECT_TRUE(codifica.IsUtf8()) << nome;
+    EXPECT_TRUE(codifica.PlainUtf8()) << nome;
     EXPECT_EQ(codifica.ToHost("à€\xFF", "Il testo"), "à€\xFF");
     EXPECT_EQ(codifica.FromHost("à€\xFF"), "à€\xFF");
   }

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 nexaro::ProcessOutcome Genera(const std::vector<std::string>& argomenti) {
-  return nexaro::Run({test::programPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
+  return nexaro::Run({test::ProgramPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
 }
 
 TEST(DemonstrationData, AreTheSameForTheSameDay) {
@@ -42,7 +42,7 @@ std::string Interroga(const std::string& argomenti, const std::string& query) {
   const auto esito = nexaro::Run(
       {"/bin/sh",
        {"-c", "{ cat \"$1\"; \"$2\" $3; echo \"$4;\"; } | sqlite3 -bail", "sh",
-        test::sourcePath("demo/schema.sql").string(), test::programPath("lumoscad-genera").string(), argomenti, query},
+        test::SourcePath("demo/schema.sql").string(), test::ProgramPath("lumoscad-genera").string(), argomenti, query},
        {},
        "/",
        20s,
@@ -52,18 +52,18 @@ std::string Interroga(const std::string& argomenti, const std::string& query) {
   return esito.output;
 }
 
-const std::string conPresunti = " FROM EVENTOCONTABILE E JOIN MOVIMENTOCONTABILE M ON M.MOVIMENTOKEY=E.MOVIMENTOKEY "
+const std::string ConPresunti = " FROM EVENTOCONTABILE E JOIN MOVIMENTOCONTABILE M ON M.MOVIMENTOKEY=E.MOVIMENTOKEY "
                                 "JOIN CONTOCONTABILE C ON C.CONTOCONTABILE_KEY=E.CONTOCONTABILE_KEY "
                                 "WHERE E.TIPOEVENTO='P' ";
 /// What the screens show of the customers' presumed documents.
-const std::string elencati = conPresunti + "AND M.TIPOOPERAZIONE='V' AND E.SOSPESA='N' AND C.BLOCCO='N' "
+const std::string Elencati = ConPresunti + "AND M.TIPOOPERAZIONE='V' AND E.SOSPESA='N' AND C.BLOCCO='N' "
                                            "AND E.IMPORTODIVISA<>0 ";
 
 TEST(DemonstrationPresumedDocuments, AreFoundByCompanySeriesAndNumberAlone) {
   EXPECT_EQ(Interroga("2026-03-05 2000 500", "SELECT count(*) FROM (SELECT 1 FROM MOVIMENTOCONTABILE GROUP BY "
                                              "AZIENDALINEAKEY, TIPOMOVIMENTO, SERIE, NUMERO HAVING count(*)>1)"),
             "0\n");
-  EXPECT_EQ(Interroga("2026-03-05 2000 500", "SELECT count(*)" + conPresunti +
+  EXPECT_EQ(Interroga("2026-03-05 2000 500", "SELECT count(*)" + ConPresunti +
                                                  "AND NOT (length(M.SERIE)=2 AND M.NUMERO LIKE '_%' || "
                                                  "substr(M.ESERCIZIO,3) AND M.TIPOMOVIMENTO='N')"),
             "0\n");
@@ -71,7 +71,7 @@ TEST(DemonstrationPresumedDocuments, AreFoundByCompanySeriesAndNumberAlone) {
 
 TEST(DemonstrationPresumedDocuments, HaveEveryCaseThatTheScreensTellApart) {
   const auto quanti = [](const std::string& condizione) {
-    return std::stol(Interroga("2026-03-05", "SELECT count(*)" + conPresunti + condizione));
+    return std::stol(Interroga("2026-03-05", "SELECT count(*)" + ConPresunti + condizione));
   };
   for (const char* condizione :
        {"AND E.DATACONSEGNA IS NULL", "AND E.BANCAPRESENTAZIONE_KEY IS NULL", "AND E.SOSPESA='S'", "AND C.BLOCCO='S'",
@@ -91,7 +91,7 @@ TEST(DemonstrationPresumedDocuments, HaveEveryCaseThatTheScreensTellApart) {
 
 TEST(DemonstrationPresumedDocuments, GrowByTheRowsAskedForEachOfThemListed) {
   const auto righe = [](const std::string& argomenti) {
-    return std::stol(Interroga(argomenti, "SELECT count(*) FROM (SELECT 1" + elencati +
+    return std::stol(Interroga(argomenti, "SELECT count(*) FROM (SELECT 1" + Elencati +
                                               "GROUP BY M.SERIE, M.NUMERO, E.BANCAPRESENTAZIONE_KEY, E.DATACONSEGNA, "
                                               "E.CODICEDIVISA, E.DATACONSEGNAPRODUZIONE)"));
   };

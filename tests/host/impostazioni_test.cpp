@@ -47,7 +47,7 @@ TEST_F(TransportSettings, DefaultsAreTheUsersOwn) {
   EXPECT_EQ(valori.knownHosts, "/casa/.ssh/known_hosts");
   EXPECT_EQ(valori.directory, "/casa/.ssh");
   EXPECT_EQ(valori.programs, "");
-  EXPECT_TRUE(valori.encoding.IsUtf8());
+  EXPECT_TRUE(valori.encoding.PlainUtf8());
   EXPECT_EQ(valori.timeout, std::chrono::seconds(60));
 }
 

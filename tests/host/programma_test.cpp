@@ -44,7 +44,7 @@ class Programma {
     if (::pipe2(tubo.data(), O_CLOEXEC) != 0) {
       throw std::runtime_error("pipe2");
     }
-    const std::string programma = test::programPath("lumoscad").string();
+    const std::string programma = test::ProgramPath("lumoscad").string();
     std::vector<char*> vettore{const_cast<char*>(programma.c_str())};
     for (const auto& argomento : argomenti) {
       vettore.push_back(const_cast<char*>(argomento.c_str()));
@@ -256,10 +256,10 @@ TEST_F(LumoscadProgram, TellsHowItIsUsed) {
 TEST_F(LumoscadProgram, NamesEveryEnvironmentVariableInItsHelp) {
   EXPECT_EQ(Esegui({"--aiuto"}), 0);
   std::set<std::string> nomi{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SSH_AUTH_SOCK"};
-  static const std::regex variabile("\"((NEXARO|LUMOSCAD)_[A-Z_]+)\"");
-  for (const auto& voce : std::filesystem::recursive_directory_iterator(test::sourcePath("src"))) {
+  static const std::regex Variabile("\"((NEXARO|LUMOSCAD)_[A-Z_]+)\"");
+  for (const auto& voce : std::filesystem::recursive_directory_iterator(test::SourcePath("src"))) {
     const std::string testo = voce.is_regular_file() ? test::FileText(voce.path().string()) : "";
-    for (std::sregex_iterator trovata(testo.begin(), testo.end(), variabile), fine; trovata != fine; ++trovata) {
+    for (std::sregex_iterator trovata(testo.begin(), testo.end(), Variabile), fine; trovata != fine; ++trovata) {
       nomi.insert((*trovata)[1]);
     }
   }

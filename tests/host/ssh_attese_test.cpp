@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 using test::Chiamante;
 using test::ErroreDi;
-using test::ignoto;
+using test::Ignoto;
 using testing::EndsWith;
 using testing::HasSubstr;
 

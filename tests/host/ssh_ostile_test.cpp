@@ -36,7 +36,7 @@ class SshHostile : public test::BancoSsh {
 
   /// The host's file service is from now on one that does its harm in this way.
   void Servizio(const std::string& modo) {
-    server->Change({"ed25519", {}, test::programPath("sftp_ostile").string() + " " + modo, {}});
+    server->Change({"ed25519", {}, test::ProgramPath("sftp_ostile").string() + " " + modo, {}});
   }
   /// The error of a file that is received; nothing may be left of it.
   RuntimeError Ricezione(const std::string& remoto) {
@@ -224,7 +224,7 @@ class SshFlood : public test::BancoSsh {
     test::BancoSsh::SetUp();
     const auto chiave = server->Directory() / "host";
     const auto cartella = base.Path().string();
-    const auto programma = test::programPath("ssh_ostile").string();
+    const auto programma = test::ProgramPath("ssh_ostile").string();
     processo_ = ::fork();
     if (processo_ == 0) {
       ::execl(programma.c_str(), programma.c_str(), chiave.c_str(), cartella.c_str(), nullptr);

@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 using test::ErroreDi;
-using test::ignoto;
+using test::Ignoto;
 using testing::HasSubstr;
 
 class SshProgram : public test::BancoSsh {
@@ -95,24 +95,24 @@ TEST_F(SshProgram, ProgramThatMayNotRunIsSaid) {
 
 TEST_F(SshProgram, FailedProgramIsReportedWithWhatItSaid) {
   Programma("echo 'disco pieno' >&2; exit 3");
-  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 3: disco pieno. " + ignoto);
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è terminato con lo stato 3: disco pieno. " + Ignoto);
 }
 
 TEST_F(SshProgram, ComplaintGivesNoOrdersToATerminal) {
   Programma("printf '\\033]0;x\\007disco\\tpieno\\nriprovare\\r\\n' >&2; exit 3");
-  EXPECT_THAT(Rifiuto(), testing::EndsWith("lo stato 3:  ]0;x disco pieno\nriprovare. " + ignoto));
+  EXPECT_THAT(Rifiuto(), testing::EndsWith("lo stato 3:  ]0;x disco pieno\nriprovare. " + Ignoto));
 }
 
 TEST_F(SshProgram, LongComplaintIsCutBetweenCharacters) {
   Programma("printf x >&2; i=0; while [ $i -lt 3000 ]; do printf 'à' >&2; i=$((i+1)); done; exit 3");
   const auto rifiuto = Rifiuto();
   EXPECT_LT(rifiuto.size(), 2200U);
-  EXPECT_THAT(rifiuto, testing::EndsWith("àà. " + ignoto));
+  EXPECT_THAT(rifiuto, testing::EndsWith("àà. " + Ignoto));
 }
 
 TEST_F(SshProgram, KilledProgramIsReportedWithTheSignal) {
   Programma("kill -SEGV $$");
-  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è stato terminato dal segnale SEGV. " + ignoto);
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 è stato terminato dal segnale SEGV. " + Ignoto);
 }
 
 TEST_F(SshProgram, BothStreamsMayBeFullAtOnce) {
@@ -127,7 +127,7 @@ TEST_F(SshProgram, HangingProgramIsGivenUpAndItsOutcomeSaidToBeUnknown) {
   Collega();
   EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha risposto entro 1,500 secondi e ne è stata "
                        "chiesta l'interruzione: parte. " +
-                           ignoto);
+                           Ignoto);
 }
 
 TEST_F(SshProgram, HangingProgramIsAskedToEnd) {
@@ -147,7 +147,7 @@ TEST_F(SshProgram, HangingProgramIsAskedToEnd) {
 
 TEST_F(SshProgram, SilentProgramIsAnError) {
   Programma("exit 0");
-  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha dato alcuna risposta. " + ignoto);
+  EXPECT_EQ(Rifiuto(), "Il programma VB0001 sull'host 127.0.0.1 non ha dato alcuna risposta. " + Ignoto);
 }
 
 TEST_F(SshProgram, EndlessAnswerIsGivenUp) {
@@ -214,7 +214,7 @@ class SshForcedCommand : public SshProgram {
  protected:
   void SetUp() override {
     SshProgram::SetUp();
-    auto ingresso = test::FileText(test::sourcePath("docs/lumoscad-ingresso.sh"));
+    auto ingresso = test::FileText(test::SourcePath("docs/lumoscad-ingresso.sh"));
     const std::string originale = "programmi=/opt/contabile/programmi\n";
     const auto posto = ingresso.find(originale);
     ASSERT_NE(posto, std::string::npos);

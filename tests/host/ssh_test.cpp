@@ -378,7 +378,7 @@ TEST_F(SshSilence, SilentConnectionIsOpenedAgainForAProgramThatThenStartsOnce) {
 TEST_F(SshSingleConnection, ProgramWhoseConnectionBreaksIsNotStartedAgain) {
   // The parent of the program is the server's process for this connection.
   Programma("echo x >>'" + base / "avvii" + "'; kill -9 $PPID; sleep 5");
-  EXPECT_THAT(Rifiuto(), testing::EndsWith(". " + test::ignoto));
+  EXPECT_THAT(Rifiuto(), testing::EndsWith(". " + test::Ignoto));
   EXPECT_EQ(test::FileText(base / "avvii"), "x\n");
   Programma("echo '<A/>'");
   EXPECT_TRUE(Risposta().has_value());

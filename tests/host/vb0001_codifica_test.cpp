@@ -12,12 +12,12 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-const std::vector<std::string> sospensione = {"01", "SOSPESOCREA", "C10", "AB123", "T01", ""};
+const std::vector<std::string> Sospensione = {"01", "SOSPESOCREA", "C10", "AB123", "T01", ""};
 
 class Vb0001Encoding : public BackEndVB0001 {
  protected:
   /// The answer's bytes to a request of an account.
-  std::string Risposta(const std::string& conto) { return Byte(Con(sospensione, 2, conto)); }
+  std::string Risposta(const std::string& conto) { return Byte(Con(Sospensione, 2, conto)); }
   std::string Registro() { return test::FileText(radice / "registro/VB0001.log"); }
 };
 
@@ -29,7 +29,7 @@ TEST_F(Vb0001Encoding, AUtf8CallIsAnsweredInUtf8) {
 
 TEST_F(Vb0001Encoding, ACallOfAsciiAloneIsAnsweredInUtf8) {
   EXPECT_THAT(Risposta("BLOCCATO"), StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"));
-  EXPECT_EQ(Testo("ERRORE", "", Con(sospensione, 2, "BLOCCATO")), "Parametro 3: «BLOCCATO» è un conto bloccato.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(Sospensione, 2, "BLOCCATO")), "Parametro 3: «BLOCCATO» è un conto bloccato.");
 }
 
 TEST_F(Vb0001Encoding, ALatin1CallIsAnsweredInLatin1) {
@@ -40,8 +40,8 @@ TEST_F(Vb0001Encoding, ALatin1CallIsAnsweredInLatin1) {
 
 TEST_F(Vb0001Encoding, ItsOwnLettersComeInTheEncodingOfTheCall) {
   test::Scrivi(radice / "conti_bloccati", "Perché\n");
-  EXPECT_EQ(Testo("ERRORE", "", Con(sospensione, 2, "Perch\xE9")), "Parametro 3: «Perché» è un conto bloccato.");
-  EXPECT_EQ(Testo("ERRORE", "", Con(sospensione, 2, "Perché")), "Parametro 3: «Perché» è un conto bloccato.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(Sospensione, 2, "Perch\xE9")), "Parametro 3: «Perché» è un conto bloccato.");
+  EXPECT_EQ(Testo("ERRORE", "", Con(Sospensione, 2, "Perché")), "Parametro 3: «Perché» è un conto bloccato.");
 }
 
 TEST_F(Vb0001Encoding, ARequestFileTellsTheEncodingToo) {
@@ -71,7 +71,7 @@ TEST_F(Vb0001Encoding, BytesThatTheWesternEncodingsReadDifferentlyComeBackAsThey
 
 TEST_F(Vb0001Encoding, OneTextOfAnotherEncodingTellsThatOfAllParameters) {
   // Two Latin-1 letters that happen to be one of UTF-8.
-  EXPECT_EQ(Testo("MESSAGGIO", "", Con(Con(sospensione, 2, "\xC3\xA9"), 3, "Citt\xE0")),
+  EXPECT_EQ(Testo("MESSAGGIO", "", Con(Con(Sospensione, 2, "\xC3\xA9"), 3, "Citt\xE0")),
             "Sospesa la partita Città del conto Ã©");
 }
 

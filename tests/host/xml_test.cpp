@@ -31,8 +31,8 @@ TEST(XmlDocument, KeepsElementsInDocumentOrderWithTheirNamesAsWritten) {
   EXPECT_EQ(nodo.children[0].name, "messaggio");
   EXPECT_EQ(nodo.children[0].value, "uno");
   EXPECT_EQ(nodo.children[1].name, "ERRORE");
-  EXPECT_FALSE(nodo.hasText);
-  EXPECT_TRUE(nodo.children[1].hasText);
+  EXPECT_FALSE(nodo.containsText);
+  EXPECT_TRUE(nodo.children[1].containsText);
 }
 
 TEST(XmlDocument, ValueIsTheTextOfTheElementAndItsDescendants) {
@@ -46,14 +46,14 @@ TEST(XmlDocument, ResolvesEntitiesAndCharacterReferences) {
 TEST(XmlDocument, KeepsASingleBlankAsText) {
   const auto nodo = xml::Read("<R><ERRORE> </ERRORE></R>");
   EXPECT_EQ(nodo.children.at(0).value, " ");
-  EXPECT_FALSE(nodo.children.at(0).hasText);
+  EXPECT_FALSE(nodo.children.at(0).containsText);
 }
 
 TEST(XmlDocument, EmptyElementHasNeitherChildrenNorText) {
   const auto nodo = xml::Read("<R/>");
   EXPECT_TRUE(nodo.children.empty());
   EXPECT_EQ(nodo.value, "");
-  EXPECT_FALSE(nodo.hasText);
+  EXPECT_FALSE(nodo.containsText);
 }
 
 TEST(XmlDocument, IsDecodedByTheEncodingItDeclares) {
@@ -146,7 +146,7 @@ TEST(XmlDocument, KeepsABlankBesideAComment) {
   EXPECT_EQ(xml::Read("<R><ERRORE> <!-- x --></ERRORE></R>").children.at(0).value, " ");
   EXPECT_EQ(xml::Read("<R><ERRORE><!-- x --> <?y?></ERRORE></R>").children.at(0).value, " ");
   EXPECT_EQ(xml::Read("<R><ERRORE>a<!-- x --> </ERRORE></R>").children.at(0).value, "a ");
-  EXPECT_FALSE(xml::Read("<R><ERRORE> <!-- x --></ERRORE></R>").children.at(0).hasText);
+  EXPECT_FALSE(xml::Read("<R><ERRORE> <!-- x --></ERRORE></R>").children.at(0).containsText);
 }
 
 TEST(XmlDocument, BlanksBetweenElementsAreNoText) {

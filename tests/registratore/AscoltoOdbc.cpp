@@ -142,105 +142,105 @@ using lumoscad::test::Testo;
 SQLRETURN SQL_API SQLDriverConnect(SQLHDBC hdbc, SQLHWND hwnd, SQLCHAR* szConnStrIn, SQLSMALLINT cbConnStrIn,
                                    SQLCHAR* szConnStrOut, SQLSMALLINT cbConnStrOutMax, SQLSMALLINT* pcbConnStrOut,
                                    SQLUSMALLINT fDriverCompletion) {
-  static auto* const vera =
+  static auto* const Originale =
       Real<SQLRETURN(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*, SQLUSMALLINT)>(
           "SQLDriverConnect");
   if (listening != nullptr) {
     listening->Apre(Testo(szConnStrIn, cbConnStrIn));
   }
   const auto esito =
-      vera(hdbc, hwnd, szConnStrIn, cbConnStrIn, szConnStrOut, cbConnStrOutMax, pcbConnStrOut, fDriverCompletion);
+      Originale(hdbc, hwnd, szConnStrIn, cbConnStrIn, szConnStrOut, cbConnStrOutMax, pcbConnStrOut, fDriverCompletion);
   if (listening != nullptr && !SQL_SUCCEEDED(esito)) {
     listening->FineFallita();
   }
   return esito;
 }
 
-SQLRETURN SQL_API SQLDisconnect(SQLHDBC ConnectionHandle) {
-  static auto* const vera = Real<SQLRETURN(SQLHDBC)>("SQLDisconnect");
+SQLRETURN SQL_API SQLDisconnect(SQLHDBC connectionHandle) {
+  static auto* const Originale = Real<SQLRETURN(SQLHDBC)>("SQLDisconnect");
   if (listening != nullptr) {
     listening->Chiude();
   }
-  return vera(ConnectionHandle);
+  return Originale(connectionHandle);
 }
 
-SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
-  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
+  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
   if (listening != nullptr) {
-    listening->Preparata(StatementHandle, Testo(StatementText, TextLength));
+    listening->Preparata(statementHandle, Testo(statementText, textLength));
   }
-  return vera(StatementHandle, StatementText, TextLength);
+  return Originale(statementHandle, statementText, textLength);
 }
 
 SQLRETURN SQL_API SQLBindParameter(SQLHSTMT hstmt, SQLUSMALLINT ipar, SQLSMALLINT fParamType, SQLSMALLINT fCType,
                                    SQLSMALLINT fSqlType, SQLULEN cbColDef, SQLSMALLINT ibScale, SQLPOINTER rgbValue,
                                    SQLLEN cbValueMax, SQLLEN* pcbValue) {
-  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLULEN,
-                                           SQLSMALLINT, SQLPOINTER, SQLLEN, SQLLEN*)>("SQLBindParameter");
+  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLULEN,
+                                                SQLSMALLINT, SQLPOINTER, SQLLEN, SQLLEN*)>("SQLBindParameter");
   if (listening != nullptr) {
     listening->Assegnato(hstmt, ipar, {static_cast<const char*>(rgbValue), pcbValue});
   }
-  return vera(hstmt, ipar, fParamType, fCType, fSqlType, cbColDef, ibScale, rgbValue, cbValueMax, pcbValue);
+  return Originale(hstmt, ipar, fParamType, fCType, fSqlType, cbColDef, ibScale, rgbValue, cbValueMax, pcbValue);
 }
 
-SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT StatementHandle, SQLUSMALLINT Option) {
-  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT)>("SQLFreeStmt");
-  if (listening != nullptr && Option == SQL_RESET_PARAMS) {
-    listening->SenzaValori(StatementHandle);
+SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT statementHandle, SQLUSMALLINT option) {
+  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT)>("SQLFreeStmt");
+  if (listening != nullptr && option == SQL_RESET_PARAMS) {
+    listening->SenzaValori(statementHandle);
   }
-  return vera(StatementHandle, Option);
+  return Originale(statementHandle, option);
 }
 
-SQLRETURN SQL_API SQLExecute(SQLHSTMT StatementHandle) {
-  static auto* const vera = Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {
+  static auto* const Originale = Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
   if (listening != nullptr) {
-    listening->Eseguita(StatementHandle);
+    listening->Eseguita(statementHandle);
   }
-  const auto esito = vera(StatementHandle);
+  const auto esito = Originale(statementHandle);
   if (listening != nullptr && !SQL_SUCCEEDED(esito) && esito != SQL_NO_DATA) {
-    listening->Fallita(StatementHandle);
+    listening->Fallita(statementHandle);
   }
   return esito;
 }
 
-SQLRETURN SQL_API SQLExecDirect(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
-  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
+SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
+  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
   if (listening != nullptr) {
-    listening->Eseguita(StatementHandle, Testo(StatementText, TextLength));
+    listening->Eseguita(statementHandle, Testo(statementText, textLength));
   }
-  const auto esito = vera(StatementHandle, StatementText, TextLength);
+  const auto esito = Originale(statementHandle, statementText, textLength);
   if (listening != nullptr && !SQL_SUCCEEDED(esito) && esito != SQL_NO_DATA) {
-    listening->Fallita(StatementHandle);
+    listening->Fallita(statementHandle);
   }
   return esito;
 }
 
-SQLRETURN SQL_API SQLRowCount(SQLHSTMT StatementHandle, SQLLEN* RowCount) {
-  static auto* const vera = Real<SQLRETURN(SQLHSTMT, SQLLEN*)>("SQLRowCount");
-  const auto esito = vera(StatementHandle, RowCount);
+SQLRETURN SQL_API SQLRowCount(SQLHSTMT statementHandle, SQLLEN* rowCount) {
+  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLLEN*)>("SQLRowCount");
+  const auto esito = Originale(statementHandle, rowCount);
   if (listening != nullptr && SQL_SUCCEEDED(esito)) {
-    listening->Toccate(StatementHandle, *RowCount);
+    listening->Toccate(statementHandle, *rowCount);
   }
   return esito;
 }
 
-SQLRETURN SQL_API SQLEndTran(SQLSMALLINT HandleType, SQLHANDLE Handle, SQLSMALLINT CompletionType) {
-  static auto* const vera = Real<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
+SQLRETURN SQL_API SQLEndTran(SQLSMALLINT handleType, SQLHANDLE handle, SQLSMALLINT completionType) {
+  static auto* const Originale = Real<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
   if (listening != nullptr) {
-    listening->Fine(CompletionType == SQL_COMMIT);
+    listening->Fine(completionType == SQL_COMMIT);
   }
-  const auto esito = vera(HandleType, Handle, CompletionType);
+  const auto esito = Originale(handleType, handle, completionType);
   if (listening != nullptr && !SQL_SUCCEEDED(esito)) {
     listening->FineFallita();
   }
   return esito;
 }
 
-SQLRETURN SQL_API SQLSetConnectAttr(SQLHDBC ConnectionHandle, SQLINTEGER Attribute, SQLPOINTER Value,
-                                    SQLINTEGER StringLength) {
-  static auto* const vera = Real<SQLRETURN(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER)>("SQLSetConnectAttr");
-  if (listening != nullptr && Attribute == SQL_ATTR_AUTOCOMMIT) {
+SQLRETURN SQL_API SQLSetConnectAttr(SQLHDBC connectionHandle, SQLINTEGER attribute, SQLPOINTER Value,
+                                    SQLINTEGER stringLength) {
+  static auto* const Originale = Real<SQLRETURN(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER)>("SQLSetConnectAttr");
+  if (listening != nullptr && attribute == SQL_ATTR_AUTOCOMMIT) {
     listening->Conferme(reinterpret_cast<SQLULEN>(Value) == SQL_AUTOCOMMIT_ON); // NOLINT: how the value travels
   }
-  return vera(ConnectionHandle, Attribute, Value, StringLength);
+  return Originale(connectionHandle, attribute, Value, stringLength);
 }

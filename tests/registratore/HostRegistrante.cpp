@@ -76,7 +76,7 @@ void HostRegistrante::EseguiProgramma(std::string_view indirizzo, std::string_vi
     try {
       vero_->EseguiProgramma(indirizzo, programma, parametri, inAscolto);
     } catch (...) {
-      destinatario.Started = inAscolto.Started;
+      destinatario.started = inAscolto.started;
       throw;
     }
   });

@@ -18,12 +18,12 @@ struct Disegno {
 
 /// What no text names: the moment in a request's name, the date and time of a lock, a server's port, a copy under way.
 const std::array<Disegno, 4>& Disegni() {
-  static const std::array<Disegno, 4> disegni{
+  static const std::array<Disegno, 4> Disegni{
       {{"{postazione}", std::regex(R"(\{postazione\}\d{14})"), "{postazione}{momento}"},
        {"Data : ", std::regex(R"(Data : \d\d/\d\d/\d{4}   Ora : \d\d:\d\d)"), "Data : {data}   Ora : {ora}"},
        {"port ", std::regex(R"(port \d+)"), "port {porta}"},
        {".lumoscad-", std::regex(R"(\.lumoscad-[A-Za-z0-9.-]+)"), ".lumoscad-{copia}"}}};
-  return disegni;
+  return Disegni;
 }
 
 /// The length of the character at the beginning of a text; 1 for a byte that begins none.

@@ -21,17 +21,17 @@ constexpr const char* Postazione = "Q7Z";
 
 /// The demonstration's tables and rows, and what the commands without a screen work on.
 const std::string& DatiDellaDimostrazione() {
-  static const std::string script = [] {
-    auto dati = Comando({test::programPath("lumoscad-genera").string(), std::string(Dimostrazione::Giorno), "400"})
+  static const std::string Script = [] {
+    auto dati = Comando({test::ProgramPath("lumoscad-genera").string(), std::string(Dimostrazione::Giorno), "400"})
                     .value_or("");
     // The script runs in a transaction of its own.
     if (!dati.starts_with("BEGIN;\n") || !dati.ends_with("COMMIT;")) {
       throw std::runtime_error("no demonstration data");
     }
     dati = dati.substr(7, dati.size() - 14);
-    return FileText(test::sourcePath("demo/schema.sql")) + dati + FileText(test::sourcePath("demo/comandi.sql"));
+    return FileText(test::SourcePath("demo/schema.sql")) + dati + FileText(test::SourcePath("demo/comandi.sql"));
   }();
-  return script;
+  return Script;
 }
 
 void Svuota(const fs::path& cartella) {
@@ -44,10 +44,10 @@ void Svuota(const fs::path& cartella) {
 
 Scena::Scena(std::string_view genere, Registro& registro, const Dimostrazione& host)
     : demo(host), registro_(registro), contesto_(test::databaseContext(genere)), servizi_(Services{}) {
-  base_ = contesto_.create(DatiDellaDimostrazione());
+  base_ = contesto_.Create(DatiDellaDimostrazione());
   if (genere == "postgres") {
     // The rows of a list without an order come as the plan has them, and the plan follows what the server knows.
-    test::runScript(base_->connectionText(), "ANALYZE AZIENDELINEE; ANALYZE CONTOCONTABILE; ANALYZE PARTITACONTABILE; "
+    test::RunScript(base_->ConnectionText(), "ANALYZE AZIENDELINEE; ANALYZE CONTOCONTABILE; ANALYZE PARTITACONTABILE; "
                                              "ANALYZE MOVIMENTOCONTABILE; ANALYZE EVENTOCONTABILE; ANALYZE ERRORE");
   }
   fs::rename(demo.VB0001(), demo.VB0001().string() + ".vero");
@@ -77,7 +77,7 @@ Scena::~Scena() {
 }
 
 void Scena::ApriServizi() {
-  activeServices() = {[this]() -> Desktop& {
+  ActiveServices() = {[this]() -> Desktop& {
                         if (desktop == nullptr) {
                           throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile.");
                         }
@@ -153,21 +153,21 @@ void Scena::AnnotaErroreStandard(const std::string& scritto) {
 void Scena::Altrove(const std::string& sql) {
   registro_.Annota("  da un altro terminale: " + sql);
   const AscoltoOdbc::Pausa pausa;
-  test::runScript(base_->connectionText(), sql);
+  test::RunScript(base_->ConnectionText(), sql);
 }
 
 void Scena::AltroveIntera(const std::string& sql) {
   registro_.Annota("  da un altro terminale: " + sql);
   const AscoltoOdbc::Pausa pausa;
   ado::Connection connection;
-  connection.ConnectionString = base_->connectionText();
+  connection.ConnectionString = base_->ConnectionText();
   connection.Open();
   connection.Execute(sql);
 }
 
 std::optional<Fotografia> Scena::FotografaBase() const {
   try {
-    return Fotografa(base_->connectionText());
+    return Fotografa(base_->ConnectionText());
   } catch (const RuntimeError&) {
     return std::nullopt;
   }
@@ -175,8 +175,8 @@ std::optional<Fotografia> Scena::FotografaBase() const {
 
 void Scena::Rifiuta(const std::string& tabella, const std::string& condizione, const std::string& testo) {
   ++rifiuti_;
-  for (const auto& istruzione : contesto_.refuseUpdate(tabella, condizione, testo)) {
-    AltroveIntera(test::replaced(istruzione, "FERMA", "FERMA" + std::to_string(rifiuti_)));
+  for (const auto& istruzione : contesto_.RefuseUpdate(tabella, condizione, testo)) {
+    AltroveIntera(test::Replaced(istruzione, "FERMA", "FERMA" + std::to_string(rifiuti_)));
   }
 }
 

@@ -13,9 +13,9 @@ using Gesti = std::function<void(SingleItemWindow&)>;
 
 std::vector<RigaScadenze> RigheDellaFinestra(const FormLumoScad& form) {
   std::vector<RigaScadenze> righe;
-  for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
-    const auto testo = [&](int colonna) { return std::string(form.griglia().Righe.Testo(riga, colonna)); };
-    righe.push_back({stato().ContoScadenze, stato().PartitaScadenze, testo(FormLumoScad::Scadenza),
+  for (std::size_t riga = 0; riga < form.griglia().righe.Quante(); ++riga) {
+    const auto testo = [&](int colonna) { return std::string(form.griglia().righe.Testo(riga, colonna)); };
+    righe.push_back({stato().contoScadenze, stato().partitaScadenze, testo(FormLumoScad::Scadenza),
                      testo(FormLumoScad::ScadOrig), testo(FormLumoScad::NuovaScadenza)});
   }
   return righe;
@@ -44,11 +44,11 @@ void Scrivi(SingleItemWindow& finestra, int riga, const char* data) {
 void ApriScadenzario(Scena& scena, const std::string& modo) {
   auto& s = stato();
   s.ComandoCorrente = scena.OpzioniDatabase();
-  s.Azienda = "01";
+  s.azienda = "01";
   s.HostIP = "10.0.0.1";
-  s.TipoComando = "BANCA";
-  s.ContoScadenze = "20100001";
-  s.PartitaScadenze = "AB   123";
+  s.tipoComando = "BANCA";
+  s.contoScadenze = "20100001";
+  s.partitaScadenze = "AB   123";
   s.Serie = "A";
   s.Esercizio = "2006";
   s.Numero = "15";
@@ -56,7 +56,7 @@ void ApriScadenzario(Scena& scena, const std::string& modo) {
   FormLumoScad form{[&] { return ScriviRichiestaScadenze(RigheDellaFinestra(*questa)); },
                     [] {
                       const auto& t = stato();
-                      return ModuloMain::CancellaExtra(t.Azienda, t.HostIP, t.Serie, t.Esercizio, t.Numero);
+                      return ModuloMain::CancellaExtra(t.azienda, t.HostIP, t.Serie, t.Esercizio, t.Numero);
                     }};
   questa = &form;
   form.LabelDescPartita = "AB   123";

@@ -54,13 +54,13 @@ class Recorder : public testing::TestWithParam<std::tuple<const char*, Pagina>> 
 TEST_P(Recorder, EveryPlayIsAsItWasRecorded) {
   const auto& [genere, pagina] = GetParam();
   const auto testo = Recitata();
-  const fs::path atteso = test::sourcePath("tests/registratore/attesi") / genere / (std::string(pagina.nome) + ".txt");
+  const fs::path atteso = test::SourcePath("tests/registratore/attesi") / genere / (std::string(pagina.nome) + ".txt");
   if (std::getenv("LUMOSCAD_REGISTRA") != nullptr) {
     fs::create_directories(atteso.parent_path());
     Scrivi(atteso, testo);
     return;
   }
-  const fs::path avuto = test::outputPath("registratore/avuti") / genere / (std::string(pagina.nome) + ".txt");
+  const fs::path avuto = test::OutputPath("registratore/avuti") / genere / (std::string(pagina.nome) + ".txt");
   fs::create_directories(avuto.parent_path());
   Scrivi(avuto, testo);
   EXPECT_TRUE(fs::exists(atteso)) << atteso;

@@ -59,19 +59,19 @@ std::size_t CountedStatements::Executions(std::string_view begin) const {
 
 // The parameters have the names of the driver manager's header.
 
-SQLRETURN SQL_API SQLPrepare(SQLHSTMT StatementHandle, SQLCHAR* StatementText, SQLINTEGER TextLength) {
-  static auto* const real = lumoscad::test::Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
-  if (lumoscad::test::listening != nullptr && TextLength >= 0) {
-    lumoscad::test::listening->Prepared(StatementHandle, {reinterpret_cast<const char*>(StatementText),
-                                                          static_cast<std::size_t>(TextLength)}); // NOLINT: bytes
+SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
+  static auto* const Real = lumoscad::test::Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+  if (lumoscad::test::listening != nullptr && textLength >= 0) {
+    lumoscad::test::listening->Prepared(statementHandle, {reinterpret_cast<const char*>(statementText),
+                                                          static_cast<std::size_t>(textLength)}); // NOLINT: bytes
   }
-  return real(StatementHandle, StatementText, TextLength);
+  return Real(statementHandle, statementText, textLength);
 }
 
-SQLRETURN SQL_API SQLExecute(SQLHSTMT StatementHandle) {
-  static auto* const real = lumoscad::test::Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {
+  static auto* const Real = lumoscad::test::Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
   if (lumoscad::test::listening != nullptr) {
-    lumoscad::test::listening->Executed(StatementHandle);
+    lumoscad::test::listening->Executed(statementHandle);
   }
-  return real(StatementHandle);
+  return Real(statementHandle);
 }

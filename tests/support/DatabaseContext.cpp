@@ -11,36 +11,36 @@ namespace lumoscad::test {
 
 namespace {
 
-constexpr int driverFailure = -2147467259;
-constexpr int badStatement = -2147217900;
-constexpr int noSuchTable = -2147217865;
-constexpr int violated = -2147217873;
-constexpr int outOfRange = -2147217833;
+constexpr int DriverFailure = -2147467259;
+constexpr int BadStatement = -2147217900;
+constexpr int NoSuchTable = -2147217865;
+constexpr int Violated = -2147217873;
+constexpr int OutOfRange = -2147217833;
 
 class SqliteContext final : public DatabaseContext {
  public:
-  std::unique_ptr<TestDatabase> create(const std::string& script) override {
+  std::unique_ptr<TestDatabase> Create(const std::string& script) override {
     auto database = std::make_unique<File>(script);
-    database->source = database->file.source();
+    database->source = database->file.Source();
     database->schema = "main";
     return database;
   }
   const Quirks& quirks() const noexcept override {
-    static const Quirks all{.fixedText = FixedText::AsStored,
+    static const Quirks All{.fixedText = FixedText::AsStored,
                             .blanksAtTheEndCount = true,
                             .keepsScale = false,
-                            .missingTable = driverFailure,
-                            .missingColumn = driverFailure,
-                            .syntax = driverFailure,
-                            .duplicateKey = driverFailure};
-    return all;
+                            .missingTable = DriverFailure,
+                            .missingColumn = DriverFailure,
+                            .syntax = DriverFailure,
+                            .duplicateKey = DriverFailure};
+    return All;
   }
-  std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+  std::vector<std::string> RefuseUpdate(const std::string& table, const std::string& condition,
                                         const std::string& message) const override {
     return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " WHEN " + condition + " BEGIN SELECT RAISE(ABORT,'" +
             message + "'); END"};
   }
-  std::vector<std::string> dropUpdate(const std::string& table, const std::string& condition) const override {
+  std::vector<std::string> DropUpdate(const std::string& table, const std::string& condition) const override {
     return {"CREATE TRIGGER TACE BEFORE UPDATE ON " + table + " WHEN " + condition +
             " BEGIN SELECT RAISE(IGNORE); END"};
   }
@@ -56,51 +56,51 @@ class SqliteContext final : public DatabaseContext {
 /// as the host's data source does with the accounting schema.
 class PostgresContext final : public DatabaseContext {
  public:
-  std::unique_ptr<TestDatabase> create(const std::string& script) override {
+  std::unique_ptr<TestDatabase> Create(const std::string& script) override {
     if (first_.empty()) {
-      postgres().createDatabase("prove");
+      Postgres().CreateDatabase("prove");
       first_ =
-          postgres().addSource("prove", 0, {{"ConnSettings", std::string("SET application_name TO ") + ownSession}});
+          Postgres().AddSource("prove", 0, {{"ConnSettings", std::string("SET application_name TO ") + OwnSession}});
     }
     auto database = std::make_unique<DatabaseWithSource>();
     database->schema = "base" + std::to_string(++schemas_);
-    database->user = postgres().user();
-    database->password = postgres().password();
-    runScript(kept_.to(postgres().connectionText(first_)),
+    database->user = Postgres().User();
+    database->password = Postgres().Password();
+    RunScript(kept_.To(Postgres().ConnectionText(first_)),
               "CREATE SCHEMA " + database->schema + ";SET search_path TO " + database->schema + ";" + script);
-    database->source = postgres().addSource("prove", 0, {{"ConnSettings", "SET search_path TO " + database->schema}});
+    database->source = Postgres().AddSource("prove", 0, {{"ConnSettings", "SET search_path TO " + database->schema}});
     return database;
   }
   const Quirks& quirks() const noexcept override {
-    static const Quirks all{.fixedText = FixedText::Padded,
+    static const Quirks All{.fixedText = FixedText::Padded,
                             .blanksAtTheEndCount = true,
                             .lowersNames = true,
-                            .missingTable = driverFailure,
-                            .missingColumn = driverFailure,
-                            .syntax = driverFailure,
-                            .duplicateKey = violated,
-                            .tooLong = outOfRange,
+                            .missingTable = DriverFailure,
+                            .missingColumn = DriverFailure,
+                            .syntax = DriverFailure,
+                            .duplicateKey = Violated,
+                            .tooLong = OutOfRange,
                             .refused = "password authentication failed",
                             .lost = "terminating connection"};
-    return all;
+    return All;
   }
-  std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+  std::vector<std::string> RefuseUpdate(const std::string& table, const std::string& condition,
                                         const std::string& message) const override {
     return {"CREATE FUNCTION FERMA() RETURNS TRIGGER LANGUAGE plpgsql AS 'BEGIN RAISE EXCEPTION ''" + message +
                 "''; END'",
             "CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW WHEN (" + condition +
                 ") EXECUTE FUNCTION FERMA()"};
   }
-  std::vector<std::string> dropUpdate(const std::string& table, const std::string& condition) const override {
+  std::vector<std::string> DropUpdate(const std::string& table, const std::string& condition) const override {
     return {"CREATE FUNCTION TACE() RETURNS TRIGGER LANGUAGE plpgsql AS 'BEGIN RETURN NULL; END'",
             "CREATE TRIGGER TACE BEFORE UPDATE ON " + table + " FOR EACH ROW WHEN (" + condition +
                 ") EXECUTE FUNCTION TACE()"};
   }
-  std::string createAccount(const std::string& name, const std::string& password) const override {
+  std::string CreateAccount(const std::string& name, const std::string& password) const override {
     return "CREATE ROLE " + name + " LOGIN PASSWORD '" + password + "'";
   }
-  std::string dropAccount(const std::string& name) const override { return "DROP ROLE " + name; }
-  void dropConnections(const TestDatabase& database) const override { postgres().dropConnections(database.source); }
+  std::string DropAccount(const std::string& name) const override { return "DROP ROLE " + name; }
+  void DropConnections(const TestDatabase& database) const override { Postgres().DropConnections(database.source); }
 
  private:
   std::string first_; ///< the data source for creating schemas
@@ -110,45 +110,45 @@ class PostgresContext final : public DatabaseContext {
 
 class MariaDbContext final : public DatabaseContext {
  public:
-  std::unique_ptr<TestDatabase> create(const std::string& script) override {
+  std::unique_ptr<TestDatabase> Create(const std::string& script) override {
     auto database = std::make_unique<DatabaseWithSource>();
     database->schema = "base" + std::to_string(++databases_);
-    database->source = mariaDb().createDatabase(database->schema, script);
-    database->user = mariaDb().user();
-    database->password = mariaDb().password();
+    database->source = MariaDb().CreateDatabase(database->schema, script);
+    database->user = MariaDb().User();
+    database->password = MariaDb().Password();
     return database;
   }
   const Quirks& quirks() const noexcept override {
-    static const Quirks all{.fixedText = FixedText::Trimmed,
+    static const Quirks All{.fixedText = FixedText::Trimmed,
                             .tableNamesByCase = true,
                             .rollsBackTables = false,
-                            .missingTable = noSuchTable,
-                            .missingColumn = driverFailure,
-                            .syntax = badStatement,
-                            .duplicateKey = violated,
-                            .tooLong = outOfRange,
+                            .missingTable = NoSuchTable,
+                            .missingColumn = DriverFailure,
+                            .syntax = BadStatement,
+                            .duplicateKey = Violated,
+                            .tooLong = OutOfRange,
                             .refused = "Access denied",
                             .lost = "Lost connection|was killed|gone away"};
-    return all;
+    return All;
   }
-  std::string longText() const override { return "LONGTEXT"; }
-  std::string asText(const std::string& expression) const override { return "CAST(" + expression + " AS CHAR)"; }
-  std::string joined(const std::string& left, const std::string& right) const override {
+  std::string LongText() const override { return "LONGTEXT"; }
+  std::string AsText(const std::string& expression) const override { return "CAST(" + expression + " AS CHAR)"; }
+  std::string Joined(const std::string& left, const std::string& right) const override {
     return "CONCAT(" + left + "," + right + ")";
   }
-  std::string dropIndex(const std::string& index, const std::string& table) const override {
+  std::string DropIndex(const std::string& index, const std::string& table) const override {
     return "DROP INDEX " + index + " ON " + table;
   }
-  std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+  std::vector<std::string> RefuseUpdate(const std::string& table, const std::string& condition,
                                         const std::string& message) const override {
     return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " FOR EACH ROW IF " + condition +
             " THEN SIGNAL SQLSTATE '45000' SET MESSAGE_TEXT='" + message + "'; END IF"};
   }
-  std::string createAccount(const std::string& name, const std::string& password) const override {
+  std::string CreateAccount(const std::string& name, const std::string& password) const override {
     return "GRANT SELECT ON *.* TO " + name + "@'%' IDENTIFIED BY '" + password + "'";
   }
-  std::string dropAccount(const std::string& name) const override { return "DROP USER " + name + "@'%'"; }
-  void dropConnections(const TestDatabase& database) const override { mariaDb().dropConnections(database.source); }
+  std::string DropAccount(const std::string& name) const override { return "DROP USER " + name + "@'%'"; }
+  void DropConnections(const TestDatabase& database) const override { MariaDb().DropConnections(database.source); }
 
  private:
   int databases_ = 0;
@@ -156,7 +156,7 @@ class MariaDbContext final : public DatabaseContext {
 
 } // namespace
 
-std::string DatabaseContext::fixedText(std::string text, std::size_t length) const {
+std::string DatabaseContext::TextFor(std::string text, std::size_t length) const {
   const FixedText kind = quirks().fixedText;
   if (kind == FixedText::Trimmed) {
     text.erase(text.find_last_not_of(' ') + 1);
@@ -170,20 +170,20 @@ std::string DatabaseContext::fixedText(std::string text, std::size_t length) con
   return text;
 }
 
-void DatabaseContext::dropConnections(const TestDatabase& /*database*/) const {
+void DatabaseContext::DropConnections(const TestDatabase& /*database*/) const {
   throw std::logic_error("no server whose connections could be dropped");
 }
 
-std::vector<const char*> databaseKinds() {
+std::vector<const char*> DatabaseKinds() {
   std::vector<const char*> kinds{"sqlite", "postgres", "mariadb"};
-  if (Db2Context::named()) {
+  if (Db2Context::Named()) {
     kinds.push_back("db2");
   }
   return kinds;
 }
 
-std::vector<const char*> databaseServers() {
-  std::vector<const char*> kinds = databaseKinds();
+std::vector<const char*> DatabaseServers() {
+  std::vector<const char*> kinds = DatabaseKinds();
   kinds.erase(kinds.begin());
   return kinds;
 }
@@ -208,20 +208,20 @@ DatabaseContext& databaseContext(std::string_view kind) {
   throw std::invalid_argument("no such kind of database: " + std::string(kind));
 }
 
-std::string replaced(std::string text, std::string_view from, std::string_view to) {
+std::string Replaced(std::string text, std::string_view from, std::string_view to) {
   for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
     text.replace(at, from.size(), to);
   }
   return text;
 }
 
-PostgresServer& postgres() {
-  static PostgresServer server(serverDirectory("postgres"));
+PostgresServer& Postgres() {
+  static PostgresServer server(ServerDirectory("postgres"));
   return server;
 }
 
-MariaDbServer& mariaDb() {
-  static MariaDbServer server(serverDirectory("mariadb"));
+MariaDbServer& MariaDb() {
+  static MariaDbServer server(ServerDirectory("mariadb"));
   return server;
 }
 

@@ -24,13 +24,13 @@ class TestDatabase {
   std::string password;
   std::string schema; ///< what may stand before a table's name
 
-  [[nodiscard]] std::string connectionText() const { return test::connectionText(source, user, password); }
+  [[nodiscard]] std::string ConnectionText() const { return test::ConnectionText(source, user, password); }
 };
 
 /// A database whose data source goes with it.
 class DatabaseWithSource : public TestDatabase {
  public:
-  ~DatabaseWithSource() override { OdbcConfiguration::instance().removeSource(source); }
+  ~DatabaseWithSource() override { OdbcConfiguration::Instance().RemoveSource(source); }
 };
 
 /// How a CHAR column's value comes back.
@@ -68,60 +68,60 @@ class DatabaseContext {
   virtual ~DatabaseContext() = default;
 
   /// A new database after the statements of `script`.
-  [[nodiscard]] virtual std::unique_ptr<TestDatabase> create(const std::string& script) = 0;
+  [[nodiscard]] virtual std::unique_ptr<TestDatabase> Create(const std::string& script) = 0;
   [[nodiscard]] virtual const Quirks& quirks() const noexcept = 0;
   /// How `text` comes back that was written into a CHAR column of `length` letters.
-  [[nodiscard]] std::string fixedText(std::string text, std::size_t length) const;
+  [[nodiscard]] std::string TextFor(std::string text, std::size_t length) const;
   /// The type of a column that holds a text of any length.
-  [[nodiscard]] virtual std::string longText() const { return "TEXT"; }
+  [[nodiscard]] virtual std::string LongText() const { return "TEXT"; }
   /// The text of an expression as a text of any length.
-  [[nodiscard]] virtual std::string asText(const std::string& expression) const {
+  [[nodiscard]] virtual std::string AsText(const std::string& expression) const {
     return "CAST(" + expression + " AS VARCHAR)";
   }
-  [[nodiscard]] virtual std::string joined(const std::string& left, const std::string& right) const {
+  [[nodiscard]] virtual std::string Joined(const std::string& left, const std::string& right) const {
     return left + " || " + right;
   }
-  [[nodiscard]] virtual std::string dropIndex(const std::string& index, const std::string& /*table*/) const {
+  [[nodiscard]] virtual std::string DropIndex(const std::string& index, const std::string& /*table*/) const {
     return "DROP INDEX " + index;
   }
   /// The statements after which an UPDATE of a row of `table` that meets `condition` fails and says `message`; in
   /// the condition OLD is the row.
-  [[nodiscard]] virtual std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+  [[nodiscard]] virtual std::vector<std::string> RefuseUpdate(const std::string& table, const std::string& condition,
                                                               const std::string& message) const = 0;
   /// The statements after which an UPDATE of a row of `table` that meets `condition` is dropped without a word; empty
   /// where the server has no such triggers.
-  [[nodiscard]] virtual std::vector<std::string> dropUpdate(const std::string& /*table*/,
+  [[nodiscard]] virtual std::vector<std::string> DropUpdate(const std::string& /*table*/,
                                                             const std::string& /*condition*/) const {
     return {};
   }
   /// The statements that create an account that may read, and remove it; empty where accounts are not the server's.
-  [[nodiscard]] virtual std::string createAccount(const std::string& /*name*/, const std::string& /*password*/) const {
+  [[nodiscard]] virtual std::string CreateAccount(const std::string& /*name*/, const std::string& /*password*/) const {
     return {};
   }
-  [[nodiscard]] virtual std::string dropAccount(const std::string& /*name*/) const { return {}; }
+  [[nodiscard]] virtual std::string DropAccount(const std::string& /*name*/) const { return {}; }
   /// Ends every connection to the database but the caller's, as a failure of the server would. Raises where there is
   /// no server.
-  virtual void dropConnections(const TestDatabase& database) const;
+  virtual void DropConnections(const TestDatabase& database) const;
 };
 
 /// The kinds of databases to test on: "sqlite", "postgres", "mariadb", and "db2" where the environment names one.
-[[nodiscard]] std::vector<const char*> databaseKinds();
+[[nodiscard]] std::vector<const char*> DatabaseKinds();
 /// Those of them that are servers: with accounts, and with a row that can be changed while another transaction reads
 /// its table.
-[[nodiscard]] std::vector<const char*> databaseServers();
+[[nodiscard]] std::vector<const char*> DatabaseServers();
 
 /// The context of a kind; a server is started on its first use and ends with the process.
 [[nodiscard]] DatabaseContext& databaseContext(std::string_view kind);
 
 /// `text` with every `from` in it turned into `to`.
-[[nodiscard]] std::string replaced(std::string text, std::string_view from, std::string_view to);
+[[nodiscard]] std::string Replaced(std::string text, std::string_view from, std::string_view to);
 
 /// The application's name of the PostgreSQL session that creates databases and stays open.
-inline constexpr const char* ownSession = "test_support";
+inline constexpr const char* OwnSession = "test_support";
 
 /// The one PostgreSQL server of the process.
-[[nodiscard]] PostgresServer& postgres();
+[[nodiscard]] PostgresServer& Postgres();
 /// The one MariaDB server of the process.
-[[nodiscard]] MariaDbServer& mariaDb();
+[[nodiscard]] MariaDbServer& MariaDb();
 
 } // namespace lumoscad::test

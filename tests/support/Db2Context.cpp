@@ -11,14 +11,14 @@ namespace lumoscad::test {
 
 namespace {
 
-std::string environment(const char* name) {
+std::string Environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? std::string() : std::string(value);
 }
 
-std::vector<std::string> sources() {
+std::vector<std::string> Sources() {
   std::vector<std::string> found;
-  std::istringstream list(environment("LUMOSCAD_PROVA_DB2"));
+  std::istringstream list(Environment("LUMOSCAD_PROVA_DB2"));
   for (std::string source; std::getline(list, source, ',');) {
     if (!source.empty()) {
       found.push_back(source);
@@ -27,7 +27,7 @@ std::vector<std::string> sources() {
   return found;
 }
 
-std::vector<std::string> column(ado::Connection& connection, const std::string& query) {
+std::vector<std::string> Column(ado::Connection& connection, const std::string& query) {
   ado::Command command;
   command.ActiveConnection = &connection;
   command.CommandText = query;
@@ -39,15 +39,15 @@ std::vector<std::string> column(ado::Connection& connection, const std::string& 
 }
 
 /// Removes every table of the source's schema, with its triggers, and tells the schema's name.
-std::string emptied(const TestDatabase& database) {
+std::string Emptied(const TestDatabase& database) {
   ado::Connection connection;
-  connection.ConnectionString = database.connectionText();
+  connection.ConnectionString = database.ConnectionText();
   connection.Open();
   for (const std::string& table :
-       column(connection, "SELECT TABNAME FROM SYSCAT.TABLES WHERE TABSCHEMA=CURRENT SCHEMA AND TYPE='T'")) {
+       Column(connection, "SELECT TABNAME FROM SYSCAT.TABLES WHERE TABSCHEMA=CURRENT SCHEMA AND TYPE='T'")) {
     connection.Execute("DROP TABLE \"" + table + '"');
   }
-  const auto schema = column(connection, "SELECT RTRIM(CURRENT SCHEMA) FROM SYSIBM.SYSDUMMY1");
+  const auto schema = Column(connection, "SELECT RTRIM(CURRENT SCHEMA) FROM SYSIBM.SYSDUMMY1");
   return schema.empty() ? std::string() : schema.front();
 }
 
@@ -67,28 +67,28 @@ struct Db2Context::Borrowed final : TestDatabase {
   Db2Context& context;
 };
 
-bool Db2Context::named() {
-  return !sources().empty();
+bool Db2Context::Named() {
+  return !Sources().empty();
 }
 
 Db2Context::Db2Context()
-    : free_(sources()), user_(environment("LUMOSCAD_PROVA_DB2_UTENTE")),
-      password_(environment("LUMOSCAD_PROVA_DB2_PASSWORD")) {}
+    : free_(Sources()), user_(Environment("LUMOSCAD_PROVA_DB2_UTENTE")),
+      password_(Environment("LUMOSCAD_PROVA_DB2_PASSWORD")) {}
 
-std::unique_ptr<TestDatabase> Db2Context::create(const std::string& script) {
-  OdbcConfiguration::instance();
+std::unique_ptr<TestDatabase> Db2Context::Create(const std::string& script) {
+  OdbcConfiguration::Instance();
   auto database = std::make_unique<Borrowed>(*this);
   database->user = user_;
   database->password = password_;
-  database->schema = emptied(*database);
+  database->schema = Emptied(*database);
   if (!script.empty()) {
-    runScript(database->connectionText(), replaced(script, " TEXT", " " + longText()));
+    RunScript(database->ConnectionText(), Replaced(script, " TEXT", " " + LongText()));
   }
   return database;
 }
 
 const Quirks& Db2Context::quirks() const noexcept {
-  static const Quirks all{.fixedText = FixedText::Padded,
+  static const Quirks All{.fixedText = FixedText::Padded,
                           .lengthsInBytes = true,
                           .comparesLongTexts = false,
                           .missingTable = -2147217865,
@@ -98,25 +98,25 @@ const Quirks& Db2Context::quirks() const noexcept {
                           .tooLong = -2147217833,
                           .refused = "SQL30082N",
                           .lost = "SQL1224N"};
-  return all;
+  return All;
 }
 
-std::string Db2Context::asText(const std::string& expression) const {
-  return "CAST(" + expression + " AS " + longText() + ")";
+std::string Db2Context::AsText(const std::string& expression) const {
+  return "CAST(" + expression + " AS " + LongText() + ")";
 }
 
-std::vector<std::string> Db2Context::refuseUpdate(const std::string& table, const std::string& condition,
+std::vector<std::string> Db2Context::RefuseUpdate(const std::string& table, const std::string& condition,
                                                   const std::string& message) const {
   return {"CREATE TRIGGER FERMA BEFORE UPDATE ON " + table + " REFERENCING OLD AS OLD FOR EACH ROW WHEN (" + condition +
           ") SIGNAL SQLSTATE '75000' SET MESSAGE_TEXT='" + message + "'"};
 }
 
-void Db2Context::dropConnections(const TestDatabase& database) const {
+void Db2Context::DropConnections(const TestDatabase& database) const {
   ado::Connection connection;
-  connection.ConnectionString = database.connectionText();
+  connection.ConnectionString = database.ConnectionText();
   connection.Open();
   for (const std::string& handle :
-       column(connection, "SELECT APPLICATION_HANDLE FROM TABLE(MON_GET_CONNECTION(NULL,-1)) WHERE APPLICATION_HANDLE<>"
+       Column(connection, "SELECT APPLICATION_HANDLE FROM TABLE(MON_GET_CONNECTION(NULL,-1)) WHERE APPLICATION_HANDLE<>"
                           "MON_GET_APPLICATION_HANDLE() AND SYSTEM_AUTH_ID=SESSION_USER")) {
     connection.Execute("CALL SYSPROC.ADMIN_CMD('FORCE APPLICATION (" + handle + ")')");
   }

@@ -16,17 +16,17 @@ namespace lumoscad::test {
 class Db2Context final : public DatabaseContext {
  public:
   /// True where the environment names a source.
-  [[nodiscard]] static bool named();
+  [[nodiscard]] static bool Named();
 
   Db2Context();
-  [[nodiscard]] std::unique_ptr<TestDatabase> create(const std::string& script) override;
+  [[nodiscard]] std::unique_ptr<TestDatabase> Create(const std::string& script) override;
   [[nodiscard]] const Quirks& quirks() const noexcept override;
-  [[nodiscard]] std::string longText() const override { return "CLOB(1M)"; }
-  [[nodiscard]] std::string asText(const std::string& expression) const override;
-  [[nodiscard]] std::vector<std::string> refuseUpdate(const std::string& table, const std::string& condition,
+  [[nodiscard]] std::string LongText() const override { return "CLOB(1M)"; }
+  [[nodiscard]] std::string AsText(const std::string& expression) const override;
+  [[nodiscard]] std::vector<std::string> RefuseUpdate(const std::string& table, const std::string& condition,
                                                       const std::string& message) const override;
   /// Forces the other applications of the same user off; needs an authority that allows it.
-  void dropConnections(const TestDatabase& database) const override;
+  void DropConnections(const TestDatabase& database) const override;
 
  private:
   struct Borrowed;

@@ -20,7 +20,7 @@ std::string FileText(const fs::path& file) {
 }
 
 TemporaryFolder::TemporaryFolder() {
-  const fs::path folder = outputPath("temporary");
+  const fs::path folder = OutputPath("temporary");
   fs::create_directories(folder);
   std::string pattern = (folder / "XXXXXX").string();
   if (mkdtemp(pattern.data()) == nullptr) {

@@ -8,9 +8,9 @@ namespace lumoscad::test {
 
 namespace {
 
-bool answers(ado::Connection& connection) {
+bool Answers(ado::Connection& connection) {
   try {
-    return firstValue(connection, "SELECT 1") == "1";
+    return FirstValue(connection, "SELECT 1") == "1";
   } catch (const RuntimeError&) {
     return false;
   }
@@ -21,8 +21,8 @@ bool answers(ado::Connection& connection) {
 KeptConnection::KeptConnection() = default;
 KeptConnection::~KeptConnection() = default;
 
-ado::Connection& KeptConnection::to(const std::string& connectionText) {
-  if (!connection_ || !answers(*connection_)) {
+ado::Connection& KeptConnection::To(const std::string& connectionText) {
+  if (!connection_ || !Answers(*connection_)) {
     connection_ = std::make_unique<ado::Connection>();
     connection_->ConnectionString = connectionText;
     connection_->Open();

@@ -19,7 +19,7 @@ class KeptConnection {
   ~KeptConnection();
 
   /// The open connection to `connectionText`, which is the same at every call. Raises where it cannot be opened.
-  ado::Connection& to(const std::string& connectionText);
+  ado::Connection& To(const std::string& connectionText);
 
  private:
   std::unique_ptr<ado::Connection> connection_;

@@ -22,22 +22,22 @@ class LargeDatabase {
   /// Creates the server in `directory` and fills it with `instalments` open instalments and, besides the presumed
   /// documents that are always there, `presumed` rows of customers' ones.
   LargeDatabase(std::filesystem::path directory, long instalments, long presumed = 0) : server_(std::move(directory)) {
-    source_ = server_.createDatabase("grande",
-                                     read(sourcePath("demo/schema.sql")) + output(instalments, presumed) + "ANALYZE;");
+    source_ = server_.CreateDatabase("grande",
+                                     Read(SourcePath("demo/schema.sql")) + Output(instalments, presumed) + "ANALYZE;");
   }
 
-  [[nodiscard]] std::string connectionText() const { return server_.connectionText(source_); }
+  [[nodiscard]] std::string ConnectionText() const { return server_.ConnectionText(source_); }
   /// A command line that reaches the database.
   [[nodiscard]] std::string command() const {
-    return "BANCA -DB2SOURCE " + source_ + " -DB2USER " + server_.user() + " -DB2PASS " + server_.password() +
+    return "BANCA -DB2SOURCE " + source_ + " -DB2USER " + server_.User() + " -DB2PASS " + server_.Password() +
            " -DB2SCHEMA public";
   }
 
  private:
-  static std::string read(const std::filesystem::path& path) { return withoutComments(FileText(path)); }
+  static std::string Read(const std::filesystem::path& path) { return WithoutComments(FileText(path)); }
 
   /// A ";" in a comment would end a statement.
-  static std::string withoutComments(const std::string& script) {
+  static std::string WithoutComments(const std::string& script) {
     std::string kept;
     for (std::size_t at = 0; at < script.size();) {
       const auto end = std::min(script.find('\n', at), script.size() - 1) + 1;
@@ -49,8 +49,8 @@ class LargeDatabase {
     return kept;
   }
 
-  static std::string output(long instalments, long presumed) {
-    const std::string command = "'" + programPath("lumoscad-genera").string() + "' 2006-03-05 " +
+  static std::string Output(long instalments, long presumed) {
+    const std::string command = "'" + ProgramPath("lumoscad-genera").string() + "' 2006-03-05 " +
                                 std::to_string(instalments) + " " + std::to_string(presumed);
     struct Close {
       void operator()(std::FILE* pipe) const { pclose(pipe); }
@@ -64,17 +64,17 @@ class LargeDatabase {
     while (const std::size_t got = std::fread(piece.data(), 1, piece.size(), pipe.get())) {
       text.append(piece.data(), got);
     }
-    return withoutTransaction(std::move(text));
+    return WithoutTransaction(std::move(text));
   }
 
   /// The whole script runs in one transaction already.
-  static std::string withoutTransaction(std::string text) {
-    constexpr std::string_view begin = "BEGIN;\n";
-    constexpr std::string_view commit = "COMMIT;\n";
-    if (!text.starts_with(begin) || !text.ends_with(commit)) {
+  static std::string WithoutTransaction(std::string text) {
+    constexpr std::string_view Begin = "BEGIN;\n";
+    constexpr std::string_view Commit = "COMMIT;\n";
+    if (!text.starts_with(Begin) || !text.ends_with(Commit)) {
       throw std::runtime_error("the generator wrote no data");
     }
-    return text.substr(begin.size(), text.size() - begin.size() - commit.size());
+    return text.substr(Begin.size(), text.size() - Begin.size() - Commit.size());
   }
 
   PostgresServer server_;

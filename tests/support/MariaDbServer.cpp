@@ -14,17 +14,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path program = "/usr/sbin/mariadbd";
-const fs::path creator = "/usr/bin/mariadb-install-db";
+const fs::path Program = "/usr/sbin/mariadbd";
+const fs::path Creator = "/usr/bin/mariadb-install-db";
 
 /// The user of the server when we are root: one that every system has.
-constexpr const char* mariaDbUser = "nobody";
+constexpr const char* MariaDbUser = "nobody";
 
 /// The folder of a server's temporary tables. A server that starts removes those that it finds, another's too.
-constexpr const char* temporary = "tmp";
+constexpr const char* Temporary = "tmp";
 
 /// Small and without durability: the data live as long as the test.
-std::vector<std::string> small(std::vector<std::string> words) {
+std::vector<std::string> Small(std::vector<std::string> words) {
   for (const char* option :
        {"--innodb-buffer-pool-size=16M", "--innodb-log-file-size=8M", "--innodb-flush-method=nosync",
         "--innodb-flush-log-at-trx-commit=0", "--innodb-doublewrite=0", "--innodb-stats-persistent=0",
@@ -37,91 +37,91 @@ std::vector<std::string> small(std::vector<std::string> words) {
 
 } // namespace
 
-bool MariaDbServer::available() {
+bool MariaDbServer::Available() {
   std::error_code error;
-  return fs::exists(program, error) && fs::exists(creator, error) && !driverLibrary(driver).empty();
+  return fs::exists(Program, error) && fs::exists(Creator, error) && !DriverLibrary(Driver).empty();
 }
 
 MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(directory)) {
-  prepareDirectory(directory_, mariaDbUser);
-  prepareDirectory(directory_ / temporary, mariaDbUser);
-  createData();
-  startOnFreePort(server_, [this](int port) {
+  PrepareDirectory(directory_, MariaDbUser);
+  PrepareDirectory(directory_ / Temporary, MariaDbUser);
+  CreateData();
+  StartOnFreePort(server_, [this](int port) {
     port_ = port;
-    start();
+    Start();
   });
 }
 
 MariaDbServer::~MariaDbServer() {
-  server_.stop();
+  server_.Stop();
   std::error_code ignored;
   fs::remove_all(directory_, ignored);
 }
 
-void MariaDbServer::createData() const {
+void MariaDbServer::CreateData() const {
   const auto words =
-      small({creator.string(), "--no-defaults", "--auth-root-authentication-method=normal", "--skip-test-db"});
+      Small({Creator.string(), "--no-defaults", "--auth-root-authentication-method=normal", "--skip-test-db"});
   const fs::path data = directory_ / "data";
-  freshData(data, "mariadb-" + digestOfCreation(program, words), mariaDbUser, [&] {
+  FreshData(data, "mariadb-" + DigestOfCreation(Program, words), MariaDbUser, [&] {
     auto whole = words;
-    whole.insert(whole.end(), {"--datadir=" + data.string(), "--tmpdir=" + (directory_ / temporary).string()});
-    ServerProcess creation(whole, directory_ / "creation.log", mariaDbUser, SIGTERM);
-    if (!creation.succeeds()) {
-      throw std::runtime_error("mariadb-install-db failed: " + endOf(directory_ / "creation.log"));
+    whole.insert(whole.end(), {"--datadir=" + data.string(), "--tmpdir=" + (directory_ / Temporary).string()});
+    ServerProcess creation(whole, directory_ / "creation.log", MariaDbUser, SIGTERM);
+    if (!creation.Succeeds()) {
+      throw std::runtime_error("mariadb-install-db failed: " + EndOf(directory_ / "creation.log"));
     }
   });
 }
 
-void MariaDbServer::start() {
+void MariaDbServer::Start() {
   const fs::path secret = directory_ / "users.sql";
-  writeSecret(secret,
+  WriteSecret(secret,
               "CREATE USER IF NOT EXISTS '" + user_ + "'@'%' IDENTIFIED BY '" + password_ +
                   "';\nGRANT ALL ON *.* TO '" + user_ + "'@'%' WITH GRANT OPTION;\n",
-              mariaDbUser);
+              MariaDbUser);
   // The socket's name is relative to the data: a path in the build folder may be longer than a socket's may be. The
   // collation tells letters' cases and accents apart, as the host's database does.
-  server_ = ServerProcess(small({program.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
-                                 "--tmpdir=" + (directory_ / temporary).string(), "--init-file=" + secret.string(),
+  server_ = ServerProcess(Small({Program.string(), "--no-defaults", "--datadir=" + (directory_ / "data").string(),
+                                 "--tmpdir=" + (directory_ / Temporary).string(), "--init-file=" + secret.string(),
                                  "--bind-address=127.0.0.1", "--port=" + std::to_string(port_), "--socket=server.sock",
                                  "--character-set-server=utf8mb4", "--collation-server=utf8mb4_bin"}),
-                          directory_ / "server.log", mariaDbUser, SIGTERM);
-  OdbcConfiguration::instance().removeSource(system_);
-  system_ = addSource("mysql");
-  waitUntilReady(server_,
-                 [this] { checkDataDirectory(connectionText(system_), "SELECT @@datadir", directory_ / "data"); });
+                          directory_ / "server.log", MariaDbUser, SIGTERM);
+  OdbcConfiguration::Instance().RemoveSource(system_);
+  system_ = AddSource("mysql");
+  WaitUntilReady(server_,
+                 [this] { CheckDataDirectory(ConnectionText(system_), "SELECT @@datadir", directory_ / "data"); });
   fs::remove(secret);
 }
 
-void MariaDbServer::restart() {
-  server_.stop();
-  start();
+void MariaDbServer::Restart() {
+  server_.Stop();
+  Start();
 }
 
-std::string MariaDbServer::addSource(std::string_view database, int port,
+std::string MariaDbServer::AddSource(std::string_view database, int port,
                                      const OdbcConfiguration::Settings& more) const {
   OdbcConfiguration::Settings settings{
       {"SERVER", "127.0.0.1"}, {"PORT", std::to_string(port == 0 ? port_ : port)}, {"DATABASE", std::string(database)}};
   settings.insert(settings.end(), more.begin(), more.end());
-  return OdbcConfiguration::instance().addSource("mariadb", driver, settings);
+  return OdbcConfiguration::Instance().AddSource("mariadb", Driver, settings);
 }
 
-std::string MariaDbServer::createDatabase(std::string_view name, std::string_view script) {
+std::string MariaDbServer::CreateDatabase(std::string_view name, std::string_view script) {
   const std::string text(name);
-  runScript(kept_.to(connectionText(system_)),
+  RunScript(kept_.To(ConnectionText(system_)),
             "CREATE DATABASE " + text + ";USE " + text + ";" + std::string(script) + ";USE mysql");
-  return addSource(name);
+  return AddSource(name);
 }
 
-void MariaDbServer::dropDatabase(std::string_view name) const {
+void MariaDbServer::DropDatabase(std::string_view name) const {
   ado::Connection connection;
-  connection.ConnectionString = connectionText(system_);
+  connection.ConnectionString = ConnectionText(system_);
   connection.Open();
   connection.Execute("DROP DATABASE " + std::string(name));
 }
 
-void MariaDbServer::dropConnections(std::string_view source) const {
+void MariaDbServer::DropConnections(std::string_view source) const {
   ado::Connection connection;
-  connection.ConnectionString = connectionText(source);
+  connection.ConnectionString = ConnectionText(source);
   connection.Open();
   ado::Command command;
   command.ActiveConnection = &connection;

@@ -16,10 +16,10 @@ namespace lumoscad::test {
 class MariaDbServer {
  public:
   /// The file name of the ODBC driver's library.
-  static constexpr const char* driver = "libmaodbc.so";
+  static constexpr const char* Driver = "libmaodbc.so";
 
   /// True where the server's programs and the ODBC driver are installed.
-  [[nodiscard]] static bool available();
+  [[nodiscard]] static bool Available();
 
   /// Creates the server's data in `directory`, which is removed first and again at the end, and starts it. Raises when
   /// it does not answer within a minute.
@@ -29,32 +29,32 @@ class MariaDbServer {
   ~MariaDbServer();
 
   /// Creates a database named `name`, runs `script` in it and returns its data source name.
-  std::string createDatabase(std::string_view name, std::string_view script = {});
-  void dropDatabase(std::string_view name) const;
+  std::string CreateDatabase(std::string_view name, std::string_view script = {});
+  void DropDatabase(std::string_view name) const;
   /// A further data source on a database of this server; `port` is that of a proxy in between, 0 for none, and
   /// `more` are further settings of the driver.
-  [[nodiscard]] std::string addSource(std::string_view database, int port = 0,
+  [[nodiscard]] std::string AddSource(std::string_view database, int port = 0,
                                       const OdbcConfiguration::Settings& more = {}) const;
-  [[nodiscard]] const std::string& user() const noexcept { return user_; }
-  [[nodiscard]] const std::string& password() const noexcept { return password_; }
-  [[nodiscard]] int port() const noexcept { return port_; }
-  [[nodiscard]] pid_t process() const noexcept { return server_.id(); }
-  [[nodiscard]] const std::filesystem::path& directory() const noexcept { return directory_; }
-  [[nodiscard]] std::string connectionText(std::string_view source) const {
-    return test::connectionText(source, user_, password_);
+  [[nodiscard]] const std::string& User() const noexcept { return user_; }
+  [[nodiscard]] const std::string& Password() const noexcept { return password_; }
+  [[nodiscard]] int Port() const noexcept { return port_; }
+  [[nodiscard]] pid_t Process() const noexcept { return server_.Id(); }
+  [[nodiscard]] const std::filesystem::path& Directory() const noexcept { return directory_; }
+  [[nodiscard]] std::string ConnectionText(std::string_view source) const {
+    return test::ConnectionText(source, user_, password_);
   }
   /// Ends every connection but the caller's, as a server failure would.
-  void dropConnections(std::string_view source) const;
+  void DropConnections(std::string_view source) const;
   /// Stops the server at once.
-  void stop() { server_.stop(); }
+  void Stop() { server_.Stop(); }
   /// Kills the server without warning.
-  void kill() { server_.kill(); }
+  void Kill() { server_.Kill(); }
   /// Starts the stopped server again on its data and its port.
-  void restart();
+  void Restart();
 
  private:
-  void createData() const;
-  void start();
+  void CreateData() const;
+  void Start();
 
   std::filesystem::path directory_;
   std::string user_ = "lumoscad";

@@ -15,20 +15,20 @@ namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
-OdbcConfiguration& OdbcConfiguration::instance() {
+OdbcConfiguration& OdbcConfiguration::Instance() {
   static OdbcConfiguration unique;
   return unique;
 }
 
 namespace {
 
-std::string setting(const char* name, const std::string& otherwise) {
+std::string Setting(const char* name, const std::string& otherwise) {
   const char* value = std::getenv(name);
   return value == nullptr || *value == '\0' ? otherwise : std::string(value);
 }
 
 /// The text of the first of the files that can be read; empty where there is none.
-std::string firstOf(const std::vector<fs::path>& files) {
+std::string FirstOf(const std::vector<fs::path>& files) {
   for (const fs::path& file : files) {
     if (fs::exists(file)) {
       return FileText(file) + '\n';
@@ -41,41 +41,41 @@ std::string firstOf(const std::vector<fs::path>& files) {
 
 OdbcConfiguration::OdbcConfiguration() {
   std::string drivers;
-  if (!setting("LUMOSCAD_PROVA_DB2", "").empty()) {
-    const fs::path system = setting("ODBCSYSINI", "/etc");
+  if (!Setting("LUMOSCAD_PROVA_DB2", "").empty()) {
+    const fs::path system = Setting("ODBCSYSINI", "/etc");
     machineSources_ =
-        firstOf({setting("ODBCINI", ""), fs::path(setting("HOME", "/")) / ".odbc.ini", system / "odbc.ini"});
-    drivers = firstOf({system / setting("ODBCINSTINI", "odbcinst.ini")});
+        FirstOf({Setting("ODBCINI", ""), fs::path(Setting("HOME", "/")) / ".odbc.ini", system / "odbc.ini"});
+    drivers = FirstOf({system / Setting("ODBCINSTINI", "odbcinst.ini")});
   }
   std::ofstream(directory_.Path() / "odbcinst.ini") << drivers;
-  writeSources();
+  WriteSources();
   setenv("ODBCSYSINI", directory_.Path().c_str(), 1);
   setenv("ODBCINSTINI", "odbcinst.ini", 1);
   setenv("ODBCINI", (directory_.Path() / "odbc.ini").c_str(), 1);
 }
 
-std::string OdbcConfiguration::addSource(std::string_view prefix, std::string_view library, const Settings& settings) {
+std::string OdbcConfiguration::AddSource(std::string_view prefix, std::string_view library, const Settings& settings) {
   const std::string name = std::string(prefix) + std::to_string(++added_);
-  std::string section = "[" + name + "]\nDriver=" + driverSection(library) + "\n";
+  std::string section = "[" + name + "]\nDriver=" + DriverSection(library) + "\n";
   for (const auto& [key, value] : settings) {
     section.append(key).append("=").append(value).append("\n");
   }
   sources_[name] = section + "\n";
-  writeSources();
+  WriteSources();
   return name;
 }
 
-void OdbcConfiguration::removeSource(const std::string& name) {
+void OdbcConfiguration::RemoveSource(const std::string& name) {
   if (sources_.erase(name) > 0) {
-    writeSources();
+    WriteSources();
   }
 }
 
-std::string OdbcConfiguration::driverSection(std::string_view library) {
+std::string OdbcConfiguration::DriverSection(std::string_view library) {
   if (const auto known = drivers_.find(library); known != drivers_.end()) {
     return known->second;
   }
-  const fs::path path = driverLibrary(library);
+  const fs::path path = DriverLibrary(library);
   if (path.empty()) {
     throw std::runtime_error("ODBC driver not installed: " + std::string(library));
   }
@@ -86,7 +86,7 @@ std::string OdbcConfiguration::driverSection(std::string_view library) {
   return name;
 }
 
-void OdbcConfiguration::writeSources() const {
+void OdbcConfiguration::WriteSources() const {
   // Other processes of a test read the file at any time.
   const fs::path fresh = directory_.Path() / "odbc.ini.new";
   std::ofstream file(fresh);
@@ -98,7 +98,7 @@ void OdbcConfiguration::writeSources() const {
   fs::rename(fresh, directory_.Path() / "odbc.ini");
 }
 
-fs::path driverLibrary(std::string_view fileName) {
+fs::path DriverLibrary(std::string_view fileName) {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator("/usr/lib", error)) {
     if (const fs::path found = entry.path() / "odbc" / fileName; fs::exists(found, error)) {
@@ -109,13 +109,13 @@ fs::path driverLibrary(std::string_view fileName) {
   return fs::exists(direct, error) ? direct : fs::path();
 }
 
-std::string connectionText(std::string_view source, std::string_view user, std::string_view password) {
+std::string ConnectionText(std::string_view source, std::string_view user, std::string_view password) {
   std::string text = "Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30;Password=";
   text.append(password).append(";User ID=").append(user).append(";Data Source=").append(source);
   return text;
 }
 
-std::string firstValue(ado::Connection& connection, std::string_view query) {
+std::string FirstValue(ado::Connection& connection, std::string_view query) {
   ado::Command command;
   command.ActiveConnection = &connection;
   command.CommandText = query;
@@ -123,11 +123,11 @@ std::string firstValue(ado::Connection& connection, std::string_view query) {
   return rows.Eof() ? std::string() : std::string(rows.ValueAt(0).value_or(""));
 }
 
-void checkDataDirectory(const std::string& connectionText, std::string_view query, const fs::path& directory) {
+void CheckDataDirectory(const std::string& connectionText, std::string_view query, const fs::path& directory) {
   ado::Connection connection;
   connection.ConnectionString = connectionText;
   connection.Open();
-  if (!fs::equivalent(firstValue(connection, query), directory)) {
+  if (!fs::equivalent(FirstValue(connection, query), directory)) {
     throw std::runtime_error("another server answers on the port");
   }
 }
@@ -140,19 +140,19 @@ class Rows {
  public:
   explicit Rows(ado::Connection& connection) : connection_(connection) {}
 
-  void add(const std::string& statement) {
+  void Add(const std::string& statement) {
     if (statement.find_first_not_of(" \t\r\n") == std::string::npos) {
       return;
     }
-    const std::string_view head = headOf(statement);
-    if (!head.empty() && head == headOf(pending_) && pending_.size() < longest) {
+    const std::string_view head = HeadOf(statement);
+    if (!head.empty() && head == HeadOf(pending_) && pending_.size() < Longest) {
       pending_.append(",").append(statement, head.size());
       return;
     }
-    execute();
+    Execute();
     pending_ = statement;
   }
-  void execute() {
+  void Execute() {
     if (!pending_.empty()) {
       connection_.Execute(pending_);
     }
@@ -160,15 +160,15 @@ class Rows {
   }
 
  private:
-  static constexpr std::size_t longest = 65536;
+  static constexpr std::size_t Longest = 65536;
 
   /// All before the first row of an INSERT; empty for another statement.
-  static std::string_view headOf(std::string_view statement) {
-    constexpr std::string_view values = " VALUES ";
+  static std::string_view HeadOf(std::string_view statement) {
+    constexpr std::string_view Values = " VALUES ";
     const auto begin = std::min(statement.find_first_not_of(" \t\r\n"), statement.size());
-    const auto end = statement.find(values);
+    const auto end = statement.find(Values);
     return statement.substr(begin).starts_with("INSERT INTO ") && end != std::string_view::npos
-               ? statement.substr(0, end + values.size())
+               ? statement.substr(0, end + Values.size())
                : std::string_view();
   }
 
@@ -178,14 +178,14 @@ class Rows {
 
 } // namespace
 
-void runScript(const std::string& connectionText, std::string_view script) {
+void RunScript(const std::string& connectionText, std::string_view script) {
   ado::Connection connection;
   connection.ConnectionString = connectionText;
   connection.Open();
-  runScript(connection, script);
+  RunScript(connection, script);
 }
 
-void runScript(ado::Connection& connection, std::string_view script) {
+void RunScript(ado::Connection& connection, std::string_view script) {
   connection.BeginTrans();
   try {
     Rows rows(connection);
@@ -197,11 +197,11 @@ void runScript(ado::Connection& connection, std::string_view script) {
         statement += c;
         continue;
       }
-      rows.add(statement);
+      rows.Add(statement);
       statement.clear();
     }
-    rows.add(statement);
-    rows.execute();
+    rows.Add(statement);
+    rows.Execute();
     connection.CommitTrans();
   } catch (...) {
     // Whoever opened the connection may go on with it; the first failure is the one to tell.

@@ -26,7 +26,7 @@ class OdbcConfiguration {
   using Settings = std::vector<std::pair<std::string, std::string>>;
 
   /// The one configuration, put in place on first use: call it before any connection is opened.
-  static OdbcConfiguration& instance();
+  static OdbcConfiguration& Instance();
 
   OdbcConfiguration(const OdbcConfiguration&) = delete;
   OdbcConfiguration& operator=(const OdbcConfiguration&) = delete;
@@ -34,16 +34,16 @@ class OdbcConfiguration {
 
   /// Adds a data source on the driver library `library` (its bare file name) and returns its name, which begins with
   /// `prefix`. Raises when the library is not installed.
-  std::string addSource(std::string_view prefix, std::string_view library, const Settings& settings);
+  std::string AddSource(std::string_view prefix, std::string_view library, const Settings& settings);
   /// Takes a data source out again. The drivers read the whole file for every attribute of a connection.
-  void removeSource(const std::string& name);
-  [[nodiscard]] const std::filesystem::path& directory() const noexcept { return directory_.Path(); }
+  void RemoveSource(const std::string& name);
+  [[nodiscard]] const std::filesystem::path& Directory() const noexcept { return directory_.Path(); }
 
  private:
   OdbcConfiguration();
   /// The section of odbcinst.ini for a driver library, written on its first use.
-  std::string driverSection(std::string_view library);
-  void writeSources() const;
+  std::string DriverSection(std::string_view library);
+  void WriteSources() const;
 
   TemporaryFolder directory_;
   std::string machineSources_;                              ///< what odbc.ini began with
@@ -53,23 +53,23 @@ class OdbcConfiguration {
 };
 
 /// The full path of an installed ODBC driver library; empty where there is none.
-[[nodiscard]] std::filesystem::path driverLibrary(std::string_view fileName);
+[[nodiscard]] std::filesystem::path DriverLibrary(std::string_view fileName);
 
 /// A connection text as the component writes it.
-[[nodiscard]] std::string connectionText(std::string_view source, std::string_view user = {},
+[[nodiscard]] std::string ConnectionText(std::string_view source, std::string_view user = {},
                                          std::string_view password = {});
 
 /// The first value of the first row of a query; empty where there is none.
-[[nodiscard]] std::string firstValue(ado::Connection& connection, std::string_view query);
+[[nodiscard]] std::string FirstValue(ado::Connection& connection, std::string_view query);
 
 /// Connects and asks the server with `query` where its data are; raises unless that is `directory`. Another test's
 /// server may have taken the port, and it knows our user.
-void checkDataDirectory(const std::string& connectionText, std::string_view query,
+void CheckDataDirectory(const std::string& connectionText, std::string_view query,
                         const std::filesystem::path& directory);
 
 /// Runs the statements of an SQL script, separated by ";", over an open connection text.
-void runScript(const std::string& connectionText, std::string_view script);
+void RunScript(const std::string& connectionText, std::string_view script);
 /// The same over an open connection.
-void runScript(ado::Connection& connection, std::string_view script);
+void RunScript(ado::Connection& connection, std::string_view script);
 
 } // namespace lumoscad::test

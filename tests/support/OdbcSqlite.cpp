@@ -6,17 +6,17 @@ namespace lumoscad::test {
 
 OdbcSqlite::OdbcSqlite(std::string_view script) {
   static int files = 0;
-  auto& configuration = OdbcConfiguration::instance();
-  file_ = configuration.directory() / ("db" + std::to_string(++files) + ".sqlite");
-  source_ = configuration.addSource("sqlite", "libsqlite3odbc.so",
+  auto& configuration = OdbcConfiguration::Instance();
+  file_ = configuration.Directory() / ("db" + std::to_string(++files) + ".sqlite");
+  source_ = configuration.AddSource("sqlite", "libsqlite3odbc.so",
                                     {{"Database", file_.string()}, {"Timeout", "2000"}, {"FKSupport", "1"}});
   if (!script.empty()) {
-    run(script);
+    Run(script);
   }
 }
 
 OdbcSqlite::~OdbcSqlite() {
-  OdbcConfiguration::instance().removeSource(source_);
+  OdbcConfiguration::Instance().RemoveSource(source_);
   std::error_code ignored;
   std::filesystem::remove(file_, ignored);
 }

@@ -17,10 +17,10 @@ class OdbcSqlite {
   OdbcSqlite& operator=(const OdbcSqlite&) = delete;
   ~OdbcSqlite();
 
-  [[nodiscard]] const std::string& source() const noexcept { return source_; } ///< data source name
-  [[nodiscard]] const std::filesystem::path& file() const noexcept { return file_; }
-  [[nodiscard]] std::string connectionText() const { return test::connectionText(source_); }
-  void run(std::string_view script) const { runScript(connectionText(), script); }
+  [[nodiscard]] const std::string& Source() const noexcept { return source_; } ///< data source name
+  [[nodiscard]] const std::filesystem::path& File() const noexcept { return file_; }
+  [[nodiscard]] std::string ConnectionText() const { return test::ConnectionText(source_); }
+  void Run(std::string_view script) const { RunScript(ConnectionText(), script); }
 
  private:
   std::filesystem::path file_;

@@ -8,37 +8,37 @@ namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
-const fs::path& buildFolder() {
-  static const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
-  return folder;
+const fs::path& BuildFolder() {
+  static const fs::path Folder = fs::read_symlink("/proc/self/exe").parent_path().parent_path();
+  return Folder;
 }
 
-const fs::path& sourceFolder() {
-  static const fs::path folder = [] {
-    const fs::path told = buildFolder() / "sources.txt";
+const fs::path& SourceFolder() {
+  static const fs::path Folder = [] {
+    const fs::path told = BuildFolder() / "sources.txt";
     std::string root;
     if (!std::getline(std::ifstream(told), root) || !fs::is_directory(root)) {
       throw std::runtime_error(told.string() + " names no folder");
     }
     return root;
   }();
-  return folder;
+  return Folder;
 }
 
-fs::path sourcePath(std::string_view name) {
-  return sourceFolder() / name;
+fs::path SourcePath(std::string_view name) {
+  return SourceFolder() / name;
 }
 
-fs::path programPath(std::string_view name) {
-  return buildFolder() / "bin" / name;
+fs::path ProgramPath(std::string_view name) {
+  return BuildFolder() / "bin" / name;
 }
 
-fs::path libraryPath(std::string_view name) {
-  return buildFolder() / "lib" / ("lib" + std::string(name) + ".so");
+fs::path LibraryPath(std::string_view name) {
+  return BuildFolder() / "lib" / ("lib" + std::string(name) + ".so");
 }
 
-fs::path outputPath(std::string_view name) {
-  return buildFolder() / "tests" / name;
+fs::path OutputPath(std::string_view name) {
+  return BuildFolder() / "tests" / name;
 }
 
 } // namespace lumoscad::test

@@ -15,74 +15,74 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path programs = "/usr/lib/postgresql/15/bin";
-constexpr const char* driver = "psqlodbcw.so";
+const fs::path Programs = "/usr/lib/postgresql/15/bin";
+constexpr const char* Driver = "psqlodbcw.so";
 
 /// The user of the server when we are root.
-constexpr const char* postgresUser = "postgres";
+constexpr const char* PostgresUser = "postgres";
 
-std::string path(const char* name) {
-  return (programs / name).string();
+std::string Path(const char* name) {
+  return (Programs / name).string();
 }
 
 } // namespace
 
-bool PostgresServer::available() {
+bool PostgresServer::Available() {
   std::error_code error;
-  return fs::exists(programs / "postgres", error) && !driverLibrary(driver).empty();
+  return fs::exists(Programs / "postgres", error) && !DriverLibrary(Driver).empty();
 }
 
 PostgresServer::PostgresServer(fs::path directory) : directory_(std::move(directory)) {
-  prepareDirectory(directory_, postgresUser);
-  createCluster();
-  startOnFreePort(server_, [this](int port) {
+  PrepareDirectory(directory_, PostgresUser);
+  CreateCluster();
+  StartOnFreePort(server_, [this](int port) {
     port_ = port;
-    start();
+    Start();
   });
 }
 
 PostgresServer::~PostgresServer() {
-  server_.stop();
+  server_.Stop();
   std::error_code ignored;
   fs::remove_all(directory_, ignored);
 }
 
-void PostgresServer::createCluster() const {
+void PostgresServer::CreateCluster() const {
   // The other way to check a password takes thousands of rounds by design, and every test connects several times.
-  const std::vector<std::string> words = {path("initdb"), "-N",  "-E", "UTF8", "--locale=C.UTF-8",
+  const std::vector<std::string> words = {Path("initdb"), "-N",  "-E", "UTF8", "--locale=C.UTF-8",
                                           "-U",           user_, "-A", "md5"};
   const fs::path data = directory_ / "data";
-  freshData(data, "postgres-" + digestOfCreation(words.front(), words), postgresUser, [&] {
+  FreshData(data, "postgres-" + DigestOfCreation(words.front(), words), PostgresUser, [&] {
     const fs::path secret = directory_ / "password";
-    writeSecret(secret, password_ + "\n", postgresUser);
+    WriteSecret(secret, password_ + "\n", PostgresUser);
     auto whole = words;
     whole.insert(whole.end(), {"--pwfile=" + secret.string(), "-D", data.string()});
-    ServerProcess creation(whole, directory_ / "initdb.log", postgresUser, SIGINT);
-    const bool created = creation.succeeds();
+    ServerProcess creation(whole, directory_ / "initdb.log", PostgresUser, SIGINT);
+    const bool created = creation.Succeeds();
     fs::remove(secret);
     if (!created) {
-      throw std::runtime_error("initdb failed: " + endOf(directory_ / "initdb.log"));
+      throw std::runtime_error("initdb failed: " + EndOf(directory_ / "initdb.log"));
     }
   });
 }
 
-void PostgresServer::start() {
-  server_ = ServerProcess({path("postgres"), "-D", (directory_ / "data").string(), "-h", "127.0.0.1", "-p",
+void PostgresServer::Start() {
+  server_ = ServerProcess({Path("postgres"), "-D", (directory_ / "data").string(), "-h", "127.0.0.1", "-p",
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
-                          directory_ / "server.log", postgresUser, SIGINT);
-  OdbcConfiguration::instance().removeSource(system_);
-  system_ = addSource("postgres");
-  const std::string text = connectionText(system_);
-  waitUntilReady(server_, [&] { checkDataDirectory(text, "SHOW data_directory", directory_ / "data"); });
+                          directory_ / "server.log", PostgresUser, SIGINT);
+  OdbcConfiguration::Instance().RemoveSource(system_);
+  system_ = AddSource("postgres");
+  const std::string text = ConnectionText(system_);
+  WaitUntilReady(server_, [&] { CheckDataDirectory(text, "SHOW data_directory", directory_ / "data"); });
 }
 
-void PostgresServer::restart() {
-  server_.stop();
+void PostgresServer::Restart() {
+  server_.Stop();
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   for (;;) {
     try {
-      start();
+      Start();
       return;
     } catch (const RuntimeError&) {
       // After a kill the sessions of the old server may still be on their way out, and hold its memory.
@@ -93,31 +93,31 @@ void PostgresServer::restart() {
   }
 }
 
-std::string PostgresServer::addSource(std::string_view database, int port,
+std::string PostgresServer::AddSource(std::string_view database, int port,
                                       const OdbcConfiguration::Settings& more) const {
   OdbcConfiguration::Settings settings{{"Servername", "127.0.0.1"},
                                        {"Port", std::to_string(port == 0 ? port_ : port)},
                                        {"Database", std::string(database)}};
   settings.insert(settings.end(), more.begin(), more.end());
-  return OdbcConfiguration::instance().addSource("postgres", driver, settings);
+  return OdbcConfiguration::Instance().AddSource("postgres", Driver, settings);
 }
 
-std::string PostgresServer::createDatabase(std::string_view name, std::string_view script) {
+std::string PostgresServer::CreateDatabase(std::string_view name, std::string_view script) {
   ado::Connection connection;
-  connection.ConnectionString = connectionText(system_);
+  connection.ConnectionString = ConnectionText(system_);
   connection.Open();
   connection.Execute("CREATE DATABASE " + std::string(name));
   connection.Close();
-  std::string source = addSource(name);
+  std::string source = AddSource(name);
   if (!script.empty()) {
-    runScript(connectionText(source), script);
+    RunScript(ConnectionText(source), script);
   }
   return source;
 }
 
-void PostgresServer::dropConnections(std::string_view source) const {
+void PostgresServer::DropConnections(std::string_view source) const {
   ado::Connection connection;
-  connection.ConnectionString = connectionText(source);
+  connection.ConnectionString = ConnectionText(source);
   connection.Open();
   ado::Command command;
   command.ActiveConnection = &connection;

@@ -14,7 +14,7 @@ namespace lumoscad::test {
 class PostgresServer {
  public:
   /// True where the server's programs and the ODBC driver are installed.
-  [[nodiscard]] static bool available();
+  [[nodiscard]] static bool Available();
 
   /// Creates the cluster in `directory`, which is removed first and again at the end, and starts it. Raises when it
   /// does not answer within a minute.
@@ -24,29 +24,29 @@ class PostgresServer {
   ~PostgresServer();
 
   /// Creates a database named `name`, runs `script` in it and returns its data source name.
-  std::string createDatabase(std::string_view name, std::string_view script = {});
+  std::string CreateDatabase(std::string_view name, std::string_view script = {});
   /// A further data source on a database of this server; `port` is that of a proxy in between, 0 for none, and
   /// `more` are further settings of the driver.
-  [[nodiscard]] std::string addSource(std::string_view database, int port = 0,
+  [[nodiscard]] std::string AddSource(std::string_view database, int port = 0,
                                       const OdbcConfiguration::Settings& more = {}) const;
-  [[nodiscard]] const std::string& user() const noexcept { return user_; }
-  [[nodiscard]] const std::string& password() const noexcept { return password_; }
-  [[nodiscard]] int port() const noexcept { return port_; }
-  [[nodiscard]] std::string connectionText(std::string_view source) const {
-    return test::connectionText(source, user_, password_);
+  [[nodiscard]] const std::string& User() const noexcept { return user_; }
+  [[nodiscard]] const std::string& Password() const noexcept { return password_; }
+  [[nodiscard]] int Port() const noexcept { return port_; }
+  [[nodiscard]] std::string ConnectionText(std::string_view source) const {
+    return test::ConnectionText(source, user_, password_);
   }
   /// Ends every connection but the caller's, as a server failure would.
-  void dropConnections(std::string_view source) const;
+  void DropConnections(std::string_view source) const;
   /// Stops the server at once.
-  void stop() { server_.stop(); }
+  void Stop() { server_.Stop(); }
   /// Kills the server without warning; its sessions notice and end.
-  void kill() { server_.kill(); }
+  void Kill() { server_.Kill(); }
   /// Starts the stopped server again on its data and its port.
-  void restart();
+  void Restart();
 
  private:
-  void createCluster() const;
-  void start();
+  void CreateCluster() const;
+  void Start();
 
   std::filesystem::path directory_;
   std::string user_ = "lumoscad";

@@ -13,7 +13,7 @@ namespace lumoscad::test {
 class ProcessLocale {
  public:
   ProcessLocale(int category, const char* name) : category_(category), before_(std::setlocale(category, nullptr)) {
-    setenv("LOCPATH", (buildFolder() / "locali").c_str(), 1);
+    setenv("LOCPATH", (BuildFolder() / "locali").c_str(), 1);
     if (std::setlocale(category, name) == nullptr) {
       throw std::runtime_error(std::string("no such locale: ") + name);
     }

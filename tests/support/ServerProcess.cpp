@@ -31,7 +31,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void handOver(const fs::path& path, const std::string& user) {
+void HandOver(const fs::path& path, const std::string& user) {
   if (geteuid() != 0) {
     return;
   }
@@ -41,7 +41,7 @@ void handOver(const fs::path& path, const std::string& user) {
   }
 }
 
-std::vector<std::string> asUser(const std::string& user, int endSignal) {
+std::vector<std::string> AsUser(const std::string& user, int endSignal) {
   const passwd* owner = getpwnam(user.c_str());
   if (owner == nullptr) {
     throw std::runtime_error("no such user: " + user);
@@ -55,7 +55,7 @@ std::vector<std::string> asUser(const std::string& user, int endSignal) {
 }
 
 /// True when every directory on the way can be entered by everybody.
-bool open(fs::path directory) {
+bool Open(fs::path directory) {
   std::error_code error;
   for (;; directory = directory.parent_path()) {
     if ((fs::status(directory, error).permissions() & fs::perms::others_exec) == fs::perms::none) {
@@ -68,7 +68,7 @@ bool open(fs::path directory) {
 }
 
 /// A loopback port that was free a moment ago.
-int freePort() {
+int FreePort() {
   const int socketHandle = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -85,30 +85,30 @@ int freePort() {
 
 } // namespace
 
-fs::path serverDirectory(std::string_view name) {
-  const fs::path here = outputPath("servers");
+fs::path ServerDirectory(std::string_view name) {
+  const fs::path here = OutputPath("servers");
   fs::create_directories(here);
-  return (geteuid() != 0 || open(here) ? here : fs::temp_directory_path()) /
+  return (geteuid() != 0 || Open(here) ? here : fs::temp_directory_path()) /
          (std::string(name) + "-" + std::to_string(getpid()));
 }
 
-void prepareDirectory(const fs::path& directory, const std::string& user) {
+void PrepareDirectory(const fs::path& directory, const std::string& user) {
   fs::remove_all(directory);
   fs::create_directories(directory);
   fs::permissions(directory, fs::perms::owner_all);
-  handOver(directory, user);
+  HandOver(directory, user);
 }
 
-void writeSecret(const fs::path& path, std::string_view text, const std::string& user) {
+void WriteSecret(const fs::path& path, std::string_view text, const std::string& user) {
   std::ofstream file(path);
   fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
-  handOver(path, user);
+  HandOver(path, user);
   file << text;
 }
 
-void freshData(const fs::path& data, std::string_view kind, const std::string& user,
+void FreshData(const fs::path& data, std::string_view kind, const std::string& user,
                const std::function<void()>& create) {
-  const fs::path kept = outputPath("fresh") / kind;
+  const fs::path kept = OutputPath("fresh") / kind;
   fs::create_directories(kept.parent_path());
   // It ends with the process, however that ends; whoever comes meanwhile waits.
   const int lock = ::open((kept.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
@@ -126,13 +126,13 @@ void freshData(const fs::path& data, std::string_view kind, const std::string& u
   }
   close(lock);
   fs::copy(kept, data, fs::copy_options::recursive);
-  handOver(data, user);
+  HandOver(data, user);
   for (const auto& entry : fs::recursive_directory_iterator(data)) {
-    handOver(entry.path(), user);
+    HandOver(entry.path(), user);
   }
 }
 
-std::string digestOfCreation(const fs::path& program, const std::vector<std::string>& words) {
+std::string DigestOfCreation(const fs::path& program, const std::vector<std::string>& words) {
   std::string all = std::to_string(fs::last_write_time(program).time_since_epoch().count());
   for (const std::string& word : words) {
     all += '\n' + word;
@@ -144,7 +144,7 @@ ServerProcess::ServerProcess(std::vector<std::string> words, const fs::path& log
                              int endSignal)
     : endSignal_(endSignal) {
   if (geteuid() == 0) {
-    const auto prefix = asUser(user, endSignal);
+    const auto prefix = AsUser(user, endSignal);
     words.insert(words.begin(), prefix.begin(), prefix.end());
   }
   std::vector<char*> arguments;
@@ -175,38 +175,38 @@ ServerProcess& ServerProcess::operator=(ServerProcess&& other) noexcept {
   return *this;
 }
 
-bool ServerProcess::runs() {
+bool ServerProcess::Runs() {
   if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) {
     process_ = -1;
   }
   return process_ > 0;
 }
 
-bool ServerProcess::succeeds() {
+bool ServerProcess::Succeeds() {
   int status = 0;
   const bool ended = process_ > 0 && waitpid(std::exchange(process_, -1), &status, 0) > 0;
   return ended && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-std::string endOf(const fs::path& log) {
-  constexpr std::size_t longest = 2000;
+std::string EndOf(const fs::path& log) {
+  constexpr std::size_t Longest = 2000;
   const std::string text = FileText(log);
-  return text.substr(text.size() - std::min(text.size(), longest));
+  return text.substr(text.size() - std::min(text.size(), Longest));
 }
 
-void ServerProcess::stop() {
+void ServerProcess::Stop() {
   if (process_ <= 0) {
     return;
   }
   ::kill(process_, endSignal_);
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-  while (runs() && std::chrono::steady_clock::now() < limit) {
+  while (Runs() && std::chrono::steady_clock::now() < limit) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  kill();
+  Kill();
 }
 
-void ServerProcess::kill() {
+void ServerProcess::Kill() {
   if (process_ <= 0) {
     return;
   }
@@ -214,13 +214,13 @@ void ServerProcess::kill() {
   waitpid(std::exchange(process_, -1), nullptr, 0);
 }
 
-void startOnFreePort(ServerProcess& server, const std::function<void(int port)>& start) {
-  for (int attempt = 1; !server.runs(); ++attempt) {
-    const int port = freePort();
+void StartOnFreePort(ServerProcess& server, const std::function<void(int port)>& start) {
+  for (int attempt = 1; !server.Runs(); ++attempt) {
+    const int port = FreePort();
     try {
       start(port);
     } catch (const std::exception&) {
-      server.stop();
+      server.Stop();
       if (attempt == 3) {
         throw;
       }
@@ -228,15 +228,15 @@ void startOnFreePort(ServerProcess& server, const std::function<void(int port)>&
   }
 }
 
-void waitUntilReady(ServerProcess& server, const std::function<void()>& ask) {
+void WaitUntilReady(ServerProcess& server, const std::function<void()>& ask) {
   const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
   for (;;) {
     try {
       ask();
       return;
     } catch (const RuntimeError&) {
-      if (!server.runs() || std::chrono::steady_clock::now() > limit) {
-        server.stop();
+      if (!server.Runs() || std::chrono::steady_clock::now() > limit) {
+        server.Stop();
         throw;
       }
       std::this_thread::sleep_for(std::chrono::milliseconds(20));

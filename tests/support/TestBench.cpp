@@ -70,7 +70,7 @@ void RecordedHost::EseguiProgramma(std::string_view address, std::string_view pr
                                    const std::vector<std::string>& parameters, nexaro::XMLParser& recipient) {
   Note(address, "Esegui " + std::string(program));
   calls.push_back(parameters);
-  recipient.Started = true;
+  recipient.started = true;
   recipient.Consegna(xml::Read(reply));
 }
 

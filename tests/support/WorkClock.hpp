@@ -8,7 +8,7 @@ namespace lumoscad::test {
 /// a busy machine too, where it is not known how long the thread waits for its turn.
 class WorkClock {
  public:
-  [[nodiscard]] double milliseconds() const noexcept { return now() - start_; }
+  [[nodiscard]] double Milliseconds() const noexcept { return now() - start_; }
 
  private:
   [[nodiscard]] static double now() noexcept {

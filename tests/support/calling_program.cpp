@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
   if (name == nullptr) {
     return RUN_ALL_TESTS();
   }
-  const auto locales = (lumoscad::test::buildFolder() / "locali").string();
+  const auto locales = (lumoscad::test::BuildFolder() / "locali").string();
   qputenv("LOCPATH", locales.c_str());
   qputenv("LC_ALL", name);
   qputenv("QT_QPA_PLATFORM", "offscreen");

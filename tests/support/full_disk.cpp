@@ -15,11 +15,11 @@
 
 namespace {
 
-template <typename Function> Function* next(const char* name) {
+template <typename Function> Function* Next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-std::string_view textOf(const char* path, std::array<char, 256>& buffer) {
+std::string_view TextOf(const char* path, std::array<char, 256>& buffer) {
   const int file = open(path, O_RDONLY | O_CLOEXEC);
   if (file < 0) {
     return {};
@@ -30,13 +30,13 @@ std::string_view textOf(const char* path, std::array<char, 256>& buffer) {
 }
 
 /// True where the file would have to grow to `end` bytes on a full disk.
-bool isFull(int file, off64_t end) {
+bool Full(int file, off64_t end) {
   const char* const flag = std::getenv("LUMOSCAD_DISCO_PIENO");
   if (flag == nullptr || access(flag, R_OK) != 0) {
     return false;
   }
   std::array<char, 256> words{};
-  const std::string_view word = textOf(flag, words);
+  const std::string_view word = TextOf(flag, words);
   std::array<char, 4096> path{};
   const std::string link = "/proc/self/fd/" + std::to_string(file);
   const ssize_t length = readlink(link.c_str(), path.data(), path.size());
@@ -53,12 +53,12 @@ bool isFull(int file, off64_t end) {
 extern "C" {
 
 ssize_t pwrite64(int file, const void* data, size_t size, off64_t offset) {
-  static auto* const original = next<decltype(pwrite64)>("pwrite64");
-  if (isFull(file, offset + static_cast<off64_t>(size))) {
+  static auto* const Original = Next<decltype(pwrite64)>("pwrite64");
+  if (Full(file, offset + static_cast<off64_t>(size))) {
     errno = ENOSPC;
     return -1;
   }
-  return original(file, data, size, offset);
+  return Original(file, data, size, offset);
 }
 
 ssize_t pwrite(int file, const void* data, size_t size, off_t offset) {
@@ -66,12 +66,12 @@ ssize_t pwrite(int file, const void* data, size_t size, off_t offset) {
 }
 
 int fallocate64(int file, int mode, off64_t offset, off64_t size) {
-  static auto* const original = next<decltype(fallocate64)>("fallocate64");
-  if (isFull(file, offset + size)) {
+  static auto* const Original = Next<decltype(fallocate64)>("fallocate64");
+  if (Full(file, offset + size)) {
     errno = ENOSPC;
     return -1;
   }
-  return original(file, mode, offset, size);
+  return Original(file, mode, offset, size);
 }
 
 int fallocate(int file, int mode, off_t offset, off_t size) {

@@ -158,7 +158,7 @@ void PrependRoots(std::string& packet, const std::string& root) {
 }
 
 std::string Operation(const std::string& packet) {
-  static const std::map<unsigned char, std::string> nomi{
+  static const std::map<unsigned char, std::string> Nomi{
       {Open, "apri"},      {Close, "chiudi"}, {Read, "leggi"},        {Write, "scrivi"},       {Rename, "rinomina"},
       {Erase, "cancella"}, {Status, "stato"}, {StateOfLink, "stato"}, {StateOfHandle, "stato"}};
   const auto extension = Extension(packet);
@@ -168,8 +168,8 @@ std::string Operation(const std::string& packet) {
   if (extension == "fsync@openssh.com") {
     return "sincronizza";
   }
-  const auto name = nomi.find(static_cast<unsigned char>(packet[0]));
-  return name == nomi.end() ? "" : name->second;
+  const auto name = Nomi.find(static_cast<unsigned char>(packet[0]));
+  return name == Nomi.end() ? "" : name->second;
 }
 
 /// The order, where there is one for this request; it is obeyed once.

@@ -56,7 +56,7 @@ class TestServer : public testing::Test {
   static fs::path Directory() {
     auto name = std::string(testing::UnitTest::GetInstance()->current_test_info()->name());
     std::replace(name.begin(), name.end(), '/', '_');
-    return test::outputPath("support/prove") / name;
+    return test::OutputPath("support/prove") / name;
   }
 
   SshServer server{Directory(), {"ed25519", {"A=uno due", "B=tre"}, "internal-sftp", {}}};
@@ -96,7 +96,7 @@ class ServerRoot : public TestServer {
   void Configure(const std::string& options) {
     server.Change({"ed25519",
                    {},
-                   "'" + test::programPath("sftp_radice").string() + "' " + options + " '" + root.string() + "'",
+                   "'" + test::ProgramPath("sftp_radice").string() + "' " + options + " '" + root.string() + "'",
                    {}});
   }
 

@@ -38,15 +38,15 @@ class ScadenzarioDiProva : public testing::Test {
   }
   [[nodiscard]] std::vector<std::string> NuoveScadenze() const {
     std::vector<std::string> nuove;
-    for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
-      nuove.emplace_back(form.griglia().Righe.Testo(riga, FormLumoScad::NuovaScadenza));
+    for (std::size_t riga = 0; riga < form.griglia().righe.Quante(); ++riga) {
+      nuove.emplace_back(form.griglia().righe.Testo(riga, FormLumoScad::NuovaScadenza));
     }
     return nuove;
   }
   [[nodiscard]] std::vector<bool> Spunte() const {
     std::vector<bool> spunte;
-    for (std::size_t riga = 0; riga < form.griglia().Righe.Quante(); ++riga) {
-      spunte.push_back(form.griglia().Righe.Spuntata(riga, 0));
+    for (std::size_t riga = 0; riga < form.griglia().righe.Quante(); ++riga) {
+      spunte.push_back(form.griglia().righe.Spuntata(riga, 0));
     }
     return spunte;
   }

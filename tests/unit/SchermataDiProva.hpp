@@ -32,9 +32,9 @@ class GrigliaDiProva : public testing::Test {
     testi[Schermata::NumeroRata] = "1";
     testi[Schermata::NuovaBanca] = banca;
     testi[Schermata::ScadenzaOrdinaData] = ordina;
-    const auto riga = griglia.Righe.Aggiungi(testi);
-    griglia.Righe.ImpostaTag(riga, Schermata::Conto, "C" + std::to_string(riga));
-    griglia.Righe.ImpostaTag(riga, Schermata::Banca, banca.empty() ? "" : "B06");
+    const auto riga = griglia.righe.Aggiungi(testi);
+    griglia.righe.ImpostaTag(riga, Schermata::Conto, "C" + std::to_string(riga));
+    griglia.righe.ImpostaTag(riga, Schermata::Banca, banca.empty() ? "" : "B06");
     return riga;
   }
   void AggiungiMolte(int quante) {
@@ -58,7 +58,7 @@ class GrigliaDiProva : public testing::Test {
   }
   /// Selects the row and clicks its cell.
   void Clic(std::size_t riga, int colonna) {
-    griglia.Seleziona(static_cast<std::ptrdiff_t>(griglia.Righe.PostoDellaRiga(riga)));
+    griglia.Seleziona(static_cast<std::ptrdiff_t>(griglia.righe.PostoDellaRiga(riga)));
     griglia.LVScadenze_MouseDown(Mezzo(colonna), 5);
     griglia.LVScadenze_Click(240);
   }
@@ -67,12 +67,12 @@ class GrigliaDiProva : public testing::Test {
     griglia.TextScad_Change(testo);
   }
   [[nodiscard]] std::string NuovaScadenza(std::size_t riga) const {
-    return std::string(griglia.Righe.Testo(riga, Schermata::NuovaScadenza));
+    return std::string(griglia.righe.Testo(riga, Schermata::NuovaScadenza));
   }
   [[nodiscard]] std::vector<std::string> InOrdine(int colonna = Schermata::Conto) const {
     std::vector<std::string> testi;
-    for (std::size_t posto = 0; posto < griglia.Righe.Quante(); ++posto) {
-      testi.emplace_back(griglia.Righe.Testo(griglia.Righe.RigaAlPosto(posto), colonna));
+    for (std::size_t posto = 0; posto < griglia.righe.Quante(); ++posto) {
+      testi.emplace_back(griglia.righe.Testo(griglia.righe.RigaAlPosto(posto), colonna));
     }
     return testi;
   }

@@ -14,7 +14,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-std::string failureOf(const std::string& text) {
+std::string FailureOf(const std::string& text) {
   try {
     static_cast<void>(OdbcText(ReadConnectionText(text)));
   } catch (const RuntimeError& error) {
@@ -35,21 +35,21 @@ TEST(Numbers, OfTheOperationsAreThoseOfTheField) {
 }
 
 TEST(Opening, CarriesTheTimeLimitWhereTheServerTakesOneThere) {
-  const std::string opening = detail::dialectOf("MariaDB").openingFor(std::chrono::seconds(7));
+  const std::string opening = detail::DialectOf("MariaDB").OpeningFor(std::chrono::seconds(7));
   EXPECT_THAT(opening, testing::StartsWith("SET character_set_client=utf8mb4, "));
   EXPECT_THAT(opening, testing::EndsWith(", tx_isolation='READ-COMMITTED', max_statement_time=7"));
 }
 
 TEST(Opening, MayBeSaidWithoutATimeLimit) {
-  detail::Dialect dialect = detail::dialectOf("MariaDB");
+  detail::Dialect dialect = detail::DialectOf("MariaDB");
   dialect.opening = "SET NAMES 'utf8'";
   dialect.openingLimit = {};
-  EXPECT_EQ(dialect.openingFor(std::chrono::seconds(7)), "SET NAMES 'utf8'");
+  EXPECT_EQ(dialect.OpeningFor(std::chrono::seconds(7)), "SET NAMES 'utf8'");
 }
 
 TEST(Opening, IsNoneForAServerThatNeedsNone) {
   for (const char* server : {"PostgreSQL", "MySQL", "SQLite", "DB2/LINUXX8664", "altro"}) {
-    EXPECT_EQ(detail::dialectOf(server).openingFor(std::chrono::seconds(7)), "") << server;
+    EXPECT_EQ(detail::DialectOf(server).OpeningFor(std::chrono::seconds(7)), "") << server;
   }
 }
 
@@ -60,7 +60,7 @@ TEST(ConnectionText, ReadsTheTextThatTheComponentWrites) {
   EXPECT_EQ(settings.DataSource, "CONTAB");
   EXPECT_EQ(settings.UserId, "ADMIN");
   EXPECT_EQ(settings.Password, "pw");
-  EXPECT_EQ(settings.ConnectTimeout, 30);
+  EXPECT_EQ(settings.connectTimeout, 30);
 }
 
 TEST(ConnectionText, TakesKeywordsInAnyCaseWithBlanksAroundThem) {
@@ -68,7 +68,7 @@ TEST(ConnectionText, TakesKeywordsInAnyCaseWithBlanksAroundThem) {
   EXPECT_EQ(settings.DataSource, "A");
   EXPECT_EQ(settings.UserId, "b");
   EXPECT_EQ(settings.Password, "C");
-  EXPECT_EQ(settings.ConnectTimeout, 5);
+  EXPECT_EQ(settings.connectTimeout, 5);
 }
 
 TEST(ConnectionText, KnowsTheShortKeywords) {
@@ -82,7 +82,7 @@ TEST(ConnectionText, LetsTheLastDuplicateWinAcrossSynonyms) {
   EXPECT_EQ(ReadConnectionText("DSN=a;Data Source=b").DataSource, "b");
   EXPECT_EQ(ReadConnectionText("Password=a;PWD=").Password, "");
   EXPECT_EQ(ReadConnectionText("uid=a;User ID=b").UserId, "b");
-  EXPECT_EQ(ReadConnectionText("Connect Timeout=30;connect timeout=5").ConnectTimeout, 5);
+  EXPECT_EQ(ReadConnectionText("Connect Timeout=30;connect timeout=5").connectTimeout, 5);
 }
 
 TEST(ConnectionText, ReadsQuotedValuesWithDoubledQuotes) {
@@ -108,7 +108,7 @@ TEST(ConnectionText, HasEmptyValuesWhereNoneIsGiven) {
 TEST(ConnectionText, RefusesMalformedTextsWithoutTellingAValue) {
   for (const char* text : {"DSN=a;Password=\"segreto", "DSN=a;Password='segreto' x", "DSN=a;segreto", "=segreto;DSN=a",
                            "DSN=a;Connect Timeout=segreto", "DSN=a;Connect Timeout=-1"}) {
-    const std::string failure = failureOf(text);
+    const std::string failure = FailureOf(text);
     EXPECT_THAT(failure, HasSubstr("Testo di connessione non valido")) << text;
     EXPECT_THAT(failure, Not(HasSubstr("segreto"))) << text;
   }
@@ -126,16 +126,16 @@ TEST(OdbcText, PutsValuesInBracesWhereTheyNeedThem) {
 }
 
 TEST(OdbcText, RefusesAnEmptyDataSource) {
-  EXPECT_THAT(failureOf("Password=p;User ID=u;Data Source="), HasSubstr("origine dati ODBC non è indicata"));
-  EXPECT_THAT(failureOf("Password=p;User ID=u;Data Source=\"  \""), HasSubstr("origine dati ODBC non è indicata"));
+  EXPECT_THAT(FailureOf("Password=p;User ID=u;Data Source="), HasSubstr("origine dati ODBC non è indicata"));
+  EXPECT_THAT(FailureOf("Password=p;User ID=u;Data Source=\"  \""), HasSubstr("origine dati ODBC non è indicata"));
 }
 
 TEST(OdbcText, RefusesADataSourceThatWouldSmuggleInOtherSettings) {
-  EXPECT_THAT(failureOf("Data Source=\"a;Driver=b\""), HasSubstr("carattere non ammesso"));
+  EXPECT_THAT(FailureOf("Data Source=\"a;Driver=b\""), HasSubstr("carattere non ammesso"));
 }
 
 TEST(OdbcText, RefusesAZeroByteAndDoesNotTellThePassword) {
-  const std::string failure = failureOf(std::string("DSN=a;PWD=segreto") + '\0' + "x");
+  const std::string failure = FailureOf(std::string("DSN=a;PWD=segreto") + '\0' + "x");
   EXPECT_THAT(failure, HasSubstr("carattere non ammesso"));
   EXPECT_THAT(failure, Not(HasSubstr("segreto")));
 }

@@ -41,10 +41,10 @@ struct Giorno {
 
 /// Calls `prova` with every day of 2000-2049.
 template <typename Prova> void OgniGiorno(Prova prova) {
-  constexpr std::array<int, 12> giorni = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  constexpr std::array<int, 12> Giorni = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   for (int anno = 2000; anno <= 2049; ++anno) {
     for (int mese = 1; mese <= 12; ++mese) {
-      const int ultimo = mese == 2 && anno % 4 == 0 ? 29 : giorni.at(static_cast<std::size_t>(mese - 1));
+      const int ultimo = mese == 2 && anno % 4 == 0 ? 29 : Giorni.at(static_cast<std::size_t>(mese - 1));
       for (int giorno = 1; giorno <= ultimo; ++giorno) {
         prova(Giorno{giorno, mese, anno}, giorno == ultimo);
       }

@@ -17,7 +17,7 @@ class Ticks : public test::GrigliaDiProva {};
 TEST_F(DateEditor, OpensOverTheCellWithTheNewDate) {
   const auto riga = Aggiungi("ROSSI");
   griglia.Resize();
-  griglia.Righe.ImpostaTesto(riga, Schermata::NuovaScadenza, "01/04/2006");
+  griglia.righe.ImpostaTesto(riga, Schermata::NuovaScadenza, "01/04/2006");
   Clic(riga, Schermata::NuovaScadenza);
   const CellEditor& editor = griglia.Stato().data;
   EXPECT_TRUE(editor.visible);
@@ -80,7 +80,7 @@ TEST_F(DateEditor, LiesOverNoRowOnceItsOwnIsGone) {
   const auto riga = Aggiungi("ROSSI");
   griglia.Resize();
   ScriviData(riga, "010406");
-  griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
+  griglia.righe.ImpostaTesto(riga, Schermata::Partita, "altra");
   griglia.TLwTestata_Click(PrimaTestata);
   EXPECT_EQ(griglia.Stato().data.place, -1);
 }
@@ -101,7 +101,7 @@ TEST_F(DateEditor, WritesIntoTheFirstRowWithTheKeyWhenItsOwnLostIt) {
   const auto seconda = Aggiungi("ROSSI");
   griglia.Resize();
   ScriviData(seconda, "010406");
-  griglia.Righe.ImpostaTesto(seconda, Schermata::Partita, "altra");
+  griglia.righe.ImpostaTesto(seconda, Schermata::Partita, "altra");
   griglia.TextScad_KeyPress(Invio);
   EXPECT_EQ(NuovaScadenza(prima), "01/04/2006");
   EXPECT_EQ(NuovaScadenza(seconda), "31/03/2006");
@@ -111,7 +111,7 @@ TEST_F(DateEditor, WritesNowhereWhenNoRowHasTheKey) {
   const auto riga = Aggiungi("ROSSI");
   griglia.Resize();
   ScriviData(riga, "010406");
-  griglia.Righe.ImpostaTesto(riga, Schermata::Partita, "altra");
+  griglia.righe.ImpostaTesto(riga, Schermata::Partita, "altra");
   griglia.TextScad_KeyPress(Invio);
   EXPECT_EQ(NuovaScadenza(riga), "31/03/2006");
   EXPECT_FALSE(griglia.Stato().data.visible);
@@ -120,7 +120,7 @@ TEST_F(DateEditor, WritesNowhereWhenNoRowHasTheKey) {
 TEST_F(DateEditor, RestoresThePresentDateWhenEmptied) {
   AggiungiMolte(1);
   for (const char* vuoto : {"", " ", "   "}) {
-    griglia.Righe.ImpostaTesto(0, Schermata::NuovaScadenza, "01/04/2006");
+    griglia.righe.ImpostaTesto(0, Schermata::NuovaScadenza, "01/04/2006");
     ScriviData(0, vuoto);
     griglia.TextScad_KeyPress(Tab);
     EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
@@ -141,7 +141,7 @@ TEST_F(DateEditor, DoesNotTickTheRow) {
   AggiungiMolte(1);
   ScriviData(0, "010406");
   griglia.TextScad_KeyPress(Invio);
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 0));
 }
 
 TEST_F(DateEditor, CommitsOneRowWhenAnotherIsOpened) {
@@ -239,10 +239,10 @@ TEST_F(BankEditor, CommitsOneRowWhenAnotherIsOpened) {
   Clic(prima, Schermata::NuovaBanca);
   Clic(seconda, Schermata::NuovaBanca);
   EXPECT_TRUE(griglia.Stato().bank.visible);
-  EXPECT_TRUE(griglia.Righe.Spuntata(prima, 1));
-  EXPECT_EQ(griglia.Righe.Testo(prima, Schermata::NuovaBanca), "ANNULLA");
-  EXPECT_FALSE(griglia.Righe.Spuntata(seconda, 1));
-  EXPECT_EQ(griglia.Righe.Testo(seconda, Schermata::NuovaBanca), "BANCA ALFA");
+  EXPECT_TRUE(griglia.righe.Spuntata(prima, 1));
+  EXPECT_EQ(griglia.righe.Testo(prima, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_FALSE(griglia.righe.Spuntata(seconda, 1));
+  EXPECT_EQ(griglia.righe.Testo(seconda, Schermata::NuovaBanca), "BANCA ALFA");
 }
 
 TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
@@ -253,9 +253,9 @@ TEST_F(BankEditor, TicksItsRowWhenItLosesTheFocus) {
   griglia.cmbBanche2_LostFocus();
   EXPECT_FALSE(griglia.Stato().bank.visible);
   EXPECT_FALSE(griglia.Stato().scrollBarsHidden);
-  EXPECT_TRUE(griglia.Righe.Spuntata(4, 1));
-  EXPECT_FALSE(griglia.Righe.Spuntata(4, 0));
-  EXPECT_FALSE(griglia.Righe.Spuntata(3, 1));
+  EXPECT_TRUE(griglia.righe.Spuntata(4, 1));
+  EXPECT_FALSE(griglia.righe.Spuntata(4, 0));
+  EXPECT_FALSE(griglia.righe.Spuntata(3, 1));
 }
 
 TEST_F(BankEditor, CoversTheScrollBarsOnlyAboveTwentyRows) {
@@ -286,8 +286,8 @@ TEST_F(BankEditor, FindsItsRowAgainAfterTheListWasSorted) {
   griglia.TLwTestata_Click(PrimaTestata);
   EXPECT_EQ(griglia.Stato().bank.place, 2);
   griglia.cmbBanche2_LostFocus();
-  EXPECT_TRUE(griglia.Righe.Spuntata(0, 1));
-  EXPECT_FALSE(griglia.Righe.Spuntata(2, 1));
+  EXPECT_TRUE(griglia.righe.Spuntata(0, 1));
+  EXPECT_FALSE(griglia.righe.Spuntata(2, 1));
 }
 
 TEST_F(BankEditor, WithAnEmptyTextChangesNothing) {
@@ -295,7 +295,7 @@ TEST_F(BankEditor, WithAnEmptyTextChangesNothing) {
   AggiungiMolte(1);
   Clic(0, Schermata::NuovaBanca);
   griglia.cmbBanche2_LostFocus();
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 1));
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 1));
 }
 
 TEST_F(BankEditor, WritesNothingWhenAbandoned) {
@@ -305,18 +305,18 @@ TEST_F(BankEditor, WritesNothingWhenAbandoned) {
   Clic(riga, Schermata::NuovaBanca);
   griglia.AbbandonaEditor();
   EXPECT_FALSE(griglia.Stato().bank.visible);
-  EXPECT_FALSE(griglia.Righe.Spuntata(riga, 1));
-  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
+  EXPECT_FALSE(griglia.righe.Spuntata(riga, 1));
+  EXPECT_EQ(griglia.righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
 }
 
 TEST_F(Ticks, OfTheDateCopyTheTopDateNormalised) {
   AggiungiMolte(2);
   griglia.TextScadenza_Change("010406");
   Clic(0, Schermata::Radio1);
-  EXPECT_TRUE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_TRUE(griglia.righe.Spuntata(0, 0));
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
   EXPECT_EQ(griglia.Stato().dueDateText, "01/04/2006");
-  EXPECT_FALSE(griglia.Righe.Spuntata(1, 0));
+  EXPECT_FALSE(griglia.righe.Spuntata(1, 0));
   EXPECT_EQ(NuovaScadenza(1), "31/03/2006");
 }
 
@@ -325,7 +325,7 @@ TEST_F(Ticks, OfTheDateChangeNothingWithAnEmptyTopField) {
   for (const char* vuoto : {"", " ", "   "}) {
     griglia.TextScadenza_Change(vuoto);
     Clic(0, Schermata::Radio1);
-    EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+    EXPECT_FALSE(griglia.righe.Spuntata(0, 0));
     EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
     EXPECT_EQ(griglia.Stato().dueDateText, vuoto);
   }
@@ -337,7 +337,7 @@ TEST_F(Ticks, OfTheDateAreNeverSetByARefusedTopDate) {
   griglia.TextScadenza_Change("31/13/06");
   Clic(0, Schermata::Radio1);
   EXPECT_EQ(banco.desktop.box.size(), 1U);
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 0));
   EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
 }
 
@@ -346,7 +346,7 @@ TEST_F(Ticks, OfTheDateClickedTwiceLeaveTheRowUntouched) {
   griglia.TextScadenza_Change("010406");
   Clic(0, Schermata::Radio1);
   Clic(0, Schermata::Radio1);
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 0));
   EXPECT_EQ(NuovaScadenza(0), "31/03/2006");
 }
 
@@ -354,32 +354,32 @@ TEST_F(Ticks, OfTheBankClickedTwiceLeaveTheRowUntouched) {
   const auto riga = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
   griglia.Resize();
   Clic(riga, Schermata::Radio2);
-  EXPECT_TRUE(griglia.Righe.Spuntata(riga, 1));
-  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
-  EXPECT_EQ(griglia.Righe.Tag(riga, Schermata::NuovaBanca), "#null#");
+  EXPECT_TRUE(griglia.righe.Spuntata(riga, 1));
+  EXPECT_EQ(griglia.righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_EQ(griglia.righe.Tag(riga, Schermata::NuovaBanca), "#null#");
   Clic(riga, Schermata::Radio2);
-  EXPECT_FALSE(griglia.Righe.Spuntata(riga, 1));
-  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
-  EXPECT_EQ(griglia.Righe.Tag(riga, Schermata::NuovaBanca), "");
+  EXPECT_FALSE(griglia.righe.Spuntata(riga, 1));
+  EXPECT_EQ(griglia.righe.Testo(riga, Schermata::NuovaBanca), "BANCA ALFA");
+  EXPECT_EQ(griglia.righe.Tag(riga, Schermata::NuovaBanca), "");
 }
 
 TEST_F(Ticks, ActOnTheSelectedRowAlone) {
   AggiungiMolte(2);
   Clic(1, Schermata::Radio2);
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 1));
-  EXPECT_TRUE(griglia.Righe.Spuntata(1, 1));
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 1));
+  EXPECT_TRUE(griglia.righe.Spuntata(1, 1));
 }
 
 TEST_F(Ticks, OfOneKindAreClearedOnEveryRow) {
   AggiungiMolte(3);
   for (std::size_t riga = 0; riga < 3; ++riga) {
-    griglia.Righe.ImpostaSpunta(riga, 0, true);
-    griglia.Righe.ImpostaSpunta(riga, 1, true);
+    griglia.righe.ImpostaSpunta(riga, 0, true);
+    griglia.righe.ImpostaSpunta(riga, 1, true);
   }
   griglia.DeselezionaTutto("RADIO1");
   for (std::size_t riga = 0; riga < 3; ++riga) {
-    EXPECT_FALSE(griglia.Righe.Spuntata(riga, 0));
-    EXPECT_TRUE(griglia.Righe.Spuntata(riga, 1));
+    EXPECT_FALSE(griglia.righe.Spuntata(riga, 0));
+    EXPECT_TRUE(griglia.righe.Spuntata(riga, 1));
   }
 }
 
@@ -391,8 +391,8 @@ TEST_F(Ticks, OfTheDateAreClearedByAClickInTheTopDateWhichLeavesTheNewDates) {
   ScriviData(1, "020406");
   griglia.TextScadenza_Click();
   EXPECT_FALSE(griglia.Stato().data.visible);
-  EXPECT_FALSE(griglia.Righe.Spuntata(0, 0));
-  EXPECT_TRUE(griglia.Righe.Spuntata(1, 1));
+  EXPECT_FALSE(griglia.righe.Spuntata(0, 0));
+  EXPECT_TRUE(griglia.righe.Spuntata(1, 1));
   EXPECT_EQ(NuovaScadenza(0), "01/04/2006");
   EXPECT_EQ(NuovaScadenza(1), "02/04/2006");
 }
@@ -407,8 +407,8 @@ TEST_F(Ticks, OfTheBankAreClearedByAChoiceInTheTopBankWhichCommitsTheEditors) {
   EXPECT_EQ(griglia.Stato().bankIndex, 1);
   EXPECT_FALSE(griglia.Stato().data.visible);
   EXPECT_EQ(NuovaScadenza(1), "02/04/2006");
-  EXPECT_TRUE(griglia.Righe.Spuntata(0, 0));
-  EXPECT_FALSE(griglia.Righe.Spuntata(1, 1));
+  EXPECT_TRUE(griglia.righe.Spuntata(0, 0));
+  EXPECT_FALSE(griglia.righe.Spuntata(1, 1));
 }
 
 } // namespace

@@ -66,7 +66,7 @@ TEST_F(Entry, UnderstandsLowerCase) {
   OccupaListe();
   EXPECT_EQ(Esegui("-t banca /crediti -d aB -h Host"), "error");
   EXPECT_THAT(Liste(), ElementsAre("Area CREDITI"));
-  EXPECT_EQ(stato().Azienda, "aB");
+  EXPECT_EQ(stato().azienda, "aB");
   EXPECT_EQ(stato().HostIP, "Host");
 }
 
@@ -119,7 +119,7 @@ TEST_F(Entry, KeepsCompanyAndHostForTheNextCommands) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12 -H 10.0.0.1"), "error");
   EXPECT_EQ(Esegui("-T BANCA /DEBITI"), "error");
-  EXPECT_EQ(stato().Azienda, "12");
+  EXPECT_EQ(stato().azienda, "12");
   EXPECT_EQ(banco_.host.host.back(), "10.0.0.1");
 }
 
@@ -127,7 +127,7 @@ TEST_F(Entry, EmptiesAnOptionThatTwoBlanksFollow) {
   OccupaListe();
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D 12"), "error");
   EXPECT_EQ(Esegui("-T BANCA /CREDITI -D  5"), "error");
-  EXPECT_EQ(stato().Azienda, "");
+  EXPECT_EQ(stato().azienda, "");
 }
 
 TEST_F(Entry, FailsOnABankOptionWithoutAValue) {

@@ -16,7 +16,7 @@ class TopDate : public test::ScadenzarioDiProva {};
 class SelectAll : public test::ScadenzarioDiProva {};
 
 TEST_F(ItemDateEditor, OpensOverTheNewDateOfTheClickedRow) {
-  form.griglia().Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
   Clic(1);
   const CellEditor& editor = form.griglia().Stato().data;
   EXPECT_TRUE(editor.visible);
@@ -37,7 +37,7 @@ TEST_F(ItemDateEditor, OpensOverTheNewDateWhateverColumnIsClicked) {
 }
 
 TEST_F(ItemDateEditor, LiesOverTheClickedRowAlsoWhereAnotherHasTheSameDueDate) {
-  form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
+  form.griglia().righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
   Clic(2);
   EXPECT_EQ(form.griglia().Stato().data.place, 2);
 }
@@ -67,7 +67,7 @@ TEST_F(ItemDateEditor, WritesWhenItLosesTheFocus) {
 }
 
 TEST_F(ItemDateEditor, UncoversTheScrollBarsWhenItLosesTheFocus) {
-  while (form.griglia().Righe.Quante() < 13) {
+  while (form.griglia().righe.Quante() < 13) {
     form.Aggiungi("30/06/2006", "", "1,00");
   }
   Clic(0);
@@ -76,7 +76,7 @@ TEST_F(ItemDateEditor, UncoversTheScrollBarsWhenItLosesTheFocus) {
 }
 
 TEST_F(ItemDateEditor, EmptiesTheNewDateWhenEmptied) {
-  form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   ScriviData(0, "");
   form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
@@ -84,7 +84,7 @@ TEST_F(ItemDateEditor, EmptiesTheNewDateWhenEmptied) {
 }
 
 TEST_F(ItemDateEditor, ChecksABlankAsADate) {
-  form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   ScriviData(0, " ");
   form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre(" ", "", ""));
@@ -100,7 +100,7 @@ TEST_F(ItemDateEditor, LeavesABlankAfterARefusedDate) {
 }
 
 TEST_F(ItemDateEditor, WritesIntoTheFirstRowWithTheSameDueDate) {
-  form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
+  form.griglia().righe.ImpostaTesto(2, FormLumoScad::Scadenza, "31/03/2006");
   ScriviData(2, "150606");
   form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("15/06/2006", "", ""));
@@ -108,7 +108,7 @@ TEST_F(ItemDateEditor, WritesIntoTheFirstRowWithTheSameDueDate) {
 
 TEST_F(ItemDateEditor, WritesNowhereWhenNoRowHasTheTextAnyMore) {
   ScriviData(2, "150606");
-  form.griglia().Righe.ImpostaTesto(2, FormLumoScad::Scadenza, "altra");
+  form.griglia().righe.ImpostaTesto(2, FormLumoScad::Scadenza, "altra");
   form.griglia().TextScad_KeyPress(Invio);
   EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
   EXPECT_FALSE(form.griglia().Stato().data.visible);
@@ -149,7 +149,7 @@ TEST_F(ItemDateEditor, DoesNotOpenWithoutASelectedRow) {
 }
 
 TEST_F(ItemDateEditor, CoversTheScrollBarsOnlyWhenTheRowsExceedTheList) {
-  while (form.griglia().Righe.Quante() < 12) {
+  while (form.griglia().righe.Quante() < 12) {
     form.Aggiungi("30/06/2006", "", "1,00");
   }
   Clic(0);
@@ -172,7 +172,7 @@ TEST_F(ItemTicks, CopyTheTopDateNormalised) {
 TEST_F(ItemTicks, LeaveTheNewDateEmptyWithoutATopDate) {
   for (const char* vuoto : {"", " ", "   "}) {
     form.griglia().TextScadenza_Change(vuoto);
-    form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+    form.griglia().righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
     form.griglia().SpuntaCasella(0, true);
     EXPECT_THAT(Spunte(), ElementsAre(true, false, false));
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));
@@ -296,7 +296,7 @@ TEST_F(TopDate, HoldsOneBlankAfterARefusedDate) {
 
 TEST_F(SelectAll, AsksForADateWhenTheTopFieldHoldsExactlyOneBlank) {
   form.griglia().TextScadenza_Change(" ");
-  form.griglia().Righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
+  form.griglia().righe.ImpostaTesto(0, FormLumoScad::NuovaScadenza, "05/05/2006");
   form.PicSelezionaTutto_Click();
   EXPECT_THAT(banco.desktop.box, ElementsAre("Inserisci una scadenza"));
   EXPECT_THAT(banco.desktop.titles, ElementsAre("LumoScad"));
@@ -328,7 +328,7 @@ TEST_F(SelectAll, GivesEveryRowTheTopDate) {
 TEST_F(SelectAll, TicksWithAnEmptyDateWhileTheTopFieldIsEmptyOrHoldsTwoBlanks) {
   for (const char* vuoto : {"", "  "}) {
     form.griglia().TextScadenza_Change(vuoto);
-    form.griglia().Righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
+    form.griglia().righe.ImpostaTesto(1, FormLumoScad::NuovaScadenza, "05/05/2006");
     form.PicSelezionaTutto_Click();
     EXPECT_THAT(Spunte(), ElementsAre(true, true, true));
     EXPECT_THAT(NuoveScadenze(), ElementsAre("", "", ""));

@@ -41,7 +41,7 @@ TEST_F(ShowingAnItem, HidesTheDescriptionForAnExtraSchedule) {
 }
 
 TEST_F(ShowingAnItem, ShowsATickAndFourColumnsARow) {
-  form.griglia().Righe.ImpostaSpunta(1, 0, true);
+  form.griglia().righe.ImpostaSpunta(1, 0, true);
   Mostra([](SingleItemWindow& finestra) {
     const ListWindow& elenco = finestra.Elenco();
     std::vector<std::string> intestazioni;
@@ -91,7 +91,7 @@ TEST_F(ShowingAnItem, EmptiedIsAsNew) {
   form.PicSelezionaTutto_Click();
   form.SetTopMostWindow(true);
   form.Svuota();
-  EXPECT_EQ(form.griglia().Righe.Quante(), 0U);
+  EXPECT_EQ(form.griglia().righe.Quante(), 0U);
   EXPECT_EQ(form.LabelDescPartita, "");
   EXPECT_EQ(form.griglia().Stato().dueDateText, "");
   EXPECT_FALSE(form.SelezionaTutto());
@@ -150,7 +150,7 @@ TEST_F(ItemConfirmation, RunsBeforeTheWindowIsUnloaded) {
 }
 
 TEST_F(ItemConfirmation, OfADemonstrationRunsOnceTheWindowIsGone) {
-  stato().DemoPresunti = true;
+  stato().demoPresunti = true;
   bool aperta = true;
   bool scaricata = false;
   esito = [&] {
@@ -187,7 +187,7 @@ TEST_F(ItemConfirmation, ThatFailsComesOut) {
 }
 
 TEST_F(ItemConfirmation, IsNotRunByAnnullaNorByTheCloseBox) {
-  stato().DemoPresunti = true;
+  stato().demoPresunti = true;
   for (const bool annulla : {true, false}) {
     EXPECT_EQ(Mostra([annulla](SingleItemWindow& finestra) {
                 annulla ? finestra.Elenco().PictureAnnulla_Click() : finestra.Elenco().Form_QueryUnload();
@@ -199,7 +199,7 @@ TEST_F(ItemConfirmation, IsNotRunByAnnullaNorByTheCloseBox) {
 }
 
 TEST_F(ItemConfirmation, LeavesNothingBehindForTheNextShowing) {
-  stato().DemoPresunti = true;
+  stato().demoPresunti = true;
   esito = [] { return "prima"; };
   EXPECT_EQ(Mostra([](SingleItemWindow& finestra) { finestra.PictureOk_Click(); }), "prima");
   EXPECT_EQ(Mostra([&](SingleItemWindow& finestra) {
@@ -208,7 +208,7 @@ TEST_F(ItemConfirmation, LeavesNothingBehindForTheNextShowing) {
               finestra.Elenco().Form_QueryUnload();
             }),
             "closed");
-  stato().DemoPresunti = false;
+  stato().demoPresunti = false;
   esito = [] { return "seconda"; };
   EXPECT_EQ(Mostra([](SingleItemWindow& finestra) { finestra.PictureOk_Click(); }), "seconda");
   EXPECT_EQ(form.MotivoChiusura(), "");

@@ -43,8 +43,8 @@ class GridParameters : public testing::Test {
   void Make() {
     grid = std::make_unique<Griglia>(description);
     for (int row = 0; row < 2; ++row) {
-      const auto number = grid->Righe.Aggiungi({"AB1/06", "31/03/2006", "01/05/2006", "ALFA", "ALFA", "", ""});
-      grid->Righe.ImpostaTag(number, Bank, "A");
+      const auto number = grid->righe.Aggiungi({"AB1/06", "31/03/2006", "01/05/2006", "ALFA", "ALFA", "", ""});
+      grid->righe.ImpostaTag(number, Bank, "A");
     }
     grid->cmbBanche = {{" ", "TOP"}, {"T"}};
     grid->cmbBanche2 = {{" ", "CELL"}, {"C"}};
@@ -69,9 +69,9 @@ class GridParameters : public testing::Test {
     grid->cmbBanche2_LostFocus();
   }
   [[nodiscard]] std::vector<std::string> Texts(int column) const {
-    return {std::string(grid->Righe.Testo(0, column)), std::string(grid->Righe.Testo(1, column))};
+    return {std::string(grid->righe.Testo(0, column)), std::string(grid->righe.Testo(1, column))};
   }
-  [[nodiscard]] bool Ticked(std::size_t row, int tick) const { return grid->Righe.Spuntata(row, tick); }
+  [[nodiscard]] bool Ticked(std::size_t row, int tick) const { return grid->righe.Spuntata(row, tick); }
 
   test::TestBench bench;
   DescrizioneGriglia description;
@@ -200,7 +200,7 @@ TEST_F(GridParameters, MakeTheTopDateTakeTheBoxesAwayWhenWrittenAndBeCheckedWhen
   for (const bool boxes : {false, true}) {
     description.caselle = boxes;
     Make();
-    grid->Righe.ImpostaSpunta(0, 0, true);
+    grid->righe.ImpostaSpunta(0, 0, true);
     grid->TextScadenza_Change("150606");
     EXPECT_EQ(Ticked(0, 0), !boxes);
     grid->TextScadenza_LostFocus();
@@ -227,7 +227,7 @@ TEST_F(GridParameters, GiveABankToOneRowOrToItsGroup) {
     Make();
     ChooseInCell(1);
     EXPECT_THAT(Texts(NewBank), ElementsAre(group < 0 ? "ALFA" : "CELL", "CELL"));
-    EXPECT_EQ(grid->Righe.Tag(1, NewBank), "C");
+    EXPECT_EQ(grid->righe.Tag(1, NewBank), "C");
     EXPECT_FALSE(Ticked(0, 1));
     EXPECT_TRUE(Ticked(1, 1));
   }
@@ -235,18 +235,18 @@ TEST_F(GridParameters, GiveABankToOneRowOrToItsGroup) {
 
 TEST_F(GridParameters, RemoveABankWhereOneIsPresentOrTheGroupHasAName) {
   Make();
-  grid->Righe.ImpostaTag(1, Bank, "");
+  grid->righe.ImpostaTag(1, Bank, "");
   ChooseInCell(0);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "") << "no bank to remove";
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "") << "no bank to remove";
   description.banca.gruppo = Name;
   Make();
-  grid->Righe.ImpostaTag(1, Bank, "");
+  grid->righe.ImpostaTag(1, Bank, "");
   ChooseInCell(0);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "#null#");
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "#null#");
   Make();
-  grid->Righe.ImpostaTesto(1, Name, "");
+  grid->righe.ImpostaTesto(1, Name, "");
   ChooseInCell(0);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "");
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "");
 }
 
 TEST_F(GridParameters, ShowThePresentBankAgainOrNothingWhenTheNewOneIsTakenBack) {
@@ -265,37 +265,37 @@ TEST_F(GridParameters, LookTheCellsChoiceUpInItsOwnListOrInTheTopOne) {
     description.banca.codiciInAlto = top;
     Make();
     ChooseInCell(1);
-    EXPECT_EQ(grid->Righe.Tag(1, NewBank), top ? "T" : "C");
+    EXPECT_EQ(grid->righe.Tag(1, NewBank), top ? "T" : "C");
     EXPECT_EQ(Texts(NewBank)[1], top ? "TOP" : "CELL");
   }
 }
 
 TEST_F(GridParameters, GiveBanksInEveryModeOrInOne) {
   Make();
-  grid->Modo = "OTHER";
+  grid->modo = "OTHER";
   grid->cmbBanche_Click(1);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "T");
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "T");
   description.banca.modoAssegna = "ONE";
   Make();
-  grid->Modo = "OTHER";
+  grid->modo = "OTHER";
   grid->cmbBanche_Click(1);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "");
-  grid->Modo = "ONE";
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "");
+  grid->modo = "ONE";
   grid->cmbBanche_Click(1);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "T");
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "T");
 }
 
 TEST_F(GridParameters, MakeAChoiceAtTheTopWaitForTicksInOneModeAlone) {
   description.banca.modoSpunte = "ONE";
   Make();
-  grid->Righe.ImpostaSpunta(0, 1, true);
-  grid->Modo = "ONE";
+  grid->righe.ImpostaSpunta(0, 1, true);
+  grid->modo = "ONE";
   grid->cmbBanche_Click(1);
   EXPECT_FALSE(Ticked(0, 1));
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "");
-  grid->Modo = "OTHER";
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "");
+  grid->modo = "OTHER";
   grid->cmbBanche_Click(1);
-  EXPECT_EQ(grid->Righe.Tag(1, NewBank), "T");
+  EXPECT_EQ(grid->righe.Tag(1, NewBank), "T");
 }
 
 TEST_F(GridParameters, LeaveTheRowsUnconfirmedUntilConferma) {

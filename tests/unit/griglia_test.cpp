@@ -119,7 +119,7 @@ TEST_F(GridSort, ByBankFollowsTheNewBank) {
   const auto alfa = Aggiungi("A", "31/03/2006", "ALFA");
   Aggiungi("B", "31/03/2006", "BETA");
   griglia.Resize();
-  griglia.Righe.ImpostaTesto(alfa, Schermata::NuovaBanca, "ZETA");
+  griglia.righe.ImpostaTesto(alfa, Schermata::NuovaBanca, "ZETA");
   griglia.TLwTestata_Click(TestataBanca);
   EXPECT_THAT(InOrdine(), ElementsAre("B", "A"));
 }
@@ -268,20 +268,20 @@ TEST_F(GridWindow, TellsTheWindowToOpenADropDownWhileItShows) {
 }
 
 TEST_F(GridWindow, KnowsItsMode) {
-  EXPECT_EQ(schermata.griglia().Modo, "DEBITI/CREDITI");
+  EXPECT_EQ(schermata.griglia().modo, "DEBITI/CREDITI");
 }
 
 TEST_F(GridWindow, InThePresumedModeAChoiceAtTheTopIsGivenToTheSelectedRowAtOnceWithoutATick) {
-  schermata.griglia().Modo = "PRESUNTI";
+  schermata.griglia().modo = "PRESUNTI";
   const auto prima = Aggiungi("ROSSI", "31/03/2006", "BANCA ALFA");
   const auto seconda = Aggiungi("VERDI", "31/03/2006", "BANCA ALFA");
   griglia.Resize();
   griglia.Seleziona(1);
   griglia.cmbBanche_Click(0);
-  EXPECT_EQ(griglia.Righe.Tag(seconda, Schermata::NuovaBanca), "#null#");
-  EXPECT_EQ(griglia.Righe.Testo(seconda, Schermata::NuovaBanca), "ANNULLA");
-  EXPECT_FALSE(griglia.Righe.Spuntata(seconda, 1));
-  EXPECT_EQ(griglia.Righe.Tag(prima, Schermata::NuovaBanca), "");
+  EXPECT_EQ(griglia.righe.Tag(seconda, Schermata::NuovaBanca), "#null#");
+  EXPECT_EQ(griglia.righe.Testo(seconda, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_FALSE(griglia.righe.Spuntata(seconda, 1));
+  EXPECT_EQ(griglia.righe.Tag(prima, Schermata::NuovaBanca), "");
 }
 
 TEST_F(GridWindow, IsClosedWithItsReasonByTheCloseBox) {
@@ -321,7 +321,7 @@ TEST_F(GridWindow, ClosesTheBankEditorOnConferma) {
   Clic(riga, Schermata::NuovaBanca);
   griglia.PictureOk_Click();
   EXPECT_FALSE(griglia.Stato().bank.visible);
-  EXPECT_EQ(griglia.Righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
+  EXPECT_EQ(griglia.righe.Testo(riga, Schermata::NuovaBanca), "ANNULLA");
 }
 
 TEST_F(GridWindow, StartsEveryShowingAfresh) {
@@ -331,7 +331,7 @@ TEST_F(GridWindow, StartsEveryShowingAfresh) {
   griglia.TLwTestata_Click(TestataBanca);
   griglia.Form_QueryUnload();
   griglia.Azzera();
-  EXPECT_EQ(griglia.Righe.Quante(), 0U);
+  EXPECT_EQ(griglia.righe.Quante(), 0U);
   EXPECT_EQ(griglia.MotivoChiusura(), "");
   EXPECT_EQ(griglia.Stato().dueDateText, "");
   EXPECT_EQ(griglia.Stato().bankIndex, 0);

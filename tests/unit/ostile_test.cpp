@@ -92,7 +92,7 @@ std::string Errore(const Invio& invio) {
 
 /// Host addresses that a careless transport would take for an option, a user, a path, a line or nothing at all.
 const std::vector<std::string>& IndirizziOstili() {
-  static const std::vector<std::string> indirizzi = {"-oProxyCommand=touch${IFS}/tmp/x",
+  static const std::vector<std::string> Indirizzi = {"-oProxyCommand=touch${IFS}/tmp/x",
                                                      "--",
                                                      "",
                                                      "root@10.0.0.1",
@@ -102,7 +102,7 @@ const std::vector<std::string>& IndirizziOstili() {
                                                      "a\tb",
                                                      "../../etc",
                                                      std::string(10240, 'h')};
-  return indirizzi;
+  return Indirizzi;
 }
 
 } // namespace
@@ -162,7 +162,7 @@ TEST_F(HostileInput, TheLocalFileGoesAlsoWhenTheMessageCannotBeShown) {
     void ShowSingleItem(SingleItemWindow&) override {}
     void ShowWait(std::string_view, int, const std::function<void()>&) override {}
   } desktop;
-  Services servizi = lumoscad::activeServices();
+  Services servizi = lumoscad::ActiveServices();
   servizi.desktop = [&]() -> Desktop& { return desktop; };
   const ReplacedServices sostituiti(servizi);
   for (const Scrittore& scrittore : Scrittori()) {

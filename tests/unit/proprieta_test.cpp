@@ -290,56 +290,56 @@ TEST(Sorting, IsTransitive) {
 
 TEST_F(RandomTicks, NeverTouchOtherRows) {
   Caso caso;
-  constexpr std::size_t righe = 30;
-  std::vector<std::vector<bool>> attese(righe, {false, false});
-  for (std::size_t riga = 0; riga < righe; ++riga) {
+  constexpr std::size_t Righe = 30;
+  std::vector<std::vector<bool>> attese(Righe, {false, false});
+  for (std::size_t riga = 0; riga < Righe; ++riga) {
     Aggiungi("CLIENTE " + std::to_string(riga));
   }
   griglia.Resize();
   for (int prova = 0; prova < 5000; ++prova) {
-    const auto riga = caso.Fino(righe - 1);
+    const auto riga = caso.Fino(Righe - 1);
     const auto quale = caso.Fino(1);
-    griglia.Righe.ImpostaSpunta(riga, static_cast<int>(quale), !attese[riga][quale]);
+    griglia.righe.ImpostaSpunta(riga, static_cast<int>(quale), !attese[riga][quale]);
     attese[riga][quale] = !attese[riga][quale];
     if (prova % 100 == 0) {
-      griglia.Righe.Ordina(static_cast<int>(caso.Fino(5)), caso.Moneta());
+      griglia.righe.Ordina(static_cast<int>(caso.Fino(5)), caso.Moneta());
     }
-    for (std::size_t altra = 0; altra < righe; ++altra) {
-      ASSERT_EQ(griglia.Righe.Spuntata(altra, 0), attese[altra][0]);
-      ASSERT_EQ(griglia.Righe.Spuntata(altra, 1), attese[altra][1]);
+    for (std::size_t altra = 0; altra < Righe; ++altra) {
+      ASSERT_EQ(griglia.righe.Spuntata(altra, 0), attese[altra][0]);
+      ASSERT_EQ(griglia.righe.Spuntata(altra, 1), attese[altra][1]);
     }
   }
 }
 
 TEST_F(RandomTicks, ClickedTwiceLeaveTheRowAsItWas) {
   Caso caso;
-  constexpr std::size_t righe = 12;
-  for (std::size_t riga = 0; riga < righe; ++riga) {
+  constexpr std::size_t Righe = 12;
+  for (std::size_t riga = 0; riga < Righe; ++riga) {
     Aggiungi("CLIENTE " + std::to_string(riga), "31/03/2006", caso.Moneta() ? "ROMA" : "");
   }
   griglia.Resize();
   griglia.TextScadenza_Change("30/06/2006");
   const auto riassunto = [&](std::size_t riga) {
-    std::string testi = griglia.Righe.Spuntata(riga, 0) ? "S" : "-";
+    std::string testi = griglia.righe.Spuntata(riga, 0) ? "S" : "-";
     for (int colonna = 0; colonna < Schermata::Colonne; ++colonna) {
-      testi += "|" + std::string(griglia.Righe.Testo(riga, colonna));
+      testi += "|" + std::string(griglia.righe.Testo(riga, colonna));
     }
     return testi;
   };
-  std::vector<std::string> prima(righe);
-  for (std::size_t riga = 0; riga < righe; ++riga) {
+  std::vector<std::string> prima(Righe);
+  for (std::size_t riga = 0; riga < Righe; ++riga) {
     Clic(riga, Schermata::Radio1);
     Clic(riga, Schermata::Radio1);
     prima[riga] = riassunto(riga);
   }
   for (int prova = 0; prova < 1000; ++prova) {
-    const auto riga = caso.Fino(righe - 1);
+    const auto riga = caso.Fino(Righe - 1);
     Clic(riga, Schermata::Radio1);
     ASSERT_NE(riassunto(riga), prima[riga]) << "il clic non ha spuntato";
     Clic(riga, Schermata::Radio1);
     ASSERT_EQ(riassunto(riga), prima[riga]);
   }
-  for (std::size_t riga = 0; riga < righe; ++riga) {
+  for (std::size_t riga = 0; riga < Righe; ++riga) {
     EXPECT_EQ(riassunto(riga), prima[riga]) << "un'altra riga è cambiata";
   }
 }

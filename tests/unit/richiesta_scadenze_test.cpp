@@ -30,8 +30,8 @@ class DueDatesRequest : public testing::Test {
  protected:
   DueDatesRequest() {
     stato().HostIP = "10.0.0.1";
-    stato().Azienda = "01";
-    stato().TipoComando = "BANCA";
+    stato().azienda = "01";
+    stato().tipoComando = "BANCA";
   }
   /// Without a database the reply actions answer "error", which tells that they ran.
   std::string Invia(const std::vector<RigaScadenze>& righe) { return ScriviRichiestaScadenze(righe); }
@@ -80,8 +80,8 @@ TEST_F(DueDatesRequest, SendsARowWhoseNewDateEqualsThePresentOne) {
 }
 
 TEST_F(DueDatesRequest, GivesTheReplyActionsAListOfTheirOwn) {
-  stato().ContoScadenze = "C10";
-  stato().PartitaScadenze = "2006   15";
+  stato().contoScadenze = "C10";
+  stato().partitaScadenze = "2006   15";
   const ElenchiScadenze elenchi = ComponiRichiestaScadenze({SenzaNuova, Prima}, "/tmp/X.dos");
   std::vector<std::string> attesi = {"01", "SCRIVISCADENZE", "C10", "2006   15", "BANCA", "1", "20060331", "20060405"};
   attesi.resize(101);
@@ -122,7 +122,7 @@ TEST_F(DueDatesRequest, WithoutNewDueDatesDoesNotContactTheHost) {
   EXPECT_EQ(Invia({}), "");
   EXPECT_EQ(Invia({SenzaNuova, SenzaNuova}), "");
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
-  EXPECT_EQ(stato().RispostaPartita, nullptr);
+  EXPECT_EQ(stato().rispostaPartita, nullptr);
   EXPECT_TRUE(std::filesystem::exists(FileLocale()));
   EXPECT_EQ(test::FileText(FileLocale()), "");
 }
@@ -177,8 +177,8 @@ TEST_F(DueDatesRequest, StopsBeforeTheHostAtALineBreakInAField) {
 TEST_F(DueDatesRequest, GivesTheReplyToANewItemAndTheActionsToANewMessage) {
   banco_.host.reply = "<R><CONTO>C10</CONTO><ERRORE>no</ERRORE><SCADENZE><S><IMPORTO>5</IMPORTO></S></SCADENZE></R>";
   EXPECT_EQ(Invia({Prima}), "error");
-  const auto risposta = stato().Risposta;
-  const auto partita = stato().RispostaPartita;
+  const auto risposta = stato().risposta;
+  const auto partita = stato().rispostaPartita;
   ASSERT_NE(risposta, nullptr);
   ASSERT_NE(partita, nullptr);
   EXPECT_EQ(partita->Conto, "C10");
@@ -186,8 +186,8 @@ TEST_F(DueDatesRequest, GivesTheReplyToANewItemAndTheActionsToANewMessage) {
   EXPECT_EQ(partita->Scadenze[0]->Importo, "5");
   EXPECT_THAT(risposta->Errore, StartsWith("ERRORE: ")) << "l'errore delle azioni, non quello della risposta";
   EXPECT_EQ(Invia({Prima}), "error");
-  EXPECT_NE(stato().Risposta, risposta);
-  EXPECT_NE(stato().RispostaPartita, partita);
+  EXPECT_NE(stato().risposta, risposta);
+  EXPECT_NE(stato().rispostaPartita, partita);
 }
 
 TEST_F(DueDatesRequest, LetsAFaultRiseAndLeavesTheFilesOnTheHost) {
@@ -215,5 +215,5 @@ TEST_F(DueDatesRequest, SaysAfterAFailedCleanUpThatTheHostAcceptedThoughTheDatab
   }
   EXPECT_THAT(stato().andamento.Frase(), StartsWith("L'host ha già accettato la modifica; la base dati non ne ha "
                                                     "registrato nulla. Da allineare: partita "));
-  EXPECT_THAT(stato().Risposta->Errore, StartsWith("ERRORE: ")) << "the database was not changed either";
+  EXPECT_THAT(stato().risposta->Errore, StartsWith("ERRORE: ")) << "the database was not changed either";
 }

@@ -273,7 +273,7 @@ TEST_F(BankRequest, FailsWithoutALocalDirectory) {
 }
 
 TEST_F(BankRequest, FailsWithoutAnEnvironment) {
-  activeServices().environment = []() -> const nexaro::Environment& {
+  ActiveServices().environment = []() -> const nexaro::Environment& {
     throw RuntimeError(errors::FileAccess, "Cartella locale non sicura");
   };
   EXPECT_EQ(Fallisce(CambioScadenza()), "75 Cartella locale non sicura");
@@ -293,13 +293,13 @@ TEST_F(BankRequest, ShowsTheHourglassWhileItWorks) {
 TEST_F(BankRequest, HasAReplyOfItsOwn) {
   banco_.host.reply = "<R><ERRORE>no</ERRORE></R>";
   Fallisce(CambioScadenza());
-  const auto prima = stato().Risposta;
+  const auto prima = stato().risposta;
   ASSERT_NE(prima, nullptr);
   EXPECT_EQ(prima->Errore, "no");
   banco_.host.reply = "<R/>";
   EXPECT_EQ(Invia(CambioScadenza()), "");
-  EXPECT_NE(stato().Risposta, prima);
-  EXPECT_EQ(stato().Risposta->Errore, "");
+  EXPECT_NE(stato().risposta, prima);
+  EXPECT_EQ(stato().risposta->Errore, "");
 }
 
 TEST(NamesOfTheRows, AreEightAtMostAndTheNumberOfTheOthers) {

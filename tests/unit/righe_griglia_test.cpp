@@ -191,11 +191,11 @@ TEST(GridRows, SortNothingWithoutComplaint) {
 }
 
 TEST(GridRows, SortAHundredThousandRows) {
-  constexpr std::uint32_t quante = 100'000;
+  constexpr std::uint32_t Quante = 100'000;
   RigheGriglia righe(2, {});
   std::vector<std::string> attesi;
   std::uint32_t seme = 12345;
-  for (std::uint32_t i = 0; i < quante; ++i) {
+  for (std::uint32_t i = 0; i < Quante; ++i) {
     seme = seme * 1664525U + 1013904223U;
     attesi.push_back("Cliente " + std::to_string(seme >> 12U));
     righe.Aggiungi({attesi.back(), std::to_string(i)});
@@ -204,7 +204,7 @@ TEST(GridRows, SortAHundredThousandRows) {
   std::stable_sort(attesi.begin(), attesi.end());
   EXPECT_EQ(InOrdine(righe, 0), attesi);
   bool coerenti = true;
-  for (std::size_t posto = 0; posto < quante; ++posto) {
+  for (std::size_t posto = 0; posto < Quante; ++posto) {
     coerenti = coerenti && righe.PostoDellaRiga(righe.RigaAlPosto(posto)) == posto;
   }
   EXPECT_TRUE(coerenti);

@@ -26,7 +26,7 @@ class SenzaBox final : public Desktop {
 
 TEST(WithoutADesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
   test::TestBench banco;
-  activeServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
+  ActiveServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
   testing::internal::CaptureStderr();
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T"), "error");
   const std::string scritto = testing::internal::GetCapturedStderr();
@@ -38,7 +38,7 @@ TEST(WithoutADesktop, AnErrorGoesToTheStandardErrorAndTheResultIsError) {
 class Senza {
  public:
   Senza() {
-    activeServices().desktop = []() -> Desktop& {
+    ActiveServices().desktop = []() -> Desktop& {
       throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile");
     };
     testing::internal::CaptureStderr();
@@ -103,7 +103,7 @@ TEST(WithoutADesktop, ARefusedDateRaisesNothing) {
 
 TEST(WithoutADesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
   Senza senza;
-  activeServices().localTime = []() -> DateTime { throw RuntimeError(errors::InternalError, "Senza orologio"); };
+  ActiveServices().localTime = []() -> DateTime { throw RuntimeError(errors::InternalError, "Senza orologio"); };
   std::string controllata;
   EXPECT_NO_THROW(controllata = Utilities::ControllaData("15/01"));
   EXPECT_EQ(controllata, " ");
@@ -112,7 +112,7 @@ TEST(WithoutADesktop, ADateThatCannotBeCheckedIsRefusedAndRaisesNothing) {
 TEST(WithoutADesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatTheHostAccepted) {
   Senza senza;
   senza.banco.host.reply = "<R><MESSAGGIO>fatto</MESSAGGIO></R>";
-  activeServices().desktop = [&]() -> Desktop& {
+  ActiveServices().desktop = [&]() -> Desktop& {
     static SenzaBox desktop;
     return desktop;
   };
@@ -124,7 +124,7 @@ TEST(WithoutADesktop, TheHostsMessageThatCannotBeShownDoesNotFailTheRequestThatT
 
 TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
   test::TestBench banco;
-  activeServices().desktop = []() -> Desktop& {
+  ActiveServices().desktop = []() -> Desktop& {
     throw RuntimeError(errors::Driver, "Schermo\x1B[2J\xC2\x9B"
                                        "2J negato");
   };
@@ -135,7 +135,7 @@ TEST(WithoutADesktop, WhatOthersHaveWrittenGivesTheTerminalNoOrders) {
 
 TEST(WithoutADesktop, ACommandThatShowsNothingNeedsNone) {
   test::TestBench banco;
-  activeServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
+  ActiveServices().desktop = []() -> Desktop& { throw RuntimeError(errors::Driver, "Nessuno schermo raggiungibile"); };
   EXPECT_EQ(LumoScadenze().EseguiLumoScad("-T ALTRO /A"), "");
 }
 

@@ -43,7 +43,7 @@ class WithoutMemory : public testing::Test {
 
   /// What the standard error has after a command that fails with `errore`.
   template <class Errore> std::string Scritto(Errore errore) {
-    activeServices().environment = [&errore]() -> const nexaro::Environment& {
+    ActiveServices().environment = [&errore]() -> const nexaro::Environment& {
       stato().andamento.Comincia("conto 1");
       stato().andamento.Accettata();
       memoriaFinita = true;

@@ -126,9 +126,9 @@ TEST_F(WithoutAScreen, ThePresumedDemonstrationCountsAlsoWhereItsLineFailsLater)
 
 TEST_F(WithoutAScreen, TheTypeOfASuspensionIsKeptInUpperCaseAlsoWhereItsLineFailsLater) {
   EXPECT_EQ(Esegui("-t sospeso /a -C"), "error");
-  EXPECT_EQ(stato().TipoComando, "SOSPESO");
+  EXPECT_EQ(stato().tipoComando, "SOSPESO");
   EXPECT_EQ(Esegui("-t extra /a -N"), "error");
-  EXPECT_EQ(stato().TipoComando, "extra") << "the extra command keeps it as typed";
+  EXPECT_EQ(stato().tipoComando, "extra") << "the extra command keeps it as typed";
   NienteInviato();
 }
 
@@ -142,20 +142,20 @@ TEST_F(WithoutAScreen, TheRequestsOfAnOpenItemTakeTheirValuesAsArguments) {
 TEST_F(WithoutAScreen, ADemonstrationReadsTheOptionsAllTheSame) {
   EXPECT_EQ(Esegui("-T PRESUNTO /A -D 07 -H altro -DEMO"), "");
   EXPECT_EQ(Esegui("-T EXTRA /A -S B -DEMO"), "");
-  EXPECT_EQ(stato().Azienda, "07");
+  EXPECT_EQ(stato().azienda, "07");
   EXPECT_EQ(stato().HostIP, "altro");
   EXPECT_EQ(stato().Serie, "B");
 }
 
 TEST_F(WithoutAScreen, TheTypeStaysUpperCaseFromTheSuspensionAndAsWrittenFromTheExtra) {
   Chiamata("-t sospeso /a -c C -p A 1");
-  EXPECT_EQ(stato().TipoComando, "SOSPESO");
+  EXPECT_EQ(stato().tipoComando, "SOSPESO");
   Chiamata("-t extra /a -s A");
-  EXPECT_EQ(stato().TipoComando, "extra");
+  EXPECT_EQ(stato().tipoComando, "extra");
   Chiamata("-t Sospeso /d -c C -p A 1");
-  EXPECT_EQ(stato().TipoComando, "SOSPESO");
+  EXPECT_EQ(stato().tipoComando, "SOSPESO");
   Chiamata("-t presunto /a -s A");
-  EXPECT_EQ(stato().TipoComando, "SOSPESO") << "il presunto non tocca il tipo";
+  EXPECT_EQ(stato().tipoComando, "SOSPESO") << "il presunto non tocca il tipo";
 }
 
 TEST_F(WithoutAScreen, TheModulesValuesStayForTheNextCommands) {
@@ -207,10 +207,10 @@ TEST_F(WithoutAScreen, EachRequestShowsTheWaitAndHasAReplyOfItsOwn) {
   std::vector<std::shared_ptr<MsgAnnulla>> risposte;
   for (const char* comando : {"-T SOSPESO /A", "-T SOSPESO /D", "-T PRESUNTO /A", "-T PRESUNTO /D", "-T EXTRA /A"}) {
     EXPECT_EQ(Esegui(comando), "error");
-    EXPECT_THAT(risposte, testing::Not(testing::Contains(stato().Risposta))) << comando;
-    ASSERT_NE(stato().Risposta, nullptr);
-    EXPECT_EQ(stato().Risposta->Errore, "Conto bloccato");
-    risposte.push_back(stato().Risposta);
+    EXPECT_THAT(risposte, testing::Not(testing::Contains(stato().risposta))) << comando;
+    ASSERT_NE(stato().risposta, nullptr);
+    EXPECT_EQ(stato().risposta->Errore, "Conto bloccato");
+    risposte.push_back(stato().risposta);
   }
   EXPECT_THAT(banco_.desktop.waits, testing::AllOf(SizeIs(5), Each("Attendere, sto variando il movimento")));
   EXPECT_THAT(banco_.desktop.intervals, Each(200));

@@ -19,7 +19,7 @@ TEST(SystemError, GivesTheNumberOfAnyOther) {
 }
 
 TEST(SystemError, GoesByOtherNamesAlone) {
-  constexpr std::array names{SystemErrorName{ENOENT, "percorso inesistente"}};
-  EXPECT_EQ(SystemErrorText(ENOENT, names), "percorso inesistente");
-  EXPECT_EQ(SystemErrorText(EACCES, names), "errore di sistema " + std::to_string(EACCES));
+  constexpr std::array Names{SystemErrorName{ENOENT, "percorso inesistente"}};
+  EXPECT_EQ(SystemErrorText(ENOENT, Names), "percorso inesistente");
+  EXPECT_EQ(SystemErrorText(EACCES, Names), "errore di sistema " + std::to_string(EACCES));
 }

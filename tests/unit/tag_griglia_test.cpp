@@ -12,7 +12,7 @@ template <class Form> class ListaNonCaricata {
  public:
   explicit ListaNonCaricata(int nuova) : nuova_(nuova) {
     griglia.cmbBanche.voci = griglia.cmbBanche2.voci = {" ", "BANCA ALFA"};
-    griglia.Righe.Aggiungi({"ROSSI", "AB123/06", "10/03/06", "EUR", "100,00"});
+    griglia.righe.Aggiungi({"ROSSI", "AB123/06", "10/03/06", "EUR", "100,00"});
     griglia.Resize();
   }
   /// Plays every step that edits a row: the editors, the tick, the fields at the top.
@@ -28,7 +28,7 @@ template <class Form> class ListaNonCaricata {
   }
   /// The row's new value and its tick.
   [[nodiscard]] std::string Nuova() const {
-    return std::string(griglia.Righe.Testo(0, nuova_)) + (griglia.Righe.Spuntata(0, 0) ? "|x" : "|");
+    return std::string(griglia.righe.Testo(0, nuova_)) + (griglia.righe.Spuntata(0, 0) ? "|x" : "|");
   }
 
   test::TestBench banco;
@@ -41,7 +41,7 @@ template <class Form> class ListaNonCaricata {
 
 TEST(ListTag, EmptyLetsNoStepOfThePresumedDocumentsEdit) {
   ListaNonCaricata<FormPresunti> lista(FormPresunti::NuovaBanca);
-  lista.griglia.Modo = "PRESUNTI";
+  lista.griglia.modo = "PRESUNTI";
   lista.Gioca();
   EXPECT_EQ(lista.Nuova(), "|");
   EXPECT_FALSE(lista.griglia.Stato().bank.visible);
@@ -86,10 +86,10 @@ TEST(ListTag, GoesWithTheRowsOfAnEarlierShowing) {
 TEST(ListTag, OfAnotherModeKeepsTheBanksOfTheDocumentsAlone) {
   ListaNonCaricata<FormPresunti> lista(FormPresunti::NuovaBanca);
   lista.griglia.Tag = "PRESUNTI";
-  lista.griglia.Modo = "CONSEGNA";
+  lista.griglia.modo = "CONSEGNA";
   lista.griglia.cmbBanche_Click(0);
   EXPECT_EQ(lista.Nuova(), "|");
-  lista.griglia.Modo = "PRESUNTI";
+  lista.griglia.modo = "PRESUNTI";
   lista.griglia.cmbBanche_Click(0);
   EXPECT_EQ(lista.Nuova(), "ANNULLA|");
 }

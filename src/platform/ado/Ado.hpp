@@ -36,7 +36,7 @@ class Connection {
   lumoscad::ado::CursorLocation CursorLocation = CursorLocation::Client;
   /// Seconds that a statement may take, its wait for another terminal's locks included; unset, it is the setting
   /// `LUMOSCAD_ATTESA_SQL` of the environment, or else 60.
-  std::optional<int> CommandTimeout;
+  std::optional<int> commandTimeout;
 
   /// Opens the connection by `ConnectionString`. No message of a failure holds the password.
   void Open();
@@ -148,6 +148,6 @@ class Recordset {
 };
 
 /// Raises error -2147217864 for a change that the database dropped without a word.
-[[noreturn]] void refuseDroppedChange();
+[[noreturn]] void RefuseDroppedChange();
 
 } // namespace lumoscad::ado

@@ -7,7 +7,7 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr long anyNumber = 0;
+constexpr long AnyNumber = 0;
 
 /// A record matches where the state begins so, the number is the same and the text occurs; empty and 0 match all.
 struct Meaning {
@@ -19,40 +19,40 @@ struct Meaning {
 
 // Standard states and PostgreSQL's own; MariaDB's numbers, above all those of the others, whose states its driver does
 // not keep; texts of SQLite, whose driver gives every failure the state HY000.
-constexpr std::array<Meaning, 20> meanings{{
-    {"40001", anyNumber, "", Advice::Deadlock},
-    {"40P01", anyNumber, "", Advice::Deadlock},
-    {"HYT00", anyNumber, "", Advice::Waited},
-    {"HYT01", anyNumber, "", Advice::Waited},
-    {"55P03", anyNumber, "", Advice::Waited},
-    {"57014", anyNumber, "", Advice::Waited},
-    {"57033", anyNumber, "", Advice::Waited},
+constexpr std::array<Meaning, 20> Meanings{{
+    {"40001", AnyNumber, "", Advice::Deadlock},
+    {"40P01", AnyNumber, "", Advice::Deadlock},
+    {"HYT00", AnyNumber, "", Advice::Waited},
+    {"HYT01", AnyNumber, "", Advice::Waited},
+    {"55P03", AnyNumber, "", Advice::Waited},
+    {"57014", AnyNumber, "", Advice::Waited},
+    {"57033", AnyNumber, "", Advice::Waited},
     {"", 1969, "", Advice::Waited},
     {"", 1205, "", Advice::Waited},
-    {"HY000", anyNumber, "database is locked", Advice::Waited},
-    {"HY000", anyNumber, "database table is locked", Advice::Waited},
-    {"53100", anyNumber, "", Advice::Full},
-    {"57011", anyNumber, "", Advice::Full},
+    {"HY000", AnyNumber, "database is locked", Advice::Waited},
+    {"HY000", AnyNumber, "database table is locked", Advice::Waited},
+    {"53100", AnyNumber, "", Advice::Full},
+    {"57011", AnyNumber, "", Advice::Full},
     {"", 1021, "", Advice::Full},
     {"", 1114, "", Advice::Full},
-    {"HY000", anyNumber, "No space left on device", Advice::Full},
-    {"HY000", anyNumber, "disk is full", Advice::Full},
-    {"08S01", anyNumber, "", Advice::ConnectionLost},
-    {"57P0", anyNumber, "", Advice::ConnectionLost},
+    {"HY000", AnyNumber, "No space left on device", Advice::Full},
+    {"HY000", AnyNumber, "disk is full", Advice::Full},
+    {"08S01", AnyNumber, "", Advice::ConnectionLost},
+    {"57P0", AnyNumber, "", Advice::ConnectionLost},
     {"", 1927, "", Advice::ConnectionLost},
 }};
 
 } // namespace
 
-Advice adviceFor(std::string_view sqlstate, long native, std::string_view text) noexcept {
-  const auto* const found = std::find_if(meanings.begin(), meanings.end(), [&](const Meaning& each) {
-    return sqlstate.starts_with(each.state) && (each.native == anyNumber || each.native == native) &&
+Advice AdviceFor(std::string_view sqlstate, long native, std::string_view text) noexcept {
+  const auto* const found = std::find_if(Meanings.begin(), Meanings.end(), [&](const Meaning& each) {
+    return sqlstate.starts_with(each.state) && (each.native == AnyNumber || each.native == native) &&
            text.find(each.text) != std::string_view::npos;
   });
-  return found == meanings.end() ? Advice::None : found->advice;
+  return found == Meanings.end() ? Advice::None : found->advice;
 }
 
-std::string_view sentence(Advice advice) noexcept {
+std::string_view Sentence(Advice advice) noexcept {
   switch (advice) {
   case Advice::Waited:
     return "Un altro terminale tiene occupate le righe, oppure la base dati è lenta: l'attesa massima è trascorsa.";

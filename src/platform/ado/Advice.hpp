@@ -14,9 +14,9 @@ enum class Advice {
 };
 
 /// The meaning of a record; `native` is the server's own error number.
-[[nodiscard]] Advice adviceFor(std::string_view sqlstate, long native, std::string_view text) noexcept;
+[[nodiscard]] Advice AdviceFor(std::string_view sqlstate, long native, std::string_view text) noexcept;
 
 /// The Italian sentence; empty for none.
-[[nodiscard]] std::string_view sentence(Advice advice) noexcept;
+[[nodiscard]] std::string_view Sentence(Advice advice) noexcept;
 
 } // namespace lumoscad::ado::detail

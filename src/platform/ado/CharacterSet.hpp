@@ -15,7 +15,7 @@ class CharacterSet {
 
   /// Raises when the driver named `driver`, now that it has opened a connection, spoils letters with accents: with a
   /// character set other than UTF-8, unless it is that of "C" or "POSIX".
-  void requireSuited(const std::string& driver) const;
+  void RequireSuited(const std::string& driver) const;
 
  private:
   std::string before_;   ///< the name of the process' LC_CTYPE

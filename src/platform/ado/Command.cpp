@@ -16,19 +16,19 @@ Recordset Command::Execute(std::int64_t* RecordsAffected) {
   if (ActiveConnection == nullptr) {
     throw RuntimeError(detail::numbers::ObjectClosed, "Il comando SQL non è collegato ad alcuna connessione.", "ODBC");
   }
-  const auto& session = ActiveConnection->impl().require();
+  const auto& session = ActiveConnection->impl().Require();
   auto& prepared = impl_->prepared;
-  if (!prepared || !prepared->serves(session, CommandText)) {
+  if (!prepared || !prepared->Serves(session, CommandText)) {
     prepared.reset();
     prepared = std::make_unique<detail::Prepared>(session, CommandText);
   }
   try {
-    auto outcome = prepared->execute(Parameters);
+    auto outcome = prepared->Execute(Parameters);
     if (RecordsAffected != nullptr) {
       *RecordsAffected = outcome.affected;
     }
     Recordset result;
-    result.impl().fill(std::move(outcome), session);
+    result.impl().Fill(std::move(outcome), session);
     return result;
   } catch (...) {
     // What made it fail may be the plan itself, after a change of the tables.

@@ -6,7 +6,7 @@ namespace lumoscad::ado {
 using detail::Session;
 using detail::Statement;
 
-const std::shared_ptr<Session>& Connection::Impl::require() const {
+const std::shared_ptr<Session>& Connection::Impl::Require() const {
   if (!session) {
     throw RuntimeError(detail::numbers::ObjectClosed,
                        "Operazione non consentita: la connessione alla base dati è chiusa.", "ODBC");
@@ -24,7 +24,7 @@ void Connection::Open() {
   if (impl_->session) {
     throw RuntimeError(detail::numbers::ObjectOpen, "La connessione alla base dati è già aperta.", "ODBC");
   }
-  const auto limit = CommandTimeout ? std::chrono::seconds(*CommandTimeout) : detail::statementTimeLimit();
+  const auto limit = commandTimeout ? std::chrono::seconds(*commandTimeout) : detail::StatementTimeLimit();
   impl_->session = std::make_shared<Session>(ReadConnectionText(ConnectionString), limit);
   impl_->outcome = TransactionOutcome::NotApplied;
 }
@@ -37,39 +37,39 @@ void Connection::Close() {
   if (!impl_->session) {
     return;
   }
-  impl_->outcome = impl_->session->outcome();
-  impl_->session->close();
+  impl_->outcome = impl_->session->Outcome();
+  impl_->session->Close();
   impl_->session.reset();
 }
 
 void Connection::BeginTrans() {
-  impl_->require()->begin();
+  impl_->Require()->Begin();
 }
 
 void Connection::CommitTrans() {
-  impl_->require()->commit();
+  impl_->Require()->Commit();
 }
 
 void Connection::RollbackTrans() {
-  impl_->require()->rollback();
+  impl_->Require()->Rollback();
 }
 
 TransactionOutcome Connection::Outcome() const noexcept {
-  return impl_->session ? impl_->session->outcome() : impl_->outcome;
+  return impl_->session ? impl_->session->Outcome() : impl_->outcome;
 }
 
 std::int64_t Connection::Execute(std::string_view sql) {
-  Statement statement(impl_->require());
+  Statement statement(impl_->Require());
   std::string text(sql);
-  detail::announce(text);
-  const SQLRETURN rc = statement.waitFor([&] {
+  detail::Announce(text);
+  const SQLRETURN rc = statement.WaitFor([&] {
     return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()),
                          static_cast<SQLINTEGER>(text.size()));
   });
   if (rc != SQL_NO_DATA) {
-    statement.require(rc, "Istruzione SQL non riuscita.");
+    statement.Require(rc, "Istruzione SQL non riuscita.");
   }
-  return detail::affectedRows(statement, rc);
+  return detail::AffectedRows(statement, rc);
 }
 
 } // namespace lumoscad::ado

@@ -10,17 +10,17 @@ namespace lumoscad::ado {
 
 namespace {
 
-[[noreturn]] void malformed(const char* why) {
+[[noreturn]] void Malformed(const char* why) {
   throw RuntimeError(errors::Driver, std::string("Testo di connessione non valido: ") + why, "ODBC");
 }
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r\n";
-  const auto first = text.find_first_not_of(blanks);
+std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view Blanks = " \t\r\n";
+  const auto first = text.find_first_not_of(Blanks);
   if (first == std::string_view::npos) {
     return {};
   }
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(Blanks) - first + 1);
 }
 
 class Scanner {
@@ -28,37 +28,37 @@ class Scanner {
   explicit Scanner(std::string_view text) : text_(text) {}
 
   /// Reads the next pair; false at the end of the text.
-  bool next(std::string& keyword, std::string& value) {
+  bool Next(std::string& keyword, std::string& value) {
     at_ = std::min(text_.find_first_not_of("; \t\r\n", at_), text_.size());
     if (at_ == text_.size()) {
       return false;
     }
     const auto equals = text_.find_first_of("=;", at_);
     if (equals == std::string_view::npos || text_[equals] == ';') {
-      malformed("manca il segno \"=\" dopo una parola chiave.");
+      Malformed("manca il segno \"=\" dopo una parola chiave.");
     }
-    keyword = base::LowerCase(trimmed(text_.substr(at_, equals - at_)));
+    keyword = base::LowerCase(Trimmed(text_.substr(at_, equals - at_)));
     if (keyword.empty()) {
-      malformed("manca la parola chiave prima di un segno \"=\".");
+      Malformed("manca la parola chiave prima di un segno \"=\".");
     }
     at_ = equals + 1;
-    value = readValue();
+    value = ReadValue();
     return true;
   }
 
  private:
-  std::string readValue() {
+  std::string ReadValue() {
     const auto start = std::min(text_.find_first_not_of(" \t\r\n", at_), text_.size());
     if (start < text_.size() && (text_[start] == '"' || text_[start] == '\'')) {
-      return readQuoted(start);
+      return ReadQuoted(start);
     }
     const auto end = std::min(text_.find(';', at_), text_.size());
-    std::string value(trimmed(text_.substr(at_, end - at_)));
+    std::string value(Trimmed(text_.substr(at_, end - at_)));
     at_ = end;
     return value;
   }
 
-  std::string readQuoted(std::size_t start) {
+  std::string ReadQuoted(std::size_t start) {
     const char quote = text_[start];
     std::string value;
     for (std::size_t i = start + 1; i < text_.size(); ++i) {
@@ -70,36 +70,36 @@ class Scanner {
       } else {
         at_ = std::min(text_.find_first_not_of(" \t\r\n", i + 1), text_.size());
         if (at_ < text_.size() && text_[at_] != ';') {
-          malformed("testo dopo le virgolette di chiusura.");
+          Malformed("testo dopo le virgolette di chiusura.");
         }
         return value;
       }
     }
-    malformed("mancano le virgolette di chiusura.");
+    Malformed("mancano le virgolette di chiusura.");
   }
 
   std::string_view text_;
   std::size_t at_ = 0;
 };
 
-int seconds(const std::string& value) {
+int Seconds(const std::string& value) {
   int result = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), result);
   if (error != std::errc() || end != value.data() + value.size() || result < 0) {
-    malformed("il tempo massimo di connessione non è un numero di secondi.");
+    Malformed("il tempo massimo di connessione non è un numero di secondi.");
   }
   return result;
 }
 
 /// The driver manager and the drivers copy the values into buffers of their own, whose sizes they do not tell; and the
 /// length of the whole text is a 16-bit number.
-constexpr std::size_t longestValue = 1000;
+constexpr std::size_t LongestValue = 1000;
 
 /// A value as an ODBC connection string takes it: in braces where a character would end it or open braces. "%" and
 /// "+" too want braces, because PostgreSQL's driver decodes a bare value as it would an address.
-std::string carried(const std::string& value, const char* name) {
+std::string Carried(const std::string& value, const char* name) {
   if (value.find('\0') != std::string::npos) {
-    malformed(name);
+    Malformed(name);
   }
   const bool blankEnds = !value.empty() && (value.front() == ' ' || value.back() == ' ');
   if (!blankEnds && value.find_first_of("[]{}(),;?*=!@%+") == std::string::npos) {
@@ -122,7 +122,7 @@ ConnectionSettings ReadConnectionText(std::string_view connectionText) {
   Scanner scanner(connectionText);
   std::string keyword;
   std::string value;
-  while (scanner.next(keyword, value)) {
+  while (scanner.Next(keyword, value)) {
     if (keyword == "data source" || keyword == "dsn") {
       settings.DataSource = value;
     } else if (keyword == "user id" || keyword == "uid") {
@@ -130,26 +130,26 @@ ConnectionSettings ReadConnectionText(std::string_view connectionText) {
     } else if (keyword == "password" || keyword == "pwd") {
       settings.Password = value;
     } else if (keyword == "connect timeout") {
-      settings.ConnectTimeout = seconds(value);
+      settings.connectTimeout = Seconds(value);
     }
   }
   return settings;
 }
 
 std::string OdbcText(const ConnectionSettings& parsed) {
-  if (trimmed(parsed.DataSource).empty()) {
+  if (Trimmed(parsed.DataSource).empty()) {
     throw RuntimeError(errors::Driver, "Connessione alla base dati: l'origine dati ODBC non è indicata.", "ODBC");
   }
   for (const std::string* value : {&parsed.DataSource, &parsed.UserId, &parsed.Password}) {
-    if (value->size() > longestValue) {
-      malformed("un valore supera i 1000 byte.");
+    if (value->size() > LongestValue) {
+      Malformed("un valore supera i 1000 byte.");
     }
   }
   if (parsed.DataSource.find_first_of(std::string_view("[]{};=\0", 7)) != std::string::npos) {
-    malformed("il nome dell'origine dati contiene un carattere non ammesso.");
+    Malformed("il nome dell'origine dati contiene un carattere non ammesso.");
   }
-  return "DSN=" + parsed.DataSource + ";UID=" + carried(parsed.UserId, "l'utente contiene un carattere non ammesso.") +
-         ";PWD=" + carried(parsed.Password, "la password contiene un carattere non ammesso.") + ";";
+  return "DSN=" + parsed.DataSource + ";UID=" + Carried(parsed.UserId, "l'utente contiene un carattere non ammesso.") +
+         ";PWD=" + Carried(parsed.Password, "la password contiene un carattere non ammesso.") + ";";
 }
 
 } // namespace lumoscad::ado

@@ -10,7 +10,7 @@ struct ConnectionSettings {
   std::string DataSource;
   std::string UserId;
   std::string Password;
-  int ConnectTimeout = 30; ///< seconds
+  int connectTimeout = 30; ///< seconds
 };
 
 /// Reads a connection text: `keyword=value` pairs separated by ";", keywords in any case with blanks at their

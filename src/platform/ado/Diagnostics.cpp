@@ -16,7 +16,7 @@ struct StateNumber {
   int number;
 };
 
-constexpr std::array<StateNumber, 11> table{{
+constexpr std::array<StateNumber, 11> Table{{
     {"28000", -2147217843},
     {"42000", -2147217900},
     {"37000", -2147217900},
@@ -31,7 +31,7 @@ constexpr std::array<StateNumber, 11> table{{
 }};
 
 /// `text` in lower case, accented letters of western languages included; no length changes.
-std::string folded(std::string_view text) {
+std::string Folded(std::string_view text) {
   std::string lower(text);
   unsigned char before = 0;
   for (char& c : lower) {
@@ -43,16 +43,16 @@ std::string folded(std::string_view text) {
   return lower;
 }
 
-bool beginsCharacter(std::string_view text, std::size_t at) {
+bool BeginsCharacter(std::string_view text, std::size_t at) {
   return at >= text.size() || base::BeginsCharacter(text[at]);
 }
 
-std::size_t characters(std::string_view text) {
+std::size_t Characters(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), base::BeginsCharacter));
 }
 
 /// How many bytes of `text` from `at` on, whole characters, are a piece of `secret`.
-std::size_t pieceOf(std::string_view secret, std::string_view text, std::size_t at) {
+std::size_t PieceOf(std::string_view secret, std::string_view text, std::size_t at) {
   std::size_t longest = 0;
   for (std::size_t from = 0; from + longest < secret.size(); ++from) {
     std::size_t length = 0;
@@ -61,7 +61,7 @@ std::size_t pieceOf(std::string_view secret, std::string_view text, std::size_t 
     }
     longest = std::max(longest, length);
   }
-  while (longest > 0 && !beginsCharacter(text, at + longest)) {
+  while (longest > 0 && !BeginsCharacter(text, at + longest)) {
     --longest;
   }
   return longest;
@@ -73,7 +73,7 @@ struct Record {
   std::string text;
 };
 
-bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT index, Record& record) {
+bool ReadRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT index, Record& record) {
   std::array<SQLCHAR, 6> state{};
   SQLSMALLINT length = 0;
   std::string text(1024, '\0');
@@ -100,31 +100,31 @@ bool readRecord(SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT index, Record& r
 
 } // namespace
 
-int errorNumber(std::string_view sqlstate) noexcept {
-  const auto found = std::find_if(table.begin(), table.end(),
+int ErrorNumber(std::string_view sqlstate) noexcept {
+  const auto found = std::find_if(Table.begin(), Table.end(),
                                   [&](const StateNumber& row) { return sqlstate.starts_with(row.prefix); });
-  return found == table.end() ? errors::Driver : found->number;
+  return found == Table.end() ? errors::Driver : found->number;
 }
 
-bool withoutAnswer(std::string_view sqlstate) noexcept {
+bool WithoutAnswer(std::string_view sqlstate) noexcept {
   return sqlstate.starts_with("08") || sqlstate.starts_with("HYT") || sqlstate == "25S01" || sqlstate == "40003";
 }
 
-std::string withoutPassword(std::string text, std::string_view password) {
-  constexpr std::string_view blot = "***";
-  constexpr std::size_t tellingPiece = 4;
-  const std::string secret = folded(password);
-  const std::string lower = folded(text);
-  const std::size_t enough = std::min(secret.size(), tellingPiece);
+std::string WithoutPassword(std::string text, std::string_view password) {
+  constexpr std::string_view Blot = "***";
+  constexpr std::size_t TellingPiece = 4;
+  const std::string secret = Folded(password);
+  const std::string lower = Folded(text);
+  const std::size_t enough = std::min(secret.size(), TellingPiece);
   if (secret.empty()) {
     return text;
   }
   std::string clean;
   for (std::size_t at = 0; at < text.size();) {
-    const std::size_t length = beginsCharacter(text, at) ? pieceOf(secret, lower, at) : 0;
+    const std::size_t length = BeginsCharacter(text, at) ? PieceOf(secret, lower, at) : 0;
     // A password of one letter is left: blotted, it would spoil every word and be told by the holes.
-    if (length >= enough && characters(std::string_view(text).substr(at, length)) > 1) {
-      clean += blot;
+    if (length >= enough && Characters(std::string_view(text).substr(at, length)) > 1) {
+      clean += Blot;
       at += length;
     } else {
       clean += text[at++];
@@ -133,32 +133,32 @@ std::string withoutPassword(std::string text, std::string_view password) {
   return clean;
 }
 
-RuntimeError odbcError(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context,
+RuntimeError OdbcError(SQLSMALLINT kind, SQLHANDLE handle, std::string_view password, std::string_view context,
                        bool dead) {
   std::string description;
   Record first;
   Advice advice = Advice::None;
   Record record;
-  for (SQLSMALLINT index = 1; index < 100 && readRecord(kind, handle, index, record); ++index) {
+  for (SQLSMALLINT index = 1; index < 100 && ReadRecord(kind, handle, index, record); ++index) {
     if (index == 1) {
       first = record;
     } else {
       description += "; ";
     }
-    description += '[' + record.state + "] " + withoutPassword(record.text, password);
+    description += '[' + record.state + "] " + WithoutPassword(record.text, password);
     if (advice == Advice::None) {
-      advice = adviceFor(record.state, record.native, record.text);
+      advice = AdviceFor(record.state, record.native, record.text);
     }
   }
   if (description.empty()) {
     description = context;
   }
-  std::string note(sentence(advice));
+  std::string note(Sentence(advice));
   // PostgreSQL's driver may report no more than that its own savepoint failed.
   if (dead && advice != Advice::ConnectionLost) {
-    note += (note.empty() ? "" : "\r\n") + std::string(sentence(Advice::ConnectionLost));
+    note += (note.empty() ? "" : "\r\n") + std::string(Sentence(Advice::ConnectionLost));
   }
-  return RuntimeError(errorNumber(first.state), std::move(description), "ODBC")
+  return RuntimeError(ErrorNumber(first.state), std::move(description), "ODBC")
       .WithNote(std::move(note))
       .WithState(first.state, first.native);
 }

@@ -26,19 +26,19 @@ struct Dialect {
   std::array<long, 4> refusals{};
 
   /// The whole first statement of a connection whose statements may take `seconds` each; empty for none.
-  [[nodiscard]] std::string openingFor(std::chrono::seconds seconds) const;
-  [[nodiscard]] bool fileBased() const noexcept { return refusals.front() != 0; }
+  [[nodiscard]] std::string OpeningFor(std::chrono::seconds seconds) const;
+  [[nodiscard]] bool FileBased() const noexcept { return refusals.front() != 0; }
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.
-[[nodiscard]] const Dialect& dialectOf(std::string_view dbmsName) noexcept;
+[[nodiscard]] const Dialect& DialectOf(std::string_view dbmsName) noexcept;
 
 /// How much longer than a statement may take a call to the driver is waited for, COMMIT included, before the connection
 /// is shut down: a server that lives has ended the statement by then and said so.
-inline constexpr std::chrono::seconds graceForAnswer(10);
+inline constexpr std::chrono::seconds GraceForAnswer(10);
 
 /// Seconds that a statement may take: the environment's `LUMOSCAD_ATTESA_SQL`, a whole number from 1 to 86400, or
 /// else 60. Raises when the setting is none of these.
-[[nodiscard]] std::chrono::seconds statementTimeLimit();
+[[nodiscard]] std::chrono::seconds StatementTimeLimit();
 
 } // namespace lumoscad::ado::detail

@@ -18,7 +18,7 @@ template <SQLSMALLINT Kind> class Handle {
     }
   }
   /// Takes over a handle that was allocated elsewhere.
-  [[nodiscard]] static Handle adopt(SQLHANDLE handle) noexcept {
+  [[nodiscard]] static Handle Adopt(SQLHANDLE handle) noexcept {
     Handle taken;
     taken.handle_ = handle;
     return taken;
@@ -45,7 +45,7 @@ template <SQLSMALLINT Kind> class Handle {
 };
 
 /// ODBC passes numbers through pointer parameters.
-inline SQLPOINTER asPointer(SQLULEN number) noexcept {
+inline SQLPOINTER AsPointer(SQLULEN number) noexcept {
   return reinterpret_cast<SQLPOINTER>(number); // NOLINT(performance-no-int-to-ptr)
 }
 

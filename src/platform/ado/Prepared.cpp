@@ -10,7 +10,7 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr const char* executionFailed = "Istruzione SQL non riuscita.";
+constexpr const char* ExecutionFailed = "Istruzione SQL non riuscita.";
 
 /// Closes the cursor at the end of an execution and lets go of the bound parameters.
 class Execution {
@@ -29,13 +29,13 @@ class Execution {
 };
 
 /// Only a query may be executed a second time for its result's sake.
-bool selects(std::string_view text) {
-  constexpr std::string_view word = "SELECT";
+bool Selects(std::string_view text) {
+  constexpr std::string_view Word = "SELECT";
   const auto first = text.find_first_not_of(" \t\r\n(");
   if (first == std::string_view::npos) {
     return false;
   }
-  return base::SameButForCase(text.substr(first, word.size()), word);
+  return base::SameButForCase(text.substr(first, Word.size()), Word);
 }
 
 } // namespace
@@ -43,17 +43,17 @@ bool selects(std::string_view text) {
 Prepared::Prepared(std::shared_ptr<Session> session, std::string text)
     : session_(std::move(session)), text_(std::move(text)), statement_(session_) {
   const Waiting waiting(*session_);
-  statement_.require(
+  statement_.Require(
       SQLPrepare(statement_.handle(), reinterpret_cast<SQLCHAR*>(text_.data()), static_cast<SQLINTEGER>(text_.size())),
       "Preparazione dell'istruzione SQL non riuscita.");
-  describeParameters();
+  DescribeParameters();
 }
 
-void Prepared::describeParameters() {
+void Prepared::DescribeParameters() {
   SQLSMALLINT count = 0;
-  statement_.require(SQLNumParams(statement_.handle(), &count), "Conteggio dei parametri non riuscito.");
+  statement_.Require(SQLNumParams(statement_.handle(), &count), "Conteggio dei parametri non riuscito.");
   types_.resize(static_cast<std::size_t>(std::max<SQLSMALLINT>(count, 0)));
-  if (!session_->describesParameters()) {
+  if (!session_->DescribesParameters()) {
     return;
   }
   SQLUSMALLINT number = 0;
@@ -70,11 +70,11 @@ void Prepared::describeParameters() {
   }
 }
 
-bool Prepared::serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept {
-  return session == session_ && text == text_ && statement_.alive();
+bool Prepared::Serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept {
+  return session == session_ && text == text_ && statement_.Alive();
 }
 
-void Prepared::bind(const std::vector<std::string>& parameters) {
+void Prepared::Bind(const std::vector<std::string>& parameters) {
   if (parameters.size() != types_.size()) {
     throw RuntimeError(numbers::WrongParameters,
                        "[07001] Numero di parametri errato: l'istruzione ne richiede " + std::to_string(types_.size()) +
@@ -88,55 +88,55 @@ void Prepared::bind(const std::vector<std::string>& parameters) {
     const SQLULEN size = std::max<SQLULEN>({types_[i].size, value.size(), 1});
     // The interface takes a pointer to non-const, yet an input parameter is only read.
     auto* const data = const_cast<char*>(value.data());
-    statement_.require(SQLBindParameter(statement_.handle(), static_cast<SQLUSMALLINT>(i + 1), SQL_PARAM_INPUT,
+    statement_.Require(SQLBindParameter(statement_.handle(), static_cast<SQLUSMALLINT>(i + 1), SQL_PARAM_INPUT,
                                         SQL_C_CHAR, types_[i].type, size, types_[i].digits, data, lengths_[i],
                                         &lengths_[i]),
                        "Assegnazione di un parametro non riuscita.");
   }
 }
 
-SQLRETURN Prepared::send() {
-  announce(text_);
-  const SQLRETURN rc = statement_.waitFor([this] { return SQLExecute(statement_.handle()); });
+SQLRETURN Prepared::Send() {
+  Announce(text_);
+  const SQLRETURN rc = statement_.WaitFor([this] { return SQLExecute(statement_.handle()); });
   if (rc != SQL_NO_DATA) {
-    statement_.require(rc, executionFailed);
+    statement_.Require(rc, ExecutionFailed);
   }
   return rc;
 }
 
-Outcome Prepared::execute(const std::vector<std::string>& parameters) {
+Outcome Prepared::Execute(const std::vector<std::string>& parameters) {
   const Execution execution(statement_);
-  bind(parameters);
-  const SQLRETURN rc = send();
+  Bind(parameters);
+  const SQLRETURN rc = Send();
   SQLSMALLINT columns = 0;
   if (rc != SQL_NO_DATA) {
-    statement_.require(statement_.waitFor([&] { return SQLNumResultCols(statement_.handle(), &columns); }),
-                       executionFailed);
+    statement_.Require(statement_.WaitFor([&] { return SQLNumResultCols(statement_.handle(), &columns); }),
+                       ExecutionFailed);
   }
   Outcome outcome;
   if (columns <= 0) {
-    outcome.affected = affectedRows(statement_, rc);
+    outcome.affected = AffectedRows(statement_, rc);
     return outcome;
   }
-  outcome.columns = describeColumns(statement_, columns);
+  outcome.columns = DescribeColumns(statement_, columns);
   outcome.rows = RowStore(outcome.columns.size());
-  read(outcome);
+  Read(outcome);
   return outcome;
 }
 
-void Prepared::read(Outcome& outcome) {
+void Prepared::Read(Outcome& outcome) {
   const bool bounded = std::all_of(outcome.columns.begin(), outcome.columns.end(),
                                    [](const ColumnInfo& column) { return column.buffer > 0; });
-  if (bounded && selects(text_)) {
-    if (readBound(statement_, outcome.columns, outcome.rows)) {
+  if (bounded && Selects(text_)) {
+    if (ReadBound(statement_, outcome.columns, outcome.rows)) {
       return;
     }
-    outcome.rows.clear();
+    outcome.rows.Clear();
     const Waiting waiting(*session_);
     SQLFreeStmt(statement_.handle(), SQL_CLOSE);
-    static_cast<void>(send());
+    static_cast<void>(Send());
   }
-  readUnbound(statement_, outcome.columns, outcome.rows);
+  ReadUnbound(statement_, outcome.columns, outcome.rows);
 }
 
 } // namespace lumoscad::ado::detail

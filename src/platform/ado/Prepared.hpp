@@ -23,9 +23,9 @@ class Prepared {
   Prepared(std::shared_ptr<Session> session, std::string text);
 
   /// True while it can serve `text` on `session`.
-  [[nodiscard]] bool serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept;
+  [[nodiscard]] bool Serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept;
   /// Executes with one text a marker and reads the whole result.
-  [[nodiscard]] Outcome execute(const std::vector<std::string>& parameters);
+  [[nodiscard]] Outcome Execute(const std::vector<std::string>& parameters);
 
  private:
   struct ParameterType {
@@ -34,10 +34,10 @@ class Prepared {
     SQLSMALLINT digits = 0;
   };
 
-  void describeParameters();
-  void bind(const std::vector<std::string>& parameters);
-  [[nodiscard]] SQLRETURN send();
-  void read(Outcome& outcome);
+  void DescribeParameters();
+  void Bind(const std::vector<std::string>& parameters);
+  [[nodiscard]] SQLRETURN Send();
+  void Read(Outcome& outcome);
 
   std::shared_ptr<Session> session_;
   std::string text_;

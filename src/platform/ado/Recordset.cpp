@@ -11,19 +11,19 @@ namespace {
 
 namespace numbers = detail::numbers;
 
-[[noreturn]] void notAllowed(const char* why) {
+[[noreturn]] void NotAllowed(const char* why) {
   throw RuntimeError(numbers::InvalidContext, why, "ODBC");
 }
 
 } // namespace
 
-void Recordset::Impl::fill(detail::Outcome outcome, const std::shared_ptr<detail::Session>& from) {
-  clear();
+void Recordset::Impl::Fill(detail::Outcome outcome, const std::shared_ptr<detail::Session>& from) {
+  Clear();
   if (outcome.columns.empty()) {
     return;
   }
   for (auto& column : outcome.columns) {
-    comparable.push_back(detail::comparable(column, from->dialect()));
+    comparable.push_back(detail::Comparable(column, from->dialect()));
     names.push_back(std::move(column.name));
   }
   rows = std::move(outcome.rows);
@@ -31,27 +31,27 @@ void Recordset::Impl::fill(detail::Outcome outcome, const std::shared_ptr<detail
   open = true;
 }
 
-void Recordset::Impl::requireOpen() const {
+void Recordset::Impl::RequireOpen() const {
   if (!open) {
     throw RuntimeError(numbers::ObjectClosed, "Operazione non consentita: l'insieme di righe è chiuso.", "ODBC");
   }
 }
 
-void Recordset::Impl::requireRow() const {
-  requireOpen();
-  if (current >= rows.rows()) {
+void Recordset::Impl::RequireRow() const {
+  RequireOpen();
+  if (current >= rows.Rows()) {
     throw RuntimeError(numbers::EndOfRows, "Nessuna riga corrente: l'insieme di righe è vuoto o terminato.", "ODBC");
   }
 }
 
-void Recordset::Impl::requireNothingPending() const {
+void Recordset::Impl::RequireNothingPending() const {
   if (!pending.empty()) {
-    notAllowed("La riga corrente ha modifiche non ancora inviate.");
+    NotAllowed("La riga corrente ha modifiche non ancora inviate.");
   }
 }
 
-std::size_t Recordset::Impl::column(std::string_view name) const {
-  requireOpen();
+std::size_t Recordset::Impl::Column(std::string_view name) const {
+  RequireOpen();
   const auto found =
       std::find_if(names.begin(), names.end(), [&](const auto& each) { return base::SameButForCase(each, name); });
   if (found == names.end()) {
@@ -60,18 +60,18 @@ std::size_t Recordset::Impl::column(std::string_view name) const {
   return static_cast<std::size_t>(found - names.begin());
 }
 
-std::optional<std::string_view> Recordset::Impl::value(std::size_t index) const {
-  requireRow();
+std::optional<std::string_view> Recordset::Impl::Value(std::size_t index) const {
+  RequireRow();
   if (index >= names.size()) {
     throw RuntimeError(numbers::NoSuchColumn, "Il risultato non ha la colonna " + std::to_string(index) + ".", "ODBC");
   }
   if (const auto set = pending.find(index); set != pending.end()) {
     return set->second ? std::optional<std::string_view>(*set->second) : std::nullopt;
   }
-  return rows.cell(current, index);
+  return rows.Cell(current, index);
 }
 
-void Recordset::Impl::clear() {
+void Recordset::Impl::Clear() {
   *this = Impl();
 }
 
@@ -81,9 +81,9 @@ std::optional<std::string_view> Recordset::Field::Value() const {
 
 void Recordset::Field::SetValue(std::optional<std::string_view> value) {
   Impl& impl = recordset_->impl();
-  impl.requireRow();
+  impl.RequireRow();
   if (!impl.table) {
-    notAllowed("L'insieme di righe è di sola lettura.");
+    NotAllowed("L'insieme di righe è di sola lettura.");
   }
   impl.pending[position_] = value ? std::optional<std::string>(*value) : std::nullopt;
 }
@@ -98,7 +98,7 @@ void Recordset::Open(Command& command, CursorType /*cursorType*/, LockType /*loc
     throw RuntimeError(numbers::ObjectOpen, "L'insieme di righe è già aperto.", "ODBC");
   }
   Recordset opened = command.Execute();
-  opened.impl().requireOpen();
+  opened.impl().RequireOpen();
   opened.impl().keyColumn = opened.ColumnIndex(tableName.key);
   opened.impl().table = std::move(tableName);
   *this = std::move(opened);
@@ -109,25 +109,25 @@ State Recordset::State() const noexcept {
 }
 
 std::size_t Recordset::RecordCount() const noexcept {
-  return impl_->rows.rows();
+  return impl_->rows.Rows();
 }
 
 bool Recordset::Eof() const noexcept {
-  return impl_->current >= impl_->rows.rows();
+  return impl_->current >= impl_->rows.Rows();
 }
 
 void Recordset::MoveNext() {
-  impl_->requireRow();
-  impl_->requireNothingPending();
+  impl_->RequireRow();
+  impl_->RequireNothingPending();
   ++impl_->current;
 }
 
 Recordset::Field Recordset::Fields(std::string_view columnName) {
-  return {*this, impl_->column(columnName)};
+  return {*this, impl_->Column(columnName)};
 }
 
 std::size_t Recordset::ColumnIndex(std::string_view columnName) const {
-  return impl_->column(columnName);
+  return impl_->Column(columnName);
 }
 
 std::size_t Recordset::ColumnCount() const noexcept {
@@ -135,7 +135,7 @@ std::size_t Recordset::ColumnCount() const noexcept {
 }
 
 const std::string& Recordset::ColumnName(std::size_t position) const {
-  impl_->requireOpen();
+  impl_->RequireOpen();
   if (position >= impl_->names.size()) {
     throw RuntimeError(numbers::NoSuchColumn, "Il risultato non ha la colonna " + std::to_string(position) + ".",
                        "ODBC");
@@ -144,24 +144,24 @@ const std::string& Recordset::ColumnName(std::size_t position) const {
 }
 
 std::optional<std::string_view> Recordset::ValueAt(std::size_t position) const {
-  return impl_->value(position);
+  return impl_->Value(position);
 }
 
 void Recordset::Update() {
-  impl_->requireRow();
+  impl_->RequireRow();
   if (!impl_->table) {
-    notAllowed("L'insieme di righe è di sola lettura.");
+    NotAllowed("L'insieme di righe è di sola lettura.");
   }
   if (impl_->pending.empty()) {
     return;
   }
-  impl_->sendChanges();
-  impl_->takeChanges();
+  impl_->SendChanges();
+  impl_->TakeChanges();
 }
 
 void Recordset::Close() {
-  impl_->requireOpen();
-  impl_->clear();
+  impl_->RequireOpen();
+  impl_->Clear();
 }
 
 } // namespace lumoscad::ado

@@ -22,18 +22,18 @@ struct Recordset::Impl {
   std::map<std::size_t, std::optional<std::string>> pending; ///< new values of the current row, by column
 
   /// Takes over what an execution gave; without columns the set stays closed.
-  void fill(detail::Outcome outcome, const std::shared_ptr<detail::Session>& from);
-  void requireOpen() const;
-  void requireRow() const;
+  void Fill(detail::Outcome outcome, const std::shared_ptr<detail::Session>& from);
+  void RequireOpen() const;
+  void RequireRow() const;
   /// Raises when values were set and not sent yet.
-  void requireNothingPending() const;
-  [[nodiscard]] std::size_t column(std::string_view name) const;
-  [[nodiscard]] std::optional<std::string_view> value(std::size_t index) const;
+  void RequireNothingPending() const;
+  [[nodiscard]] std::size_t Column(std::string_view name) const;
+  [[nodiscard]] std::optional<std::string_view> Value(std::size_t index) const;
   /// Forgets rows, columns and table.
-  void clear();
+  void Clear();
 
-  void sendChanges();
-  void takeChanges();
+  void SendChanges();
+  void TakeChanges();
 };
 
 } // namespace lumoscad::ado

@@ -20,15 +20,15 @@ struct ColumnInfo {
 };
 
 /// Whether a column's value may stand in a comparison on a server that speaks `dialect`.
-[[nodiscard]] bool comparable(const ColumnInfo& column, const Dialect& dialect) noexcept;
+[[nodiscard]] bool Comparable(const ColumnInfo& column, const Dialect& dialect) noexcept;
 
-[[nodiscard]] std::vector<ColumnInfo> describeColumns(const Statement& statement, SQLSMALLINT count);
+[[nodiscard]] std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT count);
 
 /// Reads all rows by block fetch into bound columns. False when a value was longer than the driver had announced:
-/// the rows are then incomplete and the statement must be executed again and read with `readUnbound`.
-[[nodiscard]] bool readBound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
+/// the rows are then incomplete and the statement must be executed again and read with `ReadUnbound`.
+[[nodiscard]] bool ReadBound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
 
 /// Reads all rows one by one, each value whole, however long it is.
-void readUnbound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
+void ReadUnbound(const Statement& statement, const std::vector<ColumnInfo>& columns, RowStore& rows);
 
 } // namespace lumoscad::ado::detail

@@ -10,48 +10,48 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr std::size_t storeBlockBytes = std::size_t{1} << 20;
-constexpr std::uint32_t nullFlag = 0x80000000U;
+constexpr std::size_t StoreBlockBytes = std::size_t{1} << 20;
+constexpr std::uint32_t NullFlag = 0x80000000U;
 
 } // namespace
 
-void RowStore::append(const std::vector<std::optional<std::string_view>>& cells) {
-  rows_.push_back(pack(cells));
+void RowStore::Append(const std::vector<std::optional<std::string_view>>& cells) {
+  rows_.push_back(Pack(cells));
 }
 
-void RowStore::replace(std::size_t row, const std::vector<std::optional<std::string_view>>& cells) {
-  rows_[row] = pack(cells);
+void RowStore::Replace(std::size_t row, const std::vector<std::optional<std::string_view>>& cells) {
+  rows_[row] = Pack(cells);
 }
 
-std::optional<std::string_view> RowStore::cell(std::size_t row, std::size_t column) const noexcept {
+std::optional<std::string_view> RowStore::Cell(std::size_t row, std::size_t column) const noexcept {
   const std::byte* packed = rows_[row];
   std::uint32_t end = 0;
   std::memcpy(&end, packed + column * sizeof end, sizeof end);
-  if ((end & nullFlag) != 0) {
+  if ((end & NullFlag) != 0) {
     return std::nullopt;
   }
   std::uint32_t start = 0;
   if (column > 0) {
     std::memcpy(&start, packed + (column - 1) * sizeof start, sizeof start);
   }
-  start &= ~nullFlag;
+  start &= ~NullFlag;
   const auto* text = reinterpret_cast<const char*>(packed + columns_ * sizeof end);
   return std::string_view(text + start, end - start);
 }
 
-void RowStore::clear() {
+void RowStore::Clear() {
   *this = RowStore(columns_);
 }
 
-std::byte* RowStore::pack(const std::vector<std::optional<std::string_view>>& cells) {
+std::byte* RowStore::Pack(const std::vector<std::optional<std::string_view>>& cells) {
   std::size_t bytes = 0;
   for (const auto& cell : cells) {
     bytes += cell ? cell->size() : 0;
   }
-  if (bytes >= nullFlag) {
+  if (bytes >= NullFlag) {
     throw RuntimeError(errors::OutOfMemory, "Una riga della base dati supera i 2 GiB.", "ODBC");
   }
-  std::byte* const packed = allocate(columns_ * sizeof(std::uint32_t) + bytes);
+  std::byte* const packed = Allocate(columns_ * sizeof(std::uint32_t) + bytes);
   std::byte* ends = packed;
   std::byte* const text = packed + columns_ * sizeof(std::uint32_t);
   std::uint32_t at = 0;
@@ -60,17 +60,17 @@ std::byte* RowStore::pack(const std::vector<std::optional<std::string_view>>& ce
       std::memcpy(text + at, cell->data(), cell->size());
       at += static_cast<std::uint32_t>(cell->size());
     }
-    const std::uint32_t end = cell ? at : at | nullFlag;
+    const std::uint32_t end = cell ? at : at | NullFlag;
     std::memcpy(ends, &end, sizeof end);
     ends += sizeof end;
   }
   return packed;
 }
 
-std::byte* RowStore::allocate(std::size_t bytes) {
+std::byte* RowStore::Allocate(std::size_t bytes) {
   if (bytes > freeBytes_) {
     // A small result should not hold a whole block: blocks grow with what is stored.
-    const std::size_t wanted = std::min(storeBlockBytes, std::size_t{4096} << std::min<std::size_t>(blocks_.size(), 8));
+    const std::size_t wanted = std::min(StoreBlockBytes, std::size_t{4096} << std::min<std::size_t>(blocks_.size(), 8));
     freeBytes_ = std::max(bytes, wanted);
     blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(freeBytes_));
     free_ = blocks_.back().get();

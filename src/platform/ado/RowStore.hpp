@@ -14,19 +14,19 @@ class RowStore {
  public:
   explicit RowStore(std::size_t columns = 0) : columns_(columns) {}
 
-  [[nodiscard]] std::size_t rows() const noexcept { return rows_.size(); }
-  [[nodiscard]] std::size_t columns() const noexcept { return columns_; }
+  [[nodiscard]] std::size_t Rows() const noexcept { return rows_.size(); }
+  [[nodiscard]] std::size_t Columns() const noexcept { return columns_; }
 
   /// Appends one row; nothing in `cells` is NULL. `cells` holds one entry a column.
-  void append(const std::vector<std::optional<std::string_view>>& cells);
+  void Append(const std::vector<std::optional<std::string_view>>& cells);
   /// Puts `cells` in the place of the row at `row`. Views of the former row stay valid.
-  void replace(std::size_t row, const std::vector<std::optional<std::string_view>>& cells);
-  [[nodiscard]] std::optional<std::string_view> cell(std::size_t row, std::size_t column) const noexcept;
-  void clear();
+  void Replace(std::size_t row, const std::vector<std::optional<std::string_view>>& cells);
+  [[nodiscard]] std::optional<std::string_view> Cell(std::size_t row, std::size_t column) const noexcept;
+  void Clear();
 
  private:
-  [[nodiscard]] std::byte* pack(const std::vector<std::optional<std::string_view>>& cells);
-  [[nodiscard]] std::byte* allocate(std::size_t bytes);
+  [[nodiscard]] std::byte* Pack(const std::vector<std::optional<std::string_view>>& cells);
+  [[nodiscard]] std::byte* Allocate(std::size_t bytes);
 
   std::size_t columns_;
   std::vector<const std::byte*> rows_;

@@ -15,12 +15,12 @@ namespace {
 
 /// Keeps the library that reads the ODBC configuration loaded. SQLite's driver loads and unloads it with every
 /// connection, and what the library keeps of the configuration then leaks: 4 kB a connection without this.
-void keepConfigurationLibrary() {
+void KeepConfigurationLibrary() {
   dlopen("libodbcinst.so.2", RTLD_LAZY | RTLD_NODELETE);
 }
 
 /// One piece of information that the driver of a connection gives in words.
-std::string about(SQLHANDLE connection, SQLUSMALLINT what) {
+std::string About(SQLHANDLE connection, SQLUSMALLINT what) {
   std::array<char, 128> text{};
   SQLSMALLINT length = 0;
   SQLGetInfo(connection, what, text.data(), static_cast<SQLSMALLINT>(text.size() - 1), &length);
@@ -28,14 +28,14 @@ std::string about(SQLHANDLE connection, SQLUSMALLINT what) {
 }
 
 /// The one environment of the process.
-SQLHANDLE environment() {
-  static const Handle<SQL_HANDLE_ENV> unique = [] {
-    keepConfigurationLibrary();
+SQLHANDLE Environment() {
+  static const Handle<SQL_HANDLE_ENV> Unique = [] {
+    KeepConfigurationLibrary();
     Handle<SQL_HANDLE_ENV> created{SQLHANDLE{nullptr}};
-    SQLSetEnvAttr(created.get(), SQL_ATTR_ODBC_VERSION, asPointer(SQL_OV_ODBC3), 0);
+    SQLSetEnvAttr(created.get(), SQL_ATTR_ODBC_VERSION, AsPointer(SQL_OV_ODBC3), 0);
     return created;
   }();
-  return unique.get();
+  return Unique.get();
 }
 
 } // namespace
@@ -45,77 +45,77 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
   std::string text = OdbcText(settings);
   // MariaDB's driver limits only the making of the socket by SQL_ATTR_LOGIN_TIMEOUT, and the server's greeting by this
   // word of its own; the other drivers pass over a word that they do not know.
-  if (settings.ConnectTimeout > 0) {
-    text += "CONN_TIMEOUT=" + std::to_string(settings.ConnectTimeout) + ";";
+  if (settings.connectTimeout > 0) {
+    text += "CONN_TIMEOUT=" + std::to_string(settings.connectTimeout) + ";";
   }
-  const Sockets before = openSockets();
-  connection_ = Handle<SQL_HANDLE_DBC>(environment());
-  SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, asPointer(static_cast<SQLULEN>(settings.ConnectTimeout)),
+  const Sockets before = OpenSockets();
+  connection_ = Handle<SQL_HANDLE_DBC>(Environment());
+  SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, AsPointer(static_cast<SQLULEN>(settings.connectTimeout)),
                     SQL_IS_UINTEGER);
   const CharacterSet characters;
   const SQLRETURN rc =
       SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                        static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
   if (!SQL_SUCCEEDED(rc)) {
-    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
+    throw OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Connessione alla base dati non riuscita.");
   }
   open_ = true;
   try {
-    characters.requireSuited(about(connection_.get(), SQL_DRIVER_NAME));
-    readCapabilities();
-    watch(before);
-    sendOpening();
+    characters.RequireSuited(About(connection_.get(), SQL_DRIVER_NAME));
+    ReadCapabilities();
+    Watch(before);
+    SendOpening();
   } catch (...) {
-    close();
+    Close();
     throw;
   }
 }
 
 Session::~Session() {
-  close();
+  Close();
 }
 
-void Session::readCapabilities() {
+void Session::ReadCapabilities() {
   SQLUSMALLINT supported = SQL_FALSE;
   describesParameters_ =
       SQL_SUCCEEDED(SQLGetFunctions(connection_.get(), SQL_API_SQLDESCRIBEPARAM, &supported)) && supported == SQL_TRUE;
-  dialect_ = &dialectOf(about(connection_.get(), SQL_DBMS_NAME));
+  dialect_ = &DialectOf(About(connection_.get(), SQL_DBMS_NAME));
 }
 
-void Session::sendOpening() {
-  std::string text = dialect_->openingFor(std::chrono::seconds(timeLimit_));
+void Session::SendOpening() {
+  std::string text = dialect_->OpeningFor(std::chrono::seconds(timeLimit_));
   if (text.empty()) {
     return;
   }
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
-    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
+    throw OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
   }
-  const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
+  const auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS))) {
-    throw odbcError(SQL_HANDLE_STMT, created, password_, "Preparazione della connessione alla base dati non riuscita.");
+    throw OdbcError(SQL_HANDLE_STMT, created, password_, "Preparazione della connessione alla base dati non riuscita.");
   }
 }
 
-void Session::watch(const Sockets& before) {
+void Session::Watch(const Sockets& before) {
   if (dialect_->ends.empty()) {
     return;
   }
-  const Endpoints told = ends();
+  const Endpoints told = Ends();
   if (told.serverPort > 0 && told.clientPort > 0) {
-    watchdog_ = Watchdog::over(told, before);
+    watchdog_ = Watchdog::Over(told, before);
   }
 }
 
 /// What the server does not tell, or tells as no number, is left out: the session goes on, without a watchdog.
-Endpoints Session::ends() const {
+Endpoints Session::Ends() const {
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     return {};
   }
-  const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
-  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
+  const auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(dialect_->ends);
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
       !SQL_SUCCEEDED(SQLFetch(created))) {
@@ -140,11 +140,11 @@ Endpoints Session::ends() const {
   return told;
 }
 
-RuntimeError Session::explained(RuntimeError error) const {
-  if (!watchdog_ || !watchdog_->struck()) {
+RuntimeError Session::Explained(RuntimeError error) const {
+  if (!watchdog_ || !watchdog_->Struck()) {
     return error;
   }
-  const auto seconds = timeLimit_ + static_cast<SQLULEN>(graceForAnswer.count());
+  const auto seconds = timeLimit_ + static_cast<SQLULEN>(GraceForAnswer.count());
   std::string sentence =
       "La base dati non ha risposto entro " + std::to_string(seconds) + " secondi: la connessione è stata chiusa.";
   std::string note = error.Note().empty() ? std::move(sentence) : WithSentence(error.Note(), sentence);
@@ -152,34 +152,34 @@ RuntimeError Session::explained(RuntimeError error) const {
 }
 
 Waiting::Waiting(const Session& session) noexcept : watchdog_(session.watchdog_.get()) {
-  const auto limit = std::chrono::seconds(static_cast<std::chrono::seconds::rep>(session.timeLimit_)) + graceForAnswer;
-  if (watchdog_ != nullptr && !watchdog_->enter(limit)) {
+  const auto limit = std::chrono::seconds(static_cast<std::chrono::seconds::rep>(session.timeLimit_)) + GraceForAnswer;
+  if (watchdog_ != nullptr && !watchdog_->Enter(limit)) {
     watchdog_ = nullptr;
   }
 }
 
 Waiting::~Waiting() {
   if (watchdog_ != nullptr) {
-    watchdog_->leave();
+    watchdog_->Leave();
   }
 }
 
-void Session::requireOpen() const {
+void Session::RequireOpen() const {
   if (!open_) {
     throw RuntimeError(numbers::ObjectClosed, "Operazione non consentita: la connessione alla base dati è chiusa.",
                        "ODBC");
   }
 }
 
-void Session::close() noexcept {
+void Session::Close() noexcept {
   {
     const Waiting waiting(*this);
-    disconnect();
+    Disconnect();
   }
   watchdog_.reset();
 }
 
-void Session::disconnect() noexcept {
+void Session::Disconnect() noexcept {
   for (Statement* statement : statements_) {
     statement->handle_.reset();
   }
@@ -190,8 +190,8 @@ void Session::disconnect() noexcept {
   if (std::exchange(inTransaction_, false)) {
     SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
   }
-  if (!SQL_SUCCEEDED(SQLDisconnect(connection_.get())) && dialect_ != nullptr && dialect_->fileBased()) {
-    endPhantomTransaction();
+  if (!SQL_SUCCEEDED(SQLDisconnect(connection_.get())) && dialect_ != nullptr && dialect_->FileBased()) {
+    EndPhantomTransaction();
     SQLDisconnect(connection_.get());
   }
   connection_.reset();
@@ -200,7 +200,7 @@ void Session::disconnect() noexcept {
 /// SQLite takes a transaction back by itself when its file fails. Its driver, whose own rollback then finds none,
 /// believes that one is open, and refuses to let go of the file: locked, for as long as the program lives. A
 /// transaction that is begun and taken back brings the two together again.
-void Session::endPhantomTransaction() noexcept {
+void Session::EndPhantomTransaction() noexcept {
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     return;
@@ -212,14 +212,14 @@ void Session::endPhantomTransaction() noexcept {
 }
 
 Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(session)) {
-  session_->requireOpen();
+  session_->RequireOpen();
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &created))) {
-    throw odbcError(SQL_HANDLE_DBC, session_->handle(), session_->password(), "Istruzione SQL non allocata.");
+    throw OdbcError(SQL_HANDLE_DBC, session_->handle(), session_->Password(), "Istruzione SQL non allocata.");
   }
-  handle_ = Handle<SQL_HANDLE_STMT>::adopt(created);
+  handle_ = Handle<SQL_HANDLE_STMT>::Adopt(created);
   // A driver that cannot do this says so here; its server is told once a connection, by its dialect.
-  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(session_->timeLimit()), SQL_IS_UINTEGER);
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(session_->TimeLimit()), SQL_IS_UINTEGER);
   session_->statements_.insert(this);
 }
 
@@ -229,21 +229,21 @@ Statement::~Statement() {
   handle_.reset();
 }
 
-void Statement::require(SQLRETURN rc, std::string_view context) const {
+void Statement::Require(SQLRETURN rc, std::string_view context) const {
   if (SQL_SUCCEEDED(rc)) {
     return;
   }
-  session_->statementFailed();
-  throw session_->explained(odbcError(SQL_HANDLE_STMT, handle_.get(), session_->password(), context, session_->dead()));
+  session_->StatementFailed();
+  throw session_->Explained(OdbcError(SQL_HANDLE_STMT, handle_.get(), session_->Password(), context, session_->Dead()));
 }
 
-void announce(std::string_view sql) {
-  if (const auto& told = activeServices().statementSent) {
+void Announce(std::string_view sql) {
+  if (const auto& told = ActiveServices().statementSent) {
     told(sql);
   }
 }
 
-std::int64_t affectedRows(const Statement& statement, SQLRETURN rc) {
+std::int64_t AffectedRows(const Statement& statement, SQLRETURN rc) {
   if (rc == SQL_NO_DATA) {
     return 0;
   }

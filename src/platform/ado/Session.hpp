@@ -18,7 +18,7 @@ namespace lumoscad::ado::detail {
 
 class Statement;
 
-/// One open connection. Statements keep it alive, but `close` ends it at once and takes every statement with it.
+/// One open connection. Statements keep it alive, but `Close` ends it at once and takes every statement with it.
 class Session {
  public:
   /// `timeLimit` is how many seconds a statement may take.
@@ -27,49 +27,49 @@ class Session {
   Session& operator=(const Session&) = delete;
   ~Session();
 
-  [[nodiscard]] bool opened() const noexcept { return open_; }
-  [[nodiscard]] TransactionOutcome outcome() const noexcept { return outcome_; }
-  [[nodiscard]] SQLULEN timeLimit() const noexcept { return timeLimit_; }
-  [[nodiscard]] bool inTransaction() const noexcept { return inTransaction_; }
-  [[nodiscard]] bool describesParameters() const noexcept { return describesParameters_; }
+  [[nodiscard]] bool Opened() const noexcept { return open_; }
+  [[nodiscard]] TransactionOutcome Outcome() const noexcept { return outcome_; }
+  [[nodiscard]] SQLULEN TimeLimit() const noexcept { return timeLimit_; }
+  [[nodiscard]] bool InTransaction() const noexcept { return inTransaction_; }
+  [[nodiscard]] bool DescribesParameters() const noexcept { return describesParameters_; }
   [[nodiscard]] const Dialect& dialect() const noexcept { return *dialect_; }
-  [[nodiscard]] const std::string& password() const noexcept { return password_; }
+  [[nodiscard]] const std::string& Password() const noexcept { return password_; }
   [[nodiscard]] SQLHANDLE handle() const noexcept { return connection_.get(); }
 
-  void begin();
-  void commit();
-  void rollback();
-  void close() noexcept;
+  void Begin();
+  void Commit();
+  void Rollback();
+  void Close() noexcept;
 
   /// A transaction with a failed statement is not what the caller meant: some servers took its earlier statements
-  /// back, others kept them. `commit` refuses it.
-  void statementFailed() noexcept { statementFailed_ = inTransaction_; }
+  /// back, others kept them. `Commit` refuses it.
+  void StatementFailed() noexcept { statementFailed_ = inTransaction_; }
 
  private:
   friend class Statement;
   friend class Waiting;
 
-  void requireOpen() const;
-  void requireTransaction(const char* otherwise) const;
-  void autocommit(bool on);
-  [[nodiscard]] SQLRETURN endTransaction(SQLSMALLINT how) const noexcept;
-  void readCapabilities();
-  void sendOpening();
-  void watch(const Sockets& before);
-  [[nodiscard]] Endpoints ends() const;
+  void RequireOpen() const;
+  void RequireTransaction(const char* otherwise) const;
+  void Autocommit(bool on);
+  [[nodiscard]] SQLRETURN EndTransaction(SQLSMALLINT how) const noexcept;
+  void ReadCapabilities();
+  void SendOpening();
+  void Watch(const Sockets& before);
+  [[nodiscard]] Endpoints Ends() const;
   /// The failure, with a note that says so where it is that the server did not answer in time.
-  [[nodiscard]] RuntimeError explained(RuntimeError error) const;
-  [[nodiscard]] bool dead() const noexcept;
-  [[nodiscard]] std::string serverSession() const;
-  [[nodiscard]] bool onSameServerSession() const noexcept;
-  void requireWholeTransaction();
-  void abandon() noexcept;
-  void disconnect() noexcept;
-  void noticeReconnection() noexcept;
-  void endPhantomTransaction() noexcept;
-  [[nodiscard]] bool refused(const RuntimeError& error) const noexcept;
-  [[noreturn]] void commitFailed(RuntimeError error);
-  void confirmCommit();
+  [[nodiscard]] RuntimeError Explained(RuntimeError error) const;
+  [[nodiscard]] bool Dead() const noexcept;
+  [[nodiscard]] std::string ServerSession() const;
+  [[nodiscard]] bool OnSameServerSession() const noexcept;
+  void RequireWholeTransaction();
+  void Abandon() noexcept;
+  void Disconnect() noexcept;
+  void NoticeReconnection() noexcept;
+  void EndPhantomTransaction() noexcept;
+  [[nodiscard]] bool Refused(const RuntimeError& error) const noexcept;
+  [[noreturn]] void CommitFailed(RuntimeError error);
+  void ConfirmCommit();
 
   Handle<SQL_HANDLE_DBC> connection_;
   std::string password_;
@@ -107,15 +107,15 @@ class Statement {
 
   [[nodiscard]] SQLHANDLE handle() const noexcept { return handle_.get(); }
   [[nodiscard]] Session& session() const noexcept { return *session_; }
-  [[nodiscard]] bool alive() const noexcept { return static_cast<bool>(handle_); }
+  [[nodiscard]] bool Alive() const noexcept { return static_cast<bool>(handle_); }
 
   /// What `call`, which may wait for the server, returns.
-  template <typename Call> SQLRETURN waitFor(Call call) const {
+  template <typename Call> SQLRETURN WaitFor(Call call) const {
     const Waiting waiting(*session_);
     return call();
   }
   /// Raises the diagnostics of the statement unless `rc` is a success.
-  void require(SQLRETURN rc, std::string_view context) const;
+  void Require(SQLRETURN rc, std::string_view context) const;
 
  private:
   friend class Session;
@@ -125,10 +125,10 @@ class Statement {
 };
 
 /// Tells the services that `sql` is about to be sent.
-void announce(std::string_view sql);
+void Announce(std::string_view sql);
 
 /// Rows changed by the statement just executed with `rc`; -1 where the driver does not tell.
-[[nodiscard]] std::int64_t affectedRows(const Statement& statement, SQLRETURN rc);
+[[nodiscard]] std::int64_t AffectedRows(const Statement& statement, SQLRETURN rc);
 
 } // namespace lumoscad::ado::detail
 
@@ -139,7 +139,7 @@ struct Connection::Impl {
   TransactionOutcome outcome = TransactionOutcome::NotApplied; ///< of a session that was closed
 
   /// The open session; raises when the connection is closed.
-  [[nodiscard]] const std::shared_ptr<detail::Session>& require() const;
+  [[nodiscard]] const std::shared_ptr<detail::Session>& Require() const;
 };
 
 } // namespace lumoscad::ado

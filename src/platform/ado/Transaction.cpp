@@ -26,15 +26,15 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr const char* unknownOutcome =
+constexpr const char* UnknownOutcome =
     "La connessione è caduta mentre si confermavano le modifiche: l'esito è sconosciuto, possono essere registrate "
     "tutte o nessuna.";
-constexpr const char* unknownFile =
+constexpr const char* UnknownFile =
     "Il file della base dati ha dato un errore mentre si confermavano le modifiche: l'esito è sconosciuto, possono "
     "essere registrate tutte o nessuna.";
 
 /// A COMMIT whose outcome is unknown after `cause`; the driver's own text comes first.
-RuntimeError outcomeUnknown(const RuntimeError& cause, const char* sentence) {
+RuntimeError OutcomeUnknown(const RuntimeError& cause, const char* sentence) {
   return RuntimeError(errors::Driver, cause.Description(), "ODBC")
       .WithNote(sentence)
       .WithState(cause.SqlState(), cause.NativeCode())
@@ -43,67 +43,67 @@ RuntimeError outcomeUnknown(const RuntimeError& cause, const char* sentence) {
 
 } // namespace
 
-void Session::requireTransaction(const char* otherwise) const {
-  requireOpen();
+void Session::RequireTransaction(const char* otherwise) const {
+  RequireOpen();
   if (!inTransaction_) {
     throw RuntimeError(numbers::InvalidContext, otherwise, "ODBC");
   }
 }
 
-void Session::autocommit(bool on) {
+void Session::Autocommit(bool on) {
   const Waiting waiting(*this);
   const SQLULEN value = on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF;
-  const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(value), SQL_IS_UINTEGER);
+  const SQLRETURN rc = SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, AsPointer(value), SQL_IS_UINTEGER);
   if (!SQL_SUCCEEDED(rc)) {
-    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
+    throw OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Cambio del modo di conferma non riuscito.");
   }
 }
 
-SQLRETURN Session::endTransaction(SQLSMALLINT how) const noexcept {
+SQLRETURN Session::EndTransaction(SQLSMALLINT how) const noexcept {
   const Waiting waiting(*this);
   return SQLEndTran(SQL_HANDLE_DBC, connection_.get(), how);
 }
 
-void Session::begin() {
-  requireOpen();
+void Session::Begin() {
+  RequireOpen();
   if (inTransaction_) {
     throw RuntimeError(numbers::InvalidContext, "Una transazione è già in corso.", "ODBC");
   }
   outcome_ = TransactionOutcome::NotApplied;
   serverSession_.clear();
-  autocommit(false);
+  Autocommit(false);
   inTransaction_ = true;
   statementFailed_ = false;
   try {
-    serverSession_ = serverSession();
+    serverSession_ = ServerSession();
   } catch (...) {
-    abandon();
+    Abandon();
     throw;
   }
 }
 
-void Session::commit() {
-  requireTransaction("Conferma non consentita: nessuna transazione è in corso.");
+void Session::Commit() {
+  RequireTransaction("Conferma non consentita: nessuna transazione è in corso.");
   try {
-    requireWholeTransaction();
+    RequireWholeTransaction();
   } catch (...) {
-    abandon();
+    Abandon();
     throw;
   }
   outcome_ = TransactionOutcome::Unknown;
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(endTransaction(SQL_COMMIT))) {
-    commitFailed(odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
+  if (!SQL_SUCCEEDED(EndTransaction(SQL_COMMIT))) {
+    CommitFailed(OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
   }
-  confirmCommit();
+  ConfirmCommit();
   outcome_ = TransactionOutcome::Applied;
 }
 
-void Session::requireWholeTransaction() {
+void Session::RequireWholeTransaction() {
   if (statementFailed_) {
     throw RuntimeError(errors::Driver, "Conferma non eseguita: un'istruzione della transazione è fallita.", "ODBC");
   }
-  if (serverSession() == serverSession_) {
+  if (ServerSession() == serverSession_) {
     return;
   }
   outcome_ = TransactionOutcome::Unknown;
@@ -114,73 +114,73 @@ void Session::requireWholeTransaction() {
       .WithOutcome(outcome_);
 }
 
-bool Session::refused(const RuntimeError& error) const noexcept {
+bool Session::Refused(const RuntimeError& error) const noexcept {
   const auto& certain = dialect_->refusals;
-  constexpr long primary = 0xFF; // the rest of an extended number tells which kind
-  const bool known = !dialect_->fileBased() ||
-                     std::find(certain.begin(), certain.end(), error.NativeCode() & primary) != certain.end();
-  return known && !withoutAnswer(error.SqlState()) && !dead() && onSameServerSession();
+  constexpr long Primary = 0xFF; // the rest of an extended number tells which kind
+  const bool known = !dialect_->FileBased() ||
+                     std::find(certain.begin(), certain.end(), error.NativeCode() & Primary) != certain.end();
+  return known && !WithoutAnswer(error.SqlState()) && !Dead() && OnSameServerSession();
 }
 
-void Session::commitFailed(RuntimeError error) {
-  const bool certain = refused(error);
+void Session::CommitFailed(RuntimeError error) {
+  const bool certain = Refused(error);
   // SQLite keeps a transaction open whose COMMIT found the file busy.
-  if (certain || dialect_->fileBased()) {
-    abandon();
+  if (certain || dialect_->FileBased()) {
+    Abandon();
   }
   if (!certain) {
-    throw explained(outcomeUnknown(error, dialect_->fileBased() ? unknownFile : unknownOutcome));
+    throw Explained(OutcomeUnknown(error, dialect_->FileBased() ? UnknownFile : UnknownOutcome));
   }
   outcome_ = TransactionOutcome::NotApplied;
   throw std::move(error).WithOutcome(outcome_);
 }
 
-void Session::confirmCommit() {
+void Session::ConfirmCommit() {
   try {
-    autocommit(true);
-    if (!dead() && serverSession() == serverSession_) {
+    Autocommit(true);
+    if (!Dead() && ServerSession() == serverSession_) {
       return;
     }
   } catch (const RuntimeError& error) {
-    throw explained(outcomeUnknown(error, unknownOutcome));
+    throw Explained(OutcomeUnknown(error, UnknownOutcome));
   }
-  throw RuntimeError(errors::Driver, unknownOutcome, "ODBC").WithOutcome(TransactionOutcome::Unknown);
+  throw RuntimeError(errors::Driver, UnknownOutcome, "ODBC").WithOutcome(TransactionOutcome::Unknown);
 }
 
-void Session::rollback() {
-  requireTransaction("Annullamento non consentito: nessuna transazione è in corso.");
+void Session::Rollback() {
+  RequireTransaction("Annullamento non consentito: nessuna transazione è in corso.");
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK))) {
-    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
+  if (!SQL_SUCCEEDED(EndTransaction(SQL_ROLLBACK))) {
+    throw OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Annullamento della transazione non riuscito.");
   }
-  autocommit(true);
-  noticeReconnection();
+  Autocommit(true);
+  NoticeReconnection();
 }
 
 /// Takes the transaction back as far as the connection still can; what it cannot the server does when it sees the
 /// connection go. Never back to autocommit with a transaction still open, because that would commit it.
-void Session::abandon() noexcept {
+void Session::Abandon() noexcept {
   inTransaction_ = false;
-  if (!SQL_SUCCEEDED(endTransaction(SQL_ROLLBACK))) {
+  if (!SQL_SUCCEEDED(EndTransaction(SQL_ROLLBACK))) {
     return;
   }
   const Waiting waiting(*this);
-  SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, asPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
-  noticeReconnection();
+  SQLSetConnectAttr(connection_.get(), SQL_ATTR_AUTOCOMMIT, AsPointer(SQL_AUTOCOMMIT_ON), SQL_IS_UINTEGER);
+  NoticeReconnection();
 }
 
 /// After a rollback: what another server session than the first one was told may be kept.
-void Session::noticeReconnection() noexcept {
+void Session::NoticeReconnection() noexcept {
   try {
-    if (!serverSession_.empty() && serverSession() != serverSession_) {
+    if (!serverSession_.empty() && ServerSession() != serverSession_) {
       outcome_ = TransactionOutcome::Unknown;
     }
   } catch (...) { // NOLINT(bugprone-empty-catch): the failure that led here is the one to report
   }
 }
 
-bool Session::dead() const noexcept {
-  if (watchdog_ && watchdog_->struck()) {
+bool Session::Dead() const noexcept {
+  if (watchdog_ && watchdog_->Struck()) {
     return true;
   }
   const Waiting waiting(*this);
@@ -191,32 +191,32 @@ bool Session::dead() const noexcept {
 
 /// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
 /// that cannot be asked; SQLite is the caller's own process.
-std::string Session::serverSession() const {
+std::string Session::ServerSession() const {
   if (dialect_->serverSession.empty()) {
     return {};
   }
-  constexpr const char* noAnswer = "La base dati non risponde.";
+  constexpr const char* NoAnswer = "La base dati non risponde.";
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
-    throw odbcError(SQL_HANDLE_DBC, connection_.get(), password_, noAnswer);
+    throw OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, NoAnswer);
   }
-  const auto statement = Handle<SQL_HANDLE_STMT>::adopt(created);
-  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, asPointer(timeLimit_), SQL_IS_UINTEGER);
+  const auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(dialect_->serverSession);
   std::array<char, 64> identity{};
   SQLLEN length = 0;
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
       !SQL_SUCCEEDED(SQLFetch(created)) ||
       !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length))) {
-    throw explained(odbcError(SQL_HANDLE_STMT, created, password_, noAnswer));
+    throw Explained(OdbcError(SQL_HANDLE_STMT, created, password_, NoAnswer));
   }
   return identity.data();
 }
 
-bool Session::onSameServerSession() const noexcept {
+bool Session::OnSameServerSession() const noexcept {
   try {
-    return serverSession() == serverSession_;
+    return ServerSession() == serverSession_;
   } catch (...) {
     return false;
   }

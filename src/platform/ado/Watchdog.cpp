@@ -25,10 +25,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds step(100); ///< how late a strike may come
-constexpr std::int64_t idle = 0;
-constexpr std::int64_t striking = -1;
-constexpr std::int64_t done = -2;
+constexpr std::chrono::milliseconds Step(100); ///< how late a strike may come
+constexpr std::int64_t Idle = 0;
+constexpr std::int64_t Striking = -1;
+constexpr std::int64_t Done = -2;
 
 /// One end of a connection.
 struct End {
@@ -39,8 +39,8 @@ struct End {
 };
 
 /// An address in one form: an IPv4 address that comes as an IPv6 one is IPv4. Empty for what is none.
-std::string normalized(const std::string& text) {
-  constexpr std::string_view mapped = "::ffff:";
+std::string Normalized(const std::string& text) {
+  constexpr std::string_view Mapped = "::ffff:";
   in6_addr address{};
   std::array<char, INET6_ADDRSTRLEN> name{};
   for (const int family : {AF_INET, AF_INET6}) {
@@ -49,13 +49,13 @@ std::string normalized(const std::string& text) {
     }
     inet_ntop(family, &address, name.data(), name.size());
     std::string result = name.data();
-    const bool ipv4Inside = result.starts_with(mapped) && result.find('.') != std::string::npos;
-    return ipv4Inside ? result.substr(mapped.size()) : result;
+    const bool ipv4Inside = result.starts_with(Mapped) && result.find('.') != std::string::npos;
+    return ipv4Inside ? result.substr(Mapped.size()) : result;
   }
   return {};
 }
 
-template <typename Ask> std::optional<End> endOf(int descriptor, Ask ask) {
+template <typename Ask> std::optional<End> EndOf(int descriptor, Ask ask) {
   sockaddr_storage storage{};
   socklen_t length = sizeof storage;
   if (ask(descriptor, reinterpret_cast<sockaddr*>(&storage), &length) != 0) {
@@ -74,7 +74,7 @@ template <typename Ask> std::optional<End> endOf(int descriptor, Ask ask) {
   } else {
     return std::nullopt;
   }
-  end.address = normalized(name.data());
+  end.address = Normalized(name.data());
   return end;
 }
 
@@ -87,7 +87,7 @@ struct Identity {
   bool operator==(const Identity&) const = default;
 };
 
-std::optional<ino_t> streamSocket(int descriptor) {
+std::optional<ino_t> StreamSocket(int descriptor) {
   struct stat status {};
   int type = 0;
   socklen_t length = sizeof type;
@@ -98,17 +98,17 @@ std::optional<ino_t> streamSocket(int descriptor) {
   return status.st_ino;
 }
 
-std::optional<Identity> identityOf(int descriptor) {
-  const auto inode = streamSocket(descriptor);
-  const auto local = inode ? endOf(descriptor, getsockname) : std::nullopt;
-  const auto peer = local ? endOf(descriptor, getpeername) : std::nullopt;
+std::optional<Identity> IdentityOf(int descriptor) {
+  const auto inode = StreamSocket(descriptor);
+  const auto local = inode ? EndOf(descriptor, getsockname) : std::nullopt;
+  const auto peer = local ? EndOf(descriptor, getpeername) : std::nullopt;
   if (!peer) {
     return std::nullopt;
   }
   return Identity{*inode, *local, *peer};
 }
 
-void forEachDescriptor(const std::function<void(int)>& look) {
+void ForEachDescriptor(const std::function<void(int)>& look) {
   DIR* const directory = opendir("/proc/self/fd");
   if (directory == nullptr) {
     return;
@@ -123,23 +123,23 @@ void forEachDescriptor(const std::function<void(int)>& look) {
   closedir(directory);
 }
 
-bool agrees(const End& end, const std::string& address, int port) {
+bool Agrees(const End& end, const std::string& address, int port) {
   if (end.port != port) {
     return false;
   }
   if (address == "localhost") {
     return end.address.starts_with("127.") || end.address == "::1";
   }
-  const std::string known = normalized(address);
+  const std::string known = Normalized(address);
   return known.empty() || known == end.address;
 }
 
 } // namespace
 
-Sockets openSockets() {
+Sockets OpenSockets() {
   Sockets sockets;
-  forEachDescriptor([&](int descriptor) {
-    if (const auto inode = streamSocket(descriptor)) {
+  ForEachDescriptor([&](int descriptor) {
+    if (const auto inode = StreamSocket(descriptor)) {
       sockets.insert(*inode);
     }
   });
@@ -150,7 +150,7 @@ Sockets openSockets() {
 struct Watchdog::Shared {
   int descriptor = -1;
   Identity identity;
-  std::atomic<std::int64_t> deadline{idle}; ///< of the call under way, or one of the three values above
+  std::atomic<std::int64_t> deadline{Idle}; ///< of the call under way, or one of the three values above
   std::atomic<bool> struck{false};
   std::mutex mutex;
   std::condition_variable ended;
@@ -158,12 +158,12 @@ struct Watchdog::Shared {
 
   /// The copy is the socket that it was made of, even if the driver closes the descriptor at this moment and somebody
   /// else is given its number.
-  void strike() {
+  void Strike() {
     const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     if (copy < 0) {
       return;
     }
-    if (identityOf(copy) == identity) {
+    if (IdentityOf(copy) == identity) {
       struck = true; // whoever waits for an answer asks as soon as the connection ends
       if (shutdown(copy, SHUT_RDWR) != 0) {
         struck = false;
@@ -172,28 +172,28 @@ struct Watchdog::Shared {
     close(copy);
   }
 
-  void look() {
+  void Look() {
     std::int64_t due = deadline;
-    if (due <= idle || Clock::now().time_since_epoch().count() < due ||
-        !deadline.compare_exchange_strong(due, striking)) {
+    if (due <= Idle || Clock::now().time_since_epoch().count() < due ||
+        !deadline.compare_exchange_strong(due, Striking)) {
       return;
     }
-    strike();
-    deadline = done;
+    Strike();
+    deadline = Done;
   }
 };
 
 Watchdog::Watchdog(std::unique_ptr<Shared> shared) noexcept : shared_(std::move(shared)), process_(getpid()) {}
 
-std::unique_ptr<Watchdog> Watchdog::over(const Endpoints& ends, const Sockets& before) noexcept {
+std::unique_ptr<Watchdog> Watchdog::Over(const Endpoints& ends, const Sockets& before) noexcept {
   try {
     auto shared = std::make_unique<Shared>();
     Sockets found;
-    forEachDescriptor([&](int descriptor) {
-      const auto identity = identityOf(descriptor);
+    ForEachDescriptor([&](int descriptor) {
+      const auto identity = IdentityOf(descriptor);
       if (identity && before.count(identity->inode) == 0 &&
-          agrees(identity->peer, ends.serverAddress, ends.serverPort) &&
-          agrees(identity->local, ends.clientAddress, ends.clientPort) && found.insert(identity->inode).second) {
+          Agrees(identity->peer, ends.serverAddress, ends.serverPort) &&
+          Agrees(identity->local, ends.clientAddress, ends.clientPort) && found.insert(identity->inode).second) {
         shared->descriptor = descriptor;
         shared->identity = *identity;
       }
@@ -206,7 +206,7 @@ std::unique_ptr<Watchdog> Watchdog::over(const Endpoints& ends, const Sockets& b
     sigset_t former;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &former);
-    watchdog->running_ = pthread_create(&watchdog->thread_, nullptr, run, watchdog->shared_.get()) == 0;
+    watchdog->running_ = pthread_create(&watchdog->thread_, nullptr, Run, watchdog->shared_.get()) == 0;
     pthread_sigmask(SIG_SETMASK, &former, nullptr);
     return watchdog->running_ ? std::move(watchdog) : nullptr;
   } catch (...) {
@@ -231,33 +231,33 @@ Watchdog::~Watchdog() {
   pthread_join(thread_, nullptr);
 }
 
-void* Watchdog::run(void* shared) noexcept {
+void* Watchdog::Run(void* shared) noexcept {
   auto& mine = *static_cast<Shared*>(shared);
   std::unique_lock lock(mine.mutex);
-  while (!mine.ended.wait_for(lock, step, [&] { return mine.ending; })) {
-    mine.look();
+  while (!mine.ended.wait_for(lock, Step, [&] { return mine.ending; })) {
+    mine.Look();
   }
   return nullptr;
 }
 
-bool Watchdog::enter(std::chrono::milliseconds limit) noexcept {
-  std::int64_t free = idle;
+bool Watchdog::Enter(std::chrono::milliseconds limit) noexcept {
+  std::int64_t free = Idle;
   const auto due = Clock::now() + std::chrono::duration_cast<Clock::duration>(limit);
   return shared_->deadline.compare_exchange_strong(free, due.time_since_epoch().count());
 }
 
-void Watchdog::leave() noexcept {
+void Watchdog::Leave() noexcept {
   for (;;) {
     std::int64_t due = shared_->deadline;
-    if (due == striking && process_ == getpid()) {
+    if (due == Striking && process_ == getpid()) {
       sched_yield();
-    } else if (shared_->deadline.compare_exchange_strong(due, idle)) {
+    } else if (shared_->deadline.compare_exchange_strong(due, Idle)) {
       return;
     }
   }
 }
 
-bool Watchdog::struck() const noexcept {
+bool Watchdog::Struck() const noexcept {
   return shared_->struck;
 }
 

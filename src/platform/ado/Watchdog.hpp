@@ -20,7 +20,7 @@ struct Endpoints {
 using Sockets = std::unordered_set<ino_t>;
 
 /// The stream sockets that this process has open.
-[[nodiscard]] Sockets openSockets();
+[[nodiscard]] Sockets OpenSockets();
 
 /// Ends a wait for a server that says nothing: shuts the connection down under the driver, whose call then fails. It
 /// works on a thread of its own, which takes no signal and is joined with the object. In a child that was forked
@@ -29,23 +29,23 @@ class Watchdog {
  public:
   /// Over the one socket of this process that was made after `before` was taken and whose two ends are `ends`; nothing
   /// where there is none or more than one, since a socket that is not certainly the session's must not be touched.
-  [[nodiscard]] static std::unique_ptr<Watchdog> over(const Endpoints& ends, const Sockets& before) noexcept;
+  [[nodiscard]] static std::unique_ptr<Watchdog> Over(const Endpoints& ends, const Sockets& before) noexcept;
   Watchdog(const Watchdog&) = delete;
   Watchdog& operator=(const Watchdog&) = delete;
   ~Watchdog();
 
   /// A call to the driver begins, which may take `limit`. False while another one is under way, whose limit holds.
-  [[nodiscard]] bool enter(std::chrono::milliseconds limit) noexcept;
+  [[nodiscard]] bool Enter(std::chrono::milliseconds limit) noexcept;
   /// The call is over. Once this has returned the connection is not shut down any more.
-  void leave() noexcept;
+  void Leave() noexcept;
   /// Whether a call was ended.
-  [[nodiscard]] bool struck() const noexcept;
+  [[nodiscard]] bool Struck() const noexcept;
 
  private:
   struct Shared;
 
   explicit Watchdog(std::unique_ptr<Shared> shared) noexcept;
-  static void* run(void* shared) noexcept;
+  static void* Run(void* shared) noexcept;
 
   std::unique_ptr<Shared> shared_;
   pthread_t thread_{};

@@ -31,24 +31,24 @@ std::optional<std::string> CharacterOf(const base::CharacterConverter& converter
   return one ? std::optional<std::string>(character) : std::nullopt;
 }
 
-bool IsUtf8Name(const std::string& name) {
+bool NamesUtf8(const std::string& name) {
   return name.empty() || base::SameButForCase(name, "UTF-8") || base::SameButForCase(name, "UTF8");
 }
 
 /// What iconv would read as a wish of another kind, or as the locale's encoding, is no name.
-bool IsAllowedName(const std::string& name) {
+bool AllowedName(const std::string& name) {
   return name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._:-") ==
          std::string::npos;
 }
 
 } // namespace
 
-Encoding::Encoding(const std::string& name) : name_(IsUtf8Name(name) ? "UTF-8" : name) {
-  if (IsUtf8Name(name)) {
+Encoding::Encoding(const std::string& name) : name_(NamesUtf8(name) ? "UTF-8" : name) {
+  if (NamesUtf8(name)) {
     return;
   }
   const base::CharacterConverter converter(name);
-  if (!IsAllowedName(name) || !converter.Known()) {
+  if (!AllowedName(name) || !converter.Known()) {
     throw LinkError("NEXARO_CODIFICA indica una codifica sconosciuta: vale «" + name + "».");
   }
   for (unsigned byte = 0; byte < characters_.size(); ++byte) {
@@ -67,7 +67,7 @@ Encoding::Encoding(const std::string& name) : name_(IsUtf8Name(name) ? "UTF-8" :
 }
 
 std::string Encoding::ToHost(std::string_view text, const std::string& what) const {
-  if (IsUtf8()) {
+  if (PlainUtf8()) {
     return std::string(text);
   }
   std::string byte;
@@ -90,7 +90,7 @@ std::string Encoding::ToHost(std::string_view text, const std::string& what) con
 }
 
 std::optional<std::string> Encoding::FromHost(std::string_view text) const {
-  if (IsUtf8()) {
+  if (PlainUtf8()) {
     return std::string(text);
   }
   std::string result;
@@ -109,7 +109,7 @@ std::string Encoding::FromHostTolerant(std::string_view text) const {
   std::string result;
   result.reserve(text.size());
   while (!text.empty()) {
-    const auto utf8 = IsUtf8() ? base::FirstCharacter(text) : base::Utf8Character{};
+    const auto utf8 = PlainUtf8() ? base::FirstCharacter(text) : base::Utf8Character{};
     const auto length = utf8.length == 0 ? std::size_t{1} : utf8.length;
     if (utf8.length > 0) {
       result += text.substr(0, length);

@@ -16,7 +16,7 @@ class Encoding {
 
   [[nodiscard]] const std::string& Name() const { return name_; }
   /// The host's texts are UTF-8: they pass as they are.
-  [[nodiscard]] bool IsUtf8() const { return codes_.empty(); }
+  [[nodiscard]] bool PlainUtf8() const { return codes_.empty(); }
 
   /// The bytes of `text` (UTF-8) on the host. Raises a run-time error that names the first character that the encoding
   /// lacks; `what` begins its text and says where the character stands.

@@ -51,7 +51,7 @@ struct flock Record(short type, std::string_view kind, std::string_view text) no
 
 /// Whether `descriptor` still is what we opened: a calling program may have closed what it does not know, and its
 /// number may be another file's by now.
-bool IsOurs(const base::Descriptor& descriptor) noexcept {
+bool Ours(const base::Descriptor& descriptor) noexcept {
   struct stat state {};
   return descriptor.Opened() && ::fstat(descriptor.Number(), &state) == 0 && S_ISCHR(state.st_mode) &&
          state.st_rdev == makedev(1, 7);
@@ -83,7 +83,7 @@ class DeviceLock final : public ProcessLock {
 };
 
 int DeviceLock::IsOpen() {
-  if (!IsOurs(device_)) {
+  if (!Ours(device_)) {
     static_cast<void>(device_.Release());
     const base::Descriptor first(::open(Device, O_RDWR | O_CLOEXEC | O_NOCTTY));
     if (!first.Opened()) {
@@ -94,7 +94,7 @@ int DeviceLock::IsOpen() {
     if (!high.Opened()) {
       Impossible(errno);
     }
-    if (!IsOurs(high)) {
+    if (!Ours(high)) {
       Impossible(ENODEV);
     }
     device_ = std::move(high);
@@ -113,7 +113,7 @@ bool DeviceLock::Take(std::string_view kind, std::string_view text) {
 
 void DeviceLock::LetGo(std::string_view kind, std::string_view text) noexcept {
   auto lock = Record(F_UNLCK, kind, text);
-  if (IsOurs(device_)) {
+  if (Ours(device_)) {
     ::fcntl(device_.Number(), F_SETLK, &lock);
   }
 }

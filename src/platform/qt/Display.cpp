@@ -41,7 +41,7 @@ bool X11Reachable() {
   return succeeded;
 }
 
-bool HasWaylandPlugin() {
+bool WaylandPluginPresent() {
   const QDir plugin(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
   return !plugin.entryList({QStringLiteral("libqwayland*")}).isEmpty();
 }
@@ -73,11 +73,11 @@ bool WaylandAnswers() {
 }
 
 bool WaylandReachable() {
-  return HasWaylandPlugin() && WaylandAnswers();
+  return WaylandPluginPresent() && WaylandAnswers();
 }
 
 [[noreturn]] void WithoutScreen() {
-  if (!HasWaylandPlugin() && WaylandAnswers()) {
+  if (!WaylandPluginPresent() && WaylandAnswers()) {
     throw RuntimeError(errors::Driver,
                        "Impossibile aprire la finestra: lo schermo è di Wayland, e manca il plugin di Qt "
                        "per Wayland (qt6-wayland). Installarlo, o aprire uno schermo X11 (DISPLAY).");

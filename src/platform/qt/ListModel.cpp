@@ -76,7 +76,7 @@ bool ListModel::Changed(std::size_t row, int column) const {
   return newName.find_first_not_of(' ') != std::string::npos && newName != window_.CellText(row, present);
 }
 
-bool ListModel::HasChanges() const {
+bool ListModel::ContainsChanges() const {
   for (int row = 0; row < rows_; ++row) {
     for (int column = 0; column < columnCount(); ++column) {
       if (Changed(static_cast<std::size_t>(row), column)) {

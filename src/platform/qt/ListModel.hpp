@@ -35,7 +35,7 @@ class ListModel final : public QAbstractTableModel {
   [[nodiscard]] ListColumn::Kind Kind(int column) const;
 
   /// True when the person has changed a cell of any row.
-  [[nodiscard]] bool HasChanges() const;
+  [[nodiscard]] bool ContainsChanges() const;
 
   /// Told of what a callback threw while a cell was read: painting cannot let it through.
   std::function<void(std::exception_ptr)> fault;

@@ -57,7 +57,7 @@ void InFrame(QWidget* editor) {
   editor->parentWidget()->hide();
 }
 
-bool HasBankEditor(const ListWindow& window) {
+bool EditsBanks(const ListWindow& window) {
   return std::any_of(window.Description().columns.begin(), window.Description().columns.end(),
                      [](const ListColumn& column) { return column.kind == ListColumn::Kind::BankEditor; });
 }
@@ -243,7 +243,7 @@ void ListParts::Editor(const ListWindow& window) {
   TextScad->setContextMenuPolicy(Qt::NoContextMenu);
   TextScad->setFont(table->font());
   InFrame(TextScad);
-  if (HasBankEditor(window)) {
+  if (EditsBanks(window)) {
     FrameBanca = Frame(QStringLiteral("FrameBanca"), picScadenzeBanche);
     cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), window.Description().cellBanks, window, FrameBanca);
     cmbBanche2->setAccessibleName(QStringLiteral("Nuova banca della riga"));

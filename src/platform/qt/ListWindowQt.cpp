@@ -167,7 +167,7 @@ bool ListWindowQt::eventFilter(QObject* object, QEvent* event) {
     return !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && KeyInEditor(object, key.key());
   }
   if (onBank && type == QEvent::FocusOut && !parts_.cmbBanche2->view()->isVisible() &&
-      HasLeftTheField(static_cast<const QFocusEvent&>(*event))) {
+      LeftTheField(static_cast<const QFocusEvent&>(*event))) {
     Gesture([this] { list_.cmbBanche2_LostFocus(); });
   }
   if (object == parts_.TextScadenza && type == QEvent::MouseButtonPress) {

@@ -123,7 +123,7 @@ void ModalWindowQt::ConnectConfirm(const std::function<void()>& gesture) {
 
 void ModalWindowQt::Abandon() {
   Gesture([&] {
-    if (parts_.PictureAnnulla->hasFocus() || !model_.HasChanges()) {
+    if (parts_.PictureAnnulla->hasFocus() || !model_.ContainsChanges()) {
       list_.PictureAnnulla_Click();
     } else {
       parts_.PictureAnnulla->setFocus();
@@ -264,7 +264,7 @@ void ModalWindowQt::TypeIntoEditor(const QString& digit) {
   }
 }
 
-bool ModalWindowQt::HasLeftTheField(const QFocusEvent& event) {
+bool ModalWindowQt::LeftTheField(const QFocusEvent& event) {
   return event.reason() != Qt::ActiveWindowFocusReason && event.reason() != Qt::PopupFocusReason &&
          event.reason() != Qt::MenuBarFocusReason;
 }

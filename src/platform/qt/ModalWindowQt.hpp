@@ -57,7 +57,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   /// an editor must not throw a morning's work away.
   void Abandon();
   /// True when the person left the field; false when the focus went to a list or a menu, or the window lost it.
-  [[nodiscard]] static bool HasLeftTheField(const QFocusEvent& event);
+  [[nodiscard]] static bool LeftTheField(const QFocusEvent& event);
 
   void RowSelected(int row) override;
   void LaidOut() override;

@@ -264,7 +264,7 @@ bool SingleItemWindowQt::eventFilter(QObject* object, QEvent* event) {
     const bool only = !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
     return only && ((object == parts_.table && KeyInList(key)) || (object == parts_.TextScad && KeyInEditor(key)));
   }
-  if (event->type() == QEvent::FocusOut && HasLeftTheField(static_cast<const QFocusEvent&>(*event))) {
+  if (event->type() == QEvent::FocusOut && LeftTheField(static_cast<const QFocusEvent&>(*event))) {
     const auto& lost = static_cast<const QFocusEvent&>(*event);
     if (object == parts_.TextScad) {
       LeaveField([this] { list_.TextScad_LostFocus(); }, lost);

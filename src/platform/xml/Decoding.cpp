@@ -19,17 +19,17 @@ bool ValidName(std::string_view name) {
 
 /// Unicode and the one-byte encodings of western hosts. The system's library knows hundreds more, with state and with
 /// faults of their own, which a reply must not be able to call upon.
-bool IsKnown(std::string_view encoding) {
-  static constexpr std::array<std::string_view, 13> whole{"utf-8",  "utf8",     "utf-16", "utf-16le", "utf-16be",
+bool Known(std::string_view encoding) {
+  static constexpr std::array<std::string_view, 13> Whole{"utf-8",  "utf8",     "utf-16", "utf-16le", "utf-16be",
                                                           "ascii",  "us-ascii", "latin1", "latin9",   "cp850",
                                                           "ibm850", "cp437",    "ibm437"};
-  static constexpr std::array<std::string_view, 4> families{"iso-8859-", "iso8859-", "windows-125", "cp125"};
+  static constexpr std::array<std::string_view, 4> Families{"iso-8859-", "iso8859-", "windows-125", "cp125"};
   const std::string name = base::LowerCase(encoding);
-  const auto family = std::any_of(families.begin(), families.end(), [&](std::string_view begin) {
+  const auto family = std::any_of(Families.begin(), Families.end(), [&](std::string_view begin) {
     return name.starts_with(begin) && name.size() <= begin.size() + 2 &&
            name.find_first_not_of("0123456789", begin.size()) == std::string::npos;
   });
-  return family || std::find(whole.begin(), whole.end(), name) != whole.end();
+  return family || std::find(Whole.begin(), Whole.end(), name) != Whole.end();
 }
 
 /// The encoding that the XML declaration names, UTF-8 where it names none.
@@ -81,7 +81,7 @@ std::string Decode(std::string_view document) {
   const auto unknown = [&] {
     return RuntimeError(errors::Driver, "Documento XML in una codifica sconosciuta: " + encoding + ".");
   };
-  if (!IsKnown(encoding)) {
+  if (!Known(encoding)) {
     throw unknown();
   }
   const base::CharacterConverter converter(encoding);

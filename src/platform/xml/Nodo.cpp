@@ -12,10 +12,10 @@ namespace lumoscad::xml {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\n";
+constexpr std::string_view Blanks = " \t\r\n";
 
 bool OnlyBlanks(std::string_view text) {
-  return text.find_first_not_of(blanks) == std::string_view::npos;
+  return text.find_first_not_of(Blanks) == std::string_view::npos;
 }
 
 [[noreturn]] void Refuse(const std::string& reason) {
@@ -27,23 +27,23 @@ class DepthGauge final : public pugi::xml_tree_walker {
  public:
   bool for_each(pugi::xml_node& node) override {
     if (node.type() == pugi::node_doctype) {
-      hasDoctype_ = true;
+      doctypeFound_ = true;
     }
     if (node.type() == pugi::node_element && depth() + 1 > GreatestDepth) {
       tooDeep_ = true;
     }
-    return !hasDoctype_ && !tooDeep_;
+    return !doctypeFound_ && !tooDeep_;
   }
 
-  [[nodiscard]] bool HasDoctype() const { return hasDoctype_; }
+  [[nodiscard]] bool DoctypeFound() const { return doctypeFound_; }
   [[nodiscard]] bool TooDeep() const { return tooDeep_; }
 
  private:
-  bool hasDoctype_ = false;
+  bool doctypeFound_ = false;
   bool tooDeep_ = false;
 };
 
-bool IsText(const pugi::xml_node& node) {
+bool Textual(const pugi::xml_node& node) {
   return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
 }
 
@@ -55,7 +55,7 @@ struct Run {
 };
 Run ReadRun(pugi::xml_node& first) {
   Run run;
-  for (auto node = first; node && IsText(node); node = node.next_sibling()) {
+  for (auto node = first; node && Textual(node); node = node.next_sibling()) {
     run.text += node.value();
     run.literal = run.literal || node.type() == pugi::node_cdata;
     first = node;
@@ -63,7 +63,7 @@ Run ReadRun(pugi::xml_node& first) {
   return run;
 }
 
-bool HasElements(const pugi::xml_node& node) {
+bool ContainsElements(const pugi::xml_node& node) {
   const auto children = node.children();
   return std::any_of(children.begin(), children.end(), [](const auto& f) { return f.type() == pugi::node_element; });
 }
@@ -71,16 +71,16 @@ bool HasElements(const pugi::xml_node& node) {
 Nodo Convert(const pugi::xml_node& source) {
   Nodo node;
   node.name = source.name();
-  const bool hasElements = HasElements(source);
+  const bool containsElements = ContainsElements(source);
   for (auto child = source.first_child(); child; child = child.next_sibling()) {
-    if (IsText(child)) {
+    if (Textual(child)) {
       const Run run = ReadRun(child);
       const bool blank = OnlyBlanks(run.text);
       // Blanks between elements lay the document out; blanks alone in an element are its text.
-      if (!blank || run.literal || !hasElements) {
+      if (!blank || run.literal || !containsElements) {
         node.value += run.text;
       }
-      node.hasText = node.hasText || !blank;
+      node.containsText = node.containsText || !blank;
     } else if (child.type() == pugi::node_element) {
       node.children.push_back(Convert(child));
       node.value += node.children.back().value;
@@ -93,7 +93,7 @@ Nodo Convert(const pugi::xml_node& source) {
 pugi::xml_node RootElement(const pugi::xml_document& document) {
   pugi::xml_node root;
   for (const auto& child : document.children()) {
-    if (IsText(child) && !OnlyBlanks(child.value())) {
+    if (Textual(child) && !OnlyBlanks(child.value())) {
       Refuse("testo fuori dall'elemento principale");
     }
     if (child.type() == pugi::node_element) {
@@ -120,11 +120,11 @@ Nodo Read(std::string_view document) {
   }
   const auto text = Decode(document);
   pugi::xml_document tree;
-  constexpr unsigned options = pugi::parse_default | pugi::parse_fragment | pugi::parse_doctype | pugi::parse_ws_pcdata;
-  const auto outcome = tree.load_buffer(text.data(), text.size(), options, pugi::encoding_utf8);
+  constexpr unsigned Options = pugi::parse_default | pugi::parse_fragment | pugi::parse_doctype | pugi::parse_ws_pcdata;
+  const auto outcome = tree.load_buffer(text.data(), text.size(), Options, pugi::encoding_utf8);
   DepthGauge depthGauge;
   tree.traverse(depthGauge);
-  if (depthGauge.HasDoctype()) {
+  if (depthGauge.DoctypeFound()) {
     Refuse("contiene un DOCTYPE, che non è ammesso");
   }
   if (!outcome) {

@@ -12,7 +12,7 @@ struct Nodo {
   std::string name;           ///< the element's name as written
   std::string value;          ///< the text of the element and of all its descendants, in document order
   std::vector<Nodo> children; ///< the child elements, in document order
-  bool hasText = false;       ///< the element has a non-blank text of its own: it has child nodes though no `children`
+  bool containsText = false;  ///< the element has a non-blank text of its own: it has child nodes though no `children`
 };
 
 /// The largest document that `Read` takes, in bytes.

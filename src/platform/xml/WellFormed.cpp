@@ -23,8 +23,8 @@ bool AllowedCharacter(std::uint32_t code) {
 
 /// `name` is what stands between "&" and ";".
 bool ValidReference(std::string_view name) {
-  static constexpr std::array<std::string_view, 5> predefined{"amp", "lt", "gt", "quot", "apos"};
-  for (const auto& predefinedOne : predefined) {
+  static constexpr std::array<std::string_view, 5> Predefined{"amp", "lt", "gt", "quot", "apos"};
+  for (const auto& predefinedOne : Predefined) {
     if (name == predefinedOne) {
       return true;
     }
@@ -40,8 +40,8 @@ bool ValidReference(std::string_view name) {
   return error == std::errc() && arrival == end && AllowedCharacter(code);
 }
 
-constexpr std::string_view forbiddenCharacter = "contiene un carattere o un riferimento non ammesso";
-constexpr std::string_view whitespace = " \t\r\n";
+constexpr std::string_view ForbiddenCharacter = "contiene un carattere o un riferimento non ammesso";
+constexpr std::string_view Whitespace = " \t\r\n";
 
 /// A comment that begins at `position`, which moves past it. "--" may only end it.
 std::string_view SkipComment(std::string_view text, std::size_t& position) {
@@ -59,7 +59,7 @@ std::string_view SkipComment(std::string_view text, std::size_t& position) {
 std::string_view SkipInstruction(std::string_view text, std::size_t& position) {
   const auto end = text.find("?>", position);
   const auto body = text.substr(position + 2, end == std::string_view::npos ? end : end - position - 2);
-  const auto name = body.substr(0, body.find_first_of(whitespace));
+  const auto name = body.substr(0, body.find_first_of(Whitespace));
   if (base::SameButForCase(name, "xml") && (position != 0 || name != "xml")) {
     return "contiene una dichiarazione XML fuori posto";
   }
@@ -140,10 +140,10 @@ std::string_view SkipMarkup(std::string_view text, std::size_t& position) {
     position = end == std::string_view::npos ? text.size() : end + 3;
     return {};
   }
-  return SkipTag(text, position) ? std::string_view() : forbiddenCharacter;
+  return SkipTag(text, position) ? std::string_view() : ForbiddenCharacter;
 }
 
-constexpr std::string_view prefixWithoutDeclaration = "usa un prefisso che non dichiara";
+constexpr std::string_view PrefixWithoutDeclaration = "usa un prefisso che non dichiara";
 
 /// The namespaces of each prefix that are declared at a place of the tree, the innermost last. A document may declare
 /// as many as it has room for, and use each of them everywhere.
@@ -174,7 +174,7 @@ std::string_view AttributeFault(const pugi::xml_node& element, const Declaration
     }
     const auto space = Space(declarations, prefix);
     if (!space) {
-      return prefixWithoutDeclaration;
+      return PrefixWithoutDeclaration;
     }
     if (!withSpace.emplace(*space, name.substr(prefix.size() + 1)).second) {
       return "contiene due volte lo stesso attributo";
@@ -195,7 +195,7 @@ std::string_view ElementFault(const pugi::xml_node& element, Declarations& decla
   std::string_view fault = AttributeFault(element, declarations);
   const auto prefix = Prefix(element.name());
   if (fault.empty() && !prefix.empty() && !Space(declarations, prefix)) {
-    fault = prefixWithoutDeclaration;
+    fault = PrefixWithoutDeclaration;
   }
   for (auto child = element.first_child(); child && fault.empty(); child = child.next_sibling()) {
     if (child.type() == pugi::node_element) {
@@ -212,7 +212,7 @@ std::string_view ElementFault(const pugi::xml_node& element, Declarations& decla
 
 std::string_view TextFault(std::string_view text) {
   if (!OnlyAllowedCharacters(text)) {
-    return forbiddenCharacter;
+    return ForbiddenCharacter;
   }
   std::size_t position = 0;
   while ((position = text.find_first_of("<&]", position)) != std::string_view::npos) {
@@ -220,7 +220,7 @@ std::string_view TextFault(std::string_view text) {
     if (text[position] == '<') {
       fault = SkipMarkup(text, position);
     } else if (text[position] == '&') {
-      fault = SkipReference(text, position) ? fault : forbiddenCharacter;
+      fault = SkipReference(text, position) ? fault : ForbiddenCharacter;
     } else if (text.substr(position).starts_with("]]>")) {
       fault = "contiene «]]>» in un testo";
     } else {

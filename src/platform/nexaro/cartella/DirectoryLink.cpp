@@ -69,7 +69,7 @@ void DirectoryLink::EseguiProgramma(std::string_view host, std::string_view prog
                         xml::LargestSize,
                         MaxErrorsShown,
                         ReplyIsComplete,
-                        &reply.Started};
+                        &reply.started};
   const auto outcome = Run(process);
   const auto tail = MessageEnd(outcome.errors);
   CheckEnd(outcome, subject, tail, timeout_);

@@ -19,7 +19,7 @@ namespace lumoscad::nexaro {
 
 namespace {
 
-constexpr std::string_view starting = "Avvio del programma";
+constexpr std::string_view Starting = "Avvio del programma";
 
 /// What the supervisor reports through its pipe: one write, shorter than PIPE_BUF, hence whole.
 struct Report {
@@ -35,7 +35,7 @@ struct Pipe {
 /// Takes a new descriptor and keeps clear of 0 to 2, which a calling program may have closed.
 base::Descriptor AboveTwo(int number) {
   if (number < 0) {
-    throw SystemError(starting, errno);
+    throw SystemError(Starting, errno);
   }
   base::Descriptor original(number);
   if (number > 2) {
@@ -47,7 +47,7 @@ base::Descriptor AboveTwo(int number) {
 Pipe MakePipe() {
   std::array<int, 2> numbers{-1, -1};
   if (::pipe2(numbers.data(), O_CLOEXEC) != 0) {
-    throw SystemError(starting, errno);
+    throw SystemError(Starting, errno);
   }
   Pipe pipe{base::Descriptor(numbers[0]), base::Descriptor(numbers[1])};
   pipe.reading = AboveTwo(pipe.reading.Release());
@@ -242,9 +242,9 @@ class Listening {
         continue;
       }
       const bool timedOut = TimeLeft(deadline_).count() == 0;
-      if (HasReported() && (timedOut || TimeLeft(silentAt_).count() == 0)) {
+      if (Reported() && (timedOut || TimeLeft(silentAt_).count() == 0)) {
         silentAt_ = Clock::now() + Silence;
-        if (IsEnough()) {
+        if (Enough()) {
           break;
         }
       }
@@ -258,16 +258,16 @@ class Listening {
   }
 
   /// The supervisor has told how the program ended, or has gone without a word.
-  [[nodiscard]] bool HasReported() const { return reports_.size() >= sizeof(Report) || !streams_.report.Opened(); }
+  [[nodiscard]] bool Reported() const { return reports_.size() >= sizeof(Report) || !streams_.report.Opened(); }
 
  private:
   [[nodiscard]] bool Finished() const {
-    return HasReported() &&
+    return Reported() &&
            (ReadSoFar().finish == ProcessEnd::NotStarted || (!streams_.output.Opened() && !streams_.errors.Opened()));
   }
 
   /// Whether the end of the output can be done without.
-  [[nodiscard]] bool IsEnough() const {
+  [[nodiscard]] bool Enough() const {
     const auto report = ReadSoFar();
     const bool succeeded = report.finish == ProcessEnd::Exited && report.state == 0;
     return !succeeded || !process_.complete || process_.complete(outcome_.output);
@@ -275,7 +275,7 @@ class Listening {
 
   /// Waits at most `millis` and takes what there is; false when there is nothing.
   bool Look(int millis) {
-    if (HasReported()) {
+    if (Reported()) {
       millis = std::min(millis, static_cast<int>(TimeLeft(silentAt_).count()));
     }
     std::array<pollfd, 3> polled{{{streams_.output.Number(), POLLIN, 0},
@@ -341,7 +341,7 @@ pid_t ForkSupervisor(const Prepared& data) {
   const auto code = errno;
   ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
   if (pid < 0) {
-    throw SystemError(starting, code).WithOutcome(TransactionOutcome::NotApplied);
+    throw SystemError(Starting, code).WithOutcome(TransactionOutcome::NotApplied);
   }
   // Both sides set the group: whichever comes first, a kill finds it.
   ::setpgid(pid, pid);
@@ -390,7 +390,7 @@ ProcessOutcome Run(const Process& process) {
     }
   } catch (...) {
     // Nobody would watch over the program any more. One that has ended has nothing but what it left behind on purpose.
-    if (!listening.HasReported()) {
+    if (!listening.Reported()) {
       supervisor.Kill();
     }
     throw;

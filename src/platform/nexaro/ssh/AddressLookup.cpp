@@ -46,8 +46,8 @@ struct LookUp {
 class Abandoned {
  public:
   static Abandoned& All() {
-    static auto* const all = new Abandoned; // NOLINT(cppcoreguidelines-owning-memory): see above
-    return *all;
+    static auto* const All = new Abandoned; // NOLINT(cppcoreguidelines-owning-memory): see above
+    return *All;
   }
   void Take(std::unique_ptr<LookUp> lookUp) {
     const std::lock_guard guard(key_);

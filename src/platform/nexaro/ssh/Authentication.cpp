@@ -37,10 +37,11 @@ Key ReadKey(const std::string& path, std::string& reason) {
     return nullptr;
   }
   ssh_key key = nullptr;
-  bool isProtected = false;
-  if (ssh_pki_import_privkey_file(path.c_str(), nullptr, NeverAsk, &isProtected, &key) != SSH_OK) {
-    reason = isProtected ? "è protetta da una parola d'ordine, che non viene mai chiesta: usare l'agente delle chiavi"
-                         : "non è una chiave privata leggibile";
+  bool passphraseProtected = false;
+  if (ssh_pki_import_privkey_file(path.c_str(), nullptr, NeverAsk, &passphraseProtected, &key) != SSH_OK) {
+    reason = passphraseProtected
+                 ? "è protetta da una parola d'ordine, che non viene mai chiesta: usare l'agente delle chiavi"
+                 : "non è una chiave privata leggibile";
     return nullptr;
   }
   return Key(key);

@@ -56,7 +56,7 @@ void Channel::Write(std::string_view data, std::optional<Deadline> limit) {
       continue;
     }
     if (written != 0 && written != SSH_AGAIN) {
-      throw ConnectionLost(session_.IsAlive() ? "il servizio sull'host si è chiuso" : session_.LossReason());
+      throw ConnectionLost(session_.Alive() ? "il servizio sull'host si è chiuso" : session_.LossReason());
     }
     session_.HandleEvents(deadline);
   }
@@ -64,7 +64,7 @@ void Channel::Write(std::string_view data, std::optional<Deadline> limit) {
 
 void Channel::Kill() {
   static constexpr int SendTimeout = 1000;
-  if (session_.IsAlive() && !closed) {
+  if (session_.Alive() && !closed) {
     ssh_channel_request_send_signal(channel_.get(), "KILL");
     ssh_blocking_flush(session_.Raw(), SendTimeout);
   }

@@ -41,7 +41,7 @@ class Channel {
   [[nodiscard]] bool HandleEventsUntil(Deadline deadline) { return session_.HandleEventsUntil(deadline); }
 
   [[nodiscard]] const Session& ItsSession() const { return session_; }
-  [[nodiscard]] bool IsAlive() const { return session_.IsAlive(); }
+  [[nodiscard]] bool Alive() const { return session_.Alive(); }
 
   /// What has arrived and was not taken away.
   std::string output;

@@ -84,7 +84,7 @@ std::string ReadKnownHosts(const std::string& knownHosts, std::string& detail) {
 /// A line of the file, without its marker.
 struct Line {
   std::string text;
-  bool isRevocation = false;
+  bool revoked = false;
 };
 
 /// Lines that name authorities, and lines with exceptions from a pattern, are left out: no key is accepted by them.
@@ -97,18 +97,18 @@ bool ReadLine(std::string_view raw, Line& line) {
   if (raw.ends_with('\r')) {
     raw.remove_suffix(1);
   }
-  line.isRevocation = raw.starts_with("@revoked");
+  line.revoked = raw.starts_with("@revoked");
   if (raw.front() == '@') {
     const auto blank = raw.find_first_of(" \t");
     const auto continuation = blank == std::string_view::npos ? blank : raw.find_first_not_of(" \t", blank);
-    if (!line.isRevocation || continuation == std::string_view::npos) {
+    if (!line.revoked || continuation == std::string_view::npos) {
       return false;
     }
     raw.remove_prefix(continuation);
   }
   line.text = std::string(raw);
   std::replace(line.text.begin(), line.text.end(), '\t', ' ');
-  return line.isRevocation || raw.substr(0, raw.find_first_of(" \t")).find('!') == std::string_view::npos;
+  return line.revoked || raw.substr(0, raw.find_first_of(" \t")).find('!') == std::string_view::npos;
 }
 
 /// How one line changes what is known of the key so far.
@@ -119,7 +119,7 @@ KeyState Compare(KeyState soFar, const Line& line, const Key& key, const std::st
   }
   const std::unique_ptr<ssh_knownhosts_entry, ReleaseEntry> entry(raw);
   const bool equal = ssh_key_cmp(key.get(), entry->publickey, SSH_KEY_CMP_PUBLIC) == 0;
-  if (line.isRevocation) {
+  if (line.revoked) {
     return equal ? KeyState::Revoked : soFar;
   }
   if (equal) {

@@ -26,10 +26,10 @@ class Timeout {
   /// Why the program has to be given up; empty while it need not be.
   std::string Run() {
     while (!Ended(channel_) && !channel_.excessiveOutput) {
-      const bool hasArrived = channel_.HandleEventsUntil(Limit());
-      const bool timedOut = !hasArrived && TimeLeft(deadline_).count() == 0;
-      if (Dismissed(channel_) && (timedOut || IsSilent())) {
-        if (IsEnough()) {
+      const bool arrived = channel_.HandleEventsUntil(Limit());
+      const bool timedOut = !arrived && TimeLeft(deadline_).count() == 0;
+      if (Dismissed(channel_) && (timedOut || Silent())) {
+        if (Enough()) {
           return {};
         }
         silentAt_ = Clock::now() + Silence;
@@ -60,7 +60,7 @@ class Timeout {
   }
 
   /// Whether the output has been silent for long enough; what comes for the connection's own sake is no output.
-  [[nodiscard]] bool IsSilent() {
+  [[nodiscard]] bool Silent() {
     const auto count = channel_.output.size() + channel_.errors.size();
     if (count != taken_) {
       taken_ = count;
@@ -70,7 +70,7 @@ class Timeout {
   }
 
   /// Whether the end of the output can be done without.
-  [[nodiscard]] bool IsEnough() const {
+  [[nodiscard]] bool Enough() const {
     return !channel_.signal.empty() || channel_.state != 0 || complete_(channel_.output);
   }
 

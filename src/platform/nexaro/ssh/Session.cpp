@@ -118,7 +118,7 @@ void Session::Activate() {
   }
 }
 
-bool Session::IsAlive() const {
+bool Session::Alive() const {
   return !broken_ && ssh_is_connected(Raw()) != 0;
 }
 
@@ -129,7 +129,7 @@ void Session::HandleEvents(Deadline deadline) {
 }
 
 bool Session::HandleEventsUntil(Deadline deadline) {
-  if (!IsAlive()) {
+  if (!Alive()) {
     throw ConnectionLost(LossReason());
   }
   const auto look = looks_.Next(deadline);
@@ -143,7 +143,7 @@ bool Session::HandleEventsUntil(Deadline deadline) {
 
 void Session::HandleEventsNow() {
   const auto before = counted_.in_bytes;
-  while (IsAlive()) {
+  while (Alive()) {
     const int outcome = ssh_event_dopoll(event_.get(), 0);
     broken_ = broken_ || outcome == SSH_ERROR;
     if (outcome != SSH_OK) {
@@ -163,7 +163,7 @@ std::string Session::LossReason() const {
 }
 
 void Session::Refused() const {
-  if (!IsAlive()) {
+  if (!Alive()) {
     throw ConnectionLost(LossReason());
   }
   throw RequestRefused();

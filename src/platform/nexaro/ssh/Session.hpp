@@ -69,7 +69,7 @@ class Session {
   /// The host's key was checked and the user logged in.
   void Activate();
 
-  [[nodiscard]] bool IsAlive() const;
+  [[nodiscard]] bool Alive() const;
 
   /// Handles what arrives, and waits for it until `deadline`. Raises `ConnectionLost` when the connection is gone or
   /// the time is over; what had arrived before was handled.

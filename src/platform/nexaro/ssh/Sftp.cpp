@@ -53,11 +53,11 @@ constexpr const char* FileSystemStatus = "statvfs@openssh.com";
 
 std::string UsualReason(std::uint32_t code, std::string_view message) {
   switch (code) {
-  case sftp_status::NoSuchFile:
+  case sftpStatus::NoSuchFile:
     return "file inesistente";
-  case sftp_status::PermissionDenied:
+  case sftpStatus::PermissionDenied:
     return "permesso negato";
-  case sftp_status::NotSupported:
+  case sftpStatus::NotSupported:
     return "operazione non offerta dall'host";
   default:
     return "l'host non ha potuto eseguire l'operazione (" +
@@ -73,7 +73,7 @@ void CheckSftpStatus(const Sftp::Reply& reply) {
   }
   SftpReader reader(reply.body);
   const auto code = reader.U32();
-  if (code != sftp_status::Ok) {
+  if (code != sftpStatus::Ok) {
     throw SftpError(code, reader.Finished() ? std::string_view() : reader.Text());
   }
 }
@@ -103,11 +103,11 @@ SftpAttributes ReadAttributes(const Sftp::Reply& reply) {
 SftpError::SftpError(std::uint32_t code, std::string_view message, std::string reason)
     : code_(code), reason_(reason.empty() ? UsualReason(code, message) : std::move(reason)) {}
 
-bool SftpAttributes::IsDirectory() const {
+bool SftpAttributes::Directory() const {
   return permissions && S_ISDIR(*permissions);
 }
 
-bool SftpAttributes::IsOrdinary() const {
+bool SftpAttributes::Ordinary() const {
   return !permissions || (*permissions & S_IFMT) == 0 || S_ISREG(*permissions);
 }
 
@@ -236,7 +236,7 @@ std::optional<SftpAttributes> Sftp::Look(std::string_view path, bool followLink)
   try {
     return ReadAttributes(reply);
   } catch (const SftpError& error) {
-    if (error.Code() == sftp_status::NoSuchFile) {
+    if (error.Code() == sftpStatus::NoSuchFile) {
       return std::nullopt;
     }
     throw;
@@ -299,7 +299,7 @@ std::optional<std::string> Sftp::AwaitData(std::uint32_t number) {
   try {
     CheckSftpStatus(reply);
   } catch (const SftpError& error) {
-    if (error.Code() == sftp_status::EndOfFile) {
+    if (error.Code() == sftpStatus::EndOfFile) {
       return std::nullopt;
     }
     throw;

@@ -14,22 +14,22 @@
 namespace lumoscad::nexaro {
 
 /// The status codes of the protocol (draft-ietf-secsh-filexfer-02, section 7).
-namespace sftp_status {
+namespace sftpStatus {
 inline constexpr std::uint32_t Ok = 0;
 inline constexpr std::uint32_t EndOfFile = 1;
 inline constexpr std::uint32_t NoSuchFile = 2;
 inline constexpr std::uint32_t PermissionDenied = 3;
 inline constexpr std::uint32_t Failure = 4;
 inline constexpr std::uint32_t NotSupported = 8;
-} // namespace sftp_status
+} // namespace sftpStatus
 
 /// How a file is opened (section 6.3).
-namespace sftp_open {
+namespace sftpOpen {
 inline constexpr std::uint32_t Reading = 0x01;
 inline constexpr std::uint32_t Writing = 0x02;
 inline constexpr std::uint32_t Create = 0x08;
 inline constexpr std::uint32_t Exclusive = 0x20;
-} // namespace sftp_open
+} // namespace sftpOpen
 
 /// An operation that the host refused. Stays inside the link.
 class SftpError final : public std::exception {
@@ -50,9 +50,9 @@ struct SftpAttributes {
   std::optional<std::uint64_t> size;
   std::optional<std::uint32_t> permissions;
 
-  [[nodiscard]] bool IsDirectory() const;
+  [[nodiscard]] bool Directory() const;
   /// An ordinary file, as far as the host says.
-  [[nodiscard]] bool IsOrdinary() const;
+  [[nodiscard]] bool Ordinary() const;
 };
 
 /// The client of the file transfer protocol on a channel of its own. Requests may be sent ahead of the answers to those

@@ -27,7 +27,7 @@ Sftp& SshConnection::File() {
   session_.HandleEventsNow();
   if (!sftp_) {
     sftp_ = std::make_unique<Sftp>(session_);
-  } else if (!session_.IsAlive()) {
+  } else if (!session_.Alive()) {
     throw ConnectionLost(session_.LossReason());
   } else if (Clock::now() - sftp_->LastReply() > Fresh) {
     sftp_->Greet();

@@ -25,10 +25,10 @@ constexpr const char* WhatPrograms = "La cartella dei programmi (NEXARO_PROGRAMM
 constexpr const char* WhatName = "Il nome del programma";
 
 RuntimeError ErrorOfSftp(const std::string& operation, const SftpError& error, const std::string& user) {
-  const int number = error.Code() == sftp_status::NoSuchFile         ? errors::FileNotFound
-                     : error.Code() == sftp_status::PermissionDenied ? PermissionError
-                                                                     : LinkFailure;
-  const std::string remedy = error.Code() == sftp_status::PermissionDenied
+  const int number = error.Code() == sftpStatus::NoSuchFile         ? errors::FileNotFound
+                     : error.Code() == sftpStatus::PermissionDenied ? PermissionError
+                                                                    : LinkFailure;
+  const std::string remedy = error.Code() == sftpStatus::PermissionDenied
                                  ? " Chiedere all'amministratore dell'host i permessi per l'utente " + Quote(user) + "."
                                  : "";
   return {number, operation + ": " + error.Reason() + "." + remedy};
@@ -145,7 +145,7 @@ void SshLink::InviaFile(std::string_view host, std::string_view locale, std::str
   const auto path = HostPath(remote);
   const auto file = OpenOrdinary(std::string(locale), operation);
   Source source = [&](std::span<char> buffer) { return ReadBlock(file, buffer, operation); };
-  if (!settings_.encoding.IsUtf8()) {
+  if (!settings_.encoding.PlainUtf8()) {
     source = SourceText(settings_.encoding.ToHost(ReadAll(file, operation), "Il file " + Quote(locale)));
   }
   const std::string address(host);
@@ -191,7 +191,7 @@ void SshLink::Receive(std::string_view host, std::string_view remote, std::strin
         TemporaryFile copy(destination, LocalMode, operation);
         Download(sftp, path, extent, [&](std::string_view data) {
           const auto& encoding = settings_.encoding;
-          copy.Write(encoding.IsUtf8() ? std::string(data) : encoding.FromHostTolerant(data), operation);
+          copy.Write(encoding.PlainUtf8() ? std::string(data) : encoding.FromHostTolerant(data), operation);
         });
         copy.Publish(destination, operation);
       },
@@ -215,7 +215,7 @@ void SshLink::RinominaFile(std::string_view host, std::string_view remote, std::
         try {
           sftp.Rename(from, a);
         } catch (const SftpError& error) {
-          if (error.Code() == sftp_status::Failure && sftp.Look(from, false) && sftp.Look(a, false)) {
+          if (error.Code() == sftpStatus::Failure && sftp.Look(from, false) && sftp.Look(a, false)) {
             throw SftpError(error.Code(), {}, "il nuovo nome è già preso e l'host non lo sostituisce");
           }
           throw;
@@ -255,7 +255,7 @@ void SshLink::CancellaFile(std::string_view host, std::string_view remote) {
         try {
           sftp.Erase(path);
         } catch (const SftpError& error) {
-          if (error.Code() != sftp_status::NoSuchFile) {
+          if (error.Code() != sftpStatus::NoSuchFile) {
             throw;
           }
         }
@@ -291,7 +291,7 @@ void SshLink::EseguiProgramma(std::string_view host, std::string_view program,
   const auto complete = [&](const std::string& output) {
     return ReplyIsComplete(DeclaresEncoding(output) ? output : encoding.FromHostTolerant(output));
   };
-  const auto outcome = Start(std::string(host), line, subject, complete, &reply.Started);
+  const auto outcome = Start(std::string(host), line, subject, complete, &reply.started);
   const auto tail = MessageEnd(encoding.FromHostTolerant(outcome.errors));
   CheckEnd(outcome, subject, tail);
   reply.Consegna(ReadReply(Decode(outcome.output, subject), subject, tail));
@@ -374,7 +374,7 @@ std::unique_ptr<Channel> SshLink::ReadyChannel(const std::string& host) {
 /// A document that does not say how it is encoded is in the encoding of the host's texts.
 std::string SshLink::Decode(std::string output, const std::string& subject) const {
   const auto& encoding = settings_.encoding;
-  if (encoding.IsUtf8() || DeclaresEncoding(output)) {
+  if (encoding.PlainUtf8() || DeclaresEncoding(output)) {
     return output;
   }
   auto text = encoding.FromHost(output);

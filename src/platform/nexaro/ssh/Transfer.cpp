@@ -19,7 +19,7 @@ constexpr std::size_t MaxUnderWay = 64;
 std::string Make(Sftp& sftp, std::string_view path, std::uint32_t mode, RemoteFile& file) {
   file = RemoteFile::Uncertain;
   try {
-    auto handle = sftp.Open(path, sftp_open::Writing | sftp_open::Create | sftp_open::Exclusive, mode);
+    auto handle = sftp.Open(path, sftpOpen::Writing | sftpOpen::Create | sftpOpen::Exclusive, mode);
     file = RemoteFile::Created;
     return handle;
   } catch (const SftpError&) {
@@ -36,8 +36,8 @@ std::string OpenNew(Sftp& sftp, std::string_view path, std::uint32_t mode, Remot
     if (!present) {
       throw;
     }
-    if (present->IsDirectory()) {
-      throw SftpError(sftp_status::Failure, {}, "è una cartella");
+    if (present->Directory()) {
+      throw SftpError(sftpStatus::Failure, {}, "è una cartella");
     }
   }
   sftp.Erase(path);
@@ -46,7 +46,7 @@ std::string OpenNew(Sftp& sftp, std::string_view path, std::uint32_t mode, Remot
 
 /// The protocol has no code for a full disk: an unexplained failure to write is looked into.
 SftpError WriteError(Sftp& sftp, std::string_view path, const SftpError& error) {
-  if (error.Code() != sftp_status::Failure) {
+  if (error.Code() != sftpStatus::Failure) {
     return error;
   }
   std::optional<std::uint64_t> freeBytes;
@@ -91,7 +91,7 @@ void Conclude(Sftp& sftp, std::string_view handle, std::uint64_t expected) {
   const auto size = sftp.AwaitAttributes(attributes).size;
   sftp.AwaitStatus(closing);
   if (size != expected) {
-    throw SftpError(sftp_status::Failure, {},
+    throw SftpError(sftpStatus::Failure, {},
                     "sull'host il file è di " + (size ? std::to_string(*size) : "un numero ignoto di") +
                         " byte invece di " + std::to_string(expected));
   }
@@ -116,22 +116,22 @@ void RemoveFile(Sftp& sftp, std::string_view handle, std::string_view path) {
 }
 
 SftpError TooLarge() {
-  return {sftp_status::Failure, {}, TooLargeReason};
+  return {sftpStatus::Failure, {}, TooLargeReason};
 }
 
 /// Looked at first: to open a pipe would hold the host's service up.
 std::string OpenOrdinary(Sftp& sftp, std::string_view path, const Extent& extent) {
   const auto present = sftp.Look(path, true);
   if (!present) {
-    throw SftpError(sftp_status::NoSuchFile, {});
+    throw SftpError(sftpStatus::NoSuchFile, {});
   }
-  if (!present->IsOrdinary()) {
-    throw SftpError(sftp_status::Failure, {}, present->IsDirectory() ? "è una cartella" : "non è un file ordinario");
+  if (!present->Ordinary()) {
+    throw SftpError(sftpStatus::Failure, {}, present->Directory() ? "è una cartella" : "non è un file ordinario");
   }
   if (!extent.truncate && present->size.value_or(0) > extent.maximum) {
     throw TooLarge();
   }
-  return sftp.Open(path, sftp_open::Reading, 0);
+  return sftp.Open(path, sftpOpen::Reading, 0);
 }
 
 } // namespace
