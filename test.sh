@@ -23,13 +23,14 @@ processori=$(nproc)
 registri=build/registri
 parti=$registri/parti
 
-# Sets `consumo` to the seconds of processor time of everything that this shell has waited for so far. A subshell would
-# tell its own.
+# Sets `consumo` to the seconds of processor time of everything that this shell has waited for so far. A subshell tells
+# its own.
 consumo=0
 leggi_consumo() {
-  times >"$registri/consumo"
-  consumo=$(awk 'NR == 2 { for (i = 1; i <= 2; i++) { split($i, t, /[ms]/); s += t[1] * 60 + t[2] } printf "%d", s }' \
-    "$registri/consumo")
+  local tempi=$registri/consumo.$BASHPID
+  times >"$tempi"
+  consumo=$(awk 'NR == 2 { for (i = 1; i <= 2; i++) { split($i, t, /[ms]/); s += t[1] * 60 + t[2] } printf "%d", s }' "$tempi")
+  rm -f "$tempi"
 }
 
 nome_parte=
@@ -48,6 +49,76 @@ passo() {
   printf '\n==== %s (%d s)\n' "$1" "$SECONDS"
 }
 
+# Parts that run side by side, each by a short name, with its process, its title and the second of its beginning.
+declare -A corsie=() titoli=() inizi=()
+
+# avvia NAME NICENESS TITLE COMMAND...: begins a part in a process group of its own, by which it can be ended with all that
+# it has started. What it prints is shown when it is over.
+avvia() {
+  local nome=$1 cortesia=$2 titolo=$3
+  shift 3
+  chiudi_parte
+  titoli[$nome]=$titolo
+  inizi[$nome]=$SECONDS
+  set -m
+  corsia "$cortesia" "$titolo" "$@" >"$registri/$nome.corsia" 2>&1 </dev/null &
+  set +m
+  corsie[$nome]=$!
+}
+
+corsia() {
+  local cortesia=$1 titolo=$2 inizio=$SECONDS
+  shift 2
+  renice -n "$cortesia" -p "$BASHPID" >/dev/null
+  "$@"
+  leggi_consumo
+  printf '%s\t%s\t%s\n' "$((SECONDS - inizio))" "$consumo" "$titolo +" >>"$parti"
+}
+
+# aspetta NAME...: goes on when these parts are over. Whichever part fails meanwhile ends the others and the run.
+aspetta() {
+  local nome altra vive
+  for nome in "$@"; do
+    while [ -n "${corsie[$nome]:-}" ]; do
+      vive=" $(jobs -rp | tr '\n' ' ') "
+      for altra in "${!corsie[@]}"; do
+        [[ $vive = *" ${corsie[$altra]} "* ]] || chiudi_corsia "$altra"
+      done
+      [ -z "${corsie[$nome]:-}" ] || sleep 0.2
+    done
+  done
+}
+
+chiudi_corsia() {
+  local esito=0
+  wait "${corsie[$1]}" || esito=$?
+  unset "corsie[$1]"
+  [ "$esito" -eq 0 ] || ferma
+  printf '\n==== %s (da %d a %d s)\n' "${titoli[$1]}" "${inizi[$1]}" "$SECONDS"
+  cat "$registri/$1.corsia"
+  [ "$esito" -eq 0 ] || { printf '\n==== guasto: %s (esito %d)\n' "${titoli[$1]}" "$esito"; exit 1; }
+}
+
+# Nothing that was begun outlives this script.
+ferma() {
+  local pid attesa
+  for pid in "${corsie[@]}"; do
+    kill -TERM -- "-$pid" 2>/dev/null || true
+  done
+  for pid in "${corsie[@]}"; do
+    for ((attesa = 0; attesa < 100; attesa++)); do
+      kill -0 -- "-$pid" 2>/dev/null || continue 2
+      sleep 0.1
+    done
+    kill -KILL -- "-$pid" 2>/dev/null || true
+  done
+  corsie=()
+}
+trap ferma EXIT
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
 # costruisci PRESET [TARGET...]: configures and builds; a quiet build shows its log only when it fails.
 costruisci() {
   local preset=$1
@@ -58,18 +129,25 @@ costruisci() {
   tail -n 1 "$registri/$preset.log"
 }
 
-# prova PRESET [CTEST_ARGUMENT...]: runs a suite and keeps the runner's own count in `conto`. A suite without tests is a
-# failure. Twice as many entries as there are processors run at a time, since many wait for servers.
-conto=
+# prova PRESET [CTEST_ARGUMENT...]: runs a suite. A suite without tests is a failure. Twice as many entries as there are processors run at a time, since many wait for servers.
 prova() {
   local preset=$1 registro
   shift
   registro=$registri/$preset-prove.log
   ctest --preset "$preset" -j "$((processori * 2))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
     { sed -n '/Failed/,$p' "$registro" | tail -n 400; guasti "$registro"; exit 1; }
-  conto=$(grep -E '^[0-9]+% tests passed' "$registro" | tail -n 1)
-  echo "$conto"
+  conto "$preset"
   sed -nE 's/^The following tests did not run:/saltate:/p; s/^\t *[0-9]+ - (.*) \((Skipped|Not Run)\)$/  \1/p' "$registro"
+}
+
+# conto PRESET: the runner's own count.
+conto() {
+  grep -E '^[0-9]+% tests passed' "$registri/$1-prove.log" | tail -n 1
+}
+
+esamina() {
+  scripts/tidy.py --self-test
+  scripts/tidy.py build
 }
 
 # What failed and how, in a few lines: the last thing that one reads.
@@ -90,6 +168,9 @@ resoconto() {
   chiudi_parte
   printf '\n==== parti, secondi e secondi di processore\n'
   awk -F'\t' '{ printf "  %5d s  %5d s  %s\n", $1, $2, $3 }' "$parti"
+  if grep -q ' +$' "$parti"; then
+    echo "  le parti col + corrono insieme: i loro secondi si sovrappongono"
+  fi
   printf 'le cinque parti più lente:\n'
   sort -rn "$parti" | awk -F'\t' 'NR <= 5 { printf "  %5d s  %s\n", $1, $3 }'
   printf 'le cinque prove più lente:\n'
@@ -120,23 +201,20 @@ if [ "$modo" = veloce ]; then
   passo "prove: debug"
   prova debug
   resoconto
-  echo "$conto"
+  conto debug
   exit 0
 fi
 
 passo "compilazione: asan"
 costruisci asan
-passo "prove: AddressSanitizer e UndefinedBehaviorSanitizer"
-prova asan
-sanitizer=$conto
-passo "compilazione: release"
-costruisci release prove_ottimizzate
-passo "prove: tempi e lavoro intero, ottimizzati"
-prova release -L ottimizzata
-ottimizzate=$conto
-passo "clang-tidy"
-scripts/tidy.py --self-test
-scripts/tidy.py build
+# Half of the suite's time is waiting. What only computes goes on beside it, behind everything that has a test's priority.
+avvia suite 0 "prove: AddressSanitizer e UndefinedBehaviorSanitizer" prova asan
+avvia costruzione 19 "compilazione: release" costruisci release prove_ottimizzate
+aspetta costruzione
+avvia tidy 19 "clang-tidy" esamina
+aspetta suite
+avvia tempi 0 "prove: tempi e lavoro intero, ottimizzati" prova release -L ottimizzata
+aspetta tempi tidy
 resoconto
 
 if [ "$modo" = tutto ]; then
@@ -146,5 +224,5 @@ if [ "$modo" = tutto ]; then
 fi
 
 printf '\n==== fine (%d s)\n' "$SECONDS"
-echo "ottimizzate: $ottimizzate"
-echo "$sanitizer"
+echo "ottimizzate: $(conto release)"
+conto asan
