@@ -5,12 +5,12 @@
 #include <cstdlib>
 
 // A program without a target would run for hours and find nothing.
-static_assert(std::any_of(lumoscad::fuzz::bersagli.begin(), lumoscad::fuzz::bersagli.end(),
+static_assert(std::any_of(lumoscad::fuzz::Bersagli.begin(), lumoscad::fuzz::Bersagli.end(),
                           [](const auto& bersaglio) { return bersaglio.nome == LUMOSCAD_BERSAGLIO; }));
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* dati, std::size_t dimensione) {
   using namespace lumoscad::fuzz;
-  for (const Bersaglio& bersaglio : bersagli) {
+  for (const Bersaglio& bersaglio : Bersagli) {
     if (bersaglio.nome != LUMOSCAD_BERSAGLIO) {
       continue;
     }
