@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <string>
 #include <vector>
 
 namespace lumoscad::bench {
@@ -19,12 +21,36 @@ inline double Median(std::vector<double> times) {
   return *middle;
 }
 
-/// The load of the schedule screen against a bare fetch of the same query; false when it missed its target.
-[[nodiscard]] bool Load();
-/// The load of the presumed-documents screen against a bare program that sends the same statements; false when it
-/// missed its target.
-[[nodiscard]] bool LoadPresumed();
+/// How far a measure goes.
+enum class Sizes {
+  All,
+  Smallest ///< the smallest size alone, and each side a few times: shows that the measure still works
+};
+
+/// A row of the table. Every figure wants to be small.
+struct Row {
+  std::string what;
+  std::string size;   ///< with its unit, "1,000 rows"; empty where there is none
+  double figure = 0;  ///< the ratio of the two sides' medians, or a quantity in `unit`
+  double target = 0;  ///< the figure wants to be no more than this; 0 where there is no target
+  std::string detail; ///< what the figure was made of, medians of both sides, to be read
+  std::string unit = {};
+
+  [[nodiscard]] bool Missed() const { return target > 0 && figure > target; }
+};
+
+using Rows = std::vector<Row>;
+
+/// The load of the schedule screen, without its window, against a bare fetch of the same query.
+[[nodiscard]] Rows Load(Sizes sizes);
+/// The load of the presumed-documents screen against a bare program that sends the same statements.
+[[nodiscard]] Rows LoadPresumed(Sizes sizes);
 /// The sort of the grid against std::stable_sort of the same texts, and the memory of a row.
-void OrderAndMemory();
+[[nodiscard]] Rows OrderAndMemory(Sizes sizes);
+
+/// "1,234,567".
+[[nodiscard]] std::string Grouped(std::size_t number);
+/// "screen 12.30 ms, bare 10.10 ms".
+[[nodiscard]] std::string Sides(const char* ours, double ourMilliseconds, const char* other, double otherMilliseconds);
 
 } // namespace lumoscad::bench

@@ -1,45 +1,93 @@
 #include "Measures.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
-bool Order() {
-  lumoscad::bench::OrderAndMemory();
-  return true;
-}
+using lumoscad::bench::Row;
+using lumoscad::bench::Rows;
+using lumoscad::bench::Sizes;
 
-struct Extent {
+struct Measure {
   std::string_view name;
-  bool (*run)(); ///< false when a target was missed
+  Rows (*run)(Sizes);
 };
 
-constexpr Extent Measures[] = {
-    {"ordine", Order}, {"scadenze", lumoscad::bench::Load}, {"presunti", lumoscad::bench::LoadPresumed}};
+constexpr Measure Measures[] = {{"ordine", lumoscad::bench::OrderAndMemory},
+                                {"scadenze", lumoscad::bench::Load},
+                                {"presunti", lumoscad::bench::LoadPresumed}};
+
+struct Choices {
+  Sizes sizes = Sizes::All;
+  bool forPrograms = false;
+  std::vector<std::string_view> names; ///< of the measures; all where there is none
+};
+
+void Print(const Row& row, bool forPrograms) {
+  if (forPrograms) {
+    std::printf("riga\t%s\t%s\t%.3f\t%s\t%.3f\t%s\n", row.what.c_str(), row.size.c_str(), row.figure, row.unit.c_str(),
+                row.target, row.detail.c_str());
+  } else {
+    std::printf("%s%s%s: %.2f%s%s", row.what.c_str(), row.size.empty() ? "" : ", ", row.size.c_str(), row.figure,
+                row.unit.empty() ? "" : " ", row.unit.c_str());
+    if (row.target > 0) {
+      std::printf(", obiettivo %.2f%s", row.target, row.Missed() ? " MANCATO" : "");
+    }
+    std::printf(" (%s)\n", row.detail.c_str());
+  }
+  std::fflush(stdout);
+}
+
+/// Runs what was chosen; false when a row missed its target.
+bool Run(const Choices& choices) {
+  bool successes = true;
+  for (const Measure& measure : Measures) {
+    if (!choices.names.empty() && std::ranges::find(choices.names, measure.name) == choices.names.end()) {
+      continue;
+    }
+    for (const Row& row : measure.run(choices.sizes)) {
+      Print(row, choices.forPrograms);
+      successes = successes && !row.Missed();
+    }
+  }
+  return successes;
+}
+
+int Usage() {
+  std::fputs("Uso: bench_carico [--veloce] [--righe]", stderr);
+  for (const Measure& measure : Measures) {
+    std::fprintf(stderr, " [%s]", std::string(measure.name).c_str());
+  }
+  std::fputs("\n", stderr);
+  return 2;
+}
 
 } // namespace
 
-/// Runs all measures, or the one that the argument names.
+/// Runs all measures, or those that the arguments name; answers 1 when a target was missed. With `--veloce` the
+/// smallest sizes alone, whose times mean nothing; with `--righe` a line of fields a row, for bench.sh.
 int main(int number, char** arguments) {
   const std::span<char* const> texts(arguments, static_cast<std::size_t>(number));
-  const std::string_view choice = texts.size() > 1 ? texts[1] : "";
+  Choices choices;
+  for (const std::string_view text : texts.subspan(1)) {
+    if (text == "--veloce") {
+      choices.sizes = Sizes::Smallest;
+    } else if (text == "--righe") {
+      choices.forPrograms = true;
+    } else if (std::ranges::find(Measures, text, &Measure::name) != std::end(Measures)) {
+      choices.names.push_back(text);
+    } else {
+      return Usage();
+    }
+  }
   try {
-    bool successes = true;
-    bool found = false;
-    for (const Extent& extent : Measures) {
-      if (choice.empty() || choice == extent.name) {
-        found = true;
-        successes = extent.run() && successes;
-      }
-    }
-    if (!found) {
-      std::fputs("Uso: bench_carico [ordine | scadenze | presunti]\n", stderr);
-      return 2;
-    }
-    return successes ? 0 : 1;
+    return Run(choices) || choices.sizes == Sizes::Smallest ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 2;

@@ -2,7 +2,6 @@
 #include "screens/RigheGriglia.hpp"
 
 #include <cstdint>
-#include <cstdio>
 #include <malloc.h>
 #include <string>
 
@@ -93,19 +92,25 @@ Times Extent(RigheGriglia& rows, int column) {
 
 } // namespace
 
-void OrderAndMemory() {
+Rows OrderAndMemory(Sizes sizes) {
+  Rows table;
   for (const std::size_t howMany : {std::size_t{100000}, std::size_t{1000000}}) {
+    const std::string size = Grouped(howMany) + " rows";
     const std::size_t before = Used();
     RigheGriglia rows(12, WithTag);
     Fill(rows, howMany);
-    std::printf("Griglia di %zu righe: %.0f byte a riga\n", howMany,
-                static_cast<double>(Used() - before) / static_cast<double>(howMany));
+    table.push_back({"memory of the grid", size, static_cast<double>(Used() - before) / static_cast<double>(howMany), 0,
+                     "texts included", "B a row"});
     for (const Order& order : Orders) {
       const Times times = Extent(rows, order.column);
-      std::printf("  ordine per %-8s  griglia %7.1f ms  std::stable_sort %7.1f ms  rapporto %.2f\n", order.name,
-                  times.grid, times.library, times.grid / times.library);
+      table.push_back({std::string("sort by ") + order.name, size, times.grid / times.library, 0,
+                       Sides("grid", times.grid, "std::stable_sort", times.library)});
+    }
+    if (sizes == Sizes::Smallest) {
+      break;
     }
   }
+  return table;
 }
 
 } // namespace lumoscad::bench
