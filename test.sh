@@ -129,7 +129,8 @@ costruisci() {
   tail -n 1 "$registri/$preset.log"
 }
 
-# prova PRESET [CTEST_ARGUMENT...]: runs a suite. A suite without tests is a failure. Twice as many entries as there are processors run at a time, since many wait for servers.
+# prova PRESET [CTEST_ARGUMENT...]: runs a suite. A suite without tests is a failure. Twice as many entries as there are
+# processors run at a time, since many wait for servers.
 prova() {
   local preset=$1 registro
   shift
