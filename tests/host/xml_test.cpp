@@ -7,6 +7,7 @@ namespace lumoscad {
 namespace {
 
 using test::ErroreDi;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 std::string RifiutoDi(const std::string& documento) {
@@ -165,6 +166,13 @@ TEST(XmlDocument, IsReadAsUtf16ByItsDeclarationWhereTheMarkIsMissing) {
   EXPECT_EQ(xml::Read(piccoli).value, "x");
   EXPECT_EQ(xml::Read(grandi).value, "x");
   EXPECT_THAT(RifiutoDi(documento), HasSubstr("si dichiara in UTF-16"));
+}
+
+TEST(XmlDocument, RefusesAnEncodingThatIsNoNameWithoutRepeatingIt) {
+  for (const std::string encoding : {"UTF-16\x01\xE3", "utf-16 le", "latin1\n", ""}) {
+    EXPECT_THAT(RifiutoDi("<?xml version='1.0' encoding='" + encoding + "'?><A/>"),
+                EndsWith("Documento XML con una dichiarazione di codifica non valida."));
+  }
 }
 
 TEST(XmlDocument, RefusesAnEmptyDocument) {

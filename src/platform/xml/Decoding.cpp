@@ -70,7 +70,7 @@ std::string Decode(std::string_view document) {
   } else {
     encoding = DeclaredEncoding(document);
     // The declaration could be read byte by byte, so that the document cannot be in what it names.
-    if (base::LowerCase(encoding).starts_with("utf-16")) {
+    if (ValidName(encoding) && base::LowerCase(encoding).starts_with("utf-16")) {
       throw RuntimeError(errors::Driver,
                          "Documento XML che si dichiara in " + encoding + " ma è scritto in un'altra codifica.");
     }
