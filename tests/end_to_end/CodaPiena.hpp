@@ -23,10 +23,10 @@ struct CodaPiena {
     EXPECT_EQ(::listen(presa.Number(), 0), 0);
     EXPECT_EQ(::getsockname(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
     porta = ntohs(indirizzo.sin_port);
-    constexpr std::chrono::milliseconds Attesa{300};
+    constexpr std::chrono::milliseconds Pazienza{300};
     for (bool piena = false; !piena && coda.size() < 10;) {
       try {
-        coda.push_back(nexaro::OpenSocket("127.0.0.1", porta, nexaro::Clock::now() + Attesa, Attesa));
+        coda.push_back(nexaro::OpenSocket("127.0.0.1", porta, nexaro::Clock::now() + Pazienza, Pazienza));
       } catch (const RuntimeError&) {
         piena = true;
       }
