@@ -129,6 +129,24 @@ TEST_P(Actions, InstalmentsOfAnExtraAreFoundByTheirPresentDateAndChangeTheOrigin
   EXPECT_THAT(Tutto(base_), testing::ElementsAreArray(Tutto(attesa)));
 }
 
+TEST_P(Actions, InstalmentsAreFoundByTheirDayWhereTheDateComesWithATime) {
+  const std::string genere = GetParam();
+  std::string dati = test::DatiDelleAzioni();
+  for (const char* giorno : {"2006-02-28", "2006-03-31", "2006-04-30"}) {
+    dati = test::Replaced(dati, giorno + std::string("'"), giorno + std::string(" 08:30:00'"));
+  }
+  const test::BaseDati base(
+      genere, dati,
+      test::Replaced(test::TabelleContabili(), " DATE", genere == "mariadb" ? " DATETIME" : " TIMESTAMP"));
+  stato().ComandoCorrente = base.Opzioni() + " -DB2SCHEMA " + base.Schema();
+  EXPECT_EQ(Azione(ScadenzePartita({"1", "20060228", "20060705"})), "") << msg_.Errore;
+  EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060801"})), "") << msg_.Errore;
+  EXPECT_THAT(base.Righe("SELECT DATASCADENZA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY IN (1,4,21,22) ORDER BY "
+                         "EVENTOCONTABILEKEY"),
+              ElementsAre(StartsWith("2006-07-05"), StartsWith("2006-07-05"), StartsWith("2006-08-01"),
+                          StartsWith("2006-04-30")));
+}
+
 TEST_P(Actions, OfSeveralGroupsForOneDateTheLastCountsForAnItemAndTheFirstForAnExtra) {
   EXPECT_EQ(Azione(ScadenzePartita({"1", "20060531", "20060901", "1", "20060531", "20061001"})), "");
   EXPECT_EQ(Azione(ScadenzeMovimento({"1", "20060331", "20060901", "1", "20060331", "20061001"})), "");

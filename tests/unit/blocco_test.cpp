@@ -35,6 +35,12 @@ TEST_F(TerminalLock, OfAFreeListIsTakenWithUserDateAndTime) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
+TEST_F(TerminalLock, WritesTheYearInFourDigits) {
+  banco_.adesso = DateTime{987, 3, 5, 4, 7, 9};
+  EXPECT_EQ(BloccaArea("10.0.0.1", "CREDITI"), "");
+  EXPECT_EQ(banco_.host.file["/tmp/VBCREDITI"], "Utente : T01\r\nData : 05/03/0987   Ora : 04:07\r\n");
+}
+
 TEST_F(TerminalLock, OfATakenListSaysByWhomAndWhen) {
   OccupaCrediti();
   EXPECT_EQ(BloccaArea("h", "CREDITI"), "Utente : T02");
