@@ -2,6 +2,8 @@
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/RuntimeError.hpp"
+#include "screens/FormConsegna.hpp"
+#include "screens/FormPresunti.hpp"
 #include "support/TestBench.hpp"
 
 #include <gmock/gmock.h>
@@ -20,18 +22,16 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr int NuovoValore = 7; ///< the editable column of both lists
-
 const std::string Nome = "/tmp/T0120060305140709";
 
-/// Clicks a cell of the first row of a document.
-void Clicca(ListWindow& finestra, const std::string& documento, int colonna) {
+/// Clicks a cell of the first row of a document in the list of `Form`.
+template <typename Form> void Clicca(ListWindow& finestra, const std::string& documento, int colonna) {
   int x = 1;
   for (int i = 0; i < colonna; ++i) {
     x += finestra.Description().columns[static_cast<std::size_t>(i)].width;
   }
   for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
-    if (finestra.CellText(riga, 1) == documento) {
+    if (finestra.CellText(riga, Form::Ordine) == documento) {
       finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
       finestra.LVScadenze_MouseDown(x, 1);
       finestra.LVScadenze_Click(0);
@@ -42,13 +42,13 @@ void Clicca(ListWindow& finestra, const std::string& documento, int colonna) {
 }
 
 void DaiBanca(ListWindow& finestra, const std::string& documento, int indice) {
-  Clicca(finestra, documento, NuovoValore);
+  Clicca<FormPresunti>(finestra, documento, FormPresunti::NuovaBanca);
   finestra.cmbBanche2_Click(indice);
   finestra.cmbBanche2_LostFocus();
 }
 
 void DaiConsegna(ListWindow& finestra, const std::string& documento, const char* data) {
-  Clicca(finestra, documento, NuovoValore);
+  Clicca<FormConsegna>(finestra, documento, FormConsegna::NuovaConsegna);
   finestra.TextScad_Change(data);
   finestra.TextScad_KeyPress(13);
 }

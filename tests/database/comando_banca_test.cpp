@@ -2,6 +2,7 @@
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/Files.hpp"
 #include "support/OdbcSqlite.hpp"
 #include "support/Paths.hpp"
@@ -54,10 +55,6 @@ constexpr const char* Dati =
 const std::vector<std::string> Prima = {"1 2006-03-31 30", "2 2006-04-30 30", "3 2006-05-31 30", "4 2006-06-30 NULL",
                                         "5 2006-03-31 30"};
 
-constexpr int ColonnaScadenza = 2;
-constexpr int ColonnaNuovaScadenza = 7;
-constexpr int ColonnaNuovaBanca = 10;
-
 /// Clicks the cell in `colonna` of the row whose due date is `scadenza`.
 void Clicca(ListWindow& finestra, const std::string& scadenza, int colonna) {
   int x = 1;
@@ -65,7 +62,7 @@ void Clicca(ListWindow& finestra, const std::string& scadenza, int colonna) {
     x += finestra.Description().columns[static_cast<std::size_t>(i)].width;
   }
   for (std::size_t riga = 0; riga < finestra.RowCount(); ++riga) {
-    if (finestra.CellText(riga, ColonnaScadenza) == scadenza) {
+    if (finestra.CellText(riga, frmLumoScadenzeBanche::Scadenza) == scadenza) {
       finestra.Seleziona(static_cast<std::ptrdiff_t>(riga));
       finestra.LVScadenze_MouseDown(x, 1);
       finestra.LVScadenze_Click(0);
@@ -76,13 +73,13 @@ void Clicca(ListWindow& finestra, const std::string& scadenza, int colonna) {
 }
 
 void DaiScadenza(ListWindow& finestra, const std::string& scadenza, const std::string& nuova) {
-  Clicca(finestra, scadenza, ColonnaNuovaScadenza);
+  Clicca(finestra, scadenza, frmLumoScadenzeBanche::NuovaScadenza);
   finestra.TextScad_Change(nuova);
   finestra.TextScad_KeyPress(13);
 }
 
 void DaiBanca(ListWindow& finestra, const std::string& scadenza, const std::string& banca) {
-  Clicca(finestra, scadenza, ColonnaNuovaBanca);
+  Clicca(finestra, scadenza, frmLumoScadenzeBanche::NuovaBanca);
   const auto voce = std::find(finestra.Description().cellBanks.begin(), finestra.Description().cellBanks.end(), banca);
   ASSERT_NE(voce, finestra.Description().cellBanks.end()) << banca;
   finestra.cmbBanche2_Click(static_cast<int>(voce - finestra.Description().cellBanks.begin()));

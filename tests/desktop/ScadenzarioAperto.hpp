@@ -36,9 +36,9 @@ class ScadenzarioAperto : public testing::Test {
   [[nodiscard]] int Spuntate() const;
 
   /// The window's columns.
-  static constexpr int Casella = 0;
-  static constexpr int ColonnaScadenza = 1;
-  static constexpr int ColonnaNuova = 4;
+  static constexpr int Casella = FormLumoScad::Casella;
+  static constexpr int ColonnaScadenza = FormLumoScad::Scadenza;
+  static constexpr int ColonnaNuova = FormLumoScad::NuovaScadenza;
 
   TestBench banco;
   std::unique_ptr<Desktop> desktop;

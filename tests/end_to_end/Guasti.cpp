@@ -1,5 +1,6 @@
 #include "Guasti.hpp"
 #include "platform/nexaro/Nexaro.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
 
 #include "lumoscad/LumoScadenze.hpp"
 
@@ -9,8 +10,6 @@ namespace lumoscad::test {
 namespace {
 
 constexpr int TestataScadenza = 5;
-constexpr int SpuntaData = 6;
-constexpr int SpuntaBanca = 9;
 constexpr int BancaAniene = 3; ///< place in the list of banks, which is in order of name
 
 void Spunta(ListWindow& finestra, int riga, int colonna) {
@@ -77,8 +76,8 @@ void Guasti::Conferma(const std::function<void()>& primaDiConfermare) {
     finestra.TLwTestata_Click(TestataScadenza);
     finestra.TextScadenza_Change("15/04/26");
     finestra.cmbBanche_Click(BancaAniene);
-    Spunta(finestra, 1, SpuntaData);
-    Spunta(finestra, 4, SpuntaBanca);
+    Spunta(finestra, 1, frmLumoScadenzeBanche::Radio1);
+    Spunta(finestra, 4, frmLumoScadenzeBanche::Radio2);
     if (primaDiConfermare) {
       primaDiConfermare();
     }

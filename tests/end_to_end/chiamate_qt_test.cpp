@@ -8,6 +8,9 @@
 #include "platform/Services.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/qt/QtDesktop.hpp"
+#include "screens/FormConsegna.hpp"
+#include "screens/FormPresunti.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/OdbcConfiguration.hpp"
 #include "support/Paths.hpp"
 
@@ -186,7 +189,7 @@ std::function<void(QDialog&)> SpuntaEConferma(const char* nomeLista, int colonna
 
 TEST_F(NestedCall, ATimersCallInTheListOfInstalmentsIsRefusedAndTheConfirmationGoesWhereItBelongs) {
   EXPECT_EQ(EseguiConIntruso("-T BANCA /CREDITI -C 20100023", "frmLumoScadenzeBanche",
-                             SpuntaEConferma("LVScadenzeBanche", 6, "150426")),
+                             SpuntaEConferma("LVScadenzeBanche", frmLumoScadenzeBanche::Radio1, "150426")),
             "");
   VerificaIntrusi();
   EXPECT_THAT(Chiamata(), StartsWith("ACCETTATA\t"));
@@ -197,7 +200,7 @@ TEST_F(NestedCall, ATimersCallInTheListOfInstalmentsIsRefusedAndTheConfirmationG
 
 TEST_F(NestedCall, ATimersCallInTheListOfBanksIsRefusedAndTheConfirmationGoesWhereItBelongs) {
   EXPECT_EQ(EseguiConIntruso("-T BANCA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V", "FormPresunti",
-                             SpuntaEConferma("LVPresunti", 6, "")),
+                             SpuntaEConferma("LVPresunti", FormPresunti::Radio, "")),
             "");
   VerificaIntrusi();
   EXPECT_THAT(Chiamata(), HasSubstr("\t01\tCANALIZZAZIONE\tPRESUNTI\tT01\t"));
@@ -206,7 +209,7 @@ TEST_F(NestedCall, ATimersCallInTheListOfBanksIsRefusedAndTheConfirmationGoesWhe
 
 TEST_F(NestedCall, ATimersCallInTheListOfDeliveriesIsRefusedAndTheConfirmationGoesWhereItBelongs) {
   EXPECT_EQ(EseguiConIntruso("-T CONSEGNA /PRESUNTI -C 20100012 -TIPOMOVIMENTI V -B TUTTE", "FormConsegna",
-                             SpuntaEConferma("LVScadenzePresunti", 6, "150426")),
+                             SpuntaEConferma("LVScadenzePresunti", FormConsegna::Radio, "150426")),
             "");
   VerificaIntrusi();
   EXPECT_THAT(Chiamata(), HasSubstr("\t01\tCONSEGNA\tPRESUNTI\tT01\t"));
@@ -216,7 +219,7 @@ TEST_F(NestedCall, ATimersCallInTheListOfDeliveriesIsRefusedAndTheConfirmationGo
 TEST_F(NestedCall, ATimersCallLeavesAnOpenEditorAsItWas) {
   const auto prepara = [](QDialog& finestra) {
     auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
-    Clicca(lista, 0, 7);
+    Clicca(lista, 0, frmLumoScadenzeBanche::NuovaScadenza);
     QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "1504");
   };
   const auto copione = [](QDialog& finestra) {

@@ -2,6 +2,8 @@
 
 #include "FinestraIntera.hpp"
 #include "lumoscad/LumoScadenze.hpp"
+#include "screens/FormConsegna.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
 
 #include <QLineEdit>
 #include <QTableView>
@@ -38,14 +40,24 @@ std::string Ordine(const Righe& campi) {
   return campi[1] + campi[2] + "/" + campi[3];
 }
 
-const ElencoConData Crediti{"crediti", "BANCA /CREDITI", "LVScadenzeBanche", 1, 2, 6, 7, "TLwTestata_5", Partita, 5, 7};
+const ElencoConData Crediti{"crediti",
+                            "BANCA /CREDITI",
+                            "LVScadenzeBanche",
+                            frmLumoScadenzeBanche::Partita,
+                            frmLumoScadenzeBanche::Scadenza,
+                            frmLumoScadenzeBanche::Radio1,
+                            frmLumoScadenzeBanche::NuovaScadenza,
+                            "TLwTestata_5",
+                            Partita,
+                            5,
+                            7};
 const ElencoConData Consegna{"consegna",
                              "CONSEGNA /PRESUNTI -TIPOMOVIMENTI V -B TUTTE",
                              "LVScadenzePresunti",
-                             1,
-                             2,
-                             6,
-                             7,
+                             FormConsegna::Ordine,
+                             FormConsegna::ConsegnaPrevista,
+                             FormConsegna::Radio,
+                             FormConsegna::NuovaConsegna,
                              "TLwTestata_3",
                              Ordine,
                              4,

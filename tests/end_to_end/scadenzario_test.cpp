@@ -19,7 +19,6 @@ using testing::MatchesRegex;
 using testing::StartsWith;
 namespace fs = std::filesystem;
 
-constexpr int ColonnaNuova = 4; ///< of the window, whose first column is the tick
 constexpr std::string_view Nome = "T0120260305140709";
 
 class WholeItemWindow : public FinestraIntera {
@@ -43,7 +42,7 @@ class WholeItemWindow : public FinestraIntera {
   }
 
   static void Scrivi(QDialog& finestra, int riga, const char* data) {
-    Clicca(Trova<QTableView>(finestra, "LWScad"), riga, ColonnaNuova);
+    Clicca(Trova<QTableView>(finestra, "LWScad"), riga, FormLumoScad::NuovaScadenza);
     auto& editor = Trova<QWidget>(finestra, "TextScad");
     QTest::keyClicks(&editor, data);
     QTest::keyClick(&editor, Qt::Key_Return);

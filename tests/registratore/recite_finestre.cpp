@@ -4,6 +4,10 @@
 
 #include "FinestraFinta.hpp"
 #include "FinestreVere.hpp"
+#include "screens/FormConsegna.hpp"
+#include "screens/FormLumoScad.hpp"
+#include "screens/FormPresunti.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -126,48 +130,49 @@ std::vector<Scenetta> ColMouse() {
                 [](Scena& /*scena*/, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
                   Premi(finestra, "TLwTestata_5");
-                  ScriviData(finestra, lista, 1, 7, "150426");
-                  ScegliBanca(finestra, lista, 4, 10);
+                  ScriviData(finestra, lista, 1, frmLumoScadenzeBanche::NuovaScadenza, "150426");
+                  ScegliBanca(finestra, lista, 4, frmLumoScadenzeBanche::NuovaBanca);
                   Premi(finestra, "PictureOk");
                 }),
           Gioca("crediti, un editor aperto mentre si spunta e si ordina, in una finestra vera", Crediti,
                 [](Scena& scena, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
                   QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "200426");
-                  Clicca(lista, 1, 7);
+                  Clicca(lista, 1, frmLumoScadenzeBanche::NuovaScadenza);
                   QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "150426");
                   DescriviCornice(scena, finestra, lista, "FrameScad");
-                  Clicca(lista, 3, 6);
+                  Clicca(lista, 3, frmLumoScadenzeBanche::Radio1);
                   DescriviCornice(scena, finestra, lista, "FrameScad");
                   for (int volta = 0; volta < 2; ++volta) {
                     Premi(finestra, "TLwTestata_5");
                     DescriviCornice(scena, finestra, lista, "FrameScad");
                   }
-                  Clicca(lista, 6, 9);
+                  Clicca(lista, 6, frmLumoScadenzeBanche::Radio2);
                   Premi(finestra, "PictureOk");
                 }),
           Gioca("crediti, clic fuori e sotto l'ultima riga, in una finestra vera", Crediti,
                 [](Scena& /*scena*/, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
-                  Clicca(lista, 1, 7);
+                  Clicca(lista, 1, frmLumoScadenzeBanche::NuovaScadenza);
                   QTest::keyClicks(&Trova<QWidget>(finestra, "TextScad"), "150426");
-                  const auto ultima = lista.visualRect(lista.model()->index(lista.model()->rowCount() - 1, 2));
+                  const auto ultima = lista.visualRect(
+                      lista.model()->index(lista.model()->rowCount() - 1, frmLumoScadenzeBanche::Scadenza));
                   QTest::mouseClick(lista.viewport(), Qt::LeftButton, {}, ultima.center() + QPoint(0, 40));
-                  Clicca(lista, 2, 10);
+                  Clicca(lista, 2, frmLumoScadenzeBanche::NuovaBanca);
                   QTest::mouseClick(&finestra, Qt::LeftButton, {}, QPoint(3, 3));
-                  Clicca(lista, 0, 0);
+                  Clicca(lista, 0, frmLumoScadenzeBanche::Conto);
                   Premi(finestra, "PictureAnnulla");
                 }),
           Gioca("presunti, in una finestra vera", Presunti,
                 [](Scena& /*scena*/, QDialog& finestra) {
                   auto& lista = Trova<QTableView>(finestra, "LVPresunti");
-                  ScegliBanca(finestra, lista, 1, 7);
+                  ScegliBanca(finestra, lista, 1, FormPresunti::NuovaBanca);
                   Premi(finestra, "PictureOk");
                 }),
           Gioca("consegne, in una finestra vera", Consegna, [](Scena& /*scena*/, QDialog& finestra) {
             auto& lista = Trova<QTableView>(finestra, "LVScadenzePresunti");
-            ScriviData(finestra, lista, 0, 7, "31/02/26");
-            ScriviData(finestra, lista, 1, 7, "200526");
+            ScriviData(finestra, lista, 0, FormConsegna::NuovaConsegna, "31/02/26");
+            ScriviData(finestra, lista, 1, FormConsegna::NuovaConsegna, "200526");
             Premi(finestra, "PictureOk");
           })};
 }
@@ -190,7 +195,7 @@ std::vector<Scenetta> ConITasti() {
       Gioca("crediti, Esc nell'editor e Annulla con i tasti", Crediti,
             [](Scena& /*scena*/, QDialog& finestra) {
               auto& lista = Trova<QTableView>(finestra, "LVScadenzeBanche");
-              Clicca(lista, 1, 7);
+              Clicca(lista, 1, frmLumoScadenzeBanche::NuovaScadenza);
               Digita("150426");
               Tasto(finestra, Qt::Key_Escape);
               Tasto(finestra, Qt::Key_A, Qt::AltModifier);
@@ -203,9 +208,9 @@ std::vector<Scenetta> Scadenzari() {
   for (const char* modo : {"Scad", "Extra"}) {
     tutte.push_back(GiocaScadenzario(modo, [](Scena& /*scena*/, QDialog& finestra) {
       auto& lista = Trova<QTableView>(finestra, "LWScad");
-      ScriviData(finestra, lista, 0, 4, "150606");
+      ScriviData(finestra, lista, 0, FormLumoScad::NuovaScadenza, "150606");
       QTest::keyClicks(&Trova<QWidget>(finestra, "TextScadenza"), "300906");
-      Clicca(lista, 1, 0);
+      Clicca(lista, 1, FormLumoScad::Casella);
       Premi(finestra, "PictureOk");
     }));
   }
