@@ -73,6 +73,10 @@ Righe Interroga(const std::string& connessione, const std::string& sql) {
 Fotografia Fotografa(const std::string& connessione) {
   ado::Connection connection;
   Apri(connection, connessione);
+  return Fotografa(connection);
+}
+
+Fotografia Fotografa(ado::Connection& connection) {
   Fotografia foto;
   for (const auto& [tabella, chiave] : Tabelle) {
     foto[tabella] = Interroga(connection, std::string("SELECT * FROM ") + tabella + " ORDER BY " + chiave);
@@ -92,6 +96,9 @@ Righe Differenze(const Fotografia& prima, const Fotografia& dopo) {
     }
   };
   for (const auto& [tabella, chiave] : Tabelle) {
+    if (prima.at(tabella) == dopo.at(tabella)) {
+      continue;
+    }
     const std::string nome = std::string(" ") + tabella + " ";
     solo("-" + nome, prima.at(tabella), dopo.at(tabella));
     solo("+" + nome, dopo.at(tabella), prima.at(tabella));

@@ -9,6 +9,10 @@
 #include <string_view>
 #include <vector>
 
+namespace lumoscad::ado {
+class Connection;
+}
+
 namespace lumoscad::test {
 
 class SshServer;
@@ -22,6 +26,8 @@ using Fotografia = std::map<std::string, Righe>;
 [[nodiscard]] Righe Interroga(const std::string& connessione, const std::string& sql);
 
 [[nodiscard]] Fotografia Fotografa(const std::string& connessione);
+/// The same over an open connection.
+[[nodiscard]] Fotografia Fotografa(ado::Connection& connection);
 
 /// The rows that only one of two photographs has: "- TABLE row" and "+ TABLE row".
 [[nodiscard]] Righe Differenze(const Fotografia& prima, const Fotografia& dopo);

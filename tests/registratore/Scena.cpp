@@ -5,6 +5,7 @@
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "platform/nexaro/Nexaro.hpp"
+#include "support/OdbcConfiguration.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
@@ -18,6 +19,15 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* Postazione = "Q7Z";
+
+// What changes with any row: photographs are dear, and most commands change none. SQLite counts the changes of others
+// for each connection; a server sums its rows up.
+constexpr const char* SegnoDelFile = "PRAGMA data_version";
+constexpr const char* SegnoDelServer =
+    "SELECT MD5(STRING_AGG(RIGA,',' ORDER BY RIGA)) FROM (SELECT 'A'||T::TEXT AS RIGA FROM AZIENDELINEE T UNION ALL "
+    "SELECT 'C'||T::TEXT FROM CONTOCONTABILE T UNION ALL SELECT 'P'||T::TEXT FROM PARTITACONTABILE T UNION ALL SELECT "
+    "'M'||T::TEXT FROM MOVIMENTOCONTABILE T UNION ALL SELECT 'E'||T::TEXT FROM EVENTOCONTABILE T UNION ALL SELECT "
+    "'X'||T::TEXT FROM ERRORE T) TUTTE";
 
 /// The demonstration's tables and rows, and what the commands without a screen work on.
 const std::string& DatiDellaDimostrazione() {
@@ -165,12 +175,27 @@ void Scena::AltroveIntera(const std::string& sql) {
   connection.Execute(sql);
 }
 
-std::optional<Fotografia> Scena::FotografaBase() const {
-  try {
-    return Fotografa(base_->ConnectionText());
-  } catch (const RuntimeError&) {
-    return std::nullopt;
+Scena::Foto Scena::FotografaBase() {
+  // What fails over the connection that was kept may still do over a new one.
+  for (const bool nuova : {!fotografo_, true}) {
+    if (nuova) {
+      fotografo_.emplace();
+      foto_.reset();
+    }
+    try {
+      ado::Connection& connection = fotografo_->To(base_->ConnectionText());
+      const auto segno = test::FirstValue(connection, SuServer() ? SegnoDelServer : SegnoDelFile);
+      if (!foto_ || segno != segno_) {
+        foto_.reset();
+        foto_ = std::make_shared<const Fotografia>(Fotografa(connection));
+        segno_ = segno;
+      }
+      return foto_;
+    } catch (const RuntimeError&) {
+      continue;
+    }
   }
+  return nullptr;
 }
 
 void Scena::Rifiuta(const std::string& tabella, const std::string& condizione, const std::string& testo) {
@@ -180,7 +205,7 @@ void Scena::Rifiuta(const std::string& tabella, const std::string& condizione, c
   }
 }
 
-void Scena::AnnotaFine(const std::optional<Fotografia>& prima) {
+void Scena::AnnotaFine(const Foto& prima) {
   const auto elenca = [this](const char* dove, const fs::path& cartella) {
     for (const auto& nome : fs::is_directory(cartella) ? Contenuto(cartella) : Righe()) {
       registro_.Annota(dove + nome);
@@ -189,7 +214,7 @@ void Scena::AnnotaFine(const std::optional<Fotografia>& prima) {
   elenca("resta sull'host: ", demo.Tmp());
   elenca("resta in locale: ", demo.Locale());
   const auto dopo = FotografaBase();
-  if (prima && dopo) {
+  if (prima && dopo && prima != dopo) {
     for (const auto& riga : Differenze(*prima, *dopo)) {
       registro_.Annota("nella base dati: " + riga);
     }

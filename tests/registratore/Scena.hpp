@@ -9,6 +9,7 @@
 #include "common/Stato.hpp"
 #include "platform/Services.hpp"
 #include "support/DatabaseContext.hpp"
+#include "support/KeptConnection.hpp"
 #include "support/TestBench.hpp"
 
 #include <functional>
@@ -61,15 +62,20 @@ class Scena {
   Desktop* desktop = &recitato;
 
  private:
+  using Foto = std::shared_ptr<const Fotografia>;
+
   void ApriServizi();
-  /// Nothing while a table is away.
-  [[nodiscard]] std::optional<Fotografia> FotografaBase() const;
+  /// The database as it is, the same photograph as long as nobody writes; nothing while a table is away.
+  [[nodiscard]] Foto FotografaBase();
   void AnnotaErroreStandard(const std::string& scritto);
-  void AnnotaFine(const std::optional<Fotografia>& prima);
+  void AnnotaFine(const Foto& prima);
 
   Registro& registro_;
   test::DatabaseContext& contesto_;
   std::unique_ptr<test::TestDatabase> base_;
+  std::optional<KeptConnection> fotografo_;
+  Foto foto_;
+  std::string segno_; ///< the database's mark when the photograph was taken
   std::unique_ptr<DesktopRegistrato> registrato_;
   std::unique_ptr<nexaro::HostLink> host_;
   std::unique_ptr<nexaro::Environment> ambiente_;

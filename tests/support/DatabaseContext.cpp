@@ -5,6 +5,8 @@
 #include "support/OdbcSqlite.hpp"
 
 #include <algorithm>
+#include <filesystem>
+#include <map>
 #include <stdexcept>
 
 namespace lumoscad::test {
@@ -20,7 +22,16 @@ constexpr int OutOfRange = -2147217833;
 class SqliteContext final : public DatabaseContext {
  public:
   std::unique_ptr<TestDatabase> Create(const std::string& script) override {
-    auto database = std::make_unique<File>(script);
+    // Many tests begin with the same rows, and a file is copied sooner than they are inserted.
+    const auto made = made_.find(script);
+    auto database = std::make_unique<File>(made == made_.end() ? script : std::string());
+    if (made != made_.end()) {
+      std::filesystem::copy_file(made->second, database->file.File());
+    } else if (!script.empty()) {
+      const auto copy = OdbcConfiguration::Instance().Directory() / ("made" + std::to_string(made_.size()) + ".sqlite");
+      std::filesystem::copy_file(database->file.File(), copy);
+      made_.emplace(script, copy);
+    }
     database->source = database->file.Source();
     database->schema = "main";
     return database;
@@ -50,6 +61,7 @@ class SqliteContext final : public DatabaseContext {
     explicit File(const std::string& script) : file(script) {}
     OdbcSqlite file;
   };
+  std::map<std::string, std::filesystem::path> made_; ///< a copy of the database after each script
 };
 
 /// A schema of one database for every test, which is created in no time; the data source puts it in the search path,

@@ -66,9 +66,7 @@ std::string OdbcConfiguration::AddSource(std::string_view prefix, std::string_vi
 }
 
 void OdbcConfiguration::RemoveSource(const std::string& name) {
-  if (sources_.erase(name) > 0) {
-    WriteSources();
-  }
+  sources_.erase(name);
 }
 
 std::string OdbcConfiguration::DriverSection(std::string_view library) {

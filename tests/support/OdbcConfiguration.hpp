@@ -35,7 +35,8 @@ class OdbcConfiguration {
   /// Adds a data source on the driver library `library` (its bare file name) and returns its name, which begins with
   /// `prefix`. Raises when the library is not installed.
   std::string AddSource(std::string_view prefix, std::string_view library, const Settings& settings);
-  /// Takes a data source out again. The drivers read the whole file for every attribute of a connection.
+  /// Takes a data source out again, at the latest when the next one is added: the drivers read the whole file for every
+  /// attribute of a connection, and each writing makes a file.
   void RemoveSource(const std::string& name);
   [[nodiscard]] const std::filesystem::path& Directory() const noexcept { return directory_.Path(); }
 
