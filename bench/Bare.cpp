@@ -3,6 +3,7 @@
 #include "platform/ado/ConnectionText.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
 
 namespace lumoscad::bench {
@@ -55,15 +56,27 @@ BareCommand::BareCommand(const BareConnection& connection, std::string_view stat
   Demand(SQLPrepare(command_.get(), reinterpret_cast<SQLCHAR*>(text.data()), static_cast<SQLINTEGER>(text.size())));
 }
 
-std::size_t BareCommand::Run(std::vector<std::string> parameters, const std::function<void(std::size_t)>& line) {
-  std::vector<SQLLEN> longOnes(parameters.size());
+void BareCommand::Execute(std::vector<std::string>& parameters) {
+  longOnes_.resize(parameters.size());
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    longOnes[i] = static_cast<SQLLEN>(parameters[i].size());
+    longOnes_[i] = static_cast<SQLLEN>(parameters[i].size());
     Demand(SQLBindParameter(command_.get(), static_cast<SQLUSMALLINT>(i + 1), SQL_PARAM_INPUT, SQL_C_CHAR, SQL_VARCHAR,
-                            std::max<SQLULEN>(parameters[i].size(), 1), 0, parameters[i].data(), longOnes[i],
-                            &longOnes[i]));
+                            std::max<SQLULEN>(parameters[i].size(), 1), 0, parameters[i].data(), longOnes_[i],
+                            &longOnes_[i]));
   }
   Demand(SQLExecute(command_.get()));
+}
+
+double BareCommand::UntilLastRow(std::vector<std::string> parameters) {
+  const auto begin = std::chrono::steady_clock::now();
+  Execute(parameters);
+  const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
+  Demand(SQLCloseCursor(command_.get()));
+  return time.count();
+}
+
+std::size_t BareCommand::Run(std::vector<std::string> parameters, const std::function<void(std::size_t)>& line) {
+  Execute(parameters);
   if (columns_.empty()) {
     Attach();
   }

@@ -40,10 +40,13 @@ class BareCommand {
   /// Sends it with these texts and reads every row; `line`, where it is given, is called with the place of each in its
   /// block. Returns how many rows there were.
   std::size_t Run(std::vector<std::string> parameters, const std::function<void(std::size_t)>& line = nullptr);
+  /// Sends it and returns the milliseconds until the driver has every row; none is read.
+  double UntilLastRow(std::vector<std::string> parameters);
   /// A text of the block just read; the empty text where it is null.
   [[nodiscard]] std::string_view Text(std::size_t line, std::size_t column) const;
 
  private:
+  void Execute(std::vector<std::string>& parameters);
   void Attach();
 
   ado::detail::Handle<SQL_HANDLE_STMT> command_;
@@ -52,6 +55,7 @@ class BareCommand {
   std::vector<char*> columns_;      ///< the first text of each column
   std::unique_ptr<char[]> texts_;
   std::vector<SQLLEN> lengths_;
+  std::vector<SQLLEN> longOnes_; ///< of the parameters
   SQLULEN fetched_ = 0;
 };
 

@@ -1,9 +1,15 @@
 #include "Measures.hpp"
 
+#include "support/Paths.hpp"
+
 #include <array>
 #include <cstdio>
 
 namespace lumoscad::bench {
+
+std::filesystem::path Folder(Sizes sizes, std::string_view name) {
+  return test::BuildFolder() / (sizes == Sizes::All ? "bench" : "bench-veloce") / name;
+}
 
 std::string Grouped(std::size_t number) {
   constexpr std::size_t Group = 3;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lumoscad::bench {
@@ -13,6 +15,11 @@ using Clock = std::chrono::steady_clock;
 /// Milliseconds since `begin`.
 inline double Milliseconds(Clock::time_point begin) {
   return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+}
+
+/// Milliseconds on the machine's clock, the same for every process.
+inline double Now() {
+  return std::chrono::duration<double, std::milli>(Clock::now().time_since_epoch()).count();
 }
 
 inline double Median(std::vector<double> times) {
@@ -41,12 +48,25 @@ struct Row {
 
 using Rows = std::vector<Row>;
 
-/// The load of the schedule screen, without its window, against a bare fetch of the same query.
+/// The load of the schedule screen, without its window, against a bare fetch of the same query and against Qt's model;
+/// at the largest size, with its window, the wait for it, a page of it, and the memory of a whole process.
 [[nodiscard]] Rows Load(Sizes sizes);
 /// The load of the presumed-documents screen against a bare program that sends the same statements.
 [[nodiscard]] Rows LoadPresumed(Sizes sizes);
 /// The sort of the grid against std::stable_sort of the same texts, and the memory of a row.
 [[nodiscard]] Rows OrderAndMemory(Sizes sizes);
+
+/// From the start of a program to the window, against an empty window; and a command without one, against an empty
+/// program. Both are programs linked with Qt, and whole processes.
+[[nodiscard]] Rows Start(Sizes sizes);
+/// The request file of a list's changes against fwrite of the same bytes.
+[[nodiscard]] Rows RequestFile(Sizes sizes);
+
+/// A confirmation over SSH, the whole command without the person, against the round trips that it needs.
+[[nodiscard]] Rows ConfirmRemotely(Sizes sizes);
+
+/// Where a measure's server keeps its data; a quick run may play beside a whole one.
+[[nodiscard]] std::filesystem::path Folder(Sizes sizes, std::string_view name);
 
 /// "1,234,567".
 [[nodiscard]] std::string Grouped(std::size_t number);

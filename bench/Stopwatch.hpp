@@ -35,11 +35,11 @@ class StopwatchDesktop final : public Desktop {
   }
 };
 
-/// Runs `screen` on the services of a benchmark and returns the milliseconds from the first statement on its open
-/// connection (the look-up of the company) to the moment the window would be shown: sorting, layout and the end of the
-/// connection are in them. `sent` is told every statement's text.
-template <typename Screen>
-double LoadScreen(StopwatchDesktop& desktop, const std::function<void(std::string_view)>& sent, Screen screen) {
+/// Runs `screen` on the services of a benchmark, with a desktop that notes when it has `shown` a list, and returns the
+/// milliseconds from the first statement on its open connection (the look-up of the company) to the moment the window
+/// would be shown: sorting, layout and the end of the connection are in them. `sent` is told every statement's text.
+template <typename Shown, typename Screen>
+double LoadScreen(Shown& desktop, const std::function<void(std::string_view)>& sent, Screen screen) {
   Clock::time_point begin;
   const ReplacedServices services({[&]() -> Desktop& { return desktop; }, nullptr, nullptr,
                                    [] { return DateTime{2006, 3, 5, 14, 7, 9}; },

@@ -70,7 +70,7 @@ Rows LoadPresumed(Sizes sizes) {
     return {};
   }
   const std::size_t wanted = sizes == Sizes::All ? AllRows : FewRows;
-  const test::LargeDatabase base(test::BuildFolder() / "bench/postgres", 1, static_cast<long>(wanted));
+  const test::LargeDatabase base(Folder(sizes, "postgres"), 1, static_cast<long>(wanted));
   const StatoSostituito status;
   lumoscad::stato().ComandoCorrente = base.command();
   StopwatchDesktop desktop;

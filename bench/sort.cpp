@@ -94,7 +94,8 @@ Times Extent(RigheGriglia& rows, int column) {
 
 Rows OrderAndMemory(Sizes sizes) {
   Rows table;
-  for (const std::size_t howMany : {std::size_t{100000}, std::size_t{1000000}}) {
+  const bool few = sizes == Sizes::Smallest;
+  for (const std::size_t howMany : few ? std::vector<std::size_t>{1000} : std::vector<std::size_t>{100000, 1000000}) {
     const std::string size = Grouped(howMany) + " rows";
     const std::size_t before = Used();
     RigheGriglia rows(12, WithTag);
@@ -105,9 +106,6 @@ Rows OrderAndMemory(Sizes sizes) {
       const Times times = Extent(rows, order.column);
       table.push_back({std::string("sort by ") + order.name, size, times.grid / times.library, 0,
                        Sides("grid", times.grid, "std::stable_sort", times.library)});
-    }
-    if (sizes == Sizes::Smallest) {
-      break;
     }
   }
   return table;

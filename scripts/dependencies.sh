@@ -11,6 +11,8 @@ packages=(
   clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3 shellcheck
   # libraries
   qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev libgtest-dev libgmock-dev libbenchmark-dev
+  # Qt's own way to a database, which the benchmarks compare with
+  libqt6sql6-odbc
   # the sources of the locales under which the tests run
   locales
   # the database of the demonstration

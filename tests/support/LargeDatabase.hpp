@@ -28,8 +28,10 @@ class LargeDatabase {
 
   [[nodiscard]] std::string ConnectionText() const { return server_.ConnectionText(source_); }
   /// A command line that reaches the database.
-  [[nodiscard]] std::string command() const {
-    return "BANCA -DB2SOURCE " + source_ + " -DB2USER " + server_.User() + " -DB2PASS " + server_.Password() +
+  [[nodiscard]] std::string command() const { return "BANCA " + Options(); }
+  /// The options of a command that reaches the database.
+  [[nodiscard]] std::string Options() const {
+    return "-DB2SOURCE " + source_ + " -DB2USER " + server_.User() + " -DB2PASS " + server_.Password() +
            " -DB2SCHEMA public";
   }
 

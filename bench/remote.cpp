@@ -1,0 +1,61 @@
+// A confirmation over SSH on a long line, from the start of the program to its end, without the person.
+
+#include "DelayProxy.hpp"
+#include "Dimostrazione.hpp"
+#include "Measures.hpp"
+#include "Program.hpp"
+#include "Stopwatch.hpp"
+#include "support/SshServer.hpp"
+
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+namespace lumoscad::bench {
+namespace {
+
+constexpr int Records = 300;
+constexpr int FewRecords = 3;
+constexpr int Runs = 5;
+constexpr double Target = 1.2;
+constexpr double ShortTrip = 10; ///< milliseconds
+constexpr double LongTrip = 60;
+
+/// Milliseconds of a whole command whose host is a round trip of `trip` milliseconds away.
+double Confirmation(double trip, int records) {
+  const test::Dimostrazione demonstration(test::Trasporto::Ssh);
+  const DelayProxy proxy(demonstration.Ssh().Port(), std::chrono::microseconds(static_cast<long>(trip * 500)));
+  demonstration.Ssh().MakeKnown(proxy.Port());
+  std::vector<std::string> settings = demonstration.Ambiente(proxy.Port());
+  settings.insert(settings.end(), {"QT_QPA_PLATFORM=offscreen", "QT_LOGGING_RULES=*=false"});
+  const auto before = demonstration.Stato();
+  const Ended ended =
+      Run("bench_programma",
+          {"conferma", std::to_string(records), "-T", "BANCA", "/CREDITI", "-H", demonstration.Indirizzo(), "-D", "01",
+           "-DB2SOURCE", demonstration.Sorgente(), "-DB2SCHEMA", "main"},
+          settings);
+  const auto changed = test::Differenze(before, demonstration.Stato());
+  if (changed.size() != static_cast<std::size_t>(2 * records)) {
+    throw std::runtime_error(std::to_string(changed.size() / 2) + " instalments changed: " + ended.output);
+  }
+  return ended.milliseconds - NumberBefore(ended.output, "ms person");
+}
+
+} // namespace
+
+Rows ConfirmRemotely(Sizes sizes) {
+  if (!test::SshServer::Available()) {
+    std::fputs("Conferma via SSH: OpenSSH non è installato, misura saltata\n", stderr);
+    return {};
+  }
+  const int records = sizes == Sizes::All ? Records : FewRecords;
+  const Times outcome = Compare(
+      sizes == Sizes::All ? Runs : 1, [records] { return Confirmation(LongTrip, records); },
+      [records] { return Confirmation(ShortTrip, records); });
+  const double trips = std::round((outcome.screen - outcome.bare) / (LongTrip - ShortTrip));
+  return {{"confirmation over SSH, against its " + Grouped(static_cast<std::size_t>(trips)) + " round trips",
+           Grouped(static_cast<std::size_t>(records)) + " records", outcome.screen / (trips * LongTrip), Target,
+           Sides("a trip of 60 ms", outcome.screen, "of 10 ms", outcome.bare)}};
+}
+
+} // namespace lumoscad::bench
