@@ -1,23 +1,14 @@
 #include "AscoltoOdbc.hpp"
 
-#include <dlfcn.h>
+#include "support/DriverManager.hpp"
+
 #include <sql.h>
 #include <sqlext.h>
-#include <stdexcept>
 
 namespace lumoscad::test {
 namespace {
 
 AscoltoOdbc* listening = nullptr;
-
-/// The driver manager's own function behind the one of that name here.
-template <typename Funzione> Funzione* Real(const char* nome) {
-  auto* vera = reinterpret_cast<Funzione*>(::dlsym(RTLD_NEXT, nome)); // NOLINT: how the system hands out functions
-  if (vera == nullptr) {
-    throw std::runtime_error(nome);
-  }
-  return vera;
-}
 
 std::string_view Testo(const SQLCHAR* testo, long lunghezza) {
   const auto* inizio = reinterpret_cast<const char*>(testo); // NOLINT: bytes
@@ -136,15 +127,14 @@ void AscoltoOdbc::Annota(const Istruzione& istruzione, const std::string& riga) 
 // The parameters have the names of the driver manager's header.
 
 using lumoscad::test::listening;
-using lumoscad::test::Real;
+using lumoscad::test::RealFunction;
 using lumoscad::test::Testo;
 
 SQLRETURN SQL_API SQLDriverConnect(SQLHDBC hdbc, SQLHWND hwnd, SQLCHAR* szConnStrIn, SQLSMALLINT cbConnStrIn,
                                    SQLCHAR* szConnStrOut, SQLSMALLINT cbConnStrOutMax, SQLSMALLINT* pcbConnStrOut,
                                    SQLUSMALLINT fDriverCompletion) {
-  static auto* const Originale =
-      Real<SQLRETURN(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT, SQLSMALLINT*, SQLUSMALLINT)>(
-          "SQLDriverConnect");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHDBC, SQLHWND, SQLCHAR*, SQLSMALLINT, SQLCHAR*, SQLSMALLINT,
+                                                        SQLSMALLINT*, SQLUSMALLINT)>("SQLDriverConnect");
   if (listening != nullptr) {
     listening->Apre(Testo(szConnStrIn, cbConnStrIn));
   }
@@ -157,7 +147,7 @@ SQLRETURN SQL_API SQLDriverConnect(SQLHDBC hdbc, SQLHWND hwnd, SQLCHAR* szConnSt
 }
 
 SQLRETURN SQL_API SQLDisconnect(SQLHDBC connectionHandle) {
-  static auto* const Originale = Real<SQLRETURN(SQLHDBC)>("SQLDisconnect");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHDBC)>("SQLDisconnect");
   if (listening != nullptr) {
     listening->Chiude();
   }
@@ -165,7 +155,7 @@ SQLRETURN SQL_API SQLDisconnect(SQLHDBC connectionHandle) {
 }
 
 SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
-  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
   if (listening != nullptr) {
     listening->Preparata(statementHandle, Testo(statementText, textLength));
   }
@@ -175,8 +165,9 @@ SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, S
 SQLRETURN SQL_API SQLBindParameter(SQLHSTMT hstmt, SQLUSMALLINT ipar, SQLSMALLINT fParamType, SQLSMALLINT fCType,
                                    SQLSMALLINT fSqlType, SQLULEN cbColDef, SQLSMALLINT ibScale, SQLPOINTER rgbValue,
                                    SQLLEN cbValueMax, SQLLEN* pcbValue) {
-  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLULEN,
-                                                SQLSMALLINT, SQLPOINTER, SQLLEN, SQLLEN*)>("SQLBindParameter");
+  static auto* const Originale =
+      RealFunction<SQLRETURN(SQLHSTMT, SQLUSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLSMALLINT, SQLULEN, SQLSMALLINT,
+                             SQLPOINTER, SQLLEN, SQLLEN*)>("SQLBindParameter");
   if (listening != nullptr) {
     listening->Assegnato(hstmt, ipar, {static_cast<const char*>(rgbValue), pcbValue});
   }
@@ -184,7 +175,7 @@ SQLRETURN SQL_API SQLBindParameter(SQLHSTMT hstmt, SQLUSMALLINT ipar, SQLSMALLIN
 }
 
 SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT statementHandle, SQLUSMALLINT option) {
-  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLUSMALLINT)>("SQLFreeStmt");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHSTMT, SQLUSMALLINT)>("SQLFreeStmt");
   if (listening != nullptr && option == SQL_RESET_PARAMS) {
     listening->SenzaValori(statementHandle);
   }
@@ -192,7 +183,7 @@ SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT statementHandle, SQLUSMALLINT option) {
 }
 
 SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {
-  static auto* const Originale = Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHSTMT)>("SQLExecute");
   if (listening != nullptr) {
     listening->Eseguita(statementHandle);
   }
@@ -204,7 +195,7 @@ SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {
 }
 
 SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
-  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
   if (listening != nullptr) {
     listening->Eseguita(statementHandle, Testo(statementText, textLength));
   }
@@ -216,7 +207,7 @@ SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statementHandle, SQLCHAR* statementText
 }
 
 SQLRETURN SQL_API SQLRowCount(SQLHSTMT statementHandle, SQLLEN* rowCount) {
-  static auto* const Originale = Real<SQLRETURN(SQLHSTMT, SQLLEN*)>("SQLRowCount");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLHSTMT, SQLLEN*)>("SQLRowCount");
   const auto esito = Originale(statementHandle, rowCount);
   if (listening != nullptr && SQL_SUCCEEDED(esito)) {
     listening->Toccate(statementHandle, *rowCount);
@@ -225,7 +216,7 @@ SQLRETURN SQL_API SQLRowCount(SQLHSTMT statementHandle, SQLLEN* rowCount) {
 }
 
 SQLRETURN SQL_API SQLEndTran(SQLSMALLINT handleType, SQLHANDLE handle, SQLSMALLINT completionType) {
-  static auto* const Originale = Real<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
+  static auto* const Originale = RealFunction<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLSMALLINT)>("SQLEndTran");
   if (listening != nullptr) {
     listening->Fine(completionType == SQL_COMMIT);
   }
@@ -238,7 +229,8 @@ SQLRETURN SQL_API SQLEndTran(SQLSMALLINT handleType, SQLHANDLE handle, SQLSMALLI
 
 SQLRETURN SQL_API SQLSetConnectAttr(SQLHDBC connectionHandle, SQLINTEGER attribute, SQLPOINTER Value,
                                     SQLINTEGER stringLength) {
-  static auto* const Originale = Real<SQLRETURN(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER)>("SQLSetConnectAttr");
+  static auto* const Originale =
+      RealFunction<SQLRETURN(SQLHDBC, SQLINTEGER, SQLPOINTER, SQLINTEGER)>("SQLSetConnectAttr");
   if (listening != nullptr && attribute == SQL_ATTR_AUTOCOMMIT) {
     listening->Conferme(reinterpret_cast<SQLULEN>(Value) == SQL_AUTOCOMMIT_ON); // NOLINT: how the value travels
   }

@@ -1,22 +1,13 @@
 #include "support/CountedStatements.hpp"
 
-#include <dlfcn.h>
+#include "support/DriverManager.hpp"
+
 #include <sql.h>
-#include <stdexcept>
 
 namespace lumoscad::test {
 namespace {
 
 CountedStatements* listening = nullptr;
-
-/// The driver manager's own function behind the one of that name here.
-template <typename Function> Function* Real(const char* name) {
-  auto* real = reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name)); // NOLINT: how the system hands out functions
-  if (real == nullptr) {
-    throw std::runtime_error(name);
-  }
-  return real;
-}
 
 } // namespace
 
@@ -60,7 +51,7 @@ std::size_t CountedStatements::Executions(std::string_view begin) const {
 // The parameters have the names of the driver manager's header.
 
 SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
-  static auto* const Real = lumoscad::test::Real<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
+  static auto* const Real = lumoscad::test::RealFunction<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
   if (lumoscad::test::listening != nullptr && textLength >= 0) {
     lumoscad::test::listening->Prepared(statementHandle, {reinterpret_cast<const char*>(statementText),
                                                           static_cast<std::size_t>(textLength)}); // NOLINT: bytes
@@ -69,7 +60,7 @@ SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, S
 }
 
 SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {
-  static auto* const Real = lumoscad::test::Real<SQLRETURN(SQLHSTMT)>("SQLExecute");
+  static auto* const Real = lumoscad::test::RealFunction<SQLRETURN(SQLHSTMT)>("SQLExecute");
   if (lumoscad::test::listening != nullptr) {
     lumoscad::test::listening->Executed(statementHandle);
   }
