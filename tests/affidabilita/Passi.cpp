@@ -162,6 +162,7 @@ extern "C" short SQLEndTran(short genere, void* connessione, short esito) {
   return passi::Istruzione(esito == 0 ? "COMMIT" : "ROLLBACK", [&] { return Originale(genere, connessione, esito); });
 }
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's names are reserved
 extern "C" ssize_t send(int presa, const void* dati, size_t quanti, int modi) {
   static auto* const Originale = passi::Vera<ssize_t(int, const void*, size_t, int)>("send");
   const ssize_t spediti = Originale(presa, dati, quanti, modi);
@@ -216,3 +217,4 @@ extern "C" int unlink(const char* percorso) {
   errno = errore;
   return esito;
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

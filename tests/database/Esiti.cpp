@@ -139,13 +139,14 @@ BaseEsiti::BaseEsiti(std::string_view genere, const test::OdbcConfiguration::Set
   const Silenzio silenzio;
   base_ = test::databaseContext(genere).Create(SchemaEDati());
   Riapri();
-  sorgente_ = base_->source;
   if (SuPostgres()) {
     proxy_ = std::make_unique<ByteProxy>(test::Postgres().Port());
     sorgente_ = SorgentePostgres(proxy_->Port(), altre);
   } else if (SuMariaDb()) {
     proxy_ = std::make_unique<ByteProxy>(test::MariaDb().Port());
     sorgente_ = test::MariaDb().AddSource(Valore("SELECT DATABASE()"), proxy_->Port(), altre);
+  } else {
+    sorgente_ = base_->source;
   }
   opzioni_ = "-DB2SOURCE " + sorgente_ + " -DB2USER " + base_->user + " -DB2PASS " + base_->password + " -DB2SCHEMA " +
              base_->schema;

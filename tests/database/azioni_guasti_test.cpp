@@ -29,7 +29,7 @@ constexpr int RigaCambiata = -2147217864;
 class CommandsOnADatabase : public test::BaseDelleAzioni {
  protected:
   /// Runs `azione` once, just before the statement number `quale` that begins with `inizio` is sent.
-  void PrimaDi(std::string inizio, int quale, std::function<void()> azione) {
+  void PrimaDi(const std::string& inizio, int quale, const std::function<void()>& azione) {
     ActiveServices().statementSent = [this, inizio, quale, azione, viste = 0](std::string_view istruzione) mutable {
       if (!distratto_ && istruzione.starts_with(inizio) && ++viste == quale) {
         distratto_ = true;

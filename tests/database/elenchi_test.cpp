@@ -85,7 +85,7 @@ class Lists : public testing::TestWithParam<const char*> {
     MsgAnnulla msg;
     static_cast<void>(ElencoScadenze(connection, 1, filtro, msg));
     EXPECT_EQ(banco.statements.size(), 1U);
-    const std::string sql = banco.statements.empty() ? "" : banco.statements[0];
+    std::string sql = banco.statements.empty() ? "" : banco.statements[0];
     if (!sql.starts_with(Inizio) || !sql.ends_with(Fine)) {
       ADD_FAILURE() << sql;
       return sql;

@@ -65,7 +65,7 @@ class PresumedList : public testing::TestWithParam<const char*> {
   std::string Condizioni(const FiltroPresunti& filtro) {
     banco.statements.clear();
     static_cast<void>(ElencoPresunti(connection, 1, filtro, msg));
-    const std::string sql = banco.statements.empty() ? "" : banco.statements.back();
+    std::string sql = banco.statements.empty() ? "" : banco.statements.back();
     if (!sql.starts_with(Inizio) || !sql.ends_with(Fine)) {
       ADD_FAILURE() << sql;
       return sql;

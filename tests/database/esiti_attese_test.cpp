@@ -45,13 +45,17 @@ class Waits : public testing::TestWithParam<const char*> {
 /// What needs a server, where two terminals write at once. The other one works without PostgreSQL's savepoints: their
 /// release would wake who waits for a row, which then waits anew, and looks for a deadlock anew or not at all.
 class WaitsOfAServer : public Waits {
- protected:
-  WaitsOfAServer() { altro_ = posto_.base.AltroTerminaleSenzaSavepoint(); }
+ public:
+  WaitsOfAServer(const WaitsOfAServer&) = delete;
+  WaitsOfAServer& operator=(const WaitsOfAServer&) = delete;
   ~WaitsOfAServer() override {
     if (SuPostgres()) {
       TempoDelBlocco("RESET deadlock_timeout");
     }
   }
+
+ protected:
+  WaitsOfAServer() { altro_ = posto_.base.AltroTerminaleSenzaSavepoint(); }
   /// Alters the database for the sessions to come.
   void TempoDelBlocco(const std::string& modifica) const {
     posto_.base.Esegui("DO $do$ BEGIN EXECUTE format($f$ALTER DATABASE %I " + modifica +

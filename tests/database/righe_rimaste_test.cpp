@@ -352,7 +352,7 @@ class CommandWithRowsLeft : public RowsLeft {
     return LumoScadenze().EseguiLumoScad("-T " + comando + " -H h -D 001 " + base.Opzioni());
   }
   /// Types `nuovo` into the column `colonna` of every row, lets somebody else do `altro`, and confirms.
-  void Recita(int colonna, const char* nuovo, std::function<void()> altro) {
+  void Recita(int colonna, const char* nuovo, const std::function<void()>& altro) {
     banco.desktop.scripts.emplace_back([=](ListWindow& finestra) {
       int x = 1;
       for (int i = 0; i < colonna; ++i) {

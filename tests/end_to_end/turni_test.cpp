@@ -91,6 +91,15 @@ template <typename Tipo> Tipo& Condiviso() {
 }
 
 class Turns : public testing::Test {
+ public:
+  Turns(const Turns&) = delete;
+  Turns& operator=(const Turns&) = delete;
+  ~Turns() override {
+    ::unsetenv("NEXARO_ATTESA");
+    std::error_code ignorato;
+    fs::remove_all(base_, ignorato);
+  }
+
  protected:
   Turns() {
     ::setenv("NEXARO_ATTESA", "0.3", 1);
@@ -102,12 +111,6 @@ class Turns : public testing::Test {
       fs::create_directories(base_ / cartella);
     }
   }
-  ~Turns() override {
-    ::unsetenv("NEXARO_ATTESA");
-    std::error_code ignorato;
-    fs::remove_all(base_, ignorato);
-  }
-
   /// Another program of this workstation, between the naming of its request and its clean-up.
   [[nodiscard]] std::function<void()> HaIlTurno() const {
     return [this] { static_cast<void>(nexaro::CreateProcessLock().release()->Wait(postazione_, [] {})); };

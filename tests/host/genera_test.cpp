@@ -12,7 +12,8 @@ using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 nexaro::ProcessOutcome Genera(const std::vector<std::string>& argomenti) {
-  return nexaro::Run({test::ProgramPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, 16 * 1024 * 1024, 2000});
+  return nexaro::Run(
+      {test::ProgramPath("lumoscad-genera").string(), argomenti, {}, "/", 20s, std::size_t{16} * 1024 * 1024, 2000});
 }
 
 TEST(DemonstrationData, AreTheSameForTheSameDay) {
@@ -46,7 +47,7 @@ std::string Interroga(const std::string& argomenti, const std::string& query) {
        {},
        "/",
        20s,
-       1024 * 1024,
+       std::size_t{1024} * 1024,
        2000});
   EXPECT_EQ(esito.state, 0) << esito.errors;
   return esito.output;

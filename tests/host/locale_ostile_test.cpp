@@ -111,7 +111,9 @@ TEST_F(LocalFile, IsReadThroughNoLinkAndOnlyInItsBeginning) {
   std::filesystem::create_symlink(cartella / "segreto", cartella / "T01");
   EXPECT_THAT(ErroreDi([&] { static_cast<void>(ReadLocalBeginning(cartella / "T01")); }).Description(),
               HasSubstr("collegamento simbolico"));
-  test::Scrivi(cartella / "enorme", "riga\r\n" + std::string(50'000'000, 'x'));
+  std::string enorme = "riga\r\n";
+  enorme.append(50'000'000, 'x');
+  test::Scrivi(cartella / "enorme", enorme);
   const auto righe = ReadLocalBeginning(cartella / "enorme").lines;
   ASSERT_THAT(righe, SizeIs(2));
   EXPECT_EQ(righe[0], "riga");

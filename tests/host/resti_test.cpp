@@ -64,7 +64,7 @@ class Leftovers : public testing::Test {
   /// The number of a process that is no more.
   static std::string Finito() {
     OtherProcess altro([] {});
-    const auto numero = std::to_string(altro.Number());
+    auto numero = std::to_string(altro.Number());
     altro.End();
     return numero;
   }

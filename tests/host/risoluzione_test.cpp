@@ -122,9 +122,9 @@ unsigned PortaMuta() {
   indirizzo.sin_family = AF_INET;
   indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t lunghezza = sizeof indirizzo;
-  ::bind(presa, reinterpret_cast<sockaddr*>(&indirizzo), lunghezza);
-  ::listen(presa, 5);
-  ::getsockname(presa, reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza);
+  EXPECT_EQ(::bind(presa, reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
+  EXPECT_EQ(::listen(presa, 5), 0);
+  EXPECT_EQ(::getsockname(presa, reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
   return ntohs(indirizzo.sin_port);
 }
 

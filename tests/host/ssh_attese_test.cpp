@@ -108,11 +108,10 @@ TEST_F(SshWaits, ProgramThatOnlyComplainsIsGivenUpAllTheSame) {
 class AgenteMuto {
  public:
   AgenteMuto(const std::string& presa, std::string chiave, std::chrono::milliseconds fermata = 0ms)
-      : chiave_(std::move(chiave)), fermata_(fermata) {
+      : ascolto_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), chiave_(std::move(chiave)), fermata_(fermata) {
     sockaddr_un indirizzo{};
     indirizzo.sun_family = AF_UNIX;
     presa.copy(indirizzo.sun_path, sizeof indirizzo.sun_path - 1);
-    ascolto_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     EXPECT_EQ(::bind(ascolto_, reinterpret_cast<sockaddr*>(&indirizzo), sizeof indirizzo), 0);
     EXPECT_EQ(::listen(ascolto_, 0), 0);
     variabili_.Imposta("SSH_AUTH_SOCK", presa);
@@ -168,9 +167,9 @@ class AgenteMuto {
     ::close(cliente);
   }
 
+  int ascolto_;
   std::string chiave_;
   std::chrono::milliseconds fermata_;
-  int ascolto_ = -1;
   test::VariabiliProvvisorie variabili_;
   std::thread filo_;
 };

@@ -51,9 +51,9 @@ TEST_F(SshProgram, NoCharacterOfAParameterMeansAnythingToTheHost) {
 }
 
 TEST_F(SshProgram, AHundredParametersArriveInTheirOrder) {
-  std::vector<std::string> parametri;
-  for (int numero = 0; numero < 100; ++numero) {
-    parametri.push_back(numero % 3 == 0 ? "" : "valore " + std::to_string(numero));
+  std::vector<std::string> parametri(100);
+  for (std::size_t numero = 0; numero < parametri.size(); ++numero) {
+    parametri[numero] = numero % 3 == 0 ? "" : "valore " + std::to_string(numero);
   }
   EXPECT_EQ(Argomenti(parametri), Attesi(parametri));
 }

@@ -26,8 +26,8 @@ namespace lumoscad::test {
 /// the clock at 5 March 2026, 14:07:09, and everything written into a record.
 class Scena {
  public:
-  /// `demo` is the host and is left as it was found; its own database is not used.
-  Scena(std::string_view genere, Registro& registro, const Dimostrazione& demo);
+  /// `host` is left as it was found; its own database is not used.
+  Scena(std::string_view genere, Registro& registro, const Dimostrazione& host);
   Scena(const Scena&) = delete;
   Scena& operator=(const Scena&) = delete;
   ~Scena();

@@ -62,6 +62,8 @@ struct Db2Context::Borrowed final : TestDatabase {
     source = context.free_.back();
     context.free_.pop_back();
   }
+  Borrowed(const Borrowed&) = delete;
+  Borrowed& operator=(const Borrowed&) = delete;
   ~Borrowed() override { context.free_.push_back(source); }
 
   Db2Context& context;

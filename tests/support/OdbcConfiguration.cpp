@@ -55,7 +55,7 @@ OdbcConfiguration::OdbcConfiguration() {
 }
 
 std::string OdbcConfiguration::AddSource(std::string_view prefix, std::string_view library, const Settings& settings) {
-  const std::string name = std::string(prefix) + std::to_string(++added_);
+  std::string name = std::string(prefix) + std::to_string(++added_);
   std::string section = "[" + name + "]\nDriver=" + DriverSection(library) + "\n";
   for (const auto& [key, value] : settings) {
     section.append(key).append("=").append(value).append("\n");
@@ -77,7 +77,7 @@ std::string OdbcConfiguration::DriverSection(std::string_view library) {
   if (path.empty()) {
     throw std::runtime_error("ODBC driver not installed: " + std::string(library));
   }
-  const std::string name = "lumoscad-driver" + std::to_string(drivers_.size() + 1);
+  std::string name = "lumoscad-driver" + std::to_string(drivers_.size() + 1);
   std::ofstream(directory_.Path() / "odbcinst.ini", std::ios::app)
       << "[" << name << "]\nDriver=" << path.string() << "\nThreading=2\n\n";
   drivers_.emplace(library, name);
@@ -99,7 +99,7 @@ void OdbcConfiguration::WriteSources() const {
 fs::path DriverLibrary(std::string_view fileName) {
   std::error_code error;
   for (const auto& entry : fs::directory_iterator("/usr/lib", error)) {
-    if (const fs::path found = entry.path() / "odbc" / fileName; fs::exists(found, error)) {
+    if (fs::path found = entry.path() / "odbc" / fileName; fs::exists(found, error)) {
       return found;
     }
   }

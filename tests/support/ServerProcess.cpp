@@ -148,6 +148,7 @@ ServerProcess::ServerProcess(std::vector<std::string> words, const fs::path& log
     words.insert(words.begin(), prefix.begin(), prefix.end());
   }
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) {
     arguments.push_back(word.data());
   }

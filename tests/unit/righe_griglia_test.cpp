@@ -58,9 +58,9 @@ TEST(DistinctTexts, TakeTextsLongerThanAnyBlock) {
 TEST(DistinctTexts, StayReadableWhileThousandsAreAdded) {
   TestiUnici testi;
   const std::string_view primo = testi.Testo(testi.Numero("il primo"));
-  std::vector<std::uint32_t> numeri;
-  for (int i = 0; i < 50'000; ++i) {
-    numeri.push_back(testi.Numero("testo " + std::to_string(i)));
+  std::vector<std::uint32_t> numeri(50'000);
+  for (std::size_t i = 0; i < numeri.size(); ++i) {
+    numeri[i] = testi.Numero("testo " + std::to_string(i));
   }
   EXPECT_EQ(primo, "il primo");
   for (const int i : {0, 777, 49'999}) {

@@ -36,6 +36,7 @@ std::vector<std::string> Testi(const ExtraMovimento& s) {
 /// The texts of every item of a list, in order.
 template <typename Voci> std::vector<std::vector<std::string>> Elenco(const Voci& voci) {
   std::vector<std::vector<std::string>> testi;
+  testi.reserve(voci.size());
   for (const auto& voce : voci) {
     testi.push_back(Testi(*voce));
   }

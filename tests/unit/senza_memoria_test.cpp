@@ -38,8 +38,13 @@ namespace {
 
 /// A change that the host has accepted, of which the database then fails; with the failure the memory ends.
 class WithoutMemory : public testing::Test {
- protected:
+ public:
+  WithoutMemory(const WithoutMemory&) = delete;
+  WithoutMemory& operator=(const WithoutMemory&) = delete;
   ~WithoutMemory() override { memoriaFinita = false; }
+
+ protected:
+  WithoutMemory() = default;
 
   /// What the standard error has after a command that fails with `errore`.
   template <class Errore> std::string Scritto(Errore errore) {
