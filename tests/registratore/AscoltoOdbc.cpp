@@ -72,8 +72,12 @@ void AscoltoOdbc::SenzaValori(const void* istruzione) {
 }
 
 void AscoltoOdbc::Eseguita(const void* istruzione, std::string_view testo) {
-  Preparata(istruzione, testo);
+  istruzioni_[istruzione].testo = testo;
   Eseguita(istruzione);
+}
+
+void AscoltoOdbc::Liberata(const void* istruzione) {
+  istruzioni_.erase(istruzione);
 }
 
 void AscoltoOdbc::Eseguita(const void* istruzione) {
@@ -180,6 +184,14 @@ SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT statementHandle, SQLUSMALLINT option) {
     listening->SenzaValori(statementHandle);
   }
   return Originale(statementHandle, option);
+}
+
+SQLRETURN SQL_API SQLFreeHandle(SQLSMALLINT handleType, SQLHANDLE handle) {
+  static auto* const Originale = RealFunction<SQLRETURN(SQLSMALLINT, SQLHANDLE)>("SQLFreeHandle");
+  if (listening != nullptr) {
+    listening->Liberata(handle);
+  }
+  return Originale(handleType, handle);
 }
 
 SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {

@@ -44,6 +44,7 @@ class AscoltoOdbc {
   void Preparata(const void* istruzione, std::string_view testo);
   void Assegnato(const void* istruzione, unsigned posto, Valore valore);
   void SenzaValori(const void* istruzione);
+  void Liberata(const void* istruzione);
   void Eseguita(const void* istruzione);
   void Eseguita(const void* istruzione, std::string_view testo);
   void Toccate(const void* istruzione, long righe);

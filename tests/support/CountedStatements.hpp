@@ -8,8 +8,8 @@
 
 namespace lumoscad::test {
 
-/// What the program hands to the driver manager: a program that links this has its SQLPrepare and SQLExecute counted on
-/// their way. From its making to its end, for one thread.
+/// What the program hands to the driver manager: a program that links this has its SQLPrepare, SQLDescribeParam,
+/// SQLExecute and SQLExecDirect counted on their way. From its making to its end, for one thread.
 class CountedStatements {
  public:
   CountedStatements();
@@ -21,10 +21,19 @@ class CountedStatements {
   [[nodiscard]] std::size_t Preparations(std::string_view begin) const;
   /// How many times such statements were executed after they had been prepared.
   [[nodiscard]] std::size_t Executions(std::string_view begin) const;
+  /// How many times such statements were executed without being prepared.
+  [[nodiscard]] std::size_t DirectExecutions(std::string_view begin) const;
+  /// How many parameters were described, of whatever statement.
+  [[nodiscard]] std::size_t Descriptions() const noexcept { return descriptions_; }
+
+  /// The name that every server goes by from here on; empty for its own.
+  std::string serverName;
 
   // What the layer tells.
   void Prepared(const void* statement, std::string_view text);
   void Executed(const void* statement);
+  void ExecutedDirectly(std::string_view text);
+  void Described() noexcept { ++descriptions_; }
 
  private:
   struct Preparation {
@@ -32,6 +41,8 @@ class CountedStatements {
     std::size_t executions;
   };
   std::vector<Preparation> preparations_;
+  std::vector<std::string> direct_;
+  std::size_t descriptions_ = 0;
   std::map<const void*, std::size_t> latest_; ///< the last preparation of each handle: handles come back
 };
 

@@ -75,6 +75,9 @@ class Command {
   lumoscad::ado::CommandType CommandType = CommandType::Text;
   std::string CommandText;
   std::vector<std::string> Parameters; ///< one text a marker, in order
+  /// The text is executed once and not prepared for it, where the database takes it so: round trips saved for a text
+  /// that no other record of a list shares. In a failure the driver then has other words around the server's own.
+  bool sentOnce = false;
 
   /// Executes the statement and reads its whole result, if it has one. `RecordsAffected`, when given, receives
   /// the rows a statement without result changed (0 also where the driver answers "no data").

@@ -5,6 +5,10 @@ namespace lumoscad::ado {
 
 struct Command::Impl {
   std::unique_ptr<detail::Prepared> prepared;
+
+  /// Executes on the handle that is kept, preparing it where there is none for this text on this session.
+  [[nodiscard]] detail::Outcome Execute(const std::shared_ptr<detail::Session>& session, const std::string& text,
+                                        const std::vector<std::string>& parameters);
 };
 
 Command::Command() : impl_(std::make_unique<Impl>()) {}
@@ -17,19 +21,24 @@ Recordset Command::Execute(std::int64_t* RecordsAffected) {
     throw RuntimeError(detail::numbers::ObjectClosed, "Il comando SQL non è collegato ad alcuna connessione.", "ODBC");
   }
   const auto& session = ActiveConnection->impl().Require();
-  auto& prepared = impl_->prepared;
-  if (!prepared || !prepared->Serves(session, CommandText)) {
+  auto outcome = sentOnce ? detail::ExecuteOnce(session, CommandText, Parameters)
+                          : impl_->Execute(session, CommandText, Parameters);
+  if (RecordsAffected != nullptr) {
+    *RecordsAffected = outcome.affected;
+  }
+  Recordset result;
+  result.impl().Fill(std::move(outcome), session);
+  return result;
+}
+
+detail::Outcome Command::Impl::Execute(const std::shared_ptr<detail::Session>& session, const std::string& text,
+                                       const std::vector<std::string>& parameters) {
+  if (!prepared || !prepared->Serves(session, text)) {
     prepared.reset();
-    prepared = std::make_unique<detail::Prepared>(session, CommandText);
+    prepared = std::make_unique<detail::Prepared>(session, text);
   }
   try {
-    auto outcome = prepared->Execute(Parameters);
-    if (RecordsAffected != nullptr) {
-      *RecordsAffected = outcome.affected;
-    }
-    Recordset result;
-    result.impl().Fill(std::move(outcome), session);
-    return result;
+    return prepared->Execute(parameters);
   } catch (...) {
     // What made it fail may be the plan itself, after a change of the tables.
     prepared.reset();
