@@ -2,7 +2,6 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
-#include "database/db2Searches.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "platform/RuntimeError.hpp"
 
@@ -69,6 +68,7 @@ std::string ValoreChiave(const std::string& chiave) {
 ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<std::string> valori) {
   istruzioni_ += "\r\n" + istruzione;
   ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
+  comando.sentOnce = true;
   comando.Parameters = std::move(valori);
   return comando.Execute();
 }
@@ -76,6 +76,7 @@ ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<s
 std::int64_t Aggiornamento::Esegui(const std::string& istruzione, std::vector<std::string> valori) {
   istruzioni_ += "\r\n" + istruzione;
   ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
+  comando.sentOnce = true;
   comando.Parameters = std::move(valori);
   std::int64_t righe = -1;
   comando.Execute(&righe);
@@ -118,7 +119,7 @@ std::string Aggiornamento::ChiaveBanca(const std::string& codice) {
 }
 
 std::string Aggiornamento::ChiaveConto(const std::string& codice) {
-  return std::to_string(db2Searches::CercaContoContabile(*connection_, codice));
+  return std::to_string(conti_.Cerca(codice));
 }
 
 } // namespace lumoscad::procedureLumoDB2

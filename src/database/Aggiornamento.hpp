@@ -3,6 +3,7 @@
 #include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
 #include "common/Variazioni.hpp"
+#include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "platform/ado/Ado.hpp"
 
@@ -35,7 +36,7 @@ namespace lumoscad::procedureLumoDB2 {
 /// One confirmation being written: the connection, and the statements of the current record for its error text.
 class Aggiornamento {
  public:
-  explicit Aggiornamento(ado::Connection& connection) : connection_(&connection) {}
+  explicit Aggiornamento(ado::Connection& connection) : connection_(&connection), conti_(connection) {}
 
   /// Forgets the statements of the record before.
   void NuovoRecord() { istruzioni_.clear(); }
@@ -68,6 +69,7 @@ class Aggiornamento {
 
  private:
   ado::Connection* connection_;
+  db2Searches::RicercaConti conti_;
   std::string istruzioni_;
   std::set<std::vector<std::string>> fatte_;
 };

@@ -11,6 +11,7 @@
 namespace lumoscad::db2Searches {
 namespace {
 
+constexpr std::string_view ContoPerCodice = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
 constexpr std::string_view MovimentoDiOgniAnno = "SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
                                                  "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?";
 
@@ -39,6 +40,10 @@ std::int32_t Cerca(ado::Connection& connection, std::string_view sql, std::vecto
 
 std::int32_t CercaMovimento(ado::Command& comando, std::vector<std::string> valori) {
   return Cerca(comando, std::move(valori), "MOVIMENTOKEY", "MOVIMENTO CONTABILE INESISTENTE");
+}
+
+std::int32_t CercaConto(ado::Command& comando, std::string_view codiceConto) {
+  return Cerca(comando, {std::string(codiceConto)}, "CONTOCONTABILE_KEY", "CONTO CONTABILE INESISTENTE");
 }
 
 } // namespace
@@ -84,10 +89,15 @@ std::int32_t RicercaMovimenti::Cerca(std::string_view serie, std::string_view nu
 }
 
 std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto) {
-  return Cerca(connection,
-               "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE "
-               "CODICECONTO=? ",
-               {std::string(codiceConto)}, "CONTOCONTABILE_KEY", "CONTO CONTABILE INESISTENTE");
+  ado::Command comando = moduloDatabase::CreaComando(connection, ContoPerCodice);
+  return CercaConto(comando, codiceConto);
+}
+
+RicercaConti::RicercaConti(ado::Connection& connection)
+    : comando_(moduloDatabase::CreaComando(connection, ContoPerCodice)) {}
+
+std::int32_t RicercaConti::Cerca(std::string_view codiceConto) {
+  return CercaConto(comando_, codiceConto);
 }
 
 std::int32_t CercaPartitaContabile(ado::Connection& connection, std::string_view contoContabileKey,

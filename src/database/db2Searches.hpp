@@ -39,6 +39,18 @@ class RicercaMovimenti {
 /// The key of an account by its code.
 [[nodiscard]] std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto);
 
+/// `CercaContoContabile` for the records of a list: one prepared statement, sent every time, as another terminal may
+/// change the accounts meanwhile. Used on the connection it was made for, while that is open.
+class RicercaConti {
+ public:
+  explicit RicercaConti(ado::Connection& connection);
+
+  [[nodiscard]] std::int32_t Cerca(std::string_view codiceConto);
+
+ private:
+  ado::Command comando_;
+};
+
 /// The key of an open item by its account's key and its number.
 [[nodiscard]] std::int32_t CercaPartitaContabile(ado::Connection& connection, std::string_view contoContabileKey,
                                                  std::string_view numeroPartita);
