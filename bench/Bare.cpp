@@ -13,12 +13,6 @@ constexpr std::size_t BytesOfBlock = std::size_t{1} << 20;
 constexpr std::size_t BytesOfNumber = 64;
 constexpr std::size_t BytesOfCharacter = 4;
 
-void Demand(SQLRETURN outcome) {
-  if (!SQL_SUCCEEDED(outcome)) {
-    throw std::runtime_error("the bare program failed");
-  }
-}
-
 std::vector<std::size_t> Spaces(SQLHANDLE command) {
   SQLSMALLINT columns = 0;
   Demand(SQLNumResultCols(command, &columns));
@@ -37,6 +31,12 @@ std::vector<std::size_t> Spaces(SQLHANDLE command) {
 }
 
 } // namespace
+
+void Demand(SQLRETURN outcome) {
+  if (!SQL_SUCCEEDED(outcome)) {
+    throw std::runtime_error("the bare program failed");
+  }
+}
 
 BareConnection::BareConnection(const std::string& connectionText) {
   SQLSetEnvAttr(environment_.get(), SQL_ATTR_ODBC_VERSION, ado::detail::AsPointer(SQL_OV_ODBC3), 0);

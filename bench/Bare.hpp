@@ -11,6 +11,9 @@
 
 namespace lumoscad::bench {
 
+/// Raises where a call of the bare program failed.
+void Demand(SQLRETURN outcome);
+
 /// A plain program's connection.
 class BareConnection {
  public:

@@ -53,6 +53,9 @@ using Rows = std::vector<Row>;
 [[nodiscard]] Rows Load(Sizes sizes);
 /// The load of the presumed-documents screen against a bare program that sends the same statements.
 [[nodiscard]] Rows LoadPresumed(Sizes sizes);
+/// The database update of a confirmed list (credits, presumed banks, deliveries) against a bare program that sends the
+/// same statements in the same order.
+[[nodiscard]] Rows Confirm(Sizes sizes);
 /// The sort of the grid against std::stable_sort of the same texts, and the memory of a row.
 [[nodiscard]] Rows OrderAndMemory(Sizes sizes);
 
