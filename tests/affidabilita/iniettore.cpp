@@ -104,6 +104,7 @@ template <typename Funzione> Funzione* Vera(const char* nome) {
 void Muore(int segnale, siginfo_t* /*notizie*/, void* contesto) {
   const auto* const dove = static_cast<const ucontext_t*>(contesto);
   Dl_info libreria{};
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a register's value is an address by its use alone
   ::dladdr(reinterpret_cast<void*>(dove->uc_mcontext.gregs[REG_RIP]), &libreria);
   std::snprintf(Il().pagina->morte.data(), Il().pagina->morte.size(), "signal %d in %s %s", segnale,
                 libreria.dli_fname == nullptr ? "?" : libreria.dli_fname,
@@ -280,6 +281,8 @@ int close(int file) {
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc): operator new and delete themselves are made of these
+
 namespace {
 
 void* Nuova(std::size_t quanti) noexcept {
@@ -319,3 +322,5 @@ void operator delete(void* memoria, std::size_t /*quanti*/) noexcept {
 void operator delete[](void* memoria, std::size_t /*quanti*/) noexcept {
   std::free(memoria);
 }
+
+// NOLINTEND(cppcoreguidelines-no-malloc)

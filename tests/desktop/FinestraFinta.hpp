@@ -21,7 +21,7 @@ namespace lumoscad::test {
 class FinestraFinta final : public ListWindow {
  public:
   /// Columns as in the bank schedule window; the rows are computed, so that any number of them is cheap.
-  explicit FinestraFinta(std::size_t righe);
+  explicit FinestraFinta(std::size_t quante);
   FinestraFinta(const FinestraFinta&) = delete;
   FinestraFinta& operator=(const FinestraFinta&) = delete;
 

@@ -44,7 +44,7 @@ class CaratteriSostituiti {
 
 /// The family that `widget` asks for; fails where something else than its substitute is drawn.
 std::string Famiglia(const QWidget& widget) {
-  const std::string famiglia = widget.font().family().toStdString();
+  std::string famiglia = widget.font().family().toStdString();
   for (const auto& [chiesta, sostituto] : CaratteriSostituiti::Coppie) {
     if (famiglia == chiesta) {
       EXPECT_EQ(QFontInfo(widget.font()).family(), sostituto) << widget.objectName().toStdString();

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,8 +31,8 @@ class Chiamante {
       argomenti = {"python3", test::SourcePath("tests/end_to_end/chiamante.py").string(),
                    test::LibraryPath("lumoscad").string()};
       // The interpreter knows nothing of a sanitizer in the library, and does not give back its own memory.
-      if (const std::string sanitizer = LUMOSCAD_SANITIZER; !sanitizer.empty()) {
-        ambiente.push_back("LD_PRELOAD=" + sanitizer);
+      if (const std::string_view sanitizer(LUMOSCAD_SANITIZER); !sanitizer.empty()) {
+        ambiente.push_back("LD_PRELOAD=" + std::string(sanitizer));
         ambiente.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=0");
       }
     }

@@ -115,6 +115,11 @@ std::vector<Scenetta> Cambi() {
               }
               finestra.PictureOk_Click();
             }),
+  };
+}
+
+std::vector<Scenetta> EditorLasciati() {
+  return {
       Gioca("crediti, un editor abbandonato e uno lasciato con Tab",
             [](auto& finestra, const auto& persona) {
               persona.Clicca(1, "KNuovaScadenza");
@@ -208,7 +213,7 @@ std::vector<Scenetta> Altre() {
 
 std::vector<Scenetta> ReciteCrediti() {
   auto tutte = Uscite();
-  for (auto* altre : {Cambi, Altre}) {
+  for (auto* altre : {Cambi, EditorLasciati, Altre}) {
     for (auto& recita : altre()) {
       tutte.push_back(std::move(recita));
     }
@@ -229,6 +234,7 @@ Scenetta Guarda(std::string titolo, std::vector<std::string> comandi) {
 
 std::vector<std::string> Con(const std::string& inizio, const std::vector<std::string>& opzioni) {
   std::vector<std::string> comandi;
+  comandi.reserve(opzioni.size());
   for (const auto& opzione : opzioni) {
     comandi.push_back(inizio + opzione);
   }

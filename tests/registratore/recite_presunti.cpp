@@ -20,7 +20,7 @@ std::string NomeOrdine(ListWindow& finestra) {
 }
 
 /// The window opens in the order of documents, then come the gestures.
-Scenetta Gioca(const std::string& tipo, std::string titolo, Gesti gesti) {
+Scenetta Gioca(const std::string& tipo, const std::string& titolo, Gesti gesti) {
   return {tipo + " " + titolo, [tipo, gesti = std::move(gesti)](Scena& scena) {
             scena.Recita([gesti](ListWindow& finestra) {
               finestra.TLwTestata_Click(std::stoi(NomeOrdine(finestra)));
