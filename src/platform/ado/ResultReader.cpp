@@ -52,32 +52,75 @@ bool HoldsNumbers(SQLSMALLINT type) {
   return std::find(Types.begin(), Types.end(), type) != Types.end();
 }
 
-/// The name of the column's type in the server's own words; empty where it is not told.
-std::string TypeName(const Statement& statement, SQLUSMALLINT column) {
-  std::array<char, 64> name{};
-  SQLSMALLINT length = 0;
-  const SQLRETURN rc = SQLColAttribute(statement.handle(), column, SQL_DESC_TYPE_NAME, name.data(),
-                                       static_cast<SQLSMALLINT>(name.size() - 1), &length, nullptr);
-  return SQL_SUCCEEDED(rc) ? std::string(name.data()) : std::string();
+constexpr const char* DescribingFailed = "Descrizione del risultato non riuscita.";
+
+/// What the server's own name of a column's type says. Numbers may be described as texts, and amounts of money as
+/// numbers: a setting of PostgreSQL's driver (NumericAs) and its habit. It writes them all the same.
+ValueKind KindByName(std::string_view typeName) {
+  if (typeName == "money") {
+    return ValueKind::Money;
+  }
+  const bool number = typeName == "numeric" || typeName == "float4" || typeName == "float8";
+  return number ? ValueKind::Number : ValueKind::AsItIs;
 }
 
-ValueKind KindOf(const Statement& statement, SQLUSMALLINT column, SQLSMALLINT type) {
-  const Dialect& dialect = statement.session().dialect();
+ValueKind KindOf(const Dialect& dialect, SQLSMALLINT type, std::string_view typeName) {
   if (HoldsTimestamps(type)) {
     return dialect.infiniteTimes ? ValueKind::InfiniteTimestamp : ValueKind::Timestamp;
   }
-  // Numbers may be described as texts, and amounts of money as numbers: a setting of PostgreSQL's driver (NumericAs)
-  // and its habit. It writes them all the same.
-  if (dialect.namesNumbers) {
-    const std::string name = TypeName(statement, column);
-    if (name == "money") {
-      return ValueKind::Money;
-    }
-    if (name == "numeric" || name == "float4" || name == "float8") {
-      return ValueKind::Number;
-    }
+  const ValueKind named = dialect.namesNumbers ? KindByName(typeName) : ValueKind::AsItIs;
+  if (named != ValueKind::AsItIs) {
+    return named;
   }
   return dialect.typesHold && HoldsNumbers(type) ? ValueKind::Number : ValueKind::AsItIs;
+}
+
+std::string TextAttribute(const Statement& statement, SQLUSMALLINT column, SQLUSMALLINT attribute) {
+  std::array<char, 512> text{};
+  SQLSMALLINT length = 0;
+  statement.Require(SQLColAttribute(statement.handle(), column, attribute, text.data(),
+                                    static_cast<SQLSMALLINT>(text.size() - 1), &length, nullptr),
+                    DescribingFailed);
+  return text.data();
+}
+
+SQLLEN NumberAttribute(const Statement& statement, SQLUSMALLINT column, SQLUSMALLINT attribute) {
+  SQLLEN number = 0;
+  statement.Require(SQLColAttribute(statement.handle(), column, attribute, nullptr, 0, nullptr, &number),
+                    DescribingFailed);
+  return number;
+}
+
+/// For SQLDescribeCol, for the concise type and for the plain type name psqlodbc asks the server's catalogue, once a
+/// table and connection; what stands here came with the rows.
+ColumnInfo DescribeByAttributes(const Statement& statement, SQLUSMALLINT place) {
+  ColumnInfo column;
+  column.name = TextAttribute(statement, place, SQL_DESC_NAME);
+  column.type = static_cast<SQLSMALLINT>(NumberAttribute(statement, place, SQL_DESC_TYPE));
+  const std::string typeName = TextAttribute(statement, place, SQL_DESC_LOCAL_TYPE_NAME);
+  if (column.type == SQL_DATETIME) {
+    column.type = typeName.starts_with("timestamp") ? SQL_TYPE_TIMESTAMP : SQL_TYPE_DATE;
+  }
+  column.kind = KindOf(statement.session().dialect(), column.type, typeName);
+  const SQLLEN size = NumberAttribute(statement, place, SQL_DESC_DISPLAY_SIZE);
+  column.buffer = BufferBytes(column.type, size < 0 ? 0 : static_cast<SQLULEN>(size));
+  return column;
+}
+
+ColumnInfo Describe(const Statement& statement, SQLUSMALLINT place) {
+  std::array<SQLCHAR, 512> name{};
+  SQLSMALLINT length = 0;
+  SQLSMALLINT digits = 0;
+  SQLSMALLINT nullable = 0;
+  SQLULEN size = 0;
+  ColumnInfo column;
+  statement.Require(SQLDescribeCol(statement.handle(), place, name.data(), static_cast<SQLSMALLINT>(name.size()),
+                                   &length, &column.type, &size, &digits, &nullable),
+                    DescribingFailed);
+  column.name = reinterpret_cast<const char*>(name.data());
+  column.kind = KindOf(statement.session().dialect(), column.type, {});
+  column.buffer = BufferBytes(column.type, size);
+  return column;
 }
 
 /// Leaves the date alone of a timestamp at midnight: a due date may be declared either way.
@@ -244,21 +287,11 @@ bool Comparable(const ColumnInfo& column, const Dialect& dialect) noexcept {
 }
 
 std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT count) {
-  std::vector<ColumnInfo> columns(static_cast<std::size_t>(count));
-  for (SQLSMALLINT i = 0; i < count; ++i) {
-    std::array<SQLCHAR, 512> name{};
-    SQLSMALLINT length = 0;
-    SQLSMALLINT digits = 0;
-    SQLSMALLINT nullable = 0;
-    SQLULEN size = 0;
-    ColumnInfo& column = columns[static_cast<std::size_t>(i)];
-    statement.Require(SQLDescribeCol(statement.handle(), static_cast<SQLUSMALLINT>(i + 1), name.data(),
-                                     static_cast<SQLSMALLINT>(name.size()), &length, &column.type, &size, &digits,
-                                     &nullable),
-                      "Descrizione del risultato non riuscita.");
-    column.name = reinterpret_cast<const char*>(name.data());
-    column.kind = KindOf(statement, static_cast<SQLUSMALLINT>(i + 1), column.type);
-    column.buffer = BufferBytes(column.type, size);
+  const auto describe = statement.session().dialect().namesNumbers ? DescribeByAttributes : Describe;
+  std::vector<ColumnInfo> columns;
+  columns.reserve(static_cast<std::size_t>(count));
+  for (SQLSMALLINT place = 1; place <= count; ++place) {
+    columns.push_back(describe(statement, static_cast<SQLUSMALLINT>(place)));
   }
   return columns;
 }
