@@ -115,10 +115,30 @@ void RigheGriglia::Svuota() {
   posti_.clear();
 }
 
+/// The number of a new row's text. Looking it up is what costs, and most texts are there already: in the row before, or
+/// in the same row, which shows some of them twice.
+std::uint32_t RigheGriglia::NumeroDiCella(const std::vector<std::string_view>& testi, std::size_t inizio,
+                                          std::size_t colonna) {
+  const std::string_view testo = colonna < testi.size() ? testi[colonna] : std::string_view();
+  if (inizio > 0) {
+    const std::uint32_t sopra = celle_[inizio - colonne_ + colonna];
+    if (testi_.Testo(sopra) == testo) {
+      return sopra;
+    }
+  }
+  for (std::size_t prima = 0; !testo.empty() && prima < colonna; ++prima) {
+    if (testi[prima].data() == testo.data() && testi[prima].size() == testo.size()) {
+      return celle_[inizio + prima];
+    }
+  }
+  return testi_.Numero(testo);
+}
+
 std::size_t RigheGriglia::Aggiungi(const std::vector<std::string_view>& testi) {
   const std::size_t riga = ordine_.size();
+  const std::size_t inizio = celle_.size();
   for (std::size_t colonna = 0; colonna < colonne_; ++colonna) {
-    celle_.push_back(testi_.Numero(colonna < testi.size() ? testi[colonna] : std::string_view()));
+    celle_.push_back(NumeroDiCella(testi, inizio, colonna));
   }
   tag_.insert(tag_.end(), tagPerRiga_, testi_.Numero({}));
   spunte_.push_back(0);
@@ -140,7 +160,9 @@ std::string_view RigheGriglia::Tag(std::size_t riga, int colonna) const {
 }
 
 void RigheGriglia::ImpostaTag(std::size_t riga, int colonna, std::string_view tag) {
-  tag_[PostoTag(riga, colonna)] = testi_.Numero(tag);
+  const std::size_t posto = PostoTag(riga, colonna);
+  const bool sopra = riga > 0 && testi_.Testo(tag_[posto - tagPerRiga_]) == tag;
+  tag_[posto] = sopra ? tag_[posto - tagPerRiga_] : testi_.Numero(tag);
 }
 
 void RigheGriglia::ImpostaSpunta(std::size_t riga, int quale, bool spuntata) {

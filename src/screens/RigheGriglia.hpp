@@ -58,6 +58,8 @@ class RigheGriglia {
 
  private:
   [[nodiscard]] std::vector<std::uint32_t> Ranghi(int colonna, std::size_t& quanti) const;
+  [[nodiscard]] std::uint32_t NumeroDiCella(const std::vector<std::string_view>& testi, std::size_t inizio,
+                                            std::size_t colonna);
   [[nodiscard]] std::size_t PostoTag(std::size_t riga, int colonna) const;
 
   std::size_t colonne_;

@@ -11,7 +11,44 @@ namespace lumoscad::ado::detail {
 namespace {
 
 constexpr std::size_t StoreBlockBytes = std::size_t{1} << 20;
-constexpr std::uint32_t NullFlag = 0x80000000U;
+/// A row begins with the size of its offsets. Their highest bit says that the cell is NULL.
+using ShortOffset = std::uint16_t;
+using LongOffset = std::uint32_t;
+template <typename Offset> constexpr std::size_t Longest = std::size_t{1} << (sizeof(Offset) * 8 - 1);
+template <typename Offset> constexpr auto NullFlag = static_cast<Offset>(Longest<Offset>);
+
+using Cells = std::vector<std::optional<std::string_view>>;
+
+/// Writes the cells behind the size of the offsets.
+template <typename Offset> void WriteCells(std::byte* ends, const Cells& cells) {
+  std::byte* const text = ends + cells.size() * sizeof(Offset);
+  std::size_t at = 0;
+  for (const auto& cell : cells) {
+    if (cell && !cell->empty()) {
+      std::memcpy(text + at, cell->data(), cell->size());
+      at += cell->size();
+    }
+    const auto end = static_cast<Offset>(cell ? at : at | NullFlag<Offset>);
+    std::memcpy(ends, &end, sizeof end);
+    ends += sizeof end;
+  }
+}
+
+template <typename Offset>
+std::optional<std::string_view> ReadCell(const std::byte* ends, std::size_t columns, std::size_t column) noexcept {
+  Offset end = 0;
+  std::memcpy(&end, ends + column * sizeof end, sizeof end);
+  if ((end & NullFlag<Offset>) != 0) {
+    return std::nullopt;
+  }
+  Offset start = 0;
+  if (column > 0) {
+    std::memcpy(&start, ends + (column - 1) * sizeof start, sizeof start);
+  }
+  const std::size_t from = start & static_cast<Offset>(~NullFlag<Offset>);
+  const auto* text = reinterpret_cast<const char*>(ends + columns * sizeof end);
+  return std::string_view(text + from, end - from);
+}
 
 } // namespace
 
@@ -25,18 +62,8 @@ void RowStore::Replace(std::size_t row, const std::vector<std::optional<std::str
 
 std::optional<std::string_view> RowStore::Cell(std::size_t row, std::size_t column) const noexcept {
   const std::byte* packed = rows_[row];
-  std::uint32_t end = 0;
-  std::memcpy(&end, packed + column * sizeof end, sizeof end);
-  if ((end & NullFlag) != 0) {
-    return std::nullopt;
-  }
-  std::uint32_t start = 0;
-  if (column > 0) {
-    std::memcpy(&start, packed + (column - 1) * sizeof start, sizeof start);
-  }
-  start &= ~NullFlag;
-  const auto* text = reinterpret_cast<const char*>(packed + columns_ * sizeof end);
-  return std::string_view(text + start, end - start);
+  return *packed == std::byte{sizeof(ShortOffset)} ? ReadCell<ShortOffset>(packed + 1, columns_, column)
+                                                   : ReadCell<LongOffset>(packed + 1, columns_, column);
 }
 
 void RowStore::Clear() {
@@ -48,21 +75,17 @@ std::byte* RowStore::Pack(const std::vector<std::optional<std::string_view>>& ce
   for (const auto& cell : cells) {
     bytes += cell ? cell->size() : 0;
   }
-  if (bytes >= NullFlag) {
+  if (bytes >= Longest<LongOffset>) {
     throw RuntimeError(errors::OutOfMemory, "Una riga della base dati supera i 2 GiB.", "ODBC");
   }
-  std::byte* const packed = Allocate(columns_ * sizeof(std::uint32_t) + bytes);
-  std::byte* ends = packed;
-  std::byte* const text = packed + columns_ * sizeof(std::uint32_t);
-  std::uint32_t at = 0;
-  for (const auto& cell : cells) {
-    if (cell && !cell->empty()) {
-      std::memcpy(text + at, cell->data(), cell->size());
-      at += static_cast<std::uint32_t>(cell->size());
-    }
-    const std::uint32_t end = cell ? at : at | NullFlag;
-    std::memcpy(ends, &end, sizeof end);
-    ends += sizeof end;
+  const bool shortOnes = bytes < Longest<ShortOffset>;
+  const std::size_t offset = shortOnes ? sizeof(ShortOffset) : sizeof(LongOffset);
+  std::byte* const packed = Allocate(1 + columns_ * offset + bytes);
+  *packed = static_cast<std::byte>(offset);
+  if (shortOnes) {
+    WriteCells<ShortOffset>(packed + 1, cells);
+  } else {
+    WriteCells<LongOffset>(packed + 1, cells);
   }
   return packed;
 }

@@ -9,7 +9,8 @@
 namespace lumoscad::ado::detail {
 
 /// The rows of a result as texts, packed into large blocks: a row is the end offsets of its cells followed by their
-/// bytes. A million rows so cost their own bytes, 4 more a cell and 8 a row. Views into it live as long as it does.
+/// bytes. A million rows so cost their own bytes, 2 more a cell (4 where a row is of 32 KiB or more) and 9 a row. Views
+/// into it live as long as it does.
 class RowStore {
  public:
   explicit RowStore(std::size_t columns = 0) : columns_(columns) {}
