@@ -185,20 +185,22 @@ std::string DataPerHost(std::string_view testo) {
   if (testo.empty()) {
     return "00000000";
   }
-  auto pezzi = Dividi(testo, '/');
-  if (pezzi.size() < 3) {
+  const auto prima = testo.find('/');
+  const auto seconda = prima == std::string_view::npos ? prima : testo.find('/', prima + 1);
+  if (seconda == std::string_view::npos) {
     throw RuntimeError(errors::SubscriptOutOfRange,
                        "Indice non incluso nell'intervallo: data \"" + std::string(testo) + "\"");
   }
-  for (const std::size_t i : {std::size_t{0}, std::size_t{1}}) {
-    if (pezzi[i].size() == 1) {
-      pezzi[i].insert(0, "0");
-    }
+  const std::string_view giorno = testo.substr(0, prima);
+  const std::string_view mese = testo.substr(prima + 1, seconda - prima - 1);
+  // What stands behind a third "/" has no meaning.
+  const std::string_view anno = testo.substr(seconda + 1, testo.find('/', seconda + 1) - seconda - 1);
+  std::string data(anno.size() == 2 ? "20" : "");
+  for (const std::string_view pezzo : {anno, mese, giorno}) {
+    const bool corto = pezzo.size() == 1 && pezzo.data() != anno.data();
+    data.append(corto ? "0" : "").append(pezzo);
   }
-  if (pezzi[2].size() == 2) {
-    pezzi[2].insert(0, "20");
-  }
-  return pezzi[2] + pezzi[1] + pezzi[0];
+  return data;
 }
 
 std::string DataIsoDaCompatta(std::string_view testo) {

@@ -22,16 +22,18 @@ std::string Data(const std::string& data) {
   return data == Nullo ? std::string() : Utilities::DataPerHost(data);
 }
 
+template <typename Variazione> std::string_view BancaNuova(const Variazione& v) {
+  return v.isBancaChanged ? std::string_view(v.NuovaBanca) : std::string_view();
+}
+
 std::string RigaCanalizzazione(const VariazioneCanalizzazione& v) {
   return RigaRichiesta({v.CodiceConto, v.NumeroPartita, v.Anno, v.Numero, v.Serie, Data(v.ScadenzaOriginale),
-                        Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca,
-                        v.isBancaChanged ? v.NuovaBanca : "", v.NumeroRata});
+                        Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca, BancaNuova(v), v.NumeroRata});
 }
 
 /// A presumed document travels in the same line; it has no item, no due dates and no instalment.
 std::string RigaBancaPresunti(const VariazioneConsegna& v) {
-  return RigaRichiesta({v.CodiceConto, "", v.Anno, v.Numero, v.Serie, "", "", "", v.VecchiaBanca,
-                        v.isBancaChanged ? v.NuovaBanca : "", ""});
+  return RigaRichiesta({v.CodiceConto, "", v.Anno, v.Numero, v.Serie, "", "", "", v.VecchiaBanca, BancaNuova(v), ""});
 }
 
 /// Every date of a delivery line is written, a missing one as zeros.

@@ -4,16 +4,21 @@
 
 namespace lumoscad {
 
-std::string RigaRichiesta(std::initializer_list<std::string> campi) {
-  std::string riga;
-  for (const std::string& campo : campi) {
-    if (campo.find_first_of("\r\n") != std::string::npos) {
+std::string RigaRichiesta(std::initializer_list<std::string_view> campi) {
+  std::size_t lunghezza = campi.size() + 1; // the commas between them and the line's end
+  for (const std::string_view campo : campi) {
+    if (campo.find('\r') != std::string_view::npos || campo.find('\n') != std::string_view::npos) {
       throw RuntimeError(errors::TypeMismatch,
-                         "Il valore \"" + campo + "\" contiene una fine di riga e non può essere inviato");
+                         "Il valore \"" + std::string(campo) + "\" contiene una fine di riga e non può essere inviato");
     }
-    riga += (&campo == campi.begin() ? "" : ",") + campo;
+    lunghezza += campo.size();
   }
-  return riga + "\r\n";
+  std::string riga;
+  riga.reserve(lunghezza);
+  for (const std::string_view& campo : campi) {
+    riga.append(&campo == campi.begin() ? "" : ",").append(campo);
+  }
+  return riga.append("\r\n");
 }
 
 } // namespace lumoscad
