@@ -33,7 +33,7 @@ constexpr std::size_t OfWindows = 1000000;
 constexpr int FewRuns = 2;
 constexpr double MegaByte = 1e6;
 
-/// Qt's model over Qt's own ODBC plugin, with every row fetched.
+/// Qt's model over Qt's own ODBC plugin, with every row fetched and every text read once, as the component does.
 class QtModel {
  public:
   explicit QtModel(const std::string& connectionText) {
@@ -62,7 +62,13 @@ class QtModel {
     while (model.canFetchMore()) {
       model.fetchMore();
     }
-    if (model.rowCount() != static_cast<int>(rows)) {
+    qsizetype characters = 0;
+    for (int row = 0; row < model.rowCount(); ++row) {
+      for (int column = 0; column < model.columnCount(); ++column) {
+        characters += model.data(model.index(row, column)).toString().size();
+      }
+    }
+    if (model.rowCount() != static_cast<int>(rows) || characters == 0) {
       throw std::runtime_error("QODBC read " + std::to_string(model.rowCount()) + " rows");
     }
     return Milliseconds(begin);
