@@ -186,19 +186,19 @@ std::string DataPerHost(std::string_view testo) {
     return "00000000";
   }
   const auto prima = testo.find('/');
-  const auto seconda = prima == std::string_view::npos ? prima : testo.find('/', prima + 1);
-  if (seconda == std::string_view::npos) {
+  const auto dopo = prima == std::string_view::npos ? prima : testo.find('/', prima + 1);
+  if (dopo == std::string_view::npos) {
     throw RuntimeError(errors::SubscriptOutOfRange,
                        "Indice non incluso nell'intervallo: data \"" + std::string(testo) + "\"");
   }
   const std::string_view giorno = testo.substr(0, prima);
-  const std::string_view mese = testo.substr(prima + 1, seconda - prima - 1);
+  const std::string_view mese = testo.substr(prima + 1, dopo - prima - 1);
   // What stands behind a third "/" has no meaning.
-  const std::string_view anno = testo.substr(seconda + 1, testo.find('/', seconda + 1) - seconda - 1);
+  const std::string_view anno = testo.substr(dopo + 1, testo.find('/', dopo + 1) - dopo - 1);
   std::string data(anno.size() == 2 ? "20" : "");
   for (const std::string_view pezzo : {anno, mese, giorno}) {
-    const bool corto = pezzo.size() == 1 && pezzo.data() != anno.data();
-    data.append(corto ? "0" : "").append(pezzo);
+    const bool breve = pezzo.size() == 1 && pezzo.data() != anno.data();
+    data.append(breve ? "0" : "").append(pezzo);
   }
   return data;
 }

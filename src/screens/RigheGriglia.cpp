@@ -121,9 +121,9 @@ std::uint32_t RigheGriglia::NumeroDiCella(const std::vector<std::string_view>& t
                                           std::size_t colonna) {
   const std::string_view testo = colonna < testi.size() ? testi[colonna] : std::string_view();
   if (inizio > 0) {
-    const std::uint32_t sopra = celle_[inizio - colonne_ + colonna];
-    if (testi_.Testo(sopra) == testo) {
-      return sopra;
+    const std::uint32_t precedente = celle_[inizio - colonne_ + colonna];
+    if (testi_.Testo(precedente) == testo) {
+      return precedente;
     }
   }
   for (std::size_t prima = 0; !testo.empty() && prima < colonna; ++prima) {
@@ -161,8 +161,8 @@ std::string_view RigheGriglia::Tag(std::size_t riga, int colonna) const {
 
 void RigheGriglia::ImpostaTag(std::size_t riga, int colonna, std::string_view tag) {
   const std::size_t posto = PostoTag(riga, colonna);
-  const bool sopra = riga > 0 && testi_.Testo(tag_[posto - tagPerRiga_]) == tag;
-  tag_[posto] = sopra ? tag_[posto - tagPerRiga_] : testi_.Numero(tag);
+  const bool precedente = riga > 0 && testi_.Testo(tag_[posto - tagPerRiga_]) == tag;
+  tag_[posto] = precedente ? tag_[posto - tagPerRiga_] : testi_.Numero(tag);
 }
 
 void RigheGriglia::ImpostaSpunta(std::size_t riga, int quale, bool spuntata) {
