@@ -209,7 +209,7 @@ double Write(const Confirmation& confirmation, const std::function<void(std::str
   };
   const ReplacedServices replaced(services);
   MsgAnnulla msg;
-  if (confirmation.write(msg) != "" || !msg.righeRimaste.empty()) {
+  if (!confirmation.write(msg).empty() || !msg.righeRimaste.empty()) {
     throw std::runtime_error("the list was not written: " + msg.Errore);
   }
   return Milliseconds(begin);

@@ -35,7 +35,7 @@ double Confirmation(double trip, int records) {
            "-DB2SOURCE", demonstration.Sorgente(), "-DB2SCHEMA", "main"},
           settings);
   const auto changed = test::Differenze(before, demonstration.Stato());
-  if (changed.size() != static_cast<std::size_t>(2 * records)) {
+  if (changed.size() != 2 * static_cast<std::size_t>(records)) {
     throw std::runtime_error(std::to_string(changed.size() / 2) + " instalments changed: " + ended.output);
   }
   return ended.milliseconds - NumberBefore(ended.output, "ms person");
