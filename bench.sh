@@ -30,8 +30,7 @@ ahead=()
 [ -z "$quick" ] && chrt -r 1 true 2>/dev/null && ahead=(chrt -r 1)
 
 status=0
-"${ahead[@]}" "$build/bin/bench_carico" --righe ${quick:+"$quick"} "$@" | tee "$rows" |
-  awk -F'\t' '$1 == "riga" { printf "%s%s: %.2f%s (%s)\n", $2, $3 == "" ? "" : ", " $3, $4, $5 == "" ? "" : " " $5, $7; fflush() }' || status=$?
+"${ahead[@]}" "$build/bin/bench_carico" --righe ${quick:+"$quick"} "$@" >"$rows" || status=$?
 [ "$status" -le 1 ] || exit "$status"
 
 # Without its table a run shows nothing: every measure that is to be there must have given its rows.
@@ -50,6 +49,7 @@ request file
 command to window
 command without a screen
 confirmation over SSH
+confirmation of credits, database update
 FINE
 fi
 if [ -n "$quick" ]; then

@@ -30,17 +30,20 @@ struct Choices {
   std::vector<std::string_view> names; ///< of the measures; all where there is none
 };
 
+void PrintText(const Row& row, std::FILE* where) {
+  std::fprintf(where, "%s%s%s: %.2f%s%s", row.what.c_str(), row.size.empty() ? "" : ", ", row.size.c_str(), row.figure,
+               row.unit.empty() ? "" : " ", row.unit.c_str());
+  if (row.target > 0) {
+    std::fprintf(where, ", obiettivo %.2f%s", row.target, row.Missed() ? " MANCATO" : "");
+  }
+  std::fprintf(where, " (%s)\n", row.detail.c_str());
+}
+
 void Print(const Row& row, bool forPrograms) {
+  PrintText(row, forPrograms ? stderr : stdout);
   if (forPrograms) {
     std::printf("riga\t%s\t%s\t%.3f\t%s\t%.3f\t%s\n", row.what.c_str(), row.size.c_str(), row.figure, row.unit.c_str(),
                 row.target, row.detail.c_str());
-  } else {
-    std::printf("%s%s%s: %.2f%s%s", row.what.c_str(), row.size.empty() ? "" : ", ", row.size.c_str(), row.figure,
-                row.unit.empty() ? "" : " ", row.unit.c_str());
-    if (row.target > 0) {
-      std::printf(", obiettivo %.2f%s", row.target, row.Missed() ? " MANCATO" : "");
-    }
-    std::printf(" (%s)\n", row.detail.c_str());
   }
   std::fflush(stdout);
 }
@@ -72,7 +75,8 @@ int Usage() {
 } // namespace
 
 /// Runs all measures, or those that the arguments name; answers 1 when a target was missed. With `--veloce` the
-/// smallest sizes alone, whose times mean nothing; with `--righe` a line of fields a row, for bench.sh.
+/// smallest sizes alone, whose times mean nothing; with `--righe` a line of fields a row, for bench.sh, and
+/// the text on the standard error.
 int main(int number, char** arguments) {
   const std::span<char* const> texts(arguments, static_cast<std::size_t>(number));
   Choices choices;

@@ -2,9 +2,11 @@
 
 #include "DelayProxy.hpp"
 #include "Dimostrazione.hpp"
+#include "Figlio.hpp"
 #include "Measures.hpp"
 #include "Program.hpp"
 #include "Stopwatch.hpp"
+#include "support/Paths.hpp"
 #include "support/SshServer.hpp"
 
 #include <cmath>
@@ -21,9 +23,19 @@ constexpr double Target = 1.2;
 constexpr double ShortTrip = 10; ///< milliseconds
 constexpr double LongTrip = 60;
 
+/// The demonstration once more, with a list of credits of more than 300 rows.
+void Enlarge(const test::Dimostrazione& demonstration) {
+  const std::vector<std::string> settings{"LUMOSCAD_BIN=" + (test::BuildFolder() / "bin").string(),
+                                          "LUMOSCAD_DATA=" + std::string(test::Dimostrazione::Giorno)};
+  if (!test::Comando({test::SourcePath("demo/prepara.sh").string(), demonstration.Base().string(), "1200"}, settings)) {
+    throw std::runtime_error("the demonstration cannot be enlarged");
+  }
+}
+
 /// Milliseconds of a whole command whose host is a round trip of `trip` milliseconds away.
 double Confirmation(double trip, int records) {
   const test::Dimostrazione demonstration(test::Trasporto::Ssh);
+  Enlarge(demonstration);
   const DelayProxy proxy(demonstration.Ssh().Port(), std::chrono::microseconds(static_cast<long>(trip * 500)));
   demonstration.Ssh().MakeKnown(proxy.Port());
   std::vector<std::string> settings = demonstration.Ambiente(proxy.Port());
