@@ -3,7 +3,6 @@
 #include "common/Stato.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "support/LargeDatabase.hpp"
-#include "support/Paths.hpp"
 
 #include <array>
 #include <cstdio>
@@ -57,8 +56,8 @@ std::string Shown(std::string_view iso) {
 
 class Database {
  public:
-  Database(std::size_t instalments, std::size_t presumed)
-      : base_(test::BuildFolder() / "bench/postgres", static_cast<long>(instalments), static_cast<long>(presumed)) {
+  Database(Sizes sizes, std::size_t instalments, std::size_t presumed)
+      : base_(Folder(sizes, "postgres"), static_cast<long>(instalments), static_cast<long>(presumed)) {
     lumoscad::stato().ComandoCorrente = base_.command();
     own_.ConnectionString = base_.ConnectionText();
     own_.Open();
@@ -364,7 +363,7 @@ Rows Confirm(Sizes sizes) {
   const int runs = all ? Runs : FewRuns;
   const StatoSostituito status;
   // Half of the instalments are suppliers' or not shown; an order has one row to three.
-  Database database((all ? LongList : FewRecords) * 2, small * 3);
+  Database database(sizes, (all ? LongList : FewRecords) * 2, small * 3);
   Rows rows;
   rows.push_back(Measured(database, Credits(database, small), small, "confirmation of credits, database update",
                           CreditsTarget, runs));
