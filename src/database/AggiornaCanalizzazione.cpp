@@ -111,10 +111,11 @@ class Canalizzazione {
 
   /// The keys of the instalments that the record's grid row stands for: all are read before the first is changed.
   std::vector<std::string> Eventi(const VariazioneCanalizzazione& variazione) {
-    ado::Recordset righe = aggiornamento_.Leggi(Selezione(variazione), {variazione.idPartitaKey});
+    ado::Recordset righe =
+        aggiornamento_.Leggi(Selezione(variazione), {variazione.idPartitaKey}, std::string(ChiaveEvento));
     std::vector<std::string> eventi;
     for (; !righe.Eof(); righe.MoveNext()) {
-      eventi.emplace_back(righe.Fields("EVENTOCONTABILEKEY").Value().value_or(""));
+      eventi.emplace_back(righe.Fields(ChiaveEvento).Value().value_or(""));
     }
     moduloDatabase::ChiudiRecordset(righe);
     return eventi;
@@ -159,6 +160,7 @@ class Canalizzazione {
     return condizione;
   }
 
+  static constexpr std::string_view ChiaveEvento = "EVENTOCONTABILEKEY";
   static constexpr std::string_view Tabelle = "MOVIMENTOCONTABILE RIGHT JOIN EVENTOCONTABILE ON "
                                               "MOVIMENTOCONTABILE.MOVIMENTOKEY = EVENTOCONTABILE.MOVIMENTOKEY ";
 

@@ -65,10 +65,14 @@ std::string ValoreChiave(const std::string& chiave) {
   return (chiave.empty() ? "NULL" : chiave) + " ";
 }
 
-ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<std::string> valori) {
+ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<std::string> valori,
+                                    std::string colonna) {
   istruzioni_ += "\r\n" + istruzione;
   ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
   comando.sentOnce = true;
+  if (!colonna.empty()) {
+    comando.wantedColumns.push_back(std::move(colonna));
+  }
   comando.Parameters = std::move(valori);
   return comando.Execute();
 }

@@ -42,8 +42,8 @@ class Aggiornamento {
   void NuovoRecord() { istruzioni_.clear(); }
   /// The statements sent for the current record, each after a line end.
   [[nodiscard]] const std::string& Istruzioni() const noexcept { return istruzioni_; }
-  /// Sends a query with the values of its markers.
-  ado::Recordset Leggi(const std::string& istruzione, std::vector<std::string> valori);
+  /// Sends a query with the values of its markers; reads the column `colonna` alone, or all where none is named.
+  ado::Recordset Leggi(const std::string& istruzione, std::vector<std::string> valori, std::string colonna = {});
   /// Sends a change with the values of its markers; returns the rows that it changed, -1 where that is not told.
   std::int64_t Esegui(const std::string& istruzione, std::vector<std::string> valori);
   /// The same for a change without markers.

@@ -201,6 +201,54 @@ TEST_P(DirectExecution, ThatFailsSpoilsTheTransactionLikeAnyOther) {
   EXPECT_EQ(Single("SELECT SOSPESA FROM EVENTI WHERE CHIAVE=1"), "N");
 }
 
+TEST_P(DirectExecution, ReadsTheWantedColumnsAlone) {
+  for (const bool once : {false, true}) {
+    Command some = command(connection_, "SELECT * FROM EVENTI ORDER BY CHIAVE");
+    some.sentOnce = once;
+    some.wantedColumns = {"importo", "Codice"};
+    Recordset rows = some.Execute();
+    EXPECT_EQ(rows.ColumnCount(), 2U);
+    EXPECT_EQ(rows.RecordCount(), 3U);
+    EXPECT_EQ(rows.ValueAt(0), Context().TextFor("A1", 6)) << "in the result's order";
+    EXPECT_EQ(rows.Fields("IMPORTO").Value().value_or("").substr(0, 5), "100.1");
+    rows.MoveNext();
+    rows.MoveNext();
+    EXPECT_EQ(rows.Fields("IMPORTO").Value(), std::nullopt);
+    EXPECT_EQ(Failure([&] { static_cast<void>(rows.Fields("CHIAVE")); }).Number(), 3265);
+  }
+}
+
+TEST_P(DirectExecution, ReadsAWantedColumnOfLongTextsAndTheFirstOfTwoWithOneName) {
+  Command some = command(connection_, "SELECT E.NOTE, E.CHIAVE, 7 AS CHIAVE FROM EVENTI E WHERE E.CHIAVE=3");
+  some.wantedColumns = {"NOTE"};
+  EXPECT_EQ(some.Execute().ValueAt(0), "nota; con 'apici'");
+  some.wantedColumns = {"CHIAVE"};
+  const Recordset rows = some.Execute();
+  EXPECT_EQ(rows.ColumnCount(), 1U);
+  EXPECT_EQ(rows.ValueAt(0), "3");
+}
+
+/// PostgreSQL's driver, told to read through a cursor of the server's.
+TEST(ServersCursor, IsReadWholeAcrossBlocksThatGrow) {
+  const auto made = test::databaseContext("postgres").Create(""); // and with it the database of all
+  Connection connection;
+  connection.ConnectionString = test::Postgres().ConnectionText(
+      test::Postgres().AddSource("prove", 0, {{"UseDeclareFetch", "1"}, {"Fetch", "7"}}));
+  connection.Open();
+  Command series;
+  series.ActiveConnection = &connection;
+  series.CommandText = "SELECT N, 'riga ' || N FROM generate_series(1,?) AS N";
+  for (const int howMany : {0, 1, 15, 16, 17, 32, 1040, 1041, 5000}) {
+    series.Parameters = {std::to_string(howMany)};
+    Recordset rows = series.Execute();
+    ASSERT_EQ(rows.RecordCount(), static_cast<std::size_t>(howMany));
+    for (int row = 1; row <= howMany; ++row, rows.MoveNext()) {
+      ASSERT_EQ(rows.ValueAt(0), std::to_string(row));
+      ASSERT_EQ(rows.ValueAt(1), "riga " + std::to_string(row));
+    }
+  }
+}
+
 TEST(Markers, AreTheQuestionMarksOutsideOfQuotes) {
   EXPECT_EQ(detail::Markers(""), 0U);
   EXPECT_EQ(detail::Markers("SELECT A FROM B WHERE C=? AND D=?"), 2U);

@@ -78,6 +78,9 @@ class Command {
   /// The text is executed once and not prepared for it, where the database takes it so: round trips saved for a text
   /// that no other record of a list shares. In a failure the driver then has other words around the server's own.
   bool sentOnce = false;
+  /// The columns that the result set is to have, by name in any case; all where none is named. The statement's others
+  /// are neither described nor read: for a query of many columns, one of which is needed.
+  std::vector<std::string> wantedColumns;
 
   /// Executes the statement and reads its whole result, if it has one. `RecordsAffected`, when given, receives
   /// the rows a statement without result changed (0 also where the driver answers "no data").

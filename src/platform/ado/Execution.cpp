@@ -64,7 +64,8 @@ std::size_t Markers(std::string_view text) noexcept {
 }
 
 Outcome Execute(const Statement& statement, const std::string& text, const std::vector<ParameterType>& types,
-                const std::vector<std::string>& parameters, const std::function<SQLRETURN()>& send) {
+                const std::vector<std::string>& parameters, const std::vector<std::string>& wanted,
+                const std::function<SQLRETURN()>& send) {
   std::vector<SQLLEN> lengths;
   Bind(statement, types, parameters, lengths);
   const SQLRETURN rc = Send(statement, text, send);
@@ -78,7 +79,7 @@ Outcome Execute(const Statement& statement, const std::string& text, const std::
     outcome.affected = AffectedRows(statement, rc);
     return outcome;
   }
-  outcome.columns = DescribeColumns(statement, columns);
+  outcome.columns = DescribeColumns(statement, columns, wanted);
   outcome.rows = RowStore(outcome.columns.size());
   const bool bounded = std::all_of(outcome.columns.begin(), outcome.columns.end(),
                                    [](const ColumnInfo& column) { return column.buffer > 0; });
@@ -96,12 +97,12 @@ Outcome Execute(const Statement& statement, const std::string& text, const std::
 }
 
 Outcome ExecuteOnce(const std::shared_ptr<Session>& session, const std::string& text,
-                    const std::vector<std::string>& parameters) {
+                    const std::vector<std::string>& parameters, const std::vector<std::string>& wanted) {
   if (!session->dialect().sendsUnprepared || Markers(text) != parameters.size()) {
-    return Prepared(session, text).Execute(parameters);
+    return Prepared(session, text).Execute(parameters, wanted);
   }
   const Statement statement(session);
-  return Execute(statement, text, std::vector<ParameterType>(parameters.size()), parameters, [&] {
+  return Execute(statement, text, std::vector<ParameterType>(parameters.size()), parameters, wanted, [&] {
     // The interface takes a pointer to non-const, yet a text is only read.
     return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.data())),
                          static_cast<SQLINTEGER>(text.size()));

@@ -31,13 +31,14 @@ struct ParameterType {
 [[nodiscard]] std::size_t Markers(std::string_view text) noexcept;
 
 /// Executes by `send` the statement `text`, which `statement` stands for, with one text for each of `types`, and reads
-/// its whole result. The cursor and the bound parameters are left to whoever owns the statement.
+/// its whole result, in the columns that are `wanted` by name; in all where none is. The cursor and the bound
+/// parameters are left to whoever owns the statement.
 [[nodiscard]] Outcome Execute(const Statement& statement, const std::string& text,
                               const std::vector<ParameterType>& types, const std::vector<std::string>& parameters,
-                              const std::function<SQLRETURN()>& send);
+                              const std::vector<std::string>& wanted, const std::function<SQLRETURN()>& send);
 
 /// Executes a statement that is not kept, without preparing it where the dialect allows that.
 [[nodiscard]] Outcome ExecuteOnce(const std::shared_ptr<Session>& session, const std::string& text,
-                                  const std::vector<std::string>& parameters);
+                                  const std::vector<std::string>& parameters, const std::vector<std::string>& wanted);
 
 } // namespace lumoscad::ado::detail

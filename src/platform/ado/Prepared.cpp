@@ -61,7 +61,7 @@ bool Prepared::Serves(const std::shared_ptr<Session>& session, std::string_view 
   return session == session_ && text == text_ && statement_.Alive();
 }
 
-Outcome Prepared::Execute(const std::vector<std::string>& parameters) {
+Outcome Prepared::Execute(const std::vector<std::string>& parameters, const std::vector<std::string>& wanted) {
   if (parameters.size() != types_.size()) {
     throw RuntimeError(numbers::WrongParameters,
                        "[07001] Numero di parametri errato: l'istruzione ne richiede " + std::to_string(types_.size()) +
@@ -69,7 +69,8 @@ Outcome Prepared::Execute(const std::vector<std::string>& parameters) {
                        "ODBC");
   }
   const Ending ending(statement_);
-  return detail::Execute(statement_, text_, types_, parameters, [this] { return SQLExecute(statement_.handle()); });
+  return detail::Execute(statement_, text_, types_, parameters, wanted,
+                         [this] { return SQLExecute(statement_.handle()); });
 }
 
 } // namespace lumoscad::ado::detail

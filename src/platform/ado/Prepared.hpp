@@ -16,8 +16,9 @@ class Prepared {
 
   /// True while it can serve `text` on `session`.
   [[nodiscard]] bool Serves(const std::shared_ptr<Session>& session, std::string_view text) const noexcept;
-  /// Executes with one text a marker and reads the whole result.
-  [[nodiscard]] Outcome Execute(const std::vector<std::string>& parameters);
+  /// Executes with one text a marker and reads the whole result, in the columns `wanted`, or in all.
+  [[nodiscard]] Outcome Execute(const std::vector<std::string>& parameters,
+                                const std::vector<std::string>& wanted = {});
 
  private:
   void DescribeParameters();

@@ -1,10 +1,12 @@
 #include "platform/ado/ResultReader.hpp"
 
 #include "platform/ado/NumberText.hpp"
+#include "platform/base/AsciiCase.hpp"
 
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace lumoscad::ado::detail {
 
@@ -12,7 +14,8 @@ namespace {
 
 constexpr SQLULEN LongestBound = 4096;       ///< characters; longer columns are read piece by piece
 constexpr std::size_t BlockBytes = 1U << 20; ///< all bound buffers together
-constexpr std::size_t MostRows = 1024;       ///< rows of one block
+constexpr std::size_t FirstRows = 16;        ///< rows of the first block: most results are no longer
+constexpr std::size_t MostRows = 1024;       ///< rows of any further one
 constexpr std::size_t FirstPiece = 8192;     ///< bytes asked first of a value read piece by piece
 /// Types of long values: the standard's, and DB2's own LONGVARGRAPHIC, BLOB, CLOB, DBCLOB and XML, in this order (the
 /// last four: https://www.ibm.com/docs/en/db2/11.5.x?topic=keywords-xmldefaultdescribemapping).
@@ -165,13 +168,11 @@ std::string_view PlainText(ValueKind kind, char* text, std::size_t length) {
 class Block {
  public:
   Block(const Statement& statement, const std::vector<ColumnInfo>& columns) : statement_(statement), columns_(columns) {
-    std::size_t row = 0;
     for (const ColumnInfo& column : columns) {
-      row += column.buffer + sizeof(SQLLEN);
+      rowBytes_ += column.buffer + sizeof(SQLLEN);
     }
-    rows_ = std::clamp<std::size_t>(BlockBytes / std::max<std::size_t>(row, 1), 1, MostRows);
-    SetRows(rows_);
-    Bind(row);
+    most_ = std::clamp<std::size_t>(BlockBytes / std::max<std::size_t>(rowBytes_, 1), 1, MostRows);
+    Resize(std::min(FirstRows, most_));
   }
   Block(const Block&) = delete;
   Block& operator=(const Block&) = delete;
@@ -184,6 +185,9 @@ class Block {
 
   /// Fetches the next block; nothing at the end.
   [[nodiscard]] std::optional<std::size_t> Fetch() {
+    if (rows_ < most_ && fetched_ == rows_) {
+      Resize(most_);
+    }
     fetched_ = 0;
     const SQLRETURN rc = statement_.WaitFor([this] { return SQLFetch(statement_.handle()); });
     if (rc == SQL_NO_DATA) {
@@ -216,9 +220,15 @@ class Block {
   }
 
  private:
+  /// Has the next rows fetched into buffers for as many as `wanted`, or for fewer where the driver grants no more.
+  void Resize(std::size_t wanted) {
+    SetRows(wanted);
+    most_ = rows_ < wanted ? rows_ : most_;
+    Bind();
+  }
+
   void SetRows(std::size_t wanted) {
     SQLHANDLE handle = statement_.handle();
-    SQLSetStmtAttr(handle, SQL_ATTR_ROW_BIND_TYPE, AsPointer(SQL_BIND_BY_COLUMN), 0);
     SQLSetStmtAttr(handle, SQL_ATTR_ROW_ARRAY_SIZE, AsPointer(wanted), 0);
     SQLULEN granted = 1;
     const SQLRETURN rc = SQLGetStmtAttr(handle, SQL_ATTR_ROW_ARRAY_SIZE, &granted, SQL_IS_UINTEGER, nullptr);
@@ -228,13 +238,14 @@ class Block {
     statement_.Require(SQLSetStmtAttr(handle, SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0), ReadingFailed);
   }
 
-  void Bind(std::size_t rowBytes) {
-    buffer_ = std::make_unique_for_overwrite<char[]>(rowBytes * rows_);
+  void Bind() {
+    buffer_ = std::make_unique_for_overwrite<char[]>(rowBytes_ * rows_);
+    starts_.clear();
     lengths_.assign(columns_.size() * rows_, 0);
     char* start = buffer_.get();
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       starts_.push_back(start);
-      statement_.Require(SQLBindCol(statement_.handle(), static_cast<SQLUSMALLINT>(i + 1), SQL_C_CHAR, start,
+      statement_.Require(SQLBindCol(statement_.handle(), columns_[i].number, SQL_C_CHAR, start,
                                     static_cast<SQLLEN>(columns_[i].buffer), &lengths_[i * rows_]),
                          ReadingFailed);
       start += columns_[i].buffer * rows_;
@@ -243,6 +254,8 @@ class Block {
 
   const Statement& statement_;
   const std::vector<ColumnInfo>& columns_;
+  std::size_t rowBytes_ = 0;
+  std::size_t most_ = 1;
   std::size_t rows_ = 1;
   std::unique_ptr<char[]> buffer_;
   std::vector<char*> starts_;
@@ -286,12 +299,25 @@ bool Comparable(const ColumnInfo& column, const Dialect& dialect) noexcept {
   return dialect.comparesLongTexts || std::find(LongTypes.begin(), LongTypes.end(), column.type) == LongTypes.end();
 }
 
-std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT count) {
+std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT count,
+                                        const std::vector<std::string>& wanted) {
   const auto describe = statement.session().dialect().namesNumbers ? DescribeByAttributes : Describe;
   std::vector<ColumnInfo> columns;
-  columns.reserve(static_cast<std::size_t>(count));
-  for (SQLSMALLINT place = 1; place <= count; ++place) {
-    columns.push_back(describe(statement, static_cast<SQLUSMALLINT>(place)));
+  const auto has = [&](const std::string& name) {
+    return std::any_of(columns.begin(), columns.end(),
+                       [&](const ColumnInfo& column) { return base::SameButForCase(column.name, name); });
+  };
+  const auto isWanted = [&](const std::string& name) {
+    return wanted.empty() || (!has(name) && std::any_of(wanted.begin(), wanted.end(), [&](const std::string& each) {
+             return base::SameButForCase(each, name);
+           }));
+  };
+  for (SQLSMALLINT place = 1; place <= count && (wanted.empty() || columns.size() < wanted.size()); ++place) {
+    ColumnInfo column = describe(statement, static_cast<SQLUSMALLINT>(place));
+    if (isWanted(column.name)) {
+      column.number = static_cast<SQLUSMALLINT>(place);
+      columns.push_back(std::move(column));
+    }
   }
   return columns;
 }
@@ -320,7 +346,7 @@ void ReadUnbound(const Statement& statement, const std::vector<ColumnInfo>& colu
     }
     statement.Require(rc, ReadingFailed);
     for (std::size_t i = 0; i < columns.size(); ++i) {
-      if (!ReadWhole(statement, static_cast<SQLUSMALLINT>(i + 1), values[i])) {
+      if (!ReadWhole(statement, columns[i].number, values[i])) {
         cells[i].reset();
       } else {
         cells[i] = PlainText(columns[i].kind, values[i].data(), values[i].size());

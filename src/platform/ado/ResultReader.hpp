@@ -15,6 +15,7 @@ enum class ValueKind { AsItIs, Timestamp, InfiniteTimestamp, Number, Money };
 struct ColumnInfo {
   std::string name;
   SQLSMALLINT type = 0;
+  SQLUSMALLINT number = 0; ///< its place in the result, from 1
   ValueKind kind = ValueKind::AsItIs;
   std::size_t buffer = 0; ///< bytes of a bound value with its terminator; 0 where it is read piece by piece
 };
@@ -22,7 +23,10 @@ struct ColumnInfo {
 /// Whether a column's value may stand in a comparison on a server that speaks `dialect`.
 [[nodiscard]] bool Comparable(const ColumnInfo& column, const Dialect& dialect) noexcept;
 
-[[nodiscard]] std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT count);
+/// The `count` columns of a result, or those that are `wanted` by name, in any case: the first of each name, in the
+/// result's order.
+[[nodiscard]] std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT count,
+                                                      const std::vector<std::string>& wanted);
 
 /// Reads all rows by block fetch into bound columns. False when a value was longer than the driver had announced:
 /// the rows are then incomplete and the statement must be executed again and read with `ReadUnbound`.
