@@ -163,7 +163,7 @@ TEST_P(DirectExecution, WritesTheSameValuesIntoColumnsOfEveryType) {
       {"TESTO", {"perché €", "", " x ", "a'b\"c\\d?;--", std::string(70, 'x'), std::string("a\0b", 3)}},
       {"GIORNO", {"2007-01-31", "2006-02-30"}},
       {"QUANDO", {"2007-01-31 10:20:30", "2007-01-31"}},
-      {"IMPORTO", {"12.34", "-0.01", "12,34"}},
+      {"IMPORTO", {"12.34", "-0.01"}},
       {"DOPPIO", {"1.25"}},
       {"LUNGO", {"", "due\r\nrighe", std::string(100000, 'x') + "à"}}};
   const auto all = "SELECT CHIAVE,FISSO,TESTO,GIORNO,QUANDO,IMPORTO,DOPPIO,GRANDE,PICCOLO,LUNGO FROM TIPI ORDER BY 1";
@@ -184,6 +184,15 @@ TEST_P(DirectExecution, WritesTheSameValuesIntoColumnsOfEveryType) {
       }
     }
   }
+}
+
+// PostgreSQL's driver makes a point of the comma of a text for a number where the program's locale has a comma, unless
+// the parameter is described: so no statement with amounts among its parameters is sent once.
+TEST_P(DirectExecution, IsNotWhatAnAmountWithACommaGoesBy) {
+  static_cast<void>(AnswerTo(connection_, Ways[0], "UPDATE TIPI SET IMPORTO=? WHERE CHIAVE=?", {"12,34", "1"}));
+  const Answer amount = AnswerTo(connection_, Ways[0], "SELECT IMPORTO FROM TIPI WHERE CHIAVE=1", {});
+  // No column of SQLite's holds numbers alone; a server keeps what it had.
+  EXPECT_EQ(amount.back(), std::string_view(GetParam()) == "sqlite" ? "12,34" : "100.10");
 }
 
 TEST_P(DirectExecution, LetsTheDriverCountTheParametersWhereTheTextTellsAnother) {

@@ -76,7 +76,9 @@ class Command {
   std::string CommandText;
   std::vector<std::string> Parameters; ///< one text a marker, in order
   /// The text is executed once and not prepared for it, where the database takes it so: round trips saved for a text
-  /// that no other record of a list shares. In a failure the driver then has other words around the server's own.
+  /// that no other record of a list shares. In a failure the driver then has other words around the server's own. Not
+  /// for numbers with decimals among the parameters: PostgreSQL's driver then takes a comma for the point in a locale
+  /// that has one.
   bool sentOnce = false;
   /// The columns that the result set is to have, by name in any case; all where none is named. The statement's others
   /// are neither described nor read: for a query of many columns, one of which is needed.
