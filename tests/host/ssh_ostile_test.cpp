@@ -217,23 +217,23 @@ TEST_F(SshUnruly, BlockThatCameWhileTheCallerWasStoppedIsTaken) {
   EXPECT_EQ(caller.Esito(std::chrono::seconds(20)), "xxxxxxxxxx");
 }
 
-/// A server in the place of the usual one that floods whoever has logged in.
-class SshFlood : public test::BancoSsh {
+/// A server in the place of the usual one that does its harm to whoever has logged in.
+class SshHostileServer : public test::BancoSsh {
  protected:
-  void SetUp() override {
-    test::BancoSsh::SetUp();
+  void Avvia(const char* danno) {
     const auto chiave = server->Directory() / "host";
     const auto cartella = base.Path().string();
     const auto programma = test::ProgramPath("ssh_ostile").string();
     processo_ = ::fork();
     if (processo_ == 0) {
-      ::execl(programma.c_str(), programma.c_str(), chiave.c_str(), cartella.c_str(), nullptr);
+      ::execl(programma.c_str(), programma.c_str(), chiave.c_str(), cartella.c_str(), danno, nullptr);
       ::_exit(127);
     }
     ASSERT_GT(processo_, 0);
     ASSERT_NO_FATAL_FAILURE(Attendi(base / "porta"));
     impostazioni.port = static_cast<unsigned>(std::stoi(test::FileText(base / "porta")));
     server->MakeKnown(static_cast<int>(impostazioni.port));
+    Collega();
   }
   void TearDown() override {
     if (processo_ > 0) {
@@ -246,9 +246,15 @@ class SshFlood : public test::BancoSsh {
   pid_t processo_ = -1;
 };
 
-TEST_F(SshFlood, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
+TEST_F(SshHostileServer, FileServiceThatEndsAsItBeginsIsAMissingOneAndNoFaultOfTheNetwork) {
+  ASSERT_NO_FATAL_FAILURE(Avvia("congeda"));
+  EXPECT_THAT(ErroreDi([this] { collegamento->CancellaFile(Host, "/tmp/VBX"); }).Description(),
+              HasSubstr("l'host non offre il servizio SFTP"));
+}
+
+TEST_F(SshHostileServer, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
+  ASSERT_NO_FATAL_FAILURE(Avvia("piena"));
   const auto cancella = [this] { collegamento->CancellaFile(Host, "/tmp/VBX"); };
-  Collega();
   EXPECT_THAT(ErroreDi(cancella).Description(), HasSubstr("l'host non offre il servizio SFTP"));
   test::Scrivi(base / "via", "");
   ASSERT_NO_FATAL_FAILURE(Attendi(base / "piena"));

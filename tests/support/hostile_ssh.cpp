@@ -1,11 +1,11 @@
-// An SSH server that means ill: it lets everybody in, refuses the first channel, and then sends messages that mean
-// nothing, without pause and without asking whether anyone takes them.
+// An SSH server that means ill: it lets everybody in, and serves one connection.
 //
-//   ssh_ostile CHIAVE CARTELLA
+//   ssh_ostile CHIAVE CARTELLA piena      refuses the first channel, and then sends messages that mean nothing, without
+//                                         pause and without asking whether anyone takes them
+//   ssh_ostile CHIAVE CARTELLA congeda    starts what the first channel asks for, and closes it in the same breath
 //
 // CHIAVE is the private host key. The port that it has found is in the file CARTELLA/porta. The flood comes once there
-// is a file CARTELLA/via; when no more of it is taken the file CARTELLA/piena appears. It serves one connection and
-// ends.
+// is a file CARTELLA/via; when no more of it is taken the file CARTELLA/piena appears.
 
 #include <cerrno>
 #include <csignal>
@@ -16,6 +16,7 @@
 #include <libssh/server.h>
 #include <memory>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <stdexcept>
 #include <string>
 #include <sys/prctl.h>
@@ -71,6 +72,42 @@ void LetIn(ssh_session session) {
   }
 }
 
+/// Lets the other side in and grants its first channel what it asks for; the grant and the channel's end come in one
+/// piece.
+void Dismiss(ssh_session session) {
+  ssh_channel channel = nullptr; // goes with the session
+  for (bool granted = false; !granted;) {
+    const Message message(ssh_message_get(session));
+    if (!message) {
+      throw std::runtime_error(ssh_get_error(session));
+    }
+    switch (ssh_message_type(message.get())) {
+    case SSH_REQUEST_AUTH:
+      ssh_message_auth_reply_success(message.get(), 0);
+      break;
+    case SSH_REQUEST_CHANNEL_OPEN:
+      channel = ssh_message_channel_request_open_reply_accept(message.get());
+      break;
+    case SSH_REQUEST_CHANNEL: {
+      const int together = 1;
+      const int apart = 0;
+      ::setsockopt(ssh_get_fd(session), IPPROTO_TCP, TCP_CORK, &together, sizeof together);
+      ssh_message_channel_request_reply_success(message.get());
+      ssh_channel_close(channel);
+      ssh_blocking_flush(session, 1000);
+      ::setsockopt(ssh_get_fd(session), IPPROTO_TCP, TCP_CORK, &apart, sizeof apart);
+      granted = true;
+      break;
+    }
+    default:
+      ssh_message_service_reply_success(message.get());
+    }
+  }
+  while (const Message message{ssh_message_get(session)}) {
+    ssh_message_reply_default(message.get());
+  }
+}
+
 /// Floods the other side to the end of the connection.
 void Overwhelm(ssh_session session, const fs::path& directory) {
   static constexpr int Pause = 200;
@@ -86,7 +123,7 @@ void Overwhelm(ssh_session session, const fs::path& directory) {
   }
 }
 
-void Serve(const char* key, const fs::path& directory) {
+void Serve(const char* key, const fs::path& directory, const std::string& harm) {
   const Listening listening(ssh_bind_new());
   const Session session(ssh_new());
   ssh_bind_options_set(listening.get(), SSH_BIND_OPTIONS_HOSTKEY, key);
@@ -96,6 +133,10 @@ void Serve(const char* key, const fs::path& directory) {
   if (ssh_bind_accept_fd(listening.get(), session.get(), client) != SSH_OK ||
       ssh_handle_key_exchange(session.get()) != SSH_OK) {
     throw std::runtime_error(ssh_get_error(session.get()));
+  }
+  if (harm == "congeda") {
+    Dismiss(session.get());
+    return;
   }
   LetIn(session.get());
   while (!fs::exists(directory / "via")) {
@@ -109,15 +150,15 @@ void Serve(const char* key, const fs::path& directory) {
 int main(int number, char** arguments) {
   /// Seconds after which even this host is tired of it.
   static constexpr unsigned Duration = 30;
-  if (number != 3) {
-    std::fputs("uso: ssh_ostile CHIAVE CARTELLA\n", stderr);
+  if (number != 4) {
+    std::fputs("uso: ssh_ostile CHIAVE CARTELLA piena|congeda\n", stderr);
     return 2;
   }
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   ::signal(SIGPIPE, SIG_IGN);
   ::alarm(Duration);
   try {
-    Serve(arguments[1], arguments[2]);
+    Serve(arguments[1], arguments[2], arguments[3]);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "ssh_ostile: %s\n", error.what());
     return 1;

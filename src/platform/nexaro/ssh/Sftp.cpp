@@ -119,7 +119,15 @@ Sftp::Sftp(Session& session) : channel_(session, session.NewDeadline(), MaxIncom
 void Sftp::IntroduceYourself() {
   SftpBody body;
   body.U32(5);
-  channel_.Write(body.Bytes() + static_cast<char>(Introduction) + SftpBody().U32(SpokenVersion).Bytes());
+  try {
+    channel_.Write(body.Bytes() + static_cast<char>(Introduction) + SftpBody().U32(SpokenVersion).Bytes());
+  } catch (const ConnectionLost&) {
+    // A service that ended before it was greeted is none, as one that ends a moment later; the connection stands.
+    if (channel_.closed && channel_.ItsSession().Alive()) {
+      throw RequestRefused();
+    }
+    throw;
+  }
   const auto deadline = channel_.ItsSession().NewDeadline();
   std::optional<Reply> reply;
   while (!(reply = TakePacket())) {
