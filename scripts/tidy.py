@@ -183,12 +183,12 @@ def self_test() -> bool:
         return f'#include "planted.hpp"\n\nint {function}(const Word* word) {{\n  {body}\n}}\n'
 
     def header(member: str) -> str:
-        return f"#pragma once\n\nstruct Word {{\n  {member}\n}};\n\nint lengthOf(const Word* word);\nint sizeOf(const Word* word);\n"
+        return f"#pragma once\n\nstruct Word {{\n  {member}\n}};\n\nint LengthOf(const Word* word);\nint SizeOf(const Word* word);\n"
 
     good = "return word == nullptr ? 0 : word->length;"
     null = "if (word == nullptr) {\n    return word->length;\n  }\n  return 1;"
-    plain = {"planted.hpp": header("int length = 0;"), "first.cpp": source("lengthOf", good),
-             "second.cpp": source("sizeOf", good), "alone.cpp": source("lengthOf", good)}
+    plain = {"planted.hpp": header("int length = 0;"), "first.cpp": source("LengthOf", good),
+             "second.cpp": source("SizeOf", good), "alone.cpp": source("LengthOf", good)}
     old_null = {"planted.hpp": header("int length = 0;\n  const char* text = 0;")}
 
     def play(changed: dict[str, str]) -> tuple[bool, int, set[str]]:
@@ -202,17 +202,20 @@ def self_test() -> bool:
         return well, looked_at, blamed
 
     steps = [
-        ("a null pointer followed in the second of a unit", {**plain, "second.cpp": source("sizeOf", null)}, (False, 3, {"second.cpp"})),
+        ("a null pointer followed in the second of a unit", {**plain, "second.cpp": source("SizeOf", null)}, (False, 3, {"second.cpp"})),
         ("the same again", {}, (False, 2, {"second.cpp"})),
         ("plain files", plain, (True, 2, set())),
         ("the plain files again", {}, (True, 0, set())),
-        ("a null pointer followed in one alone", {"first.cpp": source("lengthOf", null)}, (False, 1, {"first.cpp"})),
+        ("a null pointer followed in one alone", {"first.cpp": source("LengthOf", null)}, (False, 1, {"first.cpp"})),
         ("the first file plain again", plain, (True, 0, set())),
+        ("a variable that begins like a constant",
+         {"first.cpp": source("LengthOf", "const int None = 0;\n  return word == nullptr ? None : word->length;")}, (False, 1, {"first.cpp"})),
+        ("the first file plain once more", plain, (True, 0, set())),
         ("a header with a null of the old kind", old_null, (False, 3, {"second.cpp", "alone.cpp"})),
         ("the plain header again", plain, (True, 0, set())),
-        ("two of a unit with the same name", {"first.cpp": source("sizeOf", good) + "\n", "second.cpp": source("sizeOf", good) + "\n"},
+        ("two of a unit with the same name", {"first.cpp": source("SizeOf", good) + "\n", "second.cpp": source("SizeOf", good) + "\n"},
          (False, 2, {"second.cpp"})),
-        ("a file that is not compiled", {**plain, "lost.cpp": source("lengthOf", good)}, (False, 0, {"lost.cpp"})),
+        ("a file that is not compiled", {**plain, "lost.cpp": source("LengthOf", good)}, (False, 0, {"lost.cpp"})),
     ]
     wrong = [f"{name}: {found}, not {wanted}" for name, changed, wanted in steps if (found := play(changed)) != wanted]
     for line in wrong:
