@@ -9,11 +9,11 @@ namespace lumoscad::ado::detail {
 
 /// What the layer must say in a server's own words, since ODBC has no call for it or the driver does not carry it out.
 struct Dialect {
-  std::string_view name;               ///< how the server's own name (SQL_DBMS_NAME) begins
-  std::string_view serverSession = ""; ///< query of the identity of the server's side of the connection; may be empty
-  std::string_view opening = "";       ///< first statement of a connection; may be empty
+  std::string_view name;            ///< how the server's own name (SQL_DBMS_NAME) begins
+  std::string_view serverSession{}; ///< query of the identity of the server's side of the connection; may be empty
+  std::string_view opening{};       ///< first statement of a connection; may be empty
   /// What gives the opening a time limit for statements, the seconds behind it; may be empty.
-  std::string_view openingLimit = "";
+  std::string_view openingLimit{};
   bool comparesLongTexts = true; ///< a column of long texts may be compared with a value
   /// A statement that is executed once may be sent without being prepared, its parameters bound as texts that nothing
   /// describes, whatever the type of the columns that they meet: the server finds the types by itself.
@@ -23,7 +23,7 @@ struct Dialect {
   bool namesNumbers = false;  ///< the name of a column's type tells its numbers, its description may not
   /// Query of the connection's two ends as the server sees them: its own address and port, the client's address and
   /// port, each of which may be NULL. May be empty.
-  std::string_view ends = "";
+  std::string_view ends{};
   /// The numbers with which a database that is a file certainly refuses a COMMIT: after any other failure the change
   /// may be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
   std::array<long, 4> refusals{};
