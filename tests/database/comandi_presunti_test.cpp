@@ -239,11 +239,11 @@ TEST_P(PresumedCommands, AChangeThatCannotBeWrittenIsUndoneAndSaid) {
 
 TEST_P(PresumedCommands, TheBankScreenIsUsedAgain) {
   EXPECT_EQ(Banca(), "closed");
-  const auto prima = stato().presunti;
-  ASSERT_NE(prima, nullptr);
+  const auto usata = stato().presunti;
+  ASSERT_NE(usata, nullptr);
   EXPECT_EQ(Consegna(), "closed");
   EXPECT_EQ(Banca(), "closed");
-  EXPECT_EQ(stato().presunti, prima);
+  EXPECT_EQ(stato().presunti, usata);
 }
 
 } // namespace
