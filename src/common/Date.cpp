@@ -149,6 +149,11 @@ std::string Componi(std::string_view a, char separatore, std::string_view b, std
   return testo;
 }
 
+/// Three parts of two, two and four characters, as nearly every date has; whatever stands in them.
+bool DueDueQuattro(std::string_view testo) {
+  return testo.size() == 10 && testo[2] == '/' && testo[5] == '/' && std::count(testo.begin(), testo.end(), '/') == 2;
+}
+
 /// The date of a text that is not empty, as it is shown, or the blank of a refused one after its message.
 std::string Controllata(std::string_view testo) {
   const std::string scritta = ConBarre(SenzaSpaziAiLati(testo));
@@ -184,6 +189,9 @@ std::string ControllaData(std::string_view testo) noexcept {
 std::string DataPerHost(std::string_view testo) {
   if (testo.empty()) {
     return "00000000";
+  }
+  if (DueDueQuattro(testo)) {
+    return {testo[6], testo[7], testo[8], testo[9], testo[3], testo[4], testo[0], testo[1]};
   }
   const auto prima = testo.find('/');
   const auto dopo = prima == std::string_view::npos ? prima : testo.find('/', prima + 1);

@@ -60,13 +60,13 @@ std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept {
   return testo.substr(inizio);
 }
 
-std::string Elenca(const std::vector<std::string>& testi, std::size_t mostrati) {
+std::string Elenca(std::size_t quanti, std::size_t mostrati, const std::function<std::string(std::size_t)>& testo) {
   std::string elenco;
-  for (std::size_t i = 0; i < std::min(testi.size(), mostrati); ++i) {
-    elenco.append(i == 0 ? "" : "; ").append(testi[i]);
+  for (std::size_t i = 0; i < std::min(quanti, mostrati); ++i) {
+    elenco.append(i == 0 ? "" : "; ").append(testo(i));
   }
-  if (testi.size() > mostrati) {
-    elenco += "; e altre " + std::to_string(testi.size() - mostrati);
+  if (quanti > mostrati) {
+    elenco += "; e altre " + std::to_string(quanti - mostrati);
   }
   return elenco;
 }

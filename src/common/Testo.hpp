@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,8 +33,10 @@ inline constexpr std::string_view Nullo = "#null#";
 /// The last `quanti` characters of a UTF-8 text; all of it when it has fewer.
 [[nodiscard]] std::string_view Ultimi(std::string_view testo, std::size_t quanti) noexcept;
 
-/// The texts separated by "; ": the first `mostrati` of them, and how many more there are.
-[[nodiscard]] std::string Elenca(const std::vector<std::string>& testi, std::size_t mostrati);
+/// Of `quanti` texts, which `testo` gives by their place, the first `mostrati`, separated by "; ", and how many more
+/// there are. The others are not asked for.
+[[nodiscard]] std::string Elenca(std::size_t quanti, std::size_t mostrati,
+                                 const std::function<std::string(std::size_t)>& testo);
 
 /// Element `indice` of a list. Raises error 9 when the list ends before it.
 [[nodiscard]] const std::string& Elemento(const std::vector<std::string>& lista, std::size_t indice);

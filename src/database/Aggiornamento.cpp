@@ -15,12 +15,7 @@ namespace {
 constexpr std::size_t RigheMostrate = 8;
 
 template <typename Variazioni> std::string ElencoRighe(const Variazioni& variazioni) {
-  std::vector<std::string> righe;
-  righe.reserve(variazioni.size());
-  for (const auto& variazione : variazioni) {
-    righe.push_back(Riga(variazione));
-  }
-  return Elenca(righe, RigheMostrate);
+  return Elenca(variazioni.size(), RigheMostrate, [&](std::size_t posto) { return Riga(variazioni[posto]); });
 }
 
 } // namespace

@@ -24,7 +24,7 @@ void MostraRigheRimaste(const std::vector<std::string>& righe) {
   }
   MostraMessaggio("L'host ha registrato la modifica; nella base dati queste righe erano già cambiate e sono rimaste "
                   "com'erano: " +
-                      Elenca(diverse, RigheMostrate),
+                      Elenca(diverse.size(), RigheMostrate, [&](std::size_t i) { return diverse[i]; }),
                   "");
 }
 

@@ -57,7 +57,7 @@ ElenchiScadenze ComponiRichiestaScadenze(const std::vector<RigaScadenze>& righe,
       continue;
     }
     const std::string nuova = Utilities::DataPerHost(riga.nuovaScadenza);
-    elenchi.contenuto += RigaRichiesta({riga.conto, riga.partita, Utilities::DataPerHost(riga.scadenzaOrig), nuova});
+    AggiungiRiga(elenchi.contenuto, {riga.conto, riga.partita, Utilities::DataPerHost(riga.scadenzaOrig), nuova});
     Scrivi(elenchi.database, k++, "1");
     Scrivi(elenchi.database, k++, Utilities::DataPerHost(riga.scadenza));
     Scrivi(elenchi.database, k++, nuova);

@@ -26,14 +26,16 @@ template <typename Variazione> std::string_view BancaNuova(const Variazione& v) 
   return v.isBancaChanged ? std::string_view(v.NuovaBanca) : std::string_view();
 }
 
-std::string RigaCanalizzazione(const VariazioneCanalizzazione& v) {
-  return RigaRichiesta({v.CodiceConto, v.NumeroPartita, v.Anno, v.Numero, v.Serie, Data(v.ScadenzaOriginale),
-                        Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca, BancaNuova(v), v.NumeroRata});
+void RigaCanalizzazione(std::string& contenuto, const VariazioneCanalizzazione& v) {
+  AggiungiRiga(contenuto,
+               {v.CodiceConto, v.NumeroPartita, v.Anno, v.Numero, v.Serie, Data(v.ScadenzaOriginale),
+                Data(v.VecchiaScadenza), Data(v.NuovaScadenza), v.VecchiaBanca, BancaNuova(v), v.NumeroRata});
 }
 
 /// A presumed document travels in the same line; it has no item, no due dates and no instalment.
-std::string RigaBancaPresunti(const VariazioneConsegna& v) {
-  return RigaRichiesta({v.CodiceConto, "", v.Anno, v.Numero, v.Serie, "", "", "", v.VecchiaBanca, BancaNuova(v), ""});
+void RigaBancaPresunti(std::string& contenuto, const VariazioneConsegna& v) {
+  AggiungiRiga(contenuto,
+               {v.CodiceConto, "", v.Anno, v.Numero, v.Serie, "", "", "", v.VecchiaBanca, BancaNuova(v), ""});
 }
 
 /// Every date of a delivery line is written, a missing one as zeros.
@@ -41,9 +43,9 @@ std::string DataPiena(const std::string& data) {
   return Utilities::DataPerHost(data == Nullo ? std::string_view() : data);
 }
 
-std::string RigaConsegna(const VariazioneConsegna& v) {
-  return RigaRichiesta({v.CodiceConto, v.Serie, v.Numero, v.Anno, DataPiena(v.Consegna), DataPiena(v.ConsegnaOrigine),
-                        DataPiena(v.NuovaConsegna)});
+void RigaConsegna(std::string& contenuto, const VariazioneConsegna& v) {
+  AggiungiRiga(contenuto, {v.CodiceConto, v.Serie, v.Numero, v.Anno, DataPiena(v.Consegna),
+                           DataPiena(v.ConsegnaOrigine), DataPiena(v.NuovaConsegna)});
 }
 
 /// The frame of the record writers: one list, one file, one call, one outcome.
@@ -133,9 +135,11 @@ std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, 
   }
   richiesta.daControllare = procedureLumoDB2::Righe(variazioni);
   richiesta.contenuto = [&] {
+    constexpr std::size_t RigaUsuale = 96; // bytes: nearly every line is shorter, and any may be longer
     std::string contenuto;
+    contenuto.reserve(variazioni.size() * RigaUsuale);
     for (const auto& variazione : variazioni) {
-      contenuto += riga(variazione);
+      riga(contenuto, variazione);
     }
     return contenuto;
   };

@@ -104,6 +104,33 @@ std::vector<std::size_t> OrdineAtteso(const RigheGriglia& elenco, int colonna, b
   return ordine;
 }
 
+/// What the host gets for a text of whatever shape, part by part: "error 9" where there are fewer than three.
+std::string ParteDopoParte(const std::string& testo) {
+  if (testo.empty()) {
+    return "00000000";
+  }
+  const auto parti = Dividi(testo, '/');
+  if (parti.size() < 3) {
+    return "error 9";
+  }
+  const auto conZero = [](const std::string& parte) { return (parte.size() == 1 ? "0" : "") + parte; };
+  return (parti[2].size() == 2 ? "20" : "") + parti[2] + conZero(parti[1]) + conZero(parti[0]);
+}
+
+std::string TentaPerHost(const std::string& testo) {
+  try {
+    return DataPerHost(testo);
+  } catch (const RuntimeError& errore) {
+    return "error " + std::to_string(errore.Number());
+  }
+}
+
+std::string Riga(std::initializer_list<std::string_view> campi) {
+  std::string riga;
+  AggiungiRiga(riga, campi);
+  return riga;
+}
+
 } // namespace
 
 TEST_F(Date, OfEveryDayGoesToHostAndDatabaseAndBack) {
@@ -114,6 +141,21 @@ TEST_F(Date, OfEveryDayGoesToHostAndDatabaseAndBack) {
     ASSERT_EQ(FormattaData(iso), data);
     ASSERT_EQ(DataPerHost(FormattaData(iso)), compatta);
   });
+}
+
+TEST_F(Date, OfWhateverShapeGoesToTheHostPartByPart) {
+  for (unsigned barre = 0; barre < 1U << 10; ++barre) { // every place where a text of ten characters may have a "/"
+    std::string testo = "0123456789";
+    for (std::size_t posto = 0; posto < testo.size(); ++posto) {
+      testo[posto] = (barre >> posto & 1U) != 0 ? '/' : testo[posto];
+    }
+    ASSERT_EQ(TentaPerHost(testo), ParteDopoParte(testo)) << testo;
+  }
+  Caso caso;
+  for (int prova = 0; prova < 200000; ++prova) {
+    const std::string testo = caso.Testo(caso.Moneta() ? "/0" : std::string_view("/1-. \0\xC3\xA8", 8), 13);
+    ASSERT_EQ(TentaPerHost(testo), ParteDopoParte(testo)) << testo;
+  }
 }
 
 TEST_F(Date, SortsAsTextOfTheHostAsTheDaysDo) {
@@ -197,7 +239,7 @@ TEST(Lines, ThatAreWrittenDivideIntoTheirFields) {
   for (int prova = 0; prova < 20000; ++prova) {
     const std::vector<std::string> campi = {caso.Testo("aZ 9#/;'\"\t\xC3\xA8", 12), caso.Testo("0123456789", 8),
                                             caso.Testo(" ", 3), caso.Testo("#nul", 6)};
-    const std::string riga = RigaRichiesta({campi[0], campi[1], campi[2], campi[3]});
+    const std::string riga = Riga({campi[0], campi[1], campi[2], campi[3]});
     ASSERT_TRUE(riga.ends_with("\r\n"));
     ASSERT_EQ(Dividi(std::string_view(riga).substr(0, riga.size() - 2), ','), campi);
   }
@@ -208,11 +250,46 @@ TEST(Lines, AreNeverWrittenWithAFieldThatWouldSplitThem) {
   for (int prova = 0; prova < 20000; ++prova) {
     const std::string campo = caso.Testo("ab,\r\n", 4);
     if (campo.find_first_of("\r\n") == std::string::npos) {
-      ASSERT_EQ(RigaRichiesta({campo}), campo + "\r\n");
+      ASSERT_EQ(Riga({campo}), campo + "\r\n");
     } else {
-      ASSERT_THROW(static_cast<void>(RigaRichiesta({"prima", campo})), RuntimeError);
+      ASSERT_THROW(static_cast<void>(Riga({"prima", campo})), RuntimeError);
     }
   }
+}
+
+TEST(Lines, AreAddedOneByOneToTheBytesOfTheFile) {
+  Caso caso;
+  std::string contenuto;
+  std::string attesi;
+  for (int prova = 0; prova < 20000; ++prova) {
+    const std::vector<std::string> campi = {caso.Testo("ab\xC3\xA8", 40), caso.Testo("1,\t", 3),
+                                            std::string(caso.Fino(3) == 0 ? 1 : 0, '\0'), caso.Testo("x\r\n", 2)};
+    const auto cattivo = std::ranges::find_if(
+        campi, [](const std::string& campo) { return campo.find_first_of("\r\n") != std::string::npos; });
+    try {
+      AggiungiRiga(contenuto, {campi[0], campi[1], campi[2], campi[3]});
+      ASSERT_EQ(cattivo, campi.end());
+      attesi += campi[0] + "," + campi[1] + "," + campi[2] + "," + campi[3] + "\r\n";
+    } catch (const RuntimeError& errore) {
+      ASSERT_NE(cattivo, campi.end());
+      ASSERT_EQ(errore.Number(), errors::TypeMismatch);
+      ASSERT_EQ(errore.Description(),
+                "Il valore \"" + *cattivo + "\" contiene una fine di riga e non può essere inviato");
+    }
+    ASSERT_EQ(contenuto.size(), attesi.size()) << "a refused line leaves nothing behind";
+  }
+  EXPECT_EQ(contenuto, attesi);
+}
+
+TEST(Lines, TellTheFirstFieldThatWouldSplitThem) {
+  std::string contenuto = "prima\r\n";
+  try {
+    AggiungiRiga(contenuto, {"a", "b\nc", "d\r", "e"});
+    ADD_FAILURE() << "una fine di riga è passata";
+  } catch (const RuntimeError& errore) {
+    EXPECT_EQ(errore.Description(), "Il valore \"b\nc\" contiene una fine di riga e non può essere inviato");
+  }
+  EXPECT_EQ(contenuto, "prima\r\n");
 }
 
 TEST(Sorting, IsStableAndCompleteBothWays) {

@@ -46,9 +46,10 @@ class BankRequest : public testing::Test {
     return banco_.host.uploads.empty() ? "nulla" : banco_.host.uploads.front();
   }
   /// The text that the request fails with; it must carry the number of a transfer error.
-  std::string Fallisce(const VariazioneCanalizzazione& variazione) {
+  std::string Fallisce(const VariazioneCanalizzazione& variazione) { return FallisceLista({variazione}); }
+  std::string FallisceLista(const VariazioniCanalizzazione& variazioni) {
     try {
-      static_cast<void>(Invia(variazione));
+      static_cast<void>(Invia(variazioni));
     } catch (const RuntimeError& errore) {
       EXPECT_EQ(errore.Number(), -2147220905);
       return errore.Description();
@@ -184,6 +185,38 @@ TEST_F(BankRequest, StopsBeforeTheHostAtADateThatCannotBeSplit) {
   EXPECT_THAT(Fallisce(v), StartsWith("9 "));
   EXPECT_THAT(banco_.host.operazioni, IsEmpty());
   EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(BankRequest, TellsOfADateThatCannotBeSplitBeforeALineBreakInTheSameRecord) {
+  VariazioneCanalizzazione v = CambioScadenza();
+  v.CodiceConto = "C\n100";
+  v.NuovaScadenza = "5-4-06";
+  EXPECT_EQ(Fallisce(v), "9 Indice non incluso nell'intervallo: data \"5-4-06\"");
+  VariazioneCanalizzazione prima = CambioScadenza();
+  prima.CodiceConto = "C\r1";
+  EXPECT_THAT(FallisceLista({prima, v}), StartsWith("13 Il valore \"C\r1\"")) << "record by record all the same";
+  EXPECT_THAT(banco_.host.operazioni, IsEmpty());
+  EXPECT_TRUE(NienteInLocale());
+}
+
+TEST_F(BankRequest, WritesALongListWithLinesOfAnyLength) {
+  VariazioniCanalizzazione variazioni;
+  std::string attesi;
+  for (std::size_t i = 0; i < 3000; ++i) {
+    VariazioneCanalizzazione v = CambioScadenza();
+    v.CodiceConto = std::to_string(i);
+    v.NumeroPartita = std::string(i % 500 == 0 ? 100000 : i % 300, 'p');
+    v.NuovaScadenza = i % 2 == 0 ? "5/4/06" : "30/04/2006";
+    attesi += v.CodiceConto + "," + v.NumeroPartita + ",,,,20060331,20060331," +
+              (i % 2 == 0 ? "20060405" : "20060430") + ",B1,,1\r\n";
+    variazioni.push_back(std::move(v));
+  }
+  EXPECT_EQ(Invia(variazioni), "");
+  std::string scritti;
+  for (const std::string& riga : banco_.host.uploads) {
+    scritti += riga;
+  }
+  EXPECT_TRUE(scritti == attesi) << scritti.size() << " bytes in the place of " << attesi.size();
 }
 
 TEST_F(BankRequest, ShowsTheHostsMessage) {

@@ -73,8 +73,20 @@ TEST(ZeroPadded, PadsAsMuchAsNeeded) {
 }
 
 TEST(Enumeration, SaysHowManyAreNotShownOnlyWhereThereAreSome) {
-  EXPECT_EQ(Elenca({}, 2), "");
-  EXPECT_EQ(Elenca({"a"}, 2), "a");
-  EXPECT_EQ(Elenca({"a", "b"}, 2), "a; b");
-  EXPECT_EQ(Elenca({"a", "b", "c"}, 2), "a; b; e altre 1");
+  const auto lettera = [](std::size_t posto) { return std::string(1, static_cast<char>('a' + posto)); };
+  EXPECT_EQ(Elenca(0, 2, lettera), "");
+  EXPECT_EQ(Elenca(1, 2, lettera), "a");
+  EXPECT_EQ(Elenca(2, 2, lettera), "a; b");
+  EXPECT_EQ(Elenca(3, 2, lettera), "a; b; e altre 1");
+}
+
+TEST(Enumeration, KeepsThePlaceOfAnEmptyText) {
+  EXPECT_EQ(Elenca(3, 3, [](std::size_t posto) { return std::string(posto == 1 ? "b" : ""); }), "; b; ");
+}
+
+TEST(Enumeration, AsksForTheTextsThatItShowsAlone) {
+  std::size_t chiesti = 0;
+  const std::string elenco = Elenca(10000, 2, [&](std::size_t) { return std::to_string(++chiesti); });
+  EXPECT_EQ(elenco, "1; 2; e altre 9998");
+  EXPECT_EQ(chiesti, 2U);
 }
