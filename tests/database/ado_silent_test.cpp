@@ -1,16 +1,14 @@
 #include "AdoFixture.hpp"
 #include "support/Files.hpp"
+#include "support/Loopback.hpp"
 
 #include <gmock/gmock.h>
 
-#include <arpa/inet.h>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <netinet/in.h>
 #include <string>
-#include <sys/socket.h>
 #include <unistd.h>
 
 // A server that says nothing while somebody waits for it.
@@ -147,33 +145,11 @@ TEST_P(SilentMariaDb, CommitThatWaitsWithoutEndIsUnknown) {
   connection_.Execute("UNLOCK TABLES");
 }
 
-/// A listening socket that nobody serves.
-class Deaf {
- public:
-  Deaf() : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), length), 0);
-    EXPECT_EQ(listen(socket_, 4), 0);
-    getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length);
-    port = ntohs(address.sin_port);
-  }
-  Deaf(const Deaf&) = delete;
-  Deaf& operator=(const Deaf&) = delete;
-  ~Deaf() { close(socket_); }
-
-  int port = 0;
-
- private:
-  int socket_;
-};
-
 TEST_P(Silent, ServerThatTakesAConnectionAndDoesNotGreetEndsTheOpening) {
-  const Deaf deaf;
-  const std::string source = std::string(GetParam()) == "postgres" ? test::Postgres().AddSource("prove", deaf.port)
-                                                                   : test::MariaDb().AddSource("prove", deaf.port);
+  const base::Descriptor deaf = test::Listen();
+  const std::string source = std::string(GetParam()) == "postgres"
+                                 ? test::Postgres().AddSource("prove", test::PortOf(deaf))
+                                 : test::MariaDb().AddSource("prove", test::PortOf(deaf));
   Connection waiting;
   waiting.ConnectionString = "Provider=MSDASQL.1;Connect Timeout=2;Password=p;User ID=u;Data Source=" + source;
   EXPECT_LT(SecondsOf([&] { waiting.Open(); }), 6);

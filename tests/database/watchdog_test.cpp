@@ -1,9 +1,9 @@
 #include "platform/ado/Watchdog.hpp"
+#include "support/Loopback.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <netinet/in.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -29,35 +28,15 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds ShortLimit(150);
 constexpr milliseconds Ample(3000);
 
-int PortOf(int descriptor, bool peer) {
-  sockaddr_in address{};
-  socklen_t length = sizeof address;
-  auto* const any = reinterpret_cast<sockaddr*>(&address);
-  EXPECT_EQ(peer ? getpeername(descriptor, any, &length) : getsockname(descriptor, any, &length), 0);
-  return ntohs(address.sin_port);
-}
-
 /// A connection on loopback whose server never says a word.
 class SilentServer {
  public:
-  SilentServer() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    EXPECT_EQ(bind(listener_, reinterpret_cast<sockaddr*>(&address), length), 0);
-    EXPECT_EQ(listen(listener_, 4), 0);
-    getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length);
-    client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    EXPECT_EQ(connect(client, reinterpret_cast<sockaddr*>(&address), length), 0);
-    ends = {"127.0.0.1", PortOf(client, true), "127.0.0.1", PortOf(client, false)};
+  SilentServer() {
+    EXPECT_TRUE(connection.Opened());
+    ends = {"127.0.0.1", test::PortOf(listener), "127.0.0.1", test::PortOf(connection)};
   }
   SilentServer(const SilentServer&) = delete;
   SilentServer& operator=(const SilentServer&) = delete;
-  ~SilentServer() {
-    close(client);
-    close(listener_);
-  }
 
   /// Reads as a driver does; how long that took, and what it gave.
   std::pair<milliseconds, ssize_t> Read() const {
@@ -72,11 +51,10 @@ class SilentServer {
     return recv(client, &byte, 1, MSG_DONTWAIT) < 0 && errno == EAGAIN;
   }
 
-  int client = -1;
+  const base::Descriptor listener = test::Listen();
+  const base::Descriptor connection = test::Attach(test::PortOf(listener));
+  const int client = connection.Number();
   Endpoints ends;
-
- private:
-  int listener_;
 };
 
 std::size_t Threads() {

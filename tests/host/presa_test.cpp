@@ -2,10 +2,9 @@
 #include "platform/ControlCharacters.hpp"
 #include "platform/nexaro/Texts.hpp"
 #include "platform/nexaro/ssh/Socket.hpp"
+#include "support/Loopback.hpp"
 
 #include <gmock/gmock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <vector>
 
 namespace lumoscad {
@@ -19,18 +18,8 @@ using testing::HasSubstr;
 
 /// A loopback port where somebody listens without ever taking a connection.
 struct Ascolto {
-  Ascolto() : presa(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in indirizzo{};
-    indirizzo.sin_family = AF_INET;
-    indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t lunghezza = sizeof indirizzo;
-    EXPECT_EQ(::bind(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
-    EXPECT_EQ(::listen(presa.Number(), 0), 0);
-    EXPECT_EQ(::getsockname(presa.Number(), reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
-    porta = ntohs(indirizzo.sin_port);
-  }
-  base::Descriptor presa;
-  unsigned porta = 0;
+  base::Descriptor presa = test::Listen(0, 0);
+  unsigned porta = static_cast<unsigned>(test::PortOf(presa));
 };
 
 TEST(SocketOfALink, ConnectsByNumberAndByName) {

@@ -7,6 +7,7 @@
 #include "platform/nexaro/ssh/Socket.hpp"
 #include "platform/nexaro/ssh/SshLink.hpp"
 #include "support/Files.hpp"
+#include "support/Loopback.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -15,7 +16,6 @@
 #include <gmock/gmock.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <netinet/in.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -115,22 +115,10 @@ TEST_F(NameLookUp, NameServiceThatNeverAnswersMayBeAskedAgainAndAgain) {
   EXPECT_EXIT(PiuVolte(), testing::ExitedWithCode(0), "il servizio dei nomi di questa macchina non ha risposto");
 }
 
-/// A loopback port where somebody takes connections and says nothing.
-unsigned PortaMuta() {
-  const int presa = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in indirizzo{};
-  indirizzo.sin_family = AF_INET;
-  indirizzo.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t lunghezza = sizeof indirizzo;
-  EXPECT_EQ(::bind(presa, reinterpret_cast<sockaddr*>(&indirizzo), lunghezza), 0);
-  EXPECT_EQ(::listen(presa, 5), 0);
-  EXPECT_EQ(::getsockname(presa, reinterpret_cast<sockaddr*>(&indirizzo), &lunghezza), 0);
-  return ntohs(indirizzo.sin_port);
-}
-
 [[noreturn]] void PerNumero() {
   ::alarm(30);
-  const auto porta = PortaMuta();
+  const auto muta = test::Listen();
+  const auto porta = static_cast<unsigned>(test::PortOf(muta));
   // Only the connection's own socket is let through: whoever asks the name service first is held up.
   const int ascolto = TrattieniLePrese();
   std::atomic<int> aperte{0};
@@ -205,7 +193,8 @@ TEST_F(NameLookUp, NameIsFoundInAProcessForkedFromOneThatHasLookedNamesUp) {
 
 [[noreturn]] void Lenta(const std::string& cartella) {
   ::alarm(30);
-  const auto porta = PortaMuta();
+  const auto muta = test::Listen();
+  const auto porta = static_cast<unsigned>(test::PortOf(muta));
   nexaro::SshSettings impostazioni;
   impostazioni.port = porta;
   impostazioni.user = "prova";

@@ -9,8 +9,6 @@
 namespace lumoscad::test {
 namespace {
 
-constexpr int Tail = 16;
-
 sockaddr_in Address(int port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -29,13 +27,13 @@ base::Descriptor Socket() {
 
 } // namespace
 
-base::Descriptor Listen(int port) {
+base::Descriptor Listen(int port, int waiting) {
   auto socket = Socket();
   const int yes = 1;
   const auto address = Address(port);
   if (::setsockopt(socket.Number(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) != 0 ||
       ::bind(socket.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      ::listen(socket.Number(), Tail) != 0) {
+      ::listen(socket.Number(), waiting) != 0) {
     return {};
   }
   return socket;

@@ -4,8 +4,9 @@
 
 namespace lumoscad::test {
 
-/// A socket that listens on the loopback address; with `port` 0 on a free port. Not open when the port is taken.
-[[nodiscard]] base::Descriptor Listen(int port = 0);
+/// A socket that listens on the loopback address; with `port` 0 on a free port. The system keeps about `waiting`
+/// connections that nobody has taken yet and leaves further ones without an answer. Not open when the port is taken.
+[[nodiscard]] base::Descriptor Listen(int port = 0, int waiting = 16);
 /// The local port of a socket.
 [[nodiscard]] int PortOf(const base::Descriptor& socket);
 /// A port that was free a moment ago.

@@ -2,10 +2,10 @@
 
 #include "platform/RuntimeError.hpp"
 #include "support/Files.hpp"
+#include "support/Loopback.hpp"
 #include "support/Paths.hpp"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -13,12 +13,10 @@
 #include <exception>
 #include <fcntl.h>
 #include <fstream>
-#include <netinet/in.h>
 #include <pwd.h>
 #include <stdexcept>
 #include <sys/file.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -65,22 +63,6 @@ bool Open(fs::path directory) {
       return true;
     }
   }
-}
-
-/// A loopback port that was free a moment ago.
-int FreePort() {
-  const int socketHandle = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  const bool bound = bind(socketHandle, reinterpret_cast<sockaddr*>(&address), length) == 0 &&
-                     getsockname(socketHandle, reinterpret_cast<sockaddr*>(&address), &length) == 0;
-  close(socketHandle);
-  if (!bound) {
-    throw std::runtime_error("no free loopback port");
-  }
-  return ntohs(address.sin_port);
 }
 
 } // namespace

@@ -7,7 +7,8 @@
 // CHIAVE is the private host key. The port that it has found is in the file CARTELLA/porta. The flood comes once there
 // is a file CARTELLA/via; when no more of it is taken the file CARTELLA/piena appears.
 
-#include <cerrno>
+#include "support/Loopback.hpp"
+
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -15,13 +16,11 @@
 #include <libssh/libssh.h>
 #include <libssh/server.h>
 #include <memory>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <stdexcept>
 #include <string>
 #include <sys/prctl.h>
 #include <sys/socket.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -38,18 +37,9 @@ using Session = std::unique_ptr<ssh_session_struct, Release>;
 using Message = std::unique_ptr<ssh_message_struct, Release>;
 
 /// A socket that listens on the loopback address. The file of its port appears whole.
-int Listen(const fs::path& directory) {
-  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  auto* generic = reinterpret_cast<sockaddr*>(&address); // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast)
-  if (socket < 0 || ::bind(socket, generic, length) != 0 || ::listen(socket, 1) != 0 ||
-      ::getsockname(socket, generic, &length) != 0) {
-    throw std::system_error(errno, std::generic_category(), "listen");
-  }
-  std::ofstream(directory / "porta.nuova") << ntohs(address.sin_port);
+lumoscad::base::Descriptor ListenFor(const fs::path& directory) {
+  auto socket = lumoscad::test::Listen(0, 1);
+  std::ofstream(directory / "porta.nuova") << lumoscad::test::PortOf(socket);
   fs::rename(directory / "porta.nuova", directory / "porta");
   return socket;
 }
@@ -127,9 +117,9 @@ void Serve(const char* key, const fs::path& directory, const std::string& harm) 
   const Listening listening(ssh_bind_new());
   const Session session(ssh_new());
   ssh_bind_options_set(listening.get(), SSH_BIND_OPTIONS_HOSTKEY, key);
-  const int socket = Listen(directory);
-  const int client = ::accept4(socket, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-  ::close(socket);
+  auto socket = ListenFor(directory);
+  const int client = ::accept4(socket.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+  socket.Close();
   if (ssh_bind_accept_fd(listening.get(), session.get(), client) != SSH_OK ||
       ssh_handle_key_exchange(session.get()) != SSH_OK) {
     throw std::runtime_error(ssh_get_error(session.get()));
