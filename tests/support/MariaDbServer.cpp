@@ -17,6 +17,8 @@ namespace {
 const fs::path Program = "/usr/sbin/mariadbd";
 const fs::path Creator = "/usr/bin/mariadb-install-db";
 
+constexpr DriverNames MariaDbNames{"mariadb", MariaDbServer::Driver, "SERVER", "PORT", "DATABASE"};
+
 /// The user of the server when we are root: one that every system has.
 constexpr const char* MariaDbUser = "nobody";
 
@@ -42,7 +44,7 @@ bool MariaDbServer::Available() {
   return fs::exists(Program, error) && fs::exists(Creator, error) && !DriverLibrary(Driver).empty();
 }
 
-MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(directory)) {
+MariaDbServer::MariaDbServer(fs::path directory) : DatabaseServer(std::move(directory), MariaDbNames) {
   PrepareDirectory(directory_, MariaDbUser);
   PrepareDirectory(directory_ / Temporary, MariaDbUser);
   CreateData();
@@ -50,12 +52,6 @@ MariaDbServer::MariaDbServer(fs::path directory) : directory_(std::move(director
     port_ = port;
     Start();
   });
-}
-
-MariaDbServer::~MariaDbServer() {
-  server_.Stop();
-  std::error_code ignored;
-  fs::remove_all(directory_, ignored);
 }
 
 void MariaDbServer::CreateData() const {
@@ -85,24 +81,13 @@ void MariaDbServer::Start() {
                                  "--bind-address=127.0.0.1", "--port=" + std::to_string(port_), "--socket=server.sock",
                                  "--character-set-server=utf8mb4", "--collation-server=utf8mb4_bin"}),
                           directory_ / "server.log", MariaDbUser, SIGTERM);
-  OdbcConfiguration::Instance().RemoveSource(system_);
-  system_ = AddSource("mysql");
-  WaitUntilReady(server_,
-                 [this] { CheckDataDirectory(ConnectionText(system_), "SELECT @@datadir", directory_ / "data"); });
+  AwaitAnswer("mysql", "SELECT @@datadir");
   fs::remove(secret);
 }
 
 void MariaDbServer::Restart() {
   server_.Stop();
   Start();
-}
-
-std::string MariaDbServer::AddSource(std::string_view database, int port,
-                                     const OdbcConfiguration::Settings& more) const {
-  OdbcConfiguration::Settings settings{
-      {"SERVER", "127.0.0.1"}, {"PORT", std::to_string(port == 0 ? port_ : port)}, {"DATABASE", std::string(database)}};
-  settings.insert(settings.end(), more.begin(), more.end());
-  return OdbcConfiguration::Instance().AddSource("mariadb", Driver, settings);
 }
 
 std::string MariaDbServer::CreateDatabase(std::string_view name, std::string_view script) {

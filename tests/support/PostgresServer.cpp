@@ -18,6 +18,8 @@ namespace {
 const fs::path Programs = "/usr/lib/postgresql/15/bin";
 constexpr const char* Driver = "psqlodbcw.so";
 
+constexpr DriverNames PostgresNames{"postgres", Driver, "Servername", "Port", "Database"};
+
 /// The user of the server when we are root.
 constexpr const char* PostgresUser = "postgres";
 
@@ -32,19 +34,13 @@ bool PostgresServer::Available() {
   return fs::exists(Programs / "postgres", error) && !DriverLibrary(Driver).empty();
 }
 
-PostgresServer::PostgresServer(fs::path directory) : directory_(std::move(directory)) {
+PostgresServer::PostgresServer(fs::path directory) : DatabaseServer(std::move(directory), PostgresNames) {
   PrepareDirectory(directory_, PostgresUser);
   CreateCluster();
   StartOnFreePort(server_, [this](int port) {
     port_ = port;
     Start();
   });
-}
-
-PostgresServer::~PostgresServer() {
-  server_.Stop();
-  std::error_code ignored;
-  fs::remove_all(directory_, ignored);
 }
 
 void PostgresServer::CreateCluster() const {
@@ -71,10 +67,7 @@ void PostgresServer::Start() {
                            std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
                            "full_page_writes=off", "-c", "synchronous_commit=off"},
                           directory_ / "server.log", PostgresUser, SIGINT);
-  OdbcConfiguration::Instance().RemoveSource(system_);
-  system_ = AddSource("postgres");
-  const std::string text = ConnectionText(system_);
-  WaitUntilReady(server_, [&] { CheckDataDirectory(text, "SHOW data_directory", directory_ / "data"); });
+  AwaitAnswer("postgres", "SHOW data_directory");
 }
 
 void PostgresServer::Restart() {
@@ -91,15 +84,6 @@ void PostgresServer::Restart() {
       }
     }
   }
-}
-
-std::string PostgresServer::AddSource(std::string_view database, int port,
-                                      const OdbcConfiguration::Settings& more) const {
-  OdbcConfiguration::Settings settings{{"Servername", "127.0.0.1"},
-                                       {"Port", std::to_string(port == 0 ? port_ : port)},
-                                       {"Database", std::string(database)}};
-  settings.insert(settings.end(), more.begin(), more.end());
-  return OdbcConfiguration::Instance().AddSource("postgres", Driver, settings);
 }
 
 std::string PostgresServer::CreateDatabase(std::string_view name, std::string_view script) {

@@ -1,0 +1,33 @@
+#include "support/DatabaseServer.hpp"
+
+#include <system_error>
+#include <utility>
+
+namespace lumoscad::test {
+
+DatabaseServer::DatabaseServer(std::filesystem::path directory, const DriverNames& driver)
+    : directory_(std::move(directory)), driver_(driver) {}
+
+DatabaseServer::~DatabaseServer() {
+  server_.Stop();
+  std::error_code ignored;
+  std::filesystem::remove_all(directory_, ignored);
+}
+
+std::string DatabaseServer::AddSource(std::string_view database, int port,
+                                      const OdbcConfiguration::Settings& more) const {
+  OdbcConfiguration::Settings settings{{driver_.host, "127.0.0.1"},
+                                       {driver_.port, std::to_string(port == 0 ? port_ : port)},
+                                       {driver_.database, std::string(database)}};
+  settings.insert(settings.end(), more.begin(), more.end());
+  return OdbcConfiguration::Instance().AddSource(driver_.kind, driver_.library, settings);
+}
+
+void DatabaseServer::AwaitAnswer(std::string_view database, const char* question) {
+  OdbcConfiguration::Instance().RemoveSource(system_);
+  system_ = AddSource(database);
+  const std::string text = ConnectionText(system_);
+  WaitUntilReady(server_, [&] { CheckDataDirectory(text, question, directory_ / "data"); });
+}
+
+} // namespace lumoscad::test
