@@ -14,9 +14,7 @@ class DeliveryScreen : public test::SchermataPresunti<FormConsegna> {
   explicit DeliveryScreen(const std::string& dati = "") : SchermataPresunti(&FormConsegna::elaboraConsegna, dati) {}
 
   void ScriviData(std::size_t riga, const char* testo) const {
-    Clic(riga, FormConsegna::NuovaConsegna);
-    finestra->TextScad_Change(testo);
-    finestra->TextScad_KeyPress(13);
+    ScriviInCella(riga, FormConsegna::NuovaConsegna, testo);
   }
   /// The new date and the tick.
   [[nodiscard]] std::string Nuova(std::size_t riga) const {
@@ -36,7 +34,7 @@ TEST_P(DeliveryScreen, ShowsOneRowADateAndCurrencyOfADocument) {
 TEST_P(DeliveryScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   std::vector<std::string> durante;
   schermata.griglia().Tag = "CONSEGNA"; // of an earlier showing
-  ActiveServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  AscoltaIlTag(durante);
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "CONSEGNA");
     EXPECT_EQ(schermata.griglia().modo, "CONSEGNA");
@@ -51,11 +49,8 @@ TEST_P(DeliveryScreen, DescribesItsWindow) {
     EXPECT_EQ(finestra->Description().fontName, "Verdana");
     EXPECT_EQ(finestra->Description().dateField, "Nuova consegna");
     EXPECT_FALSE(finestra->Description().bankField.has_value());
-    std::vector<std::string> testate;
-    for (const ListHeading& testata : finestra->Description().headings) {
-      testate.push_back(testata.text);
-    }
-    EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Consegna prevista", "Divisa", "Fatturato", "Fatturato Euro"));
+    EXPECT_THAT(Testate(),
+                ElementsAre("Conto", "Ordine", "Consegna prevista", "Divisa", "Fatturato", "Fatturato Euro"));
     EXPECT_EQ(finestra->Description().columns[FormConsegna::NuovaConsegna].key, "KNuovaScadenza");
     EXPECT_EQ(finestra->Description().columns[FormConsegna::NuovaConsegna].headingText, "Nuova Consegna");
   });

@@ -17,15 +17,10 @@ class PresumedScreen : public test::SchermataPresunti<FormPresunti> {
   explicit PresumedScreen(const std::string& dati = "") : SchermataPresunti(&FormPresunti::elaboraPresunti, dati) {}
 
   /// Entries of the bank fields: " ", BANCA ALFA (B07), BANCA BETA (B06).
-  void ScegliBanca(std::size_t riga, int indice) const {
-    Clic(riga, FormPresunti::NuovaBanca);
-    finestra->cmbBanche2_Click(indice);
-    finestra->cmbBanche2_LostFocus();
-  }
+  void ScegliBanca(std::size_t riga, int indice) const { ScegliInCella(riga, FormPresunti::NuovaBanca, indice); }
   /// Text and tag of the new bank, and the tick.
   [[nodiscard]] std::string NuovaBanca(std::size_t riga) const {
-    return std::string(righe.Testo(riga, FormPresunti::NuovaBanca)) + "|" +
-           std::string(righe.Tag(riga, FormPresunti::NuovaBanca)) + (righe.Spuntata(riga, 0) ? "|x" : "|");
+    return BancaInCella(riga, FormPresunti::NuovaBanca, 0);
   }
   /// The new bank of the three rows of document AB123/06.
   [[nodiscard]] std::vector<std::string> NuoveBanche() const {
@@ -47,7 +42,7 @@ TEST_P(PresumedScreen, ShowsOneRowABankDateAndCurrencyOfADocument) {
 TEST_P(PresumedScreen, HasNoTagWhileItIsLoadingAndItsModeOnceItIsLoaded) {
   std::vector<std::string> durante;
   schermata.griglia().Tag = "PRESUNTI"; // of an earlier showing
-  ActiveServices().statementSent = [&](std::string_view) { durante.push_back(schermata.griglia().Tag); };
+  AscoltaIlTag(durante);
   Mostra([&] {
     EXPECT_EQ(schermata.griglia().Tag, "PRESUNTI");
     EXPECT_EQ(schermata.griglia().modo, "PRESUNTI");
@@ -62,11 +57,7 @@ TEST_P(PresumedScreen, DescribesItsWindow) {
     EXPECT_EQ(finestra->Description().fontName, "Arial");
     EXPECT_EQ(finestra->Description().bankField, "Nuova banca");
     EXPECT_FALSE(finestra->Description().dateField.has_value());
-    std::vector<std::string> testate;
-    for (const ListHeading& testata : finestra->Description().headings) {
-      testate.push_back(testata.text);
-    }
-    EXPECT_THAT(testate, ElementsAre("Conto", "Ordine", "Cons. prevista", "Divisa", "Fatturato", "Banca"));
+    EXPECT_THAT(Testate(), ElementsAre("Conto", "Ordine", "Cons. prevista", "Divisa", "Fatturato", "Banca"));
     EXPECT_EQ(finestra->Description().columns[FormPresunti::Radio].key, "Kradio");
     EXPECT_EQ(finestra->Description().columns[FormPresunti::NuovaBanca].headingText, "Nuova Banca");
     EXPECT_THAT(finestra->Description().banks, ElementsAre(" ", "BANCA ALFA", "BANCA BETA"));
