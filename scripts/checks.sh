@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The checks that need no build: format, floors, the walk of docs/architecture.md, names, pages, shell scripts. All of
-# them run; any that finds something fails the run.
+# The checks that need no build: format, floors, the walk of docs/architecture.md, names, pages, messages, shell
+# scripts. All of them run; any that finds something fails the run.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 
@@ -13,6 +13,7 @@ python3 scripts/check_renaming.py --self-test || status=1
 python3 scripts/check_names.py --self-test && python3 scripts/check_names.py || status=1
 python3 scripts/check_absences.py --self-test && python3 scripts/check_absences.py || status=1
 python3 scripts/check_docs.py --self-test && python3 scripts/check_docs.py || status=1
+python3 scripts/check_messages.py --self-test && python3 scripts/check_messages.py || status=1
 
 mapfile -t scripts < <(git ls-files -co --exclude-standard -- '*.sh' .ci/run)
 [ ${#scripts[@]} -gt 0 ] || { echo "shellcheck: nessuno script" >&2; status=1; }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The cheap checks on what is about to be committed, exactly as it is staged: the format of the staged C++
-# files, the staged scripts by shellcheck, and over the whole tree floors, names, absences and pages. As a git hook: see
-# CONTRIBUTING.md.
+# files, the staged scripts by shellcheck, and over the whole tree floors, names, absences, pages and messages. As a git
+# hook: see CONTRIBUTING.md.
 set -uo pipefail
 cd "$(git rev-parse --show-toplevel)" || exit 1
 
@@ -21,7 +21,7 @@ fi
 if [ ${#shells[@]} -gt 0 ]; then
   shellcheck -x "${shells[@]}" || failed=1
 fi
-for check in check_floors.py check_walk.py check_names.py check_absences.py check_docs.py; do
+for check in check_floors.py check_walk.py check_names.py check_absences.py check_docs.py check_messages.py; do
   python3 "scripts/$check" || failed=1
 done
 [ "$failed" -eq 0 ] || echo "pre-commit: nothing was committed; git commit --no-verify commits all the same" >&2
