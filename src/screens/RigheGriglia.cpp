@@ -7,14 +7,17 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <new>
 #include <numeric>
 #include <utility>
 
 namespace lumoscad {
 namespace {
 
-constexpr std::size_t DimensioneBlocco = std::size_t{64} * 1024;
-constexpr std::size_t PostiIniziali = 1024;
+constexpr std::size_t VociIniziali = 1024;
+constexpr std::uint32_t RicercheDiProva = 4096;
+/// Of that many: from here on a column is one whose texts are mostly its own.
+constexpr std::uint32_t NuoviMassimo = RicercheDiProva / 4 * 3;
 
 unsigned char Minuscola(char c) {
   return static_cast<unsigned char>(base::LowerCase(c));
@@ -46,61 +49,81 @@ std::pair<std::uint64_t, std::uint64_t> Inizio(std::string_view testo) {
 
 } // namespace
 
-TestiUnici::TestiUnici() : posti_(PostiIniziali, 0) {}
+TestiUnici::TestiUnici() : voci_(VociIniziali) {}
 
 void TestiUnici::Svuota() {
-  blocchi_.clear();
-  libero_ = 0;
-  testi_.clear();
-  posti_.assign(PostiIniziali, 0);
+  *this = TestiUnici();
 }
 
 std::uint32_t TestiUnici::Numero(std::string_view testo) {
-  if (testi_.size() * 2 >= posti_.size()) {
+  if (quanteVoci_ * 4 >= voci_.size() * 3) {
     Allarga();
   }
-  const std::size_t maschera = posti_.size() - 1;
-  for (std::size_t posto = std::hash<std::string_view>{}(testo)&maschera;; posto = (posto + 1) & maschera) {
-    if (posti_[posto] == 0) {
-      testi_.push_back(Conserva(testo));
-      posti_[posto] = static_cast<std::uint32_t>(testi_.size());
-      return posti_[posto] - 1;
+  const auto impronta = static_cast<std::uint32_t>(std::hash<std::string_view>{}(testo));
+  const std::size_t maschera = voci_.size() - 1;
+  for (std::size_t i = impronta & maschera;; i = (i + 1) & maschera) {
+    if (voci_[i].numero == Libero) {
+      voci_[i] = {impronta, Nuovo(testo)};
+      ++quanteVoci_;
+      return voci_[i].numero;
     }
-    if (testi_[posti_[posto] - 1] == testo) {
-      return posti_[posto] - 1;
+    if (voci_[i].impronta == impronta && Testo(voci_[i].numero) == testo) {
+      return voci_[i].numero;
     }
   }
 }
 
-std::string_view TestiUnici::Conserva(std::string_view testo) {
-  if (testo.empty()) {
-    return {};
+std::uint32_t TestiUnici::Nuovo(std::string_view testo) {
+  using Misura = std::uint32_t;
+  const bool lungo = testo.size() >= Lunghissimo;
+  const std::size_t prima = lungo ? 1 + sizeof(Misura) : 1;
+  const std::size_t posti = (prima + testo.size() + Posto - 1) / Posto;
+  const bool daSolo = posti > PostiPerBlocco;
+  if (daSolo || posti > PostiPerBlocco - libero_) {
+    if (blocchi_.size() == Libero / PostiPerBlocco || testo.size() > std::numeric_limits<Misura>::max()) {
+      throw std::bad_alloc();
+    }
+    blocchi_.push_back(std::make_unique_for_overwrite<char[]>(std::max(posti, PostiPerBlocco) * Posto));
+    corrente_ = daSolo ? corrente_ : blocchi_.size() - 1;
+    libero_ = daSolo ? libero_ : 0;
   }
-  if (blocchi_.empty() || libero_ < testo.size()) {
-    libero_ = std::max(DimensioneBlocco, testo.size());
-    blocchi_.push_back(std::make_unique<char[]>(libero_));
+  const std::size_t blocco = daSolo ? blocchi_.size() - 1 : corrente_;
+  const std::size_t posto = daSolo ? 0 : std::exchange(libero_, libero_ + posti);
+  char* const inizio = blocchi_[blocco].get() + posto * Posto;
+  *inizio = static_cast<char>(lungo ? Lunghissimo : testo.size());
+  if (lungo) {
+    const auto misura = static_cast<Misura>(testo.size());
+    std::memcpy(inizio + 1, &misura, sizeof misura);
   }
-  // Blocks are filled from their end, so that what is free is one number.
-  libero_ -= testo.size();
-  char* const dove = blocchi_.back().get() + libero_;
-  std::memcpy(dove, testo.data(), testo.size());
-  return {dove, testo.size()};
+  testo.copy(inizio + prima, testo.size());
+  ++quanti_;
+  return static_cast<std::uint32_t>(blocco * PostiPerBlocco + posto);
+}
+
+std::string_view TestiUnici::TestoLungo(const char* inizio) {
+  std::uint32_t misura = 0;
+  std::memcpy(&misura, inizio + 1, sizeof misura);
+  return {inizio + 1 + sizeof misura, misura};
 }
 
 void TestiUnici::Allarga() {
-  posti_.assign(posti_.size() * 2, 0);
-  const std::size_t maschera = posti_.size() - 1;
-  for (std::size_t numero = 0; numero < testi_.size(); ++numero) {
-    std::size_t posto = std::hash<std::string_view>{}(testi_[numero]) & maschera;
-    while (posti_[posto] != 0) {
-      posto = (posto + 1) & maschera;
+  std::vector<Voce> piuVoci(voci_.size() * 2);
+  const std::size_t maschera = piuVoci.size() - 1;
+  for (const Voce& voce : voci_) {
+    if (voce.numero != Libero) {
+      std::size_t i = voce.impronta & maschera;
+      while (piuVoci[i].numero != Libero) {
+        i = (i + 1) & maschera;
+      }
+      piuVoci[i] = voce;
     }
-    posti_[posto] = static_cast<std::uint32_t>(numero + 1);
   }
+  voci_ = std::move(piuVoci);
 }
 
 RigheGriglia::RigheGriglia(std::size_t colonne, const std::vector<int>& conTag)
-    : colonne_(colonne), postiTag_(colonne, -1), tagPerRiga_(conTag.size()) {
+    : colonne_(colonne), postiTag_(colonne, -1), tagPerRiga_(conTag.size()), vuoto_(testi_.Numero({})),
+      ricerche_(colonne + conTag.size()) {
   for (std::size_t i = 0; i < conTag.size(); ++i) {
     postiTag_[static_cast<std::size_t>(conTag[i])] = static_cast<int>(i);
   }
@@ -108,11 +131,38 @@ RigheGriglia::RigheGriglia(std::size_t colonne, const std::vector<int>& conTag)
 
 void RigheGriglia::Svuota() {
   testi_.Svuota();
-  celle_.clear();
-  tag_.clear();
-  spunte_.clear();
-  ordine_.clear();
-  posti_.clear();
+  vuoto_ = testi_.Numero({});
+  ricerche_.assign(ricerche_.size(), {});
+  celle_ = {};
+  tag_ = {};
+  spunte_ = {};
+  ordine_ = {};
+  posti_ = {};
+}
+
+void RigheGriglia::Prepara(std::size_t righe) {
+  celle_.reserve(righe * colonne_);
+  tag_.reserve(righe * tagPerRiga_);
+  spunte_.reserve(righe);
+  ordine_.reserve(righe);
+  posti_.reserve(righe);
+}
+
+/// The number of a text that the row above has not.
+std::uint32_t RigheGriglia::NumeroDiTesto(std::string_view testo, Ricerca& ricerca) {
+  if (testo.empty()) {
+    return vuoto_;
+  }
+  if (ricerca.senzaRicerca) {
+    return testi_.Nuovo(testo);
+  }
+  const std::size_t quanti = testi_.Quanti();
+  const std::uint32_t numero = testi_.Numero(testo);
+  ricerca.nuovi += testi_.Quanti() > quanti ? 1U : 0U;
+  if (++ricerca.cercati == RicercheDiProva) {
+    ricerca = {0, 0, ricerca.nuovi > NuoviMassimo};
+  }
+  return numero;
 }
 
 /// The number of a new row's text. Looking it up is what costs, and most texts are there already: in the row before, or
@@ -131,16 +181,17 @@ std::uint32_t RigheGriglia::NumeroDiCella(const std::vector<std::string_view>& t
       return celle_[inizio + prima];
     }
   }
-  return testi_.Numero(testo);
+  return NumeroDiTesto(testo, ricerche_[colonna]);
 }
 
 std::size_t RigheGriglia::Aggiungi(const std::vector<std::string_view>& testi) {
   const std::size_t riga = ordine_.size();
   const std::size_t inizio = celle_.size();
+  celle_.resize(inizio + colonne_);
   for (std::size_t colonna = 0; colonna < colonne_; ++colonna) {
-    celle_.push_back(NumeroDiCella(testi, inizio, colonna));
+    celle_[inizio + colonna] = NumeroDiCella(testi, inizio, colonna);
   }
-  tag_.insert(tag_.end(), tagPerRiga_, testi_.Numero({}));
+  tag_.resize(tag_.size() + tagPerRiga_, vuoto_);
   spunte_.push_back(0);
   ordine_.push_back(static_cast<std::uint32_t>(riga));
   posti_.push_back(static_cast<std::uint32_t>(riga));
@@ -162,7 +213,7 @@ std::string_view RigheGriglia::Tag(std::size_t riga, int colonna) const {
 void RigheGriglia::ImpostaTag(std::size_t riga, int colonna, std::string_view tag) {
   const std::size_t posto = PostoTag(riga, colonna);
   const bool precedente = riga > 0 && testi_.Testo(tag_[posto - tagPerRiga_]) == tag;
-  tag_[posto] = precedente ? tag_[posto - tagPerRiga_] : testi_.Numero(tag);
+  tag_[posto] = precedente ? tag_[posto - tagPerRiga_] : NumeroDiTesto(tag, ricerche_[colonne_ + posto % tagPerRiga_]);
 }
 
 void RigheGriglia::ImpostaSpunta(std::size_t riga, int quale, bool spuntata) {
@@ -178,12 +229,20 @@ std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti
     std::uint32_t numero;
   };
   constexpr auto Nessuno = std::numeric_limits<std::uint32_t>::max();
-  std::vector<std::uint32_t> rango(testi_.Quanti(), Nessuno);
+  constexpr std::size_t PerBlocco = TestiUnici::PostiPerBlocco;
+  std::vector<std::vector<std::uint32_t>> perNumero(testi_.Blocchi());
+  const auto rango = [&](std::uint32_t numero) -> std::uint32_t& {
+    auto& blocco = perNumero[numero / PerBlocco];
+    if (blocco.empty()) {
+      blocco.assign(PerBlocco, Nessuno);
+    }
+    return blocco[numero % PerBlocco];
+  };
   std::vector<Chiave> chiavi;
   for (std::size_t riga = 0; riga < ordine_.size(); ++riga) {
     const std::uint32_t numero = celle_[riga * colonne_ + static_cast<std::size_t>(colonna)];
-    if (rango[numero] == Nessuno) {
-      rango[numero] = 0;
+    if (rango(numero) == Nessuno) {
+      rango(numero) = 0;
       chiavi.push_back({Inizio(testi_.Testo(numero)), numero});
     }
   }
@@ -195,11 +254,11 @@ std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti
   for (std::size_t i = 0; i < chiavi.size(); ++i) {
     // Texts that differ only in case share a rank: the rows then keep the order in which they came.
     quanti += i == 0 || precede(chiavi[i - 1], chiavi[i]) ? 1U : 0U;
-    rango[chiavi[i].numero] = static_cast<std::uint32_t>(quanti - 1);
+    rango(chiavi[i].numero) = static_cast<std::uint32_t>(quanti - 1);
   }
   std::vector<std::uint32_t> ranghi(ordine_.size());
   for (std::size_t riga = 0; riga < ranghi.size(); ++riga) {
-    ranghi[riga] = rango[celle_[riga * colonne_ + static_cast<std::size_t>(colonna)]];
+    ranghi[riga] = rango(celle_[riga * colonne_ + static_cast<std::size_t>(colonna)]);
   }
   return ranghi;
 }

@@ -9,23 +9,46 @@
 
 namespace lumoscad {
 
-/// The distinct texts of a grid: each is kept once and named by a small number.
+/// The texts of a grid, each of which is named by a number. They lie one behind the other in blocks, and the number
+/// says where: a text costs its bytes, its length and at most three bytes more.
 class TestiUnici {
  public:
   TestiUnici();
+  /// The number of `testo`: of the one that was looked up before, or else of a new one.
   [[nodiscard]] std::uint32_t Numero(std::string_view testo);
-  [[nodiscard]] std::string_view Testo(std::uint32_t numero) const { return testi_[numero]; }
-  [[nodiscard]] std::size_t Quanti() const noexcept { return testi_.size(); }
+  /// Keeps `testo` under a number of its own without looking for it; `Numero` does not find it.
+  [[nodiscard]] std::uint32_t Nuovo(std::string_view testo);
+  [[nodiscard]] std::string_view Testo(std::uint32_t numero) const {
+    const char* const inizio = blocchi_[numero / PostiPerBlocco].get() + (numero % PostiPerBlocco) * Posto;
+    const auto lungo = static_cast<unsigned char>(*inizio);
+    return lungo < Lunghissimo ? std::string_view(inizio + 1, lungo) : TestoLungo(inizio);
+  }
+  [[nodiscard]] std::size_t Quanti() const noexcept { return quanti_; }
+  [[nodiscard]] std::size_t Blocchi() const noexcept { return blocchi_.size(); }
   void Svuota();
 
+  static constexpr std::size_t PostiPerBlocco = std::size_t{1} << 16; ///< numbers of a block, used and unused
+
  private:
-  [[nodiscard]] std::string_view Conserva(std::string_view testo);
+  static constexpr std::size_t Posto = 4;            ///< bytes from one number to the next
+  static constexpr unsigned char Lunghissimo = 0xFF; ///< the length's byte of a text whose length follows it whole
+
+  /// Open addressing by the hash; a text is compared only where this part of it agrees.
+  struct Voce {
+    std::uint32_t impronta = 0;
+    std::uint32_t numero = Libero;
+  };
+  static constexpr std::uint32_t Libero = 0xFFFFFFFF;
+
+  [[nodiscard]] static std::string_view TestoLungo(const char* inizio);
   void Allarga();
 
   std::vector<std::unique_ptr<char[]>> blocchi_;
-  std::size_t libero_ = 0;
-  std::vector<std::string_view> testi_;
-  std::vector<std::uint32_t> posti_; ///< open addressing: number + 1, 0 for a free place
+  std::size_t corrente_ = 0; ///< the block that is being filled
+  std::size_t libero_ = PostiPerBlocco;
+  std::size_t quanti_ = 0;
+  std::vector<Voce> voci_;
+  std::size_t quanteVoci_ = 0; ///< the texts that `voci_` finds
 };
 
 /// The rows of a schedule grid: texts and tags of its cells, two ticks a row, and the order in which they show.
@@ -36,6 +59,8 @@ class RigheGriglia {
   RigheGriglia(std::size_t colonne, const std::vector<int>& conTag);
 
   void Svuota();
+  /// Makes room for as many rows as will be there, so that none is moved while they are added.
+  void Prepara(std::size_t righe);
   /// Adds a row with one text a column at the end of the order, without tags and ticks; returns its number.
   std::size_t Aggiungi(const std::vector<std::string_view>& testi);
   [[nodiscard]] std::size_t Quante() const noexcept { return ordine_.size(); }
@@ -57,15 +82,25 @@ class RigheGriglia {
   [[nodiscard]] std::size_t PostoDellaRiga(std::size_t riga) const { return posti_[riga]; }
 
  private:
+  /// How often a column's new texts were looked for, and how many of them were not there.
+  struct Ricerca {
+    std::uint32_t cercati = 0;
+    std::uint32_t nuovi = 0;
+    bool senzaRicerca = false; ///< nearly all are new: looking for them costs more than keeping one twice
+  };
+
   [[nodiscard]] std::vector<std::uint32_t> Ranghi(int colonna, std::size_t& quanti) const;
   [[nodiscard]] std::uint32_t NumeroDiCella(const std::vector<std::string_view>& testi, std::size_t inizio,
                                             std::size_t colonna);
+  [[nodiscard]] std::uint32_t NumeroDiTesto(std::string_view testo, Ricerca& ricerca);
   [[nodiscard]] std::size_t PostoTag(std::size_t riga, int colonna) const;
 
   std::size_t colonne_;
   std::vector<int> postiTag_; ///< place of a column's tag within a row, -1 for none
   std::size_t tagPerRiga_;
   TestiUnici testi_;
+  std::uint32_t vuoto_;           ///< the empty text
+  std::vector<Ricerca> ricerche_; ///< of the columns' cells, and behind them of their tags
   std::vector<std::uint32_t> celle_;
   std::vector<std::uint32_t> tag_;
   std::vector<std::uint8_t> spunte_;

@@ -169,22 +169,27 @@ void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
 
 void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
   std::vector<std::string_view> testi(Colonne);
+  griglia_.righe.Prepara(righe.RecordCount());
   for (const Lettura lettura(righe); !righe.Eof(); righe.MoveNext()) {
     const RigaScadenza letta = lettura.Riga();
     RichiediData(letta.CodiceConto, "DATASCADENZA", letta.DataScadenza);
-    RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.dataScadenzaOriginale);
+    const bool originaleUguale = letta.dataScadenzaOriginale == letta.DataScadenza;
+    if (!originaleUguale) {
+      RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.dataScadenzaOriginale);
+    }
     const std::string importo = letta.Importo.empty() ? std::string() : Utilities::FormattaImporto(letta.Importo);
     ActiveServices().desktop().RunPendingEvents();
     if (importo == "0,00") {
       continue;
     }
     const std::string scadenza = Utilities::FormattaData(letta.DataScadenza);
-    const std::string originale = Utilities::FormattaData(letta.dataScadenzaOriginale);
+    const std::string originale =
+        originaleUguale ? std::string() : Utilities::FormattaData(letta.dataScadenzaOriginale);
     const std::string ordina = Utilities::FormattaDataOrdine(letta.DataScadenza);
     testi[Conto] = letta.DescrizioneConto;
     testi[Partita] = letta.NumeroPartita;
     testi[Scadenza] = scadenza;
-    testi[ScadenzaOrig] = originale;
+    testi[ScadenzaOrig] = originaleUguale ? scadenza : originale;
     testi[Banca] = letta.descrizioneBanca;
     testi[Importo] = importo;
     testi[NuovaScadenza] = scadenza;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lumoscad {
@@ -53,6 +54,31 @@ TEST(DistinctTexts, TakeTextsLongerThanAnyBlock) {
   const auto dopo = testi.Numero("breve");
   EXPECT_EQ(testi.Testo(numero), lungo);
   EXPECT_EQ(testi.Testo(dopo), "breve");
+}
+
+TEST(DistinctTexts, AreReadBackWhateverTheirLength) {
+  TestiUnici testi;
+  std::vector<std::string> scritti;
+  for (const std::size_t lunghezza : {0U, 1U, 3U, 4U, 253U, 254U, 255U, 256U, 65'535U, 262'138U, 262'139U, 262'140U}) {
+    scritti.emplace_back(lunghezza, static_cast<char>('a' + scritti.size()));
+  }
+  std::vector<std::uint32_t> numeri;
+  for (const std::string& testo : scritti) {
+    numeri.push_back(testi.Numero(testo));
+  }
+  for (std::size_t i = 0; i < scritti.size(); ++i) {
+    EXPECT_EQ(testi.Testo(numeri[i]), scritti[i]);
+    EXPECT_EQ(testi.Numero(scritti[i]), numeri[i]);
+  }
+}
+
+TEST(DistinctTexts, AreKeptTwiceWhereNobodyLooksForThem) {
+  TestiUnici testi;
+  const auto cercato = testi.Numero("ROSSI");
+  const auto nuovo = testi.Nuovo("ROSSI");
+  EXPECT_NE(nuovo, cercato);
+  EXPECT_EQ(testi.Testo(nuovo), "ROSSI");
+  EXPECT_EQ(testi.Numero("ROSSI"), cercato);
 }
 
 TEST(DistinctTexts, StayReadableWhileThousandsAreAdded) {
@@ -208,6 +234,30 @@ TEST(GridRows, SortAHundredThousandRows) {
     coerenti = coerenti && righe.PostoDellaRiga(righe.RigaAlPosto(posto)) == posto;
   }
   EXPECT_TRUE(coerenti);
+}
+
+TEST(GridRows, SortAColumnOfTextsOfItsOwnInWhichSomeComeAgain) {
+  constexpr std::uint32_t Quante = 30'000;
+  constexpr std::uint32_t Diversi = 10'000;
+  RigheGriglia righe(2, {0});
+  righe.Prepara(Quante);
+  std::vector<std::pair<std::string, std::string>> attesi;
+  for (std::uint32_t i = 0; i < Quante; ++i) {
+    // Without a repetition among the first ten thousand: what comes again later is not looked for any more.
+    const std::string testo = "Partita " + std::to_string(i * 7919U % Diversi);
+    const auto riga = righe.Aggiungi({testo, std::to_string(i)});
+    righe.ImpostaTag(riga, 0, testo);
+    attesi.emplace_back(testo, std::to_string(i));
+  }
+  righe.Ordina(0, true);
+  std::stable_sort(attesi.begin(), attesi.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  bool uguali = true;
+  for (std::size_t posto = 0; posto < Quante; ++posto) {
+    const std::size_t riga = righe.RigaAlPosto(posto);
+    uguali = uguali && righe.Testo(riga, 0) == attesi[posto].first && righe.Testo(riga, 1) == attesi[posto].second &&
+             righe.Tag(riga, 0) == attesi[posto].first;
+  }
+  EXPECT_TRUE(uguali);
 }
 
 TEST(GridRows, ForgetEverythingWhenEmptied) {
