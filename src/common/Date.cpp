@@ -127,11 +127,15 @@ DataIso PartiDi(std::string_view iso) {
   return {iso.substr(0, 4), iso.substr(5, 2), iso.substr(8, 2)};
 }
 
-/// The value of a few digits.
-int Valore(std::string_view cifre) {
+/// The value of `quante` digits from `inizio` on, -1 where one of them is none.
+int Valore(std::string_view testo, std::size_t inizio, std::size_t quante) {
   int valore = 0;
-  for (const char c : cifre) {
-    valore = valore * 10 + (c - '0');
+  for (std::size_t i = inizio; i < inizio + quante; ++i) {
+    const int cifra = testo[i] - '0';
+    if (cifra < 0 || cifra > 9) {
+      return -1;
+    }
+    valore = valore * 10 + cifra;
   }
   return valore;
 }
@@ -144,8 +148,10 @@ DataIso LeggiIso(std::string_view iso) {
 }
 
 std::string Componi(std::string_view a, char separatore, std::string_view b, std::string_view c) {
-  std::string testo(a);
-  testo.append(1, separatore).append(b).append(1, separatore).append(c);
+  std::string testo(a.size() + b.size() + c.size() + 2, separatore);
+  a.copy(testo.data(), a.size());
+  b.copy(testo.data() + a.size() + 1, b.size());
+  c.copy(testo.data() + testo.size() - c.size(), c.size());
   return testo;
 }
 
@@ -242,9 +248,8 @@ bool DataDellaBaseDati(std::string_view iso) noexcept {
   if (!forma || iso.ends_with("BC")) {
     return false;
   }
-  const auto [anno, mese, giorno] = PartiDi(iso);
-  return SoloCifre(anno) && SoloCifre(mese) && SoloCifre(giorno) && Valore(anno) > 0 &&
-         GiornoDelMese(Valore(giorno), Valore(mese), Valore(anno));
+  const int anno = Valore(iso, 0, 4);
+  return anno > 0 && GiornoDelMese(Valore(iso, 8, 2), Valore(iso, 5, 2), anno);
 }
 
 std::string FormattaData(std::string_view iso) {

@@ -3,6 +3,7 @@
 #include "platform/RuntimeError.hpp"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <utility>
 
@@ -102,6 +103,37 @@ std::string Centesimi(const Decimale& numero) {
   return centesimi;
 }
 
+/// The amount of a number as most databases write it, a sign, digits and two decimals at most; nothing for any other.
+std::optional<std::string> FormattaBreve(std::string_view numero) {
+  constexpr std::size_t CifreAlPiu = 18;
+  const bool negativo = numero.starts_with('-');
+  numero.remove_prefix(negativo ? 1 : 0);
+  const auto punto = std::min(numero.find('.'), numero.size());
+  std::string_view intere = numero.substr(0, punto);
+  const std::string_view decimali = numero.substr(std::min(punto + 1, numero.size()));
+  if (intere.empty() || intere.size() > CifreAlPiu || decimali.size() > 2 ||
+      !std::all_of(intere.begin(), intere.end(), Cifra) || !std::all_of(decimali.begin(), decimali.end(), Cifra)) {
+    return std::nullopt;
+  }
+  intere.remove_prefix(std::min(intere.find_first_not_of('0'), intere.size() - 1));
+  std::array<char, CifreAlPiu + CifreAlPiu / 3 + 4> tampone{};
+  char* inizio = tampone.data() + tampone.size();
+  *--inizio = decimali.size() > 1 ? decimali[1] : '0';
+  *--inizio = decimali.empty() ? '0' : decimali[0];
+  *--inizio = ',';
+  for (std::size_t i = 0; i < intere.size(); ++i) {
+    if (i > 0 && i % 3 == 0) {
+      *--inizio = '.';
+    }
+    *--inizio = intere[intere.size() - 1 - i];
+  }
+  const std::string_view senzaSegno(inizio, static_cast<std::size_t>(tampone.data() + tampone.size() - inizio));
+  if (negativo && senzaSegno != "0,00") {
+    *--inizio = '-';
+  }
+  return std::string(inizio, tampone.data() + tampone.size());
+}
+
 } // namespace
 
 void SeparaImporto(std::string_view importo, std::string& intero, std::string& decimali) {
@@ -149,6 +181,9 @@ bool ControllaImporto(std::string& importo, bool conDecimali, bool conSegno) {
 }
 
 std::string FormattaImporto(std::string_view numero) {
+  if (auto breve = FormattaBreve(numero)) {
+    return std::move(*breve);
+  }
   const Decimale decimale = LeggiDecimale(numero);
   std::string centesimi = Centesimi(decimale);
   const bool zero = centesimi.empty();

@@ -145,7 +145,20 @@ TEST(FormattedAmount, IsRoundedAtTheHalfAwayFromZero) {
   EXPECT_EQ(FormattaImporto("999.995"), "1.000,00");
 }
 
+TEST(FormattedAmount, DoesNotDependOnHowItsNumberIsWritten) {
+  for (const std::string numero : {"0", "00", "7", "007.1", "12.", "999", "1000", "123456.7", "0.05", "100200.30",
+                                   "999999999999999999.99", "1000000000000000000.25"}) {
+    const std::string mostrato = FormattaImporto(numero);
+    EXPECT_EQ(FormattaImporto("+" + numero), mostrato) << numero;
+    EXPECT_EQ(FormattaImporto(numero + "e0"), mostrato) << numero;
+    EXPECT_EQ(FormattaImporto(" " + numero + " "), mostrato) << numero;
+    EXPECT_EQ(FormattaImporto(" -" + numero), FormattaImporto("-" + numero)) << numero;
+  }
+}
+
 TEST(FormattedAmount, NeverHasASignAtZero) {
+  EXPECT_EQ(FormattaImporto("-0.00"), "0,00");
+  EXPECT_EQ(FormattaImporto("-000"), "0,00");
   EXPECT_EQ(FormattaImporto("-0"), "0,00");
   EXPECT_EQ(FormattaImporto("-0.004"), "0,00");
 }
