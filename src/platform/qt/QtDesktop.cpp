@@ -94,12 +94,14 @@ class QtDesktop final : public Desktop {
   }
 
   void RunPendingEvents() override {
+    // The clock first: a list asks at every row, and who is asked for the application asks the system for the process.
+    if (!pointerChanged_ && turn_.isValid() && turn_.elapsed() < EventInterval) {
+      return;
+    }
     if (!Recognise()) {
       return;
     }
-    if (!std::exchange(pointerChanged_, false) && turn_.isValid() && turn_.elapsed() < EventInterval) {
-      return;
-    }
+    pointerChanged_ = false;
     // The person's input waits: the calling program must not be entered again in the middle of a command.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     turn_.start();
