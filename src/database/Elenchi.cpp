@@ -161,6 +161,7 @@ std::optional<ado::Recordset> ElencoBanche(ado::Connection& connection, MsgAnnul
                     "WHERE CONTOCONTABILE.TIPOLOGIACONTO='06' OR CONTOCONTABILE.TIPOLOGIACONTO='07' AND "
                     "CONTOCONTABILE.BLOCCO = 'N' "
                     "ORDER BY CONTOCONTABILE.DESCRIZIONEVOCE");
+    comando.sentOnce = true;
     return comando.Execute();
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErrore(CurrentError());

@@ -35,6 +35,7 @@ std::int32_t Cerca(ado::Command& comando, std::vector<std::string> valori, std::
 std::int32_t Cerca(ado::Connection& connection, std::string_view sql, std::vector<std::string> valori,
                    std::string_view colonna, std::string_view fallimento) {
   ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  comando.sentOnce = true;
   return Cerca(comando, std::move(valori), colonna, fallimento);
 }
 
@@ -68,6 +69,7 @@ std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziend
     valori.emplace_back(esercizio);
   }
   ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  comando.sentOnce = true;
   return CercaMovimento(comando, std::move(valori));
 }
 
@@ -90,6 +92,7 @@ std::int32_t RicercaMovimenti::Cerca(std::string_view serie, std::string_view nu
 
 std::int32_t CercaContoContabile(ado::Connection& connection, std::string_view codiceConto) {
   ado::Command comando = moduloDatabase::CreaComando(connection, ContoPerCodice);
+  comando.sentOnce = true;
   return CercaConto(comando, codiceConto);
 }
 
@@ -114,6 +117,7 @@ std::string DescrizioneConto(std::string_view codiceConto, MsgAnnulla& msg) {
     const auto connection = moduloDatabase::ApriConnessione(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
     ado::Command comando = moduloDatabase::CreaComando(*connection, "SELECT DESCRIZIONEVOCE FROM CONTOCONTABILE WHERE "
                                                                     "CODICECONTO=?");
+    comando.sentOnce = true;
     comando.Parameters = {std::string(codiceConto)};
     ado::Recordset righe = comando.Execute();
     if (righe.RecordCount() != 1) {
