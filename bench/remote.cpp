@@ -1,15 +1,14 @@
 // A confirmation over SSH on a long line, from the start of the program to its end, without the person.
 
-#include "DelayProxy.hpp"
 #include "Dimostrazione.hpp"
 #include "Figlio.hpp"
 #include "Measures.hpp"
 #include "Program.hpp"
 #include "Stopwatch.hpp"
+#include "support/DelayProxy.hpp"
 #include "support/Paths.hpp"
 #include "support/SshServer.hpp"
 
-#include <cmath>
 #include <cstdio>
 #include <stdexcept>
 
@@ -32,11 +31,16 @@ void Enlarge(const test::Dimostrazione& demonstration) {
   }
 }
 
-/// Milliseconds of a whole command whose host is a round trip of `trip` milliseconds away.
-double Confirmation(double trip, int records) {
+struct Command {
+  double milliseconds = 0; ///< without the person
+  int trips = 0;           ///< as the line counted them
+};
+
+/// A whole command whose host is a round trip of `trip` milliseconds away.
+Command Confirmation(double trip, int records) {
   const test::Dimostrazione demonstration(test::Trasporto::Ssh);
   Enlarge(demonstration);
-  const DelayProxy proxy(demonstration.Ssh().Port(), std::chrono::microseconds(static_cast<long>(trip * 500)));
+  const test::DelayProxy proxy(demonstration.Ssh().Port(), std::chrono::microseconds(static_cast<long>(trip * 500)));
   demonstration.Ssh().MakeKnown(proxy.Port());
   std::vector<std::string> settings = demonstration.Ambiente(proxy.Port());
   settings.insert(settings.end(), {"QT_QPA_PLATFORM=offscreen", "QT_LOGGING_RULES=*=false"});
@@ -50,7 +54,7 @@ double Confirmation(double trip, int records) {
   if (changed.size() != 2 * static_cast<std::size_t>(records)) {
     throw std::runtime_error(std::to_string(changed.size() / 2) + " instalments changed: " + ended.output);
   }
-  return ended.milliseconds - NumberBefore(ended.output, "ms person");
+  return {ended.milliseconds - NumberBefore(ended.output, "ms person"), proxy.Trips()};
 }
 
 } // namespace
@@ -61,10 +65,15 @@ Rows ConfirmRemotely(Sizes sizes) {
     return {};
   }
   const int records = sizes == Sizes::All ? Records : FewRecords;
+  int trips = 0;
   const Times outcome = Compare(
-      sizes == Sizes::All ? Runs : 1, [records] { return Confirmation(LongTrip, records); },
-      [records] { return Confirmation(ShortTrip, records); });
-  const double trips = std::round((outcome.screen - outcome.bare) / (LongTrip - ShortTrip));
+      sizes == Sizes::All ? Runs : 1,
+      [records, &trips] {
+        const Command command = Confirmation(LongTrip, records);
+        trips = command.trips;
+        return command.milliseconds;
+      },
+      [records] { return Confirmation(ShortTrip, records).milliseconds; });
   return {{"confirmation over SSH, against its " + Grouped(static_cast<std::size_t>(trips)) + " round trips",
            Grouped(static_cast<std::size_t>(records)) + " records", outcome.screen / (trips * LongTrip), Target,
            Sides("a trip of 60 ms", outcome.screen, "of 10 ms", outcome.bare)}};

@@ -106,11 +106,12 @@ void Session::HandleEvents(Deadline deadline) {
   }
 }
 
-Channel::Channel(Session& session, Deadline /*termine*/, std::size_t maxOutput, std::size_t maxErrors)
+Channel::Channel(Session& session, std::size_t maxOutput, std::size_t maxErrors)
     : session_(session), maxOutput_(maxOutput), maxErrors_(maxErrors) {
   servizio.canale = this;
 }
 Channel::~Channel() = default;
+void Channel::AwaitOpening(Deadline /*termine*/) {}
 void Channel::StartSubsystem(const char* /*nome*/) {}
 void Channel::Write(std::string_view data, std::optional<Deadline> /*limite*/) {
   servizio.Prendi(data);

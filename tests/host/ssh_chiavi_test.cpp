@@ -214,6 +214,14 @@ TEST_F(SshLogin, KeyThatTheHostDoesNotAcceptIsNamed) {
                     HasSubstr(impostazioni.key + ": non accettata"), HasSubstr("amministratore dell'host")));
 }
 
+TEST_F(SshLogin, RefusedKeyIsSaidAlikeWhereTheHostSoonHasEnoughOfAttempts) {
+  impostazioni.key = server->ForeignKey();
+  const auto usual = Prova();
+  server->Change({"ed25519", {}, "internal-sftp", {"MaxAuthTries 2"}});
+  EXPECT_EQ(Prova(), usual);
+  server->Change({});
+}
+
 TEST_F(SshLogin, OnlyTheNamedKeyIsPresented) {
   fs::copy_file(server->Key(), base / "ssh/id_ed25519");
   impostazioni.key = server->ForeignKey();

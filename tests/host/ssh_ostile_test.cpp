@@ -252,6 +252,13 @@ TEST_F(SshHostileServer, FileServiceThatEndsAsItBeginsIsAMissingOneAndNoFaultOfT
               HasSubstr("l'host non offre il servizio SFTP"));
 }
 
+TEST_F(SshHostileServer, HostThatTakesNoKeyButLetsEverybodyInIsEntered) {
+  ASSERT_NO_FATAL_FAILURE(Avvia("open-door"));
+  EXPECT_THAT(ErroreDi([this] { collegamento->CancellaFile(Host, "/tmp/VBX"); }).Description(),
+              HasSubstr("l'host non offre il servizio SFTP"))
+      << "its file service is none, and to ask for it one has to be logged in";
+}
+
 TEST_F(SshHostileServer, FloodOfMessagesThatMeanNothingIsNotTakenInToItsEnd) {
   ASSERT_NO_FATAL_FAILURE(Avvia("piena"));
   const auto cancella = [this] { collegamento->CancellaFile(Host, "/tmp/VBX"); };

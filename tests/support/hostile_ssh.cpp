@@ -3,6 +3,7 @@
 //   ssh_ostile CHIAVE CARTELLA piena      refuses the first channel, and then sends messages that mean nothing, without
 //                                         pause and without asking whether anyone takes them
 //   ssh_ostile CHIAVE CARTELLA congeda    starts what the first channel asks for, and closes it in the same breath
+//   ssh_ostile CHIAVE CARTELLA open-door  the same, but takes no key: it lets in who asks without one
 //
 // CHIAVE is the private host key. The port that it has found is in the file CARTELLA/porta. The flood comes once there
 // is a file CARTELLA/via; when no more of it is taken the file CARTELLA/piena appears.
@@ -62,9 +63,19 @@ void LetIn(ssh_session session) {
   }
 }
 
+/// Answers an attempt to log in; with `openDoor` a key is refused.
+void Admit(ssh_message message, bool openDoor) {
+  if (openDoor && ssh_message_subtype(message) != static_cast<int>(SSH_AUTH_METHOD_NONE)) {
+    ssh_message_auth_set_methods(message, static_cast<int>(SSH_AUTH_METHOD_PASSWORD));
+    ssh_message_reply_default(message);
+    return;
+  }
+  ssh_message_auth_reply_success(message, 0);
+}
+
 /// Lets the other side in and grants its first channel what it asks for; the grant and the channel's end come in one
 /// piece.
-void Dismiss(ssh_session session) {
+void Dismiss(ssh_session session, bool openDoor) {
   ssh_channel channel = nullptr; // goes with the session
   for (bool granted = false; !granted;) {
     const Message message(ssh_message_get(session));
@@ -73,7 +84,7 @@ void Dismiss(ssh_session session) {
     }
     switch (ssh_message_type(message.get())) {
     case SSH_REQUEST_AUTH:
-      ssh_message_auth_reply_success(message.get(), 0);
+      Admit(message.get(), openDoor);
       break;
     case SSH_REQUEST_CHANNEL_OPEN:
       channel = ssh_message_channel_request_open_reply_accept(message.get());
@@ -124,8 +135,8 @@ void Serve(const char* key, const fs::path& directory, const std::string& harm) 
       ssh_handle_key_exchange(session.get()) != SSH_OK) {
     throw std::runtime_error(ssh_get_error(session.get()));
   }
-  if (harm == "congeda") {
-    Dismiss(session.get());
+  if (harm == "congeda" || harm == "open-door") {
+    Dismiss(session.get(), harm == "open-door");
     return;
   }
   LetIn(session.get());
@@ -141,7 +152,7 @@ int main(int number, char** arguments) {
   /// Seconds after which even this host is tired of it.
   static constexpr unsigned Duration = 30;
   if (number != 4) {
-    std::fputs("uso: ssh_ostile CHIAVE CARTELLA piena|congeda\n", stderr);
+    std::fputs("uso: ssh_ostile CHIAVE CARTELLA piena|congeda|open-door\n", stderr);
     return 2;
   }
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -53,16 +53,13 @@ class Login {
   Login(const Session& session, const SshSettings& settings) : session_(session), settings_(settings) {}
 
   void Run() {
-    if (TryWithoutKey()) {
+    if (!settings_.key.empty()) {
+      if (!TryNamedKey()) {
+        throw Refusal();
+      }
       return;
     }
-    if (!settings_.key.empty()) {
-      if (TryFile(settings_.key)) {
-        return;
-      }
-      throw Refusal();
-    }
-    if (TryAgent()) {
+    if (TryWithoutKey() || TryAgent()) {
       return;
     }
     for (const auto* name : UsualKeys) {
@@ -100,13 +97,47 @@ class Login {
     if (Succeeds([this] { return ssh_userauth_none(session_.Raw(), nullptr); })) {
       return true;
     }
+    RequireKeysAdmitted();
+    return false;
+  }
+
+  /// The one key is presented without asking first what the host admits: a refusal says that too.
+  bool TryNamedKey() {
+    std::string reason;
+    const auto key = ReadKey(settings_.key, reason);
+    if (!key) {
+      Note(settings_.key + ": " + reason);
+      return TryWithoutKey();
+    }
+    Note(settings_.key + ": non accettata");
+    OpenService();
+    if (Succeeds([&] { return ssh_userauth_publickey(session_.Raw(), nullptr, key.get()); })) {
+      return true;
+    }
+    // Some hosts let everybody in. One that has had enough of attempts refuses this too, and has said what it admits.
+    session_.LimitTimeout();
+    if (ssh_userauth_none(session_.Raw(), nullptr) == SSH_AUTH_SUCCESS) {
+      return true;
+    }
+    RequireKeysAdmitted();
+    return false;
+  }
+
+  /// With its answer comes what the host says of itself: which signatures of an RSA key it takes.
+  void OpenService() {
+    static_cast<void>(Succeeds([this] {
+      const int outcome = ssh_service_request(session_.Raw(), "ssh-userauth");
+      return outcome == SSH_AGAIN ? static_cast<int>(SSH_AUTH_AGAIN) : outcome;
+    }));
+  }
+
+  void RequireKeysAdmitted() const {
     const auto methods = static_cast<unsigned>(ssh_userauth_list(session_.Raw(), nullptr));
     if ((methods & SSH_AUTH_METHOD_PUBLICKEY) == 0) {
       throw LinkError("Accesso all'host " + session_.Host() + ": all'utente " + Quote(settings_.user) +
                       " l'host non ammette l'accesso con una chiave. Chiedere all'amministratore dell'host di "
                       "ammetterlo.");
     }
-    return false;
   }
 
   bool TryAgent() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace lumoscad::nexaro {
 
@@ -13,7 +14,7 @@ Channel& Own(void* self) {
 
 } // namespace
 
-Channel::Channel(Session& session, Deadline deadline, std::size_t maxOutput, std::size_t maxErrors)
+Channel::Channel(Session& session, std::size_t maxOutput, std::size_t maxErrors)
     : session_(session), maxOutput_(maxOutput), maxErrors_(maxErrors), channel_(ssh_channel_new(session.Raw())) {
   callbacks_.userdata = this;
   callbacks_.channel_data_function = OnData;
@@ -25,7 +26,8 @@ Channel::Channel(Session& session, Deadline deadline, std::size_t maxOutput, std
   if (!channel_ || ssh_set_channel_callbacks(channel_.get(), &callbacks_) != SSH_OK) {
     throw std::bad_alloc();
   }
-  session_.Repeat(deadline, [this] { return ssh_channel_open_session(channel_.get()); });
+  // Whatever becomes of it is said again to the one who waits.
+  static_cast<void>(ssh_channel_open_session(channel_.get()));
 }
 
 Channel::~Channel() {
@@ -33,16 +35,28 @@ Channel::~Channel() {
   ssh_remove_channel_callbacks(channel_.get(), &callbacks_);
 }
 
+void Channel::AwaitOpening(Deadline deadline) {
+  session_.Repeat(deadline, [this] { return ssh_channel_open_session(channel_.get()); });
+}
+
+bool Channel::Opening() {
+  return ssh_channel_open_session(channel_.get()) == SSH_AGAIN;
+}
+
 void Channel::StartSubsystem(const char* name) {
   session_.Repeat(session_.NewDeadline(), [&] { return ssh_channel_request_subsystem(channel_.get(), name); });
 }
 
+/// The first call sends the request, and the end of the input follows at once.
 void Channel::StartCommand(const std::string& line) {
-  session_.Repeat(session_.NewDeadline(), [&] { return ssh_channel_request_exec(channel_.get(), line.c_str()); });
-}
-
-void Channel::CloseInput() {
-  ssh_channel_send_eof(channel_.get());
+  bool sent = false;
+  session_.Repeat(session_.NewDeadline(), [&] {
+    const int outcome = ssh_channel_request_exec(channel_.get(), line.c_str());
+    if (outcome != SSH_ERROR && !std::exchange(sent, true)) {
+      ssh_channel_send_eof(channel_.get());
+    }
+    return outcome;
+  });
 }
 
 void Channel::Write(std::string_view data, std::optional<Deadline> limit) {

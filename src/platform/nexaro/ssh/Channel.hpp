@@ -14,19 +14,23 @@ namespace lumoscad::nexaro {
 /// gone or the time is over.
 class Channel {
  public:
-  /// Opens a channel, which is a sign of life too, at most until `deadline`. `maxOutput` and `maxErrors` limit
-  /// what is kept of the two streams. Raises `ConnectionLost` or `RequestRefused`.
-  Channel(Session& session, Deadline deadline, std::size_t maxOutput, std::size_t maxErrors);
+  /// Asks the host for a channel, without waiting for its answer. `maxOutput` and `maxErrors` limit what is kept of the
+  /// two streams.
+  Channel(Session& session, std::size_t maxOutput, std::size_t maxErrors);
   Channel(const Channel&) = delete;
   Channel& operator=(const Channel&) = delete;
   ~Channel();
 
-  /// Asks the host to start a subsystem or a command line. Raises `ConnectionLost` or `RequestRefused`.
-  void StartSubsystem(const char* name);
-  void StartCommand(const std::string& line);
+  /// Waits for the answer, which is a sign of life too, at most until `deadline`. Raises `ConnectionLost` or
+  /// `RequestRefused`.
+  void AwaitOpening(Deadline deadline);
+  /// Whether the answer is still due.
+  [[nodiscard]] bool Opening();
 
-  /// Ends the program's standard input.
-  void CloseInput();
+  /// Asks the host to start a subsystem. Raises `ConnectionLost` or `RequestRefused`.
+  void StartSubsystem(const char* name);
+  /// Asks the host to start a command line with an empty standard input. Raises `ConnectionLost` or `RequestRefused`.
+  void StartCommand(const std::string& line);
 
   /// Hands all of `data` to the connection, at most until `limit`; where there is none, the wait begins anew each time
   /// that something got through.

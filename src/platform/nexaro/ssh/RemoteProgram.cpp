@@ -83,15 +83,14 @@ class Timeout {
 
 } // namespace
 
-std::unique_ptr<Channel> PrepareProgram(Session& session, Deadline deadline) {
-  return std::make_unique<Channel>(session, deadline, xml::LargestSize, MaxErrorsShown);
+std::unique_ptr<Channel> PrepareProgram(Session& session) {
+  return std::make_unique<Channel>(session, xml::LargestSize, MaxErrorsShown);
 }
 
 RemoteOutcome RunRemotely(Channel& channel, const std::string& line, const Completeness& complete) {
   RemoteOutcome outcome;
   try {
     channel.StartCommand(line);
-    channel.CloseInput();
     outcome.interruption = Timeout(channel, complete).Run();
   } catch (const ConnectionLost& lost) {
     outcome.interruption = " è stato richiesto, ma " + lost.Reason();

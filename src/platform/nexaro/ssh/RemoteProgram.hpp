@@ -19,8 +19,8 @@ struct RemoteOutcome {
                             ///< host is not known then, and the connection must not be used any more
 };
 
-/// Opens the channel for one program, at most until `deadline`; nothing is started yet.
-[[nodiscard]] std::unique_ptr<Channel> PrepareProgram(Session& session, Deadline deadline);
+/// Asks for the channel of one program; nothing is started yet.
+[[nodiscard]] std::unique_ptr<Channel> PrepareProgram(Session& session);
 
 /// Whether the output of a program that exited with status 0 is all that is to be expected.
 using Completeness = std::function<bool(const std::string& output)>;

@@ -136,8 +136,12 @@ bool Session::HandleEventsUntil(Deadline deadline) {
   if (!look) {
     return false;
   }
+  const auto before = counted_.in_bytes;
   const int outcome = ssh_event_dopoll(event_.get(), *look);
   broken_ = outcome == SSH_ERROR;
+  if (counted_.in_bytes != before) {
+    heard_ = Clock::now();
+  }
   return outcome != SSH_AGAIN || TimeLeft(deadline).count() > 0;
 }
 

@@ -71,6 +71,9 @@ class Session {
 
   [[nodiscard]] bool Alive() const;
 
+  /// Whether the host was heard a moment ago by one who waited for it: then it need not be asked for a sign of life.
+  [[nodiscard]] bool HeardLately() const { return Clock::now() - heard_ <= Fresh; }
+
   /// Handles what arrives, and waits for it until `deadline`. Raises `ConnectionLost` when the connection is gone or
   /// the time is over; what had arrived before was handled.
   void HandleEvents(Deadline deadline);
@@ -99,6 +102,9 @@ class Session {
   [[nodiscard]] std::string LossReason() const;
 
  private:
+  /// A host that was heard this recently is not asked whether it is still there.
+  static constexpr std::chrono::milliseconds Fresh{100};
+
   void Open(base::Descriptor socket, const std::string& operation);
   [[noreturn]] void Refused() const;
 
@@ -111,6 +117,7 @@ class Session {
   std::unique_ptr<ssh_event_struct, ReleaseEvent> event_;
   std::string oldError_; ///< the library's error text, which it never clears, from before the connection was used
   Looks looks_;
+  Clock::time_point heard_; ///< when something came that was waited for
   bool broken_ = false;
 };
 

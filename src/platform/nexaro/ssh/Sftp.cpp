@@ -111,7 +111,8 @@ bool SftpAttributes::Ordinary() const {
   return !permissions || (*permissions & S_IFMT) == 0 || S_ISREG(*permissions);
 }
 
-Sftp::Sftp(Session& session) : channel_(session, session.NewDeadline(), MaxIncoming, MaxErrorsShown) {
+Sftp::Sftp(Session& session) : channel_(session, MaxIncoming, MaxErrorsShown) {
+  channel_.AwaitOpening(session.NewDeadline());
   channel_.StartSubsystem("sftp");
   IntroduceYourself();
 }

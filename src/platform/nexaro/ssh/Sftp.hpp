@@ -112,7 +112,8 @@ class Sftp {
   /// Fetches every answer that is still due, and forgets it.
   void AwaitAll();
 
-  [[nodiscard]] Clock::time_point LastReply() const { return lastReply_; }
+  /// Whether the host has ended the service.
+  [[nodiscard]] bool Ended() const { return channel_.eof; }
 
   /// The free bytes where `path` stands; nothing where the host does not tell.
   [[nodiscard]] std::optional<std::uint64_t> FreeSpace(std::string_view path);

@@ -3,15 +3,11 @@
 #include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/ssh/Authentication.hpp"
 #include "platform/nexaro/ssh/HostKey.hpp"
+#include "platform/nexaro/ssh/RemoteProgram.hpp"
+
+#include <utility>
 
 namespace lumoscad::nexaro {
-
-namespace {
-
-/// A service that answered this recently is not asked whether it is still there.
-constexpr std::chrono::milliseconds Fresh{100};
-
-} // namespace
 
 SshConnection::SshConnection(const SshSettings& settings, const std::string& host) : session_(settings, host) {
   const auto key = ExamineKey(session_, settings.port, settings.knownHosts);
@@ -29,10 +25,33 @@ Sftp& SshConnection::File() {
     sftp_ = std::make_unique<Sftp>(session_);
   } else if (!session_.Alive()) {
     throw ConnectionLost(session_.LossReason());
-  } else if (Clock::now() - sftp_->LastReply() > Fresh) {
+  } else if (sftp_->Ended() || !session_.HeardLately()) {
     sftp_->Greet();
   }
   return *sftp_;
+}
+
+void SshConnection::OpenAhead() {
+  if (!ahead_) {
+    ahead_ = PrepareProgram(session_);
+  }
+}
+
+std::unique_ptr<Channel> SshConnection::ForProgram(bool kept) {
+  session_.HandleEventsNow();
+  if (!session_.Alive()) {
+    throw ConnectionLost(session_.LossReason());
+  }
+  auto channel = std::move(ahead_);
+  // What was answered long ago is no sign of life.
+  if (channel && !channel->Opening() && (channel->closed || !session_.HeardLately())) {
+    channel.reset();
+  }
+  if (!channel) {
+    channel = PrepareProgram(session_);
+  }
+  channel->AwaitOpening(kept ? session_.GreetingDeadline() : session_.NewDeadline());
+  return channel;
 }
 
 } // namespace lumoscad::nexaro

@@ -15,15 +15,20 @@ class SshConnection {
   /// Raises a run-time error.
   SshConnection(const SshSettings& settings, const std::string& host);
 
-  [[nodiscard]] Session& Own() { return session_; }
-
-  /// The file transfer service; it was started, or it answered a moment ago. Raises `ConnectionLost` or
+  /// The file transfer service; it was started, or the host was heard a moment ago. Raises `ConnectionLost` or
   /// `RequestRefused`.
   [[nodiscard]] Sftp& File();
+
+  /// Asks for the next program's channel ahead of its call, while other answers are waited for anyway.
+  void OpenAhead();
+  /// A channel for one program; the host has given it, or was heard, a moment ago. A connection that was in use before
+  /// (`kept`) has to give its sign of life sooner. Raises `ConnectionLost` or `RequestRefused`.
+  [[nodiscard]] std::unique_ptr<Channel> ForProgram(bool kept);
 
  private:
   Session session_;
   std::unique_ptr<Sftp> sftp_;
+  std::unique_ptr<Channel> ahead_; ///< the next program's
 };
 
 } // namespace lumoscad::nexaro

@@ -212,6 +212,8 @@ void SshLink::RinominaFile(std::string_view host, std::string_view remote, std::
   WithFiles(
       address, operation,
       [&](Sftp& sftp) {
+        // What gets its final name is a request that is ready: a program is called for it next.
+        connections_.at(address)->OpenAhead();
         try {
           sftp.Rename(from, a);
         } catch (const SftpError& error) {
@@ -360,15 +362,12 @@ std::string SshLink::FindProgram(std::string_view host, std::string_view program
 std::unique_ptr<Channel> SshLink::ReadyChannel(const std::string& host) {
   if (const auto entry = connections_.find(host); entry != connections_.end() && entry->second) {
     try {
-      auto& session = entry->second->Own();
-      session.HandleEventsNow();
-      return PrepareProgram(session, session.GreetingDeadline());
+      return entry->second->ForProgram(true);
     } catch (const ConnectionLost&) {
       entry->second.reset();
     }
   }
-  auto& session = Connected(host).Own();
-  return PrepareProgram(session, session.NewDeadline());
+  return Connected(host).ForProgram(false);
 }
 
 /// A document that does not say how it is encoded is in the encoding of the host's texts.

@@ -64,36 +64,43 @@ SftpError WriteError(Sftp& sftp, std::string_view path, const SftpError& error) 
           "l'amministratore dell'host"};
 }
 
-std::uint64_t SendBlocks(Sftp& sftp, std::string_view handle, const Source& source) {
+/// A file under way to the host.
+struct Sending {
+  std::string handle;
+  std::deque<std::uint32_t> underWay; ///< the writes without an answer
+  std::uint64_t size = 0;             ///< what was handed over for writing
+  bool closing = false;               ///< the handle is not to be used any more
+};
+
+void SendBlocks(Sftp& sftp, Sending& file, const Source& source) {
   std::vector<char> buffer(Block);
-  std::deque<std::uint32_t> underWay;
-  std::uint64_t position = 0;
-  for (std::size_t count = 0; (count = source(buffer)) > 0; position += count) {
-    if (underWay.size() == MaxUnderWay) {
-      sftp.AwaitStatus(underWay.front());
-      underWay.pop_front();
+  for (std::size_t count = 0; (count = source(buffer)) > 0; file.size += count) {
+    if (file.underWay.size() == MaxUnderWay) {
+      sftp.AwaitStatus(file.underWay.front());
+      file.underWay.pop_front();
     }
-    underWay.push_back(sftp.RequestWrite(handle, position, {buffer.data(), count}));
+    file.underWay.push_back(sftp.RequestWrite(file.handle, file.size, {buffer.data(), count}));
   }
-  for (const auto number : underWay) {
-    sftp.AwaitStatus(number);
-  }
-  return position;
 }
 
-void Conclude(Sftp& sftp, std::string_view handle, std::uint64_t expected) {
-  const auto flush = sftp.RequestFlush(handle);
-  const auto attributes = sftp.RequestAttributes(handle);
-  const auto closing = sftp.RequestClose(handle);
+/// All is asked for at once: a host does one thing after the other, and each answer counts.
+void Conclude(Sftp& sftp, Sending& file) {
+  const auto flush = sftp.RequestFlush(file.handle);
+  const auto attributes = sftp.RequestAttributes(file.handle);
+  const auto closing = sftp.RequestClose(file.handle);
+  file.closing = true;
+  for (const auto number : file.underWay) {
+    sftp.AwaitStatus(number);
+  }
   if (flush) {
     sftp.AwaitStatus(*flush);
   }
   const auto size = sftp.AwaitAttributes(attributes).size;
   sftp.AwaitStatus(closing);
-  if (size != expected) {
+  if (size != file.size) {
     throw SftpError(sftpStatus::Failure, {},
                     "sull'host il file è di " + (size ? std::to_string(*size) : "un numero ignoto di") +
-                        " byte invece di " + std::to_string(expected));
+                        " byte invece di " + std::to_string(file.size));
   }
 }
 
@@ -106,9 +113,11 @@ void CloseAnyway(Sftp& sftp, std::string_view handle) {
 }
 
 /// Undoes as much of a failed upload as the host allows.
-void RemoveFile(Sftp& sftp, std::string_view handle, std::string_view path) {
+void RemoveFile(Sftp& sftp, const Sending& file, std::string_view path) {
   sftp.AwaitAll();
-  CloseAnyway(sftp, handle);
+  if (!file.closing) {
+    CloseAnyway(sftp, file.handle);
+  }
   try {
     sftp.Erase(path);
   } catch (const SftpError&) { // NOLINT(bugprone-empty-catch): the failure of the upload is what counts
@@ -137,19 +146,21 @@ std::string OpenOrdinary(Sftp& sftp, std::string_view path, const Extent& extent
 } // namespace
 
 void Upload(Sftp& sftp, std::string_view path, std::uint32_t mode, const Source& source, RemoteFile& file) {
-  const auto handle = OpenNew(sftp, path, mode, file);
+  Sending sending;
+  sending.handle = OpenNew(sftp, path, mode, file);
   try {
-    Conclude(sftp, handle, SendBlocks(sftp, handle, source));
+    SendBlocks(sftp, sending, source);
+    Conclude(sftp, sending);
   } catch (const ConnectionLost&) {
     throw;
   } catch (const SftpError& error) {
     // The space is looked at while the half file still takes it up.
     sftp.AwaitAll();
     const auto explained = WriteError(sftp, path, error);
-    RemoveFile(sftp, handle, path);
+    RemoveFile(sftp, sending, path);
     throw explained;
   } catch (...) {
-    RemoveFile(sftp, handle, path);
+    RemoveFile(sftp, sending, path);
     throw;
   }
 }
