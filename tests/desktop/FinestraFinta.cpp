@@ -207,6 +207,10 @@ std::string_view FinestraFinta::CellText(std::size_t riga, int colonna) const {
   if (whileReading) {
     whileReading();
   }
+  const auto own = texts.find({riga, colonna});
+  if (own != texts.end()) {
+    return own->second;
+  }
   const std::size_t i = inverso ? righe - 1 - riga : riga;
   switch (colonna) {
   case 0:

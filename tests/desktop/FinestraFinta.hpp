@@ -36,7 +36,8 @@ class FinestraFinta final : public ListWindow {
   bool inverso = false;           ///< the rows are shown from the last to the first
   std::vector<std::string> gesti; ///< every gesture received, as text
   std::set<std::pair<std::size_t, int>> spunte;
-  std::string nuovaData; ///< what the date editor wrote last
+  std::map<std::pair<std::size_t, int>, std::string> texts; ///< cells that say something of their own
+  std::string nuovaData;                                    ///< what the date editor wrote last
   int ultimaX = -1;
   mutable std::size_t letture = 0;                     ///< cells read
   std::function<void()> whileReading;                  ///< runs before a cell is read

@@ -59,6 +59,12 @@ TEST(ListModel, TellsOfAnErrorWhileReadingInsteadOfThrowingIntoThePainter) {
   modello.fault = [&errore](std::exception_ptr e) { errore = std::move(e); };
   EXPECT_FALSE(modello.index(0, 0).data().isValid());
   EXPECT_THROW(std::rethrow_exception(errore), std::runtime_error);
+  errore = nullptr;
+  EXPECT_EQ(modello.CellText(0, 0), "");
+  EXPECT_THROW(std::rethrow_exception(errore), std::runtime_error);
+  errore = nullptr;
+  EXPECT_FALSE(modello.CellChanged(0, FinestraFinta::ColonnaData));
+  EXPECT_THROW(std::rethrow_exception(errore), std::runtime_error);
 }
 
 TEST(ListModel, AnswersNothingForARowThatTheScreenNoLongerHas) {
@@ -67,6 +73,10 @@ TEST(ListModel, AnswersNothingForARowThatTheScreenNoLongerHas) {
   finta.righe = 4;
   EXPECT_FALSE(modello.index(8, 0).data().isValid());
   EXPECT_TRUE(modello.index(3, 0).data().isValid());
+  EXPECT_EQ(modello.CellText(8, 0), "");
+  EXPECT_NE(modello.CellText(3, 0), "");
+  EXPECT_FALSE(modello.CellTicked(8, FinestraFinta::ColonnaSpuntaData).has_value());
+  EXPECT_EQ(modello.CellTicked(3, FinestraFinta::ColonnaSpuntaData), false);
 }
 
 TEST(ColumnWidths, StretchesOnlyTextAndBankColumnsAndLosesNoPixel) {

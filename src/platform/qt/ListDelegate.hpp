@@ -1,25 +1,16 @@
 #pragma once
 
-#include "platform/qt/ListIcons.hpp"
-
 #include <QStyledItemDelegate>
 
 namespace lumoscad::qt {
 
-/// Paints the cells of the list: alternating rows, ticks, changed values, the current cell. A text that does not
-/// fit is elided and shown whole in a tooltip.
+/// Shows in a tooltip the whole of a cell's text that does not fit. The list paints its cells itself.
 class ListDelegate final : public QStyledItemDelegate {
  public:
-  ListDelegate(const ListImages& images, QObject* parent) : QStyledItemDelegate(parent), images_(images) {}
+  using QStyledItemDelegate::QStyledItemDelegate;
 
-  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& cell) const override;
   bool helpEvent(QHelpEvent* event, QAbstractItemView* table, const QStyleOptionViewItem& option,
                  const QModelIndex& cell) override;
-
- private:
-  void Content(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& cell) const;
-
-  const ListImages& images_;
 };
 
 } // namespace lumoscad::qt

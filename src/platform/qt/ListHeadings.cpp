@@ -160,7 +160,6 @@ void ListHeadings::LayOut() {
     entry.heading->setGeometry(begin + left, 0, width, height() - 1);
     if (entry.indicator != nullptr) {
       entry.indicator->setGeometry(begin + left + (width - IndicatorSide) / 2, 2, IndicatorSide, IndicatorSide);
-      entry.indicator->raise();
     }
   }
   for (const auto& [column, smallSquare] : squares_) {

@@ -21,20 +21,34 @@ int ListModel::columnCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(window_.Description().columns.size());
 }
 
-QVariant ListModel::data(const QModelIndex& cell, int role) const {
-  if (!cell.isValid()) {
-    return {};
-  }
+template <class Answer> Answer ListModel::Guarded(int row, const auto& read) const {
   try {
-    const auto row = static_cast<std::size_t>(cell.row());
+    const auto place = static_cast<std::size_t>(row);
     // While a gesture runs, the screen may already have fewer rows than this model was told of.
-    return row < window_.RowCount() ? Read(row, cell.column(), role) : QVariant();
+    return place < window_.RowCount() ? Answer(read(place)) : Answer();
   } catch (...) {
     if (fault) {
       fault(std::current_exception());
     }
     return {};
   }
+}
+
+QVariant ListModel::data(const QModelIndex& cell, int role) const {
+  return cell.isValid() ? Guarded<QVariant>(cell.row(), [&](std::size_t row) { return Read(row, cell.column(), role); })
+                        : QVariant();
+}
+
+std::string_view ListModel::CellText(int row, int column) const {
+  return Guarded<std::string_view>(row, [&](std::size_t place) { return window_.CellText(place, column); });
+}
+
+bool ListModel::CellChanged(int row, int column) const {
+  return Guarded<bool>(row, [&](std::size_t place) { return Changed(place, column); });
+}
+
+std::optional<bool> ListModel::CellTicked(int row, int column) const {
+  return Guarded<std::optional<bool>>(row, [&](std::size_t place) { return window_.Ticked(place, column); });
 }
 
 QVariant ListModel::Read(std::size_t row, int column, int role) const {

@@ -6,6 +6,8 @@
 
 #include <exception>
 #include <functional>
+#include <optional>
+#include <string_view>
 
 namespace lumoscad::qt {
 
@@ -34,6 +36,15 @@ class ListModel final : public QAbstractTableModel {
   /// The kind of a column; plain text for a column that is not there.
   [[nodiscard]] ListColumn::Kind Kind(int column) const;
 
+  // What a cell shows, without the detour through a QVariant. Of a row that is no longer there it is nothing.
+
+  /// The text of a cell as UTF-8; it holds until the next cell is asked for.
+  [[nodiscard]] std::string_view CellText(int row, int column) const;
+  /// True for an editable cell whose new value differs from the present one.
+  [[nodiscard]] bool CellChanged(int row, int column) const;
+  /// Whether a tick is set.
+  [[nodiscard]] std::optional<bool> CellTicked(int row, int column) const;
+
   /// True when the person has changed a cell of any row.
   [[nodiscard]] bool ContainsChanges() const;
 
@@ -41,6 +52,8 @@ class ListModel final : public QAbstractTableModel {
   std::function<void(std::exception_ptr)> fault;
 
  private:
+  /// What `read` gives back of a row that is there, and nothing when it throws.
+  template <class Answer> [[nodiscard]] Answer Guarded(int row, const auto& read) const;
   [[nodiscard]] QVariant Read(std::size_t row, int column, int role) const;
   [[nodiscard]] QString TextOfCell(std::size_t row, int column) const;
   [[nodiscard]] bool Changed(std::size_t row, int column) const;

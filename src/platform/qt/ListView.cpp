@@ -7,6 +7,8 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -26,12 +28,16 @@ bool Editable(Kind kind) {
 
 ListView::ListView(const ListWindow& window, ListModel& model, QWidget* parent)
     : QTableView(parent), window_(window), model_(model), widths_(window.Description().columns),
-      images_(new ListImages(this)) {
+      images_(new ListImages(this)), painter_(model, *images_) {
   setObjectName(Text(window.Description().listName));
   setAccessibleName(Text(window.Description().title));
   setFont(look::Font(window.Description().fontName));
   setModel(&model);
-  setItemDelegate(new ListDelegate(*images_, this));
+  setItemDelegate(new ListDelegate(this));
+  connect(qGuiApp, &QGuiApplication::fontDatabaseChanged, this, [this] {
+    painter_.FontsChanged();
+    viewport()->update();
+  });
   Prepare();
 }
 
@@ -46,6 +52,7 @@ void ListView::Prepare() {
   setVerticalScrollMode(ScrollPerItem);
   setHorizontalScrollMode(ScrollPerPixel);
   setCornerButtonEnabled(false);
+  viewport()->setAttribute(Qt::WA_OpaquePaintEvent); // all of it is painted here, so that nothing is painted twice
   horizontalHeader()->hide();
   horizontalHeader()->setMinimumSectionSize(1);
   horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -217,6 +224,43 @@ void ListView::wheelEvent(QWheelEvent* event) {
 void ListView::resizeEvent(QResizeEvent* event) {
   QTableView::resizeEvent(event);
   LayOutColumns();
+}
+
+std::vector<ListPainter::Column> ListView::ColumnsBetween(int left, int right) const {
+  std::vector<ListPainter::Column> columns;
+  for (int column = 0; column < model_.columnCount(); ++column) {
+    const int begin = columnViewportPosition(column);
+    const int width = columnWidth(column);
+    if (!isColumnHidden(column) && begin <= right && begin + width > left) {
+      columns.push_back({column, begin, width});
+    }
+  }
+  return columns;
+}
+
+ListPainter::Row ListView::RowInView(int row) const {
+  const QModelIndex current = currentIndex();
+  return {row, rowViewportPosition(row), rowHeight(row), selectionModel()->isSelected(model_.index(row, 0)),
+          current.row() == row ? current.column() : -1};
+}
+
+void ListView::paintEvent(QPaintEvent* event) {
+  QPainter painter(viewport());
+  painter_.Begin(painter, font(), hasFocus());
+  const QRect whole = event->rect();
+  const auto columns = ColumnsBetween(whole.left(), whole.right());
+  const int first = rowAt(whole.top());
+  int bottom = first < 0 ? whole.top() : rowViewportPosition(first);
+  for (int row = first; row >= 0 && row < model_.rowCount() && bottom <= whole.bottom(); ++row) {
+    const ListPainter::Row shown = RowInView(row);
+    bottom = shown.top + shown.height;
+    if (event->region().intersects(QRect(whole.left(), shown.top, whole.width(), shown.height))) {
+      painter_.Paint(painter, shown, columns);
+    }
+  }
+  const int right = columns.empty() || first < 0 ? whole.left() : columns.back().left + columns.back().width;
+  painter.fillRect(QRect(QPoint(right, whole.top()), whole.bottomRight()), look::Paper);
+  painter.fillRect(QRect(QPoint(whole.left(), bottom), whole.bottomRight()), look::Paper);
 }
 
 void ListView::scrollContentsBy(int dx, int dy) {

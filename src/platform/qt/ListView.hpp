@@ -3,11 +3,13 @@
 #include "platform/qt/ColumnWidths.hpp"
 #include "platform/qt/ListIcons.hpp"
 #include "platform/qt/ListModel.hpp"
+#include "platform/qt/ListPainter.hpp"
 #include "platform/qt/Look.hpp"
 
 #include <QTableView>
 
 #include <utility>
+#include <vector>
 
 namespace lumoscad::qt {
 
@@ -71,12 +73,16 @@ class ListView final : public QTableView {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
 
  private:
   void Prepare();
   void LayOutColumns();
+  /// The columns of which something lies between two pixels of the viewport.
+  [[nodiscard]] std::vector<ListPainter::Column> ColumnsBetween(int left, int right) const;
+  [[nodiscard]] ListPainter::Row RowInView(int row) const;
   [[nodiscard]] int NominalX(int x) const;
   [[nodiscard]] bool KeyOnCell(const QKeyEvent& event);
   [[nodiscard]] bool MovementKey(const QKeyEvent& event);
@@ -85,6 +91,7 @@ class ListView final : public QTableView {
   ListModel& model_;
   ColumnWidths widths_;
   ListImages* images_;
+  ListPainter painter_;
   ListListener* listener_ = nullptr;
   bool muteSelection_ = false;
   bool pressed_ = false;

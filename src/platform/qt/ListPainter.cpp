@@ -1,0 +1,157 @@
+#include "platform/qt/ListPainter.hpp"
+
+#include "platform/qt/Look.hpp"
+
+#include <QColor>
+#include <QPainter>
+#include <QPen>
+#include <QTransform>
+
+#include <algorithm>
+#include <cmath>
+
+namespace lumoscad::qt {
+
+namespace {
+
+constexpr int Margin = 6;
+constexpr int TickSide = 16;
+/// In a narrower column a tick or the frame of the current cell would reach into the next one.
+constexpr int SmallestInPieces = TickSide + 4;
+
+/// How many pixels of the device a pixel of the list is wide and high; 0 when that is no whole number, or when the
+/// pixels do not lie on those of the device.
+int WholeScale(const QTransform& toDevice) {
+  const auto whole = [](qreal number) { return std::floor(number) == number; };
+  return toDevice.type() <= QTransform::TxScale && toDevice.m11() == toDevice.m22() && whole(toDevice.m11()) &&
+                 whole(toDevice.dx()) && whole(toDevice.dy())
+             ? static_cast<int>(toDevice.m11())
+             : 0;
+}
+
+QRect CellOf(const ListPainter::Row& row, const ListPainter::Column& column) {
+  return {column.left, row.top, column.width, row.height};
+}
+
+} // namespace
+
+QRect ListPainter::TextArea(const QRect& cell) {
+  return cell.adjusted(Margin, 0, -Margin, 0);
+}
+
+void ListPainter::Begin(QPainter& painter, const QFont& font, bool focus) {
+  focus_ = focus;
+  const int scale = WholeScale(painter.deviceTransform());
+  if (scale != scale_) {
+    ticks_.clear();
+    scale_ = scale;
+  }
+  texts_.Begin(painter, font);
+}
+
+void ListPainter::Paint(QPainter& painter, const Row& row, const std::vector<Column>& columns) {
+  const auto narrow = [](const Column& column) { return column.width < SmallestInPieces; };
+  if (scale_ == 1 && !columns.empty() && std::none_of(columns.begin(), columns.end(), narrow)) {
+    PaintInPieces(painter, row, columns);
+  } else {
+    PaintCellByCell(painter, row, columns);
+  }
+}
+
+/// Where a line is as wide as a pixel it is a rectangle, and a few rectangles for the whole row are painted several
+/// times faster than a rectangle and two lines for each cell. Letters that reach out of their cell end as they do cell
+/// by cell.
+void ListPainter::PaintInPieces(QPainter& painter, const Row& row, const std::vector<Column>& columns) {
+  const int begin = columns.front().left;
+  const int end = columns.back().left + columns.back().width;
+  painter.fillRect(QRect(begin, row.top, end - begin, row.height), RowBackground(row));
+  for (const Column& column : columns) {
+    if (Changed(row, column.index)) {
+      painter.fillRect(CellOf(row, column), look::ChangedBackground);
+    }
+    painter.fillRect(QRect(column.left + column.width - 1, row.top, 1, row.height), look::FaintLine);
+  }
+  painter.fillRect(QRect(begin, row.top + row.height - 1, end - begin, 1), look::FaintLine);
+  for (const Column& column : columns) {
+    const int right = column.left + column.width;
+    Content(painter, row, column, {right, row.top, end - right, row.height});
+  }
+}
+
+/// Each cell covers what the one before left on it.
+void ListPainter::PaintCellByCell(QPainter& painter, const Row& row, const std::vector<Column>& columns) {
+  for (const Column& column : columns) {
+    const QRect cell = CellOf(row, column);
+    painter.fillRect(cell, Changed(row, column.index) ? look::ChangedBackground : RowBackground(row));
+    painter.setPen(look::FaintLine);
+    painter.drawLine(cell.topRight(), cell.bottomRight());
+    painter.drawLine(cell.bottomLeft(), cell.bottomRight());
+    Content(painter, row, column, {});
+  }
+}
+
+/// On a row that is selected a changed value has the row's background.
+bool ListPainter::Changed(const Row& row, int column) const {
+  return !row.selected && model_.CellChanged(row.index, column);
+}
+
+const QColor& ListPainter::RowBackground(const Row& row) const {
+  if (row.selected) {
+    return focus_ ? look::Selection : look::SelectionWithoutFocus;
+  }
+  return row.index % 2 == 0 ? look::Paper : look::AlternateRow;
+}
+
+void ListPainter::Content(QPainter& painter, const Row& row, const Column& column, const QRect& covered) {
+  const QRect cell = CellOf(row, column);
+  const ListColumn::Kind kind = model_.Kind(column.index);
+  if (kind != ListColumn::Kind::Tick) {
+    const bool changed = model_.CellChanged(row.index, column.index);
+    painter.setPen(changed ? look::ChangedInk : look::Ink);
+    texts_.Write(painter, TextArea(cell), model_.CellText(row.index, column.index),
+                 {changed, kind == ListColumn::Kind::Amount}, covered);
+  } else if (const auto ticked = model_.CellTicked(row.index, column.index)) {
+    Tick(painter, cell, *ticked, RowBackground(row));
+  }
+  if (column.index == row.current) {
+    Frame(painter, cell);
+  }
+}
+
+void ListPainter::Tick(QPainter& painter, const QRect& cell, bool ticked, const QColor& background) {
+  QRect square(0, 0, TickSide, TickSide);
+  square.moveCenter(cell.center());
+  // A picture on its own background may only replace the drawing where nothing but that background is below it, and
+  // where its pixels are those of the screen.
+  if (scale_ > 0 && cell.adjusted(0, 0, -1, -1).contains(square)) {
+    painter.drawPixmap(square.topLeft(), TickOn(background, ticked));
+  } else {
+    images_.Draw(painter, square, Key(ticked ? ListIcon::ChkOn : ListIcon::ChkOff));
+  }
+}
+
+const QPixmap& ListPainter::TickOn(const QColor& background, bool ticked) {
+  const auto known = std::find_if(ticks_.begin(), ticks_.end(), [&](const PaintedTick& tick) {
+    return tick.ticked == ticked && tick.background == background.rgb();
+  });
+  if (known != ticks_.end()) {
+    return known->picture;
+  }
+  QPixmap picture(TickSide * scale_, TickSide * scale_);
+  picture.setDevicePixelRatio(scale_);
+  picture.fill(background);
+  {
+    QPainter painter(&picture);
+    images_.Draw(painter, QRectF(0, 0, TickSide, TickSide), Key(ticked ? ListIcon::ChkOn : ListIcon::ChkOff));
+  }
+  return ticks_.emplace_back(PaintedTick{background.rgb(), ticked, picture}).picture;
+}
+
+void ListPainter::Frame(QPainter& painter, const QRect& cell) const {
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(focus_ ? QPen(look::Accent, 2) : QPen(QColor(0x9A, 0xA8, 0xB6), 1));
+  const int border = focus_ ? 1 : 0;
+  painter.drawRect(cell.adjusted(border, border, -1 - border / 2, -1 - border / 2));
+}
+
+} // namespace lumoscad::qt
