@@ -21,7 +21,8 @@ packages=(
   xvfb xauth xdotool imagemagick openbox fonts-dejavu-core
 )
 
-server=(odbc-postgresql postgresql-15 odbc-mariadb mariadb-server-core mariadb-client-core openssh-server openssh-client)
+server=(odbc-postgresql postgresql-15 odbc-mariadb mariadb-server-core mariadb-client-core galera-4
+  openssh-server openssh-client)
 [ "${1:-}" = --senza-server ] || packages+=("${server[@]}")
 
 missing=()

@@ -32,7 +32,6 @@ class MariaDbServer final : public DatabaseServer {
   void Restart();
 
  private:
-  void CreateData() const;
   void Start();
 
   KeptConnection kept_;

@@ -59,6 +59,9 @@ std::string_view Sentence(Advice advice) noexcept {
   case Advice::Deadlock:
     return "Due terminali si sono bloccati a vicenda sulle stesse righe: la base dati ha annullato le modifiche di "
            "questo.";
+  case Advice::Conflict:
+    return "Un altro terminale ha modificato le stesse righe nello stesso momento: la base dati ha annullato le "
+           "modifiche di questo.";
   case Advice::Full:
     return "Lo spazio della base dati è esaurito: avvisare chi amministra il sistema.";
   case Advice::ConnectionLost:

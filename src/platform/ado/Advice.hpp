@@ -9,6 +9,7 @@ enum class Advice {
   None, ///< the driver's own text must do
   Waited,
   Deadlock,
+  Conflict, ///< of two changes to the same rows, wherever the other one was made
   Full,
   ConnectionLost
 };

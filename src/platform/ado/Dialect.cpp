@@ -26,6 +26,7 @@ constexpr std::string_view OpeningOfMariaDb =
     "SET character_set_client=utf8mb4, character_set_connection=utf8mb4, character_set_results=utf8mb4, "
     "sql_mode=CONCAT(@@sql_mode,',STRICT_ALL_TABLES,NO_ZERO_DATE,NO_ZERO_IN_DATE,NO_BACKSLASH_ESCAPES'), "
     "tx_isolation='READ-COMMITTED'";
+constexpr std::string_view ReplicatedMariaDb = "SELECT @@wsrep_on";
 constexpr std::string_view LimitOfMariaDb = ", max_statement_time=";
 
 constexpr std::string_view EndsOfPostgres =
@@ -50,8 +51,9 @@ constexpr std::array<Dialect, 5> Dialects{{
      .opening = OpeningOfMariaDb,
      .openingLimit = LimitOfMariaDb,
      .sendsUnprepared = true,
-     .ends = EndsOfMariaDb},
-    {.name = "MySQL", .serverSession = ConnectionId, .ends = EndsOfMariaDb},
+     .ends = EndsOfMariaDb,
+     .replicated = ReplicatedMariaDb},
+    {.name = "MySQL", .serverSession = ConnectionId, .ends = EndsOfMariaDb, .replicated = ReplicatedMariaDb},
     // Busy, locked, full, constraint (https://www.sqlite.org/rescode.html).
     {.name = "SQLite", .typesHold = false, .refusals = {5, 6, 13, 19}},
     // The members of the family share no function that names the connection; that it answers is known all the same.

@@ -28,6 +28,10 @@ struct Dialect {
   /// may be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
   std::array<long, 4> refusals{};
 
+  /// Query of 1 where other servers have a say in whether a COMMIT holds, which fails where the server knows nothing of
+  /// such; empty for a server that decides alone.
+  std::string_view replicated{};
+
   /// The whole first statement of a connection whose statements may take `seconds` each; empty for none.
   [[nodiscard]] std::string OpeningFor(std::chrono::seconds seconds) const;
   [[nodiscard]] bool FileBased() const noexcept { return refusals.front() != 0; }

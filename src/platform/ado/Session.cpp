@@ -1,6 +1,7 @@
 #include "platform/ado/Session.hpp"
 
 #include "platform/Services.hpp"
+#include "platform/ado/Advice.hpp"
 #include "platform/ado/CharacterSet.hpp"
 #include "platform/ado/Diagnostics.hpp"
 
@@ -141,6 +142,9 @@ Endpoints Session::Ends() const {
 }
 
 RuntimeError Session::Explained(RuntimeError error) const {
+  if (error.Note() == Sentence(Advice::Deadlock) && Replicated()) {
+    return std::move(error).WithNote(std::string(Sentence(Advice::Conflict)));
+  }
   if (!watchdog_ || !watchdog_->Struck()) {
     return error;
   }

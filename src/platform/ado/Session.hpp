@@ -60,7 +60,9 @@ class Session {
   /// The failure, with a note that says so where it is that the server did not answer in time.
   [[nodiscard]] RuntimeError Explained(RuntimeError error) const;
   [[nodiscard]] bool Dead() const noexcept;
+  [[nodiscard]] std::string FirstAnswer(std::string_view question) const;
   [[nodiscard]] std::string ServerSession() const;
+  [[nodiscard]] bool Replicated() const noexcept;
   [[nodiscard]] bool OnSameServerSession() const noexcept;
   void RequireWholeTransaction();
   void Abandon() noexcept;

@@ -15,6 +15,10 @@
 //   the success came from the server. Applied.
 // - Everything else: unknown. That includes commits which did reach the server; it never includes half of one.
 //
+// Where several servers hold the same database, one may refuse a COMMIT because it has lost sight of the others, and
+// they carry it out when they meet again (seen with MariaDB's native error 1180). There only the refusal of one of two
+// changes to the same rows is certain.
+//
 // A database that is a file has nobody to ask. Its refusals are known by their numbers; a write, a sync or a removal of
 // the journal that failed says nothing of what the file will be found to hold.
 //
@@ -29,9 +33,15 @@ namespace {
 constexpr const char* UnknownOutcome =
     "La connessione è caduta mentre si confermavano le modifiche: l'esito è sconosciuto, possono essere registrate "
     "tutte o nessuna.";
+constexpr const char* UnknownReplicas =
+    "I server della base dati non si vedevano mentre si confermavano le modifiche: l'esito è sconosciuto, possono "
+    "essere registrate tutte o nessuna.";
 constexpr const char* UnknownFile =
     "Il file della base dati ha dato un errore mentre si confermavano le modifiche: l'esito è sconosciuto, possono "
     "essere registrate tutte o nessuna.";
+
+constexpr long LostConflict = 1213;    ///< a replicated server's number for the loser of a conflict
+constexpr long UnknownVariable = 1193; ///< a server's number where it was built without replication
 
 /// A COMMIT whose outcome is unknown after `cause`; the driver's own text comes first.
 RuntimeError OutcomeUnknown(const RuntimeError& cause, const char* sentence) {
@@ -119,7 +129,8 @@ bool Session::Refused(const RuntimeError& error) const noexcept {
   constexpr long Primary = 0xFF; // the rest of an extended number tells which kind
   const bool known = !dialect_->FileBased() ||
                      std::find(certain.begin(), certain.end(), error.NativeCode() & Primary) != certain.end();
-  return known && !WithoutAnswer(error.SqlState()) && !Dead() && OnSameServerSession();
+  return known && !WithoutAnswer(error.SqlState()) && !Dead() && OnSameServerSession() &&
+         (error.NativeCode() == LostConflict || !Replicated());
 }
 
 void Session::CommitFailed(RuntimeError error) {
@@ -129,10 +140,13 @@ void Session::CommitFailed(RuntimeError error) {
     Abandon();
   }
   if (!certain) {
-    throw Explained(OutcomeUnknown(error, dialect_->FileBased() ? UnknownFile : UnknownOutcome));
+    const bool answered = !Dead() && !WithoutAnswer(error.SqlState());
+    throw Explained(OutcomeUnknown(error, dialect_->FileBased()      ? UnknownFile
+                                          : answered && Replicated() ? UnknownReplicas
+                                                                     : UnknownOutcome));
   }
   outcome_ = TransactionOutcome::NotApplied;
-  throw std::move(error).WithOutcome(outcome_);
+  throw Explained(std::move(error)).WithOutcome(outcome_);
 }
 
 void Session::ConfirmCommit() {
@@ -189,12 +203,8 @@ bool Session::Dead() const noexcept {
   return SQL_SUCCEEDED(rc) && state == SQL_CD_TRUE;
 }
 
-/// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
-/// that cannot be asked; SQLite is the caller's own process.
-std::string Session::ServerSession() const {
-  if (dialect_->serverSession.empty()) {
-    return {};
-  }
+/// The first value that the server answers to `question`. Raises when no answer comes.
+std::string Session::FirstAnswer(std::string_view question) const {
   constexpr const char* NoAnswer = "La base dati non risponde.";
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
@@ -203,15 +213,43 @@ std::string Session::ServerSession() const {
   }
   const auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
-  std::string query(dialect_->serverSession);
-  std::array<char, 64> identity{};
+  std::string query(question);
+  std::array<char, 64> answer{};
   SQLLEN length = 0;
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
       !SQL_SUCCEEDED(SQLFetch(created)) ||
-      !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, identity.data(), identity.size(), &length))) {
-    throw Explained(OdbcError(SQL_HANDLE_STMT, created, password_, NoAnswer));
+      !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, answer.data(), answer.size(), &length))) {
+    throw OdbcError(SQL_HANDLE_STMT, created, password_, NoAnswer);
   }
-  return identity.data();
+  return answer.data();
+}
+
+/// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
+/// that cannot be asked; SQLite is the caller's own process.
+std::string Session::ServerSession() const {
+  if (dialect_->serverSession.empty()) {
+    return {};
+  }
+  try {
+    return FirstAnswer(dialect_->serverSession);
+  } catch (RuntimeError& error) {
+    throw Explained(std::move(error));
+  }
+}
+
+/// Whether other servers have a say in a COMMIT. Asked after a failure alone; a server that does not answer may be one
+/// of several.
+bool Session::Replicated() const noexcept {
+  if (dialect_ == nullptr || dialect_->replicated.empty()) {
+    return false;
+  }
+  try {
+    return FirstAnswer(dialect_->replicated) == "1";
+  } catch (const RuntimeError& error) {
+    return error.NativeCode() != UnknownVariable;
+  } catch (...) {
+    return true;
+  }
 }
 
 bool Session::OnSameServerSession() const noexcept {

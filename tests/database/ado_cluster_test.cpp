@@ -1,0 +1,130 @@
+#include "platform/RuntimeError.hpp"
+#include "platform/ado/Ado.hpp"
+#include "support/GaleraCluster.hpp"
+#include "support/Loopback.hpp"
+#include "support/MariaDbProgram.hpp"
+#include "support/ServerProcess.hpp"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+
+// A database of several servers, of which some may lose sight of the others.
+
+namespace lumoscad::ado {
+namespace {
+
+using test::GaleraCluster;
+using testing::AnyOf;
+using testing::HasSubstr;
+
+constexpr const char* Amounts = "CREATE TABLE IMPORTI (CHIAVE INTEGER PRIMARY KEY, IMPORTO INTEGER);"
+                                "INSERT INTO IMPORTI VALUES (1, 10), (2, 20)";
+constexpr const char* Change = "UPDATE IMPORTI SET IMPORTO=IMPORTO+1 WHERE CHIAVE=1";
+constexpr const char* Amount = "SELECT IMPORTO FROM IMPORTI WHERE CHIAVE=1";
+
+class Cluster : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    ASSERT_TRUE(GaleraCluster::Available()) << "galera-4 is missing";
+    cluster_ = std::make_unique<GaleraCluster>(test::ServerDirectory("galera"));
+    cluster_->CreateDatabase("prova", Amounts);
+  }
+  static void TearDownTestSuite() { cluster_.reset(); }
+  void SetUp() override { cluster_->AwaitWhole(); }
+
+  static std::unique_ptr<Connection> OpenAt(std::size_t node) {
+    auto opened = std::make_unique<Connection>();
+    opened->ConnectionString = cluster_->Node(node).ConnectionText(cluster_->Node(node).AddSource("prova"));
+    opened->Open();
+    return opened;
+  }
+  /// What a node holds, with all that the others have committed.
+  static std::string AmountAt(std::size_t node) {
+    const auto asking = OpenAt(node);
+    asking->Execute("SET SESSION wsrep_sync_wait=1");
+    return test::FirstValue(*asking, Amount);
+  }
+  static RuntimeError FailureOf(Connection& connection) {
+    try {
+      connection.CommitTrans();
+    } catch (const RuntimeError& error) {
+      return error;
+    }
+    ADD_FAILURE() << "committed";
+    return {0, ""};
+  }
+
+  inline static std::unique_ptr<GaleraCluster> cluster_; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+};
+
+TEST_F(Cluster, ChangeOfOneNodeIsThereOnTheOthers) {
+  const auto connection = OpenAt(0);
+  const int before = std::stoi(AmountAt(0));
+  connection->BeginTrans();
+  connection->Execute(Change);
+  connection->CommitTrans();
+  EXPECT_EQ(connection->Outcome(), TransactionOutcome::Applied);
+  for (std::size_t node = 0; node < GaleraCluster::Size; ++node) {
+    EXPECT_EQ(AmountAt(node), std::to_string(before + 1)) << node;
+  }
+}
+
+TEST_F(Cluster, SourceOfSeveralServersReachesTheOneThatIsThere) {
+  const auto& node = cluster_->Node(2);
+  const std::string servers =
+      "127.0.0.1:" + std::to_string(test::FreePort()) + ",127.0.0.1:" + std::to_string(node.Port());
+  const std::string source = test::OdbcConfiguration::Instance().AddSource(
+      "mariadb", test::MariaDbNames.library, {{"SERVER", servers}, {"DATABASE", "prova"}});
+  Connection connection;
+  connection.ConnectionString = node.ConnectionText(source);
+  connection.Open();
+  EXPECT_EQ(test::FirstValue(connection, "SELECT @@port"), std::to_string(node.Port()));
+  connection.BeginTrans();
+  connection.Execute(Change);
+  connection.CommitTrans();
+  EXPECT_EQ(connection.Outcome(), TransactionOutcome::Applied);
+}
+
+TEST_F(Cluster, LoserOfTwoChangesOnTwoNodesIsToldSoAndNothingOfItStays) {
+  const auto first = OpenAt(0);
+  const auto second = OpenAt(1);
+  const int before = std::stoi(AmountAt(0));
+  for (Connection* each : {first.get(), second.get()}) {
+    each->BeginTrans();
+    each->Execute(Change);
+  }
+  first->CommitTrans();
+  const auto error = FailureOf(*second);
+  EXPECT_EQ(second->Outcome(), TransactionOutcome::NotApplied);
+  EXPECT_EQ(error.Note(), "Un altro terminale ha modificato le stesse righe nello stesso momento: la base dati ha "
+                          "annullato le modifiche di questo.");
+  EXPECT_EQ(AmountAt(1), std::to_string(before + 1));
+}
+
+TEST_F(Cluster, CommitThatANodeRefusesSinceItSeesNoOtherIsOfUnknownOutcome) {
+  const auto connection = OpenAt(0);
+  const int before = std::stoi(AmountAt(0));
+  connection->BeginTrans();
+  connection->Execute(Change);
+  cluster_->Node(1).Pause();
+  cluster_->Node(2).Pause();
+  const auto error = FailureOf(*connection);
+  cluster_->Node(1).Resume();
+  cluster_->Node(2).Resume();
+  EXPECT_EQ(connection->Outcome(), TransactionOutcome::Unknown) << error.what();
+  EXPECT_EQ(error.Outcome(), TransactionOutcome::Unknown);
+  EXPECT_THAT(error.Note(), HasSubstr("I server della base dati non si vedevano mentre si confermavano le modifiche: "
+                                      "l'esito è sconosciuto"))
+      << error.what();
+  cluster_->AwaitWhole();
+  const std::string after = AmountAt(0);
+  EXPECT_THAT(after, AnyOf(std::to_string(before), std::to_string(before + 1)));
+  for (std::size_t node = 1; node < GaleraCluster::Size; ++node) {
+    EXPECT_EQ(AmountAt(node), after) << node;
+  }
+}
+
+} // namespace
+} // namespace lumoscad::ado
