@@ -217,6 +217,21 @@ TEST_F(LumoscadProgram, TellsAFailureWithoutThePasswordWhereThereIsNoDesktop) {
   EXPECT_THAT(test::FileText(errori), Not(HasSubstr(Password)));
 }
 
+TEST_F(LumoscadProgram, StartsWithoutTheLibraryOfItsLinkToTheHost) {
+  variabili.Imposta("LD_TRACE_LOADED_OBJECTS", "1");
+  static_cast<void>(Esegui({"--versione"}));
+  EXPECT_THAT(uscite, HasSubstr("liblumoscad.so"));
+  EXPECT_THAT(uscite, Not(HasSubstr("libssh")));
+}
+
+TEST_F(LumoscadProgram, SaysThatTheLibraryOfItsLinkToTheHostDoesNotLoad) {
+  test::Scrivi(cartella / "libssh.so.4", "no library");
+  variabili.Imposta("LD_LIBRARY_PATH", cartella.Path());
+  EXPECT_EQ(Esegui({"--registra-host", "127.0.0.1"}), 1);
+  EXPECT_THAT(uscite, StartsWith("La libreria libssh.so.4 del collegamento SSH non si carica ("));
+  EXPECT_THAT(uscite, EndsWith("Chiedere all'amministratore di questa macchina di installarla.\n"));
+}
+
 TEST_F(LumoscadProgram, JoinsItsArgumentsWithSingleBlanks) {
   TogliDesktop();
   EXPECT_EQ(Esegui({"-T", "EXTRA", "/A", "-S"}), 1);
