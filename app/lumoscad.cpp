@@ -22,6 +22,8 @@ constexpr const char* Uso =
     "     lumoscad -\n"
     "     lumoscad --registra-host HOST\n"
     "     lumoscad --prova-host HOST [PROGRAMMA]\n"
+    "     lumoscad --blocchi HOST\n"
+    "     lumoscad --libera-blocco HOST LISTA [--si]\n"
     "     lumoscad --aiuto | -h | --versione\n"
     "\n"
     "Gli argomenti, uniti da uno spazio, sono la riga di comando; con - la riga è letta\n"
@@ -30,7 +32,12 @@ constexpr const char* Uso =
     "\n"
     "--registra-host mostra l'impronta della chiave dell'host e, se si risponde sì, la\n"
     "registra fra gli host noti. --prova-host prova una per una le operazioni sull'host;\n"
-    "il programma VB0001 è solo cercato, PROGRAMMA è avviato senza parametri.\n"
+    "il programma VB0001 è solo cercato, PROGRAMMA è avviato senza parametri. Prende,\n"
+    "legge e lascia anche un blocco che nessuna lista usa.\n"
+    "\n"
+    "--blocchi dice chi tiene quali liste, e da quando. --libera-blocco mostra il blocco\n"
+    "di una lista (CREDITI, DEBITI, PRESUNTI) e, se si risponde sì, lo toglie; --si\n"
+    "risponde sì alla domanda.\n"
     "\n"
     "Variabili d'ambiente:\n"
     "  NEXARO_TRASPORTO        come si raggiunge l'host: ssh (se manca), cartella\n"
@@ -143,6 +150,49 @@ int ProvaHost(std::string_view host, std::string_view programma) {
                 riuscita ? 0 : StatoErrore);
 }
 
+void MostraBlocco(const lumoscad::BloccoLista& blocco) {
+  static constexpr std::size_t Larghezza = 10;
+  auto riga = blocco.lista;
+  riga.resize(std::max(Larghezza, riga.size()), ' ');
+  if (!blocco.errore.empty()) {
+    riga += "NON letto: " + blocco.errore;
+  } else {
+    riga += blocco.preso ? "presa: " + blocco.chi + ", " + blocco.quando : "libera";
+  }
+  std::cout << riga << std::endl;
+}
+
+int Blocchi(std::string_view host) {
+  const auto blocchi = lumoscad::LeggiBlocchi(host);
+  bool riuscita = !blocchi.empty();
+  for (const auto& blocco : blocchi) {
+    MostraBlocco(blocco);
+    riuscita = riuscita && blocco.errore.empty();
+  }
+  return Scrivi(riuscita ? "" : "Non tutti i blocchi sono stati letti.\n", riuscita ? 0 : StatoErrore);
+}
+
+int LiberaBlocco(std::string_view host, std::string_view lista, bool si) {
+  const auto blocco = lumoscad::LeggiBlocco(host, lista);
+  if (!blocco.errore.empty()) {
+    return Scrivi(blocco.errore + "\n", StatoErrore);
+  }
+  MostraBlocco(blocco);
+  if (!blocco.preso) {
+    return Scrivi("Non c'è un blocco da togliere.\n", 0);
+  }
+  const auto* const domanda = "Chi tiene la lista non ne è avvisato: accertarsi che là nessuno ci stia lavorando.\n"
+                              "Togliere il blocco? (sì/no) ";
+  if (!si && (Scrivi(domanda, 0) != 0 || !RispostaAffermativa())) {
+    return Scrivi("Il blocco non è stato tolto.\n", StatoChiuso);
+  }
+  const auto esito = lumoscad::TogliBlocco(host, blocco);
+  if (!esito.dettaglio.empty()) {
+    return Scrivi(esito.dettaglio + "\n", esito.tolto ? 0 : StatoErrore);
+  }
+  return Scrivi("Il blocco è stato tolto.\n", 0);
+}
+
 } // namespace
 
 int main(int numero, char** vettore) {
@@ -161,6 +211,13 @@ int main(int numero, char** vettore) {
   }
   if ((argomenti.size() == 2 || argomenti.size() == 3) && primo == "--prova-host") {
     return ProvaHost(argomenti[1], argomenti.size() == 3 ? argomenti[2] : "");
+  }
+  if (argomenti.size() == 2 && primo == "--blocchi") {
+    return Blocchi(argomenti[1]);
+  }
+  const bool si = argomenti.size() == 4 && argomenti[3] == std::string_view("--si");
+  if ((argomenti.size() == 3 || si) && primo == "--libera-blocco") {
+    return LiberaBlocco(argomenti[1], argomenti[2], si);
   }
   if (argomenti.empty() || primo.starts_with("--")) {
     std::fputs(Uso, stderr);

@@ -1,5 +1,6 @@
 // The composition root: wires the adapters to the component when the library is loaded.
 
+#include "entry/Blocchi.hpp"
 #include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "lumoscad/lumoscad.h"
@@ -8,6 +9,7 @@
 #include "platform/Turn.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "platform/nexaro/OperationsTrial.hpp"
+#include "platform/nexaro/SigpipeBlock.hpp"
 #include "platform/nexaro/ssh/HostKey.hpp"
 #include "platform/nexaro/ssh/SshSettings.hpp"
 #include "platform/qt/QtDesktop.hpp"
@@ -84,10 +86,13 @@ bool ProvaHost(std::string_view host, std::string_view programma,
   try {
     auto& collegamento = UnicoHostLink();
     const auto& ambiente = UnicoAmbiente();
-    return nexaro::TryOperations(collegamento, std::string(host), std::string(programma), ambiente,
-                                 [&mostra](const nexaro::StepOutcome& passo) {
-                                   mostra({passo.operation, passo.succeeded, passo.detail});
-                                 });
+    // Where nobody reads any more what `mostra` writes, the lock is freed all the same.
+    const nexaro::SigpipeBlock segnale;
+    const bool riuscita = nexaro::TryOperations(collegamento, std::string(host), std::string(programma), ambiente,
+                                                [&mostra](const nexaro::StepOutcome& passo) {
+                                                  mostra({passo.operation, passo.succeeded, passo.detail});
+                                                });
+    return ProvaBlocco(host, mostra) && riuscita;
   } catch (...) {
     mostra({"Impostazioni", false, CurrentError().Text()});
     return false;
@@ -95,6 +100,43 @@ bool ProvaHost(std::string_view host, std::string_view programma,
 } catch (...) {
   // What `mostra` itself raised: there is nobody else to tell.
   return false;
+}
+
+std::vector<BloccoLista> LeggiBlocchi(std::string_view host) noexcept try {
+  const Turn turno(Turn::Who::Administrator);
+  if (turno.How() != Turn::Outcome::Taken) {
+    return {{{}, false, {}, {}, {}, std::string(turno.Reason())}};
+  }
+  return GuardaBlocchi(host);
+} catch (...) {
+  return {};
+}
+
+BloccoLista LeggiBlocco(std::string_view host, std::string_view lista) noexcept {
+  BloccoLista blocco;
+  try {
+    const Turn turno(Turn::Who::Administrator);
+    if (turno.How() == Turn::Outcome::Taken) {
+      return GuardaBlocco(host, lista);
+    }
+    blocco.lista = lista;
+    blocco.errore = turno.Reason();
+  } catch (...) {
+    blocco.errore = CurrentError().Text();
+  }
+  return blocco;
+}
+
+EsitoBlocco TogliBlocco(std::string_view host, const BloccoLista& visto) noexcept {
+  try {
+    const Turn turno(Turn::Who::Administrator);
+    if (turno.How() == Turn::Outcome::Taken) {
+      return TogliBloccoVisto(host, visto);
+    }
+    return {false, std::string(turno.Reason())};
+  } catch (...) {
+    return {false, CurrentError().Text()};
+  }
 }
 
 } // namespace lumoscad

@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lumoscad {
 
@@ -34,10 +35,39 @@ struct PassoProva {
 
 /// Runs through the five operations of the link with a file of its own in the host's /tmp, which it removes again, and
 /// hands each outcome to `mostra`. With an empty `programma` it looks for the back-end program without starting it;
-/// otherwise it runs `programma` without parameters and expects an XML answer. True when everything works; what
-/// `mostra` raises ends the test, and its file is removed all the same. It uses the link that commands use: while a
-/// command or another test runs, on whatever thread, it is refused, and so is a command while it runs.
+/// otherwise it runs `programma` without parameters and expects an XML answer. Then it takes a lock that no list uses
+/// (PROVA0 to PROVA9, the first that is free), reads it, says who may read it, and frees it. True when everything
+/// works; what `mostra` raises ends the test, and its file and its lock are removed all the same. It uses the link that
+/// commands use: while a command or another test runs, on whatever thread, it is refused, and so is a command while it
+/// runs.
 [[nodiscard]] bool ProvaHost(std::string_view host, std::string_view programma,
                              const std::function<void(const PassoProva&)>& mostra) noexcept;
+
+/// The lock of a list on the host, as it was seen.
+struct BloccoLista {
+  std::string lista;    ///< "CREDITI", "DEBITI", "PRESUNTI", or of a test "PROVA0" to "PROVA9"
+  bool preso = false;   ///< somebody holds it
+  std::string chi;      ///< who: the lock's first line, without control characters and not over 200 of them
+  std::string quando;   ///< since when: its second line
+  std::string impronta; ///< what tells it from every other lock of the same list
+  std::string errore;   ///< why nothing is known of it; empty when all is well
+};
+
+/// Looks at every lock on the host and changes nothing: those of the lists, whether held or not, and those of tests
+/// that are held. It uses the link as `ProvaHost` does; where that is refused each lock says why.
+[[nodiscard]] std::vector<BloccoLista> LeggiBlocchi(std::string_view host) noexcept;
+
+/// The same for one list; an unknown one is an error.
+[[nodiscard]] BloccoLista LeggiBlocco(std::string_view host, std::string_view lista) noexcept;
+
+/// What became of a lock that was to be removed.
+struct EsitoBlocco {
+  bool tolto = false;    ///< this lock holds the list no more
+  std::string dettaglio; ///< why not, or that somebody else had removed it already; else empty
+};
+
+/// Removes a lock that `LeggiBlocco` has given, and no other: it is looked at once more, and one that has changed since
+/// stays. The program that took it is not told; it goes on as if it held the list.
+[[nodiscard]] EsitoBlocco TogliBlocco(std::string_view host, const BloccoLista& visto) noexcept;
 
 } // namespace lumoscad

@@ -2,7 +2,6 @@
 
 #include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
-#include "platform/LocalFile.hpp"
 #include "platform/Services.hpp"
 
 #include <algorithm>
@@ -35,8 +34,16 @@ std::string RigaOra() {
          "   Ora : " + ConZeri(t.hour, 2) + ":" + ConZeri(t.minute, 2);
 }
 
-/// The two lines of a lock. One that is longer than what was read of it is held, whatever its first line: by the first
-/// line that says something.
+} // namespace
+
+std::string FileDelBlocco(std::string_view tipo) {
+  return "/tmp/" + ChiaveBlocco(tipo);
+}
+
+std::vector<std::string> RigheDiChiBlocca() {
+  return {RigaUtente(), RigaOra()};
+}
+
 std::vector<std::string> RigheDelBlocco(LocalBeginning inizio) {
   auto& righe = inizio.lines;
   if (inizio.continues) {
@@ -49,7 +56,13 @@ std::vector<std::string> RigheDelBlocco(LocalBeginning inizio) {
   return std::move(righe);
 }
 
-} // namespace
+std::string TestoDelBlocco(const std::vector<std::string>& righe) {
+  std::string testo;
+  for (const std::string& riga : righe) {
+    testo.append(riga).append("\r\n");
+  }
+  return testo;
+}
 
 std::string TogliSpazi(std::string_view testo) {
   std::string senza;
@@ -58,7 +71,7 @@ std::string TogliSpazi(std::string_view testo) {
 }
 
 std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
-  const std::string remoto = "/tmp/" + ChiaveBlocco(tipo);
+  const std::string remoto = FileDelBlocco(tipo);
   std::string locale;
   std::string riga1;
   std::string riga2;
@@ -76,7 +89,7 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
   });
   if (!MaggioreDiSpazio(riga1)) {
     Prosegui([&] {
-      WriteLocalFile(locale, RigaUtente() + "\r\n" + RigaOra() + "\r\n");
+      WriteLocalFile(locale, TestoDelBlocco(RigheDiChiBlocca()));
       ActiveServices().hostLink().InviaFile(hostIP, locale, remoto);
     });
     return "";
@@ -89,7 +102,7 @@ std::string BloccaArea(std::string_view hostIP, std::string_view tipo) {
 }
 
 std::string SbloccaArea(std::string_view hostIP, std::string_view tipo) {
-  Prosegui([&] { ActiveServices().hostLink().CancellaFile(hostIP, "/tmp/" + ChiaveBlocco(tipo)); });
+  Prosegui([&] { ActiveServices().hostLink().CancellaFile(hostIP, FileDelBlocco(tipo)); });
   return "";
 }
 

@@ -3,6 +3,8 @@
 #include "platform/XMLParser.hpp"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +14,12 @@ namespace lumoscad::nexaro {
 /// What a message says where the host may have done what it was asked and gave no answer to rely on.
 inline constexpr std::string_view UnknownOutcome =
     "L'esito sull'host non è noto: verificarlo prima di ripetere il comando.";
+
+/// What a host says of one of its files; nothing for what it does not say.
+struct FileState {
+  std::optional<unsigned> permissions;   ///< the nine bits of owner, group and others
+  std::optional<std::int64_t> writtenAt; ///< tells two files of one name apart; in a unit of the host's own
+};
 
 /// The link to the host. Every operation names the host by its address and raises a run-time error with an
 /// Italian description when it fails.
@@ -43,6 +51,9 @@ class HostLink {
                             std::string& text) = 0;
   /// Deletes a file on the host; a file that is not there is no failure.
   virtual void CancellaFile(std::string_view host, std::string_view remote) = 0;
+  /// Looks at the host's file `remote` without reading it; a missing file is a failure. A link that cannot look says
+  /// nothing of it.
+  [[nodiscard]] virtual FileState LookAt(std::string_view /*host*/, std::string_view /*remote*/) { return {}; }
 };
 
 } // namespace lumoscad::nexaro

@@ -114,6 +114,14 @@ void RecordedHost::CancellaFile(std::string_view address, std::string_view remot
   file.erase(std::string(remote));
 }
 
+nexaro::FileState RecordedHost::LookAt(std::string_view address, std::string_view remote) {
+  Note(address, "Guarda " + std::string(remote));
+  if (!file.contains(std::string(remote))) {
+    throw RuntimeError(errors::FileNotFound, "File inesistente sull'host: " + std::string(remote));
+  }
+  return states[std::string(remote)];
+}
+
 TestBench::TestBench()
     : environment{"T01", folder_.Path().string()},
       services_({[this]() -> Desktop& { return desktop; }, [this]() -> nexaro::HostLink& { return host; },

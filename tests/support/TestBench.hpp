@@ -42,12 +42,13 @@ class ScriptedDesktop final : public Desktop {
 /// A host that keeps its files in memory, records every operation and answers with a prepared reply.
 class RecordedHost final : public nexaro::HostLink {
  public:
-  std::map<std::string, std::string> file;     ///< host path -> bytes
-  std::vector<std::string> operazioni;         ///< "Invia /tmp/x", "Rinomina /tmp/x /tmp/x.dos", ...
-  std::vector<std::string> host;               ///< the address of every operation
-  std::vector<std::vector<std::string>> calls; ///< the parameters of every program call
-  std::vector<std::string> uploads;            ///< the bytes of every upload
-  std::vector<std::size_t> limits;             ///< how many bytes of a file were asked for, each time
+  std::map<std::string, std::string> file;         ///< host path -> bytes
+  std::vector<std::string> operazioni;             ///< "Invia /tmp/x", "Rinomina /tmp/x /tmp/x.dos", ...
+  std::vector<std::string> host;                   ///< the address of every operation
+  std::vector<std::vector<std::string>> calls;     ///< the parameters of every program call
+  std::vector<std::string> uploads;                ///< the bytes of every upload
+  std::map<std::string, nexaro::FileState> states; ///< what is said of a file that is looked at
+  std::vector<std::size_t> limits;                 ///< how many bytes of a file were asked for, each time
   std::string reply = "<RISPOSTA><MESSAGGIO></MESSAGGIO></RISPOSTA>"; ///< the program's XML answer
   /// Raises what an operation is to fail with; called with the operation's text before it has any effect.
   std::function<void(const std::string& operation)> fault;
@@ -62,6 +63,7 @@ class RecordedHost final : public nexaro::HostLink {
   void RinominaFile(std::string_view address, std::string_view remote, std::string_view newName,
                     std::string& text) override;
   void CancellaFile(std::string_view address, std::string_view remote) override;
+  [[nodiscard]] nexaro::FileState LookAt(std::string_view address, std::string_view remote) override;
 
  private:
   void Note(std::string_view address, const std::string& operation);

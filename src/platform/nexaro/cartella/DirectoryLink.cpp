@@ -112,6 +112,15 @@ void DirectoryLink::CancellaFile(std::string_view host, std::string_view remote)
   }
 }
 
+FileState DirectoryLink::LookAt(std::string_view host, std::string_view remote) {
+  static constexpr std::int64_t Nanoseconds = 1'000'000'000;
+  struct stat state {};
+  if (::stat(RemotePath(remote).c_str(), &state) != 0) {
+    throw SystemError("Lettura dei permessi del file " + Quote(remote) + OnHost(host), errno);
+  }
+  return {state.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO), state.st_mtim.tv_sec * Nanoseconds + state.st_mtim.tv_nsec};
+}
+
 std::string DirectoryLink::FindProgram(std::string_view host, std::string_view program) {
   const auto subject = ProgramSubject(program, host);
   CheckCall(program, {}, subject);

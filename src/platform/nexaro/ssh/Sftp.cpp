@@ -35,6 +35,7 @@ constexpr std::uint32_t SpokenVersion = 3;
 constexpr std::uint32_t WithSize = 0x01;
 constexpr std::uint32_t WithUser = 0x02;
 constexpr std::uint32_t WithPermissions = 0x04;
+constexpr std::uint32_t WithTimes = 0x08;
 /// A server's packets are no longer than this: blocks of 256 KiB and their frame.
 constexpr std::uint32_t LargestPacket = (256U + 16U) * 1024U;
 /// No handle is longer than this (section 6.2): every later request carries it.
@@ -94,6 +95,11 @@ SftpAttributes ReadAttributes(const Sftp::Reply& reply) {
   }
   if ((presentOnes & WithPermissions) != 0) {
     attributes.permissions = reader.U32();
+  }
+  // Needed by nobody who moves files: a server that forgets them is none the worse for it.
+  if ((presentOnes & WithTimes) != 0 && !reader.Finished()) {
+    reader.U32();
+    attributes.writtenAt = reader.U32();
   }
   return attributes;
 }

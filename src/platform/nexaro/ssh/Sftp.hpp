@@ -49,6 +49,7 @@ class SftpError final : public std::exception {
 struct SftpAttributes {
   std::optional<std::uint64_t> size;
   std::optional<std::uint32_t> permissions;
+  std::optional<std::uint32_t> writtenAt; ///< seconds since 1970
 
   [[nodiscard]] bool Directory() const;
   /// An ordinary file, as far as the host says.

@@ -276,6 +276,30 @@ void SshLink::CancellaFile(std::string_view host, std::string_view remote) {
       });
 }
 
+FileState SshLink::LookAt(std::string_view host, std::string_view remote) {
+  static constexpr unsigned PermissionBits = 0777;
+  const SigpipeBlock sigpipeBlock;
+  const auto operation = "Lettura dei permessi del file " + Quote(remote) + OnHost(host);
+  const auto path = HostPath(remote);
+  FileState state;
+  WithFiles(
+      std::string(host), operation,
+      [&](Sftp& sftp) {
+        const auto attributes = sftp.Look(path, true);
+        if (!attributes) {
+          throw SftpError(sftpStatus::NoSuchFile, {});
+        }
+        if (attributes->permissions) {
+          state.permissions = *attributes->permissions & PermissionBits;
+        }
+        state.writtenAt = attributes->writtenAt;
+      },
+      [&](const std::string& reason) {
+        throw LinkError(operation + ": " + reason + ". Verificare la rete e ripetere il comando.");
+      });
+  return state;
+}
+
 void SshLink::EseguiProgramma(std::string_view host, std::string_view program,
                               const std::vector<std::string>& parameters, XMLParser& reply) {
   const SigpipeBlock sigpipeBlock;

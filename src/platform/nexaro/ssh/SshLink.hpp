@@ -37,6 +37,7 @@ class SshLink final : public HostLink, public ProgramSearch {
   void RinominaFile(std::string_view host, std::string_view remote, std::string_view newName,
                     std::string& text) override;
   void CancellaFile(std::string_view host, std::string_view remote) override;
+  [[nodiscard]] FileState LookAt(std::string_view host, std::string_view remote) override;
   [[nodiscard]] std::string FindProgram(std::string_view host, std::string_view program) override;
 
  private:
