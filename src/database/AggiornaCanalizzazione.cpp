@@ -21,9 +21,10 @@ class Canalizzazione {
       return true;
     }
     CercaBanche(variazione);
-    const std::vector<std::string> eventi = Eventi(variazione);
+    std::string selezione = Selezione(variazione);
+    const std::vector<std::string> eventi = Eventi(variazione, selezione);
     const std::string assegna = "UPDATE EVENTOCONTABILE SET " + Nuovi(variazione);
-    std::vector<std::string> modifica = {variazione.idPartitaKey, Selezione(variazione), assegna};
+    std::vector<std::string> modifica = {variazione.idPartitaKey, std::move(selezione), assegna};
     if (eventi.empty()) {
       return aggiornamento_.Fatta(modifica) ||
              aggiornamento_.GiaCosi(Rata(variazione), {variazione.idPartitaKey}, ComeNuovi(variazione));
@@ -110,9 +111,8 @@ class Canalizzazione {
   }
 
   /// The keys of the instalments that the record's grid row stands for: all are read before the first is changed.
-  std::vector<std::string> Eventi(const VariazioneCanalizzazione& variazione) {
-    ado::Recordset righe =
-        aggiornamento_.Leggi(Selezione(variazione), {variazione.idPartitaKey}, std::string(ChiaveEvento));
+  std::vector<std::string> Eventi(const VariazioneCanalizzazione& variazione, const std::string& selezione) {
+    ado::Recordset righe = aggiornamento_.Leggi(selezione, {variazione.idPartitaKey}, std::string(ChiaveEvento));
     std::vector<std::string> eventi;
     for (; !righe.Eof(); righe.MoveNext()) {
       eventi.emplace_back(righe.Fields(ChiaveEvento).Value().value_or(""));

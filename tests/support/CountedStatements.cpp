@@ -42,6 +42,11 @@ void CountedStatements::ExecutedDirectly(std::string_view text) {
   direct_.emplace_back(text);
 }
 
+void CountedStatements::Allocated(const void* statement) {
+  ++allocations_;
+  allocated_.insert(statement);
+}
+
 std::size_t CountedStatements::DirectExecutions(std::string_view begin) const {
   return static_cast<std::size_t>(
       std::count_if(direct_.begin(), direct_.end(), [&](const auto& text) { return text.starts_with(begin); }));
@@ -71,6 +76,23 @@ using lumoscad::test::listening;
 using lumoscad::test::RealFunction;
 using lumoscad::test::Text;
 
+SQLRETURN SQL_API SQLAllocHandle(SQLSMALLINT handleType, SQLHANDLE inputHandle, SQLHANDLE* outputHandle) {
+  static auto* const Original = RealFunction<SQLRETURN(SQLSMALLINT, SQLHANDLE, SQLHANDLE*)>("SQLAllocHandle");
+  const SQLRETURN outcome = Original(handleType, inputHandle, outputHandle);
+  if (listening != nullptr && handleType == SQL_HANDLE_STMT && SQL_SUCCEEDED(outcome)) {
+    listening->Allocated(*outputHandle);
+  }
+  return outcome;
+}
+
+SQLRETURN SQL_API SQLFreeHandle(SQLSMALLINT handleType, SQLHANDLE handle) {
+  static auto* const Original = RealFunction<SQLRETURN(SQLSMALLINT, SQLHANDLE)>("SQLFreeHandle");
+  if (listening != nullptr) {
+    listening->Freed(handle);
+  }
+  return Original(handleType, handle);
+}
+
 SQLRETURN SQL_API SQLPrepare(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
   static auto* const Original = RealFunction<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLPrepare");
   if (listening != nullptr) {
@@ -90,6 +112,9 @@ SQLRETURN SQL_API SQLExecute(SQLHSTMT statementHandle) {
 SQLRETURN SQL_API SQLExecDirect(SQLHSTMT statementHandle, SQLCHAR* statementText, SQLINTEGER textLength) {
   static auto* const Original = RealFunction<SQLRETURN(SQLHSTMT, SQLCHAR*, SQLINTEGER)>("SQLExecDirect");
   if (listening != nullptr) {
+    if (listening->beforeDirectExecution) {
+      listening->beforeDirectExecution(statementHandle);
+    }
     listening->ExecutedDirectly(Text(statementText, textLength));
   }
   return Original(statementHandle, statementText, textLength);

@@ -59,7 +59,7 @@ TransactionOutcome Connection::Outcome() const noexcept {
 }
 
 std::int64_t Connection::Execute(std::string_view sql) {
-  Statement statement(impl_->Require());
+  Statement statement(impl_->Require(), detail::Handles::PassedOn);
   std::string text(sql);
   detail::Announce(text);
   const SQLRETURN rc = statement.WaitFor([&] {
@@ -69,7 +69,9 @@ std::int64_t Connection::Execute(std::string_view sql) {
   if (rc != SQL_NO_DATA) {
     statement.Require(rc, "Istruzione SQL non riuscita.");
   }
-  return detail::AffectedRows(statement, rc);
+  const std::int64_t affected = detail::AffectedRows(statement, rc);
+  statement.PassOn();
+  return affected;
 }
 
 } // namespace lumoscad::ado

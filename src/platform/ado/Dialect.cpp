@@ -38,11 +38,13 @@ constexpr std::string_view EndsOfMariaDb =
 
 // Sending unprepared saves round trips to a server. That it finds and writes the same in columns of every type was
 // tried with each driver that does so (ado_test); one that was never tried binds what it describes, as ODBC means it to
-// be. SQLite's makes no round trips, and tells what is wrong with a statement before it is sent.
+// be. SQLite's makes no round trips, and tells what is wrong with a statement before it is sent. MariaDB's prepares on
+// the server what it executes directly, and closing the cursor of such a handle is a message more.
 constexpr std::array<Dialect, 5> Dialects{{
     {.name = "PostgreSQL",
      .serverSession = "SELECT pg_backend_pid()",
      .sendsUnprepared = true,
+     .passesHandlesOn = true,
      .infiniteTimes = true,
      .namesNumbers = true,
      .ends = EndsOfPostgres},

@@ -18,6 +18,9 @@ struct Dialect {
   /// A statement that is executed once may be sent without being prepared, its parameters bound as texts that nothing
   /// describes, whatever the type of the columns that they meet: the server finds the types by itself.
   bool sendsUnprepared = false;
+  /// A handle whose statement was not prepared is as good as new once its cursor is closed and its columns and
+  /// parameters are let go of, and that says nothing to the server which the handle's release would not have said.
+  bool passesHandlesOn = false;
   bool typesHold = true;      ///< a column declared as a number holds numbers alone
   bool infiniteTimes = false; ///< a timestamp may be one without end, which the driver writes as a last day
   bool namesNumbers = false;  ///< the name of a column's type tells its numbers, its description may not

@@ -101,12 +101,14 @@ Outcome ExecuteOnce(const std::shared_ptr<Session>& session, const std::string& 
   if (!session->dialect().sendsUnprepared || Markers(text) != parameters.size()) {
     return Prepared(session, text).Execute(parameters, wanted);
   }
-  const Statement statement(session);
-  return Execute(statement, text, std::vector<ParameterType>(parameters.size()), parameters, wanted, [&] {
+  Statement statement(session, Handles::PassedOn);
+  Outcome outcome = Execute(statement, text, std::vector<ParameterType>(parameters.size()), parameters, wanted, [&] {
     // The interface takes a pointer to non-const, yet a text is only read.
     return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.data())),
                          static_cast<SQLINTEGER>(text.size()));
   });
+  statement.PassOn();
+  return outcome;
 }
 
 } // namespace lumoscad::ado::detail

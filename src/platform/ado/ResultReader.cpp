@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -55,6 +56,9 @@ bool HoldsNumbers(SQLSMALLINT type) {
   return std::find(Types.begin(), Types.end(), type) != Types.end();
 }
 
+/// Whether a column of this name is one to be read.
+using Wanted = std::function<bool(const std::string&)>;
+
 constexpr const char* DescribingFailed = "Descrizione del risultato non riuscita.";
 
 /// What the server's own name of a column's type says. Numbers may be described as texts, and amounts of money as
@@ -95,10 +99,15 @@ SQLLEN NumberAttribute(const Statement& statement, SQLUSMALLINT column, SQLUSMAL
 }
 
 /// For SQLDescribeCol, for the concise type and for the plain type name psqlodbc asks the server's catalogue, once a
-/// table and connection; what stands here came with the rows.
-ColumnInfo DescribeByAttributes(const Statement& statement, SQLUSMALLINT place) {
+/// table and connection; what stands here came with the rows. A column that is not `wanted` by its name is left at
+/// that.
+std::optional<ColumnInfo> DescribeByAttributes(const Statement& statement, SQLUSMALLINT place, const Wanted& wanted) {
   ColumnInfo column;
   column.name = TextAttribute(statement, place, SQL_DESC_NAME);
+  if (!wanted(column.name)) {
+    return std::nullopt;
+  }
+  column.number = place;
   column.type = static_cast<SQLSMALLINT>(NumberAttribute(statement, place, SQL_DESC_TYPE));
   const std::string typeName = TextAttribute(statement, place, SQL_DESC_LOCAL_TYPE_NAME);
   if (column.type == SQL_DATETIME) {
@@ -110,7 +119,7 @@ ColumnInfo DescribeByAttributes(const Statement& statement, SQLUSMALLINT place) 
   return column;
 }
 
-ColumnInfo Describe(const Statement& statement, SQLUSMALLINT place) {
+std::optional<ColumnInfo> Describe(const Statement& statement, SQLUSMALLINT place, const Wanted& wanted) {
   std::array<SQLCHAR, 512> name{};
   SQLSMALLINT length = 0;
   SQLSMALLINT digits = 0;
@@ -121,6 +130,10 @@ ColumnInfo Describe(const Statement& statement, SQLUSMALLINT place) {
                                    &length, &column.type, &size, &digits, &nullable),
                     DescribingFailed);
   column.name = reinterpret_cast<const char*>(name.data());
+  if (!wanted(column.name)) {
+    return std::nullopt;
+  }
+  column.number = place;
   column.kind = KindOf(statement.session().dialect(), column.type, {});
   column.buffer = BufferBytes(column.type, size);
   return column;
@@ -307,16 +320,14 @@ std::vector<ColumnInfo> DescribeColumns(const Statement& statement, SQLSMALLINT 
     return std::any_of(columns.begin(), columns.end(),
                        [&](const ColumnInfo& column) { return base::SameButForCase(column.name, name); });
   };
-  const auto isWanted = [&](const std::string& name) {
+  const Wanted isWanted = [&](const std::string& name) {
     return wanted.empty() || (!has(name) && std::any_of(wanted.begin(), wanted.end(), [&](const std::string& each) {
              return base::SameButForCase(each, name);
            }));
   };
   for (SQLSMALLINT place = 1; place <= count && (wanted.empty() || columns.size() < wanted.size()); ++place) {
-    ColumnInfo column = describe(statement, static_cast<SQLUSMALLINT>(place));
-    if (isWanted(column.name)) {
-      column.number = static_cast<SQLUSMALLINT>(place);
-      columns.push_back(std::move(column));
+    if (auto column = describe(statement, static_cast<SQLUSMALLINT>(place), isWanted)) {
+      columns.push_back(*std::move(column));
     }
   }
   return columns;

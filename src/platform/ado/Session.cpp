@@ -188,6 +188,7 @@ void Session::Disconnect() noexcept {
     statement->handle_.reset();
   }
   statements_.clear();
+  passedOn_.reset();
   if (!std::exchange(open_, false)) {
     return;
   }
@@ -215,15 +216,25 @@ void Session::EndPhantomTransaction() noexcept {
   SQLEndTran(SQL_HANDLE_DBC, connection_.get(), SQL_ROLLBACK);
 }
 
-Statement::Statement(std::shared_ptr<Session> session) : session_(std::move(session)) {
-  session_->RequireOpen();
+Handle<SQL_HANDLE_STMT> Session::NewStatement() const {
   SQLHANDLE created = nullptr;
-  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, session_->handle(), &created))) {
-    throw OdbcError(SQL_HANDLE_DBC, session_->handle(), session_->Password(), "Istruzione SQL non allocata.");
+  if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
+    throw OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Istruzione SQL non allocata.");
   }
-  handle_ = Handle<SQL_HANDLE_STMT>::Adopt(created);
+  auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
   // A driver that cannot do this says so here; its server is told once a connection, by its dialect.
-  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(session_->TimeLimit()), SQL_IS_UINTEGER);
+  SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
+  return statement;
+}
+
+Statement::Statement(std::shared_ptr<Session> session, Handles handles) : session_(std::move(session)) {
+  session_->RequireOpen();
+  if (handles == Handles::PassedOn) {
+    handle_ = std::move(session_->passedOn_);
+  }
+  if (!handle_) {
+    handle_ = session_->NewStatement();
+  }
   session_->statements_.insert(this);
 }
 
@@ -239,6 +250,19 @@ void Statement::Require(SQLRETURN rc, std::string_view context) const {
   }
   session_->StatementFailed();
   throw session_->Explained(OdbcError(SQL_HANDLE_STMT, handle_.get(), session_->Password(), context, session_->Dead()));
+}
+
+void Statement::PassOn() noexcept {
+  if (!handle_ || !session_->inTransaction_ || !session_->dialect().passesHandlesOn || session_->passedOn_) {
+    return;
+  }
+  const Waiting waiting(*session_);
+  for (const SQLUSMALLINT what : std::to_array<SQLUSMALLINT>({SQL_CLOSE, SQL_UNBIND, SQL_RESET_PARAMS})) {
+    if (!SQL_SUCCEEDED(SQLFreeStmt(handle_.get(), what))) {
+      return;
+    }
+  }
+  session_->passedOn_ = std::move(handle_);
 }
 
 void Announce(std::string_view sql) {

@@ -52,7 +52,8 @@ class Session {
   void RequireOpen() const;
   void RequireTransaction(const char* otherwise) const;
   void Autocommit(bool on);
-  [[nodiscard]] SQLRETURN EndTransaction(SQLSMALLINT how) const noexcept;
+  [[nodiscard]] SQLRETURN EndTransaction(SQLSMALLINT how) noexcept;
+  [[nodiscard]] Handle<SQL_HANDLE_STMT> NewStatement() const;
   void ReadCapabilities();
   void SendOpening();
   void Watch(const Sockets& before);
@@ -76,6 +77,7 @@ class Session {
   Handle<SQL_HANDLE_DBC> connection_;
   std::string password_;
   std::unordered_set<Statement*> statements_;
+  Handle<SQL_HANDLE_STMT> passedOn_; ///< of a statement of the open transaction, for the next one; as good as new
   bool open_ = false;
   bool inTransaction_ = false;
   bool statementFailed_ = false;
@@ -99,10 +101,16 @@ class Waiting {
   Watchdog* watchdog_; ///< none inside another call
 };
 
+/// Where a statement has its handle from.
+enum class Handles {
+  Own,     ///< allocated for it
+  PassedOn ///< what an earlier statement of the transaction has passed on, where there is one, or else one of its own
+};
+
 /// One statement handle of a session; it is released early when the session is closed.
 class Statement {
  public:
-  explicit Statement(std::shared_ptr<Session> session);
+  explicit Statement(std::shared_ptr<Session> session, Handles handles = Handles::Own);
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
   ~Statement();
@@ -118,6 +126,10 @@ class Statement {
   }
   /// Raises the diagnostics of the statement unless `rc` is a success.
   void Require(SQLRETURN rc, std::string_view context) const;
+  /// Ends the statement, which was sent without being prepared and without a failure. Within a transaction, and where
+  /// the dialect allows it, the handle serves the next statement that takes what was passed on; nothing of this one is
+  /// left on it but the time limit. A handle that is never passed on, after a failure first of all, is released.
+  void PassOn() noexcept;
 
  private:
   friend class Session;

@@ -69,8 +69,9 @@ void Session::Autocommit(bool on) {
   }
 }
 
-SQLRETURN Session::EndTransaction(SQLSMALLINT how) const noexcept {
+SQLRETURN Session::EndTransaction(SQLSMALLINT how) noexcept {
   const Waiting waiting(*this);
+  passedOn_.reset();
   return SQLEndTran(SQL_HANDLE_DBC, connection_.get(), how);
 }
 
