@@ -227,7 +227,7 @@ void BaseEsiti::Ripristina() const {
 }
 
 bool BaseEsiti::Entro(const std::function<bool()>& condizione) {
-  const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!condizione()) {
     if (std::chrono::steady_clock::now() > limite) {
       return false;

@@ -62,9 +62,9 @@ class BaseEsiti {
   [[nodiscard]] std::string Valore(std::string_view sql) const;
   /// Puts the data back as they were at first.
   void Ripristina() const;
-  /// Waits until the server has no session on this database left but this object's; false after ten seconds.
+  /// Waits until the server has no session on this database left but this object's; false after a minute.
   [[nodiscard]] bool SenzaAltreSessioni() const;
-  /// Waits until a session of the server waits for another's lock; false after ten seconds. It asks over a connection
+  /// Waits until a session of the server waits for another's lock; false after a minute. It asks over a connection
   /// of its own, so that any thread may wait.
   [[nodiscard]] bool QualcunoAspetta() const;
   /// Opens the direct way anew, after the server was away.

@@ -7,7 +7,10 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 
 // A database of several servers, of which some may lose sight of the others.
@@ -46,14 +49,14 @@ class Cluster : public testing::Test {
     asking->Execute("SET SESSION wsrep_sync_wait=1");
     return test::FirstValue(*asking, Amount);
   }
-  static RuntimeError FailureOf(Connection& connection) {
+  /// The failure of the connection's COMMIT; nothing where it was answered with success.
+  static std::optional<RuntimeError> FailureOf(Connection& connection) {
     try {
       connection.CommitTrans();
     } catch (const RuntimeError& error) {
       return error;
     }
-    ADD_FAILURE() << "committed";
-    return {0, ""};
+    return std::nullopt;
   }
 
   inline static std::unique_ptr<GaleraCluster> cluster_; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
@@ -97,33 +100,54 @@ TEST_F(Cluster, LoserOfTwoChangesOnTwoNodesIsToldSoAndNothingOfItStays) {
   }
   first->CommitTrans();
   const auto error = FailureOf(*second);
+  ASSERT_TRUE(error.has_value());
   EXPECT_EQ(second->Outcome(), TransactionOutcome::NotApplied);
-  EXPECT_EQ(error.Note(), "Un altro terminale ha modificato le stesse righe nello stesso momento: la base dati ha "
-                          "annullato le modifiche di questo.");
+  EXPECT_EQ(error->Note(), "Un altro terminale ha modificato le stesse righe nello stesso momento: la base dati ha "
+                           "annullato le modifiche di questo.");
   EXPECT_EQ(AmountAt(1), std::to_string(before + 1));
 }
 
+/// How often a node is cut off from the others in the middle of a COMMIT: more often where the figures are wanted.
+int Times() {
+  return std::getenv("LUMOSCAD_PER_INTERO") != nullptr ? 20 : 1;
+}
+
 TEST_F(Cluster, CommitThatANodeRefusesSinceItSeesNoOtherIsOfUnknownOutcome) {
-  const auto connection = OpenAt(0);
-  const int before = std::stoi(AmountAt(0));
-  connection->BeginTrans();
-  connection->Execute(Change);
-  cluster_->Node(1).Pause();
-  cluster_->Node(2).Pause();
-  const auto error = FailureOf(*connection);
-  cluster_->Node(1).Resume();
-  cluster_->Node(2).Resume();
-  EXPECT_EQ(connection->Outcome(), TransactionOutcome::Unknown) << error.what();
-  EXPECT_EQ(error.Outcome(), TransactionOutcome::Unknown);
-  EXPECT_THAT(error.Note(), HasSubstr("I server della base dati non si vedevano mentre si confermavano le modifiche: "
-                                      "l'esito è sconosciuto"))
-      << error.what();
-  cluster_->AwaitWhole();
-  const std::string after = AmountAt(0);
-  EXPECT_THAT(after, AnyOf(std::to_string(before), std::to_string(before + 1)));
-  for (std::size_t node = 1; node < GaleraCluster::Size; ++node) {
-    EXPECT_EQ(AmountAt(node), after) << node;
+  int refused = 0;
+  int applied = 0;
+  // A COMMIT that the others have heard of before they fall silent is answered all the same.
+  for (int time = 0; time < Times() || (refused == 0 && time < 5); ++time) {
+    const auto connection = OpenAt(0);
+    const int before = std::stoi(AmountAt(0));
+    connection->BeginTrans();
+    connection->Execute(Change);
+    cluster_->Node(1).Pause();
+    cluster_->Node(2).Pause();
+    const auto error = FailureOf(*connection);
+    cluster_->Node(1).Resume();
+    cluster_->Node(2).Resume();
+    cluster_->AwaitWhole();
+    const std::string after = AmountAt(0);
+    for (std::size_t node = 1; node < GaleraCluster::Size; ++node) {
+      EXPECT_EQ(AmountAt(node), after) << node;
+    }
+    if (!error) {
+      EXPECT_EQ(connection->Outcome(), TransactionOutcome::Applied);
+      EXPECT_EQ(after, std::to_string(before + 1));
+      continue;
+    }
+    EXPECT_EQ(connection->Outcome(), TransactionOutcome::Unknown) << error->what();
+    EXPECT_EQ(error->Outcome(), TransactionOutcome::Unknown);
+    EXPECT_THAT(error->Note(), HasSubstr("I server della base dati non si vedevano mentre si confermavano le "
+                                         "modifiche: l'esito è sconosciuto"))
+        << error->what();
+    EXPECT_THAT(after, AnyOf(std::to_string(before), std::to_string(before + 1)));
+    ++refused;
+    applied += after == std::to_string(before) ? 0 : 1;
   }
+  EXPECT_GT(refused, 0);
+  std::printf("cluster: conferme rifiutate da un server che non vede gli altri: %d, poi eseguite %d\n", refused,
+              applied);
 }
 
 } // namespace

@@ -30,7 +30,7 @@ class Halted {
       : process_(kind == "postgres" ? std::stoi(test::FirstValue(connection, "SELECT pg_backend_pid()"))
                                     : test::MariaDb().Process()) {
     kill(process_, SIGSTOP);
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (!Stopped() && std::chrono::steady_clock::now() < limit) {
       usleep(1000);
     }

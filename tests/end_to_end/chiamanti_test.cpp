@@ -55,7 +55,7 @@ class Chiamante {
           risultati = FileText(cartella_ / "risultati");
           return std::count(risultati.begin(), risultati.end(), '\n') >= quanti;
         },
-        std::chrono::seconds(10));
+        std::chrono::seconds(60));
     return risultati;
   }
   [[nodiscard]] std::string Errori() const { return FileText(cartella_ / "errori"); }

@@ -23,7 +23,7 @@ void SendTo(const base::Descriptor& socket, const std::string& text) {
 }
 
 /// What arrives until `howMany` bytes are there or the connection ends; "!" stands for a reset, "?" for silence.
-std::string Arrived(const base::Descriptor& socket, std::size_t howMany, std::chrono::milliseconds limit = 10s) {
+std::string Arrived(const base::Descriptor& socket, std::size_t howMany, std::chrono::milliseconds limit = 60s) {
   const timeval timeout{limit.count() / 1000, (limit.count() % 1000) * 1000};
   ::setsockopt(socket.Number(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
   std::string text;
@@ -90,7 +90,7 @@ TEST_F(Proxy, ClosesBothSidesAfterTheBytesItWasGiven) {
   SendTo(client, "domanda");
   EXPECT_EQ(Arrived(server, 100), "doman");
   EXPECT_EQ(Arrived(client, 100), "");
-  EXPECT_TRUE(proxy.HasStruck(10s));
+  EXPECT_TRUE(proxy.HasStruck(60s));
   EXPECT_EQ(proxy.Open(), 0);
   Open();
   SendTo(client, "domanda");
@@ -128,7 +128,7 @@ TEST_F(Proxy, KeepsASequenceFromTheServer) {
   EXPECT_FALSE(proxy.HasStruck());
   SendTo(client, "IT;");
   EXPECT_EQ(Arrived(server, 100), "");
-  EXPECT_TRUE(proxy.HasStruck(10s));
+  EXPECT_TRUE(proxy.HasStruck(60s));
 }
 
 TEST_F(Proxy, KeepsTheAnswerToASequenceFromTheClient) {
@@ -145,7 +145,7 @@ TEST_F(Proxy, KeepsTheAnswerToASequenceFromTheClient) {
   EXPECT_FALSE(proxy.HasStruck());
   SendTo(server, "fatto");
   EXPECT_EQ(Arrived(client, 100), "!");
-  EXPECT_TRUE(proxy.HasStruck(10s));
+  EXPECT_TRUE(proxy.HasStruck(60s));
 }
 
 TEST_F(Proxy, RefusesNewConnectionsAndTakesThemAgain) {
