@@ -32,15 +32,18 @@ ListView::ListView(const ListWindow& window, ListModel& model, QWidget* parent)
   setObjectName(Text(window.Description().listName));
   setAccessibleName(Text(window.Description().title));
   setFont(look::Font(window.Description().fontName));
-  setModel(&model);
   setItemDelegate(new ListDelegate(this));
   connect(qGuiApp, &QGuiApplication::fontDatabaseChanged, this, [this] {
     painter_.FontsChanged();
     viewport()->update();
   });
   Prepare();
+  setModel(&model);
+  ShowColumns();
 }
 
+/// Before there is a model: a header that is not hidden yet would measure its texts, in a font that nothing is shown
+/// in.
 void ListView::Prepare() {
   setFrameShape(QFrame::NoFrame);
   setShowGrid(false);
@@ -60,6 +63,9 @@ void ListView::Prepare() {
   verticalHeader()->setMinimumSectionSize(look::RowHeight);
   verticalHeader()->setDefaultSectionSize(look::RowHeight);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+}
+
+void ListView::ShowColumns() {
   for (int column = 0; column < model_.columnCount(); ++column) {
     setColumnHidden(column, window_.Description().columns[static_cast<std::size_t>(column)].width <= 0);
   }

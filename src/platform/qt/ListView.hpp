@@ -79,6 +79,7 @@ class ListView final : public QTableView {
 
  private:
   void Prepare();
+  void ShowColumns();
   void LayOutColumns();
   /// The columns of which something lies between two pixels of the viewport.
   [[nodiscard]] std::vector<ListPainter::Column> ColumnsBetween(int left, int right) const;
