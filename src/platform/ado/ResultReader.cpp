@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -67,6 +69,9 @@ ValueKind KindByName(std::string_view typeName) {
   if (typeName == "money") {
     return ValueKind::Money;
   }
+  if (typeName == "int2" || typeName == "int4" || typeName == "int8") {
+    return ValueKind::Integer;
+  }
   const bool number = typeName == "numeric" || typeName == "float4" || typeName == "float8";
   return number ? ValueKind::Number : ValueKind::AsItIs;
 }
@@ -100,7 +105,8 @@ SQLLEN NumberAttribute(const Statement& statement, SQLUSMALLINT column, SQLUSMAL
 
 /// For SQLDescribeCol, for the concise type and for the plain type name psqlodbc asks the server's catalogue, once a
 /// table and connection; what stands here came with the rows. A column that is not `wanted` by its name is left at
-/// that.
+/// that. Of a numeric column that is no table's own, a sum, psqlodbc looks for the longest value through all rows
+/// whatever is asked of it, and twice for its type or size: of a number its name and that of its type are enough.
 std::optional<ColumnInfo> DescribeByAttributes(const Statement& statement, SQLUSMALLINT place, const Wanted& wanted) {
   ColumnInfo column;
   column.name = TextAttribute(statement, place, SQL_DESC_NAME);
@@ -108,8 +114,20 @@ std::optional<ColumnInfo> DescribeByAttributes(const Statement& statement, SQLUS
     return std::nullopt;
   }
   column.number = place;
-  column.type = static_cast<SQLSMALLINT>(NumberAttribute(statement, place, SQL_DESC_TYPE));
   const std::string typeName = TextAttribute(statement, place, SQL_DESC_LOCAL_TYPE_NAME);
+  if (typeName == "numeric") {
+    column.type = SQL_NUMERIC;
+    column.kind = ValueKind::Number;
+    column.buffer = BufferBytes(column.type, 0);
+    return column;
+  }
+  if (KindByName(typeName) == ValueKind::Integer) {
+    column.type = SQL_BIGINT;
+    column.kind = ValueKind::Integer;
+    column.buffer = sizeof(SQLBIGINT);
+    return column;
+  }
+  column.type = static_cast<SQLSMALLINT>(NumberAttribute(statement, place, SQL_DESC_TYPE));
   if (column.type == SQL_DATETIME) {
     column.type = typeName.starts_with("timestamp") ? SQL_TYPE_TIMESTAMP : SQL_TYPE_DATE;
   }
@@ -172,6 +190,7 @@ std::string_view PlainText(ValueKind kind, char* text, std::size_t length) {
   case ValueKind::Money:
     return WithoutCurrency(text, length);
   case ValueKind::AsItIs:
+  case ValueKind::Integer:
     break;
   }
   return {text, length};
@@ -185,6 +204,7 @@ class Block {
       rowBytes_ += column.buffer + sizeof(SQLLEN);
     }
     most_ = std::clamp<std::size_t>(BlockBytes / std::max<std::size_t>(rowBytes_, 1), 1, MostRows);
+    digits_.resize(columns.size());
     Resize(std::min(FirstRows, most_));
   }
   Block(const Block&) = delete;
@@ -216,11 +236,15 @@ class Block {
   }
 
   /// The cells of a fetched row; false when one of them did not fit.
-  [[nodiscard]] bool Read(std::size_t row, Cells& cells) const {
+  [[nodiscard]] bool Read(std::size_t row, Cells& cells) {
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       const SQLLEN length = lengths_[i * rows_ + row];
       if (length == SQL_NULL_DATA) {
         cells[i].reset();
+        continue;
+      }
+      if (columns_[i].kind == ValueKind::Integer) {
+        cells[i] = Digits(i, row);
         continue;
       }
       // A value that fills its buffer to the last byte may have been cut by a driver that tells the cut length.
@@ -252,17 +276,28 @@ class Block {
   }
 
   void Bind() {
-    buffer_ = std::make_unique_for_overwrite<char[]>(rowBytes_ * rows_);
+    buffer_ = std::make_unique_for_overwrite<char[]>(rowBytes_ * rows_ + columns_.size() * sizeof(SQLBIGINT));
     starts_.clear();
     lengths_.assign(columns_.size() * rows_, 0);
     char* start = buffer_.get();
     for (std::size_t i = 0; i < columns_.size(); ++i) {
       starts_.push_back(start);
-      statement_.Require(SQLBindCol(statement_.handle(), columns_[i].number, SQL_C_CHAR, start,
+      const SQLSMALLINT type = columns_[i].kind == ValueKind::Integer ? SQL_C_SBIGINT : SQL_C_CHAR;
+      statement_.Require(SQLBindCol(statement_.handle(), columns_[i].number, type, start,
                                     static_cast<SQLLEN>(columns_[i].buffer), &lengths_[i * rows_]),
                          ReadingFailed);
-      start += columns_[i].buffer * rows_;
+      // The next column may be one of numbers, which the driver writes where such numbers may stand.
+      start += (columns_[i].buffer * rows_ + sizeof(SQLBIGINT) - 1) / sizeof(SQLBIGINT) * sizeof(SQLBIGINT);
     }
+  }
+
+  /// The text of a number; it stands until the next row is read.
+  [[nodiscard]] std::string_view Digits(std::size_t column, std::size_t row) {
+    SQLBIGINT number = 0;
+    std::memcpy(&number, starts_[column] + row * sizeof number, sizeof number);
+    auto& text = digits_[column];
+    const char* const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return {text.data(), static_cast<std::size_t>(end - text.data())};
   }
 
   const Statement& statement_;
@@ -272,6 +307,7 @@ class Block {
   std::size_t rows_ = 1;
   std::unique_ptr<char[]> buffer_;
   std::vector<char*> starts_;
+  std::vector<std::array<char, 24>> digits_; ///< of the numbers of the row just read, by column
   std::vector<SQLLEN> lengths_;
   std::vector<SQLUSMALLINT> status_;
   SQLULEN fetched_ = 0;

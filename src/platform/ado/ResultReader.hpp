@@ -8,8 +8,8 @@
 
 namespace lumoscad::ado::detail {
 
-/// What is to be done with a value's text as the driver gives it.
-enum class ValueKind { AsItIs, Timestamp, InfiniteTimestamp, Number, Money };
+/// What is to be done with a value's text as the driver gives it. A bound `Integer` comes as the number that it is.
+enum class ValueKind { AsItIs, Timestamp, InfiniteTimestamp, Number, Money, Integer };
 
 /// One column of a result as the driver describes it.
 struct ColumnInfo {
@@ -17,7 +17,7 @@ struct ColumnInfo {
   SQLSMALLINT type = 0;
   SQLUSMALLINT number = 0; ///< its place in the result, from 1
   ValueKind kind = ValueKind::AsItIs;
-  std::size_t buffer = 0; ///< bytes of a bound value with its terminator; 0 where it is read piece by piece
+  std::size_t buffer = 0; ///< bytes of a bound value, a text's terminator included; 0 where it is read piece by piece
 };
 
 /// Whether a column's value may stand in a comparison on a server that speaks `dialect`.
