@@ -9,7 +9,9 @@
 #include "platform/Services.hpp"
 #include "screens/DataDiRiga.hpp"
 
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace lumoscad {
 namespace {
@@ -82,7 +84,8 @@ class Lettura {
         originale_(righe.ColumnIndex("DATASCADENZAORIGINALE")),
         descrizioneBanca_(righe.ColumnIndex("DESCRIZIONEBANCA")), importo_(righe.ColumnIndex("IMPORTOEURO")) {}
 
-  [[nodiscard]] RigaScadenza Riga() const {
+  [[nodiscard]] RigaScadenza Riga() {
+    righe_.ReadRow(valori_);
     RigaScadenza riga;
     riga.CodiceConto = Campo(conto_);
     riga.DescrizioneConto = Campo(descrizioneConto_);
@@ -98,9 +101,10 @@ class Lettura {
   }
 
  private:
-  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return righe_.ValueAt(colonna).value_or(""); }
+  [[nodiscard]] std::string_view Campo(std::size_t colonna) const { return valori_[colonna].value_or(""); }
 
   ado::Recordset& righe_;
+  std::vector<std::optional<std::string_view>> valori_; ///< of the row, by column
   std::size_t conto_;
   std::size_t descrizioneConto_;
   std::size_t numeroPartita_;
@@ -170,7 +174,7 @@ void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
 void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
   std::vector<std::string_view> testi(Colonne);
   griglia_.righe.Prepara(righe.RecordCount());
-  for (const Lettura lettura(righe); !righe.Eof(); righe.MoveNext()) {
+  for (Lettura lettura(righe); !righe.Eof(); righe.MoveNext()) {
     const RigaScadenza letta = lettura.Riga();
     RichiediData(letta.CodiceConto, "DATASCADENZA", letta.DataScadenza);
     const bool originaleUguale = letta.dataScadenzaOriginale == letta.DataScadenza;

@@ -15,6 +15,9 @@ using testing::HasSubstr;
 INSTANTIATE_TEST_SUITE_P(Databases, Ado, testing::ValuesIn(test::DatabaseKinds()),
                          [](const auto& chosen) { return std::string(chosen.param); });
 
+class AdoPostgresNumbers : public Ado {};
+INSTANTIATE_TEST_SUITE_P(Databases, AdoPostgresNumbers, testing::Values("postgres"));
+
 TEST_P(Ado, CountsRowsExactlyAndWalksThem) {
   Recordset rows = Query("SELECT CHIAVE FROM EVENTI ORDER BY CHIAVE");
   EXPECT_EQ(rows.State(), State::Open);
@@ -57,6 +60,45 @@ TEST_P(Ado, GivesAmountsAsDecimalText) {
   EXPECT_THAT(Single("SELECT SUM(IMPORTO) FROM EVENTI WHERE GRUPPO=10").value_or(""),
               testing::AnyOf("-399.9", "-399.90"));
   EXPECT_EQ(Single("SELECT SUM(IMPORTO) FROM EVENTI WHERE CHIAVE=3"), std::nullopt);
+}
+
+TEST_P(Ado, GivesWholeNumbersOfEverySizeAsTheirDigits) {
+  connection_.Execute("CREATE TABLE INTERI (CHIAVE INTEGER NOT NULL PRIMARY KEY, CORTO SMALLINT, LUNGO BIGINT)");
+  for (const char* const row : {"-2147483647, -32767, -9223372036854775807", "0, 0, 0", "7, NULL, NULL",
+                                "2147483647, 32767, 9223372036854775807"}) {
+    connection_.Execute("INSERT INTO INTERI VALUES (" + std::string(row) + ")");
+  }
+  std::string all;
+  std::vector<std::optional<std::string_view>> values;
+  for (Recordset rows = Query("SELECT CHIAVE, CORTO, 'x', LUNGO FROM INTERI ORDER BY CHIAVE"); !rows.Eof();
+       rows.MoveNext()) {
+    rows.ReadRow(values);
+    ASSERT_EQ(values.size(), rows.ColumnCount());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      EXPECT_EQ(values[i], rows.ValueAt(i));
+      all.append(values[i].value_or("NULL")).append("|");
+    }
+  }
+  EXPECT_EQ(all, "-2147483647|-32767|x|-9223372036854775807|0|0|x|0|7|NULL|x|NULL|"
+                 "2147483647|32767|x|9223372036854775807|");
+}
+
+TEST_P(Ado, ReadsARowWithTheValuesThatWereSet) {
+  Recordset rows = Editable(connection_, "CHIAVE=1");
+  rows.Fields("SOSPESA").SetValue(std::nullopt);
+  std::vector<std::optional<std::string_view>> values;
+  rows.ReadRow(values);
+  EXPECT_EQ(values[0], "1");
+  EXPECT_EQ(values[1], std::nullopt);
+  rows.Fields("SOSPESA").SetValue("X");
+  rows.ReadRow(values);
+  EXPECT_EQ(values[1], "X");
+}
+
+TEST_P(AdoPostgresNumbers, ReadsANumberLongerThanAnyBufferWhole) {
+  const std::string digits(80, '7');
+  EXPECT_EQ(Single("SELECT " + digits + ".25"), digits + ".25");
+  EXPECT_EQ(Single("SELECT SUM(N) FROM (VALUES (1.5), (" + digits + ")) AS V(N)"), digits.substr(1) + "8.5");
 }
 
 TEST_P(Ado, ReadsAccentsAndBindsThem) {

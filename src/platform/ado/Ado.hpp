@@ -141,6 +141,8 @@ class Recordset {
   [[nodiscard]] const std::string& ColumnName(std::size_t position) const;
   /// Value of the current row in the column at `position`; nothing for NULL.
   [[nodiscard]] std::optional<std::string_view> ValueAt(std::size_t position) const;
+  /// The values of the current row, one a column; nothing for NULL. For reading many rows.
+  void ReadRow(std::vector<std::optional<std::string_view>>& values) const;
   /// Sends the changed fields of the current row: an UPDATE by key whose WHERE also carries the original values
   /// of the changed columns (not those of long columns where the server compares none). Where the driver counts no
   /// row, the change is done when exactly one row of the key holds every value set. Error -2147217864 otherwise.

@@ -147,6 +147,14 @@ std::optional<std::string_view> Recordset::ValueAt(std::size_t position) const {
   return impl_->Value(position);
 }
 
+void Recordset::ReadRow(std::vector<std::optional<std::string_view>>& values) const {
+  impl_->RequireRow();
+  impl_->rows.Read(impl_->current, values);
+  for (const auto& [position, value] : impl_->pending) {
+    values[position] = value ? std::optional<std::string_view>(*value) : std::nullopt;
+  }
+}
+
 void Recordset::Update() {
   impl_->RequireRow();
   if (!impl_->table) {

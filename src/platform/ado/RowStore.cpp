@@ -50,6 +50,23 @@ std::optional<std::string_view> ReadCell(const std::byte* ends, std::size_t colu
   return std::string_view(text + from, end - from);
 }
 
+template <typename Offset> void ReadCells(const std::byte* ends, Cells& cells) noexcept {
+  const auto* text = reinterpret_cast<const char*>(ends + cells.size() * sizeof(Offset));
+  std::size_t start = 0;
+  for (auto& cell : cells) {
+    Offset end = 0;
+    std::memcpy(&end, ends, sizeof end);
+    ends += sizeof end;
+    const std::size_t stop = end & static_cast<Offset>(~NullFlag<Offset>);
+    if ((end & NullFlag<Offset>) != 0) {
+      cell.reset();
+    } else {
+      cell = std::string_view(text + start, stop - start);
+    }
+    start = stop;
+  }
+}
+
 } // namespace
 
 void RowStore::Append(const std::vector<std::optional<std::string_view>>& cells) {
@@ -64,6 +81,16 @@ std::optional<std::string_view> RowStore::Cell(std::size_t row, std::size_t colu
   const std::byte* packed = rows_[row];
   return *packed == std::byte{sizeof(ShortOffset)} ? ReadCell<ShortOffset>(packed + 1, columns_, column)
                                                    : ReadCell<LongOffset>(packed + 1, columns_, column);
+}
+
+void RowStore::Read(std::size_t row, Cells& cells) const {
+  cells.resize(columns_);
+  const std::byte* packed = rows_[row];
+  if (*packed == std::byte{sizeof(ShortOffset)}) {
+    ReadCells<ShortOffset>(packed + 1, cells);
+  } else {
+    ReadCells<LongOffset>(packed + 1, cells);
+  }
 }
 
 void RowStore::Clear() {

@@ -23,6 +23,8 @@ class RowStore {
   /// Puts `cells` in the place of the row at `row`. Views of the former row stay valid.
   void Replace(std::size_t row, const std::vector<std::optional<std::string_view>>& cells);
   [[nodiscard]] std::optional<std::string_view> Cell(std::size_t row, std::size_t column) const noexcept;
+  /// All cells of a row at once.
+  void Read(std::size_t row, std::vector<std::optional<std::string_view>>& cells) const;
   void Clear();
 
  private:
