@@ -5,14 +5,17 @@
 #include "platform/qt/ListWindowQt.hpp"
 #include "platform/qt/Look.hpp"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QImage>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTableView>
 #include <QTest>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -289,6 +292,51 @@ TEST(ListPainting, ShowsEachStateDifferently) {
     pictures.push_back(Picture(*list.viewport(), 1, all));
     EXPECT_NE(pictures[0], pictures[1]);
     EXPECT_NE(pictures[1], pictures[2]);
+  });
+}
+
+/// What the tooltip of a cell says when the pointer rests on it; empty where there is none.
+QString Tooltip(const QTableView& list, int row, int column) {
+  QToolTip::hideText();
+  EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }));
+  const QPoint where = list.visualRect(list.model()->index(row, column)).center();
+  QHelpEvent event(QEvent::ToolTip, where, list.viewport()->mapToGlobal(where));
+  QCoreApplication::sendEvent(list.viewport(), &event);
+  return QToolTip::isVisible() ? QToolTip::text() : QString();
+}
+
+TEST(ListTooltip, ShowsTheWholeOfATextThatDoesNotFit) {
+  FinestraFinta fake(4);
+  fake.texts = {{{1, 0}, "Rossi & Figli <tutti>"}, {{2, FinestraFinta::ColonnaBanca}, "Banca del Garda"}};
+  fake.texts[{2, 4}] = "Banca";
+  fake.texts[{1, FinestraFinta::ColonnaBanca}] = "Banca del Garda";
+  fake.texts[{1, 4}] = "Banca del Garda";
+  Esegui(fake, [&](QDialog& window) {
+    QTableView& list = Lista(window);
+    window.resize(1500, 400);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(Tooltip(list, 1, 0), "");
+    list.setColumnWidth(0, 60);
+    EXPECT_EQ(Tooltip(list, 1, 0), "<p>Rossi &amp; Figli &lt;tutti&gt;</p>");
+    const int plain = QFontMetrics(list.font()).horizontalAdvance(QStringLiteral("Banca del Garda"));
+    list.setColumnWidth(FinestraFinta::ColonnaBanca, plain + 12);
+    EXPECT_EQ(Tooltip(list, 1, FinestraFinta::ColonnaBanca), "");
+    EXPECT_EQ(Tooltip(list, 2, FinestraFinta::ColonnaBanca), "<p>Banca del Garda</p>") << "a changed value is bold";
+  });
+}
+
+TEST(ListForScreenReaders, SaysWhatEachCellShows) {
+  FinestraFinta fake(4);
+  fake.spunte = {{1, FinestraFinta::ColonnaSpuntaData}};
+  Esegui(fake, [&](QDialog& window) {
+    QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&Lista(window));
+    ASSERT_NE(list, nullptr);
+    QAccessibleTableInterface* const table = list->tableInterface();
+    ASSERT_NE(table, nullptr);
+    const auto said = [&](int row, int column) { return table->cellAt(row, column)->text(QAccessible::Name); };
+    EXPECT_EQ(said(1, 0), "Oleificio Santa Chiara");
+    EXPECT_EQ(said(1, FinestraFinta::ColonnaSpuntaData), "spuntata");
+    EXPECT_EQ(said(2, FinestraFinta::ColonnaSpuntaData), "non spuntata");
   });
 }
 
