@@ -64,6 +64,8 @@ TEST_F(SshRoundTrips, AConfirmationWaitsForNoneThatItCanDoWithout) {
   EXPECT_EQ(Deleting("T01.dos"), 1);
   std::this_thread::sleep_for(Pause);
   EXPECT_EQ(Deleting("VBX"), 2);
+  std::this_thread::sleep_for(Pause);
+  EXPECT_EQ(LookingForALock(), 1) << "the next command's look is the sign of life";
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 // The functions of libssh that the link calls, each handed on to the library, which is loaded when the first of them is
-// called. A command that asks no host does not pay for it: with what it needs in turn (libcrypto, Kerberos) it is
-// twelve libraries, and a fifth of the start of a program. Weak, so that a test can put one of its own in the place of
-// each.
+// called. A command that asks no host does not pay for it: with what it needs in turn (libcrypto, Kerberos) it is nine
+// libraries, and a fifth of the start of a program. Weak, so that a test can put one of its own in the place of each.
 
 #include "platform/nexaro/LinkErrors.hpp"
 #include "platform/nexaro/Texts.hpp"

@@ -186,6 +186,7 @@ void Sftp::Dispatch() {
 }
 
 std::uint32_t Sftp::Request(std::uint8_t type, const SftpBody& body, std::string_view data) {
+  lookedAt_.clear();
   const auto number = ++last_;
   const auto length = 5 + body.Bytes().size() + data.size();
   auto packet = SftpBody().U32(static_cast<std::uint32_t>(length)).Bytes();
@@ -247,7 +248,11 @@ void Sftp::Close(std::string_view handle) {
 }
 
 std::optional<SftpAttributes> Sftp::Look(std::string_view path, bool followLink) {
-  const auto reply = Wait(Request(followLink ? AttributesFollowing : AttributesNotFollowing, SftpBody().Text(path)));
+  const bool known = followLink && !path.empty() && path == lookedAt_;
+  lookedAt_.clear();
+  const auto reply =
+      known ? std::move(looked_)
+            : Wait(Request(followLink ? AttributesFollowing : AttributesNotFollowing, SftpBody().Text(path)));
   try {
     return ReadAttributes(reply);
   } catch (const SftpError& error) {
@@ -270,9 +275,12 @@ void Sftp::Rename(std::string_view path, std::string_view newName) {
   AwaitStatus(Request(RenameRequest, SftpBody().Text(path).Text(newName)));
 }
 
-void Sftp::Greet() {
+void Sftp::Greet(std::string_view path) {
   const auto deadline = channel_.ItsSession().GreetingDeadline();
-  static_cast<void>(Wait(Request(RealPath, SftpBody().Text(".")), deadline));
+  const auto number =
+      path.empty() ? Request(RealPath, SftpBody().Text(".")) : Request(AttributesFollowing, SftpBody().Text(path));
+  looked_ = Wait(number, deadline);
+  lookedAt_ = path;
 }
 
 std::uint32_t Sftp::RequestWrite(std::string_view handle, std::uint64_t position, std::string_view data) {

@@ -94,8 +94,11 @@ class Sftp {
   /// Puts `newName` in the place of whatever has that name, in one step. Where the host cannot do that, a name that is
   /// taken is refused.
   void Rename(std::string_view path, std::string_view newName);
-  /// Asks for a sign of life.
-  void Greet();
+  /// Asks for a sign of life. With a `path` it is the answer to a look at that, following links, which the very next
+  /// look is then spared.
+  void Greet(std::string_view path = {});
+  /// The look of an earlier greeting spares none any more.
+  void ForgetLook() noexcept { lookedAt_.clear(); }
 
   // The requests of a transfer, whose answers are fetched later with the returned number.
   [[nodiscard]] std::uint32_t RequestWrite(std::string_view handle, std::uint64_t position, std::string_view data);
@@ -140,6 +143,8 @@ class Sftp {
   std::map<std::uint32_t, Reply> arrived_; ///< the answers that nobody has fetched
   std::set<std::string, std::less<>> extensions_;
   Clock::time_point lastReply_;
+  std::string lookedAt_; ///< the path of the last greeting, as long as nothing was asked since
+  Reply looked_;         ///< the answer
 };
 
 } // namespace lumoscad::nexaro

@@ -19,14 +19,16 @@ SshConnection::SshConnection(const SshSettings& settings, const std::string& hos
   session_.Activate();
 }
 
-Sftp& SshConnection::File() {
+Sftp& SshConnection::File(std::string_view toLookAt) {
   session_.HandleEventsNow();
   if (!sftp_) {
     sftp_ = std::make_unique<Sftp>(session_);
   } else if (!session_.Alive()) {
     throw ConnectionLost(session_.LossReason());
   } else if (sftp_->Ended() || !session_.HeardLately()) {
-    sftp_->Greet();
+    sftp_->Greet(toLookAt);
+  } else {
+    sftp_->ForgetLook();
   }
   return *sftp_;
 }

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace lumoscad::nexaro {
 
@@ -15,9 +16,10 @@ class SshConnection {
   /// Raises a run-time error.
   SshConnection(const SshSettings& settings, const std::string& host);
 
-  /// The file transfer service; it was started, or the host was heard a moment ago. Raises `ConnectionLost` or
-  /// `RequestRefused`.
-  [[nodiscard]] Sftp& File();
+  /// The file transfer service; it was started, or the host was heard a moment ago. Where the host has to be asked for
+  /// a sign of life, it is asked for a look at `toLookAt`, if that is the first thing that the caller needs. Raises
+  /// `ConnectionLost` or `RequestRefused`.
+  [[nodiscard]] Sftp& File(std::string_view toLookAt = {});
 
   /// Asks for the next program's channel ahead of its call, while other answers are waited for anyway.
   void OpenAhead();

@@ -98,10 +98,10 @@ SshConnection& SshLink::Connected(const std::string& host) {
   return *entry;
 }
 
-Sftp& SshLink::ReadyFiles(const std::string& host) {
+Sftp& SshLink::ReadyFiles(const std::string& host, std::string_view toLookAt) {
   if (const auto entry = connections_.find(host); entry != connections_.end() && entry->second) {
     try {
-      return entry->second->File();
+      return entry->second->File(toLookAt);
     } catch (const ConnectionLost&) {
       entry->second.reset();
     }
@@ -110,10 +110,10 @@ Sftp& SshLink::ReadyFiles(const std::string& host) {
 }
 
 void SshLink::WithFiles(const std::string& host, const std::string& operation, const Action& action,
-                        const Fallback& fallback) {
+                        const Fallback& fallback, std::string_view toLookAt) {
   Sftp* file = nullptr;
   try {
-    file = &ReadyFiles(host);
+    file = &ReadyFiles(host, toLookAt);
   } catch (const ConnectionLost& lost) {
     connections_.erase(host);
     throw LinkError(operation + ": " + lost.Reason() + ". Verificare la rete. " + Repetition);
@@ -198,7 +198,8 @@ void SshLink::Receive(std::string_view host, std::string_view remote, std::strin
       [&](const std::string& reason) {
         throw LinkError(operation + ": " + reason +
                         "; il file non è stato ricevuto. Verificare la rete e ripetere il comando.");
-      });
+      },
+      path);
 }
 
 void SshLink::RinominaFile(std::string_view host, std::string_view remote, std::string_view newName,

@@ -48,11 +48,13 @@ class SshLink final : public HostLink, public ProgramSearch {
   void Receive(std::string_view host, std::string_view remote, std::string_view locale, const Extent& extent,
                std::string& text);
   SshConnection& Connected(const std::string& host);
-  Sftp& ReadyFiles(const std::string& host);
+  Sftp& ReadyFiles(const std::string& host, std::string_view toLookAt = {});
   [[nodiscard]] std::unique_ptr<Channel> ReadyChannel(const std::string& host);
   [[nodiscard]] RemoteOutcome Start(const std::string& host, const std::string& line, const std::string& subject,
                                     const std::function<bool(const std::string&)>& complete, bool* started = nullptr);
-  void WithFiles(const std::string& host, const std::string& operation, const Action& action, const Fallback& fallback);
+  /// `toLookAt`: what `action` looks at first, following links, if that is what it begins with.
+  void WithFiles(const std::string& host, const std::string& operation, const Action& action, const Fallback& fallback,
+                 std::string_view toLookAt = {});
   [[nodiscard]] std::string HostPath(std::string_view remote) const;
   [[nodiscard]] std::string Decode(std::string output, const std::string& subject) const;
 
