@@ -225,11 +225,12 @@ std::string DataIsoDaCompatta(std::string_view testo) {
 }
 
 std::string DataIsoDaTesto(std::string_view testo) {
-  const auto pezzi = Dividi(testo, '/');
-  if (testo.size() != 10 || pezzi.size() != 3) {
+  const auto prima = testo.find('/');
+  const auto dopo = prima == std::string_view::npos ? prima : testo.find('/', prima + 1);
+  if (testo.size() != 10 || dopo == std::string_view::npos || testo.find('/', dopo + 1) != std::string_view::npos) {
     return {};
   }
-  return Componi(pezzi[2], '-', pezzi[1], pezzi[0]);
+  return Componi(testo.substr(dopo + 1), '-', testo.substr(prima + 1, dopo - prima - 1), testo.substr(0, prima));
 }
 
 std::string FineMese(std::string_view mese, std::string_view anno) {

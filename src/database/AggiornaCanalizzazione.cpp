@@ -21,10 +21,13 @@ class Canalizzazione {
       return true;
     }
     CercaBanche(variazione);
-    std::string selezione = Selezione(variazione);
+    const std::string selezione = Selezione(variazione);
     const std::vector<std::string> eventi = Eventi(variazione, selezione);
     const std::string assegna = "UPDATE EVENTOCONTABILE SET " + Nuovi(variazione);
-    std::vector<std::string> modifica = {variazione.idPartitaKey, std::move(selezione), assegna};
+    Modifica modifica;
+    modifica.Aggiungi(variazione.idPartitaKey);
+    modifica.Aggiungi(selezione);
+    modifica.Aggiungi(assegna);
     if (eventi.empty()) {
       return aggiornamento_.Fatta(modifica) ||
              aggiornamento_.GiaCosi(Rata(variazione), {variazione.idPartitaKey}, ComeNuovi(variazione));
@@ -92,14 +95,19 @@ class Canalizzazione {
   }
 
   std::string Selezione(const VariazioneCanalizzazione& variazione) const {
-    return "SELECT * FROM " + std::string(Tabelle) +
-           "WHERE (MOVIMENTOCONTABILE.TIPOMOVIMENTO='N') "
-           "AND EVENTOCONTABILE.SOSPESA='N' "
-           "AND EVENTOCONTABILE.TIPOEVENTO='C' "
-           "AND EVENTOCONTABILE.PARTITACONTABILEKEY=? "
-           "AND " +
-           UgualeData("EVENTOCONTABILE.DATASCADENZA", variazione.VecchiaScadenza) + Numero(variazione) + "AND " +
-           UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", vecchiaBanca_) + Originale(variazione);
+    constexpr std::size_t LunghezzaUsuale = 640; // bytes
+    std::string testo;
+    testo.reserve(LunghezzaUsuale);
+    testo.append("SELECT * FROM ").append(Tabelle);
+    testo.append("WHERE (MOVIMENTOCONTABILE.TIPOMOVIMENTO='N') "
+                 "AND EVENTOCONTABILE.SOSPESA='N' "
+                 "AND EVENTOCONTABILE.TIPOEVENTO='C' "
+                 "AND EVENTOCONTABILE.PARTITACONTABILEKEY=? "
+                 "AND ");
+    testo.append(UgualeData("EVENTOCONTABILE.DATASCADENZA", variazione.VecchiaScadenza)).append(Numero(variazione));
+    testo.append("AND ").append(UgualeChiave("EVENTOCONTABILE.BANCAPRESENTAZIONE_KEY", vecchiaBanca_));
+    testo.append(Originale(variazione));
+    return testo;
   }
 
   /// The same instalment whatever its due date and bank are now.

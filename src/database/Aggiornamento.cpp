@@ -48,12 +48,15 @@ std::string DataIso(const std::string& data) {
   return iso;
 }
 
-std::string UgualeData(const std::string& colonna, const std::string& data) {
-  return SenzaValore(data) ? colonna + " IS NULL " : colonna + "='" + DataIso(data) + "' ";
+std::string UgualeData(std::string_view colonna, const std::string& data) {
+  std::string condizione(colonna);
+  return SenzaValore(data) ? condizione.append(" IS NULL ")
+                           : condizione.append("='").append(DataIso(data)).append("' ");
 }
 
-std::string UgualeChiave(const std::string& colonna, const std::string& chiave) {
-  return chiave.empty() ? colonna + " IS NULL " : colonna + "=" + chiave + " ";
+std::string UgualeChiave(std::string_view colonna, const std::string& chiave) {
+  std::string condizione(colonna);
+  return chiave.empty() ? condizione.append(" IS NULL ") : condizione.append("=").append(chiave).append(" ");
 }
 
 std::string ValoreChiave(const std::string& chiave) {
@@ -62,7 +65,7 @@ std::string ValoreChiave(const std::string& chiave) {
 
 ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<std::string> valori,
                                     std::string colonna) {
-  istruzioni_ += "\r\n" + istruzione;
+  istruzioni_.append("\r\n").append(istruzione);
   ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
   comando.sentOnce = true;
   if (!colonna.empty()) {
@@ -73,7 +76,7 @@ ado::Recordset Aggiornamento::Leggi(const std::string& istruzione, std::vector<s
 }
 
 std::int64_t Aggiornamento::Esegui(const std::string& istruzione, std::vector<std::string> valori) {
-  istruzioni_ += "\r\n" + istruzione;
+  istruzioni_.append("\r\n").append(istruzione);
   ado::Command comando = moduloDatabase::CreaComando(*connection_, istruzione);
   comando.sentOnce = true;
   comando.Parameters = std::move(valori);
@@ -83,13 +86,16 @@ std::int64_t Aggiornamento::Esegui(const std::string& istruzione, std::vector<st
 }
 
 std::int64_t Aggiornamento::Esegui(const std::string& istruzione) {
-  istruzioni_ += "\r\n" + istruzione;
+  istruzioni_.append("\r\n").append(istruzione);
   return connection_->Execute(istruzione);
 }
 
 bool Aggiornamento::Cambia(const std::string& istruzione, const std::vector<std::string>& valori) {
-  std::vector<std::string> modifica = valori;
-  modifica.push_back(istruzione);
+  Modifica modifica;
+  for (const std::string& valore : valori) {
+    modifica.Aggiungi(valore);
+  }
+  modifica.Aggiungi(istruzione);
   if (Esegui(istruzione, valori) == 0) {
     return Fatta(modifica);
   }

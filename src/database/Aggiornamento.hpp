@@ -8,8 +8,10 @@
 #include "platform/ado/Ado.hpp"
 
 #include <cstdint>
-#include <set>
+#include <functional>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -20,11 +22,11 @@ namespace lumoscad::procedureLumoDB2 {
 [[nodiscard]] std::string DataIso(const std::string& data);
 
 /// "colonna='date' ", or "colonna IS NULL " for a missing date.
-[[nodiscard]] std::string UgualeData(const std::string& colonna, const std::string& data);
+[[nodiscard]] std::string UgualeData(std::string_view colonna, const std::string& data);
 
 /// "colonna=key ", or "colonna IS NULL " for a missing key; serves any whole number, for whose being one the caller
 /// answers.
-[[nodiscard]] std::string UgualeChiave(const std::string& colonna, const std::string& chiave);
+[[nodiscard]] std::string UgualeChiave(std::string_view colonna, const std::string& chiave);
 
 /// The key as the value of an assignment, with a blank behind it: NULL for a missing key.
 [[nodiscard]] std::string ValoreChiave(const std::string& chiave);
@@ -32,6 +34,26 @@ namespace lumoscad::procedureLumoDB2 {
 /// A record's row as the person knows it from the screen.
 [[nodiscard]] std::string Riga(const VariazioneCanalizzazione& variazione);
 [[nodiscard]] std::string Riga(const VariazioneConsegna& variazione);
+
+/// What a change is known again by: texts that no other change has in this order. A list of thousands keeps one of
+/// each, so that they stand in one piece.
+class Modifica {
+ public:
+  void Aggiungi(std::string_view testo) {
+    testi_.append(std::to_string(testo.size())).append(1, ':').append(testo); // or two lists could read the same
+  }
+  bool operator==(const Modifica&) const = default;
+
+  /// For a table of them.
+  struct Dispersione {
+    std::size_t operator()(const Modifica& modifica) const noexcept {
+      return std::hash<std::string>()(modifica.testi_);
+    }
+  };
+
+ private:
+  std::string testi_;
+};
 
 /// One confirmation being written: the connection, and the statements of the current record for its error text.
 class Aggiornamento {
@@ -51,10 +73,10 @@ class Aggiornamento {
   /// Sends a change whose condition holds the old values. Returns whether rows have changed by it: now, or by the same
   /// change earlier in this confirmation, which took the rows of both records.
   [[nodiscard]] bool Cambia(const std::string& istruzione, const std::vector<std::string>& valori);
-  /// Keeps a change of this confirmation that was done, told by any texts that no other change has.
-  void SegnaFatta(std::vector<std::string> modifica) { fatte_.insert(std::move(modifica)); }
+  /// Keeps a change of this confirmation that was done.
+  void SegnaFatta(Modifica modifica) { fatte_.insert(std::move(modifica)); }
   /// Whether that change was done.
-  [[nodiscard]] bool Fatta(const std::vector<std::string>& modifica) const { return fatte_.contains(modifica); }
+  [[nodiscard]] bool Fatta(const Modifica& modifica) const { return fatte_.contains(modifica); }
   /// Asked for a change that matched no row: whether the events `daDove` (the tables, and a condition that leaves out
   /// the old values) are there and meet `nuovo`, every one of them. A record does not know its events by key, so one
   /// among them that holds another value may be the one that it meant.
@@ -71,7 +93,7 @@ class Aggiornamento {
   ado::Connection* connection_;
   db2Searches::RicercaConti conti_;
   std::string istruzioni_;
-  std::set<std::vector<std::string>> fatte_;
+  std::unordered_set<Modifica, Modifica::Dispersione> fatte_;
 };
 
 /// The frame of the procedures that write a confirmed list: one connection, one transaction, `applica` once a record in

@@ -265,6 +265,9 @@ TEST(Markers, AreTheQuestionMarksOutsideOfQuotes) {
   EXPECT_EQ(detail::Markers("C='L''aquila?' AND D=?"), 1U);
   EXPECT_EQ(detail::Markers("C='\\' AND D=?"), 1U) << "a backslash is a letter";
   EXPECT_EQ(detail::Markers("C='a\"b' AND D=? AND E='c\"d'"), 1U);
+  EXPECT_EQ(detail::Markers("?''?''''?"), 3U);
+  EXPECT_EQ(detail::Markers("C=? AND D='left open ?"), 1U);
+  EXPECT_EQ(detail::Markers("C=? AND D='"), 1U) << "opened by the last letter";
 }
 
 TEST(Statements, AreSentUnpreparedByTheDriversThatWereTriedAlone) {

@@ -117,6 +117,12 @@ std::string ParteDopoParte(const std::string& testo) {
   return (parti[2].size() == 2 ? "20" : "") + parti[2] + conZero(parti[1]) + conZero(parti[0]);
 }
 
+/// The same for the database: empty unless ten characters have three parts.
+std::string IsoParteDopoParte(const std::string& testo) {
+  const auto parti = Dividi(testo, '/');
+  return testo.size() == 10 && parti.size() == 3 ? parti[2] + "-" + parti[1] + "-" + parti[0] : "";
+}
+
 std::string TentaPerHost(const std::string& testo) {
   try {
     return DataPerHost(testo);
@@ -143,18 +149,20 @@ TEST_F(Date, OfEveryDayGoesToHostAndDatabaseAndBack) {
   });
 }
 
-TEST_F(Date, OfWhateverShapeGoesToTheHostPartByPart) {
+TEST_F(Date, OfWhateverShapeGoesToHostAndDatabasePartByPart) {
   for (unsigned barre = 0; barre < 1U << 10; ++barre) { // every place where a text of ten characters may have a "/"
     std::string testo = "0123456789";
     for (std::size_t posto = 0; posto < testo.size(); ++posto) {
       testo[posto] = (barre >> posto & 1U) != 0 ? '/' : testo[posto];
     }
     ASSERT_EQ(TentaPerHost(testo), ParteDopoParte(testo)) << testo;
+    ASSERT_EQ(DataIsoDaTesto(testo), IsoParteDopoParte(testo)) << testo;
   }
   Caso caso;
   for (int prova = 0; prova < 200000; ++prova) {
     const std::string testo = caso.Testo(caso.Moneta() ? "/0" : std::string_view("/1-. \0\xC3\xA8", 8), 13);
     ASSERT_EQ(TentaPerHost(testo), ParteDopoParte(testo)) << testo;
+    ASSERT_EQ(DataIsoDaTesto(testo), IsoParteDopoParte(testo)) << testo;
   }
 }
 

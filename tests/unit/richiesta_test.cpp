@@ -1,4 +1,5 @@
 #include "common/Stato.hpp"
+#include "database/Aggiornamento.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "host/Richieste.hpp"
 #include "platform/RuntimeError.hpp"
@@ -343,4 +344,20 @@ TEST(NamesOfTheRows, AreEightAtMostAndTheNumberOfTheOthers) {
   }
   EXPECT_EQ(procedureLumoDB2::Righe(VariazioniCanalizzazione(8, CambioScadenza())), otto);
   EXPECT_EQ(procedureLumoDB2::Righe(VariazioniCanalizzazione(9, CambioScadenza())), otto + "; e altre 1");
+}
+
+TEST(KnownChanges, AreToldApartWhereTheirTextsReadTheSameTogether) {
+  using procedureLumoDB2::Modifica;
+  const auto modifica = [](std::initializer_list<std::string_view> testi) {
+    Modifica fatta;
+    for (const std::string_view testo : testi) {
+      fatta.Aggiungi(testo);
+    }
+    return fatta;
+  };
+  EXPECT_EQ(modifica({"12", "3"}), modifica({"12", "3"}));
+  EXPECT_FALSE(modifica({"12", "3"}) == modifica({"1", "23"}));
+  EXPECT_FALSE(modifica({"123"}) == modifica({"12", "3"}));
+  EXPECT_FALSE(modifica({"1:a"}) == modifica({"", "a"}));
+  EXPECT_FALSE(modifica({"", "a"}) == modifica({"a"}));
 }

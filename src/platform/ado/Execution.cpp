@@ -50,14 +50,15 @@ SQLRETURN Send(const Statement& statement, const std::string& text, const std::f
 
 std::size_t Markers(std::string_view text) noexcept {
   std::size_t markers = 0;
-  char quote = '\0';
-  for (const char c : text) {
-    if (quote != '\0') {
-      quote = c == quote ? '\0' : quote; // a doubled quote closes and opens again
-    } else if (c == '\'' || c == '"' || c == '`') {
-      quote = c;
-    } else if (c == '?') {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c == '?') {
       ++markers;
+    } else if (c == '\'' || c == '"' || c == '`') {
+      at = text.find(c, at + 1); // a doubled quote closes and opens again
+      if (at == std::string_view::npos) {
+        break;
+      }
     }
   }
   return markers;
