@@ -24,14 +24,14 @@ constexpr const char* FileName = "libssh.so.4";
 
 /// Never closed: a thread of the library's may be at work at the end of the process.
 void* Library() {
-  static void* const loaded = [] {
+  static void* const Loaded = [] {
     void* const handle = ::dlopen(FileName, RTLD_LAZY | RTLD_LOCAL);
     if (handle == nullptr) {
       Missing();
     }
     return handle;
   }();
-  return loaded;
+  return Loaded;
 }
 
 void* Find(const char* name) {
@@ -44,8 +44,8 @@ void* Find(const char* name) {
 
 /// Calls the library's function `name`, which is of the type of `Own`.
 template <auto* Own, typename... Arguments> auto Call(const char* name, Arguments... arguments) {
-  static const auto its = reinterpret_cast<decltype(Own)>(Find(name));
-  return its(arguments...);
+  static const auto Its = reinterpret_cast<decltype(Own)>(Find(name));
+  return Its(arguments...);
 }
 
 } // namespace
@@ -177,14 +177,13 @@ extern "C" {
   return Call<&ssh_options_set>("ssh_options_set", session, type, value);
 }
 
-[[gnu::weak]] int ssh_pki_export_pubkey_base64(const ssh_key key, char** b64_key) {
-  return Call<&ssh_pki_export_pubkey_base64>("ssh_pki_export_pubkey_base64", key, b64_key);
+[[gnu::weak]] int ssh_pki_export_pubkey_base64(const ssh_key key, char** base64) {
+  return Call<&ssh_pki_export_pubkey_base64>("ssh_pki_export_pubkey_base64", key, base64);
 }
 
-[[gnu::weak]] int ssh_pki_import_privkey_file(const char* filename, const char* passphrase, ssh_auth_callback auth_fn,
-                                              void* auth_data, ssh_key* pkey) {
-  return Call<&ssh_pki_import_privkey_file>("ssh_pki_import_privkey_file", filename, passphrase, auth_fn, auth_data,
-                                            pkey);
+[[gnu::weak]] int ssh_pki_import_privkey_file(const char* filename, const char* passphrase, ssh_auth_callback asked,
+                                              void* userdata, ssh_key* pkey) {
+  return Call<&ssh_pki_import_privkey_file>("ssh_pki_import_privkey_file", filename, passphrase, asked, userdata, pkey);
 }
 
 [[gnu::weak]] int ssh_remove_channel_callbacks(ssh_channel channel, ssh_channel_callbacks cb) {
