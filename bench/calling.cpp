@@ -1,7 +1,8 @@
 // A program that calls the component, as an accounting program does, and plays the person at the list.
 //   bench_programma finestra COMMAND...   closes the list as soon as it is painted
 //   bench_programma conferma ROWS COMMAND...   gives ROWS rows a new due date and confirms
-// Prints the process' memory at its highest, when the list was painted or how long the person took, and the result.
+// Prints the process' memory at its highest, when the list was painted or how long the person took, how many rows it
+// had, and the result.
 
 #include "FirstPaint.hpp"
 #include "Measures.hpp"
@@ -97,8 +98,10 @@ int Play(std::span<char* const> words) {
   const Answers answers;
   if (mode == "finestra") {
     const FirstPaint painted(list, [] {
+      auto* const window = QApplication::activeModalWidget();
       std::printf("%ld kB\n%.3f ms shown\n", Peak(), Now());
-      QApplication::activeModalWidget()->close();
+      std::printf("%d listed\n", window->findChild<QTableView*>()->model()->rowCount());
+      window->close();
     });
     Command(words.subspan(2));
     return 0;
