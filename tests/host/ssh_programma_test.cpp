@@ -187,6 +187,17 @@ TEST_F(SshProgram, HostThatRunsNoProgramsIsSaid) {
   server->Change({});
 }
 
+TEST_F(SshProgram, HostWithoutRoomForAProgramBesideItsFileServiceIsSaidWhenTheProgramIsCalled) {
+  server->Change({"ed25519", {}, "internal-sftp", {"MaxSessions 1"}});
+  Programma("echo '<A/>'");
+  Invia("T01", "x");
+  EXPECT_NO_THROW(collegamento->RinominaFile(Host, base / "host/T01", base / "host/T01.dos", testo));
+  EXPECT_THAT(Rifiuto(), HasSubstr("non è stato avviato: l'host non ammette altri canali"));
+  EXPECT_NO_THROW(collegamento->CancellaFile(Host, base / "host/T01.dos"));
+  EXPECT_THAT(NomiIn("host"), testing::IsEmpty());
+  server->Change({});
+}
+
 /// The look for a program, where the host does not bring it to its end.
 class SshSearch : public SshProgram {
  protected:

@@ -68,5 +68,13 @@ TEST_F(SshRoundTrips, AConfirmationWaitsForNoneThatItCanDoWithout) {
   EXPECT_EQ(LookingForALock(), 1) << "the next command's look is the sign of life";
 }
 
+TEST_F(SshRoundTrips, AChannelThatWasGivenLongAgoIsNoSignOfLife) {
+  static_cast<void>(Sending("T01"));
+  EXPECT_EQ(Renaming(), 1);
+  std::this_thread::sleep_for(Pause);
+  EXPECT_EQ(Calling(), 2) << "another is asked for before the program is";
+  EXPECT_EQ(Calling(), 2) << "and for each program that no rename came before";
+}
+
 } // namespace
 } // namespace lumoscad
