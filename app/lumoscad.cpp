@@ -24,6 +24,8 @@ constexpr const char* Uso =
     "     lumoscad --prova-host HOST [PROGRAMMA]\n"
     "     lumoscad --blocchi HOST\n"
     "     lumoscad --libera-blocco HOST LISTA [--si]\n"
+    "     lumoscad --prova-base-dati -DB2SOURCE ORIGINE...\n"
+    "     lumoscad --prova-base-dati -\n"
     "     lumoscad --aiuto | -h | --versione\n"
     "\n"
     "Gli argomenti, uniti da uno spazio, sono la riga di comando; con - la riga è letta\n"
@@ -38,6 +40,9 @@ constexpr const char* Uso =
     "--blocchi dice chi tiene quali liste, e da quando. --libera-blocco mostra il blocco\n"
     "di una lista (CREDITI, DEBITI, PRESUNTI) e, se si risponde sì, lo toglie; --si\n"
     "risponde sì alla domanda.\n"
+    "\n"
+    "--prova-base-dati guarda la base dati che le opzioni -DB2... indicano, come in un\n"
+    "comando, e non vi scrive nulla.\n"
     "\n"
     "Variabili d'ambiente:\n"
     "  NEXARO_TRASPORTO        come si raggiunge l'host: ssh (se manca), cartella\n"
@@ -138,14 +143,14 @@ int RegistraHost(std::string_view host) {
   return errore.empty() ? Scrivi("La chiave è stata registrata.\n", 0) : Scrivi(errore + "\n", StatoErrore);
 }
 
-int ProvaHost(std::string_view host, std::string_view programma) {
-  const auto mostra = [](const lumoscad::PassoProva& passo) {
-    static constexpr std::size_t Larghezza = 17;
-    auto riga = passo.operazione;
-    riga.resize(std::max(Larghezza, riga.size()), ' ');
-    std::cout << riga << (passo.riuscito ? "riuscito: " : "NON riuscito: ") << passo.dettaglio << std::endl;
-  };
-  const bool riuscita = lumoscad::ProvaHost(host, programma, mostra);
+void MostraPasso(const lumoscad::PassoProva& passo) {
+  static constexpr std::size_t Larghezza = 17;
+  auto riga = passo.operazione;
+  riga.resize(std::max(Larghezza, riga.size()), ' ');
+  std::cout << riga << (passo.riuscito ? "riuscito: " : "NON riuscito: ") << passo.dettaglio << std::endl;
+}
+
+int Concludi(bool riuscita) {
   return Scrivi(riuscita ? "Tutte le operazioni riescono.\n" : "Non tutte le operazioni riescono.\n",
                 riuscita ? 0 : StatoErrore);
 }
@@ -210,7 +215,12 @@ int main(int numero, char** vettore) {
     return RegistraHost(argomenti[1]);
   }
   if ((argomenti.size() == 2 || argomenti.size() == 3) && primo == "--prova-host") {
-    return ProvaHost(argomenti[1], argomenti.size() == 3 ? argomenti[2] : "");
+    return Concludi(lumoscad::ProvaHost(argomenti[1], argomenti.size() == 3 ? argomenti[2] : "", MostraPasso));
+  }
+  if (argomenti.size() > 1 && primo == "--prova-base-dati") {
+    const auto opzioni = argomenti.subspan(1);
+    const bool letta = opzioni.size() == 1 && opzioni.front() == std::string_view("-");
+    return Concludi(lumoscad::ProvaBaseDati(letta ? LeggiIngresso() : Unisci(opzioni), MostraPasso));
   }
   if (argomenti.size() == 2 && primo == "--blocchi") {
     return Blocchi(argomenti[1]);

@@ -1,5 +1,6 @@
 // The composition root: wires the adapters to the component when the library is loaded.
 
+#include "database/ProvaBaseDati.hpp"
 #include "entry/Blocchi.hpp"
 #include "lumoscad/Host.hpp"
 #include "lumoscad/LumoScadenze.hpp"
@@ -97,6 +98,20 @@ bool ProvaHost(std::string_view host, std::string_view programma,
     mostra({"Impostazioni", false, CurrentError().Text()});
     return false;
   }
+} catch (...) {
+  // What `mostra` itself raised: there is nobody else to tell.
+  return false;
+}
+
+bool ProvaBaseDati(std::string_view comando, const std::function<void(const PassoProva&)>& mostra) noexcept try {
+  const Turn turno(Turn::Who::Administrator);
+  if (turno.How() != Turn::Outcome::Taken) {
+    mostra({"Impostazioni", false, std::string(turno.Reason())});
+    return false;
+  }
+  return GuardaBaseDati(comando, [&mostra](const EsitoDelPasso& passo) {
+    mostra({passo.operazione, passo.riuscito, passo.dettaglio});
+  });
 } catch (...) {
   // What `mostra` itself raised: there is nobody else to tell.
   return false;

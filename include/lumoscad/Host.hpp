@@ -7,8 +7,8 @@
 
 namespace lumoscad {
 
-// What the administrator of the link to a host needs. Everything here takes the settings of the environment, returns
-// Italian texts, never throws, and may be called on any thread.
+// What the administrator of the link to a host, and of the database, needs. Everything here takes the settings of the
+// environment, returns Italian texts, never throws, and may be called on any thread.
 
 /// The key that a host on the network presents, before anything is entrusted to it.
 struct ChiavePresentata {
@@ -42,6 +42,12 @@ struct PassoProva {
 /// runs.
 [[nodiscard]] bool ProvaHost(std::string_view host, std::string_view programma,
                              const std::function<void(const PassoProva&)>& mostra) noexcept;
+
+/// Looks at the database that the "-DB2..." options of `comando` name and hands each outcome to `mostra`; nothing is
+/// written. True when everything is as the commands need it. No text holds the password. It takes the turn as
+/// `ProvaHost` does.
+[[nodiscard]] bool ProvaBaseDati(std::string_view comando,
+                                 const std::function<void(const PassoProva&)>& mostra) noexcept;
 
 /// The lock of a list on the host, as it was seen.
 struct BloccoLista {

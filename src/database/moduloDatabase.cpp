@@ -62,8 +62,10 @@ ParametriConnessione LeggiParametriDB2(std::string_view command) {
   return parametri;
 }
 
-std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& parametri) {
-  auto connection = std::make_unique<ado::Connection>();
+namespace {
+
+std::unique_ptr<ado::Connection> Apri(std::unique_ptr<ado::Connection> connection,
+                                      const ParametriConnessione& parametri) {
   connection->ConnectionString = "Provider=MSDASQL.1;Persist Security Info=True;Mode=Read|Write;Connect Timeout=30"
                                  ";Password=" +
                                  parametri.Password + ";User ID=" + parametri.UserId +
@@ -76,6 +78,19 @@ std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& par
     throw std::move(errore).WithNote(std::move(nota));
   }
   return connection;
+}
+
+} // namespace
+
+std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& parametri) {
+  return Apri(std::make_unique<ado::Connection>(), parametri);
+}
+
+std::unique_ptr<ado::Connection> ApriPerProva(const ParametriConnessione& parametri, int durata) {
+  auto connection = std::make_unique<ado::Connection>();
+  connection->commandTimeout = durata;
+  connection->existingOnly = true;
+  return Apri(std::move(connection), parametri);
 }
 
 void ChiudiConnessione(ado::Connection* connection) noexcept {

@@ -25,6 +25,10 @@ struct ParametriConnessione {
 /// Opens a new connection. Raises the driver's failure.
 [[nodiscard]] std::unique_ptr<ado::Connection> ApriConnessione(const ParametriConnessione& parametri);
 
+/// The same for a look that changes nothing: a database that is a file is not created, and a statement may take
+/// `durata` seconds whatever the environment says.
+[[nodiscard]] std::unique_ptr<ado::Connection> ApriPerProva(const ParametriConnessione& parametri, int durata);
+
 /// Closes an open connection; nothing happens for none or a closed one. Failures of the closing are ignored.
 void ChiudiConnessione(ado::Connection* connection) noexcept;
 

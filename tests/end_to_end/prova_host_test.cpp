@@ -55,6 +55,21 @@ TEST_F(HostTest, SaysWhichOperationDoesNotWork) {
   EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
 }
 
+TEST_F(HostTest, LooksAtTheDatabaseOfACommandAndChangesNothing) {
+  const auto prima = demo.Stato();
+  const auto opzioni = "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main";
+  const auto serve = AllOf(testing::StartsWith("0\nOrigine          riuscito: "),
+                           HasSubstr("\nElenco           riuscito: 10 "
+                                     "righe in "),
+                           testing::EndsWith("\nTutte le operazioni riescono.\n"));
+  EXPECT_THAT(Lancia({"--prova-base-dati", "-DB2SOURCE", demo.Sorgente(), "-DB2SCHEMA", "main"}), serve);
+  EXPECT_THAT(Lancia({"--prova-base-dati", "-"}, opzioni + "\n"), serve);
+  EXPECT_THAT(Lancia({"--prova-base-dati", "-DB2SOURCE", "NESSUNA"}),
+              AllOf(testing::StartsWith("1\nOrigine          NON riuscito: "),
+                    testing::EndsWith("\nNon tutte le operazioni riescono.\n")));
+  EXPECT_EQ(demo.Stato(), prima);
+}
+
 /// Whichever way the host is reached.
 class HostTestReadHalfway : public testing::TestWithParam<Trasporto> {};
 

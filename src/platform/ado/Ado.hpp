@@ -37,6 +37,8 @@ class Connection {
   /// Seconds that a statement may take, its wait for another terminal's locks included; unset, it is the setting
   /// `LUMOSCAD_ATTESA_SQL` of the environment, or else 60.
   std::optional<int> commandTimeout;
+  /// A database that is a file is not created where there is none.
+  bool existingOnly = false;
 
   /// Opens the connection by `ConnectionString`. No message of a failure holds the password.
   void Open();

@@ -25,7 +25,9 @@ void Connection::Open() {
     throw RuntimeError(detail::numbers::ObjectOpen, "La connessione alla base dati è già aperta.", "ODBC");
   }
   const auto limit = commandTimeout ? std::chrono::seconds(*commandTimeout) : detail::StatementTimeLimit();
-  impl_->session = std::make_shared<Session>(ReadConnectionText(ConnectionString), limit);
+  auto settings = ReadConnectionText(ConnectionString);
+  settings.existingOnly = existingOnly;
+  impl_->session = std::make_shared<Session>(settings, limit);
   impl_->outcome = TransactionOutcome::NotApplied;
 }
 

@@ -10,7 +10,8 @@ struct ConnectionSettings {
   std::string DataSource;
   std::string UserId;
   std::string Password;
-  int connectTimeout = 30; ///< seconds
+  int connectTimeout = 30;   ///< seconds
+  bool existingOnly = false; ///< not of the text: a database that is a file is not created where there is none
 };
 
 /// Reads a connection text: `keyword=value` pairs separated by ";", keywords in any case with blanks at their

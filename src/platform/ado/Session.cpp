@@ -49,6 +49,10 @@ Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLi
   if (settings.connectTimeout > 0) {
     text += "CONN_TIMEOUT=" + std::to_string(settings.connectTimeout) + ";";
   }
+  // A word of SQLite's driver; the others pass over it likewise.
+  if (settings.existingOnly) {
+    text += "NoCreat=1;";
+  }
   const Sockets before = OpenSockets();
   connection_ = Handle<SQL_HANDLE_DBC>(Environment());
   SQLSetConnectAttr(connection_.get(), SQL_ATTR_LOGIN_TIMEOUT, AsPointer(static_cast<SQLULEN>(settings.connectTimeout)),

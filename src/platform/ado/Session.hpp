@@ -31,6 +31,8 @@ class Session {
   [[nodiscard]] TransactionOutcome Outcome() const noexcept { return outcome_; }
   [[nodiscard]] SQLULEN TimeLimit() const noexcept { return timeLimit_; }
   [[nodiscard]] bool InTransaction() const noexcept { return inTransaction_; }
+  /// Whether the session's own socket is known, and watched.
+  [[nodiscard]] bool Watched() const noexcept { return watchdog_ != nullptr; }
   [[nodiscard]] bool DescribesParameters() const noexcept { return describesParameters_; }
   [[nodiscard]] const Dialect& dialect() const noexcept { return *dialect_; }
   [[nodiscard]] const std::string& Password() const noexcept { return password_; }
