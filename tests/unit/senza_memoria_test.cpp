@@ -81,17 +81,23 @@ TEST_F(WithoutMemory, AFailureIsToldWholeWithItsStatementsItsNoteAndWhatIsKnown)
             "LumoScad: -2147467259 " + testo + " La base dati non risponde più da trenta secondi. " + Saputo() + "\n");
 }
 
+// What is known is asked after the command in each of these: arguments are evaluated in any order.
+
 TEST_F(WithoutMemory, AFailureWithoutANoteHasNoGapInItsPlace) {
-  EXPECT_EQ(Scritto(RuntimeError(errors::SubscriptOutOfRange, "Indice")), "LumoScad: 9 Indice " + Saputo() + "\n");
+  const std::string detto = Scritto(RuntimeError(errors::SubscriptOutOfRange, "Indice"));
+  EXPECT_EQ(detto, "LumoScad: 9 Indice " + Saputo() + "\n");
 }
 
 TEST_F(WithoutMemory, AForeignFailureKeepsItsText) {
-  EXPECT_EQ(Scritto(std::runtime_error("biblioteca")), "LumoScad: 51 Errore interno: biblioteca " + Saputo() + "\n");
-  EXPECT_EQ(Scritto(7), "LumoScad: 51 Errore interno " + Saputo() + "\n");
+  const std::string diUnaBiblioteca = Scritto(std::runtime_error("biblioteca"));
+  EXPECT_EQ(diUnaBiblioteca, "LumoScad: 51 Errore interno: biblioteca " + Saputo() + "\n");
+  const std::string diUnNumero = Scritto(7);
+  EXPECT_EQ(diUnNumero, "LumoScad: 51 Errore interno " + Saputo() + "\n");
 }
 
 TEST_F(WithoutMemory, TheLackOfMemoryItselfIsTold) {
-  EXPECT_EQ(Scritto(std::bad_alloc()), "LumoScad: 7 Memoria insufficiente " + Saputo() + "\n");
+  const std::string detto = Scritto(std::bad_alloc());
+  EXPECT_EQ(detto, "LumoScad: 7 Memoria insufficiente " + Saputo() + "\n");
 }
 
 TEST(StandardError, TheMessagesOfTwoThreadsStayApart) {
