@@ -4,11 +4,14 @@
 #include "database/ProvaBaseDati.hpp"
 #include "database/moduloDatabase.hpp"
 #include "platform/RuntimeError.hpp"
+#include "support/ByteProxy.hpp"
+#include "support/OtherProcess.hpp"
 #include "support/TestBench.hpp"
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -215,6 +218,41 @@ TEST(DatabaseLookAt, AServerThatTakesNoChangesIsNoticed) {
       {{"ConnSettings", "SET search_path TO " + postgres.Schema() + ";SET default_transaction_read_only TO on"}});
   EXPECT_THAT(Rifiuti(ConSchema(postgres) + " -DB2SOURCE " + origine),
               ElementsAre("Replica NO: la base dati è in sola lettura"));
+  test::OdbcConfiguration::Instance().RemoveSource(origine);
+}
+
+TEST(DatabaseLookAt, AServerBehindSomethingElseIsSaidToBe) {
+  const test::TestBench banco;
+  const test::BaseDati base("postgres", Dati());
+  const test::TemporaryFolder cartella;
+  const int server = test::Postgres().Port();
+  // A program of its own: the sockets of a proxy in this one would be this one's.
+  const test::OtherProcess proxy([&] {
+    static const test::ByteProxy Passaggio(server);
+    std::ofstream(cartella / "porta") << Passaggio.Port();
+  });
+  ASSERT_TRUE(proxy.Succeeded());
+  const auto origine = test::Postgres().AddSource("prove", std::stoi(test::FileText(cartella / "porta")),
+                                                  {{"ConnSettings", "SET search_path TO " + base.Schema()}});
+  EXPECT_THAT(Guarda(ConSchema(base) + " -DB2SOURCE " + origine)[15],
+              StartsWith("Replica: fra il programma e il server può stare un intermediario"));
+  test::OdbcConfiguration::Instance().RemoveSource(origine);
+}
+
+/// The server's own functions are hidden behind some that answer as a pooler and a standby let them.
+TEST(DatabaseLookAt, APoolerOfTransactionsAndAStandbyAreNoticed) {
+  const test::TestBench banco;
+  const test::BaseDati base("postgres", Dati());
+  const auto origine =
+      test::Postgres().AddSource("prove", 0, {{"ConnSettings", "SET search_path TO " + base.Schema() + ",pg_catalog"}});
+  base.Esegui("CREATE SEQUENCE PROCESSI");
+  base.Esegui("CREATE FUNCTION pg_backend_pid() RETURNS INTEGER LANGUAGE sql AS 'SELECT nextval(''PROCESSI'')::int'");
+  EXPECT_THAT(Rifiuti(ConSchema(base) + " -DB2SOURCE " + origine),
+              ElementsAre("Replica NO: un pooler cambia il processo del server da un'istruzione all'altra: occorre "
+                          "pool_mode=session"));
+  base.Esegui("CREATE FUNCTION pg_is_in_recovery() RETURNS BOOLEAN LANGUAGE sql AS 'SELECT true'");
+  EXPECT_THAT(Rifiuti(ConSchema(base) + " -DB2SOURCE " + origine),
+              ElementsAre("Replica NO: il server è una replica (standby) e non si può modificare"));
   test::OdbcConfiguration::Instance().RemoveSource(origine);
 }
 
