@@ -15,7 +15,7 @@ namespace lumoscad {
 namespace {
 
 constexpr std::size_t VociIniziali = 1024;
-constexpr std::uint32_t RicercheDiProva = 4096;
+constexpr std::uint32_t RicercheDiProva = 16384;
 /// Of that many: from here on a column is one whose texts are mostly its own.
 constexpr std::uint32_t NuoviMassimo = RicercheDiProva / 4 * 3;
 
@@ -227,6 +227,7 @@ std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti
   struct Chiave {
     std::pair<std::uint64_t, std::uint64_t> inizio;
     std::uint32_t numero;
+    bool intera; ///< the beginning is the whole text
   };
   constexpr auto Nessuno = std::numeric_limits<std::uint32_t>::max();
   constexpr std::size_t PerBlocco = TestiUnici::PostiPerBlocco;
@@ -243,11 +244,19 @@ std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti
     const std::uint32_t numero = celle_[riga * colonne_ + static_cast<std::size_t>(colonna)];
     if (rango(numero) == Nessuno) {
       rango(numero) = 0;
-      chiavi.push_back({Inizio(testi_.Testo(numero)), numero});
+      const std::string_view testo = testi_.Testo(numero);
+      chiavi.push_back({Inizio(testo), numero,
+                        testo.size() <= sizeof(Chiave::inizio) && testo.find('\0') == std::string_view::npos});
     }
   }
+  // A column that is not searched has many texts more than once.
   const auto precede = [this](const Chiave& a, const Chiave& b) {
-    return a.inizio != b.inizio ? a.inizio < b.inizio : Precede(testi_.Testo(a.numero), testi_.Testo(b.numero));
+    if (a.inizio != b.inizio || (a.intera && b.intera)) {
+      return a.inizio < b.inizio;
+    }
+    const std::string_view ta = testi_.Testo(a.numero);
+    const std::string_view tb = testi_.Testo(b.numero);
+    return ta != tb && Precede(ta, tb);
   };
   std::sort(chiavi.begin(), chiavi.end(), precede);
   quanti = 0;

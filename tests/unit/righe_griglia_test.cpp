@@ -237,25 +237,31 @@ TEST(GridRows, SortAHundredThousandRows) {
 }
 
 TEST(GridRows, SortAColumnOfTextsOfItsOwnInWhichSomeComeAgain) {
-  constexpr std::uint32_t Quante = 30'000;
-  constexpr std::uint32_t Diversi = 10'000;
+  constexpr std::uint32_t Quante = 60'000;
+  constexpr std::uint32_t Diversi = 20'000;
   RigheGriglia righe(2, {0});
   righe.Prepara(Quante);
-  std::vector<std::pair<std::string, std::string>> attesi;
+  struct Attesa {
+    std::string numero; ///< letters of any case are alike
+    std::string testo;
+    std::string riga;
+  };
+  std::vector<Attesa> attesi;
   for (std::uint32_t i = 0; i < Quante; ++i) {
-    // Without a repetition among the first ten thousand: what comes again later is not looked for any more.
-    const std::string testo = "Partita " + std::to_string(i * 7919U % Diversi);
+    // Without a repetition among the first twenty thousand: what comes again later is not looked for any more.
+    const std::string numero = std::to_string(i * 7919U % Diversi);
+    const std::string testo = (i % 3 == 1 ? "PARTITA numero " : "Partita NUMERO ") + numero;
     const auto riga = righe.Aggiungi({testo, std::to_string(i)});
     righe.ImpostaTag(riga, 0, testo);
-    attesi.emplace_back(testo, std::to_string(i));
+    attesi.push_back({numero, testo, std::to_string(i)});
   }
   righe.Ordina(0, true);
-  std::stable_sort(attesi.begin(), attesi.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::stable_sort(attesi.begin(), attesi.end(), [](const auto& a, const auto& b) { return a.numero < b.numero; });
   bool uguali = true;
   for (std::size_t posto = 0; posto < Quante; ++posto) {
     const std::size_t riga = righe.RigaAlPosto(posto);
-    uguali = uguali && righe.Testo(riga, 0) == attesi[posto].first && righe.Testo(riga, 1) == attesi[posto].second &&
-             righe.Tag(riga, 0) == attesi[posto].first;
+    uguali = uguali && righe.Testo(riga, 0) == attesi[posto].testo && righe.Testo(riga, 1) == attesi[posto].riga &&
+             righe.Tag(riga, 0) == attesi[posto].testo;
   }
   EXPECT_TRUE(uguali);
 }
