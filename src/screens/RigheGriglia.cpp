@@ -254,9 +254,9 @@ std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti
     if (a.inizio != b.inizio || (a.intera && b.intera)) {
       return a.inizio < b.inizio;
     }
-    const std::string_view ta = testi_.Testo(a.numero);
-    const std::string_view tb = testi_.Testo(b.numero);
-    return ta != tb && Precede(ta, tb);
+    const std::string_view primo = testi_.Testo(a.numero);
+    const std::string_view secondo = testi_.Testo(b.numero);
+    return primo != secondo && Precede(primo, secondo);
   };
   std::sort(chiavi.begin(), chiavi.end(), precede);
   quanti = 0;
