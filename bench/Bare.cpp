@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 namespace lumoscad::bench {
 namespace {
@@ -13,7 +14,7 @@ constexpr std::size_t BytesOfBlock = std::size_t{1} << 20;
 constexpr std::size_t BytesOfNumber = 64;
 constexpr std::size_t BytesOfCharacter = 4;
 
-std::vector<std::size_t> Spaces(SQLHANDLE command) {
+std::vector<std::size_t> SpacesOf(SQLHANDLE command) {
   SQLSMALLINT columns = 0;
   Demand(SQLNumResultCols(command, &columns));
   std::vector<std::size_t> spaces;
@@ -44,14 +45,18 @@ BareConnection::BareConnection(const std::string& connectionText) {
   std::string text = ado::OdbcText(ado::ReadConnectionText(connectionText));
   Demand(SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                           static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
+  open_ = true;
 }
 
-BareConnection::~BareConnection() {
-  SQLDisconnect(connection_.get());
+void BareConnection::End() {
+  if (std::exchange(open_, false)) {
+    SQLDisconnect(connection_.get());
+  }
 }
 
-BareCommand::BareCommand(const BareConnection& connection, std::string_view statement, std::size_t rows)
-    : command_(connection.get()), rows_(rows) {
+BareCommand::BareCommand(const BareConnection& connection, std::string_view statement, std::vector<std::size_t> spaces,
+                         std::size_t rows)
+    : command_(connection.get()), rows_(rows), spaces_(std::move(spaces)) {
   std::string text(statement);
   Demand(SQLPrepare(command_.get(), reinterpret_cast<SQLCHAR*>(text.data()), static_cast<SQLINTEGER>(text.size())));
 }
@@ -92,7 +97,9 @@ std::size_t BareCommand::Run(std::vector<std::string> parameters, const std::fun
 }
 
 void BareCommand::Attach() {
-  spaces_ = Spaces(command_.get());
+  if (spaces_.empty()) {
+    spaces_ = SpacesOf(command_.get());
+  }
   std::size_t wide = 0;
   for (const std::size_t space : spaces_) {
     wide += space + sizeof(SQLLEN);

@@ -21,21 +21,26 @@ class BareConnection {
   explicit BareConnection(const std::string& connectionText);
   BareConnection(const BareConnection&) = delete;
   BareConnection& operator=(const BareConnection&) = delete;
-  ~BareConnection();
+  ~BareConnection() { End(); }
 
+  /// Ends the connection, on which no statement may be left.
+  void End();
   [[nodiscard]] SQLHANDLE get() const noexcept { return connection_.get(); }
 
  private:
   ado::detail::Handle<SQL_HANDLE_ENV> environment_{SQLHANDLE{nullptr}};
   ado::detail::Handle<SQL_HANDLE_DBC> connection_;
+  bool open_ = false;
 };
 
 /// A plain program's statement, prepared once and sent as often as one likes: columns bound as text in buffers like the
 /// component's, four bytes a character.
 class BareCommand {
  public:
-  /// Reads up to `rows` rows at a time, fewer when they are wide.
-  BareCommand(const BareConnection& connection, std::string_view statement, std::size_t rows = 1024);
+  /// Reads up to `rows` rows at a time, fewer when they are wide. `spaces` are the bytes of a text of each column,
+  /// where they are known from an earlier run: the driver is asked otherwise, and may ask the server.
+  BareCommand(const BareConnection& connection, std::string_view statement, std::vector<std::size_t> spaces = {},
+              std::size_t rows = 1024);
   BareCommand(const BareCommand&) = delete;
   BareCommand& operator=(const BareCommand&) = delete;
   ~BareCommand() = default;
@@ -45,6 +50,7 @@ class BareCommand {
   std::size_t Run(std::vector<std::string> parameters, const std::function<void(std::size_t)>& line = nullptr);
   /// Sends it and returns the milliseconds until the driver has every row; none is read.
   double UntilLastRow(std::vector<std::string> parameters);
+  [[nodiscard]] const std::vector<std::size_t>& Spaces() const noexcept { return spaces_; }
   /// A text of the block just read; the empty text where it is null.
   [[nodiscard]] std::string_view Text(std::size_t line, std::size_t column) const;
 

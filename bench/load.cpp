@@ -86,7 +86,10 @@ class Schedule {
     lumoscad::stato().ComandoCorrente = base_.command();
     Component(desktop_);
     connection_ = std::make_unique<BareConnection>(base_.ConnectionText());
-    if (desktop_.rows != extent.rows || BareCommand(*connection_, statement_).Run({"1"}) != extent.rows) {
+    BareCommand bare(*connection_, statement_);
+    const std::size_t read = bare.Run({"1"});
+    spaces_ = bare.Spaces();
+    if (desktop_.rows != extent.rows || read != extent.rows) {
       throw std::runtime_error("the two sides did not read " + std::to_string(extent.rows) + " rows");
     }
   }
@@ -157,9 +160,12 @@ class Schedule {
           banks.VisualizzaScadenzeBanche("01", {}, changes);
         });
   }
+  /// On a connection that has just been opened, as the component's is: its server has yet to read the catalogue.
   [[nodiscard]] double Bare() const {
+    BareConnection connection(base_.ConnectionText());
     const auto begin = Clock::now();
-    BareCommand(*connection_, statement_).Run({"1"});
+    BareCommand(connection, statement_, spaces_).Run({"1"});
+    connection.End();
     return Milliseconds(begin);
   }
   /// What the program says that shows the list.
@@ -179,6 +185,7 @@ class Schedule {
   StopwatchDesktop desktop_;
   std::string statement_; ///< the list's, which is the last one sent
   std::unique_ptr<BareConnection> connection_;
+  std::vector<std::size_t> spaces_; ///< what the bare program knows of the columns beforehand
 };
 
 } // namespace

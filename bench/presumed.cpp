@@ -50,7 +50,7 @@ struct BareReading {
     std::vector<std::pair<std::string, std::string>> got;
     rows =
         list.Run({"1"}, [&](std::size_t line) { got.emplace_back(list.Text(line, Series), list.Text(line, Number)); });
-    BareCommand movement(connection, statements.movement, 1);
+    BareCommand movement(connection, statements.movement, {}, 1);
     std::set<std::pair<std::string, std::string>> wanted;
     for (const auto& [series, number] : got) {
       if (wanted.emplace(series, number).second && movement.Run({"1", "N", series, number}) != 1) {
