@@ -45,7 +45,6 @@ BareConnection::BareConnection(const std::string& connectionText) {
   std::string text = ado::OdbcText(ado::ReadConnectionText(connectionText));
   Demand(SQLDriverConnect(connection_.get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                           static_cast<SQLSMALLINT>(text.size()), nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT));
-  open_ = true;
 }
 
 void BareConnection::End() {

@@ -30,7 +30,7 @@ class BareConnection {
  private:
   ado::detail::Handle<SQL_HANDLE_ENV> environment_{SQLHANDLE{nullptr}};
   ado::detail::Handle<SQL_HANDLE_DBC> connection_;
-  bool open_ = false;
+  bool open_ = true;
 };
 
 /// A plain program's statement, prepared once and sent as often as one likes: columns bound as text in buffers like the

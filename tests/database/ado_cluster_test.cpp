@@ -31,15 +31,15 @@ class Cluster : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     ASSERT_TRUE(GaleraCluster::Available()) << "galera-4 is missing";
-    cluster_ = std::make_unique<GaleraCluster>(test::ServerDirectory("galera"));
-    cluster_->CreateDatabase("prova", Amounts);
+    cluster = std::make_unique<GaleraCluster>(test::ServerDirectory("galera"));
+    cluster->CreateDatabase("prova", Amounts);
   }
-  static void TearDownTestSuite() { cluster_.reset(); }
-  void SetUp() override { cluster_->AwaitWhole(); }
+  static void TearDownTestSuite() { cluster.reset(); }
+  void SetUp() override { cluster->AwaitWhole(); }
 
   static std::unique_ptr<Connection> OpenAt(std::size_t node) {
     auto opened = std::make_unique<Connection>();
-    opened->ConnectionString = cluster_->Node(node).ConnectionText(cluster_->Node(node).AddSource("prova"));
+    opened->ConnectionString = cluster->Node(node).ConnectionText(cluster->Node(node).AddSource("prova"));
     opened->Open();
     return opened;
   }
@@ -59,7 +59,7 @@ class Cluster : public testing::Test {
     return std::nullopt;
   }
 
-  inline static std::unique_ptr<GaleraCluster> cluster_; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+  inline static std::unique_ptr<GaleraCluster> cluster; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 };
 
 TEST_F(Cluster, ChangeOfOneNodeIsThereOnTheOthers) {
@@ -75,7 +75,7 @@ TEST_F(Cluster, ChangeOfOneNodeIsThereOnTheOthers) {
 }
 
 TEST_F(Cluster, SourceOfSeveralServersReachesTheOneThatIsThere) {
-  const auto& node = cluster_->Node(2);
+  const auto& node = cluster->Node(2);
   const std::string servers =
       "127.0.0.1:" + std::to_string(test::FreePort()) + ",127.0.0.1:" + std::to_string(node.Port());
   const std::string source = test::OdbcConfiguration::Instance().AddSource(
@@ -121,12 +121,12 @@ TEST_F(Cluster, CommitThatANodeRefusesSinceItSeesNoOtherIsOfUnknownOutcome) {
     const int before = std::stoi(AmountAt(0));
     connection->BeginTrans();
     connection->Execute(Change);
-    cluster_->Node(1).Pause();
-    cluster_->Node(2).Pause();
+    cluster->Node(1).Pause();
+    cluster->Node(2).Pause();
     const auto error = FailureOf(*connection);
-    cluster_->Node(1).Resume();
-    cluster_->Node(2).Resume();
-    cluster_->AwaitWhole();
+    cluster->Node(1).Resume();
+    cluster->Node(2).Resume();
+    cluster->AwaitWhole();
     const std::string after = AmountAt(0);
     for (std::size_t node = 1; node < GaleraCluster::Size; ++node) {
       EXPECT_EQ(AmountAt(node), after) << node;

@@ -37,6 +37,7 @@ class SilentServer {
   }
   SilentServer(const SilentServer&) = delete;
   SilentServer& operator=(const SilentServer&) = delete;
+  ~SilentServer() = default;
 
   /// Reads as a driver does; how long that took, and what it gave.
   std::pair<milliseconds, ssize_t> Read() const {

@@ -160,8 +160,8 @@ const std::vector<std::string> Texts{
     "two\nlines\r\nor three",
     "first\xe2\x80\xa8second\xe2\x80\xa9third",
     "a longer variant of the text\xc2\x9cshort",
-    "soft\xc2\xadhyphen hard\xc2\xa0"
-    "blank",
+    ("soft\xc2\xadhyphen hard\xc2\xa0"
+     "blank"),
     "bell\x07 escape\x1b delete\x7f",
     "&access &&key",
     "not UTF-8: \xff\xfe \xc3",

@@ -31,6 +31,7 @@ class Chiamante {
       argomenti = {"python3", test::SourcePath("tests/end_to_end/chiamante.py").string(),
                    test::LibraryPath("lumoscad").string()};
       // The interpreter knows nothing of a sanitizer in the library, and does not give back its own memory.
+      // NOLINTNEXTLINE(readability-redundant-string-init): it is empty only where there is no sanitizer
       if (const std::string_view sanitizer(LUMOSCAD_SANITIZER); !sanitizer.empty()) {
         ambiente.push_back("LD_PRELOAD=" + std::string(sanitizer));
         ambiente.emplace_back("ASAN_OPTIONS=detect_leaks=0:strict_string_checks=0");

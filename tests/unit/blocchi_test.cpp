@@ -177,9 +177,7 @@ TEST_F(Locks, ThatTheHostDoesNotRemoveAreSaidToStay) {
   EXPECT_THROW(static_cast<void>(TogliBloccoVisto("h", visto)), RuntimeError);
   // A host that says yes and does nothing.
   banco_.host.fault = [&](const std::string& operazione) {
-    if (operazione == "Ricevi /tmp/VBCREDITI") {
-      banco_.host.file["/tmp/VBCREDITI"] = Di;
-    } else if (operazione == "Guarda /tmp/VBCREDITI") {
+    if (operazione == "Ricevi /tmp/VBCREDITI" || operazione == "Guarda /tmp/VBCREDITI") {
       banco_.host.file["/tmp/VBCREDITI"] = Di;
     }
   };

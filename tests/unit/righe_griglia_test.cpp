@@ -63,6 +63,7 @@ TEST(DistinctTexts, AreReadBackWhateverTheirLength) {
     scritti.emplace_back(lunghezza, static_cast<char>('a' + scritti.size()));
   }
   std::vector<std::uint32_t> numeri;
+  numeri.reserve(scritti.size());
   for (const std::string& testo : scritti) {
     numeri.push_back(testi.Numero(testo));
   }
