@@ -13,8 +13,10 @@ cmake --build --preset release -j "$processors" >build/registri/release-intero.l
   { tail -n 80 build/registri/release-intero.log; exit 1; }
 ctest --preset release -j "$((processors * 2))" --no-tests=error --output-on-failure
 
-step "clang-tidy, più a fondo e anche sulle prove"
-scripts/tidy.py --deep build src app tests bench demo
+# Deep in the product only: in the tests the paths that the analyser walks are those of the runner's macros.
+step "clang-tidy, più a fondo sul prodotto e anche sulle prove"
+scripts/tidy.py --deep build src app
+scripts/tidy.py build tests bench demo
 
 step "la stessa libreria da due cartelle"
 scripts/reproduce.sh
