@@ -1,3 +1,4 @@
+#include "ClusterAmounts.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 #include "support/GaleraCluster.hpp"
@@ -10,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <optional>
 #include <string>
 
 // A database of several servers, of which some may lose sight of the others.
@@ -18,14 +18,13 @@
 namespace lumoscad::ado {
 namespace {
 
+using test::Amount;
+using test::Amounts;
+using test::Change;
+using test::FailureOf;
 using test::GaleraCluster;
 using testing::AnyOf;
 using testing::HasSubstr;
-
-constexpr const char* Amounts = "CREATE TABLE IMPORTI (CHIAVE INTEGER PRIMARY KEY, IMPORTO INTEGER);"
-                                "INSERT INTO IMPORTI VALUES (1, 10), (2, 20)";
-constexpr const char* Change = "UPDATE IMPORTI SET IMPORTO=IMPORTO+1 WHERE CHIAVE=1";
-constexpr const char* Amount = "SELECT IMPORTO FROM IMPORTI WHERE CHIAVE=1";
 
 class Cluster : public testing::Test {
  protected:
@@ -49,16 +48,6 @@ class Cluster : public testing::Test {
     asking->Execute("SET SESSION wsrep_sync_wait=1");
     return test::FirstValue(*asking, Amount);
   }
-  /// The failure of the connection's COMMIT; nothing where it was answered with success.
-  static std::optional<RuntimeError> FailureOf(Connection& connection) {
-    try {
-      connection.CommitTrans();
-    } catch (const RuntimeError& error) {
-      return error;
-    }
-    return std::nullopt;
-  }
-
   inline static std::unique_ptr<GaleraCluster> cluster; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 };
 

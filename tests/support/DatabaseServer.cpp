@@ -16,7 +16,7 @@ DatabaseServer::~DatabaseServer() {
 
 std::string DatabaseServer::AddSource(std::string_view database, int port,
                                       const OdbcConfiguration::Settings& more) const {
-  OdbcConfiguration::Settings settings{{driver_.host, "127.0.0.1"},
+  OdbcConfiguration::Settings settings{{driver_.host, host_},
                                        {driver_.port, std::to_string(port == 0 ? port_ : port)},
                                        {driver_.database, std::string(database)}};
   settings.insert(settings.end(), more.begin(), more.end());

@@ -42,6 +42,8 @@ class DatabaseServer {
   void Stop() { server_.Stop(); }
   /// Kills the server without warning.
   void Kill() { server_.Kill(); }
+  /// Kills the server with the processes of its sessions, as the loss of its machine would.
+  void KillAll() { server_.KillAll(); }
 
  protected:
   DatabaseServer(std::filesystem::path directory, const DriverNames& driver);
@@ -54,6 +56,7 @@ class DatabaseServer {
   std::filesystem::path directory_;
   std::string user_ = "lumoscad";
   std::string password_ = "Segreto!9";
+  std::string host_ = "127.0.0.1";
   int port_ = 0;
   std::string system_; ///< the data source for creating databases
   ServerProcess server_;

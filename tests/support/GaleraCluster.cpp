@@ -6,12 +6,9 @@
 #include "support/MariaDbProgram.hpp"
 #include "support/Paths.hpp"
 
-#include <chrono>
 #include <csignal>
-#include <functional>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -27,17 +24,6 @@ constexpr const char* DataDirectory = "SELECT @@datadir";
 
 std::string Address(int port) {
   return "127.0.0.1:" + std::to_string(port);
-}
-
-/// Waits until `reached`; raises after a minute.
-void Await(const char* what, const std::function<bool()>& reached) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (!reached()) {
-    if (std::chrono::steady_clock::now() > limit) {
-      throw std::runtime_error(std::string(what) + ": not within a minute");
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
 }
 
 } // namespace

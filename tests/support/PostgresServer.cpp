@@ -2,71 +2,33 @@
 
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
+#include "support/PostgresProgram.hpp"
 
 #include <chrono>
 #include <csignal>
-#include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace lumoscad::test {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-const fs::path Programs = "/usr/lib/postgresql/15/bin";
-constexpr const char* Driver = "psqlodbcw.so";
-
-constexpr DriverNames PostgresNames{"postgres", Driver, "Servername", "Port", "Database"};
-
-/// The user of the server when we are root.
-constexpr const char* PostgresUser = "postgres";
-
-std::string Path(const char* name) {
-  return (Programs / name).string();
-}
-
-} // namespace
-
 bool PostgresServer::Available() {
-  std::error_code error;
-  return fs::exists(Programs / "postgres", error) && !DriverLibrary(Driver).empty();
+  return PostgresInstalled();
 }
 
 PostgresServer::PostgresServer(fs::path directory) : DatabaseServer(std::move(directory), PostgresNames) {
   PrepareDirectory(directory_, PostgresUser);
-  CreateCluster();
+  CreatePostgresData(directory_, user_, password_);
   StartOnFreePort(server_, [this](int port) {
     port_ = port;
     Start();
   });
 }
 
-void PostgresServer::CreateCluster() const {
-  // The other way to check a password takes thousands of rounds by design, and every test connects several times.
-  const std::vector<std::string> words = {Path("initdb"), "-N",  "-E", "UTF8", "--locale=C.UTF-8",
-                                          "-U",           user_, "-A", "md5"};
-  const fs::path data = directory_ / "data";
-  FreshData(data, "postgres-" + DigestOfCreation(words.front(), words), PostgresUser, [&] {
-    const fs::path secret = directory_ / "password";
-    WriteSecret(secret, password_ + "\n", PostgresUser);
-    auto whole = words;
-    whole.insert(whole.end(), {"--pwfile=" + secret.string(), "-D", data.string()});
-    ServerProcess creation(whole, directory_ / "initdb.log", PostgresUser, SIGINT);
-    const bool created = creation.Succeeds();
-    fs::remove(secret);
-    if (!created) {
-      throw std::runtime_error("initdb failed: " + EndOf(directory_ / "initdb.log"));
-    }
-  });
-}
-
 void PostgresServer::Start() {
-  server_ = ServerProcess({Path("postgres"), "-D", (directory_ / "data").string(), "-h", "127.0.0.1", "-p",
-                           std::to_string(port_), "-c", "unix_socket_directories=", "-c", "fsync=off", "-c",
-                           "full_page_writes=off", "-c", "synchronous_commit=off"},
-                          directory_ / "server.log", PostgresUser, SIGINT);
+  auto words = PostgresWords(directory_, host_, port_);
+  words.insert(words.end(), {"-c", "synchronous_commit=off"});
+  server_ = ServerProcess(std::move(words), directory_ / "server.log", PostgresUser, SIGINT);
   AwaitAnswer("postgres", "SHOW data_directory");
 }
 

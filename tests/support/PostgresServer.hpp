@@ -27,7 +27,6 @@ class PostgresServer final : public DatabaseServer {
   void Restart();
 
  private:
-  void CreateCluster() const;
   void Start();
 };
 

@@ -197,6 +197,30 @@ void ServerProcess::Kill() {
   waitpid(std::exchange(process_, -1), nullptr, 0);
 }
 
+void ServerProcess::KillAll() {
+  if (process_ <= 0) {
+    return;
+  }
+  // Stopped, the program makes no more of them.
+  ::kill(process_, SIGSTOP);
+  const std::string id = std::to_string(process_);
+  std::ifstream children("/proc/" + id + "/task/" + id + "/children");
+  for (pid_t child = 0; children >> child;) {
+    ::kill(child, SIGKILL);
+  }
+  Kill();
+}
+
+void Await(const char* what, const std::function<bool()>& reached) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!reached()) {
+    if (std::chrono::steady_clock::now() > limit) {
+      throw std::runtime_error(std::string(what) + ": not within a minute");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+}
+
 void StartOnFreePort(ServerProcess& server, const std::function<void(int port)>& start) {
   for (int attempt = 1; !server.Runs(); ++attempt) {
     const int port = FreePort();

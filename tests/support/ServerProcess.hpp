@@ -52,6 +52,8 @@ class ServerProcess {
   void Stop();
   /// Kills the program without warning, as a crash would.
   void Kill();
+  /// Kills the program together with the processes that it has made, as the loss of its machine would.
+  void KillAll();
 
  private:
   pid_t process_ = -1;
@@ -64,6 +66,9 @@ class ServerProcess {
 /// Has `start` start `server` on a loopback port that was free a moment ago. Somebody else may take the port in
 /// between, so `start` is called with another one when it raises, three times at the most.
 void StartOnFreePort(ServerProcess& server, const std::function<void(int port)>& start);
+
+/// Waits until `reached`; raises after a minute, and then names `what`.
+void Await(const char* what, const std::function<bool()>& reached);
 
 /// Asks until `ask` no longer raises an RuntimeError; after a minute, or once the server has ended, stops the server
 /// and lets the error out. Any other error comes out at once.

@@ -17,9 +17,10 @@ struct Meaning {
   Advice advice;
 };
 
-// Standard states and PostgreSQL's own; MariaDB's numbers, above all those of the others, whose states its driver does
-// not keep; texts of SQLite, whose driver gives every failure the state HY000.
-constexpr std::array<Meaning, 20> Meanings{{
+// Standard states and PostgreSQL's own; the texts of its library in the languages of the calling programs; MariaDB's
+// numbers, above all those of the others, whose states its driver does not keep; texts of SQLite, whose driver gives
+// every failure the state HY000.
+constexpr std::array<Meaning, 22> Meanings{{
     {"40001", AnyNumber, "", Advice::Deadlock},
     {"40P01", AnyNumber, "", Advice::Deadlock},
     {"HYT00", AnyNumber, "", Advice::Waited},
@@ -37,6 +38,8 @@ constexpr std::array<Meaning, 20> Meanings{{
     {"", 1114, "", Advice::Full},
     {"HY000", AnyNumber, "No space left on device", Advice::Full},
     {"HY000", AnyNumber, "disk is full", Advice::Full},
+    {"08001", AnyNumber, "session is read-only", Advice::ReadOnly},
+    {"08001", AnyNumber, "la sessione è di sola lettura", Advice::ReadOnly},
     {"08S01", AnyNumber, "", Advice::ConnectionLost},
     {"57P0", AnyNumber, "", Advice::ConnectionLost},
     {"", 1927, "", Advice::ConnectionLost},
@@ -64,6 +67,9 @@ std::string_view Sentence(Advice advice) noexcept {
            "modifiche di questo.";
   case Advice::Full:
     return "Lo spazio della base dati è esaurito: avvisare chi amministra il sistema.";
+  case Advice::ReadOnly:
+    return "Della base dati risponde solo un server di riserva, che non prende modifiche: chi amministra il sistema "
+           "deve promuoverlo, o riavviare quello principale.";
   case Advice::ConnectionLost:
     return "La connessione con la base dati è caduta.";
   case Advice::None:

@@ -11,6 +11,7 @@ enum class Advice {
   Deadlock,
   Conflict, ///< of two changes to the same rows, wherever the other one was made
   Full,
+  ReadOnly, ///< of several servers none was found that takes changes
   ConnectionLost
 };
 

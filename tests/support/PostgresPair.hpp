@@ -1,0 +1,66 @@
+#pragma once
+
+#include "support/DatabaseServer.hpp"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+
+namespace lumoscad::test {
+
+/// One PostgreSQL server of a pair.
+class PostgresNode final : public DatabaseServer {
+ public:
+  /// Starts nothing; the server is to listen on `host`.
+  PostgresNode(std::filesystem::path directory, std::string host);
+
+  /// Starts the server as one that others may copy.
+  void StartPrimary(int port);
+  /// Makes the data a copy of `primary`'s and starts the server as its standby, on the same port.
+  void StartAsStandbyOf(const PostgresNode& primary);
+  /// Starts the stopped server again on its data and its port.
+  void Start();
+  /// Has this server, whatever it is to the other, carry out a statement.
+  void Execute(std::string_view statement) const;
+  /// The answer of this server.
+  [[nodiscard]] std::string Answer(std::string_view question, std::string_view database = "postgres") const;
+  /// The id of a process that this server names; raises where there is none.
+  [[nodiscard]] pid_t ProcessOf(std::string_view question) const;
+
+ private:
+  void Open(ado::Connection& connection, std::string_view database) const;
+};
+
+/// A primary and a standby that every COMMIT of the primary waits for
+/// (https://www.postgresql.org/docs/15/warm-standby.html#SYNCHRONOUS-REPLICATION). They have the same port on two
+/// addresses of this machine.
+class PostgresPair {
+ public:
+  /// True where the server's programs and the ODBC driver are installed.
+  [[nodiscard]] static bool Available();
+
+  /// Starts both with data in folders of `directory`. Raises when they do not serve within a minute.
+  explicit PostgresPair(const std::filesystem::path& directory);
+
+  [[nodiscard]] PostgresNode& First() noexcept { return *first_; }
+  [[nodiscard]] PostgresNode& Second() noexcept { return *second_; }
+  /// Creates a database after the statements of `script`; returns when both show it.
+  void CreateDatabase(std::string_view name, std::string_view script);
+  /// A data source of both servers, which takes the one that can be written to.
+  [[nodiscard]] std::string AddSource(std::string_view database) const;
+  [[nodiscard]] std::string ConnectionText(std::string_view source) const { return first_->ConnectionText(source); }
+  /// Waits until the standby is one that COMMIT waits for.
+  void AwaitStandby();
+  /// Makes the standby a primary; returns when it takes changes.
+  void Promote();
+
+ private:
+  void Start(const std::filesystem::path& directory);
+
+  std::unique_ptr<PostgresNode> first_;
+  std::unique_ptr<PostgresNode> second_;
+};
+
+} // namespace lumoscad::test
