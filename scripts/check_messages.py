@@ -40,6 +40,7 @@ NO_MESSAGE = [
     ("src/platform/nexaro/ProcessLock.cpp", r"lumoscad \w+ |the locks need .*", "what a lock is for"),
     ("src/platform/nexaro/OperationsTrial.cpp", r"Prova di LumoScad .*", "the content of a file"),
     ("src/platform/nexaro/ssh/SshLink.cpp", r"command -v |test -f | && .*", "the words of a shell"),
+    ("src/common/TestoNota.cpp", r"lumoscad-\w+ ", "the first line of a file"),
     ("app/lumoscad.cpp", r"Uso: .*|lumoscad ", "the usage, which --aiuto shows"),
 ]
 

@@ -2,6 +2,7 @@
 
 #include "common/Andamento.hpp"
 #include "common/MsgAnnulla.hpp"
+#include "common/NotaInCorso.hpp"
 
 #include <memory>
 #include <string>
@@ -26,6 +27,7 @@ struct Stato {
   std::string contoScadenze; ///< account code of the due-date request's database list, set by the calling screen
   std::string partitaScadenze;                           ///< spaced item number of that list, set by the calling screen
   Andamento andamento;                                   ///< how far the last change has come
+  NotaInCorso notaInCorso;                               ///< the running command's note
   std::shared_ptr<MsgAnnulla> risposta;                  ///< the reply object of the last request
   std::shared_ptr<Partita> rispostaPartita;              ///< the reply object of the last due-date request
   std::shared_ptr<frmLumoScadenzeBanche> scadenzeBanche; ///< the credits/debits screen, created on first use

@@ -1,11 +1,13 @@
 #include "platform/LocalFile.hpp"
 
+#include "platform/LocalFileErrors.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/base/Descriptor.hpp"
 #include "platform/base/SystemError.hpp"
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,17 +22,12 @@ constexpr auto Reasons = std::to_array<base::SystemErrorName>({
     {ENOENT, "percorso inesistente"},
     {ENOSPC, "spazio esaurito"},
     {EDQUOT, "spazio esaurito"},
+    {EFBIG, "file troppo grande"},
     {EROFS, "disco in sola lettura"},
     {ELOOP, "al suo posto c'è un collegamento simbolico"},
     {EISDIR, "al suo posto c'è una cartella"},
     {EEXIST, "un altro programma ne ha messo uno al suo posto"},
 });
-
-[[noreturn]] void Failed(std::string_view action, const std::string& path, int error) {
-  throw RuntimeError(error == ENOENT ? errors::FileNotFound : errors::FileAccess,
-                     "Impossibile " + std::string(action) + " il file locale " + path + ": " +
-                         base::SystemErrorText(error, Reasons));
-}
 
 /// Removes what stands at `path`, be it a file of someone else or a pipe that nobody reads; a link and a directory
 /// are not ours to remove.
@@ -40,19 +37,33 @@ void MakeRoom(const std::string& path) {
     if (errno == ENOENT) {
       return;
     }
-    Failed("creare", path, errno);
+    LocalFileFailed("creare", path, errno);
   }
   if (S_ISLNK(state.st_mode) || S_ISDIR(state.st_mode)) {
-    Failed("creare", path, S_ISLNK(state.st_mode) ? ELOOP : EISDIR);
+    LocalFileFailed("creare", path, S_ISLNK(state.st_mode) ? ELOOP : EISDIR);
   }
   if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
-    Failed("creare", path, errno);
+    LocalFileFailed("creare", path, errno);
   }
 }
 
-/// The first bytes of an open file, and one more where it is longer.
-std::string Begin(const base::Descriptor& file, const std::string& path) {
-  std::string start(MaxRead + 1, '\0');
+/// Opens an ordinary file for reading. Without waiting: a pipe in the file's place must not hold the caller up.
+base::Descriptor Open(const std::string& path) {
+  RequirePath("leggere", path);
+  base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat state {};
+  if (file.Number() < 0 || ::fstat(file.Number(), &state) != 0) {
+    LocalFileFailed("leggere", path, errno);
+  }
+  if (!S_ISREG(state.st_mode)) {
+    LocalFileFailed("leggere", path, S_ISDIR(state.st_mode) ? EISDIR : EINVAL);
+  }
+  return file;
+}
+
+/// The first bytes of an open file, as many as asked for or, where it has fewer, all.
+std::string Begin(const base::Descriptor& file, const std::string& path, std::size_t maximum) {
+  std::string start(maximum, '\0');
   std::size_t wanted = 0;
   while (wanted < start.size()) {
     const auto count = ::read(file.Number(), start.data() + wanted, start.size() - wanted);
@@ -60,7 +71,7 @@ std::string Begin(const base::Descriptor& file, const std::string& path) {
       continue;
     }
     if (count < 0) {
-      Failed("leggere", path, errno);
+      LocalFileFailed("leggere", path, errno);
     }
     if (count == 0) {
       break;
@@ -85,7 +96,14 @@ std::vector<std::string> Rows(std::string_view text) {
   return lines;
 }
 
-/// A path of the system ends at its first zero byte: the rest would be dropped in silence.
+} // namespace
+
+void LocalFileFailed(std::string_view action, const std::string& path, int error) {
+  throw RuntimeError(error == ENOENT ? errors::FileNotFound : errors::FileAccess,
+                     "Impossibile " + std::string(action) + " il file locale " + path + ": " +
+                         base::SystemErrorText(error, Reasons));
+}
+
 void RequirePath(std::string_view action, const std::string& path) {
   if (path.find('\0') != std::string::npos) {
     throw RuntimeError(errors::FileAccess,
@@ -93,15 +111,13 @@ void RequirePath(std::string_view action, const std::string& path) {
   }
 }
 
-} // namespace
-
 void WriteLocalFile(const std::string& path, std::string_view content) {
   constexpr mode_t Private = S_IRUSR | S_IWUSR;
   RequirePath("creare", path);
   MakeRoom(path);
   base::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, Private));
   if (file.Number() < 0 || ::fchmod(file.Number(), Private) != 0) {
-    Failed("creare", path, errno);
+    LocalFileFailed("creare", path, errno);
   }
   while (!content.empty()) {
     const auto written = ::write(file.Number(), content.data(), content.size());
@@ -109,34 +125,39 @@ void WriteLocalFile(const std::string& path, std::string_view content) {
       continue;
     }
     if (written < 0) {
-      Failed("scrivere", path, errno);
+      LocalFileFailed("scrivere", path, errno);
     }
     content.remove_prefix(static_cast<std::size_t>(written));
   }
   if (file.Close() != 0) {
-    Failed("scrivere", path, errno);
+    LocalFileFailed("scrivere", path, errno);
   }
 }
 
 LocalBeginning ReadLocalBeginning(const std::string& path) {
-  RequirePath("leggere", path);
-  // Without waiting: a pipe in the file's place must not hold the caller up.
-  const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  struct stat state {};
-  if (file.Number() < 0 || ::fstat(file.Number(), &state) != 0) {
-    Failed("leggere", path, errno);
-  }
-  if (!S_ISREG(state.st_mode)) {
-    Failed("leggere", path, S_ISDIR(state.st_mode) ? EISDIR : EINVAL);
-  }
-  const auto start = Begin(file, path);
+  const auto start = Begin(Open(path), path, MaxRead + 1);
   return {Rows(std::string_view(start).substr(0, MaxRead)), start.size() > MaxRead};
+}
+
+std::string ReadLocalFile(const std::string& path, std::size_t maximum) {
+  const base::Descriptor file = Open(path);
+  struct stat state {};
+  if (::fstat(file.Number(), &state) != 0) {
+    LocalFileFailed("leggere", path, errno);
+  }
+  const auto size = static_cast<std::uintmax_t>(state.st_size);
+  // One byte more tells a file that grows meanwhile.
+  std::string content = Begin(file, path, size < maximum ? static_cast<std::size_t>(size) + 1 : maximum + 1);
+  if (content.size() > maximum) {
+    LocalFileFailed("leggere", path, EFBIG);
+  }
+  return content;
 }
 
 void DeleteLocalFile(const std::string& path) {
   RequirePath("cancellare", path);
   if (::unlink(path.c_str()) != 0) {
-    Failed("cancellare", path, errno);
+    LocalFileFailed("cancellare", path, errno);
   }
 }
 

@@ -26,6 +26,9 @@ struct LocalBeginning {
 /// error 53 when it is not there, 75 otherwise.
 [[nodiscard]] LocalBeginning ReadLocalBeginning(const std::string& path);
 
+/// Reads a whole local file of at most `maximum` bytes; a longer one is refused. Raises as `ReadLocalBeginning`.
+[[nodiscard]] std::string ReadLocalFile(const std::string& path, std::size_t maximum);
+
 /// Deletes a local file. Raises error 53 when it is not there, 75 otherwise.
 void DeleteLocalFile(const std::string& path);
 

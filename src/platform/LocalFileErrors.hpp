@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace lumoscad {
+
+/// Raises the failure `error` (`errno`) of doing `action` with a local file: error 53 when it is not there, 75
+/// otherwise.
+[[noreturn]] void LocalFileFailed(std::string_view action, const std::string& path, int error);
+
+/// A path of the system ends at its first zero byte: the rest would be dropped in silence. Raises error 75 for such a
+/// path.
+void RequirePath(std::string_view action, const std::string& path);
+
+} // namespace lumoscad
