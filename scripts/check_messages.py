@@ -22,7 +22,7 @@ INSERTED = "…"
 
 SQL = (r"[\W\d]*(SELECT|UPDATE|DELETE|WHERE|AND|OR|AS|SET|FROM|GROUP BY|ORDER BY|CASE|THEN|IS NULL|DESC|T WHERE|LIMIT"
        r"|FETCH FIRST|SHOW|PRAGMA|TITOLOIVA|EVENTOCONTABILE|MOVIMENTOCONTABILE|DATASCADENZA=|\.MOVIMENTOCONTABILE"
-       r"|ERRORE WHERE|max_statement_time|MOV\.SERIE)\b.*|DATASCADENZA=.*")
+       r"|ERRORE WHERE|max_statement_time|MOV\.SERIE)\b.*|DATASCADENZA=.*|DATACONSEGNA=.*")
 # Where a literal is no message, which (the whole literal must match), and what it is.
 NO_MESSAGE = [
     ("src/database/", SQL, "statements"),

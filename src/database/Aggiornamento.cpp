@@ -103,6 +103,13 @@ bool Aggiornamento::Cambia(const std::string& istruzione, const std::vector<std:
   return true;
 }
 
+Aggiornamento::Conto Aggiornamento::Conta(const std::string& daDove, std::vector<std::string> valori,
+                                          const std::string& nuovo) {
+  const ado::Recordset righe =
+      Leggi("SELECT COUNT(*), COUNT(CASE WHEN " + nuovo + "THEN 1 END) FROM " + daDove, std::move(valori));
+  return {Intero(righe.ValueAt(0).value_or("0")), Intero(righe.ValueAt(1).value_or("0"))};
+}
+
 bool Aggiornamento::GiaCosi(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo) {
   const std::string attive = "CASE WHEN EVENTOCONTABILE.SOSPESA='N' THEN 1 ELSE 0 END";
   const ado::Recordset gruppi = Leggi("SELECT COUNT(*), COUNT(CASE WHEN " + nuovo + "THEN 1 END) FROM " + daDove +

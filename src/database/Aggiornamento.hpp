@@ -81,6 +81,12 @@ class Aggiornamento {
   /// the old values) are there and meet `nuovo`, every one of them. A record does not know its events by key, so one
   /// among them that holds another value may be the one that it meant.
   [[nodiscard]] bool GiaCosi(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo);
+  /// How many rows `daDove` names, and how many of them meet `nuovo`.
+  struct Conto {
+    std::int64_t righe = 0;
+    std::int64_t comeNuove = 0;
+  };
+  [[nodiscard]] Conto Conta(const std::string& daDove, std::vector<std::string> valori, const std::string& nuovo);
   /// Asked for a change that matched no row, where the events `dove` are those that it named by key, with their old
   /// values: error -2147217864 where they are there, as the database then dropped the change.
   void RifiutaScarto(const std::string& dove);

@@ -16,6 +16,18 @@ std::string Parte(const std::vector<std::string>& parametri, std::size_t indice)
 
 } // namespace
 
+ado::Recordset LeggiEventi(ado::Connection& connection, const EventiScelti& scelti) {
+  ado::Command comando = moduloDatabase::CreaComando(connection, scelti.sql);
+  comando.sentOnce = true;
+  comando.Parameters = {std::to_string(scelti.chiave)};
+  return comando.Execute();
+}
+
+std::int32_t ChiavePartita(ado::Connection& connection, const std::vector<std::string>& parametri) {
+  const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
+  return db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
+}
+
 std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::string>& parametri) {
   const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
   return db2Searches::CercaMovimento(connection, std::to_string(azienda), "X", Elemento(parametri, 3),

@@ -26,11 +26,17 @@ template <typename Corpo> std::string Procedura(MsgAnnulla& msg, Corpo corpo) {
   }
 }
 
-/// Opens the events that `sql` selects by its one key for editing and hands each to `applica`, in one transaction.
+/// The events that an action is about: a query and its one key.
+struct EventiScelti {
+  std::string_view sql;
+  std::int32_t chiave;
+};
+
+/// Opens the events chosen for editing and hands each to `applica`, in one transaction.
 template <typename Applica>
-void PerOgniEvento(ado::Connection& connection, std::string_view sql, std::int32_t chiave, Applica applica) {
-  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
-  comando.Parameters = {std::to_string(chiave)};
+void PerOgniEvento(ado::Connection& connection, const EventiScelti& scelti, Applica applica) {
+  ado::Command comando = moduloDatabase::CreaComando(connection, scelti.sql);
+  comando.Parameters = {std::to_string(scelti.chiave)};
   moduloDatabase::Transazione transazione(connection);
   ado::Recordset righe;
   righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
@@ -39,6 +45,12 @@ void PerOgniEvento(ado::Connection& connection, std::string_view sql, std::int32
   }
   transazione.Conferma();
 }
+
+/// Reads the same events.
+[[nodiscard]] ado::Recordset LeggiEventi(ado::Connection& connection, const EventiScelti& scelti);
+
+/// The key of the open item that a request's list names.
+[[nodiscard]] std::int32_t ChiavePartita(ado::Connection& connection, const std::vector<std::string>& parametri);
 
 /// The key of the extra movement that a request's list names.
 [[nodiscard]] std::int32_t MovimentoExtra(ado::Connection& connection, const std::vector<std::string>& parametri);

@@ -1,9 +1,12 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "database/EsameAzioni.hpp"
 #include "database/ProceduraDB2.hpp"
 #include "database/db2Searches.hpp"
 #include "database/procedureLumoDB2.hpp"
 #include "platform/RuntimeError.hpp"
+
+#include <algorithm>
 
 namespace lumoscad::procedureLumoDB2 {
 namespace {
@@ -43,6 +46,78 @@ std::string DataDelCampo(ado::Recordset& righe, std::string_view nome) {
   return std::string(righe.Fields(nome).Value().value_or("").substr(0, 10));
 }
 
+EventiScelti EventiDellaPartita(ado::Connection& connection, const std::vector<std::string>& parametri) {
+  return {"SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "
+          "PARTITACONTABILEKEY=?",
+          ChiavePartita(connection, parametri)};
+}
+
+EventiScelti EventiDelMovimento(ado::Connection& connection, const std::vector<std::string>& parametri) {
+  return {"SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "
+          "MOVIMENTOKEY=?",
+          MovimentoExtra(connection, parametri)};
+}
+
+/// Both dates of an event, as `DataDelCampo` gives them.
+struct Date {
+  std::string scadenza;
+  std::string originale;
+};
+
+std::vector<Date> LeggiDate(ado::Connection& connection, const EventiScelti& scelti) {
+  std::vector<Date> date;
+  for (ado::Recordset righe = LeggiEventi(connection, scelti); !righe.Eof(); righe.MoveNext()) {
+    date.push_back({DataDelCampo(righe, "DATASCADENZA"), DataDelCampo(righe, "DATASCADENZAORIGINALE")});
+  }
+  return date;
+}
+
+std::string NomeGruppo(const std::string& oggetto, const Spostamento& spostamento) {
+  return oggetto + " scadenza del " +
+         (Utilities::DataDellaBaseDati(spostamento.da) ? Utilities::FormattaData(spostamento.da) : spostamento.da);
+}
+
+/// The last group of a date has the last word.
+const Spostamento& UltimoDellaData(const std::vector<Spostamento>& spostamenti, const std::string& da) {
+  const auto trovato = std::find_if(spostamenti.rbegin(), spostamenti.rend(),
+                                    [&](const Spostamento& spostamento) { return spostamento.da == da; });
+  return *trovato;
+}
+
+StatoRiga StatoPerOriginale(const std::vector<Date>& eventi, const std::string& originale, const std::string& nuova) {
+  const auto suoi =
+      std::count_if(eventi.begin(), eventi.end(), [&](const Date& evento) { return evento.originale == originale; });
+  const auto fatti = std::count_if(eventi.begin(), eventi.end(), [&](const Date& evento) {
+    return evento.originale == originale && evento.scadenza == nuova;
+  });
+  return suoi == 0 ? StatoRiga::Cambiata : suoi == fatti ? StatoRiga::Fatta : StatoRiga::ComePrima;
+}
+
+/// A moved event keeps no trace of the date that it had. `arrivo`: the old date is another group's new one, so that an
+/// event which holds it as both of its dates may be one that the other group has moved.
+StatoRiga StatoPerScadenza(const std::vector<Date>& eventi, const std::string& da, const std::string& nuova,
+                           bool arrivo) {
+  const auto quanti = [&](auto vale) { return std::count_if(eventi.begin(), eventi.end(), vale); };
+  const auto daSpostare =
+      quanti([&](const Date& evento) { return evento.scadenza == da && !(da == nuova && evento.originale == nuova); });
+  const auto dubbi = quanti([&](const Date& evento) { return evento.scadenza == da && evento.originale == da; });
+  if (daSpostare > (arrivo ? dubbi : 0)) {
+    return StatoRiga::ComePrima;
+  }
+  if (daSpostare > 0) {
+    return StatoRiga::Cambiata;
+  }
+  return quanti([&](const Date& evento) { return evento.scadenza == nuova && evento.originale == nuova; }) > 0
+             ? StatoRiga::Fatta
+             : StatoRiga::Cambiata;
+}
+
+/// The first group of a date is the one that moves its events.
+const Spostamento& PrimoDellaData(const std::vector<Spostamento>& spostamenti, const std::string& da) {
+  return *std::find_if(spostamenti.begin(), spostamenti.end(),
+                       [&](const Spostamento& spostamento) { return spostamento.da == da; });
+}
+
 } // namespace
 
 std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
@@ -50,22 +125,34 @@ std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, Msg
     return "";
   }
   return Procedura(msg, [&](ado::Connection& connection, const auto&) {
-    const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
-    const auto partita = db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
+    const auto scelti = EventiDellaPartita(connection, parametri);
     const auto spostamenti = LeggiSpostamenti(parametri);
-    PerOgniEvento(connection,
-                  "SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "
-                  "PARTITACONTABILEKEY=?",
-                  partita, [&](ado::Recordset& righe) {
-                    const std::string originale = DataDelCampo(righe, "DATASCADENZAORIGINALE");
-                    for (const Spostamento& spostamento : spostamenti) {
-                      if (!originale.empty() && spostamento.da == originale) {
-                        righe.Fields("DATASCADENZA").SetValue(spostamento.NuovaData());
-                        righe.Update();
-                      }
-                    }
-                  });
+    PerOgniEvento(connection, scelti, [&](ado::Recordset& righe) {
+      const std::string originale = DataDelCampo(righe, "DATASCADENZAORIGINALE");
+      for (const Spostamento& spostamento : spostamenti) {
+        if (!originale.empty() && spostamento.da == originale) {
+          righe.Fields("DATASCADENZA").SetValue(spostamento.NuovaData());
+          righe.Update();
+        }
+      }
+    });
   });
+}
+
+std::vector<RigaEsaminata> EsaminaScadenzePartita(ado::Connection& connection,
+                                                  const std::vector<std::string>& parametri,
+                                                  const std::string& oggetto) {
+  std::vector<RigaEsaminata> righe;
+  if (parametri.size() <= PrimoGruppo) {
+    return righe;
+  }
+  const auto eventi = LeggiDate(connection, EventiDellaPartita(connection, parametri));
+  const auto spostamenti = LeggiSpostamenti(parametri);
+  for (const Spostamento& spostamento : spostamenti) {
+    const std::string nuova = UltimoDellaData(spostamenti, spostamento.da).NuovaData();
+    righe.push_back({NomeGruppo(oggetto, spostamento), StatoPerOriginale(eventi, spostamento.da, nuova)});
+  }
+  return righe;
 }
 
 std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
@@ -73,24 +160,40 @@ std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, M
     return "";
   }
   return Procedura(msg, [&](ado::Connection& connection, const auto&) {
-    const auto movimento = MovimentoExtra(connection, parametri);
+    const auto scelti = EventiDelMovimento(connection, parametri);
     const auto spostamenti = LeggiSpostamenti(parametri);
-    PerOgniEvento(connection,
-                  "SELECT EVENTOCONTABILEKEY,DATASCADENZA,DATASCADENZAORIGINALE FROM EVENTOCONTABILE WHERE "
-                  "MOVIMENTOKEY=?",
-                  movimento, [&](ado::Recordset& righe) {
-                    const std::string scadenza = DataDelCampo(righe, "DATASCADENZA");
-                    for (const Spostamento& spostamento : spostamenti) {
-                      if (!scadenza.empty() && spostamento.da == scadenza) {
-                        const std::string nuova = spostamento.NuovaData();
-                        righe.Fields("DATASCADENZA").SetValue(nuova);
-                        righe.Fields("DATASCADENZAORIGINALE").SetValue(nuova);
-                        righe.Update();
-                        break;
-                      }
-                    }
-                  });
+    PerOgniEvento(connection, scelti, [&](ado::Recordset& righe) {
+      const std::string scadenza = DataDelCampo(righe, "DATASCADENZA");
+      for (const Spostamento& spostamento : spostamenti) {
+        if (!scadenza.empty() && spostamento.da == scadenza) {
+          const std::string nuova = spostamento.NuovaData();
+          righe.Fields("DATASCADENZA").SetValue(nuova);
+          righe.Fields("DATASCADENZAORIGINALE").SetValue(nuova);
+          righe.Update();
+          break;
+        }
+      }
+    });
   });
+}
+
+std::vector<RigaEsaminata> EsaminaScadenzeMovimento(ado::Connection& connection,
+                                                    const std::vector<std::string>& parametri,
+                                                    const std::string& oggetto) {
+  std::vector<RigaEsaminata> righe;
+  if (parametri.size() <= PrimoGruppo) {
+    return righe;
+  }
+  const auto eventi = LeggiDate(connection, EventiDelMovimento(connection, parametri));
+  const auto spostamenti = LeggiSpostamenti(parametri);
+  for (const Spostamento& spostamento : spostamenti) {
+    const std::string nuova = PrimoDellaData(spostamenti, spostamento.da).NuovaData();
+    const bool arrivo = std::any_of(spostamenti.begin(), spostamenti.end(), [&](const Spostamento& altro) {
+      return altro.da != spostamento.da && altro.NuovaData() == spostamento.da;
+    });
+    righe.push_back({NomeGruppo(oggetto, spostamento), StatoPerScadenza(eventi, spostamento.da, nuova, arrivo)});
+  }
+  return righe;
 }
 
 } // namespace lumoscad::procedureLumoDB2

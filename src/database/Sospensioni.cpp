@@ -1,4 +1,5 @@
 #include "common/Testo.hpp"
+#include "database/EsameAzioni.hpp"
 #include "database/ProceduraDB2.hpp"
 #include "database/db2Searches.hpp"
 #include "database/procedureLumoDB2.hpp"
@@ -11,12 +12,46 @@ std::string NumeroConAnno(const std::string& numero, const std::string& anno) {
   return numero + (anno.size() == 4 ? anno.substr(2) : anno);
 }
 
-/// Sets `SOSPESA` of every event that `sql` selects by its one key.
-void ScriviSospesa(ado::Connection& connection, std::string_view sql, std::int32_t chiave, std::string_view flag) {
-  PerOgniEvento(connection, sql, chiave, [flag](ado::Recordset& righe) {
+EventiScelti EventiDelDocumento(ado::Connection& connection, const std::vector<std::string>& parametri) {
+  const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
+  const auto movimento =
+      db2Searches::CercaMovimento(connection, std::to_string(azienda), "N", Nullo, Elemento(parametri, 2),
+                                  NumeroConAnno(Elemento(parametri, 4), Elemento(parametri, 3)));
+  return {"SELECT EVENTOCONTABILEKEY,SOSPESA FROM EVENTOCONTABILE WHERE "
+          "MOVIMENTOKEY=? AND TIPOEVENTO='P'",
+          movimento};
+}
+
+EventiScelti RateDellaPartita(ado::Connection& connection, const std::vector<std::string>& parametri) {
+  return {"SELECT EVENTOCONTABILEKEY,SOSPESA FROM EVENTOCONTABILE WHERE "
+          "PARTITACONTABILEKEY=? AND TIPOEVENTO='C'",
+          ChiavePartita(connection, parametri)};
+}
+
+StatoRiga StatoSospensione(ado::Connection& connection, const EventiScelti& scelti, std::string_view flag) {
+  ado::Recordset righe = LeggiEventi(connection, scelti);
+  if (righe.Eof()) {
+    return StatoRiga::Cambiata;
+  }
+  for (; !righe.Eof(); righe.MoveNext()) {
+    if (SenzaSpaziAiLati(righe.Fields("SOSPESA").Value().value_or("")) != flag) {
+      return StatoRiga::ComePrima;
+    }
+  }
+  return StatoRiga::Fatta;
+}
+
+/// Sets `SOSPESA` of every event chosen.
+void ScriviSospesa(ado::Connection& connection, const EventiScelti& scelti, std::string_view flag) {
+  PerOgniEvento(connection, scelti, [flag](ado::Recordset& righe) {
     righe.Fields("SOSPESA").SetValue(flag);
     righe.Update();
   });
+}
+
+/// The one table that is named with its schema.
+std::string TabellaMovimenti(std::string_view schema) {
+  return std::string(schema) + ".MOVIMENTOCONTABILE";
 }
 
 void Cancella(ado::Connection& connection, const std::string& sql, std::int32_t chiave) {
@@ -29,26 +64,24 @@ void Cancella(ado::Connection& connection, const std::string& sql, std::int32_t 
 
 std::string SospendiMovimento(const std::vector<std::string>& parametri, std::string_view flag, MsgAnnulla& msg) {
   return Procedura(msg, [&](ado::Connection& connection, const auto&) {
-    const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
-    const auto movimento =
-        db2Searches::CercaMovimento(connection, std::to_string(azienda), "N", Nullo, Elemento(parametri, 2),
-                                    NumeroConAnno(Elemento(parametri, 4), Elemento(parametri, 3)));
-    ScriviSospesa(connection,
-                  "SELECT EVENTOCONTABILEKEY,SOSPESA FROM EVENTOCONTABILE WHERE "
-                  "MOVIMENTOKEY=? AND TIPOEVENTO='P'",
-                  movimento, flag);
+    ScriviSospesa(connection, EventiDelDocumento(connection, parametri), flag);
   });
+}
+
+StatoRiga EsaminaSospensioneMovimento(ado::Connection& connection, const std::vector<std::string>& parametri,
+                                      std::string_view flag) {
+  return StatoSospensione(connection, EventiDelDocumento(connection, parametri), flag);
 }
 
 std::string SospendiPartita(const std::vector<std::string>& parametri, std::string_view flag, MsgAnnulla& msg) {
   return Procedura(msg, [&](ado::Connection& connection, const auto&) {
-    const auto conto = db2Searches::CercaContoContabile(connection, Elemento(parametri, 2));
-    const auto partita = db2Searches::CercaPartitaContabile(connection, std::to_string(conto), Elemento(parametri, 3));
-    ScriviSospesa(connection,
-                  "SELECT EVENTOCONTABILEKEY,SOSPESA FROM EVENTOCONTABILE WHERE "
-                  "PARTITACONTABILEKEY=? AND TIPOEVENTO='C'",
-                  partita, flag);
+    ScriviSospesa(connection, RateDellaPartita(connection, parametri), flag);
   });
+}
+
+StatoRiga EsaminaSospensionePartita(ado::Connection& connection, const std::vector<std::string>& parametri,
+                                    std::string_view flag) {
+  return StatoSospensione(connection, RateDellaPartita(connection, parametri), flag);
 }
 
 std::string CancellaMovimentoExtra(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
@@ -59,10 +92,19 @@ std::string CancellaMovimentoExtra(const std::vector<std::string>& parametri, Ms
              "DELETE FROM EVENTOCONTABILE WHERE "
              "MOVIMENTOKEY=?",
              movimento);
-    Cancella(connection, "DELETE FROM " + connessione.Schema + ".MOVIMENTOCONTABILE WHERE " + "MOVIMENTOKEY=?",
+    Cancella(connection, "DELETE FROM " + TabellaMovimenti(connessione.Schema) + " WHERE " + "MOVIMENTOKEY=?",
              movimento);
     transazione.Conferma();
   });
+}
+
+StatoRiga EsaminaCancellazione(ado::Connection& connection, const std::vector<std::string>& parametri,
+                               std::string_view schema) {
+  const auto azienda = db2Searches::CercaAziendaLinea(connection, Elemento(parametri, 0), " ", " ");
+  const std::size_t quanti =
+      db2Searches::ContaMovimenti(connection, TabellaMovimenti(schema), std::to_string(azienda), "X",
+                                  Elemento(parametri, 3), Elemento(parametri, 2), Elemento(parametri, 4));
+  return quanti == 0 ? StatoRiga::Fatta : quanti == 1 ? StatoRiga::ComePrima : StatoRiga::Cambiata;
 }
 
 } // namespace lumoscad::procedureLumoDB2

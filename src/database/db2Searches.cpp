@@ -12,8 +12,12 @@ namespace lumoscad::db2Searches {
 namespace {
 
 constexpr std::string_view ContoPerCodice = "SELECT CONTOCONTABILE_KEY FROM CONTOCONTABILE WHERE CODICECONTO=? ";
-constexpr std::string_view MovimentoDiOgniAnno = "SELECT MOVIMENTOKEY FROM MOVIMENTOCONTABILE WHERE "
-                                                 "AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?";
+constexpr std::string_view Movimenti = "MOVIMENTOCONTABILE";
+
+std::string MovimentoDiOgniAnno(std::string_view tabella = Movimenti) {
+  return std::string("SELECT MOVIMENTOKEY FROM ").append(tabella) +
+         " WHERE AZIENDALINEAKEY=? AND TIPOMOVIMENTO=? AND SERIE=? AND NUMERO=?";
+}
 
 std::int32_t Cerca(ado::Command& comando, std::vector<std::string> valori, std::string_view colonna,
                    std::string_view fallimento) {
@@ -47,6 +51,26 @@ std::int32_t CercaConto(ado::Command& comando, std::string_view codiceConto) {
   return Cerca(comando, {std::string(codiceConto)}, "CONTOCONTABILE_KEY", "CONTO CONTABILE INESISTENTE");
 }
 
+ado::Command ComandoMovimento(ado::Connection& connection, std::string_view tabella, std::string_view esercizio) {
+  std::string sql = MovimentoDiOgniAnno(tabella);
+  if (esercizio != Nullo) {
+    sql += " AND ESERCIZIO=?";
+  }
+  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
+  comando.sentOnce = true;
+  return comando;
+}
+
+std::vector<std::string> ValoriMovimento(std::string_view aziendaLineaKey, std::string_view tipoMovimento,
+                                         std::string_view esercizio, std::string_view serie, std::string_view numero) {
+  std::vector<std::string> valori = {std::string(aziendaLineaKey), std::string(tipoMovimento), std::string(serie),
+                                     std::string(numero)};
+  if (esercizio != Nullo) {
+    valori.emplace_back(esercizio);
+  }
+  return valori;
+}
+
 } // namespace
 
 std::int32_t CercaAziendaLinea(ado::Connection& connection, std::string_view codiceAzienda, std::string_view linea,
@@ -61,21 +85,21 @@ std::int32_t CercaAziendaLinea(ado::Connection& connection, std::string_view cod
 std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziendaLineaKey,
                             std::string_view tipoMovimento, std::string_view esercizio, std::string_view serie,
                             std::string_view numero) {
-  std::string sql(MovimentoDiOgniAnno);
-  std::vector<std::string> valori = {std::string(aziendaLineaKey), std::string(tipoMovimento), std::string(serie),
-                                     std::string(numero)};
-  if (esercizio != Nullo) {
-    sql += " AND ESERCIZIO=?";
-    valori.emplace_back(esercizio);
-  }
-  ado::Command comando = moduloDatabase::CreaComando(connection, sql);
-  comando.sentOnce = true;
-  return CercaMovimento(comando, std::move(valori));
+  ado::Command comando = ComandoMovimento(connection, Movimenti, esercizio);
+  return CercaMovimento(comando, ValoriMovimento(aziendaLineaKey, tipoMovimento, esercizio, serie, numero));
+}
+
+std::size_t ContaMovimenti(ado::Connection& connection, std::string_view tabella, std::string_view aziendaLineaKey,
+                           std::string_view tipoMovimento, std::string_view esercizio, std::string_view serie,
+                           std::string_view numero) {
+  ado::Command comando = ComandoMovimento(connection, tabella, esercizio);
+  comando.Parameters = ValoriMovimento(aziendaLineaKey, tipoMovimento, esercizio, serie, numero);
+  return comando.Execute().RecordCount();
 }
 
 RicercaMovimenti::RicercaMovimenti(ado::Connection& connection, std::string_view aziendaLineaKey,
                                    std::string_view tipoMovimento)
-    : comando_(moduloDatabase::CreaComando(connection, MovimentoDiOgniAnno)), aziendaLineaKey_(aziendaLineaKey),
+    : comando_(moduloDatabase::CreaComando(connection, MovimentoDiOgniAnno())), aziendaLineaKey_(aziendaLineaKey),
       tipoMovimento_(tipoMovimento) {}
 
 std::int32_t RicercaMovimenti::Cerca(std::string_view serie, std::string_view numero) {

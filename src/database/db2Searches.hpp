@@ -3,6 +3,7 @@
 #include "common/MsgAnnulla.hpp"
 #include "platform/ado/Ado.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -20,6 +21,11 @@ namespace lumoscad::db2Searches {
 [[nodiscard]] std::int32_t CercaMovimento(ado::Connection& connection, std::string_view aziendaLineaKey,
                                           std::string_view tipoMovimento, std::string_view esercizio,
                                           std::string_view serie, std::string_view numero);
+
+/// How many movements of `tabella` such a search finds.
+[[nodiscard]] std::size_t ContaMovimenti(ado::Connection& connection, std::string_view tabella,
+                                         std::string_view aziendaLineaKey, std::string_view tipoMovimento,
+                                         std::string_view esercizio, std::string_view serie, std::string_view numero);
 
 /// `CercaMovimento` over all years for the documents of a list: one prepared statement, sent once a document however
 /// many rows the document has. Used on the connection it was made for, while that is open.
