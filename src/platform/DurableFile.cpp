@@ -40,7 +40,7 @@ bool Ours(const Holding& holding) noexcept {
   return ::fstat(holding.number, &state) == 0 && state.st_dev == holding.device && state.st_ino == holding.file;
 }
 
-void InChild() noexcept {
+void ForgetInChild() noexcept {
   for (Holding& holding : holdings) {
     if (holding.number >= 0 && Ours(holding)) {
       ::close(holding.number);
@@ -49,7 +49,7 @@ void InChild() noexcept {
   }
 }
 
-[[maybe_unused]] const int Told = pthread_atfork(nullptr, nullptr, InChild);
+[[maybe_unused]] const int ForksTold = pthread_atfork(nullptr, nullptr, ForgetInChild);
 
 Holding* HoldingOf(int number) noexcept {
   for (Holding& holding : holdings) {
