@@ -21,7 +21,7 @@ packages=(
   xvfb xauth xdotool imagemagick openbox fonts-dejavu-core
 )
 
-server=(odbc-postgresql postgresql-15 odbc-mariadb mariadb-server-core mariadb-client-core galera-4
+server=(odbc-postgresql postgresql-15 pgbouncer odbc-mariadb mariadb-server-core mariadb-client-core galera-4
   openssh-server openssh-client)
 [ "${1:-}" = --senza-server ] || packages+=("${server[@]}")
 

@@ -108,15 +108,14 @@ class Prova {
 
   /// A setting that is unfit is told in its place: everything else can be looked at all the same.
   void Apri() {
-    int durata = DurataUsuale;
     try {
-      durata = ado::StatementSeconds();
+      durata_ = ado::StatementSeconds();
     } catch (const RuntimeError& errore) {
       limiteErrato_ = errore.Text();
     }
     EsitoDelPasso passo{"Origine", false, {}};
     try {
-      connection_ = moduloDatabase::ApriPerProva(parametri_, durata);
+      connection_ = moduloDatabase::ApriPerProva(parametri_, durata_);
       detto_ = ado::FactsOf(*connection_);
       passo.riuscito = true;
       passo.dettaglio = "l'origine dati «" + parametri_.DataSource + "» si apre";
@@ -310,6 +309,9 @@ class Prova {
         Rifiuta(std::string(SenzaScrittura));
       }
       RichiediUnProcesso();
+      if (!detto_.direct) {
+        ApriAltraVolta();
+      }
     }
     std::string testo;
     if (detto_.kind == Genere::MariaDb) {
@@ -332,6 +334,13 @@ class Prova {
         Rifiuta("un pooler cambia il processo del server da un'istruzione all'altra: occorre pool_mode=session");
       }
     }
+  }
+
+  /// What the first opening left with the server's process a second one finds, where a pooler of transactions gives it
+  /// the same: then the opening itself is refused.
+  void ApriAltraVolta() {
+    connection_.reset();
+    connection_ = moduloDatabase::ApriPerProva(parametri_, durata_);
   }
 
   /// A node of a group that others do not reach must not be written to.
@@ -371,6 +380,7 @@ class Prova {
   ado::ConnectionFacts detto_;
   std::vector<std::string> testi_; ///< "TABLE.COLUMN" of those that hold texts
   std::string limiteErrato_;
+  int durata_ = DurataUsuale;
   bool riuscita_ = true;
 };
 

@@ -44,7 +44,7 @@ class BaseEsiti {
   /// The connection text of the way through the proxy.
   [[nodiscard]] const std::string& TestoConnessione() const noexcept { return testo_; }
   /// Part of the text by which the component asks who is at the other end.
-  [[nodiscard]] std::string_view Domanda() const { return SuPostgres() ? "pg_backend_pid" : "SELECT CONNECTION_ID"; }
+  [[nodiscard]] std::string_view Domanda() const { return SuPostgres() ? "SELECT pg_" : "SELECT CONNECTION_ID"; }
   /// The bytes by which a COMMIT begins on its way to the server. MariaDB's driver says "SET AUTOCOMMIT" before.
   [[nodiscard]] std::string_view Conferma() const {
     return SuPostgres() ? "COMMIT"

@@ -6,6 +6,7 @@
 #include "platform/RuntimeError.hpp"
 #include "support/ByteProxy.hpp"
 #include "support/OtherProcess.hpp"
+#include "support/PgBouncer.hpp"
 #include "support/TestBench.hpp"
 
 #include <algorithm>
@@ -23,6 +24,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
@@ -237,6 +239,25 @@ TEST(DatabaseLookAt, AServerBehindSomethingElseIsSaidToBe) {
   EXPECT_THAT(Guarda(ConSchema(base) + " -DB2SOURCE " + origine)[15],
               StartsWith("Replica: fra il programma e il server può stare un intermediario"));
   test::OdbcConfiguration::Instance().RemoveSource(origine);
+}
+
+TEST(DatabaseLookAt, APoolerIsNoticedThatIsIdleWhereItWouldChangeTheProcess) {
+  const test::TestBench banco;
+  const test::BaseDati base("postgres", Dati());
+  const auto guarda = [&](const char* modo) {
+    const test::PgBouncer pooler(test::ServerDirectory("pgbouncer"), test::Postgres(), modo);
+    const auto origine = pooler.AddSource("prove", 0, {{"ConnSettings", "SET search_path TO " + base.Schema()}});
+    auto rifiuti = Rifiuti(ConSchema(base) + " -DB2SOURCE " + origine);
+    test::OdbcConfiguration::Instance().RemoveSource(origine);
+    return rifiuti;
+  };
+  EXPECT_THAT(guarda("pool_mode=session"), IsEmpty());
+  EXPECT_THAT(
+      guarda("pool_mode=transaction"),
+      ElementsAre("Replica NO: La base dati non si usa attraverso un pooler che cambia il processo del server a "
+                  "ogni transazione. Nel pooler occorre pool_mode=session, con server_reset_query=DISCARD ALL; "
+                  "oppure l'origine dati deve portare diritto al server.",
+                  "Elenco NO: non provato: la connessione non è riuscita"));
 }
 
 /// The server's own functions are hidden behind some that answer as a pooler and a standby let them.

@@ -29,8 +29,16 @@ constexpr std::string_view OpeningOfMariaDb =
 constexpr std::string_view ReplicatedMariaDb = "SELECT @@wsrep_on";
 constexpr std::string_view LimitOfMariaDb = ", max_statement_time=";
 
+/// The mark is a setting of the server's process, by the process' clock, so that no two connections have the same. A
+/// pooler that gives a connection a process for as long as it lives resets all settings when it takes the process back;
+/// a pooler of transactions leaves them for whoever comes next.
 constexpr std::string_view EndsOfPostgres =
-    "SELECT host(inet_server_addr()), inet_server_port(), host(inet_client_addr()), inet_client_port()";
+    "SELECT host(inet_server_addr()), inet_server_port(), host(inet_client_addr()), inet_client_port(), "
+    "CASE WHEN found.mark IS NULL THEN 'new' WHEN found.mark = '' THEN 'reset' ELSE 'used' END, "
+    "pg_catalog.pg_backend_pid() || ' ' || set_config('lumoscad.opened', clock_timestamp()::text, false) "
+    "FROM (SELECT current_setting('lumoscad.opened', true) AS mark OFFSET 0) found";
+constexpr std::string_view MarkedPostgres =
+    "SELECT pg_catalog.pg_backend_pid() || ' ' || coalesce(current_setting('lumoscad.opened', true), '')";
 /// The server does not know which of its addresses it was reached by. The client is "address:port", or "name:port".
 constexpr std::string_view EndsOfMariaDb =
     "SELECT NULL, @@port, LEFT(HOST, CHAR_LENGTH(HOST) - LOCATE(':', REVERSE(HOST))), SUBSTRING_INDEX(HOST, ':', -1) "
@@ -47,7 +55,8 @@ constexpr std::array<Dialect, 5> Dialects{{
      .passesHandlesOn = true,
      .infiniteTimes = true,
      .namesNumbers = true,
-     .ends = EndsOfPostgres},
+     .ends = EndsOfPostgres,
+     .marked = MarkedPostgres},
     {.name = "MariaDB",
      .serverSession = ConnectionId,
      .opening = OpeningOfMariaDb,

@@ -25,8 +25,14 @@ struct Dialect {
   bool infiniteTimes = false; ///< a timestamp may be one without end, which the driver writes as a last day
   bool namesNumbers = false;  ///< the name of a column's type tells its numbers, its description may not
   /// Query of the connection's two ends as the server sees them: its own address and port, the client's address and
-  /// port, each of which may be NULL. May be empty.
+  /// port, each of which may be NULL. May be empty. Where `marked` is not, the query has two columns more, and leaves a
+  /// mark on the server's session, which no other connection may find: what was found in its place ("new", or "reset"
+  /// by a pooler that gives one session to many connections, or "used" where that does not even reset it), and what
+  /// `marked` answers from now on.
   std::string_view ends{};
+  /// Query of the identity of the server's side of the connection, and behind a blank of the mark upon it. Empty where
+  /// no pooler is known that would change it.
+  std::string_view marked{};
   /// The numbers with which a database that is a file certainly refuses a COMMIT: after any other failure the change
   /// may be in the file all the same. All 0 for a server, whose every answer but success is a refusal.
   std::array<long, 4> refusals{};

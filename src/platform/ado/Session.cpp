@@ -107,14 +107,15 @@ void Session::Watch(const Sockets& before) {
   if (dialect_->ends.empty()) {
     return;
   }
-  const Endpoints told = Ends();
-  if (told.serverPort > 0 && told.clientPort > 0) {
-    watchdog_ = Watchdog::Over(told, before);
+  const ServerSide told = AskServerSide();
+  if (told.ends.serverPort > 0 && told.ends.clientPort > 0) {
+    watchdog_ = Watchdog::Over(told.ends, before);
   }
+  RequireOwnServerSession(told);
 }
 
 /// What the server does not tell, or tells as no number, is left out: the session goes on, without a watchdog.
-Endpoints Session::Ends() const {
+ServerSide Session::AskServerSide() const {
   SQLHANDLE created = nullptr;
   if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, connection_.get(), &created))) {
     return {};
@@ -137,11 +138,15 @@ Endpoints Session::Ends() const {
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     return error == std::errc() && end == digits.data() + digits.size() ? value : 0;
   };
-  Endpoints told;
-  told.serverAddress = text(1);
-  told.serverPort = number(text(2));
-  told.clientAddress = text(3);
-  told.clientPort = number(text(4));
+  ServerSide told;
+  told.ends.serverAddress = text(1);
+  told.ends.serverPort = number(text(2));
+  told.ends.clientAddress = text(3);
+  told.ends.clientPort = number(text(4));
+  if (!dialect_->marked.empty()) {
+    told.found = text(5);
+    told.marked = text(6);
+  }
   return told;
 }
 

@@ -18,6 +18,13 @@ namespace lumoscad::ado::detail {
 
 class Statement;
 
+/// What the server tells of its side of a connection that has just been opened; empty where it does not.
+struct ServerSide {
+  Endpoints ends;
+  std::string found;  ///< in the place of the mark
+  std::string marked; ///< its identity and the mark
+};
+
 /// One open connection. Statements keep it alive, but `Close` ends it at once and takes every statement with it.
 class Session {
  public:
@@ -59,7 +66,9 @@ class Session {
   void ReadCapabilities();
   void SendOpening();
   void Watch(const Sockets& before);
-  [[nodiscard]] Endpoints Ends() const;
+  [[nodiscard]] ServerSide AskServerSide() const;
+  void RequireOwnServerSession(const ServerSide& told);
+  [[nodiscard]] std::string OwnServerSession() const;
   /// The failure, with a note that says so where it is that the server did not answer in time.
   [[nodiscard]] RuntimeError Explained(RuntimeError error) const;
   [[nodiscard]] bool Dead() const noexcept;
@@ -85,6 +94,7 @@ class Session {
   bool statementFailed_ = false;
   bool describesParameters_ = false;
   TransactionOutcome outcome_ = TransactionOutcome::NotApplied;
+  std::string marked_;        ///< what the server answers as long as its session is this connection's alone
   std::string serverSession_; ///< the one that the open transaction began on
   const Dialect* dialect_ = nullptr;
   SQLULEN timeLimit_;

@@ -86,7 +86,7 @@ void Session::Begin() {
   inTransaction_ = true;
   statementFailed_ = false;
   try {
-    serverSession_ = ServerSession();
+    serverSession_ = OwnServerSession();
   } catch (...) {
     Abandon();
     throw;
