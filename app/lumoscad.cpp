@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,6 +27,10 @@ constexpr const char* Uso =
     "     lumoscad --libera-blocco HOST LISTA [--si]\n"
     "     lumoscad --prova-base-dati -DB2SOURCE ORIGINE...\n"
     "     lumoscad --prova-base-dati -\n"
+    "     lumoscad --in-sospeso [-DB2SOURCE ORIGINE... | -]\n"
+    "     lumoscad --riallinea NOTA -DB2SOURCE ORIGINE... [--si]\n"
+    "     lumoscad --riallinea NOTA - [--si]\n"
+    "     lumoscad --archivia NOTA MOTIVO...\n"
     "     lumoscad --aiuto | -h | --versione\n"
     "\n"
     "Gli argomenti, uniti da uno spazio, sono la riga di comando; con - la riga è letta\n"
@@ -43,6 +48,13 @@ constexpr const char* Uso =
     "\n"
     "--prova-base-dati guarda la base dati che le opzioni -DB2... indicano, come in un\n"
     "comando, e non vi scrive nulla.\n"
+    "\n"
+    "--in-sospeso elenca le note dei comandi finiti prima che host e base dati fossero\n"
+    "alla pari; con le opzioni -DB2... anche che cosa la base dati ne ha ora.\n"
+    "--riallinea mostra una nota, chiede, registra nella base dati le righe rimaste come\n"
+    "prima e toglie la nota se non resta nulla di aperto. --archivia la mette da parte,\n"
+    "con il motivo. L'host non è interpellato. Con - le opzioni sono la prima riga\n"
+    "dell'ingresso standard.\n"
     "\n"
     "Variabili d'ambiente:\n"
     "  NEXARO_TRASPORTO        come si raggiunge l'host: ssh (se manca), cartella\n"
@@ -107,6 +119,20 @@ int Esegui(std::string_view comando) {
     risultato += '\n';
   }
   return Scrivi(risultato, stato);
+}
+
+/// The options of a command: those of the arguments, or of the first line of the standard input where "-" stands alone.
+/// An answer may follow that line.
+std::string Opzioni(std::span<char* const> argomenti) {
+  if (argomenti.size() != 1 || argomenti.front() != std::string_view("-")) {
+    return Unisci(argomenti);
+  }
+  std::string riga;
+  std::getline(std::cin, riga);
+  if (riga.ends_with('\r')) {
+    riga.pop_back();
+  }
+  return riga;
 }
 
 /// Only a plain yes counts; whatever else, and no answer at all, is a no.
@@ -198,6 +224,39 @@ int LiberaBlocco(std::string_view host, std::string_view lista, bool si) {
   return Scrivi("Il blocco è stato tolto.\n", 0);
 }
 
+int Riallinea(std::string_view nome, const std::string& opzioni, bool si) {
+  const auto nota = lumoscad::LeggiNotaInSospeso(nome, opzioni);
+  if (Scrivi(nota.testo, 0) != 0 || !nota.errore.empty() || nota.inCorso || nota.archiviata) {
+    return StatoErrore;
+  }
+  if (!nota.domanda.empty() && !si && (Scrivi(nota.domanda, 0) != 0 || !RispostaAffermativa())) {
+    return Scrivi("Non è cambiato nulla: la nota resta.\n", StatoChiuso);
+  }
+  const auto esito = lumoscad::RiallineaInSospeso(nota, opzioni);
+  return Scrivi(esito.testo, esito.riuscito ? 0 : StatoErrore);
+}
+
+/// The commands for notes; nothing where it is none of them, or not their use.
+std::optional<int> Note(std::span<char* const> argomenti) {
+  const std::string_view primo = argomenti.front();
+  if (primo == "--in-sospeso") {
+    const auto elenco = lumoscad::LeggiInSospeso(Opzioni(argomenti.subspan(1)));
+    return Scrivi(elenco.testo, elenco.riuscito ? 0 : StatoErrore);
+  }
+  if (primo == "--riallinea") {
+    const bool si = argomenti.back() == std::string_view("--si");
+    const auto resto = argomenti.first(argomenti.size() - (si ? 1 : 0));
+    if (resto.size() > 2) {
+      return Riallinea(resto[1], Opzioni(resto.subspan(2)), si);
+    }
+  }
+  if (primo == "--archivia" && argomenti.size() > 2) {
+    const auto esito = lumoscad::ArchiviaInSospeso(argomenti[1], Unisci(argomenti.subspan(2)));
+    return Scrivi(esito.testo, esito.riuscito ? 0 : StatoErrore);
+  }
+  return std::nullopt;
+}
+
 } // namespace
 
 int main(int numero, char** vettore) {
@@ -228,6 +287,9 @@ int main(int numero, char** vettore) {
   const bool si = argomenti.size() == 4 && argomenti[3] == std::string_view("--si");
   if ((argomenti.size() == 3 || si) && primo == "--libera-blocco") {
     return LiberaBlocco(argomenti[1], argomenti[2], si);
+  }
+  if (const auto stato = argomenti.empty() ? std::nullopt : Note(argomenti)) {
+    return *stato;
   }
   if (argomenti.empty() || primo.starts_with("--")) {
     std::fputs(Uso, stderr);

@@ -2,9 +2,8 @@
 
 #include "database/ProvaBaseDati.hpp"
 #include "entry/Blocchi.hpp"
+#include "entry/InSospeso.hpp"
 #include "lumoscad/Host.hpp"
-#include "lumoscad/LumoScadenze.hpp"
-#include "lumoscad/lumoscad.h"
 #include "platform/RuntimeError.hpp"
 #include "platform/Services.hpp"
 #include "platform/Turn.hpp"
@@ -14,9 +13,6 @@
 #include "platform/nexaro/ssh/HostKey.hpp"
 #include "platform/nexaro/ssh/SshSettings.hpp"
 #include "platform/qt/QtDesktop.hpp"
-
-#include <algorithm>
-#include <cstring>
 
 namespace lumoscad {
 namespace {
@@ -41,6 +37,23 @@ const nexaro::Environment& UnicoAmbiente() {
 nexaro::ProcessLock& UnicaEsclusione() {
   static nexaro::ProcessLock& unica = *nexaro::CreateProcessLock().release();
   return unica;
+}
+
+/// What `azione` gives, or why it could not run, as the text of an empty one.
+template <typename Esito, typename Azione> Esito AlSuoTurno(Azione azione) {
+  Esito esito;
+  const Turn turno(Turn::Who::Administrator);
+  if (turno.How() == Turn::Outcome::Taken) {
+    try {
+      return azione();
+    } catch (...) {
+      esito.testo = CurrentError().Text();
+    }
+  } else {
+    esito.testo = turno.Reason();
+  }
+  esito.testo += "\n";
+  return esito;
 }
 
 [[maybe_unused]] const bool Installati = [] {
@@ -154,14 +167,32 @@ EsitoBlocco TogliBlocco(std::string_view host, const BloccoLista& visto) noexcep
   }
 }
 
-} // namespace lumoscad
-
-extern "C" size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione) {
-  const std::string testo = lumoscad::LumoScadenze().EseguiLumoScad(comando == nullptr ? "" : comando);
-  if (risultato != nullptr && dimensione > 0) {
-    const std::size_t copiati = std::min(testo.size(), dimensione - 1);
-    std::memcpy(risultato, testo.data(), copiati);
-    risultato[copiati] = '\0';
-  }
-  return testo.size();
+ElencoInSospeso LeggiInSospeso(std::string_view comando) noexcept try {
+  return AlSuoTurno<ElencoInSospeso>([&] { return GuardaInSospeso(comando); });
+} catch (...) {
+  return {};
 }
+
+NotaInSospeso LeggiNotaInSospeso(std::string_view nome, std::string_view comando) noexcept try {
+  auto nota = AlSuoTurno<NotaInSospeso>([&] { return GuardaNota(nome, comando); });
+  if (nota.nome.empty()) {
+    nota.errore = nota.testo;
+  }
+  return nota;
+} catch (...) {
+  return {};
+}
+
+EsitoInSospeso RiallineaInSospeso(const NotaInSospeso& vista, std::string_view comando) noexcept try {
+  return AlSuoTurno<EsitoInSospeso>([&] { return RiallineaVista(vista, comando); });
+} catch (...) {
+  return {};
+}
+
+EsitoInSospeso ArchiviaInSospeso(std::string_view nome, std::string_view motivo) noexcept try {
+  return AlSuoTurno<EsitoInSospeso>([&] { return Archivia(nome, motivo); });
+} catch (...) {
+  return {};
+}
+
+} // namespace lumoscad

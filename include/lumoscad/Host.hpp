@@ -76,4 +76,57 @@ struct EsitoBlocco {
 /// stays. The program that took it is not told; it goes on as if it held the list.
 [[nodiscard]] EsitoBlocco TogliBlocco(std::string_view host, const BloccoLista& visto) noexcept;
 
+/// One record of a change that was left over, as the database holds it now.
+struct RigaInSospeso {
+  std::string riga;  ///< as the person knows it from the screen
+  std::string stato; ///< "come prima", "fatta", "cambiata da altri"
+};
+
+/// What is known of a command that ended, or was ended, before host and database were seen to agree.
+struct NotaInSospeso {
+  std::string nome;     ///< the note's name, by which the functions below are told which one is meant
+  std::string errore;   ///< why the note, or what the database holds of it, could not be read; empty when all is well
+  bool inCorso = false; ///< its command runs still, or somebody is realigning it
+  bool archiviata = false;          ///< put aside; `consiglio` holds the reason
+  std::string chi;                  ///< the command, its workstation, company and host
+  std::string quando;               ///< since when
+  std::string host;                 ///< what the host has answered, or that it is not known
+  std::string baseDati;             ///< how far the command had come in the database
+  std::vector<RigaInSospeso> righe; ///< what the database holds now; empty where it was not asked
+  std::string consiglio;            ///< what to do next
+  std::string domanda;  ///< what must be answered yes before `RiallineaInSospeso`; empty where there is nothing to ask
+  std::string testo;    ///< all of this in lines, but for the question
+  std::string impronta; ///< what tells it from the same note after a change
+};
+
+/// All that is left over, in the local directory of this workstation.
+struct ElencoInSospeso {
+  bool riuscito = false;           ///< everything could be read
+  std::vector<NotaInSospeso> note; ///< oldest first, those that were put aside last
+  std::string testo;               ///< what a person reads of it, also why nothing could be read
+};
+
+/// Looks at what is left over; nothing is changed, but that what was put aside 90 days ago goes. With "-DB2..." options
+/// in `comando` that database is asked what it holds of each change; without any it is left alone. It takes the turn as
+/// `ProvaHost` does.
+[[nodiscard]] ElencoInSospeso LeggiInSospeso(std::string_view comando) noexcept;
+
+/// The same for one of them.
+[[nodiscard]] NotaInSospeso LeggiNotaInSospeso(std::string_view nome, std::string_view comando) noexcept;
+
+/// What became of a note that was to be realigned or put aside.
+struct EsitoInSospeso {
+  bool riuscito = false; ///< nothing of it is open any more
+  std::string testo;     ///< what a person reads of it
+};
+
+/// Finishes a change that `LeggiNotaInSospeso` has given: what the database holds as before is written as the command
+/// would have written it, in one transaction, and the note goes when nothing is open. What others have changed stays,
+/// and so does the note. `vista.domanda` must have been answered yes. A note that has changed since it was looked at is
+/// refused, and so is one whose command runs. The host is not asked. It takes the turn as `ProvaHost` does.
+[[nodiscard]] EsitoInSospeso RiallineaInSospeso(const NotaInSospeso& vista, std::string_view comando) noexcept;
+
+/// Puts a note aside, with the reason: it is listed apart from then on, and removed in time.
+[[nodiscard]] EsitoInSospeso ArchiviaInSospeso(std::string_view nome, std::string_view motivo) noexcept;
+
 } // namespace lumoscad

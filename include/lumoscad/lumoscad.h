@@ -15,6 +15,28 @@ extern "C" {
  * the standard error. Never throws. */
 size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione);
 
+/* What commands have left over that ended before host and database were seen to agree. The three functions copy an
+ * Italian text for the person into `testo`, and return its length, as `lumoscad_esegui` does with its result; `stato`
+ * (which may be null) receives how it went. They may be called on any thread, one call at a time: another one, or a
+ * command that runs, is LUMOSCAD_ERRORE. None asks the host. Never throw. */
+enum {
+  LUMOSCAD_RIUSCITO = 0,   /* all could be read; or nothing of the note is open any more */
+  LUMOSCAD_ERRORE = 1,     /* something could not be read; or something is still open: `testo` says what */
+  LUMOSCAD_DA_CHIEDERE = 3 /* nothing was done: `testo` ends with the question for the person, if there is one */
+};
+
+/* Lists what is left over and changes nothing. `opzioni` are the "-DB2..." options of the database that is to be asked
+ * what it holds now; null or empty: none is. */
+size_t lumoscad_in_sospeso(const char* opzioni, int* stato, char* testo, size_t dimensione);
+
+/* Finishes the change of the note `nota`. With `conferma` 0 it tells what it would do and changes nothing; otherwise
+ * the person has answered yes. */
+size_t lumoscad_riallinea(const char* nota, const char* opzioni, int conferma, int* stato, char* testo,
+                          size_t dimensione);
+
+/* Puts the note `nota` aside, with the reason `motivo`. */
+size_t lumoscad_archivia(const char* nota, const char* motivo, int* stato, char* testo, size_t dimensione);
+
 #ifdef __cplusplus
 }
 #endif

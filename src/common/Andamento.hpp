@@ -26,6 +26,8 @@ class Andamento {
   void Accettata() noexcept { host_ = Host::Accettata; }
   /// What the database holds of it.
   void Registrata(TransactionOutcome esito) noexcept { base_ = esito; }
+  /// The same, as it was taken down.
+  [[nodiscard]] TransactionOutcome EsitoBaseDati() const noexcept { return base_; }
   /// Of what was applied, some rows stayed as somebody else had changed them meanwhile.
   void RigheRimaste() noexcept { rimaste_ = true; }
 

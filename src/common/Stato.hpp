@@ -37,7 +37,8 @@ struct Stato {
 /// The one set of module-level values of the process.
 [[nodiscard]] Stato& stato();
 
-/// Gives a test fresh module-level values and puts the old ones back.
+/// Gives fresh module-level values for the life of the object and puts the old ones back: to a test, and to what is
+/// done beside the commands, which must not change what the next of them finds.
 class StatoSostituito {
  public:
   StatoSostituito();

@@ -22,7 +22,7 @@ std::string DiProva(unsigned numero) {
   return "PROVA" + std::to_string(numero % BlocchiDiProva);
 }
 
-bool Nota(std::string_view lista) {
+bool ListaNota(std::string_view lista) {
   for (unsigned numero = 0; numero < BlocchiDiProva; ++numero) {
     if (lista == DiProva(numero)) {
       return true;
@@ -214,7 +214,7 @@ class ProvaDelBlocco {
 BloccoLista GuardaBlocco(std::string_view host, std::string_view lista) {
   BloccoLista blocco;
   blocco.lista = lista;
-  if (!Nota(lista)) {
+  if (!ListaNota(lista)) {
     blocco.errore = "Lista sconosciuta: «" + std::string(lista) +
                     "». Sono ammesse CREDITI, DEBITI, PRESUNTI e, di una prova, da PROVA0 a PROVA9.";
     return blocco;

@@ -4,6 +4,8 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
@@ -20,10 +22,35 @@ class CFace : public testing::Test {
     for (const char* variabile : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
       unsetenv(variabile);
     }
+    // Read once a process.
+    setenv("NEXARO_CARTELLA_LOCALE", Locale().Path().c_str(), 1);
+    for (const auto& voce : std::filesystem::directory_iterator(Locale().Path())) {
+      std::filesystem::remove_all(voce.path());
+    }
     risultato.fill('?');
+    testo.fill('?');
+  }
+
+  static const lumoscad::test::TemporaryFolder& Locale() {
+    static const lumoscad::test::TemporaryFolder unica;
+    return unica;
+  }
+  /// Leaves the note of a command, in this phase.
+  static void Lascia(const std::string& nome, const std::string& fase) {
+    Scrivi(nome + ".nota",
+           "lumoscad-nota 1\ninizio=2026-03-05 14:07:09\npostazione=T01\ncomando=SOSPESO /A\nazienda=01\n"
+           "host=10.0.0.1\norigine=CONTAB\ngenere=azione\nelemento=01\nelemento=SOSPESOCREA\n"
+           "elemento=C1\nelemento=AB 1\nfine\n");
+    Scrivi(nome + ".fase",
+           "lumoscad-fase 1\nfase=" + fase + "\nmomento=2026-03-05 14:07:10\nrisposta=conto bloccato\nfine\n");
+  }
+  static void Scrivi(const std::string& nome, const std::string& contenuto) {
+    std::ofstream(Locale() / nome) << contenuto;
   }
 
   std::array<char, 8> risultato{};
+  std::array<char, 2048> testo{};
+  int stato = -1;
 };
 
 } // namespace
@@ -107,4 +134,81 @@ TEST_F(CFace, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
   setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
   EXPECT_FALSE(
       lumoscad::ProvaHost("10.0.0.1", "", [](const lumoscad::PassoProva&) { throw std::runtime_error("no screen"); }));
+}
+
+TEST_F(CFace, ListsWhatIsLeftOpen) {
+  EXPECT_EQ(lumoscad_in_sospeso(nullptr, &stato, testo.data(), testo.size()), 27U);
+  EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
+  EXPECT_STREQ(testo.data(), "Non c'è nulla in sospeso.\n");
+  EXPECT_EQ(lumoscad_in_sospeso("", nullptr, nullptr, 0), 27U);
+  Lascia("sospeso-1", "rifiutata");
+  Scrivi("sospeso-2.nota", "altro");
+  const auto lunghezza = lumoscad_in_sospeso("-DB2SOURCE ALTRA", &stato, testo.data(), testo.size());
+  EXPECT_EQ(stato, LUMOSCAD_ERRORE) << "one of them cannot be read";
+  EXPECT_EQ(std::string_view(testo.data()).size(), lunghezza);
+  EXPECT_EQ(std::string_view(testo.data()).substr(0, std::string_view(testo.data()).find("  da fare")),
+            "sospeso-1\n"
+            "  comando    SOSPESO /A, postazione T01, azienda 01, host 10.0.0.1\n"
+            "  dal        05/03/2026 14:07:09\n"
+            "  host       ha rifiutato la richiesta: conto bloccato\n"
+            "  base dati  il comando non vi ha registrato nulla\n");
+  EXPECT_EQ(lumoscad_in_sospeso(nullptr, &stato, testo.data(), 10), lumoscad_in_sospeso(nullptr, nullptr, nullptr, 0));
+  EXPECT_STREQ(testo.data(), "sospeso-1");
+}
+
+TEST_F(CFace, TellsWhatARealignmentWouldDoBeforeItIsConfirmed) {
+  Lascia("sospeso-1", "rifiutata");
+  EXPECT_GT(lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", 0, &stato, testo.data(), testo.size()), 0U);
+  EXPECT_EQ(stato, LUMOSCAD_DA_CHIEDERE);
+  EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
+  EXPECT_GT(lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", 1, &stato, testo.data(), testo.size()), 0U);
+  EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
+  EXPECT_STREQ(testo.data(), "L'host aveva rifiutato la richiesta e nulla è cambiato: la nota è stata tolta.\n");
+  EXPECT_TRUE(std::filesystem::is_empty(Locale().Path()));
+  lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, testo.data(), testo.size());
+  EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+}
+
+TEST_F(CFace, KeepsTheNoteWhoseDatabaseCannotBeReached) {
+  Lascia("sospeso-1", "accettata");
+  for (const int conferma : {0, 1}) {
+    lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", conferma, &stato, testo.data(), testo.size());
+    EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+    EXPECT_NE(std::string_view(testo.data()).find("NON letta  la base dati: "), std::string_view::npos);
+  }
+  EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
+}
+
+TEST_F(CFace, PutsANoteAsideWithItsReason) {
+  Lascia("sospeso-1", "accettata");
+  lumoscad_archivia("sospeso-1", nullptr, &stato, testo.data(), testo.size());
+  EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+  lumoscad_archivia(nullptr, "vista", &stato, testo.data(), testo.size());
+  EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+  EXPECT_EQ(lumoscad_archivia("sospeso-1", "vista", &stato, testo.data(), testo.size()), 29U);
+  EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
+  EXPECT_STREQ(testo.data(), "La nota è stata archiviata.\n");
+  lumoscad_in_sospeso(nullptr, &stato, testo.data(), testo.size());
+  EXPECT_NE(std::string_view(testo.data()).find("Non c'è nulla in sospeso.\nArchiviate:\nsospeso-1  archiviata il "),
+            std::string_view::npos);
+  lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, nullptr, 0);
+  EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+}
+
+TEST_F(CFace, NotesWaitForTheRunningCallToo) {
+  setenv("NEXARO_TRASPORTO", "cartella", 1);
+  const lumoscad::test::TemporaryFolder radice;
+  setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
+  Lascia("sospeso-1", "rifiutata");
+  static_cast<void>(lumoscad::ProvaHost("10.0.0.1", "", [&](const lumoscad::PassoProva&) {
+    lumoscad_in_sospeso(nullptr, &stato, testo.data(), testo.size());
+    EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+    EXPECT_STREQ(testo.data(), "Comando rifiutato: ne è già in corso un altro, che va prima portato a termine.\n");
+    lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, nullptr, 0);
+    EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+    lumoscad_archivia("sospeso-1", "vista", &stato, nullptr, 0);
+    EXPECT_EQ(stato, LUMOSCAD_ERRORE);
+  }));
+  EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
+  EXPECT_FALSE(std::filesystem::exists(Locale() / "sospeso-1.archivio"));
 }

@@ -270,7 +270,8 @@ TEST(OperationsTest, LeavesNothingWhenItsOutcomesCannotBeShown) {
 TEST_F(Administration, WrongUseIsAnsweredWithTheUsage) {
   for (const auto* argomenti :
        {"--registra-host", "--registra-host a b", "--prova-host", "--prova-host a b c", "--blocchi", "--blocchi a b",
-        "--prova-base-dati", "--libera-blocco", "--libera-blocco a", "--libera-blocco a b c"}) {
+        "--prova-base-dati", "--libera-blocco", "--libera-blocco a", "--libera-blocco a b c", "--riallinea",
+        "--riallinea a", "--riallinea a --si", "--archivia", "--archivia a"}) {
     const auto esito = Esegui(argomenti);
     EXPECT_EQ(esito.stato, 2) << argomenti;
     EXPECT_THAT(esito.uscita, HasSubstr("--prova-host HOST [PROGRAMMA]")) << argomenti;
