@@ -94,13 +94,6 @@ std::vector<std::string> NomiFile(const std::string& cartella) {
     throw RuntimeError(errors::FileAccess, "Impossibile leggere la cartella locale " + cartella + ": " +
                                                base::SystemErrorText(errore.value()));
   }
-  // The time in the names counts, not by which of the two beginnings they have.
-  std::sort(nomi.begin(), nomi.end(), [](const std::string& primo, const std::string& altro) {
-    const auto parte = [](std::string_view nome) {
-      return nome.substr((nome.starts_with(Inizio) ? Inizio : AltroInizio).size());
-    };
-    return std::pair(parte(primo), primo) < std::pair(parte(altro), altro);
-  });
   return nomi;
 }
 
@@ -176,6 +169,14 @@ std::vector<Nota> LeggiNote(const std::string& cartella) {
       note.push_back(std::move(*nota));
     }
   }
+  // The time in the names counts, not by which of the two beginnings they have.
+  std::sort(note.begin(), note.end(), [](const Nota& prima, const Nota& altra) {
+    const auto parte = [](std::string_view nome) {
+      return nome.substr((nome.starts_with(Inizio) ? Inizio : AltroInizio).size());
+    };
+    return std::pair(parte(prima.nome), std::string_view(prima.nome)) <
+           std::pair(parte(altra.nome), std::string_view(altra.nome));
+  });
   return note;
 }
 

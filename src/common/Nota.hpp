@@ -16,7 +16,7 @@ enum class FaseNota {
   Avviata,         ///< the host's program was about to be started; whether it did its work is not known
   Accettata,       ///< the host said yes; the database holds nothing of the change yet
   Rifiutata,       ///< the host said no
-  ConfermaInviata, ///< the same as `Accettata`, and COMMIT was about to be sent
+  ConfermaInviata, ///< the host said yes, and COMMIT was about to be sent; what came of it is not known
   Applicata,       ///< the host said yes, and the database holds the change but for `righeRimaste`
   NonApplicata,    ///< the host said yes, and the database kept nothing
   Sconosciuta      ///< the host said yes, and nobody knows whether the database kept the change

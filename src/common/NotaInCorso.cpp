@@ -11,7 +11,7 @@
 namespace lumoscad {
 namespace {
 
-constexpr std::size_t SpazioFase = 4096; // bytes
+constexpr std::size_t SpazioFase = 2048; // bytes, of each of its texts
 constexpr int Tentativi = 100;           // names tried
 
 /// The data source's name on a command line. What stands behind a ";" is no part of it, and could be a password.
@@ -118,6 +118,8 @@ void NotaInCorso::Pubblica(std::string_view host, std::string_view programma,
   const std::string testo = testoNota::DiNota({ora, ambiente.CodicePostazione, processo, tipoComando_, stato().azienda,
                                                host, programma, richiesta_, origine, parametri, modifica_});
   testoFase_.reserve(SpazioFase);
+  transazione_.reserve(SpazioFase);
+  risposta_.reserve(SpazioFase);
   const std::string base = NomeBase(ora, ambiente.CodicePostazione, processo);
   for (int volta = 0; volta < Tentativi; ++volta) {
     PercorsiNota percorsi(ambiente.CartellaLocale, volta == 0 ? base : base + "-" + std::to_string(volta));
@@ -212,8 +214,8 @@ void NotaInCorso::Registrata(TransactionOutcome esito) noexcept {
 }
 
 void NotaInCorso::Concludi(bool riuscito) noexcept {
-  // An action without a database side is done when the host has said yes.
-  if (riuscito && fase_ == FaseNota::Accettata && !conBaseDati_) {
+  // Where nothing was to be changed in the database, the change is done when the host has said yes.
+  if (riuscito && (fase_ == FaseNota::NonApplicata || (fase_ == FaseNota::Accettata && !conBaseDati_))) {
     Togli(FaseNota::Applicata);
   }
   Dimentica();

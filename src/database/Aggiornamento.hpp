@@ -132,6 +132,7 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
     }
     if (!rimaste.empty()) {
       stato().andamento.RigheRimaste();
+      stato().notaInCorso.RigheRimaste(rimaste);
     }
     msg.righeRimaste = std::move(rimaste);
     return "";

@@ -131,10 +131,15 @@ ado::Connection& Lavoro::Apri(const ParametriConnessione& parametri) {
   return *connection_;
 }
 
+Lavoro::Lavoro() {
+  stato().notaInCorso.BaseDatiChiesta();
+}
+
 Lavoro::~Lavoro() {
   if (connection_) {
     stato().andamento.Registrata(connection_->Outcome());
   }
+  stato().notaInCorso.Registrata(connection_ ? connection_->Outcome() : TransactionOutcome::NotApplied);
 }
 
 Transazione::Transazione(ado::Connection& connection) : connection_(&connection) {
@@ -152,6 +157,7 @@ Transazione::~Transazione() {
 }
 
 void Transazione::Conferma() {
+  stato().notaInCorso.ConfermaInviata({});
   std::exchange(connection_, nullptr)->CommitTrans();
 }
 

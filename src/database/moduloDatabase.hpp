@@ -43,10 +43,11 @@ void ChiudiRecordset(ado::Recordset& recordset) noexcept;
 [[nodiscard]] std::string TestoErrore(const RuntimeError& errore, std::string_view istruzioni = {});
 
 /// The connection of a procedure that writes what the host has accepted. When it goes it takes down what the database
-/// holds of the change (`stato().andamento`), also after a failure for whose text there was no memory.
+/// holds of the change (`stato().andamento`, and the running command's note), also after a failure for whose text there
+/// was no memory.
 class Lavoro {
  public:
-  Lavoro() = default;
+  Lavoro();
   Lavoro(const Lavoro&) = delete;
   Lavoro& operator=(const Lavoro&) = delete;
   ~Lavoro();

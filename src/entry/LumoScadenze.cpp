@@ -36,20 +36,35 @@ const Comando* SenzaSottocomando(std::string_view tipo) {
   return riga == Comandi().end() ? nullptr : &*riga;
 }
 
+/// Carries a command out, and with it whatever note it has written.
+std::string EseguiVoce(const Comando& voce, std::string_view comando) {
+  struct Chiusura {
+    Chiusura() = default;
+    Chiusura(const Chiusura&) = delete;
+    Chiusura& operator=(const Chiusura&) = delete;
+    ~Chiusura() { stato().notaInCorso.Concludi(riuscito); }
+    bool riuscito = false;
+  } chiusura;
+  stato().notaInCorso.Comincia(voce.tipo, voce.sottocomando);
+  std::string risultato = voce.gestore(comando);
+  chiusura.riuscito = risultato != "error";
+  return risultato;
+}
+
 std::string Esegui(std::string_view comando) {
   const RigaComando riga(comando);
   const std::string tipo = TipoComando(riga);
   stato().ComandoCorrente = comando;
   stato().andamento.Azzera();
   if (const Comando* const senza = SenzaSottocomando(tipo)) {
-    return senza->gestore(comando);
+    return EseguiVoce(*senza, comando);
   }
   std::string risultato;
   riga.Percorri([&](const std::string& sottocomando, std::size_t) {
     for (const Comando& voce : Comandi()) {
       if (voce.tipo == tipo && voce.sottocomando == sottocomando) {
         stato().andamento.Azzera();
-        risultato = voce.gestore(comando);
+        risultato = EseguiVoce(voce, comando);
       }
     }
   });

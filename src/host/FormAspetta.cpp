@@ -24,6 +24,7 @@ std::string FormAspetta::Visualizza(std::string_view A_HostIP, std::string_view 
   risultato_ = "error";
   interpellato_ = false;
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(parametriDB2));
+  stato().notaInCorso.Prepara(parametriDB2);
   ActiveServices().desktop().ShowWait("Attendere, sto variando il movimento", IntervalloTimer,
                                       [this] { Timer1_Timer(); });
   if (!interpellato_) {

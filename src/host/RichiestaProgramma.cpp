@@ -9,16 +9,23 @@
 namespace lumoscad {
 namespace {
 
-/// Where the link itself says that the program did nothing, the start that it had sent came to nothing.
+/// Where the link itself says that the program did nothing, the start that it had sent came to nothing. Another failure
+/// says nothing of the program, and may have no text.
 void AnnotaGuasto(bool avviato) {
+  const auto annota = [](bool chiesta, std::string_view motivo) {
+    if (chiesta) {
+      stato().andamento.Chiesta();
+      stato().notaInCorso.SenzaRisposta(motivo);
+    } else {
+      stato().notaInCorso.NonAvviata();
+    }
+  };
   try {
     throw;
   } catch (const RuntimeError& errore) {
-    avviato = avviato && errore.Outcome() != TransactionOutcome::NotApplied;
-  } catch (...) { // NOLINT(bugprone-empty-catch): it says nothing of the program
-  }
-  if (avviato) {
-    stato().andamento.Chiesta();
+    annota(avviato && errore.Outcome() != TransactionOutcome::NotApplied, errore.Text());
+  } catch (...) {
+    annota(avviato, {});
   }
 }
 
@@ -27,6 +34,7 @@ void AnnotaGuasto(bool avviato) {
 void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
                      nexaro::XMLParser& risposta, const MsgAnnulla& messaggio) {
   risposta.started = false;
+  stato().notaInCorso.Avviata(hostIP, programma, parametri);
   try {
     ActiveServices().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
   } catch (...) {
@@ -35,8 +43,10 @@ void ChiediProgramma(std::string_view hostIP, std::string_view programma, const 
   }
   if (!SenzaSpaziAiLati(messaggio.Errore).empty()) {
     stato().andamento.Rifiutata(messaggio.Errore);
+    stato().notaInCorso.Rifiutata(messaggio.Errore);
   } else {
     stato().andamento.Accettata();
+    stato().notaInCorso.Accettata(messaggio.Messaggio);
   }
 }
 

@@ -79,6 +79,8 @@ std::string ScriviRichiestaScadenze(const std::vector<RigaScadenze>& righe) {
   stato().risposta = messaggio;
   stato().rispostaPartita = partita;
   stato().andamento.Comincia(procedureLumoDB2::NomeOggetto(elenchi.database));
+  stato().notaInCorso.Prepara(elenchi.database);
+  stato().notaInCorso.SegnaRichiesta(nomi.Completo());
   return ChiamataDiretta({stato().HostIP, nomi, elenchi.chiamata, elenchi.database}, partita->XMLParser, *messaggio);
 }
 

@@ -54,7 +54,8 @@ struct RichiestaRecord {
   std::string_view azienda;
   std::string_view nome;
   std::string_view tipo;
-  std::size_t limiteSuperiore;            ///< upper bound of the call list
+  std::size_t limiteSuperiore; ///< upper bound of the call list
+  ModificaChiesta::Genere genere;
   std::string daControllare;              ///< the rows, as the person knows them
   std::function<std::string()> contenuto; ///< the bytes of the file
 };
@@ -98,6 +99,7 @@ std::string InviaAlSuoTurno(const RichiestaRecord& richiesta, std::optional<Nomi
   parametri[2] = richiesta.tipo;
   parametri[3] = SenzaSpaziAiLati(ActiveServices().environment().CodicePostazione);
   parametri[4] = nomi->Completo();
+  stato().notaInCorso.SegnaRichiesta(nomi->Completo());
   WriteLocalFile(nomi->locale, richiesta.contenuto());
   return ChiamataDiretta({richiesta.hostIP, *nomi, parametri, parametri}, risposta.XMLParser, risposta);
 }
@@ -126,6 +128,13 @@ std::string Invia(const RichiestaRecord& richiesta) {
   throw RuntimeError(errors::TransferError, risposta->Errore).WithOutcome(TransactionOutcome::NotApplied);
 }
 
+void PreparaNota(const RichiestaRecord& richiesta, const VariazioniCanalizzazione& variazioni) {
+  stato().notaInCorso.Prepara(richiesta.tipo, variazioni);
+}
+void PreparaNota(const RichiestaRecord& richiesta, const VariazioniConsegna& variazioni) {
+  stato().notaInCorso.Prepara(richiesta.genere, richiesta.tipo, variazioni);
+}
+
 /// Sends one line a record; nothing at all for an empty list.
 template <typename Variazioni, typename Riga>
 std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, Riga riga) {
@@ -133,6 +142,7 @@ std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, 
   if (variazioni.empty()) {
     return "";
   }
+  PreparaNota(richiesta, variazioni);
   richiesta.daControllare = procedureLumoDB2::Righe(variazioni);
   richiesta.contenuto = [&] {
     constexpr std::size_t RigaUsuale = 96; // bytes: nearly every line is shorter, and any may be longer
@@ -150,17 +160,20 @@ std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, 
 
 std::string ScriviRichiestaCanalizzazione(std::string_view hostIP, std::string_view azienda,
                                           const VariazioniCanalizzazione& variazioni, std::string_view tipo) {
-  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}, {}}, variazioni, RigaCanalizzazione);
+  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, ModificaChiesta::Genere::Canalizzazione, {}, {}},
+                    variazioni, RigaCanalizzazione);
 }
 
 std::string ScriviRichiestaBancaPresunti(std::string_view hostIP, std::string_view azienda,
                                          const VariazioniConsegna& variazioni, std::string_view tipo) {
-  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, {}, {}}, variazioni, RigaBancaPresunti);
+  return InviaRighe({hostIP, azienda, "CANALIZZAZIONE", tipo, 10, ModificaChiesta::Genere::BancaPresunti, {}, {}},
+                    variazioni, RigaBancaPresunti);
 }
 
 std::string ScriviRichiestaConsegna(std::string_view hostIP, std::string_view azienda,
                                     const VariazioniConsegna& variazioni, std::string_view tipo) {
-  return InviaRighe({hostIP, azienda, "CONSEGNA", tipo, 5, {}, {}}, variazioni, RigaConsegna);
+  return InviaRighe({hostIP, azienda, "CONSEGNA", tipo, 5, ModificaChiesta::Genere::Consegna, {}, {}}, variazioni,
+                    RigaConsegna);
 }
 
 } // namespace lumoscad

@@ -132,10 +132,13 @@ bool RenameToFree(const std::string& beside, const std::string& path) {
   return false;
 }
 
-/// Brings a new name to the disk. What fails is no reason to do without the file, which is there.
-void FlushDirectoryOf(const std::string& path) {
+std::string DirectoryOf(const std::string& path) {
   const auto slash = path.rfind('/');
-  const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+/// Brings a new name to the disk. What fails is no reason to do without the file, which is there.
+void FlushDirectory(const std::string& directory) noexcept {
   const base::Descriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (opened.Opened()) {
     ::fsync(opened.Number());
@@ -215,12 +218,14 @@ std::optional<HeldFile> HeldFile::Publish(const std::string& path, const std::st
     LocalFileFailed("creare", beside, errno);
   }
   Fill(file, beside, content);
+  // After the renaming nothing may fail any more: nobody would have the file that is there.
+  const std::string directory = DirectoryOf(path);
   HeldFile held = Hold(high.Release());
   if (!RenameToFree(beside, path)) {
     return std::nullopt;
   }
   waiting.Renamed();
-  FlushDirectoryOf(path);
+  FlushDirectory(directory);
   return held;
 }
 

@@ -32,7 +32,7 @@ std::string Amministratore(const Osservazione& vista) {
   if (!vista.ripetuto.empty()) {
     aggiungi("then the command repeated: " + vista.ripetuto);
   } else if (vista.accettata && vista.intatta) {
-    aggiungi("has the command repeated; the host's own log alone tells that there is need");
+    aggiungi("finishes what the note tells");
   }
   return testo.empty() ? "nothing" : testo;
 }
@@ -41,16 +41,17 @@ std::string Amministratore(const Osservazione& vista) {
 
 std::string Esito(const Osservazione& vista) {
   return Elenco(vista.sullHost) + " | " + Elenco(vista.inLocale) + " | " +
-         (vista.accettata ? "**accepted**" : "not asked") + " | " + Base(vista) + " | " + vista.successivo + " | " +
-         Amministratore(vista);
+         (vista.accettata ? "**accepted**" : "not asked") + " | " + Base(vista) + " | " + vista.nota + " | " +
+         vista.successivo + " | " + Amministratore(vista);
 }
 
 std::string Tabella(const Testi& passi, const std::vector<Osservazione>& viste) {
-  std::string testo =
-      "| Killed at | Left on the host | Left on the terminal | Host | Database | Next command of another terminal | "
-      "Administrator |\n"
-      "| --------- | ---------------- | -------------------- | ---- | -------- | -------------------------------- | "
-      "------------- |\n";
+  std::string testo = "| Killed at | Left on the host | Left on the terminal | Host | Database | Note | Next command "
+                      "of another terminal | "
+                      "Administrator |\n"
+                      "| --------- | ---------------- | -------------------- | ---- | -------- | ---- | "
+                      "-------------------------------- | "
+                      "------------- |\n";
   for (std::size_t primo = 0; primo < viste.size();) {
     const std::string esito = Esito(viste[primo]);
     std::size_t fine = primo + 1;
@@ -102,7 +103,8 @@ What is found after a terminal was killed with `SIGKILL` at each step of each co
 directory, and what the same command of another terminal comes to right after. Neighbouring steps after which the same
 is found share a line, which names the first and the last of them; `…` stands for times and process numbers. "Sent" is
 a message of the driver's that has left for the server, "answered" the end of the statement, "copied beside its place" a
-file that has all its bytes and not yet its name.
+file that has all its bytes and not yet its name. "Note" is what the terminal's note says of its command: the last phase
+that was reached, "none" where there is none.
 
 The page is written by `uccisioni_test`, which otherwise compares it with what it finds:
 `LUMOSCAD_PAGINA_UCCISIONI=docs/uccisioni.md build/bin/uccisioni_test` writes it anew. What the tables say is explained

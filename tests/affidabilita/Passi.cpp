@@ -1,8 +1,10 @@
 #include "Passi.hpp"
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -101,6 +103,26 @@ template <typename Chiamata> short Istruzione(const std::string& nome, Chiamata 
   return esito;
 }
 
+/// What a part of a note is called by its file; empty for another file. Both parts are written under one other name.
+std::string ParteDellaNota(std::string_view percorso) {
+  const Contatore& il = Il();
+  if (!il.attivo || !percorso.starts_with(il.cartella)) {
+    return "";
+  }
+  return percorso.ends_with(".nota") ? "note" : percorso.ends_with(".fase") ? "note's phase" : "";
+}
+
+/// What an open file is called where it is a part of a note that has not got its name yet.
+bool NotaInAttesa(int descrittore) {
+  if (!Il().attivo) {
+    return false;
+  }
+  std::array<char, 4096> percorso{};
+  const std::string legame = "/proc/self/fd/" + std::to_string(descrittore);
+  const auto lungo = ::readlink(legame.c_str(), percorso.data(), percorso.size());
+  return lungo > 0 && std::string_view(percorso.data(), static_cast<std::size_t>(lungo)).ends_with(".parte");
+}
+
 /// What the removal of a file is called; empty for one that is no step. The lock's local copy keeps the lock's name; a
 /// request's file begins with the workstation's; SQLite's journal undoes a transaction for as long as it is there.
 std::string NomeTolto(std::string_view percorso) {
@@ -111,14 +133,22 @@ std::string NomeTolto(std::string_view percorso) {
   if (!il.attivo || !il.operazione.empty() || !percorso.starts_with(il.cartella)) {
     return "";
   }
+  if (const std::string parte = ParteDellaNota(percorso); !parte.empty()) {
+    return "remove the " + parte;
+  }
+  if (percorso.ends_with(".parte") || percorso.ends_with(".archivio")) {
+    return "";
+  }
   return percorso.substr(il.cartella.size()).starts_with("VB") ? "remove the local copy of the lock"
                                                                : "remove the local request file";
 }
 
 /// A file has all its bytes on the disk.
-int Scritto(int esito) {
+int Scritto(int descrittore, int esito) {
   const Contatore& il = Il();
-  if (!il.operazione.empty()) {
+  if (NotaInAttesa(descrittore)) {
+    Punto("note: flushed beside its place");
+  } else if (!il.operazione.empty()) {
     Punto(il.operazione + ": copied beside its place");
   } else if (!il.inCorso.empty()) {
     Punto(il.inCorso + ": on the disk");
@@ -184,19 +214,39 @@ extern "C" pid_t fork() {
 
 extern "C" int fsync(int descrittore) {
   static auto* const Originale = passi::Vera<int(int)>("fsync");
-  return passi::Scritto(Originale(descrittore));
+  return passi::Scritto(descrittore, Originale(descrittore));
 }
 
 extern "C" int fdatasync(int descrittore) {
   static auto* const Originale = passi::Vera<int(int)>("fdatasync");
-  return passi::Scritto(Originale(descrittore));
+  return passi::Scritto(descrittore, Originale(descrittore));
 }
 
 extern "C" int fchmod(int descrittore, mode_t modo) {
   static auto* const Originale = passi::Vera<int(int, mode_t)>("fchmod");
   const int esito = Originale(descrittore, modo);
-  if (passi::Il().operazione.empty()) {
+  if (passi::NotaInAttesa(descrittore)) {
+    passi::Punto("note: made, still empty");
+  } else if (passi::Il().operazione.empty()) {
     passi::Punto("local file: made, still empty");
+  }
+  return esito;
+}
+
+extern "C" int rename(const char* da, const char* a) {
+  static auto* const Originale = passi::Vera<int(const char*, const char*)>("rename");
+  const int esito = Originale(da, a);
+  if (const std::string parte = passi::ParteDellaNota(a); !parte.empty()) {
+    passi::Punto(parte + ": in its place");
+  }
+  return esito;
+}
+
+extern "C" int renameat2(int cartellaDa, const char* da, int cartellaA, const char* a, unsigned modi) {
+  static auto* const Originale = passi::Vera<int(int, const char*, int, const char*, unsigned)>("renameat2");
+  const int esito = Originale(cartellaDa, da, cartellaA, a, modi);
+  if (const std::string parte = passi::ParteDellaNota(a); !parte.empty()) {
+    passi::Punto(parte + ": in its place");
   }
   return esito;
 }

@@ -1,8 +1,10 @@
 #include "Uccisione.hpp"
 
 #include "Campi.hpp"
+#include "common/Nota.hpp"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <string_view>
 
@@ -31,14 +33,31 @@ Testi Anonimi(Testi nomi) {
   constexpr std::size_t Sigla = 3;
   constexpr std::size_t CifreTempo = 14;
   constexpr std::string_view Provvisorio = ".lumoscad-";
+  constexpr std::string_view Nota = "sospeso-";
   for (std::string& nome : nomi) {
     if (nome.starts_with(Ucciso)) {
       nome.replace(Sigla, CifreTempo, "…");
     } else if (nome.starts_with(Provvisorio)) {
       nome = std::string(Provvisorio) + "…";
+    } else if (nome.starts_with(Nota)) {
+      nome = std::string(Nota) + "…" + nome.substr(nome.rfind('.'));
     }
   }
   return nomi;
+}
+
+/// What the notes of a directory say: as a rule there is one at most.
+std::string Note(const fs::path& cartella) {
+  constexpr std::array<std::string_view, 7> Fasi = {"program started", "accepted",    "refused", "COMMIT sent",
+                                                    "applied",         "not applied", "unknown"};
+  std::string testo;
+  for (const Nota& nota : LeggiNote(cartella)) {
+    testo += testo.empty() ? "" : ", ";
+    testo += nota.inCorso           ? "still running"
+             : !nota.errore.empty() ? nota.errore
+                                    : std::string(Fasi.at(static_cast<std::size_t>(nota.fase)));
+  }
+  return testo.empty() ? "none" : testo;
 }
 
 /// A box on one line, without the time at which a lock was taken.
@@ -70,6 +89,7 @@ Uccisione::Uccisione(Sistema& sistema, Vittima vittima) : sistema_(sistema), vit
     throw std::runtime_error("the command cannot be run");
   }
   passi_ = LeggiRighe(sistema_.Passi(Ucciso));
+  resti_ = Contenuto(sistema_.Locale(Ucciso));
   dopo_ = Stato();
 }
 
@@ -133,6 +153,7 @@ Osservazione Uccisione::A(long passo) {
   Osservazione vista;
   vista.sullHost = Anonimi(Contenuto(sistema_.Tmp()));
   vista.inLocale = Anonimi(Contenuto(sistema_.Locale(Ucciso)));
+  vista.nota = Note(sistema_.Locale(Ucciso));
   vista.accettata = Accettata(sistema_.RegistroHost());
   const Testi stato = Stato();
   vista.applicata = stato == dopo_;

@@ -21,6 +21,7 @@ struct Osservazione {
   bool accettata = false;  ///< the back end's log holds the request as accepted
   bool applicata = false;  ///< the database is as after the whole command
   bool intatta = false;    ///< the database is as before it
+  std::string nota;        ///< what the terminal's note says: "none", its phase, or why it cannot be read
   std::string successivo;  ///< what the same command of another terminal came to, right after
   bool fermato = false;    ///< ... because the list is locked
   std::string ripetuto;    ///< what it came to once the administrator had removed what was left; empty: not needed
@@ -35,6 +36,8 @@ class Uccisione {
 
   /// The names of the command's steps, from the run in which nobody was killed.
   [[nodiscard]] const Testi& Passi() const noexcept { return passi_; }
+  /// What is left in the terminal's directory by the run in which nobody was killed.
+  [[nodiscard]] const Testi& Resti() const noexcept { return resti_; }
   /// What is found after a death at step `passo`, from 1.
   [[nodiscard]] Osservazione A(long passo);
 
@@ -48,6 +51,7 @@ class Uccisione {
   Sistema& sistema_;
   Vittima vittima_;
   Testi passi_;
+  Testi resti_;
   Testi prima_;
   Testi dopo_;
 };

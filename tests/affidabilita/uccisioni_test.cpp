@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -93,8 +94,9 @@ class Scena final : public testing::Environment {
   void TearDown() override {
     sistemi_.clear();
     for (const auto& [genere, conto] : conti) {
-      std::printf("uccisioni: %-8s %2zu comandi, %3zu morti; host sì e base dati no dopo %3zu di queste\n",
-                  genere.c_str(), conto.comandi, conto.morti, conto.finestra);
+      std::printf("uccisioni: %-8s %2zu comandi, %3zu morti; host sì e base dati no dopo %3zu di queste, e la nota lo "
+                  "dice dopo %3zu; una nota resta dopo %3zu\n",
+                  genere.c_str(), conto.comandi, conto.morti, conto.finestra, conto.annotate, conto.note);
     }
     if (const char* file = std::getenv("LUMOSCAD_PAGINA_UCCISIONI")) {
       std::ofstream(file) << pagina;
@@ -115,6 +117,8 @@ class Scena final : public testing::Environment {
     std::size_t comandi = 0;
     std::size_t morti = 0;
     std::size_t finestra = 0; ///< deaths after which the host has accepted what the database does not hold
+    std::size_t annotate = 0; ///< of these, how many the note tells
+    std::size_t note = 0;     ///< deaths that leave a note
   };
   std::map<std::string, Conto> conti;
   std::string pagina = Intestazione();
@@ -144,6 +148,21 @@ std::size_t Conferma(const Testi& passi) {
   return std::min(Posto(passi, "COMMIT: sent"), Posto(passi, "COMMIT, remove the journal: done"));
 }
 
+/// The step from which on the note is there, and the one from which on it is gone.
+bool ConNota(const Testi& passi, std::size_t passo) {
+  return passo >= Posto(passi, "note: in its place") && passo < Posto(passi, "remove the note: done");
+}
+
+/// What the note says at a step: as many phases as were put in their places by then.
+std::string NotaAttesa(const Testi& passi, std::size_t passo) {
+  constexpr std::array<std::string_view, 3> Fasi = {"program started", "accepted", "COMMIT sent"};
+  if (!ConNota(passi, passo)) {
+    return "none";
+  }
+  const auto fine = passi.begin() + static_cast<std::ptrdiff_t>(passo) + 1;
+  return std::string(Fasi.at(static_cast<std::size_t>(std::count(passi.begin(), fine, "note's phase: in its place"))));
+}
+
 /// Where the host and the database change sides, and that nothing lies between yes and no.
 void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) {
   SCOPED_TRACE(std::to_string(passo + 1) + " " + passi[passo]);
@@ -152,6 +171,9 @@ void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) 
   EXPECT_EQ(vista.applicata, passo >= Conferma(passi));
   EXPECT_EQ(vista.accettata, conHost && passo >= Posto(passi, "program: started"));
   EXPECT_TRUE(!vista.applicata || vista.accettata || !conHost) << "changed without the host's yes";
+  EXPECT_EQ(vista.nota, NotaAttesa(passi, passo));
+  EXPECT_TRUE(!vista.accettata || vista.applicata || vista.nota != "none") << "the host is ahead and nobody knows";
+  EXPECT_TRUE(vista.nota == "none" || passo >= Posto(passi, "note: in its place")) << "a note of what was not started";
   EXPECT_TRUE(vista.allineati) << "the command repeated does not bring the database to where it belongs";
   EXPECT_TRUE(vista.senzaResti) << "the repeated command leaves something behind";
   EXPECT_EQ(vista.fermato, std::any_of(vista.sullHost.begin(), vista.sullHost.end(),
@@ -163,7 +185,10 @@ Osservazione Muori(Uccisione& uccisione, const std::string& genere, std::size_t 
   Osservazione vista = uccisione.A(static_cast<long>(passo) + 1);
   Verifica(uccisione.Passi(), passo, vista);
   ++conto.morti;
-  conto.finestra += vista.accettata && !vista.applicata ? 1U : 0U;
+  const bool avanti = vista.accettata && !vista.applicata;
+  conto.finestra += avanti ? 1U : 0U;
+  conto.annotate += avanti && vista.nota != "none" ? 1U : 0U;
+  conto.note += vista.nota != "none" ? 1U : 0U;
   return vista;
 }
 
@@ -222,6 +247,10 @@ TEST_P(Kills, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
   const auto& [genere, vittima] = GetParam();
   Uccisione uccisione(LaScena().Il(genere), vittima);
   ASSERT_LT(Conferma(uccisione.Passi()), uccisione.Passi().size());
+  EXPECT_EQ(std::count_if(uccisione.Resti().begin(), uccisione.Resti().end(),
+                          [](const std::string& nome) { return nome.starts_with("sospeso-"); }),
+            0)
+      << "a command that nothing disturbed leaves a note";
   ++LaScena().conti[genere].comandi;
   const std::string titolo = "-T " + vittima.nome;
   PerIntero() ? OgniPasso(uccisione, genere, titolo) : OgniLinea(uccisione, genere, titolo);

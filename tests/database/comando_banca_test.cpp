@@ -1,3 +1,4 @@
+#include "common/Nota.hpp"
 #include "common/Stato.hpp"
 #include "lumoscad/LumoScadenze.hpp"
 #include "platform/RuntimeError.hpp"
@@ -201,6 +202,48 @@ TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
   EXPECT_THAT(Scadenze(), ElementsAreArray(Prima));
   EXPECT_THAT(banco_.desktop.pointers, ElementsAre(Pointer::Hourglass, Pointer::Standard));
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
+}
+
+TEST_F(BankCommand, ItsNoteIsWrittenRightBeforeTheProgramAndHoldsEveryRow) {
+  std::vector<Nota> viste;
+  std::vector<std::size_t> quante;
+  banco_.host.fault = [&](const std::string& operazione) {
+    viste = LeggiNote(banco_.environment.CartellaLocale);
+    quante.push_back(operazione.starts_with("Esegui") ? viste.size() : 10 + viste.size());
+    if (operazione.starts_with("Esegui") && viste.size() == 1) {
+      banco_.host.fault = nullptr;
+    }
+  };
+  Recita([](ListWindow& finestra) {
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    DaiBanca(finestra, "31/05/2006", "Banca Seconda");
+    finestra.PictureOk_Click();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  EXPECT_THAT(quante, ElementsAre(10, 10, 10, 10, 1)) << "before the program there is none";
+  ASSERT_EQ(viste.size(), 1U);
+  EXPECT_EQ(viste[0].tipoComando, "BANCA /CREDITI");
+  EXPECT_EQ(viste[0].richiesta, Nome + ".dos");
+  EXPECT_EQ(viste[0].modifica.tipo, "CREDITI");
+  ASSERT_EQ(viste[0].modifica.canalizzazioni.size(), 2U);
+  EXPECT_EQ(viste[0].modifica.canalizzazioni[0].NuovaScadenza, "05/04/2006");
+  EXPECT_EQ(viste[0].modifica.canalizzazioni[1].NuovaBanca, "B2");
+  EXPECT_THAT(LeggiNote(banco_.environment.CartellaLocale), IsEmpty());
+}
+
+TEST_F(BankCommand, ItsNoteStaysForRowsThatSomebodyElseHadChanged) {
+  banco_.host.fault = [this](const std::string& operazione) {
+    if (operazione.starts_with("Esegui")) {
+      db_.Run("UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=31 WHERE EVENTOCONTABILEKEY=1");
+    }
+  };
+  RecitaCambio();
+  EXPECT_EQ(Esegui("/CREDITI"), "");
+  const std::vector<Nota> note = LeggiNote(banco_.environment.CartellaLocale);
+  ASSERT_EQ(note.size(), 1U);
+  EXPECT_EQ(note[0].fase, FaseNota::Applicata);
+  EXPECT_THAT(note[0].righeRimaste, ElementsAre("conto C10 partita 2006 15 rata 1 del 31/03/2006"));
+  EXPECT_FALSE(note[0].inCorso);
 }
 
 TEST_F(BankCommand, CancelledItSendsNothing) {

@@ -208,7 +208,10 @@ void Scena::Rifiuta(const std::string& tabella, const std::string& condizione, c
 void Scena::AnnotaFine(const Foto& prima) {
   const auto elenca = [this](const char* dove, const fs::path& cartella) {
     for (const auto& nome : fs::is_directory(cartella) ? Contenuto(cartella) : Righe()) {
-      registro_.Annota(dove + nome);
+      // A command's note is looked at where it is tested; nothing that a play does depends on one.
+      if (!nome.starts_with("sospeso-")) {
+        registro_.Annota(dove + nome);
+      }
     }
   };
   elenca("resta sull'host: ", demo.Tmp());

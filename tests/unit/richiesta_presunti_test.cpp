@@ -1,3 +1,4 @@
+#include "common/Stato.hpp"
 #include "host/Richieste.hpp"
 #include "platform/RuntimeError.hpp"
 #include "support/TestBench.hpp"
@@ -109,6 +110,7 @@ TEST_F(PresumedRequest, HasItsOperationsInThisOrderAndTheLocalFileGoes) {
   EXPECT_THAT(banco.host.operazioni,
               ElementsAre("Invia " + NomeRichiesta, "Rinomina " + NomeRichiesta + " " + NomeRichiesta + ".dos",
                           "Esegui VB0001", "Cancella " + NomeRichiesta, "Cancella " + NomeRichiesta + ".dos"));
+  stato().notaInCorso.Concludi(true);
   EXPECT_TRUE(std::filesystem::is_empty(banco.environment.CartellaLocale));
   EXPECT_EQ(banco.desktop.pointers.front(), Pointer::Hourglass);
   EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);

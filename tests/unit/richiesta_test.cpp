@@ -6,6 +6,7 @@
 #include "platform/Services.hpp"
 #include "support/TestBench.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -66,7 +67,12 @@ class BankRequest : public testing::Test {
       }
     };
   }
-  [[nodiscard]] bool NienteInLocale() const { return std::filesystem::is_empty(banco_.environment.CartellaLocale); }
+  /// Nothing but the note, of which the command disposes.
+  [[nodiscard]] bool NienteInLocale() const {
+    const std::filesystem::directory_iterator tutti(banco_.environment.CartellaLocale);
+    return std::all_of(begin(tutti), end(tutti),
+                       [](const auto& voce) { return voce.path().filename().string().starts_with("sospeso-"); });
+  }
 
   test::TestBench banco_;
 };

@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <gmock/gmock.h>
 #include <new>
 #include <stdexcept>
@@ -16,11 +18,15 @@
 
 namespace {
 std::atomic<bool> memoriaFinita{false};
+std::atomic<long> ancora{-1}; ///< how many requests until it ends; less than 0: it does not
 } // namespace
 
 // The process' own: the memory ends when a test says so. Inlined alone, one of them would look mismatched to gcc.
 // NOLINTBEGIN(cppcoreguidelines-no-malloc): operator new and delete themselves are made of these
 [[gnu::noinline]] void* operator new(std::size_t quanti) {
+  if (ancora >= 0 && ancora-- == 0) {
+    memoriaFinita = true;
+  }
   void* const preso = memoriaFinita ? nullptr : std::malloc(quanti);
   if (preso == nullptr) {
     throw std::bad_alloc();
@@ -98,6 +104,74 @@ TEST_F(WithoutMemory, AForeignFailureKeepsItsText) {
 TEST_F(WithoutMemory, TheLackOfMemoryItselfIsTold) {
   const std::string detto = Scritto(std::bad_alloc());
   EXPECT_EQ(detto, "LumoScad: 7 Memoria insufficiente " + Saputo() + "\n");
+}
+
+const std::vector<std::string> Parametri = {"01", "SOSPESOCREA", "un conto dal codice lungo", "AB   123", ""};
+
+/// The note of a command, from the list to what the database holds; afterwards `nota` is what is read of it.
+void UnComando(NotaInCorso& inCorso) {
+  inCorso.Comincia("SOSPESO", "/A");
+  inCorso.Prepara(Parametri);
+  inCorso.Avviata("10.0.0.1", "VB0001", Parametri);
+  inCorso.Accettata("Un messaggio del programma che non entra in un testo breve");
+  inCorso.BaseDatiChiesta();
+  inCorso.ConfermaInviata("1/2/3/un numero di transazione che non entra in un testo breve");
+}
+
+TEST(WithoutMemoryFrom, AnyRequestOnTheNoteIsWholeOrNotThere) {
+  test::TestBench banco;
+  const std::string& cartella = banco.environment.CartellaLocale;
+  long scritte = 0;
+  long numero = 0;
+  for (bool finita = true; finita; ++numero) {
+    {
+      NotaInCorso inCorso;
+      ancora = numero;
+      UnComando(inCorso);
+      inCorso.Registrata(TransactionOutcome::Unknown);
+      finita = memoriaFinita;
+      ancora = -1;
+      memoriaFinita = false;
+    }
+    for (const Nota& nota : LeggiNote(cartella)) {
+      EXPECT_EQ(nota.errore, "") << numero;
+      EXPECT_EQ(nota.fase, FaseNota::Sconosciuta) << numero;
+      EXPECT_THAT(nota.transazione, testing::EndsWith("testo breve")) << numero;
+      EXPECT_EQ(nota.modifica.parametri.size(), 5U) << numero;
+      CancellaNota(cartella, nota.nome);
+      ++scritte;
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(cartella)) << numero;
+  }
+  EXPECT_GT(numero, 10);
+  EXPECT_GE(scritte, 1);
+  EXPECT_LT(scritte, numero);
+}
+
+TEST(WithoutMemoryFrom, TheStartOnEveryPhaseIsWrittenAllTheSame) {
+  test::TestBench banco;
+  const std::string& cartella = banco.environment.CartellaLocale;
+  NotaInCorso inCorso;
+  inCorso.Comincia("SOSPESO", "/A");
+  inCorso.Prepara(std::vector<std::string>{"01", "SOSPESOCREA", "C10", "AB   123", ""});
+  inCorso.Avviata("10.0.0.1", "VB0001", {"01"});
+  const std::string nome = LeggiNote(cartella).at(0).nome;
+  const auto senzaMemoria = [&](const std::function<void()>& azione) {
+    memoriaFinita = true;
+    azione();
+    memoriaFinita = false;
+    return LeggiNota(cartella, nome);
+  };
+  const std::string lungo(500, 'x');
+  EXPECT_EQ(senzaMemoria([&] { inCorso.Accettata(lungo); }).rispostaHost, lungo);
+  EXPECT_EQ(senzaMemoria([&] { inCorso.ConfermaInviata(lungo); }).transazione, lungo);
+  const std::vector<std::string> righe = {lungo, lungo, lungo};
+  EXPECT_EQ(senzaMemoria([&] {
+              inCorso.RigheRimaste(righe);
+              inCorso.Registrata(TransactionOutcome::Applied);
+            }).fase,
+            FaseNota::Applicata);
+  EXPECT_THAT(senzaMemoria([&] { inCorso.Registrata(TransactionOutcome::NotApplied); }).fase, FaseNota::NonApplicata);
 }
 
 TEST(StandardError, TheMessagesOfTwoThreadsStayApart) {
