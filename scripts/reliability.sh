@@ -66,7 +66,7 @@ section() {
     play esiti_test segreti_test
     cat "$build/esiti.md"
     ;;
-  cluster) play cluster_test ;;
+  cluster) play cluster_test terminali_cluster_test ;;
   terminali) play terminali_test ;;
   uccisioni) play uccisioni_test ;;
   iniezioni) play iniezioni_test ;;

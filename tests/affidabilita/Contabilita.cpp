@@ -1,6 +1,7 @@
 #include "Contabilita.hpp"
 
 #include "common/Testo.hpp"
+#include "support/DatabaseContext.hpp"
 
 namespace lumoscad::test {
 namespace {
@@ -165,6 +166,52 @@ CREATE FUNCTION conferma() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN
     sql += "CREATE CONSTRAINT TRIGGER CONFERMA_" + tabella + " AFTER INSERT OR UPDATE OR DELETE ON " + tabella +
            " DEFERRABLE INITIALLY DEFERRED FOR EACH ROW EXECUTE FUNCTION conferma();\n";
   }
+  return sql;
+}
+
+std::vector<std::string> SorveglianzaMariaDb() {
+  struct Tabella {
+    std::string nome;
+    std::string lettera; ///< what its keys begin with
+    std::string chiave;
+    std::string riga; ///< "@." stands before each column; of a CHAR the blanks at the end, which the server cuts off
+  };
+  static const std::vector<Tabella> Tabelle{
+      {"EVENTOCONTABILE", "E", "EVENTOCONTABILEKEY",
+       "CONCAT_WS('|', @.MOVIMENTOKEY, COALESCE(@.PARTITACONTABILEKEY, '-'), @.CONTOCONTABILE_KEY, @.TIPOEVENTO, "
+       "@.SOSPESA, COALESCE(@.DATASCADENZA, '-'), COALESCE(@.DATASCADENZAORIGINALE, '-'), "
+       "COALESCE(@.NUMERORATA, '-'), COALESCE(@.BANCAPRESENTAZIONE_KEY, '-'), COALESCE(@.DATACONSEGNA, '-'), "
+       "RPAD(@.TITOLOIVA, 1, ' '))"},
+      {"MOVIMENTOCONTABILE", "M", "MOVIMENTOKEY", "CONCAT_WS('|', @.TIPOMOVIMENTO, @.SERIE, @.NUMERO, @.ESERCIZIO)"},
+      {"ERRORE", "R", "ERROREKEY", "@.FILEXML"},
+  };
+  const auto per = [](const std::string& riga, const std::string& prima) { return Replaced(riga, "@.", prima); };
+  std::vector<std::string> sql{
+      "CREATE TABLE SERRATURA (ID INTEGER PRIMARY KEY, N BIGINT NOT NULL)", "INSERT INTO SERRATURA VALUES (1, 0)",
+      "CREATE TABLE VARIAZIONE (ID BIGINT AUTO_INCREMENT PRIMARY KEY, TRANSAZIONE VARCHAR(40), CHIAVE VARCHAR(20), "
+      "PRIMA TEXT, DOPO TEXT)",
+      "CREATE TABLE CONFERMA (TRANSAZIONE VARCHAR(40) PRIMARY KEY, POSTO BIGINT, COMANDO VARCHAR(20), ORA BIGINT)",
+      "CREATE PROCEDURE ANNOTA(IN QUESTA VARCHAR(20), IN VECCHIA TEXT, IN NUOVA TEXT) BEGIN "
+      "DECLARE QUALE VARCHAR(40) DEFAULT CONCAT(@@port, '.', CONNECTION_ID()); "
+      "IF NOT EXISTS (SELECT 1 FROM CONFERMA WHERE TRANSAZIONE=QUALE) THEN "
+      "UPDATE SERRATURA SET N=N+1 WHERE ID=1; "
+      "INSERT INTO CONFERMA SELECT QUALE, N, SUBSTRING_INDEX(USER(), '@', 1), "
+      "CAST(UNIX_TIMESTAMP(SYSDATE(6)) * 1000000000 AS INTEGER) FROM SERRATURA WHERE ID=1; "
+      "END IF; "
+      "INSERT INTO VARIAZIONE (TRANSAZIONE, CHIAVE, PRIMA, DOPO) VALUES (QUALE, QUESTA, VECCHIA, NUOVA); END"};
+  std::string stato;
+  for (const Tabella& tabella : Tabelle) {
+    stato += (stato.empty() ? "" : " UNION ALL ") + ("SELECT CONCAT('" + tabella.lettera + "', T." + tabella.chiave) +
+             ") AS CHIAVE, " + per(tabella.riga, "T.") + " AS RIGA FROM " + tabella.nome + " T";
+    for (const std::string evento : {"INSERT", "UPDATE", "DELETE"}) {
+      sql.push_back("CREATE TRIGGER ANNOTA_" + evento + "_" + tabella.nome + " AFTER " + evento + " ON " +
+                    tabella.nome + " FOR EACH ROW CALL ANNOTA(CONCAT('" + tabella.lettera + "', " +
+                    (evento == "INSERT" ? "NEW." : "OLD.") + tabella.chiave + "), " +
+                    (evento == "INSERT" ? "NULL" : per(tabella.riga, "OLD.")) + ", " +
+                    (evento == "DELETE" ? "NULL" : per(tabella.riga, "NEW.")) + ")");
+    }
+  }
+  sql.push_back("CREATE VIEW STATO AS " + stato);
   return sql;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace lumoscad::test {
 
@@ -27,5 +28,10 @@ struct Misura {
 /// changed one, in CONFERMA in the order of the commits; both with the command that the session belongs to. The view
 /// STATO holds every row in the same form as the changes.
 [[nodiscard]] std::string Sorveglianza();
+
+/// The same for MariaDB, statement by statement. A transaction takes its place among the others at its first change and
+/// keeps it until its end: they write one after the other. The session belongs to its user, who stands in the place of
+/// the command.
+[[nodiscard]] std::vector<std::string> SorveglianzaMariaDb();
 
 } // namespace lumoscad::test

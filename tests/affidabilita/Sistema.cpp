@@ -114,11 +114,11 @@ int Famiglia::Attendi() {
 }
 
 Sistema::Sistema(std::string_view genere, const std::string& script)
-    : genere_(genere), base_(PreparaCartella(genere_)),
-      database_(test::databaseContext(genere).Create(FileText(SourcePath("demo/schema.sql")) + script)),
-      connessione_(std::make_unique<ado::Connection>()) {
-  connessione_->ConnectionString = database_->ConnectionText();
-  connessione_->Open();
+    : Sistema(genere, test::databaseContext(genere).Create(FileText(SourcePath("demo/schema.sql")) + script)) {}
+
+Sistema::Sistema(std::string_view genere, std::unique_ptr<test::TestDatabase> database)
+    : genere_(genere), base_(PreparaCartella(genere_)), database_(std::move(database)) {
+  Ricollega();
 }
 
 Sistema::~Sistema() {
@@ -137,6 +137,15 @@ fs::path Sistema::Passi(const std::string& postazione) const {
 
 fs::path Sistema::Errori(const std::string& postazione) const {
   return base_ / (postazione + ".errori");
+}
+
+void Sistema::Ricollega(std::string_view istruzione) {
+  connessione_ = std::make_unique<ado::Connection>();
+  connessione_->ConnectionString = database_->ConnectionText();
+  connessione_->Open();
+  if (!istruzione.empty()) {
+    connessione_->Execute(istruzione);
+  }
 }
 
 void Sistema::Esegui(std::string_view script) {
@@ -187,7 +196,8 @@ Famiglia Sistema::Avvia(const Lancio& lancio) const {
   fs::permissions(ingresso, fs::perms::owner_read | fs::perms::owner_write);
   file << "-DB2SOURCE " << database_->source;
   if (!database_->user.empty()) {
-    file << " -DB2USER " << database_->user << " -DB2PASS " << database_->password;
+    file << " -DB2USER " << (lancio.utente.empty() ? database_->user : lancio.utente) << " -DB2PASS "
+         << database_->password;
   }
   file << " -DB2SCHEMA " << database_->schema << '\n';
   for (const std::string& comando : lancio.comandi) {

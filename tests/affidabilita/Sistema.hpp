@@ -40,6 +40,8 @@ class Sistema {
  public:
   /// `genere` is the kind of database; `script` fills it after the schema.
   Sistema(std::string_view genere, const std::string& script);
+  /// With a database that is there already.
+  Sistema(std::string_view genere, std::unique_ptr<test::TestDatabase> database);
   Sistema(const Sistema&) = delete;
   Sistema& operator=(const Sistema&) = delete;
   ~Sistema();
@@ -54,6 +56,8 @@ class Sistema {
   /// What a terminal has written to its standard error.
   [[nodiscard]] std::filesystem::path Errori(const std::string& postazione) const;
 
+  /// Opens the test's own connection anew, as after the loss of a server, and runs `istruzione` on it.
+  void Ricollega(std::string_view istruzione = {});
   /// Runs an SQL script in one transaction.
   void Esegui(std::string_view script);
   /// The rows of a query, their columns separated by `separatore`.
@@ -71,6 +75,7 @@ class Sistema {
     long morte = 0;              ///< the step to die at, 0 for none
     bool amministratore = false; ///< a lock that a failed command keeps is removed after it
     Testi ambiente{};            ///< further "NAME=value" of its environment
+    std::string utente{};        ///< the terminal's own user of the database; empty: everybody's
   };
   [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
 

@@ -34,8 +34,8 @@ void Aggiungi(Variazioni& variazioni, const std::string& chiave, const std::opti
 
 class Confrontatore {
  public:
-  Confrontatore(const Modello& modello, const std::vector<Conferma>& conferme)
-      : modello_(modello), conferme_(conferme) {}
+  Confrontatore(const Modello& modello, const std::vector<Conferma>& conferme, const std::vector<Caduta>& cadute)
+      : modello_(modello), conferme_(conferme), cadute_(cadute) {}
 
   Riscontro Esegui(const Stato& iniziale, const Stato& finale, const std::vector<Eseguito>& comandi) {
     Ripercorri(iniziale);
@@ -122,7 +122,10 @@ class Confrontatore {
     }
     if (comando.risultato == "error") {
       ++riscontro_.detti;
-      if (!RifiutoFondato(comando)) {
+      const bool perduto = NonTenuto(comando) || EsitoIgnoto(comando);
+      riscontro_.perduti += perduto ? 1U : 0U;
+      riscontro_.ignoti += EsitoIgnoto(comando) ? 1U : 0U;
+      if (!perduto && !RifiutoFondato(comando)) {
         riscontro_.errori.push_back(comando.nome + " failed in silence or without a cause: " + comando.comando);
       }
       return;
@@ -138,22 +141,41 @@ class Confrontatore {
   /// The database's refusal was told, and there was cause for it: what is called missing was missing, or somebody else
   /// committed while the command was at work.
   [[nodiscard]] bool RifiutoFondato(const Eseguito& comando) const {
-    const auto dice = [&](std::string_view testo) {
-      return std::any_of(comando.box.begin(), comando.box.end(),
-                         [&](const std::string& box) { return box.find(testo) != std::string::npos; });
-    };
-    if (dice("MOVIMENTO CONTABILE INESISTENTE")) {
+    if (Dice(comando, "MOVIMENTO CONTABILE INESISTENTE")) {
       const auto effetti = Effetti(comando, Trovate(comando), Prima(comando.fine));
       return std::any_of(effetti.begin(), effetti.end(), [](const Variazioni& effetto) { return effetto.empty(); });
     }
-    const bool conteso = dice("da un altro terminale: la modifica non è stata registrata") ||
-                         dice("Due terminali si sono bloccati a vicenda");
+    const bool conteso = Dice(comando, "da un altro terminale: la modifica non è stata registrata") ||
+                         Dice(comando, "Due terminali si sono bloccati a vicenda") ||
+                         Dice(comando, "Un altro terminale ha modificato le stesse righe nello stesso momento");
     return conteso && Trovate(comando) < Prima(comando.fine);
+  }
+
+  static bool Dice(const Eseguito& comando, std::string_view testo) {
+    return std::any_of(comando.box.begin(), comando.box.end(),
+                       [&](const std::string& box) { return box.find(testo) != std::string::npos; });
+  }
+  [[nodiscard]] bool DuranteUnaCaduta(const Eseguito& comando) const {
+    return std::any_of(cadute_.begin(), cadute_.end(), [&](const Caduta& caduta) {
+      return comando.inizio <= caduta.alla && comando.fine >= caduta.dalla;
+    });
+  }
+  /// A command that asks nothing of the host has no sentence of what the two hold of it.
+  [[nodiscard]] bool NonTenuto(const Eseguito& comando) const {
+    return DuranteUnaCaduta(comando) && !EsitoIgnoto(comando) &&
+           (comando.accettata ? Dice(comando, "la base dati non ne ha registrato nulla") : !comando.box.empty());
+  }
+  [[nodiscard]] bool EsitoIgnoto(const Eseguito& comando) const {
+    return DuranteUnaCaduta(comando) &&
+           Dice(comando, comando.accettata ? "non si sa se la base dati l'ha registrata" : "l'esito è sconosciuto");
   }
 
   void ConTransazione(const Eseguito& comando, std::size_t posto) {
     ++riscontro_.confermati;
-    if (!comando.risultato.empty() || (!comando.accettata && comando.comando != "-T TEST")) {
+    if (comando.risultato == "error" && EsitoIgnoto(comando)) {
+      ++riscontro_.ignoti;
+      ++riscontro_.ignotiTenuti;
+    } else if (!comando.risultato.empty() || (!comando.accettata && comando.comando != "-T TEST")) {
       riscontro_.errori.push_back(comando.nome + " changed the database and answered \"" + comando.risultato + "\"");
     }
     Variazioni avvenuto;
@@ -211,6 +233,7 @@ class Confrontatore {
 
   const Modello& modello_;
   const std::vector<Conferma>& conferme_;
+  const std::vector<Caduta>& cadute_;
   std::vector<Stato> stati_; ///< before the first commit and after each
   Riscontro riscontro_;
 };
@@ -218,8 +241,9 @@ class Confrontatore {
 } // namespace
 
 Riscontro Confronta(const Modello& modello, const Stato& iniziale, const Stato& finale,
-                    const std::vector<Conferma>& conferme, const std::vector<Eseguito>& comandi) {
-  return Confrontatore(modello, conferme).Esegui(iniziale, finale, comandi);
+                    const std::vector<Conferma>& conferme, const std::vector<Eseguito>& comandi,
+                    const std::vector<Caduta>& cadute) {
+  return Confrontatore(modello, conferme, cadute).Esegui(iniziale, finale, comandi);
 }
 
 } // namespace lumoscad::test

@@ -47,11 +47,15 @@ Eseguito Sposta(const std::string& nome, Istante inizio, Istante fine) {
                  "20100001,AB   1,,,,20260302,20260302,20260415,60100002,,1\r\n");
 }
 
-Riscontro Prova(const Stato& finale, std::vector<Conferma> conferme, const std::vector<Eseguito>& comandi) {
+Riscontro Prova(const Stato& finale, std::vector<Conferma> conferme, const std::vector<Eseguito>& comandi,
+                std::vector<Caduta> cadute = {}) {
   for (Conferma& conferma : conferme) {
     conferma.ora *= Secondo;
   }
-  return Confronta(Modello({1, 0, 1, 0, 0}, Iniziale), Iniziale, finale, conferme, comandi);
+  for (Caduta& caduta : cadute) {
+    caduta = {caduta.dalla * Secondo, caduta.alla * Secondo};
+  }
+  return Confronta(Modello({1, 0, 1, 0, 0}, Iniziale), Iniziale, finale, conferme, comandi, cadute);
 }
 
 Stato Con(const char* riga) {
@@ -137,6 +141,44 @@ TEST(Reconciliation, AMovementThatIsGoneIsACause) {
   const std::vector<Conferma> tolto{{"T02.1", 5 * Secondo, {{"M7", "X|A|7|2006", std::nullopt}}}};
   const Eseguito altro = Comando("T02.1", 4, 6, {"01", "EXTRADEL", "A", "2006", "7", ""});
   EXPECT_THAT(Confronta(Modello({1, 0, 0, 0, 0}, conExtra), conExtra, {}, tolto, {altro, fallito}).errori, IsEmpty());
+}
+
+constexpr const char* NienteTenuto = "L'host ha già accettato la modifica; la base dati non ne ha registrato nulla.";
+constexpr const char* NonSiSa = "L'host ha già accettato la modifica; non si sa se la base dati l'ha registrata.";
+
+Eseguito Fallito(const char* box) {
+  Eseguito fallito = Sospende("T01.1", 10, 20);
+  fallito.risultato = "error";
+  fallito.box = {box};
+  return fallito;
+}
+
+TEST(Reconciliation, ALostServerIsACauseForWhoWasAtWorkThen) {
+  for (const char* box : {NienteTenuto, NonSiSa}) {
+    const auto riscontro = Prova(Iniziale, {}, {Fallito(box)}, {{15, 16}});
+    EXPECT_THAT(riscontro.errori, IsEmpty()) << box;
+    EXPECT_EQ(riscontro.perduti, 1U);
+    EXPECT_EQ(riscontro.ignoti, box == NonSiSa ? 1U : 0U);
+    for (const Caduta& altra : {Caduta{5, 9}, Caduta{21, 30}}) {
+      EXPECT_THAT(Prova(Iniziale, {}, {Fallito(box)}, {altra}).errori, ElementsAre(HasSubstr("without a cause")));
+    }
+  }
+}
+
+TEST(Reconciliation, AChangeThatWasKeptIsFoundWhereTheMessageDeniesIt) {
+  const std::vector<Conferma> tenuta{{"T01.1", 15, {{"E10", Attiva, Sospesa}}}};
+  EXPECT_THAT(Prova(Con(Sospesa), tenuta, {Fallito(NienteTenuto)}, {{15, 16}}).errori,
+              ElementsAre(HasSubstr("answered \"error\"")));
+  EXPECT_THAT(Prova(Con(Sospesa), tenuta, {Fallito(NonSiSa)}, {{5, 9}}).errori,
+              ElementsAre(HasSubstr("answered \"error\"")));
+  const auto riscontro = Prova(Con(Sospesa), tenuta, {Fallito(NonSiSa)}, {{15, 16}});
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.ignotiTenuti, 1U);
+}
+
+TEST(Reconciliation, ALostServerExcusesNoCommandThatAnsweredWell) {
+  EXPECT_THAT(Prova(Iniziale, {}, {Sospende("T01.1", 10, 20)}, {{15, 16}}).errori,
+              ElementsAre(HasSubstr("T01.1 is lost")));
 }
 
 TEST(Reconciliation, ALineThatFindsItsRowTakenIsCounted) {

@@ -3,7 +3,7 @@
 //   LUMOSCAD_PER_INTERO=1  200 commands each; otherwise 20
 
 #include "Blocchi.hpp"
-#include "Campi.hpp"
+#include "Lavoro.hpp"
 #include "Modello.hpp"
 #include "Persona.hpp"
 #include "Sistema.hpp"
@@ -30,13 +30,9 @@ int Comandi() {
   return std::getenv("LUMOSCAD_PER_INTERO") != nullptr ? 200 : 20;
 }
 
-std::string Postazione(int quale) {
-  return "T0" + std::to_string(quale);
-}
-
 class ManyTerminals : public testing::Test {
  protected:
-  ManyTerminals() : sistema("postgres", Righe(Misura) + Sorveglianza()), iniziale(LeggiStato()) {
+  ManyTerminals() : sistema("postgres", Righe(Misura) + Sorveglianza()), iniziale(LeggiStato(sistema)) {
     // One customer is refused by the host: commands that fail keep their lock.
     std::ofstream(sistema.Host() / "conti_bloccati") << "20100006\n";
   }
@@ -55,72 +51,12 @@ class ManyTerminals : public testing::Test {
       EXPECT_EQ(famiglia.Attendi(), 0);
     }
     for (int quale = 1; quale <= Terminali; ++quale) {
-      EXPECT_EQ(LeggiComandi(Postazione(quale)), static_cast<std::size_t>(Comandi()));
+      EXPECT_EQ(LeggiComandi(sistema, Postazione(quale), comandi), static_cast<std::size_t>(Comandi()));
     }
-  }
-
-  /// Adds a terminal's commands to `comandi`; returns how many there are.
-  std::size_t LeggiComandi(const std::string& postazione) {
-    const auto suoi = LeggiRegistro(sistema.Registro(postazione));
-    comandi.insert(comandi.end(), suoi.begin(), suoi.end());
-    return suoi.size();
   }
 
   [[nodiscard]] Riscontro Confronta() {
-    return test::Confronta(Modello(Misura, iniziale), iniziale, LeggiStato(), LeggiConferme(), comandi);
-  }
-
-  Stato LeggiStato() {
-    Stato stato;
-    for (const std::string& riga : sistema.Interroga("SELECT CHIAVE, RIGA FROM STATO", '\t')) {
-      stato[riga.substr(0, riga.find('\t'))] = riga.substr(riga.find('\t') + 1);
-    }
-    return stato;
-  }
-
-  std::vector<Conferma> LeggiConferme() {
-    std::vector<Conferma> conferme;
-    std::map<std::string, std::size_t> posti;
-    for (const std::string& riga :
-         sistema.Interroga("SELECT TRANSAZIONE, COMANDO, ORA FROM CONFERMA ORDER BY POSTO", '\t')) {
-      const Testi campi = Separa(riga);
-      posti[campi.at(0)] = conferme.size();
-      conferme.push_back({campi.at(1), std::stoll(campi.at(2)), {}});
-    }
-    const auto valore = [](const std::string& testo) {
-      return testo == "<NULL>" ? std::nullopt : std::optional(testo);
-    };
-    for (const std::string& riga :
-         sistema.Interroga("SELECT TRANSAZIONE, CHIAVE, PRIMA, DOPO FROM VARIAZIONE ORDER BY ID", '\t')) {
-      const Testi campi = Separa(riga);
-      conferme.at(posti.at(campi.at(0))).cambi.push_back({campi.at(1), valore(campi.at(2)), valore(campi.at(3))});
-    }
-    return conferme;
-  }
-
-  /// The accepted requests, each as its parameters and its file's content in one text, in order of text.
-  [[nodiscard]] Testi AccettateDallHost() const {
-    Testi richieste;
-    for (const std::string& riga : LeggiRighe(sistema.RegistroHost())) {
-      const Testi campi = Separa(riga);
-      if (campi[0] == "ACCETTATA") {
-        richieste.push_back(Unisci({campi.begin() + 3, campi.end()}));
-      }
-    }
-    std::sort(richieste.begin(), richieste.end());
-    return richieste;
-  }
-  [[nodiscard]] Testi AccettatePerITerminali() const {
-    Testi richieste;
-    for (const Eseguito& comando : comandi) {
-      if (comando.accettata) {
-        Testi campi = comando.richiesta;
-        campi.push_back(comando.contenuto);
-        richieste.push_back(Unisci(campi));
-      }
-    }
-    std::sort(richieste.begin(), richieste.end());
-    return richieste;
+    return test::Confronta(Modello(Misura, iniziale), iniziale, LeggiStato(sistema), LeggiConferme(sistema), comandi);
   }
 
   void VerificaResti() {
@@ -140,30 +76,6 @@ class ManyTerminals : public testing::Test {
   std::vector<Eseguito> comandi;
 };
 
-void StampaComandi(const std::vector<Eseguito>& comandi) {
-  std::map<std::string, std::map<std::string, std::size_t>> conti;
-  for (const Eseguito& comando : comandi) {
-    const auto secondo = comando.comando.find(' ', 3);
-    const auto terzo = secondo == std::string::npos ? secondo : comando.comando.find(' ', secondo + 1);
-    ++conti[comando.comando.substr(3, terzo == std::string::npos ? terzo : terzo - 3)]
-           [comando.risultato.empty() ? "fatto" : comando.risultato];
-  }
-  for (auto& [comando, esiti] : conti) {
-    std::printf("terminali: %-20s %4zu riusciti %4zu chiusi %4zu con errore\n", comando.c_str(), esiti["fatto"],
-                esiti["closed"], esiti["error"]);
-  }
-}
-
-void StampaRiscontro(const Riscontro& riscontro, const std::vector<Eseguito>& comandi) {
-  const auto accettati = std::count_if(comandi.begin(), comandi.end(), [](const auto& c) { return c.accettata; });
-  std::printf("terminali: %zu comandi di %d terminali, %ld accettati dall'host, %zu transazioni confermate\n",
-              comandi.size(), Terminali, static_cast<long>(accettati), riscontro.confermati);
-  std::printf("terminali: %zu nell'ordine delle conferme, %zu spiegati da una conferma altrui nel frattempo, %zu senza "
-              "più nulla da variare, %zu rifiutati dalla base dati con un messaggio\n",
-              riscontro.inOrdine, riscontro.sovrapposti, riscontro.senzaEffetto, riscontro.detti);
-  std::printf("terminali: %zu righe di richieste riuscite non trovavano più la loro scadenza\n", riscontro.lineePerse);
-}
-
 void StampaBlocchi(const std::map<std::string, ContoBlocco>& conti) {
   for (const auto& [blocco, conto] : conti) {
     std::printf(
@@ -177,7 +89,7 @@ void StampaBlocchi(const std::map<std::string, ContoBlocco>& conti) {
 TEST_F(ManyTerminals, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
   Lavora();
   VerificaResti();
-  EXPECT_EQ(AccettateDallHost(), AccettatePerITerminali());
+  EXPECT_EQ(AccettateDallHost(sistema), AccettatePerITerminali(comandi));
   const Riscontro riscontro = Confronta();
   EXPECT_THAT(riscontro.errori, IsEmpty());
   EXPECT_GT(riscontro.inOrdine, static_cast<std::size_t>(Comandi())) << "hardly anything was tried";
@@ -185,8 +97,8 @@ TEST_F(ManyTerminals, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
   for (const auto& [blocco, conto] : blocchi) {
     EXPECT_THAT(conto.inspiegati, IsEmpty()) << blocco;
   }
-  StampaComandi(comandi);
-  StampaRiscontro(riscontro, comandi);
+  StampaComandi("terminali", comandi);
+  StampaRiscontro("terminali", riscontro, comandi);
   StampaBlocchi(blocchi);
 }
 
@@ -201,8 +113,8 @@ TEST_F(ManyTerminals, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHos
   EXPECT_EQ(svelto.Attendi(), 0);
   std::ofstream(via) << "";
   EXPECT_EQ(lento.Attendi(), 0);
-  ASSERT_EQ(LeggiComandi("T01"), 1U);
-  ASSERT_EQ(LeggiComandi("T02"), 1U);
+  ASSERT_EQ(LeggiComandi(sistema, "T01", comandi), 1U);
+  ASSERT_EQ(LeggiComandi(sistema, "T02", comandi), 1U);
   EXPECT_EQ(comandi[0].risultato, "");
   EXPECT_EQ(comandi[0].box,
             (Testi{"Variata 1 scadenza", "L'host ha registrato la modifica; nella base dati queste righe erano già "
@@ -213,7 +125,7 @@ TEST_F(ManyTerminals, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHos
   EXPECT_THAT(riscontro.errori, IsEmpty());
   EXPECT_EQ(riscontro.confermati, 1U);
   EXPECT_EQ(riscontro.lineePerse, 1U);
-  EXPECT_EQ(LeggiStato().at("E90"), "9|9|101|C|S|2026-03-10|2026-03-10|1|4|-|O");
+  EXPECT_EQ(LeggiStato(sistema).at("E90"), "9|9|101|C|S|2026-03-10|2026-03-10|1|4|-|O");
   VerificaResti();
 }
 
