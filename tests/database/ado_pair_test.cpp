@@ -149,6 +149,21 @@ TEST_F(Pair, PrimaryLostInCommitBeforeTheStandbyWasSentTheChange) {
   ExpectTrue(connection->Outcome(), amount);
 }
 
+/// Two that take changes: what must not be, and does no harm as long as the old one waits for its standby.
+TEST_F(Pair, PrimaryThatComesBackAfterItsStandbyWasPromotedAnswersNoCommit) {
+  pair->First().KillAll();
+  pair->Promote();
+  pair->First().Start();
+  const auto connection = OpenWithChange();
+  EXPECT_EQ(test::FirstValue(*connection, "SELECT host(inet_server_addr())"), "127.0.0.1");
+  auto committing = WaitingCommit(*connection);
+  EXPECT_EQ(committing.wait_for(std::chrono::milliseconds(500)), std::future_status::timeout);
+  pair->First().KillAll();
+  ASSERT_TRUE(committing.get().has_value());
+  EXPECT_NE(connection->Outcome(), TransactionOutcome::Applied);
+  EXPECT_EQ(AmountNow(), Before);
+}
+
 TEST_F(Pair, CommitWaitsForTheStandbyAndIsAnsweredWhenThatIsBack) {
   const auto connection = OpenWithChange();
   pair->Second().Stop();

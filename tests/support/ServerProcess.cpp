@@ -217,7 +217,7 @@ void Await(const char* what, const std::function<bool()>& reached) {
     if (std::chrono::steady_clock::now() > limit) {
       throw std::runtime_error(std::string(what) + ": not within a minute");
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
 }
 
