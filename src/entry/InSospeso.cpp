@@ -1,6 +1,7 @@
 #include "entry/InSospeso.hpp"
 
 #include "common/Testo.hpp"
+#include "entry/RigheDubbie.hpp"
 #include "platform/ControlCharacters.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/Services.hpp"
@@ -142,6 +143,21 @@ std::string Impronta(const Nota& nota, const RigheEsaminate& righe) {
   return impronta;
 }
 
+/// Whether the database may hold the whole of the change already.
+bool DopoConferma(FaseNota fase) {
+  return fase == FaseNota::ConfermaInviata || fase == FaseNota::Sconosciuta || fase == FaseNota::Applicata;
+}
+
+/// Rows that another record of the same change may have put there are left alone.
+void SegnaDubbie(const ModificaChiesta& modifica, RigheEsaminate& righe) {
+  const std::vector<bool> dubbie = RigheDubbie(modifica);
+  for (std::size_t posto = 0; posto < dubbie.size(); ++posto) {
+    if (dubbie[posto] && righe.at(posto).stato == StatoRiga::ComePrima) {
+      righe[posto].stato = StatoRiga::Cambiata;
+    }
+  }
+}
+
 NotaInSospeso NonLetta(std::string_view nome, std::string errore) {
   NotaInSospeso vista;
   vista.nome = nome;
@@ -216,7 +232,11 @@ RigheEsaminate EsameNote::Righe(const Nota& nota) {
     }
   }
   try {
-    return procedureLumoDB2::EsaminaRighe(*connection_, parametri_, nota.modifica);
+    auto righe = procedureLumoDB2::EsaminaRighe(*connection_, parametri_, nota.modifica);
+    if (DopoConferma(nota.fase)) {
+      SegnaDubbie(nota.modifica, righe);
+    }
+    return righe;
   } catch (...) {
     Chiudi();
     throw;

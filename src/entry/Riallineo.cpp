@@ -22,7 +22,8 @@ using Genere = ModificaChiesta::Genere;
 /// What the database did with the rows that were written.
 struct Scrittura {
   TransactionOutcome esito = TransactionOutcome::NotApplied;
-  std::string errore; ///< empty when it was done
+  std::string errore;               ///< empty when it was done
+  std::vector<std::string> rimaste; ///< rows that somebody else had changed by then
 };
 
 EsitoInSospeso NotaRimasta(std::string perche) {
@@ -87,19 +88,26 @@ Scrittura Registra(const ModificaChiesta& modifica, const RigheEsaminate& righe,
   if (!risultato.empty() || !msg.Errore.empty()) {
     scrittura.errore = msg.Errore;
   }
+  scrittura.rimaste = std::move(msg.righeRimaste);
   return scrittura;
 }
 
-/// What can be said at the end of a note whose rows are now so, and takes it away where nothing is open.
-EsitoInSospeso Chiudi(NotaPresa& presa, const Nota& nota, const RigheEsaminate& righe) {
-  if (Quante(righe, StatoRiga::ComePrima) > 0) {
-    return NotaRimasta("Non tutte le righe sono registrate.");
+std::vector<std::string> Cambiate(const RigheEsaminate& righe) {
+  std::vector<std::string> cambiate;
+  for (const RigaEsaminata& riga : righe) {
+    if (riga.stato == StatoRiga::Cambiata) {
+      cambiate.push_back(riga.riga);
+    }
   }
-  if (Quante(righe, StatoRiga::Cambiata) > 0) {
-    return NotaRimasta(
-        "Le righe cambiate da altri restano come sono: guardarle sull'host e nella base dati, e poi: lumoscad "
-        "--archivia " +
-        nota.nome + " MOTIVO");
+  return cambiate;
+}
+
+/// Ends a note of which nothing is to be written any more; `rimaste` are the rows that others have changed.
+EsitoInSospeso Chiudi(NotaPresa& presa, const Nota& nota, const std::vector<std::string>& rimaste) {
+  if (!rimaste.empty()) {
+    return NotaRimasta("Le righe cambiate da altri restano come sono: guardarle sull'host e nella base dati, e poi: "
+                       "lumoscad --archivia " +
+                       nota.nome + " MOTIVO");
   }
   presa.Cancella();
   return {true, nota.fase == FaseNota::Rifiutata
@@ -107,67 +115,55 @@ EsitoInSospeso Chiudi(NotaPresa& presa, const Nota& nota, const RigheEsaminate& 
                     : "L'host e la base dati hanno registrato la modifica: la nota è stata tolta.\n"};
 }
 
-/// Writes down in a note that stays what is known now. One that cannot be written goes on saying what was true before;
-/// what the database holds is looked up each time.
-void Segna(const NotaPresa& presa, Nota nota, FaseNota fase, const RigheEsaminate& righe) {
+/// Writes down in the note what is known now.
+void Segna(const NotaPresa& presa, Nota nota, FaseNota fase, const std::vector<std::string>& rimaste) {
   if (nota.fase == FaseNota::Avviata) {
     nota.rispostaHost = "lo ha detto chi ha riallineato la nota";
   }
   nota.fase = fase;
   nota.momentoFase = ActiveServices().localTime();
-  nota.righeRimaste.clear();
-  for (const RigaEsaminata& riga : righe) {
-    if (riga.stato == StatoRiga::Cambiata) {
-      nota.righeRimaste.push_back(riga.riga);
-    }
-  }
+  nota.righeRimaste = rimaste;
+  presa.SegnaFase(nota);
+}
+
+/// The same after the writing. Where it fails the note goes on saying that nobody knows, and that is safe.
+template <typename Azione> void SegnaEsito(Azione azione) noexcept {
   try {
-    presa.SegnaFase(nota);
+    azione();
   } catch (...) { // NOLINT(bugprone-empty-catch): see above
   }
 }
 
-/// What the database holds after the writing, where it can be told.
-struct Lettura {
-  RigheEsaminate righe;
-  std::string errore;
-};
-
-Lettura Rileggi(EsameNote& esame, const Nota& nota) {
-  Lettura letta;
+/// What the database holds of a note's rows after the writing, for the person; or that it cannot be told.
+std::string Rileggi(EsameNote& esame, const Nota& nota) {
   try {
     esame.Chiudi();
-    letta.righe = esame.Righe(nota);
+    return TestoRighe(esame.Righe(nota));
   } catch (...) {
-    letta.errore = CurrentError().Text();
+    return "La base dati non si lascia rileggere: " + CurrentError().Text() + "\n";
   }
-  return letta;
 }
 
-/// Writes, looks again, and closes.
+/// Writes, and closes on the word of the procedure that wrote.
 EsitoInSospeso Scrivi(NotaPresa& presa, const Nota& nota, const RigheEsaminate& prima, std::string_view comando,
                       EsameNote& esame) {
+  // Who is killed from here on leaves a note that says so: what may be written is not written a second time.
+  Segna(presa, nota, FaseNota::ConfermaInviata, nota.righeRimaste);
   const Scrittura scrittura = Registra(nota.modifica, prima, comando);
-  const Lettura letta = Rileggi(esame, nota);
-  const std::string ora =
-      letta.errore.empty() ? TestoRighe(letta.righe) : "La base dati non si lascia rileggere: " + letta.errore + "\n";
-  EsitoInSospeso esito;
   if (scrittura.esito == TransactionOutcome::Unknown) {
-    Segna(presa, nota, FaseNota::Sconosciuta, letta.righe);
-    esito = NotaRimasta(scrittura.errore +
-                        "\nNon si sa se la base dati ha registrato le righe: guardarle ancora più tardi, "
-                        "con lumoscad --in-sospeso.");
-  } else if (!scrittura.errore.empty()) {
-    esito = NotaRimasta(scrittura.errore + "\nLa base dati non ha registrato nulla.");
-  } else if (!letta.errore.empty()) {
-    Segna(presa, nota, FaseNota::Applicata, prima);
-    esito = NotaRimasta("La base dati ha registrato le righe «come prima».");
-  } else {
-    if (Quante(letta.righe, StatoRiga::Cambiata) > 0) {
-      Segna(presa, nota, FaseNota::Applicata, letta.righe);
-    }
-    esito = Chiudi(presa, nota, letta.righe);
+    return NotaRimasta(Rileggi(esame, nota) + scrittura.errore +
+                       "\nNon si sa se la base dati ha registrato le righe: guardarle ancora più tardi, con lumoscad "
+                       "--in-sospeso.");
   }
+  if (!scrittura.errore.empty()) {
+    SegnaEsito([&] { presa.SegnaFase(nota); });
+    return NotaRimasta(Rileggi(esame, nota) + scrittura.errore + "\nLa base dati non ha registrato nulla.");
+  }
+  std::vector<std::string> rimaste = Cambiate(prima);
+  rimaste.insert(rimaste.end(), scrittura.rimaste.begin(), scrittura.rimaste.end());
+  SegnaEsito([&] { Segna(presa, nota, FaseNota::Applicata, rimaste); });
+  const std::string ora = Rileggi(esame, nota);
+  EsitoInSospeso esito = Chiudi(presa, nota, rimaste);
   esito.testo.insert(0, ora);
   return esito;
 }
@@ -190,7 +186,7 @@ EsitoInSospeso Riallinea(const NotaInSospeso& vista, std::string_view comando) {
     return NotaRimasta(
         "Nel frattempo è cambiata: guardarla ancora, con lumoscad --in-sospeso. Non è stato registrato nulla.");
   }
-  return Quante(righe, StatoRiga::ComePrima) == 0 ? Chiudi(presa, nota, righe)
+  return Quante(righe, StatoRiga::ComePrima) == 0 ? Chiudi(presa, nota, Cambiate(righe))
                                                   : Scrivi(presa, nota, righe, comando, esame);
 }
 

@@ -256,6 +256,29 @@ TEST_P(RealigningAList, WritesNothingWhereOneRowFails) {
                                  EndsWith("\nLa base dati non ha registrato nulla.\nLa nota resta.\n")));
   EXPECT_THAT(test::Tutto(base), ElementsAreArray(prima));
   EXPECT_TRUE(NotaRimasta());
+  EXPECT_EQ(Guarda().baseDati, "il comando non vi ha registrato nulla");
+}
+
+TEST_P(RealigningAList, DoesWithoutTheRowsThatCannotBeWrittenAtAll) {
+  base.Esegui("DELETE FROM CONTOCONTABILE WHERE CODICECONTO='B07'");
+  Lascia(FaseNota::Accettata);
+  EXPECT_THAT(Riallinea().testo,
+              StartsWith("    cambiata da altri  conto C01 partita 2006   1 rata 1 del 04/03/2006\n"
+                         "    fatta              conto C01 partita 2006   1 rata 2 del 04/04/2006\n"
+                         "    cambiata da altri  conto C01 partita 2006   1 rata 3 senza scadenza\n"));
+  EXPECT_EQ(base.Righe("SELECT DATASCADENZA FROM EVENTOCONTABILE WHERE EVENTOCONTABILEKEY=103").at(0), "2006-04-15");
+}
+
+TEST_P(RealigningAList, WritesNothingWhereTheNoteCannotSayThatItIsBeingWritten) {
+  Lascia(FaseNota::Accettata);
+  const NotaInSospeso vista = Guarda();
+  // A directory in the place of what is being written of the note.
+  std::filesystem::create_directory(PercorsiNota(CartellaNote(), nota).parte);
+  const EsitoInSospeso esito = RiallineaVista(vista, Opzioni());
+  EXPECT_FALSE(esito.riuscito);
+  EXPECT_THAT(esito.testo, EndsWith("La nota resta.\n"));
+  EXPECT_THAT(test::Tutto(base), ElementsAreArray(prima));
+  EXPECT_TRUE(NotaRimasta());
 }
 
 TEST_P(RealigningAList, LeavesTheValuesOfTheLastCommandAsTheyAre) {
@@ -318,6 +341,77 @@ TEST_P(RealigningAList, SaysWhyTheDatabaseCannotBeAsked) {
                                   HasSubstr("  NON letta  la base dati: "), HasSubstr("«NESSUNA»")));
   EXPECT_FALSE(RiallineaVista(elenco.note.at(0), "-DB2SOURCE NESSUNA").riuscito);
   EXPECT_TRUE(NotaRimasta());
+}
+
+/// Lists in which one record arrives where another one departs.
+std::vector<ModificaProvata> Catene() {
+  using Genere = ModificaChiesta::Genere;
+  return {{"Rate",
+           {Genere::Canalizzazione,
+            "CREDITI",
+            {test::UnaRata("201", "1", "31/01/2006", "04/03/2006", "15/03/2006", "B06", ""),
+             test::UnaRata("201", "1", "31/01/2006", "01/02/2006", "04/03/2006", "B06", "")},
+            {},
+            {}},
+           "UPDATE EVENTOCONTABILE SET DATASCADENZA='2006-02-01' WHERE EVENTOCONTABILEKEY=102",
+           2,
+           "",
+           ""},
+          {"Banche",
+           {Genere::BancaPresunti,
+            "PRESUNTI",
+            {},
+            {test::UnaBanca(test::UnDocumento(401, "C01", "AB", "123"), "B07", "B08"),
+             test::UnaBanca(test::UnDocumento(401, "C01", "AB", "123"), "B06", "B07")},
+            {}},
+           "",
+           2,
+           "",
+           ""},
+          {"Consegne",
+           {Genere::Consegna,
+            "PRESUNTI",
+            {},
+            {test::UnaConsegna(test::UnDocumento(401, "C01", "AB", "123"), "10/04/2006", "#null#", "10/05/2006"),
+             test::UnaConsegna(test::UnDocumento(401, "C01", "AB", "123"), "10/03/2006", "01/03/2006", "10/04/2006")},
+            {}},
+           "",
+           2,
+           "",
+           ""}};
+}
+
+class RealigningAChain : public testing::TestWithParam<std::tuple<const char*, ModificaProvata>>, protected SuBase {
+ protected:
+  RealigningAChain() : SuBase(std::get<0>(GetParam()), std::get<1>(GetParam())) {}
+};
+
+INSTANTIATE_TEST_SUITE_P(Databases, RealigningAChain,
+                         testing::Combine(testing::ValuesIn(test::GeneriDiBase()), testing::ValuesIn(Catene())),
+                         [](const auto& caso) {
+                           return std::string(std::get<0>(caso.param)) + std::get<1>(caso.param).nome;
+                         });
+
+TEST_P(RealigningAChain, DoesWhatTheCommandWouldHaveDone) {
+  for (const FaseNota fase : {FaseNota::Avviata, FaseNota::Accettata, FaseNota::NonApplicata}) {
+    Lascia(fase);
+    const EsitoInSospeso esito = Riallinea();
+    EXPECT_TRUE(esito.riuscito) << esito.testo;
+    EXPECT_THAT(test::Tutto(base), ElementsAreArray(dopo));
+    EXPECT_FALSE(NotaRimasta());
+    Ripristina();
+  }
+}
+
+TEST_P(RealigningAChain, WritesNothingASecondTimeThatTheCommandMayHaveWritten) {
+  MsgAnnulla msg;
+  ASSERT_EQ(test::EseguiModifica(modifica, msg), "");
+  for (const FaseNota fase : {FaseNota::ConfermaInviata, FaseNota::Sconosciuta, FaseNota::Applicata}) {
+    Lascia(fase);
+    EXPECT_THAT(Stati(), Not(Contains("come prima")));
+    static_cast<void>(Riallinea());
+    EXPECT_THAT(test::Tutto(base), ElementsAreArray(dopo));
+  }
 }
 
 } // namespace
