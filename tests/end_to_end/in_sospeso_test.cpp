@@ -5,11 +5,16 @@
 #include "common/Nota.hpp"
 #include "common/NotaInCorso.hpp"
 #include "common/Stato.hpp"
+#include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
 #include "support/Paths.hpp"
 #include "support/TestBench.hpp"
 
+#include <csignal>
 #include <gmock/gmock.h>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace lumoscad::test {
 namespace {
@@ -194,6 +199,70 @@ TEST_F(LeftOpen, NamesThatAreNoNotesLeadNowhere) {
     EXPECT_THAT(Lancia({"--archivia", nome, "motivo"}), StartsWith("1\nNon c'è nessuna nota di nome «" + nome)) << nome;
   }
   EXPECT_THAT(Contenuto(demo.Locale() / "sospeso-sotto"), testing::ElementsAre(nota + ".nota"));
+}
+
+/// Another terminal's transaction, which keeps the database from being written.
+class OccupiedDatabase {
+ public:
+  explicit OccupiedDatabase(const Dimostrazione& demo) {
+    connection_.ConnectionString = demo.Connessione();
+    connection_.Open();
+    connection_.BeginTrans();
+    connection_.Execute("UPDATE ERRORE SET FILEXML=FILEXML WHERE ERROREKEY=100");
+  }
+  OccupiedDatabase(const OccupiedDatabase&) = delete;
+  OccupiedDatabase& operator=(const OccupiedDatabase&) = delete;
+  ~OccupiedDatabase() { connection_.RollbackTrans(); }
+
+ private:
+  ado::Connection connection_;
+};
+
+TEST_F(LeftOpen, StaysWhereWhoFinishesItIsKilled) {
+  const auto nota = Lascia(FaseNota::Accettata);
+  const auto foto = demo.Stato();
+  {
+    const OccupiedDatabase occupata(demo);
+    Scrivi(demo.Base() / "opzioni", "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main\n");
+    Figlio chi({"sh", "-c", "echo $$ > \"$1\"; exec \"$2\" --riallinea \"$3\" - --si", "sh",
+                (demo.Base() / "numero").string(), ProgramPath("lumoscad").string(), nota},
+               demo.Ambiente(), demo.Base() / "opzioni", demo.Base() / "uscita", demo.Base() / "errori");
+    ASSERT_TRUE(Finche([&] { return LeggiNota(demo.Locale(), nota).inCorso; }));
+    EXPECT_THAT(Lancia({"--in-sospeso"}), HasSubstr("attendere: il comando è ancora in corso, o qualcuno sta "
+                                                    "riallineando la nota"));
+    EXPECT_THAT(Lancia({"--archivia", nota, "in due"}), StartsWith("1\n"));
+    ASSERT_EQ(::kill(std::stoi(FileText(demo.Base() / "numero")), SIGKILL), 0);
+    EXPECT_EQ(chi.Attendi(), 128 + SIGKILL);
+  }
+  EXPECT_EQ(demo.Stato(), foto);
+  EXPECT_THAT(Lancia(ConBaseDati({"--in-sospeso"})), AllOf(StartsWith("0\n" + nota), HasSubstr(Riga)));
+  EXPECT_THAT(Lancia(ConBaseDati({"--riallinea", nota}), "sì\n"), EndsWith(Fatta));
+}
+
+TEST_F(LeftOpen, IsFinishedOnceWhereManyTryAtTheSameTime) {
+  constexpr int Quanti = 4;
+  const auto nota = Lascia(FaseNota::Accettata);
+  Scrivi(demo.Base() / "opzioni", "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main\n");
+  std::vector<std::unique_ptr<Figlio>> tutti;
+  for (int numero = 0; numero < Quanti; ++numero) {
+    tutti.push_back(std::make_unique<Figlio>(
+        std::vector<std::string>{ProgramPath("lumoscad").string(), "--riallinea", nota, "-", "--si"}, demo.Ambiente(),
+        demo.Base() / "opzioni", demo.Base() / ("uscita" + std::to_string(numero)), demo.Base() / "errori"));
+  }
+  int riusciti = 0;
+  for (int numero = 0; numero < Quanti; ++numero) {
+    const bool riuscito = tutti[static_cast<std::size_t>(numero)]->Attendi() == 0;
+    riusciti += riuscito ? 1 : 0;
+    EXPECT_THAT(FileText(demo.Base() / ("uscita" + std::to_string(numero))),
+                riuscito ? testing::Matcher<std::string>(EndsWith(Fatta))
+                         : testing::AnyOf(HasSubstr("Non c'è nessuna nota di nome «" + nota + "»."),
+                                          HasSubstr("o qualcuno sta riallineando la nota"),
+                                          HasSubstr("o qualcuno ci sta già lavorando."),
+                                          HasSubstr("Nel frattempo è cambiata")));
+  }
+  EXPECT_EQ(riusciti, 1);
+  EXPECT_EQ(Sospese(), (Righe{"S", "S"}));
+  EXPECT_THAT(Contenuto(demo.Locale()), IsEmpty());
 }
 
 } // namespace
