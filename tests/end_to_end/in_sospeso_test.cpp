@@ -265,5 +265,65 @@ TEST_F(LeftOpen, IsFinishedOnceWhereManyTryAtTheSameTime) {
   EXPECT_THAT(Contenuto(demo.Locale()), IsEmpty());
 }
 
+/// The command itself, killed: whichever way the host is reached.
+class KilledCommand : public testing::TestWithParam<Trasporto> {};
+
+TEST_P(KilledCommand, IsFinishedSoThatDatabaseAndHostAgree) {
+  const Dimostrazione demo(GetParam());
+  RunScript(demo.Connessione(), FileText(SourcePath("demo/comandi.sql")));
+  const auto foto = demo.Stato();
+  const auto attesa =
+      demo.StatoDopo("UPDATE EVENTOCONTABILE SET SOSPESA='S' WHERE EVENTOCONTABILEKEY IN (900001,900002)");
+  const std::string opzioni = " -DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main\n";
+  auto ambiente = demo.Ambiente();
+  ambiente.emplace_back("QT_QPA_PLATFORM=offscreen");
+  const auto lancia = [&](const std::vector<std::string>& argomenti, const std::string& ingresso) {
+    Scrivi(demo.Base() / "digitato", ingresso);
+    std::vector<std::string> tutti{ProgramPath("lumoscad").string()};
+    tutti.insert(tutti.end(), argomenti.begin(), argomenti.end());
+    Figlio programma(tutti, ambiente, demo.Base() / "digitato", demo.Base() / "risultato", demo.Base() / "errori");
+    const auto stato = programma.Attendi();
+    return (stato ? std::to_string(*stato) : "fermo") + "\n" + FileText(demo.Base() / "risultato");
+  };
+  std::string nota;
+  {
+    const OccupiedDatabase occupata(demo);
+    Scrivi(demo.Base() / "comando",
+           "-T SOSPESO /A -C 20100001 -P AB   123 -H " + demo.Indirizzo() + " -D 01" + opzioni);
+    Figlio comando({ProgramPath("lumoscad").string(), "-"}, ambiente, demo.Base() / "comando", demo.Base() / "uscita",
+                   demo.Base() / "errori");
+    const auto accettata = [&] {
+      const auto note = LeggiNote(demo.Locale());
+      return note.size() == 1 && note[0].fase == FaseNota::Accettata && note[0].inCorso;
+    };
+    ASSERT_TRUE(Finche(accettata)) << FileText(demo.Base() / "errori");
+    const auto note = LeggiNote(demo.Locale());
+    nota = note.at(0).nome;
+    EXPECT_THAT(lancia({"--in-sospeso"}, ""), AllOf(StartsWith("0\n" + nota), HasSubstr("attendere: ")));
+    ASSERT_EQ(::kill(static_cast<pid_t>(note.at(0).processo), SIGKILL), 0);
+    EXPECT_EQ(comando.Attendi(), 128 + SIGKILL);
+  }
+  EXPECT_EQ(demo.Stato(), foto);
+  EXPECT_THAT(FileText(demo.Registro()), StartsWith("ACCETTATA\t")) << "the host is ahead";
+  const auto registro = FileText(demo.Registro());
+
+  EXPECT_THAT(lancia({"--in-sospeso", "-"}, opzioni),
+              AllOf(StartsWith("0\n" + nota + "\n  comando    SOSPESO /A, postazione "),
+                    HasSubstr("  host       ha accettato la richiesta: Sospesa la partita AB123 del conto 20100001\n"
+                              "  base dati  il comando non vi ha registrato nulla\n"
+                              "    come prima         partita AB   123 del conto 20100001\n")));
+  EXPECT_THAT(lancia({"--riallinea", nota, "-", "--si"}, opzioni),
+              AllOf(StartsWith("0\n"), HasSubstr("    fatta              partita AB   123 del conto 20100001\n")));
+  EXPECT_THAT(Differenze(attesa, demo.Stato()), IsEmpty());
+  EXPECT_EQ(FileText(demo.Registro()), registro) << "the host was not asked again";
+  EXPECT_EQ(lancia({"--in-sospeso"}, ""), "0\nNon c'è nulla in sospeso.\n");
+  EXPECT_THAT(lancia({"--riallinea", nota, "-", "--si"}, opzioni),
+              AllOf(StartsWith("1\n"), HasSubstr("Non c'è nessuna nota di nome «" + nota + "».")));
+  EXPECT_THAT(Differenze(attesa, demo.Stato()), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Transports, KilledCommand, testing::Values(Trasporto::Cartella, Trasporto::Ssh),
+                         [](const auto& caso) { return NomeTrasporto(caso.param); });
+
 } // namespace
 } // namespace lumoscad::test
