@@ -186,20 +186,38 @@ bool Sistema::Compare(const fs::path& file) {
   return Finche([&file] { return fs::exists(file); });
 }
 
+void Sistema::ScriviOpzioni(const fs::path& file, const std::string& utente) const {
+  std::ofstream flusso(file, std::ios::trunc);
+  fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+  flusso << "-DB2SOURCE " << database_->source;
+  if (!database_->user.empty()) {
+    flusso << " -DB2USER " << (utente.empty() ? database_->user : utente) << " -DB2PASS " << database_->password;
+  }
+  flusso << " -DB2SCHEMA " << database_->schema << '\n';
+}
+
+Testi Sistema::Ambiente(const std::string& postazione) const {
+  return {"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string(), "NEXARO_POSTAZIONE=" + postazione,
+          "NEXARO_CARTELLA_LOCALE=" + Locale(postazione).string()};
+}
+
+std::string Sistema::Amministra(const std::string& postazione, const Testi& argomenti) const {
+  const fs::path ingresso = base_ / (postazione + ".opzioni");
+  const fs::path uscita = base_ / (postazione + ".uscita");
+  ScriviOpzioni(ingresso, "");
+  Testi parole{"/bin/sh", "-c", "exec \"$@\" >\"$0\"", uscita.string(), test::ProgramPath("lumoscad").string()};
+  parole.insert(parole.end(), argomenti.begin(), argomenti.end());
+  const int stato = Famiglia(parole, Ambiente(postazione), ingresso, Errori(postazione)).Attendi();
+  return std::to_string(stato) + "\n" + FileText(uscita);
+}
+
 Famiglia Sistema::Avvia(const Lancio& lancio) const {
   const fs::path locale = Locale(lancio.postazione);
   fs::create_directories(locale);
   fs::permissions(locale, fs::perms::owner_all);
-  // The password travels in a private file, not in the list of processes.
   const fs::path ingresso = base_ / (lancio.postazione + ".comandi");
-  std::ofstream file(ingresso, std::ios::trunc);
-  fs::permissions(ingresso, fs::perms::owner_read | fs::perms::owner_write);
-  file << "-DB2SOURCE " << database_->source;
-  if (!database_->user.empty()) {
-    file << " -DB2USER " << (lancio.utente.empty() ? database_->user : lancio.utente) << " -DB2PASS "
-         << database_->password;
-  }
-  file << " -DB2SCHEMA " << database_->schema << '\n';
+  ScriviOpzioni(ingresso, lancio.utente);
+  std::ofstream file(ingresso, std::ios::app);
   for (const std::string& comando : lancio.comandi) {
     file << comando << '\n';
   }
@@ -209,8 +227,7 @@ Famiglia Sistema::Avvia(const Lancio& lancio) const {
     argomenti.push_back(lancio.contaPassi ? Passi(lancio.postazione).string() : std::string());
     argomenti.push_back(std::to_string(lancio.morte));
   }
-  Testi ambiente{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string(),
-                 "NEXARO_POSTAZIONE=" + lancio.postazione, "NEXARO_CARTELLA_LOCALE=" + locale.string()};
+  Testi ambiente = Ambiente(lancio.postazione);
   ambiente.insert(ambiente.end(), lancio.ambiente.begin(), lancio.ambiente.end());
   if (!lancio.amministratore) {
     ambiente.emplace_back("LUMOSCAD_SENZA_AMMINISTRATORE=1");

@@ -78,8 +78,14 @@ class Sistema {
     std::string utente{};        ///< the terminal's own user of the database; empty: everybody's
   };
   [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
+  /// Runs the program at a terminal as its administrator would, with the database's options on the standard input.
+  /// Returns its exit status, a line end and what it says.
+  [[nodiscard]] std::string Amministra(const std::string& postazione, const Testi& argomenti) const;
 
  private:
+  /// The database's options in a private file: the password stands in no list of processes.
+  void ScriviOpzioni(const std::filesystem::path& file, const std::string& utente) const;
+  [[nodiscard]] Testi Ambiente(const std::string& postazione) const;
   std::string genere_;
   std::filesystem::path base_;
   std::unique_ptr<test::TestDatabase> database_;

@@ -16,6 +16,7 @@ namespace {
 
 constexpr const char* Ucciso = "T01";
 constexpr const char* Secondo = "T02";
+constexpr std::string_view ProgrammaAvviato = "program: started";
 
 void Svuota(const fs::path& cartella) {
   for (const std::string& nome : Contenuto(cartella)) {
@@ -60,6 +61,17 @@ std::string Note(const fs::path& cartella) {
   return testo.empty() ? "none" : testo;
 }
 
+/// The states that stand before the rows of a list of notes, each once.
+std::string StatiDelleRighe(const std::string& elenco) {
+  std::string stati;
+  for (const std::string_view stato : {"come prima", "fatta", "cambiata da altri"}) {
+    if (elenco.find("\n    " + std::string(stato) + "  ") != std::string::npos) {
+      stati.append(stati.empty() ? "" : ", ").append(stato);
+    }
+  }
+  return stati.empty() ? "none" : stati;
+}
+
 /// A box on one line, without the time at which a lock was taken.
 std::string Anonimo(const std::string& box) {
   constexpr std::string_view Data = "Data : ";
@@ -93,12 +105,16 @@ Uccisione::Uccisione(Sistema& sistema, Vittima vittima) : sistema_(sistema), vit
   dopo_ = Stato();
 }
 
-void Uccisione::Ripristina() {
+void Uccisione::RipristinaDati() {
   sistema_.Esegui("DELETE FROM EVENTOCONTABILE;DELETE FROM MOVIMENTOCONTABILE;"
                   "INSERT INTO EVENTOCONTABILE SELECT * FROM EVENTI_INIZIALI;"
                   "INSERT INTO MOVIMENTOCONTABILE SELECT * FROM MOVIMENTI_INIZIALI;"
                   "UPDATE ERRORE SET FILEXML='';" +
                   vittima_.preparazione);
+}
+
+void Uccisione::Ripristina() {
+  RipristinaDati();
   Svuota(sistema_.Tmp());
   fs::remove(sistema_.RegistroHost());
   for (const char* postazione : {Ucciso, Secondo}) {
@@ -134,6 +150,28 @@ std::string Uccisione::Altro() {
   throw std::runtime_error("the second terminal said nothing");
 }
 
+void Uccisione::Chiudi(Osservazione& vista) {
+  std::string elenco = sistema_.Amministra(Ucciso, {"--in-sospeso", "-"});
+  vista.righe = StatiDelleRighe(elenco);
+  const auto note = LeggiNote(sistema_.Locale(Ucciso));
+  for (const Nota& nota : note) {
+    // Where the host has not carried out the request there is nothing to align.
+    static_cast<void>(vista.accettata
+                          ? sistema_.Amministra(Ucciso, {"--riallinea", nota.nome, "-", "--si"})
+                          : sistema_.Amministra(Ucciso, {"--archivia", nota.nome, "l'host non l'ha eseguita"}));
+  }
+  if (!note.empty()) {
+    elenco = sistema_.Amministra(Ucciso, {"--in-sospeso", "-"});
+  }
+  vista.chiusa = elenco.starts_with("0\nNon c'è nulla in sospeso.\n");
+  const bool conHost =
+      std::any_of(passi_.begin(), passi_.end(), [](const std::string& p) { return p == ProgrammaAvviato; });
+  vista.pari = Stato() == (vista.accettata || (!conHost && vista.applicata) ? dopo_ : prima_);
+  if (vista.intatta) {
+    RipristinaDati();
+  }
+}
+
 void Uccisione::TogliResti() const {
   Svuota(sistema_.Tmp());
   Svuota(sistema_.Locale(Ucciso));
@@ -158,6 +196,7 @@ Osservazione Uccisione::A(long passo) {
   const Testi stato = Stato();
   vista.applicata = stato == dopo_;
   vista.intatta = stato == prima_;
+  Chiudi(vista);
   vista.successivo = Altro();
   vista.fermato = vista.successivo.find("«Area ") != std::string::npos ||
                   vista.successivo.find("«Il movimento è in uso") != std::string::npos;

@@ -22,6 +22,9 @@ struct Osservazione {
   bool applicata = false;  ///< the database is as after the whole command
   bool intatta = false;    ///< the database is as before it
   std::string nota;        ///< what the terminal's note says: "none", its phase, or why it cannot be read
+  std::string righe;       ///< what `--in-sospeso` says of the rows in the database: "none", or each state once
+  bool chiusa = false;     ///< one command more, `--riallinea` or `--archivia`, and nothing is left open
+  bool pari = false;       ///< ... and the database holds what the host has accepted, and nothing else
   std::string successivo;  ///< what the same command of another terminal came to, right after
   bool fermato = false;    ///< ... because the list is locked
   std::string ripetuto;    ///< what it came to once the administrator had removed what was left; empty: not needed
@@ -43,6 +46,9 @@ class Uccisione {
 
  private:
   void Ripristina();
+  void RipristinaDati();
+  /// Finishes what the dead terminal left open, as a person would who has looked at the host's log.
+  void Chiudi(Osservazione& vista);
   [[nodiscard]] Testi Stato();
   /// Runs the command on the second terminal and says what it came to.
   [[nodiscard]] std::string Altro();

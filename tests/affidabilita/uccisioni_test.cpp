@@ -95,8 +95,9 @@ class Scena final : public testing::Environment {
     sistemi_.clear();
     for (const auto& [genere, conto] : conti) {
       std::printf("uccisioni: %-8s %2zu comandi, %3zu morti; host sì e base dati no dopo %3zu di queste, e la nota lo "
-                  "dice dopo %3zu; una nota resta dopo %3zu\n",
-                  genere.c_str(), conto.comandi, conto.morti, conto.finestra, conto.annotate, conto.note);
+                  "dice dopo %3zu; riallineate %3zu; una nota resta dopo %3zu\n",
+                  genere.c_str(), conto.comandi, conto.morti, conto.finestra, conto.annotate, conto.riallineate,
+                  conto.note);
     }
     if (const char* file = std::getenv("LUMOSCAD_PAGINA_UCCISIONI")) {
       std::ofstream(file) << pagina;
@@ -116,9 +117,10 @@ class Scena final : public testing::Environment {
   struct Conto {
     std::size_t comandi = 0;
     std::size_t morti = 0;
-    std::size_t finestra = 0; ///< deaths after which the host has accepted what the database does not hold
-    std::size_t annotate = 0; ///< of these, how many the note tells
-    std::size_t note = 0;     ///< deaths that leave a note
+    std::size_t finestra = 0;    ///< deaths after which the host has accepted what the database does not hold
+    std::size_t annotate = 0;    ///< of these, how many the note tells
+    std::size_t note = 0;        ///< deaths that leave a note
+    std::size_t riallineate = 0; ///< of the first, how many one `--riallinea` ends
   };
   std::map<std::string, Conto> conti;
   std::string pagina = Intestazione();
@@ -174,6 +176,9 @@ void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) 
   EXPECT_EQ(vista.nota, NotaAttesa(passi, passo));
   EXPECT_TRUE(!vista.accettata || vista.applicata || vista.nota != "none") << "the host is ahead and nobody knows";
   EXPECT_TRUE(vista.nota == "none" || passo >= Posto(passi, "note: in its place")) << "a note of what was not started";
+  EXPECT_EQ(vista.righe, vista.nota == "none" ? "none" : vista.applicata ? "fatta" : "come prima");
+  EXPECT_TRUE(vista.chiusa) << "something is left open";
+  EXPECT_TRUE(vista.pari) << "what was left open is finished, and the database is not where the host is";
   EXPECT_TRUE(vista.allineati) << "the command repeated does not bring the database to where it belongs";
   EXPECT_TRUE(vista.senzaResti) << "the repeated command leaves something behind";
   EXPECT_EQ(vista.fermato, std::any_of(vista.sullHost.begin(), vista.sullHost.end(),
@@ -189,6 +194,7 @@ Osservazione Muori(Uccisione& uccisione, const std::string& genere, std::size_t 
   conto.finestra += avanti ? 1U : 0U;
   conto.annotate += avanti && vista.nota != "none" ? 1U : 0U;
   conto.note += vista.nota != "none" ? 1U : 0U;
+  conto.riallineate += avanti && vista.chiusa && vista.pari ? 1U : 0U;
   return vista;
 }
 
