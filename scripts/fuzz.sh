@@ -31,7 +31,7 @@ play() {
 }
 export -f play
 
-targets=(blocco comando connessione conversioni noti richiesta risposta sftp)
+targets=(blocco comando connessione conversioni nota noti richiesta risposta sftp)
 status=0
 printf '%s\n' "${targets[@]}" | xargs -P 2 -I {} bash -c 'play "$@"' _ {} "$seconds" "$base" "$corpus" || status=1
 

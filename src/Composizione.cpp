@@ -1,5 +1,6 @@
 // The composition root: wires the adapters to the component when the library is loaded.
 
+#include "common/ProvaNota.hpp"
 #include "database/ProvaBaseDati.hpp"
 #include "entry/Blocchi.hpp"
 #include "entry/InSospeso.hpp"
@@ -106,7 +107,16 @@ bool ProvaHost(std::string_view host, std::string_view programma,
                                                 [&mostra](const nexaro::StepOutcome& passo) {
                                                   mostra({passo.operation, passo.succeeded, passo.detail});
                                                 });
-    return ProvaBlocco(host, mostra) && riuscita;
+    const bool blocco = ProvaBlocco(host, mostra);
+    PassoProva nota{"NotaLocale", false, {}};
+    try {
+      nota.dettaglio = ProvaNota(ambiente.CartellaLocale, ambiente.CodicePostazione);
+      nota.riuscito = true;
+    } catch (...) {
+      nota.dettaglio = CurrentError().Text();
+    }
+    mostra(nota);
+    return nota.riuscito && blocco && riuscita;
   } catch (...) {
     mostra({"Impostazioni", false, CurrentError().Text()});
     return false;

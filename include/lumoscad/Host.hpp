@@ -36,10 +36,10 @@ struct PassoProva {
 /// Runs through the five operations of the link with a file of its own in the host's /tmp, which it removes again, and
 /// hands each outcome to `mostra`. With an empty `programma` it looks for the back-end program without starting it;
 /// otherwise it runs `programma` without parameters and expects an XML answer. Then it takes a lock that no list uses
-/// (PROVA0 to PROVA9, the first that is free), reads it, says who may read it, and frees it. True when everything
-/// works; what `mostra` raises ends the test, and its file and its lock are removed all the same. It uses the link that
-/// commands use: while a command or another test runs, on whatever thread, it is refused, and so is a command while it
-/// runs.
+/// (PROVA0 to PROVA9, the first that is free), reads it, says who may read it, and frees it; and says whether the note
+/// of a command that is cut short can be written in the local directory. True when everything works; what `mostra`
+/// raises ends the test, and its file and its lock are removed all the same. It uses the link that commands use: while
+/// a command or another test runs, on whatever thread, it is refused, and so is a command while it runs.
 [[nodiscard]] bool ProvaHost(std::string_view host, std::string_view programma,
                              const std::function<void(const PassoProva&)>& mostra) noexcept;
 

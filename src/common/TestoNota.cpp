@@ -277,6 +277,9 @@ void PerOgniRiga(std::string_view testo, std::string_view testata, Nota& nota,
     }
     riga(linea.substr(0, segno), linea.substr(segno + 1));
   }
+  if (!testo.empty()) {
+    NonLeggibile("dopo la fine c'è altro.");
+  }
 }
 
 template <typename Scelta, std::size_t Quanti>

@@ -11,10 +11,12 @@
 #include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -281,6 +283,11 @@ bool HeldBySomebody(const std::string& path) noexcept {
 
 bool RemoveLocalFile(const std::string& path) noexcept {
   return ::unlink(path.c_str()) == 0 || errno == ENOENT;
+}
+
+bool InMemory(const std::string& directory) noexcept {
+  struct statfs state {};
+  return ::statfs(directory.c_str(), &state) == 0 && (state.f_type == TMPFS_MAGIC || state.f_type == RAMFS_MAGIC);
 }
 
 long ProcessNumber() noexcept {

@@ -53,6 +53,9 @@ class HeldFile {
 /// Removes a local file. True when none is there any more.
 bool RemoveLocalFile(const std::string& path) noexcept;
 
+/// Whether a directory is on a file system that is kept in memory, and so ends with the machine's run.
+[[nodiscard]] bool InMemory(const std::string& directory) noexcept;
+
 /// The number of this process, which tells the names of its files from those of others.
 [[nodiscard]] long ProcessNumber() noexcept;
 

@@ -2,6 +2,7 @@
 
 #include "Campi.hpp"
 #include "Iniettore.hpp"
+#include "common/Nota.hpp"
 #include "support/Files.hpp"
 #include "support/Paths.hpp"
 
@@ -186,6 +187,7 @@ Prova Iniezione::A(const std::string& genere, long numero) {
   const Testi stato = Stato();
   prova.intatta = stato == prima_;
   prova.applicata = stato == dopo_;
+  prova.note = LeggiNote(sistema_.Locale(Terminale)).size();
   prova.scorrettezza = Scorrettezza(prova, bersaglio_.conHost);
   // unixODBC, which reads its files by fopen, keeps for a while what it did not find in them.
   const bool senzaSorgenti = prova.chiamata.starts_with("fopen") || prova.seguito.find("[IM002]") != std::string::npos;

@@ -22,6 +22,7 @@ struct Prova {
   bool accettata = false;   ///< the host's log holds the request as accepted
   bool intatta = false;     ///< the database is as before the command
   bool applicata = false;   ///< the database is as after the whole command
+  std::size_t note = 0;     ///< notes that stay, of the command or of what it may have left half written
   std::string risultato;    ///< of the command
   std::string letto;        ///< what the person reads: boxes and standard error
   std::string seguito;      ///< what the writing test came to, run by the same process right after

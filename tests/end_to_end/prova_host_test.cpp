@@ -42,8 +42,11 @@ TEST_F(HostTest, RunsThroughTheFiveOperationsAndLeavesNothing) {
                     HasSubstr("CancellaFile     riuscito: "), HasSubstr("EseguiProgramma  riuscito: "),
                     HasSubstr("PrendiBlocco     riuscito: "), HasSubstr("LeggiBlocco      riuscito: "),
                     HasSubstr("PermessiBlocco   riuscito: permessi 6"), HasSubstr("LasciaBlocco     riuscito: "),
+                    HasSubstr("NotaLocale       riuscito: un comando interrotto lascia una nota in «" +
+                              demo.Locale().string() + "»"),
                     HasSubstr("Tutte le operazioni riescono.\n")));
   EXPECT_THAT(Contenuto(demo.Tmp()), IsEmpty());
+  EXPECT_THAT(Contenuto(demo.Locale()), IsEmpty());
   EXPECT_FALSE(fs::exists(demo.Registro())) << "the back end is not called";
 }
 

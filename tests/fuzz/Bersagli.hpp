@@ -56,19 +56,23 @@ void RisposteSftp(Ingresso ingresso);
 void HostNoti(Ingresso ingresso);
 /// The bytes after the first are the lock that the host holds; an odd first byte makes it longer than what is read.
 void Blocco(Ingresso ingresso);
+/// The bytes after the first are a file of a note: its content, its phase, or that it was put aside, as the first byte
+/// tells.
+void TestoDiNota(Ingresso ingresso);
 
 struct Bersaglio {
   std::string_view nome; ///< the name of its program and of its folders of kept inputs
   void (*prova)(Ingresso);
 };
 
-inline constexpr std::array<Bersaglio, 8> Bersagli{{{"comando", Comando},
+inline constexpr std::array<Bersaglio, 9> Bersagli{{{"comando", Comando},
                                                     {"conversioni", Conversioni},
                                                     {"risposta", Risposta},
                                                     {"connessione", Connessione},
                                                     {"richiesta", Richiesta},
                                                     {"sftp", RisposteSftp},
                                                     {"noti", HostNoti},
-                                                    {"blocco", Blocco}}};
+                                                    {"blocco", Blocco},
+                                                    {"nota", TestoDiNota}}};
 
 } // namespace lumoscad::fuzz

@@ -1,6 +1,7 @@
 // What is kept of a command under way, and how it is read again.
 
 #include "common/Nota.hpp"
+#include "common/ProvaNota.hpp"
 #include "common/TestoNota.hpp"
 #include "platform/LocalFile.hpp"
 #include "platform/RuntimeError.hpp"
@@ -193,6 +194,7 @@ TEST(TextThatIsNoNote, SaysWhy) {
   EXPECT_THAT(Errore(testoNota::LeggiContenuto, testata + "azienda=\\x1\nfine\n"), HasSubstr("un valore è guasto"));
   EXPECT_THAT(Errore(testoNota::LeggiContenuto, testata + "inizio=2026-13-22 17:18:15\nfine\n"),
               HasSubstr("un momento è guasto"));
+  EXPECT_THAT(Errore(testoNota::LeggiContenuto, testata + "fine\nfine\n"), HasSubstr("dopo la fine"));
   EXPECT_THAT(Errore(testoNota::LeggiContenuto, testata + "genere=altro\nfine\n"), HasSubstr("«altro» è sconosciuto"));
 }
 
@@ -338,6 +340,25 @@ TEST_F(Notes, LeaveNoFilesOfOthersBehind) {
   EXPECT_FALSE(Esiste("sospeso-1.fase") || Esiste("sospeso-2.archivio") || Esiste("sospeso-3.parte"));
   EXPECT_TRUE(Esiste("sospeso-4.parte")) << "somebody may be writing it";
   EXPECT_TRUE(Esiste("sospeso-X.fase"));
+}
+
+TEST_F(Notes, AreTriedOutAndNothingStays) {
+  EXPECT_EQ(ProvaNota(cartella_, "T01"), "un comando interrotto lascia una nota in «" + cartella_ + "»");
+  EXPECT_TRUE(Vuota());
+  EXPECT_THROW(static_cast<void>(ProvaNota(cartella_ + "/assente", "T01")), RuntimeError);
+  const std::string prova = cartella_ + "/in-sospeso-prova-" + std::to_string(ProcessNumber());
+  std::filesystem::create_directory(prova + ".fase");
+  EXPECT_THROW(static_cast<void>(ProvaNota(cartella_, "sospeso")), RuntimeError);
+  EXPECT_THAT(Nomi(), IsEmpty());
+}
+
+TEST_F(Notes, InADirectoryThatIsKeptInMemoryAreSaidToGoWithIt) {
+  const std::string cartella = "/dev/shm/lumoscad-prova-" + std::to_string(ProcessNumber());
+  if (!InMemory("/dev/shm") || !std::filesystem::create_directory(cartella)) {
+    GTEST_SKIP() << "no directory in memory";
+  }
+  EXPECT_THAT(ProvaNota(cartella, "T01"), HasSubstr("», che è in memoria"));
+  std::filesystem::remove(cartella);
 }
 
 TEST(NoteName, NeverBeginsLikeARequestALockOrATemporaryFile) {
