@@ -183,13 +183,9 @@ class TreNodi final : public Gruppo {
 
   std::unique_ptr<TestDatabase> Apri() override {
     nodi_.CreateDatabase(Base, FileText(SourcePath("demo/schema.sql")) + Righe(Misura));
-    std::string nodi;
-    for (std::size_t quale = 0; quale < GaleraCluster::Size; ++quale) {
-      nodi += (quale == 0 ? "127.0.0.1:" : ",127.0.0.1:") + std::to_string(nodi_.Node(quale).Port());
-    }
     auto database = std::make_unique<DatabaseWithSource>();
     database->source = OdbcConfiguration::Instance().AddSource(MariaDbNames.kind, MariaDbNames.library,
-                                                               {{"SERVER", nodi}, {"DATABASE", Base}});
+                                                               {{"SERVER", nodi_.Hosts()}, {"DATABASE", Base}});
     database->user = nodi_.Node(0).User();
     database->password = nodi_.Node(0).Password();
     database->schema = Base;

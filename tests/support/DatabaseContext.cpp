@@ -1,10 +1,13 @@
 #include "support/DatabaseContext.hpp"
 
 #include "support/Db2Context.hpp"
+#include "support/GaleraCluster.hpp"
 #include "support/KeptConnection.hpp"
 #include "support/OdbcSqlite.hpp"
+#include "support/PostgresPair.hpp"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <stdexcept>
@@ -63,6 +66,10 @@ class SqliteContext final : public DatabaseContext {
   };
   std::map<std::string, std::filesystem::path> made_; ///< a copy of the database after each script
 };
+
+bool SeveralServers() {
+  return std::getenv("LUMOSCAD_PROVA_PIU_SERVER") != nullptr;
+}
 
 /// A schema of one database for every test, which is created in no time; the data source puts it in the search path,
 /// as the host's data source does with the accounting schema.
@@ -187,6 +194,9 @@ void DatabaseContext::DropConnections(const TestDatabase& /*database*/) const {
 }
 
 std::vector<const char*> DatabaseKinds() {
+  if (SeveralServers()) {
+    return {"postgres", "mariadb"};
+  }
   std::vector<const char*> kinds{"sqlite", "postgres", "mariadb"};
   if (Db2Context::Named()) {
     kinds.push_back("db2");
@@ -196,7 +206,7 @@ std::vector<const char*> DatabaseKinds() {
 
 std::vector<const char*> DatabaseServers() {
   std::vector<const char*> kinds = DatabaseKinds();
-  kinds.erase(kinds.begin());
+  kinds.erase(std::remove(kinds.begin(), kinds.end(), std::string_view("sqlite")), kinds.end());
   return kinds;
 }
 
@@ -229,10 +239,22 @@ std::string Replaced(std::string text, std::string_view from, std::string_view t
 
 PostgresServer& Postgres() {
   static PostgresServer server(ServerDirectory("postgres"));
+  if (SeveralServers()) {
+    static const auto Standby = [] {
+      auto standby = SynchronousStandbyOf(server, ServerDirectory("standby"));
+      server.LeadTo(BothHosts, WrittenTo());
+      return standby;
+    }();
+  }
   return server;
 }
 
 MariaDbServer& MariaDb() {
+  if (SeveralServers()) {
+    static GaleraCluster cluster(ServerDirectory("galera"));
+    static MariaDbServer first(cluster);
+    return first;
+  }
   static MariaDbServer server(ServerDirectory("mariadb"));
   return server;
 }

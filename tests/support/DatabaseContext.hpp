@@ -104,7 +104,9 @@ class DatabaseContext {
   virtual void DropConnections(const TestDatabase& database) const;
 };
 
-/// The kinds of databases to test on: "sqlite", "postgres", "mariadb", and "db2" where the environment names one.
+/// The kinds of databases to test on: "sqlite", "postgres", "mariadb", and "db2" where the environment names one. With
+/// LUMOSCAD_PROVA_PIU_SERVER the two servers alone, each of which then is several: a primary with its standby, a
+/// cluster of three nodes.
 [[nodiscard]] std::vector<const char*> DatabaseKinds();
 /// Those of them that are servers: with accounts, and with a row that can be changed while another transaction reads
 /// its table.

@@ -16,11 +16,20 @@ DatabaseServer::~DatabaseServer() {
 
 std::string DatabaseServer::AddSource(std::string_view database, int port,
                                       const OdbcConfiguration::Settings& more) const {
-  OdbcConfiguration::Settings settings{{driver_.host, host_},
+  const bool direct = port == 0 && !hosts_.empty();
+  OdbcConfiguration::Settings settings{{driver_.host, direct ? hosts_ : host_},
                                        {driver_.port, std::to_string(port == 0 ? port_ : port)},
                                        {driver_.database, std::string(database)}};
+  if (direct) {
+    settings.insert(settings.end(), ofSeveral_.begin(), ofSeveral_.end());
+  }
   settings.insert(settings.end(), more.begin(), more.end());
   return OdbcConfiguration::Instance().AddSource(driver_.kind, driver_.library, settings);
+}
+
+void DatabaseServer::LeadTo(std::string hosts, OdbcConfiguration::Settings more) {
+  hosts_ = std::move(hosts);
+  ofSeveral_ = std::move(more);
 }
 
 void DatabaseServer::AwaitAnswer(std::string_view database, const char* question) {

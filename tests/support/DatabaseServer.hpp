@@ -32,12 +32,16 @@ class DatabaseServer {
                                       const OdbcConfiguration::Settings& more = {}) const;
   [[nodiscard]] const std::string& User() const noexcept { return user_; }
   [[nodiscard]] const std::string& Password() const noexcept { return password_; }
+  [[nodiscard]] const std::string& Host() const noexcept { return host_; }
   [[nodiscard]] int Port() const noexcept { return port_; }
   [[nodiscard]] pid_t Process() const noexcept { return server_.Id(); }
   [[nodiscard]] const std::filesystem::path& Directory() const noexcept { return directory_; }
   [[nodiscard]] std::string ConnectionText(std::string_view source) const {
     return test::ConnectionText(source, user_, password_);
   }
+  /// From now on data sources without a proxy lead to several servers, of which this one is the first: `hosts` stands
+  /// in the place of its address, and `more` are further settings of theirs.
+  void LeadTo(std::string hosts, OdbcConfiguration::Settings more = {});
   /// Stops the server at once.
   void Stop() { server_.Stop(); }
   /// Kills the server without warning.
@@ -63,6 +67,8 @@ class DatabaseServer {
 
  private:
   const DriverNames& driver_;
+  std::string hosts_;
+  OdbcConfiguration::Settings ofSeveral_;
 };
 
 } // namespace lumoscad::test

@@ -141,6 +141,14 @@ GaleraCluster::GaleraCluster(const fs::path& directory) {
   }
 }
 
+std::string GaleraCluster::Hosts() const {
+  std::string hosts;
+  for (const auto& node : nodes_) {
+    hosts += (hosts.empty() ? "" : ",") + Address(node->Port());
+  }
+  return hosts;
+}
+
 void GaleraCluster::CreateDatabase(std::string_view name, std::string_view script) {
   const std::string text(name);
   RunScript(Node(0).ConnectionText(Node(0).AddSource(System)),

@@ -54,6 +54,8 @@ class GaleraCluster {
   explicit GaleraCluster(const std::filesystem::path& directory);
 
   [[nodiscard]] GaleraNode& Node(std::size_t number) { return *nodes_.at(number); }
+  /// Where all nodes are, as a data source names them.
+  [[nodiscard]] std::string Hosts() const;
   /// Creates a database on every node; `script` is run in it.
   void CreateDatabase(std::string_view name, std::string_view script);
   /// Waits until every node sees all; raises after a minute.

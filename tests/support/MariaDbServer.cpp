@@ -1,6 +1,7 @@
 #include "support/MariaDbServer.hpp"
 
 #include "platform/ado/Ado.hpp"
+#include "support/GaleraCluster.hpp"
 #include "support/MariaDbProgram.hpp"
 
 #include <csignal>
@@ -21,6 +22,12 @@ MariaDbServer::MariaDbServer(fs::path directory) : DatabaseServer(std::move(dire
     port_ = port;
     Start();
   });
+}
+
+MariaDbServer::MariaDbServer(GaleraCluster& cluster) : DatabaseServer({}, MariaDbNames) {
+  port_ = cluster.Node(0).Port();
+  LeadTo(cluster.Hosts());
+  system_ = AddSource("mysql");
 }
 
 void MariaDbServer::Start() {

@@ -9,6 +9,8 @@
 
 namespace lumoscad::test {
 
+class GaleraCluster;
+
 /// A MariaDB server of the test's own, on a free loopback port, without durability. It runs as an unprivileged user
 /// when the test runs as root, which the server refuses. It ends with the object, or with the process.
 class MariaDbServer final : public DatabaseServer {
@@ -22,6 +24,8 @@ class MariaDbServer final : public DatabaseServer {
   /// Creates the server's data in `directory`, which is removed first and again at the end, and starts it. Raises when
   /// it does not answer within a minute.
   explicit MariaDbServer(std::filesystem::path directory);
+  /// Stands for the nodes of `cluster`, which must outlive it; databases are made on the first one.
+  explicit MariaDbServer(GaleraCluster& cluster);
 
   /// Creates a database named `name`, runs `script` in it and returns its data source name.
   std::string CreateDatabase(std::string_view name, std::string_view script = {});

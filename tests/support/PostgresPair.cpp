@@ -22,6 +22,13 @@ constexpr const char* Own = "postgres";
 constexpr const char* Standby = "riserva";
 constexpr int Attempts = 3;
 
+void OpenOn(ado::Connection& connection, const DatabaseServer& server, std::string_view database) {
+  const std::string source = server.AddSource(database);
+  connection.ConnectionString = server.ConnectionText(source);
+  connection.Open();
+  OdbcConfiguration::Instance().RemoveSource(source);
+}
+
 } // namespace
 
 PostgresNode::PostgresNode(fs::path directory, std::string host) : DatabaseServer(std::move(directory), PostgresNames) {
@@ -35,18 +42,18 @@ void PostgresNode::StartPrimary(int port) {
   Start();
 }
 
-void PostgresNode::StartAsStandbyOf(const PostgresNode& primary) {
+void PostgresNode::StartAsStandbyOf(const DatabaseServer& primary) {
   const fs::path secret = directory_ / "passwords";
   WriteSecret(secret, "*:*:*:" + user_ + ":" + password_ + "\n", PostgresUser);
   ServerProcess copy({PostgresProgram("pg_basebackup"), "-R", "-X", "stream", "-c", "fast", "--no-sync", "-D",
                       (directory_ / "data").string(), "-d",
-                      "host=" + primary.host_ + " port=" + std::to_string(primary.port_) + " user=" + user_ +
+                      "host=" + primary.Host() + " port=" + std::to_string(primary.Port()) + " user=" + user_ +
                           " passfile=" + secret.string() + " application_name=" + Standby},
                      directory_ / "copy.log", PostgresUser, SIGINT);
   if (!copy.Succeeds()) {
     throw std::runtime_error("pg_basebackup failed: " + EndOf(directory_ / "copy.log"));
   }
-  port_ = primary.port_;
+  port_ = primary.Port();
   Start();
 }
 
@@ -56,10 +63,7 @@ void PostgresNode::Start() {
 }
 
 void PostgresNode::Open(ado::Connection& connection, std::string_view database) const {
-  const std::string source = AddSource(database);
-  connection.ConnectionString = ConnectionText(source);
-  connection.Open();
-  OdbcConfiguration::Instance().RemoveSource(source);
+  OpenOn(connection, *this, database);
 }
 
 void PostgresNode::Execute(std::string_view statement) const {
@@ -80,6 +84,25 @@ pid_t PostgresNode::ProcessOf(std::string_view question) const {
     throw std::runtime_error("no such process: " + std::string(question));
   }
   return std::stoi(answer);
+}
+
+OdbcConfiguration::Settings WrittenTo() {
+  return {{"pqopt", "target_session_attrs=read-write"}};
+}
+
+std::unique_ptr<PostgresNode> SynchronousStandbyOf(const DatabaseServer& primary, fs::path directory) {
+  auto standby = std::make_unique<PostgresNode>(std::move(directory), "127.0.0.2");
+  standby->StartAsStandbyOf(primary);
+  ado::Connection connection;
+  OpenOn(connection, primary, Own);
+  // A test's server may be one that waits for nothing, not even for its own disk.
+  connection.Execute("ALTER ROLE " + primary.User() + " SET synchronous_commit = on");
+  connection.Execute(std::string("ALTER SYSTEM SET synchronous_standby_names = '") + Standby + "'");
+  static_cast<void>(FirstValue(connection, "SELECT pg_reload_conf()"));
+  Await("COMMIT waits for the standby", [&] {
+    return FirstValue(connection, "SELECT count(*) FROM pg_stat_replication WHERE sync_state='sync'") == "1";
+  });
+  return standby;
 }
 
 bool PostgresPair::Available() {
@@ -104,12 +127,7 @@ PostgresPair::PostgresPair(const fs::path& directory) {
 void PostgresPair::Start(const fs::path& directory) {
   first_ = std::make_unique<PostgresNode>(directory / "1", "127.0.0.1");
   first_->StartPrimary(FreePort());
-  auto second = std::make_unique<PostgresNode>(directory / "2", "127.0.0.2");
-  second->StartAsStandbyOf(*first_);
-  first_->Execute(std::string("ALTER SYSTEM SET synchronous_standby_names = '") + Standby + "'");
-  static_cast<void>(first_->Answer("SELECT pg_reload_conf()"));
-  second_ = std::move(second);
-  AwaitStandby();
+  second_ = SynchronousStandbyOf(*first_, directory / "2");
 }
 
 void PostgresPair::CreateDatabase(std::string_view name, std::string_view script) {
@@ -121,16 +139,12 @@ void PostgresPair::CreateDatabase(std::string_view name, std::string_view script
 }
 
 std::string PostgresPair::AddSource(std::string_view database) const {
-  return OdbcConfiguration::Instance().AddSource(PostgresNames.kind, PostgresNames.library,
-                                                 {{PostgresNames.host, "127.0.0.1,127.0.0.2"},
-                                                  {PostgresNames.port, std::to_string(first_->Port())},
-                                                  {PostgresNames.database, std::string(database)},
-                                                  {"pqopt", "target_session_attrs=read-write"}});
-}
-
-void PostgresPair::AwaitStandby() {
-  Await("the standby is there",
-        [&] { return first_->Answer("SELECT count(*) FROM pg_stat_replication WHERE sync_state='sync'") == "1"; });
+  OdbcConfiguration::Settings settings{{PostgresNames.host, BothHosts},
+                                       {PostgresNames.port, std::to_string(first_->Port())},
+                                       {PostgresNames.database, std::string(database)}};
+  const auto more = WrittenTo();
+  settings.insert(settings.end(), more.begin(), more.end());
+  return OdbcConfiguration::Instance().AddSource(PostgresNames.kind, PostgresNames.library, settings);
 }
 
 void PostgresPair::Promote() {

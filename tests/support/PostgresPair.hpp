@@ -19,7 +19,7 @@ class PostgresNode final : public DatabaseServer {
   /// Starts the server as one that others may copy.
   void StartPrimary(int port);
   /// Makes the data a copy of `primary`'s and starts the server as its standby, on the same port.
-  void StartAsStandbyOf(const PostgresNode& primary);
+  void StartAsStandbyOf(const DatabaseServer& primary);
   /// Starts the stopped server again on its data and its port.
   void Start();
   /// Has this server, whatever it is to the other, carry out a statement.
@@ -32,6 +32,14 @@ class PostgresNode final : public DatabaseServer {
  private:
   void Open(ado::Connection& connection, std::string_view database) const;
 };
+
+/// What leads to a server on each of the two addresses, and takes the one that can be written to.
+inline constexpr const char* BothHosts = "127.0.0.1,127.0.0.2";
+[[nodiscard]] OdbcConfiguration::Settings WrittenTo();
+
+/// A standby on the second address for a server on the first, which waits for it at every COMMIT from now on.
+[[nodiscard]] std::unique_ptr<PostgresNode> SynchronousStandbyOf(const DatabaseServer& primary,
+                                                                 std::filesystem::path directory);
 
 /// A primary and a standby that every COMMIT of the primary waits for
 /// (https://www.postgresql.org/docs/15/warm-standby.html#SYNCHRONOUS-REPLICATION). They have the same port on two
@@ -51,8 +59,6 @@ class PostgresPair {
   /// A data source of both servers, which takes the one that can be written to.
   [[nodiscard]] std::string AddSource(std::string_view database) const;
   [[nodiscard]] std::string ConnectionText(std::string_view source) const { return first_->ConnectionText(source); }
-  /// Waits until the standby is one that COMMIT waits for.
-  void AwaitStandby();
   /// Makes the standby a primary; returns when it takes changes.
   void Promote();
 
