@@ -28,7 +28,7 @@ class CFace : public testing::Test {
       std::filesystem::remove_all(voce.path());
     }
     risultato.fill('?');
-    testo.fill('?');
+    letto.fill('?');
   }
 
   static const lumoscad::test::TemporaryFolder& Locale() {
@@ -49,7 +49,7 @@ class CFace : public testing::Test {
   }
 
   std::array<char, 8> risultato{};
-  std::array<char, 2048> testo{};
+  std::array<char, 2048> letto{};
   int stato = -1;
 };
 
@@ -137,59 +137,59 @@ TEST_F(CFace, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
 }
 
 TEST_F(CFace, ListsWhatIsLeftOpen) {
-  EXPECT_EQ(lumoscad_in_sospeso(nullptr, &stato, testo.data(), testo.size()), 27U);
+  EXPECT_EQ(lumoscad_in_sospeso(nullptr, &stato, letto.data(), letto.size()), 27U);
   EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
-  EXPECT_STREQ(testo.data(), "Non c'è nulla in sospeso.\n");
+  EXPECT_STREQ(letto.data(), "Non c'è nulla in sospeso.\n");
   EXPECT_EQ(lumoscad_in_sospeso("", nullptr, nullptr, 0), 27U);
   Lascia("sospeso-1", "rifiutata");
   Scrivi("sospeso-2.nota", "altro");
-  const auto lunghezza = lumoscad_in_sospeso("-DB2SOURCE ALTRA", &stato, testo.data(), testo.size());
+  const auto lunghezza = lumoscad_in_sospeso("-DB2SOURCE ALTRA", &stato, letto.data(), letto.size());
   EXPECT_EQ(stato, LUMOSCAD_ERRORE) << "one of them cannot be read";
-  EXPECT_EQ(std::string_view(testo.data()).size(), lunghezza);
-  EXPECT_EQ(std::string_view(testo.data()).substr(0, std::string_view(testo.data()).find("  da fare")),
+  EXPECT_EQ(std::string_view(letto.data()).size(), lunghezza);
+  EXPECT_EQ(std::string_view(letto.data()).substr(0, std::string_view(letto.data()).find("  da fare")),
             "sospeso-1\n"
             "  comando    SOSPESO /A, postazione T01, azienda 01, host 10.0.0.1\n"
             "  dal        05/03/2026 14:07:09\n"
             "  host       ha rifiutato la richiesta: conto bloccato\n"
             "  base dati  il comando non vi ha registrato nulla\n");
-  EXPECT_EQ(lumoscad_in_sospeso(nullptr, &stato, testo.data(), 10), lumoscad_in_sospeso(nullptr, nullptr, nullptr, 0));
-  EXPECT_STREQ(testo.data(), "sospeso-1");
+  EXPECT_EQ(lumoscad_in_sospeso(nullptr, &stato, letto.data(), 10), lumoscad_in_sospeso(nullptr, nullptr, nullptr, 0));
+  EXPECT_STREQ(letto.data(), "sospeso-1");
 }
 
 TEST_F(CFace, TellsWhatARealignmentWouldDoBeforeItIsConfirmed) {
   Lascia("sospeso-1", "rifiutata");
-  EXPECT_GT(lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", 0, &stato, testo.data(), testo.size()), 0U);
+  EXPECT_GT(lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", 0, &stato, letto.data(), letto.size()), 0U);
   EXPECT_EQ(stato, LUMOSCAD_DA_CHIEDERE);
   EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
-  EXPECT_GT(lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", 1, &stato, testo.data(), testo.size()), 0U);
+  EXPECT_GT(lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", 1, &stato, letto.data(), letto.size()), 0U);
   EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
-  EXPECT_STREQ(testo.data(), "L'host aveva rifiutato la richiesta e nulla è cambiato: la nota è stata tolta.\n");
+  EXPECT_STREQ(letto.data(), "L'host aveva rifiutato la richiesta e nulla è cambiato: la nota è stata tolta.\n");
   EXPECT_TRUE(std::filesystem::is_empty(Locale().Path()));
-  lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, testo.data(), testo.size());
+  lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, letto.data(), letto.size());
   EXPECT_EQ(stato, LUMOSCAD_ERRORE);
 }
 
 TEST_F(CFace, KeepsTheNoteWhoseDatabaseCannotBeReached) {
   Lascia("sospeso-1", "accettata");
   for (const int conferma : {0, 1}) {
-    lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", conferma, &stato, testo.data(), testo.size());
+    lumoscad_riallinea("sospeso-1", "-DB2SOURCE CONTAB", conferma, &stato, letto.data(), letto.size());
     EXPECT_EQ(stato, LUMOSCAD_ERRORE);
-    EXPECT_NE(std::string_view(testo.data()).find("NON letta  la base dati: "), std::string_view::npos);
+    EXPECT_NE(std::string_view(letto.data()).find("NON letta  la base dati: "), std::string_view::npos);
   }
   EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
 }
 
 TEST_F(CFace, PutsANoteAsideWithItsReason) {
   Lascia("sospeso-1", "accettata");
-  lumoscad_archivia("sospeso-1", nullptr, &stato, testo.data(), testo.size());
+  lumoscad_archivia("sospeso-1", nullptr, &stato, letto.data(), letto.size());
   EXPECT_EQ(stato, LUMOSCAD_ERRORE);
-  lumoscad_archivia(nullptr, "vista", &stato, testo.data(), testo.size());
+  lumoscad_archivia(nullptr, "vista", &stato, letto.data(), letto.size());
   EXPECT_EQ(stato, LUMOSCAD_ERRORE);
-  EXPECT_EQ(lumoscad_archivia("sospeso-1", "vista", &stato, testo.data(), testo.size()), 29U);
+  EXPECT_EQ(lumoscad_archivia("sospeso-1", "vista", &stato, letto.data(), letto.size()), 29U);
   EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
-  EXPECT_STREQ(testo.data(), "La nota è stata archiviata.\n");
-  lumoscad_in_sospeso(nullptr, &stato, testo.data(), testo.size());
-  EXPECT_NE(std::string_view(testo.data()).find("Non c'è nulla in sospeso.\nArchiviate:\nsospeso-1  archiviata il "),
+  EXPECT_STREQ(letto.data(), "La nota è stata archiviata.\n");
+  lumoscad_in_sospeso(nullptr, &stato, letto.data(), letto.size());
+  EXPECT_NE(std::string_view(letto.data()).find("Non c'è nulla in sospeso.\nArchiviate:\nsospeso-1  archiviata il "),
             std::string_view::npos);
   lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, nullptr, 0);
   EXPECT_EQ(stato, LUMOSCAD_ERRORE);
@@ -201,9 +201,9 @@ TEST_F(CFace, NotesWaitForTheRunningCallToo) {
   setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
   Lascia("sospeso-1", "rifiutata");
   static_cast<void>(lumoscad::ProvaHost("10.0.0.1", "", [&](const lumoscad::PassoProva&) {
-    lumoscad_in_sospeso(nullptr, &stato, testo.data(), testo.size());
+    lumoscad_in_sospeso(nullptr, &stato, letto.data(), letto.size());
     EXPECT_EQ(stato, LUMOSCAD_ERRORE);
-    EXPECT_STREQ(testo.data(), "Comando rifiutato: ne è già in corso un altro, che va prima portato a termine.\n");
+    EXPECT_STREQ(letto.data(), "Comando rifiutato: ne è già in corso un altro, che va prima portato a termine.\n");
     lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, nullptr, 0);
     EXPECT_EQ(stato, LUMOSCAD_ERRORE);
     lumoscad_archivia("sospeso-1", "vista", &stato, nullptr, 0);
