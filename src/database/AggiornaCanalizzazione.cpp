@@ -32,8 +32,14 @@ class Canalizzazione {
       return aggiornamento_.Fatta(modifica) || aggiornamento_.GiaCosi(righe.Tutte(), righe.Valori(), righe.ComeNuove());
     }
     bool fatto = true;
+    std::vector<std::string> scritti;
     for (const std::string& evento : eventi) {
-      fatto = ApplicaEvento(righe, assegna, evento) && fatto;
+      fatto = ApplicaEvento(righe, assegna, evento, scritti) && fatto;
+    }
+    if (!scritti.empty()) {
+      aggiornamento_.Annota([scritti = std::move(scritti), righe](ado::Connection& connection) {
+        return RiscontroDiEventi(connection, scritti, righe.ComeNuove(), righe.ComeVecchie());
+      });
     }
     if (fatto) {
       aggiornamento_.SegnaFatta(std::move(modifica));
@@ -51,11 +57,16 @@ class Canalizzazione {
   }
 
  private:
-  /// Returns false for an event that somebody changed between the selection and this statement.
-  bool ApplicaEvento(const RigheScadenza& righe, const std::string& assegna, const std::string& evento) {
+  /// Returns false for an event that somebody changed between the selection and this statement; puts it into `scritti`
+  /// where this statement altered it.
+  bool ApplicaEvento(const RigheScadenza& righe, const std::string& assegna, const std::string& evento,
+                     std::vector<std::string>& scritti) {
     const std::string chiave = "EVENTOCONTABILEKEY=" + evento;
-    if (aggiornamento_.Esegui(assegna + "WHERE " + chiave) != 0 ||
-        aggiornamento_.GiaCosi("EVENTOCONTABILE WHERE " + chiave + " ", {}, righe.ComeNuove())) {
+    if (aggiornamento_.Esegui(assegna + "WHERE " + chiave) != 0) {
+      scritti.push_back(evento);
+      return true;
+    }
+    if (aggiornamento_.GiaCosi("EVENTOCONTABILE WHERE " + chiave + " ", {}, righe.ComeNuove())) {
       return true;
     }
     aggiornamento_.RifiutaScarto(chiave + " AND " + righe.ComeVecchie());

@@ -82,12 +82,15 @@ std::int64_t Aggiornamento::Esegui(const std::string& istruzione, std::vector<st
   comando.Parameters = std::move(valori);
   std::int64_t righe = -1;
   comando.Execute(&righe);
+  alterate_ = righe < 0 ? 1 : righe;
   return righe;
 }
 
 std::int64_t Aggiornamento::Esegui(const std::string& istruzione) {
   istruzioni_.append("\r\n").append(istruzione);
-  return connection_->Execute(istruzione);
+  const std::int64_t righe = connection_->Execute(istruzione);
+  alterate_ = righe < 0 ? 1 : righe;
+  return righe;
 }
 
 bool Aggiornamento::Cambia(const std::string& istruzione, const std::vector<std::string>& valori) {

@@ -58,7 +58,9 @@ class Modifica {
 /// One confirmation being written: the connection, and the statements of the current record for its error text.
 class Aggiornamento {
  public:
-  explicit Aggiornamento(ado::Connection& connection) : connection_(&connection), conti_(connection) {}
+  /// `lavoro` keeps the ways to ask for what is changed; none where nothing is.
+  explicit Aggiornamento(ado::Connection& connection, moduloDatabase::Lavoro* lavoro = nullptr)
+      : connection_(&connection), lavoro_(lavoro), conti_(connection) {}
 
   /// Forgets the statements of the record before.
   void NuovoRecord() { istruzioni_.clear(); }
@@ -73,6 +75,14 @@ class Aggiornamento {
   /// Sends a change whose condition holds the old values. Returns whether rows have changed by it: now, or by the same
   /// change earlier in this confirmation, which took the rows of both records.
   [[nodiscard]] bool Cambia(const std::string& istruzione, const std::vector<std::string>& valori);
+  /// How many rows the last change altered; 1 where that is not told.
+  [[nodiscard]] std::int64_t Alterate() const noexcept { return alterate_; }
+  /// Keeps a way to ask for the rows that were just altered.
+  void Annota(moduloDatabase::Riscontro riscontro) {
+    if (lavoro_ != nullptr) {
+      lavoro_->Annota(std::move(riscontro));
+    }
+  }
   /// Keeps a change of this confirmation that was done.
   void SegnaFatta(Modifica modifica) { fatte_.insert(std::move(modifica)); }
   /// Whether that change was done.
@@ -97,6 +107,8 @@ class Aggiornamento {
 
  private:
   ado::Connection* connection_;
+  moduloDatabase::Lavoro* lavoro_;
+  std::int64_t alterate_ = 0;
   db2Searches::RicercaConti conti_;
   std::string istruzioni_;
   std::unordered_set<Modifica, Modifica::Dispersione> fatte_;
@@ -117,7 +129,7 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
   try {
     ado::Connection& connection = lavoro.Apri(moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente));
     moduloDatabase::Transazione transazione(connection);
-    Aggiornamento aggiornamento(connection);
+    Aggiornamento aggiornamento(connection, &lavoro);
     try {
       for (const auto& variazione : variazioni) {
         aggiornamento.NuovoRecord();
@@ -125,7 +137,7 @@ std::string ApplicaVariazioni(const Variazioni& variazioni, MsgAnnulla& msg, App
           rimaste.push_back(Riga(variazione));
         }
       }
-      transazione.Conferma();
+      lavoro.Conferma(transazione);
     } catch (...) {
       istruzioni = aggiornamento.Istruzioni();
       throw;

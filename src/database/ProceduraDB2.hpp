@@ -2,23 +2,25 @@
 
 #include "common/MsgAnnulla.hpp"
 #include "common/Stato.hpp"
+#include "database/Riscontri.hpp"
 #include "database/moduloDatabase.hpp"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lumoscad::procedureLumoDB2 {
 
 /// The frame of a database procedure behind a reply: its own connection to the running command's database and one trap
-/// around `corpo`, which receives the connection and its settings. Returns "", or "error" with the message in
+/// around `corpo`, which receives the work, its connection and the settings. Returns "", or "error" with the message in
 /// `msg.Errore`.
 template <typename Corpo> std::string Procedura(MsgAnnulla& msg, Corpo corpo) {
   moduloDatabase::Lavoro lavoro;
   try {
     const auto parametri = moduloDatabase::LeggiParametriDB2(stato().ComandoCorrente);
-    corpo(lavoro.Apri(parametri), parametri);
+    corpo(lavoro, lavoro.Apri(parametri), parametri);
     return "";
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErrore(CurrentError());
@@ -32,18 +34,31 @@ struct EventiScelti {
   std::int32_t chiave;
 };
 
-/// Opens the events chosen for editing and hands each to `applica`, in one transaction.
+/// The conditions that an event meets once it was altered, and met before; both empty where nothing was altered.
+struct Alterazione {
+  std::string nuove;
+  std::string vecchie;
+};
+
+/// Opens the events chosen for editing and hands each to `applica`, which says what it altered, in one transaction.
 template <typename Applica>
-void PerOgniEvento(ado::Connection& connection, const EventiScelti& scelti, Applica applica) {
+void PerOgniEvento(moduloDatabase::Lavoro& lavoro, ado::Connection& connection, const EventiScelti& scelti,
+                   Applica applica) {
   ado::Command comando = moduloDatabase::CreaComando(connection, scelti.sql);
   comando.Parameters = {std::to_string(scelti.chiave)};
   moduloDatabase::Transazione transazione(connection);
   ado::Recordset righe;
   righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {"EVENTOCONTABILE", "EVENTOCONTABILEKEY"});
   for (; !righe.Eof(); righe.MoveNext()) {
-    applica(righe);
+    std::string chiave(righe.Fields("EVENTOCONTABILEKEY").Value().value_or(""));
+    Alterazione alterazione = applica(righe);
+    if (!alterazione.nuove.empty()) {
+      lavoro.Annota([chiave = std::move(chiave), alterazione = std::move(alterazione)](ado::Connection& nuova) {
+        return RiscontroDiEventi(nuova, {chiave}, alterazione.nuove, alterazione.vecchie);
+      });
+    }
   }
-  transazione.Conferma();
+  lavoro.Conferma(transazione);
 }
 
 /// Reads the same events.

@@ -110,9 +110,17 @@ std::string RighePresunto::Scadenza() const {
   return "WHERE " + UgualeData("DATASCADENZA", variazione_->VecchiaScadenza);
 }
 
+std::string RighePresunto::DoveE(const std::string& valore) const {
+  return Scadenza() + "AND " + UgualeChiave("BANCAPRESENTAZIONE_KEY", valore) + "AND EVENTOCONTABILE.SOSPESA='N' " +
+         chiave_;
+}
+
 std::string RighePresunto::Dove() const {
-  return Scadenza() + "AND " + UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchiaBanca_) +
-         "AND EVENTOCONTABILE.SOSPESA='N' " + chiave_;
+  return DoveE(vecchiaBanca_);
+}
+
+std::string RighePresunto::Scritte() const {
+  return "EVENTOCONTABILE " + DoveE(nuovaBanca_);
 }
 
 std::string RighePresunto::Tutte() const {
@@ -132,9 +140,17 @@ RigheBanca::RigheBanca(const VariazioneConsegna& variazione, std::string vecchia
     : variazione_(&variazione), vecchiaBanca_(std::move(vecchiaBanca)), nuovaBanca_(std::move(nuovaBanca)),
       conto_(std::move(conto)) {}
 
-std::string RigheBanca::Dove() const {
+std::string RigheBanca::DoveE(const std::string& valore) const {
   return "WHERE MOVIMENTOKEY=? AND CONTOCONTABILE_KEY= " + conto_ + " " + "AND " +
-         UgualeChiave("BANCAPRESENTAZIONE_KEY", vecchiaBanca_) + "AND EVENTOCONTABILE.SOSPESA='N' ";
+         UgualeChiave("BANCAPRESENTAZIONE_KEY", valore) + "AND EVENTOCONTABILE.SOSPESA='N' ";
+}
+
+std::string RigheBanca::Dove() const {
+  return DoveE(vecchiaBanca_);
+}
+
+std::string RigheBanca::Scritte() const {
+  return "EVENTOCONTABILE " + DoveE(nuovaBanca_);
 }
 
 std::string RigheBanca::Tutte() const {
@@ -155,11 +171,18 @@ RigheConsegna::RigheConsegna(const VariazioneConsegna& variazione)
                                                                     ? variazione.idOrdineKey
                                                                     : std::to_string(variazione.idMovimentoKey)} {}
 
+std::string RigheConsegna::DoveE(const std::string& valore) const {
+  const std::string consegna =
+      SenzaValore(valore) ? "AND DATACONSEGNA IS NULL " : "AND DATACONSEGNA= '" + DataIso(valore) + "' ";
+  return "WHERE MOVIMENTOKEY=? " + consegna + "AND EVENTOCONTABILE.SOSPESA='N' ";
+}
+
 std::string RigheConsegna::Dove() const {
-  const std::string attuale = SenzaValore(variazione_->Consegna)
-                                  ? "AND DATACONSEGNA IS NULL "
-                                  : "AND DATACONSEGNA= '" + DataIso(variazione_->Consegna) + "' ";
-  return "WHERE MOVIMENTOKEY=? " + attuale + "AND EVENTOCONTABILE.SOSPESA='N' ";
+  return DoveE(variazione_->Consegna);
+}
+
+std::string RigheConsegna::Scritte() const {
+  return "EVENTOCONTABILE " + DoveE(variazione_->NuovaConsegna);
 }
 
 std::string RigheConsegna::Tutte() const {

@@ -2,6 +2,7 @@
 
 #include "common/Variazioni.hpp"
 #include "database/Aggiornamento.hpp"
+#include "database/Riscontri.hpp"
 
 #include <string>
 #include <string_view>
@@ -14,8 +15,9 @@ namespace lumoscad::procedureLumoDB2 {
 ///
 /// `Colpite` names the rows that the record's change hits: the tables and a condition with the old values. `Tutte`
 /// names them whatever they hold now. `ComeNuove` is the condition that they meet once changed. A record `SenzaChiavi`
-/// names no row: it changes nothing, and that is no failure. The keys of its accounts are given; an empty one stands
-/// for none.
+/// names no row: it changes nothing, and that is no failure. `Scritte`, of a change that knows no keys of its rows,
+/// names those which the condition of `Colpite` would hit if the new value were the old one. The keys of its accounts
+/// are given; an empty one stands for none.
 
 /// The instalments of a row of the credits or debits list.
 class RigheScadenza {
@@ -49,12 +51,14 @@ class RighePresunto {
   [[nodiscard]] bool SenzaChiavi() const noexcept { return senzaChiavi_; }
   [[nodiscard]] std::string Dove() const; ///< the condition of `Colpite`
   [[nodiscard]] std::string Colpite() const { return "EVENTOCONTABILE " + Dove(); }
+  [[nodiscard]] std::string Scritte() const;
   [[nodiscard]] std::string Tutte() const;
   [[nodiscard]] std::string ComeNuove() const;
   [[nodiscard]] std::string Assegna() const;
   [[nodiscard]] const std::vector<std::string>& Valori() const noexcept { return valori_; }
 
  private:
+  [[nodiscard]] std::string DoveE(const std::string& valore) const;
   [[nodiscard]] std::string Scadenza() const;
 
   const VariazioneCanalizzazione* variazione_;
@@ -71,14 +75,16 @@ class RigheBanca {
   RigheBanca(const VariazioneConsegna& variazione, std::string vecchiaBanca, std::string nuovaBanca, std::string conto);
 
   [[nodiscard]] bool SenzaChiavi() const noexcept { return variazione_->idMovimentoKey == 0; }
-  [[nodiscard]] std::string Dove() const;
+  [[nodiscard]] std::string Dove() const; ///< the condition of `Colpite`
   [[nodiscard]] std::string Colpite() const { return "EVENTOCONTABILE " + Dove(); }
+  [[nodiscard]] std::string Scritte() const;
   [[nodiscard]] std::string Tutte() const;
   [[nodiscard]] std::string ComeNuove() const;
   [[nodiscard]] std::string Assegna() const;
   [[nodiscard]] std::vector<std::string> Valori() const { return {std::to_string(variazione_->idMovimentoKey)}; }
 
  private:
+  [[nodiscard]] std::string DoveE(const std::string& valore) const;
   const VariazioneConsegna* variazione_;
   std::string vecchiaBanca_;
   std::string nuovaBanca_;
@@ -91,14 +97,16 @@ class RigheConsegna {
   explicit RigheConsegna(const VariazioneConsegna& variazione);
 
   [[nodiscard]] bool SenzaChiavi() const noexcept { return !conOrdine_ && variazione_->idMovimentoKey == 0; }
-  [[nodiscard]] std::string Dove() const;
+  [[nodiscard]] std::string Dove() const; ///< the condition of `Colpite`
   [[nodiscard]] std::string Colpite() const { return "EVENTOCONTABILE " + Dove(); }
+  [[nodiscard]] std::string Scritte() const;
   [[nodiscard]] std::string Tutte() const;
   [[nodiscard]] std::string ComeNuove() const;
   [[nodiscard]] std::string Assegna() const;
   [[nodiscard]] const std::vector<std::string>& Valori() const noexcept { return valori_; }
 
  private:
+  [[nodiscard]] std::string DoveE(const std::string& valore) const;
   const VariazioneConsegna* variazione_;
   bool conOrdine_;
   std::vector<std::string> valori_;
@@ -114,11 +122,17 @@ class RigheConsegna {
 
 /// Changes the rows that `righe` hits. Returns false where there were none and they do not hold the new values either:
 /// somebody else had changed them, and they are left so.
-template <typename Righe> bool CambiaORimane(Aggiornamento& aggiornamento, const Righe& righe) {
+template <typename Righe> bool CambiaORimane(Aggiornamento& aggiornamento, Righe righe) {
   std::string istruzione = "UPDATE EVENTOCONTABILE SET " + righe.Assegna();
   istruzione += righe.Dove();
-  return aggiornamento.Cambia(istruzione, righe.Valori()) || righe.SenzaChiavi() ||
-         aggiornamento.GiaCosi(righe.Tutte(), righe.Valori(), righe.ComeNuove());
+  const bool cambiate = aggiornamento.Cambia(istruzione, righe.Valori());
+  if (aggiornamento.Alterate() > 0) {
+    aggiornamento.Annota([quante = aggiornamento.Alterate(), righe = std::move(righe)](ado::Connection& connection) {
+      return RiscontroPerQuante(connection, {righe.Colpite(), righe.Scritte(), righe.Valori()}, quante);
+    });
+    return true;
+  }
+  return cambiate || righe.SenzaChiavi() || aggiornamento.GiaCosi(righe.Tutte(), righe.Valori(), righe.ComeNuove());
 }
 
 } // namespace lumoscad::procedureLumoDB2

@@ -62,14 +62,30 @@ EventiScelti EventiDelMovimento(ado::Connection& connection, const std::vector<s
 struct Date {
   std::string scadenza;
   std::string originale;
+  bool operator==(const Date&) const = default;
 };
+
+Date DateDiEvento(ado::Recordset& righe) {
+  return {DataDelCampo(righe, "DATASCADENZA"), DataDelCampo(righe, "DATASCADENZAORIGINALE")};
+}
 
 std::vector<Date> LeggiDate(ado::Connection& connection, const EventiScelti& scelti) {
   std::vector<Date> date;
   for (ado::Recordset righe = LeggiEventi(connection, scelti); !righe.Eof(); righe.MoveNext()) {
-    date.push_back({DataDelCampo(righe, "DATASCADENZA"), DataDelCampo(righe, "DATASCADENZAORIGINALE")});
+    date.push_back(DateDiEvento(righe));
   }
   return date;
+}
+
+std::string Condizione(const Date& date) {
+  const auto uguale = [](std::string_view colonna, const std::string& data) {
+    return UgualeTesto(colonna, data.empty() ? std::nullopt : std::optional<std::string_view>(data));
+  };
+  return uguale("DATASCADENZA", date.scadenza) + "AND " + uguale("DATASCADENZAORIGINALE", date.originale);
+}
+
+Alterazione Alterate(const Date& prima, const Date& dopo) {
+  return prima == dopo ? Alterazione() : Alterazione{Condizione(dopo), Condizione(prima)};
 }
 
 std::string NomeGruppo(const std::string& oggetto, const Spostamento& spostamento) {
@@ -124,17 +140,20 @@ std::string ScriviScadenzePartita(const std::vector<std::string>& parametri, Msg
   if (parametri.size() <= PrimoGruppo) {
     return "";
   }
-  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, [&](moduloDatabase::Lavoro& lavoro, ado::Connection& connection, const auto&) {
     const auto scelti = EventiDellaPartita(connection, parametri);
     const auto spostamenti = LeggiSpostamenti(parametri);
-    PerOgniEvento(connection, scelti, [&](ado::Recordset& righe) {
-      const std::string originale = DataDelCampo(righe, "DATASCADENZAORIGINALE");
+    PerOgniEvento(lavoro, connection, scelti, [&](ado::Recordset& righe) {
+      const Date prima = DateDiEvento(righe);
+      Date dopo = prima;
       for (const Spostamento& spostamento : spostamenti) {
-        if (!originale.empty() && spostamento.da == originale) {
-          righe.Fields("DATASCADENZA").SetValue(spostamento.NuovaData());
+        if (!prima.originale.empty() && spostamento.da == prima.originale) {
+          dopo.scadenza = spostamento.NuovaData();
+          righe.Fields("DATASCADENZA").SetValue(dopo.scadenza);
           righe.Update();
         }
       }
+      return Alterate(prima, dopo);
     });
   });
 }
@@ -159,20 +178,23 @@ std::string ScriviScadenzeMovimento(const std::vector<std::string>& parametri, M
   if (parametri.size() <= PrimoGruppo) {
     return "";
   }
-  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
+  return Procedura(msg, [&](moduloDatabase::Lavoro& lavoro, ado::Connection& connection, const auto&) {
     const auto scelti = EventiDelMovimento(connection, parametri);
     const auto spostamenti = LeggiSpostamenti(parametri);
-    PerOgniEvento(connection, scelti, [&](ado::Recordset& righe) {
-      const std::string scadenza = DataDelCampo(righe, "DATASCADENZA");
+    PerOgniEvento(lavoro, connection, scelti, [&](ado::Recordset& righe) {
+      const Date prima = DateDiEvento(righe);
+      Date dopo = prima;
       for (const Spostamento& spostamento : spostamenti) {
-        if (!scadenza.empty() && spostamento.da == scadenza) {
-          const std::string nuova = spostamento.NuovaData();
-          righe.Fields("DATASCADENZA").SetValue(nuova);
-          righe.Fields("DATASCADENZAORIGINALE").SetValue(nuova);
+        if (!prima.scadenza.empty() && spostamento.da == prima.scadenza) {
+          dopo.scadenza = spostamento.NuovaData();
+          dopo.originale = dopo.scadenza;
+          righe.Fields("DATASCADENZA").SetValue(dopo.scadenza);
+          righe.Fields("DATASCADENZAORIGINALE").SetValue(dopo.originale);
           righe.Update();
           break;
         }
       }
+      return Alterate(prima, dopo);
     });
   });
 }

@@ -42,16 +42,33 @@ StatoRiga StatoSospensione(ado::Connection& connection, const EventiScelti& scel
 }
 
 /// Sets `SOSPESA` of every event chosen.
-void ScriviSospesa(ado::Connection& connection, const EventiScelti& scelti, std::string_view flag) {
-  PerOgniEvento(connection, scelti, [flag](ado::Recordset& righe) {
+void ScriviSospesa(moduloDatabase::Lavoro& lavoro, ado::Connection& connection, const EventiScelti& scelti,
+                   std::string_view flag) {
+  PerOgniEvento(lavoro, connection, scelti, [flag](ado::Recordset& righe) {
+    const auto prima = righe.Fields("SOSPESA").Value();
+    Alterazione alterazione;
+    if (SenzaSpaziAiLati(prima.value_or("")) != flag) {
+      alterazione = {UgualeTesto("SOSPESA", flag), UgualeTesto("SOSPESA", prima)};
+    }
     righe.Fields("SOSPESA").SetValue(flag);
     righe.Update();
+    return alterazione;
   });
 }
 
 /// The one table that is named with its schema.
 std::string TabellaMovimenti(std::string_view schema) {
   return std::string(schema) + ".MOVIMENTOCONTABILE";
+}
+
+/// A movement that was there is gone, or it is not.
+TransactionOutcome RiscontroDiCancellazione(ado::Connection& connection, const std::string& tabella,
+                                            std::int32_t movimento) {
+  ado::Command comando =
+      moduloDatabase::CreaComando(connection, "SELECT MOVIMENTOKEY FROM " + tabella + " WHERE MOVIMENTOKEY=?");
+  comando.sentOnce = true;
+  comando.Parameters = {std::to_string(movimento)};
+  return comando.Execute().RecordCount() == 0 ? TransactionOutcome::Applied : TransactionOutcome::NotApplied;
 }
 
 void Cancella(ado::Connection& connection, const std::string& sql, std::int32_t chiave) {
@@ -63,8 +80,8 @@ void Cancella(ado::Connection& connection, const std::string& sql, std::int32_t 
 } // namespace
 
 std::string SospendiMovimento(const std::vector<std::string>& parametri, std::string_view flag, MsgAnnulla& msg) {
-  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
-    ScriviSospesa(connection, EventiDelDocumento(connection, parametri), flag);
+  return Procedura(msg, [&](moduloDatabase::Lavoro& lavoro, ado::Connection& connection, const auto&) {
+    ScriviSospesa(lavoro, connection, EventiDelDocumento(connection, parametri), flag);
   });
 }
 
@@ -74,8 +91,8 @@ StatoRiga EsaminaSospensioneMovimento(ado::Connection& connection, const std::ve
 }
 
 std::string SospendiPartita(const std::vector<std::string>& parametri, std::string_view flag, MsgAnnulla& msg) {
-  return Procedura(msg, [&](ado::Connection& connection, const auto&) {
-    ScriviSospesa(connection, RateDellaPartita(connection, parametri), flag);
+  return Procedura(msg, [&](moduloDatabase::Lavoro& lavoro, ado::Connection& connection, const auto&) {
+    ScriviSospesa(lavoro, connection, RateDellaPartita(connection, parametri), flag);
   });
 }
 
@@ -85,16 +102,20 @@ StatoRiga EsaminaSospensionePartita(ado::Connection& connection, const std::vect
 }
 
 std::string CancellaMovimentoExtra(const std::vector<std::string>& parametri, MsgAnnulla& msg) {
-  return Procedura(msg, [&](ado::Connection& connection, const moduloDatabase::ParametriConnessione& connessione) {
+  return Procedura(msg, [&](moduloDatabase::Lavoro& lavoro, ado::Connection& connection,
+                            const moduloDatabase::ParametriConnessione& connessione) {
+    const std::string movimenti = TabellaMovimenti(connessione.Schema);
     const auto movimento = MovimentoExtra(connection, parametri);
     moduloDatabase::Transazione transazione(connection);
     Cancella(connection,
              "DELETE FROM EVENTOCONTABILE WHERE "
              "MOVIMENTOKEY=?",
              movimento);
-    Cancella(connection, "DELETE FROM " + TabellaMovimenti(connessione.Schema) + " WHERE " + "MOVIMENTOKEY=?",
-             movimento);
-    transazione.Conferma();
+    Cancella(connection, "DELETE FROM " + movimenti + " WHERE " + "MOVIMENTOKEY=?", movimento);
+    lavoro.Annota([movimenti, movimento](ado::Connection& nuova) {
+      return std::optional(RiscontroDiCancellazione(nuova, movimenti, movimento));
+    });
+    lavoro.Conferma(transazione);
   });
 }
 

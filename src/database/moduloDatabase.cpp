@@ -3,8 +3,10 @@
 #include "common/RigaComando.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
+#include "database/RicercaEsito.hpp"
 
 #include <array>
+#include <new>
 #include <utility>
 
 namespace lumoscad::moduloDatabase {
@@ -93,6 +95,14 @@ std::unique_ptr<ado::Connection> ApriPerProva(const ParametriConnessione& parame
   return Apri(std::move(connection), parametri);
 }
 
+std::unique_ptr<ado::Connection> ApriPerEsito(const ParametriConnessione& parametri,
+                                              std::chrono::steady_clock::time_point termine) {
+  auto connection = std::make_unique<ado::Connection>();
+  connection->deadline = termine;
+  connection->existingOnly = true;
+  return Apri(std::move(connection), parametri);
+}
+
 void ChiudiConnessione(ado::Connection* connection) noexcept {
   if (connection == nullptr || connection->State() != ado::State::Open) {
     return;
@@ -126,8 +136,25 @@ std::string TestoErrore(const RuntimeError& errore, std::string_view istruzioni)
   return WithSentence(std::move(testo.append(istruzioni)), errore.Note());
 }
 
+namespace {
+
+/// Takes down in the command's note that COMMIT is about to be sent, and by what its outcome can be asked for.
+void SegnaConferma(const ado::TransactionMark& segno) {
+  std::string testo;
+  try {
+    testo = segno.Text();
+  } catch (const std::bad_alloc&) {
+    testo.clear(); // the phase counts for more
+  }
+  stato().notaInCorso.ConfermaInviata(testo);
+}
+
+} // namespace
+
 ado::Connection& Lavoro::Apri(const ParametriConnessione& parametri) {
+  parametri_ = parametri;
   connection_ = ApriConnessione(parametri);
+  connection_->onCommit = SegnaConferma;
   return *connection_;
 }
 
@@ -135,11 +162,31 @@ Lavoro::Lavoro() {
   stato().notaInCorso.BaseDatiChiesta();
 }
 
+void Lavoro::Conferma(Transazione& transazione) {
+  try {
+    transazione.Conferma();
+  } catch (const RuntimeError& errore) {
+    const auto segno = connection_->InDoubt();
+    if (!segno) {
+      throw;
+    }
+    ChiudiConnessione(connection_.get());
+    esito_ = CercaEsito(parametri_, *segno, riscontri_);
+    if (esito_ == TransactionOutcome::Unknown) {
+      throw;
+    }
+    if (esito_ == TransactionOutcome::NotApplied) {
+      throw ado::KnownNotApplied(errore);
+    }
+  }
+}
+
 Lavoro::~Lavoro() {
   if (connection_) {
-    stato().andamento.Registrata(connection_->Outcome());
+    stato().andamento.Registrata(esito_.value_or(connection_->Outcome()));
   }
-  stato().notaInCorso.Registrata(connection_ ? connection_->Outcome() : TransactionOutcome::NotApplied);
+  stato().notaInCorso.Registrata(connection_ ? esito_.value_or(connection_->Outcome())
+                                             : TransactionOutcome::NotApplied);
 }
 
 Transazione::Transazione(ado::Connection& connection) : connection_(&connection) {
@@ -157,7 +204,6 @@ Transazione::~Transazione() {
 }
 
 void Transazione::Conferma() {
-  stato().notaInCorso.ConfermaInviata({});
   std::exchange(connection_, nullptr)->CommitTrans();
 }
 

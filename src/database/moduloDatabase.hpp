@@ -3,9 +3,14 @@
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
 
+#include <chrono>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 /// The connection to the accounting database, as every database procedure uses it.
 namespace lumoscad::moduloDatabase {
@@ -29,6 +34,10 @@ struct ParametriConnessione {
 /// `durata` seconds whatever the environment says.
 [[nodiscard]] std::unique_ptr<ado::Connection> ApriPerProva(const ParametriConnessione& parametri, int durata);
 
+/// The same for finding out what became of a change: every wait ends at `termine`.
+[[nodiscard]] std::unique_ptr<ado::Connection> ApriPerEsito(const ParametriConnessione& parametri,
+                                                            std::chrono::steady_clock::time_point termine);
+
 /// Closes an open connection; nothing happens for none or a closed one. Failures of the closing are ignored.
 void ChiudiConnessione(ado::Connection* connection) noexcept;
 
@@ -41,23 +50,6 @@ void ChiudiRecordset(ado::Recordset& recordset) noexcept;
 
 /// "ERRORE: ", the failure's number, CR LF, what it says, and `istruzioni`; at the end the failure's note.
 [[nodiscard]] std::string TestoErrore(const RuntimeError& errore, std::string_view istruzioni = {});
-
-/// The connection of a procedure that writes what the host has accepted. When it goes it takes down what the database
-/// holds of the change (`stato().andamento`, and the running command's note), also after a failure for whose text there
-/// was no memory.
-class Lavoro {
- public:
-  Lavoro();
-  Lavoro(const Lavoro&) = delete;
-  Lavoro& operator=(const Lavoro&) = delete;
-  ~Lavoro();
-
-  /// Opens the connection. Raises the driver's failure.
-  ado::Connection& Apri(const ParametriConnessione& parametri);
-
- private:
-  std::unique_ptr<ado::Connection> connection_;
-};
 
 /// A transaction that is rolled back unless `Conferma` was reached.
 class Transazione {
@@ -72,6 +64,36 @@ class Transazione {
 
  private:
   ado::Connection* connection_;
+};
+
+/// Asks the rows of one change what the database holds of it: `Applied` where they hold what the transaction wrote,
+/// `NotApplied` where they are as it found them, `Unknown` where neither can be told, and nothing where both would look
+/// the same. Raises the driver's failure.
+using Riscontro = std::function<std::optional<TransactionOutcome>(ado::Connection&)>;
+
+/// The connection of a procedure that writes what the host has accepted. When it goes it takes down what the database
+/// holds of the change (`stato().andamento`, and the running command's note), also after a failure for whose text there
+/// was no memory.
+class Lavoro {
+ public:
+  Lavoro();
+  Lavoro(const Lavoro&) = delete;
+  Lavoro& operator=(const Lavoro&) = delete;
+  ~Lavoro();
+
+  /// Opens the connection. Raises the driver's failure.
+  ado::Connection& Apri(const ParametriConnessione& parametri);
+  /// Keeps a way to ask for a change of the transaction that is open: one for every change that altered rows.
+  void Annota(Riscontro riscontro) { riscontri_.push_back(std::move(riscontro)); }
+  /// Commits. Where the answer is lost it finds out over a new connection what became of the transaction, and returns
+  /// when that is kept; raises the failure otherwise, which then says what is known.
+  void Conferma(Transazione& transazione);
+
+ private:
+  std::unique_ptr<ado::Connection> connection_;
+  ParametriConnessione parametri_;
+  std::vector<Riscontro> riscontri_;
+  std::optional<TransactionOutcome> esito_; ///< found out afterwards
 };
 
 } // namespace lumoscad::moduloDatabase

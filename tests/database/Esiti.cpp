@@ -283,8 +283,10 @@ std::string PostoEsiti::Esegui(const ProceduraProvata& procedura) {
   msg.Errore.clear();
   stato().andamento.Comincia(procedura.chiamato);
   stato().andamento.Accettata();
+  const int connessioni = base.Connessioni();
   const auto inizio = std::chrono::steady_clock::now();
   std::string risultato = procedura.esegui(msg);
+  ricercato = base.Connessioni() - connessioni > 1;
   secondi = std::chrono::duration<double>(std::chrono::steady_clock::now() - inizio).count();
   quale_ = 0;
   if (!risultato.empty()) {

@@ -40,6 +40,7 @@ class BaseEsiti {
   [[nodiscard]] bool SuPostgres() const { return genere_ == "postgres"; }
   [[nodiscard]] bool SuMariaDb() const { return genere_ == "mariadb"; }
   [[nodiscard]] ByteProxy& Proxy() { return *proxy_; }
+  [[nodiscard]] int Connessioni() const { return proxy_ ? proxy_->Connections() : 0; }
   [[nodiscard]] const std::string& Opzioni() const noexcept { return opzioni_; }
   /// The connection text of the way through the proxy.
   [[nodiscard]] const std::string& TestoConnessione() const noexcept { return testo_; }
@@ -113,6 +114,8 @@ class PostoEsiti {
   MsgAnnulla msg;
   int istruzioni = 0; ///< statements that the last procedure sent
   double secondi = 0; ///< that it took
+  /// Whether it connected anew to find out what became of its transaction; not told of a database that is a file.
+  bool ricercato = false;
 
  private:
   int quale_ = 0;

@@ -39,9 +39,10 @@ std::string Cella(std::string testo) {
   return testo;
 }
 
-/// One row a procedure, one column a point; a cell says what the message said, what the database held, and how many
-/// runs ended so.
+/// One row a procedure, and for each point two columns: what was known before the component looked for the outcome, and
+/// what the command said after it; a cell also says what the database held, and how many runs ended so.
 void TabellaDeiTagli(std::ostream& testo, const std::vector<EsitoProvato>& esiti) {
+  constexpr const char* Dopo = " dopo";
   std::vector<std::string> punti;
   std::vector<std::pair<std::string, std::string>> procedure;
   std::map<std::string, std::map<std::string, int>> celle;
@@ -53,22 +54,26 @@ void TabellaDeiTagli(std::ostream& testo, const std::vector<EsitoProvato>& esiti
   for (const EsitoProvato& esito : esiti) {
     aggiungi(punti, esito.punto);
     aggiungi(procedure, std::pair(esito.base, esito.procedura));
-    ++celle[esito.base + esito.procedura + esito.punto][esito.detto + ", " + esito.tiene];
+    const std::string prima = esito.base + esito.procedura + esito.punto;
+    ++celle[prima][esito.dettoPrima + ", " + esito.tiene];
+    ++celle[prima + Dopo][esito.detto + ", " + esito.tiene];
   }
   testo << "| base dati | procedura |";
   std::string riga = "|---|---|";
   for (const std::string& punto : punti) {
-    testo << " " << punto << " |";
-    riga += "---|";
+    testo << " " << punto << ": prima | e dopo la ricerca |";
+    riga += "---|---|";
   }
   testo << "\n" << riga << "\n";
   for (const auto& [base, procedura] : procedure) {
     testo << "| " << base << " | " << procedura << " |";
     for (const std::string& punto : punti) {
-      for (const auto& [esito, quanti] : celle[base + procedura + punto]) {
-        testo << " " << esito << " (" << quanti << ")";
+      for (const char* quando : {"", Dopo}) {
+        for (const auto& [esito, quanti] : celle[base + procedura + punto + quando]) {
+          testo << " " << esito << " (" << quanti << ")";
+        }
+        testo << " |";
       }
-      testo << " |";
     }
     testo << "\n";
   }
@@ -93,9 +98,14 @@ void RegistroEsiti::AnnotaGuasto(std::string base, std::string guasto, std::stri
 std::string RegistroEsiti::Riassunto() const {
   const auto quanti = [this](auto vale) { return std::to_string(std::count_if(esiti_.begin(), esiti_.end(), vale)); };
   const auto dice = [](const char* detto) { return [detto](const EsitoProvato& e) { return e.detto == detto; }; };
+  const auto diceva = [](const char* detto) {
+    return [detto](const EsitoProvato& e) { return e.dettoPrima == detto; };
+  };
   return "esiti: " + std::to_string(esiti_.size()) + " prove, " + std::to_string(guasti_.size()) +
-         " altri guasti; dette applicate " + quanti(dice("applicata")) + ", non applicate " +
-         quanti(dice("non applicata")) + ", sconosciute " + quanti(dice("sconosciuta")) + "; a metà " +
+         " altri guasti; prima della ricerca dette applicate " + quanti(diceva("applicata")) + ", non applicate " +
+         quanti(diceva("non applicata")) + ", sconosciute " + quanti(diceva("sconosciuta")) +
+         "; dopo dette applicate " + quanti(dice("applicata")) + ", non applicate " + quanti(dice("non applicata")) +
+         ", sconosciute " + quanti(dice("sconosciuta")) + "; a metà " +
          quanti([](const EsitoProvato& e) { return e.tiene != "come prima" && e.tiene != "tutta"; }) +
          ", dette applicate e non tenute " +
          quanti([](const EsitoProvato& e) { return e.detto == "applicata" && e.tiene != "tutta"; }) +

@@ -10,6 +10,7 @@ struct EsitoProvato {
   std::string base;
   std::string procedura;
   std::string punto;
+  std::string dettoPrima; ///< what would have been said without looking for the outcome
   std::string detto;
   std::string tiene;
 };

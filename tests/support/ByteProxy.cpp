@@ -90,6 +90,9 @@ void ByteProxy::Restore() {
     fault_.reset();
     hold_ = false;
     refuseAfter_ = false;
+    for (auto& relay : relays_) {
+      relay.frozen = false;
+    }
   });
 }
 
@@ -161,6 +164,9 @@ void ByteProxy::Wait() {
   if (!hold_) {
     for (const auto& relay : relays_) {
       for (const std::size_t direction : {ToServer, ToClient}) {
+        if (relay.frozen) {
+          continue;
+        }
         const bool writes = !relay.pipes[direction].timeout.empty();
         const bool reads = relay.pipes[1 - direction].timeout.empty() && !relay.pipes[1 - direction].finished;
         const auto events = static_cast<short>((writes ? POLLOUT : 0) | (reads ? POLLIN : 0));
@@ -196,7 +202,7 @@ void ByteProxy::Accept() {
 }
 
 void ByteProxy::Move(Relay& relay, std::size_t direction) {
-  if (hold_ || relay.broken) {
+  if (hold_ || relay.broken || relay.frozen) {
     return;
   }
   if (relay.pipes[direction].timeout.empty() && !relay.pipes[direction].finished) {
@@ -290,6 +296,12 @@ void ByteProxy::Hit() {
   }
   if (action == Action::Hold) {
     hold_ = true;
+    return;
+  }
+  if (action == Action::Freeze) {
+    for (auto& relay : relays_) {
+      relay.frozen = true;
+    }
     return;
   }
   if (action == Action::Reset) {

@@ -28,7 +28,8 @@ class ByteProxy {
   enum class Action {
     Close, ///< both sides see an orderly end
     Reset, ///< both sides see a reset
-    Hold   ///< the connections stay open, but nothing passes any more
+    Hold,  ///< the connections stay open, but nothing passes any more, of later ones neither
+    Freeze ///< the same of the connections that are open; later ones are carried
   };
   enum class Moment {
     BeforeItPasses, ///< the server never gets the whole sequence
@@ -76,6 +77,7 @@ class ByteProxy {
     std::array<base::Descriptor, 2> sockets; ///< where each direction leads: the server, the client
     std::array<Pipe, 2> pipes;
     bool broken = false;
+    bool frozen = false;
     bool replyForbidden = false; ///< the sequence has passed: the next byte of the server strikes
   };
   struct Fault {

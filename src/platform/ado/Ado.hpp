@@ -2,8 +2,10 @@
 
 #include "platform/RuntimeError.hpp"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +25,19 @@ using lumoscad::TransactionOutcome;
 class Command;
 class Recordset;
 
+/// By what a transaction can be asked for after its COMMIT was sent and no answer came. What a server does not tell, or
+/// has none of, is empty.
+struct TransactionMark {
+  std::string session; ///< the server's number of the session
+  std::string client;  ///< "address:port" of this process' socket, where it leads to the server itself
+  std::string number;  ///< the transaction's own
+  std::string server;  ///< what no other server has
+  std::string life;    ///< what the same server no longer has once it was started again, or had crashed
+
+  /// What is not empty of it, on one line.
+  [[nodiscard]] std::string Text() const;
+};
+
 /// One connection to a database through an ODBC driver. Closing or destroying it rolls back what was not
 /// committed.
 class Connection {
@@ -39,6 +54,10 @@ class Connection {
   std::optional<int> commandTimeout;
   /// A database that is a file is not created where there is none.
   bool existingOnly = false;
+  /// When every wait for the server ends, the opening included, whatever the other limits say.
+  std::optional<std::chrono::steady_clock::time_point> deadline;
+  /// Told right before a COMMIT is sent, when nothing but its outcome is open any more. It must not throw.
+  std::function<void(const TransactionMark&)> onCommit;
 
   /// Opens the connection by `ConnectionString`. No message of a failure holds the password.
   void Open();
@@ -51,6 +70,9 @@ class Connection {
   void RollbackTrans();
   [[nodiscard]] TransactionOutcome
   Outcome() const noexcept; ///< of the last transaction since the connection was opened
+  /// The mark of the last transaction where its COMMIT was sent, its outcome is unknown, and the server is one that can
+  /// be asked about it (Aftermath.hpp).
+  [[nodiscard]] const std::optional<TransactionMark>& InDoubt() const noexcept;
   /// Executes one statement without parameters and without a result; returns the rows affected, or -1 where
   /// the driver does not tell.
   std::int64_t Execute(std::string_view sql);
@@ -158,6 +180,9 @@ class Recordset {
   friend class Command;
   std::unique_ptr<Impl> impl_;
 };
+
+/// The failure of a COMMIT whose outcome was unknown, once it is known that nothing of the change is kept.
+[[nodiscard]] RuntimeError KnownNotApplied(const RuntimeError& doubt);
 
 /// Raises error -2147217864 for a change that the database dropped without a word.
 [[noreturn]] void RefuseDroppedChange();

@@ -1,6 +1,8 @@
 #include "platform/ado/Diagnostics.hpp"
 #include "platform/ado/Session.hpp"
 
+#include <algorithm>
+
 namespace lumoscad::ado {
 
 using detail::Session;
@@ -24,11 +26,19 @@ void Connection::Open() {
   if (impl_->session) {
     throw RuntimeError(detail::numbers::ObjectOpen, "La connessione alla base dati è già aperta.", "ODBC");
   }
-  const auto limit = commandTimeout ? std::chrono::seconds(*commandTimeout) : detail::StatementTimeLimit();
+  auto limit = commandTimeout ? std::chrono::seconds(*commandTimeout) : detail::StatementTimeLimit();
   auto settings = ReadConnectionText(ConnectionString);
   settings.existingOnly = existingOnly;
-  impl_->session = std::make_shared<Session>(settings, limit);
+  if (deadline) {
+    using std::chrono::seconds;
+    const auto left = std::chrono::ceil<seconds>(*deadline - std::chrono::steady_clock::now());
+    limit = std::clamp(left, seconds(1), std::max(limit, seconds(1)));
+    const auto opening = std::clamp(left, seconds(1), seconds(std::max(settings.connectTimeout, 1)));
+    settings.connectTimeout = static_cast<int>(opening.count());
+  }
+  impl_->session = std::make_shared<Session>(settings, limit, deadline);
   impl_->outcome = TransactionOutcome::NotApplied;
+  impl_->inDoubt.reset();
 }
 
 State Connection::State() const noexcept {
@@ -40,20 +50,32 @@ void Connection::Close() {
     return;
   }
   impl_->outcome = impl_->session->Outcome();
+  impl_->inDoubt = impl_->session->InDoubt();
   impl_->session->Close();
   impl_->session.reset();
 }
 
 void Connection::BeginTrans() {
+  impl_->inDoubt.reset();
   impl_->Require()->Begin();
 }
 
 void Connection::CommitTrans() {
-  impl_->Require()->Commit();
+  const auto& session = impl_->Require();
+  try {
+    session->Commit(onCommit);
+  } catch (...) {
+    impl_->inDoubt = session->InDoubt();
+    throw;
+  }
 }
 
 void Connection::RollbackTrans() {
   impl_->Require()->Rollback();
+}
+
+const std::optional<TransactionMark>& Connection::InDoubt() const noexcept {
+  return impl_->inDoubt;
 }
 
 TransactionOutcome Connection::Outcome() const noexcept {

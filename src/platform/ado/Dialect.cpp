@@ -39,6 +39,16 @@ constexpr std::string_view EndsOfPostgres =
     "FROM (SELECT current_setting('lumoscad.opened', true) AS mark OFFSET 0) found";
 constexpr std::string_view MarkedPostgres =
     "SELECT pg_catalog.pg_backend_pid() || ' ' || coalesce(current_setting('lumoscad.opened', true), '')";
+/// A number is given out again after a crash, also after one of a single process, which the server survives: then it
+/// forgets its statistics, and says since when.
+constexpr std::string_view BeginningOfPostgres =
+    "SELECT pg_catalog.pg_backend_pid() || ' ' || coalesce(current_setting('lumoscad.opened', true), ''), "
+    "s.system_identifier, pg_postmaster_start_time() || ' ' || "
+    "coalesce(pg_stat_get_bgwriter_stat_reset_time()::text, '') || ' ' || c.timeline_id, "
+    "pg_current_xact_id_if_assigned()::text FROM pg_control_system() s, pg_control_checkpoint() c";
+constexpr std::string_view TransactionOfPostgres = "SELECT pg_backend_pid(), pg_current_xact_id_if_assigned()::text";
+constexpr std::string_view BeginningOfMariaDb =
+    "SELECT CONNECTION_ID(), CONCAT(@@hostname, ' ', @@port, ' ', @@server_id)";
 /// The server does not know which of its addresses it was reached by. The client is "address:port", or "name:port".
 constexpr std::string_view EndsOfMariaDb =
     "SELECT NULL, @@port, LEFT(HOST, CHAR_LENGTH(HOST) - LOCATE(':', REVERSE(HOST))), SUBSTRING_INDEX(HOST, ':', -1) "
@@ -51,6 +61,8 @@ constexpr std::string_view EndsOfMariaDb =
 constexpr std::array<Dialect, 5> Dialects{{
     {.name = "PostgreSQL",
      .serverSession = "SELECT pg_backend_pid()",
+     .beginning = BeginningOfPostgres,
+     .transaction = TransactionOfPostgres,
      .sendsUnprepared = true,
      .passesHandlesOn = true,
      .infiniteTimes = true,
@@ -59,6 +71,7 @@ constexpr std::array<Dialect, 5> Dialects{{
      .marked = MarkedPostgres},
     {.name = "MariaDB",
      .serverSession = ConnectionId,
+     .beginning = BeginningOfMariaDb,
      .opening = OpeningOfMariaDb,
      .openingLimit = LimitOfMariaDb,
      .sendsUnprepared = true,

@@ -11,7 +11,14 @@ namespace lumoscad::ado::detail {
 struct Dialect {
   std::string_view name;            ///< how the server's own name (SQL_DBMS_NAME) begins
   std::string_view serverSession{}; ///< query of the identity of the server's side of the connection; may be empty
-  std::string_view opening{};       ///< first statement of a connection; may be empty
+  /// Query at the beginning of a transaction: the same, with the mark upon it where there is one (`marked`), and what
+  /// tells this server in this life from any other: the server itself, its life, and a column for the transaction's
+  /// number, to see that it can be asked for. Empty for a server that nothing is asked of after a COMMIT without an
+  /// answer.
+  std::string_view beginning{};
+  /// Query of the same right before COMMIT, the transaction's number behind it; empty where it has none.
+  std::string_view transaction{};
+  std::string_view opening{}; ///< first statement of a connection; may be empty
   /// What gives the opening a time limit for statements, the seconds behind it; may be empty.
   std::string_view openingLimit{};
   bool comparesLongTexts = true; ///< a column of long texts may be compared with a value
@@ -44,6 +51,8 @@ struct Dialect {
   /// The whole first statement of a connection whose statements may take `seconds` each; empty for none.
   [[nodiscard]] std::string OpeningFor(std::chrono::seconds seconds) const;
   [[nodiscard]] bool FileBased() const noexcept { return refusals.front() != 0; }
+  /// What became of a transaction can be found out over a new connection.
+  [[nodiscard]] bool TellsAfterwards() const noexcept { return FileBased() || !beginning.empty(); }
 };
 
 /// The dialect of the server named `dbmsName`; one without any statement for a server that is not known.

@@ -33,22 +33,18 @@ void Session::RequireOwnServerSession(const ServerSide& told) {
   }
 }
 
-/// The identity of the server's side of the connection. Raises when no answer comes, and when it is not this
-/// connection's own.
-std::string Session::OwnServerSession() const {
-  if (marked_.empty()) {
-    return ServerSession();
-  }
-  std::string answer;
-  try {
-    answer = FirstAnswer(dialect_->marked);
-  } catch (RuntimeError& error) {
-    throw Explained(std::move(error));
-  }
-  if (answer != marked_) {
+/// The session's identity in an answer that the mark may stand behind. Raises when that is not this connection's own.
+std::string Session::RequireOwn(const std::string& answer) const {
+  if (!marked_.empty() && answer != marked_) {
     throw SharedServerSession();
   }
   return answer.substr(0, answer.find(' '));
+}
+
+/// The identity of the server's side of the connection. Raises when no answer comes, and when it is not this
+/// connection's own.
+std::string Session::OwnServerSession() const {
+  return marked_.empty() ? ServerSession() : RequireOwn(AskExplained(dialect_->marked).at(0));
 }
 
 } // namespace lumoscad::ado::detail

@@ -5,6 +5,7 @@
 #include "platform/ado/CharacterSet.hpp"
 #include "platform/ado/Diagnostics.hpp"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <dlfcn.h>
@@ -41,8 +42,8 @@ SQLHANDLE Environment() {
 
 } // namespace
 
-Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit)
-    : password_(settings.Password), timeLimit_(static_cast<SQLULEN>(timeLimit.count())) {
+Session::Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit, const Deadline& deadline)
+    : password_(settings.Password), timeLimit_(static_cast<SQLULEN>(timeLimit.count())), deadline_(deadline) {
   std::string text = OdbcText(settings);
   // MariaDB's driver limits only the making of the socket by SQL_ATTR_LOGIN_TIMEOUT, and the server's greeting by this
   // word of its own; the other drivers pass over a word that they do not know.
@@ -108,8 +109,9 @@ void Session::Watch(const Sockets& before) {
     return;
   }
   const ServerSide told = AskServerSide();
-  if (told.ends.serverPort > 0 && told.ends.clientPort > 0) {
-    watchdog_ = Watchdog::Over(told.ends, before);
+  ends_ = told.ends;
+  if (ends_.serverPort > 0 && ends_.clientPort > 0) {
+    watchdog_ = Watchdog::Over(ends_, before);
   }
   RequireOwnServerSession(told);
 }
@@ -165,7 +167,13 @@ RuntimeError Session::Explained(RuntimeError error) const {
 }
 
 Waiting::Waiting(const Session& session) noexcept : watchdog_(session.watchdog_.get()) {
-  const auto limit = std::chrono::seconds(static_cast<std::chrono::seconds::rep>(session.timeLimit_)) + GraceForAnswer;
+  using std::chrono::milliseconds;
+  milliseconds limit =
+      std::chrono::seconds(static_cast<std::chrono::seconds::rep>(session.timeLimit_)) + GraceForAnswer;
+  if (session.deadline_) {
+    const auto left = *session.deadline_ - std::chrono::steady_clock::now();
+    limit = std::clamp(std::chrono::duration_cast<milliseconds>(left), milliseconds(0), limit);
+  }
   if (watchdog_ != nullptr && !watchdog_->Enter(limit)) {
     watchdog_ = nullptr;
   }

@@ -9,10 +9,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace lumoscad::ado::detail {
 
@@ -28,14 +31,18 @@ struct ServerSide {
 /// One open connection. Statements keep it alive, but `Close` ends it at once and takes every statement with it.
 class Session {
  public:
-  /// `timeLimit` is how many seconds a statement may take.
-  Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit);
+  using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+
+  /// `timeLimit` is how many seconds a statement may take; at `deadline` every wait ends.
+  Session(const ConnectionSettings& settings, std::chrono::seconds timeLimit, const Deadline& deadline);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
   ~Session();
 
   [[nodiscard]] bool Opened() const noexcept { return open_; }
   [[nodiscard]] TransactionOutcome Outcome() const noexcept { return outcome_; }
+  /// See `Connection::InDoubt`.
+  [[nodiscard]] std::optional<TransactionMark> InDoubt() const;
   [[nodiscard]] SQLULEN TimeLimit() const noexcept { return timeLimit_; }
   [[nodiscard]] bool InTransaction() const noexcept { return inTransaction_; }
   /// Whether the session's own socket is known, and watched.
@@ -46,9 +53,17 @@ class Session {
   [[nodiscard]] SQLHANDLE handle() const noexcept { return connection_.get(); }
 
   void Begin();
-  void Commit();
+  void Commit(const std::function<void(const TransactionMark&)>& told);
   void Rollback();
   void Close() noexcept;
+
+  /// The columns of the first row that the server answers to `question`, empty for NULL. Raises when no answer comes.
+  [[nodiscard]] std::vector<std::string> Ask(std::string_view question) const;
+  /// Sends a statement of the layer's own that has no answer. Raises the driver's failure.
+  void Tell(std::string_view statement) const;
+  /// Whether other servers have a say in a COMMIT. Asked after a failure alone; a server that does not answer may be
+  /// one of several.
+  [[nodiscard]] bool Replicated() const noexcept;
 
   /// A transaction with a failed statement is not what the caller meant: some servers took its earlier statements
   /// back, others kept them. `Commit` refuses it.
@@ -69,12 +84,13 @@ class Session {
   [[nodiscard]] ServerSide AskServerSide() const;
   void RequireOwnServerSession(const ServerSide& told);
   [[nodiscard]] std::string OwnServerSession() const;
+  [[nodiscard]] std::string RequireOwn(const std::string& answer) const;
   /// The failure, with a note that says so where it is that the server did not answer in time.
   [[nodiscard]] RuntimeError Explained(RuntimeError error) const;
   [[nodiscard]] bool Dead() const noexcept;
-  [[nodiscard]] std::string FirstAnswer(std::string_view question) const;
+  void Identify();
+  [[nodiscard]] std::vector<std::string> AskExplained(std::string_view question) const;
   [[nodiscard]] std::string ServerSession() const;
-  [[nodiscard]] bool Replicated() const noexcept;
   [[nodiscard]] bool OnSameServerSession() const noexcept;
   void RequireWholeTransaction();
   void Abandon() noexcept;
@@ -96,8 +112,13 @@ class Session {
   TransactionOutcome outcome_ = TransactionOutcome::NotApplied;
   std::string marked_;        ///< what the server answers as long as its session is this connection's alone
   std::string serverSession_; ///< the one that the open transaction began on
+  Endpoints ends_;
+  bool identified_ = true; ///< false once the server could not say which one it is
+  TransactionMark mark_;   ///< of the open transaction, or the last one
+  bool commitSent_ = false;
   const Dialect* dialect_ = nullptr;
   SQLULEN timeLimit_;
+  Deadline deadline_;
   std::unique_ptr<Watchdog> watchdog_; ///< none where the session's socket could not be told for certain
 };
 
@@ -163,6 +184,7 @@ namespace lumoscad::ado {
 struct Connection::Impl {
   std::shared_ptr<detail::Session> session;
   TransactionOutcome outcome = TransactionOutcome::NotApplied; ///< of a session that was closed
+  std::optional<TransactionMark> inDoubt;                      ///< of the last transaction
 
   /// The open session; raises when the connection is closed.
   [[nodiscard]] const std::shared_ptr<detail::Session>& Require() const;

@@ -30,23 +30,24 @@ namespace lumoscad::ado::detail {
 
 namespace {
 
-constexpr const char* UnknownOutcome =
-    "La connessione è caduta mentre si confermavano le modifiche: l'esito è sconosciuto, possono essere registrate "
-    "tutte o nessuna.";
-constexpr const char* UnknownReplicas =
-    "I server della base dati non si vedevano mentre si confermavano le modifiche: l'esito è sconosciuto, possono "
-    "essere registrate tutte o nessuna.";
-constexpr const char* UnknownFile =
-    "Il file della base dati ha dato un errore mentre si confermavano le modifiche: l'esito è sconosciuto, possono "
-    "essere registrate tutte o nessuna.";
+/// What happened to a COMMIT of unknown outcome.
+constexpr std::string_view LostConnection = "La connessione è caduta mentre si confermavano le modifiche: ";
+constexpr std::string_view LostReplicas =
+    "I server della base dati non si vedevano mentre si confermavano le modifiche: ";
+constexpr std::string_view FailedFile =
+    "Il file della base dati ha dato un errore mentre si confermavano le modifiche: ";
+constexpr std::string_view OpenEnd = "l'esito è sconosciuto, possono essere registrate tutte o nessuna.";
+constexpr std::string_view NothingKept = "un nuovo collegamento mostra che non ne è registrata nessuna.";
+
+constexpr const char* CommitWithoutSuccess = "Conferma della transazione non riuscita.";
 
 constexpr long LostConflict = 1213;    ///< a replicated server's number for the loser of a conflict
 constexpr long UnknownVariable = 1193; ///< a server's number where it was built without replication
 
 /// A COMMIT whose outcome is unknown after `cause`; the driver's own text comes first.
-RuntimeError OutcomeUnknown(const RuntimeError& cause, const char* sentence) {
+RuntimeError OutcomeUnknown(const RuntimeError& cause, std::string_view happened) {
   return RuntimeError(errors::Driver, cause.Description(), "ODBC")
-      .WithNote(sentence)
+      .WithNote(std::string(happened).append(OpenEnd))
       .WithState(cause.SqlState(), cause.NativeCode())
       .WithOutcome(TransactionOutcome::Unknown);
 }
@@ -82,39 +83,81 @@ void Session::Begin() {
   }
   outcome_ = TransactionOutcome::NotApplied;
   serverSession_.clear();
+  mark_ = {};
+  commitSent_ = false;
   Autocommit(false);
   inTransaction_ = true;
   statementFailed_ = false;
   try {
-    serverSession_ = OwnServerSession();
+    Identify();
   } catch (...) {
     Abandon();
     throw;
   }
 }
 
-void Session::Commit() {
+/// Takes down whom the transaction begins with. A server that cannot say all of it, since it is too old or its
+/// administrator has closed the functions, is asked again for the session alone; nothing is done yet that could be
+/// lost.
+void Session::Identify() {
+  std::vector<std::string> told;
+  if (identified_ && !dialect_->beginning.empty()) {
+    try {
+      told = Ask(dialect_->beginning);
+    } catch (RuntimeError& error) {
+      if (WithoutAnswer(error.SqlState()) || Dead() || !SQL_SUCCEEDED(EndTransaction(SQL_ROLLBACK))) {
+        throw Explained(std::move(error));
+      }
+      identified_ = false;
+    }
+  }
+  if (told.empty()) {
+    serverSession_ = OwnServerSession();
+    return;
+  }
+  told.resize(3);
+  serverSession_ = RequireOwn(told[0]);
+  mark_.server = std::move(told[1]);
+  mark_.life = std::move(told[2]);
+}
+
+void Session::Commit(const std::function<void(const TransactionMark&)>& told) {
   RequireTransaction("Conferma non consentita: nessuna transazione è in corso.");
   try {
     RequireWholeTransaction();
+    if (told) {
+      told(mark_);
+    }
   } catch (...) {
     Abandon();
     throw;
   }
+  commitSent_ = true;
   outcome_ = TransactionOutcome::Unknown;
   inTransaction_ = false;
   if (!SQL_SUCCEEDED(EndTransaction(SQL_COMMIT))) {
-    CommitFailed(OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, "Conferma della transazione non riuscita."));
+    CommitFailed(OdbcError(SQL_HANDLE_DBC, connection_.get(), password_, CommitWithoutSuccess));
   }
   ConfirmCommit();
   outcome_ = TransactionOutcome::Applied;
+}
+
+std::optional<TransactionMark> Session::InDoubt() const {
+  const bool askable = dialect_ != nullptr && dialect_->TellsAfterwards() && identified_;
+  return commitSent_ && askable && outcome_ == TransactionOutcome::Unknown ? std::optional(mark_) : std::nullopt;
 }
 
 void Session::RequireWholeTransaction() {
   if (statementFailed_) {
     throw RuntimeError(errors::Driver, "Conferma non eseguita: un'istruzione della transazione è fallita.", "ODBC");
   }
-  if (ServerSession() == serverSession_) {
+  auto now =
+      AskExplained(identified_ && !dialect_->transaction.empty() ? dialect_->transaction : dialect_->serverSession);
+  now.resize(2);
+  if (now[0] == serverSession_) {
+    mark_.session = now[0];
+    mark_.number = std::move(now[1]);
+    mark_.client = Watched() ? ends_.clientAddress + ":" + std::to_string(ends_.clientPort) : std::string();
     return;
   }
   outcome_ = TransactionOutcome::Unknown;
@@ -142,9 +185,9 @@ void Session::CommitFailed(RuntimeError error) {
   }
   if (!certain) {
     const bool answered = !Dead() && !WithoutAnswer(error.SqlState());
-    throw Explained(OutcomeUnknown(error, dialect_->FileBased()      ? UnknownFile
-                                          : answered && Replicated() ? UnknownReplicas
-                                                                     : UnknownOutcome));
+    throw Explained(OutcomeUnknown(error, dialect_->FileBased()      ? FailedFile
+                                          : answered && Replicated() ? LostReplicas
+                                                                     : LostConnection));
   }
   outcome_ = TransactionOutcome::NotApplied;
   throw Explained(std::move(error)).WithOutcome(outcome_);
@@ -157,9 +200,9 @@ void Session::ConfirmCommit() {
       return;
     }
   } catch (const RuntimeError& error) {
-    throw Explained(OutcomeUnknown(error, UnknownOutcome));
+    throw Explained(OutcomeUnknown(error, LostConnection));
   }
-  throw RuntimeError(errors::Driver, UnknownOutcome, "ODBC").WithOutcome(TransactionOutcome::Unknown);
+  throw OutcomeUnknown(RuntimeError(errors::Driver, CommitWithoutSuccess), LostConnection);
 }
 
 void Session::Rollback() {
@@ -204,8 +247,7 @@ bool Session::Dead() const noexcept {
   return SQL_SUCCEEDED(rc) && state == SQL_CD_TRUE;
 }
 
-/// The first value that the server answers to `question`. Raises when no answer comes.
-std::string Session::FirstAnswer(std::string_view question) const {
+std::vector<std::string> Session::Ask(std::string_view question) const {
   constexpr const char* NoAnswer = "La base dati non risponde.";
   const Waiting waiting(*this);
   SQLHANDLE created = nullptr;
@@ -215,37 +257,56 @@ std::string Session::FirstAnswer(std::string_view question) const {
   const auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(question);
-  std::array<char, 64> answer{};
-  SQLLEN length = 0;
+  SQLSMALLINT columns = 0;
   if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
-      !SQL_SUCCEEDED(SQLFetch(created)) ||
-      !SQL_SUCCEEDED(SQLGetData(created, 1, SQL_C_CHAR, answer.data(), answer.size(), &length))) {
+      !SQL_SUCCEEDED(SQLNumResultCols(created, &columns)) || !SQL_SUCCEEDED(SQLFetch(created))) {
     throw OdbcError(SQL_HANDLE_STMT, created, password_, NoAnswer);
   }
-  return answer.data();
+  std::vector<std::string> answers;
+  for (SQLSMALLINT column = 1; column <= columns; ++column) {
+    std::array<char, 256> answer{};
+    SQLLEN length = SQL_NULL_DATA;
+    if (!SQL_SUCCEEDED(SQLGetData(created, static_cast<SQLUSMALLINT>(column), SQL_C_CHAR, answer.data(), answer.size(),
+                                  &length))) {
+      throw OdbcError(SQL_HANDLE_STMT, created, password_, NoAnswer);
+    }
+    answers.emplace_back(length == SQL_NULL_DATA ? "" : answer.data());
+  }
+  return answers;
+}
+
+void Session::Tell(std::string_view text) const {
+  const Waiting waiting(*this);
+  const auto statement = NewStatement();
+  std::string sent(text);
+  if (!SQL_SUCCEEDED(SQLExecDirect(statement.get(), reinterpret_cast<SQLCHAR*>(sent.data()), SQL_NTS))) {
+    throw OdbcError(SQL_HANDLE_STMT, statement.get(), password_, "Istruzione SQL non riuscita.");
+  }
 }
 
 /// Asks the server for the identity of its side of the connection. Raises when no answer comes. Empty for a server
 /// that cannot be asked; SQLite is the caller's own process.
 std::string Session::ServerSession() const {
-  if (dialect_->serverSession.empty()) {
-    return {};
-  }
+  auto told = AskExplained(dialect_->serverSession);
+  told.resize(1);
+  return told[0];
+}
+
+/// `Ask`, its failure explained; nothing where there is no question.
+std::vector<std::string> Session::AskExplained(std::string_view question) const {
   try {
-    return FirstAnswer(dialect_->serverSession);
+    return question.empty() ? std::vector<std::string>() : Ask(question);
   } catch (RuntimeError& error) {
     throw Explained(std::move(error));
   }
 }
 
-/// Whether other servers have a say in a COMMIT. Asked after a failure alone; a server that does not answer may be one
-/// of several.
 bool Session::Replicated() const noexcept {
   if (dialect_ == nullptr || dialect_->replicated.empty()) {
     return false;
   }
   try {
-    return FirstAnswer(dialect_->replicated) == "1";
+    return Ask(dialect_->replicated).at(0) == "1";
   } catch (const RuntimeError& error) {
     return error.NativeCode() != UnknownVariable;
   } catch (...) {
@@ -262,3 +323,30 @@ bool Session::OnSameServerSession() const noexcept {
 }
 
 } // namespace lumoscad::ado::detail
+
+namespace lumoscad::ado {
+
+std::string TransactionMark::Text() const {
+  std::string text;
+  const std::array<std::pair<const char*, const std::string*>, 5> parts{
+      {{"sessione", &session}, {"client", &client}, {"transazione", &number}, {"server", &server}, {"vita", &life}}};
+  for (const auto& [name, value] : parts) {
+    if (!value->empty()) {
+      text.append(text.empty() ? "" : ", ").append(name).append(" ").append(*value);
+    }
+  }
+  return text;
+}
+
+RuntimeError KnownNotApplied(const RuntimeError& doubt) {
+  std::string note = doubt.Note();
+  if (const auto open = note.find(detail::OpenEnd); open != std::string::npos) {
+    note.replace(open, detail::OpenEnd.size(), detail::NothingKept);
+  }
+  return RuntimeError(doubt.Number(), doubt.Description(), doubt.Source())
+      .WithNote(std::move(note))
+      .WithState(doubt.SqlState(), doubt.NativeCode())
+      .WithOutcome(TransactionOutcome::NotApplied);
+}
+
+} // namespace lumoscad::ado

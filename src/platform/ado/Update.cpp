@@ -149,7 +149,7 @@ class OwnTransaction {
   }
   void Commit() {
     if (own_) {
-      session_.Commit();
+      session_.Commit({});
     }
   }
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/ado/Ado.hpp"
+
+#include <chrono>
+#include <optional>
+
+namespace lumoscad::ado {
+
+/// What a new connection can tell of a transaction whose COMMIT was sent and had no answer.
+struct Aftermath {
+  enum class Rows {
+    SayNothing, ///< the transaction may still be under way, or the server has none of its rows: ask again
+    SayIfDone, ///< it is another server: rows that hold the change tell that it was made, rows that do not tell nothing
+    Decide     ///< nothing of it is under way any more
+  };
+  Rows rows = Rows::SayNothing;
+  /// What the server says of the transaction's number; nothing where it has none, or is not the one that gave it, or no
+  /// longer in that life.
+  std::optional<TransactionOutcome> number;
+  /// The transaction's session is there, and is certainly its own: not one that a pooler may have given to somebody
+  /// else.
+  bool lingers = false;
+};
+
+/// Looks over `connection`, which was opened after it. Raises the driver's failure, which tells nothing either.
+[[nodiscard]] Aftermath LookBack(const Connection& connection, const TransactionMark& mark);
+
+/// Ends the session of a transaction that `LookBack` says to linger: its client is gone, and it holds its rows. One
+/// that waits for a standby is left alone. What became of the transaction is to be asked afterwards.
+void EndSession(const Connection& connection, const TransactionMark& mark) noexcept;
+
+/// The longest that one wait for a server lasts, by the setting of the environment. Raises where it is unfit.
+[[nodiscard]] std::chrono::seconds LongestWait();
+
+} // namespace lumoscad::ado
