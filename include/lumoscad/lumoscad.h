@@ -19,14 +19,12 @@ size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione);
  * Italian text for the person into `testo`, and return its length, as `lumoscad_esegui` does with its result; `stato`
  * (which may be null) receives how it went. They may be called on any thread, one call at a time: another one, or a
  * command that runs, is LUMOSCAD_ERRORE. None asks the host. Never throw. */
-enum {
-  LUMOSCAD_RIUSCITO = 0,   /* all could be read; or nothing of the note is open any more */
-  LUMOSCAD_ERRORE = 1,     /* something could not be read; or something is still open: `testo` says what */
-  LUMOSCAD_DA_CHIEDERE = 3 /* nothing was done: `testo` ends with the question for the person, if there is one */
-};
+#define LUMOSCAD_RIUSCITO 0    /* all could be read; or nothing of the note is open any more */
+#define LUMOSCAD_ERRORE 1      /* something could not be read; or something is still open: `testo` says what */
+#define LUMOSCAD_DA_CHIEDERE 3 /* nothing was done: `testo` ends with the question for the person, if there is one */
 
-/* Lists what is left over and changes nothing. `opzioni` are the "-DB2..." options of the database that is to be asked
- * what it holds now; null or empty: none is. */
+/* Lists what is left over; nothing is changed, but that what was put aside 90 days ago goes. `opzioni` are the
+ * "-DB2..." options of the database that is to be asked what it holds now; null or empty: none is. */
 size_t lumoscad_in_sospeso(const char* opzioni, int* stato, char* testo, size_t dimensione);
 
 /* Finishes the change of the note `nota`. With `conferma` 0 it tells what it would do and changes nothing; otherwise

@@ -101,9 +101,9 @@ std::string StatoBaseDati(const Nota& nota) {
 }
 
 std::string Consiglio(const Nota& nota, const RigheEsaminate* righe) {
-  const std::string riallinea = "lumoscad --riallinea " + nota.nome + " -DB2SOURCE " +
-                                (nota.origineDati.empty() ? "ORIGINE" : nota.origineDati) + " ...";
-  const std::string archivia = "lumoscad --archivia " + nota.nome + " MOTIVO";
+  std::string riallinea = "lumoscad --riallinea " + nota.nome + " -DB2SOURCE " +
+                          (nota.origineDati.empty() ? "ORIGINE" : nota.origineDati) + " ...";
+  std::string archivia = "lumoscad --archivia " + nota.nome + " MOTIVO";
   if (nota.inCorso) {
     return "attendere: il comando è ancora in corso, o qualcuno sta riallineando la nota";
   }

@@ -32,8 +32,8 @@ class CFace : public testing::Test {
   }
 
   static const lumoscad::test::TemporaryFolder& Locale() {
-    static const lumoscad::test::TemporaryFolder unica;
-    return unica;
+    static const lumoscad::test::TemporaryFolder Unica;
+    return Unica;
   }
   /// Leaves the note of a command, in this phase.
   static void Lascia(const std::string& nome, const std::string& fase) {

@@ -44,7 +44,7 @@ class LeftOpen : public testing::Test {
       nota.Prepara({"01", "SOSPESOCREA", "20100001", "AB   123", ""});
       nota.Avviata("10.0.0.1", "VB0001", {"01", "SOSPESOCREA"});
     }
-    const std::string nome = LeggiNote(demo.Locale()).back().nome;
+    std::string nome = LeggiNote(demo.Locale()).back().nome;
     const NotaPresa presa(demo.Locale(), nome);
     Nota nota = presa.Leggi();
     nota.fase = fase;
@@ -244,6 +244,7 @@ TEST_F(LeftOpen, IsFinishedOnceWhereManyTryAtTheSameTime) {
   const auto nota = Lascia(FaseNota::Accettata);
   Scrivi(demo.Base() / "opzioni", "-DB2SOURCE " + demo.Sorgente() + " -DB2SCHEMA main\n");
   std::vector<std::unique_ptr<Figlio>> tutti;
+  tutti.reserve(Quanti);
   for (int numero = 0; numero < Quanti; ++numero) {
     tutti.push_back(std::make_unique<Figlio>(
         std::vector<std::string>{ProgramPath("lumoscad").string(), "--riallinea", nota, "-", "--si"}, demo.Ambiente(),
