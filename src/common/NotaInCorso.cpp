@@ -57,7 +57,7 @@ template <typename Azione> bool Prova(Azione azione) noexcept {
 void NotaInCorso::Dimentica() noexcept {
   file_.LetGo();
   percorsi_.reset();
-  modifica_.clear();
+  Lascia();
   richiesta_.clear();
   fase_ = FaseNota::Avviata;
   conBaseDati_ = false;
@@ -76,22 +76,40 @@ void NotaInCorso::Comincia(std::string_view tipo, std::string_view sottocomando)
   });
 }
 
-template <typename Testo> void NotaInCorso::PreparaTesto(Testo testo) noexcept {
-  Dimentica();
-  Prova([&] { modifica_ = testo(); });
-}
-
 void NotaInCorso::Prepara(std::string_view tipo, const VariazioniCanalizzazione& variazioni) noexcept {
-  PreparaTesto([&] { return testoNota::DiModifica(tipo, variazioni); });
+  Dimentica();
+  Prova([&] {
+    tipo_ = tipo;
+    canalizzazioni_ = &variazioni;
+  });
 }
 
 void NotaInCorso::Prepara(ModificaChiesta::Genere genere, std::string_view tipo,
                           const VariazioniConsegna& variazioni) noexcept {
-  PreparaTesto([&] { return testoNota::DiModifica(genere, tipo, variazioni); });
+  Dimentica();
+  Prova([&] {
+    tipo_ = tipo;
+    genere_ = genere;
+    consegne_ = &variazioni;
+  });
 }
 
 void NotaInCorso::Prepara(const std::vector<std::string>& parametri) noexcept {
-  PreparaTesto([&] { return testoNota::DiModifica(parametri); });
+  Dimentica();
+  Prova([&] { azione_ = testoNota::DiModifica(parametri); });
+}
+
+void NotaInCorso::Lascia() noexcept {
+  azione_.clear();
+  canalizzazioni_ = nullptr;
+  consegne_ = nullptr;
+}
+
+std::string NotaInCorso::TestoModifica() const {
+  if (canalizzazioni_ != nullptr) {
+    return testoNota::DiModifica(tipo_, *canalizzazioni_);
+  }
+  return consegne_ != nullptr ? testoNota::DiModifica(genere_, tipo_, *consegne_) : azione_;
 }
 
 void NotaInCorso::SegnaRichiesta(std::string_view richiesta) noexcept {
@@ -101,11 +119,10 @@ void NotaInCorso::SegnaRichiesta(std::string_view richiesta) noexcept {
 void NotaInCorso::Avviata(std::string_view host, std::string_view programma,
                           const std::vector<std::string>& parametri) noexcept {
   // Without what is asked a note would be of no use to whoever finishes it.
-  if (modifica_.empty()) {
-    return;
+  if (!azione_.empty() || canalizzazioni_ != nullptr || consegne_ != nullptr) {
+    Prova([&] { Pubblica(host, programma, parametri); });
   }
-  Prova([&] { Pubblica(host, programma, parametri); });
-  modifica_ = {};
+  Lascia();
 }
 
 void NotaInCorso::Pubblica(std::string_view host, std::string_view programma,
@@ -115,8 +132,9 @@ void NotaInCorso::Pubblica(std::string_view host, std::string_view programma,
   const long processo = ProcessNumber();
   const DateTime ora = ActiveServices().localTime();
   const std::string origine = OrigineDati(stato().ComandoCorrente);
+  const std::string modifica = TestoModifica();
   const std::string testo = testoNota::DiNota({ora, ambiente.CodicePostazione, processo, tipoComando_, stato().azienda,
-                                               host, programma, richiesta_, origine, parametri, modifica_});
+                                               host, programma, richiesta_, origine, parametri, modifica});
   testoFase_.reserve(SpazioFase);
   transazione_.reserve(SpazioFase);
   risposta_.reserve(SpazioFase);

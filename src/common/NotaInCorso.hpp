@@ -18,11 +18,14 @@ class NotaInCorso {
  public:
   /// A command begins, of the type `tipo` and with this sub-command, if any; what an earlier one left stays as it is.
   void Comincia(std::string_view tipo, std::string_view sottocomando) noexcept;
-  /// What the command is about to ask of host and database: a list, or an action's list for the database. `richiesta`
-  /// is the request file's name on the host, where there is one.
+  /// What the command is about to ask of host and database: a list, or an action's list for the database. A list is
+  /// read when the program is started, so that nothing is spent on it before; it must live until then, or until
+  /// `Lascia`.
   void Prepara(std::string_view tipo, const VariazioniCanalizzazione& variazioni) noexcept;
   void Prepara(ModificaChiesta::Genere genere, std::string_view tipo, const VariazioniConsegna& variazioni) noexcept;
   void Prepara(const std::vector<std::string>& parametri) noexcept;
+  void Lascia() noexcept;
+  /// The request file's name on the host, where there is one.
   void SegnaRichiesta(std::string_view richiesta) noexcept;
 
   /// The host's program is about to be started.
@@ -48,8 +51,8 @@ class NotaInCorso {
   void Concludi(bool riuscito) noexcept;
 
  private:
-  template <typename Testo> void PreparaTesto(Testo testo) noexcept;
   void Pubblica(std::string_view host, std::string_view programma, const std::vector<std::string>& parametri);
+  [[nodiscard]] std::string TestoModifica() const;
   [[nodiscard]] bool Scritta() noexcept;
   void SegnaFase(FaseNota fase) noexcept;
   void Scrivi(FaseNota fase, std::string_view risposta, std::string_view transazione,
@@ -58,7 +61,11 @@ class NotaInCorso {
   void Dimentica() noexcept;
 
   std::string tipoComando_;
-  std::string modifica_; ///< the text of what is asked
+  std::string azione_; ///< the text of an action's list
+  ModificaChiesta::Genere genere_ = ModificaChiesta::Genere::Nessuna;
+  std::string tipo_;                                         ///< of a list
+  const VariazioniCanalizzazione* canalizzazioni_ = nullptr; ///< a list of one or the other kind
+  const VariazioniConsegna* consegne_ = nullptr;
   std::string richiesta_;
   std::optional<PercorsiNota> percorsi_; ///< of the note, while it is written
   HeldFile file_;

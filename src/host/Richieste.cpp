@@ -128,12 +128,19 @@ std::string Invia(const RichiestaRecord& richiesta) {
   throw RuntimeError(errors::TransferError, risposta->Errore).WithOutcome(TransactionOutcome::NotApplied);
 }
 
-void PreparaNota(const RichiestaRecord& richiesta, const VariazioniCanalizzazione& variazioni) {
-  stato().notaInCorso.Prepara(richiesta.tipo, variazioni);
-}
-void PreparaNota(const RichiestaRecord& richiesta, const VariazioniConsegna& variazioni) {
-  stato().notaInCorso.Prepara(richiesta.genere, richiesta.tipo, variazioni);
-}
+/// Lends the running command's note a list for as long as its request lasts.
+class ListaDellaNota {
+ public:
+  ListaDellaNota(const RichiestaRecord& richiesta, const VariazioniCanalizzazione& variazioni) noexcept {
+    stato().notaInCorso.Prepara(richiesta.tipo, variazioni);
+  }
+  ListaDellaNota(const RichiestaRecord& richiesta, const VariazioniConsegna& variazioni) noexcept {
+    stato().notaInCorso.Prepara(richiesta.genere, richiesta.tipo, variazioni);
+  }
+  ListaDellaNota(const ListaDellaNota&) = delete;
+  ListaDellaNota& operator=(const ListaDellaNota&) = delete;
+  ~ListaDellaNota() { stato().notaInCorso.Lascia(); }
+};
 
 /// Sends one line a record; nothing at all for an empty list.
 template <typename Variazioni, typename Riga>
@@ -142,7 +149,7 @@ std::string InviaRighe(RichiestaRecord richiesta, const Variazioni& variazioni, 
   if (variazioni.empty()) {
     return "";
   }
-  PreparaNota(richiesta, variazioni);
+  const ListaDellaNota lista(richiesta, variazioni);
   richiesta.daControllare = procedureLumoDB2::Righe(variazioni);
   richiesta.contenuto = [&] {
     constexpr std::size_t RigaUsuale = 96; // bytes: nearly every line is shorter, and any may be longer
