@@ -35,20 +35,29 @@ class RealigningOverALineThatBreaks
   std::string nota_;
 };
 
+class RealigningWhereTheServerStaysAway : public RealigningOverALineThatBreaks {};
+
+std::string NomeDelTaglio(const testing::TestParamInfo<RealigningOverALineThatBreaks::ParamType>& caso) {
+  return std::string(std::get<0>(caso.param)) +
+         (std::get<1>(caso.param) == ByteProxy::Moment::BeforeItPasses ? "CommitLost" : "AnswerLost");
+}
+
+const auto CommitPerso = std::make_tuple("postgres", ByteProxy::Moment::BeforeItPasses, std::string("come prima"));
+const auto RispostaPersa = std::make_tuple("mariadb", ByteProxy::Moment::BeforeTheReply, std::string("fatta"));
+
 INSTANTIATE_TEST_SUITE_P(
     Servers, RealigningOverALineThatBreaks,
-    testing::Values(std::make_tuple("postgres", ByteProxy::Moment::BeforeItPasses, std::string("come prima")),
+    testing::Values(CommitPerso, RispostaPersa,
                     std::make_tuple("postgres", ByteProxy::Moment::BeforeTheReply, std::string("fatta")),
-                    std::make_tuple("mariadb", ByteProxy::Moment::BeforeItPasses, std::string("come prima")),
-                    std::make_tuple("mariadb", ByteProxy::Moment::BeforeTheReply, std::string("fatta"))),
-    [](const auto& caso) {
-      return std::string(std::get<0>(caso.param)) +
-             (std::get<1>(caso.param) == ByteProxy::Moment::BeforeItPasses ? "CommitLost" : "AnswerLost");
-    });
+                    std::make_tuple("mariadb", ByteProxy::Moment::BeforeItPasses, std::string("come prima"))),
+    NomeDelTaglio);
+// Each waits as long as the component looks for the server.
+INSTANTIATE_TEST_SUITE_P(Servers, RealigningWhereTheServerStaysAway, testing::Values(CommitPerso, RispostaPersa),
+                         NomeDelTaglio);
 
 } // namespace
 
-TEST_P(RealigningOverALineThatBreaks, KeepsTheNoteAndSaysThatTheOutcomeIsNotKnown) {
+TEST_P(RealigningWhereTheServerStaysAway, KeepsTheNoteAndSaysThatTheOutcomeIsNotKnown) {
   const auto& [genere, momento, stato] = GetParam();
   const NotaInSospeso vista = Guarda();
   ASSERT_EQ(vista.errore, "");
@@ -75,6 +84,25 @@ TEST_P(RealigningOverALineThatBreaks, KeepsTheNoteAndSaysThatTheOutcomeIsNotKnow
   EXPECT_EQ(posto_.base.Valore("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE PARTITACONTABILEKEY=100 AND TIPOEVENTO='C' "
                                "AND SOSPESA='S'"),
             "3");
+}
+
+TEST_P(RealigningOverALineThatBreaks, SaysWhatBecameOfItWhereTheServerIsThereAgain) {
+  const auto& [genere, momento, stato] = GetParam();
+  const NotaInSospeso vista = Guarda();
+  posto_.base.Proxy().StrikeAtSequence(posto_.base.Conferma(), momento, ByteProxy::Action::Close);
+  const EsitoInSospeso esito = RiallineaVista(vista, posto_.base.Opzioni());
+  EXPECT_TRUE(posto_.base.Proxy().HasStruck());
+  EXPECT_EQ(esito.riuscito, stato == "fatta") << esito.testo;
+  EXPECT_THAT(esito.testo, StartsWith("    " + stato + " "));
+  ASSERT_TRUE(posto_.base.SenzaAltreSessioni());
+  if (esito.riuscito) {
+    EXPECT_NE(Guarda().errore, "") << "there is no note any more";
+    EXPECT_NE(posto_.base.Tutto(), prima_);
+  } else {
+    EXPECT_THAT(esito.testo, EndsWith("\nLa base dati non ha registrato nulla.\nLa nota resta.\n"));
+    EXPECT_EQ(Guarda().baseDati, "il comando non vi ha registrato nulla");
+    EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(prima_));
+  }
 }
 
 TEST_P(RealigningOverALineThatBreaks, WritesNothingWhereItBreaksBefore) {
