@@ -1,6 +1,7 @@
 #include "ClusterAmounts.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Ado.hpp"
+#include "platform/ado/Aftermath.hpp"
 #include "support/GaleraCluster.hpp"
 #include "support/Loopback.hpp"
 #include "support/MariaDbProgram.hpp"
@@ -8,10 +9,12 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <thread>
 
 // A database of several servers, of which some may lose sight of the others.
 
@@ -47,6 +50,32 @@ class Cluster : public testing::Test {
     const auto asking = OpenAt(node);
     asking->Execute("SET SESSION wsrep_sync_wait=1");
     return test::FirstValue(*asking, Amount);
+  }
+  /// What a look at `node` tells of the change that made `before` more by one; nothing where it tells nothing.
+  static std::optional<TransactionOutcome> LookAt(std::size_t node, const TransactionMark& mark, int before) {
+    try {
+      const auto looking = OpenAt(node);
+      const auto rows = LookBack(*looking, mark).rows;
+      if (rows == Aftermath::Rows::SayNothing) {
+        return std::nullopt;
+      }
+      if (test::FirstValue(*looking, Amount) == std::to_string(before + 1)) {
+        return TransactionOutcome::Applied;
+      }
+      return rows == Aftermath::Rows::Decide ? std::optional(TransactionOutcome::NotApplied) : std::nullopt;
+    } catch (const RuntimeError&) {
+      return std::nullopt; // a node of a cluster that is not whole, or not yet
+    }
+  }
+  /// The first that the node of the transaction tells, asked for a minute.
+  static std::optional<TransactionOutcome> FoundOut(const TransactionMark& mark, int before) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    std::optional<TransactionOutcome> found;
+    while (!found && std::chrono::steady_clock::now() < limit) {
+      found = LookAt(0, mark, before);
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return found;
   }
   inline static std::unique_ptr<GaleraCluster> cluster; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 };
@@ -113,8 +142,12 @@ TEST_F(Cluster, CommitThatANodeRefusesSinceItSeesNoOtherIsOfUnknownOutcome) {
     cluster->Node(1).Pause();
     cluster->Node(2).Pause();
     const auto error = FailureOf(*connection);
+    const auto mark = connection->InDoubt().value_or(TransactionMark());
+    connection->Close();
+    EXPECT_TRUE(!error || !LookAt(0, mark, before)) << "a node that sees no other tells nothing";
     cluster->Node(1).Resume();
     cluster->Node(2).Resume();
+    const auto found = error ? FoundOut(mark, before) : std::nullopt;
     cluster->AwaitWhole();
     const std::string after = AmountAt(0);
     for (std::size_t node = 1; node < GaleraCluster::Size; ++node) {
@@ -131,6 +164,8 @@ TEST_F(Cluster, CommitThatANodeRefusesSinceItSeesNoOtherIsOfUnknownOutcome) {
                                          "modifiche: l'esito è sconosciuto"))
         << error->what();
     EXPECT_THAT(after, AnyOf(std::to_string(before), std::to_string(before + 1)));
+    EXPECT_EQ(found, after == std::to_string(before) ? TransactionOutcome::NotApplied : TransactionOutcome::Applied);
+    EXPECT_NE(LookAt(1, mark, before), TransactionOutcome::NotApplied) << "another node cannot know that";
     ++refused;
     applied += after == std::to_string(before) ? 0 : 1;
   }
