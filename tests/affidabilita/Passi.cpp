@@ -196,8 +196,11 @@ extern "C" short SQLEndTran(short genere, void* connessione, short esito) {
 extern "C" ssize_t send(int presa, const void* dati, size_t quanti, int modi) {
   static auto* const Originale = passi::Vera<ssize_t(int, const void*, size_t, int)>("send");
   const ssize_t spediti = Originale(presa, dati, quanti, modi);
-  if (const int errore = errno; !passi::Il().inCorso.empty()) {
-    passi::Punto(passi::Il().inCorso + ": sent");
+  // Of the link to the host only the messages of the program's call are steps: the others have steps around them.
+  const std::string nome =
+      passi::Il().inCorso.empty() && passi::Il().operazione == "program" ? "program" : passi::Il().inCorso;
+  if (const int errore = errno; !nome.empty()) {
+    passi::Punto(nome + ": sent");
     errno = errore;
   }
   return spediti;

@@ -57,7 +57,9 @@ std::vector<char*> Puntatori(Testi& testi) {
 }
 
 fs::path PreparaCartella(const std::string& genere) {
-  fs::path base = test::OutputPath("affidabilita/prove") / (genere + "-" + std::to_string(::getpid()));
+  static int numero = 0; // a test may have two worlds of one kind
+  fs::path base = test::OutputPath("affidabilita/prove") /
+                  (genere + "-" + std::to_string(::getpid()) + "-" + std::to_string(++numero));
   fs::remove_all(base);
   for (const char* cartella : {"host/tmp", "host/programmi", "host/registro"}) {
     fs::create_directories(base / cartella);
@@ -127,6 +129,13 @@ Sistema::~Sistema() {
   fs::remove_all(base_, ignorato);
 }
 
+void Sistema::UsaSsh() {
+  SshServer::Options opzioni;
+  opzioni.environment = {"NEXARO_RADICE=" + Host().string()};
+  opzioni.sftp = "'" + test::ProgramPath("sftp_radice").string() + "' '" + Host().string() + "'";
+  ssh_ = std::make_unique<SshServer>(base_ / "ssh", opzioni);
+}
+
 fs::path Sistema::Registro(const std::string& postazione) const {
   return base_ / (postazione + ".registro");
 }
@@ -170,6 +179,9 @@ Testi Sistema::Interroga(const std::string& sql, char separatore) {
 }
 
 bool Sistema::SenzaSessioni() {
+  if (ssh_ && !Finche([this] { return ssh_->Processes().size() == 1; })) {
+    return false;
+  }
   if (genere_ == "sqlite") {
     return true;
   }
@@ -197,8 +209,14 @@ void Sistema::ScriviOpzioni(const fs::path& file, const std::string& utente) con
 }
 
 Testi Sistema::Ambiente(const std::string& postazione) const {
-  return {"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string(), "NEXARO_POSTAZIONE=" + postazione,
-          "NEXARO_CARTELLA_LOCALE=" + Locale(postazione).string()};
+  Testi ambiente{"NEXARO_POSTAZIONE=" + postazione, "NEXARO_CARTELLA_LOCALE=" + Locale(postazione).string()};
+  Testi collegamento{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string()};
+  if (ssh_) {
+    collegamento = ssh_->Environment();
+    collegamento.push_back("NEXARO_PROGRAMMI=" + (Host() / "programmi").string());
+  }
+  ambiente.insert(ambiente.end(), collegamento.begin(), collegamento.end());
+  return ambiente;
 }
 
 std::string Sistema::Amministra(const std::string& postazione, const Testi& argomenti) const {

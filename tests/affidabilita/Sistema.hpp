@@ -2,6 +2,7 @@
 
 #include "platform/ado/Ado.hpp"
 #include "support/DatabaseContext.hpp"
+#include "support/SshServer.hpp"
 
 #include <filesystem>
 #include <memory>
@@ -46,6 +47,9 @@ class Sistema {
   Sistema& operator=(const Sistema&) = delete;
   ~Sistema();
 
+  /// From here on the host is reached by a server of SSH that serves its directory.
+  void UsaSsh();
+
   [[nodiscard]] std::filesystem::path Base() const { return base_; }
   [[nodiscard]] std::filesystem::path Host() const { return base_ / "host"; }
   [[nodiscard]] std::filesystem::path Tmp() const { return base_ / "host/tmp"; }
@@ -62,7 +66,8 @@ class Sistema {
   void Esegui(std::string_view script);
   /// The rows of a query, their columns separated by `separatore`.
   [[nodiscard]] Testi Interroga(const std::string& sql, char separatore = '|');
-  /// Waits until the database has no session but the test's own; false when one is left after thirty seconds.
+  /// Waits until the database has no session but the test's own, and the host none with its programs; false when one is
+  /// left after thirty seconds.
   [[nodiscard]] bool SenzaSessioni();
 
   /// Waits until a file is there; false when it is not after thirty seconds.
@@ -88,6 +93,7 @@ class Sistema {
   [[nodiscard]] Testi Ambiente(const std::string& postazione) const;
   std::string genere_;
   std::filesystem::path base_;
+  std::unique_ptr<SshServer> ssh_;
   std::unique_ptr<test::TestDatabase> database_;
   std::unique_ptr<ado::Connection> connessione_;
 };

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* Ucciso = "T01";
 constexpr const char* Secondo = "T02";
-constexpr std::string_view ProgrammaAvviato = "program: started";
+constexpr std::string_view ProgrammaChiesto = "program: before";
 
 void Svuota(const fs::path& cartella) {
   for (const std::string& nome : Contenuto(cartella)) {
@@ -165,7 +165,7 @@ void Uccisione::Chiudi(Osservazione& vista) {
   }
   vista.chiusa = elenco.starts_with("0\nNon c'è nulla in sospeso.\n");
   const bool conHost =
-      std::any_of(passi_.begin(), passi_.end(), [](const std::string& p) { return p == ProgrammaAvviato; });
+      std::any_of(passi_.begin(), passi_.end(), [](const std::string& p) { return p == ProgrammaChiesto; });
   vista.pari = Stato() == (vista.accettata || (!conHost && vista.applicata) ? dopo_ : prima_);
   if (vista.intatta) {
     RipristinaDati();
@@ -177,12 +177,16 @@ void Uccisione::TogliResti() const {
   Svuota(sistema_.Locale(Ucciso));
 }
 
-Osservazione Uccisione::A(long passo) {
+std::optional<Osservazione> Uccisione::A(long passo) {
   Ripristina();
   constexpr int Sigkill = 128 + 9;
   Sistema::Lancio lancio{Ucciso, {vittima_.comando}};
   lancio.morte = passo;
-  if (sistema_.Avvia(lancio).Attendi() != Sigkill) {
+  const int uscita = sistema_.Avvia(lancio).Attendi();
+  if (uscita == 0) {
+    return std::nullopt;
+  }
+  if (uscita != Sigkill) {
     throw std::runtime_error("the terminal was not killed");
   }
   if (!sistema_.SenzaSessioni()) {

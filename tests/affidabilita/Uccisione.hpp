@@ -2,6 +2,7 @@
 
 #include "Sistema.hpp"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,8 +42,8 @@ class Uccisione {
   [[nodiscard]] const Testi& Passi() const noexcept { return passi_; }
   /// What is left in the terminal's directory by the run in which nobody was killed.
   [[nodiscard]] const Testi& Resti() const noexcept { return resti_; }
-  /// What is found after a death at step `passo`, from 1.
-  [[nodiscard]] Osservazione A(long passo);
+  /// What is found after a death at step `passo`, from 1; nothing where the command came to its end before that step.
+  [[nodiscard]] std::optional<Osservazione> A(long passo);
 
  private:
   void Ripristina();

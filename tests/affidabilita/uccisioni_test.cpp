@@ -35,15 +35,16 @@ bool PerIntero() {
   return std::getenv("LUMOSCAD_PER_INTERO") != nullptr || std::getenv("LUMOSCAD_PAGINA_UCCISIONI") != nullptr;
 }
 
-std::vector<Vittima> Vittime() {
-  const std::string lista = " -H locale -D 01 -B X";
+std::vector<Vittima> Vittime(bool ssh) {
+  const std::string host = ssh ? " -H " + SshServer::Address() : " -H locale";
+  const std::string lista = host + " -D 01 -B X";
   const std::string presunti = lista + " -TIPOMOVIMENTI V";
-  const std::string partita = " -H locale -D 01 -C " + ContoDellaPartita(Misura, 2) + " -P AB   2";
-  const std::string documento = " -H locale -D 01 -S OC -A 06 -N 1 -E 2006";
+  const std::string partita = host + " -D 01 -C " + ContoDellaPartita(Misura, 2) + " -P AB   2";
+  const std::string documento = host + " -D 01 -S OC -A 06 -N 1 -E 2006";
   std::vector<Vittima> tutte = {
       {"BANCA /CREDITI", "-T BANCA /CREDITI" + lista + "\tdata:=AB   6:15/04/26;banca:=AB   9:3;conferma", ""},
       {"SOSPESO /A", "-T SOSPESO /A" + partita, ""},
-      {"EXTRA /A", "-T EXTRA /A -H locale -D 01 -S A -E 2006 -N 2", ""}};
+      {"EXTRA /A", "-T EXTRA /A" + host + " -D 01 -S A -E 2006 -N 2", ""}};
   if (!PerIntero()) {
     return tutte;
   }
@@ -60,14 +61,15 @@ std::vector<Vittima> Vittime() {
   return tutte;
 }
 
-/// A case: a command on a kind of database.
+/// A case: a command on a kind of database, the host in a directory or behind a server of SSH.
 struct Caso {
   std::string genere;
   Vittima vittima;
+  bool ssh = false;
 };
 
 void PrintTo(const Caso& caso, std::ostream* uscita) {
-  *uscita << caso.vittima.nome << " on " << caso.genere;
+  *uscita << caso.vittima.nome << " on " << caso.genere << (caso.ssh ? " over SSH" : "");
 }
 
 /// Where the tables are made; the invariants hold on every database.
@@ -75,26 +77,34 @@ constexpr const char* BaseDellaPagina = "postgres";
 
 std::vector<Caso> Casi() {
   std::vector<Caso> casi;
-  for (const Vittima& vittima : Vittime()) {
+  for (const Vittima& vittima : Vittime(false)) {
     casi.push_back({BaseDellaPagina, vittima});
   }
   if (PerIntero()) {
     for (const char* genere : {"sqlite", "mariadb"}) {
-      for (const Vittima& vittima : Vittime()) {
+      for (const Vittima& vittima : Vittime(false)) {
         casi.push_back({genere, vittima});
+      }
+    }
+  }
+  for (const char* genere : {"postgres", "mariadb", "sqlite"}) {
+    for (const Vittima& vittima : Vittime(true)) {
+      // Time for one in the ordinary suite, and the writing test asks no host.
+      if (PerIntero() ? vittima.nome != "TEST" : vittima.nome == "SOSPESO /A" && genere == BaseDellaPagina) {
+        casi.push_back({genere, vittima, true});
       }
     }
   }
   return casi;
 }
 
-/// The worlds of all cases, one a kind of database, and the page that they fill.
+/// The world of a case, which those that follow it share where they can, and the page that they fill.
 class Scena final : public testing::Environment {
  public:
   void TearDown() override {
-    sistemi_.clear();
+    sistema_.reset();
     for (const auto& [genere, conto] : conti) {
-      std::printf("uccisioni: %-8s %2zu comandi, %3zu morti; host sì e base dati no dopo %3zu di queste, e la nota lo "
+      std::printf("uccisioni: %-12s %2zu comandi, %3zu morti; host sì e base dati no dopo %3zu di queste, e la nota lo "
                   "dice dopo %3zu; riallineate %3zu; una nota resta dopo %3zu\n",
                   genere.c_str(), conto.comandi, conto.morti, conto.finestra, conto.annotate, conto.riallineate,
                   conto.note);
@@ -104,15 +114,23 @@ class Scena final : public testing::Environment {
     }
   }
 
-  Sistema& Il(const std::string& genere) {
-    std::unique_ptr<Sistema>& sistema = sistemi_[genere];
-    if (!sistema) {
-      sistema = std::make_unique<Sistema>(
+  Sistema& Il(const std::string& genere, bool ssh) {
+    if (nome_ != Nome(genere, ssh)) {
+      // One at a time: the sessions of a server are counted.
+      nome_.clear();
+      sistema_.reset();
+      sistema_ = std::make_unique<Sistema>(
           genere, Righe(Misura) + "CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
                                   "CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * FROM MOVIMENTOCONTABILE;");
+      if (ssh) {
+        sistema_->UsaSsh();
+      }
+      nome_ = Nome(genere, ssh);
     }
-    return *sistema;
+    return *sistema_;
   }
+
+  static std::string Nome(const std::string& genere, bool ssh) { return genere + (ssh ? " ssh" : ""); }
 
   struct Conto {
     std::size_t comandi = 0;
@@ -126,7 +144,8 @@ class Scena final : public testing::Environment {
   std::string pagina = Intestazione();
 
  private:
-  std::map<std::string, std::unique_ptr<Sistema>> sistemi_;
+  std::string nome_;
+  std::unique_ptr<Sistema> sistema_;
 };
 
 Scena& LaScena() {
@@ -168,10 +187,16 @@ std::string NotaAttesa(const Testi& passi, std::size_t passo) {
 /// Where the host and the database change sides, and that nothing lies between yes and no.
 void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) {
   SCOPED_TRACE(std::to_string(passo + 1) + " " + passi[passo]);
-  const bool conHost = Posto(passi, "program: started") < passi.size();
+  const bool conHost = Posto(passi, "program: before") < passi.size();
   EXPECT_NE(vista.applicata, vista.intatta) << "the database is half changed";
   EXPECT_EQ(vista.applicata, passo >= Conferma(passi));
-  EXPECT_EQ(vista.accettata, conHost && passo >= Posto(passi, "program: started"));
+  if (Posto(passi, "program: started") < passi.size() || !conHost) {
+    EXPECT_EQ(vista.accettata, conHost && passo >= Posto(passi, "program: started"));
+  } else {
+    // What was sent to a server that then loses the terminal it does, or it does not.
+    EXPECT_TRUE(!vista.accettata || passo > Posto(passi, "program: before"));
+    EXPECT_TRUE(vista.accettata || passo < Posto(passi, "program: answer read"));
+  }
   EXPECT_TRUE(!vista.applicata || vista.accettata || !conHost) << "changed without the host's yes";
   EXPECT_EQ(vista.nota, NotaAttesa(passi, passo));
   EXPECT_TRUE(!vista.accettata || vista.applicata || vista.nota != "none") << "the host is ahead and nobody knows";
@@ -185,9 +210,14 @@ void Verifica(const Testi& passi, std::size_t passo, const Osservazione& vista) 
                                        [](const std::string& nome) { return nome.starts_with("VB"); }));
 }
 
-Osservazione Muori(Uccisione& uccisione, const std::string& genere, std::size_t passo) {
-  Scena::Conto& conto = LaScena().conti[genere];
-  Osservazione vista = uccisione.A(static_cast<long>(passo) + 1);
+Osservazione Muori(Uccisione& uccisione, const std::string& dove, std::size_t passo) {
+  Scena::Conto& conto = LaScena().conti[dove];
+  const auto esito = uccisione.A(static_cast<long>(passo) + 1);
+  if (!esito) {
+    ADD_FAILURE() << "the terminal was not killed at " << uccisione.Passi()[passo];
+    return {};
+  }
+  const Osservazione& vista = *esito;
   Verifica(uccisione.Passi(), passo, vista);
   ++conto.morti;
   const bool avanti = vista.accettata && !vista.applicata;
@@ -196,6 +226,17 @@ Osservazione Muori(Uccisione& uccisione, const std::string& genere, std::size_t 
   conto.note += vista.nota != "none" ? 1U : 0U;
   conto.riallineate += avanti && vista.chiusa && vista.pari ? 1U : 0U;
   return vista;
+}
+
+/// Dies at every step, or at some of them and at all of the program's call; what is found is no page's.
+void SenzaPagina(Uccisione& uccisione, const std::string& dove) {
+  const Testi& passi = uccisione.Passi();
+  const std::size_t salto = PerIntero() ? 1 : 8;
+  for (std::size_t passo = 0; passo < passi.size(); ++passo) {
+    if (passo % salto == 0 || passi[passo].starts_with("program")) {
+      Muori(uccisione, dove, passo);
+    }
+  }
 }
 
 /// Dies at every step; compares the table with the published one, or adds it to the page that is being written.
@@ -250,20 +291,25 @@ void OgniLinea(Uccisione& uccisione, const std::string& genere, const std::strin
 }
 
 TEST_P(Kills, LeaveTheDatabaseWholeAndAreMendedByTheSameCommand) {
-  const auto& [genere, vittima] = GetParam();
-  Uccisione uccisione(LaScena().Il(genere), vittima);
+  const auto& [genere, vittima, ssh] = GetParam();
+  const std::string dove = Scena::Nome(genere, ssh);
+  Uccisione uccisione(LaScena().Il(genere, ssh), vittima);
   ASSERT_LT(Conferma(uccisione.Passi()), uccisione.Passi().size());
   EXPECT_EQ(std::count_if(uccisione.Resti().begin(), uccisione.Resti().end(),
                           [](const std::string& nome) { return nome.starts_with("sospeso-"); }),
             0)
       << "a command that nothing disturbed leaves a note";
-  ++LaScena().conti[genere].comandi;
+  ++LaScena().conti[dove].comandi;
+  if (ssh) {
+    SenzaPagina(uccisione, dove);
+    return;
+  }
   const std::string titolo = "-T " + vittima.nome;
   PerIntero() ? OgniPasso(uccisione, genere, titolo) : OgniLinea(uccisione, genere, titolo);
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, Kills, testing::ValuesIn(Casi()), [](const auto& caso) {
-  std::string nome = caso.param.genere + caso.param.vittima.nome;
+  std::string nome = caso.param.genere + (caso.param.ssh ? "ssh" : "") + caso.param.vittima.nome;
   nome.erase(std::remove_if(nome.begin(), nome.end(), [](char c) { return c == ' ' || c == '/'; }), nome.end());
   return nome;
 });
