@@ -40,12 +40,12 @@ constexpr std::string_view EndsOfPostgres =
 constexpr std::string_view MarkedPostgres =
     "SELECT pg_catalog.pg_backend_pid() || ' ' || coalesce(current_setting('lumoscad.opened', true), '')";
 /// A number is given out again after a crash, also after one of a single process, which the server survives: then it
-/// forgets its statistics, and says since when.
+/// forgets its statistics, and says since when. The name of a file of the log begins with the time line.
 constexpr std::string_view BeginningOfPostgres =
     "SELECT pg_catalog.pg_backend_pid() || ' ' || coalesce(current_setting('lumoscad.opened', true), ''), "
-    "s.system_identifier, pg_postmaster_start_time() || ' ' || "
-    "coalesce(pg_stat_get_bgwriter_stat_reset_time()::text, '') || ' ' || c.timeline_id, "
-    "pg_current_xact_id_if_assigned()::text FROM pg_control_system() s, pg_control_checkpoint() c";
+    "(pg_control_system()).system_identifier, pg_postmaster_start_time() || ' ' || "
+    "coalesce(pg_stat_get_bgwriter_stat_reset_time()::text, '') || ' ' || "
+    "left(pg_walfile_name(pg_current_wal_insert_lsn()), 8), pg_current_xact_id_if_assigned()::text";
 constexpr std::string_view TransactionOfPostgres = "SELECT pg_backend_pid(), pg_current_xact_id_if_assigned()::text";
 constexpr std::string_view BeginningOfMariaDb =
     "SELECT CONNECTION_ID(), CONCAT(@@hostname, ' ', @@port, ' ', @@server_id)";
