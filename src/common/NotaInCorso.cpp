@@ -6,6 +6,8 @@
 #include "common/TestoNota.hpp"
 #include "platform/Services.hpp"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace lumoscad {
@@ -141,6 +143,11 @@ void NotaInCorso::Pubblica(std::string_view host, std::string_view programma,
   const std::string base = NomeBase(ora, ambiente.CodicePostazione, processo);
   for (int volta = 0; volta < Tentativi; ++volta) {
     PercorsiNota percorsi(ambiente.CartellaLocale, volta == 0 ? base : base + "-" + std::to_string(volta));
+    // Looked at first: a name that is taken costs no flush.
+    std::error_code errore;
+    if (std::filesystem::exists(std::filesystem::symlink_status(percorsi.nota, errore))) {
+      continue;
+    }
     if (auto file = HeldFile::Publish(percorsi.nota, percorsi.parte, testo)) {
       file_ = std::move(*file);
       percorsi_ = std::move(percorsi);

@@ -204,6 +204,26 @@ TEST_P(NoteOfACommand, IsLeftAloneByAChildForkedMeanwhile) {
   EXPECT_EQ(UnaNota().fase, FaseNota::NonApplicata);
 }
 
+TEST_P(NoteOfACommand, OfTwoTerminalsWithOneCodeInTheSameSecondAreTwo) {
+  Durante([&] {
+    test::OtherProcess altro([] {
+      static NotaInCorso nota;
+      nota.Comincia("SOSPESO", "/D");
+      nota.Prepara({"01", "SOSPESOCANCELLA", "C11", "AB   123", ""});
+      nota.Avviata("10.0.0.1", "VB0001", {"01"});
+    });
+    ASSERT_TRUE(altro.Succeeded());
+    const std::string sua = "sospeso-20060305-140709-" + std::to_string(altro.Number());
+    EXPECT_THAT(Note(), SizeIs(2));
+    EXPECT_TRUE(LeggiNota(Cartella(), sua).inCorso);
+    altro.Kill();
+    EXPECT_FALSE(LeggiNota(Cartella(), sua).inCorso);
+    EXPECT_EQ(LeggiNota(Cartella(), sua).tipoComando, "SOSPESO /D");
+  });
+  EXPECT_EQ(Esegui(Sospendi), "");
+  EXPECT_EQ(UnaNota().tipoComando, "SOSPESO /D") << "the dead one's stays, this one's is gone";
+}
+
 /// A command that can write no note does and says what it does with one.
 TEST_P(NoteOfACommand, ThatCannotBeWrittenChangesNothing) {
   const std::vector<std::function<void()>> ostacoli = {
