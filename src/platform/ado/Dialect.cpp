@@ -47,8 +47,12 @@ constexpr std::string_view BeginningOfPostgres =
     "coalesce(pg_stat_get_bgwriter_stat_reset_time()::text, '') || ' ' || "
     "left(pg_walfile_name(pg_current_wal_insert_lsn()), 8), pg_current_xact_id_if_assigned()::text";
 constexpr std::string_view TransactionOfPostgres = "SELECT pg_backend_pid(), pg_current_xact_id_if_assigned()::text";
+constexpr std::string_view SessionOfMariaDb =
+    "SELECT CONNECTION_ID(), VARIABLE_VALUE FROM information_schema.SESSION_STATUS WHERE "
+    "VARIABLE_NAME='HANDLER_ROLLBACK'";
 constexpr std::string_view BeginningOfMariaDb =
-    "SELECT CONNECTION_ID(), CONCAT(@@hostname, ' ', @@port, ' ', @@server_id)";
+    "SELECT CONNECTION_ID(), CONCAT(@@hostname, ' ', @@port, ' ', @@server_id), VARIABLE_VALUE "
+    "FROM information_schema.SESSION_STATUS WHERE VARIABLE_NAME='HANDLER_ROLLBACK'";
 /// The server does not know which of its addresses it was reached by. The client is "address:port", or "name:port".
 constexpr std::string_view EndsOfMariaDb =
     "SELECT NULL, @@port, LEFT(HOST, CHAR_LENGTH(HOST) - LOCATE(':', REVERSE(HOST))), SUBSTRING_INDEX(HOST, ':', -1) "
@@ -70,8 +74,9 @@ constexpr std::array<Dialect, 5> Dialects{{
      .ends = EndsOfPostgres,
      .marked = MarkedPostgres},
     {.name = "MariaDB",
-     .serverSession = ConnectionId,
+     .serverSession = SessionOfMariaDb,
      .beginning = BeginningOfMariaDb,
+     .countsRollbacks = true,
      .opening = OpeningOfMariaDb,
      .openingLimit = LimitOfMariaDb,
      .sendsUnprepared = true,

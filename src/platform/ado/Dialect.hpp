@@ -18,6 +18,9 @@ struct Dialect {
   std::string_view beginning{};
   /// Query of the same right before COMMIT, the transaction's number behind it; empty where it has none.
   std::string_view transaction{};
+  /// The last column of `serverSession` and of `beginning` is how often the session has taken a transaction back. A
+  /// server of several that takes one back for a change of another server may tell so by a message that has no answer.
+  bool countsRollbacks = false;
   std::string_view opening{}; ///< first statement of a connection; may be empty
   /// What gives the opening a time limit for statements, the seconds behind it; may be empty.
   std::string_view openingLimit{};

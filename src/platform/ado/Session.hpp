@@ -58,7 +58,7 @@ class Session {
   void Close() noexcept;
 
   /// The columns of the first row that the server answers to `question`, empty for NULL. Raises when no answer comes.
-  [[nodiscard]] std::vector<std::string> Ask(std::string_view question) const;
+  [[nodiscard]] std::vector<std::string> Ask(std::string_view question, Handle<SQL_HANDLE_STMT>* kept = nullptr) const;
   /// Sends a statement of the layer's own that has no answer. Raises the driver's failure.
   void Tell(std::string_view statement) const;
   /// Whether other servers have a say in a COMMIT. Asked after a failure alone; a server that does not answer may be
@@ -89,10 +89,12 @@ class Session {
   [[nodiscard]] RuntimeError Explained(RuntimeError error) const;
   [[nodiscard]] bool Dead() const noexcept;
   void Identify();
-  [[nodiscard]] std::vector<std::string> AskExplained(std::string_view question) const;
+  [[nodiscard]] std::vector<std::string> AskExplained(std::string_view question,
+                                                      Handle<SQL_HANDLE_STMT>* kept = nullptr) const;
   [[nodiscard]] std::string ServerSession() const;
+  [[nodiscard]] std::string Rollbacks(const std::vector<std::string>& told) const;
   [[nodiscard]] bool OnSameServerSession() const noexcept;
-  void RequireWholeTransaction();
+  void RequireWholeTransaction(Handle<SQL_HANDLE_STMT>& question);
   void Abandon() noexcept;
   void Disconnect() noexcept;
   void NoticeReconnection() noexcept;
@@ -112,6 +114,7 @@ class Session {
   TransactionOutcome outcome_ = TransactionOutcome::NotApplied;
   std::string marked_;        ///< what the server answers as long as its session is this connection's alone
   std::string serverSession_; ///< the one that the open transaction began on
+  std::string rollbacks_;     ///< how many it had behind it by then, where the server counts them
   Endpoints ends_;
   bool identified_ = true; ///< false once the server could not say which one it is
   TransactionMark mark_;   ///< of the open transaction, or the last one
