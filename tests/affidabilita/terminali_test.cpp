@@ -8,6 +8,7 @@
 #include "Persona.hpp"
 #include "Sistema.hpp"
 #include "Storia.hpp"
+#include "common/Nota.hpp"
 
 #include <gmock/gmock.h>
 
@@ -16,6 +17,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace lumoscad::test {
 namespace {
@@ -65,10 +69,26 @@ class ManyTerminals : public testing::Test {
     EXPECT_THAT(Contenuto(sistema.Tmp()), IsEmpty());
     for (const Eseguito& comando : comandi) {
       const std::string postazione = comando.nome.substr(0, comando.nome.find('.'));
-      // The local copy of a lock stays where it is; nothing else does.
-      EXPECT_THAT(Contenuto(sistema.Locale(postazione)), testing::Each(testing::StartsWith("VB")));
+      // The local copy of a lock stays where it is, and the note of a change that the host has and the database has
+      // not.
+      EXPECT_THAT(Contenuto(sistema.Locale(postazione)),
+                  testing::Each(testing::AnyOf(testing::StartsWith("VB"), testing::StartsWith("sospeso-"))));
       EXPECT_THAT(LeggiRighe(sistema.Base() / (postazione + ".errori")), IsEmpty());
     }
+  }
+
+  /// What the terminals have left open.
+  [[nodiscard]] std::vector<Nota> Note() const {
+    std::set<std::string> postazioni;
+    for (const Eseguito& comando : comandi) {
+      postazioni.insert(comando.nome.substr(0, comando.nome.find('.')));
+    }
+    std::vector<Nota> note;
+    for (const std::string& postazione : postazioni) {
+      const auto sue = LeggiNote(sistema.Locale(postazione));
+      note.insert(note.end(), sue.begin(), sue.end());
+    }
+    return note;
   }
 
   Sistema sistema;
@@ -93,6 +113,15 @@ TEST_F(ManyTerminals, TheDatabaseIsWhatTheAcceptedCommandsSayInTheirOrder) {
   const Riscontro riscontro = Confronta();
   EXPECT_THAT(riscontro.errori, IsEmpty());
   EXPECT_GT(riscontro.inOrdine, static_cast<std::size_t>(Comandi())) << "hardly anything was tried";
+  std::size_t nonApplicate = 0;
+  for (const Nota& nota : Note()) {
+    EXPECT_EQ(nota.errore, "");
+    EXPECT_FALSE(nota.inCorso) << nota.nome;
+    nonApplicate += nota.fase == FaseNota::NonApplicata ? 1 : 0;
+    EXPECT_TRUE(nota.fase == FaseNota::NonApplicata || (nota.fase == FaseNota::Applicata && !nota.righeRimaste.empty()))
+        << nota.nome;
+  }
+  EXPECT_EQ(nonApplicate, riscontro.detti);
   const auto blocchi = ContaBlocchi(comandi);
   for (const auto& [blocco, conto] : blocchi) {
     EXPECT_THAT(conto.inspiegati, IsEmpty()) << blocco;
@@ -125,6 +154,10 @@ TEST_F(ManyTerminals, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHos
   EXPECT_THAT(riscontro.errori, IsEmpty());
   EXPECT_EQ(riscontro.confermati, 1U);
   EXPECT_EQ(riscontro.lineePerse, 1U);
+  const auto note = Note();
+  ASSERT_EQ(note.size(), 1U);
+  EXPECT_EQ(note[0].fase, FaseNota::Applicata);
+  EXPECT_THAT(note[0].righeRimaste, testing::ElementsAre("conto 20100001 partita AB   9 rata 1 del 10/03/2026"));
   EXPECT_EQ(LeggiStato(sistema).at("E90"), "9|9|101|C|S|2026-03-10|2026-03-10|1|4|-|O");
   VerificaResti();
 }
