@@ -5,6 +5,7 @@
 #include "platform/base/Descriptor.hpp"
 
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <future>
 #include <gmock/gmock.h>
@@ -184,9 +185,21 @@ class SshSilentAgent : public SshWaits {
     impostazioni.timeout = 1500ms;
     Collega();
   }
+  /// What comes of a call that the host answers within the limit: on a busy machine it does not always.
+  template <typename Chiamata> static std::string OltreLHost(Chiamata chiamata) {
+    const auto limite = std::chrono::steady_clock::now() + 60s;
+    std::string esito;
+    do {
+      esito = chiamata();
+    } while (esito.find("il servizio SSH non ha risposto") != std::string::npos &&
+             std::chrono::steady_clock::now() < limite);
+    return esito;
+  }
   std::string ChiamaAltrove() {
-    const Chiamante chiamante([this] { return Chiama(); });
-    return chiamante.Esito(15s);
+    return OltreLHost([this] {
+      const Chiamante chiamante([this] { return Chiama(); });
+      return chiamante.Esito(15s);
+    });
   }
 
   const std::string attesa =
@@ -237,8 +250,11 @@ TEST_F(SshSilentAgent, LeavesNoDescriptorBehind) {
   };
   const auto prima = aperti();
   for (int volta = 0; volta < 3; ++volta) {
-    Collega();
-    EXPECT_THAT(Chiama(), HasSubstr("l'agente delle chiavi"));
+    const std::string esito = OltreLHost([this] {
+      Collega();
+      return Chiama();
+    });
+    EXPECT_THAT(esito, HasSubstr("l'agente delle chiavi"));
     EXPECT_EQ(aperti(), prima);
   }
 }
