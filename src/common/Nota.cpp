@@ -121,7 +121,9 @@ bool Resto(const std::string& cartella, const std::string& file) {
   for (const auto fine : {DellaFase, DellArchivio}) {
     if (const auto nome = Senza(file, fine)) {
       const PercorsiNota percorsi(cartella, *nome);
-      return NomeAmmesso(*nome) && !std::filesystem::exists(std::filesystem::symlink_status(percorsi.nota, errore));
+      // Not to be told is not to be gone.
+      return NomeAmmesso(*nome) &&
+             std::filesystem::symlink_status(percorsi.nota, errore).type() == std::filesystem::file_type::not_found;
     }
   }
   return false;

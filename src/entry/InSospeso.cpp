@@ -5,6 +5,7 @@
 #include "platform/ControlCharacters.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/Services.hpp"
+#include "platform/ado/Aftermath.hpp"
 #include "platform/ado/Facts.hpp"
 
 #include <algorithm>
@@ -226,6 +227,7 @@ RigheEsaminate EsameNote::Righe(const Nota& nota) {
   if (!connection_) {
     try {
       connection_ = moduloDatabase::ApriPerProva(parametri_, ado::StatementSeconds());
+      ado::AwaitReplicas(*connection_);
     } catch (const RuntimeError& errore) {
       rifiuto_ = std::make_unique<RuntimeError>(errore);
       throw;

@@ -108,6 +108,23 @@ TEST_F(Cluster, SourceOfSeveralServersReachesTheOneThatIsThere) {
   EXPECT_EQ(connection.Outcome(), TransactionOutcome::Applied);
 }
 
+TEST_F(Cluster, AnotherNodeIsBelievedOnlyThatAChangeIsThere) {
+  const auto connection = OpenAt(0);
+  TransactionMark mark;
+  connection->onCommit = [&](const TransactionMark& told) { mark = told; };
+  connection->BeginTrans();
+  connection->Execute(Change);
+  connection->CommitTrans();
+  EXPECT_EQ(LookBack(*OpenAt(1), mark).rows, Aftermath::Rows::SayIfDone);
+}
+
+TEST_F(Cluster, LookAtANodeWaitsForWhatTheOthersHaveCommitted) {
+  const auto looking = OpenAt(1);
+  EXPECT_EQ(test::FirstValue(*looking, "SELECT @@wsrep_sync_wait"), "0");
+  AwaitReplicas(*looking);
+  EXPECT_EQ(test::FirstValue(*looking, "SELECT @@wsrep_sync_wait"), "1");
+}
+
 TEST_F(Cluster, LoserOfTwoChangesOnTwoNodesIsToldSoAndNothingOfItStays) {
   const auto first = OpenAt(0);
   const auto second = OpenAt(1);

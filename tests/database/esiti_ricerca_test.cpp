@@ -243,11 +243,11 @@ TEST_P(LookBackAtPostgres, TrustsNoNumberOfAnotherLifeAndNoRowsOfAnotherDatabase
   EXPECT_EQ(Look().rows, Aftermath::Rows::SayNothing);
 }
 
-TEST_P(LookBackAtMariaDb, BelievesOfAnotherServerOnlyThatAChangeIsThere) {
+TEST_P(LookBackAtMariaDb, BelievesNothingOfAnotherServerThatIsNoneOfACluster) {
   Commit();
   acting_->Close();
   mark_.server += "1";
-  EXPECT_EQ(Look().rows, Aftermath::Rows::SayIfDone);
+  EXPECT_EQ(Look().rows, Aftermath::Rows::SayNothing);
 }
 
 // The transaction is lost with the server, and its number is given to others, which are committed.
@@ -274,6 +274,23 @@ TEST_P(LookBackAtPostgres, TrustsNoNumberThatWasGivenOutAgainAfterACrash) {
   const auto found = Look();
   EXPECT_EQ(found.rows, Aftermath::Rows::Decide);
   EXPECT_EQ(found.number, std::nullopt);
+}
+
+// An administrator resets the statistics, by which the life is told.
+TEST_P(LookBackAtPostgres, WaitsForTheOldSessionThoughTheLifeSeemsAnother) {
+  acting_->onCommit = [&](const ado::TransactionMark& mark) {
+    mark_ = mark;
+    mark_.life += " later";
+    EXPECT_EQ(Look().rows, Aftermath::Rows::SayNothing);
+  };
+  acting_->BeginTrans();
+  acting_->Execute(Prima);
+  acting_->CommitTrans();
+  acting_->Close();
+  while (Look().rows == Aftermath::Rows::SayNothing) {
+  }
+  EXPECT_EQ(Look().rows, Aftermath::Rows::Decide);
+  EXPECT_EQ(Look().number, std::nullopt);
 }
 
 // The server survives the crash of one of its processes, but ends all sessions and begins a new life.

@@ -40,7 +40,10 @@ Aftermath LookAtPostgres(const Session& session, const TransactionMark& mark) {
     return {};
   }
   if (now[2] != mark.life) {
-    return {Rows::Decide, std::nullopt, false};
+    // The same server may count a new life while the session goes on: its statistics can be reset by hand.
+    const bool known = !PortOf(mark.client).empty();
+    const bool there = known && session.Ask("SELECT COUNT(*)" + PostgresSession(mark)).at(0) != "0";
+    return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, false};
   }
   const std::string status = mark.number.empty() ? "NULL" : "pg_xact_status('" + mark.number + "'::xid8)";
   const auto told = session.Ask("SELECT (SELECT COUNT(*)" + PostgresSession(mark) + "), " + status);
@@ -55,14 +58,22 @@ Aftermath LookAtPostgres(const Session& session, const TransactionMark& mark) {
   return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, told.at(0) == "1" && !PortOf(mark.client).empty()};
 }
 
-Aftermath LookAtMariaDb(const Session& session, const TransactionMark& mark) {
-  if (session.Replicated()) {
+/// Makes every look over this connection wait for what other servers have committed. False where none has a say.
+bool AwaitOthers(const Session& session) {
+  const bool replicated = session.Replicated();
+  if (replicated) {
     session.Tell("SET SESSION wsrep_sync_wait=1");
   }
+  return replicated;
+}
+
+Aftermath LookAtMariaDb(const Session& session, const TransactionMark& mark) {
+  const bool replicated = AwaitOthers(session);
   auto now = session.Ask(session.dialect().beginning);
   now.resize(2);
   if (now[1] != mark.server) {
-    return {Rows::SayIfDone, std::nullopt, false};
+    // A replica that lags behind holds what the rows were, and what they were may look like the change.
+    return {replicated ? Rows::SayIfDone : Rows::SayNothing, std::nullopt, false};
   }
   std::string sessions = "SELECT COUNT(*) FROM information_schema.PROCESSLIST WHERE ID<>CONNECTION_ID() AND ID=";
   sessions += mark.session;
@@ -91,6 +102,10 @@ Aftermath LookBack(const Connection& connection, const TransactionMark& mark) {
     return {};
   }
   return OfPostgres(session) ? LookAtPostgres(session, mark) : LookAtMariaDb(session, mark);
+}
+
+void AwaitReplicas(const Connection& connection) {
+  AwaitOthers(*connection.impl().Require());
 }
 
 void EndSession(const Connection& connection, const TransactionMark& mark) noexcept {

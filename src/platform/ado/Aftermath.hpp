@@ -11,8 +11,10 @@ namespace lumoscad::ado {
 struct Aftermath {
   enum class Rows {
     SayNothing, ///< the transaction may still be under way, or the server has none of its rows: ask again
-    SayIfDone, ///< it is another server: rows that hold the change tell that it was made, rows that do not tell nothing
-    Decide     ///< nothing of it is under way any more
+    /// It is another server of the same cluster: rows that hold the change tell that it was made, rows that do not tell
+    /// nothing.
+    SayIfDone,
+    Decide ///< nothing of it is under way any more
   };
   Rows rows = Rows::SayNothing;
   /// What the server says of the transaction's number; nothing where it has none, or is not the one that gave it, or no
@@ -25,6 +27,10 @@ struct Aftermath {
 
 /// Looks over `connection`, which was opened after it. Raises the driver's failure, which tells nothing either.
 [[nodiscard]] Aftermath LookBack(const Connection& connection, const TransactionMark& mark);
+
+/// Where other servers have a say in a COMMIT, makes every later look over `connection` wait for what they have
+/// committed. Raises the driver's failure.
+void AwaitReplicas(const Connection& connection);
 
 /// Ends the session of a transaction that `LookBack` says to linger: its client is gone, and it holds its rows. One
 /// that waits for a standby is left alone. What became of the transaction is to be asked afterwards.
