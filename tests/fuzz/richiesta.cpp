@@ -123,7 +123,9 @@ void ControllaScrittura(const test::TestBench& banco, const std::function<std::s
     Esigi(!atteso && errore.Number() == errors::TransferError, "una richiesta fallita che doveva riuscire");
     Esigi(errore.Text().starts_with("13 ") || errore.Text().starts_with("9 "), "un altro errore");
   }
-  Esigi(std::filesystem::is_empty(banco.environment.CartellaLocale), "il file locale non è stato tolto");
+  for (const auto& voce : std::filesystem::directory_iterator(banco.environment.CartellaLocale)) {
+    Esigi(voce.path().filename().string().starts_with("sospeso-"), "il file locale non è stato tolto");
+  }
   Esigi(banco.desktop.pointers.back() == Pointer::Standard, "il puntatore è rimasto una clessidra");
 }
 
