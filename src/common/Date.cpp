@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace lumoscad::Utilities {
@@ -78,13 +79,18 @@ DataScritta LeggiData(std::string_view testo) {
   return data;
 }
 
-std::string Rifiuta(const std::string& messaggio) {
-  MostraMessaggio(messaggio, "");
-  return std::string(DataRifiutata);
+/// What the check makes of a text: the date as it is shown, or why it is none.
+struct DataControllata {
+  std::string data;
+  std::string messaggio;
+};
+
+DataControllata Rifiutata(std::string messaggio) {
+  return {{}, std::move(messaggio)};
 }
 
-std::string DataErrata(std::string_view testo) {
-  return Rifiuta("Data errata: " + std::string(testo) + "\rScrivi la data nel formato: GGMMAA oppure GG/MM/AAAA");
+DataControllata DataErrata(std::string_view testo) {
+  return Rifiutata("Data errata: " + std::string(testo) + "\rScrivi la data nel formato: GGMMAA oppure GG/MM/AAAA");
 }
 
 /// The places where the characters of an UTF-8 text begin, and its end.
@@ -160,8 +166,7 @@ bool DueDueQuattro(std::string_view testo) {
   return testo.size() == 10 && testo[2] == '/' && testo[5] == '/' && std::count(testo.begin(), testo.end(), '/') == 2;
 }
 
-/// The date of a text that is not empty, as it is shown, or the blank of a refused one after its message.
-std::string Controllata(std::string_view testo) {
+DataControllata Controlla(std::string_view testo) {
   const std::string scritta = ConBarre(SenzaSpaziAiLati(testo));
   if (scritta.find('/') == std::string::npos) {
     return DataErrata(scritta);
@@ -171,25 +176,37 @@ std::string Controllata(std::string_view testo) {
     return DataErrata(scritta);
   }
   if (data.mese > 12) {
-    return Rifiuta("Mese errato: " + scritta);
+    return Rifiutata("Mese errato: " + scritta);
   }
   if (!Bisestile(AnnoPerBisestile(scritta)) && data.giorno >= 29 && data.mese == 2) {
-    return Rifiuta("Data errata: " + scritta + "\rL'anno non è bisestile ");
+    return Rifiutata("Data errata: " + scritta + "\rL'anno non è bisestile ");
   }
   if (!data.reale) {
     return DataErrata(scritta);
   }
-  return ConZeri(data.giorno, 2) + "/" + ConZeri(data.mese, 2) + "/" + ConZeri(data.anno, 4);
+  return {ConZeri(data.giorno, 2) + "/" + ConZeri(data.mese, 2) + "/" + ConZeri(data.anno, 4), {}};
 }
 
 } // namespace
 
 std::string ControllaData(std::string_view testo) noexcept {
   try {
-    return testo.empty() ? std::string(DataRifiutata) : Controllata(testo);
+    if (testo.empty()) {
+      return std::string(DataRifiutata);
+    }
+    const DataControllata controllata = Controlla(testo);
+    if (controllata.messaggio.empty()) {
+      return controllata.data;
+    }
+    MostraMessaggio(controllata.messaggio, "");
   } catch (...) {
-    return std::string(DataRifiutata);
+    // Whatever went wrong, the person sees that the date was not taken.
   }
+  return std::string(DataRifiutata);
+}
+
+std::string ControllaDataSenzaMessaggi(std::string_view testo) {
+  return testo.empty() ? std::string() : Controlla(testo).data;
 }
 
 std::string DataPerHost(std::string_view testo) {

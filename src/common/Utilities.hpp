@@ -13,6 +13,9 @@ namespace lumoscad::Utilities {
 /// "29/02/2000" is refused while "29/02/00" is taken.
 [[nodiscard]] std::string ControllaData(std::string_view testo) noexcept;
 
+/// What `ControllaData` makes of a text, without a word: empty for a text that it refuses or that is empty.
+[[nodiscard]] std::string ControllaDataSenzaMessaggi(std::string_view testo);
+
 /// Day/month/year text as "yyyymmdd"; "00000000" for an empty text. A year of two digits lies in 2000-2099.
 /// Raises error 9 when the text has fewer than three parts.
 [[nodiscard]] std::string DataPerHost(std::string_view testo);

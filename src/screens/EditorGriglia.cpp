@@ -2,6 +2,8 @@
 
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
+#include "platform/Services.hpp"
+#include "screens/DataScritta.hpp"
 #include "screens/Griglia.hpp"
 
 #include <algorithm>
@@ -79,11 +81,23 @@ void Griglia::TogliScadenza() {
   const NuovaDataGriglia& data = descrizione_.data;
   const std::string& testo = stato_.data.text;
   const bool scritta = data.senza == SenzaData::Presente ? MaggioreDiSpazio(testo) : !testo.empty();
-  const std::string nuova = scritta ? Utilities::ControllaData(testo) : std::string();
-  if (const auto riga = RigaInModifica()) {
+  const auto riga = RigaInModifica();
+  const std::string nuova = scritta ? Utilities::ControllaData(DataEspansa(testo, riga)) : std::string();
+  if (riga) {
     righe.ImpostaTesto(*riga, data.colonna, scritta ? nuova : DataTolta(*riga));
     Cambiata();
   }
+}
+
+std::string Griglia::DataEspansa(std::string_view testo, std::optional<std::size_t> riga) const {
+  return DataScritta::Espandi(testo, riga ? DataPresente(*riga) : std::string_view(), ActiveServices().localTime());
+}
+
+std::string_view Griglia::DataPresente(std::size_t riga) const {
+  const int colonna = descrizione_.data.colonna;
+  return colonna >= 0 && descrizione_.colonne[static_cast<std::size_t>(colonna)].present >= 0
+             ? TestoPresente(riga, colonna)
+             : std::string_view();
 }
 
 void Griglia::TextScad_Change(std::string_view testo) {

@@ -113,6 +113,10 @@ class Griglia final : public ListWindow {
   void ApriEditor(CellEditor& editor, std::size_t riga, int top, int left, int width);
   void NascondiSeScorre();
   [[nodiscard]] std::string_view DataTolta(std::size_t riga) const;
+  /// A date field's text with the short forms of a date written out: of the row's, or without one of the top field's.
+  [[nodiscard]] std::string DataEspansa(std::string_view testo, std::optional<std::size_t> riga = {}) const;
+  /// The present date beside the one that is edited; empty where the list has none.
+  [[nodiscard]] std::string_view DataPresente(std::size_t riga) const;
   void SpuntaData(std::size_t riga, bool spunta);
   void SpuntaBanca(std::size_t riga, bool spunta);
   void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);

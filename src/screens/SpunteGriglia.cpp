@@ -47,7 +47,7 @@ void Griglia::SpuntaData(std::size_t riga, bool spunta) {
     return;
   }
   if (MaggioreDiSpazio(stato_.dueDateText)) {
-    stato_.dueDateText = Utilities::ControllaData(stato_.dueDateText);
+    stato_.dueDateText = Utilities::ControllaData(DataEspansa(stato_.dueDateText));
   }
   if (data.soloConData && !MaggioreDiSpazio(stato_.dueDateText)) {
     return;
@@ -65,7 +65,7 @@ void Griglia::SpuntaCasella(std::size_t riga, bool spuntata) {
   righe.ImpostaSpunta(riga, 0, spuntata);
   std::string nuova;
   if (MaggioreDiSpazio(stato_.dueDateText)) {
-    nuova = Utilities::ControllaData(stato_.dueDateText);
+    nuova = Utilities::ControllaData(DataEspansa(stato_.dueDateText));
   }
   righe.ImpostaTesto(riga, descrizione_.data.colonna, spuntata ? nuova : std::string());
   Cambiata();
@@ -87,7 +87,7 @@ void Griglia::TextScadenza_LostFocus() {
   if (!descrizione_.caselle) {
     return;
   }
-  const std::string controllata = Utilities::ControllaData(stato_.dueDateText);
+  const std::string controllata = Utilities::ControllaData(DataEspansa(stato_.dueDateText));
   if (controllata != stato_.dueDateText) {
     TextScadenza_Change(controllata);
   }
