@@ -94,6 +94,7 @@ struct ListDescription {
   std::vector<ListColumn> columns;
   std::vector<ListHeading> headings;
   std::vector<ListLabel> labels;
+  std::string warning;                  ///< stands at the head of the list; empty: there is none
   std::optional<std::string> dateField; ///< caption of `FrameNuovaScadenza`; none: the field is not there
   std::optional<std::string> bankField; ///< caption of `FrameNuovaBanca`; none: the field is not there
   std::vector<std::string> banks;       ///< the entries of `cmbBanche`; the first is a single blank
@@ -198,6 +199,16 @@ class Desktop {
   virtual void SetPointer(Pointer pointer) = 0;
   /// Lets pending window events run; cheap enough to be called once a row.
   virtual void RunPendingEvents() = 0;
+  /// `RunPendingEvents` once a row of a list that is being read, of which `rows` are there. A desktop may show after a
+  /// while how far the reading is, in a window that takes no input but Esc: false from then on, which gives the list
+  /// up.
+  [[nodiscard]] virtual bool RowRead(std::size_t rows) {
+    static_cast<void>(rows);
+    RunPendingEvents();
+    return true;
+  }
+  /// The reading that `RowRead` told of is over, to its end or not.
+  virtual void ReadingEnded() noexcept {}
   /// Shows a list window modally; returns once `Stato().unloaded` is true. What a gesture throws leaves this
   /// call, after the window is gone.
   virtual void ShowList(ListWindow& window) = 0;

@@ -6,7 +6,7 @@
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "platform/RuntimeError.hpp"
-#include "platform/Services.hpp"
+#include "screens/Caricamento.hpp"
 #include "screens/DataDiRiga.hpp"
 
 #include <optional>
@@ -93,7 +93,7 @@ void LeggiMovimento(std::string_view tag, VariazioneConsegna& variazione) {
   }
 }
 
-void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg,
+bool CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg,
                     const std::function<std::size_t(const RigaPresunto&)>& aggiungi,
                     const std::function<void(std::size_t riga, std::string_view tag)>& movimento) {
   try {
@@ -101,9 +101,10 @@ void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroP
     const auto azienda = db2Searches::CercaAziendaLinea(*connection, parAzienda, " ", " ");
     auto righe = procedureLumoDB2::ElencoPresunti(*connection, azienda, filtro, msg);
     if (!righe) {
-      return;
+      return true;
     }
     db2Searches::RicercaMovimenti movimenti(*connection, std::to_string(azienda), "N");
+    Caricamento caricamento;
     for (const Lettura lettura(*righe); !righe->Eof(); righe->MoveNext()) {
       const RigaPresunto presunto = lettura.Riga();
       RichiediData(presunto.CodiceConto, "DATACONSEGNA", presunto.dataConsegna);
@@ -112,11 +113,14 @@ void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroP
         const auto chiave = movimenti.Cerca(lettura.Serie(), lettura.Numero());
         movimento(riga, "MOVIMENTO_" + std::to_string(chiave));
       }
-      ActiveServices().desktop().RunPendingEvents();
+      if (!caricamento.Avanza()) {
+        return false;
+      }
     }
   } catch (...) {
     msg.Errore = moduloDatabase::TestoErrore(CurrentError());
   }
+  return true;
 }
 
 } // namespace lumoscad

@@ -36,9 +36,9 @@ void LeggiMovimento(std::string_view tag, VariazioneConsegna& variazione);
 /// Reads the presumed documents of a company that `filtro` selects, on a connection of its own. For each row worth
 /// showing (those whose amount in currency shows as "0,00" are not) calls `aggiungi`, which returns the row's number,
 /// and then `movimento` with that number and the tag of its movement's key. On failure stores the message in
-/// `msg.Errore`; the rows handed over so far stay.
-void CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg,
-                    const std::function<std::size_t(const RigaPresunto&)>& aggiungi,
-                    const std::function<void(std::size_t riga, std::string_view tag)>& movimento);
+/// `msg.Errore`; the rows handed over so far stay. False when the person gave the list up.
+[[nodiscard]] bool CaricaPresunti(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro,
+                                  MsgAnnulla& msg, const std::function<std::size_t(const RigaPresunto&)>& aggiungi,
+                                  const std::function<void(std::size_t riga, std::string_view tag)>& movimento);
 
 } // namespace lumoscad

@@ -3,6 +3,7 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
 #include "platform/RuntimeError.hpp"
+#include "screens/Caricamento.hpp"
 #include "screens/DataDiRiga.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
@@ -76,7 +77,7 @@ void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoD
                                MsgAnnulla& msg) {
   griglia_.Tag.clear();
   griglia_.righe.Svuota();
-  CaricaPresunti(
+  const bool letti = CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
         RichiediData(r.CodiceConto, "DATACONSEGNAORIGINE", r.ConsegnaOrigine);
@@ -89,6 +90,10 @@ void FormConsegna::CaricaRighe(std::string_view parAzienda, const procedureLumoD
         return riga;
       },
       [this](std::size_t riga, std::string_view tag) { griglia_.righe.ImpostaTag(riga, Ordine, tag); });
+  griglia_.avviso = AvvisoElenco(msg);
+  if (!letti) {
+    griglia_.Abbandona();
+  }
   griglia_.Tag = ModoConsegna;
 }
 

@@ -3,6 +3,7 @@
 #include "common/Testo.hpp"
 #include "common/Utilities.hpp"
 #include "platform/RuntimeError.hpp"
+#include "screens/Caricamento.hpp"
 #include "screens/DocumentiPresunti.hpp"
 
 #include <unordered_set>
@@ -81,7 +82,7 @@ void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoD
                                MsgAnnulla& msg) {
   griglia_.Tag.clear();
   griglia_.righe.Svuota();
-  CaricaPresunti(
+  const bool letti = CaricaPresunti(
       parAzienda, filtro, msg,
       [this](const RigaPresunto& r) {
         const std::string consegna = Utilities::FormattaDataBreve(r.dataConsegna);
@@ -93,6 +94,10 @@ void FormPresunti::CaricaRighe(std::string_view parAzienda, const procedureLumoD
         return riga;
       },
       [this](std::size_t riga, std::string_view tag) { griglia_.righe.ImpostaTag(riga, ConsegnaPrevista, tag); });
+  griglia_.avviso = AvvisoElenco(msg);
+  if (!letti) {
+    griglia_.Abbandona();
+  }
   griglia_.Tag = ModoPresunti;
 }
 

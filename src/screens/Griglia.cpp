@@ -39,6 +39,7 @@ void Griglia::Azzera() {
   righe.Svuota();
   Tag.clear();
   etichette.clear();
+  avviso.clear();
   const auto ordine = stato_.order + 1;
   stato_ = {};
   stato_.order = ordine;
@@ -47,6 +48,7 @@ void Griglia::Azzera() {
   colonnaOrdine_ = 0;
   saltaClic_ = false;
   confermata_ = false;
+  abbandonata_ = false;
 }
 
 void Griglia::MisuraColonne(const std::vector<int>& nascoste) {
@@ -104,6 +106,7 @@ void Griglia::Prepara() {
   }
   finestra_.headings = testate_;
   finestra_.labels = etichette;
+  finestra_.warning = avviso;
   if (descrizione_.data.colonna >= 0 && Larghezza(descrizione_.data.colonna) > 0) {
     finestra_.dateField = descrizione_.campoData;
   }
@@ -112,7 +115,16 @@ void Griglia::Prepara() {
   finestra_.cellBanks = cmbBanche2.voci;
 }
 
+void Griglia::Abbandona() {
+  righe.Svuota();
+  motivoChiusura_ = "closed";
+  abbandonata_ = true;
+}
+
 void Griglia::Mostra() {
+  if (abbandonata_) {
+    return;
+  }
   Prepara();
   const Tendina tendina(tendina_);
   ActiveServices().desktop().ShowList(*this);

@@ -30,6 +30,7 @@ class Griglia final : public ListWindow {
   std::string Tag;        ///< the list's own: what it lists; empty while its rows are being loaded
   std::string modo;       ///< what the screen is being used for, for instance "DEBITI/CREDITI"
   std::vector<ListLabel> etichette;
+  std::string avviso; ///< what the person is told at the head of the list; empty for nothing
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
@@ -38,6 +39,8 @@ class Griglia final : public ListWindow {
   void Resize(const std::vector<int>& nascoste = {});
   /// Makes ready for a showing, no editor open and nothing confirmed.
   void Prepara();
+  /// The person gave the list up while it was being read: its rows go, and `Mostra` shows nothing.
+  void Abbandona();
   /// Shows the window modally until the screen is unloaded.
   void Mostra();
 
@@ -144,6 +147,7 @@ class Griglia final : public ListWindow {
   int mouseY_ = 0;
   bool saltaClic_ = false;
   bool confermata_ = false;
+  bool abbandonata_ = false;
 };
 
 } // namespace lumoscad

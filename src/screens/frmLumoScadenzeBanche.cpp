@@ -6,7 +6,7 @@
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "platform/RuntimeError.hpp"
-#include "platform/Services.hpp"
+#include "screens/Caricamento.hpp"
 #include "screens/DataDiRiga.hpp"
 
 #include <optional>
@@ -146,6 +146,7 @@ void frmLumoScadenzeBanche::VisualizzaScadenzeBanche(std::string_view parAzienda
   griglia_.cmbBanche = CaricaBanche(msg, CodiceRipetuto::Errore);
   griglia_.cmbBanche2 = CaricaBanche(msg, CodiceRipetuto::Errore);
   elaboraCreditiDebiti(parAzienda, filtro, msg);
+  griglia_.avviso = AvvisoElenco(msg);
   if (griglia_.modo == ModoDebitiCrediti) {
     ResizeScadBanche();
   } else {
@@ -174,6 +175,7 @@ void frmLumoScadenzeBanche::elaboraCreditiDebiti(std::string_view parAzienda,
 void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
   std::vector<std::string_view> testi(Colonne);
   griglia_.righe.Prepara(righe.RecordCount());
+  Caricamento caricamento;
   for (Lettura lettura(righe); !righe.Eof(); righe.MoveNext()) {
     const RigaScadenza letta = lettura.Riga();
     RichiediData(letta.CodiceConto, "DATASCADENZA", letta.DataScadenza);
@@ -182,7 +184,10 @@ void frmLumoScadenzeBanche::AggiungiRighe(ado::Recordset& righe) {
       RichiediData(letta.CodiceConto, "DATASCADENZAORIGINALE", letta.dataScadenzaOriginale);
     }
     const std::string importo = letta.Importo.empty() ? std::string() : Utilities::FormattaImporto(letta.Importo);
-    ActiveServices().desktop().RunPendingEvents();
+    if (!caricamento.Avanza()) {
+      griglia_.Abbandona();
+      return;
+    }
     if (importo == "0,00") {
       continue;
     }

@@ -153,6 +153,30 @@ TEST_P(PresumedCommands, ClosedWithoutConfirmingItSendsNothing) {
   EXPECT_EQ(banco.desktop.pointers.back(), Pointer::Standard);
 }
 
+TEST_P(PresumedCommands, GivenUpWhileTheListIsReadTheyShowNothingAndReleaseIt) {
+  banco.desktop.givenUpAt = 1;
+  for (const bool consegna : {true, false}) {
+    EXPECT_EQ(consegna ? Consegna() : Banca(), "closed");
+    EXPECT_FALSE(ListaPresa());
+  }
+  EXPECT_EQ(banco.desktop.readings, 2U);
+  EXPECT_EQ(banco.desktop.windows, 0U);
+  EXPECT_THAT(banco.desktop.box, IsEmpty());
+  EXPECT_THAT(banco.host.calls, IsEmpty());
+  EXPECT_THAT(Cambiati(), IsEmpty());
+}
+
+TEST_P(PresumedCommands, SayAtTheHeadOfAListThatItIsNotWhole) {
+  base.Esegui("DELETE FROM AZIENDELINEE");
+  for (const bool consegna : {true, false}) {
+    std::string avviso;
+    Recita([&](ListWindow& finestra) { avviso = finestra.Description().warning; });
+    EXPECT_EQ(consegna ? Consegna() : Banca(), "error");
+    EXPECT_EQ(avviso, "Elenco incompleto: il motivo è mostrato alla chiusura");
+    banco.host.file.clear(); // the list stays taken after an error
+  }
+}
+
 TEST_P(PresumedCommands, ClosedAfterAConfirmationOfTheCommandBeforeItSendsNothing) {
   Recita([](ListWindow& finestra) {
     DaiBanca(finestra, "CD5/06", 2);

@@ -204,6 +204,37 @@ TEST_F(BankCommand, ClosedWithoutConfirmingItSendsNothing) {
   EXPECT_THAT(banco_.desktop.box, IsEmpty());
 }
 
+TEST_F(BankCommand, GivenUpWhileTheListIsReadItShowsNothingAndReleasesTheList) {
+  banco_.desktop.givenUpAt = 2;
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  EXPECT_EQ(banco_.desktop.breaths, 2U + 2U) << "two rows, and each of the two pointers";
+  EXPECT_EQ(banco_.desktop.readings, 1U);
+  EXPECT_EQ(banco_.desktop.windows, 0U);
+  EXPECT_THAT(banco_.desktop.box, IsEmpty());
+  EXPECT_THAT(banco_.host.operazioni,
+              ElementsAre("Ricevi /tmp/VBCREDITI", "Invia /tmp/VBCREDITI", "Cancella /tmp/VBCREDITI"));
+  EXPECT_THAT(Istruzione("UPDATE"), "");
+  EXPECT_FALSE(ListaPresa());
+
+  banco_.desktop.givenUpAt = 0;
+  Recita([](ListWindow& finestra) {
+    DaiScadenza(finestra, "31/03/2006", "050406");
+    finestra.PictureOk_Click();
+  });
+  EXPECT_EQ(Esegui("/CREDITI"), "") << "the next list is read to its end, and confirms";
+}
+
+TEST_F(BankCommand, SaysAtTheHeadOfAListThatItIsNotWhole) {
+  std::vector<std::string> avvisi;
+  const auto leggi = [&](ListWindow& finestra) { avvisi.push_back(finestra.Description().warning); };
+  Recita(leggi);
+  EXPECT_EQ(Esegui("/CREDITI"), "closed");
+  db_.Run("DROP TABLE EVENTOCONTABILE");
+  Recita(leggi);
+  EXPECT_EQ(Esegui("/CREDITI"), "error");
+  EXPECT_THAT(avvisi, ElementsAre("", "Elenco incompleto: il motivo è mostrato alla chiusura"));
+}
+
 TEST_F(BankCommand, ItsNoteIsWrittenRightBeforeTheProgramAndHoldsEveryRow) {
   std::vector<Nota> viste;
   std::vector<std::size_t> quante;

@@ -8,8 +8,10 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 #include <QWindow>
 
@@ -103,6 +105,96 @@ TEST(Desktop, PendingEventsRunAndAMillionCallsStayCheap) {
   }
   EXPECT_TRUE(arrivato);
   EXPECT_LT(orologio.Milliseconds(), 1000);
+}
+
+/// Tells the desktop of rows, as the reading of a list does, until `until` holds or it is given up; how long it took.
+qint64 Leggi(Desktop& desktop, const std::function<bool(std::size_t)>& fino) {
+  QElapsedTimer orologio;
+  orologio.start();
+  std::size_t righe = 0;
+  while (desktop.RowRead(++righe) && !fino(righe) && orologio.elapsed() < 20'000) {
+    QThread::msleep(1);
+  }
+  return orologio.elapsed();
+}
+
+QDialog* Lettura() {
+  auto* const dialogo = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+  return dialogo != nullptr && dialogo->objectName() == "FormLettura" ? dialogo : nullptr;
+}
+
+TEST(Desktop, SaysHowFarALongReadingIsAndThenTakesItsWindowAway) {
+  const auto desktop = qt::CreateDesktop();
+  const qint64 comparsa = Leggi(*desktop, [](std::size_t) { return Lettura() != nullptr; });
+  ASSERT_NE(Lettura(), nullptr);
+  EXPECT_GE(comparsa, 500);
+  const QPointer<QDialog> finestra = Lettura();
+  auto& testo = Trova<QLabel>(*finestra, "lblLettura");
+  Leggi(*desktop, [&](std::size_t righe) { return righe >= 50; });
+  EXPECT_TRUE(finestra->isVisible());
+  EXPECT_TRUE(testo.text().startsWith("Lettura dell'elenco: ")) << testo.text().toStdString();
+  EXPECT_TRUE(testo.text().endsWith(" righe"));
+  desktop->ReadingEnded();
+  EXPECT_TRUE(finestra.isNull());
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST(Desktop, SaysNothingOfAShortReadingHoweverOftenThereIsOne) {
+  const auto desktop = qt::CreateDesktop();
+  for (int lettura = 0; lettura < 8; ++lettura) {
+    QElapsedTimer orologio;
+    orologio.start();
+    for (std::size_t riga = 1; orologio.elapsed() < 100; ++riga) {
+      EXPECT_TRUE(desktop->RowRead(riga));
+    }
+    if (orologio.elapsed() < 500) { // on a busy machine it may have been a long one
+      EXPECT_EQ(Lettura(), nullptr);
+    }
+    desktop->ReadingEnded();
+  }
+}
+
+TEST(Desktop, EscGivesALongReadingUpAndTheNextOneIsNotGivenUp) {
+  const auto desktop = qt::CreateDesktop();
+  Leggi(*desktop, [](std::size_t) { return Lettura() != nullptr; });
+  ASSERT_NE(Lettura(), nullptr);
+  for (const Qt::Key tasto : {Qt::Key_Return, Qt::Key_Space, Qt::Key_F4}) {
+    QTest::keyClick(Lettura(), tasto);
+  }
+  Lettura()->close();
+  Leggi(*desktop, [](std::size_t righe) { return righe >= 40; });
+  ASSERT_NE(Lettura(), nullptr) << "no other key ends it, nor does its close box";
+  EXPECT_TRUE(Lettura()->isVisible());
+  QTest::keyClick(Lettura(), Qt::Key_Escape);
+  const qint64 dopo = Leggi(*desktop, [](std::size_t) { return false; });
+  EXPECT_LT(dopo, 20'000);
+  EXPECT_FALSE(desktop->RowRead(1000)) << "it stays given up";
+  desktop->ReadingEnded();
+  EXPECT_TRUE(desktop->RowRead(1));
+  desktop->ReadingEnded();
+}
+
+TEST(Desktop, GivesTheCallersWindowsNoInputWhileAListIsRead) {
+  const auto desktop = qt::CreateDesktop();
+  QPushButton chiamante(QStringLiteral("Registra"));
+  int premuto = 0;
+  QObject::connect(&chiamante, &QPushButton::clicked, [&premuto] { ++premuto; });
+  chiamante.resize(200, 60);
+  chiamante.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&chiamante));
+  const auto premi = [&chiamante] {
+    QTest::mouseClick(chiamante.windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(100, 30));
+  };
+  premi();
+  EXPECT_EQ(premuto, 1) << "without a reading it takes it";
+  Leggi(*desktop, [](std::size_t) { return Lettura() != nullptr; });
+  ASSERT_NE(Lettura(), nullptr);
+  premi();
+  Leggi(*desktop, [](std::size_t righe) { return righe >= 40; });
+  EXPECT_EQ(premuto, 1);
+  desktop->ReadingEnded();
+  premi();
+  EXPECT_EQ(premuto, 2);
 }
 
 TEST(Desktop, AListIsShownUntilTheScreenUnloadsItself) {

@@ -26,6 +26,11 @@ void ScriptedDesktop::RunPendingEvents() {
   ++breaths;
 }
 
+bool ScriptedDesktop::RowRead(std::size_t rows) {
+  RunPendingEvents();
+  return givenUpAt == 0 || rows < givenUpAt;
+}
+
 void ScriptedDesktop::ShowList(ListWindow& window) {
   ++windows;
   if (!scripts.empty()) {

@@ -30,10 +30,14 @@ class ScriptedDesktop final : public Desktop {
   std::deque<ItemScript> itemScripts; ///< the same for the single-item windows
   std::size_t windows = 0;            ///< list windows shown
   std::size_t breaths = 0;            ///< times that pending events were let run
+  std::size_t givenUpAt = 0;          ///< at this row of a list that is being read Esc is pressed; 0: never
+  std::size_t readings = 0;           ///< readings of lists that have ended
 
   void ShowBox(std::string_view text, std::string_view title) override;
   void SetPointer(Pointer puntatore) override;
   void RunPendingEvents() override;
+  bool RowRead(std::size_t rows) override;
+  void ReadingEnded() noexcept override { ++readings; }
   void ShowList(ListWindow& window) override;
   void ShowSingleItem(SingleItemWindow& window) override;
   void ShowWait(std::string_view text, int milliseconds, const std::function<void()>& work) override;

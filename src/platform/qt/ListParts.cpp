@@ -162,6 +162,17 @@ ListParts::ListParts(QDialog& dialog, const ListWindow& window, ListModel& model
 }
 
 void ListParts::Above(QDialog& dialog, const ListWindow& window, QBoxLayout& stack) {
+  if (!window.Description().warning.empty()) {
+    auto* warning = new QLabel(&dialog);
+    warning->setObjectName(QStringLiteral("lblAvviso"));
+    warning->setTextFormat(Qt::PlainText);
+    warning->setText(QStringLiteral("\u26A0 ") + Text(window.Description().warning));
+    QFont bold = warning->font();
+    bold.setBold(true);
+    warning->setFont(bold);
+    warning->setContentsMargins(0, 0, 0, 6);
+    AddToList(stack, warning, window);
+  }
   QFrame* dueDateRow = Frame(QStringLiteral("FrameRigaScadenza"), &dialog);
   QHBoxLayout* firstRow = InRow(dueDateRow, 2, 4);
   AddToList(stack, dueDateRow, window);

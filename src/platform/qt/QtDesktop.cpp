@@ -4,6 +4,7 @@
 #include "platform/qt/Display.hpp"
 #include "platform/qt/ListWindowQt.hpp"
 #include "platform/qt/MessageQt.hpp"
+#include "platform/qt/ReadingQt.hpp"
 #include "platform/qt/SingleItemWindowQt.hpp"
 #include "platform/qt/WaitQt.hpp"
 
@@ -14,6 +15,7 @@
 
 #include <clocale>
 #include <exception>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -22,6 +24,7 @@ namespace lumoscad::qt {
 namespace {
 
 constexpr qint64 EventInterval = 10; // milliseconds between two turns of the event loop
+constexpr qint64 ReadingShows = 500; // milliseconds that a list is read for before anything says so
 
 /// Makes a QApplication of ours. It is never destroyed: no moment before the end of the process is surely late
 /// enough, and at the very end Qt's own statics are already gone.
@@ -94,17 +97,38 @@ class QtDesktop final : public Desktop {
   }
 
   void RunPendingEvents() override {
-    // The clock first: a list asks at every row, and who is asked for the application asks the system for the process.
-    if (!pointerChanged_ && turn_.isValid() && turn_.elapsed() < EventInterval) {
-      return;
+    if (TurnDue()) {
+      // The person's input waits: the calling program must not be entered again in the middle of a command.
+      RunTurn(QEventLoop::ExcludeUserInputEvents);
     }
-    if (!Recognise()) {
-      return;
+  }
+
+  bool RowRead(std::size_t rows) override {
+    if (!TurnDue()) {
+      return !givenUp_;
     }
-    pointerChanged_ = false;
-    // The person's input waits: the calling program must not be entered again in the middle of a command.
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    turn_.start();
+    if (!reading_.isValid()) {
+      reading_.start();
+    } else if (window_ == nullptr && reading_.elapsed() >= ReadingShows) {
+      window_ = std::make_unique<ReadingWindow>(ParentWindow());
+      window_->shown.show();
+    }
+    if (window_ != nullptr) {
+      window_->shown.Tell(rows);
+    }
+    // Our window is modal: of the person's input it alone gets any.
+    RunTurn(window_ != nullptr ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
+    givenUp_ = givenUp_ || (window_ != nullptr && window_->shown.GivenUp());
+    return !givenUp_;
+  }
+
+  void ReadingEnded() noexcept override {
+    reading_.invalidate();
+    givenUp_ = false;
+    if (window_ != nullptr && !Recognise()) {
+      static_cast<void>(window_.release()); // its application has gone, and with it what it would take its leave of
+    }
+    window_.reset();
   }
 
   void ShowList(ListWindow& window) override { Display<ListWindowQt>(window); }
@@ -116,6 +140,28 @@ class QtDesktop final : public Desktop {
   }
 
  private:
+  struct ReadingWindow {
+    explicit ReadingWindow(QWidget* below) : shown(below) {}
+
+    ExitPending pending;
+    ReadingQt shown;
+  };
+
+  /// True when it is time for another turn of the event loop, and there is an application to run it.
+  [[nodiscard]] bool TurnDue() {
+    // The clock first: a list asks at every row, and who is asked for the application asks the system for the process.
+    if (!pointerChanged_ && turn_.isValid() && turn_.elapsed() < EventInterval) {
+      return false;
+    }
+    return Recognise();
+  }
+
+  void RunTurn(QEventLoop::ProcessEventsFlags events) {
+    pointerChanged_ = false;
+    QCoreApplication::processEvents(events);
+    turn_.start();
+  }
+
   /// Before every window: the application of the calling program may have gone since the last one.
   void Prepare() {
     EnsureApplication();
@@ -174,6 +220,9 @@ class QtDesktop final : public Desktop {
   bool hourglass_ = false;
   bool pointerChanged_ = false;
   QElapsedTimer turn_;
+  QElapsedTimer reading_; ///< since the first row of the list that is being read
+  std::unique_ptr<ReadingWindow> window_;
+  bool givenUp_ = false;
 };
 
 } // namespace
