@@ -129,13 +129,13 @@ costruisci() {
   tail -n 1 "$registri/$preset.log"
 }
 
-# prova PRESET [CTEST_ARGUMENT...]: runs a suite. A suite without tests is a failure. Twice as many entries as there are
-# processors run at a time, since many wait for servers.
+# prova PRESET [CTEST_ARGUMENT...]: runs a suite. A suite without tests is a failure. Three times as many entries as
+# there are processors run at a time, since many wait for servers.
 prova() {
   local preset=$1 registro
   shift
   registro=$registri/$preset-prove.log
-  ctest --preset "$preset" -j "$((processori * 2))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
+  ctest --preset "$preset" -j "$((processori * 3))" --no-tests=error --output-on-failure "$@" >"$registro" 2>&1 ||
     { sed -n '/Failed/,$p' "$registro" | tail -n 400; guasti "$registro"; exit 1; }
   conto "$preset"
   saltate "$preset" "$registro"
@@ -220,7 +220,7 @@ fi
 passo "compilazione: asan"
 costruisci asan
 # Half of the suite's time is waiting. What only computes goes on beside it, behind everything that has a test's priority.
-avvia suite 0 "prove: AddressSanitizer e UndefinedBehaviorSanitizer" prova asan
+avvia suite 0 "prove: AddressSanitizer e UndefinedBehaviorSanitizer" prova asan -LE senza_chiamante
 avvia costruzione 19 "compilazione: release" costruisci release prove_ottimizzate
 aspetta costruzione
 avvia tidy 19 "clang-tidy" esamina
