@@ -39,6 +39,7 @@ if [ $# -eq 0 ]; then
     grep -q "^riga.$row" "$rows" || { echo "bench.sh: manca la misura «$row»" >&2; exit 2; }
   done <<'FINE'
 sort by
+filter
 load, without the window
 load, against QSqlQueryModel
 wait until the window

@@ -58,6 +58,8 @@ using Rows = std::vector<Row>;
 [[nodiscard]] Rows Confirm(Sizes sizes);
 /// The sort of the grid against std::stable_sort of the same texts, and the memory of a row.
 [[nodiscard]] Rows OrderAndMemory(Sizes sizes);
+/// The rows that pass a filter, letter by letter as it is typed.
+[[nodiscard]] Rows FilterByKey(Sizes sizes);
 
 /// From the start of a program to the window, against an empty window; and a command without one, against an empty
 /// program. Both are programs linked with Qt, and whole processes.

@@ -19,10 +19,11 @@ struct Measure {
   Rows (*run)(Sizes);
 };
 
-constexpr Measure Measures[] = {{"ordine", lumoscad::bench::OrderAndMemory}, {"scadenze", lumoscad::bench::Load},
-                                {"presunti", lumoscad::bench::LoadPresumed}, {"conferma", lumoscad::bench::Confirm},
-                                {"richiesta", lumoscad::bench::RequestFile}, {"avvio", lumoscad::bench::Start},
-                                {"ssh", lumoscad::bench::ConfirmRemotely}};
+constexpr Measure Measures[] = {
+    {"ordine", lumoscad::bench::OrderAndMemory}, {"filtro", lumoscad::bench::FilterByKey},
+    {"scadenze", lumoscad::bench::Load},         {"presunti", lumoscad::bench::LoadPresumed},
+    {"conferma", lumoscad::bench::Confirm},      {"richiesta", lumoscad::bench::RequestFile},
+    {"avvio", lumoscad::bench::Start},           {"ssh", lumoscad::bench::ConfirmRemotely}};
 
 struct Choices {
   Sizes sizes = Sizes::All;

@@ -68,6 +68,11 @@ class RigheGriglia {
   [[nodiscard]] std::string_view Testo(std::size_t riga, int colonna) const {
     return testi_.Testo(celle_[riga * colonne_ + static_cast<std::size_t>(colonna)]);
   }
+  /// The number of a cell's text, as `TestiUnici` gives it: equal numbers are equal texts, and until the rows are
+  /// emptied a number stays with its text.
+  [[nodiscard]] std::uint32_t NumeroTesto(std::size_t riga, int colonna) const {
+    return celle_[riga * colonne_ + static_cast<std::size_t>(colonna)];
+  }
   void ImpostaTesto(std::size_t riga, int colonna, std::string_view testo);
   [[nodiscard]] std::string_view Tag(std::size_t riga, int colonna) const;
   void ImpostaTag(std::size_t riga, int colonna, std::string_view tag);
