@@ -6,7 +6,7 @@
 #   DIR      is created, or emptied of an earlier demonstration
 #   RATE     number of open instalments (400)
 #   PRESUNTI number of rows to add to the presumed documents of customers (0)
-#   LUMOSCAD_BIN   directory of the programs (build/bin beside this directory)
+#   LUMOSCAD_BIN   directory of the programs (this one, where they are installed; else build/bin beside it)
 #   LUMOSCAD_DATA  day around which the due dates fall, YYYY-MM-DD (today)
 set -eu
 
@@ -15,7 +15,11 @@ if [ $# -lt 1 ] || [ $# -gt 3 ]; then
   exit 2
 fi
 qui=$(CDPATH='' cd -- "$(dirname -- "$0")" && pwd)
-programmi=${LUMOSCAD_BIN:-$qui/../build/bin}
+if [ -x "$qui/VB0001" ]; then
+  programmi=${LUMOSCAD_BIN:-$qui}
+else
+  programmi=${LUMOSCAD_BIN:-$qui/../build/bin}
+fi
 data=${LUMOSCAD_DATA:-$(date +%Y-%m-%d)}
 rate=${2:-400}
 presunti=${3:-0}

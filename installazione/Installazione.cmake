@@ -1,0 +1,34 @@
+# What "cmake --install" puts where. A program finds the library beside it, wherever the two are copied to; a packager
+# who wants no run path says CMAKE_SKIP_INSTALL_RPATH.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_FULL_BINDIR} OUTPUT_VARIABLE verso_lib)
+install(TARGETS lumoscad EXPORT LumoScadTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libreria NAMELINK_COMPONENT sviluppo)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/lumoscad DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT sviluppo)
+
+set(posto_cmake ${CMAKE_INSTALL_LIBDIR}/cmake/LumoScad)
+install(EXPORT LumoScadTargets NAMESPACE LumoScad:: DESTINATION ${posto_cmake} COMPONENT sviluppo)
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/LumoScadConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/LumoScadConfig.cmake INSTALL_DESTINATION ${posto_cmake})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/LumoScadConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/LumoScadConfig.cmake ${PROJECT_BINARY_DIR}/LumoScadConfigVersion.cmake
+  DESTINATION ${posto_cmake} COMPONENT sviluppo)
+
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
+  OUTPUT_VARIABLE verso_prefisso)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/lumoscad.pc.in ${PROJECT_BINARY_DIR}/lumoscad.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/lumoscad.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT sviluppo)
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libreria)
+
+if(LUMOSCAD_PROGRAMMI)
+  set_target_properties(lumoscad_app PROPERTIES INSTALL_RPATH "$ORIGIN/${verso_lib}")
+  install(TARGETS lumoscad_app RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programma)
+  # The demonstration is put there only when it is asked for by its name.
+  set(posto_demo ${CMAKE_INSTALL_DATADIR}/lumoscad/demo)
+  install(TARGETS VB0001 lumoscad-genera RUNTIME DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)
+  install(PROGRAMS ${PROJECT_SOURCE_DIR}/demo/prepara.sh DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)
+  install(FILES ${PROJECT_SOURCE_DIR}/demo/schema.sql DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)
+endif()
