@@ -21,11 +21,17 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FUL
 configure_file(${CMAKE_CURRENT_LIST_DIR}/lumoscad.pc.in ${PROJECT_BINARY_DIR}/lumoscad.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/lumoscad.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT sviluppo)
 
+set(manuale ${PROJECT_SOURCE_DIR}/installazione/man)
+install(FILES ${manuale}/lumoscad.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT sviluppo)
+install(FILES ${manuale}/lumoscad-nexaro.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT libreria)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libreria)
 
 if(LUMOSCAD_PROGRAMMI)
   set_target_properties(lumoscad_app PROPERTIES INSTALL_RPATH "$ORIGIN/${verso_lib}")
   install(TARGETS lumoscad_app RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programma)
+  install(FILES ${manuale}/lumoscad.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT programma)
+  install(FILES ${PROJECT_SOURCE_DIR}/installazione/lumoscad.bash RENAME lumoscad
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programma)
   # The demonstration is put there only when it is asked for by its name.
   set(posto_demo ${CMAKE_INSTALL_DATADIR}/lumoscad/demo)
   install(TARGETS VB0001 lumoscad-genera RUNTIME DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)

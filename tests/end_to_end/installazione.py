@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Installs the build, moves what was installed, and uses it from there as a calling program's developer would: by
-find_package, by pkg-config and as a part of another project. The demonstration is prepared from the installed files, and
+find_package, by pkg-config and as a part of another project. Help, manual and completion are compared. The demonstration is prepared from the installed files, and
 the installed program runs a command on it.
 
 Usage: installazione.py BUILD_DIRECTORY SOURCE_DIRECTORY VERSION
 """
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -124,6 +125,27 @@ def come_parte(dove, sorgenti):
     pretendi("lumoscad_test" not in esegui("ninja", "-C", dove / "b", "-t", "targets", "all"), "nessuna prova")
 
 
+def stesse_opzioni(prefisso):
+    """Help, manual pages and completion name the same options and settings."""
+    aiuto = esegui(prefisso / "bin/lumoscad", "--aiuto")
+    pagine = "".join(re.sub(r"\\f[A-Z]", "", (prefisso / f"share/man/{pagina}").read_text()).replace("\\-", "-")
+                     for pagina in ("man1/lumoscad.1", "man7/lumoscad-nexaro.7"))
+    completamento = (prefisso / "share/bash-completion/completions/lumoscad").read_text()
+
+    def opzioni(testo):
+        return set(re.findall(r"(?<![\w-])--[a-z][a-z-]*", testo))
+
+    def variabili(testo):
+        return set(re.findall(r"\b(?:NEXARO|LUMOSCAD|SSH|QT)_[A-Z_]+|\b(?:WAYLAND_)?DISPLAY", testo))
+
+    pretendi(len(opzioni(aiuto)) > 9 and opzioni(aiuto) == opzioni(pagine), opzioni(aiuto) ^ opzioni(pagine))
+    pretendi(opzioni(aiuto) == opzioni(completamento), opzioni(aiuto) ^ opzioni(completamento))
+    pretendi(len(variabili(aiuto)) > 12 and variabili(aiuto) == variabili(pagine), variabili(aiuto) ^ variabili(pagine))
+    prova = (f'. "{prefisso}/share/bash-completion/completions/lumoscad"; COMP_WORDS=(lumoscad --pro); COMP_CWORD=1;'
+             ' _lumoscad; printf "%s " "${COMPREPLY[@]}"')
+    pretendi(esegui("bash", "-c", prova) == "--prova-host --prova-base-dati ", "il completamento")
+
+
 def dimostrazione(dove, costruzione, prefisso):
     installa(costruzione, prefisso, "--component", "demo")
     prepara = next(prefisso.rglob("prepara.sh"))
@@ -144,13 +166,14 @@ def main(costruzione, sorgenti, versione):
         controlla_elenco(prefisso, versione)
         cartella_lib = controlla_oggetti(prefisso, versione)
         pretendi(esegui(prefisso / "bin/lumoscad", "--versione").strip().endswith(versione), "la versione")
+        stesse_opzioni(prefisso)
         con_cmake(base / "cmake", prefisso, cartella_lib)
         senza_blank = base / "altrove"
         shutil.move(prefisso, senza_blank)
         con_pkg_config(base / "pkgconfig", senza_blank / cartella_lib.relative_to(prefisso))
         come_parte(base / "parte", sorgenti)
         dimostrazione(base / "dimostrazione", costruzione, senza_blank)
-    print("installazione: elenco, oggetti, find_package, pkg-config, sottoprogetto, dimostrazione")
+    print("installazione: elenco, oggetti, manuale, find_package, pkg-config, sottoprogetto, dimostrazione")
 
 
 if __name__ == "__main__":
