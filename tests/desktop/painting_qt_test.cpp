@@ -33,7 +33,7 @@ class CellByCell final : public QStyledItemDelegate {
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& cell) const override {
     painter->save();
     painter->fillRect(option.rect, Background(cell));
-    painter->setPen(qt::look::FaintLine);
+    painter->setPen(qt::look::Now().faintLine);
     painter->drawLine(option.rect.topRight(), option.rect.bottomRight());
     painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
     const QVariant picture = cell.data(ListModel::ReportIconRole);
@@ -47,7 +47,7 @@ class CellByCell final : public QStyledItemDelegate {
     if (list_.currentIndex() == cell) {
       const int border = list_.hasFocus() ? 1 : 0;
       painter->setBrush(Qt::NoBrush);
-      painter->setPen(list_.hasFocus() ? QPen(qt::look::Accent, 2) : QPen(QColor(0x9A, 0xA8, 0xB6), 1));
+      painter->setPen(list_.hasFocus() ? QPen(qt::look::Now().accent, 2) : QPen(qt::look::Now().border, 1));
       painter->drawRect(option.rect.adjusted(border, border, -1 - border / 2, -1 - border / 2));
     }
     painter->restore();
@@ -56,19 +56,19 @@ class CellByCell final : public QStyledItemDelegate {
  private:
   [[nodiscard]] QColor Background(const QModelIndex& cell) const {
     if (list_.selectionModel()->isSelected(cell)) {
-      return list_.hasFocus() ? qt::look::Selection : qt::look::SelectionWithoutFocus;
+      return list_.hasFocus() ? qt::look::Now().selection : qt::look::Now().selectionWithoutFocus;
     }
     if (cell.data(ListModel::ChangedRole).toBool()) {
-      return qt::look::ChangedBackground;
+      return qt::look::Now().changedBackground;
     }
-    return cell.row() % 2 == 0 ? qt::look::Paper : qt::look::AlternateRow;
+    return cell.row() % 2 == 0 ? qt::look::Now().paper : qt::look::Now().alternateRow;
   }
 
   void Content(QPainter& painter, const QRect& area, const QModelIndex& cell) const {
     QFont font = list_.font();
     font.setBold(cell.data(ListModel::ChangedRole).toBool());
     painter.setFont(font);
-    painter.setPen(font.bold() ? qt::look::ChangedInk : qt::look::Ink);
+    painter.setPen(font.bold() ? qt::look::Now().changedInk : qt::look::Now().ink);
     const QString text = QFontMetrics(font).elidedText(cell.data().toString(), Qt::ElideRight, area.width());
     painter.drawText(area, cell.data(Qt::TextAlignmentRole).toInt() | static_cast<int>(Qt::TextSingleLine), text);
   }
@@ -93,7 +93,7 @@ QImage Reference(const QTableView& list, qreal scale, const QRegion& part) {
   table.setShowGrid(false);
   table.setFont(list.font());
   QPalette palette = table.palette();
-  palette.setColor(QPalette::Base, qt::look::Paper);
+  palette.setColor(QPalette::Base, qt::look::Now().paper);
   table.setPalette(palette);
   table.setItemDelegate(new CellByCell(list, &table));
   table.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -103,7 +103,7 @@ QImage Reference(const QTableView& list, qreal scale, const QRegion& part) {
   table.verticalHeader()->hide();
   table.horizontalHeader()->setMinimumSectionSize(1);
   table.verticalHeader()->setMinimumSectionSize(1);
-  table.verticalHeader()->setDefaultSectionSize(qt::look::RowHeight);
+  table.verticalHeader()->setDefaultSectionSize(qt::look::RowHeight());
   table.setModel(list.model());
   table.setSelectionModel(list.selectionModel());
   for (int column = 0; column < list.model()->columnCount(); ++column) {
@@ -115,7 +115,15 @@ QImage Reference(const QTableView& list, qreal scale, const QRegion& part) {
   static_cast<void>(table.grab()); // gives it its layout, and its scroll bars their ranges
   table.verticalScrollBar()->setValue(list.verticalScrollBar()->value());
   table.horizontalScrollBar()->setValue(list.horizontalScrollBar()->value());
-  return Picture(*table.viewport(), scale, part);
+  QImage picture = Picture(*table.viewport(), scale, part);
+  QPainter painter(&picture);
+  painter.setClipRegion(part.translated(-part.boundingRect().topLeft()));
+  painter.translate(-part.boundingRect().topLeft());
+  for (const QModelIndex& row : list.selectionModel()->selectedRows()) {
+    const QRect cell(0, list.rowViewportPosition(row.row()), 3, list.rowHeight(row.row()) - 1);
+    painter.fillRect(cell, list.hasFocus() ? qt::look::Now().accent : qt::look::Now().border);
+  }
+  return picture;
 }
 
 /// How many pixels of the list are others than Qt's own.

@@ -1,5 +1,7 @@
 #include "platform/qt/ColumnWidths.hpp"
 
+#include "platform/qt/Look.hpp"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -10,7 +12,7 @@ ColumnWidths::ColumnWidths(const std::vector<ListColumn>& columns) {
   for (const ListColumn& column : columns) {
     const int twips = std::max(column.width, 0);
     const bool elastic = column.kind == ListColumn::Kind::Text || column.kind == ListColumn::Kind::BankEditor;
-    const int pixel = twips == 0 ? 0 : std::max(1, (twips + TwipsPerPixelX / 2) / TwipsPerPixelX);
+    const int pixel = twips == 0 ? 0 : std::max(1, look::PixelsX(twips + look::TwipsX(1) / 2));
     columns_.push_back({end_, twips, pixel, elastic && twips > 0});
     end_ += twips;
     total_ += pixel;
@@ -54,7 +56,7 @@ int ColumnWidths::Middle(int column) const {
 }
 
 int ColumnWidths::Beyond(int offset) const {
-  return end_ + std::max(0, offset) * TwipsPerPixelX;
+  return end_ + look::TwipsX(std::max(0, offset));
 }
 
 } // namespace lumoscad::qt

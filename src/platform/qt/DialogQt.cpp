@@ -1,5 +1,9 @@
 #include "platform/qt/DialogQt.hpp"
 
+#include "platform/qt/Look.hpp"
+
+#include <QEvent>
+#include <QLayout>
 #include <QShowEvent>
 #include <QWindow>
 
@@ -16,7 +20,25 @@ void DialogQt::setVisible(bool visible) {
   QDialog::setVisible(visible);
 }
 
+void DialogQt::TakeLook() {
+  look::Dress(*this);
+}
+
+bool DialogQt::event(QEvent* event) {
+  const bool handled = QDialog::event(event);
+  if (event->type() == QEvent::ApplicationPaletteChange || event->type() == QEvent::ApplicationFontChange) {
+    TakeLook();
+    if (layout() != nullptr) {
+      layout()->activate();
+    }
+  }
+  return handled;
+}
+
 void DialogQt::showEvent(QShowEvent* event) {
+  if (!event->spontaneous()) {
+    TakeLook();
+  }
   const bool moved = testAttribute(Qt::WA_Moved);
   QDialog::showEvent(event);
   if (!event->spontaneous() && below_ && !moved) {

@@ -15,6 +15,10 @@ class DialogQt : public QDialog {
   void setVisible(bool visible) override;
 
  protected:
+  /// The window's colours, fonts and sizes have to be taken from the desktop again: its palette or its font is another
+  /// one, or the window is shown now, with all the widgets that were made for it.
+  virtual void TakeLook();
+  bool event(QEvent* event) override;
   void showEvent(QShowEvent* event) override;
 
  private:

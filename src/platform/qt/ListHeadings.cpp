@@ -17,17 +17,17 @@ namespace {
 constexpr int HeadingMargin = 6;
 constexpr int IndicatorSide = 10;
 constexpr int SquareSide = 14;
-constexpr int HeadingPixels = 11; // bold is wider: one pixel less keeps the longest heading whole
+/// Bold is wider: so many pixels of twelve keep the longest heading whole.
+constexpr int HeadingPixels = 11;
 
 } // namespace
 
-HeadingQt::HeadingQt(const QString& name, const QString& caption, bool sorts, const QFont& fontName, QWidget* parent)
+HeadingQt::HeadingQt(const QString& name, const QString& caption, bool sorts, QWidget* parent)
     : QAbstractButton(parent), sorts_(sorts) {
   setObjectName(name);
   setText(caption);
   setAccessibleName(caption);
   setFocusPolicy(Qt::NoFocus);
-  setFont(fontName); // under a style sheet it would not come down from the window
   if (sorts) {
     setCursor(Qt::PointingHandCursor);
     setAttribute(Qt::WA_Hover);
@@ -49,16 +49,17 @@ bool HeadingQt::event(QEvent* event) {
 void HeadingQt::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   if (sorts_ && underMouse()) {
-    painter.fillRect(rect(), look::HoveredHeading);
+    painter.fillRect(rect(), look::Now().hoveredHeading);
   }
-  painter.setPen(look::Line);
+  painter.setPen(look::Now().line);
   painter.drawLine(width() - 1, 0, width() - 1, height());
   QFont fontName = font();
   fontName.setBold(true);
-  fontName.setPixelSize(HeadingPixels);
+  fontName.setPixelSize(look::Scaled(HeadingPixels));
   painter.setFont(fontName);
-  painter.setPen(look::Ink);
-  const QRect area = rect().adjusted(HeadingMargin, IndicatorSide + 2, -HeadingMargin, -2);
+  painter.setPen(look::Now().windowInk);
+  const int margin = look::Scaled(HeadingMargin);
+  const QRect area = rect().adjusted(margin, look::Scaled(IndicatorSide) + 2, -margin, -2);
   const QString caption = QFontMetrics(fontName).elidedText(text(), Qt::ElideRight, area.width());
   const Qt::Alignment orientation = Qt::AlignVCenter | (right_ ? Qt::AlignRight : Qt::AlignLeft);
   painter.drawText(area, static_cast<int>(orientation.toInt()) | static_cast<int>(Qt::TextSingleLine), caption);
@@ -83,18 +84,30 @@ void ImageQt::paintEvent(QPaintEvent*) {
 
 ListHeadings::ListHeadings(const ListWindow& window, QTableView& table, QWidget* parent)
     : QWidget(parent), window_(window), table_(table) {
-  setFont(look::Font(window.Description().headingFont));
-  setFixedHeight(look::HeadingHeight);
   AddHeadings();
   AddUncoveredColumns();
+  Measure();
+}
+
+void ListHeadings::Measure() {
+  setFont(look::Font(window_.Description().headingFont));
+  setFixedHeight(look::HeadingHeight());
+  for (const Entry& entry : entries_) {
+    entry.heading->setFont(font());
+    if (entry.indicator != nullptr) {
+      entry.indicator->setFont(look::Font({})); // it writes nothing
+    }
+  }
+  for (const auto& [column, smallSquare] : squares_) {
+    smallSquare->setFont(look::Font({}));
+  }
 }
 
 void ListHeadings::AddHeadings() {
   for (const ListHeading& heading : window_.Description().headings) {
     const QString number = QString::number(heading.index);
     Entry entry;
-    entry.heading =
-        new HeadingQt(QStringLiteral("TLwTestata_") + number, Text(heading.text), heading.sorts, font(), this);
+    entry.heading = new HeadingQt(QStringLiteral("TLwTestata_") + number, Text(heading.text), heading.sorts, this);
     entry.indicator = new ImageQt(QStringLiteral("PTestata_") + number, ListIcon::Unsorted, this);
     entry.indicator->setVisible(heading.sorts); // nothing to indicate over a heading that never sorts
     entry.index = heading.index;
@@ -134,7 +147,7 @@ void ListHeadings::AddUncoveredColumns() {
       continue;
     }
     Entry entry;
-    entry.heading = new HeadingQt(Text(c.key), Text(c.headingText), false, font(), this);
+    entry.heading = new HeadingQt(Text(c.key), Text(c.headingText), false, this);
     entry.heading->setToolTip(Text(c.headingText));
     entry.heading->SetRightAligned(c.kind == ListColumn::Kind::Amount);
     entry.first = entry.last = column;
@@ -159,13 +172,14 @@ void ListHeadings::LayOut() {
     entry.heading->setVisible(width > 0);
     entry.heading->setGeometry(begin + left, 0, width, height() - 1);
     if (entry.indicator != nullptr) {
-      entry.indicator->setGeometry(begin + left + (width - IndicatorSide) / 2, 2, IndicatorSide, IndicatorSide);
+      const int side = look::Scaled(IndicatorSide);
+      entry.indicator->setGeometry(begin + left + (width - side) / 2, 2, side, side);
     }
   }
   for (const auto& [column, smallSquare] : squares_) {
     const int left = begin + table_.columnViewportPosition(column);
-    smallSquare->setGeometry(left + (table_.columnWidth(column) - SquareSide) / 2, (height() - SquareSide) / 2 + 4,
-                             SquareSide, SquareSide);
+    const int side = look::Scaled(SquareSide);
+    smallSquare->setGeometry(left + (table_.columnWidth(column) - side) / 2, (height() - side) / 2 + 4, side, side);
   }
 }
 
@@ -180,8 +194,8 @@ void ListHeadings::ShowOrder(int index, bool ascending) {
 
 void ListHeadings::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.fillRect(rect(), look::HeadingBackground);
-  painter.setPen(look::Line);
+  painter.fillRect(rect(), look::Now().headingBackground);
+  painter.setPen(look::Now().line);
   painter.drawLine(0, height() - 1, width(), height() - 1);
 }
 

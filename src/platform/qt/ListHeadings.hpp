@@ -17,7 +17,7 @@ namespace lumoscad::qt {
 /// One drawn heading. It answers to the mouse only when it sorts; the keyboard reaches it by Ctrl and its index.
 class HeadingQt final : public QAbstractButton {
  public:
-  HeadingQt(const QString& name, const QString& caption, bool sorts, const QFont& fontName, QWidget* parent);
+  HeadingQt(const QString& name, const QString& caption, bool sorts, QWidget* parent);
   void SetRightAligned(bool right) { right_ = right; }
 
  protected:
@@ -50,6 +50,8 @@ class ListHeadings final : public QWidget {
   /// Told the index of the heading that was clicked.
   std::function<void(int index)> headingClicked;
 
+  /// Takes the size of the desktop's text.
+  void Measure();
   /// Places every heading over its columns.
   void LayOut();
   /// Shows which heading sorts the list, and in which direction.

@@ -24,6 +24,8 @@ constexpr double Side = 16.0;
 constexpr std::array Small{ListIcon::ChkOn,  ListIcon::ChkOff, ListIcon::OptOn,
                            ListIcon::OptOff, ListIcon::Sorted, ListIcon::Unsorted};
 
+using look::Colours;
+
 QPen Pen(const QColor& colour, double thickness) {
   return {colour, thickness, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
 }
@@ -37,59 +39,59 @@ void TickMark(QPainter& painter, const QPen& pen) {
   painter.drawPath(sign);
 }
 
-void CheckBox(QPainter& painter, bool ticked) {
-  painter.setPen(Pen(ticked ? look::Green : QColor(0x8A, 0x99, 0xA8), 1.2));
-  painter.setBrush(ticked ? look::Green : look::Paper);
+void CheckBox(QPainter& painter, const Colours& colours, bool ticked) {
+  painter.setPen(Pen(ticked ? colours.accent : colours.border, 1.2));
+  painter.setBrush(ticked ? colours.accent : colours.paper);
   painter.drawRoundedRect(QRectF(1.8, 1.8, 12.4, 12.4), 2.5, 2.5);
   if (ticked) {
-    TickMark(painter, Pen(look::Paper, 2.0));
+    TickMark(painter, Pen(colours.accentInk, 2.0));
   }
 }
 
-void RadioButton(QPainter& painter, bool choice) {
-  painter.setPen(Pen(choice ? look::Green : QColor(0x8A, 0x99, 0xA8), 1.2));
-  painter.setBrush(look::Paper);
+void RadioButton(QPainter& painter, const Colours& colours, bool choice) {
+  painter.setPen(Pen(choice ? colours.accent : colours.border, 1.2));
+  painter.setBrush(colours.paper);
   painter.drawEllipse(QRectF(1.8, 1.8, 12.4, 12.4));
   if (choice) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(look::Green);
+    painter.setBrush(colours.accent);
     painter.drawEllipse(QRectF(4.8, 4.8, 6.4, 6.4));
   }
 }
 
-void Arrow(QPainter& painter, bool upwards) {
+void Arrow(QPainter& painter, const Colours& colours, bool upwards) {
   const double tip = upwards ? 4.5 : 11.5;
   const double base = upwards ? 11.5 : 4.5;
   QPainterPath arrow(QPointF(8.0, tip));
   arrow.lineTo(13.5, base);
   arrow.lineTo(2.5, base);
   arrow.closeSubpath();
-  painter.setPen(Pen(look::Accent, 1.0));
-  painter.setBrush(look::Accent);
+  painter.setPen(Pen(colours.accent, 1.0));
+  painter.setBrush(colours.accent);
   painter.drawPath(arrow);
 }
 
-void NeutralArrows(QPainter& painter) {
+void NeutralArrows(QPainter& painter, const Colours& colours) {
   QPainterPath arrows(QPointF(4.0, 6.3));
   arrows.lineTo(8.0, 2.6);
   arrows.lineTo(12.0, 6.3);
   arrows.moveTo(4.0, 9.7);
   arrows.lineTo(8.0, 13.4);
   arrows.lineTo(12.0, 9.7);
-  painter.setPen(Pen(QColor(0x9A, 0xA8, 0xB6), 1.6));
+  painter.setPen(Pen(colours.border, 1.6));
   painter.setBrush(Qt::NoBrush);
   painter.drawPath(arrows);
 }
 
-void Square(QPainter& painter) {
+void Square(QPainter& painter, const Colours& colours) {
   painter.setPen(Qt::NoPen);
-  painter.setBrush(QColor(0x8F, 0xA0, 0xB1));
+  painter.setBrush(colours.border);
   painter.drawRoundedRect(QRectF(1.5, 1.5, 13.0, 13.0), 2.5, 2.5);
-  TickMark(painter, Pen(look::HeadingBackground, 1.8));
+  TickMark(painter, Pen(colours.headingBackground, 1.8));
 }
 
-void Cross(QPainter& painter) {
-  painter.setPen(Pen(look::Red, 2.2));
+void Cross(QPainter& painter, const Colours& colours) {
+  painter.setPen(Pen(colours.buttonInk, 2.2));
   painter.drawLine(QPointF(4.0, 4.0), QPointF(12.0, 12.0));
   painter.drawLine(QPointF(12.0, 4.0), QPointF(4.0, 12.0));
 }
@@ -165,30 +167,31 @@ void Draw(QPainter& painter, const QRectF& area, ListIcon icon) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(area.center().x() - side / 2, area.center().y() - side / 2);
   painter.scale(side / Side, side / Side);
+  const Colours& colours = look::Now();
   switch (icon) {
   case ListIcon::ChkOn:
   case ListIcon::ChkOff:
-    CheckBox(painter, icon == ListIcon::ChkOn);
+    CheckBox(painter, colours, icon == ListIcon::ChkOn);
     break;
   case ListIcon::OptOn:
   case ListIcon::OptOff:
-    RadioButton(painter, icon == ListIcon::OptOn);
+    RadioButton(painter, colours, icon == ListIcon::OptOn);
     break;
   case ListIcon::Sorted:
   case ListIcon::SortedReverse:
-    Arrow(painter, icon == ListIcon::Sorted);
+    Arrow(painter, colours, icon == ListIcon::Sorted);
     break;
   case ListIcon::Unsorted:
-    NeutralArrows(painter);
+    NeutralArrows(painter, colours);
     break;
   case ListIcon::SmallSquare:
-    Square(painter);
+    Square(painter, colours);
     break;
   case ListIcon::Confirm:
-    TickMark(painter, Pen(look::Paper, 2.4));
+    TickMark(painter, Pen(colours.fillInk, 2.4));
     break;
   case ListIcon::Cancel:
-    Cross(painter);
+    Cross(painter, colours);
     break;
   }
   painter.restore();

@@ -1,7 +1,5 @@
 #include "platform/qt/ListPainter.hpp"
 
-#include "platform/qt/Look.hpp"
-
 #include <QColor>
 #include <QPainter>
 #include <QPen>
@@ -16,8 +14,10 @@ namespace {
 
 constexpr int Margin = 6;
 constexpr int TickSide = 16;
-/// In a narrower column a tick or the frame of the current cell would reach into the next one.
+/// Of a tick and what is beside it: in a narrower column a tick or the frame of the current cell would reach into the
+/// next one.
 constexpr int SmallestInPieces = TickSide + 4;
+constexpr int SelectionMark = 3;
 
 /// How many pixels of the device a pixel of the list is wide and high; 0 when that is no whole number, or when the
 /// pixels do not lie on those of the device.
@@ -36,21 +36,24 @@ QRect CellOf(const ListPainter::Row& row, const ListPainter::Column& column) {
 } // namespace
 
 QRect ListPainter::TextArea(const QRect& cell) {
-  return cell.adjusted(Margin, 0, -Margin, 0);
+  return cell.adjusted(look::Scaled(Margin), 0, -look::Scaled(Margin), 0);
 }
 
 void ListPainter::Begin(QPainter& painter, const QFont& font, bool focus) {
   focus_ = focus;
   const int scale = WholeScale(painter.deviceTransform());
-  if (scale != scale_) {
+  tickSide_ = look::Scaled(TickSide);
+  if (scale != scale_ || tickSide_ != paintedSide_ || colours_ != look::Now()) {
     ticks_.clear();
     scale_ = scale;
+    paintedSide_ = tickSide_;
+    colours_ = look::Now();
   }
   texts_.Begin(painter, font);
 }
 
 void ListPainter::Paint(QPainter& painter, const Row& row, const std::vector<Column>& columns) {
-  const auto narrow = [](const Column& column) { return column.width < SmallestInPieces; };
+  const auto narrow = [](const Column& column) { return column.width < look::Scaled(SmallestInPieces); };
   if (scale_ == 1 && !columns.empty() && std::none_of(columns.begin(), columns.end(), narrow)) {
     PaintInPieces(painter, row, columns);
   } else {
@@ -67,11 +70,11 @@ void ListPainter::PaintInPieces(QPainter& painter, const Row& row, const std::ve
   painter.fillRect(QRect(begin, row.top, end - begin, row.height), RowBackground(row));
   for (const Column& column : columns) {
     if (Changed(row, column.index)) {
-      painter.fillRect(CellOf(row, column), look::ChangedBackground);
+      painter.fillRect(CellOf(row, column), colours_.changedBackground);
     }
-    painter.fillRect(QRect(column.left + column.width - 1, row.top, 1, row.height), look::FaintLine);
+    painter.fillRect(QRect(column.left + column.width - 1, row.top, 1, row.height), colours_.faintLine);
   }
-  painter.fillRect(QRect(begin, row.top + row.height - 1, end - begin, 1), look::FaintLine);
+  painter.fillRect(QRect(begin, row.top + row.height - 1, end - begin, 1), colours_.faintLine);
   for (const Column& column : columns) {
     const int right = column.left + column.width;
     Content(painter, row, column, {right, row.top, end - right, row.height});
@@ -82,8 +85,8 @@ void ListPainter::PaintInPieces(QPainter& painter, const Row& row, const std::ve
 void ListPainter::PaintCellByCell(QPainter& painter, const Row& row, const std::vector<Column>& columns) {
   for (const Column& column : columns) {
     const QRect cell = CellOf(row, column);
-    painter.fillRect(cell, Changed(row, column.index) ? look::ChangedBackground : RowBackground(row));
-    painter.setPen(look::FaintLine);
+    painter.fillRect(cell, Changed(row, column.index) ? colours_.changedBackground : RowBackground(row));
+    painter.setPen(colours_.faintLine);
     painter.drawLine(cell.topRight(), cell.bottomRight());
     painter.drawLine(cell.bottomLeft(), cell.bottomRight());
     Content(painter, row, column, {});
@@ -97,9 +100,9 @@ bool ListPainter::Changed(const Row& row, int column) const {
 
 const QColor& ListPainter::RowBackground(const Row& row) const {
   if (row.selected) {
-    return focus_ ? look::Selection : look::SelectionWithoutFocus;
+    return focus_ ? colours_.selection : colours_.selectionWithoutFocus;
   }
-  return row.index % 2 == 0 ? look::Paper : look::AlternateRow;
+  return row.index % 2 == 0 ? colours_.paper : colours_.alternateRow;
 }
 
 void ListPainter::Content(QPainter& painter, const Row& row, const Column& column, const QRect& covered) {
@@ -107,7 +110,7 @@ void ListPainter::Content(QPainter& painter, const Row& row, const Column& colum
   const ListColumn::Kind kind = model_.Kind(column.index);
   if (kind != ListColumn::Kind::Tick) {
     const bool changed = model_.CellChanged(row.index, column.index);
-    painter.setPen(changed ? look::ChangedInk : look::Ink);
+    painter.setPen(changed ? colours_.changedInk : colours_.ink);
     texts_.Write(painter, TextArea(cell), model_.CellText(row.index, column.index),
                  {changed, kind == ListColumn::Kind::Amount}, covered);
   } else if (const auto ticked = model_.CellTicked(row.index, column.index)) {
@@ -119,7 +122,7 @@ void ListPainter::Content(QPainter& painter, const Row& row, const Column& colum
 }
 
 void ListPainter::Tick(QPainter& painter, const QRect& cell, bool ticked, const QColor& background) {
-  QRect square(0, 0, TickSide, TickSide);
+  QRect square(0, 0, tickSide_, tickSide_);
   square.moveCenter(cell.center());
   // A picture on its own background may only replace the drawing where nothing but that background is below it, and
   // where its pixels are those of the screen.
@@ -137,19 +140,24 @@ const QPixmap& ListPainter::TickOn(const QColor& background, bool ticked) {
   if (known != ticks_.end()) {
     return known->picture;
   }
-  QPixmap picture(TickSide * scale_, TickSide * scale_);
+  QPixmap picture(tickSide_ * scale_, tickSide_ * scale_);
   picture.setDevicePixelRatio(scale_);
   picture.fill(background);
   {
     QPainter painter(&picture);
-    images_.Draw(painter, QRectF(0, 0, TickSide, TickSide), Key(ticked ? ListIcon::ChkOn : ListIcon::ChkOff));
+    images_.Draw(painter, QRectF(0, 0, tickSide_, tickSide_), Key(ticked ? ListIcon::ChkOn : ListIcon::ChkOff));
   }
   return ticks_.emplace_back(PaintedTick{background.rgb(), ticked, picture}).picture;
 }
 
+void ListPainter::Mark(QPainter& painter, int left, const Row& row) const {
+  painter.fillRect(QRect(left, row.top, look::Scaled(SelectionMark), row.height - 1),
+                   focus_ ? colours_.accent : colours_.border);
+}
+
 void ListPainter::Frame(QPainter& painter, const QRect& cell) const {
   painter.setBrush(Qt::NoBrush);
-  painter.setPen(focus_ ? QPen(look::Accent, 2) : QPen(QColor(0x9A, 0xA8, 0xB6), 1));
+  painter.setPen(focus_ ? QPen(colours_.accent, 2) : QPen(colours_.border, 1));
   const int border = focus_ ? 1 : 0;
   painter.drawRect(cell.adjusted(border, border, -1 - border / 2, -1 - border / 2));
 }

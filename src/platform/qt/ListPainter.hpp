@@ -3,14 +3,15 @@
 #include "platform/qt/CellTexts.hpp"
 #include "platform/qt/ListIcons.hpp"
 #include "platform/qt/ListModel.hpp"
+#include "platform/qt/Look.hpp"
 
+#include <QColor>
 #include <QFont>
 #include <QPixmap>
 #include <QRect>
 
 #include <vector>
 
-class QColor;
 class QPainter;
 
 namespace lumoscad::qt {
@@ -39,6 +40,8 @@ class ListPainter {
   /// Begins a painting of a list with this font, which has the keyboard or has not.
   void Begin(QPainter& painter, const QFont& font, bool focus);
   void Paint(QPainter& painter, const Row& row, const std::vector<Column>& columns);
+  /// Marks a selected row at its left end: a ground alone would be told by its colour only.
+  void Mark(QPainter& painter, int left, const Row& row) const;
   /// Drops what was prepared with the fonts that the process had.
   void FontsChanged() { texts_.Forget(); }
 
@@ -67,6 +70,9 @@ class ListPainter {
   CellTexts texts_;
   std::vector<PaintedTick> ticks_; ///< at most two for each of the four backgrounds
   int scale_ = 0;                  ///< of the device that `ticks_` were painted for; 0 for none that they fit
+  int tickSide_ = 0;
+  int paintedSide_ = 0; ///< of `ticks_`
+  look::Colours colours_ = look::Now();
   bool focus_ = false;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/qt/ListParts.hpp"
 
+#include "platform/qt/AreaQt.hpp"
 #include "platform/qt/ListIcons.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
@@ -26,11 +27,12 @@ namespace {
 constexpr int WindowMargin = 14;
 constexpr int LabelWidth = 110;
 constexpr int FieldHeight = 28;
+constexpr AreaQt::Colour Cover = &look::Colours::headingBackground;
 
 /// What the picture has to the right of the list, in pixels.
 int PictureMargin(const ListWindow& window) {
   const ListState& state = window.Stato();
-  return (state.pictureWidth - state.listWidth) / TwipsPerPixelX;
+  return look::PixelsX(state.pictureWidth - state.listWidth);
 }
 
 QFrame* Frame(const QString& name, QWidget* parent) {
@@ -85,18 +87,27 @@ QLabel* Caption(const QString& name, const QString& text, QWidget* field, QWidge
   label->setObjectName(name);
   label->setTextFormat(Qt::PlainText);
   label->setText(text);
-  label->setMinimumWidth(LabelWidth);
   label->setBuddy(field);
   return label;
 }
 
-QComboBox* Elenco(const QString& name, const std::vector<std::string>& entries, const ListWindow& window,
-                  QWidget* parent) {
+/// The frames of the window carry the list's font, what is written in them the desktop's.
+void SetFonts(QDialog& dialog, const QFont& listFont) {
+  for (QWidget* frame : dialog.findChildren<QFrame*>(QString(), Qt::FindDirectChildrenOnly)) {
+    if (qobject_cast<QLabel*>(frame) != nullptr) {
+      continue;
+    }
+    frame->setFont(listFont);
+    for (QWidget* widget : frame->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+      const QFont font = look::Font({});
+      widget->setFont(widget->font().bold() ? look::Bold(font) : font);
+    }
+  }
+}
+
+QComboBox* Elenco(const QString& name, const std::vector<std::string>& entries, QWidget* parent) {
   auto* combo = new QComboBox(parent);
   combo->setObjectName(name);
-  const QFont fontName = look::Font(window.Description().fontName);
-  combo->setFont(fontName);
-  combo->view()->setFont(fontName); // what drops down is a window of its own, and has the calling program's font
   // Sized by a fixed number of characters: measuring every entry would read them all.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   // The style's own delegate draws menu entries, whose chosen one a style sheet leaves without a colour.
@@ -119,9 +130,7 @@ void AddLabels(const ListWindow& window, QBoxLayout& row, QWidget* parent) {
     label->setTextFormat(Qt::PlainText);
     label->setText(Text(entry.text));
     if (label->objectName().endsWith(QStringLiteral("Value"))) {
-      QFont fontName = label->font();
-      fontName.setBold(true);
-      label->setFont(fontName);
+      label->setFont(look::Bold(label->font()));
     } else {
       label->setContentsMargins(16, 0, 0, 0); // sets the pair apart from what is before it
     }
@@ -135,8 +144,6 @@ QPushButton* ImageButton(const QString& name, const QString& text, ListIcon icon
   auto* button = new QPushButton(Icon(icon), text, parent);
   button->setObjectName(name);
   button->setAutoDefault(false);
-  button->setIconSize(QSize(16, 16));
-  button->setMinimumSize(120, 34);
   button->setToolTip(help);
   return button;
 }
@@ -144,7 +151,7 @@ QPushButton* ImageButton(const QString& name, const QString& text, ListIcon icon
 } // namespace
 
 ListParts::ListParts(QDialog& dialog, const ListWindow& window, ListModel& model) {
-  look::Dress(dialog, window.Description().fontName);
+  look::Dress(dialog);
   auto* stack = new QVBoxLayout(&dialog);
   stack->setContentsMargins(WindowMargin, 10, WindowMargin, 10);
   stack->setSpacing(0);
@@ -158,6 +165,39 @@ ListParts::ListParts(QDialog& dialog, const ListWindow& window, ListModel& model
       QWidget::setTabOrder(previous, widget);
     }
     previous = widget != nullptr ? widget : previous;
+  }
+  Measure(dialog, window);
+}
+
+void ListParts::Measure(QDialog& dialog, const ListWindow& window) const {
+  look::Dress(dialog);
+  const QFont font = look::Font(window.Description().fontName);
+  SetFonts(dialog, font);
+  const int fieldHeight = look::Scaled(FieldHeight);
+  if (TextScadenza != nullptr) {
+    TextScadenza->setFixedSize(look::Scaled(132), fieldHeight);
+    TextScadenza->setTextMargins(look::Scaled(6), 0, look::Scaled(6), 0);
+  }
+  for (QComboBox* combo : {cmbBanche, cmbBanche2}) {
+    if (combo != nullptr) {
+      combo->setFont(font);
+      combo->view()->setFont(font); // what drops down is a window of its own, and has the calling program's font
+    }
+  }
+  if (cmbBanche != nullptr) {
+    cmbBanche->setFixedSize(look::Scaled(320), fieldHeight);
+  }
+  for (const char* name : {"lblScadenza", "LabelNScad", "lblBanche"}) {
+    if (auto* caption = dialog.findChild<QLabel*>(QLatin1String(name))) {
+      caption->setMinimumWidth(look::Scaled(LabelWidth));
+    }
+  }
+  TextScad->setFont(font);
+  table->Measure();
+  headings->Measure();
+  for (QPushButton* button : {PictureOk, PictureAnnulla}) {
+    button->setIconSize(QSize(look::Scaled(16), look::Scaled(16)));
+    button->setMinimumSize(look::Scaled(120), look::Scaled(34));
   }
 }
 
@@ -194,7 +234,7 @@ void ListParts::Above(QDialog& dialog, const ListWindow& window, QBoxLayout& sta
   if (bankRow != firstRow) {
     bankRow->addStretch(1);
   }
-  QFrame* darkRow = Frame(QStringLiteral("RigaScura"), &dialog);
+  auto* darkRow = new AreaQt(QStringLiteral("RigaScura"), &look::Colours::darkLine, &dialog);
   darkRow->setFixedHeight(3);
   stack.addSpacing(4);
   AddToList(stack, darkRow, window);
@@ -208,7 +248,6 @@ QFrame* ListParts::DueDateField(const ListWindow& window, QWidget* parent) {
   TextScadenza->setAccessibleName(Text(*window.Description().dateField));
   TextScadenza->setPlaceholderText(QStringLiteral("GG/MM/AAAA"));
   TextScadenza->setContextMenuPolicy(Qt::NoContextMenu);
-  TextScadenza->setFixedSize(132, FieldHeight);
   row->addWidget(Caption(QStringLiteral("lblScadenza"),
                          WithAccessKey(Text(*window.Description().dateField), QStringLiteral("cab")), TextScadenza,
                          frame));
@@ -219,10 +258,9 @@ QFrame* ListParts::DueDateField(const ListWindow& window, QWidget* parent) {
 QFrame* ListParts::BankField(const ListWindow& window, QWidget* parent) {
   QFrame* frame = Frame(QStringLiteral("FrameNuovaBanca"), parent);
   QHBoxLayout* row = InRow(frame);
-  cmbBanche = Elenco(QStringLiteral("cmbBanche"), window.Description().banks, window, frame);
+  cmbBanche = Elenco(QStringLiteral("cmbBanche"), window.Description().banks, frame);
   cmbBanche->setAccessibleName(Text(*window.Description().bankField));
   cmbBanche->setFocusPolicy(Qt::StrongFocus);
-  cmbBanche->setFixedSize(320, FieldHeight);
   const QString occupied = window.Description().dateField ? QStringLiteral("can") : QStringLiteral("ca");
   row->addWidget(Caption(QStringLiteral("lblBanche"), WithAccessKey(Text(*window.Description().bankField), occupied),
                          cmbBanche, frame));
@@ -239,24 +277,24 @@ void ListParts::BuildList(QDialog& dialog, const ListWindow& window, ListModel& 
   headings = new ListHeadings(window, *table, picScadenzeBanche);
   column->addWidget(headings);
   column->addWidget(table, 1);
-  PicScrollVerticale = Frame(QStringLiteral("PicScrollVerticale"), picScadenzeBanche);
-  PicScrollOrizzontale = Frame(QStringLiteral("PicScrollOrizzontale"), picScadenzeBanche);
+  PicScrollVerticale = new AreaQt(QStringLiteral("PicScrollVerticale"), Cover, picScadenzeBanche);
+  PicScrollOrizzontale = new AreaQt(QStringLiteral("PicScrollOrizzontale"), Cover, picScadenzeBanche);
   PicScrollVerticale->hide();
   PicScrollOrizzontale->hide();
   stack.addWidget(picScadenzeBanche, 1);
 }
 
 void ListParts::Editor(const ListWindow& window) {
-  FrameScad = Frame(QStringLiteral("FrameScad"), picScadenzeBanche);
+  FrameScad = new AreaQt(QStringLiteral("FrameScad"), &look::Colours::accent, picScadenzeBanche);
   TextScad = new QLineEdit(FrameScad);
   TextScad->setObjectName(QStringLiteral("TextScad"));
+  TextScad->setFrame(false); // the frame that it lies in is its border
   TextScad->setAccessibleName(QStringLiteral("Nuova data della riga"));
   TextScad->setContextMenuPolicy(Qt::NoContextMenu);
-  TextScad->setFont(table->font());
   InFrame(TextScad);
   if (EditsBanks(window)) {
-    FrameBanca = Frame(QStringLiteral("FrameBanca"), picScadenzeBanche);
-    cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), window.Description().cellBanks, window, FrameBanca);
+    FrameBanca = new AreaQt(QStringLiteral("FrameBanca"), &look::Colours::accent, picScadenzeBanche);
+    cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), window.Description().cellBanks, FrameBanca);
     cmbBanche2->setAccessibleName(QStringLiteral("Nuova banca della riga"));
     InFrame(cmbBanche2);
   }
@@ -265,7 +303,7 @@ void ListParts::Editor(const ListWindow& window) {
 void ListParts::Below(QDialog& dialog, const ListWindow& window, QBoxLayout& stack) {
   QFrame* separator = Frame(QStringLiteral("FrameSeparatore"), &dialog);
   QHBoxLayout* line = InRow(separator);
-  QFrame* separatorRow = Frame(QStringLiteral("RigaSepara"), separator);
+  auto* separatorRow = new AreaQt(QStringLiteral("RigaSepara"), &look::Colours::line, separator);
   separatorRow->setFixedHeight(1);
   line->addWidget(separatorRow);
   AddToList(stack, separator, window);
@@ -278,6 +316,8 @@ void ListParts::Below(QDialog& dialog, const ListWindow& window, QBoxLayout& sta
                           QStringLiteral("Conferma le variazioni (Ctrl+Invio)"), frameOkAnnulla);
   PictureAnnulla = ImageButton(QStringLiteral("PictureAnnulla"), QStringLiteral("&Annulla"), ListIcon::Cancel,
                                QStringLiteral("Chiude senza variare nulla (Esc)"), frameOkAnnulla);
+  look::MarkAsConfirming(*PictureOk);
+  look::MarkAsFaint(*lblRighe);
   row->addWidget(lblRighe);
   row->addStretch(1);
   row->addWidget(PictureOk);

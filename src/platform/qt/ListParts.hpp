@@ -35,6 +35,8 @@ struct ListParts {
   QPushButton* PictureOk = nullptr;
   QPushButton* PictureAnnulla = nullptr;
 
+  /// Takes colours, fonts and sizes from the desktop as it is now.
+  void Measure(QDialog& dialog, const ListWindow& window) const;
   /// Lays an in-place editor's frame over `cell` (in viewport coordinates), never beyond the list's own area.
   void PlaceOverCell(QFrame& frame, const QRect& cell) const;
   /// Lays the covers over the scroll bars, or takes them away.

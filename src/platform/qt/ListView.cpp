@@ -31,13 +31,13 @@ ListView::ListView(const ListWindow& window, ListModel& model, QWidget* parent)
       images_(new ListImages(this)), painter_(model, *images_) {
   setObjectName(Text(window.Description().listName));
   setAccessibleName(Text(window.Description().title));
-  setFont(look::Font(window.Description().fontName));
   setItemDelegate(new ListDelegate(this));
   connect(qGuiApp, &QGuiApplication::fontDatabaseChanged, this, [this] {
     painter_.FontsChanged();
     viewport()->update();
   });
   Prepare();
+  Measure();
   setModel(&model);
   ShowColumns();
 }
@@ -60,9 +60,15 @@ void ListView::Prepare() {
   horizontalHeader()->setMinimumSectionSize(1);
   horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->hide();
-  verticalHeader()->setMinimumSectionSize(look::RowHeight);
-  verticalHeader()->setDefaultSectionSize(look::RowHeight);
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+}
+
+void ListView::Measure() {
+  setFont(look::Font(window_.Description().fontName));
+  verticalHeader()->setMinimumSectionSize(look::RowHeight());
+  verticalHeader()->setDefaultSectionSize(look::RowHeight());
+  widths_ = ColumnWidths(window_.Description().columns);
+  LayOutColumns();
 }
 
 void ListView::ShowColumns() {
@@ -76,8 +82,8 @@ QSize ListView::sizeHint() const {
   const ListState& state = window_.Stato();
   const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
   const bool scrolls = model_.rowCount() > window_.Description().rowsWithoutScrolling;
-  const int width = std::max(widths_.Total() + (scrolls ? bar : 0), state.listWidth / TwipsPerPixelX);
-  const int height = std::max(state.listHeight / TwipsPerPixelY, 6 * look::RowHeight);
+  const int width = std::max(widths_.Total() + (scrolls ? bar : 0), look::PixelsX(state.listWidth));
+  const int height = std::max(look::PixelsY(state.listHeight), 6 * look::RowHeight());
   return {width, height};
 }
 
@@ -101,7 +107,7 @@ void ListView::GoTo(int row, int column) {
 
 void ListView::Press(const QModelIndex& cell) {
   scrollTo(cell);
-  const int y = (rowViewportPosition(cell.row()) + rowHeight(cell.row()) / 2) * TwipsPerPixelY;
+  const int y = look::TwipsY(rowViewportPosition(cell.row()) + rowHeight(cell.row()) / 2);
   listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), y);
   listener_->MouseReleased();
 }
@@ -149,7 +155,7 @@ void ListView::mousePressEvent(QMouseEvent* event) {
   const int column = columnAt(point.x());
   // Taken before the selection moves: making a half-hidden cell current scrolls the list.
   const int x = NominalX(point.x());
-  const int y = point.y() * TwipsPerPixelY;
+  const int y = look::TwipsY(point.y());
   if (row >= 0 && column >= 0) {
     const bool first = std::exchange(muteSelection_, true);
     setCurrentIndex(model_.index(row, column));
@@ -262,21 +268,30 @@ void ListView::paintEvent(QPaintEvent* event) {
     bottom = shown.top + shown.height;
     if (event->region().intersects(QRect(whole.left(), shown.top, whole.width(), shown.height))) {
       painter_.Paint(painter, shown, columns);
+      if (shown.selected) {
+        painter_.Mark(painter, 0, shown);
+      }
     }
   }
   const int right = columns.empty() || first < 0 ? whole.left() : columns.back().left + columns.back().width;
-  painter.fillRect(QRect(QPoint(right, whole.top()), whole.bottomRight()), look::Paper);
-  painter.fillRect(QRect(QPoint(whole.left(), bottom), whole.bottomRight()), look::Paper);
+  painter.fillRect(QRect(QPoint(right, whole.top()), whole.bottomRight()), look::Now().paper);
+  painter.fillRect(QRect(QPoint(whole.left(), bottom), whole.bottomRight()), look::Now().paper);
 }
 
 void ListView::scrollContentsBy(int dx, int dy) {
   QTableView::scrollContentsBy(dx, dy);
+  if (dx != 0) {
+    viewport()->update(); // what marks the selected rows does not move sideways with them
+  }
   if (listener_ != nullptr) {
     listener_->LaidOut();
   }
 }
 
 void ListView::LayOutColumns() {
+  if (model() == nullptr) {
+    return;
+  }
   const std::vector<int> pixel = widths_.Pixel(viewport()->width());
   for (int column = 0; column < model_.columnCount(); ++column) {
     if (!isColumnHidden(column)) {

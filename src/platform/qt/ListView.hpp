@@ -44,6 +44,8 @@ class ListView final : public QTableView {
   /// There is one from the moment on at which the list can be seen, and it outlives the list's last event.
   void SetListener(ListListener* listener) { listener_ = listener; }
 
+  /// Takes the size of the desktop's text.
+  void Measure();
   /// The pictures of the tick cells.
   [[nodiscard]] ListImages& Images() const noexcept { return *images_; }
   /// Makes `row` the current row, in the current column, without telling anyone.
@@ -61,7 +63,7 @@ class ListView final : public QTableView {
   /// First and last row in sight; -1 when there is none.
   [[nodiscard]] std::pair<int, int> RowsInView() const;
   [[nodiscard]] QSize sizeHint() const override;
-  [[nodiscard]] QSize minimumSizeHint() const override { return {240, 4 * look::RowHeight}; }
+  [[nodiscard]] QSize minimumSizeHint() const override { return {look::Scaled(240), 4 * look::RowHeight()}; }
 
   void keyboardSearch(const QString&) override {} // a search would read every row
 

@@ -1,5 +1,6 @@
 #include "platform/qt/ListWindowQt.hpp"
 
+#include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QAbstractItemView>
@@ -90,7 +91,7 @@ void ListWindowQt::MouseReleased() {
   Gesture([this] {
     const auto row = static_cast<int>(list_.Stato().selected);
     const int top = row < 0 ? 0 : parts_.table->rowViewportPosition(row);
-    list_.LVScadenze_Click(top * TwipsPerPixelY);
+    list_.LVScadenze_Click(look::TwipsY(top));
   });
 }
 

@@ -1,88 +1,184 @@
 #include "platform/qt/Look.hpp"
 
+#include "platform/Desktop.hpp"
+#include "platform/qt/StyleQt.hpp"
 #include "platform/qt/Texts.hpp"
 
+#include <QAbstractButton>
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QLineEdit>
+#include <QList>
 #include <QPalette>
+#include <QScreen>
 #include <QString>
 #include <QWidget>
+
+#include <algorithm>
 
 namespace lumoscad::qt::look {
 
 namespace {
 
-constexpr int FontPixels = 12;
+constexpr int StandardPixels = 12;        ///< of the font for which all measures are written down
+constexpr char Confirming[] = "conferma"; ///< properties of widgets
+constexpr char Faint[] = "tenue";
+constexpr int SmallestPixels = 8;
+constexpr int LargestPixels = 48;
+constexpr double StandardDotsPerInch = 96;
+constexpr int RowTwips = 240;
+constexpr int TwipsAcross = TwipsPerPixelX * StandardPixels;
+constexpr int TwipsDown = TwipsPerPixelY * StandardPixels;
 
-QPalette Palette() {
-  QPalette palette;
-  const auto apply = [&palette](QPalette::ColorRole role, const QColor& colour) {
-    palette.setColor(QPalette::Active, role, colour);
-    palette.setColor(QPalette::Inactive, role, colour);
-  };
-  apply(QPalette::Window, Background);
-  apply(QPalette::WindowText, Ink);
-  apply(QPalette::Base, Paper);
-  apply(QPalette::AlternateBase, AlternateRow);
-  apply(QPalette::Text, Ink);
-  apply(QPalette::PlaceholderText, QColor(0x8A, 0x97, 0xA4));
-  apply(QPalette::Button, QColor(0xFA, 0xFB, 0xFC));
-  apply(QPalette::ButtonText, Ink);
-  apply(QPalette::Light, Paper);
-  apply(QPalette::Midlight, FaintLine);
-  apply(QPalette::Mid, Line);
-  apply(QPalette::Dark, QColor(0x9A, 0xA8, 0xB6));
-  apply(QPalette::Shadow, QColor(0x6B, 0x7A, 0x88));
-  apply(QPalette::Highlight, Accent);
-  apply(QPalette::HighlightedText, Paper);
-  apply(QPalette::ToolTipBase, Paper);
-  apply(QPalette::ToolTipText, Ink);
-  return palette;
+/// The palette's name, in a style sheet, of the colour that the widget writes in.
+QString InkRole(const QWidget& widget, bool field) {
+  if (widget.property(Confirming).toBool()) {
+    return QStringLiteral("highlighted-text");
+  }
+  if (widget.property(Faint).toBool()) {
+    return QStringLiteral("placeholder-text");
+  }
+  if (qobject_cast<const QAbstractButton*>(&widget) != nullptr) {
+    return QStringLiteral("button-text");
+  }
+  return field ? QStringLiteral("text") : QStringLiteral("window-text");
 }
 
-QString StyleSheet() {
-  return QStringLiteral("QLabel { color: #1E2A36; }"
-                        "QLabel#lblRighe { color: #5B6B7B; }"
-                        "QLineEdit, QPlainTextEdit { color: #1E2A36; selection-background-color: #1F629B;"
-                        " selection-color: #FFFFFF; }"
-                        "QTableView { background: #FFFFFF; }"
-                        "QComboBox { background-color: #FFFFFF; color: #1E2A36; }"
-                        "QComboBox QAbstractItemView { background: #FFFFFF; color: #1E2A36;"
-                        " selection-background-color: #1F629B; selection-color: #FFFFFF; }"
-                        "QComboBox QAbstractItemView::item { min-height: 20px; }"
-                        "QFrame#RigaScura { background: #2C4257; }"
-                        "QFrame#RigaSepara { background: #D5DEE7; }"
-                        "QFrame#PicScrollVerticale, QFrame#PicScrollOrizzontale { background: #E6EDF4; }"
-                        "QFrame#FrameScad, QFrame#FrameBanca { background: #1F629B; }"
-                        "QLineEdit#TextScad { border: none; background: #FFFFFF; padding: 0 2px; }"
-                        "QLineEdit#TextScadenza { border: 1px solid #B4C1CE; border-radius: 3px; padding: 2px 6px;"
-                        " background: #FFFFFF; }"
-                        "QLineEdit#TextScadenza:focus { border: 1px solid #1F629B; }"
-                        "QPushButton { border: 1px solid #B4C1CE; border-radius: 4px; padding: 6px 18px;"
-                        " background: #FFFFFF; color: #1E2A36; outline: none; }"
-                        "QPushButton:hover { background: #EEF4F9; }"
-                        "QPushButton:pressed { background: #D8E4EF; }"
-                        "QPushButton:focus { border: 2px solid #1F629B; padding: 5px 17px; }"
-                        "QPushButton#PictureOk { background: #1F629B; border-color: #1F629B; color: #FFFFFF; }"
-                        "QPushButton#PictureOk:hover { background: #2A73B0; }"
-                        "QPushButton#PictureOk:pressed { background: #174F80; }"
-                        "QPushButton#PictureOk:focus { border: 2px solid #0A1A2B; background: #174F80; }");
+/// A style sheet of the calling program's application reaches every widget of the process, and can only be overruled by
+/// another one nearer to the widget. It names no colour: each property gives way to the palette, the font and the style
+/// that the widget has here.
+QString Shield(const QWidget& widget) {
+  const bool field = qobject_cast<const QLineEdit*>(&widget) != nullptr ||
+                     qobject_cast<const QAbstractScrollArea*>(&widget) != nullptr;
+  const QString ground = widget.isWindow() ? QStringLiteral("palette(window)")
+                         : field           ? QStringLiteral("palette(base)")
+                                           : QStringLiteral("transparent");
+  const QFont font = widget.font();
+  return QStringLiteral("* { color: palette(%1); background: %2; selection-background-color: palette(highlight);"
+                        " selection-color: palette(highlighted-text); border: native; padding: 0; margin: 0;"
+                        " font: %3 %4px \"%5\"; text-decoration: none; }")
+      .arg(InkRole(widget, field), ground, font.bold() ? QStringLiteral("bold") : QStringLiteral("normal"),
+           QString::number(font.pixelSize()), font.family());
+}
+
+bool Marked(const QWidget& widget) {
+  return widget.property(Confirming).toBool() || widget.property(Faint).toBool();
+}
+
+/// The palette of a widget that is marked as one of another colour than its neighbours.
+QPalette PaletteOf(const QWidget& widget, QPalette palette) {
+  if (widget.property(Confirming).toBool()) {
+    palette.setColor(QPalette::ButtonText, Now().fillInk);
+  }
+  if (widget.property(Faint).toBool()) {
+    palette.setColor(QPalette::WindowText, Now().faintInk);
+  }
+  return palette;
 }
 
 } // namespace
 
-void Dress(QWidget& window, std::string_view family) {
-  window.setPalette(Palette());
-  window.setFont(Font(family));
-  window.setStyleSheet(StyleSheet());
+const Colours& Now() {
+  static qint64 known = QGuiApplication::palette().cacheKey();
+  static Colours colours(QGuiApplication::palette());
+  const QPalette palette = QGuiApplication::palette();
+  if (palette.cacheKey() != known) {
+    colours = Colours(palette);
+    known = palette.cacheKey();
+  }
+  return colours;
+}
+
+int FontPixels() {
+  const QFont font = QApplication::font();
+  if (font.pixelSize() > 0) {
+    return std::clamp(font.pixelSize(), SmallestPixels, LargestPixels);
+  }
+  const QScreen* const display = QGuiApplication::primaryScreen();
+  const double dotsPerInch = display != nullptr ? display->logicalDotsPerInchY() : StandardDotsPerInch;
+  return std::clamp(qRound(font.pointSizeF() * dotsPerInch / 72), SmallestPixels, LargestPixels);
+}
+
+int Scaled(int pixels) {
+  return pixels * FontPixels() / StandardPixels;
+}
+
+int RowHeight() {
+  return PixelsY(RowTwips);
+}
+
+int HeadingHeight() {
+  return Scaled(36);
+}
+
+int PixelsX(int twips) {
+  return twips * FontPixels() / TwipsAcross;
+}
+
+int PixelsY(int twips) {
+  return twips * FontPixels() / TwipsDown;
+}
+
+int TwipsX(int pixels) {
+  return pixels * TwipsAcross / FontPixels();
+}
+
+int TwipsY(int pixels) {
+  return pixels * TwipsDown / FontPixels();
+}
+
+void Dress(QWidget& window) {
+  QStyle* style = window.findChild<QProxyStyle*>({}, Qt::FindDirectChildrenOnly);
+  if (style == nullptr) {
+    style = new StyleQt(&window);
+  }
+  const QPalette palette = PaletteOf(Now());
+  window.setPalette(palette);
+  window.setFont(Font({}));
+  const bool sheet = !qApp->styleSheet().isEmpty();
+  QList<QWidget*> widgets = window.findChildren<QWidget*>();
+  widgets.prepend(&window);
+  for (QWidget* widget : widgets) {
+    if (!widget->testAttribute(Qt::WA_SetStyle)) {
+      widget->setStyle(style);
+    }
+    // What drops down inherits nothing from the window that it belongs to, and nothing does under a style sheet.
+    if (sheet || widget->isWindow() || Marked(*widget)) {
+      widget->setPalette(PaletteOf(*widget, palette));
+    }
+    if (sheet) {
+      widget->setStyleSheet(Shield(*widget));
+    }
+  }
+}
+
+void MarkAsConfirming(QWidget& button) {
+  button.setProperty(Confirming, true);
+}
+
+bool Confirms(const QWidget& button) {
+  return button.property(Confirming).toBool();
+}
+
+void MarkAsFaint(QWidget& label) {
+  label.setProperty(Faint, true);
 }
 
 QFont Font(std::string_view family) {
-  QFont fontName;
+  QFont font = QApplication::font();
   if (!family.empty()) {
-    fontName.setFamily(Text(family));
-    fontName.setStyleHint(QFont::SansSerif);
+    font.setFamily(Text(family));
+    font.setStyleHint(QFont::SansSerif);
+  } else {
+    font.setFamily(font.family()); // for the widgets below it too, whatever font the calling program gives their kind
   }
-  fontName.setPixelSize(FontPixels);
-  return fontName;
+  font.setPixelSize(FontPixels());
+  return font;
+}
+
+QFont Bold(QFont font) {
+  font.setBold(true);
+  return font;
 }
 
 } // namespace lumoscad::qt::look

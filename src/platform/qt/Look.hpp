@@ -1,38 +1,49 @@
 #pragma once
 
-#include <QColor>
+#include "platform/qt/Colours.hpp"
+
 #include <QFont>
 
 #include <string_view>
 
 class QWidget;
 
-/// The colours, fonts and measures that the windows share.
+/// The colours, fonts and measures that the windows share. Both come from the desktop, as the process' application has
+/// them: its palette, and the size of its font. A window asks anew whenever it lays itself out or paints.
 namespace lumoscad::qt::look {
 
-inline constexpr int RowHeight = 24;     ///< pixels of a list row
-inline constexpr int HeadingHeight = 36; ///< pixels of the heading strip
+/// The colours from the application's palette as it is now.
+[[nodiscard]] const Colours& Now();
 
-inline constexpr QColor Background{0xF3, 0xF6, 0xF9};
-inline constexpr QColor Paper{0xFF, 0xFF, 0xFF};
-inline constexpr QColor AlternateRow{0xF6, 0xF9, 0xFC};
-inline constexpr QColor Ink{0x1E, 0x2A, 0x36};
-inline constexpr QColor Line{0xD5, 0xDE, 0xE7};
-inline constexpr QColor FaintLine{0xE7, 0xED, 0xF3};
-inline constexpr QColor HeadingBackground{0xE6, 0xED, 0xF4};
-inline constexpr QColor HoveredHeading{0xD8, 0xE4, 0xEF};
-inline constexpr QColor Accent{0x1F, 0x62, 0x9B};
-inline constexpr QColor Selection{0xD3, 0xE5, 0xF5};
-inline constexpr QColor SelectionWithoutFocus{0xE4, 0xEA, 0xF0};
-inline constexpr QColor Green{0x23, 0x7A, 0x4B};
-inline constexpr QColor Red{0xA9, 0x3A, 0x32};
-inline constexpr QColor ChangedBackground{0xFF, 0xF1, 0xC9};
-inline constexpr QColor ChangedInk{0x70, 0x45, 0x00};
+/// The height of the application's font, in pixels: 12 where nobody chose another.
+[[nodiscard]] int FontPixels();
+/// A length that is `pixels` at the font of 12 pixels, as it is at the font of now.
+[[nodiscard]] int Scaled(int pixels);
+/// A list row, which is 240 twips high whatever its pixels.
+[[nodiscard]] int RowHeight();
+/// The heading strip.
+[[nodiscard]] int HeadingHeight();
 
-/// Gives `window` the light colours and the font of every window, whatever the calling program's own ones are.
-/// To be called before its widgets are made: a style sheet keeps later changes from reaching them.
-void Dress(QWidget& window, std::string_view family);
-/// The list font: `family`, or what the system puts in its place, in the size that fits a row.
+// How many twips a pixel has follows the font: 15 across and 10 down at 12 pixels.
+
+[[nodiscard]] int PixelsX(int twips);
+[[nodiscard]] int PixelsY(int twips);
+[[nodiscard]] int TwipsX(int pixels);
+[[nodiscard]] int TwipsY(int pixels);
+
+/// Gives `window` and all that is in it the colours and the font of now, and a style of its own. What the calling
+/// program's own style, style sheet and fonts for single kinds of widgets say does not count here. To be called once
+/// the widgets are made, and again when the desktop's look has changed or more widgets were made.
+void Dress(QWidget& window);
+/// Shows what the person confirms with in the colours of what is chosen. These two count from the next `Dress` on.
+void MarkAsConfirming(QWidget& button);
+[[nodiscard]] bool Confirms(const QWidget& button);
+/// Shows a text that stands back behind the others.
+void MarkAsFaint(QWidget& label);
+/// The font of this family, or what the system puts in its place, in the size that fits a row; without a family the
+/// application's own.
 [[nodiscard]] QFont Font(std::string_view family);
+/// The font of a label whose text is to be seen first.
+[[nodiscard]] QFont Bold(QFont font);
 
 } // namespace lumoscad::qt::look

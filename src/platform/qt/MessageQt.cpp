@@ -34,12 +34,16 @@ QWidget* Label(const QString& text, QWidget* parent) {
   label->setText(text);
   label->setWordWrap(true);
   label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  int width = SmallestWidth;
-  for (const QString& row : text.split(QLatin1Char('\n'))) {
-    width = std::max(width, label->fontMetrics().horizontalAdvance(row) + 4);
-  }
-  label->setFixedWidth(std::min(width, LargestWidth));
   return label;
+}
+
+/// As wide as its longest line, within bounds.
+void Widen(QLabel& label) {
+  int width = look::Scaled(SmallestWidth);
+  for (const QString& row : label.text().split(QLatin1Char('\n'))) {
+    width = std::max(width, label.fontMetrics().horizontalAdvance(row) + 4);
+  }
+  label.setFixedWidth(std::min(width, look::Scaled(LargestWidth)));
 }
 
 QWidget* LongField(const QString& text, QWidget* parent) {
@@ -47,7 +51,6 @@ QWidget* LongField(const QString& text, QWidget* parent) {
   field->setReadOnly(true);
   field->setTabChangesFocus(true);
   field->setContextMenuPolicy(Qt::NoContextMenu);
-  field->setMinimumSize(LargestWidth, 260);
   return field;
 }
 
@@ -57,7 +60,6 @@ MessageQt::MessageQt(std::string_view text, std::string_view title, QWidget* bel
     : DialogQt(below, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint) {
   setObjectName(QStringLiteral("MostraMessaggio"));
   setWindowTitle(Text(title));
-  look::Dress(*this, {});
   const QString body = WithLineBreaks(text);
   const bool longest = body.size() > MaxCharacters || body.count(QLatin1Char('\n')) >= MaxRows;
   QWidget* writing = longest ? LongField(body, this) : Label(body, this);
@@ -67,7 +69,6 @@ MessageQt::MessageQt(std::string_view text, std::string_view title, QWidget* bel
   auto* ok = new QPushButton(QStringLiteral("OK"), this);
   ok->setObjectName(QStringLiteral("PulsanteOk"));
   ok->setDefault(true);
-  ok->setMinimumWidth(96);
   connect(ok, &QPushButton::clicked, this, &QDialog::accept);
 
   auto* buttons = new QHBoxLayout;
@@ -81,7 +82,18 @@ MessageQt::MessageQt(std::string_view text, std::string_view title, QWidget* bel
   if (!longest) {
     stack->setSizeConstraint(QLayout::SetFixedSize);
   }
+  TakeLook();
   ok->setFocus();
+}
+
+void MessageQt::TakeLook() {
+  look::Dress(*this);
+  findChild<QPushButton*>(QStringLiteral("PulsanteOk"))->setMinimumWidth(look::Scaled(96));
+  if (auto* label = findChild<QLabel*>(QStringLiteral("lblMessaggio"))) {
+    Widen(*label);
+  } else if (auto* field = findChild<QPlainTextEdit*>(QStringLiteral("lblMessaggio"))) {
+    field->setMinimumSize(look::Scaled(LargestWidth), look::Scaled(260));
+  }
 }
 
 bool MessageQt::Display() {

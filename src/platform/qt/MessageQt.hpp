@@ -13,6 +13,9 @@ class MessageQt final : public DialogQt {
 
   /// Shows the box until the person closes it; false when the calling program ended the event loop before that.
   [[nodiscard]] bool Display();
+
+ protected:
+  void TakeLook() override;
 };
 
 } // namespace lumoscad::qt

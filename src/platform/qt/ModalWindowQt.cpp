@@ -1,5 +1,6 @@
 #include "platform/qt/ModalWindowQt.hpp"
 
+#include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QCloseEvent>
@@ -37,6 +38,7 @@ ModalWindowQt::ModalWindowQt(ListWindow& list, QWidget* below)
 }
 
 void ModalWindowQt::Complete() {
+  TakeLook();
   ShowRowCount();
   if (const QScreen* display = screen()) {
     resize(sizeHint().boundedTo(display->availableSize() - QSize(24, 56)));
@@ -238,8 +240,8 @@ QRect ModalWindowQt::EditorArea(Kind kind) const {
   }
   const CellEditor& editor = EditorState(kind);
   const int freeWidth = list_.Description().columns[static_cast<std::size_t>(cell.column())].width - editor.width;
-  const int width = area.width() - freeWidth / TwipsPerPixelX;
-  area.translate((editor.left - left) / TwipsPerPixelX, 0);
+  const int width = area.width() - look::PixelsX(freeWidth);
+  area.translate(look::PixelsX(editor.left - left), 0);
   area.setWidth(width);
   return area;
 }
@@ -269,6 +271,12 @@ bool ModalWindowQt::LeftTheField(const QFocusEvent& event) {
          event.reason() != Qt::MenuBarFocusReason;
 }
 
+void ModalWindowQt::TakeLook() {
+  parts_.Measure(*this, list_);
+  LaidOut();
+  parts_.CoverScrollBars(list_.Stato().scrollBarsHidden);
+}
+
 bool ModalWindowQt::event(QEvent* event) {
   if (event->type() == QEvent::WindowBlocked) {
     covered_ = true;
@@ -278,7 +286,7 @@ bool ModalWindowQt::event(QEvent* event) {
       SynchroniseEditor(list_.Stato());
     }
   }
-  return QDialog::event(event);
+  return DialogQt::event(event);
 }
 
 bool ModalWindowQt::eventFilter(QObject* object, QEvent* event) {

@@ -61,6 +61,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
 
   void RowSelected(int row) override;
   void LaidOut() override;
+  void TakeLook() override;
   bool event(QEvent* event) override;
   bool eventFilter(QObject* object, QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;

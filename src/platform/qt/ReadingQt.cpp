@@ -20,11 +20,10 @@ ReadingQt::ReadingQt(QWidget* below)
   setObjectName(QStringLiteral("FormLettura"));
   setWindowTitle(QStringLiteral("LumoScad"));
   setModal(true);
-  look::Dress(*this, {});
   rows_->setObjectName(QStringLiteral("lblLettura"));
   rows_->setTextFormat(Qt::PlainText);
   rows_->setAlignment(Qt::AlignCenter);
-  rows_->setMinimumSize(300, 32);
+  rows_->setMinimumSize(look::Scaled(300), look::Scaled(32));
   auto* key = new QLabel(QStringLiteral("Esc: lascia l'elenco"), this);
   key->setObjectName(QStringLiteral("lblLetturaEsc"));
   key->setAlignment(Qt::AlignCenter);

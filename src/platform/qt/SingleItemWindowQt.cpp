@@ -62,9 +62,7 @@ void SingleItemWindowQt::AddDescription() {
   int row = 0;
   for (const DescriptionLine& entry : window_.Description().description) {
     QLabel* value = Writing(entry.value, FrameDesc_);
-    QFont fontName = value->font();
-    fontName.setBold(true);
-    value->setFont(fontName);
+    value->setFont(look::Bold(value->font()));
     value->setToolTip(QStringLiteral("<p>%1</p>").arg(value->text().toHtmlEscaped()));
     // A long name must not widen the window: what does not fit is in the tooltip.
     value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -176,7 +174,7 @@ void SingleItemWindowQt::MouseReleased() {
   if (pressedTick_) {
     Gesture([this, row] { list_.LVScadenze_ItemCheck(static_cast<std::size_t>(row)); });
   }
-  Gesture([&] { list_.LVScadenze_Click(parts_.table->rowViewportPosition(row) * TwipsPerPixelY); });
+  Gesture([&] { list_.LVScadenze_Click(look::TwipsY(parts_.table->rowViewportPosition(row))); });
 }
 
 void SingleItemWindowQt::CellActivated(const QModelIndex& cell) {

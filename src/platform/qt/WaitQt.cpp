@@ -28,14 +28,11 @@ WaitQt::WaitQt(std::string_view text, int milliseconds, const std::function<void
       timer_(new QTimer(this)) {
   setObjectName(QStringLiteral("FormAspetta"));
   setWindowTitle(QStringLiteral("LumoScad"));
-  look::Dress(*this, {});
   auto* label = new QLabel(this);
   label->setObjectName(QStringLiteral("lblAttesa"));
-  label->setFont(look::Font("MS Sans Serif"));
   label->setTextFormat(Qt::PlainText);
   label->setText(Text(text));
   label->setAlignment(Qt::AlignCenter);
-  label->setMinimumSize(300, 48);
   auto* stack = new QVBoxLayout(this);
   stack->setContentsMargins(28, 18, 28, 18);
   stack->addWidget(label);
@@ -43,7 +40,15 @@ WaitQt::WaitQt(std::string_view text, int milliseconds, const std::function<void
   timer_->setObjectName(QStringLiteral("Timer1"));
   timer_->setSingleShot(true);
   timer_->setInterval(std::max(milliseconds, 0));
+  TakeLook();
   connect(timer_, &QTimer::timeout, this, [this] { Fire(); });
+}
+
+void WaitQt::TakeLook() {
+  look::Dress(*this);
+  auto* label = findChild<QLabel*>(QStringLiteral("lblAttesa"));
+  label->setFont(look::Font("MS Sans Serif"));
+  label->setMinimumSize(look::Scaled(300), look::Scaled(48));
 }
 
 std::exception_ptr WaitQt::Display() {

@@ -21,6 +21,7 @@ class WaitQt final : public DialogQt {
   void reject() override {} // only the end of the work closes it
 
  protected:
+  void TakeLook() override;
   void closeEvent(QCloseEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
