@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/Accesso.hpp"
 #include "common/ModificaChiesta.hpp"
 #include "platform/DurableFile.hpp"
 #include "platform/SystemClock.hpp"
@@ -42,6 +43,8 @@ struct Nota {
   std::string programma;   ///< the program on the host
   std::string richiesta;   ///< the request file's name on the host; empty where the request has none
   std::string origineDati; ///< the ODBC data source's name
+  DatoAccesso utente;      ///< of the database
+  DatoAccesso schema;      ///< of the database
   std::vector<std::string> parametriHost;
   ModificaChiesta modifica;
   FaseNota fase = FaseNota::Avviata;

@@ -1,6 +1,5 @@
 #include "common/NotaInCorso.hpp"
 
-#include "common/RigaComando.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "common/TestoNota.hpp"
@@ -15,19 +14,6 @@ namespace {
 
 constexpr std::size_t SpazioFase = 2048; // bytes, of each of its texts
 constexpr int Tentativi = 100;           // names tried
-
-/// The data source's name on a command line. What stands behind a ";" is no part of it, and could be a password.
-std::string OrigineDati(std::string_view comando) {
-  std::string origine;
-  const RigaComando riga(comando);
-  riga.Percorri([&](const std::string& nome, std::size_t posto) {
-    if (nome == "-DB2SOURCE") {
-      const std::string* const pezzo = riga.Pezzo(posto + 1);
-      origine = pezzo != nullptr ? pezzo->substr(0, pezzo->find(';')) : std::string();
-    }
-  });
-  return origine;
-}
 
 std::string NomeBase(const DateTime& ora, std::string_view postazione, long processo) {
   std::string nome(InizioNome(postazione));
@@ -57,6 +43,7 @@ template <typename Azione> bool Prova(Azione azione) noexcept {
 } // namespace
 
 void NotaInCorso::Dimentica() noexcept {
+  ripresa_ = nullptr;
   file_.LetGo();
   percorsi_.reset();
   Lascia();
@@ -133,10 +120,11 @@ void NotaInCorso::Pubblica(std::string_view host, std::string_view programma,
   TogliScaduteUnaVolta(ambiente.CartellaLocale);
   const long processo = ProcessNumber();
   const DateTime ora = ActiveServices().localTime();
-  const std::string origine = OrigineDati(stato().ComandoCorrente);
+  const AccessoComando accesso(stato().ComandoCorrente);
   const std::string modifica = TestoModifica();
-  const std::string testo = testoNota::DiNota({ora, ambiente.CodicePostazione, processo, tipoComando_, stato().azienda,
-                                               host, programma, richiesta_, origine, parametri, modifica});
+  const std::string testo =
+      testoNota::DiNota({ora, ambiente.CodicePostazione, processo, tipoComando_, stato().azienda, host, programma,
+                         richiesta_, accesso.Origine(), parametri, modifica, accesso.Utente(), accesso.Schema()});
   testoFase_.reserve(SpazioFase);
   transazione_.reserve(SpazioFase);
   risposta_.reserve(SpazioFase);
@@ -215,8 +203,17 @@ void NotaInCorso::Accettata(std::string_view messaggio) noexcept {
 }
 
 void NotaInCorso::ConfermaInviata(std::string_view transazione) noexcept {
+  if (ripresa_) {
+    Prova([&] { ripresa_(transazione); });
+    return;
+  }
   Prova([&] { transazione_ = transazione; });
   SegnaFase(FaseNota::ConfermaInviata);
+}
+
+void NotaInCorso::Riprendi(std::function<void(std::string_view)> allaConferma) noexcept {
+  Dimentica();
+  ripresa_ = std::move(allaConferma);
 }
 
 void NotaInCorso::RigheRimaste(const std::vector<std::string>& righe) noexcept {

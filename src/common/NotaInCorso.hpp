@@ -3,6 +3,7 @@
 #include "common/Nota.hpp"
 #include "platform/RuntimeError.hpp"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,6 +43,9 @@ class NotaInCorso {
   void BaseDatiChiesta() noexcept { conBaseDati_ = true; }
   /// COMMIT is about to be sent; `transazione` is by what the database can be asked for it later.
   void ConfermaInviata(std::string_view transazione) noexcept;
+  /// There is a note already, in the hands of somebody who finishes it: `allaConferma` receives by what its transaction
+  /// can be asked for, and nothing else is written.
+  void Riprendi(std::function<void(std::string_view)> allaConferma) noexcept;
   /// Of what is being applied, these rows stay as somebody else had changed them.
   void RigheRimaste(const std::vector<std::string>& righe) noexcept;
   /// What the database holds.
@@ -67,6 +71,7 @@ class NotaInCorso {
   const VariazioniCanalizzazione* canalizzazioni_ = nullptr; ///< a list of one or the other kind
   const VariazioniConsegna* consegne_ = nullptr;
   std::string richiesta_;
+  std::function<void(std::string_view)> ripresa_;
   std::optional<PercorsiNota> percorsi_; ///< of the note, while it is written
   HeldFile file_;
   FaseNota fase_ = FaseNota::Avviata;

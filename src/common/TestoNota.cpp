@@ -305,6 +305,28 @@ constexpr auto CampiTesto = std::to_array<CampoTesto>({{"postazione", &Nota::pos
                                                        {"richiesta", &Nota::richiesta},
                                                        {"origine", &Nota::origineDati}});
 
+constexpr std::string_view CampoRiservato = "riservato";
+constexpr auto CampiAccesso = std::to_array<std::pair<std::string_view, DatoAccesso Nota::*>>(
+    {{"utente", &Nota::utente}, {"schema", &Nota::schema}});
+
+void AggiungiAccesso(std::string& testo, std::string_view nome, const DatoAccesso& dato) {
+  if (dato.riservato) {
+    AggiungiRiga(testo, CampoRiservato, nome);
+  } else if (dato.detto) {
+    AggiungiRiga(testo, nome, dato.valore);
+  }
+}
+
+void LeggiAccesso(std::string_view nome, std::string_view valore, Nota& nota) {
+  for (const auto& [campo, dove] : CampiAccesso) {
+    if (nome == campo) {
+      nota.*dove = {true, false, Valore(valore)};
+    } else if (nome == CampoRiservato && valore == campo) {
+      nota.*dove = {true, true, {}};
+    }
+  }
+}
+
 /// Stores a line of the change. A line comes behind that of the kind, which tells what it is.
 void LeggiModifica(std::string_view nome, std::string_view valore, ModificaChiesta& modifica) {
   if (nome == "genere") {
@@ -370,6 +392,8 @@ std::string DiNota(const Contenuto& contenuto) {
   AggiungiRiga(testo, "programma", contenuto.programma);
   AggiungiRiga(testo, "richiesta", contenuto.richiesta);
   AggiungiRiga(testo, "origine", contenuto.origineDati);
+  AggiungiAccesso(testo, "utente", contenuto.utente);
+  AggiungiAccesso(testo, "schema", contenuto.schema);
   for (const std::string& parametro : contenuto.parametriHost) {
     AggiungiRiga(testo, "parametro", parametro);
   }
@@ -406,6 +430,7 @@ void LeggiContenuto(std::string_view testo, Nota& nota) {
         nota.*campo.dove = Valore(valore);
       }
     }
+    LeggiAccesso(nome, valore, nota);
     if (nome == "inizio") {
       nota.inizio = MomentoDi(valore);
       nota.momentoFase = nota.inizio;

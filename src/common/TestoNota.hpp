@@ -26,6 +26,8 @@ struct Contenuto {
   std::string_view origineDati;
   const std::vector<std::string>& parametriHost;
   std::string_view modifica; ///< as `DiModifica` makes it
+  DatoAccesso utente{};
+  DatoAccesso schema{};
 };
 
 /// The lines of a change.

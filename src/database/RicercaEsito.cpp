@@ -23,7 +23,8 @@ constexpr std::chrono::milliseconds PausaMassima(250);
 /// The pauses between two questions, each longer than the one before, and the time at which there is no other.
 class Attesa {
  public:
-  explicit Attesa(std::chrono::seconds durata) : termine_(Orologio::now() + durata) {}
+  explicit Attesa(std::chrono::seconds durata) : Attesa(Orologio::now() + durata) {}
+  explicit Attesa(Orologio::time_point termine) : termine_(termine) {}
 
   [[nodiscard]] Orologio::time_point Termine() const noexcept { return termine_; }
   [[nodiscard]] bool Finita() const noexcept { return Orologio::now() >= termine_; }
@@ -93,6 +94,20 @@ TransactionOutcome CercaEsito(const ParametriConnessione& parametri, const ado::
   } catch (...) { // NOLINT(bugprone-empty-catch): what cannot be found out stays unknown
   }
   return TransactionOutcome::Unknown;
+}
+
+DettoDalServer ChiediAlServer(ado::Connection& connection, const ado::TransactionMark& segno,
+                              Orologio::time_point termine) {
+  try {
+    for (Attesa attesa(termine);; attesa.Pausa()) {
+      const auto trovato = ado::LookBack(connection, segno);
+      if (!trovato.pending || attesa.Finita()) {
+        return {trovato.pending, trovato.rows == Righe::SayIfDone, trovato.rows == Righe::SayNothing, trovato.number};
+      }
+    }
+  } catch (const RuntimeError&) {
+    return {false, false, true, std::nullopt};
+  }
 }
 
 } // namespace lumoscad::moduloDatabase

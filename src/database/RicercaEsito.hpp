@@ -18,4 +18,17 @@ namespace lumoscad::moduloDatabase {
 [[nodiscard]] TransactionOutcome CercaEsito(const ParametriConnessione& parametri, const ado::TransactionMark& segno,
                                             const std::vector<Riscontro>& riscontri) noexcept;
 
+/// What the server says of a transaction that a note remembers.
+struct DettoDalServer {
+  bool inCorso = false;   ///< it is certainly under way still
+  bool altroNodo = false; ///< it was another server's of the same cluster, which may still bring it about
+  bool ignota = false;    ///< the server cannot have anything to say of it: it is another one, or does not say which
+  std::optional<TransactionOutcome> esito; ///< where it still knows the number that it gave
+};
+
+/// Asks over an open connection, again while the transaction is under way, until `termine`. What cannot be asked is
+/// `ignota`.
+[[nodiscard]] DettoDalServer ChiediAlServer(ado::Connection& connection, const ado::TransactionMark& segno,
+                                            std::chrono::steady_clock::time_point termine);
+
 } // namespace lumoscad::moduloDatabase

@@ -1,12 +1,9 @@
 #include "entry/InSospeso.hpp"
 
 #include "common/Testo.hpp"
-#include "entry/RigheDubbie.hpp"
 #include "platform/ControlCharacters.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/Services.hpp"
-#include "platform/ado/Aftermath.hpp"
-#include "platform/ado/Facts.hpp"
 
 #include <algorithm>
 #include <array>
@@ -84,7 +81,13 @@ std::string RispostaHost(const Nota& nota) {
   }
 }
 
-std::string StatoBaseDati(const Nota& nota) {
+std::string StatoBaseDati(const Nota& nota, std::optional<TransactionOutcome> esito) {
+  if (esito == TransactionOutcome::Applied) {
+    return "il comando vi ha registrato la modifica: lo dice il numero della transazione";
+  }
+  if (esito == TransactionOutcome::NotApplied) {
+    return "il comando non vi ha registrato nulla: lo dice il numero della transazione";
+  }
   switch (nota.fase) {
   case FaseNota::Avviata:
   case FaseNota::Rifiutata:
@@ -122,41 +125,28 @@ std::string Consiglio(const Nota& nota, const RigheEsaminate* righe) {
   return riallinea;
 }
 
-std::string Domanda(const Nota& nota, const RigheEsaminate& righe) {
-  const auto quante = Quante(righe, StatoRiga::ComePrima);
+std::string Domanda(const Nota& nota, const EsitoEsame& esame) {
+  const auto quante = Quante(esame.righe, StatoRiga::ComePrima);
   std::string domanda;
   if (nota.fase == FaseNota::Avviata) {
     domanda = "Non si sa se l'host ha eseguito la richiesta: rispondere sì solo se risulta che l'ha eseguita.\n";
   }
+  domanda += esame.avvisi;
   if (quante > 0) {
     return domanda + "Registrare nella base dati le righe «come prima», " + std::to_string(quante) +
            " in tutto? (sì/no) ";
   }
-  const bool daTogliere = nota.fase == FaseNota::Avviata && Quante(righe, StatoRiga::Cambiata) == 0;
+  const bool daTogliere = !domanda.empty() && Quante(esame.righe, StatoRiga::Cambiata) == 0;
   return daTogliere ? domanda + "Togliere la nota? (sì/no) " : std::string();
 }
 
-std::string Impronta(const Nota& nota, const RigheEsaminate& righe) {
+std::string Impronta(const Nota& nota, const EsitoEsame& esame) {
   std::string impronta = std::to_string(static_cast<int>(nota.fase)) + " ";
-  for (const RigaEsaminata& riga : righe) {
+  impronta += esame.esito ? std::to_string(static_cast<int>(*esame.esito)) + " " : "- ";
+  for (const RigaEsaminata& riga : esame.righe) {
     impronta += std::to_string(static_cast<int>(riga.stato));
   }
-  return impronta;
-}
-
-/// Whether the database may hold the whole of the change already.
-bool DopoConferma(FaseNota fase) {
-  return fase == FaseNota::ConfermaInviata || fase == FaseNota::Sconosciuta || fase == FaseNota::Applicata;
-}
-
-/// Rows that another record of the same change may have put there are left alone.
-void SegnaDubbie(const ModificaChiesta& modifica, RigheEsaminate& righe) {
-  const std::vector<bool> dubbie = RigheDubbie(modifica);
-  for (std::size_t posto = 0; posto < dubbie.size(); ++posto) {
-    if (dubbie[posto] && righe.at(posto).stato == StatoRiga::ComePrima) {
-      righe[posto].stato = StatoRiga::Cambiata;
-    }
-  }
+  return impronta + " " + esame.avvisi;
 }
 
 NotaInSospeso NonLetta(std::string_view nome, std::string errore) {
@@ -174,12 +164,12 @@ NotaInSospeso Guarda(const Nota& nota, EsameNote& esame) {
     return Racconta(nota);
   }
   std::string errore;
-  if (!esame.OrigineUguale(nota)) {
-    errore = "la modifica è dell'origine dati «" + nota.origineDati + "»: questa non è stata guardata";
+  if (const std::string altri = esame.DiAltri(nota); !altri.empty()) {
+    errore = "la modifica è " + altri + ": questa non è stata guardata";
   } else {
     try {
-      const auto righe = esame.Righe(nota);
-      return Racconta(nota, &righe);
+      const EsitoEsame esaminata = esame.Esamina(nota);
+      return Racconta(nota, &esaminata);
     } catch (...) {
       const RuntimeError guasto = CurrentError();
       errore = "la base dati: " + WithSentence(guasto.Text(), guasto.Note());
@@ -197,11 +187,6 @@ const std::string& CartellaNote() {
   return ActiveServices().environment().CartellaLocale;
 }
 
-std::size_t Quante(const RigheEsaminate& righe, StatoRiga stato) {
-  return static_cast<std::size_t>(
-      std::count_if(righe.begin(), righe.end(), [stato](const RigaEsaminata& riga) { return riga.stato == stato; }));
-}
-
 std::string TestoRighe(const RigheEsaminate& righe) {
   constexpr std::size_t Larghezza = 19;
   std::string testo;
@@ -211,46 +196,7 @@ std::string TestoRighe(const RigheEsaminate& righe) {
   return Mostrato(testo);
 }
 
-EsameNote::EsameNote(std::string_view comando)
-    : parametri_(moduloDatabase::LeggiParametriDB2(comando)), conBaseDati_(MaggioreDiSpazio(comando)) {}
-
-bool EsameNote::OrigineUguale(const Nota& nota) const {
-  // What stands behind a ";" is no part of the name, and no note holds it.
-  const std::string origine = parametri_.DataSource.substr(0, parametri_.DataSource.find(';'));
-  return Maiuscolo(origine) == Maiuscolo(nota.origineDati);
-}
-
-RigheEsaminate EsameNote::Righe(const Nota& nota) {
-  if (rifiuto_) {
-    throw RuntimeError(*rifiuto_);
-  }
-  if (!connection_) {
-    try {
-      connection_ = moduloDatabase::ApriPerProva(parametri_, ado::StatementSeconds());
-      ado::AwaitReplicas(*connection_);
-    } catch (const RuntimeError& errore) {
-      rifiuto_ = std::make_unique<RuntimeError>(errore);
-      throw;
-    }
-  }
-  try {
-    auto righe = procedureLumoDB2::EsaminaRighe(*connection_, parametri_, nota.modifica);
-    if (DopoConferma(nota.fase)) {
-      SegnaDubbie(nota.modifica, righe);
-    }
-    return righe;
-  } catch (...) {
-    Chiudi();
-    throw;
-  }
-}
-
-void EsameNote::Chiudi() noexcept {
-  connection_.reset();
-  rifiuto_.reset();
-}
-
-NotaInSospeso Racconta(const Nota& nota, const RigheEsaminate* righe) {
+NotaInSospeso Racconta(const Nota& nota, const EsitoEsame* esame) {
   NotaInSospeso vista;
   vista.nome = nota.nome;
   vista.errore = nota.archiviata ? std::string() : nota.errore;
@@ -262,21 +208,21 @@ NotaInSospeso Racconta(const Nota& nota, const RigheEsaminate* righe) {
     vista.chi = Chi(nota);
     vista.quando = Quando(nota.inizio);
     vista.host = RispostaHost(nota);
-    vista.baseDati = StatoBaseDati(nota);
-    vista.consiglio = Consiglio(nota, righe);
+    vista.baseDati = StatoBaseDati(nota, esame == nullptr ? std::nullopt : esame->esito);
+    vista.consiglio = Consiglio(nota, esame == nullptr ? nullptr : &esame->righe);
   } else {
     vista.consiglio = "guardare il file, e poi: lumoscad --archivia " + nota.nome + " MOTIVO";
   }
-  static const RigheEsaminate Nessuna;
-  const RigheEsaminate& note = righe == nullptr ? Nessuna : *righe;
-  for (const RigaEsaminata& riga : note) {
+  static const EsitoEsame Nessuno;
+  const EsitoEsame& visto = esame == nullptr ? Nessuno : *esame;
+  for (const RigaEsaminata& riga : visto.righe) {
     vista.righe.push_back({riga.riga, std::string(Nome(riga.stato))});
   }
-  if (righe != nullptr) {
-    vista.domanda = Domanda(nota, note);
+  if (esame != nullptr) {
+    vista.domanda = Mostrato(Domanda(nota, visto));
   }
-  vista.impronta = Impronta(nota, note);
-  vista.testo = Testo(vista, TestoRighe(note));
+  vista.impronta = Impronta(nota, visto);
+  vista.testo = Testo(vista, TestoRighe(visto.righe));
   return vista;
 }
 

@@ -2,11 +2,9 @@
 
 #include "common/Nota.hpp"
 #include "database/EsameRighe.hpp"
-#include "database/moduloDatabase.hpp"
+#include "entry/EsameNote.hpp"
 #include "lumoscad/Host.hpp"
-#include "platform/ado/Ado.hpp"
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,36 +28,10 @@ namespace lumoscad {
 /// The directory in which commands leave their notes.
 [[nodiscard]] const std::string& CartellaNote();
 
-/// The rows of a note in the database that a command line names. It is opened when it is first asked, and once.
-class EsameNote {
- public:
-  explicit EsameNote(std::string_view comando);
-
-  /// Whether the command line names a database at all.
-  [[nodiscard]] bool ConBaseDati() const noexcept { return conBaseDati_; }
-  /// Whether that database is the note's own, by the data source's name.
-  [[nodiscard]] bool OrigineUguale(const Nota& nota) const;
-  /// What it holds of the note's rows. Raises the driver's failure, the same again where the opening failed.
-  [[nodiscard]] std::vector<procedureLumoDB2::RigaEsaminata> Righe(const Nota& nota);
-  /// Opens it anew when it is next asked.
-  void Chiudi() noexcept;
-
- private:
-  moduloDatabase::ParametriConnessione parametri_;
-  bool conBaseDati_;
-  std::unique_ptr<ado::Connection> connection_;
-  std::unique_ptr<RuntimeError> rifiuto_; ///< why it could not be opened
-};
-
-/// A note as the person reads it. `righe` is what the database holds; none where it was not asked.
-[[nodiscard]] NotaInSospeso Racconta(const Nota& nota,
-                                     const std::vector<procedureLumoDB2::RigaEsaminata>* righe = nullptr);
+/// A note as the person reads it. `esame` is what the database holds; none where it was not asked.
+[[nodiscard]] NotaInSospeso Racconta(const Nota& nota, const EsitoEsame* esame = nullptr);
 
 /// The rows, a line each, with what became of them.
 [[nodiscard]] std::string TestoRighe(const std::vector<procedureLumoDB2::RigaEsaminata>& righe);
-
-/// How many of the rows are in a state.
-[[nodiscard]] std::size_t Quante(const std::vector<procedureLumoDB2::RigaEsaminata>& righe,
-                                 procedureLumoDB2::StatoRiga stato);
 
 } // namespace lumoscad

@@ -77,13 +77,33 @@ std::string Esegui(const ModificaChiesta& modifica, const RigheEsaminate& righe,
   return "";
 }
 
+/// The note in a later phase. That of the command's transaction is settled: it is asked for no more.
+Nota InFase(Nota nota, FaseNota fase) {
+  if (nota.fase == FaseNota::Avviata) {
+    nota.rispostaHost = "lo ha detto chi ha riallineato la nota";
+  }
+  nota.fase = fase;
+  nota.momentoFase = ActiveServices().localTime();
+  nota.transazione.clear();
+  return nota;
+}
+
+Nota InviataOra(const Nota& nota) {
+  return InFase(nota, FaseNota::ConfermaInviata);
+}
+
 /// Writes the rows that are as before, in one transaction. The values of the last command stay as it left them.
-Scrittura Registra(const ModificaChiesta& modifica, const RigheEsaminate& righe, std::string_view comando) {
+Scrittura Registra(const NotaPresa& presa, const Nota& nota, const RigheEsaminate& righe, std::string_view comando) {
   const StatoSostituito sostituito;
   stato().ComandoCorrente = comando;
+  stato().notaInCorso.Riprendi([&](std::string_view transazione) {
+    Nota inviata = InviataOra(nota);
+    inviata.transazione = transazione;
+    presa.SegnaFase(inviata);
+  });
   MsgAnnulla msg;
   Scrittura scrittura;
-  const std::string risultato = Esegui(modifica, righe, msg);
+  const std::string risultato = Esegui(nota.modifica, righe, msg);
   scrittura.esito = stato().andamento.EsitoBaseDati();
   if (!risultato.empty() || !msg.Errore.empty()) {
     scrittura.errore = msg.Errore;
@@ -116,14 +136,10 @@ EsitoInSospeso Chiudi(NotaPresa& presa, const Nota& nota, const std::vector<std:
 }
 
 /// Writes down in the note what is known now.
-void Segna(const NotaPresa& presa, Nota nota, FaseNota fase, const std::vector<std::string>& rimaste) {
-  if (nota.fase == FaseNota::Avviata) {
-    nota.rispostaHost = "lo ha detto chi ha riallineato la nota";
-  }
-  nota.fase = fase;
-  nota.momentoFase = ActiveServices().localTime();
-  nota.righeRimaste = rimaste;
-  presa.SegnaFase(nota);
+void Segna(const NotaPresa& presa, const Nota& nota, FaseNota fase, const std::vector<std::string>& rimaste) {
+  Nota segnata = InFase(nota, fase);
+  segnata.righeRimaste = rimaste;
+  presa.SegnaFase(segnata);
 }
 
 /// The same after the writing. Where it fails the note goes on saying that nobody knows, and that is safe.
@@ -138,7 +154,7 @@ template <typename Azione> void SegnaEsito(Azione azione) noexcept {
 std::string Rileggi(EsameNote& esame, const Nota& nota) {
   try {
     esame.Chiudi();
-    return TestoRighe(esame.Righe(nota));
+    return TestoRighe(esame.Esamina(nota).righe);
   } catch (...) {
     return "La base dati non si lascia rileggere: " + CurrentError().Text() + "\n";
   }
@@ -148,8 +164,8 @@ std::string Rileggi(EsameNote& esame, const Nota& nota) {
 EsitoInSospeso Scrivi(NotaPresa& presa, const Nota& nota, const RigheEsaminate& prima, std::string_view comando,
                       EsameNote& esame) {
   // Who is killed from here on leaves a note that says so: what may be written is not written a second time.
-  Segna(presa, nota, FaseNota::ConfermaInviata, nota.righeRimaste);
-  const Scrittura scrittura = Registra(nota.modifica, prima, comando);
+  presa.SegnaFase(InviataOra(nota));
+  const Scrittura scrittura = Registra(presa, nota, prima, comando);
   if (scrittura.esito == TransactionOutcome::Unknown) {
     return NotaRimasta(Rileggi(esame, nota) + scrittura.errore +
                        "\nNon si sa se la base dati ha registrato le righe: guardarle ancora più tardi, con lumoscad "
@@ -178,11 +194,12 @@ EsitoInSospeso Riallinea(const NotaInSospeso& vista, std::string_view comando) {
     return Chiudi(presa, nota, {});
   }
   EsameNote esame(comando);
-  if (!esame.OrigineUguale(nota)) {
-    return NotaRimasta("La modifica è dell'origine dati «" + nota.origineDati + "», e nessun'altra va toccata.");
+  if (const std::string altri = esame.DiAltri(nota); !altri.empty()) {
+    return NotaRimasta("La modifica è " + altri + ", e nessun'altra va toccata.");
   }
-  const RigheEsaminate righe = esame.Righe(nota);
-  if (Racconta(nota, &righe).impronta != vista.impronta) {
+  const EsitoEsame esaminata = esame.Esamina(nota);
+  const RigheEsaminate& righe = esaminata.righe;
+  if (Racconta(nota, &esaminata).impronta != vista.impronta) {
     return NotaRimasta(
         "Nel frattempo è cambiata: guardarla ancora, con lumoscad --in-sospeso. Non è stato registrato nulla.");
   }

@@ -70,13 +70,16 @@ TEST_P(RealigningWhereTheServerStaysAway, KeepsTheNoteAndSaysThatTheOutcomeIsNot
   EXPECT_THAT(esito.testo, AllOf(StartsWith("La base dati non si lascia rileggere: "), HasSubstr("\nERRORE: "),
                                  EndsWith("\nNon si sa se la base dati ha registrato le righe: guardarle ancora più "
                                           "tardi, con lumoscad --in-sospeso.\nLa nota resta.\n")));
+  EXPECT_THAT(LeggiNota(CartellaNote(), nota_).transazione, StartsWith("sessione ")) << "of the realignment";
   proxy.Restore();
   proxy.Refuse(false);
   ASSERT_TRUE(posto_.base.SenzaAltreSessioni());
 
   const NotaInSospeso dopo = Guarda();
   EXPECT_EQ(dopo.errore, "");
-  EXPECT_EQ(dopo.baseDati, "non si sa se il comando vi ha registrato tutto o nulla");
+  EXPECT_EQ(dopo.baseDati, posto_.base.SuPostgres()
+                               ? "il comando non vi ha registrato nulla: lo dice il numero della transazione"
+                               : "non si sa se il comando vi ha registrato tutto o nulla");
   ASSERT_THAT(dopo.righe, SizeIs(1));
   EXPECT_EQ(dopo.righe[0].stato, stato);
   const EsitoInSospeso ultimo = RiallineaVista(dopo, posto_.base.Opzioni());

@@ -1,6 +1,4 @@
-#include "BaseDelleAzioni.hpp"
-#include "ModificheDiProva.hpp"
-#include "entry/InSospeso.hpp"
+#include "NotaSuBase.hpp"
 
 #include <gmock/gmock.h>
 
@@ -16,6 +14,7 @@ namespace lumoscad {
 namespace {
 
 using test::ModificaProvata;
+using test::NotaSuBase;
 using testing::AllOf;
 using testing::Contains;
 using testing::Each;
@@ -30,73 +29,9 @@ using testing::StartsWith;
 const std::vector<FaseNota> FasiConIlSi = {FaseNota::Accettata, FaseNota::ConfermaInviata, FaseNota::NonApplicata,
                                            FaseNota::Sconosciuta};
 
-/// A database with a note beside it.
-class SuBase {
- public:
-  SuBase(const char* genere, const ModificaProvata& provata)
-      : base(genere, test::DatiDelleModifiche()), modifica(provata.modifica) {
-    if (!provata.prima.empty()) {
-      base.Esegui(provata.prima);
-    }
-    stato().ComandoCorrente = Opzioni();
-    stato().azienda = "001";
-    base.Script("CREATE TABLE EVENTI_INIZIALI AS SELECT * FROM EVENTOCONTABILE;"
-                "CREATE TABLE MOVIMENTI_INIZIALI AS SELECT * FROM MOVIMENTOCONTABILE;");
-    prima = test::Tutto(base);
-    dopo = Dopo();
-    banco.statements.clear();
-  }
-
-  [[nodiscard]] std::string Opzioni() const { return base.Opzioni() + " -DB2SCHEMA " + base.Schema(); }
-  std::string Lascia(FaseNota fase) { return nota = test::LasciaNota(modifica, fase); }
-  [[nodiscard]] NotaInSospeso Guarda() const { return GuardaNota(nota, Opzioni()); }
-  [[nodiscard]] EsitoInSospeso Riallinea() const { return RiallineaVista(Guarda(), Opzioni()); }
-  [[nodiscard]] bool NotaRimasta() const { return GuardaNota(nota, "").errore.empty(); }
-  [[nodiscard]] std::vector<std::string> Stati() const {
-    std::vector<std::string> stati;
-    for (const RigaInSospeso& riga : Guarda().righe) {
-      stati.push_back(riga.stato);
-    }
-    return stati;
-  }
-  void Ripristina() const {
-    base.Script("DELETE FROM EVENTOCONTABILE;DELETE FROM MOVIMENTOCONTABILE;"
-                "INSERT INTO EVENTOCONTABILE SELECT * FROM EVENTI_INIZIALI;"
-                "INSERT INTO MOVIMENTOCONTABILE SELECT * FROM MOVIMENTI_INIZIALI;");
-  }
-  /// The statements sent that would change something.
-  [[nodiscard]] std::vector<std::string> Modifiche() const {
-    std::vector<std::string> modifiche;
-    for (const std::string& sql : banco.statements) {
-      if (sql.starts_with("UPDATE") || sql.starts_with("DELETE") || sql.starts_with("INSERT")) {
-        modifiche.push_back(sql);
-      }
-    }
-    return modifiche;
-  }
-
-  test::TestBench banco;
-  test::BaseDati base;
-  ModificaChiesta modifica;
-  std::string nota;
-  std::vector<std::string> prima;
-  std::vector<std::string> dopo; ///< what the command would have made of the database
-
- private:
-  std::vector<std::string> Dopo() {
-    MsgAnnulla msg;
-    EXPECT_EQ(test::EseguiModifica(modifica, msg), "") << msg.Errore;
-    auto tutto = test::Tutto(base);
-    EXPECT_NE(tutto, prima);
-    Ripristina();
-    EXPECT_THAT(test::Tutto(base), ElementsAreArray(prima));
-    return tutto;
-  }
-};
-
-class Realigning : public testing::TestWithParam<std::tuple<const char*, ModificaProvata>>, protected SuBase {
+class Realigning : public testing::TestWithParam<std::tuple<const char*, ModificaProvata>>, protected NotaSuBase {
  protected:
-  Realigning() : SuBase(std::get<0>(GetParam()), std::get<1>(GetParam())) {}
+  Realigning() : NotaSuBase(std::get<0>(GetParam()), std::get<1>(GetParam())) {}
 
   const ModificaProvata& provata = std::get<1>(GetParam());
 };
@@ -219,9 +154,9 @@ TEST_P(Realigning, TakesTheNoteOfARefusedRequestAwayAndAsksNoDatabase) {
 }
 
 /// The list of three rows.
-class RealigningAList : public testing::TestWithParam<const char*>, protected SuBase {
+class RealigningAList : public testing::TestWithParam<const char*>, protected NotaSuBase {
  protected:
-  RealigningAList() : SuBase(GetParam(), test::TrovaModifica("Crediti")) {}
+  RealigningAList() : NotaSuBase(GetParam(), test::TrovaModifica("Crediti")) {}
 };
 
 INSTANTIATE_TEST_SUITE_P(Databases, RealigningAList, testing::ValuesIn(test::GeneriDiBase()), test::NomeDelGenere);
@@ -381,9 +316,9 @@ std::vector<ModificaProvata> Catene() {
            ""}};
 }
 
-class RealigningAChain : public testing::TestWithParam<std::tuple<const char*, ModificaProvata>>, protected SuBase {
+class RealigningAChain : public testing::TestWithParam<std::tuple<const char*, ModificaProvata>>, protected NotaSuBase {
  protected:
-  RealigningAChain() : SuBase(std::get<0>(GetParam()), std::get<1>(GetParam())) {}
+  RealigningAChain() : NotaSuBase(std::get<0>(GetParam()), std::get<1>(GetParam())) {}
 };
 
 INSTANTIATE_TEST_SUITE_P(Databases, RealigningAChain,

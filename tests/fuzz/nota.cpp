@@ -17,7 +17,7 @@ std::string Riscritto(FileNota quale, const Nota& nota) {
   case FileNota::Contenuto:
     return testoNota::DiNota({nota.inizio, nota.postazione, nota.processo, nota.tipoComando, nota.azienda, nota.host,
                               nota.programma, nota.richiesta, nota.origineDati, nota.parametriHost,
-                              testoNota::DiModifica(nota.modifica)});
+                              testoNota::DiModifica(nota.modifica), nota.utente, nota.schema});
   case FileNota::Fase:
     testoNota::ComponiFase(testo, {nota.fase, nota.momentoFase, nota.rispostaHost, nota.transazione},
                            nota.righeRimaste);

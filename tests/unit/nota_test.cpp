@@ -34,6 +34,8 @@ Nota Esempio(ModificaChiesta::Genere genere) {
   nota.programma = "VB0001";
   nota.richiesta = "/tmp/T0120261122171815.dos";
   nota.origineDati = "CONTABILITÀ";
+  nota.utente = {true, false, "anna"};
+  nota.schema = {true, genere == ModificaChiesta::Genere::Azione, ""};
   nota.parametriHost = {"01", "", "una\\riga\r\ncon\ttutto\x7F=fine"};
   nota.modifica.genere = genere;
   if (genere == ModificaChiesta::Genere::Azione) {
@@ -57,7 +59,7 @@ Nota Esempio(ModificaChiesta::Genere genere) {
 std::string TestoDi(const Nota& nota) {
   return testoNota::DiNota({nota.inizio, nota.postazione, nota.processo, nota.tipoComando, nota.azienda, nota.host,
                             nota.programma, nota.richiesta, nota.origineDati, nota.parametriHost,
-                            testoNota::DiModifica(nota.modifica)});
+                            testoNota::DiModifica(nota.modifica), nota.utente, nota.schema});
 }
 
 std::string TestoFase(FaseNota fase) {
@@ -95,6 +97,9 @@ TEST_P(NoteText, IsReadAsItWasWritten) {
   EXPECT_EQ(letta.programma, nota.programma);
   EXPECT_EQ(letta.richiesta, nota.richiesta);
   EXPECT_EQ(letta.origineDati, nota.origineDati);
+  EXPECT_EQ(letta.utente.valore, "anna");
+  EXPECT_TRUE(letta.utente.detto && !letta.utente.riservato && letta.schema.detto);
+  EXPECT_EQ(letta.schema.riservato, nota.schema.riservato);
   EXPECT_EQ(letta.parametriHost, nota.parametriHost);
   EXPECT_EQ(letta.modifica.genere, nota.modifica.genere);
   EXPECT_EQ(letta.modifica.tipo, nota.modifica.tipo);
@@ -161,6 +166,7 @@ TEST(NoteVersion, TheFirstIsRead) {
   ASSERT_EQ(nota.modifica.canalizzazioni.size(), 1U);
   const VariazioneCanalizzazione& riga = nota.modifica.canalizzazioni[0];
   EXPECT_TRUE(riga.isBancaChanged && riga.isScadenzaChanged);
+  EXPECT_FALSE(nota.utente.detto || nota.schema.detto) << "they were not kept";
   EXPECT_EQ(riga.idPartitaKey, "1");
   EXPECT_EQ(riga.NumeroPartita, "AB   1");
   EXPECT_EQ(riga.NuovaBanca, "B2");
@@ -196,6 +202,34 @@ TEST(TextThatIsNoNote, SaysWhy) {
               HasSubstr("un momento è guasto"));
   EXPECT_THAT(Errore(testoNota::LeggiContenuto, testata + "fine\nfine\n"), HasSubstr("dopo la fine"));
   EXPECT_THAT(Errore(testoNota::LeggiContenuto, testata + "genere=altro\nfine\n"), HasSubstr("«altro» è sconosciuto"));
+}
+
+using Confronto = AccessoComando::Confronto;
+
+TEST(DatabaseOfACommand, IsTheNotesOwnByUserAndSchema) {
+  const AccessoComando comando("-db2source CONTAB;x -DB2USER altri -DB2USER anna;PWD=y -DB2PASS Segr3ta -DB2SCHEMA S1");
+  EXPECT_EQ(comando.Origine(), "CONTAB");
+  EXPECT_EQ(comando.Utente().valore, "anna");
+  EXPECT_EQ(comando.Schema().valore, "S1");
+  EXPECT_EQ(comando.ConfrontaUtente(comando.Utente()), Confronto::Uguale);
+  EXPECT_EQ(comando.ConfrontaUtente({true, false, "Anna"}), Confronto::Diverso);
+  EXPECT_EQ(comando.ConfrontaSchema({true, false, "s1"}), Confronto::Uguale) << "a statement finds it in either case";
+  EXPECT_EQ(comando.ConfrontaSchema({true, false, "S2"}), Confronto::Diverso);
+  EXPECT_EQ(comando.ConfrontaSchema({true, true, ""}), Confronto::NonSiSa);
+  EXPECT_EQ(comando.ConfrontaSchema({}), Confronto::NonSiSa);
+  EXPECT_EQ(comando.ConfrontaSchema({true, false, ""}), Confronto::Uguale) << "no statement has named one";
+  EXPECT_EQ(comando.ConfrontaUtente({true, false, ""}), Confronto::NonSiSa) << "the source may have named one";
+}
+
+TEST(DatabaseOfACommand, IsTheNotesOwnWhereThePasswordStandsForTheSchema) {
+  const AccessoComando comando("-DB2USER anna -DB2PASS Segr3ta -DB2SCHEMA");
+  EXPECT_TRUE(comando.Schema().riservato);
+  EXPECT_EQ(comando.Schema().valore, "");
+  EXPECT_EQ(comando.ConfrontaSchema(comando.Schema()), Confronto::Uguale);
+  EXPECT_EQ(comando.ConfrontaSchema({true, false, "segr3ta"}), Confronto::Uguale) << "it was another's password";
+  EXPECT_EQ(comando.ConfrontaSchema({true, false, "S1"}), Confronto::Diverso);
+  EXPECT_TRUE(AccessoComando("-DB2USER xSegr3ta -DB2PASS segr3ta").Utente().riservato);
+  EXPECT_FALSE(AccessoComando("-DB2USER anna").Schema().riservato) << "no password stands for none";
 }
 
 class Notes : public testing::Test {

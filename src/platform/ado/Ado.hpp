@@ -36,6 +36,8 @@ struct TransactionMark {
 
   /// What is not empty of it, on one line.
   [[nodiscard]] std::string Text() const;
+  /// The mark of such a line; an empty one of any other.
+  [[nodiscard]] static TransactionMark FromText(std::string_view text);
 };
 
 /// One connection to a database through an ODBC driver. Closing or destroying it rolls back what was not

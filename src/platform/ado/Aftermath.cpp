@@ -43,7 +43,7 @@ Aftermath LookAtPostgres(const Session& session, const TransactionMark& mark) {
     // The same server may count a new life while the session goes on: its statistics can be reset by hand.
     const bool known = !PortOf(mark.client).empty();
     const bool there = known && session.Ask("SELECT COUNT(*)" + PostgresSession(mark)).at(0) != "0";
-    return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, false};
+    return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, false, there};
   }
   const std::string status = mark.number.empty() ? "NULL" : "pg_xact_status('" + mark.number + "'::xid8)";
   const auto told = session.Ask("SELECT (SELECT COUNT(*)" + PostgresSession(mark) + "), " + status);
@@ -54,8 +54,10 @@ Aftermath LookAtPostgres(const Session& session, const TransactionMark& mark) {
   if (told.at(1) == "aborted") {
     return {Rows::Decide, TransactionOutcome::NotApplied, false};
   }
-  const bool there = told.at(0) != "0" || told.at(1) == "in progress";
-  return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, told.at(0) == "1" && !PortOf(mark.client).empty()};
+  const bool underWay = told.at(1) == "in progress";
+  const bool there = told.at(0) != "0" || underWay;
+  const bool lingers = told.at(0) == "1" && !PortOf(mark.client).empty();
+  return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, lingers, lingers || underWay};
 }
 
 /// Makes every look over this connection wait for what other servers have committed. False where none has a say.
@@ -82,7 +84,7 @@ Aftermath LookAtMariaDb(const Session& session, const TransactionMark& mark) {
     sessions += " AND HOST='" + mark.client + "'";
   }
   const bool there = session.Ask(sessions).at(0) != "0";
-  return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, there && known};
+  return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, there && known, there && known};
 }
 
 bool OfPostgres(const Session& session) {

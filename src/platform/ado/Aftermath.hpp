@@ -23,6 +23,8 @@ struct Aftermath {
   /// The transaction's session is there, and is certainly its own: not one that a pooler may have given to somebody
   /// else.
   bool lingers = false;
+  /// The transaction is certainly under way still: its outcome is not there to be told.
+  bool pending = false;
 };
 
 /// Looks over `connection`, which was opened after it. Raises the driver's failure, which tells nothing either.

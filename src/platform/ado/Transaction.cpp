@@ -366,16 +366,43 @@ bool Session::OnSameServerSession() const noexcept {
 
 namespace lumoscad::ado {
 
+namespace {
+
+constexpr std::array<std::pair<std::string_view, std::string TransactionMark::*>, 5> PartsOfMark{
+    {{"sessione", &TransactionMark::session},
+     {"client", &TransactionMark::client},
+     {"transazione", &TransactionMark::number},
+     {"server", &TransactionMark::server},
+     {"vita", &TransactionMark::life}}};
+constexpr std::string_view Comma = ", ";
+
+} // namespace
+
 std::string TransactionMark::Text() const {
   std::string text;
-  const std::array<std::pair<const char*, const std::string*>, 5> parts{
-      {{"sessione", &session}, {"client", &client}, {"transazione", &number}, {"server", &server}, {"vita", &life}}};
-  for (const auto& [name, value] : parts) {
-    if (!value->empty()) {
-      text.append(text.empty() ? "" : ", ").append(name).append(" ").append(*value);
+  for (const auto& [name, value] : PartsOfMark) {
+    if (!(this->*value).empty()) {
+      text.append(text.empty() ? "" : Comma).append(name).append(" ").append(this->*value);
     }
   }
   return text;
+}
+
+TransactionMark TransactionMark::FromText(std::string_view text) {
+  TransactionMark mark;
+  // From the last part to the first: whatever stands in a server's name, its end is where the next part begins.
+  for (auto part = PartsOfMark.rbegin(); part != PartsOfMark.rend(); ++part) {
+    const std::string title = std::string(part->first) + " ";
+    const auto behindComma = text.rfind(std::string(Comma) + title);
+    if (behindComma != std::string_view::npos) {
+      mark.*part->second = text.substr(behindComma + Comma.size() + title.size());
+      text = text.substr(0, behindComma);
+    } else if (text.starts_with(title)) {
+      mark.*part->second = text.substr(title.size());
+      text = {};
+    }
+  }
+  return text.empty() ? mark : TransactionMark();
 }
 
 RuntimeError KnownNotApplied(const RuntimeError& doubt) {
