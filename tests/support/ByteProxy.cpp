@@ -8,6 +8,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <stdexcept>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <system_error>
@@ -32,8 +33,9 @@ bool Postponed(int error) {
 
 } // namespace
 
-ByteProxy::ByteProxy(int destination)
-    : destination_(destination), waker_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), listening_(Listen()) {
+ByteProxy::ByteProxy(int destination, std::string host, int port)
+    : destination_(destination), host_(std::move(host)), waker_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      listening_(Listen(port)) {
   if (!waker_.Opened() || !listening_.Opened()) {
     throw std::system_error(errno, std::generic_category(), "proxy");
   }
@@ -76,13 +78,22 @@ void ByteProxy::RefuseAfterStrike() {
 }
 
 void ByteProxy::Refuse(bool refuse) {
-  OnThread([this, refuse] {
+  bool listens = true;
+  OnThread([this, refuse, &listens] {
     if (refuse) {
       listening_.Close();
     } else if (!listening_.Opened()) {
       listening_ = Listen(port_);
+      listens = listening_.Opened();
     }
   });
+  if (!listens) {
+    throw std::runtime_error("the proxy's port has been taken");
+  }
+}
+
+void ByteProxy::LeadTo(int destination) {
+  destination_ = destination;
 }
 
 void ByteProxy::Restore() {
@@ -189,7 +200,7 @@ void ByteProxy::Accept() {
     return;
   }
   ++connections_;
-  auto server = Attach(destination_);
+  auto server = Attach(destination_, host_);
   if (!server.Opened()) {
     return;
   }

@@ -36,8 +36,9 @@ class ByteProxy {
     BeforeTheReply  ///< the server got the sequence; nothing that it sent afterwards reaches the client
   };
 
-  /// Carries to the loopback port `destination`.
-  explicit ByteProxy(int destination);
+  /// Carries to the port `destination` of a loopback address, from its own port or any that is free; raises where that
+  /// one is taken.
+  explicit ByteProxy(int destination, std::string host = "127.0.0.1", int port = 0);
   ByteProxy(const ByteProxy&) = delete;
   ByteProxy& operator=(const ByteProxy&) = delete;
   ~ByteProxy();
@@ -60,6 +61,8 @@ class ByteProxy {
   void RefuseAfterStrike();
   /// Refuses new connections, or takes them again on the same port.
   void Refuse(bool refuse);
+  /// From now on new connections are carried to another port of the same address.
+  void LeadTo(int destination);
   /// Forgets the fault that is armed and carries again what was held back.
   void Restore();
   /// True once the armed fault has struck; waits for it.
@@ -104,7 +107,8 @@ class ByteProxy {
   void Hit();
   void RemoveFinished();
 
-  int destination_;
+  std::atomic<int> destination_;
+  std::string host_;
   int port_ = 0;
   base::Descriptor waker_;
   std::array<std::atomic<std::uint64_t>, 2> passed_{};

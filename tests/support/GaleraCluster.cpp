@@ -64,7 +64,7 @@ void GaleraNode::Run(bool first, const fs::path& users) {
                 "--wsrep-sst-method=prova",
                 "--wsrep-provider-options=gmcast.listen_addr=tcp://" + Address(ports_.group) +
                     ";ist.recv_addr=" + Address(ports_.increments) +
-                    ";gcache.size=16M;evs.keepalive_period=PT0.5S;evs.suspect_timeout=PT2S;evs.inactive_timeout=PT4S",
+                    ";gcache.size=64M;evs.keepalive_period=PT0.5S;evs.suspect_timeout=PT2S;evs.inactive_timeout=PT4S",
                 "--binlog-format=ROW", "--innodb-autoinc-lock-mode=2"});
   if (first) {
     words.emplace_back("--wsrep-new-cluster");
@@ -122,23 +122,33 @@ bool GaleraCluster::Available() {
   return MariaDbInstalled() && fs::exists(Provider, error);
 }
 
-GaleraCluster::GaleraCluster(const fs::path& directory) {
+GaleraCluster::GaleraCluster(const fs::path& directory) : directory_(directory) {
   // Open together, so that no two are the same.
   std::vector<base::Descriptor> held;
-  std::array<GroupPorts, Size> ports;
-  std::string members;
-  for (GroupPorts& each : ports) {
+  for (GroupPorts& each : ports_) {
     for (int* port : {&each.group, &each.increments}) {
       *port = PortOf(held.emplace_back(Listen()));
     }
-    members += (members.empty() ? "" : ",") + Address(each.group);
+    members_ += (members_.empty() ? "" : ",") + Address(each.group);
   }
   held.clear();
   for (std::size_t i = 0; i < Size; ++i) {
-    nodes_[i] = std::make_unique<GaleraNode>(directory / std::to_string(i + 1), ports[i], members);
+    Prepare(i);
     nodes_[i]->Start(i == 0);
     Await("a node joins", [&] { return nodes_[i]->Sees(i + 1); });
   }
+}
+
+void GaleraCluster::Prepare(std::size_t number) {
+  nodes_.at(number).reset(); // its folder goes with it
+  nodes_.at(number) =
+      std::make_unique<GaleraNode>(directory_ / std::to_string(number + 1), ports_.at(number), members_);
+}
+
+void GaleraCluster::Replace(std::size_t number) {
+  Prepare(number);
+  nodes_.at(number)->Start(false);
+  AwaitWhole();
 }
 
 std::string GaleraCluster::Hosts() const {

@@ -60,8 +60,15 @@ class GaleraCluster {
   void CreateDatabase(std::string_view name, std::string_view script);
   /// Waits until every node sees all; raises after a minute.
   void AwaitWhole();
+  /// Puts a new node in the place of one that was lost; returns when the cluster is whole. It has another port.
+  void Replace(std::size_t number);
 
  private:
+  void Prepare(std::size_t number);
+
+  std::filesystem::path directory_;
+  std::array<GroupPorts, Size> ports_;
+  std::string members_;
   std::array<std::unique_ptr<GaleraNode>, Size> nodes_;
 };
 

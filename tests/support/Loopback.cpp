@@ -52,10 +52,11 @@ int FreePort() {
   return PortOf(Listen());
 }
 
-base::Descriptor Attach(int port) {
+base::Descriptor Attach(int port, const std::string& host) {
   auto socket = Socket();
-  const auto address = Address(port);
-  if (::connect(socket.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+  auto address = Address(port);
+  if (::inet_pton(AF_INET, host.c_str(), &address.sin_addr) != 1 ||
+      ::connect(socket.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     return {};
   }
   return socket;

@@ -2,6 +2,8 @@
 
 #include "platform/base/Descriptor.hpp"
 
+#include <string>
+
 namespace lumoscad::test {
 
 /// A socket that listens on the loopback address; with `port` 0 on a free port. The system keeps about `waiting`
@@ -11,7 +13,7 @@ namespace lumoscad::test {
 [[nodiscard]] int PortOf(const base::Descriptor& socket);
 /// A port that was free a moment ago.
 [[nodiscard]] int FreePort();
-/// A connection to a loopback port; not open when it is refused.
-[[nodiscard]] base::Descriptor Attach(int port);
+/// A connection to a port of a loopback address; not open when it is refused.
+[[nodiscard]] base::Descriptor Attach(int port, const std::string& host = "127.0.0.1");
 
 } // namespace lumoscad::test

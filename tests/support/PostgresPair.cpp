@@ -90,8 +90,9 @@ OdbcConfiguration::Settings WrittenTo() {
   return {{"pqopt", "target_session_attrs=read-write"}};
 }
 
-std::unique_ptr<PostgresNode> SynchronousStandbyOf(const DatabaseServer& primary, fs::path directory) {
-  auto standby = std::make_unique<PostgresNode>(std::move(directory), "127.0.0.2");
+std::unique_ptr<PostgresNode> SynchronousStandbyOf(const DatabaseServer& primary, fs::path directory,
+                                                   std::string host) {
+  auto standby = std::make_unique<PostgresNode>(std::move(directory), std::move(host));
   standby->StartAsStandbyOf(primary);
   ado::Connection connection;
   OpenOn(connection, primary, Own);
@@ -109,11 +110,11 @@ bool PostgresPair::Available() {
   return PostgresInstalled();
 }
 
-PostgresPair::PostgresPair(const fs::path& directory) {
+PostgresPair::PostgresPair(const fs::path& directory) : directory_(directory) {
   // The port may be taken on one of the two addresses.
   for (int attempt = 1; !second_; ++attempt) {
     try {
-      Start(directory);
+      Start();
     } catch (const std::exception&) {
       second_.reset();
       first_.reset();
@@ -124,10 +125,10 @@ PostgresPair::PostgresPair(const fs::path& directory) {
   }
 }
 
-void PostgresPair::Start(const fs::path& directory) {
-  first_ = std::make_unique<PostgresNode>(directory / "1", "127.0.0.1");
+void PostgresPair::Start() {
+  first_ = std::make_unique<PostgresNode>(directory_ / "1", "127.0.0.1");
   first_->StartPrimary(FreePort());
-  second_ = SynchronousStandbyOf(*first_, directory / "2");
+  second_ = SynchronousStandbyOf(*first_, directory_ / "2");
 }
 
 void PostgresPair::CreateDatabase(std::string_view name, std::string_view script) {
@@ -150,6 +151,14 @@ std::string PostgresPair::AddSource(std::string_view database) const {
 void PostgresPair::Promote() {
   static_cast<void>(second_->Answer("SELECT pg_promote()"));
   Await("the standby is promoted", [&] { return second_->Answer("SELECT pg_is_in_recovery()::int") == "0"; });
+}
+
+void PostgresPair::Replace() {
+  const fs::path directory = first_->Directory();
+  const std::string host = first_->Host();
+  first_.reset();
+  first_ = std::exchange(second_, nullptr);
+  second_ = SynchronousStandbyOf(*first_, directory, host);
 }
 
 } // namespace lumoscad::test

@@ -37,9 +37,9 @@ class PostgresNode final : public DatabaseServer {
 inline constexpr const char* BothHosts = "127.0.0.1,127.0.0.2";
 [[nodiscard]] OdbcConfiguration::Settings WrittenTo();
 
-/// A standby on the second address for a server on the first, which waits for it at every COMMIT from now on.
-[[nodiscard]] std::unique_ptr<PostgresNode> SynchronousStandbyOf(const DatabaseServer& primary,
-                                                                 std::filesystem::path directory);
+/// A standby on another address, the second as a rule, for a server that waits for it at every COMMIT from now on.
+[[nodiscard]] std::unique_ptr<PostgresNode>
+SynchronousStandbyOf(const DatabaseServer& primary, std::filesystem::path directory, std::string host = "127.0.0.2");
 
 /// A primary and a standby that every COMMIT of the primary waits for
 /// (https://www.postgresql.org/docs/15/warm-standby.html#SYNCHRONOUS-REPLICATION). They have the same port on two
@@ -61,10 +61,14 @@ class PostgresPair {
   [[nodiscard]] std::string ConnectionText(std::string_view source) const { return first_->ConnectionText(source); }
   /// Makes the standby a primary; returns when it takes changes.
   void Promote();
+  /// After the first was lost and the second promoted: what was the second is the first now, and has a standby again,
+  /// in the place of the lost one.
+  void Replace();
 
  private:
-  void Start(const std::filesystem::path& directory);
+  void Start();
 
+  std::filesystem::path directory_;
   std::unique_ptr<PostgresNode> first_;
   std::unique_ptr<PostgresNode> second_;
 };
