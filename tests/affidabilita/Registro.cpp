@@ -3,6 +3,7 @@
 #include "Campi.hpp"
 #include "Sistema.hpp"
 
+#include <chrono>
 #include <stdexcept>
 
 namespace lumoscad::test {
@@ -20,6 +21,9 @@ void Aggiungi(Eseguito& comando, const Testi& campi) {
     comando.fine = std::stoll(campi.at(2));
     comando.risultato = campi.at(3);
     comando.box.assign(campi.begin() + 4, campi.end());
+  } else if (genere == "MORTE") {
+    comando.morto = comando.fine == 0;
+    comando.fine = comando.morto ? std::stoll(campi.at(1)) : comando.fine;
   } else {
     comando.operazioni.push_back(
         {genere, campi.at(1), std::stoll(campi.at(2)), std::stoll(campi.at(3)), campi.at(4) == "riuscito"});
@@ -27,6 +31,11 @@ void Aggiungi(Eseguito& comando, const Testi& campi) {
 }
 
 } // namespace
+
+Istante Adesso() {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
 
 std::vector<Eseguito> LeggiRegistro(const std::filesystem::path& file) {
   std::vector<Eseguito> comandi;

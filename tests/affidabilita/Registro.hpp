@@ -9,6 +9,8 @@ namespace lumoscad::test {
 
 /// Nanoseconds of the machine's clock.
 using Istante = std::int64_t;
+/// The time of the machine's clock.
+[[nodiscard]] Istante Adesso();
 
 /// One operation on a lock file: "LETTO", "BLOCCATO", "SBLOCCATO" by the command itself, "AMMINISTRATORE" where the
 /// lock that a failed command kept was removed after it.
@@ -32,10 +34,12 @@ struct Eseguito {
   std::vector<std::string> richiesta; ///< the program's parameters; none when it was not asked
   std::string contenuto;              ///< of the request file
   bool accettata = false;             ///< the host said yes
+  bool morto = false;                 ///< the terminal was killed in the middle, at the time `fine`
   std::vector<Operazione> operazioni;
 };
 
-/// The commands of a terminal, in order. Raises for a command that has no end.
+/// The commands of a terminal, in order; "MORTE" with the time stands where the test saw it dead. Raises for a command
+/// that has no end.
 [[nodiscard]] std::vector<Eseguito> LeggiRegistro(const std::filesystem::path& file);
 
 } // namespace lumoscad::test

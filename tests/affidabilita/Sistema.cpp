@@ -23,23 +23,62 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// What asks a guardian to kill its program.
+constexpr int Uccidilo = SIGUSR1;
+/// The guardian's program while it lives: whoever is told to kill by number must not hit another.
+volatile pid_t custodito = 0;
+
+void UccidiIlCustodito(int) {
+  if (const pid_t chi = custodito; chi > 0) {
+    ::kill(chi, SIGKILL);
+  }
+}
+
+/// `Uccidilo` waits for as long as one of these is there; it is let through in the process in which `Lascia` is called.
+class UccisioneSospesa {
+ public:
+  UccisioneSospesa() {
+    sigset_t questo{};
+    ::sigemptyset(&questo);
+    ::sigaddset(&questo, Uccidilo);
+    ::sigprocmask(SIG_BLOCK, &questo, &prima_);
+  }
+  UccisioneSospesa(const UccisioneSospesa&) = delete;
+  UccisioneSospesa& operator=(const UccisioneSospesa&) = delete;
+  ~UccisioneSospesa() { Lascia(); }
+  void Lascia() const { ::sigprocmask(SIG_SETMASK, &prima_, nullptr); }
+
+ private:
+  sigset_t prima_{};
+};
+
 /// Becomes the program's guardian: inherits whatever the program leaves behind, and ends when nothing is left.
-[[noreturn]] void Custodisci(char* const* parole, const char* ingresso, const char* errori) {
+[[noreturn]] void Custodisci(char* const* parole, const char* ingresso, const char* errori,
+                             const UccisioneSospesa& sospesa) {
+  // A socket that the test closes would stay open here.
+  ::close_range(STDERR_FILENO + 1, ~0U, 0);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   const pid_t figlio = ::fork();
   if (figlio == 0) {
+    sospesa.Lascia();
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::dup2(::open(ingresso, O_RDONLY | O_CLOEXEC), STDIN_FILENO);
     ::dup2(::open(errori, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR), STDERR_FILENO);
     ::execv(parole[0], parole);
     ::_exit(127);
   }
+  custodito = figlio;
+  struct sigaction azione {};
+  azione.sa_handler = UccidiIlCustodito;
+  ::sigaction(Uccidilo, &azione, nullptr);
+  sospesa.Lascia();
   int esito = 127;
   for (;;) {
     int stato = 0;
     const pid_t finito = ::waitpid(-1, &stato, 0);
     if (finito == figlio) {
+      custodito = 0;
       esito = WIFEXITED(stato) ? WEXITSTATUS(stato) : 128 + WTERMSIG(stato);
     } else if (finito < 0 && errno != EINTR) {
       ::_exit(esito);
@@ -88,17 +127,18 @@ Famiglia::Famiglia(const Testi& argomenti, const Testi& ambiente, const fs::path
   parole.insert(parole.end(), ambiente.begin(), ambiente.end());
   parole.insert(parole.end(), argomenti.begin(), argomenti.end());
   const auto puntatori = Puntatori(parole);
+  const UccisioneSospesa sospesa;
   const pid_t guardiano = ::fork();
   if (guardiano < 0) {
     throw std::system_error(errno, std::generic_category(), "fork");
   }
   if (guardiano == 0) {
-    Custodisci(puntatori.data(), ingresso.c_str(), errori.c_str());
+    Custodisci(puntatori.data(), ingresso.c_str(), errori.c_str(), sospesa);
   }
   guardiano_ = guardiano;
 }
 
-Famiglia::Famiglia(Famiglia&& altra) noexcept : guardiano_(std::exchange(altra.guardiano_, -1)) {}
+Famiglia::Famiglia(Famiglia&& altra) noexcept : guardiano_(std::exchange(altra.guardiano_, -1)), esito_(altra.esito_) {}
 
 Famiglia::~Famiglia() {
   if (guardiano_ > 0) {
@@ -109,10 +149,27 @@ Famiglia::~Famiglia() {
 
 int Famiglia::Attendi() {
   int stato = 0;
-  while (::waitpid(guardiano_, &stato, 0) < 0 && errno == EINTR) {
+  while (guardiano_ > 0 && ::waitpid(guardiano_, &stato, 0) < 0 && errno == EINTR) {
   }
-  guardiano_ = -1;
-  return WIFEXITED(stato) ? WEXITSTATUS(stato) : 128 + WTERMSIG(stato);
+  if (std::exchange(guardiano_, -1) > 0) {
+    esito_ = WIFEXITED(stato) ? WEXITSTATUS(stato) : 128 + WTERMSIG(stato);
+  }
+  return *esito_;
+}
+
+std::optional<int> Famiglia::Esito() {
+  siginfo_t finito{};
+  const auto chi = static_cast<id_t>(guardiano_);
+  if (guardiano_ > 0 && ::waitid(P_PID, chi, &finito, WEXITED | WNOHANG | WNOWAIT) == 0 && finito.si_pid > 0) {
+    return Attendi();
+  }
+  return esito_;
+}
+
+void Famiglia::Uccidi() const {
+  if (guardiano_ > 0) {
+    ::kill(guardiano_, Uccidilo);
+  }
 }
 
 Sistema::Sistema(std::string_view genere, const std::string& script)
@@ -129,11 +186,13 @@ Sistema::~Sistema() {
   fs::remove_all(base_, ignorato);
 }
 
-void Sistema::UsaSsh() {
+SshServer& Sistema::UsaSsh(std::set<std::string> postazioni) {
+  conSsh_ = std::move(postazioni);
   SshServer::Options opzioni;
   opzioni.environment = {"NEXARO_RADICE=" + Host().string()};
   opzioni.sftp = "'" + test::ProgramPath("sftp_radice").string() + "' '" + Host().string() + "'";
   ssh_ = std::make_unique<SshServer>(base_ / "ssh", opzioni);
+  return *ssh_;
 }
 
 fs::path Sistema::Registro(const std::string& postazione) const {
@@ -211,7 +270,7 @@ void Sistema::ScriviOpzioni(const fs::path& file, const std::string& utente) con
 Testi Sistema::Ambiente(const std::string& postazione) const {
   Testi ambiente{"NEXARO_POSTAZIONE=" + postazione, "NEXARO_CARTELLA_LOCALE=" + Locale(postazione).string()};
   Testi collegamento{"NEXARO_TRASPORTO=cartella", "NEXARO_RADICE=" + Host().string()};
-  if (ssh_) {
+  if (ssh_ && (conSsh_.empty() || conSsh_.contains(postazione))) {
     collegamento = ssh_->Environment();
     collegamento.push_back("NEXARO_PROGRAMMI=" + (Host() / "programmi").string());
   }
@@ -219,13 +278,16 @@ Testi Sistema::Ambiente(const std::string& postazione) const {
   return ambiente;
 }
 
-std::string Sistema::Amministra(const std::string& postazione, const Testi& argomenti) const {
+std::string Sistema::Amministra(const std::string& postazione, const Testi& argomenti, const std::string& utente,
+                                const Testi& altro) const {
   const fs::path ingresso = base_ / (postazione + ".opzioni");
   const fs::path uscita = base_ / (postazione + ".uscita");
-  ScriviOpzioni(ingresso, "");
+  ScriviOpzioni(ingresso, utente);
   Testi parole{"/bin/sh", "-c", "exec \"$@\" >\"$0\"", uscita.string(), test::ProgramPath("lumoscad").string()};
   parole.insert(parole.end(), argomenti.begin(), argomenti.end());
-  const int stato = Famiglia(parole, Ambiente(postazione), ingresso, Errori(postazione)).Attendi();
+  Testi ambiente = Ambiente(postazione);
+  ambiente.insert(ambiente.end(), altro.begin(), altro.end());
+  const int stato = Famiglia(parole, ambiente, ingresso, Errori(postazione)).Attendi();
   return std::to_string(stato) + "\n" + FileText(uscita);
 }
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
@@ -30,9 +31,14 @@ class Famiglia {
 
   /// The program's exit status, 128 and the signal's number where one killed it.
   int Attendi();
+  /// The same without waiting; nothing while one of them is left.
+  [[nodiscard]] std::optional<int> Esito();
+  /// Kills the program, and nothing that it has started; a program that has ended stays as it is.
+  void Uccidi() const;
 
  private:
   pid_t guardiano_ = -1;
+  std::optional<int> esito_;
 };
 
 /// The world of several terminals: a database, a directory that plays the host with its back end, a local directory for
@@ -47,8 +53,8 @@ class Sistema {
   Sistema& operator=(const Sistema&) = delete;
   ~Sistema();
 
-  /// From here on the host is reached by a server of SSH that serves its directory.
-  void UsaSsh();
+  /// From here on the host is reached by a server of SSH that serves its directory, from these terminals or from all.
+  SshServer& UsaSsh(std::set<std::string> postazioni = {});
 
   [[nodiscard]] std::filesystem::path Base() const { return base_; }
   [[nodiscard]] std::filesystem::path Host() const { return base_ / "host"; }
@@ -83,9 +89,11 @@ class Sistema {
     std::string utente{};        ///< the terminal's own user of the database; empty: everybody's
   };
   [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
-  /// Runs the program at a terminal as its administrator would, with the database's options on the standard input.
-  /// Returns its exit status, a line end and what it says.
-  [[nodiscard]] std::string Amministra(const std::string& postazione, const Testi& argomenti) const;
+  /// Runs the program at a terminal as its administrator would, with the database's options on the standard input; as a
+  /// user of the database and with further variables, where they are given. Returns its exit status, a line end and
+  /// what it says.
+  [[nodiscard]] std::string Amministra(const std::string& postazione, const Testi& argomenti,
+                                       const std::string& utente = {}, const Testi& ambiente = {}) const;
 
  private:
   /// The database's options in a private file: the password stands in no list of processes.
@@ -94,6 +102,7 @@ class Sistema {
   std::string genere_;
   std::filesystem::path base_;
   std::unique_ptr<SshServer> ssh_;
+  std::set<std::string> conSsh_; ///< the terminals that use it; none: all
   std::unique_ptr<test::TestDatabase> database_;
   std::unique_ptr<ado::Connection> connessione_;
 };

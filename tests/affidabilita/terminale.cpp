@@ -4,7 +4,8 @@
 //   terminale LOG [STEPS [DEATH]]
 //
 // The first input line holds the database options of every command, the others a command and the script of its screens,
-// separated by a tab. STEPS is the file for the names of the steps, DEATH the number of the step at which to die.
+// separated by a tab; "#pausa N" waits for N milliseconds, "#numero N" gives the next command this number. STEPS is the
+// file for the names of the steps, DEATH the number of the step at which to die.
 
 #include "Campi.hpp"
 #include "Copione.hpp"
@@ -15,6 +16,7 @@
 #include "platform/Services.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -22,6 +24,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 namespace lumoscad::test {
@@ -60,6 +63,16 @@ class Terminale {
     ActiveServices() = {[this]() -> Desktop& { return desktop_; }, [this]() -> nexaro::HostLink& { return host_; },
                         [this]() -> const nexaro::Environment& { return ambiente_; }, SystemTime,
                         passi::ProssimaIstruzione};
+  }
+
+  /// What is no command; false for one that is.
+  bool Segui(const std::string& riga) {
+    if (riga.starts_with("#pausa ")) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(riga.substr(riga.find(' ')))));
+    } else if (riga.starts_with("#numero ")) {
+      numero_ = std::stoi(riga.substr(riga.find(' '))) - 1;
+    }
+    return riga.starts_with("#");
   }
 
   void Esegui(const std::string& comando, const std::string& gesti, const std::string& opzioni) {
@@ -128,6 +141,9 @@ int Gioca(int numero, char** argomenti) {
     passi::Conta(argomenti[2], numero > 3 ? std::stol(argomenti[3]) : 0, nexaro::ReadEnvironment().CartellaLocale);
   }
   for (std::string riga; std::getline(std::cin, riga);) {
+    if (terminale.Segui(riga)) {
+      continue;
+    }
     const auto tab = riga.find('\t');
     terminale.Esegui(riga.substr(0, tab), tab == std::string::npos ? "" : riga.substr(tab + 1), opzioni);
   }
