@@ -2,7 +2,8 @@
 # Prints the figures of what the component withstands, section by section: three databases, connections cut and servers
 # lost, eight terminals at once, terminals killed at every step, a failure at every call, properties and hostile input,
 # fuzzing, line coverage. Wants the release build; takes half an hour on two cores.
-#   scripts/reliability.sh [SECTION...]   basi esiti cluster terminali uccisioni iniezioni ostili fuzz copertura;
+#   scripts/reliability.sh [SECTION...]   basi esiti cluster terminali uccisioni iniezioni spazio
+#                                          ostili fuzz copertura;
 #                                          all where none is given
 #   LUMOSCAD_FUZZ_SECONDI                  seconds for each fuzzer (60)
 #   LUMOSCAD_COSTRUZIONE                   directory of the build (build)
@@ -33,7 +34,7 @@ play() {
     echo "reliability.sh: non tutte le voci chieste ci sono: $*" >&2
     status=1
   fi
-  sed -nE 's/^[0-9]+: ((terminali|uccisioni|iniezioni|esiti|cluster): .*)/\1/p' "$log"
+  sed -nE 's/^[0-9]+: ((terminali|uccisioni|iniezioni|spazio|esiti|cluster): .*)/\1/p' "$log"
   { grep -ohE 'DB2: .*' "$log" || true; } | sort -u
   if [ "$status" != 0 ]; then
     grep -E '^[0-9]+: .*(Failure|FAILED)' "$log" | head -n 40 || true
@@ -80,6 +81,7 @@ section() {
   terminali) play terminali_test ;;
   uccisioni) play uccisioni_test ;;
   iniezioni) play iniezioni_test ;;
+  spazio) play spazio_test ;;
   ostili)
     play_cases proprieta_test
     play_cases ostile_test
@@ -97,7 +99,7 @@ section() {
   esac
 }
 
-[ $# -gt 0 ] || set -- basi esiti cluster terminali uccisioni iniezioni ostili fuzz copertura
+[ $# -gt 0 ] || set -- basi esiti cluster terminali uccisioni iniezioni spazio ostili fuzz copertura
 for name in "$@"; do
   printf '\n==== %s (%d s)\n' "$name" "$SECONDS"
   section "$name"
