@@ -180,7 +180,8 @@ void Uccisione::TogliResti() const {
 std::optional<Osservazione> Uccisione::A(long passo) {
   Ripristina();
   constexpr int Sigkill = 128 + 9;
-  Sistema::Lancio lancio{Ucciso, {vittima_.comando}};
+  fs::remove(sistema_.Passi(Ucciso));
+  Sistema::Lancio lancio{Ucciso, {vittima_.comando}, true};
   lancio.morte = passo;
   const int uscita = sistema_.Avvia(lancio).Attendi();
   if (uscita == 0) {
@@ -193,6 +194,7 @@ std::optional<Osservazione> Uccisione::A(long passo) {
     throw std::runtime_error("a session of the killed terminal is left");
   }
   Osservazione vista;
+  vista.passi = LeggiRighe(sistema_.Passi(Ucciso));
   vista.sullHost = Anonimi(Contenuto(sistema_.Tmp()));
   vista.inLocale = Anonimi(Contenuto(sistema_.Locale(Ucciso)));
   vista.nota = Note(sistema_.Locale(Ucciso));

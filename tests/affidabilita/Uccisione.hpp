@@ -17,6 +17,7 @@ struct Vittima {
 
 /// What is found after a terminal was killed at one step of a command.
 struct Osservazione {
+  Testi passi;             ///< the names of the steps up to the death
   Testi sullHost;          ///< files left in the host's directory
   Testi inLocale;          ///< files left in the terminal's own directory
   bool accettata = false;  ///< the back end's log holds the request as accepted
