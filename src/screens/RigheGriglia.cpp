@@ -1,14 +1,10 @@
 #include "screens/RigheGriglia.hpp"
 
-#include "platform/base/AsciiCase.hpp"
-
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <new>
-#include <numeric>
 #include <utility>
 
 namespace lumoscad {
@@ -18,34 +14,6 @@ constexpr std::size_t VociIniziali = 1024;
 constexpr std::uint32_t RicercheDiProva = 16384;
 /// Of that many: from here on a column is one whose texts are mostly its own.
 constexpr std::uint32_t NuoviMassimo = RicercheDiProva / 4 * 3;
-
-unsigned char Minuscola(char c) {
-  return static_cast<unsigned char>(base::LowerCase(c));
-}
-
-bool Precede(std::string_view a, std::string_view b) {
-  const auto comuni = std::min(a.size(), b.size());
-  for (std::size_t i = 0; i < comuni; ++i) {
-    const auto ca = Minuscola(a[i]);
-    const auto cb = Minuscola(b[i]);
-    if (ca != cb) {
-      return ca < cb;
-    }
-  }
-  return a.size() < b.size();
-}
-
-/// The first letters of a text as two numbers that order as they do; dates and item numbers fit whole.
-std::pair<std::uint64_t, std::uint64_t> Inizio(std::string_view testo) {
-  std::array<std::uint64_t, 2> inizio{};
-  std::size_t i = 0;
-  for (std::uint64_t& parte : inizio) {
-    for (const std::size_t fine = i + sizeof parte; i < fine; ++i) {
-      parte = parte << 8U | (i < testo.size() ? Minuscola(testo[i]) : 0U);
-    }
-  }
-  return {inizio[0], inizio[1]};
-}
 
 } // namespace
 
@@ -220,72 +188,6 @@ void RigheGriglia::ImpostaSpunta(std::size_t riga, int quale, bool spuntata) {
   const auto bit = static_cast<unsigned>(1U << static_cast<unsigned>(quale));
   const unsigned altre = spunte_[riga] & ~bit;
   spunte_[riga] = static_cast<std::uint8_t>(spuntata ? altre | bit : altre);
-}
-
-/// The rank of each row's text among the distinct texts of the column.
-std::vector<std::uint32_t> RigheGriglia::Ranghi(int colonna, std::size_t& quanti) const {
-  struct Chiave {
-    std::pair<std::uint64_t, std::uint64_t> inizio;
-    std::uint32_t numero;
-    bool intera; ///< the beginning is the whole text
-  };
-  constexpr auto Nessuno = std::numeric_limits<std::uint32_t>::max();
-  constexpr std::size_t PerBlocco = TestiUnici::PostiPerBlocco;
-  std::vector<std::vector<std::uint32_t>> perNumero(testi_.Blocchi());
-  const auto rango = [&](std::uint32_t numero) -> std::uint32_t& {
-    auto& blocco = perNumero[numero / PerBlocco];
-    if (blocco.empty()) {
-      blocco.assign(PerBlocco, Nessuno);
-    }
-    return blocco[numero % PerBlocco];
-  };
-  std::vector<Chiave> chiavi;
-  for (std::size_t riga = 0; riga < ordine_.size(); ++riga) {
-    const std::uint32_t numero = celle_[riga * colonne_ + static_cast<std::size_t>(colonna)];
-    if (rango(numero) == Nessuno) {
-      rango(numero) = 0;
-      const std::string_view testo = testi_.Testo(numero);
-      chiavi.push_back({Inizio(testo), numero,
-                        testo.size() <= sizeof(Chiave::inizio) && testo.find('\0') == std::string_view::npos});
-    }
-  }
-  // A column that is not searched has many texts more than once.
-  const auto precede = [this](const Chiave& a, const Chiave& b) {
-    if (a.inizio != b.inizio || (a.intera && b.intera)) {
-      return a.inizio < b.inizio;
-    }
-    const std::string_view primo = testi_.Testo(a.numero);
-    const std::string_view secondo = testi_.Testo(b.numero);
-    return primo != secondo && Precede(primo, secondo);
-  };
-  std::sort(chiavi.begin(), chiavi.end(), precede);
-  quanti = 0;
-  for (std::size_t i = 0; i < chiavi.size(); ++i) {
-    // Texts that differ only in case share a rank: the rows then keep the order in which they came.
-    quanti += i == 0 || precede(chiavi[i - 1], chiavi[i]) ? 1U : 0U;
-    rango(chiavi[i].numero) = static_cast<std::uint32_t>(quanti - 1);
-  }
-  std::vector<std::uint32_t> ranghi(ordine_.size());
-  for (std::size_t riga = 0; riga < ranghi.size(); ++riga) {
-    ranghi[riga] = rango(celle_[riga * colonne_ + static_cast<std::size_t>(colonna)]);
-  }
-  return ranghi;
-}
-
-void RigheGriglia::Ordina(int colonna, bool crescente) {
-  std::size_t quanti = 0;
-  const auto ranghi = Ranghi(colonna, quanti);
-  std::vector<std::uint32_t> inizi(quanti + 1, 0);
-  const auto cesto = [&](std::size_t riga) { return crescente ? ranghi[riga] : quanti - 1 - ranghi[riga]; };
-  for (std::size_t riga = 0; riga < ranghi.size(); ++riga) {
-    ++inizi[cesto(riga) + 1];
-  }
-  std::partial_sum(inizi.begin(), inizi.end(), inizi.begin());
-  for (std::size_t riga = 0; riga < ranghi.size(); ++riga) {
-    const std::uint32_t posto = inizi[cesto(riga)]++;
-    ordine_[posto] = static_cast<std::uint32_t>(riga);
-    posti_[riga] = posto;
-  }
 }
 
 } // namespace lumoscad

@@ -80,8 +80,8 @@ class RigheGriglia {
   [[nodiscard]] bool Spuntata(std::size_t riga, int quale) const { return (spunte_[riga] >> quale & 1) != 0; }
   void ImpostaSpunta(std::size_t riga, int quale, bool spuntata);
 
-  /// Orders the places by the texts of a column, letters in any case; rows with equal texts keep the order in
-  /// which they were added.
+  /// Orders the places by the texts of a column, in Italian text order: accents and case count only between texts that
+  /// are equal without them. Rows with equal texts keep the order in which they were added.
   void Ordina(int colonna, bool crescente);
   [[nodiscard]] std::size_t RigaAlPosto(std::size_t posto) const { return ordine_[posto]; }
   [[nodiscard]] std::size_t PostoDellaRiga(std::size_t riga) const { return posti_[riga]; }

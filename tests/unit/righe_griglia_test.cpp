@@ -1,3 +1,4 @@
+#include "platform/base/FoldedText.hpp"
 #include "screens/RigheGriglia.hpp"
 
 #include <gmock/gmock.h>
@@ -188,17 +189,63 @@ TEST(GridRows, SortTextsThatShareALongBeginning) {
 }
 
 TEST(GridRows, KeepRowsOfEqualTextsInTheirOrderInBothDirections) {
-  RigheGriglia righe = Elenco({"B", "A", "b", "a", "B", "A"});
+  RigheGriglia righe = Elenco({"B", "A", "È", "A", "B", "È"});
   righe.Ordina(0, true);
-  EXPECT_THAT(InOrdine(righe, 1), ElementsAre("1", "3", "5", "0", "2", "4"));
+  EXPECT_THAT(InOrdine(righe, 1), ElementsAre("1", "3", "0", "4", "2", "5"));
   righe.Ordina(0, false);
-  EXPECT_THAT(InOrdine(righe, 1), ElementsAre("0", "2", "4", "1", "3", "5"));
+  EXPECT_THAT(InOrdine(righe, 1), ElementsAre("2", "5", "0", "4", "1", "3"));
 }
 
-TEST(GridRows, SortBytesAboveAsciiAfterLetters) {
-  RigheGriglia righe = Elenco({"Èrica", "Zeta", "Alfa"});
+TEST(GridRows, SortLettersWithAccentsAmongTheirOwn) {
+  RigheGriglia righe = Elenco({"Zeta", "Èrica", "Fabbri", "Alfa", "Erba", "Ünal", "Ugo", "Đurić", "Dante", "Vito"});
   righe.Ordina(0, true);
-  EXPECT_THAT(InOrdine(righe, 0), ElementsAre("Alfa", "Zeta", "Èrica"));
+  EXPECT_THAT(InOrdine(righe, 0),
+              ElementsAre("Alfa", "Dante", "Đurić", "Erba", "Èrica", "Fabbri", "Ugo", "Ünal", "Vito", "Zeta"));
+}
+
+TEST(GridRows, SortByAccentsAndCaseWhatIsEqualWithoutThem) {
+  RigheGriglia righe = Elenco({"PERÒ", "Però", "però", "Pero", "pero", "PERO A", "però a"});
+  righe.Ordina(0, true);
+  EXPECT_THAT(InOrdine(righe, 0), ElementsAre("pero", "Pero", "però", "Però", "PERÒ", "PERO A", "però a"));
+  righe.Ordina(0, false);
+  EXPECT_THAT(InOrdine(righe, 0), ElementsAre("però a", "PERO A", "PERÒ", "Però", "però", "Pero", "pero"));
+}
+
+TEST(GridRows, SortLongTextsByWhatComesBehindTheirAccents) {
+  const std::string inizio = "Società Cooperativa Edilizia ";
+  RigheGriglia righe = Elenco(
+      {inizio + "Z", "SOCIETA COOPERATIVA EDILIZIA B", inizio + "A", inizio + "b", "Societa Cooperativa Edilizia a"});
+  righe.Ordina(0, true);
+  EXPECT_THAT(InOrdine(righe, 1), ElementsAre("4", "2", "1", "3", "0"));
+}
+
+TEST(GridRows, SortSomeOtherAlphabetBehindTheLatinOne) {
+  RigheGriglia righe = Elenco({"Яблоко", "Zeta", "абв", "Ż", "Ωmega", "日本", "z"});
+  righe.Ordina(0, true);
+  EXPECT_THAT(InOrdine(righe, 0), ElementsAre("z", "Ż", "Zeta", "Ωmega", "абв", "Яблоко", "日本"));
+}
+
+TEST(GridRows, SortAnyTextsAsTheirFoldedFormsDo) {
+  const std::vector<std::string> pezzi = {"a", "A", "à", "È", "e", "ß", "s", " ", "-", "’", "0", "z", "Z"};
+  std::vector<std::string> testi;
+  std::uint32_t seme = 4711;
+  for (int i = 0; i < 3000; ++i) {
+    std::string testo;
+    for (std::uint32_t quanti = (seme >> 8U) % 24; quanti > 0; --quanti) {
+      seme = seme * 1664525U + 1013904223U;
+      testo += pezzi[(seme >> 16U) % pezzi.size()];
+    }
+    seme = seme * 1664525U + 1013904223U;
+    testi.push_back(testo);
+  }
+  RigheGriglia righe = Elenco(testi);
+  righe.Ordina(0, true);
+  std::stable_sort(testi.begin(), testi.end(), [](const std::string& a, const std::string& b) {
+    const std::string prima = base::Folded(a);
+    const std::string seconda = base::Folded(b);
+    return prima != seconda ? prima < seconda : base::BeforeByAccentsAndCase(a, b);
+  });
+  EXPECT_EQ(InOrdine(righe, 0), testi);
 }
 
 TEST(GridRows, KeepTheirNumbersTextsAndTicksWhenSorted) {
@@ -243,7 +290,7 @@ TEST(GridRows, SortAColumnOfTextsOfItsOwnInWhichSomeComeAgain) {
   RigheGriglia righe(2, {0});
   righe.Prepara(Quante);
   struct Attesa {
-    std::string numero; ///< letters of any case are alike
+    std::string numero;
     std::string testo;
     std::string riga;
   };
@@ -257,7 +304,9 @@ TEST(GridRows, SortAColumnOfTextsOfItsOwnInWhichSomeComeAgain) {
     attesi.push_back({numero, testo, std::to_string(i)});
   }
   righe.Ordina(0, true);
-  std::stable_sort(attesi.begin(), attesi.end(), [](const auto& a, const auto& b) { return a.numero < b.numero; });
+  std::stable_sort(attesi.begin(), attesi.end(), [](const auto& a, const auto& b) {
+    return a.numero != b.numero ? a.numero < b.numero : a.testo > b.testo; // small letters come first
+  });
   bool uguali = true;
   for (std::size_t posto = 0; posto < Quante; ++posto) {
     const std::size_t riga = righe.RigaAlPosto(posto);
