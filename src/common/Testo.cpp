@@ -98,4 +98,13 @@ std::string ConZeri(int valore, int cifre) {
   return testo;
 }
 
+std::string Migliaia(std::size_t valore) {
+  constexpr int Gruppo = 3;
+  std::string testo = std::to_string(valore);
+  for (int posto = static_cast<int>(testo.size()) - Gruppo; posto > 0; posto -= Gruppo) {
+    testo.insert(static_cast<std::size_t>(posto), ".");
+  }
+  return testo;
+}
+
 } // namespace lumoscad

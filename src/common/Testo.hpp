@@ -47,4 +47,7 @@ inline constexpr std::string_view Nullo = "#null#";
 /// `valore` in decimal, with zeros in front up to `cifre` digits.
 [[nodiscard]] std::string ConZeri(int valore, int cifre);
 
+/// `valore` as Italian writes it, with a point between the thousands: "2.421".
+[[nodiscard]] std::string Migliaia(std::size_t valore);
+
 } // namespace lumoscad

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ListGestures.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -81,6 +83,8 @@ struct ListState {
   int listHeight = 0;            ///< twips
   std::uint64_t order = 0;       ///< grows whenever the set or the order of the rows changed
   std::uint64_t content = 0;     ///< grows whenever the content of a cell changed
+  std::uint64_t selection = 0;   ///< grows whenever the set of selected rows changed
+  std::string notice;            ///< what the last gesture on many rows did and left out; empty after any other
 };
 
 /// What a list window looks like; no gesture changes it while the window is open.
@@ -103,7 +107,7 @@ struct ListDescription {
 
 /// All that passes between a list screen and the window that shows it: what to show, how to read it, and the person's
 /// gestures, each under the name of its control. A window calls, a screen answers. Rows are addressed by their place in
-/// display order, from 0.
+/// display order among those in sight, from 0.
 class ListWindow {
  public:
   /// Opens or closes the drop-down of a combo, by its name.
@@ -122,6 +126,8 @@ class ListWindow {
   [[nodiscard]] virtual bool Ticked(std::size_t row, int column) const = 0;
   /// The window says here how its drop-downs are opened, and takes it back (an empty one) when it goes.
   virtual void SetDropDown(DropDown dropDown) = 0;
+  /// What can be done beside the gestures below; null where nothing can.
+  [[nodiscard]] virtual ListGestures* Gestures() { return nullptr; }
 
   virtual void Seleziona(std::ptrdiff_t place) = 0;            ///< the selection moved to this row
   virtual void LVScadenze_MouseDown(int x, int y) = 0;         ///< mouse-down over the list, twips

@@ -71,6 +71,20 @@ struct DescrizioneGriglia {
   bool caselle = false;
   NuovaDataGriglia data;
   NuovaBancaGriglia banca;
+
+  // What the columns mean; -1 for one that the list has not.
+
+  int colonnaConto = -1;
+  int colonnaPartita = -1;  ///< the item or document of a row; its tag tells two with one name apart
+  int colonnaScadenza = -1; ///< the present date
+  int colonnaOrdina = -1;   ///< the same so that it sorts by time, "YYYY/MM/DD"
+  int colonnaBanca = -1;    ///< the present bank
+  int colonnaImporto = -1;
+  int colonnaDivisa = -1; ///< the currency of the amount; -1: euro
+  int colonnaRata = -1;
+  std::string nomeRiga = "riga"; ///< what the person calls a row, and several; both are feminine
+  std::string nomeRighe = "righe";
+  std::string nomeData = "data"; ///< what the person calls the date that is changed, for instance "scadenza"
 };
 
 } // namespace lumoscad

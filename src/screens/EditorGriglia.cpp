@@ -7,6 +7,7 @@
 #include "screens/Griglia.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace lumoscad {
 namespace {
@@ -31,11 +32,12 @@ std::optional<std::size_t> Griglia::RigaInModifica() const {
 
 std::ptrdiff_t Griglia::PostoInModifica() const {
   const auto riga = RigaInModifica();
-  return riga ? static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(*riga)) : -1;
+  const auto posto = riga ? vista_.Posto(*riga) : std::nullopt;
+  return posto ? static_cast<std::ptrdiff_t>(*posto) : -1;
 }
 
 void Griglia::NascondiSeScorre() {
-  if (righe.Quante() > static_cast<std::size_t>(descrizione_.righeSenzaScorrere)) {
+  if (vista_.Quante() > static_cast<std::size_t>(descrizione_.righeSenzaScorrere)) {
     NascondiBarrette();
   }
 }
@@ -53,9 +55,15 @@ void Griglia::ApriEditor(CellEditor& editor, std::size_t riga, int top, int left
   editor.left = left;
   editor.width = width;
   editor.visible = true;
-  editor.place = static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(riga));
   rigaInModifica_ = riga;
   chiaveInModifica_ = ChiaveRiga(riga);
+  editor.place = stato_.selected;
+  editorToccato_ = false;
+  molteInModifica_.clear();
+  if (gesti_.SuMolte()) {
+    molteInModifica_ = scelta_.InVista();
+    gesti_.Annuncia(molteInModifica_.size());
+  }
 }
 
 void Griglia::InserisciScadenza(int top, int left, int width) {
@@ -78,13 +86,22 @@ void Griglia::TogliScadenza() {
   if (descrizione_.data.fuocoChiude) {
     RimettiBarrette(); // nobody does it after the focus has gone
   }
+  const auto molte = std::exchange(molteInModifica_, {});
+  if (!molte.empty()) {
+    Avvisa({});
+    if (editorToccato_) {
+      gesti_.DaiData(molte, stato_.data.text);
+    }
+    return;
+  }
+  const GestoGriglia gesto(*this, descrizione_.nomeData);
   const NuovaDataGriglia& data = descrizione_.data;
   const std::string& testo = stato_.data.text;
   const bool scritta = data.senza == SenzaData::Presente ? MaggioreDiSpazio(testo) : !testo.empty();
   const auto riga = RigaInModifica();
   const std::string nuova = scritta ? Utilities::ControllaData(DataEspansa(testo, riga)) : std::string();
   if (riga) {
-    righe.ImpostaTesto(*riga, data.colonna, scritta ? nuova : DataTolta(*riga));
+    ScriviTesto(*riga, data.colonna, scritta ? nuova : DataTolta(*riga));
     Cambiata();
   }
 }
@@ -102,10 +119,12 @@ std::string_view Griglia::DataPresente(std::size_t riga) const {
 
 void Griglia::TextScad_Change(std::string_view testo) {
   stato_.data.text = testo;
+  editorToccato_ = true;
 }
 
 void Griglia::TextScad_KeyPress(int codice) {
   if (codice == TastoInvio || (codice == TastoTab && descrizione_.data.tabChiude)) {
+    editorToccato_ = true; // of several rows it writes what it shows, too
     TogliScadenza();
     RimettiBarrette();
   }
@@ -144,15 +163,25 @@ void Griglia::TogliBanca() {
   const auto& voci = cmbBanche2.voci;
   const bool conTesto =
       indice >= 0 && static_cast<std::size_t>(indice) < voci.size() && !voci[static_cast<std::size_t>(indice)].empty();
+  const auto molte = std::exchange(molteInModifica_, {});
+  if (!molte.empty()) {
+    Avvisa({});
+    if (editorToccato_ && conTesto) {
+      gesti_.DaiBanca(molte, indice);
+    }
+    return;
+  }
   if (const auto riga = conTesto ? RigaInModifica() : std::nullopt) {
-    righe.ImpostaSpunta(*riga, descrizione_.banca.spunta, true);
-    AssegnaBanca(*riga, indice, descrizione_.banca.codiciInAlto ? cmbBanche : cmbBanche2);
+    const GestoGriglia gesto(*this, "banca");
+    ScriviSpunta(*riga, descrizione_.banca.spunta, true);
+    AssegnaBanca({*riga}, indice, descrizione_.banca.codiciInAlto ? cmbBanche : cmbBanche2);
     Cambiata();
   }
 }
 
 void Griglia::cmbBanche2_Click(int indice) {
   stato_.bank.index = indice;
+  editorToccato_ = true;
 }
 
 void Griglia::cmbBanche2_LostFocus() {
@@ -167,6 +196,7 @@ void Griglia::cmbBanche2_LostFocus() {
 void Griglia::AbbandonaEditor() {
   stato_.data.visible = false;
   stato_.bank.visible = false;
+  molteInModifica_.clear();
   RimettiBarrette();
 }
 

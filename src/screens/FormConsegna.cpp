@@ -47,6 +47,13 @@ DescrizioneGriglia Descrizione() {
   d.data.colonna = Schermata::NuovaConsegna;
   d.data.senza = SenzaData::Vuota;
   d.data.soloConData = false;
+  d.colonnaConto = Schermata::Conto;
+  d.colonnaPartita = Schermata::Ordine;
+  d.colonnaScadenza = Schermata::ConsegnaPrevista;
+  d.colonnaOrdina = Schermata::ConsegnaOrdinaData;
+  d.colonnaImporto = Schermata::Fatturato;
+  d.colonnaDivisa = Schermata::Divisa;
+  d.nomeData = "consegna";
   return d;
 }
 

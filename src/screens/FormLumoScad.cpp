@@ -40,6 +40,11 @@ DescrizioneGriglia Descrizione() {
   d.data.fuocoChiude = true;
   d.data.ovunque = true;
   d.data.scarto = 60;
+  d.colonnaScadenza = Schermata::Scadenza;
+  d.colonnaImporto = Schermata::Importo;
+  d.nomeRiga = "rata";
+  d.nomeRighe = "rate";
+  d.nomeData = "scadenza";
   return d;
 }
 

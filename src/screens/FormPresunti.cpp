@@ -50,6 +50,13 @@ DescrizioneGriglia Descrizione() {
   d.banca.ripristina = false;
   d.banca.codiciInAlto = true;
   d.banca.modoAssegna = ModoPresunti;
+  d.colonnaConto = Schermata::Conto;
+  d.colonnaPartita = Schermata::Ordine;
+  d.colonnaScadenza = Schermata::ConsegnaPrevista;
+  d.colonnaOrdina = Schermata::ConsegnaOrdinaData;
+  d.colonnaBanca = Schermata::Banca;
+  d.colonnaImporto = Schermata::Fatturato;
+  d.colonnaDivisa = Schermata::Divisa;
   return d;
 }
 

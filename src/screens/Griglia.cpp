@@ -1,5 +1,6 @@
 #include "screens/Griglia.hpp"
 
+#include "common/Testo.hpp"
 #include "platform/Services.hpp"
 
 #include <algorithm>
@@ -14,6 +15,16 @@ constexpr int MargineLista = 50;
 constexpr int MargineQuadro = 100;
 constexpr int SinistraLista = 30; ///< of the list within `picScadenzeBanche`, and of that within the window
 constexpr int AltoLista = 30;
+
+// The kinds of cells, as the steps count them: the ticks, then text and tag of each column in turn.
+constexpr int CampoSpunte = 0;
+
+constexpr int CampoTesto(int colonna) {
+  return 1 + 2 * colonna;
+}
+constexpr int CampoTag(int colonna) {
+  return 2 + 2 * colonna;
+}
 
 /// Forgets how the window opens its drop-downs once it is gone.
 class Tendina {
@@ -40,9 +51,15 @@ void Griglia::Azzera() {
   Tag.clear();
   etichette.clear();
   avviso.clear();
+  vista_.MostraTutte();
+  scelta_.Svuota();
+  passi_.Svuota();
+  toccate_ = {};
+  aspetto = 0;
   const auto ordine = stato_.order + 1;
   stato_ = {};
   stato_.order = ordine;
+  SegnaSelezione();
   motivoChiusura_.clear();
   chiaveInModifica_.clear();
   colonnaOrdine_ = 0;
@@ -84,7 +101,7 @@ void Griglia::Resize(const std::vector<int>& nascoste) {
       Ordina(0);
     }
   }
-  stato_.selected = righe.Quante() > 0 ? 0 : -1;
+  Seleziona(0);
 }
 
 void Griglia::Prepara() {
@@ -131,11 +148,11 @@ void Griglia::Mostra() {
 }
 
 std::string_view Griglia::CellText(std::size_t posto, int colonna) const {
-  return righe.Testo(righe.RigaAlPosto(posto), colonna);
+  return righe.Testo(vista_.Riga(posto), colonna);
 }
 
 bool Griglia::Ticked(std::size_t posto, int colonna) const {
-  return righe.Spuntata(righe.RigaAlPosto(posto), colonna == descrizione_.colonnaSpunta2 ? 1 : 0);
+  return righe.Spuntata(vista_.Riga(posto), colonna == descrizione_.colonnaSpunta2 ? 1 : 0);
 }
 
 void Griglia::SetDropDown(DropDown dropDown) {
@@ -157,10 +174,10 @@ std::string Griglia::ChiaveRiga(std::size_t riga) const {
 }
 
 std::optional<std::size_t> Griglia::RigaSelezionata() const {
-  if (stato_.selected < 0 || static_cast<std::size_t>(stato_.selected) >= righe.Quante()) {
+  if (stato_.selected < 0 || static_cast<std::size_t>(stato_.selected) >= vista_.Quante()) {
     return std::nullopt;
   }
-  return righe.RigaAlPosto(static_cast<std::size_t>(stato_.selected));
+  return vista_.Riga(static_cast<std::size_t>(stato_.selected));
 }
 
 int Griglia::SinistraColonna(int colonna) const {
@@ -184,8 +201,20 @@ int Griglia::TrovaCoordinate(int x) const {
 }
 
 void Griglia::Seleziona(std::ptrdiff_t posto) {
-  const bool valido = posto >= 0 && static_cast<std::size_t>(posto) < righe.Quante();
-  stato_.selected = valido ? posto : -1;
+  const bool valido = posto >= 0 && static_cast<std::size_t>(posto) < vista_.Quante();
+  PortaA(valido ? std::optional(vista_.Riga(static_cast<std::size_t>(posto))) : std::nullopt);
+  if (valido) {
+    scelta_.Solo(vista_.Riga(static_cast<std::size_t>(posto)));
+  } else {
+    scelta_.Svuota();
+  }
+  SegnaSelezione();
+}
+
+/// Makes a row the current one, and leaves the selection as it is.
+void Griglia::PortaA(std::optional<std::size_t> riga) {
+  const auto posto = riga ? vista_.Posto(*riga) : std::nullopt;
+  stato_.selected = posto ? static_cast<std::ptrdiff_t>(*posto) : -1;
 }
 
 void Griglia::LVScadenze_MouseDown(int x, int y) {
@@ -196,7 +225,7 @@ void Griglia::LVScadenze_MouseDown(int x, int y) {
 void Griglia::LVScadenze_ItemCheck(std::size_t posto) {
   saltaClic_ = true;
   if (descrizione_.caselle) {
-    const std::size_t riga = righe.RigaAlPosto(posto);
+    const std::size_t riga = vista_.Riga(posto);
     SpuntaCasella(riga, !righe.Spuntata(riga, 0));
   } else {
     Seleziona(static_cast<std::ptrdiff_t>(posto));
@@ -212,10 +241,17 @@ void Griglia::LVScadenze_Click(int topRiga) {
   const int alto = AltoLista + AltoLista + topRiga;
   const int colonna = data.ovunque ? data.colonna : TrovaCoordinate(mouseX_);
   const auto sinistra = [&] { return SinistraLista + SinistraLista + SinistraColonna(colonna); };
+  const auto spunta = [this](std::string_view chiave) {
+    if (gesti_.SuMolte()) {
+      gesti_.CambiaCheck(chiave);
+    } else {
+      CambiaCheck(chiave);
+    }
+  };
   if (colonna == descrizione_.colonnaSpunta1) {
-    CambiaCheck("RADIO1");
+    spunta("RADIO1");
   } else if (colonna == descrizione_.colonnaSpunta2) {
-    CambiaCheck("RADIO2");
+    spunta("RADIO2");
   } else if (colonna == data.colonna) {
     TogliScadenza();
     InserisciScadenza(alto, sinistra() + data.scarto, Larghezza(colonna) - MargineEditor);
@@ -247,8 +283,9 @@ void Griglia::Ordina(int colonna) {
   const auto selezionata = RigaSelezionata();
   colonnaOrdine_ = colonna;
   righe.Ordina(colonna, stato_.ascending);
+  vista_.Riordina();
   if (selezionata) {
-    stato_.selected = static_cast<std::ptrdiff_t>(righe.PostoDellaRiga(*selezionata));
+    PortaA(selezionata);
   }
   // The selection may be elsewhere: an open editor stays with the row on which it was opened.
   for (CellEditor* editor : {&stato_.data, &stato_.bank}) {
@@ -257,6 +294,77 @@ void Griglia::Ordina(int colonna) {
     }
   }
   ++stato_.order;
+}
+
+bool Griglia::DataVariata(std::size_t riga) const {
+  const int colonna = descrizione_.data.colonna;
+  if (colonna < 0) {
+    return false;
+  }
+  // A date that was refused leaves a blank behind, which is no change.
+  const std::string_view nuova = righe.Testo(riga, colonna);
+  return MaggioreDiSpazio(nuova) && nuova != TestoPresente(riga, colonna);
+}
+
+bool Griglia::BancaVariata(std::size_t riga) const {
+  const int colonna = descrizione_.banca.colonna;
+  if (colonna < 0) {
+    return false;
+  }
+  const std::string_view nuova = righe.Tag(riga, colonna);
+  const std::string_view banca = righe.Tag(riga, descrizione_.colonne[static_cast<std::size_t>(colonna)].present);
+  return !nuova.empty() && nuova != banca && !(nuova == Nullo && banca.empty());
+}
+
+std::vector<std::size_t> Griglia::ElencoVariate() const {
+  std::vector<std::size_t> variate;
+  toccate_.Ognuna([&](std::size_t riga) {
+    if (Variata(riga)) {
+      variate.push_back(riga);
+    }
+  });
+  return variate;
+}
+
+void Griglia::ScriviTesto(std::size_t riga, int colonna, std::string_view testo) {
+  if (righe.Testo(riga, colonna) == testo) {
+    return;
+  }
+  const std::uint32_t prima = righe.NumeroTesto(riga, colonna);
+  righe.ImpostaTesto(riga, colonna, testo);
+  toccate_.Aggiungi(riga);
+  passi_.Annota(CampoTesto(colonna), riga, prima, righe.NumeroTesto(riga, colonna));
+}
+
+void Griglia::ScriviTag(std::size_t riga, int colonna, std::string_view tag) {
+  if (righe.Tag(riga, colonna) == tag) {
+    return;
+  }
+  const std::uint32_t prima = righe.NumeroTag(riga, colonna);
+  righe.ImpostaTag(riga, colonna, tag);
+  toccate_.Aggiungi(riga);
+  passi_.Annota(CampoTag(colonna), riga, prima, righe.NumeroTag(riga, colonna));
+}
+
+void Griglia::ScriviSpunta(std::size_t riga, int quale, bool spuntata) {
+  const std::uint8_t prima = righe.Spunte(riga);
+  righe.ImpostaSpunta(riga, quale, spuntata);
+  passi_.Annota(CampoSpunte, riga, prima, righe.Spunte(riga));
+}
+
+void Griglia::ScriviBanca(std::size_t riga, std::string_view codice, std::string_view testo) {
+  ScriviTag(riga, descrizione_.banca.colonna, codice);
+  ScriviTesto(riga, descrizione_.banca.colonna, testo);
+}
+
+void Griglia::ScriviNumero(int campo, std::size_t riga, std::uint32_t numero) {
+  if (campo == CampoSpunte) {
+    righe.ImpostaSpunte(riga, static_cast<std::uint8_t>(numero));
+  } else if (const int colonna = (campo - 1) / 2; campo == CampoTesto(colonna)) {
+    righe.ImpostaNumeroTesto(riga, colonna, numero);
+  } else {
+    righe.ImpostaNumeroTag(riga, colonna, numero);
+  }
 }
 
 void Griglia::PictureOk_Click() {

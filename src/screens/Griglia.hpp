@@ -3,12 +3,18 @@
 #include "platform/Desktop.hpp"
 #include "screens/DescrizioneGriglia.hpp"
 #include "screens/ElencoBanche.hpp"
+#include "screens/GestiGriglia.hpp"
+#include "screens/InsiemeRighe.hpp"
+#include "screens/PassiGriglia.hpp"
 #include "screens/RigheGriglia.hpp"
+#include "screens/SelezioneGriglia.hpp"
+#include "screens/VistaGriglia.hpp"
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lumoscad {
@@ -31,6 +37,7 @@ class Griglia final : public ListWindow {
   std::string modo;       ///< what the screen is being used for, for instance "DEBITI/CREDITI"
   std::vector<ListLabel> etichette;
   std::string avviso; ///< what the person is told at the head of the list; empty for nothing
+  int aspetto = 0;    ///< what a screen shows of its own and a step back brings back
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
@@ -51,6 +58,37 @@ class Griglia final : public ListWindow {
   [[nodiscard]] std::vector<std::size_t> RigheConfermate() const;
   /// True once the list's `Tag` says that it is loaded: until then no step edits or confirms anything.
   [[nodiscard]] bool Modificabile() const { return Tag == descrizione_.tagLista; }
+  [[nodiscard]] const DescrizioneGriglia& Descrizione() const noexcept { return descrizione_; }
+
+  /// The rows in sight: how many they are, the one at a place, and whether a row is one.
+  [[nodiscard]] std::size_t Visibili() const { return vista_.Quante(); }
+  [[nodiscard]] std::size_t RigaVisibile(std::size_t posto) const { return vista_.Riga(posto); }
+  [[nodiscard]] bool InVista(std::size_t riga) const { return vista_.Contiene(riga); }
+  [[nodiscard]] const SelezioneGriglia& Selezione() const noexcept { return scelta_; }
+
+  /// Whether a row has a new date or bank that would be sent.
+  [[nodiscard]] bool DataVariata(std::size_t riga) const;
+  [[nodiscard]] bool BancaVariata(std::size_t riga) const;
+  [[nodiscard]] bool Variata(std::size_t riga) const { return DataVariata(riga) || BancaVariata(riga); }
+  /// The rows that a person changed, ascending by number.
+  [[nodiscard]] std::vector<std::size_t> ElencoVariate() const;
+
+  // What a gesture writes into a row goes through these, so that it can be taken back (`GestoGriglia`).
+
+  void ScriviTesto(std::size_t riga, int colonna, std::string_view testo);
+  void ScriviTag(std::size_t riga, int colonna, std::string_view tag);
+  void ScriviSpunta(std::size_t riga, int quale, bool spuntata);
+  /// The code and the text of a new bank.
+  void ScriviBanca(std::size_t riga, std::string_view codice, std::string_view testo);
+  /// Takes the last step back, or does it again. An open editor is abandoned instead.
+  void Annulla();
+  void Rifai();
+  /// What the step is called, with the number of its rows.
+  [[nodiscard]] std::string NomePasso(const PassoGriglia& passo) const;
+  /// "1 rata", "2.421 rate".
+  [[nodiscard]] std::string QuanteRighe(std::size_t quante) const;
+  [[nodiscard]] const PassiGriglia& Passi() const noexcept { return passi_; }
+
   /// The row key: the texts of the identifying columns, joined with nothing between them.
   [[nodiscard]] std::string ChiaveRiga(std::size_t riga) const;
   [[nodiscard]] std::optional<std::size_t> RigaSelezionata() const;
@@ -78,10 +116,11 @@ class Griglia final : public ListWindow {
 
   [[nodiscard]] const ListDescription& Description() const override { return finestra_; }
   [[nodiscard]] const ListState& Stato() const override { return stato_; }
-  [[nodiscard]] std::size_t RowCount() const override { return righe.Quante(); }
+  [[nodiscard]] std::size_t RowCount() const override { return vista_.Quante(); }
   [[nodiscard]] std::string_view CellText(std::size_t posto, int colonna) const override;
   [[nodiscard]] bool Ticked(std::size_t posto, int colonna) const override;
   void SetDropDown(DropDown dropDown) override;
+  [[nodiscard]] ListGestures* Gestures() override { return &gesti_; }
 
   void Seleziona(std::ptrdiff_t posto) override;
   void LVScadenze_MouseDown(int x, int y) override;
@@ -105,6 +144,9 @@ class Griglia final : public ListWindow {
   void Form_QueryUnload() override;
 
  private:
+  friend class GestiGriglia;
+  friend class GestoGriglia;
+
   [[nodiscard]] int SinistraColonna(int colonna) const;
   [[nodiscard]] int Larghezza(int colonna) const { return larghezze_[static_cast<std::size_t>(colonna)]; }
   /// What a column shows beside an editable one: the present value.
@@ -115,19 +157,29 @@ class Griglia final : public ListWindow {
   void MisuraColonne(const std::vector<int>& nascoste);
   void ApriEditor(CellEditor& editor, std::size_t riga, int top, int left, int width);
   void NascondiSeScorre();
+  void PortaA(std::optional<std::size_t> riga);
+  void SegnaSelezione() noexcept { stato_.selection = scelta_.Volta(); }
+  void Avvisa(std::string testo) { stato_.notice = std::move(testo); }
+  [[nodiscard]] CampiInAlto InAlto() const { return {stato_.dueDateText, stato_.bankIndex, aspetto}; }
+  void RimettiInAlto(const CampiInAlto& alto);
+  void ScriviNumero(int campo, std::size_t riga, std::uint32_t numero);
+  /// "; 5 non in vista", or nothing where all of them are.
+  [[nodiscard]] std::string NonInVista(const InsiemeRighe& insieme) const;
+  /// Abandons an editor that is open; false where none is.
+  [[nodiscard]] bool LasciaEditor();
   [[nodiscard]] std::string_view DataTolta(std::size_t riga) const;
   /// A date field's text with the short forms of a date written out: of the row's, or without one of the top field's.
   [[nodiscard]] std::string DataEspansa(std::string_view testo, std::optional<std::size_t> riga = {}) const;
   /// The present date beside the one that is edited; empty where the list has none.
   [[nodiscard]] std::string_view DataPresente(std::size_t riga) const;
   void SpuntaData(std::size_t riga, bool spunta);
-  void SpuntaBanca(std::size_t riga, bool spunta);
-  void AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo);
+  void ScriviData(std::size_t riga, bool spunta);
+  void SpuntaBanche(const std::vector<std::size_t>& scelte, bool spunta);
+  void AssegnaBanca(const std::vector<std::size_t>& scelte, int indice, const BancheCombo& combo);
   [[nodiscard]] bool NienteDaTogliere(std::size_t riga) const;
   [[nodiscard]] std::string_view BancaTolta(std::size_t riga) const;
-  void ScriviBanca(std::size_t riga, std::string_view codice, std::string_view testo);
-  /// All rows that get a new bank together with this one, itself included.
-  [[nodiscard]] std::vector<std::size_t> RigheDelGruppo(std::size_t riga) const;
+  /// All rows that get a new bank together with one of these, these included, each once.
+  [[nodiscard]] std::vector<std::size_t> ConIGruppi(const std::vector<std::size_t>& scelte) const;
   void Ordina(int colonna);
   /// Tells the window that cells changed.
   void Cambiata() noexcept { ++stato_.content; }
@@ -142,6 +194,13 @@ class Griglia final : public ListWindow {
   std::string motivoChiusura_;
   std::string chiaveInModifica_;
   std::size_t rigaInModifica_ = 0;
+  std::vector<std::size_t> molteInModifica_; ///< the rows that the open editor writes into, where they are several
+  bool editorToccato_ = false;               ///< the person wrote or chose something in it
+  VistaGriglia vista_{righe};
+  SelezioneGriglia scelta_{vista_};
+  PassiGriglia passi_;
+  InsiemeRighe toccate_; ///< the rows that a gesture has written into
+  GestiGriglia gesti_{*this};
   int colonnaOrdine_ = 0;
   int mouseX_ = 0;
   int mouseY_ = 0;

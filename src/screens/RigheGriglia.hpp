@@ -80,6 +80,17 @@ class RigheGriglia {
   [[nodiscard]] bool Spuntata(std::size_t riga, int quale) const { return (spunte_[riga] >> quale & 1) != 0; }
   void ImpostaSpunta(std::size_t riga, int quale, bool spuntata);
 
+  // What a cell holds, by number: of its text, of its tag, or the ticks of its row as bits. What was read may be
+  // written back as long as the rows are there.
+
+  void ImpostaNumeroTesto(std::size_t riga, int colonna, std::uint32_t numero) {
+    celle_[riga * colonne_ + static_cast<std::size_t>(colonna)] = numero;
+  }
+  [[nodiscard]] std::uint32_t NumeroTag(std::size_t riga, int colonna) const { return tag_[PostoTag(riga, colonna)]; }
+  void ImpostaNumeroTag(std::size_t riga, int colonna, std::uint32_t numero) { tag_[PostoTag(riga, colonna)] = numero; }
+  [[nodiscard]] std::uint8_t Spunte(std::size_t riga) const { return spunte_[riga]; }
+  void ImpostaSpunte(std::size_t riga, std::uint8_t spunte) { spunte_[riga] = spunte; }
+
   /// Orders the places by the texts of a column, in Italian text order: accents and case count only between texts that
   /// are equal without them. Rows with equal texts keep the order in which they were added.
   void Ordina(int colonna, bool crescente);

@@ -4,6 +4,8 @@
 #include "common/Utilities.hpp"
 #include "screens/Griglia.hpp"
 
+#include <unordered_set>
+
 namespace lumoscad {
 
 int Griglia::QualeSpunta(std::string_view chiave) const {
@@ -21,8 +23,9 @@ void Griglia::CambiaCheck(std::string_view chiave) {
   }
   const int quale = QualeSpunta(chiave);
   const bool spunta = !righe.Spuntata(*riga, quale);
+  const GestoGriglia gesto(*this, spunta ? "spunta" : "spunta tolta");
   if (quale == descrizione_.banca.spunta) {
-    SpuntaBanca(*riga, spunta);
+    SpuntaBanche({*riga}, spunta);
   } else {
     SpuntaData(*riga, spunta);
   }
@@ -33,27 +36,29 @@ void Griglia::DeselezionaTutto(std::string_view chiave) {
   if (!Modificabile()) {
     return;
   }
+  const GestoGriglia gesto(*this, "spunte tolte");
   for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
-    righe.ImpostaSpunta(riga, QualeSpunta(chiave), false);
+    ScriviSpunta(riga, QualeSpunta(chiave), false);
   }
   Cambiata();
 }
 
 void Griglia::SpuntaData(std::size_t riga, bool spunta) {
-  const NuovaDataGriglia& data = descrizione_.data;
-  if (!spunta) {
-    righe.ImpostaTesto(riga, data.colonna, DataTolta(riga));
-    righe.ImpostaSpunta(riga, 0, false);
-    return;
+  if (spunta) {
+    if (MaggioreDiSpazio(stato_.dueDateText)) {
+      stato_.dueDateText = Utilities::ControllaData(DataEspansa(stato_.dueDateText));
+    }
+    if (descrizione_.data.soloConData && !MaggioreDiSpazio(stato_.dueDateText)) {
+      return;
+    }
   }
-  if (MaggioreDiSpazio(stato_.dueDateText)) {
-    stato_.dueDateText = Utilities::ControllaData(DataEspansa(stato_.dueDateText));
-  }
-  if (data.soloConData && !MaggioreDiSpazio(stato_.dueDateText)) {
-    return;
-  }
-  righe.ImpostaTesto(riga, data.colonna, stato_.dueDateText);
-  righe.ImpostaSpunta(riga, 0, true);
+  ScriviData(riga, spunta);
+}
+
+/// The row gets the date at the top as it stands there, or loses its own.
+void Griglia::ScriviData(std::size_t riga, bool spunta) {
+  ScriviTesto(riga, descrizione_.data.colonna, spunta ? std::string_view(stato_.dueDateText) : DataTolta(riga));
+  ScriviSpunta(riga, 0, spunta);
 }
 
 std::string_view Griglia::DataTolta(std::size_t riga) const {
@@ -62,16 +67,18 @@ std::string_view Griglia::DataTolta(std::size_t riga) const {
 }
 
 void Griglia::SpuntaCasella(std::size_t riga, bool spuntata) {
-  righe.ImpostaSpunta(riga, 0, spuntata);
+  const GestoGriglia gesto(*this, spuntata ? "spunta" : "spunta tolta");
+  ScriviSpunta(riga, 0, spuntata);
   std::string nuova;
   if (MaggioreDiSpazio(stato_.dueDateText)) {
     nuova = Utilities::ControllaData(DataEspansa(stato_.dueDateText));
   }
-  righe.ImpostaTesto(riga, descrizione_.data.colonna, spuntata ? nuova : std::string());
+  ScriviTesto(riga, descrizione_.data.colonna, spuntata ? nuova : std::string());
   Cambiata();
 }
 
 void Griglia::TextScadenza_Change(std::string_view testo) {
+  const GestoGriglia gesto(*this, "data in alto", GestoGriglia::Nome::Unibile);
   stato_.dueDateText = testo;
   if (descrizione_.caselle) {
     DeselezionaTutto("RADIO1"); // the dates that the ticks copied stay in their rows
@@ -79,6 +86,7 @@ void Griglia::TextScadenza_Change(std::string_view testo) {
 }
 
 void Griglia::TextScadenza_Click() {
+  const GestoGriglia gesto(*this, "spunte tolte");
   Form_Click();
   DeselezionaTutto("RADIO1");
 }
@@ -94,49 +102,57 @@ void Griglia::TextScadenza_LostFocus() {
 }
 
 void Griglia::cmbBanche_Click(int indice) {
+  const bool spunte = !descrizione_.banca.modoSpunte.empty() && modo == descrizione_.banca.modoSpunte;
+  const GestoGriglia gesto(*this, spunte ? "banca in alto" : "banca",
+                           spunte ? GestoGriglia::Nome::Solo : GestoGriglia::Nome::ConRighe);
   stato_.bankIndex = indice;
   if (!Modificabile()) {
     return;
   }
-  if (!descrizione_.banca.modoSpunte.empty() && modo == descrizione_.banca.modoSpunte) {
+  if (spunte) {
     Form_Click();
     DeselezionaTutto("RADIO2");
+  } else if (gesti_.SuMolte()) {
+    gesti_.DaiBancaInAlto();
   } else if (const auto riga = RigaSelezionata()) {
-    AssegnaBanca(*riga, indice, cmbBanche);
+    AssegnaBanca({*riga}, indice, cmbBanche);
     Cambiata();
   }
 }
 
-void Griglia::SpuntaBanca(std::size_t riga, bool spunta) {
+void Griglia::SpuntaBanche(const std::vector<std::size_t>& scelte, bool spunta) {
   const int quale = descrizione_.banca.spunta;
   if (spunta) {
-    AssegnaBanca(riga, stato_.bankIndex, cmbBanche);
-    righe.ImpostaSpunta(riga, quale, true);
+    AssegnaBanca(scelte, stato_.bankIndex, cmbBanche);
+    for (const std::size_t riga : scelte) {
+      ScriviSpunta(riga, quale, true);
+    }
     return;
   }
-  for (const std::size_t altra : RigheDelGruppo(riga)) {
-    ScriviBanca(altra, "", BancaTolta(altra));
-    righe.ImpostaSpunta(altra, quale, false);
+  for (const std::size_t riga : ConIGruppi(scelte)) {
+    ScriviBanca(riga, "", BancaTolta(riga));
+    ScriviSpunta(riga, quale, false);
   }
 }
 
-void Griglia::AssegnaBanca(std::size_t riga, int indice, const BancheCombo& combo) {
+void Griglia::AssegnaBanca(const std::vector<std::size_t>& scelte, int indice, const BancheCombo& combo) {
   const NuovaBancaGriglia& banca = descrizione_.banca;
   if (banca.colonna < 0 || (!banca.modoAssegna.empty() && modo != banca.modoAssegna)) {
     return;
   }
-  std::string codice(Nullo);
-  std::string testo = "ANNULLA";
+  std::string_view codice(Nullo);
+  std::string_view testo = "ANNULLA";
   if (indice > 0) {
     codice = combo.Codice(indice);
     testo = combo.voci[static_cast<std::size_t>(indice)];
-  } else if (NienteDaTogliere(riga)) {
-    // An earlier choice on the row must not stay in sight.
-    codice.clear();
-    testo = BancaTolta(riga);
   }
-  for (const std::size_t altra : RigheDelGruppo(riga)) {
-    ScriviBanca(altra, codice, testo);
+  for (const std::size_t riga : ConIGruppi(scelte)) {
+    if (indice <= 0 && NienteDaTogliere(riga)) {
+      // An earlier choice on the row must not stay in sight.
+      ScriviBanca(riga, "", BancaTolta(riga));
+    } else {
+      ScriviBanca(riga, codice, testo);
+    }
   }
 }
 
@@ -151,24 +167,22 @@ std::string_view Griglia::BancaTolta(std::size_t riga) const {
   return descrizione_.banca.ripristina ? TestoPresente(riga, descrizione_.banca.colonna) : std::string_view();
 }
 
-void Griglia::ScriviBanca(std::size_t riga, std::string_view codice, std::string_view testo) {
-  righe.ImpostaTag(riga, descrizione_.banca.colonna, codice);
-  righe.ImpostaTesto(riga, descrizione_.banca.colonna, testo);
-}
-
-std::vector<std::size_t> Griglia::RigheDelGruppo(std::size_t riga) const {
+std::vector<std::size_t> Griglia::ConIGruppi(const std::vector<std::size_t>& scelte) const {
   const int gruppo = descrizione_.banca.gruppo;
   if (gruppo < 0) {
-    return {riga};
+    return scelte;
   }
-  std::vector<std::size_t> delGruppo;
-  const std::string_view testo = righe.Testo(riga, gruppo);
-  for (std::size_t altra = 0; altra < righe.Quante(); ++altra) {
-    if (righe.Testo(altra, gruppo) == testo) {
-      delGruppo.push_back(altra);
+  std::unordered_set<std::string_view> gruppi;
+  for (const std::size_t riga : scelte) {
+    gruppi.insert(righe.Testo(riga, gruppo));
+  }
+  std::vector<std::size_t> tutte;
+  for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+    if (gruppi.contains(righe.Testo(riga, gruppo))) {
+      tutte.push_back(riga);
     }
   }
-  return delGruppo;
+  return tutte;
 }
 
 } // namespace lumoscad

@@ -56,6 +56,16 @@ DescrizioneGriglia Descrizione() {
   d.banca.colonna = Schermata::NuovaBanca;
   d.banca.spunta = 1;
   d.banca.modoSpunte = ModoDebitiCrediti;
+  d.colonnaConto = Schermata::Conto;
+  d.colonnaPartita = Schermata::Partita;
+  d.colonnaScadenza = Schermata::Scadenza;
+  d.colonnaOrdina = Schermata::ScadenzaOrdinaData;
+  d.colonnaBanca = Schermata::Banca;
+  d.colonnaImporto = Schermata::Importo;
+  d.colonnaRata = Schermata::NumeroRata;
+  d.nomeRiga = "rata";
+  d.nomeRighe = "rate";
+  d.nomeData = "scadenza";
   return d;
 }
 

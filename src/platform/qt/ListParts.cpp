@@ -150,7 +150,7 @@ QPushButton* ImageButton(const QString& name, const QString& text, ListIcon icon
 
 } // namespace
 
-ListParts::ListParts(QDialog& dialog, const ListWindow& window, ListModel& model) {
+ListParts::ListParts(QDialog& dialog, ListWindow& window, ListModel& model) {
   look::Dress(dialog);
   auto* stack = new QVBoxLayout(&dialog);
   stack->setContentsMargins(WindowMargin, 10, WindowMargin, 10);
@@ -268,7 +268,7 @@ QFrame* ListParts::BankField(const ListWindow& window, QWidget* parent) {
   return frame;
 }
 
-void ListParts::BuildList(QDialog& dialog, const ListWindow& window, ListModel& model, QBoxLayout& stack) {
+void ListParts::BuildList(QDialog& dialog, ListWindow& window, ListModel& model, QBoxLayout& stack) {
   picScadenzeBanche = Frame(QStringLiteral("picScadenzeBanche"), &dialog);
   auto* column = new QVBoxLayout(picScadenzeBanche);
   column->setContentsMargins(0, 0, PictureMargin(window), 0);

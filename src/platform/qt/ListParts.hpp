@@ -18,7 +18,7 @@ namespace lumoscad::qt {
 /// The widgets of a list window, each under its control's own name. The dialog owns them all; a top field or a bank
 /// editor that the window does not have is null.
 struct ListParts {
-  ListParts(QDialog& dialog, const ListWindow& window, ListModel& model);
+  ListParts(QDialog& dialog, ListWindow& window, ListModel& model);
 
   QLineEdit* TextScadenza = nullptr;
   QComboBox* cmbBanche = nullptr;
@@ -46,7 +46,7 @@ struct ListParts {
   void Above(QDialog& dialog, const ListWindow& window, QBoxLayout& stack);
   [[nodiscard]] QFrame* DueDateField(const ListWindow& window, QWidget* parent);
   [[nodiscard]] QFrame* BankField(const ListWindow& window, QWidget* parent);
-  void BuildList(QDialog& dialog, const ListWindow& window, ListModel& model, QBoxLayout& stack);
+  void BuildList(QDialog& dialog, ListWindow& window, ListModel& model, QBoxLayout& stack);
   void Editor(const ListWindow& window);
   void Below(QDialog& dialog, const ListWindow& window, QBoxLayout& stack);
 };

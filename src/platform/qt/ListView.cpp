@@ -20,15 +20,27 @@ namespace {
 
 using Kind = ListColumn::Kind;
 
+/// More stretches of selected rows than that are told to the table only as far as they can be seen: it compares each
+/// with each.
+constexpr std::size_t MostStretches = 1000;
+
 bool Editable(Kind kind) {
   return kind == Kind::DateEditor || kind == Kind::BankEditor;
 }
 
+HeldKeys Held(Qt::KeyboardModifiers keys) {
+  return {keys.testFlag(Qt::ShiftModifier), keys.testFlag(Qt::ControlModifier)};
+}
+
+ListGestures* OfSeveralRows(ListGestures* gestures) {
+  return gestures != nullptr && gestures->SelezioneMultipla() ? gestures : nullptr;
+}
+
 } // namespace
 
-ListView::ListView(const ListWindow& window, ListModel& model, QWidget* parent)
-    : QTableView(parent), window_(window), model_(model), widths_(window.Description().columns),
-      images_(new ListImages(this)), painter_(model, *images_) {
+ListView::ListView(ListWindow& window, ListModel& model, QWidget* parent)
+    : QTableView(parent), window_(window), gestures_(OfSeveralRows(window.Gestures())), model_(model),
+      widths_(window.Description().columns), images_(new ListImages(this)), painter_(model, *images_) {
   setObjectName(Text(window.Description().listName));
   setAccessibleName(Text(window.Description().title));
   setItemDelegate(new ListDelegate(this));
@@ -50,7 +62,7 @@ void ListView::Prepare() {
   setWordWrap(false);
   setEditTriggers(NoEditTriggers);
   setSelectionBehavior(SelectRows);
-  setSelectionMode(SingleSelection);
+  setSelectionMode(gestures_ == nullptr ? SingleSelection : ExtendedSelection);
   setTabKeyNavigation(false);
   setVerticalScrollMode(ScrollPerItem);
   setHorizontalScrollMode(ScrollPerPixel);
@@ -105,10 +117,51 @@ void ListView::GoTo(int row, int column) {
   }
 }
 
+QItemSelectionModel::SelectionFlags ListView::selectionCommand(const QModelIndex& cell, const QEvent* event) const {
+  // Where the screen says which rows are selected, the table never does.
+  return gestures_ == nullptr ? QTableView::selectionCommand(cell, event) : QItemSelectionModel::NoUpdate;
+}
+
+bool ListView::Selected(int row) const {
+  return gestures_ == nullptr ? selectionModel()->isSelected(model_.index(row, 0))
+                              : gestures_->Scelta(static_cast<std::size_t>(row));
+}
+
+void ListView::ShowSelection() {
+  if (gestures_ == nullptr) {
+    return;
+  }
+  const auto stretches = gestures_->Scelte();
+  const auto [top, bottom] = RowsInView();
+  clipped_ = stretches.size() > MostStretches;
+  QItemSelection selection;
+  const int lastColumn = model_.columnCount() - 1;
+  for (const auto& [begin, end] : stretches) {
+    const int first = static_cast<int>(begin);
+    const int last = std::min(static_cast<int>(end), model_.rowCount() - 1);
+    if (first <= last && (!clipped_ || (first <= bottom && last >= top))) {
+      selection.append(QItemSelectionRange(model_.index(first, 0), model_.index(last, lastColumn)));
+    }
+  }
+  selectionModel()->select(QItemSelection(), QItemSelectionModel::Clear);
+  selectionModel()->select(selection, QItemSelectionModel::Select);
+  viewport()->update();
+}
+
+void ListView::MoveTo(int row, int column, HeldKeys held) {
+  if (row < 0 || row >= model_.rowCount()) {
+    return;
+  }
+  const bool first = std::exchange(muteSelection_, true);
+  setCurrentIndex(model_.index(row, std::clamp(column, 0, model_.columnCount() - 1)));
+  muteSelection_ = first;
+  listener_->RowMoved(row, held);
+}
+
 void ListView::Press(const QModelIndex& cell) {
   scrollTo(cell);
   const int y = look::TwipsY(rowViewportPosition(cell.row()) + rowHeight(cell.row()) / 2);
-  listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), y);
+  listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), y, {});
   listener_->MouseReleased();
 }
 
@@ -162,11 +215,25 @@ void ListView::mousePressEvent(QMouseEvent* event) {
     muteSelection_ = first;
   }
   pressed_ = true;
-  listener_->MousePressed(row, x, y);
+  listener_->MousePressed(row, x, y, Held(event->modifiers()));
 }
 
 void ListView::mouseMoveEvent(QMouseEvent* event) {
   event->accept();
+  if (!pressed_ || gestures_ == nullptr) {
+    return;
+  }
+  const int y = event->position().toPoint().y();
+  const auto [top, bottom] = RowsInView();
+  // Beyond an end the list goes on, a row a movement.
+  const int beyond = y < 0 ? top - 1 : y >= viewport()->height() ? bottom + 1 : rowAt(y);
+  const int row = beyond < 0 && y >= 0 ? model_.rowCount() - 1 : std::clamp(beyond, 0, model_.rowCount() - 1);
+  if (row >= 0 && row != currentIndex().row()) {
+    const bool first = std::exchange(muteSelection_, true);
+    setCurrentIndex(model_.index(row, std::max(currentIndex().column(), 0)));
+    muteSelection_ = first;
+    listener_->MouseDragged(row);
+  }
 }
 
 void ListView::mouseReleaseEvent(QMouseEvent* event) {
@@ -186,11 +253,61 @@ void ListView::keyPressEvent(QKeyEvent* event) {
     event->accept();
     return;
   }
-  if (KeyOnCell(*event) || MovementKey(*event)) {
+  if (SelectionKey(*event) || KeyOnCell(*event) || MovementKey(*event)) {
     event->accept();
     return;
   }
   QTableView::keyPressEvent(event);
+}
+
+/// The keys of several rows: Shift and Ctrl with a movement or the space bar, and Ctrl+A.
+bool ListView::SelectionKey(const QKeyEvent& event) {
+  if (gestures_ == nullptr || (event.modifiers() & (Qt::AltModifier | Qt::MetaModifier))) {
+    return false;
+  }
+  if (event.matches(QKeySequence::SelectAll)) {
+    listener_->AllSelected();
+    return true;
+  }
+  const HeldKeys held = Held(event.modifiers());
+  const QModelIndex cell = currentIndex();
+  if (event.key() == Qt::Key_Space && cell.isValid()) {
+    if (held.control) {
+      listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), 0, {false, true});
+    } else if (held.shift && model_.Kind(cell.column()) == Kind::Tick) {
+      listener_->TickedUpTo(cell);
+    }
+    return held.control || held.shift;
+  }
+  const bool ends = event.key() == Qt::Key_Home || event.key() == Qt::Key_End;
+  if ((!held.shift && !held.control) || (ends && !held.shift)) {
+    return false;
+  }
+  const int page = std::max(viewport()->height() / look::RowHeight() - 1, 1);
+  const int last = model_.rowCount() - 1;
+  const int row = cell.row();
+  switch (event.key()) {
+  case Qt::Key_Up:
+    MoveTo(row - 1, cell.column(), held);
+    return true;
+  case Qt::Key_Down:
+    MoveTo(row + 1, cell.column(), held);
+    return true;
+  case Qt::Key_PageUp:
+    MoveTo(std::max(row - page, 0), cell.column(), held);
+    return true;
+  case Qt::Key_PageDown:
+    MoveTo(std::min(row + page, last), cell.column(), held);
+    return true;
+  case Qt::Key_Home:
+    MoveTo(0, cell.column(), held);
+    return true;
+  case Qt::Key_End:
+    MoveTo(last, cell.column(), held);
+    return true;
+  default:
+    return false;
+  }
 }
 
 bool ListView::KeyOnCell(const QKeyEvent& event) {
@@ -252,8 +369,7 @@ std::vector<ListPainter::Column> ListView::ColumnsBetween(int left, int right) c
 
 ListPainter::Row ListView::RowInView(int row) const {
   const QModelIndex current = currentIndex();
-  return {row, rowViewportPosition(row), rowHeight(row), selectionModel()->isSelected(model_.index(row, 0)),
-          current.row() == row ? current.column() : -1};
+  return {row, rowViewportPosition(row), rowHeight(row), Selected(row), current.row() == row ? current.column() : -1};
 }
 
 void ListView::paintEvent(QPaintEvent* event) {
@@ -282,6 +398,9 @@ void ListView::scrollContentsBy(int dx, int dy) {
   QTableView::scrollContentsBy(dx, dy);
   if (dx != 0) {
     viewport()->update(); // what marks the selected rows does not move sideways with them
+  }
+  if (clipped_) {
+    ShowSelection();
   }
   if (listener_ != nullptr) {
     listener_->LaidOut();

@@ -22,12 +22,20 @@ class ListListener {
   virtual ~ListListener() = default;
 
   virtual void RowSelected(int row) = 0;
+  /// The current row moved while these keys were held.
+  virtual void RowMoved(int row, HeldKeys held) = 0;
   /// Left button down; `row` is the one under the pointer.
-  virtual void MousePressed(int row, int x, int y) = 0;
+  virtual void MousePressed(int row, int x, int y, HeldKeys held) = 0;
+  /// The pressed left button was moved over this row.
+  virtual void MouseDragged(int row) = 0;
   /// Left button up after a press in the list.
   virtual void MouseReleased() = 0;
   /// A tick or an editor was chosen by keyboard.
   virtual void CellActivated(const QModelIndex& cell) = 0;
+  /// The rows up to this cell are to be ticked as the first of them is.
+  virtual void TickedUpTo(const QModelIndex& cell) = 0;
+  /// Every row is to be selected.
+  virtual void AllSelected() = 0;
   /// A digit was typed on a date cell.
   virtual void DigitTyped(const QModelIndex& cell, const QString& digit) = 0;
   /// A key came while the list was blocked.
@@ -39,7 +47,7 @@ class ListListener {
 /// The list of a window: a table that turns mouse and keys into the gestures the screens know.
 class ListView final : public QTableView {
  public:
-  ListView(const ListWindow& window, ListModel& model, QWidget* parent);
+  ListView(ListWindow& window, ListModel& model, QWidget* parent);
 
   /// There is one from the moment on at which the list can be seen, and it outlives the list's last event.
   void SetListener(ListListener* listener) { listener_ = listener; }
@@ -52,6 +60,8 @@ class ListView final : public QTableView {
   void ShowSelected(int row);
   /// Makes `cell` the current one; the listener is told of the row when it changes.
   void GoTo(int row, int column);
+  /// Shows which rows are selected, where the screen lets several be.
+  void ShowSelection();
   /// While blocked, neither the wheel nor the keys move the list under an open editor.
   void Block(bool blocked) { blocked_ = blocked; }
   /// Presses in the middle of `cell`, as the mouse would.
@@ -69,6 +79,8 @@ class ListView final : public QTableView {
 
  protected:
   void currentChanged(const QModelIndex& newOne, const QModelIndex& oldOne) override;
+  [[nodiscard]] QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& cell,
+                                                                     const QEvent* event) const override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
   void mouseMoveEvent(QMouseEvent* event) override;
@@ -89,14 +101,19 @@ class ListView final : public QTableView {
   [[nodiscard]] int NominalX(int x) const;
   [[nodiscard]] bool KeyOnCell(const QKeyEvent& event);
   [[nodiscard]] bool MovementKey(const QKeyEvent& event);
+  [[nodiscard]] bool SelectionKey(const QKeyEvent& event);
+  [[nodiscard]] bool Selected(int row) const;
+  void MoveTo(int row, int column, HeldKeys held);
 
   const ListWindow& window_;
+  ListGestures* gestures_; ///< null where at most one row can be selected
   ListModel& model_;
   ColumnWidths widths_;
   ListImages* images_;
   ListPainter painter_;
   ListListener* listener_ = nullptr;
   bool muteSelection_ = false;
+  bool clipped_ = false; ///< the table knows the selected rows in sight alone
   bool pressed_ = false;
   bool blocked_ = false;
 };

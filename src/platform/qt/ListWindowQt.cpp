@@ -73,19 +73,40 @@ void ListWindowQt::Follow(const ListState& state) {
   }
 }
 
-void ListWindowQt::MousePressed(int row, int x, int y) {
+void ListWindowQt::MousePressed(int row, int x, int y, HeldKeys held) {
   pressedBelowRows_ = row < 0;
-  Gesture([this, row, x, y] {
-    if (row >= 0) {
+  dragged_ = false;
+  press_ = RowPress::Plain;
+  Gesture([this, row, x, y, held] {
+    ListGestures* const gestures = list_.Gestures();
+    if (row >= 0 && gestures != nullptr) {
+      press_ = gestures->Premi(static_cast<std::size_t>(row), x, held);
+    }
+    if (row >= 0 && press_ == RowPress::Plain) {
       list_.Seleziona(row);
     }
     list_.LVScadenze_MouseDown(x, y);
   });
 }
 
+void ListWindowQt::MouseDragged(int row) {
+  if (pressedBelowRows_ || press_ == RowPress::Done) {
+    return;
+  }
+  dragged_ = true;
+  Gesture([this, row] { list_.Gestures()->Trascina(static_cast<std::size_t>(row)); });
+}
+
 void ListWindowQt::MouseReleased() {
   if (pressedBelowRows_) {
     Gesture([this] { list_.Form_Click(); });
+    return;
+  }
+  if (press_ == RowPress::Done) {
+    return;
+  }
+  if (std::exchange(dragged_, false)) {
+    Gesture([this] { list_.Gestures()->Rilascia(); });
     return;
   }
   Gesture([this] {

@@ -26,7 +26,8 @@ class ListWindowQt final : public ModalWindowQt {
  private:
   [[nodiscard]] QString RowCountText(int rows) const override;
   void Follow(const ListState& state) override;
-  void MousePressed(int row, int x, int y) override;
+  void MousePressed(int row, int x, int y, HeldKeys held) override;
+  void MouseDragged(int row) override;
   void MouseReleased() override;
   void CellActivated(const QModelIndex& cell) override;
   void DigitTyped(const QModelIndex& cell, const QString& digit) override;
@@ -41,6 +42,8 @@ class ListWindowQt final : public ModalWindowQt {
 
   bool pressedOutside_ = false;
   bool pressedBelowRows_ = false;
+  bool dragged_ = false;
+  RowPress press_ = RowPress::Plain; ///< what the screen made of the last press
 };
 
 } // namespace lumoscad::qt

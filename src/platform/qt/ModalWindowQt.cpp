@@ -99,6 +99,18 @@ void ModalWindowQt::RowSelected(int row) {
   Gesture([this, row] { list_.Seleziona(row); });
 }
 
+void ModalWindowQt::RowMoved(int row, HeldKeys held) {
+  Gesture([this, row, held] { list_.Gestures()->Vai(static_cast<std::size_t>(row), held); });
+}
+
+void ModalWindowQt::TickedUpTo(const QModelIndex& cell) {
+  Gesture([&] { list_.Gestures()->SpuntaFinoA(static_cast<std::size_t>(cell.row()), cell.column()); });
+}
+
+void ModalWindowQt::AllSelected() {
+  Gesture([this] { list_.Gestures()->ScegliVisibili(); });
+}
+
 void ModalWindowQt::LaidOut() {
   parts_.headings->LayOut();
   PlaceEditor();
@@ -125,7 +137,9 @@ void ModalWindowQt::ConnectConfirm(const std::function<void()>& gesture) {
 
 void ModalWindowQt::Abandon() {
   Gesture([&] {
-    if (parts_.PictureAnnulla->hasFocus() || !model_.ContainsChanges()) {
+    const ListGestures* const gestures = list_.Gestures();
+    const bool hidden = gestures != nullptr && gestures->VariateNonInVista() > 0;
+    if (parts_.PictureAnnulla->hasFocus() || (!hidden && !model_.ContainsChanges())) {
       list_.PictureAnnulla_Click();
     } else {
       parts_.PictureAnnulla->setFocus();
@@ -176,6 +190,9 @@ void ModalWindowQt::SynchroniseRows(const ListState& state) {
   }
   if (table.currentIndex().row() != state.selected) {
     table.ShowSelected(static_cast<int>(state.selected));
+  }
+  if (std::exchange(selection_, state.selection) != state.selection || reordered) {
+    table.ShowSelection();
   }
   if (reordered) {
     // What is being typed stays in sight, wherever the selection went.

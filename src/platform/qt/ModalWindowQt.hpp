@@ -60,6 +60,9 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   [[nodiscard]] static bool LeftTheField(const QFocusEvent& event);
 
   void RowSelected(int row) override;
+  void RowMoved(int row, HeldKeys held) override;
+  void TickedUpTo(const QModelIndex& cell) override;
+  void AllSelected() override;
   void LaidOut() override;
   void TakeLook() override;
   bool event(QEvent* event) override;
@@ -89,6 +92,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
 
   std::uint64_t order_;
   std::uint64_t content_;
+  std::uint64_t selection_ = 0;
   bool inGesture_ = false;
   bool synchronising_ = false;
   bool closed_ = false;

@@ -155,7 +155,7 @@ void SingleItemWindowQt::KeepOnTop(bool above) {
   }
 }
 
-void SingleItemWindowQt::MousePressed(int row, int x, int /*y*/) {
+void SingleItemWindowQt::MousePressed(int row, int x, int /*y*/, HeldKeys /*held*/) {
   pressedRow_ = row;
   pressedTick_ = x < list_.Description().columns.front().width;
   if (row >= 0) {

@@ -21,7 +21,8 @@ class SingleItemWindowQt final : public ModalWindowQt {
  private:
   [[nodiscard]] QString RowCountText(int rows) const override;
   void Follow(const ListState& state) override;
-  void MousePressed(int row, int x, int y) override;
+  void MousePressed(int row, int x, int y, HeldKeys held) override;
+  void MouseDragged(int /*row*/) override {} // one row at a time
   void MouseReleased() override;
   void CellActivated(const QModelIndex& cell) override;
   void DigitTyped(const QModelIndex& cell, const QString& digit) override;

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "screens/InsiemeRighe.hpp"
+#include "screens/RigheGriglia.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace lumoscad {
+
+/// Which rows of a grid are in sight, in the order in which they show: all of them, or those that were chosen. A place
+/// counts the rows in sight.
+class VistaGriglia {
+ public:
+  explicit VistaGriglia(const RigheGriglia& righe) : righe_(righe) {}
+
+  /// True where not all rows are in sight.
+  [[nodiscard]] bool Ristretta() const noexcept { return ristretta_; }
+  [[nodiscard]] std::size_t Quante() const { return ristretta_ ? inOrdine_.size() : righe_.Quante(); }
+  [[nodiscard]] std::size_t Riga(std::size_t posto) const {
+    return ristretta_ ? inOrdine_[posto] : righe_.RigaAlPosto(posto);
+  }
+  [[nodiscard]] bool Contiene(std::size_t riga) const { return !ristretta_ || insieme_.Contiene(riga); }
+  /// The place of a row; nothing for one that is not in sight.
+  [[nodiscard]] std::optional<std::size_t> Posto(std::size_t riga) const;
+
+  void MostraTutte();
+  /// Shows the rows of `insieme` alone.
+  void Mostra(InsiemeRighe insieme);
+  /// The order of the rows changed.
+  void Riordina();
+
+ private:
+  const RigheGriglia& righe_;
+  InsiemeRighe insieme_;
+  std::vector<std::uint32_t> inOrdine_; ///< the rows in sight, by their places
+  bool ristretta_ = false;
+};
+
+} // namespace lumoscad

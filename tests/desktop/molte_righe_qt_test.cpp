@@ -1,0 +1,255 @@
+// Many rows at once in the real windows, with real keys and clicks.
+
+#include "FinestraFinta.hpp"
+#include "platform/qt/QtDesktop.hpp"
+#include "screens/frmLumoScadenzeBanche.hpp"
+#include "support/TestBench.hpp"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+namespace lumoscad::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The credits' screen in its real window, with thirty rows of five customers; its message boxes are answered.
+class ManyRows : public testing::Test {
+ protected:
+  using Schermata = frmLumoScadenzeBanche;
+
+  ManyRows() : desktop(qt::CreateDesktop()) {
+    ActiveServices().desktop = [this]() -> Desktop& { return *desktop; };
+    griglia.cmbBanche = griglia.cmbBanche2 = {{" ", "BANCA ALFA", "BANCA BETA"}, {"B01", "B02"}};
+    for (int i = 0; i < 30; ++i) {
+      const std::string conto = "CLIENTE " + std::to_string(10 + i / 6);
+      const std::string partita = "2006 " + std::to_string(100 + i);
+      griglia.righe.Aggiungi(
+          {conto, partita, "31/03/2006", "31/03/2006", "", "100,00", "", "31/03/2006", "1", "", "", "2006/03/31"});
+    }
+    griglia.Resize();
+    risponditore_.setInterval(5);
+    QObject::connect(&risponditore_, &QTimer::timeout, &risponditore_, [this] {
+      auto* aperta = QApplication::activeModalWidget();
+      if (aperta != nullptr && aperta->objectName() == "MostraMessaggio") {
+        box.push_back(Trova<QLabel>(*aperta, "lblMessaggio").text().toStdString());
+        QTest::keyClick(aperta, Qt::Key_Return);
+      }
+    });
+  }
+
+  void Mostra(const std::function<void(QDialog&)>& copione) {
+    risponditore_.start();
+    Recita(copione);
+    griglia.Mostra();
+  }
+  static void Premi(QTableView& lista, int riga, int colonna, Qt::KeyboardModifiers con = {}) {
+    const QPoint centro = lista.visualRect(lista.model()->index(riga, colonna)).center();
+    QTest::mouseClick(lista.viewport(), Qt::LeftButton, con, centro);
+  }
+  static void Tasto(Qt::Key tasto, Qt::KeyboardModifiers con = {}) {
+    QTest::keyClick(QApplication::focusWidget(), tasto, con);
+  }
+  /// Each letter to whatever has the focus by then.
+  static void Scrivi(const char* testo) {
+    for (const QChar lettera : QString::fromUtf8(testo)) {
+      QTest::keyClicks(QApplication::focusWidget(), lettera);
+    }
+  }
+  /// The rows that the table shows as selected.
+  static std::vector<int> Scelte(const QTableView& lista) {
+    std::vector<int> righe;
+    for (const QModelIndex& indice : lista.selectionModel()->selectedRows()) {
+      righe.push_back(indice.row());
+    }
+    std::sort(righe.begin(), righe.end());
+    return righe;
+  }
+  [[nodiscard]] std::vector<std::size_t> Spuntate(int quale) const {
+    std::vector<std::size_t> righe;
+    for (std::size_t riga = 0; riga < griglia.righe.Quante(); ++riga) {
+      if (griglia.righe.Spuntata(riga, quale)) {
+        righe.push_back(riga);
+      }
+    }
+    return righe;
+  }
+  [[nodiscard]] std::vector<std::size_t> ConData(std::string_view data) const {
+    std::vector<std::size_t> righe;
+    for (std::size_t riga = 0; riga < griglia.righe.Quante(); ++riga) {
+      if (griglia.righe.Testo(riga, Schermata::NuovaScadenza) == data) {
+        righe.push_back(riga);
+      }
+    }
+    return righe;
+  }
+
+  TestBench banco;
+  std::unique_ptr<Desktop> desktop;
+  Schermata schermata;
+  Griglia& griglia = schermata.griglia();
+  std::vector<std::string> box;
+
+ private:
+  QTimer risponditore_;
+};
+
+TEST_F(ManyRows, AreSelectedByShiftAndCtrlWithTheMouse) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Premi(lista, 2, 0);
+    EXPECT_THAT(Scelte(lista), ElementsAre(2));
+    Premi(lista, 5, 0, Qt::ShiftModifier);
+    EXPECT_THAT(Scelte(lista), ElementsAre(2, 3, 4, 5));
+    Premi(lista, 3, 0, Qt::ControlModifier);
+    Premi(lista, 8, 0, Qt::ControlModifier);
+    EXPECT_THAT(Scelte(lista), ElementsAre(2, 4, 5, 8));
+    EXPECT_EQ(lista.currentIndex().row(), 8);
+    Premi(lista, 1, 0);
+    EXPECT_THAT(Scelte(lista), ElementsAre(1));
+  });
+}
+
+TEST_F(ManyRows, AreSelectedByShiftAndCtrlWithTheKeys) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Tasto(Qt::Key_Down);
+    Tasto(Qt::Key_Down, Qt::ShiftModifier);
+    Tasto(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 3));
+    Tasto(Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2));
+    Tasto(Qt::Key_Down, Qt::ControlModifier);
+    Tasto(Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2));
+    Tasto(Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 4));
+    Tasto(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(Scelte(lista).size(), 30U);
+    Tasto(Qt::Key_End, Qt::ShiftModifier);
+    EXPECT_EQ(Scelte(lista).size(), 26U) << "from the anchor to the end";
+    Tasto(Qt::Key_Up);
+    EXPECT_THAT(Scelte(lista), ElementsAre(28));
+  });
+}
+
+TEST_F(ManyRows, AreTickedTogetherByTheSpaceBar) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    auto& inAlto = Trova<QLineEdit>(finestra, "TextScadenza");
+    inAlto.setFocus();
+    Scrivi("200127");
+    lista.setFocus();
+    Premi(lista, 1, Schermata::Conto);
+    Premi(lista, 3, Schermata::Conto, Qt::ShiftModifier);
+    while (lista.currentIndex().column() != Schermata::Radio1) {
+      Tasto(Qt::Key_Right);
+    }
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 3)) << "moving within a row leaves the selection";
+    Tasto(Qt::Key_Space);
+    EXPECT_THAT(Spuntate(0), ElementsAre(1, 2, 3));
+    EXPECT_THAT(ConData("20/01/2027"), ElementsAre(1, 2, 3));
+    EXPECT_EQ(inAlto.text(), "20/01/2027");
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 3));
+    EXPECT_EQ(griglia.Stato().notice, "3 rate: spunta");
+    Tasto(Qt::Key_Space);
+    EXPECT_THAT(Spuntate(0), IsEmpty());
+    EXPECT_THAT(ConData("20/01/2027"), IsEmpty());
+  });
+}
+
+TEST_F(ManyRows, AreTickedByAClickOnTheTickOfOneOfThem) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Premi(lista, 1, Schermata::Conto);
+    Premi(lista, 3, Schermata::Conto, Qt::ShiftModifier);
+    Premi(lista, 2, Schermata::Radio2);
+    EXPECT_THAT(Spuntate(1), ElementsAre(1, 2, 3));
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 3));
+    Premi(lista, 9, Schermata::Radio2);
+    EXPECT_THAT(Spuntate(1), ElementsAre(1, 2, 3, 9)) << "a tick outside the selection is one row's";
+    EXPECT_THAT(Scelte(lista), ElementsAre(9));
+  });
+}
+
+TEST_F(ManyRows, TakeTheTickOfTheAnchorUpToAShiftClickBothWays) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Premi(lista, 4, Schermata::Radio2);
+    Premi(lista, 7, Schermata::Radio2, Qt::ShiftModifier);
+    EXPECT_THAT(Spuntate(1), ElementsAre(4, 5, 6, 7));
+    Premi(lista, 2, Schermata::Radio2, Qt::ShiftModifier);
+    EXPECT_THAT(Spuntate(1), ElementsAre(2, 3, 4, 5, 6, 7));
+    Premi(lista, 6, Schermata::Radio2);
+    Premi(lista, 3, Schermata::Radio2, Qt::ShiftModifier);
+    EXPECT_THAT(Spuntate(1), ElementsAre(2, 7));
+  });
+}
+
+TEST_F(ManyRows, TakeTheTickOfTheAnchorUpToShiftSpace) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Premi(lista, 4, Schermata::Radio2);
+    Tasto(Qt::Key_Down, Qt::ControlModifier);
+    Tasto(Qt::Key_Down, Qt::ControlModifier);
+    Tasto(Qt::Key_Space, Qt::ShiftModifier);
+    EXPECT_THAT(Spuntate(1), ElementsAre(4, 5, 6));
+  });
+}
+
+TEST_F(ManyRows, AreTickedByDraggingOverTheirTicks) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    const auto centro = [&](int riga) {
+      return lista.visualRect(lista.model()->index(riga, Schermata::Radio2)).center();
+    };
+    QTest::mousePress(lista.viewport(), Qt::LeftButton, {}, centro(3));
+    QTest::mouseMove(lista.viewport(), centro(4));
+    QTest::mouseMove(lista.viewport(), centro(6));
+    QTest::mouseMove(lista.viewport(), centro(5));
+    QTest::mouseRelease(lista.viewport(), Qt::LeftButton, {}, centro(5));
+    EXPECT_THAT(Spuntate(1), ElementsAre(3, 4, 5));
+    EXPECT_THAT(Scelte(lista), ElementsAre(3, 4, 5));
+  });
+}
+
+TEST_F(ManyRows, GetADateThatIsTypedOnOneOfThem) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Premi(lista, 1, Schermata::Conto);
+    Premi(lista, 3, Schermata::Conto, Qt::ShiftModifier);
+    while (lista.currentIndex().column() != Schermata::NuovaScadenza) {
+      Tasto(Qt::Key_Right);
+    }
+    Scrivi("200127");
+    EXPECT_EQ(griglia.Stato().notice, "Il valore vale per 3 rate");
+    Tasto(Qt::Key_Return);
+    EXPECT_THAT(ConData("20/01/2027"), ElementsAre(1, 2, 3));
+    EXPECT_EQ(griglia.Stato().notice, "3 rate: scadenza 20/01/2027");
+    EXPECT_THAT(box, IsEmpty());
+  });
+}
+
+TEST_F(ManyRows, StayAsTheyAreWhenTheDateIsRefusedWithOneBox) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Tasto(Qt::Key_A, Qt::ControlModifier);
+    while (lista.currentIndex().column() != Schermata::NuovaScadenza) {
+      Tasto(Qt::Key_Right);
+    }
+    Scrivi("310227");
+    Tasto(Qt::Key_Return);
+    EXPECT_EQ(box.size(), 1U);
+    EXPECT_EQ(ConData("31/03/2006").size(), 30U);
+  });
+}
+
+} // namespace
+} // namespace lumoscad::test
