@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FieldGestures.hpp"
 #include "platform/ListGestures.hpp"
 
 #include <cstddef>
@@ -128,6 +129,8 @@ class ListWindow {
   virtual void SetDropDown(DropDown dropDown) = 0;
   /// What can be done beside the gestures below; null where nothing can.
   [[nodiscard]] virtual ListGestures* Gestures() { return nullptr; }
+  /// What can be done in the date fields and bank boxes beside the gestures below; null where nothing can.
+  [[nodiscard]] virtual FieldGestures* Fields() { return nullptr; }
 
   virtual void Seleziona(std::ptrdiff_t place) = 0;            ///< the selection moved to this row
   virtual void LVScadenze_MouseDown(int x, int y) = 0;         ///< mouse-down over the list, twips

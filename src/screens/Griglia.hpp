@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "screens/CampiGriglia.hpp"
 #include "screens/DescrizioneGriglia.hpp"
 #include "screens/ElencoBanche.hpp"
 #include "screens/GestiGriglia.hpp"
@@ -109,6 +110,9 @@ class Griglia final : public ListWindow {
   /// The check box of a row takes the state `spuntata`.
   void SpuntaCasella(std::size_t riga, bool spuntata);
   void DeselezionaTutto(std::string_view chiave);
+  /// The field at the top was left: a short form of a date in it is written out. A list of check boxes does that with
+  /// the date check (`TextScadenza_LostFocus`).
+  void EspandiTextScadenza();
   void NascondiBarrette();
   void RimettiBarrette();
   /// The first entry whose text equals `testo`, 0 when there is none.
@@ -121,6 +125,7 @@ class Griglia final : public ListWindow {
   [[nodiscard]] bool Ticked(std::size_t posto, int colonna) const override;
   void SetDropDown(DropDown dropDown) override;
   [[nodiscard]] ListGestures* Gestures() override { return &gesti_; }
+  [[nodiscard]] FieldGestures* Fields() override { return &campi_; }
 
   void Seleziona(std::ptrdiff_t posto) override;
   void LVScadenze_MouseDown(int x, int y) override;
@@ -144,6 +149,7 @@ class Griglia final : public ListWindow {
   void Form_QueryUnload() override;
 
  private:
+  friend class CampiGriglia;
   friend class GestiGriglia;
   friend class GestoGriglia;
 
@@ -191,6 +197,7 @@ class Griglia final : public ListWindow {
   std::vector<int> larghezze_; ///< of the columns, 0 for one that does not show
   std::vector<ListHeading> testate_;
   DropDown tendina_; ///< of the window that is showing
+  CampiGriglia campi_{*this};
   std::string motivoChiusura_;
   std::string chiaveInModifica_;
   std::size_t rigaInModifica_ = 0;

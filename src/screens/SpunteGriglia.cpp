@@ -101,6 +101,12 @@ void Griglia::TextScadenza_LostFocus() {
   }
 }
 
+void Griglia::EspandiTextScadenza() {
+  if (!descrizione_.caselle) {
+    stato_.dueDateText = DataEspansa(stato_.dueDateText);
+  }
+}
+
 void Griglia::cmbBanche_Click(int indice) {
   const bool spunte = !descrizione_.banca.modoSpunte.empty() && modo == descrizione_.banca.modoSpunte;
   const GestoGriglia gesto(*this, spunte ? "banca in alto" : "banca",

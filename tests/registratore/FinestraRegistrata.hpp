@@ -35,6 +35,7 @@ class FinestraRegistrata final : public ListWindow {
   [[nodiscard]] bool Ticked(std::size_t riga, int colonna) const override { return vera_.Ticked(riga, colonna); }
   void SetDropDown(DropDown dropDown) override { vera_.SetDropDown(std::move(dropDown)); }
   [[nodiscard]] ListGestures* Gestures() override { return vera_.Gestures(); }
+  [[nodiscard]] FieldGestures* Fields() override { return vera_.Fields(); }
 
   void Seleziona(std::ptrdiff_t riga) override;
   void LVScadenze_MouseDown(int x, int y) override;
