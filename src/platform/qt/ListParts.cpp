@@ -105,8 +105,8 @@ void SetFonts(QDialog& dialog, const QFont& listFont) {
   }
 }
 
-QComboBox* Elenco(const QString& name, const std::vector<std::string>& entries, QWidget* parent) {
-  auto* combo = new QComboBox(parent);
+BankBox* Elenco(const QString& name, const std::vector<std::string>& entries, QWidget* parent) {
+  auto* combo = new BankBox(parent);
   combo->setObjectName(name);
   // Sized by a fixed number of characters: measuring every entry would read them all.
   combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/qt/BankBox.hpp"
 #include "platform/qt/ListHeadings.hpp"
 #include "platform/qt/ListModel.hpp"
 #include "platform/qt/ListView.hpp"
 
 class QBoxLayout;
-class QComboBox;
 class QDialog;
 class QFrame;
 class QLabel;
@@ -21,7 +21,7 @@ struct ListParts {
   ListParts(QDialog& dialog, ListWindow& window, ListModel& model);
 
   QLineEdit* TextScadenza = nullptr;
-  QComboBox* cmbBanche = nullptr;
+  BankBox* cmbBanche = nullptr;
   QFrame* picScadenzeBanche = nullptr;
   ListHeadings* headings = nullptr;
   ListView* table = nullptr;
@@ -30,7 +30,7 @@ struct ListParts {
   QFrame* FrameScad = nullptr;
   QLineEdit* TextScad = nullptr;
   QFrame* FrameBanca = nullptr;
-  QComboBox* cmbBanche2 = nullptr;
+  BankBox* cmbBanche2 = nullptr;
   QLabel* lblRighe = nullptr;
   QPushButton* PictureOk = nullptr;
   QPushButton* PictureAnnulla = nullptr;

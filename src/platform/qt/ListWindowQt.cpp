@@ -40,6 +40,20 @@ void ListWindowQt::ConnectBanks() {
     connect(parts_.cmbBanche, &QComboBox::activated, this,
             [this](int index) { Gesture([this, index] { list_.cmbBanche_Click(index); }); });
   }
+  ConnectTyping(parts_.cmbBanche2, BankField::Cell);
+  ConnectTyping(parts_.cmbBanche, BankField::Top);
+}
+
+void ListWindowQt::ConnectTyping(BankBox* box, BankField field) {
+  FieldGestures* const fields = list_.Fields();
+  if (box == nullptr || fields == nullptr) {
+    return;
+  }
+  box->matches = [this, fields, field](const QString& typed) {
+    BankMatches found;
+    Gesture([&] { found = fields->BancheCon(field, Utf8(typed)); });
+    return found;
+  };
 }
 
 void ListWindowQt::ShowDropDown(std::string_view name, bool opened) {
@@ -182,7 +196,8 @@ void ListWindowQt::GoToNext(const QObject* field, int key) {
 
 bool ListWindowQt::eventFilter(QObject* object, QEvent* event) {
   const bool onBank = object == parts_.cmbBanche2;
-  const bool inEditor = object == parts_.TextScad || onBank;
+  // While its list is open, the keys of the bank editor belong to that.
+  const bool inEditor = object == parts_.TextScad || (onBank && !parts_.cmbBanche2->view()->isVisible());
   const auto type = event->type();
   if (inEditor && type == QEvent::KeyPress) {
     const auto& key = static_cast<const QKeyEvent&>(*event);
@@ -191,6 +206,10 @@ bool ListWindowQt::eventFilter(QObject* object, QEvent* event) {
   if (onBank && type == QEvent::FocusOut && !parts_.cmbBanche2->view()->isVisible() &&
       LeftTheField(static_cast<const QFocusEvent&>(*event))) {
     Gesture([this] { list_.cmbBanche2_LostFocus(); });
+  }
+  if (object == parts_.TextScadenza && type == QEvent::FocusOut && list_.Fields() != nullptr &&
+      LeftTheField(static_cast<const QFocusEvent&>(*event))) {
+    Gesture([this] { list_.Fields()->EspandiTextScadenza(); });
   }
   if (object == parts_.TextScadenza && type == QEvent::MouseButtonPress) {
     Gesture([this] { list_.TextScadenza_Click(); });

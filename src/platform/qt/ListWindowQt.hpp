@@ -34,6 +34,7 @@ class ListWindowQt final : public ModalWindowQt {
   void KeyRefused() override;
 
   void ConnectBanks();
+  void ConnectTyping(BankBox* box, BankField field);
   void ShowDropDown(std::string_view name, bool opened);
   void ConnectHeadings();
   bool KeyInEditor(QObject* field, int key);

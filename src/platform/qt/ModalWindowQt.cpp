@@ -119,10 +119,19 @@ void ModalWindowQt::LaidOut() {
 void ModalWindowQt::ConnectFields() {
   parts_.TextScad->installEventFilter(this);
   connect(parts_.TextScad, &QLineEdit::textEdited, this, [this](const QString& text) { WriteIntoEditor(Utf8(text)); });
+  ConnectDateKeys(*parts_.TextScad, DateField::Cell);
   if (parts_.TextScadenza != nullptr) {
     parts_.TextScadenza->installEventFilter(this);
+    ConnectDateKeys(*parts_.TextScadenza, DateField::Top);
     connect(parts_.TextScadenza, &QLineEdit::textEdited, this,
             [this](const QString& text) { Gesture([this, utf8 = Utf8(text)] { list_.TextScadenza_Change(utf8); }); });
+  }
+}
+
+void ModalWindowQt::ConnectDateKeys(QLineEdit& field, DateField which) {
+  if (FieldGestures* fields = list_.Fields()) {
+    dateKeys_.push_back(std::make_unique<DateKeys>(field, which, *fields,
+                                                   [this](const std::function<void()>& action) { Gesture(action); }));
   }
 }
 

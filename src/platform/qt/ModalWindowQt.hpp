@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/qt/DateKeys.hpp"
 #include "platform/qt/DialogQt.hpp"
 #include "platform/qt/ListModel.hpp"
 #include "platform/qt/ListParts.hpp"
@@ -9,7 +10,9 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace lumoscad::qt {
 
@@ -79,6 +82,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
  private:
   void ConnectList();
   void ConnectFields();
+  void ConnectDateKeys(QLineEdit& field, DateField which);
   void WriteIntoEditor(const std::string& text);
   void ShowRowCount();
   void Synchronise();
@@ -98,6 +102,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   bool closed_ = false;
   bool enteredByClick_ = false; ///< the click that gave the date field at the top the focus is still held
   std::exception_ptr error_;
+  std::vector<std::unique_ptr<DateKeys>> dateKeys_; ///< gone before the fields lose the focus for the last time
 };
 
 } // namespace lumoscad::qt
