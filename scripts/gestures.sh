@@ -33,3 +33,9 @@ photograph() {
   sleep 0.5
   import -frame -window "$1" -strip -define png:exclude-chunks=date,time "$2"
 }
+
+# Saves the only window of the display, with its frame and with what has dropped down over it, as $1.
+photograph_with_popups() {
+  sleep 0.5
+  import -window root -trim +repage -strip -define png:exclude-chunks=date,time "$1"
+}

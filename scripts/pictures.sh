@@ -86,6 +86,20 @@ deliveries() {
   finish "closed"
 }
 
+# What drops down: the calendar of a date cell, and the banks while somebody types for one.
+popups() {
+  start "-T BANCA /CREDITI"
+  wait_for_window "LumoScad - Scadenze e banche dei clienti" >/dev/null
+  sleep 1
+  keys Right F2 F4 Next
+  photograph_with_popups "$folder/calendario.png"
+  keys Escape Escape Right Right F2
+  type_text cred
+  photograph_with_popups "$folder/banca.png"
+  keys Escape Escape alt+a
+  finish "closed"
+}
+
 # A filter that selects no test is no failure of the program: the picture must be there.
 item_window() {
   rm -f "$folder/scadenzario.png"
@@ -97,5 +111,6 @@ item_window() {
 credits
 presumed
 deliveries
+popups
 item_window
 file "$folder"/*.png
