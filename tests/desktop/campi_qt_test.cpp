@@ -271,6 +271,18 @@ TEST_F(FieldsInTheWindow, TypingForABankNarrowsItsListAndChoosesNothing) {
   });
 }
 
+TEST_F(FieldsInTheWindow, TheNarrowedListIsAsWideAsItsNames) {
+  griglia.cmbBanche2.voci[3] = "Credito Tirreno e di tutta la costa fino alle isole, filiale di Rio";
+  Mostra([&](QDialog& finestra) {
+    Clicca(Lista(finestra), 1, Schermata::NuovaBanca);
+    Digita("tirr");
+    const QAbstractItemView& voci = *Trova<QComboBox>(finestra, "cmbBanche2").view();
+    ASSERT_TRUE(voci.isVisible());
+    EXPECT_GE(voci.viewport()->width(), voci.sizeHintForColumn(0));
+    Batti(Qt::Key_Escape);
+  });
+}
+
 TEST_F(FieldsInTheWindow, ABankIsFoundByItsCodeAndTakenByAClick) {
   Mostra([&](QDialog& finestra) {
     auto& combo = Trova<QComboBox>(finestra, "cmbBanche");

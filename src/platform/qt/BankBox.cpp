@@ -100,7 +100,8 @@ void BankBox::ShowAll() {
   update();
 }
 
-/// The list stands below the box, or above it where there is no room, as high as what is left in it.
+/// The list stands below the box, or above it where there is no room, as high as what is left in it and as wide as its
+/// names want.
 void BankBox::FitList(int entries) {
   QWidget& frame = *view()->window();
   const int row = std::max(1, view()->sizeHintForRow(0));
@@ -112,7 +113,14 @@ void BankBox::FitList(int entries) {
       display != nullptr && top + height > display->availableGeometry().bottom() + 1) {
     top = std::max(display->availableGeometry().top(), box.top() - height);
   }
-  frame.setGeometry(frame.x(), top, frame.width(), height);
+  int left = frame.x();
+  int width = std::max(frame.width(), view()->sizeHintForColumn(0) + frame.width() - view()->viewport()->width());
+  if (const QScreen* display = screen()) {
+    const QRect free = display->availableGeometry();
+    width = std::min(width, free.width());
+    left = std::max(free.left(), std::min(left, free.right() + 1 - width));
+  }
+  frame.setGeometry(left, top, width, height);
 }
 
 void BankBox::paintEvent(QPaintEvent* event) {
