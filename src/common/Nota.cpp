@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -23,6 +24,7 @@ constexpr std::string_view AltroInizio = "in-sospeso-";
 
 constexpr std::string_view DellaNota = ".nota";
 constexpr std::string_view DellaFase = ".fase";
+constexpr std::string_view DellaConferma = ".conferma";
 constexpr std::string_view DellArchivio = ".archivio";
 constexpr std::string_view DellaParte = ".parte";
 
@@ -46,15 +48,26 @@ bool NomeAmmesso(std::string_view nome) {
   throw RuntimeError(errors::FileNotFound, "Non c'è nessuna nota di nome «" + std::string(nome) + "».");
 }
 
-/// Reads one file of a note with `leggi`; one that is not there leaves the note as it is.
-template <typename Lettura> void LeggiFile(const std::string& percorso, Nota& nota, Lettura leggi) {
+/// Reads one file of a note with `leggi`; one that is not there leaves the note as it is, and is told as false.
+template <typename Lettura> bool LeggiFile(const std::string& percorso, Nota& nota, Lettura leggi) {
   try {
     leggi(ReadLocalFile(percorso, MassimoNota), nota);
   } catch (const RuntimeError& errore) {
-    if (errore.Number() != errors::FileNotFound) {
-      nota.errore = nota.errore.empty() ? errore.Text() : nota.errore;
+    if (errore.Number() == errors::FileNotFound) {
+      return false;
     }
+    nota.errore = nota.errore.empty() ? errore.Text() : nota.errore;
   }
+  return true;
+}
+
+/// A phase that was only marked. Whatever the one before it holds of a transaction is of another.
+void LeggiConferma(std::string_view testo, Nota& nota) {
+  if (!testo.empty()) {
+    testoNota::LeggiFase(testo, nota);
+  }
+  nota.fase = FaseNota::ConfermaInviata;
+  nota.transazione.clear();
 }
 
 /// The note of these files; nothing where it is gone.
@@ -70,7 +83,9 @@ std::optional<Nota> Letta(const PercorsiNota& percorsi, std::string_view nome) {
     }
     nota.errore = errore.Text();
   }
-  LeggiFile(percorsi.fase, nota, testoNota::LeggiFase);
+  if (!LeggiFile(percorsi.fase, nota, testoNota::LeggiFase)) {
+    LeggiFile(percorsi.conferma, nota, LeggiConferma);
+  }
   LeggiFile(percorsi.archivio, nota, testoNota::LeggiArchivio);
   return nota;
 }
@@ -80,11 +95,13 @@ std::optional<std::string> Senza(std::string_view nome, std::string_view fine) {
   return nome.ends_with(fine) ? std::optional<std::string>(nome.substr(0, nome.size() - fine.size())) : std::nullopt;
 }
 
-std::vector<std::string> NomiFile(const std::string& cartella) {
+/// The names of the notes' files among the first `quanti` of a directory.
+std::vector<std::string> NomiFile(const std::string& cartella,
+                                  std::size_t quanti = std::numeric_limits<std::size_t>::max()) {
   std::vector<std::string> nomi;
   std::error_code errore;
-  for (std::filesystem::directory_iterator voce(cartella, errore), fine; !errore && voce != fine;
-       voce.increment(errore)) {
+  for (std::filesystem::directory_iterator voce(cartella, errore), fine; !errore && voce != fine && quanti > 0;
+       voce.increment(errore), --quanti) {
     std::string nome = voce->path().filename().string();
     if (ConInizio(nome)) {
       nomi.push_back(std::move(nome));
@@ -118,7 +135,7 @@ bool Resto(const std::string& cartella, const std::string& file) {
     const auto inizio = std::filesystem::last_write_time(cartella + "/" + file, errore);
     return !errore && NomeAmmesso(*nome) && ora - inizio > DurataParte;
   }
-  for (const auto fine : {DellaFase, DellArchivio}) {
+  for (const auto fine : {DellaFase, DellaConferma, DellArchivio}) {
     if (const auto nome = Senza(file, fine)) {
       const PercorsiNota percorsi(cartella, *nome);
       // Not to be told is not to be gone.
@@ -129,8 +146,8 @@ bool Resto(const std::string& cartella, const std::string& file) {
   return false;
 }
 
-void TogliScadute(const std::string& cartella) {
-  for (const std::string& file : NomiFile(cartella)) {
+void TogliScadute(const std::string& cartella, std::size_t quanti) {
+  for (const std::string& file : NomiFile(cartella, quanti)) {
     std::error_code errore;
     if (const auto nome = Senza(file, DellaNota)) {
       const PercorsiNota percorsi(cartella, *nome);
@@ -149,6 +166,7 @@ PercorsiNota::PercorsiNota(const std::string& cartella, std::string_view nome) {
   const std::string inizio = (cartella + "/").append(nome);
   nota = inizio + std::string(DellaNota);
   fase = inizio + std::string(DellaFase);
+  conferma = inizio + std::string(DellaConferma);
   archivio = inizio + std::string(DellArchivio);
   parte = inizio + std::string(DellaParte);
 }
@@ -223,7 +241,8 @@ void NotaPresa::SegnaFase(const Nota& nota) const {
   const PercorsiNota percorsi(cartella_, nome_);
   std::string testo;
   testoNota::ComponiFase(testo, {nota.fase, nota.momentoFase, nota.rispostaHost, nota.transazione}, nota.righeRimaste);
-  ReplaceLocalFile(percorsi.fase, percorsi.parte, testo);
+  ReplaceLocalFile(percorsi.fase, percorsi.parte, testo,
+                   nota.fase == FaseNota::ConfermaInviata ? Durable::NameToo : Durable::Content);
 }
 
 void NotaPresa::Archivia(std::string_view motivo) const {
@@ -248,9 +267,9 @@ void ArchiviaNota(const std::string& cartella, std::string_view nome, std::strin
   NotaPresa(cartella, nome).Archivia(motivo);
 }
 
-void TogliNoteScadute(const std::string& cartella) noexcept {
+void TogliNoteScadute(const std::string& cartella, std::size_t quanti) noexcept {
   try {
-    TogliScadute(cartella);
+    TogliScadute(cartella, quanti);
   } catch (...) { // NOLINT(bugprone-empty-catch): what is left stays for the next one
   }
 }
@@ -260,7 +279,7 @@ bool TogliNota(const PercorsiNota& percorsi) noexcept {
   if (!RemoveLocalFile(percorsi.nota)) {
     return false;
   }
-  for (const std::string* resto : {&percorsi.fase, &percorsi.archivio, &percorsi.parte}) {
+  for (const std::string* resto : {&percorsi.fase, &percorsi.conferma, &percorsi.archivio, &percorsi.parte}) {
     RemoveLocalFile(*resto);
   }
   return true;

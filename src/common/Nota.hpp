@@ -5,6 +5,8 @@
 #include "platform/DurableFile.hpp"
 #include "platform/SystemClock.hpp"
 
+#include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -94,6 +96,8 @@ struct PercorsiNota {
   PercorsiNota(const std::string& cartella, std::string_view nome);
   std::string nota;     ///< what the command asks; written once
   std::string fase;     ///< how far it has come; replaced at each phase
+  std::string conferma; ///< that COMMIT was about to be sent, where there was no room to write that phase: what this
+                        ///< file holds, if anything, is the phase before
   std::string archivio; ///< that it was put aside
   std::string parte;    ///< what is being written of one of them
 };
@@ -102,8 +106,9 @@ struct PercorsiNota {
 [[nodiscard]] std::string_view InizioNome(std::string_view postazione);
 
 /// Removes notes archived longer than 90 days ago, and what is left of notes that are gone. What cannot be removed
-/// stays.
-void TogliNoteScadute(const std::string& cartella) noexcept;
+/// stays. No more than `quanti` files of the directory are looked at.
+void TogliNoteScadute(const std::string& cartella,
+                      std::size_t quanti = std::numeric_limits<std::size_t>::max()) noexcept;
 
 /// Removes the files of a note. False where the note itself stays.
 bool TogliNota(const PercorsiNota& percorsi) noexcept;

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t SpazioFase = 2048; // bytes, of each of its texts
 constexpr int Tentativi = 100;           // names tried
+/// In a directory of more files a command leaves the rest to whoever lists the notes: it would be held up by it.
+constexpr std::size_t FileGuardati = 1000;
 
 std::string NomeBase(const DateTime& ora, std::string_view postazione, long processo) {
   std::string nome(InizioNome(postazione));
@@ -26,7 +28,7 @@ std::string NomeBase(const DateTime& ora, std::string_view postazione, long proc
 void TogliScaduteUnaVolta(const std::string& cartella) {
   static bool fatto = false;
   if (!std::exchange(fatto, true)) {
-    TogliNoteScadute(cartella);
+    TogliNoteScadute(cartella, FileGuardati);
   }
 }
 
@@ -156,7 +158,9 @@ void NotaInCorso::Scrivi(FaseNota fase, std::string_view risposta, std::string_v
                          const std::vector<std::string>& righe) {
   testoFase_.clear();
   testoNota::ComponiFase(testoFase_, {fase, ActiveServices().localTime(), risposta, transazione}, righe);
-  ReplaceLocalFile(percorsi_->fase, percorsi_->parte, testoFase_);
+  // COMMIT must not be on its way before the note says so.
+  ReplaceLocalFile(percorsi_->fase, percorsi_->parte, testoFase_,
+                   fase == FaseNota::ConfermaInviata ? Durable::NameToo : Durable::Content);
 }
 
 void NotaInCorso::SegnaFase(FaseNota fase) noexcept {
@@ -166,8 +170,11 @@ void NotaInCorso::SegnaFase(FaseNota fase) noexcept {
   fase_ = fase;
   static const std::vector<std::string> Nessuna;
   // Memory that is too short for the texts may do for the phase.
-  if (!Prova([&] { Scrivi(fase, risposta_, transazione_, righeRimaste_); })) {
-    Prova([&] { Scrivi(fase, {}, transazione_, Nessuna); });
+  const bool scritta = Prova([&] { Scrivi(fase, risposta_, transazione_, righeRimaste_); }) ||
+                       Prova([&] { Scrivi(fase, {}, transazione_, Nessuna); });
+  // Of the other phases each is told safely by the one before it; this one would be told as a change never tried.
+  if (!scritta && fase == FaseNota::ConfermaInviata) {
+    MarkLocalFile(percorsi_->fase, percorsi_->conferma);
   }
 }
 

@@ -469,13 +469,19 @@ void LeggiFase(std::string_view testo, Nota& nota) {
 void LeggiArchivio(std::string_view testo, Nota& nota) {
   Nota letta;
   ArchivioNota archivio;
-  PerOgniRiga(testo, TestataArchivio, letta, [&archivio](std::string_view nome, std::string_view valore) {
+  bool conMomento = false;
+  PerOgniRiga(testo, TestataArchivio, letta, [&](std::string_view nome, std::string_view valore) {
     if (nome == "momento") {
       archivio.momento = MomentoDi(valore);
+      conMomento = true;
     } else if (nome == "motivo") {
       archivio.motivo = Valore(valore);
     }
   });
+  // It would have been put aside longer ago than any, and go at once.
+  if (!conMomento) {
+    NonLeggibile("non dice da quando è archiviata.");
+  }
   nota.archiviata = std::move(archivio);
 }
 

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
@@ -101,16 +102,7 @@ void Fill(const base::Descriptor& file, const std::string& path, std::string_vie
   if (::fchmod(file.Number(), S_IRUSR | S_IWUSR) != 0) {
     LocalFileFailed("scrivere", path, errno);
   }
-  while (!content.empty()) {
-    const auto written = ::write(file.Number(), content.data(), content.size());
-    if (written < 0 && errno == EINTR) {
-      continue;
-    }
-    if (written < 0) {
-      LocalFileFailed("scrivere", path, errno);
-    }
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
+  WriteWhole(file, path, content);
   if (::fdatasync(file.Number()) != 0) {
     LocalFileFailed("scrivere", path, errno);
   }
@@ -134,14 +126,17 @@ bool RenameToFree(const std::string& beside, const std::string& path) {
   return false;
 }
 
-std::string DirectoryOf(const std::string& path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
-}
-
-/// Brings a new name to the disk. What fails is no reason to do without the file, which is there.
-void FlushDirectory(const std::string& directory) noexcept {
-  const base::Descriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+/// Brings the name of a file to the disk. What fails is no reason to do without the file, which is there. Takes no
+/// memory.
+void FlushDirectoryOf(const std::string& path) noexcept {
+  std::array<char, PATH_MAX> directory{'.'};
+  if (const auto slash = path.rfind('/'); slash != std::string::npos) {
+    if (slash + 2 > directory.size()) {
+      return;
+    }
+    path.copy(directory.data(), slash + 1);
+  }
+  const base::Descriptor opened(::open(directory.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (opened.Opened()) {
     ::fsync(opened.Number());
   }
@@ -166,7 +161,7 @@ bool Lock(int number, int kind) noexcept {
 
 } // namespace
 
-void ReplaceLocalFile(const std::string& path, const std::string& beside, std::string_view content) {
+void ReplaceLocalFile(const std::string& path, const std::string& beside, std::string_view content, Durable durable) {
   RequirePath("creare", path);
   RequirePath("creare", beside);
   RemoveOrdinary(beside);
@@ -177,6 +172,19 @@ void ReplaceLocalFile(const std::string& path, const std::string& beside, std::s
     LocalFileFailed("creare", path, errno);
   }
   waiting.Renamed();
+  if (durable == Durable::NameToo) {
+    FlushDirectoryOf(path);
+  }
+}
+
+bool MarkLocalFile(const std::string& path, const std::string& mark) noexcept {
+  constexpr mode_t Private = S_IRUSR | S_IWUSR;
+  bool marked = ::rename(path.c_str(), mark.c_str()) == 0;
+  if (!marked) {
+    marked = base::Descriptor(::open(mark.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, Private)).Opened();
+  }
+  FlushDirectoryOf(mark);
+  return marked;
 }
 
 HeldFile::HeldFile(int number) : number_(number), process_(::getpid()) {}
@@ -221,13 +229,12 @@ std::optional<HeldFile> HeldFile::Publish(const std::string& path, const std::st
   }
   Fill(file, beside, content);
   // After the renaming nothing may fail any more: nobody would have the file that is there.
-  const std::string directory = DirectoryOf(path);
   HeldFile held = Hold(high.Release());
   if (!RenameToFree(beside, path)) {
     return std::nullopt;
   }
   waiting.Renamed();
-  FlushDirectory(directory);
+  FlushDirectoryOf(path);
   return held;
 }
 

@@ -7,11 +7,20 @@
 
 namespace lumoscad {
 
+/// Whether the name of a file, too, is on the disk when it was written: without that the file may be the old one again
+/// after the machine has failed.
+enum class Durable { Content, NameToo };
+
 /// Replaces the private local file `path` (mode 0600) in one step: whoever reads it finds the old content or the new
 /// one, whole, also after the machine has failed. `beside` is the name that the new one has until it is flushed, in the
 /// same directory; an ordinary file of that name is removed first. Takes no memory unless it fails. Raises error 75
 /// with an Italian text, 53 when the directory is not there.
-void ReplaceLocalFile(const std::string& path, const std::string& beside, std::string_view content);
+void ReplaceLocalFile(const std::string& path, const std::string& beside, std::string_view content,
+                      Durable durable = Durable::Content);
+
+/// Puts a file at `mark` without room for a content: `path` under this name, or where that cannot be, an empty one. For
+/// a disk that is full. Takes no memory. False where neither works.
+bool MarkLocalFile(const std::string& path, const std::string& mark) noexcept;
 
 /// A local file that this process holds by a lock (flock(2)), for as long as the object lives. The lock goes with the
 /// process, however that ends, and a child forked meanwhile does not have it. Where the system has no such locks, none

@@ -111,14 +111,7 @@ void RequirePath(std::string_view action, const std::string& path) {
   }
 }
 
-void WriteLocalFile(const std::string& path, std::string_view content) {
-  constexpr mode_t Private = S_IRUSR | S_IWUSR;
-  RequirePath("creare", path);
-  MakeRoom(path);
-  base::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, Private));
-  if (file.Number() < 0 || ::fchmod(file.Number(), Private) != 0) {
-    LocalFileFailed("creare", path, errno);
-  }
+void WriteWhole(const base::Descriptor& file, const std::string& path, std::string_view content) {
   while (!content.empty()) {
     const auto written = ::write(file.Number(), content.data(), content.size());
     if (written < 0 && errno == EINTR) {
@@ -129,6 +122,17 @@ void WriteLocalFile(const std::string& path, std::string_view content) {
     }
     content.remove_prefix(static_cast<std::size_t>(written));
   }
+}
+
+void WriteLocalFile(const std::string& path, std::string_view content) {
+  constexpr mode_t Private = S_IRUSR | S_IWUSR;
+  RequirePath("creare", path);
+  MakeRoom(path);
+  base::Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, Private));
+  if (file.Number() < 0 || ::fchmod(file.Number(), Private) != 0) {
+    LocalFileFailed("creare", path, errno);
+  }
+  WriteWhole(file, path, content);
   if (file.Close() != 0) {
     LocalFileFailed("scrivere", path, errno);
   }

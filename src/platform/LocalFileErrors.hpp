@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/base/Descriptor.hpp"
+
 #include <string>
 #include <string_view>
 
@@ -12,5 +14,8 @@ namespace lumoscad {
 /// A path of the system ends at its first zero byte: the rest would be dropped in silence. Raises error 75 for such a
 /// path.
 void RequirePath(std::string_view action, const std::string& path);
+
+/// Writes the whole content into the open local file `path`. Raises as above.
+void WriteWhole(const base::Descriptor& file, const std::string& path, std::string_view content);
 
 } // namespace lumoscad

@@ -1,6 +1,7 @@
 // What is kept of a command under way, and how it is read again.
 
 #include "common/Nota.hpp"
+#include "common/NotaInCorso.hpp"
 #include "common/ProvaNota.hpp"
 #include "common/TestoNota.hpp"
 #include "platform/LocalFile.hpp"
@@ -11,8 +12,10 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 namespace lumoscad {
@@ -362,9 +365,79 @@ TEST_F(Notes, PutAsideTellTheReasonAndGoAfterNinetyDays) {
   EXPECT_THAT(Nomi(), ElementsAre("sospeso-2")) << "one that nobody put aside stays";
 }
 
+TEST_F(Notes, PutAsideWithoutATimeStay) {
+  Scrivi("sospeso-1", FaseNota::Sconosciuta);
+  WriteLocalFile(PercorsiNota(cartella_, "sospeso-1").archivio, "lumoscad-archivio 1\nmotivo=vista\nfine\n");
+  EXPECT_THAT(Nomi(), ElementsAre("sospeso-1"));
+  const Nota nota = LeggiNota(cartella_, "sospeso-1");
+  EXPECT_FALSE(nota.archiviata);
+  EXPECT_THAT(nota.errore, HasSubstr("non dice da quando è archiviata"));
+}
+
+TEST_F(Notes, AreLookedForAmongAsManyFilesAsAllowed) {
+  for (int numero = 0; numero < 20; ++numero) {
+    WriteLocalFile(cartella_ + "/sospeso-" + std::to_string(numero) + ".fase", TestoFase(FaseNota::Applicata));
+  }
+  const auto rimasti = [this] {
+    return std::distance(std::filesystem::directory_iterator(cartella_), std::filesystem::directory_iterator());
+  };
+  TogliNoteScadute(cartella_, 5);
+  EXPECT_EQ(rimasti(), 15);
+  TogliNoteScadute(cartella_);
+  EXPECT_EQ(rimasti(), 0);
+}
+
+/// No file that is written holds more than a few bytes, for the life of the object.
+class FullDisk {
+ public:
+  FullDisk() {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit few{8, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &few);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(Notes, SayThatCommitWasSentWhereThereIsNoRoomToWriteIt) {
+  for (const bool conAccettata : {true, false}) {
+    NotaInCorso nota;
+    nota.Comincia("PROVA", "");
+    nota.Prepara({"01", "SOSPESOCREA", "C01", "1", ""});
+    nota.Avviata("10.0.0.1", "VB0001", {});
+    {
+      std::optional<FullDisk> piena;
+      if (!conAccettata) {
+        piena.emplace();
+      }
+      nota.Accettata("Sospesa");
+      if (conAccettata) {
+        piena.emplace();
+      }
+      nota.ConfermaInviata("sessione 12");
+      nota.Registrata(TransactionOutcome::Unknown);
+    }
+    ASSERT_EQ(Nomi().size(), 1U);
+    const std::string nome = Nomi().at(0);
+    EXPECT_EQ(LeggiNota(cartella_, nome).fase, FaseNota::ConfermaInviata) << conAccettata;
+    EXPECT_EQ(LeggiNota(cartella_, nome).errore, "");
+    EXPECT_EQ(LeggiNota(cartella_, nome).transazione, "");
+    EXPECT_EQ(LeggiNota(cartella_, nome).rispostaHost, conAccettata ? "Sospesa" : "");
+    nota.Registrata(TransactionOutcome::NotApplied); // there is room again
+    EXPECT_EQ(LeggiNota(cartella_, nome).fase, FaseNota::NonApplicata);
+    nota.Concludi(true);
+    EXPECT_TRUE(Vuota());
+  }
+}
+
 TEST_F(Notes, LeaveNoFilesOfOthersBehind) {
   WriteLocalFile(cartella_ + "/sospeso-1.fase", TestoFase(FaseNota::Applicata));
   WriteLocalFile(cartella_ + "/sospeso-2.archivio", "");
+  WriteLocalFile(cartella_ + "/sospeso-5.conferma", "");
   WriteLocalFile(cartella_ + "/sospeso-3.parte", "metà");
   WriteLocalFile(cartella_ + "/sospeso-4.parte", "metà");
   WriteLocalFile(cartella_ + "/sospeso-X.fase", "di altri");
@@ -372,6 +445,7 @@ TEST_F(Notes, LeaveNoFilesOfOthersBehind) {
   std::filesystem::last_write_time(cartella_ + "/sospeso-3.parte", prima);
   EXPECT_THAT(Nomi(), IsEmpty());
   EXPECT_FALSE(Esiste("sospeso-1.fase") || Esiste("sospeso-2.archivio") || Esiste("sospeso-3.parte"));
+  EXPECT_FALSE(Esiste("sospeso-5.conferma"));
   EXPECT_TRUE(Esiste("sospeso-4.parte")) << "somebody may be writing it";
   EXPECT_TRUE(Esiste("sospeso-X.fase"));
 }
