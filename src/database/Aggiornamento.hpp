@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -82,6 +83,11 @@ class Aggiornamento {
     if (lavoro_ != nullptr) {
       lavoro_->Annota(std::move(riscontro));
     }
+  }
+  /// Has two columns asked for right before COMMIT; what is returned then holds the answer, if there is one.
+  [[nodiscard]] std::shared_ptr<const std::vector<std::string>> ChiediAllaConferma(std::string domanda) {
+    return lavoro_ != nullptr ? lavoro_->ChiediAllaConferma(std::move(domanda))
+                              : std::make_shared<const std::vector<std::string>>();
   }
   /// Keeps a change of this confirmation that was done.
   void SegnaFatta(Modifica modifica) { fatte_.insert(std::move(modifica)); }

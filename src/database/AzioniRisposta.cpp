@@ -1,6 +1,7 @@
 #include "common/Messaggi.hpp"
 #include "common/Testo.hpp"
 #include "database/ProceduraDB2.hpp"
+#include "database/RicercaEsito.hpp"
 #include "database/db2Searches.hpp"
 #include "database/moduloDatabase.hpp"
 #include "database/procedureLumoDB2.hpp"
@@ -12,6 +13,25 @@ namespace {
 /// A list that is too short is for the procedure to find.
 std::string Parte(const std::vector<std::string>& parametri, std::size_t indice) {
   return indice < parametri.size() ? parametri[indice] : std::string();
+}
+
+constexpr std::string_view TestoDiProva = "FILEccccc";
+
+/// Whether the one row that the writing test changes holds its text, or the one that it held before. Not every database
+/// compares a text so long.
+std::optional<TransactionOutcome> RiscontroDiProva(ado::Connection& connection, const ado::Command& letta,
+                                                   const std::string& prima) {
+  if (prima == TestoDiProva) {
+    return std::nullopt;
+  }
+  ado::Command comando = moduloDatabase::CreaComando(connection, letta.CommandText);
+  comando.Parameters = letta.Parameters;
+  ado::Recordset righe = comando.Execute();
+  const std::string adesso(righe.RecordCount() == 1 ? righe.Fields("FILEXML").Value().value_or("") : "");
+  if (adesso == TestoDiProva) {
+    return TransactionOutcome::Applied;
+  }
+  return adesso == prima ? TransactionOutcome::NotApplied : TransactionOutcome::Unknown;
 }
 
 } // namespace
@@ -79,11 +99,15 @@ std::string TestDB2(std::string_view command) {
     moduloDatabase::Transazione transazione(*connection);
     ado::Recordset righe;
     righe.Open(comando, ado::CursorType::Dynamic, ado::LockType::Optimistic, {tabella, "ERROREKEY"});
+    std::vector<moduloDatabase::Riscontro> riscontri;
     if (righe.RecordCount() == 1) {
-      righe.Fields("FILEXML").SetValue("FILEccccc");
+      const std::string prima(righe.Fields("FILEXML").Value().value_or(""));
+      righe.Fields("FILEXML").SetValue(TestoDiProva);
       righe.Update();
+      riscontri.emplace_back([&](ado::Connection& nuova) { return RiscontroDiProva(nuova, comando, prima); });
     }
-    transazione.Conferma();
+    std::optional<TransactionOutcome> esito;
+    moduloDatabase::ConfermaOCerca(transazione, *connection, parametri, riscontri, esito);
     return "";
   } catch (...) {
     const RuntimeError errore = CurrentError();

@@ -87,13 +87,36 @@ TransactionOutcome CercaEsito(const ParametriConnessione& parametri, const ado::
         if (const auto esito = Chiedi(*connection, segno, riscontri, attesa.SessioneAttesa())) {
           return *esito;
         }
-      } catch (const RuntimeError&) {
+      } catch (const RuntimeError& errore) {
+        if (!connection && ado::RefusedForGood(errore)) {
+          break;
+        }
         connection.reset(); // a server that does not answer, or not yet, tells nothing
       }
     }
   } catch (...) { // NOLINT(bugprone-empty-catch): what cannot be found out stays unknown
   }
   return TransactionOutcome::Unknown;
+}
+
+void ConfermaOCerca(Transazione& transazione, ado::Connection& connection, const ParametriConnessione& parametri,
+                    const std::vector<Riscontro>& riscontri, std::optional<TransactionOutcome>& esito) {
+  try {
+    transazione.Conferma();
+  } catch (const RuntimeError& errore) {
+    const auto segno = connection.InDoubt();
+    if (!segno) {
+      throw;
+    }
+    ChiudiConnessione(&connection);
+    esito = CercaEsito(parametri, *segno, riscontri);
+    if (esito == TransactionOutcome::Unknown) {
+      throw;
+    }
+    if (esito == TransactionOutcome::NotApplied) {
+      throw ado::KnownNotApplied(errore);
+    }
+  }
 }
 
 DettoDalServer ChiediAlServer(ado::Connection& connection, const ado::TransactionMark& segno,

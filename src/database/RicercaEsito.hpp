@@ -18,6 +18,12 @@ namespace lumoscad::moduloDatabase {
 [[nodiscard]] TransactionOutcome CercaEsito(const ParametriConnessione& parametri, const ado::TransactionMark& segno,
                                             const std::vector<Riscontro>& riscontri) noexcept;
 
+/// Commits over `connection`. Where the answer is lost it closes that, finds out as above what became of the
+/// transaction, puts it into `esito`, and returns when the change is kept; raises the failure otherwise, which then
+/// says what is known.
+void ConfermaOCerca(Transazione& transazione, ado::Connection& connection, const ParametriConnessione& parametri,
+                    const std::vector<Riscontro>& riscontri, std::optional<TransactionOutcome>& esito);
+
 /// What the server says of a transaction that a note remembers.
 struct DettoDalServer {
   bool inCorso = false;   ///< it is certainly under way still

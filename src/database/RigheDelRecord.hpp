@@ -127,8 +127,10 @@ template <typename Righe> bool CambiaORimane(Aggiornamento& aggiornamento, Righe
   istruzione += righe.Dove();
   const bool cambiate = aggiornamento.Cambia(istruzione, righe.Valori());
   if (aggiornamento.Alterate() > 0) {
-    aggiornamento.Annota([quante = aggiornamento.Alterate(), righe = std::move(righe)](ado::Connection& connection) {
-      return RiscontroPerQuante(connection, {righe.Colpite(), righe.Scritte(), righe.Valori()}, quante);
+    const PrimaEDopo prima{righe.Colpite(), righe.Scritte(), righe.Valori()};
+    const auto scritte = aggiornamento.ChiediAllaConferma(DomandaDelleScritte(prima));
+    aggiornamento.Annota([prima, scritte, quante = aggiornamento.Alterate()](ado::Connection& connection) {
+      return RiscontroPerQuante(connection, prima, quante, *scritte);
     });
     return true;
   }

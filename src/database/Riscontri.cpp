@@ -2,6 +2,7 @@
 
 #include "common/Testo.hpp"
 #include "database/moduloDatabase.hpp"
+#include "platform/ado/Aftermath.hpp"
 
 #include <utility>
 
@@ -45,17 +46,40 @@ std::optional<TransactionOutcome> RiscontroDiEventi(ado::Connection& connection,
   return fatti ? TransactionOutcome::Applied : TransactionOutcome::NotApplied;
 }
 
+std::string DomandaDelleScritte(const PrimaEDopo& righe) {
+  if (righe.colpite == righe.scritte) {
+    return {};
+  }
+  std::string testo;
+  auto valore = righe.valori.begin();
+  for (const char lettera : righe.scritte) {
+    if (lettera != '?') {
+      testo += lettera;
+      continue;
+    }
+    if (valore == righe.valori.end() || valore->empty() ||
+        valore->find_first_not_of("0123456789") != std::string::npos) {
+      return {};
+    }
+    testo += *valore++;
+  }
+  return "(SELECT COUNT(*) FROM " + testo + "),(SELECT SUM(EVENTOCONTABILEKEY) FROM " + testo + ")";
+}
+
 std::optional<TransactionOutcome> RiscontroPerQuante(ado::Connection& connection, const PrimaEDopo& righe,
-                                                     std::int64_t quante) {
+                                                     std::int64_t quante, const std::vector<std::string>& scritte) {
   if (righe.colpite == righe.scritte) {
     return std::nullopt;
   }
   const auto colpite = Numeri(connection, "SELECT COUNT(*) FROM " + righe.colpite, righe.valori).at(0);
-  const auto scritte = Numeri(connection, "SELECT COUNT(*) FROM " + righe.scritte, righe.valori).at(0);
-  if (colpite == 0 && scritte >= quante) {
-    return TransactionOutcome::Applied;
+  const auto adesso = Numeri(connection, "SELECT COUNT(*) FROM " + righe.scritte, righe.valori).at(0);
+  const auto allora = scritte.empty() ? quante : Intero(scritte.front());
+  if (colpite == 0) {
+    const bool leStesse =
+        !scritte.empty() && ado::AskAboutOutcome(connection, "SELECT " + DomandaDelleScritte(righe)) == scritte;
+    return leStesse ? TransactionOutcome::Applied : TransactionOutcome::Unknown;
   }
-  return colpite >= quante && scritte < quante ? TransactionOutcome::NotApplied : TransactionOutcome::Unknown;
+  return colpite >= quante && adesso < allora ? TransactionOutcome::NotApplied : TransactionOutcome::Unknown;
 }
 
 std::string UgualeTesto(std::string_view colonna, std::optional<std::string_view> testo) {

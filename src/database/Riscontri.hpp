@@ -26,10 +26,16 @@ struct PrimaEDopo {
   std::vector<std::string> valori;
 };
 
-/// Of a change without keys, which altered `quante` rows, all that held the old value. Where others hold the new value
-/// besides, they may be as many, and nothing can be told of a change that was not made.
+/// The question which rows hold the new value: how many, and the sum of their keys. Empty where a value of `righe` is
+/// no number, and where both values are the same.
+[[nodiscard]] std::string DomandaDelleScritte(const PrimaEDopo& righe);
+
+/// Of a change without keys, which altered `quante` rows, all that held the old value. `scritte` is what
+/// `DomandaDelleScritte` was answered in the transaction, right before COMMIT: others may hold the new value besides,
+/// and as many. Without it nothing is called applied.
 [[nodiscard]] std::optional<TransactionOutcome> RiscontroPerQuante(ado::Connection& connection, const PrimaEDopo& righe,
-                                                                   std::int64_t quante);
+                                                                   std::int64_t quante,
+                                                                   const std::vector<std::string>& scritte);
 
 /// "colonna='testo' ", or "colonna IS NULL " for a missing one.
 [[nodiscard]] std::string UgualeTesto(std::string_view colonna, std::optional<std::string_view> testo);

@@ -4,8 +4,11 @@
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "database/RicercaEsito.hpp"
+#include "platform/ado/Aftermath.hpp"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <new>
 #include <utility>
 
@@ -162,23 +165,35 @@ Lavoro::Lavoro() {
   stato().notaInCorso.BaseDatiChiesta();
 }
 
-void Lavoro::Conferma(Transazione& transazione) {
-  try {
-    transazione.Conferma();
-  } catch (const RuntimeError& errore) {
-    const auto segno = connection_->InDoubt();
-    if (!segno) {
-      throw;
+std::shared_ptr<const std::vector<std::string>> Lavoro::ChiediAllaConferma(std::string domanda) {
+  auto risposta = std::make_shared<std::vector<std::string>>();
+  if (!domanda.empty()) {
+    domande_.push_back({std::move(domanda), risposta});
+  }
+  return risposta;
+}
+
+/// Asks what is to be known right before COMMIT, many questions at once.
+void Lavoro::ChiediOra() {
+  constexpr std::size_t Insieme = 50;
+  constexpr std::size_t Colonne = 2; // of a question
+  for (std::size_t inizio = 0; inizio < domande_.size(); inizio += Insieme) {
+    const std::size_t fine = std::min(domande_.size(), inizio + Insieme);
+    std::string testo;
+    for (std::size_t posto = inizio; posto < fine; ++posto) {
+      testo.append(testo.empty() ? "SELECT " : ",").append(domande_[posto].testo);
     }
-    ChiudiConnessione(connection_.get());
-    esito_ = CercaEsito(parametri_, *segno, riscontri_);
-    if (esito_ == TransactionOutcome::Unknown) {
-      throw;
-    }
-    if (esito_ == TransactionOutcome::NotApplied) {
-      throw ado::KnownNotApplied(errore);
+    const auto detto = ado::AskAboutOutcome(*connection_, testo);
+    for (std::size_t posto = inizio; posto < fine && detto.size() == (fine - inizio) * Colonne; ++posto) {
+      const auto prima = detto.begin() + static_cast<std::ptrdiff_t>((posto - inizio) * Colonne);
+      domande_[posto].risposta->assign(prima, prima + Colonne);
     }
   }
+}
+
+void Lavoro::Conferma(Transazione& transazione) {
+  ChiediOra();
+  ConfermaOCerca(transazione, *connection_, parametri_, riscontri_, esito_);
 }
 
 Lavoro::~Lavoro() {

@@ -85,6 +85,9 @@ class Lavoro {
   ado::Connection& Apri(const ParametriConnessione& parametri);
   /// Keeps a way to ask for a change of the transaction that is open: one for every change that altered rows.
   void Annota(Riscontro riscontro) { riscontri_.push_back(std::move(riscontro)); }
+  /// Has columns asked for right before COMMIT, `domanda` being a part of a SELECT that gives two; what is returned
+  /// then holds the answer. Nothing is asked for an empty one, nor where nobody would ask for an outcome.
+  [[nodiscard]] std::shared_ptr<const std::vector<std::string>> ChiediAllaConferma(std::string domanda);
   /// Commits. Where the answer is lost it finds out over a new connection what became of the transaction, and returns
   /// when that is kept; raises the failure otherwise, which then says what is known.
   void Conferma(Transazione& transazione);
@@ -93,6 +96,12 @@ class Lavoro {
   std::unique_ptr<ado::Connection> connection_;
   ParametriConnessione parametri_;
   std::vector<Riscontro> riscontri_;
+  struct DomandaAllaConferma {
+    std::string testo;
+    std::shared_ptr<std::vector<std::string>> risposta;
+  };
+  void ChiediOra();
+  std::vector<DomandaAllaConferma> domande_;
   std::optional<TransactionOutcome> esito_; ///< found out afterwards
 };
 

@@ -1,5 +1,6 @@
 #include "Esiti.hpp"
 #include "database/RicercaEsito.hpp"
+#include "database/procedureLumoDB2.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Aftermath.hpp"
 
@@ -97,6 +98,73 @@ TEST_P(LookUp, OfACommittedTransactionWhoseRowsWerePutBackIsNotCalledUndone) {
   EXPECT_EQ(risultato, "error");
   EXPECT_THAT(posto_.msg.Errore, HasSubstr(posto_.base.SuPostgres() ? Unknown : NotKept)) << "the rows are as before";
   EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(before_));
+}
+
+TEST_P(LookUp, IsDoneForTheWritingTestToo) {
+  const auto text = [this] { return posto_.base.Valore("SELECT FILEXML FROM ERRORE WHERE ERROREKEY=100"); };
+  const std::string options =
+      posto_.base.Opzioni() + " -DB2SCHEMA " +
+      posto_.base.Valore(posto_.base.SuPostgres() ? "SELECT current_schema()" : "SELECT DATABASE()");
+  LoseTheCommit();
+  EXPECT_EQ(procedureLumoDB2::TestDB2(options), "error");
+  ASSERT_EQ(posto_.banco.desktop.box.size(), 1U);
+  EXPECT_THAT(posto_.banco.desktop.box[0], HasSubstr("un nuovo collegamento mostra che non ne è registrata nessuna."));
+  EXPECT_EQ(text(), "");
+  posto_.base.Proxy().Restore();
+  LoseTheAnswer();
+  EXPECT_EQ(procedureLumoDB2::TestDB2(options), "");
+  EXPECT_EQ(posto_.banco.desktop.box.size(), 1U);
+  EXPECT_EQ(text(), "FILEccccc");
+}
+
+namespace {
+
+/// Presumed documents, whose rows are told by their number, where as many others hold the new value already.
+class LookUpOfPresumedDocuments : public LookUp {
+ protected:
+  LookUpOfPresumedDocuments() {
+    EXPECT_EQ(Change(), "");
+    posto_.base.Ripristina();
+    for (const char* each : {"901,1,1001", "902,1,1001", "903,1,1002", "904,1,1005"}) {
+      posto_.base.Esegui("INSERT INTO EVENTOCONTABILE (EVENTOCONTABILEKEY,AZIENDALINEAKEY,MOVIMENTOKEY,"
+                         "CONTOCONTABILE_KEY,TIPOEVENTO,SOSPESA,BANCAPRESENTAZIONE_KEY) VALUES (" +
+                         std::string(each) + ",10,'P','N',11)");
+    }
+  }
+  std::string Change() { return posto_.Esegui("AggiornaBancaPresunti"); }
+  [[nodiscard]] std::string Moved() const {
+    return posto_.base.Valore("SELECT COUNT(*) FROM EVENTOCONTABILE WHERE BANCAPRESENTAZIONE_KEY=11 AND "
+                              "EVENTOCONTABILEKEY IN (11,13,14,17)");
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Databases, LookUpOfPresumedDocuments, testing::Values("postgres", "mariadb"), Kind);
+
+} // namespace
+
+TEST_P(LookUpOfPresumedDocuments, FindsAChangeThatIsKept) {
+  LoseTheAnswer();
+  EXPECT_EQ(Change(), "") << posto_.msg.Errore;
+  EXPECT_TRUE(posto_.ricercato);
+  EXPECT_EQ(Moved(), "4");
+}
+
+TEST_P(LookUpOfPresumedDocuments, FindsThatNothingIsKept) {
+  LoseTheCommit();
+  EXPECT_EQ(Change(), "error");
+  EXPECT_THAT(posto_.msg.Errore, HasSubstr("la base dati non ne ha registrato nulla."));
+  EXPECT_EQ(Moved(), "0");
+}
+
+TEST_P(LookUpOfPresumedDocuments, DoesNotTakeOthersForThoseThatAnotherTerminalHasMovedOn) {
+  LoseTheCommit();
+  BeforeTheRowsAreRead([&] {
+    posto_.base.Esegui(
+        "UPDATE EVENTOCONTABILE SET BANCAPRESENTAZIONE_KEY=10 WHERE EVENTOCONTABILEKEY IN (11,13,14,17)");
+  });
+  EXPECT_EQ(Change(), "error");
+  EXPECT_THAT(posto_.msg.Errore, HasSubstr(Unknown));
+  EXPECT_EQ(Moved(), "0");
 }
 
 namespace {
@@ -333,6 +401,16 @@ TEST_P(LookBackAtPostgres, IsGivenUpWhereTheServerDoesNotSayWhichOneItIs) {
   base_.Esegui("GRANT EXECUTE ON FUNCTION pg_control_system() TO PUBLIC");
   base_.Esegui("DROP OWNED BY CHIUSO");
   base_.Esegui("DROP ROLE CHIUSO");
+}
+
+TEST_P(LookBack, IsGivenUpAtOnceWhereTheLoginIsRefused) {
+  Commit();
+  acting_->Close();
+  auto parameters = moduloDatabase::LeggiParametriDB2(base_.Opzioni());
+  parameters.Password = "altra";
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(moduloDatabase::CercaEsito(parameters, mark_, {}), TransactionOutcome::Unknown);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
 }
 
 TEST(LookUpOfNothing, TellsNothing) {

@@ -106,6 +106,17 @@ Aftermath LookBack(const Connection& connection, const TransactionMark& mark) {
   return OfPostgres(session) ? LookAtPostgres(session, mark) : LookAtMariaDb(session, mark);
 }
 
+bool RefusedForGood(const RuntimeError& error) {
+  const std::string& state = error.SqlState();
+  return error.NativeCode() == SharedSession || state.starts_with("28") || state == "IM002" || state == "IM003" ||
+         error.Description().find("password authentication failed") != std::string::npos;
+}
+
+std::vector<std::string> AskAboutOutcome(const Connection& connection, std::string_view question) {
+  const Session& session = *connection.impl().Require();
+  return session.dialect().TellsAfterwards() ? session.Ask(question) : std::vector<std::string>();
+}
+
 void AwaitReplicas(const Connection& connection) {
   AwaitOthers(*connection.impl().Require());
 }

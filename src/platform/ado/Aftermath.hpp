@@ -4,6 +4,9 @@
 
 #include <chrono>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace lumoscad::ado {
 
@@ -26,6 +29,17 @@ struct Aftermath {
   /// The transaction is certainly under way still: its outcome is not there to be told.
   bool pending = false;
 };
+
+/// The native code of the refusal of a pooler that changes the server's process.
+inline constexpr long SharedSession = -1;
+
+/// Whether the failure of an opening is an answer that stays as it is, however often it is asked for: a login that is
+/// refused, a source that is not there, a pooler.
+[[nodiscard]] bool RefusedForGood(const RuntimeError& error);
+
+/// Asks one question of one row, such as a procedure asks right before COMMIT so that its outcome can be told later.
+/// The services' listener is not told. Empty at a server that nobody asks for an outcome. Raises the driver's failure.
+[[nodiscard]] std::vector<std::string> AskAboutOutcome(const Connection& connection, std::string_view question);
 
 /// Looks over `connection`, which was opened after it. Raises the driver's failure, which tells nothing either.
 [[nodiscard]] Aftermath LookBack(const Connection& connection, const TransactionMark& mark);

@@ -1,3 +1,4 @@
+#include "platform/ado/Aftermath.hpp"
 #include "platform/ado/Diagnostics.hpp"
 #include "platform/ado/Session.hpp"
 
@@ -16,7 +17,8 @@ RuntimeError SharedServerSession() {
                       "La base dati non si usa attraverso un pooler che cambia il processo del server a ogni "
                       "transazione. Nel pooler occorre pool_mode=session, con server_reset_query=DISCARD ALL; oppure "
                       "l'origine dati deve portare diritto al server.",
-                      "ODBC");
+                      "ODBC")
+      .WithState("", SharedSession);
 }
 
 } // namespace
