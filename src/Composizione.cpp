@@ -190,7 +190,9 @@ NotaInSospeso LeggiNotaInSospeso(std::string_view nome, std::string_view comando
   }
   return nota;
 } catch (...) {
-  return {};
+  NotaInSospeso nota;
+  nota.errore = "Senza memoria"; // short enough to need none
+  return nota;
 }
 
 EsitoInSospeso RiallineaInSospeso(const NotaInSospeso& vista, std::string_view comando) noexcept try {

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
+#include <mutex>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -45,6 +48,38 @@ int Esito(bool riuscito) noexcept {
   return riuscito ? LUMOSCAD_RIUSCITO : LUMOSCAD_ERRORE;
 }
 
+/// What was last shown of each note in this process.
+class NoteMostrate {
+ public:
+  void Mostra(const lumoscad::NotaInSospeso& vista) noexcept try {
+    const std::scoped_lock turno(mutex_);
+    mostrate_.insert_or_assign(vista.nome, vista.domanda + vista.impronta);
+  } catch (...) { // NOLINT(bugprone-empty-catch): the answer then goes by what the note is at that moment
+  }
+  /// Whether the note is what was shown of it; also where nothing was shown. What was shown is answered then.
+  [[nodiscard]] bool Uguale(const lumoscad::NotaInSospeso& vista) noexcept try {
+    const std::scoped_lock turno(mutex_);
+    const auto mostrata = mostrate_.find(vista.nome);
+    if (mostrata == mostrate_.end()) {
+      return true;
+    }
+    const bool uguale = mostrata->second == vista.domanda + vista.impronta;
+    mostrate_.erase(mostrata);
+    return uguale;
+  } catch (...) {
+    return false;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::string, std::string> mostrate_;
+};
+
+NoteMostrate& Mostrate() {
+  static NoteMostrate uniche;
+  return uniche;
+}
+
 } // namespace
 
 extern "C" size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione) {
@@ -65,7 +100,8 @@ extern "C" size_t lumoscad_riallinea(const char* nota, const char* opzioni, int 
     Scrivi(stato, LUMOSCAD_ERRORE);
     return destinazione.Aggiungi(vista.testo);
   }
-  if (conferma == 0) {
+  if (conferma == 0 || !Mostrate().Uguale(vista)) {
+    Mostrate().Mostra(vista);
     Scrivi(stato, LUMOSCAD_DA_CHIEDERE);
     destinazione.Aggiungi(vista.testo);
     return destinazione.Aggiungi(vista.domanda);

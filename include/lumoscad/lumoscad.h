@@ -28,7 +28,8 @@ size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione);
 size_t lumoscad_in_sospeso(const char* opzioni, int* stato, char* testo, size_t dimensione);
 
 /* Finishes the change of the note `nota`. With `conferma` 0 it tells what it would do and changes nothing; otherwise
- * the person has answered yes. */
+ * the person has answered yes to what it told last: where that is no longer so nothing is changed, and it tells anew,
+ * with LUMOSCAD_DA_CHIEDERE. A note of which this process was told nothing is finished as it is found. */
 size_t lumoscad_riallinea(const char* nota, const char* opzioni, int conferma, int* stato, char* testo,
                           size_t dimensione);
 

@@ -169,6 +169,20 @@ TEST_F(CFace, TellsWhatARealignmentWouldDoBeforeItIsConfirmed) {
   EXPECT_EQ(stato, LUMOSCAD_ERRORE);
 }
 
+TEST_F(CFace, ActsOnAYesToWhatItToldAlone) {
+  Lascia("sospeso-1", "accettata");
+  lumoscad_riallinea("sospeso-1", nullptr, 0, &stato, letto.data(), letto.size());
+  EXPECT_EQ(stato, LUMOSCAD_DA_CHIEDERE);
+  Lascia("sospeso-1", "rifiutata");
+  lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, letto.data(), letto.size());
+  EXPECT_EQ(stato, LUMOSCAD_DA_CHIEDERE) << "it has changed since";
+  EXPECT_NE(std::string_view(letto.data()).find("ha rifiutato la richiesta"), std::string_view::npos);
+  EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
+  lumoscad_riallinea("sospeso-1", nullptr, 1, &stato, letto.data(), letto.size());
+  EXPECT_EQ(stato, LUMOSCAD_RIUSCITO);
+  EXPECT_TRUE(std::filesystem::is_empty(Locale().Path()));
+}
+
 TEST_F(CFace, KeepsTheNoteWhoseDatabaseCannotBeReached) {
   Lascia("sospeso-1", "accettata");
   for (const int conferma : {0, 1}) {
