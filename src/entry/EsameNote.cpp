@@ -41,6 +41,15 @@ template <typename Quali> void LasciaStare(RigheEsaminate& righe, Quali quali) {
   }
 }
 
+/// An action is looked at by its new values alone.
+std::string AvvisoDellAzione(const Nota& nota, const RigheEsaminate& righe) {
+  const bool azione = nota.modifica.genere == ModificaChiesta::Genere::Azione;
+  return azione && Quante(righe, StatoRiga::ComePrima) > 0
+             ? "Di un comando come questo non si conoscono i valori di prima: «come prima» sono anche le righe che "
+               "qualcuno ha riportato indietro da allora.\n"
+             : "";
+}
+
 /// What the two ways of asking say together. A row that is as before though the transaction was committed was put back
 /// by somebody; one that another record of the same change may have put there is left alone, unless nothing was.
 void Confronta(const Nota& nota, EsitoEsame& esame) {
@@ -124,6 +133,7 @@ EsitoEsame EsameNote::Guarda(const Nota& nota) {
   // Only now: while it was under way its rows told nothing.
   esame.righe = procedureLumoDB2::EsaminaRighe(connection, parametri_, nota.modifica);
   Confronta(nota, esame);
+  esame.avvisi += AvvisoDellAzione(nota, esame.righe);
   if (accesso_.ConfrontaUtente(nota.utente) == Confronto::NonSiSa ||
       accesso_.ConfrontaSchema(nota.schema) == Confronto::NonSiSa) {
     esame.avvisi += "La nota non dice con quale utente e quale schema della base dati lavorava il comando: accertarsi "

@@ -26,9 +26,9 @@ std::string_view Nome(StatoRiga stato) {
       ->second;
 }
 
-/// What others have written gives no orders to a terminal.
-std::string Mostrato(std::string_view testo) {
-  return WithoutControls(testo, "\n");
+/// What others have written gives no orders to a terminal, and a line end in it does not make it pass for ours.
+std::string SuUnaRiga(std::string_view testo) {
+  return WithoutControls(testo);
 }
 
 std::string Allineato(std::string_view testo, std::size_t larghezza) {
@@ -40,14 +40,14 @@ std::string Allineato(std::string_view testo, std::size_t larghezza) {
 void Aggiungi(std::string& testo, std::string_view nome, std::string_view valore) {
   constexpr std::size_t Larghezza = 11;
   if (!valore.empty()) {
-    testo.append("  ").append(Allineato(nome, Larghezza)).append(valore).append("\n");
+    testo.append("  ").append(Allineato(nome, Larghezza)).append(SuUnaRiga(valore)).append("\n");
   }
 }
 
 /// What the person reads of a note, line by line.
 std::string Testo(const NotaInSospeso& nota, const std::string& righe) {
   if (nota.archiviata) {
-    return Mostrato(nota.nome + "  " + nota.consiglio + "\n");
+    return SuUnaRiga(nota.nome + "  " + nota.consiglio) + "\n";
   }
   std::string testo = nota.nome + "\n";
   Aggiungi(testo, "comando", nota.chi);
@@ -57,7 +57,7 @@ std::string Testo(const NotaInSospeso& nota, const std::string& righe) {
   testo += righe;
   Aggiungi(testo, "NON letta", nota.errore);
   Aggiungi(testo, "da fare", nota.consiglio);
-  return Mostrato(testo);
+  return testo;
 }
 
 std::string Quando(const DateTime& t) {
@@ -191,9 +191,9 @@ std::string TestoRighe(const RigheEsaminate& righe) {
   constexpr std::size_t Larghezza = 19;
   std::string testo;
   for (const RigaEsaminata& riga : righe) {
-    testo += "    " + Allineato(Nome(riga.stato), Larghezza) + riga.riga + "\n";
+    testo += "    " + Allineato(Nome(riga.stato), Larghezza) + SuUnaRiga(riga.riga) + "\n";
   }
-  return Mostrato(testo);
+  return testo;
 }
 
 NotaInSospeso Racconta(const Nota& nota, const EsitoEsame* esame) {
@@ -219,7 +219,7 @@ NotaInSospeso Racconta(const Nota& nota, const EsitoEsame* esame) {
     vista.righe.push_back({riga.riga, std::string(Nome(riga.stato))});
   }
   if (esame != nullptr) {
-    vista.domanda = Mostrato(Domanda(nota, visto));
+    vista.domanda = Domanda(nota, visto);
   }
   vista.impronta = Impronta(nota, visto);
   vista.testo = Testo(vista, TestoRighe(visto.righe));

@@ -150,14 +150,36 @@ template <typename Azione> void SegnaEsito(Azione azione) noexcept {
   }
 }
 
-/// What the database holds of a note's rows after the writing, for the person; or that it cannot be told.
-std::string Rileggi(EsameNote& esame, const Nota& nota) {
+/// What the database holds of a note's rows after the writing.
+struct Riletta {
+  std::string testo;
+  bool comePrima = false; ///< rows are there that the change has not reached
+};
+
+Riletta Rileggi(EsameNote& esame, const Nota& nota) {
   try {
     esame.Chiudi();
-    return TestoRighe(esame.Esamina(nota).righe);
+    const RigheEsaminate righe = esame.Esamina(nota).righe;
+    return {TestoRighe(righe), Quante(righe, StatoRiga::ComePrima) > 0};
   } catch (...) {
-    return "La base dati non si lascia rileggere: " + CurrentError().Text() + "\n";
+    return {"La base dati non si lascia rileggere: " + CurrentError().Text() + "\n", false};
   }
+}
+
+/// Tells that the transaction is kept, and closes where the rows hold it.
+EsitoInSospeso Registrata(NotaPresa& presa, const Nota& nota, const RigheEsaminate& prima, const Scrittura& scrittura,
+                          EsameNote& esame) {
+  std::vector<std::string> rimaste = Cambiate(prima);
+  rimaste.insert(rimaste.end(), scrittura.rimaste.begin(), scrittura.rimaste.end());
+  SegnaEsito([&] { Segna(presa, nota, FaseNota::Applicata, rimaste); });
+  const Riletta ora = Rileggi(esame, InFase(nota, FaseNota::Applicata));
+  if (ora.comePrima) {
+    return NotaRimasta(ora.testo + "La base dati ha registrato le righe, ma ce ne sono ancora «come prima»: guardarle "
+                                   "ancora, con lumoscad --in-sospeso.");
+  }
+  EsitoInSospeso esito = Chiudi(presa, nota, rimaste);
+  esito.testo.insert(0, ora.testo);
+  return esito;
 }
 
 /// Writes, and closes on the word of the procedure that wrote.
@@ -167,21 +189,16 @@ EsitoInSospeso Scrivi(NotaPresa& presa, const Nota& nota, const RigheEsaminate& 
   presa.SegnaFase(InviataOra(nota));
   const Scrittura scrittura = Registra(presa, nota, prima, comando);
   if (scrittura.esito == TransactionOutcome::Unknown) {
-    return NotaRimasta(Rileggi(esame, nota) + scrittura.errore +
+    return NotaRimasta(Rileggi(esame, nota).testo + scrittura.errore +
                        "\nNon si sa se la base dati ha registrato le righe: guardarle ancora più tardi, con lumoscad "
                        "--in-sospeso.");
   }
-  if (!scrittura.errore.empty()) {
+  // What failed once the transaction was kept, for want of memory say, takes nothing of it back.
+  if (!scrittura.errore.empty() && scrittura.esito == TransactionOutcome::NotApplied) {
     SegnaEsito([&] { presa.SegnaFase(nota); });
-    return NotaRimasta(Rileggi(esame, nota) + scrittura.errore + "\nLa base dati non ha registrato nulla.");
+    return NotaRimasta(Rileggi(esame, nota).testo + scrittura.errore + "\nLa base dati non ha registrato nulla.");
   }
-  std::vector<std::string> rimaste = Cambiate(prima);
-  rimaste.insert(rimaste.end(), scrittura.rimaste.begin(), scrittura.rimaste.end());
-  SegnaEsito([&] { Segna(presa, nota, FaseNota::Applicata, rimaste); });
-  const std::string ora = Rileggi(esame, nota);
-  EsitoInSospeso esito = Chiudi(presa, nota, rimaste);
-  esito.testo.insert(0, ora);
-  return esito;
+  return Registrata(presa, nota, prima, scrittura, esame);
 }
 
 EsitoInSospeso Riallinea(const NotaInSospeso& vista, std::string_view comando) {

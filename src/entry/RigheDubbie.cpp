@@ -1,6 +1,7 @@
 #include "entry/RigheDubbie.hpp"
 
 #include "common/Testo.hpp"
+#include "common/Utilities.hpp"
 
 #include <initializer_list>
 #include <string>
@@ -16,10 +17,20 @@ struct Passaggio {
   std::string arrivo;
 };
 
+/// A text as the database compares it, or more broadly: two that it takes for one must not pass for two here.
+std::string Confrontabile(std::string_view testo) {
+  if (SenzaValore(testo)) {
+    return {};
+  }
+  std::string valore(SenzaSpaziAiLati(testo));
+  const std::string data = Utilities::DataIsoDaTesto(valore);
+  return data.empty() ? Maiuscolo(valore) : data;
+}
+
 std::string Unisci(std::initializer_list<std::string_view> testi) {
   std::string tutti;
   for (const std::string_view testo : testi) {
-    const std::string_view valore = SenzaValore(testo) ? std::string_view() : testo;
+    const std::string valore = Confrontabile(testo);
     tutti.append(std::to_string(valore.size())).append(1, ':').append(valore);
   }
   return tutti;

@@ -11,10 +11,13 @@ namespace {
 
 /// Where the link itself says that the program did nothing, the start that it had sent came to nothing. Another failure
 /// says nothing of the program, and may have no text.
-void AnnotaGuasto(bool avviato) {
-  const auto annota = [](bool chiesta, std::string_view motivo) {
+void AnnotaGuasto(const nexaro::XMLParser& risposta) {
+  const auto annota = [&risposta](bool chiesta, std::string_view motivo) {
     if (chiesta) {
       stato().andamento.Chiesta();
+    }
+    // What it says it did not find it may have found: who has answered was there.
+    if (chiesta || (risposta.started && risposta.answered)) {
       stato().notaInCorso.SenzaRisposta(motivo);
     } else {
       stato().notaInCorso.NonAvviata();
@@ -23,9 +26,9 @@ void AnnotaGuasto(bool avviato) {
   try {
     throw;
   } catch (const RuntimeError& errore) {
-    annota(avviato && errore.Outcome() != TransactionOutcome::NotApplied, errore.Text());
+    annota(risposta.started && errore.Outcome() != TransactionOutcome::NotApplied, errore.Text());
   } catch (...) {
-    annota(avviato, {});
+    annota(risposta.started, {});
   }
 }
 
@@ -34,11 +37,12 @@ void AnnotaGuasto(bool avviato) {
 void ChiediProgramma(std::string_view hostIP, std::string_view programma, const std::vector<std::string>& parametri,
                      nexaro::XMLParser& risposta, const MsgAnnulla& messaggio) {
   risposta.started = false;
+  risposta.answered = false;
   stato().notaInCorso.Avviata(hostIP, programma, parametri);
   try {
     ActiveServices().hostLink().EseguiProgramma(hostIP, programma, parametri, risposta);
   } catch (...) {
-    AnnotaGuasto(risposta.started);
+    AnnotaGuasto(risposta);
     throw;
   }
   if (!SenzaSpaziAiLati(messaggio.Errore).empty()) {

@@ -13,6 +13,9 @@ class XMLParser {
   /// Set by the link right before the start of the program is sent: what fails from then on leaves it open whether the
   /// program has done its work, unless the failure itself says more (`RuntimeError::Outcome`).
   bool started = false;
+  /// Set by the link where the program has written anything as its answer, whatever status it then ended with: a shell
+  /// that finds no program has the same ones.
+  bool answered = false;
 
   /// Raises `Parse` with `node`, when someone listens.
   void Consegna(const xml::Nodo& node) const {

@@ -14,6 +14,7 @@
 namespace lumoscad {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -55,6 +56,7 @@ class NoteOfACommand : public test::BaseDelleAzioni {
     void EseguiProgramma(std::string_view, std::string_view, const std::vector<std::string>&,
                          nexaro::XMLParser& risposta) override {
       risposta.started = true;
+      risposta.answered = haRisposto;
       throw RuntimeError(errors::Driver, "Il collegamento è caduto").WithOutcome(come);
     }
     void RiceviFile(std::string_view, std::string_view, std::string_view, std::string&) override {}
@@ -62,6 +64,7 @@ class NoteOfACommand : public test::BaseDelleAzioni {
     void RinominaFile(std::string_view, std::string_view, std::string_view, std::string&) override {}
     void CancellaFile(std::string_view, std::string_view) override {}
     const std::optional<TransactionOutcome>& come;
+    bool haRisposto = false;
   };
   std::optional<TransactionOutcome> caduto_;
   HostCheCade cade_{caduto_};
@@ -145,6 +148,16 @@ TEST_P(NoteOfACommand, StaysWhereTheHostsAnswerIsNotKnown) {
   EXPECT_EQ(nota.fase, FaseNota::Avviata);
   EXPECT_EQ(nota.rispostaHost, "Il collegamento è caduto");
   EXPECT_FALSE(nota.inCorso);
+  NienteCambiato();
+}
+
+TEST_P(NoteOfACommand, StaysWhereTheProgramHasAnsweredThoughItsStatusIsThatOfOneThatWasNotFound) {
+  cade_.haRisposto = true;
+  CadeIlCollegamento(TransactionOutcome::NotApplied);
+  EXPECT_EQ(Esegui(Sospendi), "error");
+  EXPECT_EQ(UnaNota().fase, FaseNota::Avviata);
+  EXPECT_EQ(UnaNota().rispostaHost, "Il collegamento è caduto");
+  EXPECT_THAT(banco_.desktop.box, Each(Not(HasSubstr("L'esito sull'host non è noto")))) << "as ever";
   NienteCambiato();
 }
 

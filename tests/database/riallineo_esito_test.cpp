@@ -1,5 +1,6 @@
 #include "NotaSuBase.hpp"
 #include "common/Testo.hpp"
+#include "entry/RigheDubbie.hpp"
 #include "platform/LocalFile.hpp"
 #include "support/OdbcConfiguration.hpp"
 
@@ -196,6 +197,29 @@ TEST_P(NoteOfAChain, IsWrittenWholeWhereThatWasTakenBack) {
   EXPECT_THAT(Stati(), Each("come prima"));
   EXPECT_TRUE(Riallinea().riuscito);
   EXPECT_THAT(test::Tutto(base), ElementsAreArray(dopo));
+}
+
+// The database takes the change and does not make it.
+TEST_P(NoteOfANumberedTransaction, StaysWhereRowsAreStillAsBeforeThoughTheRealignmentIsCommitted) {
+  base.Esegui("CREATE FUNCTION COME_ERA() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN NEW.DATASCADENZA := "
+              "OLD.DATASCADENZA; NEW.BANCAPRESENTAZIONE_KEY := OLD.BANCAPRESENTAZIONE_KEY; RETURN NEW; END $$");
+  base.Esegui("CREATE TRIGGER COME_ERA BEFORE UPDATE ON EVENTOCONTABILE FOR EACH ROW EXECUTE FUNCTION COME_ERA()");
+  Lascia(FaseNota::Accettata);
+  const EsitoInSospeso esito = Riallinea();
+  EXPECT_FALSE(esito.riuscito);
+  EXPECT_THAT(esito.testo,
+              EndsWith("La base dati ha registrato le righe, ma ce ne sono ancora «come prima»: guardarle ancora, con "
+                       "lumoscad --in-sospeso.\nLa nota resta.\n"));
+  EXPECT_TRUE(NotaRimasta());
+}
+
+TEST(DoubtfulRows, AreKnownHoweverTheirTextsAreWritten) {
+  ModificaChiesta modifica = UnaLista().modifica;
+  const auto rata = [](const char* scadenza, const char* nuova, const char* banca) {
+    return test::UnaRata("201", "1", "31/01/2006", scadenza, nuova, banca, "");
+  };
+  modifica.canalizzazioni = {rata("04/03/2006", "15/03/2006", "B06"), rata("01/02/2006", " 04/03/2006", "b06  ")};
+  EXPECT_EQ(RigheDubbie(modifica), (std::vector<bool>{true, false}));
 }
 
 TEST(TransactionMarkText, IsReadAsItWasWritten) {

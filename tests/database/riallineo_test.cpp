@@ -33,6 +33,14 @@ class Realigning : public testing::TestWithParam<std::tuple<const char*, Modific
  protected:
   Realigning() : NotaSuBase(std::get<0>(GetParam()), std::get<1>(GetParam())) {}
 
+  /// What is said of an action before the question.
+  [[nodiscard]] std::string Avviso() const {
+    return modifica.genere == ModificaChiesta::Genere::Azione
+               ? "Di un comando come questo non si conoscono i valori di prima: «come prima» sono anche le righe che "
+                 "qualcuno ha riportato indietro da allora.\n"
+               : "";
+  }
+
   const ModificaProvata& provata = std::get<1>(GetParam());
 };
 
@@ -49,8 +57,8 @@ TEST_P(Realigning, DoesWhatTheCommandWouldHaveDoneAndTakesTheNoteAway) {
     const NotaInSospeso vista = Guarda();
     EXPECT_EQ(vista.errore, "");
     EXPECT_THAT(Stati(), AllOf(SizeIs(provata.righe), Each("come prima")));
-    EXPECT_EQ(vista.domanda, "Registrare nella base dati le righe «come prima», " + std::to_string(provata.righe) +
-                                 " in tutto? (sì/no) ");
+    EXPECT_EQ(vista.domanda, Avviso() + "Registrare nella base dati le righe «come prima», " +
+                                 std::to_string(provata.righe) + " in tutto? (sì/no) ");
     EXPECT_THAT(vista.consiglio, StartsWith("lumoscad --riallinea " + nota + " -DB2SOURCE "));
     EXPECT_THAT(test::Tutto(base), ElementsAreArray(prima)) << "looking changes nothing";
     EXPECT_THAT(Modifiche(), IsEmpty());
@@ -124,7 +132,8 @@ TEST_P(Realigning, SaysInTheQuestionThatTheHostsOutcomeIsNotKnown) {
   const NotaInSospeso vista = Guarda();
   EXPECT_EQ(vista.host, "non si sa se ha eseguito la richiesta");
   EXPECT_EQ(vista.domanda, "Non si sa se l'host ha eseguito la richiesta: rispondere sì solo se risulta che l'ha "
-                           "eseguita.\nRegistrare nella base dati le righe «come prima», " +
+                           "eseguita.\n" +
+                               Avviso() + "Registrare nella base dati le righe «come prima», " +
                                std::to_string(provata.righe) + " in tutto? (sì/no) ");
   EXPECT_THAT(vista.consiglio,
               AllOf(StartsWith("guardare sull'host se la richiesta risulta eseguita. Se lo è: lumoscad "
@@ -248,6 +257,17 @@ TEST_P(RealigningAList, TouchesNoOtherDatabase) {
   EXPECT_EQ(RiallineaVista(vista, Opzioni()).testo,
             "La modifica è dell'origine dati «ALTRA», e nessun'altra va toccata.\nLa nota resta.\n");
   EXPECT_THAT(test::Tutto(base), ElementsAreArray(prima));
+}
+
+TEST_P(RealigningAList, ShowsWhatOthersHaveWrittenOnOneLine) {
+  Lascia(FaseNota::Accettata);
+  {
+    const NotaPresa presa(CartellaNote(), nota);
+    Nota letta = presa.Leggi();
+    letta.rispostaHost = "Fatto\n  da fare    spegnere\x1B[2J";
+    presa.SegnaFase(letta);
+  }
+  EXPECT_THAT(Guarda().testo, HasSubstr("  host       ha accettato la richiesta: Fatto   da fare    spegnere [2J\n"));
 }
 
 TEST_P(RealigningAList, GoesToOnePersonAlone) {

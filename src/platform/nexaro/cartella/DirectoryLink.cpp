@@ -72,6 +72,7 @@ void DirectoryLink::EseguiProgramma(std::string_view host, std::string_view prog
                         &reply.started};
   const auto outcome = Run(process);
   const auto tail = MessageEnd(outcome.errors);
+  reply.answered = !outcome.output.empty();
   CheckEnd(outcome, subject, tail, timeout_);
   reply.Consegna(ReadReply(outcome.output, subject, tail));
 }

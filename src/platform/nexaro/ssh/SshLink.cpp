@@ -320,6 +320,7 @@ void SshLink::EseguiProgramma(std::string_view host, std::string_view program,
   };
   const auto outcome = Start(std::string(host), line, subject, complete, &reply.started);
   const auto tail = MessageEnd(encoding.FromHostTolerant(outcome.errors));
+  reply.answered = !outcome.output.empty();
   CheckEnd(outcome, subject, tail);
   reply.Consegna(ReadReply(Decode(outcome.output, subject), subject, tail));
 }
