@@ -208,7 +208,7 @@ TEST_F(FullDisk, OfTheTerminalStopsAListBeforeTheHostIsAsked) {
   EXPECT_THAT(Contenuto(sistema.Tmp()), IsEmpty());
 }
 
-TEST_F(FullDisk, OfTheTerminalKeepsTheNotesFirstPhaseAndTheRowsTellTheRest) {
+TEST_F(FullDisk, OfTheTerminalLeavesRoomForTheNoteToSayThatCommitWasSent) {
   const std::string iniziali = "CREATE TABLE INIZIALI AS SELECT * FROM EVENTOCONTABILE;";
   Sistema sistema("sqlite", databaseContext("sqlite").Create(Script() + iniziali));
   fs::create_directories(sistema.Locale(T01));
@@ -233,7 +233,7 @@ TEST_F(FullDisk, OfTheTerminalKeepsTheNotesFirstPhaseAndTheRowsTellTheRest) {
     const auto note = Note(sistema);
     ASSERT_EQ(note.size(), 1U);
     EXPECT_EQ(note[0].errore, "");
-    EXPECT_EQ(note[0].fase, FaseNota::Avviata);
+    EXPECT_EQ(note[0].fase, FaseNota::ConfermaInviata);
     EXPECT_THAT(InSospeso(sistema), HasSubstr(passo == commit ? "\n    come prima " : "\n    fatta "));
     const Testi riallinea{"--riallinea", note[0].nome, "-", "--si"};
     if (passo == commit) {
