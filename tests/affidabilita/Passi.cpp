@@ -103,6 +103,14 @@ template <typename Chiamata> short Istruzione(const std::string& nome, Chiamata 
   return esito;
 }
 
+/// A text that is given to the driver with its length, or up to a zero.
+std::string_view Vista(const unsigned char* testo, int lunghezza) {
+  constexpr int FinoAlloZero = -3;
+  const auto* const caratteri = reinterpret_cast<const char*>(testo);
+  return lunghezza == FinoAlloZero ? std::string_view(caratteri)
+                                   : std::string_view(caratteri, static_cast<std::size_t>(lunghezza));
+}
+
 /// What a part of a note is called by its file; empty for another file. Both parts are written under one other name.
 std::string ParteDellaNota(std::string_view percorso) {
   const Contatore& il = Il();
@@ -163,6 +171,14 @@ namespace passi = lumoscad::test::passi;
 
 // The stand-ins. Each does what the library's own does, and nothing else while no step is counted.
 
+extern "C" short SQLPrepare(void* statement, unsigned char* testo, int lunghezza) {
+  static auto* const Originale = passi::Vera<short(void*, unsigned char*, int)>("SQLPrepare");
+  if (passi::Il().attivo) {
+    passi::Il().istruzione = passi::Nome(passi::Vista(testo, lunghezza));
+  }
+  return Originale(statement, testo, lunghezza);
+}
+
 extern "C" short SQLExecute(void* statement) {
   static auto* const Originale = passi::Vera<short(void*)>("SQLExecute");
   if (!passi::Il().attivo) {
@@ -176,12 +192,8 @@ extern "C" short SQLExecDirect(void* statement, unsigned char* testo, int lunghe
   if (!passi::Il().attivo) {
     return Originale(statement, testo, lunghezza);
   }
-  constexpr int FinoAlloZero = -3;
-  const auto* const caratteri = reinterpret_cast<const char*>(testo);
-  const std::string_view vista = lunghezza == FinoAlloZero
-                                     ? std::string_view(caratteri)
-                                     : std::string_view(caratteri, static_cast<std::size_t>(lunghezza));
-  return passi::Istruzione(passi::Nome(vista), [&] { return Originale(statement, testo, lunghezza); });
+  const std::string nome = passi::Nome(passi::Vista(testo, lunghezza));
+  return passi::Istruzione(nome, [&] { return Originale(statement, testo, lunghezza); });
 }
 
 extern "C" short SQLEndTran(short genere, void* connessione, short esito) {

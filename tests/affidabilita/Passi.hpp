@@ -7,8 +7,8 @@
 /// directory and in the database. A terminal can be made to die at any one of them.
 ///
 /// The steps below the interfaces of the component (a statement sent and not yet answered, a file copied and not yet in
-/// its place) are seen by standing in for a few functions of the libraries: SQLExecute, SQLExecDirect, SQLEndTran,
-/// send, fork, fsync, fdatasync, fchmod, rename, renameat2 and unlink.
+/// its place) are seen by standing in for a few functions of the libraries: SQLPrepare, SQLExecute, SQLExecDirect,
+/// SQLEndTran, send, fork, fsync, fdatasync, fchmod, rename, renameat2 and unlink.
 namespace lumoscad::test::passi {
 
 /// From now on every step is counted from 1; each one's name is appended to the file `elenco` (none: empty), and at

@@ -94,6 +94,9 @@ class DirectExecution : public Ado {
   /// Whether statements that are sent once are not prepared here: SQLite has no round trip to save.
   static bool Direct() { return std::string_view(GetParam()) != "sqlite"; }
 
+  /// Whether a query is prepared all the same: MariaDB's driver does not bear an answer that breaks off otherwise.
+  static bool PreparesQueries() { return std::string_view(GetParam()) == "mariadb"; }
+
   test::CountedStatements counted_;
 };
 
@@ -103,8 +106,8 @@ INSTANTIATE_TEST_SUITE_P(Databases, DirectExecution, testing::ValuesIn(test::Dat
 TEST_P(DirectExecution, OfATextThatIsSentOnceNeedsNoPreparation) {
   const std::string text = "SELECT CHIAVE FROM EVENTI WHERE GRUPPO=? AND CODICE<>'a?b'";
   EXPECT_EQ(Once(text, {"10"}).RecordCount(), 2U);
-  EXPECT_EQ(counted_.DirectExecutions(text), Direct() ? 1U : 0U);
-  EXPECT_EQ(counted_.Preparations(text), Direct() ? 0U : 1U);
+  EXPECT_EQ(counted_.DirectExecutions(text), Direct() && !PreparesQueries() ? 1U : 0U);
+  EXPECT_EQ(counted_.Preparations(text), Direct() && !PreparesQueries() ? 0U : 1U);
   EXPECT_EQ(counted_.Descriptions(), Direct() ? 0U : 1U);
 }
 

@@ -73,6 +73,11 @@ class UpdateCalls : public testing::TestWithParam<const char*> {
         .front();
   }
 
+  /// SQLite has no round trips to save.
+  static bool Saves() { return std::string_view(GetParam()) != "sqlite"; }
+  /// MariaDB's driver does not bear the answer of an unprepared query that breaks off.
+  static bool PreparesQueries() { return std::string_view(GetParam()) == "mariadb"; }
+
   test::BaseDati base{GetParam(), test::DatiPresunti() + Instalments()};
   test::TestBench bench;
   MsgAnnulla msg;
@@ -86,10 +91,12 @@ TEST_P(UpdateCalls, OfABankChangePrepareTheAccountsLookUpOnceAndNothingElse) {
   EXPECT_EQ(counted.Preparations(LookUp), 1U);
   EXPECT_EQ(counted.Executions(LookUp), 8U) << "an old bank and a new one for each record, the same ones or not";
   EXPECT_EQ(counted.DirectExecutions("UPDATE EVENTOCONTABILE"), 4U);
-  if (std::string_view(GetParam()) != "sqlite") { // which has no round trips to save
+  if (Saves()) {
+    EXPECT_EQ(counted.Descriptions(), 1U) << "the look-up's";
+  }
+  if (Saves() && !PreparesQueries()) {
     EXPECT_EQ(counted.Preparations(""), 1U);
     EXPECT_EQ(counted.DirectExecutions("SELECT * FROM MOVIMENTOCONTABILE"), 4U);
-    EXPECT_EQ(counted.Descriptions(), 1U) << "the look-up's";
   }
 }
 
@@ -103,9 +110,11 @@ TEST_P(UpdateCalls, OfPresumedDocumentsPrepareTheAccountsLookUpOnceAndNothingEls
   EXPECT_EQ(AggiornaBancaPresunti(NewBanksOfDocuments(), msg, "PRESUNTI"), "") << msg.Errore;
   EXPECT_EQ(counted.Preparations(LookUp), 1U);
   EXPECT_EQ(counted.Executions(LookUp), 6U) << "two banks and the account of each record";
-  if (std::string_view(GetParam()) != "sqlite") {
-    EXPECT_EQ(counted.Preparations(""), 1U);
+  if (Saves()) {
     EXPECT_EQ(counted.DirectExecutions("UPDATE EVENTOCONTABILE"), 2U);
+  }
+  if (Saves() && !PreparesQueries()) {
+    EXPECT_EQ(counted.Preparations(""), 1U);
   }
 }
 

@@ -61,7 +61,8 @@ constexpr std::string_view EndsOfMariaDb =
 // Sending unprepared saves round trips to a server. That it finds and writes the same in columns of every type was
 // tried with each driver that does so (ado_test); one that was never tried binds what it describes, as ODBC means it to
 // be. SQLite's makes no round trips, and tells what is wrong with a statement before it is sent. MariaDB's prepares on
-// the server what it executes directly, and closing the cursor of such a handle is a message more.
+// the server what it executes directly, and closing the cursor of such a handle is a message more; it does both in one
+// trip, and a query's answer that breaks off there leaves it without the columns that it then reads (3.1.15).
 constexpr std::array<Dialect, 5> Dialects{{
     {.name = "PostgreSQL",
      .serverSession = "SELECT pg_backend_pid()",
@@ -80,9 +81,14 @@ constexpr std::array<Dialect, 5> Dialects{{
      .opening = OpeningOfMariaDb,
      .openingLimit = LimitOfMariaDb,
      .sendsUnprepared = true,
+     .preparesQueries = true,
      .ends = EndsOfMariaDb,
      .replicated = ReplicatedMariaDb},
-    {.name = "MySQL", .serverSession = ConnectionId, .ends = EndsOfMariaDb, .replicated = ReplicatedMariaDb},
+    {.name = "MySQL",
+     .serverSession = ConnectionId,
+     .preparesQueries = true,
+     .ends = EndsOfMariaDb,
+     .replicated = ReplicatedMariaDb},
     // Busy, locked, full, constraint (https://www.sqlite.org/rescode.html).
     {.name = "SQLite", .typesHold = false, .refusals = {5, 6, 13, 19}},
     // The members of the family share no function that names the connection; that it answers is known all the same.

@@ -28,6 +28,9 @@ struct Dialect {
   /// A statement that is executed once may be sent without being prepared, its parameters bound as texts that nothing
   /// describes, whatever the type of the columns that they meet: the server finds the types by itself.
   bool sendsUnprepared = false;
+  /// A query is prepared before it is executed, always: the driver that is given both at once ends the process where
+  /// the connection breaks in the middle of the answer.
+  bool preparesQueries = false;
   /// A handle whose statement was not prepared is as good as new once its cursor is closed and its columns and
   /// parameters are let go of, and that says nothing to the server which the handle's release would not have said.
   bool passesHandlesOn = false;

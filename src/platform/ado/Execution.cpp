@@ -99,14 +99,21 @@ Outcome Execute(const Statement& statement, const std::string& text, const std::
 
 Outcome ExecuteOnce(const std::shared_ptr<Session>& session, const std::string& text,
                     const std::vector<std::string>& parameters, const std::vector<std::string>& wanted) {
-  if (!session->dialect().sendsUnprepared || Markers(text) != parameters.size()) {
+  const Dialect& dialect = session->dialect();
+  if (!dialect.sendsUnprepared || Markers(text) != parameters.size()) {
     return Prepared(session, text).Execute(parameters, wanted);
   }
   Statement statement(session, Handles::PassedOn);
+  const bool prepares = dialect.preparesQueries && Selects(text);
   Outcome outcome = Execute(statement, text, std::vector<ParameterType>(parameters.size()), parameters, wanted, [&] {
     // The interface takes a pointer to non-const, yet a text is only read.
-    return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.data())),
-                         static_cast<SQLINTEGER>(text.size()));
+    auto* const sent = reinterpret_cast<SQLCHAR*>(const_cast<char*>(text.data()));
+    const auto length = static_cast<SQLINTEGER>(text.size());
+    if (!prepares) {
+      return SQLExecDirect(statement.handle(), sent, length);
+    }
+    const SQLRETURN rc = SQLPrepare(statement.handle(), sent, length);
+    return SQL_SUCCEEDED(rc) ? SQLExecute(statement.handle()) : rc;
   });
   statement.PassOn();
   return outcome;

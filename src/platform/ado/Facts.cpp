@@ -94,10 +94,7 @@ std::vector<ColumnFacts> ColumnsOf(const Connection& connection, std::string_vie
   const Statement statement(connection.impl().Require());
   std::string text(query);
   detail::Announce(text);
-  statement.Require(statement.WaitFor([&] {
-    return SQLExecDirect(statement.handle(), reinterpret_cast<SQLCHAR*>(text.data()),
-                         static_cast<SQLINTEGER>(text.size()));
-  }),
+  statement.Require(statement.WaitFor([&] { return statement.session().SendQuery(statement.handle(), text); }),
                     "Istruzione SQL non riuscita.");
   SQLSMALLINT count = 0;
   statement.Require(SQLNumResultCols(statement.handle(), &count), DescribingFailed);

@@ -116,6 +116,15 @@ void Session::Watch(const Sockets& before) {
   RequireOwnServerSession(told);
 }
 
+SQLRETURN Session::SendQuery(SQLHANDLE statement, std::string& text) const noexcept {
+  auto* const sent = reinterpret_cast<SQLCHAR*>(text.data());
+  if (!dialect_->preparesQueries) {
+    return SQLExecDirect(statement, sent, SQL_NTS);
+  }
+  const SQLRETURN prepared = SQLPrepare(statement, sent, SQL_NTS);
+  return SQL_SUCCEEDED(prepared) ? SQLExecute(statement) : prepared;
+}
+
 /// What the server does not tell, or tells as no number, is left out: the session goes on, without a watchdog.
 ServerSide Session::AskServerSide() const {
   SQLHANDLE created = nullptr;
@@ -125,8 +134,7 @@ ServerSide Session::AskServerSide() const {
   const auto statement = Handle<SQL_HANDLE_STMT>::Adopt(created);
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(dialect_->ends);
-  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
-      !SQL_SUCCEEDED(SQLFetch(created))) {
+  if (!SQL_SUCCEEDED(SendQuery(created, query)) || !SQL_SUCCEEDED(SQLFetch(created))) {
     return {};
   }
   const auto text = [&](SQLUSMALLINT column) {

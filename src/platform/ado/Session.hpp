@@ -59,6 +59,8 @@ class Session {
 
   /// The columns of the first row that the server answers to `question`, empty for NULL. Raises when no answer comes.
   [[nodiscard]] std::vector<std::string> Ask(std::string_view question, Handle<SQL_HANDLE_STMT>* kept = nullptr) const;
+  /// Sends a query without parameters on a new handle, as the driver bears it.
+  SQLRETURN SendQuery(SQLHANDLE statement, std::string& text) const noexcept;
   /// Sends a statement of the layer's own that has no answer. Raises the driver's failure.
   void Tell(std::string_view text) const;
   /// Whether other servers have a say in a COMMIT. Asked after a failure alone; a server that does not answer may be

@@ -290,8 +290,8 @@ std::vector<std::string> Session::Ask(std::string_view question, Handle<SQL_HAND
   SQLSetStmtAttr(created, SQL_ATTR_QUERY_TIMEOUT, AsPointer(timeLimit_), SQL_IS_UINTEGER);
   std::string query(question);
   SQLSMALLINT columns = 0;
-  if (!SQL_SUCCEEDED(SQLExecDirect(created, reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) ||
-      !SQL_SUCCEEDED(SQLNumResultCols(created, &columns)) || !SQL_SUCCEEDED(SQLFetch(created))) {
+  if (!SQL_SUCCEEDED(SendQuery(created, query)) || !SQL_SUCCEEDED(SQLNumResultCols(created, &columns)) ||
+      !SQL_SUCCEEDED(SQLFetch(created))) {
     throw OdbcError(SQL_HANDLE_STMT, created, password_, NoAnswer);
   }
   std::vector<std::string> answers;
