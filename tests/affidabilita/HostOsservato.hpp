@@ -22,6 +22,9 @@ class HostOsservato final : public nexaro::HostLink {
   HostOsservato(std::unique_ptr<nexaro::HostLink> vero, Annota annota)
       : vero_(std::move(vero)), annota_(std::move(annota)) {}
 
+  /// A command begins: what an earlier one has sent and not asked for is none of it.
+  void Comincia() { contenuto_.clear(); }
+
   void EseguiProgramma(std::string_view host, std::string_view programma, const std::vector<std::string>& parametri,
                        nexaro::XMLParser& risposta) override;
   void RiceviFile(std::string_view host, std::string_view remoto, std::string_view locale, std::string& testo) override;

@@ -22,8 +22,11 @@ void Aggiungi(Eseguito& comando, const Testi& campi) {
     comando.risultato = campi.at(3);
     comando.box.assign(campi.begin() + 4, campi.end());
   } else if (genere == "MORTE") {
-    comando.morto = comando.fine == 0;
-    comando.fine = comando.morto ? std::stoll(campi.at(1)) : comando.fine;
+    // A second one is of a terminal that had not begun another command.
+    if (comando.fine == 0) {
+      comando.morto = true;
+      comando.fine = std::stoll(campi.at(1));
+    }
   } else {
     comando.operazioni.push_back(
         {genere, campi.at(1), std::stoll(campi.at(2)), std::stoll(campi.at(3)), campi.at(4) == "riuscito"});

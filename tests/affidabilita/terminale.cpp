@@ -83,6 +83,7 @@ class Terminale {
     desktop_.gesti = gesti;
     desktop_.box.clear();
     preso_.clear();
+    host_.Comincia();
     registro_.Scrivi({"INIZIO", nome, Ora(), comando, gesti});
     const std::string riga = comando + " " + opzioni;
     // Of several commands the first is the one in which something is made to fail.

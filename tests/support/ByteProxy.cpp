@@ -103,6 +103,7 @@ void ByteProxy::Restore() {
     refuseAfter_ = false;
     for (auto& relay : relays_) {
       relay.frozen = false;
+      relay.replyForbidden = false;
     }
   });
 }
