@@ -208,7 +208,7 @@ TEST(ListWindow, HeadingsStayOverTheirColumnsAfterScrollingAndStretching) {
       for (const ListHeading& testata : finta.description.headings) {
         auto& widget = Trova<QWidget>(finestra, ("TLwTestata_" + std::to_string(testata.index)).c_str());
         const QPoint sinistra = lista.viewport()->mapFromGlobal(widget.mapToGlobal(QPoint(0, 0)));
-        EXPECT_EQ(sinistra.x(), lista.columnViewportPosition(testata.first)) << testata.text;
+        EXPECT_EQ(sinistra.x(), lista.visualRect(lista.model()->index(0, testata.first)).left()) << testata.text;
         EXPECT_EQ(widget.width(), lista.columnWidth(testata.first)) << testata.text;
       }
     }

@@ -117,8 +117,16 @@ QImage Reference(const QTableView& list, qreal scale, const QRegion& part) {
   table.horizontalScrollBar()->setValue(list.horizontalScrollBar()->value());
   QImage picture = Picture(*table.viewport(), scale, part);
   QPainter painter(&picture);
-  painter.setClipRegion(part.translated(-part.boundingRect().topLeft()));
-  painter.translate(-part.boundingRect().topLeft());
+  if (const int scrolled = table.horizontalScrollBar()->value(); scrolled > 0) {
+    table.horizontalScrollBar()->setValue(0);
+    const QImage unscrolled = Picture(*table.viewport(), scale, part);
+    const int width = list.visualRect(list.model()->index(0, 1)).right() + 1; // the first two columns stay
+    painter.setClipRect(QRect(0, 0, width, picture.height()).intersected(part.boundingRect()));
+    painter.drawImage(0, 0, unscrolled);
+    painter.fillRect(QRect(width - 1, 0, 1, picture.height()), qt::look::Now().border);
+    table.horizontalScrollBar()->setValue(scrolled);
+  }
+  painter.setClipRegion(part);
   for (const QModelIndex& row : list.selectionModel()->selectedRows()) {
     const QRect cell(0, list.rowViewportPosition(row.row()), 3, list.rowHeight(row.row()) - 1);
     painter.fillRect(cell, list.hasFocus() ? qt::look::Now().accent : qt::look::Now().border);

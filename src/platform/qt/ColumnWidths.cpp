@@ -19,15 +19,23 @@ ColumnWidths::ColumnWidths(const std::vector<ListColumn>& columns) {
   }
 }
 
-std::vector<int> ColumnWidths::Pixel(int available) const {
+std::vector<int> ColumnWidths::Pixel(int available, const std::map<int, int>& chosen) const {
   int elastics = 0;
-  for (const Column& column : columns_) {
-    elastics += column.elastic ? column.pixel : 0;
+  int taken = total_;
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    const auto choice = chosen.find(static_cast<int>(i));
+    taken += choice != chosen.end() ? choice->second - columns_[i].pixel : 0;
+    elastics += columns_[i].elastic && choice == chosen.end() ? columns_[i].pixel : 0;
   }
-  int rest = elastics > 0 ? std::max(0, available - total_) : 0;
+  int rest = elastics > 0 ? std::max(0, available - taken) : 0;
   std::vector<int> result;
   result.reserve(columns_.size());
-  for (const Column& column : columns_) {
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    const Column& column = columns_[i];
+    if (const auto choice = chosen.find(static_cast<int>(i)); choice != chosen.end()) {
+      result.push_back(choice->second);
+      continue;
+    }
     int width = column.pixel;
     if (column.elastic && elastics > 0) {
       // Each elastic column takes its share of what is still left, so that the rounding never loses a pixel.

@@ -2,6 +2,7 @@
 
 #include "platform/Desktop.hpp"
 
+#include <map>
 #include <vector>
 
 namespace lumoscad::qt {
@@ -16,7 +17,8 @@ class ColumnWidths {
   [[nodiscard]] int Total() const { return total_; }
   /// The width of each column when `available` pixels are there: the columns of plain text and of banks share
   /// what is beyond the nominal widths; none is ever narrower than its nominal width.
-  [[nodiscard]] std::vector<int> Pixel(int available) const;
+  /// A column that `chosen` gives a width takes that one.
+  [[nodiscard]] std::vector<int> Pixel(int available, const std::map<int, int>& chosen = {}) const;
   /// Nominal x (twips) of the point `offset` pixels into `column`, which is `width` pixels wide on the screen.
   [[nodiscard]] int Twips(int column, int offset, int width) const;
   /// Nominal x (twips) of the middle of `column`.

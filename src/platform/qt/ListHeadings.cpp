@@ -1,14 +1,15 @@
 #include "platform/qt/ListHeadings.hpp"
 
+#include "platform/qt/ListView.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QTableView>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace lumoscad::qt {
 
@@ -17,6 +18,7 @@ namespace {
 constexpr int HeadingMargin = 6;
 constexpr int IndicatorSide = 10;
 constexpr int SquareSide = 14;
+constexpr int BorderReach = 4; ///< pixels from which a border is taken hold of
 /// Bold is wider: so many pixels of twelve keep the longest heading whole.
 constexpr int HeadingPixels = 11;
 
@@ -48,9 +50,8 @@ bool HeadingQt::event(QEvent* event) {
 
 void HeadingQt::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  if (sorts_ && underMouse()) {
-    painter.fillRect(rect(), look::Now().hoveredHeading);
-  }
+  // Its own ground, because another heading may lie below it.
+  painter.fillRect(rect(), sorts_ && underMouse() ? look::Now().hoveredHeading : look::Now().headingBackground);
   painter.setPen(look::Now().line);
   painter.drawLine(width() - 1, 0, width() - 1, height());
   QFont fontName = font();
@@ -82,10 +83,11 @@ void ImageQt::paintEvent(QPaintEvent*) {
   Draw(painter, rect(), icon_);
 }
 
-ListHeadings::ListHeadings(const ListWindow& window, QTableView& table, QWidget* parent)
-    : QWidget(parent), window_(window), table_(table) {
+ListHeadings::ListHeadings(const ListWindow& window, ListView& table, QWidget* parent)
+    : QWidget(parent), window_(window), table_(table), drag_(new ColumnDrag(*this)) {
   AddHeadings();
   AddUncoveredColumns();
+  AddBorders();
   Measure();
 }
 
@@ -165,7 +167,7 @@ void ListHeadings::LayOut() {
     int width = 0;
     for (int column = entry.first; column <= entry.last && column < table_.model()->columnCount(); ++column) {
       if (!table_.isColumnHidden(column)) {
-        left = width == 0 ? table_.columnViewportPosition(column) : left;
+        left = width == 0 ? table_.Frozen().Left(column) : left;
         width += table_.columnWidth(column);
       }
     }
@@ -177,10 +179,54 @@ void ListHeadings::LayOut() {
     }
   }
   for (const auto& [column, smallSquare] : squares_) {
-    const int left = begin + table_.columnViewportPosition(column);
+    const int left = begin + table_.Frozen().Left(column);
     const int side = look::Scaled(SquareSide);
     smallSquare->setGeometry(left + (table_.columnWidth(column) - side) / 2, (height() - side) / 2 + 4, side, side);
   }
+  for (const Entry& entry : entries_) {
+    if (table_.Frozen().Contains(entry.first)) {
+      entry.heading->raise();
+      if (entry.indicator != nullptr) {
+        entry.indicator->raise();
+      }
+    }
+  }
+}
+
+void ListHeadings::AddBorders() {
+  drag_->borderAt = [this](int x) { return BorderAt(x); };
+  drag_->widthOf = [this](int column) { return table_.columnWidth(column); };
+  drag_->dragged = [this](int column, int pixels) {
+    table_.SetWidth(column, pixels);
+    if (widthChanged) {
+      widthChanged();
+    }
+  };
+  drag_->doubleClicked = [this](int column) { drag_->dragged(column, table_.ContentWidth(column)); };
+  for (const Entry& entry : entries_) {
+    drag_->Watch(*entry.heading);
+  }
+}
+
+void ListHeadings::FitAll() {
+  for (int column = 0; column < table_.model()->columnCount(); ++column) {
+    if (!table_.isColumnHidden(column)) {
+      drag_->doubleClicked(column);
+    }
+  }
+}
+
+int ListHeadings::BorderAt(int x) const {
+  const int begin = mapFromGlobal(table_.viewport()->mapToGlobal(QPoint(0, 0))).x();
+  const FrozenColumns& frozen = table_.Frozen();
+  for (int column = table_.model()->columnCount() - 1; column >= 0; --column) {
+    const int border = frozen.Left(column) + table_.columnWidth(column);
+    const bool below = !frozen.Contains(column) && border <= frozen.Width();
+    if (!table_.isColumnHidden(column) && !below && std::abs(begin + border - x) <= BorderReach) {
+      return column;
+    }
+  }
+  return -1;
 }
 
 void ListHeadings::ShowOrder(int index, bool ascending) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/qt/ColumnDrag.hpp"
 #include "platform/qt/ListIcons.hpp"
 
 #include <QAbstractButton>
@@ -10,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-class QTableView;
-
 namespace lumoscad::qt {
+
+class ListView;
 
 /// One drawn heading. It answers to the mouse only when it sorts; the keyboard reaches it by Ctrl and its index.
 class HeadingQt final : public QAbstractButton {
@@ -45,15 +46,19 @@ class ImageQt final : public QWidget {
 /// The strip of headings above the list, lined up with its columns also when they are scrolled or stretched.
 class ListHeadings final : public QWidget {
  public:
-  ListHeadings(const ListWindow& window, QTableView& table, QWidget* parent);
+  ListHeadings(const ListWindow& window, ListView& table, QWidget* parent);
 
   /// Told the index of the heading that was clicked.
   std::function<void(int index)> headingClicked;
+  /// Told that the person gave a column another width.
+  std::function<void()> widthChanged;
 
   /// Takes the size of the desktop's text.
   void Measure();
   /// Places every heading over its columns.
   void LayOut();
+  /// Makes every column as wide as what is in it.
+  void FitAll();
   /// Shows which heading sorts the list, and in which direction.
   void ShowOrder(int index, bool ascending);
 
@@ -72,9 +77,12 @@ class ListHeadings final : public QWidget {
   void AddHeadings();
   void AddUncoveredColumns();
   [[nodiscard]] bool Covered(int column) const;
+  void AddBorders();
+  [[nodiscard]] int BorderAt(int x) const;
 
   const ListWindow& window_;
-  QTableView& table_;
+  ListView& table_;
+  ColumnDrag* drag_;
   std::vector<Entry> entries_;
   std::vector<std::pair<int, ImageQt*>> squares_; ///< the tick columns and their squares
 };

@@ -327,7 +327,7 @@ void ListParts::Below(QDialog& dialog, const ListWindow& window, QBoxLayout& sta
 
 void ListParts::PlaceOverCell(QFrame& frame, const QRect& cell) const {
   const QWidget* area = table->viewport();
-  const QRect inside = cell.intersected(area->rect());
+  const QRect inside = cell.intersected(area->rect().adjusted(table->Frozen().Width(), 0, 0, 0));
   if (inside.isEmpty()) {
     frame.move(-2 * picScadenzeBanche->width() - 1000, 0); // out of sight, but still open
     return;

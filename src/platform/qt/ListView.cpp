@@ -23,6 +23,19 @@ using Kind = ListColumn::Kind;
 /// More stretches of selected rows than that are told to the table only as far as they can be seen: it compares each
 /// with each.
 constexpr std::size_t MostStretches = 1000;
+/// Of the columns that tell whose row it is: at most two, those of plain text at the beginning.
+constexpr int MostFrozen = 2;
+
+int FrozenOf(const ListDescription& description) {
+  int count = 0;
+  for (const ListColumn& column : description.columns) {
+    if (count == MostFrozen || column.kind != Kind::Text) {
+      break;
+    }
+    ++count;
+  }
+  return count;
+}
 
 bool Editable(Kind kind) {
   return kind == Kind::DateEditor || kind == Kind::BankEditor;
@@ -40,7 +53,8 @@ ListGestures* OfSeveralRows(ListGestures* gestures) {
 
 ListView::ListView(ListWindow& window, ListModel& model, QWidget* parent)
     : QTableView(parent), window_(window), gestures_(OfSeveralRows(window.Gestures())), model_(model),
-      widths_(window.Description().columns), images_(new ListImages(this)), painter_(model, *images_) {
+      widths_(window.Description().columns), frozen_(*this, FrozenOf(window.Description())),
+      images_(new ListImages(this)), painter_(model, *images_) {
   setObjectName(Text(window.Description().listName));
   setAccessibleName(Text(window.Description().title));
   setItemDelegate(new ListDelegate(this));
@@ -79,6 +93,11 @@ void ListView::Measure() {
   setFont(look::Font(window_.Description().fontName));
   verticalHeader()->setMinimumSectionSize(look::RowHeight());
   verticalHeader()->setDefaultSectionSize(look::RowHeight());
+  const int pixels = look::FontPixels();
+  const int before = std::exchange(measured_, pixels);
+  for (auto& given : given_) {
+    given.second = given.second * pixels / before;
+  }
   widths_ = ColumnWidths(window_.Description().columns);
   LayOutColumns();
 }
@@ -191,9 +210,9 @@ void ListView::currentChanged(const QModelIndex& newOne, const QModelIndex& oldO
 }
 
 int ListView::NominalX(int x) const {
-  const int column = columnAt(x);
+  const int column = frozen_.ColumnAt(x);
   if (column >= 0) {
-    return widths_.Twips(column, x - columnViewportPosition(column), columnWidth(column));
+    return widths_.Twips(column, x - frozen_.Left(column), columnWidth(column));
   }
   return widths_.Beyond(x - (horizontalHeader()->length() - horizontalHeader()->offset()));
 }
@@ -205,7 +224,7 @@ void ListView::mousePressEvent(QMouseEvent* event) {
   }
   const QPoint point = event->position().toPoint();
   const int row = rowAt(point.y());
-  const int column = columnAt(point.x());
+  const int column = frozen_.ColumnAt(point.x());
   // Taken before the selection moves: making a half-hidden cell current scrolls the list.
   const int x = NominalX(point.x());
   const int y = look::TwipsY(point.y());
@@ -355,43 +374,9 @@ void ListView::resizeEvent(QResizeEvent* event) {
   LayOutColumns();
 }
 
-std::vector<ListPainter::Column> ListView::ColumnsBetween(int left, int right) const {
-  std::vector<ListPainter::Column> columns;
-  for (int column = 0; column < model_.columnCount(); ++column) {
-    const int begin = columnViewportPosition(column);
-    const int width = columnWidth(column);
-    if (!isColumnHidden(column) && begin <= right && begin + width > left) {
-      columns.push_back({column, begin, width});
-    }
-  }
-  return columns;
-}
-
 ListPainter::Row ListView::RowInView(int row) const {
   const QModelIndex current = currentIndex();
   return {row, rowViewportPosition(row), rowHeight(row), Selected(row), current.row() == row ? current.column() : -1};
-}
-
-void ListView::paintEvent(QPaintEvent* event) {
-  QPainter painter(viewport());
-  painter_.Begin(painter, font(), hasFocus());
-  const QRect whole = event->rect();
-  const auto columns = ColumnsBetween(whole.left(), whole.right());
-  const int first = rowAt(whole.top());
-  int bottom = first < 0 ? whole.top() : rowViewportPosition(first);
-  for (int row = first; row >= 0 && row < model_.rowCount() && bottom <= whole.bottom(); ++row) {
-    const ListPainter::Row shown = RowInView(row);
-    bottom = shown.top + shown.height;
-    if (event->region().intersects(QRect(whole.left(), shown.top, whole.width(), shown.height))) {
-      painter_.Paint(painter, shown, columns);
-      if (shown.selected) {
-        painter_.Mark(painter, 0, shown);
-      }
-    }
-  }
-  const int right = columns.empty() || first < 0 ? whole.left() : columns.back().left + columns.back().width;
-  painter.fillRect(QRect(QPoint(right, whole.top()), whole.bottomRight()), look::Now().paper);
-  painter.fillRect(QRect(QPoint(whole.left(), bottom), whole.bottomRight()), look::Now().paper);
 }
 
 void ListView::scrollContentsBy(int dx, int dy) {
@@ -411,7 +396,7 @@ void ListView::LayOutColumns() {
   if (model() == nullptr) {
     return;
   }
-  const std::vector<int> pixel = widths_.Pixel(viewport()->width());
+  const std::vector<int> pixel = widths_.Pixel(viewport()->width(), given_);
   for (int column = 0; column < model_.columnCount(); ++column) {
     if (!isColumnHidden(column)) {
       setColumnWidth(column, pixel[static_cast<std::size_t>(column)]);

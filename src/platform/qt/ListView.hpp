@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/qt/ColumnWidths.hpp"
+#include "platform/qt/FrozenColumns.hpp"
 #include "platform/qt/ListIcons.hpp"
 #include "platform/qt/ListModel.hpp"
 #include "platform/qt/ListPainter.hpp"
@@ -8,8 +9,13 @@
 
 #include <QTableView>
 
+#include <map>
+#include <optional>
 #include <utility>
 #include <vector>
+
+class QPainter;
+class QRegion;
 
 namespace lumoscad::qt {
 
@@ -70,6 +76,19 @@ class ListView final : public QTableView {
   /// The nearest cell to tick or to edit in `row`, from `column` (not included) to the right or to the left;
   /// -1 when there is none.
   [[nodiscard]] int ActiveColumn(int column, bool forward, bool editorsOnly) const;
+  /// The columns that stay where they are when the list is scrolled sideways.
+  [[nodiscard]] const FrozenColumns& Frozen() const noexcept { return frozen_; }
+  /// Scrolls sideways so far that the ticks of the current row are in sight.
+  void ShowTicks();
+  /// Gives a column a width in pixels, whatever the window's; none any more where there is no `width`.
+  void SetWidth(int column, std::optional<int> width);
+  /// The widths that columns were given, in pixels.
+  [[nodiscard]] const std::map<int, int>& GivenWidths() const noexcept { return given_; }
+  /// How wide a column has to be for what is in it and above it, in pixels.
+  [[nodiscard]] int ContentWidth(int column) const;
+  [[nodiscard]] QModelIndex indexAt(const QPoint& point) const override;
+  [[nodiscard]] QRect visualRect(const QModelIndex& cell) const override;
+  void scrollTo(const QModelIndex& cell, ScrollHint hint = EnsureVisible) override;
   /// First and last row in sight; -1 when there is none.
   [[nodiscard]] std::pair<int, int> RowsInView() const;
   [[nodiscard]] QSize sizeHint() const override;
@@ -95,8 +114,10 @@ class ListView final : public QTableView {
   void Prepare();
   void ShowColumns();
   void LayOutColumns();
-  /// The columns of which something lies between two pixels of the viewport.
-  [[nodiscard]] std::vector<ListPainter::Column> ColumnsBetween(int left, int right) const;
+  /// The columns, frozen or not, of which something lies between two pixels of the viewport.
+  [[nodiscard]] std::vector<ListPainter::Column> ColumnsBetween(int left, int right, bool frozen) const;
+  void PaintRows(QPainter& painter, const QRegion& region, const std::vector<ListPainter::Column>& columns);
+  void PaintFrozen(QPainter& painter, const QRegion& region);
   [[nodiscard]] ListPainter::Row RowInView(int row) const;
   [[nodiscard]] int NominalX(int x) const;
   [[nodiscard]] bool KeyOnCell(const QKeyEvent& event);
@@ -109,6 +130,9 @@ class ListView final : public QTableView {
   ListGestures* gestures_; ///< null where at most one row can be selected
   ListModel& model_;
   ColumnWidths widths_;
+  FrozenColumns frozen_;
+  std::map<int, int> given_;
+  int measured_ = look::FontPixels(); ///< the text size that `given_` goes by
   ListImages* images_;
   ListPainter painter_;
   ListListener* listener_ = nullptr;

@@ -103,6 +103,10 @@ int Scaled(int pixels) {
   return pixels * FontPixels() / StandardPixels;
 }
 
+int Unscaled(int pixels) {
+  return (pixels * StandardPixels + FontPixels() / 2) / FontPixels();
+}
+
 int RowHeight() {
   return PixelsY(RowTwips);
 }

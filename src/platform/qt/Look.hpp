@@ -19,6 +19,8 @@ namespace lumoscad::qt::look {
 [[nodiscard]] int FontPixels();
 /// A length that is `pixels` at the font of 12 pixels, as it is at the font of now.
 [[nodiscard]] int Scaled(int pixels);
+/// The other way round.
+[[nodiscard]] int Unscaled(int pixels);
 /// A list row, which is 240 twips high whatever its pixels.
 [[nodiscard]] int RowHeight();
 /// The heading strip.

@@ -3,6 +3,7 @@
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFocusEvent>
@@ -11,7 +12,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
-#include <QScreen>
 #include <QShortcut>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ namespace lumoscad::qt {
 ModalWindowQt::ModalWindowQt(ListWindow& list, QWidget* below)
     : DialogQt(below, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
                           Qt::WindowMaximizeButtonHint),
-      list_(list), model_(list), parts_(*this, list, model_), order_(list.Stato().order),
+      list_(list), model_(list), parts_(*this, list, model_), layout_(*this, parts_, list), order_(list.Stato().order),
       content_(list.Stato().content) {
   setObjectName(Text(list.Description().name));
   setWindowTitle(Text(list.Description().title));
@@ -40,9 +40,9 @@ ModalWindowQt::ModalWindowQt(ListWindow& list, QWidget* below)
 void ModalWindowQt::Complete() {
   TakeLook();
   ShowRowCount();
-  if (const QScreen* display = screen()) {
-    resize(sizeHint().boundedTo(display->availableSize() - QSize(24, 56)));
-  }
+  AddLayoutActions();
+  layout_.TakeOwnSize();
+  layout_.Apply();
 }
 
 std::exception_ptr ModalWindowQt::Display() {
@@ -65,7 +65,22 @@ std::exception_ptr ModalWindowQt::Display() {
       list_.Form_QueryUnload();
     }); // the calling program has ended the event loop: nobody can close the window any more
   }
+  layout_.Keep();
   return std::exchange(error_, nullptr);
+}
+
+void ModalWindowQt::AddLayoutActions() {
+  parts_.headings->widthChanged = [this] { layout_.ColumnsChanged(); };
+  auto* reset = new QAction(QStringLiteral("Ripristina disposizione"), this);
+  reset->setObjectName(QStringLiteral("azioneRipristina"));
+  reset->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
+  connect(reset, &QAction::triggered, this, [this] { layout_.Reset(); });
+  auto* fit = new QAction(QStringLiteral("Larghezze secondo il contenuto"), this);
+  fit->setObjectName(QStringLiteral("azioneLarghezze"));
+  connect(fit, &QAction::triggered, parts_.headings, &ListHeadings::FitAll);
+  addAction(reset);
+  parts_.headings->addActions({fit, reset});
+  parts_.headings->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
 void ModalWindowQt::Gesture(const std::function<void()>& action) {
@@ -339,11 +354,14 @@ void ModalWindowQt::closeEvent(QCloseEvent* event) {
 void ModalWindowQt::showEvent(QShowEvent* event) {
   DialogQt::showEvent(event);
   parts_.table->setFocus();
+  parts_.table->ShowTicks();
+  layout_.Shown();
   parts_.headings->LayOut();
 }
 
 void ModalWindowQt::resizeEvent(QResizeEvent* event) {
   DialogQt::resizeEvent(event);
+  layout_.Resized(*event);
   parts_.headings->LayOut();
   parts_.CoverScrollBars(list_.Stato().scrollBarsHidden);
   PlaceEditor();

@@ -5,6 +5,7 @@
 #include "platform/qt/DialogQt.hpp"
 #include "platform/qt/ListModel.hpp"
 #include "platform/qt/ListParts.hpp"
+#include "platform/qt/RememberedLayout.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -92,8 +93,10 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void PlaceEditor();
   [[nodiscard]] const CellEditor& EditorState(Kind kind) const;
   [[nodiscard]] QRect EditorArea(Kind kind) const;
+  void AddLayoutActions();
   void Close();
 
+  RememberedLayout layout_;
   std::uint64_t order_;
   std::uint64_t content_;
   std::uint64_t selection_ = 0;
