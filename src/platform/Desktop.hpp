@@ -55,6 +55,12 @@ struct ListLabel {
   std::string text;
 };
 
+/// Something that was read of a row, for a person.
+struct RowDetail {
+  std::string caption;
+  std::string value;
+};
+
 /// An in-place editor: `FrameScad` with `TextScad`, or `FrameBanca` with `cmbBanche2`.
 struct CellEditor {
   bool visible = false;
@@ -131,6 +137,11 @@ class ListWindow {
   [[nodiscard]] virtual ListGestures* Gestures() { return nullptr; }
   /// What can be done in the date fields and bank boxes beside the gestures below; null where nothing can.
   [[nodiscard]] virtual FieldGestures* Fields() { return nullptr; }
+  /// Everything of a row that means something to a person, what its columns show and what they do not.
+  [[nodiscard]] virtual std::vector<RowDetail> Dettagli(std::size_t /*row*/) const { return {}; }
+  /// What tells a row from others that look the same, to be shown at the end of its cell in `column`; empty for
+  /// nothing. It holds until the next one is asked for.
+  [[nodiscard]] virtual std::string_view Distinzione(std::size_t /*row*/, int /*column*/) const { return {}; }
 
   virtual void Seleziona(std::ptrdiff_t place) = 0;            ///< the selection moved to this row
   virtual void LVScadenze_MouseDown(int x, int y) = 0;         ///< mouse-down over the list, twips

@@ -82,6 +82,7 @@ struct DescrizioneGriglia {
   int colonnaImporto = -1;
   int colonnaDivisa = -1; ///< the currency of the amount; -1: euro
   int colonnaRata = -1;
+  std::string tagScadenza; ///< caption of the date that the tag of `colonnaScadenza` holds; empty: it holds no date
   std::string nomeRiga = "riga"; ///< what the person calls a row, and several; both are feminine
   std::string nomeRighe = "righe";
   std::string nomeData = "data"; ///< what the person calls the date that is changed, for instance "scadenza"

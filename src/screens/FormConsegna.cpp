@@ -53,6 +53,7 @@ DescrizioneGriglia Descrizione() {
   d.colonnaOrdina = Schermata::ConsegnaOrdinaData;
   d.colonnaImporto = Schermata::Fatturato;
   d.colonnaDivisa = Schermata::Divisa;
+  d.tagScadenza = "Consegna originale";
   d.nomeData = "consegna";
   return d;
 }

@@ -95,6 +95,7 @@ void Griglia::Resize(const std::vector<int>& nascoste) {
   stato_.pictureWidth = SinistraColonna(colonne) + MargineQuadro;
   stato_.listHeight = static_cast<int>(std::min(righe.Quante(), senzaScorrere)) * AltezzaRiga;
   stato_.ascending = true;
+  SegnaUguali();
   for (const TestataGriglia& testata : descrizione_.testate) {
     if (testata.colonnaOrdine == 0) {
       stato_.sortedHeading = testata.indice;

@@ -126,6 +126,9 @@ class Griglia final : public ListWindow {
   void SetDropDown(DropDown dropDown) override;
   [[nodiscard]] ListGestures* Gestures() override { return &gesti_; }
   [[nodiscard]] FieldGestures* Fields() override { return &campi_; }
+  [[nodiscard]] std::vector<RowDetail> Dettagli(std::size_t posto) const override;
+  /// "rata 2", beside the item of a row that shows the same as another one in all that cannot be changed.
+  [[nodiscard]] std::string_view Distinzione(std::size_t posto, int colonna) const override;
 
   void Seleziona(std::ptrdiff_t posto) override;
   void LVScadenze_MouseDown(int x, int y) override;
@@ -191,7 +194,14 @@ class Griglia final : public ListWindow {
   void Cambiata() noexcept { ++stato_.content; }
   void Scarica() noexcept { stato_.unloaded = true; }
 
+  /// Finds the rows that look like another one.
+  void SegnaUguali();
+  [[nodiscard]] std::string Didascalia(int colonna) const;
+  void AggiungiCodici(std::size_t riga, int colonna, std::vector<RowDetail>& dettagli) const;
+
   DescrizioneGriglia descrizione_;
+  std::vector<bool> uguali_; ///< by row: another one shows the same
+  mutable std::string distinzione_;
   ListDescription finestra_; ///< of the window that is showing
   ListState stato_;
   std::vector<int> larghezze_; ///< of the columns, 0 for one that does not show

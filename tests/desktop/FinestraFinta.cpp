@@ -233,6 +233,11 @@ std::string_view FinestraFinta::CellText(std::size_t riga, int colonna) const {
   }
 }
 
+std::string_view FinestraFinta::Distinzione(std::size_t riga, int colonna) const {
+  const auto trovata = distinzioni.find(riga);
+  return colonna == 1 && trovata != distinzioni.end() ? std::string_view(trovata->second) : std::string_view();
+}
+
 int FinestraFinta::Volte(const std::string& gesto) const {
   return static_cast<int>(std::count(gesti.begin(), gesti.end(), gesto));
 }

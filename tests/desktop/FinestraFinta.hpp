@@ -39,6 +39,8 @@ class FinestraFinta final : public ListWindow {
   std::map<std::pair<std::size_t, int>, std::string> texts; ///< cells that say something of their own
   std::string nuovaData;                                    ///< what the date editor wrote last
   int ultimaX = -1;
+  std::vector<RowDetail> dettagli;                     ///< of every row
+  std::map<std::size_t, std::string> distinzioni;      ///< by row, shown in the second column
   mutable std::size_t letture = 0;                     ///< cells read
   std::function<void()> whileReading;                  ///< runs before a cell is read
   std::map<std::string, std::function<void()>> during; ///< by a gesture's name: runs inside it, before it has an effect
@@ -54,6 +56,8 @@ class FinestraFinta final : public ListWindow {
   [[nodiscard]] std::string_view CellText(std::size_t riga, int colonna) const override;
   [[nodiscard]] bool Ticked(std::size_t riga, int colonna) const override { return spunte.count({riga, colonna}) > 0; }
   void SetDropDown(DropDown /*dropDown*/) override {}
+  [[nodiscard]] std::vector<RowDetail> Dettagli(std::size_t /*riga*/) const override { return dettagli; }
+  [[nodiscard]] std::string_view Distinzione(std::size_t riga, int colonna) const override;
 
   void Seleziona(std::ptrdiff_t riga) override;
   void LVScadenze_MouseDown(int x, int y) override;

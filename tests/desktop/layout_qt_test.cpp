@@ -6,11 +6,15 @@
 #include "platform/qt/WindowMemory.hpp"
 
 #include <QAccessible>
+#include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -281,6 +285,74 @@ TEST(WindowMemory, KeepsASizeAndWhetherAPanelIsOpen) {
   memory.Forget();
   EXPECT_FALSE(memory.Size());
   EXPECT_FALSE(memory.Open("effetto"));
+}
+
+/// Presses F3 in the window and hands over what comes up, which is closed with Esc afterwards.
+void WithDetails(QDialog& window, const std::function<void(QDialog&)>& then) {
+  bool came = false;
+  QTimer::singleShot(20, qApp, [&] {
+    auto* details = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(details, nullptr);
+    came = details->objectName() == QStringLiteral("FormDettagli");
+    then(*details);
+    QTest::keyClick(details, Qt::Key_Escape);
+  });
+  QTest::keyClick(&window, Qt::Key_F3);
+  EXPECT_TRUE(came);
+}
+
+TEST(RowDetails, ComeUpWithF3AndLeaveTheListAsItWas) {
+  FinestraFinta fake(30);
+  fake.dettagli = {{"Conto", "Rossi & Figli <S.n.c.>"}, {"Codice conto", "C01"}, {"Rata", "2"}};
+  Esegui(fake, [&](QDialog& window) {
+    fake.gesti.clear();
+    WithDetails(window, [](QDialog& details) {
+      EXPECT_EQ(Trova<QLabel>(details, "Dettaglio0").text(), "Rossi & Figli <S.n.c.>");
+      EXPECT_EQ(Trova<QLabel>(details, "Dettaglio1").accessibleName(), "Codice conto: C01");
+      EXPECT_TRUE(Trova<QWidget>(details, "PulsanteChiudi").hasFocus());
+    });
+    EXPECT_TRUE(fake.gesti.empty());
+    EXPECT_EQ(window.focusWidget(), &Lista(window)) << "which has the keyboard again with the window";
+    EXPECT_TRUE(window.isVisible());
+  });
+}
+
+TEST(RowDetails, StayOnTheScreenHoweverManyThereAre) {
+  FinestraFinta fake(3);
+  fake.dettagli.assign(60, {"Conto", "Un nome lungo che non sta su una riga sola nemmeno in una finestra molto larga"});
+  Esegui(fake, [&](QDialog& window) {
+    WithDetails(window,
+                [](QDialog& details) { EXPECT_LE(details.height(), details.screen()->availableSize().height()); });
+  });
+}
+
+TEST(RowDetails, AreNotShownOfAnEmptyList) {
+  FinestraFinta fake(0);
+  Esegui(fake, [&](QDialog& window) {
+    QTest::keyClick(&window, Qt::Key_F3);
+    EXPECT_EQ(QApplication::activeModalWidget(), &window);
+  });
+}
+
+TEST(Distinctions, StandAtTheEndOfTheItemsCell) {
+  FinestraFinta fake(6);
+  Esegui(fake, [&](QDialog& window) {
+    window.resize(1400, 400);
+    QCoreApplication::processEvents();
+    QTableView& list = Lista(window);
+    const QRect cell = CellAt(list, 3, Item);
+    const QImage without = list.viewport()->grab(cell).toImage();
+    fake.distinzioni[3] = "rata 2";
+    list.viewport()->update();
+    const QImage with = list.viewport()->grab(cell).toImage();
+    const int half = cell.width() / 2;
+    const QRect left(0, 0, half, cell.height());
+    const QRect right(half, 0, cell.width() - half, cell.height());
+    EXPECT_EQ(without.copy(left), with.copy(left));
+    EXPECT_NE(without.copy(right), with.copy(right));
+    EXPECT_EQ(list.model()->index(3, Item).data(), "103");
+    EXPECT_EQ(list.model()->index(3, Item).data(Qt::AccessibleTextRole), "103, rata 2");
+  });
 }
 
 } // namespace

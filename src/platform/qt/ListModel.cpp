@@ -47,6 +47,10 @@ bool ListModel::CellChanged(int row, int column) const {
   return Guarded<bool>(row, [&](std::size_t place) { return Changed(place, column); });
 }
 
+std::string_view ListModel::CellDistinction(int row, int column) const {
+  return Guarded<std::string_view>(row, [&](std::size_t place) { return window_.Distinzione(place, column); });
+}
+
 std::optional<bool> ListModel::CellTicked(int row, int column) const {
   return Guarded<std::optional<bool>>(row, [&](std::size_t place) { return window_.Ticked(place, column); });
 }
@@ -63,7 +67,7 @@ QVariant ListModel::Read(std::size_t row, int column, int role) const {
   case Qt::AccessibleTextRole:
     return kind == Column::Tick
                ? QVariant(window_.Ticked(row, column) ? QStringLiteral("spuntata") : QStringLiteral("non spuntata"))
-               : QVariant(TextOfCell(row, column));
+               : QVariant(SpokenText(row, column));
   case ReportIconRole:
     return kind == Column::Tick
                ? QVariant(window_.Ticked(row, column) ? QStringLiteral("CHKON") : QStringLiteral("CHKOFF"))
@@ -73,6 +77,12 @@ QVariant ListModel::Read(std::size_t row, int column, int role) const {
   default:
     return {};
   }
+}
+
+QString ListModel::SpokenText(std::size_t row, int column) const {
+  const QString text = TextOfCell(row, column);
+  const QString distinction = Text(window_.Distinzione(row, column));
+  return distinction.isEmpty() ? text : text + QStringLiteral(", ") + distinction;
 }
 
 QString ListModel::TextOfCell(std::size_t row, int column) const {

@@ -42,6 +42,8 @@ class ListModel final : public QAbstractTableModel {
   [[nodiscard]] std::string_view CellText(int row, int column) const;
   /// True for an editable cell whose new value differs from the present one.
   [[nodiscard]] bool CellChanged(int row, int column) const;
+  /// What tells the row from others that look the same, where this cell shows it; it holds as a text does.
+  [[nodiscard]] std::string_view CellDistinction(int row, int column) const;
   /// Whether a tick is set.
   [[nodiscard]] std::optional<bool> CellTicked(int row, int column) const;
 
@@ -55,6 +57,7 @@ class ListModel final : public QAbstractTableModel {
   /// What `read` gives back of a row that is there, and nothing when it throws.
   template <class Answer> [[nodiscard]] Answer Guarded(int row, const auto& read) const;
   [[nodiscard]] QVariant Read(std::size_t row, int column, int role) const;
+  [[nodiscard]] QString SpokenText(std::size_t row, int column) const;
   [[nodiscard]] QString TextOfCell(std::size_t row, int column) const;
   [[nodiscard]] bool Changed(std::size_t row, int column) const;
 

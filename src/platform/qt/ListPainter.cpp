@@ -1,6 +1,9 @@
 #include "platform/qt/ListPainter.hpp"
 
+#include "platform/qt/Texts.hpp"
+
 #include <QColor>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
 #include <QTransform>
@@ -49,6 +52,7 @@ void ListPainter::Begin(QPainter& painter, const QFont& font, bool focus) {
     paintedSide_ = tickSide_;
     colours_ = look::Now();
   }
+  font_ = font;
   texts_.Begin(painter, font);
 }
 
@@ -111,14 +115,25 @@ void ListPainter::Content(QPainter& painter, const Row& row, const Column& colum
   if (kind != ListColumn::Kind::Tick) {
     const bool changed = model_.CellChanged(row.index, column.index);
     painter.setPen(changed ? colours_.changedInk : colours_.ink);
-    texts_.Write(painter, TextArea(cell), model_.CellText(row.index, column.index),
-                 {changed, kind == ListColumn::Kind::Amount}, covered);
+    const QRect area = Distinguish(painter, row, column.index, TextArea(cell), covered);
+    texts_.Write(painter, area, model_.CellText(row.index, column.index), {changed, kind == ListColumn::Kind::Amount},
+                 covered);
   } else if (const auto ticked = model_.CellTicked(row.index, column.index)) {
     Tick(painter, cell, *ticked, RowBackground(row));
   }
   if (column.index == row.current) {
     Frame(painter, cell);
   }
+}
+
+QRect ListPainter::Distinguish(QPainter& painter, const Row& row, int column, const QRect& area, const QRect& covered) {
+  const std::string_view distinction = model_.CellDistinction(row.index, column);
+  if (distinction.empty()) {
+    return area;
+  }
+  const int width = QFontMetrics(font_).horizontalAdvance(Text(distinction));
+  texts_.Write(painter, area, distinction, {false, true}, covered);
+  return area.adjusted(0, 0, -std::min(area.width(), width + look::Scaled(Margin)), 0);
 }
 
 void ListPainter::Tick(QPainter& painter, const QRect& cell, bool ticked, const QColor& background) {

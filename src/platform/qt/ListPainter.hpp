@@ -54,6 +54,9 @@ class ListPainter {
   [[nodiscard]] bool Changed(const Row& row, int column) const;
   [[nodiscard]] const QColor& RowBackground(const Row& row) const;
   void Content(QPainter& painter, const Row& row, const Column& column, const QRect& covered);
+  /// Writes what tells the row from others at the right end of a cell; gives back what is left for its text.
+  [[nodiscard]] QRect Distinguish(QPainter& painter, const Row& row, int column, const QRect& area,
+                                  const QRect& covered);
   void Tick(QPainter& painter, const QRect& cell, bool ticked, const QColor& background);
   [[nodiscard]] const QPixmap& TickOn(const QColor& background, bool ticked);
   void Frame(QPainter& painter, const QRect& cell) const;
@@ -73,6 +76,7 @@ class ListPainter {
   int tickSide_ = 0;
   int paintedSide_ = 0; ///< of `ticks_`
   look::Colours colours_ = look::Now();
+  QFont font_;
   bool focus_ = false;
 };
 

@@ -209,10 +209,11 @@ void ListView::currentChanged(const QModelIndex& newOne, const QModelIndex& oldO
   }
 }
 
-int ListView::NominalX(int x) const {
-  const int column = frozen_.ColumnAt(x);
+int ListView::NominalX(int x, bool onRow) const {
+  const int column = onRow ? frozen_.ColumnAt(x) : columnAt(x);
   if (column >= 0) {
-    return widths_.Twips(column, x - frozen_.Left(column), columnWidth(column));
+    const int left = onRow ? frozen_.Left(column) : columnViewportPosition(column);
+    return widths_.Twips(column, x - left, columnWidth(column));
   }
   return widths_.Beyond(x - (horizontalHeader()->length() - horizontalHeader()->offset()));
 }
@@ -226,7 +227,7 @@ void ListView::mousePressEvent(QMouseEvent* event) {
   const int row = rowAt(point.y());
   const int column = frozen_.ColumnAt(point.x());
   // Taken before the selection moves: making a half-hidden cell current scrolls the list.
-  const int x = NominalX(point.x());
+  const int x = NominalX(point.x(), row >= 0);
   const int y = look::TwipsY(point.y());
   if (row >= 0 && column >= 0) {
     const bool first = std::exchange(muteSelection_, true);

@@ -119,7 +119,8 @@ class ListView final : public QTableView {
   void PaintRows(QPainter& painter, const QRegion& region, const std::vector<ListPainter::Column>& columns);
   void PaintFrozen(QPainter& painter, const QRegion& region);
   [[nodiscard]] ListPainter::Row RowInView(int row) const;
-  [[nodiscard]] int NominalX(int x) const;
+  /// Nominal x of a pixel of the viewport, on a row or below all of them, where no column stays in place.
+  [[nodiscard]] int NominalX(int x, bool onRow) const;
   [[nodiscard]] bool KeyOnCell(const QKeyEvent& event);
   [[nodiscard]] bool MovementKey(const QKeyEvent& event);
   [[nodiscard]] bool SelectionKey(const QKeyEvent& event);

@@ -1,6 +1,7 @@
 #include "platform/qt/ModalWindowQt.hpp"
 
 #include "platform/qt/Look.hpp"
+#include "platform/qt/RowDetailsQt.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QAction>
@@ -78,9 +79,26 @@ void ModalWindowQt::AddLayoutActions() {
   auto* fit = new QAction(QStringLiteral("Larghezze secondo il contenuto"), this);
   fit->setObjectName(QStringLiteral("azioneLarghezze"));
   connect(fit, &QAction::triggered, parts_.headings, &ListHeadings::FitAll);
-  addAction(reset);
+  auto* details = new QAction(QStringLiteral("Dettagli della riga"), this);
+  details->setObjectName(QStringLiteral("azioneDettagli"));
+  details->setShortcut(QKeySequence(Qt::Key_F3));
+  connect(details, &QAction::triggered, this, [this] { ShowDetails(); });
+  addActions({details, reset});
   parts_.headings->addActions({fit, reset});
   parts_.headings->setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void ModalWindowQt::ShowDetails() {
+  const std::ptrdiff_t place = list_.Stato().selected;
+  if (place < 0 || inGesture_ || closed_) {
+    return;
+  }
+  try {
+    RowDetailsQt(list_.Dettagli(static_cast<std::size_t>(place)), this).exec();
+  } catch (...) {
+    error_ = std::current_exception();
+    Close();
+  }
 }
 
 void ModalWindowQt::Gesture(const std::function<void()>& action) {

@@ -94,6 +94,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   [[nodiscard]] const CellEditor& EditorState(Kind kind) const;
   [[nodiscard]] QRect EditorArea(Kind kind) const;
   void AddLayoutActions();
+  void ShowDetails();
   void Close();
 
   RememberedLayout layout_;
