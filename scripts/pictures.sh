@@ -11,7 +11,7 @@ export LUMOSCAD_DATA=2027-01-15
 folder=${1:-docs/immagini}
 base=build/immagini
 mkdir -p "$folder" "$base"
-for name in lumoscad lumoscad-genera VB0001 scadenzario_qt_test; do
+for name in lumoscad lumoscad-genera VB0001 scadenzario_qt_test elenco_qt_test; do
   [ -x "$LUMOSCAD_BIN/$name" ] || { echo "immagini: manca il programma $LUMOSCAD_BIN/$name" >&2; exit 1; }
 done
 
@@ -108,9 +108,26 @@ item_window() {
   [ -s "$folder/scadenzario.png" ] || { echo "pictures.sh: manca scadenzario.png" >&2; return 1; }
 }
 
+# The list on every kind of desktop, with text of twice the size, on a screen of twice the scale, with long names and
+# with no rows.
+aspects() {
+  local aspects twice
+  mkdir -p "$folder/aspetti" "$base/doppio"
+  aspects=$(realpath "$folder/aspetti")
+  twice=$(realpath "$base/doppio")
+  rm -f "$aspects"/*.png
+  QT_QPA_PLATFORM=offscreen LUMOSCAD_ASPETTI=$aspects \
+    "$LUMOSCAD_BIN/elenco_qt_test" --gtest_filter='Aspects/Looks.*' >/dev/null
+  QT_QPA_PLATFORM=offscreen QT_SCALE_FACTOR=2 LUMOSCAD_ASPETTI=$twice \
+    "$LUMOSCAD_BIN/elenco_qt_test" --gtest_filter='Aspects/Looks.*schermo_piccolo' >/dev/null
+  cp "$twice/schermo-piccolo.png" "$aspects/scala-doppia.png"
+  [ "$(find "$aspects" -name '*.png' | wc -l)" -ge 10 ] || { echo "pictures.sh: mancano aspetti" >&2; return 1; }
+}
+
+aspects
 credits
 presumed
 deliveries
 popups
 item_window
-file "$folder"/*.png
+file "$folder"/*.png "$folder"/aspetti/*.png
