@@ -12,7 +12,7 @@ namespace lumoscad::qt {
 
 namespace {
 
-constexpr char Pointer[] = "puntatore"; ///< property of a heading: the pointer that it has elsewhere
+constexpr char UsualPointer[] = "puntatore"; ///< property of a heading: the pointer that it has elsewhere
 
 } // namespace
 
@@ -20,7 +20,7 @@ ColumnDrag::ColumnDrag(QWidget& strip) : QObject(&strip), strip_(strip) {}
 
 void ColumnDrag::Watch(QWidget& heading) {
   heading.setMouseTracking(true);
-  heading.setProperty(Pointer, static_cast<int>(heading.cursor().shape()));
+  heading.setProperty(UsualPointer, static_cast<int>(heading.cursor().shape()));
   heading.installEventFilter(this);
 }
 
@@ -63,7 +63,7 @@ bool ColumnDrag::Mouse(QWidget& heading, const QMouseEvent& event) {
 }
 
 void ColumnDrag::Point(QWidget& heading, bool border) {
-  const auto usual = static_cast<Qt::CursorShape>(heading.property(Pointer).toInt());
+  const auto usual = static_cast<Qt::CursorShape>(heading.property(UsualPointer).toInt());
   const Qt::CursorShape shape = border ? Qt::SplitHCursor : usual;
   if (heading.cursor().shape() != shape) {
     heading.setCursor(shape);

@@ -17,7 +17,7 @@ namespace lumoscad::qt {
 
 namespace {
 
-constexpr int SmallestWidth = 420;
+constexpr int SheetWidth = 420;
 constexpr int TallestArea = 560;
 
 QLabel* Written(const std::string& text, Qt::TextInteractionFlags flags, QWidget* parent) {
@@ -80,7 +80,7 @@ void RowDetailsQt::TakeLook() {
   auto* area = findChild<QScrollArea*>(QStringLiteral("AreaDettagli"));
   const QSize sheet = area->widget()->sizeHint();
   area->setMinimumWidth(
-      std::max(look::Scaled(SmallestWidth), sheet.width() + area->verticalScrollBar()->sizeHint().width()));
+      std::max(look::Scaled(SheetWidth), sheet.width() + area->verticalScrollBar()->sizeHint().width()));
   area->setMinimumHeight(std::min(sheet.height(), look::Scaled(TallestArea)));
 }
 

@@ -11,10 +11,10 @@ namespace {
 
 constexpr int SmallestSide = 100;
 constexpr int LargestSide = 20000;
-constexpr int SmallestWidth = 8;
-constexpr int LargestWidth = 4000;
+constexpr int NarrowestColumn = 8;
+constexpr int WidestColumn = 4000;
 
-QString Key(const QString& window, const char* what) {
+QString Entry(const QString& window, const char* what) {
   return window + QLatin1Char('/') + QLatin1String(what);
 }
 
@@ -30,7 +30,7 @@ bool Between(int number, int smallest, int largest) {
 } // namespace
 
 std::optional<QSize> WindowMemory::Size() const {
-  const QStringList sides = Kept().value(Key(window_, "dimensione")).toStringList();
+  const QStringList sides = Kept().value(Entry(window_, "dimensione")).toStringList();
   if (sides.size() != 2) {
     return std::nullopt;
   }
@@ -41,15 +41,15 @@ std::optional<QSize> WindowMemory::Size() const {
 }
 
 void WindowMemory::RememberSize(const QSize& size) const {
-  Kept().setValue(Key(window_, "dimensione"),
+  Kept().setValue(Entry(window_, "dimensione"),
                   QStringList{QString::number(size.width()), QString::number(size.height())});
 }
 
 WindowMemory::Widths WindowMemory::ColumnWidths() const {
   Widths widths;
-  for (const QString& entry : Kept().value(Key(window_, "larghezze")).toStringList()) {
+  for (const QString& entry : Kept().value(Entry(window_, "larghezze")).toStringList()) {
     const int width = entry.section(QLatin1Char('='), 1, 1).toInt();
-    if (Between(width, SmallestWidth, LargestWidth)) {
+    if (Between(width, NarrowestColumn, WidestColumn)) {
       widths[Utf8(entry.section(QLatin1Char('='), 0, 0))] = width;
     }
   }
@@ -61,16 +61,16 @@ void WindowMemory::RememberColumnWidths(const Widths& widths) const {
   for (const auto& [key, width] : widths) {
     entries.append(Text(key) + QLatin1Char('=') + QString::number(width));
   }
-  Kept().setValue(Key(window_, "larghezze"), entries);
+  Kept().setValue(Entry(window_, "larghezze"), entries);
 }
 
 std::optional<bool> WindowMemory::Open(const QString& panel) const {
-  const QVariant kept = Kept().value(Key(window_, "pannelli") + QLatin1Char('/') + panel);
+  const QVariant kept = Kept().value(Entry(window_, "pannelli") + QLatin1Char('/') + panel);
   return kept.isValid() ? std::optional(kept.toBool()) : std::nullopt;
 }
 
 void WindowMemory::RememberOpen(const QString& panel, bool open) const {
-  Kept().setValue(Key(window_, "pannelli") + QLatin1Char('/') + panel, open);
+  Kept().setValue(Entry(window_, "pannelli") + QLatin1Char('/') + panel, open);
 }
 
 void WindowMemory::Forget() const {
