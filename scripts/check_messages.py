@@ -44,6 +44,10 @@ NO_MESSAGE = [
     ("src/screens/CampiGriglia.cpp", r"nessuna ", "labels of a window"),
     ("src/screens/", r"LumoScad - .*|Nuova .*|(Consegna|Cons\.) prevista|Fatturato Euro|Scad\.? ?[Oo]rig\."
                      r"|(Des|S)eleziona tutto|Questa FormLumoScad .*|MS Sans Serif", "labels of a window"),
+    ("src/screens/EsportaGriglia.cpp", r"Spunta |<.*>", "headings of a table, and its marks"),
+    ("src/screens/FrasiVariazioni.cpp", r".*", "a line of the list of changes"),
+    ("src/screens/EffettoVariazioni.cpp", r"senza data|nessuna banca", "names of bars"),
+    ("src/screens/ResocontoGriglia.cpp", r"Per (banca|mese)", "headings of bars"),
     ("src/platform/nexaro/ProcessLock.cpp", r"lumoscad \w+ |the locks need .*", "what a lock is for"),
     ("src/platform/nexaro/OperationsTrial.cpp", r"Prova di LumoScad .*", "the content of a file"),
     ("src/platform/nexaro/ssh/SshLink.cpp", r"command -v |test -f | && .*", "the words of a shell"),

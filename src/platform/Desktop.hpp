@@ -2,6 +2,7 @@
 
 #include "platform/FieldGestures.hpp"
 #include "platform/ListGestures.hpp"
+#include "platform/ListReport.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -142,6 +143,8 @@ class ListWindow {
   /// What tells a row from others that look the same, to be shown at the end of its cell in `column`; empty for
   /// nothing. It holds until the next one is asked for.
   [[nodiscard]] virtual std::string_view Distinzione(std::size_t /*row*/, int /*column*/) const { return {}; }
+  /// What the list says of itself, and what is taken from it and brought into it; null where it does not.
+  [[nodiscard]] virtual ListReport* Report() { return nullptr; }
 
   virtual void Seleziona(std::ptrdiff_t place) = 0;            ///< the selection moved to this row
   virtual void LVScadenze_MouseDown(int x, int y) = 0;         ///< mouse-down over the list, twips

@@ -54,6 +54,7 @@ void Griglia::Azzera() {
   vista_.MostraTutte();
   scelta_.Svuota();
   passi_.Svuota();
+  resoconto_.Azzera();
   toccate_ = {};
   aspetto = 0;
   const auto ordine = stato_.order + 1;
@@ -107,6 +108,7 @@ void Griglia::Resize(const std::vector<int>& nascoste) {
 
 void Griglia::Prepara() {
   AbbandonaEditor();
+  resoconto_.Azzera();
   stato_.unloaded = false;
   motivoChiusura_.clear();
   saltaClic_ = false;

@@ -7,6 +7,7 @@
 #include "screens/GestiGriglia.hpp"
 #include "screens/InsiemeRighe.hpp"
 #include "screens/PassiGriglia.hpp"
+#include "screens/ResocontoGriglia.hpp"
 #include "screens/RigheGriglia.hpp"
 #include "screens/SelezioneGriglia.hpp"
 #include "screens/VistaGriglia.hpp"
@@ -129,6 +130,7 @@ class Griglia final : public ListWindow {
   [[nodiscard]] std::vector<RowDetail> Dettagli(std::size_t posto) const override;
   /// "rata 2", beside the item of a row that shows the same as another one in all that cannot be changed.
   [[nodiscard]] std::string_view Distinzione(std::size_t posto, int colonna) const override;
+  [[nodiscard]] ListReport* Report() override { return &resoconto_; }
 
   void Seleziona(std::ptrdiff_t posto) override;
   void LVScadenze_MouseDown(int x, int y) override;
@@ -155,6 +157,8 @@ class Griglia final : public ListWindow {
   friend class CampiGriglia;
   friend class GestiGriglia;
   friend class GestoGriglia;
+  friend class IncollaGriglia;
+  friend class ResocontoGriglia;
 
   [[nodiscard]] int SinistraColonna(int colonna) const;
   [[nodiscard]] int Larghezza(int colonna) const { return larghezze_[static_cast<std::size_t>(colonna)]; }
@@ -218,6 +222,7 @@ class Griglia final : public ListWindow {
   PassiGriglia passi_;
   InsiemeRighe toccate_; ///< the rows that a gesture has written into
   GestiGriglia gesti_{*this};
+  ResocontoGriglia resoconto_{*this};
   int colonnaOrdine_ = 0;
   int mouseX_ = 0;
   int mouseY_ = 0;

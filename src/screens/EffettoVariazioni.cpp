@@ -1,0 +1,171 @@
+#include "screens/EffettoVariazioni.hpp"
+
+#include "common/Testo.hpp"
+#include "platform/base/FoldedText.hpp"
+#include "screens/GiornoDiCella.hpp"
+#include "screens/Griglia.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <tuple>
+#include <unordered_map>
+
+namespace lumoscad {
+namespace {
+
+constexpr int PerMese = 100; ///< what a day "YYYYMMDD" is divided by
+
+std::optional<ImportoEsatto> ImportoDiRiga(const Griglia& griglia, std::size_t riga) {
+  const int colonna = griglia.Descrizione().colonnaImporto;
+  return colonna < 0 ? std::nullopt : ImportoEsatto::Leggi(griglia.righe.Testo(riga, colonna));
+}
+
+} // namespace
+
+void SommePerDivisa::Aggiungi(std::string_view divisa, const ImportoEsatto& importo) {
+  auto somma = std::find_if(somme_.begin(), somme_.end(), [divisa](const auto& s) { return s.first == divisa; });
+  if (somma == somme_.end()) {
+    somma = somme_.emplace(std::lower_bound(somme_.begin(), somme_.end(), divisa,
+                                            [](const auto& s, std::string_view d) { return s.first < d; }),
+                           std::string(divisa), ImportoEsatto());
+  }
+  somma->second += importo;
+}
+
+std::string SommePerDivisa::Testo() const {
+  std::string testo;
+  for (const auto& [divisa, somma] : somme_) {
+    testo.append(testo.empty() ? "" : "; ").append(ConDivisa(somma, divisa));
+  }
+  return testo;
+}
+
+std::string ConDivisa(const ImportoEsatto& importo, std::string_view divisa) {
+  return importo.Testo() + " " + std::string(divisa.empty() ? "€" : divisa);
+}
+
+std::string_view DivisaDiRiga(const Griglia& griglia, std::size_t riga) {
+  const int colonna = griglia.Descrizione().colonnaDivisa;
+  return colonna < 0 ? std::string_view() : griglia.righe.Testo(riga, colonna);
+}
+
+SommePerDivisa SommaRighe(const Griglia& griglia, const std::vector<std::size_t>& righe) {
+  SommePerDivisa somme;
+  for (const std::size_t riga : righe) {
+    if (const auto importo = ImportoDiRiga(griglia, riga)) {
+      somme.Aggiungi(DivisaDiRiga(griglia, riga), *importo);
+    }
+  }
+  return somme;
+}
+
+void EffettoVariazioni::Azzera() {
+  conti_.clear();
+}
+
+bool EffettoVariazioni::Riguarda(Genere genere) const {
+  const DescrizioneGriglia& d = griglia_.Descrizione();
+  return d.colonnaImporto >= 0 && (genere == Genere::Banca ? d.banca.colonna >= 0 : d.data.colonna >= 0);
+}
+
+std::string EffettoVariazioni::Chiave(Genere genere, std::size_t riga, bool dopo) const {
+  const DescrizioneGriglia& d = griglia_.Descrizione();
+  if (genere == Genere::Banca) {
+    const std::string_view codice =
+        griglia_.righe.Tag(riga, dopo && griglia_.BancaVariata(riga) ? d.banca.colonna : d.colonnaBanca);
+    return std::string(codice == Nullo ? std::string_view() : codice);
+  }
+  const int colonna = dopo && griglia_.DataVariata(riga) ? d.data.colonna : d.colonnaScadenza;
+  const auto giorno = GiornoDiCella(griglia_.righe.Testo(riga, colonna));
+  return giorno ? ConZeri(*giorno / PerMese, 6) : std::string();
+}
+
+std::string EffettoVariazioni::Nome(Genere genere, std::size_t riga, const std::string& chiave, bool dopo) const {
+  const DescrizioneGriglia& d = griglia_.Descrizione();
+  if (genere == Genere::Mese) {
+    return chiave.empty() ? "senza data" : chiave.substr(4) + "/" + chiave.substr(0, 4);
+  }
+  if (chiave.empty()) {
+    return "nessuna banca";
+  }
+  return std::string(
+      griglia_.righe.Testo(riga, dopo && griglia_.BancaVariata(riga) ? d.banca.colonna : d.colonnaBanca));
+}
+
+EffettoVariazioni::Voce& EffettoVariazioni::VoceDi(Conti& conti, Genere genere, std::size_t riga, bool dopo) const {
+  std::string chiave = Chiave(genere, riga, dopo);
+  std::string divisa(DivisaDiRiga(griglia_, riga));
+  const auto [conto, nuovo] = conti.try_emplace({chiave, divisa});
+  if (nuovo) {
+    conto->second.nome = Nome(genere, riga, chiave, dopo);
+    conto->second.chiave = std::move(chiave);
+    conto->second.divisa = std::move(divisa);
+  }
+  return conto->second;
+}
+
+void EffettoVariazioni::Conta(Genere genere) {
+  const DescrizioneGriglia& d = griglia_.Descrizione();
+  const RigheGriglia& righe = griglia_.righe;
+  Conti& conti = conti_[genere];
+  // Few banks, days and currencies stand in many rows: each pair of their numbers is looked up once.
+  std::unordered_map<std::uint64_t, Voce*> noti;
+  for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+    const auto importo = ImportoDiRiga(griglia_, riga);
+    if (!importo) {
+      continue;
+    }
+    const std::uint64_t primo =
+        genere == Genere::Banca ? righe.NumeroTag(riga, d.colonnaBanca) : righe.NumeroTesto(riga, d.colonnaScadenza);
+    const std::uint64_t secondo = d.colonnaDivisa < 0 ? 0 : righe.NumeroTesto(riga, d.colonnaDivisa);
+    Voce*& voce = noti[primo << 32U | secondo];
+    if (voce == nullptr) {
+      voce = &VoceDi(conti, genere, riga, false);
+    }
+    voce->prima += *importo;
+    ++voce->righePrima;
+  }
+  for (auto& [chiave, voce] : conti) {
+    voce.dopo = voce.prima;
+    voce.righeDopo = voce.righePrima;
+  }
+}
+
+std::vector<EffettoVariazioni::Voce> EffettoVariazioni::Voci(Genere genere, const std::vector<std::size_t>& variate) {
+  if (!Riguarda(genere)) {
+    return {};
+  }
+  if (!conti_.contains(genere)) {
+    Conta(genere);
+  }
+  Conti conti = conti_[genere];
+  for (const std::size_t riga : variate) {
+    const bool sposta = genere == Genere::Banca ? griglia_.BancaVariata(riga) : griglia_.DataVariata(riga);
+    const auto importo = sposta ? ImportoDiRiga(griglia_, riga) : std::nullopt;
+    if (importo) {
+      Voce& da = VoceDi(conti, genere, riga, false);
+      da.dopo -= *importo;
+      --da.righeDopo;
+      Voce& a = VoceDi(conti, genere, riga, true);
+      a.dopo += *importo;
+      ++a.righeDopo;
+    }
+  }
+  std::vector<Voce> voci;
+  for (auto& [chiave, voce] : conti) {
+    voci.push_back(std::move(voce));
+  }
+  const auto ordine = [genere](const Voce& voce) {
+    return std::make_tuple(voce.chiave.empty(), genere == Genere::Mese ? voce.chiave : base::Folded(voce.nome),
+                           voce.divisa);
+  };
+  std::stable_sort(voci.begin(), voci.end(), [&](const Voce& a, const Voce& b) { return ordine(a) < ordine(b); });
+  return voci;
+}
+
+bool EffettoVariazioni::Dietro(Genere genere, const Voce& voce, std::size_t riga) const {
+  return DivisaDiRiga(griglia_, riga) == voce.divisa &&
+         (Chiave(genere, riga, false) == voce.chiave || Chiave(genere, riga, true) == voce.chiave);
+}
+
+} // namespace lumoscad
