@@ -318,8 +318,10 @@ void ListParts::Below(QDialog& dialog, const ListWindow& window, QBoxLayout& sta
                                QStringLiteral("Chiude senza variare nulla (Esc)"), frameOkAnnulla);
   look::MarkAsConfirming(*PictureOk);
   look::MarkAsFaint(*lblRighe);
-  row->addWidget(lblRighe);
-  row->addStretch(1);
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(0);
+  foot.Build(lblRighe, frameOkAnnulla, *texts);
+  row->addLayout(texts, 1);
   row->addWidget(PictureOk);
   row->addWidget(PictureAnnulla);
   AddToList(stack, frameOkAnnulla, window);

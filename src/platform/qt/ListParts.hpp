@@ -2,6 +2,7 @@
 
 #include "platform/Desktop.hpp"
 #include "platform/qt/BankBox.hpp"
+#include "platform/qt/ListFoot.hpp"
 #include "platform/qt/ListHeadings.hpp"
 #include "platform/qt/ListModel.hpp"
 #include "platform/qt/ListView.hpp"
@@ -32,6 +33,7 @@ struct ListParts {
   QFrame* FrameBanca = nullptr;
   BankBox* cmbBanche2 = nullptr;
   QLabel* lblRighe = nullptr;
+  ListFoot foot; ///< what stands behind it
   QPushButton* PictureOk = nullptr;
   QPushButton* PictureAnnulla = nullptr;
 

@@ -20,6 +20,10 @@ ListWindowQt::ListWindowQt(ListWindow& window, QWidget* below) : ModalWindowQt(w
   ConnectConfirm([this] { list_.PictureOk_Click(); });
   ConnectBanks();
   ConnectHeadings();
+  if (list_.Report() != nullptr) {
+    reporter_ =
+        new ListReporter(*this, list_, parts_, [this](const std::function<void()>& action) { Gesture(action); });
+  }
   Complete();
 }
 
@@ -84,6 +88,9 @@ void ListWindowQt::Follow(const ListState& state) {
   parts_.headings->ShowOrder(state.sortedHeading, state.ascending);
   if (parts_.cmbBanche != nullptr && parts_.cmbBanche->currentIndex() != state.bankIndex) {
     parts_.cmbBanche->setCurrentIndex(state.bankIndex);
+  }
+  if (reporter_ != nullptr) {
+    reporter_->Follow(state);
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/qt/ListReporter.hpp"
 #include "platform/qt/ModalWindowQt.hpp"
 
 #include <string_view>
@@ -41,6 +42,7 @@ class ListWindowQt final : public ModalWindowQt {
   void CloseEditorWith(QObject* field, int code);
   void GoToNext(const QObject* field, int key);
 
+  ListReporter* reporter_ = nullptr; ///< null where the list says nothing of itself
   bool pressedOutside_ = false;
   bool pressedBelowRows_ = false;
   bool dragged_ = false;

@@ -1,0 +1,219 @@
+#include "platform/qt/ListReporter.hpp"
+
+#include "platform/qt/ListChanges.hpp"
+#include "platform/qt/ListEffects.hpp"
+#include "platform/qt/ListParts.hpp"
+#include "platform/qt/ListPdf.hpp"
+#include "platform/qt/Look.hpp"
+#include "platform/qt/Texts.hpp"
+
+#include <QBoxLayout>
+#include <QClipboard>
+#include <QDialog>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QScreen>
+#include <QShortcut>
+#include <QStandardPaths>
+#include <QToolButton>
+
+#include <algorithm>
+#include <utility>
+
+namespace lumoscad::qt {
+namespace {
+
+/// Asks where the rows are to be saved; empty where the person does not want it.
+QString AskWhere(QDialog& above) {
+  QFileDialog dialog(&above, QStringLiteral("Salva l'elenco"));
+  dialog.setObjectName(QStringLiteral("SaveList"));
+  dialog.setOption(QFileDialog::DontUseNativeDialog);
+  dialog.setOption(QFileDialog::DontConfirmOverwrite); // it would ask in another language
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+  const QString csv = QStringLiteral("Foglio di calcolo (*.csv)");
+  dialog.setNameFilters({csv, QStringLiteral("Documento PDF (*.pdf)")});
+  dialog.setDefaultSuffix(QStringLiteral("csv"));
+  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog, csv](const QString& filter) {
+    dialog.setDefaultSuffix(filter == csv ? QStringLiteral("csv") : QStringLiteral("pdf"));
+  });
+  dialog.setLabelText(QFileDialog::LookIn, QStringLiteral("Cartella:"));
+  dialog.setLabelText(QFileDialog::FileName, QStringLiteral("Nome:"));
+  dialog.setLabelText(QFileDialog::FileType, QStringLiteral("Tipo:"));
+  dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Salva"));
+  dialog.setLabelText(QFileDialog::Reject, QStringLiteral("Annulla"));
+  dialog.selectFile(QStringLiteral("elenco"));
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    return {};
+  }
+  QString path = dialog.selectedFiles().constFirst();
+  if (!QFileInfo::exists(path)) {
+    return path;
+  }
+  QMessageBox question(QMessageBox::NoIcon, QStringLiteral("Salva l'elenco"),
+                       QFileInfo(path).fileName() + QStringLiteral(" esiste già. Sostituirlo?"), QMessageBox::NoButton,
+                       &above);
+  const QPushButton* yes = question.addButton(QStringLiteral("Sostituisci"), QMessageBox::AcceptRole);
+  question.setDefaultButton(question.addButton(QStringLiteral("Annulla"), QMessageBox::RejectRole));
+  question.exec();
+  return question.clickedButton() == yes ? path : QString();
+}
+
+} // namespace
+
+ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Gesture gesture)
+    : QObject(&dialog), dialog_(dialog), list_(list), parts_(parts), report_(*list.Report()),
+      gesture_(std::move(gesture)) {
+  Key(QKeySequence::Copy, &ListReporter::Copy);
+  Key(QKeySequence::Paste, &ListReporter::Paste);
+  Key(QKeySequence::Save, &ListReporter::Save);
+  Key(QKeySequence(Qt::Key_F6), &ListReporter::ToggleEffects);
+  Key(QKeySequence(Qt::Key_F7), &ListReporter::ToggleChanges);
+  connect(parts_.foot.changes, &QToolButton::clicked, this, [this] { ToggleChanges(); });
+}
+
+void ListReporter::Key(const QKeySequence& keys, void (ListReporter::*action)()) {
+  auto* shortcut = new QShortcut(keys, &dialog_);
+  connect(shortcut, &QShortcut::activated, this, [this, action] { (this->*action)(); });
+}
+
+void ListReporter::Copy() {
+  gesture_([this] {
+    const CopiedRows rows = report_.Copia();
+    auto* data = new QMimeData;
+    data->setText(Text(rows.text));
+    data->setHtml(Text(rows.html));
+    QGuiApplication::clipboard()->setMimeData(data);
+  });
+}
+
+void ListReporter::Paste() {
+  const std::string text = Utf8(QGuiApplication::clipboard()->text());
+  gesture_([&] { report_.Incolla(text, parts_.table->currentIndex().column()); });
+}
+
+void ListReporter::Save() {
+  const QPointer<ListReporter> here(this);
+  const QString path = AskWhere(dialog_);
+  if (here && !path.isEmpty()) {
+    SaveAs(path);
+  }
+}
+
+void ListReporter::SaveAs(const QString& path) {
+  gesture_([this, &path] {
+    const bool pdf = path.endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive);
+    const QByteArray bytes = pdf ? PdfOf(report_.Stampa()) : QByteArray::fromStdString(report_.Csv());
+    QSaveFile file(path);
+    const bool saved = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    report_.Avvisa(saved ? Utf8(QStringLiteral("Salvato: ") + path)
+                         : Utf8(QStringLiteral("Non salvato: ") + file.errorString()));
+  });
+}
+
+void ListReporter::ToggleChanges() {
+  if (changes_ == nullptr) {
+    changes_ = new ListChanges(report_, &dialog_);
+    changes_->takenBack = [this](const std::vector<std::size_t>& places) {
+      gesture_([&] { report_.RiprendiFrasi(places); });
+    };
+    auto* stack = static_cast<QBoxLayout*>(dialog_.layout());
+    stack->insertWidget(stack->count() - 1, changes_);
+    look::Dress(dialog_);
+    changes_->hide();
+  }
+  const bool open = changes_->isHidden() && report_.QuanteFrasi() > 0;
+  if (open) {
+    changes_->Reload();
+  } else if (changes_->hasFocus()) {
+    parts_.table->setFocus();
+  }
+  changes_->setVisible(open);
+  parts_.foot.changes->setChecked(open);
+  parts_.foot.changes->setArrowType(open ? Qt::DownArrow : Qt::RightArrow);
+  if (open) {
+    changes_->setFocus();
+  }
+}
+
+void ListReporter::ToggleEffects() {
+  if (effects_ == nullptr) {
+    effects_ = new ListEffects(&dialog_);
+    effects_->chosen = [this](std::size_t group, std::size_t bar) {
+      gesture_([&] { report_.ScegliDietro(group, bar); });
+    };
+    auto* stack = static_cast<QBoxLayout*>(dialog_.layout());
+    const int place = stack->indexOf(parts_.picScadenzeBanche);
+    auto* row = new QHBoxLayout;
+    row->setSpacing(0);
+    stack->removeWidget(parts_.picScadenzeBanche);
+    row->addWidget(parts_.picScadenzeBanche, 1);
+    row->addWidget(effects_);
+    stack->insertLayout(place, row, 1);
+    look::Dress(dialog_);
+    effects_->hide();
+  }
+  const bool open = effects_->isHidden();
+  if (open) {
+    ShowEffects();
+  } else if (effects_->hasFocus()) {
+    parts_.table->setFocus();
+  }
+  effects_->setVisible(open);
+  const QScreen* screen = dialog_.screen();
+  if (open && screen != nullptr && !dialog_.isMaximized()) {
+    widthBefore_ = dialog_.width();
+    dialog_.resize(std::min(widthBefore_ + effects_->width(), screen->availableSize().width()), dialog_.height());
+    widthAfter_ = dialog_.width();
+  } else if (!open && dialog_.width() == widthAfter_ && !dialog_.isMaximized()) {
+    dialog_.resize(widthBefore_, dialog_.height());
+  }
+  if (open) {
+    effects_->setFocus();
+  }
+}
+
+void ListReporter::ShowEffects() {
+  effects_->Show(report_.Effetto());
+}
+
+void ListReporter::ShowFoot() {
+  QStringList texts;
+  for (const std::string& part : report_.Piede()) {
+    texts.append(Text(part));
+  }
+  parts_.foot.effect->SetWholeText(QStringLiteral("·  ") + texts.join(QStringLiteral("  ·  ")));
+  const std::size_t changes = report_.QuanteFrasi();
+  parts_.foot.changes->setText(QStringLiteral("Variazioni (%1)").arg(changes));
+  parts_.foot.changes->setVisible(changes > 0);
+  if (changes_ != nullptr && !changes_->isHidden()) {
+    if (changes == 0) {
+      ToggleChanges();
+    } else {
+      changes_->Reload();
+    }
+  }
+}
+
+void ListReporter::Follow(const ListState& state) {
+  const bool changed = std::exchange(content_, state.content) != state.content;
+  const bool chosen = std::exchange(selection_, state.selection) != state.selection;
+  const bool ordered = std::exchange(order_, state.order) != state.order;
+  if (changed || chosen || ordered || std::exchange(first_, false)) {
+    ShowFoot();
+    if (effects_ != nullptr && !effects_->isHidden() && changed) {
+      ShowEffects();
+    }
+  }
+  parts_.foot.notice->SetWholeText(Text(state.notice));
+  parts_.foot.notice->setVisible(!state.notice.empty());
+}
+
+} // namespace lumoscad::qt

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/Desktop.hpp"
+
+#include <QObject>
+
+#include <cstdint>
+#include <functional>
+
+class QBoxLayout;
+class QDialog;
+class QKeySequence;
+
+namespace lumoscad::qt {
+
+struct ListParts;
+class ListChanges;
+class ListEffects;
+
+/// Shows what a list says of itself: its foot, on demand the list of its changes (F7) and the panel of their effect
+/// (F6). Takes its rows away (Ctrl+C, Ctrl+S) and brings a column in (Ctrl+V). The two on demand are made when they are
+/// first asked for.
+class ListReporter final : public QObject {
+ public:
+  using Gesture = std::function<void(const std::function<void()>&)>;
+
+  /// `gesture` runs one gesture and follows it.
+  ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Gesture gesture);
+
+  /// Makes all of it follow the screen.
+  void Follow(const ListState& state);
+
+ private:
+  void Key(const QKeySequence& keys, void (ListReporter::*action)());
+  void Copy();
+  void Paste();
+  void Save();
+  void SaveAs(const QString& path);
+  void ToggleChanges();
+  void ToggleEffects();
+  void ShowEffects();
+  void ShowFoot();
+
+  QDialog& dialog_;
+  ListWindow& list_;
+  ListParts& parts_;
+  ListReport& report_;
+  Gesture gesture_;
+  ListChanges* changes_ = nullptr;
+  ListEffects* effects_ = nullptr;
+  int widthBefore_ = 0; ///< of the window, without the panel
+  int widthAfter_ = 0;  ///< and as it was made with it
+  bool first_ = true;
+  std::uint64_t content_ = 0;
+  std::uint64_t selection_ = 0;
+  std::uint64_t order_ = 0;
+};
+
+} // namespace lumoscad::qt
