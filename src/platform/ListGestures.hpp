@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,6 +19,24 @@ enum class RowPress {
   Plain, ///< the row is selected, as by any press, and the click follows
   Kept,  ///< the selection stays as it is, the row is the current one, and the click follows
   Done   ///< it is done: no click follows
+};
+
+/// Which rows of a list are in sight; all of them without any of these.
+struct ListFilter {
+  std::string text;         ///< what was typed to find rows
+  bool changedOnly = false; ///< rows that would be sent
+  bool tickedOnly = false;  ///< rows with a tick
+
+  [[nodiscard]] bool operator==(const ListFilter&) const = default;
+  [[nodiscard]] bool Empty() const { return text.empty() && !changedOnly && !tickedOnly; }
+};
+
+/// In what rows are like the current one.
+enum class Likeness {
+  Account,
+  Item, ///< of one account
+  Bank, ///< the present one
+  Month ///< of the present date
 };
 
 /// What a person can do in a list beside the gestures of its controls. A window calls, a screen answers; rows are
@@ -53,11 +73,38 @@ class ListGestures {
   virtual void SpuntaFinoA(std::size_t place, int column) = 0;
   /// Selects every row in sight.
   virtual void ScegliVisibili() = 0;
+  /// Selects those rows in sight that are not selected, and no other.
+  virtual void InvertiScelta() = 0;
+  /// Selects the rows in sight that are like the current one.
+  virtual void ScegliSimili(Likeness likeness) = 0;
+  [[nodiscard]] virtual bool Confrontabile(Likeness likeness) const = 0; ///< whether the list has such a column
+  /// Selects the rows in sight whose present date is before today.
+  virtual void ScegliScadute() = 0;
+
+  // Steps back and forth.
+
+  virtual void Annulla() = 0;
+  virtual void Rifai() = 0;
+  /// What the step is called, for instance "banca di 210 rate"; empty where there is none.
+  [[nodiscard]] virtual std::string DaAnnullare() const = 0;
+  [[nodiscard]] virtual std::string DaRifare() const = 0;
+
+  // Finding.
+
+  /// Shows those rows alone, after an editor that is open was closed. The current row stays the current one where it is
+  /// in sight, or else the next one in sight becomes it; a changed row stays in sight until another is selected.
+  virtual void Filtra(const ListFilter& filter) = 0;
+  [[nodiscard]] virtual const ListFilter& Filtro() const = 0;
+  /// The bytes of a cell's text that the filter looks for: each first one, and the one behind the last.
+  [[nodiscard]] virtual std::vector<Places> Trovati(std::size_t place, int column) const = 0;
+  /// Selects the next row whose text in the sorted column begins so. With `anew` the current row is not looked at.
+  virtual void Salta(std::string_view letters, bool anew) = 0;
 
   // Which rows there are.
 
   /// All rows, in sight or not.
   [[nodiscard]] virtual std::size_t RigheTotali() const = 0;
+  [[nodiscard]] virtual std::size_t RigheInVista() const = 0;
   /// The rows that would be sent.
   [[nodiscard]] virtual std::size_t QuanteVariate() const = 0;
   [[nodiscard]] virtual std::size_t VariateNonInVista() const = 0;

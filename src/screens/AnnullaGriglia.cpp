@@ -3,7 +3,7 @@
 #include "common/Testo.hpp"
 #include "screens/Griglia.hpp"
 
-#include <algorithm>
+#include <new>
 
 namespace lumoscad {
 void Griglia::RimettiInAlto(const CampiInAlto& alto) {
@@ -40,6 +40,9 @@ void Griglia::Annulla() {
   Avvisa("Annullato: " + NomePasso(*passo) + NonInVista(mosse));
   passi_.Annullato();
   Cambiata();
+  if (ripreso) {
+    ripreso();
+  }
 }
 
 void Griglia::Rifai() {
@@ -62,6 +65,9 @@ void Griglia::Rifai() {
   Avvisa("Ripetuto: " + NomePasso(*passo) + NonInVista(mosse));
   passi_.Rifatto();
   Cambiata();
+  if (ripreso) {
+    ripreso();
+  }
 }
 
 std::string Griglia::NomePasso(const PassoGriglia& passo) const {
@@ -78,6 +84,18 @@ std::string Griglia::NonInVista(const InsiemeRighe& insieme) const {
     insieme.Ognuna([&](std::size_t riga) { nascoste += vista_.Contiene(riga) ? 0U : 1U; });
   }
   return nascoste == 0 ? std::string() : "; " + Migliaia(nascoste) + " non in vista";
+}
+
+/// What reached rows that are not in sight is said, also of a gesture that says nothing else.
+void Griglia::AvvisaNonInVista(std::string_view nome) noexcept {
+  try {
+    const std::string nascoste = NonInVista(passi_.Mosse());
+    if (stato_.notice.empty() && !nascoste.empty()) {
+      stato_.notice = QuanteRighe(passi_.Mosse().Quante()) + ": " + std::string(nome) + nascoste;
+    }
+  } catch (const std::bad_alloc&) {
+    stato_.notice.clear();
+  }
 }
 
 } // namespace lumoscad

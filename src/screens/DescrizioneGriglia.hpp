@@ -75,10 +75,11 @@ struct DescrizioneGriglia {
   // What the columns mean; -1 for one that the list has not.
 
   int colonnaConto = -1;
-  int colonnaPartita = -1;  ///< the item or document of a row; its tag tells two with one name apart
-  int colonnaScadenza = -1; ///< the present date
-  int colonnaOrdina = -1;   ///< the same so that it sorts by time, "YYYY/MM/DD"
-  int colonnaBanca = -1;    ///< the present bank
+  int colonnaPartita = -1;   ///< the item or document of a row; its tag tells two with one name apart
+  int colonnaScadenza = -1;  ///< the present date
+  int colonnaOriginale = -1; ///< the original date
+  int colonnaOrdina = -1;    ///< the same so that it sorts by time, "YYYY/MM/DD"
+  int colonnaBanca = -1;     ///< the present bank
   int colonnaImporto = -1;
   int colonnaDivisa = -1; ///< the currency of the amount; -1: euro
   int colonnaRata = -1;

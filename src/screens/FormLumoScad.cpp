@@ -52,6 +52,7 @@ DescrizioneGriglia Descrizione() {
 
 FormLumoScad::FormLumoScad(Conferma conferma, Conferma confermaExtra)
     : griglia_(Descrizione()), conferma_(std::move(conferma)), confermaExtra_(std::move(confermaExtra)) {
+  griglia_.ripreso = [this] { MostraSelezionaTutto(); };
   Svuota();
 }
 
@@ -60,8 +61,12 @@ void FormLumoScad::Svuota() {
   LabelDescPartita.clear();
   LabelDescCliFor.clear();
   finestra_ = {};
-  finestra_.selectEverything = TestoSeleziona;
-  selezionaTutto_ = false;
+  MostraSelezionaTutto();
+}
+
+/// The text tells what was done last, not what the next click will do.
+void FormLumoScad::MostraSelezionaTutto() {
+  finestra_.selectEverything = griglia_.aspetto == TutteTolte ? TestoDeseleziona : TestoSeleziona;
 }
 
 void FormLumoScad::Aggiungi(std::string_view scadenza, std::string_view originale, std::string_view importo) {
@@ -117,12 +122,12 @@ void FormLumoScad::PicSelezionaTutto_Click() {
     MostraMessaggio("Inserisci una scadenza", "");
     return;
   }
-  selezionaTutto_ = !selezionaTutto_;
+  const GestoGriglia gesto(griglia_, "spunta di tutto", GestoGriglia::Nome::Solo);
+  griglia_.aspetto = SelezionaTutto() ? TutteTolte : TutteMesse;
   for (std::size_t riga = 0; riga < griglia_.righe.Quante(); ++riga) {
-    griglia_.SpuntaCasella(riga, selezionaTutto_);
+    griglia_.SpuntaCasella(riga, SelezionaTutto());
   }
-  // The text tells what was done last, not what the next click will do.
-  finestra_.selectEverything = selezionaTutto_ ? TestoSeleziona : TestoDeseleziona;
+  MostraSelezionaTutto();
 }
 
 void FormLumoScad::PictureOk_Click() {

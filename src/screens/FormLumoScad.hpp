@@ -43,7 +43,7 @@ class FormLumoScad final : public SingleItemWindow {
   [[nodiscard]] std::string VisualizzaExtra();
 
   [[nodiscard]] const std::string& Modo() const noexcept { return griglia_.modo; } ///< "Scad" or "Extra"
-  [[nodiscard]] bool SelezionaTutto() const noexcept { return selezionaTutto_; }
+  [[nodiscard]] bool SelezionaTutto() const noexcept { return griglia_.aspetto == TutteMesse; }
   /// "closed" when the window was left without confirming.
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
   [[nodiscard]] Griglia& griglia() noexcept { return griglia_; }
@@ -66,6 +66,11 @@ class FormLumoScad final : public SingleItemWindow {
   void PictureOk_Click() override;
 
  private:
+  /// What the grid keeps for this screen: nobody has ticked every row yet, or what was done last.
+  static constexpr int TutteMesse = 1;
+  static constexpr int TutteTolte = 2;
+
+  void MostraSelezionaTutto();
   [[nodiscard]] std::string Visualizza(std::string_view modo);
   [[nodiscard]] std::string EseguiConferma() const;
 
@@ -75,7 +80,6 @@ class FormLumoScad final : public SingleItemWindow {
   ItemDescription descrizione_;
   SingleItemState finestra_;
   std::string risultato_;
-  bool selezionaTutto_ = false;
   bool confermaDopo_ = false; ///< the confirmation waits until the window is gone
 };
 

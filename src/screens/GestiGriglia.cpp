@@ -13,7 +13,7 @@
 
 namespace lumoscad {
 
-GestoGriglia::GestoGriglia(Griglia& griglia, std::string_view nome, Nome come) : griglia_(griglia) {
+GestoGriglia::GestoGriglia(Griglia& griglia, std::string_view nome, Nome come) : griglia_(griglia), nome_(nome) {
   griglia.passi_.Comincia(nome, come == Nome::ConRighe,
                           come == Nome::Unibile ? PassiGriglia::Unione::ConPrecedente : PassiGriglia::Unione::Nessuna,
                           griglia.InAlto());
@@ -22,6 +22,9 @@ GestoGriglia::GestoGriglia(Griglia& griglia, std::string_view nome, Nome come) :
 
 GestoGriglia::~GestoGriglia() {
   griglia_.passi_.Chiudi(griglia_.InAlto());
+  if (!griglia_.passi_.Aperto()) {
+    griglia_.AvvisaNonInVista(nome_);
+  }
 }
 
 bool GestiGriglia::SelezioneMultipla() const {
@@ -42,6 +45,10 @@ std::size_t GestiGriglia::QuanteScelte() const {
 
 std::size_t GestiGriglia::RigheTotali() const {
   return griglia_.righe.Quante();
+}
+
+std::size_t GestiGriglia::RigheInVista() const {
+  return griglia_.Visibili();
 }
 
 std::size_t GestiGriglia::QuanteVariate() const {
@@ -160,13 +167,22 @@ void GestiGriglia::Vai(std::size_t posto, HeldKeys tasti) {
   }
 }
 
-void GestiGriglia::ScegliVisibili() {
-  if (!SelezioneMultipla()) {
-    return;
-  }
-  griglia_.Form_Click();
-  griglia_.scelta_.Scegli([](std::size_t) { return true; });
-  griglia_.SegnaSelezione();
+void GestiGriglia::Annulla() {
+  griglia_.Annulla();
+}
+
+void GestiGriglia::Rifai() {
+  griglia_.Rifai();
+}
+
+std::string GestiGriglia::DaAnnullare() const {
+  const PassoGriglia* const passo = griglia_.passi_.DaAnnullare();
+  return passo == nullptr ? std::string() : griglia_.NomePasso(*passo);
+}
+
+std::string GestiGriglia::DaRifare() const {
+  const PassoGriglia* const passo = griglia_.passi_.DaRifare();
+  return passo == nullptr ? std::string() : griglia_.NomePasso(*passo);
 }
 
 std::vector<std::size_t> GestiGriglia::Tratto(std::size_t riga, std::size_t altra) const {

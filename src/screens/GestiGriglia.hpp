@@ -23,6 +23,7 @@ class GestoGriglia {
     Unibile ///< the name alone; the next such gesture belongs to the same step
   };
 
+  /// `nome` outlives the gesture.
   GestoGriglia(Griglia& griglia, std::string_view nome, Nome come = Nome::ConRighe);
   GestoGriglia(const GestoGriglia&) = delete;
   GestoGriglia& operator=(const GestoGriglia&) = delete;
@@ -30,6 +31,7 @@ class GestoGriglia {
 
  private:
   Griglia& griglia_;
+  std::string_view nome_;
 };
 
 /// What a person does in a grid with many rows at once.
@@ -60,7 +62,20 @@ class GestiGriglia final : public ListGestures {
   void Vai(std::size_t posto, HeldKeys tasti) override;
   void SpuntaFinoA(std::size_t posto, int colonna) override;
   void ScegliVisibili() override;
+  void InvertiScelta() override;
+  void ScegliSimili(Likeness simile) override;
+  [[nodiscard]] bool Confrontabile(Likeness simile) const override;
+  void ScegliScadute() override;
+  void Annulla() override;
+  void Rifai() override;
+  [[nodiscard]] std::string DaAnnullare() const override;
+  [[nodiscard]] std::string DaRifare() const override;
+  void Filtra(const ListFilter& filtro) override;
+  [[nodiscard]] const ListFilter& Filtro() const override;
+  [[nodiscard]] std::vector<Places> Trovati(std::size_t posto, int colonna) const override;
+  void Salta(std::string_view lettere, bool daCapo) override;
   [[nodiscard]] std::size_t RigheTotali() const override;
+  [[nodiscard]] std::size_t RigheInVista() const override;
   [[nodiscard]] std::size_t QuanteVariate() const override;
   [[nodiscard]] std::size_t VariateNonInVista() const override;
 
@@ -69,6 +84,7 @@ class GestiGriglia final : public ListGestures {
   [[nodiscard]] std::optional<int> SpuntaDellaColonna(int colonna) const;
   void Scegli(std::size_t riga, HeldKeys tasti);
   void Corrente(std::size_t riga);
+  void ScegliDove(const auto& scegli);
   void SpuntaRighe(const std::vector<std::size_t>& righe, int quale, bool spunta);
   [[nodiscard]] bool DataInAltoBuona();
   /// The rows between two in sight, from top to bottom, both included.

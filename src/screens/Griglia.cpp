@@ -56,6 +56,9 @@ void Griglia::Azzera() {
   passi_.Svuota();
   resoconto_.Azzera();
   toccate_ = {};
+  filtro_ = {};
+  ricerca_.reset();
+  daRivedere_ = false;
   aspetto = 0;
   const auto ordine = stato_.order + 1;
   stato_ = {};
@@ -204,14 +207,20 @@ int Griglia::TrovaCoordinate(int x) const {
 }
 
 void Griglia::Seleziona(std::ptrdiff_t posto) {
-  const bool valido = posto >= 0 && static_cast<std::size_t>(posto) < vista_.Quante();
-  PortaA(valido ? std::optional(vista_.Riga(static_cast<std::size_t>(posto))) : std::nullopt);
-  if (valido) {
-    scelta_.Solo(vista_.Riga(static_cast<std::size_t>(posto)));
-  } else {
+  if (posto < 0 || static_cast<std::size_t>(posto) >= vista_.Quante()) {
+    stato_.selected = -1;
     scelta_.Svuota();
+    SegnaSelezione();
+    return;
   }
+  const std::size_t riga = vista_.Riga(static_cast<std::size_t>(posto));
+  const bool lascia = riga != RigaSelezionata();
+  stato_.selected = posto;
+  scelta_.Solo(riga);
   SegnaSelezione();
+  if (lascia && daRivedere_) {
+    MostraPassate(false, true);
+  }
 }
 
 /// Makes a row the current one, and leaves the selection as it is.
@@ -290,6 +299,11 @@ void Griglia::Ordina(int colonna) {
   if (selezionata) {
     PortaA(selezionata);
   }
+  VistaMutata();
+}
+
+/// The set or the order of the rows in sight changed.
+void Griglia::VistaMutata() {
   // The selection may be elsewhere: an open editor stays with the row on which it was opened.
   for (CellEditor* editor : {&stato_.data, &stato_.bank}) {
     if (editor->visible) {

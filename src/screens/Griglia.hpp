@@ -4,6 +4,7 @@
 #include "screens/CampiGriglia.hpp"
 #include "screens/DescrizioneGriglia.hpp"
 #include "screens/ElencoBanche.hpp"
+#include "screens/FiltroGriglia.hpp"
 #include "screens/GestiGriglia.hpp"
 #include "screens/InsiemeRighe.hpp"
 #include "screens/PassiGriglia.hpp"
@@ -13,6 +14,7 @@
 #include "screens/VistaGriglia.hpp"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,8 +40,9 @@ class Griglia final : public ListWindow {
   std::string Tag;        ///< the list's own: what it lists; empty while its rows are being loaded
   std::string modo;       ///< what the screen is being used for, for instance "DEBITI/CREDITI"
   std::vector<ListLabel> etichette;
-  std::string avviso; ///< what the person is told at the head of the list; empty for nothing
-  int aspetto = 0;    ///< what a screen shows of its own and a step back brings back
+  std::string avviso;            ///< what the person is told at the head of the list; empty for nothing
+  int aspetto = 0;               ///< what a screen shows of its own and a step back brings back
+  std::function<void()> ripreso; ///< runs after a step was taken back or done again
 
   /// Forgets rows, editors, selection and top fields, for a new showing.
   void Azzera();
@@ -66,6 +69,10 @@ class Griglia final : public ListWindow {
   [[nodiscard]] std::size_t Visibili() const { return vista_.Quante(); }
   [[nodiscard]] std::size_t RigaVisibile(std::size_t posto) const { return vista_.Riga(posto); }
   [[nodiscard]] bool InVista(std::size_t riga) const { return vista_.Contiene(riga); }
+  /// Shows the rows that a filter lets through, and those that the person is at.
+  void Filtra(const ListFilter& filtro);
+  /// Selects the next row whose text in the sorted column begins with `lettere`.
+  void Salta(std::string_view lettere, bool daCapo);
   [[nodiscard]] const SelezioneGriglia& Selezione() const noexcept { return scelta_; }
 
   /// Whether a row has a new date or bank that would be sent.
@@ -178,6 +185,11 @@ class Griglia final : public ListWindow {
   void ScriviNumero(int campo, std::size_t riga, std::uint32_t numero);
   /// "; 5 non in vista", or nothing where all of them are.
   [[nodiscard]] std::string NonInVista(const InsiemeRighe& insieme) const;
+  void AvvisaNonInVista(std::string_view nome) noexcept;
+  [[nodiscard]] FiltroGriglia::Colonne ColonneDelFiltro() const;
+  [[nodiscard]] bool Passa(std::size_t riga) const;
+  void MostraPassate(bool traVisibili, bool tieni);
+  void VistaMutata();
   /// Abandons an editor that is open; false where none is.
   [[nodiscard]] bool LasciaEditor();
   [[nodiscard]] std::string_view DataTolta(std::size_t riga) const;
@@ -195,7 +207,10 @@ class Griglia final : public ListWindow {
   [[nodiscard]] std::vector<std::size_t> ConIGruppi(const std::vector<std::size_t>& scelte) const;
   void Ordina(int colonna);
   /// Tells the window that cells changed.
-  void Cambiata() noexcept { ++stato_.content; }
+  void Cambiata() noexcept {
+    ++stato_.content;
+    daRivedere_ = vista_.Ristretta();
+  }
   void Scarica() noexcept { stato_.unloaded = true; }
 
   /// Finds the rows that look like another one.
@@ -220,7 +235,10 @@ class Griglia final : public ListWindow {
   VistaGriglia vista_{righe};
   SelezioneGriglia scelta_{vista_};
   PassiGriglia passi_;
-  InsiemeRighe toccate_; ///< the rows that a gesture has written into
+  ListFilter filtro_;
+  std::optional<FiltroGriglia> ricerca_; ///< what was typed in it
+  bool daRivedere_ = false;              ///< rows in sight may no longer be among those that it lets through
+  InsiemeRighe toccate_;                 ///< the rows that a gesture has written into
   GestiGriglia gesti_{*this};
   ResocontoGriglia resoconto_{*this};
   int colonnaOrdine_ = 0;

@@ -58,6 +58,7 @@ class PassiGriglia {
   /// A cell is about to be written, by a gesture or by what belongs to none. Says nothing where it stays as it is.
   void Annota(int campo, std::size_t riga, std::uint32_t prima, std::uint32_t dopo);
 
+  [[nodiscard]] bool Aperto() const noexcept { return dentro_ > 0; }
   /// The rows that the gesture changed that runs, or else the last one.
   [[nodiscard]] const InsiemeRighe& Mosse() const noexcept { return mosse_; }
   /// The step that would be taken back, or done again; null where there is none.

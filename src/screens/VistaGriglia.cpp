@@ -12,10 +12,21 @@ std::optional<std::size_t> VistaGriglia::Posto(std::size_t riga) const {
   if (!insieme_.Contiene(riga)) {
     return std::nullopt;
   }
+  return Prima(riga);
+}
+
+std::size_t VistaGriglia::Prima(std::size_t riga) const {
   const auto trovata =
       std::lower_bound(inOrdine_.begin(), inOrdine_.end(), righe_.PostoDellaRiga(riga),
                        [this](std::uint32_t altra, std::size_t posto) { return righe_.PostoDellaRiga(altra) < posto; });
   return static_cast<std::size_t>(trovata - inOrdine_.begin());
+}
+
+std::optional<std::size_t> VistaGriglia::PostoDa(std::size_t riga) const {
+  if (Quante() == 0) {
+    return std::nullopt;
+  }
+  return ristretta_ ? std::min(Prima(riga), Quante() - 1) : righe_.PostoDellaRiga(riga);
 }
 
 void VistaGriglia::MostraTutte() {

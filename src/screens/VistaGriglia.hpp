@@ -26,6 +26,9 @@ class VistaGriglia {
   /// The place of a row; nothing for one that is not in sight.
   [[nodiscard]] std::optional<std::size_t> Posto(std::size_t riga) const;
 
+  /// The place of a row, or of the next one in sight, or of the last; nothing where none is in sight.
+  [[nodiscard]] std::optional<std::size_t> PostoDa(std::size_t riga) const;
+
   void MostraTutte();
   /// Shows the rows of `insieme` alone.
   void Mostra(InsiemeRighe insieme);
@@ -33,6 +36,9 @@ class VistaGriglia {
   void Riordina();
 
  private:
+  /// How many rows in sight stand before this one.
+  [[nodiscard]] std::size_t Prima(std::size_t riga) const;
+
   const RigheGriglia& righe_;
   InsiemeRighe insieme_;
   std::vector<std::uint32_t> inOrdine_; ///< the rows in sight, by their places

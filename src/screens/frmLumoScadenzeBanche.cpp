@@ -59,6 +59,7 @@ DescrizioneGriglia Descrizione() {
   d.colonnaConto = Schermata::Conto;
   d.colonnaPartita = Schermata::Partita;
   d.colonnaScadenza = Schermata::Scadenza;
+  d.colonnaOriginale = Schermata::ScadenzaOrig;
   d.colonnaOrdina = Schermata::ScadenzaOrdinaData;
   d.colonnaBanca = Schermata::Banca;
   d.colonnaImporto = Schermata::Importo;

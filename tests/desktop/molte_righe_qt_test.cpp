@@ -5,10 +5,12 @@
 #include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/TestBench.hpp"
 
+#include <QAction>
 #include <QApplication>
-#include <QComboBox>
+#include <QContextMenuEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QTest>
 #include <QTimer>
 
@@ -248,6 +250,139 @@ TEST_F(ManyRows, StayAsTheyAreWhenTheDateIsRefusedWithOneBox) {
     Tasto(Qt::Key_Return);
     EXPECT_EQ(box.size(), 1U);
     EXPECT_EQ(ConData("31/03/2006").size(), 30U);
+  });
+}
+
+TEST_F(ManyRows, AreTakenBackByOneKeyAndDoneAgainByAnother) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Tasto(Qt::Key_A, Qt::ControlModifier);
+    while (lista.currentIndex().column() != Schermata::NuovaScadenza) {
+      Tasto(Qt::Key_Right);
+    }
+    Scrivi("200127");
+    Tasto(Qt::Key_Return);
+    EXPECT_EQ(ConData("20/01/2027").size(), 30U);
+    Tasto(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_THAT(ConData("20/01/2027"), IsEmpty());
+    EXPECT_EQ(Trova<QLabel>(finestra, "FootNotice").text(), "Annullato: scadenza di 30 rate");
+    Tasto(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(ConData("20/01/2027").size(), 30U);
+    Tasto(Qt::Key_Z, Qt::ControlModifier);
+    Tasto(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(ConData("20/01/2027").size(), 30U);
+  });
+}
+
+TEST_F(ManyRows, AreTakenBackFromTheFieldAtTheTopWhenItHasNothingOfItsOwn) {
+  Mostra([&](QDialog& finestra) {
+    Premi(Lista(finestra), 4, Schermata::Radio2);
+    auto& inAlto = Trova<QLineEdit>(finestra, "TextScadenza");
+    inAlto.setFocus();
+    Scrivi("2");
+    Tasto(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(inAlto.text(), "") << "first what was typed in it";
+    EXPECT_THAT(Spuntate(1), ElementsAre(4));
+  });
+}
+
+TEST_F(ManyRows, AreFoundByWhatIsTypedAndShownAgainByEsc) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    EXPECT_EQ(finestra.findChild<QWidget*>("FilterBar"), nullptr);
+    Tasto(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(Visibile(finestra, "FilterBar"));
+    Scrivi("conto:12");
+    EXPECT_EQ(lista.model()->rowCount(), 6);
+    EXPECT_EQ(Trova<QLabel>(finestra, "FilterCount").text(), "6 di 30");
+    EXPECT_EQ(Trova<QLabel>(finestra, "lblRighe").text(), "30 righe");
+    Tasto(Qt::Key_Return);
+    EXPECT_TRUE(lista.hasFocus());
+    Tasto(Qt::Key_A, Qt::ControlModifier);
+    while (lista.currentIndex().column() != Schermata::NuovaScadenza) {
+      Tasto(Qt::Key_Right);
+    }
+    Scrivi("200127");
+    Tasto(Qt::Key_Return);
+    Tasto(Qt::Key_F, Qt::ControlModifier);
+    Tasto(Qt::Key_Escape);
+    EXPECT_FALSE(Visibile(finestra, "FilterBar"));
+    EXPECT_TRUE(lista.hasFocus());
+    EXPECT_EQ(lista.model()->rowCount(), 30);
+    EXPECT_THAT(ConData("20/01/2027"), ElementsAre(12, 13, 14, 15, 16, 17));
+  });
+}
+
+TEST_F(ManyRows, AreReachedByTabFromTheFieldsAboveThroughTheFilterWhereItIsShown) {
+  Mostra([&](QDialog& finestra) {
+    Trova<QWidget>(finestra, "cmbBanche").setFocus();
+    Tasto(Qt::Key_Tab);
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+    Tasto(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(Trova<QWidget>(finestra, "TextFiltro").hasFocus());
+    Tasto(Qt::Key_Tab);
+    Tasto(Qt::Key_Tab);
+    Tasto(Qt::Key_Tab);
+    EXPECT_TRUE(Lista(finestra).hasFocus());
+  });
+}
+
+TEST_F(ManyRows, ThatAreChangedOutOfSightKeepEscFromClosing) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Premi(lista, 0, Schermata::NuovaScadenza);
+    Scrivi("200127");
+    Tasto(Qt::Key_Return);
+    Tasto(Qt::Key_F, Qt::ControlModifier);
+    Scrivi("cliente 14");
+    Tasto(Qt::Key_Return);
+    Tasto(Qt::Key_Escape);
+    EXPECT_TRUE(finestra.isVisible());
+    EXPECT_TRUE(Trova<QWidget>(finestra, "PictureAnnulla").hasFocus());
+  });
+}
+
+TEST_F(ManyRows, AreReachedByALetterTypedInTheList) {
+  griglia.righe.ImpostaTesto(20, Schermata::Conto, "ZORZI");
+  griglia.Resize();
+  Mostra([&](QDialog& finestra) {
+    Scrivi("z");
+    EXPECT_EQ(Lista(finestra).currentIndex().row(), 29);
+    EXPECT_EQ(griglia.RigaSelezionata(), 20U);
+  });
+}
+
+TEST_F(ManyRows, AreOfferedInTheMenuOfTheList) {
+  Mostra([&](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    Tasto(Qt::Key_Menu);
+    auto& menu = Trova<QMenu>(finestra, "ListMenu");
+    EXPECT_TRUE(menu.isVisible());
+    menu.close();
+    for (const auto& [tasto, con] : {std::pair(Qt::Key_Menu, Qt::KeyboardModifiers()),
+                                     std::pair(Qt::Key_F10, Qt::KeyboardModifiers(Qt::ShiftModifier))}) {
+      lista.setFocus();
+      Tasto(tasto, con);
+      EXPECT_TRUE(menu.isVisible());
+      menu.close();
+    }
+    QContextMenuEvent destro(QContextMenuEvent::Mouse, lista.visualRect(lista.model()->index(5, 0)).center(),
+                             lista.viewport()->mapToGlobal(lista.visualRect(lista.model()->index(5, 0)).center()));
+    QApplication::sendEvent(lista.viewport(), &destro);
+    EXPECT_TRUE(menu.isVisible());
+    EXPECT_THAT(Scelte(lista), ElementsAre(5));
+    QStringList voci;
+    for (const QAction* voce : menu.actions()) {
+      voci << voce->text();
+    }
+    EXPECT_TRUE(voci.contains("Seleziona visibili (30)\tCtrl+A")) << voci.join("|").toStdString();
+    EXPECT_TRUE(voci.contains("Seleziona tutto il conto"));
+    menu.close();
+    lista.setFocus();
+    Tasto(Qt::Key_I, Qt::ControlModifier);
+    EXPECT_EQ(Scelte(lista).size(), 29U);
+    Tasto(Qt::Key_M, Qt::ControlModifier);
+    EXPECT_EQ(Scelte(lista).size(), 30U) << "all fall in one month";
   });
 }
 

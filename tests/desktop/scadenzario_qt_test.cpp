@@ -412,5 +412,30 @@ TEST_F(ItemWindow, ShowsItsTextsWhole) {
   });
 }
 
+TEST_F(ItemWindow, TakesATickOfAllRowsBackByOneKey) {
+  Mostra([this](QDialog& finestra) {
+    auto& inAlto = Trova<QLineEdit>(finestra, "TextScadenza");
+    inAlto.setFocus();
+    Scrivi("200127");
+    ListaScad(finestra).setFocus();
+    Premi(finestra, "PicSelezionaTutto");
+    Premi(finestra, "PicSelezionaTutto");
+    EXPECT_EQ(Trova<QPushButton>(finestra, "PicSelezionaTutto").text(), "De&seleziona tutto");
+    EXPECT_EQ(Spuntate(), 0);
+    ListaScad(finestra).setFocus();
+    Tasto(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(Spuntate(), 4);
+    EXPECT_TRUE(form.SelezionaTutto());
+    EXPECT_EQ(Trova<QPushButton>(finestra, "PicSelezionaTutto").text(), "&Seleziona tutto");
+    EXPECT_EQ(Nuova(3), "20/01/2027");
+    Tasto(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(Spuntate(), 0);
+    EXPECT_EQ(Nuova(3), "");
+    EXPECT_EQ(inAlto.text(), "20/01/2027");
+    Tasto(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(Spuntate(), 4);
+  });
+}
+
 } // namespace
 } // namespace lumoscad::test

@@ -4,6 +4,7 @@
 #include "platform/qt/Texts.hpp"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -280,6 +281,27 @@ void ListView::keyPressEvent(QKeyEvent* event) {
   QTableView::keyPressEvent(event);
 }
 
+void ListView::keyboardSearch(const QString& letters) {
+  if (gestures_ == nullptr || letters.isEmpty() || !letters.at(0).isPrint() || letters.at(0).isSpace()) {
+    return;
+  }
+  const bool anew = !sinceLast_.isValid() || sinceLast_.elapsed() > QApplication::keyboardInputInterval();
+  sinceLast_.start();
+  letters_ = anew ? letters : letters_ + letters;
+  listener_->LettersTyped(letters_, anew);
+}
+
+void ListView::contextMenuEvent(QContextMenuEvent* event) {
+  event->accept();
+  if (gestures_ == nullptr) {
+    return;
+  }
+  const bool mouse = event->reason() == QContextMenuEvent::Mouse;
+  const QRect cell = visualRect(currentIndex());
+  listener_->MenuAsked(mouse ? rowAt(event->pos().y()) : currentIndex().row(),
+                       mouse ? event->globalPos() : viewport()->mapToGlobal(cell.center()));
+}
+
 /// The keys of several rows: Shift and Ctrl with a movement or the space bar, and Ctrl+A.
 bool ListView::SelectionKey(const QKeyEvent& event) {
   if (gestures_ == nullptr || (event.modifiers() & (Qt::AltModifier | Qt::MetaModifier))) {
@@ -291,6 +313,10 @@ bool ListView::SelectionKey(const QKeyEvent& event) {
   }
   const HeldKeys held = Held(event.modifiers());
   const QModelIndex cell = currentIndex();
+  if (event.key() == Qt::Key_Menu || (event.key() == Qt::Key_F10 && held.shift)) {
+    listener_->MenuAsked(cell.row(), viewport()->mapToGlobal(visualRect(cell).center()));
+    return true;
+  }
   if (event.key() == Qt::Key_Space && cell.isValid()) {
     if (held.control) {
       listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), 0, {false, true});

@@ -7,6 +7,7 @@
 #include "platform/qt/ListPainter.hpp"
 #include "platform/qt/Look.hpp"
 
+#include <QElapsedTimer>
 #include <QTableView>
 
 #include <map>
@@ -40,6 +41,10 @@ class ListListener {
   virtual void CellActivated(const QModelIndex& cell) = 0;
   /// The rows up to this cell are to be ticked as the first of them is.
   virtual void TickedUpTo(const QModelIndex& cell) = 0;
+  /// Letters were typed on the list; `anew` when they do not go on from others.
+  virtual void LettersTyped(const QString& letters, bool anew) = 0;
+  /// The context menu is asked for, over this row, at this place of the screen.
+  virtual void MenuAsked(int row, const QPoint& where) = 0;
   /// Every row is to be selected.
   virtual void AllSelected() = 0;
   /// A digit was typed on a date cell.
@@ -94,7 +99,8 @@ class ListView final : public QTableView {
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override { return {look::Scaled(240), 4 * look::RowHeight()}; }
 
-  void keyboardSearch(const QString&) override {} // a search would read every row
+  /// Letters typed in the list: where rows are sorted, the screen looks for them.
+  void keyboardSearch(const QString& letters) override;
 
  protected:
   void currentChanged(const QModelIndex& newOne, const QModelIndex& oldOne) override;
@@ -106,6 +112,7 @@ class ListView final : public QTableView {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
@@ -137,6 +144,8 @@ class ListView final : public QTableView {
   ListImages* images_;
   ListPainter painter_;
   ListListener* listener_ = nullptr;
+  QString letters_;         ///< typed one after the other
+  QElapsedTimer sinceLast_; ///< of them
   bool muteSelection_ = false;
   bool clipped_ = false; ///< the table knows the selected rows in sight alone
   bool pressed_ = false;

@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QMouseEvent>
 #include <QShortcut>
+#include <QVBoxLayout>
 
 #include <utility>
 
@@ -24,6 +25,7 @@ ListWindowQt::ListWindowQt(ListWindow& window, QWidget* below) : ModalWindowQt(w
     reporter_ =
         new ListReporter(*this, list_, parts_, [this](const std::function<void()>& action) { Gesture(action); });
   }
+  AddMenu();
   Complete();
 }
 
@@ -84,7 +86,56 @@ void ListWindowQt::ConnectHeadings() {
   }
 }
 
+void ListWindowQt::AddMenu() {
+  ListGestures* const gestures = list_.Gestures();
+  if (gestures == nullptr) {
+    return;
+  }
+  menu_ = new ListMenu(
+      *gestures, [this](const std::function<void()>& gesture) { Gesture(gesture); }, this);
+  menu_->Add(QStringLiteral("Trova…"), Qt::CTRL | Qt::Key_F, [this] {
+    Gesture([this] { list_.Form_Click(); });
+    if (!Closed()) {
+      Filter().Ask();
+    }
+  });
+}
+
+/// The bar is there from the first time on that it is asked for.
+FilterBar& ListWindowQt::Filter() {
+  if (filter_ == nullptr) {
+    filter_ = new FilterBar(this);
+    if (auto* stack = qobject_cast<QVBoxLayout*>(layout())) {
+      stack->insertWidget(stack->indexOf(parts_.picScadenzeBanche), filter_);
+    }
+    filter_->TabBehind(parts_.cmbBanche != nullptr ? static_cast<QWidget*>(parts_.cmbBanche) : parts_.TextScadenza);
+    filter_->changed = [this](const ListFilter& filter) { Gesture([&] { list_.Gestures()->Filtra(filter); }); };
+    filter_->left = [this] { parts_.table->setFocus(); };
+  }
+  return *filter_;
+}
+
+void ListWindowQt::MenuAsked(int row, const QPoint& where) {
+  if (menu_ == nullptr) {
+    return;
+  }
+  const ListGestures& gestures = *list_.Gestures();
+  Gesture([&] {
+    list_.Form_Click();
+    if (row >= 0 && !gestures.Scelta(static_cast<std::size_t>(row))) {
+      list_.Seleziona(row);
+    }
+  });
+  if (!Closed()) {
+    menu_->Open(where);
+  }
+}
+
 void ListWindowQt::Follow(const ListState& state) {
+  const ListGestures* const gestures = list_.Gestures();
+  if (gestures != nullptr && (filter_ != nullptr || !gestures->Filtro().Empty())) {
+    Filter().Follow(gestures->Filtro(), gestures->RigheInVista(), gestures->RigheTotali());
+  }
   parts_.headings->ShowOrder(state.sortedHeading, state.ascending);
   if (parts_.cmbBanche != nullptr && parts_.cmbBanche->currentIndex() != state.bankIndex) {
     parts_.cmbBanche->setCurrentIndex(state.bankIndex);

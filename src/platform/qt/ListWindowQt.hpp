@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/qt/FilterBar.hpp"
+#include "platform/qt/ListMenu.hpp"
 #include "platform/qt/ListReporter.hpp"
 #include "platform/qt/ModalWindowQt.hpp"
 
@@ -29,6 +31,7 @@ class ListWindowQt final : public ModalWindowQt {
   void Follow(const ListState& state) override;
   void MousePressed(int row, int x, int y, HeldKeys held) override;
   void MouseDragged(int row) override;
+  void MenuAsked(int row, const QPoint& where) override;
   void MouseReleased() override;
   void CellActivated(const QModelIndex& cell) override;
   void DigitTyped(const QModelIndex& cell, const QString& digit) override;
@@ -38,11 +41,15 @@ class ListWindowQt final : public ModalWindowQt {
   void ConnectTyping(BankBox* box, BankField field);
   void ShowDropDown(std::string_view name, bool opened);
   void ConnectHeadings();
+  void AddMenu();
+  [[nodiscard]] FilterBar& Filter();
   bool KeyInEditor(QObject* field, int key);
   void CloseEditorWith(QObject* field, int code);
   void GoToNext(const QObject* field, int key);
 
   ListReporter* reporter_ = nullptr; ///< null where the list says nothing of itself
+  FilterBar* filter_ = nullptr;      ///< null until it is asked for
+  ListMenu* menu_ = nullptr;         ///< null where the screen has no gestures of its own
   bool pressedOutside_ = false;
   bool pressedBelowRows_ = false;
   bool dragged_ = false;

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QFocusEvent>
 #include <QFrame>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -144,6 +145,10 @@ void ModalWindowQt::AllSelected() {
   Gesture([this] { list_.Gestures()->ScegliVisibili(); });
 }
 
+void ModalWindowQt::LettersTyped(const QString& letters, bool anew) {
+  Gesture([this, utf8 = Utf8(letters), anew] { list_.Gestures()->Salta(utf8, anew); });
+}
+
 void ModalWindowQt::LaidOut() {
   parts_.headings->LayOut();
   PlaceEditor();
@@ -190,7 +195,9 @@ void ModalWindowQt::Abandon() {
 }
 
 void ModalWindowQt::ShowRowCount() {
-  parts_.lblRighe->setText(RowCountText(model_.rowCount()));
+  const ListGestures* const gestures = list_.Gestures();
+  const bool narrowed = gestures != nullptr && !gestures->Filtro().Empty();
+  parts_.lblRighe->setText(RowCountText(narrowed ? static_cast<int>(gestures->RigheTotali()) : model_.rowCount()));
 }
 
 void ModalWindowQt::Synchronise() {
@@ -351,6 +358,12 @@ bool ModalWindowQt::event(QEvent* event) {
 bool ModalWindowQt::eventFilter(QObject* object, QEvent* event) {
   if (object == parts_.TextScadenza && event->type() == QEvent::FocusIn) {
     enteredByClick_ = static_cast<const QFocusEvent&>(*event).reason() == Qt::MouseFocusReason;
+  }
+  if (object == parts_.TextScadenza && event->type() == QEvent::KeyPress &&
+      static_cast<const QKeyEvent&>(*event).matches(QKeySequence::Undo) && !parts_.TextScadenza->isUndoAvailable() &&
+      list_.Gestures() != nullptr) {
+    Gesture([this] { list_.Gestures()->Annulla(); }); // nothing of the field's own is left to take back
+    return true;
   }
   // A click into the field selects the date as Tab does, so that the next one replaces it.
   if (object == parts_.TextScadenza && event->type() == QEvent::MouseButtonRelease &&

@@ -67,6 +67,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void RowMoved(int row, HeldKeys held) override;
   void TickedUpTo(const QModelIndex& cell) override;
   void AllSelected() override;
+  void LettersTyped(const QString& letters, bool anew) override;
   void LaidOut() override;
   void TakeLook() override;
   bool event(QEvent* event) override;

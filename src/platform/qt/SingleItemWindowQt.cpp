@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QShortcut>
 #include <QWindow>
 
 #include <utility>
@@ -106,6 +107,18 @@ void SingleItemWindowQt::ConnectFields() {
   parts_.table->installEventFilter(this);
   parts_.table->setFocusPolicy(Qt::StrongFocus); // the wheel must not take the focus from an open editor
   ConnectButtons();
+  ConnectSteps();
+}
+
+void SingleItemWindowQt::ConnectSteps() {
+  const auto connectKeys = [this](const QKeySequence& keys, void (ListGestures::*step)()) {
+    auto* shortcut = new QShortcut(keys, this);
+    connect(shortcut, &QShortcut::activated, this,
+            [this, step] { Gesture([this, step] { (list_.Gestures()->*step)(); }); });
+  };
+  connectKeys(Qt::CTRL | Qt::Key_Z, &ListGestures::Annulla);
+  connectKeys(Qt::CTRL | Qt::Key_Y, &ListGestures::Rifai);
+  connectKeys(Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &ListGestures::Rifai);
 }
 
 void SingleItemWindowQt::ConnectButtons() {
@@ -128,7 +141,9 @@ void SingleItemWindowQt::ConnectButtons() {
   }
 }
 
-void SingleItemWindowQt::Follow(const ListState& /*stato*/) {
+void SingleItemWindowQt::Follow(const ListState& state) {
+  parts_.foot.notice->SetWholeText(Text(state.notice));
+  parts_.foot.notice->setVisible(!state.notice.empty());
   ShowSingleItem(window_.Stato());
 }
 

@@ -23,6 +23,7 @@ class SingleItemWindowQt final : public ModalWindowQt {
   void Follow(const ListState& state) override;
   void MousePressed(int row, int x, int y, HeldKeys held) override;
   void MouseDragged(int /*row*/) override {} // one row at a time
+  void MenuAsked(int /*row*/, const QPoint& /*where*/) override {}
   void MouseReleased() override;
   void CellActivated(const QModelIndex& cell) override;
   void DigitTyped(const QModelIndex& cell, const QString& digit) override;
@@ -33,6 +34,7 @@ class SingleItemWindowQt final : public ModalWindowQt {
   void RenameParts();
   void ConnectFields();
   void ConnectButtons();
+  void ConnectSteps();
 
   void ShowSingleItem(const SingleItemState& state);
   void KeepOnTop(bool above);

@@ -1,0 +1,120 @@
+#include "platform/qt/FilterBar.hpp"
+
+#include "platform/qt/Texts.hpp"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QScopedValueRollback>
+
+namespace lumoscad::qt {
+
+namespace {
+
+constexpr int SmallestField = 220;
+
+QString Number(std::size_t number) {
+  return QLocale(QLocale::Italian, QLocale::Italy).toString(static_cast<qulonglong>(number));
+}
+
+} // namespace
+
+FilterBar::FilterBar(QWidget* parent)
+    : QFrame(parent), text_(new QLineEdit(this)), changedOnly_(new QCheckBox(QStringLiteral("Solo modificate"), this)),
+      tickedOnly_(new QCheckBox(QStringLiteral("Solo spuntate"), this)), count_(new QLabel(this)) {
+  setObjectName(QStringLiteral("FilterBar"));
+  text_->setObjectName(QStringLiteral("TextFiltro"));
+  text_->setAccessibleName(QStringLiteral("Filtro delle righe"));
+  text_->setPlaceholderText(QStringLiteral("Trova: parole, importi, >1000, <31/12, banca:, conto:, -parola"));
+  text_->setToolTip(
+      QStringLiteral("Mostra solo le righe che hanno tutto ciò che è scritto (Ctrl+F; Esc le mostra tutte)"));
+  text_->setContextMenuPolicy(Qt::NoContextMenu);
+  text_->setClearButtonEnabled(true);
+  text_->setMinimumWidth(SmallestField);
+  changedOnly_->setObjectName(QStringLiteral("ChangedOnly"));
+  tickedOnly_->setObjectName(QStringLiteral("TickedOnly"));
+  count_->setObjectName(QStringLiteral("FilterCount"));
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(0, 4, 0, 4);
+  row->setSpacing(12);
+  row->addWidget(text_, 1);
+  row->addWidget(changedOnly_);
+  row->addWidget(tickedOnly_);
+  row->addWidget(count_);
+  for (QWidget* field : std::initializer_list<QWidget*>{text_, changedOnly_, tickedOnly_}) {
+    field->installEventFilter(this);
+  }
+  connect(text_, &QLineEdit::textChanged, this, [this] { Tell(); });
+  connect(changedOnly_, &QCheckBox::toggled, this, [this] { Tell(); });
+  connect(tickedOnly_, &QCheckBox::toggled, this, [this] { Tell(); });
+  hide();
+}
+
+void FilterBar::TabBehind(QWidget* before) {
+  for (QWidget* field : std::initializer_list<QWidget*>{text_, changedOnly_, tickedOnly_}) {
+    QWidget::setTabOrder(before, field);
+    before = field;
+  }
+}
+
+void FilterBar::Ask() {
+  show();
+  text_->setFocus(Qt::ShortcutFocusReason);
+  text_->selectAll();
+}
+
+void FilterBar::Tell() {
+  if (!following_ && changed) {
+    changed({Utf8(text_->text()), changedOnly_->isChecked(), tickedOnly_->isChecked()});
+  }
+}
+
+void FilterBar::Follow(const ListFilter& filter, std::size_t inSight, std::size_t all) {
+  const QScopedValueRollback<bool> mute(following_, true);
+  if (Utf8(text_->text()) != filter.text) {
+    text_->setText(Text(filter.text));
+  }
+  changedOnly_->setChecked(filter.changedOnly);
+  tickedOnly_->setChecked(filter.tickedOnly);
+  count_->setText(filter.Empty() ? QString() : Number(inSight) + QStringLiteral(" di ") + Number(all));
+  if (!filter.Empty()) {
+    show();
+  }
+}
+
+void FilterBar::Leave() {
+  if (left) {
+    left();
+  }
+}
+
+bool FilterBar::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() != QEvent::KeyPress) {
+    return QFrame::eventFilter(object, event);
+  }
+  const auto& key = static_cast<const QKeyEvent&>(*event);
+  if (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+    return false;
+  }
+  switch (key.key()) {
+  case Qt::Key_Escape:
+    if (changed) {
+      changed({});
+    }
+    Leave();
+    hide();
+    return true;
+  case Qt::Key_Return:
+  case Qt::Key_Enter:
+  case Qt::Key_Down:
+    Leave();
+    return true;
+  default:
+    return false;
+  }
+}
+
+} // namespace lumoscad::qt

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/ListGestures.hpp"
+
+#include <QFrame>
+
+#include <functional>
+
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+
+namespace lumoscad::qt {
+
+/// The bar above a list in which a person says which rows are to be in sight. It is hidden until it is asked for; Esc
+/// in it empties and hides it.
+class FilterBar final : public QFrame {
+ public:
+  explicit FilterBar(QWidget* parent);
+
+  /// Told of what was typed or ticked.
+  std::function<void(const ListFilter&)> changed;
+  /// Told when the person goes on to the list.
+  std::function<void()> left;
+
+  /// Shows the bar and gives its field the keyboard.
+  void Ask();
+  /// Follows the screen: what it filters by, and how many rows of all of them are in sight.
+  void Follow(const ListFilter& filter, std::size_t inSight, std::size_t all);
+  /// Places the bar's controls behind `before` in the order of Tab.
+  void TabBehind(QWidget* before);
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  void Tell();
+  void Leave();
+
+  QLineEdit* text_;
+  QCheckBox* changedOnly_;
+  QCheckBox* tickedOnly_;
+  QLabel* count_;
+  bool following_ = false;
+};
+
+} // namespace lumoscad::qt

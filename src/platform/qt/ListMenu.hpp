@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/ListGestures.hpp"
+
+#include <QObject>
+
+#include <functional>
+#include <vector>
+
+class QAction;
+class QMenu;
+class QPoint;
+class QWidget;
+
+namespace lumoscad::qt {
+
+/// The context menu of a list, and the keys of its entries, which work without it too.
+class ListMenu final : public QObject {
+ public:
+  /// Runs a gesture and follows it.
+  using Run = std::function<void(const std::function<void()>&)>;
+
+  /// `window` hears the keys.
+  ListMenu(ListGestures& gestures, Run run, QWidget* window);
+
+  /// Adds an entry at the end. `action` is run as it is.
+  QAction* Add(const QString& text, const QKeySequence& keys, std::function<void()> action);
+  void Open(const QPoint& where);
+
+ private:
+  QAction* AddGesture(const QString& text, const QKeySequence& keys, std::function<void()> gesture);
+  void AddSelections();
+  void AddSteps();
+  void AddSeparator();
+  void Name();
+
+  ListGestures& gestures_;
+  Run run_;
+  QWidget* window_;
+  QMenu* menu_ = nullptr; ///< there from its first opening on
+  std::vector<QAction*> entries_;
+  QAction* visible_ = nullptr;
+  QAction* undo_ = nullptr;
+  QAction* redo_ = nullptr;
+};
+
+} // namespace lumoscad::qt
