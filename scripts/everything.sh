@@ -13,6 +13,9 @@ cmake --build --preset release -j "$processors" >build/registri/release-intero.l
   { tail -n 80 build/registri/release-intero.log; exit 1; }
 ctest --preset release -j "$((processors * 2))" --no-tests=error --output-on-failure
 
+step "10.000 sequenze di gesti a caso, contro il modello"
+LUMOSCAD_PER_INTERO=1 build/release/bin/griglia_test --gtest_filter='GesturesAtRandom.*'
+
 # Deep in the product only: in the tests the paths that the analyser walks are those of the runner's macros.
 step "clang-tidy, più a fondo sul prodotto e anche sulle prove"
 scripts/tidy.py --deep build src app

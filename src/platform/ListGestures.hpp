@@ -67,6 +67,8 @@ class ListGestures {
   virtual void Trascina(std::size_t place) = 0;
   /// The button went up after it was moved: over ticks, those of the rows passed take the other state of the first.
   virtual void Rilascia() = 0;
+  /// Whether the editor that is open writes into several rows: they stay selected when it closes.
+  [[nodiscard]] virtual bool EditorDiMolte() const = 0;
   /// Moves to a row by keyboard: with Shift the selection follows, with Ctrl it stays.
   virtual void Vai(std::size_t place, HeldKeys held) = 0;
   /// The tick `column` of the rows between the anchor and this one takes the state that the anchor's has.

@@ -153,6 +153,10 @@ void GestiGriglia::Rilascia() {
   }
 }
 
+bool GestiGriglia::EditorDiMolte() const {
+  return !griglia_.molteInModifica_.empty();
+}
+
 void GestiGriglia::Vai(std::size_t posto, HeldKeys tasti) {
   if (posto >= griglia_.Visibili()) {
     return;

@@ -59,6 +59,7 @@ class GestiGriglia final : public ListGestures {
   [[nodiscard]] RowPress Premi(std::size_t posto, int x, HeldKeys tasti) override;
   void Trascina(std::size_t posto) override;
   void Rilascia() override;
+  [[nodiscard]] bool EditorDiMolte() const override;
   void Vai(std::size_t posto, HeldKeys tasti) override;
   void SpuntaFinoA(std::size_t posto, int colonna) override;
   void ScegliVisibili() override;

@@ -235,6 +235,8 @@ TEST_F(ManyRows, GetADateThatIsTypedOnOneOfThem) {
     Tasto(Qt::Key_Return);
     EXPECT_THAT(ConData("20/01/2027"), ElementsAre(1, 2, 3));
     EXPECT_EQ(griglia.Stato().notice, "3 rate: scadenza 20/01/2027");
+    EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 3)) << "a gesture keeps the selection";
+    EXPECT_TRUE(lista.hasFocus());
     EXPECT_THAT(box, IsEmpty());
   });
 }

@@ -15,6 +15,7 @@ namespace lumoscad::qt {
 namespace {
 
 constexpr int SmallestField = 220;
+constexpr int FieldMargin = 5;
 
 QString Number(std::size_t number) {
   return QLocale(QLocale::Italian, QLocale::Italy).toString(static_cast<qulonglong>(number));
@@ -22,7 +23,7 @@ QString Number(std::size_t number) {
 
 } // namespace
 
-FilterBar::FilterBar(QWidget* parent)
+FilterBar::FilterBar(QWidget* parent, int margin)
     : QFrame(parent), text_(new QLineEdit(this)), changedOnly_(new QCheckBox(QStringLiteral("Solo modificate"), this)),
       tickedOnly_(new QCheckBox(QStringLiteral("Solo spuntate"), this)), count_(new QLabel(this)) {
   setObjectName(QStringLiteral("FilterBar"));
@@ -33,12 +34,12 @@ FilterBar::FilterBar(QWidget* parent)
       QStringLiteral("Mostra solo le righe che hanno tutto ciò che è scritto (Ctrl+F; Esc le mostra tutte)"));
   text_->setContextMenuPolicy(Qt::NoContextMenu);
   text_->setClearButtonEnabled(true);
-  text_->setMinimumWidth(SmallestField);
+  text_->setMinimumSize(SmallestField, fontMetrics().height() + 2 * FieldMargin);
   changedOnly_->setObjectName(QStringLiteral("ChangedOnly"));
   tickedOnly_->setObjectName(QStringLiteral("TickedOnly"));
   count_->setObjectName(QStringLiteral("FilterCount"));
   auto* row = new QHBoxLayout(this);
-  row->setContentsMargins(0, 4, 0, 4);
+  row->setContentsMargins(0, 4, margin, 4);
   row->setSpacing(12);
   row->addWidget(text_, 1);
   row->addWidget(changedOnly_);

@@ -16,7 +16,8 @@ namespace lumoscad::qt {
 /// in it empties and hides it.
 class FilterBar final : public QFrame {
  public:
-  explicit FilterBar(QWidget* parent);
+  /// `margin` is what stays free at its right end, in pixels.
+  FilterBar(QWidget* parent, int margin);
 
   /// Told of what was typed or ticked.
   std::function<void(const ListFilter&)> changed;

@@ -104,7 +104,7 @@ void ListWindowQt::AddMenu() {
 /// The bar is there from the first time on that it is asked for.
 FilterBar& ListWindowQt::Filter() {
   if (filter_ == nullptr) {
-    filter_ = new FilterBar(this);
+    filter_ = new FilterBar(this, parts_.picScadenzeBanche->layout()->contentsMargins().right());
     if (auto* stack = qobject_cast<QVBoxLayout*>(layout())) {
       stack->insertWidget(stack->indexOf(parts_.picScadenzeBanche), filter_);
     }
@@ -203,16 +203,22 @@ void ListWindowQt::KeyRefused() {
 }
 
 bool ListWindowQt::KeyInEditor(QObject* field, int key) {
+  const ListGestures* const gestures = list_.Gestures();
+  const bool stays = gestures != nullptr && gestures->EditorDiMolte();
   switch (key) {
   case Qt::Key_Tab:
   case Qt::Key_Backtab:
     CloseEditorWith(field, TabCode);
-    GoToNext(field, key);
+    if (!stays) {
+      GoToNext(field, key);
+    }
     return true;
   case Qt::Key_Return:
   case Qt::Key_Enter:
     CloseEditorWith(field, EnterCode);
-    GoToNext(field, Qt::Key_Return);
+    if (!stays) {
+      GoToNext(field, Qt::Key_Return);
+    }
     return true;
   case Qt::Key_Escape:
     Gesture([this] { list_.AbbandonaEditor(); });
