@@ -104,7 +104,8 @@ std::string TestDB2(std::string_view command) {
       const std::string prima(righe.Fields("FILEXML").Value().value_or(""));
       righe.Fields("FILEXML").SetValue(TestoDiProva);
       righe.Update();
-      riscontri.emplace_back([&](ado::Connection& nuova) { return RiscontroDiProva(nuova, comando, prima); });
+      riscontri.emplace_back(
+          [&comando, prima](ado::Connection& nuova) { return RiscontroDiProva(nuova, comando, prima); });
     }
     std::optional<TransactionOutcome> esito;
     moduloDatabase::ConfermaOCerca(transazione, *connection, parametri, riscontri, esito);

@@ -144,7 +144,7 @@ std::string NomeTolto(std::string_view percorso) {
   if (const std::string parte = ParteDellaNota(percorso); !parte.empty()) {
     return "remove the " + parte;
   }
-  if (percorso.ends_with(".parte") || percorso.ends_with(".archivio")) {
+  if (percorso.ends_with(".parte") || percorso.ends_with(".conferma") || percorso.ends_with(".archivio")) {
     return "";
   }
   return percorso.substr(il.cartella.size()).starts_with("VB") ? "remove the local copy of the lock"

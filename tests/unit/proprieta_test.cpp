@@ -14,6 +14,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace lumoscad;
@@ -93,11 +94,24 @@ std::vector<std::size_t> Ordine(const RigheGriglia& elenco) {
   return ordine;
 }
 
-/// The order that a stable sort of the texts gives, letters in any case.
+/// Small letters as capitals, and the other way round.
+std::string Scambiate(std::string testo) {
+  for (char& c : testo) {
+    const bool piccola = c >= 'a' && c <= 'z';
+    c = piccola ? static_cast<char>(c - 'a' + 'A') : Minuscole(std::string(1, c)).front();
+  }
+  return testo;
+}
+
+/// The order that a stable sort of the texts gives, where case counts only between texts that are else the same, small
+/// letters first.
 std::vector<std::size_t> OrdineAtteso(const RigheGriglia& elenco, int colonna, bool crescente) {
   std::vector<std::size_t> ordine(elenco.Quante());
   std::iota(ordine.begin(), ordine.end(), std::size_t{0});
-  const auto chiave = [&](std::size_t riga) { return Minuscole(std::string(elenco.Testo(riga, colonna))); };
+  const auto chiave = [&](std::size_t riga) {
+    const std::string testo(elenco.Testo(riga, colonna));
+    return std::pair(Minuscole(testo), Scambiate(testo));
+  };
   std::stable_sort(ordine.begin(), ordine.end(), [&](std::size_t a, std::size_t b) {
     return crescente ? chiave(a) < chiave(b) : chiave(b) < chiave(a);
   });
