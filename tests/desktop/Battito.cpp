@@ -31,7 +31,8 @@ void Battito::Annota() {
 
 void Battito::Batti() {
   auto* finestra = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-  if (finestra == nullptr || !finestra->isVisible()) {
+  // Where the reading takes long its own small window comes first.
+  if (finestra == nullptr || !finestra->isVisible() || finestra->objectName() == "FormLettura") {
     return;
   }
   if (corrente_.empty()) {
