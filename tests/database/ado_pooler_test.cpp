@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -146,6 +147,7 @@ TEST_F(Pooler, OfTransactionsAmongManyLeavesNoChangeThatIsNotTold) {
   std::atomic<int> applied = 0;
   std::atomic<int> unknown = 0;
   std::atomic<int> otherwise = 0;
+  std::mutex opening; // the driver reads and sets the process' locale when it connects
   std::vector<std::thread> threads;
   for (int number = 0; number < Threads; ++number) {
     threads.emplace_back([&] {
@@ -153,7 +155,10 @@ TEST_F(Pooler, OfTransactionsAmongManyLeavesNoChangeThatIsNotTold) {
         Connection connection;
         connection.ConnectionString = pooler->ConnectionText(source);
         try {
-          connection.Open();
+          {
+            const std::lock_guard alone(opening);
+            connection.Open();
+          }
           connection.BeginTrans();
           connection.Execute(test::Change);
           connection.CommitTrans();
