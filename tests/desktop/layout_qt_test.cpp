@@ -309,7 +309,7 @@ TEST(RowDetails, ComeUpWithF3AndLeaveTheListAsItWas) {
     WithDetails(window, [](QDialog& details) {
       EXPECT_EQ(Trova<QLabel>(details, "Dettaglio0").text(), "Rossi & Figli <S.n.c.>");
       EXPECT_EQ(Trova<QLabel>(details, "Dettaglio1").accessibleName(), "Codice conto: C01");
-      EXPECT_TRUE(Trova<QWidget>(details, "PulsanteChiudi").hasFocus());
+      EXPECT_TRUE(QTest::qWaitFor([&] { return Trova<QWidget>(details, "PulsanteChiudi").hasFocus(); }));
     });
     EXPECT_TRUE(fake.gesti.empty());
     EXPECT_EQ(window.focusWidget(), &Lista(window)) << "which has the keyboard again with the window";
