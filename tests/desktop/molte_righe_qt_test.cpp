@@ -329,6 +329,16 @@ TEST_F(ManyRows, AreReachedByTabFromTheFieldsAboveThroughTheFilterWhereItIsShown
   });
 }
 
+TEST_F(ManyRows, HaveTheirFilterAboveThemAlsoBesideAPanelThatWasThereBefore) {
+  Mostra([&](QDialog& finestra) {
+    Tasto(Qt::Key_F6);
+    Tasto(Qt::Key_F, Qt::ControlModifier);
+    const auto alto = [&finestra](QWidget& parte) { return parte.mapTo(&finestra, QPoint(0, 0)).y(); };
+    auto& filtro = Trova<QWidget>(finestra, "TextFiltro");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return alto(filtro) > 0 && alto(filtro) < alto(Lista(finestra)); }));
+  });
+}
+
 TEST_F(ManyRows, ThatAreChangedOutOfSightKeepEscFromClosing) {
   Mostra([&](QDialog& finestra) {
     QTableView& lista = Lista(finestra);

@@ -101,12 +101,26 @@ void ListWindowQt::AddMenu() {
   });
 }
 
+/// The list stands in the window's stack, or in a row of it beside a panel.
+int ListWindowQt::PlaceOfTheList(const QBoxLayout& stack) const {
+  int place = 0;
+  while (place < stack.count()) {
+    QLayoutItem& item = *stack.itemAt(place);
+    const bool beside = item.layout() != nullptr && item.layout()->indexOf(parts_.picScadenzeBanche) >= 0;
+    if (beside || item.widget() == parts_.picScadenzeBanche) {
+      break;
+    }
+    ++place;
+  }
+  return place;
+}
+
 /// The bar is there from the first time on that it is asked for.
 FilterBar& ListWindowQt::Filter() {
   if (filter_ == nullptr) {
     filter_ = new FilterBar(this, parts_.picScadenzeBanche->layout()->contentsMargins().right());
     if (auto* stack = qobject_cast<QVBoxLayout*>(layout())) {
-      stack->insertWidget(stack->indexOf(parts_.picScadenzeBanche), filter_);
+      stack->insertWidget(PlaceOfTheList(*stack), filter_);
     }
     filter_->TabBehind(parts_.cmbBanche != nullptr ? static_cast<QWidget*>(parts_.cmbBanche) : parts_.TextScadenza);
     filter_->changed = [this](const ListFilter& filter) { Gesture([&] { list_.Gestures()->Filtra(filter); }); };

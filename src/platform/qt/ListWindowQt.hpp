@@ -7,6 +7,8 @@
 
 #include <string_view>
 
+class QBoxLayout;
+
 namespace lumoscad::qt {
 
 /// The one modal window of all list screens: to what all windows over a list do it adds the headings, the two banks,
@@ -42,6 +44,7 @@ class ListWindowQt final : public ModalWindowQt {
   void ShowDropDown(std::string_view name, bool opened);
   void ConnectHeadings();
   void AddMenu();
+  [[nodiscard]] int PlaceOfTheList(const QBoxLayout& stack) const;
   [[nodiscard]] FilterBar& Filter();
   bool KeyInEditor(QObject* field, int key);
   void CloseEditorWith(QObject* field, int code);
