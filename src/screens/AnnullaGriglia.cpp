@@ -30,6 +30,7 @@ void Griglia::Annulla() {
     return;
   }
   InsiemeRighe mosse;
+  // NOLINTNEXTLINE(modernize-loop-convert): backwards, for which the standard library has no range that clang 14 takes
   for (auto scritte = passo->scritte.rbegin(); scritte != passo->scritte.rend(); ++scritte) {
     for (auto cella = scritte->celle.rbegin(); cella != scritte->celle.rend(); ++cella) {
       ScriviNumero(scritte->campo, cella->riga, cella->prima);

@@ -51,8 +51,8 @@ void CampiGriglia::Scrivi(DateField campo, const std::string& testo) {
   }
 }
 
-void CampiGriglia::Sposta(DateField campo, DataScritta::Passo passo, int quanti) {
-  Scrivi(campo, DataScritta::Sposta(Testo(campo), DataDellaRiga(campo), Adesso(), passo, quanti));
+void CampiGriglia::Sposta(DateField campo, dataScritta::Passo passo, int quanti) {
+  Scrivi(campo, dataScritta::Sposta(Testo(campo), DataDellaRiga(campo), Adesso(), passo, quanti));
 }
 
 void CampiGriglia::EspandiTextScadenza() {
@@ -60,11 +60,11 @@ void CampiGriglia::EspandiTextScadenza() {
 }
 
 CalendarDate CampiGriglia::GiornoDelCampo(DateField campo) const {
-  return DataDi(DataScritta::GiornoDelCampo(Testo(campo), DataDellaRiga(campo), Adesso()));
+  return DataDi(dataScritta::GiornoDelCampo(Testo(campo), DataDellaRiga(campo), Adesso()));
 }
 
 void CampiGriglia::ScegliGiorno(DateField campo, CalendarDate giorno) {
-  Scrivi(campo, DataScritta::Scrivi(GiornoDi(giorno)));
+  Scrivi(campo, dataScritta::Scrivi(GiornoDi(giorno)));
 }
 
 const CalendarioScadenze& CampiGriglia::Calendario() {

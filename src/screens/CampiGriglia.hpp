@@ -19,8 +19,8 @@ class CampiGriglia final : public FieldGestures {
  public:
   explicit CampiGriglia(Griglia& griglia) : griglia_(griglia) {}
 
-  void SpostaGiorni(DateField campo, int giorni) override { Sposta(campo, DataScritta::Passo::Giorno, giorni); }
-  void SpostaMesi(DateField campo, int mesi) override { Sposta(campo, DataScritta::Passo::Mese, mesi); }
+  void SpostaGiorni(DateField campo, int giorni) override { Sposta(campo, dataScritta::Passo::Giorno, giorni); }
+  void SpostaMesi(DateField campo, int mesi) override { Sposta(campo, dataScritta::Passo::Mese, mesi); }
   void EspandiTextScadenza() override;
   [[nodiscard]] CalendarDate GiornoDelCampo(DateField campo) const override;
   [[nodiscard]] std::vector<CalendarDay> Giorni(CalendarDate primo, int quanti) override;
@@ -32,7 +32,7 @@ class CampiGriglia final : public FieldGestures {
   [[nodiscard]] std::string_view Testo(DateField campo) const;
   /// The present date of the row that the field belongs to; empty for none.
   [[nodiscard]] std::string_view DataDellaRiga(DateField campo) const;
-  void Sposta(DateField campo, DataScritta::Passo passo, int quanti);
+  void Sposta(DateField campo, dataScritta::Passo passo, int quanti);
   void Scrivi(DateField campo, const std::string& testo);
   [[nodiscard]] const CalendarioScadenze& Calendario();
 

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace lumoscad::DataScritta {
+namespace lumoscad::dataScritta {
 namespace {
 
 constexpr std::string_view FineDelMese = "fm";
@@ -66,4 +66,4 @@ std::string Sposta(std::string_view testo, std::string_view dataDellaRiga, const
   return Scrivibile(a) ? Scrivi(a) : std::string(testo);
 }
 
-} // namespace lumoscad::DataScritta
+} // namespace lumoscad::dataScritta

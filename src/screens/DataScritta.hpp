@@ -9,7 +9,7 @@
 /// What a person may write into a date field besides a date, and what keys do to what is written there. A field belongs
 /// to a row, whose present date counts where nothing else is said, or to none (an empty `dataDellaRiga`): then it is
 /// today, from the clock service.
-namespace lumoscad::DataScritta {
+namespace lumoscad::dataScritta {
 
 /// Writes out the short forms: "fm" is the last day of the month, "+" with one to three digits that many days later, of
 /// the row's present date. Every other text comes back as it is, for the date check; so does a short form where the
@@ -33,4 +33,4 @@ enum class Passo { Giorno, Mese };
 [[nodiscard]] std::string Sposta(std::string_view testo, std::string_view dataDellaRiga, const DateTime& oggi,
                                  Passo passo, int quanti);
 
-} // namespace lumoscad::DataScritta
+} // namespace lumoscad::dataScritta

@@ -107,7 +107,7 @@ void Griglia::TogliScadenza() {
 }
 
 std::string Griglia::DataEspansa(std::string_view testo, std::optional<std::size_t> riga) const {
-  return DataScritta::Espandi(testo, riga ? DataPresente(*riga) : std::string_view(), ActiveServices().localTime());
+  return dataScritta::Espandi(testo, riga ? DataPresente(*riga) : std::string_view(), ActiveServices().localTime());
 }
 
 std::string_view Griglia::DataPresente(std::size_t riga) const {

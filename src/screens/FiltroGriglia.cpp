@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <iterator>
 #include <optional>
 
@@ -167,17 +168,17 @@ std::vector<FiltroGriglia::Dove> FiltroGriglia::In(const std::vector<int>& colon
 bool FiltroGriglia::Confronta(Confronto confronto, std::strong_ordering ordine) {
   switch (confronto) {
   case Confronto::Maggiore:
-    return ordine > 0;
+    return std::is_gt(ordine);
   case Confronto::MaggioreUguale:
-    return ordine >= 0;
+    return std::is_gteq(ordine);
   case Confronto::Minore:
-    return ordine < 0;
+    return std::is_lt(ordine);
   case Confronto::MinoreUguale:
-    return ordine <= 0;
+    return std::is_lteq(ordine);
   case Confronto::Uguale:
     break;
   }
-  return ordine == 0;
+  return std::is_eq(ordine);
 }
 
 bool FiltroGriglia::Vale(const Condizione& condizione, std::string_view testo, bool importo) const {
@@ -232,12 +233,12 @@ bool FiltroGriglia::ImplicaConfronto(const Condizione& questa, const Condizione&
   const bool piuStretta = questa.confronto == quella.confronto || quella.confronto == Confronto::MaggioreUguale ||
                           quella.confronto == Confronto::MinoreUguale;
   if (sopra(questa.confronto) && sopra(quella.confronto)) {
-    return piuStretta ? ordine >= 0 : ordine > 0;
+    return piuStretta ? std::is_gteq(ordine) : std::is_gt(ordine);
   }
   if (sotto(questa.confronto) && sotto(quella.confronto)) {
-    return piuStretta ? ordine <= 0 : ordine < 0;
+    return piuStretta ? std::is_lteq(ordine) : std::is_lt(ordine);
   }
-  return questa.confronto == quella.confronto && ordine == 0;
+  return questa.confronto == quella.confronto && std::is_eq(ordine);
 }
 
 bool FiltroGriglia::Implica(const Condizione& questa, const Condizione& quella) {

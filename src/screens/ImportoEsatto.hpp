@@ -26,6 +26,7 @@ class ImportoEsatto {
   ImportoEsatto& operator+=(const ImportoEsatto& altro) noexcept;
   ImportoEsatto& operator-=(const ImportoEsatto& altro) noexcept;
   [[nodiscard]] ImportoEsatto operator-() const noexcept;
+  // NOLINTNEXTLINE(modernize-use-nullptr): it takes the comparison with 0 for one with a pointer
   [[nodiscard]] friend auto operator<=>(const ImportoEsatto&, const ImportoEsatto&) = default;
 
  private:

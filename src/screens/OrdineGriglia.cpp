@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <compare>
 #include <cstring>
 #include <limits>
 #include <numeric>
@@ -111,7 +112,7 @@ class OrdineTesti {
     }
     const bool intere = (a.resto & b.resto & Intera) != 0;
     const auto ordine = intere ? std::strong_ordering::equal : OrdinePiegati(Piegato(a), Piegato(b));
-    return ordine != 0 ? ordine < 0 : base::BeforeByAccentsAndCase(primo, secondo);
+    return std::is_neq(ordine) ? std::is_lt(ordine) : base::BeforeByAccentsAndCase(primo, secondo);
   }
 
   [[nodiscard]] std::string_view Piegato(const Chiave& chiave) const {

@@ -8,9 +8,9 @@
 namespace lumoscad {
 namespace {
 
-using DataScritta::Espandi;
-using DataScritta::Passo;
-using DataScritta::Sposta;
+using dataScritta::Espandi;
+using dataScritta::Passo;
+using dataScritta::Sposta;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

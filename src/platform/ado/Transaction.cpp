@@ -391,6 +391,7 @@ std::string TransactionMark::Text() const {
 TransactionMark TransactionMark::FromText(std::string_view text) {
   TransactionMark mark;
   // From the last part to the first: whatever stands in a server's name, its end is where the next part begins.
+  // NOLINTNEXTLINE(modernize-loop-convert): backwards, for which the standard library has no range that clang 14 takes
   for (auto part = PartsOfMark.rbegin(); part != PartsOfMark.rend(); ++part) {
     const std::string title = std::string(part->first) + " ";
     const auto behindComma = text.rfind(std::string(Comma) + title);

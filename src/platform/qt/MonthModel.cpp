@@ -33,7 +33,7 @@ QModelIndex MonthModel::CellOf(const QDate& day) const {
 }
 
 const CalendarDay* MonthModel::DayAt(const QModelIndex& cell) const {
-  const auto place = static_cast<std::size_t>(cell.row() * Weekdays + cell.column());
+  const auto place = static_cast<std::size_t>(cell.row()) * Weekdays + static_cast<std::size_t>(cell.column());
   return cell.isValid() && place < days_.size() ? &days_[place] : nullptr;
 }
 
