@@ -32,6 +32,19 @@ void Aggiungi(Variazioni& variazioni, const std::string& chiave, const std::opti
   }
 }
 
+/// What a transaction has made of each row: several of its statements may have changed one.
+Variazioni Insieme(const std::vector<Cambio>& cambi) {
+  std::map<std::string, Cambio> righe;
+  for (const Cambio& cambio : cambi) {
+    righe.emplace(cambio.chiave, cambio).first->second.dopo = cambio.dopo;
+  }
+  Variazioni variazioni;
+  for (const auto& [chiave, riga] : righe) {
+    Aggiungi(variazioni, chiave, riga.prima, riga.dopo);
+  }
+  return variazioni;
+}
+
 class Confrontatore {
  public:
   Confrontatore(const Modello& modello, const std::vector<Conferma>& conferme, const std::vector<Caduta>& cadute)
@@ -178,10 +191,7 @@ class Confrontatore {
     } else if (!comando.risultato.empty() || (!comando.accettata && comando.comando != "-T TEST")) {
       riscontro_.errori.push_back(comando.nome + " changed the database and answered \"" + comando.risultato + "\"");
     }
-    Variazioni avvenuto;
-    for (const Cambio& cambio : conferme_[posto].cambi) {
-      Aggiungi(avvenuto, cambio.chiave, cambio.prima, cambio.dopo);
-    }
+    const Variazioni avvenuto = Insieme(conferme_[posto].cambi);
     const std::size_t dalla = std::min(Trovate(comando), posto);
     const auto effetti = Effetti(comando, dalla, posto);
     if (effetti.back() == avvenuto) {

@@ -209,6 +209,33 @@ TEST(Reconciliation, AnOverlapMustBeOneInTime) {
               ElementsAre(HasSubstr("T02.1 changed what it does not ask for")));
 }
 
+TEST(Reconciliation, ARowThatALaterLineOfTheRequestCarriesAlongIsInOrder) {
+  // The first line moves a row onto the date of another row of the document, which the second line moves on.
+  const auto riga = [](const std::string& consegna) {
+    return "1001|-|101|P|N|-|-|-|-|2026-" + consegna + "|" + (consegna < "05" ? "O" : " ");
+  };
+  const Stato iniziale{{"E10", riga("04-11")}, {"E11", riga("04-20")}, {"M1001", "N|OC|106|2006"}};
+  const Stato finale{{"E10", riga("07-14")}, {"E11", riga("07-14")}, {"M1001", "N|OC|106|2006"}};
+  const Eseguito comando = Comando("T01.1", 10, 20, {"01", "CONSEGNA", "PRESUNTI", "T01", "/tmp/x.dos"},
+                                   "20100001,OC,1,06,20260411,20260316,20260420\r\n"
+                                   "20100001,OC,1,06,20260420,20260315,20260714\r\n");
+  const auto prova = [&](std::vector<Cambio> cambi, const Stato& esito) {
+    const std::vector<Conferma> conferme{{"T01.1", 15 * Secondo, std::move(cambi)}};
+    return Confronta(Modello({1, 0, 0, 1, 0}, iniziale), iniziale, esito, conferme, {comando});
+  };
+  const std::string inMezzo = "1001|-|101|P|N|-|-|-|-|2026-04-20| ";
+  const auto riscontro =
+      prova({{"E10", riga("04-11"), inMezzo}, {"E10", inMezzo, riga("07-14")}, {"E11", riga("04-20"), riga("07-14")}},
+            finale);
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.inOrdine, 1U);
+  Stato lasciata = finale;
+  lasciata["E10"] = inMezzo;
+  EXPECT_THAT(prova({{"E10", riga("04-11"), inMezzo}, {"E11", riga("04-20"), riga("07-14")}}, lasciata).errori,
+              ElementsAre(HasSubstr("changed what it does not ask for")))
+      << "a row that the second line had to carry along";
+}
+
 Eseguito Blocca(const std::string& nome, Istante letto, Istante dentro, Istante fuori) {
   Eseguito comando;
   comando.nome = nome;

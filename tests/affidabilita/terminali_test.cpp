@@ -162,5 +162,27 @@ TEST_F(ManyTerminals, AChangeOfARowThatSomebodySuspendedMeanwhileStaysWithTheHos
   VerificaResti();
 }
 
+TEST_F(ManyTerminals, ARowThatIsMovedOntoAnothersDateGoesOnWithIt) {
+  ASSERT_EQ(sistema
+                .Avvia({"T01",
+                        {"-T CONSEGNA /PRESUNTI -H locale -D 01 -B X -TIPOMOVIMENTI V -S OC -A 06 -N 1\t"
+                         "data:=04/03/2026:15/07/26;data:=03/03/2026:04/03/26;conferma"}})
+                .Attendi(),
+            0);
+  ASSERT_EQ(LeggiComandi(sistema, "T01", comandi), 1U);
+  EXPECT_EQ(comandi[0].risultato, "");
+  ASSERT_EQ(comandi[0].contenuto, "20100002,OC,1,06,20260303,20260303,20260304\r\n"
+                                  "20100002,OC,1,06,20260304,20260304,20260715\r\n")
+      << "the second line finds what the first has moved";
+  const Riscontro riscontro = Confronta();
+  EXPECT_THAT(riscontro.errori, IsEmpty());
+  EXPECT_EQ(riscontro.inOrdine, 1U);
+  const Stato stato = LeggiStato(sistema);
+  EXPECT_EQ(stato.at("E10010"), "1001|-|102|P|N|-|-|-|2|2026-03-02|O");
+  EXPECT_EQ(stato.at("E10011"), "1001|-|102|P|N|-|-|-|3|2026-07-15| ");
+  EXPECT_EQ(stato.at("E10012"), "1001|-|102|P|N|-|-|-|4|2026-07-15| ");
+  VerificaResti();
+}
+
 } // namespace
 } // namespace lumoscad::test
