@@ -83,8 +83,12 @@ std::optional<Nota> Letta(const PercorsiNota& percorsi, std::string_view nome) {
     }
     nota.errore = errore.Text();
   }
-  if (!LeggiFile(percorsi.fase, nota, testoNota::LeggiFase)) {
-    LeggiFile(percorsi.conferma, nota, LeggiConferma);
+  LeggiFile(percorsi.fase, nota, testoNota::LeggiFase);
+  // A mark is of a COMMIT whose phase could not be written; what was written since counts more.
+  if (nota.fase == FaseNota::Avviata || nota.fase == FaseNota::Accettata) {
+    if (!LeggiFile(percorsi.conferma, nota, LeggiConferma) && MarkedInPlace(percorsi.nota)) {
+      LeggiConferma({}, nota);
+    }
   }
   LeggiFile(percorsi.archivio, nota, testoNota::LeggiArchivio);
   return nota;

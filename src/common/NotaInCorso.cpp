@@ -173,8 +173,8 @@ void NotaInCorso::SegnaFase(FaseNota fase) noexcept {
   const bool scritta = Prova([&] { Scrivi(fase, risposta_, transazione_, righeRimaste_); }) ||
                        Prova([&] { Scrivi(fase, {}, transazione_, Nessuna); });
   // Of the other phases each is told safely by the one before it; this one would be told as a change never tried.
-  if (!scritta && fase == FaseNota::ConfermaInviata) {
-    MarkLocalFile(percorsi_->fase, percorsi_->conferma);
+  if (!scritta && fase == FaseNota::ConfermaInviata && !MarkLocalFile(percorsi_->fase, percorsi_->conferma)) {
+    file_.MarkInPlace();
   }
 }
 

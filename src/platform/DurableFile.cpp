@@ -283,6 +283,18 @@ bool HeldFile::Held() const noexcept {
   return number_ >= 0 && process_ == ::getpid();
 }
 
+void HeldFile::MarkInPlace() const noexcept {
+  const Holding* const holding = Held() ? HoldingOf(number_) : nullptr;
+  if (holding != nullptr && Ours(*holding) && ::fchmod(number_, S_IRUSR | S_IWUSR | S_ISVTX) == 0) {
+    ::fsync(number_);
+  }
+}
+
+bool MarkedInPlace(const std::string& path) noexcept {
+  struct stat state {};
+  return ::lstat(path.c_str(), &state) == 0 && S_ISREG(state.st_mode) && (state.st_mode & S_ISVTX) != 0;
+}
+
 bool HeldBySomebody(const std::string& path) noexcept {
   const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   return file.Opened() && !Lock(file.Number(), LOCK_SH);

@@ -47,6 +47,10 @@ class HeldFile {
   void LetGo() noexcept;
   /// Whether this process holds it.
   [[nodiscard]] bool Held() const noexcept;
+  /// Marks the file, which must be held and this user's, in its permissions, by the sticky bit, which means nothing for
+  /// a file: for a disk that has no room for another name either. Takes no memory. Whether it could be marked tells
+  /// `MarkedInPlace`.
+  void MarkInPlace() const noexcept;
 
  private:
   explicit HeldFile(int number);
@@ -55,6 +59,9 @@ class HeldFile {
   int number_ = -1;
   pid_t process_ = 0; ///< who took it
 };
+
+/// Whether the local file `path` was marked in its place.
+[[nodiscard]] bool MarkedInPlace(const std::string& path) noexcept;
 
 /// Whether somebody holds the local file `path`; not where it cannot be looked at.
 [[nodiscard]] bool HeldBySomebody(const std::string& path) noexcept;

@@ -120,15 +120,20 @@ std::string ParteDellaNota(std::string_view percorso) {
   return percorso.ends_with(".nota") ? "note" : percorso.ends_with(".fase") ? "note's phase" : "";
 }
 
-/// What an open file is called where it is a part of a note that has not got its name yet.
-bool NotaInAttesa(int descrittore) {
+/// The path of an open file, as the system tells it; empty where no step is counted.
+std::string PercorsoDi(int descrittore) {
   if (!Il().attivo) {
-    return false;
+    return "";
   }
   std::array<char, 4096> percorso{};
   const std::string legame = "/proc/self/fd/" + std::to_string(descrittore);
   const auto lungo = ::readlink(legame.c_str(), percorso.data(), percorso.size());
-  return lungo > 0 && std::string_view(percorso.data(), static_cast<std::size_t>(lungo)).ends_with(".parte");
+  return lungo > 0 ? std::string(percorso.data(), static_cast<std::size_t>(lungo)) : "";
+}
+
+/// Whether an open file is a part of a note that has not got its name yet.
+bool NotaInAttesa(int descrittore) {
+  return PercorsoDi(descrittore).ends_with(".parte");
 }
 
 /// What the removal of a file is called; empty for one that is no step. The lock's local copy keeps the lock's name; a
@@ -242,6 +247,8 @@ extern "C" int fchmod(int descrittore, mode_t modo) {
   const int esito = Originale(descrittore, modo);
   if (passi::NotaInAttesa(descrittore)) {
     passi::Punto("note: made, still empty");
+  } else if (passi::PercorsoDi(descrittore).ends_with(".nota")) {
+    passi::Punto("note: marked");
   } else if (passi::Il().operazione.empty()) {
     passi::Punto("local file: made, still empty");
   }

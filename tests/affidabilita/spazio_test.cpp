@@ -250,6 +250,35 @@ TEST_F(FullDisk, OfTheTerminalLeavesRoomForTheNoteToSayThatCommitWasSent) {
   }
 }
 
+TEST_F(FullDisk, OfTheTerminalWithoutAnotherFileLeavesTheNoteToSayThatCommitWasSent) {
+  Sistema sistema("sqlite", databaseContext("sqlite").Create(Script()));
+  fs::create_directories(sistema.Locale(T01));
+  const SmallDisk disco(sistema.Locale(T01), Piccolo);
+  const Testi prima = RigheOra(sistema);
+  disco.LimitFiles(1);
+  Sistema::Lancio lancio{T01, {Sospende("locale")}};
+  // The step at which to die is known from a run that only counts.
+  EXPECT_EQ(Esegui(sistema, Sospende("locale")).risultato, "");
+  const long fatto = Passo(sistema, "COMMIT, remove the journal: done");
+  EXPECT_THAT(Resti(sistema.Locale(T01)), IsEmpty()) << "the note of a command that has ended";
+  EXPECT_EQ(Esegui(sistema, Replaced(Sospende("locale"), " /A ", " /D ")).risultato, "");
+  ASSERT_EQ(RigheOra(sistema), prima);
+  lancio.morte = fatto;
+  constexpr int Sigkill = 128 + 9;
+  ASSERT_EQ(sistema.Avvia(lancio).Attendi(), Sigkill);
+  EXPECT_NE(RigheOra(sistema), prima);
+  const auto note = Note(sistema);
+  ASSERT_EQ(note.size(), 1U);
+  EXPECT_EQ(Resti(sistema.Locale(T01)), Testi{note[0].nome + ".nota"});
+  EXPECT_EQ(note[0].errore, "");
+  EXPECT_EQ(note[0].fase, FaseNota::ConfermaInviata);
+  const std::string detto = InSospeso(sistema);
+  EXPECT_THAT(detto, HasSubstr("non si sa se il comando vi ha registrato tutto o nulla"));
+  EXPECT_THAT(detto, HasSubstr("\n    fatta "));
+  EXPECT_THAT(sistema.Amministra(T01, {"--riallinea", note[0].nome, "-", "--si"}), StartsWith("0\n"));
+  EXPECT_THAT(InSospeso(sistema), StartsWith("0\nNon c'è nulla in sospeso.\n"));
+}
+
 /// The database's file on a small disk.
 class FullDatabase : public FullDisk {
  protected:

@@ -74,6 +74,15 @@ void SmallDisk::Fill(std::size_t left) const {
   }
 }
 
+void SmallDisk::LimitFiles(std::size_t left) const {
+  struct statvfs state {};
+  const bool known = ::statvfs(place_.c_str(), &state) == 0;
+  const std::string options = "nr_inodes=" + std::to_string(state.f_files - state.f_ffree + left);
+  if (!known || ::mount(nullptr, place_.c_str(), nullptr, MS_REMOUNT | MS_NODEV | MS_NOSUID, options.c_str()) != 0) {
+    throw std::system_error(errno, std::generic_category(), "remount " + place_.string());
+  }
+}
+
 void SmallDisk::Clear() const {
   fs::remove(Filling());
 }

@@ -24,6 +24,8 @@ class SmallDisk {
 
   /// Takes all room but `left` bytes, in whole pages.
   void Fill(std::size_t left = 0) const;
+  /// Lets only `left` more files be made, whatever room there is.
+  void LimitFiles(std::size_t left) const;
   /// Gives back what was taken.
   void Clear() const;
   /// The bytes that are free.

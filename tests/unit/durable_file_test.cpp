@@ -206,5 +206,24 @@ TEST(LocalFileReading, IsOfAWholeFileUpToAMaximum) {
   EXPECT_EQ(ReadLocalFile(path, 3), "");
 }
 
+TEST_F(DurableFile, IsMarkedInItsPlaceByItsHolderAlone) {
+  ReplaceLocalFile(path_, beside_, "one");
+  auto held = HeldFile::Take(path_);
+  ASSERT_TRUE(held);
+  EXPECT_FALSE(MarkedInPlace(path_));
+  held->MarkInPlace();
+  EXPECT_TRUE(MarkedInPlace(path_));
+  EXPECT_EQ(test::FileText(path_), "one");
+  struct stat state {};
+  ASSERT_EQ(::stat(path_.c_str(), &state), 0);
+  EXPECT_EQ(state.st_mode & 07777U, static_cast<unsigned>(S_IRUSR | S_IWUSR | S_ISVTX)) << "still nobody else's";
+  ReplaceLocalFile(path_, beside_, "two");
+  held->MarkInPlace();
+  EXPECT_FALSE(MarkedInPlace(path_)) << "another file than the one that is held";
+  held->LetGo();
+  held->MarkInPlace();
+  EXPECT_FALSE(MarkedInPlace(path_));
+}
+
 } // namespace
 } // namespace lumoscad

@@ -434,6 +434,28 @@ TEST_F(Notes, SayThatCommitWasSentWhereThereIsNoRoomToWriteIt) {
   }
 }
 
+TEST_F(Notes, BelieveAMarkOfCommitOverThePhaseBeforeItAlone) {
+  constexpr const char* Nome = "sospeso-1";
+  const PercorsiNota percorsi(cartella_, Nome);
+  for (const bool perNome : {true, false}) {
+    for (const FaseNota fase : {FaseNota::Avviata, FaseNota::Accettata, FaseNota::Rifiutata, FaseNota::NonApplicata}) {
+      Scrivi(Nome, fase);
+      if (perNome) {
+        WriteLocalFile(percorsi.conferma, "");
+      } else {
+        auto presa = HeldFile::Take(percorsi.nota);
+        ASSERT_TRUE(presa);
+        presa->MarkInPlace();
+      }
+      const bool prima = fase == FaseNota::Avviata || fase == FaseNota::Accettata;
+      const Nota nota = LeggiNota(cartella_, Nome);
+      EXPECT_EQ(nota.fase, prima ? FaseNota::ConfermaInviata : fase) << perNome;
+      EXPECT_EQ(nota.errore, "");
+      TogliNota(percorsi);
+    }
+  }
+}
+
 TEST_F(Notes, LeaveNoFilesOfOthersBehind) {
   WriteLocalFile(cartella_ + "/sospeso-1.fase", TestoFase(FaseNota::Applicata));
   WriteLocalFile(cartella_ + "/sospeso-2.archivio", "");
