@@ -40,6 +40,7 @@ if [ $# -eq 0 ]; then
   done <<'FINE'
 sort by
 filter
+gesture
 load, without the window
 load, against QSqlQueryModel
 wait until the window

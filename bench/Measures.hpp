@@ -60,6 +60,9 @@ using Rows = std::vector<Row>;
 [[nodiscard]] Rows OrderAndMemory(Sizes sizes);
 /// The rows that pass a filter, letter by letter as it is typed.
 [[nodiscard]] Rows FilterByKey(Sizes sizes);
+/// How long a gesture in a long list's window keeps the event loop, beside the same gesture in a plain table of Qt; and
+/// what the list holds in memory with one change of all its rows to be undone.
+[[nodiscard]] Rows GesturesOfALongList(Sizes sizes);
 
 /// From the start of a program to the window, against an empty window; and a command without one, against an empty
 /// program. Both are programs linked with Qt, and whole processes.

@@ -20,10 +20,11 @@ struct Measure {
 };
 
 constexpr Measure Measures[] = {
-    {"ordine", lumoscad::bench::OrderAndMemory}, {"filtro", lumoscad::bench::FilterByKey},
-    {"scadenze", lumoscad::bench::Load},         {"presunti", lumoscad::bench::LoadPresumed},
-    {"conferma", lumoscad::bench::Confirm},      {"richiesta", lumoscad::bench::RequestFile},
-    {"avvio", lumoscad::bench::Start},           {"ssh", lumoscad::bench::ConfirmRemotely}};
+    {"ordine", lumoscad::bench::OrderAndMemory},     {"filtro", lumoscad::bench::FilterByKey},
+    {"gesti", lumoscad::bench::GesturesOfALongList}, {"scadenze", lumoscad::bench::Load},
+    {"presunti", lumoscad::bench::LoadPresumed},     {"conferma", lumoscad::bench::Confirm},
+    {"richiesta", lumoscad::bench::RequestFile},     {"avvio", lumoscad::bench::Start},
+    {"ssh", lumoscad::bench::ConfirmRemotely}};
 
 struct Choices {
   Sizes sizes = Sizes::All;
