@@ -61,7 +61,7 @@ void Griglia::ApriEditor(CellEditor& editor, std::size_t riga, int top, int left
   editorToccato_ = false;
   molteInModifica_.clear();
   if (gesti_.SuMolte()) {
-    molteInModifica_ = scelta_.InVista();
+    molteInModifica_ = scelta_.InVistaPerNumero();
     gesti_.Annuncia(molteInModifica_.size());
   }
 }

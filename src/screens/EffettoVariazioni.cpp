@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <optional>
 #include <tuple>
-#include <unordered_map>
+#include <utility>
 
 namespace lumoscad {
 namespace {
@@ -50,11 +50,24 @@ std::string_view DivisaDiRiga(const Griglia& griglia, std::size_t riga) {
 }
 
 SommePerDivisa SommaRighe(const Griglia& griglia, const std::vector<std::size_t>& righe) {
+  const int colonna = griglia.Descrizione().colonnaDivisa;
   SommePerDivisa somme;
+  ImportoEsatto parziale; // of rows of one currency that follow one another
+  std::optional<std::size_t> prima;
   for (const std::size_t riga : righe) {
-    if (const auto importo = ImportoDiRiga(griglia, riga)) {
-      somme.Aggiungi(DivisaDiRiga(griglia, riga), *importo);
+    const auto importo = ImportoDiRiga(griglia, riga);
+    if (!importo) {
+      continue;
     }
+    if (prima && colonna >= 0 &&
+        griglia.righe.NumeroTesto(*prima, colonna) != griglia.righe.NumeroTesto(riga, colonna)) {
+      somme.Aggiungi(DivisaDiRiga(griglia, *prima), std::exchange(parziale, {}));
+    }
+    parziale += *importo;
+    prima = riga;
+  }
+  if (prima) {
+    somme.Aggiungi(DivisaDiRiga(griglia, *prima), parziale);
   }
   return somme;
 }
@@ -104,26 +117,30 @@ EffettoVariazioni::Voce& EffettoVariazioni::VoceDi(Conti& conti, Genere genere, 
   return conto->second;
 }
 
-void EffettoVariazioni::Conta(Genere genere) {
+EffettoVariazioni::Voce& EffettoVariazioni::VoceNota(NumeriNoti& noti, Conti& conti, Genere genere, std::size_t riga,
+                                                     bool dopo) const {
   const DescrizioneGriglia& d = griglia_.Descrizione();
   const RigheGriglia& righe = griglia_.righe;
+  const std::uint64_t primo = genere == Genere::Banca
+                                  ? righe.NumeroTag(riga, dopo ? d.banca.colonna : d.colonnaBanca)
+                                  : righe.NumeroTesto(riga, dopo ? d.data.colonna : d.colonnaScadenza);
+  const std::uint64_t secondo = d.colonnaDivisa < 0 ? 0 : righe.NumeroTesto(riga, d.colonnaDivisa);
+  Voce*& voce = noti[primo << 32U | secondo];
+  if (voce == nullptr) {
+    voce = &VoceDi(conti, genere, riga, dopo);
+  }
+  return *voce;
+}
+
+void EffettoVariazioni::Conta(Genere genere) {
   Conti& conti = conti_[genere];
-  // Few banks, days and currencies stand in many rows: each pair of their numbers is looked up once.
-  std::unordered_map<std::uint64_t, Voce*> noti;
-  for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
-    const auto importo = ImportoDiRiga(griglia_, riga);
-    if (!importo) {
-      continue;
+  NumeriNoti noti;
+  for (std::size_t riga = 0; riga < griglia_.righe.Quante(); ++riga) {
+    if (const auto importo = ImportoDiRiga(griglia_, riga)) {
+      Voce& voce = VoceNota(noti, conti, genere, riga, false);
+      voce.prima += *importo;
+      ++voce.righePrima;
     }
-    const std::uint64_t primo =
-        genere == Genere::Banca ? righe.NumeroTag(riga, d.colonnaBanca) : righe.NumeroTesto(riga, d.colonnaScadenza);
-    const std::uint64_t secondo = d.colonnaDivisa < 0 ? 0 : righe.NumeroTesto(riga, d.colonnaDivisa);
-    Voce*& voce = noti[primo << 32U | secondo];
-    if (voce == nullptr) {
-      voce = &VoceDi(conti, genere, riga, false);
-    }
-    voce->prima += *importo;
-    ++voce->righePrima;
   }
   for (auto& [chiave, voce] : conti) {
     voce.dopo = voce.prima;
@@ -139,14 +156,16 @@ std::vector<EffettoVariazioni::Voce> EffettoVariazioni::Voci(Genere genere, cons
     Conta(genere);
   }
   Conti conti = conti_[genere];
+  NumeriNoti prima;
+  NumeriNoti dopo;
   for (const std::size_t riga : variate) {
     const bool sposta = genere == Genere::Banca ? griglia_.BancaVariata(riga) : griglia_.DataVariata(riga);
     const auto importo = sposta ? ImportoDiRiga(griglia_, riga) : std::nullopt;
     if (importo) {
-      Voce& da = VoceDi(conti, genere, riga, false);
+      Voce& da = VoceNota(prima, conti, genere, riga, false);
       da.dopo -= *importo;
       --da.righeDopo;
-      Voce& a = VoceDi(conti, genere, riga, true);
+      Voce& a = VoceNota(dopo, conti, genere, riga, true);
       a.dopo += *importo;
       ++a.righeDopo;
     }

@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -64,10 +65,14 @@ class EffettoVariazioni {
 
  private:
   using Conti = std::map<std::pair<std::string, std::string>, Voce>; ///< by key and currency
+  /// Few banks, days and currencies stand in many rows: each pair of their texts' numbers is looked up once.
+  using NumeriNoti = std::unordered_map<std::uint64_t, Voce*>;
 
   [[nodiscard]] std::string Chiave(Genere genere, std::size_t riga, bool dopo) const;
   [[nodiscard]] std::string Nome(Genere genere, std::size_t riga, const std::string& chiave, bool dopo) const;
   [[nodiscard]] Voce& VoceDi(Conti& conti, Genere genere, std::size_t riga, bool dopo) const;
+  /// `VoceDi` for rows that are changed where `dopo` asks for what they will be.
+  [[nodiscard]] Voce& VoceNota(NumeriNoti& noti, Conti& conti, Genere genere, std::size_t riga, bool dopo) const;
   void Conta(Genere genere);
 
   const Griglia& griglia_;

@@ -72,9 +72,12 @@ void Griglia::MostraPassate(bool traVisibili, bool tieni) {
         daRivedere_ = true;
       }
     };
-    const std::size_t quante = traVisibili ? vista_.Quante() : righe.Quante();
-    for (std::size_t i = 0; i < quante; ++i) {
-      prova(traVisibili ? vista_.Riga(i) : i);
+    if (traVisibili) {
+      vista_.OgnunaPerNumero(prova);
+    } else {
+      for (std::size_t riga = 0; riga < righe.Quante(); ++riga) {
+        prova(riga);
+      }
     }
     if (stato_.data.visible || stato_.bank.visible) {
       insieme.Aggiungi(rigaInModifica_);

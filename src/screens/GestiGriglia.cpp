@@ -67,7 +67,7 @@ bool GestiGriglia::SuMolte() const {
   if (!SelezioneMultipla() || scelta.Quante() < 2 || !riga || !scelta.Contiene(*riga)) {
     return false;
   }
-  return !griglia_.vista_.Ristretta() || scelta.InVista().size() > 1;
+  return !griglia_.vista_.Ristretta() || scelta.InVistaPerNumero().size() > 1;
 }
 
 bool GestiGriglia::ColonnaAttiva(int colonna) const {
@@ -268,8 +268,13 @@ void GestiGriglia::DaiData(const std::vector<std::size_t>& righe, const std::str
   const bool scritta = MaggioreDiSpazio(testo);
   std::unordered_map<std::string, std::string> controllate;
   std::vector<const std::string*> nuove;
+  const bool diOgnuna = griglia_.DataEspansa(testo) != testo; // a short form, which counts from each row's own date
   for (const std::size_t riga : righe) {
     if (!scritta) {
+      break;
+    }
+    if (!diOgnuna && !nuove.empty()) {
+      nuove.assign(righe.size(), nuove.front());
       break;
     }
     const auto [controllata, prima] = controllate.try_emplace(griglia_.DataEspansa(testo, riga));

@@ -17,12 +17,15 @@ namespace {
 using GenereEffetto = EffettoVariazioni::Genere;
 
 /// "30 scelte: 45.120,00 €": how many, what they are, and what they come to.
+std::string ParteDelPiede(std::size_t quante, std::string_view una, std::string_view molte, const std::string& somme) {
+  std::string parte = Migliaia(quante);
+  parte.append(" ").append(quante == 1 ? una : molte);
+  return somme.empty() ? parte : parte + ": " + somme;
+}
+
 std::string ParteDelPiede(const Griglia& griglia, const std::vector<std::size_t>& righe, std::string_view una,
                           std::string_view molte) {
-  std::string parte = Migliaia(righe.size());
-  parte.append(" ").append(righe.size() == 1 ? una : molte);
-  const std::string somme = SommaRighe(griglia, righe).Testo();
-  return somme.empty() ? parte : parte + ": " + somme;
+  return ParteDelPiede(righe.size(), una, molte, SommaRighe(griglia, righe).Testo());
 }
 
 EffectBar Barra(const EffettoVariazioni::Voce& voce, const ImportoEsatto& massimo) {
@@ -42,13 +45,15 @@ EffectBar Barra(const EffettoVariazioni::Voce& voce, const ImportoEsatto& massim
 
 std::vector<std::string> ResocontoGriglia::Piede() const {
   std::vector<std::string> parti;
-  const auto scelte = griglia_.Selezione().InVista();
+  const auto scelte = griglia_.Selezione().InVistaPerNumero();
+  std::string sommeScelte;
   if (scelte.size() > 1) {
-    parti.push_back(ParteDelPiede(griglia_, scelte, "scelta", "scelte"));
+    sommeScelte = SommaRighe(griglia_, scelte).Testo();
+    parti.push_back(ParteDelPiede(scelte.size(), "scelta", "scelte", sommeScelte));
   }
   std::vector<std::size_t> spuntate;
   for (std::size_t riga = 0; riga < griglia_.righe.Quante(); ++riga) {
-    if (griglia_.righe.Spuntata(riga, 0) || griglia_.righe.Spuntata(riga, 1)) {
+    if (griglia_.righe.Spunte(riga) != 0) {
       spuntate.push_back(riga);
     }
   }
@@ -60,7 +65,10 @@ std::vector<std::string> ResocontoGriglia::Piede() const {
     parti.emplace_back("Nessuna variazione");
     return parti;
   }
-  parti.push_back(ParteDelPiede(griglia_, variate, "variata", "variate"));
+  // After a gesture on many rows those that changed are mostly those that are selected.
+  parti.push_back(scelte.size() > 1 && variate == scelte
+                      ? ParteDelPiede(variate.size(), "variata", "variate", sommeScelte)
+                      : ParteDelPiede(griglia_, variate, "variata", "variate"));
   std::vector<std::size_t> nascoste;
   std::copy_if(variate.begin(), variate.end(), std::back_inserter(nascoste),
                [this](std::size_t riga) { return !griglia_.InVista(riga); });

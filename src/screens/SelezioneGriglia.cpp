@@ -20,6 +20,17 @@ std::vector<std::size_t> SelezioneGriglia::InVista() const {
   return righe;
 }
 
+std::vector<std::size_t> SelezioneGriglia::InVistaPerNumero() const {
+  std::vector<std::size_t> righe;
+  righe.reserve(righe_.Quante());
+  righe_.Ognuna([&](std::size_t riga) {
+    if (vista_.Contiene(riga)) {
+      righe.push_back(riga);
+    }
+  });
+  return righe;
+}
+
 std::vector<ListGestures::Places> SelezioneGriglia::Posti() const {
   std::vector<ListGestures::Places> tratti;
   const auto aggiungi = [&tratti](std::size_t posto) {

@@ -24,6 +24,8 @@ class SelezioneGriglia {
   [[nodiscard]] std::uint64_t Volta() const noexcept { return volta_; }
   /// The selected rows in sight, from top to bottom.
   [[nodiscard]] std::vector<std::size_t> InVista() const;
+  /// The same by their numbers, ascending, which is how they lie in memory: for what their order does not matter to.
+  [[nodiscard]] std::vector<std::size_t> InVistaPerNumero() const;
   /// Their places, ascending, as stretches without a gap.
   [[nodiscard]] std::vector<ListGestures::Places> Posti() const;
 
@@ -38,12 +40,11 @@ class SelezioneGriglia {
   /// Selects those rows in sight for which `scegli` is true, and no other. The anchor stays.
   void Scegli(const auto& scegli) {
     righe_.Svuota();
-    for (std::size_t posto = 0; posto < vista_.Quante(); ++posto) {
-      const std::size_t riga = vista_.Riga(posto);
+    vista_.OgnunaPerNumero([&](std::size_t riga) {
       if (scegli(riga)) {
         righe_.Aggiungi(riga);
       }
-    }
+    });
     ++volta_;
   }
 

@@ -23,6 +23,16 @@ class VistaGriglia {
     return ristretta_ ? inOrdine_[posto] : righe_.RigaAlPosto(posto);
   }
   [[nodiscard]] bool Contiene(std::size_t riga) const { return !ristretta_ || insieme_.Contiene(riga); }
+  /// Calls `azione` with each row in sight by its number, ascending, which is how they lie in memory.
+  void OgnunaPerNumero(const auto& azione) const {
+    if (ristretta_) {
+      insieme_.Ognuna(azione);
+      return;
+    }
+    for (std::size_t riga = 0; riga < righe_.Quante(); ++riga) {
+      azione(riga);
+    }
+  }
   /// The place of a row; nothing for one that is not in sight.
   [[nodiscard]] std::optional<std::size_t> Posto(std::size_t riga) const;
 
