@@ -27,7 +27,8 @@ SQL = (r"[\W\d]*(SELECT|UPDATE|DELETE|WHERE|AND|OR|AS|SET|FROM|GROUP BY|ORDER BY
 NO_MESSAGE = [
     ("src/database/", SQL, "statements"),
     ("src/platform/ado/", SQL, "statements"),
-    ("src/platform/ado/Aftermath.cpp", r"in progress|KILL CONNECTION |password .* failed", "a server's words"),
+    ("src/platform/ado/Aftermath.cpp", r"in progress|KILL CONNECTION |password .* failed|autenticazione con .*",
+     "a server's words"),
     ("src/platform/ado/Advice.cpp", r"(database|disk|session) .*|No space .*|la sessione .*", "what servers say"),
     ("src/platform/ado/ConnectionText.cpp", r"data source|user id|connect timeout", "keywords of a connection's text"),
     ("src/platform/ado/ResultReader.cpp", r"\d.*BC", "a value"),

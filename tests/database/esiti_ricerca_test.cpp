@@ -3,6 +3,8 @@
 #include "database/procedureLumoDB2.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Aftermath.hpp"
+#include "support/Paths.hpp"
+#include "support/ProcessLocale.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -411,6 +413,51 @@ TEST_P(LookBack, IsGivenUpAtOnceWhereTheLoginIsRefused) {
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(moduloDatabase::CercaEsito(parameters, mark_, {}), TransactionOutcome::Unknown);
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+}
+
+namespace {
+
+/// What is told of a connection to `server` with another password.
+RuntimeError OfARefusedLogin(const test::DatabaseServer& server, const std::string& source) {
+  ado::Connection connection;
+  connection.ConnectionString = test::ConnectionText(source, server.User(), "altra");
+  try {
+    connection.Open();
+  } catch (const RuntimeError& error) {
+    return error;
+  }
+  return {0, "the login was not refused"};
+}
+
+} // namespace
+
+TEST(LoginRefusedInItalian, IsKnownOfPostgres) {
+  const test::EnvironmentSetting locales("LOCPATH", (test::BuildFolder() / "locali").c_str());
+  test::PostgresServer server(test::ServerDirectory("postgres-it"));
+  const std::string source = server.CreateDatabase("prove");
+  {
+    ado::Connection connection;
+    connection.ConnectionString = server.ConnectionText(source);
+    connection.Open();
+    connection.Execute("ALTER SYSTEM SET lc_messages='it_IT.UTF-8'");
+  }
+  server.Restart();
+  const RuntimeError error = OfARefusedLogin(server, source);
+  EXPECT_THAT(error.Description(), HasSubstr("autenticazione con password fallita"));
+  EXPECT_TRUE(ado::RefusedForGood(error));
+}
+
+TEST(LoginRefusedInItalian, IsKnownOfMariaDb) {
+  const test::MariaDbServer& server = test::MariaDb();
+  const auto database = test::databaseContext("mariadb").Create("");
+  const auto speak = [&](const std::string& language) {
+    test::RunScript(database->ConnectionText(), "SET GLOBAL lc_messages='" + language + "'");
+  };
+  speak("it_IT");
+  const RuntimeError error = OfARefusedLogin(server, database->source);
+  speak("en_US");
+  EXPECT_THAT(error.Description(), HasSubstr("Accesso non consentito"));
+  EXPECT_TRUE(ado::RefusedForGood(error));
 }
 
 TEST(LookUpOfNothing, TellsNothing) {

@@ -3,6 +3,7 @@
 #include "platform/ado/Session.hpp"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -87,6 +88,15 @@ Aftermath LookAtMariaDb(const Session& session, const TransactionMark& mark) {
   return {there ? Rows::SayNothing : Rows::Decide, std::nullopt, there && known, there && known};
 }
 
+/// PostgreSQL's driver gives every failure of an opening the same state and number: only the text, which is in the
+/// server's language (lc_messages), tells a refused login from a server that is starting.
+bool PasswordRefused(std::string_view text) {
+  constexpr std::array<std::string_view, 3> Texts{"password authentication failed",
+                                                  "autenticazione con password fallita", "Passwort-Authentifizierung"};
+  return std::any_of(Texts.begin(), Texts.end(),
+                     [text](std::string_view each) { return text.find(each) != std::string_view::npos; });
+}
+
 bool OfPostgres(const Session& session) {
   return session.dialect().name == "PostgreSQL";
 }
@@ -109,7 +119,7 @@ Aftermath LookBack(const Connection& connection, const TransactionMark& mark) {
 bool RefusedForGood(const RuntimeError& error) {
   const std::string& state = error.SqlState();
   return error.NativeCode() == SharedSession || state.starts_with("28") || state == "IM002" || state == "IM003" ||
-         error.Description().find("password authentication failed") != std::string::npos;
+         PasswordRefused(error.Description());
 }
 
 std::vector<std::string> AskAboutOutcome(const Connection& connection, std::string_view question) {
