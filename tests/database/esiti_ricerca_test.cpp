@@ -4,6 +4,7 @@
 #include "platform/RuntimeError.hpp"
 #include "platform/ado/Aftermath.hpp"
 #include "support/Paths.hpp"
+#include "support/PgBouncer.hpp"
 #include "support/ProcessLocale.hpp"
 
 #include <gmock/gmock.h>
@@ -117,6 +118,45 @@ TEST_P(LookUp, IsDoneForTheWritingTestToo) {
   EXPECT_EQ(procedureLumoDB2::TestDB2(options), "");
   EXPECT_EQ(posto_.banco.desktop.box.size(), 1U);
   EXPECT_EQ(text(), "FILEccccc");
+}
+
+namespace {
+
+/// The way to the server leads over a pooler of transactions from the look-up on.
+class LookUpOverAPooler : public LookUp {
+ protected:
+  /// Another terminal has worked over the pooler, so that the look-up finds its mark; or nobody has.
+  void LoseTheAnswerTo(const test::PgBouncer& pooler, bool used) {
+    if (used) {
+      ado::Connection other;
+      other.ConnectionString = pooler.ConnectionText(pooler.AddSource(posto_.base.Valore("SELECT current_database()")));
+      other.Open();
+    }
+    LoseTheAnswer();
+    posto_.PrimaDellIstruzione(1, [&] { posto_.base.Proxy().LeadTo(pooler.Port()); });
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Databases, LookUpOverAPooler, testing::Values("postgres"), Kind);
+
+} // namespace
+
+TEST_P(LookUpOverAPooler, IsNotBelievedAndGivenUpAtOnceWhereItIsNoticed) {
+  const test::PgBouncer pooler(test::ServerDirectory("pgbouncer"), test::Postgres(), "pool_mode=transaction");
+  LoseTheAnswerTo(pooler, true);
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "error");
+  EXPECT_THAT(posto_.msg.Errore, HasSubstr(Unknown));
+  EXPECT_TRUE(posto_.ricercato);
+  EXPECT_LT(posto_.secondi, 5);
+  EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(after_));
+}
+
+TEST_P(LookUpOverAPooler, FindsWhatTheServerHoldsWhereNobodyElseUsesIt) {
+  const test::PgBouncer pooler(test::ServerDirectory("pgbouncer"), test::Postgres(), "pool_mode=transaction");
+  LoseTheAnswerTo(pooler, false);
+  EXPECT_EQ(posto_.Esegui("SospendiPartita"), "") << posto_.msg.Errore;
+  EXPECT_TRUE(posto_.ricercato);
+  EXPECT_THAT(posto_.base.Tutto(), ElementsAreArray(after_));
 }
 
 namespace {
