@@ -91,6 +91,7 @@ std::optional<Nota> Letta(const PercorsiNota& percorsi, std::string_view nome) {
     }
   }
   LeggiFile(percorsi.archivio, nota, testoNota::LeggiArchivio);
+  nota.inCorso = nota.inCorso || WriterMayLive(percorsi.nota, nota.processo);
   return nota;
 }
 
@@ -224,6 +225,14 @@ NotaPresa::NotaPresa(const std::string& cartella, std::string_view nome) : carte
                                                  "lavorando.");
     }
     presa_ = std::move(*file);
+    const auto nota = Letta(PercorsiNota(cartella, nome), nome);
+    if (nota && WriterMayLive(PercorsiNota(cartella, nome).nota, nota->processo)) {
+      presa_.LetGo();
+      throw RuntimeError(errors::FileAccess,
+                         "La cartella locale non ha blocchi, e il programma che ha scritto la nota «" + nome_ +
+                             "» è ancora aperto: chiuderlo, e ripetere (processo " + std::to_string(nota->processo) +
+                             ").");
+    }
   } catch (const RuntimeError& errore) {
     if (errore.Number() == errors::FileNotFound) {
       NotaAssente(nome);

@@ -3,6 +3,7 @@
 #include "platform/LocalFileErrors.hpp"
 #include "platform/RuntimeError.hpp"
 #include "platform/base/Descriptor.hpp"
+#include "platform/base/ProcessLife.hpp"
 
 #include <array>
 #include <atomic>
@@ -149,14 +150,19 @@ void RemoveOrdinary(const std::string& path) {
   }
 }
 
-/// Whether the lock was taken; also where there are no such locks.
-bool Lock(int number, int kind) noexcept {
+/// Takes a lock; 0 or what the system says.
+int TryLock(int number, int kind) noexcept {
   while (::flock(number, kind | LOCK_NB) != 0) {
     if (errno != EINTR) {
-      return errno != EWOULDBLOCK;
+      return errno;
     }
   }
-  return true;
+  return 0;
+}
+
+/// Whether the lock was taken; also where there are no such locks.
+bool Lock(int number, int kind) noexcept {
+  return TryLock(number, kind) != EWOULDBLOCK;
 }
 
 } // namespace
@@ -298,6 +304,22 @@ bool MarkedInPlace(const std::string& path) noexcept {
 bool HeldBySomebody(const std::string& path) noexcept {
   const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   return file.Opened() && !Lock(file.Number(), LOCK_SH);
+}
+
+bool WriterMayLive(const std::string& path, long process) noexcept {
+  const base::Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat state {};
+  if (!file.Opened() || ::fstat(file.Number(), &state) != 0) {
+    return false;
+  }
+  const int error = TryLock(file.Number(), LOCK_SH);
+  const bool another = process > 0 && process != ::getpid();
+  try {
+    return error != 0 && error != EWOULDBLOCK && another &&
+           base::MayHaveWritten(static_cast<pid_t>(process), state.st_mtime);
+  } catch (...) {
+    return true;
+  }
 }
 
 bool RemoveLocalFile(const std::string& path) noexcept {

@@ -66,6 +66,11 @@ class HeldFile {
 /// Whether somebody holds the local file `path`; not where it cannot be looked at.
 [[nodiscard]] bool HeldBySomebody(const std::string& path) noexcept;
 
+/// Whether another process of this machine may still be at work on the local file `path`, which was last written by the
+/// process of this number: for a directory without locks, where nobody's holding can be seen. Where there are locks
+/// they tell it, and this is false.
+[[nodiscard]] bool WriterMayLive(const std::string& path, long process) noexcept;
+
 /// Removes a local file. True when none is there any more.
 bool RemoveLocalFile(const std::string& path) noexcept;
 

@@ -4,6 +4,7 @@
 #include "platform/nexaro/File.hpp"
 #include "platform/nexaro/Nexaro.hpp"
 #include "support/Files.hpp"
+#include "support/NoLocks.hpp"
 #include "support/OtherProcess.hpp"
 
 #include <fcntl.h>
@@ -116,6 +117,17 @@ TEST_F(Leftovers, OfALockedFileNothingIsTakenWhoeverItsNameTells) {
   EXPECT_THAT(DopoUnaRicezione(), ElementsAre(nome)) << "its process may be in another container";
   ::close(file);
   EXPECT_THAT(DopoUnaRicezione(), IsEmpty());
+}
+
+TEST_F(Leftovers, StayWhereTheFileSystemHasNoLocksAndTransfersGoOn) {
+  const test::NoLocks nessuno;
+  const auto suo = ".lumoscad-" + Finito() + "-12345";
+  Lascia(suo);
+  Invecchia(suo);
+  EXPECT_THAT(DopoUnaRicezione(), ElementsAre(suo)) << "its process may be another machine's";
+  test::Scrivi(base / "locale/T01", "x");
+  collegamento->InviaFile("h", base / "locale/T01", "/tmp/T01");
+  EXPECT_THAT(Nomi(base / "host/tmp"), ElementsAre("T01"));
 }
 
 TEST_F(Leftovers, AProcessThatBeganAfterTheFileWasWrittenIsNotItsOwn) {

@@ -6,10 +6,12 @@
 #include "common/TestoNota.hpp"
 #include "platform/LocalFile.hpp"
 #include "platform/RuntimeError.hpp"
+#include "support/NoLocks.hpp"
 #include "support/OtherProcess.hpp"
 #include "support/TestBench.hpp"
 
 #include <filesystem>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -454,6 +456,38 @@ TEST_F(Notes, BelieveAMarkOfCommitOverThePhaseBeforeItAlone) {
       TogliNota(percorsi);
     }
   }
+}
+
+TEST_F(Notes, WithoutLocksAreUnderWayForAsLongAsTheirProgramIsOpen) {
+  const test::NoLocks nessuno;
+  const auto avvia = [] {
+    static NotaInCorso nota;
+    nota.Comincia("PROVA", "");
+    nota.Prepara({"01", "SOSPESOCREA", "C01", "1", ""});
+    nota.Avviata("10.0.0.1", "VB0001", {});
+  };
+  test::OtherProcess altro(avvia);
+  ASSERT_EQ(Nomi().size(), 1U);
+  const std::string nome = Nomi().at(0);
+  EXPECT_TRUE(LeggiNota(cartella_, nome).inCorso);
+  for (const auto& azione : std::vector<std::function<void()>>{[&] { CancellaNota(cartella_, nome); },
+                                                               [&] { ArchiviaNota(cartella_, nome, "perché"); }}) {
+    try {
+      azione();
+      ADD_FAILURE() << "not refused";
+    } catch (const RuntimeError& errore) {
+      EXPECT_THAT(errore.Text(), HasSubstr("La cartella locale non ha blocchi"));
+      EXPECT_THAT(errore.Text(), HasSubstr("(processo " + std::to_string(altro.Number()) + ")"));
+    }
+  }
+  altro.Kill();
+  EXPECT_FALSE(LeggiNota(cartella_, nome).inCorso);
+  CancellaNota(cartella_, nome);
+  EXPECT_TRUE(Vuota());
+  avvia();
+  ASSERT_EQ(Nomi().size(), 1U);
+  EXPECT_FALSE(LeggiNota(cartella_, Nomi().at(0)).inCorso) << "this program knows that it has ended";
+  CancellaNota(cartella_, Nomi().at(0));
 }
 
 TEST_F(Notes, LeaveNoFilesOfOthersBehind) {

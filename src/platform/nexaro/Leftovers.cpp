@@ -1,14 +1,12 @@
 #include "platform/nexaro/Leftovers.hpp"
 
 #include "platform/base/Descriptor.hpp"
+#include "platform/base/ProcessLife.hpp"
 
 #include <cerrno>
 #include <charconv>
-#include <csignal>
-#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -49,50 +47,6 @@ std::optional<pid_t> ProcessOf(std::string_view name) {
   return Cut(name, number) && name.empty() ? std::optional(process) : std::nullopt;
 }
 
-std::time_t Now(clockid_t clock) {
-  timespec now{};
-  ::clock_gettime(clock, &now);
-  return now.tv_sec;
-}
-
-/// When a process began, by the clock of the day; none where the system does not tell.
-std::optional<std::time_t> BeginningOf(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-  std::string field;
-  std::getline(file, field, '\0');
-  // The second field, the program's name, may hold blanks and parentheses; the start is field 22, in ticks since boot.
-  const auto afterName = field.rfind(") ");
-  if (afterName == std::string::npos) {
-    return std::nullopt;
-  }
-  std::string_view rest(field);
-  rest.remove_prefix(afterName + 2);
-  for (int number = 3; number < 22; ++number) {
-    const auto space = rest.find(' ');
-    if (space == std::string_view::npos) {
-      return std::nullopt;
-    }
-    rest.remove_prefix(space + 1);
-  }
-  unsigned long long ticks = 0;
-  const auto perSecond = ::sysconf(_SC_CLK_TCK);
-  if (!Cut(rest, ticks) || perSecond <= 0) {
-    return std::nullopt;
-  }
-  return Now(CLOCK_REALTIME) - Now(CLOCK_BOOTTIME) +
-         static_cast<std::time_t>(ticks / static_cast<unsigned long long>(perSecond));
-}
-
-/// Whether `process` can be the one that wrote a file at the time `written`.
-bool MayHaveWritten(pid_t process, std::time_t written) {
-  constexpr std::time_t Roundings = 3;
-  if (::kill(process, 0) != 0 && errno == ESRCH) {
-    return false;
-  }
-  const auto begin = BeginningOf(process);
-  return !begin || *begin <= written + Roundings;
-}
-
 void RemoveIfLeftover(int directory, const char* name) {
   const auto process = ProcessOf(name);
   if (!process) {
@@ -101,7 +55,7 @@ void RemoveIfLeftover(int directory, const char* name) {
   const base::Descriptor file(::openat(directory, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat state {};
   if (!file.Opened() || ::fstat(file.Number(), &state) != 0 || !S_ISREG(state.st_mode) || state.st_uid != ::geteuid() ||
-      MayHaveWritten(*process, state.st_mtime)) {
+      base::MayHaveWritten(*process, state.st_mtime)) {
     return;
   }
   if (::flock(file.Number(), LOCK_EX | LOCK_NB) == 0) {
