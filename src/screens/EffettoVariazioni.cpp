@@ -52,7 +52,7 @@ std::string_view DivisaDiRiga(const Griglia& griglia, std::size_t riga) {
 SommePerDivisa SommaRighe(const Griglia& griglia, const std::vector<std::size_t>& righe) {
   const int colonna = griglia.Descrizione().colonnaDivisa;
   SommePerDivisa somme;
-  ImportoEsatto parziale; // of rows of one currency that follow one another
+  ImportoEsatto dellaDivisa; // of rows of one currency that follow one another
   std::optional<std::size_t> prima;
   for (const std::size_t riga : righe) {
     const auto importo = ImportoDiRiga(griglia, riga);
@@ -61,13 +61,13 @@ SommePerDivisa SommaRighe(const Griglia& griglia, const std::vector<std::size_t>
     }
     if (prima && colonna >= 0 &&
         griglia.righe.NumeroTesto(*prima, colonna) != griglia.righe.NumeroTesto(riga, colonna)) {
-      somme.Aggiungi(DivisaDiRiga(griglia, *prima), std::exchange(parziale, {}));
+      somme.Aggiungi(DivisaDiRiga(griglia, *prima), std::exchange(dellaDivisa, {}));
     }
-    parziale += *importo;
+    dellaDivisa += *importo;
     prima = riga;
   }
   if (prima) {
-    somme.Aggiungi(DivisaDiRiga(griglia, *prima), parziale);
+    somme.Aggiungi(DivisaDiRiga(griglia, *prima), dellaDivisa);
   }
   return somme;
 }
