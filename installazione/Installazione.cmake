@@ -24,7 +24,8 @@ install(FILES ${PROJECT_BINARY_DIR}/lumoscad.pc DESTINATION ${CMAKE_INSTALL_LIBD
 set(manuale ${PROJECT_SOURCE_DIR}/installazione/man)
 install(FILES ${manuale}/lumoscad.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT sviluppo)
 install(FILES ${manuale}/lumoscad-nexaro.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT libreria)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libreria)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${CMAKE_CURRENT_LIST_DIR}/licenze-altrui.txt
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libreria)
 
 if(LUMOSCAD_PROGRAMMI)
   set_target_properties(lumoscad_app PROPERTIES INSTALL_RPATH "$ORIGIN/${verso_lib}")
@@ -33,8 +34,21 @@ if(LUMOSCAD_PROGRAMMI)
   install(FILES ${PROJECT_SOURCE_DIR}/installazione/lumoscad.bash RENAME lumoscad
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programma)
   # The demonstration is put there only when it is asked for by its name.
-  set(posto_demo ${CMAKE_INSTALL_DATADIR}/lumoscad/demo)
+  set(LUMOSCAD_CARTELLA_DEMO ${CMAKE_INSTALL_DATADIR}/lumoscad/demo CACHE STRING "Where the demonstration is installed")
+  set(posto_demo ${LUMOSCAD_CARTELLA_DEMO})
   install(TARGETS VB0001 lumoscad-genera RUNTIME DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)
   install(PROGRAMS ${PROJECT_SOURCE_DIR}/demo/prepara.sh DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)
   install(FILES ${PROJECT_SOURCE_DIR}/demo/schema.sql DESTINATION ${posto_demo} COMPONENT demo EXCLUDE_FROM_ALL)
 endif()
+
+# The tarball: everything, the demonstration too, below one directory that may be put anywhere.
+set(CPACK_GENERATOR TGZ)
+set(CPACK_PACKAGE_FILE_NAME lumoscad-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /)
+set(CPACK_SET_DESTDIR OFF)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_CMAKE_PROJECTS "${PROJECT_BINARY_DIR};LumoScad;ALL;/;${PROJECT_BINARY_DIR};LumoScad;demo;/")
+set(CPACK_OUTPUT_CONFIG_FILE ${PROJECT_BINARY_DIR}/CPackConfig.cmake)
+set(CPACK_SOURCE_OUTPUT_CONFIG_FILE ${PROJECT_BINARY_DIR}/CPackSourceConfig.cmake)
+include(CPack)

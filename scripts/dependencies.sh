@@ -2,6 +2,7 @@
 # Installs the Debian packages that building, testing and demonstrating need. Nothing happens when all are there.
 #   scripts/dependencies.sh                 everything
 #   scripts/dependencies.sh --senza-server  without the servers of the tests, which Debian would start as services
+#   scripts/dependencies.sh --pacchetti     only what builds packages, looks at them and tries them in a bare root
 set -euo pipefail
 
 packages=(
@@ -9,8 +10,8 @@ packages=(
   g++ cmake ninja-build ccache pkg-config
   # checks
   clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3 shellcheck
-  # libraries
-  qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev libgtest-dev libgmock-dev libbenchmark-dev
+  # libraries of the tests
+  libgtest-dev libgmock-dev libbenchmark-dev
   # Qt's own way to a database, which the benchmarks compare with
   libqt6sql6-odbc
   # the sources of the locales under which the tests run
@@ -23,7 +24,13 @@ packages=(
 
 server=(odbc-postgresql postgresql-15 pgbouncer odbc-mariadb mariadb-server-core mariadb-client-core galera-4
   openssh-server openssh-client)
-[ "${1:-}" = --senza-server ] || packages+=("${server[@]}")
+libraries=(qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev)
+packaging=(g++ cmake ninja-build pkg-config "${libraries[@]}" debhelper dpkg-dev fakeroot lintian mmdebstrap diffoscope-minimal)
+case "${1:-}" in
+  --senza-server) packages+=("${libraries[@]}") ;;
+  --pacchetti) packages=("${packaging[@]}") ;;
+  *) packages+=("${libraries[@]}" "${server[@]}") ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do
