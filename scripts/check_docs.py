@@ -14,6 +14,7 @@ Besides, links within the project lead somewhere, and the newest release of CHAN
 Usage: check_docs.py [ROOT] | --self-test
 """
 import fnmatch
+import os
 import pathlib
 import re
 import sys
@@ -58,13 +59,17 @@ class Tree:
 
     def __init__(self, root):
         self.root, self.files, self.tests, self.words, self.programs = root, set(), {}, set(), set()
-        for path in root.rglob("*"):
-            name = path.relative_to(root).as_posix()
-            if name.startswith((".git/", "build/")) or "/__pycache__/" in name or not path.is_file():
-                continue
-            self.files.add(name)
-            if name.startswith(SOURCES) and path.suffix in READ:
-                self.read(name, path.read_text(encoding="utf-8", errors="replace"))
+        for folder, folders, names in os.walk(root):
+            # What is built is not gone into at all: other programs may be at work there.
+            folders[:] = [name for name in folders if name not in (".git", "__pycache__")
+                          and not (name == "build" and pathlib.Path(folder) == root)]
+            for path in (pathlib.Path(folder, name) for name in names):
+                name = path.relative_to(root).as_posix()
+                if not path.is_file():
+                    continue
+                self.files.add(name)
+                if name.startswith(SOURCES) and path.suffix in READ:
+                    self.read(name, path.read_text(encoding="utf-8", errors="replace"))
         self.cases = {case for cases in self.tests.values() for case in cases}
 
     def read(self, name, text):

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # What takes longer than the gate may, or is random: the whole suite optimised, clang-tidy on the tests, the same library
-# from two clones, the line coverage with its threshold, and all that scripts/reliability.sh prints. Wants the gate's
+# from two clones, the packages built, installed, used and removed, the line coverage with its threshold, and all that scripts/reliability.sh prints. Wants the gate's
 # own builds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -23,6 +23,9 @@ scripts/tidy.py build tests bench demo
 
 step "la stessa libreria da due cartelle"
 scripts/reproduce.sh
+
+step "pacchetti, da una radice vuota"
+scripts/try_packages.sh
 
 step "affidabilità, con il caso e la copertura"
 scripts/reliability.sh
