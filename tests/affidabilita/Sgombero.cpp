@@ -128,8 +128,8 @@ bool Sgombero::Riallinea(const std::string& postazione, const Nota& nota, const 
   riallineo.inizio = riallineo.risposto = Adesso();
   riallineo.accettata = true;
   const std::string detto =
-      sistema_.Amministra(postazione, {"--riallinea", nota.nome, "-", "--si"}, Utente(postazione),
-                          {"PGOPTIONS=-c lumoscad.comando=" + riallineo.nome, "LUMOSCAD_ATTESA_SQL=5"});
+      sistema_.Amministra(postazione, {"--riallinea", nota.nome, "-"}, Utente(postazione),
+                          {"PGOPTIONS=-c lumoscad.comando=" + riallineo.nome, "LUMOSCAD_ATTESA_SQL=5"}, "sì");
   riallineo.fine = Adesso();
   const bool cambiate = Dice(detto, "Le righe cambiate da altri restano come sono");
   riallineo.risultato = detto.starts_with("0\n") || cambiate ? "" : "error";

@@ -279,10 +279,13 @@ Testi Sistema::Ambiente(const std::string& postazione) const {
 }
 
 std::string Sistema::Amministra(const std::string& postazione, const Testi& argomenti, const std::string& utente,
-                                const Testi& altro) const {
+                                const Testi& altro, const std::string& risposta) const {
   const fs::path ingresso = base_ / (postazione + ".opzioni");
   const fs::path uscita = base_ / (postazione + ".uscita");
   ScriviOpzioni(ingresso, utente);
+  if (!risposta.empty()) {
+    std::ofstream(ingresso, std::ios::app) << risposta << '\n';
+  }
   Testi parole{"/bin/sh", "-c", "exec \"$@\" >\"$0\"", uscita.string(), test::ProgramPath("lumoscad").string()};
   parole.insert(parole.end(), argomenti.begin(), argomenti.end());
   Testi ambiente = Ambiente(postazione);

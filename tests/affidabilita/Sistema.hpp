@@ -90,10 +90,11 @@ class Sistema {
   };
   [[nodiscard]] Famiglia Avvia(const Lancio& lancio) const;
   /// Runs the program at a terminal as its administrator would, with the database's options on the standard input; as a
-  /// user of the database and with further variables, where they are given. Returns its exit status, a line end and
-  /// what it says.
+  /// user of the database, with further variables and an answer to what it asks, where they are given. Returns its exit
+  /// status, a line end and what it says.
   [[nodiscard]] std::string Amministra(const std::string& postazione, const Testi& argomenti,
-                                       const std::string& utente = {}, const Testi& ambiente = {}) const;
+                                       const std::string& utente = {}, const Testi& ambiente = {},
+                                       const std::string& risposta = {}) const;
 
  private:
   /// The database's options in a private file: the password stands in no list of processes.

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <utility>
 
 namespace lumoscad::test {
 
@@ -173,6 +174,8 @@ void Tempesta::Arma() {
 }
 
 void Tempesta::GuardaTaglio() {
+  // A cut may strike, and a command end by it, between the look and whatever is done next.
+  const Istante prima = std::exchange(guardato_, Adesso());
   if (!taglio_) {
     if (Orologio::now() >= prossimoTaglio_) {
       Arma();
@@ -180,7 +183,7 @@ void Tempesta::GuardaTaglio() {
     return;
   }
   if (taglio_->passaggio->HasStruck()) {
-    cadute.push_back({ultimoGiro_, Adesso()});
+    cadute.push_back({prima, Adesso()});
     ++(taglio_->base ? conto.tagliBase : conto.tagliHost);
     taglio_.reset();
     prossimoTaglio_ = Orologio::now() + FinoA(previsione_.calma);
@@ -193,7 +196,7 @@ void Tempesta::Disarma() {
   if (taglio_) {
     // It may have struck since it was looked at.
     taglio_->passaggio->Restore();
-    cadute.push_back({ultimoGiro_, Adesso()});
+    cadute.push_back({guardato_, Adesso()});
     taglio_.reset();
   }
   prossimoTaglio_ = Orologio::now() + FinoA(previsione_.calma);
@@ -236,7 +239,6 @@ void Tempesta::Giro() {
   } else if (!riparazione_ && Orologio::now() >= prossimaPerdita_) {
     Perdi();
   }
-  ultimoGiro_ = Adesso();
 }
 
 void Tempesta::Infuria() {
@@ -244,7 +246,7 @@ void Tempesta::Infuria() {
   const auto fine = Orologio::now() + previsione_.durata;
   prossimoTaglio_ = Orologio::now() + FinoA(previsione_.calma);
   prossimaPerdita_ = Orologio::now() + previsione_.fraPerdite / 2;
-  ultimoGiro_ = Adesso();
+  guardato_ = Adesso();
   for (Terminale& terminale : terminali_) {
     Parti(terminale);
   }

@@ -96,7 +96,7 @@ class Tempesta {
   Orologio::time_point prossimoTaglio_;
   Orologio::time_point prossimaPerdita_;
   std::optional<Orologio::time_point> riparazione_;
-  Istante ultimoGiro_ = 0;
+  Istante guardato_ = 0; ///< right before it was last looked whether a cut has struck
 };
 
 } // namespace lumoscad::test

@@ -100,8 +100,9 @@ class Conti {
     std::vector<Eseguito> tutti = comandi;
     tutti.insert(tutti.end(), tempesta_.sgombero.riallinei.begin(), tempesta_.sgombero.riallinei.end());
     for (const Eseguito& comando : tutti) {
-      if (std::none_of(riscontro.errori.begin(), riscontro.errori.end(),
-                       [&](const std::string& errore) { return errore.starts_with(comando.nome + " "); })) {
+      const auto suo = [&](const std::string& errore) { return errore.starts_with(comando.nome + " "); };
+      if (std::none_of(riscontro.errori.begin(), riscontro.errori.end(), suo) &&
+          std::none_of(errori.begin(), errori.end(), suo)) {
         continue;
       }
       Testi campi{comando.nome,
@@ -121,6 +122,7 @@ class Conti {
   std::vector<Eseguito> comandi;
   Riscontro riscontro;
   std::vector<std::string> errori;
+  std::size_t riscritti = 0;        ///< realignments of a change that was there, and undone since; nobody could know
   std::size_t accettatiDaMorti = 0; ///< commands that the host accepted, and their terminal never heard of it
 
  private:
@@ -217,11 +219,14 @@ class Conti {
       if (conferma && Dice(riallineo, "La base dati non ha registrato nulla")) {
         errori.push_back(riallineo.nome + " denies what the database holds");
       }
-      // What the command itself has written is not to be written again, also where others have undone it since.
+      // What the command itself has written is not to be written again, also where others have undone it since: for as
+      // long as the server can tell it. Where it cannot, the rows alone speak, and the person was told so.
       const bool gia = confermati.contains(tempesta_.sgombero.diChi.at(riallineo.nome));
-      if (conferma && gia) {
+      const bool soloRighe = gruppo_.PerUtente() || Dice(riallineo, "Questo server non sa nulla della transazione");
+      if (conferma && gia && !soloRighe) {
         errori.push_back(riallineo.nome + " wrote what the command had written");
       }
+      riscritti += conferma && gia && soloRighe ? 1U : 0U;
       if (conferma || (riallineo.risultato.empty() && !gia)) {
         spiegati.push_back(riallineo);
         spiegati.back().risultato.clear();
@@ -249,8 +254,9 @@ void Stampa(const Gruppo& gruppo, const Previsione& previsione, const Tempesta& 
   StampaRiscontro(inizio, conti.riscontro, conti.comandi);
   std::printf(
       "%s: accettati dall'host senza che il terminale lo sapesse %zu; note chiuse dal riallineamento %zu, rimandate "
-      "%zu volte\n",
-      inizio.c_str(), conti.accettatiDaMorti, tempesta.sgombero.riallineate, tempesta.sgombero.rimandate);
+      "%zu volte; modifiche registrate, poi riportate indietro da altri e registrate di nuovo %zu\n",
+      inizio.c_str(), conti.accettatiDaMorti, tempesta.sgombero.riallineate, tempesta.sgombero.rimandate,
+      conti.riscritti);
   for (const auto& [motivo, quante] : tempesta.sgombero.archiviate) {
     std::printf("%s: note archiviate da una persona, %s: %zu\n", inizio.c_str(), motivo.c_str(), quante);
   }
