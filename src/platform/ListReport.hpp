@@ -42,6 +42,7 @@ struct PrintedTable {
   std::vector<Column> columns;
   std::vector<std::vector<std::string>> rows;
   std::vector<std::string> totals; ///< lines below the rows
+  bool wholeTexts = false;         ///< a text that is too long goes on in another line; otherwise it is cut
 };
 
 /// What a list says of itself beside its rows, and what is taken from it and brought into it. A window calls, a screen

@@ -1,5 +1,7 @@
 #include "platform/qt/BankBox.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
+
 #include <QAbstractItemView>
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -19,7 +21,7 @@ bool BankBox::TakeKey(const QKeyEvent& key) {
   if (!matches || (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
     return false;
   }
-  if (key.key() == Qt::Key_Backspace && !typed_.isEmpty()) {
+  if (PressedAt(GesturePlace::BankBox, key) == Gesture::WidenBanks && !typed_.isEmpty()) {
     Narrow(typed_.chopped(1));
     return true;
   }
@@ -45,7 +47,7 @@ void BankBox::keyPressEvent(QKeyEvent* event) {
 bool BankBox::eventFilter(QObject* object, QEvent* event) {
   if (object == view() && event->type() == QEvent::KeyPress) {
     const auto& key = static_cast<const QKeyEvent&>(*event);
-    const bool enter = key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
+    const bool enter = PressedAt(GesturePlace::BankBox, key, HeldWith::Nothing) == Gesture::ChooseBank;
     // Where nothing is left to choose, Enter must not choose what is out of sight.
     if (TakeKey(key) || (enter && !typed_.isEmpty() && !view()->currentIndex().isValid())) {
       event->accept();

@@ -1,5 +1,6 @@
 #include "platform/qt/CalendarPopup.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -23,6 +24,10 @@ QLabel* Line(const QString& name, QWidget* parent) {
   label->setTextFormat(Qt::PlainText);
   label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // a long text must not widen the calendar
   return label;
+}
+
+std::string MonthKey(std::size_t which) {
+  return ItalianKey(KeysOf(EntryOf(Gesture::CalendarMonth)).at(which));
 }
 
 QToolButton* Arrow(Qt::ArrowType arrow, const QString& name, const QString& text, QWidget* parent) {
@@ -78,9 +83,9 @@ QWidget* CalendarPopup::Heading() {
   title_->setAlignment(Qt::AlignCenter);
   title_->setFont(look::Bold(look::Font({})));
   auto* before = Arrow(Qt::LeftArrow, QStringLiteral("CalendarPreviousMonth"),
-                       QStringLiteral("Mese precedente (Pag su)"), heading);
-  auto* after =
-      Arrow(Qt::RightArrow, QStringLiteral("CalendarNextMonth"), QStringLiteral("Mese seguente (Pag giù)"), heading);
+                       QStringLiteral("Mese precedente (%1)").arg(Text(MonthKey(0))), heading);
+  auto* after = Arrow(Qt::RightArrow, QStringLiteral("CalendarNextMonth"),
+                      QStringLiteral("Mese seguente (%1)").arg(Text(MonthKey(1))), heading);
   connect(before, &QToolButton::clicked, this, [this] { month_->GoToMonth(-1); });
   connect(after, &QToolButton::clicked, this, [this] { month_->GoToMonth(1); });
   row->addWidget(before);

@@ -1,6 +1,7 @@
 #include "platform/qt/DateKeys.hpp"
 
 #include "platform/qt/CalendarPopup.hpp"
+#include "platform/qt/GestureKeys.hpp"
 
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -14,7 +15,8 @@ DateKeys::DateKeys(QLineEdit& field, DateField which, FieldGestures& fields, Run
     : field_(field), which_(which), fields_(fields), run_(std::move(run)) {
   field.installEventFilter(this);
   field.setToolTip(QStringLiteral("Data, oppure fm (fine mese) o +30 (giorni); frecce: un giorno; Pag su e Pag giù: un "
-                                  "mese; F4: calendario"));
+                                  "mese; %1: calendario")
+                       .arg(KeyText(Gesture::OpenCalendar)));
 }
 
 bool DateKeys::eventFilter(QObject* object, QEvent* event) {
@@ -26,20 +28,20 @@ bool DateKeys::Key(const QKeyEvent& key) {
   if (key.modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
     return false;
   }
-  switch (key.key()) {
-  case Qt::Key_Up:
+  switch (PressedAt(GesturePlace::DateField, key).gesture) {
+  case Gesture::DayLater:
     Step(1, 0);
     return true;
-  case Qt::Key_Down:
+  case Gesture::DayEarlier:
     Step(-1, 0);
     return true;
-  case Qt::Key_PageUp:
+  case Gesture::MonthLater:
     Step(0, 1);
     return true;
-  case Qt::Key_PageDown:
+  case Gesture::MonthEarlier:
     Step(0, -1);
     return true;
-  case Qt::Key_F4:
+  case Gesture::OpenCalendar:
     OpenCalendar();
     return true;
   default:

@@ -1,5 +1,6 @@
 #include "platform/qt/FilterBar.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QCheckBox>
@@ -30,8 +31,9 @@ FilterBar::FilterBar(QWidget* parent, int margin)
   text_->setObjectName(QStringLiteral("TextFiltro"));
   text_->setAccessibleName(QStringLiteral("Filtro delle righe"));
   text_->setPlaceholderText(QStringLiteral("Trova: parole, importi, >1000, <31/12, banca:, conto:, -parola"));
-  text_->setToolTip(
-      QStringLiteral("Mostra solo le righe che hanno tutto ciò che è scritto (Ctrl+F; Esc le mostra tutte)"));
+  text_->setToolTip(QStringLiteral("Mostra solo le righe che hanno tutto ciò che è scritto (") +
+                    KeyText(Gesture::Find) + QStringLiteral("; ") + KeyText(Gesture::FilterClear) +
+                    QStringLiteral(" le mostra tutte)"));
   text_->setContextMenuPolicy(Qt::NoContextMenu);
   text_->setClearButtonEnabled(true);
   text_->setMinimumSize(SmallestField, fontMetrics().height() + 2 * FieldMargin);
@@ -100,17 +102,15 @@ bool FilterBar::eventFilter(QObject* object, QEvent* event) {
   if (key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
     return false;
   }
-  switch (key.key()) {
-  case Qt::Key_Escape:
+  switch (PressedAt(GesturePlace::Filter, key).gesture) {
+  case Gesture::FilterClear:
     if (changed) {
       changed({});
     }
     Leave();
     hide();
     return true;
-  case Qt::Key_Return:
-  case Qt::Key_Enter:
-  case Qt::Key_Down:
+  case Gesture::FilterDone:
     Leave();
     return true;
   default:

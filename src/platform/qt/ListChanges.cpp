@@ -1,5 +1,6 @@
 #include "platform/qt/ListChanges.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -33,7 +34,7 @@ QVariant ChangesModel::data(const QModelIndex& index, int role) const {
 ListChanges::ListChanges(const ListReport& report, QWidget* parent) : QListView(parent), model_(report, this) {
   setObjectName(QStringLiteral("ChangesList"));
   setAccessibleName(QStringLiteral("Variazioni"));
-  setToolTip(QStringLiteral("Canc rimette com'era"));
+  setToolTip(QStringLiteral("%1 rimette com'era").arg(KeyText(Gesture::TakeBack)));
   setSelectionMode(ExtendedSelection);
   setUniformItemSizes(true);
   setEditTriggers(NoEditTriggers);
@@ -52,7 +53,8 @@ void ListChanges::Reload() {
 }
 
 void ListChanges::keyPressEvent(QKeyEvent* event) {
-  if (event->key() != Qt::Key_Delete || event->modifiers() != Qt::NoModifier) {
+  const bool plain = !(event->modifiers() & ~Qt::KeyboardModifiers(Qt::KeypadModifier));
+  if (!plain || PressedAt(GesturePlace::Changes, *event) != Gesture::TakeBack) {
     QListView::keyPressEvent(event);
     return;
   }

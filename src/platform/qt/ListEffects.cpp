@@ -1,5 +1,6 @@
 #include "platform/qt/ListEffects.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -89,7 +90,8 @@ class BarDelegate final : public QStyledItemDelegate {
 ListEffects::ListEffects(QWidget* parent) : QListWidget(parent) {
   setObjectName(QStringLiteral("EffectPanel"));
   setAccessibleName(QStringLiteral("Effetto delle variazioni"));
-  setToolTip(QStringLiteral("Invio o un clic sceglie le righe di una barra (F6 chiude)"));
+  setToolTip(QStringLiteral("%1 o un clic sceglie le righe di una barra (%2 chiude)")
+                 .arg(KeyText(Gesture::FilterBehind), KeyText(Gesture::Effects)));
   setItemDelegate(new BarDelegate(this));
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFixedWidth(look::Scaled(340));
@@ -134,17 +136,10 @@ void ListEffects::Choose(const QListWidgetItem* item) const {
 }
 
 void ListEffects::keyPressEvent(QKeyEvent* event) {
-  switch (event->key()) {
-  case Qt::Key_Return:
-  case Qt::Key_Enter:
-  case Qt::Key_Space:
-    if (event->modifiers() == Qt::NoModifier) {
-      Choose(currentItem());
-      return;
-    }
-    break;
-  default:
-    break;
+  const bool plain = !(event->modifiers() & ~Qt::KeyboardModifiers(Qt::KeypadModifier));
+  if (plain && PressedAt(GesturePlace::Effects, *event) == Gesture::FilterBehind) {
+    Choose(currentItem());
+    return;
   }
   QListWidget::keyPressEvent(event);
 }

@@ -1,5 +1,7 @@
 #include "platform/qt/ListFoot.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
+
 #include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QPainter>
@@ -42,7 +44,7 @@ void ListFoot::Build(QLabel* rows, QWidget* parent, QVBoxLayout& column) {
   changes->setArrowType(Qt::RightArrow);
   changes->setCheckable(true);
   changes->setFocusPolicy(Qt::NoFocus);
-  changes->setToolTip(QStringLiteral("Mostra le variazioni una per una (F7)"));
+  changes->setToolTip(QStringLiteral("Mostra le variazioni una per una (%1)").arg(KeyText(Gesture::Changes)));
   changes->hide();
   notice->hide();
   auto* line = new QHBoxLayout;

@@ -1,5 +1,6 @@
 #include "platform/qt/ListHeadings.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/ListView.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
@@ -21,6 +22,13 @@ constexpr int SquareSide = 14;
 constexpr int BorderReach = 4; ///< pixels from which a border is taken hold of
 /// Bold is wider: so many pixels of twelve keep the longest heading whole.
 constexpr int HeadingPixels = 11;
+
+/// " (Ctrl+1)"; nothing for a heading whose number is no key.
+QString SortKey(const ListHeading& heading) {
+  const std::vector<std::string_view> keys = KeysOf(EntryOf(Gesture::Sort));
+  const auto which = static_cast<std::size_t>(heading.index) - 1;
+  return which < keys.size() ? QStringLiteral(" (%1)").arg(Text(ItalianKey(keys[which]))) : QString();
+}
 
 } // namespace
 
@@ -118,8 +126,9 @@ void ListHeadings::AddHeadings() {
     const auto last = static_cast<std::size_t>(std::max(heading.last, 0));
     entry.heading->SetRightAligned(last < window_.Description().columns.size() &&
                                    window_.Description().columns[last].kind == ListColumn::Kind::Amount);
-    entry.heading->setToolTip(heading.sorts ? QStringLiteral("Ordina per %1 (Ctrl+%2)").arg(Text(heading.text), number)
-                                            : Text(heading.text));
+    entry.heading->setToolTip(heading.sorts
+                                  ? QStringLiteral("Ordina per %1%2").arg(Text(heading.text), SortKey(heading))
+                                  : Text(heading.text));
     QObject::connect(entry.heading, &QAbstractButton::clicked, this, [this, index = heading.index] {
       if (headingClicked) {
         headingClicked(index);

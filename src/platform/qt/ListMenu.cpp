@@ -1,5 +1,6 @@
 #include "platform/qt/ListMenu.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QAction>
@@ -19,9 +20,9 @@ ListMenu::ListMenu(ListGestures& gestures, Run run, QWidget* window)
   AddSeparator();
 }
 
-QAction* ListMenu::Add(const QString& text, const QKeySequence& keys, std::function<void()> action) {
-  auto* entry = new QAction(text, this);
-  entry->setShortcut(keys);
+QAction* ListMenu::Add(Gesture gesture, std::function<void()> action) {
+  auto* entry = new QAction(NameOf(gesture), this);
+  entry->setShortcuts(Keys(gesture));
   connect(entry, &QAction::triggered, this, std::move(action));
   entries_.push_back(entry);
   window_->addAction(entry);
@@ -34,44 +35,38 @@ void ListMenu::AddSeparator() {
   entries_.push_back(line);
 }
 
-QAction* ListMenu::AddGesture(const QString& text, const QKeySequence& keys, std::function<void()> gesture) {
-  return Add(text, keys, [this, gesture = std::move(gesture)] { run_(gesture); });
+QAction* ListMenu::AddGesture(Gesture gesture, std::function<void()> action) {
+  return Add(gesture, [this, action = std::move(action)] { run_(action); });
 }
 
 void ListMenu::AddSelections() {
-  visible_ = AddGesture({}, {}, [this] { gestures_.ScegliVisibili(); }); // its key is the list's own
-  AddGesture(QStringLiteral("Inverti la selezione"), Qt::CTRL | Qt::Key_I, [this] { gestures_.InvertiScelta(); });
-  struct Alike {
-    Likeness likeness;
-    const char* text;
-    Qt::Key key;
-  };
-  for (const Alike& alike : {Alike{Likeness::Account, "Seleziona tutto il conto", Qt::Key_T},
-                             Alike{Likeness::Item, "Seleziona tutta la partita", Qt::Key_P},
-                             Alike{Likeness::Bank, "Seleziona la stessa banca", Qt::Key_B},
-                             Alike{Likeness::Month, "Seleziona lo stesso mese", Qt::Key_M}}) {
-    if (gestures_.Confrontabile(alike.likeness)) {
-      AddGesture(QString::fromUtf8(alike.text), QKeySequence(Qt::CTRL | alike.key),
-                 [this, likeness = alike.likeness] { gestures_.ScegliSimili(likeness); });
+  visible_ = AddGesture(Gesture::SelectAll, [this] { gestures_.ScegliVisibili(); });
+  visible_->setShortcuts(QList<QKeySequence>()); // its key is the list's own: in a field it selects the field's text
+  AddGesture(Gesture::InvertSelection, [this] { gestures_.InvertiScelta(); });
+  for (const auto& [likeness, gesture] :
+       {std::pair(Likeness::Account, Gesture::SelectAccount), std::pair(Likeness::Item, Gesture::SelectItem),
+        std::pair(Likeness::Bank, Gesture::SelectBank), std::pair(Likeness::Month, Gesture::SelectMonth)}) {
+    if (gestures_.Confrontabile(likeness)) {
+      AddGesture(gesture, [this, likeness = likeness] { gestures_.ScegliSimili(likeness); });
     }
   }
   if (gestures_.Confrontabile(Likeness::Month)) {
-    AddGesture(QStringLiteral("Seleziona tutte le scadute"), Qt::CTRL | Qt::Key_D,
-               [this] { gestures_.ScegliScadute(); });
+    AddGesture(Gesture::SelectOverdue, [this] { gestures_.ScegliScadute(); });
   }
 }
 
 void ListMenu::AddSteps() {
-  undo_ = AddGesture({}, Qt::CTRL | Qt::Key_Z, [this] { gestures_.Annulla(); });
-  redo_ = AddGesture({}, {}, [this] { gestures_.Rifai(); });
-  redo_->setShortcuts({Qt::CTRL | Qt::Key_Y, Qt::CTRL | Qt::SHIFT | Qt::Key_Z});
+  undo_ = AddGesture(Gesture::Undo, [this] { gestures_.Annulla(); });
+  redo_ = AddGesture(Gesture::Redo, [this] { gestures_.Rifai(); });
 }
 
 /// Gives the entries that count or name something their texts.
 void ListMenu::Name() {
   const QLocale italian(QLocale::Italian, QLocale::Italy);
-  visible_->setText(QStringLiteral("Seleziona visibili (%1)\tCtrl+A")
-                        .arg(italian.toString(static_cast<qulonglong>(gestures_.RigheInVista()))));
+  visible_->setText(QStringLiteral("%1 (%2)\t%3")
+                        .arg(NameOf(Gesture::SelectAll),
+                             italian.toString(static_cast<qulonglong>(gestures_.RigheInVista())),
+                             KeyText(Gesture::SelectAll)));
   const auto step = [](const char* verb, const std::string& name) {
     return QString::fromUtf8(verb) + (name.empty() ? QString() : QStringLiteral(": ") + Text(name));
   };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/GestureTable.hpp"
 #include "platform/ListGestures.hpp"
 
 #include <QObject>
@@ -23,12 +24,12 @@ class ListMenu final : public QObject {
   /// `window` hears the keys.
   ListMenu(ListGestures& gestures, Run run, QWidget* window);
 
-  /// Adds an entry at the end. `action` is run as it is.
-  QAction* Add(const QString& text, const QKeySequence& keys, std::function<void()> action);
+  /// Adds an entry at the end, under its name and with its keys. `action` is run as it is.
+  QAction* Add(Gesture gesture, std::function<void()> action);
   void Open(const QPoint& where);
 
  private:
-  QAction* AddGesture(const QString& text, const QKeySequence& keys, std::function<void()> gesture);
+  QAction* AddGesture(Gesture gesture, std::function<void()> action);
   void AddSelections();
   void AddSteps();
   void AddSeparator();

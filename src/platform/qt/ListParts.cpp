@@ -1,6 +1,7 @@
 #include "platform/qt/ListParts.hpp"
 
 #include "platform/qt/AreaQt.hpp"
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/ListIcons.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
@@ -313,9 +314,10 @@ void ListParts::Below(QDialog& dialog, const ListWindow& window, QBoxLayout& sta
   lblRighe = new QLabel(frameOkAnnulla);
   lblRighe->setObjectName(QStringLiteral("lblRighe"));
   PictureOk = ImageButton(QStringLiteral("PictureOk"), QStringLiteral("&Conferma"), ListIcon::Confirm,
-                          QStringLiteral("Conferma le variazioni (Ctrl+Invio)"), frameOkAnnulla);
-  PictureAnnulla = ImageButton(QStringLiteral("PictureAnnulla"), QStringLiteral("&Annulla"), ListIcon::Cancel,
-                               QStringLiteral("Chiude senza variare nulla (Esc)"), frameOkAnnulla);
+                          QStringLiteral("Conferma le variazioni (%1)").arg(KeyText(Gesture::Confirm)), frameOkAnnulla);
+  PictureAnnulla =
+      ImageButton(QStringLiteral("PictureAnnulla"), QStringLiteral("&Annulla"), ListIcon::Cancel,
+                  QStringLiteral("Chiude senza variare nulla (%1)").arg(KeyText(Gesture::Leave)), frameOkAnnulla);
   look::MarkAsConfirming(*PictureOk);
   look::MarkAsFaint(*lblRighe);
   auto* texts = new QVBoxLayout;

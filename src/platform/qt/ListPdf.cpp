@@ -17,6 +17,8 @@ namespace {
 constexpr int DotsPerInch = 300;
 constexpr qreal PageMargin = 12; ///< millimetres
 constexpr qreal TextSize = 8;
+constexpr int LineGap = 8;  ///< dots between lines
+constexpr int CellGap = 12; ///< dots between columns
 
 /// Draws a table page by page.
 class Printer {
@@ -25,7 +27,7 @@ class Printer {
     QFont font = look::Font({});
     font.setPointSizeF(TextSize);
     painter_.setFont(font);
-    line_ = painter_.fontMetrics().lineSpacing() + 8;
+    line_ = painter_.fontMetrics().lineSpacing() + LineGap;
     const int sum =
         std::accumulate(table.columns.begin(), table.columns.end(), 0,
                         [](int before, const PrintedTable::Column& column) { return before + column.width; });
@@ -37,15 +39,17 @@ class Printer {
   void Run() {
     BeginPage();
     for (const auto& row : table_.rows) {
-      MakeRoom();
-      Cells([&row](std::size_t column) { return Text(row[column]); });
+      const auto textOf = [&row](std::size_t column) { return Text(row[column]); };
+      const int height = HeightOf(textOf);
+      MakeRoom(height);
+      Cells(textOf, height);
     }
-    MakeRoom();
+    MakeRoom(line_);
     painter_.drawLine(0, y_ + 2, painter_.viewport().width(), y_ + 2);
     y_ += 8;
     Embolden(true);
     for (const std::string& total : table_.totals) {
-      MakeRoom();
+      MakeRoom(line_);
       painter_.drawText(0, y_, painter_.viewport().width(), line_, Qt::AlignLeft | Qt::AlignVCenter, Text(total));
       y_ += line_;
     }
@@ -68,29 +72,47 @@ class Printer {
                       QStringLiteral("pagina %1").arg(page_));
     y_ = line_ + line_ / 2;
     Embolden(true);
-    Cells([this](std::size_t column) { return Text(table_.columns[column].heading); });
+    Cells([this](std::size_t column) { return Text(table_.columns[column].heading); }, line_);
     painter_.drawLine(0, y_, painter_.viewport().width(), y_);
     y_ += 4;
     Embolden(bold);
   }
 
-  void MakeRoom() {
-    if (y_ + line_ > painter_.viewport().height()) {
+  void MakeRoom(int height) {
+    if (y_ + height > painter_.viewport().height()) {
       writer_.newPage();
       BeginPage();
     }
   }
 
-  template <typename TextOf> void Cells(const TextOf& textOf) {
+  [[nodiscard]] int WidthOf(std::size_t column) const { return widths_[column] - CellGap; }
+
+  /// A line, or in a table of whole texts as many as its longest text takes.
+  template <typename TextOf> [[nodiscard]] int HeightOf(const TextOf& textOf) const {
+    int height = line_;
+    for (std::size_t column = 0; table_.wholeTexts && column < widths_.size(); ++column) {
+      const QRect area(0, 0, WidthOf(column), painter_.viewport().height());
+      height = std::max(height,
+                        painter_.fontMetrics().boundingRect(area, Qt::TextWordWrap, textOf(column)).height() + LineGap);
+    }
+    return height;
+  }
+
+  template <typename TextOf> void Cells(const TextOf& textOf, int height) {
     int x = 0;
     for (std::size_t column = 0; column < widths_.size(); ++column) {
-      const int width = widths_[column] - 12;
+      const int width = WidthOf(column);
       const int side = table_.columns[column].amount ? Qt::AlignRight : Qt::AlignLeft;
-      painter_.drawText(x, y_, width, line_, side | Qt::AlignVCenter,
-                        painter_.fontMetrics().elidedText(textOf(column), Qt::ElideRight, width));
+      const QString text = textOf(column);
+      if (table_.wholeTexts) {
+        painter_.drawText(x, y_, width, height, side | Qt::AlignVCenter | Qt::TextWordWrap, text);
+      } else {
+        painter_.drawText(x, y_, width, height, side | Qt::AlignVCenter,
+                          painter_.fontMetrics().elidedText(text, Qt::ElideRight, width));
+      }
       x += widths_[column];
     }
-    y_ += line_;
+    y_ += height;
   }
 
   QPdfWriter& writer_;

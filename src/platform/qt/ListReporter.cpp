@@ -1,87 +1,43 @@
 #include "platform/qt/ListReporter.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/ListChanges.hpp"
 #include "platform/qt/ListEffects.hpp"
 #include "platform/qt/ListParts.hpp"
 #include "platform/qt/ListPdf.hpp"
 #include "platform/qt/Look.hpp"
+#include "platform/qt/SaveDialog.hpp"
 #include "platform/qt/Texts.hpp"
 
 #include <QBoxLayout>
 #include <QClipboard>
 #include <QDialog>
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QFrame>
 #include <QGuiApplication>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QPointer>
-#include <QPushButton>
 #include <QSaveFile>
 #include <QScreen>
-#include <QShortcut>
-#include <QStandardPaths>
 #include <QToolButton>
 
 #include <algorithm>
 #include <utility>
 
 namespace lumoscad::qt {
-namespace {
 
-/// Asks where the rows are to be saved; empty where the person does not want it.
-QString AskWhere(QDialog& above) {
-  QFileDialog dialog(&above, QStringLiteral("Salva l'elenco"));
-  dialog.setObjectName(QStringLiteral("SaveList"));
-  dialog.setOption(QFileDialog::DontUseNativeDialog);
-  dialog.setOption(QFileDialog::DontConfirmOverwrite); // it would ask in another language
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-  const QString csv = QStringLiteral("Foglio di calcolo (*.csv)");
-  dialog.setNameFilters({csv, QStringLiteral("Documento PDF (*.pdf)")});
-  dialog.setDefaultSuffix(QStringLiteral("csv"));
-  QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog, csv](const QString& filter) {
-    dialog.setDefaultSuffix(filter == csv ? QStringLiteral("csv") : QStringLiteral("pdf"));
-  });
-  dialog.setLabelText(QFileDialog::LookIn, QStringLiteral("Cartella:"));
-  dialog.setLabelText(QFileDialog::FileName, QStringLiteral("Nome:"));
-  dialog.setLabelText(QFileDialog::FileType, QStringLiteral("Tipo:"));
-  dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Salva"));
-  dialog.setLabelText(QFileDialog::Reject, QStringLiteral("Annulla"));
-  dialog.selectFile(QStringLiteral("elenco"));
-  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
-    return {};
-  }
-  QString path = dialog.selectedFiles().constFirst();
-  if (!QFileInfo::exists(path)) {
-    return path;
-  }
-  QMessageBox question(QMessageBox::NoIcon, QStringLiteral("Salva l'elenco"),
-                       QFileInfo(path).fileName() + QStringLiteral(" esiste già. Sostituirlo?"), QMessageBox::NoButton,
-                       &above);
-  const QPushButton* yes = question.addButton(QStringLiteral("Sostituisci"), QMessageBox::AcceptRole);
-  question.setDefaultButton(question.addButton(QStringLiteral("Annulla"), QMessageBox::RejectRole));
-  question.exec();
-  return question.clickedButton() == yes ? path : QString();
-}
-
-} // namespace
-
-ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Gesture gesture)
+ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Run gesture)
     : QObject(&dialog), dialog_(dialog), list_(list), parts_(parts), report_(*list.Report()),
       gesture_(std::move(gesture)) {
-  Key(QKeySequence::Copy, &ListReporter::Copy);
-  Key(QKeySequence::Paste, &ListReporter::Paste);
-  Key(QKeySequence::Save, &ListReporter::Save);
-  Key(QKeySequence(Qt::Key_F6), &ListReporter::ToggleEffects);
-  Key(QKeySequence(Qt::Key_F7), &ListReporter::ToggleChanges);
+  Key(Gesture::Copy, &ListReporter::Copy);
+  Key(Gesture::Paste, &ListReporter::Paste);
+  Key(Gesture::Save, &ListReporter::Save);
+  Key(Gesture::Effects, &ListReporter::ToggleEffects);
+  Key(Gesture::Changes, &ListReporter::ToggleChanges);
   connect(parts_.foot.changes, &QToolButton::clicked, this, [this] { ToggleChanges(); });
 }
 
-void ListReporter::Key(const QKeySequence& keys, void (ListReporter::*action)()) {
-  auto* shortcut = new QShortcut(keys, &dialog_);
-  connect(shortcut, &QShortcut::activated, this, [this, action] { (this->*action)(); });
+void ListReporter::Key(Gesture gesture, void (ListReporter::*action)()) {
+  Bind(dialog_, gesture, [this, action](std::size_t) { (this->*action)(); });
 }
 
 void ListReporter::Copy() {
@@ -101,7 +57,10 @@ void ListReporter::Paste() {
 
 void ListReporter::Save() {
   const QPointer<ListReporter> here(this);
-  const QString path = AskWhere(dialog_);
+  const QString path = AskWhereToSave(dialog_, QStringLiteral("SaveList"), QStringLiteral("Salva l'elenco"),
+                                      {{QStringLiteral("Foglio di calcolo"), QStringLiteral("csv")},
+                                       {QStringLiteral("Documento PDF"), QStringLiteral("pdf")}},
+                                      QStringLiteral("elenco"));
   if (here && !path.isEmpty()) {
     SaveAs(path);
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/GestureTable.hpp"
 
 #include <QObject>
 
@@ -9,7 +10,6 @@
 
 class QBoxLayout;
 class QDialog;
-class QKeySequence;
 
 namespace lumoscad::qt {
 
@@ -22,16 +22,16 @@ class ListEffects;
 /// first asked for.
 class ListReporter final : public QObject {
  public:
-  using Gesture = std::function<void(const std::function<void()>&)>;
+  using Run = std::function<void(const std::function<void()>&)>;
 
   /// `gesture` runs one gesture and follows it.
-  ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Gesture gesture);
+  ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Run gesture);
 
   /// Makes all of it follow the screen.
   void Follow(const ListState& state);
 
  private:
-  void Key(const QKeySequence& keys, void (ListReporter::*action)());
+  void Key(Gesture gesture, void (ListReporter::*action)());
   void Copy();
   void Paste();
   void Save();
@@ -45,7 +45,7 @@ class ListReporter final : public QObject {
   ListWindow& list_;
   ListParts& parts_;
   ListReport& report_;
-  Gesture gesture_;
+  Run gesture_;
   ListChanges* changes_ = nullptr;
   ListEffects* effects_ = nullptr;
   int widthBefore_ = 0; ///< of the window, without the panel

@@ -1,5 +1,6 @@
 #include "platform/qt/ListView.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/ListDelegate.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -265,7 +266,7 @@ void ListView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void ListView::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_Escape) {
+  if (PressedAt(GesturePlace::Window, *event, HeldWith::Nothing) == Gesture::Leave) {
     event->ignore();
     return;
   }
@@ -302,58 +303,60 @@ void ListView::contextMenuEvent(QContextMenuEvent* event) {
                        mouse ? event->globalPos() : viewport()->mapToGlobal(cell.center()));
 }
 
-/// The keys of several rows: Shift and Ctrl with a movement or the space bar, and Ctrl+A.
+/// The keys of several rows: Shift and Ctrl with a movement or the space bar, the menu, and all rows at once.
 bool ListView::SelectionKey(const QKeyEvent& event) {
   if (gestures_ == nullptr || (event.modifiers() & (Qt::AltModifier | Qt::MetaModifier))) {
     return false;
   }
-  if (event.matches(QKeySequence::SelectAll)) {
+  const PressedGesture pressed = PressedAt(GesturePlace::List, event);
+  const QModelIndex cell = currentIndex();
+  switch (pressed.gesture) {
+  case Gesture::SelectAll:
     listener_->AllSelected();
     return true;
-  }
-  const HeldKeys held = Held(event.modifiers());
-  const QModelIndex cell = currentIndex();
-  if (event.key() == Qt::Key_Menu || (event.key() == Qt::Key_F10 && held.shift)) {
+  case Gesture::Menu:
     listener_->MenuAsked(cell.row(), viewport()->mapToGlobal(visualRect(cell).center()));
     return true;
-  }
-  if (event.key() == Qt::Key_Space && cell.isValid()) {
-    if (held.control) {
+  case Gesture::ToggleRow:
+    if (cell.isValid()) {
       listener_->MousePressed(cell.row(), widths_.Middle(cell.column()), 0, {false, true});
-    } else if (held.shift && model_.Kind(cell.column()) == Kind::Tick) {
+    }
+    return cell.isValid();
+  case Gesture::TickUpTo:
+    if (cell.isValid() && model_.Kind(cell.column()) == Kind::Tick) {
       listener_->TickedUpTo(cell);
     }
-    return held.control || held.shift;
-  }
-  const bool ends = event.key() == Qt::Key_Home || event.key() == Qt::Key_End;
-  if ((!held.shift && !held.control) || (ends && !held.shift)) {
-    return false;
-  }
-  const int page = std::max(viewport()->height() / look::RowHeight() - 1, 1);
-  const int last = model_.rowCount() - 1;
-  const int row = cell.row();
-  switch (event.key()) {
-  case Qt::Key_Up:
-    MoveTo(row - 1, cell.column(), held);
-    return true;
-  case Qt::Key_Down:
-    MoveTo(row + 1, cell.column(), held);
-    return true;
-  case Qt::Key_PageUp:
-    MoveTo(std::max(row - page, 0), cell.column(), held);
-    return true;
-  case Qt::Key_PageDown:
-    MoveTo(std::min(row + page, last), cell.column(), held);
-    return true;
-  case Qt::Key_Home:
-    MoveTo(0, cell.column(), held);
-    return true;
-  case Qt::Key_End:
-    MoveTo(last, cell.column(), held);
+    return cell.isValid();
+  case Gesture::Extend:
+  case Gesture::MoveAlone:
+  case Gesture::AddRange:
+    MoveTo(RowTowards(static_cast<Movement>(pressed.which)), cell.column(), Held(event.modifiers()));
     return true;
   default:
     return false;
   }
+}
+
+/// The row to which a movement leads from the current one; no row where there is none beyond it.
+int ListView::RowTowards(Movement movement) const {
+  const int row = currentIndex().row();
+  const int last = model_.rowCount() - 1;
+  const int page = std::max(viewport()->height() / look::RowHeight() - 1, 1);
+  switch (movement) {
+  case Movement::Up:
+    return row - 1;
+  case Movement::Down:
+    return row + 1;
+  case Movement::PageUp:
+    return std::max(row - page, 0);
+  case Movement::PageDown:
+    return std::min(row + page, last);
+  case Movement::First:
+    return 0;
+  case Movement::Last:
+    return last;
+  }
+  return row;
 }
 
 bool ListView::KeyOnCell(const QKeyEvent& event) {
@@ -362,9 +365,11 @@ bool ListView::KeyOnCell(const QKeyEvent& event) {
   }
   const QModelIndex cell = currentIndex();
   const Kind kind = model_.Kind(cell.column());
-  const int key = event.key();
-  if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_F2) {
-    if (cell.isValid() && (key == Qt::Key_Space ? kind == Kind::Tick : Editable(kind))) {
+  const Gesture pressed = PressedAt(GesturePlace::List, event).gesture;
+  // Shift with the space bar means more than one row; where there is no more than one it means that one.
+  const bool ticks = pressed == Gesture::Tick || pressed == Gesture::TickUpTo;
+  if (ticks || pressed == Gesture::OpenCell) {
+    if (cell.isValid() && (ticks ? kind == Kind::Tick : Editable(kind))) {
       listener_->CellActivated(cell);
     }
     return true;
@@ -376,13 +381,12 @@ bool ListView::KeyOnCell(const QKeyEvent& event) {
   return false;
 }
 
+/// The first and the last row, whatever is held; what else moves the table knows itself.
 bool ListView::MovementKey(const QKeyEvent& event) {
-  if (event.key() == Qt::Key_Home) {
-    GoTo(0, currentIndex().column());
-    return true;
-  }
-  if (event.key() == Qt::Key_End) {
-    GoTo(model_.rowCount() - 1, currentIndex().column());
+  const PressedGesture pressed = PressedAt(GesturePlace::List, event, HeldWith::Nothing);
+  const auto movement = static_cast<Movement>(pressed.which);
+  if (pressed == Gesture::Move && (movement == Movement::First || movement == Movement::Last)) {
+    GoTo(RowTowards(movement), currentIndex().column());
     return true;
   }
   return false;

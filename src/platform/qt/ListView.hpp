@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/GestureTable.hpp"
 #include "platform/qt/ColumnWidths.hpp"
 #include "platform/qt/FrozenColumns.hpp"
 #include "platform/qt/ListIcons.hpp"
@@ -131,6 +132,7 @@ class ListView final : public QTableView {
   [[nodiscard]] bool KeyOnCell(const QKeyEvent& event);
   [[nodiscard]] bool MovementKey(const QKeyEvent& event);
   [[nodiscard]] bool SelectionKey(const QKeyEvent& event);
+  [[nodiscard]] int RowTowards(Movement movement) const;
   [[nodiscard]] bool Selected(int row) const;
   void MoveTo(int row, int column, HeldKeys held);
 

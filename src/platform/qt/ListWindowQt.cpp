@@ -1,5 +1,6 @@
 #include "platform/qt/ListWindowQt.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -10,9 +11,9 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QMouseEvent>
-#include <QShortcut>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace lumoscad::qt {
@@ -32,6 +33,32 @@ ListWindowQt::ListWindowQt(ListWindow& window, QWidget* below) : ModalWindowQt(w
 QString ListWindowQt::RowCountText(int rows) const {
   return rows == 1 ? QStringLiteral("1 riga")
                    : QLocale(QLocale::Italian, QLocale::Italy).toString(rows) + QStringLiteral(" righe");
+}
+
+bool ListWindowQt::Offers(const GestureEntry& entry) const {
+  const ListGestures* const gestures = list_.Gestures();
+  const auto alike = [gestures](Likeness likeness) { return gestures != nullptr && gestures->Confrontabile(likeness); };
+  switch (entry.gesture) {
+  case Gesture::SecondField:
+    return parts_.TextScadenza != nullptr && parts_.cmbBanche != nullptr;
+  case Gesture::SelectAccount:
+    return alike(Likeness::Account);
+  case Gesture::SelectItem:
+    return alike(Likeness::Item);
+  case Gesture::SelectBank:
+    return alike(Likeness::Bank);
+  case Gesture::SelectMonth:
+  case Gesture::SelectOverdue:
+    return alike(Likeness::Month);
+  case Gesture::TypeDigit:
+    return Column(Kind::DateEditor) < model_.columnCount();
+  default:
+    break;
+  }
+  const bool dates = parts_.TextScadenza != nullptr || Column(Kind::DateEditor) < model_.columnCount();
+  const bool banks = parts_.cmbBanche != nullptr || parts_.cmbBanche2 != nullptr;
+  const bool dated = entry.place == GesturePlace::DateField || entry.place == GesturePlace::Calendar;
+  return entry.screens != GestureScreens::Item && (dates || !dated) && (banks || entry.place != GesturePlace::BankBox);
 }
 
 void ListWindowQt::ConnectBanks() {
@@ -77,13 +104,13 @@ void ListWindowQt::ShowDropDown(std::string_view name, bool opened) {
 void ListWindowQt::ConnectHeadings() {
   const auto clickRow = [this](int index) { Gesture([this, index] { list_.TLwTestata_Click(index); }); };
   parts_.headings->headingClicked = clickRow;
-  for (const ListHeading& heading : list_.Description().headings) {
-    if (heading.index >= 1 && heading.index <= 9) {
-      const auto key = static_cast<Qt::Key>(Qt::Key_0 + heading.index);
-      auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
-      connect(shortcut, &QShortcut::activated, this, [clickRow, index = heading.index] { clickRow(index); });
+  Bind(*this, Gesture::Sort, [this, clickRow](std::size_t which) {
+    const auto& headings = list_.Description().headings;
+    const int index = static_cast<int>(which) + 1;
+    if (std::any_of(headings.begin(), headings.end(), [index](const auto& h) { return h.index == index; })) {
+      clickRow(index);
     }
-  }
+  });
 }
 
 void ListWindowQt::AddMenu() {
@@ -93,7 +120,7 @@ void ListWindowQt::AddMenu() {
   }
   menu_ = new ListMenu(
       *gestures, [this](const std::function<void()>& gesture) { Gesture(gesture); }, this);
-  menu_->Add(QStringLiteral("Trova…"), Qt::CTRL | Qt::Key_F, [this] {
+  menu_->Add(Gesture::Find, [this] {
     Gesture([this] { list_.Form_Click(); });
     if (!Closed()) {
       Filter().Ask();
@@ -216,25 +243,24 @@ void ListWindowQt::KeyRefused() {
   (bank ? static_cast<QWidget*>(parts_.cmbBanche2) : parts_.TextScad)->setFocus();
 }
 
-bool ListWindowQt::KeyInEditor(QObject* field, int key) {
+bool ListWindowQt::KeyInEditor(QObject* field, const QKeyEvent& key) {
   const ListGestures* const gestures = list_.Gestures();
   const bool stays = gestures != nullptr && gestures->EditorDiMolte();
-  switch (key) {
-  case Qt::Key_Tab:
-  case Qt::Key_Backtab:
+  const PressedGesture pressed = PressedAt(GesturePlace::Editor, key);
+  switch (pressed.gesture) {
+  case Gesture::NextCell:
     CloseEditorWith(field, TabCode);
     if (!stays) {
-      GoToNext(field, key);
+      GoToNext(field, pressed.which == 0 ? Way::NextCell : Way::CellBefore);
     }
     return true;
-  case Qt::Key_Return:
-  case Qt::Key_Enter:
+  case Gesture::CloseCell:
     CloseEditorWith(field, EnterCode);
     if (!stays) {
-      GoToNext(field, Qt::Key_Return);
+      GoToNext(field, Way::NextRow);
     }
     return true;
-  case Qt::Key_Escape:
+  case Gesture::AbandonCell:
     Gesture([this] { list_.AbbandonaEditor(); });
     return true;
   default:
@@ -250,7 +276,7 @@ void ListWindowQt::CloseEditorWith(QObject* field, int code) {
   }
 }
 
-void ListWindowQt::GoToNext(const QObject* field, int key) {
+void ListWindowQt::GoToNext(const QObject* field, Way way) {
   const ListState& state = list_.Stato();
   if (Closed() || state.data.visible || state.bank.visible) {
     return;
@@ -259,11 +285,11 @@ void ListWindowQt::GoToNext(const QObject* field, int key) {
   // From the cell that was edited: the selection may have gone elsewhere meanwhile.
   const QModelIndex cell = EditorCell(field == parts_.TextScad ? Kind::DateEditor : Kind::BankEditor);
   const int last = model_.columnCount();
-  if (key == Qt::Key_Return) {
+  if (way == Way::NextRow) {
     table.GoTo(cell.row() + 1, cell.column());
     return;
   }
-  const bool forward = key == Qt::Key_Tab;
+  const bool forward = way == Way::NextCell;
   const int column = table.ActiveColumn(cell.column(), forward, true);
   if (column >= 0) {
     table.GoTo(cell.row(), column);
@@ -279,7 +305,7 @@ bool ListWindowQt::eventFilter(QObject* object, QEvent* event) {
   const auto type = event->type();
   if (inEditor && type == QEvent::KeyPress) {
     const auto& key = static_cast<const QKeyEvent&>(*event);
-    return !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && KeyInEditor(object, key.key());
+    return !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) && KeyInEditor(object, key);
   }
   if (onBank && type == QEvent::FocusOut && !parts_.cmbBanche2->view()->isVisible() &&
       LeftTheField(static_cast<const QFocusEvent&>(*event))) {

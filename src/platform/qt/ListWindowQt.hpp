@@ -8,6 +8,7 @@
 #include <string_view>
 
 class QBoxLayout;
+class QKeyEvent;
 
 namespace lumoscad::qt {
 
@@ -29,7 +30,11 @@ class ListWindowQt final : public ModalWindowQt {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
+  /// Where to go from a cell that closes.
+  enum class Way { NextRow, NextCell, CellBefore };
+
   [[nodiscard]] QString RowCountText(int rows) const override;
+  [[nodiscard]] bool Offers(const GestureEntry& entry) const override;
   void Follow(const ListState& state) override;
   void MousePressed(int row, int x, int y, HeldKeys held) override;
   void MouseDragged(int row) override;
@@ -46,9 +51,9 @@ class ListWindowQt final : public ModalWindowQt {
   void AddMenu();
   [[nodiscard]] int PlaceOfTheList(const QBoxLayout& stack) const;
   [[nodiscard]] FilterBar& Filter();
-  bool KeyInEditor(QObject* field, int key);
+  bool KeyInEditor(QObject* field, const QKeyEvent& key);
   void CloseEditorWith(QObject* field, int code);
-  void GoToNext(const QObject* field, int key);
+  void GoToNext(const QObject* field, Way way);
 
   ListReporter* reporter_ = nullptr; ///< null where the list says nothing of itself
   FilterBar* filter_ = nullptr;      ///< null until it is asked for

@@ -1,5 +1,7 @@
 #include "platform/qt/ModalWindowQt.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
+#include "platform/qt/HelpQt.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/RowDetailsQt.hpp"
 #include "platform/qt/Texts.hpp"
@@ -14,7 +16,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
-#include <QShortcut>
 
 #include <algorithm>
 #include <utility>
@@ -73,18 +74,19 @@ std::exception_ptr ModalWindowQt::Display() {
 
 void ModalWindowQt::AddLayoutActions() {
   parts_.headings->widthChanged = [this] { layout_.ColumnsChanged(); };
-  auto* reset = new QAction(QStringLiteral("Ripristina disposizione"), this);
+  auto* reset = new QAction(NameOf(Gesture::ResetLayout), this);
   reset->setObjectName(QStringLiteral("azioneRipristina"));
-  reset->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_0));
+  reset->setShortcuts(Keys(Gesture::ResetLayout));
   connect(reset, &QAction::triggered, this, [this] { layout_.Reset(); });
   auto* fit = new QAction(QStringLiteral("Larghezze secondo il contenuto"), this);
   fit->setObjectName(QStringLiteral("azioneLarghezze"));
   connect(fit, &QAction::triggered, parts_.headings, &ListHeadings::FitAll);
-  auto* details = new QAction(QStringLiteral("Dettagli della riga"), this);
+  auto* details = new QAction(NameOf(Gesture::Details), this);
   details->setObjectName(QStringLiteral("azioneDettagli"));
-  details->setShortcut(QKeySequence(Qt::Key_F3));
+  details->setShortcuts(Keys(Gesture::Details));
   connect(details, &QAction::triggered, this, [this] { ShowDetails(); });
   addActions({details, reset});
+  Bind(*this, Gesture::Help, [this](std::size_t) { ShowHelp(); });
   parts_.headings->addActions({fit, reset});
   parts_.headings->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
@@ -100,6 +102,19 @@ void ModalWindowQt::ShowDetails() {
     error_ = std::current_exception();
     Close();
   }
+}
+
+void ModalWindowQt::ShowHelp() {
+  if (inGesture_ || closed_) {
+    return;
+  }
+  std::vector<GestureEntry> entries;
+  for (const GestureEntry& entry : GestureTable()) {
+    if (Offers(entry)) {
+      entries.push_back(entry);
+    }
+  }
+  HelpQt(entries, this).exec();
 }
 
 void ModalWindowQt::Gesture(const std::function<void()>& action) {
@@ -176,10 +191,7 @@ void ModalWindowQt::ConnectDateKeys(QLineEdit& field, DateField which) {
 void ModalWindowQt::ConnectConfirm(const std::function<void()>& gesture) {
   const auto confirm = [this, gesture] { Gesture(gesture); };
   connect(parts_.PictureOk, &QPushButton::clicked, this, confirm);
-  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
-    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
-    connect(shortcut, &QShortcut::activated, this, confirm);
-  }
+  Bind(*this, Gesture::Confirm, [confirm](std::size_t) { confirm(); });
 }
 
 void ModalWindowQt::Abandon() {
@@ -360,8 +372,8 @@ bool ModalWindowQt::eventFilter(QObject* object, QEvent* event) {
     enteredByClick_ = static_cast<const QFocusEvent&>(*event).reason() == Qt::MouseFocusReason;
   }
   if (object == parts_.TextScadenza && event->type() == QEvent::KeyPress &&
-      static_cast<const QKeyEvent&>(*event).matches(QKeySequence::Undo) && !parts_.TextScadenza->isUndoAvailable() &&
-      list_.Gestures() != nullptr) {
+      PressedAt(GesturePlace::Window, static_cast<const QKeyEvent&>(*event)) == Gesture::Undo &&
+      !parts_.TextScadenza->isUndoAvailable() && list_.Gestures() != nullptr) {
     Gesture([this] { list_.Gestures()->Annulla(); }); // nothing of the field's own is left to take back
     return true;
   }

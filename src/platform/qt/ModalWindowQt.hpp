@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Desktop.hpp"
+#include "platform/GestureTable.hpp"
 #include "platform/qt/DateKeys.hpp"
 #include "platform/qt/DialogQt.hpp"
 #include "platform/qt/ListModel.hpp"
@@ -41,6 +42,8 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void Complete();
   /// The text that tells how many rows there are.
   [[nodiscard]] virtual QString RowCountText(int rows) const = 0;
+  /// Whether the table's gesture can be done in this window.
+  [[nodiscard]] virtual bool Offers(const GestureEntry& entry) const = 0;
   /// Makes the widgets that only this kind of window has follow the screen, before the in-place editors do.
   virtual void Follow(const ListState& state) = 0;
 
@@ -96,6 +99,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   [[nodiscard]] QRect EditorArea(Kind kind) const;
   void AddLayoutActions();
   void ShowDetails();
+  void ShowHelp();
   void Close();
 
   RememberedLayout layout_;

@@ -1,5 +1,6 @@
 #include "platform/qt/MonthView.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Look.hpp"
 
 #include <QApplication>
@@ -144,32 +145,23 @@ void MonthView::keyPressEvent(QKeyEvent* event) {
   const QDate day = Day();
   const bool plain = !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
   event->accept();
-  switch (plain ? event->key() : 0) {
-  case Qt::Key_Left:
-    return GoTo(day.addDays(-1));
-  case Qt::Key_Right:
-    return GoTo(day.addDays(1));
-  case Qt::Key_Up:
-    return GoTo(day.addDays(-MonthModel::Weekdays));
-  case Qt::Key_Down:
-    return GoTo(day.addDays(MonthModel::Weekdays));
-  case Qt::Key_PageUp:
-    return GoToMonth(-1);
-  case Qt::Key_PageDown:
-    return GoToMonth(1);
-  case Qt::Key_Home:
-    return GoTo(QDate(day.year(), day.month(), 1));
-  case Qt::Key_End:
-    return GoTo(QDate(day.year(), day.month(), day.daysInMonth()));
-  case Qt::Key_Return:
-  case Qt::Key_Enter:
-  case Qt::Key_Space:
+  const PressedGesture pressed = plain ? PressedAt(GesturePlace::Calendar, *event) : PressedGesture();
+  const int step = pressed.which == 0 ? -1 : 1;
+  switch (pressed.gesture) {
+  case Gesture::CalendarDay:
+    return GoTo(day.addDays(step));
+  case Gesture::CalendarWeek:
+    return GoTo(day.addDays(step * MonthModel::Weekdays));
+  case Gesture::CalendarMonth:
+    return GoToMonth(step);
+  case Gesture::CalendarEndDays:
+    return GoTo(QDate(day.year(), day.month(), step < 0 ? 1 : day.daysInMonth()));
+  case Gesture::CalendarChoose:
     if (chosen && day.isValid()) {
       chosen(day);
     }
     return;
-  case Qt::Key_Escape:
-  case Qt::Key_F4:
+  case Gesture::CalendarClose:
     window()->close();
     return;
   default:

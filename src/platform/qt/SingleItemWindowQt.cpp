@@ -1,5 +1,6 @@
 #include "platform/qt/SingleItemWindowQt.hpp"
 
+#include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -12,7 +13,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QShortcut>
 #include <QWindow>
 
 #include <utility>
@@ -86,7 +86,8 @@ void SingleItemWindowQt::AddSelectAll() {
   PicSelezionaTutto_ = new QPushButton(row);
   PicSelezionaTutto_->setObjectName(QStringLiteral("PicSelezionaTutto"));
   PicSelezionaTutto_->setAutoDefault(false);
-  PicSelezionaTutto_->setToolTip(QStringLiteral("Mette o toglie il segno a tutte le rate (Alt+S)"));
+  PicSelezionaTutto_->setToolTip(
+      QStringLiteral("Mette o toglie il segno a tutte le rate (%1)").arg(KeyText(Gesture::SelectEverything)));
   if (auto* box = qobject_cast<QHBoxLayout*>(row->layout())) {
     box->insertWidget(box->indexOf(field) + 1, PicSelezionaTutto_);
     box->insertSpacing(box->indexOf(PicSelezionaTutto_), 8);
@@ -111,14 +112,10 @@ void SingleItemWindowQt::ConnectFields() {
 }
 
 void SingleItemWindowQt::ConnectSteps() {
-  const auto connectKeys = [this](const QKeySequence& keys, void (ListGestures::*step)()) {
-    auto* shortcut = new QShortcut(keys, this);
-    connect(shortcut, &QShortcut::activated, this,
-            [this, step] { Gesture([this, step] { (list_.Gestures()->*step)(); }); });
-  };
-  connectKeys(Qt::CTRL | Qt::Key_Z, &ListGestures::Annulla);
-  connectKeys(Qt::CTRL | Qt::Key_Y, &ListGestures::Rifai);
-  connectKeys(Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &ListGestures::Rifai);
+  for (const auto& [gesture, step] :
+       {std::pair(Gesture::Undo, &ListGestures::Annulla), std::pair(Gesture::Redo, &ListGestures::Rifai)}) {
+    Bind(*this, gesture, [this, step = step](std::size_t) { Gesture([this, step] { (list_.Gestures()->*step)(); }); });
+  }
 }
 
 void SingleItemWindowQt::ConnectButtons() {
@@ -220,13 +217,12 @@ bool SingleItemWindowQt::KeyInList(const QKeyEvent& key) {
   if (list_.Stato().data.visible) {
     return false;
   }
-  switch (key.key()) {
-  case Qt::Key_Space:
+  switch (PressedAt(GesturePlace::List, key).gesture) {
+  case Gesture::Tick:
+  case Gesture::TickUpTo: // there is no more than one row at a time
     PressColumn(Kind::Tick);
     return true;
-  case Qt::Key_Return:
-  case Qt::Key_Enter:
-  case Qt::Key_F2:
+  case Gesture::OpenCell:
     PressColumn(Kind::DateEditor);
     return true;
   default:
@@ -239,19 +235,17 @@ bool SingleItemWindowQt::KeyInList(const QKeyEvent& key) {
 }
 
 bool SingleItemWindowQt::KeyInEditor(const QKeyEvent& key) {
-  switch (key.key()) {
-  case Qt::Key_Tab:
-  case Qt::Key_Backtab:
+  switch (PressedAt(GesturePlace::Editor, key).gesture) {
+  case Gesture::NextCell:
     Gesture([this] { list_.TextScad_KeyPress(TabCode); });
     return true; // the focus stays: leaving the field would close it
-  case Qt::Key_Return:
-  case Qt::Key_Enter:
+  case Gesture::CloseCell:
     Gesture([this] { list_.TextScad_KeyPress(EnterCode); });
     if (!Closed() && parts_.FrameScad->isHidden()) {
       parts_.table->GoTo(EditorCell(Kind::DateEditor).row() + 1, parts_.table->currentIndex().column());
     }
     return true;
-  case Qt::Key_Escape:
+  case Gesture::AbandonCell:
     Gesture([this] { list_.AbbandonaEditor(); });
     return true;
   default:

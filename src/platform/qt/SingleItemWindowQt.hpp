@@ -20,6 +20,7 @@ class SingleItemWindowQt final : public ModalWindowQt {
 
  private:
   [[nodiscard]] QString RowCountText(int rows) const override;
+  [[nodiscard]] bool Offers(const GestureEntry& entry) const override { return entry.screens != GestureScreens::Lists; }
   void Follow(const ListState& state) override;
   void MousePressed(int row, int x, int y, HeldKeys held) override;
   void MouseDragged(int /*row*/) override {} // one row at a time
