@@ -11,7 +11,7 @@ sys.dont_write_bytecode = True
 from planted import planted, verdict  # noqa: E402
 
 # A floor may include itself and every floor to its right.
-FLOORS = ["entry", "handlers", "screens", "host", "database", "common", "platform"]
+FLOORS = ["faccia", "entry", "handlers", "screens", "host", "database", "common", "platform"]
 
 # What the rest of the component may see of an adapter, and the lowest floor that may see it. Every other header of
 # an adapter belongs to its folder and to the composition root alone. An allowance that its lowest floor does not use is

@@ -16,6 +16,19 @@
 namespace lumoscad {
 namespace {
 
+std::string* ascoltato = nullptr; ///< who keeps the last message, if anyone
+
+void Ascolta(std::string_view testo, std::string_view frase) noexcept {
+  if (ascoltato == nullptr) {
+    return;
+  }
+  ascoltato->clear();
+  try {
+    *ascoltato = WithSentence(std::string(testo), frase);
+  } catch (...) { // NOLINT(bugprone-empty-catch): the person is told all the same
+  }
+}
+
 constexpr std::size_t MassimoDelBox = 32U << 10U; // bytes
 
 std::string ConPunti(std::ptrdiff_t numero) {
@@ -100,7 +113,16 @@ void ScriviErrore(std::initializer_list<std::string_view> pezzi) noexcept {
   ::funlockfile(stderr);
 }
 
+AscoltoMessaggi::AscoltoMessaggi(std::string& ultimo) noexcept {
+  ascoltato = &ultimo;
+}
+
+AscoltoMessaggi::~AscoltoMessaggi() {
+  ascoltato = nullptr;
+}
+
 void ShowBox(std::string_view testo, std::string_view frase) noexcept {
+  Ascolta(testo, frase);
   try {
     Mostra(testo, frase);
   } catch (const std::bad_alloc&) {

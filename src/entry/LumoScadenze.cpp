@@ -1,10 +1,11 @@
-#include "lumoscad/LumoScadenze.hpp"
-
 #include "common/Messaggi.hpp"
 #include "common/RigaComando.hpp"
 #include "common/Stato.hpp"
 #include "common/Testo.hpp"
 #include "entry/Comandi.hpp"
+#include "entry/Destinazione.hpp"
+#include "entry/Ingresso.hpp"
+#include "lumoscad/lumoscad.h"
 #include "platform/RuntimeError.hpp"
 #include "platform/Services.hpp"
 #include "platform/Turn.hpp"
@@ -15,6 +16,8 @@
 #include <charconv>
 #include <exception>
 #include <new>
+#include <optional>
+#include <utility>
 
 namespace lumoscad {
 namespace {
@@ -130,13 +133,35 @@ void Rifiuta(const Turn& turno) noexcept {
   }
 }
 
+/// What a call changes for its caller, until it ends.
+class PerIlChiamante {
+ public:
+  explicit PerIlChiamante(Chiamata& chiamata)
+      : ascolto_(chiamata.messaggio), prima_(std::exchange(ActiveServices().callersWindow, chiamata.finestraMadre)) {}
+  PerIlChiamante(const PerIlChiamante&) = delete;
+  PerIlChiamante& operator=(const PerIlChiamante&) = delete;
+  ~PerIlChiamante() { ActiveServices().callersWindow = prima_; }
+
+ private:
+  AscoltoMessaggi ascolto_;
+  unsigned long prima_;
+};
+
 } // namespace
 
-std::string LumoScadenze::EseguiLumoScad(std::string_view comando) noexcept {
+std::string EseguiLumoScad(std::string_view comando, Chiamata* chiamata) noexcept {
   const Turn turno(Turn::Who::Command);
   if (turno.How() != Turn::Outcome::Taken) {
+    if (chiamata != nullptr) {
+      chiamata->rifiutata = true;
+      chiamata->perche = turno.Reason();
+    }
     Rifiuta(turno);
     return "error";
+  }
+  std::optional<PerIlChiamante> perIlChiamante;
+  if (chiamata != nullptr) {
+    perIlChiamante.emplace(*chiamata);
   }
   try {
     return Esegui(comando);
@@ -147,3 +172,12 @@ std::string LumoScadenze::EseguiLumoScad(std::string_view comando) noexcept {
 }
 
 } // namespace lumoscad
+
+extern "C" size_t lumoscad_esegui_n(const char* comando, size_t lunghezza, char* risultato, size_t dimensione) {
+  const std::string_view riga = comando == nullptr ? std::string_view() : std::string_view(comando, lunghezza);
+  return lumoscad::Destinazione(risultato, dimensione).Aggiungi(lumoscad::EseguiLumoScad(riga));
+}
+
+extern "C" size_t lumoscad_esegui(const char* comando, char* risultato, size_t dimensione) {
+  return lumoscad_esegui_n(comando, comando == nullptr ? 0 : std::string_view(comando).size(), risultato, dimensione);
+}

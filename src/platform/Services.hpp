@@ -25,6 +25,8 @@ struct Services {
   std::function<WindowThread()> windowThread = {};     ///< asked from any thread; none: as if without an application
   /// the locks that requests of one workstation share on this machine, created on first use, kept; may be empty
   std::function<nexaro::ProcessLock&()> processLock = {};
+  /// the native number of the calling program's window over which the running command's open, on X11; 0 for none
+  unsigned long callersWindow = 0;
 };
 
 /// The one set of services of the process.

@@ -1,11 +1,9 @@
+#include "FacciaC.hpp"
 #include "lumoscad/Host.hpp"
 #include "lumoscad/lumoscad.h"
-#include "support/Files.hpp"
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
@@ -13,47 +11,8 @@
 #include <thread>
 #include <vector>
 
+namespace lumoscad::test {
 namespace {
-
-/// Without a display an error goes to the error output instead of a box, which nobody would close.
-class CFace : public testing::Test {
- protected:
-  CFace() {
-    for (const char* variabile : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-      unsetenv(variabile);
-    }
-    // Read once a process.
-    setenv("NEXARO_CARTELLA_LOCALE", Locale().Path().c_str(), 1);
-    for (const auto& voce : std::filesystem::directory_iterator(Locale().Path())) {
-      std::filesystem::remove_all(voce.path());
-    }
-    risultato.fill('?');
-    letto.fill('?');
-  }
-
-  static const lumoscad::test::TemporaryFolder& Locale() {
-    static const lumoscad::test::TemporaryFolder Unica;
-    return Unica;
-  }
-  /// Leaves the note of a command, in this phase.
-  static void Lascia(const std::string& nome, const std::string& fase) {
-    Scrivi(nome + ".nota",
-           "lumoscad-nota 1\ninizio=2026-03-05 14:07:09\npostazione=T01\ncomando=SOSPESO /A\nazienda=01\n"
-           "host=10.0.0.1\norigine=CONTAB\ngenere=azione\nelemento=01\nelemento=SOSPESOCREA\n"
-           "elemento=C1\nelemento=AB 1\nfine\n");
-    Scrivi(nome + ".fase",
-           "lumoscad-fase 1\nfase=" + fase + "\nmomento=2026-03-05 14:07:10\nrisposta=conto bloccato\nfine\n");
-  }
-  static void Scrivi(const std::string& nome, const std::string& contenuto) {
-    std::ofstream(Locale() / nome) << contenuto;
-  }
-
-  std::array<char, 8> risultato{};
-  std::array<char, 2048> letto{};
-  int stato = -1;
-};
-
-} // namespace
 
 TEST_F(CFace, GivesTheResultAndItsLength) {
   EXPECT_EQ(lumoscad_esegui("-T", risultato.data(), risultato.size()), 5U);
@@ -101,9 +60,7 @@ TEST_F(CFace, ANullCommandIsAnEmptyLine) {
 }
 
 TEST_F(CFace, TheTestOfAHostAndACommandDoNotRunAtOnce) {
-  setenv("NEXARO_TRASPORTO", "cartella", 1);
-  const lumoscad::test::TemporaryFolder radice;
-  setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
+  UsaCartella();
   testing::internal::CaptureStderr();
   std::vector<std::string> interne;
   std::size_t daUnTimer = 0;
@@ -129,9 +86,7 @@ TEST_F(CFace, TheTestOfAHostAndACommandDoNotRunAtOnce) {
 }
 
 TEST_F(CFace, OutcomesThatCannotBeShownEndTheTestOfAHostAndNotTheProgram) {
-  setenv("NEXARO_TRASPORTO", "cartella", 1);
-  const lumoscad::test::TemporaryFolder radice;
-  setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
+  UsaCartella();
   EXPECT_FALSE(
       lumoscad::ProvaHost("10.0.0.1", "", [](const lumoscad::PassoProva&) { throw std::runtime_error("no screen"); }));
 }
@@ -210,9 +165,7 @@ TEST_F(CFace, PutsANoteAsideWithItsReason) {
 }
 
 TEST_F(CFace, NotesWaitForTheRunningCallToo) {
-  setenv("NEXARO_TRASPORTO", "cartella", 1);
-  const lumoscad::test::TemporaryFolder radice;
-  setenv("NEXARO_RADICE", radice.Path().c_str(), 1);
+  UsaCartella();
   Lascia("sospeso-1", "rifiutata");
   static_cast<void>(lumoscad::ProvaHost("10.0.0.1", "", [&](const lumoscad::PassoProva&) {
     lumoscad_in_sospeso(nullptr, &stato, letto.data(), letto.size());
@@ -226,3 +179,6 @@ TEST_F(CFace, NotesWaitForTheRunningCallToo) {
   EXPECT_TRUE(std::filesystem::exists(Locale() / "sospeso-1.nota"));
   EXPECT_FALSE(std::filesystem::exists(Locale() / "sospeso-1.archivio"));
 }
+
+} // namespace
+} // namespace lumoscad::test

@@ -1,6 +1,7 @@
 #include "platform/qt/QtDesktop.hpp"
 
 #include "platform/RuntimeError.hpp"
+#include "platform/Services.hpp"
 #include "platform/qt/Display.hpp"
 #include "platform/qt/ListWindowQt.hpp"
 #include "platform/qt/MessageQt.hpp"
@@ -71,9 +72,14 @@ class ExitPending {
   bool previous_;
 };
 
+/// The window over which one of ours opens. Where the caller has named one that is not Qt's there is none, and the
+/// dialog finds it by its number.
 QWidget* ParentWindow() {
-  QWidget* modal = QApplication::activeModalWidget();
-  return modal != nullptr ? modal : QApplication::activeWindow();
+  if (QWidget* modal = QApplication::activeModalWidget(); modal != nullptr) {
+    return modal;
+  }
+  const auto named = static_cast<WId>(ActiveServices().callersWindow);
+  return named != 0 ? QWidget::find(named) : QApplication::activeWindow();
 }
 
 class QtDesktop final : public Desktop {
