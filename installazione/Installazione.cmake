@@ -21,6 +21,11 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_FUL
 configure_file(${CMAKE_CURRENT_LIST_DIR}/lumoscad.pc.in ${PROJECT_BINARY_DIR}/lumoscad.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/lumoscad.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT sviluppo)
 
+# For a developer in another language: the module for Python, and a program that calls the component in each.
+install(FILES ${PROJECT_SOURCE_DIR}/installazione/lumoscad.py DESTINATION ${CMAKE_INSTALL_DATADIR}/lumoscad/python
+  COMPONENT sviluppo)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/esempi DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT sviluppo)
+
 set(manuale ${PROJECT_SOURCE_DIR}/installazione/man)
 install(FILES ${manuale}/lumoscad.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT sviluppo)
 install(FILES ${manuale}/lumoscad-nexaro.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7 COMPONENT libreria)
