@@ -40,6 +40,8 @@ class FormPresunti final {
   /// Lays the controls out for the number of rows.
   void ResizePresunti();
 
+  /// Adds the records of the changed rows, in the order in which they show; none unless the screen was confirmed.
+  void LeggiVariazioni(VariazioniConsegna& variazioni) const;
   /// "closed" when the screen was left without confirming.
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
   /// The key of a row, by its number, among the list's items.
@@ -48,8 +50,6 @@ class FormPresunti final {
 
  private:
   void CaricaRighe(std::string_view parAzienda, const procedureLumoDB2::FiltroPresunti& filtro, MsgAnnulla& msg);
-  /// Adds the records of the changed rows.
-  void LeggiVariazioni(VariazioniConsegna& variazioni) const;
   /// Reads what the person changed in a row into a new record; false when that is nothing.
   [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneConsegna& variazione) const;
 

@@ -44,6 +44,8 @@ class frmLumoScadenzeBanche final {
   void ResizeScadBanche();
   void ResizeScadBanchePresunti();
 
+  /// Adds the records of the changed rows, in the order in which they show; none unless the screen was confirmed.
+  void LeggiVariazioni(VariazioniCanalizzazione& variazioni) const;
   /// "closed" when the screen was left without confirming.
   [[nodiscard]] const std::string& MotivoChiusura() const noexcept { return griglia_.MotivoChiusura(); }
   /// The key of a row, by its number, among the list's items.
@@ -54,8 +56,6 @@ class frmLumoScadenzeBanche final {
   void elaboraCreditiDebiti(std::string_view parAzienda, const procedureLumoDB2::FiltroScadenze& filtro,
                             MsgAnnulla& msg);
   void AggiungiRighe(ado::Recordset& righe);
-  /// Adds the records of the changed rows.
-  void LeggiVariazioni(VariazioniCanalizzazione& variazioni) const;
   /// Reads what the person changed in a row into a new record; false when that is nothing.
   [[nodiscard]] bool LeggiVariazione(std::size_t riga, VariazioneCanalizzazione& variazione) const;
 

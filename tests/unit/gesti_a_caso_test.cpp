@@ -1,13 +1,10 @@
-// Sequences of gestures at random, against the plainest model that there is: rows as structures, steps as copies of all
-// of them.
+// Sequences of gestures at random on the credits, against the plainest model that there is: rows as structures, steps
+// as copies of all of them.
 
 #include "SchermataDiProva.hpp"
+#include "SequenzaACaso.hpp"
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <random>
-#include <set>
 
 namespace lumoscad {
 namespace {
@@ -19,6 +16,9 @@ constexpr std::array<const char*, 2> Codici{"B06", "B02"};
 
 /// A row as a person sees it.
 struct RigaModello {
+  std::string conto;
+  std::int64_t centesimi = 0;
+  std::string divisa; ///< this list has one
   std::string scadenza;
   std::string banca; ///< the present bank's code
   std::string nuova;
@@ -29,9 +29,15 @@ struct RigaModello {
   bool conBanca = false; ///< ticked
 
   [[nodiscard]] bool operator==(const RigaModello&) const = default;
-  [[nodiscard]] bool Variata() const {
-    return (nuova != scadenza && !nuova.empty() && nuova != " ") ||
-           (!codice.empty() && codice != banca && !(codice == "#null#" && banca.empty()));
+  [[nodiscard]] bool Spuntata() const { return data || conBanca; }
+  [[nodiscard]] bool DataVariata() const { return nuova != scadenza && !nuova.empty() && nuova != " "; }
+  [[nodiscard]] bool BancaVariata() const {
+    return !codice.empty() && codice != banca && !(codice == "#null#" && banca.empty());
+  }
+  [[nodiscard]] bool Variata() const { return DataVariata() || BancaVariata(); }
+  /// "YYYY/MM/DD", by which the list is sorted by date.
+  [[nodiscard]] std::string Ordina() const {
+    return scadenza.substr(6) + "/" + scadenza.substr(3, 2) + "/" + scadenza.substr(0, 2);
   }
 };
 
@@ -43,30 +49,35 @@ struct StatoModello {
   [[nodiscard]] bool operator==(const StatoModello&) const = default;
 };
 
-class Confronto : public test::GrigliaDiProva {
+class ConfrontoScadenze : public test::GrigliaDiProva, private test::SequenzaACaso<StatoModello> {
  protected:
   void TestBody() override {}
 
  public:
-  explicit Confronto(unsigned seme) : generatore_(seme) {
+  explicit ConfrontoScadenze(unsigned seme) : SequenzaACaso(schermata.griglia(), seme) {
     griglia.cmbBanche = griglia.cmbBanche2 = {{" ", Banche[0], Banche[1]}, {Codici[0], Codici[1]}};
     const std::size_t quante = 3 + Fino(12);
     for (std::size_t i = 0; i < quante; ++i) {
       const bool conBanca = Fino(1) == 1;
-      const std::string scadenza = "1" + std::to_string(Fino(9)) + "/0" + std::to_string(1 + Fino(8)) + "/2006";
-      Aggiungi(Conti[Fino(Conti.size() - 1)], scadenza, conBanca ? Banche[0] : "");
-      ora_.righe.push_back({scadenza, conBanca ? Codici[0] : "", scadenza, "", conBanca ? Banche[0] : "",
-                            conBanca ? Banche[0] : "", false, false});
+      RigaModello riga;
+      riga.scadenza = riga.nuova = "1" + std::to_string(Fino(9)) + "/0" + std::to_string(1 + Fino(8)) + "/2006";
+      riga.conto = Conti[Fino(Conti.size() - 1)];
+      riga.banca = conBanca ? Codici[0] : "";
+      riga.testo = riga.testoBanca = conBanca ? Banche[0] : "";
+      riga.centesimi = static_cast<std::int64_t>(Fino(999999999));
+      griglia.righe.ImpostaTesto(Aggiungi(riga.conto, riga.scadenza, riga.testoBanca), Tabella::Importo,
+                                 test::ImportoAtteso(riga.centesimi));
+      ora_.righe.push_back(std::move(riga));
     }
     griglia.Resize();
-    scelte_ = {griglia.RigaVisibile(0)};
+    Comincia(quante, [this](std::size_t riga) { return ora_.righe[riga].conto; });
   }
 
   void Gesto() {
     if (griglia.Visibili() == 0) {
       Filtra(0);
     }
-    switch (Fino(11)) {
+    switch (Fino(13)) {
     case 0:
       Seleziona(Posto());
       break;
@@ -75,8 +86,7 @@ class Confronto : public test::GrigliaDiProva {
       Estendi(Posto());
       break;
     case 3:
-      griglia.Gestures()->ScegliVisibili();
-      ScegliInVista(0, griglia.Visibili() - 1);
+      ScegliTutte();
       break;
     case 4:
       Spunta(Posto(), 0);
@@ -94,10 +104,16 @@ class Confronto : public test::GrigliaDiProva {
       Filtra(Fino(3));
       break;
     case 9:
-      griglia.TLwTestata_Click(std::array{1, 2, 5, 6}[Fino(3)]);
+      OrdinaPer(Fino(3));
       break;
     case 10:
-      Fino(1) == 0 ? Annulla() : Rifai();
+      dataInAlto_ = !(Fino(1) == 0 ? Annulla() : Rifai()) && dataInAlto_;
+      break;
+    case 11:
+      IncollaDate();
+      break;
+    case 12:
+      IncollaBanche();
       break;
     default:
       InAlto();
@@ -113,95 +129,41 @@ class Confronto : public test::GrigliaDiProva {
       EXPECT_EQ(griglia.righe.Spuntata(riga, 0), attesa.data) << riga;
       EXPECT_EQ(griglia.righe.Spuntata(riga, 1), attesa.conBanca) << riga;
       EXPECT_EQ(griglia.Variata(riga), attesa.Variata()) << riga;
-      EXPECT_EQ(griglia.Selezione().Contiene(riga), scelte_.count(riga) > 0) << riga;
     }
     EXPECT_EQ(griglia.Stato().dueDateText, ora_.inAlto);
     EXPECT_EQ(griglia.Stato().bankIndex, ora_.bancaInAlto);
-    std::vector<std::size_t> variate;
-    for (std::size_t riga = 0; riga < ora_.righe.size(); ++riga) {
-      if (ora_.righe[riga].Variata()) {
-        variate.push_back(riga);
+    ConfrontaElenco();
+    ConfrontaPiede();
+  }
+
+  /// The records are those of the changed rows, as they show.
+  void Conferma() {
+    griglia.PictureOk_Click();
+    VariazioniCanalizzazione variazioni;
+    schermata.LeggiVariazioni(variazioni);
+    std::size_t quale = 0;
+    for (const std::size_t riga : ordine_) {
+      const RigaModello& attesa = ora_.righe[riga];
+      if (!attesa.Variata()) {
+        continue;
       }
+      ASSERT_LT(quale, variazioni.size()) << riga;
+      const VariazioneCanalizzazione& variazione = variazioni[quale++];
+      EXPECT_EQ(variazione.CodiceConto, "C" + std::to_string(riga));
+      EXPECT_EQ(variazione.VecchiaScadenza, attesa.scadenza);
+      EXPECT_EQ(variazione.isScadenzaChanged, attesa.DataVariata());
+      EXPECT_EQ(variazione.NuovaScadenza, attesa.DataVariata() ? attesa.nuova : "#null#");
+      EXPECT_EQ(variazione.isBancaChanged, attesa.BancaVariata());
+      EXPECT_EQ(variazione.VecchiaBanca, attesa.banca.empty() ? "#null#" : attesa.banca);
+      EXPECT_EQ(variazione.NuovaBanca, attesa.codice);
     }
-    EXPECT_EQ(griglia.ElencoVariate(), variate);
+    EXPECT_EQ(variazioni.size(), quale);
   }
 
  private:
   static constexpr std::array<const char*, 3> Conti{"ALBA", "BRUNI", "CORTI"};
 
-  [[nodiscard]] std::size_t Fino(std::size_t massimo) {
-    return std::uniform_int_distribution<std::size_t>(0, massimo)(generatore_);
-  }
-  [[nodiscard]] std::size_t Posto() { return Fino(griglia.Visibili() - 1); }
-
-  /// The rows that a gesture at this place means, from top to bottom.
-  [[nodiscard]] std::vector<std::size_t> Del(std::size_t posto) const {
-    std::vector<std::size_t> righe;
-    if (scelte_.count(griglia.RigaVisibile(posto)) > 0) {
-      for (std::size_t altro = 0; altro < griglia.Visibili(); ++altro) {
-        if (scelte_.count(griglia.RigaVisibile(altro)) > 0) {
-          righe.push_back(griglia.RigaVisibile(altro));
-        }
-      }
-      return righe;
-    }
-    return {griglia.RigaVisibile(posto)};
-  }
-
-  /// A step from the rows as they were; one that changed nothing is none.
-  void Passo(const StatoModello& prima) {
-    if (!(prima == ora_)) {
-      indietro_.push_back(prima);
-      avanti_.clear();
-    }
-  }
-
-  void Premi(std::size_t posto, int colonna) {
-    const std::size_t riga = griglia.RigaVisibile(posto);
-    const RowPress esito = griglia.Gestures()->Premi(posto, Mezzo(colonna), {});
-    if (esito == RowPress::Plain) {
-      griglia.Seleziona(static_cast<std::ptrdiff_t>(posto));
-      scelte_ = {riga};
-    }
-    griglia.LVScadenze_MouseDown(Mezzo(colonna), 5);
-    griglia.LVScadenze_Click(240);
-  }
-
-  void Seleziona(std::size_t posto) {
-    scelte_ = {griglia.RigaVisibile(posto)};
-    griglia.Seleziona(static_cast<std::ptrdiff_t>(posto));
-  }
-
-  void Estendi(std::size_t posto) {
-    const std::size_t da = Posto();
-    const std::size_t prima = griglia.RigaVisibile(da);
-    const std::size_t ultima = griglia.RigaVisibile(posto);
-    griglia.Seleziona(static_cast<std::ptrdiff_t>(da));
-    // An edited row may have gone with the selection, and the last with it.
-    for (std::size_t altro = 0; altro < griglia.Visibili(); ++altro) {
-      if (griglia.RigaVisibile(altro) == ultima) {
-        griglia.Gestures()->Vai(altro, {true, false});
-        ScegliInVista(DoveSta(prima), altro);
-        return;
-      }
-    }
-    scelte_ = {prima};
-  }
-
-  [[nodiscard]] std::size_t DoveSta(std::size_t riga) const {
-    std::size_t posto = 0;
-    while (griglia.RigaVisibile(posto) != riga) {
-      ++posto;
-    }
-    return posto;
-  }
-
-  void ScegliInVista(std::size_t primo, std::size_t ultimo) {
-    scelte_.clear();
-    for (std::size_t posto = std::min(primo, ultimo); posto <= std::max(primo, ultimo); ++posto) {
-      scelte_.insert(griglia.RigaVisibile(posto));
-    }
-  }
+  void Premi(std::size_t posto, int colonna) { SequenzaACaso::Premi(posto, Mezzo(colonna)); }
 
   void Spunta(std::size_t posto, int quale) {
     const auto righe = Del(posto);
@@ -274,6 +236,63 @@ class Confronto : public test::GrigliaDiProva {
     Passo(prima);
   }
 
+  /// Texts of `scritte` for the selected rows, now and then for one row too many, joined to a column; the number of
+  /// each.
+  std::string Colonna(const std::vector<std::string>& scritte, std::vector<std::size_t>& quali, bool& troppi) {
+    const std::size_t righe = ScelteInVista().size();
+    quali.resize(Fino(2) == 0 ? 1 : righe);
+    troppi = quali.size() == righe && Fino(9) == 0;
+    std::string testo;
+    for (std::size_t& quale : quali) {
+      // The last one is bad, and seldom.
+      quale = Fino(14) == 0 ? scritte.size() - 1 : Fino(scritte.size() - 2);
+      testo += scritte[quale] + "\r\n";
+    }
+    return troppi ? testo + scritte.front() + "\r\n" : testo;
+  }
+
+  void IncollaDate() {
+    const std::vector<std::string> scritte{"150327", " ", "16/03/2027", "31/02/2027"};
+    const std::vector<std::string> lette{"15/03/2027", "", "16/03/2027"};
+    const auto righe = ScelteInVista();
+    const StatoModello prima = ora_;
+    std::vector<std::size_t> quali;
+    bool troppi = false;
+    const std::string testo = Colonna(scritte, quali, troppi);
+    griglia.Report()->Incolla(testo, Tabella::NuovaScadenza);
+    const bool niente = quali.size() == 1 && !troppi && quali.front() == 1;
+    const bool cattive = std::count(quali.begin(), quali.end(), scritte.size() - 1) > 0;
+    if (righe.empty() || niente || cattive || troppi) {
+      return;
+    }
+    for (std::size_t i = 0; i < righe.size(); ++i) {
+      RigaModello& r = ora_.righe[righe[i]];
+      const std::size_t quale = quali[quali.size() == 1 ? 0 : i];
+      r.nuova = quale == 1 ? r.scadenza : lette[quale];
+    }
+    Passo(prima);
+  }
+
+  void IncollaBanche() {
+    const std::vector<std::string> scritte{"B06", "B02", "B99"};
+    const auto righe = ScelteInVista();
+    const StatoModello prima = ora_;
+    std::vector<std::size_t> quali;
+    bool troppi = false;
+    const std::string testo = Colonna(scritte, quali, troppi);
+    griglia.Report()->Incolla(testo, Tabella::NuovaBanca);
+    const bool cattive = std::count(quali.begin(), quali.end(), scritte.size() - 1) > 0;
+    if (righe.empty() || cattive || troppi) {
+      return;
+    }
+    for (std::size_t i = 0; i < righe.size(); ++i) {
+      RigaModello& r = ora_.righe[righe[i]];
+      Assegna(r, static_cast<int>(quali[quali.size() == 1 ? 0 : i]) + 1);
+      r.conBanca = true;
+    }
+    Passo(prima);
+  }
+
   void InAlto() {
     const StatoModello prima = ora_;
     if (Fino(1) == 0) {
@@ -303,65 +322,27 @@ class Confronto : public test::GrigliaDiProva {
   void Filtra(std::size_t quale) {
     const std::array<ListFilter, 4> filtri{ListFilter{}, ListFilter{"bruni"}, ListFilter{"", true, false},
                                            ListFilter{"", false, true}};
-    const bool nuovo = !(griglia.Gestures()->Filtro() == filtri[quale]);
-    griglia.Gestures()->Filtra(filtri[quale]);
-    if (!nuovo) {
-      return;
-    }
-    std::set<std::size_t> attese;
-    for (std::size_t riga = 0; riga < ora_.righe.size(); ++riga) {
+    SequenzaACaso::Filtra(filtri[quale], [&](std::size_t riga) {
       const RigaModello& r = ora_.righe[riga];
-      if (quale == 0 || (quale == 1 && griglia.righe.Testo(riga, Tabella::Conto) == "BRUNI") ||
-          (quale == 2 && r.Variata()) || (quale == 3 && (r.data || r.conBanca))) {
-        attese.insert(riga);
-      }
-    }
-    std::set<std::size_t> inVista;
-    for (std::size_t posto = 0; posto < griglia.Visibili(); ++posto) {
-      inVista.insert(griglia.RigaVisibile(posto));
-    }
-    EXPECT_EQ(inVista, attese);
-    if (scelte_.size() < 2 && griglia.RigaSelezionata()) {
-      scelte_ = {*griglia.RigaSelezionata()};
-    }
+      return quale == 0 || (quale == 1 && r.conto == "BRUNI") || (quale == 2 && r.Variata()) ||
+             (quale == 3 && r.Spuntata());
+    });
   }
 
-  void Annulla() {
-    griglia.Gestures()->Annulla();
-    if (!indietro_.empty()) {
-      avanti_.push_back(std::exchange(ora_, indietro_.back()));
-      indietro_.pop_back();
-      dataInAlto_ = false;
-    }
-  }
-  void Rifai() {
-    griglia.Gestures()->Rifai();
-    if (!avanti_.empty()) {
-      indietro_.push_back(std::exchange(ora_, avanti_.back()));
-      avanti_.pop_back();
-      dataInAlto_ = false;
-    }
+  void OrdinaPer(std::size_t quale) {
+    const std::array testate{1, 2, 5, 6};
+    Ordina(testate[quale], [&](std::size_t riga) {
+      const RigaModello& r = ora_.righe[riga];
+      return quale == 0 ? r.conto : quale == 1 ? std::string("2006 1") : quale == 2 ? r.Ordina() : r.testo;
+    });
   }
 
-  std::mt19937 generatore_;
-  StatoModello ora_;
-  std::vector<StatoModello> indietro_;
-  std::vector<StatoModello> avanti_;
-  std::set<std::size_t> scelte_;
   bool dataInAlto_ = false; ///< the last step is the text at the top
   std::size_t passiAllora_ = 0;
 };
 
 TEST(GesturesAtRandom, LeaveWhatTheModelLeaves) {
-  const unsigned sequenze = std::getenv("LUMOSCAD_PER_INTERO") != nullptr ? 10000 : 300;
-  for (unsigned seme = 1; seme <= sequenze && !testing::Test::HasFailure(); ++seme) {
-    Confronto confronto(seme);
-    for (int gesto = 0; gesto < 40 && !testing::Test::HasFailure(); ++gesto) {
-      SCOPED_TRACE("sequence " + std::to_string(seme) + ", gesture " + std::to_string(gesto));
-      confronto.Gesto();
-      confronto.Confronta();
-    }
-  }
+  test::GiocaSequenze<ConfrontoScadenze>({4519});
 }
 
 } // namespace
