@@ -39,6 +39,9 @@ class Schermo:
         self.ambiente.pop("WAYLAND_DISPLAY", None)
         self.ambiente.pop("QT_QPA_PLATFORM", None)
         self.processi.append(subprocess.Popen(["openbox"], env=self.ambiente, stdout=self.registro, stderr=self.registro))
+        # A window that comes up before there is somebody to manage it may stay unseen.
+        self.aspetta("il gestore di finestre parte", lambda: subprocess.run(
+            ["xdotool", "get_num_desktops"], env=self.ambiente, capture_output=True, check=False).returncode == 0)
         self.x11 = ctypes.CDLL("libX11.so.6")
         self.x11.XInitThreads()
         self.x11.XOpenDisplay.restype = ctypes.c_void_p
@@ -72,16 +75,22 @@ class Schermo:
         self.x11.XGetTransientForHint(self.collegato, ctypes.c_ulong(finestra), ctypes.byref(numero))
         return numero.value
 
+    @staticmethod
+    def aspetta(che, vero):
+        """What `vero` gives, once it gives something."""
+        for _ in range(600):
+            if trovato := vero():
+                return trovato
+            time.sleep(0.1)
+        sys.exit(f"non è così: {che}")
+
     def cerca(self, titolo, programma=None):
         """The number of the visible window with this title, once there is one."""
-        for _ in range(300):
-            trovata = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{titolo}$"], env=self.ambiente,
-                                     capture_output=True, text=True).stdout.split()
-            if trovata:
-                return int(trovata[0])
+        def visibile():
             pretendi(programma is None or programma.poll() is None, "il programma mostra la finestra")
-            time.sleep(0.1)
-        sys.exit(f"nessuna finestra «{titolo}»")
+            return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{titolo}$"], env=self.ambiente,
+                                  capture_output=True, text=True, check=False).stdout.split()
+        return int(self.aspetta(f"c'è la finestra «{titolo}»", visibile)[0])
 
 
 class Prova:
