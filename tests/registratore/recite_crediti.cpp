@@ -211,6 +211,40 @@ std::vector<Scenetta> Altre() {
 
 } // namespace
 
+namespace {
+
+/// The lists sort in Italian text order. By its bytes "È" would stand behind "Z", a small letter behind every capital
+/// one, and the two that differ by case alone apart.
+Scenetta OrdineItaliano() {
+  return {
+      "crediti, conti e banche con accenti e minuscole: in ordine di testo italiano, non dei byte", [](Scena& scena) {
+        const std::vector<std::pair<std::string, std::string>> nomi = {{"Bertolè Impianti S.p.A.", "Ziveri"},
+                                                                       {"Confezioni Marilù S.r.l.", "Èlite Impianti"},
+                                                                       {"Edil Nicolò S.r.l.", "elba"},
+                                                                       {"Garden Center Le Ortensie S.r.l.", "Elba"},
+                                                                       {"Mobilificio Tre Querce S.p.A.", "Élite B"},
+                                                                       {"Banca dell'Aniene", "àncora"},
+                                                                       {"Banca Orobica di Valcarsa", "Ancona"}};
+        for (const auto& [prima, dopo] : nomi) {
+          scena.Altrove("UPDATE CONTOCONTABILE SET DESCRIZIONEVOCE='" + dopo + "' WHERE DESCRIZIONEVOCE='" +
+                        test::Replaced(prima, "'", "''") + "'");
+        }
+        scena.Recita([](ListWindow& finestra) {
+          finestra.TLwTestata_Click(Banca);
+          finestra.TLwTestata_Click(Conto);
+          const PersonaAllaLista persona(finestra);
+          for (std::size_t riga = 0; riga < finestra.RowCount(); riga += 2) {
+            persona.ScriviData(riga, "15/04/26");
+          }
+          finestra.TLwTestata_Click(Conto);
+          finestra.PictureOk_Click();
+        });
+        scena.Esegui("-T BANCA /CREDITI -M 032026");
+      }};
+}
+
+} // namespace
+
 std::vector<Scenetta> ReciteCrediti() {
   auto tutte = Uscite();
   for (auto* altre : {Cambi, EditorLasciati, Altre}) {
@@ -218,6 +252,7 @@ std::vector<Scenetta> ReciteCrediti() {
       tutte.push_back(std::move(recita));
     }
   }
+  tutte.push_back(OrdineItaliano());
   return tutte;
 }
 
