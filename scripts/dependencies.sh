@@ -3,6 +3,7 @@
 #   scripts/dependencies.sh                 everything
 #   scripts/dependencies.sh --senza-server  without the servers of the tests, which Debian would start as services
 #   scripts/dependencies.sh --pacchetti     only what builds packages, looks at them and tries them in a bare root
+#   scripts/dependencies.sh --foglio        only the spreadsheet in which a saved list is opened
 set -euo pipefail
 
 packages=(
@@ -28,6 +29,7 @@ libraries=(qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev)
 packaging=(g++ cmake ninja-build pkg-config "${libraries[@]}" debhelper dpkg-dev fakeroot lintian mmdebstrap diffoscope-minimal)
 case "${1:-}" in
   --senza-server) packages+=("${libraries[@]}") ;;
+  --foglio) packages=(libreoffice-calc-nogui) ;;
   --pacchetti) packages=("${packaging[@]}") ;;
   *) packages+=("${libraries[@]}" "${server[@]}") ;;
 esac

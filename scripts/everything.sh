@@ -27,5 +27,8 @@ scripts/reproduce.sh
 step "pacchetti, da una radice vuota"
 scripts/try_packages.sh
 
+step "un elenco salvato, aperto da un foglio di calcolo"
+scripts/spreadsheet.sh build/release
+
 step "affidabilità, con il caso e la copertura"
 scripts/reliability.sh

@@ -4,8 +4,11 @@
 #include "screens/EsportaGriglia.hpp"
 #include "screens/FormConsegna.hpp"
 #include "screens/FormPresunti.hpp"
+#include "support/Files.hpp"
+#include "support/Paths.hpp"
 
 #include <algorithm>
+#include <fstream>
 
 namespace lumoscad {
 namespace {
@@ -235,6 +238,22 @@ TEST_F(RowsTakenAway, GuardTextsAndNeverAmounts) {
       csv, HasSubstr("'=CMD|' /C calc'!A0;'-12/2026;31/03/2026;31/01/2006;'@SUM(1);-1.000,00;;31/03/2026;;'@SUM(1)"));
   EXPECT_THAT(Resoconto().Copia().html, HasSubstr("<td>'=CMD|' /C calc'!A0</td>"));
   EXPECT_THAT(Resoconto().Copia().html, HasSubstr("<td align=\"right\">-1.000,00</td>"));
+}
+
+/// What a text must not become, and what an amount must stay; scripts/spreadsheet.sh opens the file in a spreadsheet.
+TEST_F(RowsTakenAway, AreWrittenAsAFileForASpreadsheet) {
+  using std::string_literals::operator""s;
+  for (const std::string& testo :
+       {"=1+1"s, "+1"s, "-1"s, "@SUM(1)"s, "\t=1+1"s, "\r=1+1"s, "\n=1+1"s, "\0=1+1"s, "  =1+1"s, "＝1+1"s,
+        "=CMD|' /C calc'!A0"s, "=HYPERLINK(\"http://x\";\"x\")"s, "A;B \"C\""s, "Città e È"s, "'detto"s}) {
+    Rata(testo, "31/03/2026", "", "-1.000,05");
+  }
+  Rata("IMPORTO GRANDE", "29/02/2028", "", "12.345.678.901,23");
+  const std::string csv = Resoconto().Csv();
+  const auto file = test::OutputPath("foglio.csv");
+  std::ofstream(file, std::ios::binary) << csv;
+  EXPECT_EQ(test::FileText(file), csv);
+  EXPECT_EQ(std::count(csv.begin(), csv.end(), ';'), 21 * 9 + 2) << "two texts hold one";
 }
 
 TEST_F(RowsTakenAway, AreATableWhoseTextsMeanNothingToAPage) {
