@@ -2,6 +2,7 @@
 # Installs the Debian packages that building, testing and demonstrating need. Nothing happens when all are there.
 #   scripts/dependencies.sh                 everything
 #   scripts/dependencies.sh --senza-server  without the servers of the tests, which Debian would start as services
+#   scripts/dependencies.sh --chiamanti     only what callers in other languages and the interface's pages want
 #   scripts/dependencies.sh --pacchetti     only what builds packages, looks at them and tries them in a bare root
 #   scripts/dependencies.sh --foglio        only the spreadsheet in which a saved list is opened
 set -euo pipefail
@@ -10,7 +11,7 @@ packages=(
   # compilers and build
   g++ cmake ninja-build ccache pkg-config
   # checks
-  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3 shellcheck
+  clang clang-format-14 clang-tidy-14 libclang-rt-14-dev gcovr python3 shellcheck abigail-tools
   # libraries of the tests
   libgtest-dev libgmock-dev libbenchmark-dev
   # Qt's own way to a database, which the benchmarks compare with
@@ -31,6 +32,7 @@ case "${1:-}" in
   --senza-server) packages+=("${libraries[@]}") ;;
   --foglio) packages=(libreoffice-calc-nogui) ;;
   --pacchetti) packages=("${packaging[@]}") ;;
+  --chiamanti) packages=(mono-mcs mono-runtime libmono-system4.0-cil libgtk-3-dev doxygen) ;;
   *) packages+=("${libraries[@]}" "${server[@]}") ;;
 esac
 

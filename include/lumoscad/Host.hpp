@@ -122,8 +122,8 @@ struct ChiavePresentata {
 /// How one operation of the link went.
 struct PassoProva {
   std::string operazione; ///< the operation's name
-  bool riuscito = false;
-  std::string dettaglio; ///< what was seen, or why it does not work
+  bool riuscito = false;  ///< it works
+  std::string dettaglio;  ///< what was seen, or why it does not work
 };
 
 namespace interno {

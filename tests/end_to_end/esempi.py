@@ -15,7 +15,8 @@ import tempfile
 import time
 from concurrent.futures import ThreadPoolExecutor
 
-from installazione import esegui, installa, pretendi
+sys.dont_write_bytecode = True
+from installazione import esegui, installa, pretendi  # noqa: E402
 
 COMANDO = "-T BANCA /CREDITI -H locale -D 01 -DB2SOURCE CONTABILITA -DB2USER demo -DB2PASS demo -DB2SCHEMA main"
 LISTA = "LumoScad - Scadenze e banche dei clienti"
