@@ -22,6 +22,8 @@ packages=(
   unixodbc odbcinst libsqliteodbc sqlite3
   # a virtual display, a window manager and hands to play with
   xvfb xauth xdotool imagemagick openbox fonts-dejavu-core
+  # a session bus, the bus of the assistive tools, and a client of it
+  dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0
 )
 
 server=(odbc-postgresql postgresql-15 pgbouncer odbc-mariadb mariadb-server-core mariadb-client-core galera-4

@@ -36,7 +36,8 @@ struct ListColumn {
   std::string headingText; ///< the list's own heading text; empty over an icon column
   int width = 0;           ///< twips; 0 hides the column
   Kind kind = Kind::Text;
-  int present = -1; ///< for an editable column, the column that shows the present value; -1 for none
+  int present = -1;         ///< for an editable column, the column that shows the present value; -1 for none
+  std::string caption = {}; ///< what a person calls it, also where nothing stands over it; empty: its heading text
 };
 
 /// One heading drawn above the list (an element of the control array `TLwTestata`).

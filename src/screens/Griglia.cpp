@@ -126,6 +126,7 @@ void Griglia::Prepara() {
   finestra_.columns = descrizione_.colonne;
   for (std::size_t colonna = 0; colonna < larghezze_.size(); ++colonna) {
     finestra_.columns[colonna].width = larghezze_[colonna];
+    finestra_.columns[colonna].caption = Didascalia(static_cast<int>(colonna));
   }
   finestra_.headings = testate_;
   finestra_.labels = etichette;

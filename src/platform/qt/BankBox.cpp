@@ -60,14 +60,18 @@ bool BankBox::eventFilter(QObject* object, QEvent* event) {
   return QComboBox::eventFilter(object, event);
 }
 
+void BankBox::showPopup() {
+  if (!ready_) {
+    view()->installEventFilter(this); // whoever opens the list first types in the list
+    ready_ = true;
+  }
+  QComboBox::showPopup();
+}
+
 void BankBox::Narrow(const QString& typed) {
   auto* list = qobject_cast<QListView*>(view());
   if (list == nullptr) {
     return;
-  }
-  if (!ready_) {
-    list->installEventFilter(this);
-    ready_ = true;
   }
   const BankMatches found = matches(typed);
   if (!isVisible()) {

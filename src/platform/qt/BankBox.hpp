@@ -18,6 +18,7 @@ class BankBox final : public QComboBox {
 
   std::function<BankMatches(const QString&)> matches; ///< which entries a text means; where empty, keys are as ever
 
+  void showPopup() override;
   [[nodiscard]] const QString& Typed() const noexcept { return typed_; }
 
  protected:

@@ -3,6 +3,7 @@
 #include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/Texts.hpp"
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -36,6 +37,9 @@ FilterBar::FilterBar(QWidget* parent, int margin)
                     QStringLiteral(" le mostra tutte)"));
   text_->setContextMenuPolicy(Qt::NoContextMenu);
   text_->setClearButtonEnabled(true);
+  for (auto* button : text_->findChildren<QAbstractButton*>()) {
+    button->setAccessibleName(QStringLiteral("Svuota il filtro"));
+  }
   text_->setMinimumSize(SmallestField, fontMetrics().height() + 2 * FieldMargin);
   changedOnly_->setObjectName(QStringLiteral("ChangedOnly"));
   tickedOnly_->setObjectName(QStringLiteral("TickedOnly"));

@@ -15,6 +15,8 @@ class FrozenColumns {
   /// to the others.
   FrozenColumns(const QTableView& table, int wanted) : table_(table), wanted_(wanted) {}
 
+  /// So many columns tell whose row it is, also where there is no room for all of them to stay.
+  [[nodiscard]] int Wanted() const noexcept { return wanted_; }
   [[nodiscard]] bool Contains(int column) const { return column >= 0 && column < Count(); }
   /// Of all of them together.
   [[nodiscard]] int Width() const;

@@ -1,5 +1,6 @@
 #include "platform/qt/ListFoot.hpp"
 
+#include "platform/qt/AccessibleFactory.hpp"
 #include "platform/qt/GestureKeys.hpp"
 
 #include <QFontMetrics>
@@ -21,7 +22,10 @@ void ShortenedLabel::SetWholeText(const QString& text) {
   if (text != QLabel::text()) {
     setText(text);
     setToolTip(text);
-    setAccessibleName(text);
+    QString spoken = text; // without the points that only the eye needs
+    spoken.remove(QStringLiteral("·  ")).replace(QStringLiteral("  "), QStringLiteral(", "));
+    setAccessibleName(spoken);
+    Announce(*this);
   }
 }
 

@@ -97,6 +97,7 @@ ListHeadings::ListHeadings(const ListWindow& window, ListView& table, QWidget* p
   AddUncoveredColumns();
   AddBorders();
   Measure();
+  table_.SetHeadings(this);
 }
 
 void ListHeadings::Measure() {
@@ -129,6 +130,9 @@ void ListHeadings::AddHeadings() {
     entry.heading->setToolTip(heading.sorts
                                   ? QStringLiteral("Ordina per %1%2").arg(Text(heading.text), SortKey(heading))
                                   : Text(heading.text));
+    if (const auto keys = Keys(Gesture::Sort); heading.sorts && heading.index >= 1 && heading.index <= keys.size()) {
+      entry.heading->SetKeys(keys[heading.index - 1].toString());
+    }
     QObject::connect(entry.heading, &QAbstractButton::clicked, this, [this, index = heading.index] {
       if (headingClicked) {
         headingClicked(index);
@@ -160,6 +164,7 @@ void ListHeadings::AddUncoveredColumns() {
     Entry entry;
     entry.heading = new HeadingQt(Text(c.key), Text(c.headingText), false, this);
     entry.heading->setToolTip(Text(c.headingText));
+    entry.heading->setAccessibleName(Text(c.caption.empty() ? c.headingText : c.caption));
     entry.heading->SetRightAligned(c.kind == ListColumn::Kind::Amount);
     entry.first = entry.last = column;
     entries_.push_back(entry);
@@ -239,12 +244,30 @@ int ListHeadings::BorderAt(int x) const {
 }
 
 void ListHeadings::ShowOrder(int index, bool ascending) {
+  order_.clear();
   for (const Entry& entry : entries_) {
-    if (entry.indicator != nullptr) {
-      const ListIcon direction = ascending ? ListIcon::Sorted : ListIcon::SortedReverse;
-      entry.indicator->Display(entry.index == index ? direction : ListIcon::Unsorted);
+    if (entry.indicator == nullptr) {
+      continue;
+    }
+    const bool sorted = entry.index == index;
+    const ListIcon direction = ascending ? ListIcon::Sorted : ListIcon::SortedReverse;
+    entry.indicator->Display(sorted ? direction : ListIcon::Unsorted);
+    QString name = entry.heading->text();
+    if (sorted) {
+      const QString order = ascending ? QStringLiteral("ordine crescente") : QStringLiteral("ordine decrescente");
+      order_ = QStringLiteral("Per %1, %2").arg(name, order);
+      name += QStringLiteral(", ") + order;
+    }
+    if (entry.heading->accessibleName() != name) {
+      entry.heading->setAccessibleName(name);
     }
   }
+}
+
+HeadingQt* ListHeadings::Over(int column) const {
+  const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                  [column](const Entry& e) { return e.first <= column && column <= e.last; });
+  return found == entries_.end() ? nullptr : found->heading;
 }
 
 void ListHeadings::paintEvent(QPaintEvent*) {

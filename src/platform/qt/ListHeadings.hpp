@@ -20,6 +20,10 @@ class HeadingQt final : public QAbstractButton {
  public:
   HeadingQt(const QString& name, const QString& caption, bool sorts, QWidget* parent);
   void SetRightAligned(bool right) { right_ = right; }
+  [[nodiscard]] bool Sorts() const noexcept { return sorts_; }
+  /// The keys that press it; none where it does not sort.
+  void SetKeys(const QString& keys) { keys_ = keys; }
+  [[nodiscard]] const QString& Keys() const noexcept { return keys_; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -28,6 +32,7 @@ class HeadingQt final : public QAbstractButton {
  private:
   bool sorts_;
   bool right_ = false;
+  QString keys_;
 };
 
 /// A widget that shows one picture; its property "immagine" holds the picture's key.
@@ -61,6 +66,10 @@ class ListHeadings final : public QWidget {
   void FitAll();
   /// Shows which heading sorts the list, and in which direction.
   void ShowOrder(int index, bool ascending);
+  /// The order of the rows as a person says it; empty while they are as they came.
+  [[nodiscard]] const QString& SpokenOrder() const noexcept { return order_; }
+  /// The heading over a column; null for none.
+  [[nodiscard]] HeadingQt* Over(int column) const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -84,6 +93,7 @@ class ListHeadings final : public QWidget {
   ListView& table_;
   ColumnDrag* drag_;
   std::vector<Entry> entries_;
+  QString order_;
   std::vector<std::pair<int, ImageQt*>> squares_; ///< the tick columns and their squares
 };
 

@@ -80,9 +80,14 @@ QVariant ListModel::Read(std::size_t row, int column, int role) const {
 }
 
 QString ListModel::SpokenText(std::size_t row, int column) const {
-  const QString text = TextOfCell(row, column);
-  const QString distinction = Text(window_.Distinzione(row, column));
-  return distinction.isEmpty() ? text : text + QStringLiteral(", ") + distinction;
+  QStringList parts{TextOfCell(row, column)};
+  if (const std::string_view distinction = window_.Distinzione(row, column); !distinction.empty()) {
+    parts.append(Text(distinction));
+  }
+  if (Changed(row, column)) {
+    parts.append(QStringLiteral("variata"));
+  }
+  return parts.join(QStringLiteral(", "));
 }
 
 QString ListModel::TextOfCell(std::size_t row, int column) const {
@@ -98,6 +103,24 @@ bool ListModel::Changed(std::size_t row, int column) const {
   const std::string newName(window_.CellText(row, column));
   // A blank is what a refused date leaves behind: it changes nothing.
   return newName.find_first_not_of(' ') != std::string::npos && newName != window_.CellText(row, present);
+}
+
+QString ListModel::Caption(int column) const {
+  if (column < 0 || column >= columnCount()) {
+    return {};
+  }
+  const ListColumn& described = window_.Description().columns[static_cast<std::size_t>(column)];
+  if (!described.caption.empty()) {
+    return Text(described.caption);
+  }
+  return described.headingText.empty() && described.kind == Column::Tick ? QStringLiteral("Spunta")
+                                                                         : Text(described.headingText);
+}
+
+QString ListModel::PresentText(const QModelIndex& cell) const {
+  const auto column = static_cast<std::size_t>(cell.column());
+  const int present = cell.isValid() ? window_.Description().columns[column].present : -1;
+  return present < 0 ? QString() : Text(CellText(cell.row(), present));
 }
 
 bool ListModel::ContainsChanges() const {

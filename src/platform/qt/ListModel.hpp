@@ -47,6 +47,11 @@ class ListModel final : public QAbstractTableModel {
   /// Whether a tick is set.
   [[nodiscard]] std::optional<bool> CellTicked(int row, int column) const;
 
+  /// What a person calls a column.
+  [[nodiscard]] QString Caption(int column) const;
+  /// What is in the place of a new value now; empty for a cell that has none.
+  [[nodiscard]] QString PresentText(const QModelIndex& cell) const;
+
   /// True when the person has changed a cell of any row.
   [[nodiscard]] bool ContainsChanges() const;
 

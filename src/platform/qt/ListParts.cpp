@@ -193,6 +193,9 @@ void ListParts::Measure(QDialog& dialog, const ListWindow& window) const {
       caption->setMinimumWidth(look::Scaled(LabelWidth));
     }
   }
+  if (cellBankLabel != nullptr) {
+    cellBankLabel->adjustSize();
+  }
   TextScad->setFont(font);
   table->Measure();
   headings->Measure();
@@ -261,6 +264,7 @@ QFrame* ListParts::BankField(const ListWindow& window, QWidget* parent) {
   QHBoxLayout* row = InRow(frame);
   cmbBanche = Elenco(QStringLiteral("cmbBanche"), window.Description().banks, frame);
   cmbBanche->setAccessibleName(Text(*window.Description().bankField));
+  cmbBanche->view()->setAccessibleName(cmbBanche->accessibleName());
   cmbBanche->setFocusPolicy(Qt::StrongFocus);
   const QString occupied = window.Description().dateField ? QStringLiteral("can") : QStringLiteral("ca");
   row->addWidget(Caption(QStringLiteral("lblBanche"), WithAccessKey(Text(*window.Description().bankField), occupied),
@@ -298,6 +302,8 @@ void ListParts::Editor(const ListWindow& window) {
     cmbBanche2 = Elenco(QStringLiteral("cmbBanche2"), window.Description().cellBanks, FrameBanca);
     cmbBanche2->setAccessibleName(QStringLiteral("Nuova banca della riga"));
     InFrame(cmbBanche2);
+    cellBankLabel = Caption({}, cmbBanche2->accessibleName(), cmbBanche2, FrameBanca);
+    cellBankLabel->hide(); // on this system a box is called by what is chosen in it, unless a label is its own
   }
 }
 

@@ -32,6 +32,7 @@ struct ListParts {
   QLineEdit* TextScad = nullptr;
   QFrame* FrameBanca = nullptr;
   BankBox* cmbBanche2 = nullptr;
+  QLabel* cellBankLabel = nullptr; ///< what assistive tools call it; never shown
   QLabel* lblRighe = nullptr;
   ListFoot foot; ///< what stands behind it
   QPushButton* PictureOk = nullptr;

@@ -33,7 +33,12 @@ ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, 
   Key(Gesture::Save, &ListReporter::Save);
   Key(Gesture::Effects, &ListReporter::ToggleEffects);
   Key(Gesture::Changes, &ListReporter::ToggleChanges);
-  connect(parts_.foot.changes, &QToolButton::clicked, this, [this] { ToggleChanges(); });
+  // Not when it is clicked: assistive tools let it in and out without a click.
+  connect(parts_.foot.changes, &QToolButton::toggled, this, [this](bool open) {
+    if (open != (changes_ != nullptr && !changes_->isHidden())) {
+      ToggleChanges();
+    }
+  });
 }
 
 void ListReporter::Key(Gesture gesture, void (ListReporter::*action)()) {

@@ -4,6 +4,7 @@
 #include "platform/qt/ListDelegate.hpp"
 #include "platform/qt/Texts.hpp"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
@@ -54,7 +55,7 @@ ListGestures* OfSeveralRows(ListGestures* gestures) {
 } // namespace
 
 ListView::ListView(ListWindow& window, ListModel& model, QWidget* parent)
-    : QTableView(parent), window_(window), gestures_(OfSeveralRows(window.Gestures())), model_(model),
+    : TableQt(parent), window_(window), gestures_(OfSeveralRows(window.Gestures())), model_(model),
       widths_(window.Description().columns), frozen_(*this, FrozenOf(window.Description())),
       images_(new ListImages(this)), painter_(model, *images_) {
   setObjectName(Text(window.Description().listName));
@@ -197,13 +198,52 @@ int ListView::ActiveColumn(int column, bool forward, bool editorsOnly) const {
   return -1;
 }
 
+std::vector<std::pair<int, int>> ListView::SelectedRows() const {
+  std::vector<std::pair<int, int>> rows;
+  if (gestures_ != nullptr) {
+    for (const auto& [first, last] : gestures_->Scelte()) {
+      rows.emplace_back(static_cast<int>(first), static_cast<int>(last));
+    }
+  } else if (const int row = currentIndex().row(); row >= 0 && Selected(row)) {
+    rows.emplace_back(row, row);
+  }
+  return rows;
+}
+
+void ListView::ChooseRow(int row, bool chosen) {
+  if (gestures_ != nullptr && Selected(row) != chosen) {
+    const HeldKeys control{false, true};
+    MoveTo(row, currentIndex().column(), control);
+    listener_->MousePressed(row, widths_.Middle(std::max(currentIndex().column(), 0)), 0, control);
+  }
+}
+
+QWidget* ListView::EditorOn(const QModelIndex& cell) const {
+  return listener_ == nullptr ? nullptr : listener_->EditorOver(cell);
+}
+
+void ListView::TellContent() {
+  if (!QAccessible::isActive()) {
+    return;
+  }
+  const QModelIndex cell = currentIndex();
+  const QString now = cell.data(Qt::AccessibleTextRole).toString();
+  if (std::exchange(said_, now) != now) {
+    TellOfCurrent(QAccessible::NameChanged);
+    if (model_.Kind(cell.column()) == Kind::Tick) {
+      TellOfCurrent(QAccessible::StateChanged);
+    }
+  }
+}
+
 std::pair<int, int> ListView::RowsInView() const {
   const int last = rowAt(viewport()->height() - 1);
   return {rowAt(0), last < 0 ? model_.rowCount() - 1 : last};
 }
 
 void ListView::currentChanged(const QModelIndex& newOne, const QModelIndex& oldOne) {
-  QTableView::currentChanged(newOne, oldOne);
+  said_ = QAccessible::isActive() ? newOne.data(Qt::AccessibleTextRole).toString() : QString();
+  TableQt::currentChanged(newOne, oldOne);
   viewport()->update(visualRect(oldOne));
   viewport()->update(visualRect(newOne));
   if (!muteSelection_ && newOne.isValid() && newOne.row() != oldOne.row() && listener_ != nullptr) {

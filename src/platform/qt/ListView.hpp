@@ -7,9 +7,9 @@
 #include "platform/qt/ListModel.hpp"
 #include "platform/qt/ListPainter.hpp"
 #include "platform/qt/Look.hpp"
+#include "platform/qt/TableQt.hpp"
 
 #include <QElapsedTimer>
-#include <QTableView>
 
 #include <map>
 #include <optional>
@@ -20,6 +20,8 @@ class QPainter;
 class QRegion;
 
 namespace lumoscad::qt {
+
+class ListHeadings;
 
 /// Who is told of what happens in a list. Positions are nominal twips, rows are -1 for none.
 class ListListener {
@@ -54,10 +56,12 @@ class ListListener {
   virtual void KeyRefused() = 0;
   /// Columns or scroll position changed.
   virtual void LaidOut() = 0;
+  /// The field that is open over this cell; null for none.
+  [[nodiscard]] virtual QWidget* EditorOver(const QModelIndex& /*cell*/) { return nullptr; }
 };
 
 /// The list of a window: a table that turns mouse and keys into the gestures the screens know.
-class ListView final : public QTableView {
+class ListView final : public TableQt {
  public:
   ListView(ListWindow& window, ListModel& model, QWidget* parent);
 
@@ -76,6 +80,9 @@ class ListView final : public QTableView {
   void ShowSelection();
   /// While blocked, neither the wheel nor the keys move the list under an open editor.
   void Block(bool blocked) { blocked_ = blocked; }
+  [[nodiscard]] bool Blocked() const noexcept { return blocked_; }
+  /// The field that is open over this cell; null for none.
+  [[nodiscard]] QWidget* EditorOn(const QModelIndex& cell) const;
   /// Presses in the middle of `cell`, as the mouse would.
   void Press(const QModelIndex& cell);
 
@@ -99,6 +106,22 @@ class ListView final : public QTableView {
   [[nodiscard]] std::pair<int, int> RowsInView() const;
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override { return {look::Scaled(240), 4 * look::RowHeight()}; }
+
+  /// What stands above it; null where nothing does yet.
+  void SetHeadings(ListHeadings* headings) { headings_ = headings; }
+  [[nodiscard]] ListHeadings* Headings() const noexcept { return headings_; }
+
+  // Several rows at once.
+
+  /// Whether several rows can be selected.
+  [[nodiscard]] bool SeveralRows() const noexcept { return gestures_ != nullptr; }
+  [[nodiscard]] bool Selected(int row) const;
+  /// The first and the last of selected rows that stand together, ascending.
+  [[nodiscard]] std::vector<std::pair<int, int>> SelectedRows() const;
+  /// Goes to a row and adds it to the selection or takes it out, as the keys with Ctrl do.
+  void ChooseRow(int row, bool chosen);
+  /// Tells assistive tools of the current cell when it says something else than when they were told of it last.
+  void TellContent();
 
   /// Letters typed in the list: where rows are sorted, the screen looks for them.
   void keyboardSearch(const QString& letters) override;
@@ -133,7 +156,6 @@ class ListView final : public QTableView {
   [[nodiscard]] bool MovementKey(const QKeyEvent& event);
   [[nodiscard]] bool SelectionKey(const QKeyEvent& event);
   [[nodiscard]] int RowTowards(Movement movement) const;
-  [[nodiscard]] bool Selected(int row) const;
   void MoveTo(int row, int column, HeldKeys held);
 
   const ListWindow& window_;
@@ -146,6 +168,8 @@ class ListView final : public QTableView {
   ListImages* images_;
   ListPainter painter_;
   ListListener* listener_ = nullptr;
+  ListHeadings* headings_ = nullptr;
+  QString said_;            ///< of the current cell to assistive tools
   QString letters_;         ///< typed one after the other
   QElapsedTimer sinceLast_; ///< of them
   bool muteSelection_ = false;

@@ -1,11 +1,13 @@
 #include "platform/qt/ModalWindowQt.hpp"
 
+#include "platform/qt/AccessibleList.hpp"
 #include "platform/qt/GestureKeys.hpp"
 #include "platform/qt/HelpQt.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/RowDetailsQt.hpp"
 #include "platform/qt/Texts.hpp"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QCloseEvent>
 #include <QComboBox>
@@ -171,14 +173,31 @@ void ModalWindowQt::LaidOut() {
 
 void ModalWindowQt::ConnectFields() {
   parts_.TextScad->installEventFilter(this);
-  connect(parts_.TextScad, &QLineEdit::textEdited, this, [this](const QString& text) { WriteIntoEditor(Utf8(text)); });
+  ConnectText(*parts_.TextScad, list_.Stato().data.text, [this](const std::string& text) { WriteIntoEditor(text); });
   ConnectDateKeys(*parts_.TextScad, DateField::Cell);
   if (parts_.TextScadenza != nullptr) {
     parts_.TextScadenza->installEventFilter(this);
     ConnectDateKeys(*parts_.TextScadenza, DateField::Top);
-    connect(parts_.TextScadenza, &QLineEdit::textEdited, this,
-            [this](const QString& text) { Gesture([this, utf8 = Utf8(text)] { list_.TextScadenza_Change(utf8); }); });
+    ConnectText(*parts_.TextScadenza, list_.Stato().dueDateText,
+                [this](const std::string& text) { Gesture([&] { list_.TextScadenza_Change(text); }); });
   }
+}
+
+/// What an assistive tool writes counts as typed, though Qt does not call it edited; the keyboard goes to the field
+/// with it, so that the field is left as any other.
+void ModalWindowQt::ConnectText(QLineEdit& field, const std::string& known,
+                                const std::function<void(const std::string&)>& write) {
+  connect(&field, &QLineEdit::textEdited, this, [write](const QString& text) { write(Utf8(text)); });
+  connect(&field, &QLineEdit::textChanged, this, [this, &field, &known, write] {
+    if (inGesture_ || synchronising_ || closed_ || Utf8(field.text()) == known) {
+      return;
+    }
+    const std::string text = Utf8(field.text()); // leaving another field may put back what is known of this one
+    if (field.isVisible()) {
+      field.setFocus(Qt::OtherFocusReason);
+    }
+    write(text);
+  });
 }
 
 void ModalWindowQt::ConnectDateKeys(QLineEdit& field, DateField which) {
@@ -248,6 +267,7 @@ void ModalWindowQt::SynchroniseRows(const ListState& state) {
   } else if (std::exchange(content_, state.content) != state.content) {
     const auto [first, last] = table.RowsInView();
     model_.Refresh(first, last);
+    table.TellContent();
   }
   if (table.currentIndex().row() != state.selected) {
     table.ShowSelected(static_cast<int>(state.selected));
@@ -282,6 +302,7 @@ void ModalWindowQt::SynchroniseEditor(const CellEditor& editor, QFrame& frame, Q
   }
   parts_.PlaceOverCell(frame, EditorArea(kind));
   if (frame.isHidden()) {
+    NameEditor(kind);
     frame.show();
     field.setFocus();
     parts_.TextScad->selectAll();
@@ -333,13 +354,42 @@ void ModalWindowQt::PlaceEditor() {
   }
 }
 
+/// Says whose value is being written.
+void ModalWindowQt::NameEditor(Kind kind) {
+  const QModelIndex cell = EditorCell(kind);
+  const ListGestures* const gestures = list_.Gestures();
+  QString name = SpokenPlace(*parts_.table, cell);
+  if (gestures != nullptr && gestures->EditorDiMolte()) {
+    name = model_.Caption(cell.column()) + QStringLiteral(" di ") + QString::number(gestures->QuanteScelte()) +
+           QStringLiteral(" righe");
+  }
+  if (kind == Kind::DateEditor) {
+    parts_.TextScad->setAccessibleName(name);
+  } else {
+    parts_.cmbBanche2->setAccessibleName(name);
+    parts_.cmbBanche2->view()->setAccessibleName(name);
+    parts_.cellBankLabel->setText(name);
+    parts_.cellBankLabel->adjustSize();
+  }
+}
+
+QWidget* ModalWindowQt::EditorOver(const QModelIndex& cell) {
+  if (EditorState(Kind::DateEditor).visible && EditorCell(Kind::DateEditor) == cell) {
+    return parts_.TextScad;
+  }
+  return EditorState(Kind::BankEditor).visible && EditorCell(Kind::BankEditor) == cell ? parts_.cmbBanche2 : nullptr;
+}
+
 void ModalWindowQt::WriteIntoEditor(const std::string& text) {
   Gesture([&] { list_.TextScad_Change(text); });
 }
 
 void ModalWindowQt::TypeIntoEditor(const QString& digit) {
   if (!closed_ && list_.Stato().data.visible) {
+    const QScopedValueRollback<bool> mute(synchronising_, true);
     parts_.TextScad->setText(digit);
+  }
+  if (!closed_ && list_.Stato().data.visible) {
     WriteIntoEditor(Utf8(digit));
   }
 }

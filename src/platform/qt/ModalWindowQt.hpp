@@ -2,6 +2,7 @@
 
 #include "platform/Desktop.hpp"
 #include "platform/GestureTable.hpp"
+#include "platform/qt/AccessibleFactory.hpp"
 #include "platform/qt/DateKeys.hpp"
 #include "platform/qt/DialogQt.hpp"
 #include "platform/qt/ListModel.hpp"
@@ -72,6 +73,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void AllSelected() override;
   void LettersTyped(const QString& letters, bool anew) override;
   void LaidOut() override;
+  [[nodiscard]] QWidget* EditorOver(const QModelIndex& cell) override;
   void TakeLook() override;
   bool event(QEvent* event) override;
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -79,6 +81,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void showEvent(QShowEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
+  AccessibleFactory faces_;
   ListWindow& list_;
   ListModel model_;
   ListParts parts_;
@@ -87,6 +90,8 @@ class ModalWindowQt : public DialogQt, protected ListListener {
  private:
   void ConnectList();
   void ConnectFields();
+  /// `known` is what the screen has of the field's text.
+  void ConnectText(QLineEdit& field, const std::string& known, const std::function<void(const std::string&)>& write);
   void ConnectDateKeys(QLineEdit& field, DateField which);
   void WriteIntoEditor(const std::string& text);
   void ShowRowCount();
@@ -95,6 +100,7 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void SynchroniseEditor(const CellEditor& editor, QFrame& frame, QWidget& field, Kind kind);
   void SynchroniseEditor(const ListState& state);
   void PlaceEditor();
+  void NameEditor(Kind kind);
   [[nodiscard]] const CellEditor& EditorState(Kind kind) const;
   [[nodiscard]] QRect EditorArea(Kind kind) const;
   void AddLayoutActions();

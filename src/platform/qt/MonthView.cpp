@@ -70,8 +70,7 @@ class DayDelegate final : public QStyledItemDelegate {
 
 } // namespace
 
-MonthView::MonthView(MonthModel::Source source, QWidget* parent)
-    : QTableView(parent), model_(std::move(source), nullptr) {
+MonthView::MonthView(MonthModel::Source source, QWidget* parent) : TableQt(parent), model_(std::move(source), nullptr) {
   setItemDelegate(new DayDelegate(model_, this));
   setModel(&model_);
   setFrameShape(QFrame::NoFrame);

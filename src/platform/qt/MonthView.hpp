@@ -1,16 +1,16 @@
 #pragma once
 
 #include "platform/qt/MonthModel.hpp"
+#include "platform/qt/TableQt.hpp"
 
 #include <QDate>
-#include <QTableView>
 
 #include <functional>
 
 namespace lumoscad::qt {
 
 /// The days of a month, to choose one of: by the mouse, or by keys from day to day and from month to month.
-class MonthView final : public QTableView {
+class MonthView final : public TableQt {
  public:
   MonthView(MonthModel::Source source, QWidget* parent);
 
