@@ -241,6 +241,11 @@ void Tempesta::Giro() {
   }
 }
 
+/// On a busy machine a short storm is over before it has begun.
+bool Tempesta::MancaQualcosa() const {
+  return conto.morti == 0 || conto.tagliBase + conto.tagliHost == 0 || conto.perdite == 0;
+}
+
 void Tempesta::Infuria() {
   constexpr milliseconds Passo(5);
   const auto fine = Orologio::now() + previsione_.durata;
@@ -250,7 +255,7 @@ void Tempesta::Infuria() {
   for (Terminale& terminale : terminali_) {
     Parti(terminale);
   }
-  while (Orologio::now() < fine) {
+  while (Orologio::now() < fine || (MancaQualcosa() && Orologio::now() < fine + previsione_.proroga)) {
     Giro();
     std::this_thread::sleep_for(Passo);
   }

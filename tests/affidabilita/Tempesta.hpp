@@ -21,6 +21,7 @@ namespace lumoscad::test {
 struct Previsione {
   unsigned seme = 0; ///< of what is drawn: commands, deaths, cuts, losses. How they meet is the machine's doing
   std::chrono::milliseconds durata{};
+  std::chrono::milliseconds proroga{};    ///< at most that much longer, until there was a death, a cut and a loss
   std::chrono::milliseconds pausa{};      ///< the longest pause of a terminal between two commands
   std::chrono::milliseconds vita{};       ///< the longest life of a terminal
   std::chrono::milliseconds calma{};      ///< the longest time from one cut to the next
@@ -83,6 +84,7 @@ class Tempesta {
   void GuardaTaglio();
   void Perdi();
   void TogliBlocchi(const std::string& postazione);
+  [[nodiscard]] bool MancaQualcosa() const;
   void Giro();
 
   Sistema& sistema_;

@@ -61,6 +61,7 @@ Previsione InBreve(unsigned seme) {
   Previsione previsione;
   previsione.seme = seme;
   previsione.durata = milliseconds(4000);
+  previsione.proroga = milliseconds(60000);
   previsione.pausa = milliseconds(500);
   previsione.vita = milliseconds(3000);
   previsione.calma = milliseconds(800);
