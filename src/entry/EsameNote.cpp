@@ -51,7 +51,8 @@ std::string AvvisoDellAzione(const Nota& nota, const RigheEsaminate& righe) {
 }
 
 /// What the two ways of asking say together. A row that is as before though the transaction was committed was put back
-/// by somebody; one that another record of the same change may have put there is left alone, unless nothing was.
+/// by somebody, and so was one that the note of a change that was kept does not count among those left over; one that
+/// another record of the same change may have put there is left alone, unless nothing was.
 void Confronta(const Nota& nota, EsitoEsame& esame) {
   if (esame.esito == TransactionOutcome::Applied) {
     LasciaStare(esame.righe, [](std::size_t) { return true; });
@@ -63,6 +64,12 @@ void Confronta(const Nota& nota, EsitoEsame& esame) {
   } else if (DopoConferma(nota.fase)) {
     const std::vector<bool> dubbie = RigheDubbie(nota.modifica);
     LasciaStare(esame.righe, [&dubbie](std::size_t posto) { return posto < dubbie.size() && dubbie[posto]; });
+    if (nota.fase == FaseNota::Applicata) {
+      const auto& rimaste = nota.righeRimaste;
+      LasciaStare(esame.righe, [&](std::size_t posto) {
+        return std::find(rimaste.begin(), rimaste.end(), esame.righe[posto].riga) == rimaste.end();
+      });
+    }
   }
 }
 

@@ -6,7 +6,9 @@
 #include "platform/RuntimeError.hpp"
 #include "platform/Services.hpp"
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <utility>
 
 namespace lumoscad {
@@ -112,14 +114,30 @@ Scrittura Registra(const NotaPresa& presa, const Nota& nota, const RigheEsaminat
   return scrittura;
 }
 
-std::vector<std::string> Cambiate(const RigheEsaminate& righe) {
-  std::vector<std::string> cambiate;
+std::vector<std::string> InStato(const RigheEsaminate& righe, StatoRiga stato) {
+  std::vector<std::string> nomi;
   for (const RigaEsaminata& riga : righe) {
-    if (riga.stato == StatoRiga::Cambiata) {
-      cambiate.push_back(riga.riga);
+    if (riga.stato == stato) {
+      nomi.push_back(riga.riga);
     }
   }
-  return cambiate;
+  return nomi;
+}
+
+std::vector<std::string> Cambiate(const RigheEsaminate& righe) {
+  return InStato(righe, StatoRiga::Cambiata);
+}
+
+/// Of rows that others have changed those that no writing of the change has reached: a row that one has reached, and
+/// that was put back since, is not among those that the note of a change that was kept counts.
+std::vector<std::string> LeRimaste(const Nota& nota, std::vector<std::string> rimaste) {
+  if (nota.fase == FaseNota::Applicata) {
+    const auto trovata = [&](const std::string& riga) {
+      return std::find(nota.righeRimaste.begin(), nota.righeRimaste.end(), riga) != nota.righeRimaste.end();
+    };
+    rimaste.erase(std::remove_if(rimaste.begin(), rimaste.end(), std::not_fn(trovata)), rimaste.end());
+  }
+  return rimaste;
 }
 
 /// Ends a note of which nothing is to be written any more; `rimaste` are the rows that others have changed.
@@ -153,16 +171,22 @@ template <typename Azione> void SegnaEsito(Azione azione) noexcept {
 /// What the database holds of a note's rows after the writing.
 struct Riletta {
   std::string testo;
-  bool comePrima = false; ///< rows are there that the change has not reached
+  std::vector<std::string> comePrima; ///< rows that the change has not reached
 };
 
-Riletta Rileggi(EsameNote& esame, const Nota& nota) {
+/// Reads the rows again; of those that were not to be written none counts as one that the change has not reached.
+Riletta Rileggi(EsameNote& esame, const Nota& nota, const RigheEsaminate& prima) {
   try {
     esame.Chiudi();
-    const RigheEsaminate righe = esame.Esamina(nota).righe;
-    return {TestoRighe(righe), Quante(righe, StatoRiga::ComePrima) > 0};
+    RigheEsaminate righe = esame.Esamina(nota).righe;
+    for (std::size_t posto = 0; posto < righe.size(); ++posto) {
+      if (prima.at(posto).stato == StatoRiga::Cambiata && righe[posto].stato == StatoRiga::ComePrima) {
+        righe[posto].stato = StatoRiga::Cambiata;
+      }
+    }
+    return {TestoRighe(righe), InStato(righe, StatoRiga::ComePrima)};
   } catch (...) {
-    return {"La base dati non si lascia rileggere: " + CurrentError().Text() + "\n", false};
+    return {"La base dati non si lascia rileggere: " + CurrentError().Text() + "\n", {}};
   }
 }
 
@@ -171,9 +195,13 @@ EsitoInSospeso Registrata(NotaPresa& presa, const Nota& nota, const RigheEsamina
                           EsameNote& esame) {
   std::vector<std::string> rimaste = Cambiate(prima);
   rimaste.insert(rimaste.end(), scrittura.rimaste.begin(), scrittura.rimaste.end());
-  SegnaEsito([&] { Segna(presa, nota, FaseNota::Applicata, rimaste); });
-  const Riletta ora = Rileggi(esame, InFase(nota, FaseNota::Applicata));
-  if (ora.comePrima) {
+  std::vector<std::string> elenco = LeRimaste(nota, rimaste);
+  SegnaEsito([&] { Segna(presa, nota, FaseNota::Applicata, elenco); });
+  // As of a change that nobody knows to be kept: whatever is still as before was not reached.
+  const Riletta ora = Rileggi(esame, InFase(nota, FaseNota::Sconosciuta), prima);
+  if (!ora.comePrima.empty()) {
+    elenco.insert(elenco.end(), ora.comePrima.begin(), ora.comePrima.end());
+    SegnaEsito([&] { Segna(presa, nota, FaseNota::Applicata, elenco); });
     return NotaRimasta(ora.testo + "La base dati ha registrato le righe, ma ce ne sono ancora «come prima»: guardarle "
                                    "ancora, con lumoscad --in-sospeso.");
   }
@@ -189,14 +217,15 @@ EsitoInSospeso Scrivi(NotaPresa& presa, const Nota& nota, const RigheEsaminate& 
   presa.SegnaFase(InviataOra(nota));
   const Scrittura scrittura = Registra(presa, nota, prima, comando);
   if (scrittura.esito == TransactionOutcome::Unknown) {
-    return NotaRimasta(Rileggi(esame, nota).testo + scrittura.errore +
+    return NotaRimasta(Rileggi(esame, nota, prima).testo + scrittura.errore +
                        "\nNon si sa se la base dati ha registrato le righe: guardarle ancora più tardi, con lumoscad "
                        "--in-sospeso.");
   }
   // What failed once the transaction was kept, for want of memory say, takes nothing of it back.
   if (!scrittura.errore.empty() && scrittura.esito == TransactionOutcome::NotApplied) {
     SegnaEsito([&] { presa.SegnaFase(nota); });
-    return NotaRimasta(Rileggi(esame, nota).testo + scrittura.errore + "\nLa base dati non ha registrato nulla.");
+    return NotaRimasta(Rileggi(esame, nota, prima).testo + scrittura.errore +
+                       "\nLa base dati non ha registrato nulla.");
   }
   return Registrata(presa, nota, prima, scrittura, esame);
 }

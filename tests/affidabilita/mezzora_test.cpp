@@ -87,11 +87,7 @@ class Conti {
       tempesta_.sgombero.Tutto(Postazione(quale), accettati);
     }
     const auto conferme = Conferme();
-    std::set<std::string> confermati;
-    for (const Conferma& conferma : conferme) {
-      confermati.insert(conferma.comando);
-    }
-    const auto spiegati = DaSpiegare(confermati);
+    const auto spiegati = DaSpiegare(conferme);
     riscontro = Confronta(Modello(Dimensioni, iniziale_), iniziale_, LeggiStato(sistema_), conferme, spiegati,
                           tempesta_.cadute);
   }
@@ -190,9 +186,19 @@ class Conti {
     return accettati;
   }
 
+  static bool SiToccano(const std::set<std::string>& chiavi, const std::set<std::string>& altre) {
+    return std::any_of(chiavi.begin(), chiavi.end(), [&](const auto& chiave) { return altre.contains(chiave); });
+  }
+
   /// What the database's log must explain: the commands that worked to their end, the dead ones whose change is there,
   /// and for the others what was done in their place.
-  std::vector<Eseguito> DaSpiegare(const std::set<std::string>& confermati) {
+  std::vector<Eseguito> DaSpiegare(const std::vector<Conferma>& conferme) {
+    std::map<std::string, std::set<std::string>> confermati;
+    for (const Conferma& conferma : conferme) {
+      for (const Cambio& cambio : conferma.cambi) {
+        confermati[conferma.comando].insert(cambio.chiave);
+      }
+    }
     std::vector<Eseguito> spiegati;
     for (const Eseguito& comando : comandi) {
       const bool conferma = confermati.contains(comando.nome);
@@ -220,14 +226,16 @@ class Conti {
       if (conferma && Dice(riallineo, "La base dati non ha registrato nulla")) {
         errori.push_back(riallineo.nome + " denies what the database holds");
       }
-      // What the command itself has written is not to be written again, also where others have undone it since: for as
-      // long as the server can tell it. Where it cannot, the rows alone speak, and the person was told so.
-      const bool gia = confermati.contains(tempesta_.sgombero.diChi.at(riallineo.nome));
+      // A row that the command itself has written is not to be written again, also where others have undone it since:
+      // for as long as the server can tell it. Where it cannot, the rows alone speak, and the person was told so.
+      const std::string& comando = tempesta_.sgombero.diChi.at(riallineo.nome);
+      const bool gia = confermati.contains(comando);
+      const bool diNuovo = conferma && gia && SiToccano(confermati.at(comando), confermati.at(riallineo.nome));
       const bool soloRighe = gruppo_.PerUtente() || Dice(riallineo, "Questo server non sa nulla della transazione");
-      if (conferma && gia && !soloRighe) {
+      if (diNuovo && !soloRighe) {
         errori.push_back(riallineo.nome + " wrote what the command had written");
       }
-      riscritti += conferma && gia && soloRighe ? 1U : 0U;
+      riscritti += diNuovo && soloRighe ? 1U : 0U;
       if (conferma || (riallineo.risultato.empty() && !gia)) {
         spiegati.push_back(riallineo);
         spiegati.back().risultato.clear();

@@ -95,6 +95,29 @@ TEST_P(Realigning, TakesTheNoteOfAChangeAwayThatIsDone) {
   EXPECT_THAT(test::Tutto(base), ElementsAreArray(dopo));
 }
 
+TEST_P(Realigning, OfAChangeThatWasKeptWritesTheRowsAloneThatWereLeftOver) {
+  Lascia(FaseNota::Accettata);
+  const auto righe = Guarda().righe;
+  if (modifica.genere == ModificaChiesta::Genere::Azione || righe.size() < 2) {
+    return; // an action leaves no rows over, and of a single row there is nothing to tell apart
+  }
+  ASSERT_NE(righe[0].riga, righe[1].riga);
+  CancellaNota(CartellaNote(), nota);
+  // All rows are as before: the first was left over, the others were written and put back by somebody.
+  nota = test::LasciaNota(modifica, FaseNota::Applicata, {righe[0].riga});
+  const auto stati = Stati();
+  EXPECT_EQ(stati.at(0), "come prima");
+  EXPECT_THAT(std::vector<std::string>(stati.begin() + 1, stati.end()), Each("cambiata da altri"));
+  banco.statements.clear();
+  EXPECT_THAT(Riallinea().testo, EndsWith("La nota resta.\n"));
+  const auto sue = Modifiche();
+  EXPECT_THAT(sue, Not(IsEmpty()));
+  EXPECT_EQ(Stati().at(0), "fatta");
+  EXPECT_THAT(Stati(), Not(Contains("come prima")));
+  EXPECT_THAT(Riallinea().testo, EndsWith("La nota resta.\n"));
+  EXPECT_EQ(Modifiche(), sue) << "nothing is written another time";
+}
+
 TEST_P(Realigning, LeavesWhatOthersHaveChangedAndKeepsTheNote) {
   for (const std::string& altri : {provata.altri, provata.sparita}) {
     if (altri.empty()) {
