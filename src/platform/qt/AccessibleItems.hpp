@@ -36,6 +36,7 @@ class AccessibleItems : public QAccessibleWidget, public QAccessibleTableInterfa
   AccessibleItems(QAbstractItemView& view, QAccessible::Role role);
   AccessibleItems(const AccessibleItems&) = delete;
   AccessibleItems& operator=(const AccessibleItems&) = delete;
+  ~AccessibleItems() override;
 
   [[nodiscard]] QAbstractItemView* View() const;
 
@@ -99,8 +100,6 @@ class AccessibleItems : public QAccessibleWidget, public QAccessibleTableInterfa
   void modelChange(QAccessibleTableModelChangeEvent* /*event*/) override {} // the model says so itself
 
  protected:
-  ~AccessibleItems() override;
-
   /// The columns of the model that are shown, in their order; they stay the same while the rows do.
   [[nodiscard]] virtual std::vector<int> ShownColumns() const;
   [[nodiscard]] const std::vector<int>& Columns() const;
@@ -141,6 +140,7 @@ class AccessibleCell final : public QAccessibleInterface,
   AccessibleCell(const AccessibleItems& items, int row, int column) : items_(items), row_(row), column_(column) {}
   AccessibleCell(const AccessibleCell&) = delete;
   AccessibleCell& operator=(const AccessibleCell&) = delete;
+  ~AccessibleCell() override = default;
 
   [[nodiscard]] QModelIndex Index() const;
 

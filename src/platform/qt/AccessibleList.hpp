@@ -35,7 +35,6 @@ class AccessibleList final : public AccessibleItems {
   [[nodiscard]] bool RowChosen(int row) const override;
 
  protected:
-  ~AccessibleList() override = default;
   [[nodiscard]] std::vector<int> ShownColumns() const override;
 
  private:

@@ -14,8 +14,8 @@ class TableQt : public QTableView {
   void currentChanged(const QModelIndex& newOne, const QModelIndex& oldOne) override;
   void selectionChanged(const QItemSelection& chosen, const QItemSelection& left) override;
   void focusInEvent(QFocusEvent* event) override;
-  /// Sends an event of the current cell, an `QAccessible::Event`, when somebody listens.
-  void TellOfCurrent(int event);
+  /// Sends an event of the current cell, of a type of `QAccessible::Event`, when somebody listens.
+  void TellOfCurrent(int type);
 };
 
 } // namespace lumoscad::qt
