@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # What takes longer than the gate may, or is random: the whole suite optimised, clang-tidy on the tests, the same library
-# from two clones, the packages built, installed, used and removed, the line coverage with its threshold, and all that scripts/reliability.sh prints. Wants the gate's
-# own builds.
+# from two clones, the packages built, installed, used and removed, the line coverage with its threshold, and all that
+# scripts/reliability.sh prints. Wants the gate's own builds.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -33,6 +33,9 @@ scripts/reproduce.sh
 
 step "pacchetti, da una radice vuota"
 scripts/try_packages.sh
+
+step "docs/installazione.md, fatta in una radice vuota"
+scripts/try_page.sh
 
 step "un elenco salvato, aperto da un foglio di calcolo"
 scripts/spreadsheet.sh build/release

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the Debian packages and the tarball that starts from any directory, and tells their sizes. The sources are copied
 # first, since packages land beside the directory that they are built in.
-#   scripts/pacchetti.sh [DIR]   DIR is emptied; DIR/esito gets the packages (build/pacchetti)
+#   scripts/pacchetti.sh [DIR [DSC]]   DIR is emptied; DIR/esito gets the packages (build/pacchetti), and DIR/sorgenti keeps
+#                                      what they were built from: this tree, or the source package DSC
 set -euo pipefail
 umask 022
 cd "$(dirname "$0")/.."
@@ -14,10 +15,15 @@ esac
 scripts/dependencies.sh --pacchetti
 
 rm -rf -- "$base"
-mkdir -p "$base/sorgenti/lumoscad" "$base/esito"
+mkdir -p "$base/sorgenti" "$base/esito"
 base=$(cd "$base" && pwd)
 copy=$base/sorgenti/lumoscad
-git ls-files -co --exclude-standard -z | xargs -0 cp --parents -t "$copy"
+if [ $# -gt 1 ]; then
+  dpkg-source -x "$2" "$copy" >/dev/null
+else
+  mkdir "$copy"
+  git ls-files -co --exclude-standard -z | xargs -0 cp --parents -t "$copy"
+fi
 
 # Nothing of what the person's shell says of compilers and languages gets into a package.
 clean=(env -i "PATH=/usr/sbin:/usr/bin:/sbin:/bin" "HOME=$base" LC_ALL=C.UTF-8)
@@ -45,7 +51,7 @@ tar -C "$base/cpack" --sort=name --mtime="@$moment" --owner=0 --group=0 --numeri
 
 cd "$base"
 find sorgenti -maxdepth 1 -type f -exec mv -t esito {} +
-rm -rf cpack sorgenti
+rm -rf cpack
 echo "pacchetti: in $base/esito"
 cd esito
 for file in *.deb *.tar.gz; do

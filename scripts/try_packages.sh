@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# Builds the packages and the tarball twice, in directories of different names, and compares; asks lintian; installs them
-# into a bare root, plays the demonstration from what was installed as an ordinary user who may write nothing of it,
-# installs them over themselves, removes and purges them, and looks at what is left. Prints a table at the end.
+# Builds the packages and the tarball, builds them again from their source package in a directory of another name, and
+# compares; asks lintian; builds and plays the example programs from what is installed; installs the packages into a bare
+# root, plays the demonstration from what was installed as an ordinary user who may write nothing of it, installs them over
+# themselves, removes and purges them, and looks at what is left. Prints a table at the end.
 #   scripts/try_packages.sh [--pronti]   with --pronti what scripts/pacchetti.sh has built last is tried, and not built anew
 # The bare root is mmdebstrap's; where that one cannot fetch its packages, dpkg's own --root, with this machine's
-# libraries. Wants the rights of root, or sudo.
+# libraries, which LUMOSCAD_RADICE=dpkg takes from the first. Wants the rights of root, or sudo.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+# shellcheck source=scripts/bare_root.sh
+. scripts/bare_root.sh
 
 base=$PWD/build/pacchetti-prova
 built=build/pacchetti/esito
@@ -37,7 +40,8 @@ build_twice() {
   local other="build/pacchetti-in-una-cartella-con-un-nome-piu-lungo" differ=0 file
   step "pacchetti, due volte"
   scripts/pacchetti.sh
-  CCACHE_DISABLE=1 scripts/pacchetti.sh "$other"
+  # From the first one's sources: the tree may have changed meanwhile.
+  CCACHE_DISABLE=1 scripts/pacchetti.sh "$other" "$(echo "$built"/*.dsc)"
   (cd "$built" && sha256sum -- *.deb *.tar.gz) >"$base/somme"
   (cd "$other/esito" && sha256sum --quiet -c "$base/somme") || differ=1
   if [ "$differ" = 1 ]; then
@@ -61,25 +65,29 @@ look_with_lintian() {
   row lintian "nulla, $(grep -c '^O: ' <<<"$said" || true) scelte motivate"
 }
 
-# ---- the bare root
-
-# What the packages want of others, by name: of alternatives the first.
-wanted() {
-  local file
-  for file in "$built"/{lib,}lumoscad*.deb; do
-    [[ $file = *-dbgsym_* ]] || { dpkg-deb -f "$file" Depends; echo ,; }
-  done | tr ',' '\n' | sed -E 's/\|.*//; s/\(.*//; s/[[:space:]]//g' | sort -u | grep -vE '^(lib)?lumoscad|^$'
+# The examples, each built from what is installed of the objects that the packages were made of, and played.
+run_callers() {
+  step "i programmi di esempio"
+  local sources=build/pacchetti/sorgenti/lumoscad
+  python3 tests/end_to_end/esempi.py "$sources/obj-$(dpkg-architecture -qDEB_HOST_GNU_TYPE)" "$sources" --tutti \
+    >"$base/esempi.log" || { cat "$base/esempi.log"; fail "i programmi di esempio"; }
+  cat "$base/esempi.log"
+  row chiamanti "$(tail -n 1 "$base/esempi.log")"
 }
+
+# ---- the bare root
 
 make_root() {
   step "radice vuota"
   kind=mmdebstrap
-  # Lists that are a copy of some day are as good here as today's.
-  if ! "${as_root[@]}" mmdebstrap --quiet --variant=minbase --include="$(wanted | paste -sd,)" \
-    --aptopt='Acquire::Check-Valid-Until "false"' --aptopt='Acquire::Check-Date "false"' \
-    "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" >"$base/mmdebstrap.log" 2>&1; then
-    tail -n 5 "$base/mmdebstrap.log"
-    echo "mmdebstrap non ha potuto: dpkg --root"
+  local file wanting=()
+  for file in "$built"/{lib,}lumoscad*.deb; do
+    [[ $file = *-dbgsym_* ]] || wanting+=("$file")
+  done
+  if [ "${LUMOSCAD_RADICE:-}" = dpkg ] ||
+    ! make_bare_root "$root" "$(wanted_by "${wanting[@]}")" "$base/mmdebstrap.log"; then
+    [ ! -e "$base/mmdebstrap.log" ] || tail -n 5 "$base/mmdebstrap.log"
+    echo "senza mmdebstrap: dpkg --root"
     "${as_root[@]}" rm -rf --one-file-system -- "$root"
     kind="dpkg --root"
     "${as_root[@]}" mkdir -p "$root"/var/lib/dpkg/{info,updates} "$root/var/log"
@@ -190,29 +198,35 @@ install_and_remove() {
   row tolti "$(wc -l <"$base/prima") voci come prima; di ciò che l'utente ha fatto manca nulla"
 }
 
-"${as_root[@]}" rm -rf --one-file-system -- "$base"
-mkdir -p "$base"
-scripts/dependencies.sh --pacchetti
-if [ "${1:-}" = --pronti ]; then
-  [ -d "$built" ] || fail "non c'è nulla in $built: scripts/pacchetti.sh"
-else
-  build_twice
-fi
-LUMOSCAD_DATA=$(date +%F)
-export LUMOSCAD_DATA
-deb_files=()
-for package in "${packages[@]}"; do
-  file=$(basename "$built/${package}_"*.deb)
-  row pacchetto "$(printf '%8d byte  %s' "$(stat -c %s "$built/$file")" "$file")"
-  deb_files+=("/pacchetti/$file")
-done
-for file in "$built"/*.tar.gz; do
-  row archivio "$(printf '%8d byte  %s' "$(stat -c %s "$file")" "${file##*/}")"
-done
-look_with_lintian
-make_root
-[ "$kind" = mmdebstrap ] || deb_files=("${deb_files[@]/#/$root}")
-install_and_remove
+main() {
+  "${as_root[@]}" rm -rf --one-file-system -- "$base"
+  mkdir -p "$base"
+  scripts/dependencies.sh --senza-server
+  scripts/dependencies.sh --pacchetti
+  if [ "${1:-}" = --pronti ]; then
+    [ -d "$built" ] || fail "non c'è nulla in $built: scripts/pacchetti.sh"
+  else
+    build_twice
+  fi
+  LUMOSCAD_DATA=$(date +%F)
+  export LUMOSCAD_DATA
+  deb_files=()
+  for package in "${packages[@]}"; do
+    file=$(basename "$built/${package}_"*.deb)
+    row pacchetto "$(printf '%8d byte  %s' "$(stat -c %s "$built/$file")" "$file")"
+    deb_files+=("/pacchetti/$file")
+  done
+  for file in "$built"/*.tar.gz; do
+    row archivio "$(printf '%8d byte  %s' "$(stat -c %s "$file")" "${file##*/}")"
+  done
+  look_with_lintian
+  run_callers
+  make_root
+  [ "$kind" = mmdebstrap ] || deb_files=("${deb_files[@]/#/$root}")
+  install_and_remove
 
-printf '\n==== pacchetti (%d s)\n' "$SECONDS"
-printf '%s\n' "${table[@]}"
+  printf '\n==== pacchetti (%d s)\n' "$SECONDS"
+  printf '%s\n' "${table[@]}"
+}
+main "$@"
+exit
