@@ -14,6 +14,7 @@ python3 scripts/check_names.py --self-test && python3 scripts/check_names.py || 
 python3 scripts/check_absences.py --self-test && python3 scripts/check_absences.py || status=1
 python3 scripts/check_docs.py --self-test && python3 scripts/check_docs.py || status=1
 python3 scripts/page_blocks.py --self-test && python3 scripts/page_blocks.py docs/installazione.md >/dev/null || status=1
+python3 scripts/growth.py --self-test || status=1
 python3 scripts/check_messages.py --self-test && python3 scripts/check_messages.py || status=1
 
 mapfile -t scripts < <(git ls-files -co --exclude-standard -- '*.sh' .ci/run)

@@ -3,8 +3,8 @@
 # lost, eight terminals at once and half an hour of whatever may befall them, terminals killed at every step, a failure at
 # every call, full disks, properties and hostile input, fuzzing, line coverage. Wants the release build; takes two hours
 # on two cores.
-#   scripts/reliability.sh [SECTION...]   basi esiti cluster terminali mezzora uccisioni iniezioni spazio ostili fuzz
-#                                          copertura; all where none is given. mezzora:postgres and mezzora:galera say
+#   scripts/reliability.sh [SECTION...]   basi esiti cluster terminali crescita mezzora uccisioni iniezioni spazio ostili
+#                                          fuzz copertura; all where none is given. mezzora:postgres and mezzora:galera say
 #                                          what is lost, and mezzora alone takes the one or the other
 #   LUMOSCAD_PROVA_MINUTI, _SEME           of mezzora: minutes in the place of 30, a seed in the place of a new one
 #   LUMOSCAD_FUZZ_SECONDI                  seconds for each fuzzer (60)
@@ -36,7 +36,7 @@ play() {
     echo "reliability.sh: non tutte le voci chieste ci sono: $*" >&2
     status=1
   fi
-  sed -nE 's/^[0-9]+: ((terminali|mezzora|uccisioni|iniezioni|spazio|esiti|cluster): .*)/\1/p' "$log"
+  sed -nE 's/^[0-9]+: ((terminali|crescita|mezzora|uccisioni|iniezioni|spazio|esiti|cluster): .*)/\1/p' "$log"
   { grep -ohE 'DB2: .*' "$log" || true; } | sort -u
   if [ "$status" != 0 ]; then
     grep -E '^[0-9]+: .*(Failure|FAILED)' "$log" | head -n 40 || true
@@ -81,6 +81,7 @@ section() {
     grep '^esiti: ' "$logs/affidabilita-esiti_test.log" || status=1
     ;;
   terminali) play terminali_test ;;
+  crescita) play crescita_test ;;
   mezzora) play mezzora_test ;;
   mezzora:*) LUMOSCAD_PROVA_GRUPPO=${1#*:} play mezzora_test ;;
   uccisioni) play uccisioni_test ;;
@@ -103,7 +104,7 @@ section() {
   esac
 }
 
-[ $# -gt 0 ] || set -- basi esiti cluster terminali mezzora uccisioni iniezioni spazio ostili fuzz copertura
+[ $# -gt 0 ] || set -- basi esiti cluster terminali crescita mezzora uccisioni iniezioni spazio ostili fuzz copertura
 for name in "$@"; do
   printf '\n==== %s (%d s)\n' "$name" "$SECONDS"
   section "$name"
