@@ -30,8 +30,7 @@ server=(odbc-postgresql postgresql-15 pgbouncer odbc-mariadb mariadb-server-core
   openssh-server openssh-client)
 libraries=(qt6-base-dev libgl-dev unixodbc-dev libpugixml-dev libssh-dev)
 packaging=(g++ cmake ninja-build pkg-config "${libraries[@]}" debhelper dpkg-dev fakeroot lintian mmdebstrap diffoscope-minimal
-  # what the example programs in C# and GTK are built with
-  mono-mcs mono-runtime libgtk-3-dev)
+  abigail-tools)
 case "${1:-}" in
   --senza-server) packages+=("${libraries[@]}") ;;
   --foglio) packages=(libreoffice-calc-nogui) ;;

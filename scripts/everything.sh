@@ -21,11 +21,8 @@ step "clang-tidy, più a fondo sul prodotto e anche sulle prove"
 scripts/tidy.py --deep build src app
 scripts/tidy.py build tests bench demo
 
-step "chiamanti in sei lingue, dai file installati"
-scripts/dependencies.sh --chiamanti
-tests/end_to_end/esempi.py build . --tutti
-
 step "le dichiarazioni pubbliche, tutte con la loro descrizione"
+scripts/dependencies.sh --chiamanti
 scripts/reference.sh
 
 step "la stessa libreria da due cartelle"

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the packages and the tarball, builds them again from their source package in a directory of another name, and
-# compares; asks lintian; builds and plays the example programs from what is installed; installs the packages into a bare
-# root, plays the demonstration from what was installed as an ordinary user who may write nothing of it, installs them over
-# themselves, removes and purges them, and looks at what is left. Prints a table at the end.
+# compares; asks lintian and abidiff; builds and plays the example programs from what is installed; installs the packages
+# into a bare root, plays the demonstration from what was installed as an ordinary user who may write nothing of it, installs
+# them over themselves, removes and purges them, and looks at what is left. Prints a table at the end.
 #   scripts/try_packages.sh [--pronti]   with --pronti what scripts/pacchetti.sh has built last is tried, and not built anew
 # The bare root is mmdebstrap's; where that one cannot fetch its packages, dpkg's own --root, with this machine's
 # libraries, which LUMOSCAD_RADICE=dpkg takes from the first. Wants the rights of root, or sudo.
@@ -13,13 +13,13 @@ cd "$(dirname "$0")/.."
 
 base=$PWD/build/pacchetti-prova
 built=build/pacchetti/esito
+sources=$PWD/build/pacchetti/sorgenti/lumoscad
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
 root=$base/radice
 home=$base/persona
 person=12345
 packages=(liblumoscad1 liblumoscad-dev lumoscad lumoscad-demo)
-triplet=$(dpkg-architecture -qDEB_HOST_MULTIARCH 2>/dev/null || gcc -print-multiarch)
 processes=()
 table=()
 
@@ -68,11 +68,18 @@ look_with_lintian() {
 # The examples, each built from what is installed of the objects that the packages were made of, and played.
 run_callers() {
   step "i programmi di esempio"
-  local sources=build/pacchetti/sorgenti/lumoscad
-  python3 tests/end_to_end/esempi.py "$sources/obj-$(dpkg-architecture -qDEB_HOST_GNU_TYPE)" "$sources" --tutti \
-    >"$base/esempi.log" || { cat "$base/esempi.log"; fail "i programmi di esempio"; }
+  python3 tests/end_to_end/esempi.py "$objects" "$sources" --tutti >"$base/esempi.log" ||
+    { cat "$base/esempi.log"; fail "i programmi di esempio"; }
   cat "$base/esempi.log"
   row chiamanti "$(tail -n 1 "$base/esempi.log")"
+}
+
+compare_interface() {
+  step "abidiff"
+  local said
+  said=$(python3 scripts/abi.py "$objects/lib/liblumoscad.so") || { echo "$said"; fail "l'interfaccia è cambiata"; }
+  echo "$said"
+  row abidiff "${said##*$'\n'}"
 }
 
 # ---- the bare root
@@ -203,11 +210,14 @@ main() {
   mkdir -p "$base"
   scripts/dependencies.sh --senza-server
   scripts/dependencies.sh --pacchetti
+  scripts/dependencies.sh --chiamanti
   if [ "${1:-}" = --pronti ]; then
     [ -d "$built" ] || fail "non c'è nulla in $built: scripts/pacchetti.sh"
   else
     build_twice
   fi
+  triplet=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
+  objects=$sources/obj-$(dpkg-architecture -qDEB_HOST_GNU_TYPE)
   LUMOSCAD_DATA=$(date +%F)
   export LUMOSCAD_DATA
   deb_files=()
@@ -220,6 +230,7 @@ main() {
     row archivio "$(printf '%8d byte  %s' "$(stat -c %s "$file")" "${file##*/}")"
   done
   look_with_lintian
+  compare_interface
   run_callers
   make_root
   [ "$kind" = mmdebstrap ] || deb_files=("${deb_files[@]/#/$root}")
