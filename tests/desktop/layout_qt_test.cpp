@@ -174,7 +174,9 @@ class OwnSettings {
   OwnSettings() { QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder_.path()); }
   OwnSettings(const OwnSettings&) = delete;
   OwnSettings& operator=(const OwnSettings&) = delete;
-  ~OwnSettings() { QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("/nonexistent")); }
+  ~OwnSettings() {
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("/dev/null/nowhere"));
+  }
 
   [[nodiscard]] std::string File() const { return folder_.filePath("LumoScad/Finestre.ini").toStdString(); }
   [[nodiscard]] bool Kept() const { return std::ifstream(File()).good(); }

@@ -8,8 +8,9 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
   }
   testing::InitGoogleTest(&argc, argv);
-  // What a person keeps of the windows' look on this machine is neither read nor written.
-  QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("/nonexistent"));
+  // What a person keeps of the windows' look on this machine is neither read nor written. No folder can be made there,
+  // whoever runs this.
+  QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("/dev/null/nowhere"));
   const QApplication applicazione(argc, argv);
   return RUN_ALL_TESTS();
 }
