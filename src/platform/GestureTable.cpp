@@ -123,8 +123,9 @@ constexpr std::array Beside = std::to_array<GestureEntry>({
     {G::FilterDone, P::Filter, Lists, "Return; Enter; Down", "", "Passa all'elenco", "lascia il filtro com'è"},
     {G::FilterClear, P::Filter, Lists, "Esc", "", "Mostra tutto", "toglie il filtro e mostra di nuovo tutte le righe"},
     {G::TakeBack, P::Changes, Lists, "Del", "", "Riprendi", "rimette come prima le righe scelte lì"},
-    {G::FilterBehind, P::Effects, Lists, "Return; Enter; Space", "", "Sceglie le righe",
-     "sceglie le righe in vista che stanno dietro la barra"},
+    {G::FilterBehind, P::Effects, Lists, "Return; Enter; Space", "", "Filtra",
+     "tiene in vista le sole righe che stanno dietro la barra; una seconda volta le mostra tutte"},
+    {G::EffectsClear, P::Effects, Lists, "Esc", "", "Mostra tutto", "toglie il filtro della barra"},
     {G::HelpSearch, P::Help, All, "", "qualsiasi parola", "Cerca",
      "tiene le righe che la contengono; più parole in qualsiasi ordine"},
     {G::HelpRows, P::Help, All, "Up; Down", "", "Scorri", "passa dalla ricerca alle righe e le scorre"},
@@ -150,8 +151,8 @@ constexpr std::array WithMouse = std::to_array<GestureEntry>({
      "allarga o stringe la colonna"},
     {G::MouseFit, P::Mouse, All, "", "doppio clic sul bordo di un'intestazione", "Larghezza giusta",
      "dà alla colonna la larghezza di ciò che contiene"},
-    {G::MouseBar, P::Mouse, Lists, "", "clic su una barra dell'effetto", "Sceglie le righe",
-     "sceglie le righe in vista che stanno dietro la barra"},
+    {G::MouseBar, P::Mouse, Lists, "", "clic su una barra dell'effetto", "Filtra",
+     "tiene in vista le sole righe che stanno dietro la barra; una seconda volta le mostra tutte"},
 });
 
 template <std::size_t... Sizes> constexpr auto Joined(const std::array<GestureEntry, Sizes>&... parts) {

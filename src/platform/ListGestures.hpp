@@ -26,9 +26,10 @@ struct ListFilter {
   std::string text;         ///< what was typed to find rows
   bool changedOnly = false; ///< rows that would be sent
   bool tickedOnly = false;  ///< rows with a tick
+  std::string behind = {};  ///< rows behind the bar of this name, which only the bar can set; empty for none
 
   [[nodiscard]] bool operator==(const ListFilter&) const = default;
-  [[nodiscard]] bool Empty() const { return text.empty() && !changedOnly && !tickedOnly; }
+  [[nodiscard]] bool Empty() const { return text.empty() && !changedOnly && !tickedOnly && behind.empty(); }
 };
 
 /// In what rows are like the current one.

@@ -17,6 +17,7 @@ struct EffectBar {
   bool negativeBefore = false;
   bool negativeAfter = false;
   bool changed = false;
+  bool filters = false; ///< the rows behind it alone are in sight
 };
 
 /// Bars that belong together, "Per banca" or "Per mese".
@@ -63,7 +64,8 @@ class ListReport {
   virtual void RiprendiFrasi(const std::vector<std::size_t>& which) = 0;
 
   [[nodiscard]] virtual std::vector<EffectGroup> Effetto() = 0;
-  /// Selects the rows in sight that lie behind a bar, as they are or as they will be.
+  /// Shows the rows alone that lie behind a bar, as they are or as they will be; the same bar once more shows all
+  /// again.
   virtual void ScegliDietro(std::size_t group, std::size_t bar) = 0;
 
   // The selected rows in sight, where several are selected, or else all rows in sight.

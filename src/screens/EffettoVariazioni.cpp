@@ -117,15 +117,19 @@ EffettoVariazioni::Voce& EffettoVariazioni::VoceDi(Conti& conti, Genere genere, 
   return conto->second;
 }
 
-EffettoVariazioni::Voce& EffettoVariazioni::VoceNota(NumeriNoti& noti, Conti& conti, Genere genere, std::size_t riga,
-                                                     bool dopo) const {
+std::uint64_t EffettoVariazioni::Numeri(Genere genere, std::size_t riga, bool dopo) const {
   const DescrizioneGriglia& d = griglia_.Descrizione();
   const RigheGriglia& righe = griglia_.righe;
   const std::uint64_t primo = genere == Genere::Banca
                                   ? righe.NumeroTag(riga, dopo ? d.banca.colonna : d.colonnaBanca)
                                   : righe.NumeroTesto(riga, dopo ? d.data.colonna : d.colonnaScadenza);
   const std::uint64_t secondo = d.colonnaDivisa < 0 ? 0 : righe.NumeroTesto(riga, d.colonnaDivisa);
-  Voce*& voce = noti[primo << 32U | secondo];
+  return primo << 32U | secondo;
+}
+
+EffettoVariazioni::Voce& EffettoVariazioni::VoceNota(NumeriNoti& noti, Conti& conti, Genere genere, std::size_t riga,
+                                                     bool dopo) const {
+  Voce*& voce = noti[Numeri(genere, riga, dopo)];
   if (voce == nullptr) {
     voce = &VoceDi(conti, genere, riga, dopo);
   }
@@ -182,9 +186,17 @@ std::vector<EffettoVariazioni::Voce> EffettoVariazioni::Voci(Genere genere, cons
   return voci;
 }
 
-bool EffettoVariazioni::Dietro(Genere genere, const Voce& voce, std::size_t riga) const {
-  return DivisaDiRiga(griglia_, riga) == voce.divisa &&
-         (Chiave(genere, riga, false) == voce.chiave || Chiave(genere, riga, true) == voce.chiave);
+bool EffettoVariazioni::RigheDietro::Contiene(std::size_t riga) const {
+  const Griglia& griglia = effetto_->griglia_;
+  const auto passa = [&](bool dopo) {
+    return DivisaDiRiga(griglia, riga) == divisa_ && effetto_->Chiave(genere_, riga, dopo) == chiave_;
+  };
+  const auto [nota, nuova] = note_.try_emplace(effetto_->Numeri(genere_, riga, false), false);
+  if (nuova) {
+    nota->second = passa(false);
+  }
+  return nota->second ||
+         ((genere_ == Genere::Banca ? griglia.BancaVariata(riga) : griglia.DataVariata(riga)) && passa(true));
 }
 
 } // namespace lumoscad

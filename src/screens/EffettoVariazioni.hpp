@@ -60,14 +60,34 @@ class EffettoVariazioni {
   [[nodiscard]] bool Riguarda(Genere genere) const;
   /// Banks by name, months by time, what has none of it last.
   [[nodiscard]] std::vector<Voce> Voci(Genere genere, const std::vector<std::size_t>& variate);
-  /// Whether a row has a bank or a month, as it is or as it will be.
-  [[nodiscard]] bool Dietro(Genere genere, const Voce& voce, std::size_t riga) const;
+
+  /// The rows behind an entry: those that have its bank or month in its currency, as they are or as they will be.
+  class RigheDietro {
+   public:
+    RigheDietro(const EffettoVariazioni& effetto, Genere genere, const Voce& voce)
+        : effetto_(&effetto), genere_(genere), chiave_(voce.chiave), divisa_(voce.divisa) {}
+
+    /// What became of a bank, a day and a currency is kept for the next row that has them.
+    [[nodiscard]] bool Contiene(std::size_t riga) const;
+    [[nodiscard]] bool Di(Genere genere, const Voce& voce) const {
+      return genere == genere_ && voce.chiave == chiave_ && voce.divisa == divisa_;
+    }
+
+   private:
+    const EffettoVariazioni* effetto_;
+    Genere genere_;
+    std::string chiave_;
+    std::string divisa_;
+    mutable std::unordered_map<std::uint64_t, bool> note_;
+  };
 
  private:
   using Conti = std::map<std::pair<std::string, std::string>, Voce>; ///< by key and currency
   /// Few banks, days and currencies stand in many rows: each pair of their texts' numbers is looked up once.
   using NumeriNoti = std::unordered_map<std::uint64_t, Voce*>;
 
+  /// Names what a row has for the table of what is known.
+  [[nodiscard]] std::uint64_t Numeri(Genere genere, std::size_t riga, bool dopo) const;
   [[nodiscard]] std::string Chiave(Genere genere, std::size_t riga, bool dopo) const;
   [[nodiscard]] std::string Nome(Genere genere, std::size_t riga, const std::string& chiave, bool dopo) const;
   [[nodiscard]] Voce& VoceDi(Conti& conti, Genere genere, std::size_t riga, bool dopo) const;

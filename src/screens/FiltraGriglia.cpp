@@ -40,18 +40,32 @@ FiltroGriglia::Colonne Griglia::ColonneDelFiltro() const {
 
 bool Griglia::Passa(std::size_t riga) const {
   return (!filtro_.changedOnly || Variata(riga)) && (!filtro_.tickedOnly || righe.Spunte(riga) != 0) &&
-         (!ricerca_ || ricerca_->Passa(righe, riga));
+         (!dietro_ || dietro_->Contiene(riga)) && (!ricerca_ || ricerca_->Passa(righe, riga));
+}
+
+void Griglia::FiltraDietro(std::string nome, std::optional<EffettoVariazioni::RigheDietro> dietro) {
+  ListFilter filtro = filtro_;
+  filtro.behind = std::move(nome);
+  CambiaFiltro(filtro, std::move(dietro));
 }
 
 void Griglia::Filtra(const ListFilter& filtro) {
-  if (descrizione_.caselle || filtro == filtro_) {
+  if (filtro != filtro_) {
+    CambiaFiltro(filtro, filtro.behind.empty() ? std::nullopt : dietro_);
+  }
+}
+
+void Griglia::CambiaFiltro(const ListFilter& filtro, std::optional<EffettoVariazioni::RigheDietro> dietro) {
+  if (descrizione_.caselle) {
     return;
   }
   Form_Click();
   FiltroGriglia ricerca(filtro.text, ColonneDelFiltro());
   const bool stringe = vista_.Ristretta() && !daRivedere_ && filtro.changedOnly == filtro_.changedOnly &&
-                       filtro.tickedOnly == filtro_.tickedOnly && ricerca_ && ricerca.Restringe(*ricerca_);
+                       filtro.tickedOnly == filtro_.tickedOnly && filtro.behind == filtro_.behind && ricerca_ &&
+                       ricerca.Restringe(*ricerca_);
   filtro_ = filtro;
+  dietro_ = std::move(dietro);
   ricerca_ = std::move(ricerca);
   MostraPassate(stringe, false);
 }
@@ -60,7 +74,7 @@ void Griglia::Filtra(const ListFilter& filtro) {
 void Griglia::MostraPassate(bool traVisibili, bool tieni) {
   const auto corrente = RigaSelezionata();
   daRivedere_ = false;
-  if (!filtro_.changedOnly && !filtro_.tickedOnly && (!ricerca_ || ricerca_->Vuoto())) {
+  if (!filtro_.changedOnly && !filtro_.tickedOnly && !dietro_ && (!ricerca_ || ricerca_->Vuoto())) {
     vista_.MostraTutte();
   } else {
     InsiemeRighe insieme;

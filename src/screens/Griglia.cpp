@@ -58,6 +58,7 @@ void Griglia::Azzera() {
   toccate_ = {};
   filtro_ = {};
   ricerca_.reset();
+  dietro_.reset();
   daRivedere_ = false;
   aspetto = 0;
   const auto ordine = stato_.order + 1;

@@ -188,6 +188,9 @@ class Griglia final : public ListWindow {
   void AvvisaNonInVista(std::string_view nome) noexcept;
   [[nodiscard]] FiltroGriglia::Colonne ColonneDelFiltro() const;
   [[nodiscard]] bool Passa(std::size_t riga) const;
+  /// Shows the rows behind a bar alone, as far as the rest of the filter lets them through; all of them without one.
+  void FiltraDietro(std::string nome, std::optional<EffettoVariazioni::RigheDietro> dietro);
+  void CambiaFiltro(const ListFilter& filtro, std::optional<EffettoVariazioni::RigheDietro> dietro);
   void MostraPassate(bool traVisibili, bool tieni);
   void VistaMutata();
   /// Abandons an editor that is open; false where none is.
@@ -236,9 +239,10 @@ class Griglia final : public ListWindow {
   SelezioneGriglia scelta_{vista_};
   PassiGriglia passi_;
   ListFilter filtro_;
-  std::optional<FiltroGriglia> ricerca_; ///< what was typed in it
-  bool daRivedere_ = false;              ///< rows in sight may no longer be among those that it lets through
-  InsiemeRighe toccate_;                 ///< the rows that a gesture has written into
+  std::optional<FiltroGriglia> ricerca_;                 ///< what was typed in it
+  std::optional<EffettoVariazioni::RigheDietro> dietro_; ///< the bar that it is about
+  bool daRivedere_ = false; ///< rows in sight may no longer be among those that it lets through
+  InsiemeRighe toccate_;    ///< the rows that a gesture has written into
   GestiGriglia gesti_{*this};
   ResocontoGriglia resoconto_{*this};
   int colonnaOrdine_ = 0;

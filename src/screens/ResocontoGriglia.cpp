@@ -10,6 +10,7 @@
 #include <array>
 #include <iterator>
 #include <map>
+#include <optional>
 
 namespace lumoscad {
 namespace {
@@ -26,6 +27,10 @@ std::string ParteDelPiede(std::size_t quante, std::string_view una, std::string_
 std::string ParteDelPiede(const Griglia& griglia, const std::vector<std::size_t>& righe, std::string_view una,
                           std::string_view molte) {
   return ParteDelPiede(righe.size(), una, molte, SommaRighe(griglia, righe).Testo());
+}
+
+std::string Titolo(GenereEffetto genere) {
+  return genere == GenereEffetto::Banca ? "Per banca" : "Per mese";
 }
 
 EffectBar Barra(const EffettoVariazioni::Voce& voce, const ImportoEsatto& massimo) {
@@ -144,9 +149,10 @@ std::vector<EffectGroup> ResocontoGriglia::Effetto() {
       }
     }
     EffectGroup gruppo;
-    gruppo.title = genere == GenereEffetto::Banca ? "Per banca" : "Per mese";
+    gruppo.title = Titolo(genere);
     for (const auto& voce : voci) {
       gruppo.bars.push_back(Barra(voce, massimi[voce.divisa]));
+      gruppo.bars.back().filters = griglia_.dietro_ && griglia_.dietro_->Di(genere, voce);
     }
     gruppi.push_back(std::move(gruppo));
   }
@@ -158,12 +164,19 @@ void ResocontoGriglia::ScegliDietro(std::size_t gruppo, std::size_t barra) {
   if (gruppo >= generi.size()) {
     return;
   }
-  const auto voci = effetto_.Voci(generi[gruppo], griglia_.ElencoVariate());
-  if (barra < voci.size()) {
-    griglia_.Form_Click();
-    griglia_.scelta_.Scegli([&](std::size_t riga) { return effetto_.Dietro(generi[gruppo], voci[barra], riga); });
-    griglia_.SegnaSelezione();
-    Avvisa(griglia_.QuanteRighe(griglia_.Selezione().Quante()) + ": " + voci[barra].nome);
+  const GenereEffetto genere = generi[gruppo];
+  const auto voci = effetto_.Voci(genere, griglia_.ElencoVariate());
+  if (barra >= voci.size()) {
+    return;
+  }
+  const auto& voce = voci[barra];
+  const std::string nome = Titolo(genere) + ": " + voce.nome + (voce.divisa.empty() ? "" : ", " + voce.divisa);
+  if (griglia_.dietro_ && griglia_.dietro_->Di(genere, voce)) {
+    griglia_.FiltraDietro({}, std::nullopt);
+    Avvisa("Tolto il filtro " + nome);
+  } else {
+    griglia_.FiltraDietro(nome, EffettoVariazioni::RigheDietro(effetto_, genere, voce));
+    Avvisa(nome + ": " + griglia_.QuanteRighe(griglia_.Visibili()) + ", le altre non sono in vista");
   }
 }
 

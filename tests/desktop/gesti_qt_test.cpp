@@ -518,7 +518,18 @@ void KeysOfTheList::AddPanelTrials() {
     PressKey("F6");
     Trova<QListWidget>(t.Window(), "EffectPanel").setCurrentRow(1);
     t.Press();
-    EXPECT_EQ(screen_->Selected().size(), 6U);
+    EXPECT_EQ(screen_->griglia.Visibili(), 6U);
+    t.Press();
+    EXPECT_EQ(screen_->griglia.Visibili(), static_cast<std::size_t>(Rows));
+  };
+  trials_[Gesture::EffectsClear] = [this](const Tried& t) {
+    PressKey("F6");
+    Trova<QListWidget>(t.Window(), "EffectPanel").setCurrentRow(1);
+    PressKey("Return");
+    EXPECT_EQ(screen_->griglia.Visibili(), 6U);
+    t.Press();
+    EXPECT_EQ(screen_->griglia.Visibili(), static_cast<std::size_t>(Rows));
+    EXPECT_TRUE(t.Window().isVisible());
   };
 }
 
@@ -637,7 +648,7 @@ void KeysOfTheList::AddMouseTrials() {
     PressKey("F6");
     auto& panel = Trova<QListWidget>(t.Window(), "EffectPanel");
     QTest::mouseClick(panel.viewport(), Qt::LeftButton, {}, panel.visualItemRect(panel.item(1)).center());
-    EXPECT_EQ(screen_->Selected().size(), 6U);
+    EXPECT_EQ(screen_->griglia.Visibili(), 6U);
   };
 }
 

@@ -16,6 +16,7 @@
 #include <QListView>
 #include <QListWidget>
 #include <QMimeData>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -147,7 +148,7 @@ TEST_F(ReportInWindow, OpensTheChangesAndTakesOneBack) {
   });
 }
 
-TEST_F(ReportInWindow, ShowsTheEffectAndSelectsWhatIsBehindABar) {
+TEST_F(ReportInWindow, ShowsTheEffectAndKeepsWhatIsBehindABarInSight) {
   Mostra([this](QDialog& finestra) {
     griglia_.righe.ImpostaTesto(2, Schermata::Scadenza, "30/04/2026");
     griglia_.righe.ImpostaTesto(2, Schermata::NuovaScadenza, "30/04/2026");
@@ -158,9 +159,20 @@ TEST_F(ReportInWindow, ShowsTheEffectAndSelectsWhatIsBehindABar) {
     EXPECT_EQ(pannello.item(1)->text(), "nessuna banca: prima 3.000,30 €, dopo 3.000,30 €");
     EXPECT_EQ(pannello.item(4)->text(), "04/2026: prima 1.000,10 €, dopo 1.000,10 €");
     QTest::mouseClick(pannello.viewport(), Qt::LeftButton, {}, pannello.visualItemRect(pannello.item(3)).center());
-    EXPECT_EQ(griglia_.Selezione().Quante(), 2U);
+    EXPECT_EQ(Lista(finestra).model()->rowCount(), 2);
+    EXPECT_TRUE(Visibile(finestra, "FilterBar"));
+    EXPECT_EQ(Trova<QLabel>(finestra, "FilterCount").text(), "2 di 3");
+    EXPECT_EQ(Trova<QPushButton>(finestra, "FilterBehind").text(), "Per mese: 03/2026  ✕");
+    EXPECT_EQ(Esito(finestra), "Per mese: 03/2026: 2 rate, le altre non sono in vista");
+    EXPECT_EQ(pannello.item(3)->text(), "03/2026: prima 2.000,20 €, dopo 2.000,20 €, solo questa in vista");
+    Lista(finestra).setFocus();
+    Tasto(Qt::Key_A, Qt::ControlModifier);
     Incolla("20/01/2027");
-    EXPECT_EQ(pannello.item(3)->text(), "03/2026: prima 2.000,20 €, dopo 0,00 €, variata");
+    EXPECT_EQ(pannello.item(3)->text(), "03/2026: prima 2.000,20 €, dopo 0,00 €, variata, solo questa in vista");
+    QTest::mouseClick(&Trova<QPushButton>(finestra, "FilterBehind"), Qt::LeftButton);
+    EXPECT_EQ(Lista(finestra).model()->rowCount(), 3);
+    EXPECT_FALSE(Visibile(finestra, "FilterBar")) << "nobody asked for it";
+    EXPECT_TRUE(Lista(finestra).hasFocus());
     Tasto(Qt::Key_F6);
     EXPECT_FALSE(pannello.isVisible());
     EXPECT_EQ(finestra.width(), larghezza);

@@ -182,15 +182,60 @@ TEST_F(ChangeEffect, AddsUpToTheSameBeforeAndAfter) {
   }
 }
 
-TEST_F(ChangeEffect, SelectsTheRowsBehindABar) {
+TEST_F(ChangeEffect, ShowsTheRowsBehindABarAloneAndAllOfThemTheSecondTime) {
+  const auto inVista = [this] {
+    std::vector<std::size_t> righe;
+    for (std::size_t posto = 0; posto < griglia.Visibili(); ++posto) {
+      righe.push_back(griglia.RigaVisibile(posto));
+    }
+    return righe;
+  };
   DaiBanca(0, 2);
   Resoconto().ScegliDietro(0, 1);
-  EXPECT_THAT(griglia.Selezione().InVista(), ElementsAre(0));
+  EXPECT_THAT(inVista(), ElementsAre(0));
+  EXPECT_EQ(griglia.Gestures()->Filtro().behind, "Per banca: BANCA BETA");
+  EXPECT_EQ(griglia.Stato().notice, "Per banca: BANCA BETA: 1 rata, le altre non sono in vista");
+  EXPECT_TRUE(Resoconto().Effetto()[0].bars[1].filters);
   Resoconto().ScegliDietro(1, 0);
-  EXPECT_THAT(griglia.Selezione().InVista(), testing::UnorderedElementsAre(0, 2));
+  EXPECT_THAT(inVista(), testing::UnorderedElementsAre(0, 2));
   Resoconto().ScegliDietro(5, 0);
   Resoconto().ScegliDietro(0, 50);
-  EXPECT_EQ(griglia.Selezione().Quante(), 2U);
+  EXPECT_EQ(griglia.Visibili(), 2U);
+  Resoconto().ScegliDietro(1, 0);
+  EXPECT_EQ(griglia.Visibili(), griglia.righe.Quante());
+  EXPECT_TRUE(griglia.Gestures()->Filtro().Empty());
+  EXPECT_FALSE(Resoconto().Effetto()[1].bars[0].filters);
+}
+
+TEST_F(ChangeEffect, OfABarIsPartOfTheFilterAndGoesWithIt) {
+  DaiBanca(0, 2);
+  Resoconto().ScegliDietro(1, 0);
+  ListFilter filtro = griglia.Gestures()->Filtro();
+  filtro.changedOnly = true;
+  griglia.Gestures()->Filtra(filtro);
+  EXPECT_EQ(griglia.Visibili(), 1U) << "behind the bar, and changed";
+  filtro.behind.clear();
+  griglia.Gestures()->Filtra(filtro);
+  EXPECT_EQ(griglia.Visibili(), 1U);
+  griglia.Gestures()->Filtra({});
+  EXPECT_EQ(griglia.Visibili(), griglia.righe.Quante());
+  Resoconto().ScegliDietro(1, 0);
+  griglia.Azzera();
+  EXPECT_TRUE(griglia.Gestures()->Filtro().Empty());
+}
+
+TEST_F(ChangeEffect, KeepsARowBehindItsBarThatIsMovedIntoIt) {
+  Resoconto().ScegliDietro(1, 0);
+  const std::size_t prima = griglia.Visibili();
+  griglia.Gestures()->Filtra({});
+  const auto mese = std::string(griglia.righe.Testo(griglia.RigaVisibile(0), Schermata::Scadenza));
+  DaiData(3, mese);
+  Resoconto().ScegliDietro(1, 0);
+  EXPECT_EQ(griglia.Visibili(), prima + 1);
+  DaiData(3, "01/01/2030");
+  griglia.Seleziona(1);
+  griglia.Seleziona(0);
+  EXPECT_EQ(griglia.Visibili(), prima) << "it has left the month, and the person has left it";
 }
 
 TEST_F(RowsTakenAway, AreTheListOrTheSelection) {

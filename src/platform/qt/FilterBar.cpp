@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPushButton>
 #include <QScopedValueRollback>
 
 namespace lumoscad::qt {
@@ -27,7 +28,8 @@ QString Number(std::size_t number) {
 
 FilterBar::FilterBar(QWidget* parent, int margin)
     : QFrame(parent), text_(new QLineEdit(this)), changedOnly_(new QCheckBox(QStringLiteral("Solo modificate"), this)),
-      tickedOnly_(new QCheckBox(QStringLiteral("Solo spuntate"), this)), count_(new QLabel(this)) {
+      tickedOnly_(new QCheckBox(QStringLiteral("Solo spuntate"), this)), behind_(new QPushButton(this)),
+      count_(new QLabel(this)) {
   setObjectName(QStringLiteral("FilterBar"));
   text_->setObjectName(QStringLiteral("TextFiltro"));
   text_->setAccessibleName(QStringLiteral("Filtro delle righe"));
@@ -43,6 +45,10 @@ FilterBar::FilterBar(QWidget* parent, int margin)
   text_->setMinimumSize(SmallestField, fontMetrics().height() + 2 * FieldMargin);
   changedOnly_->setObjectName(QStringLiteral("ChangedOnly"));
   tickedOnly_->setObjectName(QStringLiteral("TickedOnly"));
+  behind_->setObjectName(QStringLiteral("FilterBehind"));
+  behind_->setAutoDefault(false);
+  behind_->setToolTip(QStringLiteral("Toglie il filtro della barra e lascia il resto"));
+  behind_->hide();
   count_->setObjectName(QStringLiteral("FilterCount"));
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(0, 4, margin, 4);
@@ -50,24 +56,31 @@ FilterBar::FilterBar(QWidget* parent, int margin)
   row->addWidget(text_, 1);
   row->addWidget(changedOnly_);
   row->addWidget(tickedOnly_);
+  row->addWidget(behind_);
   row->addWidget(count_);
-  for (QWidget* field : std::initializer_list<QWidget*>{text_, changedOnly_, tickedOnly_}) {
+  for (QWidget* field : std::initializer_list<QWidget*>{text_, changedOnly_, tickedOnly_, behind_}) {
     field->installEventFilter(this);
   }
   connect(text_, &QLineEdit::textChanged, this, [this] { Tell(); });
   connect(changedOnly_, &QCheckBox::toggled, this, [this] { Tell(); });
   connect(tickedOnly_, &QCheckBox::toggled, this, [this] { Tell(); });
+  connect(behind_, &QPushButton::clicked, this, [this] {
+    behindName_.clear();
+    Tell();
+    Leave();
+  });
   hide();
 }
 
 void FilterBar::TabBehind(QWidget* before) {
-  for (QWidget* field : std::initializer_list<QWidget*>{text_, changedOnly_, tickedOnly_}) {
+  for (QWidget* field : std::initializer_list<QWidget*>{text_, changedOnly_, tickedOnly_, behind_}) {
     QWidget::setTabOrder(before, field);
     before = field;
   }
 }
 
 void FilterBar::Ask() {
+  asked_ = true;
   show();
   text_->setFocus(Qt::ShortcutFocusReason);
   text_->selectAll();
@@ -75,7 +88,7 @@ void FilterBar::Ask() {
 
 void FilterBar::Tell() {
   if (!following_ && changed) {
-    changed({Utf8(text_->text()), changedOnly_->isChecked(), tickedOnly_->isChecked()});
+    changed({Utf8(text_->text()), changedOnly_->isChecked(), tickedOnly_->isChecked(), behindName_});
   }
 }
 
@@ -87,9 +100,11 @@ void FilterBar::Follow(const ListFilter& filter, std::size_t inSight, std::size_
   changedOnly_->setChecked(filter.changedOnly);
   tickedOnly_->setChecked(filter.tickedOnly);
   count_->setText(filter.Empty() ? QString() : Number(inSight) + QStringLiteral(" di ") + Number(all));
-  if (!filter.Empty()) {
-    show();
-  }
+  behindName_ = filter.behind;
+  behind_->setText(Text(filter.behind) + QStringLiteral("  ✕"));
+  behind_->setAccessibleName(QStringLiteral("Togli il filtro ") + Text(filter.behind));
+  behind_->setVisible(!filter.behind.empty());
+  setVisible(asked_ || !filter.Empty());
 }
 
 void FilterBar::Leave() {
@@ -112,6 +127,7 @@ bool FilterBar::eventFilter(QObject* object, QEvent* event) {
       changed({});
     }
     Leave();
+    asked_ = false;
     hide();
     return true;
   case Gesture::FilterDone:

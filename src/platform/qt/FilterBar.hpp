@@ -5,10 +5,12 @@
 #include <QFrame>
 
 #include <functional>
+#include <string>
 
 class QCheckBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 
 namespace lumoscad::qt {
 
@@ -41,8 +43,11 @@ class FilterBar final : public QFrame {
   QLineEdit* text_;
   QCheckBox* changedOnly_;
   QCheckBox* tickedOnly_;
+  QPushButton* behind_; ///< names the bar that the filter is about, and takes it out; hidden without one
   QLabel* count_;
+  std::string behindName_;
   bool following_ = false;
+  bool asked_ = false; ///< by the person, and not for what the filter is about alone
 };
 
 } // namespace lumoscad::qt

@@ -90,8 +90,10 @@ class BarDelegate final : public QStyledItemDelegate {
 ListEffects::ListEffects(QWidget* parent) : QListWidget(parent) {
   setObjectName(QStringLiteral("EffectPanel"));
   setAccessibleName(QStringLiteral("Effetto delle variazioni"));
-  setToolTip(QStringLiteral("%1 o un clic sceglie le righe di una barra (%2 chiude)")
-                 .arg(KeyText(Gesture::FilterBehind), KeyText(Gesture::Effects)));
+  setToolTip(
+      QStringLiteral(
+          "%1 o un clic tiene in vista le sole righe di una barra, una seconda volta le mostra tutte (%2 chiude)")
+          .arg(KeyText(Gesture::FilterBehind), KeyText(Gesture::Effects)));
   setItemDelegate(new BarDelegate(this));
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFixedWidth(look::Scaled(340));
@@ -100,6 +102,7 @@ ListEffects::ListEffects(QWidget* parent) : QListWidget(parent) {
 
 void ListEffects::Show(const std::vector<EffectGroup>& groups) {
   const int row = currentRow();
+  filtering_ = nullptr;
   clear();
   for (std::size_t group = 0; group < groups.size(); ++group) {
     auto* heading = new QListWidgetItem(Text(groups[group].title), this);
@@ -110,12 +113,15 @@ void ListEffects::Show(const std::vector<EffectGroup>& groups) {
       const QString before = Text(bar.before);
       const QString after = Text(bar.after);
       auto* item = new QListWidgetItem(name + QStringLiteral(": prima ") + before + QStringLiteral(", dopo ") + after +
-                                           (bar.changed ? QStringLiteral(", variata") : QString()),
+                                           (bar.changed ? QStringLiteral(", variata") : QString()) +
+                                           (bar.filters ? QStringLiteral(", solo questa in vista") : QString()),
                                        this);
       item->setToolTip(item->text());
       item->setData(GroupRole, static_cast<int>(group));
       item->setData(BarRole, static_cast<int>(place));
-      item->setData(NameRole, bar.changed ? QStringLiteral("• ") + name : name);
+      item->setData(NameRole, (bar.changed ? QStringLiteral("• ") + name : name) +
+                                  (bar.filters ? QStringLiteral(" (solo questa in vista)") : QString()));
+      filtering_ = bar.filters ? item : filtering_;
       item->setData(BeforeRole, before);
       item->setData(AfterRole, after);
       item->setData(BeforePartRole, bar.beforePart);
@@ -139,6 +145,10 @@ void ListEffects::keyPressEvent(QKeyEvent* event) {
   const bool plain = !(event->modifiers() & ~Qt::KeyboardModifiers(Qt::KeypadModifier));
   if (plain && PressedAt(GesturePlace::Effects, *event) == Gesture::FilterBehind) {
     Choose(currentItem());
+    return;
+  }
+  if (plain && filtering_ != nullptr && PressedAt(GesturePlace::Effects, *event) == Gesture::EffectsClear) {
+    Choose(filtering_);
     return;
   }
   QListWidget::keyPressEvent(event);

@@ -172,7 +172,10 @@ void ListReporter::Follow(const ListState& state) {
   const bool ordered = std::exchange(order_, state.order) != state.order;
   if (changed || chosen || ordered || std::exchange(first_, false)) {
     ShowFoot();
-    if (effects_ != nullptr && !effects_->isHidden() && changed) {
+    const bool filtered =
+        ordered && list_.Gestures() != nullptr &&
+        std::exchange(behind_, list_.Gestures()->Filtro().behind) != list_.Gestures()->Filtro().behind;
+    if (effects_ != nullptr && !effects_->isHidden() && (changed || filtered)) {
       ShowEffects();
     }
   }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 class QBoxLayout;
 class QDialog;
@@ -51,6 +52,7 @@ class ListReporter final : public QObject {
   int widthBefore_ = 0; ///< of the window, without the panel
   int widthAfter_ = 0;  ///< and as it was made with it
   bool first_ = true;
+  std::string behind_; ///< the bar that the filter is about
   std::uint64_t content_ = 0;
   std::uint64_t selection_ = 0;
   std::uint64_t order_ = 0;
