@@ -35,7 +35,7 @@ constexpr std::array Window = std::to_array<GestureEntry>({
     {G::Undo, P::Window, All, "Ctrl+Z", "", "Annulla l'ultimo gesto",
      "riporta indietro tutto ciò che l'ultimo gesto ha fatto, anche su molte righe"},
     {G::Redo, P::Window, All, "Ctrl+Y; Ctrl+Shift+Z", "", "Ripeti", "rifà ciò che è stato annullato"},
-    {G::Copy, P::Window, Lists, "Ctrl+C", "", "Copia",
+    {G::Copy, P::Window, All, "Ctrl+C", "", "Copia",
      "copia le righe scelte, se sono più d'una, o tutte quelle in vista"},
     {G::Paste, P::Window, Lists, "Ctrl+V", "", "Incolla",
      "dà alle righe scelte le date o i codici di banca copiati altrove: tutti, o nessuno"},

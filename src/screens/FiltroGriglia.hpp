@@ -15,12 +15,12 @@ namespace lumoscad {
 
 /// What a person typed to find rows. Words, in any order, must each be found in some visible column, accents and case
 /// ignored; a word of digits finds an amount by its digits, "1584" finds 1.584,36. "conto:", "partita:" (or "ordine:")
-/// and "banca:" in front of a word look in these columns alone, the last one in the present and in the new bank. ">",
-/// "<",
-/// ">=", "<=" and "=" compare with dates what looks like a date ("31/12" is one of this year) and with amounts what
-/// looks like an amount: some date, or some amount, of the row must agree. "-" in front of any of these leaves the row
-/// out. Quotes hold blanks together. What is only begun ("banca:", "-", ">") restricts nothing; a comparison with
-/// anything else is a word.
+/// and "banca:" in front of a word look in these columns alone, the last one in the present and in the new bank.
+///
+/// The signs ">", "<", ">=", "<=" and "=" compare with dates what looks like a date ("31/12" is one of this year) and
+/// with amounts what looks like an amount: some date, or some amount, of the row must agree. "-" in front of any of
+/// these leaves the row out. Quotes hold blanks together. What is only begun ("banca:", "-", ">") restricts nothing; a
+/// comparison with anything else is a word.
 class FiltroGriglia {
  public:
   /// Where a screen's columns are; -1 for one that it has not.

@@ -242,7 +242,20 @@ void GestiGriglia::SpuntaRighe(const std::vector<std::size_t>& righe, int quale,
     }
   }
   griglia_.Cambiata();
-  Avvisa(righe, spunta ? "spunta" : "spunta tolta");
+  Avvisa(righe, spunta ? EsitoSpunta(quale) : "spunta tolta");
+}
+
+/// What the rows got whose tick `quale` was set: the bank or the date at the top.
+std::string GestiGriglia::EsitoSpunta(int quale) const {
+  if (quale == griglia_.descrizione_.banca.spunta) {
+    return EsitoBanca(griglia_.stato_.bankIndex, griglia_.cmbBanche);
+  }
+  const std::string& data = griglia_.stato_.dueDateText;
+  return MaggioreDiSpazio(data) ? griglia_.descrizione_.nomeData + " " + data : "spunta";
+}
+
+std::string GestiGriglia::EsitoBanca(int indice, const BancheCombo& combo) {
+  return indice > 0 ? "banca " + combo.voci[static_cast<std::size_t>(indice)] : "banca tolta";
 }
 
 /// Checks the date at the top once for all rows that it is for. One that is refused stays as it was typed.
@@ -308,7 +321,7 @@ void GestiGriglia::DaiBanca(const std::vector<std::size_t>& righe, int indice) {
   }
   griglia_.AssegnaBanca(righe, indice, combo);
   griglia_.Cambiata();
-  Avvisa(righe, indice > 0 ? "banca " + combo.voci[static_cast<std::size_t>(indice)] : "banca tolta");
+  Avvisa(righe, EsitoBanca(indice, combo));
 }
 
 void GestiGriglia::DaiBancaInAlto() {
@@ -317,7 +330,7 @@ void GestiGriglia::DaiBancaInAlto() {
   const GestoGriglia gesto(griglia_, "banca");
   griglia_.AssegnaBanca(righe, indice, griglia_.cmbBanche);
   griglia_.Cambiata();
-  Avvisa(righe, indice > 0 ? "banca " + griglia_.cmbBanche.voci[static_cast<std::size_t>(indice)] : "banca tolta");
+  Avvisa(righe, EsitoBanca(indice, griglia_.cmbBanche));
 }
 
 void GestiGriglia::Annuncia(std::size_t righe) {

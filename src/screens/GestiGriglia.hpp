@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ListGestures.hpp"
+#include "screens/ElencoBanche.hpp"
 #include "screens/PassiGriglia.hpp"
 
 #include <cstddef>
@@ -87,6 +88,9 @@ class GestiGriglia final : public ListGestures {
   void Corrente(std::size_t riga);
   void ScegliDove(const auto& scegli);
   void SpuntaRighe(const std::vector<std::size_t>& righe, int quale, bool spunta);
+  [[nodiscard]] std::string EsitoSpunta(int quale) const;
+  /// "banca BANCA ALFA", or that it was taken away.
+  [[nodiscard]] static std::string EsitoBanca(int indice, const BancheCombo& combo);
   [[nodiscard]] bool DataInAltoBuona();
   /// The rows between two in sight, from top to bottom, both included.
   [[nodiscard]] std::vector<std::size_t> Tratto(std::size_t riga, std::size_t altra) const;

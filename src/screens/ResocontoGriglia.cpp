@@ -83,12 +83,25 @@ std::vector<std::string> ResocontoGriglia::Piede() const {
   return parti;
 }
 
+const std::vector<std::size_t>& ResocontoGriglia::Variate() const {
+  if (contenuto_ != griglia_.Stato().content) {
+    variate_ = griglia_.ElencoVariate();
+    contenuto_ = griglia_.Stato().content;
+  }
+  return variate_;
+}
+
+void ResocontoGriglia::Azzera() {
+  effetto_.Azzera();
+  contenuto_.reset();
+}
+
 std::size_t ResocontoGriglia::QuanteFrasi() const {
-  return griglia_.ElencoVariate().size();
+  return Variate().size();
 }
 
 std::string ResocontoGriglia::Frase(std::size_t quale) const {
-  const auto variate = griglia_.ElencoVariate();
+  const auto& variate = Variate();
   return quale < variate.size() ? FraseVariazione(griglia_, variate[quale]) : std::string();
 }
 

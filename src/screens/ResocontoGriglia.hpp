@@ -4,6 +4,8 @@
 #include "screens/EffettoVariazioni.hpp"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,7 +21,7 @@ class ResocontoGriglia final : public ListReport {
   explicit ResocontoGriglia(Griglia& griglia) : griglia_(griglia), effetto_(griglia) {}
 
   /// The rows are others.
-  void Azzera() { effetto_.Azzera(); }
+  void Azzera();
 
   [[nodiscard]] std::vector<std::string> Piede() const override;
   [[nodiscard]] std::size_t QuanteFrasi() const override;
@@ -35,9 +37,13 @@ class ResocontoGriglia final : public ListReport {
 
  private:
   [[nodiscard]] std::vector<EffettoVariazioni::Genere> Generi() const;
+  /// The changed rows, looked for once as long as no cell changes: the list of changes asks line by line.
+  [[nodiscard]] const std::vector<std::size_t>& Variate() const;
 
   Griglia& griglia_;
   EffettoVariazioni effetto_;
+  mutable std::vector<std::size_t> variate_;
+  mutable std::optional<std::uint64_t> contenuto_; ///< of the list, when they were looked for
 };
 
 } // namespace lumoscad

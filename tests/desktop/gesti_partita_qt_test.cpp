@@ -5,6 +5,7 @@
 #include "platform/qt/ListView.hpp"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QLineEdit>
 #include <QTableWidget>
 #include <QTest>
@@ -98,6 +99,14 @@ void KeysOfTheItem::AddWindowTrials() {
     PressKey("Ctrl+Z");
     t.Press();
     EXPECT_EQ(screen_->Nuova(1), "20/01/2027");
+  };
+  trials_[Gesture::Copy] = [](const Tried& t) {
+    QGuiApplication::clipboard()->clear();
+    ItemForKeys::ListaScad(t.Window()).setFocus();
+    t.Press();
+    const QString copied = QGuiApplication::clipboard()->text();
+    EXPECT_EQ(copied.count(QLatin1Char('\n')), 5) << copied.toStdString();
+    EXPECT_TRUE(copied.contains("12.400,00"));
   };
   trials_[Gesture::Details] = [](const Tried& t) {
     bool seen = false;

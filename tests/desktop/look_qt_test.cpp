@@ -43,7 +43,7 @@ std::vector<QColor Colours::*> RowsAnd(const std::vector<QColor Colours::*>& mor
 const std::vector<Pair>& TextsOnTheirGrounds() {
   static const std::vector<Pair> pairs{
       {"text of rows", &Colours::ink, RowsAnd({&Colours::changedBackground, &Colours::found})},
-      {"text of changed cells", &Colours::changedInk, RowsAnd({&Colours::changedBackground})},
+      {"text of changed cells", &Colours::changedInk, RowsAnd({&Colours::changedBackground, &Colours::found})},
       {"labels and headings",
        &Colours::windowInk,
        {&Colours::background, &Colours::headingBackground, &Colours::hoveredHeading}},

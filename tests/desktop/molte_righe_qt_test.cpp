@@ -160,7 +160,7 @@ TEST_F(ManyRows, AreTickedTogetherByTheSpaceBar) {
     EXPECT_THAT(ConData("20/01/2027"), ElementsAre(1, 2, 3));
     EXPECT_EQ(inAlto.text(), "20/01/2027");
     EXPECT_THAT(Scelte(lista), ElementsAre(1, 2, 3));
-    EXPECT_EQ(griglia.Stato().notice, "3 rate: spunta");
+    EXPECT_EQ(griglia.Stato().notice, "3 rate: scadenza 20/01/2027");
     Tasto(Qt::Key_Space);
     EXPECT_THAT(Spuntate(0), IsEmpty());
     EXPECT_THAT(ConData("20/01/2027"), IsEmpty());

@@ -1,6 +1,7 @@
 // What a list window says of its rows, and what is taken from it and brought into it, with real keys and clicks.
 
 #include "FinestraFinta.hpp"
+#include "platform/qt/Look.hpp"
 #include "platform/qt/QtDesktop.hpp"
 #include "screens/frmLumoScadenzeBanche.hpp"
 #include "support/Paths.hpp"
@@ -11,12 +12,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScreen>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -176,6 +180,64 @@ TEST_F(ReportInWindow, ShowsTheEffectAndKeepsWhatIsBehindABarInSight) {
     Tasto(Qt::Key_F6);
     EXPECT_FALSE(pannello.isVisible());
     EXPECT_EQ(finestra.width(), larghezza);
+  });
+}
+
+TEST_F(ReportInWindow, OpensThePanelAgainWhereThePersonLeftItOpen) {
+  const QTemporaryDir settings(QString::fromStdString((BuildFolder() / "finestre-XXXXXX").string()));
+  QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
+  const QString kept = settings.filePath("LumoScad/Finestre.ini");
+  int alone = 0;
+  Mostra([&](QDialog& finestra) {
+    alone = finestra.width();
+    EXPECT_EQ(finestra.findChild<QListWidget*>("EffectPanel"), nullptr);
+  });
+  EXPECT_FALSE(QFile::exists(kept)) << "nobody changed anything";
+  Mostra([](QDialog&) { Tasto(Qt::Key_F6); });
+  EXPECT_TRUE(QFile::exists(kept));
+  for (int time = 0; time < 2; ++time) {
+    Mostra([&](QDialog& finestra) {
+      auto& pannello = Trova<QListWidget>(finestra, "EffectPanel");
+      EXPECT_TRUE(pannello.isVisible());
+      EXPECT_EQ(finestra.width(), std::min(alone + pannello.width(), finestra.screen()->availableSize().width()));
+      EXPECT_TRUE(Lista(finestra).hasFocus()) << "the person begins in the list";
+    });
+  }
+  Mostra([&](QDialog& finestra) {
+    Tasto(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_FALSE(Trova<QListWidget>(finestra, "EffectPanel").isVisible());
+    EXPECT_EQ(finestra.width(), alone);
+  });
+  Mostra([](QDialog& finestra) { EXPECT_EQ(finestra.findChild<QListWidget*>("EffectPanel"), nullptr); });
+  QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("/dev/null/nowhere"));
+}
+
+TEST_F(ReportInWindow, MarksWhatTheFilterFoundAndNothingElse) {
+  griglia_.righe.ImpostaTesto(1, Schermata::Importo, "1.584,36");
+  Mostra([](QDialog& finestra) {
+    QTableView& lista = Lista(finestra);
+    const auto marked = [&lista](int row, int column) {
+      const QImage picture = lista.viewport()->grab(lista.visualRect(lista.model()->index(row, column))).toImage();
+      int pixels = 0;
+      for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+          pixels += picture.pixelColor(x, y) == qt::look::Now().found ? 1 : 0;
+        }
+      }
+      return pixels;
+    };
+    EXPECT_EQ(marked(1, Schermata::Importo), 0);
+    Tasto(Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), "1584");
+    ASSERT_EQ(lista.model()->rowCount(), 1);
+    EXPECT_GT(marked(0, Schermata::Importo), 50);
+    EXPECT_EQ(marked(0, Schermata::Conto), 0);
+    QApplication::focusWidget()->setProperty("text", "1584 ross");
+    EXPECT_GT(marked(0, Schermata::Conto), 50);
+    lista.setColumnWidth(Schermata::Conto, 45);
+    EXPECT_GT(marked(0, Schermata::Conto), 0) << "as far as a text that is cut shows it";
+    Tasto(Qt::Key_Escape);
+    EXPECT_EQ(marked(0, Schermata::Importo) + marked(1, Schermata::Importo), 0);
   });
 }
 

@@ -106,7 +106,7 @@ TEST_F(GridGestures, TickEverySelectedRowThatIsNotTickedYet) {
     EXPECT_EQ(NuovaScadenza(riga), "20/01/2027");
   }
   EXPECT_FALSE(griglia.righe.Spuntata(5, 0));
-  EXPECT_EQ(griglia.Stato().notice, "3 rate: spunta; 1 già così");
+  EXPECT_EQ(griglia.Stato().notice, "3 rate: scadenza 20/01/2027; 1 già così");
 }
 
 TEST_F(GridGestures, TickNothingWithoutADateAtTheTopAndSaySo) {

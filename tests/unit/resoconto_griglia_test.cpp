@@ -232,8 +232,13 @@ TEST_F(ChangeEffect, KeepsARowBehindItsBarThatIsMovedIntoIt) {
   DaiData(3, mese);
   Resoconto().ScegliDietro(1, 0);
   EXPECT_EQ(griglia.Visibili(), prima + 1);
-  DaiData(3, "01/01/2030");
-  griglia.Seleziona(1);
+  griglia.Seleziona(2);
+  ASSERT_EQ(griglia.RigaSelezionata(), 3U);
+  griglia.LVScadenze_MouseDown(Mezzo(Schermata::NuovaScadenza), 5);
+  griglia.LVScadenze_Click(240);
+  griglia.TextScad_Change("01/01/2030");
+  griglia.TextScad_KeyPress(13);
+  EXPECT_EQ(griglia.Visibili(), prima + 1) << "the person is still at it";
   griglia.Seleziona(0);
   EXPECT_EQ(griglia.Visibili(), prima) << "it has left the month, and the person has left it";
 }

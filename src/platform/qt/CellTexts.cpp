@@ -81,6 +81,27 @@ void CellTexts::Write(QPainter& painter, const QRect& area, std::string_view tex
   painter.restore();
 }
 
+QRect CellTexts::Place(const QRect& area, std::string_view text, Style style, std::size_t begin, std::size_t end) {
+  const Entry& entry = Found(text, area.size(), style);
+  const auto letters = [text](std::size_t bytes) { return static_cast<int>(Text(text.substr(0, bytes)).size()); };
+  // Of a text that was cut what stands behind the cut is not to be seen.
+  const bool cut = entry.shown.size() < letters(text.size());
+  const int shown = static_cast<int>(entry.shown.size()) - (cut ? 1 : 0);
+  const int first = std::min(letters(begin), shown);
+  const int last = std::min(letters(end), shown);
+  const QFontMetrics metrics(fonts_.at(style.bold ? 1 : 0));
+  const auto across = [&](int letter) {
+    return entry.laidOut ? entry.layout.lineAt(0).cursorToX(letter)
+                         : static_cast<qreal>(metrics.horizontalAdvance(entry.shown, letter));
+  };
+  const qreal width = entry.laidOut ? 0 : metrics.horizontalAdvance(entry.shown);
+  const qreal left = entry.laidOut ? entry.place.x() : style.right ? area.width() - width : 0;
+  const int height = metrics.height();
+  const QRect place(area.left() + qRound(left + across(first)), area.top() + (area.height() - height) / 2,
+                    qRound(across(last) - across(first)), height);
+  return first < last ? place.intersected(area) : QRect();
+}
+
 CellTexts::Entry& CellTexts::Found(std::string_view text, const QSize& size, Style style) {
   // A text that stands in two columns of different widths has two places.
   const std::size_t kind = static_cast<std::size_t>(size.width()) * 4 + (style.bold ? 2 : 0) + (style.right ? 1 : 0);

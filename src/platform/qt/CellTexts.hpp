@@ -38,6 +38,9 @@ class CellTexts {
   /// Writes `text` (UTF-8) in the painter's pen. `covered` is what the neighbours to the right will be painted on:
   /// letters that reach out of their area do not show there.
   void Write(QPainter& painter, const QRect& area, std::string_view text, Style style, const QRect& covered);
+  /// Where a stretch of a text's bytes stands when the text is written into `area`, over the whole height of the text;
+  /// empty where it is not to be seen.
+  [[nodiscard]] QRect Place(const QRect& area, std::string_view text, Style style, std::size_t begin, std::size_t end);
 
  private:
   struct Entry {

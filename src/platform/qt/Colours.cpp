@@ -58,8 +58,9 @@ void Colours::Tint() {
 
 /// What has to stand out from every ground that it can lie on.
 void Colours::Mark() {
-  changedInk = Contrasting(Mixed(ink, Turned(fill, 180, ink), 0.35),
-                           {changedBackground, paper, alternateRow, selection, selectionWithoutFocus}, TextContrast);
+  changedInk =
+      Contrasting(Mixed(ink, Turned(fill, 180, ink), 0.35),
+                  {changedBackground, paper, alternateRow, selection, selectionWithoutFocus, found}, TextContrast);
   accent = Contrasting(fill,
                        {paper, alternateRow, selection, selectionWithoutFocus, changedBackground, background,
                         headingBackground, hoveredHeading},

@@ -42,6 +42,7 @@ FilterBar::FilterBar(QWidget* parent, int margin)
   for (auto* button : text_->findChildren<QAbstractButton*>()) {
     button->setAccessibleName(QStringLiteral("Svuota il filtro"));
   }
+  text_->setTextMargins(FieldMargin, 0, FieldMargin, 0);
   text_->setMinimumSize(SmallestField, fontMetrics().height() + 2 * FieldMargin);
   changedOnly_->setObjectName(QStringLiteral("ChangedOnly"));
   tickedOnly_->setObjectName(QStringLiteral("TickedOnly"));

@@ -2,6 +2,7 @@
 
 #include "platform/qt/Texts.hpp"
 
+#include <QAction>
 #include <QKeyEvent>
 #include <QShortcut>
 #include <QWidget>
@@ -69,6 +70,14 @@ QString KeyText(Gesture gesture) {
 
 QString NameOf(Gesture gesture) {
   return Text(EntryOf(gesture).name);
+}
+
+QAction* ActionFor(QWidget& window, Gesture gesture, const std::function<void()>& action) {
+  auto* entry = new QAction(NameOf(gesture), &window);
+  entry->setShortcuts(Keys(gesture));
+  QObject::connect(entry, &QAction::triggered, &window, action);
+  window.addAction(entry);
+  return entry;
 }
 
 void Bind(QWidget& window, Gesture gesture, const std::function<void(std::size_t which)>& action) {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <functional>
 
+class QAction;
 class QKeyEvent;
 class QWidget;
 
@@ -37,5 +38,7 @@ enum class HeldWith {
 [[nodiscard]] QString NameOf(Gesture gesture);
 /// Has `window` do this at each key of a gesture, wherever in it the keyboard is; `action` is told which key it was.
 void Bind(QWidget& window, Gesture gesture, const std::function<void(std::size_t which)>& action);
+/// The same as an action of `window`, under the gesture's name, for a menu to show.
+QAction* ActionFor(QWidget& window, Gesture gesture, const std::function<void()>& action);
 
 } // namespace lumoscad::qt

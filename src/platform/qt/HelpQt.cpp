@@ -58,6 +58,7 @@ HelpQt::HelpQt(const std::vector<GestureEntry>& entries, QWidget* below)
   words_->setPlaceholderText(QStringLiteral("Cerca: un tasto o una parola"));
   words_->setContextMenuPolicy(Qt::NoContextMenu);
   words_->setClearButtonEnabled(true);
+  words_->setTextMargins(SearchMargin, 0, SearchMargin, 0);
   count_->setObjectName(QStringLiteral("HelpCount"));
   Fill(entries);
   QPushButton* print = HelpButton(QStringLiteral("HelpPrint"), QStringLiteral("&Stampa…"), this);

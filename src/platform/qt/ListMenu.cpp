@@ -8,6 +8,8 @@
 #include <QMenu>
 #include <QWidget>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace lumoscad::qt {
@@ -20,13 +22,15 @@ ListMenu::ListMenu(ListGestures& gestures, Run run, QWidget* window)
   AddSeparator();
 }
 
-QAction* ListMenu::Add(Gesture gesture, std::function<void()> action) {
-  auto* entry = new QAction(NameOf(gesture), this);
-  entry->setShortcuts(Keys(gesture));
-  connect(entry, &QAction::triggered, this, std::move(action));
-  entries_.push_back(entry);
-  window_->addAction(entry);
-  return entry;
+QAction* ListMenu::Add(Gesture gesture, const std::function<void()>& action) {
+  entries_.push_back(ActionFor(*window_, gesture, action));
+  return entries_.back();
+}
+
+void ListMenu::Add(std::initializer_list<QAction*> actions) {
+  AddSeparator();
+  std::copy_if(actions.begin(), actions.end(), std::back_inserter(entries_),
+               [](const QAction* action) { return action != nullptr; });
 }
 
 void ListMenu::AddSeparator() {

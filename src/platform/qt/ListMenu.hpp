@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <functional>
+#include <initializer_list>
 #include <vector>
 
 class QAction;
@@ -25,7 +26,9 @@ class ListMenu final : public QObject {
   ListMenu(ListGestures& gestures, Run run, QWidget* window);
 
   /// Adds an entry at the end, under its name and with its keys. `action` is run as it is.
-  QAction* Add(Gesture gesture, std::function<void()> action);
+  QAction* Add(Gesture gesture, const std::function<void()>& action);
+  /// Adds actions of the window at the end, behind a line; null ones are left out.
+  void Add(std::initializer_list<QAction*> actions);
   void Open(const QPoint& where);
 
  private:

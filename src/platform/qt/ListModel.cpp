@@ -51,6 +51,15 @@ std::string_view ListModel::CellDistinction(int row, int column) const {
   return Guarded<std::string_view>(row, [&](std::size_t place) { return window_.Distinzione(place, column); });
 }
 
+bool ListModel::Searched() const {
+  return gestures_ != nullptr && !gestures_->Filtro().text.empty();
+}
+
+std::vector<ListGestures::Places> ListModel::CellHits(int row, int column) const {
+  return Guarded<std::vector<ListGestures::Places>>(
+      row, [&](std::size_t place) { return gestures_->Trovati(place, column); });
+}
+
 std::optional<bool> ListModel::CellTicked(int row, int column) const {
   return Guarded<std::optional<bool>>(row, [&](std::size_t place) { return window_.Ticked(place, column); });
 }

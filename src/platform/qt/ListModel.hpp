@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace lumoscad::qt {
 
@@ -21,6 +22,9 @@ class ListModel final : public QAbstractTableModel {
   static constexpr int ReportIconRole = Qt::UserRole + 1;
 
   explicit ListModel(const ListWindow& window, QObject* parent = nullptr);
+
+  /// Who knows what is looked for; null where nothing can be.
+  void SetGestures(const ListGestures* gestures) { gestures_ = gestures; }
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
@@ -44,6 +48,10 @@ class ListModel final : public QAbstractTableModel {
   [[nodiscard]] bool CellChanged(int row, int column) const;
   /// What tells the row from others that look the same, where this cell shows it; it holds as a text does.
   [[nodiscard]] std::string_view CellDistinction(int row, int column) const;
+  /// The bytes of a cell's text that the list's filter looks for: each first one, and the one behind the last.
+  [[nodiscard]] std::vector<ListGestures::Places> CellHits(int row, int column) const;
+  /// Whether something is looked for at all.
+  [[nodiscard]] bool Searched() const;
   /// Whether a tick is set.
   [[nodiscard]] std::optional<bool> CellTicked(int row, int column) const;
 
@@ -67,6 +75,7 @@ class ListModel final : public QAbstractTableModel {
   [[nodiscard]] bool Changed(std::size_t row, int column) const;
 
   const ListWindow& window_;
+  const ListGestures* gestures_ = nullptr;
   int rows_ = 0;
 };
 

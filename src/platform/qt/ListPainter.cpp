@@ -53,6 +53,7 @@ void ListPainter::Begin(QPainter& painter, const QFont& font, bool focus) {
     colours_ = look::Now();
   }
   font_ = font;
+  searched_ = model_.Searched();
   texts_.Begin(painter, font);
 }
 
@@ -116,13 +117,26 @@ void ListPainter::Content(QPainter& painter, const Row& row, const Column& colum
     const bool changed = model_.CellChanged(row.index, column.index);
     painter.setPen(changed ? colours_.changedInk : colours_.ink);
     const QRect area = Distinguish(painter, row, column.index, TextArea(cell), covered);
-    texts_.Write(painter, area, model_.CellText(row.index, column.index), {changed, kind == ListColumn::Kind::Amount},
-                 covered);
+    const CellTexts::Style style{changed, kind == ListColumn::Kind::Amount};
+    if (searched_) {
+      MarkHits(painter, row, column.index, area, style);
+    }
+    texts_.Write(painter, area, model_.CellText(row.index, column.index), style, covered);
   } else if (const auto ticked = model_.CellTicked(row.index, column.index)) {
     Tick(painter, cell, *ticked, RowBackground(row));
   }
   if (column.index == row.current) {
     Frame(painter, cell);
+  }
+}
+
+void ListPainter::MarkHits(QPainter& painter, const Row& row, int column, const QRect& area, CellTexts::Style style) {
+  for (const auto& [begin, end] : model_.CellHits(row.index, column)) {
+    const QRect place = texts_.Place(area, model_.CellText(row.index, column), style, begin, end);
+    if (!place.isEmpty()) {
+      painter.fillRect(place, colours_.found);
+      painter.fillRect(QRect(place.left(), place.bottom(), place.width(), 1), painter.pen().color());
+    }
   }
 }
 

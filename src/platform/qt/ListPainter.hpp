@@ -54,6 +54,8 @@ class ListPainter {
   [[nodiscard]] bool Changed(const Row& row, int column) const;
   [[nodiscard]] const QColor& RowBackground(const Row& row) const;
   void Content(QPainter& painter, const Row& row, const Column& column, const QRect& covered);
+  /// Marks what the list's filter looks for in a cell's text, below the text: by a ground and a line.
+  void MarkHits(QPainter& painter, const Row& row, int column, const QRect& area, CellTexts::Style style);
   /// Writes what tells the row from others at the right end of a cell; gives back what is left for its text.
   [[nodiscard]] QRect Distinguish(QPainter& painter, const Row& row, int column, const QRect& area,
                                   const QRect& covered);
@@ -78,6 +80,7 @@ class ListPainter {
   look::Colours colours_ = look::Now();
   QFont font_;
   bool focus_ = false;
+  bool searched_ = false; ///< something is looked for
 };
 
 } // namespace lumoscad::qt

@@ -28,11 +28,11 @@ namespace lumoscad::qt {
 ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Run gesture)
     : QObject(&dialog), dialog_(dialog), list_(list), parts_(parts), report_(*list.Report()),
       gesture_(std::move(gesture)) {
-  Key(Gesture::Copy, &ListReporter::Copy);
-  Key(Gesture::Paste, &ListReporter::Paste);
-  Key(Gesture::Save, &ListReporter::Save);
-  Key(Gesture::Effects, &ListReporter::ToggleEffects);
-  Key(Gesture::Changes, &ListReporter::ToggleChanges);
+  copy = Action(Gesture::Copy, &ListReporter::Copy);
+  paste = Action(Gesture::Paste, &ListReporter::Paste);
+  save = Action(Gesture::Save, &ListReporter::Save);
+  Action(Gesture::Effects, &ListReporter::ToggleEffects);
+  Action(Gesture::Changes, &ListReporter::ToggleChanges);
   // Not when it is clicked: assistive tools let it in and out without a click.
   connect(parts_.foot.changes, &QToolButton::toggled, this, [this](bool open) {
     if (open != (changes_ != nullptr && !changes_->isHidden())) {
@@ -41,18 +41,20 @@ ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, 
   });
 }
 
-void ListReporter::Key(Gesture gesture, void (ListReporter::*action)()) {
-  Bind(dialog_, gesture, [this, action](std::size_t) { (this->*action)(); });
+QAction* ListReporter::Action(Gesture gesture, void (ListReporter::*action)()) {
+  return ActionFor(dialog_, gesture, [this, action] { (this->*action)(); });
+}
+
+void CopyRows(ListReport& report) {
+  const CopiedRows rows = report.Copia();
+  auto* data = new QMimeData;
+  data->setText(Text(rows.text));
+  data->setHtml(Text(rows.html));
+  QGuiApplication::clipboard()->setMimeData(data);
 }
 
 void ListReporter::Copy() {
-  gesture_([this] {
-    const CopiedRows rows = report_.Copia();
-    auto* data = new QMimeData;
-    data->setText(Text(rows.text));
-    data->setHtml(Text(rows.html));
-    QGuiApplication::clipboard()->setMimeData(data);
-  });
+  gesture_([this] { CopyRows(report_); });
 }
 
 void ListReporter::Paste() {
@@ -107,40 +109,67 @@ void ListReporter::ToggleChanges() {
   }
 }
 
-void ListReporter::ToggleEffects() {
-  if (effects_ == nullptr) {
-    effects_ = new ListEffects(&dialog_);
-    effects_->chosen = [this](std::size_t group, std::size_t bar) {
-      gesture_([&] { report_.ScegliDietro(group, bar); });
-    };
-    auto* stack = static_cast<QBoxLayout*>(dialog_.layout());
-    const int place = stack->indexOf(parts_.picScadenzeBanche);
-    auto* row = new QHBoxLayout;
-    row->setSpacing(0);
-    stack->removeWidget(parts_.picScadenzeBanche);
-    row->addWidget(parts_.picScadenzeBanche, 1);
-    row->addWidget(effects_);
-    stack->insertLayout(place, row, 1);
-    look::Dress(dialog_);
-    effects_->hide();
+void ListReporter::BuildEffects() {
+  if (effects_ != nullptr) {
+    return;
   }
-  const bool open = effects_->isHidden();
-  if (open) {
-    ShowEffects();
-  } else if (effects_->hasFocus()) {
-    parts_.table->setFocus();
-  }
-  effects_->setVisible(open);
+  effects_ = new ListEffects(&dialog_);
+  effects_->chosen = [this](std::size_t group, std::size_t bar) {
+    gesture_([&] { report_.ScegliDietro(group, bar); });
+  };
+  auto* stack = static_cast<QBoxLayout*>(dialog_.layout());
+  const int place = stack->indexOf(parts_.picScadenzeBanche);
+  auto* row = new QHBoxLayout;
+  row->setSpacing(0);
+  stack->removeWidget(parts_.picScadenzeBanche);
+  row->addWidget(parts_.picScadenzeBanche, 1);
+  row->addWidget(effects_);
+  stack->insertLayout(place, row, 1);
+  look::Dress(dialog_);
+  effects_->hide();
+}
+
+void ListReporter::OpenEffects(bool widen) {
+  BuildEffects();
+  ShowEffects();
+  effects_->show();
   const QScreen* screen = dialog_.screen();
-  if (open && screen != nullptr && !dialog_.isMaximized()) {
-    widthBefore_ = dialog_.width();
+  if (screen == nullptr || dialog_.isMaximized()) {
+    return;
+  }
+  widthAfter_ = dialog_.width();
+  widthBefore_ = widthAfter_ - effects_->width();
+  if (widen) {
+    widthBefore_ = widthAfter_;
     dialog_.resize(std::min(widthBefore_ + effects_->width(), screen->availableSize().width()), dialog_.height());
     widthAfter_ = dialog_.width();
-  } else if (!open && dialog_.width() == widthAfter_ && !dialog_.isMaximized()) {
+  }
+}
+
+void ListReporter::CloseEffects() {
+  if (effects_ == nullptr || effects_->isHidden()) {
+    return;
+  }
+  if (effects_->hasFocus()) {
+    parts_.table->setFocus();
+  }
+  effects_->hide();
+  if (dialog_.width() == widthAfter_ && !dialog_.isMaximized()) {
     dialog_.resize(widthBefore_, dialog_.height());
   }
+}
+
+void ListReporter::ToggleEffects() {
+  BuildEffects();
+  const bool open = effects_->isHidden();
   if (open) {
+    OpenEffects(true);
     effects_->setFocus();
+  } else {
+    CloseEffects();
+  }
+  if (effectsToggled) {
+    effectsToggled(open);
   }
 }
 

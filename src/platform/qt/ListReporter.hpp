@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 
+class QAction;
 class QBoxLayout;
 class QDialog;
 
@@ -17,6 +18,9 @@ namespace lumoscad::qt {
 struct ListParts;
 class ListChanges;
 class ListEffects;
+
+/// Takes rows to the clipboard, as text and as a table.
+void CopyRows(ListReport& report);
 
 /// Shows what a list says of itself: its foot, on demand the list of its changes (F7) and the panel of their effect
 /// (F6). Takes its rows away (Ctrl+C, Ctrl+S) and brings a column in (Ctrl+V). The two on demand are made when they are
@@ -28,17 +32,31 @@ class ListReporter final : public QObject {
   /// `gesture` runs one gesture and follows it.
   ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Run gesture);
 
+  // Of the window, for its menu.
+
+  QAction* copy = nullptr;
+  QAction* paste = nullptr;
+  QAction* save = nullptr;
+
+  /// Told when the person opened the panel of the effect or closed it.
+  std::function<void(bool open)> effectsToggled;
+
+  /// Opens the panel of the effect while the window opens, which keeps the keyboard where it is; `widen` gives it room
+  /// of its own.
+  void OpenEffects(bool widen);
+  void CloseEffects();
   /// Makes all of it follow the screen.
   void Follow(const ListState& state);
 
  private:
-  void Key(Gesture gesture, void (ListReporter::*action)());
+  QAction* Action(Gesture gesture, void (ListReporter::*action)());
   void Copy();
   void Paste();
   void Save();
   void SaveAs(const QString& path);
   void ToggleChanges();
   void ToggleEffects();
+  void BuildEffects();
   void ShowEffects();
   void ShowFoot();
 

@@ -65,6 +65,7 @@ ListView::ListView(ListWindow& window, ListModel& model, QWidget* parent)
     painter_.FontsChanged();
     viewport()->update();
   });
+  model_.SetGestures(gestures_);
   Prepare();
   Measure();
   setModel(&model);

@@ -28,6 +28,18 @@ ListWindowQt::ListWindowQt(ListWindow& window, QWidget* below) : ModalWindowQt(w
   }
   AddMenu();
   Complete();
+  if (reporter_ != nullptr) {
+    reporter_->effectsToggled = [this](bool open) { layout_.PanelChanged(open); };
+    if (layout_.PanelOpen()) {
+      reporter_->OpenEffects(!layout_.OwnSize());
+    }
+  }
+}
+
+void ListWindowQt::ClosePanels() {
+  if (reporter_ != nullptr) {
+    reporter_->CloseEffects();
+  }
 }
 
 QString ListWindowQt::RowCountText(int rows) const {
@@ -126,6 +138,10 @@ void ListWindowQt::AddMenu() {
       Filter().Ask();
     }
   });
+  if (reporter_ != nullptr) {
+    menu_->Add({reporter_->copy, reporter_->paste, reporter_->save});
+  }
+  menu_->Add({details_, help_});
 }
 
 /// The list stands in the window's stack, or in a row of it beside a panel.

@@ -33,6 +33,7 @@ class ListWindowQt final : public ModalWindowQt {
   /// Where to go from a cell that closes.
   enum class Way { NextRow, NextCell, CellBefore };
 
+  void ClosePanels() override;
   [[nodiscard]] QString RowCountText(int rows) const override;
   [[nodiscard]] bool Offers(const GestureEntry& entry) const override;
   void Follow(const ListState& state) override;

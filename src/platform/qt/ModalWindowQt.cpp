@@ -36,6 +36,9 @@ ModalWindowQt::ModalWindowQt(ListWindow& list, QWidget* below)
     QMetaObject::invokeMethod(
         this, [this] { Close(); }, Qt::QueuedConnection);
   };
+  details_ = ActionFor(*this, Gesture::Details, [this] { ShowDetails(); });
+  details_->setObjectName(QStringLiteral("azioneDettagli"));
+  help_ = ActionFor(*this, Gesture::Help, [this] { ShowHelp(); });
   ConnectList();
   ConnectFields();
   connect(parts_.PictureAnnulla, &QPushButton::clicked, this,
@@ -79,16 +82,14 @@ void ModalWindowQt::AddLayoutActions() {
   auto* reset = new QAction(NameOf(Gesture::ResetLayout), this);
   reset->setObjectName(QStringLiteral("azioneRipristina"));
   reset->setShortcuts(Keys(Gesture::ResetLayout));
-  connect(reset, &QAction::triggered, this, [this] { layout_.Reset(); });
+  connect(reset, &QAction::triggered, this, [this] {
+    ClosePanels();
+    layout_.Reset();
+  });
   auto* fit = new QAction(QStringLiteral("Larghezze secondo il contenuto"), this);
   fit->setObjectName(QStringLiteral("azioneLarghezze"));
   connect(fit, &QAction::triggered, parts_.headings, &ListHeadings::FitAll);
-  auto* details = new QAction(NameOf(Gesture::Details), this);
-  details->setObjectName(QStringLiteral("azioneDettagli"));
-  details->setShortcuts(Keys(Gesture::Details));
-  connect(details, &QAction::triggered, this, [this] { ShowDetails(); });
-  addActions({details, reset});
-  Bind(*this, Gesture::Help, [this](std::size_t) { ShowHelp(); });
+  addAction(reset);
   parts_.headings->addActions({fit, reset});
   parts_.headings->setContextMenuPolicy(Qt::ActionsContextMenu);
 }

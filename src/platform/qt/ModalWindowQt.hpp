@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+class QAction;
+
 namespace lumoscad::qt {
 
 /// What the windows over a list have in common: the modal showing and its end, the way of a gesture to the screen and
@@ -41,6 +43,8 @@ class ModalWindowQt : public DialogQt, protected ListListener {
 
   /// Ends the construction, once all widgets are there: tells how many rows there are and takes a size.
   void Complete();
+  /// The layout is the screen's own again: what the person opened beside the list closes.
+  virtual void ClosePanels() {}
   /// The text that tells how many rows there are.
   [[nodiscard]] virtual QString RowCountText(int rows) const = 0;
   /// Whether the table's gesture can be done in this window.
@@ -85,6 +89,9 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   ListWindow& list_;
   ListModel model_;
   ListParts parts_;
+  RememberedLayout layout_;
+  QAction* details_ = nullptr;
+  QAction* help_ = nullptr;
   bool covered_ = false; ///< another window came up modally since this was last set to false
 
  private:
@@ -108,7 +115,6 @@ class ModalWindowQt : public DialogQt, protected ListListener {
   void ShowHelp();
   void Close();
 
-  RememberedLayout layout_;
   std::uint64_t order_;
   std::uint64_t content_;
   std::uint64_t selection_ = 0;

@@ -17,6 +17,10 @@ constexpr qint64 ShowingMilliseconds = 1000;
 /// What a window leaves of the display for its frame and for the desktop's bars, in pixels.
 constexpr QSize Around(24, 56);
 
+QString Panel() {
+  return QStringLiteral("effetto");
+}
+
 } // namespace
 
 RememberedLayout::RememberedLayout(QDialog& window, ListParts& parts, const ListWindow& list)
@@ -47,7 +51,14 @@ void RememberedLayout::Resized(const QResizeEvent& event) {
   resized_ = resized_ || (event.spontaneous() && shown_.isValid() && shown_.elapsed() > ShowingMilliseconds);
 }
 
+bool RememberedLayout::PanelOpen() const {
+  return memory_.Open(Panel()).value_or(false);
+}
+
 void RememberedLayout::Keep() const {
+  if (panel_) {
+    memory_.RememberOpen(Panel(), *panel_);
+  }
   if (resized_ && !window_.isMaximized() && !window_.isFullScreen()) {
     memory_.RememberSize(window_.size());
   }
@@ -63,6 +74,7 @@ void RememberedLayout::Keep() const {
 void RememberedLayout::Reset() {
   memory_.Forget();
   resized_ = columnsChanged_ = false;
+  panel_.reset();
   const auto given = parts_.table->GivenWidths();
   for (const auto& [column, pixels] : given) {
     parts_.table->SetWidth(column, std::nullopt);

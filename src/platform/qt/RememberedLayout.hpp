@@ -31,6 +31,12 @@ class RememberedLayout {
   /// The window has another size: by the person, where it comes from outside and not with the showing.
   void Resized(const QResizeEvent& event);
   void ColumnsChanged() { columnsChanged_ = true; }
+  /// Whether the panel beside the list is to be open when the window opens.
+  [[nodiscard]] bool PanelOpen() const;
+  /// Whether the window has the size that the person gave it.
+  [[nodiscard]] bool OwnSize() const { return memory_.Size().has_value(); }
+  /// The person opened the panel or closed it.
+  void PanelChanged(bool open) { panel_ = open; }
   /// Remembers what the person changed since the window was shown.
   void Keep() const;
   /// Forgets what is remembered, and lays the window out as its screen says.
@@ -44,6 +50,7 @@ class RememberedLayout {
   QElapsedTimer shown_;
   bool resized_ = false;
   bool columnsChanged_ = false;
+  std::optional<bool> panel_; ///< as the person left it; nothing where it was left alone
 };
 
 } // namespace lumoscad::qt

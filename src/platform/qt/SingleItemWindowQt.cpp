@@ -1,6 +1,7 @@
 #include "platform/qt/SingleItemWindowQt.hpp"
 
 #include "platform/qt/GestureKeys.hpp"
+#include "platform/qt/ListReporter.hpp"
 #include "platform/qt/Look.hpp"
 #include "platform/qt/Texts.hpp"
 
@@ -112,6 +113,9 @@ void SingleItemWindowQt::ConnectFields() {
 }
 
 void SingleItemWindowQt::ConnectSteps() {
+  if (ListReport* report = list_.Report()) {
+    ActionFor(*this, Gesture::Copy, [this, report] { Gesture([report] { CopyRows(*report); }); });
+  }
   for (const auto& [gesture, step] :
        {std::pair(Gesture::Undo, &ListGestures::Annulla), std::pair(Gesture::Redo, &ListGestures::Rifai)}) {
     Bind(*this, gesture, [this, step = step](std::size_t) { Gesture([this, step] { (list_.Gestures()->*step)(); }); });

@@ -65,6 +65,37 @@ void DropDownArrow(QPainter& painter, const QRect& area) {
   painter.restore();
 }
 
+/// A box as the list's own ticks have it: its border stands out on every desktop.
+void CheckBox(QPainter& painter, const QStyleOption& option) {
+  const look::Colours& colours = look::Now();
+  const bool ticked = (option.state & QStyle::State_On) != 0;
+  Box(painter, option.rect, ticked ? colours.accent : colours.paper, ticked ? colours.accent : colours.border, false,
+      FieldRadius);
+  if (ticked) {
+    const QRectF area(option.rect);
+    const auto at = [&area](double across, double down) {
+      return QPointF(area.left() + area.width() * across, area.top() + area.height() * down);
+    };
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colours.accentInk, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(QPolygonF({at(0.25, 0.52), at(0.43, 0.7), at(0.76, 0.3)}));
+    painter.restore();
+  }
+}
+
+/// What is taken hold of in a scroll bar: it stands out from its groove as borders do from their grounds.
+void ScrollHandle(QPainter& painter, const QRect& area, const QStyleOptionSlider& option) {
+  const look::Colours& colours = look::Now();
+  const bool held =
+      option.activeSubControls.testFlag(QStyle::SC_ScrollBarSlider) && (option.state & QStyle::State_Enabled) != 0;
+  const bool upright = option.orientation == Qt::Vertical;
+  const int free = (upright ? area.width() : area.height()) / 5;
+  const QRect handle = upright ? area.adjusted(free, 1, -free, -1) : area.adjusted(1, free, -1, -free);
+  const QColor& ground = held ? colours.accent : colours.border;
+  Box(painter, handle, ground, ground, false, FieldRadius);
+}
+
 } // namespace
 
 StyleQt::StyleQt(QObject* parent) : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {
@@ -86,6 +117,9 @@ void StyleQt::drawPrimitive(PrimitiveElement element, const QStyleOption* option
     return;
   case PE_PanelButtonCommand:
     Button(*painter, *option, widget);
+    return;
+  case PE_IndicatorCheckBox:
+    CheckBox(*painter, *option);
     return;
   case PE_FrameFocusRect: // every control here shows the focus by its border
     if (qobject_cast<const QPushButton*>(widget) != nullptr) {
@@ -119,6 +153,16 @@ void StyleQt::drawComplexControl(ComplexControl control, const QStyleOptionCompl
       box != nullptr && control == CC_ComboBox && box->frame) {
     Field(*painter, option->rect, *option);
     DropDownArrow(*painter, proxy()->subControlRect(CC_ComboBox, option, SC_ComboBoxArrow, widget));
+    return;
+  }
+  if (const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+      slider != nullptr && control == CC_ScrollBar && slider->subControls.testFlag(SC_ScrollBarSlider)) {
+    QStyleOptionSlider rest = *slider;
+    rest.subControls.setFlag(SC_ScrollBarSlider, false);
+    rest.subControls.setFlag(SC_ScrollBarGroove, false);
+    painter->fillRect(option->rect, look::Now().background);
+    QProxyStyle::drawComplexControl(control, &rest, painter, widget);
+    ScrollHandle(*painter, proxy()->subControlRect(CC_ScrollBar, slider, SC_ScrollBarSlider, widget), *slider);
     return;
   }
   QProxyStyle::drawComplexControl(control, option, painter, widget);
