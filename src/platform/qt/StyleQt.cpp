@@ -66,7 +66,7 @@ void DropDownArrow(QPainter& painter, const QRect& area) {
 }
 
 /// A box as the list's own ticks have it: its border stands out on every desktop.
-void CheckBox(QPainter& painter, const QStyleOption& option) {
+void TickBox(QPainter& painter, const QStyleOption& option) {
   const look::Colours& colours = look::Now();
   const bool ticked = (option.state & QStyle::State_On) != 0;
   Box(painter, option.rect, ticked ? colours.accent : colours.paper, ticked ? colours.accent : colours.border, false,
@@ -119,7 +119,7 @@ void StyleQt::drawPrimitive(PrimitiveElement element, const QStyleOption* option
     Button(*painter, *option, widget);
     return;
   case PE_IndicatorCheckBox:
-    CheckBox(*painter, *option);
+    TickBox(*painter, *option);
     return;
   case PE_FrameFocusRect: // every control here shows the focus by its border
     if (qobject_cast<const QPushButton*>(widget) != nullptr) {
