@@ -30,8 +30,8 @@ std::vector<KnownKey> ReadTable() {
 }
 
 PressedGesture Found(GesturePlace place, Qt::Key key, Qt::KeyboardModifiers held, bool any) {
-  static const std::vector<KnownKey> keys = ReadTable();
-  for (const KnownKey& known : keys) {
+  static const std::vector<KnownKey> KnownKeys = ReadTable();
+  for (const KnownKey& known : KnownKeys) {
     if (known.place == place && known.combination.key() == key &&
         (any || known.combination.keyboardModifiers() == held)) {
       return known.meaning;

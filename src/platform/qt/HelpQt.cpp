@@ -33,9 +33,9 @@ constexpr int SearchMargin = 5;
 constexpr int HelpRowMargin = 6;
 
 const std::array<QString, Columns>& HelpHeadings() {
-  static const std::array<QString, Columns> headings{QStringLiteral("Tasti"), QStringLiteral("Gesto"),
+  static const std::array<QString, Columns> Headings{QStringLiteral("Tasti"), QStringLiteral("Gesto"),
                                                      QStringLiteral("Che cosa fa"), QStringLiteral("Dove")};
-  return headings;
+  return Headings;
 }
 
 QPushButton* HelpButton(const QString& name, const QString& text, QWidget* parent) {

@@ -27,10 +27,8 @@ namespace lumoscad::qt {
 
 ListReporter::ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Run gesture)
     : QObject(&dialog), dialog_(dialog), list_(list), parts_(parts), report_(*list.Report()),
-      gesture_(std::move(gesture)) {
-  copy = Action(Gesture::Copy, &ListReporter::Copy);
-  paste = Action(Gesture::Paste, &ListReporter::Paste);
-  save = Action(Gesture::Save, &ListReporter::Save);
+      gesture_(std::move(gesture)), copy(Action(Gesture::Copy, &ListReporter::Copy)),
+      paste(Action(Gesture::Paste, &ListReporter::Paste)), save(Action(Gesture::Save, &ListReporter::Save)) {
   Action(Gesture::Effects, &ListReporter::ToggleEffects);
   Action(Gesture::Changes, &ListReporter::ToggleChanges);
   // Not when it is clicked: assistive tools let it in and out without a click.

@@ -32,12 +32,6 @@ class ListReporter final : public QObject {
   /// `gesture` runs one gesture and follows it.
   ListReporter(QDialog& dialog, ListWindow& list, ListParts& parts, Run gesture);
 
-  // Of the window, for its menu.
-
-  QAction* copy = nullptr;
-  QAction* paste = nullptr;
-  QAction* save = nullptr;
-
   /// Told when the person opened the panel of the effect or closed it.
   std::function<void(bool open)> effectsToggled;
 
@@ -74,6 +68,13 @@ class ListReporter final : public QObject {
   std::uint64_t content_ = 0;
   std::uint64_t selection_ = 0;
   std::uint64_t order_ = 0;
+
+ public:
+  // Of the window, for its menu. They stand behind what they act on.
+
+  QAction* copy;
+  QAction* paste;
+  QAction* save;
 };
 
 } // namespace lumoscad::qt

@@ -150,7 +150,7 @@ void MonthView::keyPressEvent(QKeyEvent* event) {
   case Gesture::CalendarDay:
     return GoTo(day.addDays(step));
   case Gesture::CalendarWeek:
-    return GoTo(day.addDays(step * MonthModel::Weekdays));
+    return GoTo(day.addDays(qint64{step} * MonthModel::Weekdays));
   case Gesture::CalendarMonth:
     return GoToMonth(step);
   case Gesture::CalendarEndDays:
