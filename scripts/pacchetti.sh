@@ -25,11 +25,10 @@ else
   git ls-files -co --exclude-standard -z | xargs -0 cp --parents -t "$copy"
 fi
 
-# Nothing of what the person's shell says of compilers and languages gets into a package.
-clean=(env -i "PATH=/usr/sbin:/usr/bin:/sbin:/bin" "HOME=$base" LC_ALL=C.UTF-8)
-for name in CCACHE_DIR CCACHE_DISABLE DEB_BUILD_OPTIONS; do
-  [ -z "${!name:-}" ] || clean+=("$name=${!name}")
-done
+# Nothing of what the person's shell says of compilers and languages gets into a package, nor the compiler's cache: what
+# comes out of that names its source in another way, which the debug symbols and with them the build's number tell.
+clean=(env -i "PATH=/usr/sbin:/usr/bin:/sbin:/bin" "HOME=$base" LC_ALL=C.UTF-8 CCACHE_DISABLE=1)
+[ -z "${DEB_BUILD_OPTIONS:-}" ] || clean+=("DEB_BUILD_OPTIONS=$DEB_BUILD_OPTIONS")
 log=$base/costruzione.log
 cd "$copy"
 "${clean[@]}" dpkg-buildpackage -us -uc >"$log" 2>&1 || { tail -n 60 "$log"; exit 1; }

@@ -41,7 +41,7 @@ build_twice() {
   step "pacchetti, due volte"
   scripts/pacchetti.sh
   # From the first one's sources: the tree may have changed meanwhile.
-  CCACHE_DISABLE=1 scripts/pacchetti.sh "$other" "$(echo "$built"/*.dsc)"
+  scripts/pacchetti.sh "$other" "$(echo "$built"/*.dsc)"
   (cd "$built" && sha256sum -- *.deb *.tar.gz) >"$base/somme"
   (cd "$other/esito" && sha256sum --quiet -c "$base/somme") || differ=1
   if [ "$differ" = 1 ]; then
