@@ -71,7 +71,7 @@ run_callers() {
   python3 tests/end_to_end/esempi.py "$objects" "$sources" --tutti >"$base/esempi.log" ||
     { cat "$base/esempi.log"; fail "i programmi di esempio"; }
   cat "$base/esempi.log"
-  row chiamanti "$(tail -n 1 "$base/esempi.log")"
+  row chiamanti "$(sed -nE 's/^esempio ([^:]+):.*/\1/p' "$base/esempi.log" | paste -sd';' | sed 's/;/; /g')"
 }
 
 compare_interface() {
@@ -99,6 +99,7 @@ make_root() {
     kind="dpkg --root"
     "${as_root[@]}" mkdir -p "$root"/var/lib/dpkg/{info,updates} "$root/var/log"
     "${as_root[@]}" touch "$root/var/lib/dpkg/status" "$root/var/lib/dpkg/available"
+    echo 1 | "${as_root[@]}" tee "$root/var/lib/dpkg/info/format" >/dev/null
   fi
   "${as_root[@]}" mkdir -p "$root/home/prova" "$root/pacchetti"
   for package in "${packages[@]}"; do
