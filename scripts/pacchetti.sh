@@ -40,7 +40,8 @@ objects=obj-$(dpkg-architecture -qDEB_HOST_GNU_TYPE)
 name=lumoscad-$version-linux-$(dpkg-architecture -qDEB_HOST_GNU_CPU)
 {
   "${clean[@]}" cmake -S . -B "$objects" -DCMAKE_INSTALL_PREFIX=/usr/local -DCMAKE_INSTALL_LIBDIR=lib \
-    -DCMAKE_SKIP_INSTALL_RPATH=OFF -DLUMOSCAD_CARTELLA_DEMO=share/lumoscad/demo
+    -DCMAKE_SKIP_RPATH=OFF -DCMAKE_BUILD_WITH_INSTALL_RPATH=ON \
+    -DLUMOSCAD_CARTELLA_DEMO=share/lumoscad/demo
   "${clean[@]}" cmake --build "$objects"
   "${clean[@]}" cpack --config "$objects/CPackConfig.cmake" -G TGZ -B "$base/cpack"
 } >>"$log" 2>&1 || { tail -n 60 "$log"; exit 1; }
