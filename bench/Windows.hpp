@@ -22,6 +22,7 @@ inline void ApplicationWithoutDisplay() {
   static int count = 3;
   if (QCoreApplication::instance() == nullptr) {
     qputenv("QT_LOGGING_RULES", "*=false");
+    qputenv("XDG_CONFIG_HOME", "/dev/null/nowhere"); // a window that was played with is not remembered
     static_cast<void>(std::make_unique<QApplication>(count, arguments).release());
   }
 }

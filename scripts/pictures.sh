@@ -11,7 +11,7 @@ export LUMOSCAD_DATA=2027-01-15
 folder=${1:-docs/immagini}
 base=build/immagini
 mkdir -p "$folder" "$base"
-for name in lumoscad lumoscad-genera VB0001 scadenzario_qt_test elenco_qt_test; do
+for name in lumoscad lumoscad-genera VB0001 scadenzario_qt_test elenco_qt_test schermate_qt_test; do
   [ -x "$LUMOSCAD_BIN/$name" ] || { echo "immagini: manca il programma $LUMOSCAD_BIN/$name" >&2; exit 1; }
 done
 
@@ -109,7 +109,7 @@ item_window() {
 }
 
 # The list on every kind of desktop, with text of twice the size, on a screen of twice the scale, with long names and
-# with no rows.
+# with no rows or very many; and its panel, the calendar and the help on each.
 aspects() {
   local aspects twice
   mkdir -p "$folder/aspetti" "$base/doppio"
@@ -120,8 +120,10 @@ aspects() {
     "$LUMOSCAD_BIN/elenco_qt_test" --gtest_filter='Aspects/Looks.*' >/dev/null
   QT_QPA_PLATFORM=offscreen QT_SCALE_FACTOR=2 LUMOSCAD_ASPETTI=$twice \
     "$LUMOSCAD_BIN/elenco_qt_test" --gtest_filter='Aspects/Looks.*schermo_piccolo' >/dev/null
+  QT_QPA_PLATFORM=offscreen LUMOSCAD_ASPETTI=$aspects \
+    "$LUMOSCAD_BIN/schermate_qt_test" --gtest_filter='Aspects/PanelLooks.*' >/dev/null
   cp "$twice/schermo-piccolo.png" "$aspects/scala-doppia.png"
-  [ "$(find "$aspects" -name '*.png' | wc -l)" -ge 10 ] || { echo "pictures.sh: mancano aspetti" >&2; return 1; }
+  [ "$(find "$aspects" -name '*.png' | wc -l)" -ge 23 ] || { echo "pictures.sh: mancano aspetti" >&2; return 1; }
 }
 
 aspects

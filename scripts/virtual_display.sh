@@ -1,5 +1,6 @@
 # To be sourced. Offers start_virtual_display SIZE DIR, which starts a virtual display of its own with a window
-# manager, exports DISPLAY and adds the two process ids to the array `processes`, for the caller to stop.
+# manager, exports DISPLAY and a place of its own for settings, and adds the two process ids to the array `processes`,
+# for the caller to stop.
 # shellcheck shell=bash
 
 start_virtual_display() {
@@ -15,7 +16,10 @@ start_virtual_display() {
   done
   [ -s "$number" ] || { echo "schermo virtuale: Xvfb non parte" >&2; cat "$2/xvfb.log" >&2; return 1; }
   DISPLAY=":$(cat "$number")"
-  export DISPLAY
+  # Nobody sits there: how a person likes the windows is neither read nor changed.
+  XDG_CONFIG_HOME=$(realpath -m "$2/impostazioni")
+  rm -rf -- "$XDG_CONFIG_HOME"
+  export DISPLAY XDG_CONFIG_HOME
   openbox >"$2/openbox.log" 2>&1 &
   processes+=($!)
   for ((attempt = 0; attempt < 100; attempt++)); do

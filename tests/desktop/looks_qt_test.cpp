@@ -36,7 +36,8 @@ const std::vector<Aspect> Aspects{{"chiaro"},
                                   {"testo-doppio-scuro", 1, 24, {1256, 744}},
                                   {"schermo-piccolo", 0, 12, {616, 344}},
                                   {"nomi-lunghi", 0, 12, {1180, 640}, 60, true},
-                                  {"senza-righe", 0, 12, {1180, 640}, 0}};
+                                  {"senza-righe", 0, 12, {1180, 640}, 0},
+                                  {"centomila-righe", 0, 12, {1180, 640}, 100000}};
 
 void GiveLongNames(FinestraFinta& fake) {
   for (std::size_t row = 0; row < fake.righe; row += 2) {
